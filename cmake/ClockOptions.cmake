@@ -1,0 +1,37 @@
+# What can be chosen at configuration, and the defaults of every target.
+
+option(CLOCK_WITH_HOST "Build the workstation host and the tests; OFF is the firmware build" ON)
+option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its unit tests" OFF)
+option(CLOCK_CCACHE "Use ccache when it is installed" ON)
+option(CLOCK_TEST_PER_PROGRAM "Run each test program once, not once for each test" OFF)
+set(CLOCK_SANITIZE "" CACHE STRING "address | undefined | thread | address,undefined")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Type of build" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# The layout of an installation: a program finds the plug-in at ../lib in either place.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+# Log lines carry __FILE__: the place in the tree, not on the machine that built it.
+add_compile_options("-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
+
+find_program(CCACHE_PROGRAM ccache)
+if(CLOCK_CCACHE AND CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+# Adds each folder that has a build file.
+function(clock_add_rooms)
+  foreach(room IN LISTS ARGN)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${room}/CMakeLists.txt)
+      add_subdirectory(${room})
+    endif()
+  endforeach()
+endfunction()

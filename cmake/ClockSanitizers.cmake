@@ -1,0 +1,8 @@
+# CLOCK_SANITIZE: the whole tree, plug-in included, under a sanitizer; any report ends the program.
+if(CLOCK_SANITIZE)
+  # No "vptr": the plug-in's type information is its own on purpose, and that check compares types of
+  # the two sides of the seam by address.
+  add_compile_options(-fsanitize=${CLOCK_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${CLOCK_SANITIZE} -fno-sanitize=vptr)
+endif()

@@ -1,0 +1,41 @@
+# clock_add_test: one GoogleTest program, and its tests for ctest.
+if(CLOCK_CROSS_TESTS)
+  # A cross compiler finds no installed GoogleTest; Debian's source package is built along.
+  set(CLOCK_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Source of GoogleTest")
+  set(INSTALL_GTEST OFF CACHE BOOL "")
+  add_subdirectory(${CLOCK_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+else()
+  find_package(GTest REQUIRED)
+endif()
+include(GoogleTest)
+
+# The time limit, in seconds, of one test and of a whole program.
+set(CLOCK_TEST_TIMEOUT 60 CACHE STRING "Time limit of one test")
+set(CLOCK_PROGRAM_TIMEOUT 600 CACHE STRING "Time limit of a test program")
+
+# clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL])
+#   LIBS    object libraries and others; GoogleTest, GoogleMock and their main are always there
+#   LABEL   the layer: unit, plugin, host, integration, ... ("./dev test -L unit")
+#   SERIAL  never runs beside another SERIAL test: for tests that drive processes
+function(clock_add_test)
+  cmake_parse_arguments(TEST "SERIAL" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
+  if(TEST_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "clock_add_test: unknown argument ${TEST_UNPARSED_ARGUMENTS}")
+  endif()
+  add_executable(${TEST_NAME} ${TEST_SOURCES})
+  set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY
+                                                ${CMAKE_BINARY_DIR}/bin/tests)
+  target_include_directories(${TEST_NAME} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${TEST_NAME} PRIVATE ${TEST_LIBS} GTest::gmock_main)
+  set(properties LABELS ${TEST_LABEL})
+  if(TEST_SERIAL)
+    list(APPEND properties RESOURCE_LOCK processes)
+  endif()
+  if(CLOCK_TEST_PER_PROGRAM)
+    add_test(NAME ${TEST_NAME} COMMAND ${TEST_NAME})
+    set_tests_properties(${TEST_NAME} PROPERTIES ${properties} TIMEOUT ${CLOCK_PROGRAM_TIMEOUT})
+  else()
+    gtest_discover_tests(${TEST_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+                         PROPERTIES ${properties} TIMEOUT ${CLOCK_TEST_TIMEOUT})
+  endif()
+endfunction()

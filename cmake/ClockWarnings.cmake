@@ -1,0 +1,30 @@
+# Warnings are errors, for gcc and clang alike.
+set(CLOCK_WARNINGS
+    -Wall
+    -Wextra
+    -Wpedantic
+    -Wshadow
+    -Wconversion
+    -Wsign-conversion
+    -Wcast-qual
+    -Wcast-align
+    -Wformat=2
+    -Wundef
+    -Wimplicit-fallthrough)
+set(CLOCK_CXX_WARNINGS -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wextra-semi)
+set(CLOCK_GNU_WARNINGS -Wlogical-op -Wduplicated-cond)
+set(CLOCK_GNU_CXX_WARNINGS -Wsuggest-override)
+
+# gcc's flow warnings misfire on code that a sanitizer has rewritten; the plain builds hold them.
+if(NOT CLOCK_SANITIZE)
+  list(APPEND CLOCK_WARNINGS -Werror)
+endif()
+
+# For every target of this folder and of those below it that comes after the call.
+macro(clock_use_warnings)
+  add_compile_options(
+    ${CLOCK_WARNINGS}
+    "$<$<COMPILE_LANGUAGE:CXX>:${CLOCK_CXX_WARNINGS}>"
+    "$<$<CXX_COMPILER_ID:GNU>:${CLOCK_GNU_WARNINGS}>"
+    "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:${CLOCK_GNU_CXX_WARNINGS}>")
+endmacro()
