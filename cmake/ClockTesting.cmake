@@ -8,6 +8,7 @@ else()
   find_package(GTest REQUIRED)
 endif()
 include(GoogleTest)
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 # The time limit, in seconds, of one test and of a whole program.
 set(CLOCK_TEST_TIMEOUT 60 CACHE STRING "Time limit of one test")
@@ -38,4 +39,12 @@ function(clock_add_test)
     gtest_discover_tests(${TEST_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
                          PROPERTIES ${properties} TIMEOUT ${CLOCK_TEST_TIMEOUT})
   endif()
+endfunction()
+
+# clock_add_check(NAME name COMMAND script argument... LABEL layer): a Python script; 0 is success.
+function(clock_add_check)
+  cmake_parse_arguments(CHECK "" "NAME;LABEL" "COMMAND" ${ARGN})
+  add_test(NAME ${CHECK_NAME} COMMAND ${Python3_EXECUTABLE} -B ${CHECK_COMMAND}
+           WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+  set_tests_properties(${CHECK_NAME} PROPERTIES LABELS ${CHECK_LABEL} TIMEOUT 300)
 endfunction()

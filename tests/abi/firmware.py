@@ -1,0 +1,41 @@
+"""A firmware build is CMake and a C++ compiler and nothing else: firmware.py CMAKE COMPILER MAKE TREE
+
+Builds the plug-in alone in a fresh folder, with a PATH that holds the compiler's own tools only.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+TOOLS = ["as", "ld", "ar", "ranlib", "sh", "nm", "objcopy", "objdump", "readelf", "strip"]
+
+
+def bare_path(folder):
+    """A folder with nothing but the tools that a compiler brings along."""
+    for tool in TOOLS:
+        for place in os.get_exec_path():
+            if (found := pathlib.Path(place) / tool).exists():
+                (folder / tool).symlink_to(found)
+                break
+    return str(folder)
+
+
+def main(cmake, compiler, make, tree):
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        (folder / "tools").mkdir()
+        environment = {"PATH": bare_path(folder / "tools"), "HOME": name}
+        build = str(folder / "build")
+        options = ["-DCLOCK_WITH_HOST=OFF", "-DCMAKE_BUILD_TYPE=MinSizeRel"]
+        options += [f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_MAKE_PROGRAM={make}", "-GNinja"]
+        subprocess.run([cmake, "-S", tree, "-B", build, *options], env=environment, check=True)
+        subprocess.run([cmake, "--build", build, "-j2"], env=environment, check=True)
+        built = list((folder / "build" / "lib").iterdir())
+    print("built:", *(path.name for path in built))
+    return 0 if [path.name for path in built] == ["libClockService.so"] else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

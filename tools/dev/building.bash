@@ -1,0 +1,35 @@
+# shellcheck shell=bash
+# Build folders: build/NAME, each with its own configuration.
+
+folder_of() { printf '%s/build/%s\n' "$CLOCK_TREE" "$1"; }
+
+# configure NAME [CMAKE OPTION...]: does nothing when the folder is already configured that way.
+configure() {
+  local folder stamp wanted
+  folder=$(folder_of "$1")
+  stamp=$folder/.configured
+  wanted="$CLOCK_TREE ${*:2}"
+  if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$wanted" ]; then return 0; fi
+  echo "dev: configuring ${folder#"$CLOCK_TREE"/}"
+  rm -rf "$folder"
+  mkdir -p "$CLOCK_TREE/build"
+  cmake -S "$CLOCK_TREE" -B "$folder" -G Ninja "${@:2}" >"$CLOCK_TREE/build/configure.log" 2>&1 || {
+    cat "$CLOCK_TREE/build/configure.log" >&2
+    return 1
+  }
+  printf '%s\n' "$wanted" >"$stamp"
+}
+
+# build NAME [TARGET...]: everything, or these targets. One build at a time in a folder: a second
+# terminal waits.
+build() {
+  local folder
+  folder=$(folder_of "$1")
+  echo "dev: building ${folder#"$CLOCK_TREE"/}"
+  flock "$folder/.configured" cmake --build "$folder" ${2:+--target "${@:2}"}
+}
+
+# run_tests NAME [CTEST ARGUMENT...]
+run_tests() {
+  ctest --test-dir "$(folder_of "$1")" --no-tests=error --output-on-failure -j "$(nproc)" "${@:2}"
+}

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# sanitize [address|undefined|thread]...: the whole suite under sanitizers, default all
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+
+# At -O1 with line numbers only: the builds are short, the reports still exact. Each program runs
+# its tests in one process and in random order.
+common=(-DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON)
+
+sanitized() {
+  local name=$1 sanitizers=$2 compiler=$3
+  configure "$name" "${common[@]}" -DCLOCK_SANITIZE="$sanitizers" -DCMAKE_CXX_COMPILER="$compiler"
+  build "$name"
+  GTEST_SHUFFLE=1 run_tests "$name"
+}
+
+run_one() {
+  case $1 in
+    address) sanitized address address g++ ;;
+    undefined) sanitized undefined undefined g++ ;;
+    address,undefined) sanitized address-undefined address,undefined g++ ;;
+    thread) sanitized thread thread clang++ ;;
+    *)
+      echo "dev: unknown sanitizer \"$1\"; there are address, undefined and thread" >&2
+      return 2
+      ;;
+  esac
+}
+
+need run test sanitize
+# address and undefined live in one build when both are asked for.
+[ $# -gt 0 ] || set -- address,undefined thread
+for sanitizer in "$@"; do run_one "$sanitizer"; done

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# test [CTEST ARGUMENTS]: set up, build and run all tests; "-L unit" or "-R NAME" chooses
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+
+need run test
+configure default
+build default
+run_tests default "$@"
