@@ -1,0 +1,25 @@
+#pragma once
+
+class Context;
+
+// The root of everything the framework loads or hands out: services, proxies.
+// Owner: the framework, which deletes it through this base. Thread: init, shutdown and timerEvent
+// come on the framework's thread of the object. Other interfaces are reached by dynamic_cast.
+class Executable {
+ public:
+  virtual ~Executable();
+
+  // Called once, before anything else. The context outlives the object.
+  virtual void init(Context& context) = 0;
+
+  // Called once, before destruction.
+  virtual void shutdown() = 0;
+
+  // A timer created for this object has expired. The default ignores it.
+  virtual void timerEvent(int timerId);
+
+ protected:
+  Executable() = default;
+  Executable(const Executable&) = delete;
+  Executable& operator=(const Executable&) = delete;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+
+class ManageableData;
+class MgmtAgentIfc;
+
+// The device's local management service, registered as "LocalMgmtIfc".
+// Owner: the framework. Thread: any; no operation calls back into an agent before it returns, so an
+// agent may call from inside setData or manageableDataChanged.
+class LocalMgmtIfc {
+ public:
+  // Makes `agent` reachable for management under `agentId`, until it is replaced or the service is
+  // taken down. The agent is not owned.
+  virtual bool registerAgent(const std::string& agentId, MgmtAgentIfc* agent) = 0;
+
+  // Reads the record's root ("mac-addr", "interface-status", ...) into the record. False if the
+  // device holds no such value.
+  virtual bool getData(ManageableData& record) = 0;
+
+  // Writes the record's value of its root. False when it was refused.
+  virtual bool setData(ManageableData& record) = 0;
+
+  // From now on changes of `key` reach agent->manageableDataChanged.
+  virtual bool observeData(const std::string& key, MgmtAgentIfc* agent) = 0;
+
+  // The change report: an agent tells that the record's root now has the record's value.
+  virtual bool reportDataChanged(ManageableData& record) = 0;
+
+  // The user-data query: true when the item named by the record's root may be reset to its default
+  // on behalf of the user. `user` numbers the user; 0 is the device's own.
+  virtual bool isUserData(ManageableData& record, int user) = 0;
+
+  // The item-state setter: the access of the record's root. 0: settable. 4: set by the device
+  // itself, to be shown as read-only.
+  virtual void setItemState(ManageableData& record, int state) = 0;
+
+ protected:
+  ~LocalMgmtIfc() = default;
+};

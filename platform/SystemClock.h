@@ -1,0 +1,10 @@
+#pragma once
+
+#include <ctime>
+
+// Sets the device's system clock. Returns 0, or a negative number when it could not.
+int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch);
+
+// SVr4 stime, which some C libraries no longer declare: sets the system clock to *seconds since
+// 1970-01-01 UTC. Returns 0, or -1 with errno. Provided by the process that loads the plug-in.
+extern "C" int stime(const time_t* seconds) noexcept;

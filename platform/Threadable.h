@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+// A body that a Threader can run on a thread of its own.
+// Objects are never deleted through this base, hence no virtual destructor.
+class Threadable {
+ public:
+  // The thread body; the thread ends when it returns.
+  virtual void run() = 0;
+
+  // Scheduling priority asked of the platform; the default is 0, "as the creator".
+  virtual int getThreadPriorityForPlatform();
+
+  // What the thread is, for diagnostics; the default is "Threadable".
+  virtual std::string type();
+
+ protected:
+  Threadable() = default;
+  ~Threadable() = default;
+  Threadable(const Threadable&) = delete;
+  Threadable& operator=(const Threadable&) = delete;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+class Threadable;
+
+// Priority of a thread within the telephone; a larger number is more urgent.
+enum VotkThreadPriority : int {
+  votkThreadPriorityIdle = 0,
+  votkThreadPriorityLow = 1,
+  votkThreadPriorityNormal = 2,
+  votkThreadPriorityHigh = 3
+};
+
+// Launches and joins threads.
+// Thread: any. An id is valid from spawn until destroy.
+class Threader {
+ public:
+  // Starts body->run() on a new thread and stores its id (not 0) in *threadId before the body runs.
+  // stackBytes: 0 is the platform's default. False, and *threadId untouched, when it cannot.
+  bool spawn(unsigned long* threadId, Threadable* body, const char* name,
+             VotkThreadPriority priority, int stackBytes);
+
+  // Returns when the body has returned. An unknown id returns at once.
+  void waitForThreadCompletion(unsigned long threadId);
+
+  // Frees what is kept for a completed thread. Waits for it when it still runs.
+  void destroy(unsigned long threadId);
+};
