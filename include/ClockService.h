@@ -1,0 +1,219 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "ClockServiceIfc.h"
+#include "MgmtAgentIfc.h"
+#include "SNTPTimeChangeObserver.h"
+#include "Semaphore.h"
+#include "Service.h"
+#include "physicalEventObserver.h"
+
+class ClockServiceDataHandler;
+class DSTZoneRules;
+class LocalMgmtIfc;
+class PhysicalInterfaceServiceIfc;
+class Process;
+class SecurityLogServiceIfc;
+struct ManagementKey;
+
+// The telephone's clock: the one object of the plug-in.
+// Owner: the framework. Thread: init, timers, jacks and destruction are the framework thread's;
+// management calls come on theirs, reports of the NTP client on the listener's, queries on any.
+// Failure: by result, with a log line under "ClockService". Works, with less to offer, when a
+// service of the device is missing.
+class ClockService : public Service,
+                     public ClockServiceIfc,
+                     public MgmtAgentIfc,
+                     public physicalEventObserver,
+                     public SNTPTimeChangeObserver {
+ public:
+  ClockService();
+  ~ClockService() override;
+
+  // Service
+  void init(Context& context) override;
+  void shutdown() override;
+  void timerEvent(int timerId) override;
+  void run() override;
+
+  // The whole of init. A null context leaves a clock without settings and timers.
+  void initWith(Context* context);
+
+  // ClockServiceIfc
+  std::string getTime() override;
+  void getTime(int& hours, int& minutes, int& seconds) override;
+  std::string getTime(const std::string& utc) override;
+  bool getTime(const std::string& utc, int& hours, int& minutes, int& seconds) override;
+  int getTimeVal() override;
+  int getDisplayTimeVal() override;
+  bool setTime(int hours, int minutes, int seconds) override;
+  void setTime(int secondsSinceEpoch) override;
+  std::string getDate() override;
+  std::string getDateShort() override;
+  void getDate(int& day, int& month, int& year) override;
+  std::string getDate(const std::string& utc) override;
+  std::string getDateShort(const std::string& utc) override;
+  bool getDate(const std::string& utc, int& day, int& month, int& year) override;
+  bool setDate(int day, int month, int year) override;
+  std::string getUTCTime(int secondsSinceEpoch) override;
+  std::string getUTCTime(int hours, int minutes, int seconds, int day, int month,
+                         int year) override;
+  std::string convertUtcStringToLocalString(const std::string& utc) override;
+  bool observeTimeEvents(ClockServiceObserverIfc* observer) override;
+  bool unobserveTimeEvents(ClockServiceObserverIfc* observer) override;
+  std::string setFallbackTime() override;
+  bool isTimeSourceSntp() override;
+  int setAlarmClock(std::string& alarmTime, ClockServiceObserverIfc* observer) override;
+  bool cancelAlarmClock(int alarmId) override;
+
+  // MgmtAgentIfc: the sixteen management keys, see ManagementData.cpp
+  bool setData(ManageableData& record) override;
+  bool getData(ManageableData& record) override;
+  void manageableDataChanged(ManageableData& record) override;
+  bool resetUserData() override;
+
+  // physicalEventObserver
+  void hookswitchEvent(PhysDefs::actionType action) override;
+  void jackEvent(PhysDefs::plugIdentifier plug, PhysDefs::plugStatus status) override;
+  void getSubscribingService() override;
+
+  // SNTPTimeChangeObserver
+  void handleSNTPClientUpdate(long secondsSinceEpoch) override;
+
+ private:
+  friend struct ManagementKey;
+
+  // Start-up: the steps of initWith
+  void openSettings();
+  void setClockFromFallbackTime();
+  void startFallbackTimer();
+  void attachLocalManagement();
+  void readSoftwareType();
+  void readNetworkState();
+  void setDalvoObservables();
+  void createNotificationTimers();
+  void subscribeToJacks();
+  void physicalIfcSvc();
+  void deleteTimers();
+
+  // What time is it
+  time_t getTimeValInternal() const;
+  std::int32_t getUptime() const;
+  std::int32_t getUserTime() const;
+  void getTimeInternal(int& hours, int& minutes, int& seconds) const;
+  bool timezoneEnabled() const;
+  int dateFormat() const;
+  int timeFormat() const;
+  bool localTimeOf(const std::string& utc, tm& local) const;
+
+  // Setting the clock and keeping it over a restart
+  time_t setDateInternal(int day, int month, int year) const;
+  time_t setTimeInternal(int hours, int minutes, int seconds) const;
+  void setByHand(time_t secondsSinceEpoch);
+  void restoreFallbackTime();
+  void logStartUpUtc();
+  std::string sntpAddress() const;
+
+  // Local time zone
+  void setTZValue();
+  void writeTZEnvironmentScript(char* tz);
+
+  // Timers and notifications
+  int createTimer(unsigned int milliseconds);
+  void startTimer(int timerId);
+  void stopTimer(int timerId);
+  void replaceTimer(std::atomic<int>& timer, unsigned int milliseconds);
+  void setTimeSyncTimer();
+  void setDateSyncTimer();
+  void refreshFallbackTime();
+  void refreshTimeZone();
+  void announceSetTime();
+  void announceSetDate();
+  void stepHour(int expiredTimer, int stoppedTimer);
+  void stepDay(int stoppedTimer);
+  void announceAbsorbedMidnight();
+  void notifyTimeChangeEvent();
+  void notifyDateChangeEvent();
+  void notifyTimezoneChangeEvent(const std::string& tz);
+
+  // NTP client
+  void startNTPClient();
+  void replaceNtpClient(char* const* commandLine);
+  void setRestartNTPClientTimer();
+  void seedRandomGenerator();
+  int convertLastDigitsOfMacAddressToInt(const char* text);
+  void sntpTimeChanged();
+  void announceFirstNtpTime();
+  void reloadFormats();
+  void reportNumber(const char* key, int number);
+  void networkChanged(const std::string& status);
+
+  // Management access: one member for what a key gives and one for what it takes
+  bool applyManagementValue(const std::string& key, const std::string& value);
+  void logManagementSet(const std::string& key, const std::string& value, bool accepted);
+  void resetFormat(const char* key, int current, int byDefault, bool& done);
+  void showWhoSetsTime(const std::string& server);
+  std::string simpleTime();
+  std::string simpleDate();
+  std::string zoneList();
+  std::string zoneName();
+  bool setCurrentUtc(const std::string& value);
+  bool setSimpleTime(const std::string& value);
+  bool setSimpleDate(const std::string& value);
+  bool setSntpServer(const std::string& value);
+  bool setOffset(const std::string& value);
+  bool setZoneByIndex(const std::string& value);
+  bool setZoneById(const std::string& value);
+
+  Context* m_context = nullptr;
+
+  Semaphore m_mgmtLock{1, 1};        // management access, one call at a time
+  Semaphore m_observerLock{1, 1};    // m_observers; held while observers are called
+  Semaphore m_ntpProcessLock{1, 1};  // m_ntpClientProcess
+
+  // Set once, from init or on first use; any thread reads them.
+  LocalMgmtIfc* m_localMgmt = nullptr;
+  std::atomic<PhysicalInterfaceServiceIfc*> m_physicalIfc{nullptr};
+  std::unique_ptr<ClockServiceDataHandler> m_dataHandler;
+  std::unique_ptr<DSTZoneRules> m_dstZoneRules;
+
+  std::unique_ptr<std::vector<ClockServiceObserverIfc*>> m_observers;  // in registration order
+  std::unique_ptr<Process> m_ntpClientProcess;
+  std::atomic<bool> m_ntpClientRequested{false};
+
+  // Timer ids, valid when positive. Created on the framework thread, started from any.
+  std::atomic<int> m_fallbackTimeUpdateTimer{0};
+  std::atomic<int> m_timeZoneRefreshTimer{0};
+  std::atomic<int> m_timeChangedTimer{0};
+  std::atomic<int> m_dateChangedTimer{0};
+  std::atomic<int> m_timeSyncTimer{0};
+  std::atomic<int> m_dateSyncTimer{0};
+  std::atomic<int> m_restartNtpClientTimer{0};
+
+  std::atomic<bool> m_networkUp{false};
+  std::atomic<bool> m_sntpTimeReceived{false};
+  int m_randomSeeded = 0;  // framework thread
+  const bool m_updateFallbackOnSntp = true;
+
+  // The clock as set by hand: epoch seconds minus uptime seconds. Written one after the other
+  // without a lock; a reader in between sees the system's time once more.
+  std::atomic<bool> m_userTimeSet{false};
+  std::atomic<std::int32_t> m_userTimeOffset{0};
+  std::atomic<std::int32_t> m_localOffsetMinutes{0};  // from UTC to the display of a UTC string
+  std::atomic<SecurityLogServiceIfc*> m_securityLog{nullptr};
+  int m_dateSyncDay = 0;  // local date on which m_dateSyncTimer was armed; framework thread
+
+  // The settings' server address and fallback time are texts without a lock of their own.
+  mutable std::mutex m_settingTexts;
+
+  SNTPClientThread m_sntpClientThread{this};
+};
+
+extern "C" Service* createClockService();

@@ -1,0 +1,190 @@
+#include "ClockService.h"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+
+#include "ClockServiceDataHandler.h"
+#include "ClockUtils.h"
+#include "Context.h"
+#include "DSTZoneRules.h"
+#include "LocalMgmtIfc.h"
+#include "Log.h"
+#include "ManagementKeyNames.h"
+#include "ManagementReading.h"
+#include "PhysicalInterfaceServiceIfc.h"
+#include "Process.h"
+#include "SemaphoreGuard.h"
+#include "SystemClock.h"
+
+namespace {
+
+constexpr const char* managementAgentId = "ClockMgmtId";
+
+// Changes of other components that the clock reacts to, in the order in which they are asked for.
+constexpr std::array<const char*, 3> observedKeys{ManagementKeyNames::mobilityUserDataUpdate,
+                                                  ManagementKeyNames::interfaceStatus,
+                                                  ManagementKeyNames::dhcpEnabled};
+
+// The service `name` as the interface Ifc, or null when it is absent or of another type.
+template <typename Ifc>
+Ifc* findService(Context& context, const char* name) {
+  return dynamic_cast<Ifc*>(context.getService(name));
+}
+
+}  // namespace
+
+extern "C" Service* createClockService() {
+  return new ClockService;
+}
+
+ClockService::ClockService()
+    : m_observers(std::make_unique<std::vector<ClockServiceObserverIfc*>>()) {}
+
+// From releaseObserver on the listener does not call any more, so what it uses may go; its thread
+// itself ends last, with the member.
+ClockService::~ClockService() {
+  deleteTimers();
+  m_sntpClientThread.releaseObserver();
+  m_dataHandler.reset();
+  m_dstZoneRules.reset();
+  m_observers.reset();
+  m_ntpClientProcess.reset();
+}
+
+void ClockService::deleteTimers() {
+  if (m_context == nullptr) return;
+  for (const int timer :
+       {m_fallbackTimeUpdateTimer.load(), m_timeZoneRefreshTimer.load(), m_timeChangedTimer.load(),
+        m_dateChangedTimer.load(), m_timeSyncTimer.load(), m_dateSyncTimer.load(),
+        m_restartNtpClientTimer.load()})
+    if (timer > 0) m_context->deleteTimer(timer);
+}
+
+void ClockService::init(Context& context) {
+  initWith(&context);
+}
+
+void ClockService::initWith(Context* context) {
+  m_context = context;
+  m_dstZoneRules = std::make_unique<DSTZoneRules>();
+  physicalIfcSvc();
+  if (m_context != nullptr) {
+    openSettings();
+    setClockFromFallbackTime();
+    startFallbackTimer();
+    attachLocalManagement();
+    createNotificationTimers();
+  } else {
+    CLOCK_LOG(logError, "Serious error, no svcRteCntxt available");
+  }
+  setTimeSyncTimer();
+  setDateSyncTimer();
+  setTZValue();
+  subscribeToJacks();
+  if (m_networkUp) startNTPClient();
+  m_sntpClientThread.start();
+}
+
+void ClockService::physicalIfcSvc() {
+  if (m_physicalIfc != nullptr || m_context == nullptr) return;
+  m_physicalIfc =
+      findService<PhysicalInterfaceServiceIfc>(*m_context, "PhysicalInterfaceServiceIfc");
+  if (m_physicalIfc == nullptr) CLOCK_LOG(logError, "Cannot find PhysicalInterfaceServiceIfc\n");
+}
+
+void ClockService::openSettings() {
+  PhysicalInterfaceServiceIfc* const physicalIfc = m_physicalIfc;
+  const auto subVariant =
+      physicalIfc != nullptr ? physicalIfc->getHardwareSubVariant() : PhysDefs::subVariantUnknown;
+  m_dataHandler = std::make_unique<ClockServiceDataHandler>(*m_context, subVariant);
+}
+
+// A text that is not a UTC string leaves the system's clock alone: it must not start in 1899.
+void ClockService::setClockFromFallbackTime() {
+  restoreFallbackTime();
+  const std::string fallbackTime = m_dataHandler->getFallbackTime();
+  CLOCK_LOG(logInformation, "init: initial FallbackTime is \"%s\"", fallbackTime.c_str());
+  tm utc{};
+  if (!ClockUtils::convertTimeStringToTimeStruct(fallbackTime, utc)) {
+    CLOCK_LOG(logError, "init: FallbackTime \"%s\" is not a UTC string", fallbackTime.c_str());
+    return;
+  }
+  const time_t seconds = timegm(&utc);
+  stime(&seconds);
+}
+
+void ClockService::startFallbackTimer() {
+  constexpr unsigned int twelveHours = 43200000;
+  m_fallbackTimeUpdateTimer = createTimer(twelveHours);
+  startTimer(m_fallbackTimeUpdateTimer);
+}
+
+void ClockService::attachLocalManagement() {
+  m_localMgmt = findService<LocalMgmtIfc>(*m_context, "LocalMgmtIfc");
+  if (m_localMgmt == nullptr) return;
+  m_localMgmt->registerAgent(managementAgentId, this);
+  readSoftwareType();
+  readNetworkState();
+  setDalvoObservables();
+  logStartUpUtc();
+  showWhoSetsTime(sntpAddress());
+}
+
+void ClockService::readSoftwareType() {
+  if (const auto type = readManagementValue(*m_localMgmt, ManagementKeyNames::relatedSoftwareType))
+    m_dataHandler->setSoftwareType(*type);
+}
+
+void ClockService::readNetworkState() {
+  if (const auto status = readManagementValue(*m_localMgmt, ManagementKeyNames::interfaceStatus))
+    m_networkUp = *status == "up";
+}
+
+void ClockService::setDalvoObservables() {
+  if (m_localMgmt == nullptr) return;
+  for (const char* const key : observedKeys) m_localMgmt->observeData(key, this);
+}
+
+void ClockService::createNotificationTimers() {
+  constexpr unsigned int atOnce = 1;
+  m_timeChangedTimer = createTimer(atOnce);
+  m_dateChangedTimer = createTimer(atOnce);
+  m_timeZoneRefreshTimer = createTimer(atOnce);
+}
+
+void ClockService::subscribeToJacks() {
+  PhysicalInterfaceServiceIfc* const physicalIfc = m_physicalIfc;
+  if (physicalIfc == nullptr) return;
+  constexpr PhysDefs::KeyGrpOther jacks{1, 2, 2};
+  physicalIfc->subscribe(this, {PhysDefs::SubscriptionGrp{jacks}});
+}
+
+bool ClockService::observeTimeEvents(ClockServiceObserverIfc* observer) {
+  if (observer == nullptr) return false;
+  const SemaphoreGuard guard(m_observerLock);
+  m_observers->push_back(observer);
+  return true;
+}
+
+bool ClockService::unobserveTimeEvents(ClockServiceObserverIfc* observer) {
+  const SemaphoreGuard guard(m_observerLock);
+  const auto entry = std::find(m_observers->begin(), m_observers->end(), observer);
+  if (entry == m_observers->end()) return false;
+  m_observers->erase(entry);
+  return true;
+}
+
+// All work is driven by timers, management, jacks and the listener.
+void ClockService::run() {}
+void ClockService::shutdown() {}
+void ClockService::hookswitchEvent(PhysDefs::actionType /*action*/) {}
+void ClockService::getSubscribingService() {}
+
+// Alarms are declared so that peers can be built against them; the clock does not offer them.
+int ClockService::setAlarmClock(std::string& /*alarmTime*/, ClockServiceObserverIfc* /*observer*/) {
+  return 0;
+}
+bool ClockService::cancelAlarmClock(int /*alarmId*/) {
+  return false;
+}

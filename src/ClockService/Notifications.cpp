@@ -1,0 +1,131 @@
+#include "BoundaryDelay.h"
+#include "ClockService.h"
+#include "ClockServiceObserverIfc.h"
+#include "Context.h"
+#include "Log.h"
+#include "SemaphoreGuard.h"
+
+int ClockService::createTimer(unsigned int milliseconds) {
+  return m_context != nullptr ? m_context->createTimer(*this, milliseconds) : 0;
+}
+
+void ClockService::startTimer(int timerId) {
+  if (m_context != nullptr && timerId > 0) m_context->startTimer(timerId);
+}
+
+void ClockService::stopTimer(int timerId) {
+  if (m_context != nullptr && timerId > 0) m_context->stopTimer(timerId);
+}
+
+void ClockService::replaceTimer(std::atomic<int>& timer, unsigned int milliseconds) {
+  if (m_context != nullptr && timer > 0) {
+    m_context->cancelTimer(timer);
+    m_context->deleteTimer(timer);
+  }
+  timer = createTimer(milliseconds);
+  startTimer(timer);
+}
+
+void ClockService::setTimeSyncTimer() {
+  CLOCK_LOG(logInformation, "setTimeSyncTimer -> setting timer");
+  replaceTimer(m_timeSyncTimer, BoundaryDelay::toNextHour(getTimeValInternal()));
+}
+
+void ClockService::setDateSyncTimer() {
+  CLOCK_LOG(logInformation, "setTimeSyncTimer -> setting date timer");  // this name by design
+  const time_t now = getTimeValInternal();
+  m_dateSyncDay = BoundaryDelay::localDay(now);
+  replaceTimer(m_dateSyncTimer, BoundaryDelay::toNextMidnight(now));
+}
+
+// In this order: the first timer that has the id is the one meant.
+void ClockService::timerEvent(int timerId) {
+  if (timerId == m_fallbackTimeUpdateTimer) return refreshFallbackTime();
+  if (timerId == m_timeZoneRefreshTimer) return refreshTimeZone();
+  if (timerId == m_timeChangedTimer) return announceSetTime();
+  // A set time that is still to be announced is announced by the full hour.
+  if (timerId == m_timeSyncTimer) return stepHour(timerId, m_timeChangedTimer);
+  if (timerId == m_dateChangedTimer) return announceSetDate();
+  if (timerId == m_dateSyncTimer) return stepDay(m_dateChangedTimer);
+  if (timerId == m_restartNtpClientTimer) return startNTPClient();
+}
+
+void ClockService::refreshFallbackTime() {
+  const std::string fallbackTime = setFallbackTime();
+  CLOCK_LOG(logInformation, "timerEvent(m_fallbackTimeUpdateTimer): FallbackTime is \"%s\"",
+            fallbackTime.c_str());
+  stopTimer(m_fallbackTimeUpdateTimer);
+  startTimer(m_fallbackTimeUpdateTimer);
+}
+
+void ClockService::refreshTimeZone() {
+  stopTimer(m_timeZoneRefreshTimer);
+  setTZValue();
+  notifyTimeChangeEvent();
+  notifyDateChangeEvent();
+  setTimeSyncTimer();
+  setDateSyncTimer();
+}
+
+void ClockService::announceSetTime() {
+  const std::string fallbackTime = setFallbackTime();
+  notifyDateChangeEvent();
+  CLOCK_LOG(logInformation, "timerEvent(m_timeChangedTimer): FallbackTime is \"%s\"",
+            fallbackTime.c_str());
+  stepHour(m_timeChangedTimer, m_timeChangedTimer);
+}
+
+void ClockService::announceSetDate() {
+  const std::string fallbackTime = setFallbackTime();
+  CLOCK_LOG(logInformation, "timerEvent(m_dateChangedTimer) FallbackTime is \"%s\"",
+            fallbackTime.c_str());
+  stepDay(m_dateChangedTimer);
+}
+
+// Both sync timers are armed anew at every full hour, so that a clock changed from outside is
+// followed within the hour.
+void ClockService::stepHour(int expiredTimer, int stoppedTimer) {
+  stopTimer(stoppedTimer);
+  stopTimer(m_timeSyncTimer);
+  startTimer(m_timeSyncTimer);
+  notifyTimeChangeEvent();
+  const int hourlyTimer = m_timeSyncTimer;
+  if (expiredTimer == hourlyTimer) announceAbsorbedMidnight();
+  setTimeSyncTimer();
+  setDateSyncTimer();
+  if (expiredTimer == hourlyTimer) setRestartNTPClientTimer();
+}
+
+// A midnight is a full hour too. When the hour is delivered first, the midnight's timer is replaced
+// before it is heard, and the date is announced here in its stead.
+void ClockService::announceAbsorbedMidnight() {
+  if (BoundaryDelay::localDay(getTimeValInternal()) != m_dateSyncDay) notifyDateChangeEvent();
+}
+
+void ClockService::stepDay(int stoppedTimer) {
+  stopTimer(stoppedTimer);
+  setDateSyncTimer();
+  notifyDateChangeEvent();
+}
+
+void ClockService::notifyTimeChangeEvent() {
+  int hours = 0, minutes = 0, seconds = 0;
+  getTime(hours, minutes, seconds);
+  const SemaphoreGuard guard(m_observerLock);
+  for (ClockServiceObserverIfc* const observer : *m_observers)
+    if (observer != nullptr) observer->timeChangeEvent(hours, minutes, seconds);
+}
+
+void ClockService::notifyDateChangeEvent() {
+  int day = 0, month = 0, year = 0;
+  getDate(day, month, year);
+  const SemaphoreGuard guard(m_observerLock);
+  for (ClockServiceObserverIfc* const observer : *m_observers)
+    if (observer != nullptr) observer->dateChangeEvent(day, month, year);
+}
+
+void ClockService::notifyTimezoneChangeEvent(const std::string& tz) {
+  const SemaphoreGuard guard(m_observerLock);
+  for (ClockServiceObserverIfc* const observer : *m_observers)
+    if (observer != nullptr) observer->timezoneChangeEvent(tz);
+}

@@ -1,0 +1,178 @@
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+
+#include "ClientUtils.h"
+#include "ClockService.h"
+#include "ClockServiceDataHandler.h"
+#include "Context.h"
+#include "LocalMgmtIfc.h"
+#include "Log.h"
+#include "ManageableData.h"
+#include "ManagementKeyNames.h"
+#include "ManagementReading.h"
+#include "NetHelper.h"
+#include "NtpCommandLine.h"
+#include "NtpRestart.h"
+#include "PhysicalInterfaceServiceIfc.h"
+#include "Process.h"
+#include "SemaphoreGuard.h"
+#include "SntpServer.h"
+
+namespace {
+
+constexpr int addressTextSize = 46;  // the longest IPv6 text and its terminator
+
+void logCommandLine(const NtpCommandLine& line) {
+  syslogger_notice("startNTPClient() => \" %s %s %s %s %s %s %s %s %s %s %s %s %s\"\n",
+                   line.textAt(0), line.textAt(1), line.textAt(2), line.textAt(3), line.textAt(4),
+                   line.textAt(5), line.textAt(6), line.textAt(7), line.textAt(8), line.textAt(9),
+                   line.textAt(10), line.textAt(11), line.textAt(12));
+}
+
+}  // namespace
+
+bool ClockService::isTimeSourceSntp() {
+  const bool received = m_sntpTimeReceived;
+  CLOCK_LOG(logTrace, "isTimeSourceSntp: return %d", static_cast<int>(received));
+  return received;
+}
+
+void ClockService::startNTPClient() {
+  CLOCK_LOG(logInformation, "start NTP client");
+  if (!m_networkUp) {
+    CLOCK_LOG(logInformation, "Network not up");
+    return;
+  }
+  const std::string server = sntpAddress();
+  if (!isConfiguredServer(server)) {
+    CLOCK_LOG(logInformation, "No NTP server configure");
+    return;
+  }
+  m_ntpClientRequested = false;
+  const bool traced = TraceProfile::GetLevel("ClockService") == logTrace;
+  std::array<char, addressTextSize> address{};
+  constexpr int anyFamily = 0;
+  if (!NetHelper::dnsLookup(server.c_str(), address.data(), addressTextSize, anyFamily)) return;
+  const NtpCommandLine line(address.data(), NetHelper::verifyIpAddress(address.data(), false),
+                            traced);
+  logCommandLine(line);
+  replaceNtpClient(const_cast<char* const*>(line.arguments().data()));
+}
+
+// Ending the old client and starting the new one is one step for every thread.
+void ClockService::replaceNtpClient(char* const* commandLine) {
+  const SemaphoreGuard guard(m_ntpProcessLock);
+  m_ntpClientProcess.reset();
+  m_ntpClientProcess =
+      std::make_unique<Process>(Process::ownProcessGroup, commandLine, environ, nullptr);
+  if (m_ntpClientProcess->launch() <= 0) CLOCK_LOG(logError, "ntpclient couldn't be started");
+}
+
+void ClockService::setRestartNTPClientTimer() {
+  seedRandomGenerator();
+  const int seconds = NtpRestart::extraSeconds(std::rand());
+  CLOCK_LOG(logInformation, "rand delay 600 + %d where rand_max is %d", seconds, RAND_MAX);
+  replaceTimer(m_restartNtpClientTimer, NtpRestart::delay(seconds));
+}
+
+// Once in a service's life. Devices differ in their MAC address, and so in their delays.
+void ClockService::seedRandomGenerator() {
+  if (m_localMgmt == nullptr || m_randomSeeded != 0) return;
+  m_randomSeeded = 1;
+  const auto mac = readManagementValue(*m_localMgmt, ManagementKeyNames::macAddr);
+  if (!mac) return;
+  CLOCK_LOG(logInformation, "mac address is %s", mac->c_str());
+  const int seed = convertLastDigitsOfMacAddressToInt(mac->c_str());
+  CLOCK_LOG(logInformation, "seeding with %d", seed);
+  std::srand(static_cast<unsigned int>(seed));
+}
+
+int ClockService::convertLastDigitsOfMacAddressToInt(const char* text) {
+  int seed = 0;
+  switch (NtpRestart::seedOf(text, seed)) {
+    case NtpRestart::MacText::wrongLength:
+      CLOCK_LOG(logError, "invalid mac length");
+      break;
+    case NtpRestart::MacText::unexpectedCharacter:
+      CLOCK_LOG(logError, "unexpected character");
+      break;
+    case NtpRestart::MacText::valid:
+      break;
+  }
+  return seed;
+}
+
+// The value itself is not needed: the client has already set the clock.
+void ClockService::handleSNTPClientUpdate(long /*secondsSinceEpoch*/) {
+  sntpTimeChanged();
+}
+
+void ClockService::sntpTimeChanged() {
+  CLOCK_LOG(logInformation, "sntpTimeChanged: handling SNTP client update");
+  if (m_sntpTimeReceived.exchange(true))
+    notifyTimeChangeEvent();
+  else
+    announceFirstNtpTime();
+  notifyDateChangeEvent();
+  if (!m_updateFallbackOnSntp) return;
+  stopTimer(m_fallbackTimeUpdateTimer);
+  startTimer(m_fallbackTimeUpdateTimer);
+  const std::string fallbackTime = setFallbackTime();
+  CLOCK_LOG(logInformation, "sntpTimeChanged: FallbackTime is \"%s\"", fallbackTime.c_str());
+}
+
+void ClockService::announceFirstNtpTime() {
+  PhysicalInterfaceServiceIfc* const physicalIfc = m_physicalIfc;
+  if (physicalIfc != nullptr) physicalIfc->beginClockChange();
+  notifyTimeChangeEvent();
+  if (physicalIfc != nullptr) physicalIfc->endClockChange();
+}
+
+void ClockService::jackEvent(PhysDefs::plugIdentifier plug, PhysDefs::plugStatus status) {
+  CLOCK_LOG(logInformation, "jackEvent plugID %d , plugStatus %d", static_cast<int>(plug),
+            static_cast<int>(status));
+  if (plug == PhysDefs::plugNetwork && status == PhysDefs::plugInserted) startNTPClient();
+}
+
+void ClockService::manageableDataChanged(ManageableData& record) {
+  const SemaphoreGuard guard(m_mgmtLock);
+  const std::string key = record.getRootId();
+  std::string value;
+  record.interogate(key, value);
+  CLOCK_LOG(logInformation, "manageableDataChanged=\"%s\"", key.c_str());
+  if (key == ManagementKeyNames::mobilityUserDataUpdate) {
+    if (value == "all" || value == "unmanaged") reloadFormats();
+  } else if (key == ManagementKeyNames::interfaceStatus) {
+    networkChanged(value);
+  } else if (key == ManagementKeyNames::dhcpEnabled) {
+    startTimer(m_timeZoneRefreshTimer);
+    startNTPClient();
+  }
+}
+
+// Another user's settings were put into the store.
+void ClockService::reloadFormats() {
+  const int dateFormatBefore = m_dataHandler->getDateFormat();
+  const int timeFormatBefore = m_dataHandler->getTimeFormat();
+  m_dataHandler->reinitialiseData(true);
+  if (m_dataHandler->getDateFormat() != dateFormatBefore)
+    reportNumber(ManagementKeyNames::dateFormat, m_dataHandler->getDateFormat());
+  if (m_dataHandler->getTimeFormat() != timeFormatBefore)
+    reportNumber(ManagementKeyNames::timeFormat, m_dataHandler->getTimeFormat());
+}
+
+void ClockService::reportNumber(const char* key, int number) {
+  if (m_localMgmt == nullptr) return;
+  ManageableData record;
+  record.setRootId(key, nullptr);
+  record.populate(key, ClientUtils::itos(number));
+  m_localMgmt->reportDataChanged(record);
+}
+
+// A running client is left alone when the network goes down.
+void ClockService::networkChanged(const std::string& status) {
+  m_networkUp = status == "up";
+  if (m_networkUp) startNTPClient();
+}

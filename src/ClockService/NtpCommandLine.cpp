@@ -1,0 +1,42 @@
+#include "NtpCommandLine.h"
+
+#include "DevicePaths.h"
+
+namespace {
+
+constexpr std::size_t addressIndex = 9;
+
+const char* familyOption(int addressKind) {
+  switch (addressKind) {
+    case 1:
+      return "-6";
+    case 2:
+      return "-4";
+    default:
+      return nullptr;
+  }
+}
+
+}  // namespace
+
+// Set the clock (-s), 525600 times, hourly (-i), after at most 15 tries (-n).
+NtpCommandLine::NtpCommandLine(const char* address, int addressKind, bool traced)
+    : m_arguments{DevicePaths::ntpClientProgram,
+                  "-s",
+                  "-c",
+                  "525600",
+                  "-i",
+                  "3600",
+                  "-n",
+                  "15",
+                  "-h",
+                  address} {
+  std::size_t next = addressIndex + 1;
+  if (const char* const family = familyOption(addressKind)) m_arguments[next++] = family;
+  if (traced) m_arguments[next] = "-L";
+}
+
+const char* NtpCommandLine::textAt(std::size_t index) const {
+  const char* const argument = m_arguments[index];
+  return argument != nullptr ? argument : "NULL";
+}

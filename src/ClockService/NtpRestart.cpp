@@ -1,0 +1,44 @@
+#include "NtpRestart.h"
+
+#include <cstddef>
+#include <string_view>
+
+namespace {
+
+constexpr std::size_t macLength = 12;
+constexpr std::size_t firstSeedDigit = 6;
+
+int hexadecimal(char digit) {
+  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+  if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+  return -1;
+}
+
+}  // namespace
+
+NtpRestart::MacText NtpRestart::seedOf(const char* text, int& seed) {
+  seed = 0;
+  const std::string_view mac = text != nullptr ? text : "";
+  if (mac.size() != macLength) return MacText::wrongLength;
+  int number = 0;
+  for (const char digit : mac.substr(firstSeedDigit)) {
+    const int value = hexadecimal(digit);
+    if (value < 0) return MacText::unexpectedCharacter;
+    number = number * 16 + value;
+  }
+  seed = number;
+  return MacText::valid;
+}
+
+int NtpRestart::extraSeconds(int random) {
+  constexpr double slots = 600.0;
+  constexpr double randomRange = 2147483648.0;
+  return static_cast<int>(random * slots / randomRange) + 1;
+}
+
+unsigned int NtpRestart::delay(int extraSeconds) {
+  constexpr unsigned int tenMinutes = 600000;
+  constexpr unsigned int millisecondsPerSecond = 1000;
+  return static_cast<unsigned int>(extraSeconds) * millisecondsPerSecond + tenMinutes;
+}

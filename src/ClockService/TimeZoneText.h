@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+// The POSIX TZ value of the settings (POSIX.1-2017, 8.3: offsets count west of UTC). Pure.
+namespace TimeZoneText {
+
+struct Settings {
+  float utcOffset = 0.0F;  // hours east of UTC, any number
+  bool daylightSaving = false;
+  std::int32_t daylightMinutes = 0;  // how far the clock is put forward
+  bool automatic = false;            // by the rule instead of all year
+  std::string rule;                  // "M3.5.0/02:00,M10.5.0/03:00", or empty
+};
+
+using Buffer = std::array<char, 50>;
+
+struct LocalZone {
+  Buffer tz{};                     // the TZ value, cut to 49 characters
+  std::int32_t offsetMinutes = 0;  // from UTC to local, less what the TZ rule adds by itself
+};
+
+LocalZone localZone(const Settings& settings);
+
+// The whole of "setupTZ.sh" for a TZ value.
+std::string script(const char* tz);
+
+}  // namespace TimeZoneText

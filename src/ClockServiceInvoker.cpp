@@ -1,0 +1,73 @@
+#include "ClockServiceInvoker.h"
+
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "ClockServiceIfc.h"
+#include "Executable.h"
+#include "FrameworkContext.h"
+#include "InvokerResponse.h"
+#include "Log.h"
+#include "MessageCodec.h"
+#include "Method.h"
+#include "RemoteMethods.h"
+
+namespace {
+
+void sendReply(Method& reply, MessageCodec& codec, InvokerResponse& response) {
+  std::stringstream stream;
+  codec.encode(reply, stream);
+  const std::string bytes = stream.str();
+  response.sendReply(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+}  // namespace
+
+extern "C" Invoker* createClockServiceInvoker() {
+  return new ClockServiceInvoker;
+}
+
+ClockServiceInvoker::~ClockServiceInvoker() = default;
+
+void ClockServiceInvoker::initInvoker(FrameworkContext* frameworkContext) {
+  INVOKER_LOG(logStartUp, "ClockServiceInvoker initialised");
+  context = frameworkContext;
+}
+
+void ClockServiceInvoker::handleMessage(Executable* executable, const char* message, int length,
+                                        InvokerResponse* response) {
+  const std::unique_ptr<InvokerResponse> ownedResponse(response);
+  auto* const service = dynamic_cast<ClockServiceIfc*>(executable);
+  if (service == nullptr) {
+    INVOKER_LOG(logError, "Could not cast executable to ClockServiceIfc");
+    return;
+  }
+  if (context == nullptr || response == nullptr) {
+    INVOKER_LOG(logError, "Failed to decode msg");
+    return;
+  }
+  answer(*service, message, length, *response);
+}
+
+void ClockServiceInvoker::answer(ClockServiceIfc& service, const char* message, int length,
+                                 InvokerResponse& response) {
+  std::stringstream stream;
+  Method request;
+  MessageCodec* const codec = context->getCodec(response.getCodecName());
+  stream.write(message, length);
+  if (codec == nullptr || !codec->decode(stream, request)) {
+    INVOKER_LOG(logError, "Failed to decode msg");
+    return;
+  }
+  INVOKER_LOG(logInformation, "handleMessage called: %s", stream.str().c_str());
+  const RemoteMethod* const method = findRemoteMethod(request.getName());
+  if (method == nullptr) {
+    INVOKER_LOG(logError, "Invalid Message, %s", stream.str().c_str());
+    return;
+  }
+  Method reply(method->name, Method::reply);
+  RemoteCall call{service, request, reply, *context, response};
+  method->handle(call);
+  if (method->replies) sendReply(reply, *codec, response);
+}

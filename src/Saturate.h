@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+// Arithmetic on numbers from outside: defined for every input, stopping at the type's limits.
+
+template <typename To>
+constexpr To saturate(std::int64_t number) {
+  constexpr auto lowest = static_cast<std::int64_t>(std::numeric_limits<To>::min());
+  constexpr auto highest = static_cast<std::int64_t>(std::numeric_limits<To>::max());
+  return static_cast<To>(number < lowest ? lowest : number > highest ? highest : number);
+}
+
+constexpr int saturatedSum(std::int64_t a, std::int64_t b) {
+  return saturate<int>(a + b);
+}
+
+// Toward zero; NaN is 0. The result lies in -2147483647 to 2147483647, so that it can be negated.
+constexpr std::int32_t truncated(double number) {
+  constexpr std::int32_t limit = std::numeric_limits<std::int32_t>::max();
+  if (number != number) return 0;
+  if (number >= limit) return limit;
+  if (number <= -limit) return -limit;
+  return static_cast<std::int32_t>(number);
+}
+
+// To the nearest float; beyond its range, infinity.
+constexpr float toFloat(double number) {
+  constexpr double highest = std::numeric_limits<float>::max();
+  constexpr float infinity = std::numeric_limits<float>::infinity();
+  if (number > highest) return infinity;
+  if (number < -highest) return -infinity;
+  return static_cast<float>(number);
+}
