@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace host {
+
+// Where the device's absolute paths lie on this machine, so that two hosts stay apart. With a root
+// set, paths under /data/ and /tmp/votk/ mean the same path below the root: for hostPath, and for
+// each open, fopen and stat of this process and of the plug-ins it loads (not of its children).
+// Thread: any; meant to be set before the device starts.
+
+// An absolute path; empty: device paths as they are.
+void setDeviceRoot(const std::string& root);
+[[nodiscard]] std::string deviceRoot();
+
+// The path on this machine. Other paths, and those below the root already, stay as they are.
+[[nodiscard]] std::string hostPath(const std::string& devicePath);
+
+}  // namespace host

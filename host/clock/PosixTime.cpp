@@ -1,0 +1,116 @@
+// The time calls of C, for this process and the plug-ins it loads: they read and set the process
+// clock. Without one they read the machine's clock, and setting is refused: the machine's clock is
+// set through a VirtualClock of source "system", or not at all.
+#include <sys/syscall.h>
+#include <sys/sysinfo.h>
+#include <sys/time.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <limits>
+#include <stdexcept>
+
+#include "SystemClock.h"
+#include "clock/VirtualClock.h"
+
+namespace host {
+namespace {
+
+constinit std::atomic<VirtualClock*> g_clock{nullptr};
+
+using std::chrono::seconds;
+
+template <class Time>
+bool fits(seconds::rep count) {
+  return count >= std::numeric_limits<Time>::min() && count <= std::numeric_limits<Time>::max();
+}
+
+seconds::rep wallSeconds() {
+  if (const VirtualClock* clock = g_clock.load(std::memory_order_acquire)) {
+    return std::chrono::floor<seconds>(clock->wall()).count();
+  }
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return now.tv_sec;
+}
+
+// 0, or -1 with errno.
+int setWall(seconds::rep wholeSeconds, std::chrono::microseconds rest) noexcept {
+  if (wholeSeconds < 0 || seconds{wholeSeconds} > VirtualClock::kLastWall - seconds{1}) {
+    errno = EINVAL;
+    return -1;
+  }
+  VirtualClock* clock = g_clock.load(std::memory_order_acquire);
+  if (clock == nullptr) {
+    errno = EPERM;
+    return -1;
+  }
+  return clock->setWall(seconds{wholeSeconds} + rest) ? 0 : -1;
+}
+
+}  // namespace
+
+VirtualClock& processClock() {
+  VirtualClock* clock = processClockIfAny();
+  if (clock == nullptr) throw std::logic_error("the process has no clock of its own");
+  return *clock;
+}
+
+VirtualClock* processClockIfAny() noexcept {
+  return g_clock.load(std::memory_order_acquire);
+}
+
+void setProcessClock(VirtualClock* clock) {
+  g_clock.store(clock, std::memory_order_release);
+}
+
+}  // namespace host
+
+extern "C" {
+
+time_t time(time_t* result) noexcept {
+  const auto now = host::wallSeconds();
+  if (!host::fits<time_t>(now)) {
+    errno = EOVERFLOW;
+    return -1;
+  }
+  if (result != nullptr) *result = static_cast<time_t>(now);
+  return static_cast<time_t>(now);
+}
+
+int settimeofday(const struct timeval* value, const struct timezone* zone) noexcept {
+  if (value == nullptr || zone != nullptr || value->tv_usec < 0 || value->tv_usec > 999'999) {
+    errno = EINVAL;
+    return -1;
+  }
+  return host::setWall(value->tv_sec, std::chrono::microseconds{value->tv_usec});
+}
+
+int stime(const time_t* seconds) noexcept {
+  if (seconds == nullptr) {
+    errno = EINVAL;
+    return -1;
+  }
+  return host::setWall(*seconds, std::chrono::microseconds{0});
+}
+
+int sysinfo(struct sysinfo* info) noexcept {
+  if (syscall(SYS_sysinfo, info) != 0) return -1;
+  if (const host::VirtualClock* clock = host::processClockIfAny()) {
+    using Uptime = decltype(info->uptime);
+    info->uptime = static_cast<Uptime>(
+        std::chrono::duration_cast<std::chrono::seconds>(clock->uptime()).count());
+  }
+  return 0;
+}
+
+}  // extern "C"
+
+int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch) {
+  constexpr auto kMost = std::numeric_limits<std::chrono::seconds::rep>::max();
+  if (secondsSinceEpoch > static_cast<unsigned long long>(kMost)) return -1;
+  return host::setWall(static_cast<std::chrono::seconds::rep>(secondsSinceEpoch),
+                       std::chrono::microseconds{0});
+}

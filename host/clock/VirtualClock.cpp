@@ -1,0 +1,119 @@
+#include "clock/VirtualClock.h"
+
+#include <time.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <stdexcept>
+
+#include "clock/SaturatingTime.h"
+
+namespace host {
+namespace {
+
+using Nanoseconds = VirtualClock::Nanoseconds;
+
+Nanoseconds readMachine(clockid_t clock) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  return std::chrono::seconds{now.tv_sec} + Nanoseconds{now.tv_nsec};
+}
+
+Nanoseconds realUptime() {
+  return readMachine(CLOCK_BOOTTIME);
+}
+// The event loop waits on the same clock.
+Nanoseconds realSteady() {
+  return readMachine(CLOCK_MONOTONIC);
+}
+
+bool setMachine(Nanoseconds wall) {
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(wall);
+  timespec time{};
+  time.tv_sec = static_cast<decltype(time.tv_sec)>(seconds.count());
+  time.tv_nsec = static_cast<decltype(time.tv_nsec)>((wall - seconds).count());
+  if (time.tv_sec != seconds.count()) {  // a device with 32 bits for the time
+    errno = EINVAL;
+    return false;
+  }
+  return clock_settime(CLOCK_REALTIME, &time) == 0;
+}
+
+}  // namespace
+
+VirtualClock::VirtualClock(Source source)
+    : m_source(source),
+      m_real(source == Source::system ? realUptime : realSteady),
+      m_anchorReal(m_real()),
+      m_speed(source == Source::system ? 1 : 0) {}
+
+VirtualClock::VirtualClock(RealClock real)
+    : m_source(Source::virtualTime), m_real(std::move(real)), m_anchorReal(m_real()) {}
+
+Nanoseconds VirtualClock::wall() const {
+  if (m_source == Source::system) return readMachine(CLOCK_REALTIME);
+  const std::lock_guard lock(m_mutex);
+  return saturatingSum(m_wallAtZero, now());
+}
+
+Nanoseconds VirtualClock::uptime() const {
+  const std::lock_guard lock(m_mutex);
+  return now();
+}
+
+bool VirtualClock::setWall(Nanoseconds wall) {
+  if (wall < Nanoseconds::zero() || wall > kLastWall) {
+    errno = EINVAL;
+    return false;
+  }
+  if (m_source == Source::system) return setMachine(wall);
+  const std::lock_guard lock(m_mutex);
+  m_wallAtZero = wall - now();
+  return true;
+}
+
+double VirtualClock::speed() const {
+  const std::lock_guard lock(m_mutex);
+  return m_speed;
+}
+
+void VirtualClock::setSpeed(double speed) {
+  if (!(speed >= 0)) throw std::invalid_argument("a speed is 0 or more");
+  if (m_source == Source::system && !(speed >= 1 && speed <= 1)) {
+    throw std::invalid_argument("the system's clock has speed 1");
+  }
+  {
+    const std::lock_guard lock(m_mutex);
+    anchorAt(now());
+    m_speed = speed;
+  }
+  tellScheduleChange();
+}
+
+// Where time would be if no timer held it up.
+Nanoseconds VirtualClock::unhinderedNow() const {
+  if (m_source == Source::system) return m_real();
+  if (!(m_speed > 0)) return m_anchorUptime;
+  if (std::isinf(m_speed)) return m_armed.empty() ? m_anchorUptime : kLastUptime;
+  const Nanoseconds real = m_real() - m_anchorReal;
+  const Nanoseconds left = kLastUptime - m_anchorUptime;
+  if (m_speed >= 1 && m_speed <= 1)
+    return m_anchorUptime + std::min(real, left);  // to the last bit
+  const auto passed = static_cast<long double>(real.count()) * static_cast<long double>(m_speed);
+  return m_anchorUptime + boundedTime(passed, left);
+}
+
+Nanoseconds VirtualClock::now() const {
+  if (m_standing && m_source == Source::virtualTime) return *m_standing;
+  const Nanoseconds unhindered = unhinderedNow();
+  if (m_armed.empty() || m_source == Source::system) return unhindered;
+  return std::min(unhindered, m_armed.begin()->first);
+}
+
+void VirtualClock::anchorAt(Nanoseconds uptime) {
+  m_anchorUptime = uptime;
+  m_anchorReal = m_real();
+}
+
+}  // namespace host
