@@ -1,0 +1,71 @@
+#include "DataStorage.h"
+
+#include <sstream>
+
+#include "Context.h"
+#include "Executable.h"
+#include "Logging.h"
+#include "platform/DataAccess.h"
+#include "platform/XmlText.h"
+
+// On disk: the schema under which the store keeps the clock's settings.
+const char* const DASUtilsStrings::ClockSettingsSchema = "ClockSettings";
+
+namespace {
+
+constexpr const char* kServiceName = "DataAccessServiceIfc";
+
+void complain(const std::string& key, const char* action) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "setting \"%s\" %s: XML cannot carry it",
+            key.c_str(), action);
+}
+
+}  // namespace
+
+struct DataStorage::Impl {
+  Context& context;
+  std::string schema;
+  host::DataAccess* access;
+
+  // Nothing for a key without a value, or with one (of another writer) that XML cannot carry: the
+  // other keys' elements are not to suffer from it.
+  std::string elementOf(const std::string& key) {
+    if (!host::isXmlName(key)) return {};
+    const auto value = access->getItem(schema, key);
+    if (!value) return {};
+    if (!host::isXmlText(*value)) {
+      complain(key, "left out");
+      return {};
+    }
+    return "<" + key + ">" + host::escapedXmlText(*value) + "</" + key + ">";
+  }
+};
+
+DataStorage::DataStorage(Context& context, const char* schema)
+    : m_impl(std::make_unique<Impl>(Impl{context, schema == nullptr ? "" : schema, nullptr})) {}
+
+DataStorage::~DataStorage() = default;
+
+bool DataStorage::findDataAccessService() {
+  m_impl->access = dynamic_cast<host::DataAccess*>(m_impl->context.getService(kServiceName));
+  return m_impl->access != nullptr;
+}
+
+// What could be stored but never be read back is refused here, so that nothing that was accepted is
+// lost with the next start.
+bool DataStorage::setDataItem(const std::string& key, const std::string& value) {
+  if (m_impl->access == nullptr) return false;
+  if (!host::isXmlName(key) || !host::isXmlText(value)) {
+    complain(key, "refused");
+    return false;
+  }
+  return m_impl->access->setItem(m_impl->schema, key, value);
+}
+
+std::string DataStorage::getDataItems(const std::string& keys) {
+  if (m_impl->access == nullptr) return {};
+  std::string document = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><Settings>";
+  std::istringstream words(keys);
+  for (std::string key; std::getline(words, key, ' ');) document += m_impl->elementOf(key);
+  return document + "</Settings>";
+}

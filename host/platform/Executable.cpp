@@ -1,0 +1,5 @@
+#include "Executable.h"
+
+Executable::~Executable() = default;
+
+void Executable::timerEvent(int /*timerId*/) {}

@@ -1,0 +1,5 @@
+#include "Invoker.h"
+
+Invoker::~Invoker() = default;
+
+void Invoker::initInvoker(FrameworkContext* /*context*/) {}

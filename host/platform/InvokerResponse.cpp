@@ -1,0 +1,3 @@
+#include "InvokerResponse.h"
+
+InvokerResponse::~InvokerResponse() = default;

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// One line of the log.
+struct LogEntry {
+  std::uint64_t number = 0;          // from 1, without gaps, in the order sinks see them
+  std::chrono::nanoseconds wall{0};  // the device's wall time, since 1970-01-01 UTC
+  int level = 0;                     // 0-6, as in Logging.h
+  std::string component;             // empty for the system log
+  std::string file;
+  int line = 0;
+  std::string text;
+  bool systemLog = false;  // written by syslogger_notice
+};
+
+// Takes entries. Called one entry at a time, on the thread that logs; what write() itself logs is
+// dropped. It must not wait for a lock under which anyone logs, nor for a peer.
+class LogSink {
+ public:
+  virtual ~LogSink() = default;
+  virtual void write(const LogEntry& entry) = 0;  // what it throws is lost with the entry
+};
+
+// The one log of the process, behind logAppUni. Without a sink, entries are only counted.
+// Owner: the process; never destroyed. Thread: any. Failure: an entry is lost; nothing throws.
+class LogBook {
+ public:
+  static constexpr int kDefaultLevel = 4;
+
+  [[nodiscard]] static LogBook& instance() noexcept;
+  LogBook(const LogBook&) = delete;
+  LogBook& operator=(const LogBook&) = delete;
+
+  // Entries above the level are dropped. 0-6; other numbers count as the nearest.
+  void setLevel(int level) noexcept;
+  [[nodiscard]] int level() const noexcept { return m_level.load(std::memory_order_relaxed); }
+
+  void addSink(std::shared_ptr<LogSink> sink);
+  // No entry reaches the sink after the return. Not to be called from write().
+  void removeSink(const std::shared_ptr<LogSink>& sink);
+
+  // Numbers the entry, stamps it with the wall time, and hands it to the sinks.
+  void write(LogEntry entry) noexcept;
+
+ private:
+  LogBook() = default;
+
+  std::atomic<int> m_level{kDefaultLevel};
+  std::mutex m_mutex;  // guards what follows; held while sinks write
+  std::uint64_t m_lastNumber = 0;
+  std::vector<std::shared_ptr<LogSink>> m_sinks;
+};
+
+}  // namespace host

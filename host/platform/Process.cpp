@@ -1,0 +1,191 @@
+#include "Process.h"
+
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <cstring>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "Logging.h"
+#include "platform/ProgramMap.h"
+
+namespace {
+
+// How long a child has between the request to end and the order.
+constexpr std::chrono::milliseconds kGrace{300};
+
+std::vector<std::string> copied(char* const* texts) {
+  std::vector<std::string> copies;
+  for (; texts != nullptr && *texts != nullptr; ++texts) copies.emplace_back(*texts);
+  return copies;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+// What the child gets beyond arguments and environment.
+class SpawnPlan {
+ public:
+  SpawnPlan() {
+    posix_spawn_file_actions_init(&actions);
+    posix_spawnattr_init(&attributes);
+  }
+  ~SpawnPlan() {
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+  }
+  SpawnPlan(const SpawnPlan&) = delete;
+  SpawnPlan& operator=(const SpawnPlan&) = delete;
+
+  // Signals as in a fresh process: what the creator ignores or blocks is its own affair.
+  bool prepare(bool ownGroup, const std::optional<std::string>& folder) {
+    sigset_t none;
+    sigemptyset(&none);
+    sigset_t reset;
+    sigemptyset(&reset);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGCHLD, SIGUSR1, SIGUSR2})
+      sigaddset(&reset, signal);
+    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+    if (ownGroup) flags |= POSIX_SPAWN_SETPGROUP;  // of the child's own id
+    return posix_spawnattr_setsigmask(&attributes, &none) == 0 &&
+           posix_spawnattr_setsigdefault(&attributes, &reset) == 0 &&
+           posix_spawnattr_setpgroup(&attributes, 0) == 0 &&
+           posix_spawnattr_setflags(&attributes, flags) == 0 &&
+           (!folder || posix_spawn_file_actions_addchdir_np(&actions, folder->c_str()) == 0) &&
+           (!ownGroup ||
+            posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1) == 0);
+  }
+
+  posix_spawn_file_actions_t actions;
+  posix_spawnattr_t attributes;
+};
+
+void complain(const std::string& program, int error) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(),
+            std::strerror(error));
+}
+
+// A child that is running, and the thread that reaps it the moment it ends.
+class RunningChild {
+ public:
+  RunningChild(pid_t pid, bool leadsGroup)
+      : m_pid(pid), m_leadsGroup(leadsGroup), m_reaper([this] { reap(); }) {}
+
+  ~RunningChild() {
+    end();
+    m_reaper.join();
+  }
+  RunningChild(const RunningChild&) = delete;
+  RunningChild& operator=(const RunningChild&) = delete;
+
+ private:
+  // The child stays a zombie from its end until the lock is held: as long as it is not `m_reaped`,
+  // its id, which is the group's too, is nobody else's.
+  void reap() {
+    siginfo_t ended{};
+    while (waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOWAIT) != 0 &&
+           errno == EINTR) {
+    }
+    const std::lock_guard lock(m_mutex);
+    if (m_leadsGroup) kill(-m_pid, SIGKILL);  // what the child left behind goes with it
+    while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    m_reaped = true;
+    m_changed.notify_all();
+  }
+
+  void end() {
+    std::unique_lock lock(m_mutex);
+    if (m_reaped) return;
+    signalAll(SIGTERM);
+    if (m_changed.wait_for(lock, kGrace, [this] { return m_reaped; })) return;
+    signalAll(SIGKILL);
+  }
+
+  // REQUIRES: m_mutex held, not reaped.
+  void signalAll(int signal) const { kill(m_leadsGroup ? -m_pid : m_pid, signal); }
+
+  const pid_t m_pid;
+  const bool m_leadsGroup;
+  std::mutex m_mutex;  // guards m_reaped
+  std::condition_variable m_changed;
+  bool m_reaped = false;
+  std::thread m_reaper;  // last: it uses all of the above
+};
+
+// For a child that nobody could be found to watch.
+void endAtOnce(pid_t pid) {
+  kill(pid, SIGKILL);
+  while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+}  // namespace
+
+struct Process::Impl {
+  int options;
+  std::vector<std::string> arguments;
+  std::vector<std::string> environment;
+  std::optional<std::string> folder;
+  std::optional<RunningChild> child;
+
+  [[nodiscard]] bool ownGroup() const { return (options & ownProcessGroup) != 0; }
+
+  // The child's id, or 0: it is not running.
+  pid_t spawn() {
+    const std::string program = host::ProgramMap::instance().resolve(arguments.front());
+    std::vector<char*> words = pointersTo(arguments);
+    std::vector<char*> variables = pointersTo(environment);
+    SpawnPlan plan;
+    if (!plan.prepare(ownGroup(), folder)) return 0;
+    // Asked beforehand as well: under an emulator the spawn itself may not hear of the failure.
+    pid_t pid = 0;
+    int error = access(program.c_str(), X_OK) == 0 ? 0 : errno;
+    if (error == 0) {
+      error = posix_spawn(&pid, program.c_str(), &plan.actions, &plan.attributes, words.data(),
+                          variables.data());
+    }
+    if (error == 0) return pid;
+    complain(program, error);
+    return 0;
+  }
+};
+
+Process::Process(int options, char* const* arguments, char* const* environment,
+                 const char* workingFolder)
+    : m_impl(std::make_unique<Impl>()) {
+  m_impl->options = options;
+  m_impl->arguments = copied(arguments);
+  m_impl->environment = copied(environment);
+  if (workingFolder != nullptr) m_impl->folder = workingFolder;
+}
+
+Process::~Process() = default;
+
+int Process::launch() {
+  if (m_impl->arguments.empty() || m_impl->child) return 0;
+  const pid_t pid = m_impl->spawn();
+  if (pid <= 0) return 0;
+  try {
+    m_impl->child.emplace(pid, m_impl->ownGroup());
+  } catch (const std::system_error& error) {
+    endAtOnce(pid);
+    complain(m_impl->arguments.front(), error.code().value());
+    return 0;
+  }
+  return pid;
+}

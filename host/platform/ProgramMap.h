@@ -1,0 +1,34 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace host {
+
+// Which file of this machine runs when the device's program is asked for.
+// Owner: the process. Thread: any.
+class ProgramMap {
+ public:
+  [[nodiscard]] static ProgramMap& instance();
+
+  // From now on `devicePath` means `path`.
+  void set(const std::string& devicePath, const std::string& path);
+
+  // A folder with stand-ins, named as the programs are; empty: none.
+  void setStandInFolder(const std::string& folder);
+
+  // Forgets all of it.
+  void clear();
+
+  // In this order: what was set; the file itself, if it can be executed; the stand-in, if it can;
+  // else `devicePath`.
+  [[nodiscard]] std::string resolve(const std::string& devicePath) const;
+
+ private:
+  mutable std::mutex m_mutex;
+  std::map<std::string, std::string> m_paths;
+  std::string m_standIns;
+};
+
+}  // namespace host

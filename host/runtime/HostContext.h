@@ -1,0 +1,39 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+
+#include "Context.h"
+
+namespace host {
+
+class VirtualClock;
+
+// What services see of the framework: other services by name, and the clock's timers.
+// Owner: the device; clock and services outlive it. Thread: any.
+class HostContext : public Context {
+ public:
+  explicit HostContext(VirtualClock& clock);
+  virtual ~HostContext();
+  HostContext(const HostContext&) = delete;
+  HostContext& operator=(const HostContext&) = delete;
+
+  // Registers a service; it replaces an earlier one of the name.
+  void add(const std::string& name, Executable* service);
+  void remove(const std::string& name);
+
+  Executable* getService(const std::string& name) override;
+  int createTimer(Executable& owner, unsigned int periodMilliseconds) override;
+  void startTimer(int timerId) override;
+  void stopTimer(int timerId) override;
+  void cancelTimer(int timerId) override;
+  void deleteTimer(int timerId) override;
+
+ private:
+  VirtualClock& m_clock;
+  std::mutex m_mutex;  // guards m_services
+  std::map<std::string, Executable*> m_services;
+};
+
+}  // namespace host

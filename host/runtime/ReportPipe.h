@@ -1,0 +1,48 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace host {
+
+// The named pipe of the NTP reports, for its owner only. It stays when the object goes: a client
+// may still hold it.
+// Owner: the device. Failure: the constructor throws Error: it cannot be created, or folder or pipe
+// are somebody else's.
+class ReportPipe {
+ public:
+  static constexpr const char* kDeviceFolder = "/tmp/votk/ipc";
+  static constexpr const char* kDevicePath = "/tmp/votk/ipc/ntpclient";
+
+  ReportPipe();
+
+  // On this machine.
+  [[nodiscard]] const std::string& path() const { return m_path; }
+
+ private:
+  std::string m_path;
+};
+
+// While it lives, wakes whoever waits for the pipe in open or read, so that a listener told to end
+// gets to see that: again and again it opens the pipe for writing and writes four zero bytes.
+// Owner: whoever takes the listener down. Failure: a pipe that is not there wakes nobody.
+class ListenerWaker {
+ public:
+  explicit ListenerWaker(std::string path);
+  ~ListenerWaker();
+  ListenerWaker(const ListenerWaker&) = delete;
+  ListenerWaker& operator=(const ListenerWaker&) = delete;
+
+ private:
+  void work();
+
+  const std::string m_path;
+  std::mutex m_mutex;
+  std::condition_variable m_ended;
+  bool m_ending = false;
+  std::thread m_thread;  // last: it uses all of the above
+};
+
+}  // namespace host

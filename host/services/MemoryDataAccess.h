@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "Executable.h"
+#include "platform/DataAccess.h"
+
+namespace host {
+
+// A settings store in memory, with faults to order: for tests and simulations.
+// Owner: the device or the test. Thread: any.
+class MemoryDataAccess : public Executable, public DataAccess {
+ public:
+  MemoryDataAccess() = default;
+  ~MemoryDataAccess() override;
+
+  void init(Context& context) override;
+  void shutdown() override;
+
+  bool setItem(const std::string& schema, const std::string& key,
+               const std::string& value) override;
+  std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
+
+  // After `accepted` more sets, the next `refused` ones fail.
+  void refuseSets(std::size_t accepted, std::size_t refused);
+  // While true nothing can be read.
+  void refuseGets(bool refused);
+
+  [[nodiscard]] std::size_t setsAsked() const;
+
+ private:
+  mutable std::mutex m_mutex;  // guards what follows
+  std::map<std::pair<std::string, std::string>, std::string> m_items;
+  std::size_t m_setsAsked = 0;
+  std::size_t m_acceptFirst = 0;
+  std::size_t m_refuseThen = 0;
+  bool m_refuseGets = false;
+};
+
+}  // namespace host

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/LogBook.h"
+
+namespace support {
+
+// Keeps what the process logs while the object lives, and sets the level for as long.
+// Thread: any.
+class LogCapture {
+ public:
+  explicit LogCapture(int level = 6);
+  ~LogCapture();
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+
+  [[nodiscard]] std::vector<host::LogEntry> entries() const;
+  void clear();
+
+  // Whether, or how often, there is an entry with exactly this text.
+  [[nodiscard]] bool has(const std::string& text) const;
+  [[nodiscard]] bool has(int level, const std::string& text) const;
+  [[nodiscard]] std::size_t count(const std::string& text) const;
+  // ... one with this text in it.
+  [[nodiscard]] bool hasPart(const std::string& part) const;
+
+  // Waits until an entry with this text in it is there; false at the end of the time.
+  [[nodiscard]] bool waitForPart(const std::string& part,
+                                 std::chrono::seconds limit = std::chrono::seconds{10}) const;
+
+  // All of it, a line each, for messages of failed tests.
+  [[nodiscard]] std::string text() const;
+
+ private:
+  class Sink;
+  std::shared_ptr<Sink> m_sink;
+  int m_levelBefore;
+};
+
+}  // namespace support
