@@ -154,6 +154,7 @@ void ClockService::manageableDataChanged(ManageableData& record) {
 
 // Another user's settings were put into the store.
 void ClockService::reloadFormats() {
+  if (m_dataHandler == nullptr) return;
   const int dateFormatBefore = m_dataHandler->getDateFormat();
   const int timeFormatBefore = m_dataHandler->getTimeFormat();
   m_dataHandler->reinitialiseData(true);
