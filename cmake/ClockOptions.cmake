@@ -2,6 +2,7 @@
 
 option(CLOCK_WITH_HOST "Build the workstation host and the tests; OFF is the firmware build" ON)
 option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its unit tests" OFF)
+option(CLOCK_BENCH "Build the benchmarks" OFF)
 option(CLOCK_CCACHE "Use ccache when it is installed" ON)
 option(CLOCK_TEST_PER_PROGRAM "Run each test program once, not once for each test" OFF)
 set(CLOCK_SANITIZE "" CACHE STRING "address | undefined | thread | address,undefined")
@@ -9,6 +10,9 @@ set(CLOCK_SANITIZE "" CACHE STRING "address | undefined | thread | address,undef
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Type of build" FORCE)
 endif()
+
+# Optimised and with assertions: what is tested is what runs.
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
 
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)

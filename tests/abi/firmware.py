@@ -28,7 +28,7 @@ def main(cmake, compiler, make, tree):
         (folder / "tools").mkdir()
         environment = {"PATH": bare_path(folder / "tools"), "HOME": name}
         build = str(folder / "build")
-        options = ["-DCLOCK_WITH_HOST=OFF", "-DCMAKE_BUILD_TYPE=MinSizeRel"]
+        options = ["-DCLOCK_WITH_HOST=OFF", "-DCLOCK_CCACHE=OFF", "-DCMAKE_BUILD_TYPE=MinSizeRel"]
         options += [f"-DCMAKE_CXX_COMPILER={compiler}", f"-DCMAKE_MAKE_PROGRAM={make}", "-GNinja"]
         subprocess.run([cmake, "-S", tree, "-B", build, *options], env=environment, check=True)
         subprocess.run([cmake, "--build", build, "-j2"], env=environment, check=True)

@@ -8,7 +8,7 @@ import re
 import subprocess
 import sys
 
-LIBRARY_VERSION = re.compile(r"@@?(GLIBC|GLIBCXX|CXXABI|GCC)_[\d.]+$")
+LIBRARY_VERSION = re.compile(r"@@?(GLIBC|GLIBCXX|CXXABI|CXXABI_ARM|GCC)_[\d.]+$")
 # Weak names that every shared object of gcc and clang carries.
 START_FILES = {"__gmon_start__", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable"}
 LIBRARIES = re.compile(r"(libstdc\+\+|libm|libgcc_s|libc|ld-linux[\w-]*)\.so(\.\d+)?$")

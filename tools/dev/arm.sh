@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# arm: cross-build for 32-bit ARM, run the unit tests under qemu, show the plug-in's size
+# arm: cross-build for 32-bit ARM, unit tests under qemu, size of the plug-in
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

@@ -7,5 +7,5 @@ echo "usage: ./dev VERB [ARGUMENTS]"
 for script in "$CLOCK_TREE"/tools/dev/*.sh; do
   sed -n '2s/^# \([^:]*\): \(.*\)/\1\t\2/p' "$script"
 done | while IFS=$'\t' read -r usage text; do
-  printf '  %-40s %s\n' "$usage" "$text"
+  printf '  %-30s %s\n' "$usage" "$text"
 done

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# test [CTEST ARGUMENTS]: set up, build and run all tests; "-L unit" or "-R NAME" chooses
+# test [CTEST ARGUMENTS]: set up, build and test; "-L unit" and "-R NAME" choose
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

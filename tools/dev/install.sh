@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# install [PREFIX]: build and install programs and plug-in (default ~/.local)
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+
+prefix=$(realpath -m -- "${1:-$HOME/.local}")
+need run
+configure default
+build default ClockService clockhost clockctl ntpclient
+cmake --install "$(folder_of default)" --prefix "$prefix"
+case :$PATH: in
+  *":$prefix/bin:"*) ;;
+  *) echo "dev: $prefix/bin is not in PATH; add it to call clockhost and clockctl by name" ;;
+esac

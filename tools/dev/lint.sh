@@ -1,0 +1,39 @@
+#!/usr/bin/env bash
+# lint: formatting, clang-tidy with clang's warnings, shellcheck, checks of the tree
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+cd "$CLOCK_TREE"
+
+files_of() { git ls-files --cached --others --exclude-standard -- "$@"; }
+
+check_format() { files_of '*.h' '*.cpp' '*.c' | xargs clang-format --dry-run -Werror; }
+
+check_scripts() { files_of dev .ci/run '*.sh' '*.bash' | xargs shellcheck -x -P SCRIPTDIR; }
+
+# clang-tidy compiles every source with clang and the tree's warnings, so nothing is built here.
+check_tidy() {
+  local log
+  log=$(folder_of lint)/clang-tidy.log
+  run-clang-tidy -quiet -p "$(folder_of lint)" -j "$(nproc)" "^$CLOCK_TREE/(src|host|tests)/" \
+    >"$log" 2>&1 || {
+    grep -vE '^clang-tidy|warnings? generated' "$log" >&2
+    return 1
+  }
+}
+
+check_tree() {
+  python3 -B tests/house/include_arrows.py . && python3 -B tests/house/tree.py . &&
+    python3 -B tests/house/built_sources.py . "$(folder_of lint)"
+}
+
+need run test lint
+configure lint -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=Debug
+failed=()
+for part in format scripts tree tidy; do
+  SECONDS=0
+  verdict=passed
+  "check_$part" || { verdict=FAILED && failed+=("$part"); }
+  echo "dev: lint $part: $verdict after $SECONDS s"
+done
+[ ${#failed[@]} -eq 0 ]

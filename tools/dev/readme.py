@@ -1,0 +1,115 @@
+"""Runs a document's commands as a reader would, and compares what they print: readme.py DOCUMENT
+
+A comment before a fenced block says what to do with it:
+  <!-- run -->   ```console: each "$ COMMAND" must print the lines below it; "..." is any lines.
+                 ```sh: the block must succeed as a whole.
+  <!-- host -->  its one command runs beside the later blocks; ctrl-C must end it well at last.
+"""
+
+import os
+import pathlib
+import re
+import signal
+import subprocess
+import sys
+import time
+
+BLOCK = re.compile(r"^<!-- (run|host) -->\n+```(\w+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+COMMAND_LIMIT = 900  # seconds: the first one builds
+START_LIMIT = 900
+END_LIMIT = 5
+
+
+class Mismatch(Exception):
+    pass
+
+
+def run(command):
+    """The command's exit status, and what it printed on both channels."""
+    result = subprocess.run(["bash", "-euo", "pipefail", "-c", command], text=True,
+                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                            stderr=subprocess.STDOUT, timeout=COMMAND_LIMIT)
+    return result.returncode, result.stdout
+
+
+def pattern_of(expected):
+    rows = [r"(?:.*\n)*?" if row == "..." else re.escape(row.rstrip()) + r" *\n" for row in expected]
+    return re.compile("".join(rows))
+
+
+def run_transcript(text):
+    for part in re.split(r"^\$ ", text, flags=re.MULTILINE)[1:]:
+        command, *expected = part.splitlines()
+        print(f"readme: $ {command}", flush=True)
+        status, printed = run(command)
+        if status != 0 or not pattern_of(expected).fullmatch(printed):
+            wanted = "\n".join(expected)
+            raise Mismatch(f"{command}\n--- the document says\n{wanted}\n"
+                           f"--- it prints, with exit status {status}\n{printed}")
+
+
+def run_script(text):
+    print(f"readme: {text.strip()}", flush=True)
+    status, printed = run(text)
+    if status != 0:
+        raise Mismatch(f"{text}\n--- exit status {status}, and it prints\n{printed}")
+
+
+class Host:
+    """The host beside the other commands; ended when the document is through."""
+
+    def __init__(self, command):
+        print(f"readme: {command.strip()} &", flush=True)
+        self.process = subprocess.Popen(["bash", "-c", f"exec {command}"],
+                                        stdin=subprocess.DEVNULL, start_new_session=True)
+        self.wait_for_answer()
+
+    def wait_for_answer(self):
+        limit = time.monotonic() + START_LIMIT
+        while run("./dev ctl status")[0] != 0:
+            if self.process.poll() is not None or time.monotonic() > limit:
+                raise Mismatch("the host does not start")
+            time.sleep(0.2)
+
+    def end(self):
+        if self.process.poll() is None:
+            self.process.send_signal(signal.SIGINT)
+        try:
+            return self.process.wait(END_LIMIT)
+        except subprocess.TimeoutExpired:
+            os.killpg(self.process.pid, signal.SIGKILL)
+            raise Mismatch(f"the host did not end within {END_LIMIT} s of ctrl-C") from None
+
+
+def run_blocks(blocks):
+    hosts = []
+    try:
+        for kind, language, text in blocks:
+            if kind == "host":
+                hosts.append(Host(text))
+            elif language == "console":
+                run_transcript(text)
+            else:
+                run_script(text)
+    finally:
+        statuses = [host.end() for host in hosts]
+    if any(statuses):
+        raise Mismatch(f"the host ended with status {statuses}")
+
+
+def main(document):
+    blocks = BLOCK.findall(pathlib.Path(document).read_text())
+    if not blocks:
+        print(f"{document}: no block is marked to be run")
+        return 1
+    try:
+        run_blocks(blocks)
+    except Mismatch as mismatch:
+        print(f"{document}: {mismatch}")
+        return 1
+    print(f"{document}: {len(blocks)} blocks do what they say")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# readme: run the README's commands and compare what they print
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+cd "$CLOCK_TREE"
+
+state=$(folder_of default)/run
+kept=$state.kept
+
+# The README speaks of a first start: what a host has saved here is put aside meanwhile.
+put_aside() {
+  if ./dev ctl status >/dev/null 2>&1; then
+    echo 'dev: a host is running here; end it first' >&2
+    return 1
+  fi
+  if [ -e "$state" ]; then mv -T "$state" "$kept"; fi
+}
+
+put_back() {
+  rm -rf "$state"
+  if [ -e "$kept" ]; then mv -T "$kept" "$state"; fi
+}
+
+need run test
+put_aside
+trap put_back EXIT
+python3 -B tools/dev/readme.py README.md
