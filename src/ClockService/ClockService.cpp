@@ -4,6 +4,7 @@
 #include <array>
 #include <ctime>
 
+#include "BoundaryDelay.h"
 #include "ClockServiceDataHandler.h"
 #include "ClockUtils.h"
 #include "Context.h"
@@ -81,6 +82,8 @@ void ClockService::initWith(Context* context) {
   setTimeSyncTimer();
   setDateSyncTimer();
   setTZValue();
+  // The midnight's timer was armed in the zone of the time before; the days are those of this one.
+  m_dateSyncDay = BoundaryDelay::localDay(getTimeValInternal());
   subscribeToJacks();
   if (m_networkUp) startNTPClient();
   m_sntpClientThread.start();

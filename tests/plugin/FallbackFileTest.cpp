@@ -1,0 +1,145 @@
+// The file in which older software kept the fallback time: read once at start-up, then gone.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "DevicePaths.h"
+#include "plugin/Telephone.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+constexpr const char* kSaved = "2020-05-05T17:18:19+00:00";
+constexpr const char* kInFile = "2024-02-29T01:02:03+00:00";
+
+// A telephone that has a saved time and is switched on with something in the file's place.
+class ClockWithFallbackFile : public testing::Test {
+ protected:
+  ClockWithFallbackFile() {
+    telephone.store("FallbackDateTime", kSaved);
+    std::filesystem::create_directories(file().parent_path());
+  }
+  ~ClockWithFallbackFile() override { std::filesystem::remove_all(file()); }
+  ClockWithFallbackFile(const ClockWithFallbackFile&) = delete;
+  ClockWithFallbackFile& operator=(const ClockWithFallbackFile&) = delete;
+
+  static std::filesystem::path file() { return DevicePaths::fallbackTimeFile; }
+  static void write(const std::string& content) {
+    std::ofstream(file(), std::ios::binary) << content;
+  }
+  std::string timeAfterStart() {
+    telephone.switchOn();
+    return telephone.service().getUTCTime(0);
+  }
+
+  plugin::Telephone telephone;
+  support::LogCapture log{5};
+};
+
+TEST_F(ClockWithFallbackFile, IsServedFromTheSettingsWithoutOne) {
+  EXPECT_EQ(timeAfterStart(), kSaved);
+  EXPECT_TRUE(log.has(5, std::string("init: initial FallbackTime is \"") + kSaved + "\""));
+}
+
+TEST_F(ClockWithFallbackFile, TakesTwentyFiveCharactersOverIntoTheSettings) {
+  write(kInFile);
+  EXPECT_EQ(timeAfterStart(), kInFile);
+  EXPECT_EQ(telephone.stored("FallbackDateTime"), kInFile);
+  EXPECT_FALSE(std::filesystem::exists(file()));
+  EXPECT_TRUE(log.has(5, std::string("restoreFallbackTime: time \"") + kInFile + "\" from file \"" +
+                             file().string() + "\""));
+}
+
+TEST_F(ClockWithFallbackFile, ReadsTheFirstTokenOnly) {
+  write(std::string("\n \t") + kInFile + "\nand more\n");
+  EXPECT_EQ(timeAfterStart(), kInFile);
+}
+
+TEST_F(ClockWithFallbackFile, IgnoresAndDeletesAnyOtherContent) {
+  const std::string rows[] = {"",
+                              "\n\n  \n",
+                              "2024-02-29T01:02:03+00:0",
+                              "2024-02-29T01:02:03+00:000",
+                              "2024-02-29 01:02:03+00:00",
+                              std::string(127, 'x'),
+                              std::string(128, 'x'),
+                              std::string(1 << 20, 'x'),
+                              std::string("\0", 1)};
+  for (const std::string& content : rows) {
+    write(content);
+    EXPECT_EQ(timeAfterStart(), kSaved) << content.substr(0, 130);
+    EXPECT_EQ(telephone.stored("FallbackDateTime"), kSaved) << content.substr(0, 130);
+    EXPECT_FALSE(std::filesystem::exists(file())) << content.substr(0, 130);
+    telephone.switchOff();
+  }
+  EXPECT_FALSE(log.hasPart("restoreFallbackTime"));
+}
+
+TEST_F(ClockWithFallbackFile, StoresTwentyFiveCharactersThatAreNoTimeButDoesNotSetThem) {
+  write(std::string(25, 'x'));
+  telephone.jump("2001-01-01T00:00:00");
+  EXPECT_EQ(timeAfterStart(), "2001-01-01T00:00:00+00:00");
+  EXPECT_EQ(telephone.stored("FallbackDateTime"), std::string(25, 'x'));
+}
+
+TEST_F(ClockWithFallbackFile, LeavesAFolderInItsPlaceAlone) {
+  std::filesystem::create_directory(file());
+  EXPECT_EQ(timeAfterStart(), kSaved);
+  EXPECT_TRUE(std::filesystem::is_directory(file()));
+}
+
+TEST_F(ClockWithFallbackFile, DoesNotHangOnAPipeInItsPlace) {
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  EXPECT_EQ(timeAfterStart(), kSaved);
+}
+
+TEST_F(ClockWithFallbackFile, IgnoresALinkToNowhere) {
+  std::filesystem::create_symlink("nowhere", file());
+  EXPECT_EQ(timeAfterStart(), kSaved);
+}
+
+// Not root for as long as it lives, so that file permissions count.
+class AsNobody {
+ public:
+  AsNobody() { m_changed = geteuid() == 0 && seteuid(65534) == 0; }
+  ~AsNobody() {
+    if (m_changed && seteuid(0) != 0) std::abort();
+  }
+  AsNobody(const AsNobody&) = delete;
+  AsNobody& operator=(const AsNobody&) = delete;
+
+ private:
+  bool m_changed = false;
+};
+
+TEST_F(ClockWithFallbackFile, LeavesAFileThatItMayNotReadAlone) {
+  write(kInFile);
+  ASSERT_EQ(chmod(file().c_str(), 0), 0);
+  for (const char* const folder : {".", "data", "ipc"}) ASSERT_EQ(chmod(folder, 0755), 0);
+  ASSERT_EQ(chmod(plugin::ReportPipe::path().c_str(), 0644), 0);
+  {
+    const AsNobody nobody;
+    EXPECT_EQ(timeAfterStart(), kSaved);
+    ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
+  }
+  EXPECT_TRUE(std::filesystem::exists(file()));
+}
+
+class ClockStartUp : public testing::Test {
+ protected:
+  plugin::Telephone telephone;
+  support::LogCapture log{2};
+};
+
+TEST_F(ClockStartUp, RecordsWhenItHappened) {
+  telephone.store("FallbackDateTime", kSaved);
+  telephone.switchOn();
+  EXPECT_EQ(telephone.management.value("last-restart-date"), kSaved);
+  EXPECT_FALSE(log.hasPart("logStartUpUtc"));
+}
+
+}  // namespace

@@ -1,0 +1,73 @@
+// Who is told of changes of the clock, and in which order.
+
+#include <gmock/gmock.h>
+
+#include "plugin/JournalObserver.h"
+#include "plugin/Telephone.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A running clock; events of what a set time brings: date, then time.
+class ClockWithTwoObservers : public testing::Test {
+ protected:
+  ClockWithTwoObservers() { telephone.switchOn(); }
+
+  std::vector<std::string> announced() {
+    telephone.service().setTime(10, 0, 0);
+    telephone.pass(std::chrono::milliseconds{1});
+    return journal.take();
+  }
+  ClockServiceIfc& service() { return telephone.service(); }
+
+  plugin::Telephone telephone;
+  plugin::Journal journal;
+  plugin::JournalObserver first{journal, "first"};
+  plugin::JournalObserver second{journal, "second"};
+};
+
+TEST_F(ClockWithTwoObservers, RefusesNoObserverAtAll) {
+  EXPECT_FALSE(service().observeTimeEvents(nullptr));
+  EXPECT_FALSE(service().unobserveTimeEvents(nullptr));
+  EXPECT_THAT(announced(), IsEmpty());
+}
+
+TEST_F(ClockWithTwoObservers, TellsObserversInOrderOfRegistration) {
+  EXPECT_TRUE(service().observeTimeEvents(&second));
+  EXPECT_TRUE(service().observeTimeEvents(&first));
+  EXPECT_THAT(announced(), ElementsAre("second date 16.06.2016", "first date 16.06.2016",
+                                       "second time 10:00:00", "first time 10:00:00"));
+}
+
+TEST_F(ClockWithTwoObservers, TellsAnObserverTwiceThatRegisteredTwice) {
+  EXPECT_TRUE(service().observeTimeEvents(&first));
+  EXPECT_TRUE(service().observeTimeEvents(&first));
+  EXPECT_THAT(announced(), ElementsAre("first date 16.06.2016", "first date 16.06.2016",
+                                       "first time 10:00:00", "first time 10:00:00"));
+}
+
+TEST_F(ClockWithTwoObservers, TakesBackOnlyTheFirstRegistrationOfAnObserver) {
+  service().observeTimeEvents(&first);
+  service().observeTimeEvents(&second);
+  service().observeTimeEvents(&first);
+  EXPECT_TRUE(service().unobserveTimeEvents(&first));
+  EXPECT_THAT(announced(), ElementsAre("second date 16.06.2016", "first date 16.06.2016",
+                                       "second time 10:00:00", "first time 10:00:00"));
+}
+
+TEST_F(ClockWithTwoObservers, DoesNotKnowAnObserverThatNeverRegistered) {
+  service().observeTimeEvents(&first);
+  EXPECT_FALSE(service().unobserveTimeEvents(&second));
+  EXPECT_THAT(announced(), ElementsAre("first date 16.06.2016", "first time 10:00:00"));
+}
+
+TEST_F(ClockWithTwoObservers, DoesNotKnowAnObserverAnyMoreThatWasTakenBack) {
+  service().observeTimeEvents(&first);
+  EXPECT_TRUE(service().unobserveTimeEvents(&first));
+  EXPECT_FALSE(service().unobserveTimeEvents(&first));
+  EXPECT_THAT(announced(), IsEmpty());
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Executable.h"
+#include "LocalMgmtIfc.h"
+#include "PhysicalInterfaceServiceIfc.h"
+#include "platform/DataAccess.h"
+#include "plugin/Journal.h"
+
+// Services of the device that write each call into a journal. Owner: the test. Thread: any.
+namespace plugin {
+
+class RecordingPhysical final : public Executable, public PhysicalInterfaceServiceIfc {
+ public:
+  RecordingPhysical(Journal& journal, int variant) : m_journal(journal), m_variant(variant) {}
+  void init(Context& /*context*/) override {}
+  void shutdown() override {}
+
+  PhysDefs::hardwareSubVariant getHardwareSubVariant() override;
+  void subscribe(physicalEventObserver* observer,
+                 const std::vector<PhysDefs::SubscriptionGrp>& groups) override;
+  void beginClockChange() override { m_journal.add("begin clock change"); }
+  void endClockChange() override { m_journal.add("end clock change"); }
+
+  physicalEventObserver* subscriber = nullptr;
+
+ private:
+  Journal& m_journal;
+  const int m_variant;
+};
+
+class RecordingManagement final : public Executable, public LocalMgmtIfc {
+ public:
+  explicit RecordingManagement(Journal& journal) : m_journal(journal) {}
+  void init(Context& /*context*/) override {}
+  void shutdown() override {}
+
+  bool registerAgent(const std::string& agentId, MgmtAgentIfc* newAgent) override;
+  bool getData(ManageableData& record) override;
+  bool setData(ManageableData& record) override;
+  bool observeData(const std::string& key, MgmtAgentIfc* newAgent) override;
+  bool reportDataChanged(ManageableData& record) override;
+  bool isUserData(ManageableData& record, int user) override;
+  void setItemState(ManageableData& record, int state) override;
+
+  std::map<std::string, std::string> values;
+  MgmtAgentIfc* agent = nullptr;
+  bool acceptSets = true;
+  std::map<std::string, bool> userData;  // true unless told otherwise
+  std::map<std::string, bool> acceptReports;
+
+ private:
+  Journal& m_journal;
+};
+
+class RecordingStore final : public Executable, public host::DataAccess {
+ public:
+  explicit RecordingStore(Journal& journal) : m_journal(journal) {}
+  void init(Context& /*context*/) override {}
+  void shutdown() override {}
+
+  bool setItem(const std::string& schema, const std::string& key,
+               const std::string& value) override;
+  std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
+
+  std::map<std::string, std::string> items;
+  bool acceptSets = true;
+
+ private:
+  Journal& m_journal;
+};
+
+}  // namespace plugin

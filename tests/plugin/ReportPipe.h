@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace plugin {
+
+// The named pipe of the NTP reports, at the place where the listener looks for it.
+// Owner: the test. Failure: throws std::system_error.
+class ReportPipe {
+ public:
+  static std::string path();  // in the folder of the test program
+
+  ReportPipe();   // makes the pipe; what was in its place is gone
+  ~ReportPipe();  // a listener that still runs finds nothing to wait for
+  ReportPipe(const ReportPipe&) = delete;
+  ReportPipe& operator=(const ReportPipe&) = delete;
+
+  // Waits for a listener to open the pipe, and writes to it in one opening.
+  void write(const std::string& bytes) const;
+  void report(std::uint32_t secondsSinceEpoch) const;
+
+  // A listener never waits again: it finds an endless row of empty openings. For its end.
+  void release();
+
+  // After release: a pipe again, for the next listener.
+  void renew();
+
+  static std::string bytesOf(std::uint32_t secondsSinceEpoch);
+
+ private:
+  int m_wakeUp = -1;  // holds the replaced pipe open
+};
+
+// Nothing at the place of the pipe: neither file nor folder.
+void removeReportPipe();
+void makeReportPipe();
+
+}  // namespace plugin

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "ClockService.h"
+#include "clock/VirtualClock.h"
+#include "plugin/JournalObserver.h"
+#include "plugin/RecordingSecurityLog.h"
+#include "plugin/ReportPipe.h"
+#include "runtime/HostContext.h"
+#include "services/LocalManagement.h"
+#include "services/MemoryDataAccess.h"
+#include "services/PhysicalInterface.h"
+#include "support/ZoneGuard.h"
+
+namespace plugin {
+
+// A telephone's services under virtual time, and its clock service once it is switched on.
+// Owner: the test, one at a time. Thread: the test's, which is the framework thread.
+class Telephone {
+ public:
+  explicit Telephone(int variant = 0);
+  ~Telephone();
+  Telephone(const Telephone&) = delete;
+  Telephone& operator=(const Telephone&) = delete;
+
+  // Before the clock service is there.
+  void store(const std::string& key, const std::string& value);
+  void storeZone(const std::string& offset, bool daylight, bool automatic, int zone);
+
+  // The clock service comes with init and goes with its destruction.
+  void switchOn();
+  void switchOff();
+  ClockService& service() { return *m_service; }
+
+  // The stored text of a setting; "(none)" without one.
+  std::string stored(const std::string& key);
+
+  // What the management layer reads; "(refused)" when it gets nothing.
+  std::string managed(const std::string& key);
+  bool manage(const std::string& key, const std::string& value);
+  // The same and, when accepted, the zone is recomputed.
+  void changeZone(const std::string& key, const std::string& value);
+
+  // Time passes; the clock jumps. utc: "2026-03-08T06:59:50".
+  void pass(std::chrono::nanoseconds duration) { clock.advance(duration); }
+  void jump(const std::string& utc);
+  void jumpTo(std::int64_t secondsSinceEpoch);
+  [[nodiscard]] std::int64_t wallSeconds() const;
+  [[nodiscard]] std::string wallText() const;  // as jump takes it
+
+  host::VirtualClock clock;
+  host::HostContext context{clock};
+  host::LocalManagement management;
+  host::PhysicalInterface physical;
+  host::MemoryDataAccess settings;
+  RecordingSecurityLog security;
+  Journal events;
+  JournalObserver observer{events};  // registers before init
+  ReportPipe pipe;
+
+ private:
+  const support::ZoneGuard m_zone{"UTC0"};
+  std::unique_ptr<ClockService> m_service;
+};
+
+// The content of a file; "(none)" without one.
+std::string contentOf(const std::string& path);
+
+// Where the platform puts the service's script.
+std::string zoneScript();
+
+}  // namespace plugin

@@ -1,0 +1,202 @@
+// What time it is, in every form.
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include "plugin/Telephone.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+// A running clock of 24-hour format in UTC.
+class ClockInUtc : public testing::Test {
+ protected:
+  ClockInUtc() { telephone.switchOn(); }
+  ClockServiceIfc& service() { return telephone.service(); }
+
+  std::string numbers() {
+    int hours = -1, minutes = -1, seconds = -1, day = -1, month = -1, year = -1;
+    service().getTime(hours, minutes, seconds);
+    service().getDate(day, month, year);
+    return std::to_string(year) + "-" + std::to_string(month) + "-" + std::to_string(day) + " " +
+           std::to_string(hours) + ":" + std::to_string(minutes) + ":" + std::to_string(seconds);
+  }
+
+  plugin::Telephone telephone;
+};
+
+// Central European time, changing by the rule of zone 9.
+class ClockInCentralEurope : public ClockInUtc {
+ protected:
+  ClockInCentralEurope() {
+    telephone.changeZone("sntp-tz-offset", "1");
+    telephone.changeZone("daylight-save", "true");
+    telephone.changeZone("auto-daylight-save", "true");
+    telephone.changeZone("daylight-save-zone-id", "9");
+  }
+};
+
+// "2024-03-07T12:34:56+00:00" by local hours and minutes, and day and month.
+class ClockAtFullHourAhead : public ClockInUtc {
+ protected:
+  ClockAtFullHourAhead() { telephone.changeZone("sntp-tz-offset", "1"); }
+};
+
+TEST_F(ClockInUtc, ShowsTheTwelveHourClockWithMidnightAsHourZero) {
+  struct Row {
+    const char* utc;
+    const char* twelve;
+    const char* twentyFour;
+  };
+  for (const Row& row : {Row{"2024-03-07T00:00:00", "00:00am", "00:00"},
+                         Row{"2024-03-07T00:05:59", "00:05am", "00:05"},
+                         Row{"2024-03-07T11:59:59", "11:59am", "11:59"},
+                         Row{"2024-03-07T12:00:00", "12:00pm", "12:00"},
+                         Row{"2024-03-07T12:59:59", "12:59pm", "12:59"},
+                         Row{"2024-03-07T13:07:00", "01:07pm", "13:07"},
+                         Row{"2024-03-07T23:59:59", "11:59pm", "23:59"}}) {
+    telephone.jump(row.utc);
+    telephone.manage("time-format", "0");
+    EXPECT_EQ(service().getTime(), row.twentyFour) << row.utc;
+    for (const char* const format : {"1", "2", "-1"}) {
+      telephone.manage("time-format", format);
+      EXPECT_EQ(service().getTime(), row.twelve) << row.utc;
+      EXPECT_EQ(service().getTime(std::string(row.utc) + "+00:00"), row.twelve) << row.utc;
+    }
+  }
+}
+
+TEST_F(ClockInUtc, ShowsTheDateInEachFormat) {
+  struct Row {
+    const char* format;
+    const char* date;
+    const char* shortDate;
+    const char* in2005;
+  };
+  for (const Row& row :
+       {Row{"0", "07.03.24", "07.03.", "31.12.05"}, Row{"1", "24-03-07", "03-07", "05-12-31"},
+        Row{"2", "03/07/24", "03/07/", "12/31/05"}, Row{"3", "", "", ""}, Row{"-1", "", "", ""}}) {
+    telephone.manage("date-format", row.format);
+    telephone.jump("2024-03-07T12:00:00");
+    EXPECT_EQ(service().getDate(), row.date) << row.format;
+    EXPECT_EQ(service().getDateShort(), row.shortDate) << row.format;
+    EXPECT_EQ(service().getDate("2024-03-07T12:00:00+00:00"), row.date) << row.format;
+    EXPECT_EQ(service().getDateShort("2024-03-07T12:00:00+00:00"), row.shortDate) << row.format;
+    telephone.jump("2005-12-31T12:00:00");
+    EXPECT_EQ(service().getDate(), row.in2005) << row.format;
+  }
+}
+
+TEST_F(ClockInUtc, GivesTheNumbersOfNow) {
+  telephone.jump("2037-12-31T23:59:58");
+  EXPECT_EQ(numbers(), "2037-12-31 23:59:58");
+}
+
+TEST_F(ClockInUtc, DescribesNowForTheSecondsZero) {
+  telephone.jump("2024-02-29T01:02:03");
+  EXPECT_EQ(service().getUTCTime(0), "2024-02-29T01:02:03+00:00");
+  EXPECT_EQ(service().getUTCTime(1), "1970-01-01T00:00:01+00:00");
+  EXPECT_EQ(service().getUTCTime(-1), "1969-12-31T23:59:59+00:00");
+  EXPECT_EQ(service().getUTCTime(2147483647), "2038-01-19T03:14:07+00:00");
+}
+
+TEST_F(ClockInUtc, BuildsAUtcStringFromSixValuesWithTheYearCountedFrom1900) {
+  EXPECT_EQ(service().getUTCTime(1, 2, 3, 4, 5, 116), "2016-05-04T01:02:03+00:00");
+  EXPECT_EQ(service().getUTCTime(23, 59, 60, 31, 12, 0), "1900-12-31T23:59:60+00:00");
+}
+
+TEST_F(ClockInUtc, LogsTheTimeItTook) {
+  telephone.jump("2024-02-29T01:02:03");
+  const support::LogCapture log(5);
+  int hours = 0, minutes = 0, seconds = 0;
+  service().getTime(hours, minutes, seconds);
+  EXPECT_TRUE(log.has(5, "getTimeInternal -> timeNow: 1709168523"));
+  EXPECT_TRUE(log.has(5, "getTimeInternal -> hours: 1, minutes: 2, seconds: 3"));
+}
+
+TEST_F(ClockAtFullHourAhead, CarriesAUtcStringIntoTheNextYear) {
+  const std::string newYear = "2023-12-31T23:30:00+00:00";
+  int day = 0, month = 0, year = 0, hours = 0, minutes = 0, seconds = 9;
+  EXPECT_TRUE(service().getDate(newYear, day, month, year));
+  EXPECT_TRUE(service().getTime(newYear, hours, minutes, seconds));
+  EXPECT_EQ((std::vector{day, month, year, hours, minutes, seconds}),
+            (std::vector{1, 1, 2024, 0, 30, 0}));
+  EXPECT_EQ(service().getTime(newYear), "00:30");
+  EXPECT_EQ(service().getDate(newYear), "01.01.24");
+  EXPECT_EQ(service().getDateShort(newYear), "01.01.");
+}
+
+TEST_F(ClockAtFullHourAhead, AppliesTheOffsetOfAUtcString) {
+  EXPECT_EQ(service().getTime("2024-03-07T12:00:00-05:00"), "18:00");
+}
+
+TEST_F(ClockAtFullHourAhead, LeavesTheOutputsOfATextThatIsNoUtcString) {
+  for (const char* const text : {"", "2024-03-07", "2024-13-07T12:00:00+00:00",
+                                 "2024-03-07T12:00:00+00:000", "2024-03-07 12:00:00+00:00"}) {
+    int a = 71, b = 72, c = 73;
+    EXPECT_FALSE(service().getDate(text, a, b, c)) << text;
+    EXPECT_FALSE(service().getTime(text, a, b, c)) << text;
+    EXPECT_EQ((std::vector{a, b, c}), (std::vector{71, 72, 73})) << text;
+  }
+}
+
+TEST_F(ClockAtFullHourAhead, ShowsAZeroedRecordForATextThatIsNoUtcString) {
+  EXPECT_EQ(service().getTime("nonsense"), "01:00");  // 00:00 and the zone's hour
+  EXPECT_EQ(service().getDate("nonsense"), "00.00.00");
+  EXPECT_EQ(service().getDateShort("nonsense"), "00.00.");
+}
+
+TEST_F(ClockAtFullHourAhead, GivesTheFaceOfTheClockAsSeconds) {
+  telephone.jump("2024-03-07T12:00:00");
+  EXPECT_EQ(service().getTimeVal(), 1709812800);
+  EXPECT_EQ(service().getDisplayTimeVal(), 1709812800 + 3600);
+}
+
+TEST_F(ClockInCentralEurope, ReadsAUtcStringOfSummerTwoHoursAheadAndOfWinterOne) {
+  struct Row {
+    const char* utc;
+    const char* local;
+  };
+  for (const Row& row :
+       {Row{"2026-07-01T12:00:00+00:00", "14:00"}, Row{"2026-01-01T12:00:00+00:00", "13:00"},
+        Row{"2026-03-29T00:59:59+00:00", "01:59"}, Row{"2026-03-29T01:00:00+00:00", "03:00"},
+        Row{"2026-10-25T00:59:59+00:00", "02:59"}, Row{"2026-10-25T01:00:00+00:00", "02:00"},
+        Row{"2026-10-25T01:59:59+00:00", "02:59"}, Row{"2026-10-25T02:00:00+00:00", "03:00"}})
+    EXPECT_EQ(service().getTime(row.utc), row.local) << row.utc;
+}
+
+TEST_F(ClockInCentralEurope, ShowsBothSidesOfBothChanges) {
+  struct Row {
+    const char* utc;
+    const char* local;
+  };
+  for (const Row& row : {Row{"2026-03-29T00:59:59", "2026-3-29 1:59:59"},
+                         Row{"2026-03-29T01:00:00", "2026-3-29 3:0:0"},
+                         Row{"2026-10-25T00:59:59", "2026-10-25 2:59:59"},
+                         Row{"2026-10-25T01:00:00", "2026-10-25 2:0:0"}}) {
+    telephone.jump(row.utc);
+    EXPECT_EQ(numbers(), row.local) << row.utc;
+  }
+}
+
+TEST_F(ClockInUtc, FollowsTheUptimeOnceItIsSetByHand) {
+  service().setTime(10, 0, 0);
+  telephone.jump("2001-01-01T01:01:01");  // somebody else sets the system's clock
+  EXPECT_EQ(service().getTime(), "10:00");
+  telephone.pass(std::chrono::minutes{61});
+  EXPECT_EQ(service().getTime(), "11:01");
+  EXPECT_EQ(service().getUTCTime(0), "2016-06-16T11:01:00+00:00");
+}
+
+TEST_F(ClockInUtc, FollowsTheSystemsClockUntilItIsSetByHand) {
+  telephone.jump("2001-01-01T01:01:01");
+  EXPECT_EQ(service().getUTCTime(0), "2001-01-01T01:01:01+00:00");
+}
+
+TEST_F(ClockInUtc, HasNoConversionToALocalString) {
+  for (const char* const text : {"", "2024-03-07T12:00:00+00:00"})
+    EXPECT_THROW(service().convertUtcStringToLocalString(text), std::logic_error) << text;
+}
+
+}  // namespace

@@ -1,0 +1,170 @@
+// The zone that the settings describe: the process's TZ, the script, the event, and what is added
+// to a UTC string.
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include "plugin/Telephone.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+// A telephone that is not switched on yet.
+class ClockAboutToStart : public testing::Test {
+ protected:
+  static std::string tz() {
+    const char* const value = std::getenv("TZ");  // NOLINT(concurrency-mt-unsafe)
+    return value != nullptr ? value : "(none)";
+  }
+  // What a UTC string is put forward by while there is no daylight saving.
+  int displayMinutes(bool south = false) {
+    const std::string noon = south ? "2024-07-15T12:00:00+00:00" : "2024-01-15T12:00:00+00:00";
+    int hours = 0, minutes = 0, seconds = 0, day = 0, month = 0, year = 0;
+    EXPECT_TRUE(telephone.service().getTime(noon, hours, minutes, seconds));
+    EXPECT_TRUE(telephone.service().getDate(noon, day, month, year));
+    return (day - 15) * 24 * 60 + (hours - 12) * 60 + minutes;
+  }
+
+  plugin::Telephone telephone;
+};
+
+struct Row {
+  const char* offset;
+  bool daylight;
+  const char* minutes;
+  bool automatic;
+  int zone;
+  const char* tz;
+  int displayMinutes;
+};
+
+const Row kRows[] = {
+    {"1", false, "60", false, 0, "LOC-1:00", 60},
+    {"-5", false, "60", false, 0, "LOC05:00", -300},
+    {"5.5", false, "60", false, 0, "LOC-5:30", 330},
+    {"1", true, "60", false, 0, "LOC-2:00", 120},
+    {"1", true, "60", true, 9, "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00", 60},
+    {"0", true, "30", false, 0, "LOC-00:30", 30},
+    {"-5", true, "60", true, 12, "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00", -300},
+    {"10", false, "60", false, 0, "LOC-10:00", 600},
+    // under an hour without daylight saving the side is lost
+    {"0.5", false, "60", false, 0, "LOC00:30", 30},
+    {"-0.5", false, "60", false, 0, "LOC00:30", -30},
+    {"0.5", true, "60", false, 0, "LOC-1:30", 90},
+    {"-0.5", true, "60", false, 0, "LOC-00:30", 30},
+    {"-1", true, "60", false, 0, "LOC00:00", 0},
+    {"-1", true, "60", true, 8, "LOC01:00DST00:00,M3.5.0/01:00,M10.5.0/02:00", -60},
+    {"-0.5", true, "60", true, 8, "LOC00:30DST-00:30,M3.5.0/01:00,M10.5.0/02:00", -30},
+    {"12.5", true, "60", true, 14, "LOC-12:30DST-13:30,M9.5.0/02:45,M4.1.0/03:45", 750},
+    {"-12.5", true, "60", true, 5, "LOC12:30DST11:30,M10.3.0/00:00,M2.3.0/00:00", -750},
+    // no rule, or no such zone: put forward all the year
+    {"1", true, "60", true, 0, "LOC-2:00", 120},
+    {"1", false, "60", true, 9, "LOC-1:00", 60},
+    {"1", true, "-60", false, 0, "LOC00:00", 0},
+    {"5.75", false, "60", false, 0, "LOC-5:45", 345},
+    {"-3.5", true, "60", true, 7, "LOC03:30DST02:30,M3.2.0/00:00,M11.1.0/00:00", -210},
+};
+
+bool isSouthern(int zone) {
+  return (zone >= 1 && zone <= 5) || zone >= 13;
+}
+
+TEST_F(ClockAboutToStart, ReadsItsZoneFromTheSettings) {
+  for (const Row& row : kRows) {
+    telephone.storeZone(row.offset, row.daylight, row.automatic, row.zone);
+    telephone.store("DaylightSavingMinutes", row.minutes);
+    telephone.switchOn();
+    EXPECT_EQ(tz(), row.tz);
+    EXPECT_EQ(displayMinutes(isSouthern(row.zone)), row.displayMinutes) << row.tz;
+    EXPECT_EQ(plugin::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
+    EXPECT_THAT(telephone.events.take(), ElementsAre(std::string("zone ") + row.tz));
+    telephone.switchOff();
+  }
+}
+
+TEST_F(ClockAboutToStart, PutsAnUnknownStoredZoneForwardAllTheYear) {
+  for (const int zone : {15, -1, 99}) {
+    telephone.storeZone("1", true, true, zone);
+    telephone.switchOn();
+    EXPECT_EQ(tz(), "LOC-2:00") << zone;
+    telephone.switchOff();
+  }
+}
+
+// A running clock in UTC.
+class ClockWithChangingZone : public ClockAboutToStart {
+ protected:
+  ClockWithChangingZone() {
+    telephone.switchOn();
+    telephone.events.take();
+  }
+};
+
+TEST_F(ClockWithChangingZone, FollowsEachChangeOfTheSettings) {
+  for (const Row& row : kRows) {
+    telephone.changeZone("sntp-tz-offset", row.offset);
+    telephone.changeZone("daylight-save", row.daylight ? "true" : "false");
+    telephone.changeZone("daylight-save-minutes", row.minutes);
+    telephone.changeZone("auto-daylight-save", row.automatic ? "true" : "false");
+    telephone.changeZone("daylight-save-zone-id", std::to_string(row.zone));
+    EXPECT_EQ(tz(), row.tz);
+    EXPECT_EQ(displayMinutes(isSouthern(row.zone)), row.displayMinutes) << row.tz;
+    EXPECT_EQ(plugin::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
+  }
+}
+
+TEST_F(ClockWithChangingZone, TellsObserversOfTheZoneThenOfTimeAndDate) {
+  telephone.manage("sntp-tz-offset", "-5");
+  telephone.pass(std::chrono::milliseconds{1});
+  EXPECT_THAT(telephone.events.take(),
+              ElementsAre("zone LOC05:00", "time 19:00:00", "date 15.06.2016"));
+}
+
+// The one software type whose zone depends on where it takes the time from.
+class QexClock : public ClockAboutToStart {
+ protected:
+  void start() {
+    telephone.management.setValue("related-software-type", "Velmora QEX");
+    telephone.storeZone("1", false, false, 0);
+    telephone.switchOn();
+  }
+};
+
+TEST_F(QexClock, ShowsUtcWithTimeSourceZero) {
+  start();
+  EXPECT_EQ(tz(), "");
+  EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=\n\n");
+  EXPECT_THAT(telephone.events.take(), ElementsAre("zone "));
+  EXPECT_EQ(displayMinutes(), 0);
+}
+
+TEST_F(QexClock, ShowsItsZoneWithAnyOtherTimeSource) {
+  start();
+  for (const char* const source : {"1", "-1", "7"}) {
+    telephone.changeZone("time-source", source);
+    EXPECT_EQ(tz(), "LOC-1:00") << source;
+  }
+}
+
+TEST_F(QexClock, KeepsTheDisplayMinutesWhenItsZoneIsTakenAway) {
+  start();
+  telephone.changeZone("time-source", "1");
+  EXPECT_EQ(displayMinutes(), 60);
+  telephone.changeZone("time-source", "0");
+  EXPECT_EQ(tz(), "");
+  EXPECT_EQ(displayMinutes(), 60);
+}
+
+TEST_F(ClockAboutToStart, HasAZoneWithTimeSourceZeroUnderAnyOtherSoftwareType) {
+  for (const char* const type : {"Velmora SIP", "Velmora TDM", "velmora qex", ""}) {
+    telephone.management.setValue("related-software-type", type);
+    telephone.storeZone("1", false, false, 0);
+    telephone.switchOn();
+    EXPECT_EQ(tz(), "LOC-1:00") << type;
+    telephone.switchOff();
+  }
+}
+
+}  // namespace
