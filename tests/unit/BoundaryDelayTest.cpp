@@ -1,0 +1,148 @@
+#include "ClockService/BoundaryDelay.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include "support/UtcInstant.h"
+#include "support/ZoneGuard.h"
+
+namespace {
+
+using support::utcInstant;
+using support::ZoneGuard;
+
+constexpr const char* newYork = "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00";
+constexpr const char* berlin = "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00";
+constexpr const char* sydney = "LOC-10:00DST-11:00,M10.1.0/02:00,M4.1.0/03:00";
+constexpr const char* newfoundland = "LOC03:30DST02:30,M3.2.0/00:00,M11.1.0/00:00";
+constexpr const char* brazil = "LOC03:00DST02:00,M10.3.0/00:00,M2.3.0/00:00";
+constexpr const char* chatham = "LOC-12:45DST-13:45,M9.5.0/02:45,M4.1.0/03:45";
+constexpr const char* india = "LOC-5:30";
+
+// An instant, and the seconds from it to the next full hour and to the next midnight.
+struct Row {
+  time_t now;
+  unsigned int hour;
+  unsigned int midnight;
+};
+
+void check(const char* tz, const std::vector<Row>& table) {
+  const ZoneGuard zone(tz);
+  for (const Row& row : table) {
+    EXPECT_EQ(BoundaryDelay::toNextHour(row.now), row.hour * 1000) << tz << " at " << row.now;
+    EXPECT_EQ(BoundaryDelay::toNextMidnight(row.now), row.midnight * 1000)
+        << tz << " at " << row.now;
+  }
+}
+
+TEST(BoundaryDelay, HalfAnHourBeforeMidnightBothAreDueTogether) {
+  check("UTC0", {{utcInstant(2026, 7, 1, 23, 30), 1800, 1800}});
+}
+
+TEST(BoundaryDelay, OnAnOrdinaryDay) {
+  check("UTC0", {{utcInstant(2026, 7, 1, 0, 0, 0), 3600, 86400},
+                 {utcInstant(2026, 7, 1, 0, 0, 1), 3599, 86399},
+                 {utcInstant(2026, 7, 1, 12, 59, 59), 1, 39601},
+                 {utcInstant(2026, 7, 1, 13, 0, 0), 3600, 39600},
+                 {utcInstant(2026, 7, 1, 23, 59, 59), 1, 1}});
+}
+
+TEST(BoundaryDelay, OverlongFieldsCarry) {
+  check("UTC0", {{utcInstant(2026, 4, 30, 23, 59, 59), 1, 1},
+                 {utcInstant(2026, 2, 28, 23, 59, 59), 1, 1},
+                 {utcInstant(2028, 2, 28, 23, 0, 0), 3600, 3600},
+                 {utcInstant(2028, 2, 29, 23, 59, 59), 1, 1}});
+}
+
+TEST(BoundaryDelay, AtTheEndOfAYear) {
+  check("UTC0", {{utcInstant(2026, 12, 31, 23, 59, 59), 1, 1},
+                 {utcInstant(2027, 1, 1, 0, 0, 0), 3600, 86400},
+                 {utcInstant(2037, 12, 31, 23, 59, 59), 1, 1},
+                 {utcInstant(1970, 1, 1), 3600, 86400}});
+  check(sydney, {{utcInstant(2026, 12, 31, 12, 59, 59), 1, 1},
+                 {utcInstant(2026, 12, 31, 13, 0, 0), 3600, 86400}});
+  check(newYork, {{utcInstant(2027, 1, 1, 4, 59, 59), 1, 1},
+                  {utcInstant(2027, 1, 1, 5, 0, 0), 3600, 86400}});
+}
+
+TEST(BoundaryDelay, FullHourIsTheLocalOneWithAHalfHourOffset) {
+  check(india, {{utcInstant(2026, 7, 1, 12, 29, 59), 1, 21601},
+                {utcInstant(2026, 7, 1, 12, 30, 0), 3600, 21600},
+                {utcInstant(2026, 7, 1, 18, 29, 59), 1, 1}});
+}
+
+// On the day of a change the midnight ahead is reckoned by the clock before the change, an hour
+// off: the full hours in between set it right.
+TEST(BoundaryDelay, AroundTheChangesInTheNorth) {
+  check(newYork, {{utcInstant(2026, 3, 8, 6, 59, 59), 1, 79201},      // 01:59:59
+                  {utcInstant(2026, 3, 8, 7, 0, 0), 3600, 75600},     // 03:00:00
+                  {utcInstant(2026, 11, 1, 5, 59, 59), 1, 79201},     // 01:59:59
+                  {utcInstant(2026, 11, 1, 6, 0, 0), 3600, 82800},    // 01:00:00 again
+                  {utcInstant(2026, 11, 1, 6, 59, 59), 1, 79201}});   // 01:59:59 again
+  check(berlin, {{utcInstant(2026, 3, 29, 0, 59, 59), 1, 79201},      // 01:59:59
+                 {utcInstant(2026, 3, 29, 1, 0, 0), 3600, 75600},     // 03:00:00
+                 {utcInstant(2026, 10, 25, 0, 59, 59), 1, 75601},     // 02:59:59
+                 {utcInstant(2026, 10, 25, 1, 0, 0), 3600, 79200}});  // 02:00:00 again
+}
+
+TEST(BoundaryDelay, AroundTheChangesInTheSouth) {
+  check(sydney, {{utcInstant(2026, 4, 4, 15, 59, 59), 1, 75601},      // 02:59:59
+                 {utcInstant(2026, 4, 4, 16, 0, 0), 3600, 79200},     // 02:00:00 again
+                 {utcInstant(2026, 10, 3, 15, 59, 59), 1, 79201},     // 01:59:59
+                 {utcInstant(2026, 10, 3, 16, 0, 0), 3600, 75600}});  // 03:00:00
+}
+
+TEST(BoundaryDelay, AroundChangesAtLocalMidnight) {
+  check(brazil, {{utcInstant(2026, 2, 15, 1, 59, 59), 1, 1},             // Saturday 23:59:59
+                 {utcInstant(2026, 2, 15, 2, 0, 0), 3600, 3600},         // Saturday 23:00:00 again
+                 {utcInstant(2026, 2, 15, 2, 59, 59), 1, 1},             // Saturday 23:59:59 again
+                 {utcInstant(2026, 10, 18, 2, 59, 59), 1, 1},            // Saturday 23:59:59
+                 {utcInstant(2026, 10, 18, 3, 0, 0), 3600, 82800}});     // Sunday 01:00:00
+  check(newfoundland, {{utcInstant(2026, 3, 8, 3, 29, 59), 1, 1},        // 23:59:59
+                       {utcInstant(2026, 3, 8, 3, 30, 0), 3600, 82800},  // 01:00:00
+                       {utcInstant(2026, 11, 1, 2, 29, 59), 1, 1},       // 23:59:59
+                       {utcInstant(2026, 11, 1, 2, 30, 0), 3600, 3600}});  // 23:00:00 again
+}
+
+TEST(BoundaryDelay, AroundChangesInTheMiddleOfAnHour) {
+  check(chatham, {{utcInstant(2026, 4, 4, 13, 59, 59), 901, 72901},   // 03:44:59
+                  {utcInstant(2026, 4, 4, 14, 0, 0), 900, 76500},     // 02:45:00 again
+                  {utcInstant(2026, 9, 26, 13, 59, 59), 901, 76501},  // 02:44:59
+                  {utcInstant(2026, 9, 26, 14, 0, 0), 900, 72900}});  // 03:45:00
+}
+
+// The last second that 32 bits hold: where mktime fails beyond it, the boundary is the usual one.
+TEST(BoundaryDelay, AtTheEndOfThirtyTwoBitTime) {
+  check("UTC0", {{utcInstant(2038, 1, 19, 3, 14, 7), 2753, 74753},
+                 {utcInstant(2038, 1, 19, 2, 59, 59), 1, 75601},
+                 {utcInstant(2038, 1, 18, 12, 0, 0), 3600, 43200}});
+}
+
+TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
+  constexpr time_t step = 3 * 3600 + 7 * 60 + 13;
+  for (const char* const tz :
+       {"UTC0", newYork, berlin, sydney, newfoundland, brazil, chatham, india}) {
+    const ZoneGuard zone(tz);
+    for (time_t now = utcInstant(2027, 1, 1); now < utcInstant(2028, 1, 1); now += step) {
+      const unsigned int hour = BoundaryDelay::toNextHour(now);
+      const unsigned int midnight = BoundaryDelay::toNextMidnight(now);
+      EXPECT_TRUE(hour > 0 && hour <= 2 * 3600 * 1000U) << tz << " at " << now << ": " << hour;
+      EXPECT_TRUE(midnight > 0 && midnight <= 2 * 86400 * 1000U)
+          << tz << " at " << now << ": " << midnight;
+    }
+  }
+}
+
+TEST(BoundaryDelay, LocalDayIsTheDateAsOneNumber) {
+  const ZoneGuard zone(newYork);
+  EXPECT_EQ(BoundaryDelay::localDay(utcInstant(2024, 3, 7, 12)), 20240307);
+  EXPECT_EQ(BoundaryDelay::localDay(utcInstant(2026, 1, 1, 4, 59, 59)), 20251231);
+  EXPECT_EQ(BoundaryDelay::localDay(utcInstant(2026, 1, 1, 5, 0, 0)), 20260101);
+  EXPECT_EQ(BoundaryDelay::localDay(utcInstant(2026, 7, 1, 3, 59, 59)), 20260630);
+  EXPECT_EQ(BoundaryDelay::localDay(utcInstant(2026, 7, 1, 4, 0, 0)), 20260701);
+}
+
+}  // namespace

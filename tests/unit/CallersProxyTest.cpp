@@ -1,0 +1,97 @@
+// The remote methods that hand the caller itself to the service, as an observer.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ClockServiceInvoker.h"
+#include "ClockServiceObserverProxy.h"
+#include "unit/InvokerSurroundings.h"
+#include "unit/RecordingService.h"
+
+namespace {
+
+using unit::Outcome;
+using Lines = std::vector<std::string>;
+
+constexpr const char* observe = "call observeTimeEvents\n";
+constexpr const char* unobserve = "call unobserveTimeEvents\n";
+constexpr const char* setAlarm = "call setAlarmClock\nin string setAlarmClockAlarmTime=06:30\n";
+
+// A proxy of something that is no observer.
+class StrangeProxy : public Proxy {
+ public:
+  void initProxy(ProxyRequest&) override {}
+};
+
+class CallersProxyTest : public testing::Test {
+ protected:
+  CallersProxyTest() { m_invoker.initInvoker(&m_framework); }
+
+  Lines send(const std::string& message, const std::string& address = "peer 5") {
+    Outcome outcome;
+    m_invoker.handleMessage(&m_service, message.data(), static_cast<int>(message.size()),
+                            new unit::Response(outcome, "text", address));
+    EXPECT_TRUE(outcome.deleted) << message;
+    return outcome.replies;
+  }
+
+  unit::Framework m_framework;
+  unit::RecordingService m_service;
+  ClockServiceInvoker m_invoker;
+};
+
+TEST_F(CallersProxyTest, IsAskedForByInterfaceAndAddress) {
+  send(observe, "peer 5");
+  send(unobserve, "peer 6");
+  send(setAlarm, "");
+  EXPECT_EQ(m_framework.proxiesAsked(),
+            (Lines{"ClockServiceObserverIfc at peer 5", "ClockServiceObserverIfc at peer 6",
+                   "ClockServiceObserverIfc at "}));
+}
+
+TEST_F(CallersProxyTest, ReachesTheServiceAsTheSameObserver) {
+  ClockServiceObserverProxy proxy;
+  m_framework.proxy = &proxy;
+  for (const char* const message : {observe, unobserve, setAlarm}) {
+    send(message);
+    EXPECT_EQ(m_service.lastObserver(), static_cast<ClockServiceObserverIfc*>(&proxy)) << message;
+  }
+}
+
+TEST_F(CallersProxyTest, NoneIsANullObserver) {
+  EXPECT_EQ(send(observe),
+            Lines{"reply observeTimeEvents\nout bool observeTimeEventsReturn=false\n"});
+  EXPECT_EQ(send(unobserve),
+            Lines{"reply unobserveTimeEvents\nout bool unobserveTimeEventsReturn=false\n"});
+  EXPECT_EQ(send(setAlarm), Lines{"reply setAlarmClock\nout int setAlarmClockReturn=77\n"});
+  EXPECT_EQ(m_service.calls(), (Lines{"observeTimeEvents null", "unobserveTimeEvents null",
+                                      "setAlarmClock \"06:30\" null"}));
+}
+
+TEST_F(CallersProxyTest, OfAnotherInterfaceIsANullObserver) {
+  StrangeProxy proxy;
+  m_framework.proxy = &proxy;
+  send(observe);
+  send(unobserve);
+  send(setAlarm);
+  EXPECT_EQ(m_service.calls(), (Lines{"observeTimeEvents null", "unobserveTimeEvents null",
+                                      "setAlarmClock \"06:30\" null"}));
+}
+
+TEST_F(CallersProxyTest, IsAskedForEvenWhenTheAlarmTimeIsMissing) {
+  EXPECT_EQ(send("call setAlarmClock\n"), Lines{"reply setAlarmClock\n"});
+  EXPECT_EQ(m_framework.proxiesAsked(), Lines{"ClockServiceObserverIfc at peer 5"});
+  EXPECT_TRUE(m_service.calls().empty());
+}
+
+TEST_F(CallersProxyTest, IsNotAskedForByOtherMethods) {
+  for (const char* const message :
+       {"call getTime\n", "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n",
+        "call setTimeInt\nin int setTime=1\n", "call nothing\n"})
+    send(message);
+  EXPECT_TRUE(m_framework.proxiesAsked().empty());
+}
+
+}  // namespace

@@ -1,0 +1,247 @@
+#include "ClockServiceInvoker.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "support/LogCapture.h"
+#include "unit/InvokerSurroundings.h"
+#include "unit/RecordingService.h"
+
+namespace {
+
+using support::LogCapture;
+using unit::Outcome;
+using unit::Response;
+using Lines = std::vector<std::string>;
+
+class OtherService : public Executable {
+ public:
+  void init(Context&) override {}
+  void shutdown() override {}
+};
+
+class ThrowingService : public unit::RecordingService {
+ public:
+  int getTimeVal() override { throw std::logic_error("broken"); }
+};
+
+class ClockServiceInvokerTest : public testing::Test {
+ protected:
+  ClockServiceInvokerTest() { m_invoker.initInvoker(&m_framework); }
+
+  Outcome send(Executable* executable, const std::string& message,
+               const std::string& codec = "text") {
+    Outcome outcome;
+    m_invoker.handleMessage(executable, message.data(), static_cast<int>(message.size()),
+                            new Response(outcome, codec));
+    return outcome;
+  }
+
+  unit::Framework m_framework;
+  unit::RecordingService m_service;
+  ClockServiceInvoker m_invoker;
+};
+
+std::string errorsOf(const LogCapture& log) {
+  std::string text;
+  for (const host::LogEntry& entry : log.entries())
+    if (entry.level <= 2) text += entry.component + ": " + entry.text + "\n";
+  return text;
+}
+
+TEST_F(ClockServiceInvokerTest, RequestIsAnsweredOnceAndTheResponseDeleted) {
+  const Outcome outcome = send(&m_service, "call getTime\n");
+  EXPECT_EQ(outcome.replies, Lines{"reply getTime\nout string getTimeStringReturn=09:07\n"});
+  EXPECT_TRUE(outcome.deleted);
+  EXPECT_EQ(m_service.calls(), Lines{"getTime"});
+}
+
+TEST_F(ClockServiceInvokerTest, EachRequestIsHandledByItself) {
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(send(&m_service, "call getTime\n").replies.size(), 1U);
+  EXPECT_EQ(m_service.calls().size(), 3U);
+}
+
+TEST_F(ClockServiceInvokerTest, CodecOfTheRequestWritesTheReply) {
+  const Outcome outcome = send(&m_service, "marked call getTime\n", "marked");
+  EXPECT_EQ(outcome.replies, Lines{"marked reply getTime\nout string getTimeStringReturn=09:07\n"});
+  for (const std::string& name : m_framework.codecsAsked()) EXPECT_EQ(name, "marked");
+}
+
+TEST_F(ClockServiceInvokerTest, OnlyTheBytesOfTheRequestAreRead) {
+  const std::string message = "call getTime\nnot a parameter\n";
+  Outcome outcome;
+  m_invoker.handleMessage(&m_service, message.data(), 13, new Response(outcome, "text"));
+  EXPECT_EQ(outcome.replies.size(), 1U);
+  EXPECT_EQ(m_framework.text.decoded(), "call getTime\n");
+}
+
+TEST_F(ClockServiceInvokerTest, BytesOfRequestAndReplyMayBeZero) {
+  const std::string text("a\0b", 3);
+  m_service.setTimeText(text);
+  const std::string message = std::string("call getTime\nin string x=") + text + "\n";
+  const Outcome outcome = send(&m_service, message);
+  EXPECT_EQ(m_framework.text.decoded(), message);
+  EXPECT_EQ(outcome.replies, Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
+}
+
+TEST_F(ClockServiceInvokerTest, NullServiceIsLoggedAndNotAnswered) {
+  const LogCapture log;
+  const Outcome outcome = send(nullptr, "call getTime\n");
+  EXPECT_TRUE(outcome.replies.empty());
+  EXPECT_TRUE(outcome.deleted);
+  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Could not cast executable to ClockServiceIfc\n");
+  EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
+  EXPECT_TRUE(m_framework.codecsAsked().empty());
+}
+
+TEST_F(ClockServiceInvokerTest, AnotherServiceIsLoggedAndNotAnswered) {
+  const LogCapture log;
+  OtherService other;
+  const Outcome outcome = send(&other, "call getTime\n");
+  EXPECT_TRUE(outcome.replies.empty());
+  EXPECT_TRUE(outcome.deleted);
+  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Could not cast executable to ClockServiceIfc\n");
+  EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
+}
+
+TEST_F(ClockServiceInvokerTest, UnknownCodecIsLoggedAndNotAnswered) {
+  const LogCapture log;
+  const Outcome outcome = send(&m_service, "call getTime\n", "unheard-of");
+  EXPECT_TRUE(outcome.replies.empty());
+  EXPECT_TRUE(outcome.deleted);
+  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n");
+  EXPECT_TRUE(log.has(2, "Failed to decode msg"));
+  EXPECT_EQ(m_framework.codecsAsked(), Lines{"unheard-of"});
+  EXPECT_TRUE(m_service.calls().empty());
+}
+
+TEST_F(ClockServiceInvokerTest, RequestThatDoesNotDecodeIsLoggedAndNotAnswered) {
+  for (const char* const message : {"", "getTime\n", "call getTime\nbroken\n", "\n"}) {
+    const LogCapture log;
+    const Outcome outcome = send(&m_service, message);
+    EXPECT_TRUE(outcome.replies.empty()) << message;
+    EXPECT_TRUE(outcome.deleted) << message;
+    EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n") << message;
+    EXPECT_TRUE(log.has(2, "Failed to decode msg")) << message;
+    EXPECT_FALSE(log.hasPart("handleMessage called")) << message;
+  }
+  EXPECT_TRUE(m_service.calls().empty());
+}
+
+TEST_F(ClockServiceInvokerTest, RequestWithoutBytesDoesNotDecode) {
+  for (const int length : {0, -1}) {
+    const LogCapture log;
+    Outcome outcome;
+    m_invoker.handleMessage(&m_service, nullptr, length, new Response(outcome, "text"));
+    EXPECT_TRUE(outcome.replies.empty() && outcome.deleted) << "length " << length;
+    EXPECT_TRUE(log.has(2, "Failed to decode msg")) << "length " << length;
+  }
+}
+
+TEST_F(ClockServiceInvokerTest, UnknownNameIsLoggedWithTheRequestAndNotAnswered) {
+  for (const char* const name : {"", "GetTime", "getTIME", "gettime", "getTim", "getTimes",
+                                 " getTime", "getTime ", "SetTime", "convertUtcStringToLocalString",
+                                 "setTimeInts", "timeChangeEvent", "ClockServiceIfc"}) {
+    const LogCapture log;
+    const std::string message = std::string("call ") + name + "\nin int setTime=5\n";
+    const Outcome outcome = send(&m_service, message);
+    EXPECT_TRUE(outcome.replies.empty()) << name;
+    EXPECT_TRUE(outcome.deleted) << name;
+    EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Invalid Message, " + message + "\n") << name;
+    EXPECT_TRUE(log.has(2, "Invalid Message, " + message)) << name;
+  }
+  EXPECT_TRUE(m_service.calls().empty());
+}
+
+TEST_F(ClockServiceInvokerTest, EveryDecodedRequestIsTraced) {
+  const LogCapture log(5);
+  send(&m_service, "call setTimeInt\nin int setTime=5\n");
+  send(&m_service, "call nothing\n");
+  EXPECT_TRUE(log.has(5, "handleMessage called: call setTimeInt\nin int setTime=5\n"));
+  EXPECT_TRUE(log.has(5, "handleMessage called: call nothing\n"));
+}
+
+TEST_F(ClockServiceInvokerTest, TraceNeedsItsLevel) {
+  const LogCapture log(4);
+  send(&m_service, "call getTime\n");
+  EXPECT_TRUE(log.entries().empty()) << log.text();
+}
+
+TEST_F(ClockServiceInvokerTest, MissingParameterIsNoError) {
+  const LogCapture log;
+  send(&m_service, "call setTime\n");
+  EXPECT_EQ(errorsOf(log), "");
+}
+
+TEST_F(ClockServiceInvokerTest, EntriesSayWhereTheyWereWritten) {
+  const LogCapture log;
+  send(nullptr, "call getTime\n");
+  const auto entries = log.entries();
+  ASSERT_EQ(entries.size(), 1U);
+  EXPECT_NE(entries[0].file.find("ClockServiceInvoker.cpp"), std::string::npos) << entries[0].file;
+  EXPECT_GT(entries[0].line, 0);
+}
+
+TEST_F(ClockServiceInvokerTest, ServiceThatThrowsCostsNoResponse) {
+  ThrowingService broken;
+  Outcome outcome;
+  const std::string message = "call getTimeVal\n";
+  EXPECT_THROW(m_invoker.handleMessage(&broken, message.data(), static_cast<int>(message.size()),
+                                       new Response(outcome, "text")),
+               std::logic_error);
+  EXPECT_TRUE(outcome.deleted);
+}
+
+TEST_F(ClockServiceInvokerTest, NullResponseIsBorne) {
+  const LogCapture log;
+  const std::string message = "call setTimeInt\nin int setTime=5\n";
+  m_invoker.handleMessage(nullptr, message.data(), static_cast<int>(message.size()), nullptr);
+  m_invoker.handleMessage(&m_service, message.data(), static_cast<int>(message.size()), nullptr);
+  EXPECT_TRUE(m_service.calls().empty());
+  EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
+}
+
+TEST(ClockServiceInvokerStart, InitialisationIsNotedAtLevelFour) {
+  unit::Framework framework;
+  ClockServiceInvoker invoker;
+  {
+    const LogCapture log(4);
+    invoker.initInvoker(&framework);
+    ASSERT_EQ(log.entries().size(), 1U);
+    EXPECT_TRUE(log.has(4, "ClockServiceInvoker initialised"));
+    EXPECT_EQ(log.entries()[0].component, "ClockServiceInvoker");
+  }
+  const LogCapture log(3);
+  invoker.initInvoker(&framework);
+  EXPECT_TRUE(log.entries().empty());
+}
+
+TEST(ClockServiceInvokerStart, RequestBeforeInitialisationIsRefused) {
+  const LogCapture log;
+  unit::RecordingService service;
+  ClockServiceInvoker invoker;
+  Outcome outcome;
+  const std::string message = "call getTime\n";
+  invoker.handleMessage(&service, message.data(), static_cast<int>(message.size()),
+                        new Response(outcome, "text"));
+  EXPECT_TRUE(outcome.deleted);
+  EXPECT_TRUE(outcome.replies.empty());
+  EXPECT_TRUE(log.has(2, "Failed to decode msg"));
+}
+
+TEST(ClockServiceInvokerStart, FactoryMakesAnInvoker) {
+  const std::unique_ptr<Invoker> invoker(createClockServiceInvoker());
+  ASSERT_NE(dynamic_cast<ClockServiceInvoker*>(invoker.get()), nullptr);
+  unit::Framework framework;
+  unit::RecordingService service;
+  Outcome outcome;
+  invoker->initInvoker(&framework);
+  invoker->handleMessage(&service, "call getTime\n", 13, new Response(outcome, "text"));
+  EXPECT_EQ(outcome.replies.size(), 1U);
+}
+
+}  // namespace

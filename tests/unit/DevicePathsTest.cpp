@@ -1,0 +1,15 @@
+// Of the paths that ship, not of the ones that other tests link in their place.
+
+#include "DevicePaths.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(DevicePaths, AreThoseOfTheDevice) {
+  EXPECT_STREQ(DevicePaths::fallbackTimeFile, "/data/fallback_time.txt");
+  EXPECT_STREQ(DevicePaths::ntpClientProgram, "/sbin/ntpclient");
+  EXPECT_STREQ(DevicePaths::ntpClientPipe, "/tmp/votk/ipc/ntpclient");
+}
+
+}  // namespace

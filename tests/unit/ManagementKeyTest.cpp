@@ -1,0 +1,91 @@
+#include "ClockService/ManagementKey.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+// What is to follow a successful set.
+enum Follow { nothing, clientRestart, zoneRefresh };
+
+struct Row {
+  const char* name;
+  bool settable;
+  Follow follow;
+};
+
+constexpr std::array<Row, 16> rows{{
+    {"time", true, nothing},
+    {"simple-time", true, nothing},
+    {"simple-date", true, nothing},
+    {"date-format", true, nothing},
+    {"time-format", true, nothing},
+    {"sntp-addr", true, clientRestart},
+    {"ntp-secret", true, clientRestart},
+    {"sntp-tz-offset", true, zoneRefresh},
+    {"daylight-save", true, zoneRefresh},
+    {"daylight-save-minutes", true, zoneRefresh},
+    {"time-source", true, zoneRefresh},
+    {"daylight-save-zone-list", false, nothing},
+    {"daylight-save-zone-index", true, zoneRefresh},
+    {"daylight-save-zone-text", false, nothing},
+    {"daylight-save-zone-id", true, zoneRefresh},
+    {"auto-daylight-save", true, zoneRefresh},
+}};
+
+const ManagementKey& entry(const char* name) {
+  const ManagementKey* const key = ManagementKey::find(name);
+  if (key == nullptr) throw std::out_of_range(name);
+  return *key;
+}
+
+TEST(ManagementKey, TableHasTheSixteenKeysInOrder) {
+  ASSERT_EQ(ManagementKey::table().size(), rows.size());
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    EXPECT_STREQ(ManagementKey::table()[i].name, rows[i].name) << "row " << i;
+}
+
+TEST(ManagementKey, EveryKeyCanBeRead) {
+  for (const ManagementKey& key : ManagementKey::table()) EXPECT_NE(key.get, nullptr) << key.name;
+}
+
+TEST(ManagementKey, ListAndTextOfZonesCannotBeSet) {
+  for (const Row& row : rows) EXPECT_EQ(entry(row.name).set != nullptr, row.settable) << row.name;
+}
+
+TEST(ManagementKey, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
+  const auto restart = entry("sntp-addr").afterSuccess;
+  const auto refresh = entry("sntp-tz-offset").afterSuccess;
+  ASSERT_NE(restart, nullptr);
+  ASSERT_NE(refresh, nullptr);
+  ASSERT_NE(restart, refresh);
+  const std::array<decltype(restart), 3> actions{nullptr, restart, refresh};
+  for (const Row& row : rows)
+    EXPECT_EQ(entry(row.name).afterSuccess, actions[row.follow]) << row.name;
+}
+
+TEST(ManagementKey, OnlyTheServerAddressHasAnEffectWhenRefused) {
+  for (const Row& row : rows)
+    EXPECT_EQ(entry(row.name).always != nullptr, std::string(row.name) == "sntp-addr") << row.name;
+}
+
+TEST(ManagementKey, FindGivesTheRowOfTheKey) {
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    EXPECT_EQ(ManagementKey::find(rows[i].name), &ManagementKey::table()[i]) << rows[i].name;
+}
+
+TEST(ManagementKey, FindIsExact) {
+  for (const std::string& key :
+       {std::string(), std::string("Time"), std::string("TIME"), std::string("tim"),
+        std::string("time "), std::string(" time"), std::string("time\0", 5),
+        std::string("daylight-save-zone"), std::string("last-restart-date"),
+        std::string("mobility-user-data-update"), std::string("interface-status"),
+        std::string("dhcp-enabled"), std::string("mac-addr"), std::string(1 << 20, 'x')})
+    EXPECT_EQ(ManagementKey::find(key), nullptr) << "\"" << key.substr(0, 40) << "\"";
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+#include "ClockService/ManagementReading.h"
+
+#include <gtest/gtest.h>
+
+#include "ManageableData.h"
+#include "services/LocalManagement.h"
+
+namespace {
+
+TEST(ManagementReading, GivesTheDevicesValue) {
+  host::LocalManagement management;
+  management.setValue("mac-addr", "0001E3A1B2C3");
+  EXPECT_EQ(readManagementValue(management, "mac-addr"), "0001E3A1B2C3");
+}
+
+TEST(ManagementReading, EmptyValueIsAValue) {
+  host::LocalManagement management;
+  management.setValue("mac-addr", "");
+  EXPECT_EQ(readManagementValue(management, "mac-addr"), "");
+}
+
+TEST(ManagementReading, UnknownKeyIsNothing) {
+  host::LocalManagement management;
+  management.setValue("mac-addr", "0001E3A1B2C3");
+  EXPECT_EQ(readManagementValue(management, "interface-status"), std::nullopt);
+}
+
+// Says yes, and leaves the record empty.
+class ForgetfulManagement : public host::LocalManagement {
+ public:
+  bool getData(ManageableData&) override { return true; }
+};
+
+TEST(ManagementReading, RecordWithoutAValueIsNothing) {
+  ForgetfulManagement management;
+  EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
+}
+
+}  // namespace

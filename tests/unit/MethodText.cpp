@@ -1,0 +1,73 @@
+#include "unit/MethodText.h"
+
+#include <sstream>
+#include <vector>
+
+#include "Method.h"
+
+namespace {
+
+std::string valueOf(const Parameter& parameter) {
+  switch (parameter.getType()) {
+    case Parameter::integer:
+      return "int " + parameter.getName() + "=" + std::to_string(parameter.getInt());
+    case Parameter::boolean:
+      return "bool " + parameter.getName() + "=" + (parameter.getBool() ? "true" : "false");
+    default:
+      return "string " + parameter.getName() + "=" + parameter.getString();
+  }
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+// Cuts the text at the first `separator`; false when there is none.
+bool cut(const std::string& text, char separator, std::string& before, std::string& after) {
+  const std::size_t at = text.find(separator);
+  if (at == std::string::npos) return false;
+  before = text.substr(0, at);
+  after = text.substr(at + 1);
+  return true;
+}
+
+bool addParameter(const std::string& line, Method& method) {
+  std::string way, type, name, value, rest;
+  if (!cut(line, ' ', way, rest) || !cut(rest, ' ', type, rest) || !cut(rest, '=', name, value))
+    return false;
+  const auto direction = way == "in" ? Parameter::in : Parameter::out;
+  if (type == "int")
+    method.addIntParameter(name.c_str(), std::stoi(value), direction);
+  else if (type == "bool")
+    method.addBoolParameter(name.c_str(), value == "true", direction);
+  else
+    method.addStringParameter(name.c_str(), value, direction);
+  return true;
+}
+
+}  // namespace
+
+std::string unit::textOf(const Method& method) {
+  std::string text = (method.getType() == Method::reply ? "reply " : "call ") + method.getName();
+  text += '\n';
+  for (const Parameter& parameter : method.getParameters()) {
+    text += parameter.getDirection() == Parameter::out ? "out " : "in ";
+    text += valueOf(parameter) + "\n";
+  }
+  return text;
+}
+
+bool unit::methodOf(const std::string& text, Method& method) {
+  const std::vector<std::string> lines = linesOf(text);
+  std::string kind, name;
+  if (lines.empty() || !cut(lines.front(), ' ', kind, name) || (kind != "call" && kind != "reply"))
+    return false;
+  Method read(name.c_str(), kind == "call" ? Method::call : Method::reply);
+  for (std::size_t i = 1; i < lines.size(); ++i)
+    if (!addParameter(lines[i], read)) return false;
+  method = read;
+  return true;
+}

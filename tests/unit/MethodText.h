@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+class Method;
+
+namespace unit {
+
+// A message as lines of text, in order:
+//   call setTime
+//   in int setTimeHours=7
+//   in string ...=..., in bool ...=true
+std::string textOf(const Method& method);
+
+// The reverse; false, and `method` untouched, when the text is not a message.
+bool methodOf(const std::string& text, Method& method);
+
+}  // namespace unit

@@ -1,0 +1,91 @@
+#include "Saturate.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace {
+
+constexpr std::int32_t lowest32 = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t highest32 = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t lowest64 = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t highest64 = std::numeric_limits<std::int64_t>::max();
+
+TEST(Saturate, NumbersOfTheTypeStay) {
+  for (const std::int32_t number : {0, 1, -1, 86400, lowest32, lowest32 + 1, highest32})
+    EXPECT_EQ(saturate<std::int32_t>(number), number);
+}
+
+TEST(Saturate, NumbersBeyondTheTypeStopAtItsLimits) {
+  EXPECT_EQ(saturate<std::int32_t>(std::int64_t{highest32} + 1), highest32);
+  EXPECT_EQ(saturate<std::int32_t>(std::int64_t{lowest32} - 1), lowest32);
+  EXPECT_EQ(saturate<std::int32_t>(highest64), highest32);
+  EXPECT_EQ(saturate<std::int32_t>(lowest64), lowest32);
+}
+
+TEST(Saturate, UnsignedTypesStopAtZero) {
+  EXPECT_EQ(saturate<std::uint32_t>(-1), 0U);
+  EXPECT_EQ(saturate<std::uint32_t>(lowest64), 0U);
+  EXPECT_EQ(saturate<std::uint32_t>(4294967295), 4294967295U);
+  EXPECT_EQ(saturate<std::uint32_t>(4294967296), 4294967295U);
+}
+
+TEST(Saturate, SumStopsAtTheLimitsOfInt) {
+  EXPECT_EQ(saturatedSum(1, 2), 3);
+  EXPECT_EQ(saturatedSum(highest32, 0), highest32);
+  EXPECT_EQ(saturatedSum(highest32, 1), highest32);
+  EXPECT_EQ(saturatedSum(highest32, highest32), highest32);
+  EXPECT_EQ(saturatedSum(lowest32, -1), lowest32);
+  EXPECT_EQ(saturatedSum(lowest32, lowest32), lowest32);
+  EXPECT_EQ(saturatedSum(lowest32, highest32), -1);
+}
+
+TEST(Saturate, TruncatesTowardZero) {
+  const struct {
+    double number;
+    std::int32_t truncated;
+  } table[] = {{0.0, 0},
+               {0.9, 0},
+               {-0.9, 0},
+               {1.0, 1},
+               {1.999, 1},
+               {-1.999, -1},
+               {-330.0, -330},
+               {2147483646.5, 2147483646},
+               {-2147483646.5, -2147483646}};
+  for (const auto& row : table) EXPECT_EQ(truncated(row.number), row.truncated) << row.number;
+}
+
+// The lowest int is left out, so that the result can be negated.
+TEST(Saturate, TruncationStopsWhereTheResultCanBeNegated) {
+  for (const double number : {2147483647.0, 2147483648.0, 1e30, HUGE_VAL})
+    EXPECT_EQ(truncated(number), highest32) << number;
+  for (const double number : {-2147483647.0, -2147483648.0, -2147483649.0, -1e30, -HUGE_VAL})
+    EXPECT_EQ(truncated(number), -highest32) << number;
+}
+
+TEST(Saturate, NotANumberIsTruncatedToZero) {
+  EXPECT_EQ(truncated(std::numeric_limits<double>::quiet_NaN()), 0);
+  EXPECT_EQ(truncated(-std::numeric_limits<double>::quiet_NaN()), 0);
+}
+
+TEST(Saturate, FloatIsTheNearest) {
+  EXPECT_EQ(toFloat(0.0), 0.0F);
+  EXPECT_EQ(toFloat(5.75), 5.75F);
+  EXPECT_EQ(toFloat(-0.1), -0.1F);
+  EXPECT_EQ(toFloat(3.4028234663852886e38), std::numeric_limits<float>::max());
+  EXPECT_EQ(toFloat(-3.4028234663852886e38), std::numeric_limits<float>::lowest());
+}
+
+TEST(Saturate, FloatBeyondTheRangeIsInfinite) {
+  constexpr float infinity = std::numeric_limits<float>::infinity();
+  EXPECT_EQ(toFloat(1e39), infinity);
+  EXPECT_EQ(toFloat(-1e39), -infinity);
+  EXPECT_EQ(toFloat(HUGE_VAL), infinity);
+  EXPECT_EQ(toFloat(-HUGE_VAL), -infinity);
+  EXPECT_TRUE(std::isnan(toFloat(std::numeric_limits<double>::quiet_NaN())));
+}
+
+}  // namespace

@@ -1,0 +1,160 @@
+// The offset from UTC in ClockServiceDataHandler: its text, its two units, its limits.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <string>
+
+#include "ClockServiceDataHandler.h"
+#include "unit/SettingsStore.h"
+
+namespace {
+
+using unit::SettingsStore;
+
+constexpr float infinity = std::numeric_limits<float>::infinity();
+
+// A number that is set, what it comes to, and its text in the store.
+struct Row {
+  float given;
+  float hours;
+  const char* text;
+};
+
+TEST(TimezoneOffset, NumbersUpToTwelveAndAHalfAreHours) {
+  const Row table[] = {{1.0F, 1.0F, "1"},       {5.5F, 5.5F, "5.5"},    {-3.5F, -3.5F, "-3.5"},
+                       {5.75F, 5.75F, "5.75"},  {12.5F, 12.5F, "12.5"}, {-12.5F, -12.5F, "-12.5"},
+                       {12.0F, 12.0F, "12"},    {0.25F, 0.25F, "0.25"}, {-0.5F, -0.5F, "-0.5"},
+                       {1e-7F, 1e-7F, "1e-07"}, {0.1F, 0.1F, "0.1"},    {-10.0F, -10.0F, "-10"}};
+  for (const Row& row : table) {
+    SettingsStore store;
+    const auto settings = store.load();
+    EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
+    EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << row.given;
+    EXPECT_EQ(settings->getTimezoneOffsetStr(), row.text) << row.given;
+    EXPECT_EQ(store.stored("TimezoneOffset"), row.text) << row.given;
+  }
+}
+
+TEST(TimezoneOffset, NumbersBeyondAreSeconds) {
+  const Row table[] = {{12.75F, 12.75F / 3600.0F, "0.00354167"},
+                       {-12.75F, -12.75F / 3600.0F, "-0.00354167"},
+                       {std::nextafter(12.5F, 13.0F), 12.500001F / 3600.0F, "0.00347222"},
+                       {std::nextafter(-12.5F, -13.0F), -12.500001F / 3600.0F, "-0.00347222"},
+                       {90.0F, 0.025F, "0.025"},
+                       {7200.0F, 2.0F, "2"},
+                       {19800.0F, 5.5F, "5.5"},
+                       {-18000.0F, -5.0F, "-5"},
+                       {45000.0F, 12.5F, "12.5"},
+                       {50400.0F, 14.0F, "14"},
+                       {3600000.0F, 1000.0F, "1000"},
+                       {1e30F, 1e30F / 3600.0F, "2.77778e+26"},
+                       {infinity, infinity, "inf"},
+                       {-infinity, -infinity, "-inf"}};
+  for (const Row& row : table) {
+    SettingsStore store;
+    const auto settings = store.load();
+    EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
+    EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << row.given;
+    EXPECT_EQ(settings->getTimezoneOffsetStr(), row.text) << row.given;
+    EXPECT_EQ(store.stored("TimezoneOffset"), row.text) << row.given;
+  }
+}
+
+TEST(TimezoneOffset, NotANumberIsKeptAsItIs) {
+  SettingsStore store;
+  const auto settings = store.load();
+  EXPECT_TRUE(settings->setTimezoneOffset(std::numeric_limits<float>::quiet_NaN()));
+  EXPECT_TRUE(std::isnan(settings->getTimezoneOffset()));
+  EXPECT_EQ(settings->getTimezoneOffsetStr(), "nan");
+  EXPECT_TRUE(std::isnan(store.load()->getTimezoneOffset()));
+}
+
+TEST(TimezoneOffset, UnchangedValueIsInForceAndNotWritten) {
+  SettingsStore store;
+  const auto settings = store.load();
+  EXPECT_TRUE(settings->setTimezoneOffset(0.0F));
+  EXPECT_TRUE(settings->setTimezoneOffset(-0.0F));
+  EXPECT_EQ(store.writes(), 0U);
+  EXPECT_TRUE(settings->setTimezoneOffset(5.5F));
+  EXPECT_TRUE(settings->setTimezoneOffset(5.5F));
+  EXPECT_TRUE(settings->setTimezoneOffset(19800.0F));  // the same in seconds
+  EXPECT_EQ(store.writes(), 1U);
+}
+
+TEST(TimezoneOffset, RefusedWriteKeepsTheOldValue) {
+  SettingsStore store;
+  const auto settings = store.load();
+  EXPECT_TRUE(settings->setTimezoneOffset(1.0F));
+  store.refuseWrites(1);
+  EXPECT_FALSE(settings->setTimezoneOffset(2.0F));
+  EXPECT_EQ(settings->getTimezoneOffset(), 1.0F);
+  EXPECT_EQ(store.stored("TimezoneOffset"), "1");
+}
+
+TEST(TimezoneOffset, UnchangedValueNeedsNoStore) {
+  SettingsStore store;
+  const auto settings = store.load();
+  store.refuseWrites(1);
+  EXPECT_TRUE(settings->setTimezoneOffset(0.0F));
+}
+
+TEST(TimezoneOffset, TextIsReadAsFarAsItIsANumber) {
+  const struct {
+    const char* text;
+    float hours;
+  } table[] = {{"5.5", 5.5F},         {"-3.5", -3.5F},     {"+1", 1.0F},        {"7200", 2.0F},
+               {"  2", 2.0F},         {"\t\n3", 3.0F},     {"4 hours", 4.0F},   {"4,5", 4.0F},
+               {"1e1", 10.0F},        {"0x8", 8.0F},       {"12.5", 12.5F},     {"-12.5", -12.5F},
+               {"-18000", -5.0F},     {"inf", infinity},   {"-inf", -infinity}, {"1e300", infinity},
+               {"-1e300", -infinity}, {"1e999", infinity}, {".5", 0.5F},        {"5.", 5.0F}};
+  for (const auto& row : table) {
+    SettingsStore store;
+    const auto settings = store.load();
+    std::string reason = "old";
+    EXPECT_TRUE(settings->setTimezoneOffset(row.text, reason)) << "\"" << row.text << "\"";
+    EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << "\"" << row.text << "\"";
+    EXPECT_EQ(reason, "old") << "\"" << row.text << "\"";
+    EXPECT_EQ(store.writes(), 1U) << "\"" << row.text << "\"";
+  }
+}
+
+TEST(TimezoneOffset, TextWithoutANumberIsZero) {
+  for (const char* const text : {"hours", " ", "-", "+", ".", "e5", "\xff", "?"}) {
+    SettingsStore store;
+    const auto settings = store.load();
+    std::string reason;
+    EXPECT_TRUE(settings->setTimezoneOffset(1.0F));
+    EXPECT_TRUE(settings->setTimezoneOffset(text, reason)) << "\"" << text << "\"";
+    EXPECT_EQ(settings->getTimezoneOffsetStr(), "0") << "\"" << text << "\"";
+    EXPECT_EQ(store.stored("TimezoneOffset"), "0") << "\"" << text << "\"";
+  }
+}
+
+TEST(TimezoneOffset, EmptyTextIsRefusedWithAReason) {
+  SettingsStore store;
+  const auto settings = store.load();
+  EXPECT_TRUE(settings->setTimezoneOffset(1.0F));
+  std::string reason;
+  EXPECT_FALSE(settings->setTimezoneOffset("", reason));
+  EXPECT_EQ(reason, "Timezone offset cannot be blank");
+  EXPECT_EQ(settings->getTimezoneOffset(), 1.0F);
+  EXPECT_EQ(store.writes(), 1U);
+}
+
+TEST(TimezoneOffset, StoredTextIsLoaded) {
+  const struct {
+    const char* text;
+    float hours;
+  } table[] = {{"5.75", 5.75F}, {"-5", -5.0F}, {"14", 14.0F},     {"19800", 19800.0F},
+               {"", 0.0F},      {"x", 0.0F},   {"inf", infinity}, {"1e300", infinity}};
+  for (const auto& row : table) {
+    SettingsStore store;
+    store.put("TimezoneOffset", row.text);
+    EXPECT_EQ(store.load()->getTimezoneOffset(), row.hours) << "\"" << row.text << "\"";
+  }
+}
+
+}  // namespace
