@@ -1,0 +1,126 @@
+#include "Method.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+namespace {
+
+TEST(Method, StartsNamelessAndEmpty) {
+  const Method method;
+  EXPECT_EQ(method.getName(), "");
+  EXPECT_EQ(method.getType(), Method::call);
+  EXPECT_TRUE(method.getParameters().empty());
+}
+
+TEST(Method, HasTheNameAndTypeItIsGiven) {
+  const Method method("getTime", Method::reply);
+  EXPECT_EQ(method.getName(), "getTime");
+  EXPECT_EQ(method.getType(), Method::reply);
+  EXPECT_EQ(Method(nullptr, Method::call).getName(), "");
+}
+
+TEST(Method, KeepsParametersInOrderOfAddition) {
+  Method method("m", Method::call);
+  method.addStringParameter("b", "text", Parameter::out);
+  method.addIntParameter("a", -5, Parameter::in);
+  method.addBoolParameter("c", true, Parameter::in);
+  const auto& all = method.getParameters();
+  ASSERT_EQ(all.size(), 3U);
+  EXPECT_EQ(all[0].getName(), "b");
+  EXPECT_EQ(all[0].getType(), Parameter::text);
+  EXPECT_EQ(all[0].getDirection(), Parameter::out);
+  EXPECT_EQ(all[0].getString(), "text");
+  EXPECT_EQ(all[1].getType(), Parameter::integer);
+  EXPECT_EQ(all[1].getDirection(), Parameter::in);
+  EXPECT_EQ(all[1].getInt(), -5);
+  EXPECT_EQ(all[2].getType(), Parameter::boolean);
+  EXPECT_TRUE(all[2].getBool());
+}
+
+TEST(Method, KeepsEveryValue) {
+  for (const int value :
+       {0, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    Method method;
+    method.addIntParameter("n", value, Parameter::in);
+    int read = 42;
+    EXPECT_TRUE(method.getIntParameter("n", read, Parameter::in));
+    EXPECT_EQ(read, value);
+  }
+  for (const std::string& value :
+       {std::string(), std::string("a\0b\xFF", 4), std::string(1 << 20, 'x')}) {
+    Method method;
+    method.addStringParameter("s", value, Parameter::in);
+    std::string read = "old";
+    EXPECT_TRUE(method.getStringParameter("s", read, Parameter::in));
+    EXPECT_EQ(read, value);
+  }
+  for (const bool value : {false, true}) {
+    Method method;
+    method.addBoolParameter("b", value, Parameter::in);
+    bool read = !value;
+    EXPECT_TRUE(method.getBoolParameter("b", read, Parameter::in));
+    EXPECT_EQ(read, value);
+  }
+}
+
+// Three parameters of one name: type and direction tell them apart.
+TEST(Method, FindsTheParameterOfTheNameDirectionAndType) {
+  Method method("m", Method::call);
+  method.addStringParameter("x", "text", Parameter::in);
+  method.addIntParameter("x", 1, Parameter::out);
+  method.addIntParameter("x", 2, Parameter::in);
+  method.addIntParameter("x", 3, Parameter::in);
+  method.addBoolParameter("x", true, Parameter::in);
+  int number = 0;
+  EXPECT_TRUE(method.getIntParameter("x", number, Parameter::in));
+  EXPECT_EQ(number, 2) << "the first";
+  EXPECT_TRUE(method.getIntParameter("x", number, Parameter::out));
+  EXPECT_EQ(number, 1);
+  std::string text;
+  EXPECT_TRUE(method.getStringParameter("x", text, Parameter::in));
+  EXPECT_EQ(text, "text");
+}
+
+TEST(Method, LeavesTheValueAloneWhenThereIsNone) {
+  Method method("m", Method::call);
+  method.addIntParameter("number", 1, Parameter::in);
+  method.addBoolParameter("flag", true, Parameter::in);
+  method.addStringParameter("text", "t", Parameter::in);
+  int number = 42;
+  bool flag = false;
+  std::string text = "old";
+  for (const char* const name : {"", "Number", "numbe", "number2", "flag", "text"}) {
+    EXPECT_FALSE(method.getIntParameter(name, number, Parameter::in)) << name;
+  }
+  EXPECT_FALSE(method.getIntParameter(nullptr, number, Parameter::in));
+  EXPECT_FALSE(method.getIntParameter("number", number, Parameter::out));
+  EXPECT_FALSE(method.getBoolParameter("number", flag, Parameter::in));
+  EXPECT_FALSE(method.getBoolParameter("flag", flag, Parameter::out));
+  EXPECT_FALSE(method.getStringParameter("number", text, Parameter::in));
+  EXPECT_FALSE(method.getStringParameter("text", text, Parameter::out));
+  EXPECT_EQ(number, 42);
+  EXPECT_FALSE(flag);
+  EXPECT_EQ(text, "old");
+}
+
+TEST(Method, IsAValue) {
+  Method original("m", Method::reply);
+  original.addStringParameter("s", "text", Parameter::out);
+  const Method copy(original);
+  Method assigned;
+  assigned = original;
+  original.reset("other", Method::call);
+  EXPECT_EQ(original.getName(), "other");
+  EXPECT_EQ(original.getType(), Method::call);
+  EXPECT_TRUE(original.getParameters().empty());
+  for (const Method& kept : {copy, assigned}) {
+    EXPECT_EQ(kept.getName(), "m");
+    EXPECT_EQ(kept.getType(), Method::reply);
+    ASSERT_EQ(kept.getParameters().size(), 1U);
+    EXPECT_EQ(kept.getParameters()[0].getString(), "text");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,98 @@
+#include "Semaphore.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace {
+
+TEST(Semaphore, GivesOutItsCounts) {
+  Semaphore semaphore(2, 3);
+  EXPECT_TRUE(semaphore.take(-1));
+  EXPECT_TRUE(semaphore.take(0));
+  EXPECT_FALSE(semaphore.take(0));
+  semaphore.give();
+  EXPECT_TRUE(semaphore.take(0));
+}
+
+TEST(Semaphore, DropsACountAboveTheMaximum) {
+  Semaphore semaphore(1, 1);
+  semaphore.give();
+  semaphore.give();
+  EXPECT_TRUE(semaphore.take(0));
+  EXPECT_FALSE(semaphore.take(0));
+}
+
+TEST(Semaphore, BoundsTheInitialCount) {
+  Semaphore full(5, 2);
+  EXPECT_TRUE(full.take(0));
+  EXPECT_TRUE(full.take(0));
+  EXPECT_FALSE(full.take(0));
+  Semaphore empty(-3, 2);
+  EXPECT_FALSE(empty.take(0));
+}
+
+TEST(Semaphore, GivesUpWhenTheTimeHasRunOut) {
+  using Clock = std::chrono::steady_clock;
+  Semaphore semaphore(0, 1);
+  const auto before = Clock::now();
+  EXPECT_FALSE(semaphore.take(20));
+  EXPECT_GE(Clock::now() - before, std::chrono::milliseconds{20});
+}
+
+TEST(Semaphore, TakesWhatIsGivenWhileItWaits) {
+  for (const int timeout : {-1, 60'000}) {
+    Semaphore semaphore(0, 1);
+    std::thread giver([&] { semaphore.give(); });
+    EXPECT_TRUE(semaphore.take(timeout)) << timeout;
+    giver.join();
+  }
+}
+
+TEST(Semaphore, KeepsThreadsApart) {
+  Semaphore lock(1, 1);
+  int counter = 0;  // not atomic on purpose
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int step = 0; step < 5000; ++step) {
+        EXPECT_TRUE(lock.take(-1));
+        ++counter;
+        lock.give();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(counter, 20'000);
+}
+
+TEST(Semaphore, ReachesOtherProcesses) {
+  Semaphore semaphore(0, 1, true);
+  const pid_t child = fork();
+  if (child == 0) {
+    semaphore.give();
+    _exit(0);
+  }
+  ASSERT_GT(child, 0);
+  EXPECT_TRUE(semaphore.take(60'000));
+  EXPECT_EQ(waitpid(child, nullptr, 0), child);
+}
+
+TEST(Semaphore, OutlivesAProcessThatUsesIt) {
+  Semaphore semaphore(1, 1, true);
+  const pid_t child = fork();
+  if (child == 0) _exit(semaphore.take(0) ? 0 : 1);
+  ASSERT_GT(child, 0);
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  EXPECT_FALSE(semaphore.take(0)) << "the child has taken it along";
+  semaphore.give();
+  EXPECT_TRUE(semaphore.take(0));
+}
+
+}  // namespace
