@@ -1,0 +1,98 @@
+#include "remote/Acceptor.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "Logging.h"
+
+namespace host {
+namespace {
+
+constexpr int kMostAtOnce = 16;  // then those who are already here get a turn
+constexpr std::chrono::milliseconds kPause{100};
+
+Descriptor spareDescriptor() {
+  return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+}
+
+bool isOver(int error) {
+  return error == EAGAIN;
+}
+
+bool concernsOneClient(int error) {
+  return error == EINTR || error == ECONNABORTED || error == EPROTO;
+}
+
+bool isShortage(int error) {
+  return error == EMFILE || error == ENFILE;
+}
+
+}  // namespace
+
+Acceptor::Acceptor(asio::io_context& loop, int listener, std::function<void(Socket)> taken)
+    : m_loop(loop),
+      m_acceptor(loop),
+      m_pause(loop),
+      m_taken(std::move(taken)),
+      m_spare(spareDescriptor()),
+      m_alive(std::make_shared<bool>(true)) {
+  m_acceptor.assign(asio::local::stream_protocol(), listener);
+  wait();
+}
+
+Acceptor::~Acceptor() {
+  *m_alive = false;
+  asio::error_code ignored;
+  static_cast<void>(m_acceptor.release(ignored));
+}
+
+void Acceptor::wait() {
+  m_acceptor.async_wait(asio::socket_base::wait_read, [this, alive = m_alive](const auto& error) {
+    if (*alive && !error) acceptAll();
+  });
+}
+
+void Acceptor::acceptAll() {
+  for (int taken = 0; taken < kMostAtOnce; ++taken) {
+    const int client =
+        ::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (client >= 0) {
+      m_taken(Socket(m_loop, asio::local::stream_protocol(), client));
+      continue;
+    }
+    int error = errno;
+    if (isShortage(error)) error = turnAway();
+    if (error == 0 || concernsOneClient(error)) continue;
+    if (isOver(error)) break;
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
+              std::strerror(error));
+    m_pause.expires_after(kPause);
+    m_pause.async_wait([this, alive = m_alive](const auto& failed) {
+      if (*alive && !failed) wait();
+    });
+    return;
+  }
+  wait();
+}
+
+// A client that cannot be accepted would stay in the queue and wake the loop for ever. Returns 0,
+// or why nobody was turned away: without a free descriptor the system does not even say that nobody
+// is there.
+int Acceptor::turnAway() {
+  if (!m_spare.valid()) return EMFILE;
+  m_spare.reset();
+  Descriptor client(::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC));
+  const int error = client.valid() ? 0 : errno;
+  client.reset();
+  m_spare = spareDescriptor();
+  if (error == 0) {
+    logAppUni("clockhost", 3, __FILE__, __LINE__, "client turned away: no file descriptor is left");
+  }
+  return error;
+}
+
+}  // namespace host

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "remote/JsonCodec.h"
+#include "remote/MessagePackCodec.h"
+
+namespace host {
+
+inline constexpr std::string_view kDefaultCodec = "msgpack";
+
+// The codecs of the host by name. Immutable. Thread: any.
+class CodecTable {
+ public:
+  // Null for a name nobody knows. Owned by the table.
+  [[nodiscard]] MessageCodec* find(std::string_view name);
+
+  [[nodiscard]] static std::vector<std::string> names();
+
+ private:
+  MessagePackCodec m_messagePack;
+  JsonCodec m_json;
+};
+
+}  // namespace host

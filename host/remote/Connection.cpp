@@ -1,0 +1,166 @@
+#include "remote/Connection.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <asio/post.hpp>
+#include <utility>
+
+#include "Logging.h"
+
+namespace host {
+namespace {
+
+// The process at the other end, for the log; 0 when the system does not tell.
+long processAt(int socket) {
+  ucred credentials{};
+  socklen_t size = sizeof credentials;
+  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return 0;
+  return credentials.pid;
+}
+
+}  // namespace
+
+Connection::Connection(Socket socket, std::uint64_t number, Listener& listener,
+                       std::chrono::milliseconds limit)
+    : m_socket(std::move(socket)),
+      m_timer(m_socket.get_executor()),
+      m_number(number),
+      m_listener(listener),
+      m_limit(limit) {}
+
+void Connection::open() {
+  const auto attention = [loop = m_socket.get_executor(), weak = weak_from_this()] {
+    asio::post(loop, [weak] {
+      if (const auto self = weak.lock()) self->attend();
+    });
+  };
+  m_peer = std::make_shared<Peer>("client-" + std::to_string(m_number), m_socket.native_handle(),
+                                  attention);
+  read();
+}
+
+void Connection::read() {
+  const auto space = m_reader.space();
+  m_socket.async_read_some(asio::buffer(space.data(), space.size()),
+                           [self = shared_from_this()](const auto& error, std::size_t bytes) {
+                             self->onRead(static_cast<bool>(error), bytes);
+                           });
+}
+
+void Connection::onRead(bool failed, std::size_t bytes) {
+  if (m_closed) return;
+  if (failed) return onEnd();
+  m_reader.commit(bytes);
+  if (!handleFrames()) return;
+  if (m_reader.midFrame()) watch();
+  read();
+}
+
+bool Connection::handleFrames() {
+  Frame frame;
+  for (;;) {
+    switch (m_reader.next(frame)) {
+      case FrameReader::Outcome::needMore:
+        return true;
+      case FrameReader::Outcome::broken:
+        drop(m_reader.fault());
+        return false;
+      case FrameReader::Outcome::frame:
+        if (const auto fault = m_listener.frame(*this, frame)) {
+          drop(*fault);
+          return false;
+        }
+        ++m_frames;
+    }
+  }
+}
+
+void Connection::onEnd() {
+  if (m_reader.midFrame()) return drop("hung up in the middle of a frame");
+  m_ending = true;
+  m_peer->hangUp();
+  m_listener.hungUp(*this);
+  if (!otherSideIsOpen()) return close();
+  watch();
+  finishWhenAnswered();
+}
+
+// A client that only ended its sending side still reads; one that closed its socket does not.
+bool Connection::otherSideIsOpen() {
+  pollfd asked{m_socket.native_handle(), 0, 0};
+  return ::poll(&asked, 1, 0) == 0;
+}
+
+void Connection::finishWhenAnswered() {
+  if (m_peer->outbox().idle() && !m_peer->hasOpenLines()) close();
+}
+
+void Connection::drop(const std::string& why) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "client %llu (process %ld) dropped: %s",
+            static_cast<unsigned long long>(m_number), processAt(m_socket.native_handle()),
+            why.c_str());
+  close();
+}
+
+void Connection::close() {
+  if (std::exchange(m_closed, true)) return;
+  const auto self = shared_from_this();
+  m_peer->outbox().close();
+  if (!std::exchange(m_ending, true)) {
+    m_peer->hangUp();
+    m_listener.hungUp(*this);
+  }
+  m_timer.cancel();
+  asio::error_code ignored;
+  m_socket.close(ignored);
+  m_listener.closed(*this);
+}
+
+void Connection::attend() {
+  if (m_closed) return;
+  switch (m_peer->outbox().state()) {
+    case Outbox::State::open:
+      break;
+    case Outbox::State::overflown:
+      return drop("does not read what is sent to it");
+    default:
+      // Nothing reaches the client any more, but what it had sent before is still to be read.
+      if (m_ending) close();
+      return;
+  }
+  if (!m_peer->outbox().idle()) return waitForRoom();
+  if (m_ending) finishWhenAnswered();
+}
+
+void Connection::waitForRoom() {
+  if (std::exchange(m_waitingForRoom, true)) return;
+  m_socket.async_wait(Socket::wait_write, [self = shared_from_this()](const auto&) {
+    self->m_waitingForRoom = false;
+    if (self->m_closed) return;
+    static_cast<void>(self->m_peer->outbox().flush());
+    self->attend();
+  });
+}
+
+// Once for a run of unfinished frames, not for each: the timer looks at what has come meanwhile.
+void Connection::watch() {
+  if (std::exchange(m_watching, true)) return;
+  m_framesBeforeWatch = m_frames;
+  m_timer.expires_after(m_limit);
+  m_timer.async_wait([weak = weak_from_this()](const auto& error) {
+    if (error) return;
+    if (const auto self = weak.lock()) self->onTime();
+  });
+}
+
+void Connection::onTime() {
+  m_watching = false;
+  if (m_closed) return;
+  if (m_ending) return close();  // its last answers are not ready, or it does not read them
+  if (!m_reader.midFrame()) return;
+  if (m_frames == m_framesBeforeWatch) return drop("did not finish a frame");
+  watch();
+}
+
+}  // namespace host

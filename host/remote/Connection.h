@@ -1,0 +1,82 @@
+#pragma once
+
+#include <asio/local/stream_protocol.hpp>
+#include <asio/steady_timer.hpp>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "remote/Frame.h"
+#include "remote/Peer.h"
+
+namespace host {
+
+// One client's socket on the loop: reads frames, lets the peer's outbox write, notices the end.
+// Owner: the server, until closed(). Thread: the loop's. Failure: whatever the client does wrong,
+// or does not do in time, ends this connection with one log line.
+class Connection : public std::enable_shared_from_this<Connection> {
+ public:
+  using Socket = asio::local::stream_protocol::socket;
+
+  // What is done with what comes. Outlives every connection that is not closed.
+  class Listener {
+   public:
+    // Handles one frame. A text: what the client did wrong; it is then dropped.
+    virtual std::optional<std::string> frame(Connection& from, const Frame& frame) = 0;
+
+    // The client says no more, and its registrations can be taken back. Once.
+    virtual void hungUp(Connection& from) = 0;
+
+    // Nothing more comes from here. Once, last.
+    virtual void closed(Connection& from) = 0;
+
+   protected:
+    ~Listener() = default;
+  };
+
+  Connection(Socket socket, std::uint64_t number, Listener& listener,
+             std::chrono::milliseconds limit);
+
+  // Begins to read.
+  void open();
+
+  // Hangs up, without a log line.
+  void close();
+
+  [[nodiscard]] Peer& peer() { return *m_peer; }
+  [[nodiscard]] const std::shared_ptr<Peer>& sharedPeer() const { return m_peer; }
+  [[nodiscard]] std::uint64_t number() const { return m_number; }
+  [[nodiscard]] bool heard() const { return m_frames > 0; }  // a frame came before this one
+
+ private:
+  void read();
+  void onRead(bool failed, std::size_t bytes);
+  [[nodiscard]] bool handleFrames();
+  void onEnd();
+  void drop(const std::string& why);
+  void attend();
+  void waitForRoom();
+  void finishWhenAnswered();
+  [[nodiscard]] bool otherSideIsOpen();
+  void watch();
+  void onTime();
+
+  Socket m_socket;
+  asio::steady_timer m_timer;
+  const std::uint64_t m_number;
+  Listener& m_listener;
+  const std::chrono::milliseconds m_limit;
+  std::shared_ptr<Peer> m_peer;
+  FrameReader m_reader;
+  std::uint64_t m_frames = 0;
+  std::uint64_t m_framesBeforeWatch = 0;
+  bool m_watching = false;
+  bool m_waitingForRoom = false;
+  bool m_ending = false;  // the client ended its sending side
+  bool m_closed = false;
+};
+
+}  // namespace host

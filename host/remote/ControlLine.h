@@ -1,0 +1,37 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+#include "remote/ControlChannel.h"
+#include "remote/Frame.h"
+
+namespace host {
+
+class Peer;
+
+// The control channel of one request of a connected client. As long as it lives, the connection of
+// a client that only ended its sending side is kept for the answer. Owner: who answers. Thread: as
+// ControlChannel.
+class ControlLine : public ControlChannel {
+ public:
+  ControlLine(std::shared_ptr<Peer> peer, std::uint32_t id);
+  ~ControlLine() override;
+
+  bool reply(std::string_view json) override;
+  bool item(std::string_view json) override;
+  void onGone(std::function<void()> gone) override;
+
+  // The client has hung up. Thread: the loop's.
+  void tellGone();
+
+ private:
+  const std::shared_ptr<Peer> m_peer;
+  const std::uint32_t m_id;
+  std::atomic<bool> m_replied = false;
+  std::function<void()> m_gone;  // the loop's alone
+};
+
+}  // namespace host

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+// What travels between the host and its clients on a stream socket. On the wire, numbers
+// big-endian:
+//   u32 length of what follows | u8 kind | u32 id | payload
+enum class FrameKind : std::uint8_t {
+  hello = 0,           // from a client, first or never; payload: the codec's name
+  call = 1,            // from a client; payload: an encoded Method
+  reply = 2,           // to a client; the id of its call
+  event = 3,           // to a client; id 0
+  controlRequest = 4,  // from a client; payload: JSON text
+  controlReply = 5,    // to a client; the id of its request; JSON text
+  controlItem = 6      // to a client; one of many under the id of its request; JSON text
+};
+
+inline constexpr std::size_t kFrameHeaderSize = 9;               // bytes before the payload
+inline constexpr std::size_t kMaxFrameLength = 1024 * 1024;      // of what follows the length
+inline constexpr std::size_t kMaxPayload = kMaxFrameLength - 5;  // less kind and id
+
+struct Frame {
+  FrameKind kind = FrameKind::hello;
+  std::uint32_t id = 0;
+  std::string_view payload;
+};
+
+// The bytes before a payload of that many bytes. REQUIRES: payload <= kMaxPayload.
+[[nodiscard]] std::array<char, kFrameHeaderSize> frameHeader(FrameKind kind, std::uint32_t id,
+                                                             std::size_t payload);
+
+// A whole frame. REQUIRES: frame.payload.size() <= kMaxPayload.
+[[nodiscard]] std::string encodeFrame(const Frame& frame);
+
+// Cuts a stream of bytes into frames. Memory grows with the bytes that came, never with a length
+// that was announced. Owner: one end of a connection. Thread: one at a time.
+// Failure: a stream that broke the rules stays broken; fault() says how.
+class FrameReader {
+ public:
+  enum class Outcome { frame, needMore, broken };
+
+  FrameReader();
+
+  // Where the next bytes may be put: at least one. Ends the life of payloads given out before.
+  [[nodiscard]] std::span<char> space();
+
+  // `bytes` of space() are filled now.
+  void commit(std::size_t bytes);
+
+  // Takes the next whole frame out. The payload is valid until the next space().
+  [[nodiscard]] Outcome next(Frame& frame);
+
+  // True when a frame has begun and not ended.
+  [[nodiscard]] bool midFrame() const { return m_begin != m_end; }
+
+  // One line for people, empty while the stream is whole.
+  [[nodiscard]] const std::string& fault() const { return m_fault; }
+
+ private:
+  Outcome refuse(std::string fault);
+  void makeRoom();
+
+  std::vector<char> m_buffer;
+  std::size_t m_begin = 0;  // of what was not taken out yet
+  std::size_t m_end = 0;
+  std::string m_fault;
+};
+
+}  // namespace host

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <string_view>
+
+#include "remote/Descriptor.h"
+#include "remote/Frame.h"
+#include "runtime/Error.h"
+
+namespace host {
+
+// Nobody listens at the socket.
+struct NoHost : Error {
+  using Error::Error;
+};
+
+// The host hung up, or what came from it is no frame.
+struct HostGone : Error {
+  using Error::Error;
+};
+
+// The client's end of a connection: whole frames with time limits. Needs nothing but libc.
+// Owner: its creator. Thread: one at a time. Failure: NoHost from the constructor, HostGone later.
+class FrameSocket {
+ public:
+  using Deadline = std::chrono::steady_clock::time_point;
+
+  explicit FrameSocket(const std::filesystem::path& socket);
+
+  // Sends one frame, waiting while the host does not read: up to ten seconds, then HostGone.
+  void send(const Frame& frame);
+
+  // Waits for the next frame; the payload is valid until the next call. False at the deadline.
+  [[nodiscard]] bool receive(Frame& frame, Deadline deadline);
+
+  // Nothing more will be sent; the host ends the connection when it has handled what was.
+  void finishSending();
+
+  [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
+
+ private:
+  void fill();
+
+  Descriptor m_descriptor;
+  FrameReader m_reader;
+};
+
+}  // namespace host

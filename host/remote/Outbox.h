@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <string>
+
+#include "remote/Frame.h"
+
+namespace host {
+
+// The sending side of one client's socket: straight to the socket while it takes all, then queued.
+// Frames keep the order in which send() was called. Never blocks, never logs.
+// Owner: the client's Peer. Thread: send and ring any; flush and close the loop's.
+// Failure: a socket that fails, or a client that leaves more than kMaxQueued bytes unread, ends it;
+// state() says which, and every later send is refused.
+class Outbox {
+ public:
+  static constexpr std::size_t kMaxQueued = 1024 * 1024;
+
+  enum class State { open, overflown, broken, closed };
+
+  // `attention` asks the loop to look at the outbox. Called on any thread, under the lock, so it
+  // may do no more than post; never after close(). The socket outlives the time until close().
+  Outbox(int socket, std::function<void()> attention);
+
+  // False when the frame will not reach the client.
+  bool send(const Frame& frame);
+
+  // Asks for attention.
+  void ring();
+
+  // Sends what is queued, as far as the socket takes it. False when something is left.
+  bool flush();
+
+  // The socket is not touched from here on.
+  void close();
+
+  [[nodiscard]] State state() const;
+  [[nodiscard]] bool idle() const;  // nothing is queued
+
+ private:
+  std::size_t transmit(const char* header, std::size_t headerSize, std::string_view payload);
+  void end(State state);
+
+  mutable std::mutex m_mutex;  // guards everything below
+  const int m_socket;
+  std::function<void()> m_attention;
+  State m_state = State::open;
+  std::string m_queued;  // not empty: the loop waits until the socket can be written
+};
+
+}  // namespace host

@@ -1,0 +1,63 @@
+#include "remote/Peer.h"
+
+#include <algorithm>
+#include <sstream>
+#include <utility>
+
+#include "MessageCodec.h"
+#include "Proxy.h"
+#include "remote/ControlLine.h"
+
+namespace host {
+
+Peer::Peer(std::string address, int socket, std::function<void()> attention)
+    : m_address(std::move(address)), m_outbox(socket, std::move(attention)) {}
+
+Peer::~Peer() = default;
+
+void Peer::setCodec(std::string name, MessageCodec& codec) {
+  m_codecName = std::move(name);
+  m_codec = &codec;
+}
+
+bool Peer::sendMethod(Method& method) {
+  if (m_gone) return false;
+  std::stringstream stream;
+  m_codec->encode(method, stream);
+  return m_outbox.send({FrameKind::event, 0, stream.view()});
+}
+
+Proxy* Peer::proxy(const std::function<Proxy*()>& make) {
+  const std::lock_guard lock(m_proxyMutex);
+  if (!m_proxy && !m_gone) {
+    m_proxy.reset(make());
+    if (m_proxy) m_proxy->initProxy(*this);
+  }
+  return m_proxy.get();
+}
+
+bool Peer::hasProxy() const {
+  const std::lock_guard lock(m_proxyMutex);
+  return m_proxy != nullptr;
+}
+
+void Peer::freeProxy() {
+  const std::lock_guard lock(m_proxyMutex);
+  m_proxy.reset();
+}
+
+std::shared_ptr<ControlChannel> Peer::openLine(std::uint32_t id) {
+  std::erase_if(m_lines, [](const auto& line) { return line.expired(); });
+  auto line = std::make_shared<ControlLine>(shared_from_this(), id);
+  m_lines.push_back(line);
+  return line;
+}
+
+void Peer::hangUp() {
+  m_gone = true;
+  for (const auto& held : std::exchange(m_lines, {})) {
+    if (const auto line = held.lock()) line->tellGone();
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "ProxyRequest.h"
+#include "remote/ControlChannel.h"
+#include "remote/Outbox.h"
+
+class MessageCodec;
+class Proxy;
+
+namespace host {
+
+class ControlLine;
+
+// One client as the framework knows it: an address, a codec, a way to send, and the observer proxy
+// that stands for it in the service. Owner: shared by its connection and the requests that are
+// still to be answered. Thread: the loop's, except sendMethod, outbox, proxy and what is constant.
+class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer> {
+ public:
+  Peer(std::string address, int socket, std::function<void()> attention);
+  ~Peer();
+  Peer(const Peer&) = delete;
+  Peer& operator=(const Peer&) = delete;
+
+  [[nodiscard]] const std::string& address() const { return m_address; }
+
+  // Chosen before the first call, and not changed later.
+  void setCodec(std::string name, MessageCodec& codec);
+  [[nodiscard]] const std::string& codecName() const { return m_codecName; }
+
+  [[nodiscard]] Outbox& outbox() { return m_outbox; }
+
+  // An event for the client. False when it has hung up or does not read.
+  bool sendMethod(Method& method) override;
+
+  // The proxy towards this client, made when there is none yet. Null when it cannot be made, and
+  // for a client that has hung up without ever having had one.
+  [[nodiscard]] Proxy* proxy(const std::function<Proxy*()>& make);
+  [[nodiscard]] bool hasProxy() const;
+  void freeProxy();
+
+  // A control request's way back.
+  [[nodiscard]] std::shared_ptr<ControlChannel> openLine(std::uint32_t id);
+  [[nodiscard]] bool hasOpenLines() const { return m_openLines != 0; }
+
+  // The client says no more and hears no events; open lines are told. Once.
+  void hangUp();
+  [[nodiscard]] bool gone() const { return m_gone; }
+
+ private:
+  friend class ControlLine;
+
+  const std::string m_address;
+  std::string m_codecName;
+  MessageCodec* m_codec = nullptr;
+  Outbox m_outbox;
+  std::atomic<bool> m_gone = false;
+  std::atomic<std::size_t> m_openLines = 0;
+  std::vector<std::weak_ptr<ControlLine>> m_lines;  // the loop's alone
+  mutable std::mutex m_proxyMutex;
+  std::unique_ptr<Proxy> m_proxy;
+};
+
+}  // namespace host

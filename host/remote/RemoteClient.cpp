@@ -1,0 +1,139 @@
+#include "remote/RemoteClient.h"
+
+#include <sstream>
+
+namespace host {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+MessageCodec& knownCodec(CodecTable& table, const std::string& name) {
+  if (MessageCodec* const codec = table.find(name)) return *codec;
+  throw Error("unknown codec " + name);
+}
+
+}  // namespace
+
+RemoteClient::RemoteClient(const std::filesystem::path& socket)
+    : RemoteClient(socket, std::string(kDefaultCodec)) {}
+
+RemoteClient::RemoteClient(const std::filesystem::path& socket, const std::string& codec)
+    : m_codec(&knownCodec(m_codecs, codec)), m_socket(socket) {
+  if (codec != kDefaultCodec) m_socket.send({FrameKind::hello, 0, codec});
+}
+
+std::optional<Method> RemoteClient::call(Method& method, Limit limit) {
+  const Deadline deadline = Clock::now() + limit;
+  m_reply.reset();
+  m_awaited = sendMethod(method);
+  while (!m_reply) {
+    if (!receive(deadline)) break;
+  }
+  m_awaited = 0;
+  return std::exchange(m_reply, std::nullopt);
+}
+
+void RemoteClient::post(Method& method) {
+  sendMethod(method);
+}
+
+bool RemoteClient::barrier(Limit limit) {
+  const Deadline deadline = Clock::now() + limit;
+  m_socket.finishSending();
+  try {
+    while (receive(deadline)) continue;
+  } catch (const HostGone&) {
+    return true;  // the host has handled all that came and hung up in turn
+  }
+  return false;
+}
+
+std::optional<Method> RemoteClient::nextEvent(Limit limit) {
+  const Deadline deadline = Clock::now() + limit;
+  while (m_events.empty()) {
+    if (!receive(deadline)) return std::nullopt;
+  }
+  Method event = m_events.front();
+  m_events.pop_front();
+  return event;
+}
+
+std::optional<std::string> RemoteClient::control(const std::string& json, Limit limit) {
+  const Deadline deadline = Clock::now() + limit;
+  const std::uint32_t id = startControl(json);
+  for (;;) {
+    const auto left = std::chrono::ceil<Limit>(deadline - Clock::now());
+    const auto answer = nextAnswer(id, std::max(left, Limit::zero()));
+    if (!answer) break;
+    if (answer->last) return answer->json;
+  }
+  m_answers.erase(id);  // what comes later has nobody to go to
+  return std::nullopt;
+}
+
+std::uint32_t RemoteClient::startControl(const std::string& json) {
+  const std::uint32_t id = send(FrameKind::controlRequest, json);
+  m_answers[id];
+  return id;
+}
+
+std::optional<ControlAnswer> RemoteClient::nextAnswer(std::uint32_t id, Limit limit) {
+  const Deadline deadline = Clock::now() + limit;
+  const auto found = m_answers.find(id);
+  if (found == m_answers.end()) return std::nullopt;
+  while (found->second.empty()) {
+    if (!receive(deadline)) return std::nullopt;
+  }
+  ControlAnswer answer = std::move(found->second.front());
+  found->second.pop_front();
+  if (answer.last) m_answers.erase(found);
+  return answer;
+}
+
+std::uint32_t RemoteClient::send(FrameKind kind, std::string_view payload) {
+  if (payload.size() > kMaxPayload) throw Error("a request of more than 1 MiB");
+  m_socket.send({kind, ++m_lastId, payload});
+  return m_lastId;
+}
+
+std::uint32_t RemoteClient::sendMethod(Method& method) {
+  std::stringstream stream;
+  m_codec->encode(method, stream);
+  return send(FrameKind::call, stream.view());
+}
+
+bool RemoteClient::receive(Deadline deadline) {
+  Frame frame;
+  if (!m_socket.receive(frame, deadline)) return false;
+  sort(frame);
+  return true;
+}
+
+void RemoteClient::sort(const Frame& frame) {
+  switch (frame.kind) {
+    case FrameKind::reply:
+      if (frame.id == m_awaited) m_reply = decode(frame.payload);
+      return;
+    case FrameKind::event:
+      m_events.push_back(decode(frame.payload));
+      return;
+    case FrameKind::controlReply:
+    case FrameKind::controlItem:
+      if (const auto found = m_answers.find(frame.id); found != m_answers.end()) {
+        const bool last = frame.kind == FrameKind::controlReply;
+        found->second.push_back({last, std::string(frame.payload)});
+      }
+      return;
+    default:
+      throw HostGone("what answers is no host: a frame that only clients send");
+  }
+}
+
+Method RemoteClient::decode(std::string_view payload) {
+  std::stringstream stream{std::string(payload)};
+  Method method;
+  if (!m_codec->decode(stream, method)) throw HostGone("what answers is no host: no method");
+  return method;
+}
+
+}  // namespace host

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "Method.h"
+#include "remote/CodecTable.h"
+#include "remote/FrameSocket.h"
+
+namespace host {
+
+// A host's answer to a control request.
+struct ControlAnswer {
+  bool last;         // the reply, after which nothing comes; else one item of a stream
+  std::string json;  // as it came
+};
+
+// A client of a running host. Owner: its creator. Thread: one at a time; waits block it, up to
+// their limit. Failure: NoHost from the constructor when nobody listens; HostGone from any
+// operation when the host has hung up or sent what is no frame; an empty optional when the limit
+// has passed.
+class RemoteClient {
+ public:
+  using Limit = std::chrono::milliseconds;
+
+  explicit RemoteClient(const std::filesystem::path& socket);  // the default codec
+  RemoteClient(const std::filesystem::path& socket, const std::string& codec);
+
+  // Sends a call and waits for its reply. Events that come in between are kept.
+  [[nodiscard]] std::optional<Method> call(Method& method, Limit limit);
+
+  // Sends a call that has no reply.
+  void post(Method& method);
+
+  // Ends the sending side and waits until the host has handled all that was sent. False when the
+  // limit has passed. Nothing can be sent afterwards; what the host still said is kept.
+  [[nodiscard]] bool barrier(Limit limit);
+
+  // The next event, in the order of sending.
+  [[nodiscard]] std::optional<Method> nextEvent(Limit limit);
+
+  // Sends a control request and waits for its reply; items ahead of it are dropped.
+  [[nodiscard]] std::optional<std::string> control(const std::string& json, Limit limit);
+
+  // The same with a stream of items: the id to ask nextAnswer for.
+  [[nodiscard]] std::uint32_t startControl(const std::string& json);
+  [[nodiscard]] std::optional<ControlAnswer> nextAnswer(std::uint32_t id, Limit limit);
+
+  // To be polled for reading, beside other things; what came may already be kept, so ask with a
+  // limit of 0 first.
+  [[nodiscard]] int descriptor() const { return m_socket.descriptor(); }
+
+ private:
+  using Deadline = FrameSocket::Deadline;
+
+  std::uint32_t send(FrameKind kind, std::string_view payload);
+  std::uint32_t sendMethod(Method& method);
+  [[nodiscard]] bool receive(Deadline deadline);
+  void sort(const Frame& frame);
+  [[nodiscard]] Method decode(std::string_view payload);
+
+  CodecTable m_codecs;
+  MessageCodec* m_codec;
+  FrameSocket m_socket;
+  std::uint32_t m_lastId = 0;
+  std::uint32_t m_awaited = 0;  // the call whose reply is waited for; other replies came too late
+  std::optional<Method> m_reply;
+  std::deque<Method> m_events;
+  std::map<std::uint32_t, std::deque<ControlAnswer>> m_answers;  // by request, until their last
+};
+
+}  // namespace host

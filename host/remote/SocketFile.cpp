@@ -1,0 +1,96 @@
+#include "remote/SocketFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "remote/SocketAddress.h"
+#include "runtime/Error.h"
+
+namespace host {
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+
+Error failure(const std::filesystem::path& file, const char* what) {
+  return Error("socket " + file.string() + ": " + what + ": " + std::strerror(errno));
+}
+
+Descriptor newSocket(const std::filesystem::path& file) {
+  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!socket.valid()) throw failure(file, "cannot create it");
+  return socket;
+}
+
+// Held while it is found out whether the file is in use and the file is replaced. A lock file would
+// stay behind; the folder is there anyway. Best effort: a folder that cannot be locked is no reason
+// not to start.
+Descriptor lockFolder(const std::filesystem::path& folder) {
+  Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.valid()) static_cast<void>(::flock(descriptor.get(), LOCK_EX));
+  return descriptor;
+}
+
+std::filesystem::path folderOf(const std::filesystem::path& file) {
+  return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
+}
+
+void makeFolder(const std::filesystem::path& folder) {
+  std::error_code error;
+  if (!std::filesystem::create_directories(folder, error)) return;
+  std::filesystem::permissions(folder, std::filesystem::perms::owner_all, error);
+}
+
+}  // namespace
+
+SocketFile::SocketFile(std::filesystem::path file) : m_file(std::move(file)) {
+  const std::filesystem::path folder = folderOf(m_file);
+  makeFolder(folder);
+  const Descriptor lock = lockFolder(folder);
+  refuseIfTaken();
+  listen();
+}
+
+SocketFile::~SocketFile() {
+  struct stat found {};
+  if (::lstat(m_file.c_str(), &found) != 0) return;
+  if (found.st_dev == m_device && found.st_ino == m_inode) ::unlink(m_file.c_str());
+}
+
+void SocketFile::refuseIfTaken() const {
+  struct stat found {};
+  if (::lstat(m_file.c_str(), &found) != 0) return;
+  if (!S_ISSOCK(found.st_mode)) {
+    throw Error("socket " + m_file.string() + ": there is a file that is no socket");
+  }
+  const Descriptor probe = newSocket(m_file);
+  const SocketAddress address(m_file);
+  if (::connect(probe.get(), address.get(), address.size()) == 0 || errno == EAGAIN) {
+    throw Error("socket " + m_file.string() + " is in use by a running host");
+  }
+  if (errno != ECONNREFUSED) throw failure(m_file, "cannot find out whether a host runs there");
+  if (::unlink(m_file.c_str()) != 0) throw failure(m_file, "cannot remove the stale one");
+}
+
+void SocketFile::listen() {
+  m_listener = newSocket(m_file);
+  const SocketAddress address(m_file);
+  // The mode of the socket is what bind gives to the file, so there is no moment with a wider one.
+  if (::fchmod(m_listener.get(), kOwnerOnly) != 0 ||
+      ::bind(m_listener.get(), address.get(), address.size()) != 0) {
+    throw failure(m_file, "cannot bind it");
+  }
+  struct stat made {};
+  if (::lstat(m_file.c_str(), &made) == 0) {
+    m_device = made.st_dev;
+    m_inode = made.st_ino;
+  }
+  if (::listen(m_listener.get(), SOMAXCONN) != 0) throw failure(m_file, "cannot listen at it");
+}
+
+}  // namespace host

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+
+#include "remote/Descriptor.h"
+
+namespace host {
+
+// A listening Unix stream socket and its file, mode 0600.
+// Owner: the server. Thread: one. The destructor removes the file, if it is still this one.
+// Failure: host::Error from the constructor, naming the file; a live host's socket is left alone.
+class SocketFile {
+ public:
+  // Creates missing folders (0700) and replaces a socket that nobody listens at. Two hosts that
+  // start at once do not both get it.
+  explicit SocketFile(std::filesystem::path file);
+  ~SocketFile();
+  SocketFile(const SocketFile&) = delete;
+  SocketFile& operator=(const SocketFile&) = delete;
+
+  [[nodiscard]] int descriptor() const { return m_listener.get(); }
+
+ private:
+  void refuseIfTaken() const;
+  void listen();
+
+  std::filesystem::path m_file;
+  Descriptor m_listener;
+  dev_t m_device = 0;
+  ino_t m_inode = 0;
+};
+
+}  // namespace host

@@ -1,0 +1,58 @@
+#include "remote/TakeBack.h"
+
+#include <exception>
+#include <optional>
+#include <sstream>
+
+#include "Invoker.h"
+#include "InvokerResponse.h"
+#include "Method.h"
+#include "remote/CodecTable.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kRequest = "unobserveTimeEvents";
+constexpr const char* kResult = "unobserveTimeEventsReturn";
+
+// Stands in for the peer that is gone, and reads the answer in its place.
+class Answer : public InvokerResponse {
+ public:
+  Answer(const std::string& address, std::optional<bool>& removed)
+      : m_address(address), m_codec(kDefaultCodec), m_removed(removed) {}
+
+  const char* getCodecName() override { return m_codec.c_str(); }
+  const char* getReplyAddress() override { return m_address.c_str(); }
+  void sendReply(const char* data, int length) override {
+    std::stringstream stream(std::string(data, static_cast<std::size_t>(length)));
+    Method reply;
+    bool removed = false;
+    if (!MessagePackCodec().decode(stream, reply)) return;
+    if (reply.getBoolParameter(kResult, removed, Parameter::out)) m_removed = removed;
+  }
+
+ private:
+  const std::string m_address;
+  const std::string m_codec;
+  std::optional<bool>& m_removed;
+};
+
+}  // namespace
+
+bool takeBack(const RemoteTarget& target, const std::string& address) try {
+  Method method(kRequest, Method::call);
+  std::stringstream stream;
+  MessagePackCodec().encode(method, stream);
+  const std::string request = stream.str();
+  std::optional<bool> removed = true;
+  while (removed.value_or(false)) {
+    removed.reset();
+    target.invoker.handleMessage(&target.service, request.data(), static_cast<int>(request.size()),
+                                 new Answer(address, removed));
+  }
+  return removed.has_value();
+} catch (const std::exception&) {
+  return false;
+}
+
+}  // namespace host

@@ -1,0 +1,216 @@
+// A fault in one client costs that client, and one log line.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "host/remote/RawSocket.h"
+#include "host/remote/ServerUnderTest.h"
+#include "remote/RemoteClient.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+using namespace std::string_literals;
+
+std::string frame(FrameKind kind, std::string_view payload) {
+  return encodeFrame({kind, 1, payload});
+}
+
+// What the host logged, without the client's process number.
+std::vector<std::string> linesOf(const support::LogCapture& log) {
+  std::vector<std::string> lines;
+  for (const LogEntry& entry : log.entries()) {
+    if (entry.component != "clockhost") continue;
+    const std::size_t begin = entry.text.find(" (process ");
+    const std::size_t end = entry.text.find(')', begin);
+    lines.push_back(begin == std::string::npos
+                        ? entry.text
+                        : entry.text.substr(0, begin) + entry.text.substr(end + 1));
+  }
+  return lines;
+}
+
+void expectServed(RemoteClient& client) {
+  Method method("echo", Method::call);
+  method.addIntParameter("number", 5, Parameter::in);
+  EXPECT_TRUE(client.call(method, kLong));
+}
+
+struct Fault {
+  std::string bytes;
+  std::string line;
+};
+
+TEST(ClientFault, BytesThatAreNoFrameCostTheirClientAndOneLine) {
+  const Fault faults[] = {
+      {"hello, clock\r\n\r\n", "frame of 1751477356 bytes announced, 1048576 is the most"},
+      {"\x40\0\0\0"s, "frame of 1073741824 bytes announced, 1048576 is the most"},
+      {"\0\0\0\4....."s, "frame of 4 bytes"},
+      {"\0\0\0\5\x09\0\0\0\0"s, "frame of unknown kind 9"},
+      {frame(FrameKind::reply, ""), "frame of kind 2, which clients do not send"},
+      {frame(FrameKind::event, ""), "frame of kind 3, which clients do not send"},
+      {frame(FrameKind::controlReply, ""), "frame of kind 5, which clients do not send"},
+      {frame(FrameKind::controlItem, ""), "frame of kind 6, which clients do not send"},
+      {frame(FrameKind::hello, "cbor"), "unknown codec \"cbor\""},
+      {frame(FrameKind::hello, ""), "unknown codec \"\""},
+      {frame(FrameKind::call, "?") + frame(FrameKind::hello, "json"),
+       "codec chosen after the first frame"},
+      {frame(FrameKind::hello, "json") + frame(FrameKind::hello, "json"),
+       "codec chosen after the first frame"},
+      {frame(FrameKind::hello, "json") + frame(FrameKind::call, R"({"name":"fail"})"),
+       "its request failed: on purpose"},
+  };
+  ServerUnderTest server;
+  RemoteClient neighbour(server.socket);
+  int number = 1;
+  for (const Fault& fault : faults) {
+    SCOPED_TRACE(fault.line);
+    const support::LogCapture log(4);
+    RawSocket client(server.socket);
+    client.send(fault.bytes);
+    EXPECT_TRUE(client.isHungUp(kLong));
+    expectServed(neighbour);
+    EXPECT_EQ(linesOf(log),
+              std::vector{"client " + std::to_string(++number) + " dropped: " + fault.line});
+  }
+  EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 0; }));
+}
+
+TEST(ClientFault, LongNameOfACodecIsCutInTheLog) {
+  ServerUnderTest server;
+  const support::LogCapture log(4);
+  RawSocket client(server.socket);
+  client.send(frame(FrameKind::hello, std::string(100000, 'n')));
+  EXPECT_TRUE(client.isHungUp(kLong));
+  EXPECT_EQ(linesOf(log),
+            std::vector{"client 1 dropped: unknown codec \"" + std::string(40, 'n') + "\""});
+}
+
+TEST(ClientFault, HangingUpInTheMiddleOfAFrameIsOneLineAndBetweenFramesIsNone) {
+  ServerUnderTest server;
+  const support::LogCapture log(4);
+  const std::string whole = frame(FrameKind::call, "undecodable");
+  for (std::size_t sent = 0; sent <= whole.size(); ++sent) {
+    RawSocket(server.socket).send(whole.substr(0, sent));
+  }
+  EXPECT_TRUE(server.becomes([&] { return linesOf(log).size() >= whole.size() - 1; }));
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+  const auto lines = linesOf(log);
+  EXPECT_EQ(lines.size(), whole.size() - 1);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_NE(lines[i].find("dropped: hung up in the middle of a frame"), std::string::npos);
+  }
+}
+
+TEST(ClientFault, HalfAFrameAndThenSilenceIsDroppedAfterItsTime) {
+  RemoteServer::Limits limits;
+  limits.unfinished = std::chrono::milliseconds(20);
+  ServerUnderTest server({}, limits);
+  const support::LogCapture log(4);
+  RawSocket idle(server.socket);
+  RawSocket half(server.socket);
+  half.send(frame(FrameKind::call, "undecodable").substr(0, 10));
+  EXPECT_TRUE(half.isHungUp(kLong));
+  EXPECT_EQ(linesOf(log), std::vector{"client 2 dropped: did not finish a frame"s});
+  EXPECT_EQ(server.clients(), 1U);
+}
+
+TEST(ClientFault, AStreamThatAlwaysStandsInTheMiddleOfAFrameIsNoFaultWhileItMoves) {
+  RemoteServer::Limits limits;
+  limits.unfinished = std::chrono::milliseconds(500);
+  ServerUnderTest server({}, limits);
+  const support::LogCapture log(4);
+  RawSocket client(server.socket);
+  const std::string whole = frame(FrameKind::call, "undecodable");
+  EXPECT_TRUE(client.send(whole.substr(0, 7)));
+  for (int i = 0; i < 24; ++i) {
+    EXPECT_TRUE(client.send(whole.substr(7) + whole.substr(0, 7)));
+    ASSERT_FALSE(client.isHungUp(std::chrono::milliseconds(50))) << log.text();
+  }
+  EXPECT_EQ(server.clients(), 1U);
+  EXPECT_TRUE(linesOf(log).empty()) << log.text();
+}
+
+TEST(ClientFault, AnObserverThatDoesNotReadIsDroppedAtTheBoundAndNobodyWaitsForIt) {
+  ServerUnderTest server;
+  const support::LogCapture log(4);
+  RemoteClient reading(server.socket);
+  RemoteClient stuck(server.socket);
+  Method observe("observeTimeEvents", Method::call);
+  ASSERT_TRUE(reading.call(observe, kLong));
+  ASSERT_TRUE(stuck.call(observe, kLong));
+  Method event("event", Method::call);
+  event.addStringParameter("text", std::string(1000, 'e'), Parameter::in);
+  int sent = 0;
+  while (server.device.notify(event) == 2 && ++sent < 100000) {
+    ASSERT_TRUE(reading.nextEvent(kLong));
+  }
+  EXPECT_GT(sent, 1000);
+  EXPECT_LT(sent, 10000);
+  EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 1; }));
+  EXPECT_EQ(linesOf(log), std::vector{"client 2 dropped: does not read what is sent to it"s});
+  expectServed(reading);
+}
+
+TEST(ClientFault, ACallerThatDoesNotReadItsRepliesIsDropped) {
+  ServerUnderTest server;
+  const support::LogCapture log(4);
+  RawSocket client(server.socket);
+  client.send(frame(FrameKind::hello, "json"));
+  const std::string call =
+      frame(FrameKind::call, R"({"name":"repeat","parameters":[{"name":"bytes","value":100000}]})");
+  for (int i = 0; i < 100 && client.send(call); ++i) continue;
+  EXPECT_TRUE(log.waitForPart("dropped"));
+  EXPECT_EQ(server.clients(), 0U);
+  EXPECT_EQ(linesOf(log), std::vector{"client 1 dropped: does not read what is sent to it"s});
+}
+
+TEST(ClientFault, AClientThatEndsItsSendingAndDoesNotReadIsLetGoAfterItsTime) {
+  RemoteServer::Limits limits;
+  limits.unfinished = std::chrono::milliseconds(20);
+  ServerUnderTest server({}, limits);
+  FrameSocket client(server.socket);
+  client.send({FrameKind::hello, 0, "json"});
+  client.send(
+      {FrameKind::call, 1, R"({"name":"repeat","parameters":[{"name":"bytes","value":1000000}]})"});
+  client.finishSending();
+  pollfd waited{client.descriptor(), 0, 0};
+  EXPECT_EQ(::poll(&waited, 1, static_cast<int>(kLong.count())), 1);
+  EXPECT_NE(waited.revents & POLLHUP, 0);
+}
+
+TEST(ClientFault, ClientsBeyondTheLastDescriptorAreTurnedAwayWithALineEach) {
+  ServerUnderTest server;
+  RemoteClient served(server.socket);
+  expectServed(served);
+  RawSocket turnedAway(server.socket);
+  ASSERT_TRUE(server.becomes([&] { return server.clients() == 2; }));
+  const support::LogCapture log(4);
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  Descriptor lowest(::dup(0));
+  // No socket can be made below the limit, so this one is, and connects later.
+  Descriptor late(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  rlimit none = before;
+  none.rlim_cur = static_cast<rlim_t>(lowest.get());
+  lowest.reset();
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+  const SocketAddress address(server.socket);
+  const int connected = ::connect(late.get(), address.get(), address.size());
+  const bool told = log.waitForPart("client turned away");
+  expectServed(served);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_EQ(connected, 0);
+  EXPECT_TRUE(told);
+  EXPECT_EQ(linesOf(log), std::vector{"client turned away: no file descriptor is left"s});
+  RemoteClient after(server.socket);
+  expectServed(after);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,177 @@
+// Control requests over the server's socket.
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "host/remote/ServerUnderTest.h"
+#include "remote/RemoteClient.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+// Keeps requests until the test answers them.
+class Desk {
+ public:
+  [[nodiscard]] ControlHandler handler() {
+    return [this](ControlRequest request) {
+      const std::lock_guard lock(m_mutex);
+      m_requests.push_back(std::move(request));
+    };
+  }
+  [[nodiscard]] std::size_t size() {
+    const std::lock_guard lock(m_mutex);
+    return m_requests.size();
+  }
+  [[nodiscard]] ControlRequest take() {
+    const std::lock_guard lock(m_mutex);
+    ControlRequest request = std::move(m_requests.front());
+    m_requests.erase(m_requests.begin());
+    return request;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::vector<ControlRequest> m_requests;
+};
+
+ControlHandler echo() {
+  return [](const ControlRequest& request) { request.channel->reply(request.text + "!"); };
+}
+
+TEST(Control, RequestGetsItsReply) {
+  ServerUnderTest server(echo());
+  RemoteClient client(server.socket);
+  EXPECT_EQ(client.control("{\"verb\":\"status\"}", kLong), "{\"verb\":\"status\"}!");
+  EXPECT_EQ(client.control("", kLong), "!");
+  EXPECT_EQ(client.control(std::string(kMaxPayload - 1, 'x'), kLong)->size(), kMaxPayload);
+}
+
+TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  RemoteClient client(server.socket);
+  const auto first = client.startControl("first");
+  const auto second = client.startControl("second");
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 2; }));
+  ControlRequest one = desk.take();
+  ControlRequest two = desk.take();
+  std::thread([&] {
+    EXPECT_TRUE(two.channel->reply("second done"));
+    EXPECT_TRUE(one.channel->item("1 of 2"));
+    EXPECT_TRUE(one.channel->item("2 of 2"));
+    EXPECT_TRUE(one.channel->reply("first done"));
+  }).join();
+  for (const char* const item : {"1 of 2", "2 of 2"}) {
+    const auto answer = client.nextAnswer(first, kLong);
+    ASSERT_TRUE(answer);
+    EXPECT_FALSE(answer->last);
+    EXPECT_EQ(answer->json, item);
+  }
+  const auto end = client.nextAnswer(first, kLong);
+  ASSERT_TRUE(end);
+  EXPECT_TRUE(end->last);
+  EXPECT_EQ(end->json, "first done");
+  EXPECT_EQ(client.nextAnswer(second, kLong)->json, "second done");
+  EXPECT_FALSE(client.nextAnswer(second, kLong)) << "after its last";
+}
+
+TEST(Control, HasOneReplyAndNoItemBehindIt) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  RemoteClient client(server.socket);
+  const auto id = client.startControl("?");
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+  const ControlRequest request = desk.take();
+  EXPECT_FALSE(request.channel->reply(std::string(kMaxPayload + 1, 'x')));
+  EXPECT_TRUE(request.channel->reply("once"));
+  EXPECT_FALSE(request.channel->reply("twice"));
+  EXPECT_FALSE(request.channel->item("late"));
+  EXPECT_EQ(client.nextAnswer(id, kLong)->json, "once");
+}
+
+TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  FrameSocket client(server.socket);
+  client.send({FrameKind::controlRequest, 3, "?"});
+  client.finishSending();
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+  std::thread([&] { EXPECT_TRUE(desk.take().channel->reply("late")); }).join();
+  Frame frame;
+  const auto deadline = std::chrono::steady_clock::now() + kLong;
+  ASSERT_TRUE(client.receive(frame, deadline));
+  EXPECT_EQ(frame.payload, "late");
+  EXPECT_THROW(static_cast<void>(client.receive(frame, deadline)), HostGone);
+}
+
+TEST(Control, RequestDroppedUnansweredEndsTheConnectionOfAClientThatWaitsForNothingElse) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  RemoteClient client(server.socket);
+  static_cast<void>(client.startControl("?"));
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+  static_cast<void>(desk.take());
+  EXPECT_TRUE(client.barrier(kLong));
+}
+
+TEST(Control, TellsOnTheLoopWhenTheClientIsGone) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  auto client = std::make_unique<RemoteClient>(server.socket);
+  static_cast<void>(client->startControl("follow"));
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+  ControlRequest request = desk.take();
+  int told = 0;
+  server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
+  EXPECT_TRUE(request.channel->item("still there"));
+  EXPECT_EQ(server.onLoop([&] { return told; }), 0);
+  client.reset();
+  EXPECT_TRUE(server.becomes([&] { return told == 1; }));
+  EXPECT_FALSE(request.channel->item("nobody"));
+  EXPECT_FALSE(request.channel->reply("nobody"));
+  server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
+  EXPECT_EQ(server.onLoop([&] { return told; }), 2) << "at once, as it is gone already";
+}
+
+TEST(Control, AnswersAfterTheServerHasStoppedAreRefused) {
+  Desk desk;
+  ControlRequest request;
+  {
+    ServerUnderTest server(desk.handler());
+    RemoteClient client(server.socket);
+    static_cast<void>(client.startControl("?"));
+    ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+    request = desk.take();
+  }
+  EXPECT_FALSE(request.channel->item("late"));
+  EXPECT_FALSE(request.channel->reply("late"));
+}
+
+TEST(Control, AFollowerThatDoesNotReadIsDroppedWithOneLine) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  const support::LogCapture log(4);
+  RemoteClient client(server.socket);
+  static_cast<void>(client.startControl("follow"));
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+  const ControlRequest request = desk.take();
+  int items = 0;
+  while (request.channel->item(std::string(1000, 'i')) && items < 100000) ++items;
+  EXPECT_LT(items, 10000);
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+}
+
+TEST(Control, HandlerThatThrowsCostsTheClient) {
+  ServerUnderTest server([](const ControlRequest&) { throw std::runtime_error("on purpose"); });
+  const support::LogCapture log(4);
+  RemoteClient client(server.socket);
+  EXPECT_THROW(static_cast<void>(client.control("?", kLong)), HostGone);
+  EXPECT_TRUE(log.hasPart("dropped: its request failed: on purpose")) << log.text();
+}
+
+}  // namespace
+}  // namespace host

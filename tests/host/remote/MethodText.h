@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "Method.h"
+
+namespace host {
+
+// All that a Method holds, for comparing and for messages of failed tests.
+inline std::string textOf(const Method& method) {
+  std::string text = method.getName() + '/' + std::to_string(method.getType());
+  for (const Parameter& parameter : method.getParameters()) {
+    text += ' ' + parameter.getName() + '/' + std::to_string(parameter.getDirection()) + '=';
+    switch (parameter.getType()) {
+      case Parameter::integer:
+        text += std::to_string(parameter.getInt());
+        break;
+      case Parameter::text:
+        text += '"' + parameter.getString() + '"';
+        break;
+      case Parameter::boolean:
+        text += parameter.getBool() ? "true" : "false";
+        break;
+    }
+  }
+  return text;
+}
+
+}  // namespace host

@@ -1,0 +1,128 @@
+// What a client makes of hosts that are not there, or are not hosts.
+#include "remote/RemoteClient.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <sstream>
+
+#include "host/remote/MethodText.h"
+#include "remote/SocketFile.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+using namespace std::string_literals;
+using Limit = RemoteClient::Limit;
+
+constexpr Limit kShort{10};
+constexpr Limit kLong{10'000};
+
+// A client whose host is played by the test.
+class ClientOfATest : public testing::Test {
+ protected:
+  ClientOfATest() : m_listener(m_folder / "socket"), m_client(m_folder / "socket") {
+    m_host.reset(::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC));
+  }
+
+  void say(const Frame& frame) { sayBytes(encodeFrame(frame)); }
+  void sayBytes(const std::string& bytes) {
+    EXPECT_EQ(::send(m_host.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(bytes.size()));
+  }
+  static std::string encoded(const char* name) {
+    Method method(name, Method::reply);
+    std::stringstream stream;
+    MessagePackCodec().encode(method, stream);
+    return stream.str();
+  }
+
+  support::TemporaryFolder m_folder;
+  SocketFile m_listener;
+  RemoteClient m_client;
+  Descriptor m_host;
+};
+
+TEST(RemoteClient, SaysThatNoHostIsThere) {
+  const support::TemporaryFolder folder;
+  const auto socket = folder / "socket";
+  try {
+    RemoteClient client(socket);
+    FAIL() << "connected";
+  } catch (const NoHost& error) {
+    EXPECT_EQ(error.what(), "no host at " + socket.string() + ": No such file or directory");
+  }
+}
+
+TEST(RemoteClient, RefusesACodecNobodyKnows) {
+  const support::TemporaryFolder folder;
+  EXPECT_THROW(RemoteClient(folder / "socket", "cbor"), Error);
+}
+
+TEST_F(ClientOfATest, GivesUpAtItsLimit) {
+  Method method("getTime", Method::call);
+  EXPECT_FALSE(m_client.call(method, kShort));
+  EXPECT_FALSE(m_client.nextEvent(kShort));
+  EXPECT_FALSE(m_client.control("{}", kShort));
+  EXPECT_FALSE(m_client.barrier(kShort));
+}
+
+TEST_F(ClientOfATest, DoesNotTakeALateReplyForTheNextOne) {
+  Method method("getTime", Method::call);
+  EXPECT_FALSE(m_client.call(method, kShort));
+  say({FrameKind::reply, 1, encoded("late")});
+  say({FrameKind::reply, 2, encoded("right")});
+  const auto reply = m_client.call(method, kLong);
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(reply->getName(), "right");
+}
+
+TEST_F(ClientOfATest, KeepsEventsThatComeBeforeAReply) {
+  say({FrameKind::event, 0, encoded("one")});
+  say({FrameKind::event, 0, encoded("two")});
+  say({FrameKind::reply, 1, encoded("reply")});
+  Method method("getTime", Method::call);
+  EXPECT_TRUE(m_client.call(method, kLong));
+  EXPECT_EQ(m_client.nextEvent(Limit(0))->getName(), "one");
+  EXPECT_EQ(m_client.nextEvent(Limit(0))->getName(), "two");
+  EXPECT_FALSE(m_client.nextEvent(Limit(0)));
+}
+
+TEST_F(ClientOfATest, ControlPassesItemsAndAnswersOfOthersOver) {
+  say({FrameKind::controlReply, 77, "of nobody"});
+  say({FrameKind::controlItem, 1, "item"});
+  say({FrameKind::controlReply, 1, "reply"});
+  EXPECT_EQ(m_client.control("{}", kLong), "reply");
+}
+
+TEST_F(ClientOfATest, TellsThatTheHostHungUp) {
+  m_host.reset();
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+  Method method("getTime", Method::call);
+  EXPECT_THROW(m_client.post(method), HostGone);
+}
+
+TEST_F(ClientOfATest, TellsThatWhatAnswersIsNoHost) {
+  sayBytes("HTTP/1.1 400 Bad Request\r\n");
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+}
+
+TEST_F(ClientOfATest, TellsThatAFrameIsNotAHosts) {
+  say({FrameKind::call, 1, encoded("getTime")});
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+}
+
+TEST_F(ClientOfATest, TellsThatAnEventIsNoMethod) {
+  say({FrameKind::event, 0, "nonsense"});
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+}
+
+TEST_F(ClientOfATest, RefusesToSendMoreThanAFrameHolds) {
+  Method method("m", Method::call);
+  method.addStringParameter("p", std::string(kMaxPayload, 'x'), Parameter::in);
+  EXPECT_THROW(m_client.post(method), Error);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,223 @@
+// Calls, events and control as a well-behaved client sees them.
+#include "remote/RemoteServer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "host/remote/MethodText.h"
+#include "host/remote/ServerUnderTest.h"
+#include "remote/RemoteClient.h"
+
+namespace host {
+namespace {
+
+Method echoOf(int number) {
+  Method method("echo", Method::call);
+  method.addIntParameter("number", number, Parameter::in);
+  return method;
+}
+
+std::string call(RemoteClient& client, Method method) {
+  const auto reply = client.call(method, kLong);
+  return reply ? textOf(*reply) : "no reply";
+}
+
+std::string call(RemoteClient& client, const char* name) {
+  return call(client, Method(name, Method::call));
+}
+
+TEST(RemoteServer, AnswersCallsInEachCodec) {
+  ServerUnderTest server;
+  for (const std::string& codec : CodecTable::names()) {
+    RemoteClient client(server.socket, codec);
+    EXPECT_EQ(call(client, echoOf(5)), "echo/1 number/1=5") << codec;
+    EXPECT_EQ(call(client, echoOf(-6)), "echo/1 number/1=-6") << codec;
+  }
+}
+
+TEST(RemoteServer, SendsNoReplyToAnUnknownMethod) {
+  ServerUnderTest server;
+  RemoteClient client(server.socket);
+  Method unknown("unknown", Method::call);
+  EXPECT_FALSE(client.call(unknown, std::chrono::milliseconds(20)));
+  EXPECT_EQ(call(client, echoOf(1)), "echo/1 number/1=1");
+}
+
+TEST(RemoteServer, AnswersWithRepliesOfNearlyAFullFrame) {
+  ServerUnderTest server;
+  RemoteClient client(server.socket);
+  Method method("repeat", Method::call);
+  const int bytes = 1024 * 1024 - 64;
+  method.addIntParameter("bytes", bytes, Parameter::in);
+  const auto reply = client.call(method, kLong);
+  ASSERT_TRUE(reply);
+  std::string text;
+  EXPECT_TRUE(reply->getStringParameter("text", text, Parameter::out));
+  EXPECT_EQ(text.size(), static_cast<std::size_t>(bytes));
+}
+
+TEST(RemoteServer, ServesManyClientsAtOnceEachInItsOrder) {
+  ServerUnderTest server;
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong = 0;
+  for (int i = 0; i < 8; ++i) {
+    threads.emplace_back([&, i] {
+      RemoteClient client(server.socket, i % 2 == 0 ? "msgpack" : "json");
+      for (int n = 0; n < 200; ++n) {
+        const int number = i * 1000 + n;
+        if (call(client, echoOf(number)) != "echo/1 number/1=" + std::to_string(number)) ++wrong;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST(RemoteServer, BarrierEndsAfterAllOneWayCallsAreHandled) {
+  ServerUnderTest server;
+  RemoteClient client(server.socket);
+  Method oneWay("oneWay", Method::call);
+  for (int i = 0; i < 5000; ++i) client.post(oneWay);
+  ASSERT_TRUE(client.barrier(kLong));
+  EXPECT_EQ(server.device.oneWayCalls(), 5000);
+}
+
+TEST(RemoteServer, HandlesWhatWasSentByAClientThatLeftAtOnce) {
+  ServerUnderTest server;
+  {
+    RemoteClient client(server.socket);
+    Method oneWay("oneWay", Method::call);
+    Method answered = echoOf(1);
+    for (int i = 0; i < 1000; ++i) {
+      client.post(answered);
+      client.post(oneWay);
+    }
+  }
+  EXPECT_TRUE(server.becomes([&] { return server.device.oneWayCalls() == 1000; }));
+}
+
+TEST(RemoteServer, LastRepliesReachAClientThatOnlyEndedItsSending) {
+  ServerUnderTest server;
+  FrameSocket client(server.socket);
+  client.send({FrameKind::hello, 0, "json"});
+  client.send(
+      {FrameKind::call, 9, R"({"name":"repeat","parameters":[{"name":"bytes","value":900000}]})"});
+  client.finishSending();
+  Frame reply;
+  ASSERT_TRUE(client.receive(reply, std::chrono::steady_clock::now() + kLong));
+  EXPECT_EQ(reply.id, 9U);
+  EXPECT_GT(reply.payload.size(), 900000U);
+}
+
+TEST(RemoteServer, EventsReachTheirObserversInTheOrderOfSending) {
+  ServerUnderTest server;
+  RemoteClient one(server.socket);
+  RemoteClient other(server.socket, "json");
+  EXPECT_EQ(call(one, "observeTimeEvents"), "observeTimeEvents/1 observeTimeEventsReturn/1=true");
+  EXPECT_EQ(call(other, "observeTimeEvents"), "observeTimeEvents/1 observeTimeEventsReturn/1=true");
+  for (int i = 0; i < 100; ++i) {
+    Method event("event", Method::call);
+    event.addIntParameter("number", i, Parameter::in);
+    EXPECT_EQ(server.device.notify(event), 2);
+  }
+  for (RemoteClient* const client : {&one, &other}) {
+    EXPECT_EQ(call(*client, echoOf(1)), "echo/1 number/1=1");
+    for (int i = 0; i < 100; ++i) {
+      const auto event = client->nextEvent(kLong);
+      ASSERT_TRUE(event);
+      EXPECT_EQ(textOf(*event), "event/0 number/0=" + std::to_string(i));
+    }
+  }
+}
+
+TEST(RemoteServer, GivesOneProxyForEachPeerAndNoneForAnotherInterfaceOrPeer) {
+  ServerUnderTest server;
+  RemoteClient client(server.socket);
+  Method known("makeProxyOf", Method::call);
+  known.addStringParameter("interface", "ClockServiceObserverIfc", Parameter::in);
+  EXPECT_EQ(call(client, known), "makeProxyOf/1 made/1=true same/1=true elsewhere/1=false");
+  Method unknown("makeProxyOf", Method::call);
+  unknown.addStringParameter("interface", "ClockServiceIfc", Parameter::in);
+  EXPECT_EQ(call(client, unknown), "makeProxyOf/1 made/1=false same/1=true elsewhere/1=false");
+}
+
+TEST(RemoteServer, UnobserveOfALaterCallRemovesWhatObserveAdded) {
+  ServerUnderTest server;
+  RemoteClient client(server.socket);
+  call(client, "observeTimeEvents");
+  EXPECT_EQ(call(client, "unobserveTimeEvents"),
+            "unobserveTimeEvents/1 unobserveTimeEventsReturn/1=true");
+  EXPECT_EQ(call(client, "unobserveTimeEvents"),
+            "unobserveTimeEvents/1 unobserveTimeEventsReturn/1=false");
+  EXPECT_EQ(server.device.observers(), 0U);
+}
+
+TEST(RemoteServer, TakesAllRegistrationsOfAGonePeerBackAndFreesItsProxy) {
+  ServerUnderTest server;
+  RemoteClient staying(server.socket);
+  call(staying, "observeTimeEvents");
+  {
+    RemoteClient leaving(server.socket);
+    for (int i = 0; i < 3; ++i) call(leaving, "observeTimeEvents");
+    EXPECT_EQ(server.device.observers(), 4U);
+  }
+  EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 1; }));
+  EXPECT_TRUE(server.becomes([] { return FakeProxy::living == 1; }));
+  Method event("event", Method::call);
+  EXPECT_EQ(server.device.notify(event), 1);
+  EXPECT_TRUE(staying.nextEvent(kLong));
+}
+
+TEST(RemoteServer, PeersComeAndGoWhileEventsAreSentFromAnotherThread) {
+  ServerUnderTest server;
+  std::atomic<bool> ended = false;
+  std::thread notifier([&] {
+    Method event("event", Method::call);
+    while (!ended) server.device.notify(event);
+  });
+  for (int i = 0; i < 100; ++i) {
+    RemoteClient client(server.socket);
+    call(client, "observeTimeEvents");
+    EXPECT_TRUE(client.nextEvent(kLong));
+  }
+  ended = true;
+  notifier.join();
+  EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 0; }));
+  EXPECT_TRUE(server.becomes([] { return FakeProxy::living == 0; }));
+}
+
+TEST(RemoteServer, StopTakesEverybodyBackHangsUpAndRemovesTheSocket) {
+  ServerUnderTest server;
+  RemoteClient client(server.socket);
+  call(client, "observeTimeEvents");
+  server.stop();
+  EXPECT_EQ(server.device.observers(), 0U);
+  EXPECT_EQ(FakeProxy::living, 0);
+  EXPECT_FALSE(std::filesystem::exists(server.socket));
+  EXPECT_THROW(static_cast<void>(client.nextEvent(kLong)), HostGone);
+  EXPECT_THROW(RemoteClient(server.socket), NoHost);
+  server.stop();
+}
+
+TEST(RemoteServer, LeavesTheProxyOfAPeerWhomTheServiceDoesNotLetGo) {
+  {
+    ServerUnderTest server;
+    {
+      RemoteClient client(server.socket);
+      call(client, "observeTimeEvents");
+      server.device.stopUnobserving();
+    }
+    EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+    EXPECT_EQ(FakeProxy::living, 1);
+    Method event("event", Method::call);
+    EXPECT_EQ(server.device.notify(event), 0);
+  }
+  EXPECT_EQ(FakeProxy::living, 0);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,144 @@
+#include "remote/SocketFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+
+#include <atomic>
+#include <fstream>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "remote/SocketAddress.h"
+#include "runtime/Error.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+// The text of the refusal; empty when the socket was taken.
+std::string refusalOf(const std::filesystem::path& file) try {
+  const SocketFile socket(file);
+  return "";
+} catch (const Error& error) {
+  return error.what();
+}
+
+bool canConnect(const std::filesystem::path& file) {
+  const SocketAddress address(file);
+  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  return ::connect(socket.get(), address.get(), address.size()) == 0;
+}
+
+// What a killed host leaves.
+void leaveStale(const std::filesystem::path& file) {
+  const SocketAddress address(file);
+  const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(::bind(socket.get(), address.get(), address.size()), 0);
+}
+
+TEST(SocketFile, IsTheOwnersAloneAndGoesWithItsObject) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  {
+    const SocketFile socket(file);
+    struct stat found {};
+    ASSERT_EQ(::stat(file.c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode & 07777U, 0600U);
+    EXPECT_TRUE(canConnect(file));
+  }
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(SocketFile, CreatesItsFolderForTheOwnerAlone) {
+  const support::TemporaryFolder folder;
+  const auto inner = folder / "run";
+  const SocketFile socket(inner / "socket");
+  EXPECT_EQ(std::filesystem::status(inner).permissions(), std::filesystem::perms::owner_all);
+}
+
+TEST(SocketFile, ReplacesAStaleOne) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  leaveStale(file);
+  EXPECT_FALSE(canConnect(file));
+  const SocketFile socket(file);
+  EXPECT_TRUE(canConnect(file));
+}
+
+TEST(SocketFile, LeavesALiveHostsSocketAloneAndNamesIt) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  const SocketFile live(file);
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
+  EXPECT_TRUE(canConnect(file));
+}
+
+TEST(SocketFile, ALiveHostIsLiveAlsoWhenItsQueueIsFull) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  const SocketFile live(file);
+  ASSERT_EQ(::listen(live.descriptor(), 0), 0);
+  const SocketAddress address(file);
+  std::vector<Descriptor> waiting;
+  do {
+    waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  } while (::connect(waiting.back().get(), address.get(), address.size()) == 0);
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
+}
+
+TEST(SocketFile, RefusesAFileThatIsNoSocketAndLeavesIt) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  std::ofstream(file) << "precious";
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": there is a file that is no socket");
+  EXPECT_EQ(std::filesystem::file_size(file), 8U);
+}
+
+TEST(SocketFile, RefusesAPathThatIsTooLong) {
+  const std::string path = "/tmp/" + std::string(200, 'x');
+  EXPECT_EQ(refusalOf(path), "socket " + path + ": the path must have 1 to 107 bytes");
+}
+
+TEST(SocketFile, RefusesAFolderThatIsNotThereAndCannotBeMade) {
+  EXPECT_EQ(refusalOf("/proc/none/socket"),
+            "socket /proc/none/socket: cannot bind it: No such file or directory");
+}
+
+TEST(SocketFile, OfManyThatStartAtOnceOneGetsIt) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  for (int round = 0; round < 20; ++round) {
+    leaveStale(file);
+    std::vector<std::unique_ptr<SocketFile>> taken(4);
+    std::vector<std::thread> threads;
+    for (auto& mine : taken) {
+      threads.emplace_back([&] {
+        try {
+          mine = std::make_unique<SocketFile>(file);
+        } catch (const Error&) {
+          mine.reset();
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(std::count(taken.begin(), taken.end(), nullptr), 3);
+    EXPECT_TRUE(canConnect(file));
+  }
+}
+
+TEST(SocketFile, DoesNotRemoveAnothersFile) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  auto first = std::make_unique<SocketFile>(file);
+  std::filesystem::remove(file);
+  const SocketFile second(file);
+  first.reset();
+  EXPECT_TRUE(canConnect(file));
+}
+
+}  // namespace
+}  // namespace host
