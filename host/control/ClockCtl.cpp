@@ -1,0 +1,183 @@
+#include "control/ClockCtl.h"
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "control/CallWords.h"
+#include "control/ClockCtlOptions.h"
+#include "control/Nearest.h"
+#include "control/RemoteMethods.h"
+#include "control/UsageError.h"
+#include "control/Verb.h"
+#include "remote/RemoteClient.h"
+
+namespace host {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kReplyLimit = std::chrono::seconds(2);
+constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
+constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
+
+enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
+
+// A refusal in the host's words, or the lack of any.
+struct Refusal : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+std::string secondsText(milliseconds limit) {
+  std::string text = std::to_string(static_cast<double>(limit.count()) / 1000.0);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text + " s";
+}
+
+Json valueJson(const Parameter& parameter) {
+  if (parameter.getType() == Parameter::integer) return parameter.getInt();
+  if (parameter.getType() == Parameter::boolean) return parameter.getBool();
+  return parameter.getString();
+}
+
+Json parametersJson(const Method& method) {
+  Json json = Json::object();
+  for (const Parameter& parameter : method.getParameters()) {
+    json[parameter.getName()] = valueJson(parameter);
+  }
+  return json;
+}
+
+// One command towards one host.
+class Command {
+ public:
+  Command(const ClockCtlOptions& options, Json request, std::ostream& out)
+      : m_options(options),
+        m_request(std::move(request)),
+        m_verb(*findVerb(m_request["verb"].get<std::string>())),
+        m_client(options.socket),
+        m_out(out) {}
+
+  void run() {
+    switch (m_verb.route) {
+      case Verb::Route::call:
+        return call();
+      case Verb::Route::watch:
+        return watch();
+      case Verb::Route::control:
+        return m_request.value("follow", false) ? follow() : control();
+    }
+  }
+
+ private:
+  milliseconds limit() const {
+    if (m_options.timeout) return *m_options.timeout;
+    const std::string action = m_request.value("action", std::string());
+    return action == "advance" || action == "to" ? kPassingLimit : kReplyLimit;
+  }
+
+  void print(const Json& answer) {
+    if (!m_options.json) return m_verb.print(answer, m_out);
+    m_out << answer.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+  }
+
+  [[noreturn]] void noReply(const std::string& hint) const {
+    throw Refusal("no reply within " + secondsText(limit()) + hint);
+  }
+
+  void call() {
+    const std::string name = m_request["method"];
+    Method method = callOf(name, m_request["arguments"].get<std::vector<std::string>>());
+    const RemoteMethod* const known = findRemoteMethod(name);
+    if (known != nullptr && !known->replies) return post(method);
+    const auto reply = m_client.call(method, limit());
+    if (!reply) {
+      noReply(known != nullptr
+                  ? ""
+                  : "; no method \"" + name + '"' + suggestion(name, remoteMethodNames()));
+    }
+    print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
+  }
+
+  // One-way: done when the host has handled it.
+  void post(Method& method) {
+    m_client.post(method);
+    if (!m_client.barrier(limit())) noReply("; the host is busy");
+    if (m_options.json) print({{"method", method.getName()}, {"reply", nullptr}});
+  }
+
+  void watch() {
+    Method observe("observeTimeEvents", Method::call);
+    const auto reply = m_client.call(observe, limit());
+    bool observing = false;
+    if (!reply) noReply("");
+    if (!reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
+        !observing) {
+      throw Refusal("the service takes no observer");
+    }
+    const int count = m_request["count"];
+    for (int seen = 0; m_out && (count == 0 || seen < count);) {
+      const auto event = m_client.nextEvent(kWhile);
+      if (!event) continue;
+      print({{"event", event->getName()}, {"parameters", parametersJson(*event)}});
+      ++seen;
+    }
+  }
+
+  void control() {
+    const auto text = m_client.control(m_request.dump(), limit());
+    if (!text) noReply("; the host is busy");
+    print(checked(*text));
+  }
+
+  void follow() {
+    const std::uint32_t id = m_client.startControl(m_request.dump());
+    while (m_out) {
+      const auto item = m_client.nextAnswer(id, kWhile);
+      if (!item) continue;
+      if (item->last) {
+        static_cast<void>(checked(item->json));
+        return;
+      }
+      print(Json::parse(item->json, nullptr, false));
+    }
+  }
+
+  static Json checked(const std::string& text) {
+    Json answer = Json::parse(text, nullptr, false);
+    if (!answer.is_object()) throw Refusal("the host's answer is no JSON object");
+    if (!answer.value("ok", false)) throw Refusal(answer.value("error", std::string("refused")));
+    return answer;
+  }
+
+  const ClockCtlOptions& m_options;
+  Json m_request;
+  const Verb& m_verb;
+  RemoteClient m_client;
+  std::ostream& m_out;
+};
+
+int say(std::ostream& err, const char* text, Status status) {
+  err << "clockctl: " << text << '\n';
+  return status;
+}
+
+}  // namespace
+
+int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,
+                std::ostream& out, std::ostream& err) {
+  try {
+    const auto options = readClockCtlOptions(words, defaultSocket, out);
+    if (!options) return done;
+    Command(*options, requestOf(options->verb), out).run();
+    return done;
+  } catch (const UsageError& error) {
+    return say(err, error.what(), usage);
+  } catch (const NoHost& error) {
+    return say(err, error.what(), noHost);
+  } catch (const std::exception& error) {
+    return say(err, error.what(), refused);
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,93 @@
+#include "control/ClockCtlOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+#include "control/UsageError.h"
+#include "control/Verb.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kDescription = "Works a running clockhost: calls, management, clock, log.";
+constexpr double kLongestTimeout = 86400;  // seconds
+
+bool isFlag(const std::string& word) {
+  return word == "--json" || word == "--help" || word == "-h";
+}
+
+bool takesValue(const std::string& word) {
+  return word == "--socket" || word == "--timeout";
+}
+
+bool holdsValue(const std::string& word) {
+  return word.starts_with("--socket=") || word.starts_with("--timeout=");
+}
+
+// The words sorted into options and the verb's own. A verb's words may look like options: "-5".
+struct SortedWords {
+  std::vector<std::string> options;
+  std::vector<std::string> verb;
+};
+
+SortedWords sorted(std::span<const std::string> words) {
+  SortedWords result;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    if (word == "--") {
+      result.verb.insert(result.verb.end(), words.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                         words.end());
+      break;
+    }
+    const bool unknown = result.verb.empty() && word.starts_with('-');
+    if (isFlag(word) || takesValue(word) || holdsValue(word) || unknown) {
+      result.options.push_back(word);
+      if (takesValue(word) && i + 1 < words.size()) result.options.push_back(words[++i]);
+    } else {
+      result.verb.push_back(word);
+    }
+  }
+  return result;
+}
+
+std::optional<std::chrono::milliseconds> limitOf(std::optional<double> timeout) {
+  if (!timeout) return std::nullopt;
+  if (!(*timeout > 0 && *timeout <= kLongestTimeout)) {
+    throw UsageError("--timeout takes seconds, more than 0 and up to 86400");
+  }
+  return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(*timeout));
+}
+
+std::string helpText(const CLI::App& app) {
+  return app.help() + "Verbs:\n" + verbHelp();
+}
+
+}  // namespace
+
+std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> words,
+                                                   const std::filesystem::path& defaultSocket,
+                                                   std::ostream& out) {
+  SortedWords split = sorted(words);
+  ClockCtlOptions options{defaultSocket, false, std::nullopt, std::move(split.verb)};
+  std::optional<double> timeout;
+  CLI::App app(kDescription, "clockctl");  // the verb's words never get here
+  app.add_option("--socket", options.socket, "Where the host listens")
+      ->type_name("FILE")
+      ->capture_default_str();
+  app.add_flag("--json", options.json, "Answers as JSON, one object a line");
+  app.add_option("--timeout", timeout, "How long to wait for a reply (2; 60 where time passes)")
+      ->type_name("SECONDS");
+  try {
+    std::reverse(split.options.begin(), split.options.end());
+    app.parse(split.options);
+  } catch (const CLI::CallForHelp&) {
+    out << helpText(app);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(std::string(error.what()) + "; `clockctl --help` lists options and verbs");
+  }
+  options.timeout = limitOf(timeout);
+  return options;
+}
+
+}  // namespace host

@@ -1,0 +1,82 @@
+#include "control/Controller.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "control/HostActions.h"
+#include "control/LogRing.h"
+#include "control/Nearest.h"
+#include "platform/LogBook.h"
+
+namespace host {
+namespace {
+
+// Keeps the reply for a caller in this process. Items have nowhere to go.
+class WaitingChannel : public ControlChannel {
+ public:
+  bool reply(std::string_view json) override {
+    const std::lock_guard lock(m_mutex);
+    if (m_reply) return false;
+    m_reply.emplace(json);
+    m_replied.notify_all();
+    return true;
+  }
+
+  bool item(std::string_view) override { return false; }
+  void onGone(std::function<void()> gone) override { gone(); }
+
+  std::string wait() {
+    std::unique_lock lock(m_mutex);
+    m_replied.wait(lock, [this] { return m_reply.has_value(); });
+    return *m_reply;
+  }
+
+ private:
+  std::mutex m_mutex;  // guards what follows
+  std::condition_variable m_replied;
+  std::optional<std::string> m_reply;
+};
+
+std::string unknownVerb(const std::string& verb) {
+  std::vector<std::string_view> names;
+  for (const HostAction& action : hostActions()) names.push_back(action.verb);
+  return "unknown verb \"" + verb + '"' + suggestion(verb, names);
+}
+
+void carryOut(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string verb = textMember(request, "verb");
+  const HostAction* const action = findHostAction(verb);
+  if (action == nullptr) return answerRefusal(channel, unknownVerb(verb));
+  action->carryOut(controller, request, channel);
+}
+
+}  // namespace
+
+Controller::Controller(Device& device, HostFacts facts)
+    : m_device(device), m_facts(std::move(facts)), m_log(std::make_shared<LogRing>()) {
+  LogBook::instance().addSink(m_log);
+}
+
+Controller::~Controller() {
+  LogBook::instance().removeSink(m_log);
+}
+
+void Controller::handle(ControlRequest request) {
+  try {
+    const Json json = Json::parse(request.text, nullptr, false);
+    if (!json.is_object()) return answerRefusal(request.channel, "the request is no JSON object");
+    carryOut(*this, json, request.channel);
+  } catch (const std::exception& error) {
+    answerRefusal(request.channel, error.what());
+  }
+}
+
+Json Controller::perform(const Json& request) {
+  const auto channel = std::make_shared<WaitingChannel>();
+  handle({jsonText(request), channel});
+  return Json::parse(channel->wait());
+}
+
+}  // namespace host

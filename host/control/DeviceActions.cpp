@@ -1,0 +1,133 @@
+#include <nlohmann/json.hpp>
+
+#include "control/ChildProcesses.h"
+#include "control/Controller.h"
+#include "control/HostActions.h"
+#include "control/LogRing.h"
+#include "control/TimeText.h"
+#include "remote/ControlChannel.h"
+#include "runtime/Device.h"
+#include "runtime/Error.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+#include "services/PhysicalInterface.h"
+#include "services/SecurityLog.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kNtpClient = "ntpclient";
+
+// The value changes on the management thread, which then tells the observers; the answer comes when
+// they have been told.
+void changeValue(Controller& controller, const std::string& key, const std::string& value,
+                 const Channel& channel) {
+  LocalManagement& management = controller.device().management();
+  ManagementThread& thread = controller.device().managementThread();
+  thread.post([&management, &thread, key, value, channel] {
+    management.setValue(key, value);
+    thread.post([channel] { answerDone(channel); });
+  });
+}
+
+void injectJack(Controller& controller, const Json& request, const Channel& channel) {
+  const auto plug = static_cast<int>(numberMember(request, "plug", INT32_MIN, INT32_MAX));
+  const auto status = static_cast<int>(numberMember(request, "status", INT32_MIN, INT32_MAX));
+  controller.device().physical().jack(plug, status);
+  answerDone(channel);
+}
+
+void injectNetwork(Controller& controller, const Json& request, const Channel& channel) {
+  changeValue(controller, "interface-status", textMember(request, "value"), channel);
+}
+
+void injectDhcp(Controller& controller, const Json& request, const Channel& channel) {
+  changeValue(controller, "dhcp-enabled", textMember(request, "value"), channel);
+}
+
+void injectMobility(Controller& controller, const Json& request, const Channel& channel) {
+  changeValue(controller, "mobility-user-data-update", textMember(request, "value"), channel);
+}
+
+void injectValue(Controller& controller, const Json& request, const Channel& channel) {
+  changeValue(controller, textMember(request, "key"), textMember(request, "value"), channel);
+}
+
+constexpr HostAction kInjections[] = {
+    {"jack", injectJack},         {"network", injectNetwork}, {"dhcp", injectDhcp},
+    {"mobility", injectMobility}, {"value", injectValue},
+};
+
+Json recordJson(const SecurityRecord& record) {
+  Json json = {
+      {"number", record.number},         {"time", instantText(std::chrono::seconds(record.time))},
+      {"facility", record.facility},     {"severity", record.severity},
+      {"eventClass", record.eventClass}, {"eventCode", record.eventCode},
+      {"failure", record.failure}};
+  json["text"] = record.text;
+  json["subject"] = record.subject;
+  json["origin"] = record.origin;
+  return json;
+}
+
+std::string ntpClientState() {
+  const auto id = childRunning(kNtpClient);
+  return id ? "running, process " + std::to_string(*id) : "not running";
+}
+
+}  // namespace
+
+void actOnInject(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string what = textMember(request, "what");
+  for (const HostAction& injection : kInjections) {
+    if (injection.verb == what) return injection.carryOut(controller, request, channel);
+  }
+  throw Error("nothing known as \"" + what + "\" can happen to the device");
+}
+
+void actOnStatus(Controller& controller, const Json&, const Channel& channel) {
+  Device& device = controller.device();
+  const HostFacts& facts = controller.facts();
+  Json reply = {{"ok", true}, {"clock", clockState(controller)}};
+  if (!facts.plugin.empty()) reply["plugin"] = facts.plugin;
+  reply["variant"] = device.options().variant;
+  reply["network"] = device.management().value("interface-status").value_or("unknown");
+  reply["ntpClient"] = ntpClientState();
+  if (facts.clients) reply["clients"] = facts.clients();
+  if (!facts.socket.empty()) reply["socket"] = facts.socket;
+  reply["state"] = device.options().state.string();
+  reply["version"] = facts.version;
+  answer(channel, reply);
+}
+
+void actOnLog(Controller& controller, const Json& request, const Channel& channel) {
+  const std::shared_ptr<LogRing> log = controller.log();
+  if (request.value("follow", Json(false)) != Json(true)) {
+    return answer(channel, {{"ok", true}, {"entries", newestThatFit(log->entries())}});
+  }
+  log->follow(channel);
+  channel->onGone([weak = std::weak_ptr(log), client = channel.get()] {
+    if (const auto ring = weak.lock()) ring->unfollow(client);
+  });
+}
+
+void actOnSecurityLog(Controller& controller, const Json&, const Channel& channel) {
+  SecurityLog& log = controller.device().securityLog();
+  std::vector<Json> records;
+  for (const SecurityRecord& record : log.list(SecurityLog::kBound)) {
+    records.push_back(recordJson(record));
+  }
+  const std::size_t kept = records.size();
+  Json reply = {{"ok", true}, {"records", newestThatFit(records)}};
+  reply["kept"] = kept;
+  reply["dropped"] = log.dropped();
+  const std::size_t shown = reply["records"].size();
+  if (shown < kept || log.dropped() > 0) {
+    reply["note"] = "shown " + std::to_string(shown) + " of " + std::to_string(kept) +
+                    " records kept; " + std::to_string(log.dropped()) + " older ones went, as at " +
+                    std::to_string(SecurityLog::kBound) + " the oldest go";
+  }
+  answer(channel, reply);
+}
+
+}  // namespace host

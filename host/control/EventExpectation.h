@@ -1,0 +1,33 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Method.h"
+
+namespace host {
+
+struct RemoteMethod;
+class ScenarioDevice;
+class WordReader;
+
+// Expectations about the events that the scenario's observer hears. An event is looked for among
+// those that came and were not passed over; the one found, and those before it, are passed over.
+[[nodiscard]] std::function<void(ScenarioDevice&)> expectEvent(WordReader& words);
+[[nodiscard]] std::function<void(ScenarioDevice&)> expectNextEvent(WordReader& words);
+[[nodiscard]] std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words);
+
+// Throws ScenarioFailure when `method` lacks one of the NAME=VALUE words. what: for its text.
+void requireParameters(const std::string& what, std::span<const std::string> wanted,
+                       const Method& method);
+
+// "; did you mean ...?" among all parameters of the method.
+[[nodiscard]] std::string suggestionFor(const RemoteMethod& method, std::string_view parameter);
+
+// For failure texts: the last few of many, or "none".
+[[nodiscard]] std::string listed(const std::vector<std::string>& texts);
+
+}  // namespace host

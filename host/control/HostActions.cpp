@@ -1,0 +1,83 @@
+#include "control/HostActions.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "remote/ControlChannel.h"
+#include "runtime/Error.h"
+
+namespace host {
+namespace {
+
+constexpr HostAction kActions[] = {
+    {"get", actOnGet},       {"set", actOnSet},     {"reset", actOnReset},
+    {"keys", actOnKeys},     {"clock", actOnClock}, {"inject", actOnInject},
+    {"status", actOnStatus}, {"log", actOnLog},     {"security-log", actOnSecurityLog},
+};
+
+// Well within what a reply may be, and what a client that is slow to read may leave unread.
+constexpr std::size_t kRoomForRows = 512 * 1024;
+
+}  // namespace
+
+std::span<const HostAction> hostActions() {
+  return kActions;
+}
+
+const HostAction* findHostAction(std::string_view verb) {
+  const auto found = std::find_if(std::begin(kActions), std::end(kActions),
+                                  [&](const HostAction& action) { return action.verb == verb; });
+  return found == std::end(kActions) ? nullptr : &*found;
+}
+
+std::string jsonText(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Json newestThatFit(const std::vector<Json>& rows) {
+  std::size_t first = rows.size();
+  for (std::size_t room = kRoomForRows; first > 0; --first) {
+    const std::size_t size = jsonText(rows[first - 1]).size();
+    if (size > room) break;
+    room -= size;
+  }
+  Json newest = Json::array();
+  for (; first < rows.size(); ++first) newest.push_back(rows[first]);
+  return newest;
+}
+
+void answer(const Channel& channel, const Json& reply) {
+  static_cast<void>(
+      channel->reply(jsonText(reply)));  // false: the client is gone, and that is that
+}
+
+void answerDone(const Channel& channel) {
+  answer(channel, {{"ok", true}});
+}
+
+void answerRefusal(const Channel& channel, const std::string& error) {
+  answer(channel, {{"ok", false}, {"error", error}});
+}
+
+std::string textMember(const Json& request, const char* name) {
+  const auto member = request.find(name);
+  if (member == request.end() || !member->is_string()) {
+    throw Error("the request needs a member \"" + std::string(name) + "\" that is a text");
+  }
+  return member->get<std::string>();
+}
+
+std::int64_t numberMember(const Json& request, const char* name, std::int64_t least,
+                          std::int64_t most) {
+  const auto member = request.find(name);
+  const bool number = member != request.end() && member->is_number_integer();
+  const bool tooLarge = number && member->is_number_unsigned() &&
+                        member->get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX);
+  if (!number || tooLarge || *member < least || *member > most) {
+    throw Error("the request needs a member \"" + std::string(name) + "\" that is a number, " +
+                std::to_string(least) + " to " + std::to_string(most));
+  }
+  return member->get<std::int64_t>();
+}
+
+}  // namespace host

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "Method.h"
+
+namespace host {
+
+class Device;
+
+// Calls the service through its invoker, as a peer in this process. The invoker's framework must
+// know the codec "json". address: names the peer; observers are registered for it. Empty when there
+// is no reply. Thread: the framework's. REQUIRES: the device runs.
+[[nodiscard]] std::optional<Method> callService(Device& device, Method& call,
+                                                const std::string& address = {});
+
+}  // namespace host

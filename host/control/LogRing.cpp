@@ -1,0 +1,58 @@
+#include "control/LogRing.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "control/HostActions.h"
+#include "control/TimeText.h"
+#include "remote/ControlChannel.h"
+
+namespace host {
+
+void LogRing::write(const LogEntry& entry) {
+  const std::lock_guard lock(m_mutex);
+  m_entries.push_back(entry);
+  std::string& text = m_entries.back().text;
+  if (text.size() > kLongestText) text.resize(kLongestText);
+  if (!m_followers.empty()) {
+    const std::string json = jsonText(entryJson(m_entries.back()));
+    std::erase_if(m_followers, [&](const auto& channel) { return !channel->item(json); });
+  }
+  if (m_entries.size() > kKept) m_entries.pop_front();
+}
+
+std::vector<Json> LogRing::entries() const {
+  const std::lock_guard lock(m_mutex);
+  std::vector<Json> entries;
+  for (const LogEntry& entry : m_entries) entries.push_back(entryJson(entry));
+  return entries;
+}
+
+void LogRing::follow(const std::shared_ptr<ControlChannel>& channel) {
+  const Json kept = newestThatFit(entries());
+  const std::lock_guard lock(m_mutex);
+  for (const Json& entry : kept) {
+    if (!channel->item(jsonText(entry))) return;
+  }
+  m_followers.push_back(channel);
+}
+
+void LogRing::unfollow(const ControlChannel* channel) {
+  const std::lock_guard lock(m_mutex);
+  std::erase_if(m_followers, [&](const auto& follower) { return follower.get() == channel; });
+}
+
+Json entryJson(const LogEntry& entry) {
+  Json json = {{"number", entry.number}};
+  json["time"] = instantText(std::chrono::duration_cast<std::chrono::seconds>(entry.wall));
+  json["level"] = entry.level;
+  json["component"] = entry.systemLog ? "syslog" : entry.component;
+  std::string text = entry.text;
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  json["text"] = text;
+  json["file"] = entry.file;
+  json["line"] = entry.line;
+  return json;
+}
+
+}  // namespace host

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "control/Json.h"
+#include "platform/LogBook.h"
+
+namespace host {
+
+class ControlChannel;
+
+// The newest entries of the log, and the clients that follow it.
+// Owner: shared by the log book and the controller. Thread: any.
+// Failure: a client that is gone or does not read follows no longer.
+class LogRing : public LogSink {
+ public:
+  static constexpr std::size_t kKept = 1000;
+  static constexpr std::size_t kLongestText = 4096;  // bytes; what is longer is cut
+
+  void write(const LogEntry& entry) override;
+
+  [[nodiscard]] std::vector<Json> entries() const;  // oldest first, as entryJson
+
+  // From now on entries go to the channel as items, the newest of those that are kept first.
+  void follow(const std::shared_ptr<ControlChannel>& channel);
+  void unfollow(const ControlChannel* channel);
+
+ private:
+  mutable std::mutex m_mutex;  // guards what follows
+  std::deque<LogEntry> m_entries;
+  std::vector<std::shared_ptr<ControlChannel>> m_followers;
+};
+
+// {"number", "time", "level", "component", "text", "file", "line"}
+[[nodiscard]] Json entryJson(const LogEntry& entry);
+
+}  // namespace host

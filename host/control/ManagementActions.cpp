@@ -1,0 +1,86 @@
+#include <nlohmann/json.hpp>
+
+#include "control/Controller.h"
+#include "control/HostActions.h"
+#include "control/ManagementKeys.h"
+#include "control/Nearest.h"
+#include "runtime/Device.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+
+namespace host {
+namespace {
+
+std::string quoted(const std::string& text) {
+  return '"' + text + '"';
+}
+
+std::string unknownKey(const std::string& key) {
+  return "no key " + quoted(key) + suggestion(key, managementKeyNames());
+}
+
+std::string whyRefused(const std::string& key, const std::string& value) {
+  const ManagementKey* const row = findManagementKey(key);
+  if (row == nullptr) return unknownKey(key);
+  if (!row->settable) return quoted(key) + " cannot be set";
+  return quoted(key) + " refused " + quoted(value) + "; it takes " + std::string(row->values);
+}
+
+// Runs the body on the management thread; the device's management outlives that thread's tasks.
+template <typename Body>
+void onManagementThread(Controller& controller, Body body) {
+  LocalManagement& management = controller.device().management();
+  controller.device().managementThread().post([&management, body] { body(management); });
+}
+
+Json keyRow(LocalManagement& management, const ManagementKey& row) {
+  const std::string key(row.key);
+  std::string value;
+  const bool known = management.get(key, value);
+  Json json = {{"key", key}};
+  json["value"] = known ? Json(value) : Json(nullptr);
+  json["settable"] = row.settable;
+  json["state"] = management.itemState(key);
+  return json;
+}
+
+}  // namespace
+
+void actOnGet(Controller& controller, const Json& request, const Channel& channel) {
+  onManagementThread(controller,
+                     [key = textMember(request, "key"), channel](LocalManagement& management) {
+                       std::string value;
+                       if (!management.get(key, value))
+                         return answerRefusal(channel, unknownKey(key));
+                       answer(channel, {{"ok", true}, {"key", key}, {"value", value}});
+                     });
+}
+
+void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
+  onManagementThread(controller,
+                     [key = textMember(request, "key"), value = textMember(request, "value"),
+                      channel](LocalManagement& management) {
+                       if (!management.set(key, value))
+                         return answerRefusal(channel, whyRefused(key, value));
+                       answerDone(channel);
+                     });
+}
+
+void actOnReset(Controller& controller, const Json&, const Channel& channel) {
+  onManagementThread(controller, [channel](LocalManagement& management) {
+    if (management.reset()) return answerDone(channel);
+    answerRefusal(channel,
+                  "nothing was reset: date and time format are the device's defaults already, or "
+                  "not the user's to reset");
+  });
+}
+
+void actOnKeys(Controller& controller, const Json&, const Channel& channel) {
+  onManagementThread(controller, [channel](LocalManagement& management) {
+    Json rows = Json::array();
+    for (const ManagementKey& row : managementKeys()) rows.push_back(keyRow(management, row));
+    answer(channel, {{"ok", true}, {"keys", rows}});
+  });
+}
+
+}  // namespace host

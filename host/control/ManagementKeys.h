@@ -1,0 +1,22 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace host {
+
+// One management key as a person at clockctl needs to know it.
+struct ManagementKey {
+  std::string_view key;
+  bool settable;
+  std::string_view values;   // what a set takes, in a few words
+  std::string_view example;  // a value a set takes; empty when there is none
+};
+
+// The sixteen keys, in the service's own order. Every key typed is sent to the service all the
+// same.
+[[nodiscard]] std::span<const ManagementKey> managementKeys();
+[[nodiscard]] std::span<const std::string_view> managementKeyNames();
+[[nodiscard]] const ManagementKey* findManagementKey(std::string_view key);  // null: unknown
+
+}  // namespace host

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+
+// "Did you mean": the known word nearest to a mistyped one. Pure; thread: any.
+namespace host {
+
+// Insertions, deletions, replacements and swaps of neighbours that turn one text into the other;
+// without regard to letter case.
+[[nodiscard]] std::size_t editDistance(std::string_view left, std::string_view right);
+
+// The candidate with the smallest distance, the first of equals; empty when there are none.
+[[nodiscard]] std::string_view nearest(std::string_view word,
+                                       std::span<const std::string_view> candidates);
+
+// "; did you mean \"X\"?", or empty when there are no candidates.
+[[nodiscard]] std::string suggestion(std::string_view word,
+                                     std::span<const std::string_view> candidates);
+
+}  // namespace host

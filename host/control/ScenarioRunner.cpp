@@ -1,0 +1,49 @@
+#include "control/ScenarioRunner.h"
+
+#include <fstream>
+#include <ostream>
+
+#include "control/Scenario.h"
+#include "control/ScenarioDevice.h"
+
+namespace host {
+namespace {
+
+// The text stays one line, whatever came.
+std::string oneLine(std::string text) {
+  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) {
+    text.replace(at, 1, "\\n");
+  }
+  return text;
+}
+
+}  // namespace
+
+ScenarioRunner::ScenarioRunner(Plugin& plugin, std::ostream& errors)
+    : m_plugin(plugin), m_errors(errors) {}
+
+ScenarioRunner::Status ScenarioRunner::run(const std::filesystem::path& file) {
+  std::ifstream text(file);
+  if (!text || std::filesystem::is_directory(file)) {
+    m_errors << file.string() << ": cannot be read; a scenario is a text file\n";
+    return wrongFile;
+  }
+  int line = 0;
+  try {
+    const Scenario scenario = readScenario(text);
+    ScenarioDevice device(m_plugin, scenario.device);
+    for (const ScenarioStep& step : scenario.steps) {
+      line = step.line;
+      step.run(device);
+    }
+    return passed;
+  } catch (const ScenarioTextError& error) {
+    m_errors << file.string() << ':' << oneLine(error.what()) << '\n';
+    return wrongFile;
+  } catch (const std::exception& error) {
+    m_errors << file.string() << ':' << line << ": " << oneLine(error.what()) << '\n';
+    return failed;
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <ctime>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Durations, instants and speeds as people write them. Pure; thread: any.
+namespace host {
+
+// For error lines: the accepted forms.
+inline constexpr std::string_view kDurationForms = "`90s`, `15m`, `2h`, `1d` or `00:30:00`";
+inline constexpr std::string_view kInstantForms =
+    "`2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199";
+inline constexpr std::string_view kSpeedForms = "`0` (paused), `1`, `0.5`, `3600` or `max`";
+
+// duration = digits ( "s" | "m" | "h" | "d" ) | HH ":" MM ":" SS, up to 36525 days (a century).
+[[nodiscard]] std::optional<std::chrono::seconds> parseDuration(std::string_view text);
+
+// instant = YYYY-MM-DD "T" HH:MM:SS ( "Z" | ( "+" | "-" ) HH:MM ), from 0 to kLastInstant. Seconds
+// since 1970-01-01 UTC.
+inline constexpr std::chrono::seconds kLastInstant{7258118399};  // the end of 2199
+[[nodiscard]] std::optional<std::chrono::seconds> parseInstant(std::string_view text);
+
+// speed = "max" | decimal number, 0-1e9. "max" is infinity: as fast as it goes.
+[[nodiscard]] std::optional<double> parseSpeed(std::string_view text);
+[[nodiscard]] std::string speedText(double speed);  // "paused", "max" or the number
+
+// "2026-03-08T06:59:50Z"
+[[nodiscard]] std::string instantText(std::chrono::seconds sinceEpoch);
+
+// The same instant in the 25-character form, offset "+00:00".
+[[nodiscard]] std::string longInstantText(std::chrono::seconds sinceEpoch);
+
+// Local wall time under the process's TZ: "2026-03-08 01:59:50 (LOC, UTC-05:00)".
+[[nodiscard]] std::string localText(time_t sinceEpoch);
+
+// "1d 02:03:04", without the days when there are none.
+[[nodiscard]] std::string durationText(std::chrono::seconds duration);
+
+}  // namespace host

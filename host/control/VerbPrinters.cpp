@@ -1,0 +1,132 @@
+#include "control/VerbPrinters.h"
+
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+
+namespace host {
+namespace {
+
+constexpr std::array<const char*, 7> kLevels = {"fatal", "critical", "error", "warning",
+                                                "note",  "info",     "trace"};
+
+// A member as text; nothing for one that is not there.
+std::string member(const Json& object, const char* name) {
+  const auto found = object.find(name);
+  if (found == object.end() || found->is_null()) return {};
+  return found->is_string() ? found->get<std::string>() : found->dump();
+}
+
+// A value that could break the line it stands in, in the notation of JSON.
+std::string oneLine(const std::string& text) {
+  const bool plain = std::none_of(text.begin(), text.end(),
+                                  [](char c) { return static_cast<unsigned char>(c) < ' '; });
+  return plain ? text : Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// What does not fit its column of a table; `get` shows it whole.
+std::string clipped(const std::string& text, std::size_t width) {
+  return text.size() <= width ? text : text.substr(0, width - 3) + "...";
+}
+
+std::string padded(std::string text, std::size_t width) {
+  text.resize(std::max(text.size(), width), ' ');
+  return text;
+}
+
+// "name    value", or nothing when the member is not there.
+void printMember(const Json& object, const char* name, const char* title, std::ostream& out) {
+  if (object.contains(name)) out << padded(title, 13) << oneLine(member(object, name)) << '\n';
+}
+
+std::string levelText(const Json& entry) {
+  const auto level = static_cast<std::size_t>(entry.value("level", 0));
+  return level < kLevels.size() ? kLevels[level] : std::to_string(level);
+}
+
+void printLogEntry(const Json& entry, std::ostream& out) {
+  out << member(entry, "time") << ' ' << padded(levelText(entry), 8) << ' '
+      << member(entry, "component") << ' ' << oneLine(member(entry, "text"));
+  if (!member(entry, "file").empty()) {
+    out << " (" << member(entry, "file") << ':' << member(entry, "line") << ')';
+  }
+  out << '\n';
+}
+
+}  // namespace
+
+void printNothing(const Json&, std::ostream&) {}
+
+void printCall(const Json& answer, std::ostream& out) {
+  const auto reply = answer.find("reply");
+  if (reply == answer.end()) return;
+  for (const auto& [name, value] : reply->items()) {
+    out << name << '=' << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+  }
+}
+
+void printEvent(const Json& event, std::ostream& out) {
+  out << member(event, "event");
+  const Json parameters = event.value("parameters", Json::object());
+  for (const auto& [name, value] : parameters.items()) {
+    out << ' ' << name << '=' << (value.is_string() ? value.get<std::string>() : value.dump());
+  }
+  out << std::endl;  // people and pipes see it when it comes
+}
+
+void printValue(const Json& answer, std::ostream& out) {
+  out << member(answer, "value") << '\n';
+}
+
+void printKeys(const Json& answer, std::ostream& out) {
+  out << padded("KEY", 26) << padded("VALUE", 28) << padded("SETTABLE", 10) << "STATE\n";
+  for (const Json& row : answer.value("keys", Json::array())) {
+    out << padded(member(row, "key"), 26) << padded(clipped(oneLine(member(row, "value")), 27), 28)
+        << padded(row.value("settable", false) ? "yes" : "no", 10) << member(row, "state") << '\n';
+  }
+}
+
+void printClock(const Json& answer, std::ostream& out) {
+  printMember(answer, "utc", "utc", out);
+  printMember(answer, "local", "local", out);
+  printMember(answer, "tz", "tz", out);
+  printMember(answer, "speed", "speed", out);
+  printMember(answer, "uptime", "uptime", out);
+  printMember(answer, "timers", "timers", out);
+  printMember(answer, "next", "next timer", out);
+  printMember(answer, "note", "note", out);
+}
+
+void printStatus(const Json& answer, std::ostream& out) {
+  printClock(answer.value("clock", Json::object()), out);
+  printMember(answer, "plugin", "plug-in", out);
+  printMember(answer, "variant", "variant", out);
+  printMember(answer, "network", "network", out);
+  printMember(answer, "ntpClient", "ntp client", out);
+  printMember(answer, "clients", "clients", out);
+  printMember(answer, "socket", "socket", out);
+  printMember(answer, "state", "state", out);
+  printMember(answer, "version", "version", out);
+}
+
+void printLog(const Json& answer, std::ostream& out) {
+  if (!answer.contains("entries")) {
+    if (answer.contains("text")) printLogEntry(answer, out);
+    out.flush();
+    return;
+  }
+  for (const Json& entry : answer["entries"]) printLogEntry(entry, out);
+}
+
+void printSecurityLog(const Json& answer, std::ostream& out) {
+  for (const Json& record : answer.value("records", Json::array())) {
+    out << member(record, "number") << ' ' << member(record, "time") << ' '
+        << (record.value("failure", false) ? "refused " : "accepted") << ' '
+        << oneLine(member(record, "text")) << '\n';
+  }
+  printMember(answer, "note", "note", out);
+}
+
+}  // namespace host

@@ -1,0 +1,106 @@
+#include "control/ClockCtlOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "control/ClockCtl.h"
+#include "control/ScenarioWords.h"
+#include "control/UsageError.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+using Words = std::vector<std::string>;
+using std::chrono::milliseconds;
+
+std::optional<ClockCtlOptions> read(const std::string& line) {
+  std::ostringstream out;
+  return readClockCtlOptions(splitScenarioLine(line), "/default", out);
+}
+
+TEST(ClockCtlOptions, DefaultsAreThoseOfTheCaller) {
+  const auto options = read("get time");
+  EXPECT_EQ(options->socket, "/default");
+  EXPECT_FALSE(options->json);
+  EXPECT_EQ(options->timeout, std::nullopt);
+  EXPECT_EQ(options->verb, (Words{"get", "time"}));
+}
+
+TEST(ClockCtlOptions, StandBeforeTheVerbOrAfterIt) {
+  for (const char* const line :
+       {"--json --socket /s --timeout 0.5 get time", "get time --json --socket /s --timeout 0.5",
+        "--socket=/s get --json time --timeout=0.5"}) {
+    const auto options = read(line);
+    EXPECT_EQ(options->socket, "/s") << line;
+    EXPECT_TRUE(options->json) << line;
+    EXPECT_EQ(options->timeout, milliseconds(500)) << line;
+    EXPECT_EQ(options->verb, (Words{"get", "time"})) << line;
+  }
+}
+
+TEST(ClockCtlOptions, AVerbsWordsMayLookLikeOptions) {
+  EXPECT_EQ(read("set sntp-tz-offset -5")->verb, (Words{"set", "sntp-tz-offset", "-5"}));
+  EXPECT_EQ(read("watch --count 3")->verb, (Words{"watch", "--count", "3"}));
+  EXPECT_EQ(read("--json -- set ntp-secret --json")->verb, (Words{"set", "ntp-secret", "--json"}));
+}
+
+TEST(ClockCtlOptions, WrongOnesAreUsageErrors) {
+  for (const char* const line :
+       {"--jsno get time", "--socket", "--timeout 0 get time", "--timeout -1 get time",
+        "--timeout x get time", "--timeout 86401 get time", "--timeout nan get time",
+        "get time --timeout"}) {
+    EXPECT_THROW(static_cast<void>(read(line)), UsageError) << line;
+  }
+}
+
+TEST(ClockCtlOptions, HelpListsEveryVerb) {
+  std::ostringstream out;
+  EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", out), std::nullopt);
+  EXPECT_NE(out.str().find("to hour|midnight|dst|leap-day|2038"), std::string::npos);
+  EXPECT_NE(out.str().find("--timeout"), std::string::npos);
+}
+
+struct Outcome {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+Outcome run(const std::string& line, const std::filesystem::path& socket) {
+  std::ostringstream out;
+  std::ostringstream err;
+  const int status = runClockCtl(splitScenarioLine(line), socket, out, err);
+  return {status, out.str(), err.str()};
+}
+
+bool isOneLine(const std::string& text) {
+  return text.find('\n') == text.size() - 1 && text.starts_with("clockctl: ");
+}
+
+TEST(ClockCtl, UsageErrorsAreOneLineAndStatusTwo) {
+  for (const char* const line : {"", "gett time", "clock advance 3 parsecs", "--jsno", "get"}) {
+    const Outcome outcome = run(line, "/nowhere");
+    EXPECT_EQ(outcome.status, 2) << line;
+    EXPECT_TRUE(isOneLine(outcome.err)) << outcome.err;
+    EXPECT_EQ(outcome.out, "") << line;
+  }
+}
+
+TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
+  const support::TemporaryFolder folder;
+  const Outcome outcome = run("get time", folder / "socket");
+  EXPECT_EQ(outcome.status, 3);
+  EXPECT_TRUE(isOneLine(outcome.err)) << outcome.err;
+  EXPECT_NE(outcome.err.find((folder / "socket").string()), std::string::npos) << outcome.err;
+}
+
+TEST(ClockCtl, HelpIsStatusZero) {
+  const Outcome outcome = run("--help", "/nowhere");
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,50 @@
+#include "control/Nearest.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "control/ManagementKeys.h"
+#include "control/RemoteMethods.h"
+
+namespace host {
+namespace {
+
+TEST(EditDistance, CountsInsertionsDeletionsReplacementsAndSwaps) {
+  EXPECT_EQ(editDistance("getTime", "getTime"), 0U);
+  EXPECT_EQ(editDistance("getTme", "getTime"), 1U);
+  EXPECT_EQ(editDistance("getTiime", "getTime"), 1U);
+  EXPECT_EQ(editDistance("getTine", "getTime"), 1U);
+  EXPECT_EQ(editDistance("getTiem", "getTime"), 1U);
+  EXPECT_EQ(editDistance("", "getTime"), 7U);
+  EXPECT_EQ(editDistance("getTime", ""), 7U);
+}
+
+TEST(EditDistance, LetterCaseDoesNotCount) {
+  EXPECT_EQ(editDistance("GETTIME", "getTime"), 0U);
+}
+
+TEST(EditDistance, TextsOfAnyLengthAreBounded) {
+  EXPECT_LE(editDistance(std::string(1 << 20, 'x'), std::string(1 << 20, 'y')), 256U);
+}
+
+TEST(Nearest, FirstOfEquallyNearOnes) {
+  constexpr std::array<std::string_view, 3> kWords = {"bat", "cat", "rat"};
+  EXPECT_EQ(nearest("hat", kWords), "bat");
+}
+
+TEST(Nearest, MethodsAndKeysByTheirMistypedNames) {
+  EXPECT_EQ(nearest("GetTime", remoteMethodNames()), "getTime");
+  EXPECT_EQ(nearest("getTimeInt", remoteMethodNames()), "getTimeInts");
+  EXPECT_EQ(nearest("dateformat", managementKeyNames()), "date-format");
+  EXPECT_EQ(nearest("sntp-adr", managementKeyNames()), "sntp-addr");
+  EXPECT_EQ(nearest("daylight-saving", managementKeyNames()), "daylight-save");
+}
+
+TEST(Suggestion, NamesTheNearest) {
+  EXPECT_EQ(suggestion("tme", managementKeyNames()), "; did you mean \"time\"?");
+  EXPECT_EQ(suggestion("tme", {}), "");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,63 @@
+#include "control/VerbPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace host {
+namespace {
+
+std::string printed(void (*print)(const Json&, std::ostream&), const char* json) {
+  std::ostringstream out;
+  print(Json::parse(json), out);
+  return out.str();
+}
+
+TEST(VerbPrinters, ReplyParametersInTheirOrder) {
+  EXPECT_EQ(printed(printCall, R"({"reply":{"b":"x y","a":-5,"c":true,"d":""}})"),
+            "b=x y\na=-5\nc=true\nd=\n");
+  EXPECT_EQ(printed(printCall, R"({"reply":{}})"), "");
+}
+
+TEST(VerbPrinters, EventsOnOneLine) {
+  EXPECT_EQ(printed(printEvent, R"({"event":"e","parameters":{"hours":3,"zone":"LOC"}})"),
+            "e hours=3 zone=LOC\n");
+}
+
+TEST(VerbPrinters, ValuesAsTheyAre) {
+  EXPECT_EQ(printed(printValue, R"({"value":"two words"})"), "two words\n");
+  EXPECT_EQ(printed(printValue, R"({"value":""})"), "\n");
+}
+
+TEST(VerbPrinters, KeysAsATable) {
+  EXPECT_EQ(printed(printKeys, R"({"keys":[{"key":"time","value":"now","settable":true,"state":4},
+                                           {"key":"x","value":null,"settable":false,"state":0}]})"),
+            "KEY                       VALUE                       SETTABLE  STATE\n"
+            "time                      now                         yes       4\n"
+            "x                                                     no        0\n");
+}
+
+TEST(VerbPrinters, LogEntriesAreOneLineEach) {
+  const char* const entry =
+      R"({"number":1,"time":"2016-06-16T00:00:00Z","level":5,"component":"ClockService",
+          "text":"a\nb","file":"f.cpp","line":7})";
+  EXPECT_EQ(printed(printLog, entry),
+            "2016-06-16T00:00:00Z info     ClockService \"a\\nb\" (f.cpp:7)\n");
+  EXPECT_EQ(printed(printLog, R"({"entries":[]})"), "");
+}
+
+TEST(VerbPrinters, SecurityRecordsSayWhatWasRefused) {
+  const char* const answer =
+      R"json({"records":[{"number":2,"time":"T","failure":true,
+                          "text":"ClockSettings set data k(v)"}]})json";
+  EXPECT_EQ(printed(printSecurityLog, answer), "2 T refused  ClockSettings set data k(v)\n");
+}
+
+TEST(VerbPrinters, TheClockLeavesOutWhatIsNotThere) {
+  EXPECT_EQ(printed(printClock, R"({"utc":"U","speed":"paused","timers":3,"note":"n"})"),
+            "utc          U\nspeed        paused\ntimers       3\nnote         n\n");
+}
+
+}  // namespace
+}  // namespace host
