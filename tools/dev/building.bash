@@ -26,7 +26,7 @@ build() {
   local folder
   folder=$(folder_of "$1")
   echo "dev: building ${folder#"$CLOCK_TREE"/}"
-  flock "$folder/.configured" cmake --build "$folder" ${2:+--target "${@:2}"}
+  flock "$folder/.configured" cmake --build "$folder" -j "$(nproc)" ${2:+--target "${@:2}"}
 }
 
 # run_tests NAME [CTEST ARGUMENT...]
