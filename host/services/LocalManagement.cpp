@@ -1,0 +1,216 @@
+#include "services/LocalManagement.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "Logging.h"
+#include "ManageableData.h"
+#include "MgmtAgentIfc.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kClockAgent = "ClockMgmtId";
+
+ManageableData recordOf(LocalManagement& owner, const std::string& key, const std::string& value) {
+  ManageableData record;
+  record.setRootId(key, &owner);
+  record.populate(key, value);
+  return record;
+}
+
+// The boundary of the host: whatever an agent throws counts as a refusal.
+template <class Operation>
+bool guarded(const char* operation, const std::string& key, Operation call) {
+  try {
+    return call();
+  } catch (const std::exception& error) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the agent threw \"%s\"",
+              operation, key.c_str(), error.what());
+  } catch (...) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the agent threw",
+              operation, key.c_str());
+  }
+  return false;
+}
+
+}  // namespace
+
+LocalManagement::LocalManagement(Dispatch dispatch) : m_dispatch(std::move(dispatch)) {}
+
+void LocalManagement::init(Context&) {}
+
+void LocalManagement::shutdown() {}
+
+bool LocalManagement::registerAgent(const std::string& agentId, MgmtAgentIfc* agent) {
+  if (agent == nullptr) return false;
+  const std::lock_guard lock(m_mutex);
+  m_agents[agentId] = agent;
+  return true;
+}
+
+bool LocalManagement::getData(ManageableData& record) {
+  const std::string key = record.getRootId();
+  const auto held = value(key);
+  if (!held) return false;
+  record.populate(key, *held);
+  return true;
+}
+
+bool LocalManagement::setData(ManageableData& record) {
+  const std::string key = record.getRootId();
+  std::string value;
+  if (key.empty() || !record.interogate(key, value)) return false;
+  change(key, value);
+  return true;
+}
+
+bool LocalManagement::observeData(const std::string& key, MgmtAgentIfc* agent) {
+  if (agent == nullptr) return false;
+  const std::lock_guard lock(m_mutex);
+  m_observers.emplace_back(key, agent);
+  return true;
+}
+
+bool LocalManagement::reportDataChanged(ManageableData& record) {
+  Report report;
+  report.key = record.getRootId();
+  if (report.key.empty() || !record.interogate(report.key, report.value)) return false;
+  ReportListener listener;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_reports.push_back(report);
+    if (m_reports.size() > kReportsKept) m_reports.pop_front();
+    listener = m_reportListener;
+  }
+  if (listener) listener(report.key, report.value);
+  return true;
+}
+
+bool LocalManagement::isUserData(ManageableData& record, int) {
+  const std::lock_guard lock(m_mutex);
+  const auto answer = m_userData.find(record.getRootId());
+  return answer == m_userData.end() || answer->second;
+}
+
+void LocalManagement::setItemState(ManageableData& record, int state) {
+  const std::lock_guard lock(m_mutex);
+  m_itemStates[record.getRootId()] = state;
+}
+
+void LocalManagement::setValue(const std::string& key, const std::string& value) {
+  change(key, value);
+  if (!m_dispatch) deliverChanges();
+}
+
+std::optional<std::string> LocalManagement::value(const std::string& key) const {
+  const std::lock_guard lock(m_mutex);
+  const auto held = m_values.find(key);
+  if (held == m_values.end()) return std::nullopt;
+  return held->second;
+}
+
+std::map<std::string, std::string> LocalManagement::values() const {
+  const std::lock_guard lock(m_mutex);
+  return m_values;
+}
+
+bool LocalManagement::get(const std::string& key, std::string& value) {
+  MgmtAgentIfc* const clock = agent();
+  if (clock == nullptr) return false;
+  return guarded("get", key, [&] {
+    ManageableData record;
+    record.setRootId(key, this);
+    return clock->getData(record) && record.interogate(key, value);
+  });
+}
+
+bool LocalManagement::set(const std::string& key, const std::string& value) {
+  MgmtAgentIfc* const clock = agent();
+  if (clock == nullptr) return false;
+  return guarded("set", key, [&] {
+    ManageableData record = recordOf(*this, key, value);
+    return clock->setData(record);
+  });
+}
+
+bool LocalManagement::reset() {
+  MgmtAgentIfc* const clock = agent();
+  if (clock == nullptr) return false;
+  return guarded("reset", "user data", [&] { return clock->resetUserData(); });
+}
+
+void LocalManagement::deliverChanges() {
+  Report change;
+  std::vector<MgmtAgentIfc*> observers;
+  while (nextChange(change, observers)) {
+    for (MgmtAgentIfc* const observer : observers) {
+      guarded("change", change.key, [&] {
+        ManageableData record = recordOf(*this, change.key, change.value);
+        observer->manageableDataChanged(record);
+        return true;
+      });
+    }
+  }
+}
+
+int LocalManagement::itemState(const std::string& key) const {
+  const std::lock_guard lock(m_mutex);
+  const auto state = m_itemStates.find(key);
+  return state == m_itemStates.end() ? 0 : state->second;
+}
+
+void LocalManagement::setUserData(const std::string& key, bool isUserData) {
+  const std::lock_guard lock(m_mutex);
+  m_userData[key] = isUserData;
+}
+
+std::vector<LocalManagement::Report> LocalManagement::reports() const {
+  const std::lock_guard lock(m_mutex);
+  return {m_reports.begin(), m_reports.end()};
+}
+
+void LocalManagement::onReport(ReportListener listener) {
+  const std::lock_guard lock(m_mutex);
+  m_reportListener = std::move(listener);
+}
+
+void LocalManagement::dropAgents() {
+  const std::lock_guard lock(m_mutex);
+  m_agents.clear();
+  m_observers.clear();
+  m_changes.clear();
+}
+
+MgmtAgentIfc* LocalManagement::agent() {
+  const std::lock_guard lock(m_mutex);
+  const auto found = m_agents.find(kClockAgent);
+  return found == m_agents.end() ? nullptr : found->second;
+}
+
+void LocalManagement::change(const std::string& key, const std::string& value) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_values[key] = value;
+    // Who observes the key only later is not to hear of this.
+    const auto observes = [&key](const auto& entry) { return entry.first == key; };
+    if (std::none_of(m_observers.begin(), m_observers.end(), observes)) return;
+    m_changes.push_back({key, value});
+  }
+  if (m_dispatch) m_dispatch([this] { deliverChanges(); });
+}
+
+// Taken one by one: an observer may drop the rest, or change a value itself.
+bool LocalManagement::nextChange(Report& change, std::vector<MgmtAgentIfc*>& observers) {
+  const std::lock_guard lock(m_mutex);
+  if (m_changes.empty()) return false;
+  change = std::move(m_changes.front());
+  m_changes.pop_front();
+  observers.clear();
+  for (const auto& [key, agent] : m_observers) {
+    if (key == change.key) observers.push_back(agent);
+  }
+  return true;
+}
+
+}  // namespace host

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Executable.h"
+#include "LocalMgmtIfc.h"
+
+namespace host {
+
+// The device's local management: device values, agents, item states, change reports.
+// Owner: the device. Thread: any; callbacks into agents happen without a lock held, and only from
+// the operator's operations (get, set, reset, deliverChanges) or where `dispatch` runs them.
+// Failure: an agent's exception is logged at level 2 and refused; it never leaves this class.
+class LocalManagement : public Executable, public LocalMgmtIfc {
+ public:
+  using Dispatch = std::function<void(std::function<void()>)>;
+  using ReportListener = std::function<void(const std::string& key, const std::string& value)>;
+  struct Report {
+    std::string key;
+    std::string value;
+  };
+  static constexpr std::size_t kReportsKept = 1000;  // the oldest go first
+
+  // dispatch: runs a task on the management thread, later. Without one, the caller of setValue
+  // tells the observers itself, and what an agent wrote is told with the next deliverChanges.
+  explicit LocalManagement(Dispatch dispatch = {});
+
+  void init(Context& context) override;
+  void shutdown() override;
+
+  // What agents use.
+  bool registerAgent(const std::string& agentId, MgmtAgentIfc* agent) override;
+  bool getData(ManageableData& record) override;
+  bool setData(ManageableData& record) override;
+  bool observeData(const std::string& key, MgmtAgentIfc* agent) override;
+  bool reportDataChanged(ManageableData& record) override;
+  bool isUserData(ManageableData& record, int user) override;
+  void setItemState(ManageableData& record, int state) override;
+
+  // Device values. setValue counts as a change, and is told, also when the value is the old one.
+  void setValue(const std::string& key, const std::string& value);
+  [[nodiscard]] std::optional<std::string> value(const std::string& key) const;
+  [[nodiscard]] std::map<std::string, std::string> values() const;
+
+  // The operator's operations on the agent "ClockMgmtId". False: refused, or no such agent.
+  // REQUIRES: in a device, the caller is on its management thread (ManagementThread::run).
+  [[nodiscard]] bool get(const std::string& key, std::string& value);
+  [[nodiscard]] bool set(const std::string& key, const std::string& value);
+  [[nodiscard]] bool reset();
+
+  // Tells the observers what has changed since; on the caller's thread, in order of the changes.
+  void deliverChanges();
+
+  // 0: settable, also when nobody has set a state. 4: set by the device itself.
+  [[nodiscard]] int itemState(const std::string& key) const;
+
+  // What the user-data query answers for `key`; true unless set otherwise.
+  void setUserData(const std::string& key, bool isUserData);
+
+  // The last change reports, oldest first; and a listener for each new one, on the agent's thread.
+  [[nodiscard]] std::vector<Report> reports() const;
+  void onReport(ReportListener listener);
+
+  // Forgets every agent, observed key and change not told yet.
+  // REQUIRES: no callback is under way (in a device: called on the management thread).
+  void dropAgents();
+
+ private:
+  MgmtAgentIfc* agent();
+  void change(const std::string& key, const std::string& value);
+  bool nextChange(Report& change, std::vector<MgmtAgentIfc*>& observers);
+
+  const Dispatch m_dispatch;
+  mutable std::mutex m_mutex;  // guards what follows; never held while an agent or listener runs
+  std::map<std::string, std::string> m_values;
+  std::map<std::string, MgmtAgentIfc*> m_agents;
+  std::vector<std::pair<std::string, MgmtAgentIfc*>> m_observers;  // in order of registration
+  std::map<std::string, int> m_itemStates;
+  std::map<std::string, bool> m_userData;
+  std::deque<Report> m_reports;
+  std::deque<Report> m_changes;
+  ReportListener m_reportListener;
+};
+
+}  // namespace host

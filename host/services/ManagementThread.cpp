@@ -1,0 +1,70 @@
+#include "services/ManagementThread.h"
+
+#include <exception>
+#include <future>
+#include <memory>
+#include <utility>
+
+#include "Logging.h"
+
+namespace host {
+
+ManagementThread::ManagementThread() : m_thread([this] { work(); }) {}
+
+ManagementThread::~ManagementThread() {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_ending = true;
+  }
+  m_wake.notify_one();
+  m_thread.join();
+}
+
+void ManagementThread::post(std::function<void()> task) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_tasks.push_back(std::move(task));
+  }
+  m_wake.notify_one();
+}
+
+void ManagementThread::run(const std::function<void()>& task) {
+  if (std::this_thread::get_id() == m_thread.get_id()) return task();
+  // Shared: this thread may go on while the other is still inside set_value.
+  const auto done = std::make_shared<std::promise<void>>();
+  std::future<void> result = done->get_future();
+  post([&task, done] {
+    try {
+      task();
+      done->set_value();
+    } catch (...) {
+      done->set_exception(std::current_exception());
+    }
+  });
+  result.get();
+}
+
+void ManagementThread::work() {
+  std::unique_lock lock(m_mutex);
+  while (true) {
+    m_wake.wait(lock, [this] { return m_ending || !m_tasks.empty(); });
+    if (m_tasks.empty()) return;
+    const std::function<void()> task = std::move(m_tasks.front());
+    m_tasks.pop_front();
+    lock.unlock();
+    runLogged(task);
+    lock.lock();
+  }
+}
+
+void ManagementThread::runLogged(const std::function<void()>& task) {
+  try {
+    task();
+  } catch (const std::exception& error) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "management task threw \"%s\"", error.what());
+  } catch (...) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "management task threw");
+  }
+}
+
+}  // namespace host

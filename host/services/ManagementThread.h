@@ -1,0 +1,38 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+namespace host {
+
+// The thread that management calls come from, so that the locks of an agent are real.
+// Owner: the device; destruction runs what is queued and joins. Thread: any.
+// Failure: an exception out of a posted task is logged at level 2; run() hands it to its caller.
+class ManagementThread {
+ public:
+  ManagementThread();
+  ~ManagementThread();
+  ManagementThread(const ManagementThread&) = delete;
+  ManagementThread& operator=(const ManagementThread&) = delete;
+
+  // Queues the task; tasks run one by one, in order.
+  void post(std::function<void()> task);
+
+  // Returns when the task, and all that was queued before it, is done. From a task: runs at once.
+  void run(const std::function<void()>& task);
+
+ private:
+  void work();
+  static void runLogged(const std::function<void()>& task);
+
+  std::mutex m_mutex;
+  std::condition_variable m_wake;
+  std::deque<std::function<void()>> m_tasks;
+  bool m_ending = false;
+  std::thread m_thread;  // last: it uses all of the above
+};
+
+}  // namespace host

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <mutex>
+#include <vector>
+
+#include "Executable.h"
+#include "PhysicalInterfaceServiceIfc.h"
+
+namespace host {
+
+// The telephone's hardware: its variant, its jacks, its notices of clock changes.
+// Owner: the device. Thread: any for what services call; jack() is the framework thread's, and
+// calls the subscribers without a lock held.
+class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc {
+ public:
+  // The kind of group that jack events belong to.
+  static constexpr int kJackKind = 1;
+  struct ClockChanges {
+    int begun = 0;
+    int ended = 0;
+  };
+
+  // variant: the hardware sub-variant, any number.
+  explicit PhysicalInterface(int variant);
+
+  void init(Context& context) override;
+  void shutdown() override;
+
+  PhysDefs::hardwareSubVariant getHardwareSubVariant() override;
+  void subscribe(physicalEventObserver* observer,
+                 const std::vector<PhysDefs::SubscriptionGrp>& groups) override;
+  void beginClockChange() override;
+  void endClockChange() override;
+
+  // Tells each subscriber of a group of kind 1 that something went into a plug (status 1) or out of
+  // it (0). Any two numbers are passed on as they are. Each subscription is told once.
+  void jack(int plug, int status);
+
+  [[nodiscard]] ClockChanges clockChanges() const;
+
+  // REQUIRES: no jack event is under way.
+  void dropSubscribers();
+
+ private:
+  const PhysDefs::hardwareSubVariant m_variant;
+  mutable std::mutex m_mutex;                           // guards what follows
+  std::vector<physicalEventObserver*> m_jackObservers;  // in order of subscription
+  ClockChanges m_clockChanges;
+};
+
+}  // namespace host

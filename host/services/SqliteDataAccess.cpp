@@ -1,0 +1,58 @@
+#include "services/SqliteDataAccess.h"
+
+#include "services/SqliteDatabase.h"
+#include "services/SqliteStatement.h"
+
+namespace host {
+namespace {
+
+constexpr SqliteStore kStore = {
+    SqliteDataAccess::kVersion,
+    "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
+    " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID",
+    "SELECT schema, key, value FROM settings LIMIT 0", "FULL"};
+
+}  // namespace
+
+SqliteDataAccess::SqliteDataAccess(const std::filesystem::path& folder)
+    : m_database(std::make_unique<SqliteDatabase>(folder / kFileName, kStore)),
+      m_set(std::make_unique<SqliteStatement>(
+          *m_database,
+          "INSERT INTO settings(schema, key, value) VALUES(?1, ?2, ?3)"
+          " ON CONFLICT(schema, key) DO UPDATE SET value = excluded.value")),
+      m_get(std::make_unique<SqliteStatement>(
+          *m_database, "SELECT value FROM settings WHERE schema = ?1 AND key = ?2")) {}
+
+SqliteDataAccess::~SqliteDataAccess() = default;
+
+void SqliteDataAccess::init(Context&) {}
+
+void SqliteDataAccess::shutdown() {}
+
+bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key,
+                               const std::string& value) {
+  const std::lock_guard lock(m_mutex);
+  m_set->bind(1, schema);
+  m_set->bind(2, key);
+  m_set->bind(3, value);
+  if (m_set->run()) return true;
+  m_database->logFailure("writing");
+  return false;
+}
+
+std::optional<std::string> SqliteDataAccess::getItem(const std::string& schema,
+                                                     const std::string& key) {
+  const std::lock_guard lock(m_mutex);
+  m_get->bind(1, schema);
+  m_get->bind(2, key);
+  std::optional<std::string> value;
+  if (m_get->next()) {
+    value = m_get->text(0);
+  } else if (m_get->failed()) {
+    m_database->logFailure("reading");
+  }
+  m_get->reset();
+  return value;
+}
+
+}  // namespace host

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "Executable.h"
+#include "platform/DataAccess.h"
+
+namespace host {
+
+class SqliteDatabase;
+class SqliteStatement;
+
+// The device's persistent settings, in the file settings.db of the state folder.
+// Owner: the device. Thread: any. Each accepted set is one transaction and one sync.
+// Failure: a set that could not be written is logged, returns false and leaves the old value; a
+// damaged file is set aside as settings.db.damaged-N, with one log line, and an empty store serves.
+class SqliteDataAccess : public Executable, public DataAccess {
+ public:
+  static constexpr const char* kFileName = "settings.db";
+  static constexpr int kVersion = 1;  // on disk: pragma user_version
+
+  // Creates the folder (for its owner only) and the file where missing. Throws host::Error: the
+  // folder or file cannot be written, the store is of a newer version or in use by another host.
+  explicit SqliteDataAccess(const std::filesystem::path& folder);
+  ~SqliteDataAccess() override;
+
+  void init(Context& context) override;
+  void shutdown() override;
+
+  bool setItem(const std::string& schema, const std::string& key,
+               const std::string& value) override;
+  std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
+
+ private:
+  std::mutex m_mutex;  // guards the database and its statements
+  std::unique_ptr<SqliteDatabase> m_database;
+  std::unique_ptr<SqliteStatement> m_set;
+  std::unique_ptr<SqliteStatement> m_get;
+};
+
+}  // namespace host

@@ -1,0 +1,178 @@
+#include "services/SqliteDatabase.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+
+#include "Logging.h"
+#include "runtime/Error.h"
+
+namespace host {
+namespace {
+
+// For the last host to let go of the file after it was killed.
+constexpr int kBusyMilliseconds = 500;
+
+// Why a file is of no use. Never leaves this source.
+struct Damaged {
+  std::string reason;
+};
+
+std::string describe(const std::string& name, const std::string& words) {
+  return "store \"" + name + "\" " + words;
+}
+
+void createFolder(const std::filesystem::path& folder) {
+  if (folder.empty() || std::filesystem::exists(folder)) return;
+  std::error_code code;
+  std::filesystem::create_directories(folder.parent_path(), code);
+  if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+    throw Error(describe(folder, std::string("cannot be created: ") + std::strerror(errno)));
+  }
+}
+
+std::string unusedName(const std::string& file) {
+  for (int number = 1;; ++number) {
+    std::string name = file + ".damaged-" + std::to_string(number);
+    if (!std::filesystem::exists(std::filesystem::symlink_status(name))) return name;
+  }
+}
+
+}  // namespace
+
+SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store)
+    : m_name(file.string()) {
+  try {
+    create();
+    open(store);
+  } catch (const Damaged& damage) {
+    m_handle.reset();
+    setAside(damage.reason);
+    create();
+    open(store);
+  }
+}
+
+SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:") {
+  open(store);
+}
+
+void SqliteDatabase::Close::operator()(sqlite3* handle) const {
+  sqlite3_close_v2(handle);
+}
+
+void SqliteDatabase::logFailure(const char* what) const {
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "store \"%s\": %s failed: %s", m_name.c_str(), what,
+            sqlite3_errmsg(handle()));
+}
+
+// Made here and not by SQLite, whose files others could read: settings hold a shared secret.
+void SqliteDatabase::create() {
+  createFolder(std::filesystem::path(m_name).parent_path());
+  const int fresh =
+      ::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (fresh >= 0) {
+    ::close(fresh);
+    return;
+  }
+  if (errno != EEXIST) {
+    throw Error(describe(m_name, std::string("cannot be written: ") + std::strerror(errno)));
+  }
+  std::error_code code;
+  const auto size = std::filesystem::file_size(m_name, code);
+  if (!code && size == 0) throw Damaged{"file is empty"};
+}
+
+void SqliteDatabase::open(const SqliteStore& store) {
+  constexpr int kFlags =
+      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+  sqlite3* handle = nullptr;
+  const int code = sqlite3_open_v2(m_name.c_str(), &handle, kFlags, nullptr);
+  m_handle.reset(handle);
+  if (code != SQLITE_OK) fail();
+  sqlite3_busy_timeout(handle, kBusyMilliseconds);
+  bringUp(store);
+}
+
+// Nothing is written before it is known whose file it is.
+void SqliteDatabase::bringUp(const SqliteStore& store) {
+  execute("PRAGMA locking_mode=EXCLUSIVE");
+  const std::string integrity = first("PRAGMA integrity_check(1)");
+  if (integrity != "ok") throw Damaged{integrity};
+  const bool fresh = isFresh(store);
+  execute("PRAGMA journal_mode=WAL");
+  execute(std::string("PRAGMA synchronous=") + store.synchronous);
+  if (fresh) {
+    execute("BEGIN IMMEDIATE;" + std::string(store.schema) +
+            ";PRAGMA user_version=" + std::to_string(store.version) + ";COMMIT");
+  }
+  if (sqlite3_exec(handle(), store.probe, nullptr, nullptr, nullptr) != SQLITE_OK) {
+    throw Damaged{sqlite3_errmsg(handle())};
+  }
+}
+
+bool SqliteDatabase::isFresh(const SqliteStore& store) {
+  if (sqlite3_db_readonly(handle(), "main") == 1) {
+    throw Error(describe(m_name, "cannot be written: it is read-only"));
+  }
+  const int version = std::stoi(first("PRAGMA user_version"));
+  if (version > store.version) {
+    throw Error(describe(m_name, "is of version " + std::to_string(version) +
+                                     ", newer than this program's " +
+                                     std::to_string(store.version)));
+  }
+  if (version != 0) return false;
+  if (first("SELECT count(*) FROM sqlite_schema") == "0") return true;
+  throw Damaged{"it is another program's database"};
+}
+
+void SqliteDatabase::setAside(const std::string& reason) {
+  const std::string name = unusedName(m_name);
+  if (std::rename(m_name.c_str(), name.c_str()) != 0) {
+    throw Error(describe(
+        m_name, std::string("is damaged and cannot be set aside: ") + std::strerror(errno)));
+  }
+  // Its log belongs to it, and must not be taken for the new file's. It may well be missing.
+  static_cast<void>(std::rename((m_name + "-wal").c_str(), (name + "-wal").c_str()));
+  logAppUni("clockhost", 2, __FILE__, __LINE__,
+            "store \"%s\" is damaged (%s): set aside as \"%s\", starting with an empty one",
+            m_name.c_str(), reason.c_str(), name.c_str());
+}
+
+void SqliteDatabase::execute(const std::string& sql) {
+  if (sqlite3_exec(handle(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail();
+}
+
+// The first column of the first row.
+std::string SqliteDatabase::first(const std::string& query) {
+  std::string text;
+  const auto keep = [](void* target, int, char** values, char**) {
+    *static_cast<std::string*>(target) = values[0] == nullptr ? "" : values[0];
+    return 0;
+  };
+  if (sqlite3_exec(handle(), query.c_str(), keep, &text, nullptr) != SQLITE_OK) fail();
+  return text;
+}
+
+// SQLite answers for a null handle too: out of memory.
+void SqliteDatabase::fail() {
+  const std::string words = sqlite3_errmsg(handle());
+  switch (sqlite3_errcode(handle()) & 0xff) {
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+      throw Damaged{words};
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+      throw Error(describe(m_name, "is in use by another host"));
+    default:
+      throw Error(describe(m_name, "cannot be written: " + words));
+  }
+}
+
+}  // namespace host

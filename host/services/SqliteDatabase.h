@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+struct sqlite3;
+
+namespace host {
+
+// What a store needs to be opened.
+struct SqliteStore {
+  int version;              // on disk: pragma user_version
+  const char* schema;       // SQL that makes an empty database one of `version`
+  const char* probe;        // a query that fails on a database without that schema
+  const char* synchronous;  // FULL: each transaction is synced. NORMAL: only checkpoints are
+};
+
+// One open SQLite database with a write-ahead log, held exclusively by this process.
+// Owner: a service, which also sees to one thread at a time. Failure: opening throws host::Error;
+// a damaged file is set aside as FILE.damaged-N, with one log line, and a new one is opened.
+class SqliteDatabase {
+ public:
+  // Creates file and folder where missing, both for their owner only. Throws host::Error: not
+  // writable, of a newer version, or in use by another process.
+  SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store);
+  explicit SqliteDatabase(const SqliteStore& store);  // in memory
+
+  [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
+
+  // Writes one log line: what failed, with SQLite's own words for it.
+  void logFailure(const char* what) const;
+
+ private:
+  struct Close {
+    void operator()(sqlite3* handle) const;
+  };
+
+  void create();
+  void open(const SqliteStore& store);
+  void bringUp(const SqliteStore& store);
+  bool isFresh(const SqliteStore& store);
+  void setAside(const std::string& reason);
+  void execute(const std::string& sql);
+  std::string first(const std::string& query);
+  [[noreturn]] void fail();
+
+  std::string m_name;  // the file's path, or ":memory:"
+  std::unique_ptr<sqlite3, Close> m_handle;
+};
+
+}  // namespace host

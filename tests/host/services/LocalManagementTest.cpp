@@ -1,0 +1,322 @@
+#include "services/LocalManagement.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "ManageableData.h"
+#include "MgmtAgentIfc.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+// Notes what it is asked, and answers as it is told.
+class Agent final : public MgmtAgentIfc {
+ public:
+  bool setData(ManageableData& record) override {
+    note("set", record);
+    return answer();
+  }
+  bool getData(ManageableData& record) override {
+    const bool found = answer();
+    if (found) record.populate(record.getRootId(), "value of " + record.getRootId());
+    return found;
+  }
+  void manageableDataChanged(ManageableData& record) override {
+    note("changed", record);
+    answer();
+    if (onChange) onChange(record);
+  }
+  bool resetUserData() override {
+    notes.emplace_back("reset");
+    return answer();
+  }
+
+  std::vector<std::string> notes;
+  std::function<bool()> answer = [] { return true; };
+  std::function<void(ManageableData&)> onChange;
+
+ private:
+  void note(const std::string& what, const ManageableData& record) {
+    std::string value;
+    EXPECT_TRUE(record.interogate(record.getRootId(), value));
+    notes.push_back(what + " " + record.getRootId() + "=" + value);
+  }
+};
+
+ManageableData record(const std::string& key) {
+  ManageableData data;
+  data.setRootId(key, nullptr);
+  return data;
+}
+
+ManageableData record(const std::string& key, const std::string& value) {
+  ManageableData data = record(key);
+  data.populate(key, value);
+  return data;
+}
+
+class ClockAgentRegistered : public ::testing::Test {
+ protected:
+  ClockAgentRegistered() { EXPECT_TRUE(management.registerAgent("ClockMgmtId", &agent)); }
+
+  support::LogCapture log;
+  LocalManagement management;
+  Agent agent;
+};
+
+TEST_F(ClockAgentRegistered, GetGivesTheAgentsValue) {
+  std::string value;
+  ASSERT_TRUE(management.get("date-format", value));
+  EXPECT_EQ(value, "value of date-format");
+}
+
+TEST_F(ClockAgentRegistered, RefusedGetLeavesTheValueUntouched) {
+  agent.answer = [] { return false; };
+  std::string value = "as before";
+  EXPECT_FALSE(management.get("no-such-key", value));
+  EXPECT_EQ(value, "as before");
+}
+
+TEST_F(ClockAgentRegistered, SetHandsKeyAndValueOverAndReturnsTheAnswer) {
+  EXPECT_TRUE(management.set("ntp-secret", std::string("a\0b", 3)));
+  agent.answer = [] { return false; };
+  EXPECT_FALSE(management.set("ntp-secret", ""));
+  EXPECT_EQ(agent.notes,
+            (std::vector<std::string>{std::string("set ntp-secret=a\0b", 18), "set ntp-secret="}));
+}
+
+TEST_F(ClockAgentRegistered, ResetReturnsTheAnswer) {
+  EXPECT_TRUE(management.reset());
+  agent.answer = [] { return false; };
+  EXPECT_FALSE(management.reset());
+}
+
+TEST_F(ClockAgentRegistered, ExceptionOfTheAgentIsARefusalWithOneErrorLine) {
+  agent.answer = []() -> bool { throw std::out_of_range("basic_string::substr"); };
+  std::string value;
+  EXPECT_FALSE(management.set("simple-time", "7"));
+  EXPECT_FALSE(management.get("simple-time", value));
+  EXPECT_FALSE(management.reset());
+  EXPECT_TRUE(log.has(2,
+                      "set of \"simple-time\" refused: the agent threw "
+                      "\"basic_string::substr\""));
+  EXPECT_EQ(log.entries().size(), 3U);
+  agent.answer = [] { return true; };
+  EXPECT_TRUE(management.set("simple-time", "07:30"));
+}
+
+TEST_F(ClockAgentRegistered, ExceptionOfNoStandardTypeIsARefusalToo) {
+  agent.answer = []() -> bool { throw 7; };
+  EXPECT_FALSE(management.set("simple-time", "7"));
+  EXPECT_TRUE(log.has(2, "set of \"simple-time\" refused: the agent threw"));
+}
+
+TEST_F(ClockAgentRegistered, DroppedAgentIsNotAsked) {
+  management.dropAgents();
+  std::string value;
+  EXPECT_FALSE(management.get("time", value));
+  EXPECT_FALSE(management.set("time", ""));
+  EXPECT_FALSE(management.reset());
+  EXPECT_TRUE(agent.notes.empty());
+}
+
+TEST_F(ClockAgentRegistered, LaterAgentOfTheSameIdReplacesIt) {
+  Agent later;
+  EXPECT_TRUE(management.registerAgent("ClockMgmtId", &later));
+  EXPECT_TRUE(management.reset());
+  EXPECT_EQ(agent.notes.size(), 0U);
+  EXPECT_EQ(later.notes.size(), 1U);
+}
+
+TEST_F(ClockAgentRegistered, NullAgentIsRefused) {
+  EXPECT_FALSE(management.registerAgent("ClockMgmtId", nullptr));
+  EXPECT_FALSE(management.observeData("dhcp-enabled", nullptr));
+  EXPECT_TRUE(management.reset());
+}
+
+TEST(LocalManagement, WithoutTheClockAgentEverythingIsRefused) {
+  LocalManagement management;
+  Agent other;
+  EXPECT_TRUE(management.registerAgent("OtherMgmtId", &other));
+  EXPECT_FALSE(management.set("time", "now"));
+  EXPECT_TRUE(other.notes.empty());
+}
+
+TEST(LocalManagement, DeviceValueIsReadIntoTheRecord) {
+  LocalManagement management;
+  management.setValue("mac-addr", "0001E3A1B2C3");
+  ManageableData data = record("mac-addr");
+  ASSERT_TRUE(management.getData(data));
+  std::string value;
+  EXPECT_TRUE(data.interogate("mac-addr", value));
+  EXPECT_EQ(value, "0001E3A1B2C3");
+}
+
+TEST(LocalManagement, UnknownDeviceValueIsRefused) {
+  LocalManagement management;
+  ManageableData data = record("mac-addr");
+  EXPECT_FALSE(management.getData(data));
+  EXPECT_FALSE(management.value("mac-addr").has_value());
+}
+
+TEST(LocalManagement, AgentWritesADeviceValue) {
+  LocalManagement management;
+  ManageableData data;
+  data.populate("last-restart-date", "last-restart-date", "2016-06-16T00:00:00+00:00");
+  EXPECT_TRUE(management.setData(data));
+  EXPECT_EQ(management.value("last-restart-date"), "2016-06-16T00:00:00+00:00");
+}
+
+TEST(LocalManagement, RecordWithoutRootOrValueIsRefused) {
+  LocalManagement management;
+  ManageableData rootless;
+  ManageableData empty = record("last-restart-date");
+  EXPECT_FALSE(management.setData(rootless));
+  EXPECT_FALSE(management.setData(empty));
+  EXPECT_FALSE(management.reportDataChanged(rootless));
+  EXPECT_FALSE(management.reportDataChanged(empty));
+  EXPECT_TRUE(management.reports().empty());
+}
+
+TEST(LocalManagement, ObserversOfAKeyHearItsChangesInOrder) {
+  LocalManagement management;
+  Agent first;
+  Agent second;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
+  EXPECT_TRUE(management.observeData("interface-status", &second));
+  management.setValue("dhcp-enabled", "true");
+  management.setValue("dhcp-enabled", "true");
+  management.setValue("interface-status", "up");
+  management.setValue("mac-addr", "0001E3A1B2C3");
+  EXPECT_EQ(first.notes,
+            (std::vector<std::string>{"changed dhcp-enabled=true", "changed dhcp-enabled=true"}));
+  EXPECT_EQ(second.notes,
+            (std::vector<std::string>{"changed dhcp-enabled=true", "changed dhcp-enabled=true",
+                                      "changed interface-status=up"}));
+}
+
+TEST(LocalManagement, ThrowingObserverDoesNotKeepTheOthersFromHearing) {
+  const support::LogCapture log;
+  LocalManagement management;
+  Agent first;
+  Agent second;
+  first.answer = []() -> bool { throw std::runtime_error("no"); };
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
+  management.setValue("dhcp-enabled", "true");
+  EXPECT_EQ(second.notes.size(), 1U);
+  EXPECT_TRUE(log.has(2, "change of \"dhcp-enabled\" refused: the agent threw \"no\""));
+}
+
+TEST(LocalManagement, WhatAnAgentWritesIsNotToldBeforeItsCallReturns) {
+  LocalManagement management;
+  Agent agent;
+  EXPECT_TRUE(management.observeData("interface-status", &agent));
+  ManageableData data = record("interface-status", "up");
+  EXPECT_TRUE(management.setData(data));
+  EXPECT_TRUE(agent.notes.empty());
+  management.deliverChanges();
+  EXPECT_EQ(agent.notes, std::vector<std::string>{"changed interface-status=up"});
+}
+
+TEST(LocalManagement, ChangeMadeByAnObserverIsToldAfterTheOneItHears) {
+  LocalManagement management;
+  Agent agent;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
+  EXPECT_TRUE(management.observeData("interface-status", &agent));
+  agent.onChange = [&](ManageableData& change) {
+    if (change.getRootId() == "interface-status") return;
+    ManageableData data = record("interface-status", "down");
+    EXPECT_TRUE(management.setData(data));
+    agent.notes.emplace_back("end of the first");
+  };
+  management.setValue("dhcp-enabled", "true");
+  EXPECT_EQ(agent.notes, (std::vector<std::string>{"changed dhcp-enabled=true", "end of the first",
+                                                   "changed interface-status=down"}));
+}
+
+TEST(LocalManagement, WithADispatcherObserversAreToldOnlyWhereItRunsTheTask) {
+  std::vector<std::function<void()>> tasks;
+  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
+  Agent agent;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
+  management.setValue("dhcp-enabled", "true");
+  EXPECT_TRUE(agent.notes.empty());
+  ASSERT_EQ(tasks.size(), 1U);
+  tasks[0]();
+  EXPECT_EQ(agent.notes.size(), 1U);
+}
+
+TEST(LocalManagement, WhoObservesLaterDoesNotHearOfEarlierChanges) {
+  std::vector<std::function<void()>> tasks;
+  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
+  Agent agent;
+  management.setValue("interface-status", "up");
+  EXPECT_TRUE(management.observeData("interface-status", &agent));
+  for (const auto& task : tasks) task();
+  management.deliverChanges();
+  EXPECT_TRUE(agent.notes.empty());
+}
+
+TEST(LocalManagement, DroppedObserverDoesNotHearOfAChangeStillOnItsWay) {
+  std::vector<std::function<void()>> tasks;
+  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
+  Agent agent;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
+  management.setValue("dhcp-enabled", "true");
+  management.dropAgents();
+  for (const auto& task : tasks) task();
+  EXPECT_TRUE(agent.notes.empty());
+}
+
+TEST(LocalManagement, ItemStateIsZeroUntilItIsSet) {
+  LocalManagement management;
+  EXPECT_EQ(management.itemState("time"), 0);
+  ManageableData data;
+  data.addRootId("time", nullptr);
+  management.setItemState(data, 4);
+  EXPECT_EQ(management.itemState("time"), 4);
+  EXPECT_EQ(management.itemState("simple-time"), 0);
+}
+
+TEST(LocalManagement, EveryItemIsUserDataUntilItIsSaidNotToBe) {
+  LocalManagement management;
+  ManageableData data = record("date-format");
+  EXPECT_TRUE(management.isUserData(data, 0));
+  management.setUserData("date-format", false);
+  EXPECT_FALSE(management.isUserData(data, 0));
+}
+
+TEST(LocalManagement, ReportsAreKeptAndToldToTheListener) {
+  LocalManagement management;
+  std::vector<std::string> heard;
+  management.onReport([&](const std::string& key, const std::string& value) {
+    heard.push_back(key + "=" + value);
+  });
+  ManageableData data = record("date-format", "2");
+  EXPECT_TRUE(management.reportDataChanged(data));
+  EXPECT_EQ(heard, std::vector<std::string>{"date-format=2"});
+  ASSERT_EQ(management.reports().size(), 1U);
+  EXPECT_EQ(management.reports()[0].key, "date-format");
+  EXPECT_FALSE(management.value("date-format").has_value());
+}
+
+TEST(LocalManagement, OldestReportGoesAtTheBound) {
+  LocalManagement management;
+  for (std::size_t i = 0; i <= LocalManagement::kReportsKept; ++i) {
+    ManageableData data = record("date-format", std::to_string(i));
+    EXPECT_TRUE(management.reportDataChanged(data));
+  }
+  const auto reports = management.reports();
+  ASSERT_EQ(reports.size(), LocalManagement::kReportsKept);
+  EXPECT_EQ(reports.front().value, "1");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,80 @@
+#include "services/ManagementThread.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+TEST(ManagementThread, RunsTasksInOrderOnOneOtherThread) {
+  ManagementThread thread;
+  std::vector<int> order;
+  std::vector<std::thread::id> ids;
+  for (int i = 0; i < 3; ++i) {
+    thread.post([&, i] {
+      order.push_back(i);
+      ids.push_back(std::this_thread::get_id());
+    });
+  }
+  thread.run([&] { ids.push_back(std::this_thread::get_id()); });
+  EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+  for (const auto id : ids) EXPECT_EQ(id, ids[0]);
+  EXPECT_NE(ids[0], std::this_thread::get_id());
+}
+
+TEST(ManagementThread, RunInsideATaskRunsAtOnce) {
+  ManagementThread thread;
+  std::vector<int> order;
+  thread.run([&] {
+    thread.run([&] { order.push_back(1); });
+    order.push_back(2);
+  });
+  EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST(ManagementThread, RunHandsTheTasksExceptionToItsCaller) {
+  ManagementThread thread;
+  EXPECT_THROW(thread.run([] { throw std::out_of_range("no"); }), std::out_of_range);
+}
+
+TEST(ManagementThread, ExceptionOfAPostedTaskIsLoggedAndTheNextTaskRuns) {
+  const support::LogCapture log;
+  ManagementThread thread;
+  bool ran = false;
+  thread.post([] { throw std::runtime_error("too short"); });
+  thread.post([] { throw 7; });
+  thread.run([&] { ran = true; });
+  EXPECT_TRUE(ran);
+  EXPECT_TRUE(log.has(2, "management task threw \"too short\""));
+  EXPECT_TRUE(log.has(2, "management task threw"));
+}
+
+TEST(ManagementThread, DestructionRunsWhatIsQueued) {
+  int ran = 0;
+  {
+    ManagementThread thread;
+    for (int i = 0; i < 100; ++i) thread.post([&] { ++ran; });
+  }
+  EXPECT_EQ(ran, 100);
+}
+
+TEST(ManagementThread, ServesManyCallersAtOnce) {
+  ManagementThread thread;
+  int count = 0;  // touched on the management thread alone
+  std::vector<std::thread> callers;
+  for (int i = 0; i < 8; ++i) {
+    callers.emplace_back([&] {
+      for (int round = 0; round < 100; ++round) thread.run([&] { ++count; });
+    });
+  }
+  for (std::thread& caller : callers) caller.join();
+  EXPECT_EQ(count, 800);
+}
+
+}  // namespace
+}  // namespace host

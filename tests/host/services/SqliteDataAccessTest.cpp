@@ -1,0 +1,295 @@
+#include "services/SqliteDataAccess.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <cerrno>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "host/services/StoreFaults.h"
+#include "host/services/StoreFile.h"
+#include "runtime/Error.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kSchema = "ClockSettings";
+
+std::string errorOf(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const Error& error) {
+    return error.what();
+  }
+  return "";
+}
+
+class SettingsStore : public ::testing::Test {
+ protected:
+  fs::path file() const { return folder / SqliteDataAccess::kFileName; }
+  fs::path aside(int number) const {
+    return folder / ("settings.db.damaged-" + std::to_string(number));
+  }
+  std::string openingError() const {
+    return errorOf([this] { const SqliteDataAccess store(folder.path()); });
+  }
+  void saveOne() const {
+    SqliteDataAccess store(folder.path());
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+  }
+
+  support::TemporaryFolder folder;
+  support::LogCapture log;
+};
+
+TEST_F(SettingsStore, FreshOneHoldsNothing) {
+  SqliteDataAccess store(folder.path());
+  EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
+  EXPECT_TRUE(log.entries().empty()) << log.text();
+}
+
+TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
+  SqliteDataAccess store(folder.path());
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+  EXPECT_TRUE(store.setItem(kSchema, "TimeFormat", ""));
+  EXPECT_TRUE(store.setItem("Other", "DateFormat", "9"));
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
+  EXPECT_EQ(store.getItem(kSchema, "TimeFormat"), "");
+  EXPECT_EQ(store.getItem("Other", "DateFormat"), "9");
+  EXPECT_FALSE(store.getItem("Other", "TimeFormat").has_value());
+}
+
+TEST_F(SettingsStore, ValuesAreThereAfterReopening) {
+  saveOne();
+  SqliteDataAccess store(folder.path());
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
+}
+
+TEST_F(SettingsStore, KeepsAnyBytes) {
+  const std::string value = std::string("a\0b\xff\xfe <&>'\"\n", 13) + std::string(1 << 20, '\xc3');
+  SqliteDataAccess store(folder.path());
+  EXPECT_TRUE(store.setItem(kSchema, std::string("k\0'", 3), value));
+  EXPECT_TRUE(store.getItem(kSchema, std::string("k\0'", 3)) == value);
+  EXPECT_FALSE(store.getItem(kSchema, "k").has_value());
+}
+
+TEST_F(SettingsStore, EachAcceptedSetIsOneSync) {
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "none"));
+  static_cast<void>(takeSyncs());
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", std::to_string(i)));
+    ASSERT_EQ(takeSyncs(), 1U) << "set " << i;
+  }
+}
+
+TEST_F(SettingsStore, ReadingNeedsNoSync) {
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
+  static_cast<void>(takeSyncs());
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "0");
+  EXPECT_EQ(takeSyncs(), 0U);
+}
+
+TEST_F(SettingsStore, FailedWriteIsRefusedLoggedAndKeepsTheOldValue) {
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  for (const int error : {ENOSPC, EIO}) {
+    log.clear();
+    {
+      const FailingWrites fault(error);
+      EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
+    }
+    EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
+    EXPECT_TRUE(log.hasPart("settings.db\": writing failed: ")) << log.text();
+    EXPECT_EQ(log.entries().size(), 1U);
+  }
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "3"));
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "3");
+}
+
+TEST_F(SettingsStore, FailedSyncIsRefused) {
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  {
+    const FailingSyncs fault;
+    EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
+  }
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "3"));
+}
+
+TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
+  SqliteDataAccess store(folder.path());
+  for (const char* const value : {"1", "2", "3"}) {
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", value));
+  }
+  const std::string main = bytesOf(file());
+  const std::string wal = bytesOf(file().string() + "-wal");
+  ASSERT_FALSE(wal.empty());
+  for (std::size_t length = 0; length <= wal.size(); length += 512) {
+    const support::TemporaryFolder cut;
+    writeBytes(cut / "settings.db", main);
+    writeBytes(cut / "settings.db-wal", wal.substr(0, length));
+    SqliteDataAccess after(cut.path());
+    const std::string value = after.getItem(kSchema, "DateFormat").value_or("none");
+    EXPECT_TRUE(value == "none" || value == "1" || value == "2" || value == "3") << value;
+    EXPECT_TRUE(log.entries().empty()) << "cut at " << length << '\n' << log.text();
+  }
+}
+
+TEST_F(SettingsStore, ServesManyThreads) {
+  SqliteDataAccess store(folder.path());
+  std::vector<std::thread> threads;
+  std::atomic<int> wrong{0};
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, key = std::to_string(i)] {
+      for (int round = 0; round < 20; ++round) {
+        const std::string value = std::to_string(round);
+        if (!store.setItem(kSchema, key, value) || store.getItem(kSchema, key) != value) ++wrong;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(SettingsStore, IsForItsOwnerOnly) {
+  const fs::path state = folder / "a" / "b";
+  const SqliteDataAccess store(state);
+  EXPECT_EQ(fs::status(state).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(fs::status(state / "settings.db").permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(SettingsStore, SecondHostOnTheSameFolderIsRefused) {
+  const SqliteDataAccess store(folder.path());
+  EXPECT_EQ(openingError(), "store \"" + file().string() + "\" is in use by another host");
+}
+
+TEST_F(SettingsStore, NewerVersionIsRefusedAndLeftAlone) {
+  saveOne();
+  ASSERT_EQ(runSql(file(), "PRAGMA user_version=7"), "");
+  EXPECT_EQ(openingError(),
+            "store \"" + file().string() + "\" is of version 7, newer than this program's 1");
+  EXPECT_FALSE(fs::exists(aside(1)));
+  ASSERT_EQ(runSql(file(), "PRAGMA user_version=1"), "");
+  EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
+}
+
+TEST_F(SettingsStore, FolderThatIsAFileIsRefused) {
+  writeBytes(folder / "state", "not a folder");
+  for (const fs::path& state : {folder / "state", folder / "state" / "below"}) {
+    const std::string error = errorOf([&] { const SqliteDataAccess store(state); });
+    EXPECT_NE(error.find(state.string()), std::string::npos) << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos);
+  }
+}
+
+TEST_F(SettingsStore, FileThatIsAFolderIsRefused) {
+  fs::create_directory(file());
+  EXPECT_NE(openingError().find("cannot be written"), std::string::npos) << openingError();
+}
+
+TEST_F(SettingsStore, FullDiskAtTheStartIsRefused) {
+  const FailingWrites fault(ENOSPC);
+  EXPECT_NE(openingError().find("cannot be written"), std::string::npos) << openingError();
+}
+
+TEST_F(SettingsStore, SecondDamageGetsTheNextName) {
+  writeBytes(file(), "first");
+  EXPECT_EQ(openingError(), "");
+  writeBytes(file(), "second");
+  EXPECT_EQ(openingError(), "");
+  EXPECT_EQ(bytesOf(aside(1)), "first");
+  EXPECT_EQ(bytesOf(aside(2)), "second");
+}
+
+struct Damage {
+  const char* name;
+  void (*apply)(const fs::path& file);
+};
+
+void PrintTo(const Damage& damage, std::ostream* out) {
+  *out << damage.name;
+}
+
+void keepBytes(const fs::path& file, std::size_t length) {
+  writeBytes(file, bytesOf(file).substr(0, length));
+}
+
+const Damage kDamages[] = {
+    {"empty", [](const fs::path& file) { writeBytes(file, ""); }},
+    {"text", [](const fs::path& file) { writeBytes(file, "DateFormat=2\n"); }},
+    {"random", [](const fs::path& file) { writeBytes(file, randomBytes(20'000)); }},
+    {"cut in the header", [](const fs::path& file) { keepBytes(file, 60); }},
+    {"cut in the first page", [](const fs::path& file) { keepBytes(file, 3000); }},
+    {"cut after the first page", [](const fs::path& file) { keepBytes(file, 4096); }},
+    {"random second page",
+     [](const fs::path& file) {
+       writeBytes(file, bytesOf(file).substr(0, 4096) + randomBytes(4096));
+     }},
+    {"without its table",
+     [](const fs::path& file) { ASSERT_EQ(runSql(file, "DROP TABLE settings"), ""); }},
+    {"another program's",
+     [](const fs::path& file) {
+       fs::remove(file);
+       ASSERT_EQ(runSql(file, "CREATE TABLE other(x)"), "");
+     }},
+};
+
+class DamagedStore : public SettingsStore, public ::testing::WithParamInterface<Damage> {};
+
+TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
+  saveOne();
+  GetParam().apply(file());
+  const std::string damaged = bytesOf(file());
+  SqliteDataAccess store(folder.path());
+  EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
+  EXPECT_TRUE(bytesOf(aside(1)) == damaged);
+  ASSERT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_EQ(log.entries()[0].level, 2);
+  EXPECT_TRUE(log.hasPart("set aside as \"" + aside(1).string() + "\"")) << log.text();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
+
+TEST_F(SettingsStore, UnchangedValueNeedsNoSync) {
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
+  static_cast<void>(takeSyncs());
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
+  EXPECT_EQ(takeSyncs(), 0U);
+}
+
+TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
+  {
+    SqliteDataAccess store(folder.path());
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+    fs::copy_file(file().string() + "-wal", folder / "kept");
+  }
+  writeBytes(file(), randomBytes(5000));
+  fs::rename(folder / "kept", file().string() + "-wal");
+  EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
+}
+
+TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
+  writeBytes(file(), randomBytes(5000));
+  writeBytes(file().string() + "-wal", randomBytes(5000));
+  SqliteDataAccess store(folder.path());
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+  EXPECT_EQ(bytesOf(aside(1)), randomBytes(5000));
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,73 @@
+#include "host/services/StoreFaults.h"
+
+#include <sqlite3.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+namespace host {
+namespace {
+
+std::atomic<std::size_t> syncs{0};
+std::atomic<bool> syncsFail{false};
+int writeError = 0;
+
+ssize_t refuseWrite(int, const void*, size_t) {
+  errno = writeError;
+  return -1;
+}
+
+ssize_t refuseWriteAt(int, const void*, size_t, off_t) {
+  errno = writeError;
+  return -1;
+}
+
+// Null puts the real call back.
+void replace(const char* call, sqlite3_syscall_ptr function) {
+  sqlite3_vfs* const vfs = sqlite3_vfs_find(nullptr);
+  vfs->xSetSystemCall(vfs, call, function);
+}
+
+int sync(long call, int file) {
+  ++syncs;
+  if (!syncsFail) return static_cast<int>(::syscall(call, file));
+  errno = EIO;
+  return -1;
+}
+
+}  // namespace
+
+std::size_t takeSyncs() {
+  return syncs.exchange(0);
+}
+
+FailingWrites::FailingWrites(int error) {
+  writeError = error;
+  replace("write", reinterpret_cast<sqlite3_syscall_ptr>(refuseWrite));
+  replace("pwrite", reinterpret_cast<sqlite3_syscall_ptr>(refuseWriteAt));
+  replace("pwrite64", reinterpret_cast<sqlite3_syscall_ptr>(refuseWriteAt));
+}
+
+FailingWrites::~FailingWrites() {
+  for (const char* const call : {"write", "pwrite", "pwrite64"}) replace(call, nullptr);
+}
+
+FailingSyncs::FailingSyncs() {
+  syncsFail = true;
+}
+
+FailingSyncs::~FailingSyncs() {
+  syncsFail = false;
+}
+
+}  // namespace host
+
+// SQLite's library finds these before the C library's: the program exports its symbols.
+extern "C" int fsync(int file) {
+  return host::sync(SYS_fsync, file);
+}
+extern "C" int fdatasync(int file) {
+  return host::sync(SYS_fdatasync, file);
+}

@@ -1,0 +1,36 @@
+#include "host/services/StoreFile.h"
+
+#include <sqlite3.h>
+
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace host {
+
+std::string bytesOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void writeBytes(const std::filesystem::path& file, const std::string& bytes) {
+  std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+std::string runSql(const std::filesystem::path& file, const std::string& sql) {
+  sqlite3* database = nullptr;
+  sqlite3_open(file.c_str(), &database);
+  const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
+  const std::string words = code == SQLITE_OK ? "" : sqlite3_errmsg(database);
+  sqlite3_close(database);
+  return words;
+}
+
+std::string randomBytes(std::size_t length) {
+  std::mt19937 random(20160616);
+  std::string bytes(length, '\0');
+  for (char& byte : bytes) byte = static_cast<char>(random() & 0xff);
+  return bytes;
+}
+
+}  // namespace host

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace host {
+
+// A store's file seen from outside the host. Thread: the test's.
+
+[[nodiscard]] std::string bytesOf(const std::filesystem::path& file);
+void writeBytes(const std::filesystem::path& file, const std::string& bytes);
+
+// Runs SQL on the file as another program would. Returns SQLite's words, empty when it worked.
+[[nodiscard]] std::string runSql(const std::filesystem::path& file, const std::string& sql);
+
+// The same bytes each time.
+[[nodiscard]] std::string randomBytes(std::size_t length);
+
+}  // namespace host
