@@ -1,0 +1,187 @@
+#include "runtime/Device.h"
+
+#include <cstdlib>
+#include <ctime>
+
+#include "DataStorage.h"
+#include "Invoker.h"
+#include "Proxy.h"
+#include "Service.h"
+#include "clock/VirtualClock.h"
+#include "platform/DataAccess.h"
+#include "platform/StateFolder.h"
+#include "runtime/Error.h"
+#include "runtime/HostContext.h"
+#include "runtime/Plugin.h"
+#include "runtime/ReportPipe.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+#include "services/PhysicalInterface.h"
+#include "services/SecurityLog.h"
+#include "services/SqliteDataAccess.h"
+
+namespace host {
+namespace {
+
+// A telephone starts without a zone, also the second one of this process: its service is to find
+// no trace of the one before.
+void startWithoutZone() {
+  ::setenv("TZ", "UTC0", 1);
+  ::tzset();
+}
+
+}  // namespace
+
+// In order of construction: what comes later uses what comes before.
+struct Device::Parts {
+  Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOptions& theOptions);
+
+  void openStores();
+  void fillInValues();
+  void presetFallbackTime();
+  void registerServices();
+
+  VirtualClock& clock;
+  Plugin& plugin;
+  const DeviceOptions options;
+  std::unique_ptr<SqliteDataAccess> ownStore;
+  Executable* storeService = nullptr;  // the one in use, of whoever
+  DataAccess* store = nullptr;         // the same
+  std::unique_ptr<SecurityLog> securityLog;
+  PhysicalInterface physical;
+  LocalManagement management;
+  ManagementThread managementThread;  // runs tasks of the above
+  HostContext context;
+  std::optional<ReportPipe> pipe;
+  std::unique_ptr<Invoker> invoker;
+  std::unique_ptr<Service> service;
+};
+
+Device::Parts::Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOptions& theOptions)
+    : clock(theClock),
+      plugin(thePlugin),
+      options(theOptions),
+      physical(theOptions.variant),
+      management([this](std::function<void()> task) { managementThread.post(std::move(task)); }),
+      context(theClock) {
+  openStores();
+  fillInValues();
+  registerServices();
+}
+
+void Device::Parts::openStores() {
+  storeService = options.store;
+  if (storeService == nullptr) {
+    ownStore = std::make_unique<SqliteDataAccess>(options.state);
+    storeService = ownStore.get();
+  }
+  store = dynamic_cast<DataAccess*>(storeService);
+  securityLog = options.securityLogInMemory ? std::make_unique<SecurityLog>()
+                                            : std::make_unique<SecurityLog>(options.state);
+}
+
+void Device::Parts::fillInValues() {
+  management.setValue("interface-status", options.networkUp ? "up" : "down");
+  if (!options.softwareType.empty()) {
+    management.setValue("related-software-type", options.softwareType);
+  }
+  if (!options.mac.empty()) management.setValue("mac-addr", options.mac);
+}
+
+void Device::Parts::presetFallbackTime() {
+  if (!options.at) return;
+  if (!store->setItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime", *options.at)) {
+    throw Error("the time to start at cannot be saved in the store");
+  }
+}
+
+void Device::Parts::registerServices() {
+  if (!options.withoutDataAccess) context.add("DataAccessServiceIfc", storeService);
+  if (!options.withoutLocalManagement) context.add("LocalMgmtIfc", &management);
+  if (!options.withoutSecurityLog) context.add("SecurityLogServiceIfc", securityLog.get());
+  if (!options.withoutPhysicalInterface) context.add("PhysicalInterfaceServiceIfc", &physical);
+}
+
+Device::Device(VirtualClock& clock, Plugin& plugin, const DeviceOptions& options)
+    : m_parts(std::make_unique<Parts>(clock, plugin, options)) {}
+
+Device::~Device() {
+  stop();
+}
+
+void Device::start(FrameworkContext& remote) {
+  Parts& parts = *m_parts;
+  startWithoutZone();
+  if (!parts.options.state.empty()) setStorageFolder(parts.options.state);
+  parts.pipe.emplace();
+  parts.presetFallbackTime();
+  parts.invoker.reset(parts.plugin.createInvoker());
+  parts.invoker->initInvoker(&remote);
+  // Refused now, and not when the first observer comes.
+  const std::unique_ptr<Proxy> proxy(parts.plugin.createProxy());
+  parts.service.reset(parts.plugin.createService());
+  parts.context.add("ClockService", parts.service.get());
+  parts.service->init(parts.context);
+}
+
+void Device::stop() {
+  Parts& parts = *m_parts;
+  if (parts.service) {
+    parts.service->shutdown();
+    parts.context.remove("ClockService");
+    // On its own thread: no call into the service is under way then, and none will come.
+    parts.managementThread.run([&parts] { parts.management.dropAgents(); });
+    parts.physical.dropSubscribers();
+    const ListenerWaker waker(parts.pipe->path());
+    parts.service.reset();
+  }
+  parts.invoker.reset();
+}
+
+bool Device::running() const {
+  return m_parts->service != nullptr;
+}
+
+Executable& Device::service() {
+  return *m_parts->service;
+}
+
+Invoker& Device::invoker() {
+  return *m_parts->invoker;
+}
+
+Proxy* Device::makeProxy() {
+  Proxy* const proxy = m_parts->plugin.createProxy();
+  proxy->init(m_parts->context);
+  return proxy;
+}
+
+VirtualClock& Device::clock() {
+  return m_parts->clock;
+}
+
+LocalManagement& Device::management() {
+  return m_parts->management;
+}
+
+ManagementThread& Device::managementThread() {
+  return m_parts->managementThread;
+}
+
+PhysicalInterface& Device::physical() {
+  return m_parts->physical;
+}
+
+SecurityLog& Device::securityLog() {
+  return *m_parts->securityLog;
+}
+
+DataAccess& Device::store() {
+  return *m_parts->store;
+}
+
+const DeviceOptions& Device::options() const {
+  return m_parts->options;
+}
+
+}  // namespace host

@@ -1,0 +1,101 @@
+#include "runtime/EventLoop.h"
+
+#include <algorithm>
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <asio/signal_set.hpp>
+#include <asio/steady_timer.hpp>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <utility>
+
+#include "clock/VirtualClock.h"
+
+namespace host {
+
+// Shared with what the clock and the io_context still hold when the loop goes.
+struct EventLoop::Impl {
+  explicit Impl(VirtualClock& theClock) : clock(theClock) {}
+
+  // Any thread: the earliest expiry or the speed has changed. Many changes are one look.
+  void scheduleChanged() {
+    if (lookPending.exchange(true)) return;
+    asio::post(io, [this] { look(); });
+  }
+
+  // Delivers what is due, then waits for what is next, or not at all.
+  void look() {
+    lookPending = false;
+    clock.runDue(kSlice);
+    const auto wait = clock.realTimeToNextExpiry();
+    if (!wait) {
+      timer.cancel();
+    } else if (*wait <= VirtualClock::Nanoseconds::zero()) {
+      // Behind what sockets and tasks have waiting, so that no speed keeps them out.
+      scheduleChanged();
+    } else {
+      sleep(*wait);
+    }
+  }
+
+  void sleep(VirtualClock::Nanoseconds wait) {
+    // A far expiry would overflow the time point; the loop then looks again in a year.
+    timer.expires_after(std::min<VirtualClock::Nanoseconds>(wait, std::chrono::hours(24 * 365)));
+    timer.async_wait([this](const asio::error_code& code) {
+      if (!code) look();
+    });
+  }
+
+  void waitForSignal() {
+    signals.async_wait([this](const asio::error_code& code, int) {
+      if (code) return;
+      io.stop();
+      waitForSignal();
+    });
+  }
+
+  VirtualClock& clock;
+  asio::io_context io{1};  // one thread runs it
+  asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
+  asio::steady_timer timer{io};
+  asio::signal_set signals{io};
+  std::atomic<bool> lookPending{false};
+};
+
+EventLoop::EventLoop(VirtualClock& clock) : m_impl(std::make_shared<Impl>(clock)) {
+  clock.onScheduleChange([impl = std::weak_ptr(m_impl)] {
+    if (const auto alive = impl.lock()) alive->scheduleChanged();
+  });
+}
+
+EventLoop::~EventLoop() {
+  m_impl->clock.onScheduleChange({});
+}
+
+void EventLoop::stopOnSignals() {
+  m_impl->signals.add(SIGINT);
+  m_impl->signals.add(SIGTERM);
+  m_impl->waitForSignal();
+}
+
+void EventLoop::run() {
+  m_impl->io.restart();
+  m_impl->scheduleChanged();
+  m_impl->io.run();
+}
+
+void EventLoop::stop() {
+  m_impl->io.stop();
+}
+
+void EventLoop::post(std::function<void()> task) {
+  asio::post(m_impl->io, std::move(task));
+}
+
+asio::io_context& EventLoop::io() {
+  return m_impl->io;
+}
+
+}  // namespace host

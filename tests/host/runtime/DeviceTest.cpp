@@ -1,0 +1,249 @@
+#include "runtime/Device.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "DataStorage.h"
+#include "FrameworkContext.h"
+#include "Proxy.h"
+#include "clock/DeviceRoot.h"
+#include "clock/VirtualClock.h"
+#include "host/runtime/TestPlugins.h"
+#include "platform/StateFolder.h"
+#include "runtime/Error.h"
+#include "runtime/Plugin.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+#include "services/MemoryDataAccess.h"
+#include "services/PhysicalInterface.h"
+#include "services/SecurityLog.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class NoRemote : public FrameworkContext {
+ public:
+  virtual ~NoRemote() = default;
+  MessageCodec* getCodec(const std::string&) override { return nullptr; }
+  Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
+};
+
+class TelephoneWithTestPlugin : public ::testing::Test {
+ protected:
+  TelephoneWithTestPlugin() {
+    setDeviceRoot(folder / "root");
+    clearPluginNotes();
+    options.state = folder / "state";
+  }
+  ~TelephoneWithTestPlugin() override {
+    device.reset();
+    setDeviceRoot("");
+    setStorageFolder("");
+  }
+
+  void start() {
+    device.emplace(clock, plugin, options);
+    device->start(remote);
+  }
+  void managed(const std::function<void(LocalManagement&)>& body) {
+    device->managementThread().run([&] { body(device->management()); });
+  }
+
+  support::TemporaryFolder folder;
+  support::LogCapture log;
+  VirtualClock clock;
+  Plugin plugin{testPlugin("full")};
+  NoRemote remote;
+  DeviceOptions options;
+  std::optional<Device> device;
+};
+
+TEST_F(TelephoneWithTestPlugin, FindsAllServicesAndEndsInOrder) {
+  start();
+  EXPECT_TRUE(device->running());
+  device->stop();
+  EXPECT_FALSE(device->running());
+  EXPECT_THAT(pluginNotes(),
+              ElementsAre("invoker has its framework", "init with TZ UTC0",
+                          "found DataAccessServiceIfc", "found LocalMgmtIfc",
+                          "found SecurityLogServiceIfc", "found PhysicalInterfaceServiceIfc",
+                          "found ClockService", "shutdown", "deleted", "invoker deleted"));
+}
+
+TEST_F(TelephoneWithTestPlugin, StopsOnce) {
+  start();
+  device->stop();
+  device->stop();
+  device.reset();
+  EXPECT_EQ(pluginNotes().back(), "invoker deleted");
+  EXPECT_EQ(pluginNotes().size(), 10U);
+}
+
+TEST_F(TelephoneWithTestPlugin, StopWakesTheListenerThatWaitsForThePipe) {
+  start();
+  ASSERT_TRUE(waitForPluginNote("listener waits"));
+  device->stop();
+  EXPECT_THAT(pluginNotes(), Contains("deleted"));
+}
+
+TEST_F(TelephoneWithTestPlugin, EachServiceCanBeMissing) {
+  options.withoutDataAccess = true;
+  options.withoutLocalManagement = true;
+  options.withoutSecurityLog = true;
+  options.withoutPhysicalInterface = true;
+  start();
+  EXPECT_THAT(pluginNotes(),
+              ElementsAre("invoker has its framework", "init with TZ UTC0", "found ClockService"));
+  device->physical().jack(5, 1);
+  bool accepted = true;
+  managed([&](LocalManagement& management) { accepted = management.set("time", ""); });
+  EXPECT_FALSE(accepted);
+}
+
+TEST_F(TelephoneWithTestPlugin, DeviceValuesComeFromTheOptions) {
+  options.networkUp = true;
+  options.softwareType = "Velmora QEX";
+  options.mac = "0001E3A1B2C3";
+  options.variant = 3;
+  start();
+  EXPECT_EQ(device->management().value("interface-status"), "up");
+  EXPECT_EQ(device->management().value("related-software-type"), "Velmora QEX");
+  EXPECT_EQ(device->management().value("mac-addr"), "0001E3A1B2C3");
+  EXPECT_EQ(device->physical().getHardwareSubVariant(), 3);
+}
+
+TEST_F(TelephoneWithTestPlugin, FreshDeviceHasNoNetworkAndNoOtherValues) {
+  start();
+  EXPECT_EQ(device->management().value("interface-status"), "down");
+  EXPECT_FALSE(device->management().value("related-software-type").has_value());
+  EXPECT_FALSE(device->management().value("mac-addr").has_value());
+}
+
+TEST_F(TelephoneWithTestPlugin, ValuesOfTheStartAreNoChanges) {
+  options.networkUp = true;
+  start();
+  managed([](LocalManagement&) {});
+  EXPECT_THAT(pluginNotes(), Not(Contains(StartsWith("changed"))));
+}
+
+TEST_F(TelephoneWithTestPlugin, ChangedValueTravelsOnTheManagementThread) {
+  start();
+  device->management().setValue("interface-status", "up");
+  managed([](LocalManagement&) {});
+  EXPECT_THAT(pluginNotes(), Contains("changed interface-status=up"));
+}
+
+TEST_F(TelephoneWithTestPlugin, ManagementReachesTheServiceAndSurvivesItsExceptions) {
+  start();
+  managed([](LocalManagement& management) {
+    EXPECT_TRUE(management.set("time-format", "1"));
+    EXPECT_FALSE(management.set("time-format", "throw"));
+    EXPECT_TRUE(management.reset());
+  });
+  EXPECT_THAT(pluginNotes(), Contains("set time-format=1"));
+  EXPECT_TRUE(log.hasPart("the agent threw \"too short\"")) << log.text();
+}
+
+TEST_F(TelephoneWithTestPlugin, NothingReachesAServiceThatIsGone) {
+  start();
+  device->stop();
+  clearPluginNotes();
+  device->management().setValue("interface-status", "up");
+  managed([](LocalManagement& management) { EXPECT_FALSE(management.set("time", "")); });
+  device->physical().jack(5, 1);
+  EXPECT_TRUE(pluginNotes().empty());
+}
+
+TEST_F(TelephoneWithTestPlugin, TimersAndJacksReachTheService) {
+  start();
+  clock.advance(std::chrono::seconds(1));
+  device->physical().jack(5, 1);
+  EXPECT_THAT(pluginNotes(), Contains("timer 1"));
+  EXPECT_THAT(pluginNotes(), Contains("jack 5 1"));
+}
+
+TEST_F(TelephoneWithTestPlugin, StartingTimeIsSavedBeforeTheServiceStarts) {
+  options.at = "2026-03-08T06:59:50+00:00";
+  start();
+  EXPECT_EQ(device->store().getItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime"),
+            "2026-03-08T06:59:50+00:00");
+}
+
+TEST_F(TelephoneWithTestPlugin, StartingTimeThatCannotBeSavedIsRefused) {
+  MemoryDataAccess store;
+  store.refuseSets(0, 1);
+  options.store = &store;
+  options.at = "2026-03-08T06:59:50+00:00";
+  EXPECT_THROW(start(), Error);
+}
+
+TEST_F(TelephoneWithTestPlugin, SettingsOutliveIt) {
+  start();
+  EXPECT_TRUE(device->store().setItem("schema", "key", "value"));
+  device->securityLog().record(0, 4, 1, 5, 3, false, "text", "", "");
+  device.reset();
+  start();
+  EXPECT_EQ(device->store().getItem("schema", "key"), "value");
+  EXPECT_EQ(device->securityLog().list(10).size(), 1U);
+}
+
+TEST_F(TelephoneWithTestPlugin, NextOneOfTheProcessStartsWithoutTheZoneOfTheLast) {
+  start();
+  device.reset();
+  ::setenv("TZ", "LOC5", 1);
+  clearPluginNotes();
+  start();
+  EXPECT_THAT(pluginNotes(), Contains("init with TZ UTC0"));
+}
+
+TEST_F(TelephoneWithTestPlugin, StoreOfItsOwnIsUsedAndNoFileIsMade) {
+  MemoryDataAccess store;
+  options.store = &store;
+  options.securityLogInMemory = true;
+  start();
+  EXPECT_TRUE(device->store().setItem("schema", "key", "value"));
+  EXPECT_EQ(store.getItem("schema", "key"), "value");
+  EXPECT_FALSE(std::filesystem::exists(folder / "state"));
+  device.reset();
+}
+
+TEST_F(TelephoneWithTestPlugin, MakesAnotherProxyEachTime) {
+  start();
+  const std::unique_ptr<Proxy> first(device->makeProxy());
+  const std::unique_ptr<Proxy> second(device->makeProxy());
+  EXPECT_NE(first, nullptr);
+  EXPECT_NE(first, second);
+}
+
+TEST_F(TelephoneWithTestPlugin, StateThatCannotBeWrittenIsRefused) {
+  options.state = "/dev/null/state";
+  EXPECT_THROW(start(), Error);
+}
+
+class FactoryReturnsNull : public TelephoneWithTestPlugin,
+                           public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(FactoryReturnsNull, StartIsRefused) {
+  Plugin broken(testPlugin(GetParam()));
+  device.emplace(clock, broken, options);
+  EXPECT_THROW(device->start(remote), Error);
+  EXPECT_FALSE(device->running());
+  device.reset();
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, FactoryReturnsNull,
+                         ::testing::Values("null_service", "null_invoker", "null_proxy"));
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,145 @@
+#include "runtime/EventLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <functional>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include "Executable.h"
+#include "clock/VirtualClock.h"
+
+namespace host {
+namespace {
+
+using std::chrono::hours;
+using std::chrono::milliseconds;
+
+constexpr double kAsFastAsItGoes = std::numeric_limits<double>::infinity();
+
+class Owner : public Executable {
+ public:
+  void init(Context&) override {}
+  void shutdown() override {}
+  void timerEvent(int timerId) override { onTimer(timerId); }
+
+  std::function<void(int)> onTimer = [](int) {};
+};
+
+class IdleLoop : public ::testing::Test {
+ protected:
+  int arm(std::chrono::nanoseconds period) {
+    const int timer = clock.createTimer(owner, period);
+    clock.startTimer(timer);
+    return timer;
+  }
+
+  VirtualClock clock;
+  EventLoop loop{clock};
+  Owner owner;
+};
+
+TEST_F(IdleLoop, RunsTasksInOrderUntilItIsStopped) {
+  std::vector<int> order;
+  loop.post([&] { order.push_back(1); });
+  loop.post([&] { order.push_back(2); });
+  loop.post([&] { loop.stop(); });
+  loop.run();
+  EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST_F(IdleLoop, RunsAgainAfterAStop) {
+  loop.post([&] { loop.stop(); });
+  loop.run();
+  bool ran = false;
+  loop.post([&] {
+    ran = true;
+    loop.stop();
+  });
+  loop.run();
+  EXPECT_TRUE(ran);
+}
+
+TEST_F(IdleLoop, TaskOfAnotherThreadWakesIt) {
+  std::thread other([&] { loop.post([&] { loop.stop(); }); });
+  loop.run();
+  other.join();
+}
+
+TEST_F(IdleLoop, DeliversExpiriesOfTheRunningClock) {
+  owner.onTimer = [&](int) { loop.stop(); };
+  arm(hours(1));
+  clock.setSpeed(3'600'000);  // an hour in a millisecond
+  loop.run();
+  EXPECT_EQ(clock.expiriesDelivered(), 1U);
+}
+
+TEST_F(IdleLoop, PausedClockKeepsTimersBackButNotTasks) {
+  arm(milliseconds(0));
+  arm(hours(1));
+  loop.post([&] { loop.post([&] { loop.stop(); }); });
+  loop.run();
+  EXPECT_LE(clock.expiriesDelivered(), 1U);
+  EXPECT_EQ(clock.armedTimers() + clock.expiriesDelivered(), 2U);
+}
+
+TEST_F(IdleLoop, TimerStartedWhileItWaitsWakesIt) {
+  clock.setSpeed(1000);
+  owner.onTimer = [&](int) { loop.stop(); };
+  std::thread other([&] { arm(milliseconds(10)); });
+  loop.run();
+  other.join();
+  EXPECT_EQ(clock.expiriesDelivered(), 1U);
+}
+
+TEST_F(IdleLoop, ChangeOfSpeedWhileItWaitsWakesIt) {
+  owner.onTimer = [&](int) { loop.stop(); };
+  arm(hours(1000));
+  std::thread other([&] { clock.setSpeed(kAsFastAsItGoes); });
+  loop.run();
+  other.join();
+  EXPECT_EQ(clock.uptime(), hours(1000));
+}
+
+TEST_F(IdleLoop, EndlessExpiriesAtFullSpeedDoNotKeepTasksOut) {
+  owner.onTimer = [&](int timer) { clock.startTimer(timer); };
+  arm(milliseconds(1));
+  clock.setSpeed(kAsFastAsItGoes);
+  int rounds = 0;
+  std::function<void()> task = [&] {
+    if (++rounds == 10) return loop.stop();
+    loop.post(task);
+  };
+  loop.post(task);
+  loop.run();
+  EXPECT_EQ(rounds, 10);
+  EXPECT_LE(clock.expiriesDelivered(), 11 * EventLoop::kSlice);
+}
+
+TEST_F(IdleLoop, StoppedLoopDeliversNothing) {
+  arm(milliseconds(1));
+  clock.setSpeed(kAsFastAsItGoes);
+  EXPECT_EQ(clock.expiriesDelivered(), 0U);
+}
+
+TEST_F(IdleLoop, TerminationSignalsEndTheRunAndNotTheProcess) {
+  loop.stopOnSignals();
+  for (const int signal : {SIGINT, SIGTERM}) {
+    loop.post([signal] { std::raise(signal); });
+    loop.run();
+  }
+}
+
+TEST(EventLoop, ClockOutlivesItsLoop) {
+  VirtualClock clock;
+  Owner owner;
+  { const EventLoop loop(clock); }
+  clock.startTimer(clock.createTimer(owner, milliseconds(1)));
+  clock.setSpeed(kAsFastAsItGoes);
+  EXPECT_EQ(clock.runDue(1), 1U);
+}
+
+}  // namespace
+}  // namespace host

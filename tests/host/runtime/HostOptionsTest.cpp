@@ -1,0 +1,153 @@
+#include "apps/HostOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <sstream>
+
+#include "control/UsageError.h"
+#include "runtime/DefaultPaths.h"
+
+namespace host {
+namespace {
+
+using Words = std::vector<std::string>;
+
+const DefaultPaths kDefaults = {"/lib/plugin.so", "/state", "/run/socket", "/bin"};
+
+HostOptions read(const Words& words) {
+  std::ostringstream out;
+  const auto options = readHostOptions(words, kDefaults, out);
+  EXPECT_TRUE(options.has_value());
+  return options.value_or(HostOptions{});
+}
+
+std::string usageErrorOf(const Words& words) {
+  std::ostringstream out;
+  try {
+    static_cast<void>(readHostOptions(words, kDefaults, out));
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "";
+}
+
+TEST(HostOptions, NothingNeedsToBeSaid) {
+  const HostOptions options = read({});
+  EXPECT_EQ(options.plugin, "/lib/plugin.so");
+  EXPECT_EQ(options.socket, "/run/socket");
+  EXPECT_EQ(options.device.state, "/state");
+  EXPECT_EQ(options.device.variant, 0);
+  EXPECT_FALSE(options.device.networkUp);
+  EXPECT_FALSE(options.device.at.has_value());
+  EXPECT_FALSE(options.systemClock);
+  EXPECT_EQ(options.speed, 1);
+  EXPECT_EQ(options.logLevel, 4);
+  EXPECT_TRUE(options.deviceRoot.empty());
+  EXPECT_FALSE(options.scenario.has_value());
+}
+
+TEST(HostOptions, EverythingCanBeSaid) {
+  const HostOptions options = read({"--plugin",
+                                    "p.so",
+                                    "--state",
+                                    "s",
+                                    "--socket",
+                                    "k",
+                                    "--device-root",
+                                    "r",
+                                    "--variant",
+                                    "3",
+                                    "--clock",
+                                    "virtual",
+                                    "--speed",
+                                    "60",
+                                    "--at",
+                                    "2026-03-08T06:59:50Z",
+                                    "--software-type",
+                                    "Velmora QEX",
+                                    "--mac",
+                                    "0001E3A1B2C3",
+                                    "--network",
+                                    "up",
+                                    "--log-level",
+                                    "6",
+                                    "--program",
+                                    "/sbin/ntpclient=./client",
+                                    "--program",
+                                    "/sbin/a=b=c",
+                                    "--scenario",
+                                    "f"});
+  EXPECT_EQ(options.plugin, "p.so");
+  EXPECT_EQ(options.socket, "k");
+  EXPECT_EQ(options.deviceRoot, "r");
+  EXPECT_EQ(options.speed, 60);
+  EXPECT_EQ(options.logLevel, 6);
+  EXPECT_EQ(options.scenario, "f");
+  ASSERT_EQ(options.programs.size(), 2U);
+  EXPECT_EQ(options.programs[0],
+            (std::pair<std::string, std::string>("/sbin/ntpclient", "./client")));
+  EXPECT_EQ(options.programs[1], (std::pair<std::string, std::string>("/sbin/a", "b=c")));
+  EXPECT_EQ(options.device.state, "s");
+  EXPECT_EQ(options.device.variant, 3);
+  EXPECT_EQ(options.device.at, "2026-03-08T06:59:50+00:00");
+  EXPECT_EQ(options.device.softwareType, "Velmora QEX");
+  EXPECT_EQ(options.device.mac, "0001E3A1B2C3");
+  EXPECT_TRUE(options.device.networkUp);
+}
+
+TEST(HostOptions, InstantMayHaveAnOffset) {
+  EXPECT_EQ(read({"--at", "2026-03-08T01:59:50-05:00"}).device.at, "2026-03-08T06:59:50+00:00");
+}
+
+TEST(HostOptions, SpeedZeroIsPausedAndMaxIsInfinite) {
+  EXPECT_EQ(read({"--speed", "0"}).speed, 0);
+  EXPECT_TRUE(std::isinf(read({"--speed", "max"}).speed));
+}
+
+TEST(HostOptions, SystemClockIsAsFastAsItIs) {
+  EXPECT_TRUE(read({"--clock", "system"}).systemClock);
+  EXPECT_NE(usageErrorOf({"--clock", "system", "--speed", "2"}), "");
+}
+
+TEST(HostOptions, HelpAndVersionAreForPeople) {
+  for (const char* const word : {"--help", "--version"}) {
+    std::ostringstream out;
+    EXPECT_FALSE(readHostOptions(Words{word}, kDefaults, out).has_value());
+    EXPECT_FALSE(out.str().empty());
+  }
+}
+
+struct Wrong {
+  Words words;
+  const char* named;  // part of the error
+};
+
+TEST(HostOptions, WrongWordsAreNamedInOneLine) {
+  const Wrong table[] = {{{"--no-such-option"}, "--no-such-option"},
+                         {{"word"}, "word"},
+                         {{"--variant", "three"}, "--variant"},
+                         {{"--variant"}, "--variant"},
+                         {{"--log-level", "7"}, "--log-level"},
+                         {{"--log-level", "-1"}, "--log-level"},
+                         {{"--clock", "real"}, "--clock"},
+                         {{"--speed", "-1"}, "`max`"},
+                         {{"--speed", "fast"}, "`max`"},
+                         {{"--at", "yesterday"}, "2026-03-08T06:59:50Z"},
+                         {{"--at", ""}, "2026-03-08T06:59:50Z"},
+                         {{"--network", "sideways"}, "--network"},
+                         {{"--mac", "00:01:E3:A1:B2:C3"}, "12 hexadecimal digits"},
+                         {{"--mac", "0001E3A1B2C"}, "12 hexadecimal digits"},
+                         {{"--mac", "0001E3A1B2CG"}, "12 hexadecimal digits"},
+                         {{"--program", "/sbin/ntpclient"}, "DEVICEPATH=PATH"},
+                         {{"--program", "ntpclient=x"}, "DEVICEPATH=PATH"},
+                         {{"--program", "/sbin/ntpclient="}, "DEVICEPATH=PATH"}};
+  for (const Wrong& wrong : table) {
+    const std::string error = usageErrorOf(wrong.words);
+    EXPECT_NE(error.find(wrong.named), std::string::npos) << wrong.words[0] << ": " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
+  }
+}
+
+}  // namespace
+}  // namespace host
