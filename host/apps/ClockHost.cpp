@@ -1,0 +1,124 @@
+#include "apps/ClockHost.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <utility>
+
+#include "Logging.h"
+#include "apps/HostOptions.h"
+#include "clock/DeviceRoot.h"
+#include "clock/VirtualClock.h"
+#include "control/Controller.h"
+#include "control/ScenarioRunner.h"
+#include "platform/LogBook.h"
+#include "platform/ProgramMap.h"
+#include "remote/RemoteServer.h"
+#include "runtime/ClockPrivilege.h"
+#include "runtime/DefaultPaths.h"
+#include "runtime/Device.h"
+#include "runtime/Error.h"
+#include "runtime/EventLoop.h"
+#include "runtime/Plugin.h"
+#include "runtime/ReportPipe.h"
+#include "runtime/StderrLog.h"
+
+namespace host {
+namespace {
+
+// While it lives, the POSIX time calls of this process read the clock.
+class ProcessClock {
+ public:
+  explicit ProcessClock(VirtualClock& clock) { setProcessClock(&clock); }
+  ~ProcessClock() { setProcessClock(nullptr); }
+  ProcessClock(const ProcessClock&) = delete;
+  ProcessClock& operator=(const ProcessClock&) = delete;
+};
+
+void prepareProcess(const HostOptions& options) {
+  LogBook::instance().setLevel(options.logLevel);
+  if (!options.deviceRoot.empty()) setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
+  ProgramMap::instance().setStandInFolder(defaultPaths().standIns);
+  for (const auto& [device, path] : options.programs) {
+    ProgramMap::instance().set(device, std::filesystem::absolute(path));
+  }
+}
+
+// The service's children, an NTP client for one, find their way back by these. Each is set,
+// whatever this process has inherited.
+void tellChildren(const HostOptions& options) {
+  ::setenv("CLOCKHOST_SOCKET", std::filesystem::absolute(options.socket).c_str(), 1);
+  ::setenv("CLOCKHOST_CLOCK", options.systemClock ? "system" : "virtual", 1);
+  ::setenv("CLOCKHOST_PIPE", hostPath(ReportPipe::kDevicePath).c_str(), 1);
+}
+
+VirtualClock::Source sourceOf(const HostOptions& options) {
+  if (!options.systemClock) return VirtualClock::Source::virtualTime;
+  if (!maySetSystemClock()) {
+    throw Error(
+        "--clock system sets this machine's clock and needs the privilege to (CAP_SYS_TIME)");
+  }
+  return VirtualClock::Source::system;
+}
+
+int runScenario(const HostOptions& options) {
+  Plugin plugin(options.plugin);
+  return ScenarioRunner(plugin, std::cerr).run(*options.scenario);
+}
+
+// All of a host, in order of construction. The socket comes first: a second host is to hear whose
+// it is before it touches anything else.
+class Host {
+ public:
+  explicit Host(const HostOptions& options);
+  // Clients go while the service is still there to forget them.
+  ~Host() { m_server.stop(); }
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  void runUntilStopped();
+
+ private:
+  Plugin m_plugin;
+  VirtualClock m_clock;
+  ProcessClock m_processClock;
+  EventLoop m_loop;
+  RemoteServer m_server;
+  Device m_device;
+  Controller m_controller;
+};
+
+Host::Host(const HostOptions& options)
+    : m_plugin(options.plugin),
+      m_clock(sourceOf(options)),
+      m_processClock(m_clock),
+      m_loop(m_clock),
+      m_server(m_loop.io(), options.socket,
+               [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
+      m_device(m_clock, m_plugin, options.device),
+      m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
+                                       CLOCK_VERSION}) {
+  m_loop.stopOnSignals();
+  m_device.start(m_server);
+  m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
+  if (!options.systemClock) m_clock.setSpeed(options.speed);
+  logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());
+}
+
+void Host::runUntilStopped() {
+  m_loop.run();
+  logAppUni("clockhost", 4, __FILE__, __LINE__, "shutting down");
+}
+
+}  // namespace
+
+int runClockHost(const HostOptions& options) {
+  prepareProcess(options);
+  if (options.scenario) return runScenario(options);
+  LogBook::instance().addSink(std::make_shared<StderrLog>());
+  tellChildren(options);
+  Host(options).runUntilStopped();
+  return 0;
+}
+
+}  // namespace host

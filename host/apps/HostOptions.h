@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "runtime/Device.h"
+
+namespace host {
+
+struct DefaultPaths;
+
+// The command line of clockhost.
+struct HostOptions {
+  std::filesystem::path plugin;
+  std::filesystem::path socket;
+  std::filesystem::path deviceRoot;  // empty: the device's paths as they are
+  DeviceOptions device;
+  bool systemClock = false;
+  double speed = 1;  // virtual seconds for each real one; infinity: as fast as it goes
+  int logLevel = 4;  // 0-6
+  std::vector<std::pair<std::string, std::string>> programs;  // device path, path here
+  std::optional<std::filesystem::path> scenario;
+};
+
+// Empty: help or version was asked for, and is on `out`. Throws UsageError.
+[[nodiscard]] std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
+                                                         const DefaultPaths& defaults,
+                                                         std::ostream& out);
+
+}  // namespace host
