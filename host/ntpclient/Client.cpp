@@ -1,0 +1,111 @@
+#include "ntpclient/Client.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <utility>
+
+#include "ntpclient/PipeReport.h"
+#include "remote/FrameSocket.h"
+
+namespace host::ntp {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+}  // namespace
+
+Client::Client(Assignment assignment, Surroundings surroundings, const ParentWatch& watch,
+               ClockSetter& clock)
+    : m_assignment(std::move(assignment)),
+      m_surroundings(std::move(surroundings)),
+      m_watch(watch),
+      m_clock(clock),
+      m_backoff(m_surroundings.firstRetry) {}
+
+int Client::run() {
+  for (long rounds = 0; rounds < kRounds; ++rounds) {
+    const Next next = round();
+    if (next == Next::endFailed) return 1;
+    if (next == Next::end || !pause(kInterval)) return 0;
+  }
+  return 0;
+}
+
+Client::Next Client::round() {
+  for (int tries = 1;; ++tries) {
+    const Next next = oneTry();
+    if (next != Next::tryAgain) return next;
+    if (tries == kTries) return Next::nextRound;
+    if (!pause(m_backoff.next())) return Next::end;
+  }
+}
+
+Client::Next Client::oneTry() {
+  tellSteps("asking");
+  const auto refused = [](Verdict verdict) {
+    tell(std::string("answer ignored: ") + textOf(verdict));
+  };
+  const Outcome outcome =
+      ask(m_assignment.server.c_str(), m_assignment.family, m_surroundings.port.c_str(),
+          m_surroundings.answerLimit, m_watch, refused);
+  return follow(outcome);
+}
+
+Client::Next Client::follow(const Outcome& outcome) try {
+  switch (outcome.kind) {
+    case Outcome::Kind::parentGone:
+      return Next::end;
+    case Outcome::Kind::denied:
+      return Next::endFailed;
+    case Outcome::Kind::rateExceeded:
+      m_backoff.slowDown();
+      return Next::tryAgain;
+    case Outcome::Kind::nothing:
+      tellSteps("no answer");
+      return Next::tryAgain;
+    case Outcome::Kind::time:
+      break;
+  }
+  m_backoff.reset();
+  const auto now = outcome.time + (Clock::now() - outcome.at);
+  m_clock.set(now);
+  tellSteps("clock set");
+  return report(static_cast<std::uint32_t>(std::chrono::floor<std::chrono::seconds>(now).count()));
+} catch (const NoHost& error) {
+  tell(error.what());
+  return Next::endFailed;  // nobody is left to set a clock for
+} catch (const Error& error) {
+  tell(error.what());
+  return Next::tryAgain;
+}
+
+Client::Next Client::report(std::uint32_t seconds) {
+  switch (reportTime(m_surroundings.pipe, seconds, m_surroundings.reportLimit, m_watch)) {
+    case ReportResult::parentGone:
+      return Next::end;
+    case ReportResult::noListener:
+      tell("nobody listens at " + m_surroundings.pipe.string());
+      break;
+    case ReportResult::noPipe:
+      tell(m_surroundings.pipe.string() + " is no pipe");
+      break;
+    case ReportResult::delivered:
+      tellSteps("reported");
+      break;
+  }
+  return Next::nextRound;
+}
+
+bool Client::pause(std::chrono::milliseconds time) const {
+  return m_watch.wait(Clock::now() + time) != ParentWatch::Event::parentGone;
+}
+
+void Client::tellSteps(const char* what) const {
+  if (m_assignment.verbose) tell(what);
+}
+
+void Client::tell(const std::string& what) {
+  std::fprintf(stderr, "ntpclient: %s\n", what.c_str());
+}
+
+}  // namespace host::ntp

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "ntpclient/Backoff.h"
+#include "ntpclient/ClockSetter.h"
+#include "ntpclient/CommandLine.h"
+#include "ntpclient/Exchange.h"
+#include "ntpclient/PipeReport.h"
+
+namespace host::ntp {
+
+// What surrounds the client, as against what it was told to do.
+struct Surroundings {
+  std::string port = "123";
+  std::filesystem::path pipe = kReportPipe;
+  Backoff::Duration firstRetry = Backoff::kFirst;
+  std::chrono::milliseconds answerLimit{2000};
+  std::chrono::milliseconds reportLimit{5000};
+};
+
+// Asks a time server round after round, sets the clock by each good answer, and reports it to the
+// service. Tells what went wrong on standard error, a line each; a silent server is not worth one.
+// Owner: main. Thread: one. Failure: the next try is later; see run().
+class Client {
+ public:
+  // watch and clock outlive the client.
+  Client(Assignment assignment, Surroundings surroundings, const ParentWatch& watch,
+         ClockSetter& clock);
+
+  // Returns the program's exit status: 0 when all rounds are done or the parent is gone, 1 when the
+  // server denies its service or there is no host whose clock could be set.
+  [[nodiscard]] int run();
+
+ private:
+  enum class Next { nextRound, tryAgain, end, endFailed };
+
+  [[nodiscard]] Next round();
+  [[nodiscard]] Next oneTry();
+  [[nodiscard]] Next follow(const Outcome& outcome);
+  [[nodiscard]] Next report(std::uint32_t seconds);
+  [[nodiscard]] bool pause(std::chrono::milliseconds time) const;
+  void tellSteps(const char* what) const;
+  static void tell(const std::string& what);
+
+  const Assignment m_assignment;
+  const Surroundings m_surroundings;
+  const ParentWatch& m_watch;
+  ClockSetter& m_clock;
+  Backoff m_backoff;
+};
+
+}  // namespace host::ntp

@@ -1,0 +1,45 @@
+#include "ntpclient/ParentWatch.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace host::ntp {
+namespace {
+
+using std::chrono::milliseconds;
+
+// Rounded up, so that a wait does not end a fraction of a millisecond early, in a busy loop.
+int millisecondsUntil(ParentWatch::Deadline deadline) {
+  const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+  return static_cast<int>(
+      std::clamp<milliseconds::rep>(left.count(), 0, std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+ParentWatch::ParentWatch() {
+  const pid_t parent = ::getppid();
+  m_parent.reset(static_cast<int>(::syscall(SYS_pidfd_open, parent, 0)));
+  if (!m_parent.valid()) ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+  // It may have gone before it was watched: then another process is the parent now.
+  if (::getppid() != parent) ::raise(SIGTERM);
+}
+
+ParentWatch::Event ParentWatch::wait(Deadline deadline, int descriptor) const {
+  for (;;) {
+    pollfd waited[] = {{m_parent.get(), POLLIN, 0}, {descriptor, POLLIN, 0}};
+    const int left = millisecondsUntil(deadline);
+    const int ready = ::poll(waited, std::size(waited), left);
+    if (ready > 0 && waited[0].revents != 0) return Event::parentGone;
+    if (ready > 0) return Event::ready;
+    if (left == 0) return Event::timeout;
+  }
+}
+
+}  // namespace host::ntp

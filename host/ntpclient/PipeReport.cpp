@@ -1,0 +1,57 @@
+#include "ntpclient/PipeReport.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "remote/Descriptor.h"
+
+namespace host::ntp {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kPause{10};  // no event tells that a listener has opened
+
+bool isPipe(const Descriptor& descriptor) {
+  struct stat found {};
+  return ::fstat(descriptor.get(), &found) == 0 && S_ISFIFO(found.st_mode);
+}
+
+bool isTaken(const Descriptor& pipe) {
+  int unread = 0;
+  return ::ioctl(pipe.get(), FIONREAD, &unread) == 0 && unread == 0;
+}
+
+// What a try came to: the report is on its way once it is written.
+enum class Step { again, written, noPipe };
+
+Step tryToWrite(const std::filesystem::path& path, std::uint32_t seconds, Descriptor& pipe) {
+  pipe.reset(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+  if (!pipe.valid()) return Step::again;  // no reader, or no pipe yet
+  if (!isPipe(pipe)) return Step::noPipe;
+  const ssize_t written = ::write(pipe.get(), &seconds, sizeof seconds);
+  return written == static_cast<ssize_t>(sizeof seconds) ? Step::written : Step::again;
+}
+
+}  // namespace
+
+ReportResult reportTime(const std::filesystem::path& path, std::uint32_t seconds,
+                        std::chrono::milliseconds limit, const ParentWatch& watch) {
+  const auto deadline = Clock::now() + limit;
+  Descriptor pipe;
+  Step step = Step::again;
+  for (;;) {
+    if (step == Step::again) step = tryToWrite(path, seconds, pipe);
+    if (step == Step::noPipe) return ReportResult::noPipe;
+    if (step == Step::written && isTaken(pipe)) return ReportResult::delivered;
+    if (Clock::now() >= deadline) return ReportResult::noListener;
+    const auto pause = std::min(Clock::now() + kPause, deadline);
+    if (watch.wait(pause) == ParentWatch::Event::parentGone) return ReportResult::parentGone;
+  }
+}
+
+}  // namespace host::ntp

@@ -1,0 +1,15 @@
+#pragma once
+
+namespace host::ntp {
+
+// The whole program. Its surroundings come by environment:
+//   CLOCKHOST_SOCKET    the host whose virtual clock is set
+//   CLOCKHOST_CLOCK     "system": the machine's own clock is set instead
+//   CLOCKHOST_PIPE      where set clocks are reported, instead of the device's path
+//   NTPCLIENT_PORT      the server's port, 123
+//   NTPCLIENT_RETRY_MS  the shortest wait before another try, for tests: 15000
+// Returns the exit status: 2 for a command line or surroundings that are not understood, else that
+// of Client::run.
+[[nodiscard]] int runProgram(int argumentCount, char* const* arguments);
+
+}  // namespace host::ntp

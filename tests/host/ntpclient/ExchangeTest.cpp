@@ -1,0 +1,138 @@
+#include "ntpclient/Exchange.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <vector>
+
+#include "host/ntpclient/FakeSntpServer.h"
+
+namespace host::ntp {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = Outcome::Kind;
+
+constexpr std::uint32_t kTime = 1'780'000'000;
+
+// One request to a server of the test, on a thread of its own.
+class Asked {
+ public:
+  Asked(const FakeSntpServer& server, std::chrono::milliseconds limit, const char* address,
+        int family)
+      : m_outcome(std::async(std::launch::async, [=, this, port = server.port()] {
+          return ask(address, family, port.c_str(), limit, m_watch,
+                     [this](Verdict verdict) { m_refused.push_back(verdict); });
+        })) {}
+  explicit Asked(const FakeSntpServer& server, std::chrono::milliseconds limit = kLong)
+      : Asked(server, limit, "127.0.0.1", AF_INET) {}
+
+  Outcome outcome() { return m_outcome.get(); }
+  [[nodiscard]] const std::vector<Verdict>& refused() const { return m_refused; }  // afterwards
+
+ private:
+  const ParentWatch m_watch;
+  std::vector<Verdict> m_refused;
+  std::future<Outcome> m_outcome;
+};
+
+bool isAboutNow(const Outcome& outcome, std::uint32_t time) {
+  const auto difference = outcome.time - std::chrono::seconds(time);
+  return outcome.kind == Kind::time && difference >= 0s && difference < 10s &&
+         outcome.at <= std::chrono::steady_clock::now();
+}
+
+TEST(Exchange, TakesTheTimeOfAGoodAnswer) {
+  FakeSntpServer server;
+  Asked asked(server);
+  const auto request = server.receive();
+  ASSERT_TRUE(request);
+  EXPECT_EQ(request->size(), kPacketSize);
+  server.answer(answerTo(nonceOf(*request), kTime));
+  EXPECT_TRUE(isAboutNow(asked.outcome(), kTime));
+  EXPECT_TRUE(asked.refused().empty());
+}
+
+TEST(Exchange, AsksOverIpv6) {
+  FakeSntpServer server(AF_INET6);
+  Asked asked(server, kLong, "::1", AF_INET6);
+  const auto request = server.receive();
+  ASSERT_TRUE(request);
+  server.answer(answerTo(nonceOf(*request), kTime));
+  EXPECT_TRUE(isAboutNow(asked.outcome(), kTime));
+}
+
+TEST(Exchange, PassesBadAnswersOverUntilAGoodOne) {
+  FakeSntpServer server;
+  Asked asked(server);
+  const auto request = server.receive();
+  ASSERT_TRUE(request);
+  const std::uint64_t nonce = nonceOf(*request);
+  server.answerFromElsewhere(answerTo(nonce, kTime + 1000));
+  server.answer({});
+  server.answer({1, 2, 3});
+  server.answer(Bytes(48, 0xff));
+  server.answer(answerTo(nonce + 1, kTime + 1000));
+  Bytes noStratum = answerTo(nonce, kTime + 1000);
+  noStratum[1] = 0;
+  server.answer(noStratum);
+  for (int i = 0; i < 10; ++i) server.answer(answerTo(0, kTime + 1000));
+  server.answer(answerTo(nonce, kTime));
+  EXPECT_TRUE(isAboutNow(asked.outcome(), kTime));
+  EXPECT_EQ(asked.refused(),
+            (std::vector{Verdict::wrongSender, Verdict::tooShort, Verdict::wrongMode,
+                         Verdict::wrongOrigin, Verdict::noStratum}))
+      << "each reason once";
+}
+
+TEST(Exchange, HeedsAKissOfDeath) {
+  FakeSntpServer server;
+  {
+    Asked asked(server);
+    const auto request = server.receive();
+    ASSERT_TRUE(request);
+    server.answer(kissOfDeath(nonceOf(*request), "DENY"));
+    EXPECT_EQ(asked.outcome().kind, Kind::denied);
+    EXPECT_EQ(asked.refused(), std::vector{Verdict::denied});
+  }
+  Asked asked(server);
+  const auto request = server.receive();
+  ASSERT_TRUE(request);
+  server.answer(kissOfDeath(nonceOf(*request), "RATE"));
+  EXPECT_EQ(asked.outcome().kind, Kind::rateExceeded);
+}
+
+TEST(Exchange, EndsAtItsLimitWhenNobodyAnswersOrOnlyNonsenseComes) {
+  FakeSntpServer server;
+  Asked silent(server, 20ms);
+  EXPECT_EQ(silent.outcome().kind, Kind::nothing);
+  ASSERT_TRUE(server.receive());
+  Asked flooded(server, 200ms);
+  ASSERT_TRUE(server.receive());
+  const auto end = std::chrono::steady_clock::now() + 300ms;
+  while (std::chrono::steady_clock::now() < end) server.answer({1});
+  EXPECT_EQ(flooded.outcome().kind, Kind::nothing);
+  EXPECT_EQ(flooded.refused(), std::vector{Verdict::tooShort});
+}
+
+TEST(Exchange, EveryRequestHasANonceOfItsOwn) {
+  FakeSntpServer server;
+  Asked one(server, 20ms);
+  const auto first = server.receive();
+  EXPECT_EQ(one.outcome().kind, Kind::nothing);
+  Asked other(server, 20ms);
+  const auto second = server.receive();
+  EXPECT_EQ(other.outcome().kind, Kind::nothing);
+  ASSERT_TRUE(first && second);
+  EXPECT_NE(nonceOf(*first), nonceOf(*second));
+}
+
+TEST(Exchange, IsNothingWithoutAWayToTheServer) {
+  const ParentWatch watch;
+  const auto ignore = [](Verdict) {};
+  EXPECT_EQ(ask("nonsense", AF_INET, "123", kLong, watch, ignore).kind, Kind::nothing);
+  EXPECT_EQ(ask("255.255.255.255", AF_INET, "123", kLong, watch, ignore).kind, Kind::nothing);
+}
+
+}  // namespace
+}  // namespace host::ntp
