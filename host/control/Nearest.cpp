@@ -41,7 +41,7 @@ std::size_t editDistance(std::string_view left, std::string_view right) {
 
 std::string_view nearest(std::string_view word, std::span<const std::string_view> candidates) {
   std::string_view best;
-  std::size_t least = static_cast<std::size_t>(-1);
+  auto least = static_cast<std::size_t>(-1);
   for (const std::string_view candidate : candidates) {
     const std::size_t distance = editDistance(word, candidate);
     if (distance < least) {

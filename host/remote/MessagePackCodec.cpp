@@ -154,7 +154,7 @@ bool MessagePackCodec::decode(std::iostream& stream, Method& method) {
   std::size_t used = 0;
   if (!msgpack::parse(bytes->data(), bytes->size(), used, visitor)) return false;
   if (used != bytes->size()) return false;
-  method = std::move(decoded);
+  method = decoded;
   return true;
 }
 

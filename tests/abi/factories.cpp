@@ -8,6 +8,12 @@ void releaseInvoker(void* object);
 void releaseProxy(void* object);
 }
 
-void releaseService(void* object) { delete static_cast<Service*>(object); }
-void releaseInvoker(void* object) { delete static_cast<Invoker*>(object); }
-void releaseProxy(void* object) { delete static_cast<Proxy*>(object); }
+void releaseService(void* object) {
+  delete static_cast<Service*>(object);
+}
+void releaseInvoker(void* object) {
+  delete static_cast<Invoker*>(object);
+}
+void releaseProxy(void* object) {
+  delete static_cast<Proxy*>(object);
+}

@@ -15,7 +15,7 @@ class DevicePrograms : public testing::Test {
   ~DevicePrograms() override { m_map.clear(); }
 
   std::string program(const std::string& name, bool executable = true) const {
-    const std::string path = m_folder / name;
+    std::string path = m_folder / name;
     std::ofstream(path) << "#!/bin/sh\n";
     if (executable) std::filesystem::permissions(path, std::filesystem::perms::owner_all);
     return path;
