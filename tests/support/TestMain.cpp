@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
 #include <filesystem>
 #include <system_error>
 
@@ -34,12 +36,21 @@ class WorkingFolder {
   const support::TemporaryFolder m_folder;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  testing::InitGoogleMock(&argc, argv);
+int runTests() {
   const WorkingFolder folder;
   setenv("TZ", "UTC0", 1);  // NOLINT(concurrency-mt-unsafe): before any thread
   tzset();
   return RUN_ALL_TESTS();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    testing::InitGoogleMock(&argc, argv);
+    return runTests();
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "%s\n", failure.what());
+    return 1;
+  }
 }
