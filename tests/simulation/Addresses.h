@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace simulation {
+
+enum class AddressKind { none, name, ipv4, ipv6, ipv6InBrackets, wrong };
+
+struct Address {
+  std::string_view text;
+  AddressKind kind;
+};
+
+// What lives enter as the NTP server, and what each is.
+inline constexpr std::array<Address, 16> kAddresses{{
+    {"", AddressKind::wrong},
+    {"0.0.0.0", AddressKind::ipv4},
+    {"::", AddressKind::ipv6},
+    {"192.0.2.1", AddressKind::ipv4},
+    {"198.51.100.255", AddressKind::ipv4},
+    {"127.0.0.1", AddressKind::ipv4},
+    {"2001:db8::1", AddressKind::ipv6},
+    {"::1", AddressKind::ipv6},
+    {"2001:db8:1:2:3:4:5:6", AddressKind::ipv6},
+    {"[2001:db8::1]", AddressKind::ipv6InBrackets},
+    {"[::]", AddressKind::ipv6InBrackets},
+    {"256.0.2.1", AddressKind::wrong},
+    {"192.0.2", AddressKind::wrong},
+    {"no such host", AddressKind::wrong},
+    {"-ntp.example", AddressKind::wrong},
+    {"2001:db8:::1", AddressKind::wrong},
+}};
+
+[[nodiscard]] constexpr AddressKind kindOf(std::string_view text) {
+  for (const Address& address : kAddresses) {
+    if (address.text == text) return address.kind;
+  }
+  return AddressKind::wrong;
+}
+
+}  // namespace simulation
