@@ -76,6 +76,7 @@ std::int64_t dayOf(const Date& date) {
 Date dateOf(std::int64_t day) {
   std::int64_t year = 1970 + floorDiv(day, 365);
   while (newYearsDay(year) > day) --year;
+  while (newYearsDay(year + 1) <= day) ++year;
   int month = 1;
   std::int64_t rest = day - newYearsDay(year);
   while (rest >= daysIn(year, month)) rest -= daysIn(year, month++);
@@ -121,24 +122,28 @@ const std::array<Zone, 15>& zones() {
 
 // Standard time less than an hour off UTC is kept as "west", whichever side was meant; daylight
 // time keeps its side. So the two can be more than the shift apart.
-WallClock::WallClock(const Choice& choice)
-    : m_zone(zones().at(static_cast<std::size_t>(choice.zone))),
-      m_ruled(choice.daylight && choice.automatic && m_zone.changes) {
+WallClock::WallClock(const Choice& choice) {
+  const Zone& zone = zones().at(static_cast<std::size_t>(choice.zone));
+  const bool ruled = choice.daylight && choice.automatic && zone.changes;
   const Seconds wanted = choice.minutesEast * kMinute;
   const Seconds shifted = (choice.minutesEast + choice.shift) * kMinute;
-  const bool sideLost = wanted > 0 && wanted < kHour;
+  const bool sideLost = wanted > 0 && wanted < kHour && (ruled || !choice.daylight);
   m_standard = sideLost ? -wanted : wanted;
   m_daylight = shifted;
   m_textOffset = wanted;
-  if (choice.daylight && !m_ruled) m_standard = m_textOffset = shifted;
+  if (choice.daylight && !ruled) m_standard = m_textOffset = shifted;
+  for (std::size_t i = 0; ruled && i < kYears; ++i) {
+    const std::int64_t year = kFirstYear + static_cast<std::int64_t>(i);
+    m_years.push_back({localMoment(year, zone.toDaylight) - m_standard,
+                       localMoment(year, zone.toStandard) - m_daylight});
+  }
 }
 
 // `instant` counts as daylight time when the clock has been put forward and not yet back.
 bool WallClock::isDaylight(Seconds instant) const {
-  if (!m_ruled) return false;
+  if (m_years.empty()) return false;
   const std::int64_t year = dateOf(floorDiv(instant, kDay)).year;
-  const Seconds forward = localMoment(year, m_zone.toDaylight) - m_standard;
-  const Seconds back = localMoment(year, m_zone.toStandard) - m_daylight;
+  const auto& [forward, back] = m_years.at(static_cast<std::size_t>(year - kFirstYear));
   const bool north = forward < back;
   return north ? instant >= forward && instant < back : instant >= forward || instant < back;
 }
@@ -153,11 +158,9 @@ std::string WallClock::faceForText(Seconds instant) const {
 }
 
 std::vector<Seconds> WallClock::changesIn(std::int64_t year) const {
-  if (!m_ruled) return {};
-  std::vector<Seconds> changes{localMoment(year, m_zone.toDaylight) - m_standard,
-                               localMoment(year, m_zone.toStandard) - m_daylight};
-  std::sort(changes.begin(), changes.end());
-  return changes;
+  if (m_years.empty()) return {};
+  const auto& [forward, back] = m_years.at(static_cast<std::size_t>(year - kFirstYear));
+  return {std::min(forward, back), std::max(forward, back)};
 }
 
 Seconds WallClock::nextHour(Seconds now) const {

@@ -73,9 +73,16 @@ class WallClock {
  private:
   [[nodiscard]] bool isDaylight(Seconds instant) const;
 
-  const Zone& m_zone;
-  const bool m_ruled;
-  Seconds m_standard;  // seconds east of UTC
+  // Daylight time of a year: from `forward` to `back`, or outside of back to forward.
+  struct Daylight {
+    Seconds forward;
+    Seconds back;
+  };
+  static constexpr std::int64_t kFirstYear = 1890;
+  static constexpr std::size_t kYears = 260;
+
+  std::vector<Daylight> m_years;  // from kFirstYear on; empty without a rule
+  Seconds m_standard;             // seconds east of UTC
   Seconds m_daylight;
   Seconds m_textOffset;  // what is added to UTC text before the rule is applied
 };

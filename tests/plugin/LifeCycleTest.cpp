@@ -3,95 +3,20 @@
 
 #include <gmock/gmock.h>
 
-#include <thread>
+#include <atomic>
 
-#include "ClockService.h"
 #include "ManageableData.h"
-#include "platform/LogBook.h"
-#include "plugin/JournalObserver.h"
-#include "plugin/OrderedTimers.h"
+#include "plugin/RecordingFramework.h"
 #include "plugin/RecordingSecurityLog.h"
-#include "plugin/RecordingServices.h"
-#include "plugin/ReportPipe.h"
 #include "plugin/Telephone.h"
-#include "support/LogCapture.h"
 
 namespace {
 
+using plugin::RecordingFramework;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
-
-// The start-up's own lines, put between what is asked of the framework.
-class StartUpLines final : public host::LogSink {
- public:
-  explicit StartUpLines(plugin::Journal& journal) : m_journal(journal) {}
-  void write(const host::LogEntry& entry) override {
-    for (const char* const text : {"init: initial", "start NTP client",
-                                   "NTP Client Thread has been", "Serious error", "Cannot find"})
-      if (entry.text.rfind(text, 0) == 0)
-        m_journal.add("log " + std::to_string(entry.level) + " " + entry.text);
-  }
-
- private:
-  plugin::Journal& m_journal;
-};
-
-class StartUpLog {
- public:
-  explicit StartUpLog(plugin::Journal& journal) : m_sink(std::make_shared<StartUpLines>(journal)) {
-    host::LogBook::instance().addSink(m_sink);
-  }
-  ~StartUpLog() { host::LogBook::instance().removeSink(m_sink); }
-  StartUpLog(const StartUpLog&) = delete;
-  StartUpLog& operator=(const StartUpLog&) = delete;
-
- private:
-  std::shared_ptr<StartUpLines> m_sink;
-};
-
-// A framework of recording parts; no service yet.
-class RecordingFramework : public testing::Test {
- protected:
-  RecordingFramework() {
-    host::setProcessClock(&clock);
-    context.onCall = [this](const std::string& call) { journal.add(call); };
-    context.add("PhysicalInterfaceServiceIfc", &physical);
-    context.add("LocalMgmtIfc", &management);
-    context.add("DataAccessServiceIfc", &store);
-  }
-  ~RecordingFramework() override {
-    end();
-    host::setProcessClock(nullptr);
-  }
-  RecordingFramework(const RecordingFramework&) = delete;
-  RecordingFramework& operator=(const RecordingFramework&) = delete;
-
-  void start(Context* with) {
-    pipe.renew();
-    service->observeTimeEvents(&observer);
-    service->initWith(with);
-    ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
-  }
-  void end() {
-    pipe.release();
-    service.reset();
-  }
-
-  plugin::Journal journal;
-  const StartUpLog startUpLog{journal};
-  support::LogCapture log{6};  // sees each line after the journal did
-  const support::ZoneGuard zone{"UTC0"};
-  host::VirtualClock clock;
-  plugin::OrderedTimers context{clock, plugin::OrderedTimers::Order::ofCreation};
-  plugin::RecordingPhysical physical{journal, 0};
-  plugin::RecordingManagement management{journal};
-  plugin::RecordingStore store{journal};
-  plugin::JournalObserver observer{journal, "observer"};
-  plugin::ReportPipe pipe;
-  std::unique_ptr<ClockService> service = std::make_unique<ClockService>();
-};
 
 TEST_F(RecordingFramework, SeesTheTwelveStepsOfStartUpInOrder) {
   store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
@@ -162,96 +87,6 @@ TEST_F(RecordingFramework, PassesTheSoftwareTypeToTheSettings) {
   start(&context);
   // that type has no zone of its own until a time source is chosen
   EXPECT_THAT(journal.take(), Contains("observer zone "));
-}
-
-TEST_F(RecordingFramework, GetsNoTimersFromAServiceWithoutAContext) {
-  start(nullptr);
-  const auto lines = journal.take();
-  EXPECT_THAT(lines,
-              ElementsAre("log 2 Serious error, no svcRteCntxt available", "observer zone LOC00:00",
-                          "log 5 NTP Client Thread has been started"));
-  EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
-}
-
-TEST_F(RecordingFramework, CanAskAServiceWithoutAContextEverything) {
-  start(nullptr);
-  ManageableData record;
-  for (const char* const key : {"date-format", "sntp-addr", "time", "unknown"}) {
-    record.setRootId(key, nullptr);
-    record.populate(key, "0");
-    EXPECT_FALSE(service->getData(record)) << key;
-    EXPECT_FALSE(service->setData(record)) << key;
-  }
-  for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"}) {
-    record.setRootId(key, nullptr);
-    for (const char* const value : {"all", "up", "true"}) {
-      record.populate(key, value);
-      service->manageableDataChanged(record);
-    }
-  }
-  EXPECT_FALSE(service->resetUserData());
-  EXPECT_EQ(service->getDate(), "01.01.70");
-  EXPECT_EQ(service->setFallbackTime(), "1970-01-01T00:00:00+00:00");
-  service->setTime(1000);
-  EXPECT_TRUE(service->setDate(2, 3, 2004));
-  EXPECT_TRUE(service->setTime(5, 6, 7));
-  EXPECT_EQ(service->getUTCTime(0), "2004-03-02T05:06:07+00:00");
-}
-
-TEST_F(RecordingFramework, MissesThePhysicalInterfaceWithOneLine) {
-  context.add("PhysicalInterfaceServiceIfc", nullptr);
-  start(&context);
-  const auto lines = journal.take();
-  EXPECT_THAT(lines, Contains("log 2 Cannot find PhysicalInterfaceServiceIfc\n").Times(1));
-  EXPECT_THAT(lines, Not(Contains("subscribe (1,2,2)")));
-  EXPECT_EQ(service->getDate(), "16.06.16");  // as on variant 0
-}
-
-TEST_F(RecordingFramework, TakesAServiceOfAnotherTypeForAMissingOne) {
-  plugin::RecordingSecurityLog other;
-  context.add("PhysicalInterfaceServiceIfc", &other);
-  context.add("LocalMgmtIfc", &other);
-  start(&context);
-  const auto lines = journal.take();
-  EXPECT_THAT(lines, Contains("log 2 Cannot find PhysicalInterfaceServiceIfc\n"));
-  EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
-}
-
-TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
-  context.add("LocalMgmtIfc", nullptr);
-  start(&context);
-  const auto lines = journal.take();
-  EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
-  EXPECT_THAT(lines, Not(Contains("observe dhcp-enabled")));
-  EXPECT_THAT(lines, Not(Contains("log 5 start NTP client")));
-  EXPECT_THAT(lines, Contains("create 1 -> 4"));  // and goes on
-}
-
-TEST_F(RecordingFramework, ServesDefaultsWithoutAStoreAndRefusesToStore) {
-  context.add("DataAccessServiceIfc", nullptr);
-  start(&context);
-  EXPECT_EQ(service->getUTCTime(0), "2016-06-16T00:00:00+00:00");
-  ManageableData record;
-  record.setRootId("date-format", nullptr);
-  record.populate("date-format", "1");
-  EXPECT_FALSE(service->setData(record));
-}
-
-TEST_F(RecordingFramework, NeverHearsOfATimerThatCouldNotBeCreated) {
-  for (const int refused : {0, -1}) {
-    context.refuseTimers(refused);
-    service = std::make_unique<ClockService>();
-    start(&context);
-    for (int event = 0; event < 3; ++event) service->setTime(1, 2, 3);
-    ManageableData record;
-    record.setRootId("dhcp-enabled", nullptr);
-    service->manageableDataChanged(record);
-    service->handleSNTPClientUpdate(1);
-    end();
-    const std::string id = " " + std::to_string(refused);
-    for (const char* const call : {"start", "stop", "cancel", "delete"})
-      EXPECT_THAT(journal.lines(), Not(Contains(call + id)));
-  }
 }
 
 TEST_F(RecordingFramework, TakesEveryTimerBackAtTheEnd) {

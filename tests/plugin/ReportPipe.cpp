@@ -1,13 +1,17 @@
 #include "plugin/ReportPipe.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "DevicePaths.h"
 
@@ -17,6 +21,34 @@ namespace {
 
 void require(bool done, const char* what) {
   if (!done) throw std::system_error(errno, std::generic_category(), what);
+}
+
+// Whether this process, and so the listener, has the pipe open.
+bool isOpenHere(const std::string& path) {
+  struct stat pipe {};
+  if (stat(path.c_str(), &pipe) != 0) return false;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    struct stat other {};
+    if (fstat(std::stoi(entry.path().filename().string()), &other) == 0 &&
+        other.st_dev == pipe.st_dev && other.st_ino == pipe.st_ino)
+      return true;
+  }
+  return false;
+}
+
+int bytesLeft(int pipe) {
+  int bytes = 0;
+  require(ioctl(pipe, FIONREAD, &bytes) == 0, "FIONREAD");
+  return bytes;
+}
+
+template <class Condition>
+void await(Condition condition, const char* what) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds{10};
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(what);
+    std::this_thread::yield();
+  }
 }
 
 }  // namespace
@@ -52,12 +84,17 @@ void ReportPipe::renew() {
   makeReportPipe();
 }
 
+// A second message in one opening would be lost, so the listener has to have closed it.
 void ReportPipe::write(const std::string& bytes) const {
+  await([] { return !isOpenHere(path()); }, "the listener keeps the pipe open");
   const int pipe = open(path().c_str(), O_WRONLY | O_CLOEXEC);
   require(pipe >= 0, "open for writing");
+  const int size = static_cast<int>(bytes.size());
   const ssize_t written = ::write(pipe, bytes.data(), bytes.size());
+  if (written == size && size > 0)
+    await([&] { return bytesLeft(pipe) < size; }, "the listener does not read");
   close(pipe);
-  require(written == static_cast<ssize_t>(bytes.size()), "write");
+  require(written == size, "write");
 }
 
 void ReportPipe::report(std::uint32_t secondsSinceEpoch) const {

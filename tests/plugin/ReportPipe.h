@@ -16,7 +16,8 @@ class ReportPipe {
   ReportPipe(const ReportPipe&) = delete;
   ReportPipe& operator=(const ReportPipe&) = delete;
 
-  // Waits for a listener to open the pipe, and writes to it in one opening.
+  // Writes in an opening of its own: waits for the listener to close the one before and to open
+  // the next, and until it has read something of the bytes.
   void write(const std::string& bytes) const;
   void report(std::uint32_t secondsSinceEpoch) const;
 

@@ -1,0 +1,198 @@
+// What follows a management set, step by step: timers, the NTP client, reports, item states, and
+// the user's reset.
+
+#include <gmock/gmock.h>
+
+#include "ManageableData.h"
+#include "plugin/ClockOnWatchedTimers.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using plugin::kZoneRefresh;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string kRefreshStarts = "start " + std::to_string(kZoneRefresh);
+
+// A managed clock, all of whose calls to the framework are in the journal.
+class ManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
+ protected:
+  ManagedClockOnRecordingParts() { management.values["interface-status"] = "down"; }
+
+  bool set(const std::string& key, const std::string& value) {
+    ManageableData record;
+    record.setRootId(key, nullptr);
+    record.populate(key, value);
+    return management.agent->setData(record);
+  }
+  // The journal of one accepted set, and of one refused.
+  std::vector<std::string> accepted(const std::string& key, const std::string& value) {
+    EXPECT_TRUE(set(key, value)) << key << " " << value;
+    return journal.take();
+  }
+  std::vector<std::string> refused(const std::string& key, const std::string& value) {
+    EXPECT_FALSE(set(key, value)) << key << " " << value;
+    return journal.take();
+  }
+};
+
+const char* const kSecurityService = "service SecurityLogServiceIfc";  // looked for while missing
+
+TEST_F(ManagedClockOnRecordingParts, StoresThenRefreshesTheZone) {
+  start();
+  const std::pair<const char*, const char*> rows[] = {
+      {"sntp-tz-offset", "TimezoneOffset=5.5"},
+      {"daylight-save-minutes", "DaylightSavingMinutes=30"},
+      {"time-source", "QexTimeSource=1"},
+      {"daylight-save", "DaylightSavingActive=true"},
+      {"auto-daylight-save", "AutoDaylightSavingEnabledDevice=true"},
+      {"daylight-save-zone-id", "DaylightSavingZoneIDDevice=9"}};
+  for (const auto& [key, stored] : rows) {
+    const std::string text = stored;
+    EXPECT_THAT(accepted(key, text.substr(text.find('=') + 1)),
+                ElementsAre("store " + text, kRefreshStarts, kSecurityService))
+        << key;
+  }
+}
+
+TEST_F(ManagedClockOnRecordingParts, RefreshesNothingWhenTheSettingIsRefused) {
+  start();
+  for (const auto& [key, value] : {std::pair{"sntp-tz-offset", ""},
+                                   {"daylight-save", "yes"},
+                                   {"auto-daylight-save", "no"},
+                                   {"daylight-save-zone-id", "15"},
+                                   {"daylight-save-zone-index", "15"}})
+    EXPECT_THAT(refused(key, value), ElementsAre(kSecurityService)) << key;
+}
+
+TEST_F(ManagedClockOnRecordingParts, RefreshesTheZoneAlsoForAnUnchangedOffset) {
+  start();
+  EXPECT_THAT(accepted("sntp-tz-offset", "0"), ElementsAre(kRefreshStarts, kSecurityService));
+}
+
+TEST_F(ManagedClockOnRecordingParts, StoresTheDisplayFormatsAndThatIsAll) {
+  start();
+  EXPECT_THAT(accepted("date-format", "2"), ElementsAre("store DateFormat=2", kSecurityService));
+  EXPECT_THAT(accepted("time-format", "1"), ElementsAre("store TimeFormat=1", kSecurityService));
+}
+
+TEST_F(ManagedClockOnRecordingParts, ReportsTheZonesIdWhenItIsSetByIndex) {
+  start();
+  EXPECT_THAT(accepted("daylight-save-zone-index", "9"),
+              ElementsAre("store DaylightSavingZoneIDDevice=9", "report daylight-save-zone-id=9",
+                          kRefreshStarts, kSecurityService));
+}
+
+TEST_F(ManagedClockOnRecordingParts, StoresTheServerThenTriesTheClientThenShowsWhoSetsTheTime) {
+  start();
+  const support::LogCapture log(5);
+  EXPECT_THAT(accepted("sntp-addr", "192.0.2.1"),
+              ElementsAre("store SNTPaddress=192.0.2.1", "item state time 4", kSecurityService));
+  EXPECT_EQ(log.count("start NTP client"), 1U);
+  EXPECT_THAT(accepted("sntp-addr", "0.0.0.0"),
+              ElementsAre("store SNTPaddress=0.0.0.0", "item state time 0", kSecurityService));
+  EXPECT_EQ(log.count("start NTP client"), 2U);
+}
+
+TEST_F(ManagedClockOnRecordingParts, StoresTheSecretThenTriesTheClient) {
+  start();
+  const support::LogCapture log(5);
+  EXPECT_THAT(accepted("ntp-secret", "x"),
+              ElementsAre("store NTPsharedSecret=x", kSecurityService));
+  EXPECT_EQ(log.count("start NTP client"), 1U);
+}
+
+TEST_F(ManagedClockOnRecordingParts, BracketsAChangeOfTheClock) {
+  start();
+  EXPECT_THAT(accepted("time", "2031-01-02T03:04:05+00:00"),
+              ElementsAre("begin clock change", "start 3", "start 2", "end clock change",
+                          kSecurityService));
+  EXPECT_THAT(accepted("simple-time", "10:20"),
+              ElementsAre("begin clock change", "start 2", "end clock change", kSecurityService));
+  EXPECT_THAT(accepted("simple-date", "01.02.2030"),
+              ElementsAre("begin clock change", "start 3", "end clock change", kSecurityService));
+  EXPECT_THAT(refused("simple-date", "01.02.2040"),
+              ElementsAre("begin clock change", "end clock change", kSecurityService));
+}
+
+TEST_F(ManagedClockOnRecordingParts, LooksAgainForAMissingPhysicalInterface) {
+  timers.add("PhysicalInterfaceServiceIfc", nullptr);
+  start();
+  EXPECT_THAT(accepted("simple-time", "10:20"),
+              ElementsAre("service PhysicalInterfaceServiceIfc", "start 2", kSecurityService));
+  timers.add("PhysicalInterfaceServiceIfc", &physical);
+  EXPECT_THAT(accepted("simple-time", "10:20"),
+              ElementsAre("service PhysicalInterfaceServiceIfc", "begin clock change", "start 2",
+                          "end clock change", kSecurityService));
+  EXPECT_THAT(accepted("simple-time", "10:20"),
+              ElementsAre("begin clock change", "start 2", "end clock change", kSecurityService));
+}
+
+// A clock whose store refuses to store.
+TEST_F(ManagedClockOnRecordingParts, KeepsTheOldValueWhenTheStoreRefuses) {
+  store.items["SNTPaddress"] = "192.0.2.1";
+  start();
+  const support::LogCapture log(5);
+  store.acceptSets = false;
+  const std::pair<const char*, const char*> rows[] = {{"date-format", "2"},
+                                                      {"time-format", "1"},
+                                                      {"sntp-addr", "192.0.2.9"},
+                                                      {"ntp-secret", "x"},
+                                                      {"sntp-tz-offset", "3"},
+                                                      {"daylight-save", "true"},
+                                                      {"daylight-save-minutes", "1"},
+                                                      {"time-source", "1"},
+                                                      {"daylight-save-zone-id", "9"},
+                                                      {"auto-daylight-save", "true"},
+                                                      {"daylight-save-zone-index", "9"}};
+  for (const auto& [key, value] : rows) {
+    ManageableData record;
+    std::string before, after;
+    record.setRootId(key, nullptr);
+    EXPECT_TRUE(service->getData(record) && record.interogate(key, before));
+    EXPECT_FALSE(set(key, value)) << key;
+    EXPECT_TRUE(service->getData(record) && record.interogate(key, after));
+    EXPECT_EQ(after, before) << key;
+  }
+  EXPECT_THAT(journal.lines(), testing::Not(Contains(kRefreshStarts)));
+  EXPECT_FALSE(log.has("start NTP client"));
+}
+
+TEST_F(ManagedClockOnRecordingParts, ResetsBothFormatsAndReportsThem) {
+  store.items["DateFormat"] = "1";
+  store.items["TimeFormat"] = "1";
+  start();
+  EXPECT_TRUE(service->resetUserData());
+  EXPECT_THAT(journal.take(),
+              ElementsAre("user data date-format of 0?", "store DateFormat=0", kSecurityService,
+                          "report date-format=0", "user data time-format of 0?",
+                          "store TimeFormat=0", kSecurityService, "report time-format=0"));
+  EXPECT_FALSE(service->resetUserData());  // nothing left to do
+  EXPECT_THAT(journal.take(), IsEmpty());
+}
+
+TEST_F(ManagedClockOnRecordingParts, ResetsOnlyWhatIsTheUsers) {
+  store.items["DateFormat"] = "1";
+  store.items["TimeFormat"] = "1";
+  management.userData["date-format"] = false;
+  start();
+  EXPECT_TRUE(service->resetUserData());
+  EXPECT_THAT(journal.take(),
+              ElementsAre("user data date-format of 0?", "user data time-format of 0?",
+                          "store TimeFormat=0", kSecurityService, "report time-format=0"));
+  management.userData["time-format"] = false;
+  store.items["TimeFormat"] = "1";
+  EXPECT_FALSE(service->resetUserData());
+}
+
+TEST_F(ManagedClockOnRecordingParts, ResetsNoOtherSetting) {
+  store.items["DaylightSavingMinutes"] = "30";
+  store.items["TimezoneOffset"] = "3";
+  start();
+  EXPECT_FALSE(service->resetUserData());
+  EXPECT_EQ(store.items["DaylightSavingMinutes"], "30");
+}
+
+}  // namespace

@@ -1,0 +1,172 @@
+// What is odd in the management of the clock, on purpose: peers in the field count on it.
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+#include "ManageableData.h"
+#include "plugin/ClockOnWatchedTimers.h"
+#include "plugin/Telephone.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+
+// A running, managed clock in UTC, at 09:07:05 on 5 March 2024.
+class OddlyManagedClock : public testing::Test {
+ protected:
+  OddlyManagedClock() {
+    telephone.store("FallbackDateTime", "2024-03-05T09:07:05+00:00");
+    telephone.switchOn();
+  }
+  bool setData(const std::string& key, const std::string& value) {
+    ManageableData record;
+    record.setRootId(key, nullptr);
+    record.populate(key, value);
+    return telephone.service().setData(record);
+  }
+  std::string utc() { return telephone.service().getUTCTime(0); }
+
+  plugin::Telephone telephone;
+  support::LogCapture log{5};
+};
+
+TEST_F(OddlyManagedClock, TakesSevenThirtyWithOneDigitForSevenOClock) {
+  EXPECT_TRUE(telephone.manage("simple-time", "7:30"));
+  EXPECT_EQ(utc(), "2024-03-05T07:00:00+00:00");
+}
+
+TEST_F(OddlyManagedClock, ThrowsForATextThatEndsBeforeItsLastPieceBegins) {
+  const std::pair<const char*, const char*> rows[] = {{"simple-time", "1"},
+                                                      {"simple-time", "10"},
+                                                      {"simple-date", "1"},
+                                                      {"simple-date", "01."},
+                                                      {"simple-date", "01.02"}};
+  for (const auto& [key, value] : rows) {
+    EXPECT_THROW(setData(key, value), std::out_of_range) << key << " " << value;
+    EXPECT_EQ(telephone.managed("simple-time"), "09:07");  // the lock is free
+    EXPECT_EQ(utc(), "2024-03-05T09:07:05+00:00");
+    EXPECT_EQ(telephone.physical.clockChanges().begun, 0);
+  }
+}
+
+TEST_F(OddlyManagedClock, ThrowsByThePositionsOfTheDateFormat) {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"1", "2024-0", ""}, {"1", "2024", ""}, {"2", "01/02", ""}, {"2", "0", ""}};
+  for (const auto& [format, value, unused] : rows) {
+    EXPECT_TRUE(telephone.manage("date-format", format));
+    EXPECT_THROW(setData("simple-date", value), std::out_of_range) << format << " " << value;
+  }
+}
+
+TEST_F(OddlyManagedClock, TakesATextThatEndsWhereItsLastPieceBegins) {
+  EXPECT_TRUE(setData("simple-time", "10:"));
+  EXPECT_EQ(utc(), "2024-03-05T10:00:00+00:00");
+  EXPECT_TRUE(setData("simple-date", "01.02."));  // the year 0 is 2000
+  EXPECT_EQ(utc(), "2000-02-01T10:00:00+00:00");
+}
+
+TEST_F(OddlyManagedClock, IsRefusedAndLivesAtTheHostsBoundary) {
+  EXPECT_FALSE(telephone.manage("simple-time", "10"));
+  EXPECT_TRUE(telephone.manage("simple-time", "10:11"));
+}
+
+TEST_F(OddlyManagedClock, KeepsNoRecordOfASetThatThrew) {
+  telephone.manage("simple-time", "10");
+  EXPECT_THAT(telephone.security.lines(), testing::IsEmpty());
+}
+
+TEST_F(OddlyManagedClock, HasNoSimpleDateUnderAnUnknownFormat) {
+  EXPECT_TRUE(telephone.manage("date-format", "7"));
+  EXPECT_EQ(telephone.managed("simple-date"), "");  // a value, if an empty one
+  EXPECT_TRUE(log.has(2, "getData: Invalid Date Format.\n"));
+}
+
+TEST_F(OddlyManagedClock, SetsTheZerothOfTheZerothUnderAnUnknownFormat) {
+  EXPECT_TRUE(telephone.manage("date-format", "7"));
+  EXPECT_TRUE(telephone.manage("simple-date", "31.12.2023"));
+  EXPECT_TRUE(log.has(5, "setDate: \"0\", \"0\", \"0\""));
+  EXPECT_EQ(utc(), "1999-11-30T09:07:05+00:00");
+}
+
+TEST_F(OddlyManagedClock, TakesAnUnknownFormatForCuttingBeforeItLooksAtTheText) {
+  EXPECT_TRUE(telephone.manage("date-format", "-1"));
+  EXPECT_TRUE(telephone.manage("simple-date", "x"));  // too short for any format
+}
+
+TEST_F(OddlyManagedClock, MovesTheTimeItemByTheRequestedServerEvenWhenItIsRefused) {
+  const std::tuple<const char*, bool, int> rows[] = {
+      {"192.0.2.1", true, 4}, {"", false, 0},        {"192.0.2.1", false, 4},
+      {"0.0.0.0", true, 0},   {"no host", false, 4}, {"0.0.0.0", false, 0},
+      {"[::1]", false, 4},    {"::", true, 0},       {"[::]", false, 4}};
+  for (const auto& [server, accepted, state] : rows) {
+    EXPECT_EQ(telephone.manage("sntp-addr", server), accepted) << server;
+    EXPECT_EQ(telephone.management.itemState("time"), state) << server;
+  }
+}
+
+TEST_F(OddlyManagedClock, HasIndexMinusOneForAStoredZoneThatTheTableLacks) {
+  telephone.switchOff();
+  telephone.store("DaylightSavingZoneIDDevice", "99");
+  telephone.switchOn();
+  EXPECT_EQ(telephone.managed("daylight-save-zone-index"), "-1");
+  EXPECT_EQ(telephone.managed("daylight-save-zone-text"), "");
+  EXPECT_EQ(telephone.managed("daylight-save-zone-id"), "99");
+}
+
+// The same on parts that are all recorded.
+class OddlyManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
+ protected:
+  bool set(const std::string& key, const std::string& value) {
+    ManageableData record;
+    record.setRootId(key, nullptr);
+    record.populate(key, value);
+    return service->setData(record);
+  }
+};
+
+TEST_F(OddlyManagedClockOnRecordingParts, ReportsAZoneThatCouldNotBeStored) {
+  start();
+  store.acceptSets = false;
+  EXPECT_FALSE(set("daylight-save-zone-index", "9"));
+  EXPECT_THAT(journal.take(),
+              ElementsAre("store DaylightSavingZoneIDDevice=9", "report daylight-save-zone-id=9",
+                          "service SecurityLogServiceIfc"));
+}
+
+TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheSecondFormatWhenBothAreReset) {
+  for (const bool second : {true, false}) {
+    store.items["DateFormat"] = "1";
+    store.items["TimeFormat"] = "1";
+    management.acceptReports = {{"date-format", !second}, {"time-format", second}};
+    start();
+    EXPECT_EQ(service->resetUserData(), second);
+    pipe.release();
+    service.reset();
+    pipe.renew();
+  }
+}
+
+TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheFirstFormatWhenItIsTheOnlyOne) {
+  for (const bool accepted : {true, false}) {
+    store.items["DateFormat"] = "1";
+    management.acceptReports = {{"date-format", accepted}};
+    start();
+    EXPECT_EQ(service->resetUserData(), accepted);
+    pipe.release();
+    service.reset();
+    pipe.renew();
+  }
+}
+
+TEST_F(OddlyManagedClockOnRecordingParts, ReportsAResetThatCouldNotBeStored) {
+  store.items["DateFormat"] = "1";
+  start();
+  store.acceptSets = false;
+  EXPECT_TRUE(service->resetUserData());
+  EXPECT_THAT(journal.take(), Contains("report date-format=0"));
+}
+
+}  // namespace

@@ -1,0 +1,107 @@
+// A service whose framework lacks something: it offers less, and does not fail.
+
+#include <gmock/gmock.h>
+
+#include "ManageableData.h"
+#include "plugin/RecordingFramework.h"
+#include "plugin/RecordingSecurityLog.h"
+#include "plugin/Telephone.h"
+
+namespace {
+
+using plugin::RecordingFramework;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+TEST_F(RecordingFramework, GetsNoTimersFromAServiceWithoutAContext) {
+  start(nullptr);
+  const auto lines = journal.take();
+  EXPECT_THAT(lines,
+              ElementsAre("log 2 Serious error, no svcRteCntxt available", "observer zone LOC00:00",
+                          "log 5 NTP Client Thread has been started"));
+  EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
+}
+
+TEST_F(RecordingFramework, CanAskAServiceWithoutAContextEverything) {
+  start(nullptr);
+  ManageableData record;
+  for (const char* const key : {"date-format", "sntp-addr", "time", "unknown"}) {
+    record.setRootId(key, nullptr);
+    record.populate(key, "0");
+    EXPECT_FALSE(service->getData(record)) << key;
+    EXPECT_FALSE(service->setData(record)) << key;
+  }
+  for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"}) {
+    record.setRootId(key, nullptr);
+    for (const char* const value : {"all", "up", "true"}) {
+      record.populate(key, value);
+      service->manageableDataChanged(record);
+    }
+  }
+  EXPECT_FALSE(service->resetUserData());
+  EXPECT_EQ(service->getDate(), "01.01.70");
+  EXPECT_EQ(service->setFallbackTime(), "1970-01-01T00:00:00+00:00");
+  service->setTime(1000);
+  EXPECT_TRUE(service->setDate(2, 3, 2004));
+  EXPECT_TRUE(service->setTime(5, 6, 7));
+  EXPECT_EQ(service->getUTCTime(0), "2004-03-02T05:06:07+00:00");
+}
+
+TEST_F(RecordingFramework, MissesThePhysicalInterfaceWithOneLine) {
+  context.add("PhysicalInterfaceServiceIfc", nullptr);
+  start(&context);
+  const auto lines = journal.take();
+  EXPECT_THAT(lines, Contains("log 2 Cannot find PhysicalInterfaceServiceIfc\n").Times(1));
+  EXPECT_THAT(lines, Not(Contains("subscribe (1,2,2)")));
+  EXPECT_EQ(service->getDate(), "16.06.16");  // as on variant 0
+}
+
+TEST_F(RecordingFramework, TakesAServiceOfAnotherTypeForAMissingOne) {
+  plugin::RecordingSecurityLog other;
+  context.add("PhysicalInterfaceServiceIfc", &other);
+  context.add("LocalMgmtIfc", &other);
+  start(&context);
+  const auto lines = journal.take();
+  EXPECT_THAT(lines, Contains("log 2 Cannot find PhysicalInterfaceServiceIfc\n"));
+  EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
+}
+
+TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
+  context.add("LocalMgmtIfc", nullptr);
+  start(&context);
+  const auto lines = journal.take();
+  EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
+  EXPECT_THAT(lines, Not(Contains("observe dhcp-enabled")));
+  EXPECT_THAT(lines, Not(Contains("log 5 start NTP client")));
+  EXPECT_THAT(lines, Contains("create 1 -> 4"));  // and goes on
+}
+
+TEST_F(RecordingFramework, ServesDefaultsWithoutAStoreAndRefusesToStore) {
+  context.add("DataAccessServiceIfc", nullptr);
+  start(&context);
+  EXPECT_EQ(service->getUTCTime(0), "2016-06-16T00:00:00+00:00");
+  ManageableData record;
+  record.setRootId("date-format", nullptr);
+  record.populate("date-format", "1");
+  EXPECT_FALSE(service->setData(record));
+}
+
+TEST_F(RecordingFramework, NeverHearsOfATimerThatCouldNotBeCreated) {
+  for (const int refused : {0, -1}) {
+    context.refuseTimers(refused);
+    service = std::make_unique<ClockService>();
+    start(&context);
+    for (int event = 0; event < 3; ++event) service->setTime(1, 2, 3);
+    ManageableData record;
+    record.setRootId("dhcp-enabled", nullptr);
+    service->manageableDataChanged(record);
+    service->handleSNTPClientUpdate(1);
+    end();
+    const std::string id = " " + std::to_string(refused);
+    for (const char* const call : {"start", "stop", "cancel", "delete"})
+      EXPECT_THAT(journal.lines(), Not(Contains(call + id)));
+  }
+}
+
+}  // namespace

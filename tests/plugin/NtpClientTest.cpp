@@ -1,0 +1,210 @@
+// The external NTP client: when it is started, how it is called, how it is replaced.
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "DevicePaths.h"
+#include "platform/ProgramMap.h"
+#include "plugin/ClientPipe.h"
+#include "plugin/Telephone.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using std::chrono::hours;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A telephone with the network up and a server configured; its clock is not started yet.
+class ClockWithNetworkUp : public testing::Test {
+ protected:
+  ClockWithNetworkUp() {
+    telephone.management.setValue("interface-status", "up");
+    telephone.store("SNTPaddress", "127.0.0.1");
+  }
+  // The clock is running, and so is its client.
+  std::string start() {
+    telephone.switchOn();
+    return clients.nextStart();
+  }
+  static bool isRunning(const std::string& client) { return kill(std::stoi(client), 0) == 0; }
+
+  plugin::Telephone telephone;
+  plugin::ClientPipe clients;
+  support::LogCapture log{5};
+};
+
+TEST_F(ClockWithNetworkUp, StartsTheClientWithItsCommandLineAndEnvironment) {
+  setenv("CLOCK_TEST_MARK", "as the service has it", 1);  // NOLINT(concurrency-mt-unsafe)
+  telephone.switchOn();
+  auto message = clients.next();
+  ASSERT_FALSE(message.empty());
+  message.erase(message.begin());
+  EXPECT_THAT(message,
+              ElementsAre(DevicePaths::ntpClientProgram, "-s", "-c", "525600", "-i", "3600", "-n",
+                          "15", "-h", "127.0.0.1", "-4", "MARK=as the service has it"));
+}
+
+TEST_F(ClockWithNetworkUp, LetsTheClientTraceAtLevelSix) {
+  const support::LogCapture traced(6);
+  telephone.switchOn();
+  const auto message = clients.next();
+  ASSERT_EQ(message.size(), 1U + 12U + 1U);
+  EXPECT_EQ(message[11], "-4");
+  EXPECT_EQ(message[12], "-L");
+}
+
+TEST_F(ClockWithNetworkUp, TellsTheClientOfIpv6) {
+  telephone.store("SNTPaddress", "::1");
+  telephone.switchOn();
+  const auto message = clients.next();
+  ASSERT_EQ(message.size(), 1U + 11U + 1U);
+  EXPECT_EQ(message[10], "::1");
+  EXPECT_EQ(message[11], "-6");
+}
+
+TEST_F(ClockWithNetworkUp, WritesTheCommandLineToTheSystemLog) {
+  start();
+  std::vector<std::string> systemLines;
+  for (const auto& entry : log.entries())
+    if (entry.systemLog) systemLines.push_back(entry.text);
+  EXPECT_THAT(systemLines,
+              ElementsAre(std::string("startNTPClient() => \" ") + DevicePaths::ntpClientProgram +
+                          " -s -c 525600 -i 3600 -n 15 -h 127.0.0.1 -4 NULL NULL\"\n"));
+}
+
+TEST_F(ClockWithNetworkUp, EndsTheOldClientBeforeItStartsTheNextOne) {
+  const std::string first = start();
+  telephone.physical.jack(5, 1);
+  EXPECT_EQ(clients.nextEnd(), first);
+  const std::string second = clients.nextStart();
+  EXPECT_NE(second, "");
+  EXPECT_FALSE(isRunning(first));
+  EXPECT_TRUE(isRunning(second));
+}
+
+TEST_F(ClockWithNetworkUp, EndsTheClientWithTheService) {
+  const std::string client = start();
+  telephone.switchOff();
+  EXPECT_EQ(clients.nextEnd(), client);
+  EXPECT_FALSE(isRunning(client));
+}
+
+TEST_F(ClockWithNetworkUp, ReplacesAClientThatHasDied) {
+  const std::string first = start();
+  kill(std::stoi(first), SIGKILL);
+  telephone.physical.jack(5, 1);
+  EXPECT_NE(clients.nextStart(), "");
+  EXPECT_FALSE(isRunning(first));  // and reaped
+}
+
+TEST_F(ClockWithNetworkUp, StartsNoClientWithoutAServer) {
+  for (const char* const server : {"", "0.0.0.0", "::"}) {
+    telephone.store("SNTPaddress", server);
+    log.clear();
+    telephone.switchOn();
+    EXPECT_TRUE(log.has(5, "start NTP client"));
+    EXPECT_TRUE(log.hasPart("No NTP server configure")) << server;
+    EXPECT_FALSE(log.hasPart("startNTPClient() =>")) << server;
+    telephone.switchOff();
+  }
+}
+
+TEST_F(ClockWithNetworkUp, StopsSilentlyWhenTheNameIsUnknown) {
+  telephone.store("SNTPaddress", "no-such-host.invalid");
+  telephone.switchOn();
+  EXPECT_TRUE(log.has(5, "start NTP client"));
+  EXPECT_FALSE(log.hasPart("startNTPClient() =>"));
+  EXPECT_FALSE(log.hasPart("couldn't be started"));
+}
+
+TEST_F(ClockWithNetworkUp, SaysWhenTheProgramCannotBeStarted) {
+  host::ProgramMap::instance().set(DevicePaths::ntpClientProgram, "no/such/program");
+  telephone.switchOn();
+  EXPECT_TRUE(log.has(2, "ntpclient couldn't be started"));
+  telephone.physical.jack(5, 1);  // and tries again
+  EXPECT_EQ(log.count("ntpclient couldn't be started"), 2U);
+}
+
+TEST_F(ClockWithNetworkUp, StartsTheClientOnlyWhenTheNetworkPlugGoesIn) {
+  start();
+  for (const auto& [plug, status] : {std::pair{5, 0}, {5, 2}, {4, 1}, {0, 0}, {2, 1}, {-5, 1}}) {
+    log.clear();
+    telephone.physical.jack(plug, status);
+    EXPECT_TRUE(log.has(
+        5, "jackEvent plugID " + std::to_string(plug) + " , plugStatus " + std::to_string(status)));
+    EXPECT_FALSE(log.has("start NTP client")) << plug << " " << status;
+  }
+  telephone.physical.jack(5, 1);
+  EXPECT_TRUE(log.has(5, "jackEvent plugID 5 , plugStatus 1"));
+  EXPECT_TRUE(log.has(5, "start NTP client"));
+}
+
+TEST_F(ClockWithNetworkUp, LeavesTheRunningClientAloneWhenTheNetworkGoesDown) {
+  const std::string client = start();
+  for (const char* const status : {"down", "", "UP", "up "}) {
+    telephone.management.setValue("interface-status", status);
+    EXPECT_TRUE(log.has(5, "manageableDataChanged=\"interface-status\""));
+    EXPECT_TRUE(isRunning(client)) << status;
+    log.clear();
+    telephone.physical.jack(5, 1);
+    EXPECT_TRUE(log.hasPart("Network not up")) << status;
+  }
+  telephone.management.setValue("interface-status", "up");
+  EXPECT_EQ(clients.nextEnd(), client);
+  EXPECT_NE(clients.nextStart(), "");
+}
+
+TEST_F(ClockWithNetworkUp, StartsTheClientAndRefreshesTheZoneWhenDhcpChanges) {
+  const std::string first = start();
+  telephone.events.take();
+  telephone.management.setValue("dhcp-enabled", "false");
+  EXPECT_EQ(clients.nextEnd(), first);
+  EXPECT_NE(clients.nextStart(), "");
+  EXPECT_THAT(telephone.events.take(), IsEmpty());
+  telephone.pass(std::chrono::milliseconds{1});
+  EXPECT_THAT(telephone.events.take(),
+              ElementsAre("zone LOC00:00", "time 00:00:00", "date 16.06.2016"));
+}
+
+TEST_F(ClockWithNetworkUp, StartsTheClientWhenTheServerIsSet) {
+  const std::string first = start();
+  EXPECT_TRUE(telephone.manage("sntp-addr", "127.0.0.2"));
+  EXPECT_EQ(clients.nextEnd(), first);
+  const auto message = clients.next();
+  ASSERT_GT(message.size(), 10U);
+  EXPECT_EQ(message[10], "127.0.0.2");
+  EXPECT_FALSE(telephone.manage("sntp-addr", "127.0.0.2"));  // unchanged: refused
+  EXPECT_EQ(log.count("start NTP client"), 2U);
+}
+
+TEST_F(ClockWithNetworkUp, StartsTheClientWhenTheSecretIsSet) {
+  const std::string first = start();
+  EXPECT_TRUE(telephone.manage("ntp-secret", "x"));
+  EXPECT_EQ(clients.nextEnd(), first);
+}
+
+TEST_F(ClockWithNetworkUp, RestartsTheClientBetweenTenAndTwentyMinutesAfterTheHour) {
+  telephone.store("FallbackDateTime", "2030-01-01T00:30:00+00:00");
+  const std::string first = start();
+  telephone.pass(seconds{1800 + 600});
+  EXPECT_TRUE(isRunning(first));
+  EXPECT_EQ(log.count("start NTP client"), 1U);
+  telephone.pass(seconds{600});
+  EXPECT_EQ(clients.nextEnd(), first);
+  EXPECT_EQ(log.count("start NTP client"), 2U);
+  telephone.pass(seconds{1800});  // one restart for each hour
+  EXPECT_EQ(log.count("start NTP client"), 2U);
+}
+
+TEST_F(ClockWithNetworkUp, TriesEachHourWhileTheNetworkIsDown) {
+  telephone.management.setValue("interface-status", "down");
+  telephone.switchOn();
+  telephone.pass(hours{10} + seconds{1200});
+  EXPECT_EQ(log.count("Network not up"), 10U);
+}
+
+}  // namespace

@@ -1,0 +1,137 @@
+// What the service does with the reports of the NTP client, and with changes of user data.
+
+#include <gmock/gmock.h>
+
+#include "ManageableData.h"
+#include "plugin/RecordingFramework.h"
+
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+// A running clock on recording parts, at 2030-01-02T03:30:00.
+class ClockHearingReports : public plugin::RecordingFramework {
+ protected:
+  void startWith(Executable* physicalInterface) {
+    context.add("PhysicalInterfaceServiceIfc", physicalInterface);
+    store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
+    start(&context);
+    journal.take();
+  }
+  std::vector<std::string> change(const std::string& key, const std::string& value) {
+    ManageableData record;
+    record.setRootId(key, nullptr);
+    record.populate(key, value);
+    management.agent->manageableDataChanged(record);
+    return journal.take();
+  }
+};
+
+TEST_F(ClockHearingReports, BracketsTheFirstNoticeOnly) {
+  startWith(&physical);
+  EXPECT_FALSE(service->isTimeSourceSntp());
+  service->handleSNTPClientUpdate(1);
+  EXPECT_THAT(journal.take(),
+              ElementsAre("begin clock change", "observer time 03:30:00", "end clock change",
+                          "observer date 02.01.2030", "stop 1", "start 1",
+                          "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
+  EXPECT_TRUE(service->isTimeSourceSntp());
+  service->handleSNTPClientUpdate(2);
+  EXPECT_THAT(journal.take(),
+              ElementsAre("observer time 03:30:00", "observer date 02.01.2030", "stop 1", "start 1",
+                          "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
+}
+
+TEST_F(ClockHearingReports, DoesWithoutThePhysicalInterface) {
+  startWith(nullptr);
+  service->handleSNTPClientUpdate(1);
+  EXPECT_THAT(journal.take(),
+              ElementsAre("observer time 03:30:00", "observer date 02.01.2030", "stop 1", "start 1",
+                          "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
+}
+
+TEST_F(ClockHearingReports, SaysWhatItDoes) {
+  startWith(&physical);
+  log.clear();
+  service->isTimeSourceSntp();
+  EXPECT_TRUE(log.has(6, "isTimeSourceSntp: return 0"));
+  service->handleSNTPClientUpdate(1);
+  service->isTimeSourceSntp();
+  EXPECT_TRUE(log.has(6, "isTimeSourceSntp: return 1"));
+  EXPECT_TRUE(log.hasPart("sntpTimeChanged: handling SNTP client update"));
+  EXPECT_TRUE(log.hasPart("sntpTimeChanged: FallbackTime is \"2030-01-02T03:30:00+00:00\""));
+}
+
+TEST_F(ClockHearingReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {
+  startWith(&physical);
+  ASSERT_TRUE(clock.setWall(std::chrono::seconds{1'709'168'523}));
+  for (const long reported : {1L, 0xFFFFFFFFL, -1L, 0L}) {
+    service->handleSNTPClientUpdate(reported);
+    EXPECT_EQ(service->getUTCTime(0), "2024-02-29T01:02:03+00:00") << reported;
+  }
+}
+
+TEST_F(ClockHearingReports, HearsAReportThroughThePipe) {
+  startWith(&physical);
+  pipe.report(1'709'168'523);
+  EXPECT_TRUE(log.waitForPart("sntpTimeChanged: FallbackTime is"));
+  EXPECT_THAT(journal.take(), Contains("begin clock change").Times(1));
+  pipe.report(1'709'168'524);
+  EXPECT_TRUE(log.waitForPart("EPOC: 1709168524"));
+}
+
+TEST_F(ClockHearingReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
+  for (const char* const who : {"all", "unmanaged"}) {
+    service = std::make_unique<ClockService>();
+    store.items.clear();
+    startWith(&physical);
+    store.items["DateFormat"] = "2";
+    store.items["TimeFormat"] = "1";
+    EXPECT_THAT(change("mobility-user-data-update", who),
+                ElementsAre("report date-format=2", "report time-format=1"));
+    EXPECT_THAT(change("mobility-user-data-update", who), IsEmpty());  // nothing new
+    store.items["TimeFormat"] = "0";
+    EXPECT_THAT(change("mobility-user-data-update", who), ElementsAre("report time-format=0"));
+    store.items.erase("DateFormat");
+    EXPECT_THAT(change("mobility-user-data-update", who), ElementsAre("report date-format=0"));
+    end();
+  }
+}
+
+TEST_F(ClockHearingReports, LeavesTheOtherSettingsAsTheyAreWhenUserDataChange) {
+  startWith(&physical);
+  store.items["TimezoneOffset"] = "5";
+  store.items["DateFormat"] = "1";
+  change("mobility-user-data-update", "all");
+  ManageableData record;
+  record.setRootId("sntp-tz-offset", nullptr);
+  std::string offset;
+  EXPECT_TRUE(service->getData(record));
+  EXPECT_TRUE(record.interogate("sntp-tz-offset", offset));
+  EXPECT_EQ(offset, "0");
+}
+
+TEST_F(ClockHearingReports, IgnoresOtherUserDataAndOtherKeys) {
+  startWith(&physical);
+  store.items["DateFormat"] = "2";
+  for (const char* const value : {"", "ALL", "managed", "all "})
+    EXPECT_THAT(change("mobility-user-data-update", value), IsEmpty()) << value;
+  log.clear();
+  for (const char* const key : {"", "mac-addr", "date-format", "Dhcp-enabled"}) {
+    EXPECT_THAT(change(key, "all"), IsEmpty()) << key;
+    EXPECT_TRUE(log.has(5, std::string("manageableDataChanged=\"") + key + "\""));
+  }
+  EXPECT_FALSE(log.has("start NTP client"));
+}
+
+TEST_F(ClockHearingReports, StartsTheZoneTimerWhenDhcpChanges) {
+  startWith(&physical);
+  for (const char* const value : {"true", "false", ""})
+    EXPECT_THAT(change("dhcp-enabled", value), Contains("start 4")) << value;
+  EXPECT_THAT(journal.lines(), Not(Contains("stop 4")));
+}
+
+}  // namespace
