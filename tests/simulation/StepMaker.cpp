@@ -117,7 +117,7 @@ Step StepMaker::setByHand(const ClockModel& model) {
 
 Step StepMaker::setSeconds(const ClockModel& model) {
   if (m_chance.oneIn(12)) return numbers(Act::setSeconds, {m_chance.between(-2, 2)});
-  return numbers(Act::setSeconds, {aroundMs(model) / kSecond});
+  return numbers(Act::setSeconds, {within32(aroundMs(model) / kSecond)});
 }
 
 Step StepMaker::report(const ClockModel& model) {

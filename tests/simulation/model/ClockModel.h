@@ -89,7 +89,7 @@ class ClockModel {
   void setSeconds(std::int64_t seconds);
   std::string saveFallback();
   [[nodiscard]] Civil localNow() const { return m_zone.localAt(now()); }
-  [[nodiscard]] Civil localOf(std::int64_t utcReading) const;
+  [[nodiscard]] Civil localOfUtc(Civil shown) const;
   [[nodiscard]] std::optional<Civil> localOfText(const std::string& utc) const;
   void installZone();
 

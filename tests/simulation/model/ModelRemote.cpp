@@ -105,7 +105,7 @@ std::optional<std::string> ClockModel::answerUtc(const Step& step) const {
   const Civil shown = local.value_or(Civil{0, 0, 0, 0, 0, 0});
   const SettingsModel& s = m_settings;
   // A text that does not parse is a record of zeroes, whose time of day is midnight UTC.
-  const Civil record = local.value_or(localOf(secondsTo({1900, 1, 0})));
+  const Civil record = local.value_or(localOfUtc({1900, 1, 0}));
   if (method == "getTimeUTCStr")
     return text("getTimeUTCStrStringReturn", timeText(record.hour, record.minute, s.timeFormat));
   if (method == "getDateUTCStr")

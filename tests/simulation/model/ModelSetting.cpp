@@ -49,8 +49,7 @@ std::string ClockModel::saveFallback() {
 }
 
 // The display minutes leave automatic daylight saving out; the zone's rule brings it in again.
-Civil ClockModel::localOf(std::int64_t utcReading) const {
-  Civil shown = readingAt(utcReading);
+Civil ClockModel::localOfUtc(Civil shown) const {
   shown.minute = within32(shown.minute + m_displayMinutes);  // the C library's field is as wide
   return m_zone.localAt(m_zone.instantOf(shown, false));
 }
@@ -58,7 +57,11 @@ Civil ClockModel::localOf(std::int64_t utcReading) const {
 std::optional<Civil> ClockModel::localOfText(const std::string& utc) const {
   const auto instant = instantOfUtcText(utc);
   if (!instant) return std::nullopt;
-  return localOf(*instant);
+  // A leap second is the 60th of its own minute, not the first of the next.
+  const std::int64_t leap = utc.substr(17, 2) == "60" ? 1 : 0;
+  Civil shown = readingAt(*instant - leap);
+  shown.second += leap;
+  return localOfUtc(shown);
 }
 
 void ClockModel::installZone() {
