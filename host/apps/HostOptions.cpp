@@ -82,6 +82,7 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
       ->check(CLI::Range(0, 6));
   app.add_option("--program", words.programs, "What runs for a program of the device")
       ->type_name("DEVICEPATH=PATH")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false)
       ->check(checkProgram);
   app.add_option("--scenario", words.scenario, "Run a scenario and end: 0 passed, 1 failed")
@@ -114,7 +115,9 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
   Words texts;
   CLI::App app(kDescription, "clockhost");
   app.set_version_flag("--version", CLOCK_VERSION);
-  app.option_defaults()->always_capture_default();
+  // The last of two counts, so that a script's options can be overridden.
+  app.option_defaults()->always_capture_default()->multi_option_policy(
+      CLI::MultiOptionPolicy::TakeLast);
   addHostOptions(app, options, texts);
   addDeviceOptions(app, options.device, texts);
   try {

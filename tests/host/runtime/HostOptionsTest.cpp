@@ -96,6 +96,11 @@ TEST(HostOptions, EverythingCanBeSaid) {
   EXPECT_TRUE(options.device.networkUp);
 }
 
+TEST(HostOptions, LastOfTwoCounts) {
+  EXPECT_EQ(read({"--variant", "3", "--variant", "2"}).device.variant, 2);
+  EXPECT_EQ(read({"--socket", "a", "--socket", "b"}).socket, "b");
+}
+
 TEST(HostOptions, InstantMayHaveAnOffset) {
   EXPECT_EQ(read({"--at", "2026-03-08T01:59:50-05:00"}).device.at, "2026-03-08T06:59:50+00:00");
 }
