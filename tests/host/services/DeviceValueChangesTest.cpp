@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ManageableData.h"
+#include "host/services/NotingAgent.h"
+#include "services/LocalManagement.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+TEST(DeviceValueChanges, ObserversOfAKeyHearItsChangesInOrder) {
+  LocalManagement management;
+  Agent first;
+  Agent second;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
+  EXPECT_TRUE(management.observeData("interface-status", &second));
+  management.setValue("dhcp-enabled", "true");
+  management.setValue("dhcp-enabled", "true");
+  management.setValue("interface-status", "up");
+  management.setValue("mac-addr", "0001E3A1B2C3");
+  EXPECT_EQ(first.notes,
+            (std::vector<std::string>{"changed dhcp-enabled=true", "changed dhcp-enabled=true"}));
+  EXPECT_EQ(second.notes,
+            (std::vector<std::string>{"changed dhcp-enabled=true", "changed dhcp-enabled=true",
+                                      "changed interface-status=up"}));
+}
+
+TEST(DeviceValueChanges, ThrowingObserverDoesNotKeepTheOthersFromHearing) {
+  const support::LogCapture log;
+  LocalManagement management;
+  Agent first;
+  Agent second;
+  first.answer = []() -> bool { throw std::runtime_error("no"); };
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
+  management.setValue("dhcp-enabled", "true");
+  EXPECT_EQ(second.notes.size(), 1U);
+  EXPECT_TRUE(log.has(2, "change of \"dhcp-enabled\" refused: the agent threw \"no\""));
+}
+
+TEST(DeviceValueChanges, WhatAnAgentWritesIsNotToldBeforeItsCallReturns) {
+  LocalManagement management;
+  Agent agent;
+  EXPECT_TRUE(management.observeData("interface-status", &agent));
+  ManageableData data = record("interface-status", "up");
+  EXPECT_TRUE(management.setData(data));
+  EXPECT_TRUE(agent.notes.empty());
+  management.deliverChanges();
+  EXPECT_EQ(agent.notes, std::vector<std::string>{"changed interface-status=up"});
+}
+
+TEST(DeviceValueChanges, ChangeMadeByAnObserverIsToldAfterTheOneItHears) {
+  LocalManagement management;
+  Agent agent;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
+  EXPECT_TRUE(management.observeData("interface-status", &agent));
+  agent.onChange = [&](ManageableData& change) {
+    if (change.getRootId() == "interface-status") return;
+    ManageableData data = record("interface-status", "down");
+    EXPECT_TRUE(management.setData(data));
+    agent.notes.emplace_back("end of the first");
+  };
+  management.setValue("dhcp-enabled", "true");
+  EXPECT_EQ(agent.notes, (std::vector<std::string>{"changed dhcp-enabled=true", "end of the first",
+                                                   "changed interface-status=down"}));
+}
+
+TEST(DeviceValueChanges, WithADispatcherObserversAreToldOnlyWhereItRunsTheTask) {
+  std::vector<std::function<void()>> tasks;
+  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
+  Agent agent;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
+  management.setValue("dhcp-enabled", "true");
+  EXPECT_TRUE(agent.notes.empty());
+  ASSERT_EQ(tasks.size(), 1U);
+  tasks[0]();
+  EXPECT_EQ(agent.notes.size(), 1U);
+}
+
+TEST(DeviceValueChanges, WhoObservesLaterDoesNotHearOfEarlierChanges) {
+  std::vector<std::function<void()>> tasks;
+  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
+  Agent agent;
+  management.setValue("interface-status", "up");
+  EXPECT_TRUE(management.observeData("interface-status", &agent));
+  for (const auto& task : tasks) task();
+  management.deliverChanges();
+  EXPECT_TRUE(agent.notes.empty());
+}
+
+TEST(DeviceValueChanges, DroppedObserverDoesNotHearOfAChangeStillOnItsWay) {
+  std::vector<std::function<void()>> tasks;
+  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
+  Agent agent;
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
+  management.setValue("dhcp-enabled", "true");
+  management.dropAgents();
+  for (const auto& task : tasks) task();
+  EXPECT_TRUE(agent.notes.empty());
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "ManageableData.h"
+#include "MgmtAgentIfc.h"
+
+namespace host {
+
+// Notes what it is asked, and answers as it is told.
+class Agent final : public MgmtAgentIfc {
+ public:
+  bool setData(ManageableData& record) override {
+    note("set", record);
+    return answer();
+  }
+  bool getData(ManageableData& record) override {
+    const bool found = answer();
+    if (found) record.populate(record.getRootId(), "value of " + record.getRootId());
+    return found;
+  }
+  void manageableDataChanged(ManageableData& record) override {
+    note("changed", record);
+    answer();
+    if (onChange) onChange(record);
+  }
+  bool resetUserData() override {
+    notes.emplace_back("reset");
+    return answer();
+  }
+
+  std::vector<std::string> notes;
+  std::function<bool()> answer = [] { return true; };
+  std::function<void(ManageableData&)> onChange;
+
+ private:
+  void note(const std::string& what, const ManageableData& record) {
+    std::string value;
+    EXPECT_TRUE(record.interogate(record.getRootId(), value));
+    notes.push_back(what + " " + record.getRootId() + "=" + value);
+  }
+};
+
+inline ManageableData record(const std::string& key) {
+  ManageableData data;
+  data.setRootId(key, nullptr);
+  return data;
+}
+
+inline ManageableData record(const std::string& key, const std::string& value) {
+  ManageableData data = record(key);
+  data.populate(key, value);
+  return data;
+}
+
+}  // namespace host
