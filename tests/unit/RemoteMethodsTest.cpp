@@ -184,6 +184,15 @@ TEST_F(RemoteMethodsTest, EmptyTextIsAText) {
   EXPECT_EQ(m_service.calls(), (Lines{"getTime \"\"", "setAlarmClock \"\" observer"}));
 }
 
+TEST_F(RemoteMethodsTest, NameWithAnotherCaseIsNotAMethod) {
+  for (const RemoteRow& row : remoteProtocol()) {
+    std::string capital = row.name;
+    capital[0] = static_cast<char>(capital[0] - 'a' + 'A');
+    EXPECT_TRUE(send(capital, row.request).replies.empty()) << capital;
+  }
+  EXPECT_TRUE(m_service.calls().empty());
+}
+
 TEST_F(RemoteMethodsTest, LookUpIsExact) {
   for (const RemoteRow& row : remoteProtocol()) {
     const RemoteMethod* const method = findRemoteMethod(row.name);
