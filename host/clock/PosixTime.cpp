@@ -38,7 +38,9 @@ seconds::rep wallSeconds() {
 
 // 0, or -1 with errno.
 int setWall(seconds::rep wholeSeconds, std::chrono::microseconds rest) noexcept {
-  if (wholeSeconds < 0 || seconds{wholeSeconds} > VirtualClock::kLastWall - seconds{1}) {
+  // Compared as seconds: the largest of them have no nanoseconds.
+  constexpr auto kLast = std::chrono::floor<seconds>(VirtualClock::kLastWall).count() - 1;
+  if (wholeSeconds < 0 || wholeSeconds > kLast) {
     errno = EINVAL;
     return -1;
   }

@@ -145,6 +145,13 @@ struct Process::Impl {
 
   [[nodiscard]] bool ownGroup() const { return (options & ownProcessGroup) != 0; }
 
+  // What is bound to fail, as errno tells it, or 0. Asked beforehand, since under an emulator the
+  // spawn does not hear of it.
+  [[nodiscard]] int obstacle(const std::string& program) const {
+    if (access(program.c_str(), X_OK) != 0) return errno;
+    return folder && access(folder->c_str(), X_OK) != 0 ? errno : 0;
+  }
+
   // The child's id, or 0: it is not running.
   pid_t spawn() {
     const std::string program = host::ProgramMap::instance().resolve(arguments.front());
@@ -152,9 +159,8 @@ struct Process::Impl {
     std::vector<char*> variables = pointersTo(environment);
     SpawnPlan plan;
     if (!plan.prepare(ownGroup(), folder)) return 0;
-    // Asked beforehand as well: under an emulator the spawn itself may not hear of the failure.
     pid_t pid = 0;
-    int error = access(program.c_str(), X_OK) == 0 ? 0 : errno;
+    int error = obstacle(program);
     if (error == 0) {
       error = posix_spawn(&pid, program.c_str(), &plan.actions, &plan.attributes, words.data(),
                           variables.data());
