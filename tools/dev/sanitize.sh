@@ -3,6 +3,7 @@
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
+. "$CLOCK_TREE/tools/dev/chrony.bash"
 
 # At -O1 with line numbers only: the builds are short, the reports still exact. Each program runs
 # its tests in one process and in random order.
@@ -29,6 +30,7 @@ run_one() {
 }
 
 need run test sanitize
+have_chrony
 # address and undefined live in one build when both are asked for.
 [ $# -gt 0 ] || set -- address,undefined thread
 for sanitizer in "$@"; do run_one "$sanitizer"; done

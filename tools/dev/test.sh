@@ -3,8 +3,10 @@
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
+. "$CLOCK_TREE/tools/dev/chrony.bash"
 
 need run test
+have_chrony
 configure default
 build default
 run_tests default "$@"

@@ -1,0 +1,203 @@
+// How a host starts, ends, is refused, and what it finds again afterwards.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+
+#include "integration/Programs.h"
+#include "support/TemporaryFolder.h"
+
+namespace integration {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::seconds;
+
+constexpr seconds kLimit(30);
+constexpr int kNoHost = 3;  // clockctl's exit status
+
+void writeFile(const fs::path& file, const std::string& text) {
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::trunc) << text;
+}
+
+void expectOneLine(const Outcome& outcome, int status, const Words& parts) {
+  EXPECT_EQ(outcome.status, status) << outcome.err;
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  for (const std::string& part : parts) {
+    EXPECT_NE(outcome.err.find(part), std::string::npos) << part << ": " << outcome.err;
+  }
+}
+
+// One telephone of this machine, which can be started again and again.
+class HostLife : public ::testing::Test {
+ protected:
+  const Words kPaused = {"--speed", "0"};
+
+  // Starts clockhost and waits until it answers; an earlier one has ended.
+  void start(const Words& options) {
+    host.reset();
+    host.emplace(folder.path(), "clockhost", words(options));
+    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    while (ctl({"clock"}).status == kNoHost) {
+      if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(host->err());
+    }
+  }
+  void start() { start(kPaused); }
+
+  Outcome startToFail(const Words& options = {}) {
+    return Program(folder.path(), "refused", words(options)).wait();
+  }
+
+  Outcome end(int signal, std::chrono::seconds limit = kLimit) {
+    host->signal(signal);
+    return host->wait(limit);
+  }
+
+  Outcome ctl(const Words& more) {
+    Words all = {CLOCKCTL, "--socket", socket()};
+    all.insert(all.end(), more.begin(), more.end());
+    return Program(folder.path(), "clockctl", all).wait();
+  }
+
+  // What clockctl prints, errors included, without the last newline.
+  std::string told(const Words& more) {
+    const Outcome outcome = ctl(more);
+    const std::string text = outcome.out + outcome.err;
+    return text.substr(0, text.find_last_not_of('\n') + 1);
+  }
+
+  fs::path state() const { return folder / "state"; }
+  fs::path socket() const { return folder / "socket"; }
+
+  Words words(const Words& options) const {
+    Words all = {CLOCKHOST,  "--plugin", CLOCK_PLUGIN,    "--state",      state(),
+                 "--socket", socket(),   "--device-root", folder / "root"};
+    // A later word takes an earlier one's place.
+    all.insert(all.end(), options.begin(), options.end());
+    return all;
+  }
+
+  support::TemporaryFolder folder;
+  std::optional<Program> host;
+};
+
+TEST_F(HostLife, FreshHostAnswersFromTheDefaults) {
+  start();
+  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
+  EXPECT_EQ(told({"call", "getDate"}), "getDateStringReturn=16.06.16");
+}
+
+TEST_F(HostLife, VariantThreeSpeaksAnotherFormat) {
+  start({"--speed", "0", "--variant", "3"});
+  EXPECT_EQ(told({"call", "getDate"}), "getDateStringReturn=06/16/16");
+}
+
+class Terminated : public HostLife, public ::testing::WithParamInterface<int> {};
+
+// The listener waits in open of the pipe all the while: nobody has reported anything.
+TEST_P(Terminated, EndsInOrderWithinASecond) {
+  start();
+  ASSERT_EQ(told({"get", "date-format"}), "0");
+  const Outcome outcome = end(GetParam(), seconds(1));
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_FALSE(fs::exists(socket()));
+  EXPECT_NE(outcome.err.find("shutting down"), std::string::npos) << outcome.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(BySignal, Terminated, ::testing::Values(SIGINT, SIGTERM));
+
+TEST_F(HostLife, EndsWhileAWatcherIsConnected) {
+  start();
+  Program watcher(folder.path(), "watcher", {CLOCKCTL, "--socket", socket(), "watch"});
+  const auto deadline = std::chrono::steady_clock::now() + kLimit;
+  while (told({"status"}).find("clients      2") == std::string::npos) {
+    ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+  }
+  EXPECT_EQ(end(SIGTERM, seconds(1)).status, 0);
+  EXPECT_NE(watcher.wait().status, 128 + SIGKILL);
+}
+
+TEST_F(HostLife, SettingsSurviveAKillAndTheStaleSocketIsReplaced) {
+  start();
+  for (const int format : {1, 2, 1}) {
+    ASSERT_EQ(told({"set", "date-format", std::to_string(format)}), "");
+    EXPECT_EQ(end(SIGKILL).status, 128 + SIGKILL);
+    EXPECT_TRUE(fs::exists(socket()));
+    start();
+    EXPECT_EQ(told({"get", "date-format"}), std::to_string(format));
+  }
+}
+
+TEST_F(HostLife, SecondHostOnTheSocketIsRefusedAndTheFirstLivesOn) {
+  start();
+  expectOneLine(startToFail({"--state", state() / "other"}), 1, {socket().string()});
+  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
+}
+
+TEST_F(HostLife, SecondHostOnTheStateIsRefusedAndTheFirstLivesOn) {
+  start();
+  expectOneLine(startToFail({"--socket", state() / "other.sock"}), 1, {"settings.db", "in use"});
+  EXPECT_EQ(told({"set", "date-format", "2"}), "");
+}
+
+TEST_F(HostLife, StartsAtTheGivenInstantAndFindsItAgain) {
+  start({"--speed", "0", "--at", "2026-03-08T06:59:50Z"});
+  EXPECT_EQ(told({"get", "time"}), "2026-03-08T06:59:50+00:00");
+  EXPECT_EQ(end(SIGKILL).status, 128 + SIGKILL);
+  start();
+  EXPECT_EQ(told({"get", "time"}), "2026-03-08T06:59:50+00:00");
+}
+
+TEST_F(HostLife, RefusesAManagementCallThatThrowsAndLives) {
+  start();
+  const Outcome refused = ctl({"set", "simple-time", "7"});
+  EXPECT_EQ(refused.status, 1) << refused.err;
+  EXPECT_EQ(told({"set", "simple-time", "07:30"}), "");
+  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=07:30");
+  EXPECT_NE(host->err().find("set of \"simple-time\" refused: the agent threw"), std::string::npos);
+}
+
+TEST_F(HostLife, DamagedStoreIsSetAsideAndDefaultsAreServed) {
+  writeFile(state() / "settings.db", "this is no database, whatever its name says");
+  start();
+  EXPECT_EQ(told({"get", "date-format"}), "0");
+  EXPECT_TRUE(fs::exists(state() / "settings.db.damaged-1"));
+  EXPECT_NE(host->err().find("settings.db.damaged-1"), std::string::npos) << host->err();
+}
+
+TEST_F(HostLife, StateFolderThatIsAFileIsRefused) {
+  writeFile(state(), "not a folder");
+  expectOneLine(startToFail(), 1, {state().string()});
+  EXPECT_FALSE(fs::exists(socket()));
+}
+
+TEST_F(HostLife, MissingPlugInIsRefused) {
+  expectOneLine(startToFail({"--plugin", "/no/such/plugin.so"}), 1,
+                {"/no/such/plugin.so", "createClockService"});
+}
+
+TEST_F(HostLife, PlugInThatIsNoLibraryIsRefused) {
+  writeFile(state() / "plugin.so", "not a library");
+  expectOneLine(startToFail({"--plugin", state() / "plugin.so"}), 1,
+                {"plugin.so", "createClockService"});
+}
+
+TEST_F(HostLife, PlugInWithoutAFactoryOrWithANullOneIsRefused) {
+  const fs::path plugins = fs::read_symlink("/proc/self/exe").parent_path();
+  expectOneLine(startToFail({"--plugin", plugins / "libtest_plugin_without_proxy.so"}), 1,
+                {"libtest_plugin_without_proxy.so", "createClockServiceObserverProxy", "absent"});
+  expectOneLine(startToFail({"--plugin", plugins / "libtest_plugin_null_service.so"}), 1,
+                {"libtest_plugin_null_service.so", "createClockService", "returned null"});
+}
+
+TEST_F(HostLife, WrongWordIsAUsageError) {
+  expectOneLine(startToFail({"--variant", "three"}), 2, {"--variant", "--help"});
+}
+
+}  // namespace
+}  // namespace integration

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace integration {
+
+using Words = std::vector<std::string>;
+
+// How a program ended, and what it wrote.
+struct Outcome {
+  int status;  // exit status; 128 + signal
+  std::string out;
+  std::string err;
+};
+
+// A program in a process of its own, its output in files. Owner: a test. Destruction kills it when
+// it still runs, and reaps it. Failure: std::system_error from the constructor.
+class Program {
+ public:
+  // folder: for the files, which are named after `name`.
+  Program(const std::filesystem::path& folder, const std::string& name, const Words& words);
+  ~Program();
+  Program(const Program&) = delete;
+  Program& operator=(const Program&) = delete;
+
+  void signal(int number) const;
+
+  // Waits for its end; 128 + SIGKILL when it had to be killed at the limit.
+  Outcome wait(std::chrono::seconds limit = std::chrono::seconds(30));
+
+  // What it has written so far.
+  [[nodiscard]] std::string out() const;
+  [[nodiscard]] std::string err() const;
+
+ private:
+  const std::filesystem::path m_out;
+  const std::filesystem::path m_err;
+  pid_t m_id = -1;  // -1: reaped
+};
+
+}  // namespace integration

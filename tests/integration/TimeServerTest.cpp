@@ -1,0 +1,123 @@
+// The whole way of the time on real parts: NTP server, client process, pipe, listener, events at a
+// remote subscriber, saved fallback time.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+
+#include "integration/Programs.h"
+#include "integration/TimeServer.h"
+#include "remote/RemoteClient.h"
+#include "support/TemporaryFolder.h"
+
+namespace integration {
+namespace {
+
+constexpr std::chrono::seconds kLimit(20);
+constexpr int kNoHost = 3;  // clockctl's exit status
+
+// The machine's time: this program sets up no virtual clock.
+long now() {
+  return static_cast<long>(std::time(nullptr));
+}
+
+// A telephone beside a time server.
+class TelephoneBesideATimeServer : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const std::string missing = TimeServer::missing();
+    if (!missing.empty() && std::getenv("CI") == nullptr)  // NOLINT(concurrency-mt-unsafe)
+      GTEST_SKIP() << "SKIPPED: there is no time server of another make: " << missing;
+    ASSERT_EQ(missing, "");
+    server.emplace(folder.path());
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
+    ::setenv("NTPCLIENT_PORT", std::to_string(server->port()).c_str(), 1);
+    start("up");
+  }
+
+  void start(const char* network) {
+    host.reset();
+    host.emplace(folder.path(), "clockhost",
+                 Words{CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--state", folder / "state", "--socket",
+                       socket(), "--device-root", folder / "root", "--network", network,
+                       "--log-level", "5"});
+    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    while (ctl({"clock"}).status == kNoHost)
+      if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(host->err());
+  }
+
+  Outcome ctl(const Words& more) {
+    Words all = {CLOCKCTL, "--socket", socket()};
+    all.insert(all.end(), more.begin(), more.end());
+    return Program(folder.path(), "clockctl", all).wait();
+  }
+
+  bool waitForLog(const std::string& text) {
+    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    while (ctl({"log"}).out.find(text) == std::string::npos)
+      if (std::chrono::steady_clock::now() > deadline) return false;
+    return true;
+  }
+
+  void killHost() {
+    host->signal(SIGKILL);
+    host->wait();
+  }
+
+  [[nodiscard]] std::filesystem::path socket() const { return folder / "socket"; }
+
+  static std::string nextEvent(host::RemoteClient& subscriber) {
+    const auto event = subscriber.nextEvent(kLimit);
+    return event ? event->getName() : "none";
+  }
+  static std::optional<Method> call(host::RemoteClient& client, const char* name) {
+    Method method(name, Method::call);
+    return client.call(method, kLimit);
+  }
+  static long timeVal(host::RemoteClient& client) {
+    int seconds = 0;
+    const auto reply = call(client, "getTimeVal");
+    EXPECT_TRUE(reply && reply->getIntParameter("getTimeValReturn", seconds, Parameter::out));
+    return seconds;
+  }
+  static bool isFromServer(host::RemoteClient& client) {
+    bool fromServer = false;
+    const auto reply = call(client, "isTimeSourceSntp");
+    EXPECT_TRUE(reply &&
+                reply->getBoolParameter("isTimeSourceSntpReturn", fromServer, Parameter::out));
+    return fromServer;
+  }
+
+  support::TemporaryFolder folder;
+  std::optional<TimeServer> server;
+  std::optional<Program> host;
+};
+
+TEST_F(TelephoneBesideATimeServer, TakesItsTimeAndKeepsItOverAPowerCut) {
+  {
+    host::RemoteClient subscriber(socket());
+    EXPECT_FALSE(isFromServer(subscriber));
+    ASSERT_TRUE(call(subscriber, "observeTimeEvents"));
+
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
+    EXPECT_EQ(nextEvent(subscriber), "timeChangeEvent");
+    EXPECT_EQ(nextEvent(subscriber), "dateChangeEvent");
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+    std::printf("from the setting to both events: %.3f s\n", taken.count());
+
+    EXPECT_TRUE(isFromServer(subscriber));
+    EXPECT_NEAR(static_cast<double>(timeVal(subscriber)), static_cast<double>(now()), 5.0);
+    EXPECT_TRUE(waitForLog("sntpTimeChanged: FallbackTime is"));
+  }
+  killHost();
+  start("down");  // so that the time is the saved one
+  host::RemoteClient client(socket());
+  EXPECT_NEAR(static_cast<double>(timeVal(client)), static_cast<double>(now()), 60.0);
+}
+
+}  // namespace
+}  // namespace integration
