@@ -2,7 +2,6 @@
 
 option(CLOCK_WITH_HOST "Build the workstation host and the tests; OFF is the firmware build" ON)
 option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its unit tests" OFF)
-option(CLOCK_BENCH "Build the benchmarks" OFF)
 option(CLOCK_CCACHE "Use ccache when it is installed" ON)
 option(CLOCK_TEST_PER_PROGRAM "Run each test program once, not once for each test" OFF)
 set(CLOCK_SANITIZE "" CACHE STRING "address | undefined | thread | address,undefined")
@@ -31,11 +30,9 @@ if(CLOCK_CCACHE AND CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
 endif()
 
-# Adds each folder that has a build file.
+# clock_add_rooms(folder...)
 function(clock_add_rooms)
   foreach(room IN LISTS ARGN)
-    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${room}/CMakeLists.txt)
-      add_subdirectory(${room})
-    endif()
+    add_subdirectory(${room})
   endforeach()
 endfunction()
