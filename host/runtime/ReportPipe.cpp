@@ -1,6 +1,7 @@
 #include "runtime/ReportPipe.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -97,6 +98,11 @@ ListenerWaker::~ListenerWaker() {
 }
 
 void ListenerWaker::work() {
+  // A listener may leave between our open and our write; that is no reason for the process to end.
+  sigset_t brokenPipe;
+  sigemptyset(&brokenPipe);
+  sigaddset(&brokenPipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
   std::unique_lock lock(m_mutex);
   while (!m_ending) {
     lock.unlock();
