@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "remote/Connection.h"
 #include "remote/Descriptor.h"
 
 namespace host {
@@ -14,7 +15,7 @@ namespace host {
 // with one log line; the next ones are served.
 class Acceptor {
  public:
-  using Socket = asio::local::stream_protocol::socket;
+  using Socket = Connection::Socket;
 
   Acceptor(asio::io_context& loop, int listener, std::function<void(Socket)> taken);
   ~Acceptor();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <asio/basic_stream_socket.hpp>
+#include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
 #include <chrono>
@@ -19,7 +21,9 @@ namespace host {
 // or does not do in time, ends this connection with one log line.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  using Socket = asio::local::stream_protocol::socket;
+  // The loop's executor by its own type: the type-erased one costs on every read.
+  using Executor = asio::io_context::executor_type;
+  using Socket = asio::basic_stream_socket<asio::local::stream_protocol, Executor>;
 
   // What is done with what comes. Outlives every connection that is not closed.
   class Listener {
@@ -65,7 +69,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void onTime();
 
   Socket m_socket;
-  asio::steady_timer m_timer;
+  asio::basic_waitable_timer<std::chrono::steady_clock,
+                             asio::wait_traits<std::chrono::steady_clock>, Executor>
+      m_timer;
   const std::uint64_t m_number;
   Listener& m_listener;
   const std::chrono::milliseconds m_limit;

@@ -1,5 +1,7 @@
 #include "remote/MessagePackCodec.h"
 
+#include <array>
+#include <cstring>
 #include <iostream>
 #include <limits>
 #include <msgpack.hpp>
@@ -11,13 +13,32 @@
 namespace host {
 namespace {
 
-// Past the stream's formatting layer, which would check itself for each of a dozen small writes.
-struct Sink {
-  std::streambuf& buffer;
+// Collects a packer's dozen small writes, and hands the stream a few large ones.
+class Sink {
+ public:
+  explicit Sink(std::streambuf& stream) : m_stream(stream) {}
+
   void write(const char* data, std::size_t size) {
-    buffer.sputn(data, static_cast<std::streamsize>(size));
+    if (size > m_part.size() - m_used) flush();
+    if (size > m_part.size()) {
+      m_stream.sputn(data, static_cast<std::streamsize>(size));
+      return;
+    }
+    std::memcpy(m_part.data() + m_used, data, size);
+    m_used += size;
   }
+
+  void flush() {
+    m_stream.sputn(m_part.data(), static_cast<std::streamsize>(m_used));
+    m_used = 0;
+  }
+
+ private:
+  std::streambuf& m_stream;
+  std::array<char, 512> m_part;
+  std::size_t m_used = 0;
 };
+
 using Packer = msgpack::packer<Sink>;
 
 void packText(Packer& packer, const std::string& text) {
@@ -137,13 +158,14 @@ class Visitor : public msgpack::null_visitor {
 }  // namespace
 
 void MessagePackCodec::encode(Method& method, std::iostream& stream) {
-  Sink sink{*stream.rdbuf()};
+  Sink sink(*stream.rdbuf());
   Packer packer(sink);
   packer.pack_array(3);
   packText(packer, method.getName());
   packer.pack_int(method.getType());
   packer.pack_array(static_cast<std::uint32_t>(method.getParameters().size()));
   for (const Parameter& parameter : method.getParameters()) packParameter(packer, parameter);
+  sink.flush();
 }
 
 bool MessagePackCodec::decode(std::iostream& stream, Method& method) {

@@ -1,19 +1,16 @@
 #include "remote/Outbox.h"
 
 #include <sys/socket.h>
-#include <sys/uio.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <utility>
 
 namespace host {
 namespace {
 
-// What sendmsg takes is not const, though it does not write there.
-iovec part(const char* data, std::size_t size) {
-  return {const_cast<char*>(data), size};
-}
+constexpr std::size_t kUsualFrame = 1024;  // bytes; all but the rarest calls, replies and events
 
 bool isTemporary(int error) {
   return error == EAGAIN;
@@ -25,17 +22,25 @@ Outbox::Outbox(int socket, std::function<void()> attention)
     : m_socket(socket), m_attention(std::move(attention)) {}
 
 bool Outbox::send(const Frame& frame) {
+  if (frame.payload.size() > kMaxPayload) return false;
+  const std::size_t size = kFrameHeaderSize + frame.payload.size();
+  if (size > kUsualFrame) return sendBytes(encodeFrame(frame));
+  // One piece on the stack: cheaper to send than two pieces, or than one on the heap.
+  std::array<char, kUsualFrame> bytes;
   const auto header = frameHeader(frame.kind, frame.id, frame.payload.size());
+  std::copy(header.begin(), header.end(), bytes.begin());
+  std::copy(frame.payload.begin(), frame.payload.end(), bytes.begin() + kFrameHeaderSize);
+  return sendBytes({bytes.data(), size});
+}
+
+bool Outbox::sendBytes(std::string_view frame) {
   const std::lock_guard lock(m_mutex);
-  if (m_state != State::open || frame.payload.size() > kMaxPayload) return false;
-  const bool wasIdle = m_queued.empty();
-  std::size_t sent = 0;
-  if (wasIdle) sent = transmit(header.data(), header.size(), frame.payload);
   if (m_state != State::open) return false;
-  if (sent == header.size() + frame.payload.size()) return true;
-  const std::size_t sentOfHeader = std::min(sent, header.size());
-  m_queued.append(header.data() + sentOfHeader, header.size() - sentOfHeader);
-  m_queued.append(frame.payload.substr(sent - sentOfHeader));
+  const bool wasIdle = m_queued.empty();
+  if (wasIdle) frame.remove_prefix(transmit(frame));
+  if (m_state != State::open) return false;
+  if (frame.empty()) return true;
+  m_queued.append(frame);
   if (m_queued.size() > kMaxQueued) {
     end(State::overflown);
     return false;
@@ -44,13 +49,9 @@ bool Outbox::send(const Frame& frame) {
   return true;
 }
 
-std::size_t Outbox::transmit(const char* header, std::size_t headerSize, std::string_view payload) {
-  iovec parts[] = {part(header, headerSize), part(payload.data(), payload.size())};
-  msghdr message{};
-  message.msg_iov = headerSize != 0 ? parts : parts + 1;
-  message.msg_iovlen = headerSize != 0 ? 2 : 1;
+std::size_t Outbox::transmit(std::string_view bytes) {
   for (;;) {
-    const ssize_t sent = ::sendmsg(m_socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+    const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent >= 0) return static_cast<std::size_t>(sent);
     if (errno == EINTR) continue;
     if (!isTemporary(errno)) end(State::broken);
@@ -72,7 +73,7 @@ void Outbox::ring() {
 bool Outbox::flush() {
   const std::lock_guard lock(m_mutex);
   if (m_state != State::open || m_queued.empty()) return true;
-  const std::size_t sent = transmit(nullptr, 0, m_queued);
+  const std::size_t sent = transmit(m_queued);
   m_queued.erase(0, sent);
   return m_queued.empty();
 }

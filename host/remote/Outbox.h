@@ -4,6 +4,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "remote/Frame.h"
 
@@ -40,7 +41,8 @@ class Outbox {
   [[nodiscard]] bool idle() const;  // nothing is queued
 
  private:
-  std::size_t transmit(const char* header, std::size_t headerSize, std::string_view payload);
+  bool sendBytes(std::string_view frame);
+  std::size_t transmit(std::string_view bytes);
   void end(State state);
 
   mutable std::mutex m_mutex;  // guards everything below
