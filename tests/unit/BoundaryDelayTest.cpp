@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -119,6 +120,16 @@ TEST(BoundaryDelay, AtTheEndOfThirtyTwoBitTime) {
   check("UTC0", {{utcInstant(2038, 1, 19, 3, 14, 7), 2753, 74753},
                  {utcInstant(2038, 1, 19, 2, 59, 59), 1, 75601},
                  {utcInstant(2038, 1, 18, 12, 0, 0), 3600, 43200}});
+}
+
+// Nothing is due at once and over again, even where there is no local time to be had.
+TEST(BoundaryDelay, AtATimeThatCannotBeBrokenDown) {
+  const ZoneGuard zone("UTC0");
+  constexpr time_t last = std::numeric_limits<time_t>::max();
+  const unsigned int hour = BoundaryDelay::toNextHour(last);
+  const unsigned int midnight = BoundaryDelay::toNextMidnight(last);
+  EXPECT_TRUE(hour > 0 && hour <= 3600 * 1000U) << hour;
+  EXPECT_TRUE(midnight > 0 && midnight <= 86400 * 1000U) << midnight;
 }
 
 TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
