@@ -97,7 +97,7 @@ Host::Host(const HostOptions& options)
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
       m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
-                                       CLOCK_VERSION}) {
+                                       CLOCK_VERSION, options.plugin}) {
   m_loop.stopOnSignals();
   m_device.start(m_server);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});

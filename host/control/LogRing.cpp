@@ -23,18 +23,21 @@ void LogRing::write(const LogEntry& entry) {
 
 std::vector<Json> LogRing::entries() const {
   const std::lock_guard lock(m_mutex);
-  std::vector<Json> entries;
-  for (const LogEntry& entry : m_entries) entries.push_back(entryJson(entry));
-  return entries;
+  return kept();
 }
 
 void LogRing::follow(const std::shared_ptr<ControlChannel>& channel) {
-  const Json kept = newestThatFit(entries());
   const std::lock_guard lock(m_mutex);
-  for (const Json& entry : kept) {
+  for (const Json& entry : newestThatFit(kept())) {
     if (!channel->item(jsonText(entry))) return;
   }
   m_followers.push_back(channel);
+}
+
+std::vector<Json> LogRing::kept() const {
+  std::vector<Json> entries;
+  for (const LogEntry& entry : m_entries) entries.push_back(entryJson(entry));
+  return entries;
 }
 
 void LogRing::unfollow(const ControlChannel* channel) {

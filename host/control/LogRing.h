@@ -30,6 +30,8 @@ class LogRing : public LogSink {
   void unfollow(const ControlChannel* channel);
 
  private:
+  [[nodiscard]] std::vector<Json> kept() const;  // REQUIRES: the lock
+
   mutable std::mutex m_mutex;  // guards what follows
   std::deque<LogEntry> m_entries;
   std::vector<std::shared_ptr<ControlChannel>> m_followers;

@@ -6,24 +6,46 @@
 namespace host {
 namespace {
 
+constexpr std::string_view kZone = "the zone is applied, and told to observers, 1 ms later";
+constexpr std::string_view kClient = "the NTP client is started anew";
+
 constexpr ManagementKey kKeys[] = {
-    {"time", true, "an instant of years 1970-2037, 25 characters", "2026-03-08T06:59:50+00:00"},
-    {"simple-time", true, "local time HH:MM", "07:30"},
-    {"simple-date", true, "local date in the present date format, four-digit year", "05.03.2026"},
-    {"date-format", true, "0 day.month.year, 1 year-month-day, 2 month/day/year", "1"},
-    {"time-format", true, "0 24-hour, otherwise 12-hour", "1"},
-    {"sntp-addr", true, "a host name or a numeric address without brackets, other than the present",
+    {"time", true, "now, as a UTC string", "an instant of the years 1970-2037, 25 characters",
+     "date and time are set by hand", "2026-03-08T06:59:50+00:00"},
+    {"simple-time", true, "the local time", "HH:MM, cut by position; not empty, not ???",
+     "the time is set by hand, with second 0", "07:30"},
+    {"simple-date", true, "the local date in the present date format",
+     "a date in the present date format with a year of four digits, cut by position; not empty, "
+     "not ???",
+     "the date is set by hand", "05.03.2026"},
+    {"date-format", true, "how dates are shown",
+     "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked", "", "1"},
+    {"time-format", true, "how times are shown",
+     "0 is the 24-hour clock, any other number the 12-hour clock; stored unchecked", "", "1"},
+    {"sntp-addr", true, "the time server",
+     "a host name or a numeric address without brackets, other than the present one",
+     "the NTP client is started anew; refused or not, the item state of time becomes 0 for an "
+     "empty "
+     "text, 0.0.0.0 and ::, else 4",
      "192.0.2.1"},
-    {"ntp-secret", true, "any text", "secret"},
-    {"sntp-tz-offset", true, "hours east of UTC, -12.5 to 12.5; beyond that, seconds", "-5"},
-    {"daylight-save", true, "true or false", "true"},
-    {"daylight-save-minutes", true, "minutes", "60"},
-    {"time-source", true, "a number; 0 switches local time off on the QEX software type", "1"},
-    {"daylight-save-zone-list", false, "", ""},
-    {"daylight-save-zone-index", true, "a row of daylight-save-zone-list, 0-14", "12"},
-    {"daylight-save-zone-text", false, "", ""},
-    {"daylight-save-zone-id", true, "a zone id, 0-14", "12"},
-    {"auto-daylight-save", true, "true or false", "true"},
+    {"ntp-secret", true, "the secret shared with the time server, in clear", "any text", kClient,
+     "secret"},
+    {"sntp-tz-offset", true, "hours east of UTC",
+     "a decimal number, not empty: -12.5 to 12.5 are hours, beyond that they are seconds", kZone,
+     "-5"},
+    {"daylight-save", true, "daylight saving is on", "true or false", kZone, "true"},
+    {"daylight-save-minutes", true, "the shift of daylight saving", "minutes; stored unchecked",
+     kZone, "60"},
+    {"time-source", true, "where the time comes from",
+     "a number; 0 switches local time off on the QEX software type; stored unchecked", kZone, "1"},
+    {"daylight-save-zone-list", false, "the names of the zones, each followed by a semicolon", "",
+     "", ""},
+    {"daylight-save-zone-index", true, "the zone, as its row in the list", "0-14",
+     "as daylight-save-zone-id, and a change of daylight-save-zone-id is reported", "12"},
+    {"daylight-save-zone-text", false, "the name of the zone", "", "", ""},
+    {"daylight-save-zone-id", true, "the zone, by its identifier", "0-14", kZone, "12"},
+    {"auto-daylight-save", true, "daylight saving follows the rule of the zone", "true or false",
+     kZone, "true"},
 };
 static_assert(std::size(kKeys) == 16);
 
@@ -33,6 +55,28 @@ constexpr auto kNames = [] {
                  [](const ManagementKey& key) { return key.key; });
   return names;
 }();
+
+constexpr const char* kPreface =
+    "# Management keys\n\n"
+    "The device's management reads and writes the clock's settings by key; all values are text.\n"
+    "`clockctl get KEY`, `clockctl set KEY VALUE`, `clockctl keys`. Every set, refused or not, is "
+    "a\n"
+    "record of the security log. `clockctl reset` puts `date-format` and `time-format` back to "
+    "the\n"
+    "device's defaults and reports each that changed.\n\n"
+    "Item state 0: settable by the user. 4: set by the device itself.\n\n"
+    "This text is made from the table in `host/control/ManagementKeys.cpp`; a test holds it to "
+    "it.\n";
+
+std::string sectionOf(const ManagementKey& row) {
+  std::string text = "\n## " + std::string(row.key) + "\n\n";
+  text += "- get: " + std::string(row.meaning) + '\n';
+  if (!row.settable) return text + "- set: always refused\n";
+  text += "- set: " + std::string(row.values) + '\n';
+  if (!row.effect.empty()) text += "- then: " + std::string(row.effect) + '\n';
+  return text + "- example: `clockctl set " + std::string(row.key) + ' ' +
+         std::string(row.example) + "`\n";
+}
 
 }  // namespace
 
@@ -47,6 +91,12 @@ const ManagementKey* findManagementKey(std::string_view key) {
   const auto found = std::find_if(std::begin(kKeys), std::end(kKeys),
                                   [&](const ManagementKey& row) { return row.key == key; });
   return found == std::end(kKeys) ? nullptr : &*found;
+}
+
+std::string managementKeysDocument() {
+  std::string text = kPreface;
+  for (const ManagementKey& row : kKeys) text += sectionOf(row);
+  return text;
 }
 
 }  // namespace host

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace host {
@@ -9,7 +10,9 @@ namespace host {
 struct ManagementKey {
   std::string_view key;
   bool settable;
+  std::string_view meaning;
   std::string_view values;   // what a set takes, in a few words
+  std::string_view effect;   // what follows a successful set; empty when nothing does
   std::string_view example;  // a value a set takes; empty when there is none
 };
 
@@ -18,5 +21,8 @@ struct ManagementKey {
 [[nodiscard]] std::span<const ManagementKey> managementKeys();
 [[nodiscard]] std::span<const std::string_view> managementKeyNames();
 [[nodiscard]] const ManagementKey* findManagementKey(std::string_view key);  // null: unknown
+
+// docs/management-keys.md, whole.
+[[nodiscard]] std::string managementKeysDocument();
 
 }  // namespace host

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <set>
+#include <string>
 
 namespace host {
 namespace {
@@ -26,6 +29,12 @@ TEST(ManagementKeyTable, SaysOfEachSettableKeyWhatItTakes) {
     EXPECT_EQ(findManagementKey(row.key), &row) << row.key;
   }
   EXPECT_EQ(findManagementKey("Time"), nullptr);
+}
+
+TEST(ManagementKeyTable, IsWhatTheDocumentSays) {
+  std::ifstream file(MANAGEMENT_KEYS_DOCUMENT);
+  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(document, managementKeysDocument()) << "docs/management-keys.md is to be made anew";
 }
 
 }  // namespace

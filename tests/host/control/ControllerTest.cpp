@@ -1,0 +1,107 @@
+#include "control/Controller.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "clock/VirtualClock.h"
+#include "control/ScenarioDevice.h"
+#include "host/control/NotingChannel.h"
+#include "runtime/Plugin.h"
+
+namespace host {
+namespace {
+
+// A telephone with the built plug-in, powered on.
+class ControlledTelephone : public ::testing::Test {
+ protected:
+  Json ask(const char* request) { return telephone.request(Json::parse(request)); }
+
+  std::string errorOf(const char* request) {
+    const Json answer = ask(request);
+    EXPECT_EQ(answer.at("ok"), false) << request;
+    return answer.value("error", std::string());
+  }
+
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+};
+
+TEST_F(ControlledTelephone, RefusesRequestsThatLackWhatTheyNeed) {
+  const std::pair<const char*, const char*> wrong[] = {
+      {"{}", "\"verb\" that is a text"},
+      {R"({"verb":5})", "\"verb\" that is a text"},
+      {R"({"verb":"gett"})", "did you mean \"get\"?"},
+      {R"({"verb":"call"})", "unknown verb \"call\""},
+      {R"({"verb":"get"})", "\"key\" that is a text"},
+      {R"({"verb":"get","key":5})", "\"key\" that is a text"},
+      {R"({"verb":"set","key":"time"})", "\"value\" that is a text"},
+      {R"({"verb":"clock"})", "\"action\" that is a text"},
+      {R"({"verb":"clock","action":"fly"})", "no action \"fly\""},
+      {R"({"verb":"clock","action":"speed","speed":"-1"})", "is not a speed"},
+      {R"({"verb":"clock","action":"speed","speed":1})", "\"speed\" that is a text"},
+      {R"({"verb":"clock","action":"advance"})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":"5"})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":true})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":1.5})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":-1})", "0 to 3155760000"},
+      {R"({"verb":"clock","action":"advance","seconds":3155760001})", "0 to 3155760000"},
+      {R"({"verb":"clock","action":"advance","seconds":18446744073709551615})", "0 to 3155760000"},
+      {R"({"verb":"clock","action":"jump","seconds":7258118400})", "0 to 7258118399"},
+      {R"({"verb":"clock","action":"set","seconds":5})", "\"nanoseconds\" that is a number"},
+      {R"({"verb":"clock","action":"set","seconds":5,"nanoseconds":1000000000})", "0 to 999999999"},
+      {R"({"verb":"clock","action":"to","landmark":"noon"})", "no place \"noon\""},
+      {R"({"verb":"inject"})", "\"what\" that is a text"},
+      {R"({"verb":"inject","what":"rain"})", "nothing known as \"rain\""},
+      {R"({"verb":"inject","what":"jack","plug":5})", "\"status\" that is a number"},
+      {R"({"verb":"inject","what":"jack","plug":2147483648,"status":1})", "to 2147483647"},
+      {R"({"verb":"inject","what":"value","key":"k"})", "\"value\" that is a text"},
+  };
+  for (const auto& [request, part] : wrong) {
+    const std::string error = errorOf(request);
+    EXPECT_NE(error.find(part), std::string::npos) << request << " -> " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << request;
+  }
+}
+
+TEST_F(ControlledTelephone, RefusesWhatIsNoJsonObject) {
+  Controller controller(telephone.device(), {});
+  for (const std::string& text :
+       {std::string(), std::string("get time"), std::string("[]"), std::string("5"),
+        std::string("{\"verb\":\"get\""), std::string("{\"verb\":\"\xff\"}"),
+        std::string(1 << 20, '['), std::string("{\"verb\":\"status\"}{")}) {
+    const auto channel = std::make_shared<NotingChannel>();
+    controller.handle({text, channel});
+    ASSERT_EQ(channel->replies.size(), 1U) << text.substr(0, 40);
+    EXPECT_EQ(Json::parse(channel->replies[0]).at("ok"), false) << text.substr(0, 40);
+  }
+}
+
+TEST_F(ControlledTelephone, SetsTheClockToTheNanosecondForTheNtpClient) {
+  const Json answer =
+      ask(R"({"verb":"clock","action":"set","seconds":1000000000,"nanoseconds":999999999})");
+  EXPECT_EQ(answer.at("ok"), true);
+  EXPECT_EQ(answer.at("utc"), "2001-09-09T01:46:40Z");
+  EXPECT_EQ(telephone.device().clock().wall(), std::chrono::nanoseconds(1'000'000'000'999'999'999));
+}
+
+TEST_F(ControlledTelephone, ValuesMayHoldAnyCharacter) {
+  EXPECT_EQ(ask(R"({"verb":"set","key":"ntp-secret","value":"a\"<&>\n"})").at("ok"), true);
+  EXPECT_EQ(ask(R"({"verb":"get","key":"ntp-secret"})").at("value"), "a\"<&>\n");
+}
+
+TEST_F(ControlledTelephone, AnswersEveryVerbOfTheHost) {
+  for (const char* const verb : {"keys", "status", "log", "security-log"}) {
+    const Json answer = telephone.request({{"verb", verb}});
+    EXPECT_EQ(answer.at("ok"), true) << verb;
+  }
+  const Json status = telephone.request({{"verb", "status"}});
+  EXPECT_EQ(status.at("network"), "down");
+  EXPECT_EQ(status.at("ntpClient"), "not running");
+  EXPECT_EQ(status.at("variant"), 0);
+  EXPECT_EQ(status.at("clock").at("speed"), "paused");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "remote/ControlChannel.h"
+
+namespace host {
+
+// Writes down what is said to a client that a test plays. Thread: one.
+class NotingChannel : public ControlChannel {
+ public:
+  bool reply(std::string_view json) override {
+    replies.emplace_back(json);
+    return true;
+  }
+  bool item(std::string_view json) override {
+    if (reads) items.emplace_back(json);
+    return reads;
+  }
+  void onGone(std::function<void()> gone) override { hangUp = std::move(gone); }
+
+  bool reads = true;
+  std::vector<std::string> replies;
+  std::vector<std::string> items;
+  std::function<void()> hangUp;
+};
+
+}  // namespace host
