@@ -77,6 +77,13 @@ TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
   EXPECT_THAT(lines, Contains("create 1 -> 4"));  // and goes on
 }
 
+TEST_F(RecordingFramework, IsToldWhenTheStartCannotBeRecorded) {
+  management.acceptSets = false;
+  start(&context);
+  EXPECT_TRUE(log.has(2, "logStartUpUtc method failed to write last-restart-date"));
+  EXPECT_THAT(journal.take(), Contains(testing::StartsWith("write last-restart-date")).Times(1));
+}
+
 TEST_F(RecordingFramework, ServesDefaultsWithoutAStoreAndRefusesToStore) {
   context.add("DataAccessServiceIfc", nullptr);
   start(&context);

@@ -199,4 +199,26 @@ TEST_F(ClockInUtc, HasNoConversionToALocalString) {
     EXPECT_THROW(service().convertUtcStringToLocalString(text), std::logic_error) << text;
 }
 
+// A clock that was never started, and whose derived class knows better.
+class ClockOfAnotherDay final : public ClockService {
+ public:
+  using ClockService::getDate;
+  using ClockService::getUTCTime;
+  void getDate(int& day, int& month, int& year) override { day = 7, month = 3, year = 2024; }
+  bool getDate(const std::string& /*utc*/, int& day, int& month, int& year) override {
+    day = 8, month = 3, year = 2024;
+    return false;
+  }
+  std::string getUTCTime(int /*seconds*/) override { return "another time"; }
+};
+
+TEST(ClockWithOverrides, AsksThemForItsTexts) {
+  ClockOfAnotherDay clock;
+  EXPECT_EQ(clock.getDate(), "07.03.24");
+  EXPECT_EQ(clock.getDateShort(), "07.03.");
+  EXPECT_EQ(clock.getDate("whatever"), "08.03.24");
+  EXPECT_EQ(clock.getDateShort("whatever"), "08.03.");
+  EXPECT_EQ(clock.setFallbackTime(), "another time");
+}
+
 }  // namespace
