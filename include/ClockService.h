@@ -123,6 +123,7 @@ class ClockService : public Service,
 
   // Local time zone
   void setTZValue();
+  void installTZ(const char* tz);
   void writeTZEnvironmentScript(char* tz);
 
   // Timers and notifications
@@ -212,6 +213,9 @@ class ClockService : public Service,
 
   // The settings' server address and fallback time are texts without a lock of their own.
   mutable std::mutex m_settingTexts;
+
+  // The process's environment: TZ is put into it, and the NTP client is given a copy of it.
+  std::mutex m_environment;
 
   SNTPClientThread m_sntpClientThread{this};
 };

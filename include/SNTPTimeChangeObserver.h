@@ -45,7 +45,7 @@ class SNTPClientThread final : public Threadable {
   void report(unsigned long secondsSinceEpoch);
   void wakeListener();
 
-  int reserved = 0;
+  [[maybe_unused]] int reserved = 0;
   std::atomic<bool> running{false};
   SNTPTimeChangeObserver* observer;  // guarded by observerLock
   Threader threader;

@@ -65,8 +65,11 @@ void ClockService::startNTPClient() {
 void ClockService::replaceNtpClient(char* const* commandLine) {
   const SemaphoreGuard guard(m_ntpProcessLock);
   m_ntpClientProcess.reset();
-  m_ntpClientProcess =
-      std::make_unique<Process>(Process::ownProcessGroup, commandLine, environ, nullptr);
+  {
+    const std::lock_guard<std::mutex> environment(m_environment);
+    m_ntpClientProcess =
+        std::make_unique<Process>(Process::ownProcessGroup, commandLine, environ, nullptr);
+  }
   if (m_ntpClientProcess->launch() <= 0) CLOCK_LOG(logError, "ntpclient couldn't be started");
 }
 

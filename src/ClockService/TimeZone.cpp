@@ -33,10 +33,15 @@ void ClockService::setTZValue() {
                                        : TimeZoneText::Settings{});
     m_localOffsetMinutes = zone.offsetMinutes;
   }
-  setenv("TZ", zone.tz.data(), 1);
-  tzset();
+  installTZ(zone.tz.data());
   notifyTimezoneChangeEvent(zone.tz.data());
   writeTZEnvironmentScript(zone.tz.data());
+}
+
+void ClockService::installTZ(const char* tz) {
+  const std::lock_guard<std::mutex> guard(m_environment);
+  setenv("TZ", tz, 1);
+  tzset();
 }
 
 // For the other processes of the telephone. A failure costs only their zone, until the next change.

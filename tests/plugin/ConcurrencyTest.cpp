@@ -48,7 +48,7 @@ const std::vector<Setting>& settings() {
   return rows;
 }
 
-class CountingObserver : public ClockServiceObserverIfc {
+class CountingObserver final : public ClockServiceObserverIfc {
  public:
   void timezoneChangeEvent(std::string tz) override { events += tz.size() < 50 ? 1 : 0; }
   void timeChangeEvent(int hours, int, int) override { events += hours < 24 ? 1 : 0; }
