@@ -170,6 +170,16 @@ TEST_F(HostLife, DamagedStoreIsSetAsideAndDefaultsAreServed) {
   EXPECT_NE(host->err().find("settings.db.damaged-1"), std::string::npos) << host->err();
 }
 
+TEST_F(HostLife, StoreOfANewerVersionIsRefused) {
+  start();
+  ASSERT_EQ(end(SIGTERM).status, 0);
+  std::fstream file(state() / "settings.db", std::ios::in | std::ios::out | std::ios::binary);
+  file.seekp(63);  // the last byte of the user version in the header of the file
+  file.put(9);
+  file.close();
+  expectOneLine(startToFail(), 1, {"settings.db", "version 9", "newer"});
+}
+
 TEST_F(HostLife, StateFolderThatIsAFileIsRefused) {
   writeFile(state(), "not a folder");
   expectOneLine(startToFail(), 1, {state().string()});

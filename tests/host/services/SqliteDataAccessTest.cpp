@@ -74,7 +74,7 @@ TEST_F(SettingsStore, ValuesAreThereAfterReopening) {
 }
 
 TEST_F(SettingsStore, KeepsAnyBytes) {
-  const std::string value = std::string("a\0b\xff\xfe <&>'\"\n", 13) + std::string(1 << 20, '\xc3');
+  const std::string value = std::string("a\0b\xff\xfe <&>'\"\n", 12) + std::string(1 << 20, '\xc3');
   SqliteDataAccess store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, std::string("k\0'", 3), value));
   EXPECT_TRUE(store.getItem(kSchema, std::string("k\0'", 3)) == value);

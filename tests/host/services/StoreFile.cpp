@@ -21,7 +21,7 @@ std::string runSql(const std::filesystem::path& file, const std::string& sql) {
   sqlite3* database = nullptr;
   sqlite3_open(file.c_str(), &database);
   const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
-  const std::string words = code == SQLITE_OK ? "" : sqlite3_errmsg(database);
+  std::string words = code == SQLITE_OK ? "" : sqlite3_errmsg(database);
   sqlite3_close(database);
   return words;
 }
