@@ -8,12 +8,12 @@ namespace {
 
 // The sequences of UTF-8 by their length: lead byte and smallest character.
 struct Sequence {
-  unsigned char mask, lead;
   std::size_t length;
   std::uint32_t first;  // a smaller one is written too long
+  unsigned char mask, lead;
 };
 constexpr Sequence kSequences[] = {
-    {0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
+    {1, 0, 0x80, 0x00}, {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
 
 bool isXmlCharacter(std::uint32_t c) {
   if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';

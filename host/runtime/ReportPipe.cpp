@@ -104,12 +104,12 @@ void ListenerWaker::work() {
   sigaddset(&brokenPipe, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
   std::unique_lock lock(m_mutex);
-  while (!m_ending) {
+  do {
     lock.unlock();
     wake(m_path);
     lock.lock();
     m_ended.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
-  }
+  } while (!m_ending);
 }
 
 }  // namespace host

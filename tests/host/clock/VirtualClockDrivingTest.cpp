@@ -169,6 +169,15 @@ TEST_F(DrivenClock, GoesFromTimerToTimerAtInfiniteSpeedInBoundedSlices) {
   EXPECT_EQ(m_clock.uptime(), 101h);
 }
 
+TEST_F(DrivenClock, StaysAtTheLastExpiryAtInfiniteSpeed) {
+  startedTimer(1h);
+  m_clock.setSpeed(std::numeric_limits<double>::infinity());
+  EXPECT_EQ(m_clock.runDue(9), 1U);
+  EXPECT_EQ(m_clock.uptime(), 1h);
+  startedTimer(1h);
+  EXPECT_EQ(m_clock.nextExpiry(), Nanoseconds{2h});
+}
+
 TEST_F(DrivenClock, CanBeSlowedDownByAnExpiry) {
   startedTimer(1h);
   m_owner.then = [&](int timer) {
