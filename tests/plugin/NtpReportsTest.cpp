@@ -68,7 +68,7 @@ TEST_F(ClockHearingReports, SaysWhatItDoes) {
 TEST_F(ClockHearingReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {
   startWith(&physical);
   ASSERT_TRUE(clock.setWall(std::chrono::seconds{1'709'168'523}));
-  for (const long reported : {1L, 0xFFFFFFFFL, -1L, 0L}) {
+  for (const long reported : {1L, static_cast<long>(0xFFFFFFFFUL), -1L, 0L}) {
     service->handleSNTPClientUpdate(reported);
     EXPECT_EQ(service->getUTCTime(0), "2024-02-29T01:02:03+00:00") << reported;
   }
