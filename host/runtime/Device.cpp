@@ -132,7 +132,7 @@ void Device::stop() {
     // On its own thread: no call into the service is under way then, and none will come.
     parts.managementThread.run([&parts] { parts.management.dropAgents(); });
     parts.physical.dropSubscribers();
-    const ListenerWaker waker(parts.pipe->path());
+    const ListenerWaker waker(*parts.pipe);
     parts.service.reset();
   }
   parts.invoker.reset();

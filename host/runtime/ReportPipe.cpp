@@ -66,8 +66,8 @@ bool isPipe(int descriptor) {
 }
 
 // Nothing happens when nobody waits: the open fails then.
-void wake(const std::string& path) {
-  const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+void wake(const std::string& path, int flags) {
+  const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags);
   if (pipe < 0) return;
   constexpr std::array<char, 4> kNoTime{};
   if (isPipe(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
@@ -83,10 +83,19 @@ ReportPipe::ReportPipe() : m_path(hostPath(kDevicePath)) {
   makeParents(folder);
   takeFolder(folder);
   takePipe(m_path);
+  m_held.reset(open(m_path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!m_held.valid()) failWithReason(m_path);
+}
+
+std::string ReportPipe::heldPath() const {
+  return "/proc/self/fd/" + std::to_string(m_held.get());
 }
 
 ListenerWaker::ListenerWaker(std::string path)
     : m_path(std::move(path)), m_thread([this] { work(); }) {}
+
+ListenerWaker::ListenerWaker(const ReportPipe& pipe)
+    : m_path(pipe.path()), m_heldPath(pipe.heldPath()), m_thread([this] { work(); }) {}
 
 ListenerWaker::~ListenerWaker() {
   {
@@ -106,7 +115,8 @@ void ListenerWaker::work() {
   std::unique_lock lock(m_mutex);
   do {
     lock.unlock();
-    wake(m_path);
+    wake(m_path, O_NOFOLLOW);
+    if (!m_heldPath.empty()) wake(m_heldPath, 0);  // a link by its nature
     lock.lock();
     m_ended.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
   } while (!m_ending);

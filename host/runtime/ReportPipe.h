@@ -5,6 +5,8 @@
 #include <string>
 #include <thread>
 
+#include "remote/Descriptor.h"
+
 namespace host {
 
 // The named pipe of the NTP reports, for its owner only. It stays when the object goes: a client
@@ -21,8 +23,12 @@ class ReportPipe {
   // On this machine.
   [[nodiscard]] const std::string& path() const { return m_path; }
 
+  // A way to this very pipe, also after its file was deleted or replaced; as long as the object.
+  [[nodiscard]] std::string heldPath() const;
+
  private:
   std::string m_path;
+  Descriptor m_held;  // neither a reader nor a writer
 };
 
 // While it lives, wakes whoever waits for the pipe in open or read, so that a listener told to end
@@ -31,6 +37,8 @@ class ReportPipe {
 class ListenerWaker {
  public:
   explicit ListenerWaker(std::string path);
+  // Also whoever waits for a pipe that is not at its path any more. The pipe outlives the waker.
+  explicit ListenerWaker(const ReportPipe& pipe);
   ~ListenerWaker();
   ListenerWaker(const ListenerWaker&) = delete;
   ListenerWaker& operator=(const ListenerWaker&) = delete;
@@ -39,6 +47,7 @@ class ListenerWaker {
   void work();
 
   const std::string m_path;
+  const std::string m_heldPath;  // empty: none
   std::mutex m_mutex;
   std::condition_variable m_ended;
   bool m_ending = false;

@@ -1,8 +1,10 @@
 #include "runtime/Device.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -14,6 +16,7 @@
 #include "clock/VirtualClock.h"
 #include "host/runtime/TestPlugins.h"
 #include "platform/StateFolder.h"
+#include "remote/Descriptor.h"
 #include "runtime/Error.h"
 #include "runtime/Plugin.h"
 #include "services/LocalManagement.h"
@@ -38,6 +41,16 @@ class NoRemote : public FrameworkContext {
   MessageCodec* getCodec(const std::string&) override { return nullptr; }
   Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
 };
+
+// Waits until the listener is inside open: a writer can then open the pipe. Wakes it once.
+bool waitForReader(const std::string& pipe) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (std::chrono::steady_clock::now() < deadline) {
+    const Descriptor writer(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    if (writer.valid()) return true;
+  }
+  return false;
+}
 
 class TelephoneWithTestPlugin : public ::testing::Test {
  protected:
@@ -93,6 +106,19 @@ TEST_F(TelephoneWithTestPlugin, StopsOnce) {
 TEST_F(TelephoneWithTestPlugin, StopWakesTheListenerThatWaitsForThePipe) {
   start();
   ASSERT_TRUE(waitForPluginNote("listener waits"));
+  device->stop();
+  EXPECT_THAT(pluginNotes(), Contains("deleted"));
+}
+
+// As cleaners of temporary folders do.
+TEST_F(TelephoneWithTestPlugin, StopWakesAListenerWhosePipeWasDeleted) {
+  start();
+  ASSERT_TRUE(waitForPluginNote("listener waits"));
+  const std::string pipe = hostPath("/tmp/votk/ipc/ntpclient");
+  clearPluginNotes();
+  ASSERT_TRUE(waitForReader(pipe));
+  ASSERT_TRUE(waitForPluginNote("listener waits"));  // again
+  std::filesystem::remove_all(folder / "root");
   device->stop();
   EXPECT_THAT(pluginNotes(), Contains("deleted"));
 }
