@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "ManageableData.h"
 #include "services/LocalManagement.h"
 
@@ -33,6 +35,20 @@ class ForgetfulManagement : public host::LocalManagement {
 
 TEST(ManagementReading, RecordWithoutAValueIsNothing) {
   ForgetfulManagement management;
+  EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
+}
+
+// Says no, after it has filled the record in.
+class HesitantManagement : public host::LocalManagement {
+ public:
+  bool getData(ManageableData& record) override {
+    record.populate("mac-addr", "0001E3A1B2C3");
+    return false;
+  }
+};
+
+TEST(ManagementReading, RefusalIsNothingWhateverTheRecordHolds) {
+  HesitantManagement management;
   EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
 }
 
