@@ -101,7 +101,7 @@ void actOnStatus(Controller& controller, const Json&, const Channel& channel) {
 }
 
 void actOnLog(Controller& controller, const Json& request, const Channel& channel) {
-  const std::shared_ptr<LogRing> log = controller.log();
+  const std::shared_ptr<LogRing>& log = controller.log();
   if (request.value("follow", Json(false)) != Json(true)) {
     return answer(channel, {{"ok", true}, {"entries", newestThatFit(log->entries())}});
   }

@@ -20,7 +20,7 @@ struct WantedEvent {
 
   std::string text() const {
     std::string words = name;
-    for (const std::string& parameter : parameters) words += ' ' + parameter;
+    for (const std::string& parameter : parameters) words.append(1, ' ').append(parameter);
     return words;
   }
 };
@@ -116,9 +116,11 @@ void requireParameters(const std::string& what, std::span<const std::string> wan
                        const Method& method) {
   for (const std::string& word : wanted) {
     if (holds(method, word)) continue;
-    const std::string came = parametersText(method);
-    throw ScenarioFailure("expected " + what + word + ", came " +
-                          (came.empty() ? "no parameters" : came));
+    std::string came = parametersText(method);
+    if (came.empty()) came = "no parameters";
+    std::string text = "expected ";
+    text.append(what).append(word).append(", came ").append(came);
+    throw ScenarioFailure(text);
   }
 }
 

@@ -183,7 +183,7 @@ fs::path ScenarioDevice::fileOf(const std::string& path) const {
   return path.starts_with('/') ? fs::path(hostPath(path)) : m_options.state / path;
 }
 
-void ScenarioDevice::writeFile(const std::string& devicePath, const std::string& text) {
+void ScenarioDevice::writeFile(const std::string& devicePath, const std::string& text) const {
   const fs::path file = fileOf(devicePath);
   fs::create_directories(file.parent_path());
   std::ofstream stream(file, std::ios::binary);

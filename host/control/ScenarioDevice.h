@@ -51,7 +51,7 @@ class ScenarioDevice {
 
   // The file on this machine: below the device root for a device path, else a storage file.
   [[nodiscard]] std::filesystem::path fileOf(const std::string& path) const;
-  void writeFile(const std::string& devicePath, const std::string& text);
+  void writeFile(const std::string& devicePath, const std::string& text) const;
 
  private:
   struct Powered;

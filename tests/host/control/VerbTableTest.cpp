@@ -74,7 +74,7 @@ TEST(VerbTable, WordsBecomeRequests) {
       {"security-log", R"({"verb":"security-log"})"},
   };
   for (const auto& [words, request] : accepted)
-    EXPECT_EQ(errorOf(words), [&] { return std::string("accepted: ") + request; }()) << words;
+    EXPECT_EQ(errorOf(words), std::string("accepted: ") + request) << words;
 }
 
 TEST(VerbTable, WrongWordsAreNamedInOneLine) {
