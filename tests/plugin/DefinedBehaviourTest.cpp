@@ -71,6 +71,15 @@ TEST_F(ClockWithAbsurdSettings, HasAZoneOfAtMost49CharactersAndAWellFormedScript
   }
 }
 
+TEST_F(ClockWithAbsurdSettings, CountsAnOffsetThatIsNoNumberAsZero) {
+  for (const char* const offset : {"nan", "-nan"}) {
+    telephone.storeZone(offset, false, false, 0);
+    telephone.switchOn();
+    EXPECT_EQ(tz(), "LOC00:00") << offset;
+    telephone.switchOff();
+  }
+}
+
 TEST_F(ClockWithAbsurdSettings, AnswersEverythingUnderAllOfThem) {
   const std::string storage = host::storageFolder();
   host::setStorageFolder("");  // the scripts would take the most of the time
