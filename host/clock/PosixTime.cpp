@@ -111,7 +111,7 @@ int sysinfo(struct sysinfo* info) noexcept {
 }  // extern "C"
 
 int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch) {
-  constexpr auto kMost = std::numeric_limits<std::chrono::seconds::rep>::max();
+  constexpr auto kMost = std::numeric_limits<time_t>::max();  // no system clock goes further
   if (secondsSinceEpoch > static_cast<unsigned long long>(kMost)) return -1;
   return host::setWall(static_cast<std::chrono::seconds::rep>(secondsSinceEpoch),
                        std::chrono::microseconds{0});

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 #include "SystemClock.h"
 #include "clock/VirtualClock.h"
@@ -108,17 +109,18 @@ TEST_F(ProcessWithClock, StimeRefusesWhatIsNoTime) {
 }
 
 TEST_F(ProcessWithClock, DeviceSetterJumps) {
-  EXPECT_EQ(votk_set_time_seconds_since_epoch(4'294'967'295UL), 0);
-  EXPECT_EQ(m_clock.wall(), 4'294'967'295s);
+  EXPECT_EQ(votk_set_time_seconds_since_epoch(2'147'483'647UL), 0);
+  EXPECT_EQ(m_clock.wall(), 2'147'483'647s);
   EXPECT_EQ(votk_set_time_seconds_since_epoch(0), 0);
   EXPECT_EQ(m_clock.wall(), 0s);
 }
 
 TEST_F(ProcessWithClock, DeviceSetterRefusesWhatIsTooLate) {
-  if (sizeof(unsigned long) == 4) GTEST_SKIP() << "no such number here";
-  for (const unsigned long long seconds :
-       {8'000'000'000ULL, 9'223'372'036'854'775'807ULL, 18'446'744'073'709'551'615ULL}) {
-    EXPECT_LT(votk_set_time_seconds_since_epoch(static_cast<unsigned long>(seconds)), 0) << seconds;
+  constexpr unsigned long most = std::numeric_limits<unsigned long>::max();
+  std::vector<unsigned long> late{most, most / 2 + 1};
+  if (sizeof(unsigned long) > 4) late.push_back(static_cast<unsigned long>(8'000'000'000ULL));
+  for (const unsigned long seconds : late) {
+    EXPECT_LT(votk_set_time_seconds_since_epoch(seconds), 0) << seconds;
   }
   EXPECT_EQ(time(nullptr), 1'000'000'000);
 }
