@@ -42,7 +42,8 @@ ClockServiceDataHandler::ClockServiceDataHandler(Context& context,
   reinitialiseData(false);
 }
 
-ClockServiceDataHandler::~ClockServiceDataHandler() = default;
+// The parser has this object as its user data, so it goes first.
+ClockServiceDataHandler::~ClockServiceDataHandler() { xmlParser.reset(); }
 
 bool ClockServiceDataHandler::isSubVariant2To4() const {
   return static_cast<unsigned int>(hardwareSubVariant) - 2U <= 2U;

@@ -4,7 +4,7 @@ import json
 import pathlib
 import sys
 
-BODIES = ["src", "host", "tests"]
+BODIES = ["src", "host", "bench", "tests"]
 # Read by a check, never built.
 EXCEPTIONS = {"tests/abi/slots.cpp"}
 

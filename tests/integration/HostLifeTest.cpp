@@ -95,6 +95,8 @@ TEST_F(HostLife, FreshHostAnswersFromTheDefaults) {
 TEST_F(HostLife, VariantThreeSpeaksAnotherFormat) {
   start({"--speed", "0", "--variant", "3"});
   EXPECT_EQ(told({"call", "getDate"}), "getDateStringReturn=06/16/16");
+  // An hour ahead: daylight saving by the rule of the United States is on by default.
+  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=01:00am");
 }
 
 class Terminated : public HostLife, public ::testing::WithParamInterface<int> {};

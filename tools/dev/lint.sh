@@ -15,7 +15,7 @@ check_scripts() { files_of dev .ci/run '*.sh' '*.bash' | xargs shellcheck -x -P 
 check_tidy() {
   local log
   log=$(folder_of lint)/clang-tidy.log
-  run-clang-tidy -quiet -p "$(folder_of lint)" -j "$(nproc)" "^$CLOCK_TREE/(src|host|tests)/" \
+  run-clang-tidy -quiet -p "$(folder_of lint)" -j "$(nproc)" "^$CLOCK_TREE/(src|host|bench|tests)/" \
     >"$log" 2>&1 || {
     grep -vE 'clang-tidy-|warnings? generated' "$log" >&2
     return 1

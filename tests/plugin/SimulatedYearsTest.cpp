@@ -1,0 +1,53 @@
+// What time travel costs: a year of the whole service, its timers and an observer, in processor
+// time.
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+
+#include "plugin/Telephone.h"
+
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+// A build that was not optimised, or carries a sanitizer, is not held to the figures.
+#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && \
+    !defined(__arm__)
+constexpr bool kMeasured = true;
+#else
+constexpr bool kMeasured = false;
+#endif
+
+// Processor time, so that what else the machine does is not counted.
+Seconds processorTime() {
+  return Seconds(static_cast<double>(std::clock()) / static_cast<double>(CLOCKS_PER_SEC));
+}
+
+Seconds costOf(std::chrono::hours simulated) {
+  plugin::Telephone telephone;
+  const Seconds begin = processorTime();
+  telephone.storeZone("1", true, true, 9);
+  telephone.switchOn();
+  telephone.pass(simulated);
+  return processorTime() - begin;
+}
+
+TEST(SimulatedYears, AYearTakesUnderFiftyMilliseconds) {
+  const Seconds cost = costOf(std::chrono::hours(24 * 365));
+  std::printf("a simulated year: %.1f ms\n", cost.count() * 1e3);
+  if (kMeasured) {
+    EXPECT_LT(cost.count(), 0.050);
+  }
+}
+
+TEST(SimulatedYears, ACenturyTakesUnderFiveSeconds) {
+  if (!kMeasured) GTEST_SKIP() << "not an optimised build";
+  const Seconds cost = costOf(std::chrono::hours(24 * 36525));
+  std::printf("a simulated century: %.2f s\n", cost.count());
+  EXPECT_LT(cost.count(), 5.0);
+}
+
+}  // namespace
