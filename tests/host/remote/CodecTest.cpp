@@ -12,6 +12,8 @@
 namespace host {
 namespace {
 
+using namespace std::string_literals;
+
 class EachCodec : public testing::TestWithParam<std::string> {
  protected:
   std::string encode(Method method) {
@@ -39,8 +41,7 @@ Method everyType() {
   method.addIntParameter("twoBytes", -30000, Parameter::in);
   method.addStringParameter("empty", "", Parameter::out);
   method.addStringParameter("", "nameless", Parameter::in);
-  method.addStringParameter("text", std::string("\"quoted\"\n\t\\ \xc3\xbc \0 end", 22),
-                            Parameter::in);
+  method.addStringParameter("text", "\"quoted\"\n\t\\ \xc3\xbc \0 end"s, Parameter::in);
   method.addStringParameter("long", std::string(70000, 'l'), Parameter::in);
   method.addBoolParameter("yes", true, Parameter::out);
   method.addBoolParameter("no", false, Parameter::in);
