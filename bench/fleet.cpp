@@ -1,5 +1,5 @@
-// How a fleet of telephones spreads its NTP restarts after a full hour: each device's first restart,
-// from the plug-in's own functions, over the 600 one-second slots.
+// How a fleet of telephones spreads its NTP restarts after a full hour: each device's first
+// restart, from the plug-in's own functions, over the 600 one-second slots.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

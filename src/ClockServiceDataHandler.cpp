@@ -43,7 +43,9 @@ ClockServiceDataHandler::ClockServiceDataHandler(Context& context,
 }
 
 // The parser has this object as its user data, so it goes first.
-ClockServiceDataHandler::~ClockServiceDataHandler() { xmlParser.reset(); }
+ClockServiceDataHandler::~ClockServiceDataHandler() {
+  xmlParser.reset();
+}
 
 bool ClockServiceDataHandler::isSubVariant2To4() const {
   return static_cast<unsigned int>(hardwareSubVariant) - 2U <= 2U;

@@ -13,13 +13,22 @@ namespace {
 using Text = const std::string&;
 namespace Key = ManagementKeyNames;
 
-constexpr std::array<const char*, ManagementKey::count> names{
-    Key::time,          Key::simpleTime,           Key::simpleDate,
-    Key::dateFormat,    Key::timeFormat,           Key::sntpAddr,
-    Key::ntpSecret,     Key::sntpTzOffset,         Key::daylightSave,
-    Key::daylightSaveMinutes, Key::timeSource,     Key::daylightSaveZoneList,
-    Key::daylightSaveZoneIndex, Key::daylightSaveZoneText, Key::daylightSaveZoneId,
-    Key::autoDaylightSave};
+constexpr std::array<const char*, ManagementKey::count> names{Key::time,
+                                                              Key::simpleTime,
+                                                              Key::simpleDate,
+                                                              Key::dateFormat,
+                                                              Key::timeFormat,
+                                                              Key::sntpAddr,
+                                                              Key::ntpSecret,
+                                                              Key::sntpTzOffset,
+                                                              Key::daylightSave,
+                                                              Key::daylightSaveMinutes,
+                                                              Key::timeSource,
+                                                              Key::daylightSaveZoneList,
+                                                              Key::daylightSaveZoneIndex,
+                                                              Key::daylightSaveZoneText,
+                                                              Key::daylightSaveZoneId,
+                                                              Key::autoDaylightSave};
 
 constexpr bool namesAreUnique() {
   for (std::size_t i = 0; i < names.size(); ++i)
@@ -31,13 +40,16 @@ static_assert(names.size() == 16 && namesAreUnique());
 
 }  // namespace
 
-void ManagementKey::restartNtpClient(ClockService& clock) { clock.startNTPClient(); }
+void ManagementKey::restartNtpClient(ClockService& clock) {
+  clock.startNTPClient();
+}
 
 void ManagementKey::refreshZone(ClockService& clock) {
   clock.startTimer(clock.m_timeZoneRefreshTimer);
 }
 
 // clang-format off
+// NOLINTNEXTLINE(readability-function-size): sixteen rows on one screen
 const std::array<ManagementKey, ManagementKey::count>& ManagementKey::table() {
   using Clock = ClockService&;
   static const std::array<ManagementKey, count> rows{{
