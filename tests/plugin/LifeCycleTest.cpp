@@ -45,6 +45,7 @@ TEST_F(RecordingFramework, FindsTheClockSetToTheSavedTimeBeforeTheFirstTimer) {
   };
   start(&context);
   EXPECT_EQ(atFirstTimer, "2030-01-02T03:30:00+00:00");
+  end();  // the framework tells of the end, too
 }
 
 TEST_F(RecordingFramework, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
