@@ -1,22 +1,45 @@
 #include "simulation/SimulationFolder.h"
 
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
 #include <system_error>
 
 #include "platform/StateFolder.h"
 
 namespace simulation {
+namespace {
 
-SimulationFolder::SimulationFolder() {
-  for (const char* const name : {"data", "ipc", "state"}) {
-    std::filesystem::create_directory(m_folder / name);
+std::filesystem::path place() {
+  constexpr const char* inMemory = "/dev/shm";
+  return access(inMemory, W_OK | X_OK) == 0 ? std::filesystem::path(inMemory)
+                                            : std::filesystem::temp_directory_path();
+}
+
+std::filesystem::path freshFolder() {
+  std::string name = (place() / "clock-life-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) {
+    throw std::system_error(errno, std::generic_category(), "mkdtemp");
   }
-  std::filesystem::current_path(m_folder.path());
-  host::setStorageFolder(m_folder / "state");
+  return name;
+}
+
+}  // namespace
+
+SimulationFolder::SimulationFolder() : m_path(freshFolder()) {
+  for (const char* const name : {"data", "ipc", "state"}) {
+    std::filesystem::create_directory(m_path / name);
+  }
+  std::filesystem::current_path(m_path);
+  host::setStorageFolder(m_path / "state");
 }
 
 SimulationFolder::~SimulationFolder() {
   std::error_code ignored;
   std::filesystem::current_path(m_former, ignored);
+  std::filesystem::remove_all(m_path, ignored);
 }
 
 }  // namespace simulation

@@ -2,11 +2,10 @@
 
 #include <filesystem>
 
-#include "support/TemporaryFolder.h"
-
 namespace simulation {
 
-// The private folder that a telephone lives in, and works in, while the object lives.
+// The private folder that a telephone lives in, and works in, while the object lives: in memory
+// where the system has such a place, since a life writes small files by the thousand.
 class SimulationFolder {
  public:
   SimulationFolder();
@@ -16,7 +15,7 @@ class SimulationFolder {
 
  private:
   const std::filesystem::path m_former = std::filesystem::current_path();
-  const support::TemporaryFolder m_folder;
+  const std::filesystem::path m_path;
 };
 
 }  // namespace simulation

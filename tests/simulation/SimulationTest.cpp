@@ -14,8 +14,8 @@ namespace {
 
 // Each life is as long; the tests share the steps that were asked for.
 constexpr std::size_t kLifeSteps = 2500;
-constexpr std::size_t kFixedLots = 8;
-constexpr std::size_t kNewLots = 4;
+constexpr std::size_t kFixedLots = 20;
+constexpr std::size_t kNewLots = 10;
 
 // How many steps to live: set for a build, and in the environment for one run.
 std::size_t stepsFrom(const char* variable, std::size_t usual) {
