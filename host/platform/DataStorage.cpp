@@ -29,7 +29,7 @@ struct DataStorage::Impl {
 
   // Nothing for a key without a value, or with one (of another writer) that XML cannot carry: the
   // other keys' elements are not to suffer from it.
-  std::string elementOf(const std::string& key) {
+  std::string elementOf(const std::string& key) const {
     if (!host::isXmlName(key)) return {};
     const auto value = access->getItem(schema, key);
     if (!value) return {};

@@ -3,6 +3,7 @@
 #include <exception>
 #include <optional>
 #include <sstream>
+#include <utility>
 
 #include "Invoker.h"
 #include "InvokerResponse.h"
@@ -18,8 +19,8 @@ constexpr const char* kResult = "unobserveTimeEventsReturn";
 // Stands in for the peer that is gone, and reads the answer in its place.
 class Answer : public InvokerResponse {
  public:
-  Answer(const std::string& address, std::optional<bool>& removed)
-      : m_address(address), m_codec(kDefaultCodec), m_removed(removed) {}
+  Answer(std::string address, std::optional<bool>& removed)
+      : m_address(std::move(address)), m_codec(kDefaultCodec), m_removed(removed) {}
 
   const char* getCodecName() override { return m_codec.c_str(); }
   const char* getReplyAddress() override { return m_address.c_str(); }

@@ -15,7 +15,6 @@ constexpr char TZ_SCRIPT_FORMAT[] = "#!/bin/sh\n\nexport TZ=%s\n\n";
 
 using TimeZoneText::Buffer;
 using TimeZoneText::LocalZone;
-using TimeZoneText::Settings;
 
 // Minutes west of UTC. Both parts carry the sign; "%02d" prints it with the hours, so it would be
 // lost when those are 0.

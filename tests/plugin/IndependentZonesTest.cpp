@@ -6,7 +6,6 @@
 
 namespace {
 
-using independent::Choice;
 using independent::secondsOf;
 using independent::utcOf;
 using independent::WallClock;
