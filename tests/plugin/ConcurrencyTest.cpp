@@ -12,20 +12,11 @@
 
 #include "ClockServiceObserverIfc.h"
 #include "plugin/Telephone.h"
+#include "support/Sanitizers.h"
 
 namespace {
 
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define UNDER_THREAD_SANITIZER
-#endif
-#endif
-
-#ifdef UNDER_THREAD_SANITIZER
-constexpr std::chrono::seconds kDuration{30};
-#else
-constexpr std::chrono::seconds kDuration{2};
-#endif
+constexpr std::chrono::seconds kDuration{support::kThreadSanitizer ? 30 : 2};
 
 struct Setting {
   const char* key;

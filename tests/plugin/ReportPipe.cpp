@@ -23,14 +23,15 @@ void require(bool done, const char* what) {
   if (!done) throw std::system_error(errno, std::generic_category(), what);
 }
 
-// Whether this process, and so the listener, has the pipe open.
+// Whether this process, and so the listener, has the pipe open. Asks by name: the descriptors are
+// the listener's.
 bool isOpenHere(const std::string& path) {
   struct stat pipe {};
   if (stat(path.c_str(), &pipe) != 0) return false;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
     struct stat other {};
-    if (fstat(std::stoi(entry.path().filename().string()), &other) == 0 &&
-        other.st_dev == pipe.st_dev && other.st_ino == pipe.st_ino)
+    if (stat(entry.path().c_str(), &other) == 0 && other.st_dev == pipe.st_dev &&
+        other.st_ino == pipe.st_ino)
       return true;
   }
   return false;

@@ -8,15 +8,15 @@
 #include <ctime>
 
 #include "plugin/Telephone.h"
+#include "support/Sanitizers.h"
 
 namespace {
 
 using Seconds = std::chrono::duration<double>;
 
 // A build that was not optimised, or carries a sanitizer, is not held to the figures.
-#if defined(__OPTIMIZE__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && \
-    !defined(__arm__)
-constexpr bool kMeasured = true;
+#if defined(__OPTIMIZE__) && !defined(__arm__)
+constexpr bool kMeasured = !support::kThreadSanitizer && !support::kAddressSanitizer;
 #else
 constexpr bool kMeasured = false;
 #endif
