@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <numeric>
 #include <random>
@@ -85,7 +86,7 @@ void printHistogram(const char* title, const Histogram& histogram) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   CLI::App app("Spread of a fleet's NTP restarts after a full hour");
   std::vector<std::uint32_t> fleets{600, 60000, 1000000};
   app.add_option("devices", fleets, "Sizes of fleets")->check(CLI::Range(1U, macTails));
@@ -99,4 +100,7 @@ int main(int argc, char** argv) {
                  consecutive(fleets.back()));
   printHistogram("largest fleet, random MACs", random(fleets.back()));
   return 0;
+} catch (const std::exception& error) {
+  std::cerr << "fleet: " << error.what() << '\n';
+  return 1;
 }

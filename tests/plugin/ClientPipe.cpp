@@ -57,7 +57,7 @@ std::vector<std::string> ClientPipe::next() {
   std::size_t end = 0;
   while ((end = m_read.find(kEnd)) == std::string::npos)
     if (!readMore()) return {};
-  const auto lines = linesOf(m_read.substr(0, end));
+  auto lines = linesOf(m_read.substr(0, end));
   m_read.erase(0, end + 3);
   return lines;
 }
