@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
 #include <numeric>
 #include <random>
 #include <string>
@@ -101,6 +100,6 @@ int main(int argc, char** argv) try {
   printHistogram("largest fleet, random MACs", random(fleets.back()));
   return 0;
 } catch (const std::exception& error) {
-  std::cerr << "fleet: " << error.what() << '\n';
+  std::fprintf(stderr, "fleet: %s\n", error.what());
   return 1;
 }

@@ -43,7 +43,7 @@ void ClockModel::setSeconds(std::int64_t seconds) {
 // The system's time; its very first second counts as "now", as it does in every UTC text.
 std::string ClockModel::saveFallback() {
   const std::int64_t system = floorOf(wallMs(), 1000);
-  const std::string text = utcText(system == 0 ? now() : within32(system));
+  std::string text = utcText(system == 0 ? now() : within32(system));
   m_settings.setText("FallbackDateTime", m_settings.fallback, text);
   return text;
 }
