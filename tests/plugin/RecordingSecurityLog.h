@@ -36,6 +36,11 @@ class RecordingSecurityLog final : public Executable, public SecurityLogServiceI
     return m_records;
   }
 
+  void clear() {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_records.clear();
+  }
+
   // "accepted TEXT" or "refused TEXT" for each record.
   [[nodiscard]] std::vector<std::string> lines() const {
     std::vector<std::string> lines;
