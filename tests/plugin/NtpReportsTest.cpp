@@ -86,6 +86,7 @@ TEST_F(ClockHearingReports, HearsAReportThroughThePipe) {
 TEST_F(ClockHearingReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
   for (const char* const who : {"all", "unmanaged"}) {
     service = std::make_unique<ClockService>();
+    log.clear();  // of the other listener's start
     store.items.clear();
     startWith(&physical);
     store.items["DateFormat"] = "2";
