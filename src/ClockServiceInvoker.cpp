@@ -1,8 +1,6 @@
 #include "ClockServiceInvoker.h"
 
 #include <memory>
-#include <sstream>
-#include <string>
 
 #include "ClockServiceIfc.h"
 #include "Executable.h"
@@ -10,16 +8,17 @@
 #include "InvokerResponse.h"
 #include "Log.h"
 #include "MessageCodec.h"
+#include "MessageStream.h"
 #include "Method.h"
 #include "RemoteMethods.h"
 
 namespace {
 
-void sendReply(Method& reply, MessageCodec& codec, InvokerResponse& response) {
-  std::stringstream stream;
+void sendReply(Method& reply, MessageCodec& codec, MessageStream& stream,
+               InvokerResponse& response) {
+  stream.startOver();
   codec.encode(reply, stream);
-  const std::string bytes = stream.str();
-  response.sendReply(bytes.data(), static_cast<int>(bytes.size()));
+  response.sendReply(stream.data(), static_cast<int>(stream.size()));
 }
 
 }  // namespace
@@ -52,7 +51,8 @@ void ClockServiceInvoker::handleMessage(Executable* executable, const char* mess
 
 void ClockServiceInvoker::answer(ClockServiceIfc& service, const char* message, int length,
                                  InvokerResponse& response) {
-  std::stringstream stream;
+  BorrowedStream borrowed;
+  MessageStream& stream = *borrowed;
   Method request;
   MessageCodec* const codec = context->getCodec(response.getCodecName());
   stream.write(message, length);
@@ -60,14 +60,14 @@ void ClockServiceInvoker::answer(ClockServiceIfc& service, const char* message, 
     INVOKER_LOG(logError, "Failed to decode msg");
     return;
   }
-  INVOKER_LOG(logInformation, "handleMessage called: %s", stream.str().c_str());
+  INVOKER_LOG(logInformation, "handleMessage called: %s", stream.text().c_str());
   const RemoteMethod* const method = findRemoteMethod(request.getName());
   if (method == nullptr) {
-    INVOKER_LOG(logError, "Invalid Message, %s", stream.str().c_str());
+    INVOKER_LOG(logError, "Invalid Message, %s", stream.text().c_str());
     return;
   }
   Method reply(method->name, Method::reply);
   RemoteCall call{service, request, reply, *context, response};
   method->handle(call);
-  if (method->replies) sendReply(reply, *codec, response);
+  if (method->replies) sendReply(reply, *codec, stream, response);
 }

@@ -88,6 +88,27 @@ TEST_F(ClockServiceInvokerTest, BytesOfRequestAndReplyMayBeZero) {
   EXPECT_EQ(outcome.replies, Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
 }
 
+TEST_F(ClockServiceInvokerTest, LongRequestAndReplyAreWhole) {
+  const std::string text(70'000, 't');
+  m_service.setTimeText(text);
+  const std::string message = "call getTime\nin string x=" + text + "\n";
+  EXPECT_EQ(send(&m_service, message).replies,
+            Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
+  EXPECT_EQ(m_framework.text.decoded(), message);
+}
+
+// Replies through a stream that is as new, whatever was done to it for the request.
+TEST_F(ClockServiceInvokerTest, CodecMayLeaveTheRequestsStreamAsItLikes) {
+  m_framework.text.leaveStream([](std::iostream& stream) {
+    stream << "left over" << std::hex << std::showbase;
+    stream.setstate(std::ios_base::failbit);
+  });
+  m_framework.text.endReplyWith(255);
+  for (int i = 0; i < 2; ++i)
+    EXPECT_EQ(send(&m_service, "call getTime\n").replies,
+              Lines{"reply getTime\nout string getTimeStringReturn=09:07\n255"});
+}
+
 TEST_F(ClockServiceInvokerTest, NullServiceIsLoggedAndNotAnswered) {
   const LogCapture log;
   const Outcome outcome = send(nullptr, "call getTime\n");

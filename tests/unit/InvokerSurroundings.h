@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,16 +23,26 @@ class TextCodec final : public MessageCodec {
  public:
   explicit TextCodec(std::string mark = "") : m_mark(std::move(mark)) {}
 
-  void encode(Method& method, std::iostream& stream) override { stream << m_mark + textOf(method); }
+  void encode(Method& method, std::iostream& stream) override {
+    stream << m_mark + textOf(method);
+    if (m_last) stream << *m_last;
+  }
   bool decode(std::iostream& stream, Method& method) override {
     m_decoded.assign(std::istreambuf_iterator<char>(stream), {});
+    if (m_leave) m_leave(stream);
     if (m_decoded.rfind(m_mark, 0) != 0) return false;
     return methodOf(m_decoded.substr(m_mark.size()), method);
   }
   [[nodiscard]] const std::string& decoded() const { return m_decoded; }
 
+  // What decode does to the stream at last, and a number that encode prints at last.
+  void leaveStream(std::function<void(std::iostream&)> leave) { m_leave = std::move(leave); }
+  void endReplyWith(int number) { m_last = number; }
+
  private:
   const std::string m_mark;
+  std::function<void(std::iostream&)> m_leave;
+  std::optional<int> m_last;
   std::string m_decoded;
 };
 
