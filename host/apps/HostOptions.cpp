@@ -6,6 +6,7 @@
 
 #include "control/TimeText.h"
 #include "control/UsageError.h"
+#include "platform/ShownText.h"
 #include "runtime/DefaultPaths.h"
 
 namespace host {
@@ -14,6 +15,8 @@ namespace {
 constexpr const char* kDescription =
     "Runs a telephone's clock service on this machine, under a clock of its own.";
 constexpr std::size_t kMacDigits = 12;
+constexpr std::size_t kLongestComplaint =
+    300;  // bytes of the library's words, which echo the person's
 
 // What the words say, before it is understood.
 struct Words {
@@ -126,7 +129,7 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
     app.exit(asked, out, out);
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
-    throw UsageError(std::string(error.what()) + "; see clockhost --help");
+    throw UsageError(clippedText(error.what(), kLongestComplaint) + "; see clockhost --help");
   }
   understand(texts, options);
   return options;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "control/ClockCtl.h"
+#include "platform/ShownText.h"
 #include "runtime/DefaultPaths.h"
 
 int main(int argc, char** argv) {
@@ -13,7 +14,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
     return host::runClockCtl(words, host::defaultPaths().socket, std::cout, std::cerr);
   } catch (const std::exception& error) {
-    std::cerr << "clockctl: " << error.what() << '\n';
+    std::cerr << host::errorLine("clockctl", error.what());
     return 1;
   }
 }

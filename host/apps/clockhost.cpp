@@ -9,12 +9,13 @@
 #include "apps/ClockHost.h"
 #include "apps/HostOptions.h"
 #include "control/UsageError.h"
+#include "platform/ShownText.h"
 #include "runtime/DefaultPaths.h"
 
 namespace {
 
 int say(const std::exception& error, int status) {
-  std::cerr << "clockhost: " << error.what() << '\n';
+  std::cerr << host::errorLine("clockhost", error.what());
   return status;
 }
 

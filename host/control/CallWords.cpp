@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "control/UsageError.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
@@ -16,14 +17,10 @@ std::optional<int> integer(std::string_view text) {
   return value;
 }
 
-std::string quoted(std::string_view text) {
-  return '"' + std::string(text) + '"';
-}
-
 int requiredInteger(std::string_view word, std::string_view value) {
   const std::optional<int> number = integer(value);
   if (!number) {
-    throw UsageError(quoted(word) + ": the value must be a decimal integer of 32 bits");
+    throw UsageError(quotedText(word) + ": the value must be a decimal integer of 32 bits");
   }
   return *number;
 }
@@ -42,7 +39,8 @@ void append(Method& method, const Parameter& argument) {
 Parameter parseArgument(std::string_view word) {
   const std::size_t equals = word.find('=');
   if (equals == std::string_view::npos || equals == 0 || word.front() == ':') {
-    throw UsageError(quoted(word) + " is not an argument; write NAME=VALUE, NAME:int=VALUE or " +
+    throw UsageError(quotedText(word) +
+                     " is not an argument; write NAME=VALUE, NAME:int=VALUE or " +
                      "NAME:string=VALUE");
   }
   const std::string_view left = word.substr(0, equals);
@@ -54,7 +52,7 @@ Parameter parseArgument(std::string_view word) {
   if (type == ":int") return {name, Parameter::in, requiredInteger(word, value)};
   if (type == ":string") return {name, Parameter::in, value};
   if (!type.empty()) {
-    throw UsageError(quoted(word) + ": unknown type " + quoted(type.substr(1)) +
+    throw UsageError(quotedText(word) + ": unknown type " + quotedText(type.substr(1)) +
                      "; the types are int and string");
   }
   if (const std::optional<int> number = integer(value)) return {name, Parameter::in, *number};

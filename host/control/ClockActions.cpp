@@ -9,6 +9,7 @@
 #include "control/Controller.h"
 #include "control/HostActions.h"
 #include "control/TimeText.h"
+#include "platform/ShownText.h"
 #include "runtime/Device.h"
 #include "runtime/Error.h"
 
@@ -43,7 +44,7 @@ Note changeSpeed(Controller& controller, const Json& request) {
   const std::string text = textMember(request, "speed");
   const auto speed = parseSpeed(text);
   if (!speed) {
-    throw Error('"' + text + "\" is not a speed; write " + std::string(kSpeedForms));
+    throw Error(quotedText(text) + " is not a speed; write " + std::string(kSpeedForms));
   }
   requireVirtual(controller.device().clock());
   controller.device().clock().setSpeed(*speed);
@@ -128,7 +129,7 @@ void actOnClock(Controller& controller, const Json& request, const Channel& chan
   const std::string name = textMember(request, "action");
   const auto action = std::find_if(std::begin(kActions), std::end(kActions),
                                    [&](const ClockAction& row) { return row.name == name; });
-  if (action == std::end(kActions)) throw Error("the clock has no action \"" + name + '"');
+  if (action == std::end(kActions)) throw Error("the clock has no action " + quotedText(name));
   const Note note = action->carryOut(controller, request);
   Json reply = {{"ok", true}};
   reply.update(clockState(controller));

@@ -9,6 +9,7 @@
 #include "control/RemoteMethods.h"
 #include "control/UsageError.h"
 #include "control/Verb.h"
+#include "platform/ShownText.h"
 #include "remote/RemoteClient.h"
 
 namespace host {
@@ -94,7 +95,7 @@ class Command {
     if (!reply) {
       noReply(known != nullptr
                   ? ""
-                  : "; no method \"" + name + '"' + suggestion(name, remoteMethodNames()));
+                  : "; no method " + quotedText(name) + suggestion(name, remoteMethodNames()));
     }
     print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
   }
@@ -158,7 +159,7 @@ class Command {
 };
 
 int say(std::ostream& err, const char* text, Status status) {
-  err << "clockctl: " << text << '\n';
+  err << errorLine("clockctl", text);
   return status;
 }
 

@@ -5,12 +5,15 @@
 
 #include "control/UsageError.h"
 #include "control/Verb.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kDescription = "Works a running clockhost: calls, management, clock, log.";
 constexpr double kLongestTimeout = 86400;  // seconds
+constexpr std::size_t kLongestComplaint =
+    300;  // bytes of the library's words, which echo the person's
 
 bool isFlag(const std::string& word) {
   return word == "--json" || word == "--help" || word == "-h";
@@ -84,7 +87,8 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
     out << helpText(app);
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
-    throw UsageError(std::string(error.what()) + "; `clockctl --help` lists options and verbs");
+    throw UsageError(clippedText(error.what(), kLongestComplaint) +
+                     "; `clockctl --help` lists options and verbs");
   }
   options.timeout = limitOf(timeout);
   return options;

@@ -9,6 +9,7 @@
 #include "control/LogRing.h"
 #include "control/Nearest.h"
 #include "platform/LogBook.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
@@ -42,7 +43,7 @@ class WaitingChannel : public ControlChannel {
 std::string unknownVerb(const std::string& verb) {
   std::vector<std::string_view> names;
   for (const HostAction& action : hostActions()) names.push_back(action.verb);
-  return "unknown verb \"" + verb + '"' + suggestion(verb, names);
+  return "unknown verb " + quotedText(verb) + suggestion(verb, names);
 }
 
 void carryOut(Controller& controller, const Json& request, const Channel& channel) {

@@ -5,6 +5,7 @@
 #include "control/HostActions.h"
 #include "control/LogRing.h"
 #include "control/TimeText.h"
+#include "platform/ShownText.h"
 #include "remote/ControlChannel.h"
 #include "runtime/Device.h"
 #include "runtime/Error.h"
@@ -82,7 +83,7 @@ void actOnInject(Controller& controller, const Json& request, const Channel& cha
   for (const HostAction& injection : kInjections) {
     if (injection.verb == what) return injection.carryOut(controller, request, channel);
   }
-  throw Error("nothing known as \"" + what + "\" can happen to the device");
+  throw Error("nothing known as " + quotedText(what) + " can happen to the device");
 }
 
 void actOnStatus(Controller& controller, const Json&, const Channel& channel) {

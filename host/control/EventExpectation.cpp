@@ -8,6 +8,7 @@
 #include "control/Scenario.h"
 #include "control/ScenarioDevice.h"
 #include "control/WordReader.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
@@ -60,7 +61,7 @@ WantedEvent readEvent(WordReader& words) {
   WantedEvent wanted{words.next("NAME"), {}};
   const RemoteMethod* const event = findRemoteEvent(wanted.name);
   if (event == nullptr) {
-    WordReader::fail("no event \"" + wanted.name + '"' +
+    WordReader::fail("no event " + quotedText(wanted.name) +
                      suggestion(wanted.name, remoteEventNames()));
   }
   for (const std::string& word : words.rest()) {
@@ -69,7 +70,7 @@ WantedEvent readEvent(WordReader& words) {
         std::any_of(event->request.begin(), event->request.end(),
                     [&](const MethodParameter& parameter) { return parameter.name == name; });
     if (!known) {
-      WordReader::fail('"' + name + "\" is no parameter of " + wanted.name +
+      WordReader::fail(quotedText(name) + " is no parameter of " + wanted.name +
                        suggestionFor(*event, name));
     }
     wanted.parameters.push_back(word);

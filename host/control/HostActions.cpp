@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "platform/ShownText.h"
 #include "remote/ControlChannel.h"
+#include "remote/Frame.h"
 #include "runtime/Error.h"
 
 namespace host {
@@ -17,6 +19,13 @@ constexpr HostAction kActions[] = {
 
 // Well within what a reply may be, and what a client that is slow to read may leave unread.
 constexpr std::size_t kRoomForRows = 512 * 1024;
+
+constexpr std::size_t kLongestError = 1000;  // bytes
+
+std::string tooLong(std::size_t size) {
+  return "the answer has " + std::to_string(size) + " bytes; a reply holds at most " +
+         std::to_string(kMaxPayload);
+}
 
 }  // namespace
 
@@ -47,8 +56,9 @@ Json newestThatFit(const std::vector<Json>& rows) {
 }
 
 void answer(const Channel& channel, const Json& reply) {
-  static_cast<void>(
-      channel->reply(jsonText(reply)));  // false: the client is gone, and that is that
+  const std::string text = jsonText(reply);
+  if (text.size() > kMaxPayload) return answerRefusal(channel, tooLong(text.size()));
+  static_cast<void>(channel->reply(text));  // false: the client is gone, and that is that
 }
 
 void answerDone(const Channel& channel) {
@@ -56,7 +66,7 @@ void answerDone(const Channel& channel) {
 }
 
 void answerRefusal(const Channel& channel, const std::string& error) {
-  answer(channel, {{"ok", false}, {"error", error}});
+  answer(channel, {{"ok", false}, {"error", escapedLine(clippedText(error, kLongestError))}});
 }
 
 std::string textMember(const Json& request, const char* name) {

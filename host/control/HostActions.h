@@ -39,10 +39,11 @@ void actOnSecurityLog(Controller& controller, const Json& request, const Channel
 // What `clock show` tells.
 [[nodiscard]] Json clockState(Controller& controller);
 
-// Answers. Text that is not UTF-8 goes out with U+FFFD for its wrong bytes.
+// Answers. Text that is not UTF-8 goes out with U+FFFD for its wrong bytes. An answer that no reply
+// has room for becomes a refusal that says so.
 void answer(const Channel& channel, const Json& reply);
 void answerDone(const Channel& channel);
-void answerRefusal(const Channel& channel, const std::string& error);  // one line
+void answerRefusal(const Channel& channel, const std::string& error);  // as one line
 [[nodiscard]] std::string jsonText(const Json& json);
 
 // An array of the last rows, in their order, that a reply has room for.

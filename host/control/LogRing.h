@@ -19,7 +19,7 @@ class ControlChannel;
 class LogRing : public LogSink {
  public:
   static constexpr std::size_t kKept = 1000;
-  static constexpr std::size_t kLongestText = 4096;  // bytes; what is longer is cut
+  static constexpr std::size_t kLongestText = 4096;  // bytes; what is longer is clipped
 
   void write(const LogEntry& entry) override;
 

@@ -4,6 +4,7 @@
 #include "control/HostActions.h"
 #include "control/ManagementKeys.h"
 #include "control/Nearest.h"
+#include "platform/ShownText.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
@@ -11,19 +12,19 @@
 namespace host {
 namespace {
 
-std::string quoted(const std::string& text) {
-  return '"' + text + '"';
-}
+// Bytes of a value among all the others; `get` shows it whole.
+constexpr std::size_t kLongestShown = 1024;
 
 std::string unknownKey(const std::string& key) {
-  return "no key " + quoted(key) + suggestion(key, managementKeyNames());
+  return "no key " + quotedText(key) + suggestion(key, managementKeyNames());
 }
 
 std::string whyRefused(const std::string& key, const std::string& value) {
   const ManagementKey* const row = findManagementKey(key);
   if (row == nullptr) return unknownKey(key);
-  if (!row->settable) return quoted(key) + " cannot be set";
-  return quoted(key) + " refused " + quoted(value) + "; it takes " + std::string(row->values);
+  if (!row->settable) return quotedText(key) + " cannot be set";
+  return quotedText(key) + " refused " + quotedText(value) + "; it takes " +
+         std::string(row->values);
 }
 
 // Runs the body on the management thread; the device's management outlives that thread's tasks.
@@ -38,7 +39,7 @@ Json keyRow(LocalManagement& management, const ManagementKey& row) {
   std::string value;
   const bool known = management.get(key, value);
   Json json = {{"key", key}};
-  json["value"] = known ? Json(value) : Json(nullptr);
+  json["value"] = known ? Json(clippedText(value, kLongestShown)) : Json(nullptr);
   json["settable"] = row.settable;
   json["state"] = management.itemState(key);
   return json;

@@ -16,6 +16,7 @@
 #include "control/UsageError.h"
 #include "control/Verb.h"
 #include "control/WordReader.h"
+#include "platform/ShownText.h"
 #include "services/LocalManagement.h"
 
 namespace host {
@@ -23,6 +24,7 @@ namespace {
 
 using Run = std::function<void(ScenarioDevice& device)>;
 
+// Whole: what was expected and what came may differ at their ends.
 std::string quoted(const std::string& text) {
   return '"' + text + '"';
 }
@@ -50,7 +52,7 @@ CallExpectation readCallWords(WordReader& words) {
   const std::string& name = words.next("METHOD");
   const RemoteMethod* const method = findRemoteMethod(name);
   if (method == nullptr) {
-    WordReader::fail("no method " + quoted(name) + suggestion(name, remoteMethodNames()));
+    WordReader::fail("no method " + quotedText(name) + suggestion(name, remoteMethodNames()));
   }
   std::vector<std::string> arguments;
   std::vector<std::string> wanted;
@@ -62,7 +64,7 @@ CallExpectation readCallWords(WordReader& words) {
     } else if (hasParameter(method->reply, parameter)) {
       wanted.push_back(word);
     } else {
-      WordReader::fail(quoted(parameter) + " is no parameter of " + name +
+      WordReader::fail(quotedText(parameter) + " is no parameter of " + name +
                        suggestionFor(*method, parameter));
     }
   }
@@ -229,7 +231,8 @@ Run readExpectation(std::span<const std::string> words) {
   const auto row = std::find_if(std::begin(kExpectations), std::end(kExpectations),
                                 [&](const Expectation& each) { return each.words == name; });
   if (row == std::end(kExpectations)) {
-    throw UsageError(quoted(name) + " is nothing to expect" + suggestion(name, expectationNames()));
+    throw UsageError(quotedText(name) + " is nothing to expect" +
+                     suggestion(name, expectationNames()));
   }
   WordReader reader(words.subspan(two ? 2 : 1), row->usage);
   Run run = row->read(reader);

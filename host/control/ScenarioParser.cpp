@@ -17,6 +17,7 @@
 #include "control/Verb.h"
 #include "control/WordReader.h"
 #include "platform/DataAccess.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
@@ -36,7 +37,7 @@ void readMac(WordReader& words, DeviceOptions& device) {
   const std::string& mac = words.next("the address");
   constexpr const char* kDigits = "0123456789abcdefABCDEF";
   if (mac.size() != 12 || mac.find_first_not_of(kDigits) != std::string::npos) {
-    WordReader::fail('"' + mac + "\" is no address; it has 12 hexadecimal digits");
+    WordReader::fail(quotedText(mac) + " is no address; it has 12 hexadecimal digits");
   }
   device.mac = mac;
 }
@@ -50,7 +51,7 @@ void readAt(WordReader& words, DeviceOptions& device) {
   const std::string& text = words.next("UTC");
   const auto instant = parseInstant(text);
   if (!instant) {
-    WordReader::fail('"' + text + "\" is not an instant; write " + std::string(kInstantForms));
+    WordReader::fail(quotedText(text) + " is not an instant; write " + std::string(kInstantForms));
   }
   device.at = longInstantText(*instant);
 }
@@ -122,7 +123,7 @@ Run readStore(std::span<const std::string> words) {
 }
 
 Run alone(std::span<const std::string> words, void (ScenarioDevice::*act)()) {
-  if (words.size() != 1) throw UsageError('"' + words[1] + "\" is one word too many");
+  if (words.size() != 1) throw UsageError(quotedText(words[1]) + " is one word too many");
   return [act](ScenarioDevice& device) { (device.*act)(); };
 }
 
@@ -131,7 +132,7 @@ void requireKnown(const std::string& word) {
   std::vector<std::string_view> names(std::begin(kSteps), std::end(kSteps));
   for (const SetupLine& line : kSetup) names.push_back(line.word);
   for (const Verb& verb : verbs()) names.push_back(verb.name);
-  throw UsageError("nothing is known as \"" + word + '"' + suggestion(word, names));
+  throw UsageError("nothing is known as " + quotedText(word) + suggestion(word, names));
 }
 
 // Reads line after line. Throws UsageError for one that is wrong.
@@ -153,8 +154,8 @@ class Parser {
                                    [&](const auto& row) { return row.word == words.front(); });
     if (line == std::end(kSetup)) return false;
     if (m_started) {
-      throw UsageError('"' + words.front() + "\" is about a device that is not on yet; put it " +
-                       "before the first step");
+      throw UsageError(quotedText(words.front()) +
+                       " is about a device that is not on yet; put it " + "before the first step");
     }
     WordReader reader(words.subspan(1), line->usage);
     line->read(reader, m_scenario.device);

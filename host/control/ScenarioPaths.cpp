@@ -1,13 +1,15 @@
 #include "control/ScenarioPaths.h"
 
 #include "control/UsageError.h"
+#include "platform/ShownText.h"
 
 namespace host {
 
 void requireDevicePath(const std::string& path) {
   const bool inside = path.starts_with("/data/") || path.starts_with("/tmp/votk/");
   if (!inside || path.ends_with('/') || path.find("/..") != std::string::npos) {
-    throw UsageError('"' + path + "\" is no file of the device; it is below /data/ or /tmp/votk/");
+    throw UsageError(quotedText(path) +
+                     " is no file of the device; it is below /data/ or /tmp/votk/");
   }
 }
 

@@ -5,19 +5,9 @@
 
 #include "control/Scenario.h"
 #include "control/ScenarioDevice.h"
+#include "platform/ShownText.h"
 
 namespace host {
-namespace {
-
-// The text stays one line, whatever came.
-std::string oneLine(std::string text) {
-  for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) {
-    text.replace(at, 1, "\\n");
-  }
-  return text;
-}
-
-}  // namespace
 
 ScenarioRunner::ScenarioRunner(Plugin& plugin, std::ostream& errors)
     : m_plugin(plugin), m_errors(errors) {}
@@ -25,7 +15,7 @@ ScenarioRunner::ScenarioRunner(Plugin& plugin, std::ostream& errors)
 ScenarioRunner::Status ScenarioRunner::run(const std::filesystem::path& file) {
   std::ifstream text(file);
   if (!text || std::filesystem::is_directory(file)) {
-    m_errors << file.string() << ": cannot be read; a scenario is a text file\n";
+    m_errors << escapedLine(file.string()) << ": cannot be read; a scenario is a text file\n";
     return wrongFile;
   }
   int line = 0;
@@ -38,10 +28,11 @@ ScenarioRunner::Status ScenarioRunner::run(const std::filesystem::path& file) {
     }
     return passed;
   } catch (const ScenarioTextError& error) {
-    m_errors << file.string() << ':' << oneLine(error.what()) << '\n';
+    m_errors << escapedLine(file.string()) << ':' << escapedLine(error.what()) << '\n';
     return wrongFile;
   } catch (const std::exception& error) {
-    m_errors << file.string() << ':' << line << ": " << oneLine(error.what()) << '\n';
+    m_errors << escapedLine(file.string()) << ':' << line << ": " << escapedLine(error.what())
+             << '\n';
     return failed;
   }
 }

@@ -6,6 +6,8 @@
 #include <ostream>
 #include <string>
 
+#include "platform/ShownText.h"
+
 namespace host {
 namespace {
 
@@ -28,7 +30,7 @@ std::string oneLine(const std::string& text) {
 
 // What does not fit its column of a table; `get` shows it whole.
 std::string clipped(const std::string& text, std::size_t width) {
-  return text.size() <= width ? text : text.substr(0, width - 3) + "...";
+  return text.size() <= width ? text : std::string(beginningOf(text, width - 3)) + "...";
 }
 
 std::string padded(std::string text, std::size_t width) {

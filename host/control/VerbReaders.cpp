@@ -8,13 +8,10 @@
 #include "control/ReadyMadeJump.h"
 #include "control/TimeText.h"
 #include "control/WordReader.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
-
-std::string quoted(const std::string& text) {
-  return '"' + text + '"';
-}
 
 // JSON carries UTF-8 and nothing else, and so do the values behind it.
 const std::string& text(WordReader& words, std::string_view what) {
@@ -30,7 +27,7 @@ const std::string& text(WordReader& words, std::string_view what) {
 void readSpeed(WordReader& words, Json& request) {
   const std::string& word = words.next("X");
   if (!parseSpeed(word)) {
-    WordReader::fail("clock speed: " + quoted(word) + " is not a speed; write " +
+    WordReader::fail("clock speed: " + quotedText(word) + " is not a speed; write " +
                      std::string(kSpeedForms));
   }
   request["speed"] = word;
@@ -40,7 +37,7 @@ void readAdvance(WordReader& words, Json& request) {
   const std::string word = words.restAsText();
   const auto duration = parseDuration(word);
   if (!duration) {
-    WordReader::fail("clock advance: " + quoted(word) + " is not a duration; write " +
+    WordReader::fail("clock advance: " + quotedText(word) + " is not a duration; write " +
                      std::string(kDurationForms));
   }
   request["seconds"] = duration->count();
@@ -50,7 +47,7 @@ void readJump(WordReader& words, Json& request) {
   const std::string word = words.restAsText();
   const auto instant = parseInstant(word);
   if (!instant) {
-    WordReader::fail("clock jump: " + quoted(word) + " is not an instant; write " +
+    WordReader::fail("clock jump: " + quotedText(word) + " is not an instant; write " +
                      std::string(kInstantForms));
   }
   request["seconds"] = instant->count();

@@ -7,6 +7,7 @@
 #include "control/VerbPrinters.h"
 #include "control/VerbReaders.h"
 #include "control/WordReader.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
@@ -62,7 +63,8 @@ Json requestOf(std::span<const std::string> words) {
   if (words.empty()) throw UsageError("a verb is missing; `clockctl --help` lists them");
   const Verb* const verb = findVerb(words.front());
   if (verb == nullptr) {
-    throw UsageError("unknown verb \"" + words.front() + '"' + suggestion(words.front(), kNames));
+    throw UsageError("unknown verb " + quotedText(words.front()) +
+                     suggestion(words.front(), kNames));
   }
   Json request;
   request["verb"] = verb->name;

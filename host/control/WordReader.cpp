@@ -5,13 +5,10 @@
 
 #include "control/Nearest.h"
 #include "control/UsageError.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
-
-std::string quoted(std::string_view text) {
-  return '"' + std::string(text) + '"';
-}
 
 std::string listed(std::span<const std::string_view> words) {
   std::string list;
@@ -37,7 +34,7 @@ const std::string& WordReader::choice(std::string_view what,
   if (done()) fail(std::string(what) + " is missing: " + listed(choices));
   const std::string& word = m_words[m_next++];
   if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
-    fail(quoted(word) + " is not " + listed(choices) + suggestion(word, choices));
+    fail(quotedText(word) + " is not " + listed(choices) + suggestion(word, choices));
   }
   return word;
 }
@@ -48,7 +45,7 @@ int WordReader::integer(std::string_view what) {
   const char* const end = word.data() + word.size();
   const auto [stop, error] = std::from_chars(word.data(), end, value);
   if (word.empty() || error != std::errc() || stop != end) {
-    fail(quoted(word) + " is not a number; " + std::string(what) +
+    fail(quotedText(word) + " is not a number; " + std::string(what) +
          " is a decimal integer of 32 bits");
   }
   return value;
@@ -76,7 +73,7 @@ std::string WordReader::restAsText() {
 }
 
 void WordReader::end() const {
-  if (!done()) failWithUsage(quoted(m_words[m_next]) + " is one word too many");
+  if (!done()) failWithUsage(quotedText(m_words[m_next]) + " is one word too many");
 }
 
 void WordReader::fail(const std::string& message) {

@@ -3,41 +3,14 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "platform/Utf8.h"
+
 namespace host {
 namespace {
 
-// The sequences of UTF-8 by their length: lead byte and smallest character.
-struct Sequence {
-  std::size_t length;
-  std::uint32_t first;  // a smaller one is written too long
-  unsigned char mask, lead;
-};
-constexpr Sequence kSequences[] = {
-    {1, 0, 0x80, 0x00}, {2, 0x80, 0xE0, 0xC0}, {3, 0x800, 0xF0, 0xE0}, {4, 0x10000, 0xF8, 0xF0}};
-
 bool isXmlCharacter(std::uint32_t c) {
   if (c < 0x20) return c == '\t' || c == '\n' || c == '\r';
-  const bool surrogate = c >= 0xD800 && c <= 0xDFFF;
-  return !surrogate && c != 0xFFFE && c != 0xFFFF && c <= 0x10FFFF;
-}
-
-unsigned char byteAt(const std::string& text, std::size_t at) {
-  return static_cast<unsigned char>(text[at]);
-}
-
-// The length of the XML character at `at`; 0: there is none.
-std::size_t characterLength(const std::string& text, std::size_t at) {
-  const unsigned char lead = byteAt(text, at);
-  const auto* kind = std::find_if(std::begin(kSequences), std::end(kSequences),
-                                  [=](const Sequence& s) { return (lead & s.mask) == s.lead; });
-  if (kind == std::end(kSequences) || text.size() - at < kind->length) return 0;
-  std::uint32_t character = lead & static_cast<unsigned char>(~kind->mask);
-  for (std::size_t i = 1; i < kind->length; ++i) {
-    const unsigned char next = byteAt(text, at + i);
-    if ((next & 0xC0U) != 0x80U) return 0;
-    character = (character << 6U) | (next & 0x3FU);
-  }
-  return character >= kind->first && isXmlCharacter(character) ? kind->length : 0;
+  return c != 0xFFFE && c != 0xFFFF;
 }
 
 bool isLetter(char c) {
@@ -52,9 +25,9 @@ bool isNameCharacter(char c) {
 
 bool isXmlText(const std::string& text) {
   for (std::size_t at = 0; at < text.size();) {
-    const std::size_t length = characterLength(text, at);
-    if (length == 0) return false;
-    at += length;
+    const Utf8Character character = utf8CharacterAt(text, at);
+    if (character.length == 0 || !isXmlCharacter(character.code)) return false;
+    at += character.length;
   }
   return true;
 }

@@ -38,6 +38,19 @@ TEST(VerbPrinters, KeysAsATable) {
             "x                                                     no        0\n");
 }
 
+TEST(VerbPrinters, LongValuesFillTheirColumnAndNoMore) {
+  const auto value = [](const std::string& text) {
+    const Json answer = {{"keys", {{{"key", "k"}, {"value", text}, {"state", 0}}}}};
+    const std::string table = printed(printKeys, answer.dump().c_str());
+    return table.substr(table.find('\n') + 1 + 26);
+  };
+  EXPECT_EQ(value(std::string(27, 'x')), std::string(27, 'x') + " no        0\n");
+  EXPECT_EQ(value(std::string(28, 'x')), std::string(24, 'x') + "... no        0\n");
+  EXPECT_EQ(value(std::string(23, 'x') + "\xC3\xBC___"),
+            std::string(23, 'x') + "...  no        0\n");
+  EXPECT_EQ(value("two\nlines"), "\"two\\nlines\"" + std::string(16, ' ') + "no        0\n");
+}
+
 TEST(VerbPrinters, LogEntriesAreOneLineEach) {
   const char* const entry =
       R"({"number":1,"time":"2016-06-16T00:00:00Z","level":5,"component":"ClockService",

@@ -1,0 +1,157 @@
+// What the host answers to get, set, keys, log and security-log when keys and values are long, or
+// are no text at all: one line that can be read, in a reply that reaches the client.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "Logging.h"
+#include "ManageableData.h"
+#include "MgmtAgentIfc.h"
+#include "clock/VirtualClock.h"
+#include "control/HostActions.h"
+#include "control/ManagementKeys.h"
+#include "control/ScenarioDevice.h"
+#include "host/control/NotingChannel.h"
+#include "platform/ShownText.h"
+#include "remote/Frame.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "services/LocalManagement.h"
+#include "services/SecurityLog.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
+constexpr std::size_t kLongestError = 1200;  // bytes: a few lines of a terminal
+
+// A clock whose every key has the value that the test wants.
+class PlayedClock final : public MgmtAgentIfc {
+ public:
+  bool setData(ManageableData& record) override {
+    return record.interogate(record.getRootId(), value);
+  }
+  bool getData(ManageableData& record) override {
+    record.populate(record.getRootId(), value);
+    return true;
+  }
+  void manageableDataChanged(ManageableData& /*record*/) override {}
+  bool resetUserData() override { return false; }
+
+  std::string value;
+};
+
+// A telephone with the built plug-in, powered on.
+class ManagedTelephone : public ::testing::Test {
+ protected:
+  Json set(const std::string& key, const std::string& value) {
+    return telephone.request({{"verb", "set"}, {"key", key}, {"value", value}});
+  }
+  Json get(const std::string& key) { return telephone.request({{"verb", "get"}, {"key", key}}); }
+
+  // Lets the test answer in the place of the clock.
+  void playTheClock(const std::string& value) {
+    played.value = value;
+    ASSERT_TRUE(telephone.device().management().registerAgent("ClockMgmtId", &played));
+  }
+
+  PlayedClock played;
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+};
+
+std::string errorOf(const Json& answer) {
+  EXPECT_EQ(answer.at("ok"), false);
+  const std::string error = answer.value("error", std::string());
+  EXPECT_LE(error.size(), kLongestError);
+  EXPECT_EQ(escapedLine(error), error);
+  return error;
+}
+
+TEST_F(ManagedTelephone, ClipsTheKeyThatItDoesNotKnow) {
+  const std::string key(kMebibyte, 'k');
+  const std::string start = "no key \"" + std::string(80, 'k') + "...\" (1048576 bytes); did you";
+  EXPECT_EQ(errorOf(get(key)).substr(0, start.size()), start);
+  EXPECT_EQ(errorOf(set(key, "1")).substr(0, start.size()), start);
+}
+
+TEST_F(ManagedTelephone, ClipsTheValueThatItRefuses) {
+  EXPECT_EQ(errorOf(set("daylight-save", std::string(kMebibyte, 'v'))),
+            "\"daylight-save\" refused \"" + std::string(80, 'v') +
+                "...\" (1048576 bytes); it takes true or false");
+}
+
+TEST_F(ManagedTelephone, RefusesInOneLineWhateverTheWordsHold) {
+  EXPECT_EQ(errorOf(set("daylight-save", "y\ne\x1b[1ms")),
+            "\"daylight-save\" refused \"y\\ne\\x1B[1ms\"; it takes true or false");
+  EXPECT_EQ(errorOf(get("a\nb")).substr(0, 15), "no key \"a\\nb\"; ");
+  EXPECT_EQ(errorOf(telephone.request({{"verb", "x\ny"}})).substr(0, 21),
+            "unknown verb \"x\\ny\"; ");
+  EXPECT_EQ(errorOf(telephone.request({{"verb", "inject"}, {"what", "r\n"}})),
+            "nothing known as \"r\\n\" can happen to the device");
+}
+
+TEST(Refusal, IsOneShortLineWhateverItIsMadeOf) {
+  const auto channel = std::make_shared<NotingChannel>();
+  answerRefusal(channel, "a\nb\xff" + std::string(kMebibyte, 'x'));
+  ASSERT_EQ(channel->replies.size(), 1U);
+  EXPECT_EQ(errorOf(Json::parse(channel->replies[0])),
+            "a\\nb\\xFF" + std::string(996, 'x') + "... (1048580 bytes)");
+}
+
+TEST_F(ManagedTelephone, SaysThatAValueIsTooLongForAReply) {
+  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
+  const std::string error = errorOf(get("ntp-secret"));
+  EXPECT_EQ(error, "the answer has 1048617 bytes; a reply holds at most 1048571");
+}
+
+TEST_F(ManagedTelephone, AnswersWithTheLongestValueThatAReplyHolds) {
+  const std::size_t around = jsonText({{"ok", true}, {"key", "ntp-secret"}, {"value", ""}}).size();
+  const std::string longest(kMaxPayload - around, 's');
+  ASSERT_EQ(set("ntp-secret", longest).at("ok"), true);
+  EXPECT_EQ(get("ntp-secret").at("value"), longest);
+  ASSERT_EQ(set("ntp-secret", longest + 's').at("ok"), true);
+  EXPECT_EQ(get("ntp-secret").at("ok"), false);
+}
+
+TEST_F(ManagedTelephone, ListsItsKeysWithLongValuesClipped) {
+  const std::string longest(1024, 's');
+  ASSERT_EQ(set("ntp-secret", longest).at("ok"), true);
+  EXPECT_EQ(telephone.request({{"verb", "keys"}}).at("keys")[6].at("value"), longest);
+  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
+  const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
+  ASSERT_EQ(keys.size(), 16U);
+  EXPECT_EQ(keys[6].at("value"), longest + "... (1048576 bytes)");
+}
+
+TEST_F(ManagedTelephone, ListsItsSecurityLogWithLongTextsClipped) {
+  ASSERT_EQ(set("date-format", "1").at("ok"), true);
+  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
+  const Json answer = telephone.request({{"verb", "security-log"}});
+  ASSERT_EQ(answer.at("records").size(), 2U);
+  EXPECT_EQ(answer.at("records")[0].at("text"), "ClockSettings set data date-format(1)");
+  const std::string text = answer.at("records")[1].at("text");
+  EXPECT_EQ(text.substr(4096), "... (1048611 bytes)");
+}
+
+TEST_F(ManagedTelephone, ShowsBytesThatAreNoTextAsReplacementCharacters) {
+  playTheClock("a\xff\xc3z");
+  EXPECT_EQ(get("time").at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
+  for (const Json& row : telephone.request({{"verb", "keys"}}).at("keys"))
+    EXPECT_EQ(row.at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
+}
+
+TEST_F(ManagedTelephone, ShowsLogsWhoseTextsAreNoText) {
+  telephone.device().securityLog().record(1, 4, 1, 5, 3, true, "k\xff(v\xff)", "\xff", "\xff");
+  logAppUni("k\xff", 2, "f\xff", 1, "%s", "v\xff");
+  const Json records = telephone.request({{"verb", "security-log"}}).at("records");
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_EQ(records[0].at("text"), "k\xEF\xBF\xBD(v\xEF\xBF\xBD)");
+  const Json entries = telephone.request({{"verb", "log"}}).at("entries");
+  EXPECT_EQ(entries.back().at("text"), "v\xEF\xBF\xBD");
+  EXPECT_EQ(entries.back().at("component"), "k\xEF\xBF\xBD");
+}
+
+}  // namespace
+}  // namespace host
