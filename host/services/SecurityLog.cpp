@@ -1,7 +1,9 @@
 #include "services/SecurityLog.h"
 
 #include <algorithm>
+#include <array>
 
+#include "platform/ShownText.h"
 #include "services/SqliteDatabase.h"
 #include "services/SqliteStatement.h"
 
@@ -18,6 +20,10 @@ CREATE TABLE record(
   failure INTEGER NOT NULL, text TEXT NOT NULL, subject TEXT NOT NULL, origin TEXT NOT NULL) STRICT;
 CREATE TRIGGER record_is_new BEFORE INSERT ON record
   WHEN EXISTS (SELECT 1 FROM record WHERE number = NEW.number)
+  BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
+CREATE TRIGGER record_is_next AFTER INSERT ON record
+  WHEN NEW.number <> (SELECT max(number) FROM record) OR
+       NEW.number <> 1 AND NOT EXISTS (SELECT 1 FROM record WHERE number = NEW.number - 1)
   BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
 CREATE TRIGGER record_is_final BEFORE UPDATE ON record
   BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
@@ -84,9 +90,10 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   for (const int number : {facility, severity, eventClass, eventCode, failure ? 1 : 0}) {
     m_insert->bind(++index, static_cast<std::int64_t>(number));
   }
-  for (const std::string* const words : {&text, &subject, &origin}) {
-    m_insert->bind(++index, *words);
-  }
+  const std::array<std::string, 3> words = {clippedText(text, kLongestText),
+                                            clippedText(subject, kLongestText),
+                                            clippedText(origin, kLongestText)};
+  for (const std::string& word : words) m_insert->bind(++index, word);
   const bool written = m_insert->run();
   if (!written && !m_failing) m_database->logFailure("writing");
   m_failing = !written;

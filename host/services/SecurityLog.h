@@ -32,8 +32,8 @@ struct SecurityRecord {
 };
 
 // The device's security log, in the file security.db of the state folder: append-only, also for
-// other programs, and bounded to the newest kBound records. A record is not synced on its own: it
-// survives the end of the process, not always a loss of power.
+// other programs, and bounded to the newest kBound records, with texts clipped at kLongestText. A
+// record is not synced on its own: it survives the end of the process, not always a loss of power.
 // Owner: the device. Thread: any. Failure: a record that could not be written is logged and lost; a
 // damaged file is set aside as security.db.damaged-N.
 class SecurityLog : public Executable, public SecurityLogServiceIfc {
@@ -41,6 +41,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   static constexpr const char* kFileName = "security.db";
   static constexpr int kVersion = 1;  // on disk: pragma user_version
   static constexpr std::int64_t kBound = 10'000;
+  static constexpr std::size_t kLongestText = 4096;  // bytes
 
   SecurityLog();  // in memory
   // Throws host::Error as SqliteDataAccess does.

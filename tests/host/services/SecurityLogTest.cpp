@@ -99,6 +99,67 @@ TEST_F(SecurityLogFile, OtherProgramsCanNeitherChangeNorDeleteARecord) {
   EXPECT_EQ(SecurityLog(folder.path()).list(10).size(), 2U);
 }
 
+// A number far ahead would have every record in the file count as one that the bound takes.
+TEST_F(SecurityLogFile, OtherProgramsCanOnlyAppendTheNextNumber) {
+  {
+    SecurityLog security(folder.path());
+    for (const char* const text : {"a", "b", "c"}) record(security, text);
+  }
+  const auto insert = [this](const std::string& how, const std::string& number) {
+    return runSql(file(),
+                  how + " INTO record VALUES(" + number + ", 1, 4, 1, 5, 3, 0, 'x', '', '')");
+  };
+  const std::string refusal = "the security log is append-only";
+  for (const char* const how : {"INSERT", "INSERT OR IGNORE", "INSERT OR FAIL", "REPLACE"})
+    for (const char* const number :
+         {"5", "20000", "9223372036854775807", "0", "-1", "-9223372036854775808"})
+      EXPECT_EQ(insert(how, number), refusal) << how << ' ' << number;
+  EXPECT_EQ(insert("INSERT", "4"), "");
+  EXPECT_EQ(insert("INSERT", "NULL"), "");
+  SecurityLog security(folder.path());
+  record(security, "d");
+  const auto records = security.list(10);
+  ASSERT_EQ(records.size(), 6U);
+  EXPECT_EQ(records[0].text, "a");
+  EXPECT_EQ(records[5].number, 6);
+}
+
+TEST_F(SecurityLogFile, FirstRecordOfAllIsNumberOne) {
+  { const SecurityLog security(folder.path()); }
+  EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(2, 1, 4, 1, 5, 3, 0, 'x', '', '')"),
+            "the security log is append-only");
+  EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(1, 1, 4, 1, 5, 3, 0, 'x', '', '')"), "");
+}
+
+TEST_F(SecurityLogFile, RecordThatTheBoundHasTakenIsNotWrittenAnew) {
+  {
+    SecurityLog security(folder.path());
+    for (std::int64_t i = 0; i <= SecurityLog::kBound; ++i) record(security, "x");
+  }
+  EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(1, 1, 4, 1, 5, 3, 0, 'x', '', '')"),
+            "the security log is append-only");
+  EXPECT_EQ(SecurityLog(folder.path()).dropped(), 1);
+}
+
+TEST_F(SecurityLogFile, LongTextsAreClippedAndSaySo) {
+  SecurityLog security(folder.path());
+  const std::string longest(SecurityLog::kLongestText, 'x');
+  security.record(1, 4, 1, 5, 3, false, longest, longest + "y", longest + "yz");
+  const auto records = security.list(1);
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_EQ(records[0].text, longest);
+  EXPECT_EQ(records[0].subject, longest + "... (4097 bytes)");
+  EXPECT_EQ(records[0].origin, longest + "... (4098 bytes)");
+}
+
+TEST_F(SecurityLogFile, KeepsTextsOfAnyBytes) {
+  SecurityLog security(folder.path());
+  const std::string bytes("a\0b\xFF\n", 5);
+  record(security, bytes);
+  ASSERT_EQ(security.list(1).size(), 1U);
+  EXPECT_EQ(security.list(1)[0].text, bytes);
+}
+
 TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
   SecurityLog security(folder.path());
   record(security, "a");
