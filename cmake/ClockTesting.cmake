@@ -14,6 +14,26 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(CLOCK_TEST_TIMEOUT 60 CACHE STRING "Time limit of one test")
 set(CLOCK_PROGRAM_TIMEOUT 600 CACHE STRING "Time limit of a test program")
 
+# Test code is built without optimisation, which halves its build and shows a debugger every variable.
+# What it tests keeps the options of the build.
+set(CLOCK_TEST_OPTIONS -O0)
+
+# GoogleTest's headers are precompiled by the first test program, and the others use them. ccache
+# compares a precompiled header by the folder it was made in, and is quicker without.
+option(CLOCK_PRECOMPILED_TESTS "Precompile GoogleTest's headers; not done with ccache" ON)
+function(clock_use_precompiled_headers target)
+  if(NOT CLOCK_PRECOMPILED_TESTS OR CMAKE_CXX_COMPILER_LAUNCHER)
+    return()
+  endif()
+  get_property(owner GLOBAL PROPERTY CLOCK_PRECOMPILED_HEADERS)
+  if(owner)
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+  else()
+    target_precompile_headers(${target} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
+    set_property(GLOBAL PROPERTY CLOCK_PRECOMPILED_HEADERS ${target})
+  endif()
+endfunction()
+
 # clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL])
 #   LIBS    object libraries and others; GoogleTest, GoogleMock and their main are always there
 #   LABEL   the layer: unit, plugin, host, integration, ... ("./dev test -L unit")
@@ -27,7 +47,9 @@ function(clock_add_test)
   set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY
                                                 ${CMAKE_BINARY_DIR}/bin/tests)
   target_include_directories(${TEST_NAME} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  target_compile_options(${TEST_NAME} PRIVATE ${CLOCK_TEST_OPTIONS})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_LIBS} GTest::gmock_main)
+  clock_use_precompiled_headers(${TEST_NAME})
   set(properties LABELS ${TEST_LABEL})
   if(TEST_SERIAL)
     list(APPEND properties RESOURCE_LOCK processes)
