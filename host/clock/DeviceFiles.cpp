@@ -45,8 +45,10 @@ Result onHostPath(const char* path, Result failed, Call call) {
   return call(path == nullptr ? nullptr : mapped.c_str());
 }
 
-constexpr bool takesMode(int flags) {
-  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+// The mode that follows the flags, which is only there when a file may come into being.
+mode_t modeAfter(int flags, va_list rest) {
+  const bool given = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+  return given ? va_arg(rest, mode_t) : 0;
 }
 
 }  // namespace
@@ -55,25 +57,19 @@ extern "C" {
 
 int open(const char* path, int flags, ...) {
   static const auto real = next(__interceptor_open, "open");
-  mode_t mode = 0;
-  if (takesMode(flags)) {
-    va_list rest;
-    va_start(rest, flags);
-    mode = va_arg(rest, mode_t);
-    va_end(rest);
-  }
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = modeAfter(flags, rest);
+  va_end(rest);
   return onHostPath(path, -1, [&](const char* mapped) { return real(mapped, flags, mode); });
 }
 
 int open64(const char* path, int flags, ...) {
   static const auto real = next(__interceptor_open64, "open64");
-  mode_t mode = 0;
-  if (takesMode(flags)) {
-    va_list rest;
-    va_start(rest, flags);
-    mode = va_arg(rest, mode_t);
-    va_end(rest);
-  }
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = modeAfter(flags, rest);
+  va_end(rest);
   return onHostPath(path, -1, [&](const char* mapped) { return real(mapped, flags, mode); });
 }
 

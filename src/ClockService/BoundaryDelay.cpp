@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "LocalTime.h"
 #include "Saturate.h"
 
 namespace {
@@ -10,12 +11,6 @@ constexpr int secondsPerMinute = 60;
 constexpr int secondsPerHour = 3600;
 constexpr int secondsPerDay = 86400;
 constexpr std::int64_t millisecondsPerSecond = 1000;
-
-tm localTime(time_t now) {
-  tm local{};
-  localtime_r(&now, &local);
-  return local;
-}
 
 // mktime fails beyond 2038 where time_t has 32 bits. The boundary is then where it would be on a
 // day without a change of the clock, so that no timer is due at once and over again.

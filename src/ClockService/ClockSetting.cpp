@@ -11,6 +11,7 @@
 #include "ClockServiceDataHandler.h"
 #include "DevicePaths.h"
 #include "LocalMgmtIfc.h"
+#include "LocalTime.h"
 #include "Log.h"
 #include "ManageableData.h"
 #include "ManagementKeyNames.h"
@@ -30,12 +31,6 @@ constexpr int lastShortYear = 99;
 constexpr int centuryOfShortYears = 2000;
 
 constexpr std::size_t utcStringLength = 25;
-
-tm localTime(time_t seconds) {
-  tm local{};
-  localtime_r(&seconds, &local);
-  return local;
-}
 
 struct CloseFile {
   void operator()(FILE* file) const { std::fclose(file); }

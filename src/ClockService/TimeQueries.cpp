@@ -7,6 +7,7 @@
 #include "ClockServiceDataHandler.h"
 #include "ClockUtils.h"
 #include "DisplayText.h"
+#include "LocalTime.h"
 #include "Log.h"
 #include "Saturate.h"
 
@@ -14,12 +15,6 @@ namespace {
 
 constexpr int epochYearOfTm = 1900;
 constexpr int softwareTypeQex = 2;
-
-tm localTime(time_t seconds) {
-  tm local{};
-  localtime_r(&seconds, &local);
-  return local;
-}
 
 }  // namespace
 

@@ -5,8 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "SteppedTime.h"
-#include "TimerOwner.h"
+#include "ClockUnderTest.h"
 #include "clock/VirtualClock.h"
 
 namespace {
@@ -17,17 +16,8 @@ using Ids = std::vector<int>;
 using Nanoseconds = VirtualClock::Nanoseconds;
 using Notes = std::vector<TimerOwner::Note>;
 
-class DrivenClock : public testing::Test {
+class DrivenClock : public ClockUnderTest {
  protected:
-  SteppedTime m_real;
-  VirtualClock m_clock{m_real.clock()};
-  TimerOwner m_owner{m_clock};
-
-  int startedTimer(Nanoseconds period) {
-    const int id = m_clock.createTimer(m_owner, period);
-    m_clock.startTimer(id);
-    return id;
-  }
   // Starts each timer again as it comes.
   void repeat() {
     m_owner.then = [this](int timer) { m_clock.startTimer(timer); };

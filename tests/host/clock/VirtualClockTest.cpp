@@ -8,8 +8,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "SteppedTime.h"
-#include "TimerOwner.h"
+#include "ClockUnderTest.h"
 
 namespace {
 
@@ -19,19 +18,7 @@ using Nanoseconds = VirtualClock::Nanoseconds;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// A clock on real time that the test lets pass.
-class RunningClock : public testing::Test {
- protected:
-  SteppedTime m_real;
-  VirtualClock m_clock{m_real.clock()};
-  TimerOwner m_owner{m_clock};
-
-  int startedTimer(Nanoseconds period) {
-    const int timer = m_clock.createTimer(m_owner, period);
-    m_clock.startTimer(timer);
-    return timer;
-  }
-};
+using RunningClock = ClockUnderTest;
 
 TEST(VirtualClock, StartsPausedAtTheEpoch) {
   const VirtualClock clock;

@@ -3,26 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <functional>
 
 #include "Invoker.h"
 #include "Proxy.h"
 #include "Service.h"
 #include "host/runtime/TestPlugins.h"
-#include "runtime/Error.h"
+#include "support/ErrorOf.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
-
-std::string errorOf(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "";
-}
 
 std::string loadingError(const std::filesystem::path& file) {
   return errorOf([&] { const Plugin plugin(file); });

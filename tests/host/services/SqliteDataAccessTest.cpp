@@ -5,13 +5,12 @@
 
 #include <atomic>
 #include <cerrno>
-#include <functional>
 #include <thread>
 #include <vector>
 
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
-#include "runtime/Error.h"
+#include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
@@ -21,15 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kSchema = "ClockSettings";
-
-std::string errorOf(const std::function<void()>& body) {
-  try {
-    body();
-  } catch (const Error& error) {
-    return error.what();
-  }
-  return "";
-}
 
 class SettingsStore : public ::testing::Test {
  protected:

@@ -2,6 +2,7 @@
 
 #include "simulation/model/ClockModel.h"
 
+#include "simulation/ManagementKeys.h"
 #include "simulation/model/Texts.h"
 #include "simulation/model/ZoneTable.h"
 
@@ -11,24 +12,6 @@ namespace {
 std::string number(const char* label, std::int64_t value) {
   return std::string(label) + std::to_string(value);
 }
-
-// The management keys, as a person would list them.
-constexpr const char* kKeys[] = {"time",
-                                 "simple-time",
-                                 "simple-date",
-                                 "date-format",
-                                 "time-format",
-                                 "sntp-addr",
-                                 "ntp-secret",
-                                 "sntp-tz-offset",
-                                 "daylight-save",
-                                 "daylight-save-minutes",
-                                 "time-source",
-                                 "daylight-save-zone-list",
-                                 "daylight-save-zone-index",
-                                 "daylight-save-zone-text",
-                                 "daylight-save-zone-id",
-                                 "auto-daylight-save"};
 
 }  // namespace
 
@@ -135,7 +118,8 @@ Lines ClockModel::snapshot() const {
               number("wall ", wallMs()),
               "TZ " + m_tz,
               "script " + m_script};
-  for (const char* const key : kKeys) lines.push_back(std::string(key) + " " + *value(key));
+  for (const char* const key : kManagementKeys)
+    lines.push_back(std::string(key) + " " + *value(key));
   return lines;
 }
 

@@ -13,6 +13,7 @@
 #include "ManageableData.h"
 #include "clock/VirtualClock.h"
 #include "runtime/HostContext.h"
+#include "simulation/ManagementKeys.h"
 #include "simulation/world/DeviceParts.h"
 #include "simulation/world/World.h"
 
@@ -43,23 +44,6 @@ void startProcess() {
   tzset();
   deviceParts().random.seed(1);
 }
-
-constexpr const char* kKeys[] = {"time",
-                                 "simple-time",
-                                 "simple-date",
-                                 "date-format",
-                                 "time-format",
-                                 "sntp-addr",
-                                 "ntp-secret",
-                                 "sntp-tz-offset",
-                                 "daylight-save",
-                                 "daylight-save-minutes",
-                                 "time-source",
-                                 "daylight-save-zone-list",
-                                 "daylight-save-zone-index",
-                                 "daylight-save-zone-text",
-                                 "daylight-save-zone-id",
-                                 "auto-daylight-save"};
 
 }  // namespace
 
@@ -180,7 +164,7 @@ Lines World::snapshot() {
               number("wall ", wall.count()),
               "TZ " + zoneInForce(),
               "script " + contentOf("state/setupTZ.sh")};
-  for (const char* const key : kKeys) lines.push_back(std::string(key) + " " + get(key));
+  for (const char* const key : kManagementKeys) lines.push_back(std::string(key) + " " + get(key));
   m_journal.mute(false);
   return lines;
 }
