@@ -22,8 +22,6 @@
 
 namespace {
 
-constexpr int epochYearOfTm = 1900;
-
 // Years that 32-bit seconds since 1970 can hold, and how two digits are meant.
 constexpr int firstYear = 1970;
 constexpr unsigned int yearsAfterFirst = 67;

@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr int epochYearOfTm = 1900;
 constexpr int softwareTypeQex = 2;
 
 }  // namespace
