@@ -1,0 +1,63 @@
+// A resolver that does not answer: whoever looks a name up waits two seconds for it and no more.
+
+#include <gtest/gtest.h>
+#include <netdb.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+#include "NetHelper.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// Where a lookup waits until the test is over.
+struct Resolver {
+  std::mutex mutex;  // guards what follows
+  std::condition_variable changed;
+  bool answering = false;
+  bool answered = false;
+};
+
+Resolver& resolver() {
+  static Resolver& one = *new Resolver;  // the thread that asks may outlive every other object
+  return one;
+}
+
+int answerLate() {
+  std::unique_lock lock(resolver().mutex);
+  resolver().changed.wait(lock, [] { return resolver().answering; });
+  resolver().answered = true;
+  resolver().changed.notify_all();
+  return EAI_AGAIN;
+}
+
+}  // namespace
+
+// The linker puts this in the place of getaddrinfo().
+// NOLINTNEXTLINE(bugprone-reserved-identifier)
+extern "C" int __wrap_getaddrinfo(const char* /*name*/, const char* /*service*/,
+                                  const addrinfo* /*wanted*/, addrinfo** /*found*/) {
+  return answerLate();
+}
+
+namespace {
+
+TEST(SlowResolver, IsWaitedForTwoSeconds) {
+  char buffer[46] = "untouched";
+  const auto begin = Clock::now();
+  EXPECT_FALSE(NetHelper::dnsLookup("time.example.org", buffer, sizeof buffer, 0));
+  const auto waited = Clock::now() - begin;
+  EXPECT_GE(waited, 2s);
+  EXPECT_LT(waited, 10s);  // the machine may be busy
+  EXPECT_STREQ(buffer, "untouched");
+  std::unique_lock lock(resolver().mutex);
+  resolver().answering = true;
+  resolver().changed.notify_all();
+  EXPECT_TRUE(resolver().changed.wait_for(lock, 20s, [] { return resolver().answered; }));
+}
+
+}  // namespace
