@@ -1,6 +1,7 @@
 #include "BoundaryDelay.h"
 
 #include <cstdint>
+#include <limits>
 
 #include "LocalTime.h"
 #include "Saturate.h"
@@ -10,15 +11,24 @@ namespace {
 constexpr int secondsPerMinute = 60;
 constexpr int secondsPerHour = 3600;
 constexpr int secondsPerDay = 86400;
-constexpr std::int64_t millisecondsPerSecond = 1000;
+
+// From one time to a later one. No time_t is too far from another: the difference is taken without
+// a sign, and stops at the longest period of a timer.
+unsigned int milliseconds(time_t now, time_t boundary) {
+  constexpr unsigned int longest = std::numeric_limits<unsigned int>::max();
+  constexpr unsigned int millisecondsPerSecond = 1000;
+  const std::uint64_t seconds =
+      static_cast<std::uint64_t>(boundary) - static_cast<std::uint64_t>(now);
+  return seconds > longest / millisecondsPerSecond
+             ? longest
+             : static_cast<unsigned int>(seconds) * millisecondsPerSecond;
+}
 
 // mktime fails beyond 2038 where time_t has 32 bits. The boundary is then where it would be on a
 // day without a change of the clock, so that no timer is due at once and over again.
 unsigned int milliseconds(time_t now, time_t boundary, int usualSeconds) {
   const bool usable = boundary != static_cast<time_t>(-1) && boundary > now;
-  const std::int64_t seconds =
-      usable ? static_cast<std::int64_t>(boundary) - static_cast<std::int64_t>(now) : usualSeconds;
-  return saturate<unsigned int>(seconds * millisecondsPerSecond);
+  return usable ? milliseconds(now, boundary) : milliseconds(0, usualSeconds);
 }
 
 int secondsOfHour(const tm& local) {
@@ -48,5 +58,6 @@ unsigned int BoundaryDelay::toNextMidnight(time_t now) {
 
 int BoundaryDelay::localDay(time_t now) {
   const tm local = localTime(now);
-  return (local.tm_year + 1900) * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday;
+  const std::int64_t year = std::int64_t{local.tm_year} + 1900;
+  return saturate<int>(year * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday);
 }

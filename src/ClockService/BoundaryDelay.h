@@ -4,13 +4,15 @@
 
 // How long until the local clock reaches its next full hour or midnight, under the process's TZ.
 // now: seconds since 1970-01-01 UTC. Result in milliseconds, never 0: at most two hours, or two
-// days, by the rules of a change to or from daylight saving in between.
+// days, by the rules of a change to or from daylight saving in between. Defined for every `now`:
+// where it cannot be broken down, some period of a timer.
 namespace BoundaryDelay {
 
 unsigned int toNextHour(time_t now);
 unsigned int toNextMidnight(time_t now);
 
 // The local date as one number, 20240307 for 7 March 2024: to see whether it is still the same day.
+// Defined for every `now`: a year that does not fit stops at the type's limits.
 int localDay(time_t now);
 
 }  // namespace BoundaryDelay

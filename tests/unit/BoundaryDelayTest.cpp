@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <ctime>
 #include <limits>
 #include <string>
@@ -132,6 +133,32 @@ TEST(BoundaryDelay, AtATimeThatCannotBeBrokenDown) {
   EXPECT_TRUE(midnight > 0 && midnight <= 86400 * 1000U) << midnight;
 }
 
+// The year 2147485547 is the last that a tm holds.
+TEST(BoundaryDelay, IsDefinedAndNeverZeroAtTheEndsOfEveryTimeType) {
+  constexpr std::int64_t lastYear = 67768036191676799;
+  for (const char* const tz : {"UTC0", newYork, chatham}) {
+    const ZoneGuard zone(tz);
+    for (const std::int64_t end :
+         {INT64_MIN, INT64_MAX, -lastYear, lastYear, std::int64_t{INT32_MIN},
+          std::int64_t{INT32_MAX}, std::int64_t{-1}, std::int64_t{0}})
+      for (const std::int64_t step : {-86400, -1, 0, 1, 86400}) {
+        const bool beyond = step < 0 ? end < INT64_MIN - step : end > INT64_MAX - step;
+        const auto now = static_cast<time_t>(beyond ? end : end + step);
+        EXPECT_GT(BoundaryDelay::toNextHour(now), 0U) << tz << " at " << now;
+        EXPECT_GT(BoundaryDelay::toNextMidnight(now), 0U) << tz << " at " << now;
+        BoundaryDelay::localDay(now);
+      }
+  }
+}
+
+TEST(BoundaryDelay, StopsAtTheLongestPeriodOfATimer) {
+  if (sizeof(time_t) < sizeof(std::int64_t)) GTEST_SKIP() << "every time is near enough";
+  const ZoneGuard zone("UTC0");
+  constexpr time_t first = std::numeric_limits<time_t>::min();
+  EXPECT_EQ(BoundaryDelay::toNextHour(first), std::numeric_limits<unsigned int>::max());
+  EXPECT_EQ(BoundaryDelay::toNextMidnight(first), std::numeric_limits<unsigned int>::max());
+}
+
 TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
   constexpr time_t step = 3 * 3600 + 7 * 60 + 13;
   for (const char* const tz :
@@ -145,6 +172,16 @@ TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
           << tz << " at " << now << ": " << midnight;
     }
   }
+}
+
+TEST(BoundaryDelay, LocalDayStopsAtTheLimitsOfItsType) {
+  if (sizeof(time_t) < sizeof(std::int64_t)) GTEST_SKIP() << "no year is out of range";
+  const ZoneGuard zone("UTC0");
+  constexpr std::int64_t year = 31556952;
+  EXPECT_EQ(BoundaryDelay::localDay(static_cast<time_t>(300000 * year)),
+            std::numeric_limits<int>::max());
+  EXPECT_EQ(BoundaryDelay::localDay(static_cast<time_t>(-300000 * year)),
+            std::numeric_limits<int>::min());
 }
 
 TEST(BoundaryDelay, LocalDayIsTheDateAsOneNumber) {
