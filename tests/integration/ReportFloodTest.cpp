@@ -76,22 +76,28 @@ double p99During(host::RemoteClient& client, const std::filesystem::path& pipe, 
   return p99(std::move(durations));
 }
 
-// The machine is shared with other tests, so the flood comes in parts, and one part in which calls
-// are as quick as promised is enough; a service that starves its callers does so in all.
+double median(std::vector<double> numbers) {
+  const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+  std::nth_element(numbers.begin(), middle, numbers.end());
+  return *middle;
+}
+
+// The machine is shared with other tests, so the flood comes in parts, and the middle one of them
+// counts: a few may have met with the neighbours.
 TEST_F(ReportFlood, LeavesRemoteCallsTheirTime) {
   constexpr int kParts = 5;
   RunningHost host;
   host::RemoteClient client(host.socket());
   const auto pipe = host.folder() / "root/tmp/votk/ipc/ntpclient";
   ASSERT_TRUE(std::filesystem::exists(pipe)) << pipe;
-  double best = 1e9;
+  std::vector<double> times;
   for (int part = 0; part < kParts; ++part) {
     const double quiet = quietP99(client);
     const double flooded = p99During(client, pipe, kReports / kParts);
     std::printf("p99 of getTime: quiet %.0f us, flooded %.0f us\n", quiet, flooded);
-    best = std::min(best, flooded / quiet);
+    times.push_back(flooded / quiet);
   }
-  EXPECT_LT(best, 10.0);
+  EXPECT_LT(median(times), 10.0);
 }
 
 // What the pipe says is not believed: the clock itself is read.

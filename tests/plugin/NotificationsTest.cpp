@@ -10,6 +10,7 @@ namespace {
 
 using namespace plugin;
 using std::chrono::hours;
+using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
@@ -123,6 +124,41 @@ TEST_F(ClockOnWatchedTimers, TellsOfASetTimeWithTheHourThatComesBeforeIt) {
   EXPECT_THAT(timers.armed(), testing::Contains(kTimeChanged));
   expire(kHour);
   EXPECT_THAT(timers.armed(), testing::Not(testing::Contains(kTimeChanged)));
+}
+
+// Half a millisecond before the full hour the time is set: the hour is there before the news.
+TEST_F(ClockOnWatchedTimers, AbsorbsTheNewsOfASetTimeInTheHourWithinAMillisecond) {
+  startAt("2030-06-15T22:59:59");
+  heard(seconds{1} - microseconds{500});
+  service->setTime(10, 20, 30);
+  EXPECT_THAT(heard(microseconds{499}), IsEmpty());
+  EXPECT_THAT(heard(microseconds{1}), ElementsAre("time 10:20:31"));
+  EXPECT_THAT(timers.armed(), testing::Not(testing::Contains(kTimeChanged)));
+  EXPECT_THAT(heard(minutes{39}), IsEmpty());
+  EXPECT_THAT(heard(minutes{1}), ElementsAre("time 11:00:00"));
+}
+
+TEST_F(ClockOnWatchedTimers, TellsOfASetTimeBeforeTheHourThatComesAfterIt) {
+  startAt("2030-06-15T22:59:59");
+  heard(seconds{1} - microseconds{1500});
+  service->setTime(10, 20, 30);
+  EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 15.06.2030", "time 10:20:30"));
+  EXPECT_THAT(heard(minutes{39}), IsEmpty());  // the hour that was ahead is so no longer
+}
+
+// Due at the same instant, the two are one event, whichever comes first.
+TEST_F(ClockOnWatchedTimers, TellsOnceOfASetTimeThatIsDueWithTheHour) {
+  startAt("2030-06-15T22:59:59");
+  heard(seconds{1} - milliseconds{1});
+  service->setTime(10, 20, 30);
+  EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 15.06.2030", "time 10:20:31"));
+}
+
+TEST_F(ClockOnReversedTimers, TellsOnceOfASetTimeThatIsDueWithTheHour) {
+  startAt("2030-06-15T22:59:59");
+  heard(seconds{1} - milliseconds{1});
+  service->setTime(10, 20, 30);
+  EXPECT_THAT(heard(milliseconds{1}), ElementsAre("time 10:20:31"));
 }
 
 TEST_F(ClockOnWatchedTimers, NeverHearsOfAnHourTwice) {

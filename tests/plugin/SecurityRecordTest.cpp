@@ -50,11 +50,29 @@ TEST_F(ClockWithSecurityLog, GetsOneRecordForEachAttempt) {
                           "accepted ClockSettings set data ntp-secret(in clear (as told))"));
 }
 
-TEST_F(ClockWithSecurityLog, GetsTheFailureOfTheStore) {
-  telephone.settings.refuseSets(0, 1);
-  EXPECT_FALSE(telephone.manage("date-format", "2"));
-  EXPECT_THAT(telephone.security.lines(),
-              ElementsAre("refused ClockSettings set data date-format(2)"));
+TEST_F(ClockWithSecurityLog, GetsTheFailureOfTheStoreUnderEachKeyThatIsStored) {
+  const std::pair<const char*, const char*> rows[] = {{"date-format", "2"},
+                                                      {"time-format", "1"},
+                                                      {"sntp-addr", "192.0.2.1"},
+                                                      {"ntp-secret", "x"},
+                                                      {"sntp-tz-offset", "3"},
+                                                      {"daylight-save", "true"},
+                                                      {"daylight-save-minutes", "30"},
+                                                      {"time-source", "1"},
+                                                      {"daylight-save-zone-index", "9"},
+                                                      {"daylight-save-zone-id", "12"},
+                                                      {"auto-daylight-save", "true"}};
+  for (const auto& [key, value] : rows) {
+    const std::string text = std::string("ClockSettings set data ") + key + "(" + value + ")";
+    const std::string before = telephone.managed(key);
+    telephone.settings.refuseSets(0, 1);
+    EXPECT_FALSE(telephone.manage(key, value)) << key;
+    EXPECT_EQ(telephone.managed(key), before);
+    EXPECT_TRUE(telephone.manage(key, value)) << key;
+    EXPECT_EQ(telephone.managed(key), value);
+    EXPECT_THAT(telephone.security.lines(), ElementsAre("refused " + text, "accepted " + text));
+    telephone.security.clear();
+  }
 }
 
 TEST_F(ClockWithSecurityLog, GetsTheSystemsTimeAfterTheSet) {
