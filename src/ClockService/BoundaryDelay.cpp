@@ -58,6 +58,6 @@ unsigned int BoundaryDelay::toNextMidnight(time_t now) {
 
 int BoundaryDelay::localDay(time_t now) {
   const tm local = localTime(now);
-  const std::int64_t year = std::int64_t{local.tm_year} + 1900;
+  const std::int64_t year = std::int64_t{local.tm_year} + epochYearOfTm;
   return saturate<int>(year * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday);
 }
