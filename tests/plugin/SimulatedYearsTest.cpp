@@ -15,8 +15,9 @@ namespace {
 using Seconds = std::chrono::duration<double>;
 
 // A build that was not optimised, or carries a sanitizer, is not held to the figures.
-#if defined(__OPTIMIZE__) && !defined(__arm__)
-constexpr bool kMeasured = !support::kThreadSanitizer && !support::kAddressSanitizer;
+#if !defined(__arm__)
+constexpr bool kMeasured =
+    CLOCK_OPTIMISED && !support::kThreadSanitizer && !support::kAddressSanitizer;
 #else
 constexpr bool kMeasured = false;
 #endif
