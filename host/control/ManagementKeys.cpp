@@ -28,7 +28,8 @@ constexpr ManagementKey kKeys[] = {
      "empty "
      "text, 0.0.0.0 and ::, else 4",
      "192.0.2.1"},
-    {"ntp-secret", true, "the secret shared with the time server, in clear", "any text", kClient,
+    {"ntp-secret", true, "the secret shared with the time server, in clear",
+     "UTF-8 text; of control characters only tab, line feed and carriage return", kClient,
      "secret"},
     {"sntp-tz-offset", true, "hours east of UTC",
      "a decimal number, not empty: -12.5 to 12.5 are hours, beyond that they are seconds", kZone,
@@ -41,7 +42,8 @@ constexpr ManagementKey kKeys[] = {
     {"daylight-save-zone-list", false, "the names of the zones, each followed by a semicolon", "",
      "", ""},
     {"daylight-save-zone-index", true, "the zone, as its row in the list", "0-14",
-     "as daylight-save-zone-id, and a change of daylight-save-zone-id is reported", "12"},
+     "as daylight-save-zone-id; stored or not, a change of daylight-save-zone-id is reported",
+     "12"},
     {"daylight-save-zone-text", false, "the name of the zone", "", "", ""},
     {"daylight-save-zone-id", true, "the zone, by its identifier", "0-14", kZone, "12"},
     {"auto-daylight-save", true, "daylight saving follows the rule of the zone", "true or false",
@@ -61,9 +63,15 @@ constexpr const char* kPreface =
     "The device's management reads and writes the clock's settings by key; all values are text.\n"
     "`clockctl get KEY`, `clockctl set KEY VALUE`, `clockctl keys`. Every set, refused or not, is "
     "a\n"
-    "record of the security log. `clockctl reset` puts `date-format` and `time-format` back to "
-    "the\n"
-    "device's defaults and reports each that changed.\n\n"
+    "record of the security log; only a `simple-time` or `simple-date` that is too short to be "
+    "cut\n"
+    "leaves none. `clockctl reset` puts `date-format` and `time-format` back to the device's\n"
+    "defaults and reports each that changed.\n\n"
+    "A number ends where the text goes on otherwise; a text that does not begin with one counts as "
+    "0.\n"
+    "What is stored must be UTF-8 text, with no control characters but tab, line feed and "
+    "carriage\n"
+    "return; the rest is refused.\n\n"
     "Item state 0: settable by the user. 4: set by the device itself.\n\n"
     "This text is made from the table in `host/control/ManagementKeys.cpp`; a test holds it to "
     "it.\n";
