@@ -17,7 +17,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kReplyLimit = std::chrono::seconds(2);
+constexpr milliseconds kCallLimit = std::chrono::seconds(2);
+constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 2 s for a resolver
 constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
 constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
 
@@ -71,11 +72,7 @@ class Command {
   }
 
  private:
-  milliseconds limit() const {
-    if (m_options.timeout) return *m_options.timeout;
-    const std::string action = m_request.value("action", std::string());
-    return action == "advance" || action == "to" ? kPassingLimit : kReplyLimit;
-  }
+  milliseconds limit() const { return m_options.timeout.value_or(replyLimit(m_request)); }
 
   void print(const Json& answer) {
     if (!m_options.json) return m_verb.print(answer, m_out);
@@ -164,6 +161,13 @@ int say(std::ostream& err, const char* text, Status status) {
 }
 
 }  // namespace
+
+milliseconds replyLimit(const Json& request) {
+  const Verb* const verb = findVerb(request.value("verb", std::string()));
+  if (verb == nullptr || verb->route != Verb::Route::control) return kCallLimit;
+  const std::string action = request.value("action", std::string());
+  return action == "advance" || action == "to" ? kPassingLimit : kControlLimit;
+}
 
 int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,
                 std::ostream& out, std::ostream& err) {

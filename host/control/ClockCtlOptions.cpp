@@ -74,11 +74,14 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
   ClockCtlOptions options{defaultSocket, false, std::nullopt, std::move(split.verb)};
   std::optional<double> timeout;
   CLI::App app(kDescription, "clockctl");  // the verb's words never get here
+  // The last of two counts, so that a script's options can be overridden.
+  app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.add_option("--socket", options.socket, "Where the host listens")
       ->type_name("FILE")
       ->capture_default_str();
   app.add_flag("--json", options.json, "Answers as JSON, one object a line");
-  app.add_option("--timeout", timeout, "How long to wait for a reply (2; 60 where time passes)")
+  app.add_option("--timeout", timeout,
+                 "How long to wait for a reply (calls 2, others 5, where time passes 60)")
       ->type_name("SECONDS");
   try {
     std::reverse(split.options.begin(), split.options.end());

@@ -76,6 +76,8 @@ bool LocalManagement::reportDataChanged(ManageableData& record) {
   Report report;
   report.key = record.getRootId();
   if (report.key.empty() || !record.interogate(report.key, report.value)) return false;
+  logAppUni("clockhost", 4, __FILE__, __LINE__, "change reported: \"%s\" is \"%s\"",
+            report.key.c_str(), report.value.c_str());
   ReportListener listener;
   {
     const std::lock_guard lock(m_mutex);

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "control/ClockCtl.h"
 #include "control/ScenarioWords.h"
 #include "control/UsageError.h"
+#include "control/Verb.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -38,6 +40,14 @@ TEST(ClockCtlOptions, StandBeforeTheVerbOrAfterIt) {
     EXPECT_EQ(options->timeout, milliseconds(500)) << line;
     EXPECT_EQ(options->verb, (Words{"get", "time"})) << line;
   }
+}
+
+TEST(ClockCtlOptions, TheLastOfTwoCounts) {
+  const auto options =
+      read("--socket /a --timeout 1 get time --socket=/b --timeout 2 --json --json");
+  EXPECT_EQ(options->socket, "/b");
+  EXPECT_EQ(options->timeout, milliseconds(2000));
+  EXPECT_TRUE(options->json);
 }
 
 TEST(ClockCtlOptions, AVerbsWordsMayLookLikeOptions) {
@@ -77,6 +87,23 @@ Outcome run(const std::string& line, const std::filesystem::path& socket) {
 
 bool isOneLine(const std::string& text) {
   return text.find('\n') == text.size() - 1 && text.starts_with("clockctl: ");
+}
+
+// Two seconds of it may go by while the host asks a resolver.
+TEST(ClockCtl, WaitsForWhatTakesItsTime) {
+  const std::pair<const char*, int> rows[] = {{"call getTime", 2},
+                                              {"watch", 2},
+                                              {"set sntp-addr time.example.org", 5},
+                                              {"get time", 5},
+                                              {"inject dhcp 1", 5},
+                                              {"clock", 5},
+                                              {"clock next", 5},
+                                              {"clock advance 1d", 60},
+                                              {"clock to dst", 60},
+                                              {"clock jump 2026-03-08T06:59:50Z", 5}};
+  for (const auto& [line, seconds] : rows)
+    EXPECT_EQ(replyLimit(requestOf(splitScenarioLine(line))), std::chrono::seconds(seconds))
+        << line;
 }
 
 TEST(ClockCtl, UsageErrorsAreOneLineAndStatusTwo) {

@@ -154,7 +154,8 @@ TEST(LocalManagement, EveryItemIsUserDataUntilItIsSaidNotToBe) {
   EXPECT_FALSE(management.isUserData(data, 0));
 }
 
-TEST(LocalManagement, ReportsAreKeptAndToldToTheListener) {
+TEST(LocalManagement, ReportsAreKeptLoggedAndToldToTheListener) {
+  const support::LogCapture log(4);
   LocalManagement management;
   std::vector<std::string> heard;
   management.onReport([&](const std::string& key, const std::string& value) {
@@ -165,6 +166,7 @@ TEST(LocalManagement, ReportsAreKeptAndToldToTheListener) {
   EXPECT_EQ(heard, std::vector<std::string>{"date-format=2"});
   ASSERT_EQ(management.reports().size(), 1U);
   EXPECT_EQ(management.reports()[0].key, "date-format");
+  EXPECT_TRUE(log.has(4, "change reported: \"date-format\" is \"2\"")) << log.text();
   EXPECT_FALSE(management.value("date-format").has_value());
 }
 
