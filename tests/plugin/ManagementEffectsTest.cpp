@@ -5,6 +5,8 @@
 
 #include "ManageableData.h"
 #include "plugin/ClockOnWatchedTimers.h"
+#include "plugin/StartUpLog.h"
+#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -96,6 +98,46 @@ TEST_F(ManagedClockOnRecordingParts, StoresTheServerThenTriesTheClientThenShowsW
   EXPECT_EQ(log.count("start NTP client"), 2U);
 }
 
+TEST_F(ManagedClockOnRecordingParts, TriesTheClientBeforeItShowsWhoSetsTheTime) {
+  start();
+  const support::LogCapture log(5);
+  const plugin::StartUpLog lines(journal);
+  EXPECT_THAT(accepted("sntp-addr", "192.0.2.1"),
+              ElementsAre("store SNTPaddress=192.0.2.1", "log 5 start NTP client",
+                          "item state time 4", kSecurityService));
+}
+
+TEST_F(ManagedClockOnRecordingParts, LeavesTheClientAloneWhenTheServerIsRefused) {
+  start();
+  const support::LogCapture log(5);
+  for (const auto& [server, state] : {std::pair{"no host", "4"}, {"[::1]", "4"}, {"", "0"}})
+    EXPECT_THAT(refused("sntp-addr", server),
+                ElementsAre(std::string("item state time ") + state, kSecurityService));
+  EXPECT_FALSE(log.has("start NTP client"));
+}
+
+TEST_F(ManagedClockOnRecordingParts, TakesARecordWithoutAValueForAnEmptyOne) {
+  start();
+  const support::LogCapture log(5);
+  ManageableData record;
+  record.setRootId("ntp-secret", nullptr);
+  EXPECT_TRUE(service->setData(record));
+  EXPECT_THAT(journal.take(), ElementsAre("store NTPsharedSecret=", kSecurityService));
+  EXPECT_TRUE(log.has(5, "setData: \"ntp-secret\": \"\""));
+}
+
+TEST_F(ManagedClockOnRecordingParts, SaysNothingOfGetsAndSetsBelowLevelFive) {
+  start();
+  const support::LogCapture log(4);
+  for (const char* const key : {"time-format", "unknown"}) {
+    set(key, "1");
+    ManageableData record;
+    record.setRootId(key, nullptr);
+    service->getData(record);
+  }
+  EXPECT_EQ(log.text(), "");
+}
+
 TEST_F(ManagedClockOnRecordingParts, StoresTheSecretThenTriesTheClient) {
   start();
   const support::LogCapture log(5);
@@ -185,6 +227,29 @@ TEST_F(ManagedClockOnRecordingParts, ResetsOnlyWhatIsTheUsers) {
   management.userData["time-format"] = false;
   store.items["TimeFormat"] = "1";
   EXPECT_FALSE(service->resetUserData());
+}
+
+TEST(ManagedClockOfVariantThree, IsResetToTheDefaultsOfItsVariant) {
+  plugin::Telephone telephone(3);
+  telephone.switchOn();
+  EXPECT_FALSE(telephone.management.reset());
+  telephone.manage("date-format", "0");
+  telephone.manage("time-format", "0");
+  EXPECT_TRUE(telephone.management.reset());
+  EXPECT_EQ(telephone.managed("date-format"), "2");
+  EXPECT_EQ(telephone.managed("time-format"), "1");
+}
+
+// Who is told of the reset may read the new value at once: the management lock is free by then.
+TEST(ManagedClockWithAListener, ReportsAResetWithoutTheManagementLock) {
+  plugin::Telephone telephone;
+  telephone.switchOn();
+  telephone.manage("date-format", "1");
+  std::string seen;
+  telephone.management.onReport(
+      [&](const std::string& key, const std::string& /*value*/) { seen = telephone.managed(key); });
+  EXPECT_TRUE(telephone.management.reset());
+  EXPECT_EQ(seen, "0");
 }
 
 TEST_F(ManagedClockOnRecordingParts, ResetsNoOtherSetting) {

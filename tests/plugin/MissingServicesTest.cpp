@@ -77,6 +77,22 @@ TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
   EXPECT_THAT(lines, Contains("create 1 -> 4"));  // and goes on
 }
 
+TEST_F(RecordingFramework, IsManagedWithoutLocalManagementToReportTo) {
+  context.add("LocalMgmtIfc", nullptr);
+  store.items["DateFormat"] = "1";
+  start(&context);
+  for (const auto& [key, value] :
+       {std::pair{"sntp-addr", "192.0.2.1"}, {"daylight-save-zone-index", "9"}}) {
+    ManageableData record;
+    record.setRootId(key, nullptr);
+    record.populate(key, value);
+    EXPECT_TRUE(service->setData(record)) << key;
+  }
+  EXPECT_EQ(store.items["DaylightSavingZoneIDDevice"], "9");
+  EXPECT_FALSE(service->resetUserData());
+  EXPECT_EQ(store.items["DateFormat"], "1");
+}
+
 TEST_F(RecordingFramework, IsToldWhenTheStartCannotBeRecorded) {
   management.acceptSets = false;
   start(&context);
