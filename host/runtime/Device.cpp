@@ -37,6 +37,7 @@ struct Device::Parts {
   Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOptions& theOptions);
 
   void openStores();
+  void beginLogs();
   void fillInValues();
   void presetFallbackTime();
   void registerServices();
@@ -78,6 +79,11 @@ void Device::Parts::openStores() {
   store = dynamic_cast<DataAccess*>(storeService);
   securityLog = options.securityLogInMemory ? std::make_unique<SecurityLog>()
                                             : std::make_unique<SecurityLog>(options.state);
+}
+
+void Device::Parts::beginLogs() {
+  if (ownStore) ownStore->beginLog();
+  securityLog->beginLog();
 }
 
 void Device::Parts::fillInValues() {
@@ -122,6 +128,8 @@ void Device::start(FrameworkContext& remote) {
   parts.service.reset(parts.plugin.createService());
   parts.context.add("ClockService", parts.service.get());
   parts.service->init(parts.context);
+  // Beside all else: whoever waits for a first answer does not wait for the disk.
+  parts.managementThread.post([&parts] { parts.beginLogs(); });
 }
 
 void Device::stop() {

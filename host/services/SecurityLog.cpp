@@ -81,6 +81,11 @@ void SecurityLog::init(Context&) {}
 
 void SecurityLog::shutdown() {}
 
+void SecurityLog::beginLog() {
+  const std::lock_guard lock(m_mutex);
+  m_database->beginLog();
+}
+
 void SecurityLog::record(std::time_t time, int facility, int severity, int eventClass,
                          int eventCode, bool failure, const std::string& text,
                          const std::string& subject, const std::string& origin) {

@@ -51,6 +51,9 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   void init(Context& context) override;
   void shutdown() override;
 
+  // See SqliteDatabase::beginLog. The first record after it is not synced, either.
+  void beginLog();
+
   void record(std::time_t time, int facility, int severity, int eventClass, int eventCode,
               bool failure, const std::string& text, const std::string& subject,
               const std::string& origin) override;

@@ -29,6 +29,11 @@ void SqliteDataAccess::init(Context&) {}
 
 void SqliteDataAccess::shutdown() {}
 
+void SqliteDataAccess::beginLog() {
+  const std::lock_guard lock(m_mutex);
+  m_database->beginLog();
+}
+
 bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key,
                                const std::string& value) {
   const std::lock_guard lock(m_mutex);

@@ -31,6 +31,9 @@ class SqliteDataAccess : public Executable, public DataAccess {
   void init(Context& context) override;
   void shutdown() override;
 
+  // See SqliteDatabase::beginLog. The first set after it is one sync, too.
+  void beginLog();
+
   bool setItem(const std::string& schema, const std::string& key,
                const std::string& value) override;
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;

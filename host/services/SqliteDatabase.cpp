@@ -47,7 +47,7 @@ std::string unusedName(const std::string& file) {
 }  // namespace
 
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store)
-    : m_name(file.string()) {
+    : m_name(file.string()), m_version(store.version) {
   try {
     create();
     open(store);
@@ -59,12 +59,22 @@ SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteSt
   }
 }
 
-SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:") {
+SqliteDatabase::SqliteDatabase(const SqliteStore& store)
+    : m_name(":memory:"), m_version(store.version) {
   open(store);
 }
 
 void SqliteDatabase::Close::operator()(sqlite3* handle) const {
   sqlite3_close_v2(handle);
+}
+
+// Writing the version again changes nothing and is a transaction all the same.
+void SqliteDatabase::beginLog() {
+  std::error_code missing;
+  const auto size = std::filesystem::file_size(m_name + "-wal", missing);
+  if (!missing && size > 0) return;
+  const std::string change = "PRAGMA user_version=" + std::to_string(m_version);
+  sqlite3_exec(handle(), change.c_str(), nullptr, nullptr, nullptr);
 }
 
 void SqliteDatabase::logFailure(const char* what) const {

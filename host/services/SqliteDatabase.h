@@ -29,6 +29,10 @@ class SqliteDatabase {
 
   [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
 
+  // Begins the write-ahead log of a file that has none, as the first change would: that takes syncs
+  // of its own, for which the first change need not wait then. A failure is left to that change.
+  void beginLog();
+
   // Writes one log line: what failed, with SQLite's own words for it.
   void logFailure(const char* what) const;
 
@@ -47,6 +51,7 @@ class SqliteDatabase {
   [[noreturn]] void fail();
 
   std::string m_name;  // the file's path, or ":memory:"
+  const int m_version;
   std::unique_ptr<sqlite3, Close> m_handle;
 };
 

@@ -64,14 +64,6 @@ TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
   EXPECT_EQ(records[1].number, 2);
 }
 
-TEST_F(SecurityLogFile, RecordsAreNotSyncedOneByOne) {
-  SecurityLog security(folder.path());
-  record(security, "a");
-  static_cast<void>(takeSyncs());
-  for (int i = 0; i < 100; ++i) record(security, "b");
-  EXPECT_EQ(takeSyncs(), 0U);
-}
-
 TEST_F(SecurityLogFile, OldestRecordsGoAtTheBound) {
   SecurityLog security(folder.path());
   for (std::int64_t i = 1; i <= SecurityLog::kBound; ++i) record(security, std::to_string(i));

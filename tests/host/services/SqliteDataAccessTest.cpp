@@ -71,24 +71,6 @@ TEST_F(SettingsStore, KeepsAnyBytes) {
   EXPECT_FALSE(store.getItem(kSchema, "k").has_value());
 }
 
-TEST_F(SettingsStore, EachAcceptedSetIsOneSync) {
-  SqliteDataAccess store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "none"));
-  static_cast<void>(takeSyncs());
-  for (int i = 0; i < 100; ++i) {
-    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", std::to_string(i)));
-    ASSERT_EQ(takeSyncs(), 1U) << "set " << i;
-  }
-}
-
-TEST_F(SettingsStore, ReadingNeedsNoSync) {
-  SqliteDataAccess store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
-  static_cast<void>(takeSyncs());
-  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "0");
-  EXPECT_EQ(takeSyncs(), 0U);
-}
-
 TEST_F(SettingsStore, FailedWriteIsRefusedLoggedAndKeepsTheOldValue) {
   SqliteDataAccess store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
@@ -253,14 +235,6 @@ TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
-
-TEST_F(SettingsStore, UnchangedValueNeedsNoSync) {
-  SqliteDataAccess store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
-  static_cast<void>(takeSyncs());
-  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
-  EXPECT_EQ(takeSyncs(), 0U);
-}
 
 TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
   {
