@@ -77,16 +77,14 @@ const Texts kDates{"2016-06-16", "2026-03-08", "2027-12-31", "2025-03-05",
 const Texts kTimes{"00:00:00", "06:59:50", "23:59:59", "07:30:00",
                    "18:45:00", "14:15:16", "01:46:40"};
 
+constexpr const char* kUtcQuery =
+    "call getTimeUTCStr\nin string getTimeUTCStrString=2026-07-01T12:00:00+00:00\n";
+
 const Texts& queries() {
-  static const Texts calls{"call observeTimeEvents\n",
-                           "call getTime\n",
-                           "call getDateInts\n",
-                           "call getTimeUTCStr\nin string getTimeUTCStrString="
-                           "2026-07-01T12:00:00+00:00\n",
-                           "call setFallbackTime\n",
-                           "call isTimeSourceSntp\n",
-                           "call getDisplayTimeVal\n",
-                           "call unobserveTimeEvents\n"};
+  static const Texts calls{"call observeTimeEvents\n", "call getTime\n",
+                           "call getDateInts\n",       kUtcQuery,
+                           "call setFallbackTime\n",   "call isTimeSourceSntp\n",
+                           "call getDisplayTimeVal\n", "call unobserveTimeEvents\n"};
   return calls;
 }
 

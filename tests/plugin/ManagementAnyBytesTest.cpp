@@ -12,7 +12,7 @@
 
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
 constexpr int kLowest = std::numeric_limits<int>::min();

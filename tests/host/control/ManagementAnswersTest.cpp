@@ -63,7 +63,7 @@ class ManagedTelephone : public ::testing::Test {
 
 std::string errorOf(const Json& answer) {
   EXPECT_EQ(answer.at("ok"), false);
-  const std::string error = answer.value("error", std::string());
+  std::string error = answer.value("error", std::string());
   EXPECT_LE(error.size(), kLongestError);
   EXPECT_EQ(escapedLine(error), error);
   return error;

@@ -6,7 +6,7 @@
 
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 TEST(ShownText, CutsNoCharacterApart) {
   const std::string text = "a\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80z";
