@@ -61,7 +61,7 @@ MessageBytes::pos_type MessageBytes::seekoff(off_type offset, std::ios_base::see
   }
   if (position < 0 || position > egptr() - eback()) return nowhere;
   if (reading) setg(eback(), eback() + position, egptr());
-  if (writing) putAt(position);
+  if (writing) putAt(static_cast<std::ptrdiff_t>(position));
   return position;
 }
 
