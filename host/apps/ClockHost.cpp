@@ -12,6 +12,7 @@
 #include "control/Controller.h"
 #include "control/ScenarioRunner.h"
 #include "platform/LogBook.h"
+#include "platform/MemoryReserve.h"
 #include "platform/ProgramMap.h"
 #include "remote/RemoteServer.h"
 #include "runtime/ClockPrivilege.h"
@@ -117,6 +118,7 @@ int runClockHost(const HostOptions& options) {
   if (options.scenario) return runScenario(options);
   LogBook::instance().addSink(std::make_shared<StderrLog>());
   tellChildren(options);
+  const MemoryReserve reserve;
   Host(options).runUntilStopped();
   return 0;
 }

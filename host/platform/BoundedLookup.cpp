@@ -41,16 +41,22 @@ void work(const std::shared_ptr<Lookup>& lookup) {
   lookup->changed.notify_all();
 }
 
+void complain(const std::string& why) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup refused: %s", why.c_str());
+}
+
 bool startThread(const std::shared_ptr<Lookup>& lookup) {
   if (++g_out > kMostLookups) {
     --g_out;
+    complain(std::to_string(kMostLookups) + " are still out");
     return false;
   }
   try {
     std::thread([lookup] { work(lookup); }).detach();
     return true;
-  } catch (const std::system_error&) {
+  } catch (const std::system_error& error) {
     --g_out;
+    complain("cannot start its thread: " + error.code().message());
     return false;
   }
 }
@@ -60,11 +66,7 @@ bool startThread(const std::shared_ptr<Lookup>& lookup) {
 std::optional<std::string> boundedLookup(std::chrono::milliseconds limit, Resolve resolve) {
   const auto lookup = std::make_shared<Lookup>();
   lookup->resolve = std::move(resolve);
-  if (!startThread(lookup)) {
-    logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup refused: %d are still out",
-              kMostLookups);
-    return std::nullopt;
-  }
+  if (!startThread(lookup)) return std::nullopt;
   std::unique_lock lock(lookup->mutex);
   lookup->changed.wait_for(lock, limit, [&] { return lookup->done; });
   return lookup->address;

@@ -158,9 +158,8 @@ struct Process::Impl {
     std::vector<char*> words = pointersTo(arguments);
     std::vector<char*> variables = pointersTo(environment);
     SpawnPlan plan;
-    if (!plan.prepare(ownGroup(), folder)) return 0;
     pid_t pid = 0;
-    int error = obstacle(program);
+    int error = plan.prepare(ownGroup(), folder) ? obstacle(program) : ENOMEM;
     if (error == 0) {
       error = posix_spawn(&pid, program.c_str(), &plan.actions, &plan.attributes, words.data(),
                           variables.data());

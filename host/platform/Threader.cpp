@@ -1,6 +1,7 @@
 #include "Threader.h"
 
 #include <pthread.h>
+#include <signal.h>
 
 #include <atomic>
 #include <condition_variable>
@@ -70,7 +71,15 @@ void runBody(Record& record) {
   }
 }
 
+// Signals to the process are its main thread's: here one would break off what the body waits in.
+void leaveSignalsAlone() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);
+}
+
 void* threadMain(void* argument) {
+  leaveSignalsAlone();
   const std::unique_ptr<std::shared_ptr<Record>> own(
       static_cast<std::shared_ptr<Record>*>(argument));
   Record& record = **own;

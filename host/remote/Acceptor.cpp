@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <utility>
 
 #include "Logging.h"
@@ -61,7 +62,7 @@ void Acceptor::acceptAll() {
     const int client =
         ::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (client >= 0) {
-      m_taken(Socket(m_loop, asio::local::stream_protocol(), client));
+      takeIn(Descriptor(client));
       continue;
     }
     int error = errno;
@@ -77,6 +78,14 @@ void Acceptor::acceptAll() {
     return;
   }
   wait();
+}
+
+void Acceptor::takeIn(Descriptor client) try {
+  Socket socket(m_loop, asio::local::stream_protocol(), client.get());
+  static_cast<void>(client.release());
+  m_taken(std::move(socket));
+} catch (const std::exception& error) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "client turned away: %s", error.what());
 }
 
 // A client that cannot be accepted would stay in the queue and wake the loop for ever. Returns 0,

@@ -25,6 +25,7 @@ class Acceptor {
  private:
   void wait();
   void acceptAll();
+  void takeIn(Descriptor client);
   [[nodiscard]] int turnAway();
 
   asio::io_context& m_loop;

@@ -4,6 +4,9 @@
 #include <sys/socket.h>
 
 #include <asio/post.hpp>
+#include <exception>
+#include <new>
+#include <system_error>
 #include <utility>
 
 #include "Logging.h"
@@ -19,6 +22,10 @@ long processAt(int socket) {
   return credentials.pid;
 }
 
+std::string reasonOf(int error) {
+  return std::error_code(error, std::generic_category()).message();
+}
+
 }  // namespace
 
 Connection::Connection(Socket socket, std::uint64_t number, Listener& listener,
@@ -29,14 +36,17 @@ Connection::Connection(Socket socket, std::uint64_t number, Listener& listener,
       m_listener(listener),
       m_limit(limit) {}
 
-void Connection::open() {
+void Connection::makePeer() {
   const auto attention = [loop = m_socket.get_executor(), weak = weak_from_this()] {
     asio::post(loop, [weak] {
-      if (const auto self = weak.lock()) self->attend();
+      if (const auto self = weak.lock()) self->guarded([&] { self->attend(); });
     });
   };
   m_peer = std::make_shared<Peer>("client-" + std::to_string(m_number), m_socket.native_handle(),
                                   attention);
+}
+
+void Connection::open() {
   read();
 }
 
@@ -44,7 +54,7 @@ void Connection::read() {
   const auto space = m_reader.space();
   m_socket.async_read_some(asio::buffer(space.data(), space.size()),
                            [self = shared_from_this()](const auto& error, std::size_t bytes) {
-                             self->onRead(static_cast<bool>(error), bytes);
+                             self->guarded([&] { self->onRead(static_cast<bool>(error), bytes); });
                            });
 }
 
@@ -64,11 +74,11 @@ bool Connection::handleFrames() {
       case FrameReader::Outcome::needMore:
         return true;
       case FrameReader::Outcome::broken:
-        drop(m_reader.fault());
+        drop(m_reader.fault().c_str());
         return false;
       case FrameReader::Outcome::frame:
         if (const auto fault = m_listener.frame(*this, frame)) {
-          drop(*fault);
+          drop(fault->c_str());
           return false;
         }
         ++m_frames;
@@ -96,10 +106,19 @@ void Connection::finishWhenAnswered() {
   if (m_peer->outbox().idle() && !m_peer->hasOpenLines()) close();
 }
 
-void Connection::drop(const std::string& why) {
+// Whatever a step has not got enough of costs this client, and not the host.
+template <class Step>
+void Connection::guarded(Step step) try {
+  step();
+} catch (const std::bad_alloc&) {
+  drop("no memory is left to serve it");
+} catch (const std::exception& error) {
+  drop(error.what());
+}
+
+void Connection::drop(const char* why) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "client %llu (process %ld) dropped: %s",
-            static_cast<unsigned long long>(m_number), processAt(m_socket.native_handle()),
-            why.c_str());
+            static_cast<unsigned long long>(m_number), processAt(m_socket.native_handle()), why);
   close();
 }
 
@@ -124,6 +143,8 @@ void Connection::attend() {
       break;
     case Outbox::State::overflown:
       return drop("does not read what is sent to it");
+    case Outbox::State::failed:
+      return drop(("cannot be sent to: " + reasonOf(m_peer->outbox().error())).c_str());
     default:
       // Nothing reaches the client any more, but what it had sent before is still to be read.
       if (m_ending) close();
@@ -139,7 +160,7 @@ void Connection::waitForRoom() {
     self->m_waitingForRoom = false;
     if (self->m_closed) return;
     static_cast<void>(self->m_peer->outbox().flush());
-    self->attend();
+    self->guarded([&] { self->attend(); });
   });
 }
 
@@ -150,7 +171,7 @@ void Connection::watch() {
   m_timer.expires_after(m_limit);
   m_timer.async_wait([weak = weak_from_this()](const auto& error) {
     if (error) return;
-    if (const auto self = weak.lock()) self->onTime();
+    if (const auto self = weak.lock()) self->guarded([&] { self->onTime(); });
   });
 }
 

@@ -44,6 +44,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   Connection(Socket socket, std::uint64_t number, Listener& listener,
              std::chrono::milliseconds limit);
 
+  // Once, before all else.
+  void makePeer();
+
   // Begins to read.
   void open();
 
@@ -60,7 +63,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void onRead(bool failed, std::size_t bytes);
   [[nodiscard]] bool handleFrames();
   void onEnd();
-  void drop(const std::string& why);
+  void drop(const char* why);
+  template <class Step>
+  void guarded(Step step);
   void attend();
   void waitForRoom();
   void finishWhenAnswered();

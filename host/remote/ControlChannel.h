@@ -8,9 +8,9 @@
 namespace host {
 
 // The way back to the client of one control request. Owner: whoever still has something to answer;
-// dropping the last reference ends the request, answered or not. Thread: any, also in parallel; no
-// operation blocks, calls back or logs, so that a log sink may use it.
-// Failure: false, for good, when the client is gone or did not read.
+// dropping the last reference ends the request: unanswered, it is refused. Thread: any, also in
+// parallel; no operation blocks, calls back or logs, so that a log sink may use it. Failure: false,
+// for good, when the client is gone or did not read.
 class ControlChannel {
  public:
   virtual ~ControlChannel() = default;

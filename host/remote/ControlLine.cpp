@@ -1,17 +1,27 @@
 #include "remote/ControlLine.h"
 
+#include <exception>
 #include <utility>
 
 #include "remote/Peer.h"
 
 namespace host {
+namespace {
+
+constexpr std::string_view kNoAnswer = R"({"ok":false,"error":"the host could not answer"})";
+
+}  // namespace
 
 ControlLine::ControlLine(std::shared_ptr<Peer> peer, std::uint32_t id)
     : m_peer(std::move(peer)), m_id(id) {
   ++m_peer->m_openLines;
 }
 
+// Whoever was to answer has lost the request, for want of memory perhaps: its client need not wait.
+// While an exception passes, the client is about to be dropped.
 ControlLine::~ControlLine() {
+  const bool lost = !m_replied && std::uncaught_exceptions() == 0;
+  if (lost) m_peer->outbox().send({FrameKind::controlReply, m_id, kNoAnswer});
   --m_peer->m_openLines;
   if (m_peer->gone()) m_peer->outbox().ring();
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <new>
 #include <utility>
 
 namespace host {
@@ -14,6 +15,10 @@ constexpr std::size_t kUsualFrame = 1024;  // bytes; all but the rarest calls, r
 
 bool isTemporary(int error) {
   return error == EAGAIN;
+}
+
+bool isHangUp(int error) {
+  return error == EPIPE || error == ECONNRESET;
 }
 
 }  // namespace
@@ -40,13 +45,19 @@ bool Outbox::sendBytes(std::string_view frame) {
   if (wasIdle) frame.remove_prefix(transmit(frame));
   if (m_state != State::open) return false;
   if (frame.empty()) return true;
-  m_queued.append(frame);
-  if (m_queued.size() > kMaxQueued) {
-    end(State::overflown);
-    return false;
-  }
+  if (!queue(frame)) return false;
   if (wasIdle) m_attention();
   return true;
+}
+
+bool Outbox::queue(std::string_view frame) try {
+  m_queued.append(frame);
+  if (m_queued.size() <= kMaxQueued) return true;
+  end(State::overflown);
+  return false;
+} catch (const std::bad_alloc&) {
+  fail(ENOMEM);
+  return false;
 }
 
 std::size_t Outbox::transmit(std::string_view bytes) {
@@ -54,9 +65,19 @@ std::size_t Outbox::transmit(std::string_view bytes) {
     const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent >= 0) return static_cast<std::size_t>(sent);
     if (errno == EINTR) continue;
-    if (!isTemporary(errno)) end(State::broken);
+    if (!isTemporary(errno)) fail(errno);
     return 0;
   }
+}
+
+void Outbox::giveUp(int error) {
+  const std::lock_guard lock(m_mutex);
+  if (m_state == State::open) fail(error);
+}
+
+void Outbox::fail(int error) {
+  m_error = error;
+  end(isHangUp(error) ? State::broken : State::failed);
 }
 
 void Outbox::end(State state) {
@@ -88,6 +109,11 @@ void Outbox::close() {
 Outbox::State Outbox::state() const {
   const std::lock_guard lock(m_mutex);
   return m_state;
+}
+
+int Outbox::error() const {
+  const std::lock_guard lock(m_mutex);
+  return m_error;
 }
 
 bool Outbox::idle() const {

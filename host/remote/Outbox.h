@@ -13,13 +13,14 @@ namespace host {
 // The sending side of one client's socket: straight to the socket while it takes all, then queued.
 // Frames keep the order in which send() was called. Never blocks, never logs.
 // Owner: the client's Peer. Thread: send and ring any; flush and close the loop's.
-// Failure: a socket that fails, or a client that leaves more than kMaxQueued bytes unread, ends it;
-// state() says which, and every later send is refused.
+// Failure: a client that has hung up (broken) or leaves more than kMaxQueued bytes unread
+// (overflown), or a system that does not send or has no memory (failed), ends it; state() says
+// which, and every later send is refused.
 class Outbox {
  public:
   static constexpr std::size_t kMaxQueued = 1024 * 1024;
 
-  enum class State { open, overflown, broken, closed };
+  enum class State { open, overflown, broken, failed, closed };
 
   // `attention` asks the loop to look at the outbox. Called on any thread, under the lock, so it
   // may do no more than post; never after close(). The socket outlives the time until close().
@@ -27,6 +28,9 @@ class Outbox {
 
   // False when the frame will not reach the client.
   bool send(const Frame& frame);
+
+  // What would have been sent could not even be made: nothing may follow it.
+  void giveUp(int error);
 
   // Asks for attention.
   void ring();
@@ -38,17 +42,21 @@ class Outbox {
   void close();
 
   [[nodiscard]] State state() const;
+  [[nodiscard]] int error() const;  // errno, once failed
   [[nodiscard]] bool idle() const;  // nothing is queued
 
  private:
   bool sendBytes(std::string_view frame);
+  bool queue(std::string_view frame);
   std::size_t transmit(std::string_view bytes);
+  void fail(int error);
   void end(State state);
 
   mutable std::mutex m_mutex;  // guards everything below
   const int m_socket;
   std::function<void()> m_attention;
   State m_state = State::open;
+  int m_error = 0;
   std::string m_queued;  // not empty: the loop waits until the socket can be written
 };
 

@@ -1,6 +1,8 @@
 #include "remote/Peer.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <exception>
 #include <sstream>
 #include <utility>
 
@@ -20,14 +22,20 @@ void Peer::setCodec(std::string name, MessageCodec& codec) {
   m_codec = &codec;
 }
 
-bool Peer::sendMethod(Method& method) {
+// Whatever goes wrong costs this client, and neither the service nor its other observers.
+bool Peer::sendMethod(Method& method) try {
   if (m_gone) return false;
   // Kept: making a stream costs more than all else that is done here for one of many observers.
   thread_local std::stringstream stream;
   stream.str("");
   stream.clear();
   m_codec->encode(method, stream);
-  return m_outbox.send({FrameKind::event, 0, stream.view()});
+  if (stream) return m_outbox.send({FrameKind::event, 0, stream.view()});
+  m_outbox.giveUp(ENOMEM);
+  return false;
+} catch (const std::exception&) {
+  m_outbox.giveUp(ENOMEM);
+  return false;
 }
 
 Proxy* Peer::proxy(const std::function<Proxy*()>& make) {

@@ -11,6 +11,7 @@
 #include "Invoker.h"
 #include "Logging.h"
 #include "Proxy.h"
+#include "platform/MemoryReserve.h"
 #include "remote/Acceptor.h"
 #include "remote/CallResponse.h"
 #include "remote/CodecTable.h"
@@ -43,6 +44,10 @@ class RemoteServer::Impl final : public Connection::Listener {
 
  private:
   void takeIn(Connection::Socket socket);
+  void makeKnown(const std::shared_ptr<Peer>& peer);
+  void forget(const Peer& peer);
+  bool letGo(const std::shared_ptr<Peer>& peer);
+  void letStuckOnesGo();
   std::optional<std::string> hello(Connection& from, std::string_view codec);
 
   asio::io_context& m_loop;
@@ -54,7 +59,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   std::optional<Acceptor> m_acceptor;
   std::uint64_t m_lastNumber = 0;
   std::map<std::uint64_t, std::shared_ptr<Connection>> m_connections;
-  std::vector<std::shared_ptr<Peer>> m_stuck;  // whose proxies the service may still use
+  bool m_stuck = false;  // some peers are gone, and the service may still use their proxies
   std::mutex m_peersMutex;
   std::map<std::string, std::shared_ptr<Peer>> m_peers;  // by address; guarded by m_peersMutex
 };
@@ -72,17 +77,35 @@ void RemoteServer::Impl::stop() {
 }
 
 void RemoteServer::Impl::takeIn(Connection::Socket socket) {
+  if (m_stuck) letStuckOnesGo();
   const std::uint64_t number = ++m_lastNumber;
   const auto connection =
       std::make_shared<Connection>(std::move(socket), number, *this, m_limits.unfinished);
-  m_connections.emplace(number, connection);
-  connection->open();
+  connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
+  const auto kept = m_connections.emplace(number, connection).first;
+  try {
+    makeKnown(connection->sharedPeer());
+    connection->open();
+  } catch (...) {
+    forget(connection->peer());
+    m_connections.erase(kept);
+    throw;
+  }
+}
+
+void RemoteServer::Impl::makeKnown(const std::shared_ptr<Peer>& peer) {
   const std::lock_guard lock(m_peersMutex);
-  m_peers.emplace(connection->peer().address(), connection->sharedPeer());
+  m_peers.emplace(peer->address(), peer);
+}
+
+void RemoteServer::Impl::forget(const Peer& peer) {
+  const std::lock_guard lock(m_peersMutex);
+  m_peers.erase(peer.address());
 }
 
 std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Frame& frame) try {
+  if (!MemoryReserve::refill()) return "no memory is left to serve it";
   switch (frame.kind) {
     case FrameKind::call:
       m_target->invoker.handleMessage(&m_target->service, frame.payload.data(),
@@ -111,18 +134,32 @@ std::optional<std::string> RemoteServer::Impl::hello(Connection& from, std::stri
 }
 
 void RemoteServer::Impl::hungUp(Connection& from) {
-  Peer& peer = from.peer();
-  if (peer.hasProxy()) {
-    if (takeBack(*m_target, peer.address())) {
-      peer.freeProxy();
-    } else {
-      logAppUni("clockhost", 2, __FILE__, __LINE__, "%s cannot be taken out of the service",
-                peer.address().c_str());
-      m_stuck.push_back(from.sharedPeer());
+  if (letGo(from.sharedPeer())) return;
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s cannot be taken out of the service",
+            from.peer().address().c_str());
+  m_stuck = true;
+}
+
+// Takes a peer that is gone out of the service. False: the service may still use its proxy, and so
+// the peer stays. Needs no memory of its own.
+bool RemoteServer::Impl::letGo(const std::shared_ptr<Peer>& peer) {
+  if (peer->hasProxy() && !takeBack(*m_target, peer->address())) return false;
+  peer->freeProxy();
+  forget(*peer);
+  return true;
+}
+
+// The service may have had no memory to let them go at the time.
+void RemoteServer::Impl::letStuckOnesGo() {
+  std::vector<std::shared_ptr<Peer>> gone;
+  {
+    const std::lock_guard lock(m_peersMutex);
+    for (const auto& [address, peer] : m_peers) {
+      if (peer->gone()) gone.push_back(peer);
     }
   }
-  const std::lock_guard lock(m_peersMutex);
-  m_peers.erase(peer.address());
+  m_stuck = false;
+  for (const auto& peer : gone) m_stuck = !letGo(peer) || m_stuck;
 }
 
 void RemoteServer::Impl::closed(Connection& from) {

@@ -54,6 +54,7 @@ struct Device::Parts {
   ManagementThread managementThread;  // runs tasks of the above
   HostContext context;
   std::optional<ReportPipe> pipe;
+  std::optional<ListenerWaker> waker;
   std::unique_ptr<Invoker> invoker;
   std::unique_ptr<Service> service;
 };
@@ -120,6 +121,7 @@ void Device::start(FrameworkContext& remote) {
   startWithoutZone();
   if (!parts.options.state.empty()) setStorageFolder(parts.options.state);
   parts.pipe.emplace();
+  parts.waker.emplace(*parts.pipe);
   parts.presetFallbackTime();
   parts.invoker.reset(parts.plugin.createInvoker());
   parts.invoker->initInvoker(&remote);
@@ -140,8 +142,9 @@ void Device::stop() {
     // On its own thread: no call into the service is under way then, and none will come.
     parts.managementThread.run([&parts] { parts.management.dropAgents(); });
     parts.physical.dropSubscribers();
-    const ListenerWaker waker(*parts.pipe);
+    parts.waker->begin();
     parts.service.reset();
+    parts.waker.reset();
   }
   parts.invoker.reset();
 }

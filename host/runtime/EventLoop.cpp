@@ -9,8 +9,10 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <exception>
 #include <utility>
 
+#include "Logging.h"
 #include "clock/VirtualClock.h"
 
 namespace host {
@@ -28,7 +30,7 @@ struct EventLoop::Impl {
   // Delivers what is due, then waits for what is next, or not at all.
   void look() {
     lookPending = false;
-    clock.runDue(kSlice);
+    runDue();
     const auto wait = clock.realTimeToNextExpiry();
     if (!wait) {
       timer.cancel();
@@ -37,6 +39,16 @@ struct EventLoop::Impl {
       scheduleChanged();
     } else {
       sleep(*wait);
+    }
+  }
+
+  // The boundary of the host: what a service throws costs this expiry, and time goes on.
+  void runDue() {
+    try {
+      clock.runDue(kSlice);
+    } catch (const std::exception& error) {
+      logAppUni("clockhost", 2, __FILE__, __LINE__, "an expired timer's owner threw \"%s\"",
+                error.what());
     }
   }
 

@@ -15,7 +15,8 @@ class VirtualClock;
 // The framework thread's loop: sockets, posted tasks, timers of the clock, SIGINT and SIGTERM.
 // It sleeps until one of them has something: there is no periodic tick.
 // Owner: main, on the framework thread. Thread: run() makes its caller the framework thread; post()
-// and stop() are anybody's. Failure: an exception out of a task leaves run().
+// and stop() are anybody's. Failure: an exception out of a task leaves run(), one out of an expiry
+// is logged.
 class EventLoop {
  public:
   // Expiries delivered in a row before sockets are looked at again, at any speed.

@@ -1,7 +1,6 @@
 #include "runtime/ReportPipe.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,9 +13,12 @@
 
 #include "clock/DeviceRoot.h"
 #include "runtime/Error.h"
+#include "runtime/StartThread.h"
 
 namespace host {
 namespace {
+
+constexpr const char* kName = "waker of the report listener";
 
 // A listener may come to its wait a moment after it was told to end.
 constexpr std::chrono::milliseconds kBetweenWakes{2};
@@ -92,33 +94,42 @@ std::string ReportPipe::heldPath() const {
 }
 
 ListenerWaker::ListenerWaker(std::string path)
-    : m_path(std::move(path)), m_thread([this] { work(); }) {}
+    : m_path(std::move(path)), m_thread(startThread(kName, [this] { work(); })) {}
 
 ListenerWaker::ListenerWaker(const ReportPipe& pipe)
-    : m_path(pipe.path()), m_heldPath(pipe.heldPath()), m_thread([this] { work(); }) {}
+    : m_path(pipe.path()),
+      m_heldPath(pipe.heldPath()),
+      m_thread(startThread(kName, [this] { work(); })) {}
 
 ListenerWaker::~ListenerWaker() {
   {
     const std::lock_guard lock(m_mutex);
     m_ending = true;
   }
-  m_ended.notify_all();
+  m_changed.notify_all();
   m_thread.join();
 }
 
+void ListenerWaker::begin() {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_begun = true;
+  }
+  m_changed.notify_all();
+}
+
+// A listener may leave between our open and our write. That is no reason for the process to end:
+// the thread does not hear signals.
 void ListenerWaker::work() {
-  // A listener may leave between our open and our write; that is no reason for the process to end.
-  sigset_t brokenPipe;
-  sigemptyset(&brokenPipe);
-  sigaddset(&brokenPipe, SIGPIPE);
-  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
   std::unique_lock lock(m_mutex);
+  m_changed.wait(lock, [this] { return m_begun || m_ending; });
+  if (!m_begun) return;
   do {
     lock.unlock();
     wake(m_path, O_NOFOLLOW);
     if (!m_heldPath.empty()) wake(m_heldPath, 0);  // a link by its nature
     lock.lock();
-    m_ended.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
+    m_changed.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
   } while (!m_ending);
 }
 

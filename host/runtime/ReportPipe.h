@@ -31,9 +31,11 @@ class ReportPipe {
   Descriptor m_held;  // neither a reader nor a writer
 };
 
-// While it lives, wakes whoever waits for the pipe in open or read, so that a listener told to end
-// gets to see that: again and again it opens the pipe for writing and writes four zero bytes.
-// Owner: whoever takes the listener down. Failure: a pipe that is not there wakes nobody.
+// From begin() until it goes, at least once, wakes whoever waits for the pipe in open or read, so
+// that a listener told to end gets to see that: again and again it opens the pipe for writing and
+// writes four zero bytes. Its thread is there from the start: at the end there may be none to be
+// had. Owner: whoever takes the listener down. Failure: the constructor throws Error: no thread is
+// left; a pipe that is not there wakes nobody.
 class ListenerWaker {
  public:
   explicit ListenerWaker(std::string path);
@@ -43,13 +45,16 @@ class ListenerWaker {
   ListenerWaker(const ListenerWaker&) = delete;
   ListenerWaker& operator=(const ListenerWaker&) = delete;
 
+  void begin();
+
  private:
   void work();
 
   const std::string m_path;
   const std::string m_heldPath;  // empty: none
   std::mutex m_mutex;
-  std::condition_variable m_ended;
+  std::condition_variable m_changed;
+  bool m_begun = false;
   bool m_ending = false;
   std::thread m_thread;  // last: it uses all of the above
 };

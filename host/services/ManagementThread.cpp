@@ -6,10 +6,12 @@
 #include <utility>
 
 #include "Logging.h"
+#include "runtime/StartThread.h"
 
 namespace host {
 
-ManagementThread::ManagementThread() : m_thread([this] { work(); }) {}
+ManagementThread::ManagementThread()
+    : m_thread(startThread("management thread", [this] { work(); })) {}
 
 ManagementThread::~ManagementThread() {
   {

@@ -10,7 +10,8 @@ namespace host {
 
 // The thread that management calls come from, so that the locks of an agent are real.
 // Owner: the device; destruction runs what is queued and joins. Thread: any.
-// Failure: an exception out of a posted task is logged at level 2; run() hands it to its caller.
+// Failure: the constructor throws Error: there is no thread to be had. An exception out of a posted
+// task is logged at level 2; run() hands it to its caller.
 class ManagementThread {
  public:
   ManagementThread();

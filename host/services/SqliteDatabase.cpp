@@ -44,24 +44,54 @@ std::string unusedName(const std::string& file) {
   }
 }
 
+// What a failed start has made is no damage to be found by the next.
+void dropEmptyFile(const std::string& file) {
+  std::error_code code;
+  if (std::filesystem::file_size(file, code) == 0 && !code) std::filesystem::remove(file, code);
+}
+
 }  // namespace
 
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store)
     : m_name(file.string()), m_version(store.version) {
-  try {
+  const auto first = damageOnOpening(store);
+  if (!first) return;
+  // A page that cannot be read looks the same, and a disk that stumbled gives it the second time.
+  const auto again = damageOnOpening(store);
+  if (again) {
+    setAside(*again);
     create();
     open(store);
-  } catch (const Damaged& damage) {
-    m_handle.reset();
-    setAside(damage.reason);
-    create();
-    open(store);
+  } else {
+    logAppUni("clockhost", 3, __FILE__, __LINE__,
+              "store \"%s\" could only be read in a second try: %s", m_name.c_str(),
+              first->c_str());
   }
+}
+
+std::optional<std::string> SqliteDatabase::damageOnOpening(const SqliteStore& store) try {
+  create();
+  open(store);
+  return std::nullopt;
+} catch (const Damaged& damage) {
+  m_handle.reset();
+  return damage.reason;
+} catch (const Error&) {
+  if (m_made) dropEmptyFile(m_name);
+  throw;
 }
 
 SqliteDatabase::SqliteDatabase(const SqliteStore& store)
     : m_name(":memory:"), m_version(store.version) {
   open(store);
+}
+
+// What closing would do without a word when it fails. Nothing is lost then: the log stays, and is
+// read when the file is opened again.
+SqliteDatabase::~SqliteDatabase() {
+  const int code =
+      sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+  if (code != SQLITE_OK) logFailure("moving the log into the file");
 }
 
 void SqliteDatabase::Close::operator()(sqlite3* handle) const {
@@ -74,7 +104,8 @@ void SqliteDatabase::beginLog() {
   const auto size = std::filesystem::file_size(m_name + "-wal", missing);
   if (!missing && size > 0) return;
   const std::string change = "PRAGMA user_version=" + std::to_string(m_version);
-  sqlite3_exec(handle(), change.c_str(), nullptr, nullptr, nullptr);
+  const int code = sqlite3_exec(handle(), change.c_str(), nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) logFailure("beginning the log");
 }
 
 void SqliteDatabase::logFailure(const char* what) const {
@@ -89,6 +120,7 @@ void SqliteDatabase::create() {
       ::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (fresh >= 0) {
     ::close(fresh);
+    m_made = true;
     return;
   }
   if (errno != EEXIST) {

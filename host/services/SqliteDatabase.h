@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 struct sqlite3;
@@ -19,18 +20,20 @@ struct SqliteStore {
 
 // One open SQLite database with a write-ahead log, held exclusively by this process.
 // Owner: a service, which also sees to one thread at a time. Failure: opening throws host::Error;
-// a damaged file is set aside as FILE.damaged-N, with one log line, and a new one is opened.
+// a file found damaged twice is set aside as FILE.damaged-N, with one log line, and a new one is
+// opened.
 class SqliteDatabase {
  public:
   // Creates file and folder where missing, both for their owner only. Throws host::Error: not
   // writable, of a newer version, or in use by another process.
   SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store);
   explicit SqliteDatabase(const SqliteStore& store);  // in memory
+  ~SqliteDatabase();
 
   [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
 
   // Begins the write-ahead log of a file that has none, as the first change would: that takes syncs
-  // of its own, for which the first change need not wait then. A failure is left to that change.
+  // of its own, for which the first change need not wait then. It tries again after a failure.
   void beginLog();
 
   // Writes one log line: what failed, with SQLite's own words for it.
@@ -41,6 +44,7 @@ class SqliteDatabase {
     void operator()(sqlite3* handle) const;
   };
 
+  std::optional<std::string> damageOnOpening(const SqliteStore& store);
   void create();
   void open(const SqliteStore& store);
   void bringUp(const SqliteStore& store);
@@ -52,6 +56,7 @@ class SqliteDatabase {
 
   std::string m_name;  // the file's path, or ":memory:"
   const int m_version;
+  bool m_made = false;  // the file is this object's
   std::unique_ptr<sqlite3, Close> m_handle;
 };
 

@@ -40,16 +40,6 @@ class Redirection {
   posix_spawn_file_actions_t m_actions{};
 };
 
-// True when the process has ended within the limit; it is not reaped.
-bool ends(pid_t id, std::chrono::milliseconds limit) {
-  const int process = static_cast<int>(syscall(SYS_pidfd_open, id, 0));
-  if (process < 0) return false;
-  pollfd waiting{process, POLLIN, 0};
-  const bool ended = poll(&waiting, 1, static_cast<int>(limit.count())) == 1;
-  close(process);
-  return ended;
-}
-
 }  // namespace
 
 Program::Program(const std::filesystem::path& folder, const std::string& name, const Words& words)
@@ -72,8 +62,17 @@ void Program::signal(int number) const {
   kill(m_id, number);
 }
 
+bool Program::ends(std::chrono::milliseconds limit) const {
+  const int process = static_cast<int>(syscall(SYS_pidfd_open, m_id, 0));
+  if (process < 0) return false;
+  pollfd waiting{process, POLLIN, 0};
+  const bool ended = poll(&waiting, 1, static_cast<int>(limit.count())) == 1;
+  close(process);
+  return ended;
+}
+
 Outcome Program::wait(std::chrono::seconds limit) {
-  if (!ends(m_id, limit)) kill(m_id, SIGKILL);
+  if (!ends(limit)) kill(m_id, SIGKILL);
   int state = 0;
   waitpid(m_id, &state, 0);
   m_id = -1;

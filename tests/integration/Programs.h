@@ -30,6 +30,9 @@ class Program {
 
   void signal(int number) const;
 
+  // Whether it ends within the limit. It is still to be waited for.
+  [[nodiscard]] bool ends(std::chrono::milliseconds limit) const;
+
   // Waits for its end; 128 + SIGKILL when it had to be killed at the limit.
   Outcome wait(std::chrono::seconds limit = std::chrono::seconds(30));
 

@@ -115,16 +115,20 @@ int openedAndRead(const std::string& path) {
   return length == 4 && value == std::array<char, 4>{} ? 4 : static_cast<int>(length);
 }
 
+struct Waking : host::ListenerWaker {
+  explicit Waking(const std::string& path) : ListenerWaker(path) { begin(); }
+};
+
 TEST_F(DeviceWithPipe, WakesAListenerThatWaitsInOpen) {
   const host::ReportPipe pipe;
   auto listener = std::async(std::launch::async, [&] { return openedAndRead(pipe.path()); });
-  const host::ListenerWaker waker(pipe.path());
+  const Waking waker(pipe.path());
   EXPECT_EQ(listener.get(), 4);
 }
 
 TEST_F(DeviceWithPipe, WakesAListenerAgainAndAgain) {
   const host::ReportPipe pipe;
-  const host::ListenerWaker waker(pipe.path());
+  const Waking waker(pipe.path());
   for (int i = 0; i < 3; ++i) {
     const int length = openedAndRead(pipe.path());
     EXPECT_TRUE(length == 4 || length == 0) << length;
@@ -138,7 +142,7 @@ TEST_F(DeviceWithPipe, WakesAListenerThatWaitsInRead) {
   ASSERT_GE(holder, 0);
   auto listener = std::async(std::launch::async, [&] { return openedAndRead(pipe.path()); });
   {
-    const host::ListenerWaker waker(pipe.path());
+    const Waking waker(pipe.path());
     EXPECT_EQ(listener.get(), 4);
   }
   close(holder);
@@ -146,10 +150,10 @@ TEST_F(DeviceWithPipe, WakesAListenerThatWaitsInRead) {
 
 TEST_F(DeviceWithPipe, WakesNobodyWithoutHarm) {
   const host::ReportPipe pipe;
-  { const host::ListenerWaker nobodyWaits(pipe.path()); }
-  { const host::ListenerWaker noPipe(onHost("/none")); }
+  { const Waking nobodyWaits(pipe.path()); }
+  { const Waking noPipe(onHost("/none")); }
   std::ofstream(onHost("/file")) << "precious";
-  { const host::ListenerWaker noPipe(onHost("/file")); }
+  { const Waking noPipe(onHost("/file")); }
   EXPECT_EQ(fs::file_size(onHost("/file")), 8U);
 }
 
@@ -161,7 +165,7 @@ TEST_F(DeviceWithPipe, DoesNotWaitForAFullPipe) {
   const std::string page(4096, 'x');
   while (write(holder, page.data(), page.size()) > 0) {
   }
-  { const host::ListenerWaker waker(pipe.path()); }
+  { const Waking waker(pipe.path()); }
   close(holder);
 }
 

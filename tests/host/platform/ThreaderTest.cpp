@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <signal.h>
 
 #include <atomic>
 #include <chrono>
@@ -55,6 +56,17 @@ TEST(Threader, StoresTheIdBeforeTheBodyRuns) {
   threader.waitForThreadCompletion(id);
   EXPECT_EQ(seen, id);
   threader.destroy(id);
+}
+
+TEST(Threader, LeavesSignalsToTheMainThread) {
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  Body body([&] { pthread_sigmask(SIG_BLOCK, nullptr, &blocked); });
+  Threader threader;
+  unsigned long id = 0;
+  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
+  threader.destroy(id);
+  for (const int signal : {SIGTERM, SIGINT, SIGPIPE}) EXPECT_EQ(sigismember(&blocked, signal), 1);
 }
 
 TEST(Threader, NamesTheThreadWithinTheKernelsBound) {

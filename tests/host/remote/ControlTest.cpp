@@ -117,6 +117,19 @@ TEST(Control, RequestDroppedUnansweredEndsTheConnectionOfAClientThatWaitsForNoth
   EXPECT_TRUE(client.barrier(kLong));
 }
 
+TEST(Control, RequestDroppedUnansweredIsRefused) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  RemoteClient client(server.socket);
+  const auto id = client.startControl("?");
+  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
+  static_cast<void>(desk.take());
+  const auto answer = client.nextAnswer(id, kLong);
+  ASSERT_TRUE(answer);
+  EXPECT_TRUE(answer->last);
+  EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host could not answer"})");
+}
+
 TEST(Control, TellsOnTheLoopWhenTheClientIsGone) {
   Desk desk;
   ServerUnderTest server(desk.handler());

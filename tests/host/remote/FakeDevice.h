@@ -53,6 +53,7 @@ class FakeDevice final : public Invoker {
 
   // "unobserveTimeEvents" is no longer answered.
   void stopUnobserving() { m_unobserving = false; }
+  void unobserveAgain() { m_unobserving = true; }
 
  private:
   using Row = void (FakeDevice::*)(Method& request, Method& reply, const std::string& address);

@@ -1,9 +1,11 @@
 #include "remote/Outbox.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
 #include <array>
+#include <cerrno>
 #include <thread>
 #include <vector>
 
@@ -107,6 +109,25 @@ TEST_F(OutboxWithReader, IsBrokenWhenTheReaderIsGone) {
   EXPECT_EQ(m_outbox->state(), Outbox::State::broken);
   EXPECT_EQ(m_attention, 1);
   EXPECT_TRUE(m_outbox->flush());
+}
+
+TEST_F(OutboxWithReader, HasFailedWhenTheSystemDoesNotSend) {
+  const Descriptor notASocket(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  Outbox outbox(notASocket.get(), [this] { ++m_attention; });
+  EXPECT_FALSE(outbox.send({FrameKind::event, 1, "x"}));
+  EXPECT_EQ(outbox.state(), Outbox::State::failed);
+  EXPECT_EQ(outbox.error(), ENOTSOCK);
+  EXPECT_EQ(m_attention, 1);
+}
+
+TEST_F(OutboxWithReader, SendsNothingBehindWhatCouldNotBeMade) {
+  m_outbox->giveUp(ENOMEM);
+  EXPECT_FALSE(send(1, 1));
+  EXPECT_EQ(m_outbox->state(), Outbox::State::failed);
+  EXPECT_EQ(m_outbox->error(), ENOMEM);
+  m_outbox->giveUp(EIO);
+  EXPECT_EQ(m_outbox->error(), ENOMEM) << "the first reason stays";
+  EXPECT_EQ(m_attention, 1);
 }
 
 TEST_F(OutboxWithReader, TouchesNothingOnceClosed) {

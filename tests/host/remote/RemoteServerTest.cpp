@@ -203,6 +203,22 @@ TEST(RemoteServer, StopTakesEverybodyBackHangsUpAndRemovesTheSocket) {
   server.stop();
 }
 
+TEST(RemoteServer, TakesAPeerBackWithTheNextClientWhenTheServiceCouldNotBefore) {
+  ServerUnderTest server;
+  {
+    RemoteClient client(server.socket);
+    call(client, "observeTimeEvents");
+    server.device.stopUnobserving();
+  }
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+  server.device.unobserveAgain();
+  EXPECT_EQ(server.device.observers(), 1U);
+  RemoteClient next(server.socket);
+  call(next, "observeTimeEvents");
+  EXPECT_EQ(server.device.observers(), 1U);
+  EXPECT_EQ(FakeProxy::living, 1);
+}
+
 TEST(RemoteServer, LeavesTheProxyOfAPeerWhomTheServiceDoesNotLetGo) {
   {
     ServerUnderTest server;

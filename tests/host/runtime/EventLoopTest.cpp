@@ -5,11 +5,13 @@
 #include <csignal>
 #include <functional>
 #include <limits>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include "Executable.h"
 #include "clock/VirtualClock.h"
+#include "support/LogCapture.h"
 
 namespace host {
 namespace {
@@ -116,6 +118,21 @@ TEST_F(IdleLoop, EndlessExpiriesAtFullSpeedDoNotKeepTasksOut) {
   loop.run();
   EXPECT_EQ(rounds, 10);
   EXPECT_LE(clock.expiriesDelivered(), 11 * EventLoop::kSlice);
+}
+
+TEST_F(IdleLoop, LogsWhatAnOwnerThrowsAndGoesOn) {
+  const support::LogCapture log;
+  int expiries = 0;
+  owner.onTimer = [&](int) {
+    if (++expiries == 2) loop.stop();
+    throw std::runtime_error("out of patience");
+  };
+  arm(milliseconds(1));
+  arm(milliseconds(2));
+  clock.setSpeed(kAsFastAsItGoes);
+  loop.run();
+  EXPECT_EQ(expiries, 2);
+  EXPECT_EQ(log.count("an expired timer's owner threw \"out of patience\""), 2U) << log.text();
 }
 
 TEST_F(IdleLoop, StoppedLoopDeliversNothing) {

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -174,6 +175,44 @@ TEST_F(SettingsStore, FileThatIsAFolderIsRefused) {
 TEST_F(SettingsStore, FullDiskAtTheStartIsRefused) {
   const FailingWrites fault(ENOSPC);
   EXPECT_NE(openingError().find("cannot be written"), std::string::npos) << openingError();
+}
+
+TEST_F(SettingsStore, FailedStartLeavesNothingToBeTakenForDamage) {
+  {
+    const FailingWrites fault(ENOSPC);
+    EXPECT_NE(openingError(), "");
+  }
+  EXPECT_EQ(openingError(), "");
+  EXPECT_TRUE(log.entries().empty()) << log.text();
+}
+
+TEST_F(SettingsStore, ReadThatFailsOnceIsNoDamage) {
+  saveOne();
+  for (int nth = 1;; ++nth) {
+    SCOPED_TRACE(nth);
+    const StumblingReads fault(nth);
+    const std::string error = openingError();
+    if (!StumblingReads::stumbled()) break;
+    EXPECT_TRUE(!error.empty() || log.hasPart("second try")) << log.text();
+    SqliteDataAccess store(folder.path());
+    EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
+    log.clear();
+  }
+  EXPECT_FALSE(fs::exists(aside(1)));
+}
+
+TEST_F(SettingsStore, LogThatCannotBeMovedAtTheEndIsToldAndKept) {
+  std::optional<FailingWrites> fault;
+  {
+    SqliteDataAccess store(folder.path());
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+    fault.emplace(EIO);
+  }
+  fault.reset();
+  ASSERT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_TRUE(log.hasPart("settings.db\": moving the log into the file failed: ")) << log.text();
+  SqliteDataAccess store(folder.path());
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
 }
 
 TEST_F(SettingsStore, SecondDamageGetsTheNextName) {

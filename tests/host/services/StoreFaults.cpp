@@ -24,6 +24,24 @@ ssize_t refuseWriteAt(int, const void*, size_t, off_t) {
   return -1;
 }
 
+int readsToStumble = 0;
+
+bool stumbles() {
+  return --readsToStumble == 0;
+}
+
+ssize_t readOrStumble(int file, void* bytes, size_t count) {
+  if (!stumbles()) return ::read(file, bytes, count);
+  errno = EIO;
+  return -1;
+}
+
+ssize_t readAtOrStumble(int file, void* bytes, size_t count, off_t offset) {
+  if (!stumbles()) return ::pread(file, bytes, count, offset);
+  errno = EIO;
+  return -1;
+}
+
 // Null puts the real call back.
 void replace(const char* call, sqlite3_syscall_ptr function) {
   sqlite3_vfs* const vfs = sqlite3_vfs_find(nullptr);
@@ -52,6 +70,21 @@ FailingWrites::FailingWrites(int error) {
 
 FailingWrites::~FailingWrites() {
   for (const char* const call : {"write", "pwrite", "pwrite64"}) replace(call, nullptr);
+}
+
+StumblingReads::StumblingReads(int nth) {
+  readsToStumble = nth;
+  replace("read", reinterpret_cast<sqlite3_syscall_ptr>(readOrStumble));
+  replace("pread", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrStumble));
+  replace("pread64", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrStumble));
+}
+
+StumblingReads::~StumblingReads() {
+  for (const char* const call : {"read", "pread", "pread64"}) replace(call, nullptr);
+}
+
+bool StumblingReads::stumbled() {
+  return readsToStumble <= 0;
 }
 
 FailingSyncs::FailingSyncs() {

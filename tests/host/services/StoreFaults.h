@@ -19,6 +19,17 @@ class FailingWrites {
   FailingWrites& operator=(const FailingWrites&) = delete;
 };
 
+// While it lives, the n-th (1: the first) read of SQLite from a file fails with EIO.
+class StumblingReads {
+ public:
+  explicit StumblingReads(int nth);
+  ~StumblingReads();
+  StumblingReads(const StumblingReads&) = delete;
+  StumblingReads& operator=(const StumblingReads&) = delete;
+
+  [[nodiscard]] static bool stumbled();
+};
+
 // While it lives, each sync fails with EIO.
 class FailingSyncs {
  public:

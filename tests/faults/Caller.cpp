@@ -1,0 +1,61 @@
+#include "faults/Caller.h"
+
+#include <nlohmann/json.hpp>
+
+namespace faults {
+namespace {
+
+using nlohmann::json;
+
+std::string text(const json& request) {
+  return request.dump();
+}
+
+}  // namespace
+
+template <class Request>
+auto Caller::ask(Request request) -> decltype(request(std::declval<host::RemoteClient&>())) {
+  try {
+    if (!m_client) m_client = m_host.connect();
+    auto answer = request(*m_client);
+    if (!answer) ++m_leftWaiting;
+    return answer;
+  } catch (const host::Error&) {
+    m_client.reset();
+    return std::nullopt;
+  }
+}
+
+std::optional<std::string> Caller::control(const std::string& request) {
+  return ask([&](host::RemoteClient& client) { return client.control(request, kLimit); });
+}
+
+std::optional<Method> Caller::call(const std::string& name) {
+  Method method(name.c_str(), Method::call);
+  return ask([&](host::RemoteClient& client) { return client.call(method, kLimit); });
+}
+
+std::optional<bool> Caller::set(const std::string& key, const std::string& value) {
+  const auto reply = control(text({{"verb", "set"}, {"key", key}, {"value", value}}));
+  if (!reply) return std::nullopt;
+  return json::parse(*reply).at("ok").get<bool>();
+}
+
+std::optional<std::string> Caller::get(const std::string& key) {
+  const auto reply = control(text({{"verb", "get"}, {"key", key}}));
+  if (!reply) return std::nullopt;
+  const json answer = json::parse(*reply);
+  if (!answer.at("ok").get<bool>()) return std::nullopt;
+  return answer.at("value").get<std::string>();
+}
+
+std::optional<Method> Caller::nextEvent(std::chrono::milliseconds limit) {
+  try {
+    if (m_client) return m_client->nextEvent(limit);
+  } catch (const host::Error&) {
+    m_client.reset();
+  }
+  return std::nullopt;
+}
+
+}  // namespace faults

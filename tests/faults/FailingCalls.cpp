@@ -1,0 +1,229 @@
+// The C library's calls as the host under test finds them: this library comes before it. What is
+// not to fail goes straight on to the system.
+#include "faults/FailingCalls.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <string_view>
+
+namespace faults {
+namespace {
+
+std::atomic<Plan*> g_plan{nullptr};
+
+// Before main: the calls that come earlier are the loader's and those of static initialisers.
+__attribute__((constructor)) void readPlan() {
+  const char* const file = std::getenv(kPlanVariable);
+  if (file == nullptr) return;
+  const long descriptor = ::syscall(SYS_openat, AT_FDCWD, file, O_RDWR | O_CLOEXEC);
+  if (descriptor < 0) return;
+  void* const memory = ::mmap(nullptr, sizeof(Plan), PROT_READ | PROT_WRITE, MAP_SHARED,
+                              static_cast<int>(descriptor), 0);
+  ::syscall(SYS_close, descriptor);
+  if (memory != MAP_FAILED) g_plan = static_cast<Plan*>(memory);
+}
+
+Call plannedCall() {
+  Plan* const plan = g_plan;
+  return plan == nullptr ? Call::none : plan->call.load();
+}
+
+// One row: a kind of file, known by a part of its path, and what calls on it count as.
+struct FileKind {
+  std::string_view part;
+  Call open;
+  Call read;
+  Call write;
+  Call sync;
+};
+
+constexpr std::array<FileKind, 3> kKinds = {{
+    {".db", Call::storeOpen, Call::storeRead, Call::storeWrite, Call::storeSync},
+    {"setupTZ.sh", Call::scriptOpen, Call::none, Call::scriptWrite, Call::scriptSync},
+    {"/ipc/ntpclient", Call::pipeOpen, Call::pipeRead, Call::none, Call::none},
+}};
+
+using Column = Call FileKind::*;
+
+bool failsOn(std::string_view path, Column column) {
+  const Call planned = plannedCall();
+  if (planned == Call::none) return false;
+  for (const FileKind& kind : kKinds) {
+    const bool meant = kind.*column == planned && path.find(kind.part) != std::string_view::npos;
+    if (meant) return fails(planned);
+  }
+  return false;
+}
+
+// The system knows a descriptor's path.
+bool failsOn(int descriptor, Column column) {
+  if (plannedCall() == Call::none) return false;
+  std::array<char, 32> link{"/proc/self/fd/"};
+  std::size_t end = std::string_view(link.data()).size();
+  std::array<char, 10> digits;
+  std::size_t count = 0;
+  for (int rest = descriptor; rest > 0 || count == 0; rest /= 10) {
+    digits[count++] = static_cast<char>('0' + rest % 10);
+  }
+  while (count > 0) link[end++] = digits[--count];
+  std::array<char, 4096> path;
+  const long size = ::syscall(SYS_readlinkat, AT_FDCWD, link.data(), path.data(), path.size());
+  return size > 0 && failsOn(std::string_view(path.data(), static_cast<std::size_t>(size)), column);
+}
+
+// A pipe opened for writing is a try to wake its reader, repeated until it does: no point of
+// failure.
+bool isWake(std::string_view path, int flags) {
+  return (flags & O_ACCMODE) == O_WRONLY && path.find("/ipc/") != std::string_view::npos;
+}
+
+int openFile(const char* path, int flags, mode_t mode) {
+  const std::string_view name = path == nullptr ? "" : path;
+  if (!isWake(name, flags) && failsOn(name, &FileKind::open)) return -1;
+  return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+// Without a client there is nothing to accept, and no failure either.
+bool somebodyWaits(int listener) {
+  pollfd asked{listener, POLLIN, 0};
+  return ::poll(&asked, 1, 0) == 1;
+}
+
+constexpr bool takesMode(int flags) {
+  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+}
+
+template <class Function>
+Function* next(const char* name) {
+  void* const found = ::dlsym(RTLD_NEXT, name);
+  return reinterpret_cast<Function*>(found);
+}
+
+}  // namespace
+
+bool isPlanned(Call call) noexcept {
+  return plannedCall() == call;
+}
+
+bool fails(Call call) noexcept {
+  if (!isPlanned(call)) return false;
+  Plan* const plan = g_plan;
+  if (plan->seen.fetch_add(1) + 1 != plan->nth.load()) return false;
+  errno = plannedError();
+  return true;
+}
+
+int plannedError() noexcept {
+  Plan* const plan = g_plan;
+  return plan == nullptr ? 0 : static_cast<int>(plan->error.load());
+}
+
+}  // namespace faults
+
+using faults::Call;
+using faults::FileKind;
+
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+  mode_t mode = 0;
+  if (faults::takesMode(flags)) {
+    va_list rest;
+    va_start(rest, flags);
+    mode = va_arg(rest, mode_t);
+    va_end(rest);
+  }
+  return faults::openFile(path, flags, mode);
+}
+
+int open64(const char* path, int flags, ...) {
+  mode_t mode = 0;
+  if (faults::takesMode(flags)) {
+    va_list rest;
+    va_start(rest, flags);
+    mode = va_arg(rest, mode_t);
+    va_end(rest);
+  }
+  return faults::openFile(path, flags | O_LARGEFILE, mode);
+}
+
+ssize_t read(int descriptor, void* bytes, size_t count) {
+  if (faults::failsOn(descriptor, &FileKind::read)) return -1;
+  return ::syscall(SYS_read, descriptor, bytes, count);
+}
+
+ssize_t pread64(int descriptor, void* bytes, size_t count, off64_t offset) {
+  if (faults::failsOn(descriptor, &FileKind::read)) return -1;
+  return ::syscall(SYS_pread64, descriptor, bytes, count, offset);
+}
+
+ssize_t write(int descriptor, const void* bytes, size_t count) {
+  if (faults::failsOn(descriptor, &FileKind::write)) return -1;
+  return ::syscall(SYS_write, descriptor, bytes, count);
+}
+
+ssize_t pwrite64(int descriptor, const void* bytes, size_t count, off64_t offset) {
+  if (faults::failsOn(descriptor, &FileKind::write)) return -1;
+  return ::syscall(SYS_pwrite64, descriptor, bytes, count, offset);
+}
+
+int fsync(int descriptor) {
+  if (faults::failsOn(descriptor, &FileKind::sync)) return -1;
+  return static_cast<int>(::syscall(SYS_fsync, descriptor));
+}
+
+int fdatasync(int descriptor) {
+  if (faults::failsOn(descriptor, &FileKind::sync)) return -1;
+  return static_cast<int>(::syscall(SYS_fdatasync, descriptor));
+}
+
+int rename(const char* from, const char* to) noexcept {
+  const bool script = std::string_view(to).find("setupTZ.sh") != std::string_view::npos;
+  if (script && faults::fails(Call::scriptRename)) return -1;
+  return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+}
+
+int accept4(int socket, struct sockaddr* address, socklen_t* size, int flags) {
+  if (faults::somebodyWaits(socket) && faults::fails(Call::accept)) return -1;
+  return static_cast<int>(::syscall(SYS_accept4, socket, address, size, flags));
+}
+
+ssize_t send(int socket, const void* bytes, size_t count, int flags) {
+  if (faults::fails(Call::send)) return -1;
+  return ::syscall(SYS_sendto, socket, bytes, count, flags, nullptr, 0);
+}
+
+// The pause after a failed open or read of the pipe costs the test no time.
+unsigned int sleep(unsigned int) {
+  return 0;
+}
+
+// These answer with the error itself.
+int posix_spawn(pid_t* id, const char* path, const posix_spawn_file_actions_t* actions,
+                const posix_spawnattr_t* attributes, char* const arguments[],
+                char* const environment[]) {
+  if (faults::fails(Call::spawn)) return errno;
+  static const auto real = faults::next<decltype(posix_spawn)>("posix_spawn");
+  return real(id, path, actions, attributes, arguments, environment);
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                   void* argument) noexcept {
+  if (faults::fails(Call::threadCreation)) return errno;
+  static const auto real = faults::next<decltype(pthread_create)>("pthread_create");
+  return real(thread, attributes, body, argument);
+}
+
+}  // extern "C"

@@ -1,0 +1,37 @@
+#include "faults/FaultPoints.h"
+
+#include <cerrno>
+
+namespace faults {
+namespace {
+
+constexpr const char* kStore = "store \"[^\"]*\"";
+constexpr const char* kScript = "storage \"setupTZ.sh\" cannot be ";
+
+// clang-format off
+constexpr FaultPoint kPoints[] = {
+    {"store open",      Call::storeOpen,      EMFILE, kStore},
+    {"store read",      Call::storeRead,      EIO,    kStore},
+    {"store write",     Call::storeWrite,     ENOSPC, kStore},
+    {"store sync",      Call::storeSync,      EIO,    kStore},
+    {"script open",     Call::scriptOpen,     EMFILE, kScript},
+    {"script write",    Call::scriptWrite,    ENOSPC, kScript},
+    {"script sync",     Call::scriptSync,     EIO,    kScript},
+    {"script rename",   Call::scriptRename,   EIO,    kScript},
+    {"spawn",           Call::spawn,          EAGAIN, "cannot start \"[^\"]*\""},
+    {"thread creation", Call::threadCreation, EAGAIN, "cannot start|couldn't be started"},
+    {"pipe open",       Call::pipeOpen,       EMFILE, "Cannot open .*ntpclient|pipe of the time reports", true},
+    {"pipe read",       Call::pipeRead,       EIO,    "Read failed", true},
+    {"accept",          Call::accept,         ENOBUFS, "cannot accept clients"},
+    {"accept, full",    Call::accept,         EMFILE, "client turned away"},
+    {"send",            Call::send,           ENOBUFS, "client [0-9]+ .*dropped"},
+};
+// clang-format on
+
+}  // namespace
+
+std::span<const FaultPoint> faultPoints() {
+  return kPoints;
+}
+
+}  // namespace faults

@@ -1,0 +1,193 @@
+// Memory runs out at the n-th allocation while the host handles a frame, for n = 1, 2, 3 ... until
+// it does with less.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <optional>
+#include <ostream>
+#include <sstream>
+#include <string>
+
+#include "faults/Caller.h"
+#include "faults/PlanFile.h"
+#include "integration/SetLedger.h"
+#include "remote/FrameSocket.h"
+#include "remote/MessagePackCodec.h"
+
+namespace faults {
+namespace {
+
+using host::Frame;
+using host::FrameKind;
+
+constexpr std::chrono::seconds kLimit(5);
+constexpr std::uint32_t kFrame = 2;   // ids of what the client sends
+constexpr std::uint32_t kBehind = 3;  // is answered after it, when that is answered at all
+constexpr const char* kKey = "ntp-secret";
+
+std::string secret(std::uint64_t nth) {
+  return "a secret that is too long for a short string " + std::to_string(nth);
+}
+
+std::string call(const char* method, const std::string& text = "") {
+  Method message(method, Method::call);
+  if (!text.empty()) message.addStringParameter("getTimeUTCStrString", text, Parameter::in);
+  std::stringstream stream;
+  host::MessagePackCodec().encode(message, stream);
+  return stream.str();
+}
+
+enum Conditions : unsigned {
+  usual = 0,
+  newcomer = 1,      // memory runs out before the client has connected
+  reserveSpent = 2,  // there is no reserve any more
+  sets = 4           // what it sends is a set
+};
+
+// One row: what a client sends while memory runs out.
+struct Situation {
+  const char* name;
+  FrameKind kind;
+  std::string payload;
+  unsigned conditions = usual;
+};
+
+const Situation kSituations[] = {
+    {"call", FrameKind::call, call("getTime")},
+    {"call, reserve spent", FrameKind::call, call("getTime"), reserveSpent},
+    {"newcomer", FrameKind::call, call("getTime"), newcomer},
+    {"newcomer, reserve spent", FrameKind::call, call("getTime"), newcomer | reserveSpent},
+    {"observing", FrameKind::call, call("observeTimeEvents")},
+    {"observing, reserve spent", FrameKind::call, call("observeTimeEvents"), reserveSpent},
+    {"long call", FrameKind::call, call("getTimeUTCStr", std::string(900'000, 'x'))},
+    {"long call, reserve spent", FrameKind::call, call("getTimeUTCStr", std::string(900'000, 'x')),
+     reserveSpent},
+    {"get", FrameKind::controlRequest, R"({"verb":"get","key":"ntp-secret"})"},
+    {"set", FrameKind::controlRequest, R"({"verb":"set","key":"ntp-secret","value":"#"})", sets},
+    {"keys", FrameKind::controlRequest, R"({"verb":"keys"})"},
+    {"status", FrameKind::controlRequest, R"({"verb":"status"})"},
+    {"event", FrameKind::controlRequest, R"({"verb":"clock","action":"advance","seconds":3600})"},
+};
+
+void PrintTo(const Situation& situation, std::ostream* out) {
+  *out << situation.name;
+}
+
+std::string testName(const ::testing::TestParamInfo<Situation>& info) {
+  std::string name = info.param.name;
+  std::erase(name, ',');
+  std::replace(name.begin(), name.end(), ' ', '_');
+  return name;
+}
+
+class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
+ protected:
+  MemoryRunsOut() {
+    host.launch();
+    if (!host.answers()) ADD_FAILURE() << host.program().err();
+    subscriber.emplace(host);
+    EXPECT_TRUE(subscriber->call("observeTimeEvents"));
+  }
+
+  static bool has(Conditions condition) { return (GetParam().conditions & condition) != 0; }
+  static int reserve() { return has(reserveSpent) ? kReserveSpent : kReserveThere; }
+
+  static std::string payload(std::uint64_t nth) {
+    std::string text = GetParam().payload;
+    if (has(sets)) text.replace(text.find('#'), 1, secret(nth));
+    return text;
+  }
+
+  static void exchangeOne(host::FrameSocket& client) {
+    client.send({FrameKind::call, 1, call("getTime")});
+    Frame frame;
+    EXPECT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLimit));
+  }
+
+  // The reply to the row's frame; nothing when it was lost, or the connection with it.
+  std::optional<std::string> sendWithout(std::uint64_t nth) try {
+    const bool unknown = has(newcomer);
+    if (unknown) plan.arm(Call::memory, reserve(), nth);
+    host::FrameSocket client(host.socket());
+    if (!unknown) exchangeOne(client);
+    if (!unknown) plan.arm(Call::memory, reserve(), nth);
+    client.send({GetParam().kind, kFrame, payload(nth)});
+    if (GetParam().kind == FrameKind::call)
+      client.send({FrameKind::call, kBehind, call("getTime")});
+    Frame frame;
+    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    while (client.receive(frame, deadline)) {
+      if (frame.id == kFrame) return std::string(frame.payload);
+      if (frame.id == kBehind) return std::nullopt;
+    }
+    ADD_FAILURE() << "the client is left waiting";
+    return std::nullopt;
+  } catch (const host::HostGone&) {
+    return std::nullopt;
+  }
+
+  // The host goes on, has said what happened, and has kept what it acknowledged.
+  void expectAllIsWell() {
+    Caller caller(host);
+    EXPECT_TRUE(caller.call("getTime"));
+    EXPECT_EQ(caller.leftWaiting(), 0);
+    EXPECT_NE(newLog().find("memory was short"), std::string::npos);
+    if (has(sets)) expectTheSetIsKept(caller);
+  }
+
+  void expectTheSetIsKept(Caller& caller) {
+    const std::string value = caller.get(kKey).value_or("(refused)");
+    EXPECT_TRUE(ledger.allows(kKey, value)) << value << "; " << ledger.allowed(kKey);
+    ledger.found(kKey, value);
+  }
+
+  void expectAnEvent() {
+    while (subscriber->nextEvent(std::chrono::milliseconds(0))) continue;
+    Caller caller(host);
+    if (!subscriber->connected()) {
+      EXPECT_TRUE(subscriber->call("observeTimeEvents"));
+    }
+    EXPECT_TRUE(caller.control(R"({"verb":"clock","action":"advance","seconds":3600})"));
+    EXPECT_TRUE(subscriber->nextEvent(kLimit));
+  }
+
+  std::string newLog() {
+    const std::string all = host.program().err();
+    const std::string fresh = all.substr(seenLog);
+    seenLog = all.size();
+    return fresh;
+  }
+
+  integration::RestartableHost host{CLOCK_FAILING_HOST, {"--log-level", "3"}};
+  PlanFile plan{host.folder() / "plan"};
+  std::optional<Caller> subscriber;
+  integration::SetLedger ledger;
+  std::size_t seenLog = 0;
+};
+
+TEST_P(MemoryRunsOut, AndTheHostLivesOn) {
+  std::uint64_t nth = 0;
+  bool failed = true;
+  while (failed && !HasFailure()) {
+    SCOPED_TRACE(std::string(GetParam().name) + ": allocation " + std::to_string(++nth));
+    if (has(sets)) ledger.asked(kKey, secret(nth));
+    const auto reply = sendWithout(nth);
+    failed = plan.disarm();
+    if (has(sets) && reply) ledger.answered(kKey, *reply == R"({"ok":true})");
+    if (failed) expectAllIsWell();
+    // A request in JSON is still being freed when its answer has come, and that takes memory.
+    if (!failed || !has(reserveSpent)) expectAnEvent();
+  }
+  std::printf("memory, %s: ran out at each of %llu allocations\n", GetParam().name,
+              static_cast<unsigned long long>(nth - 1));
+  EXPECT_GT(nth, 1U);
+  EXPECT_EQ(host.end(SIGTERM).status, 0);
+  if (HasFailure()) std::printf("the log:\n%s", host.program().err().c_str());
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, MemoryRunsOut, ::testing::ValuesIn(kSituations), testName);
+
+}  // namespace
+}  // namespace faults
