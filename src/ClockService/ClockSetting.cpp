@@ -110,15 +110,14 @@ std::string ClockService::sntpAddress() const {
   return m_dataHandler->getSntpAddr();
 }
 
-// Reads the system's clock on purpose, not the one set by hand.
+// Reads the system's clock on purpose, not the one set by hand. Read and stored in one step, so
+// that no thread's time is stored over a later one.
 std::string ClockService::setFallbackTime() {
+  const std::lock_guard<std::mutex> guard(m_settingTexts);
   const time_t now = time(nullptr);
   if (now == static_cast<time_t>(-1)) return {};
   std::string fallbackTime = getUTCTime(saturate<int>(now));
-  if (m_dataHandler != nullptr) {
-    const std::lock_guard<std::mutex> guard(m_settingTexts);
-    m_dataHandler->setFallbackTime(fallbackTime);
-  }
+  if (m_dataHandler != nullptr) m_dataHandler->setFallbackTime(fallbackTime);
   CLOCK_LOG(logTrace, "setFallbackTime: \"%s\"", fallbackTime.c_str());
   return fallbackTime;
 }

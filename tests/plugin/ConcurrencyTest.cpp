@@ -182,6 +182,22 @@ TEST_F(ClockWithManyCallers, EndsWithOneOfTheValuesWrittenForEachKey) {
   EXPECT_GT(peer->events, 0);
 }
 
+// A time that one thread has read is not stored over a later one of another thread.
+TEST_F(ClockWithManyCallers, SavedTimeDoesNotGoBack) {
+  for (int i = 0; i < 3; ++i) {
+    caller([this](std::size_t) { static_cast<void>(telephone.service().setFallbackTime()); });
+  }
+  std::int64_t now = telephone.wallSeconds();
+  std::string last;
+  int wentBack = 0;
+  runFor(kShortWhile, [&](std::size_t) {
+    telephone.jumpTo(++now);
+    last = telephone.service().setFallbackTime();
+    if (telephone.stored("FallbackDateTime") < last) ++wentBack;
+  });
+  EXPECT_EQ(wentBack, 0) << "until " << last;
+}
+
 // Less than a second passes, so that what was set is what is shown at the end.
 TEST_F(ClockWithManyCallers, EndsAtOneOfTheTimesAndDatesWritten) {
   setter(handSettings(), 0);

@@ -1,0 +1,154 @@
+#include "powercut/Load.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <deque>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "remote/Descriptor.h"
+#include "remote/RemoteClient.h"
+
+namespace powercut {
+namespace {
+
+using nlohmann::json;
+
+constexpr std::chrono::seconds kLimit(20);
+constexpr std::size_t kUnderWay = 4;  // sets sent ahead of their answers
+
+std::string whole(std::uint64_t number) {
+  return std::to_string(number % 1'000'000'000);
+}
+
+// Long ones fill more than a page of the store.
+std::string secret(std::uint64_t number) {
+  return std::to_string(number) + std::string(number % 7 == 0 ? 9000 : number % 100, 's');
+}
+
+std::string address(std::uint64_t number) {
+  return "10." + std::to_string(number >> 16 & 0xff) + "." + std::to_string(number >> 8 & 0xff) +
+         "." + std::to_string(number & 0xff);
+}
+
+// Quarters of an hour, -12 to 12.
+std::string offset(std::uint64_t number) {
+  std::string text = std::to_string((static_cast<double>(number % 97) - 48) / 4);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text;
+}
+
+struct Setting {
+  const char* key;
+  std::string (*value)(std::uint64_t number);
+  bool zone = false;  // makes the service write its script
+};
+
+constexpr Setting kSettings[] = {
+    {"ntp-secret", secret},           {"sntp-addr", address},
+    {"date-format", whole},           {"time-format", whole},
+    {"sntp-tz-offset", offset, true}, {"daylight-save-minutes", whole, true},
+    {"time-source", whole, true},
+};
+
+// Sets in order, a few of them ahead of their answers.
+class Setter {
+ public:
+  Setter(host::RemoteClient& client, Promises& promises) : m_client(client), m_promises(promises) {}
+
+  void send(const Setting& setting) {
+    const std::string value = setting.value(++m_promises.lastValue);
+    m_promises.sets.asked(setting.key, value);
+    const json request = {{"verb", "set"}, {"key", setting.key}, {"value", value}};
+    m_underWay.push_back({setting.key, m_client.startControl(request.dump())});
+    if (setting.zone) refreshZone();
+    while (m_underWay.size() > kUnderWay) takeAnswer();
+  }
+
+ private:
+  struct UnderWay {
+    std::string key;  // empty: no set
+    std::uint32_t id;
+  };
+
+  // The service does it with the millisecond after the set.
+  void refreshZone() {
+    m_underWay.push_back(
+        {"", m_client.startControl(R"({"verb":"clock","action":"advance","seconds":0})")});
+  }
+
+  void takeAnswer() {
+    const UnderWay first = m_underWay.front();
+    const auto answer = m_client.nextAnswer(first.id, kLimit);
+    if (!answer) throw host::HostGone("the host does not answer");
+    m_underWay.pop_front();
+    if (first.key.empty()) return;
+    const bool accepted = json::parse(answer->json).at("ok").get<bool>();
+    m_promises.sets.answered(first.key, accepted);
+    if (accepted) ++m_promises.setsAcknowledged;
+  }
+
+  host::RemoteClient& m_client;
+  Promises& m_promises;
+  std::deque<UnderWay> m_underWay;
+};
+
+// A report as the NTP client makes it; none when the listener does not come to the pipe.
+void writeReport(const std::filesystem::path& pipe, std::int64_t instant) {
+  constexpr int kTries = 1000;
+  for (int tries = 0; tries < kTries; ++tries) {
+    const host::Descriptor writer(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!writer.valid()) continue;
+    const auto seconds = static_cast<std::uint32_t>(instant);
+    if (::write(writer.get(), &seconds, sizeof seconds) == sizeof seconds) return;
+  }
+}
+
+// Sets the clock as the NTP client does, reports, and has the time saved by a call, too.
+void passOnTheTime(host::RemoteClient& client, const std::filesystem::path& pipe,
+                   Promises& promises) {
+  const std::string expected = promises.times.next();
+  const json jump = {{"verb", "clock"}, {"action", "jump"}, {"seconds", promises.times.instant()}};
+  if (!client.control(jump.dump(), kLimit)) throw host::HostGone("the clock is not set");
+  writeReport(pipe, promises.times.instant());
+  Method save("setFallbackTime", Method::call);
+  const auto saved = client.call(save, kLimit);
+  std::string time;
+  if (!saved || !saved->getStringParameter("setFallbackTimeReturn", time, Parameter::out)) return;
+  if (time != expected) throw std::logic_error("saved " + time + " and not " + expected);
+  promises.times.acknowledged(time);
+  ++promises.timesAcknowledged;
+}
+
+}  // namespace
+
+Load::Load(const integration::RestartableHost& host, Promises& promises, std::uint64_t seed)
+    : m_host(host),
+      m_promises(promises),
+      m_random(seed),
+      m_setter([this] { set(); }),
+      m_reporter([this] { report(); }) {}
+
+Load::~Load() {
+  m_setter.join();
+  m_reporter.join();
+}
+
+void Load::set() try {
+  const auto client = m_host.connect();
+  Setter setter(*client, m_promises);
+  for (;;) setter.send(kSettings[m_random() % std::size(kSettings)]);
+} catch (const host::Error&) {
+  // The host is gone.
+}
+
+void Load::report() try {
+  const auto client = m_host.connect();
+  for (;;) passOnTheTime(*client, m_host.pipe(), m_promises);
+} catch (const host::Error&) {
+  // The host is gone.
+}
+
+}  // namespace powercut
