@@ -159,20 +159,53 @@ TEST_F(ManagedClockOnRecordingParts, BracketsAChangeOfTheClock) {
               ElementsAre("begin clock change", "end clock change", kSecurityService));
 }
 
-TEST_F(ManagedClockOnRecordingParts, LooksAgainForAMissingPhysicalInterface) {
-  timers.add("PhysicalInterfaceServiceIfc", nullptr);
-  start();
-  EXPECT_THAT(accepted("simple-time", "10:20"),
-              ElementsAre("service PhysicalInterfaceServiceIfc", "start 2", kSecurityService));
-  timers.add("PhysicalInterfaceServiceIfc", &physical);
-  EXPECT_THAT(accepted("simple-time", "10:20"),
-              ElementsAre("service PhysicalInterfaceServiceIfc", "begin clock change", "start 2",
-                          "end clock change", kSecurityService));
-  EXPECT_THAT(accepted("simple-time", "10:20"),
-              ElementsAre("begin clock change", "start 2", "end clock change", kSecurityService));
+// A clock that starts before the physical interface is there. starts: the timers that tell
+// observers of the change.
+class ManagedClockWithoutPhysicalInterface : public ManagedClockOnRecordingParts {
+ protected:
+  using Lines = std::vector<std::string>;
+
+  ManagedClockWithoutPhysicalInterface() {
+    timers.add("PhysicalInterfaceServiceIfc", nullptr);
+    start();
+  }
+  static Lines joined(const Lines& first, const Lines& second, const Lines& third) {
+    Lines all = first;
+    all.insert(all.end(), second.begin(), second.end());
+    all.insert(all.end(), third.begin(), third.end());
+    return all;
+  }
+  void looksUntilItIsThere(const std::string& key, const std::string& value, const Lines& starts) {
+    const std::string lookedFor = "service PhysicalInterfaceServiceIfc";
+    EXPECT_EQ(accepted(key, value), joined({lookedFor}, starts, {kSecurityService}));
+    timers.add("PhysicalInterfaceServiceIfc", &physical);
+    const Lines end = {"end clock change", kSecurityService};
+    EXPECT_EQ(accepted(key, value), joined({lookedFor, "begin clock change"}, starts, end));
+    EXPECT_EQ(accepted(key, value), joined({"begin clock change"}, starts, end));
+  }
+};
+
+TEST_F(ManagedClockWithoutPhysicalInterface, LooksForItWithATime) {
+  looksUntilItIsThere("time", "2031-01-02T03:04:05+00:00", {"start 3", "start 2"});
 }
 
-// A clock whose store refuses to store.
+TEST_F(ManagedClockWithoutPhysicalInterface, LooksForItWithASimpleTime) {
+  looksUntilItIsThere("simple-time", "10:20", {"start 2"});
+}
+
+TEST_F(ManagedClockWithoutPhysicalInterface, LooksForItWithASimpleDate) {
+  looksUntilItIsThere("simple-date", "01.02.2030", {"start 3"});
+}
+
+TEST_F(ManagedClockWithoutPhysicalInterface, LooksForNothingWithATextThatCannotBeRead) {
+  for (const auto& [key, value] : {std::pair{"time", "2031-01-02"},
+                                   {"time", "2031-13-02T03:04:05+00:00"},
+                                   {"time", ""},
+                                   {"simple-time", "???"},
+                                   {"simple-date", ""}})
+    EXPECT_THAT(refused(key, value), ElementsAre(kSecurityService)) << key << " " << value;
+}
+
 TEST_F(ManagedClockOnRecordingParts, KeepsTheOldValueWhenTheStoreRefuses) {
   store.items["SNTPaddress"] = "192.0.2.1";
   start();
