@@ -4,6 +4,7 @@
 #include <array>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <span>
 #include <string>
 
 #include "platform/ShownText.h"
@@ -41,6 +42,26 @@ std::string padded(std::string text, std::size_t width) {
 // "name    value", or nothing when the member is not there.
 void printMember(const Json& object, const char* name, const char* title, std::ostream& out) {
   if (object.contains(name)) out << padded(title, 13) << oneLine(member(object, name)) << '\n';
+}
+
+struct Line {
+  const char* member;
+  const char* title;
+};
+
+constexpr Line kClockLines[] = {
+    {"utc", "utc"},       {"local", "local"},   {"tz", "tz"},           {"speed", "speed"},
+    {"uptime", "uptime"}, {"timers", "timers"}, {"next", "next timer"}, {"note", "note"},
+};
+
+constexpr Line kStatusLines[] = {
+    {"plugin", "plug-in"},       {"variant", "variant"}, {"network", "network"},
+    {"ntpClient", "ntp client"}, {"clients", "clients"}, {"socket", "socket"},
+    {"state", "state"},          {"version", "version"},
+};
+
+void printMembers(const Json& object, std::span<const Line> lines, std::ostream& out) {
+  for (const Line& line : lines) printMember(object, line.member, line.title, out);
 }
 
 std::string levelText(const Json& entry) {
@@ -91,26 +112,12 @@ void printKeys(const Json& answer, std::ostream& out) {
 }
 
 void printClock(const Json& answer, std::ostream& out) {
-  printMember(answer, "utc", "utc", out);
-  printMember(answer, "local", "local", out);
-  printMember(answer, "tz", "tz", out);
-  printMember(answer, "speed", "speed", out);
-  printMember(answer, "uptime", "uptime", out);
-  printMember(answer, "timers", "timers", out);
-  printMember(answer, "next", "next timer", out);
-  printMember(answer, "note", "note", out);
+  printMembers(answer, kClockLines, out);
 }
 
 void printStatus(const Json& answer, std::ostream& out) {
   printClock(answer.value("clock", Json::object()), out);
-  printMember(answer, "plugin", "plug-in", out);
-  printMember(answer, "variant", "variant", out);
-  printMember(answer, "network", "network", out);
-  printMember(answer, "ntpClient", "ntp client", out);
-  printMember(answer, "clients", "clients", out);
-  printMember(answer, "socket", "socket", out);
-  printMember(answer, "state", "state", out);
-  printMember(answer, "version", "version", out);
+  printMembers(answer, kStatusLines, out);
 }
 
 void printLog(const Json& answer, std::ostream& out) {

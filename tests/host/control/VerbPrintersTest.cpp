@@ -67,6 +67,23 @@ TEST(VerbPrinters, SecurityRecordsSayWhatWasRefused) {
   EXPECT_EQ(printed(printSecurityLog, answer), "2 T refused  ClockSettings set data k(v)\n");
 }
 
+TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
+  const char* const answer =
+      R"json({"records":[{"number":2,"time":"T","failure":false,"text":"a"}],"kept":10000,
+              "dropped":1,"note":"records kept: 10000"})json";
+  EXPECT_EQ(printed(printSecurityLog, answer),
+            "2 T accepted a\nnote         records kept: 10000\n");
+}
+
+TEST(VerbPrinters, TheStatusIsTheClockThenTheHost) {
+  EXPECT_EQ(printed(printStatus, R"({"clock":{"utc":"U","next":"N"},"plugin":"p","variant":3,
+                                     "network":"up","ntpClient":"not running","clients":1,
+                                     "socket":"s","state":"f","version":"v"})"),
+            "utc          U\nnext timer   N\nplug-in      p\nvariant      3\nnetwork      up\n"
+            "ntp client   not running\nclients      1\nsocket       s\nstate        f\n"
+            "version      v\n");
+}
+
 TEST(VerbPrinters, TheClockLeavesOutWhatIsNotThere) {
   EXPECT_EQ(printed(printClock, R"({"utc":"U","speed":"paused","timers":3,"note":"n"})"),
             "utc          U\nspeed        paused\ntimers       3\nnote         n\n");
