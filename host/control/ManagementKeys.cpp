@@ -7,7 +7,9 @@ namespace host {
 namespace {
 
 constexpr std::string_view kZone = "the zone is applied, and told to observers, 1 ms later";
-constexpr std::string_view kClient = "the NTP client is started anew";
+constexpr std::string_view kShown = "shown from now on; nothing else follows";
+constexpr std::string_view kClient =
+    "the NTP client is started anew when the network is up and a server is set";
 
 constexpr ManagementKey kKeys[] = {
     {"time", true, "now, as a UTC string", "an instant of the years 1970-2037, 25 characters",
@@ -19,14 +21,13 @@ constexpr ManagementKey kKeys[] = {
      "not ???",
      "the date is set by hand", "05.03.2026"},
     {"date-format", true, "how dates are shown",
-     "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked", "", "1"},
+     "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked", kShown, "1"},
     {"time-format", true, "how times are shown",
-     "0 is the 24-hour clock, any other number the 12-hour clock; stored unchecked", "", "1"},
+     "0 is the 24-hour clock, any other number the 12-hour clock; stored unchecked", kShown, "1"},
     {"sntp-addr", true, "the time server",
      "a host name or a numeric address without brackets, other than the present one",
-     "the NTP client is started anew; refused or not, the item state of time becomes 0 for an "
-     "empty "
-     "text, 0.0.0.0 and ::, else 4",
+     "the NTP client is started anew when the network is up and a server is set; refused or not, "
+     "the item state of time becomes 0 for an empty text, 0.0.0.0 and ::, else 4",
      "192.0.2.1"},
     {"ntp-secret", true, "the secret shared with the time server, in clear",
      "UTF-8 text; of control characters only tab, line feed and carriage return", kClient,
@@ -65,8 +66,11 @@ constexpr const char* kPreface =
     "a\n"
     "record of the security log; only a `simple-time` or `simple-date` that is too short to be "
     "cut\n"
-    "leaves none. `clockctl reset` puts `date-format` and `time-format` back to the device's\n"
-    "defaults and reports each that changed.\n\n"
+    "leaves none. The log keeps the newest 10000 records, and of a record's text 4096 bytes;\n"
+    "`clockctl security-log` lists all that are kept and says how many older ones have gone.\n"
+    "`clockctl reset` puts `date-format` and `time-format` back to the device's defaults and "
+    "reports\n"
+    "each that changed.\n\n"
     "A number ends where the text goes on otherwise; a text that does not begin with one counts as "
     "0.\n"
     "What is stored must be UTF-8 text, with no control characters but tab, line feed and "
@@ -79,7 +83,9 @@ constexpr const char* kPreface =
 std::string sectionOf(const ManagementKey& row) {
   std::string text = "\n## " + std::string(row.key) + "\n\n";
   text += "- get: " + std::string(row.meaning) + '\n';
-  if (!row.settable) return text + "- set: always refused\n";
+  if (!row.settable) {
+    return text + "- set: always refused\n- example: `clockctl get " + std::string(row.key) + "`\n";
+  }
   text += "- set: " + std::string(row.values) + '\n';
   if (!row.effect.empty()) text += "- then: " + std::string(row.effect) + '\n';
   return text + "- example: `clockctl set " + std::string(row.key) + ' ' +

@@ -12,8 +12,8 @@ struct ManagementKey {
   bool settable;
   std::string_view meaning;
   std::string_view values;   // what a set takes, in a few words
-  std::string_view effect;   // what follows a successful set; empty when nothing does
-  std::string_view example;  // a value a set takes; empty when there is none
+  std::string_view effect;   // what follows a successful set; empty when it cannot be set
+  std::string_view example;  // a value a set takes; empty when it cannot be set
 };
 
 // The sixteen keys, in the service's own order. Every key typed is sent to the service all the

@@ -4,8 +4,11 @@
 
 #include <array>
 #include <cstddef>
+#include <fstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -47,6 +50,20 @@ TEST(ManagementKey, TableHasTheSixteenKeysInOrder) {
   ASSERT_EQ(ManagementKey::table().size(), rows.size());
   for (std::size_t i = 0; i < rows.size(); ++i)
     EXPECT_STREQ(ManagementKey::table()[i].name, rows[i].name) << "row " << i;
+}
+
+// The document's sections: "## KEY", and a line that says so when the key cannot be set.
+TEST(ManagementKey, TableHasTheKeysOfTheDocumentInItsOrderAndAsSettableAsThere) {
+  std::ifstream document(MANAGEMENT_KEYS_DOCUMENT);
+  std::vector<std::pair<std::string, bool>> documented;
+  for (std::string line; std::getline(document, line);) {
+    if (line.rfind("## ", 0) == 0) documented.emplace_back(line.substr(3), true);
+    if (line == "- set: always refused") documented.back().second = false;
+  }
+  std::vector<std::pair<std::string, bool>> served;
+  for (const ManagementKey& key : ManagementKey::table())
+    served.emplace_back(key.name, key.set != nullptr);
+  EXPECT_EQ(served, documented);
 }
 
 TEST(ManagementKey, EveryKeyCanBeRead) {

@@ -7,6 +7,8 @@
 #include <set>
 #include <string>
 
+#include "services/SecurityLog.h"
+
 namespace host {
 namespace {
 
@@ -22,13 +24,33 @@ TEST(ManagementKeyTable, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
             (std::set<std::string_view>{"daylight-save-zone-list", "daylight-save-zone-text"}));
 }
 
-TEST(ManagementKeyTable, SaysOfEachSettableKeyWhatItTakes) {
+TEST(ManagementKeyTable, SaysOfEachSettableKeyWhatItTakesAndWhatFollows) {
   for (const ManagementKey& row : managementKeys()) {
     EXPECT_EQ(row.values.empty(), !row.settable) << row.key;
+    EXPECT_EQ(row.effect.empty(), !row.settable) << row.key;
     EXPECT_EQ(row.example.empty(), !row.settable) << row.key;
     EXPECT_EQ(findManagementKey(row.key), &row) << row.key;
   }
   EXPECT_EQ(findManagementKey("Time"), nullptr);
+}
+
+TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
+  const std::string document = managementKeysDocument();
+  for (const ManagementKey& row : managementKeys()) {
+    const std::string key(row.key);
+    const std::string command =
+        row.settable ? "set " + key + ' ' + std::string(row.example) : "get " + key;
+    EXPECT_NE(document.find("- example: `clockctl " + command + "`\n"), std::string::npos) << key;
+  }
+}
+
+TEST(ManagementKeyDocument, TellsTheBoundsOfTheSecurityLog) {
+  const std::string document = managementKeysDocument();
+  for (const std::string& bound :
+       {"newest " + std::to_string(SecurityLog::kBound) + " records",
+        "text " + std::to_string(SecurityLog::kLongestText) + " bytes"}) {
+    EXPECT_NE(document.find(bound), std::string::npos) << bound;
+  }
 }
 
 TEST(ManagementKeyTable, IsWhatTheDocumentSays) {
