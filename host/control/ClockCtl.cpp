@@ -123,9 +123,26 @@ class Command {
   }
 
   void control() {
+    Json answer = ask();
+    while (answer.contains("after")) {
+      m_request["after"] = answer["after"];
+      answer = joined(std::move(answer), ask());
+    }
+    print(answer);
+  }
+
+  Json ask() {
     const auto text = m_client.control(m_request.dump(), limit());
     if (!text) noReply("; the host is busy");
-    print(checked(*text));
+    return checked(*text);
+  }
+
+  // The later page, with the records of the earlier one ahead of its own.
+  static Json joined(Json earlier, Json later) {
+    Json records = std::move(earlier["records"]);
+    for (Json& record : later["records"]) records.push_back(std::move(record));
+    later["records"] = std::move(records);
+    return later;
   }
 
   void follow() {

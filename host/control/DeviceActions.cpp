@@ -19,6 +19,8 @@ namespace {
 
 constexpr const char* kNtpClient = "ntpclient";
 
+constexpr std::size_t kRecordsOnPage = 1000;  // read at once, while the framework thread waits
+
 // The value changes on the management thread, which then tells the observers; the answer comes when
 // they have been told.
 void changeValue(Controller& controller, const std::string& key, const std::string& value,
@@ -50,13 +52,21 @@ void injectMobility(Controller& controller, const Json& request, const Channel& 
   changeValue(controller, "mobility-user-data-update", textMember(request, "value"), channel);
 }
 
+// What the user-data query answers for a key from now on.
+void injectUserData(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string value = textMember(request, "value");
+  if (value != "on" && value != "off") throw Error(quotedText(value) + " is not on or off");
+  controller.device().management().setUserData(textMember(request, "key"), value == "on");
+  answerDone(channel);
+}
+
 void injectValue(Controller& controller, const Json& request, const Channel& channel) {
   changeValue(controller, textMember(request, "key"), textMember(request, "value"), channel);
 }
 
 constexpr HostAction kInjections[] = {
-    {"jack", injectJack},         {"network", injectNetwork}, {"dhcp", injectDhcp},
-    {"mobility", injectMobility}, {"value", injectValue},
+    {"jack", injectJack},         {"network", injectNetwork},    {"dhcp", injectDhcp},
+    {"mobility", injectMobility}, {"user-data", injectUserData}, {"value", injectValue},
 };
 
 Json recordJson(const SecurityRecord& record) {
@@ -69,6 +79,17 @@ Json recordJson(const SecurityRecord& record) {
   json["subject"] = record.subject;
   json["origin"] = record.origin;
   return json;
+}
+
+void describeKept(const SecurityLog::Kept& kept, Json& reply) {
+  const std::int64_t count = kept.last - kept.first + 1;
+  const std::int64_t dropped = kept.first - 1;
+  reply["kept"] = count;
+  reply["dropped"] = dropped;
+  if (dropped == 0) return;
+  reply["note"] = "records kept: " + std::to_string(count) +
+                  "; older ones gone: " + std::to_string(dropped) + ", as at " +
+                  std::to_string(SecurityLog::kBound) + " the oldest go";
 }
 
 std::string ntpClientState() {
@@ -112,22 +133,22 @@ void actOnLog(Controller& controller, const Json& request, const Channel& channe
   });
 }
 
-void actOnSecurityLog(Controller& controller, const Json&, const Channel& channel) {
+// One page: the records after the number asked for. While there are more, the answer holds the
+// number to ask for next.
+void actOnSecurityLog(Controller& controller, const Json& request, const Channel& channel) {
   SecurityLog& log = controller.device().securityLog();
+  const bool first = !request.contains("after");
   std::vector<Json> records;
-  for (const SecurityRecord& record : log.list(SecurityLog::kBound)) {
+  for (const SecurityRecord& record :
+       log.list(first ? 0 : numberMember(request, "after", 0, INT64_MAX), kRecordsOnPage)) {
     records.push_back(recordJson(record));
   }
-  const std::size_t kept = records.size();
-  Json reply = {{"ok", true}, {"records", newestThatFit(records)}};
-  reply["kept"] = kept;
-  reply["dropped"] = log.dropped();
-  const std::size_t shown = reply["records"].size();
-  if (shown < kept || log.dropped() > 0) {
-    reply["note"] = "shown " + std::to_string(shown) + " of " + std::to_string(kept) +
-                    " records kept; " + std::to_string(log.dropped()) + " older ones went, as at " +
-                    std::to_string(SecurityLog::kBound) + " the oldest go";
-  }
+  const Json page = oldestThatFit(records);
+  const std::int64_t last = page.empty() ? INT64_MAX : page.back()["number"].get<std::int64_t>();
+  const SecurityLog::Kept kept = log.kept();
+  Json reply = {{"ok", true}, {"records", page}};
+  describeKept(kept, reply);
+  if (last < kept.last) reply["after"] = last;
   answer(channel, reply);
 }
 

@@ -22,6 +22,18 @@ constexpr std::size_t kRoomForRows = 512 * 1024;
 
 constexpr std::size_t kLongestError = 1000;  // bytes
 
+// How many of the rows, from the first on, a reply has room for.
+template <typename Row>
+std::ptrdiff_t fitting(Row first, Row last) {
+  std::size_t room = kRoomForRows;
+  for (Row row = first; row != last; ++row) {
+    const std::size_t size = jsonText(*row).size();
+    if (size > room) return row - first;
+    room -= size;
+  }
+  return last - first;
+}
+
 std::string tooLong(std::size_t size) {
   return "the answer has " + std::to_string(size) + " bytes; a reply holds at most " +
          std::to_string(kMaxPayload);
@@ -44,15 +56,11 @@ std::string jsonText(const Json& json) {
 }
 
 Json newestThatFit(const std::vector<Json>& rows) {
-  std::size_t first = rows.size();
-  for (std::size_t room = kRoomForRows; first > 0; --first) {
-    const std::size_t size = jsonText(rows[first - 1]).size();
-    if (size > room) break;
-    room -= size;
-  }
-  Json newest = Json::array();
-  for (; first < rows.size(); ++first) newest.push_back(rows[first]);
-  return newest;
+  return std::vector<Json>(rows.end() - fitting(rows.rbegin(), rows.rend()), rows.end());
+}
+
+Json oldestThatFit(const std::vector<Json>& rows) {
+  return std::vector<Json>(rows.begin(), rows.begin() + fitting(rows.begin(), rows.end()));
 }
 
 void answer(const Channel& channel, const Json& reply) {

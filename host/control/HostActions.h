@@ -46,8 +46,9 @@ void answerDone(const Channel& channel);
 void answerRefusal(const Channel& channel, const std::string& error);  // as one line
 [[nodiscard]] std::string jsonText(const Json& json);
 
-// An array of the last rows, in their order, that a reply has room for.
+// An array of the last, or the first, rows in their order that a reply has room for.
 [[nodiscard]] Json newestThatFit(const std::vector<Json>& rows);
+[[nodiscard]] Json oldestThatFit(const std::vector<Json>& rows);
 
 // Members of a request. Throw host::Error naming the member when it is missing, of another type or
 // out of range.

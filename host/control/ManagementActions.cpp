@@ -4,6 +4,7 @@
 #include "control/HostActions.h"
 #include "control/ManagementKeys.h"
 #include "control/Nearest.h"
+#include "platform/DataAccess.h"
 #include "platform/ShownText.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
@@ -15,13 +16,24 @@ namespace {
 // Bytes of a value among all the others; `get` shows it whole.
 constexpr std::size_t kLongestShown = 1024;
 
+constexpr const char* kNoClock = "no clock answers";
+constexpr const char* kSeeLog = "`clockctl log` tells why";
+
 std::string unknownKey(const std::string& key) {
   return "no key " + quotedText(key) + suggestion(key, managementKeyNames());
 }
 
-std::string whyRefused(const std::string& key, const std::string& value) {
+std::string whyUnread(const LocalManagement& management, const std::string& key) {
+  if (findManagementKey(key) == nullptr) return unknownKey(key);
+  return quotedText(key) + " cannot be read; " + (management.hasClock() ? kSeeLog : kNoClock);
+}
+
+std::string whyRefused(const LocalManagement& management, const std::string& key,
+                       const std::string& value, bool storeFailed) {
   const ManagementKey* const row = findManagementKey(key);
   if (row == nullptr) return unknownKey(key);
+  if (!management.hasClock()) return quotedText(key) + " cannot be set; " + kNoClock;
+  if (storeFailed) return quotedText(key) + " could not be stored; " + kSeeLog;
   if (!row->settable) return quotedText(key) + " cannot be set";
   return quotedText(key) + " refused " + quotedText(value) + "; it takes " +
          std::string(row->values);
@@ -52,7 +64,7 @@ void actOnGet(Controller& controller, const Json& request, const Channel& channe
                      [key = textMember(request, "key"), channel](LocalManagement& management) {
                        std::string value;
                        if (!management.get(key, value))
-                         return answerRefusal(channel, unknownKey(key));
+                         return answerRefusal(channel, whyUnread(management, key));
                        answer(channel, {{"ok", true}, {"key", key}, {"value", value}});
                      });
 }
@@ -61,9 +73,10 @@ void actOnSet(Controller& controller, const Json& request, const Channel& channe
   onManagementThread(controller,
                      [key = textMember(request, "key"), value = textMember(request, "value"),
                       channel](LocalManagement& management) {
-                       if (!management.set(key, value))
-                         return answerRefusal(channel, whyRefused(key, value));
-                       answerDone(channel);
+                       const std::uint64_t failedBefore = failedWritesHere();
+                       if (management.set(key, value)) return answerDone(channel);
+                       const bool storeFailed = failedWritesHere() != failedBefore;
+                       answerRefusal(channel, whyRefused(management, key, value, storeFailed));
                      });
 }
 

@@ -78,6 +78,12 @@ void readDeviceValue(WordReader& words, Json& request) {
   request["value"] = text(words, "TEXT");
 }
 
+void readUserData(WordReader& words, Json& request) {
+  constexpr std::array<std::string_view, 2> kAnswers = {"on", "off"};
+  request["key"] = text(words, "KEY");
+  request["value"] = words.choice("what the query answers", kAnswers);
+}
+
 // The second word of `clock` and `inject`, and what follows it.
 struct Action {
   std::string_view name;
@@ -91,8 +97,9 @@ constexpr std::array kClockActions = {
 };
 
 constexpr std::array kInjections = {
-    Action{"jack", readPlug},      Action{"network", readNetwork},   Action{"dhcp", readValue},
-    Action{"mobility", readValue}, Action{"value", readDeviceValue},
+    Action{"jack", readPlug},          Action{"network", readNetwork},
+    Action{"dhcp", readValue},         Action{"mobility", readValue},
+    Action{"user-data", readUserData}, Action{"value", readDeviceValue},
 };
 
 template <std::size_t N>

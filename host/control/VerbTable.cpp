@@ -32,7 +32,8 @@ constexpr Verb kVerbs[] = {
      "to hour|midnight|dst|leap-day|2038]",
      "show or work the clock", Route::control, readClock, printClock},
     {"inject",
-     "inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | value KEY TEXT",
+     "inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | "
+     "user-data KEY on|off | value KEY TEXT",
      "let something happen to the device", Route::control, readInject, printNothing},
     {"status", "status", "tell how the host is", Route::control, readNothing, printStatus},
     {"log", "log [--follow]", "show the application log", Route::control, readLog, printLog},

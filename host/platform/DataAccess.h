@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -19,5 +20,9 @@ struct DataAccess {
  protected:
   ~DataAccess() = default;
 };
+
+// How many values of the calling thread the store has failed to keep. A set is carried out on one
+// thread: who counts before and after it knows whether the store refused, or somebody else.
+[[nodiscard]] std::uint64_t failedWritesHere();
 
 }  // namespace host

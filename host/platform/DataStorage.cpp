@@ -15,6 +15,8 @@ namespace {
 
 constexpr const char* kServiceName = "DataAccessServiceIfc";
 
+thread_local std::uint64_t failedWrites = 0;
+
 void complain(const std::string& key, const char* action) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "setting \"%s\" %s: XML cannot carry it",
             key.c_str(), action);
@@ -59,7 +61,9 @@ bool DataStorage::setDataItem(const std::string& key, const std::string& value) 
     complain(key, "refused");
     return false;
   }
-  return m_impl->access->setItem(m_impl->schema, key, value);
+  if (m_impl->access->setItem(m_impl->schema, key, value)) return true;
+  ++failedWrites;
+  return false;
 }
 
 std::string DataStorage::getDataItems(const std::string& keys) {
@@ -68,4 +72,8 @@ std::string DataStorage::getDataItems(const std::string& keys) {
   std::istringstream words(keys);
   for (std::string key; std::getline(words, key, ' ');) document += m_impl->elementOf(key);
   return document + "</Settings>";
+}
+
+std::uint64_t host::failedWritesHere() {
+  return failedWrites;
 }

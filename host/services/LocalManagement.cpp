@@ -73,19 +73,17 @@ bool LocalManagement::observeData(const std::string& key, MgmtAgentIfc* agent) {
 }
 
 bool LocalManagement::reportDataChanged(ManageableData& record) {
-  Report report;
-  report.key = record.getRootId();
-  if (report.key.empty() || !record.interogate(report.key, report.value)) return false;
-  logAppUni("clockhost", 4, __FILE__, __LINE__, "change reported: \"%s\" is \"%s\"",
-            report.key.c_str(), report.value.c_str());
+  const std::string key = record.getRootId();
+  std::string value;
+  if (key.empty() || !record.interogate(key, value)) return false;
+  logAppUni("clockhost", 4, __FILE__, __LINE__, "change reported: \"%s\" is \"%s\"", key.c_str(),
+            value.c_str());
   ReportListener listener;
   {
     const std::lock_guard lock(m_mutex);
-    m_reports.push_back(report);
-    if (m_reports.size() > kReportsKept) m_reports.pop_front();
     listener = m_reportListener;
   }
-  if (listener) listener(report.key, report.value);
+  if (listener) listener(key, value);
   return true;
 }
 
@@ -112,9 +110,8 @@ std::optional<std::string> LocalManagement::value(const std::string& key) const 
   return held->second;
 }
 
-std::map<std::string, std::string> LocalManagement::values() const {
-  const std::lock_guard lock(m_mutex);
-  return m_values;
+bool LocalManagement::hasClock() const {
+  return agent() != nullptr;
 }
 
 bool LocalManagement::get(const std::string& key, std::string& value) {
@@ -143,7 +140,7 @@ bool LocalManagement::reset() {
 }
 
 void LocalManagement::deliverChanges() {
-  Report change;
+  Change change;
   std::vector<MgmtAgentIfc*> observers;
   while (nextChange(change, observers)) {
     for (MgmtAgentIfc* const observer : observers) {
@@ -167,11 +164,6 @@ void LocalManagement::setUserData(const std::string& key, bool isUserData) {
   m_userData[key] = isUserData;
 }
 
-std::vector<LocalManagement::Report> LocalManagement::reports() const {
-  const std::lock_guard lock(m_mutex);
-  return {m_reports.begin(), m_reports.end()};
-}
-
 void LocalManagement::onReport(ReportListener listener) {
   const std::lock_guard lock(m_mutex);
   m_reportListener = std::move(listener);
@@ -184,7 +176,7 @@ void LocalManagement::dropAgents() {
   m_changes.clear();
 }
 
-MgmtAgentIfc* LocalManagement::agent() {
+MgmtAgentIfc* LocalManagement::agent() const {
   const std::lock_guard lock(m_mutex);
   const auto found = m_agents.find(kClockAgent);
   return found == m_agents.end() ? nullptr : found->second;
@@ -203,7 +195,7 @@ void LocalManagement::change(const std::string& key, const std::string& value) {
 }
 
 // Taken one by one: an observer may drop the rest, or change a value itself.
-bool LocalManagement::nextChange(Report& change, std::vector<MgmtAgentIfc*>& observers) {
+bool LocalManagement::nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers) {
   const std::lock_guard lock(m_mutex);
   if (m_changes.empty()) return false;
   change = std::move(m_changes.front());

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <deque>
 #include <functional>
 #include <map>
@@ -23,11 +22,6 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
  public:
   using Dispatch = std::function<void(std::function<void()>)>;
   using ReportListener = std::function<void(const std::string& key, const std::string& value)>;
-  struct Report {
-    std::string key;
-    std::string value;
-  };
-  static constexpr std::size_t kReportsKept = 1000;  // the oldest go first
 
   // dispatch: runs a task on the management thread, later. Without one, the caller of setValue
   // tells the observers itself, and what an agent wrote is told with the next deliverChanges.
@@ -48,9 +42,11 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   // Device values. setValue counts as a change, and is told, also when the value is the old one.
   void setValue(const std::string& key, const std::string& value);
   [[nodiscard]] std::optional<std::string> value(const std::string& key) const;
-  [[nodiscard]] std::map<std::string, std::string> values() const;
 
-  // The operator's operations on the agent "ClockMgmtId". False: refused, or no such agent.
+  // There is an agent "ClockMgmtId".
+  [[nodiscard]] bool hasClock() const;
+
+  // The operator's operations on that agent. False: refused, or no such agent.
   // REQUIRES: in a device, the caller is on its management thread (ManagementThread::run).
   [[nodiscard]] bool get(const std::string& key, std::string& value);
   [[nodiscard]] bool set(const std::string& key, const std::string& value);
@@ -65,8 +61,7 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   // What the user-data query answers for `key`; true unless set otherwise.
   void setUserData(const std::string& key, bool isUserData);
 
-  // The last change reports, oldest first; and a listener for each new one, on the agent's thread.
-  [[nodiscard]] std::vector<Report> reports() const;
+  // Hears each change report, on the agent's thread.
   void onReport(ReportListener listener);
 
   // Forgets every agent, observed key and change not told yet.
@@ -74,9 +69,14 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   void dropAgents();
 
  private:
-  MgmtAgentIfc* agent();
+  struct Change {
+    std::string key;
+    std::string value;
+  };
+
+  MgmtAgentIfc* agent() const;
   void change(const std::string& key, const std::string& value);
-  bool nextChange(Report& change, std::vector<MgmtAgentIfc*>& observers);
+  bool nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers);
 
   const Dispatch m_dispatch;
   mutable std::mutex m_mutex;  // guards what follows; never held while an agent or listener runs
@@ -85,8 +85,7 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   std::vector<std::pair<std::string, MgmtAgentIfc*>> m_observers;  // in order of registration
   std::map<std::string, int> m_itemStates;
   std::map<std::string, bool> m_userData;
-  std::deque<Report> m_reports;
-  std::deque<Report> m_changes;
+  std::deque<Change> m_changes;
   ReportListener m_reportListener;
 };
 

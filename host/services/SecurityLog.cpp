@@ -70,10 +70,12 @@ SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
           "INSERT INTO record(time, facility, severity, event_class, event_code, failure, text,"
           " subject, origin) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)")),
       m_list(std::make_unique<SqliteStatement>(
+          *m_database, ("SELECT " + std::string(kColumns) +
+                        " FROM record WHERE number > ?1 ORDER BY number LIMIT ?2")
+                           .c_str())),
+      m_kept(std::make_unique<SqliteStatement>(
           *m_database,
-          ("SELECT " + std::string(kColumns) + " FROM record ORDER BY number DESC LIMIT ?1")
-              .c_str())),
-      m_first(std::make_unique<SqliteStatement>(*m_database, "SELECT min(number) FROM record")) {}
+          "SELECT (SELECT min(number) FROM record), (SELECT max(number) FROM record)")) {}
 
 SecurityLog::~SecurityLog() = default;
 
@@ -104,24 +106,26 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   m_failing = !written;
 }
 
-std::vector<SecurityRecord> SecurityLog::list(std::size_t most) {
+std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {
   const std::lock_guard lock(m_mutex);
   std::vector<SecurityRecord> records;
   const auto bound = std::min(most, static_cast<std::size_t>(kBound));
-  m_list->bind(1, static_cast<std::int64_t>(bound));
+  m_list->bind(1, after);
+  m_list->bind(2, static_cast<std::int64_t>(bound));
   while (m_list->next()) records.push_back(recordOf(*m_list));
   if (m_list->failed()) m_database->logFailure("reading");
   m_list->reset();
-  std::reverse(records.begin(), records.end());
   return records;
 }
 
-std::int64_t SecurityLog::dropped() {
+SecurityLog::Kept SecurityLog::kept() {
   const std::lock_guard lock(m_mutex);
-  const bool found = m_first->next();
-  const std::int64_t first = found ? m_first->number(0) : 0;
-  m_first->reset();
-  return first > 0 ? first - 1 : 0;
+  Kept kept;
+  // An empty log has one row, of two nulls: 0.
+  if (m_kept->next() && m_kept->number(0) > 0) kept = {m_kept->number(0), m_kept->number(1)};
+  if (m_kept->failed()) m_database->logFailure("reading");
+  m_kept->reset();
+  return kept;
 }
 
 }  // namespace host

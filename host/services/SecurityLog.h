@@ -58,11 +58,16 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
               bool failure, const std::string& text, const std::string& subject,
               const std::string& origin) override;
 
-  // The newest `most` records, oldest first. Empty on failure, which is logged.
-  [[nodiscard]] std::vector<SecurityRecord> list(std::size_t most);
+  // The oldest `most` of the records kept after the one of this number, oldest first. Empty on
+  // failure, which is logged.
+  [[nodiscard]] std::vector<SecurityRecord> list(std::int64_t after, std::size_t most);
 
-  // How many old records the bound has taken so far.
-  [[nodiscard]] std::int64_t dropped();
+  // What is kept now; the bound has taken all before it. 1 and 0 when there is nothing.
+  struct Kept {
+    std::int64_t first = 1;
+    std::int64_t last = 0;
+  };
+  [[nodiscard]] Kept kept();
 
  private:
   explicit SecurityLog(std::unique_ptr<SqliteDatabase> database);
@@ -71,7 +76,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   std::unique_ptr<SqliteDatabase> m_database;
   std::unique_ptr<SqliteStatement> m_insert;
   std::unique_ptr<SqliteStatement> m_list;
-  std::unique_ptr<SqliteStatement> m_first;
+  std::unique_ptr<SqliteStatement> m_kept;
   bool m_failing = false;  // one log line for a row of failures
 };
 

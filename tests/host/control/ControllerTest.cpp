@@ -57,6 +57,11 @@ TEST_F(ControlledTelephone, RefusesRequestsThatLackWhatTheyNeed) {
       {R"({"verb":"inject","what":"jack","plug":5})", "\"status\" that is a number"},
       {R"({"verb":"inject","what":"jack","plug":2147483648,"status":1})", "to 2147483647"},
       {R"({"verb":"inject","what":"value","key":"k"})", "\"value\" that is a text"},
+      {R"({"verb":"inject","what":"user-data","value":"on"})", "\"key\" that is a text"},
+      {R"({"verb":"inject","what":"user-data","key":"k","value":"yes"})",
+       "\"yes\" is not on or off"},
+      {R"({"verb":"security-log","after":"5"})", "\"after\" that is a number"},
+      {R"({"verb":"security-log","after":-1})", "\"after\" that is a number"},
   };
   for (const auto& [request, part] : wrong) {
     const std::string error = errorOf(request);

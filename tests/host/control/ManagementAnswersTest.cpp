@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "Logging.h"
 #include "ManageableData.h"
@@ -18,6 +19,7 @@
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "services/LocalManagement.h"
+#include "services/MemoryDataAccess.h"
 #include "services/SecurityLog.h"
 
 namespace host {
@@ -33,6 +35,7 @@ class PlayedClock final : public MgmtAgentIfc {
     return record.interogate(record.getRootId(), value);
   }
   bool getData(ManageableData& record) override {
+    if (throws) throw std::runtime_error("a clock that fails");
     record.populate(record.getRootId(), value);
     return true;
   }
@@ -40,6 +43,7 @@ class PlayedClock final : public MgmtAgentIfc {
   bool resetUserData() override { return false; }
 
   std::string value;
+  bool throws = false;
 };
 
 // A telephone with the built plug-in, powered on.
@@ -133,6 +137,86 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogWithLongTextsClipped) {
   EXPECT_EQ(answer.at("records")[0].at("text"), "ClockSettings set data date-format(1)");
   const std::string text = answer.at("records")[1].at("text");
   EXPECT_EQ(text.substr(4096), "... (1048611 bytes)");
+}
+
+TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
+  SecurityLog& log = telephone.device().securityLog();
+  for (std::int64_t i = 0; i <= SecurityLog::kBound; ++i) {
+    log.record(1, 4, 1, 5, 3, false, std::string(i < 9000 ? 4096 : 1, 'x'), "", "");
+  }
+  std::int64_t last = 1;  // the bound has taken it
+  Json answer = {{"after", 0}};
+  while (answer.contains("after")) {
+    const std::int64_t after = answer["after"];
+    answer = telephone.request({{"verb", "security-log"}, {"after", after}});
+    ASSERT_LE(jsonText(answer).size(), kMaxPayload);
+    ASSERT_FALSE(answer.at("records").empty());
+    for (const Json& record : answer["records"]) ASSERT_EQ(record.at("number"), ++last);
+    EXPECT_EQ(answer.at("kept"), SecurityLog::kBound);
+    EXPECT_EQ(answer.at("dropped"), 1);
+    EXPECT_EQ(answer.at("note"),
+              "records kept: 10000; older ones gone: 1, as at 10000 the oldest go");
+  }
+  EXPECT_EQ(last, SecurityLog::kBound + 1);
+}
+
+TEST_F(ManagedTelephone, AnswersForASecurityLogWithoutRecords) {
+  EXPECT_EQ(telephone.request({{"verb", "security-log"}}),
+            (Json{{"ok", true}, {"records", Json::array()}, {"kept", 0}, {"dropped", 0}}));
+  telephone.device().securityLog().record(1, 4, 1, 5, 3, false, "a", "", "");
+  const Json answer = telephone.request({{"verb", "security-log"}});
+  EXPECT_EQ(answer.at("kept"), 1);
+  EXPECT_FALSE(answer.contains("after") || answer.contains("note")) << answer;
+}
+
+TEST_F(ManagedTelephone, ListsItsKeysInTheOrderOfTheTableAndAsSettableAsTheyAre) {
+  const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
+  ASSERT_EQ(keys.size(), managementKeys().size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const ManagementKey& row = managementKeys()[i];
+    EXPECT_EQ(keys[i].at("key"), row.key);
+    const std::string value(row.settable ? row.example : "1");
+    EXPECT_EQ(set(std::string(row.key), value).at("ok"), keys[i].at("settable")) << row.key;
+  }
+}
+
+TEST_F(ManagedTelephone, SaysThatNoClockAnswers) {
+  telephone.device().management().dropAgents();
+  EXPECT_EQ(errorOf(get("time")), "\"time\" cannot be read; no clock answers");
+  EXPECT_EQ(errorOf(set("time", "x")), "\"time\" cannot be set; no clock answers");
+  EXPECT_EQ(errorOf(get("tim")), "no key \"tim\"; did you mean \"time\"?");
+}
+
+TEST_F(ManagedTelephone, SaysWhereToLookWhenTheClockFailsToRead) {
+  playTheClock("");
+  played.throws = true;
+  EXPECT_EQ(errorOf(get("time")), "\"time\" cannot be read; `clockctl log` tells why");
+}
+
+TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
+  MemoryDataAccess store;
+  DeviceOptions options;
+  options.store = &store;
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, options};
+  const auto set = [&](const char* key, const char* value) {
+    return telephone.request({{"verb", "set"}, {"key", key}, {"value", value}});
+  };
+  ASSERT_EQ(set("daylight-save", "true").at("ok"), true);
+  store.refuseSets(0, SIZE_MAX);
+  for (const auto& [key, value] : {std::pair{"date-format", "1"},
+                                   {"sntp-addr", "192.0.2.1"},
+                                   {"ntp-secret", "s"},
+                                   {"sntp-tz-offset", "-5"},
+                                   {"daylight-save", "false"},
+                                   {"daylight-save-zone-index", "9"}}) {
+    EXPECT_EQ(errorOf(set(key, value)),
+              quotedText(key) + " could not be stored; `clockctl log` tells why");
+  }
+  EXPECT_EQ(errorOf(set("daylight-save", "yes")),
+            "\"daylight-save\" refused \"yes\"; it takes true or false");
+  EXPECT_EQ(errorOf(set("daylight-save-zone-text", "x")),
+            "\"daylight-save-zone-text\" cannot be set");
 }
 
 TEST_F(ManagedTelephone, ShowsBytesThatAreNoTextAsReplacementCharacters) {

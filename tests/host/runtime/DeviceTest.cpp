@@ -232,7 +232,7 @@ TEST_F(TelephoneWithTestPlugin, SettingsOutliveIt) {
   device.reset();
   start();
   EXPECT_EQ(device->store().getItem("schema", "key"), "value");
-  EXPECT_EQ(device->securityLog().list(10).size(), 1U);
+  EXPECT_EQ(device->securityLog().list(0, 10).size(), 1U);
 }
 
 TEST_F(TelephoneWithTestPlugin, NextOneOfTheProcessStartsWithoutTheZoneOfTheLast) {

@@ -28,7 +28,7 @@ class SecurityLogFile : public ::testing::Test {
 TEST_F(SecurityLogFile, KeepsEveryFieldOfARecord) {
   SecurityLog security(folder.path());
   security.record(1466035200, 4, 1, 5, 3, true, "ClockSettings set data time(\n)", "user", "web");
-  const auto records = security.list(10);
+  const auto records = security.list(0, 10);
   ASSERT_EQ(records.size(), 1U);
   EXPECT_EQ(records[0].number, 1);
   EXPECT_EQ(records[0].time, 1466035200);
@@ -42,14 +42,17 @@ TEST_F(SecurityLogFile, KeepsEveryFieldOfARecord) {
   EXPECT_EQ(records[0].origin, "web");
 }
 
-TEST_F(SecurityLogFile, ListsTheNewestOldestFirst) {
+TEST_F(SecurityLogFile, ListsWhatComesAfterANumberOldestFirst) {
   SecurityLog security(folder.path());
   for (const char* const text : {"a", "b", "c"}) record(security, text);
-  const auto records = security.list(2);
+  const auto records = security.list(1, 2);
   ASSERT_EQ(records.size(), 2U);
   EXPECT_EQ(records[0].text, "b");
   EXPECT_EQ(records[1].text, "c");
-  EXPECT_TRUE(security.list(0).empty());
+  ASSERT_EQ(security.list(0, 1).size(), 1U);
+  EXPECT_EQ(security.list(0, 1)[0].text, "a");
+  EXPECT_TRUE(security.list(3, 10).empty());
+  EXPECT_TRUE(security.list(0, 0).empty());
 }
 
 TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
@@ -59,7 +62,7 @@ TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
   }
   SecurityLog security(folder.path());
   record(security, "b");
-  const auto records = security.list(10);
+  const auto records = security.list(0, 10);
   ASSERT_EQ(records.size(), 2U);
   EXPECT_EQ(records[1].number, 2);
 }
@@ -67,14 +70,15 @@ TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
 TEST_F(SecurityLogFile, OldestRecordsGoAtTheBound) {
   SecurityLog security(folder.path());
   for (std::int64_t i = 1; i <= SecurityLog::kBound; ++i) record(security, std::to_string(i));
-  EXPECT_EQ(security.dropped(), 0);
-  EXPECT_EQ(security.list(SIZE_MAX).size(), static_cast<std::size_t>(SecurityLog::kBound));
+  EXPECT_EQ(security.kept().first, 1);
+  EXPECT_EQ(security.list(0, SIZE_MAX).size(), static_cast<std::size_t>(SecurityLog::kBound));
   record(security, "one more");
-  const auto records = security.list(SIZE_MAX);
+  const auto records = security.list(0, SIZE_MAX);
   ASSERT_EQ(records.size(), static_cast<std::size_t>(SecurityLog::kBound));
   EXPECT_EQ(records.front().text, "2");
   EXPECT_EQ(records.back().text, "one more");
-  EXPECT_EQ(security.dropped(), 1);
+  EXPECT_EQ(security.kept().first, 2);
+  EXPECT_EQ(security.kept().last, SecurityLog::kBound + 1);
 }
 
 TEST_F(SecurityLogFile, OtherProgramsCanNeitherChangeNorDeleteARecord) {
@@ -88,7 +92,7 @@ TEST_F(SecurityLogFile, OtherProgramsCanNeitherChangeNorDeleteARecord) {
   EXPECT_EQ(runSql(file(), "DELETE FROM record WHERE number = 1"), refusal);
   EXPECT_EQ(runSql(file(), "DELETE FROM record"), refusal);
   EXPECT_EQ(runSql(file(), "REPLACE INTO record SELECT * FROM record"), refusal);
-  EXPECT_EQ(SecurityLog(folder.path()).list(10).size(), 2U);
+  EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
 }
 
 // A number far ahead would have every record in the file count as one that the bound takes.
@@ -110,7 +114,7 @@ TEST_F(SecurityLogFile, OtherProgramsCanOnlyAppendTheNextNumber) {
   EXPECT_EQ(insert("INSERT", "NULL"), "");
   SecurityLog security(folder.path());
   record(security, "d");
-  const auto records = security.list(10);
+  const auto records = security.list(0, 10);
   ASSERT_EQ(records.size(), 6U);
   EXPECT_EQ(records[0].text, "a");
   EXPECT_EQ(records[5].number, 6);
@@ -130,14 +134,14 @@ TEST_F(SecurityLogFile, RecordThatTheBoundHasTakenIsNotWrittenAnew) {
   }
   EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(1, 1, 4, 1, 5, 3, 0, 'x', '', '')"),
             "the security log is append-only");
-  EXPECT_EQ(SecurityLog(folder.path()).dropped(), 1);
+  EXPECT_EQ(SecurityLog(folder.path()).kept().first, 2);
 }
 
 TEST_F(SecurityLogFile, LongTextsAreClippedAndSaySo) {
   SecurityLog security(folder.path());
   const std::string longest(SecurityLog::kLongestText, 'x');
   security.record(1, 4, 1, 5, 3, false, longest, longest + "y", longest + "yz");
-  const auto records = security.list(1);
+  const auto records = security.list(0, 1);
   ASSERT_EQ(records.size(), 1U);
   EXPECT_EQ(records[0].text, longest);
   EXPECT_EQ(records[0].subject, longest + "... (4097 bytes)");
@@ -148,8 +152,8 @@ TEST_F(SecurityLogFile, KeepsTextsOfAnyBytes) {
   SecurityLog security(folder.path());
   const std::string bytes("a\0b\xFF\n", 5);
   record(security, bytes);
-  ASSERT_EQ(security.list(1).size(), 1U);
-  EXPECT_EQ(security.list(1)[0].text, bytes);
+  ASSERT_EQ(security.list(0, 1).size(), 1U);
+  EXPECT_EQ(security.list(0, 1)[0].text, bytes);
 }
 
 TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
@@ -167,14 +171,14 @@ TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
     record(security, "lost");
   }
   EXPECT_EQ(log.entries().size(), 2U) << log.text();
-  EXPECT_EQ(security.list(10).size(), 2U);
+  EXPECT_EQ(security.list(0, 10).size(), 2U);
 }
 
 TEST_F(SecurityLogFile, DamagedOneIsSetAside) {
   writeBytes(file(), randomBytes(9000));
   SecurityLog security(folder.path());
   record(security, "a");
-  EXPECT_EQ(security.list(10).size(), 1U);
+  EXPECT_EQ(security.list(0, 10).size(), 1U);
   EXPECT_EQ(bytesOf(folder / "security.db.damaged-1"), randomBytes(9000));
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
 }
@@ -186,9 +190,12 @@ TEST_F(SecurityLogFile, NewerVersionIsRefused) {
 
 TEST(SecurityLogInMemory, KeepsRecords) {
   SecurityLog security;
+  EXPECT_EQ(security.kept().first, 1);
+  EXPECT_EQ(security.kept().last, 0);
   record(security, "a");
-  EXPECT_EQ(security.list(10).size(), 1U);
-  EXPECT_EQ(security.dropped(), 0);
+  EXPECT_EQ(security.list(0, 10).size(), 1U);
+  EXPECT_EQ(security.kept().first, 1);
+  EXPECT_EQ(security.kept().last, 1);
 }
 
 }  // namespace
