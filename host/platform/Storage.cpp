@@ -64,6 +64,12 @@ std::string contentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+bool holds(const std::string& path, const std::string& content) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  return access(path.c_str(), R_OK) == 0 && contentOf(path) == content;
+}
+
 bool isNameWithoutFolder(const std::string& name) {
   return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
 }
@@ -92,6 +98,7 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   const std::lock_guard lock(writing());
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
+  if (holds(path, content)) return true;  // each start stores the same: flash is to last
   if (writeNew(next, content) && rename(next.c_str(), path.c_str()) == 0) {
     syncFolder(folder);
     return true;

@@ -40,6 +40,12 @@ class StorageFolder : public testing::Test {
     }
     return number;
   }
+  // Each file that was written has another one.
+  [[nodiscard]] ino_t fileNumber() const {
+    struct stat status {};
+    EXPECT_EQ(stat((m_folder / "file").c_str(), &status), 0);
+    return status.st_ino;
+  }
   static bool store(Storage& storage, std::string text) {
     return storage.store(nullptr, text.data(), static_cast<int>(text.size()));
   }
@@ -115,6 +121,21 @@ TEST_F(StorageFolder, IsLeftAloneWhenNothingWasChanged) {
 }
 
 // Whoever opened the file before goes on reading the old one, whole.
+TEST_F(StorageFolder, IsLeftAloneWhenTheContentIsThereAlready) {
+  ASSERT_TRUE(replaceContent("same"));
+  const auto file = fileNumber();
+  EXPECT_TRUE(replaceContent("same"));
+  EXPECT_EQ(fileNumber(), file);
+  EXPECT_TRUE(replaceContent("sama"));
+  EXPECT_NE(fileNumber(), file);
+}
+
+TEST_F(StorageFolder, GetsAnEmptyFileWhereThereIsNone) {
+  Storage storage;
+  ASSERT_TRUE(storage.init("file", kRead, kWrite) && storage.clear() && storage.shutdown());
+  EXPECT_EQ(files(), 1U);
+}
+
 TEST_F(StorageFolder, GetsTheNewFileInOneStep) {
   write("old content");
   std::ifstream reader(m_folder / "file");
