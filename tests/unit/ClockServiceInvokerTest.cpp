@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ClockService.h"
 #include "support/LogCapture.h"
 #include "unit/InvokerSurroundings.h"
 #include "unit/RecordingService.h"
@@ -107,6 +108,12 @@ TEST_F(ClockServiceInvokerTest, CodecMayLeaveTheRequestsStreamAsItLikes) {
   for (int i = 0; i < 2; ++i)
     EXPECT_EQ(send(&m_service, "call getTime\n").replies,
               Lines{"reply getTime\nout string getTimeStringReturn=09:07\n255"});
+}
+
+TEST_F(ClockServiceInvokerTest, AnswersForThePluginsOwnService) {
+  ClockService service;
+  EXPECT_EQ(send(&service, "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n").replies,
+            Lines{"reply cancelAlarmClock\nout bool cancelAlarmClockReturn=false\n"});
 }
 
 TEST_F(ClockServiceInvokerTest, NullServiceIsLoggedAndNotAnswered) {
