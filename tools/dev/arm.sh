@@ -3,23 +3,20 @@
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
+. "$CLOCK_TREE/tools/dev/arm.bash"
 
 # bytes of code and data that the telephone has for the plug-in
 size_limit=65536
 
 show_size() {
-  local plugin size
-  plugin=$(mktemp)
-  arm-linux-gnueabihf-strip -o "$plugin" "$(folder_of arm)/lib/libClockService.so"
-  size=$(arm-linux-gnueabihf-size "$plugin" | awk 'NR == 2 { print $1 + $2 }')
-  rm -f "$plugin"
+  local size
+  size=$(arm_plugin_size arm)
   echo "dev: plug-in for 32-bit ARM, -Os, stripped: $size bytes of text and data, limit $size_limit"
   [ "$size" -le "$size_limit" ]
 }
 
-need run test arm
-configure arm -DCMAKE_BUILD_TYPE=MinSizeRel -DCLOCK_CROSS_TESTS=ON -DCLOCK_TEST_PER_PROGRAM=ON \
-  -DCMAKE_TOOLCHAIN_FILE="$CLOCK_TREE/cmake/toolchains/arm-linux-gnueabihf.cmake"
+need run test cross arm
+configure_arm_tests
 build arm
 run_tests arm
 show_size

@@ -27,7 +27,7 @@ check_tree() {
     python3 -B tests/house/built_sources.py . "$(folder_of lint)"
 }
 
-need run test lint
+need run test bench lint
 configure lint -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=Debug \
   -DCLOCK_PRECOMPILED_TESTS=OFF
 cmake "$(folder_of lint)" >/dev/null # nothing is built here that would notice new sources

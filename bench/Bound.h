@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "Findings.h"
+
+namespace bench {
+
+// What is demanded of a figure.
+struct Bound {
+  enum class Kind {
+    ratioAtMost,  // figure / floor
+    ratioAtLeast,
+    differenceAtMost,  // figure - floor
+    atMost,            // the figure alone
+    between            // exactly one of the numbers from `other` to `limit`
+  };
+
+  Kind kind;
+  double limit;
+  double other = 0;
+  bool timed = true;  // a machine that is shared may take longer; it may not count wrongly
+
+  // factor: 1 or more, how much wider a timed bound is.
+  [[nodiscard]] Bound widened(double factor) const;
+  [[nodiscard]] bool holds(const Measured& measured) const;
+  [[nodiscard]] std::string text() const;
+};
+
+}  // namespace bench

@@ -1,0 +1,51 @@
+#include "Child.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <system_error>
+
+namespace bench {
+namespace {
+
+// The three standard descriptors of the program.
+class Silence {
+ public:
+  Silence() {
+    posix_spawn_file_actions_init(&m_actions);
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      posix_spawn_file_actions_addopen(&m_actions, descriptor, "/dev/null", O_RDWR, 0);
+    }
+  }
+  ~Silence() { posix_spawn_file_actions_destroy(&m_actions); }
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+
+  [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &m_actions; }
+
+ private:
+  posix_spawn_file_actions_t m_actions{};
+};
+
+}  // namespace
+
+Child::Child(const std::vector<std::string>& words) {
+  std::vector<std::string> copies(words);
+  std::vector<char*> arguments;
+  for (std::string& word : copies) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  const Silence silence;
+  const int error =
+      posix_spawn(&m_id, arguments[0], silence.get(), nullptr, arguments.data(), environ);
+  if (error != 0) throw std::system_error(error, std::generic_category(), words.front());
+}
+
+Child::~Child() {
+  kill(m_id, SIGTERM);
+  waitpid(m_id, nullptr, 0);
+}
+
+}  // namespace bench

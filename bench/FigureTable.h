@@ -1,0 +1,22 @@
+#pragma once
+
+#include <span>
+
+#include "Bound.h"
+#include "Findings.h"
+
+namespace bench {
+
+// One figure of the table that is printed.
+struct Figure {
+  const char* name;  // for --only and for the JSON
+  const char* what;
+  const char* floor;  // empty: none
+  const char* unit;
+  Bound bound;
+  void (*measure)(Findings& findings);  // one may find several
+};
+
+[[nodiscard]] std::span<const Figure> figures();
+
+}  // namespace bench

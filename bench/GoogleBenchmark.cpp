@@ -1,0 +1,39 @@
+#include "GoogleBenchmark.h"
+
+#include <stdexcept>
+#include <vector>
+
+namespace bench {
+namespace {
+
+constexpr double kSecondsEach = 0.02;
+
+// Keeps the one figure of a run and prints nothing.
+class Keeper : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.error_occurred) throw std::runtime_error(run.error_message);
+      m_nanoseconds = run.GetAdjustedCPUTime();
+    }
+  }
+  [[nodiscard]] double nanoseconds() const { return m_nanoseconds; }
+
+ private:
+  double m_nanoseconds = 0;
+};
+
+}  // namespace
+
+double processorNanoseconds(const Body& body) {
+  benchmark::ClearRegisteredBenchmarks();
+  benchmark::RegisterBenchmark("body", body)->MinTime(kSecondsEach)->Unit(benchmark::kNanosecond);
+  Keeper keeper;
+  if (benchmark::RunSpecifiedBenchmarks(&keeper, "body") != 1) {
+    throw std::logic_error("Google Benchmark has run nothing");
+  }
+  return keeper.nanoseconds();
+}
+
+}  // namespace bench

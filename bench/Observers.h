@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "ClockServiceObserverIfc.h"
+
+class ClockServiceIfc;
+
+namespace bench {
+
+// Observers of this process that do next to nothing. Owner: a measurement.
+class Observers {
+ public:
+  explicit Observers(std::size_t count);
+  ~Observers();
+  Observers(const Observers&) = delete;
+  Observers& operator=(const Observers&) = delete;
+
+  [[nodiscard]] std::vector<ClockServiceObserverIfc*> all();
+
+ private:
+  class Adding;
+
+  std::vector<Adding> m_observers;
+};
+
+// They observe the service while it lives. The service outlives it.
+class Registration {
+ public:
+  Registration(ClockServiceIfc& service, Observers& observers);
+  ~Registration();
+  Registration(const Registration&) = delete;
+  Registration& operator=(const Registration&) = delete;
+
+ private:
+  ClockServiceIfc& m_service;
+  const std::vector<ClockServiceObserverIfc*> m_observers;
+};
+
+}  // namespace bench

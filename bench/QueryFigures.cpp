@@ -1,0 +1,131 @@
+// Questions to the clock in this process, and the same by message.
+#include <array>
+#include <ctime>
+#include <sstream>
+#include <string>
+
+#include "BoundedPrint.h"
+#include "Folder.h"
+#include "GoogleBenchmark.h"
+#include "HeapCount.h"
+#include "Invoker.h"
+#include "InvokerResponse.h"
+#include "Measure.h"
+#include "Method.h"
+#include "Telephone.h"
+
+namespace bench {
+namespace {
+
+constexpr double kPerMicrosecond = 1000;
+
+// A telephone as it mostly is: time passes, and the zone has daylight saving.
+class AskedTelephone : public Telephone {
+ public:
+  explicit AskedTelephone(const Folder& folder) : Telephone(folder.path()) {
+    set("sntp-tz-offset", "-5");
+    set("daylight-save-zone-id", "12");
+    set("daylight-save", "true");
+    set("auto-daylight-save", "true");
+    clock().advance(std::chrono::seconds(1));
+    clock().setSpeed(1);
+  }
+};
+
+// What getTime() cannot do without.
+std::string barePrintedTime() {
+  const time_t now = time(nullptr);
+  tm local{};
+  localtime_r(&now, &local);
+  std::array<char, 20> text{};
+  boundedPrint(text, "%02d:%02d", local.tm_hour, local.tm_min);
+  return text.data();
+}
+
+std::string barePrintedUtc(int seconds) {
+  const time_t instant = seconds;
+  tm utc{};
+  gmtime_r(&instant, &utc);
+  std::array<char, 26> text{};
+  boundedPrint(text, "%04d-%02d-%02dT%02d:%02d:%02d%c%02d:%02d", utc.tm_year + 1900, utc.tm_mon + 1,
+               utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec, '+', 0, 0);
+  return text.data();
+}
+
+double costOfGetTime(Telephone& telephone) {
+  return processorNanoseconds([&](benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(telephone.service().getTime());
+  });
+}
+
+double costOfBareTime() {
+  return processorNanoseconds([](benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(barePrintedTime());
+  });
+}
+
+template <class Print>
+double costOfInstants(Print print) {
+  return processorNanoseconds([&](benchmark::State& state) {
+    int seconds = 1'600'000'000;
+    for (auto _ : state) benchmark::DoNotOptimize(print(++seconds));
+  });
+}
+
+// The way back of a request that nobody waits for.
+class Dropped : public InvokerResponse {
+ public:
+  const char* getCodecName() override { return "msgpack"; }
+  const char* getReplyAddress() override { return "client-1"; }
+  void sendReply(const char* data, int length) override {
+    benchmark::DoNotOptimize(data);
+    benchmark::DoNotOptimize(length);
+  }
+};
+
+std::string requestFor(const char* name, host::CodecTable& codecs) {
+  Method method(name, Method::call);
+  std::stringstream stream;
+  codecs.find(host::kDefaultCodec)->encode(method, stream);
+  return stream.str();
+}
+
+double costOfMessage(Telephone& telephone, const std::string& request) {
+  host::Device& device = telephone.device();
+  return processorNanoseconds([&](benchmark::State& state) {
+    for (auto _ : state)
+      device.invoker().handleMessage(&device.service(), request.data(),
+                                     static_cast<int>(request.size()), new Dropped);
+  });
+}
+
+}  // namespace
+
+void measureGetTime(Findings& findings) {
+  const Folder folder;
+  AskedTelephone telephone(folder);
+  findings["get-time"] = ratioOf(
+      Rounds::alternate([&] { return costOfGetTime(telephone); }, [] { return costOfBareTime(); }));
+  const HeapCount count;
+  benchmark::DoNotOptimize(telephone.service().getTime());
+  findings["get-time-heap"] = alone(static_cast<double>(count.allocations()));
+}
+
+void measureGetUtcTime(Findings& findings) {
+  const Folder folder;
+  AskedTelephone telephone(folder);
+  const auto asked = [&](int seconds) { return telephone.service().getUTCTime(seconds); };
+  findings["get-utc-time"] = ratioOf(Rounds::alternate(
+      [&] { return costOfInstants(asked); }, [] { return costOfInstants(barePrintedUtc); }));
+}
+
+void measureHandleMessage(Findings& findings) {
+  const Folder folder;
+  AskedTelephone telephone(folder);
+  const std::string request = requestFor("getTime", telephone.codecs());
+  findings["handle-message"] = differenceOf(
+      Rounds::alternate([&] { return costOfMessage(telephone, request) / kPerMicrosecond; },
+                        [&] { return costOfGetTime(telephone) / kPerMicrosecond; }));
+}
+
+}  // namespace bench

@@ -1,0 +1,112 @@
+// One accepted setting, with its way to the disk.
+#include <sqlite3.h>
+
+#include <chrono>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "HostProgram.h"
+#include "Line.h"
+#include "Measure.h"
+#include "StoreCount.h"
+#include "Telephone.h"
+
+namespace bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Microseconds = std::chrono::duration<double, std::micro>;
+
+constexpr std::size_t kSets = 300;
+constexpr std::size_t kSetsCounted = 20;  // of each start
+
+struct Close {
+  void operator()(sqlite3* database) const { sqlite3_close(database); }
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+
+// The same row in a database of the same kind, through SQLite alone.
+class BareStore {
+ public:
+  explicit BareStore(const std::filesystem::path& file) {
+    sqlite3* database = nullptr;
+    sqlite3_open(file.c_str(), &database);
+    m_database.reset(database);
+    execute(
+        "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;"
+        "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
+        " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID");
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(database,
+                       "INSERT INTO settings VALUES('ClockSettings', 'DateFormat', ?1)"
+                       " ON CONFLICT(schema, key) DO UPDATE SET value = excluded.value",
+                       -1, &statement, nullptr);
+    m_statement.reset(statement);
+  }
+
+  void write(const std::string& value) {
+    sqlite3_bind_text(m_statement.get(), 1, value.c_str(), -1, nullptr);
+    if (sqlite3_step(m_statement.get()) != SQLITE_DONE) {
+      throw std::runtime_error(sqlite3_errmsg(m_database.get()));
+    }
+    sqlite3_reset(m_statement.get());
+  }
+
+ private:
+  void execute(const char* sql) {
+    if (sqlite3_exec(m_database.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+      throw std::runtime_error(sqlite3_errmsg(m_database.get()));
+    }
+  }
+
+  std::unique_ptr<sqlite3, Close> m_database;
+  std::unique_ptr<sqlite3_stmt, Close> m_statement;
+};
+
+template <class Write>
+double microseconds(Write write) {
+  const auto begin = Clock::now();
+  write();
+  return Microseconds(Clock::now() - begin).count();
+}
+
+void setOver(const Line& line, const std::string& value) {
+  line.send(controlOf(R"({"verb":"set","key":"date-format","value":")" + value + "\"}"));
+  const std::string reply = line.takeFrame().bytes;
+  if (reply.find(R"("ok":true)") == std::string::npos) throw std::runtime_error(reply);
+}
+
+}  // namespace
+
+void measureSetData(Findings& findings) {
+  const Folder sockets;
+  const Folder disk(Folder::Place::disk);
+  const HostProgram host(sockets, disk / "state");
+  const Line line(host.socket());
+  BareStore bare(disk / "bare.db");
+  Rounds rounds;  // of one write each: the disk is now fast, now slow
+  for (std::size_t i = 0; i < kSets; ++i) {
+    const std::string value = std::to_string(i % 3);  // another one each time
+    const double below = microseconds([&] { bare.write(value); });
+    rounds.add(microseconds([&] { setOver(line, value); }), below);
+  }
+  findings["set-data"] = ratioOf(rounds);
+}
+
+// Of each of the first sets after a start, and of those of a telephone that has run before.
+void measureSyncs(Findings& findings) {
+  const Folder disk(Folder::Place::disk);
+  std::size_t most = 0;
+  for (int start = 0; start < 3; ++start) {
+    Telephone telephone(disk.path());
+    for (std::size_t i = 0; i < kSetsCounted; ++i) {
+      const StoreCount count;
+      telephone.set("date-format", std::to_string(i % 3));
+      most = std::max(most, count.syncs());
+    }
+  }
+  findings["set-data-syncs"] = alone(static_cast<double>(most));
+}
+
+}  // namespace bench

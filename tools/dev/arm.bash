@@ -1,0 +1,29 @@
+# shellcheck shell=bash
+# Builds for 32-bit ARM, and what the plug-in takes there.
+
+arm_options=(-DCMAKE_BUILD_TYPE=MinSizeRel
+  "-DCMAKE_TOOLCHAIN_FILE=$CLOCK_TREE/cmake/toolchains/arm-linux-gnueabihf.cmake")
+
+# configure_arm_tests: the plug-in and the tests that run under qemu, in build/arm.
+configure_arm_tests() {
+  configure arm "${arm_options[@]}" -DCLOCK_CROSS_TESTS=ON -DCLOCK_TEST_PER_PROGRAM=ON
+}
+
+# arm_plugin_size NAME: bytes of code and data of the stripped plug-in in build/NAME.
+arm_plugin_size() {
+  local plugin
+  plugin=$(mktemp)
+  arm-linux-gnueabihf-strip -o "$plugin" "$(folder_of "$1")/lib/libClockService.so" &&
+    arm-linux-gnueabihf-size "$plugin" | awk 'NR == 2 { print $1 + $2 }'
+  rm -f "$plugin"
+}
+
+# built_arm_plugin: builds it where it has been built before, or else alone; says where.
+built_arm_plugin() {
+  local name=arm
+  if [ ! -f "$(folder_of arm)/.configured" ]; then
+    name=arm-plugin
+    configure "$name" "${arm_options[@]}" -DCLOCK_WITH_HOST=OFF >&2 || return 1
+  fi
+  build "$name" ClockService >&2 && echo "$name"
+}
