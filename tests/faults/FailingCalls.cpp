@@ -18,6 +18,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "support/Sanitizers.h"
+
 namespace faults {
 namespace {
 
@@ -99,6 +101,12 @@ int openFile(const char* path, int flags, mode_t mode) {
 bool somebodyWaits(int listener) {
   pollfd asked{listener, POLLIN, 0};
   return ::poll(&asked, 1, 0) == 1;
+}
+
+// The thread sanitizer has one of its own, which comes first.
+bool isTheSanitizers() {
+  static std::atomic<bool> first{support::kThreadSanitizer};
+  return first.exchange(false);
 }
 
 constexpr bool takesMode(int flags) {
@@ -221,7 +229,7 @@ int posix_spawn(pid_t* id, const char* path, const posix_spawn_file_actions_t* a
 
 int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
                    void* argument) noexcept {
-  if (faults::fails(Call::threadCreation)) return errno;
+  if (!faults::isTheSanitizers() && faults::fails(Call::threadCreation)) return errno;
   static const auto real = faults::next<decltype(pthread_create)>("pthread_create");
   return real(thread, attributes, body, argument);
 }

@@ -39,6 +39,15 @@ void* operator new(std::size_t size) {
   }
 }
 
+// Of its own, where a sanitizer's would not come by here.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return ::operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void operator delete(void* memory) noexcept {
   if (memory == nullptr) return;
   g_inUse -= ::malloc_usable_size(memory);

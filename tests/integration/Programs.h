@@ -28,6 +28,8 @@ class Program {
   Program(const Program&) = delete;
   Program& operator=(const Program&) = delete;
 
+  [[nodiscard]] pid_t id() const { return m_id; }
+
   void signal(int number) const;
 
   // Whether it ends within the limit. It is still to be waited for.

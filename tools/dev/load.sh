@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# load [--seconds N]: 500 subscribers and 64 callers at once (default a minute)
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+
+need run test
+configure default
+build default load
+exec "$(folder_of default)/bin/load" "$@"
