@@ -24,13 +24,19 @@ class Keeper : public benchmark::BenchmarkReporter {
   double m_nanoseconds = 0;
 };
 
+const Body* g_body = nullptr;  // what is measured now
+
+void runBody(benchmark::State& state) {
+  (*g_body)(state);
+}
+BENCHMARK(runBody)->MinTime(kSecondsEach)->Unit(benchmark::kNanosecond);
+
 }  // namespace
 
 double processorNanoseconds(const Body& body) {
-  benchmark::ClearRegisteredBenchmarks();
-  benchmark::RegisterBenchmark("body", body)->MinTime(kSecondsEach)->Unit(benchmark::kNanosecond);
+  g_body = &body;
   Keeper keeper;
-  if (benchmark::RunSpecifiedBenchmarks(&keeper, "body") != 1) {
+  if (benchmark::RunSpecifiedBenchmarks(&keeper, "runBody") != 1) {
     throw std::logic_error("Google Benchmark has run nothing");
   }
   return keeper.nanoseconds();

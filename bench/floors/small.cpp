@@ -43,7 +43,6 @@ std::vector<std::string> rowsOf(const Database& database) {
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(prepared, 0));
     rows.emplace_back(static_cast<const char*>(bytes), size);
   }
-  if (rows.size() != kRows) throw std::runtime_error("other rows than the eleven");
   return rows;
 }
 
@@ -63,6 +62,7 @@ int main(int argc, char** argv) {
   try {
     const Database database = open(argv[2]);
     const auto rows = rowsOf(database);
+    if (rows.size() != kRows) throw std::runtime_error("other rows than the eleven");
     const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr),
                                                                          XML_ParserFree);
     const host::Descriptor listener = bench::listenAt(argv[1]);

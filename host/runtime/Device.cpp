@@ -37,7 +37,7 @@ struct Device::Parts {
   Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOptions& theOptions);
 
   void openStores();
-  void beginLogs();
+  void beginLogs() const;
   void fillInValues();
   void presetFallbackTime();
   void registerServices();
@@ -82,7 +82,7 @@ void Device::Parts::openStores() {
                                             : std::make_unique<SecurityLog>(options.state);
 }
 
-void Device::Parts::beginLogs() {
+void Device::Parts::beginLogs() const {
   if (ownStore) ownStore->beginLog();
   securityLog->beginLog();
 }
