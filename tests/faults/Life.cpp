@@ -13,8 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kLimit(2);
-constexpr std::chrono::seconds kForTheEnd(10);
+constexpr std::chrono::seconds kLimit(10);
 constexpr std::chrono::milliseconds kForAnEvent(20);
 constexpr int kRefused = 1;  // the host's exit status when it cannot start
 
@@ -95,8 +94,14 @@ void Life::hearAnEvent() {
   complain("no event of an hour reached the subscriber");
 }
 
+// A listener that could not be started hears nothing until the next start, and has said so.
+bool Life::isDeaf() {
+  return m_host.program().err().find("Thread couldn't be started") != std::string::npos;
+}
+
 // A report that is lost comes again.
 void Life::hearOfAReport() {
+  if (isDeaf()) return;
   while (m_subscriber->nextEvent(std::chrono::milliseconds(0))) continue;
   const auto deadline = Clock::now() + kLimit;
   while (Clock::now() < deadline) {
@@ -104,14 +109,11 @@ void Life::hearOfAReport() {
     report(m_host.pipe());
     if (m_subscriber->nextEvent(kForAnEvent)) return;
   }
-  // A listener that could not be started hears nothing until the next start, and has said so.
-  if (m_host.program().err().find("Thread couldn't be started") == std::string::npos) {
-    complain("no event of a report reached the subscriber");
-  }
+  complain("no event of a report reached the subscriber");
 }
 
 void Life::end() {
-  const integration::Outcome outcome = m_host.end(SIGTERM, kForTheEnd);
+  const integration::Outcome outcome = m_host.end(SIGTERM, kLimit);
   m_log += outcome.err;
   const bool refused = outcome.status == kRefused && outcome.err.find("clockhost: ") == 0;
   if (outcome.status != 0 && !refused) {

@@ -38,6 +38,7 @@ class Life {
   void moveClock(const std::string& action);
   void hearOfAReport();
   void hearAnEvent();
+  [[nodiscard]] bool isDeaf();
   void end();
   void lookAtScript();
   void lookForDamage();
