@@ -155,7 +155,7 @@ bool ClockServiceDataHandler::isAcceptableSntpAddr(const std::string& value) con
     case 0:
       return ClientUtils::validGlobalHostname(value);
     case 1:
-      return value.empty() || value.front() != '[';
+      return value[0] != '[';
     default:
       return true;
   }

@@ -27,8 +27,8 @@ class Descriptor {
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
 
+  // REQUIRES: none open.
   [[nodiscard]] bool open(const char* path, int flags) {
-    close();
     m_number = ::open(path, flags | O_CLOEXEC);
     return m_number >= 0;
   }
@@ -115,7 +115,7 @@ void SNTPClientThread::run() {
 void SNTPClientThread::report(unsigned long secondsSinceEpoch) {
   const auto time = static_cast<time_t>(secondsSinceEpoch);
   std::array<char, 26> rendered{};
-  if (ctime_r(&time, rendered.data()) == nullptr) rendered[0] = '\0';
+  ctime_r(&time, rendered.data());
   CLOCK_LOG(logInformation, "Time change message received from ntpclient EPOC: %lu  CTIME: %s",
             secondsSinceEpoch, rendered.data());
   const SemaphoreGuard guard(observerLock);

@@ -53,6 +53,7 @@ TEST_F(RecordingFramework, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
   store.items["FallbackDateTime"] = "yesterday";
   start(&context);
   EXPECT_EQ(service->getTimeVal(), 1'000'000);
+  EXPECT_TRUE(log.has(2, "init: FallbackTime \"yesterday\" is not a UTC string"));
 }
 
 TEST_F(RecordingFramework, DoesNotSpeakOfTheNtpClientWhileTheNetworkIsDown) {

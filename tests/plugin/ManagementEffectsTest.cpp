@@ -99,8 +99,9 @@ TEST_F(ManagedClockOnRecordingParts, StoresTheServerThenTriesTheClientThenShowsW
 }
 
 TEST_F(ManagedClockOnRecordingParts, TriesTheClientBeforeItShowsWhoSetsTheTime) {
-  start();
   const support::LogCapture log(5);
+  start();
+  ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
   const plugin::StartUpLog lines(journal);
   EXPECT_THAT(accepted("sntp-addr", "192.0.2.1"),
               ElementsAre("store SNTPaddress=192.0.2.1", "log 5 start NTP client",

@@ -23,6 +23,15 @@ TEST_F(RecordingFramework, GetsNoTimersFromAServiceWithoutAContext) {
   EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
 }
 
+TEST_F(RecordingFramework, KnowsNoTimerInAServiceWithoutAContext) {
+  start(nullptr);
+  journal.take();
+  log.clear();
+  for (const int timer : {-1, 1, 2, 3, 4, 5, 6, 7}) service->timerEvent(timer);
+  EXPECT_THAT(journal.take(), testing::IsEmpty());
+  EXPECT_THAT(log.entries(), testing::IsEmpty());
+}
+
 TEST_F(RecordingFramework, CanAskAServiceWithoutAContextEverything) {
   start(nullptr);
   ManageableData record;
@@ -41,6 +50,9 @@ TEST_F(RecordingFramework, CanAskAServiceWithoutAContextEverything) {
   }
   EXPECT_FALSE(service->resetUserData());
   EXPECT_EQ(service->getDate(), "01.01.70");
+  EXPECT_EQ(service->getTime(), "00:00");
+  service->handleSNTPClientUpdate(1);
+  service->timerEvent(0);  // the number of every timer that it does not have
   EXPECT_EQ(service->setFallbackTime(), "1970-01-01T00:00:00+00:00");
   service->setTime(1000);
   EXPECT_TRUE(service->setDate(2, 3, 2004));
@@ -75,6 +87,7 @@ TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
   EXPECT_THAT(lines, Not(Contains("observe dhcp-enabled")));
   EXPECT_THAT(lines, Not(Contains("log 5 start NTP client")));
   EXPECT_THAT(lines, Contains("create 1 -> 4"));  // and goes on
+  EXPECT_FALSE(service->resetUserData());
 }
 
 TEST_F(RecordingFramework, IsManagedWithoutLocalManagementToReportTo) {

@@ -4,6 +4,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <memory>
+#include <thread>
 
 #include "DevicePaths.h"
 #include "platform/ProgramMap.h"
@@ -55,6 +57,7 @@ TEST_F(ClockWithNetworkUp, LetsTheClientTraceAtLevelSix) {
   ASSERT_EQ(message.size(), 1U + 12U + 1U);
   EXPECT_EQ(message[11], "-4");
   EXPECT_EQ(message[12], "-L");
+  EXPECT_TRUE(traced.hasPart(" 127.0.0.1 -4 -L NULL\"\n"));
 }
 
 TEST_F(ClockWithNetworkUp, TellsTheClientOfIpv6) {
@@ -91,6 +94,19 @@ TEST_F(ClockWithNetworkUp, EndsTheClientWithTheService) {
   telephone.switchOff();
   EXPECT_EQ(clients.nextEnd(), client);
   EXPECT_FALSE(isRunning(client));
+}
+
+// The listener waits in its pipe until something wakes it; the client must not run on meanwhile.
+TEST_F(ClockWithNetworkUp, EndsTheClientBeforeItWaitsForTheListener) {
+  auto service = std::make_unique<ClockService>();
+  service->initWith(&telephone.context);
+  const std::string client = clients.nextStart();
+  telephone.management.dropAgents();
+  telephone.physical.dropSubscribers();
+  std::thread ending([&] { service.reset(); });
+  EXPECT_EQ(clients.nextEnd(), client);
+  telephone.pipe.release();
+  ending.join();
 }
 
 TEST_F(ClockWithNetworkUp, ReplacesAClientThatHasDied) {

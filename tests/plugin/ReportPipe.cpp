@@ -23,18 +23,9 @@ void require(bool done, const char* what) {
   if (!done) throw std::system_error(errno, std::generic_category(), what);
 }
 
-// Whether this process, and so the listener, has the pipe open. Asks by name: the descriptors are
-// the listener's.
+// Whether this process, and so the listener, has the pipe open.
 bool isOpenHere(const std::string& path) {
-  struct stat pipe {};
-  if (stat(path.c_str(), &pipe) != 0) return false;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    struct stat other {};
-    if (stat(entry.path().c_str(), &other) == 0 && other.st_dev == pipe.st_dev &&
-        other.st_ino == pipe.st_ino)
-      return true;
-  }
-  return false;
+  return !descriptorFlagsOf(path).empty();
 }
 
 int bytesLeft(int pipe) {
@@ -53,6 +44,20 @@ void await(Condition condition, const char* what) {
 }
 
 }  // namespace
+
+// Asks by name: the descriptors are the listener's.
+std::vector<int> descriptorFlagsOf(const std::string& path) {
+  std::vector<int> flags;
+  struct stat file {};
+  if (stat(path.c_str(), &file) != 0) return flags;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    struct stat other {};
+    if (stat(entry.path().c_str(), &other) == 0 && other.st_dev == file.st_dev &&
+        other.st_ino == file.st_ino)
+      flags.push_back(fcntl(std::stoi(entry.path().filename()), F_GETFD));
+  }
+  return flags;
+}
 
 std::string ReportPipe::path() {
   return DevicePaths::ntpClientPipe;

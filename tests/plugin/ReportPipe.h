@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace plugin {
 
@@ -32,6 +33,9 @@ class ReportPipe {
  private:
   int m_wakeUp = -1;  // holds the replaced pipe open
 };
+
+// FD_CLOEXEC or 0, for each descriptor of this process that a file is open at.
+std::vector<int> descriptorFlagsOf(const std::string& path);
 
 // Nothing at the place of the pipe: neither file nor folder.
 void removeReportPipe();

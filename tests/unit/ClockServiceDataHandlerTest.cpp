@@ -55,6 +55,34 @@ TEST(ClockServiceDataHandler, FreshStoreOnEveryHardware) {
   }
 }
 
+TEST(ClockServiceDataHandler, DefaultsComeBackInMemoryAlone) {
+  SettingsStore store;
+  const auto settings = store.load();
+  for (const bool done :
+       {settings->setFallbackTime("2020-01-01T00:00:00+00:00"), settings->setSntpAddr("192.0.2.1"),
+        settings->setNtpSecret("secret"), settings->setTimezoneOffset(5.5F),
+        settings->setDaylightSavingActive("true"), settings->setDaylightSavingMinutes("30"),
+        settings->setTimeSource("1"), settings->setDSTZoneID(9),
+        settings->setAutomaticDaylightSavingActive("true"), settings->setDateFormat("1"),
+        settings->setTimeFormat("1")})
+    EXPECT_TRUE(done);
+  settings->setSoftwareType("Velmora QEX");
+  settings->setDefaultDataValues();
+  EXPECT_EQ(settings->getFallbackTime(), "2016-06-16T00:00:00+00:00");
+  EXPECT_EQ(settings->getSntpAddr(), "");
+  EXPECT_EQ(settings->getNtpSecret(), "");
+  EXPECT_EQ(settings->getTimezoneOffset(), 0.0F);
+  EXPECT_FALSE(settings->getDaylightSavingActive());
+  EXPECT_EQ(settings->getDaylightSavingMinutes(), 60);
+  EXPECT_EQ(settings->getTimeSource(), 0);
+  EXPECT_EQ(settings->getDSTZoneID(), 0);
+  EXPECT_FALSE(settings->getAutomaticDaylightSavingActive());
+  EXPECT_EQ(settings->getSoftwareType(), 0);
+  EXPECT_EQ(settings->getDateFormat(), 1);  // the formats are not among them
+  EXPECT_EQ(settings->getTimeFormat(), 1);
+  EXPECT_EQ(store.stored("NTPsharedSecret"), "secret");
+}
+
 TEST(ClockServiceDataHandler, DefaultFormatsDependOnTheHardwareAlone) {
   for (const int variant : american) {
     SettingsStore store;

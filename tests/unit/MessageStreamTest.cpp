@@ -60,6 +60,12 @@ Step seekWrite(std::streamoff offset, ios_base::seekdir from) {
           }};
 }
 
+Step seekTo(std::streamoff position, ios_base::openmode which) {
+  return {"seek to", [=](std::iostream& stream, std::string& seen) {
+            note(seen, stream.rdbuf()->pubseekpos(position, which));
+          }};
+}
+
 Step seekBoth(std::streamoff offset, ios_base::seekdir from) {
   return {"seek both", [=](std::iostream& stream, std::string& seen) {
             note(seen, stream.rdbuf()->pubseekoff(offset, from, ios_base::in | ios_base::out));
@@ -120,6 +126,8 @@ const std::vector<std::vector<Step>> kRows = {
     {write("abc"), seekBoth(1, ios_base::beg), write("X"), read(2)},
     {write("abc"), seekBoth(0, ios_base::cur), seekBoth(-1, ios_base::end), read(1)},
     {write("abc"), seekNeither(), read(3)},
+    {write("abcdef"), seekTo(4, ios_base::in), read(1), seekTo(7, ios_base::in), read(1)},
+    {write("abcdef"), seekTo(2, ios_base::out), write("CD"), read(6)},
     {write(bytes(256)), read(256), read(1)},
     {write(bytes(257)), read(257)},
     {write(bytes(200)), read(100), write(bytes(200)), read(300)},
@@ -164,6 +172,28 @@ TEST(MessageStream, DoesTheSameAfterStartingOver) {
     EXPECT_EQ(outcomeOf(stream, steps, [&] { return stream.text(); }), expected(steps))
         << describe(steps);
   }
+}
+
+// What a stream never asks of its bytes, but a codec may.
+template <class Bytes>
+class OpenBytes : public Bytes {
+ public:
+  std::string overflown() {
+    std::string seen;
+    this->sputn("abc", 3);
+    this->pubseekoff(1, ios_base::beg, ios_base::out);
+    for (const int byte : {std::char_traits<char>::eof(), int{'x'}})
+      note(seen, std::char_traits<char>::eq_int_type(this->overflow(byte), -1));
+    std::string text(4, '?');
+    note(seen, this->sgetn(text.data(), 4));
+    return seen + text;
+  }
+};
+
+TEST(MessageStream, TakesAByteThatNeedNotOverflow) {
+  OpenBytes<MessageBytes> bytes;
+  OpenBytes<std::stringbuf> model;
+  EXPECT_EQ(bytes.overflown(), model.overflown());
 }
 
 TEST(MessageStream, DataIsTheText) {

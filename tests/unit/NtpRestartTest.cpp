@@ -12,11 +12,11 @@ TEST(NtpRestart, SeedIsTheLastSixDigits) {
   const struct {
     const char* mac;
     int seed;
-  } table[] = {
-      {"0001E3A1B2C3", 10597059}, {"0001e3a1b2c3", 10597059}, {"0001E3a1B2c3", 10597059},
-      {"000000000000", 0},        {"FFFFFF000001", 1},        {"000000FFFFFF", 16777215},
-      {"000000100000", 1048576},  {"000000012345", 74565},    {"000000abcdef", 11259375},
-      {"zzzzzz000010", 16},       {"::::::00000f", 15}};  // the first six are not looked at
+  } table[] = {{"0001E3A1B2C3", 10597059}, {"0001e3a1b2c3", 10597059}, {"0001E3a1B2c3", 10597059},
+               {"000000000000", 0},        {"FFFFFF000001", 1},        {"000000FFFFFF", 16777215},
+               {"000000100000", 1048576},  {"000000012345", 74565},    {"000000abcdef", 11259375},
+               {"000000678900", 6785280},  {"000000ABCDEF", 11259375}, {"zzzzzz000010", 16},
+               {"::::::00000f", 15}};  // the first six are not looked at
   for (const auto& row : table) {
     int seed = -1;
     EXPECT_EQ(NtpRestart::seedOf(row.mac, seed), MacText::valid) << row.mac;

@@ -122,6 +122,15 @@ TEST(SettingsDocument, OnlyTheGivenBytesOfTheTextCount) {
   EXPECT_EQ(settings->getNtpSecret(), "secret");
 }
 
+TEST(SettingsDocument, TextOfANegativeLengthIsEmpty) {
+  SettingsStore store;
+  const auto settings = store.load();
+  start(*settings, "NTPsharedSecret");
+  ClockServiceXmlCharacterDataHandler(settings.get(), "secret", -1);
+  end(*settings, "NTPsharedSecret");
+  EXPECT_EQ(settings->getNtpSecret(), "");
+}
+
 TEST(SettingsDocument, ElementWithoutTextIsEmpty) {
   SettingsStore store;
   const auto settings = store.load();

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "SNTPTimeChangeObserver.h"
+#include "plugin/ReportPipe.h"
+#include "support/LogCapture.h"
+
+namespace plugin {
+
+// Keeps what the listener reports; the test waits for it, and may hold it up.
+class Reports final : public SNTPTimeChangeObserver {
+ public:
+  void handleSNTPClientUpdate(long secondsSinceEpoch) override {
+    std::unique_lock lock(m_mutex);
+    m_values.push_back(secondsSinceEpoch);
+    m_changed.notify_all();
+    m_changed.wait(lock, [this] { return !m_held; });
+  }
+
+  // The first `count` reports; fewer when they did not come within ten seconds.
+  std::vector<long> first(std::size_t count) {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, std::chrono::seconds{10}, [&] { return m_values.size() >= count; });
+    return m_values;
+  }
+  void hold(bool held) {
+    const std::lock_guard lock(m_mutex);
+    m_held = held;
+    m_changed.notify_all();
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  std::vector<long> m_values;
+  bool m_held = false;
+};
+
+// A pipe, and a listener that is not started yet.
+class ListenerNotStarted : public testing::Test {
+ protected:
+  ~ListenerNotStarted() override { end(); }
+
+  void end() {
+    pipe.release();
+    listener.reset();
+  }
+
+  // When the last line with this text in it was written.
+  [[nodiscard]] std::chrono::nanoseconds timeOf(const std::string& part) const {
+    std::chrono::nanoseconds time{0};
+    for (const host::LogEntry& entry : log.entries())
+      if (entry.text.find(part) != std::string::npos) time = entry.wall;
+    return time;
+  }
+
+  support::LogCapture log{6};
+  Reports reports;
+  ReportPipe pipe;
+  std::unique_ptr<SNTPClientThread> listener = std::make_unique<SNTPClientThread>(&reports);
+};
+
+class ListenerRunning : public ListenerNotStarted {
+ protected:
+  ListenerRunning() { listener->start(); }
+};
+
+}  // namespace plugin

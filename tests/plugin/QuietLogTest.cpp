@@ -1,0 +1,129 @@
+// A log that wants not even errors. Whatever goes wrong, the level is asked before anything is
+// written: the texts would be built for nobody.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+
+#include "ClockServiceInvoker.h"
+#include "DevicePaths.h"
+#include "platform/ProgramMap.h"
+#include "plugin/RecordingServices.h"
+#include "plugin/Telephone.h"
+#include "support/LogCapture.h"
+#include "unit/InvokerSurroundings.h"
+
+namespace {
+
+std::atomic<int> g_written{0};  // by the plug-in, whatever the level
+
+}  // namespace
+
+// The linker puts this in the place of logAppUni, which has this name for it.
+// NOLINTBEGIN(bugprone-reserved-identifier, cert-dcl50-cpp)
+extern "C" void __wrap__Z9logAppUniPKciS0_iS0_z(const char* component, int level, const char* file,
+                                                int line, const char* format, ...);
+
+extern "C" void __wrap__Z9logAppUniPKciS0_iS0_z(const char* component, int /*level*/,
+                                                const char* /*file*/, int /*line*/,
+                                                const char* /*format*/, ...) {
+  if (std::strncmp(component, "ClockService", 12) == 0) ++g_written;
+}
+// NOLINTEND(bugprone-reserved-identifier, cert-dcl50-cpp)
+
+namespace {
+
+class ClockWithoutALog : public testing::Test {
+ protected:
+  ClockWithoutALog() { g_written = 0; }
+  ~ClockWithoutALog() override {
+    telephone.switchOff();
+    EXPECT_EQ(g_written, 0);
+  }
+  ClockWithoutALog(const ClockWithoutALog&) = delete;
+  ClockWithoutALog& operator=(const ClockWithoutALog&) = delete;
+
+  plugin::Telephone telephone;
+  const support::LogCapture log{1};
+};
+
+TEST(ClockWithALog, WritesToIt) {
+  g_written = 0;
+  const support::LogCapture log(5);
+  plugin::Telephone telephone;
+  telephone.switchOn();
+  EXPECT_GT(g_written, 0);
+}
+
+TEST_F(ClockWithoutALog, HasNoContext) {
+  ClockService service;
+  service.initWith(nullptr);
+  telephone.pipe.release();
+}
+
+TEST_F(ClockWithoutALog, MissesThePhysicalInterface) {
+  telephone.context.add("PhysicalInterfaceServiceIfc", nullptr);
+  telephone.switchOn();
+}
+
+TEST_F(ClockWithoutALog, HasASavedTimeThatIsNone) {
+  telephone.store("FallbackDateTime", "yesterday");
+  telephone.switchOn();
+}
+
+TEST_F(ClockWithoutALog, CannotRecordItsStart) {
+  plugin::Journal journal;
+  plugin::RecordingManagement management(journal);
+  management.acceptSets = false;
+  telephone.context.add("LocalMgmtIfc", &management);
+  telephone.switchOn();
+}
+
+TEST_F(ClockWithoutALog, CannotSetTheSystemsTime) {
+  telephone.switchOn();
+  telephone.service().setTime(-1);
+  EXPECT_EQ(telephone.wallText(), "2016-06-16T00:00:00");
+}
+
+TEST_F(ClockWithoutALog, HasADateFormatThatIsNone) {
+  telephone.switchOn();
+  EXPECT_TRUE(telephone.manage("date-format", "7"));
+  EXPECT_EQ(telephone.managed("simple-date"), "");
+}
+
+TEST_F(ClockWithoutALog, CannotStartTheClient) {
+  host::ProgramMap::instance().set(DevicePaths::ntpClientProgram, "no/such/program");
+  telephone.management.setValue("interface-status", "up");
+  telephone.store("SNTPaddress", "127.0.0.1");
+  telephone.switchOn();
+  EXPECT_TRUE(log.hasPart("startNTPClient() =>"));  // the system log's
+}
+
+TEST_F(ClockWithoutALog, HasAMacAddressThatIsNone) {
+  for (const char* const mac : {"short", "0001E3A1B2CG"}) {
+    telephone.management.setValue("mac-addr", mac);
+    telephone.switchOn();
+    telephone.pass(std::chrono::hours{1});
+    telephone.switchOff();
+  }
+}
+
+TEST_F(ClockWithoutALog, GetsRequestsThatAreNone) {
+  unit::Framework framework;
+  ClockServiceInvoker invoker;
+  telephone.switchOn();
+  const auto send = [&](Executable* service, const char* message) {
+    unit::Outcome outcome;
+    invoker.handleMessage(service, message, static_cast<int>(std::strlen(message)),
+                          new unit::Response(outcome, "text"));
+    EXPECT_TRUE(outcome.replies.empty()) << message;
+  };
+  send(&telephone.service(), "call getTime\n");  // before its initialisation
+  invoker.initInvoker(&framework);
+  send(nullptr, "call getTime\n");
+  send(&telephone.service(), "getTime\n");
+  send(&telephone.service(), "call nothing\n");
+}
+
+}  // namespace

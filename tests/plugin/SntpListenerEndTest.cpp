@@ -1,0 +1,91 @@
+// The listener's end, which comes while it waits in its pipe, reports, or was never started.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "plugin/Listener.h"
+#include "support/OpenWatch.h"
+#include "support/WaitingCall.h"
+
+namespace {
+
+using plugin::ListenerNotStarted;
+using plugin::ListenerRunning;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST_F(ListenerNotStarted, LeavesThePipeAloneWhenItIsDestroyed) {
+  const int held = open(plugin::ReportPipe::path().c_str(), O_RDWR | O_NONBLOCK);
+  ASSERT_GE(held, 0);
+  const std::string waiting = plugin::ReportPipe::bytesOf(1'709'168'523);
+  ASSERT_EQ(write(held, waiting.data(), waiting.size()), 4);
+  const support::OpenWatch watch(plugin::ReportPipe::path());
+  listener.reset();
+  EXPECT_FALSE(watch.sees());
+  int bytes = 0;
+  EXPECT_EQ(ioctl(held, FIONREAD, &bytes), 0);
+  EXPECT_EQ(bytes, 4);
+  close(held);
+  EXPECT_FALSE(log.hasPart("NTP Client Thread finished"));
+}
+
+TEST_F(ListenerNotStarted, IsDestroyedAtOnceWithoutAPipe) {
+  plugin::removeReportPipe();
+  listener.reset();
+  EXPECT_FALSE(log.hasPart("Cannot open"));
+}
+
+TEST_F(ListenerNotStarted, IsDestroyedAlsoWhileThereIsNoPipe) {
+  plugin::removeReportPipe();
+  listener->start();
+  ASSERT_TRUE(log.waitForPart("Cannot open " + plugin::ReportPipe::path()));
+  listener.reset();
+  EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
+}
+
+// As long as nobody writes, the thread does not come through its opening: the one that is seen is
+// the attempt to wake it.
+TEST_F(ListenerRunning, IsDestroyedWhileItWaitsOnceAWriterWakesIt) {
+  ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
+  const support::OpenWatch watch(plugin::ReportPipe::path());
+  std::atomic<bool> destroyed{false};
+  std::thread destruction([&] {
+    listener.reset();
+    destroyed = true;
+  });
+  EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));
+  while (!destroyed) {
+    const int writer = open(plugin::ReportPipe::path().c_str(), O_WRONLY | O_NONBLOCK);
+    if (writer >= 0) close(writer);
+    std::this_thread::yield();
+  }
+  destruction.join();
+  EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
+  EXPECT_THAT(reports.first(0), IsEmpty());
+  EXPECT_THAT(plugin::descriptorFlagsOf(plugin::ReportPipe::path()), IsEmpty());
+}
+
+TEST_F(ListenerRunning, CallsNobodyOnceItHasLetGoOfItsObserver) {
+  listener->releaseObserver();
+  pipe.report(7);
+  EXPECT_TRUE(log.waitForPart("EPOC: 7  CTIME"));
+  end();
+  EXPECT_THAT(reports.first(0), IsEmpty());
+}
+
+TEST_F(ListenerRunning, IsLetGoOfOnlyAfterTheReportUnderWay) {
+  reports.hold(true);
+  pipe.report(7);
+  ASSERT_THAT(reports.first(1), ElementsAre(7));
+  const support::WaitingCall releasing([this] { listener->releaseObserver(); });
+  EXPECT_TRUE(releasing.waits());
+  reports.hold(false);
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+// The listener's thread: the system has none, and the system gets it back.
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <cerrno>
+
+#include "plugin/Telephone.h"
+#include "support/LogCapture.h"
+#include "support/OpenWatch.h"
+
+namespace {
+
+bool g_refused = false;
+std::atomic<int> g_created{0};
+std::atomic<int> g_joined{0};
+
+}  // namespace
+
+// The linker puts these in the place of the system's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+int __real_pthread_join(pthread_t, void**);
+int __wrap_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+int __wrap_pthread_join(pthread_t, void**);
+
+int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
+                          void* argument) {
+  if (g_refused) return EAGAIN;
+  ++g_created;
+  return __real_pthread_create(thread, attributes, body, argument);
+}
+
+int __wrap_pthread_join(pthread_t thread, void** result) {
+  ++g_joined;
+  return __real_pthread_join(thread, result);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace {
+
+class ClockWithoutAThread : public testing::Test {
+ protected:
+  ClockWithoutAThread() {
+    g_refused = true;
+    telephone.switchOn();
+    g_refused = false;
+  }
+
+  support::LogCapture log{6};
+  plugin::Telephone telephone;
+};
+
+TEST_F(ClockWithoutAThread, SaysThatNobodyListens) {
+  EXPECT_TRUE(log.has(2, "NTP Client Thread couldn't be started"));
+  EXPECT_FALSE(log.hasPart("NTP Client Thread has been started"));
+}
+
+TEST_F(ClockWithoutAThread, KeepsTheTimeAllTheSame) {
+  EXPECT_EQ(telephone.service().getTime(), "00:00");
+  EXPECT_TRUE(telephone.manage("simple-time", "10:11"));
+  EXPECT_EQ(telephone.service().getTime(), "10:11");
+}
+
+TEST_F(ClockWithoutAThread, EndsWithoutWakingOne) {
+  telephone.pipe.release();
+  plugin::makeReportPipe();
+  const support::OpenWatch watch(plugin::ReportPipe::path());
+  telephone.switchOff();
+  EXPECT_FALSE(watch.sees());
+}
+
+TEST(ClockWithAThread, GivesItBackAtTheEnd) {
+  plugin::Telephone telephone;
+  g_created = g_joined = 0;
+  telephone.switchOn();
+  EXPECT_EQ(g_created, 1);
+  telephone.switchOff();
+  EXPECT_EQ(g_joined, 1);
+}
+
+}  // namespace

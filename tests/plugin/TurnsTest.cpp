@@ -1,0 +1,85 @@
+// Who waits for whom: one management call at a time, and nobody joins or leaves the observers while
+// they are told of something.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "ManageableData.h"
+#include "plugin/ClockOnWatchedTimers.h"
+#include "support/WaitingCall.h"
+
+namespace {
+
+using plugin::kZoneRefresh;
+using support::WaitingCall;
+
+// A running clock, and calls of other threads in the middle of what it does.
+class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
+ protected:
+  ClockInTheMiddle() { start(); }
+
+  // Whether the call waits; it is made while the clock is in the middle of something.
+  void otherThread(const std::function<void()>& call) {
+    m_calls.push_back(std::make_unique<WaitingCall>(call));
+    EXPECT_TRUE(m_calls.back()->waits());
+  }
+  // All of them have had their turn.
+  std::size_t finished() {
+    const std::size_t count = m_calls.size();
+    m_calls.clear();
+    return count;
+  }
+  // In the middle of a management call that starts the timer of the zone.
+  void whileTheZoneTimerStarts(const std::function<void()>& call) {
+    timers.onCall = [this, call](const std::string& asked) {
+      if (asked == "start " + std::to_string(kZoneRefresh)) otherThread(call);
+    };
+  }
+  static ManageableData record(const std::string& key, const std::string& value) {
+    ManageableData data;
+    data.setRootId(key, nullptr);
+    data.populate(key, value);
+    return data;
+  }
+
+ private:
+  std::vector<std::unique_ptr<WaitingCall>> m_calls;
+};
+
+TEST_F(ClockInTheMiddle, LetsNobodyJoinItsObserversWhileTheyAreTold) {
+  plugin::Journal others;
+  plugin::JournalObserver other(others);
+  observer.onEvent = [&] { otherThread([&] { service->observeTimeEvents(&other); }); };
+  service->timerEvent(kZoneRefresh);
+  EXPECT_EQ(finished(), 3U);  // zone, time and date
+}
+
+TEST_F(ClockInTheMiddle, LetsNobodyLeaveItsObserversWhileTheyAreTold) {
+  plugin::Journal others;
+  plugin::JournalObserver other(others);
+  observer.onEvent = [&] { otherThread([&] { service->unobserveTimeEvents(&other); }); };
+  service->timerEvent(kZoneRefresh);
+  EXPECT_EQ(finished(), 3U);
+}
+
+TEST_F(ClockInTheMiddle, TakesOneManagementCallAtATime) {
+  ManageableData asked = record("date-format", "");
+  ManageableData set = record("time-format", "1");
+  ManageableData changed = record("unknown", "");
+  const std::function<void()> calls[] = {[&] { service->getData(asked); },
+                                         [&] { service->setData(set); },
+                                         [&] { service->manageableDataChanged(changed); }};
+  for (const auto& call : calls) {
+    whileTheZoneTimerStarts(call);
+    ManageableData flag = record("daylight-save", "true");
+    EXPECT_TRUE(service->setData(flag));
+    ManageableData dhcp = record("dhcp-enabled", "true");
+    service->manageableDataChanged(dhcp);
+    EXPECT_EQ(finished(), 2U);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <utility>
+
+namespace support {
+
+// A call on a thread of its own, which is expected to wait for something that the test holds.
+// Owner: the test; its end waits for the call's, so what it waits for has to be given back before.
+class WaitingCall {
+ public:
+  explicit WaitingCall(std::function<void()> call)
+      : m_thread([this, call = std::move(call)] {
+          m_id = gettid();
+          call();
+          m_returned = true;
+        }) {}
+  ~WaitingCall() { m_thread.join(); }
+  WaitingCall(const WaitingCall&) = delete;
+  WaitingCall& operator=(const WaitingCall&) = delete;
+
+  // True once the thread sleeps; false when the call has returned instead.
+  [[nodiscard]] bool waits() const {
+    while (!m_returned && !sleeps()) std::this_thread::yield();
+    return !m_returned;
+  }
+
+ private:
+  // The kernel's word for the thread's state follows its name, which is in parentheses.
+  [[nodiscard]] bool sleeps() const {
+    std::ifstream file("/proc/self/task/" + std::to_string(m_id) + "/stat");
+    const std::string line{std::istreambuf_iterator<char>(file), {}};
+    const auto name = line.rfind(')');
+    return name != std::string::npos && line.compare(name, 3, ") S") == 0;
+  }
+
+  std::atomic<int> m_id{0};
+  std::atomic<bool> m_returned{false};
+  std::thread m_thread;  // last: it uses all of the above
+};
+
+}  // namespace support

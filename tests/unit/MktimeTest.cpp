@@ -1,0 +1,90 @@
+// What the way to a boundary asks of mktime, and what it makes of the answer. Where time_t has 32
+// bits mktime fails beyond 2038, which no clock here does by itself.
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include "ClockService/BoundaryDelay.h"
+#include "support/UtcInstant.h"
+#include "support/ZoneGuard.h"
+
+namespace {
+
+tm g_asked{};
+time_t g_answer = 0;
+
+}  // namespace
+
+// The linker puts this in the place of mktime.
+extern "C" time_t __wrap_mktime(tm* local);  // NOLINT(bugprone-reserved-identifier)
+
+extern "C" time_t __wrap_mktime(tm* local) {  // NOLINT(bugprone-reserved-identifier)
+  g_asked = *local;
+  return g_answer;
+}
+
+namespace {
+
+using support::utcInstant;
+
+// 22:47:35 on 30 June 2026, under daylight saving.
+constexpr time_t kNow = utcInstant(2026, 6, 30, 20, 47, 35);
+constexpr unsigned int kToHour = 12 * 60 + 25;
+constexpr unsigned int kToMidnight = 3600 + kToHour;
+
+class Mktime : public testing::Test {
+ protected:
+  const support::ZoneGuard zone{"LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00"};
+};
+
+TEST_F(Mktime, IsAskedForTheNextFullHour) {
+  BoundaryDelay::toNextHour(kNow);
+  EXPECT_EQ(g_asked.tm_hour, 23);
+  EXPECT_EQ(g_asked.tm_min, 0);
+  EXPECT_EQ(g_asked.tm_sec, 0);
+  EXPECT_EQ(g_asked.tm_mday, 30);
+  EXPECT_GT(g_asked.tm_isdst, 0);  // by the clock as it goes now
+}
+
+TEST_F(Mktime, IsAskedForTheNextMidnight) {
+  BoundaryDelay::toNextMidnight(kNow);
+  EXPECT_EQ(g_asked.tm_mday, 31);  // carrying it over is mktime's
+  EXPECT_EQ(g_asked.tm_mon, 5);
+  EXPECT_EQ(g_asked.tm_hour, 0);
+  EXPECT_EQ(g_asked.tm_min, 0);
+  EXPECT_EQ(g_asked.tm_sec, 0);
+  EXPECT_GT(g_asked.tm_isdst, 0);
+}
+
+TEST_F(Mktime, DecidesWhenTheBoundaryIs) {
+  for (const time_t seconds : {1, 7, 3600, 100'000}) {
+    g_answer = kNow + seconds;
+    EXPECT_EQ(BoundaryDelay::toNextHour(kNow), seconds * 1000);
+    EXPECT_EQ(BoundaryDelay::toNextMidnight(kNow), seconds * 1000);
+  }
+}
+
+TEST_F(Mktime, MayGoNoFurtherThanATimerDoes) {
+  constexpr time_t furthest = 4'294'967;
+  g_answer = kNow + furthest;
+  EXPECT_EQ(BoundaryDelay::toNextHour(kNow), 4'294'967'000U);
+  g_answer = kNow + furthest + 1;
+  EXPECT_EQ(BoundaryDelay::toNextHour(kNow), 4'294'967'295U);
+}
+
+// Else a timer would be due at once, over and over.
+TEST_F(Mktime, IsNotBelievedWhenItFailsOrGoesBack) {
+  for (const time_t answer : {time_t{-1}, time_t{0}, kNow - 1, kNow}) {
+    g_answer = answer;
+    EXPECT_EQ(BoundaryDelay::toNextHour(kNow), kToHour * 1000) << answer;
+    EXPECT_EQ(BoundaryDelay::toNextMidnight(kNow), kToMidnight * 1000) << answer;
+  }
+}
+
+TEST_F(Mktime, IsNotBelievedWhenItFailsBefore1970) {
+  g_answer = -1;
+  EXPECT_EQ(BoundaryDelay::toNextHour(kNow - utcInstant(2027, 1, 1)), kToHour * 1000);
+}
+
+}  // namespace
