@@ -18,21 +18,11 @@ set(CLOCK_PROGRAM_TIMEOUT 600 CACHE STRING "Time limit of a test program")
 # What it tests keeps the options of the build.
 set(CLOCK_TEST_OPTIONS -O0)
 
-# GoogleTest's headers are precompiled by the first test program, and the others use them. ccache
-# compares a precompiled header by the folder it was made in, and is quicker without.
+# ccache compares a precompiled header by the folder it was made in, and is quicker without.
 option(CLOCK_PRECOMPILED_TESTS "Precompile GoogleTest's headers; not done with ccache" ON)
-function(clock_use_precompiled_headers target)
-  if(NOT CLOCK_PRECOMPILED_TESTS OR CMAKE_CXX_COMPILER_LAUNCHER)
-    return()
-  endif()
-  get_property(owner GLOBAL PROPERTY CLOCK_PRECOMPILED_HEADERS)
-  if(owner)
-    target_precompile_headers(${target} REUSE_FROM ${owner})
-  else()
-    target_precompile_headers(${target} PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
-    set_property(GLOBAL PROPERTY CLOCK_PRECOMPILED_HEADERS ${target})
-  endif()
-endfunction()
+if(CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CLOCK_PRECOMPILED_TESTS OFF)
+endif()
 
 # clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL])
 #   LIBS    object libraries and others; GoogleTest, GoogleMock and their main are always there
@@ -49,7 +39,9 @@ function(clock_add_test)
   target_include_directories(${TEST_NAME} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_compile_options(${TEST_NAME} PRIVATE ${CLOCK_TEST_OPTIONS})
   target_link_libraries(${TEST_NAME} PRIVATE ${TEST_LIBS} GTest::gmock_main)
-  clock_use_precompiled_headers(${TEST_NAME})
+  if(CLOCK_PRECOMPILED_TESTS)
+    target_precompile_headers(${TEST_NAME} REUSE_FROM test_headers)
+  endif()
   set(properties LABELS ${TEST_LABEL})
   if(TEST_SERIAL)
     list(APPEND properties RESOURCE_LOCK processes)

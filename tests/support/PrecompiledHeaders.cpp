@@ -1,0 +1,1 @@
+// Owns GoogleTest's precompiled headers. It has no tests; nobody builds or runs it.
