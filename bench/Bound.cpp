@@ -17,10 +17,15 @@ std::string shortly(double number) {
 Bound Bound::widened(double factor) const {
   Bound wider = *this;
   if (!timed) return wider;
-  if (kind == Kind::ratioAtLeast) {
-    wider.limit /= factor;
-  } else {
-    wider.limit *= factor;
+  switch (kind) {
+    case Kind::ratioAtLeast:
+      wider.limit /= factor;
+      break;
+    case Kind::exponentAtMost:
+      wider.limit = 1 + (limit - 1) * factor;
+      break;
+    default:
+      wider.limit *= factor;
   }
   return wider;
 }
@@ -45,6 +50,7 @@ std::string Bound::text() const {
     case Kind::differenceAtMost:
       return "<= + " + shortly(limit);
     case Kind::atMost:
+    case Kind::exponentAtMost:
       return "<= " + shortly(limit);
     case Kind::between:
       return other < limit ? shortly(other) + " or " + shortly(limit) : "= " + shortly(limit);

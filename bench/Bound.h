@@ -13,6 +13,7 @@ struct Bound {
     ratioAtLeast,
     differenceAtMost,  // figure - floor
     atMost,            // the figure alone
+    exponentAtMost,    // the same; 1 is the best there can be
     between            // exactly one of the numbers from `other` to `limit`
   };
 

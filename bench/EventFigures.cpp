@@ -45,10 +45,7 @@ double costOfAnHourAndCalling(const std::vector<ClockServiceObserverIfc*>& obser
                               Telephone& telephone) {
   int hours = 0;
   return costOfAnHourAnd(telephone, [&] {
-    ++hours;
-    for (ClockServiceObserverIfc* const observer : observers) {
-      observer->timeChangeEvent(hours, 0, 0);
-    }
+    callEach(observers, ++hours);
     benchmark::ClobberMemory();
   });
 }

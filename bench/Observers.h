@@ -26,6 +26,9 @@ class Observers {
   std::vector<Adding> m_observers;
 };
 
+// Tells each of them of an hour, with nothing around it.
+void callEach(const std::vector<ClockServiceObserverIfc*>& observers, int hours);
+
 // They observe the service while it lives. The service outlives it.
 class Registration {
  public:
