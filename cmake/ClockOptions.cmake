@@ -3,6 +3,7 @@
 option(CLOCK_WITH_HOST "Build the workstation host and the tests; OFF is the firmware build" ON)
 option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its unit tests" OFF)
 option(CLOCK_CCACHE "Use ccache when it is installed" ON)
+option(CLOCK_FUZZ "Build the fuzz targets; needs clang" OFF)
 option(CLOCK_TEST_PER_PROGRAM "Run each test program once, not once for each test" OFF)
 set(CLOCK_SANITIZE "" CACHE STRING "address | undefined | thread | address,undefined")
 

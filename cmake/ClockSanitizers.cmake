@@ -6,3 +6,9 @@ if(CLOCK_SANITIZE)
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${CLOCK_SANITIZE} -fno-sanitize=vptr)
 endif()
+
+# CLOCK_FUZZ: the tree tells libFuzzer where it has been, and the programs of tests/fuzz look for
+# inputs. For clang, together with CLOCK_SANITIZE.
+if(CLOCK_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
+endif()

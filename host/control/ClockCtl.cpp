@@ -6,6 +6,7 @@
 #include "control/CallWords.h"
 #include "control/ClockCtlOptions.h"
 #include "control/Nearest.h"
+#include "control/ReadJson.h"
 #include "control/RemoteMethods.h"
 #include "control/UsageError.h"
 #include "control/Verb.h"
@@ -154,12 +155,12 @@ class Command {
         static_cast<void>(checked(item->json));
         return;
       }
-      print(Json::parse(item->json, nullptr, false));
+      print(readJson(item->json));
     }
   }
 
   static Json checked(const std::string& text) {
-    Json answer = Json::parse(text, nullptr, false);
+    Json answer = readJson(text);
     if (!answer.is_object()) throw Refusal("the host's answer is no JSON object");
     if (!answer.value("ok", false)) throw Refusal(answer.value("error", std::string("refused")));
     return answer;

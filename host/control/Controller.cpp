@@ -8,6 +8,7 @@
 #include "control/HostActions.h"
 #include "control/LogRing.h"
 #include "control/Nearest.h"
+#include "control/ReadJson.h"
 #include "platform/LogBook.h"
 #include "platform/ShownText.h"
 
@@ -66,7 +67,7 @@ Controller::~Controller() {
 
 void Controller::handle(ControlRequest request) {
   try {
-    const Json json = Json::parse(request.text, nullptr, false);
+    const Json json = readJson(request.text);
     if (!json.is_object()) return answerRefusal(request.channel, "the request is no JSON object");
     carryOut(*this, json, request.channel);
   } catch (const std::exception& error) {

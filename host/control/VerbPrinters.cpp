@@ -64,9 +64,13 @@ void printMembers(const Json& object, std::span<const Line> lines, std::ostream&
   for (const Line& line : lines) printMember(object, line.member, line.title, out);
 }
 
+// Compared as text: what a host of another version writes there may be any number.
 std::string levelText(const Json& entry) {
-  const auto level = static_cast<std::size_t>(entry.value("level", 0));
-  return level < kLevels.size() ? kLevels[level] : std::to_string(level);
+  const std::string number = member(entry, "level");
+  for (std::size_t level = 0; level < kLevels.size(); ++level) {
+    if (number == std::to_string(level)) return kLevels[level];
+  }
+  return number;
 }
 
 void printLogEntry(const Json& entry, std::ostream& out) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 #include <mutex>
 #include <string>
@@ -39,6 +40,16 @@ class RecordingSecurityLog final : public Executable, public SecurityLogServiceI
   void clear() {
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_records.clear();
+  }
+
+  [[nodiscard]] std::size_t count() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_records.size();
+  }
+  // REQUIRES: there is one.
+  [[nodiscard]] Record last() const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_records.back();
   }
 
   // "accepted TEXT" or "refused TEXT" for each record.

@@ -7,37 +7,13 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
-#include <filesystem>
-#include <system_error>
 
-#include "platform/StateFolder.h"
-#include "support/TemporaryFolder.h"
+#include "support/WorkingFolder.h"
 
 namespace {
 
-// Leaves the folder before it goes.
-class WorkingFolder {
- public:
-  WorkingFolder() {
-    for (const char* const name : {"data", "sbin", "ipc", "state"})
-      std::filesystem::create_directory(m_folder / name);
-    std::filesystem::current_path(m_folder.path());
-    host::setStorageFolder(m_folder / "state");
-  }
-  ~WorkingFolder() {
-    std::error_code ignored;
-    std::filesystem::current_path(m_former, ignored);
-  }
-  WorkingFolder(const WorkingFolder&) = delete;
-  WorkingFolder& operator=(const WorkingFolder&) = delete;
-
- private:
-  const std::filesystem::path m_former = std::filesystem::current_path();
-  const support::TemporaryFolder m_folder;
-};
-
 int runTests() {
-  const WorkingFolder folder;
+  const support::WorkingFolder folder;
   setenv("TZ", "UTC0", 1);  // NOLINT(concurrency-mt-unsafe): before any thread
   tzset();
   return RUN_ALL_TESTS();

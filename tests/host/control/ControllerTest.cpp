@@ -83,6 +83,17 @@ TEST_F(ControlledTelephone, RefusesWhatIsNoJsonObject) {
   }
 }
 
+// Copying such a member, or writing it out again, would take more stack than there is.
+TEST_F(ControlledTelephone, RefusesWhatIsDeep) {
+  Controller controller(telephone.device(), {});
+  constexpr std::size_t kDepth = 500'000;
+  const std::string deep = std::string(kDepth, '[') + std::string(kDepth, ']');
+  const auto channel = std::make_shared<NotingChannel>();
+  controller.handle({R"({"verb":"log","follow":)" + deep + "}", channel});
+  ASSERT_EQ(channel->replies.size(), 1U);
+  EXPECT_EQ(Json::parse(channel->replies[0]).at("ok"), false);
+}
+
 TEST_F(ControlledTelephone, SetsTheClockToTheNanosecondForTheNtpClient) {
   const Json answer =
       ask(R"({"verb":"clock","action":"set","seconds":1000000000,"nanoseconds":999999999})");

@@ -60,6 +60,17 @@ TEST(VerbPrinters, LogEntriesAreOneLineEach) {
   EXPECT_EQ(printed(printLog, R"({"entries":[]})"), "");
 }
 
+TEST(VerbPrinters, LevelsWithoutANameAreShownAsTheyAre) {
+  const std::pair<std::string, std::string> levels[] = {
+      {"0", "fatal"}, {"6", "trace"}, {"7", "7"}, {"-1", "-1"}, {"9e9", "9000000000.0"}};
+  for (const auto& [level, text] : levels) {
+    const std::string entry = R"({"time":"T","component":"c","level":)" + level + "}";
+    EXPECT_EQ(printed(printLog, (R"({"entries":[)" + entry + "]}").c_str()).find("T " + text + " "),
+              0U)
+        << level;
+  }
+}
+
 TEST(VerbPrinters, SecurityRecordsSayWhatWasRefused) {
   const char* const answer =
       R"json({"records":[{"number":2,"time":"T","failure":true,

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <cstring>
 #include <system_error>
 
 namespace simulation {
@@ -24,14 +26,23 @@ void Listener::lay() {
 }
 
 void Listener::meet() {
-  m_writer = open(kPipe, O_WRONLY | O_CLOEXEC);
+  do {
+    m_writer = open(kPipe, O_WRONLY | O_CLOEXEC);
+  } while (m_writer < 0 && errno == EINTR);  // whoever watches the time of a test sends signals
   must(m_writer >= 0, "open");
 }
 
-// The next opening is of another pipe, which the listener reaches only when it is done with this.
 void Listener::report(std::uint32_t seconds) {
+  std::array<char, sizeof seconds> bytes{};
+  std::memcpy(bytes.data(), &seconds, sizeof seconds);
+  send({bytes.data(), bytes.size()});
+}
+
+// The next opening is of another pipe, which the listener reaches only when it is done with this.
+void Listener::send(std::string_view bytes) {
   lay();
-  must(write(m_writer, &seconds, sizeof seconds) == sizeof seconds, "write");
+  const auto size = static_cast<ssize_t>(bytes.size());
+  must(write(m_writer, bytes.data(), bytes.size()) == size, "write");
   hangUp();
   meet();
 }
@@ -39,6 +50,12 @@ void Listener::report(std::uint32_t seconds) {
 void Listener::hangUp() {
   if (m_writer >= 0) close(m_writer);
   m_writer = -1;
+}
+
+void Listener::retire() {
+  must(unlink(kPipe) == 0, "unlink");
+  must(symlink("/dev/null", kPipe) == 0, "symlink");
+  hangUp();
 }
 
 }  // namespace simulation

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace simulation {
 
@@ -19,8 +20,12 @@ class Listener {
   void meet();
   // Sends one value, and waits until the listener has dealt with it.
   void report(std::uint32_t seconds);
+  // The same with the bytes of one opening, at most as many as a pipe holds.
+  void send(std::string_view bytes);
   // Sends nothing more: the listener's read returns.
   void hangUp();
+  // The same, and what it opens next is always empty: it does not wait any more.
+  void retire();
 
  private:
   int m_writer = -1;

@@ -1,0 +1,161 @@
+// Control requests, a line each, to a telephone with the plug-in that ships: each is answered once,
+// with a JSON object that fits a frame, and a refusal is one line.
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <vector>
+
+#include "FrameworkContext.h"
+#include "clock/DeviceRoot.h"
+#include "clock/VirtualClock.h"
+#include "control/Controller.h"
+#include "fuzz/Property.h"
+#include "remote/Frame.h"
+#include "remote/JsonCodec.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "services/ManagementThread.h"
+#include "services/MemoryDataAccess.h"
+
+namespace {
+
+using fuzz::hold;
+using host::Json;
+
+constexpr std::size_t kMostRequests = 16;
+constexpr double kLongWay = 86400;  // seconds of virtual time; a longer one only takes longer
+constexpr double kLongestWay = 36525 * kLongWay;  // what is beyond it is to be refused
+
+// A client that reads everything. Thread: any.
+class Client final : public host::ControlChannel {
+ public:
+  bool reply(std::string_view json) override {
+    const std::lock_guard lock(m_mutex);
+    m_replies.emplace_back(json);
+    return json.size() <= host::kMaxPayload;
+  }
+  bool item(std::string_view json) override {
+    const std::lock_guard lock(m_mutex);
+    m_items.emplace_back(json);
+    return true;
+  }
+  void onGone(std::function<void()> gone) override { m_gone = std::move(gone); }
+
+  void hangUp() {
+    if (m_gone) m_gone();
+  }
+  [[nodiscard]] std::vector<std::string> replies() const {
+    const std::lock_guard lock(m_mutex);
+    return m_replies;
+  }
+  [[nodiscard]] std::vector<std::string> items() const {
+    const std::lock_guard lock(m_mutex);
+    return m_items;
+  }
+
+ private:
+  mutable std::mutex m_mutex;  // guards what follows
+  std::vector<std::string> m_replies;
+  std::vector<std::string> m_items;
+  std::function<void()> m_gone;
+};
+
+// No peer ever calls.
+class NoPeers final : public FrameworkContext {
+ public:
+  virtual ~NoPeers() = default;
+  MessageCodec* getCodec(const std::string&) override { return &m_codec; }
+  Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
+
+ private:
+  host::JsonCodec m_codec;
+};
+
+host::Plugin& plugin() {
+  static host::Plugin loaded(CLOCK_PLUGIN);
+  return loaded;
+}
+
+host::DeviceOptions optionsWith(host::MemoryDataAccess& store) {
+  host::DeviceOptions options;
+  options.state = "state";
+  options.store = &store;
+  options.securityLogInMemory = true;
+  return options;
+}
+
+class Host {
+ public:
+  Host() {
+    host::setDeviceRoot("root");
+    host::setProcessClock(&m_clock);
+    m_device.start(m_peers);
+  }
+  ~Host() {
+    m_device.stop();
+    host::setProcessClock(nullptr);
+  }
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  void ask(const std::string& request) {
+    const auto client = std::make_shared<Client>();
+    m_controller.handle({request, client});
+    // A task may leave another behind it.
+    for (int round = 0; round < 2; ++round) m_device.managementThread().run([] {});
+    holdAnswer(*client, request);
+    client->hangUp();
+  }
+
+ private:
+  void holdAnswer(const Client& client, const std::string& request);
+
+  NoPeers m_peers;
+  host::MemoryDataAccess m_store;
+  host::VirtualClock m_clock;
+  host::Device m_device{m_clock, plugin(), optionsWith(m_store)};
+  host::Controller m_controller{m_device, {}};
+};
+
+Json objectOf(const std::string& text) {
+  const Json json = Json::parse(text, nullptr, false);
+  hold(json.is_object(), "an answer is a JSON object", text);
+  hold(text.size() <= host::kMaxPayload, "an answer fits a frame", text);
+  return json;
+}
+
+void Host::holdAnswer(const Client& client, const std::string& request) {
+  for (const std::string& item : client.items()) objectOf(item);
+  const std::vector<std::string> replies = client.replies();
+  if (replies.empty() && !client.items().empty()) return;  // the log, followed
+  hold(replies.size() == 1, "a request is answered once", request);
+  const Json answer = objectOf(replies.front());
+  hold(answer.contains("ok") && answer["ok"].is_boolean(), "an answer is yes or no", request);
+  if (answer["ok"] == true) return;
+  const std::string error = answer.value("error", std::string());
+  hold(fuzz::isShortLine(error), "a refusal is one line", error);
+}
+
+// Time that passes by years is left out, and so is a way that could be years long.
+bool takesLong(const std::string& request) {
+  const Json json = Json::parse(request, nullptr, false);
+  const auto seconds = json.is_object() ? json.find("seconds") : json.end();
+  if (!json.is_object()) return false;
+  if (seconds != json.end() && seconds->is_number() && json.contains("action") &&
+      json["action"] == "advance") {
+    return seconds->get<double>() > kLongWay && seconds->get<double>() <= kLongestWay;
+  }
+  return json.contains("landmark");
+}
+
+}  // namespace
+
+void fuzz::property(std::string_view input) {
+  Host host;
+  Reader lines(input);
+  for (std::size_t asked = 0; asked < kMostRequests && !lines.atEnd(); ++asked) {
+    const std::string request = grown(lines.line());
+    if (request.size() <= host::kMaxPayload && !takesLong(request)) host.ask(request);
+  }
+  host.ask(R"({"verb":"status"})");
+}

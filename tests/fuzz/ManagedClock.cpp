@@ -1,0 +1,224 @@
+#include "fuzz/ManagedClock.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdlib>
+#include <ctime>
+#include <limits>
+#include <optional>
+
+#include "ClientUtils.h"
+#include "ClockUtils.h"
+#include "NetHelper.h"
+#include "fuzz/Property.h"
+#include "platform/XmlText.h"
+
+namespace fuzz {
+namespace {
+
+// What a key's values are.
+enum class Kind { none, readOnly, text, number, flag, offset, zone, server, moment };
+
+struct Key {
+  const char* name;
+  Kind kind;
+  const char* storedAs;  // null: not a setting of its own
+};
+
+constexpr Key kKeys[] = {
+    {"time", Kind::moment, nullptr},
+    {"simple-time", Kind::moment, nullptr},
+    {"simple-date", Kind::moment, nullptr},
+    {"date-format", Kind::number, "DateFormat"},
+    {"time-format", Kind::number, "TimeFormat"},
+    {"sntp-addr", Kind::server, "SNTPaddress"},
+    {"ntp-secret", Kind::text, "NTPsharedSecret"},
+    {"sntp-tz-offset", Kind::offset, "TimezoneOffset"},
+    {"daylight-save", Kind::flag, "DaylightSavingActive"},
+    {"daylight-save-minutes", Kind::number, "DaylightSavingMinutes"},
+    {"time-source", Kind::number, "QexTimeSource"},
+    {"daylight-save-zone-list", Kind::readOnly, nullptr},
+    {"daylight-save-zone-index", Kind::zone, "DaylightSavingZoneIDDevice"},
+    {"daylight-save-zone-text", Kind::readOnly, nullptr},
+    {"daylight-save-zone-id", Kind::zone, "DaylightSavingZoneIDDevice"},
+    {"auto-daylight-save", Kind::flag, "AutoDaylightSavingEnabledDevice"},
+};
+static_assert(std::size(kKeys) == 16);
+
+Kind kindOf(const std::string& name) {
+  const auto* const key = std::find_if(std::begin(kKeys), std::end(kKeys),
+                                       [&](const Key& each) { return each.name == name; });
+  return key == std::end(kKeys) ? Kind::none : key->kind;
+}
+
+// As strtol reads it, on a device whose long has 32 bits too.
+std::int64_t leadingNumber(const std::string& text) {
+  const std::int64_t number = std::strtoll(text.c_str(), nullptr, 10);
+  return std::clamp<std::int64_t>(number, std::numeric_limits<int>::min(),
+                                  std::numeric_limits<int>::max());
+}
+
+bool isServer(const std::string& text) {
+  return (NetHelper::verifyIpAddress(text, false) != 0 && text.front() != '[') ||
+         ClientUtils::validGlobalHostname(text);
+}
+
+bool isZone(std::int64_t number) {
+  return number >= 0 && number <= 14;
+}
+
+// Whether a set is accepted; nothing where this takes knowledge of the present time.
+std::optional<bool> isAccepted(const std::string& key, const std::string& value,
+                               const std::string& present) {
+  switch (kindOf(key)) {
+    case Kind::none:
+    case Kind::readOnly:
+      return false;
+    case Kind::text:
+    case Kind::number:
+      return host::isXmlText(value);
+    case Kind::flag:
+      return value == "true" || value == "false";
+    case Kind::offset:
+      return !value.empty();
+    case Kind::zone:
+      return isZone(leadingNumber(value));
+    case Kind::server:
+      return value != present && isServer(value);
+    case Kind::moment:
+      break;
+  }
+  return std::nullopt;
+}
+
+bool isShape(const std::string& text, std::string_view shape) {
+  return std::equal(text.begin(), text.end(), shape.begin(), shape.end(), [](char c, char wanted) {
+    return wanted == '0' ? std::isdigit(static_cast<unsigned char>(c)) != 0 : c == wanted;
+  });
+}
+
+std::string zoneInForce() {
+  const char* const zone = std::getenv("TZ");  // NOLINT(concurrency-mt-unsafe): nothing else runs
+  return zone == nullptr ? "" : zone;
+}
+
+}  // namespace
+
+ManagedClock::ManagedClock() {
+  m_telephone.switchOn();
+}
+
+ManagedClock::Texts ManagedClock::settings() {
+  Texts texts;
+  for (const Key& key : kKeys) {
+    if (key.storedAs == nullptr) continue;
+    texts[key.name] = m_telephone.managed(key.name);
+    texts[key.storedAs] = m_telephone.stored(key.storedAs);
+  }
+  return texts;
+}
+
+void ManagedClock::set(const std::string& key, const std::string& value) {
+  const Texts before = settings();
+  const std::size_t records = m_telephone.security.count();
+  const bool accepted = m_telephone.manage(key, value);
+  const auto expected = isAccepted(key, value, before.at("sntp-addr"));
+  hold(!expected || accepted == *expected, "a key takes its values and no others", key);
+  holdRecord(key, value, accepted, records);
+  if (kindOf(key) == Kind::server) holdItemState(value);
+  if (accepted) return holdValue(key, value);
+  hold(settings() == before, "a refusal changes nothing", key);
+}
+
+// A time or date that is too short to be cut leaves without a record.
+void ManagedClock::holdRecord(const std::string& key, const std::string& value, bool accepted,
+                              std::size_t before) {
+  const std::size_t count = m_telephone.security.count();
+  if (!accepted && count == before) {
+    hold(key.starts_with("simple-") && value.size() < 8, "every attempt is on record", key);
+    return;
+  }
+  hold(count == before + 1, "an attempt is on record once", key);
+  const auto record = m_telephone.security.last();
+  hold(record.failure != accepted, "a record says how it went", key);
+  hold(record.text == "ClockSettings set data " + key + "(" + value + ")",
+       "a record has key and value", record.text);
+}
+
+// After an accepted set.
+void ManagedClock::holdValue(const std::string& key, const std::string& value) {
+  const std::string now = m_telephone.managed(key);
+  switch (kindOf(key)) {
+    case Kind::number:
+    case Kind::zone:
+      return hold(now == std::to_string(leadingNumber(value)), "a number is its text's", now);
+    case Kind::text:
+    case Kind::flag:
+    case Kind::server:
+      return hold(now == value, "a text is what was set", value);
+    case Kind::offset:
+      return hold(m_telephone.manage(key, now), "an offset can be written back", now);
+    default:
+      if (key == "simple-time") holdTimeOfDay(value);
+  }
+}
+
+// Where no daylight saving makes an hour that is not there, and far from the ends of the clock.
+void ManagedClock::holdTimeOfDay(const std::string& value) {
+  constexpr std::int64_t kWeek = 7 * 86400;
+  const std::int64_t now = m_telephone.wallSeconds();
+  if (!isShape(value, "00:00") || value >= "24:00" || value[3] >= '6') return;
+  if (m_telephone.managed("daylight-save") == "true") return;
+  if (now < kWeek || now > std::numeric_limits<std::int32_t>::max() - kWeek) return;
+  hold(m_telephone.managed("simple-time") == value, "a time of day is what was set", value);
+}
+
+void ManagedClock::holdItemState(const std::string& server) {
+  const bool none = server.empty() || server == "0.0.0.0" || server == "::";
+  hold(m_telephone.management.itemState("time") == (none ? 0 : 4),
+       "the state of \"time\" follows the server that was asked for", server);
+}
+
+void ManagedClock::get(const std::string& key) {
+  std::string value = "untouched";
+  const bool known = m_telephone.management.get(key, value);
+  hold(known == (kindOf(key) != Kind::none), "a key is known or not", key);
+  hold(known || value == "untouched", "an unknown key has no value", key);
+  holdReadings();
+}
+
+// What is computed can be shown, whatever the settings hold.
+void ManagedClock::holdReadings() {
+  const std::string utc = m_telephone.managed("time");
+  const std::string date = m_telephone.managed("simple-date");
+  const std::string time = m_telephone.managed("simple-time");
+  const std::string format = m_telephone.managed("date-format");
+  tm record{};
+  hold(ClockUtils::convertTimeStringToTimeStruct(utc, record), "the time is a UTC text", utc);
+  hold(isShape(time, "00:00") && time < "24:00", "the time of day is one", time);
+  const bool shown = format == "0" || format == "1" || format == "2";
+  hold(date.size() == (shown ? 10U : 0U), "a date has its format's length", date);
+  hold(zoneInForce().size() < 50, "a zone fits its buffer", zoneInForce());
+}
+
+void ManagedClock::reset() {
+  const bool wasDefault =
+      m_telephone.managed("date-format") == "0" && m_telephone.managed("time-format") == "0";
+  hold(m_telephone.management.reset() == !wasDefault, "a reset tells whether it did anything");
+  hold(m_telephone.managed("date-format") == "0" && m_telephone.managed("time-format") == "0",
+       "a reset puts both formats back");
+}
+
+void ManagedClock::changeDevice(const std::string& key, const std::string& value) {
+  m_telephone.management.setValue(key, value);
+}
+
+void ManagedClock::restart() {
+  const Texts before = settings();
+  m_telephone.switchOff();
+  m_telephone.switchOn();
+  hold(settings() == before, "a setting outlives a restart");
+}
+
+}  // namespace fuzz

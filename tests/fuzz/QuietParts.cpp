@@ -1,0 +1,38 @@
+// The platform's processes, threads and name lookups for a telephone in which nothing moves by
+// itself: no program is started, no thread runs, nobody is asked for an address or waited for.
+
+#include "Process.h"
+#include "Threader.h"
+#include "platform/BoundedLookup.h"
+
+struct Process::Impl {};
+
+Process::Process(int /*options*/, char* const* /*arguments*/, char* const* /*environment*/,
+                 const char* /*workingFolder*/) {}
+
+Process::~Process() = default;
+
+int Process::launch() {
+  constexpr int processId = 4711;
+  return processId;
+}
+
+bool Threader::spawn(unsigned long* threadId, Threadable* /*body*/, const char* /*name*/,
+                     VotkThreadPriority /*priority*/, int /*stackBytes*/) {
+  *threadId = 1;
+  return true;
+}
+
+void Threader::waitForThreadCompletion(unsigned long /*threadId*/) {}
+
+void Threader::destroy(unsigned long /*threadId*/) {}
+
+// A test of texts is not to wait for a disk.
+extern "C" int fsync(int /*descriptor*/) {
+  return 0;
+}
+
+std::optional<std::string> host::boundedLookup(std::chrono::milliseconds /*limit*/,
+                                               Resolve /*resolve*/) {
+  return std::nullopt;
+}

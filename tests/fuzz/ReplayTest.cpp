@@ -1,0 +1,62 @@
+// The property of a fuzz target holds for every input of its corpus in the tree. Needs no fuzzer,
+// and runs in every build.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "fuzz/Property.h"
+
+extern "C" int LLVMFuzzerInitialize(int* count, char*** words);
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace fuzz {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Replay : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { LLVMFuzzerInitialize(nullptr, nullptr); }
+
+  static void run(const std::vector<std::uint8_t>& input) {
+    LLVMFuzzerTestOneInput(input.data(), input.size());
+  }
+};
+
+std::vector<fs::path> corpus() {
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::directory_iterator(CLOCK_FUZZ_CORPUS)) files.push_back(entry.path());
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::vector<std::uint8_t> contentOf(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST_F(Replay, HoldsForEachInputOfTheCorpus) {
+  for (const fs::path& file : corpus()) {
+    SCOPED_TRACE(file.filename());
+    EXPECT_NO_THROW(run(contentOf(file)));
+  }
+}
+
+TEST_F(Replay, HoldsForEachInputThatEndsTooEarly) {
+  for (const fs::path& file : corpus()) {
+    SCOPED_TRACE(file.filename());
+    std::vector<std::uint8_t> input = contentOf(file);
+    for (const std::size_t part : {std::size_t{0}, input.size() / 2, input.size() - 1}) {
+      if (part >= input.size()) continue;
+      EXPECT_NO_THROW(run({input.begin(), input.begin() + static_cast<std::ptrdiff_t>(part)}));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace fuzz

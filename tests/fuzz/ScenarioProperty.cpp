@@ -1,0 +1,88 @@
+// The text of a scenario: every line of it is understood, or the first that is not is named in one
+// line. Words are what was quoted, and files are the device's own.
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <vector>
+
+#include "control/Scenario.h"
+#include "control/ScenarioPaths.h"
+#include "control/ScenarioWords.h"
+#include "control/UsageError.h"
+#include "fuzz/Property.h"
+
+namespace {
+
+using fuzz::hold;
+
+std::string quoted(const std::string& word) {
+  std::string text = "\"";
+  for (const char c : word) {
+    if (c == '"' || c == '\\') text += '\\';
+    text += c == '\n' ? "\\n" : std::string(1, c);
+  }
+  return text + '"';
+}
+
+// A file of the device, however its path is written.
+void holdPath(const std::string& path) {
+  try {
+    host::requireDevicePath(path);
+  } catch (const host::UsageError&) {
+    return;
+  }
+  const std::string normal = std::filesystem::path(path).lexically_normal().string();
+  hold(normal.starts_with("/data/") || normal.starts_with("/tmp/votk/"),
+       "a scenario touches no file of the machine", path);
+}
+
+void holdWords(const std::string& line) {
+  std::vector<std::string> words;
+  try {
+    words = host::splitScenarioLine(line);
+  } catch (const host::UsageError& error) {
+    return hold(fuzz::isShortLine(error.what()), "a refusal is one line", error.what());
+  }
+  std::string again;
+  for (const std::string& word : words) again += quoted(word) + ' ';
+  hold(host::splitScenarioLine(again) == words, "quoted words are read as they are", line);
+  for (const std::string& word : words) holdPath(word);
+}
+
+void holdSteps(const host::Scenario& scenario, int lines) {
+  int last = 0;
+  for (const host::ScenarioStep& step : scenario.steps) {
+    hold(step.line > last && step.line <= lines, "steps are in the order of their lines");
+    hold(step.run != nullptr, "a step can be taken");
+    last = step.line;
+  }
+  const std::string& mac = scenario.device.mac;
+  hold(mac.empty() || mac.size() == 12, "an address has 12 digits", mac);
+  hold(!scenario.device.at || scenario.device.at->size() == 25, "a start is a UTC text");
+}
+
+// "LINE: what was wrong".
+void holdRefusal(const std::string& text, int lines) {
+  hold(fuzz::isShortLine(text), "a refusal is one line", text);
+  std::istringstream stream(text);
+  int line = 0;
+  char colon = 0;
+  stream >> line >> colon;
+  hold(colon == ':' && line >= 1 && line <= lines, "a refusal names its line", text);
+}
+
+}  // namespace
+
+void fuzz::property(std::string_view input) {
+  const std::string text = grown(input);
+  Reader reader(text);
+  int lines = 0;
+  for (; !reader.atEnd(); ++lines) holdWords(std::string(reader.line()));
+  std::istringstream stream(text);
+  try {
+    holdSteps(host::readScenario(stream), lines);
+  } catch (const host::ScenarioTextError& error) {
+    holdRefusal(error.what(), lines);
+  }
+}

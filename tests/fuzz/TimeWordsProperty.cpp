@@ -1,0 +1,104 @@
+// Durations, instants and speeds as people write them: the forms that are told, and no others, mean
+// what they say, and are printed and read back the same.
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+
+#include "ClockUtils.h"
+#include "control/TimeText.h"
+#include "fuzz/Property.h"
+
+namespace {
+
+using fuzz::hold;
+using std::chrono::seconds;
+
+bool areDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+double numberOf(std::string_view text) {
+  return std::strtod(std::string(text).c_str(), nullptr);
+}
+
+std::optional<double> clockForm(std::string_view text) {
+  if (text.size() != 8 || text[2] != ':' || text[5] != ':') return std::nullopt;
+  const std::string_view parts[] = {text.substr(0, 2), text.substr(3, 2), text.substr(6, 2)};
+  if (!std::all_of(std::begin(parts), std::end(parts), areDigits)) return std::nullopt;
+  if (parts[1] > "59" || parts[2] > "59") return std::nullopt;
+  return numberOf(parts[0]) * 3600 + numberOf(parts[1]) * 60 + numberOf(parts[2]);
+}
+
+std::optional<double> unitForm(std::string_view text) {
+  constexpr double kCentury = 36525.0 * 86400;
+  const auto unit = std::string_view("smhd").find(text.empty() ? '?' : text.back());
+  if (unit == std::string_view::npos || !areDigits(text.substr(0, text.size() - 1)))
+    return std::nullopt;
+  constexpr double kSeconds[] = {1, 60, 3600, 86400};
+  const double value = numberOf(text) * kSeconds[unit];
+  return value <= kCentury ? std::optional(value) : std::nullopt;
+}
+
+void holdDuration(std::string_view text) {
+  const auto duration = host::parseDuration(text);
+  const auto expected = clockForm(text) ? clockForm(text) : unitForm(text);
+  hold(duration.has_value() == expected.has_value(), "a duration has one of its forms", text);
+  if (!duration) return;
+  hold(*duration == seconds(static_cast<std::int64_t>(*expected)), "a duration says its length",
+       text);
+  const std::string printed = host::durationText(*duration);
+  hold(fuzz::isShortLine(printed), "a printed duration is short", printed);
+  if (*duration < std::chrono::days(1))
+    hold(host::parseDuration(printed) == duration, "a printed duration reads back", text);
+}
+
+// As the device reads it, to which no second is 60 here, and UTC has its sign written out.
+std::optional<seconds> deviceInstant(std::string text) {
+  if (text.size() == 20 && text.back() == 'Z') text = text.substr(0, 19) + "+00:00";
+  tm record{};
+  if (!ClockUtils::convertTimeStringToTimeStruct(text, record)) return std::nullopt;
+  const seconds instant(timegm(&record));
+  const bool shown = instant >= seconds(0) && instant <= host::kLastInstant;
+  return shown && text.substr(17, 2) != "60" ? std::optional(instant) : std::nullopt;
+}
+
+void holdInstant(const std::string& text) {
+  const auto instant = host::parseInstant(text);
+  hold(instant == deviceInstant(text), "an instant is what the device reads", text);
+  if (!instant) return;
+  hold(host::parseInstant(host::longInstantText(*instant)) == instant, "its long form reads back",
+       text);
+  hold(host::parseInstant(host::instantText(*instant)) == instant, "so does its short form", text);
+  hold(fuzz::isShortLine(host::localText(instant->count())), "local time is one line", text);
+}
+
+bool isDecimal(std::string_view text) {
+  const bool ofDigits = text.find_first_not_of("0123456789.") == std::string_view::npos;
+  return ofDigits && std::count(text.begin(), text.end(), '.') <= 1 &&
+         text.find_first_not_of('.') != std::string_view::npos;
+}
+
+// Not of numbers so near to 0 that not every reader has them.
+void holdSpeed(std::string_view text) {
+  if (text.size() > 300) return;
+  const auto speed = host::parseSpeed(text);
+  const bool decimal = isDecimal(text) && numberOf(text) <= 1e9;
+  hold(speed.has_value() == (decimal || text == "max"), "a speed is a number up to 1e9, or max",
+       text);
+  if (!speed) return;
+  hold(decimal ? *speed == numberOf(text) : std::isinf(*speed), "a speed says how fast", text);
+  hold(!std::signbit(*speed), "no speed goes back", text);
+  hold(fuzz::isShortLine(host::speedText(*speed)), "a printed speed is short", text);
+}
+
+}  // namespace
+
+void fuzz::property(std::string_view input) {
+  holdDuration(input);
+  holdInstant(std::string(input));
+  holdSpeed(input);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <system_error>
+
+#include "platform/StateFolder.h"
+#include "support/TemporaryFolder.h"
+
+namespace support {
+
+// A private folder in which the device's paths and storage lie, and which the process works in
+// while the object lives.
+class WorkingFolder {
+ public:
+  WorkingFolder() {
+    for (const char* const name : {"data", "sbin", "ipc", "state"})
+      std::filesystem::create_directory(m_folder / name);
+    std::filesystem::current_path(m_folder.path());
+    host::setStorageFolder(m_folder / "state");
+  }
+  // Leaves the folder before it goes.
+  ~WorkingFolder() {
+    std::error_code ignored;
+    std::filesystem::current_path(m_former, ignored);
+  }
+  WorkingFolder(const WorkingFolder&) = delete;
+  WorkingFolder& operator=(const WorkingFolder&) = delete;
+
+ private:
+  const std::filesystem::path m_former = std::filesystem::current_path();
+  const TemporaryFolder m_folder;
+};
+
+}  // namespace support

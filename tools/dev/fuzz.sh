@@ -1,0 +1,111 @@
+#!/usr/bin/env bash
+# fuzz [TARGET]... [--seconds N]: look for input that breaks a parser (all of them, 20 s each)
+set -euo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+
+# What is found stays in build/: what is worth keeping gets a name and a place in the tree's corpus.
+corpus=$CLOCK_TREE/tests/fuzz/corpus
+finds=$CLOCK_TREE/build/fuzz-corpus
+faults=$CLOCK_TREE/build/fuzz-faults
+logs=$CLOCK_TREE/build/fuzz-logs
+programs=$(folder_of fuzz)/bin/fuzz
+known=("$corpus"/*)
+known=("${known[@]##*/}")
+
+usage() {
+  echo "dev: $1" >&2
+  exit 2
+}
+
+read_words() {
+  seconds=20
+  targets=()
+  while [ $# -gt 0 ]; do
+    case $1 in
+      --seconds) seconds=${2:-} && shift ;;
+      *) targets+=("$1") ;;
+    esac
+    shift || break
+  done
+  [[ $seconds =~ ^[1-9][0-9]*$ ]] || usage '"--seconds" takes a number of seconds, 1 or more'
+  [ ${#targets[@]} -gt 0 ] || targets=("${known[@]}")
+  local target
+  for target in "${targets[@]}"; do
+    [[ $target != */* && -d $corpus/$target ]] ||
+      usage "no fuzz target \"$target\"; there are ${known[*]}"
+  done
+}
+
+# look TARGET: looks until the time is over or a fault is found. The scaling keeps inputs of a
+# megabyte from taking all of the time.
+look() {
+  mkdir -p "$finds/$1" "$faults/$1"
+  rm -f "$faults/$1"/*
+  "$programs/fuzz-$1" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=3072 \
+    -entropic_scale_per_exec_time=1 -print_final_stats=1 -artifact_prefix="$faults/$1/" \
+    "$finds/$1" "$corpus/$1" >"$logs/$1" 2>&1 && echo passed >>"$logs/$1"
+}
+
+# As many at once as there are processors.
+look_all() {
+  local target
+  mkdir -p "$logs"
+  for target in "${targets[@]}"; do
+    while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do wait -n || true; done
+    look "$target" &
+  done
+  wait
+}
+
+passed() { [ "$(tail -n 1 "$logs/$1")" = passed ]; }
+
+# number_in TARGET TEXT: the last number that the target's log has after the text
+number_in() { grep -aoE "$2 *[0-9]+" "$logs/$1" | tail -n 1 | grep -oE '[0-9]+$' || echo 0; }
+
+show_figures() {
+  local target
+  printf '%-18s %9s %7s %7s %7s\n' target runs runs/s edges corpus
+  for target in "${targets[@]}"; do
+    printf '%-18s %9d %7d %7d %7d\n' "$target" "$(number_in "$target" executed_units:)" \
+      "$(number_in "$target" exec_per_sec:)" "$(number_in "$target" cov:)" \
+      "$(number_in "$target" corp:)"
+  done
+}
+
+show_fault() {
+  local input
+  echo "dev: fuzz $1: FAILED"
+  grep -aE 'what\(\):|runtime error:|ERROR: ' "$logs/$1" | cut -c1-300 | head -n 2 || true
+  echo "  all of it: ${logs#"$CLOCK_TREE"/}/$1"
+  for input in "$faults/$1"/*; do
+    [ -f "$input" ] || continue
+    echo "  input:     ${input#"$CLOCK_TREE"/}"
+    echo "  again:     ${programs#"$CLOCK_TREE"/}/fuzz-$1 ${input#"$CLOCK_TREE"/}"
+  done
+}
+
+show_faults() {
+  local target failed=0
+  for target in "${targets[@]}"; do
+    passed "$target" || { failed=1 && show_fault "$target"; }
+  done
+  return "$failed"
+}
+
+read_words "$@"
+need run test fuzz
+# Every check of the address and undefined-behaviour sanitizers; a find is an end with a report.
+configure fuzz -DCLOCK_FUZZ=ON -DCLOCK_SANITIZE=address,undefined -DCMAKE_CXX_COMPILER=clang++ \
+  -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1"
+build fuzz "${targets[@]/#/fuzz-}"
+
+# The private folders of the targets: in memory where there is such a place, and gone at the end.
+scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+export TMPDIR=$scratch ASAN_OPTIONS=quarantine_size_mb=8:malloc_context_size=8
+
+echo "dev: fuzzing ${#targets[@]} targets, $seconds s each"
+look_all
+show_figures
+show_faults
