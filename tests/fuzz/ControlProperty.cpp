@@ -118,7 +118,7 @@ class Host {
 };
 
 Json objectOf(const std::string& text) {
-  const Json json = Json::parse(text, nullptr, false);
+  Json json = Json::parse(text, nullptr, false);
   hold(json.is_object(), "an answer is a JSON object", text);
   hold(text.size() <= host::kMaxPayload, "an answer fits a frame", text);
   return json;
