@@ -155,7 +155,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
 
   std::string newLog() {
     const std::string all = host.program().err();
-    const std::string fresh = all.substr(seenLog);
+    std::string fresh = all.substr(seenLog);
     seenLog = all.size();
     return fresh;
   }
