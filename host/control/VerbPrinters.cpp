@@ -66,7 +66,7 @@ void printMembers(const Json& object, std::span<const Line> lines, std::ostream&
 
 // Compared as text: what a host of another version writes there may be any number.
 std::string levelText(const Json& entry) {
-  const std::string number = member(entry, "level");
+  std::string number = member(entry, "level");
   for (std::size_t level = 0; level < kLevels.size(); ++level) {
     if (number == std::to_string(level)) return kLevels[level];
   }

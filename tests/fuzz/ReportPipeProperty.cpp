@@ -11,7 +11,6 @@
 
 namespace {
 
-using fuzz::hold;
 using Times = std::vector<long>;
 
 constexpr std::size_t kMostOpenings = 8;
