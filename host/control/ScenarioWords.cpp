@@ -1,6 +1,7 @@
 #include "control/ScenarioWords.h"
 
 #include "control/UsageError.h"
+#include "platform/ShownText.h"
 
 namespace host {
 namespace {
@@ -15,7 +16,8 @@ char unescaped(char letter) {
     case 'n':
       return '\n';
     default:
-      throw UsageError(std::string("\"\\") + letter + "\" is no escape; write \\\", \\\\ or \\n");
+      throw UsageError(quotedText(std::string{'\\', letter}) +
+                       " is no escape; write \\\", \\\\ or \\n");
   }
 }
 

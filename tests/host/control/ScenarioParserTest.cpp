@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -20,6 +21,13 @@ std::string errorOf(const std::string& text) {
   } catch (const ScenarioTextError& error) {
     return error.what();
   }
+}
+
+TEST(ScenarioWords, RefuseAnEscapeInOneLine) {
+  EXPECT_THAT(errorOf("set \"\\q\""),
+              testing::HasSubstr(R"("\q" is no escape; write \", \\ or \n)"));
+  EXPECT_THAT(errorOf("set \"\\\x16\""), testing::HasSubstr(R"("\\x16" is no escape)"));
+  EXPECT_THAT(errorOf("set \"\\\xFF\""), testing::HasSubstr(R"("\\xFF" is no escape)"));
 }
 
 TEST(ScenarioWords, BlanksQuotesEscapesAndComments) {
