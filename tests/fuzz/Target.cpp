@@ -29,7 +29,7 @@ std::string settled(const std::string& word) {
 
 // A find goes, unless told otherwise, to where libFuzzer was started.
 std::vector<std::string> settled(int count, char** words) {
-  std::vector<std::string> all{settled(words[0]), settled("-artifact_prefix=./")};
+  std::vector<std::string> all{words[0], settled("-artifact_prefix=./")};
   for (int i = 1; i < count; ++i) all.push_back(settled(words[i]));
   return all;
 }

@@ -38,13 +38,14 @@ read_words() {
 }
 
 # look TARGET: looks until the time is over or a fault is found. The scaling keeps inputs of a
-# megabyte from taking all of the time.
+# megabyte from taking all of the time; the time limit of one is for a busy machine.
 look() {
   mkdir -p "$finds/$1" "$faults/$1"
   rm -f "$faults/$1"/*
-  "$programs/fuzz-$1" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=3072 \
-    -entropic_scale_per_exec_time=1 -print_final_stats=1 -artifact_prefix="$faults/$1/" \
-    "$finds/$1" "$corpus/$1" >"$logs/$1" 2>&1 && echo passed >>"$logs/$1"
+  "$programs/fuzz-$1" -max_total_time="$seconds" -timeout=100 -report_slow_units=100 \
+    -rss_limit_mb=3072 -entropic_scale_per_exec_time=1 -print_final_stats=1 \
+    -artifact_prefix="$faults/$1/" "$finds/$1" "$corpus/$1" >"$logs/$1" 2>&1 &&
+    echo passed >>"$logs/$1"
 }
 
 # As many at once as there are processors.
