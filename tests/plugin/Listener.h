@@ -12,6 +12,7 @@
 
 #include "SNTPTimeChangeObserver.h"
 #include "plugin/ReportPipe.h"
+#include "plugin/WatchedCalls.h"
 #include "support/LogCapture.h"
 
 namespace plugin {
@@ -48,19 +49,12 @@ class Reports final : public SNTPTimeChangeObserver {
 // A pipe, and a listener that is not started yet.
 class ListenerNotStarted : public testing::Test {
  protected:
+  ListenerNotStarted() { forgetCalls(); }
   ~ListenerNotStarted() override { end(); }
 
   void end() {
     pipe.release();
     listener.reset();
-  }
-
-  // When the last line with this text in it was written.
-  [[nodiscard]] std::chrono::nanoseconds timeOf(const std::string& part) const {
-    std::chrono::nanoseconds time{0};
-    for (const host::LogEntry& entry : log.entries())
-      if (entry.text.find(part) != std::string::npos) time = entry.wall;
-    return time;
   }
 
   support::LogCapture log{6};

@@ -78,6 +78,7 @@ void RecordingManagement::setItemState(ManageableData& record, int state) {
 bool RecordingStore::setItem(const std::string& /*schema*/, const std::string& key,
                              const std::string& value) {
   m_journal.add("store " + key + "=" + value);
+  if (onSet) onSet(key);
   if (acceptSets) items[key] = value;
   return acceptSets;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -69,6 +70,7 @@ class RecordingStore final : public Executable, public host::DataAccess {
 
   std::map<std::string, std::string> items;
   bool acceptSets = true;
+  std::function<void(const std::string& key)> onSet;  // called before it is stored
 
  private:
   Journal& m_journal;

@@ -1,10 +1,11 @@
-// Who waits for whom: one management call at a time, and nobody joins or leaves the observers while
-// they are told of something.
+// Who waits for whom: one management call and one writer of the texts at a time, and nobody joins
+// or leaves the observers while they are told of something.
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "ManageableData.h"
@@ -38,6 +39,10 @@ class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
       if (asked == "start " + std::to_string(kZoneRefresh)) otherThread(call);
     };
   }
+  void set(const std::string& key, const std::string& value) {
+    ManageableData data = record(key, value);
+    service->setData(data);
+  }
   static ManageableData record(const std::string& key, const std::string& value) {
     ManageableData data;
     data.setRootId(key, nullptr);
@@ -63,6 +68,22 @@ TEST_F(ClockInTheMiddle, LetsNobodyLeaveItsObserversWhileTheyAreTold) {
   observer.onEvent = [&] { otherThread([&] { service->unobserveTimeEvents(&other); }); };
   service->timerEvent(kZoneRefresh);
   EXPECT_EQ(finished(), 3U);
+}
+
+// Server and fallback time are texts: a reader in the middle of a write would see half of one.
+TEST_F(ClockInTheMiddle, WritesOneOfItsTextsAtATime) {
+  const std::function<void()> calls[] = {[&] { service->setTime(1); },  // reads the server
+                                         [&] { service->setFallbackTime(); },
+                                         [&] { set("sntp-addr", "192.0.2.1"); }};
+  for (const auto& call : calls) {
+    bool first = true;
+    store.onSet = [&](const std::string& /*key*/) {
+      if (std::exchange(first, false)) otherThread(call);
+    };
+    service->setFallbackTime();
+    EXPECT_EQ(finished(), 1U);
+  }
+  store.onSet = nullptr;
 }
 
 TEST_F(ClockInTheMiddle, TakesOneManagementCallAtATime) {

@@ -4,11 +4,11 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-# The quick ones of the unit and plug-in tests. Those over a century and over a thousand clients
-# prove what these prove, for much longer.
+# Those that find most for their time come first. Those over a century and with many
+# callers at once prove what these prove, for much longer.
 programs=(clock_unit_test clock_device_paths_test clock_mktime_test plugin_clock_test
-  plugin_concurrency_test plugin_events_test plugin_listener_test plugin_management_test
-  plugin_ntp_client_test plugin_quiet_log_test plugin_threads_test plugin_unreadable_time_test)
+  plugin_events_test plugin_management_test plugin_listener_test plugin_ntp_client_test
+  plugin_quiet_log_test plugin_threads_test plugin_unreadable_time_test plugin_any_bytes_test)
 
 # Built once as the tree is; what a mutant changes is built beside it.
 need run test mutate

@@ -17,7 +17,8 @@ from concurrent.futures import ThreadPoolExecutor
 
 from build import Build
 from mutants import mutants_of
-from workshop import BODIES, NO_BUILD, SURVIVED, Program, Workshop, passes
+from running import HUNG, PASSED, Program, outcome_of
+from workshop import BODIES, NO_BUILD, Workshop
 
 LEAST_SCORE = 90.0  # per cent
 
@@ -26,9 +27,14 @@ def options(words):
     parser = argparse.ArgumentParser(prog="./dev mutate")
     parser.add_argument("--seed", type=int, default=1, help="which sample (default 1)")
     parser.add_argument("--count", type=int, default=200, help="how many; 0 is all (default 200)")
-    parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="how many at a time")
+    parser.add_argument("--jobs", type=int, default=processors(), help="how many at a time")
     parser.add_argument("files", nargs="*", metavar="FILE", help="of src/ or include/ (default all)")
     return parser.parse_args(words)
+
+
+def processors():
+    """How many this process may use."""
+    return len(os.sched_getaffinity(0))
 
 
 def all_files(tree):
@@ -49,14 +55,21 @@ def sample(tree, chosen):
 
 
 def measured(build, names, place):
-    """The programs, run on the unmutated tree: all must pass. The unit tests stay first."""
+    """The programs, run on the unmutated tree: all must pass."""
     programs = [Program(name) for name in names]
     for program in programs:
-        started = time.monotonic()
-        if not passes(program, build.folder / "bin/tests" / program.name, place):
-            sys.exit(f"mutate: {program.name} fails on the tree as it is")
-        program.seconds = time.monotonic() - started
-    return sorted(programs, key=lambda program: ("plugin" in program.name, program.seconds))
+        before = computed()
+        outcome = outcome_of(program, build.folder / "bin/tests" / program.name, place)
+        if outcome != PASSED:
+            sys.exit(f"mutate: {program.name} {outcome} on the tree as it is")
+        program.seconds = computed() - before
+    return programs
+
+
+def computed():
+    """Seconds of the processor that the children took so far."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
 
 
 def verdicts_on(mutants, workshops):
@@ -77,7 +90,7 @@ def verdicts_on(mutants, workshops):
 
 
 def show(number, mutant, verdict):
-    if verdict == SURVIVED:
+    if verdict == PASSED:
         print(f"{mutant.path}:{mutant.line}: survived", *mutant.diff(), sep="\n  ", flush=True)
     if number % 50 == 0:
         print(f"{number} tried", flush=True)
@@ -85,11 +98,11 @@ def show(number, mutant, verdict):
 
 def summary(verdicts, seconds):
     """Prints the figures and returns the score."""
-    unbuilt, survived = verdicts.count(NO_BUILD), verdicts.count(SURVIVED)
+    unbuilt, survived = verdicts.count(NO_BUILD), verdicts.count(PASSED)
     tried = len(verdicts) - unbuilt
     score = 100.0 * (tried - survived) / tried if tried else 100.0
     print(f"{tried} mutants, {tried - survived} found, {survived} survived: {score:.1f} %")
-    print(f"{unbuilt} more did not compile; {seconds:.0f} s")
+    print(f"{verdicts.count(HUNG)} of them hung, {unbuilt} more did not compile; {seconds:.0f} s")
     return score
 
 
