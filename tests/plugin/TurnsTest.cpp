@@ -1,5 +1,5 @@
-// Who waits for whom: one management call and one writer of the texts at a time, and nobody joins
-// or leaves the observers while they are told of something.
+// Who waits for whom: one management call, one writer of the texts and one replacement of the NTP
+// client at a time, and nobody joins or leaves the observers while they are told of something.
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,29 @@
 #include <vector>
 
 #include "ManageableData.h"
+#include "Process.h"
 #include "plugin/ClockOnWatchedTimers.h"
 #include "support/WaitingCall.h"
+
+namespace {
+
+std::function<void()> g_onLaunch;
+
+}  // namespace
+
+// The linker puts this in the place of Process::launch, which has this name for it.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+int __real__ZN7Process6launchEv(Process* process);
+int __wrap__ZN7Process6launchEv(Process* process);
+
+int __wrap__ZN7Process6launchEv(Process* process) {
+  const int result = __real__ZN7Process6launchEv(process);
+  if (g_onLaunch) g_onLaunch();
+  return result;
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -84,6 +105,19 @@ TEST_F(ClockInTheMiddle, WritesOneOfItsTextsAtATime) {
     EXPECT_EQ(finished(), 1U);
   }
   store.onSet = nullptr;
+}
+
+TEST_F(ClockInTheMiddle, ReplacesItsNtpClientInOneStep) {
+  set("sntp-addr", "127.0.0.1");
+  bool first = true;
+  g_onLaunch = [&] {
+    if (!std::exchange(first, false)) return;
+    otherThread([&] { service->jackEvent(PhysDefs::plugNetwork, PhysDefs::plugInserted); });
+  };
+  ManageableData networkUp = record("interface-status", "up");
+  service->manageableDataChanged(networkUp);
+  EXPECT_EQ(finished(), 1U);
+  g_onLaunch = nullptr;
 }
 
 TEST_F(ClockInTheMiddle, TakesOneManagementCallAtATime) {
