@@ -16,19 +16,27 @@
 namespace {
 
 std::function<void()> g_onLaunch;
+std::function<void()> g_onSetenv;
 
 }  // namespace
 
-// The linker puts this in the place of Process::launch, which has this name for it.
+// The linker puts these in the place of Process::launch, which has this name for it, and setenv.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real__ZN7Process6launchEv(Process* process);
 int __wrap__ZN7Process6launchEv(Process* process);
+int __real_setenv(const char* name, const char* value, int overwrite);
+int __wrap_setenv(const char* name, const char* value, int overwrite);
 
 int __wrap__ZN7Process6launchEv(Process* process) {
   const int result = __real__ZN7Process6launchEv(process);
   if (g_onLaunch) g_onLaunch();
   return result;
+}
+
+int __wrap_setenv(const char* name, const char* value, int overwrite) {
+  if (g_onSetenv) g_onSetenv();
+  return __real_setenv(name, value, overwrite);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)
@@ -64,6 +72,11 @@ class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
     ManageableData data = record(key, value);
     service->setData(data);
   }
+  void networkUp() {
+    ManageableData up = record("interface-status", "up");
+    service->manageableDataChanged(up);
+  }
+  void plugIn() { service->jackEvent(PhysDefs::plugNetwork, PhysDefs::plugInserted); }
   static ManageableData record(const std::string& key, const std::string& value) {
     ManageableData data;
     data.setRootId(key, nullptr);
@@ -111,13 +124,21 @@ TEST_F(ClockInTheMiddle, ReplacesItsNtpClientInOneStep) {
   set("sntp-addr", "127.0.0.1");
   bool first = true;
   g_onLaunch = [&] {
-    if (!std::exchange(first, false)) return;
-    otherThread([&] { service->jackEvent(PhysDefs::plugNetwork, PhysDefs::plugInserted); });
+    if (std::exchange(first, false)) otherThread([&] { plugIn(); });
   };
-  ManageableData networkUp = record("interface-status", "up");
-  service->manageableDataChanged(networkUp);
+  networkUp();
   EXPECT_EQ(finished(), 1U);
   g_onLaunch = nullptr;
+}
+
+// A new client gets a copy of the environment.
+TEST_F(ClockInTheMiddle, StartsNoClientWhileItChangesTheEnvironment) {
+  set("sntp-addr", "127.0.0.1");
+  networkUp();
+  g_onSetenv = [&] { otherThread([&] { plugIn(); }); };
+  service->timerEvent(kZoneRefresh);
+  g_onSetenv = nullptr;
+  EXPECT_EQ(finished(), 1U);
 }
 
 TEST_F(ClockInTheMiddle, TakesOneManagementCallAtATime) {
