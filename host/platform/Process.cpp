@@ -24,14 +24,22 @@ namespace {
 // How long a child has between the request to end and the order.
 constexpr std::chrono::milliseconds kGrace{300};
 
+std::size_t countOf(char* const* texts) {
+  std::size_t count = 0;
+  for (; texts != nullptr && *texts != nullptr; ++texts) ++count;
+  return count;
+}
+
 std::vector<std::string> copied(char* const* texts) {
   std::vector<std::string> copies;
+  copies.reserve(countOf(texts));
   for (; texts != nullptr && *texts != nullptr; ++texts) copies.emplace_back(*texts);
   return copies;
 }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
@@ -155,18 +163,23 @@ struct Process::Impl {
   // The child's id, or 0: it is not running.
   pid_t spawn() {
     const std::string program = host::ProgramMap::instance().resolve(arguments.front());
-    std::vector<char*> words = pointersTo(arguments);
-    std::vector<char*> variables = pointersTo(environment);
-    SpawnPlan plan;
     pid_t pid = 0;
-    int error = plan.prepare(ownGroup(), folder) ? obstacle(program) : ENOMEM;
-    if (error == 0) {
-      error = posix_spawn(&pid, program.c_str(), &plan.actions, &plan.attributes, words.data(),
-                          variables.data());
-    }
+    int error = obstacle(program);
+    if (error == 0) error = spawn(program, pid);
     if (error == 0) return pid;
     complain(program, error);
     return 0;
+  }
+
+ private:
+  // 0, or why not.
+  int spawn(const std::string& program, pid_t& pid) {
+    SpawnPlan plan;
+    if (!plan.prepare(ownGroup(), folder)) return ENOMEM;
+    const std::vector<char*> words = pointersTo(arguments);
+    const std::vector<char*> variables = pointersTo(environment);
+    return posix_spawn(&pid, program.c_str(), &plan.actions, &plan.attributes, words.data(),
+                       variables.data());
   }
 };
 
