@@ -130,8 +130,8 @@ void Device::start(FrameworkContext& remote) {
   parts.service.reset(parts.plugin.createService());
   parts.context.add("ClockService", parts.service.get());
   parts.service->init(parts.context);
-  // Beside all else: whoever waits for a first answer does not wait for the disk.
-  parts.managementThread.post([&parts] { parts.beginLogs(); });
+  // Behind all else: whoever waits for a first answer does not wait for the disk.
+  parts.managementThread.postForLater([&parts] { parts.beginLogs(); });
 }
 
 void Device::stop() {

@@ -1,5 +1,6 @@
 #include "services/ManagementThread.h"
 
+#include <chrono>
 #include <exception>
 #include <future>
 #include <memory>
@@ -9,6 +10,11 @@
 #include "runtime/StartThread.h"
 
 namespace host {
+namespace {
+
+constexpr std::chrono::milliseconds kMoment{10};
+
+}  // namespace
 
 ManagementThread::ManagementThread()
     : m_thread(startThread("management thread", [this] { work(); })) {}
@@ -26,6 +32,14 @@ void ManagementThread::post(std::function<void()> task) {
   {
     const std::lock_guard lock(m_mutex);
     m_tasks.push_back(std::move(task));
+  }
+  m_wake.notify_one();
+}
+
+void ManagementThread::postForLater(std::function<void()> task) {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_later.push_back(std::move(task));
   }
   m_wake.notify_one();
 }
@@ -48,15 +62,27 @@ void ManagementThread::run(const std::function<void()>& task) {
 
 void ManagementThread::work() {
   std::unique_lock lock(m_mutex);
-  while (true) {
-    m_wake.wait(lock, [this] { return m_ending || !m_tasks.empty(); });
-    if (m_tasks.empty()) return;
-    const std::function<void()> task = std::move(m_tasks.front());
-    m_tasks.pop_front();
+  while (waitForTask(lock)) {
+    const Task task = takeTask();
     lock.unlock();
     runLogged(task);
     lock.lock();
   }
+}
+
+// False: the end has come, and all is done.
+bool ManagementThread::waitForTask(std::unique_lock<std::mutex>& lock) {
+  const auto wanted = [this] { return m_ending || !m_tasks.empty(); };
+  m_wake.wait(lock, [&] { return wanted() || !m_later.empty(); });
+  if (!m_later.empty()) m_wake.wait_for(lock, kMoment, wanted);
+  return !m_later.empty() || !m_tasks.empty();
+}
+
+ManagementThread::Task ManagementThread::takeTask() {
+  std::deque<Task>& tasks = m_later.empty() ? m_tasks : m_later;
+  Task task = std::move(tasks.front());
+  tasks.pop_front();
+  return task;
 }
 
 void ManagementThread::runLogged(const std::function<void()>& task) {

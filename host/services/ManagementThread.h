@@ -22,16 +22,25 @@ class ManagementThread {
   // Queues the task; tasks run one by one, in order.
   void post(std::function<void()> task);
 
+  // Queues what nobody waits for: it runs when nothing has been wanted for a moment, or else before
+  // the next task does.
+  void postForLater(std::function<void()> task);
+
   // Returns when the task, and all that was queued before it, is done. From a task: runs at once.
   void run(const std::function<void()>& task);
 
  private:
+  using Task = std::function<void()>;
+
   void work();
+  bool waitForTask(std::unique_lock<std::mutex>& lock);
+  Task takeTask();
   static void runLogged(const std::function<void()>& task);
 
   std::mutex m_mutex;
   std::condition_variable m_wake;
-  std::deque<std::function<void()>> m_tasks;
+  std::deque<Task> m_tasks;
+  std::deque<Task> m_later;
   bool m_ending = false;
   std::thread m_thread;  // last: it uses all of the above
 };

@@ -41,6 +41,8 @@ constexpr SqliteStore kStore = {SecurityLog::kVersion, kSchema,
                                 " failure, text, subject, origin FROM record LIMIT 0",
                                 "NORMAL"};
 
+constexpr auto kWhenUsed = SqliteStatement::Prepared::whenUsed;
+
 SecurityRecord recordOf(const SqliteStatement& row) {
   SecurityRecord record;
   record.number = row.number(0);
@@ -68,14 +70,16 @@ SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
       m_insert(std::make_unique<SqliteStatement>(
           *m_database,
           "INSERT INTO record(time, facility, severity, event_class, event_code, failure, text,"
-          " subject, origin) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)")),
+          " subject, origin) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)",
+          kWhenUsed)),
       m_list(std::make_unique<SqliteStatement>(
-          *m_database, ("SELECT " + std::string(kColumns) +
-                        " FROM record WHERE number > ?1 ORDER BY number LIMIT ?2")
-                           .c_str())),
-      m_kept(std::make_unique<SqliteStatement>(
           *m_database,
-          "SELECT (SELECT min(number) FROM record), (SELECT max(number) FROM record)")) {}
+          "SELECT " + std::string(kColumns) +
+              " FROM record WHERE number > ?1 ORDER BY number LIMIT ?2",
+          kWhenUsed)),
+      m_kept(std::make_unique<SqliteStatement>(
+          *m_database, "SELECT (SELECT min(number) FROM record), (SELECT max(number) FROM record)",
+          kWhenUsed)) {}
 
 SecurityLog::~SecurityLog() = default;
 

@@ -44,6 +44,14 @@ std::string unusedName(const std::string& file) {
   }
 }
 
+// These databases are a few pages each. SQLite would make room for twenty, and count its memory,
+// before it knows. What it has begun with it keeps.
+void configureOnce() {
+  static const int configured = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0) |
+                                sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+  static_cast<void>(configured);
+}
+
 // What a failed start has made is no damage to be found by the next.
 void dropEmptyFile(const std::string& file) {
   std::error_code code;
@@ -134,6 +142,7 @@ void SqliteDatabase::create() {
 void SqliteDatabase::open(const SqliteStore& store) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+  configureOnce();
   sqlite3* handle = nullptr;
   const int code = sqlite3_open_v2(m_name.c_str(), &handle, kFlags, nullptr);
   m_handle.reset(handle);

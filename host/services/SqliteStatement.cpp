@@ -2,15 +2,24 @@
 
 #include <sqlite3.h>
 
+#include <utility>
+
 #include "runtime/Error.h"
 #include "services/SqliteDatabase.h"
 
 namespace host {
 
-SqliteStatement::SqliteStatement(const SqliteDatabase& database, const char* sql) {
-  const int code = sqlite3_prepare_v3(database.handle(), sql, -1, SQLITE_PREPARE_PERSISTENT,
-                                      &m_statement, nullptr);
-  if (code != SQLITE_OK) throw Error(std::string("store: ") + sqlite3_errmsg(database.handle()));
+SqliteStatement::SqliteStatement(const SqliteDatabase& database, std::string sql, Prepared prepared)
+    : m_database(database), m_sql(std::move(sql)) {
+  if (prepared == Prepared::whenUsed || prepare() == SQLITE_OK) return;
+  throw Error(std::string("store: ") + sqlite3_errmsg(database.handle()));
+}
+
+// Without a statement, what is asked of SQLite next fails.
+int SqliteStatement::prepare() {
+  if (m_statement != nullptr) return SQLITE_OK;
+  return sqlite3_prepare_v3(m_database.handle(), m_sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT,
+                            &m_statement, nullptr);
 }
 
 SqliteStatement::~SqliteStatement() {
@@ -18,15 +27,18 @@ SqliteStatement::~SqliteStatement() {
 }
 
 void SqliteStatement::bind(int index, const std::string& text) {
+  prepare();
   // A null destructor is SQLite's name for "not copied".
   sqlite3_bind_text64(m_statement, index, text.data(), text.size(), nullptr, SQLITE_UTF8);
 }
 
 void SqliteStatement::bind(int index, std::int64_t number) {
+  prepare();
   sqlite3_bind_int64(m_statement, index, number);
 }
 
 bool SqliteStatement::next() {
+  prepare();
   m_code = sqlite3_step(m_statement);
   return m_code == SQLITE_ROW;
 }
@@ -36,6 +48,7 @@ bool SqliteStatement::failed() const {
 }
 
 bool SqliteStatement::run() {
+  prepare();
   m_code = sqlite3_step(m_statement);
   while (m_code == SQLITE_ROW) m_code = sqlite3_step(m_statement);
   reset();
@@ -43,6 +56,7 @@ bool SqliteStatement::run() {
 }
 
 void SqliteStatement::reset() {
+  if (m_statement == nullptr) return;
   sqlite3_reset(m_statement);
   sqlite3_clear_bindings(m_statement);
 }

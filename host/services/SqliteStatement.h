@@ -14,7 +14,12 @@ class SqliteDatabase;
 // throws host::Error; the others answer false and the database knows why.
 class SqliteStatement {
  public:
-  SqliteStatement(const SqliteDatabase& database, const char* sql);
+  // whenUsed: what is seldom wanted does not keep a start waiting. The first use fails then, not
+  // the constructor.
+  enum class Prepared { now, whenUsed };
+
+  SqliteStatement(const SqliteDatabase& database, std::string sql,
+                  Prepared prepared = Prepared::now);
   ~SqliteStatement();
   SqliteStatement(const SqliteStatement&) = delete;
   SqliteStatement& operator=(const SqliteStatement&) = delete;
@@ -38,6 +43,10 @@ class SqliteStatement {
   [[nodiscard]] int integer(int index) const;
 
  private:
+  int prepare();
+
+  const SqliteDatabase& m_database;
+  const std::string m_sql;
   sqlite3_stmt* m_statement = nullptr;
   int m_code = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -25,6 +26,30 @@ TEST(ManagementThread, RunsTasksInOrderOnOneOtherThread) {
   EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
   for (const auto id : ids) EXPECT_EQ(id, ids[0]);
   EXPECT_NE(ids[0], std::this_thread::get_id());
+}
+
+TEST(ManagementThread, WhatIsForLaterRunsWithoutBeingAskedFor) {
+  ManagementThread thread;
+  std::promise<void> ran;
+  thread.postForLater([&] { ran.set_value(); });
+  ran.get_future().get();
+}
+
+TEST(ManagementThread, WhatIsForLaterIsDoneBeforeTheNextTask) {
+  ManagementThread thread;
+  std::vector<int> order;
+  thread.postForLater([&] { order.push_back(1); });
+  thread.postForLater([&] { order.push_back(2); });
+  thread.run([&] { order.push_back(3); });
+  EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+}
+
+TEST(ManagementThread, DestructionRunsWhatIsForLater) {
+  int ran = 0;
+  {
+    ManagementThread().postForLater([&] { ++ran; });
+  }
+  EXPECT_EQ(ran, 1);
 }
 
 TEST(ManagementThread, RunInsideATaskRunsAtOnce) {
