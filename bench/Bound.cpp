@@ -36,6 +36,8 @@ bool Bound::holds(const Measured& measured) const {
       return measured.compared >= limit;
     case Kind::between:
       return measured.compared >= other && measured.compared <= limit;
+    case Kind::none:
+      return true;
     default:
       return measured.compared <= limit;
   }
@@ -54,6 +56,8 @@ std::string Bound::text() const {
       return "<= " + shortly(limit);
     case Kind::between:
       return other < limit ? shortly(other) + " or " + shortly(limit) : "= " + shortly(limit);
+    case Kind::none:
+      return "-";
   }
   return {};
 }

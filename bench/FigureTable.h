@@ -9,12 +9,14 @@ namespace bench {
 
 // One figure of the table that is printed.
 struct Figure {
+  using Measure = void (*)(Findings& findings);
+
   const char* name;  // for --only and for the JSON
   const char* what;
   const char* floor;  // empty: none
   const char* unit;
   Bound bound;
-  void (*measure)(Findings& findings);  // one may find several
+  Measure measure;  // one may find several
 };
 
 [[nodiscard]] std::span<const Figure> figures();

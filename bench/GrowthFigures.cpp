@@ -1,62 +1,18 @@
-// How cost grows with the number of events, observers, clients and timers. 1: each costs the same,
-// however many there are.
-#include <sys/resource.h>
-#include <time.h>
-
-#include <array>
+// How cost grows with the number of events, observers and timers in this process.
+#include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <functional>
-#include <memory>
-#include <stdexcept>
 #include <vector>
 
 #include "Executable.h"
+#include "Folder.h"
 #include "GoogleBenchmark.h"
-#include "HostProgram.h"
-#include "Line.h"
+#include "Growth.h"
 #include "Measure.h"
 #include "Observers.h"
 #include "Telephone.h"
 
 namespace bench {
 namespace {
-
-constexpr std::array<std::size_t, 5> kNumbers{1, 10, 100, 1000, 10'000};
-constexpr std::size_t kHundred = 2;  // its place among them
-constexpr std::size_t kRoundsOfGrowth = 3;
-constexpr std::size_t kClientsOfARound = 1000;  // at least, so that few are counted often
-
-using Costs = std::array<double, kNumbers.size()>;
-
-// The slope of the straight line through the logarithms.
-double exponentOf(const Costs& costs, std::size_t first) {
-  const auto count = static_cast<double>(kNumbers.size() - first);
-  double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
-  for (std::size_t i = first; i < kNumbers.size(); ++i) {
-    const double x = std::log(static_cast<double>(kNumbers.at(i)));
-    const double y = std::log(costs.at(i));
-    sumX += x;
-    sumY += y;
-    sumXX += x * x;
-    sumXY += x * y;
-  }
-  return (count * sumXY - sumX * sumY) / (count * sumXX - sumX * sumX);
-}
-
-// cost: of that many, in any unit. first: of the numbers that count; the smaller ones are left out
-// where something that is always there would cover the growth.
-Measured growthOf(const std::function<double(std::size_t)>& cost, std::size_t first = 0) {
-  std::array<std::vector<double>, kNumbers.size()> found;
-  for (std::size_t round = 0; round < kRoundsOfGrowth; ++round) {
-    for (std::size_t i = first; i < kNumbers.size(); ++i) {
-      found.at(i).push_back(cost(kNumbers.at(i)));
-    }
-  }
-  Costs costs{};
-  for (std::size_t i = first; i < kNumbers.size(); ++i) costs.at(i) = median(found.at(i));
-  return alone(exponentOf(costs, first));
-}
 
 class Sleeper : public Executable {
  public:
@@ -81,92 +37,55 @@ double costOfTimers(std::size_t count) {
   });
 }
 
-double processorSeconds(pid_t process) {
-  clockid_t clock{};
-  timespec used{};
-  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &used) != 0) {
-    throw std::runtime_error("the system does not tell the processor time of the host");
-  }
-  return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
+// A telephone for each round: the virtual time of one ends after 200 years.
+class QuietTelephone {
+ public:
+  [[nodiscard]] ClockServiceIfc& service() { return m_telephone.service(); }
+  void pass(std::chrono::hours time) { m_telephone.clock().advance(time); }
+
+ private:
+  const Folder m_folder;
+  host::MemoryDataAccess m_store;
+  Telephone m_telephone{m_folder.path(), inMemory(m_store)};
+};
+
+// A full hour for each event.
+double costOfEvents(std::size_t count) {
+  QuietTelephone telephone;
+  return processorNanoseconds([&](benchmark::State& state) {
+    for (auto _ : state) telephone.pass(std::chrono::hours(count));
+  });
 }
 
-// Two descriptors of each client: one here, one in the host, which inherits the limit.
-void makeRoomForClients() {
-  rlimit limit{};
-  getrlimit(RLIMIT_NOFILE, &limit);
-  const rlim_t wanted = kNumbers.back() + 100;
-  if (limit.rlim_max < wanted) {
-    throw std::runtime_error("growth-clients needs " + std::to_string(wanted) +
-                             " open files; the limit here is " + std::to_string(limit.rlim_max));
-  }
-  limit.rlim_cur = std::max(limit.rlim_cur, wanted);
-  setrlimit(RLIMIT_NOFILE, &limit);
+// From the watch before them to the one after them; the hour itself is not between the two.
+double timedNanoseconds(std::size_t count, std::size_t hours, QuietTelephone& telephone) {
+  Observers observers(count);
+  const Registration registration(telephone.service(), observers);
+  for (std::size_t i = 0; i < hours; ++i) telephone.pass(std::chrono::hours(1));
+  return observers.nanosecondsOfAnHour();
 }
 
-void waitUntilAlone(const Line& control) {
-  const std::string request = controlOf(R"({"verb":"status"})");
-  std::string reply;
-  while (reply.find(R"("clients":1,)") == std::string::npos) {
-    control.send(request);
-    reply = control.takeFrame().bytes;
-  }
-}
-
-// They come, subscribe, ask, and are there together; then they go.
-void liveOf(std::size_t clients, const std::filesystem::path& socket) {
-  std::vector<Line> lines;
-  lines.reserve(clients);
-  for (std::size_t i = 0; i < clients; ++i) {
-    const Line& line = lines.emplace_back(socket);
-    for (const char* const method : {"observeTimeEvents", "getTime"}) {
-      line.send(callOf(method));
-      static_cast<void>(line.takeFrame());
-    }
-  }
-}
-
-// Of the host's processor time.
-double costOfClients(std::size_t count, const HostProgram& host, const Line& control) {
-  const std::size_t times = count < kClientsOfARound ? kClientsOfARound / count : 1;
-  const double before = processorSeconds(host.process());
-  for (std::size_t i = 0; i < times; ++i) liveOf(count, host.socket());
-  waitUntilAlone(control);
-  return (processorSeconds(host.process()) - before) / static_cast<double>(times);
+// Without what the two looks at the watch take. Few observers are told of many hours.
+double costOfObservers(std::size_t count) {
+  constexpr std::size_t kMostHours = 10'000;
+  const std::size_t hours = std::clamp<std::size_t>(200'000 / count, 100, kMostHours);
+  QuietTelephone telephone;
+  const double looks = timedNanoseconds(0, kMostHours, telephone);
+  return timedNanoseconds(count, hours, telephone) - looks;
 }
 
 }  // namespace
 
 void measureEventGrowth(Findings& findings) {
-  const Folder folder;
-  host::MemoryDataAccess store;
-  Telephone telephone(folder.path(), inMemory(store));
-  findings["growth-events"] = growthOf([&](std::size_t events) {
-    return processorNanoseconds([&](benchmark::State& state) {
-      for (auto _ : state) telephone.clock().advance(std::chrono::hours(events));
-    });
-  });
-  findings["growth-observers"] = growthOf(
-      [&](std::size_t count) {
-        Observers observers(count);
-        const Registration registration(telephone.service(), observers);
-        return processorNanoseconds([&](benchmark::State& state) {
-          for (auto _ : state) telephone.clock().advance(std::chrono::hours(1));
-        });
-      },
-      kHundred);
+  findings["growth-events"] = growthOf(costOfEvents);
+}
+
+void measureObserverGrowth(Findings& findings) {
+  findings["growth-observers"] = growthOf(costOfObservers);
 }
 
 void measureTimerGrowth(Findings& findings) {
   findings["growth-timers"] = growthOf(costOfTimers);
-}
-
-void measureClientGrowth(Findings& findings) {
-  makeRoomForClients();
-  const Folder folder;
-  const HostProgram host(folder, folder / "state");
-  const Line control(host.socket());
-  findings["growth-clients"] =
-      growthOf([&](std::size_t count) { return costOfClients(count, host, control); });
 }
 
 }  // namespace bench

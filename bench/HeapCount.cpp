@@ -1,36 +1,46 @@
-// The counting allocator. The program exports these, so that plug-in and C++ library use them too.
+// The program exports its own ways to the heap, which the plug-in, the C++ library's operator new
+// and the C library itself find before the C library's.
 #include "HeapCount.h"
 
-#include <atomic>
 #include <cstdlib>
-#include <new>
+
+// The C library's own, by the names that it keeps for this.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+}
 
 namespace bench {
 namespace {
 
-std::atomic<std::size_t> g_allocations{0};
+constinit thread_local std::size_t t_allocations = 0;
 
 }  // namespace
 
-HeapCount::HeapCount() : m_before(g_allocations) {}
+HeapCount::HeapCount() : m_before(t_allocations) {}
 
 std::size_t HeapCount::allocations() const {
-  return g_allocations - m_before;
+  return t_allocations - m_before;
 }
 
 }  // namespace bench
 
-void* operator new(std::size_t size) {
-  bench::g_allocations.fetch_add(1, std::memory_order_relaxed);
-  void* const memory = std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
+extern "C" {
+
+void* malloc(std::size_t size) {
+  ++bench::t_allocations;
+  return __libc_malloc(size);
 }
 
-void operator delete(void* memory) noexcept {
-  std::free(memory);
+void* calloc(std::size_t count, std::size_t size) {
+  ++bench::t_allocations;
+  return __libc_calloc(count, size);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
+void* realloc(void* memory, std::size_t size) {
+  ++bench::t_allocations;
+  return __libc_realloc(memory, size);
 }
+
+}  // extern "C"

@@ -4,8 +4,8 @@
 
 namespace bench {
 
-// Counts what this process takes from the heap by operator new while the object lives, the
-// plug-in's own included.
+// Counts what this thread takes from the heap while the object lives: by malloc, calloc, realloc
+// and by operator new, which calls malloc; in the plug-in and in the libraries too.
 class HeapCount {
  public:
   HeapCount();

@@ -1,10 +1,7 @@
 #include "Line.h"
 
-#include <poll.h>
 #include <sched.h>
-#include <sys/inotify.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -19,39 +16,15 @@
 namespace bench {
 namespace {
 
-constexpr int kPatience = 10'000;  // ms
 constexpr std::size_t kLengthSize = 4;
 
 std::system_error failure(const std::string& what) {
   return {errno, std::generic_category(), what};
 }
 
-// Sleeps until there is something new in a folder: who waits must not take the processor from who
-// is waited for.
-class FolderWatch {
- public:
-  explicit FolderWatch(const std::filesystem::path& folder)
-      : m_descriptor(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-    if (inotify_add_watch(m_descriptor.get(), folder.c_str(), IN_CREATE) < 0) {
-      throw failure(folder);
-    }
-  }
-
-  void wait() const {
-    pollfd waited{m_descriptor.get(), POLLIN, 0};
-    if (poll(&waited, 1, kPatience) != 1) throw std::runtime_error("nobody came to listen");
-    std::array<char, 4096> events;
-    while (read(m_descriptor.get(), events.data(), events.size()) > 0) {
-    }
-  }
-
- private:
-  host::Descriptor m_descriptor;
-};
-
 bool connects(int descriptor, const std::filesystem::path& socket) {
   const host::SocketAddress address(socket);
-  if (connect(descriptor, address.get(), address.size()) == 0) return true;
+  if (::connect(descriptor, address.get(), address.size()) == 0) return true;
   if (errno != ENOENT && errno != ECONNREFUSED) throw failure(socket);
   return false;
 }
@@ -61,8 +34,16 @@ bool connects(int descriptor, const std::filesystem::path& socket) {
 Line::Line(const std::filesystem::path& socket)
     : m_descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   if (!m_descriptor.valid()) throw failure("socket");
-  if (connects(m_descriptor.get(), socket)) return;
-  const FolderWatch watch(socket.parent_path());
+  if (!connects(m_descriptor.get(), socket)) connect(socket, FolderWatch(socket.parent_path()));
+}
+
+Line::Line(const std::filesystem::path& socket, const FolderWatch& watch)
+    : m_descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  if (!m_descriptor.valid()) throw failure("socket");
+  connect(socket, watch);
+}
+
+void Line::connect(const std::filesystem::path& socket, const FolderWatch& watch) const {
   while (!connects(m_descriptor.get(), socket)) {
     // Between bind and listen there is nothing to sleep on.
     errno == ENOENT ? watch.wait() : static_cast<void>(sched_yield());

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "FolderWatch.h"
 #include "remote/Descriptor.h"
 #include "remote/Frame.h"
 
@@ -17,10 +18,17 @@ class Line {
   // Connects to who listens there, waiting for it to begin to: up to ten seconds.
   explicit Line(const std::filesystem::path& socket);
 
+  // The same, for who measures that waiting. watch: on the socket's folder, and older than the
+  // socket.
+  Line(const std::filesystem::path& socket, const FolderWatch& watch);
+
   void send(std::string_view bytes) const;
 
   // Takes exactly that many bytes, and gives them away.
   void take(std::size_t bytes) const;
+
+  // Takes as many bytes as the text has.
+  void takeInto(std::string& text) const { takeInto(text.data(), text.size()); }
 
   // Takes one frame.
   struct Taken {
@@ -30,6 +38,7 @@ class Line {
   [[nodiscard]] Taken takeFrame() const;
 
  private:
+  void connect(const std::filesystem::path& socket, const FolderWatch& watch) const;
   void takeInto(char* to, std::size_t bytes) const;
 
   host::Descriptor m_descriptor;

@@ -20,7 +20,11 @@ void measureMemory(Findings& findings);
 void measureArmSize(Findings& findings);
 void measureQuietDay(Findings& findings);
 void measureYear(Findings& findings);
+void measureNetworkYear(Findings& findings);
+void measureWeekOfClients(Findings& findings);
 void measureEventGrowth(Findings& findings);
+void measureObserverGrowth(Findings& findings);
+void measureAudienceGrowth(Findings& findings);
 void measureClientGrowth(Findings& findings);
 void measureTimerGrowth(Findings& findings);
 

@@ -1,29 +1,93 @@
 #include "Observers.h"
 
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <utility>
+
 #include "ClockServiceIfc.h"
+#include "Rounds.h"
 
 namespace bench {
+namespace {
 
-class Observers::Adding : public ClockServiceObserverIfc {
+using Clock = std::chrono::steady_clock;
+
+// What follows begins only when what comes before is done. Otherwise the first few calls would hide
+// behind the end of the look at the watch.
+void settle() {
+#if defined(__x86_64__)
+  __builtin_ia32_lfence();
+#else
+  std::atomic_thread_fence(std::memory_order_seq_cst);
+#endif
+}
+
+class Observer : public ClockServiceObserverIfc {
  public:
-  virtual ~Adding() = default;
+  virtual ~Observer() = default;
   void timezoneChangeEvent(std::string) override {}
-  void timeChangeEvent(int hours, int, int) override { m_sum += hours; }
   void dateChangeEvent(int, int, int) override {}
   void alarmClockEvent(int) override {}
+};
+
+}  // namespace
+
+struct Observers::Watch {
+  Clock::time_point begin;
+  std::vector<double> nanoseconds;
+};
+
+class Observers::Adding : public Observer {
+ public:
+  void timeChangeEvent(int hours, int, int) override { m_sum += hours; }
 
  private:
   long m_sum = 0;
 };
 
-Observers::Observers(std::size_t count) : m_observers(count) {}
+class Observers::First : public Observer {
+ public:
+  explicit First(Watch& watch) : m_watch(watch) {}
+  void timeChangeEvent(int, int, int) override {
+    m_watch.begin = Clock::now();
+    settle();
+  }
+
+ private:
+  Watch& m_watch;
+};
+
+class Observers::Last : public Observer {
+ public:
+  explicit Last(Watch& watch) : m_watch(watch) {}
+  void timeChangeEvent(int, int, int) override {
+    const std::chrono::duration<double, std::nano> taken = Clock::now() - m_watch.begin;
+    m_watch.nanoseconds.push_back(taken.count());
+  }
+
+ private:
+  Watch& m_watch;
+};
+
+Observers::Observers(std::size_t count)
+    : m_watch(std::make_unique<Watch>()),
+      m_first(std::make_unique<First>(*m_watch)),
+      m_observers(count),
+      m_last(std::make_unique<Last>(*m_watch)) {}
 
 Observers::~Observers() = default;
 
 std::vector<ClockServiceObserverIfc*> Observers::all() {
   std::vector<ClockServiceObserverIfc*> observers;
+  observers.push_back(m_first.get());
   for (Adding& observer : m_observers) observers.push_back(&observer);
+  observers.push_back(m_last.get());
   return observers;
+}
+
+double Observers::nanosecondsOfAnHour() {
+  return middleMean(std::exchange(m_watch->nanoseconds, {}));
 }
 
 Registration::Registration(ClockServiceIfc& service, Observers& observers)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <memory>
 #include <vector>
 
 #include "ClockServiceObserverIfc.h"
@@ -10,7 +10,8 @@ class ClockServiceIfc;
 
 namespace bench {
 
-// Observers of this process that do next to nothing. Owner: a measurement.
+// Observers of this process that do next to nothing, between two that look at a watch: what is
+// around an event is not timed with it. Owner: a measurement.
 class Observers {
  public:
   explicit Observers(std::size_t count);
@@ -18,12 +19,22 @@ class Observers {
   Observers(const Observers&) = delete;
   Observers& operator=(const Observers&) = delete;
 
+  // In the order in which they are to be called: the first with the watch, `count`, the last.
   [[nodiscard]] std::vector<ClockServiceObserverIfc*> all();
+
+  // From the first to the last, of the hours told since it was asked before. REQUIRES: one was.
+  [[nodiscard]] double nanosecondsOfAnHour();
 
  private:
   class Adding;
+  class First;
+  class Last;
+  struct Watch;
 
+  std::unique_ptr<Watch> m_watch;
+  std::unique_ptr<First> m_first;
   std::vector<Adding> m_observers;
+  std::unique_ptr<Last> m_last;
 };
 
 // Tells each of them of an hour, with nothing around it.

@@ -1,7 +1,10 @@
 // Questions to the clock in this process, and the same by message.
+#include <dlfcn.h>
+
 #include <array>
 #include <ctime>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "BoundedPrint.h"
@@ -32,9 +35,40 @@ class AskedTelephone : public Telephone {
   }
 };
 
+// The C library's own, behind the one that this program takes its place with.
+class LibraryTime {
+ public:
+  LibraryTime() : m_library(dlopen("libc.so.6", RTLD_LAZY)) {
+    if (m_library != nullptr) m_time = reinterpret_cast<Time>(dlsym(m_library, "time"));
+    if (m_time == nullptr) throw std::runtime_error("no time in the C library");
+  }
+  ~LibraryTime() { dlclose(m_library); }
+  LibraryTime(const LibraryTime&) = delete;
+  LibraryTime& operator=(const LibraryTime&) = delete;
+
+  using Time = time_t (*)(time_t* result);
+  [[nodiscard]] Time get() const { return m_time; }
+
+ private:
+  void* m_library;
+  Time m_time = nullptr;
+};
+
+// While it lives, this process's time calls read the machine's clock, as those of a telephone do.
+class MachineClock {
+ public:
+  MachineClock() : m_before(host::processClockIfAny()) { host::setProcessClock(nullptr); }
+  ~MachineClock() { host::setProcessClock(m_before); }
+  MachineClock(const MachineClock&) = delete;
+  MachineClock& operator=(const MachineClock&) = delete;
+
+ private:
+  host::VirtualClock* const m_before;
+};
+
 // What getTime() cannot do without.
-std::string barePrintedTime() {
-  const time_t now = time(nullptr);
+std::string barePrintedTime(LibraryTime::Time timeCall) {
+  const time_t now = timeCall(nullptr);
   tm local{};
   localtime_r(&now, &local);
   std::array<char, 20> text{};
@@ -58,10 +92,24 @@ double costOfGetTime(Telephone& telephone) {
   });
 }
 
-double costOfBareTime() {
-  return processorNanoseconds([](benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(barePrintedTime());
+double costOfBareTime(LibraryTime::Time timeCall) {
+  return processorNanoseconds([&](benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(barePrintedTime(timeCall));
   });
+}
+
+// Allocations of many calls, around full hours, midnights and changes to and from daylight saving.
+std::size_t allocationsOfGetTime(Telephone& telephone) {
+  constexpr int kHours = 365 * 24;
+  std::size_t allocations = 0;
+  telephone.clock().setSpeed(0);
+  for (int i = 0; i < 2 * kHours; ++i) {
+    telephone.clock().advance(std::chrono::seconds(i % 2 == 0 ? 3599 : 1));
+    const HeapCount count;
+    benchmark::DoNotOptimize(telephone.service().getTime());
+    allocations += count.allocations();
+  }
+  return allocations;
 }
 
 template <class Print>
@@ -104,11 +152,24 @@ double costOfMessage(Telephone& telephone, const std::string& request) {
 void measureGetTime(Findings& findings) {
   const Folder folder;
   AskedTelephone telephone(folder);
-  findings["get-time"] = ratioOf(
-      Rounds::alternate([&] { return costOfGetTime(telephone); }, [] { return costOfBareTime(); }));
-  const HeapCount count;
-  benchmark::DoNotOptimize(telephone.service().getTime());
-  findings["get-time-heap"] = alone(static_cast<double>(count.allocations()));
+  const LibraryTime library;
+  Rounds machine;
+  Rounds virtualClock;
+  Rounds beside;
+  for (std::size_t i = 0; i < Rounds::kUsual; ++i) {
+    const double bare = costOfBareTime(library.get());
+    {
+      const MachineClock clock;
+      machine.add(costOfGetTime(telephone), bare);
+    }
+    const double asked = costOfGetTime(telephone);
+    virtualClock.add(asked, costOfBareTime(time));
+    beside.add(asked, bare);
+  }
+  findings["get-time"] = ratioOf(machine);
+  findings["get-time-virtual"] = ratioOf(virtualClock);
+  findings["get-time-beside"] = ratioOf(beside);
+  findings["get-time-heap"] = alone(static_cast<double>(allocationsOfGetTime(telephone)));
 }
 
 void measureGetUtcTime(Findings& findings) {

@@ -1,10 +1,11 @@
 // What a telephone does that nobody touches: wake-ups and writes of a day, the cost of a year.
-#include <fcntl.h>
+#include <sys/resource.h>
 
 #include <chrono>
-#include <ctime>
 #include <string>
+#include <vector>
 
+#include "Child.h"
 #include "Folder.h"
 #include "Measure.h"
 #include "StoreCount.h"
@@ -25,30 +26,94 @@ host::DeviceOptions connected() {
   return options;
 }
 
+// What stands for the program of the NTP client.
 class ClientStandIn {
  public:
-  ClientStandIn() { host::ProgramMap::instance().set("/sbin/ntpclient", "/bin/true"); }
+  explicit ClientStandIn(const std::string& program) {
+    host::ProgramMap::instance().set("/sbin/ntpclient", program);
+  }
   ~ClientStandIn() { host::ProgramMap::instance().clear(); }
   ClientStandIn(const ClientStandIn&) = delete;
   ClientStandIn& operator=(const ClientStandIn&) = delete;
 };
 
-double processorMilliseconds() {
-  constexpr double kPerSecond = 1000;
-  return static_cast<double>(std::clock()) * kPerSecond / static_cast<double>(CLOCKS_PER_SEC);
+constexpr const char* kProgram = "/bin/true";
+
+double milliseconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) * 1e-3;
 }
+
+// Of processor time. who: RUSAGE_SELF, or RUSAGE_CHILDREN for those that have ended.
+double millisecondsOf(int who) {
+  rusage used{};
+  getrusage(who, &used);
+  return milliseconds(used.ru_utime) + milliseconds(used.ru_stime);
+}
+
+double costOfTime(hours time, Telephone& telephone) {
+  const double begin = millisecondsOf(RUSAGE_SELF);
+  telephone.clock().advance(time);
+  return millisecondsOf(RUSAGE_SELF) - begin;
+}
+
+void changeZonesOf(Telephone& telephone) {
+  telephone.set("sntp-tz-offset", "1");
+  telephone.set("daylight-save-zone-id", "9");
+  telephone.set("daylight-save", "true");
+  telephone.set("auto-daylight-save", "true");
+}
+
+constexpr hours kYear{24 * 365};
+constexpr hours kWeek{24 * 7};
 
 double costOfAYear() {
   const Folder folder;
   host::MemoryDataAccess store;
   Telephone telephone(folder.path(), inMemory(store));
-  telephone.set("sntp-tz-offset", "1");
-  telephone.set("daylight-save-zone-id", "9");
-  telephone.set("daylight-save", "true");
-  telephone.set("auto-daylight-save", "true");
-  const double begin = processorMilliseconds();
-  telephone.clock().advance(hours(24 * 365));
-  return processorMilliseconds() - begin;
+  changeZonesOf(telephone);
+  return costOfTime(kYear, telephone);
+}
+
+host::DeviceOptions connectedInMemory(host::MemoryDataAccess& store) {
+  host::DeviceOptions options = connected();
+  options.store = &store;
+  options.securityLogInMemory = true;
+  return options;
+}
+
+// All that the service does for its clients, which the system then cannot start: what a program
+// takes to be started is not the service's.
+double costOfANetworkYear() {
+  const Folder folder;
+  const ClientStandIn client((folder / "none").string());
+  host::MemoryDataAccess store;
+  Telephone telephone(folder.path(), connectedInMemory(store));
+  changeZonesOf(telephone);
+  telephone.set("sntp-addr", "127.0.0.1");
+  return costOfTime(kYear, telephone);
+}
+
+// Of this process and of the clients.
+template <class Work>
+double costWithChildren(Work work) {
+  const double begin = millisecondsOf(RUSAGE_SELF) + millisecondsOf(RUSAGE_CHILDREN);
+  work();
+  return millisecondsOf(RUSAGE_SELF) + millisecondsOf(RUSAGE_CHILDREN) - begin;
+}
+
+double costOfAWeekOfClients() {
+  const Folder folder;
+  const ClientStandIn client(kProgram);
+  host::MemoryDataAccess store;
+  Telephone telephone(folder.path(), connectedInMemory(store));
+  telephone.set("sntp-addr", "127.0.0.1");
+  return costWithChildren([&] { telephone.clock().advance(kWeek); });
+}
+
+double costOfStartsAlone() {
+  return costWithChildren([] {
+    for (int i = 0; i < kWeek.count(); ++i) const Child child({kProgram});
+  });
 }
 
 }  // namespace
@@ -56,7 +121,7 @@ double costOfAYear() {
 // The second day, so that what the start itself does is behind.
 void measureQuietDay(Findings& findings) {
   const Folder disk(Folder::Place::disk);
-  const ClientStandIn client;
+  const ClientStandIn client(kProgram);
   countTransactions();
   Telephone telephone(disk.path(), connected());
   telephone.set("sntp-addr", "127.0.0.1");
@@ -71,8 +136,19 @@ void measureQuietDay(Findings& findings) {
 
 void measureYear(Findings& findings) {
   std::vector<double> found;
-  for (std::size_t i = 0; i < Rounds::kUsual; ++i) found.push_back(costOfAYear());
+  while (found.size() < Rounds::kLeast) found.push_back(costOfAYear());
   findings["year"] = alone(median(found));
+}
+
+void measureNetworkYear(Findings& findings) {
+  std::vector<double> found;
+  while (found.size() < Rounds::kLeast) found.push_back(costOfANetworkYear());
+  findings["year-network"] = alone(median(found));
+}
+
+void measureWeekOfClients(Findings& findings) {
+  findings["week-clients"] =
+      ratioOf(Rounds::alternate(costOfAWeekOfClients, costOfStartsAlone, Rounds::kLeast));
 }
 
 }  // namespace bench

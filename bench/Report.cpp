@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -9,7 +10,20 @@ namespace bench {
 namespace {
 
 constexpr int kSignificantDigits = 4;
-constexpr char kFormat[] = "%-44s %13s  %-24s %13s %9s %10s  %s\n";
+
+// A line of the table: figure, its value, floor, its value, ratio, bound, verdict.
+using Cells = std::array<std::string, 7>;
+
+std::string tableLine(const Cells& cells) {
+  constexpr std::array<int, 6> kWidths{-44, 12, -32, 11, 9, 10};  // negative: to the left
+  std::string line;
+  for (std::size_t i = 0; i < kWidths.size(); ++i) {
+    std::array<char, 100> text{};
+    std::snprintf(text.data(), text.size(), "%*s ", kWidths.at(i), cells.at(i).c_str());
+    line += text.data();
+  }
+  return line + ' ' + cells.back() + '\n';
+}
 
 std::string number(double value, const char* unit) {
   std::array<char, 40> text{};
@@ -36,38 +50,55 @@ std::string comparison(const Measured& measured, const Bound& bound) {
   return text.data();
 }
 
+nlohmann::ordered_json valuesOf(const Figure& figure, const Measured& measured) {
+  nlohmann::ordered_json values = {{"value", measured.figure}};
+  if (measured.floor) {
+    values["floor"] = figure.floor;
+    values["floorValue"] = *measured.floor;
+    values[isDifference(figure.bound) ? "difference" : "ratio"] = measured.compared;
+  }
+  return values;
+}
+
 }  // namespace
 
-void Report::printHead() {
-  std::printf(kFormat, "figure", "", "floor", "", "ratio", "bound", "");
+Report::Report(double factor, std::ostream& table) : m_factor(factor), m_table(table) {
+  m_table << tableLine({"figure", "", "floor", "", "ratio", "bound", ""});
 }
 
 void Report::add(const Figure& figure, const Measured& measured) {
-  const Bound bound = figure.bound.widened(m_factor);
-  const bool holds = bound.holds(measured);
-  m_lines.push_back({&figure, measured, bound, holds});
-  if (!holds) ++m_over;
-  const std::string floor = measured.floor ? number(*measured.floor, figure.unit) : "";
-  std::printf(kFormat, figure.what, number(measured.figure, figure.unit).c_str(), figure.floor,
-              floor.c_str(), comparison(measured, bound).c_str(), bound.text().c_str(),
-              holds ? "ok" : "OVER");
-  std::fflush(stdout);
+  tell(m_lines.emplace_back(Line{&figure, figure.bound.widened(m_factor), measured, ""}));
+}
+
+void Report::addFailure(const Figure& figure, const std::string& why) {
+  tell(m_lines.emplace_back(Line{&figure, figure.bound.widened(m_factor), std::nullopt, why}));
+}
+
+void Report::tell(const Line& line) {
+  const Figure& figure = *line.figure;
+  Cells cells{figure.what, "", figure.floor, "", "", line.bound.text(), "FAILED: " + line.failure};
+  if (line.measured) {
+    cells[1] = number(line.measured->figure, figure.unit);
+    if (line.measured->floor) cells[3] = number(*line.measured->floor, figure.unit);
+    cells[4] = comparison(*line.measured, line.bound);
+    cells[6] = line.holds() ? "ok" : "OVER";
+  }
+  m_table << tableLine(cells) << std::flush;
+}
+
+bool Report::allHold() const {
+  return std::all_of(m_lines.begin(), m_lines.end(), [](const Line& line) { return line.holds(); });
 }
 
 std::string Report::json() const {
   nlohmann::ordered_json whole = {{"factor", m_factor}};
   for (const Line& line : m_lines) {
-    nlohmann::ordered_json row = {{"name", line.figure->name},
-                                  {"figure", line.figure->what},
-                                  {"unit", line.figure->unit},
-                                  {"value", line.measured.figure}};
-    if (line.measured.floor) {
-      row["floor"] = line.figure->floor;
-      row["floorValue"] = *line.measured.floor;
-      row[isDifference(line.bound) ? "difference" : "ratio"] = line.measured.compared;
-    }
+    nlohmann::ordered_json row = {
+        {"name", line.figure->name}, {"figure", line.figure->what}, {"unit", line.figure->unit}};
+    if (line.measured) row.update(valuesOf(*line.figure, *line.measured));
+    if (!line.measured) row["failure"] = line.failure;
     row["bound"] = line.bound.text();
-    row["ok"] = line.holds;
+    row["ok"] = line.holds();
     whole["figures"].push_back(row);
   }
   whole["ok"] = allHold();

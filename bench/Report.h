@@ -1,36 +1,42 @@
 #pragma once
 
+#include <optional>
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include "FigureTable.h"
 
 namespace bench {
 
-// The bounds of figures that were measured, held or not.
+// The figures that were asked for: their bounds, held or not, or why there is none.
 class Report {
  public:
-  // factor: how much wider timed bounds are.
-  explicit Report(double factor) : m_factor(factor) {}
+  // factor: how much wider bounds are. table: where its lines go as they come; outlives this.
+  Report(double factor, std::ostream& table);
 
-  // Prints a line of the table.
   void add(const Figure& figure, const Measured& measured);
+  // It could not be measured. why: one line.
+  void addFailure(const Figure& figure, const std::string& why);
 
-  [[nodiscard]] bool allHold() const { return m_over == 0; }
+  [[nodiscard]] bool allHold() const;
   [[nodiscard]] std::string json() const;
-
-  static void printHead();
 
  private:
   struct Line {
     const Figure* figure;
-    Measured measured;
     Bound bound;
-    bool holds;
+    std::optional<Measured> measured;
+    std::string failure;
+
+    [[nodiscard]] bool holds() const { return measured && bound.holds(*measured); }
   };
 
+  void tell(const Line& line);
+
   const double m_factor;
+  std::ostream& m_table;
   std::vector<Line> m_lines;
-  std::size_t m_over = 0;
 };
 
 }  // namespace bench

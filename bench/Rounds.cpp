@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace bench {
 
@@ -16,6 +17,14 @@ double quantile(std::vector<double> numbers, double part) {
   const auto rank = static_cast<std::ptrdiff_t>(std::floor(part * last));
   std::nth_element(numbers.begin(), numbers.begin() + rank, numbers.end());
   return numbers[static_cast<std::size_t>(rank)];
+}
+
+double middleMean(std::vector<double> numbers) {
+  std::sort(numbers.begin(), numbers.end());
+  const auto quarter = static_cast<std::ptrdiff_t>(numbers.size() / 4);
+  const auto first = numbers.begin() + quarter;
+  const auto last = numbers.end() - quarter;
+  return std::accumulate(first, last, 0.0) / static_cast<double>(last - first);
 }
 
 void Rounds::add(double figure, double floor) {

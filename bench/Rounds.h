@@ -11,11 +11,16 @@ namespace bench {
 // The number below which `part` (0-1) of them lie. REQUIRES: not empty.
 [[nodiscard]] double quantile(std::vector<double> numbers, double part);
 
+// The mean of the half in the middle: finer than the median of numbers that are whole, and as deaf
+// to the few that were disturbed. REQUIRES: not empty.
+[[nodiscard]] double middleMean(std::vector<double> numbers);
+
 // What rounds have found in which a figure and its floor take turns. Medians, so that a round that
 // the machine disturbed counts for nothing; the ratio is that of each round's own two numbers, so
 // that a machine that slows down for a while slows both.
 class Rounds {
  public:
+  static constexpr std::size_t kLeast = 9;
   static constexpr std::size_t kUsual = 11;
 
   // Runs floor and figure, each of which returns its number, in turns.

@@ -19,7 +19,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr std::size_t kRoundsOfMemory = 3;
 constexpr std::size_t kStarts = 31;
 
 // A telephone's saved settings, all eleven of them, and the same rows for the floor.
@@ -68,18 +67,19 @@ class SavedSettings {
 
 // A program that runs, once it has replied.
 template <class Program>
-Line firstReply(const Program& program) {
-  Line line(program.socket());
+Line firstReply(const Program& program, const FolderWatch& watch) {
+  Line line(program.socket(), watch);
   line.send(callOf("getTime"));
   static_cast<void>(line.takeFrame());
   return line;
 }
 
 template <class Start>
-double millisecondsTo(Start start) {
+double millisecondsTo(const FolderWatch& watch, Start start) {
+  watch.forget();  // what earlier programs have made
   const auto begin = Clock::now();
   const auto program = start();
-  const Line line = firstReply(program);
+  const Line line = firstReply(program, watch);
   return Milliseconds(Clock::now() - begin).count();
 }
 
@@ -93,9 +93,9 @@ double privateDirty(pid_t process) {
 }
 
 template <class Start>
-double memoryAfter(Start start) {
+double memoryAfter(const FolderWatch& watch, Start start) {
   const auto program = start();
-  const Line line = firstReply(program);
+  const Line line = firstReply(program, watch);
   ::sync();
   return privateDirty(program.process());
 }
@@ -104,22 +104,27 @@ double memoryAfter(Start start) {
 
 void measureStart(Findings& findings) {
   const Folder sockets;
+  const FolderWatch watch(sockets.path());
   const SavedSettings saved;
   findings["start-up"] = ratioOf(Rounds::alternate(
-      [&] { return millisecondsTo([&] { return HostProgram(sockets, saved.state()); }); },
+      [&] { return millisecondsTo(watch, [&] { return HostProgram(sockets, saved.state()); }); },
       [&] {
-        return millisecondsTo([&] { return FloorProgram(sockets, "small", {saved.rows()}); });
+        return millisecondsTo(watch,
+                              [&] { return FloorProgram(sockets, "small", {saved.rows()}); });
       },
       kStarts));
 }
 
 void measureMemory(Findings& findings) {
   const Folder sockets;
+  const FolderWatch watch(sockets.path());
   const SavedSettings saved;
   findings["memory"] = differenceOf(Rounds::alternate(
-      [&] { return memoryAfter([&] { return HostProgram(sockets, saved.state()); }); },
-      [&] { return memoryAfter([&] { return FloorProgram(sockets, "small", {saved.rows()}); }); },
-      kRoundsOfMemory));
+      [&] { return memoryAfter(watch, [&] { return HostProgram(sockets, saved.state()); }); },
+      [&] {
+        return memoryAfter(watch, [&] { return FloorProgram(sockets, "small", {saved.rows()}); });
+      },
+      Rounds::kLeast));
 }
 
 // Of another build, whose size this program is told.

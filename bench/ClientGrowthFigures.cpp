@@ -1,0 +1,119 @@
+// How a host's cost grows with the number of its clients.
+#include <sys/resource.h>
+#include <time.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "Growth.h"
+#include "HostProgram.h"
+#include "Measure.h"
+#include "Subscribers.h"
+
+namespace bench {
+namespace {
+
+constexpr std::size_t kClientsOfARound = 1000;  // at least, so that few are counted often
+constexpr std::size_t kEventsOfARound = 300;    // the same for events, when there are few to tell
+
+double processorSeconds(pid_t process) {
+  clockid_t clock{};
+  timespec used{};
+  if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &used) != 0) {
+    throw std::runtime_error("the system does not tell the processor time of the host");
+  }
+  return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) * 1e-9;
+}
+
+// Two descriptors of each client: one here, one in the host, which inherits the limit.
+void makeRoomForClients() {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlim_t wanted = kNumbers.back() + 100;
+  if (limit.rlim_max < wanted) {
+    throw std::runtime_error(std::to_string(wanted) + " open files are needed; the limit here is " +
+                             std::to_string(limit.rlim_max));
+  }
+  limit.rlim_cur = std::max(limit.rlim_cur, wanted);
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+void waitUntilAlone(const Line& control) {
+  const std::string request = controlOf(R"({"verb":"status"})");
+  std::string reply;
+  while (reply.find(R"("clients":1,)") == std::string::npos) {
+    control.send(request);
+    reply = control.takeFrame().bytes;
+  }
+}
+
+// They come, subscribe, ask, and are there together; then they go.
+void liveOf(std::size_t clients, const std::filesystem::path& socket) {
+  std::vector<Line> lines;
+  lines.reserve(clients);
+  for (std::size_t i = 0; i < clients; ++i) {
+    const Line& line = lines.emplace_back(socket);
+    for (const char* const method : {"observeTimeEvents", "getTime"}) {
+      line.send(callOf(method));
+      static_cast<void>(line.takeFrame());
+    }
+  }
+}
+
+// Of the host's processor time.
+double costOfClients(std::size_t count, const HostProgram& host, const Line& control) {
+  const std::size_t times = count < kClientsOfARound ? kClientsOfARound / count : 1;
+  const double before = processorSeconds(host.process());
+  for (std::size_t i = 0; i < times; ++i) liveOf(count, host.socket());
+  waitUntilAlone(control);
+  return (processorSeconds(host.process()) - before) / static_cast<double>(times);
+}
+
+// An hour that the first client lets pass, of the host's processor time, until all have its event.
+double costOfAnHour(const Subscribers& all, const HostProgram& host) {
+  const std::size_t told = std::max<std::size_t>(all.lines().size(), 1);
+  const std::size_t hours = told < kEventsOfARound ? kEventsOfARound / told : 1;
+  const double before = processorSeconds(host.process());
+  for (std::size_t i = 0; i < hours; ++i) {
+    all.control().send(Subscribers::hourPasses());
+    static_cast<void>(all.takeTimeEvent());
+    static_cast<void>(all.control().takeFrame());
+  }
+  return (processorSeconds(host.process()) - before) / static_cast<double>(hours);
+}
+
+double costOfAnHourForNobody(const Subscribers& all, const HostProgram& host) {
+  std::vector<double> costs;
+  while (costs.size() < Rounds::kLeast) costs.push_back(costOfAnHour(all, host));
+  return median(costs);
+}
+
+}  // namespace
+
+void measureClientGrowth(Findings& findings) {
+  makeRoomForClients();
+  const Folder folder;
+  const HostProgram host(folder, folder / "state");
+  const Line control(host.socket());
+  findings["growth-clients"] =
+      growthOf([&](std::size_t count) { return costOfClients(count, host, control); });
+}
+
+// Without what an hour costs that nobody is told of.
+void measureAudienceGrowth(Findings& findings) {
+  makeRoomForClients();
+  const Folder folder;
+  const HostProgram host(folder, folder / "state", {"--speed", "0"});
+  Subscribers all(host.socket());
+  const double alone = costOfAnHourForNobody(all, host);
+  const auto costOfTelling = [&](std::size_t count) {
+    all.connect(count);
+    all.subscribe();
+    return costOfAnHour(all, host) - alone;
+  };
+  findings["growth-audience"] = growthOf(costOfTelling, Order::onlyMore);
+}
+
+}  // namespace bench
