@@ -11,6 +11,7 @@ import pathlib
 import queue
 import random
 import resource
+import signal
 import sys
 import time
 from concurrent.futures import ThreadPoolExecutor
@@ -108,6 +109,8 @@ def summary(verdicts, seconds):
 
 def main(tree, place, names, *words):
     chosen = options(words)
+    # Ended from outside it still ends what it has started.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     # A mutant may ask for all the memory and all the disk.
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
@@ -126,4 +129,7 @@ def main(tree, place, names, *words):
 
 
 if __name__ == "__main__":
-    sys.exit(main(*sys.argv[1:]))
+    try:
+        sys.exit(main(*sys.argv[1:]))
+    except KeyboardInterrupt:
+        sys.exit("mutate: interrupted")
