@@ -18,7 +18,7 @@ ENDS = {0: PASSED, signal.SIGXCPU: HUNG, signal.SIGKILL: HUNG}
 
 TICK = 1.0 / os.sysconf("SC_CLK_TCK")
 BETWEEN_LOOKS = 0.25  # seconds
-ASLEEP = 3.0  # seconds without work after which nothing will ever wake a program
+ASLEEP = 5.0  # seconds without work after which nothing will ever wake a program
 
 
 @dataclass
