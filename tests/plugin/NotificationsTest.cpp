@@ -118,6 +118,14 @@ TEST_F(ClockOnWatchedTimers, TakesTheNumberZeroForTheFirstTimerThatCouldNotBeCre
   EXPECT_THAT(expire(0), ElementsAre("store FallbackDateTime=2030-06-15T22:10:05+00:00"));
 }
 
+TEST_F(ClockOnWatchedTimers, ReplacesTheTimerThatHasTheFirstNumberOfAll) {
+  constexpr int timersBefore = kHour - 1;
+  timers.refuseFirst(timersBefore);
+  start();
+  const auto calls = expire(kHour - timersBefore);
+  EXPECT_THAT(calls, testing::IsSupersetOf({"cancel 1", "delete 1"}));
+}
+
 TEST_F(ClockOnWatchedTimers, TellsOfASetTimeWithTheHourThatComesBeforeIt) {
   start();
   service->setTime(10, 0, 0);

@@ -74,7 +74,7 @@ int OrderedTimers::createTimer(Executable& owner, unsigned int periodMillisecond
   {
     const std::lock_guard<std::mutex> guard(m_mutex);
     id = m_refusedId ? *m_refusedId : ++m_lastId;
-    if (!m_refusedId)
+    if (!m_refusedId && id > 0)
       m_timers[id] = Timer{&owner, std::chrono::milliseconds{periodMilliseconds}, std::nullopt};
   }
   tell("create " + std::to_string(periodMilliseconds) + " -> " + std::to_string(id));

@@ -30,6 +30,8 @@ class OrderedTimers : public Context {
 
   // From now on no timer can be created: the id is this.
   void refuseTimers(int id) { m_refusedId = id; }
+  // The first timers cannot be created; the id of the last of them is 0.
+  void refuseFirst(int count) { m_lastId = -count; }
 
   void add(const std::string& name, Executable* service) { m_services[name] = service; }
 
