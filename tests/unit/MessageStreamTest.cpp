@@ -114,7 +114,7 @@ const std::vector<std::vector<Step>> kRows = {
     {read(1), clearState(), write("late"), read(4)},
     {write("12 x"), number(), number(), clearState(), read(1)},
     {write("ab"), back(), clearState(), read(1), back(), read(2)},
-    {write("abc"), available()},
+    {write("abc"), read(3), write("def"), available()},
     {available(), write("abc"), read(1), available(), read(3), available()},
     {write("abcdef"), seekRead(2, ios_base::beg), read(1), seekRead(1, ios_base::cur), read(2)},
     {write("abcdef"), seekRead(-2, ios_base::end), read(2), seekRead(0, ios_base::end), read(1)},
