@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-constexpr HostAction kActions[] = {
+constexpr HostAction kHostActions[] = {
     {"get", actOnGet},       {"set", actOnSet},     {"reset", actOnReset},
     {"keys", actOnKeys},     {"clock", actOnClock}, {"inject", actOnInject},
     {"status", actOnStatus}, {"log", actOnLog},     {"security-log", actOnSecurityLog},
@@ -42,13 +42,13 @@ std::string tooLong(std::size_t size) {
 }  // namespace
 
 std::span<const HostAction> hostActions() {
-  return kActions;
+  return kHostActions;
 }
 
 const HostAction* findHostAction(std::string_view verb) {
-  const auto found = std::find_if(std::begin(kActions), std::end(kActions),
+  const auto found = std::find_if(std::begin(kHostActions), std::end(kHostActions),
                                   [&](const HostAction& action) { return action.verb == verb; });
-  return found == std::end(kActions) ? nullptr : &*found;
+  return found == std::end(kHostActions) ? nullptr : &*found;
 }
 
 std::string jsonText(const Json& json) {

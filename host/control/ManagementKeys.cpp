@@ -52,7 +52,7 @@ constexpr ManagementKey kKeys[] = {
 };
 static_assert(std::size(kKeys) == 16);
 
-constexpr auto kNames = [] {
+constexpr auto kKeyNames = [] {
   std::array<std::string_view, std::size(kKeys)> names{};
   std::transform(std::begin(kKeys), std::end(kKeys), names.begin(),
                  [](const ManagementKey& key) { return key.key; });
@@ -98,7 +98,7 @@ std::span<const ManagementKey> managementKeys() {
   return kKeys;
 }
 std::span<const std::string_view> managementKeyNames() {
-  return kNames;
+  return kKeyNames;
 }
 
 const ManagementKey* findManagementKey(std::string_view key) {

@@ -11,8 +11,8 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr std::int64_t kDay = 86400;
-constexpr std::int64_t kLongestDuration = 36525 * kDay;  // seconds: a century
+constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr std::int64_t kLongestDuration = 36525 * kSecondsPerDay;  // seconds: a century
 
 // The whole text as an unsigned decimal number.
 std::optional<std::int64_t> number(std::string_view text) {
@@ -59,7 +59,7 @@ std::int64_t unitSeconds(char unit) {
     case 'h':
       return 3600;
     case 'd':
-      return kDay;
+      return kSecondsPerDay;
     default:
       return 0;
   }
@@ -158,10 +158,10 @@ std::string localText(time_t sinceEpoch) {
 std::string durationText(seconds duration) {
   const long long total = duration.count();
   std::array<char, 32> clock{};
-  std::snprintf(clock.data(), clock.size(), "%02lld:%02lld:%02lld", total % kDay / 3600,
+  std::snprintf(clock.data(), clock.size(), "%02lld:%02lld:%02lld", total % kSecondsPerDay / 3600,
                 total % 3600 / 60, total % 60);
-  if (total < kDay) return clock.data();
-  return std::to_string(total / kDay) + "d " + clock.data();
+  if (total < kSecondsPerDay) return clock.data();
+  return std::to_string(total / kSecondsPerDay) + "d " + clock.data();
 }
 
 }  // namespace host

@@ -41,7 +41,7 @@ constexpr Verb kVerbs[] = {
      printSecurityLog},
 };
 
-constexpr auto kNames = [] {
+constexpr auto kVerbNames = [] {
   std::array<std::string_view, std::size(kVerbs)> names{};
   for (std::size_t i = 0; i < names.size(); ++i) names[i] = kVerbs[i].name;
   return names;
@@ -65,7 +65,7 @@ Json requestOf(std::span<const std::string> words) {
   const Verb* const verb = findVerb(words.front());
   if (verb == nullptr) {
     throw UsageError("unknown verb " + quotedText(words.front()) +
-                     suggestion(words.front(), kNames));
+                     suggestion(words.front(), kVerbNames));
   }
   Json request;
   request["verb"] = verb->name;

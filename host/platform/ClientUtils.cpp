@@ -5,21 +5,19 @@
 #include <limits>
 #include <string_view>
 
+#include "platform/Digit.h"
+
 namespace {
 
 constexpr std::size_t kLongestHostname = 253;  // without the final dot, as RFC 1035 counts
 constexpr std::size_t kLongestLabel = 63;
-
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 bool isLetter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
 bool isLabelCharacter(char c) {
-  return isDigit(c) || isLetter(c) || c == '-';
+  return host::isDigit(c) || isLetter(c) || c == '-';
 }
 
 bool isLabel(std::string_view text) {
@@ -63,7 +61,7 @@ bool ClientUtils::validGlobalHostname(const std::string& text) {
   for (bool last = false; !last;) {
     const std::string_view label = takeLabel(rest, last);
     if (!isLabel(label)) return false;
-    if (last && std::all_of(label.begin(), label.end(), isDigit)) return false;
+    if (last && std::all_of(label.begin(), label.end(), host::isDigit)) return false;
   }
   return true;
 }

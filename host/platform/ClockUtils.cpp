@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "platform/Digit.h"
+
 namespace {
 
 // Layout: YYYY-MM-DDThh:mm:ss+hh:mm, '0' for each digit.
@@ -16,15 +18,11 @@ struct Fields {
   int year, month, day, hour, minute, second, offsetHours, offsetMinutes;
 };
 
-bool isDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 bool hasShape(const std::string& text) {
   if (text.size() != kLength || (text[kSignAt] != '+' && text[kSignAt] != '-')) return false;
   for (std::size_t i = 0; i < kLength; ++i) {
     if (i == kSignAt) continue;
-    if (kShape[i] == '0' ? !isDigit(text[i]) : text[i] != kShape[i]) return false;
+    if (kShape[i] == '0' ? !host::isDigit(text[i]) : text[i] != kShape[i]) return false;
   }
   return true;
 }

@@ -6,12 +6,9 @@
 
 #include "platform/FormattedText.h"
 #include "platform/LogBook.h"
+#include "platform/OrEmpty.h"
 
 namespace {
-
-const char* orEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
 
 void write(host::LogEntry entry, const char* format, va_list arguments)
     __attribute__((format(printf, 2, 0)));
@@ -40,8 +37,8 @@ void logAppUni(const char* component, int level, const char* file, int line, con
   try {
     host::LogEntry entry;
     entry.level = level;
-    entry.component = orEmpty(component);
-    entry.file = orEmpty(file);
+    entry.component = host::orEmpty(component);
+    entry.file = host::orEmpty(file);
     entry.line = line;
     write(std::move(entry), format, arguments);
   } catch (const std::exception&) {

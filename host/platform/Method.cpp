@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/OrEmpty.h"
+
 namespace {
 
 // Most calls and replies have no more: one allocation for all of them.
@@ -17,10 +19,6 @@ const Parameter* find(const std::vector<Parameter>& parameters, const char* name
     }
   }
   return nullptr;
-}
-
-const char* orEmpty(const char* text) {
-  return text == nullptr ? "" : text;
 }
 
 void makeRoom(std::vector<Parameter>& parameters) {
@@ -44,7 +42,7 @@ Parameter::Parameter(std::string name, directions direction, bool value)
 
 Method::Method() : m_type(call) {}
 
-Method::Method(const char* name, methodTypes type) : m_name(orEmpty(name)), m_type(type) {}
+Method::Method(const char* name, methodTypes type) : m_name(host::orEmpty(name)), m_type(type) {}
 
 Method::~Method() = default;
 Method::Method(const Method&) = default;
@@ -58,18 +56,18 @@ void Method::reset(std::string name, methodTypes type) {
 
 void Method::addIntParameter(const char* name, int value, Parameter::directions direction) {
   makeRoom(m_parameters);
-  m_parameters.emplace_back(orEmpty(name), direction, value);
+  m_parameters.emplace_back(host::orEmpty(name), direction, value);
 }
 
 void Method::addStringParameter(const char* name, const std::string& value,
                                 Parameter::directions direction) {
   makeRoom(m_parameters);
-  m_parameters.emplace_back(orEmpty(name), direction, value);
+  m_parameters.emplace_back(host::orEmpty(name), direction, value);
 }
 
 void Method::addBoolParameter(const char* name, bool value, Parameter::directions direction) {
   makeRoom(m_parameters);
-  m_parameters.emplace_back(orEmpty(name), direction, value);
+  m_parameters.emplace_back(host::orEmpty(name), direction, value);
 }
 
 bool Method::getIntParameter(const char* name, int& value, Parameter::directions direction) const {

@@ -14,6 +14,7 @@
 
 #include "ClientUtils.h"
 #include "platform/BoundedLookup.h"
+#include "platform/Digit.h"
 
 namespace {
 
@@ -73,8 +74,7 @@ Address lookUp(const std::string& name, int family) {
 }
 
 bool isPort(std::string_view text) {
-  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-  if (text.empty() || text.size() > 5 || !std::all_of(text.begin(), text.end(), isDigit)) {
+  if (text.empty() || text.size() > 5 || !std::all_of(text.begin(), text.end(), host::isDigit)) {
     return false;
   }
   const int number = ClientUtils::stoi(std::string(text));

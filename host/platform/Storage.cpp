@@ -40,7 +40,7 @@ class Descriptor {
 bool writeAll(int descriptor, const std::string& content) {
   std::size_t written = 0;
   while (written < content.size()) {
-    const ssize_t step = write(descriptor, content.data() + written, content.size() - written);
+    const ssize_t step = ::write(descriptor, content.data() + written, content.size() - written);
     if (step < 0 && errno != EINTR) return false;
     if (step > 0) written += static_cast<std::size_t>(step);
   }
@@ -82,7 +82,7 @@ bool canBeWritten(const std::string& folder, const std::string& path) {
   return S_ISREG(status.st_mode);
 }
 
-void complain(const char* action, const std::string& name) {
+void logFailure(const char* action, const std::string& name) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "storage \"%s\" cannot be %s: %s", name.c_str(),
             action, std::strerror(errno));
 }
@@ -103,7 +103,7 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
     syncFolder(folder);
     return true;
   }
-  complain("written", name);
+  logFailure("written", name);
   unlink(next.c_str());
   return false;
 }
@@ -129,7 +129,7 @@ bool Storage::init(const char* name, std::ios_base::openmode /*readMode*/,
   const std::string folder = host::storageFolder();
   if (name == nullptr || !isNameWithoutFolder(name) || folder.empty()) return false;
   if (!canBeWritten(folder, folder + "/" + name)) {
-    complain("bound", name);
+    logFailure("bound", name);
     return false;
   }
   m_impl->folder = folder;

@@ -35,7 +35,7 @@ bool waitFor(int descriptor, short events, FrameSocket::Deadline deadline) {
   }
 }
 
-bool isTemporary(int error) {
+bool canBeRepeated(int error) {
   return error == EAGAIN || error == EINTR;
 }
 
@@ -61,7 +61,7 @@ void FrameSocket::send(const Frame& frame) {
         ::send(m_descriptor.get(), rest.data(), rest.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent >= 0) {
       rest.remove_prefix(static_cast<std::size_t>(sent));
-    } else if (!isTemporary(errno)) {
+    } else if (!canBeRepeated(errno)) {
       throw HostGone(std::string("the host hung up: ") + std::strerror(errno));
     } else if (!waitFor(m_descriptor.get(), POLLOUT, deadline)) {
       throw HostGone("the host does not read");
@@ -90,7 +90,7 @@ void FrameSocket::fill() {
     m_reader.commit(static_cast<std::size_t>(got));
   } else if (got == 0) {
     throw HostGone("the host hung up");
-  } else if (!isTemporary(errno)) {
+  } else if (!canBeRepeated(errno)) {
     throw HostGone(std::string("the host hung up: ") + std::strerror(errno));
   }
 }

@@ -6,7 +6,7 @@
 namespace host {
 namespace {
 
-constexpr SqliteStore kStore = {
+constexpr SqliteStore kSettingsStore = {
     SqliteDataAccess::kVersion,
     "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
     " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID",
@@ -15,7 +15,7 @@ constexpr SqliteStore kStore = {
 }  // namespace
 
 SqliteDataAccess::SqliteDataAccess(const std::filesystem::path& folder)
-    : m_database(std::make_unique<SqliteDatabase>(folder / kFileName, kStore)),
+    : m_database(std::make_unique<SqliteDatabase>(folder / kFileName, kSettingsStore)),
       m_set(std::make_unique<SqliteStatement>(
           *m_database,
           "INSERT INTO settings(schema, key, value) VALUES(?1, ?2, ?3)"

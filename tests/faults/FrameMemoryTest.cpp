@@ -22,7 +22,7 @@ namespace {
 using host::Frame;
 using host::FrameKind;
 
-constexpr std::chrono::seconds kLimit(5);
+constexpr std::chrono::seconds kAnswerLimit(5);
 constexpr std::uint32_t kFrame = 2;   // ids of what the client sends
 constexpr std::uint32_t kBehind = 3;  // is answered after it, when that is answered at all
 constexpr const char* kKey = "ntp-secret";
@@ -75,7 +75,7 @@ void PrintTo(const Situation& situation, std::ostream* out) {
   *out << situation.name;
 }
 
-std::string testName(const ::testing::TestParamInfo<Situation>& info) {
+std::string situationName(const ::testing::TestParamInfo<Situation>& info) {
   std::string name = info.param.name;
   std::erase(name, ',');
   std::replace(name.begin(), name.end(), ' ', '_');
@@ -103,7 +103,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
   static void exchangeOne(host::FrameSocket& client) {
     client.send({FrameKind::call, 1, call("getTime")});
     Frame frame;
-    EXPECT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLimit));
+    EXPECT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kAnswerLimit));
   }
 
   // The reply to the row's frame; nothing when it was lost, or the connection with it.
@@ -117,7 +117,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
     if (GetParam().kind == FrameKind::call)
       client.send({FrameKind::call, kBehind, call("getTime")});
     Frame frame;
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    const auto deadline = std::chrono::steady_clock::now() + kAnswerLimit;
     while (client.receive(frame, deadline)) {
       if (frame.id == kFrame) return std::string(frame.payload);
       if (frame.id == kBehind) return std::nullopt;
@@ -150,7 +150,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
       EXPECT_TRUE(subscriber->call("observeTimeEvents"));
     }
     EXPECT_TRUE(caller.control(R"({"verb":"clock","action":"advance","seconds":3600})"));
-    EXPECT_TRUE(subscriber->nextEvent(kLimit));
+    EXPECT_TRUE(subscriber->nextEvent(kAnswerLimit));
   }
 
   std::string newLog() {
@@ -187,7 +187,7 @@ TEST_P(MemoryRunsOut, AndTheHostLivesOn) {
   if (HasFailure()) std::printf("the log:\n%s", host.program().err().c_str());
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, MemoryRunsOut, ::testing::ValuesIn(kSituations), testName);
+INSTANTIATE_TEST_SUITE_P(Each, MemoryRunsOut, ::testing::ValuesIn(kSituations), situationName);
 
 }  // namespace
 }  // namespace faults

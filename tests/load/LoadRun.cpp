@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kLimit(20);
+constexpr std::chrono::seconds kAnswerLimit(20);
 constexpr int kRegistrations = 128;  // of the stuck one, so that its queue fills in a second or so
 constexpr std::uint64_t kBound = 1024 * 1024;  // bytes that are queued for a client, and no more
 constexpr std::uint64_t kNoticedLate =
@@ -94,10 +94,10 @@ void LoadRun::move() {
   m_audience->announce(move.events);
   const auto begin = Clock::now();
   for (const std::string& request : move.requests) {
-    const auto reply = m_operator->control(request, kLimit);
+    const auto reply = m_operator->control(request, kAnswerLimit);
     if (!reply || reply->find(R"({"ok":true)") != 0) return fail("refused: " + request);
   }
-  if (!m_audience->hasHeardAll(kLimit)) {
+  if (!m_audience->hasHeardAll(kAnswerLimit)) {
     const std::string fault = m_audience->fault();
     return fail(fault.empty() ? "somebody has not heard of move " + std::to_string(m_life.moves())
                               : fault);
@@ -109,7 +109,7 @@ void LoadRun::move() {
 }
 
 void LoadRun::hearTheSlowOne() {
-  const std::string fault = m_slow->hearAll(kLimit);
+  const std::string fault = m_slow->hearAll(kAnswerLimit);
   if (!fault.empty()) fail(fault);
 }
 

@@ -7,17 +7,18 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kRegistrations = 32;   // so that what it has not read is more than the system takes
+constexpr int kSlowRegistrations =
+    32;                              // so that what it has not read is more than the system takes
 constexpr int kBetweenLooks = 1000;  // milliseconds
 
 }  // namespace
 
 SlowSubscriber::SlowSubscriber(const std::filesystem::path& socket)
-    : m_subscriber(socket, kRegistrations) {}
+    : m_subscriber(socket, kSlowRegistrations) {}
 
 void SlowSubscriber::announce(const std::vector<std::string>& events) {
   for (const std::string& event : events) {
-    m_expected.insert(m_expected.end(), kRegistrations, event);
+    m_expected.insert(m_expected.end(), kSlowRegistrations, event);
   }
 }
 

@@ -19,7 +19,7 @@ using host::Frame;
 using host::FrameKind;
 using host::FrameReader;
 
-constexpr int kLimit = 20'000;  // milliseconds
+constexpr int kSilenceLimit = 20'000;  // milliseconds
 
 std::string observeCall() {
   Method method("observeTimeEvents", Method::call);
@@ -54,7 +54,7 @@ void Subscriber::awaitReplies(int count) {
   Frame frame;
   while (count > 0) {
     pollfd waiting{m_socket.get(), POLLIN, 0};
-    if (::poll(&waiting, 1, kLimit) != 1 || !receive()) {
+    if (::poll(&waiting, 1, kSilenceLimit) != 1 || !receive()) {
       throw std::runtime_error("a subscriber is not registered");
     }
     while (m_reader.next(frame) == FrameReader::Outcome::frame) --count;

@@ -11,13 +11,13 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::chrono::seconds kLimit(20);
+constexpr std::chrono::seconds kAnswerLimit(20);
 constexpr int kLongestStart = 15'000;  // microseconds; a host answers after about ten
 constexpr int kLongestLoad = 20'000;
 constexpr int kStartsForEachCutInOne = 5;
 
 json answer(host::RemoteClient& client, const json& request) {
-  const auto reply = client.control(request.dump(), kLimit);
+  const auto reply = client.control(request.dump(), kAnswerLimit);
   if (!reply) throw host::HostGone("no answer to " + request.dump());
   return json::parse(*reply);
 }

@@ -25,15 +25,15 @@ constexpr const char* chatham = "LOC-12:45DST-13:45,M9.5.0/02:45,M4.1.0/03:45";
 constexpr const char* india = "LOC-5:30";
 
 // An instant, and the seconds from it to the next full hour and to the next midnight.
-struct Row {
+struct Delay {
   time_t now;
   unsigned int hour;
   unsigned int midnight;
 };
 
-void check(const char* tz, const std::vector<Row>& table) {
+void check(const char* tz, const std::vector<Delay>& table) {
   const ZoneGuard zone(tz);
-  for (const Row& row : table) {
+  for (const Delay& row : table) {
     EXPECT_EQ(BoundaryDelay::toNextHour(row.now), row.hour * 1000) << tz << " at " << row.now;
     EXPECT_EQ(BoundaryDelay::toNextMidnight(row.now), row.midnight * 1000)
         << tz << " at " << row.now;

@@ -13,7 +13,7 @@ using unit::SettingsStore;
 
 // 2, 3 and 4 are one class of hardware; every other number is of the other.
 constexpr int american[] = {2, 3, 4};
-constexpr int other[] = {0, 1, 5, 6, -1, -2, INT_MAX, INT_MIN};
+constexpr int otherVariants[] = {0, 1, 5, 6, -1, -2, INT_MAX, INT_MIN};
 
 TEST(ClockServiceDataHandler, FreshStoreOnSubVariantsTwoToFour) {
   for (const int variant : american) {
@@ -28,7 +28,7 @@ TEST(ClockServiceDataHandler, FreshStoreOnSubVariantsTwoToFour) {
 }
 
 TEST(ClockServiceDataHandler, FreshStoreOnOtherSubVariants) {
-  for (const int variant : other) {
+  for (const int variant : otherVariants) {
     SettingsStore store;
     const auto settings = store.load(variant);
     EXPECT_EQ(settings->getDateFormat(), 0) << "variant " << variant;
@@ -91,7 +91,7 @@ TEST(ClockServiceDataHandler, DefaultFormatsDependOnTheHardwareAlone) {
     EXPECT_EQ(store.load(variant)->getDefaultDateFormat(), 2) << "variant " << variant;
     EXPECT_EQ(store.load(variant)->getDefaultTimeFormat(), 1) << "variant " << variant;
   }
-  for (const int variant : other) {
+  for (const int variant : otherVariants) {
     SettingsStore store;
     EXPECT_EQ(store.load(variant)->getDefaultDateFormat(), 0) << "variant " << variant;
     EXPECT_EQ(store.load(variant)->getDefaultTimeFormat(), 0) << "variant " << variant;

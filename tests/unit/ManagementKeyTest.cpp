@@ -15,13 +15,13 @@ namespace {
 // What is to follow a successful set.
 enum Follow { nothing, clientRestart, zoneRefresh };
 
-struct Row {
+struct KeyRow {
   const char* name;
   bool settable;
   Follow follow;
 };
 
-constexpr std::array<Row, 16> rows{{
+constexpr std::array<KeyRow, 16> keyRows{{
     {"time", true, nothing},
     {"simple-time", true, nothing},
     {"simple-date", true, nothing},
@@ -47,9 +47,9 @@ const ManagementKey& entry(const char* name) {
 }
 
 TEST(ManagementKey, TableHasTheSixteenKeysInOrder) {
-  ASSERT_EQ(ManagementKey::table().size(), rows.size());
-  for (std::size_t i = 0; i < rows.size(); ++i)
-    EXPECT_STREQ(ManagementKey::table()[i].name, rows[i].name) << "row " << i;
+  ASSERT_EQ(ManagementKey::table().size(), keyRows.size());
+  for (std::size_t i = 0; i < keyRows.size(); ++i)
+    EXPECT_STREQ(ManagementKey::table()[i].name, keyRows[i].name) << "row " << i;
 }
 
 // The document's sections: "## KEY", and a line that says so when the key cannot be set.
@@ -71,7 +71,8 @@ TEST(ManagementKey, EveryKeyCanBeRead) {
 }
 
 TEST(ManagementKey, ListAndTextOfZonesCannotBeSet) {
-  for (const Row& row : rows) EXPECT_EQ(entry(row.name).set != nullptr, row.settable) << row.name;
+  for (const KeyRow& row : keyRows)
+    EXPECT_EQ(entry(row.name).set != nullptr, row.settable) << row.name;
 }
 
 TEST(ManagementKey, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
@@ -81,18 +82,18 @@ TEST(ManagementKey, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
   ASSERT_NE(refresh, nullptr);
   ASSERT_NE(restart, refresh);
   const std::array<decltype(restart), 3> actions{nullptr, restart, refresh};
-  for (const Row& row : rows)
+  for (const KeyRow& row : keyRows)
     EXPECT_EQ(entry(row.name).afterSuccess, actions[row.follow]) << row.name;
 }
 
 TEST(ManagementKey, OnlyTheServerAddressHasAnEffectWhenRefused) {
-  for (const Row& row : rows)
+  for (const KeyRow& row : keyRows)
     EXPECT_EQ(entry(row.name).always != nullptr, std::string(row.name) == "sntp-addr") << row.name;
 }
 
 TEST(ManagementKey, FindGivesTheRowOfTheKey) {
-  for (std::size_t i = 0; i < rows.size(); ++i)
-    EXPECT_EQ(ManagementKey::find(rows[i].name), &ManagementKey::table()[i]) << rows[i].name;
+  for (std::size_t i = 0; i < keyRows.size(); ++i)
+    EXPECT_EQ(ManagementKey::find(keyRows[i].name), &ManagementKey::table()[i]) << keyRows[i].name;
 }
 
 TEST(ManagementKey, FindIsExact) {

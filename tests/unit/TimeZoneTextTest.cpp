@@ -23,7 +23,7 @@ constexpr const char* america = "M3.2.0/02:00,M11.1.0/02:00";
 enum Saving { off, byHand, byRule };
 
 // A row of settings, and what they come to.
-struct Row {
+struct ZoneText {
   float utcOffset;
   Saving saving;
   std::int32_t minutes;
@@ -32,7 +32,7 @@ struct Row {
   std::int32_t offsetMinutes;
 };
 
-Settings settingsOf(const Row& row) {
+Settings settingsOf(const ZoneText& row) {
   Settings settings;
   settings.utcOffset = row.utcOffset;
   settings.daylightSaving = row.saving != off;
@@ -42,14 +42,14 @@ Settings settingsOf(const Row& row) {
   return settings;
 }
 
-std::string describe(const Row& row) {
+std::string describe(const ZoneText& row) {
   const char* const savings[] = {"off", "by hand", "by rule"};
   return "offset " + std::to_string(row.utcOffset) + ", daylight saving " + savings[row.saving] +
          ", " + std::to_string(row.minutes) + " minutes, rule \"" + row.rule + "\"";
 }
 
-void check(const std::vector<Row>& table) {
-  for (const Row& row : table) {
+void check(const std::vector<ZoneText>& table) {
+  for (const ZoneText& row : table) {
     const LocalZone zone = TimeZoneText::localZone(settingsOf(row));
     EXPECT_STREQ(zone.tz.data(), row.tz) << describe(row);
     EXPECT_EQ(zone.offsetMinutes, row.offsetMinutes) << describe(row);
@@ -192,7 +192,7 @@ TEST(TimeZoneText, ValueIsNeverLongerAndAlwaysTerminated) {
                              notANumber, 1e-40F, 596523.2F})
     for (const std::int32_t minutes : {0, 60, -60, 30, 1439, lowest, highest, lowest + 1})
       for (const Saving saving : {off, byHand, byRule}) {
-        const Row row{offset, saving, minutes, longRule.c_str(), "", 0};
+        const ZoneText row{offset, saving, minutes, longRule.c_str(), "", 0};
         const LocalZone zone = TimeZoneText::localZone(settingsOf(row));
         const std::size_t length = strnlen(zone.tz.data(), zone.tz.size());
         EXPECT_LE(length, 49U) << describe(row);

@@ -14,21 +14,22 @@ namespace {
 
 using unit::SettingsStore;
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 // A number that is set, what it comes to, and its text in the store.
-struct Row {
+struct OffsetText {
   float given;
   float hours;
   const char* text;
 };
 
 TEST(TimezoneOffset, NumbersUpToTwelveAndAHalfAreHours) {
-  const Row table[] = {{1.0F, 1.0F, "1"},       {5.5F, 5.5F, "5.5"},    {-3.5F, -3.5F, "-3.5"},
-                       {5.75F, 5.75F, "5.75"},  {12.5F, 12.5F, "12.5"}, {-12.5F, -12.5F, "-12.5"},
-                       {12.0F, 12.0F, "12"},    {0.25F, 0.25F, "0.25"}, {-0.5F, -0.5F, "-0.5"},
-                       {1e-7F, 1e-7F, "1e-07"}, {0.1F, 0.1F, "0.1"},    {-10.0F, -10.0F, "-10"}};
-  for (const Row& row : table) {
+  const OffsetText table[] = {
+      {1.0F, 1.0F, "1"},       {5.5F, 5.5F, "5.5"},    {-3.5F, -3.5F, "-3.5"},
+      {5.75F, 5.75F, "5.75"},  {12.5F, 12.5F, "12.5"}, {-12.5F, -12.5F, "-12.5"},
+      {12.0F, 12.0F, "12"},    {0.25F, 0.25F, "0.25"}, {-0.5F, -0.5F, "-0.5"},
+      {1e-7F, 1e-7F, "1e-07"}, {0.1F, 0.1F, "0.1"},    {-10.0F, -10.0F, "-10"}};
+  for (const OffsetText& row : table) {
     SettingsStore store;
     const auto settings = store.load();
     EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
@@ -39,21 +40,22 @@ TEST(TimezoneOffset, NumbersUpToTwelveAndAHalfAreHours) {
 }
 
 TEST(TimezoneOffset, NumbersBeyondAreSeconds) {
-  const Row table[] = {{12.75F, 12.75F / 3600.0F, "0.00354167"},
-                       {-12.75F, -12.75F / 3600.0F, "-0.00354167"},
-                       {std::nextafter(12.5F, 13.0F), 12.500001F / 3600.0F, "0.00347222"},
-                       {std::nextafter(-12.5F, -13.0F), -12.500001F / 3600.0F, "-0.00347222"},
-                       {90.0F, 0.025F, "0.025"},
-                       {7200.0F, 2.0F, "2"},
-                       {19800.0F, 5.5F, "5.5"},
-                       {-18000.0F, -5.0F, "-5"},
-                       {45000.0F, 12.5F, "12.5"},
-                       {50400.0F, 14.0F, "14"},
-                       {3600000.0F, 1000.0F, "1000"},
-                       {1e30F, 1e30F / 3600.0F, "2.77778e+26"},
-                       {infinity, infinity, "inf"},
-                       {-infinity, -infinity, "-inf"}};
-  for (const Row& row : table) {
+  const OffsetText table[] = {
+      {12.75F, 12.75F / 3600.0F, "0.00354167"},
+      {-12.75F, -12.75F / 3600.0F, "-0.00354167"},
+      {std::nextafter(12.5F, 13.0F), 12.500001F / 3600.0F, "0.00347222"},
+      {std::nextafter(-12.5F, -13.0F), -12.500001F / 3600.0F, "-0.00347222"},
+      {90.0F, 0.025F, "0.025"},
+      {7200.0F, 2.0F, "2"},
+      {19800.0F, 5.5F, "5.5"},
+      {-18000.0F, -5.0F, "-5"},
+      {45000.0F, 12.5F, "12.5"},
+      {50400.0F, 14.0F, "14"},
+      {3600000.0F, 1000.0F, "1000"},
+      {1e30F, 1e30F / 3600.0F, "2.77778e+26"},
+      {kInfinity, kInfinity, "inf"},
+      {-kInfinity, -kInfinity, "-inf"}};
+  for (const OffsetText& row : table) {
     SettingsStore store;
     const auto settings = store.load();
     EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
@@ -105,11 +107,12 @@ TEST(TimezoneOffset, TextIsReadAsFarAsItIsANumber) {
   const struct {
     const char* text;
     float hours;
-  } table[] = {{"5.5", 5.5F},         {"-3.5", -3.5F},     {"+1", 1.0F},        {"7200", 2.0F},
-               {"  2", 2.0F},         {"\t\n3", 3.0F},     {"4 hours", 4.0F},   {"4,5", 4.0F},
-               {"1e1", 10.0F},        {"0x8", 8.0F},       {"12.5", 12.5F},     {"-12.5", -12.5F},
-               {"-18000", -5.0F},     {"inf", infinity},   {"-inf", -infinity}, {"1e300", infinity},
-               {"-1e300", -infinity}, {"1e999", infinity}, {".5", 0.5F},        {"5.", 5.0F}};
+  } table[] = {
+      {"5.5", 5.5F},          {"-3.5", -3.5F},      {"+1", 1.0F},         {"7200", 2.0F},
+      {"  2", 2.0F},          {"\t\n3", 3.0F},      {"4 hours", 4.0F},    {"4,5", 4.0F},
+      {"1e1", 10.0F},         {"0x8", 8.0F},        {"12.5", 12.5F},      {"-12.5", -12.5F},
+      {"-18000", -5.0F},      {"inf", kInfinity},   {"-inf", -kInfinity}, {"1e300", kInfinity},
+      {"-1e300", -kInfinity}, {"1e999", kInfinity}, {".5", 0.5F},         {"5.", 5.0F}};
   for (const auto& row : table) {
     SettingsStore store;
     const auto settings = store.load();
@@ -148,8 +151,8 @@ TEST(TimezoneOffset, StoredTextIsLoaded) {
   const struct {
     const char* text;
     float hours;
-  } table[] = {{"5.75", 5.75F}, {"-5", -5.0F}, {"14", 14.0F},     {"19800", 19800.0F},
-               {"", 0.0F},      {"x", 0.0F},   {"inf", infinity}, {"1e300", infinity}};
+  } table[] = {{"5.75", 5.75F}, {"-5", -5.0F}, {"14", 14.0F},      {"19800", 19800.0F},
+               {"", 0.0F},      {"x", 0.0F},   {"inf", kInfinity}, {"1e300", kInfinity}};
   for (const auto& row : table) {
     SettingsStore store;
     store.put("TimezoneOffset", row.text);

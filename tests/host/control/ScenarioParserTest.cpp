@@ -10,28 +10,29 @@
 namespace host {
 namespace {
 
-Scenario read(const std::string& text) {
+using Words = std::vector<std::string>;
+
+Scenario parsed(const std::string& text) {
   std::istringstream stream(text);
   return readScenario(stream);
 }
 
-std::string errorOf(const std::string& text) {
+std::string faultOf(const std::string& text) {
   try {
-    return "accepted, steps: " + std::to_string(read(text).steps.size());
+    return "accepted, steps: " + std::to_string(parsed(text).steps.size());
   } catch (const ScenarioTextError& error) {
     return error.what();
   }
 }
 
 TEST(ScenarioWords, RefuseAnEscapeInOneLine) {
-  EXPECT_THAT(errorOf("set \"\\q\""),
+  EXPECT_THAT(faultOf("set \"\\q\""),
               testing::HasSubstr(R"("\q" is no escape; write \", \\ or \n)"));
-  EXPECT_THAT(errorOf("set \"\\\x16\""), testing::HasSubstr(R"("\\x16" is no escape)"));
-  EXPECT_THAT(errorOf("set \"\\\xFF\""), testing::HasSubstr(R"("\\xFF" is no escape)"));
+  EXPECT_THAT(faultOf("set \"\\\x16\""), testing::HasSubstr(R"("\\x16" is no escape)"));
+  EXPECT_THAT(faultOf("set \"\\\xFF\""), testing::HasSubstr(R"("\\xFF" is no escape)"));
 }
 
 TEST(ScenarioWords, BlanksQuotesEscapesAndComments) {
-  using Words = std::vector<std::string>;
   const std::pair<const char*, Words> accepted[] = {
       {"", {}},
       {" \t\r", {}},
@@ -54,7 +55,7 @@ TEST(ScenarioWords, BlanksQuotesEscapesAndComments) {
 }
 
 TEST(ScenarioParser, LinesAboutTheDevice) {
-  const Scenario scenario = read(
+  const Scenario scenario = parsed(
       "# a comment\n"
       "\n"
       "variant 3\n"
@@ -71,7 +72,7 @@ TEST(ScenarioParser, LinesAboutTheDevice) {
 }
 
 TEST(ScenarioParser, StepsKeepTheirLineNumbers) {
-  const Scenario scenario = read("variant 3\n\n# two\nget time\n\nrestart\n");
+  const Scenario scenario = parsed("variant 3\n\n# two\nget time\n\nrestart\n");
   ASSERT_EQ(scenario.steps.size(), 2U);
   EXPECT_EQ(scenario.steps[0].line, 4);
   EXPECT_EQ(scenario.steps[1].line, 6);
@@ -116,7 +117,7 @@ TEST(ScenarioParser, EachKindOfStep) {
         "expect state time 4",
         "expect value last-restart-date x",
         "expect log several words"}) {
-    EXPECT_EQ(errorOf(line), "accepted, steps: 1") << line;
+    EXPECT_EQ(faultOf(line), "accepted, steps: 1") << line;
   }
 }
 
@@ -154,7 +155,7 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"set a \"b", "1: a quote is not closed"},
   };
   for (const auto& [text, part] : rejected) {
-    const std::string error = errorOf(text);
+    const std::string error = faultOf(text);
     EXPECT_NE(error.find(part), std::string::npos) << text << " -> " << error;
   }
 }

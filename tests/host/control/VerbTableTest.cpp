@@ -15,7 +15,7 @@ std::string requestText(const std::string& line) {
   return requestOf(splitScenarioLine(line)).dump();
 }
 
-std::string errorOf(const std::string& line) {
+std::string refusalOf(const std::string& line) {
   try {
     return "accepted: " + requestText(line);
   } catch (const UsageError& error) {
@@ -76,7 +76,7 @@ TEST(VerbTable, WordsBecomeRequests) {
       {"security-log", R"({"verb":"security-log"})"},
   };
   for (const auto& [words, request] : accepted)
-    EXPECT_EQ(errorOf(words), std::string("accepted: ") + request) << words;
+    EXPECT_EQ(refusalOf(words), std::string("accepted: ") + request) << words;
 }
 
 TEST(VerbTable, WrongWordsAreNamedInOneLine) {
@@ -112,7 +112,7 @@ TEST(VerbTable, WrongWordsAreNamedInOneLine) {
       {"get \xff", "KEY must be UTF-8 text"},
   };
   for (const auto& [words, part] : rejected) {
-    const std::string error = errorOf(words);
+    const std::string error = refusalOf(words);
     EXPECT_NE(error.find(part), std::string::npos) << words << " -> " << error;
     EXPECT_EQ(error.find('\n'), std::string::npos) << words;
   }

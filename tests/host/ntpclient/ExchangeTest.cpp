@@ -13,8 +13,6 @@ namespace {
 using namespace std::chrono_literals;
 using Kind = Outcome::Kind;
 
-constexpr std::uint32_t kTime = 1'780'000'000;
-
 // One request to a server of the test, on a thread of its own.
 class Asked {
  public:

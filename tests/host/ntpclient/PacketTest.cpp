@@ -15,7 +15,6 @@ using std::chrono::nanoseconds;
 using std::chrono::seconds;
 
 constexpr std::uint64_t kNonce = 0x1122334455667788;
-constexpr std::uint32_t kTime = 1'780'000'000;
 
 TEST(Packet, RequestIsVersionFourClientModeAndTheNonceAlone) {
   const Packet request = makeRequest(kNonce);

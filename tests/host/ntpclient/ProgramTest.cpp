@@ -18,8 +18,6 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-constexpr std::uint32_t kTime = 1'780'000'000;
-
 Strings commandLine(Strings rest) {
   Strings words = {NTPCLIENT_PROGRAM, "-s", "-c", "525600", "-i", "3600", "-n", "15", "-h"};
   words.insert(words.end(), rest.begin(), rest.end());

@@ -9,6 +9,8 @@ namespace host::ntp {
 using Bytes = std::vector<std::uint8_t>;
 
 inline constexpr std::uint32_t k1970 = 2208988800;  // in seconds since 1900
+inline constexpr std::uint32_t kTime =
+    1'780'000'000;  // in seconds since 1970: what a server answers
 
 inline void putWord(Bytes& packet, std::size_t at, std::uint32_t number) {
   for (std::size_t i = 0; i < 4; ++i) {

@@ -37,11 +37,10 @@ TEST(Semaphore, BoundsTheInitialCount) {
 }
 
 TEST(Semaphore, GivesUpWhenTheTimeHasRunOut) {
-  using Clock = std::chrono::steady_clock;
   Semaphore semaphore(0, 1);
-  const auto before = Clock::now();
+  const auto before = std::chrono::steady_clock::now();
   EXPECT_FALSE(semaphore.take(20));
-  EXPECT_GE(Clock::now() - before, std::chrono::milliseconds{20});
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds{20});
 }
 
 TEST(Semaphore, TakesWhatIsGivenWhileItWaits) {

@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-bool decode(const std::string& text, Method& method) {
+bool decodeText(const std::string& text, Method& method) {
   std::stringstream stream(text);
   return JsonCodec().decode(stream, method);
 }
@@ -36,13 +36,13 @@ TEST(JsonCodec, WritesBytesThatAreNoUtf8AsReplacementCharacters) {
   EXPECT_NE(stream.str().find("a\xef\xbf\xbd z"), std::string::npos);
 }
 
-struct Accepted {
+struct AcceptedText {
   const char* text;
   const char* meaning;
 };
 
 TEST(JsonCodec, ReadsMembersInAnyOrderAndFillsInDefaults) {
-  const Accepted cases[] = {
+  const AcceptedText cases[] = {
       {R"({"name":"getTime"})", "getTime/0"},
       {R"( {"type":1 , "name":"" } )", "/1"},
       {R"({"parameters":[],"name":"m"})", "m/0"},
@@ -54,9 +54,9 @@ TEST(JsonCodec, ReadsMembersInAnyOrderAndFillsInDefaults) {
       {R"({"name":"m","parameters":[{"name":"p","value":-2147483648}]})", "m/0 p/0=-2147483648"},
       {R"({"name":"\u00fc"})", "\xc3\xbc/0"},
   };
-  for (const Accepted& accepted : cases) {
+  for (const AcceptedText& accepted : cases) {
     Method method;
-    ASSERT_TRUE(decode(accepted.text, method)) << accepted.text;
+    ASSERT_TRUE(decodeText(accepted.text, method)) << accepted.text;
     EXPECT_EQ(textOf(method), accepted.meaning);
   }
 }
@@ -126,15 +126,15 @@ TEST(JsonCodec, RefusesEveryOtherText) {
   };
   for (const std::string& text : refused) {
     Method method("before", Method::call);
-    EXPECT_FALSE(decode(text, method)) << text;
+    EXPECT_FALSE(decodeText(text, method)) << text;
     EXPECT_EQ(method.getName(), "before");
   }
 }
 
 TEST(JsonCodec, RefusesDepthWithoutFollowingIt) {
   Method method;
-  EXPECT_FALSE(decode(std::string(1000000, '['), method));
-  EXPECT_FALSE(decode(R"({"name":"m","parameters":)" + std::string(1000000, '['), method));
+  EXPECT_FALSE(decodeText(std::string(1000000, '['), method));
+  EXPECT_FALSE(decodeText(R"({"name":"m","parameters":)" + std::string(1000000, '['), method));
 }
 
 }  // namespace

@@ -18,14 +18,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kSchema = "ClockSettings";
+constexpr const char* kSettings = "ClockSettings";
 
 class SyncedSettings : public ::testing::Test {
  protected:
   std::uintmax_t logSize() const { return fs::file_size(folder / "settings.db-wal"); }
   void saveOne() const {
     SqliteDataAccess store(folder.path());
-    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+    ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "2"));
   }
 
   support::TemporaryFolder folder;
@@ -34,10 +34,10 @@ class SyncedSettings : public ::testing::Test {
 
 TEST_F(SyncedSettings, EachAcceptedSetIsOneSync) {
   SqliteDataAccess store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "none"));
+  ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "none"));
   static_cast<void>(takeSyncs());
   for (int i = 0; i < 100; ++i) {
-    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", std::to_string(i)));
+    ASSERT_TRUE(store.setItem(kSettings, "DateFormat", std::to_string(i)));
     ASSERT_EQ(takeSyncs(), 1U) << "set " << i;
   }
 }
@@ -48,7 +48,7 @@ TEST_F(SyncedSettings, FirstSetIsOneSyncOnceTheLogIsBegun) {
     SqliteDataAccess store(folder.path());
     store.beginLog();
     static_cast<void>(takeSyncs());
-    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", std::to_string(start)));
+    ASSERT_TRUE(store.setItem(kSettings, "DateFormat", std::to_string(start)));
     EXPECT_EQ(takeSyncs(), 1U) << "start " << start;
   }
 }
@@ -62,7 +62,7 @@ TEST_F(SyncedSettings, LogIsBegunOnceAndChangesNothing) {
   store.beginLog();
   EXPECT_EQ(takeSyncs(), 0U);
   EXPECT_EQ(logSize(), size);
-  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
+  EXPECT_EQ(store.getItem(kSettings, "DateFormat"), "2");
 }
 
 TEST_F(SyncedSettings, LogThatCannotBeBegunIsToldAndLeftToTheFirstSet) {
@@ -74,23 +74,23 @@ TEST_F(SyncedSettings, LogThatCannotBeBegunIsToldAndLeftToTheFirstSet) {
   }
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
   EXPECT_TRUE(log.hasPart("settings.db\": beginning the log failed: ")) << log.text();
-  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
-  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
+  EXPECT_TRUE(store.setItem(kSettings, "DateFormat", "1"));
+  EXPECT_EQ(store.getItem(kSettings, "DateFormat"), "1");
 }
 
 TEST_F(SyncedSettings, ReadingNeedsNoSync) {
   SqliteDataAccess store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
+  ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
   static_cast<void>(takeSyncs());
-  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "0");
+  EXPECT_EQ(store.getItem(kSettings, "DateFormat"), "0");
   EXPECT_EQ(takeSyncs(), 0U);
 }
 
 TEST_F(SyncedSettings, UnchangedValueNeedsNoSync) {
   SqliteDataAccess store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
+  ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
   static_cast<void>(takeSyncs());
-  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
+  EXPECT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
   EXPECT_EQ(takeSyncs(), 0U);
 }
 
