@@ -16,6 +16,7 @@
 
 #include "integration/RunningHost.h"
 #include "remote/RemoteClient.h"
+#include "support/Sanitizers.h"
 
 namespace integration {
 namespace {
@@ -82,8 +83,8 @@ double median(std::vector<double> numbers) {
   return *middle;
 }
 
-// The machine is shared with other tests, so the flood comes in parts, and the middle one of them
-// counts: a few may have met with the neighbours.
+// The machine has other work to do, so the flood comes in parts, and the middle one of them counts:
+// a few may have met with it.
 TEST_F(ReportFlood, LeavesRemoteCallsTheirTime) {
   constexpr int kParts = 5;
   RunningHost host;
@@ -97,6 +98,8 @@ TEST_F(ReportFlood, LeavesRemoteCallsTheirTime) {
     std::printf("p99 of getTime: quiet %.0f us, flooded %.0f us\n", quiet, flooded);
     times.push_back(flooded / quiet);
   }
+  // Under a sanitizer its own locks and tables are what is measured.
+  if (support::kThreadSanitizer || support::kAddressSanitizer) return;
   EXPECT_LT(median(times), 10.0);
 }
 
