@@ -16,6 +16,12 @@ set(CLOCK_CXX_WARNINGS -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual 
 set(CLOCK_GNU_WARNINGS -Wlogical-op -Wduplicated-cond -Wno-maybe-uninitialized)
 set(CLOCK_GNU_CXX_WARNINGS -Wsuggest-override)
 
+# Of sources that are compiled together: each takes the others for headers of its own.
+if(CMAKE_UNITY_BUILD)
+  list(APPEND CLOCK_WARNINGS -Wno-shadow)
+  list(APPEND CLOCK_GNU_CXX_WARNINGS -Wno-subobject-linkage)
+endif()
+
 # gcc's flow warnings misfire on code that a sanitizer has rewritten; the plain builds hold them.
 if(NOT (CLOCK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"))
   list(APPEND CLOCK_WARNINGS -Werror)

@@ -6,7 +6,9 @@ arm_options=(-DCMAKE_BUILD_TYPE=MinSizeRel
 
 # configure_arm_tests: the plug-in and the tests that run under qemu, in build/arm.
 configure_arm_tests() {
-  configure arm "${arm_options[@]}" -DCLOCK_CROSS_TESTS=ON -DCLOCK_TEST_PER_PROGRAM=ON
+  # shellcheck disable=SC2154  # "together" is of building.bash
+  configure arm "${arm_options[@]}" -DCLOCK_CROSS_TESTS=ON -DCLOCK_TEST_PER_PROGRAM=ON \
+    "${together[@]}"
 }
 
 # arm_plugin_size NAME: bytes of code and data of the stripped plug-in in build/NAME.

@@ -34,7 +34,7 @@ of_programs() {
 need run test coverage
 have_chrony
 configure coverage -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=None \
-  -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCLOCK_TEST_PER_PROGRAM=ON \
+  -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCLOCK_TEST_PER_PROGRAM=ON "${together[@]}" \
   -DCLOCK_SIMULATION_STEPS=4000 -DCLOCK_SIMULATION_NEW_STEPS=1000
 build coverage tests/all
 measure

@@ -98,7 +98,7 @@ read_words "$@"
 need run test fuzz
 # Every check of the address and undefined-behaviour sanitizers; a find is an end with a report.
 configure fuzz -DCLOCK_FUZZ=ON -DCLOCK_SANITIZE=address,undefined -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1"
+  -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" "${together[@]}"
 build fuzz "${targets[@]/#/fuzz-}"
 
 # The private folders of the targets: in memory where there is such a place, and gone at the end.

@@ -7,7 +7,8 @@ set -euo pipefail
 
 # At -O1 with line numbers only: the builds are short, the reports still exact. Each program runs
 # its tests in one process and in random order.
-common=(-DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON)
+common=(-DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON
+  "${together[@]}")
 
 sanitized() {
   local name=$1 sanitizers=$2 compiler=$3
