@@ -190,7 +190,12 @@ RemoteServer::RemoteServer(asio::io_context& loop, const std::filesystem::path& 
     : m_impl(std::make_unique<Impl>(loop, socket, std::move(control), limits)) {}
 
 RemoteServer::~RemoteServer() {
-  stop();
+  try {
+    stop();
+  } catch (const std::exception& error) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "a client cannot be taken leave of: %s",
+              error.what());
+  }
 }
 
 void RemoteServer::serve(RemoteTarget target) {
