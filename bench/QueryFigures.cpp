@@ -20,7 +20,7 @@
 namespace bench {
 namespace {
 
-constexpr double kPerMicrosecond = 1000;
+constexpr double kInMicroseconds = 1000;
 
 // A telephone as it mostly is: time passes, and the zone has daylight saving.
 class AskedTelephone : public Telephone {
@@ -185,8 +185,8 @@ void measureHandleMessage(Findings& findings) {
   AskedTelephone telephone(folder);
   const std::string request = requestFor("getTime", telephone.codecs());
   findings["handle-message"] = differenceOf(
-      Rounds::alternate([&] { return costOfMessage(telephone, request) / kPerMicrosecond; },
-                        [&] { return costOfGetTime(telephone) / kPerMicrosecond; }));
+      Rounds::alternate([&] { return costOfMessage(telephone, request) / kInMicroseconds; },
+                        [&] { return costOfGetTime(telephone) / kInMicroseconds; }));
 }
 
 }  // namespace bench
