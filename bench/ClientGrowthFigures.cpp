@@ -16,7 +16,7 @@ namespace bench {
 namespace {
 
 constexpr std::size_t kClientsOfARound = 1000;  // at least, so that few are counted often
-constexpr std::size_t kEventsOfARound = 300;    // the same for events, when there are few to tell
+constexpr std::size_t kEventsOfARound = 1000;   // the same for events, when there are few to tell
 
 double processorSeconds(pid_t process) {
   clockid_t clock{};
@@ -84,12 +84,6 @@ double costOfAnHour(const Subscribers& all, const HostProgram& host) {
   return (processorSeconds(host.process()) - before) / static_cast<double>(hours);
 }
 
-double costOfAnHourForNobody(const Subscribers& all, const HostProgram& host) {
-  std::vector<double> costs;
-  while (costs.size() < Rounds::kLeast) costs.push_back(costOfAnHour(all, host));
-  return median(costs);
-}
-
 }  // namespace
 
 void measureClientGrowth(Findings& findings) {
@@ -101,16 +95,20 @@ void measureClientGrowth(Findings& findings) {
       growthOf([&](std::size_t count) { return costOfClients(count, host, control); });
 }
 
-// Without what an hour costs that nobody is told of.
+// Without what an hour costs that nobody is told of: another host tells that, in turns with the one
+// that has subscribers.
 void measureAudienceGrowth(Findings& findings) {
   makeRoomForClients();
   const Folder folder;
+  const Folder quietFolder;
   const HostProgram host(folder, folder / "state", {"--speed", "0"});
+  const HostProgram quiet(quietFolder, quietFolder / "state", {"--speed", "0"});
   Subscribers all(host.socket());
-  const double alone = costOfAnHourForNobody(all, host);
+  const Subscribers nobody(quiet.socket());
   const auto costOfTelling = [&](std::size_t count) {
     all.connect(count);
     all.subscribe();
+    const double alone = costOfAnHour(nobody, quiet);
     return costOfAnHour(all, host) - alone;
   };
   findings["growth-audience"] = growthOf(costOfTelling, Order::onlyMore);
