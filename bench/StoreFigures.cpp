@@ -80,7 +80,7 @@ std::string requestToSet(const std::string& value) {
 // What the host answers when it has accepted a set.
 std::string acceptanceOf(const Line& line) {
   line.send(requestToSet("2"));
-  const std::string reply = line.takeFrame().bytes;
+  std::string reply = line.takeFrame().bytes;
   if (reply.find(R"("ok":true)") == std::string::npos) throw std::runtime_error(reply);
   return reply;
 }
