@@ -7,6 +7,8 @@ namespace {
 
 constexpr const char* kStore = "store \"[^\"]*\"";
 constexpr const char* kScript = "storage \"setupTZ.sh\" cannot be ";
+// A client of the time server has a thread that waits for its end.
+constexpr const char* kThread = "cannot start (\"|the |its thread)|Thread couldn't be started";
 
 // clang-format off
 constexpr FaultPoint kPoints[] = {
@@ -19,7 +21,7 @@ constexpr FaultPoint kPoints[] = {
     {"script sync",     Call::scriptSync,     EIO,    kScript},
     {"script rename",   Call::scriptRename,   EIO,    kScript},
     {"spawn",           Call::spawn,          EAGAIN, "cannot start \"[^\"]*\""},
-    {"thread creation", Call::threadCreation, EAGAIN, "cannot start|couldn't be started"},
+    {"thread creation", Call::threadCreation, EAGAIN, kThread},
     {"pipe open",       Call::pipeOpen,       EMFILE, "Cannot open .*ntpclient|pipe of the time reports", true},
     {"pipe read",       Call::pipeRead,       EIO,    "Read failed", true},
     {"accept",          Call::accept,         ENOBUFS, "cannot accept clients"},
