@@ -85,6 +85,7 @@ std::string situationName(const ::testing::TestParamInfo<Situation>& info) {
 class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
  protected:
   MemoryRunsOut() {
+    ledger.begins(kKey, "");
     host.launch();
     if (!host.answers()) ADD_FAILURE() << host.program().err();
     subscriber.emplace(host);
@@ -172,10 +173,10 @@ TEST_P(MemoryRunsOut, AndTheHostLivesOn) {
   bool failed = true;
   while (failed && !HasFailure()) {
     SCOPED_TRACE(std::string(GetParam().name) + ": allocation " + std::to_string(++nth));
-    if (has(sets)) ledger.asked(kKey, secret(nth));
+    const auto set = has(sets) ? ledger.asked(kKey, secret(nth)) : 0;
     const auto reply = sendWithout(nth);
     failed = plan.disarm();
-    if (has(sets) && reply) ledger.answered(kKey, *reply == R"({"ok":true})");
+    if (has(sets) && reply) ledger.answered(kKey, set, *reply == R"({"ok":true})");
     if (failed) expectAllIsWell();
     // A request in JSON is still being freed when its answer has come, and that takes memory.
     if (!failed || !has(reserveSpent)) expectAnEvent();

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <utility>
 
 #include "remote/Descriptor.h"
 
@@ -16,6 +17,12 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kLimit(10);
 constexpr std::chrono::milliseconds kForAnEvent(20);
 constexpr int kRefused = 1;  // the host's exit status when it cannot start
+
+// Of the settings of a life, before any set.
+constexpr std::pair<const char*, const char*> kFirstValues[] = {
+    {"sntp-addr", ""},    {"sntp-tz-offset", "0"},         {"ntp-secret", ""},
+    {"date-format", "0"}, {"daylight-save-minutes", "60"},
+};
 
 // One report as the NTP client makes it; none when nobody listens just now.
 void report(const std::filesystem::path& pipe) {
@@ -33,7 +40,9 @@ integration::Words options() {
 
 }  // namespace
 
-Life::Life() : m_host(CLOCK_FAILING_HOST, options()) {}
+Life::Life() : m_host(CLOCK_FAILING_HOST, options()) {
+  for (const auto& [key, value] : kFirstValues) m_ledger.begins(key, value);
+}
 
 void Life::live(const PlanFile& plan) {
   for (const Run run : {Run::first, Run::second}) {
@@ -75,8 +84,8 @@ void Life::work(Run run) {
 }
 
 void Life::set(const std::string& key, const std::string& value) {
-  m_ledger.asked(key, value);
-  if (const auto accepted = m_operator->set(key, value)) m_ledger.answered(key, *accepted);
+  const auto number = m_ledger.asked(key, value);
+  if (const auto accepted = m_operator->set(key, value)) m_ledger.answered(key, number, *accepted);
 }
 
 void Life::moveClock(const std::string& action) {

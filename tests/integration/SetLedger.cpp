@@ -3,46 +3,47 @@
 #include <algorithm>
 
 namespace integration {
-namespace {
 
-bool holds(const std::vector<std::string>& values, const std::string& value) {
-  return std::find(values.begin(), values.end(), value) != values.end();
+void SetLedger::begins(const std::string& key, const std::string& value) {
+  m_entries[key] = {value, {}};
 }
 
-}  // namespace
-
-void SetLedger::asked(const std::string& key, const std::string& value) {
-  m_entries[key].underWay.push_back(value);
+SetLedger::Number SetLedger::asked(const std::string& key, const std::string& value) {
+  m_entries.at(key).since.push_back({++m_sets, value});
+  return m_sets;
 }
 
-void SetLedger::answered(const std::string& key, bool accepted) {
-  Entry& entry = m_entries[key];
-  const std::string value = entry.underWay.front();
-  entry.underWay.erase(entry.underWay.begin());
-  if (!accepted) return entry.refused.push_back(value);
-  entry.kept = value;
-  entry.refused.clear();
+void SetLedger::answered(const std::string& key, Number set, bool accepted) {
+  Entry& entry = m_entries.at(key);
+  const auto answered = std::find_if(entry.since.begin(), entry.since.end(),
+                                     [set](const Set& one) { return one.number == set; });
+  answered->refused = !accepted;
+  if (!accepted) return;
+  entry.kept = answered->value;
+  entry.since.erase(entry.since.begin(), answered + 1);
 }
 
 bool SetLedger::allows(const std::string& key, const std::string& value) const {
-  const auto found = m_entries.find(key);
-  if (found == m_entries.end() || !found->second.kept) return true;
-  const Entry& entry = found->second;
-  return value == *entry.kept || holds(entry.refused, value) || holds(entry.underWay, value);
+  const Entry& entry = m_entries.at(key);
+  return value == entry.kept ||
+         std::any_of(entry.since.begin(), entry.since.end(),
+                     [&value](const Set& set) { return set.value == value; });
 }
 
 std::string SetLedger::allowed(const std::string& key) const {
   const Entry& entry = m_entries.at(key);
-  std::string text = "acknowledged " + entry.kept.value_or("(nothing)");
-  for (const std::string& value : entry.refused) text += ", refused " + value;
-  for (const std::string& value : entry.underWay) text += ", asked " + value;
+  std::string text = "kept " + entry.kept;
+  for (const Set& set : entry.since) text += (set.refused ? ", refused " : ", asked ") + set.value;
   return text;
 }
 
 bool SetLedger::found(const std::string& key, const std::string& value) {
-  Entry& entry = m_entries[key];
-  const bool fresh = entry.kept != value && holds(entry.underWay, value);
-  entry = Entry{value, {}, {}};
+  Entry& entry = m_entries.at(key);
+  const bool fresh = value != entry.kept &&
+                     std::any_of(entry.since.begin(), entry.since.end(), [&value](const Set& set) {
+                       return !set.refused && set.value == value;
+                     });
+  entry = {value, {}};
   return fresh;
 }
 

@@ -42,15 +42,19 @@ std::string offset(std::uint64_t number) {
 
 struct Setting {
   const char* key;
+  const char* first;  // before any set
   std::string (*value)(std::uint64_t number);
   bool zone = false;  // makes the service write its script
 };
 
 constexpr Setting kSettings[] = {
-    {"ntp-secret", secret},           {"sntp-addr", address},
-    {"date-format", whole},           {"time-format", whole},
-    {"sntp-tz-offset", offset, true}, {"daylight-save-minutes", whole, true},
-    {"time-source", whole, true},
+    {"ntp-secret", "", secret},
+    {"sntp-addr", "", address},
+    {"date-format", "0", whole},
+    {"time-format", "0", whole},
+    {"sntp-tz-offset", "0", offset, true},
+    {"daylight-save-minutes", "60", whole, true},
+    {"time-source", "0", whole, true},
 };
 
 // Sets in order, a few of them ahead of their answers.
@@ -60,9 +64,9 @@ class Setter {
 
   void send(const Setting& setting) {
     const std::string value = setting.value(++m_promises.lastValue);
-    m_promises.sets.asked(setting.key, value);
+    const auto number = m_promises.sets.asked(setting.key, value);
     const json request = {{"verb", "set"}, {"key", setting.key}, {"value", value}};
-    m_underWay.push_back({setting.key, m_client.startControl(request.dump())});
+    m_underWay.push_back({setting.key, number, m_client.startControl(request.dump())});
     if (setting.zone) refreshZone();
     while (m_underWay.size() > kUnderWay) takeAnswer();
   }
@@ -70,13 +74,14 @@ class Setter {
  private:
   struct UnderWay {
     std::string key;  // empty: no set
+    integration::SetLedger::Number set;
     std::uint32_t id;
   };
 
   // The service does it with the millisecond after the set.
   void refreshZone() {
     m_underWay.push_back(
-        {"", m_client.startControl(R"({"verb":"clock","action":"advance","seconds":0})")});
+        {"", 0, m_client.startControl(R"({"verb":"clock","action":"advance","seconds":0})")});
   }
 
   void takeAnswer() {
@@ -86,7 +91,7 @@ class Setter {
     m_underWay.pop_front();
     if (first.key.empty()) return;
     const bool accepted = json::parse(answer->json).at("ok").get<bool>();
-    m_promises.sets.answered(first.key, accepted);
+    m_promises.sets.answered(first.key, first.set, accepted);
     if (accepted) ++m_promises.setsAcknowledged;
   }
 
@@ -123,6 +128,10 @@ void passOnTheTime(host::RemoteClient& client, const std::filesystem::path& pipe
 }
 
 }  // namespace
+
+Promises::Promises() {
+  for (const Setting& setting : kSettings) sets.begins(setting.key, setting.first);
+}
 
 Load::Load(const integration::RestartableHost& host, Promises& promises, std::uint64_t seed)
     : m_host(host),

@@ -13,6 +13,8 @@ namespace powercut {
 
 // What the users of a telephone have been promised so far, over all its restarts.
 struct Promises {
+  Promises();  // of a telephone that was never set
+
   integration::SetLedger sets;
   SavedTimes times;
   std::uint64_t lastValue = 0;  // each set has a value of its own

@@ -31,8 +31,7 @@ void SavedTimes::acknowledged(const std::string& time) {
 }
 
 bool SavedTimes::allows(const std::string& time) const {
-  return m_possible.empty() ||
-         std::find(m_possible.begin(), m_possible.end(), time) != m_possible.end();
+  return std::find(m_possible.begin(), m_possible.end(), time) != m_possible.end();
 }
 
 std::string SavedTimes::allowed() const {

@@ -28,7 +28,8 @@ class SavedTimes {
 
  private:
   std::int64_t m_instant = 1'767'225'600;  // 2026-01-01T00:00:00Z
-  std::vector<std::string> m_possible;     // oldest first; empty: anything
+  // Oldest first. A telephone that has never saved one starts with the first time of the device.
+  std::vector<std::string> m_possible{"2016-06-16T00:00:00+00:00"};
 };
 
 }  // namespace powercut
