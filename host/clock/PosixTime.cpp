@@ -31,7 +31,9 @@ seconds::rep wallSeconds() {
   if (const VirtualClock* clock = g_clock.load(std::memory_order_acquire)) {
     return std::chrono::floor<seconds>(clock->wall()).count();
   }
-  // As the C library's own: whole seconds do with the clock that the kernel keeps by ticks.
+  // As the C library's own: whole seconds do with the clock that the kernel keeps by ticks. Not so
+  // where this clock's timers are kept (VirtualClock): it is up to a tick behind, and what expires
+  // at a full hour could still read hh:59:59.
   timespec now{};
   clock_gettime(CLOCK_REALTIME_COARSE, &now);
   return now.tv_sec;

@@ -23,7 +23,7 @@ class ManagementThread {
   void post(std::function<void()> task);
 
   // Queues what nobody waits for: it runs when nothing has been wanted for a moment, or else before
-  // the next task does.
+  // the next task does, and so also before tasks that were queued earlier.
   void postForLater(std::function<void()> task);
 
   // Returns when the task, and all that was queued before it, is done. From a task: runs at once.

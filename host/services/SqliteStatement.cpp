@@ -11,15 +11,17 @@ namespace host {
 
 SqliteStatement::SqliteStatement(const SqliteDatabase& database, std::string sql, Prepared prepared)
     : m_database(database), m_sql(std::move(sql)) {
-  if (prepared == Prepared::whenUsed || prepare() == SQLITE_OK) return;
+  if (prepared == Prepared::whenUsed || ready()) return;
   throw Error(std::string("store: ") + sqlite3_errmsg(database.handle()));
 }
 
-// Without a statement, what is asked of SQLite next fails.
-int SqliteStatement::prepare() {
-  if (m_statement != nullptr) return SQLITE_OK;
-  return sqlite3_prepare_v3(m_database.handle(), m_sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT,
-                            &m_statement, nullptr);
+// After a failure nothing more is asked of SQLite, which keeps the words for the last thing alone.
+bool SqliteStatement::ready() {
+  if (m_statement == nullptr && m_failure == SQLITE_OK) {
+    m_failure = sqlite3_prepare_v3(m_database.handle(), m_sql.c_str(), -1,
+                                   SQLITE_PREPARE_PERSISTENT, &m_statement, nullptr);
+  }
+  return m_failure == SQLITE_OK;
 }
 
 SqliteStatement::~SqliteStatement() {
@@ -27,19 +29,23 @@ SqliteStatement::~SqliteStatement() {
 }
 
 void SqliteStatement::bind(int index, const std::string& text) {
-  prepare();
+  if (!ready()) return;
   // A null destructor is SQLite's name for "not copied".
-  sqlite3_bind_text64(m_statement, index, text.data(), text.size(), nullptr, SQLITE_UTF8);
+  m_failure =
+      sqlite3_bind_text64(m_statement, index, text.data(), text.size(), nullptr, SQLITE_UTF8);
 }
 
 void SqliteStatement::bind(int index, std::int64_t number) {
-  prepare();
-  sqlite3_bind_int64(m_statement, index, number);
+  if (ready()) m_failure = sqlite3_bind_int64(m_statement, index, number);
+}
+
+// Never with a parameter missing: it would be null, and the statement another one.
+void SqliteStatement::step() {
+  m_code = ready() ? sqlite3_step(m_statement) : m_failure;
 }
 
 bool SqliteStatement::next() {
-  prepare();
-  m_code = sqlite3_step(m_statement);
+  step();
   return m_code == SQLITE_ROW;
 }
 
@@ -48,14 +54,14 @@ bool SqliteStatement::failed() const {
 }
 
 bool SqliteStatement::run() {
-  prepare();
-  m_code = sqlite3_step(m_statement);
-  while (m_code == SQLITE_ROW) m_code = sqlite3_step(m_statement);
+  do step();
+  while (m_code == SQLITE_ROW);
   reset();
   return m_code == SQLITE_DONE;
 }
 
 void SqliteStatement::reset() {
+  m_failure = SQLITE_OK;
   if (m_statement == nullptr) return;
   sqlite3_reset(m_statement);
   sqlite3_clear_bindings(m_statement);

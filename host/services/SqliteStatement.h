@@ -11,7 +11,8 @@ class SqliteDatabase;
 
 // One prepared statement, kept for the life of its database and run any number of times: bind,
 // next or run, reset. Owner: a service; it goes before the database. Failure: the constructor
-// throws host::Error; the others answer false and the database knows why.
+// throws host::Error; the others answer false and the database knows why. A parameter that could
+// not be bound is a failure of next and run, until reset.
 class SqliteStatement {
  public:
   // whenUsed: what is seldom wanted does not keep a start waiting. The first use fails then, not
@@ -43,12 +44,14 @@ class SqliteStatement {
   [[nodiscard]] int integer(int index) const;
 
  private:
-  int prepare();
+  bool ready();
+  void step();
 
   const SqliteDatabase& m_database;
   const std::string m_sql;
   sqlite3_stmt* m_statement = nullptr;
-  int m_code = 0;
+  int m_failure = 0;  // the first since reset, of preparing or binding
+  int m_code = 0;     // of the last step
 };
 
 }  // namespace host

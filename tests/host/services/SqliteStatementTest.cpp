@@ -1,6 +1,7 @@
 #include "services/SqliteStatement.h"
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <string>
 
@@ -44,6 +45,43 @@ TEST_F(Statement, ThatIsWrongFailsWhenItIsUsed) {
   wrong.reset();
   EXPECT_FALSE(wrong.run());
   EXPECT_TRUE(wrong.failed());
+}
+
+// What is wrong when the first parameter is bound need not be when the second one is.
+TEST_F(Statement, ThatMissesAParameterFailsUntilItIsReset) {
+  SqliteStatement select(m_database, "SELECT ?1, ?2 FROM sentence", kWhenUsed);
+  select.bind(1, 7);
+  ASSERT_EQ(sqlite3_exec(m_database.handle(),
+                         "CREATE TABLE sentence(text); INSERT INTO sentence VALUES('time')",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  select.bind(2, 8);
+  EXPECT_FALSE(select.next());
+  EXPECT_TRUE(select.failed());
+  select.reset();
+  select.bind(1, 7);
+  select.bind(2, 8);
+  ASSERT_TRUE(select.next());
+  EXPECT_EQ(select.number(0), 7);
+}
+
+TEST_F(Statement, WhoseParameterCannotBeBoundDoesNotRun) {
+  SqliteStatement insert(m_database, "INSERT INTO word VALUES('time' || ?1)");
+  insert.bind(1, 1);
+  insert.bind(2, 2);
+  EXPECT_FALSE(insert.run());
+  EXPECT_TRUE(insert.failed());
+  insert.bind(1, 1);
+  EXPECT_TRUE(insert.run());
+}
+
+// Whoever tells of it asks the database for the words afterwards.
+TEST_F(Statement, ThatCannotBePreparedLeavesTheWordsForIt) {
+  SqliteStatement wrong(m_database, kWrong, kWhenUsed);
+  const std::string text = "time";
+  wrong.bind(1, text);
+  EXPECT_FALSE(wrong.next());
+  EXPECT_STREQ(sqlite3_errmsg(m_database.handle()), "no such table: sentence");
 }
 
 }  // namespace
