@@ -1,6 +1,6 @@
 """The table of a coverage run, and what of the plug-in it did not reach: coverage.py TREE LCOV_FILE
 
-The exit status is 1 when the plug-in is under its limits.
+The exit status is 1 when the plug-in is under its limits, or not in the file.
 """
 
 import os
@@ -92,6 +92,9 @@ def main(tree, report):
     plugin = bodies["plug-in"]
     for place in plugin.missed_lines + plugin.missed_branches:
         print(f"missed {place}")
+    if not plugin.lines or not plugin.branches:
+        print(f"coverage: {report} has no lines or no branches of the plug-in")
+        return 1
     return 0 if plugin.line_share() >= LEAST_LINES and plugin.branch_share() >= LEAST_BRANCHES else 1
 
 

@@ -5,6 +5,10 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 . "$CLOCK_TREE/tools/dev/chrony.bash"
 
+if [ $# -gt 0 ]; then
+  echo 'dev: "coverage" takes no words: it measures the whole of plug-in and host' >&2
+  exit 2
+fi
 folder=$(folder_of coverage)
 
 # clang counts what the source says: no branches for exceptions that a call might throw. The counts

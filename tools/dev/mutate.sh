@@ -13,6 +13,7 @@ programs=(clock_unit_test clock_device_paths_test clock_mktime_test plugin_clock
 # Built once as the tree is; what a mutant changes is built beside it. The library's assertions end a
 # program that reads past an end.
 need run test mutate
+python3 -B "$CLOCK_TREE/tools/mutate/options.py" "$CLOCK_TREE" "$@"
 configure mutate/base -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_FLAGS="-O0 -g0 -w -D_GLIBCXX_ASSERTIONS" \
   -DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld

@@ -5,8 +5,7 @@ mutate.py TREE BUILD "PROGRAM..." [--seed N] [--count N] [--jobs N] [FILE]...
 The exit status is 0 when the tests find at least nine in ten.
 """
 
-import argparse
-import os
+import itertools
 import pathlib
 import queue
 import random
@@ -14,45 +13,29 @@ import resource
 import signal
 import sys
 import time
+from collections import deque
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import closing
 
 from build import Build
-from mutants import mutants_of
+from mutants import Mutant, mutants_of
+from options import options
 from running import HUNG, PASSED, Program, outcome_of
-from workshop import BODIES, NO_BUILD, Workshop
+from workshop import NO_BUILD, NoLink, Workshop
 
 LEAST_SCORE = 90.0  # per cent
+MOST_UNBUILT = 20.0  # per cent; a few may be chance
+CHANCE = 5
 
 
-def options(words):
-    parser = argparse.ArgumentParser(prog="./dev mutate")
-    parser.add_argument("--seed", type=int, default=1, help="which sample (default 1)")
-    parser.add_argument("--count", type=int, default=200, help="how many; 0 is all (default 200)")
-    parser.add_argument("--jobs", type=int, default=processors(), help="how many at a time")
-    parser.add_argument("files", nargs="*", metavar="FILE", help="of src/ or include/ (default all)")
-    return parser.parse_args(words)
-
-
-def processors():
-    """How many this process may use."""
-    return len(os.sched_getaffinity(0))
-
-
-def all_files(tree):
-    paths = [path for body in BODIES for path in (tree / body).rglob("*")]
-    return sorted(str(path.relative_to(tree)) for path in paths if path.suffix in (".h", ".cpp"))
-
-
-def sample(tree, chosen):
-    """The mutants to try; the same for the same tree, seed and files."""
+def shuffled(tree, chosen):
+    """The mutants in the order to try them; the same for the same tree, seed and files."""
     found = [
-        mutant
-        for path in chosen.files or all_files(tree)
-        for mutant in mutants_of(path, (tree / path).read_text())
+        mutant for path in chosen.files for mutant in mutants_of(path, (tree / path).read_text())
     ]
     random.Random(chosen.seed).shuffle(found)
     print(f"{len(found)} mutants, seed {chosen.seed}", flush=True)
-    return found[: chosen.count or None]
+    return found
 
 
 def measured(build, names, place):
@@ -73,6 +56,13 @@ def computed():
     return usage.ru_utime + usage.ru_stime
 
 
+def check(workshop, mutant):
+    """A source that is not changed compiles and passes in a workshop too."""
+    verdict = workshop.verdict(Mutant(mutant.path, mutant.text, 0, 0, ""))
+    if verdict != PASSED:
+        sys.exit(f"mutate: {mutant.path}, not changed, {verdict}")
+
+
 def verdicts_on(mutants, workshops):
     """Each mutant with its verdict, in order; a workshop takes one at a time."""
     free = queue.SimpleQueue()
@@ -86,8 +76,27 @@ def verdicts_on(mutants, workshops):
         finally:
             free.put(workshop)
 
-    with ThreadPoolExecutor(len(workshops)) as pool:
-        yield from pool.map(judged, mutants)
+    pool = ThreadPoolExecutor(len(workshops))
+    try:
+        coming = (pool.submit(judged, mutant) for mutant in mutants)
+        ahead = deque(itertools.islice(coming, 4 * len(workshops)))
+        while ahead:
+            yield ahead.popleft().result()
+            ahead.extend(itertools.islice(coming, 1))
+    finally:
+        pool.shutdown(cancel_futures=True)
+
+
+def drawn(mutants, count, workshops):
+    """The verdicts until as many as wanted have compiled; 0 is all."""
+    verdicts = []
+    with closing(verdicts_on(mutants, workshops)) as judged:
+        for mutant, verdict in judged:
+            verdicts.append(verdict)
+            show(len(verdicts), mutant, verdict)
+            if 0 < count == len(verdicts) - verdicts.count(NO_BUILD):
+                break
+    return verdicts
 
 
 def show(number, mutant, verdict):
@@ -98,38 +107,42 @@ def show(number, mutant, verdict):
 
 
 def summary(verdicts, seconds):
-    """Prints the figures and returns the score."""
+    """Prints the figures; true when the tests do well, and there was enough to tell."""
     unbuilt, survived = verdicts.count(NO_BUILD), verdicts.count(PASSED)
     tried = len(verdicts) - unbuilt
-    score = 100.0 * (tried - survived) / tried if tried else 100.0
+    score = 100.0 * (tried - survived) / tried if tried else 0.0
     print(f"{tried} mutants, {tried - survived} found, {survived} survived: {score:.1f} %")
     print(f"{verdicts.count(HUNG)} of them hung, {unbuilt} more did not compile; {seconds:.0f} s")
-    return score
+    if unbuilt > max(CHANCE, MOST_UNBUILT / 100 * len(verdicts)):
+        print(f"mutate: more than {MOST_UNBUILT:.0f} % did not compile")
+        return False
+    return score >= LEAST_SCORE
 
 
 def main(tree, place, names, *words):
-    chosen = options(words)
+    tree, place = pathlib.Path(tree).resolve(), pathlib.Path(place).resolve()
+    chosen = options(tree, words)
     # Ended from outside it still ends what it has started.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     # A mutant may ask for all the memory and all the disk.
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
-    tree, place = pathlib.Path(tree).resolve(), pathlib.Path(place).resolve()
     build = Build(tree, place / "base", names.split())
     programs = measured(build, names.split(), place / "temporary")
-    mutants = sample(tree, chosen)
+    mutants = shuffled(tree, chosen)
     folders = [place / f"job-{number + 1}" for number in range(chosen.jobs)]
     workshops = [Workshop(build, folder, programs) for folder in folders]
     started = time.monotonic()
-    verdicts = []
-    for mutant, verdict in verdicts_on(mutants, workshops):
-        verdicts.append(verdict)
-        show(len(verdicts), mutant, verdict)
-    return 0 if summary(verdicts, time.monotonic() - started) >= LEAST_SCORE else 1
+    for mutant in mutants[:1]:
+        check(workshops[0], mutant)
+    verdicts = drawn(mutants, chosen.count, workshops)
+    return 0 if summary(verdicts, time.monotonic() - started) else 1
 
 
 if __name__ == "__main__":
     try:
         sys.exit(main(*sys.argv[1:]))
+    except NoLink as error:
+        sys.exit(f"mutate: {error}")
     except KeyboardInterrupt:
         sys.exit("mutate: interrupted")

@@ -9,6 +9,10 @@ BODIES = ("include", "src")
 NO_BUILD = "did not compile"
 
 
+class NoLink(Exception):
+    """No mutant does that: what compiles has the names that it had. So something here is broken."""
+
+
 class Workshop:
     def __init__(self, build, folder, programs):
         self._build = build
@@ -20,13 +24,16 @@ class Workshop:
         (folder / "objects").mkdir()
 
     def verdict(self, mutant):
-        """What becomes of a mutant: no build, or the first end of a test program but passing."""
+        """What becomes of a mutant: it does not compile, or the first end of a test program that is
+        not to pass."""
         source = self._folder / mutant.path
         source.write_text(mutant.applied())
         try:
             return self._outcome(mutant.path)
         except subprocess.CalledProcessError:
             return NO_BUILD
+        except NoLink as error:
+            raise NoLink(f"{mutant.path}:{mutant.line}: {error}") from None
         finally:
             source.write_text(mutant.text)
 
@@ -52,7 +59,10 @@ class Workshop:
     def _run_with(self, program, link, compiled):
         words = [compiled.get(word, word) for word in link]
         words[words.index("-o") + 1] = str(self._folder / program.name)
-        self._run(words)
+        try:
+            self._run(words)
+        except subprocess.CalledProcessError as error:
+            raise NoLink(f"{program.name} cannot be linked") from error
         return outcome_of(program, self._folder / program.name, self._folder / "temporary")
 
     def _run(self, words):

@@ -1,0 +1,54 @@
+"""The words of ./dev mutate: options.py TREE [WORD]... refuses wrong ones before anything is built."""
+
+import argparse
+import os
+import pathlib
+import re
+import sys
+
+from workshop import BODIES
+
+USAGE = "mutate [--seed N] [--count N] [--jobs N] [FILE]..."
+
+
+class Parser(argparse.ArgumentParser):
+    def error(self, message):
+        self.exit(2, f"dev: {USAGE}: {message}\n")
+
+
+def options(tree, words):
+    parser = Parser(add_help=False, allow_abbrev=False)
+    parser.add_argument("--seed", type=at_least(0), default=1)  # which sample
+    parser.add_argument("--count", type=at_least(0), default=200)  # that compile; 0 is all there are
+    parser.add_argument("--jobs", type=at_least(1), default=processors())  # at a time
+    parser.add_argument("files", nargs="*")
+    chosen = parser.parse_args(words)
+    sources = all_files(tree)
+    for path in chosen.files:
+        if path not in sources:
+            parser.error(f'"{path}" is no source of {"/ or ".join(BODIES)}/')
+    chosen.files = list(dict.fromkeys(chosen.files or sources))
+    return chosen
+
+
+def at_least(least):
+    def number(word):
+        if re.fullmatch(r"[0-9]{1,9}", word) and int(word) >= least:
+            return int(word)
+        raise argparse.ArgumentTypeError(f'"{word}" is no whole number, {least} or more')
+
+    return number
+
+
+def processors():
+    """How many this process may use."""
+    return len(os.sched_getaffinity(0))
+
+
+def all_files(tree):
+    paths = [path for body in BODIES for path in (tree / body).rglob("*")]
+    return sorted(str(path.relative_to(tree)) for path in paths if path.suffix in (".h", ".cpp"))
+
+
+if __name__ == "__main__":
+    options(pathlib.Path(sys.argv[1]), sys.argv[2:])
