@@ -6,15 +6,15 @@
 
 namespace load {
 
-// Durations, a microsecond each to a slot up to a tenth of a second, and those beyond it in one.
-// Owner: a test. Thread: one at a time.
+// Durations, counted in slots: of a microsecond each up to a millisecond, and beyond it of one part
+// in 512, so that a stall of minutes has its place, too. Owner: a test. Thread: one at a time.
 class Latencies {
  public:
   using Duration = std::chrono::steady_clock::duration;
 
   void add(Duration duration) {
-    const auto slot = static_cast<std::size_t>(
-        std::chrono::duration_cast<std::chrono::microseconds>(duration).count());
+    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(duration);
+    const std::size_t slot = slotOf(static_cast<std::uint64_t>(microseconds.count()));
     ++m_slots[slot < kSlots ? slot : kSlots - 1];
     ++m_count;
   }
@@ -30,14 +30,31 @@ class Latencies {
   [[nodiscard]] std::uint64_t quantile(double part) const {
     auto left = static_cast<std::uint64_t>(static_cast<double>(m_count) * part);
     for (std::size_t slot = 0; slot < kSlots; ++slot) {
-      if (m_slots[slot] > left) return slot;
+      if (m_slots[slot] > left) return lastOf(slot);
       left -= m_slots[slot];
     }
     return 0;
   }
 
  private:
-  static constexpr std::size_t kSlots = 100'001;
+  // Each power of two has the same number of slots, each twice as wide as those before.
+  static constexpr std::size_t kSlotsOfAPower = 512;
+  static constexpr std::size_t kPowers = 23;  // the last slot ends after an hour
+  static constexpr std::size_t kSlots = kSlotsOfAPower * (kPowers + 1);
+
+  static std::size_t slotOf(std::uint64_t microseconds) {
+    std::size_t power = 0;
+    while (microseconds >> power >= 2 * kSlotsOfAPower) ++power;
+    return power * kSlotsOfAPower + (microseconds >> power);
+  }
+
+  static std::uint64_t lastOf(std::size_t slot) {
+    if (slot < kSlotsOfAPower) return slot;
+    const std::size_t power = slot / kSlotsOfAPower - 1;
+    const std::uint64_t first = slot - power * kSlotsOfAPower;
+    return ((first + 1) << power) - 1;
+  }
+
   std::vector<std::uint64_t> m_slots = std::vector<std::uint64_t>(kSlots, 0);
   std::uint64_t m_count = 0;
 };

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <utility>
 
 #include "remote/RemoteClient.h"
+#include "support/Interruption.h"
 
 namespace load {
 namespace {
@@ -15,12 +17,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kAnswerLimit(20);
 constexpr int kRegistrations = 128;  // of the stuck one, so that its queue fills in a second or so
-constexpr std::uint64_t kBound = 1024 * 1024;  // bytes that are queued for a client, and no more
-constexpr std::uint64_t kNoticedLate =
-    128 * 1024;  // bytes of a few moves, until it is seen to be gone
 constexpr std::uint64_t kMovesBeforeReading = 50;  // the slow one's queue is well filled by then
 constexpr std::chrono::seconds kForTheStuckOne(
     40);  // beyond the time of the run, on a slow machine
+constexpr std::chrono::seconds kAfterTheStuckOne(2);  // at least, to compare with, and for memory
 
 // Two descriptors for each client, with what the host and a test have besides; the host inherits
 // it.
@@ -31,11 +31,12 @@ void allowDescriptors(rlim_t count) {
   ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-// KiB of memory of its own that a process holds.
+// KiB of memory of its own that a process holds. Counted page by page: the number in its status may
+// be off by hundreds of KiB.
 std::uint64_t memoryOf(pid_t process) {
-  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  std::ifstream status("/proc/" + std::to_string(process) + "/smaps_rollup");
   std::string word;
-  while (status >> word && word != "RssAnon:") continue;
+  while (status >> word && word != "Anonymous:") continue;
   std::uint64_t size = 0;
   status >> size;
   return size;
@@ -62,6 +63,7 @@ bool LoadRun::run() {
     move();
     lookAtFaults();
     if (warm()) lookAtMemory();
+    if (support::Interruption::signal() != 0) fail("stopped by a signal");
   }
   if (m_stuck) fail("the stuck subscriber was not dropped");
   end();
@@ -69,8 +71,10 @@ bool LoadRun::run() {
 }
 
 bool LoadRun::goesOn() const {
-  const auto passed = Clock::now() - m_begin;
-  return passed < m_size.duration || (m_stuck && passed < m_size.duration + kForTheStuckOne);
+  const auto now = Clock::now();
+  if (now < m_begin + m_size.duration) return true;
+  return m_stuck ? now < m_begin + m_size.duration + kForTheStuckOne
+                 : now < m_dropped + kAfterTheStuckOne;
 }
 
 bool LoadRun::start() {
@@ -119,12 +123,16 @@ void LoadRun::lookAtTheStuckOne(const Move& move) {
   if (!m_stuck->isHungUp()) return;
   m_figures.stuckQueued = m_sentToStuck - m_stuck->drain();
   m_stuck.reset();
-  if (m_figures.stuckQueued <= kBound || m_figures.stuckQueued > kBound + kNoticedLate) {
-    fail("the stuck subscriber was dropped at " + std::to_string(m_figures.stuckQueued) + " bytes");
-  }
-  const Latencies meanwhile = m_callers->take();
-  m_figures.stuckCallP99 = meanwhile.quantile(0.99);
-  m_calls.add(meanwhile);
+  m_dropped = Clock::now();
+  takeService(m_figures.beside);
+}
+
+// Since the last time.
+void LoadRun::takeService(Service& service) {
+  const Latencies heard = std::exchange(m_heard, Latencies());
+  const Latencies calls = m_callers->take();
+  service = {heard.count(),       heard.quantile(0.9), heard.quantile(0.99), calls.count(),
+             calls.quantile(0.5), calls.quantile(0.9), calls.quantile(0.99)};
 }
 
 bool LoadRun::warm() const {
@@ -135,10 +143,6 @@ void LoadRun::lookAtMemory() {
   const std::uint64_t size = memoryOf(m_host.program().id());
   m_figures.mostMemory = std::max(m_figures.mostMemory, size);
   m_figures.leastMemory = m_figures.leastMemory == 0 ? size : std::min(m_figures.leastMemory, size);
-  if (m_figures.mostMemory - m_figures.leastMemory > kLevel) {
-    fail("the host's memory went from " + std::to_string(m_figures.leastMemory) + " KiB to " +
-         std::to_string(m_figures.mostMemory));
-  }
 }
 
 void LoadRun::lookAtFaults() {
@@ -146,21 +150,24 @@ void LoadRun::lookAtFaults() {
   if (!fault.empty()) fail(fault);
 }
 
-// The one line in the log is that of the stuck subscriber.
 void LoadRun::end() {
   hearTheSlowOne();
-  m_calls.add(m_callers->take());
-  m_figures.moves = m_life.moves();
+  if (!m_stuck) takeService(m_figures.after);
   m_figures.events = m_audience->announced();
-  m_figures.heardP99 = m_heard.quantile(0.99);
-  m_figures.calls = m_calls.count();
-  m_figures.callP50 = m_calls.quantile(0.5);
-  m_figures.callP99 = m_calls.quantile(0.99);
+  loadOff();
+  lookAtLog(m_host.end(SIGTERM));
+  fail(complaintAbout(m_figures));
+}
+
+void LoadRun::loadOff() {
   m_callers.reset();
   m_audience.reset();
   m_slow.reset();
   m_operator.reset();
-  const integration::Outcome outcome = m_host.end(SIGTERM);
+}
+
+// The one line is that of the stuck subscriber.
+void LoadRun::lookAtLog(const integration::Outcome& outcome) {
   const auto lines = std::count(outcome.err.begin(), outcome.err.end(), '\n');
   const bool dropped = outcome.err.find("does not read what is sent to it") != std::string::npos;
   if (outcome.status != 0) fail("the host ended with status " + std::to_string(outcome.status));
@@ -169,22 +176,6 @@ void LoadRun::end() {
 
 void LoadRun::fail(const std::string& fault) {
   if (m_fault.empty()) m_fault = fault;
-}
-
-std::string toText(const Figures& figures) {
-  const auto line = [](const char* name, std::uint64_t number, const char* unit) {
-    return "  " + std::string(name) + ": " + std::to_string(number) + unit + "\n";
-  };
-  return line("moves of the clock", figures.moves, "") +
-         line("events that each subscriber heard once and in order", figures.events, "") +
-         line("p99 until the last subscriber has heard of a move", figures.heardP99, " us") +
-         line("calls answered", figures.calls, "") + line("p50 of a call", figures.callP50, " us") +
-         line("p99 of a call", figures.callP99, " us") +
-         line("p99 of a call beside the stuck subscriber", figures.stuckCallP99, " us") +
-         line("queued for the stuck subscriber when it was dropped", figures.stuckQueued,
-              " bytes") +
-         line("least memory of the host after warming up", figures.leastMemory, " KiB") +
-         line("most", figures.mostMemory, " KiB");
 }
 
 }  // namespace load

@@ -1,5 +1,5 @@
 // load [--seconds N]: 500 subscribers and 64 callers against one host. Exit status: 0 everybody got
-// what was due, 1 somebody did not, 2 usage.
+// what was due, 1 somebody did not, 2 usage, 128 + signal when it was stopped.
 
 #include <charconv>
 #include <exception>
@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "load/LoadRun.h"
+#include "support/Interruption.h"
 
 namespace {
 
@@ -32,12 +33,14 @@ int main(int argc, char** argv) try {
     std::cerr << "usage: load [--seconds N]\n";
     return 2;
   }
+  const support::Interruption interruption;
   load::LoadRun everybody(size);
   const bool served = everybody.run();
   std::cout << size.subscribers << " subscribers, " << size.callers << " callers, "
             << size.duration.count() / 1000 << " s\n"
             << toText(everybody.figures());
   if (!served) std::cout << everybody.fault() << '\n';
+  if (interruption.signal() != 0) return 128 + interruption.signal();
   return served ? 0 : 1;
 } catch (const std::exception& error) {
   std::cerr << "load: " << error.what() << '\n';
