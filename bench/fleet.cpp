@@ -1,5 +1,5 @@
-// How a fleet of telephones spreads its NTP restarts after a full hour: each device's first
-// restart, from the plug-in's own functions, over the 600 one-second slots.
+// How a fleet of telephones spreads its NTP requests after a full hour: each device's first two
+// restarts, from the plug-in's own functions, over the 600 one-second slots.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -21,49 +21,75 @@ constexpr std::size_t slots = 600;
 constexpr std::uint32_t macTails = 1U << 24U;
 using Histogram = std::array<std::uint32_t, slots>;
 
-// What one device does once in its life: seed from its MAC address, then draw.
-std::size_t firstSlot(std::uint32_t macTail) {
+// Requests in each slot after the first full hour of a fleet, and after any later one.
+struct Hours {
+  Histogram first{};
+  Histogram later{};
+};
+
+std::size_t drawnSlot() {
+  return static_cast<std::size_t>(NtpRestart::extraSeconds(std::rand()) - 1);
+}
+
+// What one device does: seed once in its life from its MAC address, then draw for each hour. A new
+// client asks when it starts, and again an hour later unless the next one has replaced it by then.
+void addDevice(std::uint32_t macTail, Hours& hours) {
   std::array<char, 13> mac{};
   std::snprintf(mac.data(), mac.size(), "020000%06x", static_cast<unsigned int>(macTail));
   int seed = 0;
   if (NtpRestart::seedOf(mac.data(), seed) != NtpRestart::MacText::valid) std::abort();
   std::srand(static_cast<unsigned int>(seed));
-  return static_cast<std::size_t>(NtpRestart::extraSeconds(std::rand()) - 1);
+  const std::size_t old = drawnSlot();
+  const std::size_t next = drawnSlot();
+  ++hours.first[old];
+  ++hours.later[next];
+  if (old < next) ++hours.later[old];
 }
 
 template <typename NextTail>
-Histogram spread(std::uint32_t devices, NextTail nextTail) {
-  Histogram histogram{};
-  for (std::uint32_t i = 0; i < devices; ++i) ++histogram[firstSlot(nextTail(i))];
-  return histogram;
+Hours spread(std::uint32_t devices, NextTail nextTail) {
+  Hours hours;
+  for (std::uint32_t i = 0; i < devices; ++i) addDevice(nextTail(i), hours);
+  return hours;
 }
 
-Histogram consecutive(std::uint32_t devices) {
+Hours consecutive(std::uint32_t devices) {
   return spread(devices, [](std::uint32_t i) { return i % macTails; });
 }
 
-Histogram random(std::uint32_t devices) {
+Hours random(std::uint32_t devices) {
   std::mt19937 generator(20240307);  // fixed: the same table each time
   std::uniform_int_distribution<std::uint32_t> tails(0, macTails - 1);
   return spread(devices, [&](std::uint32_t) { return tails(generator); });
 }
 
 struct Summary {
+  double total;
   double mean;
   std::uint32_t peak;
+  std::size_t fullest;  // the slot of the peak
   std::size_t empty;
 };
 
 Summary summarise(const Histogram& histogram) {
   const double total = std::accumulate(histogram.begin(), histogram.end(), 0.0);
-  return {total / static_cast<double>(slots), *std::max_element(histogram.begin(), histogram.end()),
+  const auto peak = std::max_element(histogram.begin(), histogram.end());
+  return {total, total / static_cast<double>(slots), *peak,
+          static_cast<std::size_t>(peak - histogram.begin()),
           static_cast<std::size_t>(std::count(histogram.begin(), histogram.end(), 0U))};
 }
 
-void printRow(std::uint32_t devices, const char* macs, const Histogram& histogram) {
+void printRow(std::uint32_t devices, const char* macs, const char* hour,
+              const Histogram& histogram) {
   const Summary summary = summarise(histogram);
-  std::printf("%9u  %-11s  %10.1f  %10u  %11.2f  %11zu\n", devices, macs, summary.mean,
-              summary.peak, summary.peak / summary.mean, summary.empty);
+  std::printf("%9u  %-11s  %-5s  %9.0f  %9.1f  %9u  %9.2f  %7zu  %11zu\n", devices, macs, hour,
+              summary.total, summary.mean, summary.peak, summary.peak / summary.mean,
+              601 + summary.fullest, summary.empty);
+}
+
+void printRows(std::uint32_t devices, const char* macs, const Hours& hours) {
+  printRow(devices, macs, "first", hours.first);
+  printRow(devices, macs, "later", hours.later);
 }
 
 // Twenty seconds a line, so that the ten minutes fit a screen.
@@ -86,18 +112,21 @@ void printHistogram(const char* title, const Histogram& histogram) {
 }  // namespace
 
 int main(int argc, char** argv) try {
-  CLI::App app("Spread of a fleet's NTP restarts after a full hour");
+  CLI::App app("Spread of a fleet's NTP requests after a full hour");
   std::vector<std::uint32_t> fleets{600, 60000, 1000000};
   app.add_option("devices", fleets, "Sizes of fleets")->check(CLI::Range(1U, macTails));
   CLI11_PARSE(app, argc, argv);
-  std::printf("  devices  MACs         mean/slot   peak/slot    peak/mean  empty slots\n");
+  std::printf(
+      "  devices  MACs         hour    requests  mean/slot  peak/slot  peak/mean  at s    "
+      "empty slots\n");
   for (const std::uint32_t devices : fleets) {
-    printRow(devices, "consecutive", consecutive(devices));
-    printRow(devices, "random", random(devices));
+    printRows(devices, "consecutive", consecutive(devices));
+    printRows(devices, "random", random(devices));
   }
-  printHistogram("largest fleet, consecutive MACs: devices for each 20 s after the full hour",
-                 consecutive(fleets.back()));
-  printHistogram("largest fleet, random MACs", random(fleets.back()));
+  const Hours last = random(fleets.back());
+  printHistogram("last fleet, random MACs, first hour: requests for each 20 s after the full hour",
+                 last.first);
+  printHistogram("the same, any later hour", last.later);
   return 0;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "fleet: %s\n", error.what());

@@ -76,12 +76,12 @@ TEST_F(Statement, WhoseParameterCannotBeBoundDoesNotRun) {
 }
 
 // Whoever tells of it asks the database for the words afterwards.
-TEST_F(Statement, ThatCannotBePreparedLeavesTheWordsForIt) {
-  SqliteStatement wrong(m_database, kWrong, kWhenUsed);
-  const std::string text = "time";
-  wrong.bind(1, text);
-  EXPECT_FALSE(wrong.next());
-  EXPECT_STREQ(sqlite3_errmsg(m_database.handle()), "no such table: sentence");
+TEST_F(Statement, WhoseParameterCannotBeBoundLeavesTheWordsForIt) {
+  SqliteStatement insert(m_database, "INSERT INTO word VALUES('time' || ?1)");
+  insert.bind(2, 2);
+  insert.bind(1, 1);
+  EXPECT_FALSE(insert.next());
+  EXPECT_STREQ(sqlite3_errmsg(m_database.handle()), "column index out of range");
 }
 
 }  // namespace
