@@ -59,6 +59,14 @@ look_all() {
   wait
 }
 
+end_all() {
+  local group
+  exec 2>/dev/null # the shell would tell of each one that it ends
+  for group in $(jobs -p); do kill -KILL -- "-$group" || true; done
+  wait
+  rm -rf "$scratch"
+}
+
 passed() { [ "$(tail -n 1 "$logs/$1")" = passed ]; }
 
 # number_in TARGET TEXT: the last number that the target's log has after the text
@@ -101,9 +109,12 @@ configure fuzz -DCLOCK_FUZZ=ON -DCLOCK_SANITIZE=address,undefined -DCMAKE_CXX_CO
   -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" "${together[@]}"
 build fuzz "${targets[@]/#/fuzz-}"
 
-# The private folders of the targets: in memory where there is such a place, and gone at the end.
+# The private folders of the targets: in memory where there is such a place, and gone at the end. So
+# are the targets themselves when this is ended from outside: each is a group of processes of its own.
 scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+trap end_all EXIT
+trap 'exit 1' HUP INT TERM
+set -m
 export TMPDIR=$scratch ASAN_OPTIONS=quarantine_size_mb=8:malloc_context_size=8
 
 echo "dev: fuzzing ${#targets[@]} targets, $seconds s each"
