@@ -1,8 +1,10 @@
 #include "simulation/Life.h"
 
-#include <algorithm>
+#include <utility>
 
+#include "simulation/LastWords.h"
 #include "simulation/StepMaker.h"
+#include "simulation/Thrown.h"
 #include "simulation/model/ClockModel.h"
 #include "simulation/world/World.h"
 
@@ -31,8 +33,11 @@ class Pair {
   // True when both agree.
   bool take(const Step& step) {
     m_model.apply(step);
-    m_world.apply(step);
-    return agree(m_model.take(), m_world.take()) && agree(m_model.snapshot(), m_world.snapshot());
+    return agree(m_model.take(), said([&] {
+                   m_world.apply(step);
+                   return m_world.take();
+                 })) &&
+           agree(m_model.snapshot(), said([this] { return m_world.snapshot(); }));
   }
   [[nodiscard]] const ClockModel& model() const { return m_model; }
   [[nodiscard]] std::uint64_t digest() const { return m_digest.value(); }
@@ -41,6 +46,16 @@ class Pair {
   }
 
  private:
+  // What the telephone says; an exception is said as well, and the model knows none.
+  template <class Doing>
+  Lines said(Doing doing) {
+    Lines lines;
+    const auto thrown = thrownBy([&] { lines = doing(); });
+    if (!thrown) return lines;
+    lines = m_world.take();
+    lines.push_back("threw: " + *thrown);
+    return lines;
+  }
   bool agree(Lines expected, Lines actual) {
     m_digest.add(actual);
     m_expected = std::move(expected);
@@ -62,7 +77,9 @@ Step firstStart() {
 
 // Lives what `nextStep` gives until it gives nothing, or the two go apart.
 template <class NextStep>
-Life liveWith(NextStep nextStep) {
+Life liveWith(std::optional<std::uint64_t> seed, NextStep nextStep) {
+  WatchedLife watched(seed);
+  watched.begins(0, "the first start");
   Pair pair;
   Life life;
   if (!pair.take(firstStart())) life.difference = pair.difference(0);
@@ -70,6 +87,7 @@ Life liveWith(NextStep nextStep) {
     const std::optional<Step> step = nextStep(pair.model());
     if (!step) break;
     life.steps.push_back(*step);
+    watched.begins(life.steps.size(), describe(*step));
     if (!pair.take(*step)) life.difference = pair.difference(life.steps.size());
   }
   life.digest = pair.digest();
@@ -80,7 +98,7 @@ Life liveWith(NextStep nextStep) {
 
 Life live(const Steps& steps) {
   std::size_t at = 0;
-  return liveWith([&](const ClockModel&) {
+  return liveWith(std::nullopt, [&](const ClockModel&) {
     return at < steps.size() ? std::optional(steps[at++]) : std::nullopt;
   });
 }
@@ -88,7 +106,7 @@ Life live(const Steps& steps) {
 Life live(std::uint64_t seed, std::size_t steps) {
   StepMaker maker(seed);
   std::size_t made = 0;
-  return liveWith([&](const ClockModel& model) {
+  return liveWith(seed, [&](const ClockModel& model) {
     return made++ < steps ? std::optional(maker.next(model)) : std::nullopt;
   });
 }

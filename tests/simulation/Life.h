@@ -1,10 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
 
 #include "simulation/Journal.h"
 #include "simulation/Step.h"
@@ -30,13 +30,13 @@ struct Life {
 // The life of a seed.
 [[nodiscard]] Life live(std::uint64_t seed, std::size_t steps);
 
-// Leaves steps out as long as there is still a difference when the rest is lived. Gives up after
-// kMostSteps steps in all. REQUIRES: life.difference.
-using Liver = std::function<Life(const Steps&)>;
-[[nodiscard]] Life shrunk(const Life& life, const Liver& again);
-inline constexpr std::size_t kMostSteps = 2'000'000;
+// How long it may take to leave steps out, by the machine's clock.
+inline constexpr std::chrono::seconds kLongestShrinking{20};
 
-// What a person needs to see of a difference: seed, step, both sides, the steps that lead there.
-[[nodiscard]] std::string report(std::uint64_t seed, const Life& life, const Life& shortest);
+// Leaves steps out as long as the same difference is still there when the rest is lived. Gives up
+// after that long: what is left by then is the shortest. REQUIRES: life.difference.
+using Liver = std::function<Life(const Steps&)>;
+[[nodiscard]] Life shrunk(const Life& life, const Liver& again,
+                          std::chrono::steady_clock::duration most = kLongestShrinking);
 
 }  // namespace simulation

@@ -28,7 +28,7 @@ std::filesystem::path freshFolder() {
 
 }  // namespace
 
-SimulationFolder::SimulationFolder() : m_path(freshFolder()) {
+SimulationFolder::SimulationFolder() : m_path(freshFolder()), m_lastWords(m_path) {
   for (const char* const name : {"data", "ipc", "state"}) {
     std::filesystem::create_directory(m_path / name);
   }

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include "simulation/LastWords.h"
+
 namespace simulation {
 
 // The private folder that a telephone lives in, and works in, while the object lives: in memory
@@ -16,6 +18,7 @@ class SimulationFolder {
  private:
   const std::filesystem::path m_former = std::filesystem::current_path();
   const std::filesystem::path m_path;
+  const LastWords m_lastWords;
 };
 
 }  // namespace simulation

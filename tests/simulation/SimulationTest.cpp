@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <memory>
+#include <iostream>
 #include <random>
-#include <string>
 
 #include "simulation/Life.h"
+#include "simulation/LotSteps.h"
+#include "simulation/Report.h"
 #include "simulation/SimulationFolder.h"
 
 namespace simulation {
@@ -17,21 +18,26 @@ constexpr std::size_t kLifeSteps = 2500;
 constexpr std::size_t kFixedLots = 20;
 constexpr std::size_t kNewLots = 10;
 
-// How many steps to live: set for a build, and in the environment for one run.
-std::size_t stepsFrom(const char* variable, std::size_t usual) {
-  const char* const text = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): one thread
-  return text == nullptr ? usual : std::strtoul(text, nullptr, 10);
+// Asked for a build, and in the environment for one run.
+std::size_t stepsOfALot(const char* variable, std::size_t usual, std::size_t lots) {
+  return lotSteps(std::getenv(variable), usual, lots);  // NOLINT(concurrency-mt-unsafe): one thread
 }
 
 Life again(const Steps& steps) {
   return live(steps);
 }
 
+// What went wrong stands in the output before the long search for the shortest way.
+void showDifference(std::uint64_t seed, const Life& life) {
+  std::cout << differenceText(seed, life) << std::flush;
+  FAIL() << differenceText(seed, life) << wayText(shrunk(life, again));
+}
+
 void expectAgreement(std::uint64_t firstSeed, std::size_t steps) {
   for (std::size_t lived = 0; lived < steps; lived += kLifeSteps) {
     const std::uint64_t seed = firstSeed + lived / kLifeSteps;
     const Life life = live(seed, std::min(kLifeSteps, steps - lived));
-    if (life.difference) FAIL() << report(seed, life, shrunk(life, again));
+    if (life.difference) return showDifference(seed, life);
   }
 }
 
@@ -58,58 +64,21 @@ TEST_F(Simulation, EveryStepCanBeRead) {
 }
 
 TEST_P(SimulationLot, OfFixedSeedsAgreesWithTheModel) {
-  const std::size_t steps = stepsFrom("CLOCK_SIMULATION_STEPS", CLOCK_SIMULATION_STEPS);
-  expectAgreement(GetParam() * 1000 + 1, steps / kFixedLots);
+  expectAgreement(GetParam() * 1000 + 1,
+                  stepsOfALot("CLOCK_SIMULATION_STEPS", CLOCK_SIMULATION_STEPS, kFixedLots));
 }
 INSTANTIATE_TEST_SUITE_P(Lots, SimulationLot, testing::Range<std::size_t>(0, kFixedLots));
 
 class SimulationNewLot : public SimulationLot {};
 
 TEST_P(SimulationNewLot, OfANewSeedAgreesWithTheModel) {
-  const std::size_t steps = stepsFrom("CLOCK_SIMULATION_NEW_STEPS", CLOCK_SIMULATION_NEW_STEPS);
   const std::uint64_t seed = std::random_device{}();
   std::cout << "new seed " << seed << ": ./dev simulate --seed " << seed << " --steps "
-            << kLifeSteps << "\n";
-  expectAgreement(seed, steps / kNewLots);
+            << kLifeSteps << std::endl;
+  expectAgreement(seed,
+                  stepsOfALot("CLOCK_SIMULATION_NEW_STEPS", CLOCK_SIMULATION_NEW_STEPS, kNewLots));
 }
 INSTANTIATE_TEST_SUITE_P(Lots, SimulationNewLot, testing::Range<std::size_t>(0, kNewLots));
-
-// A life that goes wrong as soon as jacks 17 and 42 have been told, in this order.
-Life wrongAfterTwoJacks(const Steps& steps) {
-  Life life;
-  bool first = false;
-  for (const Step& step : steps) {
-    life.steps.push_back(step);
-    first = first || step.numbers[0] == 17;
-    if (first && step.numbers[0] == 42) {
-      life.difference = Difference{life.steps.size(), {"good"}, {"bad"}};
-      break;
-    }
-  }
-  return life;
-}
-
-Steps jacks(std::int64_t count) {
-  Steps steps;
-  for (std::int64_t plug = 0; plug < count; ++plug) steps.push_back({Act::jack, {plug, 1}, {}, {}});
-  return steps;
-}
-
-TEST(SimulationShrinking, LeavesTheStepsThatMatter) {
-  const Life shortest = shrunk(wrongAfterTwoJacks(jacks(1000)), wrongAfterTwoJacks);
-  ASSERT_EQ(shortest.steps.size(), 2U);
-  EXPECT_EQ(shortest.steps[0].numbers[0], 17);
-  EXPECT_EQ(shortest.steps[1].numbers[0], 42);
-}
-
-TEST(SimulationShrinking, ShowsSeedStepBothSidesAndTheShortestWay) {
-  const Life life = wrongAfterTwoJacks(jacks(100));
-  const std::string text = report(99, life, shrunk(life, wrongAfterTwoJacks));
-  for (const char* const part :
-       {"seed 99", "step 43", "good", "bad", "jack event 17 1", "jack event 42 1"}) {
-    EXPECT_NE(text.find(part), std::string::npos) << part << " in\n" << text;
-  }
-}
 
 }  // namespace
 }  // namespace simulation

@@ -35,7 +35,7 @@ enum class Act {
   logLevel,      // numbers: 0-6
   fallbackFile,  // texts: content
   idle,          // hook switch, run and shutdown: nothing may come of them
-  restart,       // numbers: 1 in order or 0 power cut, variant, missing services, wall ms, listener
+  restart,       // numbers: 1 in order or 0 power cut, variant, missing services, wall ms
 };
 
 struct Argument {
