@@ -3,11 +3,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -20,25 +23,35 @@ std::string contentOf(const std::filesystem::path& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// The three standard descriptors of a new process.
-class Redirection {
- public:
-  Redirection(const std::string& out, const std::string& err) {
-    posix_spawn_file_actions_init(&m_actions);
-    posix_spawn_file_actions_addopen(&m_actions, 0, "/dev/null", O_RDONLY, 0);
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
-    posix_spawn_file_actions_addopen(&m_actions, 1, out.c_str(), kFlags, 0600);
-    posix_spawn_file_actions_addopen(&m_actions, 2, err.c_str(), kFlags, 0600);
+bool redirect(int standard, const char* file, int flags) {
+  constexpr mode_t kMode = 0600;
+  const int descriptor = open(file, flags | O_CLOEXEC, kMode);
+  return descriptor >= 0 && dup2(descriptor, standard) == standard;
+}
+
+// What the new process does: only what may be done between fork and exec. It is killed when the
+// thread that has started it ends, however that comes, so that no test leaves a program behind.
+[[noreturn]] void become(char* const* arguments, const char* out, const char* err, pid_t parent,
+                         int failures) {
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(1);
+  if (redirect(0, "/dev/null", O_RDONLY) && redirect(1, out, kFlags) && redirect(2, err, kFlags)) {
+    execv(arguments[0], arguments);
   }
-  ~Redirection() { posix_spawn_file_actions_destroy(&m_actions); }
-  Redirection(const Redirection&) = delete;
-  Redirection& operator=(const Redirection&) = delete;
+  const int error = errno;
+  [[maybe_unused]] const ssize_t written = write(failures, &error, sizeof error);
+  _exit(1);
+}
 
-  [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &m_actions; }
-
- private:
-  posix_spawn_file_actions_t m_actions{};
-};
+// The number of the error that kept the process from becoming the program; 0 when it has become it.
+int failureFrom(const std::array<int, 2>& failures) {
+  int error = 0;
+  close(failures[1]);
+  [[maybe_unused]] const ssize_t got = read(failures[0], &error, sizeof error);
+  close(failures[0]);
+  return error;
+}
 
 }  // namespace
 
@@ -48,10 +61,18 @@ Program::Program(const std::filesystem::path& folder, const std::string& name, c
   std::vector<char*> arguments;
   for (std::string& word : copies) arguments.push_back(word.data());
   arguments.push_back(nullptr);
-  const Redirection redirection(m_out, m_err);
-  const int error =
-      posix_spawn(&m_id, arguments[0], redirection.get(), nullptr, arguments.data(), environ);
-  if (error != 0) throw std::system_error(error, std::generic_category(), words.front());
+  std::array<int, 2> failures{};
+  if (pipe2(failures.data(), O_CLOEXEC) != 0) {
+    throw std::system_error(errno, std::generic_category(), "pipe2");
+  }
+  const pid_t parent = getpid();
+  m_id = fork();
+  if (m_id == 0) become(arguments.data(), m_out.c_str(), m_err.c_str(), parent, failures[1]);
+  const int forkError = m_id < 0 ? errno : 0;
+  const int error = std::max(forkError, failureFrom(failures));
+  if (error == 0) return;
+  if (m_id > 0) waitpid(m_id, nullptr, 0);
+  throw std::system_error(error, std::generic_category(), words.front());
 }
 
 Program::~Program() {

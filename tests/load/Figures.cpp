@@ -8,10 +8,9 @@ constexpr std::uint64_t kNoticedLate =
     128 * 1024;  // bytes of a few moves, until it is seen to be gone
 
 // What everybody else may notice of the stuck one. It is there for less than a hundred moves: of
-// these nine in ten count, as a busy machine takes a processor away for some hundredths of a
-// second.
+// these nine in ten count, as a busy machine takes a processor away for a tenth of a second or so.
 constexpr std::uint64_t kTimesAsLong = 5;
-constexpr std::uint64_t kTakenAway = 100'000;  // microseconds
+constexpr std::uint64_t kTakenAway = 200'000;  // microseconds
 
 std::string complaintAboutService(const Service& service, const std::string& when) {
   if (service.moves == 0) return "the clock was not moved " + when;

@@ -1,10 +1,16 @@
 // Many subscribers and callers at once, in short; see ./dev load for a minute of it.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
+#include <filesystem>
 
+#include "integration/HostTraces.h"
+#include "integration/Programs.h"
+#include "load/Figures.h"
 #include "load/Latencies.h"
 #include "load/LoadRun.h"
+#include "support/TemporaryFolder.h"
 
 namespace load {
 namespace {
@@ -19,6 +25,17 @@ TEST(Load, EverybodyGetsWhatIsDue) {
   LoadRun everybody(size);
   EXPECT_TRUE(everybody.run()) << everybody.fault();
   std::printf("%s", toText(everybody.figures()).c_str());
+}
+
+TEST(Load, ProgramThatIsStoppedLeavesNothing) {
+  const support::TemporaryFolder folder;
+  integration::Program program(folder.path(), "load", {LOAD, "--seconds", "600"});
+  const auto home = integration::folderOfTheHostOf(program.id());
+  EXPECT_TRUE(std::filesystem::exists(home));
+  program.signal(SIGTERM);
+  EXPECT_EQ(program.wait().status, 128 + SIGTERM);
+  EXPECT_FALSE(std::filesystem::exists(home));
+  EXPECT_FALSE(integration::livesSomebodyIn(home));
 }
 
 TEST(Latencies, QuantileIsWhatSuchAPartDidNotExceed) {
@@ -60,10 +77,10 @@ const Change kChanges[] = {
     {"never dropped", [](Figures& f) { f.stuckQueued = 0; }, "dropped at 0 bytes"},
     {"dropped early", [](Figures& f) { f.stuckQueued = 1'048'576; }, "dropped at 1048576"},
     {"dropped late", [](Figures& f) { f.stuckQueued = 1'179'649; }, "dropped at 1179649"},
-    {"heard in time", [](Figures& f) { f.beside.heardP90 = 150'000; }, ""},
-    {"heard late", [](Figures& f) { f.beside.heardP90 = 150'001; }, "p90 of a move 150001 us"},
-    {"called in time", [](Figures& f) { f.beside.callP90 = 125'000; }, ""},
-    {"called late", [](Figures& f) { f.beside.callP90 = 125'001; }, "p90 of a call 125001 us"},
+    {"heard in time", [](Figures& f) { f.beside.heardP90 = 250'000; }, ""},
+    {"heard late", [](Figures& f) { f.beside.heardP90 = 250'001; }, "p90 of a move 250001 us"},
+    {"called in time", [](Figures& f) { f.beside.callP90 = 225'000; }, ""},
+    {"called late", [](Figures& f) { f.beside.callP90 = 225'001; }, "p90 of a call 225001 us"},
     {"no memory seen", [](Figures& f) { f.leastMemory = f.mostMemory = 0; }, "not looked at"},
     {"level", [](Figures& f) { f.mostMemory += Figures::kLevel; }, ""},
     {"a leak", [](Figures& f) { f.mostMemory += Figures::kLevel + 1; }, "went from 4000 KiB to"},

@@ -40,9 +40,8 @@ int main(int argc, char** argv) try {
             << size.duration.count() / 1000 << " s\n"
             << toText(everybody.figures());
   if (!served) std::cout << everybody.fault() << '\n';
-  if (interruption.signal() != 0) return 128 + interruption.signal();
-  return served ? 0 : 1;
+  return support::Interruption::statusOr(served ? 0 : 1);
 } catch (const std::exception& error) {
   std::cerr << "load: " << error.what() << '\n';
-  return 1;
+  return support::Interruption::statusOr(1);
 }

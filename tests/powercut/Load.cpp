@@ -5,6 +5,7 @@
 
 #include <deque>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <string>
 
 #include "remote/Descriptor.h"
@@ -122,7 +123,7 @@ void passOnTheTime(host::RemoteClient& client, const std::filesystem::path& pipe
   const auto saved = client.call(save, kLimit);
   std::string time;
   if (!saved || !saved->getStringParameter("setFallbackTimeReturn", time, Parameter::out)) return;
-  if (time != expected) throw std::logic_error("saved " + time + " and not " + expected);
+  if (time != expected) throw std::runtime_error("saved " + time + " and not " + expected);
   promises.times.acknowledged(time);
   ++promises.timesAcknowledged;
 }
@@ -137,27 +138,39 @@ Load::Load(const integration::RestartableHost& host, Promises& promises, std::ui
     : m_host(host),
       m_promises(promises),
       m_random(seed),
-      m_setter([this] { set(); }),
-      m_reporter([this] { report(); }) {}
+      m_setter([this] { work(&Load::set); }),
+      m_reporter([this] { work(&Load::report); }) {}
 
 Load::~Load() {
-  m_setter.join();
-  m_reporter.join();
+  end();
 }
 
-void Load::set() try {
+void Load::end() {
+  if (m_setter.joinable()) m_setter.join();
+  if (m_reporter.joinable()) m_reporter.join();
+}
+
+std::string Load::fault() const {
+  const std::lock_guard lock(m_mutex);
+  return m_fault;
+}
+
+void Load::work(void (Load::*task)()) try { (this->*task)(); } catch (const host::Error&) {
+  // The host is gone.
+} catch (const std::exception& error) {
+  const std::lock_guard lock(m_mutex);
+  if (m_fault.empty()) m_fault = error.what();
+}
+
+void Load::set() {
   const auto client = m_host.connect();
   Setter setter(*client, m_promises);
   for (;;) setter.send(kSettings[m_random() % std::size(kSettings)]);
-} catch (const host::Error&) {
-  // The host is gone.
 }
 
-void Load::report() try {
+void Load::report() {
   const auto client = m_host.connect();
   for (;;) passOnTheTime(*client, m_host.pipe(), m_promises);
-} catch (const host::Error&) {
-  // The host is gone.
 }
 
 }  // namespace powercut

@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <random>
+#include <string>
 #include <thread>
 
 #include "integration/RestartableHost.h"
@@ -23,21 +25,31 @@ struct Promises {
 };
 
 // Sets and NTP reports as fast as the host takes them, from two clients, until the host is gone.
-// Owner: a test, which has the host killed. While it lives the promises are its own.
+// Owner: a test, which has the host killed. Until end() the promises are its own. Failure: what a
+// client met first, beside the host's end, is fault().
 class Load {
  public:
   Load(const integration::RestartableHost& host, Promises& promises, std::uint64_t seed);
-  ~Load();  // waits until both clients have seen the host go
+  ~Load();  // as end()
   Load(const Load&) = delete;
   Load& operator=(const Load&) = delete;
 
+  // Waits until both clients have seen the host go.
+  void end();
+
+  // At any time. Empty when there is none.
+  [[nodiscard]] std::string fault() const;
+
  private:
+  void work(void (Load::*task)());
   void set();
   void report();
 
   const integration::RestartableHost& m_host;
   Promises& m_promises;
   std::mt19937_64 m_random;
+  mutable std::mutex m_mutex;  // guards m_fault
+  std::string m_fault;
   std::thread m_setter;
   std::thread m_reporter;
 };

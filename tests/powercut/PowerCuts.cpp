@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "remote/RemoteClient.h"
+#include "support/Interruption.h"
 
 namespace powercut {
 namespace {
@@ -36,6 +37,7 @@ PowerCuts::PowerCuts(std::uint64_t seed) : m_host(CLOCKHOST, {"--log-level", "3"
 bool PowerCuts::cut(std::uint64_t times) {
   while (m_figures.cuts < times && m_complaint.empty()) {
     m_random() % kStartsForEachCutInOne == 0 ? cutInStart() : cutUnderLoad();
+    if (support::Interruption::signal() != 0) complain("stopped by a signal");
   }
   if (m_complaint.empty() && start()) {
     lookAtPromises();
@@ -44,6 +46,7 @@ bool PowerCuts::cut(std::uint64_t times) {
   }
   m_figures.setsAcknowledged = m_promises.setsAcknowledged;
   m_figures.timesAcknowledged = m_promises.timesAcknowledged;
+  lookAtFigures();
   return m_complaint.empty();
 }
 
@@ -57,9 +60,11 @@ void PowerCuts::cutInStart() {
 void PowerCuts::cutUnderLoad() {
   if (!start()) return;
   lookAtPromises();
-  const Load load(m_host, m_promises, m_random());
+  Load load(m_host, m_promises, m_random());
   wait(kLongestLoad);
   pull();
+  load.end();
+  if (!load.fault().empty()) complain("under load: " + load.fault());
 }
 
 void PowerCuts::pull() {
@@ -118,6 +123,13 @@ void PowerCuts::lookAtSecurityLog() {
   if (from.at("records").empty()) {
     complain("the security log has less than " + std::to_string(number) + " records");
   }
+}
+
+// Promises that nobody was given are easily kept.
+void PowerCuts::lookAtFigures() {
+  if (m_figures.setsAcknowledged == 0) complain("no set was acknowledged");
+  if (m_figures.timesAcknowledged == 0) complain("no saved time was acknowledged");
+  if (m_figures.scripts == 0) complain("no script was there to look at");
 }
 
 void PowerCuts::complain(const std::string& text) {

@@ -42,6 +42,7 @@ class PowerCuts {
   void lookAtPromises();
   void lookAtScript();
   void lookAtSecurityLog();
+  void lookAtFigures();
   void complain(const std::string& text);
 
   integration::RestartableHost m_host;

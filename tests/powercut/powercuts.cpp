@@ -1,5 +1,6 @@
 // powercuts [--seed N] [--cuts N]: cuts a telephone's power again and again, and looks whether it
-// has kept what it promised. Exit status: 0 it has, 1 it has not, 2 usage.
+// has kept what it promised. Exit status: 0 it has, 1 it has not, 2 usage,
+// 128 + signal when it was stopped.
 
 #include <charconv>
 #include <chrono>
@@ -8,6 +9,7 @@
 #include <string_view>
 
 #include "powercut/PowerCuts.h"
+#include "support/Interruption.h"
 
 namespace {
 
@@ -30,7 +32,7 @@ bool parse(int argc, char** argv, Options& options) {
                                                      : nullptr;
     if (number == nullptr || i + 1 == argc || !read(argv[i + 1], *number)) return false;
   }
-  return true;
+  return options.cuts > 0;
 }
 
 }  // namespace
@@ -43,15 +45,16 @@ int main(int argc, char** argv) try {
   }
   std::cout << "seed " << options.seed << std::endl;
   const auto begin = std::chrono::steady_clock::now();
+  const support::Interruption interruption;
   powercut::PowerCuts telephone(options.seed);
   if (!telephone.cut(options.cuts)) {
     std::cout << telephone.complaint() << '\n';
-    return 1;
+    return support::Interruption::statusOr(1);
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
   std::cout << powercut::toText(telephone.figures()) << "; in " << took.count() << " s\n";
   return 0;
 } catch (const std::exception& error) {
   std::cerr << "powercuts: " << error.what() << '\n';
-  return 1;
+  return support::Interruption::statusOr(1);
 }

@@ -21,6 +21,9 @@ class Interruption {
   // The signal that has come; 0 without one. Any thread.
   [[nodiscard]] static int signal() { return s_signal; }
 
+  // A program's exit status: of the signal that has come, or else this one.
+  [[nodiscard]] static int statusOr(int status) { return s_signal != 0 ? 128 + s_signal : status; }
+
  private:
   static void note(int number) { s_signal = number; }
 
