@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <system_error>
 
 namespace bench {
@@ -44,8 +45,15 @@ Child::Child(const std::vector<std::string>& words) {
 }
 
 Child::~Child() {
+  if (m_id < 0) return;
   kill(m_id, SIGTERM);
-  waitpid(m_id, nullptr, 0);
+  waitForEnd();
+}
+
+void Child::waitForEnd() {
+  while (waitpid(m_id, nullptr, 0) < 0 && errno == EINTR) {
+  }
+  m_id = -1;
 }
 
 }  // namespace bench

@@ -17,10 +17,13 @@ class Child {
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
 
+  // Its own, and reaps it.
+  void waitForEnd();
+
   [[nodiscard]] pid_t id() const { return m_id; }
 
  private:
-  pid_t m_id = -1;
+  pid_t m_id = -1;  // -1: it has been reaped
 };
 
 }  // namespace bench

@@ -3,6 +3,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,12 +41,15 @@ void makeRoomForClients() {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+bool isAlone(const Line& control) {
+  control.send(controlOf(R"({"verb":"status"})"));
+  return control.takeFrame().bytes.find(R"("clients":1,)") != std::string::npos;
+}
+
 void waitUntilAlone(const Line& control) {
-  const std::string request = controlOf(R"({"verb":"status"})");
-  std::string reply;
-  while (reply.find(R"("clients":1,)") == std::string::npos) {
-    control.send(request);
-    reply = control.takeFrame().bytes;
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!isAlone(control)) {
+    if (std::chrono::steady_clock::now() > end) throw std::runtime_error("clients do not go");
   }
 }
 

@@ -57,21 +57,32 @@ double costOfEvents(std::size_t count) {
   });
 }
 
-// From the watch before them to the one after them; the hour itself is not between the two.
-double timedNanoseconds(std::size_t count, std::size_t hours, QuietTelephone& telephone) {
-  Observers observers(count);
-  const Registration registration(telephone.service(), observers);
-  for (std::size_t i = 0; i < hours; ++i) telephone.pass(std::chrono::hours(1));
-  return observers.nanosecondsOfAnHour();
+void passHours(std::size_t hours, Observers& told, QuietTelephone& telephone,
+               const std::vector<ClockServiceObserverIfc*>& calledAfter) {
+  const Registration registration(telephone.service(), told);
+  for (std::size_t i = 0; i < hours; ++i) {
+    told.hourBegins();
+    telephone.pass(std::chrono::hours(1));
+    callEach(calledAfter, 0);
+  }
 }
 
-// Without what the two looks at the watch take. Few observers are told of many hours.
+// Without what leads to an hour that none of them hears: that hour comes after as many calls, so
+// that it finds the caches as theirs does. Without the looks at the watch, too. Few observers are
+// told of many hours. What one or ten of them add before the first is called cannot be told from
+// the hour's own: then it counts as nothing.
 double costOfObservers(std::size_t count) {
   constexpr std::size_t kMostHours = 10'000;
   const std::size_t hours = std::clamp<std::size_t>(200'000 / count, 100, kMostHours);
   QuietTelephone telephone;
-  const double looks = timedNanoseconds(0, kMostHours, telephone);
-  return timedNanoseconds(count, hours, telephone) - looks;
+  Observers observers(count);
+  Observers none(0);
+  passHours(hours, none, telephone, observers.all());
+  const Observers::Hour without = none.takeHour();
+  static_cast<void>(observers.takeHour());
+  passHours(hours, observers, telephone, {});
+  const Observers::Hour with = observers.takeHour();
+  return with.between - without.between + std::max(0.0, with.before - without.before);
 }
 
 }  // namespace

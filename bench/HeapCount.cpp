@@ -2,6 +2,7 @@
 // and the C library itself find before the C library's.
 #include "HeapCount.h"
 
+#include <cerrno>
 #include <cstdlib>
 
 // The C library's own, by the names that it keeps for this.
@@ -9,6 +10,7 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 }
 
 namespace bench {
@@ -41,6 +43,22 @@ void* calloc(std::size_t count, std::size_t size) {
 void* realloc(void* memory, std::size_t size) {
   ++bench::t_allocations;
   return __libc_realloc(memory, size);
+}
+
+void* memalign(std::size_t alignment, std::size_t size) {
+  ++bench::t_allocations;
+  return __libc_memalign(alignment, size);
+}
+
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  return memalign(alignment, size);
+}
+
+int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
+  void* const found = memalign(alignment, size);
+  if (found == nullptr) return ENOMEM;
+  *memory = found;
+  return 0;
 }
 
 }  // extern "C"

@@ -5,7 +5,8 @@
 namespace bench {
 
 // Counts what this thread takes from the heap while the object lives: by malloc, calloc, realloc
-// and by operator new, which calls malloc; in the plug-in and in the libraries too.
+// and those that align, on which every operator new stands; in the plug-in and in the libraries
+// too.
 class HeapCount {
  public:
   HeapCount();

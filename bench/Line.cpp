@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -18,8 +19,22 @@ namespace {
 
 constexpr std::size_t kLengthSize = 4;
 
+constexpr std::chrono::seconds kPatience{10};
+
 std::system_error failure(const std::string& what) {
   return {errno, std::generic_category(), what};
+}
+
+// A socket that gives up on who does not answer, or does not listen.
+host::Descriptor patientSocket() {
+  host::Descriptor descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const timeval limit{kPatience.count(), 0};
+  for (const int which : {SO_RCVTIMEO, SO_SNDTIMEO}) {
+    if (setsockopt(descriptor.get(), SOL_SOCKET, which, &limit, sizeof limit) != 0) {
+      throw failure("socket");
+    }
+  }
+  return descriptor;
 }
 
 bool connects(int descriptor, const std::filesystem::path& socket) {
@@ -31,20 +46,19 @@ bool connects(int descriptor, const std::filesystem::path& socket) {
 
 }  // namespace
 
-Line::Line(const std::filesystem::path& socket)
-    : m_descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  if (!m_descriptor.valid()) throw failure("socket");
+Line::Line(const std::filesystem::path& socket) : m_descriptor(patientSocket()) {
   if (!connects(m_descriptor.get(), socket)) connect(socket, FolderWatch(socket.parent_path()));
 }
 
 Line::Line(const std::filesystem::path& socket, const FolderWatch& watch)
-    : m_descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  if (!m_descriptor.valid()) throw failure("socket");
+    : m_descriptor(patientSocket()) {
   connect(socket, watch);
 }
 
 void Line::connect(const std::filesystem::path& socket, const FolderWatch& watch) const {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
   while (!connects(m_descriptor.get(), socket)) {
+    if (std::chrono::steady_clock::now() > end) throw std::runtime_error("nobody listens");
     // Between bind and listen there is nothing to sleep on.
     errno == ENOENT ? watch.wait() : static_cast<void>(sched_yield());
   }
@@ -58,6 +72,7 @@ void Line::send(std::string_view bytes) const {
 void Line::takeInto(char* to, std::size_t bytes) const {
   for (std::size_t taken = 0; taken < bytes;) {
     const ssize_t got = recv(m_descriptor.get(), to + taken, bytes - taken, 0);
+    if (got < 0 && errno == EAGAIN) throw std::runtime_error("no answer for ten seconds");
     if (got < 0) throw failure("recv");
     if (got == 0) throw std::runtime_error("the other side has ended");
     taken += static_cast<std::size_t>(got);
@@ -75,6 +90,7 @@ Line::Taken Line::takeFrame() const {
   takeInto(bytes.data(), kLengthSize);
   std::size_t length = 0;
   for (const char byte : bytes) length = length << 8 | static_cast<unsigned char>(byte);
+  if (length == 0 || length > host::kMaxFrameLength) throw std::runtime_error("this is no frame");
   bytes.resize(kLengthSize + length);
   takeInto(bytes.data() + kLengthSize, length);
   return {static_cast<host::FrameKind>(bytes.at(kLengthSize)), bytes};

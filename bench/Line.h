@@ -12,7 +12,8 @@
 namespace bench {
 
 // A client's connection to a Unix stream socket, with as little in the way as can be: it blocks.
-// Owner: a measurement. Failure: std::system_error; std::runtime_error when the other side ends.
+// Owner: a measurement. Failure: std::system_error; std::runtime_error when the other side ends or
+// says nothing for ten seconds.
 class Line {
  public:
   // Connects to who listens there, waiting for it to begin to: up to ten seconds.
@@ -27,13 +28,12 @@ class Line {
   // Takes exactly that many bytes, and gives them away.
   void take(std::size_t bytes) const;
 
-  // Takes as many bytes as the text has.
-  void takeInto(std::string& text) const { takeInto(text.data(), text.size()); }
-
   // Takes one frame.
   struct Taken {
-    host::FrameKind kind;
+    host::FrameKind kind{};
     std::string bytes;  // the whole frame
+
+    [[nodiscard]] std::string payload() const { return bytes.substr(host::kFrameHeaderSize); }
   };
   [[nodiscard]] Taken takeFrame() const;
 

@@ -34,8 +34,15 @@ class Observer : public ClockServiceObserverIfc {
 }  // namespace
 
 struct Observers::Watch {
-  Clock::time_point begin;
-  std::vector<double> nanoseconds;
+  Clock::time_point hour;
+  Clock::time_point first;
+  std::vector<double> before;  // all in nanoseconds
+  std::vector<double> between;
+  std::vector<double> whole;
+
+  static double nanoseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::nano>(time).count();
+  }
 };
 
 class Observers::Adding : public Observer {
@@ -50,7 +57,7 @@ class Observers::First : public Observer {
  public:
   explicit First(Watch& watch) : m_watch(watch) {}
   void timeChangeEvent(int, int, int) override {
-    m_watch.begin = Clock::now();
+    m_watch.first = Clock::now();
     settle();
   }
 
@@ -62,8 +69,10 @@ class Observers::Last : public Observer {
  public:
   explicit Last(Watch& watch) : m_watch(watch) {}
   void timeChangeEvent(int, int, int) override {
-    const std::chrono::duration<double, std::nano> taken = Clock::now() - m_watch.begin;
-    m_watch.nanoseconds.push_back(taken.count());
+    const Clock::time_point now = Clock::now();
+    m_watch.before.push_back(Watch::nanoseconds(m_watch.first - m_watch.hour));
+    m_watch.between.push_back(Watch::nanoseconds(now - m_watch.first));
+    m_watch.whole.push_back(Watch::nanoseconds(now - m_watch.hour));
   }
 
  private:
@@ -86,8 +95,14 @@ std::vector<ClockServiceObserverIfc*> Observers::all() {
   return observers;
 }
 
-double Observers::nanosecondsOfAnHour() {
-  return middleMean(std::exchange(m_watch->nanoseconds, {}));
+void Observers::hourBegins() {
+  m_watch->hour = Clock::now();
+}
+
+Observers::Hour Observers::takeHour() {
+  return {middleMean(std::exchange(m_watch->before, {})),
+          middleMean(std::exchange(m_watch->between, {})),
+          middleMean(std::exchange(m_watch->whole, {}))};
 }
 
 Registration::Registration(ClockServiceIfc& service, Observers& observers)

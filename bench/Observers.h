@@ -10,8 +10,8 @@ class ClockServiceIfc;
 
 namespace bench {
 
-// Observers of this process that do next to nothing, between two that look at a watch: what is
-// around an event is not timed with it. Owner: a measurement.
+// Observers of this process that do next to nothing, between two that look at a watch. What leads
+// to the first of them is timed too, and apart. Owner: a measurement.
 class Observers {
  public:
   explicit Observers(std::size_t count);
@@ -22,8 +22,17 @@ class Observers {
   // In the order in which they are to be called: the first with the watch, `count`, the last.
   [[nodiscard]] std::vector<ClockServiceObserverIfc*> all();
 
-  // From the first to the last, of the hours told since it was asked before. REQUIRES: one was.
-  [[nodiscard]] double nanosecondsOfAnHour();
+  // A look at the watch; the hour comes right behind it.
+  void hourBegins();
+
+  // Nanoseconds of an hour.
+  struct Hour {
+    double before;   // from its beginning to the first of them
+    double between;  // from the first to the last
+    double whole;    // from its beginning to the last
+  };
+  // Of the hours told since it was asked before. REQUIRES: one was.
+  [[nodiscard]] Hour takeHour();
 
  private:
   class Adding;

@@ -1,15 +1,9 @@
 // Calls over the socket: one client's waiting, and what sixteen get done together.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
 #include <chrono>
-#include <functional>
-#include <stdexcept>
-#include <system_error>
+#include <string>
 #include <vector>
 
+#include "ClientProcesses.h"
 #include "HostProgram.h"
 #include "Line.h"
 #include "Measure.h"
@@ -59,23 +53,16 @@ std::vector<double> waits(const Line& line, const Exchange& exchange) {
 }
 
 // A process for each client: as a client does, it waits for its own reply alone.
-void runInProcesses(const std::vector<Line>& lines, const Exchange& exchange) {
-  for (const Line& line : lines) {
-    const pid_t process = fork();
-    if (process < 0) throw std::system_error(errno, std::generic_category(), "fork");
-    if (process > 0) continue;
-    for (std::size_t i = 0; i < kCallsOfEach; ++i) exchange.once(line);
-    _exit(0);
-  }
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    int status = 0;
-    if (wait(&status) < 0 || status != 0) throw std::runtime_error("a client has failed");
-  }
-}
-
 double callsPerSecond(const std::vector<Line>& lines, const Exchange& exchange) {
+  ClientProcesses clients;
+  for (const Line& line : lines) {
+    clients.add([&] {
+      for (std::size_t i = 0; i < kCallsOfEach; ++i) exchange.once(line);
+    });
+  }
   const auto begin = Clock::now();
-  runInProcesses(lines, exchange);
+  clients.release();
+  clients.join();
   const std::chrono::duration<double> taken = Clock::now() - begin;
   return static_cast<double>(lines.size() * kCallsOfEach) / taken.count();
 }

@@ -27,7 +27,8 @@ std::string tableLine(const Cells& cells) {
 
 std::string number(double value, const char* unit) {
   std::array<char, 40> text{};
-  const double magnitude = value == 0 ? 0 : std::floor(std::log10(std::fabs(value)));
+  const bool hasMagnitude = value != 0 && std::isfinite(value);
+  const double magnitude = hasMagnitude ? std::floor(std::log10(std::fabs(value))) : 0;
   const int decimals = std::max(0, kSignificantDigits - 1 - static_cast<int>(magnitude));
   const bool whole = value == std::round(value);
   std::snprintf(text.data(), text.size(), "%.*f %s", whole ? 0 : decimals, value, unit);
@@ -74,6 +75,11 @@ void Report::addFailure(const Figure& figure, const std::string& why) {
   tell(m_lines.emplace_back(Line{&figure, figure.bound.widened(m_factor), std::nullopt, why}));
 }
 
+const char* Report::verdict(const Line& line) {
+  if (!line.isHeldTo()) return "told";
+  return line.holds() ? "ok" : "OVER";
+}
+
 void Report::tell(const Line& line) {
   const Figure& figure = *line.figure;
   Cells cells{figure.what, "", figure.floor, "", "", line.bound.text(), "FAILED: " + line.failure};
@@ -81,7 +87,7 @@ void Report::tell(const Line& line) {
     cells[1] = number(line.measured->figure, figure.unit);
     if (line.measured->floor) cells[3] = number(*line.measured->floor, figure.unit);
     cells[4] = comparison(*line.measured, line.bound);
-    cells[6] = line.holds() ? "ok" : "OVER";
+    cells[6] = verdict(line);
   }
   m_table << tableLine(cells) << std::flush;
 }
@@ -98,11 +104,13 @@ std::string Report::json() const {
     if (line.measured) row.update(valuesOf(*line.figure, *line.measured));
     if (!line.measured) row["failure"] = line.failure;
     row["bound"] = line.bound.text();
-    row["ok"] = line.holds();
+    if (line.isHeldTo() || !line.measured) row["ok"] = line.holds();
     whole["figures"].push_back(row);
   }
   whole["ok"] = allHold();
-  return whole.dump(2) + '\n';
+  // What a failure says may come from elsewhere, in whatever bytes.
+  constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
+  return whole.dump(2, ' ', false, kReplace) + '\n';
 }
 
 }  // namespace bench

@@ -29,9 +29,11 @@ class Report {
     std::optional<Measured> measured;
     std::string failure;
 
+    [[nodiscard]] bool isHeldTo() const { return bound.kind != Bound::Kind::none; }
     [[nodiscard]] bool holds() const { return measured && bound.holds(*measured); }
   };
 
+  [[nodiscard]] static const char* verdict(const Line& line);
   void tell(const Line& line);
 
   const double m_factor;

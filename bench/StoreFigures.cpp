@@ -80,19 +80,19 @@ std::string requestToSet(const std::string& value) {
 // What the host answers when it has accepted a set.
 std::string acceptanceOf(const Line& line) {
   line.send(requestToSet("2"));
-  std::string reply = line.takeFrame().bytes;
+  std::string reply = line.takeFrame().payload();
   if (reply.find(R"("ok":true)") == std::string::npos) throw std::runtime_error(reply);
   return reply;
 }
 
 double microsecondsToSet(const Line& line, const std::string& value, const std::string& accepted) {
   const std::string request = requestToSet(value);
-  std::string reply(accepted.size(), '\0');
+  Line::Taken reply;
   const double taken = microseconds([&] {
     line.send(request);
-    line.takeInto(reply);
+    reply = line.takeFrame();
   });
-  if (reply != accepted) throw std::runtime_error("not accepted: " + reply);
+  if (reply.payload() != accepted) throw std::runtime_error("not accepted: " + reply.payload());
   return taken;
 }
 

@@ -31,6 +31,12 @@ void measurePair(Findings&) {
   throw std::runtime_error("the disk has gone");
 }
 void measureNothing(Findings&) {}
+void measureTold(Findings& findings) {
+  findings["told"] = {6, 2, 3};
+}
+void measureBytes(Findings&) {
+  throw std::runtime_error("no answer but \xFF");
+}
 void measureSize(Findings&) {
   throw std::runtime_error("the size is not told");
 }
@@ -41,6 +47,8 @@ const std::vector<Figure> kFigures{
     {"one", "one of a pair", "", "", {Kind::atMost, 1}, measurePair},
     {"other", "the other", "", "", {Kind::atMost, 1}, measurePair},
     {"forgotten", "forgotten", "", "", {Kind::atMost, 1}, measureNothing},
+    {"told", "told alone", "once", "us", {Kind::none, 0}, measureTold},
+    {"bytes", "no text", "", "", {Kind::atMost, 1}, measureBytes},
     {"arm-size", "size", "", "bytes", {Kind::atMost, 65536, 0, false}, measureSize}};
 
 class BenchRun : public testing::Test {
@@ -116,6 +124,20 @@ TEST_F(BenchRun, EndsWithOneWhenAFigureCannotBeMeasured) {
 TEST_F(BenchRun, EndsWithOneWhenAMeasureForgetsAFigure) {
   EXPECT_EQ(run({"--only", "forgotten"}), 1);
   EXPECT_EQ(json()["figures"][0]["failure"], "it was not found");
+}
+
+TEST_F(BenchRun, PassesNoVerdictOnWhatIsHeldToNothing) {
+  EXPECT_EQ(run({"--only", "told"}), 0);
+  EXPECT_TRUE(tells("-  told\n")) << table();
+  EXPECT_FALSE(tells("ok")) << table();
+  EXPECT_DOUBLE_EQ(json()["figures"][0]["value"], 6);
+  EXPECT_FALSE(json()["figures"][0].contains("ok"));
+}
+
+TEST_F(BenchRun, WritesTheJsonWhateverBytesAFailureTells) {
+  EXPECT_EQ(run({"--only", "bytes", "--only", "count"}), 1);
+  EXPECT_EQ(json()["figures"][1]["failure"], "no answer but \uFFFD");
+  EXPECT_DOUBLE_EQ(json()["figures"][0]["value"], 2);
 }
 
 TEST_F(BenchRun, TakesTheSizeThatItIsTold) {
