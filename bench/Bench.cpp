@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <exception>
 #include <fstream>
 #include <map>
@@ -44,10 +45,29 @@ class Measures {
   std::map<Figure::Measure, std::string> m_failures;  // why figures of a measure are missing
 };
 
-void write(const std::filesystem::path& file, const std::string& text) {
-  std::ofstream stream(file);
-  stream << text;
-  if (!stream.flush()) throw std::runtime_error(file.string() + ": cannot be written");
+// A file that is opened before all measuring: one that cannot be is told at once.
+class JsonFile {
+ public:
+  explicit JsonFile(const std::filesystem::path& file) : m_file(file), m_stream(file) { check(); }
+  void write(const std::string& text) {
+    m_stream << text << std::flush;
+    check();
+  }
+
+ private:
+  void check() const {
+    if (!m_stream) throw std::runtime_error(m_file.string() + ": cannot be written");
+  }
+
+  const std::filesystem::path m_file;
+  std::ofstream m_stream;
+};
+
+// Empty for one. Ranges let through what is no number: it is not below and not above.
+std::string wrongNumber(const std::string& word) {
+  double number = 0;
+  const bool right = CLI::detail::lexical_cast(word, number) && std::isfinite(number);
+  return right ? "" : word + " is no finite number";
 }
 
 }  // namespace
@@ -75,13 +95,16 @@ int Bench::run(int argc, const char* const* argv) const {
   CLI::App app("Measures the clock beside its floors and holds it to its bounds.", "bench");
   app.add_option("--factor", options.factor,
                  "How much wider bounds are: of times, and of exponents above 1; not of counts")
-      ->check(CLI::Range(1.0, 100.0));
+      ->check(CLI::Range(1.0, 100.0))
+      ->check(wrongNumber);
   app.add_option("--json", options.json, "Where to write the table as JSON")->type_name("FILE");
   app.add_option("--only", options.only, "Figures to measure, by name")
       ->type_name("NAME")
       ->check([this](const std::string& name) { return wrongName(name); });
   app.add_option("--arm-size", options.armBytes, "Text and data of the plug-in for ARM")
-      ->type_name("BYTES");
+      ->type_name("BYTES")
+      ->check(CLI::PositiveNumber)
+      ->check(wrongNumber);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
@@ -96,6 +119,7 @@ bool Bench::wanted(const Figure& figure, const Options& options) const {
 }
 
 int Bench::measure(const Options& options) const {
+  JsonFile json(options.json);
   Findings told;
   if (options.armBytes > 0) told[kToldSize] = alone(options.armBytes);
   Measures measures(std::move(told));
@@ -103,7 +127,7 @@ int Bench::measure(const Options& options) const {
   for (const Figure& figure : m_figures) {
     if (wanted(figure, options)) measures.report(figure, report);
   }
-  write(options.json, report.json());
+  json.write(report.json());
   m_table << "as JSON in " << std::filesystem::proximate(options.json).string() << std::endl;
   return report.allHold() ? 0 : 1;
 }

@@ -17,7 +17,7 @@ class Bench {
       : m_figures(figures), m_json(std::move(json)), m_table(table) {}
 
   // The exit status: 0 all bounds hold, 1 one does not or could not be measured, 2 usage. Throws
-  // std::runtime_error when the JSON cannot be written.
+  // std::runtime_error when the JSON cannot be written; before it measures, if its file cannot.
   [[nodiscard]] int run(int argc, const char* const* argv) const;
 
  private:

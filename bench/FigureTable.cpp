@@ -74,6 +74,7 @@ constexpr auto kFigures = std::to_array<Figure>({
      measureArmSize},
     {"quiet-day-wakes", "quiet day: timers that expire", "", "", exactly(50, 51), measureQuietDay},
     {"quiet-day-writes", "quiet day: transactions", "", "", exactly(2, 2), measureQuietDay},
+    {"idle-wakes", "idle host, two seconds: wake-ups", "", "", exactly(0, 0), measureIdle},
     {"year", "simulated year, no network", "", "ms", atMost(50), measureYear},
     {"year-network", "the same, network up, client restarts", "", "ms", atMost(50),
      measureNetworkYear},

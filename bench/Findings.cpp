@@ -10,10 +10,6 @@ Measured differenceOf(const Rounds& rounds) {
   return {rounds.figure(), rounds.floor(), rounds.difference()};
 }
 
-Measured besides(double figure, double floor) {
-  return {figure, floor, figure - floor};
-}
-
 Measured alone(double figure) {
   return {figure, std::nullopt, figure};
 }

@@ -15,10 +15,9 @@ struct Measured {
   double compared = 0;          // what its bound is held against
 };
 
-// The four ways to compare.
+// The three ways to compare.
 [[nodiscard]] Measured ratioOf(const Rounds& rounds);
 [[nodiscard]] Measured differenceOf(const Rounds& rounds);
-[[nodiscard]] Measured besides(double figure, double floor);  // one number each: their difference
 [[nodiscard]] Measured alone(double figure);
 
 // By the names of figures.

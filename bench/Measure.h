@@ -19,6 +19,7 @@ void measureStart(Findings& findings);
 void measureMemory(Findings& findings);
 void measureArmSize(Findings& findings);
 void measureQuietDay(Findings& findings);
+void measureIdle(Findings& findings);
 void measureYear(Findings& findings);
 void measureNetworkYear(Findings& findings);
 void measureWeekOfClients(Findings& findings);

@@ -10,6 +10,7 @@
 
 #include "Child.h"
 #include "Folder.h"
+#include "FolderState.h"
 #include "Measure.h"
 #include "SpawnCount.h"
 #include "StoreCount.h"
@@ -143,6 +144,11 @@ double costOfStartsAlone() {
   });
 }
 
+// What is written is written in transactions: they could not be counted otherwise.
+void requireNoChange(const std::string& file) {
+  if (!file.empty()) throw std::runtime_error("a quiet day has changed " + file);
+}
+
 }  // namespace
 
 // The second day, so that what the start itself does is behind.
@@ -154,9 +160,11 @@ void measureQuietDay(Findings& findings) {
   telephone.set("sntp-addr", "127.0.0.1");
   telephone.clock().advance(hours(24) + std::chrono::minutes(30));
   const auto before = telephone.clock().expiriesDelivered();
+  const FolderState files(disk.path());
   const StoreCount count;
   telephone.clock().advance(hours(24));
   const auto expiries = telephone.clock().expiriesDelivered() - before;
+  requireNoChange(FolderState(disk.path()).changeSince(files));
   findings["quiet-day-wakes"] = alone(static_cast<double>(expiries));
   findings["quiet-day-writes"] = alone(static_cast<double>(count.transactions()));
 }

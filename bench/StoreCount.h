@@ -8,7 +8,7 @@ namespace bench {
 class StoreCount {
  public:
   StoreCount();
-  [[nodiscard]] std::size_t syncs() const;         // calls of fsync, fdatasync and their like
+  [[nodiscard]] std::size_t syncs() const;         // calls of fsync and fdatasync
   [[nodiscard]] std::size_t transactions() const;  // committed, that wrote something
 
  private:

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
 #include "Bench.h"
@@ -20,11 +21,19 @@ void leaveEnvironment() {
   if (!kept.empty()) setenv("TMPDIR", kept.c_str(), 1);
 }
 
+// What the compiler was not asked to make fast tells nothing of what ships.
+void requireOptimised() {
+#if !defined(__OPTIMIZE__)
+  throw std::logic_error("built without optimisation: nothing is measured");
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   try {
+    requireOptimised();
     leaveEnvironment();
     bench::pinTo(bench::lastProcessor());
     return bench::Bench(bench::figures(), BENCH_JSON, std::cout).run(argc, argv);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
@@ -34,6 +35,9 @@ void measureNothing(Findings&) {}
 void measureTold(Findings& findings) {
   findings["told"] = {6, 2, 3};
 }
+void measureLost(Findings& findings) {
+  findings["lost"] = bench::alone(std::numeric_limits<double>::infinity());
+}
 void measureBytes(Findings&) {
   throw std::runtime_error("no answer but \xFF");
 }
@@ -48,6 +52,7 @@ const std::vector<Figure> kFigures{
     {"other", "the other", "", "", {Kind::atMost, 1}, measurePair},
     {"forgotten", "forgotten", "", "", {Kind::atMost, 1}, measureNothing},
     {"told", "told alone", "once", "us", {Kind::none, 0}, measureTold},
+    {"lost", "lost", "", "us", {Kind::atMost, 1}, measureLost},
     {"bytes", "no text", "", "", {Kind::atMost, 1}, measureBytes},
     {"arm-size", "size", "", "bytes", {Kind::atMost, 65536, 0, false}, measureSize}};
 
@@ -159,9 +164,26 @@ TEST_F(BenchRun, WritesTheJsonWhereItIsTold) {
   EXPECT_FALSE(std::filesystem::exists(m_folder / "bench.json"));
 }
 
-TEST_F(BenchRun, ThrowsWhenTheJsonCannotBeWritten) {
+TEST_F(BenchRun, ThrowsBeforeItMeasuresWhenTheJsonCannotBeWritten) {
   const std::string file = m_folder / "none/other.json";
-  EXPECT_THROW(run({"--only", "three", "--json", file.c_str()}), std::runtime_error);
+  g_pairs = 0;
+  EXPECT_THROW(run({"--only", "one", "--json", file.c_str()}), std::runtime_error);
+  EXPECT_EQ(g_pairs, 0);
+}
+
+TEST_F(BenchRun, RefusesNumbersThatAreNone) {
+  testing::internal::CaptureStderr();
+  for (const char* const number : {"nan", "inf", "-inf", "0", "much"}) {
+    EXPECT_EQ(run({"--only", "three", "--factor", number}), 2) << number;
+    EXPECT_EQ(run({"--only", "arm-size", "--arm-size", number}), 2) << number;
+  }
+  testing::internal::GetCapturedStderr();
+}
+
+TEST_F(BenchRun, TellsAFigureThatIsNoNumber) {
+  EXPECT_EQ(run({"--only", "lost"}), 1);
+  EXPECT_TRUE(tells("inf us")) << table();
+  EXPECT_TRUE(tells("OVER")) << table();
 }
 
 TEST_F(BenchRun, RefusesWordsThatItDoesNotKnow) {
