@@ -63,6 +63,8 @@ constexpr auto kFigures = std::to_array<Figure>({
     {"set-data-fewest-syncs", "accepted set: syncs, the fewest", "", "", exactly(1, 1),
      measureSyncs},
     {"set-data-most-syncs", "the same, the most", "", "", exactly(1, 1), measureSyncs},
+    {"set-data-folding", "2,340 sets: syncs besides, for folding", "", "", countedAtMost(14),
+     measureSyncs},
     {"observers-1000", "event to 1,000 observers in process", "1,000 virtual calls", "us",
      ratioAtMost(2), measureObservers},
     {"subscribers-100", "event to 100 remote subscribers", "100 sends", "us", ratioAtMost(2),

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <functional>
+#include <utility>
 
 #include "DataStorage.h"
 #include "Invoker.h"
@@ -37,6 +39,7 @@ struct Device::Parts {
   Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOptions& theOptions);
 
   void openStores();
+  void foldLogsLater();
   void beginLogs() const;
   void fillInValues();
   void presetFallbackTime();
@@ -80,6 +83,16 @@ void Device::Parts::openStores() {
   store = dynamic_cast<DataAccess*>(storeService);
   securityLog = options.securityLogInMemory ? std::make_unique<SecurityLog>()
                                             : std::make_unique<SecurityLog>(options.state);
+  foldLogsLater();
+}
+
+// Whoever has made a log long has the answer by then, on whatever thread it was.
+void Device::Parts::foldLogsLater() {
+  const auto later = [this](std::function<void()> task) {
+    managementThread.postForLater(std::move(task));
+  };
+  if (ownStore) ownStore->foldLater(later);
+  securityLog->foldLater(later);
 }
 
 void Device::Parts::beginLogs() const {

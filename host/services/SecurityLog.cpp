@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "platform/ShownText.h"
 #include "services/SqliteDatabase.h"
@@ -90,6 +91,16 @@ void SecurityLog::shutdown() {}
 void SecurityLog::beginLog() {
   const std::lock_guard lock(m_mutex);
   m_database->beginLog();
+}
+
+void SecurityLog::foldLater(Later later) {
+  const std::lock_guard lock(m_mutex);
+  m_database->foldLater([this, later = std::move(later)] { later([this] { fold(); }); });
+}
+
+void SecurityLog::fold() {
+  const std::lock_guard lock(m_mutex);
+  m_database->fold();
 }
 
 void SecurityLog::record(std::time_t time, int facility, int severity, int eventClass,

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -54,6 +55,10 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   // See SqliteDatabase::beginLog. The first record after it is not synced, either.
   void beginLog();
 
+  // As SqliteDataAccess::foldLater.
+  using Later = std::function<void(std::function<void()>)>;
+  void foldLater(Later later);
+
   void record(std::time_t time, int facility, int severity, int eventClass, int eventCode,
               bool failure, const std::string& text, const std::string& subject,
               const std::string& origin) override;
@@ -71,6 +76,8 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
 
  private:
   explicit SecurityLog(std::unique_ptr<SqliteDatabase> database);
+
+  void fold();
 
   std::mutex m_mutex;  // guards what follows
   std::unique_ptr<SqliteDatabase> m_database;

@@ -1,5 +1,7 @@
 #include "services/SqliteDataAccess.h"
 
+#include <utility>
+
 #include "services/SqliteDatabase.h"
 #include "services/SqliteStatement.h"
 
@@ -32,6 +34,16 @@ void SqliteDataAccess::shutdown() {}
 void SqliteDataAccess::beginLog() {
   const std::lock_guard lock(m_mutex);
   m_database->beginLog();
+}
+
+void SqliteDataAccess::foldLater(Later later) {
+  const std::lock_guard lock(m_mutex);
+  m_database->foldLater([this, later = std::move(later)] { later([this] { fold(); }); });
+}
+
+void SqliteDataAccess::fold() {
+  const std::lock_guard lock(m_mutex);
+  m_database->fold();
 }
 
 bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key,

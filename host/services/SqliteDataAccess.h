@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -34,11 +35,18 @@ class SqliteDataAccess : public Executable, public DataAccess {
   // See SqliteDatabase::beginLog. The first set after it is one sync, too.
   void beginLog();
 
+  // Folds a long log by a task that it hands to `later`, and no longer within a set.
+  // REQUIRES: tasks run before this goes, on a thread that is not inside a set.
+  using Later = std::function<void(std::function<void()>)>;
+  void foldLater(Later later);
+
   bool setItem(const std::string& schema, const std::string& key,
                const std::string& value) override;
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
 
  private:
+  void fold();
+
   std::mutex m_mutex;  // guards the database and its statements
   std::unique_ptr<SqliteDatabase> m_database;
   std::unique_ptr<SqliteStatement> m_set;

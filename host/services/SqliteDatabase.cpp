@@ -19,6 +19,9 @@ namespace {
 // For the last host to let go of the file after it was killed.
 constexpr int kBusyMilliseconds = 500;
 
+// SQLite's own measure. The longest log that there can be is twice as long.
+constexpr int kLongLog = 1000;  // pages
+
 // Why a file is of no use. Never leaves this source.
 struct Damaged {
   std::string reason;
@@ -97,23 +100,67 @@ SqliteDatabase::SqliteDatabase(const SqliteStore& store)
 // What closing would do without a word when it fails. Nothing is lost then: the log stays, and is
 // read when the file is opened again.
 SqliteDatabase::~SqliteDatabase() {
-  const int code =
-      sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-  if (code != SQLITE_OK) logFailure("moving the log into the file");
+  if (!moveLogIntoFile()) logFailure("moving the log into the file");
 }
 
 void SqliteDatabase::Close::operator()(sqlite3* handle) const {
   sqlite3_close_v2(handle);
 }
 
-// Writing the version again changes nothing and is a transaction all the same.
 void SqliteDatabase::beginLog() {
   std::error_code missing;
   const auto size = std::filesystem::file_size(m_name + "-wal", missing);
-  if (!missing && size > 0) return;
+  if (missing || size == 0) writeVersion();
+}
+
+// Writing it again changes nothing and is a transaction all the same.
+void SqliteDatabase::writeVersion() {
   const std::string change = "PRAGMA user_version=" + std::to_string(m_version);
   const int code = sqlite3_exec(handle(), change.c_str(), nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) logFailure("beginning the log");
+}
+
+// SQLite folds by a hook of this kind, which this one replaces.
+void SqliteDatabase::foldLater(std::function<void()> due) {
+  m_foldIsDue = std::move(due);
+  sqlite3_wal_hook(handle(), onChange, this);
+}
+
+int SqliteDatabase::onChange(void* self, sqlite3*, const char*, int pages) {
+  static_cast<SqliteDatabase*>(self)->noteLogOf(pages);
+  return SQLITE_OK;
+}
+
+void SqliteDatabase::noteLogOf(int pages) {
+  if (pages < kLongLog) {
+    m_asked = false;
+  } else if (pages >= 2 * kLongLog) {
+    // When it fails the change is made all the same, and the next one tries again.
+    static_cast<void>(moveLogIntoFile());
+  } else if (!m_asked) {
+    askToFold();
+  }
+}
+
+// Without the memory to ask with, the next change asks.
+void SqliteDatabase::askToFold() try {
+  m_foldIsDue();
+  m_asked = true;
+} catch (const std::exception&) {
+  m_asked = false;
+}
+
+void SqliteDatabase::fold() {
+  if (moveLogIntoFile()) {
+    writeVersion();
+  } else {
+    logFailure("moving the log into the file");
+  }
+}
+
+bool SqliteDatabase::moveLogIntoFile() const {
+  return sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
+                                   nullptr) == SQLITE_OK;
 }
 
 void SqliteDatabase::logFailure(const char* what) const {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +37,14 @@ class SqliteDatabase {
   // of its own, for which the first change need not wait then. It tries again after a failure.
   void beginLog();
 
+  // The write-ahead log is folded into the file when it is long, which takes syncs of its own. From
+  // now on `due` is called instead, once, within the change that made the log long: it sees to it
+  // that fold is called soon. Where nobody does, a change folds a log of twice the length itself.
+  void foldLater(std::function<void()> due);
+
+  // Folds the log into the file and begins it again, so that the next change is one sync.
+  void fold();
+
   // Writes one log line: what failed, with SQLite's own words for it.
   void logFailure(const char* what) const;
 
@@ -44,6 +53,11 @@ class SqliteDatabase {
     void operator()(sqlite3* handle) const;
   };
 
+  static int onChange(void* self, sqlite3* handle, const char* name, int pages);
+  void noteLogOf(int pages);
+  [[nodiscard]] bool moveLogIntoFile() const;
+  void writeVersion();
+  void askToFold();
   std::optional<std::string> damageOnOpening(const SqliteStore& store);
   void create();
   void open(const SqliteStore& store);
@@ -57,6 +71,8 @@ class SqliteDatabase {
   std::string m_name;  // the file's path, or ":memory:"
   const int m_version;
   bool m_made = false;  // the file is this object's
+  std::function<void()> m_foldIsDue;
+  bool m_asked = false;  // to fold, since the log was begun
   std::unique_ptr<sqlite3, Close> m_handle;
 };
 
