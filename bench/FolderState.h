@@ -2,11 +2,11 @@
 
 #include <sys/types.h>
 
-#include <compare>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <tuple>
 
 namespace bench {
 
@@ -20,13 +20,8 @@ class FolderState {
   [[nodiscard]] std::string changeSince(const FolderState& before) const;
 
  private:
-  struct File {
-    ino_t node;
-    std::int64_t size;
-    std::int64_t written;  // ns
-
-    auto operator<=>(const File&) const = default;
-  };
+  // Its number in the file system, its size, and when it was written, in nanoseconds.
+  using File = std::tuple<ino_t, std::int64_t, std::int64_t>;
   using Files = std::map<std::string, File>;
 
   [[nodiscard]] static bool isDatabase(const std::filesystem::path& file);
