@@ -5,15 +5,16 @@
 
 namespace simulation {
 
-enum class AddressKind { none, name, ipv4, ipv6, ipv6InBrackets, wrong };
+enum class AddressKind { name, ipv4, ipv6, ipv6InBrackets, wrong };
 
 struct Address {
   std::string_view text;
   AddressKind kind;
+  std::string_view resolved{};  // of a name: its address, a row of its own; none if nobody knows it
 };
 
 // What lives enter as the NTP server, and what each is.
-inline constexpr std::array<Address, 16> kAddresses{{
+inline constexpr std::array<Address, 21> kAddresses{{
     {"", AddressKind::wrong},
     {"0.0.0.0", AddressKind::ipv4},
     {"::", AddressKind::ipv6},
@@ -30,13 +31,22 @@ inline constexpr std::array<Address, 16> kAddresses{{
     {"no such host", AddressKind::wrong},
     {"-ntp.example", AddressKind::wrong},
     {"2001:db8:::1", AddressKind::wrong},
+    {"ntp.example", AddressKind::name, "198.51.100.255"},
+    {"timeserver", AddressKind::name, "192.0.2.1"},
+    {"ntp6.example", AddressKind::name, "2001:db8::1"},
+    {"far-away.ntp6.example.", AddressKind::name, "2001:db8:1:2:3:4:5:6"},
+    {"gone.example", AddressKind::name},
 }};
 
-[[nodiscard]] constexpr AddressKind kindOf(std::string_view text) {
+[[nodiscard]] constexpr Address addressOf(std::string_view text) {
   for (const Address& address : kAddresses) {
-    if (address.text == text) return address.kind;
+    if (address.text == text) return address;
   }
-  return AddressKind::wrong;
+  return {text, AddressKind::wrong};
+}
+
+[[nodiscard]] constexpr AddressKind kindOf(std::string_view text) {
+  return addressOf(text).kind;
 }
 
 }  // namespace simulation

@@ -127,6 +127,8 @@ std::string describeDevice(const Step& step) {
       return onOff(step, "the store cannot be read", "the store can be read again");
     case Act::launchFails:
       return onOff(step, "programs cannot be started", "programs can be started again");
+    case Act::lookupsFail:
+      return onOff(step, "lookups of names fail", "lookups of names work again");
     case Act::service:
       return step.texts[0] + onOff(step, " appears", " is gone");
     case Act::logLevel:

@@ -30,6 +30,7 @@ enum class Act {
   storeRefuses,  // numbers: 1 sets are refused, 0 no longer
   storeSilent,   // numbers: 1 nothing can be read, 0 no longer
   launchFails,   // numbers: 1 programs cannot be started, 0 no longer
+  lookupsFail,   // numbers: 1 no name can be looked up, 0 no longer
   service,       // texts: name; numbers: 1 there, 0 gone
   mayReset,      // texts: key; numbers: 1 it is the user's, 0 it is not
   logLevel,      // numbers: 0-6

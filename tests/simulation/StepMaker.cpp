@@ -29,7 +29,7 @@ const StepMaker::Weighted StepMaker::kMakers[] = {
     {80, &StepMaker::deviceValue},    {10, &StepMaker::outsideStore}, {100, &StepMaker::call},
     {25, &StepMaker::remoteObserver}, {10, &StepMaker::badCall},      {35, &StepMaker::observer},
     {50, &StepMaker::report},         {15, &StepMaker::jack},         {40, &StepMaker::setByHand},
-    {15, &StepMaker::setSeconds},     {25, &StepMaker::trouble},      {10, &StepMaker::service},
+    {15, &StepMaker::setSeconds},     {30, &StepMaker::trouble},      {10, &StepMaker::service},
     {8, &StepMaker::fallbackFile},    {12, &StepMaker::oddity},       {15, &StepMaker::restart}};
 
 Step StepMaker::next(const ClockModel& model) {
@@ -142,7 +142,7 @@ Step StepMaker::observer(const ClockModel&) {
 Step StepMaker::trouble(const ClockModel&) {
   const auto on = static_cast<std::int64_t>(m_chance.oneIn(3));
   static const std::vector<Act> kinds{Act::storeRefuses, Act::storeRefuses, Act::storeSilent,
-                                      Act::launchFails};
+                                      Act::launchFails, Act::lookupsFail};
   return numbers(m_chance.oneOf(kinds), {on});
 }
 

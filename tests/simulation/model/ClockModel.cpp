@@ -90,6 +90,7 @@ void ClockModel::applyToDevice(const Step& step) {
   if (step.act == Act::storeRefuses) m_store.refuses = on;
   if (step.act == Act::storeSilent) m_store.silent = on;
   if (step.act == Act::launchFails) m_launchFails = on;
+  if (step.act == Act::lookupsFail) m_lookupsFail = on;
   if (step.act == Act::logLevel) m_logLevel = static_cast<int>(step.numbers[0]);
   if (step.act == Act::fallbackFile) m_fallbackFile = step.texts[0];
   if (step.act == Act::service && on) m_services.insert(step.texts[0]);

@@ -95,6 +95,7 @@ class ClockModel {
 
   // ModelClient.cpp: network and NTP client
   void startClient();
+  std::string serverAddress();
   void endClient();
   void armRestart();
   void seedOnce();
@@ -144,6 +145,7 @@ class ClockModel {
   std::map<std::string, bool> m_mayReset;
   std::optional<std::string> m_fallbackFile;
   bool m_launchFails = false;
+  bool m_lookupsFail = false;
   int m_logLevel = 4;
 
   // Of one run of the service.

@@ -8,10 +8,12 @@ namespace simulation {
 
 void ClockModel::startClient() {
   if (!m_networkUp || !m_settings.hasServer()) return;
-  const bool ipv6 = kindOf(m_settings.server) == AddressKind::ipv6;
+  const std::string address = serverAddress();
+  if (address.empty()) return;  // not a word, and a client that runs goes on
+  const bool ipv6 = kindOf(address) == AddressKind::ipv6;
   const bool traced = m_logLevel == 6;
   const std::string line =
-      "sbin/ntpclient -s -c 525600 -i 3600 -n 15 -h " + m_settings.server + (ipv6 ? " -6" : " -4");
+      "sbin/ntpclient -s -c 525600 -i 3600 -n 15 -h " + address + (ipv6 ? " -6" : " -4");
   m_journal.add("system log startNTPClient() => \" " + line + (traced ? " -L" : " NULL") +
                 " NULL\"\n");
   endClient();
@@ -19,6 +21,14 @@ void ClockModel::startClient() {
                 " under TZ=" + m_tz);
   m_clientRuns = !m_launchFails;
   if (m_launchFails) complain("ntpclient couldn't be started");
+}
+
+// A name is looked up at each start: empty when that fails.
+std::string ClockModel::serverAddress() {
+  const Address server = addressOf(m_settings.server);
+  if (server.kind != AddressKind::name) return m_settings.server;
+  m_journal.add("looks up " + m_settings.server);
+  return m_lookupsFail ? std::string() : std::string(server.resolved);
 }
 
 void ClockModel::endClient() {

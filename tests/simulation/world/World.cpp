@@ -117,6 +117,9 @@ void World::applyToDevice(const Step& step) {
     case Act::launchFails:
       deviceParts().launchFails = on;
       break;
+    case Act::lookupsFail:
+      deviceParts().lookupsFail = on;
+      break;
     case Act::logLevel:
       host::LogBook::instance().setLevel(whole(step.numbers[0]));
       break;

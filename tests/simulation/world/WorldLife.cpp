@@ -50,6 +50,7 @@ void startProcess() {
 World::World() : m_log(std::make_shared<RecordingLog>(m_journal)) {
   deviceParts().journal = &m_journal;
   deviceParts().launchFails = false;
+  deviceParts().lookupsFail = false;
   deviceParts().beforeWaiting = [this] { m_listener.hangUp(); };
   host::LogBook::instance().setLevel(host::LogBook::kDefaultLevel);
   host::LogBook::instance().addSink(m_log);
