@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kLengthSize = 4;
 
-constexpr std::chrono::seconds kPatience{10};
+constexpr std::chrono::seconds kAnswerPatience{10};
 
 std::system_error failure(const std::string& what) {
   return {errno, std::generic_category(), what};
@@ -28,7 +28,7 @@ std::system_error failure(const std::string& what) {
 // A socket that gives up on who does not answer, or does not listen.
 host::Descriptor patientSocket() {
   host::Descriptor descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const timeval limit{kPatience.count(), 0};
+  const timeval limit{kAnswerPatience.count(), 0};
   for (const int which : {SO_RCVTIMEO, SO_SNDTIMEO}) {
     if (setsockopt(descriptor.get(), SOL_SOCKET, which, &limit, sizeof limit) != 0) {
       throw failure("socket");
@@ -56,7 +56,7 @@ Line::Line(const std::filesystem::path& socket, const FolderWatch& watch)
 }
 
 void Line::connect(const std::filesystem::path& socket, const FolderWatch& watch) const {
-  const auto end = std::chrono::steady_clock::now() + kPatience;
+  const auto end = std::chrono::steady_clock::now() + kAnswerPatience;
   while (!connects(m_descriptor.get(), socket)) {
     if (std::chrono::steady_clock::now() > end) throw std::runtime_error("nobody listens");
     // Between bind and listen there is nothing to sleep on.
