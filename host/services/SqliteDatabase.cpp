@@ -114,7 +114,7 @@ void SqliteDatabase::beginLog() {
 }
 
 // Writing it again changes nothing and is a transaction all the same.
-void SqliteDatabase::writeVersion() {
+void SqliteDatabase::writeVersion() const {
   const std::string change = "PRAGMA user_version=" + std::to_string(m_version);
   const int code = sqlite3_exec(handle(), change.c_str(), nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) logFailure("beginning the log");

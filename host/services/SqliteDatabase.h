@@ -56,7 +56,7 @@ class SqliteDatabase {
   static int onChange(void* self, sqlite3* handle, const char* name, int pages);
   void noteLogOf(int pages);
   [[nodiscard]] bool moveLogIntoFile() const;
-  void writeVersion();
+  void writeVersion() const;
   void askToFold();
   std::optional<std::string> damageOnOpening(const SqliteStore& store);
   void create();
