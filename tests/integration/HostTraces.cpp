@@ -51,7 +51,7 @@ std::filesystem::path folderOfTheHostOf(pid_t program) {
   while (std::chrono::steady_clock::now() < deadline) {
     for (const auto& process : processes()) {
       if (!isParentOf(process, program)) continue;
-      const auto folder = folderAmong(commandLineOf(process));
+      auto folder = folderAmong(commandLineOf(process));
       if (!folder.empty()) return folder;
     }
   }
