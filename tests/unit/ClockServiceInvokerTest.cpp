@@ -61,6 +61,18 @@ TEST_F(ClockServiceInvokerTest, RequestIsAnsweredOnceAndTheResponseDeleted) {
   EXPECT_EQ(m_service.calls(), Lines{"getTime"});
 }
 
+TEST_F(ClockServiceInvokerTest, WithoutAContextARequestIsLoggedAndNotAnswered) {
+  const LogCapture log;
+  Outcome outcome;
+  const std::string message = "call getTime\n";
+  ClockServiceInvoker().handleMessage(&m_service, message.data(), static_cast<int>(message.size()),
+                                      new Response(outcome, "text"));
+  EXPECT_TRUE(outcome.replies.empty());
+  EXPECT_TRUE(outcome.deleted);
+  EXPECT_TRUE(m_service.calls().empty());
+  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n");
+}
+
 TEST_F(ClockServiceInvokerTest, EachRequestIsHandledByItself) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ(send(&m_service, "call getTime\n").replies.size(), 1U);
   EXPECT_EQ(m_service.calls().size(), 3U);
