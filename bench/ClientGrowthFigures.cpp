@@ -33,12 +33,10 @@ void makeRoomForClients() {
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlim_t wanted = kNumbers.back() + 100;
-  if (limit.rlim_max < wanted) {
-    throw std::runtime_error(std::to_string(wanted) + " open files are needed; the limit here is " +
-                             std::to_string(limit.rlim_max));
-  }
-  limit.rlim_cur = std::max(limit.rlim_cur, wanted);
-  setrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit raised{std::max(limit.rlim_cur, wanted), std::max(limit.rlim_max, wanted)};
+  if (setrlimit(RLIMIT_NOFILE, &raised) == 0) return;
+  throw std::runtime_error(std::to_string(wanted) + " open files are needed; the limit here is " +
+                           std::to_string(limit.rlim_max));
 }
 
 bool isAlone(const Line& control) {
