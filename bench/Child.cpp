@@ -1,8 +1,10 @@
 #include "Child.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,6 +33,17 @@ class Silence {
   posix_spawn_file_actions_t m_actions{};
 };
 
+constexpr int kUntilItEnds = 10'000;  // milliseconds for a program that was asked to end
+
+bool endsInTime(pid_t id) {
+  const int process = static_cast<int>(syscall(SYS_pidfd_open, id, 0));
+  if (process < 0) return false;
+  pollfd waiting{process, POLLIN, 0};
+  const bool ended = poll(&waiting, 1, kUntilItEnds) == 1;
+  close(process);
+  return ended;
+}
+
 }  // namespace
 
 Child::Child(const std::vector<std::string>& words) {
@@ -47,6 +60,7 @@ Child::Child(const std::vector<std::string>& words) {
 Child::~Child() {
   if (m_id < 0) return;
   kill(m_id, SIGTERM);
+  if (!endsInTime(m_id)) kill(m_id, SIGKILL);
   waitForEnd();
 }
 

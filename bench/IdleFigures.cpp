@@ -1,5 +1,7 @@
 // What a host's threads do while nobody asks it anything.
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -15,6 +17,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kSettling{500};  // what a start leaves to be done later
 constexpr std::chrono::seconds kIdle{2};
+constexpr int kLooks = 3;
 
 std::size_t sleepsOf(const std::filesystem::path& thread) {
   std::ifstream status(thread / "status");
@@ -34,6 +37,18 @@ std::size_t sleepsOf(pid_t process) {
   return count;
 }
 
+// What wakes now and then does so in each of the looks; what a busy machine has left over from the
+// start, in the first.
+std::size_t fewestSleepsOf(pid_t process) {
+  std::size_t fewest = SIZE_MAX;
+  for (int look = 0; look < kLooks && fewest > 0; ++look) {
+    const std::size_t before = sleepsOf(process);
+    std::this_thread::sleep_for(kIdle);
+    fewest = std::min(fewest, sleepsOf(process) - before);
+  }
+  return fewest;
+}
+
 }  // namespace
 
 // Far from a full hour, at the speed of real time.
@@ -44,9 +59,7 @@ void measureIdle(Findings& findings) {
   line.send(callOf("getTime"));
   static_cast<void>(line.takeFrame());
   std::this_thread::sleep_for(kSettling);
-  const std::size_t before = sleepsOf(host.process());
-  std::this_thread::sleep_for(kIdle);
-  findings["idle-wakes"] = alone(static_cast<double>(sleepsOf(host.process()) - before));
+  findings["idle-wakes"] = alone(static_cast<double>(fewestSleepsOf(host.process())));
 }
 
 }  // namespace bench

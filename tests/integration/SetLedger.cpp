@@ -1,6 +1,7 @@
 #include "integration/SetLedger.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace integration {
 
@@ -17,6 +18,7 @@ void SetLedger::answered(const std::string& key, Number set, bool accepted) {
   Entry& entry = m_entries.at(key);
   const auto answered = std::find_if(entry.since.begin(), entry.since.end(),
                                      [set](const Set& one) { return one.number == set; });
+  if (answered == entry.since.end()) throw std::out_of_range("no set is waiting for this answer");
   answered->refused = !accepted;
   if (!accepted) return;
   entry.kept = answered->value;

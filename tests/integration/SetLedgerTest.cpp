@@ -108,6 +108,12 @@ TEST_F(SetLedgerOfAKey, KnowsEachKeyByItself) {
   EXPECT_EQ(ledger.keys(), (std::vector<std::string>{kKey, "other"}));
 }
 
+TEST_F(SetLedgerOfAKey, RefusesAnAnswerThatNoSetWaitsFor) {
+  const auto set = ask("one");
+  accept(set);
+  EXPECT_THROW(accept(set), std::out_of_range);
+}
+
 TEST(SetLedger, RefusesAKeyThatHasNotBegun) {
   SetLedger ledger;
   EXPECT_THROW(static_cast<void>(ledger.allows(kKey, "")), std::out_of_range);

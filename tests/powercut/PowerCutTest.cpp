@@ -43,7 +43,9 @@ TEST(PowerCut, LoadTellsWhatItMetBesideTheHostsEnd) {
   // Somebody else sets the clock between the reporter's setting and its saving of the time.
   const auto deadline = std::chrono::steady_clock::now() + kLimit;
   while (load.fault().empty() && std::chrono::steady_clock::now() < deadline) {
-    ASSERT_TRUE(client->control(R"({"verb":"clock","action":"jump","seconds":1})", kLimit));
+    const auto reply = client->control(R"({"verb":"clock","action":"jump","seconds":1})", kLimit);
+    EXPECT_TRUE(reply);
+    if (!reply) break;  // the load's threads end when the host has
   }
   host.end(SIGKILL);
   load.end();
