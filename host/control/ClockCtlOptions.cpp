@@ -93,6 +93,10 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
     throw UsageError(clippedText(error.what(), kLongestComplaint) +
                      "; `clockctl --help` lists options and verbs");
   }
+  if (options.verb == std::vector<std::string>{"help"}) {
+    out << helpText(app);
+    return std::nullopt;
+  }
   options.timeout = limitOf(timeout);
   return options;
 }

@@ -72,6 +72,15 @@ TEST(ClockCtlOptions, HelpListsEveryVerb) {
   EXPECT_NE(out.str().find("--timeout"), std::string::npos);
 }
 
+TEST(ClockCtlOptions, TheWordHelpIsTheOption) {
+  std::ostringstream byWord;
+  std::ostringstream byOption;
+  EXPECT_EQ(readClockCtlOptions(Words{"help"}, "/default", byWord), std::nullopt);
+  EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", byOption), std::nullopt);
+  EXPECT_EQ(byWord.str(), byOption.str());
+  EXPECT_TRUE(read("help me")) << "no such verb, as the table says";
+}
+
 struct Outcome {
   int status;
   std::string out;
