@@ -40,6 +40,7 @@ void prepareProcess(const HostOptions& options) {
   LogBook::instance().setLevel(options.logLevel);
   if (!options.deviceRoot.empty()) setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
   ProgramMap::instance().setStandInFolder(defaultPaths().standIns);
+  if (options.systemClock) ProgramMap::instance().allowDevicePrograms();
   for (const auto& [device, path] : options.programs) {
     ProgramMap::instance().set(device, std::filesystem::absolute(path));
   }

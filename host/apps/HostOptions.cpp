@@ -83,7 +83,8 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
   app.add_option("--log-level", options.logLevel, "From 0, fatal only, to 6, everything")
       ->type_name("0..6")
       ->check(CLI::Range(0, 6));
-  app.add_option("--program", words.programs, "What runs for a program of the device")
+  app.add_option("--program", words.programs,
+                 "What runs for a device program instead of its stand-in")
       ->type_name("DEVICEPATH=PATH")
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false)

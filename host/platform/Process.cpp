@@ -82,9 +82,8 @@ class SpawnPlan {
   posix_spawnattr_t attributes;
 };
 
-void complain(const std::string& program, int error) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(),
-            std::strerror(error));
+void complain(const std::string& program, const char* why) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(), why);
 }
 
 // A child that is running, and the thread that reaps it the moment it ends.
@@ -162,12 +161,16 @@ struct Process::Impl {
 
   // The child's id, or 0: it is not running.
   pid_t spawn() {
-    const std::string program = host::ProgramMap::instance().resolve(arguments.front());
+    const auto program = host::ProgramMap::instance().resolve(arguments.front());
+    if (!program) {
+      complain(arguments.front(), "nothing stands in for it; name a program with --program");
+      return 0;
+    }
     pid_t pid = 0;
-    int error = obstacle(program);
-    if (error == 0) error = spawn(program, pid);
+    int error = obstacle(*program);
+    if (error == 0) error = spawn(*program, pid);
     if (error == 0) return pid;
-    complain(program, error);
+    complain(*program, std::strerror(error));
     return 0;
   }
 
@@ -202,7 +205,7 @@ int Process::launch() {
     m_impl->child.emplace(pid, m_impl->ownGroup());
   } catch (const std::system_error& error) {
     endAtOnce(pid);
-    complain(m_impl->arguments.front(), error.code().value());
+    complain(m_impl->arguments.front(), std::strerror(error.code().value()));
     return 0;
   }
   return pid;

@@ -30,19 +30,25 @@ void ProgramMap::setStandInFolder(const std::string& folder) {
   m_standIns = folder;
 }
 
+void ProgramMap::allowDevicePrograms() {
+  const std::lock_guard lock(m_mutex);
+  m_devicePrograms = true;
+}
+
 void ProgramMap::clear() {
   const std::lock_guard lock(m_mutex);
   m_paths.clear();
   m_standIns.clear();
+  m_devicePrograms = false;
 }
 
-std::string ProgramMap::resolve(const std::string& devicePath) const {
+std::optional<std::string> ProgramMap::resolve(const std::string& devicePath) const {
   const std::lock_guard lock(m_mutex);
   const auto found = m_paths.find(devicePath);
   if (found != m_paths.end()) return found->second;
-  if (m_standIns.empty() || canBeExecuted(devicePath)) return devicePath;
   const std::string standIn = m_standIns + "/" + baseName(devicePath);
-  return canBeExecuted(standIn) ? standIn : devicePath;
+  if (!m_standIns.empty() && canBeExecuted(standIn)) return standIn;
+  return m_devicePrograms ? std::optional(devicePath) : std::nullopt;
 }
 
 }  // namespace host

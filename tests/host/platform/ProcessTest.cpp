@@ -36,7 +36,11 @@ std::vector<char*> pointersTo(Texts& texts) {
 // Children are shells that write into a named pipe; it is at its end when the last writer is gone.
 class ChildProcess : public testing::Test {
  protected:
-  ChildProcess() { EXPECT_EQ(mkfifo(pipePath().c_str(), 0600), 0); }
+  ChildProcess() {
+    host::ProgramMap::instance().allowDevicePrograms();
+    EXPECT_EQ(mkfifo(pipePath().c_str(), 0600), 0);
+  }
+  ~ChildProcess() override { host::ProgramMap::instance().clear(); }
 
   std::unique_ptr<Process> process(Texts arguments, Texts environment = {},
                                    int options = Process::ownProcessGroup,
@@ -272,7 +276,18 @@ TEST_F(ChildProcess, IsTheProgramThatItsPathMeansHere) {
   const auto child = process({"/sbin/of-the-device", "-c", "echo $0 >'" + pipePath() + "'"});
   EXPECT_GT(child->launch(), 0);
   EXPECT_EQ(output(), "/sbin/of-the-device\n") << "it keeps the name it was called by";
+}
+
+TEST_F(ChildProcess, IsNoProgramOfThisMachineUnlessThatIsAllowed) {
   host::ProgramMap::instance().clear();
+  const support::LogCapture log;
+  const std::string mark = m_folder / "started";
+  EXPECT_EQ(process({"/bin/sh", "-c", ": >'" + mark + "'"})->launch(), 0);
+  EXPECT_FALSE(std::filesystem::exists(mark));
+  EXPECT_EQ(log.count("cannot start \"/bin/sh\": nothing stands in for it; "
+                      "name a program with --program"),
+            1U)
+      << log.text();
 }
 
 }  // namespace

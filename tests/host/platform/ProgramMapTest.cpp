@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 
 #include "support/TemporaryFolder.h"
@@ -25,9 +26,19 @@ class DevicePrograms : public testing::Test {
   host::ProgramMap& m_map = host::ProgramMap::instance();
 };
 
-TEST_F(DevicePrograms, AreThemselvesWhenNothingIsKnown) {
-  EXPECT_EQ(m_map.resolve("/sbin/not-here"), "/sbin/not-here");
-  EXPECT_EQ(m_map.resolve(""), "");
+TEST_F(DevicePrograms, NeverRunThemselvesUnlessThatIsAllowed) {
+  const support::TemporaryFolder standIns;
+  m_map.setStandInFolder(standIns.path());
+  const std::string own = program("client");
+  EXPECT_EQ(m_map.resolve(own), std::nullopt);
+  EXPECT_EQ(m_map.resolve("/bin/sh"), std::nullopt);
+  m_map.allowDevicePrograms();
+  EXPECT_EQ(m_map.resolve(own), own);
+}
+
+TEST_F(DevicePrograms, AreNothingWhenNothingIsKnown) {
+  EXPECT_EQ(m_map.resolve("/sbin/not-here"), std::nullopt);
+  EXPECT_EQ(m_map.resolve(""), std::nullopt);
 }
 
 TEST_F(DevicePrograms, AreWhatWasSetBeforeAllElse) {
@@ -38,33 +49,32 @@ TEST_F(DevicePrograms, AreWhatWasSetBeforeAllElse) {
   EXPECT_EQ(m_map.resolve(own), "/third/client");
 }
 
-TEST_F(DevicePrograms, AreThemselvesBeforeAStandIn) {
+TEST_F(DevicePrograms, AreTheirStandInsFirst) {
   const support::TemporaryFolder standIns;
   std::filesystem::copy(program("client"), standIns / "client");
   m_map.setStandInFolder(standIns.path());
-  EXPECT_EQ(m_map.resolve(m_folder / "client"), (m_folder / "client").string());
+  m_map.allowDevicePrograms();
+  for (const std::string& path : {std::string(m_folder / "client"), std::string("/sbin/client")}) {
+    EXPECT_EQ(m_map.resolve(path), (standIns / "client").string());
+  }
+  EXPECT_EQ(m_map.resolve("/sbin/other"), "/sbin/other");
 }
 
-TEST_F(DevicePrograms, AreStandInsWhenTheyAreNotHere) {
-  const std::string standIn = program("client");
-  m_map.setStandInFolder(m_folder.path());
-  EXPECT_EQ(m_map.resolve("/sbin/not-here/client"), standIn);
-  EXPECT_EQ(m_map.resolve("/sbin/not-here/other"), "/sbin/not-here/other");
-}
-
-TEST_F(DevicePrograms, AreNotFilesThatCannotBeExecuted) {
+TEST_F(DevicePrograms, AreNotStandInsThatCannotBeExecuted) {
   program("plain", false);
   m_map.setStandInFolder(m_folder.path());
-  EXPECT_EQ(m_map.resolve("/sbin/not-here/plain"), "/sbin/not-here/plain");
+  EXPECT_EQ(m_map.resolve("/sbin/plain"), std::nullopt);
 }
 
 TEST_F(DevicePrograms, AreForgottenTogether) {
   program("client");
-  m_map.set("/sbin/not-here/a", "/b");
+  m_map.set("/sbin/a", "/b");
   m_map.setStandInFolder(m_folder.path());
+  m_map.allowDevicePrograms();
   m_map.clear();
-  EXPECT_EQ(m_map.resolve("/sbin/not-here/a"), "/sbin/not-here/a");
-  EXPECT_EQ(m_map.resolve("/sbin/not-here/client"), "/sbin/not-here/client");
+  for (const char* const path : {"/sbin/a", "/sbin/client", "/bin/sh"}) {
+    EXPECT_EQ(m_map.resolve(path), std::nullopt);
+  }
 }
 
 }  // namespace
