@@ -26,6 +26,12 @@ class ControlChannel {
   // already has; never after the channel is gone. At most one is kept. REQUIRES: framework thread.
   virtual void onGone(std::function<void()> gone) = 0;
 
+  // Who asks, for an OriginScope around what is done about it. Constant. Empty: this process.
+  [[nodiscard]] virtual const std::string& origin() const {
+    static const std::string self;
+    return self;
+  }
+
  protected:
   ControlChannel() = default;
   ControlChannel(const ControlChannel&) = delete;

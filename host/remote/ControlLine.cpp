@@ -44,6 +44,10 @@ void ControlLine::onGone(std::function<void()> gone) {
   }
 }
 
+const std::string& ControlLine::origin() const {
+  return m_peer->origin();
+}
+
 void ControlLine::tellGone() {
   if (const auto gone = std::exchange(m_gone, nullptr)) gone();
 }

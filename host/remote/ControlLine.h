@@ -23,6 +23,7 @@ class ControlLine : public ControlChannel {
   bool reply(std::string_view json) override;
   bool item(std::string_view json) override;
   void onGone(std::function<void()> gone) override;
+  [[nodiscard]] const std::string& origin() const override;
 
   // The client has hung up. Thread: the loop's.
   void tellGone();

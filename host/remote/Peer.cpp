@@ -1,5 +1,7 @@
 #include "remote/Peer.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <exception>
@@ -11,9 +13,23 @@
 #include "remote/ControlLine.h"
 
 namespace host {
+namespace {
+
+std::string originOf(int socket) {
+  ucred process{};
+  socklen_t size = sizeof process;
+  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &process, &size) != 0) {
+    return "unknown process";
+  }
+  return "uid " + std::to_string(process.uid) + ", pid " + std::to_string(process.pid);
+}
+
+}  // namespace
 
 Peer::Peer(std::string address, int socket, std::function<void()> attention)
-    : m_address(std::move(address)), m_outbox(socket, std::move(attention)) {}
+    : m_address(std::move(address)),
+      m_origin(originOf(socket)),
+      m_outbox(socket, std::move(attention)) {}
 
 Peer::~Peer() = default;
 

@@ -30,6 +30,9 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
 
   [[nodiscard]] const std::string& address() const { return m_address; }
 
+  // The process that connected, as the kernel knew it then: "uid 1000, pid 4711".
+  [[nodiscard]] const std::string& origin() const { return m_origin; }
+
   // Chosen before the first call, and not changed later.
   void setCodec(std::string name, MessageCodec& codec);
   [[nodiscard]] const std::string& codecName() const { return m_codecName; }
@@ -57,6 +60,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   friend class ControlLine;
 
   const std::string m_address;
+  const std::string m_origin;
   std::string m_codecName;
   MessageCodec* m_codec = nullptr;
   Outbox m_outbox;

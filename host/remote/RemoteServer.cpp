@@ -12,6 +12,7 @@
 #include "Logging.h"
 #include "Proxy.h"
 #include "platform/MemoryReserve.h"
+#include "platform/Origin.h"
 #include "remote/Acceptor.h"
 #include "remote/CallResponse.h"
 #include "remote/CodecTable.h"
@@ -106,6 +107,7 @@ void RemoteServer::Impl::forget(const Peer& peer) {
 
 std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Frame& frame) try {
   if (!MemoryReserve::refill()) return "no memory is left to serve it";
+  const OriginScope origin(from.peer().origin());
   switch (frame.kind) {
     case FrameKind::call:
       m_target->invoker.handleMessage(&m_target->service, frame.payload.data(),

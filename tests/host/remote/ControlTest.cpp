@@ -1,11 +1,13 @@
 // Control requests over the server's socket.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <mutex>
 #include <thread>
 #include <vector>
 
 #include "host/remote/ServerUnderTest.h"
+#include "platform/Origin.h"
 #include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
 
@@ -47,6 +49,16 @@ TEST(Control, RequestGetsItsReply) {
   EXPECT_EQ(client.control("{\"verb\":\"status\"}", kLong), "{\"verb\":\"status\"}!");
   EXPECT_EQ(client.control("", kLong), "!");
   EXPECT_EQ(client.control(std::string(kMaxPayload - 1, 'x'), kLong)->size(), kMaxPayload);
+}
+
+TEST(Control, RequestSaysWhichProcessAsks) {
+  ServerUnderTest server([](const ControlRequest& request) {
+    request.channel->reply(request.channel->origin() + "; " + originHere());
+  });
+  const std::string self =
+      "uid " + std::to_string(::getuid()) + ", pid " + std::to_string(::getpid());
+  EXPECT_EQ(RemoteClient(server.socket).control("?", kLong), self + "; " + self);
+  EXPECT_EQ(server.onLoop([] { return originHere(); }), "") << "the request is over";
 }
 
 TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
