@@ -2,6 +2,7 @@
 
 #include "clock/VirtualClock.h"
 #include "control/LocalCall.h"
+#include "control/TimeText.h"
 #include "runtime/Device.h"
 #include "runtime/Error.h"
 
@@ -16,6 +17,8 @@ using Nanoseconds = VirtualClock::Nanoseconds;
 constexpr Nanoseconds kSettling = std::chrono::milliseconds(10);
 // After a far jump: long enough for the hourly timer to expire wherever it was, and once more.
 constexpr seconds kRearming = std::chrono::hours(2);
+// Little enough that a reading by another thread meanwhile does no harm.
+constexpr seconds kProbe{1};
 
 void settle(VirtualClock& clock) {
   const Nanoseconds limit = clock.uptime() + kSettling;
@@ -51,9 +54,31 @@ const LandmarkName& rowOf(Landmark landmark) {
   return landmarkNames().front();
 }
 
+// Whether the service's time moves with the clock: after it was set by hand it runs on the uptime,
+// and may still equal the clock's by chance. So the clock, which is paused, moves a second and
+// back.
+bool followsClock(Device& device) {
+  VirtualClock& clock = device.clock();
+  const Nanoseconds wall = clock.wall();
+  const time_t before = serviceTime(device);
+  if (!clock.setWall(wall + kProbe)) return false;
+  const time_t after = serviceTime(device);
+  if (!clock.setWall(wall)) throw Error("the clock cannot be set back");
+  return after != before;
+}
+
 void goFar(VirtualClock& clock, seconds way) {
   if (!clock.setWall(clock.wall() + way - kRearming)) throw Error("the clock cannot go that far");
   clock.advance(kRearming);
+}
+
+// To the second: the timers are armed a fraction of a second after the service's own full seconds.
+void requireStandingBefore(Device& device, time_t target) {
+  const seconds left(target - serviceTime(device));
+  if (left == kJumpMargin || left == kJumpMargin - seconds(1)) return;
+  throw Error("the clock has moved, but the service's time is " + localText(target - left.count()) +
+              ", and not " + std::to_string(kJumpMargin.count()) + " s before " +
+              localText(target));
 }
 
 }  // namespace
@@ -66,10 +91,14 @@ void passTime(Device& device, seconds duration) {
 }
 
 time_t serviceTime(Device& device) {
-  Method call("getTimeVal", Method::call);
-  int value = 0;
+  // As text, which goes on after 2038.
+  Method call("getUTCTimeTimeVal", Method::call);
+  call.addIntParameter("getUTCTimeTimeValTime", 0, Parameter::in);
+  std::string text;
   const auto reply = callService(device, call);
-  if (reply && reply->getIntParameter("getTimeValReturn", value, Parameter::out)) return value;
+  if (reply && reply->getStringParameter("getUTCTimeTimeValStringReturn", text, Parameter::out)) {
+    if (const auto instant = parseInstant(text)) return instant->count();
+  }
   return duration_cast<seconds>(device.clock().wall()).count();
 }
 
@@ -82,15 +111,14 @@ time_t goBefore(Device& device, Landmark landmark) {
   const auto target = nextLandmark(landmark, now);
   if (!target) throw Error("there is none ahead: " + std::string(rowOf(landmark).meaning));
   const seconds way = seconds(*target - now) - kJumpMargin;
-  // A jump moves the clock, and not a time that was set by hand.
-  const bool follows = duration_cast<seconds>(clock.wall()).count() == now;
-  if (way > kPassable && follows) {
+  if (way > kPassable && followsClock(device)) {
     goFar(clock, way);
   } else {
     requireRoom(clock, way);
     clock.advance(way);
   }
   standBeforeTimer(clock);
+  requireStandingBefore(device, *target);
   return *target;
 }
 
