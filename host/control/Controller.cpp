@@ -67,9 +67,7 @@ Controller::~Controller() {
 
 void Controller::handle(ControlRequest request) {
   try {
-    const Json json = readJson(request.text);
-    if (!json.is_object()) return answerRefusal(request.channel, "the request is no JSON object");
-    carryOut(*this, json, request.channel);
+    carryOut(*this, readRequest(request.text), request.channel);
   } catch (const std::exception& error) {
     answerRefusal(request.channel, error.what());
   }

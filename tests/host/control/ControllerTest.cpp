@@ -83,6 +83,21 @@ TEST_F(ControlledTelephone, RefusesWhatIsNoJsonObject) {
   }
 }
 
+TEST_F(ControlledTelephone, RefusesAMemberThatComesTwiceAndMoreThanAnyRequestHolds) {
+  Controller controller(telephone.device(), {});
+  std::string many;
+  for (int i = 0; i < 10'000; ++i) many += ",\"" + std::to_string(i) + "\":0";
+  const std::pair<std::string, std::string> wrong[] = {
+      {R"({"verb":"status","verb":"reset"})", "holds \\\"verb\\\" twice"},
+      {R"({"verb":"status")" + many + "}", "more than 64 members"}};
+  for (const auto& [text, part] : wrong) {
+    const auto channel = std::make_shared<NotingChannel>();
+    controller.handle({text, channel});
+    ASSERT_EQ(channel->replies.size(), 1U);
+    EXPECT_NE(channel->replies[0].find(part), std::string::npos) << channel->replies[0];
+  }
+}
+
 // Copying such a member, or writing it out again, would take more stack than there is.
 TEST_F(ControlledTelephone, RefusesWhatIsDeep) {
   Controller controller(telephone.device(), {});

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "support/ErrorOf.h"
+
 namespace host {
 namespace {
 
@@ -39,6 +41,49 @@ TEST(ReadJson, CountsBracketsThatAreOpenAtOnce) {
   std::string row = "[]";
   for (std::size_t i = 0; i < 2 * kDeepestJson; ++i) row += ",[]";
   EXPECT_EQ(readJson('[' + row + ']').size(), 2 * kDeepestJson + 1);
+}
+
+std::string refusal(const std::string& request) {
+  return errorOf([&] { static_cast<void>(readRequest(request)); });
+}
+
+std::string withMembers(std::size_t count) {
+  std::string members;
+  for (std::size_t i = 0; i < count; ++i) members += ",\"" + std::to_string(i) + "\":0";
+  return "{" + members.substr(1) + "}";
+}
+
+TEST(ReadRequest, ReadsAnObject) {
+  const std::string text = R"({"verb":"set","more":[1,{"verb":true}],"value":""})";
+  EXPECT_EQ(readRequest(text).dump(), text);
+  EXPECT_EQ(readRequest("{}"), Json::object());
+}
+
+TEST(ReadRequest, RefusesWhatIsNone) {
+  for (const char* const text : {"", "5", "[]", "{", "{}{", "]", "{\"a\":\"\xff\"}"})
+    EXPECT_EQ(refusal(text), "the request is no JSON object") << text;
+  EXPECT_EQ(refusal(R"({"a":)" + nested(kDeepestJson) + "}"),
+            "the request is nested more than 32 deep");
+}
+
+TEST(ReadRequest, RefusesAMemberThatComesTwice) {
+  const char* const refused = "the request holds \"key\" twice; name each member once";
+  EXPECT_EQ(refusal(R"({"key":1,"value":2,"key":1})"), refused);
+  EXPECT_EQ(refusal(R"({"a":[{"key":1,"key":2}]})"), refused);
+  EXPECT_EQ(refusal(R"({"k\u0065y":1,"key":2})"), refused);
+  EXPECT_EQ(refusal(R"({"key":{"key":[{"key":1},{"key":2}]}})"), "");
+}
+
+// The last of the members ends the text in its middle: nothing behind them is read.
+TEST(ReadRequest, StopsReadingAtTheMostThatARequestHolds) {
+  const std::string refused = "the request holds more than 64 members and values";
+  constexpr std::size_t most = (kMostInRequest - 1) / 2;
+  EXPECT_EQ(readRequest(withMembers(most)).size(), most);
+  EXPECT_EQ(refusal(withMembers(most + 1)), refused);
+  EXPECT_EQ(refusal(withMembers(80'000).substr(0, 500)), refused);
+  EXPECT_EQ(refusal("{\"a\":[1" + std::string(100, ',')), "the request is no JSON object");
+  EXPECT_EQ(refusal("{\"a\":[" + std::string(kMostInRequest, '[')),
+            "the request is nested more than 32 deep");
 }
 
 }  // namespace
