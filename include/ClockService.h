@@ -139,9 +139,11 @@ class ClockService : public Service,
   void announceSetDate();
   void stepHour(int expiredTimer, int stoppedTimer);
   void stepDay(int stoppedTimer);
-  void announceAbsorbedMidnight();
+  void announceUnheardDate();
   void notifyTimeChangeEvent();
   void notifyDateChangeEvent();
+  enum class Announce { always, whenNew };
+  void announceDate(Announce when);
   void notifyTimezoneChangeEvent(const std::string& tz);
 
   // NTP client
@@ -209,7 +211,11 @@ class ClockService : public Service,
   std::atomic<std::int32_t> m_userTimeOffset{0};
   std::atomic<std::int32_t> m_localOffsetMinutes{0};  // from UTC to the display of a UTC string
   std::atomic<SecurityLogServiceIfc*> m_securityLog{nullptr};
-  int m_dateSyncDay = 0;  // local date on which m_dateSyncTimer was armed; framework thread
+
+  // The local date that observers heard last, as BoundaryDelay::localDay; at start, the local date
+  // of init in the zone that it installs. Any thread announces; each does so under m_observerLock.
+  std::atomic<int> m_announcedDate{0};
+  std::atomic<bool> m_setDatePending{false};  // m_dateChangedTimer will announce a date
 
   // The settings' server address and fallback time are texts without a lock of their own.
   mutable std::mutex m_settingTexts;

@@ -58,6 +58,9 @@ unsigned int BoundaryDelay::toNextMidnight(time_t now) {
 
 int BoundaryDelay::localDay(time_t now) {
   const tm local = localTime(now);
-  const std::int64_t year = std::int64_t{local.tm_year} + epochYearOfTm;
-  return saturate<int>(year * 10000 + (local.tm_mon + 1) * 100 + local.tm_mday);
+  return dateNumber(local.tm_mday, local.tm_mon + 1, saturatedSum(local.tm_year, epochYearOfTm));
+}
+
+int BoundaryDelay::dateNumber(int day, int month, int year) {
+  return saturate<int>(std::int64_t{year} * 10000 + month * 100 + day);
 }

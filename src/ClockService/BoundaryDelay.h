@@ -11,8 +11,11 @@ namespace BoundaryDelay {
 unsigned int toNextHour(time_t now);
 unsigned int toNextMidnight(time_t now);
 
-// The local date as one number, 20240307 for 7 March 2024: to see whether it is still the same day.
-// Defined for every `now`: a year that does not fit stops at the type's limits.
+// A date as one number, 20240307 for 7 March 2024, to see whether two are the same. A year that does
+// not fit stops at the type's limits. day: 1-31, month: 1-12, year: all four digits.
+int dateNumber(int day, int month, int year);
+
+// The number of the local date. Defined for every `now`.
 int localDay(time_t now);
 
 }  // namespace BoundaryDelay

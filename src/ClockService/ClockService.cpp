@@ -79,11 +79,12 @@ void ClockService::initWith(Context* context) {
   } else {
     CLOCK_LOG(logError, "Serious error, no svcRteCntxt available");
   }
+  const time_t started = getTimeValInternal();
   setTimeSyncTimer();
   setDateSyncTimer();
   setTZValue();
-  // The midnight's timer was armed in the zone of the time before; the days are those of this one.
-  m_dateSyncDay = BoundaryDelay::localDay(getTimeValInternal());
+  // Read before the timers were armed: a midnight in between is then one to announce.
+  m_announcedDate = BoundaryDelay::localDay(started);
   subscribeToJacks();
   if (m_networkUp) startNTPClient();
   m_sntpClientThread.start();

@@ -77,6 +77,7 @@ bool ClockService::setDate(int day, int month, int year) {
     CLOCK_LOG(logInformation, "Year falls outside UNIX/POSIX restriction: %d", year);
     return false;
   }
+  m_setDatePending = m_dateChangedTimer > 0;  // first: a full hour that sees the new date sees this
   setByHand(setDateInternal(day, month, year));
   startTimer(m_dateChangedTimer);
   return true;

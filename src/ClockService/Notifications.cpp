@@ -33,9 +33,7 @@ void ClockService::setTimeSyncTimer() {
 
 void ClockService::setDateSyncTimer() {
   CLOCK_LOG(logInformation, "setTimeSyncTimer -> setting date timer");  // this name by design
-  const time_t now = getTimeValInternal();
-  m_dateSyncDay = BoundaryDelay::localDay(now);
-  replaceTimer(m_dateSyncTimer, BoundaryDelay::toNextMidnight(now));
+  replaceTimer(m_dateSyncTimer, BoundaryDelay::toNextMidnight(getTimeValInternal()));
 }
 
 // In this order: the first timer that has the id is the one meant.
@@ -90,20 +88,22 @@ void ClockService::stepHour(int expiredTimer, int stoppedTimer) {
   startTimer(m_timeSyncTimer);
   notifyTimeChangeEvent();
   const int hourlyTimer = m_timeSyncTimer;
-  if (expiredTimer == hourlyTimer) announceAbsorbedMidnight();
+  if (expiredTimer == hourlyTimer) announceUnheardDate();
   setTimeSyncTimer();
   setDateSyncTimer();
   if (expiredTimer == hourlyTimer) setRestartNTPClientTimer();
 }
 
-// A midnight is a full hour too. When the hour is delivered first, the midnight's timer is replaced
-// before it is heard, and the date is announced here in its stead.
-void ClockService::announceAbsorbedMidnight() {
-  if (BoundaryDelay::localDay(getTimeValInternal()) != m_dateSyncDay) notifyDateChangeEvent();
+// The date may have changed without an event: the hour that is a midnight replaces the midnight's
+// timer before that expires, and another program may have set the clock. A date set by hand is
+// announced by its own timer.
+void ClockService::announceUnheardDate() {
+  if (!m_setDatePending.exchange(false)) announceDate(Announce::whenNew);
 }
 
 void ClockService::stepDay(int stoppedTimer) {
   stopTimer(stoppedTimer);
+  m_setDatePending = false;
   setDateSyncTimer();
   notifyDateChangeEvent();
 }
@@ -117,9 +117,17 @@ void ClockService::notifyTimeChangeEvent() {
 }
 
 void ClockService::notifyDateChangeEvent() {
+  announceDate(Announce::always);
+}
+
+// Read, compared, recorded and announced in one step: the date recorded is always the one that
+// observers heard last, whichever thread announced it.
+void ClockService::announceDate(Announce when) {
+  const SemaphoreGuard guard(m_observerLock);
   int day = 0, month = 0, year = 0;
   getDate(day, month, year);
-  const SemaphoreGuard guard(m_observerLock);
+  const int date = BoundaryDelay::dateNumber(day, month, year);
+  if (m_announcedDate.exchange(date) == date && when == Announce::whenNew) return;
   for (ClockServiceObserverIfc* const observer : *m_observers)
     if (observer != nullptr) observer->dateChangeEvent(day, month, year);
 }

@@ -184,6 +184,12 @@ TEST(BoundaryDelay, LocalDayStopsAtTheLimitsOfItsType) {
             std::numeric_limits<int>::min());
 }
 
+TEST(BoundaryDelay, TellsTwoDatesApartByTheirNumbers) {
+  EXPECT_EQ(BoundaryDelay::dateNumber(7, 3, 2024), 20240307);
+  EXPECT_EQ(BoundaryDelay::dateNumber(31, 12, 2037), 20371231);
+  EXPECT_EQ(BoundaryDelay::dateNumber(1, 1, 2147483647), 2147483647);
+}
+
 TEST(BoundaryDelay, LocalDayIsTheDateAsOneNumber) {
   const ZoneGuard zone(newYork);
   EXPECT_EQ(BoundaryDelay::localDay(utcInstant(2024, 3, 7, 12)), 20240307);

@@ -167,7 +167,7 @@ class ClockModel {
   std::string m_script;
   Zone m_zone;
   std::int64_t m_displayMinutes = 0;
-  std::int64_t m_midnightArmedOn = 0;  // local day
+  std::int64_t m_toldDay = 0;  // the local day of the last date event
   bool m_networkUp = false;
   bool m_timeReceived = false;
   bool m_clientRuns = false;

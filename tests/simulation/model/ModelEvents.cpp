@@ -39,6 +39,7 @@ void ClockModel::tellTime() {
 }
 
 void ClockModel::tellDate() {
+  m_toldDay = today();  // also when there is nobody to hear it
   if (m_observers.empty()) return;
   const Civil local = localNow();
   const int d = static_cast<int>(local.day);

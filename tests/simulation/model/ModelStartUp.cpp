@@ -49,7 +49,7 @@ void ClockModel::startUp() {
   armHour();
   armMidnight();
   installZone();
-  m_midnightArmedOn = today();  // the days that observers are promised are those of this zone
+  m_toldDay = today();  // in the zone just installed
   m_physicalSubscribed = m_physicalKnown;
   if (m_physicalSubscribed) m_journal.add("subscribes to 1 2 2");
   startClient();

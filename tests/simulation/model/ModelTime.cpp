@@ -96,7 +96,7 @@ void ClockModel::stepHour(Purpose expiredOne) {
   stop(timeChanged);
   tellTime();
   const bool hourly = expiredOne == timeSync;
-  if (hourly && today() != m_midnightArmedOn) tellDate();
+  if (hourly && today() != m_toldDay && !m_timers[dateChanged].due) tellDate();
   armHour();
   armMidnight();
   if (hourly) armRestart();
@@ -121,7 +121,6 @@ void ClockModel::armHour() {
 
 void ClockModel::armMidnight() {
   const Civil local = localNow();
-  m_midnightArmedOn = daysTo(local.year, local.month, local.day);
   replace(dateSync, (86400 - local.hour * 3600 - local.minute * 60 - local.second) * kSecond);
 }
 

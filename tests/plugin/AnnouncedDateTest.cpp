@@ -1,0 +1,157 @@
+// Every change of the local date is announced once, within the hour at the latest, whatever moved
+// the clock: NTP, another program, a user, or time itself between two readings.
+
+#include <gmock/gmock.h>
+
+#include <utility>
+
+#include "plugin/ClockOnWatchedTimers.h"
+#include "support/UtcInstant.h"
+#include "support/WaitingCall.h"
+
+namespace {
+
+using namespace plugin;
+using std::chrono::hours;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+using std::chrono::seconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A clock on watched timers that is moved in June 2030, UTC.
+class ClockThatIsMoved : public ClockOnWatchedTimers {
+ protected:
+  // Another program sets the system's clock.
+  void move(int day, int hour, int minute, int second) {
+    const time_t utc = support::utcInstant(2030, 6, day, hour, minute, second);
+    ASSERT_TRUE(clock.setWall(seconds{utc}));
+  }
+  // The NTP client sets it and reports.
+  void report(int day, int hour, int minute, int second) {
+    move(day, hour, minute, second);
+    service->handleSNTPClientUpdate(1);
+  }
+  // Time passes while the event with this number, counted from 0, is delivered.
+  void passInEvent(int number, std::chrono::nanoseconds duration) {
+    observer.onEvent = [this, left = number, duration]() mutable {
+      if (left-- == 0) clock.advance(duration);
+    };
+  }
+};
+
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightAgainThatAReportTookBack) {
+  startAt("2030-06-07T23:59:55");
+  EXPECT_THAT(heard(seconds{8}), ElementsAre("time 00:00:00", "date 08.06.2030"));
+  report(7, 23, 59, 58);  // it was five seconds fast
+  EXPECT_THAT(heard(hours{1}),
+              ElementsAre("time 23:59:58", "date 07.06.2030", "time 00:59:55", "date 08.06.2030"));
+  EXPECT_THAT(heard(minutes{60}), ElementsAre("time 01:00:00"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesBothDatesWhenAnotherProgramMovesItBackOverMidnight) {
+  startAt("2030-06-07T23:59:55");
+  heard(minutes{30});
+  move(7, 23, 20, 0);
+  EXPECT_THAT(heard(hours{1}),
+              ElementsAre("time 23:50:05", "date 07.06.2030", "time 00:00:00", "date 08.06.2030"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesADateOnceThatAnotherProgramTookItTo) {
+  startAt("2030-06-07T10:30:00");
+  move(20, 10, 40, 0);
+  EXPECT_THAT(heard(hours{2}), ElementsAre("time 11:10:00", "date 20.06.2030", "time 12:00:00"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesADateOnceThatAReportTookItTo) {
+  startAt("2030-06-07T23:30:00");
+  report(8, 0, 10, 0);
+  EXPECT_THAT(heard(hours{1}),
+              ElementsAre("time 00:10:00", "date 08.06.2030", "time 00:40:00", "time 01:00:00"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenTheHourComesFirst) {
+  startAt("2030-06-07T22:59:59");
+  heard(seconds{1} - microseconds{500});
+  service->setDate(20, 6, 2030);
+  EXPECT_THAT(heard(microseconds{500}), ElementsAre("time 23:00:00"));
+  EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 20.06.2030"));
+  EXPECT_THAT(heard(hours{1}), ElementsAre("time 00:00:00", "date 21.06.2030"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenItsTimerIsStoppedByTheMidnight) {
+  startAt("2030-06-07T22:59:59");
+  service->setDate(20, 6, 2030);
+  EXPECT_THAT(expire(kMidnight), testing::Contains("date 20.06.2030"));
+  EXPECT_THAT(heard(seconds{1}), ElementsAre("time 23:00:00"));
+  EXPECT_THAT(heard(hours{1}), ElementsAre("time 00:00:00", "date 21.06.2030"));
+}
+
+// A time beyond the day's end moves the date; the hour that absorbs its news has the date to tell.
+TEST_F(ClockThatIsMoved, AnnouncesTheDateOfASetTimeThatTheHourAbsorbs) {
+  startAt("2030-06-07T22:59:59");
+  heard(seconds{1} - microseconds{500});
+  service->setTime(25, 0, 0);
+  EXPECT_THAT(heard(milliseconds{2}), ElementsAre("time 01:00:01", "date 08.06.2030"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesASetDateWithTheHourWhenItHasNoTimer) {
+  timers.refuseFirst(kDateChanged);
+  startAt("2030-06-07T22:30:00");
+  service->setDate(20, 6, 2030);
+  EXPECT_THAT(heard(minutes{30}), ElementsAre("time 23:00:00", "date 20.06.2030"));
+}
+
+// The date is read before midnight, both sync timers are armed after it.
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfASetTime) {
+  startAt("2030-06-07T23:59:59");
+  passInEvent(1, seconds{1});
+  EXPECT_THAT(expire(kTimeChanged), testing::Contains("date 07.06.2030"));
+  EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00", "date 08.06.2030"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfAChangedZone) {
+  startAt("2030-06-07T23:59:59");
+  passInEvent(2, seconds{1});
+  EXPECT_THAT(expire(kZoneRefresh), testing::Contains("date 07.06.2030"));
+  EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00", "date 08.06.2030"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfItsStart) {
+  passInEvent(0, seconds{1});
+  startAt("2030-06-07T23:59:59");
+  EXPECT_THAT(heard(seconds{1}), ElementsAre("time 00:00:00", "date 08.06.2030"));
+}
+
+TEST_F(ClockThatIsMoved, AnnouncesNoDateAtTheFirstHourOfTheDayOfItsStart) {
+  startAt("2030-06-07T00:00:00");
+  EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00"));
+}
+
+// Dates that nobody hears count as announced: whoever registers later asks for the date.
+TEST_F(ClockThatIsMoved, TellsALateObserverOfChangesOnly) {
+  startAt("2030-06-07T23:30:00");
+  service->unobserveTimeEvents(&observer);
+  report(8, 0, 10, 0);
+  service->observeTimeEvents(&observer);
+  EXPECT_THAT(heard(minutes{30}), ElementsAre("time 00:40:00"));
+}
+
+// The listener is in the middle of announcing the new date when the hour comes.
+TEST_F(ClockThatIsMoved, AnnouncesADateOnceThatReportAndHourFindAtTheSameTime) {
+  startAt("2030-06-07T23:30:00");
+  timers.onCall = nullptr;
+  std::unique_ptr<support::WaitingCall> hour;
+  int events = 0;
+  observer.onEvent = [&] {
+    if (++events != 2) return;
+    hour = std::make_unique<support::WaitingCall>([this] { service->timerEvent(kHour); });
+    EXPECT_TRUE(hour->waits());
+  };
+  report(8, 0, 0, 0);
+  hour.reset();
+  EXPECT_THAT(heard({}), ElementsAre("time 00:00:00", "date 08.06.2030", "time 00:00:00"));
+}
+
+}  // namespace
