@@ -45,10 +45,12 @@ TEST(SimulatedYears, AYearTakesUnderFiftyMilliseconds) {
 }
 
 TEST(SimulatedYears, ACenturyTakesUnderFiveSeconds) {
-  if (!kMeasured) GTEST_SKIP() << "not an optimised build";
-  const Seconds cost = costOf(std::chrono::hours(24 * 36525));
-  std::printf("a simulated century: %.2f s\n", cost.count());
-  EXPECT_LT(cost.count(), 5.0);
+  const int years = kMeasured ? 100 : 1;
+  const Seconds cost = costOf(std::chrono::hours(24 * 36525) / 100 * years);
+  std::printf("%d simulated years: %.2f s\n", years, cost.count());
+  if (kMeasured) {
+    EXPECT_LT(cost.count(), 5.0);
+  }
 }
 
 }  // namespace

@@ -16,6 +16,8 @@ namespace {
 using support::utcInstant;
 using support::ZoneGuard;
 
+constexpr bool kLongTime = sizeof(time_t) == sizeof(std::int64_t);
+
 constexpr const char* newYork = "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00";
 constexpr const char* berlin = "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00";
 constexpr const char* sydney = "LOC-10:00DST-11:00,M10.1.0/02:00,M4.1.0/03:00";
@@ -151,12 +153,13 @@ TEST(BoundaryDelay, IsDefinedAndNeverZeroAtTheEndsOfEveryTimeType) {
   }
 }
 
+// The first time of 32 bits is 1901-12-13T20:45:52Z, and nothing is far from it.
 TEST(BoundaryDelay, StopsAtTheLongestPeriodOfATimer) {
-  if (sizeof(time_t) < sizeof(std::int64_t)) GTEST_SKIP() << "every time is near enough";
   const ZoneGuard zone("UTC0");
   constexpr time_t first = std::numeric_limits<time_t>::min();
-  EXPECT_EQ(BoundaryDelay::toNextHour(first), std::numeric_limits<unsigned int>::max());
-  EXPECT_EQ(BoundaryDelay::toNextMidnight(first), std::numeric_limits<unsigned int>::max());
+  constexpr unsigned int longest = std::numeric_limits<unsigned int>::max();
+  EXPECT_EQ(BoundaryDelay::toNextHour(first), kLongTime ? longest : 848'000);
+  EXPECT_EQ(BoundaryDelay::toNextMidnight(first), kLongTime ? longest : 11'648'000);
 }
 
 TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
@@ -174,14 +177,16 @@ TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
   }
 }
 
+// With 32 bits no year is out of its range.
 TEST(BoundaryDelay, LocalDayStopsAtTheLimitsOfItsType) {
-  if (sizeof(time_t) < sizeof(std::int64_t)) GTEST_SKIP() << "no year is out of range";
   const ZoneGuard zone("UTC0");
-  constexpr std::int64_t year = 31556952;
-  EXPECT_EQ(BoundaryDelay::localDay(static_cast<time_t>(300000 * year)),
-            std::numeric_limits<int>::max());
-  EXPECT_EQ(BoundaryDelay::localDay(static_cast<time_t>(-300000 * year)),
-            std::numeric_limits<int>::min());
+  constexpr std::int64_t farAway = 300'000 * std::int64_t{31'556'952};  // as many years
+  using Time = std::numeric_limits<time_t>;
+  using Day = std::numeric_limits<int>;
+  EXPECT_EQ(BoundaryDelay::localDay(kLongTime ? static_cast<time_t>(farAway) : Time::max()),
+            kLongTime ? Day::max() : 2038'01'19);
+  EXPECT_EQ(BoundaryDelay::localDay(kLongTime ? static_cast<time_t>(-farAway) : Time::min()),
+            kLongTime ? Day::min() : 1901'12'13);
 }
 
 TEST(BoundaryDelay, TellsTwoDatesApartByTheirNumbers) {
