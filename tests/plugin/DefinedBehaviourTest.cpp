@@ -110,11 +110,17 @@ TEST_F(ClockWithAbsurdSettings, GoesOnThroughDaysUnderEachOffset) {
 }
 
 TEST_F(ClockWithAbsurdSettings, ShowsNoDateUnderAbsurdFormats) {
-  for (const char* const format : {"-2147483648", "2147483647", "3", "1e9x"}) {
+  for (const char* const format : {"-2147483648", "2147483647", "3"}) {
+    SCOPED_TRACE(format);
     telephone.store("DateFormat", format);
     telephone.store("TimeFormat", format);
     telephone.switchOn();
     askEverything();
+    EXPECT_EQ(telephone.service().getDate(), "");
+    EXPECT_EQ(telephone.service().getDateShort(), "");
+    EXPECT_EQ(telephone.service().getDate("2026-03-29T13:00:00+00:00"), "");
+    EXPECT_EQ(telephone.service().getTime("2026-03-29T13:00:00+00:00"), "01:00pm");
+    EXPECT_EQ(telephone.managed("simple-date"), "");
     telephone.switchOff();
   }
 }

@@ -134,7 +134,8 @@ TEST_F(ClientProgram, EndsWhenTheServerDeniesItsService) {
   EXPECT_EQ(program.lines(), Strings{"ntpclient: answer ignored: the server denies its service"});
 }
 
-TEST_F(ClientProgram, GoesOnMoreSlowlyWhenTheServerAsksForIt) {
+// How much more slowly: the tests of the client itself.
+TEST_F(ClientProgram, GoesOnWhenTheServerAsksForFewerRequests) {
   ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
   const auto request = m_server.receive();
   ASSERT_TRUE(request);

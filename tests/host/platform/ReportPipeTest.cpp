@@ -14,6 +14,7 @@
 
 #include "clock/DeviceRoot.h"
 #include "runtime/Error.h"
+#include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 
 namespace {
@@ -68,7 +69,7 @@ TEST_F(DeviceWithPipe, RefusesWhatIsNoPipe) {
   std::ofstream(onHost("/tmp/votk/ipc/ntpclient")) << "precious";
   EXPECT_NE(complaint().find("ntpclient: is not a named pipe; remove it"), std::string::npos)
       << complaint();
-  EXPECT_EQ(fs::file_size(onHost("/tmp/votk/ipc/ntpclient")), 8U);
+  EXPECT_EQ(support::contentOf(onHost("/tmp/votk/ipc/ntpclient")), "precious");
 }
 
 TEST_F(DeviceWithPipe, RefusesALinkInPlaceOfTheFolderOrThePipe) {
@@ -154,7 +155,7 @@ TEST_F(DeviceWithPipe, WakesNobodyWithoutHarm) {
   { const Waking noPipe(onHost("/none")); }
   std::ofstream(onHost("/file")) << "precious";
   { const Waking noPipe(onHost("/file")); }
-  EXPECT_EQ(fs::file_size(onHost("/file")), 8U);
+  EXPECT_EQ(support::contentOf(onHost("/file")), "precious");
 }
 
 // More wakes than the pipe holds, with nobody who takes them.

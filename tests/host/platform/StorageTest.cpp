@@ -12,6 +12,7 @@
 
 #include "clock/DeviceRoot.h"
 #include "platform/StateFolder.h"
+#include "support/FileContent.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
@@ -26,8 +27,7 @@ class StorageFolder : public testing::Test {
   ~StorageFolder() override { host::setStorageFolder(m_before); }
 
   [[nodiscard]] std::string content(const std::string& name = "file") const {
-    std::ifstream file(m_folder / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return support::contentOf(m_folder / name);
   }
   void write(const std::string& text) const {
     std::ofstream(m_folder / "file", std::ios::binary) << text;
@@ -138,7 +138,9 @@ TEST_F(StorageFolder, GetsAnEmptyFileWhereThereIsNone) {
 
 TEST_F(StorageFolder, GetsTheNewFileInOneStep) {
   write("old content");
-  std::ifstream reader(m_folder / "file");
+  std::ifstream reader;
+  reader.rdbuf()->pubsetbuf(nullptr, 0);  // each read asks the file
+  reader.open(m_folder / "file");
   std::string word;
   reader >> word;
   EXPECT_TRUE(replaceContent("new"));
