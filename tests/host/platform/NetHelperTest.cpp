@@ -106,11 +106,6 @@ TEST(NetHelper, RefusesWhatItCannotWorkWith) {
   EXPECT_STREQ(buffer, kUntouched);
 }
 
-// The machine's own name for itself; every system resolves it without a name server.
-TEST(NetHelper, ResolvesTheLocalHost) {
-  EXPECT_EQ(lookedUp("localhost", AF_INET), "127.0.0.1");
-}
-
 // A resolver that answers when it is told to.
 class SlowResolver {
  public:
