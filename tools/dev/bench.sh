@@ -30,9 +30,8 @@ all_words_are_known "$@" || {
 # Another processor's plug-in is built only for its figure.
 arm_size_is_wanted() { [[ " $* " != *" --only"* || " $* " == *arm-size* ]]; }
 
-need run test bench
+need run test
 configure default
-cmake "$(folder_of default)" >/dev/null # it may have been configured without Google Benchmark
 build default clockbench
 if arm_size_is_wanted "$@"; then
   need cross

@@ -9,7 +9,7 @@ files_of() { git ls-files --cached --others --exclude-standard -- "$@"; }
 
 check_format() { files_of '*.h' '*.cpp' '*.c' | xargs clang-format --dry-run -Werror; }
 
-check_scripts() { files_of dev .ci/run '*.sh' '*.bash' | xargs shellcheck -x -P SCRIPTDIR; }
+check_scripts() { files_of dev .ci/run .ci/checks '*.sh' '*.bash' | xargs shellcheck -x -P SCRIPTDIR; }
 
 # clang-tidy compiles every source with clang and the tree's warnings, so nothing is built here. What
 # it looks at are the files that include the sources of a target, which lie in the build folder: a
@@ -30,7 +30,7 @@ check_tree() {
   python3 -B tests/house/include_arrows.py . && python3 -B tests/house/tree.py .
 }
 
-need run test bench lint
+need run test lint
 configure lint -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=Debug \
   -DCLOCK_PRECOMPILED_TESTS=OFF "${together[@]}"
 cmake "$(folder_of lint)" >/dev/null # nothing is built here that would notice new sources
