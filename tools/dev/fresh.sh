@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# fresh [COMMAND...]: the first commands on a bare Debian, in a root made for it; then COMMAND there
+set -Eeuo pipefail
+. "$CLOCK_TREE/tools/dev/packages.bash"
+. "$CLOCK_TREE/tools/dev/building.bash"
+
+folder=$(folder_of fresh)
+root=$folder/root
+place=srv/clone # in the root
+
+# Debian's package sources of this machine, as apt has read them: "CODENAME URI RELEASE COMPONENT".
+debian_sources() {
+  # shellcheck disable=SC2016  # apt fills these in
+  apt-get indextargets --format '$(ORIGIN)|$(CODENAME) $(REPO_URI) $(RELEASE) $(COMPONENT)' \
+    'Created-By: Packages' | sed -n 's/^Debian|//p' | sort -u
+}
+
+# Not one package more than debootstrap's smallest set, and no /etc/hosts.
+make_root() {
+  local release sources mirror
+  release=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
+  as_root apt-get update -q >"$folder/apt.log" 2>&1 || { cat "$folder/apt.log" >&2 && return 1; }
+  sources=$(debian_sources)
+  mirror=$(awk -v release="$release" '$3 == release { print $2; exit }' <<<"$sources")
+  if [ -z "$mirror" ]; then
+    echo "dev: apt knows no Debian source for \"$release\"; fresh needs a Debian machine" >&2
+    return 1
+  fi
+  echo "dev: making a bare Debian root in ${root#"$CLOCK_TREE"/}"
+  as_root debootstrap --variant=minbase "$release" "$root" "$mirror" >"$folder/debootstrap.log" 2>&1 ||
+    { tail -n 20 "$folder/debootstrap.log" >&2 && return 1; }
+  awk '{ print "deb", $2, $3, $4 }' <<<"$sources" | as_root tee "$root/etc/apt/sources.list" >/dev/null
+  as_root rm -f "$root/etc/hosts"
+}
+
+# What is committed, and nothing else.
+clone_tree() {
+  git clone -q "$CLOCK_TREE" "$folder/clone"
+  as_root mv "$folder/clone" "$root/$place"
+  as_root chown -R root:root "$root/$place"
+}
+
+# inside COMMAND...: runs it in the clone, with processes and mounts of its own and a bare environment
+inside() {
+  local variable settings=(PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
+    HOME=/root LANG=C.UTF-8)
+  for variable in CI http_proxy https_proxy no_proxy; do
+    [ -z "${!variable:-}" ] || settings+=("$variable=${!variable}")
+  done
+  as_root unshare --mount --pid --fork --kill-child --root="$root" --wd="/$place" --mount-proc \
+    env -i "${settings[@]}" bash tools/fresh/inside.sh "$@"
+}
+
+need fresh
+as_root rm -rf "$folder"
+mkdir -p "$folder"
+trap 'echo "dev: what was made is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
+make_root
+clone_tree
+inside "$@"
+as_root rm -rf "$folder"
