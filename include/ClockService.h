@@ -130,7 +130,8 @@ class ClockService : public Service,
   int createTimer(unsigned int milliseconds);
   void startTimer(int timerId);
   void stopTimer(int timerId);
-  void replaceTimer(std::atomic<int>& timer, unsigned int milliseconds);
+  void dropTimer(int timerId);
+  void startNewTimer(std::atomic<int>& timer, unsigned int milliseconds);
   void setTimeSyncTimer();
   void setDateSyncTimer();
   void refreshFallbackTime();

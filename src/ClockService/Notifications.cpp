@@ -17,23 +17,27 @@ void ClockService::stopTimer(int timerId) {
   if (m_context != nullptr && timerId > 0) m_context->stopTimer(timerId);
 }
 
-void ClockService::replaceTimer(std::atomic<int>& timer, unsigned int milliseconds) {
-  if (m_context != nullptr && timer > 0) {
-    m_context->cancelTimer(timer);
-    m_context->deleteTimer(timer);
-  }
+void ClockService::dropTimer(int timerId) {
+  if (m_context == nullptr || timerId <= 0) return;
+  m_context->cancelTimer(timerId);
+  m_context->deleteTimer(timerId);
+}
+
+void ClockService::startNewTimer(std::atomic<int>& timer, unsigned int milliseconds) {
   timer = createTimer(milliseconds);
   startTimer(timer);
 }
 
 void ClockService::setTimeSyncTimer() {
   CLOCK_LOG(logInformation, "setTimeSyncTimer -> setting timer");
-  replaceTimer(m_timeSyncTimer, BoundaryDelay::toNextHour(getTimeValInternal()));
+  dropTimer(m_timeSyncTimer);
+  startNewTimer(m_timeSyncTimer, BoundaryDelay::toNextHour(getTimeValInternal()));
 }
 
 void ClockService::setDateSyncTimer() {
   CLOCK_LOG(logInformation, "setTimeSyncTimer -> setting date timer");  // this name by design
-  replaceTimer(m_dateSyncTimer, BoundaryDelay::toNextMidnight(getTimeValInternal()));
+  dropTimer(m_dateSyncTimer);
+  startNewTimer(m_dateSyncTimer, BoundaryDelay::toNextMidnight(getTimeValInternal()));
 }
 
 // In this order: the first timer that has the id is the one meant.

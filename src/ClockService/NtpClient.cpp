@@ -75,9 +75,10 @@ void ClockService::replaceNtpClient(char* const* commandLine) {
 
 void ClockService::setRestartNTPClientTimer() {
   seedRandomGenerator();
+  dropTimer(m_restartNtpClientTimer);
   const int seconds = NtpRestart::extraSeconds(std::rand());
   CLOCK_LOG(logInformation, "rand delay 600 + %d where rand_max is %d", seconds, RAND_MAX);
-  replaceTimer(m_restartNtpClientTimer, NtpRestart::delay(seconds));
+  startNewTimer(m_restartNtpClientTimer, NtpRestart::delay(seconds));
 }
 
 // Once in a service's life. Devices differ in their MAC address, and so in their delays.

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "plugin/ClockOnWatchedTimers.h"
 #include "support/LogCapture.h"
 
@@ -167,6 +169,33 @@ TEST_F(ClockOnReversedTimers, TellsOnceOfASetTimeThatIsDueWithTheHour) {
   heard(seconds{1} - milliseconds{1});
   service->setTime(10, 20, 30);
   EXPECT_THAT(heard(milliseconds{1}), ElementsAre("time 10:20:31"));
+}
+
+// What cancelling and deleting take does not count as part of the delay.
+TEST_F(ClockOnWatchedTimers, ReckonsTheDelayOfASyncTimerOnceTheOldOneIsGone) {
+  start();
+  timers.onCall = [this](const std::string& call) {
+    journal.add(call);
+    if (call.rfind("delete", 0) == 0) clock.advance(seconds{10});
+  };
+  const auto calls = expire(kTimeChanged);
+  EXPECT_THAT(calls, testing::IsSupersetOf({"create 2985000 -> 7", "create 6575000 -> 8"}));
+}
+
+TEST_F(ClockOnWatchedTimers, DrawsTheDelayOfARestartOnceTheOldOneIsGone) {
+  start();
+  expire(kHour);
+  constexpr int hour = 7, restart = 9;
+  const support::LogCapture log(5);
+  timers.onCall = [&](const std::string& call) {
+    if (call != "delete " + std::to_string(restart)) return;
+    EXPECT_FALSE(log.hasPart("rand delay"));
+    std::srand(1);
+  };
+  expire(hour);
+  std::srand(1);
+  const int next = static_cast<int>(std::rand() * 600.0 / 2147483648.0) + 1;
+  EXPECT_TRUE(log.hasPart("rand delay 600 + " + std::to_string(next) + " "));
 }
 
 TEST_F(ClockOnWatchedTimers, NeverHearsOfAnHourTwice) {
