@@ -6,6 +6,8 @@ class Executable;
 
 // What the framework offers a service: other services by name, and timers.
 // Owner: the framework; it outlives every service. Thread: any, for every operation.
+// Failure: starting, stopping, cancelling or deleting an unknown timer does nothing. Unknown is an id
+// that was never given out, 0 and negative ones too, and the id of a deleted timer.
 class Context {
  public:
   // The service registered as `name` ("LocalMgmtIfc", ...), or null. Not owned by the caller, who
@@ -20,7 +22,7 @@ class Context {
   // Arms the timer for its full period from now, also when it is already running.
   virtual void startTimer(int timerId) = 0;
 
-  // Disarms it; it may be started again. An unknown id is ignored, here and below.
+  // Disarms it; it may be started again.
   virtual void stopTimer(int timerId) = 0;
 
   // Disarms it and drops an expiry that is due but not yet delivered.

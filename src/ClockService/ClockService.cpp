@@ -42,11 +42,11 @@ extern "C" Service* createClockService() {
 ClockService::ClockService()
     : m_observers(std::make_unique<std::vector<ClockServiceObserverIfc*>>()) {}
 
-// From releaseObserver on the listener does not call any more, so what it uses may go; its thread
-// itself ends last, with the member.
+// First of all, the listener must not call any more: an update under way still uses what goes then,
+// the timers too. Its thread itself ends last, with the member.
 ClockService::~ClockService() {
-  deleteTimers();
   m_sntpClientThread.releaseObserver();
+  deleteTimers();
   m_dataHandler.reset();
   m_dstZoneRules.reset();
   m_observers.reset();

@@ -3,12 +3,14 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 
 #include "ManageableData.h"
 #include "plugin/RecordingFramework.h"
 #include "plugin/RecordingSecurityLog.h"
 #include "plugin/Telephone.h"
+#include "support/WaitingCall.h"
 
 namespace {
 
@@ -126,25 +128,31 @@ TEST_F(RecordingFramework, GetsNothingFromRunShutdownHookSwitchAndAlarms) {
   EXPECT_THAT(journal.lines(), IsEmpty());
 }
 
-// The observer's event holds the listener in the middle of an update until the destruction has
-// begun, which the deleted timer shows.
+// The observer's event holds the listener in the middle of an update, for which the destruction has
+// to wait: the update starts a timer again, and saves the time.
 TEST_F(RecordingFramework, MayDestroyTheServiceWhileTheListenerIsInAnUpdate) {
   start(&context);
   std::atomic<bool> inUpdate{false};
-  std::atomic<bool> ending{false};
+  std::atomic<bool> held{true};
   observer.onEvent = [&] {
     inUpdate = true;
     inUpdate.notify_all();
-    ending.wait(false);
+    held.wait(true);
   };
   pipe.report(1'700'000'000);
   inUpdate.wait(false);
-  context.onCall = [&](const std::string& call) {
-    if (call.rfind("delete", 0) != 0) return;
-    ending = true;
-    ending.notify_all();
-  };
-  end();
+  journal.take();
+  {
+    const support::WaitingCall destruction([this] { end(); });
+    EXPECT_TRUE(destruction.waits());
+    EXPECT_THAT(journal.take(), IsEmpty());
+    held = false;
+    held.notify_all();
+  }
+  const auto lines = journal.take();
+  EXPECT_THAT(lines, testing::IsSupersetOf({"start 1", "delete 1"}));
+  EXPECT_LT(std::find(lines.begin(), lines.end(), "start 1"),
+            std::find(lines.begin(), lines.end(), "delete 1"));
   EXPECT_TRUE(log.hasPart("sntpTimeChanged: FallbackTime is"));  // the update came to its end
   EXPECT_TRUE(log.hasPart("NTP Client Thread finished"));
 }

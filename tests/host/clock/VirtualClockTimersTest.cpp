@@ -96,6 +96,9 @@ TEST_F(PausedClock, ForgetsADeletedTimer) {
   const int id = startedTimer(10s);
   m_clock.deleteTimer(id);
   m_clock.startTimer(id);
+  m_clock.stopTimer(id);
+  m_clock.cancelTimer(id);
+  m_clock.deleteTimer(id);
   EXPECT_EQ(m_clock.armedTimers(), 0U);
   m_clock.advance(20s);
   EXPECT_EQ(m_owner.ids(), Ids{});
