@@ -93,6 +93,7 @@ MessageStream::MessageStream() : std::iostream(nullptr) {
 void MessageStream::startOver() {
   m_bytes.clear();
   exceptions(goodbit);
+  rdbuf(&m_bytes);
   clear();
   flags(skipws | dec);
   precision(6);

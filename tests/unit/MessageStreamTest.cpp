@@ -220,6 +220,7 @@ void spoil(std::iostream& stream, std::ostream& other) {
   stream.imbue(std::locale(std::locale::classic(), new Grouped));
   stream.unsetf(ios_base::skipws);
   stream.exceptions(ios_base::badbit);
+  stream.rdbuf(other.rdbuf());
 }
 
 std::string formatted(std::iostream& stream) {
@@ -256,8 +257,8 @@ TEST(BorrowedStream, IsEmptyAndAsNewWhateverItWasUsedFor) {
   std::ostringstream other;
   {
     BorrowedStream stream;
-    spoil(*stream, other);
     *stream << bytes(1000);
+    spoil(*stream, other);
     (*stream).setstate(ios_base::failbit);
   }
   BorrowedStream stream;
