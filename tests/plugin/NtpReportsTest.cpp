@@ -7,6 +7,14 @@
 
 namespace {
 
+// The private switch of the service: only an explicit instantiation may name it.
+bool ClockService::*updateFallbackOnSntp();
+template <bool ClockService::*Member>
+struct Opened {
+  friend bool ClockService::*updateFallbackOnSntp() { return Member; }
+};
+template struct Opened<&ClockService::m_updateFallbackOnSntp>;
+
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -51,6 +59,14 @@ TEST_F(ClockHearingReports, DoesWithoutThePhysicalInterface) {
   EXPECT_THAT(journal.take(),
               ElementsAre("observer time 03:30:00", "observer date 02.01.2030", "stop 1", "start 1",
                           "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
+}
+
+TEST_F(ClockHearingReports, SavesNoTimeWhenThatIsSwitchedOff) {
+  startWith(nullptr);
+  EXPECT_TRUE(service.get()->*updateFallbackOnSntp());
+  service.get()->*updateFallbackOnSntp() = false;
+  service->handleSNTPClientUpdate(1);
+  EXPECT_THAT(journal.take(), ElementsAre("observer time 03:30:00", "observer date 02.01.2030"));
 }
 
 TEST_F(ClockHearingReports, SaysWhatItDoes) {
