@@ -92,7 +92,7 @@ void measureClientGrowth(Findings& findings) {
   makeRoomForClients();
   const Folder folder;
   const HostProgram host(folder, folder / "state");
-  const Line control(host.socket());
+  const Line control(host.controlSocket());
   findings["growth-clients"] =
       growthOf([&](std::size_t count) { return costOfClients(count, host, control); });
 }
@@ -105,8 +105,8 @@ void measureAudienceGrowth(Findings& findings) {
   const Folder quietFolder;
   const HostProgram host(folder, folder / "state", {"--speed", "0"});
   const HostProgram quiet(quietFolder, quietFolder / "state", {"--speed", "0"});
-  Subscribers all(host.socket());
-  const Subscribers nobody(quiet.socket());
+  Subscribers all(host);
+  const Subscribers nobody(quiet);
   const auto costOfTelling = [&](std::size_t count) {
     all.connect(count);
     all.subscribe();

@@ -102,8 +102,8 @@ void measureSubscribers(Findings& findings) {
   const Folder folder;
   const HostProgram host(folder, folder / "state", {"--speed", "0"});
   const FloorProgram fan(folder, "fan", {std::to_string(kSubscribers)});
-  Subscribers atHost(host.socket());
-  Subscribers atFan(fan.socket());
+  Subscribers atHost(host);
+  Subscribers atFan(fan);
   atHost.connect(kSubscribers);
   atHost.subscribe();
   atFan.connect(kSubscribers);

@@ -21,6 +21,7 @@ std::filesystem::path freshSocket(const Folder& folder, const std::string& name)
 HostProgram::HostProgram(const Folder& folder, const std::filesystem::path& state,
                          const Words& options)
     : m_socket(freshSocket(folder, "host")),
+      m_controlSocket(freshSocket(folder, "host.control")),
       m_child(joined({BENCH_CLOCKHOST, "--plugin", BENCH_PLUGIN, "--state", state, "--socket",
                       m_socket, "--device-root", folder / "root"},
                      options)) {}

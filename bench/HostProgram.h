@@ -17,10 +17,12 @@ class HostProgram {
               const std::vector<std::string>& options = {});
 
   [[nodiscard]] const std::filesystem::path& socket() const { return m_socket; }
+  [[nodiscard]] const std::filesystem::path& controlSocket() const { return m_controlSocket; }
   [[nodiscard]] pid_t process() const { return m_child.id(); }
 
  private:
   const std::filesystem::path m_socket;
+  const std::filesystem::path m_controlSocket;
   Child m_child;
 };
 

@@ -129,7 +129,7 @@ void measureSetData(Findings& findings) {
   const Folder sockets;
   const Folder disk(Folder::Place::disk);
   const HostProgram host(sockets, disk / "state");
-  const Line line(host.socket());
+  const Line line(host.controlSocket());
   const std::string accepted = acceptanceOf(line);
   BareStore bare(disk / "bare.db");
   Rounds rounds;  // of one write each: the disk is now fast, now slow

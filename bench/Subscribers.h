@@ -4,16 +4,19 @@
 #include <string>
 #include <vector>
 
+#include "HostProgram.h"
 #include "Line.h"
 
 namespace bench {
 
-// Connections to one socket, of which the first has the other side do something and the rest are
-// told of it. Owner: a measurement.
+// Connections to one program, of which the first has it do something and the rest are told of it.
+// Owner: a measurement.
 class Subscribers {
  public:
-  explicit Subscribers(std::filesystem::path socket)
-      : m_socket(std::move(socket)), m_control(m_socket) {}
+  explicit Subscribers(const HostProgram& host)
+      : m_socket(host.socket()), m_control(host.controlSocket()) {}
+  explicit Subscribers(const FloorProgram& floor)
+      : m_socket(floor.socket()), m_control(floor.socket()) {}
 
   // Until there are as many; those that are there stay.
   void connect(std::size_t count);

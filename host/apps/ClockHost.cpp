@@ -49,7 +49,7 @@ void prepareProcess(const HostOptions& options) {
 // The service's children, an NTP client for one, find their way back by these. Each is set,
 // whatever this process has inherited.
 void tellChildren(const HostOptions& options) {
-  ::setenv("CLOCKHOST_SOCKET", std::filesystem::absolute(options.socket).c_str(), 1);
+  ::setenv("CLOCKHOST_SOCKET", std::filesystem::absolute(options.controlSocket).c_str(), 1);
   ::setenv("CLOCKHOST_CLOCK", options.systemClock ? "system" : "virtual", 1);
   ::setenv("CLOCKHOST_PIPE", hostPath(ReportPipe::kDevicePath).c_str(), 1);
 }
@@ -95,7 +95,7 @@ Host::Host(const HostOptions& options)
       m_clock(sourceOf(options)),
       m_processClock(m_clock),
       m_loop(m_clock),
-      m_server(m_loop.io(), options.socket,
+      m_server(m_loop.io(), {options.socket, options.controlSocket, options.socketGroup},
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
       m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,

@@ -1,12 +1,16 @@
 #include "apps/HostOptions.h"
 
+#include <grp.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <ostream>
 
 #include "control/TimeText.h"
 #include "control/UsageError.h"
 #include "platform/ShownText.h"
+#include "remote/SocketAddress.h"
 #include "runtime/DefaultPaths.h"
 
 namespace host {
@@ -26,6 +30,7 @@ struct Words {
   std::string network = "down";
   std::vector<std::string> programs;
   std::string scenario;
+  std::string socketGroup;
 };
 
 // CLI11 takes an empty text for "right", and puts the option's name before any other.
@@ -72,6 +77,12 @@ void addDeviceOptions(CLI::App& app, DeviceOptions& device, Words& words) {
 void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
   app.add_option("--plugin", options.plugin, "The plug-in")->type_name("FILE");
   app.add_option("--socket", options.socket, "Where remote calls come in")->type_name("FILE");
+  app.add_option("--socket-group", words.socketGroup, "A group that may call, beside the owner")
+      ->type_name("NAME");
+  app.add_option("--control-socket", options.controlSocket,
+                 "Where the owner's control requests come in; beside --socket, with \".control\" "
+                 "behind")
+      ->type_name("FILE");
   app.add_option("--device-root", options.deviceRoot, "Folder for the device's /data and /tmp/votk")
       ->type_name("DIR");
   app.add_option("--clock", words.clock, "A clock of its own, or (privileged) the machine's")
@@ -93,6 +104,24 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
       ->type_name("FILE");
 }
 
+gid_t groupNamed(const std::string& name) {
+  std::array<char, 16384> strings;
+  group entry{};
+  group* found = nullptr;
+  getgrnam_r(name.c_str(), &entry, strings.data(), strings.size(), &found);
+  if (found != nullptr) return found->gr_gid;
+  throw UsageError("--socket-group: there is no group " + quotedText(name) + " here");
+}
+
+void understandSockets(const Words& words, HostOptions& options) {
+  if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
+  if (absolute(options.controlSocket).lexically_normal() ==
+      absolute(options.socket).lexically_normal()) {
+    throw UsageError("--control-socket must be another file than --socket");
+  }
+  if (!words.socketGroup.empty()) options.socketGroup = groupNamed(words.socketGroup);
+}
+
 void understand(const Words& words, HostOptions& options) {
   options.systemClock = words.clock == "system";
   options.speed = parseSpeed(words.speed).value_or(1);
@@ -105,6 +134,7 @@ void understand(const Words& words, HostOptions& options) {
     const std::size_t equals = program.find('=');
     options.programs.emplace_back(program.substr(0, equals), program.substr(equals + 1));
   }
+  understandSockets(words, options);
   if (!words.scenario.empty()) options.scenario = words.scenario;
 }
 

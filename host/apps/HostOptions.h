@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <iosfwd>
 #include <optional>
@@ -18,6 +20,8 @@ struct DefaultPaths;
 struct HostOptions {
   std::filesystem::path plugin;
   std::filesystem::path socket;
+  std::filesystem::path controlSocket;
+  std::optional<gid_t> socketGroup;  // may call, too
   std::filesystem::path deviceRoot;  // empty: the device's paths as they are
   DeviceOptions device;
   bool systemClock = false;

@@ -58,7 +58,7 @@ class Command {
       : m_options(options),
         m_request(std::move(request)),
         m_verb(*findVerb(m_request["verb"].get<std::string>())),
-        m_client(options.socket),
+        m_client(m_verb.route == Verb::Route::control ? options.controlSocket : options.socket),
         m_out(out) {}
 
   void run() {

@@ -2,10 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 #include "control/UsageError.h"
 #include "control/Verb.h"
 #include "platform/ShownText.h"
+#include "remote/SocketAddress.h"
 
 namespace host {
 namespace {
@@ -19,12 +22,16 @@ bool isFlag(const std::string& word) {
   return word == "--json" || word == "--help" || word == "-h";
 }
 
+constexpr std::array<std::string_view, 3> kWithValue = {"--socket", "--control-socket",
+                                                        "--timeout"};
+
 bool takesValue(const std::string& word) {
-  return word == "--socket" || word == "--timeout";
+  return std::find(kWithValue.begin(), kWithValue.end(), word) != kWithValue.end();
 }
 
 bool holdsValue(const std::string& word) {
-  return word.starts_with("--socket=") || word.starts_with("--timeout=");
+  const std::size_t equals = word.find('=');
+  return equals != std::string::npos && takesValue(word.substr(0, equals));
 }
 
 // The words sorted into options and the verb's own. A verb's words may look like options: "-5".
@@ -71,14 +78,17 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
                                                    const std::filesystem::path& defaultSocket,
                                                    std::ostream& out) {
   SortedWords split = sorted(words);
-  ClockCtlOptions options{defaultSocket, false, std::nullopt, std::move(split.verb)};
+  ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, std::move(split.verb)};
   std::optional<double> timeout;
   CLI::App app(kDescription, "clockctl");  // the verb's words never get here
   // The last of two counts, so that a script's options can be overridden.
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  app.add_option("--socket", options.socket, "Where the host listens")
+  app.add_option("--socket", options.socket, "Where the host takes calls (call, watch)")
       ->type_name("FILE")
       ->capture_default_str();
+  app.add_option("--control-socket", options.controlSocket,
+                 "Where it takes the other verbs; beside --socket, with \".control\" behind")
+      ->type_name("FILE");
   app.add_flag("--json", options.json, "Answers as JSON, one object a line");
   app.add_option("--timeout", timeout,
                  "How long to wait for a reply (calls 2, others 5, where time passes 60)")
@@ -97,6 +107,7 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
     out << helpText(app);
     return std::nullopt;
   }
+  if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
   options.timeout = limitOf(timeout);
   return options;
 }

@@ -13,6 +13,7 @@ namespace host {
 // What stands beside the verb on clockctl's command line.
 struct ClockCtlOptions {
   std::filesystem::path socket;
+  std::filesystem::path controlSocket;
   bool json = false;
   std::optional<std::chrono::milliseconds> timeout;  // as given; more than 0, up to a day
   std::vector<std::string> verb;                     // and its arguments

@@ -28,10 +28,11 @@ std::string reasonOf(int error) {
 
 }  // namespace
 
-Connection::Connection(Socket socket, std::uint64_t number, Listener& listener,
+Connection::Connection(Socket socket, Entrance entrance, std::uint64_t number, Listener& listener,
                        std::chrono::milliseconds limit)
     : m_socket(std::move(socket)),
       m_timer(m_socket.get_executor()),
+      m_entrance(entrance),
       m_number(number),
       m_listener(listener),
       m_limit(limit) {}

@@ -41,7 +41,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
     ~Listener() = default;
   };
 
-  Connection(Socket socket, std::uint64_t number, Listener& listener,
+  // The socket that the client came in by decides what it may send.
+  enum class Entrance { calls, control };
+
+  Connection(Socket socket, Entrance entrance, std::uint64_t number, Listener& listener,
              std::chrono::milliseconds limit);
 
   // Once, before all else.
@@ -55,6 +58,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   [[nodiscard]] Peer& peer() { return *m_peer; }
   [[nodiscard]] const std::shared_ptr<Peer>& sharedPeer() const { return m_peer; }
+  [[nodiscard]] Entrance entrance() const { return m_entrance; }
   [[nodiscard]] std::uint64_t number() const { return m_number; }
   [[nodiscard]] bool heard() const { return m_frames > 0; }  // a frame came before this one
 
@@ -77,6 +81,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   asio::basic_waitable_timer<std::chrono::steady_clock,
                              asio::wait_traits<std::chrono::steady_clock>, Executor>
       m_timer;
+  const Entrance m_entrance;
   const std::uint64_t m_number;
   Listener& m_listener;
   const std::chrono::milliseconds m_limit;

@@ -1,5 +1,6 @@
 #include "remote/RemoteClient.h"
 
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 namespace host {
@@ -10,6 +11,12 @@ using Clock = std::chrono::steady_clock;
 MessageCodec& knownCodec(CodecTable& table, const std::string& name) {
   if (MessageCodec* const codec = table.find(name)) return *codec;
   throw Error("unknown codec " + name);
+}
+
+std::string errorOf(std::string_view refusal) {
+  const auto json = nlohmann::json::parse(refusal, nullptr, false);
+  const auto error = json.is_object() ? json.find("error") : json.end();
+  return error != json.end() && error->is_string() ? error->get<std::string>() : "refused";
 }
 
 }  // namespace
@@ -99,7 +106,7 @@ std::uint32_t RemoteClient::send(FrameKind kind, std::string_view payload) {
 std::uint32_t RemoteClient::sendMethod(Method& method) {
   std::stringstream stream;
   m_codec->encode(method, stream);
-  return send(FrameKind::call, stream.view());
+  return m_lastCall = send(FrameKind::call, stream.view());
 }
 
 bool RemoteClient::receive(Deadline deadline) {
@@ -119,6 +126,7 @@ void RemoteClient::sort(const Frame& frame) {
       return;
     case FrameKind::controlReply:
     case FrameKind::controlItem:
+      if (m_lastCall != 0 && frame.id == m_lastCall) throw CallRefused(errorOf(frame.payload));
       if (const auto found = m_answers.find(frame.id); found != m_answers.end()) {
         const bool last = frame.kind == FrameKind::controlReply;
         found->second.push_back({last, std::string(frame.payload)});

@@ -20,10 +20,15 @@ struct ControlAnswer {
   std::string json;  // as it came
 };
 
-// A client of a running host. Owner: its creator. Thread: one at a time; waits block it, up to
-// their limit. Failure: NoHost from the constructor when nobody listens; HostGone from any
-// operation when the host has hung up or sent what is no frame; an empty optional when the limit
-// has passed.
+// The host refused a call, in its own words: it does not take calls at this socket.
+struct CallRefused : Error {
+  using Error::Error;
+};
+
+// A client of a running host, at its call socket or at its control socket. Owner: its creator.
+// Thread: one at a time; waits block it, up to their limit. Failure: NoHost from the constructor
+// when nobody listens; HostGone from any operation when the host has hung up or sent what is no
+// frame; CallRefused from what waits after a call; an empty optional when the limit has passed.
 class RemoteClient {
  public:
   using Limit = std::chrono::milliseconds;
@@ -68,6 +73,7 @@ class RemoteClient {
   MessageCodec* m_codec;
   FrameSocket m_socket;
   std::uint32_t m_lastId = 0;
+  std::uint32_t m_lastCall = 0;
   std::uint32_t m_awaited = 0;  // the call whose reply is waited for; other replies came too late
   std::optional<Method> m_reply;
   std::deque<Method> m_events;

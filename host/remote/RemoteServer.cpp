@@ -3,6 +3,7 @@
 #include <exception>
 #include <map>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -23,15 +24,26 @@
 namespace host {
 namespace {
 
+using Entrance = Connection::Entrance;
+
 constexpr std::string_view kObserverInterface = "ClockServiceObserverIfc";
+
+std::string refusal(const std::string& error) {
+  const nlohmann::json answer = {{"ok", false}, {"error", error}};
+  return answer.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
 
 }  // namespace
 
 class RemoteServer::Impl final : public Connection::Listener {
  public:
-  Impl(asio::io_context& loop, const std::filesystem::path& socket, ControlHandler control,
-       Limits limits)
-      : m_loop(loop), m_limits(limits), m_control(std::move(control)), m_file(socket) {}
+  Impl(asio::io_context& loop, ServerSockets sockets, ControlHandler control, Limits limits)
+      : m_loop(loop),
+        m_limits(limits),
+        m_control(std::move(control)),
+        m_sockets(std::move(sockets)),
+        m_callFile(std::in_place, m_sockets.calls, m_sockets.callers),
+        m_controlFile(m_sockets.control) {}
 
   void serve(RemoteTarget target);
   void stop();
@@ -44,20 +56,25 @@ class RemoteServer::Impl final : public Connection::Listener {
   void closed(Connection& from) override;
 
  private:
-  void takeIn(Connection::Socket socket);
+  void takeIn(Connection::Socket socket, Entrance entrance);
+  void acceptAt(const SocketFile& file, Entrance entrance, std::optional<Acceptor>& acceptor);
   void makeKnown(const std::shared_ptr<Peer>& peer);
   void forget(const Peer& peer);
   bool letGo(const std::shared_ptr<Peer>& peer);
   void letStuckOnesGo();
   std::optional<std::string> hello(Connection& from, std::string_view codec);
+  [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
 
   asio::io_context& m_loop;
   const Limits m_limits;
   const ControlHandler m_control;
   CodecTable m_codecs;
-  std::optional<SocketFile> m_file;
+  const ServerSockets m_sockets;
+  std::optional<SocketFile> m_callFile;
+  std::optional<SocketFile> m_controlFile;
   std::optional<RemoteTarget> m_target;
-  std::optional<Acceptor> m_acceptor;
+  std::optional<Acceptor> m_callAcceptor;
+  std::optional<Acceptor> m_controlAcceptor;
   std::uint64_t m_lastNumber = 0;
   std::map<std::uint64_t, std::shared_ptr<Connection>> m_connections;
   bool m_stuck = false;  // some peers are gone, and the service may still use their proxies
@@ -67,21 +84,30 @@ class RemoteServer::Impl final : public Connection::Listener {
 
 void RemoteServer::Impl::serve(RemoteTarget target) {
   m_target.emplace(std::move(target));
-  m_acceptor.emplace(m_loop, m_file->descriptor(),
-                     [this](Connection::Socket socket) { takeIn(std::move(socket)); });
+  acceptAt(*m_callFile, Entrance::calls, m_callAcceptor);
+  acceptAt(*m_controlFile, Entrance::control, m_controlAcceptor);
+}
+
+void RemoteServer::Impl::acceptAt(const SocketFile& file, Entrance entrance,
+                                  std::optional<Acceptor>& acceptor) {
+  acceptor.emplace(m_loop, file.descriptor(), [this, entrance](Connection::Socket socket) {
+    takeIn(std::move(socket), entrance);
+  });
 }
 
 void RemoteServer::Impl::stop() {
-  m_acceptor.reset();
+  m_callAcceptor.reset();
+  m_controlAcceptor.reset();
   while (!m_connections.empty()) m_connections.begin()->second->close();
-  m_file.reset();
+  m_callFile.reset();
+  m_controlFile.reset();
 }
 
-void RemoteServer::Impl::takeIn(Connection::Socket socket) {
+void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
   if (m_stuck) letStuckOnesGo();
   const std::uint64_t number = ++m_lastNumber;
   const auto connection =
-      std::make_shared<Connection>(std::move(socket), number, *this, m_limits.unfinished);
+      std::make_shared<Connection>(std::move(socket), entrance, number, *this, m_limits.unfinished);
   connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
   const auto kept = m_connections.emplace(number, connection).first;
@@ -107,6 +133,7 @@ void RemoteServer::Impl::forget(const Peer& peer) {
 
 std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Frame& frame) try {
   if (!MemoryReserve::refill()) return "no memory is left to serve it";
+  if (refuseAtWrongSocket(from, frame)) return std::nullopt;
   const OriginScope origin(from.peer().origin());
   switch (frame.kind) {
     case FrameKind::call:
@@ -125,6 +152,16 @@ std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Fra
   }
 } catch (const std::exception& error) {
   return std::string("its request failed: ") + error.what();
+}
+
+bool RemoteServer::Impl::refuseAtWrongSocket(Connection& from, const Frame& frame) const {
+  const bool atCalls = from.entrance() == Entrance::calls;
+  if (frame.kind != (atCalls ? FrameKind::controlRequest : FrameKind::call)) return false;
+  const std::string error =
+      atCalls ? "control requests are not taken here; send them to " + m_sockets.control.string()
+              : "calls are not taken here; send them to " + m_sockets.calls.string();
+  from.peer().openLine(frame.id)->reply(refusal(error));
+  return true;
 }
 
 std::optional<std::string> RemoteServer::Impl::hello(Connection& from, std::string_view codec) {
@@ -183,13 +220,12 @@ Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
   return nullptr;
 }
 
-RemoteServer::RemoteServer(asio::io_context& loop, const std::filesystem::path& socket,
-                           ControlHandler control)
-    : RemoteServer(loop, socket, std::move(control), Limits{}) {}
+RemoteServer::RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control)
+    : RemoteServer(loop, std::move(sockets), std::move(control), Limits{}) {}
 
-RemoteServer::RemoteServer(asio::io_context& loop, const std::filesystem::path& socket,
-                           ControlHandler control, Limits limits)
-    : m_impl(std::make_unique<Impl>(loop, socket, std::move(control), limits)) {}
+RemoteServer::RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control,
+                           Limits limits)
+    : m_impl(std::make_unique<Impl>(loop, std::move(sockets), std::move(control), limits)) {}
 
 RemoteServer::~RemoteServer() {
   try {

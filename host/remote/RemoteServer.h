@@ -1,10 +1,13 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "FrameworkContext.h"
@@ -27,10 +30,18 @@ struct RemoteTarget {
   std::function<Proxy*()> makeProxy;  // a new one; null on failure
 };
 
-// Serves any number of clients on a Unix stream socket, and is the invoker's framework: codecs by
-// name, observer proxies by peer. Calls run inline on the loop's thread; events may be sent from
-// any. Owner: the host's main; after the loop, before the device. Thread: the loop's, except
-// FrameworkContext. Failure: a fault in one client costs that client and one log line.
+// Where a server listens, and who may come in.
+struct ServerSockets {
+  std::filesystem::path calls;    // the telephone's remote protocol: calls and events
+  std::filesystem::path control;  // control requests; the owner's alone
+  std::optional<gid_t> callers;   // a group that may use `calls` beside the owner
+};
+
+// Serves any number of clients on two Unix stream sockets, and is the invoker's framework: codecs
+// by name, observer proxies by peer. What comes in by the wrong socket is refused. Calls run inline
+// on the loop's thread; events may be sent from any. Owner: the host's main; after the loop, before
+// the device. Thread: the loop's, except FrameworkContext. Failure: a fault in one client costs
+// that client and one log line.
 class RemoteServer : public FrameworkContext {
  public:
   struct Limits {
@@ -38,10 +49,10 @@ class RemoteServer : public FrameworkContext {
         10000};  // for the rest of a begun frame; for a last answer
   };
 
-  // Takes the socket, mode 0600: a stale one is replaced, one with a live host throws host::Error.
+  // Takes the sockets: a stale one is replaced, one with a live host throws host::Error.
   // Clients may connect from now on; they are answered after serve().
-  RemoteServer(asio::io_context& loop, const std::filesystem::path& socket, ControlHandler control);
-  RemoteServer(asio::io_context& loop, const std::filesystem::path& socket, ControlHandler control,
+  RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control);
+  RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control,
                Limits limits);
   virtual ~RemoteServer();
   RemoteServer(const RemoteServer&) = delete;
@@ -50,7 +61,7 @@ class RemoteServer : public FrameworkContext {
   // From now on calls reach `target`. REQUIRES: at most once.
   void serve(RemoteTarget target);
 
-  // Takes back what clients registered, hangs up, removes the socket. Idempotent. To be called
+  // Takes back what clients registered, hangs up, removes the sockets. Idempotent. To be called
   // while the target still lives.
   void stop();
 

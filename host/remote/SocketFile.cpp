@@ -16,6 +16,7 @@ namespace host {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kOwnerAndGroup = 0660;
 
 Error failure(const std::filesystem::path& file, const char* what) {
   return Error("socket " + file.string() + ": " + what + ": " + std::strerror(errno));
@@ -48,11 +49,14 @@ void makeFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
-SocketFile::SocketFile(std::filesystem::path file) : m_file(std::move(file)) {
+SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group)
+    : m_file(std::move(file)) {
   const std::filesystem::path folder = folderOf(m_file);
   makeFolder(folder);
   const Descriptor lock = lockFolder(folder);
   refuseIfTaken();
+  bind();
+  if (group) giveTo(*group);
   listen();
 }
 
@@ -77,7 +81,7 @@ void SocketFile::refuseIfTaken() const {
   if (::unlink(m_file.c_str()) != 0) throw failure(m_file, "cannot remove the stale one");
 }
 
-void SocketFile::listen() {
+void SocketFile::bind() {
   m_listener = newSocket(m_file);
   const SocketAddress address(m_file);
   // The mode of the socket is what bind gives to the file, so there is no moment with a wider one.
@@ -90,6 +94,18 @@ void SocketFile::listen() {
     m_device = made.st_dev;
     m_inode = made.st_ino;
   }
+}
+
+// Before anybody can connect.
+void SocketFile::giveTo(gid_t group) const {
+  constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
+  if (::lchown(m_file.c_str(), kSameOwner, group) != 0 ||
+      ::chmod(m_file.c_str(), kOwnerAndGroup) != 0) {
+    throw failure(m_file, "cannot give it to the group");
+  }
+}
+
+void SocketFile::listen() {
   if (::listen(m_listener.get(), SOMAXCONN) != 0) throw failure(m_file, "cannot listen at it");
 }
 

@@ -3,19 +3,20 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <optional>
 
 #include "remote/Descriptor.h"
 
 namespace host {
 
-// A listening Unix stream socket and its file, mode 0600.
+// A listening Unix stream socket and its file, mode 0600; 0660 when a group is to use it, too.
 // Owner: the server. Thread: one. The destructor removes the file, if it is still this one.
 // Failure: host::Error from the constructor, naming the file; a live host's socket is left alone.
 class SocketFile {
  public:
   // Creates missing folders (0700) and replaces a socket that nobody listens at. Two hosts that
   // start at once do not both get it.
-  explicit SocketFile(std::filesystem::path file);
+  explicit SocketFile(std::filesystem::path file, std::optional<gid_t> group = {});
   ~SocketFile();
   SocketFile(const SocketFile&) = delete;
   SocketFile& operator=(const SocketFile&) = delete;
@@ -24,6 +25,8 @@ class SocketFile {
 
  private:
   void refuseIfTaken() const;
+  void bind();
+  void giveTo(gid_t group) const;
   void listen();
 
   std::filesystem::path m_file;

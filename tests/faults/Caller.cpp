@@ -14,25 +14,28 @@ std::string text(const json& request) {
 }  // namespace
 
 template <class Request>
-auto Caller::ask(Request request) -> decltype(request(std::declval<host::RemoteClient&>())) {
+auto Caller::ask(Line& line, Line (integration::RestartableHost::*connect)() const, Request request)
+    -> decltype(request(std::declval<host::RemoteClient&>())) {
   try {
-    if (!m_client) m_client = m_host.connect();
-    auto answer = request(*m_client);
+    if (!line) line = (m_host.*connect)();
+    auto answer = request(*line);
     if (!answer) ++m_leftWaiting;
     return answer;
   } catch (const host::Error&) {
-    m_client.reset();
+    line.reset();
     return std::nullopt;
   }
 }
 
 std::optional<std::string> Caller::control(const std::string& request) {
-  return ask([&](host::RemoteClient& client) { return client.control(request, kLimit); });
+  return ask(m_control, &integration::RestartableHost::connectControl,
+             [&](host::RemoteClient& client) { return client.control(request, kLimit); });
 }
 
 std::optional<Method> Caller::call(const std::string& name) {
   Method method(name.c_str(), Method::call);
-  return ask([&](host::RemoteClient& client) { return client.call(method, kLimit); });
+  return ask(m_client, &integration::RestartableHost::connect,
+             [&](host::RemoteClient& client) { return client.call(method, kLimit); });
 }
 
 std::optional<bool> Caller::set(const std::string& key, const std::string& value) {

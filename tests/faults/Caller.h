@@ -11,7 +11,7 @@
 
 namespace faults {
 
-// A client that expects to lose its connection: it connects again for its next request. What it
+// A client that expects to lose its connections: it connects again for its next request. What it
 // does not expect is to be left waiting. Owner: a test. Thread: one at a time.
 class Caller {
  public:
@@ -30,17 +30,22 @@ class Caller {
   // The next event within the limit; nothing when none came or the connection was lost.
   [[nodiscard]] std::optional<Method> nextEvent(std::chrono::milliseconds limit);
 
+  // For calls and events.
   [[nodiscard]] bool connected() const { return m_client != nullptr; }
 
   // How often a request had neither an answer nor an end of the connection.
   [[nodiscard]] int leftWaiting() const { return m_leftWaiting; }
 
  private:
+  using Line = std::unique_ptr<host::RemoteClient>;
+
   template <class Request>
-  auto ask(Request request) -> decltype(request(std::declval<host::RemoteClient&>()));
+  auto ask(Line& line, Line (integration::RestartableHost::*connect)() const, Request request)
+      -> decltype(request(std::declval<host::RemoteClient&>()));
 
   const integration::RestartableHost& m_host;
-  std::unique_ptr<host::RemoteClient> m_client;
+  Line m_client;   // for calls and events
+  Line m_control;  // for control requests
   int m_leftWaiting = 0;
 };
 

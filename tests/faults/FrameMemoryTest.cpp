@@ -101,8 +101,12 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
     return text;
   }
 
+  static bool isCall() { return GetParam().kind == FrameKind::call; }
+
+  // A frame that is always answered at the socket of the row.
   static void exchangeOne(host::FrameSocket& client) {
-    client.send({FrameKind::call, 1, call("getTime")});
+    const std::string any = isCall() ? call("getTime") : R"({"verb":"clock","action":"show"})";
+    client.send({GetParam().kind, 1, any});
     Frame frame;
     EXPECT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kAnswerLimit));
   }
@@ -111,12 +115,11 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
   std::optional<std::string> sendWithout(std::uint64_t nth) try {
     const bool unknown = has(newcomer);
     if (unknown) plan.arm(Call::memory, reserve(), nth);
-    host::FrameSocket client(host.socket());
+    host::FrameSocket client(isCall() ? host.socket() : host.controlSocket());
     if (!unknown) exchangeOne(client);
     if (!unknown) plan.arm(Call::memory, reserve(), nth);
     client.send({GetParam().kind, kFrame, payload(nth)});
-    if (GetParam().kind == FrameKind::call)
-      client.send({FrameKind::call, kBehind, call("getTime")});
+    if (isCall()) client.send({FrameKind::call, kBehind, call("getTime")});
     Frame frame;
     const auto deadline = std::chrono::steady_clock::now() + kAnswerLimit;
     while (client.receive(frame, deadline)) {

@@ -91,7 +91,7 @@ TEST(OutsideWords, ThatAreNoUtf8AreWrongUsage) {
 
 TEST(OutsideWords, OfAMegabyteLeaveEveryListReadable) {
   RunningHost running;
-  host::RemoteClient client(running.socket());
+  host::RemoteClient client(running.controlSocket());
   const std::string secret(kMebibyte - 100, 's');
   const json set = {{"verb", "set"}, {"key", "ntp-secret"}, {"value", secret}};
   EXPECT_EQ(client.control(set.dump(), std::chrono::seconds(10)), R"({"ok":true})");

@@ -55,6 +55,10 @@ std::unique_ptr<host::RemoteClient> RestartableHost::connect() const {
   return std::make_unique<host::RemoteClient>(socket());
 }
 
+std::unique_ptr<host::RemoteClient> RestartableHost::connectControl() const {
+  return std::make_unique<host::RemoteClient>(controlSocket());
+}
+
 std::filesystem::path RestartableHost::pipe() const {
   return m_folder / "root/tmp/votk/ipc/ntpclient";
 }

@@ -33,11 +33,13 @@ class RestartableHost {
 
   [[nodiscard]] Program& program() { return *m_program; }
 
-  // Throws host::NoHost.
+  // For calls, or for control requests. Throws host::NoHost.
   [[nodiscard]] std::unique_ptr<host::RemoteClient> connect() const;
+  [[nodiscard]] std::unique_ptr<host::RemoteClient> connectControl() const;
 
   [[nodiscard]] const std::filesystem::path& folder() const { return m_folder.path(); }
   [[nodiscard]] std::filesystem::path socket() const { return m_folder / "socket"; }
+  [[nodiscard]] std::filesystem::path controlSocket() const { return m_folder / "socket.control"; }
   [[nodiscard]] std::filesystem::path state() const { return m_folder / "state"; }
   [[nodiscard]] std::filesystem::path script() const { return state() / "setupTZ.sh"; }
   [[nodiscard]] std::filesystem::path pipe() const;

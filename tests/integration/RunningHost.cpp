@@ -12,7 +12,8 @@ constexpr int kNoHost = 3;
 
 }  // namespace
 
-RunningHost::RunningHost(const Words& options) {
+RunningHost::RunningHost(const Words& options, Words ctlOptions)
+    : m_ctlOptions(std::move(ctlOptions)) {
   Words words = {CLOCKHOST,          "--plugin", CLOCK_PLUGIN, "--state",
                  m_folder / "state", "--socket", socket(),     "--device-root",
                  m_folder / "root",  "--speed",  "0"};
@@ -43,6 +44,7 @@ bool RunningHost::waitFor(const Words& words, const std::string& text) {
 
 Words RunningHost::ctlWords(const Words& words) const {
   Words all = {CLOCKCTL, "--socket", socket()};
+  all.insert(all.end(), m_ctlOptions.begin(), m_ctlOptions.end());
   all.insert(all.end(), words.begin(), words.end());
   return all;
 }

@@ -13,8 +13,9 @@ namespace integration {
 // it. Owner: a test. Failure: the constructor throws when the host does not come up.
 class RunningHost {
  public:
-  // options: beside those for plug-in, state, socket, device root and speed.
-  explicit RunningHost(const Words& options = {});
+  // options: beside those for plug-in, state, socket, device root and speed. ctlOptions: those of
+  // clockctl beside the socket.
+  explicit RunningHost(const Words& options = {}, Words ctlOptions = {});
 
   // Runs clockctl to its end. words: verb and arguments.
   Outcome ctl(const Words& words);
@@ -28,11 +29,13 @@ class RunningHost {
   Program& program() { return *m_host; }
   [[nodiscard]] const std::filesystem::path& folder() const { return m_folder.path(); }
   [[nodiscard]] std::filesystem::path socket() const { return m_folder / "socket"; }
+  [[nodiscard]] std::filesystem::path controlSocket() const { return m_folder / "socket.control"; }
 
  private:
   Words ctlWords(const Words& words) const;
 
   support::TemporaryFolder m_folder;
+  const Words m_ctlOptions;
   std::unique_ptr<Program> m_host;
   int m_runs = 0;
 };

@@ -17,7 +17,7 @@ constexpr std::size_t kBound = 10'000;
 
 // Sets of a key that no clock has: refused, and recorded all the same.
 void attempt(const RunningHost& running, std::size_t times) {
-  host::RemoteClient client(running.socket());
+  host::RemoteClient client(running.controlSocket());
   const std::string set = json({{"verb", "set"}, {"key", "k"}, {"value", "v"}}).dump();
   for (std::size_t i = 0; i < times; ++i) {
     ASSERT_TRUE(client.control(set, std::chrono::seconds(10))) << i;

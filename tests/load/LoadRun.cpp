@@ -85,7 +85,7 @@ bool LoadRun::start() {
 }
 
 void LoadRun::loadUp() {
-  m_operator = m_host.connect();
+  m_operator = m_host.connectControl();
   m_audience = std::make_unique<Audience>(m_host.socket(), m_size.subscribers);
   m_stuck.emplace(m_host.socket(), kRegistrations);
   m_slow.emplace(m_host.socket());

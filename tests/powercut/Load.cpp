@@ -113,11 +113,11 @@ void writeReport(const std::filesystem::path& pipe, std::int64_t instant) {
 }
 
 // Sets the clock as the NTP client does, reports, and has the time saved by a call, too.
-void passOnTheTime(host::RemoteClient& client, const std::filesystem::path& pipe,
-                   Promises& promises) {
+void passOnTheTime(host::RemoteClient& client, host::RemoteClient& control,
+                   const std::filesystem::path& pipe, Promises& promises) {
   const std::string expected = promises.times.next();
   const json jump = {{"verb", "clock"}, {"action", "jump"}, {"seconds", promises.times.instant()}};
-  if (!client.control(jump.dump(), kLimit)) throw host::HostGone("the clock is not set");
+  if (!control.control(jump.dump(), kLimit)) throw host::HostGone("the clock is not set");
   writeReport(pipe, promises.times.instant());
   Method save("setFallbackTime", Method::call);
   const auto saved = client.call(save, kLimit);
@@ -163,14 +163,15 @@ void Load::work(void (Load::*task)()) try { (this->*task)(); } catch (const host
 }
 
 void Load::set() {
-  const auto client = m_host.connect();
+  const auto client = m_host.connectControl();
   Setter setter(*client, m_promises);
   for (;;) setter.send(kSettings[m_random() % std::size(kSettings)]);
 }
 
 void Load::report() {
   const auto client = m_host.connect();
-  for (;;) passOnTheTime(*client, m_host.pipe(), m_promises);
+  const auto control = m_host.connectControl();
+  for (;;) passOnTheTime(*client, *control, m_host.pipe(), m_promises);
 }
 
 }  // namespace powercut

@@ -37,7 +37,7 @@ TEST(PowerCut, LoadTellsWhatItMetBesideTheHostsEnd) {
   integration::RestartableHost host;
   host.launch();
   ASSERT_TRUE(host.answers());
-  const auto client = host.connect();
+  const auto client = host.connectControl();
   Promises promises;
   Load load(host, promises, 1);
   // Somebody else sets the clock between the reporter's setting and its saving of the time.

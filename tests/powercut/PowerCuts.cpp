@@ -89,7 +89,7 @@ bool PowerCuts::start() {
 }
 
 void PowerCuts::lookAtPromises() {
-  const auto client = m_host.connect();
+  const auto client = m_host.connectControl();
   for (const std::string& key : m_promises.sets.keys()) {
     const std::string value = valueOf(*client, key);
     if (!m_promises.sets.allows(key, value)) {
@@ -119,7 +119,8 @@ void PowerCuts::lookAtScript() {
 void PowerCuts::lookAtSecurityLog() {
   const std::uint64_t number = m_promises.setsAcknowledged;
   if (number == 0) return;
-  const json from = answer(*m_host.connect(), {{"verb", "security-log"}, {"after", number - 1}});
+  const json from =
+      answer(*m_host.connectControl(), {{"verb", "security-log"}, {"after", number - 1}});
   if (from.at("records").empty()) {
     complain("the security log has less than " + std::to_string(number) + " records");
   }

@@ -25,6 +25,7 @@ std::optional<ClockCtlOptions> read(const std::string& line) {
 TEST(ClockCtlOptions, DefaultsAreThoseOfTheCaller) {
   const auto options = read("get time");
   EXPECT_EQ(options->socket, "/default");
+  EXPECT_EQ(options->controlSocket, "/default.control");
   EXPECT_FALSE(options->json);
   EXPECT_EQ(options->timeout, std::nullopt);
   EXPECT_EQ(options->verb, (Words{"get", "time"}));
@@ -39,6 +40,15 @@ TEST(ClockCtlOptions, StandBeforeTheVerbOrAfterIt) {
     EXPECT_TRUE(options->json) << line;
     EXPECT_EQ(options->timeout, milliseconds(500)) << line;
     EXPECT_EQ(options->verb, (Words{"get", "time"})) << line;
+  }
+}
+
+TEST(ClockCtlOptions, TheControlSocketIsBesideTheOtherUnlessItIsNamed) {
+  EXPECT_EQ(read("--socket /a get time")->controlSocket, "/a.control");
+  for (const char* const line :
+       {"--control-socket /c --socket /a get time", "get time --socket=/a --control-socket=/c"}) {
+    EXPECT_EQ(read(line)->socket, "/a") << line;
+    EXPECT_EQ(read(line)->controlSocket, "/c") << line;
   }
 }
 
@@ -126,10 +136,17 @@ TEST(ClockCtl, UsageErrorsAreOneLineAndStatusTwo) {
 
 TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
   const support::TemporaryFolder folder;
-  const Outcome outcome = run("get time", folder / "socket");
-  EXPECT_EQ(outcome.status, 3);
-  EXPECT_TRUE(isOneLine(outcome.err)) << outcome.err;
-  EXPECT_NE(outcome.err.find((folder / "socket").string()), std::string::npos) << outcome.err;
+  const std::string socket = folder / "socket";
+  for (const auto& [line, named] : {std::pair<const char*, std::string>("get time", ".control"),
+                                    {"clock", ".control"},
+                                    {"call getTime", ""},
+                                    {"watch", ""}}) {
+    const Outcome outcome = run(line, socket);
+    EXPECT_EQ(outcome.status, 3) << line;
+    EXPECT_TRUE(isOneLine(outcome.err)) << outcome.err;
+    EXPECT_TRUE(outcome.err.starts_with("clockctl: no host at " + socket + named + ": "))
+        << outcome.err;
+  }
 }
 
 TEST(ClockCtl, HelpIsStatusZero) {

@@ -9,6 +9,7 @@
 #include "host/remote/ServerUnderTest.h"
 #include "platform/Origin.h"
 #include "remote/RemoteClient.h"
+#include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 
 namespace host {
@@ -45,7 +46,7 @@ ControlHandler echo() {
 
 TEST(Control, RequestGetsItsReply) {
   ServerUnderTest server(echo());
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   EXPECT_EQ(client.control("{\"verb\":\"status\"}", kLong), "{\"verb\":\"status\"}!");
   EXPECT_EQ(client.control("", kLong), "!");
   EXPECT_EQ(client.control(std::string(kMaxPayload - 1, 'x'), kLong)->size(), kMaxPayload);
@@ -57,14 +58,14 @@ TEST(Control, RequestSaysWhichProcessAsks) {
   });
   const std::string self =
       "uid " + std::to_string(::getuid()) + ", pid " + std::to_string(::getpid());
-  EXPECT_EQ(RemoteClient(server.socket).control("?", kLong), self + "; " + self);
+  EXPECT_EQ(RemoteClient(server.controlSocket).control("?", kLong), self + "; " + self);
   EXPECT_EQ(server.onLoop([] { return originHere(); }), "") << "the request is over";
 }
 
 TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
   Desk desk;
   ServerUnderTest server(desk.handler());
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   const auto first = client.startControl("first");
   const auto second = client.startControl("second");
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 2; }));
@@ -93,7 +94,7 @@ TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
 TEST(Control, HasOneReplyAndNoItemBehindIt) {
   Desk desk;
   ServerUnderTest server(desk.handler());
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   const auto id = client.startControl("?");
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
   const ControlRequest request = desk.take();
@@ -107,7 +108,7 @@ TEST(Control, HasOneReplyAndNoItemBehindIt) {
 TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
   Desk desk;
   ServerUnderTest server(desk.handler());
-  FrameSocket client(server.socket);
+  FrameSocket client(server.controlSocket);
   client.send({FrameKind::controlRequest, 3, "?"});
   client.finishSending();
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
@@ -122,7 +123,7 @@ TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
 TEST(Control, RequestDroppedUnansweredEndsTheConnectionOfAClientThatWaitsForNothingElse) {
   Desk desk;
   ServerUnderTest server(desk.handler());
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   static_cast<void>(client.startControl("?"));
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
   static_cast<void>(desk.take());
@@ -132,7 +133,7 @@ TEST(Control, RequestDroppedUnansweredEndsTheConnectionOfAClientThatWaitsForNoth
 TEST(Control, RequestDroppedUnansweredIsRefused) {
   Desk desk;
   ServerUnderTest server(desk.handler());
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   const auto id = client.startControl("?");
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
   static_cast<void>(desk.take());
@@ -145,7 +146,7 @@ TEST(Control, RequestDroppedUnansweredIsRefused) {
 TEST(Control, TellsOnTheLoopWhenTheClientIsGone) {
   Desk desk;
   ServerUnderTest server(desk.handler());
-  auto client = std::make_unique<RemoteClient>(server.socket);
+  auto client = std::make_unique<RemoteClient>(server.controlSocket);
   static_cast<void>(client->startControl("follow"));
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
   ControlRequest request = desk.take();
@@ -166,7 +167,7 @@ TEST(Control, AnswersAfterTheServerHasStoppedAreRefused) {
   ControlRequest request;
   {
     ServerUnderTest server(desk.handler());
-    RemoteClient client(server.socket);
+    RemoteClient client(server.controlSocket);
     static_cast<void>(client.startControl("?"));
     ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
     request = desk.take();
@@ -179,7 +180,7 @@ TEST(Control, AFollowerThatDoesNotReadIsDroppedWithOneLine) {
   Desk desk;
   ServerUnderTest server(desk.handler());
   const support::LogCapture log(4);
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   static_cast<void>(client.startControl("follow"));
   ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
   const ControlRequest request = desk.take();
@@ -190,10 +191,38 @@ TEST(Control, AFollowerThatDoesNotReadIsDroppedWithOneLine) {
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
 }
 
+TEST(Control, RequestAtTheCallSocketIsRefusedInOneLine) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  const support::LogCapture log(4);
+  RemoteClient client(server.socket);
+  EXPECT_EQ(client.control(R"({"verb":"status"})", kLong),
+            R"({"error":"control requests are not taken here; send them to )" +
+                server.controlSocket.string() + R"(","ok":false})");
+  Method echo("echo", Method::call);
+  echo.addIntParameter("number", 5, Parameter::in);
+  EXPECT_TRUE(client.call(echo, kLong)) << "it is served as before";
+  EXPECT_EQ(desk.size(), 0U);
+  EXPECT_TRUE(log.entries().empty()) << log.text();
+}
+
+TEST(Control, SocketRefusesCallsInOneLine) {
+  ServerUnderTest server(echo());
+  const std::string refusal = "calls are not taken here; send them to " + server.socket.string();
+  Method method("observeTimeEvents", Method::call);
+  RemoteClient caller(server.controlSocket);
+  EXPECT_EQ(errorOf([&] { static_cast<void>(caller.call(method, kLong)); }), refusal);
+  EXPECT_EQ(caller.control("?", kLong), "?!") << "it is served as before";
+  RemoteClient oneWay(server.controlSocket);
+  oneWay.post(method);
+  EXPECT_EQ(errorOf([&] { static_cast<void>(oneWay.barrier(kLong)); }), refusal);
+  EXPECT_EQ(server.device.observers(), 0U);
+}
+
 TEST(Control, HandlerThatThrowsCostsTheClient) {
   ServerUnderTest server([](const ControlRequest&) { throw std::runtime_error("on purpose"); });
   const support::LogCapture log(4);
-  RemoteClient client(server.socket);
+  RemoteClient client(server.controlSocket);
   EXPECT_THROW(static_cast<void>(client.control("?", kLong)), HostGone);
   EXPECT_TRUE(log.hasPart("dropped: its request failed: on purpose")) << log.text();
 }

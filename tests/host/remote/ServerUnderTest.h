@@ -11,6 +11,7 @@
 
 #include "host/remote/FakeDevice.h"
 #include "remote/RemoteServer.h"
+#include "remote/SocketAddress.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -22,8 +23,10 @@ class ServerUnderTest {
  public:
   explicit ServerUnderTest(ControlHandler control = {},
                            RemoteServer::Limits limits = RemoteServer::Limits{})
-      : socket(m_folder / "host.socket"), m_work(m_loop.get_executor()) {
-    m_server.emplace(m_loop, socket, std::move(control), limits);
+      : socket(m_folder / "host.socket"),
+        controlSocket(controlSocketBeside(socket)),
+        m_work(m_loop.get_executor()) {
+    m_server.emplace(m_loop, ServerSockets{socket, controlSocket, {}}, std::move(control), limits);
     device.initInvoker(&*m_server);
     m_server->serve(device.target());
     m_thread = std::thread([this] { m_loop.run(); });
@@ -68,6 +71,7 @@ class ServerUnderTest {
 
  public:
   const std::filesystem::path socket;
+  const std::filesystem::path controlSocket;
   FakeDevice device;
 
  private:

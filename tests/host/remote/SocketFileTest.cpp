@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <fstream>
@@ -51,6 +52,21 @@ TEST(SocketFile, IsTheOwnersAloneAndGoesWithItsObject) {
   }
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+// A group of the user's own can be given; root may give any.
+TEST(SocketFile, IsAlsoTheGroupsThatIsNamed) {
+  std::vector<gid_t> groups(static_cast<std::size_t>(::getgroups(0, nullptr)));
+  ASSERT_EQ(::getgroups(static_cast<int>(groups.size()), groups.data()), groups.size());
+  const gid_t group = ::geteuid() == 0 ? 12345 : groups.empty() ? ::getegid() : groups.back();
+  const support::TemporaryFolder folder;
+  const auto file = folder / "socket";
+  const SocketFile socket(file, group);
+  struct stat found {};
+  ASSERT_EQ(::stat(file.c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 07777U, 0660U);
+  EXPECT_EQ(found.st_gid, group);
+  EXPECT_EQ(found.st_uid, ::geteuid());
 }
 
 TEST(SocketFile, CreatesItsFolderForTheOwnerAlone) {

@@ -36,6 +36,8 @@ TEST(HostOptions, NothingNeedsToBeSaid) {
   const HostOptions options = read({});
   EXPECT_EQ(options.plugin, "/lib/plugin.so");
   EXPECT_EQ(options.socket, "/run/socket");
+  EXPECT_EQ(options.controlSocket, "/run/socket.control");
+  EXPECT_FALSE(options.socketGroup.has_value());
   EXPECT_EQ(options.device.state, "/state");
   EXPECT_EQ(options.device.variant, 0);
   EXPECT_FALSE(options.device.networkUp);
@@ -54,6 +56,10 @@ TEST(HostOptions, EverythingCanBeSaid) {
                                     "s",
                                     "--socket",
                                     "k",
+                                    "--control-socket",
+                                    "c",
+                                    "--socket-group",
+                                    "root",
                                     "--device-root",
                                     "r",
                                     "--variant",
@@ -80,6 +86,8 @@ TEST(HostOptions, EverythingCanBeSaid) {
                                     "f"});
   EXPECT_EQ(options.plugin, "p.so");
   EXPECT_EQ(options.socket, "k");
+  EXPECT_EQ(options.controlSocket, "c");
+  EXPECT_EQ(options.socketGroup, gid_t{0});
   EXPECT_EQ(options.deviceRoot, "r");
   EXPECT_EQ(options.speed, 60);
   EXPECT_EQ(options.logLevel, 6);
@@ -99,6 +107,7 @@ TEST(HostOptions, EverythingCanBeSaid) {
 TEST(HostOptions, LastOfTwoCounts) {
   EXPECT_EQ(read({"--variant", "3", "--variant", "2"}).device.variant, 2);
   EXPECT_EQ(read({"--socket", "a", "--socket", "b"}).socket, "b");
+  EXPECT_EQ(read({"--socket", "a", "--socket", "b"}).controlSocket, "b.control");
 }
 
 TEST(HostOptions, InstantMayHaveAnOffset) {
@@ -144,6 +153,8 @@ TEST(HostOptions, WrongWordsAreNamedInOneLine) {
                          {{"--mac", "00:01:E3:A1:B2:C3"}, "12 hexadecimal digits"},
                          {{"--mac", "0001E3A1B2C"}, "12 hexadecimal digits"},
                          {{"--mac", "0001E3A1B2CG"}, "12 hexadecimal digits"},
+                         {{"--socket", "a", "--control-socket", "./a"}, "another file than"},
+                         {{"--socket-group", "no such group"}, "no group \"no such group\""},
                          {{"--program", "/sbin/ntpclient"}, "DEVICEPATH=PATH"},
                          {{"--program", "ntpclient=x"}, "DEVICEPATH=PATH"},
                          {{"--program", "/sbin/ntpclient="}, "DEVICEPATH=PATH"}};
