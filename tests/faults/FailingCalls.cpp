@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <netdb.h>
 #include <poll.h>
 #include <pthread.h>
 #include <spawn.h>
@@ -216,6 +217,13 @@ ssize_t send(int socket, const void* bytes, size_t count, int flags) {
 // The pause after a failed open or read of the pipe costs the test no time.
 unsigned int sleep(unsigned int) {
   return 0;
+}
+
+// A name is looked up without the machine's hosts file and without a name server.
+int getaddrinfo(const char* name, const char* service, const addrinfo* wanted, addrinfo** found) {
+  static const auto real = faults::next<decltype(getaddrinfo)>("getaddrinfo");
+  const bool local = std::string_view(name) == "localhost";
+  return real(local ? "127.0.0.1" : name, service, wanted, found);
 }
 
 // These answer with the error itself.

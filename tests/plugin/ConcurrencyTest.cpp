@@ -40,7 +40,7 @@ const std::vector<Setting>& settings() {
   static const std::vector<Setting> rows{
       {"date-format", {"0", "1", "2"}},
       {"time-format", {"0", "1"}},
-      {"sntp-addr", {"192.0.2.1", "192.0.2.2", "localhost", "0.0.0.0"}},
+      {"sntp-addr", {"192.0.2.1", "192.0.2.2", "2001:db8::1", "0.0.0.0"}},
       {"ntp-secret", {"short", std::string(200, 's')}},
       {"sntp-tz-offset", {"-5", "5.5", "1", "0"}},
       {"daylight-save", {"true", "false"}},
