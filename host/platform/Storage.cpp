@@ -7,35 +7,23 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
-#include <fstream>
-#include <iterator>
 #include <mutex>
-#include <system_error>
+#include <optional>
 
 #include "Logging.h"
 #include "clock/DeviceRoot.h"
+#include "platform/OwnerOnly.h"
 #include "platform/StateFolder.h"
+#include "remote/Descriptor.h"
 
 namespace {
 
+using host::Descriptor;
+
 constexpr mode_t kFileMode = 0644;
 
-// A descriptor that is closed when the object goes.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : m_number(number) {}
-  ~Descriptor() {
-    if (m_number >= 0) close(m_number);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  [[nodiscard]] bool valid() const { return m_number >= 0; }
-  [[nodiscard]] int number() const { return m_number; }
-
- private:
-  int m_number;
-};
+// A script of a few lines; what is larger is none of ours, and is not taken into memory.
+constexpr off_t kLargest = 64 * 1024;  // bytes
 
 bool writeAll(int descriptor, const std::string& content) {
   std::size_t written = 0;
@@ -48,43 +36,52 @@ bool writeAll(int descriptor, const std::string& content) {
 }
 
 bool writeNew(const std::string& path, const std::string& content) {
-  const Descriptor file(
-      open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, kFileMode));
-  return file.valid() && writeAll(file.number(), content) && fsync(file.number()) == 0;
+  // Whatever a killed process or somebody else left there is not opened.
+  unlink(path.c_str());
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
+  return file.valid() && writeAll(file.get(), content) && fsync(file.get()) == 0;
 }
 
 // The new name is on the disk once the folder is; the content has changed either way.
 void syncFolder(const std::string& path) {
   const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (folder.valid()) fsync(folder.number());
+  if (folder.valid()) fsync(folder.get());
 }
 
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-bool holds(const std::string& path, const std::string& content) {
+// Empty, with errno: the file is missing, cannot be read, is too large or no file at all.
+std::optional<std::string> contentOf(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
-  return access(path.c_str(), R_OK) == 0 && contentOf(path) == content;
+  if (!file.valid() || fstat(file.get(), &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode) || status.st_size > kLargest) {
+    errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
+    return std::nullopt;
+  }
+  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  const ssize_t length = read(file.get(), content.data(), content.size());
+  if (length < 0) return std::nullopt;
+  content.resize(static_cast<std::size_t>(length));
+  return content;
 }
 
 bool isNameWithoutFolder(const std::string& name) {
   return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
 }
 
-// A folder that takes new files, and in it a file of that name or nothing.
-bool canBeWritten(const std::string& folder, const std::string& path) {
-  if (access(folder.c_str(), W_OK | X_OK) != 0) return false;
+// Why a file of that name cannot be written in the folder; empty: it can.
+std::string obstacle(const std::string& folder, const std::string& path) {
+  if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    const bool readOnly = errno == EROFS || errno == EACCES;
+    return readOnly ? "state folder is read-only: " + folder : folder + ": " + std::strerror(errno);
+  }
   struct stat status {};
-  if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
-  return S_ISREG(status.st_mode);
+  if (lstat(path.c_str(), &status) != 0) return errno == ENOENT ? "" : std::strerror(errno);
+  return S_ISREG(status.st_mode) ? "" : path + " is no regular file; remove it";
 }
 
-void logFailure(const char* action, const std::string& name) {
+void logFailure(const char* action, const std::string& name, const std::string& why) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "storage \"%s\" cannot be %s: %s", name.c_str(),
-            action, std::strerror(errno));
+            action, why.c_str());
 }
 
 // One writer at a time: the file on its way has a fixed name, so that none is left behind by a
@@ -98,12 +95,13 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   const std::lock_guard lock(writing());
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
-  if (holds(path, content)) return true;  // each start stores the same: flash is to last
+  host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);
+  if (contentOf(path) == content) return true;  // each start stores the same: flash is to last
   if (writeNew(next, content) && rename(next.c_str(), path.c_str()) == 0) {
     syncFolder(folder);
     return true;
   }
-  logFailure("written", name);
+  logFailure("written", name, std::strerror(errno));
   unlink(next.c_str());
   return false;
 }
@@ -113,8 +111,15 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
 struct Storage::Impl {
   std::string folder;  // empty: not bound
   std::string name;
-  std::string content;  // what the file is to become
-  bool changed = false;
+  std::optional<std::string> content;  // what the file is to become; empty: as it is
+
+  // Before something is added to it.
+  bool readContent() {
+    content = contentOf(folder + "/" + name);
+    if (!content && errno == ENOENT) content = "";
+    if (!content) logFailure("read", name, std::strerror(errno));
+    return content.has_value();
+  }
 };
 
 Storage::Storage() : m_impl(std::make_unique<Impl>()) {}
@@ -128,20 +133,19 @@ bool Storage::init(const char* name, std::ios_base::openmode /*readMode*/,
   *m_impl = Impl{};
   const std::string folder = host::storageFolder();
   if (name == nullptr || !isNameWithoutFolder(name) || folder.empty()) return false;
-  if (!canBeWritten(folder, folder + "/" + name)) {
-    logFailure("bound", name);
+  const std::string why = obstacle(folder, folder + "/" + name);
+  if (!why.empty()) {
+    logFailure("bound", name, why);
     return false;
   }
   m_impl->folder = folder;
   m_impl->name = name;
-  m_impl->content = contentOf(folder + "/" + name);
   return true;
 }
 
 bool Storage::clear() {
   if (m_impl->folder.empty()) return false;
-  m_impl->content.clear();
-  m_impl->changed = true;
+  m_impl->content = "";
   return true;
 }
 
@@ -149,8 +153,8 @@ bool Storage::clear() {
 bool Storage::store(const char* subName, char* data, int length) {
   if (m_impl->folder.empty() || subName != nullptr || length < 0) return false;
   if (data == nullptr && length > 0) return false;
-  if (length > 0) m_impl->content.append(data, static_cast<std::size_t>(length));
-  m_impl->changed = true;
+  if (!m_impl->content && !m_impl->readContent()) return false;
+  if (length > 0) m_impl->content->append(data, static_cast<std::size_t>(length));
   return true;
 }
 
@@ -158,7 +162,7 @@ bool Storage::shutdown() {
   const Impl bound = std::move(*m_impl);
   *m_impl = Impl{};
   if (bound.folder.empty()) return false;
-  return !bound.changed || replace(bound.folder, bound.name, bound.content);
+  return !bound.content || replace(bound.folder, bound.name, *bound.content);
 }
 
 bool Storage::deleteFile_noEx(const std::string& path) {
