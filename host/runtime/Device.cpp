@@ -21,6 +21,7 @@
 #include "services/PhysicalInterface.h"
 #include "services/SecurityLog.h"
 #include "services/SqliteDataAccess.h"
+#include "services/StateLock.h"
 
 namespace host {
 namespace {
@@ -48,6 +49,7 @@ struct Device::Parts {
   VirtualClock& clock;
   Plugin& plugin;
   const DeviceOptions options;
+  std::optional<StateLock> stateLock;
   std::unique_ptr<SqliteDataAccess> ownStore;
   Executable* storeService = nullptr;  // the one in use, of whoever
   DataAccess* store = nullptr;         // the same
@@ -75,6 +77,8 @@ Device::Parts::Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOpti
 }
 
 void Device::Parts::openStores() {
+  const bool inFolder = options.store == nullptr || !options.securityLogInMemory;
+  if (inFolder) stateLock.emplace(options.state);
   storeService = options.store;
   if (storeService == nullptr) {
     ownStore = std::make_unique<SqliteDataAccess>(options.state);

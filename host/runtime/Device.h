@@ -22,7 +22,7 @@ struct DataAccess;
 
 // What a telephone is made of. The defaults are those of a fresh one without a network.
 struct DeviceOptions {
-  std::filesystem::path state;  // settings.db, security.db, setupTZ.sh; created when missing
+  std::filesystem::path state;  // settings.db, security.db, setupTZ.sh, lock; made when missing
   int variant = 0;              // hardware sub-variant
   std::string softwareType;     // "related-software-type"; empty: the device holds no such value
   std::string mac;              // "mac-addr", 12 hexadecimal digits; empty: no such value

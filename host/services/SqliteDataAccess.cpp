@@ -52,8 +52,9 @@ bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key
   m_set->bind(1, schema);
   m_set->bind(2, key);
   m_set->bind(3, value);
-  if (m_set->run()) return true;
+  if (m_database->isInPlace() && m_set->run()) return true;
   m_database->logFailure("writing");
+  m_set->reset();
   return false;
 }
 

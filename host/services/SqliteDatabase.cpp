@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "Logging.h"
+#include "platform/OwnerOnly.h"
 #include "runtime/Error.h"
 
 namespace host {
@@ -31,15 +32,6 @@ std::string describe(const std::string& name, const std::string& words) {
   return "store \"" + name + "\" " + words;
 }
 
-void createFolder(const std::filesystem::path& folder) {
-  if (folder.empty() || std::filesystem::exists(folder)) return;
-  std::error_code code;
-  std::filesystem::create_directories(folder.parent_path(), code);
-  if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-    throw Error(describe(folder, std::string("cannot be created: ") + std::strerror(errno)));
-  }
-}
-
 std::string unusedName(const std::string& file) {
   for (int number = 1;; ++number) {
     std::string name = file + ".damaged-" + std::to_string(number);
@@ -47,11 +39,21 @@ std::string unusedName(const std::string& file) {
   }
 }
 
+// SQLite's own words. Only here are the system's call and reason told, and warnings, such as of a
+// file that was removed while it is open; the rest is told again where it is decided what follows.
+void passOn(void*, int code, const char* words) {
+  const int kind = code & 0xff;
+  const bool only = kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN || kind == SQLITE_WARNING;
+  const int level = only ? 3 : 5;
+  logAppUni("clockhost", level, __FILE__, __LINE__, "SQLite: %s (%d)", words, code);
+}
+
 // These databases are a few pages each. SQLite would make room for twenty, and count its memory,
 // before it knows. What it has begun with it keeps.
 void configureOnce() {
   static const int configured = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0) |
-                                sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+                                sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) |
+                                sqlite3_config(SQLITE_CONFIG_LOG, passOn, nullptr);
   static_cast<void>(configured);
 }
 
@@ -88,6 +90,7 @@ std::optional<std::string> SqliteDatabase::damageOnOpening(const SqliteStore& st
   m_handle.reset();
   return damage.reason;
 } catch (const Error&) {
+  m_handle.reset();
   if (m_made) dropEmptyFile(m_name);
   throw;
 }
@@ -164,13 +167,32 @@ bool SqliteDatabase::moveLogIntoFile() const {
 }
 
 void SqliteDatabase::logFailure(const char* what) const {
+  const std::string said = words();
+  const char* const why = isInPlace() ? said.c_str() : "its file was removed or replaced";
   logAppUni("clockhost", 2, __FILE__, __LINE__, "store \"%s\": %s failed: %s", m_name.c_str(), what,
-            sqlite3_errmsg(handle()));
+            why);
+}
+
+// SQLite would go on writing into a file that has no name any more.
+bool SqliteDatabase::isInPlace() const {
+  int moved = 0;
+  sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  return moved == 0;
+}
+
+// SQLite answers for a null handle too: out of memory.
+std::string SqliteDatabase::words() const {
+  const std::string words = sqlite3_errmsg(handle());
+  const int code = sqlite3_errcode(handle()) & 0xff;
+  const int reason = sqlite3_system_errno(handle());
+  const bool fromSystem = code == SQLITE_IOERR || code == SQLITE_CANTOPEN;
+  return fromSystem && reason != 0 ? words + " (" + std::strerror(reason) + ")" : words;
 }
 
 // Made here and not by SQLite, whose files others could read: settings hold a shared secret.
 void SqliteDatabase::create() {
-  createFolder(std::filesystem::path(m_name).parent_path());
+  makeOwnFolder(std::filesystem::path(m_name).parent_path());
+  for (const char* const part : {"", "-wal", "-shm"}) tighten(m_name + part, S_IRUSR | S_IWUSR);
   const int fresh =
       ::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (fresh >= 0) {
@@ -258,18 +280,16 @@ std::string SqliteDatabase::first(const std::string& query) {
   return text;
 }
 
-// SQLite answers for a null handle too: out of memory.
 void SqliteDatabase::fail() {
-  const std::string words = sqlite3_errmsg(handle());
   switch (sqlite3_errcode(handle()) & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-      throw Damaged{words};
+      throw Damaged{sqlite3_errmsg(handle())};
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       throw Error(describe(m_name, "is in use by another host"));
     default:
-      throw Error(describe(m_name, "cannot be written: " + words));
+      throw Error(describe(m_name, "cannot be written: " + words()));
   }
 }
 

@@ -45,7 +45,10 @@ class SqliteDatabase {
   // Folds the log into the file and begins it again, so that the next change is one sync.
   void fold();
 
-  // Writes one log line: what failed, with SQLite's own words for it.
+  // False: the file was removed or replaced, or its folder was. What is written now is lost.
+  [[nodiscard]] bool isInPlace() const;
+
+  // Writes one log line: what failed and why, in SQLite's and the system's own words.
   void logFailure(const char* what) const;
 
  private:
@@ -66,6 +69,7 @@ class SqliteDatabase {
   void setAside(const std::string& reason);
   void execute(const std::string& sql);
   std::string first(const std::string& query);
+  [[nodiscard]] std::string words() const;
   [[noreturn]] void fail();
 
   std::string m_name;  // the file's path, or ":memory:"

@@ -1,5 +1,6 @@
 // How a host starts, ends, is refused, and what it finds again afterwards.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -143,8 +144,54 @@ TEST_F(HostLife, SecondHostOnTheSocketIsRefusedAndTheFirstLivesOn) {
 
 TEST_F(HostLife, SecondHostOnTheStateIsRefusedAndTheFirstLivesOn) {
   start();
-  expectOneLine(startToFail({"--socket", state() / "other.sock"}), 1, {"settings.db", "in use"});
+  expectOneLine(startToFail({"--socket", state() / "other.sock"}), 1,
+                {"state folder", state().string(), "is in use by another host"});
   EXPECT_EQ(told({"set", "date-format", "2"}), "");
+}
+
+// Each set the other's new store aside, as one that is damaged.
+TEST_F(HostLife, OfTwoHostsThatStartAtOnceOneHasTheState) {
+  for (int round = 0; round < 5; ++round) {
+    const auto hostAt = [&](const std::string& name) {
+      return Program(folder.path(), name, words({"--socket", folder / name}));
+    };
+    Program one = hostAt("one.sock");
+    Program two = hostAt("two.sock");
+    const auto deadline = std::chrono::steady_clock::now() + kLimit;
+    while (!one.ends(std::chrono::milliseconds(10)) && !two.ends(std::chrono::milliseconds(10))) {
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "both live";
+    }
+    Program& refused = one.ends(std::chrono::milliseconds(0)) ? one : two;
+    Program& living = &refused == &one ? two : one;
+    expectOneLine(refused.wait(), 1, {"state folder", "is in use by another host"});
+    living.signal(SIGTERM);
+    EXPECT_EQ(living.wait().status, 0);
+    EXPECT_FALSE(fs::exists(state() / "settings.db.damaged-1"));
+    EXPECT_FALSE(fs::exists(state() / "security.db.damaged-1"));
+    fs::remove_all(state());
+  }
+}
+
+TEST_F(HostLife, SetsFailWhenTheStateFolderIsRemoved) {
+  start();
+  ASSERT_EQ(told({"set", "date-format", "1"}), "");
+  fs::remove_all(state());
+  EXPECT_EQ(told({"set", "date-format", "2"}),
+            "clockctl: \"date-format\" could not be stored; `clockctl log` tells why");
+  EXPECT_NE(host->err().find("its file was removed or replaced"), std::string::npos);
+  EXPECT_EQ(told({"get", "date-format"}), "1");
+}
+
+TEST_F(HostLife, StartsWhateverIsInThePlaceOfTheScript) {
+  fs::create_directories(state());
+  ASSERT_EQ(mkfifo((state() / "setupTZ.sh").c_str(), 0600), 0);
+  ASSERT_EQ(mkfifo((state() / ".setupTZ.sh.new").c_str(), 0600), 0);
+  start();
+  EXPECT_NE(host->err().find("setupTZ.sh is no regular file; remove it"), std::string::npos);
+  fs::remove(state() / "setupTZ.sh");
+  EXPECT_EQ(told({"set", "sntp-tz-offset", "5"}), "");
+  ASSERT_EQ(ctl({"clock", "advance", "1s"}).status, 0);
+  EXPECT_TRUE(fs::is_regular_file(state() / "setupTZ.sh"));
 }
 
 TEST_F(HostLife, StartsAtTheGivenInstantAndFindsItAgain) {

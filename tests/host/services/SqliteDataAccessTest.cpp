@@ -21,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kSchema = "ClockSettings";
+constexpr fs::perms kOwnerFile = fs::perms::owner_read | fs::perms::owner_write;
 
 class SettingsStore : public ::testing::Test {
  protected:
@@ -37,7 +38,7 @@ class SettingsStore : public ::testing::Test {
   }
 
   support::TemporaryFolder folder;
-  support::LogCapture log;
+  support::LogCapture log{4};  // without SQLite's own words
 };
 
 TEST_F(SettingsStore, FreshOneHoldsNothing) {
@@ -139,8 +140,47 @@ TEST_F(SettingsStore, IsForItsOwnerOnly) {
   const fs::path state = folder / "a" / "b";
   const SqliteDataAccess store(state);
   EXPECT_EQ(fs::status(state).permissions(), fs::perms::owner_all);
-  EXPECT_EQ(fs::status(state / "settings.db").permissions(),
-            fs::perms::owner_read | fs::perms::owner_write);
+  EXPECT_EQ(fs::status(state / "settings.db").permissions(), kOwnerFile);
+}
+
+TEST_F(SettingsStore, IsClosedToOthersWhereItWasOpen) {
+  saveOne();
+  const fs::path wal = file().string() + "-wal";
+  writeBytes(wal, "");
+  for (const fs::path& part : {file(), wal}) fs::permissions(part, fs::perms(0644));
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  for (const fs::path& part : {file(), wal}) {
+    EXPECT_EQ(fs::status(part).permissions(), kOwnerFile) << part;
+    EXPECT_TRUE(log.has("\"" + part.string() + "\" is open to others (mode 0644): changed to 0600"))
+        << log.text();
+  }
+}
+
+// SQLite itself would go on writing into files that nobody finds again.
+TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
+  const fs::path state = folder / "state";
+  SqliteDataAccess store(state);
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  fs::rename(state, folder / "away");
+  EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
+  EXPECT_TRUE(log.has(2, "store \"" + (state / "settings.db").string() +
+                             "\": writing failed: its file was removed or replaced"))
+      << log.text();
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
+  fs::rename(folder / "away", state);
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "3"));
+  fs::remove_all(state);
+  EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "4"));
+}
+
+TEST_F(SettingsStore, FailureIsToldWithTheSystemsReason) {
+  SqliteDataAccess store(folder.path());
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  const FailingSyncs fault;
+  EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
+  EXPECT_TRUE(log.hasPart(" (5) full_fsync(" + file().string() + "-wal)")) << log.text();
+  EXPECT_TRUE(log.hasPart("\": writing failed: disk I/O error")) << log.text();
 }
 
 TEST_F(SettingsStore, SecondHostOnTheSameFolderIsRefused) {
@@ -169,7 +209,9 @@ TEST_F(SettingsStore, FolderThatIsAFileIsRefused) {
 
 TEST_F(SettingsStore, FileThatIsAFolderIsRefused) {
   fs::create_directory(file());
-  EXPECT_NE(openingError().find("cannot be written"), std::string::npos) << openingError();
+  EXPECT_EQ(openingError(), "store \"" + file().string() +
+                                "\" cannot be written: unable to open database file (Is a "
+                                "directory)");
 }
 
 TEST_F(SettingsStore, FullDiskAtTheStartIsRefused) {

@@ -15,6 +15,7 @@ std::string bytesOf(const std::filesystem::path& file) {
 
 void writeBytes(const std::filesystem::path& file, const std::string& bytes) {
   std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
+  std::filesystem::permissions(file, std::filesystem::perms(0600));
 }
 
 std::string runSql(const std::filesystem::path& file, const std::string& sql) {
@@ -23,6 +24,7 @@ std::string runSql(const std::filesystem::path& file, const std::string& sql) {
   const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
   std::string words = code == SQLITE_OK ? "" : sqlite3_errmsg(database);
   sqlite3_close(database);
+  std::filesystem::permissions(file, std::filesystem::perms(0600));
   return words;
 }
 

@@ -5,7 +5,7 @@
 
 namespace host {
 
-// A store's file seen from outside the host. Thread: the test's.
+// A store's file seen from outside the host, its owner's alone. Thread: the test's.
 
 [[nodiscard]] std::string bytesOf(const std::filesystem::path& file);
 void writeBytes(const std::filesystem::path& file, const std::string& bytes);

@@ -1,0 +1,92 @@
+#include "services/StateLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "Logging.h"
+#include "platform/OwnerOnly.h"
+#include "runtime/Error.h"
+#include "services/SqliteDataAccess.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+// For the last host to end after it was told to, or killed.
+constexpr std::chrono::milliseconds kPatience{500};
+constexpr std::chrono::milliseconds kPause{10};
+
+std::string named(const fs::path& folder) {
+  return "state folder \"" + folder.string() + "\"";
+}
+
+void requireWritable(const fs::path& folder) {
+  std::error_code code;
+  if (!fs::is_directory(folder, code)) throw Error(named(folder) + " is no folder");
+  if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0) return;
+  if (errno == EROFS || errno == EACCES)
+    throw Error("state folder is read-only: " + folder.string());
+  throw Error(named(folder) + " cannot be used: " + std::strerror(errno));
+}
+
+// A folder with a sticky bit is shared by design, one with other things in it has another use.
+bool isOwn(const fs::path& folder, mode_t mode) {
+  std::error_code code;
+  if ((mode & S_ISVTX) != 0) return false;
+  return fs::exists(folder / SqliteDataAccess::kFileName, code) || fs::is_empty(folder, code);
+}
+
+void closeToOthers(const fs::path& folder) {
+  struct stat found {};
+  if (::stat(folder.c_str(), &found) != 0 || (found.st_mode & (S_IRWXG | S_IRWXO)) == 0) return;
+  if (isOwn(folder, found.st_mode)) return tighten(folder, S_IRWXU);
+  logAppUni("clockhost", 3, __FILE__, __LINE__,
+            "%s is open to others (mode %04o) and holds more than the host's state: left so",
+            named(folder).c_str(), static_cast<unsigned>(found.st_mode & kModeBits));
+}
+
+Descriptor openLock(const fs::path& folder) {
+  constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  const fs::path file = folder / StateLock::kFileName;
+  Descriptor descriptor(::open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
+  if (descriptor.valid()) return descriptor;
+  throw Error(named(folder) + " cannot be locked: " + file.string() + ": " + std::strerror(errno));
+}
+
+bool lock(int file) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (::flock(file, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return false;
+    if (std::chrono::steady_clock::now() >= deadline) {
+      errno = EWOULDBLOCK;
+      return false;
+    }
+    std::this_thread::sleep_for(kPause);
+  }
+  return true;
+}
+
+}  // namespace
+
+StateLock::StateLock(const fs::path& folder) {
+  makeOwnFolder(folder);
+  requireWritable(folder);
+  m_file = openLock(folder);
+  if (!lock(m_file.get())) {
+    throw Error(named(folder) + (errno == EWOULDBLOCK
+                                     ? " is in use by another host"
+                                     : std::string(" cannot be locked: ") + std::strerror(errno)));
+  }
+  closeToOthers(folder);
+}
+
+}  // namespace host
