@@ -5,61 +5,14 @@
 #include <sys/stat.h>
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <string>
 #include <thread>
 
 #include "clock/DeviceRoot.h"
-#include "platform/StateFolder.h"
-#include "support/FileContent.h"
+#include "host/platform/StorageFolder.h"
 #include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
 
+namespace host {
 namespace {
-
-constexpr auto kRead = std::ios_base::in | std::ios_base::binary;
-constexpr auto kWrite = std::ios_base::out | std::ios_base::binary;
-
-class StorageFolder : public testing::Test {
- protected:
-  StorageFolder() { host::setStorageFolder(m_folder.path()); }
-  ~StorageFolder() override { host::setStorageFolder(m_before); }
-
-  [[nodiscard]] std::string content(const std::string& name = "file") const {
-    return support::contentOf(m_folder / name);
-  }
-  void write(const std::string& text) const {
-    std::ofstream(m_folder / "file", std::ios::binary) << text;
-  }
-  [[nodiscard]] std::size_t files() const {
-    std::size_t number = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(m_folder.path())) {
-      static_cast<void>(entry);
-      ++number;
-    }
-    return number;
-  }
-  // Each file that was written has another one.
-  [[nodiscard]] ino_t fileNumber() const {
-    struct stat status {};
-    EXPECT_EQ(stat((m_folder / "file").c_str(), &status), 0);
-    return status.st_ino;
-  }
-  static bool store(Storage& storage, std::string text) {
-    return storage.store(nullptr, text.data(), static_cast<int>(text.size()));
-  }
-  // From opening to shutdown.
-  static bool replaceContent(const std::string& text) {
-    Storage storage;
-    return storage.init("file", kRead, kWrite) && storage.clear() && store(storage, text) &&
-           storage.shutdown();
-  }
-
-  const std::string m_before = host::storageFolder();
-  const support::TemporaryFolder m_folder;
-};
 
 TEST_F(StorageFolder, GetsAFile) {
   EXPECT_TRUE(replaceContent("new\n"));
@@ -245,80 +198,6 @@ TEST_F(StorageFolder, KeepsTheOldContentWhenTheDiskIsFull) {
   EXPECT_EQ(files(), 1U);
 }
 
-TEST_F(StorageFolder, TakesOverWhatAKilledProcessLeft) {
-  std::ofstream(m_folder / ".file.new") << "half of a much longer conten";
-  EXPECT_TRUE(replaceContent("new"));
-  EXPECT_EQ(content(), "new");
-  EXPECT_EQ(files(), 1U);
-}
-
-TEST_F(StorageFolder, DoesNotWriteThroughALink) {
-  std::ofstream(m_folder / "precious") << "precious";
-  std::filesystem::create_symlink(m_folder / "precious", m_folder / ".file.new");
-  EXPECT_TRUE(replaceContent("new"));
-  EXPECT_EQ(content("precious"), "precious");
-  EXPECT_EQ(content(), "new");
-}
-
-// Opened for writing, it would wait for somebody who reads it.
-TEST_F(StorageFolder, TakesAwayAPipeWhereTheFileOnItsWayGoes) {
-  ASSERT_EQ(mkfifo((m_folder / ".file.new").c_str(), 0600), 0);
-  EXPECT_TRUE(replaceContent("new"));
-  EXPECT_EQ(content(), "new");
-  EXPECT_EQ(files(), 1U);
-}
-
-TEST_F(StorageFolder, RefusesWhatIsNoRegularFile) {
-  const std::string file = m_folder / "file";
-  const std::function<void()> places[] = {
-      [&] { ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); },
-      [&] { std::filesystem::create_symlink("/dev/zero", file); },
-      [&] { std::filesystem::create_symlink("/etc/passwd", file); },
-      [&] { std::filesystem::create_directory(file); },
-  };
-  for (const auto& put : places) {
-    const support::LogCapture log;
-    put();
-    EXPECT_FALSE(replaceContent("new"));
-    EXPECT_TRUE(
-        log.has("storage \"file\" cannot be bound: " + file + " is no regular file; remove it"))
-        << log.text();
-    EXPECT_EQ(log.entries().size(), 1U);
-    std::filesystem::remove(file);
-  }
-}
-
-// A sparse one: nobody has the memory for it.
-TEST_F(StorageFolder, ReplacesAFileOfAnySizeWithoutReadingIt) {
-  write("x");
-  std::filesystem::resize_file(m_folder / "file", std::uintmax_t{1} << 40U);
-  EXPECT_TRUE(replaceContent("new"));
-  EXPECT_EQ(content(), "new");
-}
-
-TEST_F(StorageFolder, AddsNothingToAFileThatIsTooLarge) {
-  const support::LogCapture log;
-  write(std::string(64 * 1024, 'x'));
-  Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
-  EXPECT_TRUE(store(storage, "y"));
-  write(std::string(64 * 1024 + 1, 'x'));
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
-  EXPECT_FALSE(store(storage, "y"));
-  EXPECT_TRUE(log.has("storage \"file\" cannot be read: File too large")) << log.text();
-}
-
-TEST_F(StorageFolder, ClosesAFileThatOthersMayWrite) {
-  const support::LogCapture log;
-  const std::string file = m_folder / "file";
-  write("same");
-  ASSERT_EQ(chmod(file.c_str(), 0666), 0);
-  EXPECT_TRUE(replaceContent("same"));
-  EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms(0644));
-  EXPECT_TRUE(log.has("\"" + file + "\" is open to others (mode 0666): changed to 0644"))
-      << log.text();
-}
-
 TEST_F(StorageFolder, StaysWholeUnderManyWriters) {
   const auto writeOften = [](char fill) {
     for (int i = 0; i < 25; ++i) EXPECT_TRUE(replaceContent(std::string(5000, fill)));
@@ -352,3 +231,4 @@ TEST_F(StorageFolder, DeletesDeviceFilesBelowTheRoot) {
 }
 
 }  // namespace
+}  // namespace host

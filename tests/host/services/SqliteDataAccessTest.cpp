@@ -1,7 +1,6 @@
 #include "services/SqliteDataAccess.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <atomic>
 #include <cerrno>
@@ -9,37 +8,14 @@
 #include <thread>
 #include <vector>
 
+#include "host/services/SettingsStore.h"
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
-#include "support/ErrorOf.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr const char* kSchema = "ClockSettings";
-constexpr fs::perms kOwnerFile = fs::perms::owner_read | fs::perms::owner_write;
-
-class SettingsStore : public ::testing::Test {
- protected:
-  fs::path file() const { return folder / SqliteDataAccess::kFileName; }
-  fs::path aside(int number) const {
-    return folder / ("settings.db.damaged-" + std::to_string(number));
-  }
-  std::string openingError() const {
-    return errorOf([this] { const SqliteDataAccess store(folder.path()); });
-  }
-  void saveOne() const {
-    SqliteDataAccess store(folder.path());
-    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
-  }
-
-  support::TemporaryFolder folder;
-  support::LogCapture log{4};  // without SQLite's own words
-};
 
 TEST_F(SettingsStore, FreshOneHoldsNothing) {
   SqliteDataAccess store(folder.path());
@@ -255,85 +231,6 @@ TEST_F(SettingsStore, LogThatCannotBeMovedAtTheEndIsToldAndKept) {
   EXPECT_TRUE(log.hasPart("settings.db\": moving the log into the file failed: ")) << log.text();
   SqliteDataAccess store(folder.path());
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
-}
-
-TEST_F(SettingsStore, SecondDamageGetsTheNextName) {
-  writeBytes(file(), "first");
-  EXPECT_EQ(openingError(), "");
-  writeBytes(file(), "second");
-  EXPECT_EQ(openingError(), "");
-  EXPECT_EQ(bytesOf(aside(1)), "first");
-  EXPECT_EQ(bytesOf(aside(2)), "second");
-}
-
-struct Damage {
-  const char* name;
-  void (*apply)(const fs::path& file);
-};
-
-void PrintTo(const Damage& damage, std::ostream* out) {
-  *out << damage.name;
-}
-
-void keepBytes(const fs::path& file, std::size_t length) {
-  writeBytes(file, bytesOf(file).substr(0, length));
-}
-
-const Damage kDamages[] = {
-    {"empty", [](const fs::path& file) { writeBytes(file, ""); }},
-    {"text", [](const fs::path& file) { writeBytes(file, "DateFormat=2\n"); }},
-    {"random", [](const fs::path& file) { writeBytes(file, randomBytes(20'000)); }},
-    {"cut in the header", [](const fs::path& file) { keepBytes(file, 60); }},
-    {"cut in the first page", [](const fs::path& file) { keepBytes(file, 3000); }},
-    {"cut after the first page", [](const fs::path& file) { keepBytes(file, 4096); }},
-    {"random second page",
-     [](const fs::path& file) {
-       writeBytes(file, bytesOf(file).substr(0, 4096) + randomBytes(4096));
-     }},
-    {"without its table",
-     [](const fs::path& file) { ASSERT_EQ(runSql(file, "DROP TABLE settings"), ""); }},
-    {"another program's",
-     [](const fs::path& file) {
-       fs::remove(file);
-       ASSERT_EQ(runSql(file, "CREATE TABLE other(x)"), "");
-     }},
-};
-
-class DamagedStore : public SettingsStore, public ::testing::WithParamInterface<Damage> {};
-
-TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
-  saveOne();
-  GetParam().apply(file());
-  const std::string damaged = bytesOf(file());
-  SqliteDataAccess store(folder.path());
-  EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
-  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
-  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
-  EXPECT_TRUE(bytesOf(aside(1)) == damaged);
-  ASSERT_EQ(log.entries().size(), 1U) << log.text();
-  EXPECT_EQ(log.entries()[0].level, 2);
-  EXPECT_TRUE(log.hasPart("set aside as \"" + aside(1).string() + "\"")) << log.text();
-}
-
-INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
-
-TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
-  {
-    SqliteDataAccess store(folder.path());
-    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
-    fs::copy_file(file().string() + "-wal", folder / "kept");
-  }
-  writeBytes(file(), randomBytes(5000));
-  fs::rename(folder / "kept", file().string() + "-wal");
-  EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
-}
-
-TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
-  writeBytes(file(), randomBytes(5000));
-  writeBytes(file().string() + "-wal", randomBytes(5000));
-  SqliteDataAccess store(folder.path());
-  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
-  EXPECT_EQ(bytesOf(aside(1)), randomBytes(5000));
 }
 
 }  // namespace

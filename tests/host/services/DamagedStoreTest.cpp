@@ -1,0 +1,92 @@
+// Settings that are no settings any more.
+#include <gtest/gtest.h>
+
+#include "host/services/SettingsStore.h"
+#include "host/services/StoreFile.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST_F(SettingsStore, SecondDamageGetsTheNextName) {
+  writeBytes(file(), "first");
+  EXPECT_EQ(openingError(), "");
+  writeBytes(file(), "second");
+  EXPECT_EQ(openingError(), "");
+  EXPECT_EQ(bytesOf(aside(1)), "first");
+  EXPECT_EQ(bytesOf(aside(2)), "second");
+}
+
+struct Damage {
+  const char* name;
+  void (*apply)(const fs::path& file);
+};
+
+void PrintTo(const Damage& damage, std::ostream* out) {
+  *out << damage.name;
+}
+
+void keepBytes(const fs::path& file, std::size_t length) {
+  writeBytes(file, bytesOf(file).substr(0, length));
+}
+
+const Damage kDamages[] = {
+    {"empty", [](const fs::path& file) { writeBytes(file, ""); }},
+    {"text", [](const fs::path& file) { writeBytes(file, "DateFormat=2\n"); }},
+    {"random", [](const fs::path& file) { writeBytes(file, randomBytes(20'000)); }},
+    {"cut in the header", [](const fs::path& file) { keepBytes(file, 60); }},
+    {"cut in the first page", [](const fs::path& file) { keepBytes(file, 3000); }},
+    {"cut after the first page", [](const fs::path& file) { keepBytes(file, 4096); }},
+    {"random second page",
+     [](const fs::path& file) {
+       writeBytes(file, bytesOf(file).substr(0, 4096) + randomBytes(4096));
+     }},
+    {"without its table",
+     [](const fs::path& file) { ASSERT_EQ(runSql(file, "DROP TABLE settings"), ""); }},
+    {"another program's",
+     [](const fs::path& file) {
+       fs::remove(file);
+       ASSERT_EQ(runSql(file, "CREATE TABLE other(x)"), "");
+     }},
+};
+
+class DamagedStore : public SettingsStore, public ::testing::WithParamInterface<Damage> {};
+
+TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
+  saveOne();
+  GetParam().apply(file());
+  const std::string damaged = bytesOf(file());
+  SqliteDataAccess store(folder.path());
+  EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
+  EXPECT_TRUE(bytesOf(aside(1)) == damaged);
+  ASSERT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_EQ(log.entries()[0].level, 2);
+  EXPECT_TRUE(log.hasPart("set aside as \"" + aside(1).string() + "\"")) << log.text();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
+
+TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
+  {
+    SqliteDataAccess store(folder.path());
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+    fs::copy_file(file().string() + "-wal", folder / "kept");
+  }
+  writeBytes(file(), randomBytes(5000));
+  fs::rename(folder / "kept", file().string() + "-wal");
+  EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
+}
+
+TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
+  writeBytes(file(), randomBytes(5000));
+  writeBytes(file().string() + "-wal", randomBytes(5000));
+  SqliteDataAccess store(folder.path());
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+  EXPECT_EQ(bytesOf(aside(1)), randomBytes(5000));
+}
+
+}  // namespace
+}  // namespace host
