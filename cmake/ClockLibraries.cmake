@@ -5,7 +5,6 @@ endif()
 
 find_package(EXPAT REQUIRED)
 find_package(SQLite3 REQUIRED)
-find_package(spdlog REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(CLI11 REQUIRED)
 
@@ -14,10 +13,6 @@ find_package(CLI11 REQUIRED)
 add_library(clock_asio INTERFACE)
 target_compile_definitions(clock_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED
                                                 ASIO_DISABLE_STD_ALIGNED_ALLOC)
-
-# Compiled into the program: as shared libraries it and what it prints with took a fifth of a start.
-add_library(clock_spdlog INTERFACE)
-target_compile_definitions(clock_spdlog INTERFACE SPDLOG_FMT_EXTERNAL FMT_HEADER_ONLY)
 
 add_library(clock_msgpack INTERFACE)
 target_compile_definitions(clock_msgpack INTERFACE MSGPACK_NO_BOOST)

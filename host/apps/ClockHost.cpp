@@ -36,6 +36,18 @@ class ProcessClock {
   ProcessClock& operator=(const ProcessClock&) = delete;
 };
 
+// While it lives, the log goes to standard error; all of it is there when it goes.
+class ErrorLog {
+ public:
+  ErrorLog() { LogBook::instance().addSink(m_sink); }
+  ~ErrorLog() { LogBook::instance().removeSink(m_sink); }
+  ErrorLog(const ErrorLog&) = delete;
+  ErrorLog& operator=(const ErrorLog&) = delete;
+
+ private:
+  const std::shared_ptr<LogSink> m_sink = std::make_shared<StderrLog>();
+};
+
 void prepareProcess(const HostOptions& options) {
   LogBook::instance().setLevel(options.logLevel);
   if (!options.deviceRoot.empty()) setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
@@ -117,7 +129,7 @@ void Host::runUntilStopped() {
 int runClockHost(const HostOptions& options) {
   prepareProcess(options);
   if (options.scenario) return runScenario(options);
-  LogBook::instance().addSink(std::make_shared<StderrLog>());
+  const ErrorLog log;
   tellChildren(options);
   const MemoryReserve reserve;
   Host(options).runUntilStopped();

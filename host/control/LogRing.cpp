@@ -5,7 +5,6 @@
 
 #include "control/HostActions.h"
 #include "control/TimeText.h"
-#include "platform/ShownText.h"
 #include "remote/ControlChannel.h"
 
 namespace host {
@@ -13,8 +12,6 @@ namespace host {
 void LogRing::write(const LogEntry& entry) {
   const std::lock_guard lock(m_mutex);
   m_entries.push_back(entry);
-  std::string& text = m_entries.back().text;
-  text = clippedText(text, kLongestText);
   if (!m_followers.empty()) {
     const std::string json = jsonText(entryJson(m_entries.back()));
     std::erase_if(m_followers, [&](const auto& channel) { return !channel->item(json); });

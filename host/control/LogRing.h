@@ -13,13 +13,12 @@ namespace host {
 
 class ControlChannel;
 
-// The newest entries of the log, and the clients that follow it.
-// Owner: shared by the log book and the controller. Thread: any.
-// Failure: a client that is gone or does not read follows no longer.
+// The newest entries of the log, whose texts are bounded by the log book, and the clients that
+// follow it. Owner: shared by the log book and the controller. Thread: any. Failure: a client that
+// is gone or does not read follows no longer.
 class LogRing : public LogSink {
  public:
   static constexpr std::size_t kKept = 1000;
-  static constexpr std::size_t kLongestText = 4096;  // bytes; what is longer is clipped
 
   void write(const LogEntry& entry) override;
 

@@ -1,10 +1,18 @@
 #include "platform/FormattedText.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <limits>
+
+#include "platform/ShownText.h"
 
 namespace host {
 
 std::string formattedText(const char* format, va_list arguments) {
+  return formattedText(format, arguments, std::numeric_limits<int>::max());
+}
+
+std::string formattedText(const char* format, va_list arguments, std::size_t most) {
   constexpr std::size_t kUsual = 256;
   char usual[kUsual];
   va_list again;
@@ -15,11 +23,11 @@ std::string formattedText(const char* format, va_list arguments) {
   if (length < sizeof usual) {
     text.assign(usual, length);
   } else {
-    text.resize(length);
-    std::vsnprintf(text.data(), length + 1, format, again);
+    text.resize(std::min(length, most + 1));
+    std::vsnprintf(text.data(), text.size() + 1, format, again);
   }
   va_end(again);
-  return text;
+  return clippedText(text, most, length);
 }
 
 }  // namespace host

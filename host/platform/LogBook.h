@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -18,7 +19,7 @@ struct LogEntry {
   std::string component;             // empty for the system log
   std::string file;
   int line = 0;
-  std::string text;
+  std::string text;        // clipped at LogBook::kLongestText
   bool systemLog = false;  // written by syslogger_notice
 };
 
@@ -35,6 +36,9 @@ class LogSink {
 class LogBook {
  public:
   static constexpr int kDefaultLevel = 4;
+  // Bytes of an entry's text; of a longer one the beginning is kept, and how long it was. It is as
+  // much as a system log takes for a line, and bounds what a peer's long text makes of log.
+  static constexpr std::size_t kLongestText = 1024;
 
   [[nodiscard]] static LogBook& instance() noexcept;
   LogBook(const LogBook&) = delete;

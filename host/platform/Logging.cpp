@@ -14,7 +14,7 @@ void write(host::LogEntry entry, const char* format, va_list arguments)
     __attribute__((format(printf, 2, 0)));
 
 void write(host::LogEntry entry, const char* format, va_list arguments) {
-  entry.text = host::formattedText(format, arguments);
+  entry.text = host::formattedText(format, arguments, host::LogBook::kLongestText);
   host::LogBook::instance().write(std::move(entry));
 }
 

@@ -12,8 +12,8 @@ namespace {
 constexpr std::size_t kLongestWord = 80;    // bytes of a quoted text
 constexpr std::size_t kLongestLine = 1000;  // bytes of an error line
 
-std::string lengthText(std::string_view text) {
-  return " (" + std::to_string(text.size()) + " bytes)";
+std::string lengthText(std::size_t bytes) {
+  return " (" + std::to_string(bytes) + " bytes)";
 }
 
 bool isControl(std::uint32_t code) {
@@ -40,8 +40,12 @@ std::string_view beginningOf(std::string_view text, std::size_t most) {
 }
 
 std::string clippedText(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return std::string(text);
-  return std::string(beginningOf(text, most)) + "..." + lengthText(text);
+  return clippedText(text, most, text.size());
+}
+
+std::string clippedText(std::string_view beginning, std::size_t most, std::size_t whole) {
+  if (whole <= most) return std::string(beginning);
+  return std::string(beginningOf(beginning, most)) + "..." + lengthText(whole);
 }
 
 std::string escapedLine(std::string_view text) {
@@ -62,7 +66,7 @@ std::string escapedLine(std::string_view text) {
 
 std::string quotedText(std::string_view text) {
   if (text.size() <= kLongestWord) return '"' + escapedLine(text) + '"';
-  return '"' + escapedLine(beginningOf(text, kLongestWord)) + "...\"" + lengthText(text);
+  return '"' + escapedLine(beginningOf(text, kLongestWord)) + "...\"" + lengthText(text.size());
 }
 
 std::string errorLine(std::string_view program, std::string_view text) {

@@ -13,6 +13,10 @@ namespace host {
 // The text, or of one longer than `most` bytes its beginning and "... (N bytes)".
 [[nodiscard]] std::string clippedText(std::string_view text, std::size_t most);
 
+// The same of a text of which only the beginning is there, more than `most` bytes of `whole`.
+[[nodiscard]] std::string clippedText(std::string_view beginning, std::size_t most,
+                                      std::size_t whole);
+
 // The text on one line: of control characters, and of bytes that are not UTF-8, each byte as \xNN;
 // a line feed as \n.
 [[nodiscard]] std::string escapedLine(std::string_view text);

@@ -1,105 +1,170 @@
 #include "runtime/StderrLog.h"
 
-#include <spdlog/formatter.h>
-#include <spdlog/sinks/stdout_color_sinks.h>
+#include <poll.h>
 
-#include <algorithm>
-#include <array>
-#include <chrono>
-#include <cstdio>
-#include <ctime>
+#include <cerrno>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
 #include <string>
+#include <string_view>
+#include <utility>
+
+#include "runtime/LogLine.h"
+#include "runtime/StartThread.h"
 
 namespace host {
 namespace {
 
-struct Level {
-  const char* name;
-  spdlog::level::level_enum colour;
-};
+using Clock = LogLimit::Clock;
 
-constexpr std::array<Level, 7> kLevels = {{{"fatal", spdlog::level::critical},
-                                           {"critical", spdlog::level::critical},
-                                           {"error", spdlog::level::err},
-                                           {"warning", spdlog::level::warn},
-                                           {"note", spdlog::level::info},
-                                           {"info", spdlog::level::debug},
-                                           {"trace", spdlog::level::trace}}};
+constexpr int kWarning = 3;
+constexpr std::size_t kGapLine = 256;  // bytes, and more than the line about a gap has
 
-const Level& levelOf(int number) {
-  return kLevels[static_cast<std::size_t>(std::clamp(number, 0, 6))];
+// Somebody who shares the descriptor may have made it non-blocking.
+bool waitForRoom(int descriptor) {
+  pollfd waiting{descriptor, POLLOUT, 0};
+  return ::poll(&waiting, 1, -1) == 1 && (waiting.revents & POLLOUT) != 0;
 }
 
-// Final newlines are dropped: the line has its own.
-std::string printable(const std::string& text) {
-  const std::size_t length = text.find_last_not_of('\n') + 1;
-  std::string line;
-  for (std::size_t i = 0; i < length; ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    if (byte >= 0x20 && byte < 0x7f) {
-      line += text[i];
-      continue;
+// What a reader that is gone does not take is lost.
+void writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR && (errno != EAGAIN || !waitForRoom(descriptor))) {
+      return;
     }
-    char escape[5];
-    std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-    line += escape;
   }
-  return line;
 }
-
-std::string timeText(spdlog::log_clock::time_point time) {
-  const std::time_t seconds = spdlog::log_clock::to_time_t(time);
-  std::tm utc{};
-  ::gmtime_r(&seconds, &utc);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc)};
-}
-
-// Of its own, since the library's takes the first second of 1970 for one it has formatted already,
-// and that is where the device's clock starts. The level's name comes as the logger's.
-class LineFormatter : public spdlog::formatter {
- public:
-  void format(const spdlog::details::log_msg& entry, spdlog::memory_buf_t& line) override {
-    append(line, timeText(entry.time));
-    append(line, " ");
-    entry.color_range_start = line.size();
-    append(line, entry.logger_name);
-    entry.color_range_end = line.size();
-    while (line.size() < entry.color_range_start + kNameWidth) line.push_back(' ');
-    append(line, " ");
-    append(line, entry.payload);
-    append(line, "\n");
-  }
-  std::unique_ptr<spdlog::formatter> clone() const override {
-    return std::make_unique<LineFormatter>();
-  }
-
- private:
-  static constexpr std::size_t kNameWidth = 8;
-  static void append(spdlog::memory_buf_t& line, spdlog::string_view_t text) {
-    line.append(text.data(), text.data() + text.size());
-  }
-};
 
 }  // namespace
 
-const char* levelName(int level) {
-  return levelOf(level).name;
-}
+// The lines that wait, and what the thread does with them. The library that offers such a queue
+// waits for its thread without a limit at the end, and reserves memory for lines of any length.
+class StderrLog::Writer {
+ public:
+  Writer(int descriptor, LogLimit limit, Now now)
+      : m_descriptor(descriptor),
+        m_inColour(showsColours(descriptor)),
+        m_now(std::move(now)),
+        m_limit(std::move(limit)) {
+    m_waiting.reserve(kMostWaiting + kGapLine);
+  }
 
-StderrLog::StderrLog() : m_sink(std::make_unique<spdlog::sinks::stderr_color_sink_mt>()) {
-  m_sink->set_formatter(std::make_unique<LineFormatter>());
-}
+  void add(const LogEntry& entry) {
+    const std::lock_guard lock(m_mutex);
+    const auto now = m_now();
+    putSummaries(now);
+    if (m_limit.admits(entry, now)) put(entry);
+    m_changed.notify_all();
+  }
 
-StderrLog::~StderrLog() = default;
+  // The thread's body.
+  void work() {
+    std::string lines;
+    lines.reserve(kMostWaiting + kGapLine);
+    std::unique_lock lock(m_mutex);
+    while (take(lines) || !m_ending) {
+      if (lines.empty()) {
+        wait(lock);
+      } else {
+        lock.unlock();
+        writeAll(m_descriptor, lines);
+        lock.lock();
+      }
+    }
+    m_ended = true;
+    m_changed.notify_all();
+  }
+
+  // Whether the thread has written all there was, within the limit.
+  bool end(std::chrono::milliseconds limit) {
+    std::unique_lock lock(m_mutex);
+    m_ending = true;
+    m_changed.notify_all();
+    return m_changed.wait_for(lock, limit, [this] { return m_ended; });
+  }
+
+ private:
+  // All of these REQUIRE the lock.
+
+  // Behind a line that found no room there is none for any other, so that the gap is in one place.
+  void put(const LogEntry& entry) {
+    const std::string line = logLine(entry, m_inColour);
+    if (m_dropped == 0 && m_waiting.size() + line.size() <= kMostWaiting) {
+      m_waiting += line;
+      return;
+    }
+    ++m_dropped;
+    m_droppedLast = entry.wall;
+  }
+
+  void putSummaries(Clock::time_point now) {
+    for (const LogEntry& entry : m_limit.summaries(now)) put(entry);
+  }
+
+  // Fills `lines` with all that waits. False: with nothing.
+  bool take(std::string& lines) {
+    lines.clear();
+    try {
+      putSummaries(m_ending ? Clock::time_point::max() : m_now());
+      if (m_dropped != 0) m_waiting += logLine(gap(), m_inColour);
+    } catch (const std::exception&) {
+      // No memory for the numbers: they are lost.
+    }
+    m_dropped = 0;
+    lines.swap(m_waiting);
+    return !lines.empty();
+  }
+
+  LogEntry gap() const {
+    LogEntry entry;
+    entry.wall = m_droppedLast;
+    entry.level = kWarning;
+    entry.component = "clockhost";
+    entry.text = std::to_string(m_dropped) + " lines dropped here: standard error was not read";
+    return entry;
+  }
+
+  // Without a time unless there is something to tell at one.
+  void wait(std::unique_lock<std::mutex>& lock) {
+    const auto next = m_limit.nextSummary();
+    if (next == Clock::time_point::max()) {
+      m_changed.wait(lock);
+    } else {
+      m_changed.wait_for(lock, next - m_now());
+    }
+  }
+
+  const int m_descriptor;
+  const bool m_inColour;
+  const Now m_now;
+  std::mutex m_mutex;  // guards what follows
+  std::condition_variable m_changed;
+  LogLimit m_limit;
+  std::string m_waiting;                      // whole lines
+  std::size_t m_dropped = 0;                  // lines, since the thread took those that wait
+  std::chrono::nanoseconds m_droppedLast{0};  // wall time of the last of them
+  bool m_ending = false;
+  bool m_ended = false;
+};
+
+StderrLog::StderrLog(int descriptor, LogLimit limit, Now now)
+    : m_writer(std::make_shared<Writer>(descriptor, std::move(limit), std::move(now))),
+      m_thread(startThread("writer of the log", [writer = m_writer] { writer->work(); })) {}
+
+StderrLog::~StderrLog() {
+  if (m_writer->end(kLongestEnd)) {
+    m_thread.join();
+  } else {
+    m_thread.detach();
+  }
+}
 
 void StderrLog::write(const LogEntry& entry) {
-  const std::string line =
-      (entry.systemLog ? "system log" : entry.component) + ": " + printable(entry.text);
-  const spdlog::log_clock::time_point time{
-      std::chrono::duration_cast<spdlog::log_clock::duration>(entry.wall)};
-  const Level& level = levelOf(entry.level);
-  m_sink->log(spdlog::details::log_msg(time, spdlog::source_loc{}, level.name, level.colour, line));
+  m_writer->add(entry);
 }
 
 }  // namespace host

@@ -110,10 +110,10 @@ bool Life::isDeaf() {
 
 // A report that is lost comes again.
 void Life::hearOfAReport() {
-  if (isDeaf()) return;
   while (m_subscriber->nextEvent(std::chrono::milliseconds(0))) continue;
   const auto deadline = Clock::now() + kLimit;
   while (Clock::now() < deadline) {
+    if (isDeaf()) return;
     if (!m_subscriber->connected()) static_cast<void>(m_subscriber->call("observeTimeEvents"));
     report(m_host.pipe());
     if (m_subscriber->nextEvent(kForAnEvent)) return;

@@ -101,6 +101,16 @@ Outcome Program::wait(std::chrono::seconds limit) {
   return {status, out(), err()};
 }
 
+bool Program::says(const std::string& text, std::size_t from) const {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  bool last = false;  // one more look at what a program wrote before it ended
+  while (err().find(text, from) == std::string::npos) {
+    if (last) return false;
+    last = ends(std::chrono::milliseconds(1)) || std::chrono::steady_clock::now() > deadline;
+  }
+  return true;
+}
+
 std::string Program::out() const {
   return contentOf(m_out);
 }

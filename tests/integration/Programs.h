@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -38,6 +39,10 @@ class Program {
 
   // Waits for its end; 128 + SIGKILL when it had to be killed at the limit.
   Outcome wait(std::chrono::seconds limit = std::chrono::seconds(30));
+
+  // Waits until the text is in what it has written to standard error, behind so many bytes: a
+  // host's log is written by a thread of its own. False: it ended or 30 seconds passed without.
+  [[nodiscard]] bool says(const std::string& text, std::size_t from = 0) const;
 
   // What it has written so far.
   [[nodiscard]] std::string out() const;

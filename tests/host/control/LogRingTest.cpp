@@ -46,13 +46,6 @@ TEST(LogRing, TheOldestGo) {
   EXPECT_EQ(ring.entries().front().at("number"), 2);
 }
 
-TEST(LogRing, LongTextsAreClippedAndSaySo) {
-  LogRing ring;
-  ring.write(entry(1, std::string(LogRing::kLongestText + 1, 'x')));
-  EXPECT_EQ(ring.entries()[0].at("text"),
-            std::string(LogRing::kLongestText, 'x') + "... (4097 bytes)");
-}
-
 TEST(LogRing, AFollowerGetsWhatIsKeptAndWhatComes) {
   LogRing ring;
   ring.write(entry(1, "before"));

@@ -96,12 +96,29 @@ TEST_F(Log, CountsWithoutGaps) {
   EXPECT_EQ(capture.entries()[1].number, capture.entries()[0].number + 1);
 }
 
-TEST_F(Log, KeepsTextsOfAnyLength) {
+TEST_F(Log, KeepsTextsUpToALength) {
   const support::LogCapture capture;
-  for (const std::size_t length : {0U, 1U, 254U, 255U, 256U, 257U, 1'000'000U}) {
+  for (const std::size_t length : {0U, 1U, 254U, 255U, 256U, 257U, 1023U, 1024U}) {
     log(1, std::string(length, 'x'));
     EXPECT_EQ(capture.entries().back().text, std::string(length, 'x')) << length;
   }
+}
+
+TEST_F(Log, ClipsLongerTextsAndSaysSo) {
+  const support::LogCapture capture;
+  for (const std::size_t length : {1025U, 4'000'000U}) {
+    log(1, std::string(length, 'x'));
+    EXPECT_EQ(capture.entries().back().text,
+              std::string(1024, 'x') + "... (" + std::to_string(length) + " bytes)");
+  }
+  syslogger_notice("%s", std::string(1025, 'y').c_str());
+  EXPECT_EQ(capture.entries().back().text, std::string(1024, 'y') + "... (1025 bytes)");
+}
+
+TEST_F(Log, ClipsBetweenCharacters) {
+  const support::LogCapture capture;
+  log(1, std::string(1023, 'x') + "\xc3\xbc and more");
+  EXPECT_EQ(capture.entries().back().text, std::string(1023, 'x') + "... (1034 bytes)");
 }
 
 TEST_F(Log, TakesMissingNames) {

@@ -1,59 +1,194 @@
 #include "runtime/StderrLog.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdlib>
+#include <optional>
 #include <string>
+#include <string_view>
+
+#include "remote/Descriptor.h"
 
 namespace host {
 namespace {
 
-LogEntry entry(int level, const std::string& text) {
+using namespace std::chrono_literals;
+
+// A pipe as standard error, with a reader that reads when the test wants it.
+class LogPipe : public ::testing::Test {
+ protected:
+  LogPipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) std::abort();
+    m_read.reset(ends[0]);
+    m_write.reset(ends[1]);
+  }
+
+  [[nodiscard]] int descriptor() const { return m_write.get(); }
+
+  // The next bytes there are; waits for one.
+  std::string readSome() const {
+    std::array<char, 65536> bytes{};
+    const ssize_t length = read(m_read.get(), bytes.data(), bytes.size());
+    return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
+  }
+
+  // Reads until the text is among what came.
+  std::string readUntil(const std::string& text) const {
+    std::string all;
+    while (all.find(text) == std::string::npos) {
+      const std::string more = readSome();
+      if (more.empty()) return all;
+      all += more;
+    }
+    return all;
+  }
+
+  // All there is, when nothing writes any more.
+  std::string readAll() {
+    m_write.reset();
+    std::string all;
+    for (std::string more = readSome(); !more.empty(); more = readSome()) all += more;
+    return all;
+  }
+
+  // Not one byte more fits.
+  void fill() const {
+    setNonBlocking(true);
+    const std::string page(4096, '.');
+    while (::write(descriptor(), page.data(), page.size()) > 0 ||
+           ::write(descriptor(), page.data(), 1) > 0) {
+    }
+    setNonBlocking(false);
+  }
+
+  void setNonBlocking(bool on) const { fcntl(descriptor(), F_SETFL, on ? O_NONBLOCK : 0); }
+
+  Descriptor m_read;
+  Descriptor m_write;
+};
+
+using StderrLogOnAPipe = LogPipe;
+
+LogEntry entry(int line, const std::string& text) {
   LogEntry made;
   made.wall = std::chrono::seconds(1466035201);
-  made.level = level;
+  made.level = 4;
   made.component = "ClockService";
+  made.file = "f.cpp";
+  made.line = line;
   made.text = text;
   return made;
 }
 
-std::string printed(const LogEntry& entry) {
-  ::testing::internal::CaptureStderr();
-  StderrLog().write(entry);
-  return ::testing::internal::GetCapturedStderr();
+std::size_t countOf(std::string_view text, std::string_view part) {
+  std::size_t count = 0;
+  for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
+  return count;
 }
 
-TEST(StderrLog, LineHoldsDeviceTimeLevelComponentAndText) {
-  EXPECT_EQ(printed(entry(4, "listening")),
-            "2016-06-16T00:00:01Z note     ClockService: listening\n");
+constexpr std::string_view kGap = " lines dropped here: standard error was not read\n";
+
+// What the lines about gaps come to.
+std::size_t droppedLines(const std::string& all) {
+  std::size_t sum = 0;
+  for (auto at = all.find(kGap); at != all.npos; at = all.find(kGap, at + 1)) {
+    sum += std::stoul(all.substr(all.find_last_not_of("0123456789", at - 1) + 1));
+  }
+  return sum;
 }
 
-TEST(StderrLog, DeviceTimeStartsIn1970) {
-  LogEntry made = entry(4, "first");
-  made.wall = {};
-  EXPECT_EQ(printed(made), "1970-01-01T00:00:00Z note     ClockService: first\n");
+TEST_F(StderrLogOnAPipe, LosesNothingThatWasWrittenBeforeItsEnd) {
+  std::string expected;
+  {
+    StderrLog log(descriptor());
+    for (int i = 0; i < 300; ++i) {
+      log.write(entry(i, "line " + std::to_string(i)));
+      expected += "2016-06-16T00:00:01Z note     ClockService: line " + std::to_string(i) + "\n";
+    }
+  }
+  EXPECT_EQ(readAll(), expected);
 }
 
-TEST(StderrLog, EachLevelHasItsName) {
-  const char* const names[] = {"fatal", "critical", "error", "warning", "note", "info", "trace"};
-  for (int level = 0; level <= 6; ++level) EXPECT_STREQ(levelName(level), names[level]);
-  EXPECT_STREQ(levelName(-1), "fatal");
-  EXPECT_STREQ(levelName(7), "trace");
+TEST_F(StderrLogOnAPipe, WritesWithoutBeingToldToEnd) {
+  StderrLog log(descriptor());
+  log.write(entry(1, "now"));
+  EXPECT_EQ(readUntil("\n"), "2016-06-16T00:00:01Z note     ClockService: now\n");
 }
 
-TEST(StderrLog, FinalNewlinesAreDropped) {
-  EXPECT_EQ(printed(entry(2, "Cannot find it\n\n")),
-            "2016-06-16T00:00:01Z error    ClockService: Cannot find it\n");
+// Each place in the code writes one line, so that none is suppressed. There are two gaps when the
+// thread comes to its first lines late.
+TEST_F(StderrLogOnAPipe, FullPipeHoldsUpNobodyAndTheNumberOfLostLinesIsTold) {
+  constexpr std::size_t kLines = 20'000;
+  fill();
+  std::optional<StderrLog> log(descriptor());
+  for (std::size_t i = 0; i < kLines; ++i) log->write(entry(static_cast<int>(i), "same text"));
+  std::string all;
+  while (countOf(all, "same text") + droppedLines(all) < kLines) all += readSome();
+  EXPECT_EQ(countOf(all, "same text") + droppedLines(all), kLines);
+  EXPECT_LE(countOf(all, kGap), 2U);
+  EXPECT_GT(all.size(), StderrLog::kMostWaiting);
+  log->write(entry(1, "and on"));
+  log.reset();
+  EXPECT_EQ(readAll(), "2016-06-16T00:00:01Z note     ClockService: and on\n");
 }
 
-TEST(StderrLog, UnprintableBytesAreShownAndDoNotBreakTheLine) {
-  EXPECT_EQ(printed(entry(2, std::string("a\nb\0c\x1b[31m\x7f \xc3\xbc", 14))),
-            "2016-06-16T00:00:01Z error    ClockService: a\\x0Ab\\x00c\\x1B[31m\\x7F \\xC3\\xBC\n");
+TEST_F(StderrLogOnAPipe, EndDoesNotWaitForAFullPipe) {
+  fill();
+  const auto begun = std::chrono::steady_clock::now();
+  {
+    StderrLog log(descriptor());
+    log.write(entry(1, "never read"));
+  }
+  EXPECT_GE(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
 }
 
-TEST(StderrLog, SystemLogIsNamed) {
-  LogEntry made = entry(4, "startNTPClient()");
-  made.systemLog = true;
-  EXPECT_EQ(printed(made), "2016-06-16T00:00:01Z note     system log: startNTPClient()\n");
+TEST_F(StderrLogOnAPipe, EndsWithoutDelayWithAReaderThatIsGone) {
+  m_read.reset();
+  const auto begun = std::chrono::steady_clock::now();
+  {
+    StderrLog log(descriptor());
+    log.write(entry(1, "lost"));
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
+}
+
+TEST_F(StderrLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
+  fill();
+  setNonBlocking(true);
+  StderrLog log(descriptor());
+  log.write(entry(1, "behind"));
+  EXPECT_EQ(countOf(readUntil("behind\n"), "behind\n"), 1U);
+}
+
+TEST_F(StderrLogOnAPipe, SourceThatWritesTooMuchIsSuppressedAndTheNumberIsToldAtTheEnd) {
+  {
+    const LogLimit::Clock::time_point now{};
+    StderrLog log(descriptor(), LogLimit(3, 10s), [now] { return now; });
+    for (int i = 0; i < 10; ++i) log.write(entry(7, "noisy"));
+    log.write(entry(8, "quiet"));
+  }
+  const std::string all = readAll();
+  EXPECT_EQ(countOf(all, "noisy"), 3U);
+  EXPECT_EQ(countOf(all, "quiet"), 1U);
+  EXPECT_EQ(countOf(all, "7 lines suppressed of ClockService: f.cpp:7"), 1U) << all;
+}
+
+// Nothing else is logged that would bring the number along.
+TEST_F(StderrLogOnAPipe, NumberOfSuppressedLinesComesByItself) {
+  constexpr auto kWindow = 5ms;
+  std::atomic<LogLimit::Clock::duration> time{1000s};
+  StderrLog log(descriptor(), LogLimit(1, kWindow),
+                [&time] { return LogLimit::Clock::time_point(time); });
+  log.write(entry(7, "noisy"));
+  log.write(entry(7, "noisy"));
+  time = 1000s + kWindow;
+  EXPECT_EQ(countOf(readUntil("lines in 0 s\n"), "1 lines suppressed"), 1U);
 }
 
 }  // namespace

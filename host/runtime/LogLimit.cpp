@@ -1,0 +1,64 @@
+#include "runtime/LogLimit.h"
+
+#include <algorithm>
+
+namespace host {
+namespace {
+
+constexpr int kWarning = 3;
+
+// "ClockService: NtpClient.cpp:88", without the folders, which depend on where it was built.
+std::string nameOf(const std::string& component, const std::string& file, int line) {
+  if (file.empty()) return component.empty() ? "the system log" : component;
+  return component + ": " + file.substr(file.rfind('/') + 1) + ":" + std::to_string(line);
+}
+
+}  // namespace
+
+LogLimit::LogLimit(std::size_t mostLines, Clock::duration window)
+    : m_mostLines(mostLines), m_length(window) {}
+
+bool LogLimit::admits(const LogEntry& entry, Clock::time_point now) {
+  const auto [found, isNew] = m_windows.try_emplace({entry.component, entry.file, entry.line});
+  Window& window = found->second;
+  if (isNew || (now >= window.end && window.suppressed == 0)) window = {now + m_length};
+  if (window.written < m_mostLines) {
+    ++window.written;
+    return true;
+  }
+  ++window.suppressed;
+  window.wall = entry.wall;
+  m_nextSummary = std::min(m_nextSummary, window.end);
+  return false;
+}
+
+std::vector<LogEntry> LogLimit::summaries(Clock::time_point now) {
+  std::vector<LogEntry> lines;
+  if (now < m_nextSummary) return lines;
+  m_nextSummary = Clock::time_point::max();
+  for (auto& [source, window] : m_windows) {
+    if (window.suppressed == 0) continue;
+    if (now < window.end) {
+      m_nextSummary = std::min(m_nextSummary, window.end);
+      continue;
+    }
+    lines.push_back(summary(source, window));
+    window = {now + m_length};
+  }
+  return lines;
+}
+
+LogEntry LogLimit::summary(const Source& source, const Window& window) const {
+  const auto& [component, file, line] = source;
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(m_length);
+  LogEntry entry;
+  entry.wall = window.wall;
+  entry.level = kWarning;
+  entry.component = "clockhost";
+  entry.text = std::to_string(window.suppressed) + " lines suppressed of " +
+               nameOf(component, file, line) + ": one place in the code may write " +
+               std::to_string(m_mostLines) + " lines in " + std::to_string(seconds.count()) + " s";
+  return entry;
+}
+
+}  // namespace host
