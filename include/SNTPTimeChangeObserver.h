@@ -18,9 +18,10 @@ class SNTPTimeChangeObserver {
 
 // Listens on the named pipe to which the external NTP client reports each time it set the clock.
 // A message is 4 bytes: seconds since 1970-01-01 UTC, unsigned, in the device's byte order; 0
-// carries no time. One message is read for each opening of the pipe.
+// carries no time. One message is read for each opening of the pipe, and the rest is dropped.
 // Owner: the service. Thread: start and destruction are the owner's, run is the listener's.
-// Failure: a missing or unreadable pipe is logged and tried again after a second, for ever.
+// Failure: a missing or unreadable pipe, or anything else in its place, is logged and tried again
+// after a second, for ever.
 class SNTPClientThread final : public Threadable {
  public:
   // Where the client reports.
@@ -42,6 +43,7 @@ class SNTPClientThread final : public Threadable {
   void run() override;
 
  private:
+  bool takeMessage(int pipe);  // false: told to end
   void report(unsigned long secondsSinceEpoch);
   void wakeListener();
 

@@ -1,6 +1,7 @@
 #include "SNTPTimeChangeObserver.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -18,6 +19,10 @@ const std::string SNTPClientThread::ntpclient_pipe = DevicePaths::ntpClientPipe;
 namespace {
 
 constexpr unsigned int secondsBetweenAttempts = 1;
+
+// How much is dropped before the pipe is closed: as much as the system lets a pipe hold. A bound,
+// so that a writer that never stops does not hold the listener.
+constexpr std::size_t mostBytesOfAPipe = 1 << 20;
 
 // An open descriptor, or -1.
 class Descriptor {
@@ -44,6 +49,33 @@ class Descriptor {
 
 std::string errorText() {
   return std::error_code(errno, std::generic_category()).message();
+}
+
+// result: of the call that filled `status`.
+bool isSomethingElse(int result, const struct stat& status) {
+  return result == 0 && !S_ISFIFO(status.st_mode);
+}
+
+// Opens the pipe for reading, which waits for a writer. The text says why it is not open; it is
+// empty when it is. What is not a named pipe is not even opened; the second look is for what took
+// the pipe's place meanwhile.
+std::string openPipe(Descriptor& pipe, const char* path) {
+  constexpr const char* wrongKind = "Not a named pipe";
+  struct stat status {};
+  if (isSomethingElse(stat(path, &status), status)) return wrongKind;
+  if (!pipe.open(path, O_RDONLY)) return errorText();
+  if (!isSomethingElse(fstat(pipe.number(), &status), status)) return {};
+  pipe.close();
+  return wrongKind;
+}
+
+// Without waiting, and also while the writer keeps its end open: what is left in the pipe would
+// otherwise be the first message of the next opening.
+void dropRest(int pipe) {
+  if (fcntl(pipe, F_SETFL, O_NONBLOCK) < 0) return;
+  std::array<char, 1024> rest;
+  for (std::size_t reads = mostBytesOfAPipe / rest.size(); reads > 0; --reads)
+    if (read(pipe, rest.data(), rest.size()) <= 0) return;
 }
 
 }  // namespace
@@ -85,31 +117,38 @@ void SNTPClientThread::releaseObserver() {
   observer = nullptr;
 }
 
-// One message for each opening: the writer opens, writes one value and closes, so whatever else
-// came through this opening is dropped with it.
+// One message for each opening: the writer opens, writes one value and closes. What else came
+// through this opening is dropped with it.
 void SNTPClientThread::run() {
   CLOCK_LOG(logInformation, "NTP Client Thread has been started");
   Descriptor pipe;  // outside the loop: left open when the loop is left, closed with the thread
   while (running) {
-    if (!pipe.open(ntpclient_pipe.c_str(), O_RDONLY)) {
-      CLOCK_LOG(logError, "Cannot open %s: %s\n", ntpclient_pipe.c_str(), errorText().c_str());
+    const std::string failure = openPipe(pipe, ntpclient_pipe.c_str());
+    if (!failure.empty()) {
+      CLOCK_LOG(logError, "Cannot open %s: %s\n", ntpclient_pipe.c_str(), failure.c_str());
       sleep(secondsBetweenAttempts);
       continue;
     }
-    std::uint32_t secondsSinceEpoch = 0;
-    const ssize_t count = read(pipe.number(), &secondsSinceEpoch, sizeof secondsSinceEpoch);
-    const std::string failure = count < 0 ? errorText() : std::string();
-    if (!running) break;
-    if (count < 0) {
-      CLOCK_LOG(logError, "Read failed: %s", failure.c_str());
-      sleep(secondsBetweenAttempts);
-    } else if (count > 0 && secondsSinceEpoch != 0) {
-      report(secondsSinceEpoch);
-    }
+    if (!takeMessage(pipe.number())) break;
+    dropRest(pipe.number());
     pipe.close();
   }
   running = false;
   CLOCK_LOG(logInformation, "NTP Client Thread finished");
+}
+
+bool SNTPClientThread::takeMessage(int pipe) {
+  std::uint32_t secondsSinceEpoch = 0;
+  const ssize_t count = read(pipe, &secondsSinceEpoch, sizeof secondsSinceEpoch);
+  const std::string failure = count < 0 ? errorText() : std::string();
+  if (!running) return false;
+  if (count < 0) {
+    CLOCK_LOG(logError, "Read failed: %s", failure.c_str());
+    sleep(secondsBetweenAttempts);
+  } else if (count > 0 && secondsSinceEpoch != 0) {
+    report(secondsSinceEpoch);
+  }
+  return true;
 }
 
 void SNTPClientThread::report(unsigned long secondsSinceEpoch) {

@@ -3,11 +3,12 @@
 
 #include <cstring>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "SNTPTimeChangeObserver.h"
 #include "fuzz/Property.h"
-#include "simulation/world/Listener.h"
+#include "plugin/ReportPipe.h"
 
 namespace {
 
@@ -41,13 +42,13 @@ void add(Times& times, std::string_view bytes) {
 // What the listener passes on. Its own end is waited for.
 Times reported(const std::vector<std::string_view>& openings) {
   Noting observer;
-  simulation::Listener pipe;
-  pipe.lay();
-  SNTPClientThread listener(&observer);
-  listener.start();
-  pipe.meet();
-  for (const std::string_view bytes : openings) pipe.send(bytes);
-  pipe.retire();
+  plugin::ReportPipe pipe;
+  {
+    SNTPClientThread listener(&observer);
+    listener.start();
+    for (const std::string_view bytes : openings) pipe.write(std::string(bytes));
+    pipe.release();
+  }
   return observer.times();
 }
 

@@ -79,15 +79,18 @@ ReportPipe::ReportPipe() {
 }
 
 ReportPipe::~ReportPipe() {
-  release();
-  if (m_wakeUp >= 0) close(m_wakeUp);
+  endWaking();
 }
 
 void ReportPipe::renew() {
-  if (m_wakeUp < 0) return;
-  close(m_wakeUp);
-  m_wakeUp = -1;
+  if (!m_waker.joinable()) return;
+  endWaking();
   makeReportPipe();
+}
+
+void ReportPipe::endWaking() {
+  m_waking = false;
+  if (m_waker.joinable()) m_waker.join();
 }
 
 // A second message in one opening would be lost, so the listener has to have closed it.
@@ -113,18 +116,16 @@ std::string ReportPipe::bytesOf(std::uint32_t secondsSinceEpoch) {
   return bytes;
 }
 
-// The order counts. While this holds the pipe open, no listener waits in open; once the name means
-// the null device, no listener comes back to the pipe; the one that is still in read gets a zero.
+// An opening for writing that succeeds lets a listener out of its open; the close, out of its read.
 void ReportPipe::release() {
-  if (m_wakeUp >= 0) return;
-  m_wakeUp = open(path().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-  if (m_wakeUp < 0) return;  // the test has put something else there
-  const std::string nothing = path() + ".nothing";
-  std::filesystem::remove(nothing);
-  std::filesystem::create_symlink("/dev/null", nothing);
-  std::filesystem::rename(nothing, path());
-  const std::string zero = bytesOf(0);
-  require(::write(m_wakeUp, zero.data(), zero.size()) > 0, "wake-up");
+  if (m_waking.exchange(true)) return;
+  m_waker = std::thread([this] {
+    while (m_waking) {
+      const int pipe = open(path().c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+      if (pipe >= 0) close(pipe);
+      std::this_thread::yield();
+    }
+  });
 }
 
 }  // namespace plugin

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace plugin {
@@ -13,7 +15,7 @@ class ReportPipe {
   static std::string path();  // in the folder of the test program
 
   ReportPipe();   // makes the pipe; what was in its place is gone
-  ~ReportPipe();  // a listener that still runs finds nothing to wait for
+  ~ReportPipe();  // after the listener
   ReportPipe(const ReportPipe&) = delete;
   ReportPipe& operator=(const ReportPipe&) = delete;
 
@@ -22,7 +24,7 @@ class ReportPipe {
   void write(const std::string& bytes) const;
   void report(std::uint32_t secondsSinceEpoch) const;
 
-  // A listener never waits again: it finds an endless row of empty openings. For its end.
+  // A listener does not wait any more: one empty opening follows the other. For its end.
   void release();
 
   // After release: a pipe again, for the next listener.
@@ -31,7 +33,10 @@ class ReportPipe {
   static std::string bytesOf(std::uint32_t secondsSinceEpoch);
 
  private:
-  int m_wakeUp = -1;  // holds the replaced pipe open
+  void endWaking();
+
+  std::atomic<bool> m_waking{false};
+  std::thread m_waker;
 };
 
 // FD_CLOEXEC or 0, for each descriptor of this process that a file is open at.

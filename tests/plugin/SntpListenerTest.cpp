@@ -82,6 +82,31 @@ TEST_F(ListenerRunning, IgnoresTheFifthByte) {
   EXPECT_THAT(reports.first(2), ElementsAre(7, 8));
 }
 
+// The writer may keep its end open: what it wrote is still one opening.
+TEST_F(ListenerRunning, DropsASecondNumberOfOneOpening) {
+  const int writer = open(plugin::ReportPipe::path().c_str(), O_WRONLY | O_CLOEXEC);
+  const auto send = [writer](std::uint32_t number) {
+    ASSERT_EQ(write(writer, plugin::ReportPipe::bytesOf(number).data(), 4), 4);
+  };
+  reports.hold(true);
+  send(7);
+  ASSERT_THAT(reports.first(1), ElementsAre(7));
+  send(8);
+  reports.hold(false);
+  plugin::awaitCloses(1);
+  send(9);
+  EXPECT_THAT(reports.first(2), ElementsAre(7, 9));
+  plugin::awaitCloses(2);
+  close(writer);
+}
+
+TEST_F(ListenerRunning, ComesBackFromAWriterThatNeverStops) {
+  plugin::neverEndReads();
+  pipe.report(7);
+  pipe.report(8);
+  EXPECT_THAT(reports.first(2), ElementsAre(7, 8));
+}
+
 // What the service starts must not hold the pipe open.
 TEST_F(ListenerRunning, KeepsThePipeFromItsChildren) {
   reports.hold(true);
@@ -112,18 +137,16 @@ TEST_F(ListenerNotStarted, TriesAgainUntilThereIsAPipe) {
   EXPECT_THAT(plugin::sleeps(), ElementsAre(1));
 }
 
-TEST_F(ListenerNotStarted, SaysWhatItCannotRead) {
-  const std::string path = plugin::ReportPipe::path();
-  plugin::removeReportPipe();
-  std::filesystem::create_directory_symlink(".", path);
-  listener->start();
-  ASSERT_TRUE(log.waitForPart("Read failed: Is a directory"));
-  EXPECT_TRUE(log.has(2, "Read failed: Is a directory"));
-  ASSERT_EQ(mkfifo((path + ".new").c_str(), 0600), 0);
-  std::filesystem::rename(path + ".new", path);  // there is one all the time
+TEST_F(ListenerRunning, SaysWhatItCannotRead) {
+  plugin::failReads(EIO);
+  pipe.report(6);
+  ASSERT_TRUE(log.waitForPart("Read failed: Input/output error"));
+  EXPECT_TRUE(log.has(2, "Read failed: Input/output error"));
+  plugin::awaitCloses(2);  // the writer's and the listener's
+  EXPECT_THAT(plugin::sleeps(), ElementsAre(1));
+  plugin::failReads(0);
   pipe.report(7);
   EXPECT_THAT(reports.first(1), ElementsAre(7));
-  EXPECT_THAT(plugin::sleeps(), ElementsAre(1));
 }
 
 // It waits in the pipe that was there; it comes to the new one with the next opening.

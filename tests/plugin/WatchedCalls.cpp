@@ -1,14 +1,24 @@
 #include "plugin/WatchedCalls.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <atomic>
+#include <cerrno>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace {
 
+constexpr std::size_t kMessageSize = 4;
+
 std::mutex g_mutex;
-std::set<unsigned int> g_sleeps;  // guarded by g_mutex
+std::set<unsigned int> g_sleeps;    // guarded by g_mutex
+std::function<void()> g_afterStat;  // guarded by g_mutex
 std::atomic<int> g_closes{0};
+std::atomic<int> g_readError{0};
+std::atomic<bool> g_endlessReads{false};
 
 }  // namespace
 
@@ -17,6 +27,12 @@ extern "C" {
 unsigned int __wrap_sleep(unsigned int seconds);
 int __real_close(int descriptor);
 int __wrap_close(int descriptor);
+ssize_t __real_read(int descriptor, void* buffer, size_t size);
+ssize_t __wrap_read(int descriptor, void* buffer, size_t size);
+int __real_stat(const char* path, struct stat* status);
+int __wrap_stat(const char* path, struct stat* status);
+bool __real__Z15loggingOnAppUniPKci(const char* component, int level);
+bool __wrap__Z15loggingOnAppUniPKci(const char* component, int level);
 
 unsigned int __wrap_sleep(unsigned int seconds) {
   {
@@ -28,8 +44,36 @@ unsigned int __wrap_sleep(unsigned int seconds) {
 }
 
 int __wrap_close(int descriptor) {
+  const int result = __real_close(descriptor);
   ++g_closes;
-  return __real_close(descriptor);
+  return result;
+}
+
+ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
+  if (size > kMessageSize && g_endlessReads) return static_cast<ssize_t>(size);
+  const ssize_t count = __real_read(descriptor, buffer, size);
+  if (size != kMessageSize || g_readError == 0) return count;
+  errno = g_readError;
+  return -1;
+}
+
+int __wrap_stat(const char* path, struct stat* status) {
+  const int result = __real_stat(path, status);
+  const int error = errno;
+  std::function<void()> call;
+  {
+    const std::lock_guard guard(g_mutex);
+    call = g_afterStat;
+  }
+  if (call) call();
+  errno = error;
+  return result;
+}
+
+bool __wrap__Z15loggingOnAppUniPKci(const char* component, int level) {
+  const bool on = __real__Z15loggingOnAppUniPKci(component, level);
+  errno = EDOM;
+  return on;
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)
@@ -39,7 +83,10 @@ namespace plugin {
 void forgetCalls() {
   const std::lock_guard guard(g_mutex);
   g_sleeps.clear();
+  g_afterStat = nullptr;
   g_closes = 0;
+  g_readError = 0;
+  g_endlessReads = false;
 }
 
 std::set<unsigned int> sleeps() {
@@ -49,6 +96,23 @@ std::set<unsigned int> sleeps() {
 
 int closes() {
   return g_closes;
+}
+
+void awaitCloses(int count) {
+  while (g_closes < count) std::this_thread::yield();
+}
+
+void failReads(int error) {
+  g_readError = error;
+}
+
+void neverEndReads() {
+  g_endlessReads = true;
+}
+
+void afterStat(std::function<void()> call) {
+  const std::lock_guard guard(g_mutex);
+  g_afterStat = std::move(call);
 }
 
 }  // namespace plugin

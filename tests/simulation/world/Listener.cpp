@@ -52,10 +52,4 @@ void Listener::hangUp() {
   m_writer = -1;
 }
 
-void Listener::retire() {
-  must(unlink(kPipe) == 0, "unlink");
-  must(symlink("/dev/null", kPipe) == 0, "symlink");
-  hangUp();
-}
-
 }  // namespace simulation

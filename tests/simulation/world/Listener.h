@@ -24,8 +24,6 @@ class Listener {
   void send(std::string_view bytes);
   // Sends nothing more: the listener's read returns.
   void hangUp();
-  // The same, and what it opens next is always empty: it does not wait any more.
-  void retire();
 
  private:
   int m_writer = -1;

@@ -1,0 +1,102 @@
+// The listener finds something else than a named pipe in the pipe's place. It neither reads nor
+// opens that, and tries again each second.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "plugin/Listener.h"
+#include "support/OpenWatch.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using plugin::ListenerNotStarted;
+using testing::ElementsAre;
+
+std::string place() {
+  return plugin::ReportPipe::path();
+}
+
+void putFile() {
+  std::ofstream(place(), std::ios::binary) << plugin::ReportPipe::bytesOf(6) << "and more";
+}
+
+void putSocket() {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  place().copy(address.sun_path, sizeof address.sun_path - 1);
+  const int listening = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  close(listening);
+}
+
+// In one step: there is something in the place all the time.
+void putPipe() {
+  const std::string next = place() + ".new";
+  fs::remove(next);
+  ASSERT_EQ(mkfifo(next.c_str(), 0600), 0);
+  if (fs::is_directory(fs::symlink_status(place()))) fs::remove(place());
+  fs::rename(next, place());
+}
+
+struct Thing {
+  const char* name;
+  std::function<void()> put;
+};
+
+class ListenerWithoutAPipe : public ListenerNotStarted, public testing::WithParamInterface<Thing> {
+ protected:
+  const std::string complaint = "Cannot open " + place() + ": Not a named pipe\n";
+};
+
+TEST_P(ListenerWithoutAPipe, TriesAgainEachSecondUntilItIsThere) {
+  plugin::removeReportPipe();
+  GetParam().put();
+  // What a link leads to may be opened by others.
+  std::optional<support::OpenWatch> watch;
+  if (!fs::is_symlink(place())) watch.emplace(place());
+  listener->start();
+  ASSERT_TRUE(log.waitForPart(complaint));
+  EXPECT_TRUE(log.has(2, complaint));
+  EXPECT_FALSE(log.hasPart("Read failed"));
+  EXPECT_FALSE(watch && watch->sees());
+  EXPECT_THAT(reports.first(0), testing::IsEmpty());
+  putPipe();
+  pipe.report(7);
+  EXPECT_THAT(reports.first(1), ElementsAre(7));
+  EXPECT_THAT(plugin::sleeps(), ElementsAre(1));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Things, ListenerWithoutAPipe,
+    testing::Values(Thing{"File", putFile}, Thing{"Socket", putSocket},
+                    Thing{"Folder", [] { fs::create_directory(place()); }},
+                    Thing{"LinkToAFolder", [] { fs::create_directory_symlink(".", place()); }},
+                    Thing{"LinkToADevice", [] { fs::create_symlink("/dev/zero", place()); }}),
+    [](const auto& row) { return row.param.name; });
+
+// Between the look at the place and the opening.
+TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatTakesThePlaceOfThePipe) {
+  plugin::afterStat([] {
+    plugin::afterStat(nullptr);
+    plugin::removeReportPipe();
+    putFile();
+  });
+  listener->start();
+  ASSERT_TRUE(log.waitForPart("Not a named pipe"));
+  putPipe();
+  pipe.report(7);
+  EXPECT_THAT(reports.first(1), ElementsAre(7));
+}
+
+}  // namespace
