@@ -15,6 +15,7 @@
 #include "platform/MemoryReserve.h"
 #include "platform/ProgramMap.h"
 #include "remote/RemoteServer.h"
+#include "runtime/ClockChannel.h"
 #include "runtime/ClockPrivilege.h"
 #include "runtime/DefaultPaths.h"
 #include "runtime/Device.h"
@@ -48,6 +49,21 @@ class ErrorLog {
   const std::shared_ptr<LogSink> m_sink = std::make_shared<StderrLog>();
 };
 
+// While it lives, each NTP client gets a channel of its own to the clock.
+class ClientChannels {
+ public:
+  ClientChannels(EventLoop& loop, VirtualClock& clock) {
+    ProgramMap::instance().giveChannel(
+        kClient, [&loop, &clock] { return openClockChannel(loop.io(), clock); });
+  }
+  ~ClientChannels() { ProgramMap::instance().giveChannel(kClient, {}); }
+  ClientChannels(const ClientChannels&) = delete;
+  ClientChannels& operator=(const ClientChannels&) = delete;
+
+ private:
+  static constexpr const char* kClient = "/sbin/ntpclient";
+};
+
 void prepareProcess(const HostOptions& options) {
   LogBook::instance().setLevel(options.logLevel);
   if (!options.deviceRoot.empty()) setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
@@ -58,11 +74,8 @@ void prepareProcess(const HostOptions& options) {
   }
 }
 
-// The service's children, an NTP client for one, find their way back by these. Each is set,
-// whatever this process has inherited.
-void tellChildren(const HostOptions& options) {
-  ::setenv("CLOCKHOST_SOCKET", std::filesystem::absolute(options.controlSocket).c_str(), 1);
-  ::setenv("CLOCKHOST_CLOCK", options.systemClock ? "system" : "virtual", 1);
+// Where the NTP client reports, whatever this process has inherited.
+void tellChildren() {
   ::setenv("CLOCKHOST_PIPE", hostPath(ReportPipe::kDevicePath).c_str(), 1);
 }
 
@@ -97,6 +110,7 @@ class Host {
   VirtualClock m_clock;
   ProcessClock m_processClock;
   EventLoop m_loop;
+  ClientChannels m_channels;
   RemoteServer m_server;
   Device m_device;
   Controller m_controller;
@@ -107,6 +121,7 @@ Host::Host(const HostOptions& options)
       m_clock(sourceOf(options)),
       m_processClock(m_clock),
       m_loop(m_clock),
+      m_channels(m_loop, m_clock),
       m_server(m_loop.io(), {options.socket, options.controlSocket, options.socketGroup},
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
@@ -130,7 +145,7 @@ int runClockHost(const HostOptions& options) {
   prepareProcess(options);
   if (options.scenario) return runScenario(options);
   const ErrorLog log;
-  tellChildren(options);
+  tellChildren();
   const MemoryReserve reserve;
   Host(options).runUntilStopped();
   return 0;

@@ -75,14 +75,6 @@ Note jump(Controller& controller, const Json& request) {
   return {};
 }
 
-// For the NTP client, which sets the clock as it would set the device's.
-Note set(Controller& controller, const Json& request) {
-  const seconds whole(numberMember(request, "seconds", 0, kLastInstant.count()));
-  const nanoseconds fraction(numberMember(request, "nanoseconds", 0, 999'999'999));
-  setWall(controller.device().clock(), whole + fraction);
-  return {};
-}
-
 Note goTo(Controller& controller, const Json& request) {
   const std::string name = textMember(request, "landmark");
   const LandmarkName* const row = findLandmark(name);
@@ -100,7 +92,7 @@ struct ClockAction {
 
 constexpr ClockAction kActions[] = {
     {"show", show}, {"speed", changeSpeed}, {"pause", pause}, {"advance", advance},
-    {"next", next}, {"jump", jump},         {"to", goTo},     {"set", set},
+    {"next", next}, {"jump", jump},         {"to", goTo},
 };
 
 // What is left, rounded up as people count.

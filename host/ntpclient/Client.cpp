@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "ntpclient/PipeReport.h"
-#include "remote/FrameSocket.h"
 
 namespace host::ntp {
 namespace {
@@ -71,7 +70,7 @@ Client::Next Client::follow(const Outcome& outcome) try {
   m_clock.set(now);
   tellSteps("clock set");
   return report(static_cast<std::uint32_t>(std::chrono::floor<std::chrono::seconds>(now).count()));
-} catch (const NoHost& error) {
+} catch (const ChannelClosed& error) {
   tell(error.what());
   return Next::endFailed;  // nobody is left to set a clock for
 } catch (const Error& error) {

@@ -1,14 +1,21 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
 #include <memory>
+
+#include "remote/Descriptor.h"
+#include "runtime/Error.h"
 
 namespace host::ntp {
 
+// The host is gone, or wants nothing more of this client.
+struct ChannelClosed : Error {
+  using Error::Error;
+};
+
 // The clock that follows the server.
-// Owner: the client. Thread: one. Failure: host::Error, one line; NoHost when there is no host at
-// all. The clock is then as it was.
+// Owner: the client. Thread: one. Failure: host::Error, one line; ChannelClosed when no later time
+// can be set either. The clock is then as it was.
 class ClockSetter {
  public:
   virtual ~ClockSetter() = default;
@@ -22,13 +29,7 @@ class ClockSetter {
   ClockSetter& operator=(const ClockSetter&) = delete;
 };
 
-// The virtual clock of the host at a control socket. The request:
-//   {"verb":"clock","action":"set","seconds":N,"nanoseconds":M}
-// N: since 1970-01-01 UTC, M: 0-999999999. The answer: {"ok":true, ...}, or
-// {"ok":false,"error":TEXT}
-[[nodiscard]] std::unique_ptr<ClockSetter> makeHostClock(const std::filesystem::path& socket);
-
-// The machine's own clock, which needs the privilege to set it.
-[[nodiscard]] std::unique_ptr<ClockSetter> makeSystemClock();
+// The clock of the host at the other end of the channel, as clock/ClockMessage.h describes it.
+[[nodiscard]] std::unique_ptr<ClockSetter> makeHostClock(Descriptor channel);
 
 }  // namespace host::ntp

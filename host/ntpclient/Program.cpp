@@ -1,5 +1,7 @@
 #include "ntpclient/Program.h"
 
+#include <fcntl.h>
+
 #include <charconv>
 #include <csignal>
 #include <cstdio>
@@ -7,7 +9,9 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 
+#include "clock/ClockMessage.h"
 #include "ntpclient/Client.h"
 #include "ntpclient/PipeReport.h"
 
@@ -43,10 +47,12 @@ std::optional<Surroundings> readSurroundings() {
   return surroundings;
 }
 
-std::unique_ptr<ClockSetter> chooseClock() {
-  if (environment("CLOCKHOST_CLOCK") == "system") return makeSystemClock();
-  const std::string_view socket = environment("CLOCKHOST_SOCKET");
-  return socket.empty() ? nullptr : makeHostClock(socket);
+// Invalid: there is none. Children of this program, if it had any, would not get it.
+Descriptor clockChannel() {
+  constexpr long kMost = 1'000'000;
+  const std::optional<long> number = numberIn(environment(kClockChannelVariable), kMost);
+  if (!number || ::fcntl(static_cast<int>(*number), F_SETFD, FD_CLOEXEC) != 0) return {};
+  return Descriptor(static_cast<int>(*number));
 }
 
 // Whatever the starting thread had blocked or ignored: SIGTERM ends the program at once, and a
@@ -72,8 +78,9 @@ int runProgram(int argumentCount, char* const* arguments) {
   if (!assignment) return refuse(kUsage);
   const auto surroundings = readSurroundings();
   if (!surroundings) return refuse("ntpclient: NTPCLIENT_PORT or NTPCLIENT_RETRY_MS is no number");
-  const auto clock = chooseClock();
-  if (!clock) return refuse("ntpclient: CLOCKHOST_SOCKET does not name a host");
+  Descriptor channel = clockChannel();
+  if (!channel.valid()) return refuse("ntpclient: CLOCKHOST_CLOCK_FD is no descriptor of a host");
+  const auto clock = makeHostClock(std::move(channel));
   setSignals();
   const ParentWatch watch;
   return Client(*assignment, *surroundings, watch, *clock).run();

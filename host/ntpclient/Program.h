@@ -3,8 +3,7 @@
 namespace host::ntp {
 
 // The whole program. Its surroundings come by environment:
-//   CLOCKHOST_SOCKET    the host whose virtual clock is set
-//   CLOCKHOST_CLOCK     "system": the machine's own clock is set instead
+//   CLOCKHOST_CLOCK_FD  the number of the inherited descriptor by which the clock is set
 //   CLOCKHOST_PIPE      where set clocks are reported, instead of the device's path
 //   NTPCLIENT_PORT      the server's port, 123
 //   NTPCLIENT_RETRY_MS  the shortest wait before another try, for tests: 15000

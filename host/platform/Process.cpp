@@ -17,12 +17,16 @@
 #include <vector>
 
 #include "Logging.h"
+#include "platform/ChildEnvironment.h"
 #include "platform/ProgramMap.h"
 
 namespace {
 
 // How long a child has between the request to end and the order.
 constexpr std::chrono::milliseconds kGrace{300};
+
+// The one descriptor that a child may have beside the standard ones.
+constexpr int kChannel = STDERR_FILENO + 1;
 
 std::size_t countOf(char* const* texts) {
   std::size_t count = 0;
@@ -59,8 +63,14 @@ class SpawnPlan {
   SpawnPlan(const SpawnPlan&) = delete;
   SpawnPlan& operator=(const SpawnPlan&) = delete;
 
+  // The child gets that descriptor as its number kChannel. REQUIRES: before prepare.
+  bool pass(int channel) {
+    return posix_spawn_file_actions_adddup2(&actions, channel, kChannel) == 0;
+  }
+
   // Signals as in a fresh process: what the creator ignores or blocks is its own affair.
-  bool prepare(bool ownGroup, const std::optional<std::string>& folder) {
+  // descriptors: how many the child has, from 0 on, when it leads a group.
+  bool prepare(bool ownGroup, const std::optional<std::string>& folder, int descriptors) {
     sigset_t none;
     sigemptyset(&none);
     sigset_t reset;
@@ -74,8 +84,7 @@ class SpawnPlan {
            posix_spawnattr_setpgroup(&attributes, 0) == 0 &&
            posix_spawnattr_setflags(&attributes, flags) == 0 &&
            (!folder || posix_spawn_file_actions_addchdir_np(&actions, folder->c_str()) == 0) &&
-           (!ownGroup ||
-            posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1) == 0);
+           (!ownGroup || posix_spawn_file_actions_addclosefrom_np(&actions, descriptors) == 0);
   }
 
   posix_spawn_file_actions_t actions;
@@ -167,21 +176,27 @@ struct Process::Impl {
       return 0;
     }
     pid_t pid = 0;
-    int error = obstacle(*program);
+    int error = obstacle(program->path);
     if (error == 0) error = spawn(*program, pid);
     if (error == 0) return pid;
-    complain(*program, std::strerror(error));
+    complain(program->path, std::strerror(error));
     return 0;
   }
 
  private:
   // 0, or why not.
-  int spawn(const std::string& program, pid_t& pid) {
+  int spawn(const host::MappedProgram& program, pid_t& pid) {
+    const host::Descriptor channel =
+        program.openChannel ? program.openChannel() : host::Descriptor();
+    if (program.openChannel && !channel.valid()) return errno;
     SpawnPlan plan;
-    if (!plan.prepare(ownGroup(), folder)) return ENOMEM;
+    if (channel.valid() && !plan.pass(channel.get())) return ENOMEM;
+    if (!plan.prepare(ownGroup(), folder, channel.valid() ? kChannel + 1 : kChannel)) return ENOMEM;
+    std::vector<std::string> given =
+        host::childEnvironment(environment, program.standIn, channel.valid() ? kChannel : -1);
     const std::vector<char*> words = pointersTo(arguments);
-    const std::vector<char*> variables = pointersTo(environment);
-    return posix_spawn(&pid, program.c_str(), &plan.actions, &plan.attributes, words.data(),
+    const std::vector<char*> variables = pointersTo(given);
+    return posix_spawn(&pid, program.path.c_str(), &plan.actions, &plan.attributes, words.data(),
                        variables.data());
   }
 };

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace host {
 namespace {
 
@@ -35,20 +37,35 @@ void ProgramMap::allowDevicePrograms() {
   m_devicePrograms = true;
 }
 
+void ProgramMap::giveChannel(const std::string& devicePath, std::function<Descriptor()> open) {
+  const std::lock_guard lock(m_mutex);
+  m_channels[devicePath] = std::move(open);
+}
+
 void ProgramMap::clear() {
   const std::lock_guard lock(m_mutex);
   m_paths.clear();
+  m_channels.clear();
   m_standIns.clear();
   m_devicePrograms = false;
 }
 
-std::optional<std::string> ProgramMap::resolve(const std::string& devicePath) const {
+std::optional<MappedProgram> ProgramMap::resolve(const std::string& devicePath) const {
   const std::lock_guard lock(m_mutex);
+  auto program = fileOf(devicePath);
+  const auto channel = m_channels.find(devicePath);
+  if (program && channel != m_channels.end()) program->openChannel = channel->second;
+  return program;
+}
+
+// REQUIRES: m_mutex held.
+std::optional<MappedProgram> ProgramMap::fileOf(const std::string& devicePath) const {
   const auto found = m_paths.find(devicePath);
-  if (found != m_paths.end()) return found->second;
+  if (found != m_paths.end()) return MappedProgram{found->second, false, {}};
   const std::string standIn = m_standIns + "/" + baseName(devicePath);
-  if (!m_standIns.empty() && canBeExecuted(standIn)) return standIn;
-  return m_devicePrograms ? std::optional(devicePath) : std::nullopt;
+  if (!m_standIns.empty() && canBeExecuted(standIn)) return MappedProgram{standIn, true, {}};
+  if (!m_devicePrograms) return std::nullopt;
+  return MappedProgram{devicePath, false, {}};
 }
 
 }  // namespace host

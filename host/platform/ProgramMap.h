@@ -1,11 +1,24 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 
+#include "remote/Descriptor.h"
+
 namespace host {
+
+// What runs for a program of the device, and what it gets.
+struct MappedProgram {
+  std::string path;
+  // A stand-in of the build. Of the environment that it is started with it gets only the variables
+  // that it knows.
+  bool standIn;
+  // Opens what the program inherits beside the standard descriptors; may be empty.
+  std::function<Descriptor()> openChannel;
+};
 
 // Which file of this machine runs when the device's program is asked for.
 // Owner: the process. Thread: any.
@@ -23,16 +36,23 @@ class ProgramMap {
   // Without this it never runs: the machine's own NTP client would set the machine's clock.
   void allowDevicePrograms();
 
+  // The program gets a descriptor that `open` opens, on any thread, at each start; an empty one
+  // ends that. CLOCKHOST_CLOCK_FD in its environment says which number it has.
+  void giveChannel(const std::string& devicePath, std::function<Descriptor()> open);
+
   // Forgets all of it.
   void clear();
 
   // In this order: what was set; the stand-in, if it can be executed; `devicePath` itself, if that
   // is allowed; else nothing.
-  [[nodiscard]] std::optional<std::string> resolve(const std::string& devicePath) const;
+  [[nodiscard]] std::optional<MappedProgram> resolve(const std::string& devicePath) const;
 
  private:
   mutable std::mutex m_mutex;
+  [[nodiscard]] std::optional<MappedProgram> fileOf(const std::string& devicePath) const;
+
   std::map<std::string, std::string> m_paths;
+  std::map<std::string, std::function<Descriptor()>> m_channels;
   std::string m_standIns;
   bool m_devicePrograms = false;
 };

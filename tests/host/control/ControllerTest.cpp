@@ -49,8 +49,6 @@ TEST_F(ControlledTelephone, RefusesRequestsThatLackWhatTheyNeed) {
       {R"({"verb":"clock","action":"advance","seconds":3155760001})", "0 to 3155760000"},
       {R"({"verb":"clock","action":"advance","seconds":18446744073709551615})", "0 to 3155760000"},
       {R"({"verb":"clock","action":"jump","seconds":7258118400})", "0 to 7258118399"},
-      {R"({"verb":"clock","action":"set","seconds":5})", "\"nanoseconds\" that is a number"},
-      {R"({"verb":"clock","action":"set","seconds":5,"nanoseconds":1000000000})", "0 to 999999999"},
       {R"({"verb":"clock","action":"to","landmark":"noon"})", "no place \"noon\""},
       {R"({"verb":"inject"})", "\"what\" that is a text"},
       {R"({"verb":"inject","what":"rain"})", "nothing known as \"rain\""},
@@ -107,14 +105,6 @@ TEST_F(ControlledTelephone, RefusesWhatIsDeep) {
   controller.handle({R"({"verb":"log","follow":)" + deep + "}", channel});
   ASSERT_EQ(channel->replies.size(), 1U);
   EXPECT_EQ(Json::parse(channel->replies[0]).at("ok"), false);
-}
-
-TEST_F(ControlledTelephone, SetsTheClockToTheNanosecondForTheNtpClient) {
-  const Json answer =
-      ask(R"({"verb":"clock","action":"set","seconds":1000000000,"nanoseconds":999999999})");
-  EXPECT_EQ(answer.at("ok"), true);
-  EXPECT_EQ(answer.at("utc"), "2001-09-09T01:46:40Z");
-  EXPECT_EQ(telephone.device().clock().wall(), std::chrono::nanoseconds(1'000'000'000'999'999'999));
 }
 
 TEST_F(ControlledTelephone, ValuesMayHoldAnyCharacter) {

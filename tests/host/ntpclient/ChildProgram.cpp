@@ -29,8 +29,8 @@ bool isReady(int descriptor) {
 
 }  // namespace
 
-ChildProgram::ChildProgram(std::vector<std::string> arguments,
-                           std::vector<std::string> environment) {
+ChildProgram::ChildProgram(std::vector<std::string> arguments, std::vector<std::string> environment,
+                           int channel) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("pipe2");
   m_errors.reset(ends[0]);
@@ -38,6 +38,7 @@ ChildProgram::ChildProgram(std::vector<std::string> arguments,
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, written.get(), STDERR_FILENO);
+  if (channel >= 0) posix_spawn_file_actions_adddup2(&actions, channel, kChannel);
   const int error = posix_spawn(&m_child, arguments.front().c_str(), &actions, nullptr,
                                 pointersTo(arguments).data(), pointersTo(environment).data());
   posix_spawn_file_actions_destroy(&actions);

@@ -14,8 +14,12 @@ namespace host::ntp {
 // A program with its standard error in the test's hands. The destructor kills and reaps it.
 class ChildProgram {
  public:
+  static constexpr int kChannel = 3;
+
   // arguments: the program's path first. environment: "NAME=value" texts, and nothing else.
-  ChildProgram(std::vector<std::string> arguments, std::vector<std::string> environment);
+  // channel: becomes the program's descriptor kChannel, if it is one.
+  ChildProgram(std::vector<std::string> arguments, std::vector<std::string> environment,
+               int channel = -1);
   ~ChildProgram();
   ChildProgram(const ChildProgram&) = delete;
   ChildProgram& operator=(const ChildProgram&) = delete;

@@ -1,17 +1,22 @@
-// The program as the service runs it: a fake time server, the host's control socket, a pipe.
+// The program as the service runs it: a fake time server, the channel to the host's clock, a pipe.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
+#include <array>
+#include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <mutex>
-#include <nlohmann/json.hpp>
+#include <thread>
 #include <vector>
 
+#include "clock/ClockMessage.h"
 #include "host/ntpclient/ChildProgram.h"
 #include "host/ntpclient/FakeSntpServer.h"
-#include "host/remote/ServerUnderTest.h"
 #include "ntpclient/CommandLine.h"
+#include "support/TemporaryFolder.h"
 
 namespace host::ntp {
 namespace {
@@ -24,30 +29,50 @@ Strings commandLine(Strings rest) {
   return words;
 }
 
-// A host whose clock takes what it is told, or refuses; keeps the requests.
+// A host's end of the channel, whose clock takes what it is told, or refuses; keeps the requests.
 class FakeClock {
  public:
-  [[nodiscard]] ControlHandler handler() {
-    return [this](const ControlRequest& request) {
-      const std::lock_guard lock(m_mutex);
-      m_requests.push_back(nlohmann::json::parse(request.text));
-      request.channel->item("{}");
-      request.channel->reply(m_answer);
-    };
+  FakeClock() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+    m_hosts.reset(ends[0]);
+    m_clients.reset(ends[1]);
+    m_thread = std::thread([this] { serve(); });
   }
-  void answerWith(const std::string& json) {
-    const std::lock_guard lock(m_mutex);
-    m_answer = json;
+  ~FakeClock() {
+    hangUp();
+    m_thread.join();
   }
-  [[nodiscard]] std::vector<nlohmann::json> requests() {
+
+  void hangUp() { ::shutdown(m_hosts.get(), SHUT_RDWR); }
+  [[nodiscard]] int clientsEnd() const { return m_clients.get(); }
+  // error: the answer's; -1: none, and the channel is closed.
+  void answerWith(int error) { m_error = error; }
+  [[nodiscard]] std::vector<SetClockRequest> requests() {
     const std::lock_guard lock(m_mutex);
     return m_requests;
   }
 
  private:
-  std::mutex m_mutex;
-  std::string m_answer = "{\"ok\":true}";
-  std::vector<nlohmann::json> m_requests;
+  void serve() {
+    SetClockRequest request{};
+    while (::recv(m_hosts.get(), &request, sizeof request, 0) == sizeof request) {
+      {
+        const std::lock_guard lock(m_mutex);
+        m_requests.push_back(request);
+      }
+      if (m_error < 0) return hangUp();
+      const SetClockAnswer answer{m_error};
+      ::send(m_hosts.get(), &answer, sizeof answer, MSG_NOSIGNAL);
+    }
+  }
+
+  Descriptor m_hosts;
+  Descriptor m_clients;
+  std::atomic<int> m_error = 0;
+  std::mutex m_mutex;  // guards m_requests
+  std::vector<SetClockRequest> m_requests;
+  std::thread m_thread;
 };
 
 class ClientProgram : public testing::Test {
@@ -55,8 +80,9 @@ class ClientProgram : public testing::Test {
   ClientProgram() { EXPECT_EQ(::mkfifo(m_pipe.c_str(), 0600), 0); }
 
   [[nodiscard]] Strings environment() const {
-    return {"CLOCKHOST_SOCKET=" + m_host.socket.string(), "CLOCKHOST_PIPE=" + m_pipe.string(),
-            "NTPCLIENT_PORT=" + m_server.port(), "NTPCLIENT_RETRY_MS=1"};
+    return {"CLOCKHOST_CLOCK_FD=" + std::to_string(ChildProgram::kChannel),
+            "CLOCKHOST_PIPE=" + m_pipe.string(), "NTPCLIENT_PORT=" + m_server.port(),
+            "NTPCLIENT_RETRY_MS=1"};
   }
 
   // Answers the next request well.
@@ -77,29 +103,26 @@ class ClientProgram : public testing::Test {
   FakeClock m_clock;
   const support::TemporaryFolder m_folder;
   const std::filesystem::path m_pipe = m_folder / "ntpclient";
-  ServerUnderTest m_host{m_clock.handler()};
 };
 
 TEST_F(ClientProgram, SetsTheHostsClockAndThenReportsIt) {
-  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   answer(kTime);
   const std::uint32_t reported = listen();
   EXPECT_GE(reported, kTime);
   EXPECT_LT(reported, kTime + 10);
   const auto requests = m_clock.requests();
   ASSERT_EQ(requests.size(), 1U);
-  EXPECT_EQ(requests[0].size(), 4U);
-  EXPECT_EQ(requests[0].value("verb", ""), "clock");
-  EXPECT_EQ(requests[0].value("action", ""), "set");
-  EXPECT_EQ(requests[0].value("seconds", 0U), reported);
-  EXPECT_LT(requests[0].value("nanoseconds", 1'000'000'000), 1'000'000'000);
+  EXPECT_EQ(requests[0].seconds, reported);
+  EXPECT_GE(requests[0].nanoseconds, 0);
+  EXPECT_LT(requests[0].nanoseconds, 1'000'000'000);
   program.kill(SIGTERM);
   EXPECT_EQ(program.wait(), -SIGTERM);
   EXPECT_EQ(program.lines(), Strings{});
 }
 
 TEST_F(ClientProgram, TriesAgainAfterSilenceAndAfterABadAnswerWithALine) {
-  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   const auto request = m_server.receive();
   ASSERT_TRUE(request);
   Bytes bad = answerTo(nonceOf(*request), kTime);
@@ -113,20 +136,17 @@ TEST_F(ClientProgram, TriesAgainAfterSilenceAndAfterABadAnswerWithALine) {
 }
 
 TEST_F(ClientProgram, ReportsNothingThatTheHostRefused) {
-  m_clock.answerWith(R"({"ok":false,"error":"no such action"})");
-  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
+  m_clock.answerWith(EPERM);
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   answer(kTime);
-  EXPECT_EQ(program.line(), "ntpclient: the host refused: no such action");
-  m_clock.answerWith("nonsense");
-  answer(kTime);
-  EXPECT_EQ(program.line(), "ntpclient: the host's answer is not understood");
-  m_clock.answerWith(R"({"ok":true})");
+  EXPECT_EQ(program.line(), "ntpclient: the host refused: Operation not permitted");
+  m_clock.answerWith(0);
   answer(kTime + 100);
   EXPECT_GE(listen(), kTime + 100) << "and not what was refused";
 }
 
 TEST_F(ClientProgram, EndsWhenTheServerDeniesItsService) {
-  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   const auto request = m_server.receive();
   ASSERT_TRUE(request);
   m_server.answer(kissOfDeath(nonceOf(*request), "DENY"));
@@ -136,7 +156,7 @@ TEST_F(ClientProgram, EndsWhenTheServerDeniesItsService) {
 
 // How much more slowly: the tests of the client itself.
 TEST_F(ClientProgram, GoesOnWhenTheServerAsksForFewerRequests) {
-  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   const auto request = m_server.receive();
   ASSERT_TRUE(request);
   m_server.answer(kissOfDeath(nonceOf(*request), "RATE"));
@@ -144,18 +164,28 @@ TEST_F(ClientProgram, GoesOnWhenTheServerAsksForFewerRequests) {
   EXPECT_GE(listen(), kTime);
 }
 
-TEST_F(ClientProgram, EndsWhenNoHostIsThere) {
-  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment());
+TEST_F(ClientProgram, EndsWhenTheHostClosesTheChannel) {
+  m_clock.answerWith(-1);
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   const auto request = m_server.receive();
   ASSERT_TRUE(request);
-  m_host.stop();
   m_server.answer(answerTo(nonceOf(*request), kTime));
   EXPECT_EQ(program.wait(), 1);
-  EXPECT_EQ(program.lines().size(), 1U);
+  EXPECT_EQ(program.lines(), Strings{"ntpclient: the host has closed the channel"});
+}
+
+TEST_F(ClientProgram, EndsWhenTheHostIsGone) {
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
+  const auto request = m_server.receive();
+  ASSERT_TRUE(request);
+  m_clock.hangUp();
+  m_server.answer(answerTo(nonceOf(*request), kTime));
+  EXPECT_EQ(program.wait(), 1);
+  EXPECT_EQ(program.lines(), Strings{"ntpclient: the host is gone: Broken pipe"});
 }
 
 TEST_F(ClientProgram, TellsItsStepsOnRequest) {
-  ChildProgram program(commandLine({"127.0.0.1", "-4", "-L"}), environment());
+  ChildProgram program(commandLine({"127.0.0.1", "-4", "-L"}), environment(), m_clock.clientsEnd());
   answer(kTime);
   EXPECT_GE(listen(), kTime);
   for (const char* const step : {"asking", "clock set", "reported"}) {
@@ -164,11 +194,12 @@ TEST_F(ClientProgram, TellsItsStepsOnRequest) {
 }
 
 TEST_F(ClientProgram, EndsAtOnceOnSigtermWhateverItWaitsFor) {
-  ChildProgram asking(commandLine({"127.0.0.1", "-4"}), environment());
+  ChildProgram asking(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   ASSERT_TRUE(m_server.receive());
   asking.kill(SIGTERM);
   EXPECT_EQ(asking.wait(), -SIGTERM);
-  ChildProgram reporting(commandLine({"127.0.0.1", "-4", "-L"}), environment());
+  ChildProgram reporting(commandLine({"127.0.0.1", "-4", "-L"}), environment(),
+                         m_clock.clientsEnd());
   answer(kTime);
   while (reporting.line() != "ntpclient: clock set") continue;
   reporting.kill(SIGTERM);
@@ -179,7 +210,7 @@ TEST_F(ClientProgram, EndsWhenItsParentIsGone) {
   // The shell waits for the client, as the host would; ":" keeps it from becoming the client.
   Strings words = commandLine({"127.0.0.1", "-4"});
   words.insert(words.begin(), {"/bin/sh", "-c", "\"$0\" \"$@\"; :"});
-  ChildProgram shell(words, environment());
+  ChildProgram shell(words, environment(), m_clock.clientsEnd());
   ASSERT_TRUE(m_server.receive());
   shell.kill(SIGKILL);
   EXPECT_EQ(shell.wait(), -SIGKILL);
@@ -189,7 +220,7 @@ TEST_F(ClientProgram, EndsWhenItsParentIsGone) {
 TEST(ClientProgramUsage, OtherWordsGetOneUsageLine) {
   for (const Strings& rest : {Strings{"localhost"}, Strings{"127.0.0.1", "-6"},
                               Strings{"127.0.0.1", "-4", "-x"}, Strings{}}) {
-    ChildProgram program(commandLine(rest), {"CLOCKHOST_SOCKET=/nowhere"});
+    ChildProgram program(commandLine(rest), {"CLOCKHOST_CLOCK_FD=2"});
     EXPECT_EQ(program.wait(), 2);
     EXPECT_EQ(program.lines(), Strings{kUsage});
   }
@@ -199,12 +230,17 @@ TEST(ClientProgramUsage, SurroundingsThatAreNotUnderstoodAreRefused) {
   const Strings good = commandLine({"127.0.0.1", "-4"});
   for (const char* const wrong : {"NTPCLIENT_PORT=0", "NTPCLIENT_PORT=65536", "NTPCLIENT_PORT=ntp",
                                   "NTPCLIENT_RETRY_MS=0", "NTPCLIENT_RETRY_MS=1x"}) {
-    ChildProgram program(good, {"CLOCKHOST_SOCKET=/nowhere", wrong});
+    ChildProgram program(good, {"CLOCKHOST_CLOCK_FD=2", wrong});
     EXPECT_EQ(program.wait(), 2) << wrong;
     EXPECT_EQ(program.lines().size(), 1U);
   }
-  ChildProgram hostless(good, {});
-  EXPECT_EQ(hostless.wait(), 2);
+  for (const Strings& none : {Strings{}, Strings{"CLOCKHOST_CLOCK_FD=99"},
+                              Strings{"CLOCKHOST_CLOCK_FD=0"}, Strings{"CLOCKHOST_CLOCK_FD=x"}}) {
+    ChildProgram hostless(good, none);
+    EXPECT_EQ(hostless.wait(), 2);
+    EXPECT_EQ(hostless.lines(),
+              Strings{"ntpclient: CLOCKHOST_CLOCK_FD is no descriptor of a host"});
+  }
 }
 
 }  // namespace

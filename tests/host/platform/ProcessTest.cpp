@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,67 +14,14 @@
 #include <thread>
 #include <vector>
 
-#include "platform/ProgramMap.h"
+#include "host/platform/ChildProcess.h"
 #include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Texts = std::vector<std::string>;
 
 constexpr std::chrono::seconds kDeadline{30};
-
-std::vector<char*> pointersTo(Texts& texts) {
-  std::vector<char*> pointers;
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-// Children are shells that write into a named pipe; it is at its end when the last writer is gone.
-class ChildProcess : public testing::Test {
- protected:
-  ChildProcess() {
-    host::ProgramMap::instance().allowDevicePrograms();
-    EXPECT_EQ(mkfifo(pipePath().c_str(), 0600), 0);
-  }
-  ~ChildProcess() override { host::ProgramMap::instance().clear(); }
-
-  std::unique_ptr<Process> process(Texts arguments, Texts environment = {},
-                                   int options = Process::ownProcessGroup,
-                                   const char* folder = nullptr) const {
-    const std::vector<char*> words = pointersTo(arguments);
-    const std::vector<char*> variables = pointersTo(environment);
-    return std::make_unique<Process>(options, words.data(), variables.data(), folder);
-  }
-
-  // A shell with the script; what it prints goes into the pipe.
-  std::unique_ptr<Process> shell(const std::string& script, Texts environment = {},
-                                 int options = Process::ownProcessGroup,
-                                 const char* folder = nullptr) const {
-    return process(
-        {"/bin/sh", "-c", "exec >'" + pipePath() + "'; " + script, "name", "one", "t w o"},
-        std::move(environment), options, folder);
-  }
-
-  // All that comes, up to the end.
-  [[nodiscard]] std::string output() const {
-    std::ifstream pipe(pipePath());
-    return {std::istreambuf_iterator<char>(pipe), {}};
-  }
-
-  std::string outputOf(const std::string& script, Texts environment = {},
-                       int options = Process::ownProcessGroup, const char* folder = nullptr) const {
-    const auto child = shell(script, std::move(environment), options, folder);
-    EXPECT_GT(child->launch(), 0);
-    return output();
-  }
-
-  [[nodiscard]] std::string pipePath() const { return m_folder / "pipe"; }
-
-  const support::TemporaryFolder m_folder;
-};
 
 bool exists(pid_t pid) {
   return kill(pid, 0) == 0 || errno != ESRCH;
@@ -269,25 +215,6 @@ TEST_F(ChildProcess, LeavesNothingBehindWhenItIsReplacedManyTimes) {
   child.reset();
   EXPECT_FALSE(hasChildren());
   EXPECT_EQ(openDescriptors(), before);
-}
-
-TEST_F(ChildProcess, IsTheProgramThatItsPathMeansHere) {
-  host::ProgramMap::instance().set("/sbin/of-the-device", "/bin/sh");
-  const auto child = process({"/sbin/of-the-device", "-c", "echo $0 >'" + pipePath() + "'"});
-  EXPECT_GT(child->launch(), 0);
-  EXPECT_EQ(output(), "/sbin/of-the-device\n") << "it keeps the name it was called by";
-}
-
-TEST_F(ChildProcess, IsNoProgramOfThisMachineUnlessThatIsAllowed) {
-  host::ProgramMap::instance().clear();
-  const support::LogCapture log;
-  const std::string mark = m_folder / "started";
-  EXPECT_EQ(process({"/bin/sh", "-c", ": >'" + mark + "'"})->launch(), 0);
-  EXPECT_FALSE(std::filesystem::exists(mark));
-  EXPECT_EQ(log.count("cannot start \"/bin/sh\": nothing stands in for it; "
-                      "name a program with --program"),
-            1U)
-      << log.text();
 }
 
 }  // namespace

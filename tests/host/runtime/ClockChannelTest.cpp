@@ -1,0 +1,118 @@
+#include "runtime/ClockChannel.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <asio/io_context.hpp>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "clock/VirtualClock.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+using std::chrono::nanoseconds;
+using std::chrono::seconds;
+
+class ClockByChannel : public testing::Test {
+ protected:
+  ClockByChannel() { EXPECT_TRUE(m_channel.valid()); }
+
+  void send(const void* bytes, std::size_t size) {
+    EXPECT_EQ(::send(m_channel.get(), bytes, size, MSG_NOSIGNAL), static_cast<ssize_t>(size));
+    m_loop.poll();
+  }
+  void send(const SetClockRequest& request) { send(&request, sizeof request); }
+
+  // What the host has answered; -1: it has closed the channel; nothing: neither.
+  std::optional<int> answer() {
+    SetClockAnswer answer{};
+    const ssize_t got = ::recv(m_channel.get(), &answer, sizeof answer, MSG_DONTWAIT);
+    if (got < 0) return std::nullopt;
+    return got == sizeof answer ? answer.error : -1;
+  }
+
+  asio::io_context m_loop;
+  VirtualClock m_clock;
+  Descriptor m_channel = openClockChannel(m_loop, m_clock);
+};
+
+TEST_F(ClockByChannel, IsSetToTheNanosecondAndAnswers) {
+  send(SetClockRequest{1'000'000'000, 999'999'999});
+  EXPECT_EQ(answer(), 0);
+  EXPECT_EQ(m_clock.wall(), nanoseconds(1'000'000'000'999'999'999));
+  send(SetClockRequest{0, 0});
+  EXPECT_EQ(answer(), 0);
+  EXPECT_EQ(m_clock.wall(), nanoseconds(0));
+}
+
+TEST_F(ClockByChannel, IsSetOnceInATurnOfTheLoop) {
+  m_loop.poll();  // takes the channel up
+  for (const std::int64_t second : {1, 2, 3}) {
+    const SetClockRequest request{second, 0};
+    ASSERT_EQ(::send(m_channel.get(), &request, sizeof request, 0), 16);
+  }
+  for (const int second : {1, 2, 3}) {
+    m_loop.run_one();
+    EXPECT_EQ(m_clock.wall(), seconds(second));
+  }
+}
+
+TEST_F(ClockByChannel, LeavesNothingToWaitForWhenTheClientIsGone) {
+  send(SetClockRequest{5, 0});
+  m_channel.reset();
+  m_loop.run();  // comes back
+  EXPECT_EQ(m_clock.wall(), seconds(5));
+}
+
+TEST_F(ClockByChannel, IsNotInheritedByOtherPrograms) {
+  EXPECT_EQ(::fcntl(m_channel.get(), F_GETFD), FD_CLOEXEC);
+}
+
+struct Wrong {
+  std::string name;
+  SetClockRequest request;
+  std::size_t size = sizeof(SetClockRequest);
+};
+
+TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
+  const Wrong rows[] = {
+      {"a nanosecond before 1970", {0, -1}},
+      {"a whole second of nanoseconds", {5, 1'000'000'000}},
+      {"before 1970", {-1, 0}},
+      {"beyond the last time", {8'000'000'000, 0}},
+      {"the greatest number", {INT64_MAX, INT64_MAX}},
+      {"the least number", {INT64_MIN, INT64_MIN}},
+      {"one byte", {5, 0}, 1},
+      {"a byte less", {5, 0}, sizeof(SetClockRequest) - 1},
+      {"a byte more", {5, 0}, sizeof(SetClockRequest) + 1},
+      {"many more", {5, 0}, 4096},
+  };
+  for (const Wrong& row : rows) {
+    SCOPED_TRACE(row.name);
+    const support::LogCapture log(4);
+    m_channel = openClockChannel(m_loop, m_clock);
+    Descriptor other = openClockChannel(m_loop, m_clock);
+    std::array<char, 4096> bytes{};
+    std::memcpy(bytes.data(), &row.request, sizeof row.request);
+    send(bytes.data(), row.size);
+    EXPECT_EQ(answer(), -1);
+    EXPECT_EQ(m_clock.wall(), seconds(0));
+    EXPECT_EQ(log.entries().size(), 1U) << log.text();
+    EXPECT_TRUE(log.has("the NTP client's channel is closed: it sent what sets no clock"));
+    m_channel = std::move(other);
+    send(SetClockRequest{0, 0});
+    EXPECT_EQ(answer(), 0) << "another client's is served";
+  }
+}
+
+}  // namespace
+}  // namespace host

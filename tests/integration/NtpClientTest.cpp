@@ -1,0 +1,76 @@
+// The host's NTP client as a process: what it gets, what it may do, and that it sets the clock.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <set>
+#include <sstream>
+
+#include "host/ntpclient/FakeSntpServer.h"
+#include "integration/RunningHost.h"
+
+namespace integration {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A telephone whose client has asked the time server and waits for its answer.
+class TelephoneWithAClient : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe)
+    ::setenv("NTPCLIENT_PORT", m_server.port().c_str(), 1);
+    m_host.emplace(Words{"--network", "up"});
+    ASSERT_EQ(m_host->ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
+    m_request = m_server.receive();
+    ASSERT_TRUE(m_request);
+  }
+
+  // The folder of the client's process.
+  [[nodiscard]] fs::path process() {
+    std::istringstream status(m_host->ctl({"status"}).out);
+    for (std::string word; status >> word;) {
+      if (word == "process" && status >> word) return fs::path("/proc") / word;
+    }
+    return "/no/client";
+  }
+
+  host::ntp::FakeSntpServer m_server;
+  std::optional<RunningHost> m_host;
+  std::optional<host::ntp::Bytes> m_request;
+};
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+TEST_F(TelephoneWithAClient, HasTheClockSetByIt) {
+  m_server.answer(host::ntp::answerTo(host::ntp::nonceOf(*m_request), host::ntp::kTime));
+  EXPECT_TRUE(m_host->waitFor({"clock"}, "2026-05-28T20:26:40Z")) << m_host->ctl({"clock"}).out;
+  EXPECT_TRUE(m_host->waitFor({"call", "isTimeSourceSntp"}, "true")) << m_host->program().err();
+}
+
+TEST_F(TelephoneWithAClient, GivesItNoWayToItsSocketsAndNothingOfItsEnvironment) {
+  std::set<std::string> names;
+  std::istringstream variables(contentOf(process() / "environ"));
+  for (std::string text; std::getline(variables, text, '\0');) {
+    names.insert(text.substr(0, text.find('=')));
+  }
+  std::erase_if(names, [](const std::string& name) { return name.ends_with("SAN_OPTIONS"); });
+  EXPECT_EQ(names,
+            (std::set<std::string>{"CLOCKHOST_CLOCK_FD", "CLOCKHOST_PIPE", "NTPCLIENT_PORT"}));
+  for (const auto& entry : fs::directory_iterator(process() / "fd")) {
+    const std::string file = fs::read_symlink(entry.path());
+    EXPECT_EQ(file.find((m_host->folder() / "state").string()), std::string::npos) << file;
+  }
+  EXPECT_TRUE(fs::exists(process() / "fd/3"));
+}
+
+}  // namespace
+}  // namespace integration
