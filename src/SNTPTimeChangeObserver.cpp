@@ -10,6 +10,7 @@
 #include <ctime>
 #include <system_error>
 
+#include "Descriptor.h"
 #include "DevicePaths.h"
 #include "Log.h"
 #include "SemaphoreGuard.h"
@@ -23,29 +24,6 @@ constexpr unsigned int secondsBetweenAttempts = 1;
 // How much is dropped before the pipe is closed: as much as the system lets a pipe hold. A bound,
 // so that a writer that never stops does not hold the listener.
 constexpr std::size_t mostBytesOfAPipe = 1 << 20;
-
-// An open descriptor, or -1.
-class Descriptor {
- public:
-  ~Descriptor() { close(); }
-  Descriptor() = default;
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  // REQUIRES: none open.
-  [[nodiscard]] bool open(const char* path, int flags) {
-    m_number = ::open(path, flags | O_CLOEXEC);
-    return m_number >= 0;
-  }
-  void close() {
-    if (m_number >= 0) ::close(m_number);
-    m_number = -1;
-  }
-  [[nodiscard]] int number() const { return m_number; }
-
- private:
-  int m_number = -1;
-};
 
 std::string errorText() {
   return std::error_code(errno, std::generic_category()).message();

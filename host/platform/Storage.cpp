@@ -167,7 +167,7 @@ bool Storage::shutdown() {
 
 bool Storage::deleteFile_noEx(const std::string& path) {
   try {
-    return unlink(host::hostPath(path).c_str()) == 0 || errno == ENOENT;
+    return remove(host::hostPath(path).c_str()) == 0 || errno == ENOENT;
   } catch (const std::exception&) {
     return false;
   }

@@ -1,14 +1,15 @@
-#include <sys/stat.h>
+#include <fcntl.h>
 #include <sys/time.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstring>
 #include <ctime>
-#include <memory>
+#include <string>
 
 #include "ClockService.h"
 #include "ClockServiceDataHandler.h"
+#include "Descriptor.h"
 #include "DevicePaths.h"
 #include "LocalMgmtIfc.h"
 #include "LocalTime.h"
@@ -30,18 +31,24 @@ constexpr int centuryOfShortYears = 2000;
 
 constexpr std::size_t utcStringLength = 25;
 
-struct CloseFile {
-  void operator()(FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<FILE, CloseFile>;
+// How far into the fallback file its token is looked for: a bound, so that a device or a pipe that
+// never ends cannot hold up the start.
+constexpr std::size_t mostBytesOfFallbackFile = 16 << 20;
 
-// Only a regular file is opened: opening a pipe in its place would hold up the start until somebody
-// writes to it, and a folder has no token to read. Neither is touched.
-File openFallbackFile() {
-  struct stat properties {};
-  if (stat(DevicePaths::fallbackTimeFile, &properties) != 0) return nullptr;
-  if (!S_ISREG(properties.st_mode)) return nullptr;
-  return File(std::fopen(DevicePaths::fallbackTimeFile, "r"));
+// The first token, as "%s" reads one: up to white space or a zero byte. Empty when there is none.
+std::string firstToken(int file) {
+  constexpr const char* blanks = " \t\n\v\f\r";
+  std::array<char, 1024> chunk;
+  std::string token;
+  for (std::size_t reads = mostBytesOfFallbackFile / chunk.size(); reads > 0; --reads) {
+    const ssize_t count = read(file, chunk.data(), chunk.size());
+    if (count <= 0) break;
+    token.append(chunk.data(), static_cast<std::size_t>(count));
+    token.erase(0, token.find_first_not_of(blanks));
+    if (token.size() > utcStringLength || token.find_first_of(blanks) != std::string::npos) break;
+  }
+  token.resize(std::min({token.size(), token.find_first_of(blanks), token.find('\0')}));
+  return token;
 }
 
 }  // namespace
@@ -123,17 +130,16 @@ std::string ClockService::setFallbackTime() {
   return fallbackTime;
 }
 
-// The file is consumed once, whatever it holds; from then on the settings are the only home of the
-// fallback time.
+// Whatever can be opened is consumed once; from then on the settings are the only home of the
+// fallback time. Opened without waiting: a pipe in the file's place must not hold up the start.
 void ClockService::restoreFallbackTime() {
-  File file = openFallbackFile();
-  if (file == nullptr) return;
-  std::array<char, 128> token{};
-  const int items = std::fscanf(file.get(), "%127s", token.data());
-  file.reset();
-  if (items == 1 && std::strlen(token.data()) == utcStringLength) {
-    m_dataHandler->setFallbackTime(token.data());
-    CLOCK_LOG(logInformation, "restoreFallbackTime: time \"%s\" from file \"%s\"", token.data(),
+  Descriptor file;
+  if (!file.open(DevicePaths::fallbackTimeFile, O_RDONLY | O_NONBLOCK | O_NOCTTY)) return;
+  const std::string token = firstToken(file.number());
+  file.close();
+  if (token.size() == utcStringLength) {
+    m_dataHandler->setFallbackTime(token);
+    CLOCK_LOG(logInformation, "restoreFallbackTime: time \"%s\" from file \"%s\"", token.c_str(),
               DevicePaths::fallbackTimeFile);
   }
   Storage::deleteFile_noEx(DevicePaths::fallbackTimeFile);

@@ -1,5 +1,6 @@
 // The file in which older software kept the fallback time: read once at start-up, then gone.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -86,15 +87,54 @@ TEST_F(ClockWithFallbackFile, StoresTwentyFiveCharactersThatAreNoTimeButDoesNotS
   EXPECT_EQ(telephone.stored("FallbackDateTime"), std::string(25, 'x'));
 }
 
-TEST_F(ClockWithFallbackFile, LeavesAFolderInItsPlaceAlone) {
+TEST_F(ClockWithFallbackFile, DeletesAFolderInItsPlace) {
   std::filesystem::create_directory(file());
   EXPECT_EQ(timeAfterStart(), kSaved);
-  EXPECT_TRUE(std::filesystem::is_directory(file()));
+  EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
-TEST_F(ClockWithFallbackFile, DoesNotHangOnAPipeInItsPlace) {
+TEST_F(ClockWithFallbackFile, StartsWithAFolderInItsPlaceThatIsNotEmpty) {
+  std::filesystem::create_directories(file() / "more");
+  EXPECT_EQ(timeAfterStart(), kSaved);
+  EXPECT_TRUE(std::filesystem::exists(file() / "more"));
+}
+
+TEST_F(ClockWithFallbackFile, DeletesAPipeInItsPlaceWithoutWaitingForAWriter) {
   ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
   EXPECT_EQ(timeAfterStart(), kSaved);
+  EXPECT_FALSE(std::filesystem::exists(file()));
+}
+
+TEST_F(ClockWithFallbackFile, TakesWhatIsInAPipeAndWaitsForNoMore) {
+  ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+  const int writer = open(file().c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::write(writer, kInFile, 25), 25);
+  EXPECT_EQ(timeAfterStart(), kInFile);
+  EXPECT_FALSE(std::filesystem::exists(file()));
+  close(writer);
+}
+
+TEST_F(ClockWithFallbackFile, DeletesADeviceInItsPlace) {
+  for (const char* const device : {"/dev/null", "/dev/zero"}) {
+    std::filesystem::create_symlink(device, file());
+    EXPECT_EQ(timeAfterStart(), kSaved) << device;
+    EXPECT_FALSE(std::filesystem::is_symlink(file())) << device;
+    telephone.switchOff();
+  }
+}
+
+// Neither a token across two readings nor one at the very end is missed.
+TEST_F(ClockWithFallbackFile, LooksForItsTokenInSixteenMebibytes) {
+  constexpr std::size_t most = 16 << 20;
+  for (const std::size_t blanks : {std::size_t{1000}, most - 25}) {
+    write(std::string(blanks, ' ') + kInFile + " ");
+    EXPECT_EQ(timeAfterStart(), kInFile) << blanks;
+    telephone.switchOff();
+    telephone.store("FallbackDateTime", kSaved);
+  }
+  write(std::string(most, '\n') + kInFile);
+  EXPECT_EQ(timeAfterStart(), kSaved);
+  EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
 TEST_F(ClockWithFallbackFile, IgnoresALinkToNowhere) {

@@ -216,7 +216,10 @@ TEST_F(StorageFolder, LosesAFileThatIsDeleted) {
   EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "file"));
   EXPECT_EQ(files(), 0U);
   EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "file")) << "it is not there";
-  EXPECT_FALSE(Storage::deleteFile_noEx(m_folder.path())) << "a folder is no file";
+  std::filesystem::create_directories(m_folder / "folder/more");
+  EXPECT_FALSE(Storage::deleteFile_noEx(m_folder / "folder")) << "it is not empty";
+  EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "folder/more"));
+  EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "folder"));
   write("text");
   EXPECT_FALSE(Storage::deleteFile_noEx(m_folder.path() / "file" / "below")) << "nor is this one";
 }

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <fcntl.h>
+#include <unistd.h>
+
+// An open descriptor, or -1; closed when the object goes, and never inherited by a child.
+class Descriptor {
+ public:
+  ~Descriptor() { close(); }
+  Descriptor() = default;
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  // REQUIRES: none open.
+  [[nodiscard]] bool open(const char* path, int flags) {
+    m_number = ::open(path, flags | O_CLOEXEC);
+    return m_number >= 0;
+  }
+  void close() {
+    if (m_number >= 0) ::close(m_number);
+    m_number = -1;
+  }
+  [[nodiscard]] int number() const { return m_number; }
+
+ private:
+  int m_number = -1;
+};
