@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <cstdio>
+#include <random>
 #include <utility>
 
 #include "plugin/ClockOnWatchedTimers.h"
@@ -136,6 +139,57 @@ TEST_F(ClockThatIsMoved, TellsALateObserverOfChangesOnly) {
   report(8, 0, 10, 0);
   service->observeTimeEvents(&observer);
   EXPECT_THAT(heard(minutes{30}), ElementsAre("time 00:40:00"));
+}
+
+// Moved by whatever moves a clock, in a random order that is the same in each run.
+class ClockThatIsMovedAtRandom : public ClockThatIsMoved {
+ protected:
+  int between(int first, int last) {
+    return std::uniform_int_distribution<int>(first, last)(m_random);
+  }
+  void moveSomehow() {
+    const int day = between(5, 9), hour = between(0, 2) * 23 / 2, minute = between(0, 59);
+    switch (between(0, 3)) {
+      case 0:
+        return move(day, hour, minute, 59);
+      case 1:
+        return report(day, hour, minute, 59);
+      case 2:
+        return static_cast<void>(service->handleSNTPClientUpdate(1));
+      default:
+        return service->timerEvent(kZoneRefresh);
+    }
+  }
+  void listen(std::chrono::nanoseconds duration) {
+    for (const std::string& line : heard(duration))
+      if (line.rfind("date", 0) == 0) m_heard = line;
+  }
+  [[nodiscard]] std::string today() const {
+    int day = 0, month = 0, year = 0;
+    service->getDate(day, month, year);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "date %02d.%02d.%04d", day, month, year);
+    return text.data();
+  }
+
+  std::string m_heard = "date 07.06.2030";
+
+ private:
+  std::mt19937 m_random{20300607};
+};
+
+// Once a date was set by hand, the system's clock counts no more: that comes last.
+TEST_F(ClockThatIsMovedAtRandom, KnowsTheDateAfterAnHourInPeace) {
+  startAt("2030-06-07T12:00:00");
+  for (int i = 0; i < 2000; ++i) {
+    for (int moves = between(1, 4); moves > 0; --moves) {
+      moveSomehow();
+      if (i >= 1500 && between(0, 9) == 0) service->setDate(between(5, 9), 6, 2030);
+      listen(seconds{between(0, 4000)} + microseconds{between(0, 999'999)});
+    }
+    listen(hours{1});
+    ASSERT_EQ(m_heard, today()) << i;
+  }
 }
 
 // The listener is in the middle of announcing the new date when the hour comes.

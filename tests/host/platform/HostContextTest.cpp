@@ -62,6 +62,22 @@ TEST_F(FrameworkContextOfServices, GivesTimersOfTheLongestPeriod) {
   EXPECT_EQ(m_clock.nextExpiry(), std::chrono::nanoseconds{4'294'967'295ms});
 }
 
+TEST_F(FrameworkContextOfServices, DoesNothingWithUnknownTimers) {
+  const int known = m_context.createTimer(m_service, 10);
+  const int deleted = m_context.createTimer(m_service, 10);
+  m_context.startTimer(known);
+  m_context.deleteTimer(deleted);
+  for (const int timer : {deleted, 0, -1, 1000}) {
+    m_context.startTimer(timer);
+    m_context.stopTimer(timer);
+    m_context.startTimer(timer);
+    m_context.cancelTimer(timer);
+    m_context.deleteTimer(timer);
+    m_context.startTimer(timer);
+  }
+  EXPECT_EQ(m_clock.armedTimers(), 1U);
+}
+
 TEST_F(FrameworkContextOfServices, StopsCancelsAndDeletesTimers) {
   for (const auto take : {&Context::stopTimer, &Context::cancelTimer, &Context::deleteTimer}) {
     const int timer = m_context.createTimer(m_service, 10);
