@@ -12,3 +12,9 @@ endif()
 if(CLOCK_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
 endif()
+
+# What these and coverage build into a program makes system calls of its own: no filter then.
+if(CLOCK_SANITIZE OR CLOCK_FUZZ OR CMAKE_CXX_FLAGS MATCHES "-fprofile-|--coverage")
+  set(CLOCK_WITHOUT_FILTER ON)
+  add_compile_definitions(CLOCK_WITHOUT_FILTER)
+endif()

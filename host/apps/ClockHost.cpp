@@ -1,5 +1,7 @@
 #include "apps/ClockHost.h"
 
+#include <sys/prctl.h>
+
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -65,6 +67,7 @@ class ClientChannels {
 };
 
 void prepareProcess(const HostOptions& options) {
+  ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);  // nor does a child gain any
   LogBook::instance().setLevel(options.logLevel);
   if (!options.deviceRoot.empty()) setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
   ProgramMap::instance().setStandInFolder(defaultPaths().standIns);

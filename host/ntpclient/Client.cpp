@@ -83,10 +83,10 @@ Client::Next Client::report(std::uint32_t seconds) {
     case ReportResult::parentGone:
       return Next::end;
     case ReportResult::noListener:
-      tell("nobody listens at " + m_surroundings.pipe.string());
+      tell(std::string("nobody listens at ") + m_surroundings.pipe);
       break;
     case ReportResult::noPipe:
-      tell(m_surroundings.pipe.string() + " is no pipe");
+      tell(std::string(m_surroundings.pipe) + " is no pipe");
       break;
     case ReportResult::delivered:
       tellSteps("reported");

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
 #include <string>
 
 #include "ntpclient/Backoff.h"
@@ -15,7 +14,7 @@ namespace host::ntp {
 // What surrounds the client, as against what it was told to do.
 struct Surroundings {
   std::string port = "123";
-  std::filesystem::path pipe = kReportPipe;
+  const char* pipe = kReportPipe;  // outlives the client
   Backoff::Duration firstRetry = Backoff::kFirst;
   std::chrono::milliseconds answerLimit{2000};
   std::chrono::milliseconds reportLimit{5000};

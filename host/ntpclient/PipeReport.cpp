@@ -1,6 +1,5 @@
 #include "ntpclient/PipeReport.h"
 
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,8 +28,8 @@ bool isTaken(const Descriptor& pipe) {
 // What a try came to: the report is on its way once it is written.
 enum class Step { again, written, noPipe };
 
-Step tryToWrite(const std::filesystem::path& path, std::uint32_t seconds, Descriptor& pipe) {
-  pipe.reset(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+Step tryToWrite(const char* path, std::uint32_t seconds, Descriptor& pipe) {
+  pipe.reset(::open(path, kPipeFlags));
   if (!pipe.valid()) return Step::again;  // no reader, or no pipe yet
   if (!isPipe(pipe)) return Step::noPipe;
   const ssize_t written = ::write(pipe.get(), &seconds, sizeof seconds);
@@ -39,8 +38,8 @@ Step tryToWrite(const std::filesystem::path& path, std::uint32_t seconds, Descri
 
 }  // namespace
 
-ReportResult reportTime(const std::filesystem::path& path, std::uint32_t seconds,
-                        std::chrono::milliseconds limit, const ParentWatch& watch) {
+ReportResult reportTime(const char* path, std::uint32_t seconds, std::chrono::milliseconds limit,
+                        const ParentWatch& watch) {
   const auto deadline = Clock::now() + limit;
   Descriptor pipe;
   Step step = Step::again;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <fcntl.h>
+
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 
 #include "ntpclient/ParentWatch.h"
 
@@ -10,6 +11,9 @@ namespace host::ntp {
 
 // Where the service hears of a set clock, on the device.
 inline constexpr const char* kReportPipe = "/tmp/votk/ipc/ntpclient";
+
+// How it is opened.
+inline constexpr int kPipeFlags = O_WRONLY | O_NONBLOCK | O_CLOEXEC;
 
 enum class ReportResult {
   delivered,
@@ -22,7 +26,7 @@ enum class ReportResult {
 // machine's byte order. Waits up to `limit` for a listener to open the pipe and to take the report:
 // the listener reads one report for each opening, and bytes that nobody has read are lost with the
 // last descriptor. Never blocks beyond the limit. REQUIRES: SIGPIPE is ignored.
-[[nodiscard]] ReportResult reportTime(const std::filesystem::path& pipe, std::uint32_t seconds,
+[[nodiscard]] ReportResult reportTime(const char* pipe, std::uint32_t seconds,
                                       std::chrono::milliseconds limit, const ParentWatch& watch);
 
 }  // namespace host::ntp

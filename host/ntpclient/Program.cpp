@@ -6,14 +6,18 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "clock/ClockMessage.h"
 #include "ntpclient/Client.h"
 #include "ntpclient/PipeReport.h"
+#include "ntpclient/SealedPath.h"
+#include "ntpclient/SystemCallFilter.h"
 
 namespace host::ntp {
 namespace {
@@ -34,7 +38,6 @@ std::optional<long> numberIn(std::string_view text, long most) {
 
 std::optional<Surroundings> readSurroundings() {
   Surroundings surroundings;
-  if (const auto pipe = environment("CLOCKHOST_PIPE"); !pipe.empty()) surroundings.pipe = pipe;
   if (const auto port = environment("NTPCLIENT_PORT"); !port.empty()) {
     if (!numberIn(port, 65535)) return std::nullopt;
     surroundings.port = port;
@@ -55,6 +58,20 @@ Descriptor clockChannel() {
   return Descriptor(static_cast<int>(*number));
 }
 
+std::filesystem::path reportPipe() {
+  const std::string_view pipe = environment("CLOCKHOST_PIPE");
+  return pipe.empty() ? kReportPipe : pipe;
+}
+
+// What a server sends is looked at with nothing at hand but what is needed. A kernel that has no
+// filters is no reason not to serve.
+void giveUpTheRest(const SealedPath& pipe, bool verbose) {
+  const std::string missing = installSystemCallFilter(pipe);
+  if (!missing.empty() && verbose) {
+    std::fprintf(stderr, "ntpclient: no system call filter: %s\n", missing.c_str());
+  }
+}
+
 // Whatever the starting thread had blocked or ignored: SIGTERM ends the program at once, and a
 // listener that closes its pipe does not.
 void setSignals() {
@@ -72,18 +89,24 @@ int refuse(const char* why) {
 
 }  // namespace
 
-int runProgram(int argumentCount, char* const* arguments) {
+int runProgram(int argumentCount, char* const* arguments) try {
   const std::span words(arguments, static_cast<std::size_t>(argumentCount));
   const auto assignment = parseCommandLine(words.empty() ? words : words.subspan(1));
   if (!assignment) return refuse(kUsage);
-  const auto surroundings = readSurroundings();
+  auto surroundings = readSurroundings();
   if (!surroundings) return refuse("ntpclient: NTPCLIENT_PORT or NTPCLIENT_RETRY_MS is no number");
   Descriptor channel = clockChannel();
   if (!channel.valid()) return refuse("ntpclient: CLOCKHOST_CLOCK_FD is no descriptor of a host");
   const auto clock = makeHostClock(std::move(channel));
   setSignals();
   const ParentWatch watch;
+  const SealedPath pipe(reportPipe());
+  surroundings->pipe = pipe.get();
+  giveUpTheRest(pipe, assignment->verbose);
   return Client(*assignment, *surroundings, watch, *clock).run();
+} catch (const Error& error) {
+  std::fprintf(stderr, "ntpclient: %s\n", error.what());
+  return 1;
 }
 
 }  // namespace host::ntp

@@ -72,5 +72,22 @@ TEST_F(TelephoneWithAClient, GivesItNoWayToItsSocketsAndNothingOfItsEnvironment)
   EXPECT_TRUE(fs::exists(process() / "fd/3"));
 }
 
+std::string fieldOf(const fs::path& process, const std::string& name) {
+  std::ifstream status(process / "status");
+  for (std::string word; status >> word;) {
+    if (word == name + ":" && status >> word) return word;
+  }
+  return "none";
+}
+
+TEST_F(TelephoneWithAClient, KeepsItFromGainingPrivileges) {
+  EXPECT_EQ(fieldOf(process(), "NoNewPrivs"), "1");
+  EXPECT_EQ(fieldOf("/proc/" + std::to_string(m_host->program().id()), "NoNewPrivs"), "1");
+#ifndef CLOCK_WITHOUT_FILTER
+  constexpr const char* kFiltered = "2";
+  EXPECT_EQ(fieldOf(process(), "Seccomp"), kFiltered);
+#endif
+}
+
 }  // namespace
 }  // namespace integration

@@ -26,7 +26,7 @@ class PipeToAListener : public testing::Test {
 
   std::future<ReportResult> report(std::uint32_t seconds, std::chrono::milliseconds limit = 20s) {
     return std::async(std::launch::async,
-                      [=, this] { return reportTime(m_pipe, seconds, limit, m_watch); });
+                      [=, this] { return reportTime(m_pipe.c_str(), seconds, limit, m_watch); });
   }
 
   // As the service listens: opens, reads once, closes.

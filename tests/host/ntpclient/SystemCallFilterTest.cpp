@@ -1,0 +1,146 @@
+#include "ntpclient/SystemCallFilter.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/ptrace.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <ctime>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include "ntpclient/PipeReport.h"
+#include "ntpclient/SealedPath.h"
+#include "remote/Descriptor.h"
+#include "support/TemporaryFolder.h"
+
+namespace host::ntp {
+namespace {
+
+// A process of its own under the filter, which is for good.
+class UnderTheFilter : public testing::Test {
+ protected:
+  UnderTheFilter() { EXPECT_EQ(::mkfifo(m_pipe.c_str(), 0600), 0); }
+
+  // 0 when the call succeeds there, else its errno; -1 when there is no filter. `call` returns what
+  // system calls do.
+  int errorOf(const std::function<long()>& call) const {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      if (!installSystemCallFilter(m_sealed).empty()) ::_exit(255);
+      ::_exit(call() >= 0 ? 0 : errno);
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
+    return WEXITSTATUS(status) == 255 ? -1 : WEXITSTATUS(status);
+  }
+
+  const support::TemporaryFolder m_folder;
+  const std::string m_pipe = m_folder / "ntpclient";
+  const SealedPath m_sealed{m_pipe};
+};
+
+#ifdef CLOCK_WITHOUT_FILTER
+
+TEST_F(UnderTheFilter, NothingIsDeniedInABuildThatHasNone) {
+  EXPECT_EQ(installSystemCallFilter(m_sealed), "this build has none");
+}
+
+#else
+
+// Not open(): this program's own one, which stands in for the device's, copies the name.
+struct Call {
+  const char* name;
+  std::function<long()> make;
+};
+
+TEST_F(UnderTheFilter, WhatTheClientDoesNotNeedIsDenied) {
+  const std::string other = m_folder / "other";
+  const std::string same = m_pipe;  // the same name at another address
+  char* const sealed = const_cast<char*>(m_sealed.get());
+  const timespec now{};
+  char* const arguments[] = {nullptr};
+  const Call calls[] = {
+      {"open for reading", [] { return ::openat(AT_FDCWD, "/etc/passwd", O_RDONLY | O_CLOEXEC); }},
+      {"open for writing",
+       [&] { return ::openat(AT_FDCWD, other.c_str(), kPipeFlags | O_CREAT, 0600); }},
+      {"open another file as the pipe", [] { return ::openat(AT_FDCWD, "/dev/null", kPipeFlags); }},
+      {"open its name elsewhere", [&] { return ::openat(AT_FDCWD, same.c_str(), kPipeFlags); }},
+      {"open the pipe for reading too",
+       [&] { return ::openat(AT_FDCWD, sealed, O_RDWR | O_NONBLOCK); }},
+      {"create at the pipe's name",
+       [&] { return ::openat(AT_FDCWD, sealed, kPipeFlags | O_CREAT, 0600); }},
+      {"unlink", [&] { return ::unlink(same.c_str()); }},
+      {"execve", [&] { return ::execve("/bin/true", arguments, arguments); }},
+      {"fork", [] { return ::fork(); }},
+      {"kill", [] { return ::kill(::getppid(), 0); }},
+      {"ptrace", [] { return ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr); }},
+      {"Unix socket", [] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0); }},
+      {"Unix datagrams",
+       [] { return ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); }},
+      {"TCP", [] { return ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); }},
+      {"connect", [] { return ::connect(0, nullptr, 0); }},
+      {"pass a descriptor", [] { return ::sendmsg(0, nullptr, 0); }},
+      {"set the clock",
+       [&] { return ::clock_settime(CLOCK_PROCESS_CPUTIME_ID, &now); }},  // which nobody can set
+      {"make the name writable", [&] { return ::mprotect(sealed, 1, PROT_READ | PROT_WRITE); }},
+      {"unmap the name", [&] { return ::munmap(sealed, 1); }},
+      {"map over the name",
+       [&] {
+         return ::mmap(sealed, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED,
+                       -1, 0) == MAP_FAILED
+                    ? -1
+                    : 0;
+       }},
+      {"memory to execute",
+       [] {
+         return ::mmap(nullptr, 1, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) ==
+                        MAP_FAILED
+                    ? -1
+                    : 0;
+       }},
+  };
+  for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), EPERM) << call.name;
+}
+
+TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
+  const Descriptor reader(::open(m_pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const Call calls[] = {
+      {"open the pipe", [&] { return ::openat(AT_FDCWD, m_sealed.get(), kPipeFlags); }},
+      {"IPv4", [] { return ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); }},
+      {"memory",
+       [] {
+         const std::string much(10'000'000, 'm');
+         return static_cast<long>(much.size());
+       }},
+      {"an exception",
+       []() -> long {
+         try {
+           throw std::runtime_error("on purpose");
+         } catch (const std::exception& error) {
+           return ::write(STDERR_FILENO, "", 0);
+         }
+       }},
+  };
+  for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), 0) << call.name;
+}
+
+#endif
+
+TEST(SealedPath, HoldsItsNameOnMemoryOfItsOwn) {
+  const SealedPath path("/tmp/a b");
+  EXPECT_STREQ(path.get(), "/tmp/a b");
+  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(path.get()) % 4096, 0U);
+}
+
+}  // namespace
+}  // namespace host::ntp
