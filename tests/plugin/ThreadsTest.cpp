@@ -5,7 +5,10 @@
 
 #include <atomic>
 #include <cerrno>
+#include <string>
 
+#include "Threadable.h"
+#include "Threader.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 #include "support/OpenWatch.h"
@@ -15,6 +18,7 @@ namespace {
 bool g_refused = false;
 std::atomic<int> g_created{0};
 std::atomic<int> g_joined{0};
+std::string g_spawned;  // what was asked for the last one: name, priority, stack
 
 }  // namespace
 
@@ -36,6 +40,21 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
 int __wrap_pthread_join(pthread_t thread, void** result) {
   ++g_joined;
   return __real_pthread_join(thread, result);
+}
+
+bool __real__ZN8Threader5spawnEPmP10ThreadablePKc18VotkThreadPriorityi(Threader*, unsigned long*,
+                                                                       Threadable*, const char*,
+                                                                       VotkThreadPriority, int);
+bool __wrap__ZN8Threader5spawnEPmP10ThreadablePKc18VotkThreadPriorityi(Threader*, unsigned long*,
+                                                                       Threadable*, const char*,
+                                                                       VotkThreadPriority, int);
+
+bool __wrap__ZN8Threader5spawnEPmP10ThreadablePKc18VotkThreadPriorityi(
+    Threader* threader, unsigned long* id, Threadable* body, const char* name,
+    VotkThreadPriority priority, int stack) {
+  g_spawned = std::string(name) + " " + std::to_string(priority) + " " + std::to_string(stack);
+  return __real__ZN8Threader5spawnEPmP10ThreadablePKc18VotkThreadPriorityi(threader, id, body, name,
+                                                                           priority, stack);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)
@@ -71,6 +90,12 @@ TEST_F(ClockWithoutAThread, EndsWithoutWakingOne) {
   const support::OpenWatch watch(plugin::ReportPipe::path());
   telephone.switchOff();
   EXPECT_FALSE(watch.sees());
+}
+
+TEST(ClockWithAThread, AsksForItByNamePriorityAndStack) {
+  plugin::Telephone telephone;
+  telephone.switchOn();
+  EXPECT_EQ(g_spawned, "SNTP Recognition Thread 1 0");
 }
 
 TEST(ClockWithAThread, GivesItBackAtTheEnd) {
