@@ -2,6 +2,7 @@
 
 #include <sys/prctl.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -29,6 +30,9 @@
 
 namespace host {
 namespace {
+
+// Whoever removes a folder with all that is in it is not to find a pipe in it again meanwhile.
+constexpr std::chrono::milliseconds kUntilAllIsRemoved{100};
 
 // While it lives, the POSIX time calls of this process read the clock.
 class ProcessClock {
@@ -69,7 +73,7 @@ class ClientChannels {
 void prepareProcess(const HostOptions& options) {
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);  // nor does a child gain any
   LogBook::instance().setLevel(options.logLevel);
-  if (!options.deviceRoot.empty()) setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
+  setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
   ProgramMap::instance().setStandInFolder(defaultPaths().standIns);
   if (options.systemClock) ProgramMap::instance().allowDevicePrograms();
   for (const auto& [device, path] : options.programs) {
@@ -109,6 +113,8 @@ class Host {
   void runUntilStopped();
 
  private:
+  void watchReportPipe();
+
   Plugin m_plugin;
   VirtualClock m_clock;
   ProcessClock m_processClock;
@@ -132,9 +138,19 @@ Host::Host(const HostOptions& options)
                                        CLOCK_VERSION, options.plugin}) {
   m_loop.stopOnSignals();
   m_device.start(m_server);
+  watchReportPipe();
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   if (!options.systemClock) m_clock.setSpeed(options.speed);
   logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());
+}
+
+// A host that cannot watch its pipe is a host all the same.
+void Host::watchReportPipe() try {
+  ReportPipe& pipe = m_device.reportPipe();
+  m_loop.onReadable(pipe.watch(), kUntilAllIsRemoved, [&pipe] { pipe.restore(); });
+} catch (const Error& error) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: it is not made again when it is deleted",
+            error.what());
 }
 
 void Host::runUntilStopped() {

@@ -83,7 +83,9 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
                  "Where the owner's control requests come in; beside --socket, with \".control\" "
                  "behind")
       ->type_name("FILE");
-  app.add_option("--device-root", options.deviceRoot, "Folder for the device's /data and /tmp/votk")
+  app.add_option(
+         "--device-root", options.deviceRoot,
+         "Folder for the device's /data and /tmp/votk: \"device\" in --state; / on a device")
       ->type_name("DIR");
   app.add_option("--clock", words.clock, "A clock of its own, or (privileged) the machine's")
       ->type_name("virtual|system")
@@ -134,6 +136,7 @@ void understand(const Words& words, HostOptions& options) {
     const std::size_t equals = program.find('=');
     options.programs.emplace_back(program.substr(0, equals), program.substr(equals + 1));
   }
+  if (options.deviceRoot.empty()) options.deviceRoot = options.device.state / "device";
   understandSockets(words, options);
   if (!words.scenario.empty()) options.scenario = words.scenario;
 }

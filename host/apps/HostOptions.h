@@ -22,7 +22,7 @@ struct HostOptions {
   std::filesystem::path socket;
   std::filesystem::path controlSocket;
   std::optional<gid_t> socketGroup;  // may call, too
-  std::filesystem::path deviceRoot;  // empty: the device's paths as they are
+  std::filesystem::path deviceRoot;  // "/": the device's paths as they are
   DeviceOptions device;
   bool systemClock = false;
   double speed = 1;  // virtual seconds for each real one; infinity: as fast as it goes

@@ -14,6 +14,7 @@
 #include "platform/StateFolder.h"
 #include "runtime/Error.h"
 #include "runtime/HostContext.h"
+#include "runtime/ListenerWaker.h"
 #include "runtime/Plugin.h"
 #include "runtime/ReportPipe.h"
 #include "services/LocalManagement.h"
@@ -182,6 +183,10 @@ Proxy* Device::makeProxy() {
   Proxy* const proxy = m_parts->plugin.createProxy();
   proxy->init(m_parts->context);
   return proxy;
+}
+
+ReportPipe& Device::reportPipe() {
+  return *m_parts->pipe;
 }
 
 VirtualClock& Device::clock() {

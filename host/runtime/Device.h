@@ -16,6 +16,7 @@ class LocalManagement;
 class ManagementThread;
 class PhysicalInterface;
 class Plugin;
+class ReportPipe;
 class SecurityLog;
 class VirtualClock;
 struct DataAccess;
@@ -61,6 +62,7 @@ class Device {
   // REQUIRES: running.
   [[nodiscard]] Executable& service();
   [[nodiscard]] Invoker& invoker();
+  [[nodiscard]] ReportPipe& reportPipe();
 
   // A new proxy out of the third factory, owned by the caller.
   [[nodiscard]] Proxy* makeProxy();

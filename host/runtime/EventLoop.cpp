@@ -1,19 +1,27 @@
 #include "runtime/EventLoop.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
 #include <asio/post.hpp>
 #include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <exception>
+#include <list>
+#include <string>
 #include <utility>
 
 #include "Logging.h"
 #include "clock/VirtualClock.h"
+#include "runtime/Error.h"
 
 namespace host {
 
@@ -68,11 +76,38 @@ struct EventLoop::Impl {
     });
   }
 
+  struct Readable {
+    Readable(asio::io_context& io, int descriptor, std::chrono::milliseconds theDelay,
+             std::function<void()> theTask)
+        : stream(io, descriptor), timer(io), delay(theDelay), task(std::move(theTask)) {}
+    asio::posix::stream_descriptor stream;
+    asio::steady_timer timer;
+    const std::chrono::milliseconds delay;
+    std::function<void()> task;
+  };
+
+  void waitFor(Readable& readable) {
+    readable.stream.async_wait(asio::posix::stream_descriptor::wait_read,
+                               [this, &readable](const asio::error_code& code) {
+                                 if (!code) runLater(readable);
+                               });
+  }
+
+  void runLater(Readable& readable) {
+    readable.timer.expires_after(readable.delay);
+    readable.timer.async_wait([this, &readable](const asio::error_code& code) {
+      if (code) return;
+      readable.task();
+      waitFor(readable);
+    });
+  }
+
   VirtualClock& clock;
   asio::io_context io{1};  // one thread runs it
   asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
   asio::steady_timer timer{io};
   asio::signal_set signals{io};
+  std::list<Readable> readables;
   std::atomic<bool> lookPending{false};
 };
 
@@ -104,6 +139,13 @@ void EventLoop::stop() {
 
 void EventLoop::post(std::function<void()> task) {
   asio::post(m_impl->io, std::move(task));
+}
+
+void EventLoop::onReadable(int descriptor, std::chrono::milliseconds delay,
+                           std::function<void()> task) {
+  const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+  if (own < 0) throw Error(std::string("a descriptor cannot be waited for: ") + strerror(errno));
+  m_impl->waitFor(m_impl->readables.emplace_back(m_impl->io, own, delay, std::move(task)));
 }
 
 asio::io_context& EventLoop::io() {

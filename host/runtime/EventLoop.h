@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -37,6 +38,11 @@ class EventLoop {
 
   // Queues the task for the framework thread; tasks run in order.
   void post(std::function<void()> task);
+
+  // From now on runs the task so long after the descriptor has something to read, which the task
+  // takes. Before run(). The descriptor stays the caller's; the loop keeps one of its own. Throws
+  // Error.
+  void onReadable(int descriptor, std::chrono::milliseconds delay, std::function<void()> task);
 
   // For sockets.
   [[nodiscard]] asio::io_context& io();

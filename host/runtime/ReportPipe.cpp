@@ -1,136 +1,206 @@
 #include "runtime/ReportPipe.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
+#include <exception>
 #include <filesystem>
-#include <system_error>
+#include <limits>
+#include <utility>
 
+#include "Logging.h"
 #include "clock/DeviceRoot.h"
 #include "runtime/Error.h"
-#include "runtime/StartThread.h"
+#include "runtime/TrustedFolder.h"
 
 namespace host {
 namespace {
 
-constexpr const char* kName = "waker of the report listener";
+constexpr const char* kWhat = "the pipe of the time reports: ";
 
-// A listener may come to its wait a moment after it was told to end.
-constexpr std::chrono::milliseconds kBetweenWakes{2};
+constexpr int kError = 2;
+constexpr int kWarning = 3;
+
+// How many folders are made where they are missing. Under a running host it is the device root and
+// those in it: a state folder that was removed does not come back as an empty one.
+constexpr std::size_t kAllFolders = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kMadeAgain = 3;
+
+constexpr mode_t kForUsAlone = 0700;
+constexpr mode_t kPipeMode = 0600;
+
+// What is asked of each folder on the way, and also of the one that the pipe is in.
+constexpr std::uint32_t kChangesOfAFolder = IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::uint32_t kChangesInTheFolder = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 
 [[noreturn]] void fail(const std::string& path, const std::string& what) {
-  throw Error("the pipe of the time reports: " + path + ": " + what);
+  throw Error(kWhat + path + ": " + what);
 }
 
 [[noreturn]] void failWithReason(const std::string& path) {
   fail(path, std::strerror(errno));
 }
 
-struct stat statusOf(const std::string& path) {
+struct stat statusOf(const Descriptor& file, const std::string& path) {
   struct stat status {};
-  if (lstat(path.c_str(), &status) != 0) failWithReason(path);
+  if (fstat(file.get(), &status) != 0) failWithReason(path);
   return status;
 }
 
-// Everything on the way is made where it is missing.
-void makeParents(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::create_directories(std::filesystem::path(folder).parent_path(), error);
-  if (error) fail(folder, error.message());
-}
-
-// The folder itself, not what a link leads to; and its mode, which an earlier umask may have left
-// wider, for us alone.
-void takeFolder(const std::string& folder) {
-  if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) failWithReason(folder);
-  const struct stat status = statusOf(folder);
-  if (!S_ISDIR(status.st_mode)) fail(folder, "is not a folder");
-  if (status.st_uid != geteuid()) fail(folder, "belongs to somebody else; remove it");
-  if (chmod(folder.c_str(), 0700) != 0) failWithReason(folder);
-}
-
-void takePipe(const std::string& path) {
-  if (mkfifo(path.c_str(), 0600) != 0 && errno != EEXIST) failWithReason(path);
-  const struct stat status = statusOf(path);
-  if (!S_ISFIFO(status.st_mode)) fail(path, "is not a named pipe; remove it");
-  if (status.st_uid != geteuid()) fail(path, "belongs to somebody else; remove it");
-  if (chmod(path.c_str(), 0600) != 0) failWithReason(path);
-}
-
-bool isPipe(int descriptor) {
-  struct stat status {};
-  return fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
-}
-
-// Nothing happens when nobody waits: the open fails then.
-void wake(const std::string& path, int flags) {
-  const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags);
-  if (pipe < 0) return;
-  constexpr std::array<char, 4> kNoTime{};
-  if (isPipe(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
-    // Full or left: then there is something to read, or nobody to wake.
-  }
-  close(pipe);
+bool areSame(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 }  // namespace
 
-ReportPipe::ReportPipe() : m_path(hostPath(kDevicePath)) {
-  const std::string folder = hostPath(kDeviceFolder);
-  makeParents(folder);
-  takeFolder(folder);
-  takePipe(m_path);
-  m_held.reset(open(m_path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-  if (!m_held.valid()) failWithReason(m_path);
+ReportPipe::ReportPipe() : m_folderPath(hostPath(kDeviceFolder)), m_path(hostPath(kDevicePath)) {
+  m_held = take();
 }
 
 std::string ReportPipe::heldPath() const {
   return "/proc/self/fd/" + std::to_string(m_held.get());
 }
 
-ListenerWaker::ListenerWaker(std::string path)
-    : m_path(std::move(path)), m_thread(startThread(kName, [this] { work(); })) {}
-
-ListenerWaker::ListenerWaker(const ReportPipe& pipe)
-    : m_path(pipe.path()),
-      m_heldPath(pipe.heldPath()),
-      m_thread(startThread(kName, [this] { work(); })) {}
-
-ListenerWaker::~ListenerWaker() {
-  {
-    const std::lock_guard lock(m_mutex);
-    m_ending = true;
+// Each folder is watched before what is in it is looked at, so that no change is missed.
+Descriptor ReportPipe::take() {
+  const std::set<int> before = std::exchange(m_watches, {});
+  Descriptor pipe;
+  try {
+    pipe = takeWatched();
+  } catch (const Error&) {
+    m_watches.insert(before.begin(), before.end());
+    throw;
   }
-  m_changed.notify_all();
-  m_thread.join();
+  forgetWatches(before);
+  return pipe;
 }
 
-void ListenerWaker::begin() {
-  {
-    const std::lock_guard lock(m_mutex);
-    m_begun = true;
-  }
-  m_changed.notify_all();
+Descriptor ReportPipe::takeWatched() {
+  const Descriptor parent = openParent();
+  Descriptor folder = takeFolder(parent);
+  watchFolder(folder.get(), kChangesOfAFolder | kChangesInTheFolder);
+  lock(std::move(folder));
+  return takePipe();
 }
 
-// A listener may leave between our open and our write. That is no reason for the process to end:
-// the thread does not hear signals.
-void ListenerWaker::work() {
-  std::unique_lock lock(m_mutex);
-  m_changed.wait(lock, [this] { return m_begun || m_ending; });
-  if (!m_begun) return;
-  do {
-    lock.unlock();
-    wake(m_path, O_NOFOLLOW);
-    if (!m_heldPath.empty()) wake(m_heldPath, 0);  // a link by its nature
-    lock.lock();
-    m_changed.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
-  } while (!m_ending);
+Descriptor ReportPipe::openParent() try {
+  return openTrustedFolder(std::filesystem::path(m_folderPath).parent_path(),
+                           m_held.valid() ? kMadeAgain : kAllFolders,
+                           [this](int folder) { watchFolder(folder, kChangesOfAFolder); });
+} catch (const Error& error) {
+  throw Error(std::string(kWhat) + error.what());
+}
+
+// The folder itself, not what a link leads to; and its mode, which an earlier umask may have left
+// wider, for us alone.
+Descriptor ReportPipe::takeFolder(const Descriptor& parent) const {
+  const std::string name = std::filesystem::path(m_folderPath).filename();
+  if (mkdirat(parent.get(), name.c_str(), kForUsAlone) != 0 && errno != EEXIST) {
+    failWithReason(m_folderPath);
+  }
+  Descriptor folder(
+      openat(parent.get(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!folder.valid() && (errno == ENOTDIR || errno == ELOOP))
+    fail(m_folderPath, "is not a folder");
+  if (!folder.valid()) failWithReason(m_folderPath);
+  if (statusOf(folder, m_folderPath).st_uid != geteuid()) {
+    fail(m_folderPath, "belongs to somebody else; remove it");
+  }
+  if (fchmod(folder.get(), kForUsAlone) != 0) failWithReason(m_folderPath);
+  return folder;
+}
+
+// The lock is the folder's, since a pipe that is open for the sake of a lock would have a reader.
+void ReportPipe::lock(Descriptor folder) {
+  const bool isLocked =
+      m_folder.valid() && areSame(statusOf(m_folder, m_folderPath), statusOf(folder, m_folderPath));
+  if (isLocked) return;
+  if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
+    m_folder = std::move(folder);
+  } else if (errno == EWOULDBLOCK) {
+    fail(m_path, "is in use by another host; give each a --device-root of its own");
+  } else {
+    failWithReason(m_folderPath);
+  }
+}
+
+Descriptor ReportPipe::takePipe() const {
+  const std::string name = std::filesystem::path(m_path).filename();
+  if (mkfifoat(m_folder.get(), name.c_str(), kPipeMode) != 0 && errno != EEXIST) {
+    failWithReason(m_path);
+  }
+  Descriptor pipe(openat(m_folder.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!pipe.valid()) failWithReason(m_path);
+  const struct stat status = statusOf(pipe, m_path);
+  if (!S_ISFIFO(status.st_mode)) fail(m_path, "is not a named pipe; remove it");
+  if (status.st_uid != geteuid()) fail(m_path, "belongs to somebody else; remove it");
+  if (fchmodat(m_folder.get(), name.c_str(), kPipeMode, 0) != 0) failWithReason(m_path);
+  return pipe;
+}
+
+int ReportPipe::watch() {
+  m_watch.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  if (!m_watch.valid()) failWithReason(m_path);
+  renew();
+  return m_watch.get();
+}
+
+void ReportPipe::restore() {
+  passEvents();
+  struct stat found {};
+  const bool isThere = lstat(m_path.c_str(), &found) == 0;
+  if (isThere && areSame(found, statusOf(m_held, m_path))) return;
+  try {
+    renew();
+  } catch (const std::exception& error) {
+    logAppUni("clockhost", kError, __FILE__, __LINE__,
+              "deleted or replaced, and not made again: %s", error.what());
+  }
+}
+
+// Takes the pipe at the path, and the listener from the one before to it.
+void ReportPipe::renew() {
+  const Descriptor pipe = take();
+  if (areSame(statusOf(pipe, m_path), statusOf(m_held, m_path))) return;
+  logAppUni("clockhost", kWarning, __FILE__, __LINE__,
+            "%s%s: was deleted or replaced; it is made again", kWhat, m_path.c_str());
+  // Held open, so that a listener that is only about to wait for it finds a writer and four zero
+  // bytes.
+  m_former.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+  if (dup3(pipe.get(), m_held.get(), O_CLOEXEC) < 0) failWithReason(m_path);
+  constexpr std::uint32_t kNoTime = 0;
+  if (m_former.valid() && write(m_former.get(), &kNoTime, sizeof kNoTime) < 0) {
+    // Full: then there is something to read.
+  }
+}
+
+void ReportPipe::watchFolder(int folder, std::uint32_t changes) {
+  if (!m_watch.valid()) return;
+  const std::string path = "/proc/self/fd/" + std::to_string(folder);
+  const int watch = inotify_add_watch(m_watch.get(), path.c_str(), changes);
+  if (watch < 0) failWithReason(m_path + ": cannot be watched");
+  m_watches.insert(watch);
+}
+
+// Those that are no longer of use. The others stay as they are, since to take one back is a change
+// that is told, too.
+void ReportPipe::forgetWatches(const std::set<int>& before) const {
+  for (const int watch : before) {
+    if (m_watches.count(watch) == 0) inotify_rm_watch(m_watch.get(), watch);
+  }
+}
+
+// What they say does not matter: the pipe itself is looked at.
+void ReportPipe::passEvents() const {
+  std::array<char, 4096> events;
+  while (read(m_watch.get(), events.data(), events.size()) > 0) {
+  }
 }
 
 }  // namespace host

@@ -1,18 +1,18 @@
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include <cstdint>
+#include <set>
 #include <string>
-#include <thread>
 
 #include "remote/Descriptor.h"
 
 namespace host {
 
-// The named pipe of the NTP reports, for its owner only. It stays when the object goes: a client
-// may still hold it.
-// Owner: the device. Failure: the constructor throws Error: it cannot be created, or folder or pipe
-// are somebody else's.
+// The named pipe of the NTP reports, for its owner only, in a folder that nobody but root could
+// exchange. It is this host's alone: its folder is locked for as long as the object lives. The file
+// stays when the object goes: a client may still hold it.
+// Owner: the device. Thread: one at a time. Failure: the constructor throws Error: it cannot be
+// created, another host has it, or folder or pipe are somebody else's.
 class ReportPipe {
  public:
   static constexpr const char* kDeviceFolder = "/tmp/votk/ipc";
@@ -24,39 +24,37 @@ class ReportPipe {
   [[nodiscard]] const std::string& path() const { return m_path; }
 
   // A way to this very pipe, also after its file was deleted or replaced; as long as the object.
+  // After restore() it is the way to the new one.
   [[nodiscard]] std::string heldPath() const;
 
+  // A descriptor that becomes readable when the pipe, or a folder on the way to it, is deleted,
+  // moved or replaced. It stays the object's. Throws Error when the system has no watch left.
+  [[nodiscard]] int watch();
+
+  // To be called when it is readable: makes a pipe that is not at its path any more again, says so
+  // in the log, and wakes a listener that waits for the former one. A failure is logged, and the
+  // next change tries again.
+  void restore();
+
  private:
+  [[nodiscard]] Descriptor take();
+  [[nodiscard]] Descriptor takeWatched();
+  [[nodiscard]] Descriptor openParent();
+  [[nodiscard]] Descriptor takeFolder(const Descriptor& parent) const;
+  [[nodiscard]] Descriptor takePipe() const;
+  void lock(Descriptor folder);
+  void renew();
+  void watchFolder(int folder, std::uint32_t changes);
+  void forgetWatches(const std::set<int>& before) const;
+  void passEvents() const;
+
+  std::string m_folderPath;
   std::string m_path;
-  Descriptor m_held;  // neither a reader nor a writer
-};
-
-// From begin() until it goes, at least once, wakes whoever waits for the pipe in open or read, so
-// that a listener told to end gets to see that: again and again it opens the pipe for writing and
-// writes four zero bytes. Its thread is there from the start: at the end there may be none to be
-// had. Owner: whoever takes the listener down. Failure: the constructor throws Error: no thread is
-// left; a pipe that is not there wakes nobody.
-class ListenerWaker {
- public:
-  explicit ListenerWaker(std::string path);
-  // Also whoever waits for a pipe that is not at its path any more. The pipe outlives the waker.
-  explicit ListenerWaker(const ReportPipe& pipe);
-  ~ListenerWaker();
-  ListenerWaker(const ListenerWaker&) = delete;
-  ListenerWaker& operator=(const ListenerWaker&) = delete;
-
-  void begin();
-
- private:
-  void work();
-
-  const std::string m_path;
-  const std::string m_heldPath;  // empty: none
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_begun = false;
-  bool m_ending = false;
-  std::thread m_thread;  // last: it uses all of the above
+  Descriptor m_folder;      // holds the lock
+  Descriptor m_held;        // neither a reader nor a writer
+  Descriptor m_former;      // of a pipe that was replaced: wakes a listener that comes late
+  Descriptor m_watch;       // none before watch()
+  std::set<int> m_watches;  // of the folders
 };
 
 }  // namespace host

@@ -14,6 +14,7 @@
 
 #include "clock/DeviceRoot.h"
 #include "runtime/Error.h"
+#include "runtime/ListenerWaker.h"
 #include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 
@@ -92,6 +93,31 @@ TEST_F(DeviceWithPipe, RefusesAFileInPlaceOfTheFolder) {
 TEST_F(DeviceWithPipe, RefusesAWayThatCannotBeMade) {
   std::ofstream(onHost("/tmp")) << "a file";
   EXPECT_NE(complaint(), "none");
+}
+
+TEST_F(DeviceWithPipe, RefusesAWayThatOthersMayWrite) {
+  fs::create_directories(onHost("/tmp/votk/ipc"));
+  fs::permissions(onHost("/tmp"), fs::perms::all);
+  EXPECT_NE(complaint().find("/tmp: can be written by others"), std::string::npos) << complaint();
+}
+
+// Somebody else could exchange the folder below his own, although it is sticky.
+TEST_F(DeviceWithPipe, RefusesAStickyWayOfSomebodyElse) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
+  fs::create_directories(onHost("/tmp/votk/ipc"));
+  fs::permissions(onHost("/tmp/votk"), fs::perms::all | fs::perms::sticky_bit);
+  ASSERT_EQ(chown(onHost("/tmp/votk").c_str(), 12345, 12345), 0);
+  EXPECT_NE(complaint().find("votk: belongs to somebody else"), std::string::npos) << complaint();
+}
+
+TEST_F(DeviceWithPipe, IsOneHostsAlone) {
+  {
+    const host::ReportPipe first;
+    EXPECT_NE(complaint().find("ntpclient: is in use by another host; give each a --device-root"),
+              std::string::npos)
+        << complaint();
+  }
+  EXPECT_EQ(complaint(), "none");
 }
 
 TEST_F(DeviceWithPipe, RefusesAFolderOfSomebodyElse) {

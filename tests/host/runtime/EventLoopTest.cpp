@@ -1,16 +1,21 @@
 #include "runtime/EventLoop.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <functional>
 #include <limits>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "Executable.h"
 #include "clock/VirtualClock.h"
+#include "remote/Descriptor.h"
 #include "support/LogCapture.h"
 
 namespace host {
@@ -50,6 +55,24 @@ TEST_F(IdleLoop, RunsTasksInOrderUntilItIsStopped) {
   loop.post([&] { loop.stop(); });
   loop.run();
   EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST_F(IdleLoop, RunsATaskEachTimeADescriptorIsReadable) {
+  std::array<int, 2> pipe{};
+  ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
+  const Descriptor reader(pipe[0]);
+  const Descriptor writer(pipe[1]);
+  std::string taken;
+  loop.onReadable(reader.get(), milliseconds(1), [&] {
+    char byte = 0;
+    EXPECT_EQ(read(reader.get(), &byte, 1), 1);
+    taken += byte;
+    if (taken.size() == 2) loop.stop();
+    ASSERT_EQ(write(writer.get(), "b", 1), 1);
+  });
+  ASSERT_EQ(write(writer.get(), "a", 1), 1);
+  loop.run();
+  EXPECT_EQ(taken, "ab");
 }
 
 TEST_F(IdleLoop, RunsAgainAfterAStop) {

@@ -45,7 +45,7 @@ TEST(HostOptions, NothingNeedsToBeSaid) {
   EXPECT_FALSE(options.systemClock);
   EXPECT_EQ(options.speed, 1);
   EXPECT_EQ(options.logLevel, 4);
-  EXPECT_TRUE(options.deviceRoot.empty());
+  EXPECT_EQ(options.deviceRoot, "/state/device");
   EXPECT_FALSE(options.scenario.has_value());
 }
 
@@ -102,6 +102,11 @@ TEST(HostOptions, EverythingCanBeSaid) {
   EXPECT_EQ(options.device.softwareType, "Velmora QEX");
   EXPECT_EQ(options.device.mac, "0001E3A1B2C3");
   EXPECT_TRUE(options.device.networkUp);
+}
+
+TEST(HostOptions, DeviceRootGoesWithTheState) {
+  EXPECT_EQ(read({"--state", "s"}).deviceRoot, "s/device");
+  EXPECT_EQ(read({"--state", "s", "--device-root", "/"}).deviceRoot, "/");
 }
 
 TEST(HostOptions, LastOfTwoCounts) {

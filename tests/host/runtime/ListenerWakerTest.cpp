@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string>
 
-#include "runtime/ReportPipe.h"
+#include "runtime/ListenerWaker.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {

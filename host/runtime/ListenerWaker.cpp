@@ -1,0 +1,80 @@
+#include "runtime/ListenerWaker.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <utility>
+
+#include "runtime/ReportPipe.h"
+#include "runtime/StartThread.h"
+
+namespace host {
+namespace {
+
+constexpr const char* kName = "waker of the report listener";
+
+// A listener may come to its wait a moment after it was told to end.
+constexpr std::chrono::milliseconds kBetweenWakes{2};
+
+bool isPipe(int descriptor) {
+  struct stat status {};
+  return fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+// Nothing happens when nobody waits: the open fails then.
+void wake(const std::string& path, int flags) {
+  const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags);
+  if (pipe < 0) return;
+  constexpr std::array<char, 4> kNoTime{};
+  if (isPipe(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
+    // Full or left: then there is something to read, or nobody to wake.
+  }
+  close(pipe);
+}
+
+}  // namespace
+
+ListenerWaker::ListenerWaker(std::string path)
+    : m_path(std::move(path)), m_thread(startThread(kName, [this] { work(); })) {}
+
+ListenerWaker::ListenerWaker(const ReportPipe& pipe)
+    : m_path(pipe.path()),
+      m_heldPath(pipe.heldPath()),
+      m_thread(startThread(kName, [this] { work(); })) {}
+
+ListenerWaker::~ListenerWaker() {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_ending = true;
+  }
+  m_changed.notify_all();
+  m_thread.join();
+}
+
+void ListenerWaker::begin() {
+  {
+    const std::lock_guard lock(m_mutex);
+    m_begun = true;
+  }
+  m_changed.notify_all();
+}
+
+// A listener may leave between our open and our write. That is no reason for the process to end:
+// the thread does not hear signals.
+void ListenerWaker::work() {
+  std::unique_lock lock(m_mutex);
+  m_changed.wait(lock, [this] { return m_begun || m_ending; });
+  if (!m_begun) return;
+  do {
+    lock.unlock();
+    wake(m_path, O_NOFOLLOW);
+    if (!m_heldPath.empty()) wake(m_heldPath, 0);  // a link by its nature
+    lock.lock();
+    m_changed.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
+  } while (!m_ending);
+}
+
+}  // namespace host

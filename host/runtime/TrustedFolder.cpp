@@ -1,0 +1,132 @@
+#include "runtime/TrustedFolder.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <filesystem>
+#include <list>
+
+#include "platform/ShownText.h"
+#include "runtime/Error.h"
+
+namespace host {
+namespace {
+
+constexpr mode_t kNewFolder = 0755;
+constexpr int kMostLinks = 40;  // as many as the system follows
+
+bool isTrusted(uid_t owner, uid_t user) {
+  return owner == 0 || owner == user;
+}
+
+// On the way from the root to a folder.
+class Walk {
+ public:
+  Walk(const std::string& path, std::size_t mostMade, const EachFolder& each)
+      : m_mostMade(mostMade), m_each(each) {
+    prepend(std::filesystem::absolute(path));
+    enterRoot();
+  }
+
+  Descriptor toTheEnd() {
+    while (!m_names.empty()) {
+      const std::string name = m_names.front();
+      m_names.pop_front();
+      step(name);
+    }
+    return std::move(m_folder);
+  }
+
+ private:
+  // The names of a path in front of those still to go.
+  void prepend(const std::filesystem::path& path) {
+    auto place = m_names.begin();
+    for (const auto& name : path) {
+      if (!name.empty() && name != "/" && name != ".") m_names.insert(place, name.string());
+    }
+  }
+
+  void enterRoot() {
+    m_path.clear();
+    enter(Descriptor(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC)));
+  }
+
+  void step(const std::string& name) {
+    m_path += "/" + name;
+    constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+    Descriptor next(openat(m_folder.get(), name.c_str(), kFlags));
+    if (!next.valid() && errno == ENOENT && m_names.size() < m_mostMade) {
+      if (mkdirat(m_folder.get(), name.c_str(), kNewFolder) != 0 && errno != EEXIST) fail();
+      next.reset(openat(m_folder.get(), name.c_str(), kFlags));
+    }
+    if (!next.valid()) fail();
+    if (S_ISLNK(statusOf(next).st_mode)) {
+      follow(next);
+    } else {
+      enter(std::move(next));
+    }
+  }
+
+  void enter(Descriptor folder) {
+    const struct stat status = statusOf(folder);
+    if (!S_ISDIR(status.st_mode)) fail("is not a folder");
+    const std::string reason = reasonToDistrust(status, geteuid(), getegid());
+    if (!reason.empty()) fail(reason);
+    m_folder = std::move(folder);
+    if (m_each) m_each(m_folder.get());
+  }
+
+  void follow(const Descriptor& link) {
+    if (!isTrusted(statusOf(link).st_uid, geteuid())) fail("is a link of somebody else");
+    if (++m_links > kMostLinks) fail("has too many links on the way");
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = readlinkat(link.get(), "", target.data(), target.size());
+    if (length < 0) fail();
+    const std::filesystem::path path(std::string(target.data(), static_cast<std::size_t>(length)));
+    prepend(path);
+    if (path.is_absolute())
+      enterRoot();
+    else
+      m_path = std::filesystem::path(m_path).parent_path();
+  }
+
+  struct stat statusOf(const Descriptor& file) const {
+    struct stat status {};
+    if (fstat(file.get(), &status) != 0) fail();
+    return status;
+  }
+
+  [[noreturn]] void fail(const std::string& what = std::strerror(errno)) const {
+    throw Error((m_path.empty() ? "/" : m_path) + ": " + what);
+  }
+
+  const std::size_t m_mostMade;
+  const EachFolder& m_each;
+  std::list<std::string> m_names;  // still to go
+  std::string m_path;              // to where we are, for errors; empty: the root
+  Descriptor m_folder;
+  int m_links = 0;
+};
+
+}  // namespace
+
+std::string reasonToDistrust(const struct stat& folder, uid_t user, gid_t group) {
+  if (!isTrusted(folder.st_uid, user)) return "belongs to somebody else; choose another place";
+  const bool sticky = (folder.st_mode & S_ISVTX) != 0;
+  const bool othersWrite = (folder.st_mode & S_IWOTH) != 0;
+  const bool groupWrites =
+      (folder.st_mode & S_IWGRP) != 0 && folder.st_gid != 0 && folder.st_gid != group;
+  if (sticky || (!othersWrite && !groupWrites)) return "";
+  return "can be written by others; take that away, or choose another place";
+}
+
+Descriptor openTrustedFolder(const std::string& path, std::size_t mostMade,
+                             const EachFolder& each) {
+  return Walk(path, mostMade, each).toTheEnd();
+}
+
+}  // namespace host
