@@ -72,6 +72,7 @@ class ClientChannels {
 
 void prepareProcess(const HostOptions& options) {
   ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);  // nor does a child gain any
+  if (options.systemClock) keepOnlyClockPrivilege(options.socketGroup);
   LogBook::instance().setLevel(options.logLevel);
   setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
   ProgramMap::instance().setStandInFolder(defaultPaths().standIns);

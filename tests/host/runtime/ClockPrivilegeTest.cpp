@@ -1,20 +1,87 @@
 #include "runtime/ClockPrivilege.h"
 
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <fstream>
+#include <functional>
 #include <string>
+#include <vector>
+
+#include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
 
-TEST(ClockPrivilege, IsWhatTheKernelShows) {
-  constexpr unsigned kSysTime = 25;  // CAP_SYS_TIME
-  std::ifstream status("/proc/self/status");
+constexpr std::uint64_t kSysTime = std::uint64_t{1} << 25;  // CAP_SYS_TIME
+constexpr std::uint64_t kSetPcap = std::uint64_t{1} << 8;   // CAP_SETPCAP
+constexpr std::uint64_t kSetGid = std::uint64_t{1} << 6;    // CAP_SETGID
+
+// name: "CapEff", or another set.
+std::uint64_t capabilities(const std::string& name, const std::string& file = "/proc/self/status") {
+  std::ifstream status(file);
   std::string word;
-  while (status >> word && word != "CapEff:") continue;
+  while (status >> word && word != name + ":") continue;
   status >> word;
-  EXPECT_EQ(maySetSystemClock(), (std::stoull(word, nullptr, 16) >> kSysTime & 1U) != 0);
+  return std::stoull(word, nullptr, 16);
+}
+
+// In a process of its own, as what is given up is gone. True: `holds` said so there.
+bool afterGivingUp(std::optional<gid_t> group, const std::function<bool()>& holds) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    keepOnlyClockPrivilege(group);
+    ::_exit(holds() ? 0 : 1);
+  }
+  int status = 0;
+  return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+TEST(ClockPrivilege, IsWhatTheKernelShows) {
+  EXPECT_EQ(maySetSystemClock(), (capabilities("CapEff") & kSysTime) != 0);
+}
+
+TEST(ClockPrivilege, IsAllThatIsKept) {
+  const std::uint64_t kept = capabilities("CapEff") & kSysTime;
+  for (const char* const set : {"CapEff", "CapPrm"}) {
+    EXPECT_TRUE(afterGivingUp({}, [&] { return capabilities(set) == kept; })) << set;
+  }
+  for (const char* const set : {"CapInh", "CapAmb"}) {
+    EXPECT_TRUE(afterGivingUp({}, [&] { return capabilities(set) == 0; })) << set;
+  }
+  const bool mayEmpty = (capabilities("CapEff") & kSetPcap) != 0;
+  EXPECT_TRUE(!mayEmpty || afterGivingUp({}, [] { return capabilities("CapBnd") == 0; }));
+}
+
+// Programs of root, too.
+TEST(ClockPrivilege, IsNotThatOfProgramsThatAreStarted) {
+  if ((capabilities("CapEff") & kSetPcap) == 0) {
+    EXPECT_FALSE(maySetSystemClock()) << "there is a privilege to keep, and none to pass it on";
+    return;
+  }
+  const support::TemporaryFolder folder;
+  const std::string file = folder / "status";
+  const std::string script = "cat /proc/self/status >'" + file + "'";
+  EXPECT_TRUE(afterGivingUp({}, [&] {
+    ::execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
+    return false;
+  }));
+  EXPECT_EQ(capabilities("CapPrm", file), 0U);
+  EXPECT_EQ(capabilities("CapEff", file), 0U);
+}
+
+TEST(ClockPrivilege, CanStillGiveAFileToTheGroup) {
+  const gid_t group = (capabilities("CapEff") & kSetGid) != 0 ? 12345 : ::getegid();
+  const support::TemporaryFolder folder;
+  EXPECT_TRUE(afterGivingUp(group, [&] {
+    std::ofstream(folder / "file") << "text";
+    return ::chown((folder / "file").c_str(), static_cast<uid_t>(-1), group) == 0;
+  }));
 }
 
 }  // namespace
