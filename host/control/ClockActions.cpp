@@ -8,6 +8,7 @@
 #include "control/ClockMoves.h"
 #include "control/Controller.h"
 #include "control/HostActions.h"
+#include "control/RecordedAct.h"
 #include "control/TimeText.h"
 #include "platform/ShownText.h"
 #include "runtime/Device.h"
@@ -95,6 +96,25 @@ constexpr ClockAction kActions[] = {
     {"next", next}, {"jump", jump},         {"to", goTo},
 };
 
+// "Clock jump 2030-05-05T05:05:05Z, from 2016-06-16T00:00:00Z"
+std::string described(const VirtualClock& clock, const ClockAction& action, const Json& request) {
+  std::string words = memberWords(request, {"speed", "seconds", "landmark"});
+  const Json instant = request.value("seconds", Json());
+  const bool whole = instant.is_number_integer() && instant >= 0 && instant <= kLastInstant.count();
+  if (whole && action.carryOut != advance) words = ' ' + instantText(seconds(instant));
+  return "Clock " + std::string(action.name) + words + ", from " +
+         instantText(duration_cast<seconds>(clock.wall()));
+}
+
+Note recorded(const ClockAction& action, Controller& controller, const Json& request) {
+  if (action.carryOut == show) return show(controller, request);
+  RecordedAct act(controller.device().securityLog(), SecurityLog::Event::clock,
+                  described(controller.device().clock(), action, request));
+  Note note = action.carryOut(controller, request);
+  act.done();
+  return note;
+}
+
 // What is left, rounded up as people count.
 std::string leftText(nanoseconds duration) {
   return durationText(std::chrono::ceil<seconds>(duration));
@@ -122,7 +142,7 @@ void actOnClock(Controller& controller, const Json& request, const Channel& chan
   const auto action = std::find_if(std::begin(kActions), std::end(kActions),
                                    [&](const ClockAction& row) { return row.name == name; });
   if (action == std::end(kActions)) throw Error("the clock has no action " + quotedText(name));
-  const Note note = action->carryOut(controller, request);
+  const Note note = recorded(*action, controller, request);
   Json reply = {{"ok", true}};
   reply.update(clockState(controller));
   if (!note.empty()) reply["note"] = note;

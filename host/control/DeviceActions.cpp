@@ -4,7 +4,7 @@
 #include "control/Controller.h"
 #include "control/HostActions.h"
 #include "control/LogRing.h"
-#include "control/TimeText.h"
+#include "control/RecordedAct.h"
 #include "platform/ShownText.h"
 #include "remote/ControlChannel.h"
 #include "runtime/Device.h"
@@ -12,14 +12,11 @@
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
 #include "services/PhysicalInterface.h"
-#include "services/SecurityLog.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kNtpClient = "ntpclient";
-
-constexpr std::size_t kRecordsOnPage = 1000;  // read at once, while the framework thread waits
 
 // The value changes on the management thread, which then tells the observers; the answer comes when
 // they have been told.
@@ -69,29 +66,6 @@ constexpr HostAction kInjections[] = {
     {"mobility", injectMobility}, {"user-data", injectUserData}, {"value", injectValue},
 };
 
-Json recordJson(const SecurityRecord& record) {
-  Json json = {
-      {"number", record.number},         {"time", instantText(std::chrono::seconds(record.time))},
-      {"facility", record.facility},     {"severity", record.severity},
-      {"eventClass", record.eventClass}, {"eventCode", record.eventCode},
-      {"failure", record.failure}};
-  json["text"] = record.text;
-  json["subject"] = record.subject;
-  json["origin"] = record.origin;
-  return json;
-}
-
-void describeKept(const SecurityLog::Kept& kept, Json& reply) {
-  const std::int64_t count = kept.last - kept.first + 1;
-  const std::int64_t dropped = kept.first - 1;
-  reply["kept"] = count;
-  reply["dropped"] = dropped;
-  if (dropped == 0) return;
-  reply["note"] = "records kept: " + std::to_string(count) +
-                  "; older ones gone: " + std::to_string(dropped) + ", as at " +
-                  std::to_string(SecurityLog::kBound) + " the oldest go";
-}
-
 std::string ntpClientState() {
   const auto id = childRunning(kNtpClient);
   return id ? "running, process " + std::to_string(*id) : "not running";
@@ -102,7 +76,11 @@ std::string ntpClientState() {
 void actOnInject(Controller& controller, const Json& request, const Channel& channel) {
   const std::string what = textMember(request, "what");
   for (const HostAction& injection : kInjections) {
-    if (injection.verb == what) return injection.carryOut(controller, request, channel);
+    if (injection.verb != what) continue;
+    RecordedAct act(controller.device().securityLog(), SecurityLog::Event::injection,
+                    "Inject " + what + memberWords(request, {"plug", "status", "key", "value"}));
+    injection.carryOut(controller, request, channel);
+    return act.done();
   }
   throw Error("nothing known as " + quotedText(what) + " can happen to the device");
 }
@@ -131,25 +109,6 @@ void actOnLog(Controller& controller, const Json& request, const Channel& channe
   channel->onGone([weak = std::weak_ptr(log), client = channel.get()] {
     if (const auto ring = weak.lock()) ring->unfollow(client);
   });
-}
-
-// One page: the records after the number asked for. While there are more, the answer holds the
-// number to ask for next.
-void actOnSecurityLog(Controller& controller, const Json& request, const Channel& channel) {
-  SecurityLog& log = controller.device().securityLog();
-  const bool first = !request.contains("after");
-  std::vector<Json> records;
-  for (const SecurityRecord& record :
-       log.list(first ? 0 : numberMember(request, "after", 0, INT64_MAX), kRecordsOnPage)) {
-    records.push_back(recordJson(record));
-  }
-  const Json page = oldestThatFit(records);
-  const std::int64_t last = page.empty() ? INT64_MAX : page.back()["number"].get<std::int64_t>();
-  const SecurityLog::Kept kept = log.kept();
-  Json reply = {{"ok", true}, {"records", page}};
-  describeKept(kept, reply);
-  if (last < kept.last) reply["after"] = last;
-  answer(channel, reply);
 }
 
 }  // namespace host

@@ -5,7 +5,9 @@
 #include "control/ManagementKeys.h"
 #include "control/Nearest.h"
 #include "platform/DataAccess.h"
+#include "platform/Origin.h"
 #include "platform/ShownText.h"
+#include "remote/ControlChannel.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
@@ -39,11 +41,15 @@ std::string whyRefused(const LocalManagement& management, const std::string& key
          std::string(row->values);
 }
 
-// Runs the body on the management thread; the device's management outlives that thread's tasks.
+// Runs the body on the management thread, in the name of the client; the device's management
+// outlives that thread's tasks.
 template <typename Body>
-void onManagementThread(Controller& controller, Body body) {
+void onManagementThread(Controller& controller, const Channel& channel, Body body) {
   LocalManagement& management = controller.device().management();
-  controller.device().managementThread().post([&management, body] { body(management); });
+  controller.device().managementThread().post([&management, channel, body] {
+    const OriginScope origin(channel->origin());
+    body(management);
+  });
 }
 
 Json keyRow(LocalManagement& management, const ManagementKey& row) {
@@ -60,7 +66,7 @@ Json keyRow(LocalManagement& management, const ManagementKey& row) {
 }  // namespace
 
 void actOnGet(Controller& controller, const Json& request, const Channel& channel) {
-  onManagementThread(controller,
+  onManagementThread(controller, channel,
                      [key = textMember(request, "key"), channel](LocalManagement& management) {
                        std::string value;
                        if (!management.get(key, value))
@@ -70,7 +76,7 @@ void actOnGet(Controller& controller, const Json& request, const Channel& channe
 }
 
 void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
-  onManagementThread(controller,
+  onManagementThread(controller, channel,
                      [key = textMember(request, "key"), value = textMember(request, "value"),
                       channel](LocalManagement& management) {
                        const std::uint64_t failedBefore = failedWritesHere();
@@ -81,7 +87,7 @@ void actOnSet(Controller& controller, const Json& request, const Channel& channe
 }
 
 void actOnReset(Controller& controller, const Json&, const Channel& channel) {
-  onManagementThread(controller, [channel](LocalManagement& management) {
+  onManagementThread(controller, channel, [channel](LocalManagement& management) {
     if (management.reset()) return answerDone(channel);
     answerRefusal(channel,
                   "nothing was reset: date and time format are the device's defaults already, or "
@@ -90,7 +96,7 @@ void actOnReset(Controller& controller, const Json&, const Channel& channel) {
 }
 
 void actOnKeys(Controller& controller, const Json&, const Channel& channel) {
-  onManagementThread(controller, [channel](LocalManagement& management) {
+  onManagementThread(controller, channel, [channel](LocalManagement& management) {
     Json rows = Json::array();
     for (const ManagementKey& row : managementKeys()) rows.push_back(keyRow(management, row));
     answer(channel, {{"ok", true}, {"keys", rows}});

@@ -135,9 +135,15 @@ void printLog(const Json& answer, std::ostream& out) {
 
 void printSecurityLog(const Json& answer, std::ostream& out) {
   for (const Json& record : answer.value("records", Json::array())) {
+    const std::string lost = member(record, "lost");
+    if (!lost.empty()) out << "- " << oneLine(lost) << " could not be written\n";
+    const std::string origin = member(record, "origin");
     out << member(record, "number") << ' ' << member(record, "time") << ' '
         << (record.value("failure", false) ? "refused " : "accepted") << ' '
-        << oneLine(member(record, "text")) << '\n';
+        << (origin.empty() ? "device" : oneLine(origin)) << ": " << oneLine(member(record, "text"));
+    const std::string last = member(record, "last");
+    if (!last.empty()) out << " (" << member(record, "count") << " times, last " << last << ')';
+    out << '\n';
   }
   printMember(answer, "note", "note", out);
 }

@@ -37,7 +37,8 @@ constexpr Verb kVerbs[] = {
      "let something happen to the device", Route::control, readInject, printNothing},
     {"status", "status", "tell how the host is", Route::control, readNothing, printStatus},
     {"log", "log [--follow]", "show the application log", Route::control, readLog, printLog},
-    {"security-log", "security-log", "list the security log", Route::control, readNothing,
+    {"security-log", "security-log",
+     "list who did or tried what; a loss of power may take the latest", Route::control, readNothing,
      printSecurityLog},
 };
 

@@ -16,6 +16,7 @@
 #include "runtime/HostContext.h"
 #include "runtime/ListenerWaker.h"
 #include "runtime/Plugin.h"
+#include "runtime/RemoteSets.h"
 #include "runtime/ReportPipe.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
@@ -61,6 +62,7 @@ struct Device::Parts {
   HostContext context;
   std::optional<ReportPipe> pipe;
   std::optional<ListenerWaker> waker;
+  std::optional<RemoteSets> remote;  // as the invoker sees it
   std::unique_ptr<Invoker> invoker;
   std::unique_ptr<Service> service;
 };
@@ -142,7 +144,7 @@ void Device::start(FrameworkContext& remote) {
   parts.waker.emplace(*parts.pipe);
   parts.presetFallbackTime();
   parts.invoker.reset(parts.plugin.createInvoker());
-  parts.invoker->initInvoker(&remote);
+  parts.invoker->initInvoker(&parts.remote.emplace(remote, *parts.securityLog));
   // Refused now, and not when the first observer comes.
   const std::unique_ptr<Proxy> proxy(parts.plugin.createProxy());
   parts.service.reset(parts.plugin.createService());

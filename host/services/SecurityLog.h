@@ -12,6 +12,7 @@
 
 #include "Executable.h"
 #include "SecurityLogServiceIfc.h"
+#include "services/Repeats.h"
 
 namespace host {
 
@@ -20,29 +21,37 @@ class SqliteStatement;
 
 // One record of the security log.
 struct SecurityRecord {
-  std::int64_t number = 0;  // from 1, without gaps
-  std::time_t time = 0;     // seconds since 1970-01-01 UTC
+  std::int64_t number = 0;  // from 1, rising; one that is missing was not written, or has gone
+  std::int64_t lost = 0;    // how many right before it could not be written
+  std::int64_t count = 1;   // of attempts: repeats of one source are counted in one record
+  std::time_t time = 0;     // of the first; seconds since 1970-01-01 UTC
+  std::time_t lastTime = 0;
   int facility = 0;
   int severity = 0;
   int eventClass = 0;
   int eventCode = 0;
   bool failure = false;
-  std::string text;
+  std::string text;  // of the first
   std::string subject;
-  std::string origin;
+  std::string origin;  // who: "uid 1000, pid 4711"; empty: the device itself
 };
 
-// The device's security log, in the file security.db of the state folder: append-only, also for
-// other programs, and bounded to the newest kBound records, with texts clipped at kLongestText. A
-// record is not synced on its own: it survives the end of the process, not always a loss of power.
-// Owner: the device. Thread: any. Failure: a record that could not be written is logged and lost; a
-// damaged file is set aside as security.db.damaged-N.
+// The device's security log, in the file security.db of the state folder: the newest kAccepted
+// records of what was done and the newest kRefused of what was refused, with texts clipped at
+// kLongestText. A record without an origin gets that of the calling thread (originHere). A record
+// is not synced on its own: it survives the end of the process, not always a loss of power. Owner:
+// the device. Thread: any. Failure: a record that could not be written is logged and lost, and the
+// next one tells so; a damaged file is set aside as security.db.damaged-N.
 class SecurityLog : public Executable, public SecurityLogServiceIfc {
  public:
   static constexpr const char* kFileName = "security.db";
-  static constexpr int kVersion = 1;  // on disk: pragma user_version
-  static constexpr std::int64_t kBound = 10'000;
+  static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is brought up when opened
+  static constexpr std::int64_t kAccepted = 7'500;
+  static constexpr std::int64_t kRefused = 2'500;
   static constexpr std::size_t kLongestText = 4096;  // bytes
+
+  // What the host itself records, as event code. 3 is the service's: a management set.
+  enum class Event { clock = 4, injection = 5, remoteSet = 6 };
 
   SecurityLog();  // in memory
   // Throws host::Error as SqliteDataAccess does.
@@ -63,28 +72,47 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
               bool failure, const std::string& text, const std::string& subject,
               const std::string& origin) override;
 
+  // A record of the host's own, now.
+  void note(Event event, bool failure, const std::string& text);
+
   // The oldest `most` of the records kept after the one of this number, oldest first. Empty on
   // failure, which is logged.
   [[nodiscard]] std::vector<SecurityRecord> list(std::int64_t after, std::size_t most);
 
-  // What is kept now; the bound has taken all before it. 1 and 0 when there is nothing.
   struct Kept {
-    std::int64_t first = 1;
-    std::int64_t last = 0;
+    std::int64_t last = 0;       // number of the newest record, 0: none
+    std::int64_t records = 0;    // kept
+    std::int64_t dropped = 0;    // gone, as there are newer ones of their kind
+    std::int64_t unwritten = 0;  // since the newest
   };
   [[nodiscard]] Kept kept();
 
  private:
+  // What the file holds; read once.
+  struct Tally {
+    std::int64_t last = 0;
+    std::int64_t accepted = 0;
+    std::int64_t refused = 0;
+    std::int64_t lost = 0;
+  };
+  struct Statements;
+
   explicit SecurityLog(std::unique_ptr<SqliteDatabase> database);
 
   void fold();
+  void readTally();
+  bool write(SecurityRecord record);
+  bool countIn(std::int64_t number, const SecurityRecord& record);
+  bool append(const SecurityRecord& record);
+  void dropOldest(bool failure);
 
   std::mutex m_mutex;  // guards what follows
   std::unique_ptr<SqliteDatabase> m_database;
-  std::unique_ptr<SqliteStatement> m_insert;
-  std::unique_ptr<SqliteStatement> m_list;
-  std::unique_ptr<SqliteStatement> m_kept;
-  bool m_failing = false;  // one log line for a row of failures
+  std::unique_ptr<Statements> m_statements;
+  Repeats m_repeats;
+  Tally m_tally;
+  bool m_tallied = false;
+  std::int64_t m_unwritten = 0;  // since the last that was written
 };
 
 }  // namespace host

@@ -12,7 +12,7 @@ constexpr SqliteStore kSettingsStore = {
     SqliteDataAccess::kVersion,
     "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
     " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID",
-    "SELECT schema, key, value FROM settings LIMIT 0", "FULL"};
+    nullptr, "SELECT schema, key, value FROM settings LIMIT 0", "FULL"};
 
 }  // namespace
 

@@ -225,11 +225,11 @@ void SqliteDatabase::bringUp(const SqliteStore& store) {
   execute("PRAGMA locking_mode=EXCLUSIVE");
   const std::string integrity = first("PRAGMA integrity_check(1)");
   if (integrity != "ok") throw Damaged{integrity};
-  const bool fresh = isFresh(store);
+  const int version = versionFound(store);
   execute("PRAGMA journal_mode=WAL");
   execute(std::string("PRAGMA synchronous=") + store.synchronous);
-  if (fresh) {
-    execute("BEGIN IMMEDIATE;" + std::string(store.schema) +
+  if (version != store.version) {
+    execute("BEGIN IMMEDIATE;" + std::string(version == 0 ? store.schema : store.upgrade) +
             ";PRAGMA user_version=" + std::to_string(store.version) + ";COMMIT");
   }
   if (sqlite3_exec(handle(), store.probe, nullptr, nullptr, nullptr) != SQLITE_OK) {
@@ -237,7 +237,8 @@ void SqliteDatabase::bringUp(const SqliteStore& store) {
   }
 }
 
-bool SqliteDatabase::isFresh(const SqliteStore& store) {
+// 0: it is new.
+int SqliteDatabase::versionFound(const SqliteStore& store) {
   if (sqlite3_db_readonly(handle(), "main") == 1) {
     throw Error(describe(m_name, "cannot be written: it is read-only"));
   }
@@ -247,8 +248,7 @@ bool SqliteDatabase::isFresh(const SqliteStore& store) {
                                      ", newer than this program's " +
                                      std::to_string(store.version)));
   }
-  if (version != 0) return false;
-  if (first("SELECT count(*) FROM sqlite_schema") == "0") return true;
+  if (version != 0 || first("SELECT count(*) FROM sqlite_schema") == "0") return version;
   throw Damaged{"it is another program's database"};
 }
 
@@ -284,6 +284,7 @@ void SqliteDatabase::fail() {
   switch (sqlite3_errcode(handle()) & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
+    case SQLITE_ERROR:  // not the tables of its version
       throw Damaged{sqlite3_errmsg(handle())};
     case SQLITE_BUSY:
     case SQLITE_LOCKED:

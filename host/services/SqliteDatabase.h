@@ -15,6 +15,7 @@ namespace host {
 struct SqliteStore {
   int version;              // on disk: pragma user_version
   const char* schema;       // SQL that makes an empty database one of `version`
+  const char* upgrade;      // SQL that makes a database of the version before one of `version`
   const char* probe;        // a query that fails on a database without that schema
   const char* synchronous;  // FULL: each transaction is synced. NORMAL: only checkpoints are
 };
@@ -65,7 +66,7 @@ class SqliteDatabase {
   void create();
   void open(const SqliteStore& store);
   void bringUp(const SqliteStore& store);
-  bool isFresh(const SqliteStore& store);
+  int versionFound(const SqliteStore& store);
   void setAside(const std::string& reason);
   void execute(const std::string& sql);
   std::string first(const std::string& query);

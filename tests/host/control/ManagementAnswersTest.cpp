@@ -141,8 +141,9 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogWithLongTextsClipped) {
 
 TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
   SecurityLog& log = telephone.device().securityLog();
-  for (std::int64_t i = 0; i <= SecurityLog::kBound; ++i) {
-    log.record(1, 4, 1, 5, 3, false, std::string(i < 9000 ? 4096 : 1, 'x'), "", "");
+  for (std::int64_t i = 0; i <= SecurityLog::kAccepted; ++i) {
+    const std::string text = std::to_string(i) + std::string(i < 6500 ? 4080 : 1, 'x');
+    log.record(1, 4, 1, 5, 3, false, text, "", "");
   }
   std::int64_t last = 1;  // the bound has taken it
   Json answer = {{"after", 0}};
@@ -152,21 +153,28 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
     ASSERT_LE(jsonText(answer).size(), kMaxPayload);
     ASSERT_FALSE(answer.at("records").empty());
     for (const Json& record : answer["records"]) ASSERT_EQ(record.at("number"), ++last);
-    EXPECT_EQ(answer.at("kept"), SecurityLog::kBound);
+    EXPECT_EQ(answer.at("kept"), SecurityLog::kAccepted);
     EXPECT_EQ(answer.at("dropped"), 1);
     EXPECT_EQ(answer.at("note"),
-              "records kept: 10000; older ones gone: 1, as at 10000 the oldest go");
+              "records kept: 7500; older ones gone: 1, as the newest 7500 accepted and 2500 "
+              "refused ones stay; a loss of power may take the latest records, the end of the "
+              "host does not");
   }
-  EXPECT_EQ(last, SecurityLog::kBound + 1);
+  EXPECT_EQ(last, SecurityLog::kAccepted + 1);
 }
 
 TEST_F(ManagedTelephone, AnswersForASecurityLogWithoutRecords) {
-  EXPECT_EQ(telephone.request({{"verb", "security-log"}}),
-            (Json{{"ok", true}, {"records", Json::array()}, {"kept", 0}, {"dropped", 0}}));
+  EXPECT_EQ(telephone.request({{"verb", "security-log"}}), (Json{{"ok", true},
+                                                                 {"records", Json::array()},
+                                                                 {"kept", 0},
+                                                                 {"dropped", 0},
+                                                                 {"unwritten", 0}}));
   telephone.device().securityLog().record(1, 4, 1, 5, 3, false, "a", "", "");
   const Json answer = telephone.request({{"verb", "security-log"}});
   EXPECT_EQ(answer.at("kept"), 1);
-  EXPECT_FALSE(answer.contains("after") || answer.contains("note")) << answer;
+  EXPECT_FALSE(answer.contains("after")) << answer;
+  EXPECT_EQ(answer.at("note"),
+            "a loss of power may take the latest records, the end of the host does not");
 }
 
 TEST_F(ManagedTelephone, ListsItsKeysInTheOrderOfTheTableAndAsSettableAsTheyAre) {

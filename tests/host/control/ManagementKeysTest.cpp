@@ -7,8 +7,6 @@
 #include <set>
 #include <string>
 
-#include "services/SecurityLog.h"
-
 namespace host {
 namespace {
 
@@ -41,15 +39,6 @@ TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
     const std::string command =
         row.settable ? "set " + key + ' ' + std::string(row.example) : "get " + key;
     EXPECT_NE(document.find("- example: `clockctl " + command + "`\n"), std::string::npos) << key;
-  }
-}
-
-TEST(ManagementKeyDocument, TellsTheBoundsOfTheSecurityLog) {
-  const std::string document = managementKeysDocument();
-  for (const std::string& bound :
-       {"newest " + std::to_string(SecurityLog::kBound) + " records",
-        "text " + std::to_string(SecurityLog::kLongestText) + " bytes"}) {
-    EXPECT_NE(document.find(bound), std::string::npos) << bound;
   }
 }
 

@@ -71,11 +71,20 @@ TEST(VerbPrinters, LevelsWithoutANameAreShownAsTheyAre) {
   }
 }
 
-TEST(VerbPrinters, SecurityRecordsSayWhatWasRefused) {
+TEST(VerbPrinters, SecurityRecordsSayWhoItWasAndWhatWasRefused) {
   const char* const answer =
-      R"json({"records":[{"number":2,"time":"T","failure":true,
+      R"json({"records":[{"number":2,"time":"T","failure":true,"origin":"uid 1, pid 2",
                           "text":"ClockSettings set data k(v)"}]})json";
-  EXPECT_EQ(printed(printSecurityLog, answer), "2 T refused  ClockSettings set data k(v)\n");
+  EXPECT_EQ(printed(printSecurityLog, answer),
+            "2 T refused  uid 1, pid 2: ClockSettings set data k(v)\n");
+}
+
+TEST(VerbPrinters, SecurityRecordsSayWhatIsCountedAndWhatIsMissing) {
+  const char* const answer =
+      R"json({"records":[{"number":5,"lost":2,"time":"T","failure":true,"text":"a","count":3,
+                          "last":"U"}]})json";
+  EXPECT_EQ(printed(printSecurityLog, answer),
+            "- 2 could not be written\n5 T refused  device: a (3 times, last U)\n");
 }
 
 TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
@@ -83,7 +92,7 @@ TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
       R"json({"records":[{"number":2,"time":"T","failure":false,"text":"a"}],"kept":10000,
               "dropped":1,"note":"records kept: 10000"})json";
   EXPECT_EQ(printed(printSecurityLog, answer),
-            "2 T accepted a\nnote         records kept: 10000\n");
+            "2 T accepted device: a\nnote         records kept: 10000\n");
 }
 
 TEST(VerbPrinters, TheStatusIsTheClockThenTheHost) {

@@ -6,6 +6,7 @@
 
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
+#include "platform/Origin.h"
 #include "runtime/Error.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
@@ -67,74 +68,77 @@ TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
   EXPECT_EQ(records[1].number, 2);
 }
 
-TEST_F(SecurityLogFile, OldestRecordsGoAtTheBound) {
-  SecurityLog security(folder.path());
-  for (std::int64_t i = 1; i <= SecurityLog::kBound; ++i) record(security, std::to_string(i));
-  EXPECT_EQ(security.kept().first, 1);
-  EXPECT_EQ(security.list(0, SIZE_MAX).size(), static_cast<std::size_t>(SecurityLog::kBound));
-  record(security, "one more");
-  const auto records = security.list(0, SIZE_MAX);
-  ASSERT_EQ(records.size(), static_cast<std::size_t>(SecurityLog::kBound));
-  EXPECT_EQ(records.front().text, "2");
-  EXPECT_EQ(records.back().text, "one more");
-  EXPECT_EQ(security.kept().first, 2);
-  EXPECT_EQ(security.kept().last, SecurityLog::kBound + 1);
-}
-
-TEST_F(SecurityLogFile, OtherProgramsCanNeitherChangeNorDeleteARecord) {
-  {
-    SecurityLog security(folder.path());
-    record(security, "a");
-    record(security, "b");
-  }
-  const std::string refusal = "the security log is append-only";
-  EXPECT_EQ(runSql(file(), "UPDATE record SET failure = 0"), refusal);
-  EXPECT_EQ(runSql(file(), "DELETE FROM record WHERE number = 1"), refusal);
-  EXPECT_EQ(runSql(file(), "DELETE FROM record"), refusal);
-  EXPECT_EQ(runSql(file(), "REPLACE INTO record SELECT * FROM record"), refusal);
-  EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
-}
-
-// A number far ahead would have every record in the file count as one that the bound takes.
-TEST_F(SecurityLogFile, OtherProgramsCanOnlyAppendTheNextNumber) {
-  {
-    SecurityLog security(folder.path());
-    for (const char* const text : {"a", "b", "c"}) record(security, text);
-  }
-  const auto insert = [this](const std::string& how, const std::string& number) {
-    return runSql(file(),
-                  how + " INTO record VALUES(" + number + ", 1, 4, 1, 5, 3, 0, 'x', '', '')");
+TEST_F(SecurityLogFile, OldestRecordsOfEachKindGo) {
+  SecurityLog security;
+  const auto refuse = [&](int i) {
+    security.record(1, 4, 1, 5, 3, true, "refused", "", "source " + std::to_string(i));
   };
-  const std::string refusal = "the security log is append-only";
-  for (const char* const how : {"INSERT", "INSERT OR IGNORE", "INSERT OR FAIL", "REPLACE"})
-    for (const char* const number :
-         {"5", "20000", "9223372036854775807", "0", "-1", "-9223372036854775808"})
-      EXPECT_EQ(insert(how, number), refusal) << how << ' ' << number;
-  EXPECT_EQ(insert("INSERT", "4"), "");
-  EXPECT_EQ(insert("INSERT", "NULL"), "");
+  for (int i = 0; i < SecurityLog::kAccepted; ++i) record(security, std::to_string(i));
+  for (int i = 0; i < SecurityLog::kRefused; ++i) refuse(i);
+  constexpr auto kAll = SecurityLog::kAccepted + SecurityLog::kRefused;
+  EXPECT_EQ(security.kept().records, kAll);
+  EXPECT_EQ(security.kept().dropped, 0);
+  record(security, "one more");
+  for (int i = 0; i < 3; ++i) refuse(-1 - i);
+  EXPECT_EQ(security.kept().records, kAll);
+  EXPECT_EQ(security.kept().dropped, 4);
+  const auto records = security.list(0, SIZE_MAX);
+  ASSERT_EQ(records.size(), static_cast<std::size_t>(kAll));
+  EXPECT_EQ(records.front().number, 2);
+  EXPECT_EQ(records[SecurityLog::kAccepted - 1].number, SecurityLog::kAccepted + 4);
+  EXPECT_EQ(records.back().number, kAll + 4);
+}
+
+// Ten thousand of them, each another one: the log was empty of all else in 0.3 s.
+TEST_F(SecurityLogFile, RefusedSetsOfOneSourceTakeNoOtherRecordsPlace) {
+  SecurityLog security;
+  record(security, "before");
+  for (int i = 0; i < 10'000; ++i) {
+    security.record(i, 4, 1, 5, 3, true, std::to_string(i), "", "uid 1, pid 2");
+  }
+  record(security, "after");
+  const auto records = security.list(0, SIZE_MAX);
+  ASSERT_EQ(records.size(), 22U);
+  EXPECT_EQ(records.front().text, "before");
+  EXPECT_EQ(records.back().text, "after");
+  EXPECT_EQ(records[19].count, 1);
+  EXPECT_EQ(records[20].text, "19");
+  EXPECT_EQ(records[20].count, 9981);
+  EXPECT_EQ(records[20].time, 19);
+  EXPECT_EQ(records[20].lastTime, 9999);
+}
+
+TEST_F(SecurityLogFile, CountsTheSameAgainOverAReopening) {
+  {
+    SecurityLog security(folder.path());
+    for (int i = 0; i < 3; ++i) record(security, "a");
+  }
   SecurityLog security(folder.path());
+  record(security, "a");
+  const auto records = security.list(0, 10);
+  ASSERT_EQ(records.size(), 2U) << "who it was before is not known any more";
+  EXPECT_EQ(records[0].count, 3);
+  EXPECT_EQ(records[1].number, 2);
+}
+
+TEST_F(SecurityLogFile, RecordsAreOfWhoeverCausedThem) {
+  SecurityLog security;
+  const std::string origin = "uid 1000, pid 4711";
+  {
+    const OriginScope scope(origin);
+    record(security, "a");
+    security.note(SecurityLog::Event::injection, true, "b");
+    security.record(1, 4, 1, 5, 3, false, "c", "", "said");
+  }
   record(security, "d");
   const auto records = security.list(0, 10);
-  ASSERT_EQ(records.size(), 6U);
-  EXPECT_EQ(records[0].text, "a");
-  EXPECT_EQ(records[5].number, 6);
-}
-
-TEST_F(SecurityLogFile, FirstRecordOfAllIsNumberOne) {
-  { const SecurityLog security(folder.path()); }
-  EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(2, 1, 4, 1, 5, 3, 0, 'x', '', '')"),
-            "the security log is append-only");
-  EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(1, 1, 4, 1, 5, 3, 0, 'x', '', '')"), "");
-}
-
-TEST_F(SecurityLogFile, RecordThatTheBoundHasTakenIsNotWrittenAnew) {
-  {
-    SecurityLog security(folder.path());
-    for (std::int64_t i = 0; i <= SecurityLog::kBound; ++i) record(security, "x");
-  }
-  EXPECT_EQ(runSql(file(), "INSERT INTO record VALUES(1, 1, 4, 1, 5, 3, 0, 'x', '', '')"),
-            "the security log is append-only");
-  EXPECT_EQ(SecurityLog(folder.path()).kept().first, 2);
+  ASSERT_EQ(records.size(), 4U);
+  EXPECT_EQ(records[0].origin, origin);
+  EXPECT_EQ(records[1].origin, origin);
+  EXPECT_EQ(records[1].eventCode, 5);
+  EXPECT_TRUE(records[1].failure);
+  EXPECT_EQ(records[2].origin, "said");
+  EXPECT_EQ(records[3].origin, "");
 }
 
 TEST_F(SecurityLogFile, LongTextsAreClippedAndSaySo) {
@@ -174,6 +178,89 @@ TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
   EXPECT_EQ(security.list(0, 10).size(), 2U);
 }
 
+TEST_F(SecurityLogFile, RecordThatCouldNotBeWrittenLeavesAGap) {
+  SecurityLog security(folder.path());
+  record(security, "same");
+  {
+    const FailingWrites fault(ENOSPC);
+    record(security, "lost");
+    record(security, "same");
+    EXPECT_EQ(security.kept().unwritten, 2);
+  }
+  EXPECT_EQ(security.kept().last, 1);
+  record(security, "same");
+  EXPECT_EQ(security.kept().unwritten, 0);
+  EXPECT_EQ(security.kept().dropped, 0);
+  const auto records = security.list(0, 10);
+  ASSERT_EQ(records.size(), 2U);
+  EXPECT_EQ(records[1].number, 4);
+  EXPECT_EQ(records[1].lost, 2);
+  EXPECT_EQ(SecurityLog(folder / "other").kept().last, 0);
+}
+
+TEST_F(SecurityLogFile, RecordIntoARemovedFolderIsLostAndTold) {
+  SecurityLog security(folder / "state");
+  record(security, "a");
+  std::filesystem::rename(folder / "state", folder / "away");
+  record(security, "b");
+  EXPECT_EQ(security.kept().unwritten, 1);
+  EXPECT_TRUE(log.hasPart("writing failed: its file was removed or replaced")) << log.text();
+}
+
+// As the host before this one wrote it.
+constexpr const char* kVersionOne = R"sql(
+CREATE TABLE record(
+  number INTEGER PRIMARY KEY, time INTEGER NOT NULL,
+  facility INTEGER NOT NULL, severity INTEGER NOT NULL,
+  event_class INTEGER NOT NULL, event_code INTEGER NOT NULL,
+  failure INTEGER NOT NULL, text TEXT NOT NULL, subject TEXT NOT NULL, origin TEXT NOT NULL) STRICT;
+CREATE TRIGGER record_is_final BEFORE UPDATE ON record
+  BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
+CREATE TRIGGER record_stays BEFORE DELETE ON record
+  WHEN OLD.number > (SELECT max(number) FROM record) - 10000
+  BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
+CREATE TRIGGER record_goes AFTER INSERT ON record
+  BEGIN DELETE FROM record WHERE number <= NEW.number - 10000; END;
+INSERT INTO record VALUES(7, 1466035200, 4, 1, 5, 3, 0, 'a', '', '');
+INSERT INTO record VALUES(8, 1466035201, 4, 1, 5, 3, 1, 'b', 'user', 'web');
+PRAGMA user_version=1)sql";
+
+TEST_F(SecurityLogFile, OneOfTheVersionBeforeIsBroughtUp) {
+  ASSERT_EQ(runSql(file(), kVersionOne), "");
+  for (int start = 0; start < 2; ++start) {
+    SecurityLog security(folder.path());
+    if (start == 0) record(security, "c");
+    const auto records = security.list(0, 10);
+    ASSERT_EQ(records.size(), 3U);
+    EXPECT_EQ(records[0].number, 7);
+    EXPECT_EQ(records[0].time, 1466035200);
+    EXPECT_EQ(records[0].lastTime, 1466035200);
+    EXPECT_EQ(records[0].count, 1);
+    EXPECT_EQ(records[0].text, "a");
+    EXPECT_TRUE(records[1].failure);
+    EXPECT_EQ(records[1].subject, "user");
+    EXPECT_EQ(records[1].origin, "web");
+    EXPECT_EQ(records[2].number, 9);
+    EXPECT_EQ(security.kept().dropped, 6);
+  }
+  EXPECT_TRUE(log.entries().empty()) << log.text();
+}
+
+TEST_F(SecurityLogFile, UpgradeThatFailsChangesNothing) {
+  ASSERT_EQ(runSql(file(), kVersionOne), "");
+  {
+    const FailingWrites fault(ENOSPC);
+    EXPECT_THROW(SecurityLog{folder.path()}, Error);
+  }
+  EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
+}
+
+TEST_F(SecurityLogFile, OneThatIsNotOfItsVersionIsSetAside) {
+  ASSERT_EQ(runSql(file(), "CREATE TABLE other(x); PRAGMA user_version=1"), "");
+  EXPECT_TRUE(SecurityLog(folder.path()).list(0, 10).empty());
+  EXPECT_TRUE(std::filesystem::exists(folder / "security.db.damaged-1"));
+}
+
 TEST_F(SecurityLogFile, DamagedOneIsSetAside) {
   writeBytes(file(), randomBytes(9000));
   SecurityLog security(folder.path());
@@ -184,18 +271,18 @@ TEST_F(SecurityLogFile, DamagedOneIsSetAside) {
 }
 
 TEST_F(SecurityLogFile, NewerVersionIsRefused) {
-  ASSERT_EQ(runSql(file(), "PRAGMA user_version=2"), "");
+  ASSERT_EQ(runSql(file(), "PRAGMA user_version=3"), "");
   EXPECT_THROW(SecurityLog{folder.path()}, Error);
 }
 
 TEST(SecurityLogInMemory, KeepsRecords) {
   SecurityLog security;
-  EXPECT_EQ(security.kept().first, 1);
   EXPECT_EQ(security.kept().last, 0);
+  EXPECT_EQ(security.kept().records, 0);
   record(security, "a");
   EXPECT_EQ(security.list(0, 10).size(), 1U);
-  EXPECT_EQ(security.kept().first, 1);
   EXPECT_EQ(security.kept().last, 1);
+  EXPECT_EQ(security.kept().records, 1);
 }
 
 }  // namespace

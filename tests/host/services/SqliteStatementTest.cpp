@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-constexpr SqliteStore kStore = {1, "CREATE TABLE word(text TEXT NOT NULL)",
+constexpr SqliteStore kStore = {1, "CREATE TABLE word(text TEXT NOT NULL)", nullptr,
                                 "SELECT text FROM word LIMIT 0", "FULL"};
 constexpr const char* kWrong = "SELECT text FROM sentence";
 constexpr auto kWhenUsed = SqliteStatement::Prepared::whenUsed;

@@ -215,11 +215,15 @@ TEST_F(SyncedSettings, UnchangedValueNeedsNoSync) {
 
 class SyncedSecurityLog : public ::testing::Test {
  protected:
-  static void record(SecurityLog& security) {
-    security.record(1466035200, 4, 1, 5, 3, false, "text", "", "");
+  // Another one each time: none is counted in the one before.
+  void record(SecurityLog& security) {
+    security.record(1466035200, 4, 1, 5, 3, false, "text " + std::to_string(++m_number), "", "");
   }
 
   support::TemporaryFolder folder;
+
+ private:
+  int m_number = 0;
 };
 
 TEST_F(SyncedSecurityLog, RecordsAreNotSyncedOneByOne) {

@@ -1,0 +1,105 @@
+#include "runtime/RemoteSets.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+
+#include "MessageCodec.h"
+#include "Method.h"
+#include "services/SecurityLog.h"
+
+namespace host {
+namespace {
+
+struct SetMethod {
+  const char* name;
+  std::array<const char*, 3> parameters;  // null: no more
+  const char* result;                     // null: there is no reply
+};
+
+constexpr SetMethod kSetMethods[] = {
+    {"setTime", {"setTimeHours", "setTimeMinutes", "setTimeSeconds"}, "setTimeReturn"},
+    {"setTimeInt", {"setTime", nullptr, nullptr}, nullptr},
+    {"setDate", {"setDateDay", "setDateMonth", "setDateYear"}, "setDateReturn"},
+};
+
+const SetMethod* findSetMethod(const std::string& name) {
+  const auto found = std::find_if(std::begin(kSetMethods), std::end(kSetMethods),
+                                  [&](const SetMethod& method) { return name == method.name; });
+  return found == std::end(kSetMethods) ? nullptr : &*found;
+}
+
+// "Remote call setDate(29, 2, 2028)"; what is missing is a question mark, and `whole` false.
+std::string described(const SetMethod& set, const Method& call, bool& whole) {
+  std::string words;
+  whole = true;
+  for (const char* const name : set.parameters) {
+    if (name == nullptr) break;
+    int value = 0;
+    const bool there = call.getIntParameter(name, value, Parameter::in);
+    whole = whole && there;
+    words += (words.empty() ? "" : ", ") + (there ? std::to_string(value) : "?");
+  }
+  return "Remote call " + std::string(set.name) + '(' + words + ')';
+}
+
+}  // namespace
+
+// Between a call and its reply it knows the call.
+class RemoteSets::Codec final : public MessageCodec {
+ public:
+  Codec(MessageCodec& codec, SecurityLog& log) : m_codec(codec), m_log(log) {}
+
+  bool decode(std::iostream& stream, Method& method) override {
+    m_set = nullptr;
+    if (!m_codec.decode(stream, method)) return false;
+    m_set = findSetMethod(method.getName());
+    if (m_set != nullptr) noteCall(method);
+    return true;
+  }
+
+  void encode(Method& method, std::iostream& stream) override {
+    if (m_set != nullptr && method.getName() == m_set->name) noteReply(method);
+    m_codec.encode(method, stream);
+  }
+
+ private:
+  void noteCall(const Method& call) {
+    bool whole = false;
+    m_call = described(*m_set, call, whole);
+    if (m_set->result != nullptr) return;
+    m_log.note(SecurityLog::Event::remoteSet, !whole, m_call);
+    m_set = nullptr;
+  }
+
+  void noteReply(const Method& reply) {
+    bool done = false;
+    static_cast<void>(reply.getBoolParameter(m_set->result, done, Parameter::out));
+    m_log.note(SecurityLog::Event::remoteSet, !done, m_call);
+    m_set = nullptr;
+  }
+
+  MessageCodec& m_codec;
+  SecurityLog& m_log;
+  const SetMethod* m_set = nullptr;
+  std::string m_call;
+};
+
+RemoteSets::RemoteSets(FrameworkContext& remote, SecurityLog& log) : m_remote(remote), m_log(log) {}
+
+RemoteSets::~RemoteSets() = default;
+
+MessageCodec* RemoteSets::getCodec(const std::string& name) {
+  for (const auto& [known, codec] : m_codecs) {
+    if (known == name) return codec.get();
+  }
+  MessageCodec* const codec = m_remote.getCodec(name);
+  if (codec == nullptr) return nullptr;
+  return m_codecs.emplace_back(name, std::make_unique<Codec>(*codec, m_log)).second.get();
+}
+
+Proxy* RemoteSets::createProxy(const std::string& interfaceName, const std::string& address) {
+  return m_remote.createProxy(interfaceName, address);
+}
+
+}  // namespace host

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <string>
+
+namespace host {
+
+// Which record of the security log is counted in an earlier one instead of taking a place of its
+// own. A source (origin) that repeats itself within kQuiet is: its accepted record when it is the
+// same again; its refused ones, whatever they say, from the kSpelledOut-th on. So no source can
+// flood the log with refusals. Owner: the security log. Thread: one at a time.
+class Repeats {
+ public:
+  using Time = std::chrono::steady_clock::time_point;
+
+  static constexpr std::chrono::seconds kQuiet{60};  // then a source starts anew
+  static constexpr int kSpelledOut = 20;             // enough to see what somebody tries
+  static constexpr std::size_t kSources = 64;        // remembered; the one longest quiet goes first
+
+  struct Attempt {
+    std::string origin;
+    bool failure;
+    std::string content;  // all that makes it differ from others of this origin
+  };
+
+  // The number of the record that the attempt is to be counted in, 0: a record of its own.
+  [[nodiscard]] std::int64_t earlier(const Attempt& attempt, Time now);
+
+  // The attempt has a record of its own, with this number.
+  void spelledOut(Attempt attempt, std::int64_t number, Time now);
+
+  // The record is gone: nothing is to be counted in it.
+  void forget(std::int64_t number);
+
+ private:
+  struct Run {
+    Attempt last;
+    std::int64_t number;
+    int records;  // spelled out
+    Time time;
+  };
+
+  Run* find(const Attempt& attempt, Time now);
+
+  std::list<Run> m_runs;  // the newest first
+};
+
+}  // namespace host

@@ -1,0 +1,136 @@
+// What the host itself leaves in the security log, beside the service's records of each set.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "Method.h"
+#include "control/Controller.h"
+#include "control/ScenarioDevice.h"
+#include "host/control/NotingChannel.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "services/ManagementThread.h"
+#include "services/SecurityLog.h"
+
+namespace host {
+namespace {
+
+// A client that the kernel knows.
+class KnownChannel : public NotingChannel {
+ public:
+  [[nodiscard]] const std::string& origin() const override { return m_origin; }
+
+ private:
+  const std::string m_origin = "uid 1000, pid 4711";
+};
+
+// A telephone with the built plug-in, powered on, at its default time.
+class RecordedTelephone : public ::testing::Test {
+ protected:
+  void ask(const char* request) { static_cast<void>(telephone.request(Json::parse(request))); }
+  void call(const char* name, const std::vector<std::pair<const char*, int>>& parameters) {
+    Method method(name, Method::call);
+    for (const auto& [parameter, value] : parameters) {
+      method.addIntParameter(parameter, value, Parameter::in);
+    }
+    static_cast<void>(telephone.call(method));
+  }
+  SecurityLog& log() { return telephone.device().securityLog(); }
+
+  // Outcome, event code and text of each record.
+  std::vector<std::string> records() {
+    std::vector<std::string> lines;
+    for (const SecurityRecord& record : log().list(0, 100)) {
+      lines.push_back((record.failure ? "refused " : "accepted ") +
+                      std::to_string(record.eventCode) + ' ' + record.text);
+    }
+    return lines;
+  }
+
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+};
+
+using Lines = std::vector<std::string>;
+
+TEST_F(RecordedTelephone, RecordsWhatMovesTheClock) {
+  ask(R"({"verb":"clock","action":"show"})");
+  ask(R"({"verb":"clock","action":"jump","seconds":1893456000})");
+  ask(R"({"verb":"clock","action":"advance","seconds":60})");
+  ask(R"({"verb":"clock","action":"jump","seconds":-1})");
+  ask(R"({"verb":"clock","action":"to","landmark":"noon"})");
+  ask(R"({"verb":"clock","action":"speed","speed":"0"})");
+  EXPECT_EQ(records(),
+            (Lines{"accepted 4 Clock jump 2030-01-01T00:00:00Z, from 2016-06-16T00:00:00Z",
+                   "accepted 4 Clock advance 60, from 2030-01-01T00:00:00Z",
+                   "refused 4 Clock jump -1, from 2030-01-01T00:01:00Z",
+                   "refused 4 Clock to noon, from 2030-01-01T00:01:00Z",
+                   "accepted 4 Clock speed 0, from 2030-01-01T00:01:00Z"}));
+}
+
+TEST_F(RecordedTelephone, RecordsWhatIsInjected) {
+  ask(R"({"verb":"inject","what":"jack","plug":5,"status":1})");
+  ask(R"({"verb":"inject","what":"value","key":"k","value":"v"})");
+  ask(R"({"verb":"inject","what":"user-data","key":"k","value":"yes"})");
+  EXPECT_EQ(records(), (Lines{"accepted 5 Inject jack 5 1", "accepted 5 Inject value k v",
+                              "refused 5 Inject user-data k yes"}));
+}
+
+TEST_F(RecordedTelephone, RecordsRemoteSetsAndWhetherTheyWereTaken) {
+  call("getTime", {});
+  call("setDate", {{"setDateDay", 29}, {"setDateMonth", 2}, {"setDateYear", 2028}});
+  call("setDate", {{"setDateDay", 1}, {"setDateMonth", 1}, {"setDateYear", 2038}});
+  call("setTime", {{"setTimeHours", 23}, {"setTimeMinutes", 59}, {"setTimeSeconds", 5}});
+  call("setTime", {{"setTimeHours", 23}});
+  call("setTimeInt", {{"setTime", 1893456000}});
+  call("setTimeInt", {{"settime", 1893456000}});
+  EXPECT_EQ(records(), (Lines{"accepted 6 Remote call setDate(29, 2, 2028)",
+                              "refused 6 Remote call setDate(1, 1, 2038)",
+                              "accepted 6 Remote call setTime(23, 59, 5)",
+                              "refused 6 Remote call setTime(23, ?, ?)",
+                              "accepted 6 Remote call setTimeInt(1893456000)",
+                              "refused 6 Remote call setTimeInt(?)"}));
+}
+
+// The service's own record says nobody; the host knows who it was.
+TEST_F(RecordedTelephone, NamesTheClientOfASet) {
+  Controller controller(telephone.device(), {});
+  const auto channel = std::make_shared<KnownChannel>();
+  controller.handle({R"({"verb":"set","key":"date-format","value":"1"})", channel});
+  controller.handle({R"({"verb":"reset"})", channel});
+  telephone.device().managementThread().run([] {});
+  const auto records = log().list(0, 10);
+  ASSERT_EQ(records.size(), 2U);
+  EXPECT_EQ(records[0].text, "ClockSettings set data date-format(1)");
+  EXPECT_EQ(records[0].eventCode, 3);
+  EXPECT_EQ(records[1].text, "ClockSettings set data date-format(0)");
+  for (const SecurityRecord& record : records) EXPECT_EQ(record.origin, "uid 1000, pid 4711");
+}
+
+TEST_F(RecordedTelephone, ListSaysWhatIsCountedAndWhatIsMissing) {
+  for (int i = 0; i < 3; ++i) ask(R"({"verb":"set","key":"date-format","value":"1"})");
+  const Json record = telephone.request({{"verb", "security-log"}}).at("records").at(0);
+  EXPECT_EQ(record.at("count"), 3);
+  EXPECT_EQ(record.at("last"), "2016-06-16T00:00:00Z");
+  EXPECT_EQ(record.at("origin"), "");
+  EXPECT_FALSE(record.contains("lost"));
+}
+
+TEST(SecurityLogDocument, TellsTheBounds) {
+  std::ifstream file(SECURITY_LOG_DOCUMENT);
+  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  for (const std::string& bound : {"newest " + std::to_string(SecurityLog::kAccepted) + " accepted",
+                                   std::to_string(SecurityLog::kRefused) + " refused",
+                                   std::to_string(SecurityLog::kLongestText) + " bytes",
+                                   "first " + std::to_string(Repeats::kSpelledOut),
+                                   std::to_string(Repeats::kQuiet.count()) + " seconds",
+                                   std::to_string(Repeats::kSources) + " sources"}) {
+    EXPECT_NE(document.find(bound), std::string::npos) << bound;
+  }
+}
+
+}  // namespace
+}  // namespace host
