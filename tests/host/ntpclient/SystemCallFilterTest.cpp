@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -22,6 +23,10 @@
 #include "remote/Descriptor.h"
 #include "support/TemporaryFolder.h"
 
+#ifndef CLOCK_WITHOUT_FILTER
+#include <seccomp.h>
+#endif
+
 namespace host::ntp {
 namespace {
 
@@ -30,8 +35,8 @@ class UnderTheFilter : public testing::Test {
  protected:
   UnderTheFilter() { EXPECT_EQ(::mkfifo(m_pipe.c_str(), 0600), 0); }
 
-  // 0 when the call succeeds there, else its errno; -1 when there is no filter. `call` returns what
-  // system calls do.
+  // 0 when the call succeeds there, else its errno; -1 when the filter is refused. `call` returns
+  // what system calls do.
   int errorOf(const std::function<long()>& call) const {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -52,7 +57,7 @@ class UnderTheFilter : public testing::Test {
 #ifdef CLOCK_WITHOUT_FILTER
 
 TEST_F(UnderTheFilter, NothingIsDeniedInABuildThatHasNone) {
-  EXPECT_EQ(installSystemCallFilter(m_sealed), "this build has none");
+  EXPECT_EQ(errorOf([] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0); }), 0);
 }
 
 #else
@@ -132,6 +137,23 @@ TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
        }},
   };
   for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), 0) << call.name;
+}
+
+// A system without filters, as this process sees it.
+TEST_F(UnderTheFilter, WhatTheSystemRefusesIsSaidAndNothingElseChanges) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const scmp_filter_ctx refusing = seccomp_init(SCMP_ACT_ALLOW);
+    seccomp_rule_add(refusing, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(seccomp), 0);
+    seccomp_rule_add(refusing, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
+                     SCMP_A0(SCMP_CMP_EQ, PR_SET_SECCOMP));
+    const bool refused = seccomp_load(refusing) == 0 && !installSystemCallFilter(m_sealed).empty();
+    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ::_exit(refused && socket.valid() ? 0 : 1);
+  }
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 #endif
