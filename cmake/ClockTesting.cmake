@@ -24,6 +24,10 @@ if(CMAKE_CXX_COMPILER_LAUNCHER)
   set(CLOCK_PRECOMPILED_TESTS OFF)
 endif()
 
+# Where tests find the programs that they start. A relative folder counts from where a test runs.
+set(CLOCK_TESTED_PROGRAMS "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" CACHE STRING
+    "Folder of the programs that tests start")
+
 # clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL | ALONE])
 #   LIBS    object libraries and others; GoogleTest, GoogleMock and their main are always there
 #   LABEL   the layer: unit, plugin, host, integration, ... ("./dev test -L unit")

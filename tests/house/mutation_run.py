@@ -28,7 +28,18 @@ WRONG_WORDS = [
     ["--jobs", "0"],
     ["--see", "1"],
     ["src/NoSuchFile.cpp"],
-    ["host/apps/ClockHost.cpp"],
+    ["tests/plugin/Telephone.cpp"],
+    ["host/nowhere"],
+    ["host/clo"],
+    ["/"],
+    [""],
+]
+# What is built for each choice: with a program of the one body, and none of the other.
+RIGHT_WORDS = [
+    ([], "clock_unit_test", "host_clock_test"),
+    (["--seed", "2", "--count", "0", "--jobs", "1", "src/Saturate.h"], "clock_unit_test", "clockhost"),
+    (["host/remote", "host/control/"], "clockctl", "clock_unit_test"),
+    (["host", "src"], "clock_unit_test host_clock_test", "bench_test"),
 ]
 
 
@@ -73,7 +84,9 @@ class Build:
 
     def __init__(self, tree, folder, compiler, linker):
         self.tree, self.folder = tree, folder
-        self.links = {"test": [linker, "-o", "test", "a.o"]}
+        self.links = {"bin/tests/test": [linker, "-o", "test", "a.o"]}
+        (folder / "bin/tests").mkdir(parents=True)
+        (folder / "bin/tests/test").touch()
         self.compiler = compiler
 
     def objects_of(self, path):
@@ -84,9 +97,12 @@ class Build:
 
 
 def verdict_with(mutate, tree, *tools):
+    from running import Program
+
     with tempfile.TemporaryDirectory() as folder:
         build = Build(pathlib.Path(tree), pathlib.Path(folder), *tools)
-        workshop = mutate.Workshop(build, build.folder / "job", [mutate.Program("test")])
+        judge = Program("bin/tests/test", ("src",))
+        workshop = mutate.Workshop(build, build.folder / "job", [judge])
         try:
             return workshop.verdict(mutate.Mutant("src/Saturate.h", "", 0, 0, ""))
         except mutate.NoLink:
@@ -107,9 +123,11 @@ def words(tree):
         result = subprocess.run(command + wrong, capture_output=True, text=True)
         if result.returncode != 2 or result.stderr.count("\n") != 1 or result.stdout:
             yield f"{wrong}: exit status {result.returncode}, and it prints {result.stderr!r}"
-    right = ["--seed", "2", "--count", "0", "--jobs", "1", "src/Saturate.h"]
-    if subprocess.run(command + right, capture_output=True).returncode != 0:
-        yield f"{right}: refused"
+    for right, built, unbuilt in RIGHT_WORDS:
+        result = subprocess.run(command + right, capture_output=True, text=True)
+        targets = set(result.stdout.split())
+        if result.returncode != 0 or not targets.issuperset(built.split()) or unbuilt in targets:
+            yield f"{right}: exit status {result.returncode}, and builds {result.stdout!r}"
 
 
 def main(tree):

@@ -1,4 +1,4 @@
-"""The build of the unmutated tree: how each object is compiled and each test program linked."""
+"""The build of the unmutated tree: how each object is compiled and each program linked."""
 
 import json
 import os
@@ -10,16 +10,17 @@ OBJECT = re.compile(r"^(\S+): #deps", re.MULTILINE)
 
 
 class Build:
-    def __init__(self, tree, folder, programs):
+    def __init__(self, tree, folder, executables):
+        """executables: below the folder."""
         self.tree = tree
         self.folder = folder
-        self.links = {name: self._link_of(name) for name in programs}
+        self.links = {path: self._link_of(path) for path in executables}
         self.linked = {word for words in self.links.values() for word in words}
         self._compilations = self._read_compilations()
         self._sources = self._read_sources()
 
     def objects_of(self, path):
-        """The objects of the test programs that are compiled anew when this file changes."""
+        """The objects of the executables that are compiled anew when this file changes."""
         readers = self._sources.get(str(self.tree / path), set())
         return [name for name in self._compilations if name in readers & self.linked]
 
@@ -30,9 +31,9 @@ class Build:
         command = ["ninja", "-C", str(self.folder), "-t", *words]
         return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
-    def _link_of(self, program):
+    def _link_of(self, path):
         """The words of the link command, from ": && c++ ... && :"."""
-        line = self._ninja("commands", f"bin/tests/{program}").strip().splitlines()[-1]
+        line = self._ninja("commands", path).strip().splitlines()[-1]
         return shlex.split(line)[2:-2]
 
     def _read_compilations(self):

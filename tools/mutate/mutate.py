@@ -1,6 +1,6 @@
-"""Changes the plug-in's sources, one place at a time, and lists the changes that no test notices.
+"""Changes the sources, one place at a time, and lists the changes that no test notices.
 
-mutate.py TREE BUILD "PROGRAM..." [--seed N] [--count N] [--jobs N] [FILE]...
+mutate.py TREE BUILD [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...
 
 The exit status is 0 when the tests find at least nine in ten.
 """
@@ -20,7 +20,8 @@ from contextlib import closing
 from build import Build
 from mutants import Mutant, mutants_of
 from options import options
-from running import HUNG, PASSED, Program, outcome_of
+from programs import programs
+from running import HUNG, PASSED, outcome_of
 from workshop import NO_BUILD, NoLink, Workshop
 
 LEAST_SCORE = 90.0  # per cent
@@ -38,16 +39,14 @@ def shuffled(tree, chosen):
     return found
 
 
-def measured(build, names, place):
-    """The programs, run on the unmutated tree: all must pass."""
-    programs = [Program(name) for name in names]
+def measure(programs, folder):
+    """Runs the programs as they are: all must pass."""
     for program in programs:
         before = computed()
-        outcome = outcome_of(program, build.folder / "bin/tests" / program.name, place)
+        outcome = outcome_of(program, folder)
         if outcome != PASSED:
             sys.exit(f"mutate: {program.name} {outcome} on the tree as it is")
         program.seconds = computed() - before
-    return programs
 
 
 def computed():
@@ -119,7 +118,7 @@ def summary(verdicts, seconds):
     return score >= LEAST_SCORE
 
 
-def main(tree, place, names, *words):
+def main(tree, place, *words):
     tree, place = pathlib.Path(tree).resolve(), pathlib.Path(place).resolve()
     chosen = options(tree, words)
     # Ended from outside it still ends what it has started.
@@ -127,11 +126,12 @@ def main(tree, place, names, *words):
     # A mutant may ask for all the memory and all the disk.
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
     resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
-    build = Build(tree, place / "base", names.split())
-    programs = measured(build, names.split(), place / "temporary")
-    mutants = shuffled(tree, chosen)
+    judges = programs(chosen.files)
+    build = Build(tree, place / "base", {path for judge in judges for path in judge.executables})
     folders = [place / f"job-{number + 1}" for number in range(chosen.jobs)]
-    workshops = [Workshop(build, folder, programs) for folder in folders]
+    workshops = [Workshop(build, folder, judges) for folder in folders]
+    measure(judges, workshops[0].folder)
+    mutants = shuffled(tree, chosen)
     started = time.monotonic()
     for mutant in mutants[:1]:
         check(workshops[0], mutant)

@@ -1,4 +1,5 @@
-"""The words of ./dev mutate: options.py TREE [WORD]... refuses wrong ones before anything is built."""
+"""The words of ./dev mutate: options.py TREE [WORD]... refuses wrong ones before anything is built,
+and prints what is to be built for the right ones."""
 
 import argparse
 import os
@@ -6,9 +7,9 @@ import pathlib
 import re
 import sys
 
-from workshop import BODIES
+from programs import BODIES, PLUGIN, body_of, targets
 
-USAGE = "mutate [--seed N] [--count N] [--jobs N] [FILE]..."
+USAGE = "mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]..."
 
 
 class Parser(argparse.ArgumentParser):
@@ -21,13 +22,16 @@ def options(tree, words):
     parser.add_argument("--seed", type=at_least(0), default=1)  # which sample
     parser.add_argument("--count", type=at_least(0), default=200)  # that compile; 0 is all there are
     parser.add_argument("--jobs", type=at_least(1), default=processors())  # at a time
-    parser.add_argument("files", nargs="*")
+    parser.add_argument("places", nargs="*", default=PLUGIN)
     chosen = parser.parse_args(words)
     sources = all_files(tree)
-    for path in chosen.files:
-        if path not in sources:
-            parser.error(f'"{path}" is no source of {"/ or ".join(BODIES)}/')
-    chosen.files = list(dict.fromkeys(chosen.files or sources))
+    chosen.files = []
+    for place in chosen.places:
+        files = [path for path in sources if f"{path}/".startswith(f"{place.rstrip('/')}/")]
+        if not files:
+            parser.error(f'"{place}" is no source or folder of {", ".join(BODIES)}')
+        chosen.files += files
+    chosen.files = list(dict.fromkeys(chosen.files))
     return chosen
 
 
@@ -47,8 +51,9 @@ def processors():
 
 def all_files(tree):
     paths = [path for body in BODIES for path in (tree / body).rglob("*")]
-    return sorted(str(path.relative_to(tree)) for path in paths if path.suffix in (".h", ".cpp"))
+    sources = [str(path.relative_to(tree)) for path in paths if path.suffix in (".h", ".cpp")]
+    return sorted(sources, key=lambda path: (BODIES.index(body_of(path)), path))
 
 
 if __name__ == "__main__":
-    options(pathlib.Path(sys.argv[1]), sys.argv[2:])
+    print(*targets(options(pathlib.Path(sys.argv[1]), sys.argv[2:]).files))

@@ -4,9 +4,9 @@ import os
 import pathlib
 import resource
 import select
-import shutil
 import signal
 import subprocess
+import tempfile
 import time
 from dataclasses import dataclass
 
@@ -18,15 +18,28 @@ ENDS = {0: PASSED, signal.SIGXCPU: HUNG, signal.SIGKILL: HUNG}
 
 TICK = 1.0 / os.sysconf("SC_CLK_TCK")
 BETWEEN_LOOKS = 0.25  # seconds
-ASLEEP = 5.0  # seconds without work after which nothing will ever wake a program
+# Seconds without work after which nothing will ever wake a program; one that waits for another that
+# works is given longer.
+ASLEEP = 5.0
+ASLEEP_BESIDE_OTHERS = 15.0
 
 
 @dataclass
 class Program:
     """A test program, and how long it computes on the unmutated tree."""
 
-    name: str
+    name: str  # its path below the build
+    bodies: tuple = ()  # the mutants it judges: the folders of their sources
+    started: tuple = ()  # programs that it starts, as paths below the build
     seconds: float = 10.0  # until it is measured
+
+    @property
+    def executables(self):
+        return (self.name, *self.started)
+
+    @property
+    def asleep(self):
+        return ASLEEP_BESIDE_OTHERS if self.started else ASLEEP
 
     @property
     def limit(self):
@@ -34,14 +47,25 @@ class Program:
         return int(3 + 5 * self.seconds)
 
 
-def outcome_of(program, path, temporary):
-    """Runs a test program. It and what it started are ended when it does not end by itself."""
-    shutil.rmtree(temporary, ignore_errors=True)
-    temporary.mkdir()
+def outcome_of(program, folder):
+    """Runs a test program of a workshop's folder, with a place of its own in memory. It and what it
+    started are ended when it does not end by itself."""
+    with tempfile.TemporaryDirectory(
+        prefix="mutate-", dir=place_in_memory(), ignore_cleanup_errors=True
+    ) as temporary:
+        return outcome_in(program, folder, temporary)
+
+
+def place_in_memory():
+    """None, which is the usual place, on a system without."""
+    return "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else None
+
+
+def outcome_in(program, folder, temporary):
     running = subprocess.Popen(
-        [str(path), "--gtest_brief=1", "--gtest_fail_fast"],
-        cwd=temporary,
-        env={**os.environ, "TMPDIR": str(temporary)},
+        [str(folder / program.name), "--gtest_brief=1", "--gtest_fail_fast"],
+        cwd=folder / "temporary",
+        env={**os.environ, "TMPDIR": temporary},
         stdin=subprocess.DEVNULL,
         stdout=subprocess.DEVNULL,
         stderr=subprocess.DEVNULL,
@@ -49,7 +73,7 @@ def outcome_of(program, path, temporary):
     )
     try:
         resource.prlimit(running.pid, resource.RLIMIT_CPU, (program.limit, program.limit))
-        if not ends(running.pid):
+        if not ends(running.pid, program.asleep):
             return HUNG
         return ENDS.get(status(running), FAILED)
     finally:
@@ -57,7 +81,7 @@ def outcome_of(program, path, temporary):
         running.wait()
 
 
-def ends(pid):
+def ends(pid, asleep):
     """Waits for the end of a process; false when all its threads sleep and nothing wakes them."""
     handle = os.pidfd_open(pid)
     try:
@@ -65,7 +89,7 @@ def ends(pid):
         while not select.select([handle], [], [], BETWEEN_LOOKS)[0]:
             if awake(pid) or used(pid) > worked:
                 worked, last = used(pid), time.monotonic()
-            elif time.monotonic() - last > ASLEEP:
+            elif time.monotonic() - last > asleep:
                 return False
         return True
     finally:

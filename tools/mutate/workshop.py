@@ -1,11 +1,13 @@
-"""One job's place to try mutants in: its own copy of the plug-in's sources."""
+"""One job's place to try mutants in: its own copy of the sources and of the programs."""
 
+import os
 import shutil
 import subprocess
+from dataclasses import dataclass, field
 
+from programs import BODIES
 from running import PASSED, outcome_of
 
-BODIES = ("include", "src")
 NO_BUILD = "did not compile"
 
 
@@ -13,57 +15,92 @@ class NoLink(Exception):
     """No mutant does that: what compiles has the names that it had. So something here is broken."""
 
 
+@dataclass
+class Changed:
+    """What a mutant changes, and what has been built of it so far."""
+
+    objects: list
+    compiled: dict = field(default_factory=dict)  # where each of them is
+    linked: set = field(default_factory=set)  # executables
+
+
 class Workshop:
     def __init__(self, build, folder, programs):
         self._build = build
-        self._folder = folder
+        self.folder = folder
         self._programs = programs
         shutil.rmtree(folder, ignore_errors=True)
         for body in BODIES:
             shutil.copytree(build.tree / body, folder / body)
-        (folder / "objects").mkdir()
+        for name in ("objects", "temporary", "bin/tests"):
+            (folder / name).mkdir(parents=True)
+        # A test looks beside itself for its plug-ins, and for what shows that it lies in a build.
+        for pattern in ("CMakeCache.txt", "bin/*", "bin/tests/*"):
+            for path in build.folder.glob(pattern):
+                if path.is_file():
+                    self._take_as_built(path.relative_to(build.folder))
 
     def verdict(self, mutant):
         """What becomes of a mutant: it does not compile, or the first end of a test program that is
         not to pass."""
-        source = self._folder / mutant.path
+        source = self.folder / mutant.path
         source.write_text(mutant.applied())
+        changed = Changed(self._build.objects_of(mutant.path))
         try:
-            return self._outcome(mutant.path)
+            return self._outcome(mutant.path, changed)
         except subprocess.CalledProcessError:
             return NO_BUILD
         except NoLink as error:
             raise NoLink(f"{mutant.path}:{mutant.line}: {error}") from None
         finally:
             source.write_text(mutant.text)
+            for name in changed.linked:
+                self._take_as_built(name)
 
-    def _outcome(self, path):
-        changed = self._build.objects_of(path)
-        compiled = {}
-        for program in self._programs:
-            link = self._build.links[program.name]
-            for name in changed:
-                if name in link and name not in compiled:
-                    compiled[name] = self._compiled(name, f"{len(compiled)}.o")
-            if not compiled.keys().isdisjoint(link):
-                outcome = self._run_with(program, link, compiled)
+    def _take_as_built(self, name):
+        (self.folder / name).unlink(missing_ok=True)
+        os.link(self._build.folder / name, self.folder / name)
+
+    def _outcome(self, path, changed):
+        for program in self._judges(path):
+            touched = [name for name in program.executables if self._link(name, changed)]
+            if touched:
+                outcome = outcome_of(program, self.folder)
                 if outcome != PASSED:
                     return outcome
         return PASSED
 
+    def _judges(self, path):
+        """The programs for a source, first those that are named after its folder."""
+        body, folder = path.split("/")[:2]
+        judges = [program for program in self._programs if body in program.bodies]
+        return sorted(judges, key=lambda program: f"{body}_{folder}" not in program.name)
+
+    def _link(self, name, changed):
+        """Links an executable anew; false when nothing of it has changed."""
+        link = self._build.links[name]
+        objects = [word for word in link if word in changed.objects]
+        if objects and name not in changed.linked:
+            for word in objects:
+                if word not in changed.compiled:
+                    file = f"{len(changed.compiled)}.o"
+                    changed.compiled[word] = self._compiled(word, file)
+            changed.linked.add(name)
+            self._run_linker(name, [changed.compiled.get(word, word) for word in link])
+        return bool(objects)
+
     def _compiled(self, name, file):
-        target = str(self._folder / "objects" / file)
+        target = str(self.folder / "objects" / file)
         self._run(self._compilation(name, target))
         return target
 
-    def _run_with(self, program, link, compiled):
-        words = [compiled.get(word, word) for word in link]
-        words[words.index("-o") + 1] = str(self._folder / program.name)
+    def _run_linker(self, name, words):
+        words[words.index("-o") + 1] = str(self.folder / name)
+        (self.folder / name).unlink()
         try:
             self._run(words)
         except subprocess.CalledProcessError as error:
-            raise NoLink(f"{program.name} cannot be linked") from error
-        return outcome_of(program, self._folder / program.name, self._folder / "temporary")
+            raise NoLink(f"{name} cannot be linked") from error
 
     def _run(self, words):
         subprocess.run(words, cwd=self._build.folder, stderr=subprocess.DEVNULL, check=True)
@@ -79,7 +116,7 @@ class Workshop:
         for body in BODIES:
             place = word.find(tree + body)
             if place >= 0 and word[place + len(tree + body) :][:1] in ("", "/"):
-                return word.replace(tree, f"{self._folder}/")
+                return word.replace(tree, f"{self.folder}/")
         if word.startswith("-fmacro-prefix-map="):
-            return f"-fmacro-prefix-map={self._folder}/="
+            return f"-fmacro-prefix-map={self.folder}/="
         return word

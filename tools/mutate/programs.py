@@ -1,0 +1,68 @@
+"""The sources that mutants are made of, and the test programs that judge them, the quickest first."""
+
+from running import Program
+
+PLUGIN = ("include", "src")
+HOST = ("host",)
+BODIES = PLUGIN + HOST
+
+# Those over a century and with many callers at once prove what these prove, for much longer.
+PLUGIN_TESTS = (
+    "clock_unit_test",
+    "clock_device_paths_test",
+    "clock_mktime_test",
+    "plugin_clock_test",
+    "plugin_events_test",
+    "plugin_management_test",
+    "plugin_listener_test",
+    "plugin_ntp_client_test",
+    "plugin_quiet_log_test",
+    "plugin_threads_test",
+    "plugin_unreadable_time_test",
+    "plugin_any_bytes_test",
+)
+HOST_TESTS = (
+    "host_xml_test",
+    "host_device_services_test",
+    "host_report_pipe_test",
+    "host_clock_test",
+    "host_platform_test",
+    "host_storage_test",
+    "host_resolver_test",
+    "host_remote_test",
+    "host_ntpclient_test",
+    "host_runtime_test",
+    "host_control_test",
+    "integration_host_test",
+    "integration_control_test",
+)
+STARTED = ("bin/clockhost", "bin/clockctl", "bin/ntpclient")
+# Tests that start the programs, which are rebuilt for them.
+STARTING = {
+    "host_ntpclient_test": STARTED[2:],
+    "integration_host_test": STARTED,
+    "integration_control_test": STARTED,
+}
+# Others that they load are built, and stay as they are.
+HOST_TARGETS = ("ClockService",)
+
+
+def programs(paths):
+    """The programs that judge mutants of these sources."""
+    tests = [(PLUGIN, name) for name in PLUGIN_TESTS] + [(HOST, name) for name in HOST_TESTS]
+    return [
+        Program(f"bin/tests/{name}", bodies, STARTING.get(name, ()))
+        for bodies, name in tests
+        if any(body_of(path) in bodies for path in paths)
+    ]
+
+
+def targets(paths):
+    """What is built for them."""
+    names = [program.name.rpartition("/")[2] for program in programs(paths)]
+    started = [path.rpartition("/")[2] for program in programs(paths) for path in program.started]
+    return names + sorted({*started}) + [*HOST_TARGETS] * bool(started)
+
+
+def body_of(path):
+    return path.split("/")[0]
