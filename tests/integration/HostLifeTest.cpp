@@ -200,6 +200,17 @@ TEST_F(HostLife, StartsWhateverIsInThePlaceOfTheScript) {
   EXPECT_TRUE(fs::is_regular_file(state() / "setupTZ.sh"));
 }
 
+// It takes connections still: a call without a reply is not done because nothing was said against
+// it.
+TEST_F(HostLife, StoppedHostHasNotDoneAOneWayCall) {
+  start();
+  host->signal(SIGSTOP);
+  expectOneLine(ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
+                {"no reply within 0.05 s; the host is busy"});
+  host->signal(SIGCONT);
+  EXPECT_EQ(told({"call", "setTimeInt", "setTime=60"}), "");
+}
+
 TEST_F(HostLife, StartsAtTheGivenInstantAndFindsItAgain) {
   start({"--speed", "0", "--at", "2026-03-08T06:59:50Z"});
   EXPECT_EQ(told({"get", "time"}), "2026-03-08T06:59:50+00:00");

@@ -2,13 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "MgmtAgentIfc.h"
 #include "clock/VirtualClock.h"
 #include "control/ScenarioDevice.h"
 #include "host/control/NotingChannel.h"
+#include "runtime/Device.h"
 #include "runtime/Plugin.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
 
 namespace host {
 namespace {
@@ -105,6 +110,45 @@ TEST_F(ControlledTelephone, RefusesWhatIsDeep) {
   controller.handle({R"({"verb":"log","follow":)" + deep + "}", channel});
   ASSERT_EQ(channel->replies.size(), 1U);
   EXPECT_EQ(Json::parse(channel->replies[0]).at("ok"), false);
+}
+
+// Notes, in the order in which they come, that an agent was told of a change and that the client
+// was answered.
+struct ToldAndAnswered : NotingChannel, MgmtAgentIfc {
+  bool reply(std::string_view /*json*/) override {
+    order.emplace_back("answered");
+    return true;
+  }
+  bool setData(ManageableData& /*record*/) override { return false; }
+  bool getData(ManageableData& /*record*/) override { return false; }
+  void manageableDataChanged(ManageableData& /*record*/) override { order.emplace_back("told"); }
+  bool resetUserData() override { return false; }
+
+  std::vector<std::string> order;
+};
+
+TEST_F(ControlledTelephone, AnswersAnInjectOnceItHasHappened) {
+  Device& device = telephone.device();
+  Controller controller(device, {});
+  const std::pair<const char*, const char*> injects[] = {
+      {"interface-status", R"({"verb":"inject","what":"network","value":"down"})"},
+      {"dhcp-enabled", R"({"verb":"inject","what":"dhcp","value":"true"})"},
+      {"mobility-user-data-update", R"({"verb":"inject","what":"mobility","value":"user"})"},
+      {"any", R"({"verb":"inject","what":"value","key":"any","value":"x"})"},
+  };
+  for (const auto& [key, request] : injects) {
+    const auto client = std::make_shared<ToldAndAnswered>();
+    device.managementThread().run(
+        [&, name = key] { device.management().observeData(name, client.get()); });
+    std::promise<void> gate;
+    device.managementThread().post([opened = gate.get_future().share()] { opened.wait(); });
+    controller.handle({request, client});
+    EXPECT_TRUE(client->order.empty()) << "nothing has happened yet";
+    gate.set_value();
+    for (int i = 0; i < 3; ++i) device.managementThread().run([] {});
+    EXPECT_EQ(client->order, (std::vector<std::string>{"told", "answered"})) << key;
+    device.managementThread().run([&] { device.management().dropAgents(); });
+  }
 }
 
 TEST_F(ControlledTelephone, ValuesMayHoldAnyCharacter) {

@@ -46,6 +46,18 @@ TEST(LogRing, TheOldestGo) {
   EXPECT_EQ(ring.entries().front().at("number"), 2);
 }
 
+TEST(LogRing, AFollowerOfALongLogGetsTheNewestEntries) {
+  LogRing ring;
+  const std::string text(LogBook::kLongestText, '"');  // two bytes each in JSON
+  for (std::uint64_t i = 1; i <= LogRing::kKept; ++i) ring.write(entry(i, text));
+  const auto channel = std::make_shared<NotingChannel>();
+  ring.follow(channel);
+  ASSERT_FALSE(channel->items.empty());
+  ASSERT_LT(channel->items.size(), LogRing::kKept) << "not all fit";
+  std::uint64_t next = LogRing::kKept - channel->items.size() + 1;
+  for (const std::string& item : channel->items) EXPECT_EQ(Json::parse(item).at("number"), next++);
+}
+
 TEST(LogRing, AFollowerGetsWhatIsKeptAndWhatComes) {
   LogRing ring;
   ring.write(entry(1, "before"));

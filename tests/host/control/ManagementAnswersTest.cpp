@@ -235,6 +235,22 @@ TEST_F(ManagedTelephone, ShowsBytesThatAreNoTextAsReplacementCharacters) {
   for (const Json& row : keys) EXPECT_EQ(row.at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
 }
 
+TEST_F(ManagedTelephone, ShowsTheNewestEntriesOfALongLogAndOfAllOfThoseThatFit) {
+  constexpr int kWritten = 800;       // more bytes than a frame holds
+  const std::string text(1000, '"');  // two bytes each in JSON
+  telephone.powerOn();
+  for (int i = 0; i < kWritten; ++i) logAppUni("long", 2, "f", i, "%s", text.c_str());
+  const Json entries = telephone.request({{"verb", "log"}}).at("entries");
+  std::vector<int> lines;
+  for (const Json& entry : entries) {
+    if (entry.at("component") == "long") lines.push_back(entry.at("line"));
+  }
+  ASSERT_GT(lines.size(), kMebibyte / text.size() / 6);
+  ASSERT_LT(lines.size(), kWritten);
+  int line = kWritten - static_cast<int>(lines.size());
+  for (const int shown : lines) EXPECT_EQ(shown, line++);
+}
+
 TEST_F(ManagedTelephone, ShowsLogsWhoseTextsAreNoText) {
   telephone.device().securityLog().record(1, 4, 1, 5, 3, true, "k\xff(v\xff)", "\xff", "\xff");
   logAppUni("k\xff", 2, "f\xff", 1, "%s", "v\xff");

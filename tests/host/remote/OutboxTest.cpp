@@ -82,6 +82,23 @@ TEST_F(OutboxWithReader, QueuesTheRestAndKeepsTheOrder) {
   EXPECT_TRUE(m_outbox->idle());
 }
 
+// The reader has made room, and the loop has not sent the rest yet: neither a usual frame nor one
+// in two pieces may use that room.
+TEST_F(OutboxWithReader, NoFrameOvertakesAHalfSentOne) {
+  const std::uint32_t taken = fill(10000);
+  std::vector<std::uint32_t> all = read();
+  EXPECT_TRUE(send(taken, 10));
+  EXPECT_TRUE(send(taken + 1, 5000));
+  for (const std::uint32_t id : read()) all.push_back(id);
+  EXPECT_LT(all.size(), taken) << "one is still on its way";
+  for (int i = 0; i < 100 && !m_outbox->idle(); ++i) {
+    static_cast<void>(m_outbox->flush());
+    for (const std::uint32_t id : read()) all.push_back(id);
+  }
+  ASSERT_EQ(all.size(), taken + 2);
+  for (std::uint32_t id = 0; id < taken + 2; ++id) EXPECT_EQ(all[id], id);
+}
+
 TEST_F(OutboxWithReader, OverflowsBeyondItsBoundAndNotBefore) {
   fill(10000);
   std::size_t queued = 0;

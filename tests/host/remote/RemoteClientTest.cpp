@@ -96,6 +96,17 @@ TEST_F(ClientOfATest, ControlPassesItemsAndAnswersOfOthersOver) {
   EXPECT_EQ(m_client.control("{}", kLong), "reply");
 }
 
+// The host hangs up when it has handled all; one that has stopped does not, and a reply is no sign.
+TEST_F(ClientOfATest, BarrierEndsWellOnlyWhenTheHostHangsUp) {
+  Method method("setAlarm", Method::call);
+  m_client.post(method);
+  EXPECT_FALSE(m_client.barrier(kShort));
+  say({FrameKind::reply, 1, encoded("setAlarm")});
+  EXPECT_FALSE(m_client.barrier(kShort));
+  m_host.reset();
+  EXPECT_TRUE(m_client.barrier(kLong));
+}
+
 TEST_F(ClientOfATest, TellsThatTheHostHungUp) {
   m_host.reset();
   EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);

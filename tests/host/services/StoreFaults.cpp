@@ -1,6 +1,7 @@
 #include "host/services/StoreFaults.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@ namespace host {
 namespace {
 
 std::atomic<std::size_t> syncs{0};
+std::atomic<std::size_t> folderSyncs{0};
 std::atomic<bool> syncsFail{false};
 int writeError = 0;
 
@@ -50,6 +52,8 @@ void replace(const char* call, sqlite3_syscall_ptr function) {
 
 int sync(long call, int file) {
   ++syncs;
+  struct stat status {};
+  if (::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) ++folderSyncs;
   if (!syncsFail) return static_cast<int>(::syscall(call, file));
   errno = EIO;
   return -1;
@@ -59,6 +63,10 @@ int sync(long call, int file) {
 
 std::size_t takeSyncs() {
   return syncs.exchange(0);
+}
+
+std::size_t takeFolderSyncs() {
+  return folderSyncs.exchange(0);
 }
 
 FailingWrites::FailingWrites(int error) {

@@ -9,6 +9,9 @@ namespace host {
 // Syncs of any file since the last call.
 [[nodiscard]] std::size_t takeSyncs();
 
+// ... of folders alone, which the other counts, too.
+[[nodiscard]] std::size_t takeFolderSyncs();
+
 // While it lives, each write of SQLite to a file fails as on a full disk (ENOSPC) or a broken one
 // (EIO).
 class FailingWrites {
