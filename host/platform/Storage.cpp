@@ -96,7 +96,9 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
   host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);
-  if (contentOf(path) == content) return true;  // each start stores the same: flash is to last
+  const auto present = contentOf(path);
+  if (present == content) return true;  // each start stores the same: flash is to last
+  if (!present && errno != ENOENT && errno != EFBIG) logFailure("read", name, std::strerror(errno));
   if (writeNew(next, content) && rename(next.c_str(), path.c_str()) == 0) {
     syncFolder(folder);
     return true;

@@ -39,12 +39,10 @@ std::string unusedName(const std::string& file) {
   }
 }
 
-// SQLite's own words. Only here are the system's call and reason told, and warnings, such as of a
-// file that was removed while it is open; the rest is told again where it is decided what follows.
+// SQLite's own words. A failure is told again by whoever decides what follows; a warning, as of a
+// file that was removed while it is open, by nobody else.
 void passOn(void*, int code, const char* words) {
-  const int kind = code & 0xff;
-  const bool only = kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN || kind == SQLITE_WARNING;
-  const int level = only ? 3 : 5;
+  const int level = (code & 0xff) == SQLITE_WARNING ? 3 : 5;
   logAppUni("clockhost", level, __FILE__, __LINE__, "SQLite: %s (%d)", words, code);
 }
 

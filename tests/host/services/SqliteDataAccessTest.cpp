@@ -153,9 +153,10 @@ TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
 TEST_F(SettingsStore, FailureIsToldWithTheSystemsReason) {
   SqliteDataAccess store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  const support::LogCapture all(5);
   const FailingSyncs fault;
   EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
-  EXPECT_TRUE(log.hasPart(" (5) full_fsync(" + file().string() + "-wal)")) << log.text();
+  EXPECT_TRUE(all.hasPart(" (5) full_fsync(" + file().string() + "-wal)")) << all.text();
   EXPECT_TRUE(log.hasPart("\": writing failed: disk I/O error")) << log.text();
 }
 
