@@ -51,6 +51,7 @@ class StderrLog::Writer {
         m_now(std::move(now)),
         m_limit(std::move(limit)) {
     m_waiting.reserve(kMostWaiting + kGapLine);
+    m_writing.reserve(kMostWaiting + kGapLine);
   }
 
   void add(const LogEntry& entry) {
@@ -63,15 +64,13 @@ class StderrLog::Writer {
 
   // The thread's body.
   void work() {
-    std::string lines;
-    lines.reserve(kMostWaiting + kGapLine);
     std::unique_lock lock(m_mutex);
-    while (take(lines) || !m_ending) {
-      if (lines.empty()) {
+    while (take() || !m_ending) {
+      if (m_writing.empty()) {
         wait(lock);
       } else {
         lock.unlock();
-        writeAll(m_descriptor, lines);
+        writeAll(m_descriptor, m_writing);
         lock.lock();
       }
     }
@@ -105,9 +104,9 @@ class StderrLog::Writer {
     for (const LogEntry& entry : m_limit.summaries(now)) put(entry);
   }
 
-  // Fills `lines` with all that waits. False: with nothing.
-  bool take(std::string& lines) {
-    lines.clear();
+  // All that waits is to be written next. False: it is nothing.
+  bool take() {
+    m_writing.clear();
     try {
       putSummaries(m_ending ? Clock::time_point::max() : m_now());
       if (m_dropped != 0) m_waiting += logLine(gap(), m_inColour);
@@ -115,8 +114,8 @@ class StderrLog::Writer {
       // No memory for the numbers: they are lost.
     }
     m_dropped = 0;
-    lines.swap(m_waiting);
-    return !lines.empty();
+    m_writing.swap(m_waiting);
+    return !m_writing.empty();
   }
 
   LogEntry gap() const {
@@ -141,7 +140,8 @@ class StderrLog::Writer {
   const int m_descriptor;
   const bool m_inColour;
   const Now m_now;
-  std::mutex m_mutex;  // guards what follows
+  std::string m_writing;  // the thread's alone; there from the start, as the thread needs no memory
+  std::mutex m_mutex;     // guards what follows
   std::condition_variable m_changed;
   LogLimit m_limit;
   std::string m_waiting;                      // whole lines
