@@ -5,6 +5,7 @@
 #include <string>
 
 #include "runtime/Error.h"
+#include "runtime/PluginFile.h"
 
 namespace host {
 namespace {
@@ -26,6 +27,8 @@ std::string loaderWords(const std::filesystem::path& file) {
 Plugin::Plugin(const std::filesystem::path& file) : m_file(std::filesystem::absolute(file)) {
   const std::string wanted = std::string(" (wanted for its factory ") + kServiceFactory + ")";
   if (!std::filesystem::exists(m_file)) refuse(m_file, "no such file" + wanted);
+  if (const auto why = whyNoPlugin(m_file))
+    refuse(m_file, "cannot be loaded" + wanted + ": " + *why);
   m_handle.reset(dlopen(m_file.c_str(), RTLD_NOW | RTLD_LOCAL));
   if (!m_handle) refuse(m_file, "cannot be loaded" + wanted + ": " + loaderWords(m_file));
   m_service = find<ServiceFactory>(kServiceFactory);

@@ -1,7 +1,10 @@
 #include "runtime/Plugin.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <cstdint>
+#include <filesystem>
 #include <fstream>
 
 #include "Invoker.h"
@@ -47,6 +50,47 @@ TEST(Plugin, FileThatIsNoLibraryIsNamedWithTheFactoryAndTheReason) {
       << error;
   EXPECT_EQ(error.find('\n'), std::string::npos) << error;
   EXPECT_EQ(error.rfind(file.string()), error.find(file.string())) << error;
+}
+
+// Wherever it ends: in the headers, in what the loader maps, in the section table behind that.
+TEST(Plugin, FileThatIsCutOffIsRefusedAtEachLength) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "plugin.so";
+  std::filesystem::copy_file(testPlugin("full"), file);
+  const auto whole = std::filesystem::file_size(file);
+  for (const std::uintmax_t size :
+       {whole - 1, whole / 2, std::uintmax_t{4096}, std::uintmax_t{100}, std::uintmax_t{64}}) {
+    std::filesystem::resize_file(file, size);
+    EXPECT_NE(loadingError(file).find("it is cut off, with " + std::to_string(size) + " of "),
+              std::string::npos)
+        << size << ": " << loadingError(file);
+  }
+  for (const std::uintmax_t size : {10U, 0U}) {
+    std::filesystem::resize_file(file, size);
+    EXPECT_NE(loadingError(file).find("it is no shared object"), std::string::npos) << size;
+  }
+}
+
+TEST(Plugin, FileOfAnotherWordSizeIsRefused) {
+  const support::TemporaryFolder folder;
+  const auto file = folder / "plugin.so";
+  std::filesystem::copy_file(testPlugin("full"), file);
+  std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+  stream.seekg(4);
+  const int other = stream.get() == 2 ? 1 : 2;
+  stream.seekp(4);
+  stream.put(static_cast<char>(other)).flush();
+  EXPECT_NE(loadingError(file).find("another kind of processor"), std::string::npos);
+}
+
+TEST(Plugin, WhatIsNoRegularFileIsRefused) {
+  const support::TemporaryFolder folder;
+  const auto fifo = folder / "fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::filesystem::path& file :
+       {fifo, folder.path(), std::filesystem::path("/dev/zero")}) {
+    EXPECT_NE(loadingError(file).find("it is no regular file"), std::string::npos) << file;
+  }
 }
 
 TEST(Plugin, AbsentFactoryIsNamedWithTheFile) {
