@@ -59,8 +59,15 @@ std::string checkProgram(const std::string& text) {
   return right ? "" : "\"" + text + "\" is not DEVICEPATH=PATH, as in /sbin/ntpclient=./client";
 }
 
+// Left out, each path has its default.
+std::string checkPath(const std::string& text) {
+  return text.empty() ? "a path is wanted, not an empty text" : "";
+}
+
 void addDeviceOptions(CLI::App& app, DeviceOptions& device, Words& words) {
-  app.add_option("--state", device.state, "Folder of the saved settings")->type_name("DIR");
+  app.add_option("--state", device.state, "Folder of the saved settings")
+      ->type_name("DIR")
+      ->check(checkPath);
   app.add_option("--variant", device.variant, "Hardware sub-variant; 2, 3 and 4 form one class")
       ->type_name("N");
   app.add_option("--software-type", device.softwareType, "Telephony software of the telephone")
@@ -75,18 +82,22 @@ void addDeviceOptions(CLI::App& app, DeviceOptions& device, Words& words) {
 }
 
 void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
-  app.add_option("--plugin", options.plugin, "The plug-in")->type_name("FILE");
-  app.add_option("--socket", options.socket, "Where remote calls come in")->type_name("FILE");
+  app.add_option("--plugin", options.plugin, "The plug-in")->type_name("FILE")->check(checkPath);
+  app.add_option("--socket", options.socket, "Where remote calls come in")
+      ->type_name("FILE")
+      ->check(checkPath);
   app.add_option("--socket-group", words.socketGroup, "A group that may call, beside the owner")
       ->type_name("NAME");
   app.add_option("--control-socket", options.controlSocket,
                  "Where the owner's control requests come in; beside --socket, with \".control\" "
                  "behind")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(checkPath);
   app.add_option(
          "--device-root", options.deviceRoot,
          "Folder for the device's /data and /tmp/votk: \"device\" in --state; / on a device")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check(checkPath);
   app.add_option("--clock", words.clock, "A clock of its own, or (privileged) the machine's")
       ->type_name("virtual|system")
       ->check(CLI::IsMember({"virtual", "system"}));
@@ -103,7 +114,8 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
       ->allow_extra_args(false)
       ->check(checkProgram);
   app.add_option("--scenario", words.scenario, "Run a scenario and end: 0 passed, 1 failed")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(checkPath);
 }
 
 gid_t groupNamed(const std::string& name) {

@@ -68,6 +68,11 @@ std::optional<std::chrono::milliseconds> limitOf(std::optional<double> timeout) 
   return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(*timeout));
 }
 
+// CLI11 takes an empty text for "right".
+std::string checkPath(const std::string& text) {
+  return text.empty() ? "a path is wanted, not an empty text" : "";
+}
+
 std::string helpText(const CLI::App& app) {
   return app.help() + "Verbs:\n" + verbHelp();
 }
@@ -85,10 +90,12 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.add_option("--socket", options.socket, "Where the host takes calls (call, watch)")
       ->type_name("FILE")
-      ->capture_default_str();
+      ->capture_default_str()
+      ->check(checkPath);
   app.add_option("--control-socket", options.controlSocket,
                  "Where it takes the other verbs; beside --socket, with \".control\" behind")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(checkPath);
   app.add_flag("--json", options.json, "Answers as JSON, one object a line");
   app.add_option("--timeout", timeout,
                  "How long to wait for a reply (calls 2, others 5, where time passes 60)")

@@ -52,6 +52,14 @@ TEST(ClockCtlOptions, TheControlSocketIsBesideTheOtherUnlessItIsNamed) {
   }
 }
 
+TEST(ClockCtlOptions, APathIsNotEmpty) {
+  std::ostringstream out;
+  for (const Words& words : {Words{"--socket", "", "keys"}, Words{"--socket=", "keys"},
+                             Words{"--control-socket", "", "keys"}}) {
+    EXPECT_THROW(readClockCtlOptions(words, "/default", out), UsageError);
+  }
+}
+
 TEST(ClockCtlOptions, TheLastOfTwoCounts) {
   const auto options =
       read("--socket /a --timeout 1 get time --socket=/b --timeout 2 --json --json");

@@ -49,6 +49,18 @@ TEST(HostOptions, NothingNeedsToBeSaid) {
   EXPECT_FALSE(options.scenario.has_value());
 }
 
+TEST(HostOptions, APathIsNotEmpty) {
+  for (const char* const option :
+       {"--plugin", "--state", "--socket", "--control-socket", "--device-root", "--scenario"}) {
+    EXPECT_EQ(usageErrorOf({option, ""}),
+              option + std::string(": a path is wanted, not an empty text; see clockhost --help"));
+  }
+  for (const char* const program : {"/sbin/ntpclient=", "=/bin/true", "="}) {
+    EXPECT_NE(usageErrorOf({"--program", program}).find("is not DEVICEPATH=PATH"),
+              std::string::npos);
+  }
+}
+
 TEST(HostOptions, EverythingCanBeSaid) {
   const HostOptions options = read({"--plugin",
                                     "p.so",
