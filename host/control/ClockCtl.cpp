@@ -5,6 +5,7 @@
 
 #include "control/CallWords.h"
 #include "control/ClockCtlOptions.h"
+#include "control/JsonText.h"
 #include "control/Nearest.h"
 #include "control/ReadJson.h"
 #include "control/RemoteMethods.h"
@@ -77,7 +78,7 @@ class Command {
 
   void print(const Json& answer) {
     if (!m_options.json) return m_verb.print(answer, m_out);
-    m_out << answer.dump(-1, ' ', false, Json::error_handler_t::replace) << std::endl;
+    m_out << jsonLine(answer) << std::endl;
   }
 
   [[noreturn]] void noReply(const std::string& hint) const {

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 
+#include "control/JsonText.h"
 #include "platform/ShownText.h"
 
 namespace host {
@@ -15,18 +16,21 @@ namespace {
 constexpr std::array<const char*, 7> kLevels = {"fatal", "critical", "error", "warning",
                                                 "note",  "info",     "trace"};
 
+std::string textOf(const Json& value) {
+  return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
 // A member as text; nothing for one that is not there.
 std::string member(const Json& object, const char* name) {
   const auto found = object.find(name);
   if (found == object.end() || found->is_null()) return {};
-  return found->is_string() ? found->get<std::string>() : found->dump();
+  return textOf(*found);
 }
 
-// A value that could break the line it stands in, in the notation of JSON.
+// A value that could break the line it stands in, or that a terminal would obey, in the notation of
+// JSON.
 std::string oneLine(const std::string& text) {
-  const bool plain = std::none_of(text.begin(), text.end(),
-                                  [](char c) { return static_cast<unsigned char>(c) < ' '; });
-  return plain ? text : Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+  return isPlainLine(text) ? text : jsonLine(text);
 }
 
 // What does not fit its column of a table; `get` shows it whole.
@@ -90,7 +94,7 @@ void printCall(const Json& answer, std::ostream& out) {
   const auto reply = answer.find("reply");
   if (reply == answer.end()) return;
   for (const auto& [name, value] : reply->items()) {
-    out << name << '=' << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+    out << name << '=' << oneLine(textOf(value)) << '\n';
   }
 }
 
@@ -98,13 +102,13 @@ void printEvent(const Json& event, std::ostream& out) {
   out << member(event, "event");
   const Json parameters = event.value("parameters", Json::object());
   for (const auto& [name, value] : parameters.items()) {
-    out << ' ' << name << '=' << (value.is_string() ? value.get<std::string>() : value.dump());
+    out << ' ' << name << '=' << oneLine(textOf(value));
   }
   out << std::endl;  // people and pipes see it when it comes
 }
 
 void printValue(const Json& answer, std::ostream& out) {
-  out << member(answer, "value") << '\n';
+  out << oneLine(member(answer, "value")) << '\n';
 }
 
 void printKeys(const Json& answer, std::ostream& out) {

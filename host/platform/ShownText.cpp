@@ -16,10 +16,6 @@ std::string lengthText(std::size_t bytes) {
   return " (" + std::to_string(bytes) + " bytes)";
 }
 
-bool isControl(std::uint32_t code) {
-  return code < 0x20 || (code >= 0x7F && code < 0xA0);
-}
-
 void appendEscaped(std::string& line, std::string_view bytes) {
   for (const char byte : bytes) {
     char escape[5];
@@ -46,6 +42,19 @@ std::string clippedText(std::string_view text, std::size_t most) {
 std::string clippedText(std::string_view beginning, std::size_t most, std::size_t whole) {
   if (whole <= most) return std::string(beginning);
   return std::string(beginningOf(beginning, most)) + "..." + lengthText(whole);
+}
+
+bool isControl(std::uint32_t code) {
+  return code < 0x20 || (code >= 0x7F && code < 0xA0);
+}
+
+bool isPlainLine(std::string_view text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const Utf8Character character = utf8CharacterAt(text, at);
+    if (character.length == 0 || isControl(character.code)) return false;
+    at += character.length;
+  }
+  return true;
 }
 
 std::string escapedLine(std::string_view text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,12 @@ namespace host {
 // The same of a text of which only the beginning is there, more than `most` bytes of `whole`.
 [[nodiscard]] std::string clippedText(std::string_view beginning, std::size_t most,
                                       std::size_t whole);
+
+// Of ASCII, DEL and C1 (U+0080 to U+009F), which a terminal obeys.
+[[nodiscard]] bool isControl(std::uint32_t code);
+
+// UTF-8 without a control character: one line, and nothing in it that a terminal obeys.
+[[nodiscard]] bool isPlainLine(std::string_view text);
 
 // The text on one line: of control characters, and of bytes that are not UTF-8, each byte as \xNN;
 // a line feed as \n.

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "control/JsonText.h"
+
 namespace host {
 namespace {
 
@@ -28,6 +30,22 @@ TEST(VerbPrinters, EventsOnOneLine) {
 TEST(VerbPrinters, ValuesAsTheyAre) {
   EXPECT_EQ(printed(printValue, R"({"value":"two words"})"), "two words\n");
   EXPECT_EQ(printed(printValue, R"({"value":""})"), "\n");
+}
+
+// DEL, and U+009B, which starts what a terminal obeys as ESC [ does.
+TEST(VerbPrinters, NothingThatATerminalObeys) {
+  const char* const shown = "\"\xC3\xBC\\u007f\\u009b2J\"";
+  const std::string value =
+      "\xC3\xBC\x7F\xC2\x9B"
+      "2J";
+  EXPECT_EQ(printed(printValue, Json{{"value", value}}.dump().c_str()), shown + std::string("\n"));
+  EXPECT_EQ(printed(printCall, Json{{"reply", {{"a", value}}}}.dump().c_str()),
+            "a=" + std::string(shown) + '\n');
+  EXPECT_EQ(
+      printed(printEvent, Json{{"event", "e"}, {"parameters", {{"a", value}}}}.dump().c_str()),
+      "e a=" + std::string(shown) + '\n');
+  EXPECT_EQ(jsonLine(value), shown);
+  EXPECT_EQ(Json::parse(jsonLine(value)), value);
 }
 
 TEST(VerbPrinters, KeysAsATable) {
