@@ -1,18 +1,20 @@
-#include <csignal>
 #include <exception>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include "control/ClockCtl.h"
+#include "platform/ProgramStart.h"
 #include "platform/ShownText.h"
+#include "platform/StandardOutput.h"
 #include "runtime/DefaultPaths.h"
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // a host that hangs up, a reader that has seen enough
+  host::startProgram();
   try {
     const std::vector<std::string> words(argv + 1, argv + argc);
-    return host::runClockCtl(words, host::defaultPaths().socket, std::cout, std::cerr);
+    const int status = host::runClockCtl(words, host::defaultPaths().socket, std::cout, std::cerr);
+    return status == 0 && !host::outputArrived("clockctl") ? 1 : status;
   } catch (const std::exception& error) {
     std::cerr << host::errorLine("clockctl", error.what());
     return 1;

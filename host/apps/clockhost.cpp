@@ -9,7 +9,9 @@
 #include "apps/ClockHost.h"
 #include "apps/HostOptions.h"
 #include "control/UsageError.h"
+#include "platform/ProgramStart.h"
 #include "platform/ShownText.h"
+#include "platform/StandardOutput.h"
 #include "runtime/DefaultPaths.h"
 
 namespace {
@@ -22,14 +24,16 @@ int say(const std::exception& error, int status) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  host::startProgram();
+  std::signal(SIGHUP, SIG_IGN);  // the terminal has gone; what ends a host is SIGINT or SIGTERM
   // Before any thread: the service sets TZ again and again, and then finds its place taken already.
   ::setenv("TZ", "UTC0", 1);
   ::tzset();
-  std::signal(SIGPIPE, SIG_IGN);  // a client that hangs up is no reason to end
   try {
     const std::vector<std::string> words(argv + 1, argv + argc);
     const auto options = host::readHostOptions(words, host::defaultPaths(), std::cout);
-    return options ? host::runClockHost(*options) : 0;
+    if (options) return host::runClockHost(*options);
+    return host::outputArrived("clockhost") ? 0 : 1;
   } catch (const host::UsageError& error) {
     return say(error, 2);
   } catch (const std::exception& error) {

@@ -72,10 +72,8 @@ void giveUpTheRest(const SealedPath& pipe, bool verbose) {
   }
 }
 
-// Whatever the starting thread had blocked or ignored: SIGTERM ends the program at once, and a
-// listener that closes its pipe does not.
+// Whatever the starting thread had blocked or ignored: SIGTERM ends the program at once.
 void setSignals() {
-  std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGTERM, SIG_DFL);
   sigset_t none;
   sigemptyset(&none);

@@ -75,7 +75,8 @@ class SpawnPlan {
     sigemptyset(&none);
     sigset_t reset;
     sigemptyset(&reset);
-    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGCHLD, SIGUSR1, SIGUSR2})
+    for (const int signal :
+         {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGCHLD, SIGUSR1, SIGUSR2, SIGXFSZ})
       sigaddset(&reset, signal);
     short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
     if (ownGroup) flags |= POSIX_SPAWN_SETPGROUP;  // of the child's own id

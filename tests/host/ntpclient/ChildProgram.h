@@ -24,6 +24,7 @@ class ChildProgram {
   ChildProgram(const ChildProgram&) = delete;
   ChildProgram& operator=(const ChildProgram&) = delete;
 
+  [[nodiscard]] pid_t id() const { return m_child; }
   void kill(int signal) const;
 
   // The next line; nothing when all who held the other end are gone, or after 20 s.

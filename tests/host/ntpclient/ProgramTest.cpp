@@ -121,6 +121,17 @@ TEST_F(ClientProgram, SetsTheHostsClockAndThenReportsIt) {
   EXPECT_EQ(program.lines(), Strings{});
 }
 
+TEST_F(ClientProgram, ReplacesClosedDescriptors) {
+  Strings words = {"/bin/sh", "-c", "exec \"$@\" <&- >&- 2>&-", "sh"};
+  for (const std::string& word : commandLine({"127.0.0.1", "-4"})) words.push_back(word);
+  const ChildProgram program(words, environment(), m_clock.clientsEnd());
+  ASSERT_TRUE(m_server.receive());
+  for (const char* const standard : {"0", "1", "2"}) {
+    const std::filesystem::path folder = "/proc/" + std::to_string(program.id()) + "/fd";
+    EXPECT_EQ(std::filesystem::read_symlink(folder / standard), "/dev/null");
+  }
+}
+
 TEST_F(ClientProgram, TriesAgainAfterSilenceAndAfterABadAnswerWithALine) {
   ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
   const auto request = m_server.receive();

@@ -1,0 +1,31 @@
+#include "platform/StandardOutput.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+
+#include "platform/ShownText.h"
+
+namespace host {
+namespace {
+
+// Why standard output takes nothing: asked by writing once more, for the stream forgets it. 0: it
+// takes something again.
+int writeError() {
+  return ::write(STDOUT_FILENO, "\n", 1) < 0 ? errno : 0;
+}
+
+}  // namespace
+
+bool outputArrived(const char* program) {
+  if (std::cout.flush()) return true;
+  const int error = writeError();
+  if (error == EPIPE) return true;
+  const std::string cause = error == 0 ? "" : std::string(": ") + std::strerror(error);
+  std::cerr << errorLine(program, "standard output does not take everything" + cause);
+  return false;
+}
+
+}  // namespace host

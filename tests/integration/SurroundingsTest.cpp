@@ -1,0 +1,134 @@
+// What the programs find around them: descriptors, signals, limits, and files that are not what
+// they should be.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <functional>
+
+#include "integration/RunningHost.h"
+
+namespace integration {
+namespace {
+
+namespace fs = std::filesystem;
+
+void expectOneLine(const Outcome& outcome, int status, const std::string& part) {
+  EXPECT_EQ(outcome.status, status) << outcome.err;
+  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err;
+}
+
+// The program in a shell's hands: its descriptors as the shell's words say.
+Words inShell(const std::string& redirections, const Words& words) {
+  Words all = {"/bin/sh", "-c", "exec \"$@\" " + redirections, "sh"};
+  all.insert(all.end(), words.begin(), words.end());
+  return all;
+}
+
+Words hostWords(const support::TemporaryFolder& folder, const Words& options = {}) {
+  Words words = {CLOCKHOST,  "--plugin",        CLOCK_PLUGIN,    "--state",       folder / "state",
+                 "--socket", folder / "socket", "--device-root", folder / "root", "--speed",
+                 "0"};
+  words.insert(words.end(), options.begin(), options.end());
+  return words;
+}
+
+bool becomesTrue(const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+  }
+  return true;
+}
+
+std::string descriptorOf(const Program& program, int number) {
+  std::error_code error;
+  const fs::path link = "/proc/" + std::to_string(program.id()) + "/fd/" + std::to_string(number);
+  return fs::read_symlink(link, error).string();
+}
+
+void expectNullDescriptors(const Program& program) {
+  for (const int standard : {0, 1, 2}) EXPECT_EQ(descriptorOf(program, standard), "/dev/null");
+}
+
+TEST(ClosedDescriptors, OfTheHostAndOfClockctlBecomeDevNull) {
+  const support::TemporaryFolder folder;
+  const Program host(folder.path(), "host", inShell("<&- >&- 2>&-", hostWords(folder)));
+  const auto ctl = [&](const Words& words) {
+    Words all = {CLOCKCTL, "--socket", folder / "socket"};
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+  };
+  const auto outputOf = [&](const Words& words) {
+    return Program(folder.path(), "clockctl", ctl(words)).wait().out;
+  };
+  ASSERT_TRUE(becomesTrue([&] { return outputOf({"get", "date-format"}) == "0\n"; }));
+  expectNullDescriptors(host);
+  const Program watcher(folder.path(), "watcher", inShell("<&- >&- 2>&-", ctl({"watch"})));
+  ASSERT_TRUE(becomesTrue(
+      [&] { return outputOf({"status"}).find("clients      2") != std::string::npos; }));
+  expectNullDescriptors(watcher);
+}
+
+TEST(HangUp, DoesNotEndTheHost) {
+  RunningHost host;
+  host.program().signal(SIGHUP);
+  EXPECT_EQ(host.ctl({"get", "date-format"}).out, "0\n");
+  EXPECT_FALSE(host.program().ends(std::chrono::milliseconds(0)));
+}
+
+// Room for the line, and for no page of a database.
+TEST(FileSizeLimit, AtTheStartIsARefusalInOneLine) {
+  const support::TemporaryFolder folder;
+  const Words words = inShell("", hostWords(folder));
+  Words limited = {words[0], words[1], "ulimit -f 4; " + words[2]};
+  limited.insert(limited.end(), words.begin() + 3, words.end());
+  expectOneLine(Program(folder.path(), "host", limited).wait(), 1, "cannot be written");
+}
+
+// The log goes to a file here, and the framework's thread, which writes it, would be killed first.
+TEST(FileSizeLimit, FailsASetWithALineAndTheHostGoesOn) {
+  RunningHost host({"--log-level", "6"});
+  ASSERT_EQ(host.ctl({"set", "date-format", "1"}).status, 0);
+  rlimit before{};
+  const rlimit none{0, RLIM_INFINITY};
+  ASSERT_EQ(prlimit(host.program().id(), RLIMIT_FSIZE, &none, &before), 0);
+  expectOneLine(host.ctl({"set", "date-format", "2"}), 1, "date-format");
+  EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
+  EXPECT_EQ(host.ctl({"get", "date-format"}).out, "1\n");
+  ASSERT_EQ(prlimit(host.program().id(), RLIMIT_FSIZE, &before, nullptr), 0);
+  EXPECT_EQ(host.ctl({"set", "date-format", "2"}).status, 0);
+}
+
+class LostOutput : public ::testing::TestWithParam<Words> {};
+
+TEST_P(LostOutput, IsToldInOneLine) {
+  RunningHost host;
+  Words words = {CLOCKCTL, "--socket", host.socket()};
+  words.insert(words.end(), GetParam().begin(), GetParam().end());
+  expectOneLine(Program(host.folder(), "full", inShell(">/dev/full", words)).wait(), 1,
+                "standard output does not take everything: No space left on device");
+}
+
+INSTANTIATE_TEST_SUITE_P(OfClockctl, LostOutput,
+                         ::testing::Values(Words{"--help"}, Words{"keys"}, Words{"--json", "keys"},
+                                           Words{"call", "getTime"}));
+
+TEST(LostOutput, ToAReaderThatHasGoneIsNoError) {
+  RunningHost host;
+  const std::string fifo = host.folder() / "gone";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const Words script = {
+      "/bin/sh",     "-c",     ": <\"$0\" & exec 3>\"$0\"; wait; \"$@\" >&3; echo $? >&2",
+      fifo,          CLOCKCTL, "--socket",
+      host.socket(), "keys"};
+  const Outcome outcome = Program(host.folder(), "gone", script).wait();
+  EXPECT_EQ(outcome.err, "0\n");
+}
+
+}  // namespace
+}  // namespace integration
