@@ -8,6 +8,14 @@
 #include "platform/ShownText.h"
 
 namespace host {
+namespace {
+
+ScenarioRunner::Status tellUnreadable(const std::filesystem::path& file, std::ostream& errors) {
+  errors << escapedLine(file.string()) << ": cannot be read; a scenario is a text file\n";
+  return ScenarioRunner::wrongFile;
+}
+
+}  // namespace
 
 ScenarioRunner::ScenarioRunner(Plugin& plugin, std::ostream& errors)
     : m_plugin(plugin), m_errors(errors) {}
@@ -15,12 +23,12 @@ ScenarioRunner::ScenarioRunner(Plugin& plugin, std::ostream& errors)
 ScenarioRunner::Status ScenarioRunner::run(const std::filesystem::path& file) {
   std::ifstream text(file);
   if (!text || std::filesystem::is_directory(file)) {
-    m_errors << escapedLine(file.string()) << ": cannot be read; a scenario is a text file\n";
-    return wrongFile;
+    return tellUnreadable(file, m_errors);
   }
   int line = 0;
   try {
     const Scenario scenario = readScenario(text);
+    if (text.bad()) return tellUnreadable(file, m_errors);
     ScenarioDevice device(m_plugin, scenario.device);
     for (const ScenarioStep& step : scenario.steps) {
       line = step.line;

@@ -130,5 +130,14 @@ TEST(LostOutput, ToAReaderThatHasGoneIsNoError) {
   EXPECT_EQ(outcome.err, "0\n");
 }
 
+TEST(UnreadableScenario, IsRefusedInOneLine) {
+  const support::TemporaryFolder folder;
+  // The last can be opened, but not read.
+  for (const fs::path& file : {folder.path(), folder / "none", fs::path("/proc/self/mem")}) {
+    const Words words = {CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--scenario", file};
+    expectOneLine(Program(folder.path(), "clockhost", words).wait(), 2, "cannot be read");
+  }
+}
+
 }  // namespace
 }  // namespace integration
