@@ -8,12 +8,14 @@
 #include <memory>
 #include <utility>
 
+#include "DataStorage.h"
 #include "Logging.h"
 #include "apps/HostOptions.h"
 #include "clock/DeviceRoot.h"
 #include "clock/VirtualClock.h"
 #include "control/Controller.h"
 #include "control/ScenarioRunner.h"
+#include "platform/DataAccess.h"
 #include "platform/LogBook.h"
 #include "platform/MemoryReserve.h"
 #include "platform/ProgramMap.h"
@@ -26,6 +28,7 @@
 #include "runtime/EventLoop.h"
 #include "runtime/Plugin.h"
 #include "runtime/ReportPipe.h"
+#include "runtime/SavedTime.h"
 #include "runtime/StderrLog.h"
 
 namespace host {
@@ -101,6 +104,16 @@ int runScenario(const HostOptions& options) {
   return ScenarioRunner(plugin, std::cerr).run(*options.scenario);
 }
 
+// A time that was asked for with --at is told to nobody: it was meant.
+void tellOddStart(Device& device) {
+  const auto saved =
+      device.store().getItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime");
+  if (!saved || device.options().at) return;
+  if (const auto odd = oddSavedTime(*saved)) {
+    logAppUni("clockhost", 3, __FILE__, __LINE__, "%s", odd->c_str());
+  }
+}
+
 // All of a host, in order of construction. The socket comes first: a second host is to hear whose
 // it is before it touches anything else.
 class Host {
@@ -140,6 +153,7 @@ Host::Host(const HostOptions& options)
   m_loop.stopOnSignals();
   m_device.start(m_server);
   watchReportPipe();
+  tellOddStart(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   if (!options.systemClock) m_clock.setSpeed(options.speed);
   logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());

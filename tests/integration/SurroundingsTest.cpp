@@ -139,5 +139,22 @@ TEST(UnreadableScenario, IsRefusedInOneLine) {
   }
 }
 
+TEST(SavedTime, ThatIsAbsurdIsToldAtTheNextStart) {
+  const support::TemporaryFolder folder;
+  const auto run = [&](const Words& options) {
+    Program host(folder.path(), "host", hostWords(folder, options));
+    const Words clock = {CLOCKCTL, "--socket", folder / "socket", "clock"};
+    EXPECT_TRUE(
+        becomesTrue([&] { return Program(folder.path(), "clockctl", clock).wait().status == 0; }));
+    host.signal(SIGTERM);
+    return host.wait().err;
+  };
+  const std::string line = "the saved time \"1999-01-01T00:00:00+00:00\" is outside";
+  EXPECT_EQ(run({}).find("the saved time"), std::string::npos);
+  EXPECT_EQ(run({"--at", "1999-01-01T00:00:00Z"}).find(line), std::string::npos);
+  const std::string told = run({});
+  EXPECT_NE(told.find(line), std::string::npos) << told;
+}
+
 }  // namespace
 }  // namespace integration
