@@ -97,6 +97,13 @@ TEST(ScenarioExpectations, HoldForWhatIsSoAndForNothingBesideIt) {
   }
 }
 
+TEST(ScenarioExpectations, TheFailureTellsAllThatWasExpected) {
+  EXPECT_EQ(
+      resultOf("expect event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2"),
+      "1: expected event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2, "
+      "came none\n");
+}
+
 // A line is found once, and is passed over together with those before it.
 TEST(ScenarioExpectations, ALineOfTheLogMustHaveCome) {
   const std::string steps =
