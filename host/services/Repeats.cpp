@@ -7,7 +7,8 @@ namespace host {
 
 Repeats::Run* Repeats::find(const Attempt& attempt, Time now) {
   const auto run = std::find_if(m_runs.begin(), m_runs.end(), [&](const Run& known) {
-    return known.last.failure == attempt.failure && known.last.origin == attempt.origin;
+    return known.last.failure == attempt.failure && known.last.code == attempt.code &&
+           known.last.origin == attempt.origin;
   });
   if (run == m_runs.end()) return nullptr;
   m_runs.splice(m_runs.begin(), m_runs, run);
@@ -20,7 +21,7 @@ std::int64_t Repeats::earlier(const Attempt& attempt, Time now) {
   Run* const run = find(attempt, now);
   if (run == nullptr) return 0;
   const bool same = attempt.content == run->last.content;
-  if (!same && (!attempt.failure || run->records < kSpelledOut)) return 0;
+  if (!same && (!attempt.cheap || run->records < kSpelledOut)) return 0;
   run->time = now;
   return run->number;
 }

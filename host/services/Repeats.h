@@ -10,8 +10,8 @@ namespace host {
 
 // Which record of the security log is counted in an earlier one instead of taking a place of its
 // own. A source (origin) that repeats itself within kQuiet is: its accepted record when it is the
-// same again; its refused ones, whatever they say, from the kSpelledOut-th on. So no source can
-// flood the log with refusals. Owner: the security log. Thread: one at a time.
+// same again; its cheap ones, whatever they say, from the kSpelledOut-th on. So no source can flood
+// the log with what costs it no sync. Owner: the security log. Thread: one at a time.
 class Repeats {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -23,6 +23,8 @@ class Repeats {
   struct Attempt {
     std::string origin;
     bool failure;
+    int code;             // of the event; each has runs of its own
+    bool cheap;           // as refusals are, and what the host itself records
     std::string content;  // all that makes it differ from others of this origin
   };
 

@@ -17,6 +17,7 @@ namespace {
 constexpr int kFacility = 4;
 constexpr int kSeverity = 1;
 constexpr int kEventClass = 5;
+constexpr int kManagementSet = 3;  // event code; each accepted one is a sync
 
 const std::string kColumns =
     "number, failure, lost, count, time, last_time, facility, severity, event_class, event_code,"
@@ -67,7 +68,8 @@ Repeats::Attempt attemptOf(const SecurityRecord& record) {
   for (const int number : {record.facility, record.severity, record.eventClass, record.eventCode}) {
     content += '\0' + std::to_string(number);
   }
-  return {record.origin, record.failure, std::move(content)};
+  const bool cheap = record.failure || record.eventCode != kManagementSet;
+  return {record.origin, record.failure, record.eventCode, cheap, std::move(content)};
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ class Tried : public ::testing::Test {
  protected:
   // The number of the record that it is counted in, or of its own.
   std::int64_t attempt(const std::string& origin, bool failure, const std::string& content) {
-    const Repeats::Attempt attempt{origin, failure, content};
+    const Repeats::Attempt attempt{origin, failure, 3, failure, content};
     if (const auto earlier = repeats.earlier(attempt, now)) return earlier;
     repeats.spelledOut(attempt, ++newest, now);
     return newest;

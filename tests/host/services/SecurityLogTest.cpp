@@ -108,6 +108,16 @@ TEST_F(SecurityLogFile, RefusedSetsOfOneSourceTakeNoOtherRecordsPlace) {
   EXPECT_EQ(records[20].lastTime, 9999);
 }
 
+TEST_F(SecurityLogFile, ClockMovesOfOneSourceTakeNoOtherRecordsPlace) {
+  SecurityLog security;
+  record(security, "before");
+  for (int i = 0; i < 10'000; ++i) {
+    security.note(SecurityLog::Event::clock, false, "Clock jump " + std::to_string(i));
+  }
+  EXPECT_EQ(security.kept().records, 21);
+  EXPECT_EQ(security.list(0, 1)[0].text, "before");
+}
+
 TEST_F(SecurityLogFile, CountsTheSameAgainOverAReopening) {
   {
     SecurityLog security(folder.path());
