@@ -9,12 +9,15 @@
 #include <utility>
 
 #include "Logging.h"
+#include "remote/Frame.h"
 
 namespace host {
 namespace {
 
 constexpr int kMostAtOnce = 16;  // then those who are already here get a turn
 constexpr std::chrono::milliseconds kPause{100};
+
+constexpr const char* kNoDescriptor = "no file descriptor is left";
 
 Descriptor spareDescriptor() {
   return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -85,7 +88,26 @@ void Acceptor::takeIn(Descriptor client) try {
   static_cast<void>(client.release());
   m_taken(std::move(socket));
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "client turned away: %s", error.what());
+  logTurnedAway(error.what());
+}
+
+void Acceptor::logTurnedAway(const char* why) {
+  const auto now = std::chrono::steady_clock::now();
+  if (now < m_nextLine) {
+    ++m_untold;
+    return;
+  }
+  const std::string more =
+      m_untold == 0 ? "" : "; so were " + std::to_string(m_untold) + " since the last line";
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "client turned away: %s%s", why, more.c_str());
+  m_untold = 0;
+  m_nextLine = now + kBetweenLines;
+}
+
+void Acceptor::refuse(int client, const std::string& why) {
+  const std::string json = R"({"ok":false,"error":")" + why + R"(; try again later"})";
+  const std::string frame = encodeFrame({FrameKind::controlReply, 0, json});
+  static_cast<void>(::send(client, frame.data(), frame.size(), MSG_DONTWAIT | MSG_NOSIGNAL));
 }
 
 // A client that cannot be accepted would stay in the queue and wake the loop for ever. Returns 0,
@@ -96,11 +118,10 @@ int Acceptor::turnAway() {
   m_spare.reset();
   Descriptor client(::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC));
   const int error = client.valid() ? 0 : errno;
+  if (client.valid()) refuse(client.get(), kNoDescriptor);
   client.reset();
   m_spare = spareDescriptor();
-  if (error == 0) {
-    logAppUni("clockhost", 3, __FILE__, __LINE__, "client turned away: no file descriptor is left");
-  }
+  if (error == 0) logTurnedAway(kNoDescriptor);
   return error;
 }
 

@@ -2,8 +2,11 @@
 
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "remote/Connection.h"
 #include "remote/Descriptor.h"
@@ -11,8 +14,9 @@
 namespace host {
 
 // Accepts clients at a listening socket, which it does not own.
-// Owner: the server. Thread: the loop's. Failure: a client that cannot be taken in is turned away
-// with one log line; the next ones are served.
+// Owner: the server. Thread: the loop's. Failure: a client that cannot be taken in is told why and
+// turned away; the log has a line for it, and no more than one in kBetweenLines. The next ones are
+// served.
 class Acceptor {
  public:
   using Socket = Connection::Socket;
@@ -22,17 +26,25 @@ class Acceptor {
   Acceptor(const Acceptor&) = delete;
   Acceptor& operator=(const Acceptor&) = delete;
 
+  static constexpr std::chrono::seconds kBetweenLines{10};
+
+  // Tells a client that is not taken in, as far as its socket takes it.
+  static void refuse(int client, const std::string& why);
+
  private:
   void wait();
   void acceptAll();
   void takeIn(Descriptor client);
   [[nodiscard]] int turnAway();
+  void logTurnedAway(const char* why);
 
   asio::io_context& m_loop;
   asio::local::stream_protocol::acceptor m_acceptor;
   asio::steady_timer m_pause;
   std::function<void(Socket)> m_taken;
   Descriptor m_spare;  // given up for a moment when there is no other descriptor left
+  std::chrono::steady_clock::time_point m_nextLine{};
+  std::uint64_t m_untold = 0;  // clients turned away since the last line
   std::shared_ptr<bool> m_alive;
 };
 

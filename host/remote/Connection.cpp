@@ -4,15 +4,19 @@
 #include <sys/socket.h>
 
 #include <asio/post.hpp>
+#include <cerrno>
 #include <exception>
 #include <new>
 #include <system_error>
 #include <utility>
 
 #include "Logging.h"
+#include "remote/ClientBounds.h"
 
 namespace host {
 namespace {
+
+constexpr std::uint64_t kNotWatched = UINT64_MAX;  // the client was not waited for all the time
 
 // The process at the other end, for the log; 0 when the system does not tell.
 long processAt(int socket) {
@@ -52,6 +56,7 @@ void Connection::open() {
 }
 
 void Connection::read() {
+  m_reading = true;
   const auto space = m_reader.space();
   m_socket.async_read_some(asio::buffer(space.data(), space.size()),
                            [self = shared_from_this()](const auto& error, std::size_t bytes) {
@@ -60,31 +65,82 @@ void Connection::read() {
 }
 
 void Connection::onRead(bool failed, std::size_t bytes) {
+  m_reading = false;
   if (m_closed) return;
   if (failed) return onEnd();
   m_reader.commit(bytes);
-  if (!handleFrames()) return;
-  if (m_reader.midFrame()) watch();
-  read();
+  // A client that needed more than a turn does not come before those that wait for another one.
+  if (std::exchange(m_cutShort, false)) return m_listener.turnOver(*this);
+  takeTurn();
 }
 
-bool Connection::handleFrames() {
+void Connection::takeTurn() {
+  if (m_closed) return;
+  guarded([this] {
+    switch (handleFrames()) {
+      case Turn::complete:
+        if (m_reader.midFrame()) watch();
+        return read();
+      case Turn::over:
+        m_cutShort = true;
+        m_framesBeforeWatch = kNotWatched;
+        return m_listener.turnOver(*this);
+      case Turn::held:
+        return hold();
+      case Turn::dropped:
+        return;
+    }
+  });
+}
+
+Connection::Turn Connection::handleFrames() {
+  const auto end = std::chrono::steady_clock::now() + kTurn;
   Frame frame;
-  for (;;) {
+  for (std::size_t handled = 0; m_reader.midFrame(); ++handled) {
+    if (!m_peer->mayGoOn()) return Turn::held;
+    if (handled == kFramesInTurn) return Turn::over;
+    if (handled > 0 && std::chrono::steady_clock::now() >= end) return Turn::over;
     switch (m_reader.next(frame)) {
       case FrameReader::Outcome::needMore:
-        return true;
+        return Turn::complete;
       case FrameReader::Outcome::broken:
         drop(m_reader.fault().c_str());
-        return false;
+        return Turn::dropped;
       case FrameReader::Outcome::frame:
         if (const auto fault = m_listener.frame(*this, frame)) {
           drop(fault->c_str());
-          return false;
+          return Turn::dropped;
         }
         ++m_frames;
     }
   }
+  return Turn::complete;
+}
+
+// Nothing is read from a client that is held; what it sends waits in its own socket.
+void Connection::hold() {
+  m_held = true;
+  m_peer->setHeld(true);
+  watchForHangUp();
+  if (m_peer->mayGoOn()) goOn();  // an answer came before that
+}
+
+void Connection::goOn() {
+  m_held = false;
+  m_framesBeforeWatch = kNotWatched;
+  m_peer->setHeld(false);
+  m_listener.turnOver(*this);
+}
+
+// The end of what a client sends is behind what is not read yet. That nobody hears the answers any
+// more is told at once.
+void Connection::watchForHangUp() {
+  if (m_peer->outbox().state() != Outbox::State::open) return;
+  if (std::exchange(m_waitingForHangUp, true)) return;
+  m_socket.async_wait(Socket::wait_error, [self = shared_from_this()](const auto& error) {
+    self->m_waitingForHangUp = false;
+    if (!error && !self->m_closed) self->m_peer->outbox().giveUp(EPIPE);
+  });
 }
 
 void Connection::onEnd() {
@@ -139,6 +195,7 @@ void Connection::close() {
 
 void Connection::attend() {
   if (m_closed) return;
+  if (m_held && m_peer->mayGoOn()) goOn();
   switch (m_peer->outbox().state()) {
     case Outbox::State::open:
       break;
@@ -181,7 +238,7 @@ void Connection::onTime() {
   if (m_closed) return;
   if (m_ending) return close();  // its last answers are not ready, or it does not read them
   if (!m_reader.midFrame()) return;
-  if (m_frames == m_framesBeforeWatch) return drop("did not finish a frame");
+  if (m_reading && m_frames == m_framesBeforeWatch) return drop("did not finish a frame");
   watch();
 }
 

@@ -31,6 +31,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Handles one frame. A text: what the client did wrong; it is then dropped.
     virtual std::optional<std::string> frame(Connection& from, const Frame& frame) = 0;
 
+    // The client has more to be handled than fits in a turn: takeTurn() is to be called when the
+    // others have had theirs.
+    virtual void turnOver(Connection& from) = 0;
+
     // The client says no more, and its registrations can be taken back. Once.
     virtual void hungUp(Connection& from) = 0;
 
@@ -53,6 +57,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Begins to read.
   void open();
 
+  // Handles what has come, as far as one turn goes. To be called once for each turnOver().
+  void takeTurn();
+
   // Hangs up, without a log line.
   void close();
 
@@ -65,7 +72,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
  private:
   void read();
   void onRead(bool failed, std::size_t bytes);
-  [[nodiscard]] bool handleFrames();
+  enum class Turn { complete, over, held, dropped };
+  [[nodiscard]] Turn handleFrames();
+  void hold();
+  void goOn();
+  void watchForHangUp();
   void onEnd();
   void drop(const char* why);
   template <class Step>
@@ -91,7 +102,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::uint64_t m_framesBeforeWatch = 0;
   bool m_watching = false;
   bool m_waitingForRoom = false;
-  bool m_ending = false;  // the client ended its sending side
+  bool m_waitingForHangUp = false;
+  bool m_reading = false;   // it is the client's turn to send
+  bool m_cutShort = false;  // a turn ended before all that had come was handled
+  bool m_held = false;      // answers come first
+  bool m_ending = false;    // the client ended its sending side
   bool m_closed = false;
 };
 

@@ -26,6 +26,14 @@ class ControlChannel {
   // already has; never after the channel is gone. At most one is kept. REQUIRES: framework thread.
   virtual void onGone(std::function<void()> gone) = 0;
 
+  // False when nobody hears an answer any more: the client is gone, or has been answered. What was
+  // not begun for it then need not be.
+  [[nodiscard]] virtual bool wanted() const { return true; }
+
+  // The client's next frames wait until the channel is gone, so that they find what this request
+  // takes its time for. REQUIRES: framework thread, before the handler returns.
+  virtual void holdNext() {}
+
   // Who asks, for an OriginScope around what is done about it. Constant. Empty: this process.
   [[nodiscard]] virtual const std::string& origin() const {
     static const std::string self;

@@ -22,8 +22,9 @@ ControlLine::ControlLine(std::shared_ptr<Peer> peer, std::uint32_t id)
 ControlLine::~ControlLine() {
   const bool lost = !m_replied && std::uncaught_exceptions() == 0;
   if (lost) m_peer->outbox().send({FrameKind::controlReply, m_id, kNoAnswer});
+  if (m_holding) --m_peer->m_holds;
   --m_peer->m_openLines;
-  if (m_peer->gone()) m_peer->outbox().ring();
+  if (m_peer->gone() || m_peer->m_held) m_peer->outbox().ring();
 }
 
 bool ControlLine::reply(std::string_view json) {
@@ -46,6 +47,15 @@ void ControlLine::onGone(std::function<void()> gone) {
 
 const std::string& ControlLine::origin() const {
   return m_peer->origin();
+}
+
+bool ControlLine::wanted() const {
+  return !m_replied && m_peer->outbox().state() == Outbox::State::open;
+}
+
+void ControlLine::holdNext() {
+  if (std::exchange(m_holding, true)) return;
+  ++m_peer->m_holds;
 }
 
 void ControlLine::tellGone() {

@@ -23,6 +23,8 @@ class ControlLine : public ControlChannel {
   bool reply(std::string_view json) override;
   bool item(std::string_view json) override;
   void onGone(std::function<void()> gone) override;
+  bool wanted() const override;
+  void holdNext() override;
   [[nodiscard]] const std::string& origin() const override;
 
   // The client has hung up. Thread: the loop's.
@@ -32,6 +34,7 @@ class ControlLine : public ControlChannel {
   const std::shared_ptr<Peer> m_peer;
   const std::uint32_t m_id;
   std::atomic<bool> m_replied = false;
+  bool m_holding = false;        // the loop's, until the end
   std::function<void()> m_gone;  // the loop's alone
 };
 

@@ -121,4 +121,9 @@ bool Outbox::idle() const {
   return m_queued.empty();
 }
 
+std::size_t Outbox::queued() const {
+  const std::lock_guard lock(m_mutex);
+  return m_queued.size();
+}
+
 }  // namespace host

@@ -42,8 +42,9 @@ class Outbox {
   void close();
 
   [[nodiscard]] State state() const;
-  [[nodiscard]] int error() const;  // errno, once failed
-  [[nodiscard]] bool idle() const;  // nothing is queued
+  [[nodiscard]] int error() const;           // errno, once failed
+  [[nodiscard]] bool idle() const;           // nothing is queued
+  [[nodiscard]] std::size_t queued() const;  // bytes
 
  private:
   bool sendBytes(std::string_view frame);

@@ -10,6 +10,7 @@
 
 #include "MessageCodec.h"
 #include "Proxy.h"
+#include "remote/ClientBounds.h"
 #include "remote/ControlLine.h"
 
 namespace host {
@@ -78,6 +79,16 @@ std::shared_ptr<ControlChannel> Peer::openLine(std::uint32_t id) {
   auto line = std::make_shared<ControlLine>(shared_from_this(), id);
   m_lines.push_back(line);
   return line;
+}
+
+bool Peer::mayGoOn() const {
+  return m_openLines < kMostOpenRequests && m_holds == 0 && m_outbox.queued() < kMostUnread;
+}
+
+void Peer::answerAll(std::string_view json) {
+  for (const auto& held : m_lines) {
+    if (const auto line = held.lock()) line->reply(json);
+  }
 }
 
 void Peer::hangUp() {

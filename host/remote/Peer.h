@@ -36,6 +36,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   // Chosen before the first call, and not changed later.
   void setCodec(std::string name, MessageCodec& codec);
   [[nodiscard]] const std::string& codecName() const { return m_codecName; }
+  [[nodiscard]] MessageCodec& codec() const { return *m_codec; }
 
   [[nodiscard]] Outbox& outbox() { return m_outbox; }
 
@@ -52,6 +53,19 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   [[nodiscard]] std::shared_ptr<ControlChannel> openLine(std::uint32_t id);
   [[nodiscard]] bool hasOpenLines() const { return m_openLines != 0; }
 
+  // Whether the client's next frame may be handled: it has its bounds (ClientBounds.h), and a
+  // request may hold it up.
+  [[nodiscard]] bool mayGoOn() const;
+
+  // While held, each end of a request asks for attention.
+  void setHeld(bool held) { m_held = held; }
+
+  // Answers what is not answered yet. JSON text.
+  void answerAll(std::string_view json);
+
+  // How often the client is registered as an observer. The loop's alone.
+  std::size_t registrations = 0;
+
   // The client says no more and hears no events; open lines are told. Once.
   void hangUp();
   [[nodiscard]] bool gone() const { return m_gone; }
@@ -66,6 +80,8 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   Outbox m_outbox;
   std::atomic<bool> m_gone = false;
   std::atomic<std::size_t> m_openLines = 0;
+  std::atomic<std::size_t> m_holds = 0;  // of which so many hold up what comes next
+  std::atomic<bool> m_held = false;
   std::vector<std::weak_ptr<ControlLine>> m_lines;  // the loop's alone
   mutable std::mutex m_proxyMutex;
   std::unique_ptr<Proxy> m_proxy;

@@ -1,5 +1,7 @@
 #include "remote/RemoteServer.h"
 
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <map>
 #include <mutex>
@@ -18,8 +20,11 @@
 #include "remote/CallResponse.h"
 #include "remote/CodecTable.h"
 #include "remote/Connection.h"
+#include "remote/Registrations.h"
 #include "remote/SocketFile.h"
 #include "remote/TakeBack.h"
+#include "remote/TurnQueue.h"
+#include "runtime/Error.h"
 
 namespace host {
 namespace {
@@ -27,6 +32,7 @@ namespace {
 using Entrance = Connection::Entrance;
 
 constexpr std::string_view kObserverInterface = "ClockServiceObserverIfc";
+constexpr std::string_view kEnding = R"({"ok":false,"error":"the host is shutting down"})";
 
 std::string refusal(const std::string& error) {
   const nlohmann::json answer = {{"ok", false}, {"error", error}};
@@ -52,16 +58,19 @@ class RemoteServer::Impl final : public Connection::Listener {
   Proxy* proxyFor(const std::string& address);
 
   std::optional<std::string> frame(Connection& from, const Frame& frame) override;
+  void turnOver(Connection& from) override;
   void hungUp(Connection& from) override;
   void closed(Connection& from) override;
 
  private:
   void takeIn(Connection::Socket socket, Entrance entrance);
   void acceptAt(const SocketFile& file, Entrance entrance, std::optional<Acceptor>& acceptor);
+  void requireRoom(Connection::Socket& socket, Entrance entrance) const;
   void makeKnown(const std::shared_ptr<Peer>& peer);
   void forget(const Peer& peer);
   bool letGo(const std::shared_ptr<Peer>& peer);
   void letStuckOnesGo();
+  void call(Connection& from, const Frame& frame);
   std::optional<std::string> hello(Connection& from, std::string_view codec);
   [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
 
@@ -69,6 +78,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   const Limits m_limits;
   const ControlHandler m_control;
   CodecTable m_codecs;
+  TurnQueue m_turns{m_loop};
   const ServerSockets m_sockets;
   std::optional<SocketFile> m_callFile;
   std::optional<SocketFile> m_controlFile;
@@ -77,6 +87,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   std::optional<Acceptor> m_controlAcceptor;
   std::uint64_t m_lastNumber = 0;
   std::map<std::uint64_t, std::shared_ptr<Connection>> m_connections;
+  std::array<std::size_t, 2> m_inside{};  // how many of each entrance
   bool m_stuck = false;  // some peers are gone, and the service may still use their proxies
   std::mutex m_peersMutex;
   std::map<std::string, std::shared_ptr<Peer>> m_peers;  // by address; guarded by m_peersMutex
@@ -98,12 +109,24 @@ void RemoteServer::Impl::acceptAt(const SocketFile& file, Entrance entrance,
 void RemoteServer::Impl::stop() {
   m_callAcceptor.reset();
   m_controlAcceptor.reset();
+  for (const auto& [number, connection] : m_connections) connection->peer().answerAll(kEnding);
   while (!m_connections.empty()) m_connections.begin()->second->close();
   m_callFile.reset();
   m_controlFile.reset();
 }
 
+void RemoteServer::Impl::requireRoom(Connection::Socket& socket, Entrance entrance) const {
+  const std::size_t most = entrance == Entrance::control
+                               ? m_limits.controlClients
+                               : std::min(m_limits.clients, clientsWithDescriptors());
+  if (m_inside[static_cast<std::size_t>(entrance)] < most) return;
+  const std::string why = std::to_string(most) + " clients are connected, which is the most";
+  Acceptor::refuse(socket.native_handle(), why);
+  throw Error(why);
+}
+
 void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
+  requireRoom(socket, entrance);
   if (m_stuck) letStuckOnesGo();
   const std::uint64_t number = ++m_lastNumber;
   const auto connection =
@@ -111,12 +134,14 @@ void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
   connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
   const auto kept = m_connections.emplace(number, connection).first;
+  ++m_inside[static_cast<std::size_t>(entrance)];
   try {
     makeKnown(connection->sharedPeer());
     connection->open();
   } catch (...) {
     forget(connection->peer());
     m_connections.erase(kept);
+    --m_inside[static_cast<std::size_t>(entrance)];
     throw;
   }
 }
@@ -137,11 +162,10 @@ std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Fra
   const OriginScope origin(from.peer().origin());
   switch (frame.kind) {
     case FrameKind::call:
-      m_target->invoker.handleMessage(&m_target->service, frame.payload.data(),
-                                      static_cast<int>(frame.payload.size()),
-                                      new CallResponse(from.sharedPeer(), frame.id));
+      call(from, frame);
       return std::nullopt;
     case FrameKind::controlRequest:
+      if (from.peer().outbox().state() != Outbox::State::open) return std::nullopt;  // it is gone
       m_control({std::string(frame.payload), from.peer().openLine(frame.id)});
       return std::nullopt;
     case FrameKind::hello:
@@ -164,12 +188,25 @@ bool RemoteServer::Impl::refuseAtWrongSocket(Connection& from, const Frame& fram
   return true;
 }
 
+void RemoteServer::Impl::call(Connection& from, const Frame& frame) {
+  const CallUnderWay call(frame.payload);
+  m_target->invoker.handleMessage(&m_target->service, frame.payload.data(),
+                                  static_cast<int>(frame.payload.size()),
+                                  new CallResponse(from.sharedPeer(), frame.id));
+}
+
 std::optional<std::string> RemoteServer::Impl::hello(Connection& from, std::string_view codec) {
   if (from.heard()) return "codec chosen after the first frame";
   MessageCodec* const found = m_codecs.find(codec);
   if (!found) return "unknown codec \"" + std::string(codec.substr(0, 40)) + "\"";
   from.peer().setCodec(std::string(codec), *found);
   return std::nullopt;
+}
+
+void RemoteServer::Impl::turnOver(Connection& from) {
+  m_turns.wait([weak = from.weak_from_this()] {
+    if (const auto connection = weak.lock()) connection->takeTurn();
+  });
 }
 
 void RemoteServer::Impl::hungUp(Connection& from) {
@@ -202,7 +239,7 @@ void RemoteServer::Impl::letStuckOnesGo() {
 }
 
 void RemoteServer::Impl::closed(Connection& from) {
-  m_connections.erase(from.number());
+  if (m_connections.erase(from.number()) > 0) --m_inside[static_cast<std::size_t>(from.entrance())];
 }
 
 Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
@@ -213,6 +250,7 @@ Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
     if (found == m_peers.end()) return nullptr;
     peer = found->second;
   }
+  if (!mayRegister(*peer)) return nullptr;
   return peer->proxy(m_target->makeProxy);
 } catch (const std::exception& error) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "no proxy for %s: %s", address.c_str(),

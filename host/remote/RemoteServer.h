@@ -11,6 +11,7 @@
 #include <string>
 
 #include "FrameworkContext.h"
+#include "remote/ClientBounds.h"
 #include "remote/ControlChannel.h"
 
 class Executable;
@@ -46,7 +47,9 @@ class RemoteServer : public FrameworkContext {
  public:
   struct Limits {
     std::chrono::milliseconds unfinished{
-        10000};  // for the rest of a begun frame; for a last answer
+        10000};                          // for the rest of a begun frame; for a last answer
+    std::size_t clients = kMostClients;  // at the socket of calls
+    std::size_t controlClients = kMostControlClients;  // at the other
   };
 
   // Takes the sockets: a stale one is replaced, one with a live host throws host::Error.
@@ -61,8 +64,8 @@ class RemoteServer : public FrameworkContext {
   // From now on calls reach `target`. REQUIRES: at most once.
   void serve(RemoteTarget target);
 
-  // Takes back what clients registered, hangs up, removes the sockets. Idempotent. To be called
-  // while the target still lives.
+  // Refuses what is not answered, takes back what clients registered, hangs up, removes the
+  // sockets. Idempotent. To be called while the target still lives.
   void stop();
 
   [[nodiscard]] std::size_t clients() const;

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+
+// What one client may have of the host at once, so that the others do not wait for it. What comes
+// beyond the first two stays in the client's own socket: it is read when there is room again.
+namespace host {
+
+// Control requests without their answer. More than a script has use for; few enough that all of
+// them together hold up the management thread for less than a second.
+inline constexpr std::size_t kMostOpenRequests = 64;
+
+// Bytes of answers that the client has not read. Below Outbox::kMaxQueued by more than the largest
+// usual answer, so that a client that is slow to read answers is not dropped.
+inline constexpr std::size_t kMostUnread = 256 * 1024;
+
+// Registrations as an observer: each event is sent as often. One is enough for any real client.
+inline constexpr std::size_t kMostRegistrations = 256;
+
+// Clients at once, calling: ten thousand, as they are measured with, and some. Each takes a
+// descriptor. A process has often fewer, and keeps some for files, children, pipes, and for those
+// who control it: more than anybody starts at once.
+inline constexpr std::size_t kMostClients = 10'100;
+inline constexpr std::size_t kMostControlClients = 100;
+inline constexpr std::size_t kOwnDescriptors = kMostControlClients + 64;
+
+// How many the process has descriptors for, at its present limit.
+[[nodiscard]] std::size_t clientsWithDescriptors();
+
+// One turn of a client on the loop: as many frames as these, or as long, whichever ends first. It
+// ends after a frame, so one frame is always handled.
+inline constexpr std::size_t kFramesInTurn = 64;
+inline constexpr std::chrono::milliseconds kTurn{1};
+
+}  // namespace host

@@ -1,0 +1,41 @@
+#include "remote/TurnQueue.h"
+
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <deque>
+#include <utility>
+
+namespace host {
+
+struct TurnQueue::State {
+  asio::io_context& loop;
+  std::deque<std::function<void()>> waiting{};
+  bool soon = false;  // the loop will come here
+};
+
+TurnQueue::TurnQueue(asio::io_context& loop) : m_state(std::make_shared<State>(State{loop})) {}
+
+TurnQueue::~TurnQueue() = default;
+
+void TurnQueue::wait(std::function<void()> step) {
+  m_state->waiting.push_back(std::move(step));
+  runOneSoon(m_state);
+}
+
+void TurnQueue::runOneSoon(const std::shared_ptr<State>& state) {
+  if (state->soon || state->waiting.empty()) return;
+  asio::post(state->loop, [weak = std::weak_ptr(state)] {
+    if (const auto alive = weak.lock()) runOne(alive);
+  });
+  state->soon = true;
+}
+
+void TurnQueue::runOne(const std::shared_ptr<State>& state) {
+  state->soon = false;
+  const auto step = std::move(state->waiting.front());
+  state->waiting.pop_front();
+  step();
+  runOneSoon(state);
+}
+
+}  // namespace host

@@ -1,0 +1,239 @@
+// However much one client asks for, the others get their turn.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "host/remote/MethodText.h"
+#include "host/remote/RawSocket.h"
+#include "host/remote/ServerUnderTest.h"
+#include "remote/ClientBounds.h"
+#include "remote/RemoteClient.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+std::string frames(FrameKind kind, std::string_view payload, std::size_t count) {
+  std::string bytes;
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes += encodeFrame({kind, static_cast<std::uint32_t>(i), payload});
+  }
+  return bytes;
+}
+
+// Calls that the device counts.
+std::string countedCalls(std::size_t count) {
+  return encodeFrame({FrameKind::hello, 0, "json"}) +
+         frames(FrameKind::call, R"({"name":"oneWay"})", count);
+}
+
+// Requests that wait until the test lets them go.
+class Desk {
+ public:
+  [[nodiscard]] ControlHandler handler() {
+    return [this](ControlRequest request) { m_requests.push_back(std::move(request)); };
+  }
+  std::vector<ControlRequest> m_requests;  // the loop's alone
+};
+
+// A bystander asks once and again: how many calls of others are handled before each of its turns.
+std::vector<int> callsBeforeEachTurn(std::size_t others) {
+  constexpr std::size_t kTurns = 8;
+  std::vector<int> counts;
+  std::function<void()> whenAsked;
+  ServerUnderTest server([&](const ControlRequest&) { whenAsked(); });
+  RawSocket bystander(server.controlSocket);
+  whenAsked = [&] {
+    counts.push_back(server.device.oneWayCalls());
+    if (counts.size() < kTurns) bystander.send(frames(FrameKind::controlRequest, "{}", 1));
+  };
+  std::vector<RawSocket> clients;
+  for (std::size_t i = 0; i < others; ++i) clients.emplace_back(server.socket);
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == others + 1; }));
+  server.onLoop([&] {
+    for (RawSocket& client : clients) client.send(countedCalls(3000));
+    bystander.send(frames(FrameKind::controlRequest, "{}", 1));
+  });
+  EXPECT_TRUE(server.becomes([&] { return counts.size() == kTurns; }));
+  return counts;
+}
+
+TEST(ClientBounds, APipelineOfCallsLetsABystanderInAfterOneTurn) {
+  EXPECT_LE(callsBeforeEachTurn(1).front(), static_cast<int>(2 * kFramesInTurn));
+}
+
+TEST(ClientBounds, OfManyPipelinesABystanderWaitsForNoMoreThanOne) {
+  const std::vector<int> counts = callsBeforeEachTurn(8);
+  for (std::size_t turn = 1; turn < counts.size(); ++turn) {
+    EXPECT_LE(counts[turn] - counts[turn - 1], static_cast<int>(3 * kFramesInTurn)) << turn;
+  }
+}
+
+TEST(ClientBounds, APipelineOfCallsIsCarriedOutToItsEnd) {
+  ServerUnderTest server;
+  RawSocket client(server.socket);
+  client.send(countedCalls(5000));
+  EXPECT_TRUE(server.becomes([&] { return server.device.oneWayCalls() == 5000; }));
+}
+
+TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  RemoteClient neighbour(server.controlSocket);
+  RawSocket client(server.controlSocket);
+  client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
+  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests; }));
+  const auto id = neighbour.startControl("{}");
+  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests + 1; }));
+  server.onLoop([&] { desk.m_requests.pop_back(); });
+  EXPECT_TRUE(neighbour.nextAnswer(id, kLong));
+  server.onLoop([&] { desk.m_requests.erase(desk.m_requests.begin()); });
+  EXPECT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests; }));
+  std::size_t answered = 1;
+  EXPECT_TRUE(server.becomes([&] {
+    answered += desk.m_requests.size();
+    desk.m_requests.clear();
+    return answered == 3 * kMostOpenRequests;
+  }));
+}
+
+TEST(ClientBounds, ARequestThatHoldsWhatComesNextIsAnsweredFirst) {
+  Desk desk;
+  ServerUnderTest server([&](ControlRequest request) {
+    if (request.text == "hold") request.channel->holdNext();
+    desk.m_requests.push_back(std::move(request));
+  });
+  RawSocket client(server.controlSocket);
+  client.send(frames(FrameKind::controlRequest, "hold", 1) +
+              frames(FrameKind::controlRequest, "next", 1));
+  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
+  server.onLoop([&] { desk.m_requests.clear(); });
+  EXPECT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
+  EXPECT_EQ(desk.m_requests.front().text, "next");
+}
+
+TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
+  int asked = 0;
+  const std::string answer(300 * 1024, 'a');
+  ServerUnderTest server([&](const ControlRequest& request) {
+    ++asked;
+    request.channel->reply(answer);
+  });
+  FrameSocket client(server.controlSocket);
+  for (std::uint32_t id = 0; id < 100; ++id) client.send({FrameKind::controlRequest, id, "{}"});
+  ASSERT_TRUE(server.becomes([&] { return asked > 0; }));
+  EXPECT_LE(server.onLoop([&] { return asked; }), 3) << "more than fit into 1 MiB, at once";
+  Frame frame;
+  for (std::uint32_t id = 0; id < 100; ++id) {
+    ASSERT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLong));
+    EXPECT_EQ(frame.id, id);
+  }
+}
+
+TEST(ClientBounds, WhatAClientThatIsGoneHasAskedForIsNotWantedAnyMore) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  {
+    RawSocket client(server.controlSocket);
+    client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
+    ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests; }));
+    EXPECT_TRUE(desk.m_requests.front().channel->wanted());
+  }
+  ASSERT_TRUE(server.becomes([&] { return !desk.m_requests.front().channel->wanted(); }));
+  EXPECT_TRUE(server.becomes([&] {
+    desk.m_requests.clear();
+    return server.clients() == 0;
+  }));
+}
+
+TEST(ClientBounds, WhatAClientThatIsGoneHasStillInItsSocketIsNotBegun) {
+  int asked = 0;
+  ServerUnderTest server([&](const ControlRequest& request) {
+    ++asked;
+    request.channel->reply("{}");
+  });
+  std::optional<RawSocket> client(server.controlSocket);
+  ASSERT_TRUE(server.becomes([&] { return server.clients() == 1; }));
+  server.onLoop([&] {
+    client->send(frames(FrameKind::controlRequest, "{}", 3000));
+    client.reset();
+  });
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+  EXPECT_LE(asked, static_cast<int>(kFramesInTurn));
+}
+
+TEST(ClientBounds, AnAnswerIsWantedOnce) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  FrameSocket client(server.controlSocket);
+  client.send({FrameKind::controlRequest, 1, "{}"});
+  client.finishSending();
+  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
+  EXPECT_TRUE(desk.m_requests.front().channel->wanted()) << "the client still reads";
+  EXPECT_TRUE(desk.m_requests.front().channel->reply("{}"));
+  EXPECT_FALSE(desk.m_requests.front().channel->wanted());
+}
+
+TEST(ClientBounds, WhatIsNotAnsweredAtTheEndIsRefused) {
+  Desk desk;
+  ServerUnderTest server(desk.handler());
+  RemoteClient client(server.controlSocket);
+  const auto id = client.startControl("{}");
+  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
+  server.stop();
+  const auto answer = client.nextAnswer(id, kLong);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
+  EXPECT_FALSE(desk.m_requests.front().channel->wanted());
+}
+
+TEST(ClientBounds, RegistrationsBeyondTheMostAreRefused) {
+  ServerUnderTest server;
+  const support::LogCapture log(4);
+  RemoteClient client(server.socket);
+  const auto ask = [&](const char* name) {
+    Method method(name, Method::call);
+    const auto reply = client.call(method, kLong);
+    return reply ? textOf(*reply) : "no reply";
+  };
+  const std::string accepted = "observeTimeEvents/1 observeTimeEventsReturn/1=true";
+  const std::string refused = "observeTimeEvents/1 observeTimeEventsReturn/1=false";
+  for (std::size_t i = 0; i < kMostRegistrations; ++i) {
+    ASSERT_EQ(ask("observeTimeEvents"), accepted) << i;
+  }
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(ask("observeTimeEvents"), refused);
+  EXPECT_EQ(server.device.observers(), kMostRegistrations);
+  EXPECT_EQ(log.count("client-1 observes 256 times, which is the most; more is refused"), 1U);
+  ask("unobserveTimeEvents");
+  EXPECT_EQ(ask("observeTimeEvents"), accepted);
+  EXPECT_EQ(ask("observeTimeEvents"), refused);
+  RemoteClient other(server.socket);
+  Method observe("observeTimeEvents", Method::call);
+  EXPECT_EQ(textOf(*other.call(observe, kLong)), accepted);
+}
+
+TEST(ClientBounds, ClientsBeyondTheMostAreToldAndTheLogHasOneLine) {
+  RemoteServer::Limits limits;
+  limits.clients = 2;
+  ServerUnderTest server({}, limits);
+  const support::LogCapture log(4);
+  RemoteClient one(server.socket);
+  RemoteClient two(server.socket);
+  ASSERT_TRUE(server.becomes([&] { return server.clients() == 2; }));
+  for (int i = 0; i < 10; ++i) {
+    FrameSocket client(server.socket);
+    Frame frame;
+    ASSERT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLong));
+    EXPECT_EQ(
+        frame.payload,
+        R"({"ok":false,"error":"2 clients are connected, which is the most; try again later"})");
+  }
+  EXPECT_EQ(log.count("client turned away: 2 clients are connected, which is the most"), 1U);
+  EXPECT_EQ(server.clients(), 2U);
+  const RemoteClient control(server.controlSocket);
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 3; })) << "who controls has own room";
+}
+
+}  // namespace
+}  // namespace host
