@@ -139,6 +139,10 @@ class Host {
   Controller m_controller;
 };
 
+ClockPassages::Later later(EventLoop& loop) {
+  return [&loop](std::function<void()> task) { loop.post(std::move(task)); };
+}
+
 Host::Host(const HostOptions& options)
     : m_plugin(options.plugin),
       m_clock(sourceOf(options)),
@@ -149,7 +153,7 @@ Host::Host(const HostOptions& options)
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
       m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
-                                       CLOCK_VERSION, options.plugin}) {
+                                       CLOCK_VERSION, options.plugin, later(m_loop)}) {
   m_loop.stopOnSignals();
   m_device.start(m_server);
   watchReportPipe();

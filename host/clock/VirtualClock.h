@@ -73,13 +73,20 @@ class VirtualClock {
   // one ends it.
   void onScheduleChange(std::function<void()> listener);
 
+  // Asked after each expiry; false: that was enough for now.
+  using GoOn = std::function<bool()>;
+
   // Delivers at most `most` of the expiries that are due, each at its own instant. Returns how
   // many.
-  std::size_t runDue(std::size_t most);
+  std::size_t runDue(std::size_t most, const GoOn& goOn = {});
 
   // Time passes: each timer on the way expires at its own instant; then time is there. Throws
   // std::invalid_argument for a negative duration, std::logic_error with the system's clock.
   void advance(Nanoseconds duration);
+
+  // The same up to an uptime, and as far as `goOn` lets it. True when time is there. Throws
+  // std::logic_error with the system's clock.
+  [[nodiscard]] bool advanceTo(Nanoseconds target, const GoOn& goOn);
 
   // Passes the time to the next expiry and delivers that one. False when none is armed. Throws as
   // advance does.

@@ -176,25 +176,36 @@ bool VirtualClock::deliver(std::optional<Nanoseconds> limit) {
   return true;
 }
 
-std::size_t VirtualClock::runDue(std::size_t most) {
+std::size_t VirtualClock::runDue(std::size_t most, const GoOn& goOn) {
   const Driving driving(*this, Driving::RealTime::counts);
   std::size_t delivered = 0;
-  while (delivered < most && deliver(std::nullopt)) ++delivered;
+  while (delivered < most && deliver(std::nullopt)) {
+    ++delivered;
+    if (goOn && !goOn()) break;
+  }
   return delivered;
 }
 
 void VirtualClock::advance(Nanoseconds duration) {
   requireVirtual();
   if (duration < Nanoseconds::zero()) throw std::invalid_argument("time does not go back");
+  static_cast<void>(advanceTo(saturatingSum(uptime(), duration), [] { return true; }));
+}
+
+bool VirtualClock::advanceTo(Nanoseconds target, const GoOn& goOn) {
+  requireVirtual();
+  const Nanoseconds end = std::min(target, kLastUptime);
+  bool there = false;
   {
     const Driving driving(*this, Driving::RealTime::taken);
-    const Nanoseconds target = std::min(saturatingSum(uptime(), duration), kLastUptime);
-    while (deliver(target)) {
-    }
+    do {
+      there = !deliver(end);
+    } while (!there && goOn());
     const std::lock_guard lock(m_mutex);
-    m_standing = target;
+    if (there) m_standing = std::max(end, *m_standing);
   }
   tellScheduleChange();
+  return there;
 }
 
 bool VirtualClock::fireNext() {

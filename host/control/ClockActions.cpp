@@ -2,7 +2,9 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "clock/VirtualClock.h"
 #include "control/ClockMoves.h"
@@ -58,11 +60,6 @@ Note pause(Controller& controller, const Json&) {
   return {};
 }
 
-Note advance(Controller& controller, const Json& request) {
-  passTime(controller.device(), seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
-  return {};
-}
-
 Note next(Controller& controller, const Json&) {
   VirtualClock& clock = controller.device().clock();
   requireVirtual(clock);
@@ -76,14 +73,16 @@ Note jump(Controller& controller, const Json& request) {
   return {};
 }
 
-Note goTo(Controller& controller, const Json& request) {
+ClockMove advance(Controller& controller, const Json& request) {
+  return passTime(controller.device(),
+                  seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
+}
+
+ClockMove goTo(Controller& controller, const Json& request) {
   const std::string name = textMember(request, "landmark");
   const LandmarkName* const row = findLandmark(name);
   if (row == nullptr) throw Error("no place \"" + name + "\" to go to");
-  const time_t instant = goBefore(controller.device(), row->landmark);
-  return "paused " + std::to_string(kJumpMargin.count()) + " s before " +
-         std::string(row->meaning) + ", " + localText(instant) +
-         "; go on with `clock advance 10s` or `clock speed 1`";
+  return goBefore(controller.device(), row->landmark);
 }
 
 struct ClockAction {
@@ -92,27 +91,57 @@ struct ClockAction {
 };
 
 constexpr ClockAction kActions[] = {
-    {"show", show}, {"speed", changeSpeed}, {"pause", pause}, {"advance", advance},
-    {"next", next}, {"jump", jump},         {"to", goTo},
+    {"show", show}, {"speed", changeSpeed}, {"pause", pause}, {"next", next}, {"jump", jump},
 };
 
 // "Clock jump 2030-05-05T05:05:05Z, from 2016-06-16T00:00:00Z"
-std::string described(const VirtualClock& clock, const ClockAction& action, const Json& request) {
+std::string described(const VirtualClock& clock, const Json& request) {
+  const std::string action = textMember(request, "action");
   std::string words = memberWords(request, {"speed", "seconds", "landmark"});
   const Json instant = request.value("seconds", Json());
   const bool whole = instant.is_number_integer() && instant >= 0 && instant <= kLastInstant.count();
-  if (whole && action.carryOut != advance) words = ' ' + instantText(seconds(instant));
-  return "Clock " + std::string(action.name) + words + ", from " +
-         instantText(duration_cast<seconds>(clock.wall()));
+  if (whole && action != "advance") words = ' ' + instantText(seconds(instant));
+  return "Clock " + action + words + ", from " + instantText(duration_cast<seconds>(clock.wall()));
+}
+
+std::shared_ptr<RecordedAct> recordOf(Controller& controller, const Json& request) {
+  return std::make_shared<RecordedAct>(controller.device().securityLog(), SecurityLog::Event::clock,
+                                       described(controller.device().clock(), request));
 }
 
 Note recorded(const ClockAction& action, Controller& controller, const Json& request) {
   if (action.carryOut == show) return show(controller, request);
-  RecordedAct act(controller.device().securityLog(), SecurityLog::Event::clock,
-                  described(controller.device().clock(), action, request));
+  const auto act = recordOf(controller, request);
   Note note = action.carryOut(controller, request);
-  act.done();
+  act->done();
   return note;
+}
+
+// What takes as long as there are timers on the way.
+struct PassingAction {
+  std::string_view name;
+  ClockMove (*move)(Controller& controller, const Json& request);
+};
+
+constexpr PassingAction kPassingActions[] = {{"advance", advance}, {"to", goTo}};
+
+template <typename Rows>
+auto rowNamed(const Rows& rows, const std::string& name) {
+  const auto found = std::find_if(std::begin(rows), std::end(rows),
+                                  [&](const auto& row) { return row.name == name; });
+  return found == std::end(rows) ? nullptr : found;
+}
+
+// The record is written when the move has arrived, or is dropped on its way.
+ClockMove recorded(const PassingAction& action, Controller& controller, const Json& request) {
+  const auto act = recordOf(controller, request);
+  ClockMove move = action.move(controller, request);
+  move.arrive = [act, arrive = std::move(move.arrive)] {
+    std::string note = arrive();
+    act->done();
+    return note;
+  };
+  return move;
 }
 
 // What is left, rounded up as people count.
@@ -137,16 +166,21 @@ Json clockState(Controller& controller) {
   return state;
 }
 
-void actOnClock(Controller& controller, const Json& request, const Channel& channel) {
-  const std::string name = textMember(request, "action");
-  const auto action = std::find_if(std::begin(kActions), std::end(kActions),
-                                   [&](const ClockAction& row) { return row.name == name; });
-  if (action == std::end(kActions)) throw Error("the clock has no action " + quotedText(name));
-  const Note note = recorded(*action, controller, request);
+void answerClock(Controller& controller, const Channel& channel, const std::string& note) {
   Json reply = {{"ok", true}};
   reply.update(clockState(controller));
   if (!note.empty()) reply["note"] = note;
   answer(channel, reply);
+}
+
+void actOnClock(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string name = textMember(request, "action");
+  if (const auto* const passing = rowNamed(kPassingActions, name)) {
+    return controller.passages().add(recorded(*passing, controller, request), channel);
+  }
+  const auto* const action = rowNamed(kActions, name);
+  if (action == nullptr) throw Error("the clock has no action " + quotedText(name));
+  answerClock(controller, channel, recorded(*action, controller, request));
 }
 
 }  // namespace host

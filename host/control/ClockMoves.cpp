@@ -1,5 +1,7 @@
 #include "control/ClockMoves.h"
 
+#include <memory>
+
 #include "clock/VirtualClock.h"
 #include "control/LocalCall.h"
 #include "control/TimeText.h"
@@ -67,9 +69,15 @@ bool followsClock(Device& device) {
   return after != before;
 }
 
-void goFar(VirtualClock& clock, seconds way) {
+// Jumps over the most of a far way; the uptime at its end.
+Nanoseconds uptimeAfter(Device& device, seconds way) {
+  VirtualClock& clock = device.clock();
+  if (way <= kPassable || !followsClock(device)) {
+    requireRoom(clock, way);
+    return clock.uptime() + way;
+  }
   if (!clock.setWall(clock.wall() + way - kRearming)) throw Error("the clock cannot go that far");
-  clock.advance(kRearming);
+  return clock.uptime() + kRearming;
 }
 
 // To the second: the timers are armed a fraction of a second after the service's own full seconds.
@@ -81,13 +89,24 @@ void requireStandingBefore(Device& device, time_t target) {
               localText(target));
 }
 
+std::string arrivedText(Landmark landmark, time_t instant) {
+  return "paused " + std::to_string(kJumpMargin.count()) + " s before " +
+         std::string(rowOf(landmark).meaning) + ", " + localText(instant) +
+         "; go on with `clock advance 10s` or `clock speed 1`";
+}
+
 }  // namespace
 
-void passTime(Device& device, seconds duration) {
-  VirtualClock& clock = device.clock();
-  requireRoom(clock, duration);
-  clock.advance(duration);
-  settle(clock);
+ClockMove passTime(Device& device, seconds duration) {
+  const auto begin = [&device, duration] {
+    requireRoom(device.clock(), duration);
+    return device.clock().uptime() + duration;
+  };
+  const auto arrive = [&device] {
+    settle(device.clock());
+    return std::string();
+  };
+  return {begin, arrive};
 }
 
 time_t serviceTime(Device& device) {
@@ -102,24 +121,24 @@ time_t serviceTime(Device& device) {
   return duration_cast<seconds>(device.clock().wall()).count();
 }
 
-time_t goBefore(Device& device, Landmark landmark) {
-  VirtualClock& clock = device.clock();
-  requireRoom(clock, kRearming);
-  clock.setSpeed(0);
-  settle(clock);
-  const time_t now = serviceTime(device);
-  const auto target = nextLandmark(landmark, now);
-  if (!target) throw Error("there is none ahead: " + std::string(rowOf(landmark).meaning));
-  const seconds way = seconds(*target - now) - kJumpMargin;
-  if (way > kPassable && followsClock(device)) {
-    goFar(clock, way);
-  } else {
-    requireRoom(clock, way);
-    clock.advance(way);
-  }
-  standBeforeTimer(clock);
-  requireStandingBefore(device, *target);
-  return *target;
+ClockMove goBefore(Device& device, Landmark landmark) {
+  const auto instant = std::make_shared<time_t>(0);
+  const auto begin = [&device, landmark, instant] {
+    requireRoom(device.clock(), kRearming);
+    device.clock().setSpeed(0);
+    settle(device.clock());
+    const time_t now = serviceTime(device);
+    const auto target = nextLandmark(landmark, now);
+    if (!target) throw Error("there is none ahead: " + std::string(rowOf(landmark).meaning));
+    *instant = *target;
+    return uptimeAfter(device, seconds(*target - now) - kJumpMargin);
+  };
+  const auto arrive = [&device, landmark, instant] {
+    standBeforeTimer(device.clock());
+    requireStandingBefore(device, *instant);
+    return arrivedText(landmark, *instant);
+  };
+  return {begin, arrive};
 }
 
 }  // namespace host

@@ -11,6 +11,7 @@
 #include "control/ReadJson.h"
 #include "platform/LogBook.h"
 #include "platform/ShownText.h"
+#include "runtime/Device.h"
 
 namespace host {
 namespace {
@@ -57,7 +58,13 @@ void carryOut(Controller& controller, const Json& request, const Channel& channe
 }  // namespace
 
 Controller::Controller(Device& device, HostFacts facts)
-    : m_device(device), m_facts(std::move(facts)), m_log(std::make_shared<LogRing>()) {
+    : m_device(device),
+      m_facts(std::move(facts)),
+      m_log(std::make_shared<LogRing>()),
+      m_passages(device.clock(), m_facts.later,
+                 [this](const Channel& channel, const std::string& note) {
+                   answerClock(*this, channel, note);
+                 }) {
   LogBook::instance().addSink(m_log);
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "control/ClockPassages.h"
 #include "control/Json.h"
 #include "remote/ControlChannel.h"
 
@@ -19,6 +20,7 @@ struct HostFacts {
   std::string socket;                    // empty: none
   std::string version;                   // of host and plug-in, as built
   std::string plugin{};                  // the file
+  ClockPassages::Later later{};          // see ClockPassages
 };
 
 // Carries out control requests on one device: {"verb": NAME, ...} -> {"ok": true, ...} or
@@ -36,17 +38,20 @@ class Controller {
   // For RemoteServer: `[&](ControlRequest r) { controller.handle(std::move(r)); }`.
   void handle(ControlRequest request);
 
-  // Carries out one request and waits for its answer.
+  // Carries out one request and waits for its answer. REQUIRES: HostFacts without `later`, for
+  // moves of the clock.
   [[nodiscard]] Json perform(const Json& request);
 
   [[nodiscard]] Device& device() { return m_device; }
   [[nodiscard]] const HostFacts& facts() const { return m_facts; }
   [[nodiscard]] const std::shared_ptr<LogRing>& log() const { return m_log; }
+  [[nodiscard]] ClockPassages& passages() { return m_passages; }
 
  private:
   Device& m_device;
   HostFacts m_facts;
   std::shared_ptr<LogRing> m_log;  // shared with the log book
+  ClockPassages m_passages;
 };
 
 }  // namespace host

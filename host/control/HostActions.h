@@ -39,6 +39,9 @@ void actOnSecurityLog(Controller& controller, const Json& request, const Channel
 // What `clock show` tells.
 [[nodiscard]] Json clockState(Controller& controller);
 
+// Answers with that, and a note when there is one.
+void answerClock(Controller& controller, const Channel& channel, const std::string& note);
+
 // Answers. Text that is not UTF-8 goes out with U+FFFD for its wrong bytes. An answer that no reply
 // has room for becomes a refusal that says so.
 void answer(const Channel& channel, const Json& reply);

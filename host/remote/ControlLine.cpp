@@ -58,6 +58,10 @@ void ControlLine::holdNext() {
   ++m_peer->m_holds;
 }
 
+void ControlLine::answerAtEnd(std::string_view json) {
+  if (!m_gone) reply(json);
+}
+
 void ControlLine::tellGone() {
   if (const auto gone = std::exchange(m_gone, nullptr)) gone();
 }

@@ -27,6 +27,9 @@ class ControlLine : public ControlChannel {
   void holdNext() override;
   [[nodiscard]] const std::string& origin() const override;
 
+  // Replies, unless somebody hears of the client's end: a stream ends with its connection.
+  void answerAtEnd(std::string_view json);
+
   // The client has hung up. Thread: the loop's.
   void tellGone();
 

@@ -87,7 +87,7 @@ bool Peer::mayGoOn() const {
 
 void Peer::answerAll(std::string_view json) {
   for (const auto& held : m_lines) {
-    if (const auto line = held.lock()) line->reply(json);
+    if (const auto line = held.lock()) line->answerAtEnd(json);
   }
 }
 

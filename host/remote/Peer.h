@@ -60,7 +60,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   // While held, each end of a request asks for attention.
   void setHeld(bool held) { m_held = held; }
 
-  // Answers what is not answered yet. JSON text.
+  // Answers what is not answered yet, but for streams. JSON text.
   void answerAll(std::string_view json);
 
   // How often the client is registered as an observer. The loop's alone.

@@ -53,7 +53,8 @@ struct EventLoop::Impl {
   // The boundary of the host: what a service throws costs this expiry, and time goes on.
   void runDue() {
     try {
-      clock.runDue(kSlice);
+      const auto end = std::chrono::steady_clock::now() + kSliceTime;
+      clock.runDue(kSlice, [end] { return std::chrono::steady_clock::now() < end; });
     } catch (const std::exception& error) {
       logAppUni("clockhost", 2, __FILE__, __LINE__, "an expired timer's owner threw \"%s\"",
                 error.what());

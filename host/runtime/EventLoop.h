@@ -22,6 +22,8 @@ class EventLoop {
  public:
   // Expiries delivered in a row before sockets are looked at again, at any speed.
   static constexpr std::size_t kSlice = 64;
+  // And as long, of those that take their time.
+  static constexpr std::chrono::milliseconds kSliceTime{2};
 
   // The clock outlives the loop, which is its one onScheduleChange listener.
   explicit EventLoop(VirtualClock& clock);

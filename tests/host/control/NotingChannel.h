@@ -22,7 +22,12 @@ class NotingChannel : public ControlChannel {
   }
   void onGone(std::function<void()> gone) override { hangUp = std::move(gone); }
 
+  bool wanted() const override { return isWanted; }
+  void holdNext() override { ++holds; }
+
   bool reads = true;
+  bool isWanted = true;
+  int holds = 0;
   std::vector<std::string> replies;
   std::vector<std::string> items;
   std::function<void()> hangUp;

@@ -1,0 +1,52 @@
+#include "control/ClockPassages.h"
+
+#include <exception>
+#include <utility>
+
+#include "clock/VirtualClock.h"
+#include "control/HostActions.h"
+#include "platform/Origin.h"
+#include "remote/ControlChannel.h"
+
+namespace host {
+
+using SteadyClock = std::chrono::steady_clock;
+
+ClockPassages::ClockPassages(VirtualClock& clock, Later later, Arrived arrived)
+    : m_clock(clock), m_later(std::move(later)), m_arrived(std::move(arrived)) {}
+
+void ClockPassages::add(ClockMove move, const Channel& channel) {
+  channel->holdNext();
+  m_waiting.push_back({std::move(move), channel});
+  if (m_waiting.size() == 1) pass();
+}
+
+// One slice of the first, and a place behind the others for the next slice.
+void ClockPassages::pass() {
+  const Channel channel = m_waiting.front().channel;  // the origin is its own
+  const OriginScope origin(channel->origin());
+  if (isOver(m_waiting.front())) m_waiting.pop_front();
+  if (m_waiting.empty()) return;
+  m_later([this, alive = std::weak_ptr(m_alive)] {
+    if (!alive.expired()) pass();
+  });
+}
+
+bool ClockPassages::isOver(Passage& passage) {
+  if (!passage.channel->wanted()) return true;
+  try {
+    if (!passage.target) passage.target = passage.move.begin();
+    const auto end = SteadyClock::now() + kSlice;
+    if (!m_clock.advanceTo(*passage.target, [&] { return goesOnNow(end); })) return false;
+    m_arrived(passage.channel, passage.move.arrive());
+  } catch (const std::exception& error) {
+    answerRefusal(passage.channel, error.what());
+  }
+  return true;
+}
+
+bool ClockPassages::goesOnNow(SteadyClock::time_point end) const {
+  return !m_later || SteadyClock::now() < end;
+}
+
+}  // namespace host
