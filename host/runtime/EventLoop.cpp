@@ -7,21 +7,21 @@
 #include <asio/io_context.hpp>
 #include <asio/posix/stream_descriptor.hpp>
 #include <asio/post.hpp>
-#include <asio/signal_set.hpp>
 #include <asio/steady_timer.hpp>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstring>
 #include <exception>
 #include <list>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "Logging.h"
 #include "clock/VirtualClock.h"
 #include "runtime/Error.h"
+#include "runtime/TerminationSignals.h"
 
 namespace host {
 
@@ -69,13 +69,16 @@ struct EventLoop::Impl {
     });
   }
 
+  // A signal that comes while the loop sleeps wakes it, and run() sees to the rest.
   void waitForSignal() {
-    signals.async_wait([this](const asio::error_code& code, int) {
-      if (code) return;
-      io.stop();
-      waitForSignal();
-    });
+    signalled.async_wait(asio::posix::stream_descriptor::wait_read,
+                         [this](const asio::error_code& code) {
+                           if (!code) waitForSignal();
+                         });
   }
+
+  // Asked before each task, so that no queue of them comes before the end.
+  bool stopped() { return signals && signals->take(); }
 
   struct Readable {
     Readable(asio::io_context& io, int descriptor, std::chrono::milliseconds theDelay,
@@ -107,7 +110,8 @@ struct EventLoop::Impl {
   asio::io_context io{1};  // one thread runs it
   asio::executor_work_guard<asio::io_context::executor_type> work{io.get_executor()};
   asio::steady_timer timer{io};
-  asio::signal_set signals{io};
+  std::optional<TerminationSignals> signals;
+  asio::posix::stream_descriptor signalled{io};
   std::list<Readable> readables;
   std::atomic<bool> lookPending{false};
 };
@@ -120,18 +124,19 @@ EventLoop::EventLoop(VirtualClock& clock) : m_impl(std::make_shared<Impl>(clock)
 
 EventLoop::~EventLoop() {
   m_impl->clock.onScheduleChange({});
+  static_cast<void>(m_impl->signalled.release());
 }
 
 void EventLoop::stopOnSignals() {
-  m_impl->signals.add(SIGINT);
-  m_impl->signals.add(SIGTERM);
+  m_impl->signals.emplace();
+  m_impl->signalled.assign(m_impl->signals->descriptor());
   m_impl->waitForSignal();
 }
 
 void EventLoop::run() {
   m_impl->io.restart();
   m_impl->scheduleChanged();
-  m_impl->io.run();
+  while (!m_impl->stopped() && m_impl->io.run_one() > 0) continue;
 }
 
 void EventLoop::stop() {

@@ -172,6 +172,44 @@ TEST_F(IdleLoop, TerminationSignalsEndTheRunAndNotTheProcess) {
   }
 }
 
+TEST_F(IdleLoop, TerminationSignalComesBeforeTheTasksThatWait) {
+  loop.stopOnSignals();
+  int ran = 0;
+  loop.post([] { std::raise(SIGTERM); });
+  for (int i = 0; i < 1000; ++i) loop.post([&] { ++ran; });
+  loop.run();
+  EXPECT_EQ(ran, 0);
+  loop.post([&] { loop.stop(); });
+  loop.run();
+  EXPECT_EQ(ran, 1000) << "a later run has them";
+}
+
+TEST_F(IdleLoop, TerminationSignalWakesALoopThatSleeps) {
+  loop.stopOnSignals();
+  std::thread other([] { ::kill(::getpid(), SIGTERM); });
+  loop.run();
+  other.join();
+}
+
+TEST_F(IdleLoop, SlowExpiriesLetTasksInAfterASlice) {
+  owner.onTimer = [&](int timer) {
+    clock.startTimer(timer);
+    const auto end = std::chrono::steady_clock::now() + EventLoop::kSliceTime;
+    while (std::chrono::steady_clock::now() < end) continue;
+  };
+  arm(milliseconds(1));
+  clock.setSpeed(kAsFastAsItGoes);
+  std::uint64_t expiries = EventLoop::kSlice;
+  loop.post([&] {
+    loop.post([&] {
+      expiries = clock.expiriesDelivered();
+      loop.stop();
+    });
+  });
+  loop.run();
+  EXPECT_LE(expiries, 2U);
+}
+
 TEST(EventLoop, ClockOutlivesItsLoop) {
   VirtualClock clock;
   Owner owner;
