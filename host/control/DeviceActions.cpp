@@ -5,6 +5,8 @@
 #include "control/HostActions.h"
 #include "control/LogRing.h"
 #include "control/RecordedAct.h"
+#include "control/TimeText.h"
+#include "platform/FailedLookups.h"
 #include "platform/ShownText.h"
 #include "remote/ControlChannel.h"
 #include "runtime/Device.h"
@@ -25,6 +27,7 @@ void changeValue(Controller& controller, const std::string& key, const std::stri
   LocalManagement& management = controller.device().management();
   ManagementThread& thread = controller.device().managementThread();
   thread.post([&management, &thread, key, value, channel] {
+    if (!channel->wanted()) return;
     management.setValue(key, value);
     thread.post([channel] { answerDone(channel); });
   });
@@ -38,6 +41,7 @@ void injectJack(Controller& controller, const Json& request, const Channel& chan
 }
 
 void injectNetwork(Controller& controller, const Json& request, const Channel& channel) {
+  failedLookups().forgetAll();  // another network may know them
   changeValue(controller, "interface-status", textMember(request, "value"), channel);
 }
 

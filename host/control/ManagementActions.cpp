@@ -41,14 +41,14 @@ std::string whyRefused(const LocalManagement& management, const std::string& key
          std::string(row->values);
 }
 
-// Runs the body on the management thread, in the name of the client; the device's management
-// outlives that thread's tasks.
+// Runs the body on the management thread, in the name of the client, unless nobody wants the answer
+// by then; the device's management outlives that thread's tasks.
 template <typename Body>
 void onManagementThread(Controller& controller, const Channel& channel, Body body) {
   LocalManagement& management = controller.device().management();
   controller.device().managementThread().post([&management, channel, body] {
     const OriginScope origin(channel->origin());
-    body(management);
+    if (channel->wanted()) body(management);
   });
 }
 

@@ -7,13 +7,15 @@
 
 namespace host {
 
-// Asks `resolve` for an address, on a thread of its own, and waits no longer than `limit`. Empty
-// when it found none, was too slow, or could not be asked: kMostLookups are still out. One that
-// returns late returns into nothing; it keeps what it needs itself.
+// Asks `resolve` for the address of `name`, on a thread of its own, and waits no longer than
+// `limit`. Empty when it found none, was too slow, or was not asked: the name has failed a while
+// ago (FailedLookups), or kMostLookups are still out. One that returns late returns into nothing,
+// but an address lets its name be asked for again; it keeps what it needs itself.
 inline constexpr int kMostLookups = 8;
 
 using Resolve = std::function<std::optional<std::string>()>;
-[[nodiscard]] std::optional<std::string> boundedLookup(std::chrono::milliseconds limit,
+[[nodiscard]] std::optional<std::string> boundedLookup(const std::string& name,
+                                                       std::chrono::milliseconds limit,
                                                        Resolve resolve);
 
 }  // namespace host

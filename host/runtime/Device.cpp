@@ -159,6 +159,7 @@ void Device::stop() {
   if (parts.service) {
     parts.service->shutdown();
     parts.context.remove("ClockService");
+    parts.managementThread.dropQueued();
     // On its own thread: no call into the service is under way then, and none will come.
     parts.managementThread.run([&parts] { parts.management.dropAgents(); });
     parts.physical.dropSubscribers();

@@ -44,6 +44,12 @@ void ManagementThread::postForLater(std::function<void()> task) {
   m_wake.notify_one();
 }
 
+void ManagementThread::dropQueued() {
+  std::deque<Task> dropped;  // their ends may take locks of their own
+  const std::lock_guard lock(m_mutex);
+  m_tasks.swap(dropped);
+}
+
 void ManagementThread::run(const std::function<void()>& task) {
   if (std::this_thread::get_id() == m_thread.get_id()) return task();
   // Shared: this thread may go on while the other is still inside set_value.

@@ -26,6 +26,10 @@ class ManagementThread {
   // the next task does, and so also before tasks that were queued earlier.
   void postForLater(std::function<void()> task);
 
+  // Forgets what is queued, but for what is for later: the end goes first. Whoever waits in run()
+  // for a task that is forgotten gets std::future_error.
+  void dropQueued();
+
   // Returns when the task, and all that was queued before it, is done. From a task: runs at once.
   void run(const std::function<void()>& task);
 

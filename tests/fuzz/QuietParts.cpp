@@ -32,7 +32,8 @@ extern "C" int fsync(int /*descriptor*/) {
   return 0;
 }
 
-std::optional<std::string> host::boundedLookup(std::chrono::milliseconds /*limit*/,
+std::optional<std::string> host::boundedLookup(const std::string& /*name*/,
+                                               std::chrono::milliseconds /*limit*/,
                                                Resolve /*resolve*/) {
   return std::nullopt;
 }

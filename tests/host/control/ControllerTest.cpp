@@ -101,6 +101,16 @@ TEST_F(ControlledTelephone, RefusesAMemberThatComesTwiceAndMoreThanAnyRequestHol
   }
 }
 
+TEST_F(ControlledTelephone, DoesNotBeginWhatNobodyWantsAnyMore) {
+  Controller controller(telephone.device(), {});
+  const auto channel = std::make_shared<NotingChannel>();
+  channel->isWanted = false;
+  controller.handle({R"({"verb":"set","key":"date-format","value":"2"})", channel});
+  controller.handle({R"({"verb":"inject","what":"value","key":"k","value":"v"})", channel});
+  EXPECT_EQ(controller.perform({{"verb", "get"}, {"key", "date-format"}}).at("value"), "0");
+  EXPECT_FALSE(telephone.device().management().value("k"));
+}
+
 // Copying such a member, or writing it out again, would take more stack than there is.
 TEST_F(ControlledTelephone, RefusesWhatIsDeep) {
   Controller controller(telephone.device(), {});

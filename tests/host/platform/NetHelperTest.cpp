@@ -141,19 +141,22 @@ class SlowResolver {
 };
 
 TEST(BoundedLookup, GivesTheAnswer) {
-  EXPECT_EQ(host::boundedLookup(20s, [] { return std::optional<std::string>("192.0.2.9"); }),
-            "192.0.2.9");
-  EXPECT_EQ(host::boundedLookup(20s, [] { return std::optional<std::string>(); }), std::nullopt);
+  EXPECT_EQ(
+      host::boundedLookup("a.example", 20s, [] { return std::optional<std::string>("192.0.2.9"); }),
+      "192.0.2.9");
+  EXPECT_EQ(host::boundedLookup("b.example", 20s, [] { return std::optional<std::string>(); }),
+            std::nullopt);
 }
 
 TEST(BoundedLookup, TakesAFailingResolverForNoAnswer) {
   const auto fail = []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); };
-  EXPECT_EQ(host::boundedLookup(20s, fail), std::nullopt);
+  EXPECT_EQ(host::boundedLookup("c.example", 20s, fail), std::nullopt);
 }
 
 TEST(BoundedLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
   const auto resolver = std::make_shared<SlowResolver>();
-  EXPECT_EQ(host::boundedLookup(1ms, [=] { return resolver->resolve(); }), std::nullopt);
+  EXPECT_EQ(host::boundedLookup("d.example", 1ms, [=] { return resolver->resolve(); }),
+            std::nullopt);
   resolver->answer();
   resolver->awaitReturns(1);
 }
@@ -162,7 +165,7 @@ TEST(BoundedLookup, AsksNoMoreWhileTooManyAreOut) {
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
   for (int i = 0; i < 3 * host::kMostLookups; ++i) {
-    EXPECT_EQ(host::boundedLookup(1ms, resolve), std::nullopt);
+    EXPECT_EQ(host::boundedLookup(std::to_string(i) + ".example", 1ms, resolve), std::nullopt);
   }
   EXPECT_LE(resolver->asked(), host::kMostLookups);
   resolver->answer();

@@ -28,6 +28,23 @@ TEST(ManagementThread, RunsTasksInOrderOnOneOtherThread) {
   EXPECT_NE(ids[0], std::this_thread::get_id());
 }
 
+TEST(ManagementThread, ForgetsWhatIsQueuedAndGoesOn) {
+  ManagementThread thread;
+  std::promise<void> begun;
+  std::promise<void> released;
+  int ran = 0;
+  thread.post([&] {
+    begun.set_value();
+    released.get_future().wait();
+  });
+  begun.get_future().wait();
+  for (int i = 0; i < 3; ++i) thread.post([&] { ++ran; });
+  thread.dropQueued();
+  released.set_value();
+  thread.run([&] { ran += 10; });
+  EXPECT_EQ(ran, 10);
+}
+
 TEST(ManagementThread, WhatIsForLaterRunsWithoutBeingAskedFor) {
   ManagementThread thread;
   std::promise<void> ran;

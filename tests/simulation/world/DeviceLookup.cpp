@@ -48,7 +48,8 @@ bool isWanted(const FoundAddress& found, const addrinfo* wanted) {
 }  // namespace
 
 // In place: an answer never takes time here, and a life is the same each time.
-std::optional<std::string> host::boundedLookup(std::chrono::milliseconds /*limit*/,
+std::optional<std::string> host::boundedLookup(const std::string& /*name*/,
+                                               std::chrono::milliseconds /*limit*/,
                                                Resolve resolve) {
   return resolve();
 }

@@ -1,0 +1,38 @@
+#include "platform/FailedLookups.h"
+
+#include <algorithm>
+
+namespace host {
+
+bool FailedLookups::holds(const std::string& name, Instant now) const {
+  const std::lock_guard lock(m_mutex);
+  const auto found = m_failed.find(name);
+  return found != m_failed.end() && now - found->second < kKept;
+}
+
+bool FailedLookups::add(const std::string& name, Instant now) {
+  const std::lock_guard lock(m_mutex);
+  const bool first = m_failed.insert_or_assign(name, now).second;
+  if (m_failed.size() > kMost) {
+    m_failed.erase(std::min_element(m_failed.begin(), m_failed.end(),
+                                    [](auto& a, auto& b) { return a.second < b.second; }));
+  }
+  return first;
+}
+
+void FailedLookups::forget(const std::string& name) {
+  const std::lock_guard lock(m_mutex);
+  m_failed.erase(name);
+}
+
+void FailedLookups::forgetAll() {
+  const std::lock_guard lock(m_mutex);
+  m_failed.clear();
+}
+
+FailedLookups& failedLookups() {
+  static FailedLookups& one = *new FailedLookups;
+  return one;
+}
+
+}  // namespace host

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace host {
+
+// The names for which no address was found a while ago. Whoever asks for one waits, and a name
+// server that is silent is mostly silent for longer. Owner: the process. Thread: any.
+class FailedLookups {
+ public:
+  using Instant = std::chrono::steady_clock::time_point;
+
+  // Short enough that a person who has mended the network need not restart anything.
+  static constexpr std::chrono::seconds kKept{60};
+  // More names than a telephone has servers; beyond it the oldest is forgotten.
+  static constexpr std::size_t kMost = 64;
+
+  // Whether the name is not to be asked for yet.
+  [[nodiscard]] bool holds(const std::string& name, Instant now) const;
+
+  // Remembers a failure. True: it is the first one since an address was found, so say it.
+  [[nodiscard]] bool add(const std::string& name, Instant now);
+
+  // An address was found.
+  void forget(const std::string& name);
+
+  // The network is another one now.
+  void forgetAll();
+
+ private:
+  mutable std::mutex m_mutex;               // guards what follows
+  std::map<std::string, Instant> m_failed;  // when, last
+};
+
+// Those of this process. Never destroyed: a lookup may end after everything else.
+[[nodiscard]] FailedLookups& failedLookups();
+
+}  // namespace host

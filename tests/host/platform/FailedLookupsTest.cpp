@@ -1,0 +1,71 @@
+#include "platform/FailedLookups.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+#include "platform/BoundedLookup.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr FailedLookups::Instant kBegin{};
+
+TEST(FailedLookups, HoldANameForAWhile) {
+  FailedLookups failed;
+  EXPECT_FALSE(failed.holds("a", kBegin));
+  EXPECT_TRUE(failed.add("a", kBegin));
+  EXPECT_TRUE(failed.holds("a", kBegin + FailedLookups::kKept - 1ns));
+  EXPECT_FALSE(failed.holds("a", kBegin + FailedLookups::kKept));
+  EXPECT_FALSE(failed.holds("b", kBegin));
+}
+
+TEST(FailedLookups, TheFirstFailureIsToldAndTheNextOnesAreNotUntilAnAddressWasFound) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  EXPECT_FALSE(failed.add("a", kBegin + FailedLookups::kKept));
+  EXPECT_TRUE(failed.holds("a", kBegin + FailedLookups::kKept));
+  failed.forget("a");
+  EXPECT_FALSE(failed.holds("a", kBegin));
+  EXPECT_TRUE(failed.add("a", kBegin));
+  failed.forgetAll();
+  EXPECT_FALSE(failed.holds("a", kBegin));
+}
+
+TEST(FailedLookups, OfTooManyTheOldestIsForgotten) {
+  FailedLookups failed;
+  for (std::size_t i = 0; i <= FailedLookups::kMost; ++i) {
+    EXPECT_TRUE(failed.add(std::to_string(i), kBegin + std::chrono::nanoseconds(i)));
+  }
+  EXPECT_FALSE(failed.holds("0", kBegin));
+  EXPECT_TRUE(failed.holds("1", kBegin));
+  EXPECT_TRUE(failed.holds(std::to_string(FailedLookups::kMost), kBegin));
+}
+
+TEST(BoundedLookup, ANameThatHasFailedIsNotAskedForAgainSoonAndIsToldOnce) {
+  const support::LogCapture log(4);
+  int asked = 0;
+  const auto lookUp = [&](const char* name, const std::optional<std::string>& address) {
+    return boundedLookup(name, 10s, [&asked, address] {
+      ++asked;
+      return address;
+    });
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(lookUp("nowhere.example", std::nullopt), std::nullopt);
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
+  EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
+  EXPECT_EQ(asked, 3) << "a name that has an address is asked for each time";
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_EQ(log.count("no address found for \"nowhere.example\" within 10000 ms; it is asked for "
+                      "again after 60 s"),
+            1U);
+  failedLookups().forgetAll();
+  EXPECT_EQ(lookUp("nowhere.example", "192.0.2.2"), "192.0.2.2");
+}
+
+}  // namespace
+}  // namespace host
