@@ -7,6 +7,7 @@
 
 #include "integration/HostTraces.h"
 #include "integration/Programs.h"
+#include "load/AttackRun.h"
 #include "load/Figures.h"
 #include "load/Latencies.h"
 #include "load/LoadRun.h"
@@ -25,6 +26,30 @@ TEST(Load, EverybodyGetsWhatIsDue) {
   LoadRun everybody(size);
   EXPECT_TRUE(everybody.run()) << everybody.fault();
   std::printf("%s", toText(everybody.figures()).c_str());
+}
+
+// A machine with other work: the bound is looser than that of ./dev load, and far below the seconds
+// that each of the attacks took.
+constexpr std::uint64_t kMostP99Beside = 10 * kMostP99;
+
+TEST(Load, NoClientMakesABystanderWaitOrHoldsUpTheEnd) {
+  const AttackFigures figures = attackAHost(seconds(CLOCK_LOAD_SECONDS));
+  EXPECT_EQ(complaintAbout(figures, kMostP99Beside), "");
+  std::printf("%s", toText(figures).c_str());
+}
+
+TEST(AttackFigures, AreAsTheyAreDueOrThereIsAComplaint) {
+  const AttackFigures good{1000, 100, kMostP99, 60'000, 50, 2000};
+  const auto complaint = [&](auto change) {
+    AttackFigures figures = good;
+    change(figures);
+    return complaintAbout(figures, kMostP99);
+  };
+  EXPECT_EQ(complaintAbout(good, kMostP99), "");
+  EXPECT_NE(complaint([](auto& f) { f.calls = 0; }), "");
+  EXPECT_NE(complaint([](auto& f) { f.connections = 0; }), "");
+  EXPECT_NE(complaint([](auto& f) { f.ended = -1; }), "");
+  EXPECT_NE(complaint([](auto& f) { ++f.callP99; }), "");
 }
 
 TEST(Load, ProgramThatIsStoppedLeavesNothing) {

@@ -1,11 +1,13 @@
-// load [--seconds N]: 500 subscribers and 64 callers against one host. Exit status: 0 everybody got
-// what was due, 1 somebody did not, 2 usage, 128 + signal when it was stopped.
+// load [--seconds N]: 500 subscribers and 64 callers against one host, then every attack at once
+// against another. Exit status: 0 everybody got what was due, 1 somebody did not, 2 usage, 128 +
+// signal when it was stopped.
 
 #include <charconv>
 #include <exception>
 #include <iostream>
 #include <string_view>
 
+#include "load/AttackRun.h"
 #include "load/LoadRun.h"
 #include "support/Interruption.h"
 
@@ -25,6 +27,14 @@ bool parse(int argc, char** argv, load::Size& size) {
   return true;
 }
 
+bool bystanderIsServed(std::chrono::milliseconds duration) {
+  const load::AttackFigures figures = load::attackAHost(duration);
+  const std::string complaint = complaintAbout(figures, load::kMostP99);
+  std::cout << toText(figures);
+  if (!complaint.empty()) std::cout << complaint << '\n';
+  return complaint.empty();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
@@ -40,7 +50,7 @@ int main(int argc, char** argv) try {
             << size.duration.count() / 1000 << " s\n"
             << toText(everybody.figures());
   if (!served) std::cout << everybody.fault() << '\n';
-  return support::Interruption::statusOr(served ? 0 : 1);
+  return support::Interruption::statusOr(served && bystanderIsServed(size.duration) ? 0 : 1);
 } catch (const std::exception& error) {
   std::cerr << "load: " << error.what() << '\n';
   return support::Interruption::statusOr(1);
