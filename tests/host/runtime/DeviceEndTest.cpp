@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
 
 #include "FrameworkContext.h"
 #include "clock/DeviceRoot.h"
@@ -64,11 +65,14 @@ class EndingDevice : public testing::Test {
 TEST_F(EndingDevice, FreesTheServiceOnlyAfterTheManagementCallThatIsUnderWay) {
   Device device(m_clock, m_plugin, m_options);
   device.start(m_framework);
-  device.managementThread().post([] {
+  std::promise<void> begun;  // what has not begun is dropped at the end
+  device.managementThread().post([&begun] {
+    begun.set_value();
     wait("shutdown", 10s);
     wait("deleted", 100ms);
     testPluginNote("call ends");
   });
+  begun.get_future().wait();
   device.stop();
   EXPECT_LT(placeOf("call ends"), placeOf("deleted"));
   device.managementThread().run([&] { EXPECT_FALSE(device.management().hasClock()); });
