@@ -2,6 +2,7 @@
 
 import json
 import pathlib
+import re
 import sys
 
 BODIES = ["src", "host", "bench", "tests"]
@@ -9,9 +10,20 @@ BODIES = ["src", "host", "bench", "tests"]
 EXCEPTIONS = {"tests/abi/slots.cpp"}
 
 
+# What a file that CMake makes to compile several sources together consists of.
+INCLUDED = re.compile(r'^#include "(.+)"$', re.MULTILINE)
+
+
+def sources_of(entry):
+    path = pathlib.Path(entry["directory"], entry["file"])
+    if path.parent.name != "Unity":
+        return [path]
+    return [pathlib.Path(source) for source in INCLUDED.findall(path.read_text())]
+
+
 def built(build):
     commands = json.loads((build / "compile_commands.json").read_text())
-    return {pathlib.Path(entry["directory"], entry["file"]).resolve() for entry in commands}
+    return {path.resolve() for entry in commands for path in sources_of(entry)}
 
 
 def main(tree, build):

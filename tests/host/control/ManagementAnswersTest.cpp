@@ -65,7 +65,7 @@ class ManagedTelephone : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
-std::string errorOf(const Json& answer) {
+std::string errorIn(const Json& answer) {
   EXPECT_EQ(answer.at("ok"), false);
   std::string error = answer.value("error", std::string());
   EXPECT_LE(error.size(), kLongestError);
@@ -76,23 +76,23 @@ std::string errorOf(const Json& answer) {
 TEST_F(ManagedTelephone, ClipsTheKeyThatItDoesNotKnow) {
   const std::string key(kMebibyte, 'k');
   const std::string start = "no key \"" + std::string(80, 'k') + "...\" (1048576 bytes); did you";
-  EXPECT_EQ(errorOf(get(key)).substr(0, start.size()), start);
-  EXPECT_EQ(errorOf(set(key, "1")).substr(0, start.size()), start);
+  EXPECT_EQ(errorIn(get(key)).substr(0, start.size()), start);
+  EXPECT_EQ(errorIn(set(key, "1")).substr(0, start.size()), start);
 }
 
 TEST_F(ManagedTelephone, ClipsTheValueThatItRefuses) {
-  EXPECT_EQ(errorOf(set("daylight-save", std::string(kMebibyte, 'v'))),
+  EXPECT_EQ(errorIn(set("daylight-save", std::string(kMebibyte, 'v'))),
             "\"daylight-save\" refused \"" + std::string(80, 'v') +
                 "...\" (1048576 bytes); it takes true or false");
 }
 
 TEST_F(ManagedTelephone, RefusesInOneLineWhateverTheWordsHold) {
-  EXPECT_EQ(errorOf(set("daylight-save", "y\ne\x1b[1ms")),
+  EXPECT_EQ(errorIn(set("daylight-save", "y\ne\x1b[1ms")),
             "\"daylight-save\" refused \"y\\ne\\x1B[1ms\"; it takes true or false");
-  EXPECT_EQ(errorOf(get("a\nb")).substr(0, 15), "no key \"a\\nb\"; ");
-  EXPECT_EQ(errorOf(telephone.request({{"verb", "x\ny"}})).substr(0, 21),
+  EXPECT_EQ(errorIn(get("a\nb")).substr(0, 15), "no key \"a\\nb\"; ");
+  EXPECT_EQ(errorIn(telephone.request({{"verb", "x\ny"}})).substr(0, 21),
             "unknown verb \"x\\ny\"; ");
-  EXPECT_EQ(errorOf(telephone.request({{"verb", "inject"}, {"what", "r\n"}})),
+  EXPECT_EQ(errorIn(telephone.request({{"verb", "inject"}, {"what", "r\n"}})),
             "nothing known as \"r\\n\" can happen to the device");
 }
 
@@ -100,13 +100,13 @@ TEST(Refusal, IsOneShortLineWhateverItIsMadeOf) {
   const auto channel = std::make_shared<NotingChannel>();
   answerRefusal(channel, "a\nb\xff" + std::string(kMebibyte, 'x'));
   ASSERT_EQ(channel->replies.size(), 1U);
-  EXPECT_EQ(errorOf(Json::parse(channel->replies[0])),
+  EXPECT_EQ(errorIn(Json::parse(channel->replies[0])),
             "a\\nb\\xFF" + std::string(996, 'x') + "... (1048580 bytes)");
 }
 
 TEST_F(ManagedTelephone, SaysThatAValueIsTooLongForAReply) {
   ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
-  const std::string error = errorOf(get("ntp-secret"));
+  const std::string error = errorIn(get("ntp-secret"));
   EXPECT_EQ(error, "the answer has 1048617 bytes; a reply holds at most 1048571");
 }
 
@@ -190,15 +190,15 @@ TEST_F(ManagedTelephone, ListsItsKeysInTheOrderOfTheTableAndAsSettableAsTheyAre)
 
 TEST_F(ManagedTelephone, SaysThatNoClockAnswers) {
   telephone.device().management().dropAgents();
-  EXPECT_EQ(errorOf(get("time")), "\"time\" cannot be read; no clock answers");
-  EXPECT_EQ(errorOf(set("time", "x")), "\"time\" cannot be set; no clock answers");
-  EXPECT_EQ(errorOf(get("tim")), "no key \"tim\"; did you mean \"time\"?");
+  EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; no clock answers");
+  EXPECT_EQ(errorIn(set("time", "x")), "\"time\" cannot be set; no clock answers");
+  EXPECT_EQ(errorIn(get("tim")), "no key \"tim\"; did you mean \"time\"?");
 }
 
 TEST_F(ManagedTelephone, SaysWhereToLookWhenTheClockFailsToRead) {
   playTheClock("");
   played.throws = true;
-  EXPECT_EQ(errorOf(get("time")), "\"time\" cannot be read; `clockctl log` tells why");
+  EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; `clockctl log` tells why");
 }
 
 TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
@@ -218,12 +218,12 @@ TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
                                    {"sntp-tz-offset", "-5"},
                                    {"daylight-save", "false"},
                                    {"daylight-save-zone-index", "9"}}) {
-    EXPECT_EQ(errorOf(set(key, value)),
+    EXPECT_EQ(errorIn(set(key, value)),
               quotedText(key) + " could not be stored; `clockctl log` tells why");
   }
-  EXPECT_EQ(errorOf(set("daylight-save", "yes")),
+  EXPECT_EQ(errorIn(set("daylight-save", "yes")),
             "\"daylight-save\" refused \"yes\"; it takes true or false");
-  EXPECT_EQ(errorOf(set("daylight-save-zone-text", "x")),
+  EXPECT_EQ(errorIn(set("daylight-save-zone-text", "x")),
             "\"daylight-save-zone-text\" cannot be set");
 }
 

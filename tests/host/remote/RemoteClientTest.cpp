@@ -17,7 +17,7 @@ using namespace std::string_literals;
 using Limit = RemoteClient::Limit;
 
 constexpr Limit kShort{10};
-constexpr Limit kLong{10'000};
+constexpr Limit kDeadline{10'000};
 
 // A client whose host is played by the test.
 class ClientOfATest : public testing::Test {
@@ -73,7 +73,7 @@ TEST_F(ClientOfATest, DoesNotTakeALateReplyForTheNextOne) {
   EXPECT_FALSE(m_client.call(method, kShort));
   say({FrameKind::reply, 1, encoded("late")});
   say({FrameKind::reply, 2, encoded("right")});
-  const auto reply = m_client.call(method, kLong);
+  const auto reply = m_client.call(method, kDeadline);
   ASSERT_TRUE(reply);
   EXPECT_EQ(reply->getName(), "right");
 }
@@ -83,7 +83,7 @@ TEST_F(ClientOfATest, KeepsEventsThatComeBeforeAReply) {
   say({FrameKind::event, 0, encoded("two")});
   say({FrameKind::reply, 1, encoded("reply")});
   Method method("getTime", Method::call);
-  EXPECT_TRUE(m_client.call(method, kLong));
+  EXPECT_TRUE(m_client.call(method, kDeadline));
   EXPECT_EQ(m_client.nextEvent(Limit(0))->getName(), "one");
   EXPECT_EQ(m_client.nextEvent(Limit(0))->getName(), "two");
   EXPECT_FALSE(m_client.nextEvent(Limit(0)));
@@ -93,7 +93,7 @@ TEST_F(ClientOfATest, ControlPassesItemsAndAnswersOfOthersOver) {
   say({FrameKind::controlReply, 77, "of nobody"});
   say({FrameKind::controlItem, 1, "item"});
   say({FrameKind::controlReply, 1, "reply"});
-  EXPECT_EQ(m_client.control("{}", kLong), "reply");
+  EXPECT_EQ(m_client.control("{}", kDeadline), "reply");
 }
 
 // The host hangs up when it has handled all; one that has stopped does not, and a reply is no sign.
@@ -109,24 +109,24 @@ TEST_F(ClientOfATest, BarrierEndsWellOnlyWhenTheHostHangsUp) {
 
 TEST_F(ClientOfATest, TellsThatTheHostHungUp) {
   m_host.reset();
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
   Method method("getTime", Method::call);
   EXPECT_THROW(m_client.post(method), HostGone);
 }
 
 TEST_F(ClientOfATest, TellsThatWhatAnswersIsNoHost) {
   sayBytes("HTTP/1.1 400 Bad Request\r\n");
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
 }
 
 TEST_F(ClientOfATest, TellsThatAFrameIsNotAHosts) {
   say({FrameKind::call, 1, encoded("getTime")});
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
 }
 
 TEST_F(ClientOfATest, TellsThatAnEventIsNoMethod) {
   say({FrameKind::event, 0, "nonsense"});
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kLong)), HostGone);
+  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
 }
 
 TEST_F(ClientOfATest, RefusesToSendMoreThanAFrameHolds) {
