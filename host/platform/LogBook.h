@@ -36,6 +36,7 @@ class LogSink {
 class LogBook {
  public:
   static constexpr int kDefaultLevel = 4;
+  static constexpr int kWarning = 3;
   // Bytes of an entry's text; of a longer one the beginning is kept, and how long it was. It is as
   // much as a system log takes for a line, and bounds what a peer's long text makes of log.
   static constexpr std::size_t kLongestText = 1024;

@@ -5,8 +5,6 @@
 namespace host {
 namespace {
 
-constexpr int kWarning = 3;
-
 // "ClockService: NtpClient.cpp:88", without the folders, which depend on where it was built.
 std::string nameOf(const std::string& component, const std::string& file, int line) {
   if (file.empty()) return component.empty() ? "the system log" : component;
@@ -53,7 +51,7 @@ LogEntry LogLimit::summary(const Source& source, const Window& window) const {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(m_length);
   LogEntry entry;
   entry.wall = window.wall;
-  entry.level = kWarning;
+  entry.level = LogBook::kWarning;
   entry.component = "clockhost";
   entry.text = std::to_string(window.suppressed) + " lines suppressed of " +
                nameOf(component, file, line) + ": one place in the code may write " +

@@ -16,6 +16,7 @@
 
 #include "Logging.h"
 #include "clock/DeviceRoot.h"
+#include "platform/LogBook.h"
 #include "runtime/Error.h"
 #include "runtime/TrustedFolder.h"
 
@@ -25,7 +26,6 @@ namespace {
 constexpr const char* kWhat = "the pipe of the time reports: ";
 
 constexpr int kError = 2;
-constexpr int kWarning = 3;
 
 // How many folders are made where they are missing. Under a running host it is the device root and
 // those in it: a state folder that was removed does not come back as an empty one.
@@ -168,7 +168,7 @@ void ReportPipe::restore() {
 void ReportPipe::renew() {
   const Descriptor pipe = take();
   if (areSame(statusOf(pipe, m_path), statusOf(m_held, m_path))) return;
-  logAppUni("clockhost", kWarning, __FILE__, __LINE__,
+  logAppUni("clockhost", LogBook::kWarning, __FILE__, __LINE__,
             "%s%s: was deleted or replaced; it is made again", kWhat, m_path.c_str());
   // Held open, so that a listener that is only about to wait for it finds a writer and four zero
   // bytes.

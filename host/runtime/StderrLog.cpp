@@ -18,7 +18,6 @@ namespace {
 
 using Clock = LogLimit::Clock;
 
-constexpr int kWarning = 3;
 constexpr std::size_t kGapLine = 256;  // bytes, and more than the line about a gap has
 
 // Somebody who shares the descriptor may have made it non-blocking.
@@ -121,7 +120,7 @@ class StderrLog::Writer {
   LogEntry gap() const {
     LogEntry entry;
     entry.wall = m_droppedLast;
-    entry.level = kWarning;
+    entry.level = LogBook::kWarning;
     entry.component = "clockhost";
     entry.text = std::to_string(m_dropped) + " lines dropped here: standard error was not read";
     return entry;

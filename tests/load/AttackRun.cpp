@@ -15,7 +15,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kAnswerLimit(20);
+constexpr std::chrono::seconds kBystanderLimit(20);
 constexpr std::chrono::seconds kEndLimit(2);
 
 Latencies callFor(std::chrono::milliseconds duration, host::RemoteClient& bystander) {
@@ -24,7 +24,7 @@ Latencies callFor(std::chrono::milliseconds duration, host::RemoteClient& bystan
   while (Clock::now() < end && support::Interruption::signal() == 0) {
     Method call("getTime", Method::call);
     const auto begin = Clock::now();
-    if (!bystander.call(call, kAnswerLimit))
+    if (!bystander.call(call, kBystanderLimit))
       throw std::runtime_error("the bystander is not answered");
     latencies.add(Clock::now() - begin);
   }

@@ -29,7 +29,7 @@ std::string countedCalls(std::size_t count) {
 }
 
 // Requests that wait until the test lets them go.
-class Desk {
+class HeldRequests {
  public:
   [[nodiscard]] ControlHandler handler() {
     return [this](ControlRequest request) { m_requests.push_back(std::move(request)); };
@@ -78,39 +78,39 @@ TEST(ClientBounds, APipelineOfCallsIsCarriedOutToItsEnd) {
 }
 
 TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
+  HeldRequests held;
+  ServerUnderTest server(held.handler());
   RemoteClient neighbour(server.controlSocket);
   RawSocket client(server.controlSocket);
   client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
-  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests; }));
+  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests; }));
   const auto id = neighbour.startControl("{}");
-  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests + 1; }));
-  server.onLoop([&] { desk.m_requests.pop_back(); });
+  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests + 1; }));
+  server.onLoop([&] { held.m_requests.pop_back(); });
   EXPECT_TRUE(neighbour.nextAnswer(id, kLong));
-  server.onLoop([&] { desk.m_requests.erase(desk.m_requests.begin()); });
-  EXPECT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests; }));
+  server.onLoop([&] { held.m_requests.erase(held.m_requests.begin()); });
+  EXPECT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests; }));
   std::size_t answered = 1;
   EXPECT_TRUE(server.becomes([&] {
-    answered += desk.m_requests.size();
-    desk.m_requests.clear();
+    answered += held.m_requests.size();
+    held.m_requests.clear();
     return answered == 3 * kMostOpenRequests;
   }));
 }
 
 TEST(ClientBounds, ARequestThatHoldsWhatComesNextIsAnsweredFirst) {
-  Desk desk;
+  HeldRequests held;
   ServerUnderTest server([&](ControlRequest request) {
     if (request.text == "hold") request.channel->holdNext();
-    desk.m_requests.push_back(std::move(request));
+    held.m_requests.push_back(std::move(request));
   });
   RawSocket client(server.controlSocket);
   client.send(frames(FrameKind::controlRequest, "hold", 1) +
               frames(FrameKind::controlRequest, "next", 1));
-  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
-  server.onLoop([&] { desk.m_requests.clear(); });
-  EXPECT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
-  EXPECT_EQ(desk.m_requests.front().text, "next");
+  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
+  server.onLoop([&] { held.m_requests.clear(); });
+  EXPECT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
+  EXPECT_EQ(held.m_requests.front().text, "next");
 }
 
 TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
@@ -132,17 +132,17 @@ TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
 }
 
 TEST(ClientBounds, WhatAClientThatIsGoneHasAskedForIsNotWantedAnyMore) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
+  HeldRequests held;
+  ServerUnderTest server(held.handler());
   {
     RawSocket client(server.controlSocket);
     client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
-    ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == kMostOpenRequests; }));
-    EXPECT_TRUE(desk.m_requests.front().channel->wanted());
+    ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests; }));
+    EXPECT_TRUE(held.m_requests.front().channel->wanted());
   }
-  ASSERT_TRUE(server.becomes([&] { return !desk.m_requests.front().channel->wanted(); }));
+  ASSERT_TRUE(server.becomes([&] { return !held.m_requests.front().channel->wanted(); }));
   EXPECT_TRUE(server.becomes([&] {
-    desk.m_requests.clear();
+    held.m_requests.clear();
     return server.clients() == 0;
   }));
 }
@@ -164,28 +164,28 @@ TEST(ClientBounds, WhatAClientThatIsGoneHasStillInItsSocketIsNotBegun) {
 }
 
 TEST(ClientBounds, AnAnswerIsWantedOnce) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
+  HeldRequests held;
+  ServerUnderTest server(held.handler());
   FrameSocket client(server.controlSocket);
   client.send({FrameKind::controlRequest, 1, "{}"});
   client.finishSending();
-  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
-  EXPECT_TRUE(desk.m_requests.front().channel->wanted()) << "the client still reads";
-  EXPECT_TRUE(desk.m_requests.front().channel->reply("{}"));
-  EXPECT_FALSE(desk.m_requests.front().channel->wanted());
+  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
+  EXPECT_TRUE(held.m_requests.front().channel->wanted()) << "the client still reads";
+  EXPECT_TRUE(held.m_requests.front().channel->reply("{}"));
+  EXPECT_FALSE(held.m_requests.front().channel->wanted());
 }
 
 TEST(ClientBounds, WhatIsNotAnsweredAtTheEndIsRefused) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
+  HeldRequests held;
+  ServerUnderTest server(held.handler());
   RemoteClient client(server.controlSocket);
   const auto id = client.startControl("{}");
-  ASSERT_TRUE(server.becomes([&] { return desk.m_requests.size() == 1; }));
+  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
   server.stop();
   const auto answer = client.nextAnswer(id, kLong);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
-  EXPECT_FALSE(desk.m_requests.front().channel->wanted());
+  EXPECT_FALSE(held.m_requests.front().channel->wanted());
 }
 
 TEST(ClientBounds, RegistrationsBeyondTheMostAreRefused) {

@@ -104,7 +104,7 @@ TEST_F(ClientOfATest, BarrierEndsWellOnlyWhenTheHostHangsUp) {
   say({FrameKind::reply, 1, encoded("setAlarm")});
   EXPECT_FALSE(m_client.barrier(kShort));
   m_host.reset();
-  EXPECT_TRUE(m_client.barrier(kLong));
+  EXPECT_TRUE(m_client.barrier(kDeadline));
 }
 
 TEST_F(ClientOfATest, TellsThatTheHostHungUp) {

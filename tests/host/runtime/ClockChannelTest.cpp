@@ -77,14 +77,14 @@ TEST_F(ClockByChannel, IsNotInheritedByOtherPrograms) {
   EXPECT_EQ(::fcntl(m_channel.get(), F_GETFD), FD_CLOEXEC);
 }
 
-struct Wrong {
+struct WrongRequest {
   std::string name;
   SetClockRequest request;
   std::size_t size = sizeof(SetClockRequest);
 };
 
 TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
-  const Wrong rows[] = {
+  const WrongRequest rows[] = {
       {"a nanosecond before 1970", {0, -1}},
       {"a whole second of nanoseconds", {5, 1'000'000'000}},
       {"before 1970", {-1, 0}},
@@ -96,7 +96,7 @@ TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
       {"a byte more", {5, 0}, sizeof(SetClockRequest) + 1},
       {"many more", {5, 0}, 4096},
   };
-  for (const Wrong& row : rows) {
+  for (const WrongRequest& row : rows) {
     SCOPED_TRACE(row.name);
     const support::LogCapture log(4);
     m_channel = openClockChannel(m_loop, m_clock);

@@ -14,7 +14,7 @@ constexpr std::size_t kMost = 3;
 constexpr auto kWindow = 10s;
 constexpr Time kStart{1000s};
 
-LogEntry entry(const std::string& file, int line, std::chrono::seconds wall = 5s) {
+LogEntry entryFrom(const std::string& file, int line, std::chrono::seconds wall = 5s) {
   LogEntry made;
   made.component = "ClockService";
   made.file = file;
@@ -32,29 +32,29 @@ std::size_t admitted(LogLimit& limit, const LogEntry& made, std::size_t count, T
 
 TEST(LogLimit, AdmitsSoManyInAWindow) {
   LogLimit limit(kMost, kWindow);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 1), kMost, kStart), kMost);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 1), 5, kStart + kWindow - 1ns), 0U);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), kMost, kStart), kMost);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart + kWindow - 1ns), 0U);
 }
 
 TEST(LogLimit, BeginsAnewWhenTheWindowIsOver) {
   LogLimit limit(kMost, kWindow);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 1), kMost, kStart), kMost);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 1), 5, kStart + kWindow), kMost);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), kMost, kStart), kMost);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart + kWindow), kMost);
 }
 
 TEST(LogLimit, EachPlaceAndComponentHasItsOwn) {
   LogLimit limit(kMost, kWindow);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 1), 5, kStart), kMost);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 2), 5, kStart), kMost);
-  EXPECT_EQ(admitted(limit, entry("b.cpp", 1), 5, kStart), kMost);
-  LogEntry other = entry("a.cpp", 1);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart), kMost);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 2), 5, kStart), kMost);
+  EXPECT_EQ(admitted(limit, entryFrom("b.cpp", 1), 5, kStart), kMost);
+  LogEntry other = entryFrom("a.cpp", 1);
   other.component = "Other";
   EXPECT_EQ(admitted(limit, other, 5, kStart), kMost);
 }
 
 TEST(LogLimit, TellsTheNumberOnceWhenTheWindowIsOver) {
   LogLimit limit(kMost, kWindow);
-  admitted(limit, entry("src/a.cpp", 7, 42s), kMost + 2, kStart);
+  admitted(limit, entryFrom("src/a.cpp", 7, 42s), kMost + 2, kStart);
   EXPECT_EQ(limit.nextSummary(), kStart + kWindow);
   EXPECT_TRUE(limit.summaries(kStart + kWindow - 1ns).empty());
   const auto lines = limit.summaries(kStart + kWindow);
@@ -66,28 +66,28 @@ TEST(LogLimit, TellsTheNumberOnceWhenTheWindowIsOver) {
   EXPECT_EQ(lines[0].level, 3);
   EXPECT_EQ(lines[0].wall, 42s);
   EXPECT_TRUE(limit.summaries(kStart + 2 * kWindow).empty());
-  EXPECT_EQ(admitted(limit, entry("src/a.cpp", 7), 5, kStart + kWindow), kMost);
+  EXPECT_EQ(admitted(limit, entryFrom("src/a.cpp", 7), 5, kStart + kWindow), kMost);
 }
 
 // No line is written between a gap and the line that tells of it.
 TEST(LogLimit, AdmitsNothingBeforeTheNumberIsTold) {
   LogLimit limit(kMost, kWindow);
-  admitted(limit, entry("a.cpp", 1), kMost + 1, kStart);
-  EXPECT_EQ(admitted(limit, entry("a.cpp", 1), 1, kStart + 2 * kWindow), 0U);
+  admitted(limit, entryFrom("a.cpp", 1), kMost + 1, kStart);
+  EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 1, kStart + 2 * kWindow), 0U);
   EXPECT_EQ(limit.summaries(kStart + 2 * kWindow).at(0).text.substr(0, 18), "2 lines suppressed");
 }
 
 TEST(LogLimit, TellsNothingWhileNothingIsSuppressed) {
   LogLimit limit(kMost, kWindow);
-  admitted(limit, entry("a.cpp", 1), kMost, kStart);
+  admitted(limit, entryFrom("a.cpp", 1), kMost, kStart);
   EXPECT_EQ(limit.nextSummary(), Time::max());
   EXPECT_TRUE(limit.summaries(Time::max()).empty());
 }
 
 TEST(LogLimit, TellsOfEachPlaceAtItsOwnTime) {
   LogLimit limit(kMost, kWindow);
-  admitted(limit, entry("b.cpp", 1), kMost + 1, kStart + 1s);
-  admitted(limit, entry("a.cpp", 1), kMost + 2, kStart);
+  admitted(limit, entryFrom("b.cpp", 1), kMost + 1, kStart + 1s);
+  admitted(limit, entryFrom("a.cpp", 1), kMost + 2, kStart);
   EXPECT_EQ(limit.nextSummary(), kStart + kWindow);
   EXPECT_EQ(limit.summaries(kStart + kWindow).size(), 1U);
   EXPECT_EQ(limit.nextSummary(), kStart + 1s + kWindow);

@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-LogEntry entry(int level, const std::string& text) {
+LogEntry leveledEntry(int level, const std::string& text) {
   LogEntry made;
   made.wall = std::chrono::seconds(1466035201);
   made.level = level;
@@ -17,12 +17,12 @@ LogEntry entry(int level, const std::string& text) {
 }
 
 TEST(LogLine, HoldsDeviceTimeLevelComponentAndText) {
-  EXPECT_EQ(logLine(entry(4, "listening"), false),
+  EXPECT_EQ(logLine(leveledEntry(4, "listening"), false),
             "2016-06-16T00:00:01Z note     ClockService: listening\n");
 }
 
 TEST(LogLine, DeviceTimeStartsIn1970) {
-  LogEntry made = entry(4, "first");
+  LogEntry made = leveledEntry(4, "first");
   made.wall = {};
   EXPECT_EQ(logLine(made, false), "1970-01-01T00:00:00Z note     ClockService: first\n");
 }
@@ -33,28 +33,28 @@ TEST(LogLine, EachLevelHasItsName) {
   for (int level = -1; level <= 7; ++level) {
     const std::string name = names[level + 1];
     EXPECT_EQ(
-        logLine(entry(level, "x"), false),
+        logLine(leveledEntry(level, "x"), false),
         "2016-06-16T00:00:01Z " + name + std::string(8 - name.size(), ' ') + " ClockService: x\n");
   }
 }
 
 TEST(LogLine, NameOfTheLevelIsInColourOnATerminal) {
-  EXPECT_EQ(logLine(entry(2, "x"), true),
+  EXPECT_EQ(logLine(leveledEntry(2, "x"), true),
             "2016-06-16T00:00:01Z \033[1;31merror\033[m    ClockService: x\n");
 }
 
 TEST(LogLine, FinalNewlinesAreDropped) {
-  EXPECT_EQ(logLine(entry(2, "Cannot find it\n\n"), false),
+  EXPECT_EQ(logLine(leveledEntry(2, "Cannot find it\n\n"), false),
             "2016-06-16T00:00:01Z error    ClockService: Cannot find it\n");
 }
 
 TEST(LogLine, UnprintableBytesAreShownAndDoNotBreakTheLine) {
-  EXPECT_EQ(logLine(entry(2, std::string("a\nb\0c\x1b[31m\x7f \xc3\xbc", 14)), false),
+  EXPECT_EQ(logLine(leveledEntry(2, std::string("a\nb\0c\x1b[31m\x7f \xc3\xbc", 14)), false),
             "2016-06-16T00:00:01Z error    ClockService: a\\x0Ab\\x00c\\x1B[31m\\x7F \\xC3\\xBC\n");
 }
 
 TEST(LogLine, SystemLogIsNamed) {
-  LogEntry made = entry(4, "startNTPClient()");
+  LogEntry made = leveledEntry(4, "startNTPClient()");
   made.systemLog = true;
   EXPECT_EQ(logLine(made, false), "2016-06-16T00:00:01Z note     system log: startNTPClient()\n");
 }

@@ -34,7 +34,7 @@ class LogPipe : public ::testing::Test {
   // The next bytes there are; waits for one.
   std::string readSome() const {
     std::array<char, 65536> bytes{};
-    const ssize_t length = read(m_read.get(), bytes.data(), bytes.size());
+    const ssize_t length = ::read(m_read.get(), bytes.data(), bytes.size());
     return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
   }
 
