@@ -56,7 +56,7 @@ TEST(ClockCtlOptions, APathIsNotEmpty) {
   std::ostringstream out;
   for (const Words& words : {Words{"--socket", "", "keys"}, Words{"--socket=", "keys"},
                              Words{"--control-socket", "", "keys"}}) {
-    EXPECT_THROW(readClockCtlOptions(words, "/default", out), UsageError);
+    EXPECT_THROW(static_cast<void>(readClockCtlOptions(words, "/default", out)), UsageError);
   }
 }
 

@@ -146,7 +146,7 @@ TEST_F(UnderTheFilter, WhatTheSystemRefusesIsSaidAndNothingElseChanges) {
     const scmp_filter_ctx refusing = seccomp_init(SCMP_ACT_ALLOW);
     seccomp_rule_add(refusing, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(seccomp), 0);
     seccomp_rule_add(refusing, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
-                     SCMP_A0(SCMP_CMP_EQ, PR_SET_SECCOMP));
+                     scmp_arg_cmp{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0});
     const bool refused = seccomp_load(refusing) == 0 && !installSystemCallFilter(m_sealed).empty();
     const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     ::_exit(refused && socket.valid() ? 0 : 1);
