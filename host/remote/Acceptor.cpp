@@ -43,7 +43,8 @@ Acceptor::Acceptor(asio::io_context& loop, int listener, std::function<void(Sock
       m_pause(loop),
       m_taken(std::move(taken)),
       m_spare(spareDescriptor()),
-      m_alive(std::make_shared<bool>(true)) {
+      m_alive(std::make_shared<bool>(true)),
+      m_waitMemory(std::make_shared<WaitMemory>()) {
   m_acceptor.assign(asio::local::stream_protocol(), listener);
   wait();
 }
@@ -55,9 +56,10 @@ Acceptor::~Acceptor() {
 }
 
 void Acceptor::wait() {
-  m_acceptor.async_wait(asio::socket_base::wait_read, [this, alive = m_alive](const auto& error) {
-    if (*alive && !error) acceptAll();
-  });
+  m_acceptor.async_wait(asio::socket_base::wait_read,
+                        WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& error) {
+                                      if (*alive && !error) acceptAll();
+                                    }});
 }
 
 void Acceptor::acceptAll() {
@@ -75,9 +77,9 @@ void Acceptor::acceptAll() {
     logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
               std::strerror(error));
     m_pause.expires_after(kPause);
-    m_pause.async_wait([this, alive = m_alive](const auto& failed) {
-      if (*alive && !failed) wait();
-    });
+    m_pause.async_wait(WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& failed) {
+                                     if (*alive && !failed) wait();
+                                   }});
     return;
   }
   wait();

@@ -10,6 +10,7 @@
 
 #include "remote/Connection.h"
 #include "remote/Descriptor.h"
+#include "remote/WaitMemory.h"
 
 namespace host {
 
@@ -46,6 +47,7 @@ class Acceptor {
   std::chrono::steady_clock::time_point m_nextLine{};
   std::uint64_t m_untold = 0;  // clients turned away since the last line
   std::shared_ptr<bool> m_alive;
+  std::shared_ptr<WaitMemory> m_waitMemory;  // accepting goes on when memory has run out
 };
 
 }  // namespace host

@@ -193,6 +193,11 @@ void Connection::close() {
   m_listener.closed(*this);
 }
 
+void Connection::end() {
+  guarded([this] { attend(); });
+  close();
+}
+
 void Connection::attend() {
   if (m_closed) return;
   if (m_held && m_peer->mayGoOn()) goOn();

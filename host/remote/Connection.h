@@ -63,6 +63,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Hangs up, without a log line.
   void close();
 
+  // Hangs up when the host ends. A failure that the loop has not seen yet gets its log line.
+  void end();
+
   [[nodiscard]] Peer& peer() { return *m_peer; }
   [[nodiscard]] const std::shared_ptr<Peer>& sharedPeer() const { return m_peer; }
   [[nodiscard]] Entrance entrance() const { return m_entrance; }

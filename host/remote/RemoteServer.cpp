@@ -110,7 +110,7 @@ void RemoteServer::Impl::stop() {
   m_callAcceptor.reset();
   m_controlAcceptor.reset();
   for (const auto& [number, connection] : m_connections) connection->peer().answerAll(kEnding);
-  while (!m_connections.empty()) m_connections.begin()->second->close();
+  while (!m_connections.empty()) std::shared_ptr(m_connections.begin()->second)->end();
   m_callFile.reset();
   m_controlFile.reset();
 }
