@@ -203,7 +203,7 @@ class ClockService : public Service,
 
   std::atomic<bool> m_networkUp{false};
   std::atomic<bool> m_sntpTimeReceived{false};
-  int m_randomSeeded = 0;  // framework thread
+  int m_randomSeeded = 0;              // framework thread
   bool m_updateFallbackOnSntp = true;  // a report of the NTP client also saves the time
 
   // The clock as set by hand: epoch seconds minus uptime seconds. Written one after the other

@@ -26,8 +26,8 @@ class Storage {
   // Makes the new content the file's, and unbinds. False when the old content is still there.
   bool shutdown();
 
-  // Deletes what is at `path`: a file of any kind, or an empty folder. False when it is still there;
-  // never throws.
+  // Deletes what is at `path`: a file of any kind, or an empty folder. False when it is still
+  // there; never throws.
   static bool deleteFile_noEx(const std::string& path);
 
  private:

@@ -71,7 +71,7 @@ class Rules {
   [[nodiscard]] int error() const { return m_error; }
 
  private:
-  scmp_filter_ctx const m_filter;
+  void* const m_filter;  // libseccomp's scmp_filter_ctx
   int m_error = 0;
 };
 

@@ -98,7 +98,7 @@ void SocketFile::bind() {
 
 // Before anybody can connect.
 void SocketFile::giveTo(gid_t group) const {
-  constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
+  constexpr auto kSameOwner = static_cast<uid_t>(-1);
   if (::lchown(m_file.c_str(), kSameOwner, group) != 0 ||
       ::chmod(m_file.c_str(), kOwnerAndGroup) != 0) {
     throw failure(m_file, "cannot give it to the group");

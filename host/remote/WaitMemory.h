@@ -35,8 +35,10 @@ struct WaitAllocator {
   using value_type = T;
 
   explicit WaitAllocator(std::shared_ptr<WaitMemory> room) : memory(std::move(room)) {}
+  // As allocators are converted.
   template <class Other>
-  WaitAllocator(const WaitAllocator<Other>& other) : memory(other.memory) {}
+  WaitAllocator(const WaitAllocator<Other>& other)  // NOLINT(google-explicit-constructor)
+      : memory(other.memory) {}
 
   T* allocate(std::size_t count) { return static_cast<T*>(memory->take(count * sizeof(T))); }
   void deallocate(T* place, std::size_t) { memory->giveBack(place); }

@@ -30,8 +30,7 @@ std::uint64_t endOf(std::uint64_t offset, std::uint64_t size) {
 }
 
 std::string truncated(std::uint64_t size, std::uint64_t wanted) {
-  return "it is cut off, with " + std::to_string(size) + " of " + std::to_string(wanted) +
-         " bytes";
+  return "it is cut off, with " + std::to_string(size) + " of " + std::to_string(wanted) + " bytes";
 }
 
 // Where the last of what the loader maps ends; a program header that cannot be read is beyond all.

@@ -192,7 +192,7 @@ void ReportPipe::watchFolder(int folder, std::uint32_t changes) {
 // that is told, too.
 void ReportPipe::forgetWatches(const std::set<int>& before) const {
   for (const int watch : before) {
-    if (m_watches.count(watch) == 0) inotify_rm_watch(m_watch.get(), watch);
+    if (!m_watches.contains(watch)) inotify_rm_watch(m_watch.get(), watch);
   }
 }
 

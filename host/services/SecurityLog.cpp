@@ -187,7 +187,7 @@ bool SecurityLog::write(SecurityRecord record) {
 
 bool SecurityLog::countIn(std::int64_t number, const SecurityRecord& record) {
   SqliteStatement& count = m_statements->count;
-  count.bind(1, std::int64_t{record.failure});
+  count.bind(1, static_cast<std::int64_t>(record.failure));
   count.bind(2, number);
   count.bind(3, static_cast<std::int64_t>(record.time));
   return count.run();
@@ -197,8 +197,8 @@ bool SecurityLog::append(const SecurityRecord& record) {
   SqliteStatement& insert = m_statements->insert;
   int index = 0;
   for (const std::int64_t number :
-       {record.number, std::int64_t{record.failure}, record.lost, std::int64_t{record.time},
-        std::int64_t{record.facility}, std::int64_t{record.severity},
+       {record.number, static_cast<std::int64_t>(record.failure), record.lost,
+        std::int64_t{record.time}, std::int64_t{record.facility}, std::int64_t{record.severity},
         std::int64_t{record.eventClass}, std::int64_t{record.eventCode}}) {
     insert.bind(++index, number);
   }
@@ -219,7 +219,7 @@ void SecurityLog::dropOldest(bool failure) {
   const std::int64_t excess = kept - (failure ? kRefused : kAccepted);
   if (excess <= 0) return;
   SqliteStatement& drop = m_statements->drop;
-  drop.bind(1, std::int64_t{failure});
+  drop.bind(1, static_cast<std::int64_t>(failure));
   drop.bind(2, excess);
   while (drop.next()) {
     --kept;

@@ -11,8 +11,8 @@ namespace BoundaryDelay {
 unsigned int toNextHour(time_t now);
 unsigned int toNextMidnight(time_t now);
 
-// A date as one number, 20240307 for 7 March 2024, to see whether two are the same. A year that does
-// not fit stops at the type's limits. day: 1-31, month: 1-12, year: all four digits.
+// A date as one number, 20240307 for 7 March 2024, to see whether two are the same. A year that
+// does not fit stops at the type's limits. day: 1-31, month: 1-12, year: all four digits.
 int dateNumber(int day, int month, int year);
 
 // The number of the local date. Defined for every `now`.

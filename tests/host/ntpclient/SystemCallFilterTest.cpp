@@ -17,6 +17,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "ntpclient/PipeReport.h"
 #include "ntpclient/SealedPath.h"
@@ -124,7 +125,7 @@ TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
       {"IPv4", [] { return ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); }},
       {"memory",
        [] {
-         const std::string much(10'000'000, 'm');
+         const std::vector<char> much(10'000'000, 'm');
          return static_cast<long>(much.size());
        }},
       {"an exception",
