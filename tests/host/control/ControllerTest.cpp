@@ -10,6 +10,7 @@
 #include "clock/VirtualClock.h"
 #include "control/ScenarioDevice.h"
 #include "host/control/NotingChannel.h"
+#include "platform/FailedLookups.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "services/LocalManagement.h"
@@ -159,6 +160,13 @@ TEST_F(ControlledTelephone, AnswersAnInjectOnceItHasHappened) {
     EXPECT_EQ(client->order, (std::vector<std::string>{"told", "answered"})) << key;
     device.managementThread().run([&] { device.management().dropAgents(); });
   }
+}
+
+TEST_F(ControlledTelephone, AsksForFailedNamesAgainOnAnotherNetwork) {
+  const FailedLookups::Instant now = std::chrono::steady_clock::now();
+  ASSERT_TRUE(failedLookups().add("time.example", now));
+  EXPECT_EQ(ask(R"({"verb":"inject","what":"network","value":"down"})").at("ok"), true);
+  EXPECT_FALSE(failedLookups().holds("time.example", now));
 }
 
 TEST_F(ControlledTelephone, ValuesMayHoldAnyCharacter) {
