@@ -41,7 +41,7 @@ std::vector<LogEntry> LogLimit::summaries(Clock::time_point now) {
       continue;
     }
     lines.push_back(summary(source, window));
-    window = {now + m_length};
+    window = {};  // over: the source's next line begins another one
   }
   return lines;
 }

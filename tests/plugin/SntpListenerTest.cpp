@@ -85,6 +85,8 @@ TEST_F(ListenerRunning, IgnoresTheFifthByte) {
 // The writer may keep its end open: what it wrote is still one opening.
 TEST_F(ListenerRunning, DropsASecondNumberOfOneOpening) {
   const int writer = open(plugin::ReportPipe::path().c_str(), O_WRONLY | O_CLOEXEC);
+  // Between two openings of the listener there is still somebody to write to.
+  const int reader = open(plugin::ReportPipe::path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const auto send = [writer](std::uint32_t number) {
     ASSERT_EQ(write(writer, plugin::ReportPipe::bytesOf(number).data(), 4), 4);
   };
@@ -97,6 +99,7 @@ TEST_F(ListenerRunning, DropsASecondNumberOfOneOpening) {
   send(9);
   EXPECT_THAT(reports.first(2), ElementsAre(7, 9));
   plugin::awaitCloses(2);
+  close(reader);
   close(writer);
 }
 
