@@ -1,5 +1,6 @@
 #include "ntpclient/Exchange.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <future>
@@ -136,6 +137,34 @@ TEST(Exchange, EndsAtItsLimitUnderAFloodOfNonsense) {
   EXPECT_EQ(outcome.get().kind, Kind::nothing);
   EXPECT_EQ(refused, std::vector{Verdict::tooShort}) << "told once";
   EXPECT_GT(watch.looks(), 1);
+}
+
+// Notes the flags of the socket that is waited for, and ends the exchange.
+class SocketFlags : public ParentWatch {
+ public:
+  [[nodiscard]] Event wait(Deadline /*deadline*/, int descriptor) const override {
+    m_ofDescriptor = ::fcntl(descriptor, F_GETFD);
+    m_ofSocket = ::fcntl(descriptor, F_GETFL);
+    return Event::parentGone;
+  }
+  [[nodiscard]] bool closeOnExec() const { return m_ofDescriptor == FD_CLOEXEC; }
+  [[nodiscard]] bool nonBlocking() const {
+    return m_ofSocket > 0 && (m_ofSocket & O_NONBLOCK) != 0;
+  }
+
+ private:
+  mutable int m_ofDescriptor = -1;
+  mutable int m_ofSocket = -1;
+};
+
+TEST(Exchange, ItsSocketIsCloseOnExecAndDoesNotBlock) {
+  const FakeSntpServer server;
+  const SocketFlags flags;
+  const Outcome outcome =
+      ask("127.0.0.1", AF_INET, server.port().c_str(), kLong, flags, [](Verdict) {});
+  EXPECT_EQ(outcome.kind, Kind::parentGone);
+  EXPECT_TRUE(flags.closeOnExec());
+  EXPECT_TRUE(flags.nonBlocking());
 }
 
 TEST(Exchange, EveryRequestHasANonceOfItsOwn) {
