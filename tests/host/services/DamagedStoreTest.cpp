@@ -80,6 +80,20 @@ TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
   EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
+TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsLog) {
+  const std::string logFile = file().string() + "-wal";
+  std::string logBytes;
+  {
+    SqliteDataAccess store(folder.path());
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+    logBytes = bytesOf(logFile);
+  }
+  writeBytes(file(), "");
+  writeBytes(logFile, logBytes);
+  EXPECT_FALSE(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat").has_value());
+  EXPECT_TRUE(bytesOf(aside(1).string() + "-wal") == logBytes);
+}
+
 TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
   writeBytes(file(), randomBytes(5000));
   writeBytes(file().string() + "-wal", randomBytes(5000));
