@@ -28,6 +28,12 @@ TEST(EditDistance, TextsOfAnyLengthAreBounded) {
   EXPECT_LE(editDistance(std::string(1 << 20, 'x'), std::string(1 << 20, 'y')), 256U);
 }
 
+TEST(EditDistance, OnlyTheFirst128LettersCount) {
+  const std::string same(127, 'x');
+  EXPECT_EQ(editDistance(same + 'a', same + 'b'), 1U);
+  EXPECT_EQ(editDistance(same + "xa", same + "xb"), 0U);
+}
+
 TEST(Nearest, FirstOfEquallyNearOnes) {
   constexpr std::array<std::string_view, 3> kWords = {"bat", "cat", "rat"};
   EXPECT_EQ(nearest("hat", kWords), "bat");
