@@ -12,6 +12,7 @@
 #include "host/remote/MethodText.h"
 #include "host/remote/ServerUnderTest.h"
 #include "remote/RemoteClient.h"
+#include "support/LogCapture.h"
 
 namespace host {
 namespace {
@@ -239,7 +240,8 @@ TEST(RemoteServer, TakesAPeerBackWithTheNextClientWhenTheServiceCouldNotBefore) 
   EXPECT_EQ(FakeProxy::living, 1);
 }
 
-TEST(RemoteServer, LeavesTheProxyOfAPeerWhomTheServiceDoesNotLetGo) {
+TEST(RemoteServer, LeavesTheProxyOfAPeerWhomTheServiceDoesNotLetGoAndSaysSo) {
+  const support::LogCapture log;
   {
     ServerUnderTest server;
     {
@@ -249,6 +251,7 @@ TEST(RemoteServer, LeavesTheProxyOfAPeerWhomTheServiceDoesNotLetGo) {
     }
     EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
     EXPECT_EQ(FakeProxy::living, 1);
+    EXPECT_TRUE(log.waitForPart(" cannot be taken out of the service")) << log.text();
     Method event("event", Method::call);
     EXPECT_EQ(server.device.notify(event), 0);
   }
