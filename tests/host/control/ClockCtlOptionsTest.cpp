@@ -90,6 +90,16 @@ TEST(ClockCtlOptions, HelpListsEveryVerb) {
   EXPECT_NE(out.str().find("--timeout"), std::string::npos);
 }
 
+TEST(ClockCtlOptions, HelpNamesEachOptionWithItsDefault) {
+  std::ostringstream out;
+  EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", out), std::nullopt);
+  for (const char* const option :
+       {"-h,--help ", "--socket FILE=/default ", "--control-socket FILE ", "--json ",
+        "--timeout SECONDS ", "(calls 2, others 5, where time passes 60)\n"}) {
+    EXPECT_NE(out.str().find(option), std::string::npos) << option << '\n' << out.str();
+  }
+}
+
 TEST(ClockCtlOptions, TheWordHelpIsTheOption) {
   std::ostringstream byWord;
   std::ostringstream byOption;

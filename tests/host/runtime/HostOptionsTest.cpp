@@ -149,6 +149,21 @@ TEST(HostOptions, HelpAndVersionAreForPeople) {
   }
 }
 
+TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
+  std::ostringstream out;
+  EXPECT_FALSE(readHostOptions(Words{"--help"}, kDefaults, out).has_value());
+  const std::string help = out.str();
+  for (const char* const option :
+       {"-h,--help ", "--version ", "--plugin FILE=/lib/plugin.so\n", "--socket FILE=/run/socket ",
+        "--socket-group NAME ", "--control-socket FILE ", "--device-root DIR ",
+        "--clock virtual|system:{virtual,system}=virtual\n", "--speed X=1 ",
+        "--log-level 0..6:INT in [0 - 6]=4\n", "--program DEVICEPATH=PATH=[] ...\n",
+        "--scenario FILE ", "--state DIR=/state ", "--variant N=0 ", "--software-type TEXT ",
+        "--mac 12HEX ", "--network up|down:{up,down}=down\n", "--at UTC "}) {
+    EXPECT_NE(help.find("\n  " + std::string(option)), std::string::npos) << option << '\n' << help;
+  }
+}
+
 struct Wrong {
   Words words;
   const char* named;  // part of the error
