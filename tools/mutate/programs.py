@@ -35,6 +35,7 @@ HOST_TESTS = (
     "host_control_test",
     "integration_host_test",
     "integration_control_test",
+    "integration_ntp_client_test",
 )
 STARTED = ("bin/clockhost", "bin/clockctl", "bin/ntpclient")
 # Tests that start the programs, which are rebuilt for them.
@@ -42,6 +43,7 @@ STARTING = {
     "host_ntpclient_test": STARTED[2:],
     "integration_host_test": STARTED,
     "integration_control_test": STARTED,
+    "integration_ntp_client_test": STARTED,
 }
 # Others that they load are built, and stay as they are.
 HOST_TARGETS = ("ClockService",)
