@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <optional>
+#include <thread>
 
 #include "remote/SocketAddress.h"
 #include "runtime/Error.h"
@@ -28,13 +30,30 @@ Descriptor newSocket(const std::filesystem::path& file) {
   return socket;
 }
 
+// A host holds the lock for far less. A process that holds it longer is no host that starts.
+constexpr std::chrono::milliseconds kPatience{500};
+constexpr std::chrono::milliseconds kPause{10};
+
+// False: another process holds the lock all the time. A folder that cannot be locked at all, as on
+// some network file systems, counts as locked.
+bool lockInTime(int folder) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (::flock(folder, LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR) return true;
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(kPause);
+  }
+  return true;
+}
+
 // Held while it is found out whether the file is in use and the file is replaced. A lock file would
-// stay behind; the folder is there anyway. Best effort: a folder that cannot be locked is no reason
-// not to start.
-Descriptor lockFolder(const std::filesystem::path& folder) {
+// stay behind; the folder is there anyway. A folder that cannot be opened is no reason not to
+// start.
+Descriptor lockFolder(const std::filesystem::path& folder, const std::filesystem::path& file) {
   Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (descriptor.valid()) static_cast<void>(::flock(descriptor.get(), LOCK_EX));
-  return descriptor;
+  if (!descriptor.valid() || lockInTime(descriptor.get())) return descriptor;
+  throw Error("socket " + file.string() + ": its folder " + folder.string() +
+              " stays locked by another process; end that one, or choose another folder");
 }
 
 std::filesystem::path folderOf(const std::filesystem::path& file) {
@@ -53,7 +72,7 @@ SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group)
     : m_file(std::move(file)) {
   const std::filesystem::path folder = folderOf(m_file);
   makeFolder(folder);
-  const Descriptor lock = lockFolder(folder);
+  const Descriptor lock = lockFolder(folder, m_file);
   refuseIfTaken();
   bind();
   if (group) giveTo(*group);

@@ -15,7 +15,8 @@ namespace host {
 class SocketFile {
  public:
   // Creates missing folders (0700) and replaces a socket that nobody listens at. Two hosts that
-  // start at once do not both get it.
+  // start at once do not both get it: the folder is locked (flock) meanwhile, and the constructor
+  // waits for the lock for half a second at most.
   explicit SocketFile(std::filesystem::path file, std::optional<gid_t> group = {});
   ~SocketFile();
   SocketFile(const SocketFile&) = delete;

@@ -1,6 +1,8 @@
 #include "remote/SocketFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -144,6 +146,27 @@ TEST(SocketFile, OfManyThatStartAtOnceOneGetsIt) {
     EXPECT_EQ(std::count(taken.begin(), taken.end(), nullptr), 3);
     EXPECT_TRUE(canConnect(file));
   }
+}
+
+// A stopped process, or one of another user, may hold the folder's lock for as long as it likes.
+TEST(SocketFile, RefusesAFolderThatStaysLocked) {
+  const support::TemporaryFolder folder;
+  const Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
+  const auto file = folder / "socket";
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": its folder " + folder.path().string() +
+                                 " stays locked by another process; end that one, or choose "
+                                 "another folder");
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(SocketFile, WaitsForAnotherHostThatStartsInItsFolder) {
+  const support::TemporaryFolder folder;
+  Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
+  std::thread other([&lock] { lock.reset(); });
+  EXPECT_EQ(refusalOf(folder / "socket"), "");
+  other.join();
 }
 
 TEST(SocketFile, DoesNotRemoveAnothersFile) {
