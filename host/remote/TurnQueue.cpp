@@ -5,12 +5,16 @@
 #include <deque>
 #include <utility>
 
+#include "remote/WaitMemory.h"
+
 namespace host {
 
 struct TurnQueue::State {
   asio::io_context& loop;
   std::deque<std::function<void()>> waiting{};
   bool soon = false;  // the loop will come here
+  // For that, so that those who wait do not depend on memory.
+  std::shared_ptr<WaitMemory> waitMemory = std::make_shared<WaitMemory>();
 };
 
 TurnQueue::TurnQueue(asio::io_context& loop) : m_state(std::make_shared<State>(State{loop})) {}
@@ -24,9 +28,9 @@ void TurnQueue::wait(std::function<void()> step) {
 
 void TurnQueue::runOneSoon(const std::shared_ptr<State>& state) {
   if (state->soon || state->waiting.empty()) return;
-  asio::post(state->loop, [weak = std::weak_ptr(state)] {
-    if (const auto alive = weak.lock()) runOne(alive);
-  });
+  asio::post(state->loop, WaitHandler{state->waitMemory, [weak = std::weak_ptr(state)] {
+                                        if (const auto alive = weak.lock()) runOne(alive);
+                                      }});
   state->soon = true;
 }
 

@@ -11,7 +11,8 @@ namespace host {
 
 // Where those wait who have more to do than fits in one turn of the loop. One of them goes on each
 // time that everybody else has had the loop: however many wait, the others wait for one of them.
-// Owner: the server. Thread: the loop's. Failure: steps throw nothing.
+// Owner: the server. Thread: the loop's. Failure: steps throw nothing. Once a step
+// is taken, its turn comes also when no memory is left.
 class TurnQueue {
  public:
   explicit TurnQueue(asio::io_context& loop);
@@ -19,7 +20,7 @@ class TurnQueue {
   TurnQueue(const TurnQueue&) = delete;
   TurnQueue& operator=(const TurnQueue&) = delete;
 
-  void wait(std::function<void()> step);
+  void wait(std::function<void()> step);  // throws std::bad_alloc: it is not taken
 
  private:
   struct State;

@@ -53,9 +53,9 @@ struct WaitHandler {
   using allocator_type = WaitAllocator<std::byte>;
 
   [[nodiscard]] allocator_type get_allocator() const { return allocator_type(memory); }
-  template <class Error>
-  void operator()(const Error& error) {
-    handler(error);
+  template <class... Result>
+  void operator()(const Result&... result) {
+    handler(result...);
   }
 
   std::shared_ptr<WaitMemory> memory;

@@ -1,0 +1,56 @@
+#include "remote/TurnQueue.h"
+
+#include <gtest/gtest.h>
+
+#include <asio/io_context.hpp>
+#include <functional>
+#include <vector>
+
+#include "support/NoMemory.h"
+
+namespace host {
+namespace {
+
+TEST(TurnQueue, RunsOneStepInATurnOfTheLoop) {
+  asio::io_context loop;
+  TurnQueue turns(loop);
+  std::vector<int> ran;
+  for (const int step : {1, 2, 3}) turns.wait([&ran, step] { ran.push_back(step); });
+  EXPECT_TRUE(ran.empty());
+  for (const std::size_t count : {1U, 2U, 3U}) {
+    EXPECT_EQ(loop.run_one(), 1U);
+    EXPECT_EQ(ran.size(), count);
+  }
+  EXPECT_EQ(ran, (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ(loop.poll(), 0U);
+}
+
+TEST(TurnQueue, LetsOthersHaveTheLoopWithoutMemory) {
+  asio::io_context loop;
+  TurnQueue turns(loop);
+  int ran = 0;
+  std::function<void()> step = [&ran] { ++ran; };
+  std::function<void()> again = step;
+  {
+    const support::NoMemory none;
+    turns.wait(std::move(step));
+    turns.wait(std::move(again));
+    EXPECT_EQ(loop.run_one(), 1U);
+    EXPECT_EQ(ran, 1) << "the other has a turn of its own";
+    EXPECT_EQ(loop.run_one(), 1U);
+  }
+  EXPECT_EQ(ran, 2);
+}
+
+TEST(TurnQueue, DropsWhatWaitsWhenItGoes) {
+  asio::io_context loop;
+  int ran = 0;
+  {
+    TurnQueue(loop).wait([&ran] { ++ran; });
+  }
+  loop.poll();
+  EXPECT_EQ(ran, 0);
+}
+
+}  // namespace
+}  // namespace host

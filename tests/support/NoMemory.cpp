@@ -1,0 +1,46 @@
+#include "support/NoMemory.h"
+
+#include <new>
+
+namespace support {
+namespace {
+
+thread_local bool t_short = false;
+thread_local bool t_ranOut = false;
+thread_local std::size_t t_left = 0;
+
+bool mayAllocate() {
+  if (!t_short) return true;
+  if (t_left == 0) t_ranOut = true;
+  return t_left != 0 && t_left-- != 0;
+}
+
+}  // namespace
+
+NoMemory::NoMemory(std::size_t after) {
+  t_left = after;
+  t_ranOut = false;
+  t_short = true;
+}
+
+NoMemory::~NoMemory() {
+  t_short = false;
+}
+
+bool NoMemory::ranOut() {
+  return t_ranOut;
+}
+
+}  // namespace support
+
+// operator new(std::size_t), as the linker (--wrap) lets the program's objects call it. It works
+// under each sanitizer, which a replaced operator new would not.
+extern "C" {
+void* __real__Znwm(std::size_t size);  // NOLINT(*-reserved-identifier, *-identifier-naming)
+void* __wrap__Znwm(std::size_t size);  // NOLINT(*-reserved-identifier, *-identifier-naming)
+
+void* __wrap__Znwm(std::size_t size) {  // NOLINT(*-reserved-identifier, *-identifier-naming)
+  if (!support::mayAllocate()) throw std::bad_alloc();
+  return __real__Znwm(size);
+}
+}
