@@ -8,16 +8,22 @@
 #include <asio/post.hpp>
 #include <cerrno>
 #include <chrono>
+#include <exception>
 #include <memory>
+#include <new>
+#include <utility>
 
 #include "Logging.h"
 #include "clock/VirtualClock.h"
+#include "remote/WaitMemory.h"
 
 namespace host {
 namespace {
 
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
+
+using Stream = asio::posix::stream_descriptor;
 
 bool isAllowed(const SetClockRequest& request) {
   constexpr auto kLast = std::chrono::floor<seconds>(VirtualClock::kLastWall).count();
@@ -28,14 +34,13 @@ bool isAllowed(const SetClockRequest& request) {
 // The host's end. It lives as long as the loop waits for the client.
 class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
  public:
-  ClockChannel(asio::io_context& loop, Descriptor end, VirtualClock& clock)
-      : m_end(loop, end.release()), m_clock(clock) {}
+  ClockChannel(Stream end, VirtualClock& clock) : m_end(std::move(end)), m_clock(clock) {}
 
   void wait() {
-    m_end.async_wait(asio::posix::descriptor_base::wait_read,
-                     [self = shared_from_this()](const asio::error_code& error) {
-                       if (!error && self->serve()) self->wait();
-                     });
+    m_end.async_wait(Stream::wait_read,
+                     WaitHandler{m_waitMemory, [self = shared_from_this()](const auto& error) {
+                                   if (!error && self->serve()) self->wait();
+                                 }});
   }
 
  private:
@@ -66,21 +71,35 @@ class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
            static_cast<ssize_t>(sizeof answer);
   }
 
-  asio::posix::stream_descriptor m_end;
+  Stream m_end;
   VirtualClock& m_clock;
+  const std::shared_ptr<WaitMemory> m_waitMemory = std::make_shared<WaitMemory>();
 };
+
+// Serves the host's end, or closes it.
+void takeUp(asio::io_context& loop, Descriptor& end, VirtualClock& clock) try {
+  Stream stream(loop, end.get());
+  static_cast<void>(end.release());
+  std::make_shared<ClockChannel>(std::move(stream), clock)->wait();
+} catch (const std::exception& error) {
+  end.reset();
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "the NTP client's channel is closed: %s",
+            error.what());
+}
 
 }  // namespace
 
-Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock) {
+Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock) try {
   std::array<int, 2> ends{};
   if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return {};
   Descriptor clients(ends[0]);
-  const auto hosts = std::make_shared<Descriptor>(ends[1]);
-  asio::post(loop, [&loop, &clock, hosts] {
-    std::make_shared<ClockChannel>(loop, std::move(*hosts), clock)->wait();
-  });
+  Descriptor own(ends[1]);
+  const auto hosts = std::make_shared<Descriptor>(std::move(own));
+  asio::post(loop, [&loop, &clock, hosts] { takeUp(loop, *hosts, clock); });
   return clients;
+} catch (const std::bad_alloc&) {
+  errno = ENOMEM;
+  return {};
 }
 
 }  // namespace host

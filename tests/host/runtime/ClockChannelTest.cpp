@@ -6,15 +6,19 @@
 
 #include <array>
 #include <asio/io_context.hpp>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "clock/VirtualClock.h"
 #include "support/LogCapture.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -75,6 +79,46 @@ TEST_F(ClockByChannel, LeavesNothingToWaitForWhenTheClientIsGone) {
 
 TEST_F(ClockByChannel, IsNotInheritedByOtherPrograms) {
   EXPECT_EQ(::fcntl(m_channel.get(), F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(ClockByChannel, IsServedOrEndsWhenMemoryRunsOutAsItIsTakenUp) {
+  const support::LogCapture log;  // the log is there, as in a host
+  std::size_t allocations = 0;
+  for (bool ranOut = true; ranOut; ++allocations) {
+    SCOPED_TRACE(allocations);
+    m_channel = openClockChannel(m_loop, m_clock);
+    {
+      const support::NoMemory none(allocations);
+      EXPECT_NO_THROW(m_loop.poll());
+      ranOut = support::NoMemory::ranOut();
+    }
+    m_loop.restart();
+    const auto ended = answer();
+    EXPECT_EQ(ended, ranOut ? std::optional(-1) : std::nullopt);
+    if (ended) continue;
+    send(SetClockRequest{7, 0});
+    EXPECT_EQ(answer(), 0);
+  }
+  EXPECT_GT(allocations, 1U);
+}
+
+TEST_F(ClockByChannel, IsNotMadeWithoutMemory) {
+  const auto descriptors = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  const auto before = descriptors();
+  for (const std::size_t allocations : {0U, 1U}) {
+    Descriptor channel;
+    int error = 0;
+    {
+      const support::NoMemory none(allocations);
+      EXPECT_NO_THROW(channel = openClockChannel(m_loop, m_clock));
+      error = errno;
+    }
+    EXPECT_FALSE(channel.valid());
+    EXPECT_EQ(error, ENOMEM);
+    EXPECT_EQ(descriptors(), before);
+  }
 }
 
 struct WrongRequest {
