@@ -69,12 +69,12 @@ std::string ReportPipe::heldPath() const {
 
 // Each folder is watched before what is in it is looked at, so that no change is missed.
 Descriptor ReportPipe::take() {
-  const std::set<int> before = std::exchange(m_watches, {});
+  std::set<int> before = std::exchange(m_watches, {});
   Descriptor pipe;
   try {
     pipe = takeWatched();
-  } catch (const Error&) {
-    m_watches.insert(before.begin(), before.end());
+  } catch (...) {
+    m_watches.merge(before);
     throw;
   }
   forgetWatches(before);
@@ -151,17 +151,15 @@ int ReportPipe::watch() {
   return m_watch.get();
 }
 
-void ReportPipe::restore() {
+void ReportPipe::restore() try {
   passEvents();
   struct stat found {};
   const bool isThere = lstat(m_path.c_str(), &found) == 0;
   if (isThere && areSame(found, statusOf(m_held, m_path))) return;
-  try {
-    renew();
-  } catch (const std::exception& error) {
-    logAppUni("clockhost", kError, __FILE__, __LINE__,
-              "deleted or replaced, and not made again: %s", error.what());
-  }
+  renew();
+} catch (const std::exception& error) {
+  logAppUni("clockhost", kError, __FILE__, __LINE__, "deleted or replaced, and not made again: %s",
+            error.what());
 }
 
 // Takes the pipe at the path, and the listener from the one before to it.

@@ -88,6 +88,17 @@ TEST_F(WatchedPipe, IsLeftAloneWhileNothingHappens) {
   EXPECT_EQ(m_log.text(), "");
 }
 
+// Whatever fails is told, and leaves the loop that asked for it alone.
+TEST_F(WatchedPipe, FailureToLookAtItIsTold) {
+  const std::string held = m_pipe->heldPath();
+  const int taken = std::stoi(held.substr(held.rfind('/') + 1));
+  const host::Descriptor kept(::dup(taken));
+  ASSERT_EQ(::close(taken), 0);
+  EXPECT_NO_THROW(m_pipe->restore());
+  EXPECT_TRUE(m_log.hasPart("not made again: ")) << m_log.text();
+  EXPECT_EQ(::dup2(kept.get(), taken), taken);
+}
+
 TEST_F(WatchedPipe, DoesNotWakeForReportsOrForOtherFiles) {
   const host::Descriptor pipe(open(m_pipe->path().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   ASSERT_EQ(write(pipe.get(), "1234", 4), 4);
