@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <utility>
@@ -167,7 +168,7 @@ Host::Host(const HostOptions& options)
 void Host::watchReportPipe() try {
   ReportPipe& pipe = m_device.reportPipe();
   m_loop.onReadable(pipe.watch(), kUntilAllIsRemoved, [&pipe] { pipe.restore(); });
-} catch (const Error& error) {
+} catch (const std::exception& error) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: it is not made again when it is deleted",
             error.what());
 }

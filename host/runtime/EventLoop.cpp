@@ -14,12 +14,16 @@
 #include <cstring>
 #include <exception>
 #include <list>
+#include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "Logging.h"
 #include "clock/VirtualClock.h"
+#include "remote/Descriptor.h"
+#include "remote/WaitMemory.h"
 #include "runtime/Error.h"
 #include "runtime/TerminationSignals.h"
 
@@ -32,7 +36,7 @@ struct EventLoop::Impl {
   // Any thread: the earliest expiry or the speed has changed. Many changes are one look.
   void scheduleChanged() {
     if (lookPending.exchange(true)) return;
-    asio::post(io, [this] { look(); });
+    asio::post(io, WaitHandler{lookMemory, [this] { look(); }});
   }
 
   // Delivers what is due, then waits for what is next, or not at all.
@@ -61,49 +65,66 @@ struct EventLoop::Impl {
     }
   }
 
-  void sleep(VirtualClock::Nanoseconds wait) {
+  void sleep(VirtualClock::Nanoseconds wait) try {
     // A far expiry would overflow the time point; the loop then looks again in a year.
     timer.expires_after(std::min<VirtualClock::Nanoseconds>(wait, std::chrono::hours(24 * 365)));
-    timer.async_wait([this](const asio::error_code& code) {
-      if (!code) look();
-    });
+    timer.async_wait(WaitHandler{sleepMemory, [this](const asio::error_code& code) {
+                                   if (!code) look();
+                                 }});
+  } catch (const std::bad_alloc&) {
+    scheduleChanged();  // looks again instead, behind what frees memory
   }
 
   // A signal that comes while the loop sleeps wakes it, and run() sees to the rest.
   void waitForSignal() {
     signalled.async_wait(asio::posix::stream_descriptor::wait_read,
-                         [this](const asio::error_code& code) {
-                           if (!code) waitForSignal();
-                         });
+                         WaitHandler{signalMemory, [this](const asio::error_code& code) {
+                                       if (!code) waitForSignal();
+                                     }});
   }
 
   // Asked before each task, so that no queue of them comes before the end.
   bool stopped() { return signals && signals->take(); }
 
   struct Readable {
-    Readable(asio::io_context& io, int descriptor, std::chrono::milliseconds theDelay,
-             std::function<void()> theTask)
-        : stream(io, descriptor), timer(io), delay(theDelay), task(std::move(theTask)) {}
     asio::posix::stream_descriptor stream;
     asio::steady_timer timer;
-    const std::chrono::milliseconds delay;
+    std::chrono::milliseconds delay;
     std::function<void()> task;
+    std::shared_ptr<WaitMemory> waitMemory = std::make_shared<WaitMemory>();
   };
 
   void waitFor(Readable& readable) {
-    readable.stream.async_wait(asio::posix::stream_descriptor::wait_read,
-                               [this, &readable](const asio::error_code& code) {
-                                 if (!code) runLater(readable);
-                               });
+    readable.stream.async_wait(
+        asio::posix::stream_descriptor::wait_read,
+        WaitHandler{readable.waitMemory, [this, &readable](const asio::error_code& code) {
+                      if (!code) runLater(readable);
+                    }});
   }
 
-  void runLater(Readable& readable) {
+  void runLater(Readable& readable) try {
     readable.timer.expires_after(readable.delay);
-    readable.timer.async_wait([this, &readable](const asio::error_code& code) {
-      if (code) return;
-      readable.task();
-      waitFor(readable);
-    });
+    readable.timer.async_wait(
+        WaitHandler{readable.waitMemory, [this, &readable](const asio::error_code& code) {
+                      if (code) return;
+                      runLogged(readable.task);
+                      waitFor(readable);
+                    }});
+  } catch (const std::bad_alloc&) {
+    waitFor(readable);  // comes here again: nothing has been read
+  }
+
+  static void runLogged(const std::function<void()>& task) try {
+    task();
+  } catch (const std::exception& error) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "a task of the loop threw \"%s\"", error.what());
+  }
+
+  // False: there is nothing left to wait for, or the loop is stopped.
+  bool runOne() try { return io.run_one() > 0; } catch (const std::bad_alloc&) {
+    logAppUni("clockhost", 2, __FILE__, __LINE__,
+              "a task of the loop was not finished: no memory is left for it");
+    return true;
   }
 
   VirtualClock& clock;
@@ -114,6 +135,10 @@ struct EventLoop::Impl {
   asio::posix::stream_descriptor signalled{io};
   std::list<Readable> readables;
   std::atomic<bool> lookPending{false};
+  // For what the loop itself waits for, one at a time each: it goes on when no memory is left.
+  const std::shared_ptr<WaitMemory> lookMemory = std::make_shared<WaitMemory>();
+  const std::shared_ptr<WaitMemory> sleepMemory = std::make_shared<WaitMemory>();
+  const std::shared_ptr<WaitMemory> signalMemory = std::make_shared<WaitMemory>();
 };
 
 EventLoop::EventLoop(VirtualClock& clock) : m_impl(std::make_shared<Impl>(clock)) {
@@ -136,7 +161,7 @@ void EventLoop::stopOnSignals() {
 void EventLoop::run() {
   m_impl->io.restart();
   m_impl->scheduleChanged();
-  while (!m_impl->stopped() && m_impl->io.run_one() > 0) continue;
+  while (!m_impl->stopped() && m_impl->runOne()) continue;
 }
 
 void EventLoop::stop() {
@@ -149,9 +174,15 @@ void EventLoop::post(std::function<void()> task) {
 
 void EventLoop::onReadable(int descriptor, std::chrono::milliseconds delay,
                            std::function<void()> task) {
-  const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
-  if (own < 0) throw Error(std::string("a descriptor cannot be waited for: ") + strerror(errno));
-  m_impl->waitFor(m_impl->readables.emplace_back(m_impl->io, own, delay, std::move(task)));
+  Descriptor own(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+  if (!own.valid()) {
+    throw Error(std::string("a descriptor cannot be waited for: ") + strerror(errno));
+  }
+  asio::posix::stream_descriptor stream(m_impl->io, own.get());
+  static_cast<void>(own.release());
+  m_impl->readables.push_back(
+      {std::move(stream), asio::steady_timer(m_impl->io), delay, std::move(task)});
+  m_impl->waitFor(m_impl->readables.back());
 }
 
 asio::io_context& EventLoop::io() {

@@ -16,8 +16,8 @@ class VirtualClock;
 // The framework thread's loop: sockets, posted tasks, timers of the clock, SIGINT and SIGTERM.
 // It sleeps until one of them has something: there is no periodic tick.
 // Owner: main, on the framework thread. Thread: run() makes its caller the framework thread; post()
-// and stop() are anybody's. Failure: an exception out of a task leaves run(), one out of an expiry
-// is logged.
+// and stop() are anybody's. Failure: an exception out of a task leaves run(), but for
+// std::bad_alloc, which costs that task and is logged; one out of an expiry is logged.
 class EventLoop {
  public:
   // Expiries delivered in a row before sockets are looked at again, at any speed.
@@ -42,8 +42,8 @@ class EventLoop {
   void post(std::function<void()> task);
 
   // From now on runs the task so long after the descriptor has something to read, which the task
-  // takes. Before run(). The descriptor stays the caller's; the loop keeps one of its own. Throws
-  // Error.
+  // takes. What the task throws is logged. Before run(). The descriptor stays the caller's; the
+  // loop keeps one of its own. Throws Error, and std::bad_alloc.
   void onReadable(int descriptor, std::chrono::milliseconds delay, std::function<void()> task);
 
   // For sockets.

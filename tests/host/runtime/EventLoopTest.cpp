@@ -6,17 +6,22 @@
 
 #include <array>
 #include <csignal>
+#include <filesystem>
 #include <functional>
+#include <iterator>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Executable.h"
 #include "clock/VirtualClock.h"
 #include "remote/Descriptor.h"
 #include "support/LogCapture.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -73,6 +78,69 @@ TEST_F(IdleLoop, RunsATaskEachTimeADescriptorIsReadable) {
   ASSERT_EQ(write(writer.get(), "a", 1), 1);
   loop.run();
   EXPECT_EQ(taken, "ab");
+}
+
+TEST_F(IdleLoop, GoesOnWaitingWhenATaskOfADescriptorThrows) {
+  const support::LogCapture log;
+  std::array<int, 2> pipe{};
+  ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
+  const Descriptor reader(pipe[0]);
+  const Descriptor writer(pipe[1]);
+  ASSERT_EQ(write(writer.get(), "a", 1), 1);
+  int ran = 0;
+  loop.onReadable(reader.get(), milliseconds(1), [&] {
+    if (++ran == 2) loop.stop();
+    throw std::runtime_error("out of patience");
+  });
+  EXPECT_NO_THROW(loop.run());
+  EXPECT_EQ(ran, 2);
+  EXPECT_EQ(log.count("a task of the loop threw \"out of patience\""), 2U) << log.text();
+}
+
+TEST_F(IdleLoop, KeepsNoDescriptorThatItHasNoMemoryToWaitFor) {
+  std::array<int, 2> pipe{};
+  ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
+  const Descriptor reader(pipe[0]);
+  const Descriptor writer(pipe[1]);
+  const auto descriptors = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  const auto before = descriptors();
+  std::size_t allocations = 0;
+  for (bool taken = false; !taken; ++allocations) {
+    std::function<void()> task = [] {};
+    try {
+      const support::NoMemory none(allocations);
+      loop.onReadable(reader.get(), milliseconds(1), std::move(task));
+      taken = true;
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(descriptors(), before) << allocations;
+    }
+  }
+  EXPECT_GT(allocations, 1U);
+  EXPECT_EQ(descriptors(), before + 1);
+}
+
+TEST_F(IdleLoop, HearsOfAChangeOfTheScheduleAlsoWithoutMemory) {
+  owner.onTimer = [&](int) { loop.stop(); };
+  arm(hours(1));
+  loop.post([&] { loop.stop(); });
+  loop.run();
+  {
+    const support::NoMemory none;
+    clock.setSpeed(kAsFastAsItGoes);
+  }
+  loop.run();
+  EXPECT_EQ(clock.expiriesDelivered(), 1U);
+}
+
+TEST_F(IdleLoop, LosesATaskThatHasNoMemoryAndGoesOn) {
+  const support::LogCapture log;
+  loop.post([] { throw std::bad_alloc(); });
+  loop.post([&] { loop.stop(); });
+  EXPECT_NO_THROW(loop.run());
+  EXPECT_EQ(log.count("a task of the loop was not finished: no memory is left for it"), 1U)
+      << log.text();
 }
 
 TEST_F(IdleLoop, RunsAgainAfterAStop) {
