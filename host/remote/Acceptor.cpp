@@ -90,20 +90,7 @@ void Acceptor::takeIn(Descriptor client) try {
   static_cast<void>(client.release());
   m_taken(std::move(socket));
 } catch (const std::exception& error) {
-  logTurnedAway(error.what());
-}
-
-void Acceptor::logTurnedAway(const char* why) {
-  const auto now = std::chrono::steady_clock::now();
-  if (now < m_nextLine) {
-    ++m_untold;
-    return;
-  }
-  const std::string more =
-      m_untold == 0 ? "" : "; so were " + std::to_string(m_untold) + " since the last line";
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "client turned away: %s%s", why, more.c_str());
-  m_untold = 0;
-  m_nextLine = now + kBetweenLines;
+  m_turnedAway.log(error.what());
 }
 
 void Acceptor::refuse(int client, const std::string& why) {
@@ -123,7 +110,7 @@ int Acceptor::turnAway() {
   if (client.valid()) refuse(client.get(), kNoDescriptor);
   client.reset();
   m_spare = spareDescriptor();
-  if (error == 0) logTurnedAway(kNoDescriptor);
+  if (error == 0) m_turnedAway.log(kNoDescriptor);
   return error;
 }
 

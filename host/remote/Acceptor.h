@@ -2,22 +2,20 @@
 
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
-#include <chrono>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "remote/Connection.h"
 #include "remote/Descriptor.h"
+#include "remote/RareLine.h"
 #include "remote/WaitMemory.h"
 
 namespace host {
 
 // Accepts clients at a listening socket, which it does not own.
 // Owner: the server. Thread: the loop's. Failure: a client that cannot be taken in is told why and
-// turned away; the log has a line for it, and no more than one in kBetweenLines. The next ones are
-// served.
+// turned away, and logged (RareLine). The next ones are served.
 class Acceptor {
  public:
   using Socket = Connection::Socket;
@@ -27,8 +25,6 @@ class Acceptor {
   Acceptor(const Acceptor&) = delete;
   Acceptor& operator=(const Acceptor&) = delete;
 
-  static constexpr std::chrono::seconds kBetweenLines{10};
-
   // Tells a client that is not taken in, as far as its socket takes it.
   static void refuse(int client, const std::string& why);
 
@@ -37,15 +33,13 @@ class Acceptor {
   void acceptAll();
   void takeIn(Descriptor client);
   [[nodiscard]] int turnAway();
-  void logTurnedAway(const char* why);
 
   asio::io_context& m_loop;
   asio::local::stream_protocol::acceptor m_acceptor;
   asio::steady_timer m_pause;
   std::function<void(Socket)> m_taken;
   Descriptor m_spare;  // given up for a moment when there is no other descriptor left
-  std::chrono::steady_clock::time_point m_nextLine{};
-  std::uint64_t m_untold = 0;  // clients turned away since the last line
+  RareLine m_turnedAway{"client turned away"};
   std::shared_ptr<bool> m_alive;
   std::shared_ptr<WaitMemory> m_waitMemory;  // accepting goes on when memory has run out
 };

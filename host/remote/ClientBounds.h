@@ -15,8 +15,13 @@ inline constexpr std::size_t kMostOpenRequests = 64;
 // usual answer, so that a client that is slow to read answers is not dropped.
 inline constexpr std::size_t kMostUnread = 256 * 1024;
 
-// Registrations as an observer: each event is sent as often. One is enough for any real client.
-inline constexpr std::size_t kMostRegistrations = 256;
+// Registrations of one client as an observer. One brings all events; a process whose parts observe
+// each for itself over one connection has a few. Each event is sent as often.
+inline constexpr std::size_t kMostRegistrations = 8;
+
+// Registrations of all clients together, beyond the first of each, which no other client can take
+// away. With kMostClients they bound the messages of one event.
+inline constexpr std::size_t kMostFurtherRegistrations = 1'000;
 
 // Clients at once, calling: ten thousand, as they are measured with, and some. Each takes a
 // descriptor. A process has often fewer, and keeps some for files, children, pipes, and for those

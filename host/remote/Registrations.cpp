@@ -1,9 +1,7 @@
 #include "remote/Registrations.h"
 
 #include <sstream>
-#include <string>
 
-#include "Logging.h"
 #include "MessageCodec.h"
 #include "Method.h"
 #include "remote/ClientBounds.h"
@@ -30,16 +28,47 @@ CallUnderWay::~CallUnderWay() {
   t_call = {};
 }
 
-bool mayRegister(Peer& peer) {
+bool Registrations::mayRegister(Peer& peer) {
   const std::string name = nameOfCall(peer);
-  if (name == "unobserveTimeEvents" && peer.registrations > 0) --peer.registrations;
+  if (name == "unobserveTimeEvents") takeOff(peer);
   if (name != "observeTimeEvents") return true;
-  if (peer.registrations == kMostRegistrations) return false;
-  if (++peer.registrations < kMostRegistrations) return true;
-  logAppUni("clockhost", 3, __FILE__, __LINE__,
-            "%s observes %zu times, which is the most; more is refused", peer.address().c_str(),
-            kMostRegistrations);
-  return true;
+  const std::string why = refusal(peer);
+  if (why.empty()) {
+    add(peer);
+  } else {
+    m_refusals.log(why.c_str());
+  }
+  return why.empty();
+}
+
+std::string Registrations::refusal(const Peer& peer) const {
+  if (peer.registrations == kMostRegistrations) {
+    return peer.address() + " observes " + std::to_string(kMostRegistrations) +
+           " times, which is the most";
+  }
+  if (peer.registrations == 0 && m_observers == m_mostObservers) {
+    return std::to_string(m_mostObservers) + " clients observe, which is the most";
+  }
+  if (peer.registrations > 0 && m_further == m_mostFurther) {
+    return "clients observe " + std::to_string(m_mostFurther) +
+           " times beyond once each, which is the most of all together";
+  }
+  return "";
+}
+
+void Registrations::add(Peer& peer) {
+  ++(peer.registrations == 0 ? m_observers : m_further);
+  ++peer.registrations;
+}
+
+void Registrations::takeOff(Peer& peer) {
+  if (peer.registrations == 0) return;
+  --peer.registrations;
+  --(peer.registrations == 0 ? m_observers : m_further);
+}
+
+void Registrations::forget(Peer& peer) {
+  while (peer.registrations > 0) takeOff(peer);
 }
 
 }  // namespace host

@@ -47,6 +47,7 @@ class RemoteServer::Impl final : public Connection::Listener {
       : m_loop(loop),
         m_limits(limits),
         m_control(std::move(control)),
+        m_registrations(limits.clients, limits.furtherRegistrations),
         m_sockets(std::move(sockets)),
         m_callFile(std::in_place, m_sockets.calls, m_sockets.callers),
         m_controlFile(m_sockets.control) {}
@@ -77,6 +78,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   asio::io_context& m_loop;
   const Limits m_limits;
   const ControlHandler m_control;
+  Registrations m_registrations;
   CodecTable m_codecs;
   TurnQueue m_turns{m_loop};
   const ServerSockets m_sockets;
@@ -216,11 +218,11 @@ void RemoteServer::Impl::hungUp(Connection& from) {
   m_stuck = true;
 }
 
-// Takes a peer that is gone out of the service. False: the service may still use its proxy, and so
-// the peer stays. Needs no memory of its own.
+// False: the service may still use the proxy of a peer that is gone, and so the peer stays.
 bool RemoteServer::Impl::letGo(const std::shared_ptr<Peer>& peer) {
   if (peer->hasProxy() && !takeBack(*m_target, peer->address())) return false;
   peer->freeProxy();
+  m_registrations.forget(*peer);
   forget(*peer);
   return true;
 }
@@ -250,7 +252,7 @@ Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
     if (found == m_peers.end()) return nullptr;
     peer = found->second;
   }
-  if (!mayRegister(*peer)) return nullptr;
+  if (!m_registrations.mayRegister(*peer)) return nullptr;
   return peer->proxy(m_target->makeProxy);
 } catch (const std::exception& error) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "no proxy for %s: %s", address.c_str(),

@@ -50,6 +50,7 @@ class RemoteServer : public FrameworkContext {
         10000};                          // for the rest of a begun frame; for a last answer
     std::size_t clients = kMostClients;  // at the socket of calls
     std::size_t controlClients = kMostControlClients;  // at the other
+    std::size_t furtherRegistrations = kMostFurtherRegistrations;
   };
 
   // Takes the sockets: a stale one is replaced, one with a live host throws host::Error.

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <utility>
 
+#include "remote/ClientBounds.h"
 #include "remote/RemoteClient.h"
 #include "support/Interruption.h"
 
@@ -16,8 +17,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kAnswerLimit(20);
-constexpr int kRegistrations = 128;  // of the stuck one, so that its queue fills in a second or so
-constexpr std::uint64_t kMovesBeforeReading = 50;  // the slow one's queue is well filled by then
+constexpr int kRegistrations = host::kMostRegistrations;  // of the stuck one
+constexpr std::uint64_t kFilledBefore = 896 * 1024;  // bytes for the stuck one, before others come
+constexpr std::uint64_t kMovesBeforeReading = 50;    // the slow one's queue is well filled by then
 constexpr std::chrono::seconds kForTheStuckOne(
     40);  // beyond the time of the run, on a slow machine
 constexpr std::chrono::seconds kAfterTheStuckOne(2);  // at least, to compare with, and for memory
@@ -86,21 +88,36 @@ bool LoadRun::start() {
 
 void LoadRun::loadUp() {
   m_operator = m_host.connectControl();
+  fillTheStuckOne();
   m_audience = std::make_unique<Audience>(m_host.socket(), m_size.subscribers);
-  m_stuck.emplace(m_host.socket(), kRegistrations);
   m_slow.emplace(m_host.socket());
   m_callers = std::make_unique<Callers>(m_host.socket(), m_size.callers);
   m_begin = Clock::now();
+}
+
+// Most of its queue, so that the others have it beside them for a few seconds and not for a minute.
+void LoadRun::fillTheStuckOne() {
+  m_stuck.emplace(m_host.socket(), kRegistrations);
+  while (m_fault.empty() && m_sentToStuck < kFilledBefore) {
+    const Move move = m_life.next();
+    perform(move);
+    m_sentToStuck += kRegistrations * sizeOf(move);
+  }
+}
+
+void LoadRun::perform(const Move& move) {
+  for (const std::string& request : move.requests) {
+    const auto reply = m_operator->control(request, kAnswerLimit);
+    if (!reply || reply->find(R"({"ok":true)") != 0) return fail("refused: " + request);
+  }
 }
 
 void LoadRun::move() {
   const Move move = m_life.next();
   m_audience->announce(move.events);
   const auto begin = Clock::now();
-  for (const std::string& request : move.requests) {
-    const auto reply = m_operator->control(request, kAnswerLimit);
-    if (!reply || reply->find(R"({"ok":true)") != 0) return fail("refused: " + request);
-  }
+  perform(move);
+  if (!m_fault.empty()) return;
   if (!m_audience->hasHeardAll(kAnswerLimit)) {
     const std::string fault = m_audience->fault();
     return fail(fault.empty() ? "somebody has not heard of move " + std::to_string(m_life.moves())

@@ -44,6 +44,8 @@ class LoadRun {
   void takeService(Service& service);
   void loadUp();
   void loadOff();
+  void fillTheStuckOne();
+  void perform(const Move& move);
   void move();
   void hearTheSlowOne();
   void lookAtTheStuckOne(const Move& move);

@@ -2,13 +2,15 @@
 
 #include <poll.h>
 
+#include "remote/ClientBounds.h"
+
 namespace load {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kSlowRegistrations =
-    32;                              // so that what it has not read is more than the system takes
+// So that what it has not read is more than the system takes.
+constexpr int kSlowRegistrations = host::kMostRegistrations;
 constexpr int kBetweenLooks = 1000;  // milliseconds
 
 }  // namespace
