@@ -1,12 +1,12 @@
 #include "platform/BoundedLookup.h"
 
 #include <atomic>
-#include <condition_variable>
 #include <exception>
-#include <memory>
-#include <mutex>
+#include <future>
+#include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "Logging.h"
 #include "platform/FailedLookups.h"
@@ -15,19 +15,12 @@
 namespace host {
 namespace {
 
+using SteadyClock = std::chrono::steady_clock;
+using Address = std::optional<std::string>;
+
 std::atomic<int> g_out{0};  // lookups whose threads have not returned
 
-// Shared by the one who waits and the thread that asks; the later of the two frees it.
-struct Lookup {
-  std::string name;
-  Resolve resolve;
-  std::mutex mutex;  // guards what follows
-  std::condition_variable changed;
-  bool done = false;
-  std::optional<std::string> address;
-};
-
-std::optional<std::string> answerOf(const Resolve& resolve) noexcept {
+Address answerOf(const Resolve& resolve) noexcept {
   try {
     return resolve();
   } catch (const std::exception&) {
@@ -35,57 +28,65 @@ std::optional<std::string> answerOf(const Resolve& resolve) noexcept {
   }
 }
 
-void work(const std::shared_ptr<Lookup>& lookup) {
-  auto address = answerOf(lookup->resolve);
-  if (address) failedLookups().forget(lookup->name);
+void work(const std::string& name, const Resolve& resolve, std::promise<Address> answer) {
+  Address address = answerOf(resolve);
+  if (address) failedLookups().forget(name);
   --g_out;
-  const std::lock_guard lock(lookup->mutex);
-  lookup->address = std::move(address);
-  lookup->done = true;
-  lookup->changed.notify_all();
+  answer.set_value(std::move(address));
 }
 
 void complain(const std::string& why) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup refused: %s", why.c_str());
 }
 
-void tellFailure(const std::string& name, std::chrono::milliseconds limit) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__,
-            "no address found for %s within %lld ms; it is asked for again after %lld s",
-            quotedText(name).c_str(), static_cast<long long>(limit.count()),
+void tellFailure(const std::string& name, const std::string& what) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup of %s: %s; next try after %lld s",
+            quotedText(name).c_str(), what.c_str(),
             static_cast<long long>(FailedLookups::kKept.count()));
 }
 
-bool startThread(const std::shared_ptr<Lookup>& lookup) {
+// Invalid: the name was not asked for.
+std::future<Address> ask(const std::string& name, Resolve resolve) {
   if (++g_out > kMostLookups) {
     --g_out;
     complain(std::to_string(kMostLookups) + " are still out");
-    return false;
+    return {};
   }
+  std::promise<Address> promise;
+  std::future<Address> answer = promise.get_future();
   try {
-    std::thread([lookup] { work(lookup); }).detach();
-    return true;
+    std::thread(work, name, std::move(resolve), std::move(promise)).detach();
+    return answer;
   } catch (const std::system_error& error) {
     --g_out;
     complain("cannot start its thread: " + error.code().message());
-    return false;
+    return {};
   }
 }
 
 }  // namespace
 
+// The name counts as failed from the start, and an address takes that back. So an address that
+// comes late takes it back, too.
 std::optional<std::string> boundedLookup(const std::string& name, std::chrono::milliseconds limit,
                                          Resolve resolve) {
-  using SteadyClock = std::chrono::steady_clock;
-  if (failedLookups().holds(name, SteadyClock::now())) return std::nullopt;
-  const auto lookup = std::make_shared<Lookup>();
-  lookup->name = name;
-  lookup->resolve = std::move(resolve);
-  if (!startThread(lookup)) return std::nullopt;
-  std::unique_lock lock(lookup->mutex);
-  lookup->changed.wait_for(lock, limit, [&] { return lookup->done; });
-  if (!lookup->address && failedLookups().add(name, SteadyClock::now())) tellFailure(name, limit);
-  return lookup->address;
+  FailedLookups& failed = failedLookups();
+  const auto now = SteadyClock::now();
+  if (failed.holds(name, now)) return std::nullopt;
+  const bool silent = failed.isSilent(now);
+  const bool first = failed.add(name, now);
+  std::future<Address> answer = ask(name, std::move(resolve));
+  if (!answer.valid()) return std::nullopt;
+  const auto wait = silent ? std::chrono::milliseconds(0) : limit;
+  const bool answered = answer.wait_for(wait) == std::future_status::ready;
+  Address address = answered ? answer.get() : std::nullopt;
+  if (address) return address;
+  if (!answered) failed.setUnanswered(name);
+  if (!first) return std::nullopt;
+  tellFailure(name, answered ? "no address found"
+                    : silent ? "not waited for, the name server did not answer for another name"
+                             : "no answer within " + std::to_string(limit.count()) + " ms");
+  return std::nullopt;
 }
 
 }  // namespace host

@@ -22,8 +22,14 @@ class FailedLookups {
   // Whether the name is not to be asked for yet.
   [[nodiscard]] bool holds(const std::string& name, Instant now) const;
 
+  // Whether one of these names got no answer in time. The next one would mostly get none either.
+  [[nodiscard]] bool isSilent(Instant now) const;
+
   // Remembers a failure. True: it is the first one since an address was found, so say it.
   [[nodiscard]] bool add(const std::string& name, Instant now);
+
+  // That failure is one without an answer. Nothing when the name has been forgotten since.
+  void setUnanswered(const std::string& name);
 
   // An address was found.
   void forget(const std::string& name);
@@ -32,8 +38,13 @@ class FailedLookups {
   void forgetAll();
 
  private:
-  mutable std::mutex m_mutex;               // guards what follows
-  std::map<std::string, Instant> m_failed;  // when, last
+  struct Failure {
+    Instant last;
+    bool unanswered = false;
+  };
+
+  mutable std::mutex m_mutex;  // guards what follows
+  std::map<std::string, Failure> m_failed;
 };
 
 // Those of this process. Never destroyed: a lookup may end after everything else.

@@ -45,7 +45,29 @@ TEST(FailedLookups, OfTooManyTheOldestIsForgotten) {
   EXPECT_TRUE(failed.holds(std::to_string(FailedLookups::kMost), kBegin));
 }
 
+TEST(FailedLookups, ANameWithoutAnAnswerMeansASilentServerForAWhile) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  EXPECT_FALSE(failed.isSilent(kBegin)) << "there is no such name: an answer, too";
+  failed.setUnanswered("a");
+  EXPECT_TRUE(failed.isSilent(kBegin + FailedLookups::kKept - 1ns));
+  EXPECT_FALSE(failed.isSilent(kBegin + FailedLookups::kKept));
+  EXPECT_FALSE(failed.add("a", kBegin));
+  EXPECT_FALSE(failed.isSilent(kBegin)) << "a new failure says anew which one it is";
+}
+
+TEST(FailedLookups, AServerIsNoLongerSilentWhenAnAddressComesLate) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  failed.setUnanswered("a");
+  failed.forget("a");
+  EXPECT_FALSE(failed.isSilent(kBegin));
+  failed.setUnanswered("a");
+  EXPECT_FALSE(failed.isSilent(kBegin));
+}
+
 TEST(BoundedLookup, ANameThatHasFailedIsNotAskedForAgainSoonAndIsToldOnce) {
+  failedLookups().forgetAll();
   const support::LogCapture log(4);
   int asked = 0;
   const auto lookUp = [&](const char* name, const std::optional<std::string>& address) {
@@ -60,8 +82,7 @@ TEST(BoundedLookup, ANameThatHasFailedIsNotAskedForAgainSoonAndIsToldOnce) {
   EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
   EXPECT_EQ(asked, 3) << "a name that has an address is asked for each time";
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
-  EXPECT_EQ(log.count("no address found for \"nowhere.example\" within 10000 ms; it is asked for "
-                      "again after 60 s"),
+  EXPECT_EQ(log.count("name lookup of \"nowhere.example\": no address found; next try after 60 s"),
             1U);
   failedLookups().forgetAll();
   EXPECT_EQ(lookUp("nowhere.example", "192.0.2.2"), "192.0.2.2");

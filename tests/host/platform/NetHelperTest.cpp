@@ -10,6 +10,8 @@
 #include <string>
 
 #include "platform/BoundedLookup.h"
+#include "platform/FailedLookups.h"
+#include "support/LogCapture.h"
 
 namespace {
 
@@ -140,7 +142,13 @@ class SlowResolver {
   int m_returned = 0;
 };
 
-TEST(BoundedLookup, GivesTheAnswer) {
+// Each with no memory of the others' names.
+class NameLookup : public ::testing::Test {
+ protected:
+  NameLookup() { host::failedLookups().forgetAll(); }
+};
+
+TEST_F(NameLookup, GivesTheAnswer) {
   EXPECT_EQ(
       host::boundedLookup("a.example", 20s, [] { return std::optional<std::string>("192.0.2.9"); }),
       "192.0.2.9");
@@ -148,12 +156,12 @@ TEST(BoundedLookup, GivesTheAnswer) {
             std::nullopt);
 }
 
-TEST(BoundedLookup, TakesAFailingResolverForNoAnswer) {
+TEST_F(NameLookup, TakesAFailingResolverForNoAnswer) {
   const auto fail = []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); };
   EXPECT_EQ(host::boundedLookup("c.example", 20s, fail), std::nullopt);
 }
 
-TEST(BoundedLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
+TEST_F(NameLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
   const auto resolver = std::make_shared<SlowResolver>();
   EXPECT_EQ(host::boundedLookup("d.example", 1ms, [=] { return resolver->resolve(); }),
             std::nullopt);
@@ -161,7 +169,36 @@ TEST(BoundedLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
   resolver->awaitReturns(1);
 }
 
-TEST(BoundedLookup, AsksNoMoreWhileTooManyAreOut) {
+TEST_F(NameLookup, WaitsForNoOtherNameWhileTheServerIsSilent) {
+  const support::LogCapture log(3);
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  EXPECT_EQ(host::boundedLookup("e.example", 1ms, resolve), std::nullopt);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(host::boundedLookup("f.example", 20s, resolve), std::nullopt);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+  EXPECT_EQ(log.count("name lookup of \"e.example\": no answer within 1 ms; next try after 60 s"),
+            1U);
+  EXPECT_EQ(log.count("name lookup of \"f.example\": not waited for, the name server did not "
+                      "answer for another name; next try after 60 s"),
+            1U);
+  resolver->answer();
+  resolver->awaitReturns(2);
+}
+
+TEST_F(NameLookup, AsksAgainWhenAnAddressCameLate) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  EXPECT_EQ(host::boundedLookup("g.example", 1ms, [=] { return resolver->resolve(); }),
+            std::nullopt);
+  resolver->answer();
+  const auto deadline = std::chrono::steady_clock::now() + 20s;
+  const auto now = [] { return std::optional<std::string>("192.0.2.9"); };
+  while (host::boundedLookup("g.example", 20s, now) != "192.0.2.9") {
+    ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+  }
+}
+
+TEST_F(NameLookup, AsksNoMoreWhileTooManyAreOut) {
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
   for (int i = 0; i < 3 * host::kMostLookups; ++i) {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "NetHelper.h"
+#include "platform/FailedLookups.h"
 
 namespace {
 
@@ -57,12 +58,14 @@ int __wrap_getaddrinfo(const char* name, const char* service, const addrinfo* wa
 namespace {
 
 TEST(Resolver, IsAskedForNames) {
+  host::failedLookups().forgetAll();
   char buffer[46] = "untouched";
   EXPECT_TRUE(NetHelper::dnsLookup("telephone.example", buffer, sizeof buffer, AF_INET));
   EXPECT_STREQ(buffer, "192.0.2.7");
 }
 
 TEST(Resolver, IsWaitedForASecondAndNotAskedAgainSoon) {
+  host::failedLookups().forgetAll();
   char buffer[46] = "untouched";
   const auto begin = Clock::now();
   EXPECT_FALSE(NetHelper::dnsLookup("time.example.org", buffer, sizeof buffer, 0));
