@@ -2,6 +2,7 @@
 
 #include <sys/prctl.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <exception>
@@ -63,8 +64,9 @@ class ErrorLog {
 class ClientChannels {
  public:
   ClientChannels(EventLoop& loop, VirtualClock& clock) {
-    ProgramMap::instance().giveChannel(
-        kClient, [&loop, &clock] { return openClockChannel(loop.io(), clock); });
+    ProgramMap::instance().giveChannel(kClient, [this, &loop, &clock] {
+      return openClockChannel(loop.io(), clock, m_filterMissed);
+    });
   }
   ~ClientChannels() { ProgramMap::instance().giveChannel(kClient, {}); }
   ClientChannels(const ClientChannels&) = delete;
@@ -72,6 +74,7 @@ class ClientChannels {
 
  private:
   static constexpr const char* kClient = "/sbin/ntpclient";
+  std::atomic<bool> m_filterMissed = false;
 };
 
 void prepareProcess(const HostOptions& options) {

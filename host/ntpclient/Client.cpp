@@ -1,7 +1,6 @@
 #include "ntpclient/Client.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <utility>
 
 #include "ntpclient/PipeReport.h"
@@ -41,8 +40,8 @@ Client::Next Client::round() {
 
 Client::Next Client::oneTry() {
   tellSteps("asking");
-  const auto refused = [](Verdict verdict) {
-    tell(std::string("answer ignored: ") + textOf(verdict));
+  const auto refused = [this](Verdict verdict) {
+    complain(std::string("answer ignored: ") + textOf(verdict));
   };
   const Outcome outcome =
       ask(m_assignment.server.c_str(), m_assignment.family, m_surroundings.port.c_str(),
@@ -71,10 +70,10 @@ Client::Next Client::follow(const Outcome& outcome) try {
   tellSteps("clock set");
   return report(static_cast<std::uint32_t>(std::chrono::floor<std::chrono::seconds>(now).count()));
 } catch (const ChannelClosed& error) {
-  tell(error.what());
+  complain(error.what());
   return Next::endFailed;  // nobody is left to set a clock for
 } catch (const Error& error) {
-  tell(error.what());
+  complain(error.what());
   return Next::tryAgain;
 }
 
@@ -83,10 +82,10 @@ Client::Next Client::report(std::uint32_t seconds) {
     case ReportResult::parentGone:
       return Next::end;
     case ReportResult::noListener:
-      tell(std::string("nobody listens at ") + m_surroundings.pipe);
+      complain(std::string("nobody listens at ") + m_surroundings.pipe);
       break;
     case ReportResult::noPipe:
-      tell(std::string(m_surroundings.pipe) + " is no pipe");
+      complain(std::string(m_surroundings.pipe) + " is no pipe");
       break;
     case ReportResult::delivered:
       tellSteps("reported");
@@ -100,11 +99,11 @@ bool Client::pause(std::chrono::milliseconds time) const {
 }
 
 void Client::tellSteps(const char* what) const {
-  if (m_assignment.verbose) tell(what);
+  if (m_assignment.verbose) m_lines.step(what);
 }
 
-void Client::tell(const std::string& what) {
-  std::fprintf(stderr, "ntpclient: %s\n", what.c_str());
+void Client::complain(const std::string& what) {
+  m_lines.complain(what, Clock::now());
 }
 
 }  // namespace host::ntp

@@ -6,6 +6,7 @@
 #include "ntpclient/Backoff.h"
 #include "ntpclient/ClockSetter.h"
 #include "ntpclient/CommandLine.h"
+#include "ntpclient/ErrorLines.h"
 #include "ntpclient/Exchange.h"
 #include "ntpclient/PipeReport.h"
 
@@ -21,8 +22,8 @@ struct Surroundings {
 };
 
 // Asks a time server round after round, sets the clock by each good answer, and reports it to the
-// service. Tells what went wrong on standard error, a line each; a silent server is not worth one.
-// Owner: main. Thread: one. Failure: the next try is later; see run().
+// service. Tells what went wrong on standard error, once an hour each; a silent server is not worth
+// a line. Owner: main. Thread: one. Failure: the next try is later; see run().
 class Client {
  public:
   // watch and clock outlive the client.
@@ -42,13 +43,14 @@ class Client {
   [[nodiscard]] Next report(std::uint32_t seconds);
   [[nodiscard]] bool pause(std::chrono::milliseconds time) const;
   void tellSteps(const char* what) const;
-  static void tell(const std::string& what);
+  void complain(const std::string& what);
 
   const Assignment m_assignment;
   const Surroundings m_surroundings;
   const ParentWatch& m_watch;
   ClockSetter& m_clock;
   Backoff m_backoff;
+  ErrorLines m_lines;
 };
 
 }  // namespace host::ntp

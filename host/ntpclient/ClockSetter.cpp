@@ -55,6 +55,11 @@ class HostClock : public ClockSetter {
 
 }  // namespace
 
+void tellNoFilter(const Descriptor& channel, int error) {
+  const NoFilterNotice notice{error};
+  static_cast<void>(::send(channel.get(), &notice, sizeof notice, MSG_NOSIGNAL | MSG_DONTWAIT));
+}
+
 std::unique_ptr<ClockSetter> makeHostClock(Descriptor channel) {
   return std::make_unique<HostClock>(std::move(channel));
 }

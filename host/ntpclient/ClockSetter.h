@@ -29,6 +29,9 @@ class ClockSetter {
   ClockSetter& operator=(const ClockSetter&) = delete;
 };
 
+// Says to the host that this program has no system call filter. error: errno, why not.
+void tellNoFilter(const Descriptor& channel, int error);
+
 // The clock of the host at the other end of the channel, as clock/ClockMessage.h describes it.
 [[nodiscard]] std::unique_ptr<ClockSetter> makeHostClock(Descriptor channel);
 

@@ -15,6 +15,7 @@
 
 #include "clock/ClockMessage.h"
 #include "ntpclient/Client.h"
+#include "ntpclient/ErrorLines.h"
 #include "ntpclient/PipeReport.h"
 #include "ntpclient/SealedPath.h"
 #include "ntpclient/SystemCallFilter.h"
@@ -64,12 +65,10 @@ std::filesystem::path reportPipe() {
 }
 
 // What a server sends is looked at with nothing at hand but what is needed. A kernel that has no
-// filters is no reason not to serve.
-void giveUpTheRest(const SealedPath& pipe, bool verbose) {
-  const std::string missing = installSystemCallFilter(pipe);
-  if (!missing.empty() && verbose) {
-    std::fprintf(stderr, "ntpclient: no system call filter: %s\n", missing.c_str());
-  }
+// filters is no reason not to serve, and the host's log says so.
+void giveUpTheRest(const SealedPath& pipe, const Descriptor& channel) {
+  const int error = installSystemCallFilter(pipe);
+  if (error != 0) tellNoFilter(channel, error);
 }
 
 // Whatever the starting thread had blocked or ignored: SIGTERM ends the program at once.
@@ -95,12 +94,13 @@ int runProgram(int argumentCount, char* const* arguments) try {
   if (!surroundings) return refuse("ntpclient: NTPCLIENT_PORT or NTPCLIENT_RETRY_MS is no number");
   Descriptor channel = clockChannel();
   if (!channel.valid()) return refuse("ntpclient: CLOCKHOST_CLOCK_FD is no descriptor of a host");
-  const auto clock = makeHostClock(std::move(channel));
   setSignals();
   const ParentWatch watch;
   const SealedPath pipe(reportPipe());
   surroundings->pipe = pipe.get();
-  giveUpTheRest(pipe, assignment->verbose);
+  unblockStandardError();
+  giveUpTheRest(pipe, channel);
+  const auto clock = makeHostClock(std::move(channel));
   return Client(*assignment, *surroundings, watch, *clock).run();
 } catch (const Error& error) {
   std::fprintf(stderr, "ntpclient: %s\n", error.what());

@@ -4,8 +4,8 @@
 
 namespace host::ntp {
 
-std::string installSystemCallFilter(const SealedPath& /*pipe*/) {
-  return {};
+int installSystemCallFilter(const SealedPath& /*pipe*/) {
+  return 0;
 }
 
 }  // namespace host::ntp
@@ -20,7 +20,6 @@ std::string installSystemCallFilter(const SealedPath& /*pipe*/) {
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <initializer_list>
 #include <memory>
 
@@ -120,9 +119,8 @@ int install(const SealedPath& pipe) {
 
 }  // namespace
 
-std::string installSystemCallFilter(const SealedPath& pipe) {
-  const int error = install(pipe);
-  return error == 0 ? "" : std::strerror(-error);
+int installSystemCallFilter(const SealedPath& pipe) {
+  return -install(pipe);
 }
 
 }  // namespace host::ntp

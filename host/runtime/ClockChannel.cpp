@@ -8,6 +8,7 @@
 #include <asio/post.hpp>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -34,7 +35,8 @@ bool isAllowed(const SetClockRequest& request) {
 // The host's end. It lives as long as the loop waits for the client.
 class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
  public:
-  ClockChannel(Stream end, VirtualClock& clock) : m_end(std::move(end)), m_clock(clock) {}
+  ClockChannel(Stream end, VirtualClock& clock, std::atomic<bool>& filterMissed)
+      : m_end(std::move(end)), m_clock(clock), m_filterMissed(filterMissed) {}
 
   void wait() {
     m_end.async_wait(Stream::wait_read,
@@ -51,12 +53,25 @@ class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
                                 MSG_DONTWAIT | MSG_TRUNC);  // the size as it was sent
     if (size < 0) return errno == EAGAIN || errno == EINTR;
     if (size == 0) return false;
+    NoFilterNotice notice{};
+    std::memcpy(&notice, &request, sizeof notice);
+    if (size == static_cast<ssize_t>(sizeof notice) && notice.error > 0) return note(notice);
     if (size != static_cast<ssize_t>(sizeof request) || !isAllowed(request)) {
       logAppUni("clockhost", 3, __FILE__, __LINE__,
                 "the NTP client's channel is closed: it sent what sets no clock");
       return false;
     }
     return answer(set(request));
+  }
+
+  // One line for all clients: an NTP client is started again and again.
+  bool note(const NoFilterNotice& notice) {
+    if (!m_filterMissed.exchange(true)) {
+      logAppUni("clockhost", 3, __FILE__, __LINE__,
+                "the NTP client works without a system call filter: %s",
+                std::strerror(notice.error));
+    }
+    return true;
   }
 
   // 0, or why not.
@@ -73,14 +88,16 @@ class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
 
   Stream m_end;
   VirtualClock& m_clock;
+  std::atomic<bool>& m_filterMissed;
   const std::shared_ptr<WaitMemory> m_waitMemory = std::make_shared<WaitMemory>();
 };
 
 // Serves the host's end, or closes it.
-void takeUp(asio::io_context& loop, Descriptor& end, VirtualClock& clock) try {
+void takeUp(asio::io_context& loop, Descriptor& end, VirtualClock& clock,
+            std::atomic<bool>& filterMissed) try {
   Stream stream(loop, end.get());
   static_cast<void>(end.release());
-  std::make_shared<ClockChannel>(std::move(stream), clock)->wait();
+  std::make_shared<ClockChannel>(std::move(stream), clock, filterMissed)->wait();
 } catch (const std::exception& error) {
   end.reset();
   logAppUni("clockhost", 3, __FILE__, __LINE__, "the NTP client's channel is closed: %s",
@@ -89,13 +106,15 @@ void takeUp(asio::io_context& loop, Descriptor& end, VirtualClock& clock) try {
 
 }  // namespace
 
-Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock) try {
+Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock,
+                            std::atomic<bool>& filterMissed) try {
   std::array<int, 2> ends{};
   if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return {};
   Descriptor clients(ends[0]);
   Descriptor own(ends[1]);
   const auto hosts = std::make_shared<Descriptor>(std::move(own));
-  asio::post(loop, [&loop, &clock, hosts] { takeUp(loop, *hosts, clock); });
+  asio::post(loop,
+             [&loop, &clock, &filterMissed, hosts] { takeUp(loop, *hosts, clock, filterMissed); });
   return clients;
 } catch (const std::bad_alloc&) {
   errno = ENOMEM;

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -144,6 +145,32 @@ TEST_F(ClientProgram, TriesAgainAfterSilenceAndAfterABadAnswerWithALine) {
   EXPECT_GE(listen(), kTime);
   program.kill(SIGTERM);
   EXPECT_EQ(program.lines(), Strings{});
+}
+
+TEST_F(ClientProgram, GoesOnBesideAStandardErrorThatNobodyReads) {
+  const std::filesystem::path full = m_folder / "errors";
+  ASSERT_EQ(::mkfifo(full.c_str(), 0600), 0);
+  const Descriptor reader(::open(full.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+  while (::write(reader.get(), "full", 4) == 4) continue;
+  Strings words = {"/bin/sh", "-c", "exec \"$@\" 2>\"$0\"", full};
+  for (const std::string& word : commandLine({"127.0.0.1", "-4", "-L"})) words.push_back(word);
+  const ChildProgram program(words, environment(), m_clock.clientsEnd());
+  const auto request = m_server.receive();
+  ASSERT_TRUE(request);
+  m_server.answer(answerTo(nonceOf(*request), kTime));
+  EXPECT_GE(listen(), kTime);
+}
+
+TEST_F(ClientProgram, LeavesTheStandardErrorOfItsParentAsItIs) {
+  Strings words = commandLine({"127.0.0.1", "-4"});
+  words.insert(words.begin(), {"/bin/sh", "-c", "\"$0\" \"$@\"; :"});
+  const ChildProgram shell(words, environment(), m_clock.clientsEnd());
+  ASSERT_TRUE(m_server.receive());
+  std::ifstream facts("/proc/" + std::to_string(shell.id()) + "/fdinfo/2");
+  for (std::string word; facts >> word && word != "flags:";) continue;
+  int flags = -1;
+  EXPECT_TRUE(facts >> std::oct >> flags);
+  EXPECT_EQ(flags & O_NONBLOCK, 0);
 }
 
 TEST_F(ClientProgram, ReportsNothingThatTheHostRefused) {

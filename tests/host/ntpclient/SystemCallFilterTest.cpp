@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/ptrace.h>
@@ -10,15 +11,19 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "clock/ClockMessage.h"
+#include "host/ntpclient/FakeSntpServer.h"
 #include "ntpclient/PipeReport.h"
 #include "ntpclient/SealedPath.h"
 #include "remote/Descriptor.h"
@@ -41,7 +46,7 @@ class UnderTheFilter : public testing::Test {
   int errorOf(const std::function<long()>& call) const {
     const pid_t child = ::fork();
     if (child == 0) {
-      if (!installSystemCallFilter(m_sealed).empty()) ::_exit(255);
+      if (installSystemCallFilter(m_sealed) != 0) ::_exit(255);
       ::_exit(call() >= 0 ? 0 : errno);
     }
     int status = 0;
@@ -140,21 +145,59 @@ TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
   for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), 0) << call.name;
 }
 
-// A system without filters, as this process sees it.
+// From now on this process lives on a system without filters, as far as it can see.
+bool refuseFilters() {
+  const scmp_filter_ctx refusing = seccomp_init(SCMP_ACT_ALLOW);
+  seccomp_rule_add(refusing, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(seccomp), 0);
+  seccomp_rule_add(refusing, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
+                   scmp_arg_cmp{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0});
+  return seccomp_load(refusing) == 0;
+}
+
 TEST_F(UnderTheFilter, WhatTheSystemRefusesIsSaidAndNothingElseChanges) {
   const pid_t child = ::fork();
   if (child == 0) {
-    const scmp_filter_ctx refusing = seccomp_init(SCMP_ACT_ALLOW);
-    seccomp_rule_add(refusing, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(seccomp), 0);
-    seccomp_rule_add(refusing, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
-                     scmp_arg_cmp{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0});
-    const bool refused = seccomp_load(refusing) == 0 && !installSystemCallFilter(m_sealed).empty();
+    const bool refused = refuseFilters() && installSystemCallFilter(m_sealed) > 0;
     const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     ::_exit(refused && socket.valid() ? 0 : 1);
   }
   int status = 0;
   EXPECT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
+}
+
+TEST_F(UnderTheFilter, TheClientTellsItsHostWhenThereIsNone) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+  const Descriptor host(ends[0]);
+  Descriptor client(ends[1]);
+  const FakeSntpServer server;
+  std::string channel = std::string(kClockChannelVariable) + "=3";
+  std::string port = "NTPCLIENT_PORT=" + server.port();
+  std::vector<std::string> words = {
+      NTPCLIENT_PROGRAM, "-s", "-c", "525600", "-i", "3600", "-n", "15", "-h", "127.0.0.1"};
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  char* const variables[] = {channel.data(), port.data(), nullptr};
+  const pid_t child = ::fork();
+  if (child == 0) {
+    if (refuseFilters() && ::dup2(client.get(), 3) == 3) {
+      ::execve(arguments[0], arguments.data(), variables);
+    }
+    ::_exit(1);
+  }
+  client.reset();
+  pollfd waited{host.get(), POLLIN, 0};
+  EXPECT_EQ(::poll(&waited, 1, static_cast<int>(kLong.count())), 1);
+  std::array<char, 64> message{};
+  const ssize_t size = ::recv(host.get(), message.data(), message.size(), MSG_DONTWAIT);
+  NoFilterNotice notice{};
+  std::memcpy(&notice, message.data(), sizeof notice);
+  EXPECT_EQ(size, static_cast<ssize_t>(sizeof notice));
+  EXPECT_GT(notice.error, 0);
+  ::kill(child, SIGKILL);
+  ::waitpid(child, nullptr, 0);
 }
 
 #endif

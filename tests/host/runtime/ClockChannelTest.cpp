@@ -6,6 +6,7 @@
 
 #include <array>
 #include <asio/io_context.hpp>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -46,7 +47,8 @@ class ClockByChannel : public testing::Test {
 
   asio::io_context m_loop;
   VirtualClock m_clock;
-  Descriptor m_channel = openClockChannel(m_loop, m_clock);
+  std::atomic<bool> m_filterMissed = false;
+  Descriptor m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
 };
 
 TEST_F(ClockByChannel, IsSetToTheNanosecondAndAnswers) {
@@ -86,7 +88,7 @@ TEST_F(ClockByChannel, IsServedOrEndsWhenMemoryRunsOutAsItIsTakenUp) {
   std::size_t allocations = 0;
   for (bool ranOut = true; ranOut; ++allocations) {
     SCOPED_TRACE(allocations);
-    m_channel = openClockChannel(m_loop, m_clock);
+    m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
     {
       const support::NoMemory none(allocations);
       EXPECT_NO_THROW(m_loop.poll());
@@ -112,13 +114,28 @@ TEST_F(ClockByChannel, IsNotMadeWithoutMemory) {
     int error = 0;
     {
       const support::NoMemory none(allocations);
-      EXPECT_NO_THROW(channel = openClockChannel(m_loop, m_clock));
+      EXPECT_NO_THROW(channel = openClockChannel(m_loop, m_clock, m_filterMissed));
       error = errno;
     }
     EXPECT_FALSE(channel.valid());
     EXPECT_EQ(error, ENOMEM);
     EXPECT_EQ(descriptors(), before);
   }
+}
+
+TEST_F(ClockByChannel, TellsOnceThatClientsHaveNoSystemCallFilter) {
+  const support::LogCapture log(3);
+  const NoFilterNotice notice{ENOSYS};
+  for (int i = 0; i < 3; ++i) {
+    m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
+    send(&notice, sizeof notice);
+    EXPECT_EQ(answer(), std::nullopt) << "a notice has none";
+    send(SetClockRequest{1, 0});
+    EXPECT_EQ(answer(), 0) << "the client is served all the same";
+  }
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_TRUE(
+      log.has("the NTP client works without a system call filter: Function not implemented"));
 }
 
 struct WrongRequest {
@@ -136,6 +153,7 @@ TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
       {"the greatest number", {INT64_MAX, INT64_MAX}},
       {"the least number", {INT64_MIN, INT64_MIN}},
       {"one byte", {5, 0}, 1},
+      {"a notice without a reason", {0, 0}, sizeof(NoFilterNotice)},
       {"a byte less", {5, 0}, sizeof(SetClockRequest) - 1},
       {"a byte more", {5, 0}, sizeof(SetClockRequest) + 1},
       {"many more", {5, 0}, 4096},
@@ -143,8 +161,8 @@ TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
   for (const WrongRequest& row : rows) {
     SCOPED_TRACE(row.name);
     const support::LogCapture log(4);
-    m_channel = openClockChannel(m_loop, m_clock);
-    Descriptor other = openClockChannel(m_loop, m_clock);
+    m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
+    Descriptor other = openClockChannel(m_loop, m_clock, m_filterMissed);
     std::array<char, 4096> bytes{};
     std::memcpy(bytes.data(), &row.request, sizeof row.request);
     send(bytes.data(), row.size);
