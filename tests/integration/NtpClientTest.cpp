@@ -1,4 +1,5 @@
 // The host's NTP client as a process: what it gets, what it may do, and that it sets the clock.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -7,12 +8,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <sstream>
 
 #include "host/ntpclient/FakeSntpServer.h"
 #include "integration/RunningHost.h"
+#include "remote/Descriptor.h"
 
 namespace integration {
 namespace {
@@ -23,6 +26,7 @@ namespace fs = std::filesystem;
 class TelephoneWithAClient : public ::testing::Test {
  protected:
   void SetUp() override {
+    ASSERT_EQ(::fcntl(m_inherited.get(), F_SETFD, 0), 0);
     // NOLINTNEXTLINE(concurrency-mt-unsafe)
     ::setenv("NTPCLIENT_PORT", m_server.port().c_str(), 1);
     m_host.emplace(Words{"--network", "up"});
@@ -40,6 +44,8 @@ class TelephoneWithAClient : public ::testing::Test {
     return "/no/client";
   }
 
+  // The host inherits it.
+  const host::Descriptor m_inherited{::open("/dev/null", O_RDONLY | O_CLOEXEC)};
   host::ntp::FakeSntpServer m_server;
   std::optional<RunningHost> m_host;
   std::optional<host::ntp::Bytes> m_request;
@@ -56,7 +62,7 @@ TEST_F(TelephoneWithAClient, HasTheClockSetByIt) {
   EXPECT_TRUE(m_host->waitFor({"call", "isTimeSourceSntp"}, "true")) << m_host->program().err();
 }
 
-TEST_F(TelephoneWithAClient, GivesItNoWayToItsSocketsAndNothingOfItsEnvironment) {
+TEST_F(TelephoneWithAClient, GivesItNothingOfItsEnvironment) {
   std::set<std::string> names;
   std::istringstream variables(contentOf(process() / "environ"));
   for (std::string text; std::getline(variables, text, '\0');) {
@@ -65,11 +71,29 @@ TEST_F(TelephoneWithAClient, GivesItNoWayToItsSocketsAndNothingOfItsEnvironment)
   std::erase_if(names, [](const std::string& name) { return name.ends_with("SAN_OPTIONS"); });
   EXPECT_EQ(names,
             (std::set<std::string>{"CLOCKHOST_CLOCK_FD", "CLOCKHOST_PIPE", "NTPCLIENT_PORT"}));
+}
+
+// The kind of file behind a link in /proc/PID/fd: "socket:[12345]" is a socket.
+std::string kindOf(const std::string& file) {
+  if (file.find("pidfd") != std::string::npos) return "pidfd";
+  if (!file.starts_with("socket:")) return "file";
+  const std::string number = file.substr(8, file.size() - 9);
+  return contentOf("/proc/net/udp").find(" " + number + " ") != std::string::npos ? "UDP"
+                                                                                  : "socket";
+}
+
+// The client's own are its watch of the host and the socket to its server.
+TEST_F(TelephoneWithAClient, GivesItItsChannelAndNoOtherDescriptor) {
+  ASSERT_TRUE(fs::exists("/proc/" + std::to_string(m_host->program().id()) + "/fd/" +
+                         std::to_string(m_inherited.get())))
+      << "the host has more to pass on";
+  std::map<int, std::string> descriptors;
   for (const auto& entry : fs::directory_iterator(process() / "fd")) {
-    const std::string file = fs::read_symlink(entry.path());
-    EXPECT_EQ(file.find((m_host->folder() / "state").string()), std::string::npos) << file;
+    descriptors[std::stoi(entry.path().filename())] = kindOf(fs::read_symlink(entry.path()));
   }
-  EXPECT_TRUE(fs::exists(process() / "fd/3"));
+  EXPECT_EQ(descriptors,
+            (std::map<int, std::string>{
+                {0, "file"}, {1, "file"}, {2, "file"}, {3, "socket"}, {4, "pidfd"}, {5, "UDP"}}));
 }
 
 std::string fieldOf(const fs::path& process, const std::string& name) {
