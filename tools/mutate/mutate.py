@@ -118,14 +118,19 @@ def summary(verdicts, seconds):
     return score >= LEAST_SCORE
 
 
+def limit_resources():
+    """A mutant may ask for all the memory and all the disk. Tests have limits of their own, and files
+    of 2 GiB that are empty."""
+    for what, most in ((resource.RLIMIT_AS, 8 << 30), (resource.RLIMIT_FSIZE, 3 << 30)):
+        resource.setrlimit(what, (most, resource.getrlimit(what)[1]))
+
+
 def main(tree, place, *words):
     tree, place = pathlib.Path(tree).resolve(), pathlib.Path(place).resolve()
     chosen = options(tree, words)
     # Ended from outside it still ends what it has started.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
-    # A mutant may ask for all the memory and all the disk.
-    resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
+    limit_resources()
     judges = programs(chosen.files)
     build = Build(tree, place / "base", {path for judge in judges for path in judge.executables})
     folders = [place / f"job-{number + 1}" for number in range(chosen.jobs)]

@@ -53,6 +53,7 @@ def outcome_of(program, folder):
     with tempfile.TemporaryDirectory(
         prefix="mutate-", dir=place_in_memory(), ignore_cleanup_errors=True
     ) as temporary:
+        os.chmod(temporary, 0o711)  # some tests are another user for a while
         return outcome_in(program, folder, temporary)
 
 

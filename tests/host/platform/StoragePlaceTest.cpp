@@ -1,5 +1,6 @@
 // What was there before a storage, in its file's place and where the file on its way goes.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -59,7 +60,10 @@ TEST_F(StorageFolder, RefusesWhatIsNoRegularFile) {
 TEST_F(StorageFolder, ReplacesAFileOfAnySizeWithoutReadingIt) {
   write("x");
   constexpr std::uintmax_t most = std::numeric_limits<off_t>::max();
-  std::filesystem::resize_file(m_folder / "file", std::min(most, std::uintmax_t{1} << 40U));
+  rlimit allowed{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &allowed), 0);
+  std::filesystem::resize_file(m_folder / "file",
+                               std::min<std::uintmax_t>({most, 1ULL << 40U, allowed.rlim_cur}));
   EXPECT_TRUE(replaceContent("new"));
   EXPECT_EQ(content(), "new");
 }
