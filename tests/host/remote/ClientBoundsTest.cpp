@@ -1,5 +1,6 @@
 // However much one client asks for, the others get their turn.
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <functional>
 #include <vector>
@@ -36,6 +37,25 @@ class HeldRequests {
   }
   std::vector<ControlRequest> m_requests;  // the loop's alone
 };
+
+// How many clients the process has descriptors for, when it may have `most`.
+std::size_t clientsUnder(rlim_t most) {
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit limit{most, before.rlim_max};
+  EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+  const std::size_t clients = clientsWithDescriptors();
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  return clients;
+}
+
+TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {
+  for (const rlim_t few : {rlim_t{0}, rlim_t{kOwnDescriptors - 1}, rlim_t{kOwnDescriptors}}) {
+    EXPECT_EQ(clientsUnder(few), 1U) << few;
+  }
+  EXPECT_EQ(clientsUnder(kOwnDescriptors + 1), 1U);
+  EXPECT_EQ(clientsUnder(kOwnDescriptors + 2), 2U);
+}
 
 // A bystander asks once and again: how many calls of others are handled before each of its turns.
 std::vector<int> callsBeforeEachTurn(std::size_t others) {

@@ -49,7 +49,14 @@ TEST(Control, RequestGetsItsReply) {
   RemoteClient client(server.controlSocket);
   EXPECT_EQ(client.control("{\"verb\":\"status\"}", kLong), "{\"verb\":\"status\"}!");
   EXPECT_EQ(client.control("", kLong), "!");
-  EXPECT_EQ(client.control(std::string(kMaxPayload - 1, 'x'), kLong)->size(), kMaxPayload);
+}
+
+TEST(Control, RequestAndReplyAreAsLongAsAFrameHolds) {
+  ServerUnderTest server(
+      [](const ControlRequest& request) { request.channel->reply(request.text); });
+  RemoteClient client(server.controlSocket);
+  EXPECT_EQ(client.control(std::string(kMaxPayload, 'x'), kLong)->size(), kMaxPayload);
+  EXPECT_THROW(static_cast<void>(client.startControl(std::string(kMaxPayload + 1, 'x'))), Error);
 }
 
 TEST(Control, RequestSaysWhichProcessAsks) {
