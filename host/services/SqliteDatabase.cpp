@@ -241,6 +241,7 @@ int SqliteDatabase::versionFound(const SqliteStore& store) {
     throw Error(describe(m_name, "cannot be written: it is read-only"));
   }
   const int version = std::stoi(first("PRAGMA user_version"));
+  if (version < 0) throw Damaged{"its version is " + std::to_string(version)};
   if (version > store.version) {
     throw Error(describe(m_name, "is of version " + std::to_string(version) +
                                      ", newer than this program's " +

@@ -44,6 +44,8 @@ const Damage kDamages[] = {
      }},
     {"without its table",
      [](const fs::path& file) { ASSERT_EQ(runSql(file, "DROP TABLE settings"), ""); }},
+    {"of a negative version",
+     [](const fs::path& file) { ASSERT_EQ(runSql(file, "PRAGMA user_version=-1"), ""); }},
     {"another program's",
      [](const fs::path& file) {
        fs::remove(file);
