@@ -38,11 +38,21 @@ void requireWritable(const fs::path& folder) {
   throw Error(named(folder) + " cannot be used: " + std::strerror(errno));
 }
 
+// The lock is taken before anything else is looked at, so it is always there.
+bool holdsOnlyTheLock(const fs::path& folder) {
+  std::error_code code;
+  fs::directory_iterator entry(folder, code);
+  for (; !code && entry != fs::directory_iterator(); entry.increment(code)) {
+    if (entry->path().filename() != StateLock::kFileName) return false;
+  }
+  return !code;
+}
+
 // A folder with a sticky bit is shared by design, one with other things in it has another use.
 bool isOwn(const fs::path& folder, mode_t mode) {
   std::error_code code;
   if ((mode & S_ISVTX) != 0) return false;
-  return fs::exists(folder / SqliteDataAccess::kFileName, code) || fs::is_empty(folder, code);
+  return fs::exists(folder / SqliteDataAccess::kFileName, code) || holdsOnlyTheLock(folder);
 }
 
 void closeToOthers(const fs::path& folder) {

@@ -8,9 +8,9 @@ namespace host {
 
 // The state folder, for one host alone as long as this lives; the system takes the lock back from a
 // host that is killed. A missing folder is made, for its owner only. One that is the host's own
-// (empty, or with its settings) and open to others is closed to them, with one log line; any other
-// one is left as it is, and told. Owner: the device, before all that is kept in the folder.
-// Failure: the constructor throws host::Error.
+// (empty but for a lock, or with its settings) and open to others is closed to them, with one log
+// line; any other one is left as it is, and told. Owner: the device, before all that is kept in the
+// folder. Failure: the constructor throws host::Error.
 class StateLock {
  public:
   static constexpr const char* kFileName = "lock";  // stays behind: it is the lock that counts

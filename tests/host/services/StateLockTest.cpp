@@ -75,6 +75,18 @@ TEST_F(LockedState, IsClosedToOthersWhereItIsTheHostsOwn) {
       << log.text();
 }
 
+// Also when a first start got no further than its lock.
+TEST_F(LockedState, IsClosedToOthersWhereItHoldsNothingButTheLock) {
+  fs::create_directory(state);
+  for (int start = 0; start < 2; ++start) {
+    fs::permissions(state, fs::perms(0755));
+    log.clear();
+    const StateLock lock(state);
+    EXPECT_EQ(mode(), fs::perms::owner_all);
+    EXPECT_TRUE(log.hasPart("(mode 0755): changed to 0700")) << log.text();
+  }
+}
+
 // A home, or a shared folder like that of temporary files, is not to be shut.
 TEST_F(LockedState, IsLeftAsItIsWhereItHoldsOtherThings) {
   fs::create_directory(state);
