@@ -1,30 +1,9 @@
-#include "services/SecurityLog.h"
-
-#include <gtest/gtest.h>
-
-#include <cerrno>
-
-#include "host/services/StoreFaults.h"
-#include "host/services/StoreFile.h"
+// What the security log keeps, and how it counts.
+#include "host/services/SecurityLogFile.h"
 #include "platform/Origin.h"
-#include "runtime/Error.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
-
-void record(SecurityLog& log, const std::string& text) {
-  log.record(1, 4, 1, 5, 3, false, text, "", "");
-}
-
-class SecurityLogFile : public ::testing::Test {
- protected:
-  std::filesystem::path file() const { return folder / SecurityLog::kFileName; }
-
-  support::TemporaryFolder folder;
-  support::LogCapture log{4};  // without SQLite's own words
-};
 
 TEST_F(SecurityLogFile, KeepsEveryFieldOfARecord) {
   SecurityLog security(folder.path());
@@ -168,121 +147,6 @@ TEST_F(SecurityLogFile, KeepsTextsOfAnyBytes) {
   record(security, bytes);
   ASSERT_EQ(security.list(0, 1).size(), 1U);
   EXPECT_EQ(security.list(0, 1)[0].text, bytes);
-}
-
-TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
-  SecurityLog security(folder.path());
-  record(security, "a");
-  for (int round = 0; round < 2; ++round) {
-    const FailingWrites fault(ENOSPC);
-    record(security, "lost");
-    record(security, "lost");
-  }
-  EXPECT_EQ(log.entries().size(), 1U) << log.text();
-  record(security, "b");
-  {
-    const FailingWrites fault(EIO);
-    record(security, "lost");
-  }
-  EXPECT_EQ(log.entries().size(), 2U) << log.text();
-  EXPECT_EQ(security.list(0, 10).size(), 2U);
-}
-
-TEST_F(SecurityLogFile, RecordThatCouldNotBeWrittenLeavesAGap) {
-  SecurityLog security(folder.path());
-  record(security, "same");
-  {
-    const FailingWrites fault(ENOSPC);
-    record(security, "lost");
-    record(security, "same");
-    EXPECT_EQ(security.kept().unwritten, 2);
-  }
-  EXPECT_EQ(security.kept().last, 1);
-  record(security, "same");
-  EXPECT_EQ(security.kept().unwritten, 0);
-  EXPECT_EQ(security.kept().dropped, 0);
-  const auto records = security.list(0, 10);
-  ASSERT_EQ(records.size(), 2U);
-  EXPECT_EQ(records[1].number, 4);
-  EXPECT_EQ(records[1].lost, 2);
-  EXPECT_EQ(SecurityLog(folder / "other").kept().last, 0);
-}
-
-TEST_F(SecurityLogFile, RecordIntoARemovedFolderIsLostAndTold) {
-  SecurityLog security(folder / "state");
-  record(security, "a");
-  std::filesystem::rename(folder / "state", folder / "away");
-  record(security, "b");
-  EXPECT_EQ(security.kept().unwritten, 1);
-  EXPECT_TRUE(log.hasPart("writing failed: its file was removed or replaced")) << log.text();
-}
-
-// As the host before this one wrote it.
-constexpr const char* kVersionOne = R"sql(
-CREATE TABLE record(
-  number INTEGER PRIMARY KEY, time INTEGER NOT NULL,
-  facility INTEGER NOT NULL, severity INTEGER NOT NULL,
-  event_class INTEGER NOT NULL, event_code INTEGER NOT NULL,
-  failure INTEGER NOT NULL, text TEXT NOT NULL, subject TEXT NOT NULL, origin TEXT NOT NULL) STRICT;
-CREATE TRIGGER record_is_final BEFORE UPDATE ON record
-  BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
-CREATE TRIGGER record_stays BEFORE DELETE ON record
-  WHEN OLD.number > (SELECT max(number) FROM record) - 10000
-  BEGIN SELECT RAISE(ABORT, 'the security log is append-only'); END;
-CREATE TRIGGER record_goes AFTER INSERT ON record
-  BEGIN DELETE FROM record WHERE number <= NEW.number - 10000; END;
-INSERT INTO record VALUES(7, 1466035200, 4, 1, 5, 3, 0, 'a', '', '');
-INSERT INTO record VALUES(8, 1466035201, 4, 1, 5, 3, 1, 'b', 'user', 'web');
-PRAGMA user_version=1)sql";
-
-TEST_F(SecurityLogFile, OneOfTheVersionBeforeIsBroughtUp) {
-  ASSERT_EQ(runSql(file(), kVersionOne), "");
-  for (int start = 0; start < 2; ++start) {
-    SecurityLog security(folder.path());
-    if (start == 0) record(security, "c");
-    const auto records = security.list(0, 10);
-    ASSERT_EQ(records.size(), 3U);
-    EXPECT_EQ(records[0].number, 7);
-    EXPECT_EQ(records[0].time, 1466035200);
-    EXPECT_EQ(records[0].lastTime, 1466035200);
-    EXPECT_EQ(records[0].count, 1);
-    EXPECT_EQ(records[0].text, "a");
-    EXPECT_TRUE(records[1].failure);
-    EXPECT_EQ(records[1].subject, "user");
-    EXPECT_EQ(records[1].origin, "web");
-    EXPECT_EQ(records[2].number, 9);
-    EXPECT_EQ(security.kept().dropped, 6);
-  }
-  EXPECT_TRUE(log.entries().empty()) << log.text();
-}
-
-TEST_F(SecurityLogFile, UpgradeThatFailsChangesNothing) {
-  ASSERT_EQ(runSql(file(), kVersionOne), "");
-  {
-    const FailingWrites fault(ENOSPC);
-    EXPECT_THROW(SecurityLog{folder.path()}, Error);
-  }
-  EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
-}
-
-TEST_F(SecurityLogFile, OneThatIsNotOfItsVersionIsSetAside) {
-  ASSERT_EQ(runSql(file(), "CREATE TABLE other(x); PRAGMA user_version=1"), "");
-  EXPECT_TRUE(SecurityLog(folder.path()).list(0, 10).empty());
-  EXPECT_TRUE(std::filesystem::exists(folder / "security.db.damaged-1"));
-}
-
-TEST_F(SecurityLogFile, DamagedOneIsSetAside) {
-  writeBytes(file(), randomBytes(9000));
-  SecurityLog security(folder.path());
-  record(security, "a");
-  EXPECT_EQ(security.list(0, 10).size(), 1U);
-  EXPECT_EQ(bytesOf(folder / "security.db.damaged-1"), randomBytes(9000));
-  EXPECT_EQ(log.entries().size(), 1U) << log.text();
-}
-
-TEST_F(SecurityLogFile, NewerVersionIsRefused) {
-  ASSERT_EQ(runSql(file(), "PRAGMA user_version=3"), "");
-  EXPECT_THROW(SecurityLog{folder.path()}, Error);
 }
 
 TEST(SecurityLogInMemory, KeepsRecords) {
