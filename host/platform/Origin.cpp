@@ -14,6 +14,10 @@ const std::string& originHere() {
   return here == nullptr ? device : *here;
 }
 
+std::string userOf(const std::string& origin) {
+  return origin.substr(0, origin.find(", pid "));
+}
+
 OriginScope::OriginScope(const std::string& origin) : m_before(std::exchange(here, &origin)) {}
 
 OriginScope::~OriginScope() {

@@ -8,7 +8,7 @@ namespace host {
 Repeats::Run* Repeats::find(const Attempt& attempt, Time now) {
   const auto run = std::find_if(m_runs.begin(), m_runs.end(), [&](const Run& known) {
     return known.last.failure == attempt.failure && known.last.code == attempt.code &&
-           known.last.origin == attempt.origin;
+           known.last.user == attempt.user;
   });
   if (run == m_runs.end()) return nullptr;
   m_runs.splice(m_runs.begin(), m_runs, run);

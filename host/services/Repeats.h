@@ -8,10 +8,11 @@
 
 namespace host {
 
-// Which record of the security log is counted in an earlier one instead of taking a place of its
-// own. A source (origin) that repeats itself within kQuiet is: its accepted record when it is the
-// same again; its cheap ones, whatever they say, from the kSpelledOut-th on. So no source can flood
-// the log with what costs it no sync. Owner: the security log. Thread: one at a time.
+// Which attempt the security log counts in an earlier record instead of giving it one of its own.
+// A source is a user, with all processes: a shell loop is one source, too. Within kQuiet its
+// accepted set is counted when it is the same again, and its cheap attempts, whatever they say,
+// from the kSpelledOut-th on. So no source can flood the log with what costs it no sync.
+// Owner: the security log. Thread: one at a time.
 class Repeats {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -21,11 +22,11 @@ class Repeats {
   static constexpr std::size_t kSources = 64;        // remembered; the one longest quiet goes first
 
   struct Attempt {
-    std::string origin;
+    std::string user;
     bool failure;
     int code;             // of the event; each has runs of its own
     bool cheap;           // as refusals are, and what the host itself records
-    std::string content;  // all that makes it differ from others of this origin
+    std::string content;  // all that makes it differ from others of this user
   };
 
   // The number of the record that the attempt is to be counted in, 0: a record of its own.

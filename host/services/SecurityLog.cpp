@@ -7,6 +7,7 @@
 
 #include "platform/Origin.h"
 #include "platform/ShownText.h"
+#include "runtime/Error.h"
 #include "services/SqliteDatabase.h"
 #include "services/SqliteStatement.h"
 
@@ -18,6 +19,9 @@ constexpr int kFacility = 4;
 constexpr int kSeverity = 1;
 constexpr int kEventClass = 5;
 constexpr int kManagementSet = 3;  // event code; each accepted one is a sync
+
+// By SecurityLog::Kind.
+constexpr std::array kMost = {SecurityLog::kSets, SecurityLog::kHostActs, SecurityLog::kRefused};
 
 const std::string kColumns =
     "number, failure, lost, count, time, last_time, facility, severity, event_class, event_code,"
@@ -63,16 +67,21 @@ SecurityRecord recordOf(const SqliteStatement& row) {
   return record;
 }
 
-Repeats::Attempt attemptOf(const SecurityRecord& record) {
+}  // namespace
+
+SecurityLog::Kind SecurityLog::kindOf(const SecurityRecord& record) {
+  if (record.failure) return Kind::refused;
+  return record.eventCode == kManagementSet ? Kind::set : Kind::hostAct;
+}
+
+Repeats::Attempt SecurityLog::attemptOf(const SecurityRecord& record) {
   std::string content = record.text + '\0' + record.subject;
   for (const int number : {record.facility, record.severity, record.eventClass, record.eventCode}) {
     content += '\0' + std::to_string(number);
   }
-  const bool cheap = record.failure || record.eventCode != kManagementSet;
-  return {record.origin, record.failure, record.eventCode, cheap, std::move(content)};
+  const bool cheap = kindOf(record) != Kind::set;
+  return {userOf(record.origin), record.failure, record.eventCode, cheap, std::move(content)};
 }
-
-}  // namespace
 
 // Prepared when first used: a start does not wait for them.
 struct SecurityLog::Statements {
@@ -90,14 +99,15 @@ SecurityLog::Statements::Statements(const SqliteDatabase& database)
              "INSERT INTO record(" + kColumns +
                  ") VALUES(?1, ?2, ?3, 1, ?4, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)",
              SqliteStatement::Prepared::whenUsed),
-      count(
-          database,
-          "UPDATE record SET count = count + 1, last_time = ?3 WHERE failure = ?1 AND number = ?2",
-          SqliteStatement::Prepared::whenUsed),
+      count(database,
+            "UPDATE record SET count = count + 1, last_time = ?3, text = ?4, subject = ?5,"
+            " origin = ?6 WHERE failure = ?1 AND number = ?2",
+            SqliteStatement::Prepared::whenUsed),
       drop(database,
            "DELETE FROM record WHERE failure = ?1 AND number IN"
-           " (SELECT number FROM record WHERE failure = ?1 ORDER BY number LIMIT ?2)"
-           " RETURNING number, lost",
+           " (SELECT number FROM record WHERE failure = ?1 AND (failure OR (event_code = " +
+               std::to_string(kManagementSet) +
+               ") = ?2) ORDER BY number LIMIT ?3) RETURNING number, lost",
            SqliteStatement::Prepared::whenUsed),
       list(database,
            "SELECT " + kColumns +
@@ -105,7 +115,8 @@ SecurityLog::Statements::Statements(const SqliteDatabase& database)
                " FROM record WHERE failure = 1 AND number > ?1 ORDER BY number LIMIT ?2",
            SqliteStatement::Prepared::whenUsed),
       tally(database,
-            "SELECT max(number), sum(failure = 0), sum(failure = 1), sum(lost) FROM record",
+            "SELECT max(number), sum(NOT failure AND event_code = ?1),"
+            " sum(NOT failure AND event_code <> ?1), sum(failure), sum(lost) FROM record",
             SqliteStatement::Prepared::whenUsed) {}
 
 SecurityLog::SecurityLog() : SecurityLog(std::make_unique<SqliteDatabase>(kStore)) {}
@@ -141,9 +152,13 @@ void SecurityLog::fold() {
 void SecurityLog::readTally() {
   if (m_tallied) return;
   SqliteStatement& tally = m_statements->tally;
+  tally.bind(1, std::int64_t{kManagementSet});
   // An empty log has one row, of nulls: 0.
   m_tallied = tally.next();
-  if (m_tallied) m_tally = {tally.number(0), tally.number(1), tally.number(2), tally.number(3)};
+  if (m_tallied) {
+    m_tally = {
+        tally.number(0), {tally.number(1), tally.number(2), tally.number(3)}, tally.number(4)};
+  }
   tally.reset();
 }
 
@@ -181,7 +196,7 @@ bool SecurityLog::write(SecurityRecord record) {
   record.lost = m_unwritten;
   if (!append(record)) return false;
   m_repeats.spelledOut(std::move(attempt), record.number, now);
-  dropOldest(record.failure);
+  dropOldest(kindOf(record));
   return true;
 }
 
@@ -190,6 +205,9 @@ bool SecurityLog::countIn(std::int64_t number, const SecurityRecord& record) {
   count.bind(1, static_cast<std::int64_t>(record.failure));
   count.bind(2, number);
   count.bind(3, static_cast<std::int64_t>(record.time));
+  count.bind(4, record.text);
+  count.bind(5, record.subject);
+  count.bind(6, record.origin);
   return count.run();
 }
 
@@ -209,18 +227,19 @@ bool SecurityLog::append(const SecurityRecord& record) {
   m_unwritten = 0;
   m_tally.last = record.number;
   m_tally.lost += record.lost;
-  ++(record.failure ? m_tally.refused : m_tally.accepted);
+  ++m_tally.kept[static_cast<std::size_t>(kindOf(record))];
   return true;
 }
 
 // A failure leaves one too many, and the next record tries again.
-void SecurityLog::dropOldest(bool failure) {
-  std::int64_t& kept = failure ? m_tally.refused : m_tally.accepted;
-  const std::int64_t excess = kept - (failure ? kRefused : kAccepted);
+void SecurityLog::dropOldest(Kind kind) {
+  std::int64_t& kept = m_tally.kept[static_cast<std::size_t>(kind)];
+  const std::int64_t excess = kept - kMost[static_cast<std::size_t>(kind)];
   if (excess <= 0) return;
   SqliteStatement& drop = m_statements->drop;
-  drop.bind(1, static_cast<std::int64_t>(failure));
-  drop.bind(2, excess);
+  drop.bind(1, std::int64_t{kind == Kind::refused});
+  drop.bind(2, std::int64_t{kind == Kind::set});
+  drop.bind(3, excess);
   while (drop.next()) {
     --kept;
     m_repeats.forget(drop.number(0));
@@ -230,23 +249,29 @@ void SecurityLog::dropOldest(bool failure) {
   drop.reset();
 }
 
+void SecurityLog::failReading() const {
+  m_database->logFailure("reading");
+  throw Error(m_database->failure("reading"));
+}
+
 std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {
   const std::lock_guard lock(m_mutex);
   std::vector<SecurityRecord> records;
-  const auto bound = std::min(most, static_cast<std::size_t>(kAccepted + kRefused));
+  const auto bound = std::min(most, std::size_t{kSets + kHostActs + kRefused});
   SqliteStatement& list = m_statements->list;
   list.bind(1, after);
   list.bind(2, static_cast<std::int64_t>(bound));
   while (list.next()) records.push_back(recordOf(list));
-  if (list.failed()) m_database->logFailure("reading");
   list.reset();
+  if (list.failed()) failReading();
   return records;
 }
 
 SecurityLog::Kept SecurityLog::kept() {
   const std::lock_guard lock(m_mutex);
   readTally();
-  const std::int64_t records = m_tally.accepted + m_tally.refused;
+  if (!m_tallied) failReading();
+  const std::int64_t records = m_tally.kept[0] + m_tally.kept[1] + m_tally.kept[2];
   return {m_tally.last, records, m_tally.last - records - m_tally.lost, m_unwritten};
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -23,7 +24,7 @@ class SqliteStatement;
 struct SecurityRecord {
   std::int64_t number = 0;  // from 1, rising; one that is missing was not written, or has gone
   std::int64_t lost = 0;    // how many right before it could not be written
-  std::int64_t count = 1;   // of attempts: repeats of one source are counted in one record
+  std::int64_t count = 1;   // of attempts: repeats of one user are counted in one record
   std::time_t time = 0;     // of the first; seconds since 1970-01-01 UTC
   std::time_t lastTime = 0;
   int facility = 0;
@@ -31,22 +32,24 @@ struct SecurityRecord {
   int eventClass = 0;
   int eventCode = 0;
   bool failure = false;
-  std::string text;  // of the first
+  std::string text;  // this and what follows: of the last
   std::string subject;
   std::string origin;  // who: "uid 1000, pid 4711"; empty: the device itself
 };
 
-// The device's security log, in the file security.db of the state folder: the newest kAccepted
-// records of what was done and the newest kRefused of what was refused, with texts clipped at
-// kLongestText. A record without an origin gets that of the calling thread (originHere). A record
-// is not synced on its own: it survives the end of the process, not always a loss of power. Owner:
-// the device. Thread: any. Failure: a record that could not be written is logged and lost, and the
-// next one tells so; a damaged file is set aside as security.db.damaged-N.
+// The device's security log, in the file security.db of the state folder: of each Kind the newest
+// records, with texts clipped at kLongestText. A record without an origin gets that of the calling
+// thread (originHere). A record is not synced on its own: it survives the end of the process, not
+// always a loss of power. Owner: the device. Thread: any. Failure: a record that could not be
+// written is logged and lost, and the next one tells so; a damaged file is set aside as
+// security.db.damaged-N.
 class SecurityLog : public Executable, public SecurityLogServiceIfc {
  public:
   static constexpr const char* kFileName = "security.db";
   static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is brought up when opened
-  static constexpr std::int64_t kAccepted = 7'500;
+  // Kept of each Kind: what costs its source no sync never takes the place of a set.
+  static constexpr std::int64_t kSets = 5'000;
+  static constexpr std::int64_t kHostActs = 2'500;
   static constexpr std::int64_t kRefused = 2'500;
   static constexpr std::size_t kLongestText = 4096;  // bytes
 
@@ -75,8 +78,8 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   // A record of the host's own, now.
   void note(Event event, bool failure, const std::string& text);
 
-  // The oldest `most` of the records kept after the one of this number, oldest first. Empty on
-  // failure, which is logged.
+  // The oldest `most` of the records kept after the one of this number, oldest first. Throws
+  // host::Error, which is logged too, when they cannot be read.
   [[nodiscard]] std::vector<SecurityRecord> list(std::int64_t after, std::size_t most);
 
   struct Kept {
@@ -85,14 +88,16 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
     std::int64_t dropped = 0;    // gone, as there are newer ones of their kind
     std::int64_t unwritten = 0;  // since the newest
   };
-  [[nodiscard]] Kept kept();
+  [[nodiscard]] Kept kept();  // throws as list does
 
  private:
+  // Accepted management sets, what else was accepted, and all that was refused.
+  enum class Kind { set, hostAct, refused };
+
   // What the file holds; read once.
   struct Tally {
     std::int64_t last = 0;
-    std::int64_t accepted = 0;
-    std::int64_t refused = 0;
+    std::array<std::int64_t, 3> kept{};  // by Kind
     std::int64_t lost = 0;
   };
   struct Statements;
@@ -104,7 +109,10 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   bool write(SecurityRecord record);
   bool countIn(std::int64_t number, const SecurityRecord& record);
   bool append(const SecurityRecord& record);
-  void dropOldest(bool failure);
+  void dropOldest(Kind kind);
+  [[noreturn]] void failReading() const;
+  static Kind kindOf(const SecurityRecord& record);
+  static Repeats::Attempt attemptOf(const SecurityRecord& record);
 
   std::mutex m_mutex;  // guards what follows
   std::unique_ptr<SqliteDatabase> m_database;

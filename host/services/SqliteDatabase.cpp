@@ -164,11 +164,14 @@ bool SqliteDatabase::moveLogIntoFile() const {
                                    nullptr) == SQLITE_OK;
 }
 
+std::string SqliteDatabase::failure(const char* what) const {
+  const std::string why = words();  // isInPlace asks SQLite, too
+  return "store \"" + m_name + "\": " + what +
+         " failed: " + (isInPlace() ? why : "its file was removed or replaced");
+}
+
 void SqliteDatabase::logFailure(const char* what) const {
-  const std::string said = words();
-  const char* const why = isInPlace() ? said.c_str() : "its file was removed or replaced";
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "store \"%s\": %s failed: %s", m_name.c_str(), what,
-            why);
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure(what).c_str());
 }
 
 // SQLite would go on writing into a file that has no name any more.

@@ -49,7 +49,8 @@ class SqliteDatabase {
   // False: the file was removed or replaced, or its folder was. What is written now is lost.
   [[nodiscard]] bool isInPlace() const;
 
-  // Writes one log line: what failed and why, in SQLite's and the system's own words.
+  // One line: what failed and why, in SQLite's and the system's own words.
+  [[nodiscard]] std::string failure(const char* what) const;
   void logFailure(const char* what) const;
 
  private:

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -119,10 +120,25 @@ TEST_F(RecordedTelephone, ListSaysWhatIsCountedAndWhatIsMissing) {
   EXPECT_FALSE(record.contains("lost"));
 }
 
+// More than the store keeps in memory, and then its file is cut off.
+TEST_F(RecordedTelephone, ListThatCannotBeReadIsRefused) {
+  const std::string longest(SecurityLog::kLongestText, 'x');
+  for (int i = 0; i < 1000; ++i) {
+    log().record(1, 4, 1, 5, 3, false, std::to_string(i), longest, longest);
+  }
+  const auto file = telephone.device().options().state / SecurityLog::kFileName;
+  std::filesystem::resize_file(file, 8192);
+  const Json answer = telephone.request({{"verb", "security-log"}});
+  EXPECT_EQ(answer, (Json{{"ok", false},
+                          {"error", "store \"" + file.string() +
+                                        "\": reading failed: database disk image is malformed"}}));
+}
+
 TEST(SecurityLogDocument, TellsTheBounds) {
   std::ifstream file(SECURITY_LOG_DOCUMENT);
   const std::string document{std::istreambuf_iterator<char>(file), {}};
-  for (const std::string& bound : {"newest " + std::to_string(SecurityLog::kAccepted) + " accepted",
+  for (const std::string& bound : {std::to_string(SecurityLog::kSets) + " accepted management",
+                                   std::to_string(SecurityLog::kHostActs) + " other accepted",
                                    std::to_string(SecurityLog::kRefused) + " refused",
                                    std::to_string(SecurityLog::kLongestText) + " bytes",
                                    "first " + std::to_string(Repeats::kSpelledOut),

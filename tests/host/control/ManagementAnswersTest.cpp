@@ -141,8 +141,8 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogWithLongTextsClipped) {
 
 TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
   SecurityLog& log = telephone.device().securityLog();
-  for (std::int64_t i = 0; i <= SecurityLog::kAccepted; ++i) {
-    const std::string text = std::to_string(i) + std::string(i < 6500 ? 4080 : 1, 'x');
+  for (std::int64_t i = 0; i <= SecurityLog::kSets; ++i) {
+    const std::string text = std::to_string(i) + std::string(i < 4000 ? 4080 : 1, 'x');
     log.record(1, 4, 1, 5, 3, false, text, "", "");
   }
   std::int64_t last = 1;  // the bound has taken it
@@ -153,14 +153,16 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
     ASSERT_LE(jsonText(answer).size(), kMaxPayload);
     ASSERT_FALSE(answer.at("records").empty());
     for (const Json& record : answer["records"]) ASSERT_EQ(record.at("number"), ++last);
-    EXPECT_EQ(answer.at("kept"), SecurityLog::kAccepted);
+    EXPECT_EQ(answer.at("kept"), SecurityLog::kSets);
     EXPECT_EQ(answer.at("dropped"), 1);
-    EXPECT_EQ(answer.at("note"),
-              "records kept: 7500; older ones gone: 1, as the newest 7500 accepted and 2500 "
-              "refused ones stay; a loss of power may take the latest records, the end of the "
-              "host does not");
+    EXPECT_EQ(
+        answer.at("note"),
+        "records kept: 5000; older ones gone: 1, as the newest 5000 accepted sets, 2500 other "
+        "accepted ones and 2500 refused ones stay; a loss of power may take the latest records, "
+        "the end of the "
+        "host does not");
   }
-  EXPECT_EQ(last, SecurityLog::kAccepted + 1);
+  EXPECT_EQ(last, SecurityLog::kSets + 1);
 }
 
 TEST_F(ManagedTelephone, AnswersForASecurityLogWithoutRecords) {

@@ -11,8 +11,8 @@ using std::chrono::seconds;
 class Tried : public ::testing::Test {
  protected:
   // The number of the record that it is counted in, or of its own.
-  std::int64_t attempt(const std::string& origin, bool failure, const std::string& content) {
-    const Repeats::Attempt attempt{origin, failure, 3, failure, content};
+  std::int64_t attempt(const std::string& user, bool failure, const std::string& content) {
+    const Repeats::Attempt attempt{user, failure, 3, failure, content};
     if (const auto earlier = repeats.earlier(attempt, now)) return earlier;
     repeats.spelledOut(attempt, ++newest, now);
     return newest;

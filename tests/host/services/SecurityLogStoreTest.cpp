@@ -5,6 +5,7 @@
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
 #include "runtime/Error.h"
+#include "support/ErrorOf.h"
 
 namespace host {
 namespace {
@@ -54,6 +55,40 @@ TEST_F(SecurityLogFile, RecordIntoARemovedFolderIsLostAndTold) {
   record(security, "b");
   EXPECT_EQ(security.kept().unwritten, 1);
   EXPECT_TRUE(log.hasPart("writing failed: its file was removed or replaced")) << log.text();
+}
+
+// More than the store keeps in memory.
+constexpr std::size_t kMany = 500;
+
+void fill(SecurityLog& security) {
+  const std::string longest(SecurityLog::kLongestText, 'x');
+  for (std::size_t i = 0; i < kMany; ++i) {
+    security.record(1, 4, 1, 5, 3, false, std::to_string(i), longest, longest);
+  }
+}
+
+TEST_F(SecurityLogFile, ThatCannotBeReadIsNoEmptyOne) {
+  SecurityLog security(folder.path());
+  fill(security);
+  const std::string reason =
+      "store \"" + file().string() + "\": reading failed: database disk image is malformed";
+  for (int i = 0; i < 2; ++i) {
+    const StumblingReads fault(1);
+    EXPECT_EQ(errorOf([&] { static_cast<void>(security.list(0, SIZE_MAX)); }), reason);
+  }
+  EXPECT_TRUE(log.has(reason)) << log.text();
+  EXPECT_EQ(security.list(0, SIZE_MAX).size(), kMany);
+}
+
+TEST_F(SecurityLogFile, ThatCannotBeCountedIsNoEmptyOne) {
+  {
+    SecurityLog security(folder.path());
+    fill(security);
+  }
+  SecurityLog security(folder.path());
+  const StumblingReads fault(1);
+  EXPECT_NE(errorOf([&] { static_cast<void>(security.kept()); }), "");
+  EXPECT_EQ(security.kept().records, kMany);
 }
 
 // As the host before this one wrote it, after the first six records had gone.

@@ -49,23 +49,30 @@ TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
 
 TEST_F(SecurityLogFile, OldestRecordsOfEachKindGo) {
   SecurityLog security;
-  const auto refuse = [&](int i) {
-    security.record(1, 4, 1, 5, 3, true, "refused", "", "source " + std::to_string(i));
-  };
-  for (int i = 0; i < SecurityLog::kAccepted; ++i) record(security, std::to_string(i));
-  for (int i = 0; i < SecurityLog::kRefused; ++i) refuse(i);
-  constexpr auto kAll = SecurityLog::kAccepted + SecurityLog::kRefused;
+  int sources = 0;
+  const auto source = [&] { return "source " + std::to_string(++sources); };
+  const auto refuse = [&] { security.record(1, 4, 1, 5, 3, true, "refused", "", source()); };
+  const auto act = [&] { security.record(1, 4, 1, 5, 4, false, "act", "", source()); };
+  for (int i = 0; i < SecurityLog::kSets; ++i) record(security, std::to_string(i));
+  for (int i = 0; i < SecurityLog::kHostActs; ++i) act();
+  for (int i = 0; i < SecurityLog::kRefused; ++i) refuse();
+  constexpr auto kAll = SecurityLog::kSets + SecurityLog::kHostActs + SecurityLog::kRefused;
   EXPECT_EQ(security.kept().records, kAll);
   EXPECT_EQ(security.kept().dropped, 0);
   record(security, "one more");
-  for (int i = 0; i < 3; ++i) refuse(-1 - i);
+  for (int i = 0; i < 2; ++i) act();
+  for (int i = 0; i < 3; ++i) refuse();
   EXPECT_EQ(security.kept().records, kAll);
-  EXPECT_EQ(security.kept().dropped, 4);
+  EXPECT_EQ(security.kept().dropped, 6);
   const auto records = security.list(0, SIZE_MAX);
   ASSERT_EQ(records.size(), static_cast<std::size_t>(kAll));
-  EXPECT_EQ(records.front().number, 2);
-  EXPECT_EQ(records[SecurityLog::kAccepted - 1].number, SecurityLog::kAccepted + 4);
-  EXPECT_EQ(records.back().number, kAll + 4);
+  const auto number = [&](std::int64_t row) {
+    return records[static_cast<std::size_t>(row)].number;
+  };
+  EXPECT_EQ(number(0), 2) << "the oldest set has gone";
+  EXPECT_EQ(number(SecurityLog::kSets - 1), SecurityLog::kSets + 3) << "two acts have gone";
+  EXPECT_EQ(number(kAll - 6), kAll + 1) << "three refusals have gone";
+  EXPECT_EQ(number(kAll - 1), kAll + 6);
 }
 
 // Ten thousand of them, each another one: the log was empty of all else in 0.3 s.
@@ -81,10 +88,31 @@ TEST_F(SecurityLogFile, RefusedSetsOfOneSourceTakeNoOtherRecordsPlace) {
   EXPECT_EQ(records.front().text, "before");
   EXPECT_EQ(records.back().text, "after");
   EXPECT_EQ(records[19].count, 1);
-  EXPECT_EQ(records[20].text, "19");
+  EXPECT_EQ(records[20].text, "9999");
   EXPECT_EQ(records[20].count, 9981);
   EXPECT_EQ(records[20].time, 19);
   EXPECT_EQ(records[20].lastTime, 9999);
+}
+
+// As a shell loop makes them.
+TEST_F(SecurityLogFile, ProcessesOfOneUserAreOneSource) {
+  SecurityLog security;
+  const auto pid = [](int i) { return "uid 1000, pid " + std::to_string(i); };
+  for (int i = 1; i <= 1000; ++i) {
+    security.record(i, 4, 1, 5, 3, false, "same", "", pid(i));
+    security.record(i, 4, 1, 5, 3, true, std::to_string(i), "of " + std::to_string(i), pid(i));
+  }
+  security.record(1, 4, 1, 5, 3, false, "same", "", "uid 1001, pid 1");
+  const auto records = security.list(0, SIZE_MAX);
+  ASSERT_EQ(records.size(), 22U);
+  EXPECT_EQ(records[0].count, 1000);
+  EXPECT_EQ(records[0].time, 1);
+  EXPECT_EQ(records[0].origin, pid(1000)) << "of the last";
+  EXPECT_EQ(records[20].count, 981);
+  EXPECT_EQ(records[20].text, "1000");
+  EXPECT_EQ(records[20].subject, "of 1000");
+  EXPECT_EQ(records[20].origin, pid(1000));
+  EXPECT_EQ(records[21].origin, "uid 1001, pid 1");
 }
 
 TEST_F(SecurityLogFile, ClockMovesOfOneSourceTakeNoOtherRecordsPlace) {
