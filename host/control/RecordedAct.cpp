@@ -1,15 +1,29 @@
 #include "control/RecordedAct.h"
 
+#include <exception>
 #include <nlohmann/json.hpp>
 #include <utility>
+
+#include "platform/Origin.h"
 
 namespace host {
 
 RecordedAct::RecordedAct(SecurityLog& log, SecurityLog::Event event, std::string text)
-    : m_log(log), m_event(event), m_text(std::move(text)) {}
+    : m_log(log), m_event(event), m_origin(originHere()), m_text(std::move(text)) {}
+
+void RecordedAct::begun(std::function<std::string()> howFar) {
+  m_howFar = std::move(howFar);
+  m_state = State::begun;
+}
 
 RecordedAct::~RecordedAct() {
-  m_log.note(m_event, !m_done, m_text);
+  try {
+    if (m_state == State::begun) m_text += m_howFar();
+  } catch (const std::exception&) {
+    // No memory for the words: the text has to do without.
+  }
+  const OriginScope origin(m_origin);
+  m_log.note(m_event, m_state == State::refused, m_text);
 }
 
 std::string memberWords(const Json& request, std::initializer_list<const char*> members) {

@@ -2,15 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <optional>
 
+#include "Executable.h"
 #include "Method.h"
+#include "clock/VirtualClock.h"
 #include "control/Controller.h"
 #include "control/ScenarioDevice.h"
+#include "control/TimeText.h"
 #include "host/control/NotingChannel.h"
+#include "platform/Origin.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "services/ManagementThread.h"
@@ -94,6 +100,102 @@ TEST_F(RecordedTelephone, RecordsRemoteSetsAndWhetherTheyWereTaken) {
                               "refused 6 Remote call setTime(23, ?, ?)",
                               "accepted 6 Remote call setTimeInt(1893456000)",
                               "refused 6 Remote call setTimeInt(?)"}));
+}
+
+// As RemoteServer and the loop do it.
+class MovedTelephone : public RecordedTelephone {
+ protected:
+  std::shared_ptr<KnownChannel> begin(const char* request) {
+    const auto channel = std::make_shared<KnownChannel>();
+    const OriginScope origin(channel->origin());
+    controller->handle({request, channel});
+    return channel;
+  }
+  void runToTheEnd() {
+    while (!tasks.empty()) {
+      const auto task = std::move(tasks.front());
+      tasks.pop_front();
+      task();
+    }
+  }
+  std::string now() {
+    return instantText(
+        std::chrono::duration_cast<std::chrono::seconds>(telephone.device().clock().wall()));
+  }
+
+  // A slice of the loop is far too short for it.
+  static constexpr const char* kCentury =
+      R"({"verb":"clock","action":"advance","seconds":3155760000})";
+
+  std::deque<std::function<void()>> tasks;
+  HostFacts facts() {
+    HostFacts known;
+    known.later = [this](auto task) { tasks.push_back(std::move(task)); };
+    return known;
+  }
+  std::optional<Controller> controller{std::in_place, telephone.device(), facts()};
+};
+
+TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatItsClientLeft) {
+  telephone.device().clock().setSpeed(0);
+  const auto channel = begin(kCentury);
+  const auto waiting = begin(R"({"verb":"clock","action":"advance","seconds":60})");
+  EXPECT_EQ(records(), Lines{});
+  channel->isWanted = waiting->isWanted = false;
+  runToTheEnd();
+  EXPECT_NE(now(), "2016-06-16T00:00:00Z");
+  EXPECT_EQ(
+      records(),
+      (Lines{"accepted 4 Clock advance 3155760000, from 2016-06-16T00:00:00Z, stopped at " + now(),
+             "refused 4 Clock advance 60, from " + now()}));
+}
+
+// Expires an hour from now.
+class InAnHour : public Executable {
+ public:
+  InAnHour(VirtualClock& clock, std::function<void()> task) : m_task(std::move(task)) {
+    clock.startTimer(clock.createTimer(*this, std::chrono::hours(1)));
+  }
+  void init(Context&) override {}
+  void shutdown() override {}
+  void timerEvent(int) override { m_task(); }
+
+ private:
+  const std::function<void()> m_task;
+};
+
+// A time that is set meanwhile makes it miss its place.
+TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatWasRefusedAtItsEnd) {
+  InAnHour setter(telephone.device().clock(), [this] {
+    call("setTime", {{"setTimeHours", 7}, {"setTimeMinutes", 0}, {"setTimeSeconds", 0}});
+  });
+  const auto channel = begin(R"({"verb":"clock","action":"to","landmark":"midnight"})");
+  runToTheEnd();
+  ASSERT_EQ(channel->replies.size(), 1U);
+  EXPECT_NE(channel->replies[0].find("the clock has moved, but"), std::string::npos)
+      << channel->replies[0];
+  EXPECT_EQ(records().back(),
+            "accepted 4 Clock to midnight, from 2016-06-16T00:00:00Z, stopped at " + now());
+}
+
+TEST_F(MovedTelephone, RecordsTheStandstillOfAMoveThatWasRefusedAtItsBeginning) {
+  begin(R"({"verb":"clock","action":"jump","seconds":2240524800})");
+  telephone.device().clock().setSpeed(1);
+  begin(R"({"verb":"clock","action":"to","landmark":"2038"})");
+  const std::string text = records().back();
+  EXPECT_EQ(text.find("accepted 4 Clock to 2038, from 2040-12-31T"), 0U) << text;
+  EXPECT_NE(text.find(", stopped at " + now()), std::string::npos) << text;
+  begin(R"({"verb":"clock","action":"to","landmark":"2038"})");
+  EXPECT_EQ(records().back(), "refused 4 Clock to 2038, from " + now()) << "it stood already";
+}
+
+TEST_F(MovedTelephone, RecordsWhoseMoveTheEndOfTheHostStopped) {
+  begin(kCentury);
+  controller.reset();
+  const auto records = log().list(0, 10);
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_FALSE(records[0].failure);
+  EXPECT_EQ(records[0].origin, "uid 1000, pid 4711");
 }
 
 // The service's own record says nobody; the host knows who it was.
