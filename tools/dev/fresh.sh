@@ -21,7 +21,7 @@ make_root() {
   release=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
   as_root apt-get update -q >"$folder/apt.log" 2>&1 || { cat "$folder/apt.log" >&2 && return 1; }
   sources=$(debian_sources)
-  mirror=$(awk -v release="$release" '$3 == release { print $2; exit }' <<<"$sources")
+  mirror=$(awk -v release="$release" '$1 == release { print $2; exit }' <<<"$sources")
   if [ -z "$mirror" ]; then
     echo "dev: apt knows no Debian source for \"$release\"; fresh needs a Debian machine" >&2
     return 1
@@ -44,7 +44,7 @@ clone_tree() {
 inside() {
   local variable settings=(PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
     HOME=/root LANG=C.UTF-8)
-  for variable in CI http_proxy https_proxy no_proxy; do
+  for variable in CI http_proxy https_proxy no_proxy HTTP_PROXY HTTPS_PROXY NO_PROXY; do
     [ -z "${!variable:-}" ] || settings+=("$variable=${!variable}")
   done
   as_root unshare --mount --pid --fork --kill-child --root="$root" --wd="/$place" --mount-proc \

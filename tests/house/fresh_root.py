@@ -1,0 +1,59 @@
+"""What ./dev fresh takes from the machine for its bare root: fresh_root.py TREE"""
+
+import os
+import pathlib
+import platform
+import shutil
+import subprocess
+import sys
+import tempfile
+
+# The programs that make the root, each in the least that the verb needs of it.
+PROGRAMS = {
+    "apt-get": '[ "$1" != indextargets ] || cat "$0.sources"',
+    "chown": "",
+    "debootstrap": 'mkdir -p "$3/etc/apt" "$3/srv"; echo "$*" >"$0.words"',
+    "dpkg-query": 'printf "installed %s\\n" "$@"',
+    "git": 'mkdir -p "$4"',
+    "sudo": '"$@"',
+    "unshare": 'printf "%s\\n" "$@" >"$0.words"',
+}
+PROXIES = ("http_proxy", "https_proxy", "no_proxy", "HTTP_PROXY", "HTTPS_PROXY", "NO_PROXY")
+
+
+def run_fresh(tree, folder, sources):
+    """Runs a copy of the verb; gives the words of debootstrap and of unshare."""
+    shutil.copytree(tree / "tools", folder / "tree/tools")
+    programs = folder / "bin"
+    programs.mkdir()
+    for name, text in PROGRAMS.items():
+        program = programs / name
+        program.write_text(f"#!/bin/sh\n{text}\n")
+        program.chmod(0o755)
+    (programs / "apt-get.sources").write_text(sources)
+    environment = {"PATH": f"{programs}:{os.environ['PATH']}", "CLOCK_TREE": str(folder / "tree")}
+    environment.update({name: f"of {name}" for name in PROXIES})
+    subprocess.run(["bash", folder / "tree/tools/dev/fresh.sh"], env=environment, check=True,
+                   stdin=subprocess.DEVNULL, capture_output=True, text=True)
+    return [(programs / f"{name}.words").read_text() for name in ("debootstrap", "unshare")]
+
+
+def main(tree):
+    codename = platform.freedesktop_os_release().get("VERSION_CODENAME", "none")
+    sources = ("Debian|other http://other.example/ stable main\n"
+               f"Debian|{codename} http://mirror.example/debian/ stable main\n")
+    with tempfile.TemporaryDirectory() as folder:
+        try:
+            debootstrap, unshare = run_fresh(tree, pathlib.Path(folder), sources)
+        except subprocess.CalledProcessError as error:
+            sys.exit(f"sources that name the release by its suite: {error.stderr}")
+    _, release, _, mirror = debootstrap.split()
+    if (release, mirror) != (codename, "http://mirror.example/debian/"):
+        sys.exit(f"debootstrap {debootstrap}")
+    missing = [name for name in PROXIES if f"{name}=of {name}\n" not in unshare]
+    if missing:
+        sys.exit(f"not handed on: {', '.join(missing)}")
+
+
+if __name__ == "__main__":
+    main(pathlib.Path(sys.argv[1]))
