@@ -8,6 +8,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+// A host that turns a client away answers it before any request.
+constexpr std::uint32_t kOfNoRequest = 0;
+
 MessageCodec& knownCodec(CodecTable& table, const std::string& name) {
   if (MessageCodec* const codec = table.find(name)) return *codec;
   throw Error("unknown codec " + name);
@@ -26,7 +29,7 @@ RemoteClient::RemoteClient(const std::filesystem::path& socket)
 
 RemoteClient::RemoteClient(const std::filesystem::path& socket, const std::string& codec)
     : m_codec(&knownCodec(m_codecs, codec)), m_socket(socket) {
-  if (codec != kDefaultCodec) m_socket.send({FrameKind::hello, 0, codec});
+  if (codec != kDefaultCodec) send({FrameKind::hello, 0, codec});
 }
 
 std::optional<Method> RemoteClient::call(Method& method, Limit limit) {
@@ -99,8 +102,17 @@ std::optional<ControlAnswer> RemoteClient::nextAnswer(std::uint32_t id, Limit li
 
 std::uint32_t RemoteClient::send(FrameKind kind, std::string_view payload) {
   if (payload.size() > kMaxPayload) throw Error("a request of more than 1 MiB");
-  m_socket.send({kind, ++m_lastId, payload});
+  send({kind, ++m_lastId, payload});
   return m_lastId;
+}
+
+// A host that has hung up may have said why before.
+void RemoteClient::send(const Frame& frame) try { m_socket.send(frame); } catch (const HostGone&) {
+  try {
+    while (receive(Clock::now())) continue;
+  } catch (const HostGone&) {
+  }
+  throw;
 }
 
 std::uint32_t RemoteClient::sendMethod(Method& method) {
@@ -126,7 +138,9 @@ void RemoteClient::sort(const Frame& frame) {
       return;
     case FrameKind::controlReply:
     case FrameKind::controlItem:
-      if (m_lastCall != 0 && frame.id == m_lastCall) throw CallRefused(errorOf(frame.payload));
+      if (frame.id == kOfNoRequest || frame.id == m_lastCall) {
+        throw Refused(errorOf(frame.payload));
+      }
       if (const auto found = m_answers.find(frame.id); found != m_answers.end()) {
         const bool last = frame.kind == FrameKind::controlReply;
         found->second.push_back({last, std::string(frame.payload)});

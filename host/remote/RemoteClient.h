@@ -20,15 +20,16 @@ struct ControlAnswer {
   std::string json;  // as it came
 };
 
-// The host refused a call, in its own words: it does not take calls at this socket.
-struct CallRefused : Error {
+// The host refused a call or this client, in its own words: it takes no calls at this socket, or it
+// has too many clients.
+struct Refused : Error {
   using Error::Error;
 };
 
 // A client of a running host, at its call socket or at its control socket. Owner: its creator.
 // Thread: one at a time; waits block it, up to their limit. Failure: NoHost from the constructor
 // when nobody listens; HostGone from any operation when the host has hung up or sent what is no
-// frame; CallRefused from what waits after a call; an empty optional when the limit has passed.
+// frame; Refused from any operation; an empty optional when the limit has passed.
 class RemoteClient {
  public:
   using Limit = std::chrono::milliseconds;
@@ -64,6 +65,7 @@ class RemoteClient {
   using Deadline = FrameSocket::Deadline;
 
   std::uint32_t send(FrameKind kind, std::string_view payload);
+  void send(const Frame& frame);
   std::uint32_t sendMethod(Method& method);
   [[nodiscard]] bool receive(Deadline deadline);
   void sort(const Frame& frame);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
+#include <functional>
 #include <sstream>
 
 #include "host/remote/MethodText.h"
@@ -30,6 +31,15 @@ class ClientOfATest : public testing::Test {
   void sayBytes(const std::string& bytes) {
     EXPECT_EQ(::send(m_host.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(bytes.size()));
+  }
+  // What the host said; "" when it is not a refusal.
+  static std::string refusalOf(const std::function<void()>& operation) try {
+    operation();
+    return "";
+  } catch (const Refused& refused) {
+    return refused.what();
+  } catch (const HostGone&) {
+    return "";
   }
   static std::string encoded(const char* name) {
     Method method(name, Method::reply);
@@ -112,6 +122,22 @@ TEST_F(ClientOfATest, TellsThatTheHostHungUp) {
   EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
   Method method("getTime", Method::call);
   EXPECT_THROW(m_client.post(method), HostGone);
+}
+
+constexpr const char* kTurnedAway = R"({"ok":false,"error":"64 clients are enough"})";
+
+TEST_F(ClientOfATest, TellsWhyTheHostTurnedItAway) {
+  say({FrameKind::controlReply, 0, kTurnedAway});
+  EXPECT_EQ(refusalOf([this] { static_cast<void>(m_client.control("{}", kDeadline)); }),
+            "64 clients are enough");
+}
+
+TEST_F(ClientOfATest, TellsWhyTheHostTurnedItAwayBeforeItCouldAsk) {
+  say({FrameKind::controlReply, 0, kTurnedAway});
+  m_host.reset();
+  Method method("getTime", Method::call);
+  EXPECT_EQ(refusalOf([&] { static_cast<void>(m_client.call(method, kDeadline)); }),
+            "64 clients are enough");
 }
 
 TEST_F(ClientOfATest, TellsThatWhatAnswersIsNoHost) {
