@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +15,13 @@
 #include "support/ZoneGuard.h"
 
 namespace plugin {
+
+// For tests that let time pass.
+using std::chrono::hours;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+using std::chrono::seconds;
 
 // The timers of a service in order of creation; the last two are replaced with each use.
 enum Timer : int { kFallback = 1, kTimeChanged, kDateChanged, kZoneRefresh, kHour, kMidnight };

@@ -11,11 +11,6 @@
 namespace {
 
 using namespace plugin;
-using std::chrono::hours;
-using std::chrono::microseconds;
-using std::chrono::milliseconds;
-using std::chrono::minutes;
-using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
