@@ -20,7 +20,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kCallLimit = std::chrono::seconds(2);
-constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 2 s for a resolver
+constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 1 s for a name server
 constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
 constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
 

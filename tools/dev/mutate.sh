@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...: which bugs the tests miss (plug-in)
+# mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...: which bugs the tests miss, in the plug-in or in what is named
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
