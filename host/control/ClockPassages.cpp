@@ -1,10 +1,13 @@
 #include "control/ClockPassages.h"
 
 #include <exception>
+#include <new>
 #include <utility>
 
+#include "Logging.h"
 #include "clock/VirtualClock.h"
 #include "control/HostActions.h"
+#include "platform/MemoryReserve.h"
 #include "platform/Origin.h"
 #include "remote/ControlChannel.h"
 
@@ -22,14 +25,29 @@ void ClockPassages::add(ClockMove move, const Channel& channel) {
 }
 
 // One slice of the first, and a place behind the others for the next slice.
-void ClockPassages::pass() {
+void ClockPassages::pass() try {
   const Channel channel = m_waiting.front().channel;  // the origin is its own
   const OriginScope origin(channel->origin());
+  if (!MemoryReserve::refill()) throw std::bad_alloc();
   if (isOver(m_waiting.front())) m_waiting.pop_front();
   if (m_waiting.empty()) return;
   m_later([this, alive = std::weak_ptr(m_alive)] {
     if (!alive.expired()) pass();
   });
+} catch (const std::exception& error) {
+  giveUp(error.what());
+}
+
+// Without a next slice they would wait for ever. An answer would take memory; a channel that goes
+// without one needs none to refuse its request.
+void ClockPassages::giveUp(const char* why) {
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu moves of the clock are given up: %s",
+            m_waiting.size(), why);
+  while (!m_waiting.empty()) {
+    const Channel channel = m_waiting.front().channel;
+    const OriginScope origin(channel->origin());
+    m_waiting.pop_front();
+  }
 }
 
 bool ClockPassages::isOver(Passage& passage) {
@@ -39,6 +57,8 @@ bool ClockPassages::isOver(Passage& passage) {
     const auto end = SteadyClock::now() + kSlice;
     if (!m_clock.advanceTo(*passage.target, [&] { return goesOnNow(end); })) return false;
     m_arrived(passage.channel, passage.move.arrive());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& error) {
     answerRefusal(passage.channel, error.what());
   }

@@ -16,6 +16,7 @@ class VirtualClock;
 // The moves of a clock that clients have asked for: one after another, each in slices of the loop
 // with turns of everybody else in between. A move whose client is gone stops where it is.
 // Owner: the controller. Thread: the framework's. Failure: what a move throws is its refusal.
+// When memory runs out, the moves are given up with a log line, each where it is.
 class ClockPassages {
  public:
   using Channel = std::shared_ptr<ControlChannel>;
@@ -40,6 +41,7 @@ class ClockPassages {
   };
 
   void pass();
+  void giveUp(const char* why);
   [[nodiscard]] bool isOver(Passage& passage);
   [[nodiscard]] bool goesOnNow(std::chrono::steady_clock::time_point end) const;
 

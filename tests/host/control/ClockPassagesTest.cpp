@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 #include "Executable.h"
 #include "clock/VirtualClock.h"
 #include "host/control/NotingChannel.h"
@@ -56,7 +58,12 @@ class PassagesOnALoop : public ::testing::Test {
   VirtualClock clock;
   EverySecond owner{clock};
   std::deque<std::function<void()>> tasks;
-  ClockPassages passages{clock, [this](auto task) { tasks.push_back(std::move(task)); },
+  bool loopIsFull = false;
+  ClockPassages passages{clock,
+                         [this](auto task) {
+                           if (loopIsFull) throw std::bad_alloc();
+                           tasks.push_back(std::move(task));
+                         },
                          [](const auto& channel, const auto& note) { channel->reply(note); }};
 };
 
@@ -109,6 +116,26 @@ TEST_F(PassagesOnALoop, WhatAMoveThrowsIsItsRefusalAndTheNextOneGoesOn) {
   while (turn()) continue;
   EXPECT_EQ(second->replies, std::vector<std::string>{R"({"ok":false,"error":"no way"})"});
   EXPECT_EQ(third->replies, std::vector<std::string>{"there"});
+}
+
+TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopTakesNoTaskAndTheNextMoveIsMade) {
+  loopIsFull = true;
+  const auto first = ask(pass(kCentury));
+  EXPECT_EQ(first.use_count(), 1) << "its end refuses the request";
+  const auto second = ask(pass(0s));
+  EXPECT_EQ(second->replies, std::vector<std::string>{"there"});
+  loopIsFull = false;
+  const auto third = ask(pass(kCentury));
+  const auto fourth = ask(pass(0s));
+  loopIsFull = true;
+  EXPECT_TRUE(turn());
+  EXPECT_EQ(third.use_count() + fourth.use_count(), 2);
+}
+
+TEST_F(PassagesOnALoop, AMoveWithoutMemoryIsGivenUpWithoutAnAnswer) {
+  const auto channel = ask({[]() -> Nanoseconds { throw std::bad_alloc(); }, {}});
+  EXPECT_TRUE(channel->replies.empty());
+  EXPECT_EQ(channel.use_count(), 1);
 }
 
 TEST(ClockPassages, WithoutALoopAMoveRunsToItsEnd) {
