@@ -1,5 +1,6 @@
 #include "support/NoMemory.h"
 
+#include <cstdlib>
 #include <new>
 
 namespace support {
@@ -33,14 +34,33 @@ bool NoMemory::ranOut() {
 
 }  // namespace support
 
-// operator new(std::size_t), as the linker (--wrap) lets the program's objects call it. It works
-// under each sanitizer, which a replaced operator new would not.
+#ifdef NO_MEMORY_BY_THE_LINKER
+
+// operator new as the linker (--wrap) lets the objects of the program call it. The shared libraries
+// keep theirs.
 extern "C" {
 void* __real__Znwm(std::size_t size);  // NOLINT(*-reserved-identifier, *-identifier-naming)
-void* __wrap__Znwm(std::size_t size);  // NOLINT(*-reserved-identifier, *-identifier-naming)
 
 void* __wrap__Znwm(std::size_t size) {  // NOLINT(*-reserved-identifier, *-identifier-naming)
   if (!support::mayAllocate()) throw std::bad_alloc();
   return __real__Znwm(size);
 }
 }
+
+#else
+
+void* operator new(std::size_t size) {
+  void* const memory = support::mayAllocate() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+#endif

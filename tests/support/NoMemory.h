@@ -4,9 +4,9 @@
 
 namespace support {
 
-// While it lives, its thread gets no memory from the objects of the test program: operator new, as
-// they call it, throws std::bad_alloc. The libraries that the program shares keep theirs.
-// For programs that link test_no_memory. Thread: one.
+// While it lives, operator new throws std::bad_alloc on its thread. In builds with the thread
+// sanitizer, which has an operator new of its own, only the program's own objects call this one,
+// and not the C++ library. For programs that link test_no_memory. Thread: one.
 class NoMemory {
  public:
   // after: how many allocations still succeed.
