@@ -179,9 +179,17 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   } catch (const std::exception&) {
     // No memory for it: as good as not written.
   }
-  if (written) return;
-  if (m_unwritten == 0) m_database->logFailure("writing");
-  ++m_unwritten;
+  if (!written) countUnwritten();
+}
+
+// Throws nothing: a record is also written by what goes while an exception passes.
+void SecurityLog::countUnwritten() {
+  if (m_unwritten++ > 0) return;
+  try {
+    m_database->logFailure("writing");
+  } catch (const std::exception&) {
+    // No memory for the line: the next record that is written tells of the gap.
+  }
 }
 
 bool SecurityLog::write(SecurityRecord record) {

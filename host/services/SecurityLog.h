@@ -107,6 +107,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   void fold();
   void readTally();
   bool write(SecurityRecord record);
+  void countUnwritten();
   bool countIn(std::int64_t number, const SecurityRecord& record);
   bool append(const SecurityRecord& record);
   void dropOldest(Kind kind);

@@ -1,6 +1,7 @@
 // What the security log keeps, and how it counts.
 #include "host/services/SecurityLogFile.h"
 #include "platform/Origin.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -136,6 +137,20 @@ TEST_F(SecurityLogFile, CountsTheSameAgainOverAReopening) {
   ASSERT_EQ(records.size(), 2U) << "who it was before is not known any more";
   EXPECT_EQ(records[0].count, 3);
   EXPECT_EQ(records[1].number, 2);
+}
+
+// A record is also written where nothing may be thrown: when what it tells of is over.
+TEST_F(SecurityLogFile, RecordThatIsLostWithoutMemoryThrowsNothing) {
+  const std::string text = "a text that is too long for a short string";
+  std::size_t allocations = 0;
+  for (bool ranOut = true; ranOut; ++allocations) {
+    SecurityLog security(folder.path());
+    const FailingWrites full(ENOSPC);
+    const support::NoMemory none(allocations);
+    EXPECT_NO_THROW(security.note(SecurityLog::Event::clock, false, text));
+    ranOut = support::NoMemory::ranOut();
+  }
+  EXPECT_GT(allocations, 1U);
 }
 
 TEST_F(SecurityLogFile, RecordsAreOfWhoeverCausedThem) {
