@@ -101,7 +101,8 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
   app.add_option("--clock", words.clock, "A clock of its own, or (privileged) the machine's")
       ->type_name("virtual|system")
       ->check(CLI::IsMember({"virtual", "system"}));
-  app.add_option("--speed", words.speed, "Virtual seconds for each real one; 0 pauses, max")
+  app.add_option("--speed", words.speed,
+                 "Virtual seconds for each real one; 0 pauses, max is as fast as it goes")
       ->type_name("X")
       ->check(checkSpeed);
   app.add_option("--log-level", options.logLevel, "From 0, fatal only, to 6, everything")
