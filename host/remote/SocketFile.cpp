@@ -4,6 +4,7 @@
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -11,6 +12,7 @@
 #include <optional>
 #include <thread>
 
+#include "remote/GroupWay.h"
 #include "remote/SocketAddress.h"
 #include "runtime/Error.h"
 
@@ -19,6 +21,7 @@ namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kOwnerAndGroup = 0660;
+constexpr auto kSameOwner = static_cast<uid_t>(-1);
 
 Error failure(const std::filesystem::path& file, const char* what) {
   return Error("socket " + file.string() + ": " + what + ": " + std::strerror(errno));
@@ -60,10 +63,14 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
   return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
 }
 
-void makeFolder(const std::filesystem::path& folder) {
+// A group that is to use the socket may enter the folder, and neither list it nor write into it.
+void makeFolder(const std::filesystem::path& folder, std::optional<gid_t> group) {
+  using std::filesystem::perms;
   std::error_code error;
   if (!std::filesystem::create_directories(folder, error)) return;
-  std::filesystem::permissions(folder, std::filesystem::perms::owner_all, error);
+  std::filesystem::permissions(folder, perms::owner_all, error);
+  if (!group || ::chown(folder.c_str(), kSameOwner, *group) != 0) return;
+  std::filesystem::permissions(folder, perms::owner_all | perms::group_exec, error);
 }
 
 }  // namespace
@@ -71,12 +78,13 @@ void makeFolder(const std::filesystem::path& folder) {
 SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group)
     : m_file(std::move(file)) {
   const std::filesystem::path folder = folderOf(m_file);
-  makeFolder(folder);
+  makeFolder(folder, group);
   const Descriptor lock = lockFolder(folder, m_file);
   refuseIfTaken();
   bind();
   if (group) giveTo(*group);
   listen();
+  if (group) tellClosedWay(m_file, *group);
 }
 
 SocketFile::~SocketFile() {
@@ -117,7 +125,6 @@ void SocketFile::bind() {
 
 // Before anybody can connect.
 void SocketFile::giveTo(gid_t group) const {
-  constexpr auto kSameOwner = static_cast<uid_t>(-1);
   if (::lchown(m_file.c_str(), kSameOwner, group) != 0 ||
       ::chmod(m_file.c_str(), kOwnerAndGroup) != 0) {
     throw failure(m_file, "cannot give it to the group");

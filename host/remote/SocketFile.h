@@ -14,9 +14,9 @@ namespace host {
 // Failure: host::Error from the constructor, naming the file; a live host's socket is left alone.
 class SocketFile {
  public:
-  // Creates missing folders (0700) and replaces a socket that nobody listens at. Two hosts that
-  // start at once do not both get it: the folder is locked (flock) meanwhile, and the constructor
-  // waits for the lock for half a second at most.
+  // Creates missing folders (the last one 0700, or 0710 for the group) and replaces a socket that
+  // nobody listens at. Two hosts that start at once do not both get it: the folder is locked
+  // (flock) meanwhile, and the constructor waits for the lock for half a second at most.
   explicit SocketFile(std::filesystem::path file, std::optional<gid_t> group = {});
   ~SocketFile();
   SocketFile(const SocketFile&) = delete;

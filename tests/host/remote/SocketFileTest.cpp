@@ -16,6 +16,7 @@
 
 #include "remote/SocketAddress.h"
 #include "runtime/Error.h"
+#include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -57,10 +58,14 @@ TEST(SocketFile, IsTheOwnersAloneAndGoesWithItsObject) {
 }
 
 // A group of the user's own can be given; root may give any.
-TEST(SocketFile, IsAlsoTheGroupsThatIsNamed) {
+gid_t someGroup() {
   std::vector<gid_t> groups(static_cast<std::size_t>(::getgroups(0, nullptr)));
-  ASSERT_EQ(::getgroups(static_cast<int>(groups.size()), groups.data()), groups.size());
-  const gid_t group = ::geteuid() == 0 ? 12345 : groups.empty() ? ::getegid() : groups.back();
+  EXPECT_EQ(::getgroups(static_cast<int>(groups.size()), groups.data()), groups.size());
+  return ::geteuid() == 0 ? 12345 : groups.empty() ? ::getegid() : groups.back();
+}
+
+TEST(SocketFile, IsAlsoTheGroupsThatIsNamed) {
+  const gid_t group = someGroup();
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   const SocketFile socket(file, group);
@@ -76,6 +81,33 @@ TEST(SocketFile, CreatesItsFolderForTheOwnerAlone) {
   const auto inner = folder / "run";
   const SocketFile socket(inner / "socket");
   EXPECT_EQ(std::filesystem::status(inner).permissions(), std::filesystem::perms::owner_all);
+}
+
+TEST(SocketFile, CreatesItsFolderForItsGroupToEnter) {
+  const support::TemporaryFolder folder;
+  const auto inner = folder / "run";
+  const SocketFile socket(inner / "socket", someGroup());
+  struct stat found {};
+  ASSERT_EQ(::stat(inner.c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 07777U, 0710U);
+  EXPECT_EQ(found.st_gid, someGroup());
+}
+
+TEST(SocketFile, TellsOfAFolderThatItsGroupCannotEnter) {
+  const support::TemporaryFolder folder;
+  const gid_t group = someGroup();
+  const auto file = folder / "run" / "socket";
+  const std::string told = "socket " + file.string() + ": its group (" + std::to_string(group) +
+                           ") cannot enter the folder " + folder.path().string() +
+                           " (mode 0700); let it, or choose another place with --socket";
+  for (const auto mode : {0700, 0711}) {
+    const support::LogCapture log;
+    std::filesystem::permissions(folder.path(), std::filesystem::perms(mode));
+    const SocketFile socket(file, group);
+    EXPECT_EQ(log.has(told), mode == 0700) << log.text();
+    const SocketFile without(folder / "other");
+    EXPECT_LE(log.entries().size(), 1U) << log.text();
+  }
 }
 
 TEST(SocketFile, ReplacesAStaleOne) {
