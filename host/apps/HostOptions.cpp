@@ -5,6 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <ostream>
 
 #include "control/TimeText.h"
@@ -21,6 +23,10 @@ constexpr const char* kDescription =
 constexpr std::size_t kMacDigits = 12;
 constexpr std::size_t kLongestComplaint =
     300;  // bytes of the library's words, which echo the person's
+
+// Of the system's entry of a group, which names each member: a million members fit.
+constexpr std::size_t kRoomForGroup = std::size_t{16} * 1024;         // bytes, at first
+constexpr std::size_t kLongestGroup = std::size_t{16} * 1024 * 1024;  // bytes
 
 // What the words say, before it is understood.
 struct Words {
@@ -64,6 +70,10 @@ std::string checkPath(const std::string& text) {
   return text.empty() ? "a path is wanted, not an empty text" : "";
 }
 
+std::string checkGroup(const std::string& text) {
+  return text.empty() ? "a group is wanted, not an empty text" : "";
+}
+
 void addDeviceOptions(CLI::App& app, DeviceOptions& device, Words& words) {
   app.add_option("--state", device.state, "Folder of the saved settings")
       ->type_name("DIR")
@@ -87,7 +97,8 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
       ->type_name("FILE")
       ->check(checkPath);
   app.add_option("--socket-group", words.socketGroup, "A group that may call, beside the owner")
-      ->type_name("NAME");
+      ->type_name("NAME")
+      ->check(checkGroup);
   app.add_option("--control-socket", options.controlSocket,
                  "Where the owner's control requests come in; beside --socket, with \".control\" "
                  "behind")
@@ -119,13 +130,26 @@ void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
       ->check(checkPath);
 }
 
+// A name that is not found is no failure, whatever the system says then.
+bool isFailure(int error) {
+  constexpr std::array kFailures = {EINTR, EIO, EMFILE, ENFILE, ENOMEM, ERANGE};
+  return std::find(kFailures.begin(), kFailures.end(), error) != kFailures.end();
+}
+
 gid_t groupNamed(const std::string& name) {
-  std::array<char, 16384> strings;
   group entry{};
   group* found = nullptr;
-  getgrnam_r(name.c_str(), &entry, strings.data(), strings.size(), &found);
-  if (found != nullptr) return found->gr_gid;
-  throw UsageError("--socket-group: there is no group " + quotedText(name) + " here");
+  int error = ERANGE;
+  for (std::size_t room = kRoomForGroup; error == ERANGE && room <= kLongestGroup; room *= 2) {
+    std::vector<char> strings(room);
+    error = getgrnam_r(name.c_str(), &entry, strings.data(), strings.size(), &found);
+  }
+  if (found != nullptr) return entry.gr_gid;
+  const std::string why =
+      isFailure(error) ? std::string("cannot be looked up: ") + std::strerror(error) : "";
+  throw UsageError("--socket-group: " + (why.empty()
+                                             ? "there is no group " + quotedText(name) + " here"
+                                             : "the group " + quotedText(name) + ' ' + why));
 }
 
 void understandSockets(const Words& words, HostOptions& options) {

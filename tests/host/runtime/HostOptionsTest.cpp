@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <grp.h>
+
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <sstream>
 
 #include "control/UsageError.h"
@@ -12,6 +17,30 @@ namespace host {
 namespace {
 
 using Words = std::vector<std::string>;
+
+// While it lives, there is a group whose entry takes this many bytes.
+class CrowdedGroup {
+ public:
+  static constexpr const char* kName = "crowded";
+  static constexpr gid_t kId = 4711;
+
+  explicit CrowdedGroup(std::size_t size) { s_size = size; }
+  ~CrowdedGroup() { s_size = 0; }
+  CrowdedGroup(const CrowdedGroup&) = delete;
+  CrowdedGroup& operator=(const CrowdedGroup&) = delete;
+
+  static int lookUp(group* entry, std::size_t room, group** found) {
+    *found = nullptr;
+    if (s_size == 0) return 0;
+    if (room < s_size) return ERANGE;
+    entry->gr_gid = kId;
+    *found = entry;
+    return 0;
+  }
+
+ private:
+  static inline std::size_t s_size = 0;  // 0: there is none
+};
 
 const DefaultPaths kDefaults = {"/lib/plugin.so", "/state", "/run/socket", "/bin"};
 
@@ -59,6 +88,25 @@ TEST(HostOptions, APathIsNotEmpty) {
     EXPECT_NE(usageErrorOf({"--program", program}).find("is not DEVICEPATH=PATH"),
               std::string::npos);
   }
+}
+
+TEST(HostOptions, AGroupIsNotEmpty) {
+  EXPECT_EQ(usageErrorOf({"--socket-group", ""}),
+            "--socket-group: a group is wanted, not an empty text; see clockhost --help");
+}
+
+TEST(HostOptions, AGroupMayHaveAnyNumberOfMembers) {
+  for (const std::size_t size : {std::size_t{1} << 10U, std::size_t{1} << 20U}) {
+    const CrowdedGroup crowded(size);
+    EXPECT_EQ(read({"--socket-group", CrowdedGroup::kName}).socketGroup, CrowdedGroup::kId);
+  }
+}
+
+TEST(HostOptions, AGroupThatCannotBeLookedUpIsNotMissing) {
+  const CrowdedGroup crowded(SIZE_MAX);
+  EXPECT_EQ(usageErrorOf({"--socket-group", CrowdedGroup::kName}),
+            "--socket-group: the group \"crowded\" cannot be looked up: Numerical result out of "
+            "range");
 }
 
 TEST(HostOptions, EverythingCanBeSaid) {
@@ -199,3 +247,14 @@ TEST(HostOptions, WrongWordsAreNamedInOneLine) {
 
 }  // namespace
 }  // namespace host
+
+// Found before the C library's, to which other names go on.
+extern "C" int getgrnam_r(const char* name, group* entry, char* strings, std::size_t size,
+                          group** found) {
+  if (std::strcmp(name, host::CrowdedGroup::kName) == 0) {
+    return host::CrowdedGroup::lookUp(entry, size, found);
+  }
+  static const auto real =
+      reinterpret_cast<decltype(&::getgrnam_r)>(::dlsym(RTLD_NEXT, "getgrnam_r"));
+  return real(name, entry, strings, size, found);
+}
