@@ -18,6 +18,7 @@ namespace {
 
 constexpr mode_t kNewFolder = 0755;
 constexpr int kMostLinks = 40;  // as many as the system follows
+constexpr const char* kWayOut = "name another place with --device-root";
 
 bool isTrusted(uid_t owner, uid_t user) {
   return owner == 0 || owner == user;
@@ -75,7 +76,7 @@ class Walk {
     const struct stat status = statusOf(folder);
     if (!S_ISDIR(status.st_mode)) fail("is not a folder");
     const std::string reason = reasonToDistrust(status, geteuid(), getegid());
-    if (!reason.empty()) fail(reason);
+    if (!reason.empty()) refuse(reason);
     m_folder = std::move(folder);
     if (m_each) m_each(m_folder.get());
   }
@@ -101,7 +102,11 @@ class Walk {
   }
 
   [[noreturn]] void fail(const std::string& what = std::strerror(errno)) const {
-    throw Error((m_path.empty() ? "/" : m_path) + ": " + what);
+    refuse(what + "; " + kWayOut);
+  }
+
+  [[noreturn]] void refuse(const std::string& why) const {
+    throw Error((m_path.empty() ? "/" : m_path) + ": " + why);
   }
 
   const std::size_t m_mostMade;
@@ -115,13 +120,13 @@ class Walk {
 }  // namespace
 
 std::string reasonToDistrust(const struct stat& folder, uid_t user, gid_t group) {
-  if (!isTrusted(folder.st_uid, user)) return "belongs to somebody else; choose another place";
+  if (!isTrusted(folder.st_uid, user)) return std::string("belongs to somebody else; ") + kWayOut;
   const bool sticky = (folder.st_mode & S_ISVTX) != 0;
   const bool othersWrite = (folder.st_mode & S_IWOTH) != 0;
   const bool groupWrites =
       (folder.st_mode & S_IWGRP) != 0 && folder.st_gid != 0 && folder.st_gid != group;
   if (sticky || (!othersWrite && !groupWrites)) return "";
-  return "can be written by others; take that away, or choose another place";
+  return std::string("can be written by others; take that away, or ") + kWayOut;
 }
 
 Descriptor openTrustedFolder(const std::string& path, std::size_t mostMade,

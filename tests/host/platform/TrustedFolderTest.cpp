@@ -93,6 +93,11 @@ TEST_F(TrustedFolder, IsMadeAsFarAsAllowed) {
   EXPECT_TRUE(fs::exists(m_folder / "a/b/c"));
 }
 
+TEST_F(TrustedFolder, ThatCannotBeMadeIsToBeElsewhere) {
+  EXPECT_EQ(complaint("/proc/none"),
+            "/proc/none: No such file or directory; name another place with --device-root");
+}
+
 TEST_F(TrustedFolder, TellsOfEachFolderOnTheWay) {
   std::vector<fs::path> seen;
   const auto each = [&](int folder) {
@@ -108,7 +113,10 @@ TEST_F(TrustedFolder, TellsOfEachFolderOnTheWay) {
 TEST_F(TrustedFolder, IsNotBelowAFolderThatOthersMayWrite) {
   fs::create_directories(m_folder / "a/b");
   fs::permissions(m_folder / "a", fs::perms::all);
-  EXPECT_NE(complaint(m_folder / "a/b").find("a: can be written by others"), std::string::npos)
+  EXPECT_NE(complaint(m_folder / "a/b")
+                .find("a: can be written by others; take that away, or name another place with "
+                      "--device-root"),
+            std::string::npos)
       << complaint(m_folder / "a/b");
   fs::permissions(m_folder / "a", fs::perms::all | fs::perms::sticky_bit);
   EXPECT_EQ(complaint(m_folder / "a/b"), "none");
@@ -118,7 +126,9 @@ TEST_F(TrustedFolder, IsNotBelowAFolderOfSomebodyElse) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
   fs::create_directories(m_folder / "a/b");
   ASSERT_EQ(chown((m_folder / "a").c_str(), 12345, 12345), 0);
-  EXPECT_NE(complaint(m_folder / "a/b").find("a: belongs to somebody else"), std::string::npos)
+  EXPECT_NE(complaint(m_folder / "a/b")
+                .find("a: belongs to somebody else; name another place with --device-root"),
+            std::string::npos)
       << complaint(m_folder / "a/b");
 }
 
@@ -138,20 +148,27 @@ TEST_F(TrustedFolder, IsNotReachedThroughLinksOfSomebodyElse) {
   fs::create_directories(m_folder / "target");
   fs::create_directory_symlink(m_folder / "target", m_folder / "link");
   ASSERT_EQ(lchown((m_folder / "link").c_str(), 12345, 12345), 0);
-  EXPECT_NE(complaint(m_folder / "link/b").find("link: is a link of somebody else"),
+  EXPECT_NE(complaint(m_folder / "link/b")
+                .find("link: is a link of somebody else; name another place with --device-root"),
             std::string::npos);
 }
 
 TEST_F(TrustedFolder, IsNotReachedThroughLinksInACircle) {
   fs::create_directory_symlink(m_folder / "two", m_folder / "one");
   fs::create_directory_symlink(m_folder / "one", m_folder / "two");
-  EXPECT_NE(complaint(m_folder / "one/b").find("too many links"), std::string::npos);
+  EXPECT_NE(complaint(m_folder / "one/b")
+                .find("too many links on the way; name another place with --device-root"),
+            std::string::npos);
 }
 
 TEST_F(TrustedFolder, IsNoFile) {
   std::ofstream(m_folder / "file") << "x";
-  EXPECT_NE(complaint(m_folder / "file").find("file: is not a folder"), std::string::npos);
-  EXPECT_NE(complaint(m_folder / "file/b").find("file: is not a folder"), std::string::npos);
+  EXPECT_NE(complaint(m_folder / "file")
+                .find("file: is not a folder; name another place with --device-root"),
+            std::string::npos);
+  EXPECT_NE(complaint(m_folder / "file/b")
+                .find("file: is not a folder; name another place with --device-root"),
+            std::string::npos);
 }
 
 }  // namespace
