@@ -79,6 +79,11 @@ std::string obstacle(const std::string& folder, const std::string& path) {
   return S_ISREG(status.st_mode) ? "" : path + " is no regular file; remove it";
 }
 
+bool isFolder(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 void logFailure(const char* action, const std::string& name, const std::string& why) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "storage \"%s\" cannot be %s: %s", name.c_str(),
             action, why.c_str());
@@ -99,6 +104,10 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   const auto present = contentOf(path);
   if (present == content) return true;  // each start stores the same: flash is to last
   if (!present && errno != ENOENT && errno != EFBIG) logFailure("read", name, std::strerror(errno));
+  if (isFolder(next)) {
+    logFailure("written", name, next + " is a folder; remove it");
+    return false;
+  }
   if (writeNew(next, content) && rename(next.c_str(), path.c_str()) == 0) {
     syncFolder(folder);
     return true;

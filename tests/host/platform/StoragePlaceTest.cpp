@@ -36,6 +36,19 @@ TEST_F(StorageFolder, TakesAwayAPipeWhereTheFileOnItsWayGoes) {
   EXPECT_EQ(files(), 1U);
 }
 
+// It is not taken away with what somebody may have put into it.
+TEST_F(StorageFolder, NamesAFolderWhereTheFileOnItsWayGoes) {
+  const support::LogCapture log;
+  const std::filesystem::path next = m_folder / ".file.new";
+  std::filesystem::create_directories(next / "precious");
+  EXPECT_FALSE(replaceContent("new"));
+  EXPECT_TRUE(
+      log.has("storage \"file\" cannot be written: " + next.string() + " is a folder; remove it"))
+      << log.text();
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_TRUE(std::filesystem::exists(next / "precious"));
+}
+
 TEST_F(StorageFolder, RefusesWhatIsNoRegularFile) {
   const std::string file = m_folder / "file";
   const std::function<void()> places[] = {
