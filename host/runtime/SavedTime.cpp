@@ -22,7 +22,7 @@ std::optional<std::string> oddSavedTime(const std::string& saved) {
   }
   const std::time_t instant = timegm(&utc);
   if (instant >= kFirst && instant < kEnd) return std::nullopt;
-  return what + " is outside the years 2016-2037, and the clock starts from it" + kWayOut;
+  return what + " is not between 2016-06-16 and 2037-12-31, and the clock starts from it" + kWayOut;
 }
 
 }  // namespace host

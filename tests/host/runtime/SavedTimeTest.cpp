@@ -16,8 +16,8 @@ TEST(SavedTime, FarOffIsTold) {
   for (const char* const saved : {"2016-06-15T23:59:59+00:00", "1970-01-01T00:00:00+00:00",
                                   "2038-01-01T00:00:00+00:00", "9999-12-31T23:59:59+00:00"}) {
     EXPECT_EQ(oddSavedTime(saved), "the saved time \"" + std::string(saved) +
-                                       "\" is outside the years 2016-2037, and the clock starts "
-                                       "from it; start with --at UTC to set another");
+                                       "\" is not between 2016-06-16 and 2037-12-31, and the clock "
+                                       "starts from it; start with --at UTC to set another");
   }
 }
 
