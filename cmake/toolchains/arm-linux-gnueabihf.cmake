@@ -5,7 +5,11 @@ set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 # Old compilers passed some classes differently; nothing here is mixed with what they built.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
+# Not with -L: qemu then looks into that folder for every path that a program opens, "/" among them,
+# and a program that goes down from the root makes its folders there.
+set(cross_libraries /usr/arm-linux-gnueabihf/lib)
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm ${cross_libraries}/ld-linux-armhf.so.3 --library-path
+                                  ${cross_libraries})
 set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
