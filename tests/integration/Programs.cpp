@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <system_error>
 
 namespace integration {
@@ -79,8 +80,14 @@ Program::~Program() {
   if (m_id > 0) static_cast<void>(wait(std::chrono::seconds(0)));
 }
 
+// A process that was waited for has no id any more; kill would take -1 for every process there is.
+pid_t Program::running() const {
+  if (m_id <= 0) throw std::logic_error("the program has been waited for");
+  return m_id;
+}
+
 void Program::signal(int number) const {
-  kill(m_id, number);
+  kill(running(), number);
 }
 
 bool Program::ends(std::chrono::milliseconds limit) const {
@@ -93,7 +100,7 @@ bool Program::ends(std::chrono::milliseconds limit) const {
 }
 
 Outcome Program::wait(std::chrono::seconds limit) {
-  if (!ends(limit)) kill(m_id, SIGKILL);
+  if (!ends(limit)) kill(running(), SIGKILL);
   int state = 0;
   waitpid(m_id, &state, 0);
   m_id = -1;

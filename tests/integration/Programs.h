@@ -49,6 +49,8 @@ class Program {
   [[nodiscard]] std::string err() const;
 
  private:
+  [[nodiscard]] pid_t running() const;
+
   const std::filesystem::path m_out;
   const std::filesystem::path m_err;
   pid_t m_id = -1;  // -1: reaped

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cerrno>
+#include <stdexcept>
 #include <system_error>
 
 #include "support/TemporaryFolder.h"
@@ -25,6 +26,14 @@ constexpr int kLimit = 30'000;  // milliseconds
   const pid_t id = sleeper.id();
   if (::write(numbers, &id, sizeof id) != sizeof id) ::_exit(1);
   for (;;) ::pause();
+}
+
+TEST(Program, IsNoLongerSignalledOnceItHasBeenWaitedFor) {
+  const support::TemporaryFolder folder;
+  Program program(folder.path(), "true", {"/bin/true"});
+  static_cast<void>(program.wait());
+  EXPECT_THROW(program.signal(0), std::logic_error);
+  EXPECT_THROW(program.wait(), std::logic_error);
 }
 
 TEST(Program, DiesWithTheTestThatStartedIt) {

@@ -50,6 +50,7 @@ TEST_F(LockedState, IsFreeAgainWhenItsHostWasKilled) {
   int ready[2];
   ASSERT_EQ(pipe(ready), 0);
   const pid_t child = fork();
+  ASSERT_GE(child, 0);
   if (child == 0) {
     const StateLock lock(state);
     static_cast<void>(write(ready[1], "x", 1));
