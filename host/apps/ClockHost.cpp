@@ -91,7 +91,7 @@ void prepareProcess(const HostOptions& options) {
 
 // Where the NTP client reports, whatever this process has inherited.
 void tellChildren() {
-  ::setenv("CLOCKHOST_PIPE", hostPath(ReportPipe::kDevicePath).c_str(), 1);
+  ::setenv("CLOCKHOST_PIPE", hostPath(kReportPipePath).c_str(), 1);
 }
 
 VirtualClock::Source sourceOf(const HostOptions& options) {

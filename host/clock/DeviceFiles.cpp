@@ -1,5 +1,5 @@
 // The file calls that the device's code opens its files with, for this process and the plug-ins it
-// loads: device paths go through hostPath, all else straight on to the C library. The names with
+// loads: device paths go through reachedPath, all else straight on to the C library. The names with
 // "64" are the same calls, for code built with 64-bit file sizes.
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -37,7 +37,7 @@ template <class Call, class Result>
 Result onHostPath(const char* path, Result failed, Call call) {
   std::string mapped;
   try {
-    if (path != nullptr) mapped = host::hostPath(path);
+    if (path != nullptr) mapped = host::reachedPath(path);
   } catch (const std::exception&) {
     errno = ENOMEM;
     return failed;

@@ -11,6 +11,9 @@ namespace {
 // The file calls of the whole process read it, from their first on: no construction, no lock.
 constinit std::atomic<const std::string*> g_root{nullptr};
 
+constexpr int kNone = -1;
+constinit std::atomic<int> g_reportPipe{kNone};
+
 // Every root there ever was: another thread may still read an old one.
 const std::string* keep(const std::string& root) {
   static std::mutex mutex;
@@ -51,6 +54,20 @@ std::string hostPath(const std::string& devicePath) {
   const std::string* root = g_root.load(std::memory_order_acquire);
   if (root == nullptr || !isDevicePath(devicePath) || isBelow(devicePath, *root)) return devicePath;
   return *root + devicePath;
+}
+
+void setReportPipe(int descriptor) {
+  g_reportPipe.store(descriptor);
+}
+
+void dropReportPipe(int descriptor) {
+  g_reportPipe.compare_exchange_strong(descriptor, kNone);
+}
+
+std::string reachedPath(const std::string& devicePath) {
+  const int pipe = g_reportPipe.load();
+  if (pipe == kNone || devicePath != kReportPipePath) return hostPath(devicePath);
+  return "/proc/self/fd/" + std::to_string(pipe);
 }
 
 }  // namespace host

@@ -16,4 +16,16 @@ void setDeviceRoot(const std::string& root);
 // The path on this machine. Other paths, and those below the root already, stay as they are.
 [[nodiscard]] std::string hostPath(const std::string& devicePath);
 
+// Where the named pipe of the time reports lies on the device.
+inline constexpr const char* kReportPipePath = "/tmp/votk/ipc/ntpclient";
+
+// From then on each open, fopen and stat of kReportPipePath reaches the pipe that this descriptor
+// holds, whatever is at the path: only that one is known to be the host's. The descriptor stays the
+// caller's; without one, the path is a device path like others. Thread: any.
+void setReportPipe(int descriptor);
+void dropReportPipe(int descriptor);  // nothing happens when another one was set since
+
+// What a file call with this path reaches on this machine.
+[[nodiscard]] std::string reachedPath(const std::string& devicePath);
+
 }  // namespace host

@@ -25,8 +25,8 @@ bool isPipe(int descriptor) {
 }
 
 // Nothing happens when nobody waits: the open fails then.
-void wake(const std::string& path, int flags) {
-  const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags);
+void wake(const std::string& path) {
+  const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
   if (pipe < 0) return;
   constexpr std::array<char, 4> kNoTime{};
   if (isPipe(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
@@ -40,10 +40,7 @@ void wake(const std::string& path, int flags) {
 ListenerWaker::ListenerWaker(std::string path)
     : m_path(std::move(path)), m_thread(startThread(kName, [this] { work(); })) {}
 
-ListenerWaker::ListenerWaker(const ReportPipe& pipe)
-    : m_path(pipe.path()),
-      m_heldPath(pipe.heldPath()),
-      m_thread(startThread(kName, [this] { work(); })) {}
+ListenerWaker::ListenerWaker(const ReportPipe& pipe) : ListenerWaker(pipe.heldPath()) {}
 
 ListenerWaker::~ListenerWaker() {
   {
@@ -70,8 +67,7 @@ void ListenerWaker::work() {
   if (!m_begun) return;
   do {
     lock.unlock();
-    wake(m_path, O_NOFOLLOW);
-    if (!m_heldPath.empty()) wake(m_heldPath, 0);  // a link by its nature
+    wake(m_path);
     lock.lock();
     m_changed.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
   } while (!m_ending);

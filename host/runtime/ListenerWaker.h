@@ -17,7 +17,8 @@ class ReportPipe;
 class ListenerWaker {
  public:
   explicit ListenerWaker(std::string path);
-  // Also whoever waits for a pipe that is not at its path any more. The pipe outlives the waker.
+  // Whoever waits for the pipe that the object holds, whatever is at its path. It outlives the
+  // waker.
   explicit ListenerWaker(const ReportPipe& pipe);
   ~ListenerWaker();
   ListenerWaker(const ListenerWaker&) = delete;
@@ -29,7 +30,6 @@ class ListenerWaker {
   void work();
 
   const std::string m_path;
-  const std::string m_heldPath;  // empty: none
   std::mutex m_mutex;
   std::condition_variable m_changed;
   bool m_begun = false;

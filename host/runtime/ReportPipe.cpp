@@ -59,8 +59,14 @@ bool areSame(const struct stat& one, const struct stat& other) {
 
 }  // namespace
 
-ReportPipe::ReportPipe() : m_folderPath(hostPath(kDeviceFolder)), m_path(hostPath(kDevicePath)) {
+ReportPipe::ReportPipe()
+    : m_folderPath(hostPath(kDeviceFolder)), m_path(hostPath(kReportPipePath)) {
   m_held = take();
+  setReportPipe(m_held.get());
+}
+
+ReportPipe::~ReportPipe() {
+  dropReportPipe(m_held.get());
 }
 
 std::string ReportPipe::heldPath() const {
@@ -171,9 +177,10 @@ void ReportPipe::renew() {
   // Held open, so that a listener that is only about to wait for it finds a writer and four zero
   // bytes.
   m_former.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+  if (!m_former.valid()) failWithReason(m_path + ": its listener cannot be woken");
   if (dup3(pipe.get(), m_held.get(), O_CLOEXEC) < 0) failWithReason(m_path);
   constexpr std::uint32_t kNoTime = 0;
-  if (m_former.valid() && write(m_former.get(), &kNoTime, sizeof kNoTime) < 0) {
+  if (write(m_former.get(), &kNoTime, sizeof kNoTime) < 0) {
     // Full: then there is something to read.
   }
 }

@@ -9,16 +9,19 @@
 namespace host {
 
 // The named pipe of the NTP reports, for its owner only, in a folder that nobody but root could
-// exchange. It is this host's alone: its folder is locked for as long as the object lives. The file
-// stays when the object goes: a client may still hold it.
+// exchange. It is this host's alone: its folder is locked for as long as the object lives. As long,
+// the device's opens of its path reach this pipe and no other. The file stays when the object goes:
+// a client may still hold it.
 // Owner: the device. Thread: one at a time. Failure: the constructor throws Error: it cannot be
 // created, another host has it, or folder or pipe are somebody else's.
 class ReportPipe {
  public:
   static constexpr const char* kDeviceFolder = "/tmp/votk/ipc";
-  static constexpr const char* kDevicePath = "/tmp/votk/ipc/ntpclient";
 
   ReportPipe();
+  ~ReportPipe();
+  ReportPipe(const ReportPipe&) = delete;
+  ReportPipe& operator=(const ReportPipe&) = delete;
 
   // On this machine.
   [[nodiscard]] const std::string& path() const { return m_path; }

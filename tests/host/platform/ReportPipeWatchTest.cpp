@@ -18,6 +18,7 @@
 #include "runtime/ReportPipe.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitingCall.h"
 
 namespace {
 
@@ -158,6 +159,64 @@ TEST_F(WatchedPipe, ListenerThatComesLateToAFormerPipeDoesNotWait) {
   fs::remove(m_pipe->path());
   m_pipe->restore();
   EXPECT_EQ(readOnce("/proc/self/fd/" + std::to_string(former.get())), std::string(4, '\0'));
+}
+
+// What the device's open of the path reaches, without waiting for a writer.
+ino_t openedByTheDevice() {
+  const host::Descriptor pipe(open(host::kReportPipePath, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat opened {};
+  struct stat seen {};
+  EXPECT_EQ(fstat(pipe.get(), &opened), 0);
+  EXPECT_EQ(stat(host::kReportPipePath, &seen), 0);
+  EXPECT_EQ(opened.st_ino, seen.st_ino);
+  return opened.st_ino;
+}
+
+// A listener that waited in another pipe would be woken neither by a new pipe nor at the end.
+TEST_F(WatchedPipe, IsWhatTheDeviceOpensWhateverIsAtThePath) {
+  struct stat held {};
+  ASSERT_EQ(stat(m_pipe->heldPath().c_str(), &held), 0);
+  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  fs::remove(m_pipe->path());
+  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  std::ofstream(m_pipe->path()) << "precious";
+  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  fs::remove(m_pipe->path());
+  ASSERT_EQ(mkfifo(m_pipe->path().c_str(), 0600), 0);
+  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  m_pipe->restore();
+  ASSERT_EQ(stat(m_pipe->path().c_str(), &held), 0);
+  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+}
+
+TEST_F(WatchedPipe, IsNotWhatTheDeviceOpensOnceItIsGone) {
+  m_pipe.reset();
+  fs::remove(onHost(host::kReportPipePath));
+  std::ofstream(onHost(host::kReportPipePath)) << "another";
+  struct stat seen {};
+  ASSERT_EQ(stat(host::kReportPipePath, &seen), 0);
+  EXPECT_TRUE(S_ISREG(seen.st_mode));
+}
+
+// A listener comes while something that the host does not take is at the path; then that goes.
+TEST_F(WatchedPipe, ListenerThatComesWhileItIsReplacedGetsTheNextReport) {
+  fs::remove(m_pipe->path());
+  ASSERT_EQ(mkfifo(m_pipe->path().c_str(), 0600), 0);
+  std::string first;
+  std::string second;
+  {
+    const support::WaitingCall listener([&] {
+      first = readOnce(host::kReportPipePath);
+      second = readOnce(host::kReportPipePath);
+    });
+    EXPECT_TRUE(listener.waits());
+    fs::remove(m_pipe->path());
+    m_pipe->restore();
+    const host::Descriptor writer(open(m_pipe->path().c_str(), O_WRONLY | O_CLOEXEC));
+    EXPECT_EQ(write(writer.get(), "1234", 4), 4);
+  }
+  EXPECT_EQ(first, std::string(4, '\0'));
+  EXPECT_EQ(second, "1234");
 }
 
 TEST_F(WatchedPipe, FileInItsPlaceIsToldAndThePipeComesBackWhenItIsGone) {
