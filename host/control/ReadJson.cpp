@@ -28,6 +28,11 @@ std::size_t depthOf(std::string_view text) {
   return deepest;
 }
 
+// JSON has no NUL. The library takes one for the end, and passes over what follows.
+bool hasNul(std::string_view text) {
+  return text.find('\0') != std::string_view::npos;
+}
+
 // Looks at a request while it is read, and ends the reading at the first thing that is wrong.
 class RequestBounds {
  public:
@@ -72,12 +77,12 @@ Json readRequest(std::string_view text) {
     return true;
   };
   Json request = Json::parse(text, look, false);
-  if (!request.is_object()) throw Error("the request is no JSON object");
+  if (!request.is_object() || hasNul(text)) throw Error("the request is no JSON object");
   return request;
 }
 
 Json readJson(std::string_view text) {
-  if (depthOf(text) > kDeepestJson) return Json(Json::value_t::discarded);
+  if (depthOf(text) > kDeepestJson || hasNul(text)) return Json(Json::value_t::discarded);
   return Json::parse(text, nullptr, false);
 }
 

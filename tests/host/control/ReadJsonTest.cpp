@@ -23,6 +23,11 @@ TEST(ReadJson, DiscardsWhatIsNot) {
     EXPECT_TRUE(readJson(text).is_discarded()) << text;
 }
 
+TEST(ReadJson, ANulIsNoEnd) {
+  EXPECT_TRUE(readJson(std::string_view("{}\0", 3)).is_discarded());
+  EXPECT_TRUE(readJson(std::string_view("{}\0{", 4)).is_discarded());
+}
+
 TEST(ReadJson, DiscardsWhatIsDeeperThanAnyRequest) {
   EXPECT_FALSE(readJson(nested(kDeepestJson)).is_discarded());
   EXPECT_TRUE(readJson(nested(kDeepestJson + 1)).is_discarded());
@@ -64,6 +69,10 @@ TEST(ReadRequest, RefusesWhatIsNone) {
     EXPECT_EQ(refusal(text), "the request is no JSON object") << text;
   EXPECT_EQ(refusal(R"({"a":)" + nested(kDeepestJson) + "}"),
             "the request is nested more than 32 deep");
+}
+
+TEST(ReadRequest, ANulIsNoEnd) {
+  EXPECT_EQ(refusal(std::string("{}\0{", 4)), "the request is no JSON object");
 }
 
 TEST(ReadRequest, RefusesAMemberThatComesTwice) {
