@@ -22,7 +22,9 @@ using std::chrono::milliseconds;
 constexpr milliseconds kCallLimit = std::chrono::seconds(2);
 constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 1 s for a name server
 constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
-constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
+// More than the longest list takes: 10,000 records of 4 KiB, each byte as \u00NN.
+constexpr int kMostPages = 256;
+constexpr milliseconds kWhile = std::chrono::hours(1);  // waiting without end, in pieces
 
 enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
 
@@ -126,7 +128,8 @@ class Command {
 
   void control() {
     Json answer = ask();
-    while (answer.contains("after")) {
+    for (int pages = 1; answer.contains("after"); ++pages) {
+      if (pages == kMostPages) throw Refusal("the host's answer has no end");
       m_request["after"] = answer["after"];
       answer = joined(std::move(answer), ask());
     }
@@ -156,13 +159,18 @@ class Command {
         static_cast<void>(checked(item->json));
         return;
       }
-      print(readJson(item->json));
+      print(objectIn(item->json));
     }
   }
 
-  static Json checked(const std::string& text) {
+  static Json objectIn(const std::string& text) {
     Json answer = readJson(text);
     if (!answer.is_object()) throw Refusal("the host's answer is no JSON object");
+    return answer;
+  }
+
+  static Json checked(const std::string& text) {
+    Json answer = objectIn(text);
     if (!answer.value("ok", false)) throw Refusal(answer.value("error", std::string("refused")));
     return answer;
   }
@@ -199,6 +207,9 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
     return say(err, error.what(), usage);
   } catch (const NoHost& error) {
     return say(err, error.what(), noHost);
+  } catch (const Json::exception&) {
+    return say(err, "the host's answer makes no sense; use the clockctl of the host's version",
+               refused);
   } catch (const std::exception& error) {
     return say(err, error.what(), refused);
   }

@@ -16,21 +16,25 @@ namespace {
 constexpr std::array<const char*, 7> kLevels = {"fatal", "critical", "error", "warning",
                                                 "note",  "info",     "trace"};
 
-std::string textOf(const Json& value) {
-  return value.is_string() ? value.get<std::string>() : value.dump();
+// What could break the line it stands in, or what a terminal would obey, in the notation of JSON.
+std::string oneLine(const std::string& text) {
+  return isPlainLine(text) ? text : jsonLine(text);
 }
 
-// A member as text; nothing for one that is not there.
+std::string textOf(const Json& value) {
+  return value.is_string() ? oneLine(value.get<std::string>()) : jsonLine(value);
+}
+
+// A member as text for a line; nothing for one that is not there.
 std::string member(const Json& object, const char* name) {
   const auto found = object.find(name);
   if (found == object.end() || found->is_null()) return {};
   return textOf(*found);
 }
 
-// A value that could break the line it stands in, or that a terminal would obey, in the notation of
-// JSON.
-std::string oneLine(const std::string& text) {
-  return isPlainLine(text) ? text : jsonLine(text);
+// Compared as text: what another program answers there may be of any type.
+bool isTrue(const Json& object, const char* name) {
+  return member(object, name) == "true";
 }
 
 // What does not fit its column of a table; `get` shows it whole.
@@ -45,7 +49,7 @@ std::string padded(std::string text, std::size_t width) {
 
 // "name    value", or nothing when the member is not there.
 void printMember(const Json& object, const char* name, const char* title, std::ostream& out) {
-  if (object.contains(name)) out << padded(title, 13) << oneLine(member(object, name)) << '\n';
+  if (object.contains(name)) out << padded(title, 13) << member(object, name) << '\n';
 }
 
 struct Line {
@@ -79,7 +83,7 @@ std::string levelText(const Json& entry) {
 
 void printLogEntry(const Json& entry, std::ostream& out) {
   out << member(entry, "time") << ' ' << padded(levelText(entry), 8) << ' '
-      << member(entry, "component") << ' ' << oneLine(member(entry, "text"));
+      << member(entry, "component") << ' ' << member(entry, "text");
   if (!member(entry, "file").empty()) {
     out << " (" << member(entry, "file") << ':' << member(entry, "line") << ')';
   }
@@ -94,7 +98,7 @@ void printCall(const Json& answer, std::ostream& out) {
   const auto reply = answer.find("reply");
   if (reply == answer.end()) return;
   for (const auto& [name, value] : reply->items()) {
-    out << name << '=' << oneLine(textOf(value)) << '\n';
+    out << oneLine(name) << '=' << textOf(value) << '\n';
   }
 }
 
@@ -102,20 +106,20 @@ void printEvent(const Json& event, std::ostream& out) {
   out << member(event, "event");
   const Json parameters = event.value("parameters", Json::object());
   for (const auto& [name, value] : parameters.items()) {
-    out << ' ' << name << '=' << oneLine(textOf(value));
+    out << ' ' << oneLine(name) << '=' << textOf(value);
   }
   out << std::endl;  // people and pipes see it when it comes
 }
 
 void printValue(const Json& answer, std::ostream& out) {
-  out << oneLine(member(answer, "value")) << '\n';
+  out << member(answer, "value") << '\n';
 }
 
 void printKeys(const Json& answer, std::ostream& out) {
   out << padded("KEY", 26) << padded("VALUE", 28) << padded("SETTABLE", 10) << "STATE\n";
   for (const Json& row : answer.value("keys", Json::array())) {
-    out << padded(member(row, "key"), 26) << padded(clipped(oneLine(member(row, "value")), 27), 28)
-        << padded(row.value("settable", false) ? "yes" : "no", 10) << member(row, "state") << '\n';
+    out << padded(member(row, "key"), 26) << padded(clipped(member(row, "value"), 27), 28)
+        << padded(isTrue(row, "settable") ? "yes" : "no", 10) << member(row, "state") << '\n';
   }
 }
 
@@ -140,11 +144,11 @@ void printLog(const Json& answer, std::ostream& out) {
 void printSecurityLog(const Json& answer, std::ostream& out) {
   for (const Json& record : answer.value("records", Json::array())) {
     const std::string lost = member(record, "lost");
-    if (!lost.empty()) out << "- " << oneLine(lost) << " could not be written\n";
+    if (!lost.empty()) out << "- " << lost << " could not be written\n";
     const std::string origin = member(record, "origin");
     out << member(record, "number") << ' ' << member(record, "time") << ' '
-        << (record.value("failure", false) ? "refused " : "accepted") << ' '
-        << (origin.empty() ? "device" : oneLine(origin)) << ": " << oneLine(member(record, "text"));
+        << (isTrue(record, "failure") ? "refused " : "accepted") << ' '
+        << (origin.empty() ? "device" : origin) << ": " << member(record, "text");
     const std::string last = member(record, "last");
     if (!last.empty()) out << " (" << member(record, "count") << " times, last " << last << ')';
     out << '\n';

@@ -48,6 +48,36 @@ TEST(VerbPrinters, NothingThatATerminalObeys) {
   EXPECT_EQ(Json::parse(jsonLine(value)), value);
 }
 
+// Each member that has a place in a line, with a text that a terminal obeys.
+TEST(VerbPrinters, NoMemberReachesATerminalAsItIs) {
+  const Json bad = "\x1B[2J\n";
+  Json row;
+  for (const char* const name :
+       {"key", "value", "settable", "state", "number", "time", "failure", "origin", "text", "count",
+        "last", "lost", "level", "component", "file", "line"})
+    row[name] = bad;
+  const Json rows = Json::array({row});
+  const Json named = {{"\x1B[2J", bad}};
+  const Json answer = {{"value", bad},   {"keys", rows},   {"records", rows},    {"entries", rows},
+                       {"note", bad},    {"utc", bad},     {"plugin", bad},      {"event", bad},
+                       {"clock", named}, {"reply", named}, {"parameters", named}};
+  for (const auto print : {printCall, printEvent, printValue, printKeys, printClock, printStatus,
+                           printLog, printSecurityLog}) {
+    const std::string text = printed(print, answer.dump().c_str());
+    EXPECT_EQ(text.find('\x1B'), std::string::npos) << jsonLine(text);
+    EXPECT_NE(text.find("\\u001b[2J"), std::string::npos) << jsonLine(text);
+  }
+}
+
+// What another program, or another version, may answer.
+TEST(VerbPrinters, RowsOfAnotherShapeAreShownAsFarAsTheyGo) {
+  const std::string blank(54, ' ');
+  EXPECT_EQ(printed(printKeys, R"({"keys":[1,{"settable":"no"}]})"),
+            "KEY                       VALUE                       SETTABLE  STATE\n" + blank +
+                "no        \n" + blank + "no        \n");
+  EXPECT_EQ(printed(printSecurityLog, R"({"records":[7]})"), "  accepted device: \n");
+}
+
 TEST(VerbPrinters, KeysAsATable) {
   EXPECT_EQ(printed(printKeys, R"({"keys":[{"key":"time","value":"now","settable":true,"state":4},
                                            {"key":"x","value":null,"settable":false,"state":0}]})"),
