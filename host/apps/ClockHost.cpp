@@ -123,7 +123,7 @@ void tellOddStart(Device& device) {
 class Host {
  public:
   explicit Host(const HostOptions& options);
-  // Clients go while the service is still there to forget them.
+  // Clients go while all that answers them is still there.
   ~Host() { m_server.stop(); }
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;

@@ -5,8 +5,8 @@
 
 namespace host {
 
-// One kind of refusal in the log: a line in kBetweenLines at most. Each line says how many refusals
-// were not logged since the last one. Owner: who refuses. Thread: the loop's.
+// One kind of refusal or failure in the log: a line in kBetweenLines at most. Each line says how
+// many were not logged since the last one. Owner: who refuses. Thread: the loop's.
 class RareLine {
  public:
   static constexpr std::chrono::seconds kBetweenLines{10};

@@ -4,12 +4,10 @@
 #include <array>
 #include <exception>
 #include <map>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "Invoker.h"
 #include "Logging.h"
@@ -20,6 +18,7 @@
 #include "remote/CallResponse.h"
 #include "remote/CodecTable.h"
 #include "remote/Connection.h"
+#include "remote/KnownPeers.h"
 #include "remote/Registrations.h"
 #include "remote/SocketFile.h"
 #include "remote/TakeBack.h"
@@ -67,10 +66,6 @@ class RemoteServer::Impl final : public Connection::Listener {
   void takeIn(Connection::Socket socket, Entrance entrance);
   void acceptAt(const SocketFile& file, Entrance entrance, std::optional<Acceptor>& acceptor);
   void requireRoom(Connection::Socket& socket, Entrance entrance) const;
-  void makeKnown(const std::shared_ptr<Peer>& peer);
-  void forget(const Peer& peer);
-  bool letGo(const std::shared_ptr<Peer>& peer);
-  void letStuckOnesGo();
   void call(Connection& from, const Frame& frame);
   std::optional<std::string> hello(Connection& from, std::string_view codec);
   [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
@@ -81,6 +76,8 @@ class RemoteServer::Impl final : public Connection::Listener {
   Registrations m_registrations;
   CodecTable m_codecs;
   TurnQueue m_turns{m_loop};
+  KnownPeers m_peers{m_turns, m_registrations,
+                     [this](const auto& address) { return takeOneBack(*m_target, address); }};
   const ServerSockets m_sockets;
   std::optional<SocketFile> m_callFile;
   std::optional<SocketFile> m_controlFile;
@@ -90,9 +87,6 @@ class RemoteServer::Impl final : public Connection::Listener {
   std::uint64_t m_lastNumber = 0;
   std::map<std::uint64_t, std::shared_ptr<Connection>> m_connections;
   std::array<std::size_t, 2> m_inside{};  // how many of each entrance
-  bool m_stuck = false;  // some peers are gone, and the service may still use their proxies
-  std::mutex m_peersMutex;
-  std::map<std::string, std::shared_ptr<Peer>> m_peers;  // by address; guarded by m_peersMutex
 };
 
 void RemoteServer::Impl::serve(RemoteTarget target) {
@@ -111,6 +105,7 @@ void RemoteServer::Impl::acceptAt(const SocketFile& file, Entrance entrance,
 void RemoteServer::Impl::stop() {
   m_callAcceptor.reset();
   m_controlAcceptor.reset();
+  m_peers.end();
   for (const auto& [number, connection] : m_connections) connection->peer().answerAll(kEnding);
   while (!m_connections.empty()) std::shared_ptr(m_connections.begin()->second)->end();
   m_callFile.reset();
@@ -129,7 +124,7 @@ void RemoteServer::Impl::requireRoom(Connection::Socket& socket, Entrance entran
 
 void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
   requireRoom(socket, entrance);
-  if (m_stuck) letStuckOnesGo();
+  m_peers.retry();
   const std::uint64_t number = ++m_lastNumber;
   const auto connection =
       std::make_shared<Connection>(std::move(socket), entrance, number, *this, m_limits.unfinished);
@@ -138,24 +133,14 @@ void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
   const auto kept = m_connections.emplace(number, connection).first;
   ++m_inside[static_cast<std::size_t>(entrance)];
   try {
-    makeKnown(connection->sharedPeer());
+    m_peers.add(connection->sharedPeer());
     connection->open();
   } catch (...) {
-    forget(connection->peer());
+    m_peers.leave(connection->peer());
     m_connections.erase(kept);
     --m_inside[static_cast<std::size_t>(entrance)];
     throw;
   }
-}
-
-void RemoteServer::Impl::makeKnown(const std::shared_ptr<Peer>& peer) {
-  const std::lock_guard lock(m_peersMutex);
-  m_peers.emplace(peer->address(), peer);
-}
-
-void RemoteServer::Impl::forget(const Peer& peer) {
-  const std::lock_guard lock(m_peersMutex);
-  m_peers.erase(peer.address());
 }
 
 std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Frame& frame) try {
@@ -212,32 +197,7 @@ void RemoteServer::Impl::turnOver(Connection& from) {
 }
 
 void RemoteServer::Impl::hungUp(Connection& from) {
-  if (letGo(from.sharedPeer())) return;
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s cannot be taken out of the service",
-            from.peer().address().c_str());
-  m_stuck = true;
-}
-
-// False: the service may still use the proxy of a peer that is gone, and so the peer stays.
-bool RemoteServer::Impl::letGo(const std::shared_ptr<Peer>& peer) {
-  if (peer->hasProxy() && !takeBack(*m_target, peer->address())) return false;
-  peer->freeProxy();
-  m_registrations.forget(*peer);
-  forget(*peer);
-  return true;
-}
-
-// The service may have had no memory to let them go at the time.
-void RemoteServer::Impl::letStuckOnesGo() {
-  std::vector<std::shared_ptr<Peer>> gone;
-  {
-    const std::lock_guard lock(m_peersMutex);
-    for (const auto& [address, peer] : m_peers) {
-      if (peer->gone()) gone.push_back(peer);
-    }
-  }
-  m_stuck = false;
-  for (const auto& peer : gone) m_stuck = !letGo(peer) || m_stuck;
+  m_peers.leave(from.peer());
 }
 
 void RemoteServer::Impl::closed(Connection& from) {
@@ -245,14 +205,8 @@ void RemoteServer::Impl::closed(Connection& from) {
 }
 
 Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
-  std::shared_ptr<Peer> peer;
-  {
-    const std::lock_guard lock(m_peersMutex);
-    const auto found = m_peers.find(address);
-    if (found == m_peers.end()) return nullptr;
-    peer = found->second;
-  }
-  if (!m_registrations.mayRegister(*peer)) return nullptr;
+  const std::shared_ptr<Peer> peer = m_peers.find(address);
+  if (!peer || !m_registrations.mayRegister(*peer)) return nullptr;
   return peer->proxy(m_target->makeProxy);
 } catch (const std::exception& error) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "no proxy for %s: %s", address.c_str(),

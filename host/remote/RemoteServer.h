@@ -24,7 +24,8 @@ class io_context;
 namespace host {
 
 // What remote calls reach: one device's service, its invoker, and the factory of observer proxies.
-// All of it outlives RemoteServer::stop().
+// All of it outlives RemoteServer::stop(). The service does not outlive the server, which frees the
+// proxies; their code does.
 struct RemoteTarget {
   Executable& service;
   Invoker& invoker;
@@ -65,8 +66,9 @@ class RemoteServer : public FrameworkContext {
   // From now on calls reach `target`. REQUIRES: at most once.
   void serve(RemoteTarget target);
 
-  // Refuses what is not answered, takes back what clients registered, hangs up, removes the
-  // sockets. Idempotent. To be called while the target still lives.
+  // Refuses what is not answered, hangs up, removes the sockets. Nothing is taken back from the
+  // service, which is about to end: observers' proxies hear events for nobody until the server is
+  // gone. Idempotent. To be called while the target still lives.
   void stop();
 
   [[nodiscard]] std::size_t clients() const;

@@ -9,12 +9,20 @@
 #include "InvokerResponse.h"
 #include "Method.h"
 #include "remote/CodecTable.h"
+#include "remote/RemoteServer.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kRequest = "unobserveTimeEvents";
 constexpr const char* kResult = "unobserveTimeEventsReturn";
+
+std::string encodedRequest() {
+  Method method(kRequest, Method::call);
+  std::stringstream stream;
+  MessagePackCodec().encode(method, stream);
+  return stream.str();
+}
 
 // Stands in for the peer that is gone, and reads the answer in its place.
 class Answer : public InvokerResponse {
@@ -40,20 +48,15 @@ class Answer : public InvokerResponse {
 
 }  // namespace
 
-bool takeBack(const RemoteTarget& target, const std::string& address) try {
-  Method method(kRequest, Method::call);
-  std::stringstream stream;
-  MessagePackCodec().encode(method, stream);
-  const std::string request = stream.str();
-  std::optional<bool> removed = true;
-  while (removed.value_or(false)) {
-    removed.reset();
-    target.invoker.handleMessage(&target.service, request.data(), static_cast<int>(request.size()),
-                                 new Answer(address, removed));
-  }
-  return removed.has_value();
+TakenBack takeOneBack(const RemoteTarget& target, const std::string& address) try {
+  static const std::string request = encodedRequest();
+  std::optional<bool> removed;
+  target.invoker.handleMessage(&target.service, request.data(), static_cast<int>(request.size()),
+                               new Answer(address, removed));
+  if (!removed) return TakenBack::noAnswer;
+  return *removed ? TakenBack::one : TakenBack::nothingLeft;
 } catch (const std::exception&) {
-  return false;
+  return TakenBack::noAnswer;
 }
 
 }  // namespace host

@@ -55,7 +55,7 @@ class Device {
   void start(FrameworkContext& remote);
 
   // Orderly end: no more calls into the service, which is then deleted, its listener woken.
-  // REQUIRES: nobody holds a proxy that the service still observes with. Idempotent.
+  // REQUIRES: proxies that the service still observes with outlive this. Idempotent.
   void stop();
   [[nodiscard]] bool running() const;
 

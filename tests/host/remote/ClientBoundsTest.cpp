@@ -1,11 +1,10 @@
-// However much one client asks for, the others get their turn.
+// What one client may have of the host at once.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <functional>
+#include <optional>
 #include <vector>
 
-#include "host/remote/MethodText.h"
 #include "host/remote/RawSocket.h"
 #include "host/remote/ServerUnderTest.h"
 #include "remote/ClientBounds.h"
@@ -14,20 +13,6 @@
 
 namespace host {
 namespace {
-
-std::string frames(FrameKind kind, std::string_view payload, std::size_t count) {
-  std::string bytes;
-  for (std::size_t i = 0; i < count; ++i) {
-    bytes += encodeFrame({kind, static_cast<std::uint32_t>(i), payload});
-  }
-  return bytes;
-}
-
-// Calls that the device counts.
-std::string countedCalls(std::size_t count) {
-  return encodeFrame({FrameKind::hello, 0, "json"}) +
-         frames(FrameKind::call, R"({"name":"oneWay"})", count);
-}
 
 // Requests that wait until the test lets them go.
 class HeldRequests {
@@ -55,46 +40,6 @@ TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {
   }
   EXPECT_EQ(clientsUnder(kOwnDescriptors + 1), 1U);
   EXPECT_EQ(clientsUnder(kOwnDescriptors + 2), 2U);
-}
-
-// A bystander asks once and again: how many calls of others are handled before each of its turns.
-std::vector<int> callsBeforeEachTurn(std::size_t others) {
-  constexpr std::size_t kTurns = 8;
-  std::vector<int> counts;
-  std::function<void()> whenAsked;
-  ServerUnderTest server([&](const ControlRequest&) { whenAsked(); });
-  RawSocket bystander(server.controlSocket);
-  whenAsked = [&] {
-    counts.push_back(server.device.oneWayCalls());
-    if (counts.size() < kTurns) bystander.send(frames(FrameKind::controlRequest, "{}", 1));
-  };
-  std::vector<RawSocket> clients;
-  for (std::size_t i = 0; i < others; ++i) clients.emplace_back(server.socket);
-  EXPECT_TRUE(server.becomes([&] { return server.clients() == others + 1; }));
-  server.onLoop([&] {
-    for (RawSocket& client : clients) client.send(countedCalls(3000));
-    bystander.send(frames(FrameKind::controlRequest, "{}", 1));
-  });
-  EXPECT_TRUE(server.becomes([&] { return counts.size() == kTurns; }));
-  return counts;
-}
-
-TEST(ClientBounds, APipelineOfCallsLetsABystanderInAfterOneTurn) {
-  EXPECT_LE(callsBeforeEachTurn(1).front(), static_cast<int>(2 * kFramesInTurn));
-}
-
-TEST(ClientBounds, OfManyPipelinesABystanderWaitsForNoMoreThanOne) {
-  const std::vector<int> counts = callsBeforeEachTurn(8);
-  for (std::size_t turn = 1; turn < counts.size(); ++turn) {
-    EXPECT_LE(counts[turn] - counts[turn - 1], static_cast<int>(3 * kFramesInTurn)) << turn;
-  }
-}
-
-TEST(ClientBounds, APipelineOfCallsIsCarriedOutToItsEnd) {
-  ServerUnderTest server;
-  RawSocket client(server.socket);
-  client.send(countedCalls(5000));
-  EXPECT_TRUE(server.becomes([&] { return server.device.oneWayCalls() == 5000; }));
 }
 
 TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
@@ -206,57 +151,6 @@ TEST(ClientBounds, WhatIsNotAnsweredAtTheEndIsRefused) {
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
   EXPECT_FALSE(held.m_requests.front().channel->wanted());
-}
-
-std::string ask(RemoteClient& client, const char* name) {
-  Method method(name, Method::call);
-  const auto reply = client.call(method, kLong);
-  return reply ? textOf(*reply) : "no reply";
-}
-
-constexpr const char* kObserved = "observeTimeEvents/1 observeTimeEventsReturn/1=true";
-constexpr const char* kNotObserved = "observeTimeEvents/1 observeTimeEventsReturn/1=false";
-
-TEST(ClientBounds, RegistrationsBeyondTheMostAreRefusedInOneLine) {
-  ServerUnderTest server;
-  const support::LogCapture log(4);
-  RemoteClient client(server.socket);
-  for (std::size_t i = 0; i < kMostRegistrations; ++i) {
-    ASSERT_EQ(ask(client, "observeTimeEvents"), kObserved) << i;
-  }
-  EXPECT_LE(kMostRegistrations, 10U) << "each event is sent as often";
-  for (int i = 0; i < 10; ++i) EXPECT_EQ(ask(client, "observeTimeEvents"), kNotObserved);
-  EXPECT_EQ(server.device.observers(), kMostRegistrations);
-  EXPECT_EQ(log.text(),
-            "clockhost 3: registration refused: client-1 observes 8 times, which is the most\n");
-  ask(client, "unobserveTimeEvents");
-  EXPECT_EQ(ask(client, "observeTimeEvents"), kObserved);
-  EXPECT_EQ(ask(client, "observeTimeEvents"), kNotObserved);
-  RemoteClient other(server.socket);
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved);
-}
-
-TEST(ClientBounds, RegistrationsOfAllTogetherHaveABoundAndEachClientHasItsFirst) {
-  RemoteServer::Limits limits;
-  limits.furtherRegistrations = 3;
-  ServerUnderTest server({}, limits);
-  const support::LogCapture log(4);
-  std::optional<RemoteClient> greedy(server.socket);
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(ask(*greedy, "observeTimeEvents"), kObserved);
-  RemoteClient other(server.socket);
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved);
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
-  EXPECT_EQ(log.text(),
-            "clockhost 3: registration refused: clients observe 3 times beyond once each, which is "
-            "the most of "
-            "all together\n");
-  ask(*greedy, "unobserveTimeEvents");
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved) << "the greedy one gave one back";
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
-  greedy.reset();
-  EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 2; }));
-  for (int i = 0; i < 2; ++i) EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved);
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
 }
 
 TEST(ClientBounds, ClientsBeyondTheMostAreToldAndTheLogHasOneLine) {

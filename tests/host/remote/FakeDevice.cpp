@@ -34,6 +34,7 @@ void FakeDevice::handleMessage(Executable* executable, const char* message, int 
   Method request;
   if (codec == nullptr || !codec->decode(stream, request)) return;
   if (request.getName() == "oneWay") ++m_oneWayCalls;
+  if (request.getName() == "unobserveTimeEvents") ++m_unobserveCalls;
   const auto row = rows().find(request.getName());
   if (row == rows().end()) return;
   if (request.getName() == "unobserveTimeEvents" && !m_unobserving) return;

@@ -50,6 +50,7 @@ class FakeDevice final : public Invoker {
   int notify(Method& method);
   [[nodiscard]] std::size_t observers();
   [[nodiscard]] int oneWayCalls() const { return m_oneWayCalls; }
+  [[nodiscard]] int unobserveCalls() const { return m_unobserveCalls; }
 
   // "unobserveTimeEvents" is no longer answered.
   void stopUnobserving() { m_unobserving = false; }
@@ -69,6 +70,7 @@ class FakeDevice final : public Invoker {
   FakeService m_service;
   FrameworkContext* m_context = nullptr;
   std::atomic<int> m_oneWayCalls = 0;
+  std::atomic<int> m_unobserveCalls = 0;
   std::atomic<bool> m_unobserving = true;
   std::mutex m_mutex;
   std::vector<FakeProxy*> m_observers;

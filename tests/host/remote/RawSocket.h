@@ -4,15 +4,27 @@
 #include <sys/socket.h>
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "remote/Descriptor.h"
+#include "remote/Frame.h"
 #include "remote/SocketAddress.h"
 
 namespace host {
+
+// `count` frames of one kind and payload, with ids from 0.
+inline std::string frames(FrameKind kind, std::string_view payload, std::size_t count) {
+  std::string bytes;
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes += encodeFrame({kind, static_cast<std::uint32_t>(i), payload});
+  }
+  return bytes;
+}
 
 // A client without manners: any bytes, at any time.
 class RawSocket {

@@ -1,0 +1,101 @@
+#include "remote/KnownPeers.h"
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+#include "remote/ClientBounds.h"
+#include "remote/Peer.h"
+#include "remote/Registrations.h"
+#include "remote/TurnQueue.h"
+
+namespace host {
+
+KnownPeers::KnownPeers(TurnQueue& turns, Registrations& registrations, TakeOneBack takeOneBack)
+    : m_turns(turns), m_registrations(registrations), m_takeOneBack(std::move(takeOneBack)) {}
+
+KnownPeers::~KnownPeers() {
+  for (const Map* const map : {&m_here, &m_leaving, &m_stuck}) {
+    for (const auto& [address, peer] : *map) peer->freeProxy();
+  }
+}
+
+void KnownPeers::add(const std::shared_ptr<Peer>& peer) {
+  const std::lock_guard lock(m_mutex);
+  m_here.emplace(peer->address(), peer);
+}
+
+std::shared_ptr<Peer> KnownPeers::find(const std::string& address) const {
+  const std::lock_guard lock(m_mutex);
+  for (const Map* const map : {&m_here, &m_leaving, &m_stuck}) {
+    if (const auto found = map->find(address); found != map->end()) return found->second;
+  }
+  return nullptr;
+}
+
+void KnownPeers::leave(const Peer& peer) {
+  if (!peer.hasProxy()) return forget(m_here, peer.address());
+  move(m_here, peer.address(), m_leaving);
+  askForTurn();
+}
+
+void KnownPeers::retry() {
+  if (m_leaving.empty() && m_stuck.empty()) return;
+  {
+    const std::lock_guard lock(m_mutex);
+    m_leaving.merge(m_stuck);
+  }
+  askForTurn();
+}
+
+// Moves the entry as it is, which takes no memory.
+void KnownPeers::move(Map& from, const std::string& address, Map& to) {
+  const std::lock_guard lock(m_mutex);
+  if (auto entry = from.extract(address)) to.insert(std::move(entry));
+}
+
+// Without memory for it, the next client that comes or goes asks again.
+void KnownPeers::askForTurn() try {
+  if (m_waiting || m_over) return;
+  m_turns.wait([this] { takeTurn(); });
+  m_waiting = true;
+} catch (const std::exception&) {
+}
+
+void KnownPeers::takeTurn() {
+  m_waiting = false;
+  if (m_over) return;
+  const auto end = std::chrono::steady_clock::now() + kTurn;
+  for (std::size_t asked = 0; asked < kFramesInTurn && !m_leaving.empty(); ++asked) {
+    takeOne();
+    if (std::chrono::steady_clock::now() >= end) break;
+  }
+  if (!m_leaving.empty()) askForTurn();
+}
+
+void KnownPeers::takeOne() {
+  const std::string& address = m_leaving.begin()->first;
+  switch (m_takeOneBack(address)) {
+    case TakenBack::one:
+      return;
+    case TakenBack::nothingLeft:
+      return forget(m_leaving, address);
+    case TakenBack::noAnswer:
+      m_failures.log(address.c_str());
+      return move(m_leaving, address, m_stuck);
+  }
+}
+
+// The service does not use its proxy, and will not.
+void KnownPeers::forget(Map& map, const std::string& address) {
+  Map::node_type entry;
+  {
+    const std::lock_guard lock(m_mutex);
+    entry = map.extract(address);
+  }
+  if (!entry) return;
+  entry.mapped()->freeProxy();
+  m_registrations.forget(*entry.mapped());
+}
+
+}  // namespace host

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "remote/RareLine.h"
+#include "remote/TakeBack.h"
+
+namespace host {
+
+class Peer;
+class Registrations;
+class TurnQueue;
+
+// The clients by address. A client that is gone stays until the service has forgotten it: its
+// registrations are taken back in turns of the loop, however many clients leave together.
+// Owner: the server. Thread: the loop's, except find(). Failure: a client that the service does not
+// forget is logged (RareLine) and stays; retry() tries again.
+class KnownPeers {
+ public:
+  // Takes one registration back from the service.
+  using TakeOneBack = std::function<TakenBack(const std::string& address)>;
+
+  // Both outlive it.
+  KnownPeers(TurnQueue& turns, Registrations& registrations, TakeOneBack takeOneBack);
+  ~KnownPeers();  // frees all proxies
+  KnownPeers(const KnownPeers&) = delete;
+  KnownPeers& operator=(const KnownPeers&) = delete;
+
+  void add(const std::shared_ptr<Peer>& peer);
+
+  // Null without one. Thread: any.
+  [[nodiscard]] std::shared_ptr<Peer> find(const std::string& address) const;
+
+  // The client is gone. Throws nothing.
+  void leave(const Peer& peer);
+
+  // Takes back from those again where it failed.
+  void retry();
+
+  // From now on nothing is taken back: the service is about to end.
+  void end() { m_over = true; }
+
+ private:
+  using Map = std::map<std::string, std::shared_ptr<Peer>>;
+
+  void move(Map& from, const std::string& address, Map& to);
+  void askForTurn();
+  void takeTurn();
+  void takeOne();
+  void forget(Map& map, const std::string& address);
+
+  TurnQueue& m_turns;
+  Registrations& m_registrations;
+  const TakeOneBack m_takeOneBack;
+  RareLine m_failures{"cannot be taken out of the service"};
+  bool m_waiting = false;  // for a turn
+  bool m_over = false;
+  mutable std::mutex m_mutex;  // guards what follows
+  Map m_here;
+  Map m_leaving;
+  Map m_stuck;  // gone, and the service may still use their proxies
+};
+
+}  // namespace host
