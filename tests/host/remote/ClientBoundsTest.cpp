@@ -2,26 +2,17 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <optional>
-#include <vector>
 
+#include "host/remote/Desk.h"
 #include "host/remote/RawSocket.h"
-#include "host/remote/ServerUnderTest.h"
 #include "remote/ClientBounds.h"
 #include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
 
 namespace host {
 namespace {
-
-// Requests that wait until the test lets them go.
-class HeldRequests {
- public:
-  [[nodiscard]] ControlHandler handler() {
-    return [this](ControlRequest request) { m_requests.push_back(std::move(request)); };
-  }
-  std::vector<ControlRequest> m_requests;  // the loop's alone
-};
 
 // How many clients the process has descriptors for, when it may have `most`.
 std::size_t clientsUnder(rlim_t most) {
@@ -43,39 +34,32 @@ TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {
 }
 
 TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
-  HeldRequests held;
-  ServerUnderTest server(held.handler());
-  RemoteClient neighbour(server.controlSocket);
-  RawSocket client(server.controlSocket);
+  ServerWithDesk at;
+  RemoteClient neighbour(at.server.controlSocket);
+  RawSocket client(at.server.controlSocket);
   client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
-  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests; }));
+  ASSERT_TRUE(at.has(kMostOpenRequests));
   const auto id = neighbour.startControl("{}");
-  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests + 1; }));
-  server.onLoop([&] { held.m_requests.pop_back(); });
+  ASSERT_TRUE(at.has(kMostOpenRequests + 1));
+  static_cast<void>(at.desk.takeLast());
   EXPECT_TRUE(neighbour.nextAnswer(id, kLong));
-  server.onLoop([&] { held.m_requests.erase(held.m_requests.begin()); });
-  EXPECT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests; }));
-  std::size_t answered = 1;
-  EXPECT_TRUE(server.becomes([&] {
-    answered += held.m_requests.size();
-    held.m_requests.clear();
-    return answered == 3 * kMostOpenRequests;
-  }));
+  static_cast<void>(at.desk.take());
+  EXPECT_TRUE(at.has(kMostOpenRequests));
+  for (std::size_t left = 3 * kMostOpenRequests - 1; left > 0; --left) {
+    ASSERT_TRUE(at.has(std::min(left, kMostOpenRequests)));
+    static_cast<void>(at.desk.take());
+  }
 }
 
 TEST(ClientBounds, ARequestThatHoldsWhatComesNextIsAnsweredFirst) {
-  HeldRequests held;
-  ServerUnderTest server([&](ControlRequest request) {
-    if (request.text == "hold") request.channel->holdNext();
-    held.m_requests.push_back(std::move(request));
-  });
-  RawSocket client(server.controlSocket);
+  ServerWithDesk at;
+  RawSocket client(at.server.controlSocket);
   client.send(frames(FrameKind::controlRequest, "hold", 1) +
               frames(FrameKind::controlRequest, "next", 1));
-  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
-  server.onLoop([&] { held.m_requests.clear(); });
-  EXPECT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
-  EXPECT_EQ(held.m_requests.front().text, "next");
+  ASSERT_TRUE(at.has(1));
+  EXPECT_EQ(at.desk.take().text, "hold");
+  ASSERT_TRUE(at.has(1));
+  EXPECT_EQ(at.desk.take().text, "next");
 }
 
 TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
@@ -97,19 +81,16 @@ TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
 }
 
 TEST(ClientBounds, WhatAClientThatIsGoneHasAskedForIsNotWantedAnyMore) {
-  HeldRequests held;
-  ServerUnderTest server(held.handler());
-  {
-    RawSocket client(server.controlSocket);
-    client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
-    ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == kMostOpenRequests; }));
-    EXPECT_TRUE(held.m_requests.front().channel->wanted());
-  }
-  ASSERT_TRUE(server.becomes([&] { return !held.m_requests.front().channel->wanted(); }));
-  EXPECT_TRUE(server.becomes([&] {
-    held.m_requests.clear();
-    return server.clients() == 0;
-  }));
+  ServerWithDesk at;
+  std::optional<RawSocket> client(at.server.controlSocket);
+  client->send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
+  ASSERT_TRUE(at.has(kMostOpenRequests));
+  const ControlRequest first = at.desk.take();
+  EXPECT_TRUE(first.channel->wanted());
+  client.reset();
+  ASSERT_TRUE(at.server.becomes([&] { return !first.channel->wanted(); }));
+  while (at.desk.size() > 0) static_cast<void>(at.desk.take());
+  EXPECT_TRUE(at.server.becomes([&] { return at.server.clients() == 0; }));
 }
 
 TEST(ClientBounds, WhatAClientThatIsGoneHasStillInItsSocketIsNotBegun) {
@@ -129,28 +110,27 @@ TEST(ClientBounds, WhatAClientThatIsGoneHasStillInItsSocketIsNotBegun) {
 }
 
 TEST(ClientBounds, AnAnswerIsWantedOnce) {
-  HeldRequests held;
-  ServerUnderTest server(held.handler());
-  FrameSocket client(server.controlSocket);
+  ServerWithDesk at;
+  FrameSocket client(at.server.controlSocket);
   client.send({FrameKind::controlRequest, 1, "{}"});
   client.finishSending();
-  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
-  EXPECT_TRUE(held.m_requests.front().channel->wanted()) << "the client still reads";
-  EXPECT_TRUE(held.m_requests.front().channel->reply("{}"));
-  EXPECT_FALSE(held.m_requests.front().channel->wanted());
+  ASSERT_TRUE(at.has(1));
+  const ControlRequest request = at.desk.take();
+  EXPECT_TRUE(request.channel->wanted()) << "the client still reads";
+  EXPECT_TRUE(request.channel->reply("{}"));
+  EXPECT_FALSE(request.channel->wanted());
 }
 
 TEST(ClientBounds, WhatIsNotAnsweredAtTheEndIsRefused) {
-  HeldRequests held;
-  ServerUnderTest server(held.handler());
-  RemoteClient client(server.controlSocket);
+  ServerWithDesk at;
+  RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("{}");
-  ASSERT_TRUE(server.becomes([&] { return held.m_requests.size() == 1; }));
-  server.stop();
+  ASSERT_TRUE(at.has(1));
+  at.server.stop();
   const auto answer = client.nextAnswer(id, kLong);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
-  EXPECT_FALSE(held.m_requests.front().channel->wanted());
+  EXPECT_FALSE(at.desk.take().channel->wanted());
 }
 
 TEST(ClientBounds, ClientsBeyondTheMostAreToldAndTheLogHasOneLine) {

@@ -2,11 +2,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <mutex>
 #include <thread>
-#include <vector>
 
-#include "host/remote/ServerUnderTest.h"
+#include "host/remote/Desk.h"
 #include "platform/Origin.h"
 #include "remote/RemoteClient.h"
 #include "support/ErrorOf.h"
@@ -14,31 +12,6 @@
 
 namespace host {
 namespace {
-
-// Keeps requests until the test answers them.
-class Desk {
- public:
-  [[nodiscard]] ControlHandler handler() {
-    return [this](ControlRequest request) {
-      const std::lock_guard lock(m_mutex);
-      m_requests.push_back(std::move(request));
-    };
-  }
-  [[nodiscard]] std::size_t size() {
-    const std::lock_guard lock(m_mutex);
-    return m_requests.size();
-  }
-  [[nodiscard]] ControlRequest take() {
-    const std::lock_guard lock(m_mutex);
-    ControlRequest request = std::move(m_requests.front());
-    m_requests.erase(m_requests.begin());
-    return request;
-  }
-
- private:
-  std::mutex m_mutex;
-  std::vector<ControlRequest> m_requests;
-};
 
 ControlHandler echo() {
   return [](const ControlRequest& request) { request.channel->reply(request.text + "!"); };
@@ -70,14 +43,13 @@ TEST(Control, RequestSaysWhichProcessAsks) {
 }
 
 TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
-  RemoteClient client(server.controlSocket);
+  ServerWithDesk at;
+  RemoteClient client(at.server.controlSocket);
   const auto first = client.startControl("first");
   const auto second = client.startControl("second");
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 2; }));
-  ControlRequest one = desk.take();
-  ControlRequest two = desk.take();
+  ASSERT_TRUE(at.has(2));
+  ControlRequest one = at.desk.take();
+  ControlRequest two = at.desk.take();
   std::thread([&] {
     EXPECT_TRUE(two.channel->reply("second done"));
     EXPECT_TRUE(one.channel->item("1 of 2"));
@@ -99,12 +71,11 @@ TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
 }
 
 TEST(Control, HasOneReplyAndNoItemBehindIt) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
-  RemoteClient client(server.controlSocket);
+  ServerWithDesk at;
+  RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("?");
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-  const ControlRequest request = desk.take();
+  ASSERT_TRUE(at.has(1));
+  const ControlRequest request = at.desk.take();
   EXPECT_FALSE(request.channel->reply(std::string(kMaxPayload + 1, 'x')));
   EXPECT_TRUE(request.channel->reply("once"));
   EXPECT_FALSE(request.channel->reply("twice"));
@@ -113,13 +84,12 @@ TEST(Control, HasOneReplyAndNoItemBehindIt) {
 }
 
 TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
-  FrameSocket client(server.controlSocket);
+  ServerWithDesk at;
+  FrameSocket client(at.server.controlSocket);
   client.send({FrameKind::controlRequest, 3, "?"});
   client.finishSending();
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-  std::thread([&] { EXPECT_TRUE(desk.take().channel->reply("late")); }).join();
+  ASSERT_TRUE(at.has(1));
+  std::thread([&] { EXPECT_TRUE(at.desk.take().channel->reply("late")); }).join();
   Frame frame;
   const auto deadline = std::chrono::steady_clock::now() + kLong;
   ASSERT_TRUE(client.receive(frame, deadline));
@@ -128,22 +98,20 @@ TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
 }
 
 TEST(Control, RequestDroppedUnansweredEndsTheConnectionOfAClientThatWaitsForNothingElse) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
-  RemoteClient client(server.controlSocket);
+  ServerWithDesk at;
+  RemoteClient client(at.server.controlSocket);
   static_cast<void>(client.startControl("?"));
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-  static_cast<void>(desk.take());
+  ASSERT_TRUE(at.has(1));
+  static_cast<void>(at.desk.take());
   EXPECT_TRUE(client.barrier(kLong));
 }
 
 TEST(Control, RequestDroppedUnansweredIsRefused) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
-  RemoteClient client(server.controlSocket);
+  ServerWithDesk at;
+  RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("?");
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-  static_cast<void>(desk.take());
+  ASSERT_TRUE(at.has(1));
+  static_cast<void>(at.desk.take());
   const auto answer = client.nextAnswer(id, kLong);
   ASSERT_TRUE(answer);
   EXPECT_TRUE(answer->last);
@@ -151,22 +119,21 @@ TEST(Control, RequestDroppedUnansweredIsRefused) {
 }
 
 TEST(Control, TellsOnTheLoopWhenTheClientIsGone) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
-  auto client = std::make_unique<RemoteClient>(server.controlSocket);
+  ServerWithDesk at;
+  auto client = std::make_unique<RemoteClient>(at.server.controlSocket);
   static_cast<void>(client->startControl("follow"));
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-  ControlRequest request = desk.take();
+  ASSERT_TRUE(at.has(1));
+  ControlRequest request = at.desk.take();
   int told = 0;
-  server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
+  at.server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
   EXPECT_TRUE(request.channel->item("still there"));
-  EXPECT_EQ(server.onLoop([&] { return told; }), 0);
+  EXPECT_EQ(at.server.onLoop([&] { return told; }), 0);
   client.reset();
-  EXPECT_TRUE(server.becomes([&] { return told == 1; }));
+  EXPECT_TRUE(at.server.becomes([&] { return told == 1; }));
   EXPECT_FALSE(request.channel->item("nobody"));
   EXPECT_FALSE(request.channel->reply("nobody"));
-  server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
-  EXPECT_EQ(server.onLoop([&] { return told; }), 2) << "at once, as it is gone already";
+  at.server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
+  EXPECT_EQ(at.server.onLoop([&] { return told; }), 2) << "at once, as it is gone already";
 }
 
 TEST(Control, AnswersAfterTheServerHasStoppedAreRefused) {
@@ -184,32 +151,30 @@ TEST(Control, AnswersAfterTheServerHasStoppedAreRefused) {
 }
 
 TEST(Control, AFollowerThatDoesNotReadIsDroppedWithOneLine) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
+  ServerWithDesk at;
   const support::LogCapture log(4);
-  RemoteClient client(server.controlSocket);
+  RemoteClient client(at.server.controlSocket);
   static_cast<void>(client.startControl("follow"));
-  ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-  const ControlRequest request = desk.take();
+  ASSERT_TRUE(at.has(1));
+  const ControlRequest request = at.desk.take();
   int items = 0;
   while (request.channel->item(std::string(1000, 'i')) && items < 100000) ++items;
   EXPECT_LT(items, 10000);
-  EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+  EXPECT_TRUE(at.server.becomes([&] { return at.server.clients() == 0; }));
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
 }
 
 TEST(Control, RequestAtTheCallSocketIsRefusedInOneLine) {
-  Desk desk;
-  ServerUnderTest server(desk.handler());
+  ServerWithDesk at;
   const support::LogCapture log(4);
-  RemoteClient client(server.socket);
+  RemoteClient client(at.server.socket);
   EXPECT_EQ(client.control(R"({"verb":"status"})", kLong),
             R"({"error":"control requests are not taken here; send them to )" +
-                server.controlSocket.string() + R"(","ok":false})");
+                at.server.controlSocket.string() + R"(","ok":false})");
   Method echo("echo", Method::call);
   echo.addIntParameter("number", 5, Parameter::in);
   EXPECT_TRUE(client.call(echo, kLong)) << "it is served as before";
-  EXPECT_EQ(desk.size(), 0U);
+  EXPECT_EQ(at.desk.size(), 0U);
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <utility>
+
+#include "host/remote/ServerUnderTest.h"
+
+namespace host {
+
+// Keeps control requests until the test answers them, or drops them. "hold" holds what comes next.
+// Thread: any.
+class Desk {
+ public:
+  [[nodiscard]] ControlHandler handler() {
+    return [this](ControlRequest request) {
+      if (request.text == "hold") request.channel->holdNext();
+      const std::lock_guard lock(m_mutex);
+      m_requests.push_back(std::move(request));
+    };
+  }
+  [[nodiscard]] std::size_t size() {
+    const std::lock_guard lock(m_mutex);
+    return m_requests.size();
+  }
+  [[nodiscard]] ControlRequest take() {
+    const std::lock_guard lock(m_mutex);
+    ControlRequest request = std::move(m_requests.front());
+    m_requests.pop_front();
+    return request;
+  }
+  [[nodiscard]] ControlRequest takeLast() {
+    const std::lock_guard lock(m_mutex);
+    ControlRequest request = std::move(m_requests.back());
+    m_requests.pop_back();
+    return request;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::deque<ControlRequest> m_requests;
+};
+
+// A server with a desk, at which a test waits for requests.
+struct ServerWithDesk {
+  [[nodiscard]] bool has(std::size_t requests) {
+    return server.becomes([&] { return desk.size() == requests; });
+  }
+
+  Desk desk;
+  ServerUnderTest server{desk.handler()};
+};
+
+}  // namespace host
