@@ -227,4 +227,4 @@ class ClockService : public Service,
   SNTPClientThread m_sntpClientThread{this};
 };
 
-extern "C" Service* createClockService();
+extern "C" __attribute__((visibility("default"))) Service* createClockService();

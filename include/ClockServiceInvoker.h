@@ -24,4 +24,4 @@ class ClockServiceInvoker : public Invoker {
   FrameworkContext* context = nullptr;
 };
 
-extern "C" Invoker* createClockServiceInvoker();
+extern "C" __attribute__((visibility("default"))) Invoker* createClockServiceInvoker();

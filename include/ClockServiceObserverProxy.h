@@ -24,4 +24,4 @@ class ClockServiceObserverProxy : public Proxy, public ClockServiceObserverIfc {
   ProxyRequest* request = nullptr;  // not owned
 };
 
-extern "C" Proxy* createClockServiceObserverProxy();
+extern "C" __attribute__((visibility("default"))) Proxy* createClockServiceObserverProxy();

@@ -3,13 +3,14 @@
 #include <stdio.h>
 #include <string.h>
 
-/* factories.cpp: the framework's side, which ends each object through its base. */
-void releaseService(void* object);
-void releaseInvoker(void* object);
-void releaseProxy(void* object);
+/* factories.cpp: the framework's side, which ends each object. Returns what is wrong with it, or
+   NULL. */
+const char* releaseService(void* object);
+const char* releaseInvoker(void* object);
+const char* releaseProxy(void* object);
 
 typedef void* (*Factory)(void);
-typedef void (*Release)(void*);
+typedef const char* (*Release)(void*);
 
 static int makeOne(void* plugin, const char* name, Release release) {
   Factory factory = NULL;
@@ -20,8 +21,9 @@ static int makeOne(void* plugin, const char* name, Release release) {
     fprintf(stderr, "%s: %s\n", name, factory == NULL ? "not found" : "returned null");
     return 1;
   }
-  release(object);
-  return 0;
+  const char* const fault = release(object);
+  if (fault != NULL) fprintf(stderr, "%s: its object %s\n", name, fault);
+  return fault == NULL ? 0 : 1;
 }
 
 int main(int count, char** arguments) {
