@@ -56,8 +56,12 @@ TEST_F(ClockWithFallbackFile, TakesTwentyFiveCharactersOverIntoTheSettings) {
 }
 
 TEST_F(ClockWithFallbackFile, ReadsTheFirstTokenOnly) {
-  write(std::string("\n \t") + kInFile + "\nand more\n");
-  EXPECT_EQ(timeAfterStart(), kInFile);
+  for (const char end : {' ', '\t', '\n', '\v', '\f', '\r', '\0'}) {
+    write(std::string("\n \t\v\f\r") + kInFile + end + "and more\n");
+    EXPECT_EQ(timeAfterStart(), kInFile) << static_cast<int>(end);
+    telephone.switchOff();
+    telephone.store("FallbackDateTime", kSaved);
+  }
 }
 
 TEST_F(ClockWithFallbackFile, IgnoresAndDeletesAnyOtherContent) {
