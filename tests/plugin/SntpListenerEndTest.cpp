@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
+#include <cstdint>
 #include <string>
 #include <thread>
 
@@ -69,6 +71,48 @@ TEST_F(ListenerRunning, IsDestroyedWhileItWaitsOnceAWriterWakesIt) {
   EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
   EXPECT_THAT(reports.first(0), IsEmpty());
   EXPECT_THAT(plugin::descriptorFlagsOf(plugin::ReportPipe::path()), IsEmpty());
+}
+
+// A listener that waits in its read when it is told to end; then something comes.
+class ListenerWaitingInItsRead : public ListenerRunning {
+ protected:
+  ListenerWaitingInItsRead() {
+    while (plugin::descriptorFlagsOf(plugin::ReportPipe::path()).size() < 2)
+      std::this_thread::yield();
+  }
+  ~ListenerWaitingInItsRead() override { close(m_holder); }
+  ListenerWaitingInItsRead(const ListenerWaitingInItsRead&) = delete;
+  ListenerWaitingInItsRead& operator=(const ListenerWaitingInItsRead&) = delete;
+
+  void endAndWrite(std::uint32_t number) {
+    const support::OpenWatch watch(plugin::ReportPipe::path());
+    std::thread destruction([this] { listener.reset(); });
+    EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // it is told to end
+    EXPECT_EQ(write(m_holder, plugin::ReportPipe::bytesOf(number).data(), 4), 4);
+    destruction.join();
+  }
+
+ private:
+  const int m_holder = open(plugin::ReportPipe::path().c_str(), O_RDWR | O_CLOEXEC);
+};
+
+TEST_F(ListenerWaitingInItsRead, NeitherReportsNorLogsWhatComesOnceItIsToldToEnd) {
+  endAndWrite(7);
+  EXPECT_FALSE(log.hasPart("EPOC"));
+  EXPECT_THAT(reports.first(0), IsEmpty());
+}
+
+TEST_F(ListenerWaitingInItsRead, DoesNotSayWhatItCannotReadOnceItIsToldToEnd) {
+  plugin::failReads(EIO);
+  endAndWrite(7);
+  EXPECT_FALSE(log.hasPart("Read failed"));
+  EXPECT_THAT(plugin::sleeps(), IsEmpty());
+}
+
+// By design: the end tries to write a zero, but into an opening for reading.
+TEST_F(ListenerWaitingInItsRead, IsNotWokenByTheZeroThatItsEndCannotWrite) {
+  endAndWrite(7);
+  EXPECT_EQ(plugin::refusedStops(), 1);
 }
 
 // A close too many would be that of whatever somebody else has open.

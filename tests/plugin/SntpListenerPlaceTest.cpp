@@ -94,6 +94,7 @@ TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatTakesThePlaceOfThePipe) {
   });
   listener->start();
   ASSERT_TRUE(log.waitForPart("Not a named pipe"));
+  EXPECT_THAT(plugin::descriptorFlagsOf(place()), testing::IsEmpty());
   putPipe();
   pipe.report(7);
   EXPECT_THAT(reports.first(1), ElementsAre(7));

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstring>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -19,6 +20,7 @@ std::function<void()> g_afterStat;  // guarded by g_mutex
 std::atomic<int> g_closes{0};
 std::atomic<int> g_readError{0};
 std::atomic<bool> g_endlessReads{false};
+std::atomic<int> g_refusedStops{0};
 
 }  // namespace
 
@@ -29,6 +31,8 @@ int __real_close(int descriptor);
 int __wrap_close(int descriptor);
 ssize_t __real_read(int descriptor, void* buffer, size_t size);
 ssize_t __wrap_read(int descriptor, void* buffer, size_t size);
+ssize_t __real_write(int descriptor, const void* buffer, size_t size);
+ssize_t __wrap_write(int descriptor, const void* buffer, size_t size);
 int __real_stat(const char* path, struct stat* status);
 int __wrap_stat(const char* path, struct stat* status);
 bool __real__Z15loggingOnAppUniPKci(const char* component, int level);
@@ -55,6 +59,13 @@ ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
   if (size != kMessageSize || g_readError == 0) return count;
   errno = g_readError;
   return -1;
+}
+
+ssize_t __wrap_write(int descriptor, const void* buffer, size_t size) {
+  const ssize_t count = __real_write(descriptor, buffer, size);
+  const bool stops = size == kMessageSize && std::memcmp(buffer, "\0\0\0", kMessageSize) == 0;
+  if (stops && count < 0 && errno == EBADF) ++g_refusedStops;
+  return count;
 }
 
 int __wrap_stat(const char* path, struct stat* status) {
@@ -87,6 +98,7 @@ void forgetCalls() {
   g_closes = 0;
   g_readError = 0;
   g_endlessReads = false;
+  g_refusedStops = 0;
 }
 
 std::set<unsigned int> sleeps() {
@@ -96,6 +108,10 @@ std::set<unsigned int> sleeps() {
 
 int closes() {
   return g_closes;
+}
+
+int refusedStops() {
+  return g_refusedStops;
 }
 
 void awaitCloses(int count) {

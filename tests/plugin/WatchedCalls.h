@@ -10,6 +10,7 @@ namespace plugin {
 void forgetCalls();
 std::set<unsigned int> sleeps();  // the different numbers of seconds
 int closes();
+int refusedStops();  // writes of the stop signal through a descriptor that is not open for writing
 void awaitCloses(int count);
 
 // Until forgetCalls: each read of four bytes fails with this error; each longer read fills its
