@@ -5,12 +5,33 @@
 
 #include <array>
 #include <cstdio>
+#include <functional>
 #include <random>
 #include <utility>
 
 #include "plugin/ClockOnWatchedTimers.h"
 #include "support/UtcInstant.h"
 #include "support/WaitingCall.h"
+
+namespace {
+
+std::function<void()> g_onSystemSet;
+
+}  // namespace
+
+// The linker puts this in the place of votk_set_time_seconds_since_epoch, which has this name for
+// it. NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+int __real__Z33votk_set_time_seconds_since_epochm(unsigned long secondsSinceEpoch);
+int __wrap__Z33votk_set_time_seconds_since_epochm(unsigned long secondsSinceEpoch);
+
+int __wrap__Z33votk_set_time_seconds_since_epochm(unsigned long secondsSinceEpoch) {
+  const int result = __real__Z33votk_set_time_seconds_since_epochm(secondsSinceEpoch);
+  if (g_onSystemSet) g_onSystemSet();
+  return result;
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -76,6 +97,15 @@ TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenTheHourComesFirst) {
   EXPECT_THAT(heard(microseconds{500}), ElementsAre("time 23:00:00"));
   EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 20.06.2030"));
   EXPECT_THAT(heard(hours{1}), ElementsAre("time 00:00:00", "date 21.06.2030"));
+}
+
+// The hour sees the new date before the setter has started the timer that announces it.
+TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenTheHourComesWhileItIsSet) {
+  startAt("2030-06-07T22:30:00");
+  g_onSystemSet = [this] { service->timerEvent(kHour); };
+  service->setDate(20, 6, 2030);
+  g_onSystemSet = nullptr;
+  EXPECT_THAT(heard(milliseconds{1}), ElementsAre("time 22:30:00", "date 20.06.2030"));
 }
 
 TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenItsTimerIsStoppedByTheMidnight) {
@@ -185,6 +215,22 @@ TEST_F(ClockThatIsMovedAtRandom, KnowsTheDateAfterAnHourInPeace) {
     listen(hours{1});
     ASSERT_EQ(m_heard, today()) << i;
   }
+}
+
+// The time is read when it changes, and not when the observers are free to hear of it.
+TEST_F(ClockThatIsMoved, TellsTheTimeAtWhichTheHourCameThoughItHadToWait) {
+  startAt("2030-06-07T22:30:00");
+  timers.onCall = nullptr;
+  std::unique_ptr<support::WaitingCall> hour;
+  observer.onEvent = [&] {
+    if (hour != nullptr) return;
+    hour = std::make_unique<support::WaitingCall>([this] { service->timerEvent(kHour); });
+    EXPECT_TRUE(hour->waits());
+    clock.advance(seconds{10});
+  };
+  service->timerEvent(kZoneRefresh);
+  hour.reset();
+  EXPECT_THAT(heard({}), testing::IsSupersetOf({"time 22:30:00", "time 22:30:10"}));
 }
 
 // The listener is in the middle of announcing the new date when the hour comes.

@@ -109,18 +109,24 @@ TEST_F(ClockOnWatchedTimers, IgnoresAnyOtherTimer) {
   for (const int other : {0, -1, 7, 1000}) EXPECT_THAT(expire(other), IsEmpty()) << other;
 }
 
-TEST_F(ClockOnWatchedTimers, TakesTheNumberZeroForTheFirstTimerThatCouldNotBeCreated) {
-  timers.refuseTimers(0);
-  start();
-  EXPECT_THAT(expire(0), ElementsAre("store FallbackDateTime=2030-06-15T22:10:05+00:00"));
-}
-
 TEST_F(ClockOnWatchedTimers, ReplacesTheTimerThatHasTheFirstNumberOfAll) {
   constexpr int timersBefore = kHour - 1;
   timers.refuseFirst(timersBefore);
   start();
   const auto calls = expire(kHour - timersBefore);
   EXPECT_THAT(calls, testing::IsSupersetOf({"cancel 1", "delete 1"}));
+}
+
+TEST_F(ClockOnWatchedTimers, StartsTheTimerOfASetTimeOnceTheTimeIsSet) {
+  start();
+  std::vector<std::string> shown;
+  timers.onCall = [&](const std::string& /*call*/) {
+    shown.push_back(service->getTime() + " " + service->getDate());
+  };
+  service->setTime(10, 20, 30);
+  service->setDate(20, 6, 2030);
+  timers.onCall = nullptr;
+  EXPECT_THAT(shown, ElementsAre("10:20 15.06.30", "10:20 20.06.30"));
 }
 
 TEST_F(ClockOnWatchedTimers, TellsOfASetTimeWithTheHourThatComesBeforeIt) {

@@ -28,8 +28,8 @@ class OrderedTimers : public Context {
   // Each call on the way: "create 3600000 -> 5", "start 5", "stop 5", "cancel 5", "delete 5".
   std::function<void(const std::string&)> onCall;
 
-  // From now on no timer can be created: the id is this.
-  void refuseTimers(int id) { m_refusedId = id; }
+  // From now on no timer can be created: the id is this. Without one, timers can be created again.
+  void refuseTimers(std::optional<int> id) { m_refusedId = id; }
   // The first timers cannot be created; the id of the last of them is 0.
   void refuseFirst(int count) { m_lastId = -count; }
 
