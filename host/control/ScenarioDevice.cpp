@@ -23,7 +23,10 @@ namespace {
 constexpr int kLogLevel = 5;  // what `expect log` can see: all but the frequent traces
 
 fs::path newFolder() {
-  std::string name = (fs::temp_directory_path() / "clock-scenario-XXXXXX").string();
+  std::error_code error;
+  const fs::path all = fs::temp_directory_path(error);
+  if (error) throw Error("there is no temporary folder; let TMPDIR name one");
+  std::string name = all / "clock-scenario-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) throw Error("no folder can be made at " + name);
   return name;
 }

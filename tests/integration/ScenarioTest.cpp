@@ -88,5 +88,29 @@ TEST(Scenario, AMissingFileIsStatusTwo) {
   EXPECT_EQ(program.wait().status, 2);
 }
 
+TEST(Scenario, AFileWithoutAnEndIsStatusTwo) {
+  const support::TemporaryFolder folder;
+  const Words words = {CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--scenario", "/dev/zero"};
+  const Outcome outcome = Program(folder.path(), "clockhost", words).wait(std::chrono::seconds(5));
+  EXPECT_EQ(outcome.status, 2);
+  EXPECT_EQ(outcome.err, "/dev/zero: is too large; a scenario has at most 16 MiB\n");
+}
+
+TEST(Scenario, WithoutATemporaryFolderIsToldInOneLine) {
+  const support::TemporaryFolder folder;
+  const std::filesystem::path file = folder / "file";
+  std::ofstream(file) << "clock show\n";
+  const Words words = {"/usr/bin/env",
+                       "TMPDIR=" + (folder / "none").string(),
+                       CLOCKHOST,
+                       "--plugin",
+                       CLOCK_PLUGIN,
+                       "--scenario",
+                       file};
+  const Outcome outcome = Program(folder.path(), "clockhost", words).wait();
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, file.string() + ": there is no temporary folder; let TMPDIR name one\n");
+}
+
 }  // namespace
 }  // namespace integration
