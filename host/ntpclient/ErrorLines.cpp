@@ -11,10 +11,9 @@ namespace host::ntp {
 void unblockStandardError() {
   struct stat found {};
   if (::fstat(STDERR_FILENO, &found) != 0) return;
-  // A file takes every write; opened anew it would be overwritten from its start.
+  // A file takes every write. Opened anew it would be overwritten from its start.
   if (!S_ISFIFO(found.st_mode) && !S_ISCHR(found.st_mode)) return;
-  const Descriptor own(
-      ::open("/proc/self/fd/2", O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const Descriptor own(::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (own.valid()) ::dup2(own.get(), STDERR_FILENO);
 }
 

@@ -161,16 +161,27 @@ TEST_F(ClientProgram, GoesOnBesideAStandardErrorThatNobodyReads) {
   EXPECT_GE(listen(), kTime);
 }
 
+// Whether writes to the standard error of the process wait for a reader.
+bool waitsForReaders(pid_t process) {
+  std::ifstream facts("/proc/" + std::to_string(process) + "/fdinfo/2");
+  for (std::string word; facts >> word && word != "flags:";) continue;
+  int flags = -1;
+  EXPECT_TRUE(facts >> std::oct >> flags);
+  return (flags & O_NONBLOCK) == 0;
+}
+
+TEST_F(ClientProgram, HasAStandardErrorOfItsOwn) {
+  const ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
+  ASSERT_TRUE(m_server.receive());
+  EXPECT_FALSE(waitsForReaders(program.id()));
+}
+
 TEST_F(ClientProgram, LeavesTheStandardErrorOfItsParentAsItIs) {
   Strings words = commandLine({"127.0.0.1", "-4"});
   words.insert(words.begin(), {"/bin/sh", "-c", "\"$0\" \"$@\"; :"});
   const ChildProgram shell(words, environment(), m_clock.clientsEnd());
   ASSERT_TRUE(m_server.receive());
-  std::ifstream facts("/proc/" + std::to_string(shell.id()) + "/fdinfo/2");
-  for (std::string word; facts >> word && word != "flags:";) continue;
-  int flags = -1;
-  EXPECT_TRUE(facts >> std::oct >> flags);
-  EXPECT_EQ(flags & O_NONBLOCK, 0);
+  EXPECT_TRUE(waitsForReaders(shell.id()));
 }
 
 TEST_F(ClientProgram, ReportsNothingThatTheHostRefused) {
