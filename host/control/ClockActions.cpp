@@ -143,7 +143,7 @@ nanoseconds beginRecorded(const std::function<nanoseconds()>& begin, VirtualCloc
     const nanoseconds target = begin();
     act.begun(howFar);
     return target;
-  } catch (const Error&) {
+  } catch (...) {
     if (clock.speed() != speed) act.begun(howFar);
     throw;
   }
