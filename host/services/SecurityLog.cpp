@@ -269,7 +269,12 @@ std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t mo
   SqliteStatement& list = m_statements->list;
   list.bind(1, after);
   list.bind(2, static_cast<std::int64_t>(bound));
-  while (list.next()) records.push_back(recordOf(list));
+  try {
+    while (list.next()) records.push_back(recordOf(list));
+  } catch (...) {
+    list.reset();
+    throw;
+  }
   list.reset();
   if (list.failed()) failReading();
   return records;

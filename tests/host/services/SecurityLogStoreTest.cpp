@@ -1,11 +1,13 @@
 // Security logs of an earlier version, damaged ones, and stores that fail.
 #include <cerrno>
+#include <new>
 
 #include "host/services/SecurityLogFile.h"
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
 #include "runtime/Error.h"
 #include "support/ErrorOf.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -78,6 +80,22 @@ TEST_F(SecurityLogFile, ThatCannotBeReadIsNoEmptyOne) {
   }
   EXPECT_TRUE(log.has(reason)) << log.text();
   EXPECT_EQ(security.list(0, SIZE_MAX).size(), kMany);
+}
+
+TEST_F(SecurityLogFile, CanBeReadAfterMemoryRanOutForIt) {
+  SecurityLog security(folder.path());
+  record(security, "a");
+  record(security, "b");
+  bool ranOut = true;
+  for (std::size_t after = 0; ranOut; ++after) {
+    try {
+      const support::NoMemory none(after);
+      static_cast<void>(security.list(0, 10));
+    } catch (const std::bad_alloc&) {
+    }
+    ranOut = support::NoMemory::ranOut();
+    ASSERT_EQ(security.list(0, 10).size(), 2U) << "after " << after << " allocations";
+  }
 }
 
 TEST_F(SecurityLogFile, ThatCannotBeCountedIsNoEmptyOne) {
