@@ -3,7 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-// An open descriptor, or -1; closed when the object goes, and never inherited by a child.
+// An open descriptor, or -1; closed when the object goes, never inherited by a child, and never the
+// controlling terminal: what is in a path's place may be a terminal.
 class Descriptor {
  public:
   ~Descriptor() { close(); }
@@ -13,7 +14,7 @@ class Descriptor {
 
   // REQUIRES: none open.
   [[nodiscard]] bool open(const char* path, int flags) {
-    m_number = ::open(path, flags | O_CLOEXEC);
+    m_number = ::open(path, flags | O_CLOEXEC | O_NOCTTY);
     return m_number >= 0;
   }
   void close() {

@@ -134,7 +134,7 @@ std::string ClockService::setFallbackTime() {
 // fallback time. Opened without waiting: a pipe in the file's place must not hold up the start.
 void ClockService::restoreFallbackTime() {
   Descriptor file;
-  if (!file.open(DevicePaths::fallbackTimeFile, O_RDONLY | O_NONBLOCK | O_NOCTTY)) return;
+  if (!file.open(DevicePaths::fallbackTimeFile, O_RDONLY | O_NONBLOCK)) return;
   const std::string token = firstToken(file.number());
   file.close();
   if (token.size() == utcStringLength) {

@@ -100,4 +100,13 @@ TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatTakesThePlaceOfThePipe) {
   EXPECT_THAT(reports.first(1), ElementsAre(7));
 }
 
+// What takes the place of the pipe may be a terminal.
+TEST_F(ListenerNotStarted, OpensNothingThatCouldBecomeItsControllingTerminal) {
+  listener->start();
+  pipe.report(7);
+  EXPECT_THAT(reports.first(1), ElementsAre(7));
+  end();
+  EXPECT_EQ(plugin::opensThatTakeATerminal(), 0);
+}
+
 }  // namespace

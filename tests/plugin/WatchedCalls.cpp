@@ -1,10 +1,12 @@
 #include "plugin/WatchedCalls.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
 #include <cstring>
 #include <mutex>
 #include <thread>
@@ -18,6 +20,7 @@ std::mutex g_mutex;
 std::set<unsigned int> g_sleeps;    // guarded by g_mutex
 std::function<void()> g_afterStat;  // guarded by g_mutex
 std::atomic<int> g_closes{0};
+std::atomic<int> g_opensThatTakeATerminal{0};
 std::atomic<int> g_readError{0};
 std::atomic<bool> g_endlessReads{false};
 std::atomic<int> g_refusedStops{0};
@@ -27,6 +30,8 @@ std::atomic<int> g_refusedStops{0};
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 unsigned int __wrap_sleep(unsigned int seconds);
+int __real_open(const char* path, int flags, ...);
+int __wrap_open(const char* path, int flags, ...);
 int __real_close(int descriptor);
 int __wrap_close(int descriptor);
 ssize_t __real_read(int descriptor, void* buffer, size_t size);
@@ -45,6 +50,15 @@ unsigned int __wrap_sleep(unsigned int seconds) {
   }
   std::this_thread::yield();
   return 0;
+}
+
+int __wrap_open(const char* path, int flags, ...) {
+  if ((flags & O_ACCMODE) == O_RDONLY && (flags & O_NOCTTY) == 0) ++g_opensThatTakeATerminal;
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return __real_open(path, flags, mode);
 }
 
 int __wrap_close(int descriptor) {
@@ -96,6 +110,7 @@ void forgetCalls() {
   g_sleeps.clear();
   g_afterStat = nullptr;
   g_closes = 0;
+  g_opensThatTakeATerminal = 0;
   g_readError = 0;
   g_endlessReads = false;
   g_refusedStops = 0;
@@ -112,6 +127,10 @@ int closes() {
 
 int refusedStops() {
   return g_refusedStops;
+}
+
+int opensThatTakeATerminal() {
+  return g_opensThatTakeATerminal;
 }
 
 void awaitCloses(int count) {

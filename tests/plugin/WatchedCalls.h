@@ -12,6 +12,7 @@ std::set<unsigned int> sleeps();  // the different numbers of seconds
 int closes();
 int refusedStops();  // writes of the stop signal through a descriptor that is not open for writing
 void awaitCloses(int count);
+int opensThatTakeATerminal();  // for reading, without O_NOCTTY
 
 // Until forgetCalls: each read of four bytes fails with this error; each longer read fills its
 // buffer, as from a writer that never stops; after each stat this is called.
