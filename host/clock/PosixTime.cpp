@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "SystemClock.h"
+#include "clock/ShiftedTime.h"
 #include "clock/VirtualClock.h"
 
 namespace host {
@@ -22,6 +23,8 @@ constinit std::atomic<VirtualClock*> g_clock{nullptr};
 
 using std::chrono::seconds;
 
+thread_local seconds t_later{0};
+
 template <class Time>
 bool fits(seconds::rep count) {
   return count >= std::numeric_limits<Time>::min() && count <= std::numeric_limits<Time>::max();
@@ -29,7 +32,7 @@ bool fits(seconds::rep count) {
 
 seconds::rep wallSeconds() {
   if (const VirtualClock* clock = g_clock.load(std::memory_order_acquire)) {
-    return std::chrono::floor<seconds>(clock->wall()).count();
+    return (std::chrono::floor<seconds>(clock->wall()) + t_later).count();
   }
   // As the C library's own: whole seconds do with the clock that the kernel keeps by ticks. Not so
   // where this clock's timers are kept (VirtualClock): it is up to a tick behind, and what expires
@@ -69,6 +72,14 @@ VirtualClock* processClockIfAny() noexcept {
 
 void setProcessClock(VirtualClock* clock) {
   g_clock.store(clock, std::memory_order_release);
+}
+
+ShiftedTime::ShiftedTime(seconds later) noexcept {
+  t_later = later;
+}
+
+ShiftedTime::~ShiftedTime() {
+  t_later = seconds(0);
 }
 
 }  // namespace host

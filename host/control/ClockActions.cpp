@@ -132,29 +132,15 @@ auto rowNamed(const Rows& rows, const std::string& name) {
   return found == std::end(rows) ? nullptr : found;
 }
 
-// Begins a move. A refused one may have stopped the clock all the same.
-nanoseconds beginRecorded(const std::function<nanoseconds()>& begin, VirtualClock& clock,
-                          RecordedAct& act) {
-  const auto howFar = [&clock] {
-    return ", stopped at " + instantText(duration_cast<seconds>(clock.wall()));
-  };
-  const double speed = clock.speed();
-  try {
-    const nanoseconds target = begin();
-    act.begun(howFar);
-    return target;
-  } catch (...) {
-    if (clock.speed() != speed) act.begun(howFar);
-    throw;
-  }
-}
-
 // The record is written when the move has arrived, or is dropped on its way.
 ClockMove recorded(const PassingAction& action, Controller& controller, const Json& request) {
   const auto act = recordOf(controller, request);
   ClockMove move = action.move(controller, request);
   move.begin = [act, begin = std::move(move.begin), &clock = controller.device().clock()] {
-    return beginRecorded(begin, clock, *act);
+    const nanoseconds target = begin();
+    act->begun(
+        [&clock] { return ", stopped at " + instantText(duration_cast<seconds>(clock.wall())); });
+    return target;
   };
   move.arrive = [act, arrive = std::move(move.arrive)] {
     std::string note = arrive();

@@ -1,7 +1,9 @@
 #include "control/ClockMoves.h"
 
 #include <memory>
+#include <utility>
 
+#include "clock/ShiftedTime.h"
 #include "clock/VirtualClock.h"
 #include "control/LocalCall.h"
 #include "control/TimeText.h"
@@ -19,8 +21,34 @@ using Nanoseconds = VirtualClock::Nanoseconds;
 constexpr Nanoseconds kSettling = std::chrono::milliseconds(10);
 // After a far jump: long enough for the hourly timer to expire wherever it was, and once more.
 constexpr seconds kRearming = std::chrono::hours(2);
-// Little enough that a reading by another thread meanwhile does no harm.
 constexpr seconds kProbe{1};
+
+// The clock stands while it lives. Then it goes on at its former speed, unless it is to stay, or
+// somebody has given it another speed.
+class Standstill {
+ public:
+  explicit Standstill(VirtualClock& clock) : m_clock(clock), m_speed(clock.speed()) {
+    m_clock.setSpeed(0);
+  }
+  ~Standstill() {
+    if (!m_stays && !(m_clock.speed() > 0)) m_clock.setSpeed(m_speed);
+  }
+  Standstill(const Standstill&) = delete;
+  Standstill& operator=(const Standstill&) = delete;
+
+  void stay() { m_stays = true; }
+
+ private:
+  VirtualClock& m_clock;
+  const double m_speed;
+  bool m_stays = false;
+};
+
+// A way to a landmark, once begun.
+struct Journey {
+  std::shared_ptr<Standstill> standstill;
+  time_t target = 0;
+};
 
 void settle(VirtualClock& clock) {
   const Nanoseconds limit = clock.uptime() + kSettling;
@@ -56,17 +84,18 @@ const LandmarkName& rowOf(Landmark landmark) {
   return landmarkNames().front();
 }
 
+time_t landmarkAfter(time_t now, const LandmarkName& row) {
+  if (const auto instant = nextLandmark(row.landmark, now)) return *instant;
+  throw Error(std::string(row.missing) + " " + localText(now) + "; " + std::string(row.remedy));
+}
+
 // Whether the service's time moves with the clock: after it was set by hand it runs on the uptime,
-// and may still equal the clock's by chance. So the clock, which is paused, moves a second and
-// back.
+// and may still equal the clock's by chance. So the service is shown another time, and no clock
+// moves. REQUIRES: the clock stands.
 bool followsClock(Device& device) {
-  VirtualClock& clock = device.clock();
-  const Nanoseconds wall = clock.wall();
   const time_t before = serviceTime(device);
-  if (!clock.setWall(wall + kProbe)) return false;
-  const time_t after = serviceTime(device);
-  if (!clock.setWall(wall)) throw Error("the clock cannot be set back");
-  return after != before;
+  const ShiftedTime shift(kProbe);
+  return serviceTime(device) != before;
 }
 
 // Jumps over the most of a far way; the uptime at its end.
@@ -122,21 +151,22 @@ time_t serviceTime(Device& device) {
 }
 
 ClockMove goBefore(Device& device, Landmark landmark) {
-  const auto instant = std::make_shared<time_t>(0);
-  const auto begin = [&device, landmark, instant] {
+  const auto journey = std::make_shared<Journey>();
+  const auto begin = [&device, landmark, journey] {
     requireRoom(device.clock(), kRearming);
-    device.clock().setSpeed(0);
+    auto standstill = std::make_shared<Standstill>(device.clock());
     settle(device.clock());
     const time_t now = serviceTime(device);
-    const auto target = nextLandmark(landmark, now);
-    if (!target) throw Error("there is none ahead: " + std::string(rowOf(landmark).meaning));
-    *instant = *target;
-    return uptimeAfter(device, seconds(*target - now) - kJumpMargin);
+    journey->target = landmarkAfter(now, rowOf(landmark));
+    const Nanoseconds end = uptimeAfter(device, seconds(journey->target - now) - kJumpMargin);
+    journey->standstill = std::move(standstill);
+    return end;
   };
-  const auto arrive = [&device, landmark, instant] {
+  const auto arrive = [&device, landmark, journey] {
     standBeforeTimer(device.clock());
-    requireStandingBefore(device, *instant);
-    return arrivedText(landmark, *instant);
+    requireStandingBefore(device, journey->target);
+    journey->standstill->stay();
+    return arrivedText(landmark, journey->target);
   };
   return {begin, arrive};
 }

@@ -15,7 +15,8 @@ class Device;
 // `begin`, then time passes up to the uptime that it returned, then `arrive`, which returns what
 // stays to be said. The device outlives it. Thread: the framework's. Failure: host::Error from
 // either, one line, when the clock cannot go there; nothing has moved then, unless the line says
-// so.
+// so. A move that is refused, or goes before it has arrived, leaves the clock at the speed that it
+// found.
 struct ClockMove {
   std::function<std::chrono::nanoseconds()> begin;
   std::function<std::string()> arrive;

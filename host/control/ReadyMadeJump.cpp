@@ -7,12 +7,23 @@
 namespace host {
 namespace {
 
+constexpr const char* kEarlier =
+    "take the clock to an earlier time with `clock jump`, or with `set time` when it was set by "
+    "hand";
+
 constexpr LandmarkName kLandmarks[] = {
-    {"hour", Landmark::hour, "the next full hour"},
-    {"midnight", Landmark::midnight, "the next local midnight"},
-    {"dst", Landmark::dst, "the next change to or from daylight saving"},
-    {"leap-day", Landmark::leapDay, "the next leap day"},
-    {"2038", Landmark::year2038, "the end of 32-bit time, 2038-01-19T03:14:07Z"},
+    {"hour", Landmark::hour, "the next full hour", "no full hour was found in the 3 hours after",
+     kEarlier},
+    {"midnight", Landmark::midnight, "the next local midnight",
+     "no local midnight was found in the 2 days after", kEarlier},
+    {"dst", Landmark::dst, "the next change to or from daylight saving",
+     "no change to or from daylight saving was found in the 2 years after",
+     "choose a zone that has one: set `daylight-save-zone-id`, and `daylight-save` and "
+     "`auto-daylight-save` to true"},
+    {"leap-day", Landmark::leapDay, "the next leap day",
+     "no leap day was found in the 8 years after", kEarlier},
+    {"2038", Landmark::year2038, "the end of 32-bit time, 2038-01-19T03:14:07Z",
+     "the end of 32-bit time, 2038-01-19T03:14:07Z, is not ahead of", kEarlier},
 };
 
 constexpr time_t kMinute = 60;

@@ -14,7 +14,10 @@ enum class Landmark { hour, midnight, dst, leapDay, year2038 };
 struct LandmarkName {
   std::string_view name;  // as typed: "leap-day"
   Landmark landmark;
-  std::string_view meaning;  // "the leap day, 29 February 00:00 local"
+  std::string_view meaning;  // "the next leap day"
+  // Of a refusal: what was looked for and how far, before the time from which on; what to do.
+  std::string_view missing;
+  std::string_view remedy;
 };
 
 [[nodiscard]] std::span<const LandmarkName> landmarkNames();

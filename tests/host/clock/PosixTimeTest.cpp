@@ -7,9 +7,11 @@
 #include <ctime>
 #include <limits>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "SystemClock.h"
+#include "clock/ShiftedTime.h"
 #include "clock/VirtualClock.h"
 
 namespace {
@@ -40,6 +42,18 @@ TEST_F(ProcessWithClock, TimeIsTheWholeSecond) {
   EXPECT_EQ(stored, 1'000'000'000);
   m_clock.advance(300ms);
   EXPECT_EQ(time(nullptr), 1'000'000'001);
+}
+
+TEST_F(ProcessWithClock, ShiftedTimeIsThatOfOneThread) {
+  {
+    const host::ShiftedTime shift(5s);
+    EXPECT_EQ(time(nullptr), 1'000'000'005);
+    time_t others = 0;
+    std::thread([&others] { others = time(nullptr); }).join();
+    EXPECT_EQ(others, 1'000'000'000);
+    EXPECT_EQ(m_clock.wall(), 1'000'000'000s + 700ms);
+  }
+  EXPECT_EQ(time(nullptr), 1'000'000'000);
 }
 
 TEST_F(ProcessWithClock, TimeBeyondItsTypeIsAnOverflow) {

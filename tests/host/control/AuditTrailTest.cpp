@@ -178,15 +178,13 @@ TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatWasRefusedAtItsEnd) {
             "accepted 4 Clock to midnight, from 2016-06-16T00:00:00Z, stopped at " + now());
 }
 
-TEST_F(MovedTelephone, RecordsTheStandstillOfAMoveThatWasRefusedAtItsBeginning) {
+TEST_F(MovedTelephone, RecordsAMoveThatWasRefusedAtItsBeginningAsRefused) {
   begin(R"({"verb":"clock","action":"jump","seconds":2240524800})");
   telephone.device().clock().setSpeed(1);
   begin(R"({"verb":"clock","action":"to","landmark":"2038"})");
   const std::string text = records().back();
-  EXPECT_EQ(text.find("accepted 4 Clock to 2038, from 2040-12-31T"), 0U) << text;
-  EXPECT_NE(text.find(", stopped at " + now()), std::string::npos) << text;
-  begin(R"({"verb":"clock","action":"to","landmark":"2038"})");
-  EXPECT_EQ(records().back(), "refused 4 Clock to 2038, from " + now()) << "it stood already";
+  EXPECT_EQ(text.find("refused 4 Clock to 2038, from 2040-12-31T"), 0U) << text;
+  EXPECT_EQ(text.find("stopped"), std::string::npos) << text;
 }
 
 TEST_F(MovedTelephone, RecordsWhoseMoveTheEndOfTheHostStopped) {
