@@ -147,7 +147,7 @@ TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
 
 // From now on this process lives on a system without filters, as far as it can see.
 bool refuseFilters() {
-  const scmp_filter_ctx refusing = seccomp_init(SCMP_ACT_ALLOW);
+  void* const refusing = seccomp_init(SCMP_ACT_ALLOW);
   seccomp_rule_add(refusing, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(seccomp), 0);
   seccomp_rule_add(refusing, SCMP_ACT_ERRNO(EINVAL), SCMP_SYS(prctl), 1,
                    scmp_arg_cmp{0, SCMP_CMP_EQ, PR_SET_SECCOMP, 0});
