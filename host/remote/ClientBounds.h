@@ -33,6 +33,10 @@ inline constexpr std::size_t kOwnDescriptors = kMostControlClients + 64;
 // How many the process has descriptors for, at its present limit.
 [[nodiscard]] std::size_t clientsWithDescriptors();
 
+// What a client may have handled as soon as it is read, without waiting for a turn: enough for one
+// who waits for answers. However many clients send more together, one of them has a turn at a time.
+inline constexpr std::size_t kFramesAtOnce = 4;
+
 // One turn of a client on the loop: as many frames as these, or as long, whichever ends first. It
 // ends after a frame, so one frame is always handled.
 inline constexpr std::size_t kFramesInTurn = 64;

@@ -71,13 +71,16 @@ void Connection::onRead(bool failed, std::size_t bytes) {
   m_reader.commit(bytes);
   // A client that needed more than a turn does not come before those that wait for another one.
   if (std::exchange(m_cutShort, false)) return m_listener.turnOver(*this);
-  takeTurn();
+  handle(kFramesAtOnce);
 }
 
 void Connection::takeTurn() {
-  if (m_closed) return;
-  guarded([this] {
-    switch (handleFrames()) {
+  if (!m_closed) handle(kFramesInTurn);
+}
+
+void Connection::handle(std::size_t frames) {
+  guarded([this, frames] {
+    switch (handleFrames(frames)) {
       case Turn::complete:
         if (m_reader.midFrame()) watch();
         return read();
@@ -93,12 +96,12 @@ void Connection::takeTurn() {
   });
 }
 
-Connection::Turn Connection::handleFrames() {
+Connection::Turn Connection::handleFrames(std::size_t most) {
   const auto end = std::chrono::steady_clock::now() + kTurn;
   Frame frame;
   for (std::size_t handled = 0; m_reader.midFrame(); ++handled) {
     if (!m_peer->mayGoOn()) return Turn::held;
-    if (handled == kFramesInTurn) return Turn::over;
+    if (handled == most) return Turn::over;
     if (handled > 0 && std::chrono::steady_clock::now() >= end) return Turn::over;
     switch (m_reader.next(frame)) {
       case FrameReader::Outcome::needMore:

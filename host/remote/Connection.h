@@ -76,7 +76,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void read();
   void onRead(bool failed, std::size_t bytes);
   enum class Turn { complete, over, held, dropped };
-  [[nodiscard]] Turn handleFrames();
+  void handle(std::size_t frames);
+  [[nodiscard]] Turn handleFrames(std::size_t most);
   void hold();
   void goOn();
   void watchForHangUp();

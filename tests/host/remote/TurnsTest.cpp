@@ -77,6 +77,16 @@ TEST(Turns, OfManyPipelinesABystanderWaitsForNoMoreThanOne) {
   expectNoMoreThanThreeTurnsBetween(callsBeforeEachTurn(8));
 }
 
+TEST(Turns, OfManyWhoSendABurstEachABystanderWaitsForAFewCallsEach) {
+  constexpr std::size_t kOthers = 50;
+  Bystander bystander(kOthers);
+  const auto begin = [&] {
+    for (RawSocket& client : bystander.others()) client.send(countedCalls(kFramesInTurn - 1));
+  };
+  const auto counts = bystander.workBeforeEachTurn(begin, &FakeDevice::oneWayCalls);
+  EXPECT_LE(counts.front(), static_cast<int>(8 * kOthers + 3 * kFramesInTurn));
+}
+
 TEST(Turns, ObserversThatLeaveTogetherAreTakenBackInTurns) {
   constexpr std::size_t kObservers = 100;
   Bystander bystander(kObservers);
