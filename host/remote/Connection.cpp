@@ -212,8 +212,9 @@ void Connection::attend() {
     case Outbox::State::failed:
       return drop(("cannot be sent to: " + reasonOf(m_peer->outbox().error())).c_str());
     default:
-      // Nothing reaches the client any more, but what it had sent before is still to be read.
-      if (m_ending) close();
+      // Nothing reaches the client any more. The calls that it had sent before are still carried
+      // out; control requests are not, and its place is free for others.
+      if (m_ending || m_entrance == Entrance::control) close();
       return;
   }
   if (!m_peer->outbox().idle()) return waitForRoom();
