@@ -1,6 +1,7 @@
 #include "platform/OwnerOnly.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -25,15 +26,26 @@ void makeOwnFolder(const std::filesystem::path& path) {
 
 void tighten(const std::filesystem::path& path, mode_t most) {
   struct stat found {};
-  if (::lstat(path.c_str(), &found) != 0 || S_ISLNK(found.st_mode)) return;
+  if (::lstat(path.c_str(), &found) != 0) return;
+  if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) return;
   const mode_t before = found.st_mode & kModeBits;
   const mode_t after = before & most;
   if (after == before) return;
-  const bool changed = ::chmod(path.c_str(), after) == 0;
+  errno = EPERM;  // what the system says of another user's
+  const bool changed = found.st_uid == ::geteuid() && ::chmod(path.c_str(), after) == 0;
   logAppUni("clockhost", 3, __FILE__, __LINE__, "\"%s\" is open to others (mode %04o): %s %04o%s%s",
             path.c_str(), static_cast<unsigned>(before),
             changed ? "changed to" : "it cannot be changed to", static_cast<unsigned>(after),
             changed ? "" : ": ", changed ? "" : std::strerror(errno));
+}
+
+void tightenFile(const std::filesystem::path& path) {
+  std::error_code code;
+  const std::filesystem::file_status found = std::filesystem::status(path, code);
+  if (std::filesystem::exists(found) && !std::filesystem::is_regular_file(found)) {
+    throw Error("\"" + path.string() + "\" is no regular file; remove it");
+  }
+  tighten(path, S_IRUSR | S_IWUSR);
 }
 
 }  // namespace host

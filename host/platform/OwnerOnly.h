@@ -14,8 +14,12 @@ constexpr mode_t kModeBits = 07777;
 // path is the present folder. Throws host::Error.
 void makeOwnFolder(const std::filesystem::path& path);
 
-// Takes from a file or folder the permissions beyond `most`, and tells so in one log line. Links
-// and what is missing are left alone.
+// Takes from a file or folder the permissions beyond `most`, and tells so in one log line; those of
+// another user's it leaves, and tells that. All else, and what is missing, is left alone.
 void tighten(const std::filesystem::path& path, mode_t most);
+
+// The same for a file that is to be opened: 0600 at most. Throws host::Error for whatever else is
+// at the path, or at the end of a link there: whoever opens a named pipe waits for a writer.
+void tightenFile(const std::filesystem::path& path);
 
 }  // namespace host

@@ -193,7 +193,7 @@ std::string SqliteDatabase::words() const {
 // Made here and not by SQLite, whose files others could read: settings hold a shared secret.
 void SqliteDatabase::create() {
   makeOwnFolder(std::filesystem::path(m_name).parent_path());
-  for (const char* const part : {"", "-wal", "-shm"}) tighten(m_name + part, S_IRUSR | S_IWUSR);
+  for (const char* const part : {"", "-wal", "-shm", "-journal"}) tightenFile(m_name + part);
   const int fresh =
       ::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (fresh >= 0) {

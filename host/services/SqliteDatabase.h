@@ -26,8 +26,8 @@ struct SqliteStore {
 // opened.
 class SqliteDatabase {
  public:
-  // Creates file and folder where missing, both for their owner only. Throws host::Error: not
-  // writable, of a newer version, or in use by another process.
+  // Creates file and folder where missing, both for their owner only. Throws host::Error: no
+  // regular file, not writable, of a newer version, or in use by another process.
   SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store);
   explicit SqliteDatabase(const SqliteStore& store);  // in memory
   ~SqliteDatabase();

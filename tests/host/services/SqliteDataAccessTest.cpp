@@ -1,9 +1,12 @@
 #include "services/SqliteDataAccess.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
+#include <functional>
 #include <optional>
 #include <thread>
 #include <vector>
@@ -133,6 +136,16 @@ TEST_F(SettingsStore, IsClosedToOthersWhereItWasOpen) {
   }
 }
 
+TEST_F(SettingsStore, OfAnotherUserKeepsItsMode) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
+  saveOne();
+  fs::permissions(file(), fs::perms(0644));
+  ASSERT_EQ(chown(file().c_str(), 12345, 12345), 0);
+  EXPECT_EQ(openingError(), "");
+  EXPECT_EQ(fs::status(file()).permissions(), fs::perms(0644));
+  EXPECT_TRUE(log.hasPart("it cannot be changed to 0600: Operation not permitted")) << log.text();
+}
+
 // SQLite itself would go on writing into files that nobody finds again.
 TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
   const fs::path state = folder / "state";
@@ -184,11 +197,26 @@ TEST_F(SettingsStore, FolderThatIsAFileIsRefused) {
   }
 }
 
-TEST_F(SettingsStore, FileThatIsAFolderIsRefused) {
-  fs::create_directory(file());
-  EXPECT_EQ(openingError(), "store \"" + file().string() +
-                                "\" cannot be written: unable to open database file (Is a "
-                                "directory)");
+// The pipe comes last: whoever opens one waits for a writer.
+TEST_F(SettingsStore, WhatIsNoRegularFileIsRefusedUntouched) {
+  saveOne();
+  for (const char* const part : {"-wal", "-shm", "-journal", ""}) {
+    const fs::path place = file().string() + part;
+    const std::function<void()> others[] = {
+        [&] { fs::create_directory(place); },
+        [&] { ASSERT_EQ(mkfifo(place.c_str(), 0644), 0); },
+        [&] { fs::create_symlink(folder.path(), place); },
+    };
+    for (const auto& put : others) {
+      fs::remove(place);
+      put();
+      const fs::perms before = fs::status(place).permissions();
+      EXPECT_EQ(openingError(), "\"" + place.string() + "\" is no regular file; remove it");
+      EXPECT_EQ(fs::status(place).permissions(), before);
+    }
+    fs::remove(place);
+  }
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(SettingsStore, FullDiskAtTheStartIsRefused) {
