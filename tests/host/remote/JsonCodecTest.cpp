@@ -123,6 +123,7 @@ TEST(JsonCodec, RefusesEveryOtherText) {
       R"({"name":"m","parameters":[{"name":"p","value":1,"direction":"0"}]})",
       R"({"name":"m","parameters":[{"name":"p","value":1,"direction":0,"direction":0}]})",
       "{\"name\":\"a\xff\"}",
+      {"{\"name\":\"m\"}\0x", 14},
   };
   for (const std::string& text : refused) {
     Method method("before", Method::call);
