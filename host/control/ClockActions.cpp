@@ -81,7 +81,7 @@ ClockMove advance(Controller& controller, const Json& request) {
 ClockMove goTo(Controller& controller, const Json& request) {
   const std::string name = textMember(request, "landmark");
   const LandmarkName* const row = findLandmark(name);
-  if (row == nullptr) throw Error("no place \"" + name + "\" to go to");
+  if (row == nullptr) throw Error("no place " + quotedText(name) + " to go to");
   return goBefore(controller.device(), row->landmark);
 }
 

@@ -74,6 +74,14 @@ TEST_F(ControlledTelephone, RefusesRequestsThatLackWhatTheyNeed) {
   }
 }
 
+TEST_F(ControlledTelephone, ClipsALongPlaceInTheError) {
+  const std::string place(70'000, 'a');
+  const std::string request = R"({"verb":"clock","action":"to","landmark":")" + place + R"("})";
+  const std::string error = errorOf(request.c_str());
+  EXPECT_LT(error.size(), 150U) << error;
+  EXPECT_NE(error.find("...\" (70000 bytes)"), std::string::npos) << error;
+}
+
 TEST_F(ControlledTelephone, RefusesWhatIsNoJsonObject) {
   Controller controller(telephone.device(), {});
   for (const std::string& text :
