@@ -50,9 +50,14 @@ void* __wrap__Znwm(std::size_t size) {  // NOLINT(*-reserved-identifier, *-ident
 #else
 
 void* operator new(std::size_t size) {
-  void* const memory = support::mayAllocate() ? std::malloc(size == 0 ? 1 : size) : nullptr;
+  void* const memory = operator new(size, std::nothrow);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
+}
+
+// Of its own: a sanitizer's would not go with this operator delete.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return support::mayAllocate() ? std::malloc(size == 0 ? 1 : size) : nullptr;
 }
 
 void operator delete(void* memory) noexcept {
