@@ -19,6 +19,7 @@ namespace {
 constexpr mode_t kNewFolder = 0755;
 constexpr int kMostLinks = 40;  // as many as the system follows
 constexpr const char* kWayOut = "name another place with --device-root";
+constexpr const char* kMoreFiles = "raise the limit of open files (ulimit -n)";
 
 bool isTrusted(uid_t owner, uid_t user) {
   return owner == 0 || owner == user;
@@ -53,7 +54,9 @@ class Walk {
 
   void enterRoot() {
     m_path.clear();
-    enter(Descriptor(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC)));
+    Descriptor root(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!root.valid()) fail();
+    enter(std::move(root));
   }
 
   void step(const std::string& name) {
@@ -101,9 +104,12 @@ class Walk {
     return status;
   }
 
-  [[noreturn]] void fail(const std::string& what = std::strerror(errno)) const {
-    refuse(what + "; " + kWayOut);
+  [[noreturn]] void fail() const {
+    const bool full = errno == EMFILE || errno == ENFILE;
+    refuse(std::string(std::strerror(errno)) + "; " + (full ? kMoreFiles : kWayOut));
   }
+
+  [[noreturn]] void fail(const std::string& what) const { refuse(what + "; " + kWayOut); }
 
   [[noreturn]] void refuse(const std::string& why) const {
     throw Error((m_path.empty() ? "/" : m_path) + ": " + why);

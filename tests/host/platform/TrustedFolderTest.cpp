@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -96,6 +97,16 @@ TEST_F(TrustedFolder, IsMadeAsFarAsAllowed) {
 TEST_F(TrustedFolder, ThatCannotBeMadeIsToBeElsewhere) {
   EXPECT_EQ(complaint("/proc/none"),
             "/proc/none: No such file or directory; name another place with --device-root");
+}
+
+TEST_F(TrustedFolder, ThatNeedsMoreFilesThanMayBeOpenTellsTheLimit) {
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none{0, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const std::string refusal = complaint("/");
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_EQ(refusal, "/: Too many open files; raise the limit of open files (ulimit -n)");
 }
 
 TEST_F(TrustedFolder, TellsOfEachFolderOnTheWay) {
