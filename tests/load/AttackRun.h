@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "load/Effects.h"
+
 namespace load {
 
 // What a bystander met while a host was attacked, and how the host ended.
@@ -14,13 +16,15 @@ struct AttackFigures {
   std::uint64_t mostWaited = 0;
   int connections = 0;      // of the attackers
   std::int64_t ended = -1;  // milliseconds after SIGTERM, in the middle of it all; -1: not in time
+  Effects effects{};        // of the attacks, at the end of the calls
 };
 
 // All attacks at once against one host, for so long. Throws when there is no host.
 [[nodiscard]] AttackFigures attackAHost(std::chrono::milliseconds duration);
 
 // What is wrong with them: the bystander's 99th of 100 calls took longer than `mostP99`
-// microseconds, or the host did not end within two seconds. Empty: nothing.
+// microseconds, the host did not end within two seconds, or an attack had no effect. Empty:
+// nothing.
 [[nodiscard]] std::string complaintAbout(const AttackFigures& figures, std::uint64_t mostP99);
 
 [[nodiscard]] std::string toText(const AttackFigures& figures);

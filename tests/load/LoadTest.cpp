@@ -39,7 +39,7 @@ TEST(Load, NoClientMakesABystanderWaitOrHoldsUpTheEnd) {
 }
 
 TEST(AttackFigures, AreAsTheyAreDueOrThereIsAComplaint) {
-  const AttackFigures good{1000, 100, kMostP99, 60'000, 50, 2000};
+  const AttackFigures good{1000, 100, kMostP99, 60'000, 50, 2000, {{"sets", 1}, {"calls", 1}}};
   const auto complaint = [&](auto change) {
     AttackFigures figures = good;
     change(figures);
@@ -50,6 +50,8 @@ TEST(AttackFigures, AreAsTheyAreDueOrThereIsAComplaint) {
   EXPECT_NE(complaint([](auto& f) { f.connections = 0; }), "");
   EXPECT_NE(complaint([](auto& f) { f.ended = -1; }), "");
   EXPECT_NE(complaint([](auto& f) { ++f.callP99; }), "");
+  EXPECT_EQ(complaint([](auto& f) { f.effects[1].count = 0; }), "an attack had no effect: calls");
+  EXPECT_NE(complaint([](auto& f) { f.effects.clear(); }), "");
 }
 
 TEST(Load, ProgramThatIsStoppedLeavesNothing) {
