@@ -4,6 +4,26 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
+# A mutant may signal every process that it can see, by kill(-1), and leave files behind: so it sees
+# none but those of this run, and the temporary folder goes with the run.
+with_processes_of_its_own() {
+  local options=(--mount --propagation unchanged --pid --fork --kill-child --mount-proc)
+  [ "$(id -u)" -eq 0 ] || options+=(--user --map-current-user)
+  # The shell in the middle takes in the orphans.
+  unshare "${options[@]}" bash -c '"$@"; exit' mutate "$@" &
+  trap 'kill -KILL $!' INT TERM
+  wait $!
+}
+
+temporary_folder() {
+  local memory=/dev/shm
+  [ -w "$memory" ] || memory=${TMPDIR:-/tmp}
+  TMPDIR=$(mktemp -d "$memory/mutate-XXXXXX")
+  export TMPDIR
+  trap 'rm -rf "$TMPDIR"' EXIT
+  chmod 0711 "$TMPDIR" # some tests are another user for a while
+}
+
 # Built once as the tree is; what a mutant changes is built beside it. The library's assertions end a
 # program that reads past an end. Tests start the programs that lie beside their own folder.
 need run test mutate
@@ -13,4 +33,6 @@ configure mutate/base -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld -DCLOCK_TESTED_PROGRAMS=../bin
 read -ra targets <<<"$targets"
 build mutate/base "${targets[@]}"
-exec python3 -B "$CLOCK_TREE/tools/mutate/mutate.py" "$CLOCK_TREE" "$(folder_of mutate)" "$@"
+temporary_folder
+with_processes_of_its_own \
+  python3 -B "$CLOCK_TREE/tools/mutate/mutate.py" "$CLOCK_TREE" "$(folder_of mutate)" "$@"

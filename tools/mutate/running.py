@@ -48,18 +48,11 @@ class Program:
 
 
 def outcome_of(program, folder):
-    """Runs a test program of a workshop's folder, with a place of its own in memory. It and what it
+    """Runs a test program of a workshop's folder, with a temporary folder of its own. It and what it
     started are ended when it does not end by itself."""
-    with tempfile.TemporaryDirectory(
-        prefix="mutate-", dir=place_in_memory(), ignore_cleanup_errors=True
-    ) as temporary:
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as temporary:
         os.chmod(temporary, 0o711)  # some tests are another user for a while
         return outcome_in(program, folder, temporary)
-
-
-def place_in_memory():
-    """None, which is the usual place, on a system without."""
-    return "/dev/shm" if os.access("/dev/shm", os.W_OK | os.X_OK) else None
 
 
 def outcome_in(program, folder, temporary):
