@@ -1,20 +1,17 @@
 // The program as the service runs it: a fake time server, the channel to the host's clock, a pipe.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <fstream>
-#include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
-#include "clock/ClockMessage.h"
 #include "host/ntpclient/ChildProgram.h"
+#include "host/ntpclient/FakeClock.h"
 #include "host/ntpclient/FakeSntpServer.h"
 #include "ntpclient/CommandLine.h"
 #include "support/TemporaryFolder.h"
@@ -29,52 +26,6 @@ Strings commandLine(Strings rest) {
   words.insert(words.end(), rest.begin(), rest.end());
   return words;
 }
-
-// A host's end of the channel, whose clock takes what it is told, or refuses; keeps the requests.
-class FakeClock {
- public:
-  FakeClock() {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
-    m_hosts.reset(ends[0]);
-    m_clients.reset(ends[1]);
-    m_thread = std::thread([this] { serve(); });
-  }
-  ~FakeClock() {
-    hangUp();
-    m_thread.join();
-  }
-
-  void hangUp() { ::shutdown(m_hosts.get(), SHUT_RDWR); }
-  [[nodiscard]] int clientsEnd() const { return m_clients.get(); }
-  // error: the answer's; -1: none, and the channel is closed.
-  void answerWith(int error) { m_error = error; }
-  [[nodiscard]] std::vector<SetClockRequest> requests() {
-    const std::lock_guard lock(m_mutex);
-    return m_requests;
-  }
-
- private:
-  void serve() {
-    SetClockRequest request{};
-    while (::recv(m_hosts.get(), &request, sizeof request, 0) == sizeof request) {
-      {
-        const std::lock_guard lock(m_mutex);
-        m_requests.push_back(request);
-      }
-      if (m_error < 0) return hangUp();
-      const SetClockAnswer answer{m_error};
-      ::send(m_hosts.get(), &answer, sizeof answer, MSG_NOSIGNAL);
-    }
-  }
-
-  Descriptor m_hosts;
-  Descriptor m_clients;
-  std::atomic<int> m_error = 0;
-  std::mutex m_mutex;  // guards m_requests
-  std::vector<SetClockRequest> m_requests;
-  std::thread m_thread;
-};
 
 class ClientProgram : public testing::Test {
  protected:
@@ -253,6 +204,39 @@ TEST_F(ClientProgram, EndsAtOnceOnSigtermWhateverItWaitsFor) {
   while (reporting.line() != "ntpclient: clock set") continue;
   reporting.kill(SIGTERM);
   EXPECT_EQ(reporting.wait(), -SIGTERM);
+}
+
+TEST_F(ClientProgram, EndsOnSigtermAlsoWhenItWasStartedWithSignalsBlocked) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, &all, &before), 0);
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
+  ASSERT_EQ(::pthread_sigmask(SIG_SETMASK, &before, nullptr), 0);
+  ASSERT_TRUE(m_server.receive());
+  program.kill(SIGTERM);
+  EXPECT_EQ(program.wait(), -SIGTERM);
+}
+
+// The process is its parent, and not the thread that happened to start it.
+TEST_F(ClientProgram, OutlivesTheThreadThatStartedIt) {
+  std::optional<ChildProgram> program;
+  std::thread starting([&] {
+    program.emplace(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
+    ASSERT_TRUE(m_server.receive());
+  });
+  starting.join();
+  answer(kTime);
+  if (HasFatalFailure()) return;  // nobody would be heard
+  EXPECT_GE(listen(), kTime);
+}
+
+TEST_F(ClientProgram, SaysThatThePipeIsNone) {
+  std::filesystem::remove(m_pipe);
+  std::ofstream(m_pipe) << "a file";
+  ChildProgram program(commandLine({"127.0.0.1", "-4"}), environment(), m_clock.clientsEnd());
+  answer(kTime);
+  EXPECT_EQ(program.line(), "ntpclient: " + m_pipe.string() + " is no pipe");
 }
 
 TEST_F(ClientProgram, EndsWhenItsParentIsGone) {

@@ -89,6 +89,16 @@ TEST_F(WatchedPipe, IsLeftAloneWhileNothingHappens) {
   EXPECT_EQ(m_log.text(), "");
 }
 
+// The four zero bytes for its listener have no room, and nobody waits until they have.
+TEST_F(WatchedPipe, IsMadeAgainAlsoWhenItIsFull) {
+  const host::Descriptor full(open(m_pipe->path().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+  const std::string much(64 * 1024, 'x');
+  while (write(full.get(), much.data(), much.size()) > 0) continue;
+  fs::remove(m_pipe->path());
+  while (isReadable()) m_pipe->restore();
+  EXPECT_TRUE(isPipe());
+}
+
 // Whatever fails is told, and leaves the loop that asked for it alone.
 TEST_F(WatchedPipe, FailureToLookAtItIsTold) {
   const std::string held = m_pipe->heldPath();

@@ -1,6 +1,5 @@
 // What one client may have of the host at once.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <optional>
@@ -10,19 +9,15 @@
 #include "remote/ClientBounds.h"
 #include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
+#include "support/SoftLimit.h"
 
 namespace host {
 namespace {
 
 // How many clients the process has descriptors for, when it may have `most`.
 std::size_t clientsUnder(rlim_t most) {
-  rlimit before{};
-  ::getrlimit(RLIMIT_NOFILE, &before);
-  const rlimit limit{most, before.rlim_max};
-  EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
-  const std::size_t clients = clientsWithDescriptors();
-  ::setrlimit(RLIMIT_NOFILE, &before);
-  return clients;
+  const support::SoftLimit limit(RLIMIT_NOFILE, most);
+  return clientsWithDescriptors();
 }
 
 TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {

@@ -17,6 +17,7 @@
 #include "remote/SocketAddress.h"
 #include "runtime/Error.h"
 #include "support/LogCapture.h"
+#include "support/SoftLimit.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -156,6 +157,13 @@ TEST(SocketFile, RefusesAPathThatIsTooLong) {
 TEST(SocketFile, RefusesAFolderThatIsNotThereAndCannotBeMade) {
   EXPECT_EQ(refusalOf("/proc/none/socket"),
             "socket /proc/none/socket: cannot bind it: No such file or directory");
+}
+
+TEST(SocketFile, RefusesWhenNoDescriptorIsLeft) {
+  const support::TemporaryFolder folder;
+  const support::SoftLimit none(RLIMIT_NOFILE, 0);
+  EXPECT_EQ(refusalOf(folder / "socket"),
+            "socket " + (folder / "socket").string() + ": cannot create it: Too many open files");
 }
 
 TEST(SocketFile, OfManyThatStartAtOnceOneGetsIt) {

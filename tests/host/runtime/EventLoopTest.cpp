@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -230,33 +229,6 @@ TEST_F(IdleLoop, StoppedLoopDeliversNothing) {
   arm(milliseconds(1));
   clock.setSpeed(kAsFastAsItGoes);
   EXPECT_EQ(clock.expiriesDelivered(), 0U);
-}
-
-TEST_F(IdleLoop, TerminationSignalsEndTheRunAndNotTheProcess) {
-  loop.stopOnSignals();
-  for (const int signal : {SIGINT, SIGTERM}) {
-    loop.post([signal] { std::raise(signal); });
-    loop.run();
-  }
-}
-
-TEST_F(IdleLoop, TerminationSignalComesBeforeTheTasksThatWait) {
-  loop.stopOnSignals();
-  int ran = 0;
-  loop.post([] { std::raise(SIGTERM); });
-  for (int i = 0; i < 1000; ++i) loop.post([&] { ++ran; });
-  loop.run();
-  EXPECT_EQ(ran, 0);
-  loop.post([&] { loop.stop(); });
-  loop.run();
-  EXPECT_EQ(ran, 1000) << "a later run has them";
-}
-
-TEST_F(IdleLoop, TerminationSignalWakesALoopThatSleeps) {
-  loop.stopOnSignals();
-  std::thread other([] { ::kill(::getpid(), SIGTERM); });
-  loop.run();
-  other.join();
 }
 
 TEST_F(IdleLoop, SlowExpiriesLetTasksInAfterASlice) {

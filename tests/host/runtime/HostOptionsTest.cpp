@@ -78,6 +78,11 @@ TEST(HostOptions, NothingNeedsToBeSaid) {
   EXPECT_FALSE(options.scenario.has_value());
 }
 
+TEST(HostOptions, ALongComplaintIsClipped) {
+  const std::string error = usageErrorOf({"--network", std::string(1000, 'x')});
+  EXPECT_EQ(error.find("... ("), 300U) << error;
+}
+
 TEST(HostOptions, APathIsNotEmpty) {
   for (const char* const option :
        {"--plugin", "--state", "--socket", "--control-socket", "--device-root", "--scenario"}) {

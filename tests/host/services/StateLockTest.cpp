@@ -72,6 +72,8 @@ TEST_F(LockedState, IsClosedToOthersWhereItIsTheHostsOwn) {
   fs::permissions(state, fs::perms(0755));
   const StateLock lock(state);
   EXPECT_EQ(mode(), fs::perms::owner_all);
+  EXPECT_EQ(fs::status(state / StateLock::kFileName).permissions(),
+            fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_TRUE(log.has("\"" + state.string() + "\" is open to others (mode 0755): changed to 0700"))
       << log.text();
 }

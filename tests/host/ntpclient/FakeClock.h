@@ -1,0 +1,63 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "clock/ClockMessage.h"
+#include "remote/Descriptor.h"
+
+namespace host::ntp {
+
+// A host's end of the channel, whose clock takes what it is told, or refuses; keeps the requests.
+class FakeClock {
+ public:
+  FakeClock() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
+    m_hosts.reset(ends[0]);
+    m_clients.reset(ends[1]);
+    m_thread = std::thread([this] { serve(); });
+  }
+  ~FakeClock() {
+    hangUp();
+    m_thread.join();
+  }
+
+  void hangUp() { ::shutdown(m_hosts.get(), SHUT_RDWR); }
+  [[nodiscard]] int clientsEnd() const { return m_clients.get(); }
+  // error: the answer's; -1: none, and the channel is closed.
+  void answerWith(int error) { m_error = error; }
+  [[nodiscard]] std::vector<SetClockRequest> requests() {
+    const std::lock_guard lock(m_mutex);
+    return m_requests;
+  }
+
+ private:
+  void serve() {
+    SetClockRequest request{};
+    while (::recv(m_hosts.get(), &request, sizeof request, 0) == sizeof request) {
+      {
+        const std::lock_guard lock(m_mutex);
+        m_requests.push_back(request);
+      }
+      if (m_error < 0) return hangUp();
+      const SetClockAnswer answer{m_error};
+      ::send(m_hosts.get(), &answer, sizeof answer, MSG_NOSIGNAL);
+    }
+  }
+
+  Descriptor m_hosts;
+  Descriptor m_clients;
+  std::atomic<int> m_error = 0;
+  std::mutex m_mutex;  // guards m_requests
+  std::vector<SetClockRequest> m_requests;
+  std::thread m_thread;
+};
+
+}  // namespace host::ntp
