@@ -12,6 +12,7 @@ namespace {
 
 TEST(EditDistance, CountsInsertionsDeletionsReplacementsAndSwaps) {
   EXPECT_EQ(editDistance("getTime", "getTime"), 0U);
+  EXPECT_EQ(editDistance("AMZ", "amz"), 0U);
   EXPECT_EQ(editDistance("getTme", "getTime"), 1U);
   EXPECT_EQ(editDistance("getTiime", "getTime"), 1U);
   EXPECT_EQ(editDistance("getTine", "getTime"), 1U);

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "support/TemporaryFolder.h"
 
@@ -80,6 +81,21 @@ TEST_F(DevicePrograms, AreForgottenTogether) {
   for (const char* const path : {"/sbin/a", "/sbin/client", "/bin/sh"}) {
     EXPECT_EQ(resolved(path), std::nullopt);
   }
+}
+
+// Each thread has programs of its own: without a lock the others' changes lose some of them.
+TEST_F(DevicePrograms, MayBeSetAndAskedForByManyThreadsAtOnce) {
+  const auto useWith = [this](const std::string& folder) {
+    for (int i = 0; i < 10'000; ++i) {
+      const std::string path = folder + std::to_string(i);
+      m_map.allowDevicePrograms();
+      m_map.set(path, path);
+      EXPECT_EQ(resolved(path), path);
+    }
+  };
+  std::thread other(useWith, "/a/");
+  useWith("/b/");
+  other.join();
 }
 
 }  // namespace

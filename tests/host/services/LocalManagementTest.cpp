@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "ManageableData.h"
@@ -166,6 +167,31 @@ TEST(LocalManagement, ReportsAreLoggedAndToldToTheListener) {
   EXPECT_EQ(heard, std::vector<std::string>{"date-format=2"});
   EXPECT_TRUE(log.has(4, "change reported: \"date-format\" is \"2\"")) << log.text();
   EXPECT_FALSE(management.value("date-format").has_value());
+}
+
+// Each thread has items of its own: without a lock the others' changes lose some of them.
+TEST(LocalManagement, TakesManyThreadsAtOnce) {
+  const support::LogCapture log(0);
+  LocalManagement management;
+  Agent agent;
+  const auto useWith = [&](char thread) {
+    for (int i = 1; i <= 3000; ++i) {
+      const std::string key = thread + std::to_string(i);
+      ManageableData data = record(key, "x");
+      EXPECT_TRUE(management.registerAgent(key, &agent));
+      management.setItemState(data, i);
+      management.setValue(key, "x");
+      management.setUserData(key, false);
+      EXPECT_EQ(management.itemState(key), i);
+      EXPECT_EQ(management.value(key), "x");
+      EXPECT_FALSE(management.isUserData(data, 0));
+      management.onReport([key](const auto&, const auto&) {});
+      EXPECT_TRUE(management.reportDataChanged(data));
+    }
+  };
+  std::thread other(useWith, 'a');
+  useWith('b');
+  other.join();
 }
 
 }  // namespace
