@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "SNTPTimeChangeObserver.h"
 #include "Semaphore.h"
 #include "Service.h"
+#include "ThreadSafety.h"
 #include "physicalEventObserver.h"
 
 class ClockServiceDataHandler;
@@ -120,6 +120,8 @@ class ClockService : public Service,
   void restoreFallbackTime();
   void logStartUpUtc();
   std::string sntpAddress() const;
+  std::string systemTime();
+  std::string storeSystemTime();
 
   // Local time zone
   void setTZValue();
@@ -188,8 +190,9 @@ class ClockService : public Service,
   std::unique_ptr<ClockServiceDataHandler> m_dataHandler;
   std::unique_ptr<DSTZoneRules> m_dstZoneRules;
 
-  std::unique_ptr<std::vector<ClockServiceObserverIfc*>> m_observers;  // in registration order
-  std::unique_ptr<Process> m_ntpClientProcess;
+  std::unique_ptr<std::vector<ClockServiceObserverIfc*>> m_observers  // in registration order
+      CLOCK_POINTEE_GUARDED_BY(m_observerLock);
+  std::unique_ptr<Process> m_ntpClientProcess CLOCK_GUARDED_BY(m_ntpProcessLock);
   std::atomic<bool> m_ntpClientRequested{false};
 
   // Timer ids, valid when positive. Created on the framework thread, started from any.
@@ -218,11 +221,8 @@ class ClockService : public Service,
   std::atomic<int> m_announcedDate{0};
   std::atomic<bool> m_setDatePending{false};  // m_dateChangedTimer will announce a date
 
-  // The settings' server address and fallback time are texts without a lock of their own.
-  mutable std::mutex m_settingTexts;
-
   // The process's environment: TZ is put into it, and the NTP client is given a copy of it.
-  std::mutex m_environment;
+  Semaphore m_environmentLock{1, 1};
 
   SNTPClientThread m_sntpClientThread{this};
 };

@@ -8,15 +8,15 @@
 #include "DataStorage.h"
 #include "PhysDefs.h"
 #include "Semaphore.h"
+#include "ThreadSafety.h"
 
 class Context;
 class XmlParser;
 
 // The clock's settings: loaded from the device's store at construction, written through to it
 // before a change takes effect in memory.
-// Owner: the service. Thread: numbers may be read and written from any thread; the texts have no
-// lock of their own, so their callers take turns. Failure: a setter returns false and the old value
-// stays, in memory and in the store.
+// Owner: the service. Thread: any; who reads or sets a text holds textLock for it. Failure: a
+// setter returns false and the old value stays, in memory and in the store.
 class ClockServiceDataHandler {
  public:
   // Loads every setting; one that is not stored has its default, which depends on the hardware.
@@ -25,20 +25,23 @@ class ClockServiceDataHandler {
   ClockServiceDataHandler(const ClockServiceDataHandler&) = delete;
   ClockServiceDataHandler& operator=(const ClockServiceDataHandler&) = delete;
 
+  // The texts' lock. Held across the store's write as well, so that memory and store agree.
+  mutable Semaphore textLock{1, 1};
+
   // Puts the settings back to their defaults and loads them again: the two display formats only, or
   // all of them.
-  void reinitialiseData(bool formatsOnly);
+  void reinitialiseData(bool formatsOnly) CLOCK_EXCLUDES(textLock, parseLock);
 
   // Defaults of all settings but the two display formats, in memory only.
-  void setDefaultDataValues();
+  void setDefaultDataValues() CLOCK_REQUIRES(textLock);
   int getDefaultDateFormat() const;  // 0 or 2
   int getDefaultTimeFormat() const;  // 0 or 1
 
-  const std::string& getFallbackTime() const { return fallbackTime; }  // UTC string
-  int getDateFormat() const { return dateFormat; }                     // 0-2, as stored
-  int getTimeFormat() const { return timeFormat; }                     // 0 is 24-hour
-  const std::string& getSntpAddr() const { return sntpAddr; }
-  const std::string& getNtpSecret() const { return ntpSecret; }
+  const std::string& getFallbackTime() const CLOCK_REQUIRES(textLock) { return fallbackTime; }
+  int getDateFormat() const { return dateFormat; }  // 0-2, as stored
+  int getTimeFormat() const { return timeFormat; }  // 0 is 24-hour
+  const std::string& getSntpAddr() const CLOCK_REQUIRES(textLock) { return sntpAddr; }
+  const std::string& getNtpSecret() const CLOCK_REQUIRES(textLock) { return ntpSecret; }
   float getTimezoneOffset() const { return timezoneOffset; }  // hours east of UTC
   std::string getTimezoneOffsetStr() const;                   // the same, 6 significant digits
   bool getDaylightSavingActive() const { return daylightSavingActive; }
@@ -50,8 +53,8 @@ class ClockServiceDataHandler {
 
   // True when the value was accepted and stored. Numbers are decimal text, stored as it is;
   // booleans are exactly "true" or "false".
-  bool setFallbackTime(const std::string& value);
-  bool setNtpSecret(const std::string& value);
+  bool setFallbackTime(const std::string& value) CLOCK_REQUIRES(textLock);  // UTC string
+  bool setNtpSecret(const std::string& value) CLOCK_REQUIRES(textLock);
   bool setDateFormat(const std::string& value);
   bool setTimeFormat(const std::string& value);
   bool setDaylightSavingMinutes(const std::string& value);
@@ -61,7 +64,7 @@ class ClockServiceDataHandler {
   bool setDSTZoneID(int id);
 
   // An IP address without brackets, or a host name. An unchanged address counts as refused.
-  bool setSntpAddr(const std::string& value);
+  bool setSntpAddr(const std::string& value) CLOCK_REQUIRES(textLock);
 
   // Hours east of UTC; a number outside -12.5 to +12.5 is taken as seconds. True when it is in
   // force afterwards. The text form fills rejectReason when the text is empty.
@@ -80,15 +83,15 @@ class ClockServiceDataHandler {
   bool isAcceptableSntpAddr(const std::string& value) const;
   bool storeNumber(const char* key, const std::string& value, std::atomic<std::int32_t>& member);
   bool storeFlag(const char* key, const std::string& value, std::atomic<bool>& member);
-  bool storeText(const char* key, const std::string& value, std::string& member);
-  void loadElement();
+  bool storeText(const char* key, const std::string& value, std::string& member)
+      CLOCK_REQUIRES(textLock);
+  void loadElement() CLOCK_REQUIRES(textLock, parseLock);
 
-  // Texts: one thread at a time.
-  std::string fallbackTime;
+  std::string fallbackTime CLOCK_GUARDED_BY(textLock);
   std::atomic<std::int32_t> dateFormat{0};
   std::atomic<std::int32_t> timeFormat{0};
-  std::string sntpAddr;
-  std::string ntpSecret;
+  std::string sntpAddr CLOCK_GUARDED_BY(textLock);
+  std::string ntpSecret CLOCK_GUARDED_BY(textLock);
   std::atomic<float> timezoneOffset{0.0F};
   std::atomic<bool> daylightSavingActive{false};
   std::atomic<std::int32_t> daylightSavingMinutes{0};
@@ -96,16 +99,18 @@ class ClockServiceDataHandler {
   std::atomic<std::int32_t> dstZoneID{0};
   std::atomic<bool> automaticDaylightSavingActive{false};
   std::atomic<std::int32_t> softwareType{0};
-  // Loading: under parseLock.
-  std::unique_ptr<XmlParser> xmlParser;
-  std::int32_t currentElement = 0;
-  std::string characterData;
+  std::unique_ptr<XmlParser> xmlParser CLOCK_POINTEE_GUARDED_BY(parseLock);
+  std::int32_t currentElement CLOCK_GUARDED_BY(parseLock) = 0;
+  std::string characterData CLOCK_GUARDED_BY(parseLock);
   Semaphore parseLock;
   DataStorage storage;
   const PhysDefs::hardwareSubVariant hardwareSubVariant;
 };
 
-// What the parser calls while the settings document is loaded; the user data is the handler.
-void ClockServiceXmlStartElement(void* userData, const char* name, const char** attributes);
-void ClockServiceXmlEndElement(void* userData, const char* name);
-void ClockServiceXmlCharacterDataHandler(void* userData, const char* text, int length);
+// What the parser calls while the settings document is loaded; the user data is the handler, which
+// holds both of its locks then.
+void ClockServiceXmlStartElement(void* userData, const char* name,
+                                 const char** attributes) CLOCK_UNCHECKED_LOCKING;
+void ClockServiceXmlEndElement(void* userData, const char* name) CLOCK_UNCHECKED_LOCKING;
+void ClockServiceXmlCharacterDataHandler(void* userData, const char* text,
+                                         int length) CLOCK_UNCHECKED_LOCKING;

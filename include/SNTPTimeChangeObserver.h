@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Semaphore.h"
+#include "ThreadSafety.h"
 #include "Threadable.h"
 #include "Threader.h"
 
@@ -49,8 +50,8 @@ class SNTPClientThread final : public Threadable {
 
   [[maybe_unused]] int reserved = 0;
   std::atomic<bool> running{false};
-  SNTPTimeChangeObserver* observer;  // guarded by observerLock
+  SNTPTimeChangeObserver* observer CLOCK_GUARDED_BY(reportLock);
   Threader threader;
   unsigned long threadId = 0;
-  Semaphore observerLock{1, 1};  // held while the observer is called
+  Semaphore reportLock{1, 1};  // held while the observer is called
 };

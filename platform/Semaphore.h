@@ -2,9 +2,11 @@
 
 #include <memory>
 
+#include "ThreadSafety.h"
+
 // A counting semaphore.
 // Owner: its creator. Thread: any.
-class Semaphore {
+class CLOCK_LOCK Semaphore {
  public:
   // initialCount: 0-maximumCount. interProcess: shared with other processes.
   Semaphore(int initialCount, int maximumCount, bool interProcess = false);
@@ -14,10 +16,10 @@ class Semaphore {
 
   // Waits for a count and takes it. timeoutMilliseconds: -1 waits without limit.
   // False when the time ran out; never with -1.
-  bool take(int timeoutMilliseconds);
+  bool take(int timeoutMilliseconds) CLOCK_TRY_ACQUIRES(true);
 
   // Gives a count back. One above the maximum is dropped.
-  void give();
+  void give() CLOCK_RELEASES();
 
  private:
   struct Impl;

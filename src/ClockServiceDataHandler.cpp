@@ -74,6 +74,7 @@ void ClockServiceDataHandler::setDefaultDataValues() {
 }
 
 void ClockServiceDataHandler::reinitialiseData(bool formatsOnly) {
+  const SemaphoreGuard texts(textLock);
   dateFormat = getDefaultDateFormat();
   timeFormat = getDefaultTimeFormat();
   std::string keys = std::string(keyDateFormat) + " " + keyTimeFormat;

@@ -91,7 +91,7 @@ void SNTPClientThread::start() {
 }
 
 void SNTPClientThread::releaseObserver() {
-  const SemaphoreGuard guard(observerLock);
+  const SemaphoreGuard guard(reportLock);
   observer = nullptr;
 }
 
@@ -135,6 +135,6 @@ void SNTPClientThread::report(unsigned long secondsSinceEpoch) {
   ctime_r(&time, rendered.data());
   CLOCK_LOG(logInformation, "Time change message received from ntpclient EPOC: %lu  CTIME: %s",
             secondsSinceEpoch, rendered.data());
-  const SemaphoreGuard guard(observerLock);
+  const SemaphoreGuard guard(reportLock);
   if (observer != nullptr) observer->handleSNTPClientUpdate(static_cast<long>(secondsSinceEpoch));
 }

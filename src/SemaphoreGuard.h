@@ -1,14 +1,17 @@
 #pragma once
 
 #include "Semaphore.h"
+#include "ThreadSafety.h"
 
-// Holds a semaphore for the life of a scope, so that an exception cannot leave it taken.
-class SemaphoreGuard {
+// Holds a semaphore for the life of a scope, so that an exception cannot leave it taken. The
+// analysis does not know that a wait without limit always takes it.
+class CLOCK_SCOPED_LOCK SemaphoreGuard {
  public:
-  explicit SemaphoreGuard(Semaphore& semaphore) : m_semaphore(semaphore) {
+  explicit SemaphoreGuard(Semaphore& semaphore) CLOCK_ACQUIRES(semaphore) CLOCK_UNCHECKED_LOCKING
+      : m_semaphore(semaphore) {
     m_semaphore.take(waitWithoutLimit);
   }
-  ~SemaphoreGuard() { m_semaphore.give(); }
+  ~SemaphoreGuard() CLOCK_RELEASES() CLOCK_UNCHECKED_LOCKING { m_semaphore.give(); }
   SemaphoreGuard(const SemaphoreGuard&) = delete;
   SemaphoreGuard& operator=(const SemaphoreGuard&) = delete;
 

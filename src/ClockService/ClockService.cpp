@@ -33,6 +33,11 @@ Ifc* findService(Context& context, const char* name) {
   return dynamic_cast<Ifc*>(context.getService(name));
 }
 
+std::string savedTime(const ClockServiceDataHandler& settings) {
+  const SemaphoreGuard texts(settings.textLock);
+  return settings.getFallbackTime();
+}
+
 }  // namespace
 
 extern "C" Service* createClockService() {
@@ -107,7 +112,7 @@ void ClockService::openSettings() {
 // A text that is not a UTC string leaves the system's clock alone: it must not start in 1899.
 void ClockService::setClockFromFallbackTime() {
   restoreFallbackTime();
-  const std::string fallbackTime = m_dataHandler->getFallbackTime();
+  const std::string fallbackTime = savedTime(*m_dataHandler);
   CLOCK_LOG(logInformation, "init: initial FallbackTime is \"%s\"", fallbackTime.c_str());
   tm utc{};
   if (!ClockUtils::convertTimeStringToTimeStruct(fallbackTime, utc)) {

@@ -17,6 +17,7 @@
 #include "ManageableData.h"
 #include "ManagementKeyNames.h"
 #include "Saturate.h"
+#include "SemaphoreGuard.h"
 #include "SntpServer.h"
 #include "Storage.h"
 #include "SystemClock.h"
@@ -114,19 +115,27 @@ void ClockService::setTime(int secondsSinceEpoch) {
 
 std::string ClockService::sntpAddress() const {
   if (m_dataHandler == nullptr) return {};
-  const std::lock_guard<std::mutex> guard(m_settingTexts);
+  const SemaphoreGuard guard(m_dataHandler->textLock);
   return m_dataHandler->getSntpAddr();
 }
 
-// Reads the system's clock on purpose, not the one set by hand. Read and stored in one step, so
-// that no thread's time is stored over a later one.
-std::string ClockService::setFallbackTime() {
-  const std::lock_guard<std::mutex> guard(m_settingTexts);
+// Reads the system's clock on purpose, not the one set by hand.
+std::string ClockService::systemTime() {
   const time_t now = time(nullptr);
-  if (now == static_cast<time_t>(-1)) return {};
-  std::string fallbackTime = getUTCTime(saturate<int>(now));
-  if (m_dataHandler != nullptr) m_dataHandler->setFallbackTime(fallbackTime);
-  CLOCK_LOG(logTrace, "setFallbackTime: \"%s\"", fallbackTime.c_str());
+  return now != static_cast<time_t>(-1) ? getUTCTime(saturate<int>(now)) : std::string();
+}
+
+// Read and stored in one step, so that no thread's time is stored over a later one.
+std::string ClockService::storeSystemTime() {
+  const SemaphoreGuard texts(m_dataHandler->textLock);
+  std::string now = systemTime();
+  if (!now.empty()) m_dataHandler->setFallbackTime(now);
+  return now;
+}
+
+std::string ClockService::setFallbackTime() {
+  std::string fallbackTime = m_dataHandler != nullptr ? storeSystemTime() : systemTime();
+  if (!fallbackTime.empty()) CLOCK_LOG(logTrace, "setFallbackTime: \"%s\"", fallbackTime.c_str());
   return fallbackTime;
 }
 
@@ -138,6 +147,7 @@ void ClockService::restoreFallbackTime() {
   const std::string token = firstToken(file.number());
   file.close();
   if (token.size() == utcStringLength) {
+    const SemaphoreGuard texts(m_dataHandler->textLock);
     m_dataHandler->setFallbackTime(token);
     CLOCK_LOG(logInformation, "restoreFallbackTime: time \"%s\" from file \"%s\"", token.c_str(),
               DevicePaths::fallbackTimeFile);

@@ -175,7 +175,7 @@ bool ClockService::setSimpleDate(const std::string& value) {
 }
 
 bool ClockService::setSntpServer(const std::string& value) {
-  const std::lock_guard<std::mutex> guard(m_settingTexts);
+  const SemaphoreGuard guard(m_dataHandler->textLock);
   return m_dataHandler->setSntpAddr(value);
 }
 

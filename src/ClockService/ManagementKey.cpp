@@ -7,6 +7,7 @@
 #include "ClockServiceDataHandler.h"
 #include "DSTZoneRules.h"
 #include "ManagementKeyNames.h"
+#include "SemaphoreGuard.h"
 
 namespace {
 
@@ -37,6 +38,16 @@ constexpr bool namesAreUnique() {
   return true;
 }
 static_assert(names.size() == 16 && namesAreUnique());
+
+std::string ntpSecret(const ClockServiceDataHandler& settings) {
+  const SemaphoreGuard texts(settings.textLock);
+  return settings.getNtpSecret();
+}
+
+bool setNtpSecret(ClockServiceDataHandler& settings, const std::string& value) {
+  const SemaphoreGuard texts(settings.textLock);
+  return settings.setNtpSecret(value);
+}
 
 }  // namespace
 
@@ -74,8 +85,8 @@ const std::array<ManagementKey, ManagementKey::count>& ManagementKey::table() {
      [](Clock c, Text value) { return c.setSntpServer(value); }, restartNtpClient,
      [](Clock c, Text value) { c.showWhoSetsTime(value); }},
     {Key::ntpSecret,
-     [](Clock c) { return c.m_dataHandler->getNtpSecret(); },
-     [](Clock c, Text value) { return c.m_dataHandler->setNtpSecret(value); }, restartNtpClient, nullptr},
+     [](Clock c) { return ntpSecret(*c.m_dataHandler); },
+     [](Clock c, Text value) { return setNtpSecret(*c.m_dataHandler, value); }, restartNtpClient, nullptr},
     {Key::sntpTzOffset,
      [](Clock c) { return c.m_dataHandler->getTimezoneOffsetStr(); },
      [](Clock c, Text value) { return c.setOffset(value); }, refreshZone, nullptr},

@@ -66,7 +66,7 @@ void ClockService::replaceNtpClient(char* const* commandLine) {
   const SemaphoreGuard guard(m_ntpProcessLock);
   m_ntpClientProcess.reset();
   {
-    const std::lock_guard<std::mutex> environment(m_environment);
+    const SemaphoreGuard environment(m_environmentLock);
     m_ntpClientProcess =
         std::make_unique<Process>(Process::ownProcessGroup, commandLine, environ, nullptr);
   }

@@ -5,6 +5,7 @@
 #include "ClockService.h"
 #include "ClockServiceDataHandler.h"
 #include "DSTZoneRules.h"
+#include "SemaphoreGuard.h"
 #include "Storage.h"
 #include "TimeZoneText.h"
 
@@ -39,7 +40,7 @@ void ClockService::setTZValue() {
 }
 
 void ClockService::installTZ(const char* tz) {
-  const std::lock_guard<std::mutex> guard(m_environment);
+  const SemaphoreGuard guard(m_environmentLock);
   setenv("TZ", tz, 1);
   tzset();
 }

@@ -19,7 +19,7 @@ def platform_names(folder):
     names = set()
     for header in pathlib.Path(folder).glob("*.h"):
         code = re.sub(r"//.*", "", header.read_text())
-        names.update(re.findall(r"^(?:class|struct|enum)\s+(\w+)[^;{]*\{", code, re.MULTILINE))
+        names.update(re.findall(r"^(?:class|struct|enum)\s+(?:CLOCK_\w+\s+)?(\w+)[^;{]*\{", code, re.MULTILINE))
         names.update(re.findall(r"^(?:extern \"C\" )?\w+\s+(\w+)\(", code, re.MULTILINE))
     return names
 
