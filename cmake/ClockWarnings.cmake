@@ -14,6 +14,8 @@ set(CLOCK_WARNINGS
 set(CLOCK_CXX_WARNINGS -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wextra-semi)
 # gcc takes the value of an empty std::optional for uninitialised memory that somebody reads.
 set(CLOCK_GNU_WARNINGS -Wlogical-op -Wduplicated-cond -Wno-maybe-uninitialized)
+# Which lock guards what, see platform/ThreadSafety.h.
+set(CLOCK_CLANG_CXX_WARNINGS -Wthread-safety)
 set(CLOCK_GNU_CXX_WARNINGS -Wsuggest-override)
 
 # Of sources that are compiled together: each takes the others for headers of its own.
@@ -33,5 +35,6 @@ macro(clock_use_warnings)
     ${CLOCK_WARNINGS}
     "$<$<COMPILE_LANGUAGE:CXX>:${CLOCK_CXX_WARNINGS}>"
     "$<$<CXX_COMPILER_ID:GNU>:${CLOCK_GNU_WARNINGS}>"
+    "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:${CLOCK_CLANG_CXX_WARNINGS}>"
     "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:${CLOCK_GNU_CXX_WARNINGS}>")
 endmacro()

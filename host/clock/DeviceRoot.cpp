@@ -2,8 +2,9 @@
 
 #include <atomic>
 #include <list>
-#include <mutex>
 #include <string_view>
+
+#include "base/Mutex.h"
 
 namespace host {
 namespace {
@@ -16,9 +17,9 @@ constinit std::atomic<int> g_reportPipe{kNone};
 
 // Every root there ever was: another thread may still read an old one.
 const std::string* keep(const std::string& root) {
-  static std::mutex mutex;
+  static Mutex mutex;
   static auto& roots = *new std::list<std::string>;
-  const std::lock_guard lock(mutex);
+  const MutexLock lock(mutex);
   for (const std::string& known : roots) {
     if (known == root) return &known;
   }

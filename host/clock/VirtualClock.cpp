@@ -53,12 +53,12 @@ VirtualClock::VirtualClock(RealClock real)
 
 Nanoseconds VirtualClock::wall() const {
   if (m_source == Source::system) return readMachine(CLOCK_REALTIME);
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return saturatingSum(m_wallAtZero, now());
 }
 
 Nanoseconds VirtualClock::uptime() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return now();
 }
 
@@ -68,13 +68,13 @@ bool VirtualClock::setWall(Nanoseconds wall) {
     return false;
   }
   if (m_source == Source::system) return setMachine(wall);
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_wallAtZero = wall - now();
   return true;
 }
 
 double VirtualClock::speed() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_speed;
 }
 
@@ -84,7 +84,7 @@ void VirtualClock::setSpeed(double speed) {
     throw std::invalid_argument("the system's clock has speed 1");
   }
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     anchorAt(now());
     m_speed = speed;
   }

@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <unordered_map>
 #include <utility>
+
+#include "base/Mutex.h"
 
 class Executable;
 
@@ -100,13 +101,12 @@ class VirtualClock {
   };
   class Driving;
 
-  // All of these: REQUIRES m_mutex held.
-  Nanoseconds unhinderedNow() const;
-  Nanoseconds now() const;
-  std::optional<Nanoseconds> earliest() const;
-  void anchorAt(Nanoseconds uptime);
-  void disarm(int id, Timer& timer);
-  Executable* takeDue(Nanoseconds limit, int& id);
+  Nanoseconds unhinderedNow() const CLOCK_REQUIRES(m_mutex);
+  Nanoseconds now() const CLOCK_REQUIRES(m_mutex);
+  std::optional<Nanoseconds> earliest() const CLOCK_REQUIRES(m_mutex);
+  void anchorAt(Nanoseconds uptime) CLOCK_REQUIRES(m_mutex);
+  void disarm(int id, Timer& timer) CLOCK_REQUIRES(m_mutex);
+  Executable* takeDue(Nanoseconds limit, int& id) CLOCK_REQUIRES(m_mutex);
 
   bool deliver(std::optional<Nanoseconds> limit);
   template <class Step>
@@ -117,18 +117,19 @@ class VirtualClock {
   const Source m_source;
   const RealClock m_real;
 
-  mutable std::mutex m_mutex;     // guards what follows; never held while an owner or listener runs
-  Nanoseconds m_wallAtZero{0};    // wall time at uptime 0
-  Nanoseconds m_anchorUptime{0};  // virtual uptime at ...
-  Nanoseconds m_anchorReal;       // ... this reading of m_real
-  double m_speed = 0;
-  std::optional<Nanoseconds> m_standing;  // where time stands while timers are delivered
-  bool m_driving = false;
-  int m_lastId = 0;
-  std::uint64_t m_delivered = 0;
-  std::unordered_map<int, Timer> m_timers;
-  std::set<std::pair<Nanoseconds, int>> m_armed;  // expiry, then id
-  std::shared_ptr<const std::function<void()>> m_listener;
+  mutable Mutex m_mutex;  // never held while an owner or listener runs
+  Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};    // wall time at uptime 0
+  Nanoseconds m_anchorUptime CLOCK_GUARDED_BY(m_mutex){0};  // virtual uptime at ...
+  Nanoseconds m_anchorReal CLOCK_GUARDED_BY(m_mutex);       // ... this reading of m_real
+  double m_speed CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::optional<Nanoseconds> m_standing
+      CLOCK_GUARDED_BY(m_mutex);  // where time stands while timers are delivered
+  bool m_driving CLOCK_GUARDED_BY(m_mutex) = false;
+  int m_lastId CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::uint64_t m_delivered CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::unordered_map<int, Timer> m_timers CLOCK_GUARDED_BY(m_mutex);
+  std::set<std::pair<Nanoseconds, int>> m_armed CLOCK_GUARDED_BY(m_mutex);  // expiry, then id
+  std::shared_ptr<const std::function<void()>> m_listener CLOCK_GUARDED_BY(m_mutex);
 };
 
 // What the POSIX time calls of this process read. REQUIRES: one is set.

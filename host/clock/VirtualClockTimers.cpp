@@ -23,13 +23,13 @@ class VirtualClock::Driving {
   // taken: real time does not count meanwhile; time goes on from where the driving left it.
   enum class RealTime { counts, taken };
   Driving(VirtualClock& clock, RealTime realTime) : m_clock(clock), m_realTime(realTime) {
-    const std::lock_guard lock(m_clock.m_mutex);
+    const MutexLock lock(m_clock.m_mutex);
     if (m_clock.m_driving) throw std::logic_error("the clock is driven from inside an expiry");
     m_clock.m_driving = true;
     if (realTime == RealTime::taken) m_clock.m_standing = m_clock.now();
   }
   ~Driving() {
-    const std::lock_guard lock(m_clock.m_mutex);
+    const MutexLock lock(m_clock.m_mutex);
     if (m_realTime == RealTime::taken) m_clock.anchorAt(*m_clock.m_standing);
     m_clock.m_standing.reset();
     m_clock.m_driving = false;
@@ -52,7 +52,7 @@ template <class Step>
 void VirtualClock::change(Step step) {
   bool tell = false;
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     // At infinite speed time stands at the earliest expiry, also when that one goes.
     if (std::isinf(m_speed) && !m_standing) m_anchorUptime = now();
     const auto before = earliest();
@@ -64,7 +64,7 @@ void VirtualClock::change(Step step) {
 
 int VirtualClock::createTimer(Executable& owner, Nanoseconds period) {
   if (period < Nanoseconds::zero()) return 0;
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const int id = m_lastId + 1;
   m_timers.emplace(id, Timer{&owner, period, std::nullopt});
   m_lastId = id;
@@ -72,7 +72,7 @@ int VirtualClock::createTimer(Executable& owner, Nanoseconds period) {
 }
 
 void VirtualClock::startTimer(int timer) {
-  change([&] {
+  change([&]() CLOCK_REQUIRES(m_mutex) {
     const auto found = m_timers.find(timer);
     if (found == m_timers.end()) return;
     const Nanoseconds expiry = saturatingSum(now(), found->second.period);
@@ -84,7 +84,7 @@ void VirtualClock::startTimer(int timer) {
 }
 
 void VirtualClock::stopTimer(int timer) {
-  change([&] {
+  change([&]() CLOCK_REQUIRES(m_mutex) {
     const auto found = m_timers.find(timer);
     if (found != m_timers.end()) disarm(timer, found->second);
   });
@@ -96,7 +96,7 @@ void VirtualClock::cancelTimer(int timer) {
 }
 
 void VirtualClock::deleteTimer(int timer) {
-  change([&] {
+  change([&]() CLOCK_REQUIRES(m_mutex) {
     const auto found = m_timers.find(timer);
     if (found == m_timers.end()) return;
     disarm(timer, found->second);
@@ -111,12 +111,12 @@ void VirtualClock::disarm(int id, Timer& timer) {
 }
 
 std::optional<Nanoseconds> VirtualClock::nextExpiry() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return earliest();
 }
 
 std::optional<Nanoseconds> VirtualClock::realTimeToNextExpiry() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   if (m_armed.empty()) return std::nullopt;
   const Nanoseconds left = m_armed.begin()->first - unhinderedNow();
   if (left <= Nanoseconds::zero()) return Nanoseconds::zero();
@@ -126,25 +126,25 @@ std::optional<Nanoseconds> VirtualClock::realTimeToNextExpiry() const {
 }
 
 std::size_t VirtualClock::armedTimers() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_armed.size();
 }
 
 std::uint64_t VirtualClock::expiriesDelivered() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_delivered;
 }
 
 void VirtualClock::onScheduleChange(std::function<void()> listener) {
   auto shared = std::make_shared<const std::function<void()>>(std::move(listener));
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_listener = *shared ? std::move(shared) : nullptr;
 }
 
 void VirtualClock::tellScheduleChange() {
   std::shared_ptr<const std::function<void()>> listener;
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     listener = m_listener;
   }
   if (listener) (*listener)();
@@ -168,7 +168,7 @@ bool VirtualClock::deliver(std::optional<Nanoseconds> limit) {
   int id = 0;
   Executable* owner = nullptr;
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     owner = takeDue(limit ? *limit : unhinderedNow(), id);
   }
   if (owner == nullptr) return false;
@@ -201,7 +201,7 @@ bool VirtualClock::advanceTo(Nanoseconds target, const GoOn& goOn) {
     do {
       there = !deliver(end);
     } while (!there && goOn());
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (there) m_standing = std::max(end, *m_standing);
   }
   tellScheduleChange();

@@ -1,10 +1,10 @@
 #include "control/Controller.h"
 
 #include <condition_variable>
-#include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "base/Mutex.h"
 #include "control/HostActions.h"
 #include "control/LogRing.h"
 #include "control/Nearest.h"
@@ -20,7 +20,7 @@ namespace {
 class WaitingChannel : public ControlChannel {
  public:
   bool reply(std::string_view json) override {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     if (m_reply) return false;
     m_reply.emplace(json);
     m_replied.notify_all();
@@ -31,15 +31,15 @@ class WaitingChannel : public ControlChannel {
   void onGone(std::function<void()> gone) override { gone(); }
 
   std::string wait() {
-    std::unique_lock lock(m_mutex);
-    m_replied.wait(lock, [this] { return m_reply.has_value(); });
+    MutexLock lock(m_mutex);
+    m_replied.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_reply.has_value(); });
     return *m_reply;
   }
 
  private:
-  std::mutex m_mutex;  // guards what follows
+  Mutex m_mutex;
   std::condition_variable m_replied;
-  std::optional<std::string> m_reply;
+  std::optional<std::string> m_reply CLOCK_GUARDED_BY(m_mutex);
 };
 
 std::string unknownVerb(const std::string& verb) {

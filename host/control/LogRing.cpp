@@ -10,7 +10,7 @@
 namespace host {
 
 void LogRing::write(const LogEntry& entry) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_entries.push_back(entry);
   if (!m_followers.empty()) {
     const std::string json = jsonText(entryJson(m_entries.back()));
@@ -20,12 +20,12 @@ void LogRing::write(const LogEntry& entry) {
 }
 
 std::vector<Json> LogRing::entries() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return kept();
 }
 
 void LogRing::follow(const std::shared_ptr<ControlChannel>& channel) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   for (const Json& entry : newestThatFit(kept())) {
     if (!channel->item(jsonText(entry))) return;
   }
@@ -39,7 +39,7 @@ std::vector<Json> LogRing::kept() const {
 }
 
 void LogRing::unfollow(const ControlChannel* channel) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   std::erase_if(m_followers, [&](const auto& follower) { return follower.get() == channel; });
 }
 

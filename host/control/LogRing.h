@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <vector>
 
+#include "base/Mutex.h"
 #include "control/Json.h"
 #include "platform/LogBook.h"
 
@@ -29,11 +29,11 @@ class LogRing : public LogSink {
   void unfollow(const ControlChannel* channel);
 
  private:
-  [[nodiscard]] std::vector<Json> kept() const;  // REQUIRES: the lock
+  [[nodiscard]] std::vector<Json> kept() const CLOCK_REQUIRES(m_mutex);
 
-  mutable std::mutex m_mutex;  // guards what follows
-  std::deque<LogEntry> m_entries;
-  std::vector<std::shared_ptr<ControlChannel>> m_followers;
+  mutable Mutex m_mutex;
+  std::deque<LogEntry> m_entries CLOCK_GUARDED_BY(m_mutex);
+  std::vector<std::shared_ptr<ControlChannel>> m_followers CLOCK_GUARDED_BY(m_mutex);
 };
 
 // {"number", "time", "level", "component", "text", "file", "line"}

@@ -2,9 +2,9 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <mutex>
 #include <nlohmann/json.hpp>
 
+#include "base/Mutex.h"
 #include "clock/DeviceRoot.h"
 #include "clock/VirtualClock.h"
 #include "control/Controller.h"
@@ -37,23 +37,23 @@ fs::path newFolder() {
 class LogCollector : public LogSink {
  public:
   void write(const LogEntry& entry) override {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_texts.push_back(entry.text);
   }
 
   std::vector<std::string> texts() const {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     return m_texts;
   }
 
   void pass(std::size_t count) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_texts.erase(m_texts.begin(), m_texts.begin() + static_cast<std::ptrdiff_t>(count));
   }
 
  private:
-  mutable std::mutex m_mutex;  // guards what follows
-  std::vector<std::string> m_texts;
+  mutable Mutex m_mutex;
+  std::vector<std::string> m_texts CLOCK_GUARDED_BY(m_mutex);
 };
 
 // From power-on to power-off. A telephone has no battery behind its clock: each time it starts in

@@ -17,12 +17,12 @@ void ScenarioPeer::dropProxy() {
 }
 
 std::vector<Method> ScenarioPeer::events() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_events;
 }
 
 void ScenarioPeer::pass(std::size_t count) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_events.erase(m_events.begin(), m_events.begin() + static_cast<std::ptrdiff_t>(count));
 }
 
@@ -40,7 +40,7 @@ Proxy* ScenarioPeer::createProxy(const std::string& interfaceName, const std::st
 }
 
 bool ScenarioPeer::sendMethod(Method& method) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_events.push_back(method);
   return true;
 }

@@ -2,13 +2,13 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "FrameworkContext.h"
 #include "Method.h"
 #include "ProxyRequest.h"
+#include "base/Mutex.h"
 #include "remote/JsonCodec.h"
 
 class Proxy;
@@ -43,8 +43,8 @@ class ScenarioPeer : public FrameworkContext, public ProxyRequest {
   JsonCodec m_codec;
   std::function<Proxy*()> m_source;
   std::unique_ptr<Proxy> m_proxy;
-  mutable std::mutex m_mutex;  // guards what follows
-  std::vector<Method> m_events;
+  mutable Mutex m_mutex;
+  std::vector<Method> m_events CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

@@ -5,20 +5,20 @@
 namespace host {
 
 bool FailedLookups::holds(const std::string& name, Instant now) const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto found = m_failed.find(name);
   return found != m_failed.end() && now - found->second.last < kKept;
 }
 
 bool FailedLookups::isSilent(Instant now) const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return std::any_of(m_failed.begin(), m_failed.end(), [now](const auto& name) {
     return name.second.unanswered && now - name.second.last < kKept;
   });
 }
 
 bool FailedLookups::add(const std::string& name, Instant now) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const bool first = m_failed.insert_or_assign(name, Failure{now}).second;
   if (m_failed.size() > kMost) {
     m_failed.erase(std::min_element(m_failed.begin(), m_failed.end(), [](auto& a, auto& b) {
@@ -29,18 +29,18 @@ bool FailedLookups::add(const std::string& name, Instant now) {
 }
 
 void FailedLookups::setUnanswered(const std::string& name) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto found = m_failed.find(name);
   if (found != m_failed.end()) found->second.unanswered = true;
 }
 
 void FailedLookups::forget(const std::string& name) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_failed.erase(name);
 }
 
 void FailedLookups::forgetAll() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_failed.clear();
 }
 

@@ -3,8 +3,9 @@
 #include <chrono>
 #include <cstddef>
 #include <map>
-#include <mutex>
 #include <string>
+
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -43,8 +44,8 @@ class FailedLookups {
     bool unanswered = false;
   };
 
-  mutable std::mutex m_mutex;  // guards what follows
-  std::map<std::string, Failure> m_failed;
+  mutable Mutex m_mutex;
+  std::map<std::string, Failure> m_failed CLOCK_GUARDED_BY(m_mutex);
 };
 
 // Those of this process. Never destroyed: a lookup may end after everything else.

@@ -35,19 +35,19 @@ void LogBook::setLevel(int level) noexcept {
 }
 
 void LogBook::addSink(std::shared_ptr<LogSink> sink) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_sinks.push_back(std::move(sink));
 }
 
 void LogBook::removeSink(const std::shared_ptr<LogSink>& sink) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_sinks.erase(std::remove(m_sinks.begin(), m_sinks.end(), sink), m_sinks.end());
 }
 
 void LogBook::write(LogEntry entry) noexcept {
   if (t_writing) return;
   entry.wall = wallTime();
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   t_writing = true;
   entry.number = ++m_lastNumber;
   for (const auto& sink : m_sinks) writeTo(*sink, entry);

@@ -5,9 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
+
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -60,9 +61,9 @@ class LogBook {
   LogBook() = default;
 
   std::atomic<int> m_level{kDefaultLevel};
-  std::mutex m_mutex;  // guards what follows; held while sinks write
-  std::uint64_t m_lastNumber = 0;
-  std::vector<std::shared_ptr<LogSink>> m_sinks;
+  Mutex m_mutex;  // held while sinks write
+  std::uint64_t m_lastNumber CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::vector<std::shared_ptr<LogSink>> m_sinks CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

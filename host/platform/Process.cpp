@@ -9,7 +9,6 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstring>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "Logging.h"
+#include "base/Mutex.h"
 #include "platform/ChildEnvironment.h"
 #include "platform/ProgramMap.h"
 
@@ -117,7 +117,7 @@ class RunningChild {
     while (waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOWAIT) != 0 &&
            errno == EINTR) {
     }
-    const std::lock_guard lock(m_mutex);
+    const host::MutexLock lock(m_mutex);
     if (m_leadsGroup) kill(-m_pid, SIGKILL);  // what the child left behind goes with it
     while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
     }
@@ -126,21 +126,25 @@ class RunningChild {
   }
 
   void end() {
-    std::unique_lock lock(m_mutex);
+    host::MutexLock lock(m_mutex);
     if (m_reaped) return;
     signalAll(SIGTERM);
-    if (m_changed.wait_for(lock, kGrace, [this] { return m_reaped; })) return;
+    if (m_changed.wait_for(lock.native(), kGrace,
+                           [this]() CLOCK_REQUIRES(m_mutex) { return m_reaped; }))
+      return;
     signalAll(SIGKILL);
   }
 
-  // REQUIRES: m_mutex held, not reaped.
-  void signalAll(int signal) const { kill(m_leadsGroup ? -m_pid : m_pid, signal); }
+  // REQUIRES: not reaped.
+  void signalAll(int signal) const CLOCK_REQUIRES(m_mutex) {
+    kill(m_leadsGroup ? -m_pid : m_pid, signal);
+  }
 
   const pid_t m_pid;
   const bool m_leadsGroup;
-  std::mutex m_mutex;  // guards m_reaped
+  host::Mutex m_mutex;
   std::condition_variable m_changed;
-  bool m_reaped = false;
+  bool m_reaped CLOCK_GUARDED_BY(m_mutex) = false;
   std::thread m_reaper;  // last: it uses all of the above
 };
 

@@ -23,27 +23,27 @@ ProgramMap& ProgramMap::instance() {
 }
 
 void ProgramMap::set(const std::string& devicePath, const std::string& path) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_paths[devicePath] = path;
 }
 
 void ProgramMap::setStandInFolder(const std::string& folder) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_standIns = folder;
 }
 
 void ProgramMap::allowDevicePrograms() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_devicePrograms = true;
 }
 
 void ProgramMap::giveChannel(const std::string& devicePath, std::function<Descriptor()> open) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_channels[devicePath] = std::move(open);
 }
 
 void ProgramMap::clear() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_paths.clear();
   m_channels.clear();
   m_standIns.clear();
@@ -51,14 +51,13 @@ void ProgramMap::clear() {
 }
 
 std::optional<MappedProgram> ProgramMap::resolve(const std::string& devicePath) const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   auto program = fileOf(devicePath);
   const auto channel = m_channels.find(devicePath);
   if (program && channel != m_channels.end()) program->openChannel = channel->second;
   return program;
 }
 
-// REQUIRES: m_mutex held.
 std::optional<MappedProgram> ProgramMap::fileOf(const std::string& devicePath) const {
   const auto found = m_paths.find(devicePath);
   if (found != m_paths.end()) return MappedProgram{found->second, false, {}};

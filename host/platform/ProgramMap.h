@@ -2,10 +2,10 @@
 
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 
+#include "base/Mutex.h"
 #include "remote/Descriptor.h"
 
 namespace host {
@@ -48,13 +48,14 @@ class ProgramMap {
   [[nodiscard]] std::optional<MappedProgram> resolve(const std::string& devicePath) const;
 
  private:
-  mutable std::mutex m_mutex;
-  [[nodiscard]] std::optional<MappedProgram> fileOf(const std::string& devicePath) const;
+  [[nodiscard]] std::optional<MappedProgram> fileOf(const std::string& devicePath) const
+      CLOCK_REQUIRES(m_mutex);
 
-  std::map<std::string, std::string> m_paths;
-  std::map<std::string, std::function<Descriptor()>> m_channels;
-  std::string m_standIns;
-  bool m_devicePrograms = false;
+  mutable Mutex m_mutex;
+  std::map<std::string, std::string> m_paths CLOCK_GUARDED_BY(m_mutex);
+  std::map<std::string, std::function<Descriptor()>> m_channels CLOCK_GUARDED_BY(m_mutex);
+  std::string m_standIns CLOCK_GUARDED_BY(m_mutex);
+  bool m_devicePrograms CLOCK_GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace host

@@ -1,13 +1,13 @@
 #include "platform/StateFolder.h"
 
-#include <mutex>
+#include "base/Mutex.h"
 
 namespace host {
 namespace {
 
 struct Folder {
-  std::mutex mutex;
-  std::string path;
+  Mutex mutex;
+  std::string path CLOCK_GUARDED_BY(mutex);
 };
 
 Folder& folder() {
@@ -18,13 +18,15 @@ Folder& folder() {
 }  // namespace
 
 void setStorageFolder(const std::string& path) {
-  const std::lock_guard lock(folder().mutex);
-  folder().path = path;
+  Folder& state = folder();
+  const MutexLock lock(state.mutex);
+  state.path = path;
 }
 
 std::string storageFolder() {
-  const std::lock_guard lock(folder().mutex);
-  return folder().path;
+  Folder& state = folder();
+  const MutexLock lock(state.mutex);
+  return state.path;
 }
 
 }  // namespace host

@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
-#include <mutex>
 #include <optional>
 
 #include "Logging.h"
+#include "base/Mutex.h"
 #include "clock/DeviceRoot.h"
 #include "platform/OwnerOnly.h"
 #include "platform/StateFolder.h"
@@ -91,13 +91,13 @@ void logFailure(const char* action, const std::string& name, const std::string& 
 
 // One writer at a time: the file on its way has a fixed name, so that none is left behind by a
 // process that was killed.
-std::mutex& writing() {
-  static auto& mutex = *new std::mutex;
+host::Mutex& writing() {
+  static auto& mutex = *new host::Mutex;
   return mutex;
 }
 
 bool replace(const std::string& folder, const std::string& name, const std::string& content) {
-  const std::lock_guard lock(writing());
+  const host::MutexLock lock(writing());
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
   host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);

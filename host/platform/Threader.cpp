@@ -8,11 +8,11 @@
 #include <exception>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "Logging.h"
 #include "Threadable.h"
+#include "base/Mutex.h"
 
 namespace {
 
@@ -21,9 +21,9 @@ struct Record {
   Threadable* body = nullptr;
   std::string name;  // at most 15 characters, the kernel's bound
   pthread_t thread{};
-  std::mutex mutex;  // guards what follows
+  host::Mutex mutex;
   std::condition_variable changed;
-  bool completed = false;
+  bool completed CLOCK_GUARDED_BY(mutex) = false;
 };
 
 // Every thread that has not been destroyed yet, by id. Ids start at 1 and are not used again.
@@ -37,26 +37,26 @@ class Registry {
   unsigned long nextId() { return ++m_lastId; }
 
   void add(unsigned long id, std::shared_ptr<Record> record) {
-    const std::lock_guard lock(m_mutex);
+    const host::MutexLock lock(m_mutex);
     m_records.emplace(id, std::move(record));
   }
 
   std::shared_ptr<Record> find(unsigned long id) {
-    const std::lock_guard lock(m_mutex);
+    const host::MutexLock lock(m_mutex);
     const auto found = m_records.find(id);
     return found == m_records.end() ? nullptr : found->second;
   }
 
   std::shared_ptr<Record> take(unsigned long id) {
-    const std::lock_guard lock(m_mutex);
+    const host::MutexLock lock(m_mutex);
     const auto node = m_records.extract(id);
     return node.empty() ? nullptr : node.mapped();
   }
 
  private:
   std::atomic<unsigned long> m_lastId{0};
-  std::mutex m_mutex;
-  std::map<unsigned long, std::shared_ptr<Record>> m_records;
+  host::Mutex m_mutex;
+  std::map<unsigned long, std::shared_ptr<Record>> m_records CLOCK_GUARDED_BY(m_mutex);
 };
 
 thread_local const Record* t_self = nullptr;  // the record of the calling thread
@@ -86,7 +86,7 @@ void* threadMain(void* argument) {
   t_self = &record;
   pthread_setname_np(pthread_self(), record.name.c_str());
   runBody(record);
-  const std::lock_guard lock(record.mutex);
+  const host::MutexLock lock(record.mutex);
   record.completed = true;
   record.changed.notify_all();
   return nullptr;
@@ -136,8 +136,8 @@ bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name
 void Threader::waitForThreadCompletion(unsigned long threadId) {
   const auto record = Registry::instance().find(threadId);
   if (!record || record.get() == t_self) return;  // of itself it would wait for ever
-  std::unique_lock lock(record->mutex);
-  record->changed.wait(lock, [&] { return record->completed; });
+  host::MutexLock lock(record->mutex);
+  while (!record->completed) record->changed.wait(lock.native());
 }
 
 void Threader::destroy(unsigned long threadId) {

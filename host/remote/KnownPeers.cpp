@@ -21,12 +21,12 @@ KnownPeers::~KnownPeers() {
 }
 
 void KnownPeers::add(const std::shared_ptr<Peer>& peer) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_here.emplace(peer->address(), peer);
 }
 
 std::shared_ptr<Peer> KnownPeers::find(const std::string& address) const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   for (const Map* const map : {&m_here, &m_leaving, &m_stuck}) {
     if (const auto found = map->find(address); found != map->end()) return found->second;
   }
@@ -34,24 +34,24 @@ std::shared_ptr<Peer> KnownPeers::find(const std::string& address) const {
 }
 
 void KnownPeers::leave(const Peer& peer) {
-  if (!peer.hasProxy()) return forget(m_here, peer.address());
-  move(m_here, peer.address(), m_leaving);
+  if (!peer.hasProxy()) return forget(&KnownPeers::m_here, peer.address());
+  move(&KnownPeers::m_here, peer.address(), &KnownPeers::m_leaving);
   askForTurn();
 }
 
 void KnownPeers::retry() {
-  if (m_leaving.empty() && m_stuck.empty()) return;
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_leaving.merge(m_stuck);
+    if (m_leaving.empty()) return;
   }
   askForTurn();
 }
 
 // Moves the entry as it is, which takes no memory.
-void KnownPeers::move(Map& from, const std::string& address, Map& to) {
-  const std::lock_guard lock(m_mutex);
-  if (auto entry = from.extract(address)) to.insert(std::move(entry));
+void KnownPeers::move(Map KnownPeers::*from, const std::string& address, Map KnownPeers::*to) {
+  const MutexLock lock(m_mutex);
+  if (auto entry = (this->*from).extract(address)) (this->*to).insert(std::move(entry));
 }
 
 // Without memory for it, the next client that comes or goes asks again.
@@ -66,32 +66,38 @@ void KnownPeers::takeTurn() {
   m_waiting = false;
   if (m_over) return;
   const auto end = std::chrono::steady_clock::now() + kTurn;
-  for (std::size_t asked = 0; asked < kFramesInTurn && !m_leaving.empty(); ++asked) {
-    takeOne();
+  const std::string* next = nextToLeave();
+  for (std::size_t asked = 0; asked < kFramesInTurn && next != nullptr; ++asked) {
+    takeOne(*next);
+    next = nextToLeave();
     if (std::chrono::steady_clock::now() >= end) break;
   }
-  if (!m_leaving.empty()) askForTurn();
+  if (next != nullptr) askForTurn();
 }
 
-void KnownPeers::takeOne() {
-  const std::string& address = m_leaving.begin()->first;
+const std::string* KnownPeers::nextToLeave() const {
+  const MutexLock lock(m_mutex);
+  return m_leaving.empty() ? nullptr : &m_leaving.begin()->first;
+}
+
+void KnownPeers::takeOne(const std::string& address) {
   switch (m_takeOneBack(address)) {
     case TakenBack::one:
       return;
     case TakenBack::nothingLeft:
-      return forget(m_leaving, address);
+      return forget(&KnownPeers::m_leaving, address);
     case TakenBack::noAnswer:
       m_failures.log(address.c_str());
-      return move(m_leaving, address, m_stuck);
+      return move(&KnownPeers::m_leaving, address, &KnownPeers::m_stuck);
   }
 }
 
 // The service does not use its proxy, and will not.
-void KnownPeers::forget(Map& map, const std::string& address) {
+void KnownPeers::forget(Map KnownPeers::*map, const std::string& address) {
   Map::node_type entry;
   {
-    const std::lock_guard lock(m_mutex);
-    entry = map.extract(address);
+    const MutexLock lock(m_mutex);
+    entry = (this->*map).extract(address);
   }
   if (!entry) return;
   entry.mapped()->freeProxy();

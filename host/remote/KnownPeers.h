@@ -3,9 +3,9 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 
+#include "base/Mutex.h"
 #include "remote/RareLine.h"
 #include "remote/TakeBack.h"
 
@@ -47,11 +47,12 @@ class KnownPeers {
  private:
   using Map = std::map<std::string, std::shared_ptr<Peer>>;
 
-  void move(Map& from, const std::string& address, Map& to);
+  void move(Map KnownPeers::*from, const std::string& address, Map KnownPeers::*to);
   void askForTurn();
   void takeTurn();
-  void takeOne();
-  void forget(Map& map, const std::string& address);
+  const std::string* nextToLeave() const;  // null: none; stays until it is moved or forgotten
+  void takeOne(const std::string& address);
+  void forget(Map KnownPeers::*map, const std::string& address);
 
   TurnQueue& m_turns;
   Registrations& m_registrations;
@@ -59,10 +60,10 @@ class KnownPeers {
   RareLine m_failures{"cannot be taken out of the service"};
   bool m_waiting = false;  // for a turn
   bool m_over = false;
-  mutable std::mutex m_mutex;  // guards what follows
-  Map m_here;
-  Map m_leaving;
-  Map m_stuck;  // gone, and the service may still use their proxies
+  mutable Mutex m_mutex;
+  Map m_here CLOCK_GUARDED_BY(m_mutex);
+  Map m_leaving CLOCK_GUARDED_BY(m_mutex);
+  Map m_stuck CLOCK_GUARDED_BY(m_mutex);  // gone, and the service may still use their proxies
 };
 
 }  // namespace host

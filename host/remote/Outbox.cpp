@@ -39,7 +39,7 @@ bool Outbox::send(const Frame& frame) {
 }
 
 bool Outbox::sendBytes(std::string_view frame) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   if (m_state != State::open) return false;
   const bool wasIdle = m_queued.empty();
   if (wasIdle) frame.remove_prefix(transmit(frame));
@@ -71,7 +71,7 @@ std::size_t Outbox::transmit(std::string_view bytes) {
 }
 
 void Outbox::giveUp(int error) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   if (m_state == State::open) fail(error);
 }
 
@@ -87,12 +87,12 @@ void Outbox::end(State state) {
 }
 
 void Outbox::ring() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   if (m_state != State::closed) m_attention();
 }
 
 bool Outbox::flush() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   if (m_state != State::open || m_queued.empty()) return true;
   const std::size_t sent = transmit(m_queued);
   m_queued.erase(0, sent);
@@ -100,29 +100,29 @@ bool Outbox::flush() {
 }
 
 void Outbox::close() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_state = State::closed;
   std::string().swap(m_queued);
   m_attention = nullptr;
 }
 
 Outbox::State Outbox::state() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_state;
 }
 
 int Outbox::error() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_error;
 }
 
 bool Outbox::idle() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_queued.empty();
 }
 
 std::size_t Outbox::queued() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_queued.size();
 }
 

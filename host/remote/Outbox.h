@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <string_view>
 
+#include "base/Mutex.h"
 #include "remote/Frame.h"
 
 namespace host {
@@ -48,17 +48,18 @@ class Outbox {
 
  private:
   bool sendBytes(std::string_view frame);
-  bool queue(std::string_view frame);
-  std::size_t transmit(std::string_view bytes);
-  void fail(int error);
-  void end(State state);
+  bool queue(std::string_view frame) CLOCK_REQUIRES(m_mutex);
+  std::size_t transmit(std::string_view bytes) CLOCK_REQUIRES(m_mutex);
+  void fail(int error) CLOCK_REQUIRES(m_mutex);
+  void end(State state) CLOCK_REQUIRES(m_mutex);
 
-  mutable std::mutex m_mutex;  // guards everything below
+  mutable Mutex m_mutex;
   const int m_socket;
-  std::function<void()> m_attention;
-  State m_state = State::open;
-  int m_error = 0;
-  std::string m_queued;  // not empty: the loop waits until the socket can be written
+  std::function<void()> m_attention CLOCK_GUARDED_BY(m_mutex);
+  State m_state CLOCK_GUARDED_BY(m_mutex) = State::open;
+  int m_error CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::string m_queued
+      CLOCK_GUARDED_BY(m_mutex);  // not empty: the loop waits until the socket can be written
 };
 
 }  // namespace host

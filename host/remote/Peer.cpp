@@ -56,7 +56,7 @@ bool Peer::sendMethod(Method& method) try {
 }
 
 Proxy* Peer::proxy(const std::function<Proxy*()>& make) {
-  const std::lock_guard lock(m_proxyMutex);
+  const MutexLock lock(m_proxyMutex);
   if (!m_proxy && !m_gone) {
     m_proxy.reset(make());
     if (m_proxy) m_proxy->initProxy(*this);
@@ -65,12 +65,12 @@ Proxy* Peer::proxy(const std::function<Proxy*()>& make) {
 }
 
 bool Peer::hasProxy() const {
-  const std::lock_guard lock(m_proxyMutex);
+  const MutexLock lock(m_proxyMutex);
   return m_proxy != nullptr;
 }
 
 void Peer::freeProxy() {
-  const std::lock_guard lock(m_proxyMutex);
+  const MutexLock lock(m_proxyMutex);
   m_proxy.reset();
 }
 

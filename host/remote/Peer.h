@@ -3,11 +3,11 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "ProxyRequest.h"
+#include "base/Mutex.h"
 #include "remote/ControlChannel.h"
 #include "remote/Outbox.h"
 
@@ -83,8 +83,8 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   std::atomic<std::size_t> m_holds = 0;  // of which so many hold up what comes next
   std::atomic<bool> m_held = false;
   std::vector<std::weak_ptr<ControlLine>> m_lines;  // the loop's alone
-  mutable std::mutex m_proxyMutex;
-  std::unique_ptr<Proxy> m_proxy;
+  mutable Mutex m_proxyMutex;
+  std::unique_ptr<Proxy> m_proxy CLOCK_GUARDED_BY(m_proxyMutex);
 };
 
 }  // namespace host

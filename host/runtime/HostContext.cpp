@@ -11,17 +11,17 @@ HostContext::HostContext(VirtualClock& clock) : m_clock(clock) {}
 HostContext::~HostContext() = default;
 
 void HostContext::add(const std::string& name, Executable* service) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_services[name] = service;
 }
 
 void HostContext::remove(const std::string& name) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_services.erase(name);
 }
 
 Executable* HostContext::getService(const std::string& name) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto found = m_services.find(name);
   return found == m_services.end() ? nullptr : found->second;
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <string>
 
 #include "Context.h"
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -32,8 +32,8 @@ class HostContext : public Context {
 
  private:
   VirtualClock& m_clock;
-  std::mutex m_mutex;  // guards m_services
-  std::map<std::string, Executable*> m_services;
+  Mutex m_mutex;
+  std::map<std::string, Executable*> m_services CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

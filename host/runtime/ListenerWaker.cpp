@@ -44,7 +44,7 @@ ListenerWaker::ListenerWaker(const ReportPipe& pipe) : ListenerWaker(pipe.heldPa
 
 ListenerWaker::~ListenerWaker() {
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_ending = true;
   }
   m_changed.notify_all();
@@ -53,7 +53,7 @@ ListenerWaker::~ListenerWaker() {
 
 void ListenerWaker::begin() {
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_begun = true;
   }
   m_changed.notify_all();
@@ -62,14 +62,15 @@ void ListenerWaker::begin() {
 // A listener may leave between our open and our write. That is no reason for the process to end:
 // the thread does not hear signals.
 void ListenerWaker::work() {
-  std::unique_lock lock(m_mutex);
-  m_changed.wait(lock, [this] { return m_begun || m_ending; });
+  MutexLock lock(m_mutex);
+  m_changed.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_begun || m_ending; });
   if (!m_begun) return;
   do {
     lock.unlock();
     wake(m_path);
     lock.lock();
-    m_changed.wait_for(lock, kBetweenWakes, [this] { return m_ending; });
+    m_changed.wait_for(lock.native(), kBetweenWakes,
+                       [this]() CLOCK_REQUIRES(m_mutex) { return m_ending; });
   } while (!m_ending);
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include <condition_variable>
-#include <mutex>
 #include <string>
 #include <thread>
+
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -30,10 +31,10 @@ class ListenerWaker {
   void work();
 
   const std::string m_path;
-  std::mutex m_mutex;
+  Mutex m_mutex;
   std::condition_variable m_changed;
-  bool m_begun = false;
-  bool m_ending = false;
+  bool m_begun CLOCK_GUARDED_BY(m_mutex) = false;
+  bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
   std::thread m_thread;  // last: it uses all of the above
 };
 

@@ -5,11 +5,11 @@
 #include <cerrno>
 #include <condition_variable>
 #include <exception>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "base/Mutex.h"
 #include "runtime/LogLine.h"
 #include "runtime/StartThread.h"
 
@@ -54,7 +54,7 @@ class StderrLog::Writer {
   }
 
   void add(const LogEntry& entry) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     const auto now = m_now();
     putSummaries(now);
     if (m_limit.admits(entry, now)) put(entry);
@@ -63,7 +63,7 @@ class StderrLog::Writer {
 
   // The thread's body.
   void work() {
-    std::unique_lock lock(m_mutex);
+    MutexLock lock(m_mutex);
     while (take() || !m_ending) {
       if (m_writing.empty()) {
         wait(lock);
@@ -79,17 +79,16 @@ class StderrLog::Writer {
 
   // Whether the thread has written all there was, within the limit.
   bool end(std::chrono::milliseconds limit) {
-    std::unique_lock lock(m_mutex);
+    MutexLock lock(m_mutex);
     m_ending = true;
     m_changed.notify_all();
-    return m_changed.wait_for(lock, limit, [this] { return m_ended; });
+    return m_changed.wait_for(lock.native(), limit,
+                              [this]() CLOCK_REQUIRES(m_mutex) { return m_ended; });
   }
 
  private:
-  // All of these REQUIRE the lock.
-
   // Behind a line that found no room there is none for any other, so that the gap is in one place.
-  void put(const LogEntry& entry) {
+  void put(const LogEntry& entry) CLOCK_REQUIRES(m_mutex) {
     const std::string line = logLine(entry, m_inColour);
     if (m_dropped == 0 && m_waiting.size() + line.size() <= kMostWaiting) {
       m_waiting += line;
@@ -99,12 +98,12 @@ class StderrLog::Writer {
     m_droppedLast = entry.wall;
   }
 
-  void putSummaries(Clock::time_point now) {
+  void putSummaries(Clock::time_point now) CLOCK_REQUIRES(m_mutex) {
     for (const LogEntry& entry : m_limit.summaries(now)) put(entry);
   }
 
   // All that waits is to be written next. False: it is nothing.
-  bool take() {
+  bool take() CLOCK_REQUIRES(m_mutex) {
     m_writing.clear();
     try {
       putSummaries(m_ending ? Clock::time_point::max() : m_now());
@@ -117,7 +116,7 @@ class StderrLog::Writer {
     return !m_writing.empty();
   }
 
-  LogEntry gap() const {
+  LogEntry gap() const CLOCK_REQUIRES(m_mutex) {
     LogEntry entry;
     entry.wall = m_droppedLast;
     entry.level = LogBook::kWarning;
@@ -127,12 +126,12 @@ class StderrLog::Writer {
   }
 
   // Without a time unless there is something to tell at one.
-  void wait(std::unique_lock<std::mutex>& lock) {
+  void wait(MutexLock& lock) CLOCK_REQUIRES(m_mutex) {
     const auto next = m_limit.nextSummary();
     if (next == Clock::time_point::max()) {
-      m_changed.wait(lock);
+      m_changed.wait(lock.native());
     } else {
-      m_changed.wait_for(lock, next - m_now());
+      m_changed.wait_for(lock.native(), next - m_now());
     }
   }
 
@@ -140,14 +139,16 @@ class StderrLog::Writer {
   const bool m_inColour;
   const Now m_now;
   std::string m_writing;  // the thread's alone; there from the start, as the thread needs no memory
-  std::mutex m_mutex;     // guards what follows
+  Mutex m_mutex;
   std::condition_variable m_changed;
-  LogLimit m_limit;
-  std::string m_waiting;                      // whole lines
-  std::size_t m_dropped = 0;                  // lines, since the thread took those that wait
-  std::chrono::nanoseconds m_droppedLast{0};  // wall time of the last of them
-  bool m_ending = false;
-  bool m_ended = false;
+  LogLimit m_limit CLOCK_GUARDED_BY(m_mutex);
+  std::string m_waiting CLOCK_GUARDED_BY(m_mutex);  // whole lines
+  std::size_t m_dropped CLOCK_GUARDED_BY(m_mutex) =
+      0;  // lines, since the thread took those that wait
+  std::chrono::nanoseconds m_droppedLast CLOCK_GUARDED_BY(m_mutex){
+      0};  // wall time of the last of them
+  bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
+  bool m_ended CLOCK_GUARDED_BY(m_mutex) = false;
 };
 
 StderrLog::StderrLog(int descriptor, LogLimit limit, Now now)

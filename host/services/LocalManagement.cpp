@@ -44,7 +44,7 @@ void LocalManagement::shutdown() {}
 
 bool LocalManagement::registerAgent(const std::string& agentId, MgmtAgentIfc* agent) {
   if (agent == nullptr) return false;
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_agents[agentId] = agent;
   return true;
 }
@@ -67,7 +67,7 @@ bool LocalManagement::setData(ManageableData& record) {
 
 bool LocalManagement::observeData(const std::string& key, MgmtAgentIfc* agent) {
   if (agent == nullptr) return false;
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_observers.emplace_back(key, agent);
   return true;
 }
@@ -80,7 +80,7 @@ bool LocalManagement::reportDataChanged(ManageableData& record) {
             value.c_str());
   ReportListener listener;
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     listener = m_reportListener;
   }
   if (listener) listener(key, value);
@@ -88,13 +88,13 @@ bool LocalManagement::reportDataChanged(ManageableData& record) {
 }
 
 bool LocalManagement::isUserData(ManageableData& record, int) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto answer = m_userData.find(record.getRootId());
   return answer == m_userData.end() || answer->second;
 }
 
 void LocalManagement::setItemState(ManageableData& record, int state) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_itemStates[record.getRootId()] = state;
 }
 
@@ -104,7 +104,7 @@ void LocalManagement::setValue(const std::string& key, const std::string& value)
 }
 
 std::optional<std::string> LocalManagement::value(const std::string& key) const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto held = m_values.find(key);
   if (held == m_values.end()) return std::nullopt;
   return held->second;
@@ -154,37 +154,37 @@ void LocalManagement::deliverChanges() {
 }
 
 int LocalManagement::itemState(const std::string& key) const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto state = m_itemStates.find(key);
   return state == m_itemStates.end() ? 0 : state->second;
 }
 
 void LocalManagement::setUserData(const std::string& key, bool isUserData) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_userData[key] = isUserData;
 }
 
 void LocalManagement::onReport(ReportListener listener) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_reportListener = std::move(listener);
 }
 
 void LocalManagement::dropAgents() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_agents.clear();
   m_observers.clear();
   m_changes.clear();
 }
 
 MgmtAgentIfc* LocalManagement::agent() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto found = m_agents.find(kClockAgent);
   return found == m_agents.end() ? nullptr : found->second;
 }
 
 void LocalManagement::change(const std::string& key, const std::string& value) {
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_values[key] = value;
     // Who observes the key only later is not to hear of this.
     const auto observes = [&key](const auto& entry) { return entry.first == key; };
@@ -196,7 +196,7 @@ void LocalManagement::change(const std::string& key, const std::string& value) {
 
 // Taken one by one: an observer may drop the rest, or change a value itself.
 bool LocalManagement::nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   if (m_changes.empty()) return false;
   change = std::move(m_changes.front());
   m_changes.pop_front();

@@ -3,7 +3,6 @@
 #include <deque>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,6 +10,7 @@
 
 #include "Executable.h"
 #include "LocalMgmtIfc.h"
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -79,14 +79,15 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   bool nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers);
 
   const Dispatch m_dispatch;
-  mutable std::mutex m_mutex;  // guards what follows; never held while an agent or listener runs
-  std::map<std::string, std::string> m_values;
-  std::map<std::string, MgmtAgentIfc*> m_agents;
-  std::vector<std::pair<std::string, MgmtAgentIfc*>> m_observers;  // in order of registration
-  std::map<std::string, int> m_itemStates;
-  std::map<std::string, bool> m_userData;
-  std::deque<Change> m_changes;
-  ReportListener m_reportListener;
+  mutable Mutex m_mutex;  // never held while an agent or listener runs
+  std::map<std::string, std::string> m_values CLOCK_GUARDED_BY(m_mutex);
+  std::map<std::string, MgmtAgentIfc*> m_agents CLOCK_GUARDED_BY(m_mutex);
+  std::vector<std::pair<std::string, MgmtAgentIfc*>> m_observers
+      CLOCK_GUARDED_BY(m_mutex);  // in order of registration
+  std::map<std::string, int> m_itemStates CLOCK_GUARDED_BY(m_mutex);
+  std::map<std::string, bool> m_userData CLOCK_GUARDED_BY(m_mutex);
+  std::deque<Change> m_changes CLOCK_GUARDED_BY(m_mutex);
+  ReportListener m_reportListener CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

@@ -21,7 +21,7 @@ ManagementThread::ManagementThread()
 
 ManagementThread::~ManagementThread() {
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_ending = true;
   }
   m_wake.notify_one();
@@ -30,7 +30,7 @@ ManagementThread::~ManagementThread() {
 
 void ManagementThread::post(std::function<void()> task) {
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_tasks.push_back(std::move(task));
   }
   m_wake.notify_one();
@@ -38,7 +38,7 @@ void ManagementThread::post(std::function<void()> task) {
 
 void ManagementThread::postForLater(std::function<void()> task) {
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_later.push_back(std::move(task));
   }
   m_wake.notify_one();
@@ -46,7 +46,7 @@ void ManagementThread::postForLater(std::function<void()> task) {
 
 void ManagementThread::dropQueued() {
   std::deque<Task> dropped;  // their ends may take locks of their own
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_tasks.swap(dropped);
 }
 
@@ -67,7 +67,7 @@ void ManagementThread::run(const std::function<void()>& task) {
 }
 
 void ManagementThread::work() {
-  std::unique_lock lock(m_mutex);
+  MutexLock lock(m_mutex);
   while (waitForTask(lock)) {
     const Task task = takeTask();
     lock.unlock();
@@ -77,10 +77,11 @@ void ManagementThread::work() {
 }
 
 // False: the end has come, and all is done.
-bool ManagementThread::waitForTask(std::unique_lock<std::mutex>& lock) {
-  const auto wanted = [this] { return m_ending || !m_tasks.empty(); };
-  m_wake.wait(lock, [&] { return wanted() || !m_later.empty(); });
-  if (!m_later.empty()) m_wake.wait_for(lock, kMoment, wanted);
+bool ManagementThread::waitForTask(MutexLock& lock) {
+  const auto wanted = [this]() CLOCK_REQUIRES(m_mutex) { return m_ending || !m_tasks.empty(); };
+  m_wake.wait(lock.native(),
+              [&]() CLOCK_REQUIRES(m_mutex) { return wanted() || !m_later.empty(); });
+  if (!m_later.empty()) m_wake.wait_for(lock.native(), kMoment, wanted);
   return !m_later.empty() || !m_tasks.empty();
 }
 

@@ -3,8 +3,9 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
+
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -37,15 +38,15 @@ class ManagementThread {
   using Task = std::function<void()>;
 
   void work();
-  bool waitForTask(std::unique_lock<std::mutex>& lock);
-  Task takeTask();
+  bool waitForTask(MutexLock& lock) CLOCK_REQUIRES(m_mutex);
+  Task takeTask() CLOCK_REQUIRES(m_mutex);
   static void runLogged(const std::function<void()>& task);
 
-  std::mutex m_mutex;
+  Mutex m_mutex;
   std::condition_variable m_wake;
-  std::deque<Task> m_tasks;
-  std::deque<Task> m_later;
-  bool m_ending = false;
+  std::deque<Task> m_tasks CLOCK_GUARDED_BY(m_mutex);
+  std::deque<Task> m_later CLOCK_GUARDED_BY(m_mutex);
+  bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
   std::thread m_thread;  // last: it uses all of the above
 };
 

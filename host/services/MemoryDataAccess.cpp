@@ -10,7 +10,7 @@ void MemoryDataAccess::shutdown() {}
 
 bool MemoryDataAccess::setItem(const std::string& schema, const std::string& key,
                                const std::string& value) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   ++m_setsAsked;
   if (m_acceptFirst == 0 && m_refuseThen > 0) {
     --m_refuseThen;
@@ -23,25 +23,25 @@ bool MemoryDataAccess::setItem(const std::string& schema, const std::string& key
 
 std::optional<std::string> MemoryDataAccess::getItem(const std::string& schema,
                                                      const std::string& key) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   const auto found = m_items.find({schema, key});
   if (m_refuseGets || found == m_items.end()) return std::nullopt;
   return found->second;
 }
 
 void MemoryDataAccess::refuseSets(std::size_t accepted, std::size_t refused) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_acceptFirst = accepted;
   m_refuseThen = refused;
 }
 
 void MemoryDataAccess::refuseGets(bool refused) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_refuseGets = refused;
 }
 
 std::size_t MemoryDataAccess::setsAsked() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_setsAsked;
 }
 

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <map>
-#include <mutex>
 #include <utility>
 
 #include "Executable.h"
+#include "base/Mutex.h"
 #include "platform/DataAccess.h"
 
 namespace host {
@@ -32,12 +32,12 @@ class MemoryDataAccess : public Executable, public DataAccess {
   [[nodiscard]] std::size_t setsAsked() const;
 
  private:
-  mutable std::mutex m_mutex;  // guards what follows
-  std::map<std::pair<std::string, std::string>, std::string> m_items;
-  std::size_t m_setsAsked = 0;
-  std::size_t m_acceptFirst = 0;
-  std::size_t m_refuseThen = 0;
-  bool m_refuseGets = false;
+  mutable Mutex m_mutex;
+  std::map<std::pair<std::string, std::string>, std::string> m_items CLOCK_GUARDED_BY(m_mutex);
+  std::size_t m_setsAsked CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::size_t m_acceptFirst CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::size_t m_refuseThen CLOCK_GUARDED_BY(m_mutex) = 0;
+  bool m_refuseGets CLOCK_GUARDED_BY(m_mutex) = false;
 };
 
 }  // namespace host

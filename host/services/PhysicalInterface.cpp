@@ -24,26 +24,26 @@ void PhysicalInterface::subscribe(physicalEventObserver* observer,
     return group.other.kind == kJackKind;
   });
   if (hearsJacks) {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     m_jackObservers.push_back(observer);
   }
   observer->getSubscribingService();
 }
 
 void PhysicalInterface::beginClockChange() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   ++m_clockChanges.begun;
 }
 
 void PhysicalInterface::endClockChange() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   ++m_clockChanges.ended;
 }
 
 void PhysicalInterface::jack(int plug, int status) {
   std::vector<physicalEventObserver*> observers;
   {
-    const std::lock_guard lock(m_mutex);
+    const MutexLock lock(m_mutex);
     observers = m_jackObservers;
   }
   for (physicalEventObserver* const observer : observers) {
@@ -53,12 +53,12 @@ void PhysicalInterface::jack(int plug, int status) {
 }
 
 PhysicalInterface::ClockChanges PhysicalInterface::clockChanges() const {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   return m_clockChanges;
 }
 
 void PhysicalInterface::dropSubscribers() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_jackObservers.clear();
 }
 

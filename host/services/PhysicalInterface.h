@@ -1,10 +1,10 @@
 #pragma once
 
-#include <mutex>
 #include <vector>
 
 #include "Executable.h"
 #include "PhysicalInterfaceServiceIfc.h"
+#include "base/Mutex.h"
 
 namespace host {
 
@@ -43,9 +43,10 @@ class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc 
 
  private:
   const PhysDefs::hardwareSubVariant m_variant;
-  mutable std::mutex m_mutex;                           // guards what follows
-  std::vector<physicalEventObserver*> m_jackObservers;  // in order of subscription
-  ClockChanges m_clockChanges;
+  mutable Mutex m_mutex;
+  std::vector<physicalEventObserver*> m_jackObservers
+      CLOCK_GUARDED_BY(m_mutex);  // in order of subscription
+  ClockChanges m_clockChanges CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

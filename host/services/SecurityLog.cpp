@@ -134,18 +134,18 @@ void SecurityLog::init(Context&) {}
 void SecurityLog::shutdown() {}
 
 void SecurityLog::beginLog() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_database->beginLog();
   readTally();
 }
 
 void SecurityLog::foldLater(Later later) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_database->foldLater([this, later = std::move(later)] { later([this] { fold(); }); });
 }
 
 void SecurityLog::fold() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_database->fold();
 }
 
@@ -170,7 +170,7 @@ void SecurityLog::note(Event event, bool failure, const std::string& text) {
 void SecurityLog::record(std::time_t time, int facility, int severity, int eventClass,
                          int eventCode, bool failure, const std::string& text,
                          const std::string& subject, const std::string& origin) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   bool written = false;
   try {
     written = write({0, 0, 1, time, time, facility, severity, eventClass, eventCode, failure,
@@ -263,7 +263,7 @@ void SecurityLog::failReading() const {
 }
 
 std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   std::vector<SecurityRecord> records;
   const auto bound = std::min(most, std::size_t{kSets + kHostActs + kRefused});
   SqliteStatement& list = m_statements->list;
@@ -281,7 +281,7 @@ std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t mo
 }
 
 SecurityLog::Kept SecurityLog::kept() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   readTally();
   if (!m_tallied) failReading();
   const std::int64_t records = m_tally.kept[0] + m_tally.kept[1] + m_tally.kept[2];

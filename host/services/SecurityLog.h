@@ -7,12 +7,12 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "Executable.h"
 #include "SecurityLogServiceIfc.h"
+#include "base/Mutex.h"
 #include "services/Repeats.h"
 
 namespace host {
@@ -105,23 +105,23 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   explicit SecurityLog(std::unique_ptr<SqliteDatabase> database);
 
   void fold();
-  void readTally();
-  bool write(SecurityRecord record);
-  void countUnwritten();
-  bool countIn(std::int64_t number, const SecurityRecord& record);
-  bool append(const SecurityRecord& record);
-  void dropOldest(Kind kind);
-  [[noreturn]] void failReading() const;
+  void readTally() CLOCK_REQUIRES(m_mutex);
+  bool write(SecurityRecord record) CLOCK_REQUIRES(m_mutex);
+  void countUnwritten() CLOCK_REQUIRES(m_mutex);
+  bool countIn(std::int64_t number, const SecurityRecord& record) CLOCK_REQUIRES(m_mutex);
+  bool append(const SecurityRecord& record) CLOCK_REQUIRES(m_mutex);
+  void dropOldest(Kind kind) CLOCK_REQUIRES(m_mutex);
+  [[noreturn]] void failReading() const CLOCK_REQUIRES(m_mutex);
   static Kind kindOf(const SecurityRecord& record);
   static Repeats::Attempt attemptOf(const SecurityRecord& record);
 
-  std::mutex m_mutex;  // guards what follows
-  std::unique_ptr<SqliteDatabase> m_database;
-  std::unique_ptr<Statements> m_statements;
-  Repeats m_repeats;
-  Tally m_tally;
-  bool m_tallied = false;
-  std::int64_t m_unwritten = 0;  // since the last that was written
+  Mutex m_mutex;
+  std::unique_ptr<SqliteDatabase> m_database CLOCK_GUARDED_BY(m_mutex);
+  std::unique_ptr<Statements> m_statements CLOCK_GUARDED_BY(m_mutex);
+  Repeats m_repeats CLOCK_GUARDED_BY(m_mutex);
+  Tally m_tally CLOCK_GUARDED_BY(m_mutex);
+  bool m_tallied CLOCK_GUARDED_BY(m_mutex) = false;
+  std::int64_t m_unwritten CLOCK_GUARDED_BY(m_mutex) = 0;  // since the last that was written
 };
 
 }  // namespace host

@@ -32,23 +32,23 @@ void SqliteDataAccess::init(Context&) {}
 void SqliteDataAccess::shutdown() {}
 
 void SqliteDataAccess::beginLog() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_database->beginLog();
 }
 
 void SqliteDataAccess::foldLater(Later later) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_database->foldLater([this, later = std::move(later)] { later([this] { fold(); }); });
 }
 
 void SqliteDataAccess::fold() {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_database->fold();
 }
 
 bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key,
                                const std::string& value) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_set->bind(1, schema);
   m_set->bind(2, key);
   m_set->bind(3, value);
@@ -60,7 +60,7 @@ bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key
 
 std::optional<std::string> SqliteDataAccess::getItem(const std::string& schema,
                                                      const std::string& key) {
-  const std::lock_guard lock(m_mutex);
+  const MutexLock lock(m_mutex);
   m_get->bind(1, schema);
   m_get->bind(2, key);
   std::optional<std::string> value;

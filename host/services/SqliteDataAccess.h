@@ -3,11 +3,11 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "Executable.h"
+#include "base/Mutex.h"
 #include "platform/DataAccess.h"
 
 namespace host {
@@ -47,10 +47,10 @@ class SqliteDataAccess : public Executable, public DataAccess {
  private:
   void fold();
 
-  std::mutex m_mutex;  // guards the database and its statements
-  std::unique_ptr<SqliteDatabase> m_database;
-  std::unique_ptr<SqliteStatement> m_set;
-  std::unique_ptr<SqliteStatement> m_get;
+  Mutex m_mutex;
+  std::unique_ptr<SqliteDatabase> m_database CLOCK_POINTEE_GUARDED_BY(m_mutex);
+  std::unique_ptr<SqliteStatement> m_set CLOCK_POINTEE_GUARDED_BY(m_mutex);
+  std::unique_ptr<SqliteStatement> m_get CLOCK_POINTEE_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host
