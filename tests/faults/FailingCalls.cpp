@@ -70,11 +70,18 @@ bool failsOn(std::string_view path, Column column) {
   return false;
 }
 
-// The system knows a descriptor's path.
+constexpr std::string_view kDescriptors = "/proc/self/fd/";
+
+// The system knows a descriptor's path. Empty: it has none.
+std::string_view readLink(const char* link, std::array<char, 4096>& path) {
+  const long size = ::syscall(SYS_readlinkat, AT_FDCWD, link, path.data(), path.size());
+  return {path.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
+}
+
 bool failsOn(int descriptor, Column column) {
   if (plannedCall() == Call::none) return false;
-  std::array<char, 32> link{"/proc/self/fd/"};
-  std::size_t end = std::string_view(link.data()).size();
+  std::array<char, 32> link{};
+  std::size_t end = kDescriptors.copy(link.data(), link.size());
   std::array<char, 10> digits;
   std::size_t count = 0;
   for (int rest = descriptor; rest > 0 || count == 0; rest /= 10) {
@@ -82,8 +89,7 @@ bool failsOn(int descriptor, Column column) {
   }
   while (count > 0) link[end++] = digits[--count];
   std::array<char, 4096> path;
-  const long size = ::syscall(SYS_readlinkat, AT_FDCWD, link.data(), path.data(), path.size());
-  return size > 0 && failsOn(std::string_view(path.data(), static_cast<std::size_t>(size)), column);
+  return failsOn(readLink(link.data(), path), column);
 }
 
 // A pipe opened for writing is a try to wake its reader, repeated until it does: no point of
@@ -98,8 +104,11 @@ bool isDropped(int descriptor) {
   return (::fcntl(descriptor, F_GETFL) & O_NONBLOCK) != 0;
 }
 
+// The pipe that the host holds is opened through its descriptor.
 int openFile(const char* path, int flags, mode_t mode) {
-  const std::string_view name = path == nullptr ? "" : path;
+  std::array<char, 4096> target;
+  std::string_view name = path == nullptr ? "" : path;
+  if (name.starts_with(kDescriptors)) name = readLink(path, target);
   if (!isWake(name, flags) && failsOn(name, &FileKind::open)) return -1;
   return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
