@@ -1,6 +1,7 @@
 // What clockctl makes of answers that no host gives: a program of another kind, or of another
 // version, listens at the socket.
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <sstream>
@@ -16,6 +17,8 @@
 namespace host {
 namespace {
 
+constexpr int kLongestWait = 30'000;  // milliseconds
+
 // Listens where clockctl asks, and answers each request of one client with the same text.
 class OddHost {
  public:
@@ -25,6 +28,8 @@ class OddHost {
   std::filesystem::path socket() const { return m_folder / "socket"; }
 
   void serve() {
+    pollfd coming{m_listener.descriptor(), POLLIN, 0};
+    ::poll(&coming, 1, kLongestWait);
     const Descriptor client(::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC));
     FrameReader reader;
     for (;;) {
