@@ -10,6 +10,7 @@ ROWS = [
     ("if (ready) stop(1);", ["ready !(ready)", "stop(1); ;", "1 2", "1 0"]),
     ("const Guard guard(lock);", ["constGuardguard(lock); ;"]),
     ("const Guard guard(lock); use(guard);", ["use(guard); ;"]),
+    ("const MutexLock lock(mutex); const SemaphoreGuard guard(semaphore);", []),  # lint's to find
     ("return run(a, b);", ["returnrun(a,b); return;"]),
     ("x->y.z(1);", ["x->y.z(1); ;", "1 2", "1 0"]),
     ('say("ab\\n", \'c\');', ['say("ab\\n",\'c\'); ;', '"ab\\n" "ab"', "'c' '?'"]),
@@ -25,6 +26,13 @@ ROWS = [
     ('extern "C" int f(); using A = B<3>;', []),
 ]
 
+FUNCTION = "void f() {\n  go(1,\n     2);\n  if (a < b) return;\n  go(3);\n}\n"
+INDENTED = FUNCTION.replace("\n ", "\n   ")
+OTHER = "int g() {\n  return a + 4;\n}\n"
+AGAIN = FUNCTION.replace("f()", "h()")
+# Edits of a source that has one function, which leave the order of its mutants as it is.
+EDITS = [f"// a\n\n{FUNCTION}", OTHER + FUNCTION, FUNCTION + OTHER, FUNCTION + AGAIN, INDENTED]
+
 
 def made_of(mutants_of, statements):
     text = f"void f() {{\n{statements}\n}}\n"
@@ -34,11 +42,31 @@ def made_of(mutants_of, statements):
     ]
 
 
+def order_of(mutants, text, seed=1):
+    """Of the mutants of f() in it."""
+    start = text.index("void f()")
+    ordered = mutants.in_order(mutants.mutants_of("src/f.cpp", text), seed)
+    return [made.change for made in ordered if start < made.start < text.index("}", start)]
+
+
+def moved(mutants):
+    usual = order_of(mutants, FUNCTION)
+    for edited in EDITS:
+        if order_of(mutants, edited) != usual:
+            yield f"{edited!r}: another order"
+    if order_of(mutants, FUNCTION, seed=2) == usual:
+        yield "two seeds, one order"
+
+
 def main(tree):
     sys.path.insert(0, str(pathlib.Path(tree, "tools/mutate")))
+    import mutants
     from mutants import mutants_of
 
     wrong = 0
+    for line in moved(mutants):
+        print(line)
+        wrong += 1
     for statements, expected in ROWS:
         made = made_of(mutants_of, statements)
         if sorted(made) != sorted(expected):

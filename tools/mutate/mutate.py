@@ -8,7 +8,6 @@ The exit status is 0 when the tests find at least nine in ten.
 import itertools
 import pathlib
 import queue
-import random
 import resource
 import signal
 import sys
@@ -18,7 +17,7 @@ from concurrent.futures import ThreadPoolExecutor
 from contextlib import closing
 
 from build import Build
-from mutants import Mutant, mutants_of
+from mutants import Mutant, in_order, mutants_of
 from options import options
 from programs import programs
 from running import HUNG, PASSED, outcome_of
@@ -29,14 +28,13 @@ MOST_UNBUILT = 20.0  # per cent; a few may be chance
 CHANCE = 5
 
 
-def shuffled(tree, chosen):
-    """The mutants in the order to try them; the same for the same tree, seed and files."""
+def ordered(tree, chosen):
+    """The mutants in the order to try them."""
     found = [
         mutant for path in chosen.files for mutant in mutants_of(path, (tree / path).read_text())
     ]
-    random.Random(chosen.seed).shuffle(found)
     print(f"{len(found)} mutants, seed {chosen.seed}", flush=True)
-    return found
+    return in_order(found, chosen.seed)
 
 
 def measure(programs, folder):
@@ -136,7 +134,7 @@ def main(tree, place, *words):
     folders = [place / f"job-{number + 1}" for number in range(chosen.jobs)]
     workshops = [Workshop(build, folder, judges) for folder in folders]
     measure(judges, workshops[0].folder)
-    mutants = shuffled(tree, chosen)
+    mutants = ordered(tree, chosen)
     started = time.monotonic()
     for mutant in mutants[:1]:
         check(workshops[0], mutant)
