@@ -21,15 +21,17 @@ namespace host {
 namespace {
 
 constexpr double kTwice = 2;
-constexpr const char* kToLeapDay = R"({"verb":"clock","action":"to","landmark":"leap-day"})";
-constexpr const char* kToDst = R"({"verb":"clock","action":"to","landmark":"dst"})";
-constexpr const char* kToHour = R"({"verb":"clock","action":"to","landmark":"hour"})";
+const std::string kToLeapDay = R"({"verb":"clock","action":"to","landmark":"leap-day"})";
+const std::string kToDst = R"({"verb":"clock","action":"to","landmark":"dst"})";
+const std::string kToHour = R"({"verb":"clock","action":"to","landmark":"hour"})";
+const std::string kToMidnight = R"({"verb":"clock","action":"to","landmark":"midnight"})";
+const std::string kToTheEnd = R"({"verb":"clock","action":"to","landmark":"2038"})";
 constexpr const char* kBack = R"({"verb":"clock","action":"jump","seconds":1466035200})";
 
 // A telephone whose clock the clients of a loop move.
 class TravellingTelephone : public ::testing::Test {
  protected:
-  std::shared_ptr<NotingChannel> begin(const char* request) {
+  std::shared_ptr<NotingChannel> begin(const std::string& request) {
     auto channel = std::make_shared<NotingChannel>();
     controller.handle({request, channel});
     return channel;
@@ -101,6 +103,22 @@ TEST_F(TravellingTelephone, StandsWhereItHasArrived) {
   EXPECT_NE(channel->replies[0].find("paused 10 s before"), std::string::npos)
       << channel->replies[0];
   EXPECT_EQ(clock.speed(), 0);
+}
+
+TEST_F(TravellingTelephone, SaysWhereItStandsAndWhyItGoesNoFurther) {
+  const std::pair<std::string, std::string> rows[] = {
+      {kToHour, "paused 10 s before the next full hour, 20"},
+      {kToMidnight, "paused 10 s before the next local midnight, 20"},
+      {kToLeapDay, "paused 10 s before the next leap day, 20"},
+      {kToTheEnd, "paused 10 s before the end of 32-bit time, 2038-01-19T03:14:07Z, 20"},
+      {kToTheEnd, "the end of 32-bit time, 2038-01-19T03:14:07Z, is not ahead of 20"},
+  };
+  for (const auto& [request, expected] : rows) {
+    const auto channel = begin(request);
+    runToTheEnd();
+    ASSERT_EQ(channel->replies.size(), 1U);
+    EXPECT_NE(channel->replies[0].find('"' + expected), std::string::npos) << channel->replies[0];
+  }
 }
 
 // Another thread may set the clock at any moment, and what it sets is to stay.

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "control/EventExpectation.h"
 #include "control/Scenario.h"
 #include "control/ScenarioRunner.h"
 #include "runtime/Plugin.h"
@@ -102,6 +103,13 @@ TEST(ScenarioExpectations, TheFailureTellsAllThatWasExpected) {
       resultOf("expect event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2"),
       "1: expected event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2, "
       "came none\n");
+}
+
+TEST(ScenarioExpectations, TheFailureListsTheLastFiveThatCame) {
+  EXPECT_EQ(listed({}), "none");
+  EXPECT_EQ(listed({"a"}), "a");
+  EXPECT_EQ(listed({"a", "b", "c", "d", "e"}), "a; b; c; d; e");
+  EXPECT_EQ(listed({"a", "b", "c", "d", "e", "f"}), "... b; c; d; e; f");
 }
 
 // A line is found once, and is passed over together with those before it.

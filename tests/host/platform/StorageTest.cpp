@@ -10,6 +10,7 @@
 #include "clock/DeviceRoot.h"
 #include "host/platform/StorageFolder.h"
 #include "support/LogCapture.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -222,6 +223,18 @@ TEST_F(StorageFolder, LosesAFileThatIsDeleted) {
   EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "folder"));
   write("text");
   EXPECT_FALSE(Storage::deleteFile_noEx(m_folder.path() / "file" / "below")) << "nor is this one";
+}
+
+TEST_F(StorageFolder, KeepsAFileWhoseNameTakesMemoryThatThereIsNot) {
+  write("text");
+  const std::string path = m_folder / "file";
+  bool deleted = true;
+  {
+    const support::NoMemory none;
+    deleted = Storage::deleteFile_noEx(path);
+  }
+  EXPECT_FALSE(deleted);
+  EXPECT_EQ(content(), "text");
 }
 
 TEST_F(StorageFolder, DeletesDeviceFilesBelowTheRoot) {
