@@ -24,6 +24,8 @@ ROWS = [
     ("std::array<char, size>& text = *all;", []),
     ("// a < b\n#define F(x) x + 1\nstatic_assert(n == 16);", []),
     ('extern "C" int f(); using A = B<3>;', []),
+    ("class A { void f() CLOCK_REQUIRES(lock); int m CLOCK_GUARDED_BY(lock); };", []),
+    ("class A { int g() const { return m; } int h(int number); };", []),
 ]
 
 FUNCTION = "void f() {\n  go(1,\n     2);\n  if (a < b) return;\n  go(3);\n}\n"

@@ -221,6 +221,8 @@ def is_scope_object(tokens, index, last):
     opening = next((i for i, token in enumerate(statement) if token.text == "("), None)
     if opening is None or statement[0].text != "const" or statement[-1].text != ")":
         return False
+    if index > 0 and tokens[index - 1].text == ")":  # of a function
+        return False
     if any(token.text in LOCKS | {"="} for token in statement):
         return False
     name = statement[opening - 1].text

@@ -17,7 +17,10 @@ TOKEN = re.compile(
 )
 # What follows one of these is not what the program does: up to the semicolon, or in parentheses.
 DECLARED_ONLY = {"static_assert", "using"}
-ATTRIBUTES = {"__attribute__"}
+ATTRIBUTES = {
+    "__attribute__", "CLOCK_GUARDED_BY", "CLOCK_POINTEE_GUARDED_BY", "CLOCK_ACQUIRES",
+    "CLOCK_TRY_ACQUIRES", "CLOCK_RELEASES", "CLOCK_REQUIRES", "CLOCK_EXCLUDES",
+}  # fmt: skip
 
 
 @dataclass(frozen=True)
