@@ -41,7 +41,7 @@ void injectJack(Controller& controller, const Json& request, const Channel& chan
 }
 
 void injectNetwork(Controller& controller, const Json& request, const Channel& channel) {
-  failedLookups().forgetAll();  // another network may know them
+  failedLookups().allowAll();  // another network may know them
   changeValue(controller, "interface-status", textMember(request, "value"), channel);
 }
 

@@ -7,7 +7,7 @@ namespace host {
 bool FailedLookups::holds(const std::string& name, Instant now) const {
   const MutexLock lock(m_mutex);
   const auto found = m_failed.find(name);
-  return found != m_failed.end() && now - found->second.last < kKept;
+  return found != m_failed.end() && !found->second.allowed && now - found->second.last < kKept;
 }
 
 bool FailedLookups::isSilent(Instant now) const {
@@ -19,7 +19,9 @@ bool FailedLookups::isSilent(Instant now) const {
 
 bool FailedLookups::add(const std::string& name, Instant now) {
   const MutexLock lock(m_mutex);
-  const bool first = m_failed.insert_or_assign(name, Failure{now}).second;
+  const auto found = m_failed.find(name);
+  const bool first = found == m_failed.end() || found->second.allowed;
+  m_failed.insert_or_assign(name, Failure{now});
   if (m_failed.size() > kMost) {
     m_failed.erase(std::min_element(m_failed.begin(), m_failed.end(), [](auto& a, auto& b) {
       return a.second.last < b.second.last;
@@ -37,6 +39,11 @@ void FailedLookups::setUnanswered(const std::string& name) {
 void FailedLookups::forget(const std::string& name) {
   const MutexLock lock(m_mutex);
   m_failed.erase(name);
+}
+
+void FailedLookups::allowAll() {
+  const MutexLock lock(m_mutex);
+  for (auto& [name, failure] : m_failed) failure.allowed = true;
 }
 
 void FailedLookups::forgetAll() {

@@ -35,13 +35,18 @@ class FailedLookups {
   // An address was found.
   void forget(const std::string& name);
 
-  // The network is another one now.
+  // The network is another one now: each name may be asked for again. A server that was silent
+  // still counts as silent, so that asking again and again does not wait again and again.
+  void allowAll();
+
+  // As if nothing had failed yet. For tests.
   void forgetAll();
 
  private:
   struct Failure {
     Instant last;
     bool unanswered = false;
+    bool allowed = false;  // to be asked for again
   };
 
   mutable Mutex m_mutex;

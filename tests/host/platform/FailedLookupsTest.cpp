@@ -66,6 +66,27 @@ TEST(FailedLookups, AServerIsNoLongerSilentWhenAnAddressComesLate) {
   EXPECT_FALSE(failed.isSilent(kBegin));
 }
 
+TEST(FailedLookups, NamesThatMayBeAskedForAgainLeaveTheServerSilentForTheSameWhile) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  failed.setUnanswered("a");
+  failed.allowAll();
+  EXPECT_FALSE(failed.holds("a", kBegin));
+  EXPECT_TRUE(failed.isSilent(kBegin + FailedLookups::kKept - 1ns));
+  EXPECT_FALSE(failed.isSilent(kBegin + FailedLookups::kKept));
+  EXPECT_TRUE(failed.add("a", kBegin)) << "the failure is told again";
+  EXPECT_TRUE(failed.holds("a", kBegin));
+}
+
+TEST(FailedLookups, AnAddressEndsTheSilenceOfANameThatMayBeAskedForAgain) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  failed.setUnanswered("a");
+  failed.allowAll();
+  failed.forget("a");
+  EXPECT_FALSE(failed.isSilent(kBegin));
+}
+
 TEST(BoundedLookup, ANameThatHasFailedIsNotAskedForAgainSoonAndIsToldOnce) {
   failedLookups().forgetAll();
   const support::LogCapture log(4);

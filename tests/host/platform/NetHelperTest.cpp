@@ -186,6 +186,20 @@ TEST_F(NameLookup, WaitsForNoOtherNameWhileTheServerIsSilent) {
   resolver->awaitReturns(2);
 }
 
+TEST_F(NameLookup, DoesNotWaitAgainForASilentServerOnAnotherNetwork) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  EXPECT_EQ(host::boundedLookup("j.example", 1ms, resolve), std::nullopt);
+  for (int i = 0; i < 2; ++i) {
+    host::failedLookups().allowAll();
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(host::boundedLookup("j.example", 20s, resolve), std::nullopt);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+  }
+  resolver->answer();
+  resolver->awaitReturns(3);
+}
+
 TEST_F(NameLookup, AsksAgainWhenAnAddressCameLate) {
   const auto resolver = std::make_shared<SlowResolver>();
   EXPECT_EQ(host::boundedLookup("g.example", 1ms, [=] { return resolver->resolve(); }),
