@@ -44,7 +44,7 @@ int WordReader::integer(std::string_view what) {
   int value = 0;
   const char* const end = word.data() + word.size();
   const auto [stop, error] = std::from_chars(word.data(), end, value);
-  if (word.empty() || error != std::errc() || stop != end) {
+  if (error != std::errc() || stop != end) {
     fail(quotedText(word) + " is not a number; " + std::string(what) +
          " is a decimal integer of 32 bits");
   }
