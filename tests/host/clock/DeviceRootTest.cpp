@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "support/NoMemory.h"
 #include "support/TemporaryFolder.h"
 
 namespace {
@@ -122,6 +123,32 @@ TEST_F(ProcessWithRoot, FailsAsTheCallsDo) {
   errno = 0;
   EXPECT_EQ(stat("/data/none", &status), -1);
   EXPECT_EQ(errno, ENOENT);
+}
+
+template <class Call>
+auto withoutMemory(Call call) {
+  errno = 0;
+  const support::NoMemory none;
+  return call();
+}
+
+TEST_F(ProcessWithRoot, FailsWithoutMemoryForAPath) {
+  constexpr const char* kPath = "/data/fallback_time.txt";
+  writeOnHost(kPath, "x");
+  struct stat status {};
+  struct stat64 large {};
+  EXPECT_EQ(withoutMemory([&] { return open(kPath, O_RDONLY); }), -1);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(withoutMemory([&] { return open64(kPath, O_RDONLY); }), -1);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(withoutMemory([&] { return fopen(kPath, "r"); }), nullptr);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(withoutMemory([&] { return fopen64(kPath, "r"); }), nullptr);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(withoutMemory([&] { return stat(kPath, &status); }), -1);
+  EXPECT_EQ(errno, ENOMEM);
+  EXPECT_EQ(withoutMemory([&] { return stat64(kPath, &large); }), -1);
+  EXPECT_EQ(errno, ENOMEM);
 }
 
 TEST_F(ProcessWithRoot, OpensOtherFilesWhereTheyAre) {

@@ -99,6 +99,7 @@ TEST_F(LockedState, IsLeftAsItIsWhereItHoldsOtherThings) {
     log.clear();
     const StateLock lock(state);
     EXPECT_EQ(mode(), open);
+    EXPECT_EQ(log.text().find("clockhost 3: "), 0U) << log.text();
     EXPECT_TRUE(log.hasPart("and holds more than the host's state: left so")) << log.text();
   }
 }
