@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -50,6 +51,16 @@ TEST(ManagementThread, WhatIsForLaterRunsWithoutBeingAskedFor) {
   std::promise<void> ran;
   thread.postForLater([&] { ran.set_value(); });
   ran.get_future().get();
+}
+
+// So that what is asked next does not wait for it.
+TEST(ManagementThread, WhatIsForLaterWaitsUntilNothingWasWantedForAMoment) {
+  using Clock = std::chrono::steady_clock;
+  ManagementThread thread;
+  std::promise<Clock::time_point> ran;
+  const auto begin = Clock::now();
+  thread.postForLater([&] { ran.set_value(Clock::now()); });
+  EXPECT_GE(ran.get_future().get() - begin, std::chrono::milliseconds(5));
 }
 
 TEST(ManagementThread, WhatIsForLaterIsDoneBeforeTheNextTask) {
