@@ -7,6 +7,7 @@
 #include "host/remote/Desk.h"
 #include "host/remote/RawSocket.h"
 #include "remote/ClientBounds.h"
+#include "remote/Outbox.h"
 #include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
 #include "support/SoftLimit.h"
@@ -26,6 +27,21 @@ TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {
   }
   EXPECT_EQ(clientsUnder(kOwnDescriptors + 1), 1U);
   EXPECT_EQ(clientsUnder(kOwnDescriptors + 2), 2U);
+}
+
+// A client may count on them.
+TEST(ClientBounds, AreThoseThatTheProtocolTells) {
+  EXPECT_EQ(kFramesAtOnce, 4U);
+  EXPECT_EQ(kFramesInTurn, 64U);
+  EXPECT_EQ(kTurn, std::chrono::milliseconds(1));
+  EXPECT_EQ(kMostOpenRequests, 64U);
+  EXPECT_EQ(kMostUnread, 256U << 10U);
+  EXPECT_EQ(Outbox::kMaxQueued, 1U << 20U);
+  EXPECT_EQ(kMostRegistrations, 8U);
+  EXPECT_EQ(kMostFurtherRegistrations, 1'000U);
+  EXPECT_EQ(kMostClients, 10'100U);
+  EXPECT_EQ(kMostControlClients, 100U);
+  EXPECT_EQ(kOwnDescriptors, 164U);
 }
 
 TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
