@@ -82,6 +82,26 @@ TEST_F(SecurityLogFile, ThatCannotBeReadIsNoEmptyOne) {
   EXPECT_EQ(security.list(0, SIZE_MAX).size(), kMany);
 }
 
+// Full of refused sets, none of which can be deleted before two more have come.
+constexpr const char* kFullForNow =
+    "DELETE FROM record;"
+    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2500)"
+    "INSERT INTO record SELECT i, 1, 0, 1, i, i, 4, 1, 5, 3, 'x', '', '' FROM n;"
+    "CREATE TRIGGER stays BEFORE DELETE ON record WHEN (SELECT max(number) FROM record) < 2502"
+    " BEGIN SELECT RAISE(ABORT, 'it stays'); END";
+
+TEST_F(SecurityLogFile, WhoseOldestCannotGoSaysSoAndKeepsOneMore) {
+  record(*std::make_unique<SecurityLog>(folder.path()), "makes the file");
+  ASSERT_EQ(runSql(file(), kFullForNow), "");
+  SecurityLog security(folder.path());
+  security.record(1, 4, 1, 5, 3, true, "one more", "", "");
+  EXPECT_EQ(log.text(), "clockhost 2: store \"" + file().string() +
+                            "\": dropping the oldest record failed: it stays\n");
+  EXPECT_EQ(security.kept().records, SecurityLog::kRefused + 1);
+  security.record(1, 4, 1, 5, 3, true, "and one", "", "");
+  EXPECT_EQ(security.kept().records, SecurityLog::kRefused);
+}
+
 TEST_F(SecurityLogFile, CanBeReadAfterMemoryRanOutForIt) {
   SecurityLog security(folder.path());
   record(security, "a");
