@@ -121,6 +121,29 @@ TEST(ScenarioParser, EachKindOfStep) {
   }
 }
 
+TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"expect call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
+      {"expect get", "KEY is missing (usage: get KEY VALUE)"},
+      {"expect get time", "VALUE is missing (usage: get KEY VALUE)"},
+      {"expect event", "NAME is missing (usage: event NAME [NAME=VALUE ...])"},
+      {"expect next event", "NAME is missing (usage: next event NAME [NAME=VALUE ...])"},
+      {"expect file", "DEVICEPATH is missing (usage: file DEVICEPATH TEXT)"},
+      {"expect file /data/x", "TEXT is missing (usage: file DEVICEPATH TEXT)"},
+      {"expect no file", "DEVICEPATH is missing (usage: no file DEVICEPATH)"},
+      {"expect tz", "TEXT is missing (usage: tz TEXT)"},
+      {"expect report", "KEY is missing (usage: report KEY VALUE)"},
+      {"expect report time", "VALUE is missing (usage: report KEY VALUE)"},
+      {"expect no report x", "\"x\" is one word too many (usage: no report)"},
+      {"expect state", "KEY is missing (usage: state KEY N)"},
+      {"expect state time", "N is missing (usage: state KEY N)"},
+      {"expect value", "KEY is missing (usage: value KEY TEXT)"},
+      {"expect value time", "TEXT is missing (usage: value KEY TEXT)"},
+      {"expect log", "TEXT is missing"},
+  };
+  for (const auto& [text, error] : rows) EXPECT_EQ(faultOf(text), std::string("1: ") + error);
+}
+
 TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
   const std::pair<const char*, const char*> rejected[] = {
       {"varient 3", "1: nothing is known as \"varient\"; did you mean \"variant\"?"},

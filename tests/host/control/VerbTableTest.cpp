@@ -32,6 +32,34 @@ TEST(VerbTable, NamesAreUniqueAndBeginTheirUsage) {
   }
 }
 
+TEST(VerbTable, HelpIsWrittenForPeople) {
+  EXPECT_EQ(verbHelp(),
+            "  call METHOD [NAME=VALUE ...]\n"
+            "      call the service; NAME:int=VALUE and NAME:string=VALUE say the type\n"
+            "  get KEY\n"
+            "      read a management value\n"
+            "  set KEY VALUE\n"
+            "      write a management value\n"
+            "  reset\n"
+            "      put date and time format back to the device's defaults\n"
+            "  keys\n"
+            "      list the management keys\n"
+            "  watch [--count N]\n"
+            "      show the service's events as they come\n"
+            "  clock [show | speed X | pause | advance DURATION | next | jump UTC | to "
+            "hour|midnight|dst|leap-day|2038]\n"
+            "      show or work the clock\n"
+            "  inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | user-data "
+            "KEY on|off | value KEY TEXT\n"
+            "      let something happen to the device\n"
+            "  status\n"
+            "      tell how the host is\n"
+            "  log [--follow]\n"
+            "      show the application log\n"
+            "  security-log\n"
+            "      list who did or tried what; a loss of power may take the latest\n");
+}
+
 TEST(VerbTable, TheHostActsOnEachControlVerbAndOnNothingElse) {
   std::size_t control = 0;
   for (const Verb& verb : verbs()) {
