@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
-
-#include "platform/BoundedLookup.h"
-#include "support/LogCapture.h"
+#include <chrono>
+#include <string>
 
 namespace host {
 namespace {
@@ -85,28 +83,6 @@ TEST(FailedLookups, AnAddressEndsTheSilenceOfANameThatMayBeAskedForAgain) {
   failed.allowAll();
   failed.forget("a");
   EXPECT_FALSE(failed.isSilent(kBegin));
-}
-
-TEST(BoundedLookup, ANameThatHasFailedIsNotAskedForAgainSoonAndIsToldOnce) {
-  failedLookups().forgetAll();
-  const support::LogCapture log(4);
-  int asked = 0;
-  const auto lookUp = [&](const char* name, const std::optional<std::string>& address) {
-    return boundedLookup(name, 10s, [&asked, address] {
-      ++asked;
-      return address;
-    });
-  };
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(lookUp("nowhere.example", std::nullopt), std::nullopt);
-  EXPECT_EQ(asked, 1);
-  EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
-  EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
-  EXPECT_EQ(asked, 3) << "a name that has an address is asked for each time";
-  EXPECT_EQ(log.entries().size(), 1U) << log.text();
-  EXPECT_EQ(log.count("name lookup of \"nowhere.example\": no address found; next try after 60 s"),
-            1U);
-  failedLookups().forgetAll();
-  EXPECT_EQ(lookUp("nowhere.example", "192.0.2.2"), "192.0.2.2");
 }
 
 }  // namespace
