@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -90,8 +91,8 @@ TEST_F(ChildProcess, InheritsNoDescriptorButTheStandardOnesWhenAsked) {
 }
 
 TEST_F(ChildProcess, StartsWithFreshSignals) {
-  signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);
+  constexpr std::array kIgnored = {SIGHUP, SIGPIPE, SIGXFSZ};  // as clockhost does
+  for (const int ignored : kIgnored) signal(ignored, SIG_IGN);
   sigset_t blocked;
   sigemptyset(&blocked);
   sigaddset(&blocked, SIGTERM);
@@ -99,13 +100,12 @@ TEST_F(ChildProcess, StartsWithFreshSignals) {
   const std::string status =
       outputOf("while read -r line; do echo \"$line\"; done </proc/$$/status");
   pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
-  signal(SIGPIPE, SIG_DFL);
-  signal(SIGXFSZ, SIG_DFL);
+  for (const int ignored : kIgnored) signal(ignored, SIG_DFL);
   const auto maskOf = [&](const std::string& name) {
     return std::stoull(status.substr(status.find(name) + name.size()), nullptr, 16);
   };
   EXPECT_EQ(maskOf("SigBlk:"), 0U) << status;
-  for (const int ignored : {SIGPIPE, SIGXFSZ}) {
+  for (const int ignored : kIgnored) {
     EXPECT_EQ(maskOf("SigIgn:") >> (ignored - 1) & 1U, 0U) << status;
   }
 }
