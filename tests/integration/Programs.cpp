@@ -1,6 +1,7 @@
 #include "integration/Programs.h"
 
 #include <fcntl.h>
+#include <linux/capability.h>
 #include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -30,6 +31,29 @@ bool redirect(int standard, const char* file, int flags) {
   return descriptor >= 0 && dup2(descriptor, standard) == standard;
 }
 
+using Capabilities = std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3>;
+
+bool exchange(long call, Capabilities& capabilities) {
+  __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+  return syscall(call, &header, capabilities.data()) == 0;
+}
+
+// True: neither this process nor what it becomes can set the machine's clock. Root gets from an
+// exec what is in the bounding set; a process that may not change that set has to gain nothing.
+bool giveUpTheClock() {
+  constexpr std::size_t kWord = CAP_SYS_TIME / 32;
+  constexpr unsigned kBit = 1U << (CAP_SYS_TIME % 32);
+  Capabilities held{};
+  if (!exchange(SYS_capget, held)) return false;
+  auto& sets = held[kWord];
+  for (auto* const set : {&sets.effective, &sets.permitted, &sets.inheritable}) *set &= ~kBit;
+  if (!exchange(SYS_capset, held) || !exchange(SYS_capget, held)) return false;
+  if (((sets.effective | sets.permitted | sets.inheritable) & kBit) != 0) return false;
+  prctl(PR_CAPBSET_DROP, CAP_SYS_TIME, 0, 0, 0);
+  return prctl(PR_CAPBSET_READ, CAP_SYS_TIME, 0, 0, 0) == 0 ||
+         prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;
+}
+
 // What the new process does: only what may be done between fork and exec. It is killed when the
 // thread that has started it ends, however that comes, so that no test leaves a program behind.
 [[noreturn]] void become(char* const* arguments, const char* out, const char* err, pid_t parent,
@@ -37,7 +61,8 @@ bool redirect(int standard, const char* file, int flags) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1);
-  if (redirect(0, "/dev/null", O_RDONLY) && redirect(1, out, kFlags) && redirect(2, err, kFlags)) {
+  if (giveUpTheClock() && redirect(0, "/dev/null", O_RDONLY) && redirect(1, out, kFlags) &&
+      redirect(2, err, kFlags)) {
     execv(arguments[0], arguments);
   }
   const int error = errno;

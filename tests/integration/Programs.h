@@ -21,7 +21,8 @@ struct Outcome {
 
 // A program in a process of its own, its output in files. Owner: a test. Destruction kills it when
 // it still runs, and reaps it; it is killed, too, when the thread that made it ends, and so with
-// the test program. Failure: std::system_error from the constructor.
+// the test program. It cannot set the machine's clock, whatever it is. Failure: std::system_error
+// from the constructor.
 class Program {
  public:
   // folder: for the files, which are named after `name`.

@@ -53,6 +53,21 @@ TEST(Program, DiesWithTheTestThatStartedIt) {
   for (const int descriptor : {end.fd, numbers[0], numbers[1]}) ::close(descriptor);
 }
 
+// Not by what it holds, nor by what the bounding set would give root.
+TEST(Program, CannotSetTheMachinesClock) {
+  constexpr unsigned long long kSysTime = 1ULL << 25U;  // CAP_SYS_TIME
+  const support::TemporaryFolder folder;
+  const std::string status =
+      Program(folder.path(), "cat", {"/bin/cat", "/proc/self/status"}).wait().out;
+  const auto maskOf = [&](const std::string& name) {
+    return std::stoull(status.substr(status.find(name) + name.size()), nullptr, 16);
+  };
+  for (const char* const set : {"CapInh:", "CapPrm:", "CapEff:", "CapAmb:"}) {
+    EXPECT_EQ(maskOf(set) & kSysTime, 0U) << status;
+  }
+  EXPECT_TRUE((maskOf("CapBnd:") & kSysTime) == 0 || maskOf("NoNewPrivs:") == 1) << status;
+}
+
 TEST(Program, ThatIsNotThereIsSaidToBeSo) {
   const support::TemporaryFolder folder;
   const std::string name = folder / "nothing";

@@ -1,5 +1,5 @@
-// What the programs find around them: descriptors, signals, limits, and files that are not what
-// they should be.
+// What the programs find around them: descriptors, signals, limits, privileges, other programs, and
+// files that are not what they should be.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -137,6 +137,42 @@ TEST(UnreadableScenario, IsRefusedInOneLine) {
     const Words words = {CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--scenario", file};
     expectOneLine(Program(folder.path(), "clockhost", words).wait(), 2, "cannot be read");
   }
+}
+
+// A program of that name on this machine would set this machine's clock.
+TEST(NtpClient, WithoutAStandInIsNotTheMachinesOwn) {
+  const support::TemporaryFolder folder;
+  const std::string copy = folder / "clockhost";
+  fs::copy_file(CLOCKHOST, copy);
+  Words words = hostWords(folder, {"--network", "up"});
+  words.front() = copy;
+  words.insert(words.begin(), {"/usr/bin/env", "XDG_STATE_HOME=" + folder.path().string()});
+  const Program host(folder.path(), "host", words);
+  const auto ctl = [&](const Words& verb) {
+    Words all = {CLOCKCTL, "--socket", folder / "socket"};
+    all.insert(all.end(), verb.begin(), verb.end());
+    return Program(folder.path(), "clockctl", all).wait();
+  };
+  ASSERT_TRUE(becomesTrue([&] { return ctl({"set", "sntp-addr", "127.0.0.1"}).status == 0; }));
+  EXPECT_TRUE(host.says(R"(cannot start "/sbin/ntpclient": nothing stands in for it)"))
+      << host.err();
+  const std::string status = ctl({"status"}).out;
+  EXPECT_NE(status.find("ntp client"), std::string::npos) << status;
+  EXPECT_EQ(status.find("process "), std::string::npos) << status;
+}
+
+TEST(NtpClient, IsTheOneThatWasNamedAndNotTheStandIn) {
+  RunningHost host({"--network", "up", "--program", "/sbin/ntpclient=/no/client"});
+  ASSERT_EQ(host.ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
+  EXPECT_TRUE(host.program().says(R"(cannot start "/no/client": No such file)"));
+}
+
+// As every program that tests start, it cannot set the machine's clock.
+TEST(ClockOfTheMachine, IsRefusedInOneLineToAHostThatMayNotSetIt) {
+  const support::TemporaryFolder folder;
+  const Words words = hostWords(folder, {"--speed", "1", "--clock", "system"});
+  expectOneLine(Program(folder.path(), "host", words).wait(), 1,
+                "--clock system sets this machine's clock and needs the privilege to");
 }
 
 TEST(SavedTime, ThatIsAbsurdIsToldAtTheNextStart) {
