@@ -1,7 +1,5 @@
 #include "apps/ClockHost.h"
 
-#include <sys/prctl.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -78,7 +76,7 @@ class ClientChannels {
 };
 
 void prepareProcess(const HostOptions& options) {
-  ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);  // nor does a child gain any
+  gainNoPrivileges();
   if (options.systemClock) keepOnlyClockPrivilege(options.socketGroup);
   LogBook::instance().setLevel(options.logLevel);
   setDeviceRoot(std::filesystem::absolute(options.deviceRoot));

@@ -53,6 +53,13 @@ bool maySetSystemClock() {
   return exchange(SYS_capget, capabilities) && (capabilities[kWord].effective & kBit) != 0;
 }
 
+void gainNoPrivileges() {
+  if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0) return;
+  throw Error(
+      std::string("programs that the host starts cannot be kept from gaining privileges: ") +
+      std::strerror(errno) + "; this takes a kernel that allows prctl(PR_SET_NO_NEW_PRIVS)");
+}
+
 void keepOnlyClockPrivilege(std::optional<gid_t> group) {
   const std::uint32_t kept = maySetSystemClock() ? kBit : 0;
   if (group) join(*group);

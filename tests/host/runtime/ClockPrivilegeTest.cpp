@@ -1,17 +1,24 @@
 #include "runtime/ClockPrivilege.h"
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
+#include "support/ErrorOf.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -34,12 +41,43 @@ std::uint64_t capabilities(const std::string& name, const std::string& file = "/
 bool afterGivingUp(std::optional<gid_t> group, const std::function<bool()>& holds) {
   const pid_t child = ::fork();
   if (child == 0) {
-    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    gainNoPrivileges();
     keepOnlyClockPrivilege(group);
     ::_exit(holds() ? 0 : 1);
   }
   int status = 0;
   return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// The system refuses what gainNoPrivileges asks of it.
+bool refuseNoNewPrivileges() {
+  sock_filter program[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_prctl, 0, 3),
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, PR_SET_NO_NEW_PRIVS, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  const sock_fprog filter = {std::size(program), program};
+  return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter, 0, 0) == 0;
+}
+
+// In a process of its own, as a filter stays for good.
+TEST(ClockPrivilege, RefusalToGainNoneIsAnErrorInOneLine) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    const std::string error =
+        refuseNoNewPrivileges() ? errorOf([] { gainNoPrivileges(); }) : "no filter";
+    const bool right = error.find(
+                           "cannot be kept from gaining privileges: Operation not "
+                           "permitted; ") != std::string::npos;
+    ::_exit(right ? 0 : 1);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 TEST(ClockPrivilege, IsWhatTheKernelShows) {
