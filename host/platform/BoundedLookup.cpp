@@ -3,8 +3,8 @@
 #include <atomic>
 #include <exception>
 #include <future>
+#include <memory>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -20,6 +20,18 @@ using Address = std::optional<std::string>;
 
 std::atomic<int> g_out{0};  // lookups whose threads have not returned
 
+struct Return {
+  void operator()(std::atomic<int>* out) const noexcept { --*out; }
+};
+// One of the kMostLookups, counted while it lives. Empty: none was free.
+using Slot = std::unique_ptr<std::atomic<int>, Return>;
+
+Slot takeSlot() {
+  const bool isFree = ++g_out <= kMostLookups;
+  Slot slot(&g_out);
+  return isFree ? std::move(slot) : nullptr;
+}
+
 Address answerOf(const Resolve& resolve) noexcept {
   try {
     return resolve();
@@ -28,15 +40,12 @@ Address answerOf(const Resolve& resolve) noexcept {
   }
 }
 
-void work(const std::string& name, const Resolve& resolve, std::promise<Address> answer) {
+void work(const std::string& name, const Resolve& resolve, std::promise<Address> answer,
+          Slot slot) {
   Address address = answerOf(resolve);
   if (address) failedLookups().forget(name);
-  --g_out;
+  slot.reset();
   answer.set_value(std::move(address));
-}
-
-void complain(const std::string& why) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup refused: %s", why.c_str());
 }
 
 void tellFailure(const std::string& name, const std::string& what) {
@@ -45,38 +54,22 @@ void tellFailure(const std::string& name, const std::string& what) {
             static_cast<long long>(FailedLookups::kKept.count()));
 }
 
-// Invalid: the name was not asked for.
-std::future<Address> ask(const std::string& name, Resolve resolve) {
-  if (++g_out > kMostLookups) {
-    --g_out;
-    complain(std::to_string(kMostLookups) + " are still out");
-    return {};
-  }
+std::future<Address> ask(const std::string& name, Resolve resolve, Slot slot) {
   std::promise<Address> promise;
   std::future<Address> answer = promise.get_future();
-  try {
-    std::thread(work, name, std::move(resolve), std::move(promise)).detach();
-    return answer;
-  } catch (const std::system_error& error) {
-    --g_out;
-    complain("cannot start its thread: " + error.code().message());
-    return {};
-  }
+  std::thread(work, name, std::move(resolve), std::move(promise), std::move(slot)).detach();
+  return answer;
 }
-
-}  // namespace
 
 // The name counts as failed from the start, and an address takes that back. So an address that
 // comes late takes it back, too.
-std::optional<std::string> boundedLookup(const std::string& name, std::chrono::milliseconds limit,
-                                         Resolve resolve) {
+Address answerInTime(const std::string& name, std::chrono::milliseconds limit, Resolve resolve,
+                     Slot slot) {
   FailedLookups& failed = failedLookups();
   const auto now = SteadyClock::now();
-  if (failed.holds(name, now)) return std::nullopt;
   const bool silent = failed.isSilent(now);
   const bool first = failed.add(name, now);
-  std::future<Address> answer = ask(name, std::move(resolve));
-  if (!answer.valid()) return std::nullopt;
+  std::future<Address> answer = ask(name, std::move(resolve), std::move(slot));
   const auto wait = silent ? std::chrono::milliseconds(0) : limit;
   const bool answered = answer.wait_for(wait) == std::future_status::ready;
   Address address = answered ? answer.get() : std::nullopt;
@@ -86,6 +79,24 @@ std::optional<std::string> boundedLookup(const std::string& name, std::chrono::m
   tellFailure(name, answered ? "no address found"
                     : silent ? "not waited for, the name server did not answer for another name"
                              : "no answer within " + std::to_string(limit.count()) + " ms");
+  return std::nullopt;
+}
+
+}  // namespace
+
+// A name that could not be asked for has not failed.
+std::optional<std::string> boundedLookup(const std::string& name, std::chrono::milliseconds limit,
+                                         Resolve resolve) try {
+  if (failedLookups().holds(name, SteadyClock::now())) return std::nullopt;
+  Slot slot = takeSlot();
+  if (slot) return answerInTime(name, limit, std::move(resolve), std::move(slot));
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup refused: %d are still out",
+            kMostLookups);
+  return std::nullopt;
+} catch (const std::exception&) {
+  failedLookups().forget(name);
+  logAppUni("clockhost", 3, __FILE__, __LINE__,
+            "name lookup refused: no memory or no thread for it");
   return std::nullopt;
 }
 

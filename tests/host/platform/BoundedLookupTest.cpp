@@ -12,6 +12,7 @@
 
 #include "platform/FailedLookups.h"
 #include "support/LogCapture.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -126,8 +127,25 @@ TEST_F(BoundedLookup, AsksNoMoreWhileTooManyAreOut) {
     EXPECT_EQ(boundedLookup(std::to_string(i) + ".example", 1ms, resolve), std::nullopt);
   }
   EXPECT_LE(resolver->asked(), kMostLookups);
+  const auto now = std::chrono::steady_clock::now();
+  EXPECT_TRUE(failedLookups().holds("0.example", now));
+  EXPECT_FALSE(failedLookups().holds("23.example", now)) << "it was not asked for";
   resolver->answer();
   resolver->awaitReturns(kMostLookups);
+}
+
+TEST_F(BoundedLookup, NeedsNothingOfALookupThatFoundNoMemory) {
+  const std::string name = "h.example";
+  const Resolve resolve = [] { return std::optional<std::string>("192.0.2.1"); };
+  bool found = false;
+  for (std::size_t after = 0; !found; ++after) {
+    for (int i = 0; i <= kMostLookups; ++i) {
+      const support::NoMemory none(after);
+      found = boundedLookup(name, 20s, resolve).has_value();
+      if (found == support::NoMemory::ranOut()) break;
+    }
+    ASSERT_NE(found, support::NoMemory::ranOut()) << after;
+  }
 }
 
 TEST_F(BoundedLookup, DoesNotAskAgainSoonForANameThatHasFailedAndTellsItOnce) {
