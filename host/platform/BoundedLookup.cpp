@@ -1,5 +1,6 @@
 #include "platform/BoundedLookup.h"
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <future>
@@ -49,9 +50,14 @@ void work(const std::string& name, const Resolve& resolve, std::promise<Address>
 }
 
 void tellFailure(const std::string& name, const std::string& what) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup of %s: %s; next try after %lld s",
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup of %s: %s; not asked again for %lld s",
             quotedText(name).c_str(), what.c_str(),
             static_cast<long long>(FailedLookups::kKept.count()));
+}
+
+std::string lateness(std::chrono::milliseconds wait, bool silent) {
+  return "no answer within " + std::to_string(wait.count()) + " ms" +
+         (silent ? " (a short wait: the name server is not answering)" : "");
 }
 
 std::future<Address> ask(const std::string& name, Resolve resolve, Slot slot) {
@@ -70,15 +76,12 @@ Address answerInTime(const std::string& name, std::chrono::milliseconds limit, R
   const bool silent = failed.isSilent(now);
   const bool first = failed.add(name, now);
   std::future<Address> answer = ask(name, std::move(resolve), std::move(slot));
-  const auto wait = silent ? std::chrono::milliseconds(0) : limit;
+  const auto wait = silent ? std::min(limit, kShortWait) : limit;
   const bool answered = answer.wait_for(wait) == std::future_status::ready;
   Address address = answered ? answer.get() : std::nullopt;
   if (address) return address;
   if (!answered) failed.setUnanswered(name);
-  if (!first) return std::nullopt;
-  tellFailure(name, answered ? "no address found"
-                    : silent ? "not waited for, the name server did not answer for another name"
-                             : "no answer within " + std::to_string(limit.count()) + " ms");
+  if (first) tellFailure(name, answered ? "no address found" : lateness(wait, silent));
   return std::nullopt;
 }
 

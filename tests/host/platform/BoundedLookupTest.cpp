@@ -78,18 +78,21 @@ TEST_F(BoundedLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
   resolver->awaitReturns(1);
 }
 
-TEST_F(BoundedLookup, WaitsForNoOtherNameWhileTheServerIsSilent) {
+TEST_F(BoundedLookup, WaitsBrieflyForAnotherNameWhileTheServerIsSilent) {
   const support::LogCapture log(3);
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
   EXPECT_EQ(boundedLookup("e.example", 1ms, resolve), std::nullopt);
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(boundedLookup("f.example", 20s, resolve), std::nullopt);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
-  EXPECT_EQ(log.count("name lookup of \"e.example\": no answer within 1 ms; next try after 60 s"),
-            1U);
-  EXPECT_EQ(log.count("name lookup of \"f.example\": not waited for, the name server did not "
-                      "answer for another name; next try after 60 s"),
+  const auto waited = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(waited, kShortWait);
+  EXPECT_LT(waited, 10s);
+  EXPECT_EQ(
+      log.count("name lookup of \"e.example\": no answer within 1 ms; not asked again for 60 s"),
+      1U);
+  EXPECT_EQ(log.count("name lookup of \"f.example\": no answer within 100 ms (a short wait: the "
+                      "name server is not answering); not asked again for 60 s"),
             1U);
   resolver->answer();
   resolver->awaitReturns(2);
@@ -163,8 +166,9 @@ TEST_F(BoundedLookup, DoesNotAskAgainSoonForANameThatHasFailedAndTellsItOnce) {
   EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
   EXPECT_EQ(asked, 3) << "a name that has an address is asked for each time";
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
-  EXPECT_EQ(log.count("name lookup of \"nowhere.example\": no address found; next try after 60 s"),
-            1U);
+  EXPECT_EQ(
+      log.count("name lookup of \"nowhere.example\": no address found; not asked again for 60 s"),
+      1U);
   failedLookups().forgetAll();
   EXPECT_EQ(lookUp("nowhere.example", "192.0.2.2"), "192.0.2.2");
 }
