@@ -245,8 +245,8 @@ void SecurityLog::dropOldest(Kind kind) {
   const std::int64_t excess = kept - kMost[static_cast<std::size_t>(kind)];
   if (excess <= 0) return;
   SqliteStatement& drop = m_statements->drop;
-  drop.bind(1, std::int64_t{kind == Kind::refused});
-  drop.bind(2, std::int64_t{kind == Kind::set});
+  drop.bind(1, static_cast<std::int64_t>(kind == Kind::refused));
+  drop.bind(2, static_cast<std::int64_t>(kind == Kind::set));
   drop.bind(3, excess);
   while (drop.next()) {
     --kept;

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "load/Crowd.h"
 #include "load/Effects.h"
@@ -40,9 +41,11 @@ class Attackers {
 
  private:
   struct Attacker {
+    explicit Attacker(Attack what) : attack(std::move(what)) {}
+
     Attack attack;
     std::atomic<std::uint64_t> met{0};
-    std::thread thread{};
+    std::thread thread;
   };
 
   void work(Attacker& attacker, const std::filesystem::path& socket);

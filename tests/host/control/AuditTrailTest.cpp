@@ -106,7 +106,7 @@ TEST_F(RecordedTelephone, RecordsRemoteSetsAndWhetherTheyWereTaken) {
 class MovedTelephone : public RecordedTelephone {
  protected:
   std::shared_ptr<KnownChannel> begin(const char* request) {
-    const auto channel = std::make_shared<KnownChannel>();
+    auto channel = std::make_shared<KnownChannel>();
     const OriginScope origin(channel->origin());
     controller->handle({request, channel});
     return channel;

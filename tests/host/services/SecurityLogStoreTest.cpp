@@ -60,11 +60,11 @@ TEST_F(SecurityLogFile, RecordIntoARemovedFolderIsLostAndTold) {
 }
 
 // More than the store keeps in memory.
-constexpr std::size_t kMany = 500;
+constexpr std::size_t kFilled = 500;
 
 void fill(SecurityLog& security) {
   const std::string longest(SecurityLog::kLongestText, 'x');
-  for (std::size_t i = 0; i < kMany; ++i) {
+  for (std::size_t i = 0; i < kFilled; ++i) {
     security.record(1, 4, 1, 5, 3, false, std::to_string(i), longest, longest);
   }
 }
@@ -79,7 +79,7 @@ TEST_F(SecurityLogFile, ThatCannotBeReadIsNoEmptyOne) {
     EXPECT_EQ(errorOf([&] { static_cast<void>(security.list(0, SIZE_MAX)); }), reason);
   }
   EXPECT_TRUE(log.has(reason)) << log.text();
-  EXPECT_EQ(security.list(0, SIZE_MAX).size(), kMany);
+  EXPECT_EQ(security.list(0, SIZE_MAX).size(), kFilled);
 }
 
 // Full of refused sets, none of which can be deleted before two more have come.
@@ -126,7 +126,7 @@ TEST_F(SecurityLogFile, ThatCannotBeCountedIsNoEmptyOne) {
   SecurityLog security(folder.path());
   const StumblingReads fault(1);
   EXPECT_NE(errorOf([&] { static_cast<void>(security.kept()); }), "");
-  EXPECT_EQ(security.kept().records, kMany);
+  EXPECT_EQ(security.kept().records, kFilled);
 }
 
 // As the host before this one wrote it, after the first six records had gone.
