@@ -71,6 +71,12 @@ TEST(ReadRequest, RefusesWhatIsNone) {
             "the request is nested more than 32 deep");
 }
 
+TEST(ReadRequest, CountsBracketsThatAreOpenAtOnce) {
+  std::string row = "[]";
+  for (std::size_t i = 0; i < kDeepestJson; ++i) row += ",[]";
+  EXPECT_EQ(refusal(R"({"a":[)" + row + "]}"), "");
+}
+
 TEST(ReadRequest, ANulIsNoEnd) {
   EXPECT_EQ(refusal(std::string("{}\0{", 4)), "the request is no JSON object");
 }
@@ -80,7 +86,9 @@ TEST(ReadRequest, RefusesAMemberThatComesTwice) {
   EXPECT_EQ(refusal(R"({"key":1,"value":2,"key":1})"), refused);
   EXPECT_EQ(refusal(R"({"a":[{"key":1,"key":2}]})"), refused);
   EXPECT_EQ(refusal(R"({"k\u0065y":1,"key":2})"), refused);
+  EXPECT_EQ(refusal(R"({"key":{"other":1},"key":2})"), refused);
   EXPECT_EQ(refusal(R"({"key":{"key":[{"key":1},{"key":2}]}})"), "");
+  EXPECT_EQ(refusal(R"({"other":{"key":1},"key":2})"), "");
 }
 
 // The last of the members ends the text in its middle: nothing behind them is read.
