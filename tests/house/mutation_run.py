@@ -87,13 +87,20 @@ class Build:
         self.links = {"bin/tests/test": [linker, "-o", "test", "a.o"]}
         (folder / "bin/tests").mkdir(parents=True)
         (folder / "bin/tests/test").touch()
+        (folder / "joined.cxx").write_text(f'#include "{tree}/src/Saturate.h"')
         self.compiler = compiler
 
     def objects_of(self, path):
         return ["a.o"]
 
     def compilation(self, name):
-        return [self.compiler, "-o", name]
+        return [self.compiler, "-o", name, "-c", f"{self.folder}/joined.cxx"]
+
+
+# Fails for a source that is not the mutant.
+COMPILER = """#!/bin/sh
+file=$(cut -d'"' -f2 "$4") && grep -q mutated "$file"
+"""
 
 
 def verdict_with(mutate, tree, *tools):
@@ -104,7 +111,7 @@ def verdict_with(mutate, tree, *tools):
         judge = Program("bin/tests/test", ("src",))
         workshop = mutate.Workshop(build, build.folder / "job", [judge])
         try:
-            return workshop.verdict(mutate.Mutant("src/Saturate.h", "", 0, 0, ""))
+            return workshop.verdict(mutate.Mutant("src/Saturate.h", "", 0, 0, "mutated"))
         except mutate.NoLink:
             return "no link"
 
@@ -115,6 +122,17 @@ def broken_tools(mutate, tree):
         verdict = verdict_with(mutate, tree, *tools)
         if verdict != expected:
             yield f"compiler and linker {tools}: {verdict}, should be {expected}"
+
+
+def joined_sources(mutate, tree):
+    """A source that the build makes, which includes others, has the mutant in it."""
+    with tempfile.TemporaryDirectory() as folder:
+        compiler = pathlib.Path(folder, "compiler")
+        compiler.write_text(COMPILER)
+        compiler.chmod(0o755)
+        verdict = verdict_with(mutate, tree, str(compiler), "false")
+    if verdict != "no link":
+        yield f"a mutant that another source includes: {verdict}, should have compiled"
 
 
 def words(tree):
@@ -140,6 +158,7 @@ def main(tree):
     with contextlib.redirect_stdout(io.StringIO()):
         wrong = [*summaries(mutate, verdict_of), *draws(mutate, verdict_of)]
     wrong += [*broken_workshops(mutate, verdict_of), *broken_tools(mutate, tree)]
+    wrong += joined_sources(mutate, tree)
     wrong += words(tree)
     for line in wrong:
         print(line)

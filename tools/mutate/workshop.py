@@ -1,6 +1,7 @@
 """One job's place to try mutants in: its own copy of the sources and of the programs."""
 
 import os
+import pathlib
 import shutil
 import subprocess
 from dataclasses import dataclass, field
@@ -109,7 +110,19 @@ class Workshop:
         """The compilation of an object with this job's sources in the place of the tree's."""
         words = [self._moved(word) for word in self._build.compilation(name)]
         words[words.index("-o") + 1] = target
+        source = words.index("-c") + 1
+        if words[source].startswith(f"{self._build.folder}/"):
+            words[source] = self._joined(words[source], target)
         return words
+
+    def _joined(self, source, target):
+        """A source that the build makes, which includes several, with this job's in their places."""
+        text = pathlib.Path(source).read_text()
+        for body in BODIES:
+            text = text.replace(f'"{self._build.tree}/{body}/', f'"{self.folder}/{body}/')
+        own = pathlib.Path(f"{target}.cxx")
+        own.write_text(text)
+        return str(own)
 
     def _moved(self, word):
         tree = f"{self._build.tree}/"
