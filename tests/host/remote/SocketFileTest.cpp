@@ -97,18 +97,27 @@ TEST(SocketFile, CreatesItsFolderForItsGroupToEnter) {
 TEST(SocketFile, TellsOfAFolderThatItsGroupCannotEnter) {
   const support::TemporaryFolder folder;
   const gid_t group = someGroup();
+  struct stat former {};
+  ASSERT_EQ(::stat(folder.path().c_str(), &former), 0);
   const auto file = folder / "run" / "socket";
   const std::string told = "socket " + file.string() + ": its group (" + std::to_string(group) +
-                           ") cannot enter the folder " + folder.path().string() +
-                           " (mode 0700); let it, or choose another place with --socket";
-  for (const auto mode : {0700, 0711}) {
-    const support::LogCapture log;
-    std::filesystem::permissions(folder.path(), std::filesystem::perms(mode));
-    const SocketFile socket(file, group);
-    EXPECT_EQ(log.has(told), mode == 0700) << log.text();
-    const SocketFile without(folder / "other");
-    EXPECT_LE(log.entries().size(), 1U) << log.text();
+                           ") cannot enter the folder " + folder.path().string() + " (mode ";
+  for (const gid_t owner : {former.st_gid, group}) {
+    ASSERT_EQ(::chown(folder.path().c_str(), ::geteuid(), owner), 0);
+    for (const mode_t mode : {0700U, 0701U, 0710U, 0711U}) {
+      const support::LogCapture log;
+      std::filesystem::permissions(folder.path(), std::filesystem::perms(mode));
+      const SocketFile socket(file, group);
+      const bool enters = (mode & (owner == group ? S_IXGRP : S_IXOTH)) != 0;
+      EXPECT_EQ(log.hasPart(told), !enters) << std::oct << mode << log.text();
+      const SocketFile without(folder / "other");
+      EXPECT_LE(log.entries().size(), 1U) << log.text();
+    }
   }
+  const support::LogCapture log;
+  std::filesystem::permissions(folder.path(), std::filesystem::perms(0700));
+  const SocketFile socket(file, group);
+  EXPECT_TRUE(log.has(told + "0700); let it, or choose another place with --socket")) << log.text();
 }
 
 TEST(SocketFile, ReplacesAStaleOne) {
