@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -160,6 +161,19 @@ TEST_F(DeviceWithPipe, WakesAListenerAgainAndAgain) {
     const int length = openedAndRead(pipe.path());
     EXPECT_TRUE(length == 4 || length == 0) << length;
   }
+}
+
+TEST_F(DeviceWithPipe, WakingLeavesNoDescriptorOpen) {
+  const auto descriptors = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+  };
+  const host::ReportPipe pipe;
+  const auto before = descriptors();
+  {
+    const Waking waker(pipe.path());
+    static_cast<void>(openedAndRead(pipe.path()));
+  }
+  EXPECT_EQ(descriptors(), before);
 }
 
 // A writer holds the pipe open, so that the listener is past the open and waits in the read.

@@ -132,6 +132,15 @@ TEST_F(ClientOfATest, TellsWhyTheHostTurnedItAway) {
             "64 clients are enough");
 }
 
+TEST_F(ClientOfATest, TellsThatTheHostTurnedItAwayWithoutAText) {
+  for (const char* const reply : {R"({"ok":false})", R"({"ok":false,"error":5})", "5", "{"}) {
+    say({FrameKind::controlReply, 0, reply});
+    EXPECT_EQ(refusalOf([this] { static_cast<void>(m_client.control("{}", kDeadline)); }),
+              "refused")
+        << reply;
+  }
+}
+
 TEST_F(ClientOfATest, TellsWhyTheHostTurnedItAwayBeforeItCouldAsk) {
   say({FrameKind::controlReply, 0, kTurnedAway});
   m_host.reset();
