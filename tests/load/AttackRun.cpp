@@ -1,17 +1,22 @@
 #include "load/AttackRun.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <csignal>
+#include <deque>
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <vector>
 
 #include "integration/RestartableHost.h"
 #include "load/Attackers.h"
-#include "load/Latencies.h"
+#include "load/DueCalls.h"
+#include "remote/FrameSocket.h"
 #include "remote/RemoteClient.h"
-#include "support/Interruption.h"
 
 namespace load {
 namespace {
@@ -23,18 +28,57 @@ constexpr std::chrono::seconds kEndLimit(2);
 constexpr int kMoreSeconds = 20;  // on a slow machine, until each attack has had its effect
 constexpr int kRecords = 5'000;   // of accepted sets that the security log keeps
 
-Latencies callFor(std::chrono::milliseconds duration, host::RemoteClient& bystander) {
-  Latencies latencies;
-  const auto end = Clock::now() + duration;
-  while (Clock::now() < end && support::Interruption::signal() == 0) {
-    Method call("getTime", Method::call);
-    const auto begin = Clock::now();
-    if (!bystander.call(call, kBystanderLimit))
-      throw std::runtime_error("the bystander is not answered");
-    latencies.add(Clock::now() - begin);
+// Clients that call in turn. A client that sends one call and waits is served at once, and one that
+// sends many waits for its turns: so each of these has few calls open even in a freeze of a second.
+class Bystanders final : public Line {
+ public:
+  explicit Bystanders(const std::filesystem::path& socket) {
+    for (int i = 0; i < kBystanders; ++i) {
+      host::FrameSocket& client = m_clients.emplace_back(socket);
+      client.send({host::FrameKind::hello, 0, "json"});
+      m_polled.push_back({client.descriptor(), POLLIN, 0});
+    }
   }
-  return latencies;
-}
+
+  Instant now() override { return Clock::now(); }
+
+  void call(std::uint32_t number) override {
+    m_clients[number % kBystanders].send({host::FrameKind::call, number, R"({"name":"getTime"})"});
+  }
+
+  std::optional<std::uint32_t> replied(Instant until) override {
+    if (m_replied.empty()) read(until);
+    if (m_replied.empty()) return std::nullopt;
+    const std::uint32_t number = m_replied.front();
+    m_replied.pop_front();
+    return number;
+  }
+
+ private:
+  static constexpr int kBystanders = 50;
+
+  void read(Instant until) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - now());
+    ::poll(m_polled.data(), m_polled.size(), std::max(0, static_cast<int>(left.count())));
+    for (std::size_t i = 0; i < m_polled.size(); ++i) {
+      if (m_polled[i].revents != 0) readFrom(m_clients[i]);
+    }
+  }
+
+  void readFrom(host::FrameSocket& client) {
+    host::Frame frame;
+    while (client.receive(frame, now())) {
+      if (frame.kind != host::FrameKind::reply) {
+        throw std::runtime_error("a bystander is refused: " + std::string(frame.payload));
+      }
+      m_replied.push_back(frame.id);
+    }
+  }
+
+  std::deque<host::FrameSocket> m_clients;
+  std::vector<pollfd> m_polled;
+  std::deque<std::uint32_t> m_replied;
+};
 
 std::string ask(host::RemoteClient& control, const std::string& json) {
   const auto reply = control.control(json, kBystanderLimit);
@@ -112,12 +156,12 @@ AttackFigures attackAHost(std::chrono::milliseconds duration) {
   const auto control = host.connectControl();
   fillSecurityLog(*control);
   const std::string uptimeBefore = uptime(*control);
-  const auto bystander = host.connect();
+  Bystanders bystanders(host.socket());
   AttackFigures figures;
   Attackers attackers(host.socket());
-  Latencies latencies = callFor(duration, *bystander);
+  Latencies latencies = callWhenDue(bystanders, duration);
   for (int more = 0; more < kMoreSeconds && lacksAnEffect(attackers.effects()); ++more) {
-    latencies.add(callFor(std::chrono::seconds(1), *bystander));
+    latencies.add(callWhenDue(bystanders, std::chrono::seconds(1)));
   }
   figures.calls = latencies.count();
   figures.callP50 = latencies.quantile(0.5);
@@ -131,7 +175,7 @@ AttackFigures attackAHost(std::chrono::milliseconds duration) {
 }
 
 std::string complaintAbout(const AttackFigures& figures, std::uint64_t mostP99) {
-  if (figures.calls == 0) return "the bystander was not answered while the host was attacked";
+  if (figures.calls == 0) return "no bystander was answered while the host was attacked";
   if (figures.connections == 0) return "nobody has attacked the host";
   if (figures.effects.empty()) return "nobody has looked at what the attacks did";
   for (const Effect& effect : figures.effects) {
@@ -139,14 +183,14 @@ std::string complaintAbout(const AttackFigures& figures, std::uint64_t mostP99) 
   }
   if (figures.ended < 0) return "the attacked host did not end within 2 s of SIGTERM";
   if (figures.callP99 <= mostP99) return "";
-  return "p99 of the bystander's calls is " + std::to_string(figures.callP99) +
+  return "p99 of the bystanders' calls is " + std::to_string(figures.callP99) +
          " us while the host is attacked; at most " + std::to_string(mostP99) + " are due";
 }
 
 std::string toText(const AttackFigures& figures) {
   std::ostringstream text;
   text << "attackers' connections: " << figures.connections << '\n'
-       << "  calls of a bystander answered: " << figures.calls << '\n'
+       << "  calls of bystanders answered: " << figures.calls << '\n'
        << "  p50 of a call: " << figures.callP50 << " us\n"
        << "  p99 of a call: " << figures.callP99 << " us\n"
        << "  the longest: " << figures.mostWaited << " us\n"

@@ -8,9 +8,9 @@
 
 namespace load {
 
-// What a bystander met while a host was attacked, and how the host ended.
+// What bystanders met while a host was attacked, and how the host ended.
 struct AttackFigures {
-  std::uint64_t calls = 0;    // of the bystander
+  std::uint64_t calls = 0;    // of the bystanders
   std::uint64_t callP50 = 0;  // microseconds
   std::uint64_t callP99 = 0;
   std::uint64_t mostWaited = 0;
@@ -22,7 +22,7 @@ struct AttackFigures {
 // All attacks at once against one host, for so long. Throws when there is no host.
 [[nodiscard]] AttackFigures attackAHost(std::chrono::milliseconds duration);
 
-// What is wrong with them: the bystander's 99th of 100 calls took longer than `mostP99`
+// What is wrong with them: the bystanders' 99th of 100 calls took longer than `mostP99`
 // microseconds, the host did not end within two seconds, or an attack had no effect. Empty:
 // nothing.
 [[nodiscard]] std::string complaintAbout(const AttackFigures& figures, std::uint64_t mostP99);

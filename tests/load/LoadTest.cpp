@@ -1,13 +1,18 @@
 // Many subscribers and callers at once, in short; see ./dev load for a minute of it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <deque>
 #include <filesystem>
+#include <optional>
+#include <stdexcept>
 
 #include "integration/HostTraces.h"
 #include "integration/Programs.h"
 #include "load/AttackRun.h"
+#include "load/DueCalls.h"
 #include "load/Figures.h"
 #include "load/Latencies.h"
 #include "load/LoadRun.h"
@@ -17,6 +22,8 @@ namespace load {
 namespace {
 
 using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::minutes;
 using std::chrono::seconds;
 
 TEST(Load, EverybodyGetsWhatIsDue) {
@@ -52,6 +59,50 @@ TEST(AttackFigures, AreAsTheyAreDueOrThereIsAComplaint) {
   EXPECT_NE(complaint([](auto& f) { ++f.callP99; }), "");
   EXPECT_EQ(complaint([](auto& f) { f.effects[1].count = 0; }), "an attack had no effect: calls");
   EXPECT_NE(complaint([](auto& f) { f.effects.clear(); }), "");
+}
+
+// Answers each call after a millisecond, but nothing during its freeze, on a clock of its own.
+class FreezingLine final : public Line {
+ public:
+  explicit FreezingLine(seconds freeze) : m_thaw(m_freeze + freeze) {}
+
+  Instant now() override { return m_now; }
+  void call(std::uint32_t) override {
+    const Instant usual = m_now + milliseconds(1);
+    m_replies.push_back(usual >= m_freeze && usual < m_thaw ? m_thaw : usual);
+  }
+  std::optional<std::uint32_t> replied(Instant until) override {
+    const bool replied = !m_replies.empty() && m_replies.front() <= until;
+    m_now = std::max(m_now, replied ? m_replies.front() : until);
+    if (!replied) return std::nullopt;
+    m_replies.pop_front();
+    return m_replied++;
+  }
+
+ private:
+  Instant m_now{};
+  const Instant m_freeze = m_now + seconds(20);
+  const Instant m_thaw;
+  std::deque<Instant> m_replies;
+  std::uint32_t m_replied = 0;
+};
+
+TEST(DueCalls, OneFreezeOfASecondInAMinuteBreaksTheBound) {
+  FreezingLine line(seconds(1));
+  const Latencies latencies = callWhenDue(line, minutes(1));
+  EXPECT_EQ(latencies.count(), 12'000U);
+  EXPECT_GT(latencies.quantile(0.99), kMostP99);
+  EXPECT_LE(latencies.quantile(0.5), 1'002U);
+}
+
+TEST(DueCalls, WithoutAFreezeTakeNoLongerThanTheirReplies) {
+  FreezingLine line(seconds(0));
+  EXPECT_LE(callWhenDue(line, minutes(1)).quantile(1 - 1e-9), 1'002U);
+}
+
+TEST(DueCalls, ThatAreNotAnsweredForTwentySecondsAreAFailure) {
+  FreezingLine line(seconds(30));
+  EXPECT_THROW(static_cast<void>(callWhenDue(line, minutes(1))), std::runtime_error);
 }
 
 TEST(Load, ProgramThatIsStoppedLeavesNothing) {

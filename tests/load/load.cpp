@@ -27,7 +27,7 @@ bool parse(int argc, char** argv, load::Size& size) {
   return true;
 }
 
-bool bystanderIsServed(std::chrono::milliseconds duration) {
+bool bystandersAreServed(std::chrono::milliseconds duration) {
   const load::AttackFigures figures = load::attackAHost(duration);
   const std::string complaint = complaintAbout(figures, load::kMostP99);
   std::cout << toText(figures);
@@ -50,7 +50,7 @@ int main(int argc, char** argv) try {
             << size.duration.count() / 1000 << " s\n"
             << toText(everybody.figures());
   if (!served) std::cout << everybody.fault() << '\n';
-  return support::Interruption::statusOr(served && bystanderIsServed(size.duration) ? 0 : 1);
+  return support::Interruption::statusOr(served && bystandersAreServed(size.duration) ? 0 : 1);
 } catch (const std::exception& error) {
   std::cerr << "load: " << error.what() << '\n';
   return support::Interruption::statusOr(1);
