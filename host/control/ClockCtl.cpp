@@ -1,5 +1,6 @@
 #include "control/ClockCtl.h"
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
@@ -22,9 +23,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kCallLimit = std::chrono::seconds(2);
 constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 1 s for a name server
 constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
-// More than the longest list takes: 10,000 records of 4 KiB, each byte as \u00NN.
-constexpr int kMostPages = 256;
-constexpr milliseconds kWhile = std::chrono::hours(1);  // waiting without end, in pieces
+constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
 
 enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
 
@@ -126,11 +125,13 @@ class Command {
     }
   }
 
+  // Each page ends with a later record than the one before it, or the pages would have no end.
   void control() {
     Json answer = ask();
-    for (int pages = 1; answer.contains("after"); ++pages) {
-      if (pages == kMostPages) throw Refusal("the host's answer has no end");
-      m_request["after"] = answer["after"];
+    for (std::int64_t last = 0; answer.contains("after");) {
+      const auto after = answer["after"].get<std::int64_t>();
+      if (after <= last) throw Refusal("the host's answer has no end");
+      m_request["after"] = last = after;
       answer = joined(std::move(answer), ask());
     }
     print(answer);
