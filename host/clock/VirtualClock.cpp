@@ -87,8 +87,14 @@ void VirtualClock::setSpeed(double speed) {
     const MutexLock lock(m_mutex);
     anchorAt(now());
     m_speed = speed;
+    ++m_speedSettings;
   }
   tellScheduleChange();
+}
+
+std::uint64_t VirtualClock::speedSettings() const {
+  const MutexLock lock(m_mutex);
+  return m_speedSettings;
 }
 
 // Where time would be if no timer held it up.

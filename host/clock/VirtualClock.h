@@ -51,6 +51,8 @@ class VirtualClock {
   [[nodiscard]] double speed() const;
   // Throws std::invalid_argument: negative, not a number, other than 1 with the system's clock.
   void setSpeed(double speed);
+  // How often the speed was set, also to the value that it had.
+  [[nodiscard]] std::uint64_t speedSettings() const;
   [[nodiscard]] Source source() const { return m_source; }
 
   // One-shot timers; ids start at 1 and only grow. Equal expiries come in order of creation.
@@ -122,6 +124,7 @@ class VirtualClock {
   Nanoseconds m_anchorUptime CLOCK_GUARDED_BY(m_mutex){0};  // virtual uptime at ...
   Nanoseconds m_anchorReal CLOCK_GUARDED_BY(m_mutex);       // ... this reading of m_real
   double m_speed CLOCK_GUARDED_BY(m_mutex) = 0;
+  std::uint64_t m_speedSettings CLOCK_GUARDED_BY(m_mutex) = 0;
   std::optional<Nanoseconds> m_standing
       CLOCK_GUARDED_BY(m_mutex);  // where time stands while timers are delivered
   bool m_driving CLOCK_GUARDED_BY(m_mutex) = false;

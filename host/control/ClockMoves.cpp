@@ -1,5 +1,6 @@
 #include "control/ClockMoves.h"
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -24,14 +25,15 @@ constexpr seconds kRearming = std::chrono::hours(2);
 constexpr seconds kProbe{1};
 
 // The clock stands while it lives. Then it goes on at its former speed, unless it is to stay, or
-// somebody has given it another speed.
+// its speed was set meanwhile, to whatever value.
 class Standstill {
  public:
   explicit Standstill(VirtualClock& clock) : m_clock(clock), m_speed(clock.speed()) {
     m_clock.setSpeed(0);
+    m_setting = m_clock.speedSettings();
   }
   ~Standstill() {
-    if (!m_stays && !(m_clock.speed() > 0)) m_clock.setSpeed(m_speed);
+    if (!m_stays && m_clock.speedSettings() == m_setting) m_clock.setSpeed(m_speed);
   }
   Standstill(const Standstill&) = delete;
   Standstill& operator=(const Standstill&) = delete;
@@ -41,6 +43,7 @@ class Standstill {
  private:
   VirtualClock& m_clock;
   const double m_speed;
+  std::uint64_t m_setting = 0;  // its own
   bool m_stays = false;
 };
 

@@ -16,7 +16,7 @@ class Device;
 // stays to be said. The device outlives it. Thread: the framework's. Failure: host::Error from
 // either, one line, when the clock cannot go there; nothing has moved then, unless the line says
 // so. A move that is refused, or goes before it has arrived, leaves the clock at the speed that it
-// found.
+// found, or at the one that was set on the way.
 struct ClockMove {
   std::function<std::chrono::nanoseconds()> begin;
   std::function<std::string()> arrive;

@@ -95,6 +95,16 @@ TEST_F(TravellingTelephone, SpeedThatSomebodySetsOnTheWayStays) {
   EXPECT_EQ(clock.speed(), 1);
 }
 
+TEST_F(TravellingTelephone, PauseThatSomebodyAsksForOnTheWayStays) {
+  setTimeByHand();
+  clock.setSpeed(kTwice);
+  const auto channel = begin(kToLeapDay);
+  begin(R"({"verb":"clock","action":"pause"})");
+  channel->isWanted = false;
+  runToTheEnd();
+  EXPECT_EQ(clock.speed(), 0);
+}
+
 TEST_F(TravellingTelephone, StandsWhereItHasArrived) {
   clock.setSpeed(kTwice);
   const auto channel = begin(kToHour);
