@@ -34,6 +34,8 @@ void ClockPassages::pass() try {
   m_later([this, alive = std::weak_ptr(m_alive)] {
     if (!alive.expired()) pass();
   });
+} catch (const std::bad_alloc&) {
+  giveUp("no memory is left");
 } catch (const std::exception& error) {
   giveUp(error.what());
 }
@@ -41,8 +43,8 @@ void ClockPassages::pass() try {
 // Without a next slice they would wait for ever. An answer would take memory; a channel that goes
 // without one needs none to refuse its request.
 void ClockPassages::giveUp(const char* why) {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu moves of the clock are given up: %s",
-            m_waiting.size(), why);
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
+            m_waiting.size() == 1 ? "move of the clock is" : "moves of the clock are", why);
   while (!m_waiting.empty()) {
     const Channel channel = m_waiting.front().channel;
     const OriginScope origin(channel->origin());

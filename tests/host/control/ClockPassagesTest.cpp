@@ -8,6 +8,7 @@
 #include "clock/VirtualClock.h"
 #include "host/control/NotingChannel.h"
 #include "runtime/Error.h"
+#include "support/LogCapture.h"
 
 namespace host {
 namespace {
@@ -130,6 +131,21 @@ TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopTakesNoTaskAndTheNextMoveIsMade) {
   loopIsFull = true;
   EXPECT_TRUE(turn());
   EXPECT_EQ(third.use_count() + fourth.use_count(), 2);
+}
+
+TEST_F(PassagesOnALoop, AreGivenUpWithALineThatCountsThem) {
+  const auto line = [this](int moves) {
+    for (int i = 0; i < moves; ++i) ask(pass(kCentury));
+    const support::LogCapture log;
+    loopIsFull = true;
+    turn();
+    loopIsFull = false;
+    return log.text();
+  };
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "1 move of the clock is given up: no memory is left",
+                      line(1));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "2 moves of the clock are given up: no memory is left",
+                      line(2));
 }
 
 TEST_F(PassagesOnALoop, AMoveWithoutMemoryIsGivenUpWithoutAnAnswer) {
