@@ -71,13 +71,14 @@ class RequestBounds {
 }  // namespace
 
 Json readRequest(std::string_view text) {
+  if (hasNul(text)) throw Error("the request holds a NUL byte");
   RequestBounds bounds;
   const auto look = [&](int, Json::parse_event_t event, const Json& parsed) {
     bounds.meet(event, parsed);
     return true;
   };
   Json request = Json::parse(text, look, false);
-  if (!request.is_object() || hasNul(text)) throw Error("the request is no JSON object");
+  if (!request.is_object()) throw Error("the request is no JSON object");
   return request;
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "support/ErrorOf.h"
@@ -78,7 +79,11 @@ TEST(ReadRequest, CountsBracketsThatAreOpenAtOnce) {
 }
 
 TEST(ReadRequest, ANulIsNoEnd) {
-  EXPECT_EQ(refusal(std::string("{}\0{", 4)), "the request is no JSON object");
+  for (const char* const text : {"{}|{", "{|}", "{\"a\":\"|\"}", "|"}) {
+    std::string request = text;
+    std::replace(request.begin(), request.end(), '|', '\0');
+    EXPECT_EQ(refusal(request), "the request holds a NUL byte") << text;
+  }
 }
 
 TEST(ReadRequest, RefusesAMemberThatComesTwice) {
