@@ -24,13 +24,18 @@ void ErrorLines::step(const std::string& what) const {
 void ErrorLines::complain(const std::string& what, Instant now) {
   Run& run = m_runs[what];
   const bool isDue = !run.told || now - *run.told >= kQuiet;
-  const std::string more =
-      run.more > 0 ? "; " + std::to_string(run.more) + " times more since the last such line" : "";
-  if (isDue && write(what + more)) {
+  if (isDue && write(what + repeatsText(run))) {
     run = {now};
   } else {
     ++run.more;
   }
+}
+
+std::string ErrorLines::repeatsText(const Run& run) {
+  if (run.more == 0) return "";
+  const std::string times =
+      run.more == 1 ? "; once more" : "; " + std::to_string(run.more) + " more times";
+  return run.told ? times + " since the last such line" : times;
 }
 
 // Standard error may still wait for its reader: it is asked first.

@@ -35,9 +35,10 @@ class ErrorLines {
  private:
   struct Run {
     std::optional<Instant> told;
-    long more = 0;  // since then
+    long more = 0;  // since then, or since the start
   };
 
+  static std::string repeatsText(const Run& run);
   [[nodiscard]] bool write(const std::string& text) const;
 
   const int m_descriptor;

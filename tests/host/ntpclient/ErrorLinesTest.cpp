@@ -49,7 +49,14 @@ TEST_F(LinesIntoAPipe, HaveAComplaintOnceAnHourWithTheNumberOfItsRepeats) {
   EXPECT_EQ(text(), "");
   m_lines.complain("a", kBegin + ErrorLines::kQuiet);
   m_lines.complain("b", kBegin + ErrorLines::kQuiet);
-  EXPECT_EQ(text(), "ntpclient: a; 100 times more since the last such line\nntpclient: b\n");
+  EXPECT_EQ(text(), "ntpclient: a; 100 more times since the last such line\nntpclient: b\n");
+}
+
+TEST_F(LinesIntoAPipe, SayOnceForOneRepeat) {
+  m_lines.complain("a", kBegin);
+  m_lines.complain("a", kBegin);
+  m_lines.complain("a", kBegin + ErrorLines::kQuiet);
+  EXPECT_EQ(text(), "ntpclient: a\nntpclient: a; once more since the last such line\n");
 }
 
 TEST_F(LinesIntoAPipe, HaveEveryStep) {
@@ -64,7 +71,7 @@ TEST_F(LinesIntoAPipe, DoNotWaitForAReaderAndComeLater) {
   m_lines.complain("a", kBegin);
   EXPECT_EQ(text().find("ntpclient: a\n"), std::string::npos);
   m_lines.complain("a", kBegin);
-  EXPECT_EQ(text(), "ntpclient: a; 2 times more since the last such line\n");
+  EXPECT_EQ(text(), "ntpclient: a; 2 more times\n");
 }
 
 }  // namespace
