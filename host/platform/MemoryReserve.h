@@ -4,11 +4,12 @@
 
 namespace host {
 
-// Memory put aside for when there is none: the first allocation that fails gets it, so that the
-// frame at hand can be finished. Without it a failure could not even be cleaned up after: the JSON
-// library frees a document with the help of memory of its own, and ends the process without.
-// Owner: the process, one at a time. Thread: any. Failure: a second shortage before refill() is a
-// std::bad_alloc where it happens.
+// Memory put aside for a shortage: the first allocation that fails gets it, so that the frame at
+// hand can be finished. Cleaning up after a failure takes it, too: the JSON library allocates while
+// it frees a document, and ends the process when it cannot.
+// Owner: the process, one at a time. Thread: any. Failure: an allocation that fails between the use
+// and refill() is a std::bad_alloc where it happens. On a thread that has not met the last use of
+// the reserve it is tried once more before: the thread that used it may have made room.
 class MemoryReserve {
  public:
   // Far more than a usual request takes. Nothing touches it before it is needed.

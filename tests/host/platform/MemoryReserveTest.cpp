@@ -4,6 +4,7 @@
 
 #include <new>
 #include <optional>
+#include <thread>
 
 #include "support/LogCapture.h"
 
@@ -12,7 +13,8 @@ namespace {
 
 constexpr const char* kLine = "memory was short: the reserve had to be used";
 
-// What operator new does when there is no memory.
+// What operator new does when there is no memory. Only the tests' own thread uses the reserve: that
+// thread has then seen each use, whatever the order of the tests.
 void runOut() {
   std::get_new_handler()();
 }
@@ -26,6 +28,33 @@ TEST(MemoryReserve, HelpsOutOnceUntilItIsRefilled) {
     EXPECT_TRUE(MemoryReserve::refill());
     EXPECT_EQ(log.count(kLine), static_cast<std::size_t>(time)) << log.text();
   }
+}
+
+// A thread that is new to the shortage tries again first: another one may have made room.
+TEST(MemoryReserve, UsedByOneThreadGivesEachOtherOneMoreTry) {
+  const support::LogCapture log;
+  const MemoryReserve reserve;
+  EXPECT_NO_THROW(runOut());
+  std::thread other([] {
+    EXPECT_NO_THROW(runOut());
+    EXPECT_THROW(runOut(), std::bad_alloc);
+  });
+  other.join();
+  EXPECT_THROW(runOut(), std::bad_alloc);
+  EXPECT_TRUE(MemoryReserve::refill());
+  EXPECT_EQ(log.count(kLine), 1U) << log.text();
+  EXPECT_NO_THROW(runOut());
+}
+
+TEST(MemoryReserve, ThatIsRefilledStaysWholeWhileAThreadTriesAgain) {
+  const support::LogCapture log;
+  const MemoryReserve reserve;
+  EXPECT_NO_THROW(runOut());
+  EXPECT_TRUE(MemoryReserve::refill());
+  std::thread other([] { EXPECT_NO_THROW(runOut()); });
+  other.join();
+  EXPECT_TRUE(MemoryReserve::refill());
+  EXPECT_EQ(log.count(kLine), 1U) << log.text();
 }
 
 TEST(MemoryReserve, WholeOneIsLeftAlone) {
