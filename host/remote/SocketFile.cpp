@@ -19,6 +19,8 @@
 namespace host {
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr mode_t kOwnerOnly = 0600;
 constexpr mode_t kOwnerAndGroup = 0660;
 constexpr auto kSameOwner = static_cast<uid_t>(-1);
@@ -33,14 +35,12 @@ Descriptor newSocket(const std::filesystem::path& file) {
   return socket;
 }
 
-// A host holds the lock for far less. A process that holds it longer is no host that starts.
-constexpr std::chrono::milliseconds kPatience{500};
-constexpr std::chrono::milliseconds kPause{10};
+constexpr milliseconds kPause{10};
 
 // False: another process holds the lock all the time. A folder that cannot be locked at all, as on
 // some network file systems, counts as locked.
-bool lockInTime(int folder) {
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+bool lockInTime(int folder, milliseconds patience) {
+  const auto deadline = std::chrono::steady_clock::now() + patience;
   while (::flock(folder, LOCK_EX | LOCK_NB) != 0) {
     if (errno != EWOULDBLOCK && errno != EINTR) return true;
     if (std::chrono::steady_clock::now() >= deadline) return false;
@@ -52,9 +52,10 @@ bool lockInTime(int folder) {
 // Held while it is found out whether the file is in use and the file is replaced. A lock file would
 // stay behind; the folder is there anyway. A folder that cannot be opened is no reason not to
 // start.
-Descriptor lockFolder(const std::filesystem::path& folder, const std::filesystem::path& file) {
+Descriptor lockFolder(const std::filesystem::path& folder, const std::filesystem::path& file,
+                      milliseconds patience) {
   Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!descriptor.valid() || lockInTime(descriptor.get())) return descriptor;
+  if (!descriptor.valid() || lockInTime(descriptor.get(), patience)) return descriptor;
   throw Error("socket " + file.string() + ": its folder " + folder.string() +
               " stays locked by another process; end that one, or choose another folder");
 }
@@ -75,11 +76,12 @@ void makeFolder(const std::filesystem::path& folder, std::optional<gid_t> group)
 
 }  // namespace
 
-SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group)
+SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group,
+                       milliseconds patience)
     : m_file(std::move(file)) {
   const std::filesystem::path folder = folderOf(m_file);
   makeFolder(folder, group);
-  const Descriptor lock = lockFolder(folder, m_file);
+  const Descriptor lock = lockFolder(folder, m_file, patience);
   refuseIfTaken();
   bind();
   if (group) giveTo(*group);

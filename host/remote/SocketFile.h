@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 
@@ -14,10 +15,14 @@ namespace host {
 // Failure: host::Error from the constructor, naming the file; a live host's socket is left alone.
 class SocketFile {
  public:
+  // A host holds the lock for far less. A process that holds it longer is no host that starts.
+  static constexpr std::chrono::milliseconds kPatience{500};
+
   // Creates missing folders (the last one 0700, or 0710 for the group) and replaces a socket that
   // nobody listens at. Two hosts that start at once do not both get it: the folder is locked
-  // (flock) meanwhile, and the constructor waits for the lock for half a second at most.
-  explicit SocketFile(std::filesystem::path file, std::optional<gid_t> group = {});
+  // (flock) meanwhile, and the constructor waits for the lock, at most for `patience`.
+  explicit SocketFile(std::filesystem::path file, std::optional<gid_t> group = {},
+                      std::chrono::milliseconds patience = kPatience);
   ~SocketFile();
   SocketFile(const SocketFile&) = delete;
   SocketFile& operator=(const SocketFile&) = delete;

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <fstream>
 #include <memory>
 #include <thread>
@@ -19,13 +20,15 @@
 #include "support/LogCapture.h"
 #include "support/SoftLimit.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitingCall.h"
 
 namespace host {
 namespace {
 
 // The text of the refusal; empty when the socket was taken.
-std::string refusalOf(const std::filesystem::path& file) try {
-  const SocketFile socket(file);
+std::string refusalOf(const std::filesystem::path& file,
+                      std::chrono::milliseconds patience = SocketFile::kPatience) try {
+  const SocketFile socket(file, {}, patience);
   return "";
 } catch (const Error& error) {
   return error.what();
@@ -213,9 +216,14 @@ TEST(SocketFile, WaitsForAnotherHostThatStartsInItsFolder) {
   const support::TemporaryFolder folder;
   Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
-  std::thread other([&lock] { lock.reset(); });
-  EXPECT_EQ(refusalOf(folder / "socket"), "");
-  other.join();
+  std::string refusal = "none yet";
+  {
+    const support::WaitingCall taking(
+        [&] { refusal = refusalOf(folder / "socket", std::chrono::hours(1)); });
+    EXPECT_TRUE(taking.waits());
+    lock.reset();
+  }
+  EXPECT_EQ(refusal, "");
 }
 
 TEST(SocketFile, DoesNotRemoveAnothersFile) {
