@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "runtime/Error.h"
+#include "support/SoftLimit.h"
 #include "support/TemporaryFolder.h"
 
 namespace {
@@ -100,13 +101,8 @@ TEST_F(TrustedFolder, ThatCannotBeMadeIsToBeElsewhere) {
 }
 
 TEST_F(TrustedFolder, ThatNeedsMoreFilesThanMayBeOpenTellsTheLimit) {
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none{0, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-  const std::string refusal = complaint("/");
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-  EXPECT_EQ(refusal, "/: Too many open files; raise the limit of open files (ulimit -n)");
+  const support::SoftLimit none(RLIMIT_NOFILE, 0);
+  EXPECT_EQ(complaint("/"), "/: Too many open files; raise the limit of open files (ulimit -n)");
 }
 
 TEST_F(TrustedFolder, TellsOfEachFolderOnTheWay) {
