@@ -58,7 +58,9 @@ struct WaitHandler {
     handler(result...);
   }
 
-  std::shared_ptr<WaitMemory> memory;
+  // Constant, so that a move leaves it: asio moves the handler into its operation, and asks the old
+  // one for the allocator when the operation then cannot begin.
+  const std::shared_ptr<WaitMemory> memory;
   Handler handler;
 };
 
