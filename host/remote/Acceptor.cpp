@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <string>
 #include <utility>
 
 #include "Logging.h"
@@ -62,7 +63,18 @@ void Acceptor::wait() {
                                     }});
 }
 
-void Acceptor::acceptAll() {
+// Waits again whatever is thrown, as without memory for the pause: the next clients are heard.
+void Acceptor::acceptAll() try {
+  const int error = acceptSome();
+  if (error == 0) return wait();
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
+            std::strerror(error));
+  pause();
+} catch (const std::exception&) {
+  wait();
+}
+
+int Acceptor::acceptSome() {
   for (int taken = 0; taken < kMostAtOnce; ++taken) {
     const int client =
         ::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
@@ -72,17 +84,17 @@ void Acceptor::acceptAll() {
     }
     int error = errno;
     if (isShortage(error)) error = turnAway();
-    if (error == 0 || concernsOneClient(error)) continue;
-    if (isOver(error)) break;
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
-              std::strerror(error));
-    m_pause.expires_after(kPause);
-    m_pause.async_wait(WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& failed) {
-                                     if (*alive && !failed) wait();
-                                   }});
-    return;
+    if (isOver(error)) return 0;
+    if (error != 0 && !concernsOneClient(error)) return error;
   }
-  wait();
+  return 0;
+}
+
+void Acceptor::pause() {
+  m_pause.expires_after(kPause);
+  m_pause.async_wait(WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& failed) {
+                                   if (*alive && !failed) wait();
+                                 }});
 }
 
 void Acceptor::takeIn(Descriptor client) try {
@@ -93,10 +105,12 @@ void Acceptor::takeIn(Descriptor client) try {
   m_turnedAway.log(error.what());
 }
 
-void Acceptor::refuse(int client, const std::string& why) {
-  const std::string json = R"({"ok":false,"error":")" + why + R"(; try again later"})";
+void Acceptor::refuse(int client, std::string_view why) noexcept try {
+  const std::string json = R"({"ok":false,"error":")" + std::string(why) + R"(; try again later"})";
   const std::string frame = encodeFrame({FrameKind::controlReply, 0, json});
   static_cast<void>(::send(client, frame.data(), frame.size(), MSG_DONTWAIT | MSG_NOSIGNAL));
+} catch (const std::exception&) {
+  // No memory for the reason: the client is only hung up on.
 }
 
 // A client that cannot be accepted would stay in the queue and wake the loop for ever. Returns 0,

@@ -4,7 +4,7 @@
 #include <asio/steady_timer.hpp>
 #include <functional>
 #include <memory>
-#include <string>
+#include <string_view>
 
 #include "remote/Connection.h"
 #include "remote/Descriptor.h"
@@ -15,7 +15,7 @@ namespace host {
 
 // Accepts clients at a listening socket, which it does not own.
 // Owner: the server. Thread: the loop's. Failure: a client that cannot be taken in is told why and
-// turned away, and logged (RareLine). The next ones are served.
+// turned away, and logged (RareLine). The next ones are served, also after memory has run out.
 class Acceptor {
  public:
   using Socket = Connection::Socket;
@@ -25,12 +25,14 @@ class Acceptor {
   Acceptor(const Acceptor&) = delete;
   Acceptor& operator=(const Acceptor&) = delete;
 
-  // Tells a client that is not taken in, as far as its socket takes it.
-  static void refuse(int client, const std::string& why);
+  // Tells a client that is not taken in, as far as its socket takes it and there is memory.
+  static void refuse(int client, std::string_view why) noexcept;
 
  private:
   void wait();
   void acceptAll();
+  [[nodiscard]] int acceptSome();  // 0, or the error to pause for
+  void pause();
   void takeIn(Descriptor client);
   [[nodiscard]] int turnAway();
 

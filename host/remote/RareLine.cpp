@@ -1,20 +1,20 @@
 #include "remote/RareLine.h"
 
-#include <string>
-
 #include "Logging.h"
 
 namespace host {
 
-void RareLine::log(const char* why) {
-  const auto now = std::chrono::steady_clock::now();
+void RareLine::log(const char* why, Clock::time_point now) noexcept {
   if (now < m_next) {
     ++m_untold;
     return;
   }
-  const std::string more =
-      m_untold == 0 ? "" : "; so were " + std::to_string(m_untold) + " since the last line";
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s%s", m_kind, why, more.c_str());
+  if (m_untold == 0) {
+    logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s", m_kind, why);
+  } else {
+    logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s; so were %llu since the last line",
+              m_kind, why, static_cast<unsigned long long>(m_untold));
+  }
   m_untold = 0;
   m_next = now + kBetweenLines;
 }
