@@ -38,8 +38,8 @@ void TurnQueue::runOne(const std::shared_ptr<State>& state) {
   state->soon = false;
   const auto step = std::move(state->waiting.front());
   state->waiting.pop_front();
+  runOneSoon(state);  // first, as the others have their turn also when this step throws
   step();
-  runOneSoon(state);
 }
 
 }  // namespace host

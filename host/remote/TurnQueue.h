@@ -11,8 +11,8 @@ namespace host {
 
 // Where those wait who have more to do than fits in one turn of the loop. One of them goes on each
 // time that everybody else has had the loop: however many wait, the others wait for one of them.
-// Owner: the server. Thread: the loop's. Failure: steps throw nothing. Once a step
-// is taken, its turn comes also when no memory is left.
+// Owner: the server. Thread: the loop's. Failure: what a step throws is the loop's; the next one
+// has its turn. Once a step is taken, its turn comes also when no memory is left.
 class TurnQueue {
  public:
   explicit TurnQueue(asio::io_context& loop);

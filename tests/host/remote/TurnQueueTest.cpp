@@ -4,6 +4,7 @@
 
 #include <asio/io_context.hpp>
 #include <functional>
+#include <new>
 #include <vector>
 
 #include "support/NoMemory.h"
@@ -40,6 +41,17 @@ TEST(TurnQueue, LetsOthersHaveTheLoopWithoutMemory) {
     EXPECT_EQ(loop.run_one(), 1U);
   }
   EXPECT_EQ(ran, 2);
+}
+
+TEST(TurnQueue, RunsTheNextStepAfterOneThatThrows) {
+  asio::io_context loop;
+  TurnQueue turns(loop);
+  int ran = 0;
+  turns.wait([] { throw std::bad_alloc(); });
+  turns.wait([&ran] { ++ran; });
+  EXPECT_THROW(loop.run_one(), std::bad_alloc);
+  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(ran, 1);
 }
 
 TEST(TurnQueue, DropsWhatWaitsWhenItGoes) {
