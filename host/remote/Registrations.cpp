@@ -50,8 +50,8 @@ std::string Registrations::refusal(const Peer& peer) const {
     return std::to_string(m_mostObservers) + " clients observe, which is the most";
   }
   if (peer.registrations > 0 && m_further == m_mostFurther) {
-    return "clients observe " + std::to_string(m_mostFurther) +
-           " times beyond once each, which is the most of all together";
+    return "all clients together have " + std::to_string(m_mostFurther) +
+           " registrations beyond their first, which is the limit";
   }
   return "";
 }

@@ -53,9 +53,8 @@ TEST(Registrations, OfAllTogetherHaveABoundAndEachClientHasItsFirst) {
   EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved);
   EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
   EXPECT_EQ(log.text(),
-            "clockhost 3: registration refused: clients observe 3 times beyond once each, which is "
-            "the most of "
-            "all together\n");
+            "clockhost 3: registration refused: all clients together have 3 registrations beyond "
+            "their first, which is the limit\n");
   ask(*greedy, "unobserveTimeEvents");
   EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved) << "the greedy one gave one back";
   EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
