@@ -33,7 +33,9 @@ std::shared_ptr<Peer> KnownPeers::find(const std::string& address) const {
   return nullptr;
 }
 
-void KnownPeers::leave(const Peer& peer) {
+// The service may keep its registrations for a while: they send a gone client nothing.
+void KnownPeers::leave(Peer& peer) {
+  m_registrations.forget(peer);
   if (!peer.hasProxy()) return forget(&KnownPeers::m_here, peer.address());
   move(&KnownPeers::m_here, peer.address(), &KnownPeers::m_leaving);
   askForTurn();
@@ -99,9 +101,7 @@ void KnownPeers::forget(Map KnownPeers::*map, const std::string& address) {
     const MutexLock lock(m_mutex);
     entry = (this->*map).extract(address);
   }
-  if (!entry) return;
-  entry.mapped()->freeProxy();
-  m_registrations.forget(*entry.mapped());
+  if (entry) entry.mapped()->freeProxy();
 }
 
 }  // namespace host

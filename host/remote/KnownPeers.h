@@ -35,8 +35,8 @@ class KnownPeers {
   // Null without one. Thread: any.
   [[nodiscard]] std::shared_ptr<Peer> find(const std::string& address) const;
 
-  // The client is gone. Throws nothing.
-  void leave(const Peer& peer);
+  // The client is gone: its registrations count no more. Throws nothing.
+  void leave(Peer& peer);
 
   // Takes back from those again where it failed.
   void retry();

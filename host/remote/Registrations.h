@@ -32,7 +32,7 @@ class Registrations {
   // beyond the bounds may not. Counts it if so; an "unobserveTimeEvents" is taken off.
   [[nodiscard]] bool mayRegister(Peer& peer);
 
-  // The service knows the client no more.
+  // The client is gone: its registrations count no more.
   void forget(Peer& peer);
 
  private:

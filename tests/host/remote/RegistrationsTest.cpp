@@ -64,5 +64,22 @@ TEST(Registrations, OfAllTogetherHaveABoundAndEachClientHasItsFirst) {
   EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
 }
 
+// The service still knows the client that has left, and may do so for ever.
+TEST(Registrations, OfAClientThatHasLeftCountNoMore) {
+  RemoteServer::Limits limits;
+  limits.clients = 1;
+  limits.furtherRegistrations = 1;
+  ServerUnderTest server({}, limits);
+  server.device.stopUnobserving();
+  for (std::size_t client = 1; client <= 3; ++client) {
+    std::optional<RemoteClient> observer(server.socket);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(ask(*observer, "observeTimeEvents"), kObserved) << client;
+    EXPECT_EQ(ask(*observer, "observeTimeEvents"), kNotObserved);
+    observer.reset();
+    ASSERT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+    EXPECT_EQ(server.device.observers(), 2 * client);
+  }
+}
+
 }  // namespace
 }  // namespace host
