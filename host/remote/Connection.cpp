@@ -42,13 +42,20 @@ Connection::Connection(Socket socket, Entrance entrance, std::uint64_t number, L
       m_limit(limit) {}
 
 void Connection::makePeer() {
-  const auto attention = [loop = m_socket.get_executor(), weak = weak_from_this()] {
-    asio::post(loop, [weak] {
-      if (const auto self = weak.lock()) self->guarded([&] { self->attend(); });
-    });
-  };
+  const std::shared_ptr<Attention> attention(
+      new Attention{m_socket.get_executor(), weak_from_this()});
   m_peer = std::make_shared<Peer>("client-" + std::to_string(m_number), m_socket.native_handle(),
-                                  attention);
+                                  [attention] { ask(attention); });
+}
+
+void Connection::ask(const std::shared_ptr<Attention>& attention) {
+  if (attention->pending.exchange(true)) return;
+  const std::shared_ptr<WaitMemory> memory(attention, &attention->memory);
+  asio::post(attention->loop, WaitHandler{memory, [attention] {
+                                            attention->pending = false;
+                                            const auto self = attention->connection.lock();
+                                            if (self) self->guarded([&] { self->attend(); });
+                                          }});
 }
 
 void Connection::open() {

@@ -4,6 +4,7 @@
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -13,6 +14,7 @@
 
 #include "remote/Frame.h"
 #include "remote/Peer.h"
+#include "remote/WaitMemory.h"
 
 namespace host {
 
@@ -73,6 +75,16 @@ class Connection : public std::enable_shared_from_this<Connection> {
   [[nodiscard]] bool heard() const { return m_frames > 0; }  // a frame came before this one
 
  private:
+  // A look at the connection that any thread may ask the loop for. Many requests are one look; it
+  // has memory of its own, as a client whose request is lost would stay as it is for ever.
+  struct Attention {
+    Executor loop;
+    std::weak_ptr<Connection> connection;
+    std::atomic<bool> pending{false};
+    WaitMemory memory{};
+  };
+
+  static void ask(const std::shared_ptr<Attention>& attention);
   void read();
   void onRead(bool failed, std::size_t bytes);
   enum class Turn { complete, over, held, dropped };

@@ -8,7 +8,8 @@
 namespace host {
 
 // Room for one operation that waits on the loop, so that the wait can be begun again when there is
-// no memory. Owner: shared by who waits and the operations that use it. Thread: the loop's.
+// no memory. Owner: shared by who waits and the operations that use it. Thread: the loop's. Another
+// one may begin a wait when a flag says that none is pending.
 class WaitMemory {
  public:
   // What is larger, or comes while the room is taken, gets memory like everything else.

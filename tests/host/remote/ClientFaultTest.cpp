@@ -11,6 +11,7 @@
 #include "host/remote/ServerUnderTest.h"
 #include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -155,6 +156,23 @@ TEST(ClientFault, AnObserverThatDoesNotReadIsDroppedAtTheBoundAndNobodyWaitsForI
   EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 1; }));
   EXPECT_EQ(linesOf(log), std::vector{"client 2 dropped: does not read what is sent to it"s});
   expectServed(reading);
+}
+
+TEST(ClientFault, AnObserverWithoutMemoryForItsEventIsDropped) {
+  ServerUnderTest server;
+  const support::LogCapture log(4);
+  RemoteClient client(server.socket);
+  Method observe("observeTimeEvents", Method::call);
+  ASSERT_TRUE(client.call(observe, kLong));
+  Method event("event", Method::call);
+  event.addStringParameter("text", std::string(100'000, 'e'), Parameter::in);
+  {
+    const support::NoMemory none;
+    EXPECT_EQ(server.device.notify(event), 0);
+  }
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
+  EXPECT_EQ(linesOf(log),
+            std::vector{"client 1 dropped: cannot be sent to: Cannot allocate memory"s});
 }
 
 TEST(ClientFault, ACallerThatReadsItsRepliesLateGetsAllOfThem) {

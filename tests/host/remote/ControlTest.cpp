@@ -5,10 +5,12 @@
 #include <thread>
 
 #include "host/remote/Desk.h"
+#include "host/remote/RawSocket.h"
 #include "platform/Origin.h"
 #include "remote/RemoteClient.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -116,6 +118,20 @@ TEST(Control, RequestDroppedUnansweredIsRefused) {
   ASSERT_TRUE(answer);
   EXPECT_TRUE(answer->last);
   EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host could not answer"})");
+}
+
+TEST(Control, AClientThatIsHeldGoesOnWhenItsRequestIsDroppedWithoutMemory) {
+  ServerWithDesk at;
+  RawSocket client(at.server.controlSocket);
+  client.send(frames(FrameKind::controlRequest, "hold", 1) +
+              frames(FrameKind::controlRequest, "next", 1));
+  ASSERT_TRUE(at.has(1));
+  ControlRequest held = at.desk.take();
+  {
+    const support::NoMemory none;
+    held.channel.reset();
+  }
+  EXPECT_TRUE(at.has(1));
 }
 
 TEST(Control, TellsOnTheLoopWhenTheClientIsGone) {
