@@ -33,18 +33,20 @@ Slot takeSlot() {
   return isFree ? std::move(slot) : nullptr;
 }
 
-Address answerOf(const Resolve& resolve) noexcept {
+Address answerOf(const std::string& name, const Resolve& resolve) noexcept {
   try {
-    return resolve();
-  } catch (const std::exception&) {
+    Address address = resolve();
+    if (address) failedLookups().forget(name);
+    if (!address) failedLookups().setAnswered(name);
+    return address;
+  } catch (const std::exception&) {  // no server has answered
     return std::nullopt;
   }
 }
 
 void work(const std::string& name, const Resolve& resolve, std::promise<Address> answer,
           Slot slot) {
-  Address address = answerOf(resolve);
-  if (address) failedLookups().forget(name);
+  Address address = answerOf(name, resolve);
   slot.reset();
   answer.set_value(std::move(address));
 }
@@ -68,7 +70,8 @@ std::future<Address> ask(const std::string& name, Resolve resolve, Slot slot) {
 }
 
 // The name counts as failed from the start, and an address takes that back. So an address that
-// comes late takes it back, too.
+// comes late takes it back, too. A short wait proves nothing about the server: only a full one that
+// ends without an answer begins a silence, or else each name asked for in one would prolong it.
 Address answerInTime(const std::string& name, std::chrono::milliseconds limit, Resolve resolve,
                      Slot slot) {
   FailedLookups& failed = failedLookups();
@@ -80,7 +83,7 @@ Address answerInTime(const std::string& name, std::chrono::milliseconds limit, R
   const bool answered = answer.wait_for(wait) == std::future_status::ready;
   Address address = answered ? answer.get() : std::nullopt;
   if (address) return address;
-  if (!answered) failed.setUnanswered(name);
+  if (!answered && !silent) failed.setUnanswered(name);
   if (first) tellFailure(name, answered ? "no address found" : lateness(wait, silent));
   return std::nullopt;
 }

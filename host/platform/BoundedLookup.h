@@ -15,7 +15,8 @@ inline constexpr int kMostLookups = 8;
 // kMostLookups waits in a row hold up the framework thread for less than a second.
 inline constexpr std::chrono::milliseconds kShortWait{100};
 
-// The numeric address of the name; empty: it has none.
+// The numeric address of the name; empty: a name server says that it has none. Throws what is a
+// std::exception when no server has answered.
 using Resolve = std::function<std::optional<std::string>()>;
 
 // Asks `resolve` for the address of `name`, on a thread of its own, and waits `limit` at most,
@@ -25,8 +26,8 @@ using Resolve = std::function<std::optional<std::string>()>;
 //   counts as failed until its address is there, so the second thread gets nothing at once.
 // - kMostLookups are out, or there is no memory or no thread: one log line, and the name may be
 //   asked for again at once.
-// A lookup that is too slow keeps its own copy of `resolve`, and an address that comes late lets
-// its name be asked for again. Thread: any.
+// A lookup that is too slow keeps its own copy of `resolve`. Any answer that comes late ends the
+// silence that its name began, and an address lets its name be asked for again. Thread: any.
 [[nodiscard]] std::optional<std::string> boundedLookup(const std::string& name,
                                                        std::chrono::milliseconds limit,
                                                        Resolve resolve);

@@ -13,7 +13,8 @@ bool FailedLookups::holds(const std::string& name, Instant now) const {
 bool FailedLookups::isSilent(Instant now) const {
   const MutexLock lock(m_mutex);
   return std::any_of(m_failed.begin(), m_failed.end(), [now](const auto& name) {
-    return name.second.unanswered && now - name.second.last < kKept;
+    const std::optional<Instant>& asked = name.second.unanswered;
+    return asked && now - *asked < kKept;
   });
 }
 
@@ -21,7 +22,8 @@ bool FailedLookups::add(const std::string& name, Instant now) {
   const MutexLock lock(m_mutex);
   const auto found = m_failed.find(name);
   const bool first = found == m_failed.end() || found->second.allowed;
-  m_failed.insert_or_assign(name, Failure{now});
+  Failure& failure = m_failed[name];
+  failure = {now, false, false, failure.unanswered};
   if (m_failed.size() > kMost) {
     m_failed.erase(std::min_element(m_failed.begin(), m_failed.end(), [](auto& a, auto& b) {
       return a.second.last < b.second.last;
@@ -33,7 +35,16 @@ bool FailedLookups::add(const std::string& name, Instant now) {
 void FailedLookups::setUnanswered(const std::string& name) {
   const MutexLock lock(m_mutex);
   const auto found = m_failed.find(name);
-  if (found != m_failed.end()) found->second.unanswered = true;
+  if (found == m_failed.end() || found->second.answered) return;
+  found->second.unanswered = found->second.last;
+}
+
+void FailedLookups::setAnswered(const std::string& name) {
+  const MutexLock lock(m_mutex);
+  const auto found = m_failed.find(name);
+  if (found == m_failed.end()) return;
+  found->second.answered = true;
+  found->second.unanswered.reset();
 }
 
 void FailedLookups::forget(const std::string& name) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "base/Mutex.h"
@@ -23,14 +24,18 @@ class FailedLookups {
   // Whether the name is not to be asked for yet.
   [[nodiscard]] bool holds(const std::string& name, Instant now) const;
 
-  // Whether one of these names got no answer in time. The next one would mostly get none either.
+  // Whether a name got no answer in the full time a while ago. The next one would mostly get none
+  // either.
   [[nodiscard]] bool isSilent(Instant now) const;
 
   // Remembers a failure. True: it is the first one since an address was found, so say it.
   [[nodiscard]] bool add(const std::string& name, Instant now);
 
-  // That failure is one without an answer. Nothing when the name has been forgotten since.
+  // It got no answer, although it was waited for in full. Nothing when an answer came meanwhile.
   void setUnanswered(const std::string& name);
+
+  // A name server answered, in time or late, and be it that there is no such name.
+  void setAnswered(const std::string& name);
 
   // An address was found.
   void forget(const std::string& name);
@@ -45,8 +50,9 @@ class FailedLookups {
  private:
   struct Failure {
     Instant last;
-    bool unanswered = false;
-    bool allowed = false;  // to be asked for again
+    bool answered = false;              // since then
+    bool allowed = false;               // to be asked for again
+    std::optional<Instant> unanswered;  // when it was asked for and waited for in full
   };
 
   mutable Mutex m_mutex;

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string_view>
 
 #include "ClientUtils.h"
@@ -53,13 +54,15 @@ Address numericText(const sockaddr& address) {
   return text;
 }
 
-// Asks the resolver; takes as long as it takes.
+// Asks the resolver; takes as long as it takes. Throws when no name server has answered.
 Address resolvedAddress(const std::string& name, int family) {
   addrinfo wanted{};
   wanted.ai_family = family == 0 ? AF_UNSPEC : family;
   wanted.ai_socktype = SOCK_DGRAM;
   addrinfo* found = nullptr;
-  if (getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) return std::nullopt;
+  const int error = getaddrinfo(name.c_str(), nullptr, &wanted, &found);
+  if (error == EAI_AGAIN) throw std::runtime_error(gai_strerror(error));
+  if (error != 0) return std::nullopt;
   const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(found, &freeaddrinfo);
   return found->ai_addr == nullptr ? std::nullopt : numericText(*found->ai_addr);
 }

@@ -9,6 +9,8 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <utility>
 
 #include "platform/FailedLookups.h"
 #include "support/LogCapture.h"
@@ -96,6 +98,49 @@ TEST_F(BoundedLookup, WaitsBrieflyForAnotherNameWhileTheServerIsSilent) {
             1U);
   resolver->answer();
   resolver->awaitReturns(2);
+}
+
+TEST_F(BoundedLookup, ProlongsNoSilenceByAShortWait) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  EXPECT_EQ(boundedLookup("k.example", 1ms, resolve), std::nullopt);
+  const auto later = std::chrono::steady_clock::now();
+  EXPECT_TRUE(failedLookups().isSilent(later));
+  EXPECT_EQ(boundedLookup("l.example", 2ms, resolve), std::nullopt);
+  EXPECT_FALSE(failedLookups().isSilent(later + FailedLookups::kKept));
+  resolver->answer();
+  resolver->awaitReturns(2);
+}
+
+// Whether the server counts as silent after a lookup that was too slow has ended with `answer`.
+bool isSilentAfter(const Resolve& answer) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  auto held = std::make_shared<int>();
+  const std::weak_ptr<int> thread = held;
+  auto resolve = [resolver, answer, held = std::move(held)] {
+    (void)resolver->resolve();
+    return answer();
+  };
+  EXPECT_EQ(boundedLookup("m.example", 1ms, std::move(resolve)), std::nullopt);
+  EXPECT_TRUE(failedLookups().isSilent(std::chrono::steady_clock::now()));
+  resolver->answer();
+  const auto deadline = std::chrono::steady_clock::now() + 20s;
+  while (!thread.expired() && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::yield();
+  }
+  EXPECT_TRUE(thread.expired());
+  return failedLookups().isSilent(std::chrono::steady_clock::now());
+}
+
+TEST_F(BoundedLookup, EndsTheSilenceWhenAnyAnswerComesLate) {
+  EXPECT_FALSE(isSilentAfter([] { return std::optional<std::string>("192.0.2.1"); }));
+  failedLookups().forgetAll();
+  EXPECT_FALSE(isSilentAfter([] { return std::nullopt; })) << "there is no such name";
+}
+
+TEST_F(BoundedLookup, KeepsTheSilenceWhenTheResolverGivesUpLate) {
+  EXPECT_TRUE(isSilentAfter(
+      []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); }));
 }
 
 TEST_F(BoundedLookup, DoesNotWaitAgainForASilentServerOnAnotherNetwork) {

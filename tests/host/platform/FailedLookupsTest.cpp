@@ -50,8 +50,32 @@ TEST(FailedLookups, ANameWithoutAnAnswerMeansASilentServerForAWhile) {
   failed.setUnanswered("a");
   EXPECT_TRUE(failed.isSilent(kBegin + FailedLookups::kKept - 1ns));
   EXPECT_FALSE(failed.isSilent(kBegin + FailedLookups::kKept));
-  EXPECT_FALSE(failed.add("a", kBegin));
-  EXPECT_FALSE(failed.isSilent(kBegin)) << "a new failure says anew which one it is";
+}
+
+TEST(FailedLookups, ANameThatIsAskedForAgainProlongsNoSilence) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  failed.setUnanswered("a");
+  failed.allowAll();
+  EXPECT_TRUE(failed.add("a", kBegin + 1s));
+  EXPECT_TRUE(failed.isSilent(kBegin + FailedLookups::kKept - 1ns));
+  EXPECT_FALSE(failed.isSilent(kBegin + FailedLookups::kKept));
+}
+
+TEST(FailedLookups, AnyAnswerEndsTheSilenceOfItsNameAndNotTheFailure) {
+  FailedLookups failed;
+  EXPECT_TRUE(failed.add("a", kBegin));
+  failed.setUnanswered("a");
+  failed.setAnswered("a");
+  EXPECT_FALSE(failed.isSilent(kBegin));
+  failed.setUnanswered("a");
+  EXPECT_FALSE(failed.isSilent(kBegin)) << "the answer came between";
+  EXPECT_TRUE(failed.holds("a", kBegin));
+  EXPECT_FALSE(failed.add("a", kBegin + FailedLookups::kKept));
+  failed.setUnanswered("a");
+  EXPECT_TRUE(failed.isSilent(kBegin + FailedLookups::kKept)) << "it was asked for anew";
+  failed.setAnswered("b");
+  EXPECT_FALSE(failed.holds("b", kBegin));
 }
 
 TEST(FailedLookups, AServerIsNoLongerSilentWhenAnAddressComesLate) {

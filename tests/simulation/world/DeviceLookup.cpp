@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <cstring>
+#include <exception>
 #include <memory>
 #include <string>
 
@@ -51,7 +52,11 @@ bool isWanted(const FoundAddress& found, const addrinfo* wanted) {
 std::optional<std::string> host::boundedLookup(const std::string& /*name*/,
                                                std::chrono::milliseconds /*limit*/,
                                                Resolve resolve) {
-  return resolve();
+  try {
+    return resolve();
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
 }
 
 extern "C" {
