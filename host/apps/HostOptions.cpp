@@ -136,6 +136,11 @@ bool isFailure(int error) {
   return std::find(kFailures.begin(), kFailures.end(), error) != kFailures.end();
 }
 
+std::string reasonOf(int error) {
+  if (error != ERANGE) return std::strerror(error);
+  return "its entry is longer than " + std::to_string(kLongestGroup >> 20U) + " MiB";
+}
+
 gid_t groupNamed(const std::string& name) {
   group entry{};
   group* found = nullptr;
@@ -145,11 +150,10 @@ gid_t groupNamed(const std::string& name) {
     error = getgrnam_r(name.c_str(), &entry, strings.data(), strings.size(), &found);
   }
   if (found != nullptr) return entry.gr_gid;
-  const std::string why =
-      isFailure(error) ? std::string("cannot be looked up: ") + std::strerror(error) : "";
-  throw UsageError("--socket-group: " + (why.empty()
-                                             ? "there is no group " + quotedText(name) + " here"
-                                             : "the group " + quotedText(name) + ' ' + why));
+  throw UsageError("--socket-group: " + (isFailure(error)
+                                             ? "the group " + quotedText(name) +
+                                                   " cannot be looked up: " + reasonOf(error)
+                                             : "there is no group " + quotedText(name) + " here"));
 }
 
 void understandSockets(const Words& words, HostOptions& options) {

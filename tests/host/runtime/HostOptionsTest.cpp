@@ -110,8 +110,8 @@ TEST(HostOptions, AGroupMayHaveAnyNumberOfMembers) {
 TEST(HostOptions, AGroupThatCannotBeLookedUpIsNotMissing) {
   const CrowdedGroup crowded(SIZE_MAX);
   EXPECT_EQ(usageErrorOf({"--socket-group", CrowdedGroup::kName}),
-            "--socket-group: the group \"crowded\" cannot be looked up: Numerical result out of "
-            "range");
+            "--socket-group: the group \"crowded\" cannot be looked up: its entry is longer than "
+            "16 MiB");
 }
 
 TEST(HostOptions, EverythingCanBeSaid) {
