@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "Logging.h"
 #include "platform/Origin.h"
 #include "platform/ShownText.h"
 #include "runtime/Error.h"
@@ -258,8 +259,9 @@ void SecurityLog::dropOldest(Kind kind) {
 }
 
 void SecurityLog::failReading() const {
-  m_database->logFailure("reading");
-  throw Error(m_database->failure("reading"));
+  const Error failure(m_database->failure("reading"));
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure.what());
+  throw failure;
 }
 
 std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {
