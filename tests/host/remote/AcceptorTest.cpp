@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
-#include <new>
-
 #include "host/remote/ServerUnderTest.h"
 #include "remote/SocketAddress.h"
 #include "support/LogCapture.h"
