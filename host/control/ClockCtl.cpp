@@ -1,5 +1,8 @@
 #include "control/ClockCtl.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -53,6 +56,21 @@ Json parametersJson(const Method& method) {
   return json;
 }
 
+// The client for a verb; what keeps this user out is told by what the user can do about it.
+RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
+  const bool control = route == Verb::Route::control;
+  try {
+    return RemoteClient(control ? options.controlSocket : options.socket);
+  } catch (const NotAllowed& error) {
+    if (!control) {
+      throw Refusal(std::string(error.what()) + "; its owner can open it with --socket-group");
+    }
+    const bool mayCall = ::faccessat(AT_FDCWD, options.socket.c_str(), W_OK, AT_EACCESS) == 0;
+    throw Refusal("the host's control socket " + options.controlSocket.string() +
+                  " is its owner's alone" + (mayCall ? "; call and watch work for you" : ""));
+  }
+}
+
 // One command towards one host.
 class Command {
  public:
@@ -60,7 +78,7 @@ class Command {
       : m_options(options),
         m_request(std::move(request)),
         m_verb(*findVerb(m_request["verb"].get<std::string>())),
-        m_client(m_verb.route == Verb::Route::control ? options.controlSocket : options.socket),
+        m_client(clientFor(m_verb.route, options)),
         m_out(out) {}
 
   void run() {

@@ -43,6 +43,7 @@ Descriptor connectTo(const std::filesystem::path& file) {
   const SocketAddress address(file);
   Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.valid() || ::connect(socket.get(), address.get(), address.size()) != 0) {
+    if (errno == EACCES) throw NotAllowed("no permission for the host's socket " + file.string());
     throw NoHost("no host at " + file.string() + ": " + std::strerror(errno));
   }
   return socket;

@@ -16,13 +16,19 @@ struct NoHost : Error {
   using Error::Error;
 };
 
+// There is a socket, or a folder on the way to it, that this user may not use.
+struct NotAllowed : Error {
+  using Error::Error;
+};
+
 // The host hung up, or what came from it is no frame.
 struct HostGone : Error {
   using Error::Error;
 };
 
 // The client's end of a connection: whole frames with time limits. Needs nothing but libc.
-// Owner: its creator. Thread: one at a time. Failure: NoHost from the constructor, HostGone later.
+// Owner: its creator. Thread: one at a time. Failure: NoHost or NotAllowed from the
+// constructor, HostGone later.
 class FrameSocket {
  public:
   using Deadline = std::chrono::steady_clock::time_point;

@@ -1,6 +1,8 @@
 #include "control/ClockCtlOptions.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -9,6 +11,7 @@
 #include "control/ScenarioWords.h"
 #include "control/UsageError.h"
 #include "control/Verb.h"
+#include "remote/SocketFile.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -164,6 +167,55 @@ TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
     EXPECT_TRUE(isOneLine(outcome.err)) << outcome.err;
     EXPECT_TRUE(outcome.err.starts_with("clockctl: no host at " + socket + named + ": "))
         << outcome.err;
+  }
+}
+
+// Root is let in everywhere; while this lives, such a test is nobody.
+class NotRoot {
+ public:
+  NotRoot() { EXPECT_EQ(m_user != 0 ? 0 : ::seteuid(kNobody), 0); }
+  ~NotRoot() { EXPECT_EQ(::seteuid(m_user), 0); }
+  NotRoot(const NotRoot&) = delete;
+  NotRoot& operator=(const NotRoot&) = delete;
+
+ private:
+  static constexpr uid_t kNobody = 65534;
+  const uid_t m_user = ::geteuid();
+};
+
+class SocketsOfAnotherUser : public ::testing::Test {
+ protected:
+  SocketsOfAnotherUser() {
+    EXPECT_EQ(::chmod(m_folder.path().c_str(), 0711), 0);
+    EXPECT_EQ(::chmod(control().c_str(), 0), 0);
+  }
+  void allowCalls(bool allowed) { EXPECT_EQ(::chmod(calls().c_str(), allowed ? 0666 : 0), 0); }
+  [[nodiscard]] std::string calls() const { return m_folder / "socket"; }
+  [[nodiscard]] std::string control() const { return calls() + ".control"; }
+  Outcome runAsAnother(const std::string& line) {
+    const NotRoot notRoot;
+    return run(line, calls());
+  }
+
+  support::TemporaryFolder m_folder;
+  const SocketFile m_calls{calls()};
+  const SocketFile m_control{control()};
+};
+
+TEST_F(SocketsOfAnotherUser, AreToldToBeSoWithStatusOne) {
+  const std::string alone =
+      "clockctl: the host's control socket " + control() + " is its owner's alone";
+  for (const bool mayCall : {true, false}) {
+    allowCalls(mayCall);
+    const Outcome outcome = runAsAnother("keys");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, alone + (mayCall ? "; call and watch work for you\n" : "\n"));
+  }
+  for (const char* const line : {"call getTime", "watch"}) {
+    const Outcome outcome = runAsAnother(line);
+    EXPECT_EQ(outcome.status, 1) << line;
+    EXPECT_EQ(outcome.err, "clockctl: no permission for the host's socket " + calls() +
+                               "; its owner can open it with --socket-group\n");
   }
 }
 
