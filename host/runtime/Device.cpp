@@ -44,6 +44,7 @@ struct Device::Parts {
   void openStores();
   void foldLogsLater();
   void beginLogs() const;
+  void recordThrownSets();
   void fillInValues();
   void presetFallbackTime();
   void registerServices();
@@ -75,6 +76,7 @@ Device::Parts::Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOpti
       management([this](std::function<void()> task) { managementThread.post(std::move(task)); }),
       context(theClock) {
   openStores();
+  recordThrownSets();
   fillInValues();
   registerServices();
 }
@@ -105,6 +107,15 @@ void Device::Parts::foldLogsLater() {
 void Device::Parts::beginLogs() const {
   if (ownStore) ownStore->beginLog();
   securityLog->beginLog();
+}
+
+// The service throws before it records the set.
+void Device::Parts::recordThrownSets() {
+  if (options.withoutSecurityLog) return;
+  management.onThrownSet([this](const std::string& key, const std::string& value) {
+    securityLog->note(SecurityLog::Event::managementSet, true,
+                      "ClockSettings set data " + key + "(" + value + ")");
+  });
 }
 
 void Device::Parts::fillInValues() {

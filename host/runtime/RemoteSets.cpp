@@ -14,13 +14,14 @@ namespace {
 struct SetMethod {
   const char* name;
   std::array<const char*, 3> parameters;  // null: no more
-  const char* result;                     // null: there is no reply
+  const char* result;  // null: there is no reply; a truth, or the text that was stored
 };
 
 constexpr SetMethod kSetMethods[] = {
     {"setTime", {"setTimeHours", "setTimeMinutes", "setTimeSeconds"}, "setTimeReturn"},
     {"setTimeInt", {"setTime", nullptr, nullptr}, nullptr},
     {"setDate", {"setDateDay", "setDateMonth", "setDateYear"}, "setDateReturn"},
+    {"setFallbackTime", {}, "setFallbackTimeReturn"},
 };
 
 const SetMethod* findSetMethod(const std::string& name) {
@@ -74,8 +75,10 @@ class RemoteSets::Codec final : public MessageCodec {
 
   void noteReply(const Method& reply) {
     bool done = false;
+    std::string stored;
     static_cast<void>(reply.getBoolParameter(m_set->result, done, Parameter::out));
-    m_log.note(SecurityLog::Event::remoteSet, !done, m_call);
+    static_cast<void>(reply.getStringParameter(m_set->result, stored, Parameter::out));
+    m_log.note(SecurityLog::Event::remoteSet, !done && stored.empty(), m_call);
     m_set = nullptr;
   }
 

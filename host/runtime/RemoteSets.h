@@ -12,8 +12,9 @@ namespace host {
 class SecurityLog;
 
 // The framework as the invoker sees it, with codecs that notice the remote calls that set the clock
-// (setTime, setTimeInt, setDate), for the security log: what the service decodes is what is
-// recorded, and no call is decoded twice. Owner: the device. Thread: that of the calls.
+// or the saved time (setTime, setTimeInt, setDate, setFallbackTime), for the security log: what the
+// service decodes is what is recorded, and no call is decoded twice. Owner: the device. Thread:
+// that of the calls.
 class RemoteSets final : public FrameworkContext {
  public:
   // Both outlive it.

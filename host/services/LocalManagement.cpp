@@ -127,10 +127,15 @@ bool LocalManagement::get(const std::string& key, std::string& value) {
 bool LocalManagement::set(const std::string& key, const std::string& value) {
   MgmtAgentIfc* const clock = agent();
   if (clock == nullptr) return false;
-  return guarded("set", key, [&] {
+  bool answered = false;
+  const bool accepted = guarded("set", key, [&] {
     ManageableData record = recordOf(*this, key, value);
-    return clock->setData(record);
+    const bool answer = clock->setData(record);
+    answered = true;
+    return answer;
   });
+  if (!answered) tellThrownSet(key, value);
+  return accepted;
 }
 
 bool LocalManagement::reset() {
@@ -169,6 +174,11 @@ void LocalManagement::onReport(ReportListener listener) {
   m_reportListener = std::move(listener);
 }
 
+void LocalManagement::onThrownSet(ReportListener listener) {
+  const MutexLock lock(m_mutex);
+  m_thrownSetListener = std::move(listener);
+}
+
 void LocalManagement::dropAgents() {
   const MutexLock lock(m_mutex);
   m_agents.clear();
@@ -180,6 +190,18 @@ MgmtAgentIfc* LocalManagement::agent() const {
   const MutexLock lock(m_mutex);
   const auto found = m_agents.find(kClockAgent);
   return found == m_agents.end() ? nullptr : found->second;
+}
+
+void LocalManagement::tellThrownSet(const std::string& key, const std::string& value) {
+  guarded("report of a set", key, [&] {
+    ReportListener listener;
+    {
+      const MutexLock lock(m_mutex);
+      listener = m_thrownSetListener;
+    }
+    if (listener) listener(key, value);
+    return true;
+  });
 }
 
 void LocalManagement::change(const std::string& key, const std::string& value) {

@@ -64,6 +64,9 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   // Hears each change report, on the agent's thread.
   void onReport(ReportListener listener);
 
+  // Hears each set that ended in an agent's exception, after it, on the thread of the set.
+  void onThrownSet(ReportListener listener);
+
   // Forgets every agent, observed key and change not told yet.
   // REQUIRES: no callback is under way (in a device: called on the management thread).
   void dropAgents();
@@ -75,6 +78,7 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   };
 
   MgmtAgentIfc* agent() const;
+  void tellThrownSet(const std::string& key, const std::string& value);
   void change(const std::string& key, const std::string& value);
   bool nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers);
 
@@ -88,6 +92,7 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   std::map<std::string, bool> m_userData CLOCK_GUARDED_BY(m_mutex);
   std::deque<Change> m_changes CLOCK_GUARDED_BY(m_mutex);
   ReportListener m_reportListener CLOCK_GUARDED_BY(m_mutex);
+  ReportListener m_thrownSetListener CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

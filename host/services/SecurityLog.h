@@ -53,8 +53,9 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   static constexpr std::int64_t kRefused = 2'500;
   static constexpr std::size_t kLongestText = 4096;  // bytes
 
-  // What the host itself records, as event code. 3 is the service's: a management set.
-  enum class Event { clock = 4, injection = 5, remoteSet = 6 };
+  // What the host itself records, as event code. A management set is the service's to record,
+  // unless it throws.
+  enum class Event { managementSet = 3, clock = 4, injection = 5, remoteSet = 6 };
 
   SecurityLog();  // in memory
   // Throws host::Error as SqliteDataAccess does.

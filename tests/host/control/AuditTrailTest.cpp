@@ -94,12 +94,14 @@ TEST_F(RecordedTelephone, RecordsRemoteSetsAndWhetherTheyWereTaken) {
   call("setTime", {{"setTimeHours", 23}});
   call("setTimeInt", {{"setTime", 1893456000}});
   call("setTimeInt", {{"settime", 1893456000}});
-  EXPECT_EQ(records(), (Lines{"accepted 6 Remote call setDate(29, 2, 2028)",
-                              "refused 6 Remote call setDate(1, 1, 2038)",
-                              "accepted 6 Remote call setTime(23, 59, 5)",
-                              "refused 6 Remote call setTime(23, ?, ?)",
-                              "accepted 6 Remote call setTimeInt(1893456000)",
-                              "refused 6 Remote call setTimeInt(?)"}));
+  call("setFallbackTime", {});
+  EXPECT_EQ(
+      records(),
+      (Lines{"accepted 6 Remote call setDate(29, 2, 2028)",
+             "refused 6 Remote call setDate(1, 1, 2038)",
+             "accepted 6 Remote call setTime(23, 59, 5)", "refused 6 Remote call setTime(23, ?, ?)",
+             "accepted 6 Remote call setTimeInt(1893456000)", "refused 6 Remote call setTimeInt(?)",
+             "accepted 6 Remote call setFallbackTime()"}));
 }
 
 // As RemoteServer and the loop do it.
@@ -209,6 +211,14 @@ TEST_F(RecordedTelephone, NamesTheClientOfASet) {
   EXPECT_EQ(records[0].eventCode, 3);
   EXPECT_EQ(records[1].text, "ClockSettings set data date-format(0)");
   for (const SecurityRecord& record : records) EXPECT_EQ(record.origin, "uid 1000, pid 4711");
+}
+
+// A text too short to be cut makes the service throw, which leaves no record of its own.
+TEST_F(RecordedTelephone, RecordsASetThatTheServiceThrowsAtAsRefused) {
+  ask(R"({"verb":"set","key":"simple-time","value":"7"})");
+  ask(R"({"verb":"set","key":"simple-time","value":"07:30"})");
+  EXPECT_EQ(records(), (Lines{"refused 3 ClockSettings set data simple-time(7)",
+                              "accepted 3 ClockSettings set data simple-time(07:30)"}));
 }
 
 TEST_F(RecordedTelephone, ListSaysWhatIsCountedAndWhatIsMissing) {

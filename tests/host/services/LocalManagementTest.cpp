@@ -64,6 +64,22 @@ TEST_F(ClockAgentRegistered, ExceptionOfTheAgentIsARefusalWithOneErrorLine) {
   EXPECT_TRUE(management.set("simple-time", "07:30"));
 }
 
+TEST_F(ClockAgentRegistered, OnlyASetThatThrowsIsToldAsThrown) {
+  std::vector<std::string> told;
+  management.onThrownSet(
+      [&](const std::string& key, const std::string& value) { told.push_back(key + '=' + value); });
+  for (const bool answer : {true, false}) {
+    agent.answer = [answer] { return answer; };
+    EXPECT_EQ(management.set("simple-time", "07:30"), answer);
+  }
+  agent.answer = []() -> bool { throw 7; };
+  std::string value;
+  EXPECT_FALSE(management.get("simple-time", value));
+  EXPECT_EQ(told, std::vector<std::string>{});
+  EXPECT_FALSE(management.set("simple-time", "7"));
+  EXPECT_EQ(told, std::vector<std::string>{"simple-time=7"});
+}
+
 TEST_F(ClockAgentRegistered, ExceptionOfNoStandardTypeIsARefusalToo) {
   agent.answer = []() -> bool { throw 7; };
   EXPECT_FALSE(management.set("simple-time", "7"));
