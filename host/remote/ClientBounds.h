@@ -30,6 +30,10 @@ inline constexpr std::size_t kMostClients = 10'100;
 inline constexpr std::size_t kMostControlClients = 100;
 inline constexpr std::size_t kOwnDescriptors = kMostControlClients + 64;
 
+// One user, neither root nor the host's own, has at most one of so many equal shares of them: at
+// the socket of calls one user of its group does not shut out the others, who have the other half.
+inline constexpr std::size_t kUserSharesOfClients = 2;
+
 // How many the process has descriptors for, at its present limit.
 [[nodiscard]] std::size_t clientsWithDescriptors();
 

@@ -1,7 +1,6 @@
 #include "remote/Connection.h"
 
 #include <poll.h>
-#include <sys/socket.h>
 
 #include <asio/post.hpp>
 #include <cerrno>
@@ -12,18 +11,17 @@
 
 #include "Logging.h"
 #include "remote/ClientBounds.h"
+#include "remote/PeerProcess.h"
 
 namespace host {
 namespace {
 
 constexpr std::uint64_t kNotWatched = UINT64_MAX;  // the client was not waited for all the time
 
-// The process at the other end, for the log; 0 when the system does not tell.
-long processAt(int socket) {
-  ucred credentials{};
-  socklen_t size = sizeof credentials;
-  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return 0;
-  return credentials.pid;
+// For the log; 0 when the system does not tell.
+long processIdAt(int socket) {
+  const auto process = processAt(socket);
+  return process ? process->pid : 0;
 }
 
 std::string reasonOf(int error) {
@@ -185,7 +183,7 @@ void Connection::guarded(Step step) try {
 
 void Connection::drop(const char* why) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "client %llu (process %ld) dropped: %s",
-            static_cast<unsigned long long>(m_number), processAt(m_socket.native_handle()), why);
+            static_cast<unsigned long long>(m_number), processIdAt(m_socket.native_handle()), why);
   close();
 }
 

@@ -1,7 +1,5 @@
 #include "remote/Peer.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <exception>
@@ -12,17 +10,15 @@
 #include "Proxy.h"
 #include "remote/ClientBounds.h"
 #include "remote/ControlLine.h"
+#include "remote/PeerProcess.h"
 
 namespace host {
 namespace {
 
 std::string originOf(int socket) {
-  ucred process{};
-  socklen_t size = sizeof process;
-  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &process, &size) != 0) {
-    return "unknown process";
-  }
-  return "uid " + std::to_string(process.uid) + ", pid " + std::to_string(process.pid);
+  const auto process = processAt(socket);
+  if (!process) return "unknown process";
+  return "uid " + std::to_string(process->uid) + ", pid " + std::to_string(process->pid);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "remote/RemoteServer.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -19,6 +21,7 @@
 #include "remote/CodecTable.h"
 #include "remote/Connection.h"
 #include "remote/KnownPeers.h"
+#include "remote/Places.h"
 #include "remote/Registrations.h"
 #include "remote/SocketFile.h"
 #include "remote/TakeBack.h"
@@ -53,7 +56,7 @@ class RemoteServer::Impl final : public Connection::Listener {
 
   void serve(RemoteTarget target);
   void stop();
-  std::size_t clients() const { return m_connections.size(); }
+  std::size_t clients() const { return m_clients.size(); }
   MessageCodec* codec(const std::string& name) { return m_codecs.find(name); }
   Proxy* proxyFor(const std::string& address);
 
@@ -65,7 +68,7 @@ class RemoteServer::Impl final : public Connection::Listener {
  private:
   void takeIn(Connection::Socket socket, Entrance entrance);
   void acceptAt(const SocketFile& file, Entrance entrance, std::optional<Acceptor>& acceptor);
-  void requireRoom(Connection::Socket& socket, Entrance entrance) const;
+  [[nodiscard]] Places::Place placeFor(Connection::Socket& socket, Entrance entrance);
   void call(Connection& from, const Frame& frame);
   std::optional<std::string> hello(Connection& from, std::string_view codec);
   [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
@@ -85,8 +88,12 @@ class RemoteServer::Impl final : public Connection::Listener {
   std::optional<Acceptor> m_callAcceptor;
   std::optional<Acceptor> m_controlAcceptor;
   std::uint64_t m_lastNumber = 0;
-  std::map<std::uint64_t, std::shared_ptr<Connection>> m_connections;
-  std::array<std::size_t, 2> m_inside{};  // how many of each entrance
+  std::array<Places, 2> m_places{Places(::geteuid()), Places(::geteuid())};  // of each entrance
+  struct Client {
+    std::shared_ptr<Connection> connection;
+    Places::Place place;
+  };
+  std::map<std::uint64_t, Client> m_clients;
 };
 
 void RemoteServer::Impl::serve(RemoteTarget target) {
@@ -106,39 +113,38 @@ void RemoteServer::Impl::stop() {
   m_callAcceptor.reset();
   m_controlAcceptor.reset();
   m_peers.end();
-  for (const auto& [number, connection] : m_connections) connection->peer().answerAll(kEnding);
-  while (!m_connections.empty()) std::shared_ptr(m_connections.begin()->second)->end();
+  for (const auto& [number, client] : m_clients) client.connection->peer().answerAll(kEnding);
+  while (!m_clients.empty()) std::shared_ptr(m_clients.begin()->second.connection)->end();
   m_callFile.reset();
   m_controlFile.reset();
 }
 
-void RemoteServer::Impl::requireRoom(Connection::Socket& socket, Entrance entrance) const {
+Places::Place RemoteServer::Impl::placeFor(Connection::Socket& socket, Entrance entrance) try {
   const std::size_t most = entrance == Entrance::control
                                ? m_limits.controlClients
                                : std::min(m_limits.clients, clientsWithDescriptors());
-  if (m_inside[static_cast<std::size_t>(entrance)] < most) return;
-  const std::string why = std::to_string(most) + " clients are connected, which is the most";
-  Acceptor::refuse(socket.native_handle(), why);
-  throw Error(why);
+  Places& places = m_places[static_cast<std::size_t>(entrance)];
+  return places.take(m_limits.user(socket.native_handle()), most);
+} catch (const Error& error) {
+  Acceptor::refuse(socket.native_handle(), error.what());
+  throw;
 }
 
 void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
-  requireRoom(socket, entrance);
+  Places::Place place = placeFor(socket, entrance);
   m_peers.retry();
   const std::uint64_t number = ++m_lastNumber;
   const auto connection =
       std::make_shared<Connection>(std::move(socket), entrance, number, *this, m_limits.unfinished);
   connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
-  const auto kept = m_connections.emplace(number, connection).first;
-  ++m_inside[static_cast<std::size_t>(entrance)];
+  const auto kept = m_clients.emplace(number, Client{connection, std::move(place)}).first;
   try {
     m_peers.add(connection->sharedPeer());
     connection->open();
   } catch (...) {
     m_peers.leave(connection->peer());
-    m_connections.erase(kept);
-    --m_inside[static_cast<std::size_t>(entrance)];
+    m_clients.erase(kept);
     throw;
   }
 }
@@ -201,7 +207,7 @@ void RemoteServer::Impl::hungUp(Connection& from) {
 }
 
 void RemoteServer::Impl::closed(Connection& from) {
-  if (m_connections.erase(from.number()) > 0) --m_inside[static_cast<std::size_t>(from.entrance())];
+  m_clients.erase(from.number());
 }
 
 Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {

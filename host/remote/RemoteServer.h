@@ -13,6 +13,7 @@
 #include "FrameworkContext.h"
 #include "remote/ClientBounds.h"
 #include "remote/ControlChannel.h"
+#include "remote/PeerProcess.h"
 
 class Executable;
 class Invoker;
@@ -52,6 +53,7 @@ class RemoteServer : public FrameworkContext {
     std::size_t clients = kMostClients;  // at the socket of calls
     std::size_t controlClients = kMostControlClients;  // at the other
     std::size_t furtherRegistrations = kMostFurtherRegistrations;
+    uid_t (*user)(int socket) = userAt;  // of whom a client's place is
   };
 
   // Takes the sockets: a stale one is replaced, one with a live host throws host::Error.
