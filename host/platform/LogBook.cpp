@@ -1,7 +1,10 @@
 #include "platform/LogBook.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <exception>
+#include <new>
 
 #include "clock/VirtualClock.h"
 
@@ -26,7 +29,10 @@ void writeTo(LogSink& sink, const LogEntry& entry) noexcept {
 }  // namespace
 
 LogBook& LogBook::instance() noexcept {
-  static LogBook& book = *new LogBook;  // threads may log during static destruction
+  // Never destroyed, as threads may log to the end, and made without memory, as a shortage is
+  // logged.
+  alignas(LogBook) static std::array<std::byte, sizeof(LogBook)> place;
+  static LogBook& book = *new (place.data()) LogBook;
   return book;
 }
 

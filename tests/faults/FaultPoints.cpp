@@ -8,7 +8,8 @@ namespace {
 constexpr const char* kStore = "store \"[^\"]*\"";
 constexpr const char* kScript = "storage \"setupTZ.sh\" cannot be ";
 // A client of the time server has a thread that waits for its end.
-constexpr const char* kThread = "cannot start (\"|the |its thread)|Thread couldn't be started";
+constexpr const char* kThread =
+    "cannot start (\"|the )|no thread for it|Thread couldn't be started";
 
 // clang-format off
 constexpr FaultPoint kPoints[] = {
