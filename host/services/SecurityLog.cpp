@@ -259,9 +259,9 @@ void SecurityLog::dropOldest(Kind kind) {
 }
 
 void SecurityLog::failReading() const {
-  const Error failure(m_database->failure("reading"));
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure.what());
-  throw failure;
+  const std::string failure = m_database->failure("reading");
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure.c_str());
+  throw Error(failure);
 }
 
 std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {

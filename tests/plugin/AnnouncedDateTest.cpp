@@ -222,8 +222,9 @@ TEST_F(ClockThatIsMoved, TellsTheTimeAtWhichTheHourCameThoughItHadToWait) {
   startAt("2030-06-07T22:30:00");
   timers.onCall = nullptr;
   std::unique_ptr<support::WaitingCall> hour;
+  bool begun = false;  // under the observers' lock, which the hour's thread has for its events
   observer.onEvent = [&] {
-    if (hour != nullptr) return;
+    if (std::exchange(begun, true)) return;
     hour = std::make_unique<support::WaitingCall>([this] { service->timerEvent(kHour); });
     EXPECT_TRUE(hour->waits());
     clock.advance(seconds{10});
