@@ -37,7 +37,6 @@ namespace {
 
 using namespace plugin;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // A clock on watched timers that is moved in June 2030, UTC.
 class ClockThatIsMoved : public ClockOnWatchedTimers {
