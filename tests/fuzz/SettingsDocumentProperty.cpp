@@ -8,6 +8,7 @@
 #include "ClientUtils.h"
 #include "ClockServiceDataHandler.h"
 #include "DataStorage.h"
+#include "SemaphoreGuard.h"
 #include "SettingKeys.h"
 #include "XmlParser.h"
 #include "clock/VirtualClock.h"
@@ -36,6 +37,7 @@ struct Device {
 };
 
 Texts textsOf(const Settings& settings) {
+  const SemaphoreGuard texts(settings.textLock);
   return {
       {SettingKeys::keyFallbackTime, settings.getFallbackTime()},
       {SettingKeys::keyDateFormat, ClientUtils::itos(settings.getDateFormat())},
