@@ -39,7 +39,8 @@ void add(Times& times, std::string_view bytes) {
   if (seconds != 0) times.push_back(static_cast<long>(seconds));
 }
 
-// What the listener passes on. Its own end is waited for.
+// What the listener passes on. A listener that ends drops what it has just read, so the last
+// opening is waited for.
 Times reported(const std::vector<std::string_view>& openings) {
   Noting observer;
   plugin::ReportPipe pipe;
@@ -47,6 +48,7 @@ Times reported(const std::vector<std::string_view>& openings) {
     SNTPClientThread listener(&observer);
     listener.start();
     for (const std::string_view bytes : openings) pipe.write(std::string(bytes));
+    plugin::ReportPipe::awaitClosed();
     pipe.release();
   }
   return observer.times();

@@ -23,9 +23,9 @@ void require(bool done, const char* what) {
   if (!done) throw std::system_error(errno, std::generic_category(), what);
 }
 
-// Whether this process, and so the listener, has the pipe open.
-bool isOpenHere(const std::string& path) {
-  return !descriptorFlagsOf(path).empty();
+// How often this process has the pipe open: the listener, and who writes.
+std::size_t timesOpenHere(const std::string& path) {
+  return descriptorFlagsOf(path).size();
 }
 
 int bytesLeft(int pipe) {
@@ -93,11 +93,17 @@ void ReportPipe::endWaking() {
   if (m_waker.joinable()) m_waker.join();
 }
 
-// A second message in one opening would be lost, so the listener has to have closed it.
+void ReportPipe::awaitClosed() {
+  await([] { return timesOpenHere(path()) == 0; }, "the listener keeps the pipe open");
+}
+
+// A second message in one opening would be lost, so the listener has to have closed it. An opening
+// that ends before the listener has a descriptor for it could be one with the next.
 void ReportPipe::write(const std::string& bytes) const {
-  await([] { return !isOpenHere(path()); }, "the listener keeps the pipe open");
+  awaitClosed();
   const int pipe = open(path().c_str(), O_WRONLY | O_CLOEXEC);
   require(pipe >= 0, "open for writing");
+  await([] { return timesOpenHere(path()) > 1; }, "the listener does not open the pipe");
   const int size = static_cast<int>(bytes.size());
   const ssize_t written = ::write(pipe, bytes.data(), bytes.size());
   if (written == size && size > 0)

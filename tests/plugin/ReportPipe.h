@@ -24,6 +24,9 @@ class ReportPipe {
   void write(const std::string& bytes) const;
   void report(std::uint32_t secondsSinceEpoch) const;
 
+  // Returns when the listener has done with what was written: the observer has been told.
+  static void awaitClosed();
+
   // A listener does not wait any more: one empty opening follows the other. For its end.
   void release();
 
