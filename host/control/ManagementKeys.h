@@ -22,7 +22,7 @@ struct ManagementKey {
 [[nodiscard]] std::span<const std::string_view> managementKeyNames();
 [[nodiscard]] const ManagementKey* findManagementKey(std::string_view key);  // null: unknown
 
-// docs/management-keys.md, whole.
+// docs/reference/management-keys.md, whole.
 [[nodiscard]] std::string managementKeysDocument();
 
 }  // namespace host

@@ -45,7 +45,7 @@ TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
 TEST(ManagementKeyTable, IsWhatTheDocumentSays) {
   std::ifstream file(MANAGEMENT_KEYS_DOCUMENT);
   const std::string document{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_EQ(document, managementKeysDocument()) << "docs/management-keys.md is to be made anew";
+  EXPECT_EQ(document, managementKeysDocument()) << "docs/reference/management-keys.md is to be made anew";
 }
 
 }  // namespace
