@@ -78,6 +78,27 @@ TEST_F(ClockStartedAtItsSavedTime, KeepsTheDateWhenTheTimeIsSet) {
   EXPECT_EQ(now(), "2020-05-05T06:07:08+00:00");
 }
 
+TEST_F(ClockStartedAtItsSavedTime, KeepsTheHandSetTimeAndDateWhenTheOtherIsSet) {
+  const auto jump = [&] { telephone.jump("2020-05-05T17:18:19"); };  // another program's doing
+  service().setTime(6, 7, 8);
+  jump();
+  service().setDate(29, 2, 2024);
+  EXPECT_EQ(now(), "2024-02-29T06:07:08+00:00");
+  jump();
+  service().setTime(1, 2, 3);
+  EXPECT_EQ(now(), "2024-02-29T01:02:03+00:00");
+}
+
+TEST_F(ClockStartedAtItsSavedTime, AnnouncesTheHoursOfTheHandSetTimeNotOfTheSystems) {
+  service().setTime(22, 45, 0);
+  telephone.jump("2020-05-05T23:30:00");
+  telephone.pass(kSoon);
+  telephone.events.take();
+  telephone.pass(std::chrono::minutes{75});
+  EXPECT_THAT(telephone.events.take(),
+              ElementsAre("time 23:00:00", "time 00:00:00", "date 17.06.2016"));
+}
+
 TEST_F(ClockStartedAtItsSavedTime, TakesAnyNumbersForATime) {
   telephone.jump("2020-05-05T17:18:19");
   EXPECT_TRUE(service().setTime(24, 0, -1));
@@ -198,6 +219,37 @@ TEST_F(ClockStartedAtItsSavedTime, StartsAgainFromTheTimeItSaved) {
   telephone.jumpTo(0);
   telephone.switchOn();
   EXPECT_EQ(now(), "2024-02-29T01:02:03+00:00");
+}
+
+// A clock in central Europe that is set over a change to or from daylight saving: local time is
+// counted as it was before, and so shows another hour than the one that was set.
+class ClockSetOverAChange : public testing::Test {
+ protected:
+  ClockSetOverAChange() { telephone.storeZone("1", true, true, 9); }
+  ClockService& startAt(const std::string& utc) {
+    telephone.switchOff();
+    telephone.store("FallbackDateTime", utc + "+00:00");
+    telephone.switchOn();
+    return telephone.service();
+  }
+
+  plugin::Telephone telephone;
+};
+
+TEST_F(ClockSetOverAChange, KeepsTheDaylightFlagOfNowWhenTheDateIsSet) {
+  startAt("2024-01-15T22:30:40").setDate(15, 7, 2024);
+  EXPECT_EQ(telephone.managed("time"), "2024-07-15T22:30:40+00:00");
+  EXPECT_EQ(telephone.managed("simple-date"), "16.07.2024");
+  startAt("2024-07-15T22:30:40").setDate(16, 1, 2024);
+  EXPECT_EQ(telephone.managed("time"), "2024-01-15T22:30:40+00:00");
+  EXPECT_EQ(telephone.managed("simple-date"), "15.01.2024");
+}
+
+TEST_F(ClockSetOverAChange, KeepsTheDaylightFlagOfNowWhenTheTimeIsSet) {
+  startAt("2026-03-29T00:30:00").setTime(12, 0, 0);
+  EXPECT_EQ(telephone.managed("simple-time"), "13:00");
+  startAt("2026-10-25T00:30:00").setTime(12, 0, 0);
+  EXPECT_EQ(telephone.managed("simple-time"), "11:00");
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
 // What time it is, in every form.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <stdexcept>
 
+#include "ManageableData.h"
+#include "plugin/RecordingFramework.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/UtcInstant.h"
 
 namespace {
 
@@ -149,10 +152,12 @@ TEST_F(ClockAtFullHourAhead, ShowsAZeroedRecordForATextThatIsNoUtcString) {
   EXPECT_EQ(service().getDateShort("nonsense"), "00.00.");
 }
 
-TEST_F(ClockAtFullHourAhead, GivesTheFaceOfTheClockAsSeconds) {
+TEST_F(ClockInCentralEurope, GivesTheLocalTimeAsSecondsWithDaylightSaving) {
   telephone.jump("2024-03-07T12:00:00");
   EXPECT_EQ(service().getTimeVal(), 1709812800);
   EXPECT_EQ(service().getDisplayTimeVal(), 1709812800 + 3600);
+  telephone.jump("2024-07-07T12:00:00");
+  EXPECT_EQ(service().getDisplayTimeVal(), 1720353600 + 7200);
 }
 
 TEST_F(ClockInCentralEurope, ReadsAUtcStringOfSummerTwoHoursAheadAndOfWinterOne) {
@@ -182,13 +187,22 @@ TEST_F(ClockInCentralEurope, ShowsBothSidesOfBothChanges) {
   }
 }
 
-TEST_F(ClockInUtc, FollowsTheUptimeOnceItIsSetByHand) {
-  service().setTime(10, 0, 0);
-  telephone.jump("2001-01-01T01:01:01");  // somebody else sets the system's clock
-  EXPECT_EQ(service().getTime(), "10:00");
+TEST_F(ClockAtFullHourAhead, FollowsTheUptimeInEveryAnswerOnceItIsSetByHand) {
+  service().setDate(31, 12, 2030);
+  service().setTime(23, 30, 15);
+  telephone.jump("2001-01-01T01:01:01");  // another program sets the system's clock
   telephone.pass(std::chrono::minutes{61});
-  EXPECT_EQ(service().getTime(), "11:01");
-  EXPECT_EQ(service().getUTCTime(0), "2016-06-16T11:01:00+00:00");
+  constexpr time_t now = support::utcInstant(2030, 12, 31, 23, 31, 15);
+  EXPECT_EQ(service().getTimeVal(), now);
+  EXPECT_EQ(service().getDisplayTimeVal(), now + 3600);
+  EXPECT_EQ(service().getUTCTime(0), "2030-12-31T23:31:15+00:00");
+  EXPECT_EQ(telephone.managed("time"), "2030-12-31T23:31:15+00:00");
+  EXPECT_EQ(numbers(), "2031-1-1 0:31:15");
+  EXPECT_EQ(service().getTime(), "00:31");
+  EXPECT_EQ(service().getDate(), "01.01.31");
+  EXPECT_EQ(service().getDateShort(), "01.01.");
+  EXPECT_EQ(telephone.managed("simple-time"), "00:31");
+  EXPECT_EQ(telephone.managed("simple-date"), "01.01.2031");
 }
 
 TEST_F(ClockInUtc, FollowsTheSystemsClockUntilItIsSetByHand) {
@@ -201,11 +215,15 @@ TEST_F(ClockInUtc, HasNoConversionToALocalString) {
     EXPECT_THROW(service().convertUtcStringToLocalString(text), std::logic_error) << text;
 }
 
-// A clock that was never started, and whose derived class knows better.
+// A derived class that answers for itself.
 class ClockOfAnotherDay final : public ClockService {
  public:
   using ClockService::getDate;
+  using ClockService::getTime;
   using ClockService::getUTCTime;
+  void getTime(int& hours, int& minutes, int& seconds) override {
+    hours = 1, minutes = 2, seconds = 3;
+  }
   void getDate(int& day, int& month, int& year) override { day = 7, month = 3, year = 2024; }
   bool getDate(const std::string& /*utc*/, int& day, int& month, int& year) override {
     day = 8, month = 3, year = 2024;
@@ -214,13 +232,32 @@ class ClockOfAnotherDay final : public ClockService {
   std::string getUTCTime(int /*seconds*/) override { return "another time"; }
 };
 
-TEST(ClockWithOverrides, AsksThemForItsTexts) {
-  ClockOfAnotherDay clock;
-  EXPECT_EQ(clock.getDate(), "07.03.24");
-  EXPECT_EQ(clock.getDateShort(), "07.03.");
-  EXPECT_EQ(clock.getDate("whatever"), "08.03.24");
-  EXPECT_EQ(clock.getDateShort("whatever"), "08.03.");
-  EXPECT_EQ(clock.setFallbackTime(), "another time");
+class ClockWithOverrides : public plugin::RecordingFramework {};
+
+TEST_F(ClockWithOverrides, AnnouncesWhatTheyAnswer) {
+  service = std::make_unique<ClockOfAnotherDay>();
+  start(&context);
+  constexpr int zoneRefresh = 4;
+  service->timerEvent(zoneRefresh);
+  EXPECT_THAT(journal.take(),
+              testing::IsSupersetOf({"observer time 01:02:03", "observer date 07.03.2024"}));
+  for (const auto& [key, shown] :
+       {std::pair{"simple-time", "01:02"}, {"simple-date", "07.03.2024"}}) {
+    ManageableData record;
+    std::string value;
+    record.setRootId(key, nullptr);
+    EXPECT_TRUE(service->getData(record) && record.interogate(key, value));
+    EXPECT_EQ(value, shown);
+  }
+}
+
+TEST_F(ClockWithOverrides, AsksThemForItsTexts) {
+  service = std::make_unique<ClockOfAnotherDay>();
+  EXPECT_EQ(service->getDate(), "07.03.24");
+  EXPECT_EQ(service->getDateShort(), "07.03.");
+  EXPECT_EQ(service->getDate("whatever"), "08.03.24");
+  EXPECT_EQ(service->getDateShort("whatever"), "08.03.");
+  EXPECT_EQ(service->setFallbackTime(), "another time");
 }
 
 }  // namespace
