@@ -71,12 +71,14 @@ bool isSouthern(int zone) {
   return (zone >= 1 && zone <= 5) || zone >= 13;
 }
 
-TEST_F(ClockAboutToStart, ReadsItsZoneFromTheSettings) {
+TEST_F(ClockAboutToStart, ReadsItsZoneFromTheSettingsWhateverTheEnvironmentHolds) {
   for (const Row& row : kRows) {
+    const support::ZoneGuard environment("LOC07:15");
     telephone.storeZone(row.offset, row.daylight, row.automatic, row.zone);
     telephone.store("DaylightSavingMinutes", row.minutes);
     telephone.switchOn();
     EXPECT_EQ(tz(), row.tz);
+    EXPECT_EQ(telephone.wallText(), "2016-06-16T00:00:00");  // the saved time, which is UTC
     EXPECT_EQ(displayMinutes(isSouthern(row.zone)), row.displayMinutes) << row.tz;
     EXPECT_EQ(plugin::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
     EXPECT_THAT(telephone.events.take(), ElementsAre(std::string("zone ") + row.tz));
@@ -116,10 +118,20 @@ TEST_F(ClockWithChangingZone, FollowsEachChangeOfTheSettings) {
 }
 
 TEST_F(ClockWithChangingZone, TellsObserversOfTheZoneThenOfTimeAndDate) {
-  telephone.manage("sntp-tz-offset", "-5");
-  telephone.pass(std::chrono::milliseconds{1});
+  telephone.changeZone("sntp-tz-offset", "-5");
   EXPECT_THAT(telephone.events.take(),
               ElementsAre("zone LOC05:00", "time 19:00:00", "date 15.06.2016"));
+}
+
+TEST_F(ClockWithChangingZone, InstallsTheZoneThenTellsObserversThenWritesTheScript) {
+  std::vector<std::string> seen;
+  telephone.observer.onEvent = [&] { seen.push_back(tz() + plugin::zoneScript()); };
+  telephone.changeZone("sntp-tz-offset", "-5");
+  telephone.observer.onEvent = nullptr;
+  const std::string script = "#!/bin/sh\n\nexport TZ=";
+  EXPECT_THAT(seen, ElementsAre("LOC05:00" + script + "LOC00:00\n\n",  // the zone's event
+                                "LOC05:00" + script + "LOC05:00\n\n",
+                                "LOC05:00" + script + "LOC05:00\n\n"));
 }
 
 // The one software type whose zone depends on where it takes the time from.
