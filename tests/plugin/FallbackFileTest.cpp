@@ -1,14 +1,16 @@
 // The file in which older software kept the fallback time: read once at start-up, then gone.
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "DevicePaths.h"
+#include "ManageableData.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 
@@ -173,16 +175,35 @@ TEST_F(ClockWithFallbackFile, LeavesAFileThatItMayNotReadAlone) {
   EXPECT_TRUE(std::filesystem::exists(file()));
 }
 
-class ClockStartUp : public testing::Test {
- protected:
-  plugin::Telephone telephone;
-  support::LogCapture log{2};
+// The names of a record's items: only an explicit instantiation may name the private member.
+using Names = std::map<std::string, std::string> ManageableData::*;
+Names namesOfItems();
+template <Names Member>
+struct Opened {
+  friend Names namesOfItems() { return Member; }
+};
+template struct Opened<&ManageableData::m_names>;
+
+// Keeps the record that it is given last.
+class KeepingManagement final : public host::LocalManagement {
+ public:
+  bool setData(ManageableData& record) override {
+    kept = record;
+    return true;
+  }
+  ManageableData kept;
 };
 
-TEST_F(ClockStartUp, RecordsWhenItHappened) {
-  telephone.store("FallbackDateTime", kSaved);
+TEST_F(ClockWithFallbackFile, RecordsTheStartUnderItsIdentifierAndName) {
+  KeepingManagement management;
+  telephone.context.add("LocalMgmtIfc", &management);
   telephone.switchOn();
-  EXPECT_EQ(telephone.management.value("last-restart-date"), kSaved);
+  std::string time;
+  EXPECT_EQ(management.kept.getRootId(), "last-restart-date");
+  EXPECT_TRUE(management.kept.interogate("last-restart-date", time));
+  EXPECT_EQ(time, kSaved);
+  EXPECT_THAT(management.kept.*namesOfItems(),
+              testing::ElementsAre(testing::Pair("last-restart-date", "last-restart-date")));
   EXPECT_FALSE(log.hasPart("logStartUpUtc"));
 }
 
