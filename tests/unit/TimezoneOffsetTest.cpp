@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <locale>
 #include <optional>
 #include <string>
 
@@ -84,6 +85,20 @@ TEST(TimezoneOffset, UnchangedValueIsInForceAndNotWritten) {
   EXPECT_TRUE(settings->setTimezoneOffset(5.5F));
   EXPECT_TRUE(settings->setTimezoneOffset(19800.0F));  // the same in seconds
   EXPECT_EQ(store.writes(), 1U);
+  EXPECT_TRUE(
+      settings->setTimezoneOffset(std::nextafter(5.5F, 6.0F)));  // another, of the same text
+  EXPECT_EQ(store.writes(), 2U);
+}
+
+TEST(TimezoneOffset, TextHasAPointUnderAnyLocale) {
+  struct Comma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+  };
+  const auto before = std::locale::global(std::locale(std::locale::classic(), new Comma));
+  SettingsStore store;
+  EXPECT_TRUE(store.load()->setTimezoneOffset(5.5F));
+  std::locale::global(before);
+  EXPECT_EQ(store.stored("TimezoneOffset"), "5.5");
 }
 
 TEST(TimezoneOffset, RefusedWriteKeepsTheOldValue) {
