@@ -52,17 +52,6 @@ TEST_F(OddlyManagedClock, ThrowsForATextThatEndsBeforeItsLastPieceBegins) {
   }
 }
 
-TEST_F(OddlyManagedClock, ThrowsByThePositionsOfTheDateFormat) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"1", "2024-0"}, {"1", "2024"}, {"2", "01/02"}, {"2", "0"}};
-  for (const auto& [format, value] : rows) {
-    EXPECT_TRUE(telephone.manage("date-format", format));
-    EXPECT_THROW(setData("simple-date", value), std::out_of_range) << format << " " << value;
-    EXPECT_EQ(telephone.managed("date-format"), format);  // the lock is free
-    EXPECT_EQ(telephone.physical.clockChanges().begun, 0);
-  }
-}
-
 TEST_F(OddlyManagedClock, TakesATextThatEndsWhereItsLastPieceBegins) {
   EXPECT_TRUE(setData("simple-time", "10:"));
   EXPECT_EQ(utc(), "2024-03-05T10:00:00+00:00");

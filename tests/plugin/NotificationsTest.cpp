@@ -25,24 +25,6 @@ TEST_F(ClockOnWatchedTimers, ArmsTheNextHourAndTheNextMidnightOnly) {
   EXPECT_EQ(timers.periodOf(kZoneRefresh), milliseconds{1});
 }
 
-TEST_F(ClockOnWatchedTimers, HasBothSyncTimersDueInHalfAnHourAtHalfPastEleven) {
-  startAt("2030-06-15T23:30:00");
-  EXPECT_EQ(timers.periodOf(kHour), milliseconds{1'800'000});
-  EXPECT_EQ(timers.periodOf(kMidnight), milliseconds{1'800'000});
-}
-
-TEST_F(ClockOnWatchedTimers, WaitsAWholeHourAndAWholeDayOnTheBoundary) {
-  startAt("2030-12-31T00:00:00");
-  EXPECT_EQ(timers.periodOf(kHour), milliseconds{3'600'000});
-  EXPECT_EQ(timers.periodOf(kMidnight), milliseconds{86'400'000});
-}
-
-TEST_F(ClockOnWatchedTimers, CrossesTheYearsEnd) {
-  startAt("2036-12-31T23:59:59");
-  EXPECT_EQ(timers.periodOf(kHour), milliseconds{1000});
-  EXPECT_EQ(timers.periodOf(kMidnight), milliseconds{1000});
-}
-
 TEST_F(ClockOnWatchedTimers, SavesTheTimeAndStartsAgainWhenTheFallbackTimerExpires) {
   start();
   EXPECT_THAT(expire(kFallback),

@@ -68,7 +68,7 @@ TEST_F(ClockHearingReports, SavesNoTimeWhenThatIsSwitchedOff) {
   EXPECT_THAT(journal.take(), ElementsAre("observer time 03:30:00", "observer date 02.01.2030"));
 }
 
-TEST_F(ClockHearingReports, SaysWhatItDoes) {
+TEST_F(ClockHearingReports, SaysWhetherTheTimeIsTheServers) {
   startWith(&physical);
   log.clear();
   service->isTimeSourceSntp();
@@ -76,8 +76,6 @@ TEST_F(ClockHearingReports, SaysWhatItDoes) {
   service->handleSNTPClientUpdate(1);
   service->isTimeSourceSntp();
   EXPECT_TRUE(log.has(6, "isTimeSourceSntp: return 1"));
-  EXPECT_TRUE(log.hasPart("sntpTimeChanged: handling SNTP client update"));
-  EXPECT_TRUE(log.hasPart("sntpTimeChanged: FallbackTime is \"2030-01-02T03:30:00+00:00\""));
 }
 
 TEST_F(ClockHearingReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {

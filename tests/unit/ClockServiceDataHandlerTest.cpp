@@ -81,6 +81,7 @@ TEST(ClockServiceDataHandler, DefaultsComeBackInMemoryAlone) {
   EXPECT_EQ(settings->getDateFormat(), 1);  // the formats are not among them
   EXPECT_EQ(settings->getTimeFormat(), 1);
   EXPECT_EQ(store.stored("NTPsharedSecret"), "secret");
+  EXPECT_EQ(store.writes(), 11U);  // those of the setters
 }
 
 TEST(ClockServiceDataHandler, DefaultFormatsDependOnTheHardwareAlone) {

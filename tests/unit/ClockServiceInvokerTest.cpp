@@ -73,11 +73,6 @@ TEST_F(ClockServiceInvokerTest, WithoutAContextARequestIsLoggedAndNotAnswered) {
   EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n");
 }
 
-TEST_F(ClockServiceInvokerTest, EachRequestIsHandledByItself) {
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(send(&m_service, "call getTime\n").replies.size(), 1U);
-  EXPECT_EQ(m_service.calls().size(), 3U);
-}
-
 TEST_F(ClockServiceInvokerTest, CodecOfTheRequestWritesTheReply) {
   const Outcome outcome = send(&m_service, "marked call getTime\n", "marked");
   EXPECT_EQ(outcome.replies, Lines{"marked reply getTime\nout string getTimeStringReturn=09:07\n"});
@@ -258,19 +253,6 @@ TEST(ClockServiceInvokerStart, InitialisationIsNotedAtLevelFour) {
   const LogCapture log(3);
   invoker.initInvoker(&framework);
   EXPECT_TRUE(log.entries().empty());
-}
-
-TEST(ClockServiceInvokerStart, RequestBeforeInitialisationIsRefused) {
-  const LogCapture log;
-  unit::RecordingService service;
-  ClockServiceInvoker invoker;
-  Outcome outcome;
-  const std::string message = "call getTime\n";
-  invoker.handleMessage(&service, message.data(), static_cast<int>(message.size()),
-                        new Response(outcome, "text"));
-  EXPECT_TRUE(outcome.deleted);
-  EXPECT_TRUE(outcome.replies.empty());
-  EXPECT_TRUE(log.has(2, "Failed to decode msg"));
 }
 
 TEST(ClockServiceInvokerStart, FactoryMakesAnInvoker) {

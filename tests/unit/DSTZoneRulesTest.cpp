@@ -90,12 +90,6 @@ TEST(DSTZoneRules, IndexOutsideTheTableHasNoIdentifier) {
   for (const int index : unknown) EXPECT_EQ(rules.getDSTZoneId(index), -1) << "row " << index;
 }
 
-TEST(DSTZoneRules, NotSetHasAnEmptyRule) {
-  std::string rule = "old";
-  DSTZoneRules().getDSTZoneRule(0, rule);
-  EXPECT_EQ(rule, "");
-}
-
 bool isDaylight(time_t instant) {
   tm local{};
   localtime_r(&instant, &local);

@@ -256,20 +256,6 @@ TEST(SettingsDocument, StoreThatCannotBeReadLeavesTheDefaults) {
   EXPECT_EQ(settings->getDaylightSavingMinutes(), 30);
 }
 
-TEST(SettingsDocument, DefaultsGoToMemoryOnlyAndSpareTheFormats) {
-  SettingsStore store;
-  const auto settings = store.load();
-  EXPECT_TRUE(settings->setDateFormat("1"));
-  EXPECT_TRUE(settings->setTimeFormat("1"));
-  EXPECT_TRUE(settings->setDSTZoneID(9));
-  EXPECT_TRUE(settings->setNtpSecret("s"));
-  EXPECT_TRUE(settings->setDaylightSavingActive("true"));
-  settings->setDefaultDataValues();
-  EXPECT_EQ(describe(*settings), "2016-06-16T00:00:00+00:00 1 1 \"\" \"\" 0 false 60 0 0 false");
-  EXPECT_EQ(store.stored("DaylightSavingZoneIDDevice"), "9");
-  EXPECT_EQ(store.writes(), 5U);
-}
-
 TEST(SettingsDocument, OtherSchemasAreNotLoaded) {
   SettingsStore store;
   EXPECT_TRUE(store.access.setItem("OtherSettings", "DateFormat", "1"));
