@@ -10,9 +10,9 @@
 #include <ctime>
 #include <system_error>
 
-#include "Descriptor.h"
 #include "DevicePaths.h"
 #include "Log.h"
+#include "OpenFile.h"
 #include "SemaphoreGuard.h"
 
 const std::string SNTPClientThread::ntpclient_pipe = DevicePaths::ntpClientPipe;
@@ -37,7 +37,7 @@ bool isSomethingElse(int result, const struct stat& status) {
 // Opens the pipe for reading, which waits for a writer. The text says why it is not open; it is
 // empty when it is. What is not a named pipe is not even opened; the second look is for what took
 // the pipe's place meanwhile.
-std::string openPipe(Descriptor& pipe, const char* path) {
+std::string openPipe(OpenFile& pipe, const char* path) {
   constexpr const char* wrongKind = "Not a named pipe";
   struct stat status {};
   if (isSomethingElse(stat(path, &status), status)) return wrongKind;
@@ -74,7 +74,7 @@ SNTPClientThread::~SNTPClientThread() {
 // The pipe is opened for reading here, by design, so nothing can be written through it: the thread
 // ends after the open or read that it waits in has returned by itself.
 void SNTPClientThread::wakeListener() {
-  Descriptor pipe;
+  OpenFile pipe;
   if (!pipe.open(ntpclient_pipe.c_str(), O_RDONLY | O_NONBLOCK)) return;
   constexpr std::uint32_t stopSignal = 0;
   [[maybe_unused]] const ssize_t written = write(pipe.number(), &stopSignal, sizeof stopSignal);
@@ -99,7 +99,7 @@ void SNTPClientThread::releaseObserver() {
 // through this opening is dropped with it.
 void SNTPClientThread::run() {
   CLOCK_LOG(logInformation, "NTP Client Thread has been started");
-  Descriptor pipe;  // outside the loop: left open when the loop is left, closed with the thread
+  OpenFile pipe;  // outside the loop: left open when the loop is left, closed with the thread
   while (running) {
     const std::string failure = openPipe(pipe, ntpclient_pipe.c_str());
     if (!failure.empty()) {

@@ -9,13 +9,13 @@
 
 #include "ClockService.h"
 #include "ClockServiceDataHandler.h"
-#include "Descriptor.h"
 #include "DevicePaths.h"
 #include "LocalMgmtIfc.h"
 #include "LocalTime.h"
 #include "Log.h"
 #include "ManageableData.h"
 #include "ManagementKeyNames.h"
+#include "OpenFile.h"
 #include "Saturate.h"
 #include "SemaphoreGuard.h"
 #include "SntpServer.h"
@@ -142,7 +142,7 @@ std::string ClockService::setFallbackTime() {
 // Whatever can be opened is consumed once; from then on the settings are the only home of the
 // fallback time. Opened without waiting: a pipe in the file's place must not hold up the start.
 void ClockService::restoreFallbackTime() {
-  Descriptor file;
+  OpenFile file;
   if (!file.open(DevicePaths::fallbackTimeFile, O_RDONLY | O_NONBLOCK)) return;
   const std::string token = firstToken(file.number());
   file.close();
