@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,10 @@
 class ClockServiceDataHandler;
 class DSTZoneRules;
 class LocalMgmtIfc;
+class ManagedKeys;
 class PhysicalInterfaceServiceIfc;
 class Process;
 class SecurityLogServiceIfc;
-struct ManagementKey;
 
 // The telephone's clock: the one object of the plug-in.
 // Owner: the framework. Thread: init, timers, jacks and destruction are the framework thread's;
@@ -73,7 +74,7 @@ class ClockService : public Service,
   int setAlarmClock(std::string& alarmTime, ClockServiceObserverIfc* observer) override;
   bool cancelAlarmClock(int alarmId) override;
 
-  // MgmtAgentIfc: the sixteen management keys, see ManagementData.cpp
+  // MgmtAgentIfc: the sixteen management keys, see ManagedKeys.h
   bool setData(ManageableData& record) override;
   bool getData(ManageableData& record) override;
   void manageableDataChanged(ManageableData& record) override;
@@ -87,9 +88,17 @@ class ClockService : public Service,
   // SNTPTimeChangeObserver
   void handleSNTPClientUpdate(long secondsSinceEpoch) override;
 
- private:
-  friend struct ManagementKey;
+  // Ends the running NTP client, if there is one, and starts another. Does nothing while the
+  // network is down, no server is configured or its name has no address. Thread: any.
+  void startNTPClient();
 
+  // Has TZ computed from the settings again and announced, 1 ms later on the framework thread.
+  void startTimeZoneRefresh();
+
+  // The physical-interface service, or null. Looks for it until it is found.
+  PhysicalInterfaceServiceIfc* physicalIfcSvc();
+
+ private:
   // Start-up: the steps of initWith
   void openSettings();
   void setClockFromFallbackTime();
@@ -100,7 +109,6 @@ class ClockService : public Service,
   void setDalvoObservables();
   void createNotificationTimers();
   void subscribeToJacks();
-  void physicalIfcSvc();
   void deleteTimers();
 
   // What time is it
@@ -150,33 +158,17 @@ class ClockService : public Service,
   void notifyTimezoneChangeEvent(const std::string& tz);
 
   // NTP client
-  void startNTPClient();
   void replaceNtpClient(char* const* commandLine);
   void setRestartNTPClientTimer();
   void seedRandomGenerator();
   int convertLastDigitsOfMacAddressToInt(const char* text);
   void sntpTimeChanged();
   void announceFirstNtpTime();
-  void reloadFormats();
-  void reportNumber(const char* key, int number);
   void networkChanged(const std::string& status);
 
-  // Management access: one member for what a key gives and one for what it takes
-  bool applyManagementValue(const std::string& key, const std::string& value);
-  void logManagementSet(const std::string& key, const std::string& value, bool accepted);
-  void resetFormat(const char* key, int current, int byDefault, bool& done);
-  void showWhoSetsTime(const std::string& server);
-  std::string simpleTime();
-  std::string simpleDate();
-  std::string zoneList();
-  std::string zoneName();
-  bool setCurrentUtc(const std::string& value);
-  bool setSimpleTime(const std::string& value);
-  bool setSimpleDate(const std::string& value);
-  bool setSntpServer(const std::string& value);
-  bool setOffset(const std::string& value);
-  bool setZoneByIndex(const std::string& value);
-  bool setZoneById(const std::string& value);
+  // Management access
+  std::optional<ManagedKeys> managedKeys();
+  void recordManagementSet(const std::string& key, const std::string& value, bool accepted);
 
   Context* m_context = nullptr;
 

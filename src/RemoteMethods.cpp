@@ -1,8 +1,6 @@
 #include "RemoteMethods.h"
 
 #include <array>
-#include <cstddef>
-#include <string_view>
 
 #include "ClockServiceIfc.h"
 #include "ClockServiceObserverIfc.h"
@@ -10,6 +8,7 @@
 #include "InvokerResponse.h"
 #include "Method.h"
 #include "Proxy.h"
+#include "UniqueNames.h"
 
 namespace {
 
@@ -214,13 +213,7 @@ constexpr std::array<RemoteMethod, 23> remoteMethods{{
     {"isTimeSourceSntp", true, isTimeSourceSntp},
 }};
 
-constexpr bool namesAreUnique() {
-  for (std::size_t i = 0; i < remoteMethods.size(); ++i)
-    for (std::size_t j = 0; j < i; ++j)
-      if (std::string_view(remoteMethods[i].name) == remoteMethods[j].name) return false;
-  return true;
-}
-static_assert(remoteMethods.size() == 23 && namesAreUnique());
+static_assert(remoteMethods.size() == 23 && namesAreUnique(remoteMethods));
 
 }  // namespace
 

@@ -12,7 +12,7 @@
 #include "LocalMgmtIfc.h"
 #include "Log.h"
 #include "ManagementKeyNames.h"
-#include "ManagementReading.h"
+#include "ManagementRecords.h"
 #include "PhysicalInterfaceServiceIfc.h"
 #include "Process.h"
 #include "SemaphoreGuard.h"
@@ -95,11 +95,12 @@ void ClockService::initWith(Context* context) {
   m_sntpClientThread.start();
 }
 
-void ClockService::physicalIfcSvc() {
-  if (m_physicalIfc != nullptr || m_context == nullptr) return;
+PhysicalInterfaceServiceIfc* ClockService::physicalIfcSvc() {
+  if (m_physicalIfc != nullptr || m_context == nullptr) return m_physicalIfc;
   m_physicalIfc =
       findService<PhysicalInterfaceServiceIfc>(*m_context, "PhysicalInterfaceServiceIfc");
   if (m_physicalIfc == nullptr) CLOCK_LOG(logError, "Cannot find PhysicalInterfaceServiceIfc\n");
+  return m_physicalIfc;
 }
 
 void ClockService::openSettings() {
@@ -137,7 +138,7 @@ void ClockService::attachLocalManagement() {
   readNetworkState();
   setDalvoObservables();
   logStartUpUtc();
-  showWhoSetsTime(sntpAddress());
+  showWhoSetsTime(m_localMgmt, sntpAddress());
 }
 
 void ClockService::readSoftwareType() {

@@ -28,6 +28,10 @@ void ClockService::startNewTimer(std::atomic<int>& timer, unsigned int milliseco
   startTimer(timer);
 }
 
+void ClockService::startTimeZoneRefresh() {
+  startTimer(m_timeZoneRefreshTimer);
+}
+
 void ClockService::setTimeSyncTimer() {
   CLOCK_LOG(logInformation, "setTimeSyncTimer -> setting timer");
   dropTimer(m_timeSyncTimer);

@@ -3,15 +3,15 @@
 #include <array>
 #include <cstdlib>
 
-#include "ClientUtils.h"
 #include "ClockService.h"
 #include "ClockServiceDataHandler.h"
 #include "Context.h"
 #include "LocalMgmtIfc.h"
 #include "Log.h"
 #include "ManageableData.h"
+#include "ManagedKeys.h"
 #include "ManagementKeyNames.h"
-#include "ManagementReading.h"
+#include "ManagementRecords.h"
 #include "NetHelper.h"
 #include "NtpCommandLine.h"
 #include "NtpRestart.h"
@@ -147,33 +147,14 @@ void ClockService::manageableDataChanged(ManageableData& record) {
   record.interogate(key, value);
   CLOCK_LOG(logInformation, "manageableDataChanged=\"%s\"", key.c_str());
   if (key == ManagementKeyNames::mobilityUserDataUpdate) {
-    if (value == "all" || value == "unmanaged") reloadFormats();
+    const auto keys = managedKeys();
+    if (keys && (value == "all" || value == "unmanaged")) keys->reloadFormats();
   } else if (key == ManagementKeyNames::interfaceStatus) {
     networkChanged(value);
   } else if (key == ManagementKeyNames::dhcpEnabled) {
-    startTimer(m_timeZoneRefreshTimer);
+    startTimeZoneRefresh();
     startNTPClient();
   }
-}
-
-// Another user's settings were put into the store.
-void ClockService::reloadFormats() {
-  if (m_dataHandler == nullptr) return;
-  const int dateFormatBefore = m_dataHandler->getDateFormat();
-  const int timeFormatBefore = m_dataHandler->getTimeFormat();
-  m_dataHandler->reinitialiseData(true);
-  if (m_dataHandler->getDateFormat() != dateFormatBefore)
-    reportNumber(ManagementKeyNames::dateFormat, m_dataHandler->getDateFormat());
-  if (m_dataHandler->getTimeFormat() != timeFormatBefore)
-    reportNumber(ManagementKeyNames::timeFormat, m_dataHandler->getTimeFormat());
-}
-
-void ClockService::reportNumber(const char* key, int number) {
-  if (m_localMgmt == nullptr) return;
-  ManageableData record;
-  record.setRootId(key, nullptr);
-  record.populate(key, ClientUtils::itos(number));
-  m_localMgmt->reportDataChanged(record);
 }
 
 // A running client is left alone when the network goes down.

@@ -1,4 +1,4 @@
-#include "ClockService/ManagementReading.h"
+#include "ClockService/ManagementRecords.h"
 
 #include <gtest/gtest.h>
 
@@ -9,19 +9,19 @@
 
 namespace {
 
-TEST(ManagementReading, GivesTheDevicesValue) {
+TEST(ManagementRecords, GivesTheDevicesValue) {
   host::LocalManagement management;
   management.setValue("mac-addr", "0001E3A1B2C3");
   EXPECT_EQ(readManagementValue(management, "mac-addr"), "0001E3A1B2C3");
 }
 
-TEST(ManagementReading, EmptyValueIsAValue) {
+TEST(ManagementRecords, EmptyValueIsAValue) {
   host::LocalManagement management;
   management.setValue("mac-addr", "");
   EXPECT_EQ(readManagementValue(management, "mac-addr"), "");
 }
 
-TEST(ManagementReading, UnknownKeyIsNothing) {
+TEST(ManagementRecords, UnknownKeyIsNothing) {
   host::LocalManagement management;
   management.setValue("mac-addr", "0001E3A1B2C3");
   EXPECT_EQ(readManagementValue(management, "interface-status"), std::nullopt);
@@ -33,7 +33,7 @@ class ForgetfulManagement : public host::LocalManagement {
   bool getData(ManageableData&) override { return true; }
 };
 
-TEST(ManagementReading, RecordWithoutAValueIsNothing) {
+TEST(ManagementRecords, RecordWithoutAValueIsNothing) {
   ForgetfulManagement management;
   EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
 }
@@ -47,7 +47,7 @@ class HesitantManagement : public host::LocalManagement {
   }
 };
 
-TEST(ManagementReading, RefusalIsNothingWhateverTheRecordHolds) {
+TEST(ManagementRecords, RefusalIsNothingWhateverTheRecordHolds) {
   HesitantManagement management;
   EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
 }

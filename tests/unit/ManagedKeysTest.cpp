@@ -1,4 +1,4 @@
-#include "ClockService/ManagementKey.h"
+#include "ClockService/ManagedKeys.h"
 
 #include <gtest/gtest.h>
 
@@ -40,20 +40,20 @@ constexpr std::array<KeyRow, 16> keyRows{{
     {"auto-daylight-save", true, zoneRefresh},
 }};
 
-const ManagementKey& entry(const char* name) {
-  const ManagementKey* const key = ManagementKey::find(name);
+const ManagedKeys::Row& entry(const char* name) {
+  const ManagedKeys::Row* const key = ManagedKeys::find(name);
   if (key == nullptr) throw std::out_of_range(name);
   return *key;
 }
 
-TEST(ManagementKey, TableHasTheSixteenKeysInOrder) {
-  ASSERT_EQ(ManagementKey::table().size(), keyRows.size());
+TEST(ManagedKeys, TableHasTheSixteenKeysInOrder) {
+  ASSERT_EQ(ManagedKeys::rows().size(), keyRows.size());
   for (std::size_t i = 0; i < keyRows.size(); ++i)
-    EXPECT_STREQ(ManagementKey::table()[i].name, keyRows[i].name) << "row " << i;
+    EXPECT_STREQ(ManagedKeys::rows()[i].name, keyRows[i].name) << "row " << i;
 }
 
 // The document's sections: "## KEY", and a line that says so when the key cannot be set.
-TEST(ManagementKey, TableHasTheKeysOfTheDocumentInItsOrderAndAsSettableAsThere) {
+TEST(ManagedKeys, TableHasTheKeysOfTheDocumentInItsOrderAndAsSettableAsThere) {
   std::ifstream document(MANAGEMENT_KEYS_DOCUMENT);
   std::vector<std::pair<std::string, bool>> documented;
   for (std::string line; std::getline(document, line);) {
@@ -61,21 +61,21 @@ TEST(ManagementKey, TableHasTheKeysOfTheDocumentInItsOrderAndAsSettableAsThere) 
     if (line == "- set: always refused") documented.back().second = false;
   }
   std::vector<std::pair<std::string, bool>> served;
-  for (const ManagementKey& key : ManagementKey::table())
+  for (const ManagedKeys::Row& key : ManagedKeys::rows())
     served.emplace_back(key.name, key.set != nullptr);
   EXPECT_EQ(served, documented);
 }
 
-TEST(ManagementKey, EveryKeyCanBeRead) {
-  for (const ManagementKey& key : ManagementKey::table()) EXPECT_NE(key.get, nullptr) << key.name;
+TEST(ManagedKeys, EveryKeyCanBeRead) {
+  for (const ManagedKeys::Row& key : ManagedKeys::rows()) EXPECT_NE(key.get, nullptr) << key.name;
 }
 
-TEST(ManagementKey, ListAndTextOfZonesCannotBeSet) {
+TEST(ManagedKeys, ListAndTextOfZonesCannotBeSet) {
   for (const KeyRow& row : keyRows)
     EXPECT_EQ(entry(row.name).set != nullptr, row.settable) << row.name;
 }
 
-TEST(ManagementKey, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
+TEST(ManagedKeys, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
   const auto restart = entry("sntp-addr").afterSuccess;
   const auto refresh = entry("sntp-tz-offset").afterSuccess;
   ASSERT_NE(restart, nullptr);
@@ -86,24 +86,24 @@ TEST(ManagementKey, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
     EXPECT_EQ(entry(row.name).afterSuccess, actions[row.follow]) << row.name;
 }
 
-TEST(ManagementKey, OnlyTheServerAddressHasAnEffectWhenRefused) {
+TEST(ManagedKeys, OnlyTheServerAddressHasAnEffectWhenRefused) {
   for (const KeyRow& row : keyRows)
     EXPECT_EQ(entry(row.name).always != nullptr, std::string(row.name) == "sntp-addr") << row.name;
 }
 
-TEST(ManagementKey, FindGivesTheRowOfTheKey) {
+TEST(ManagedKeys, FindGivesTheRowOfTheKey) {
   for (std::size_t i = 0; i < keyRows.size(); ++i)
-    EXPECT_EQ(ManagementKey::find(keyRows[i].name), &ManagementKey::table()[i]) << keyRows[i].name;
+    EXPECT_EQ(ManagedKeys::find(keyRows[i].name), &ManagedKeys::rows()[i]) << keyRows[i].name;
 }
 
-TEST(ManagementKey, FindIsExact) {
+TEST(ManagedKeys, FindIsExact) {
   for (const std::string& key :
        {std::string(), std::string("Time"), std::string("TIME"), std::string("tim"),
         std::string("time "), std::string(" time"), std::string("time\0", 5),
         std::string("daylight-save-zone"), std::string("last-restart-date"),
         std::string("mobility-user-data-update"), std::string("interface-status"),
         std::string("dhcp-enabled"), std::string("mac-addr"), std::string(1 << 20, 'x')})
-    EXPECT_EQ(ManagementKey::find(key), nullptr) << "\"" << key.substr(0, 40) << "\"";
+    EXPECT_EQ(ManagedKeys::find(key), nullptr) << "\"" << key.substr(0, 40) << "\"";
 }
 
 }  // namespace
