@@ -3,6 +3,7 @@
 #include <memory>
 #include <typeinfo>
 
+#include "BorrowedStream.h"
 #include "ClockService.h"
 #include "ClockServiceIfc.h"
 #include "Executable.h"
@@ -10,25 +11,25 @@
 #include "InvokerResponse.h"
 #include "Log.h"
 #include "MessageCodec.h"
-#include "MessageStream.h"
 #include "Method.h"
 #include "RemoteMethods.h"
 
 namespace {
 
-// Nearly always the plug-in's own service, which is known at once; the cast looks through the names
-// of all its bases. Null for whatever is no clock.
+// The plug-in's own service is checked first: dynamic_cast compares the names of all bases. Null
+// when the executable is not a clock.
 ClockServiceIfc* clockOf(Executable* executable) {
   if (executable != nullptr && typeid(*executable) == typeid(ClockService))
     return static_cast<ClockService*>(executable);
   return dynamic_cast<ClockServiceIfc*>(executable);
 }
 
-void sendReply(Method& reply, MessageCodec& codec, MessageStream& stream,
+void sendReply(Method& reply, MessageCodec& codec, std::stringstream& stream,
                InvokerResponse& response) {
-  stream.startOver();
+  startOver(stream);
   codec.encode(reply, stream);
-  response.sendReply(stream.data(), static_cast<int>(stream.size()));
+  const std::string bytes = stream.str();
+  response.sendReply(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 }  // namespace
@@ -62,7 +63,7 @@ void ClockServiceInvoker::handleMessage(Executable* executable, const char* mess
 void ClockServiceInvoker::answer(ClockServiceIfc& service, const char* message, int length,
                                  InvokerResponse& response) {
   BorrowedStream borrowed;
-  MessageStream& stream = *borrowed;
+  std::stringstream& stream = *borrowed;
   Method request;
   MessageCodec* const codec = context->getCodec(response.getCodecName());
   stream.write(message, length);
@@ -70,10 +71,10 @@ void ClockServiceInvoker::answer(ClockServiceIfc& service, const char* message, 
     INVOKER_LOG(logError, "Failed to decode msg");
     return;
   }
-  INVOKER_LOG(logInformation, "handleMessage called: %s", stream.text().c_str());
+  INVOKER_LOG(logInformation, "handleMessage called: %s", stream.str().c_str());
   const RemoteMethod* const method = findRemoteMethod(request.getName());
   if (method == nullptr) {
-    INVOKER_LOG(logError, "Invalid Message, %s", stream.text().c_str());
+    INVOKER_LOG(logError, "Invalid Message, %s", stream.str().c_str());
     return;
   }
   Method reply(method->name, Method::reply);

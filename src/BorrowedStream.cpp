@@ -1,0 +1,47 @@
+#include "BorrowedStream.h"
+
+#include <atomic>
+
+namespace {
+
+// In bytes. A longer message's memory is freed; that of a usual one serves the next one.
+constexpr std::streamoff kLongestKept = 4096;
+
+// The stream that nobody uses, empty. Deleted when the plug-in is unloaded.
+class Spare {
+ public:
+  ~Spare() { delete exchange(nullptr); }
+  std::stringstream* exchange(std::stringstream* stream) { return m_stream.exchange(stream); }
+
+ private:
+  std::atomic<std::stringstream*> m_stream{nullptr};
+};
+
+Spare spare;
+
+}  // namespace
+
+void startOver(std::stringstream& stream) {
+  std::ios& state = stream;
+  state.exceptions(std::ios::goodbit);
+  state.rdbuf(stream.rdbuf());  // its own again; also clears the error state
+  state.flags(std::ios::skipws | std::ios::dec);
+  state.precision(6);
+  state.width(0);
+  state.fill(' ');
+  state.tie(nullptr);
+  if (state.getloc() != std::locale()) state.imbue(std::locale());
+  if (stream.rdbuf()->pubseekoff(0, std::ios::end, std::ios::out) > kLongestKept)
+    *stream.rdbuf() = std::stringbuf();
+  else
+    stream.str(std::string());
+}
+
+BorrowedStream::BorrowedStream() : m_stream(spare.exchange(nullptr)) {
+  if (m_stream == nullptr) m_stream = std::make_unique<std::stringstream>();
+}
+
+BorrowedStream::~BorrowedStream() {
+  startOver(*m_stream);
+  m_stream.reset(spare.exchange(m_stream.release()));
+}
