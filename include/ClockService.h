@@ -25,10 +25,11 @@ class Process;
 class SecurityLogServiceIfc;
 
 // The telephone's clock: the one object of the plug-in.
-// Owner: the framework. Thread: init, timers, jacks and destruction are the framework thread's;
-// management calls come on theirs, reports of the NTP client on the listener's, queries on any.
-// Failure: by result, with a log line under "ClockService". Works, with less to offer, when a
-// service of the device is missing.
+// Owner: the framework. Thread: init, timer and jack events and destruction on the framework
+// thread; management calls on the management thread; NTP reports on the listener thread; queries
+// on any thread.
+// Failure: by result, with an application log line under "ClockService". When a service of the
+// device is missing, the clock runs without what that service provides.
 class ClockService : public Service,
                      public ClockServiceIfc,
                      public MgmtAgentIfc,
@@ -199,21 +200,21 @@ class ClockService : public Service,
   std::atomic<bool> m_networkUp{false};
   std::atomic<bool> m_sntpTimeReceived{false};
   int m_randomSeeded = 0;              // framework thread
-  bool m_updateFallbackOnSntp = true;  // a report of the NTP client also saves the time
+  bool m_updateFallbackOnSntp = true;  // an NTP report also saves the time
 
-  // The clock as set by hand: epoch seconds minus uptime seconds. Written one after the other
-  // without a lock; a reader in between sees the system's time once more.
+  // The clock as set by hand: epoch seconds minus uptime seconds. The offset is written first and
+  // the flag second, without a lock; a reader in between still sees the system's time.
   std::atomic<bool> m_userTimeSet{false};
   std::atomic<std::int32_t> m_userTimeOffset{0};
   std::atomic<std::int32_t> m_localOffsetMinutes{0};  // from UTC to the display of a UTC string
   std::atomic<SecurityLogServiceIfc*> m_securityLog{nullptr};
 
-  // The local date that observers heard last, as BoundaryDelay::localDay; at start, the local date
-  // of init in the zone that it installs. Any thread announces; each does so under m_observerLock.
+  // The local date last sent to the observers, as BoundaryDelay::localDay; at start, the local date
+  // during init in the zone that it installs. Any thread sends it, under m_observerLock.
   std::atomic<int> m_announcedDate{0};
   std::atomic<bool> m_setDatePending{false};  // m_dateChangedTimer will announce a date
 
-  // The process's environment: TZ is put into it, and the NTP client is given a copy of it.
+  // The process's environment: it holds TZ, and the NTP client gets a copy of it.
   Semaphore m_environmentLock{1, 1};
 
   SNTPClientThread m_sntpClientThread{this};

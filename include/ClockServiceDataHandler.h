@@ -15,8 +15,8 @@ class XmlParser;
 
 // The clock's settings: loaded from the device's store at construction, written through to it
 // before a change takes effect in memory.
-// Owner: the service. Thread: any; who reads or sets a text holds textLock for it. Failure: a
-// setter returns false and the old value stays, in memory and in the store.
+// Owner: the service. Thread: any; texts are read and set under textLock. Failure: a setter returns
+// false and the old value stays, in memory and in the store.
 class ClockServiceDataHandler {
  public:
   // Loads every setting; one that is not stored has its default, which depends on the hardware.
@@ -25,7 +25,8 @@ class ClockServiceDataHandler {
   ClockServiceDataHandler(const ClockServiceDataHandler&) = delete;
   ClockServiceDataHandler& operator=(const ClockServiceDataHandler&) = delete;
 
-  // The texts' lock. Held across the store's write as well, so that memory and store agree.
+  // Guards the settings that are texts. Also held while the store writes, so that memory and store
+  // agree.
   mutable Semaphore textLock{1, 1};
 
   // Puts the settings back to their defaults and loads them again: the two display formats only, or
@@ -66,12 +67,12 @@ class ClockServiceDataHandler {
   // An IP address without brackets, or a host name. An unchanged address counts as refused.
   bool setSntpAddr(const std::string& value) CLOCK_REQUIRES(textLock);
 
-  // Hours east of UTC; a number outside -12.5 to +12.5 is taken as seconds. True when it is in
-  // force afterwards. The text form fills rejectReason when the text is empty.
+  // Hours east of UTC; a number outside -12.5 to +12.5 counts as seconds. True when the setting has
+  // this value afterwards. The text form fills rejectReason when the text is empty.
   bool setTimezoneOffset(float offset);
   bool setTimezoneOffset(const std::string& text, std::string& rejectReason);
 
-  // "Velmora SIP", "Velmora QEX" or "Velmora TDM"; anything else changes nothing. Not stored.
+  // "Velmora SIP", "Velmora QEX" or "Velmora TDM"; other texts are ignored. Not stored.
   void setSoftwareType(const std::string& value);
 
  private:

@@ -60,15 +60,15 @@ class ClockServiceIfc {
   // Registers an observer, which is not owned. False for null. Registering twice notifies twice.
   virtual bool observeTimeEvents(ClockServiceObserverIfc* observer) = 0;
 
-  // Removes the first registration of the observer. False when there is none. After it returned,
-  // the observer hears nothing more through that registration.
+  // Removes the first registration of the observer. False when there is none. After the return,
+  // that registration delivers no more events.
   virtual bool unobserveTimeEvents(ClockServiceObserverIfc* observer) = 0;
 
   // Saves the system's time as the one to start from after a restart. Returns it as a UTC string,
   // empty when the time cannot be read.
   virtual std::string setFallbackTime() = 0;
 
-  // True once the time came from the NTP client.
+  // True when the NTP client has reported a time since the start or the last setTime(seconds).
   virtual bool isTimeSourceSntp() = 0;
 
   // Alarms are not implemented: always 0, always false. Peers may be built against them.

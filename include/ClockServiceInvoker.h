@@ -5,7 +5,7 @@
 class ClockServiceIfc;
 
 // Turns encoded requests of other processes into calls on a ClockServiceIfc.
-// Owner: the framework. Thread: any, after initInvoker; nothing is kept between requests.
+// Owner: the framework. Thread: any, after initInvoker; requests share no state.
 // Failure: logged under "ClockServiceInvoker"; the caller then gets no reply.
 class ClockServiceInvoker : public Invoker {
  public:

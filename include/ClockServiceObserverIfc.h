@@ -2,8 +2,8 @@
 
 #include <string>
 
-// Hears of changes of the clock. Register with ClockServiceIfc::observeTimeEvents.
-// Owner: the observer's creator; never deleted through this interface. Thread: whichever changed
+// Receives changes of the clock. Register with ClockServiceIfc::observeTimeEvents.
+// Owner: the observer's creator; never deleted through this interface. Thread: the one that changed
 // the clock: the framework's or the NTP listener's. The slot order is part of the contract.
 // An observer must not register or unregister from inside an event.
 class ClockServiceObserverIfc {

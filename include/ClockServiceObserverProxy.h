@@ -6,7 +6,8 @@
 #include "Proxy.h"
 
 // Stands in for an observer in another process: each event becomes a message to it.
-// Owner: the framework. Thread: any, after initProxy. Failure: delivery is the request's concern.
+// Owner: the framework. Thread: any, after initProxy. Failure: none; the request delivers messages
+// and handles their loss.
 class ClockServiceObserverProxy : public Proxy, public ClockServiceObserverIfc {
  public:
   ClockServiceObserverProxy() = default;

@@ -8,7 +8,7 @@
 #include "Threadable.h"
 #include "Threader.h"
 
-// Hears that the NTP client has set the clock. Thread: the listener's.
+// Receives the times that the NTP client has set. Thread: the listener's.
 class SNTPTimeChangeObserver {
  public:
   virtual ~SNTPTimeChangeObserver() = default;
@@ -19,10 +19,10 @@ class SNTPTimeChangeObserver {
 
 // Listens on the named pipe to which the external NTP client reports each time it set the clock.
 // A message is 4 bytes: seconds since 1970-01-01 UTC, unsigned, in the device's byte order; 0
-// carries no time. One message is read for each opening of the pipe, and the rest is dropped.
+// carries no time. Each time the pipe is opened, one message is read and the rest is dropped.
 // Owner: the service. Thread: start and destruction are the owner's, run is the listener's.
-// Failure: a missing or unreadable pipe, or anything else in its place, is logged and tried again
-// after a second, for ever.
+// Failure: a missing or unreadable pipe, or a file of another kind in its place, is logged; the
+// listener retries every second.
 class SNTPClientThread final : public Threadable {
  public:
   // Where the client reports.
@@ -31,20 +31,20 @@ class SNTPClientThread final : public Threadable {
   // The observer is not owned.
   explicit SNTPClientThread(SNTPTimeChangeObserver* timeChangeObserver);
 
-  // Returns once the thread has ended, that is after the open or read it waits in has returned. A
-  // thread that was never started is not waited for, and the pipe is not touched.
+  // Returns when the thread has ended, which is after the open or read that it waits in has
+  // returned. Without a started thread it returns at once and does not touch the pipe.
   ~SNTPClientThread();
 
   // Starts listening. Called once.
   void start();
 
-  // From its return on the observer is not called any more; a call under way is waited for.
+  // Waits for a call of the observer under way; after the return there are no more calls.
   void releaseObserver();
 
   void run() override;
 
  private:
-  bool takeMessage(int pipe);  // false: told to end
+  bool takeMessage(int pipe);  // false: the thread is to end
   void report(unsigned long secondsSinceEpoch);
   void wakeListener();
 

@@ -6,8 +6,8 @@ class Executable;
 
 // What the framework offers a service: other services by name, and timers.
 // Owner: the framework; it outlives every service. Thread: any, for every operation.
-// Failure: starting, stopping, cancelling or deleting an unknown timer does nothing. Unknown is an
-// id that was never given out, 0 and negative ones too, and the id of a deleted timer.
+// Failure: starting, stopping, cancelling or deleting an unknown timer does nothing. An id is
+// unknown when it is 0 or negative, was never returned, or its timer was deleted.
 class Context {
  public:
   // The service registered as `name` ("LocalMgmtIfc", ...), or null. Not owned by the caller, who

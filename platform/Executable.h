@@ -2,7 +2,7 @@
 
 class Context;
 
-// The root of everything the framework loads or hands out: services, proxies.
+// Base of all that the framework loads or returns: services, proxies.
 // Owner: the framework, which deletes it through this base. Thread: init, shutdown and timerEvent
 // come on the framework's thread of the object. Other interfaces are reached by dynamic_cast.
 class Executable {

@@ -12,8 +12,8 @@ class FrameworkContext {
   virtual MessageCodec* getCodec(const std::string& name) = 0;
 
   // The proxy for `interfaceName` towards the peer at `address`: the same one each time for the
-  // same pair, as long as the peer lives. Null for an unknown interface or peer. Owned by the
-  // framework, which takes a peer's registrations back before it frees the proxy.
+  // same pair, while the peer is connected. Null for an unknown interface or peer. Owned by the
+  // framework, which unregisters a peer's observers before it frees the proxy.
   virtual Proxy* createProxy(const std::string& interfaceName, const std::string& address) = 0;
 
  protected:

@@ -9,7 +9,7 @@ class Invoker {
  public:
   virtual ~Invoker();
 
-  // Handles one request of `length` bytes for `executable`. Takes `response` over and deletes it.
+  // Handles one request of `length` bytes for `executable`. Owns `response` and deletes it.
   virtual void handleMessage(Executable* executable, const char* message, int length,
                              InvokerResponse* response) = 0;
 

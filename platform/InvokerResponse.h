@@ -1,7 +1,7 @@
 #pragma once
 
-// One request's way back to its caller.
-// Owner: the invoker it is handed to, which deletes it. Thread: the one of the request.
+// Sends the reply of one request to its caller.
+// Owner: the invoker that receives it, which deletes it. Thread: the request's.
 class InvokerResponse {
  public:
   virtual ~InvokerResponse();
@@ -12,6 +12,6 @@ class InvokerResponse {
   // Names the calling peer, null-terminated; valid as long as the object.
   virtual const char* getReplyAddress() = 0;
 
-  // Hands back the encoded reply; the bytes are copied. At most once.
+  // Sends the encoded reply; the bytes are copied. Called at most once.
   virtual void sendReply(const char* data, int length) = 0;
 };

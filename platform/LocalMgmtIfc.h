@@ -10,8 +10,8 @@ class MgmtAgentIfc;
 // agent may call from inside setData or manageableDataChanged.
 class LocalMgmtIfc {
  public:
-  // Makes `agent` reachable for management under `agentId`, until it is replaced or the service is
-  // taken down. The agent is not owned.
+  // Makes `agent` reachable for management under `agentId`, until another agent replaces it or the
+  // service is unloaded. The agent is not owned.
   virtual bool registerAgent(const std::string& agentId, MgmtAgentIfc* agent) = 0;
 
   // Reads the record's root ("mac-addr", "interface-status", ...) into the record. False if the
@@ -24,7 +24,7 @@ class LocalMgmtIfc {
   // From now on changes of `key` reach agent->manageableDataChanged.
   virtual bool observeData(const std::string& key, MgmtAgentIfc* agent) = 0;
 
-  // The change report: an agent tells that the record's root now has the record's value.
+  // The change report of an agent: the record's root now has the record's value.
   virtual bool reportDataChanged(ManageableData& record) = 0;
 
   // The user-data query: true when the item named by the record's root may be reset to its default

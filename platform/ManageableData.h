@@ -24,7 +24,7 @@ class ManageableData {
   // Appends a root. The agent may be null.
   void addRootId(const std::string& key, LocalMgmtIfc* agent);
 
-  // Stores the value of `key`, replacing an earlier one. Roots are left alone.
+  // Stores the value of `key`, replacing an earlier one. Roots stay as they are.
   void populate(const std::string& key, const std::string& value);
 
   // The same for an item with a display name; `identifier` becomes the root when there is none.

@@ -6,7 +6,7 @@
 // One named, typed value of a Method. Immutable.
 class Parameter {
  public:
-  // Which way the value goes. Events carry direction 0 as calls do.
+  // The direction of the value. Events use 0, as calls do.
   enum directions { in = 0, out = 1 };
   enum types { integer, text, boolean };
 
@@ -37,7 +37,7 @@ class Method {
  public:
   enum methodTypes { call = 0, reply = 1 };  // events are calls without a reply
 
-  Method();  // nameless, a call, no parameters: what a codec decodes into
+  Method();  // a call without name and parameters, for a codec to decode into
   Method(const char* name, methodTypes type);
   ~Method();
   Method(const Method&);
@@ -47,7 +47,7 @@ class Method {
   methodTypes getType() const { return m_type; }
   const std::vector<Parameter>& getParameters() const { return m_parameters; }
 
-  // Starts over, keeping nothing: for codecs.
+  // Replaces the whole content. For codecs.
   void reset(std::string name, methodTypes type);
 
   // Append one parameter.

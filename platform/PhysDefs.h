@@ -1,7 +1,7 @@
 #pragma once
 
-// Vocabulary of the physical interface: keys, plugs, lamps, hardware. The types hold any int;
-// numbers without a name here are passed on as they are.
+// Types of the physical interface: keys, plugs, lamps, hardware. The types hold any int; numbers
+// without a name here are passed on unchanged.
 struct PhysDefs {
   enum keyFunctionType : int { keyNone = 0 };
   enum actionType : int { actionNone = 0, actionPressed = 1, actionReleased = 2 };

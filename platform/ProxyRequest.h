@@ -2,7 +2,7 @@
 
 class Method;
 
-// A proxy's way to its peer. Owner: the framework. Thread: any.
+// Sends a proxy's messages to its peer. Owner: the framework. Thread: any.
 class ProxyRequest {
  public:
   // Queues the message for the peer and returns at once. False when the peer is gone.

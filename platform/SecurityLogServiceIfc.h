@@ -4,7 +4,7 @@
 #include <string>
 
 // The device's security log, registered as "SecurityLogServiceIfc".
-// Owner: the framework. Thread: any. A failure to write is the log's own concern.
+// Owner: the framework. Thread: any. The service itself handles a failure to write.
 class SecurityLogServiceIfc {
  public:
   // Appends one record. time: seconds since 1970-01-01 UTC. The four numbers classify the event:

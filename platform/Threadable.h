@@ -9,10 +9,10 @@ class Threadable {
   // The thread body; the thread ends when it returns.
   virtual void run() = 0;
 
-  // Scheduling priority asked of the platform; the default is 0, "as the creator".
+  // The wanted scheduling priority; the default is 0, that of the creator.
   virtual int getThreadPriorityForPlatform();
 
-  // What the thread is, for diagnostics; the default is "Threadable".
+  // The kind of thread, for diagnostics; the default is "Threadable".
   virtual std::string type();
 
  protected:

@@ -15,13 +15,13 @@ enum VotkThreadPriority : int {
 class Threader {
  public:
   // Starts body->run() on a new thread and stores its id (not 0) in *threadId before the body runs.
-  // stackBytes: 0 is the platform's default. False, and *threadId untouched, when it cannot.
+  // stackBytes: 0 is the platform's default. False, and *threadId untouched, on failure.
   bool spawn(unsigned long* threadId, Threadable* body, const char* name,
              VotkThreadPriority priority, int stackBytes);
 
   // Returns when the body has returned. An unknown id returns at once.
   void waitForThreadCompletion(unsigned long threadId);
 
-  // Frees what is kept for a completed thread. Waits for it when it still runs.
+  // Frees a thread's resources. Waits for its end while it still runs.
   void destroy(unsigned long threadId);
 };

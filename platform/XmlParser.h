@@ -18,8 +18,8 @@ class XmlParser {
   XmlParser(const XmlParser&) = delete;
   XmlParser& operator=(const XmlParser&) = delete;
 
-  // Parses one whole document of `length` bytes. False when it is not well formed; callbacks have
-  // then been made for the part before the error. May be called again with another document.
+  // Parses one whole document of `length` bytes. False when it is not well formed; the part before
+  // the error has then reached the callbacks. May be called again with another document.
   virtual bool parseMessage(const char* document, int length);
 
  private:

@@ -4,7 +4,7 @@
 
 #include "PhysDefs.h"
 
-// Hears keys, plugs, lamps and the like from the physical interface.
+// Receives events of keys, plugs, lamps and the like from the physical interface.
 // Thread: the framework's. Objects are never deleted through this base. Defaults ignore the event.
 class physicalEventObserver {
  public:
@@ -26,7 +26,7 @@ class physicalEventObserver {
   // The channel events are to be sent through; the default leaves `name` empty: direct calls.
   virtual void getDestinationChannelName(std::string& name);
 
-  // Asked at subscription; an observer with nothing to tell does nothing.
+  // Called at subscription. May do nothing.
   virtual void getSubscribingService() = 0;
 
  protected:

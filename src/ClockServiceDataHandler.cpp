@@ -42,7 +42,7 @@ ClockServiceDataHandler::ClockServiceDataHandler(Context& context,
   reinitialiseData(false);
 }
 
-// The parser has this object as its user data, so it goes first.
+// The parser's user data is this object, so the parser is destroyed first.
 ClockServiceDataHandler::~ClockServiceDataHandler() {
   xmlParser.reset();
 }
@@ -162,7 +162,7 @@ bool ClockServiceDataHandler::isAcceptableSntpAddr(const std::string& value) con
   }
 }
 
-// An unchanged address counts as nothing stored, so that the caller does not restart the client.
+// An unchanged address counts as refused, so that the caller does not restart the client.
 bool ClockServiceDataHandler::setSntpAddr(const std::string& value) {
   const bool acceptable = isAcceptableSntpAddr(value);
   if (value == sntpAddr || !acceptable) return false;
@@ -173,8 +173,8 @@ std::string ClockServiceDataHandler::getTimezoneOffsetStr() const {
   return offsetText(timezoneOffset);
 }
 
-// A number too large to be hours is taken as seconds, and not looked at again: 50400 becomes 14
-// hours. NaN passes neither limit.
+// A number too large for hours counts as seconds; the result is not checked again: 50400 becomes 14
+// hours. NaN exceeds neither limit.
 bool ClockServiceDataHandler::setTimezoneOffset(float offset) {
   constexpr float furthestHours = 12.5F;
   constexpr float secondsPerHour = 3600.0F;

@@ -14,7 +14,7 @@ struct DSTRule {
   const char* rule;
 };
 
-// The offered choices as users know them, rows that are out of date for their region included.
+// The choices as users know them; some are out of date for their region.
 constexpr std::array<DSTRule, 15> DSTRulesData{{
     {"Not Set", 0, ""},
     {"Australia 2007 (ACT, South Australia, Tasmania, Victoria)", 1, "M10.5.0/02:00,M4.1.0/03:00"},
@@ -45,7 +45,7 @@ const DSTRule* rowAt(int index) {
 
 DSTZoneRules::~DSTZoneRules() = default;
 
-// Identifiers happen to equal row numbers today; stored settings hold identifiers.
+// Settings store identifiers. They equal the row numbers today, but need not.
 int DSTZoneRules::getDSTZoneListIndex(int id) const {
   const auto* const row = std::find_if(DSTRulesData.begin(), DSTRulesData.end(),
                                        [id](const DSTRule& rule) { return rule.id == id; });

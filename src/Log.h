@@ -2,7 +2,7 @@
 
 #include "Logging.h"
 
-// One entry of the application log, with where it was written. The arguments are evaluated only
+// One entry of the application log, with its source file and line. The arguments are evaluated only
 // when the component logs at this level.
 #define LOG_ENTRY(component, level, ...)                            \
   do {                                                              \
@@ -13,5 +13,5 @@
 #define CLOCK_LOG(level, ...) LOG_ENTRY("ClockService", level, __VA_ARGS__)
 #define INVOKER_LOG(level, ...) LOG_ENTRY("ClockServiceInvoker", level, __VA_ARGS__)
 
-// The framework's levels that this plug-in uses.
+// Levels of the application log that this plug-in uses, see Logging.h.
 enum LogLevel : int { logError = 2, logStartUp = 4, logInformation = 5, logTrace = 6 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The name under which the framework makes proxies of observers.
+// The interface name of observer proxies in the framework.
 const std::string observerInterface = "ClockServiceObserverIfc";
 
 bool readText(const RemoteCall& call, const char* name, std::string& value) {
@@ -35,8 +35,7 @@ void reply(RemoteCall& call, const char* name, bool value) {
   call.reply.addBoolParameter(name, value, Parameter::out);
 }
 
-// The caller itself as an observer; null when the framework has no such proxy. The framework owns
-// the proxy.
+// The caller as an observer, or null when the framework has no such proxy. The framework owns it.
 ClockServiceObserverIfc* callersProxy(RemoteCall& call) {
   return dynamic_cast<ClockServiceObserverIfc*>(
       call.context.createProxy(observerInterface, call.response.getReplyAddress()));
@@ -86,7 +85,7 @@ void setTime(RemoteCall& call) {
   reply(call, "setTimeReturn", set);
 }
 
-// The parameter has the name of the method above, not of this one; peers are built against it.
+// The parameter is named after setTime, not after this method; peers are built against it.
 void setTimeInt(RemoteCall& call) {
   int secondsSinceEpoch = 0;
   if (readNumber(call, "setTime", secondsSinceEpoch)) call.service.setTime(secondsSinceEpoch);
@@ -186,7 +185,7 @@ void isTimeSourceSntp(RemoteCall& call) {
   reply(call, "isTimeSourceSntpReturn", call.service.isTimeSourceSntp());
 }
 
-// The clock's remote protocol, whole. The names and the order are what peers are built against.
+// The clock's whole remote protocol. Peers are built against these names and this order.
 constexpr std::array<RemoteMethod, 23> remoteMethods{{
     {"getTime", true, getTime},
     {"getTimeInts", true, getTimeInts},

@@ -7,7 +7,7 @@ class FrameworkContext;
 class InvokerResponse;
 class Method;
 
-// One decoded request on its way to the service. Lives for that request.
+// One decoded request and what is needed to answer it. Lives as long as the request.
 struct RemoteCall {
   ClockServiceIfc& service;
   const Method& request;

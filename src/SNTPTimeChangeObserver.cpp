@@ -21,8 +21,8 @@ namespace {
 
 constexpr unsigned int secondsBetweenAttempts = 1;
 
-// How much is dropped before the pipe is closed: as much as the system lets a pipe hold. A bound,
-// so that a writer that never stops does not hold the listener.
+// How many bytes are dropped at most before the pipe is closed: the largest capacity of a pipe. A
+// writer that never stops must not block the listener.
 constexpr std::size_t mostBytesOfAPipe = 1 << 20;
 
 std::string errorText() {
@@ -34,9 +34,9 @@ bool isSomethingElse(int result, const struct stat& status) {
   return result == 0 && !S_ISFIFO(status.st_mode);
 }
 
-// Opens the pipe for reading, which waits for a writer. The text says why it is not open; it is
-// empty when it is. What is not a named pipe is not even opened; the second look is for what took
-// the pipe's place meanwhile.
+// Opens the pipe for reading, which waits for a writer. Returns the error text, empty on success.
+// A file of another kind is not opened; the second check is for one that replaced the pipe in
+// between.
 std::string openPipe(OpenFile& pipe, const char* path) {
   constexpr const char* wrongKind = "Not a named pipe";
   struct stat status {};
@@ -47,8 +47,8 @@ std::string openPipe(OpenFile& pipe, const char* path) {
   return wrongKind;
 }
 
-// Without waiting, and also while the writer keeps its end open: what is left in the pipe would
-// otherwise be the first message of the next opening.
+// Never blocks, even while the writer keeps its end open. Bytes left in the pipe would be the first
+// message of the next opening.
 void dropRest(int pipe) {
   if (fcntl(pipe, F_SETFL, O_NONBLOCK) < 0) return;
   std::array<char, 1024> rest;
@@ -71,8 +71,8 @@ SNTPClientThread::~SNTPClientThread() {
   if (threadId != 0) threader.destroy(threadId);
 }
 
-// The pipe is opened for reading here, by design, so nothing can be written through it: the thread
-// ends after the open or read that it waits in has returned by itself.
+// The pipe is opened for reading here, by design, so the write fails: the thread ends when its open
+// or read has returned by itself.
 void SNTPClientThread::wakeListener() {
   OpenFile pipe;
   if (!pipe.open(ntpclient_pipe.c_str(), O_RDONLY | O_NONBLOCK)) return;
@@ -95,11 +95,11 @@ void SNTPClientThread::releaseObserver() {
   observer = nullptr;
 }
 
-// One message for each opening: the writer opens, writes one value and closes. What else came
-// through this opening is dropped with it.
+// One message for each opening: the writer opens, writes one value and closes. The rest of an
+// opening is dropped.
 void SNTPClientThread::run() {
   CLOCK_LOG(logInformation, "NTP Client Thread has been started");
-  OpenFile pipe;  // outside the loop: left open when the loop is left, closed with the thread
+  OpenFile pipe;  // outside the loop: stays open after a break until the thread ends
   while (running) {
     const std::string failure = openPipe(pipe, ntpclient_pipe.c_str());
     if (!failure.empty()) {

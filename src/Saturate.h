@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <limits>
 
-// Arithmetic on numbers from outside: defined for every input, stopping at the type's limits.
+// Arithmetic on outside numbers: defined for every input, limited to the type's range.
 
 template <typename To>
 constexpr To saturate(std::int64_t number) {

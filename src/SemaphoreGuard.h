@@ -3,8 +3,8 @@
 #include "Semaphore.h"
 #include "ThreadSafety.h"
 
-// Holds a semaphore for the life of a scope, so that an exception cannot leave it taken. The
-// analysis does not know that a wait without limit always takes it.
+// Holds a semaphore for the life of a scope, so that an exception cannot leave it taken. The thread
+// safety analysis does not know that a wait without limit always succeeds, hence unchecked.
 class CLOCK_SCOPED_LOCK SemaphoreGuard {
  public:
   explicit SemaphoreGuard(Semaphore& semaphore) CLOCK_ACQUIRES(semaphore) CLOCK_UNCHECKED_LOCKING

@@ -1,4 +1,4 @@
-// Loading the settings from the store's XML document: what the parser calls.
+// The parser's callbacks, which load the settings from the store's XML document.
 
 #include <array>
 #include <cstddef>
@@ -97,8 +97,8 @@ void ClockServiceXmlStartElement(void* userData, const char* name, const char** 
       handler.currentElement = elementFallbackTime + static_cast<std::int32_t>(i);
 }
 
-// Replaces what came before instead of appending to it: settings are short single tokens, and only
-// the last piece of a text counts.
+// Replaces the text instead of appending to it, by design: settings are short single tokens, and
+// only the last piece of a text counts.
 void ClockServiceXmlCharacterDataHandler(void* userData, const char* text, int length) {
   auto& handler = *static_cast<ClockServiceDataHandler*>(userData);
   handler.characterData.assign(text, static_cast<std::size_t>(length < 0 ? 0 : length));

@@ -12,8 +12,8 @@ constexpr int secondsPerMinute = 60;
 constexpr int secondsPerHour = 3600;
 constexpr int secondsPerDay = 86400;
 
-// From one time to a later one. No time_t is too far from another: the difference is taken without
-// a sign, and stops at the longest period of a timer.
+// From `now` to a later time, at most the longest period of a timer. The unsigned difference
+// cannot overflow.
 unsigned int milliseconds(time_t now, time_t boundary) {
   constexpr unsigned int longest = std::numeric_limits<unsigned int>::max();
   constexpr unsigned int millisecondsPerSecond = 1000;
@@ -24,8 +24,8 @@ unsigned int milliseconds(time_t now, time_t boundary) {
              : static_cast<unsigned int>(seconds) * millisecondsPerSecond;
 }
 
-// mktime fails beyond 2038 where time_t has 32 bits. The boundary is then where it would be on a
-// day without a change of the clock, so that no timer is due at once and over again.
+// mktime fails beyond 2038 where time_t has 32 bits. The delay is then that of a day without a
+// daylight-saving change; a delay of 0 would make the timer fire in a loop.
 unsigned int milliseconds(time_t now, time_t boundary, int usualSeconds) {
   const bool usable = boundary != static_cast<time_t>(-1) && boundary > now;
   return usable ? milliseconds(now, boundary) : milliseconds(0, usualSeconds);

@@ -3,9 +3,9 @@
 #include <ctime>
 
 // How long until the local clock reaches its next full hour or midnight, under the process's TZ.
-// now: seconds since 1970-01-01 UTC. Result in milliseconds, never 0: at most two hours, or two
-// days, by the rules of a change to or from daylight saving in between. Defined for every `now`:
-// where it cannot be broken down, some period of a timer.
+// now: seconds since 1970-01-01 UTC. Result in milliseconds, never 0: at most two hours or two
+// days, since a daylight-saving change may come in between. Defined for every `now`, also for one
+// that localtime_r cannot convert.
 namespace BoundaryDelay {
 
 unsigned int toNextHour(time_t now);

@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* managementAgentId = "ClockMgmtId";
 
-// Changes of other components that the clock reacts to, in the order in which they are asked for.
+// Keys of other components that the clock observes, in the order of registration.
 constexpr std::array<const char*, 3> observedKeys{ManagementKeyNames::mobilityUserDataUpdate,
                                                   ManagementKeyNames::interfaceStatus,
                                                   ManagementKeyNames::dhcpEnabled};
@@ -47,8 +47,8 @@ extern "C" Service* createClockService() {
 ClockService::ClockService()
     : m_observers(std::make_unique<std::vector<ClockServiceObserverIfc*>>()) {}
 
-// First of all, the listener must not call any more: an update under way still uses what goes then,
-// the timers too. Its thread itself ends last, with the member.
+// The listener must stop calling first: an update under way still uses the timers and all that is
+// destroyed below. Its thread ends last, with the member.
 ClockService::~ClockService() {
   m_sntpClientThread.releaseObserver();
   deleteTimers();
@@ -88,7 +88,7 @@ void ClockService::initWith(Context* context) {
   setTimeSyncTimer();
   setDateSyncTimer();
   setTZValue();
-  // Read before the timers were armed: a midnight in between is then one to announce.
+  // `started` was read before the timers were armed, so a midnight in between is still announced.
   m_announcedDate = BoundaryDelay::localDay(started);
   subscribeToJacks();
   if (m_networkUp) startNTPClient();
@@ -110,7 +110,7 @@ void ClockService::openSettings() {
   m_dataHandler = std::make_unique<ClockServiceDataHandler>(*m_context, subVariant);
 }
 
-// A text that is not a UTC string leaves the system's clock alone: it must not start in 1899.
+// A text that is not a UTC string does not set the system clock; a zeroed record would be in 1899.
 void ClockService::setClockFromFallbackTime() {
   restoreFallbackTime();
   const std::string fallbackTime = savedTime(*m_dataHandler);
@@ -185,13 +185,13 @@ bool ClockService::unobserveTimeEvents(ClockServiceObserverIfc* observer) {
   return true;
 }
 
-// All work is driven by timers, management, jacks and the listener.
+// Timers, management calls, jack events and the listener drive all work.
 void ClockService::run() {}
 void ClockService::shutdown() {}
 void ClockService::hookswitchEvent(PhysDefs::actionType /*action*/) {}
 void ClockService::getSubscribingService() {}
 
-// Alarms are declared so that peers can be built against them; the clock does not offer them.
+// Alarms are declared so that peers can be built against them; they are not implemented.
 int ClockService::setAlarmClock(std::string& /*alarmTime*/, ClockServiceObserverIfc* /*observer*/) {
   return 0;
 }

@@ -32,11 +32,11 @@ constexpr int centuryOfShortYears = 2000;
 
 constexpr std::size_t utcStringLength = 25;
 
-// How far into the fallback file its token is looked for: a bound, so that a device or a pipe that
-// never ends cannot hold up the start.
+// How many bytes of the fallback file are searched for its token. An endless device or pipe in its
+// place must not block the start.
 constexpr std::size_t mostBytesOfFallbackFile = 16 << 20;
 
-// The first token, as "%s" reads one: up to white space or a zero byte. Empty when there is none.
+// The first token, as scanf's "%s" reads it, or up to a zero byte. Empty if there is none.
 std::string firstToken(int file) {
   constexpr const char* blanks = " \t\n\v\f\r";
   std::array<char, 1024> chunk;
@@ -70,7 +70,7 @@ time_t ClockService::setTimeInternal(int hours, int minutes, int seconds) const 
   return mktime(&local);
 }
 
-// From here on the clock follows the uptime, whatever becomes of the system's time.
+// From here on the clock follows the uptime and ignores the system's time.
 void ClockService::setByHand(time_t secondsSinceEpoch) {
   votk_set_time_seconds_since_epoch(static_cast<unsigned long>(secondsSinceEpoch));
   m_userTimeOffset = saturate<std::int32_t>(static_cast<std::int64_t>(secondsSinceEpoch) -
@@ -85,7 +85,8 @@ bool ClockService::setDate(int day, int month, int year) {
     CLOCK_LOG(logInformation, "Year falls outside UNIX/POSIX restriction: %d", year);
     return false;
   }
-  m_setDatePending = m_dateChangedTimer > 0;  // first: a full hour that sees the new date sees this
+  // Before the date changes: a full hour that sees the new date must see the flag, too.
+  m_setDatePending = m_dateChangedTimer > 0;
   setByHand(setDateInternal(day, month, year));
   startTimer(m_dateChangedTimer);
   return true;
@@ -119,13 +120,13 @@ std::string ClockService::sntpAddress() const {
   return m_dataHandler->getSntpAddr();
 }
 
-// Reads the system's clock on purpose, not the one set by hand.
+// Deliberately the system's clock, not the one set by hand.
 std::string ClockService::systemTime() {
   const time_t now = time(nullptr);
   return now != static_cast<time_t>(-1) ? getUTCTime(saturate<int>(now)) : std::string();
 }
 
-// Read and stored in one step, so that no thread's time is stored over a later one.
+// Reads and stores under one lock, so that no thread overwrites a later time with an earlier one.
 std::string ClockService::storeSystemTime() {
   const SemaphoreGuard texts(m_dataHandler->textLock);
   std::string now = systemTime();
@@ -139,8 +140,8 @@ std::string ClockService::setFallbackTime() {
   return fallbackTime;
 }
 
-// Whatever can be opened is consumed once; from then on the settings are the only home of the
-// fallback time. Opened without waiting: a pipe in the file's place must not hold up the start.
+// The file is read once and deleted; from then on only the settings hold the fallback time. It is
+// opened without blocking: a pipe in its place must not block the start.
 void ClockService::restoreFallbackTime() {
   OpenFile file;
   if (!file.open(DevicePaths::fallbackTimeFile, O_RDONLY | O_NONBLOCK)) return;

@@ -54,7 +54,7 @@ std::string DisplayText::date(int day, int month, int year, int dateFormat) {
   return text.data();
 }
 
-// Format 1 is month-day here, although its long form begins with the year: by design.
+// Format 1 is month-day, the long form without its year, by design.
 std::string DisplayText::shortDate(int day, int month, int dateFormat) {
   Buffer text{};
   switch (dateFormat) {

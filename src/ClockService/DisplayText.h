@@ -9,7 +9,7 @@ namespace DisplayText {
 // "pm"; midnight is hour 00 with "am", never 12.
 std::string time(int hours, int minutes, int timeFormat);
 
-// day 1-31, month 1-12, four-digit year, of which two digits are shown.
+// day 1-31, month 1-12, four-digit year; its last two digits are shown.
 // dateFormat: 0 "07.03.24", 1 "24-03-07", 2 "03/07/24"; empty for any other.
 std::string date(int day, int month, int year, int dateFormat);
 

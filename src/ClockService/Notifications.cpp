@@ -44,12 +44,12 @@ void ClockService::setDateSyncTimer() {
   startNewTimer(m_dateSyncTimer, BoundaryDelay::toNextMidnight(getTimeValInternal()));
 }
 
-// In this order: the first timer that has the id is the one meant.
+// The first match in this order wins.
 void ClockService::timerEvent(int timerId) {
   if (timerId == m_fallbackTimeUpdateTimer) return refreshFallbackTime();
   if (timerId == m_timeZoneRefreshTimer) return refreshTimeZone();
   if (timerId == m_timeChangedTimer) return announceSetTime();
-  // A set time that is still to be announced is announced by the full hour.
+  // The full hour also announces a set time that is still pending.
   if (timerId == m_timeSyncTimer) return stepHour(timerId, m_timeChangedTimer);
   if (timerId == m_dateChangedTimer) return announceSetDate();
   if (timerId == m_dateSyncTimer) return stepDay(m_dateChangedTimer);
@@ -88,8 +88,8 @@ void ClockService::announceSetDate() {
   stepDay(m_dateChangedTimer);
 }
 
-// Both sync timers are armed anew at every full hour, so that a clock changed from outside is
-// followed within the hour.
+// Every full hour rearms both sync timers, so that they follow within the hour when another program
+// changes the clock.
 void ClockService::stepHour(int expiredTimer, int stoppedTimer) {
   stopTimer(stoppedTimer);
   stopTimer(m_timeSyncTimer);
@@ -102,9 +102,9 @@ void ClockService::stepHour(int expiredTimer, int stoppedTimer) {
   if (expiredTimer == hourlyTimer) setRestartNTPClientTimer();
 }
 
-// The date may have changed without an event: the hour that is a midnight replaces the midnight's
-// timer before that expires, and another program may have set the clock. A date set by hand is
-// announced by its own timer.
+// The date may have changed without an event: at midnight the hour's timer replaces the midnight
+// timer before that expires, and another program may have set the clock. A date set by hand has a
+// timer of its own.
 void ClockService::announceUnheardDate() {
   if (!m_setDatePending.exchange(false)) announceDate(Announce::whenNew);
 }
@@ -128,8 +128,8 @@ void ClockService::notifyDateChangeEvent() {
   announceDate(Announce::always);
 }
 
-// Read, compared, recorded and announced in one step: the date recorded is always the one that
-// observers heard last, whichever thread announced it.
+// Reads, compares, records and announces the date under one lock, so that the recorded date is
+// always the one last announced by any thread.
 void ClockService::announceDate(Announce when) {
   const SemaphoreGuard guard(m_observerLock);
   int day = 0, month = 0, year = 0;

@@ -24,7 +24,7 @@ namespace {
 
 constexpr int addressTextSize = 46;  // the longest IPv6 text and its terminator
 
-void logCommandLine(const NtpCommandLine& line) {
+void writeToSystemLog(const NtpCommandLine& line) {
   syslogger_notice("startNTPClient() => \" %s %s %s %s %s %s %s %s %s %s %s %s %s\"\n",
                    line.textAt(0), line.textAt(1), line.textAt(2), line.textAt(3), line.textAt(4),
                    line.textAt(5), line.textAt(6), line.textAt(7), line.textAt(8), line.textAt(9),
@@ -57,11 +57,11 @@ void ClockService::startNTPClient() {
   if (!NetHelper::dnsLookup(server.c_str(), address.data(), addressTextSize, anyFamily)) return;
   const NtpCommandLine line(address.data(), NetHelper::verifyIpAddress(address.data(), false),
                             traced);
-  logCommandLine(line);
+  writeToSystemLog(line);
   replaceNtpClient(const_cast<char* const*>(line.arguments().data()));
 }
 
-// Ending the old client and starting the new one is one step for every thread.
+// One lock covers the end of the old client and the start of the new one.
 void ClockService::replaceNtpClient(char* const* commandLine) {
   const SemaphoreGuard guard(m_ntpProcessLock);
   m_ntpClientProcess.reset();
@@ -81,7 +81,7 @@ void ClockService::setRestartNTPClientTimer() {
   startNewTimer(m_restartNtpClientTimer, NtpRestart::delay(seconds));
 }
 
-// Once in a service's life. Devices differ in their MAC address, and so in their delays.
+// Once in a service's life. Each device has another MAC address, and so other delays.
 void ClockService::seedRandomGenerator() {
   if (m_localMgmt == nullptr || m_randomSeeded != 0) return;
   m_randomSeeded = 1;
@@ -108,7 +108,7 @@ int ClockService::convertLastDigitsOfMacAddressToInt(const char* text) {
   return seed;
 }
 
-// The value itself is not needed: the client has already set the clock.
+// The value is not used: the client has already set the clock.
 void ClockService::handleSNTPClientUpdate(long /*secondsSinceEpoch*/) {
   sntpTimeChanged();
 }
@@ -157,7 +157,7 @@ void ClockService::manageableDataChanged(ManageableData& record) {
   }
 }
 
-// A running client is left alone when the network goes down.
+// When the network goes down, a running client keeps running.
 void ClockService::networkChanged(const std::string& status) {
   m_networkUp = status == "up";
   if (m_networkUp) startNTPClient();

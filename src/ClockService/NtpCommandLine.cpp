@@ -19,7 +19,7 @@ const char* familyOption(int addressKind) {
 
 }  // namespace
 
-// Set the clock (-s), 525600 times, hourly (-i), after at most 15 tries (-n).
+// Set the clock (-s), 525600 times (-c), hourly (-i), with at most 15 tries each (-n).
 NtpCommandLine::NtpCommandLine(const char* address, int addressKind, bool traced)
     : m_arguments{DevicePaths::ntpClientProgram,
                   "-s",

@@ -1,7 +1,7 @@
 #pragma once
 
-// When the NTP client is restarted after a full hour: spread over ten minutes, differently on each
-// device, so that a fleet does not ask its time server all at once. Pure.
+// When the NTP client restarts after a full hour: a random delay that differs between devices, so
+// that a fleet does not query its time server all at once. Pure.
 namespace NtpRestart {
 
 enum class MacText { valid, wrongLength, unexpectedCharacter };

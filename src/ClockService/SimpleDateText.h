@@ -15,8 +15,8 @@ struct Date {
 // "05.03.2024", "2024-03-05" or "03/05/2024" for dateFormat 0, 1, 2; nothing for any other.
 std::optional<std::string> print(const Date& date, int dateFormat);
 
-// Cuts the same forms by position; the separators are ignored and each piece is read as far as it
-// is a number. All zero for an unknown format.
+// Reads the same forms by position, ignoring the separators; each piece is read as strtol does. All
+// zero for an unknown format.
 // Throws std::out_of_range when the text ends before a piece begins.
 Date cut(const std::string& text, int dateFormat);
 

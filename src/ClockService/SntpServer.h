@@ -2,7 +2,7 @@
 
 #include <string>
 
-// Whether a server address stands for a configured NTP server: the two "any" addresses do not.
+// Whether the address is a configured NTP server. The two "any" addresses switch NTP off.
 inline bool isConfiguredServer(const std::string& address) {
   return !address.empty() && address != "0.0.0.0" && address != "::";
 }

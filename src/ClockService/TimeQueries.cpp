@@ -89,8 +89,7 @@ std::string ClockService::getUTCTime(int secondsSinceEpoch) {
   return text;
 }
 
-// The month is converted to the record's convention and the year is not: callers pass it as years
-// since 1900 already.
+// Callers pass the month as 1-12 and the year as years since 1900, so only the month is converted.
 std::string ClockService::getUTCTime(int hours, int minutes, int seconds, int day, int month,
                                      int year) {
   tm utc{};
@@ -105,8 +104,8 @@ std::string ClockService::getUTCTime(int hours, int minutes, int seconds, int da
   return text;
 }
 
-// The record's daylight flag is 0, so that mktime adds what the TZ rule says by itself; the display
-// minutes leave that out. A text that does not parse gives a zeroed record.
+// The daylight flag of the record is 0, so mktime adds the daylight saving of the TZ rule; the
+// display minutes do not contain it. A text that does not parse gives a zeroed record.
 bool ClockService::localTimeOf(const std::string& utc, tm& local) const {
   local = tm{};
   const bool parsed = ClockUtils::convertTimeStringToTimeStruct(utc, local);
@@ -151,8 +150,8 @@ std::string ClockService::getDateShort(const std::string& utc) {
   return DisplayText::shortDate(day, month, dateFormat());
 }
 
-// Kept in the interface without a conversion behind it. The error is the one that the C++ library
-// raises for a text built from a null pointer, which is what peers have seen so far.
+// Declared, but not implemented. Peers know the error: the C++ library throws it for a string built
+// from a null pointer.
 std::string ClockService::convertUtcStringToLocalString(const std::string& /*utc*/) {
   throw std::logic_error("basic_string: construction from null is not valid");
 }

@@ -24,8 +24,8 @@ TimeZoneText::Settings zoneSettings(const ClockServiceDataHandler& data,
 
 }  // namespace
 
-// Without settings the clock shows UTC, as it would with the defaults. Without a zone the value is
-// empty, which is UTC as well, and the display minutes stay as they were.
+// Without settings the clock shows UTC. While time zones do not apply, TZ is empty, which is UTC as
+// well, and the display minutes stay as they were.
 void ClockService::setTZValue() {
   TimeZoneText::LocalZone zone;
   if (timezoneEnabled()) {
@@ -45,7 +45,8 @@ void ClockService::installTZ(const char* tz) {
   tzset();
 }
 
-// For the other processes of the telephone. A failure costs only their zone, until the next change.
+// For the other processes of the telephone. After a failure they keep the old zone until the next
+// change.
 void ClockService::writeTZEnvironmentScript(char* tz) {
   std::string script = TimeZoneText::script(tz);
   Storage storage;

@@ -16,8 +16,8 @@ constexpr char TZ_SCRIPT_FORMAT[] = "#!/bin/sh\n\nexport TZ=%s\n\n";
 using TimeZoneText::Buffer;
 using TimeZoneText::LocalZone;
 
-// Minutes west of UTC. Both parts carry the sign; "%02d" prints it with the hours, so it would be
-// lost when those are 0.
+// Minutes west of UTC. Both parts carry the sign. "%02d" prints it with the hours, which loses it
+// when they are 0.
 struct West {
   explicit West(std::int32_t minutesWest)
       : total(minutesWest), hours(minutesWest / 60), minutes(minutesWest % 60) {}
@@ -28,8 +28,8 @@ struct West {
   std::int32_t minutes;
 };
 
-// Deliberately without a signed form: half an hour east and half an hour west of UTC are both
-// "LOC00:30" without daylight saving, as devices in the field have it.
+// Deliberately without a signed form: without daylight saving, half an hour east and half an hour
+// west of UTC are both "LOC00:30", as on the devices in the field.
 void printStandard(Buffer& tz, const West& west) {
   boundedPrint(tz, TZ_FORMAT_STANDARD, west.hours, std::abs(west.minutes));
 }
@@ -51,7 +51,7 @@ void printRuledDaylight(Buffer& tz, const West& standard, const West& daylight,
                  rule.c_str());
 }
 
-// Kept within the range that can be negated, whatever the settings hold.
+// Limited to the range that can be negated, for any settings.
 West daylightOf(const West& standard, std::int32_t daylightMinutes) {
   return West(truncated(static_cast<double>(standard.total) - daylightMinutes));
 }
