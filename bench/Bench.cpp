@@ -2,134 +2,85 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cmath>
 #include <exception>
 #include <fstream>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "Repetitions.h"
 #include "Report.h"
 
 namespace bench {
 namespace {
 
-constexpr const char* kToldSize = "arm-size";
+struct Options {
+  double factor = 1;
+  std::string json;
+  std::vector<std::string> only;
 
-// Runs each measure once, however many figures it finds.
-class Measures {
- public:
-  explicit Measures(Findings told) : m_findings(std::move(told)) {}
-
-  void report(const Figure& figure, Report& report) {
-    if (!m_findings.contains(figure.name) && !m_failures.contains(figure.measure)) run(figure);
-    if (const auto found = m_findings.find(figure.name); found != m_findings.end()) {
-      report.add(figure, found->second);
-    } else {
-      report.addFailure(figure, m_failures[figure.measure]);
-    }
+  [[nodiscard]] bool wants(const char* name) const {
+    return only.empty() || std::find(only.begin(), only.end(), name) != only.end();
   }
-
- private:
-  void run(const Figure& figure) {
-    try {
-      figure.measure(m_findings);
-      m_failures[figure.measure] = "it was not found";
-    } catch (const std::exception& error) {
-      m_failures[figure.measure] = error.what();
-    }
-  }
-
-  Findings m_findings;
-  std::map<Figure::Measure, std::string> m_failures;  // why figures of a measure are missing
 };
 
-// A file that is opened before all measuring: one that cannot be is told at once.
-class JsonFile {
- public:
-  explicit JsonFile(const std::filesystem::path& file) : m_file(file), m_stream(file) { check(); }
-  void write(const std::string& text) {
-    m_stream << text << std::flush;
-    check();
+// Empty for a right one. CLI::Range lets through what is not a number.
+std::string wrongFactor(const std::string& word) {
+  double factor = 0;
+  const bool right = CLI::detail::lexical_cast(word, factor) && factor >= 1 && factor <= 100;
+  return right ? "" : word + " is not a number from 1 to 100";
+}
+
+std::vector<std::string> namesOf(std::span<const Figure> figures) {
+  std::vector<std::string> names;
+  for (const Figure& figure : figures) names.emplace_back(figure.name);
+  return names;
+}
+
+void addTo(Report& report, const Figure& figure) {
+  try {
+    report.add(figure, repeat(figure));
+  } catch (const std::exception& error) {
+    report.addFailure(figure, error.what());
   }
+}
 
- private:
-  void check() const {
-    if (!m_stream) throw std::runtime_error(m_file.string() + ": cannot be written");
+void requireGood(const std::ofstream& stream, const std::string& file) {
+  if (!stream) throw std::runtime_error(file + ": cannot be written");
+}
+
+int measure(std::span<const Figure> figures, const Options& options, std::ostream& table) {
+  std::ofstream json(options.json);
+  requireGood(json, options.json);
+  Report report(options.factor, table);
+  for (const Figure& figure : figures) {
+    if (options.wants(figure.name)) addTo(report, figure);
   }
-
-  const std::filesystem::path m_file;
-  std::ofstream m_stream;
-};
-
-// Empty for one. Ranges let through what is no number: it is not below and not above.
-std::string wrongNumber(const std::string& word) {
-  double number = 0;
-  const bool right = CLI::detail::lexical_cast(word, number) && std::isfinite(number);
-  return right ? "" : word + " is no finite number";
+  json << report.json() << std::flush;
+  requireGood(json, options.json);
+  table << "JSON: " << std::filesystem::proximate(options.json).string() << std::endl;
+  return report.allHold() ? 0 : 1;
 }
 
 }  // namespace
 
-struct Bench::Options {
-  double factor = 1;
-  std::string json;
-  std::vector<std::string> only;
-  double armBytes = 0;  // 0: not told
-};
-
-// Empty for a right one.
-std::string Bench::wrongName(const std::string& name) const {
-  std::string names;
-  for (const Figure& figure : m_figures) {
-    if (name == figure.name) return "";
-    names += std::string(names.empty() ? "" : ", ") + figure.name;
-  }
-  return "no figure \"" + name + "\"; there are " + names;
-}
-
-int Bench::run(int argc, const char* const* argv) const {
+int run(int argc, const char* const* argv, std::span<const Figure> figures,
+        const std::filesystem::path& json, std::ostream& table) {
   Options options;
-  options.json = m_json.string();
-  CLI::App app("Measures the clock beside its floors and holds it to its bounds.", "bench");
-  app.add_option("--factor", options.factor,
-                 "How much wider bounds are: of times, and of exponents above 1; not of counts")
-      ->check(CLI::Range(1.0, 100.0))
-      ->check(wrongNumber);
+  options.json = json.string();
+  CLI::App app("Measures the clock, and holds each figure to its bound.", "bench");
+  app.add_option("--factor", options.factor, "How much wider the bounds of times are; 1 to 100")
+      ->check(wrongFactor);
   app.add_option("--json", options.json, "Where to write the table as JSON")->type_name("FILE");
   app.add_option("--only", options.only, "Figures to measure, by name")
       ->type_name("NAME")
-      ->check([this](const std::string& name) { return wrongName(name); });
-  app.add_option("--arm-size", options.armBytes, "Text and data of the plug-in for ARM")
-      ->type_name("BYTES")
-      ->check(CLI::PositiveNumber)
-      ->check(wrongNumber);
+      ->check(CLI::IsMember(namesOf(figures)));
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& end) {
     return app.exit(end) == 0 ? 0 : 2;
   }
-  return measure(options);
-}
-
-bool Bench::wanted(const Figure& figure, const Options& options) const {
-  return options.only.empty() ||
-         std::find(options.only.begin(), options.only.end(), figure.name) != options.only.end();
-}
-
-int Bench::measure(const Options& options) const {
-  JsonFile json(options.json);
-  Findings told;
-  if (options.armBytes > 0) told[kToldSize] = alone(options.armBytes);
-  Measures measures(std::move(told));
-  Report report(options.factor, m_table);
-  for (const Figure& figure : m_figures) {
-    if (wanted(figure, options)) measures.report(figure, report);
-  }
-  json.write(report.json());
-  m_table << "as JSON in " << std::filesystem::proximate(options.json).string() << std::endl;
-  return report.allHold() ? 0 : 1;
+  return measure(figures, options, table);
 }
 
 }  // namespace bench

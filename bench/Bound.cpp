@@ -6,7 +6,7 @@
 namespace bench {
 namespace {
 
-std::string shortly(double number) {
+std::string printed(double number) {
   std::array<char, 40> text{};
   std::snprintf(text.data(), text.size(), "%.6g", number);
   return text.data();
@@ -16,46 +16,35 @@ std::string shortly(double number) {
 
 Bound Bound::widened(double factor) const {
   Bound wider = *this;
-  if (!timed) return wider;
-  switch (kind) {
-    case Kind::ratioAtLeast:
-      wider.limit /= factor;
-      break;
-    case Kind::exponentAtMost:
-      wider.limit = 1 + (limit - 1) * factor;
-      break;
-    default:
-      wider.limit *= factor;
-  }
+  if (timed) wider.limit = kind == Kind::ratioAtLeast ? limit / factor : limit * factor;
   return wider;
 }
 
-bool Bound::holds(const Measured& measured) const {
+bool Bound::holds(double compared) const {
   switch (kind) {
     case Kind::ratioAtLeast:
-      return measured.compared >= limit;
-    case Kind::between:
-      return measured.compared >= other && measured.compared <= limit;
+      return compared >= limit;
+    case Kind::exactly:
+      return compared == limit;
     case Kind::none:
       return true;
     default:
-      return measured.compared <= limit;
+      return compared <= limit;
   }
 }
 
 std::string Bound::text() const {
   switch (kind) {
     case Kind::ratioAtMost:
-      return "<= " + shortly(limit) + " x";
+      return "<= " + printed(limit) + " x";
     case Kind::ratioAtLeast:
-      return ">= " + shortly(limit) + " x";
+      return ">= " + printed(limit) + " x";
     case Kind::differenceAtMost:
-      return "<= + " + shortly(limit);
+      return "<= + " + printed(limit);
     case Kind::atMost:
-    case Kind::exponentAtMost:
-      return "<= " + shortly(limit);
-    case Kind::between:
-      return other < limit ? shortly(other) + " or " + shortly(limit) : "= " + shortly(limit);
+      return "<= " + printed(limit);
+    case Kind::exactly:
+      return "= " + printed(limit);
     case Kind::none:
       return "-";
   }

@@ -2,32 +2,28 @@
 
 #include <string>
 
-#include "Findings.h"
-
 namespace bench {
 
-// What is demanded of a figure.
+// What a figure is held to.
 struct Bound {
   enum class Kind {
-    ratioAtMost,  // figure / floor
+    ratioAtMost,  // figure / baseline
     ratioAtLeast,
-    differenceAtMost,  // figure - floor
-    atMost,            // the figure alone
-    exponentAtMost,    // the same; 1 is the best there can be
-    between,           // exactly one of the numbers from `other` to `limit`
-    none               // told, and held to nothing
+    differenceAtMost,  // figure - baseline
+    atMost,            // the figure itself
+    exactly,
+    none  // information only
   };
 
   Kind kind;
   double limit;
-  double other = 0;
-  bool timed = true;  // a machine that is shared may take longer; it may not count wrongly
+  bool timed = true;  // false: counted, which is the same on a busy machine
 
-  // factor: 1 or more. What is timed may take that many times the limit; at least it must do the
-  // limit's part that is as many times less; an exponent's part above 1 may be that many times as
-  // large. What is counted is held to the same.
+  // factor: 1 or more. A time may be that many times its limit, a rate that many times less. A
+  // count keeps its limit.
   [[nodiscard]] Bound widened(double factor) const;
-  [[nodiscard]] bool holds(const Measured& measured) const;
+  // compared: the ratio, the difference or the figure, as the kind says.
+  [[nodiscard]] bool holds(double compared) const;
   [[nodiscard]] std::string text() const;
 };
 

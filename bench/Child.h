@@ -7,23 +7,21 @@
 
 namespace bench {
 
-// A program in a process of its own, on the processor of this one; what it says is dropped.
-// Owner: a measurement. Destruction ends it as an operator would, and reaps it.
+// A program in a process of its own; its output is dropped. Destruction ends it with SIGTERM, after
+// ten seconds with SIGKILL, and reaps it. Owner: a measurement.
 // Failure: std::system_error from the constructor.
 class Child {
  public:
-  explicit Child(const std::vector<std::string>& words);
+  // words: the program's file and arguments. environment: all of it, as NAME=VALUE.
+  explicit Child(std::vector<std::string> words, std::vector<std::string> environment = {});
   ~Child();
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
 
-  // Its own, and reaps it.
-  void waitForEnd();
-
   [[nodiscard]] pid_t id() const { return m_id; }
 
  private:
-  pid_t m_id = -1;  // -1: it has been reaped
+  pid_t m_id = 0;
 };
 
 }  // namespace bench

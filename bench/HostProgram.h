@@ -5,16 +5,19 @@
 #include <vector>
 
 #include "Child.h"
-#include "Folder.h"
+#include "support/TemporaryFolder.h"
 
 namespace bench {
 
-// A clockhost with the built plug-in, in folders of its own. Owner: a measurement.
+using Words = std::vector<std::string>;
+
+// A clockhost with the built plug-in. Owner: a measurement.
 class HostProgram {
  public:
-  // state: of its saved settings. options: beside those for plug-in, state, socket, device root.
-  HostProgram(const Folder& folder, const std::filesystem::path& state,
-              const std::vector<std::string>& options = {});
+  // folder: for its sockets. state: its saved settings. options: beside those for both and the
+  // plug-in.
+  HostProgram(const support::TemporaryFolder& folder, const std::filesystem::path& state,
+              const Words& options = {}, const Words& environment = {});
 
   [[nodiscard]] const std::filesystem::path& socket() const { return m_socket; }
   [[nodiscard]] const std::filesystem::path& controlSocket() const { return m_controlSocket; }
@@ -26,12 +29,11 @@ class HostProgram {
   Child m_child;
 };
 
-// A program of the floors, which listens at SOCKET as soon as it can.
-class FloorProgram {
+// A minimal program of baselines/, which listens at a socket.
+class BaselineProgram {
  public:
-  // kind: as in floors/; arguments: beside the socket.
-  FloorProgram(const Folder& folder, const std::string& kind,
-               const std::vector<std::string>& arguments = {});
+  BaselineProgram(const support::TemporaryFolder& folder, const std::string& name,
+                  const std::string& argument);
 
   [[nodiscard]] const std::filesystem::path& socket() const { return m_socket; }
   [[nodiscard]] pid_t process() const { return m_child.id(); }
@@ -40,5 +42,9 @@ class FloorProgram {
   const std::filesystem::path m_socket;
   Child m_child;
 };
+
+// Beside the programs, where a write goes to a disk. Throws std::runtime_error: that place is in
+// memory.
+[[nodiscard]] std::filesystem::path diskFolder();
 
 }  // namespace bench

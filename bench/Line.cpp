@@ -1,6 +1,5 @@
 #include "Line.h"
 
-#include <sched.h>
 #include <sys/socket.h>
 
 #include <array>
@@ -9,26 +8,29 @@
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "Method.h"
+#include "remote/Frame.h"
 #include "remote/MessagePackCodec.h"
 #include "remote/SocketAddress.h"
 
 namespace bench {
 namespace {
 
-constexpr std::size_t kLengthSize = 4;
+using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kAnswerPatience{10};
+constexpr std::size_t kLengthSize = 4;
+constexpr std::chrono::seconds kLimit{10};         // for an answer, and for a server to listen
+constexpr std::chrono::microseconds kBetween{50};  // two attempts to connect
 
 std::system_error failure(const std::string& what) {
   return {errno, std::generic_category(), what};
 }
 
-// A socket that gives up on who does not answer, or does not listen.
-host::Descriptor patientSocket() {
+host::Descriptor limitedSocket() {
   host::Descriptor descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const timeval limit{kAnswerPatience.count(), 0};
+  const timeval limit{kLimit.count(), 0};
   for (const int which : {SO_RCVTIMEO, SO_SNDTIMEO}) {
     if (setsockopt(descriptor.get(), SOL_SOCKET, which, &limit, sizeof limit) != 0) {
       throw failure("socket");
@@ -37,30 +39,15 @@ host::Descriptor patientSocket() {
   return descriptor;
 }
 
-bool connects(int descriptor, const std::filesystem::path& socket) {
-  const host::SocketAddress address(socket);
-  if (::connect(descriptor, address.get(), address.size()) == 0) return true;
-  if (errno != ENOENT && errno != ECONNREFUSED) throw failure(socket);
-  return false;
-}
-
 }  // namespace
 
-Line::Line(const std::filesystem::path& socket) : m_descriptor(patientSocket()) {
-  if (!connects(m_descriptor.get(), socket)) connect(socket, FolderWatch(socket.parent_path()));
-}
-
-Line::Line(const std::filesystem::path& socket, const FolderWatch& watch)
-    : m_descriptor(patientSocket()) {
-  connect(socket, watch);
-}
-
-void Line::connect(const std::filesystem::path& socket, const FolderWatch& watch) const {
-  const auto end = std::chrono::steady_clock::now() + kAnswerPatience;
-  while (!connects(m_descriptor.get(), socket)) {
-    if (std::chrono::steady_clock::now() > end) throw std::runtime_error("nobody listens");
-    // Between bind and listen there is nothing to sleep on.
-    errno == ENOENT ? watch.wait() : static_cast<void>(sched_yield());
+Line::Line(const std::filesystem::path& socket) : m_descriptor(limitedSocket()) {
+  const host::SocketAddress address(socket);
+  const auto end = Clock::now() + kLimit;
+  while (::connect(m_descriptor.get(), address.get(), address.size()) != 0) {
+    if (errno != ENOENT && errno != ECONNREFUSED) throw failure(socket);
+    if (Clock::now() > end) throw std::runtime_error(socket.string() + ": no server listens");
+    std::this_thread::sleep_for(kBetween);
   }
 }
 
@@ -69,31 +56,40 @@ void Line::send(std::string_view bytes) const {
   if (sent != static_cast<ssize_t>(bytes.size())) throw failure("send");
 }
 
-void Line::takeInto(char* to, std::size_t bytes) const {
-  for (std::size_t taken = 0; taken < bytes;) {
-    const ssize_t got = recv(m_descriptor.get(), to + taken, bytes - taken, 0);
+void Line::receive(char* to, std::size_t bytes) const {
+  for (std::size_t received = 0; received < bytes;) {
+    const ssize_t got = recv(m_descriptor.get(), to + received, bytes - received, 0);
     if (got < 0 && errno == EAGAIN) throw std::runtime_error("no answer for ten seconds");
     if (got < 0) throw failure("recv");
-    if (got == 0) throw std::runtime_error("the other side has ended");
-    taken += static_cast<std::size_t>(got);
+    if (got == 0) throw std::runtime_error("the server has disconnected");
+    received += static_cast<std::size_t>(got);
   }
 }
 
-void Line::take(std::size_t bytes) const {
+void Line::drop(std::size_t bytes) const {
   std::array<char, 4096> sink;
-  if (bytes > sink.size()) throw std::length_error("more than a usual answer");
-  takeInto(sink.data(), bytes);
+  receive(sink.data(), bytes);
 }
 
-Line::Taken Line::takeFrame() const {
+std::string Line::frame() const {
   std::string bytes(kLengthSize, '\0');
-  takeInto(bytes.data(), kLengthSize);
+  receive(bytes.data(), kLengthSize);
   std::size_t length = 0;
   for (const char byte : bytes) length = length << 8 | static_cast<unsigned char>(byte);
-  if (length == 0 || length > host::kMaxFrameLength) throw std::runtime_error("this is no frame");
+  if (length == 0 || length > host::kMaxFrameLength) throw std::runtime_error("not a frame");
   bytes.resize(kLengthSize + length);
-  takeInto(bytes.data() + kLengthSize, length);
-  return {static_cast<host::FrameKind>(bytes.at(kLengthSize)), bytes};
+  receive(bytes.data() + kLengthSize, length);
+  return bytes;
+}
+
+std::string Line::ask(std::string_view request) const {
+  send(request);
+  return frame();
+}
+
+void Line::control(std::string_view json) const {
+  const std::string reply = ask(controlOf(json)).substr(host::kFrameHeaderSize);
+  if (reply.find(R"("ok":true)") == std::string::npos) throw std::runtime_error(reply);
 }
 
 std::string callOf(const char* method) {

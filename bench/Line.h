@@ -1,45 +1,33 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
 
-#include "FolderWatch.h"
 #include "remote/Descriptor.h"
-#include "remote/Frame.h"
 
 namespace bench {
 
-// A client's connection to a Unix stream socket, with as little in the way as can be: it blocks.
-// Owner: a measurement. Failure: std::system_error; std::runtime_error when the other side ends or
-// says nothing for ten seconds.
+// A client's blocking connection to a Unix stream socket. Owner: a measurement.
+// Failure: std::system_error; std::runtime_error when the server disconnects, or does not answer
+// for ten seconds.
 class Line {
  public:
-  // Connects to who listens there, waiting for it to begin to: up to ten seconds.
+  // Waits up to ten seconds for a server to listen.
   explicit Line(const std::filesystem::path& socket);
 
-  // The same, for who measures that waiting. watch: on the socket's folder, and older than the
-  // socket.
-  Line(const std::filesystem::path& socket, const FolderWatch& watch);
-
   void send(std::string_view bytes) const;
-
-  // Takes exactly that many bytes, and gives them away.
-  void take(std::size_t bytes) const;
-
-  // Takes one frame.
-  struct Taken {
-    host::FrameKind kind{};
-    std::string bytes;  // the whole frame
-
-    [[nodiscard]] std::string payload() const { return bytes.substr(host::kFrameHeaderSize); }
-  };
-  [[nodiscard]] Taken takeFrame() const;
+  // Receives exactly that many bytes and drops them. REQUIRES: at most 4096.
+  void drop(std::size_t bytes) const;
+  // Receives one frame, with its header.
+  [[nodiscard]] std::string frame() const;
+  // Sends the request and receives one frame.
+  std::string ask(std::string_view request) const;
+  // The same for a control request. Throws std::runtime_error, the reply, when it is refused.
+  void control(std::string_view json) const;
 
  private:
-  void connect(const std::filesystem::path& socket, const FolderWatch& watch) const;
-  void takeInto(char* to, std::size_t bytes) const;
+  void receive(char* to, std::size_t bytes) const;
 
   host::Descriptor m_descriptor;
 };

@@ -1,32 +1,24 @@
 #pragma once
 
-#include "Findings.h"
+#include "Figure.h"
 
 namespace bench {
 
-// Each measures one thing and puts what it finds under the names of the table of figures, in the
-// table's units. Thread: the program's one. Failure: an exception; its figures are not there then.
-void measureOneClient(Findings& findings);
-void measureSixteenClients(Findings& findings);
-void measureHandleMessage(Findings& findings);
-void measureGetTime(Findings& findings);
-void measureGetUtcTime(Findings& findings);
-void measureSetData(Findings& findings);
-void measureSyncs(Findings& findings);
-void measureObservers(Findings& findings);
-void measureSubscribers(Findings& findings);
-void measureStart(Findings& findings);
-void measureMemory(Findings& findings);
-void measureArmSize(Findings& findings);
-void measureQuietDay(Findings& findings);
-void measureIdle(Findings& findings);
-void measureYear(Findings& findings);
-void measureNetworkYear(Findings& findings);
-void measureWeekOfClients(Findings& findings);
-void measureEventGrowth(Findings& findings);
-void measureObserverGrowth(Findings& findings);
-void measureAudienceGrowth(Findings& findings);
-void measureClientGrowth(Findings& findings);
-void measureTimerGrowth(Findings& findings);
+// One repetition each, in the unit that the table names. Thread: the program's only one.
+// Failure: std::exception.
+[[nodiscard]] Found measureRemoteMedian();
+[[nodiscard]] Found measureRemoteTail();
+[[nodiscard]] Found measureSixteenClients();
+[[nodiscard]] Found measureCallSystemCalls();
+[[nodiscard]] Found measureCallAllocations();
+[[nodiscard]] Found measureSubscribers();
+[[nodiscard]] Found measureSet();
+[[nodiscard]] Found measureSetSyncs();
+[[nodiscard]] Found measureDaySyncs();
+[[nodiscard]] Found measureStart();
+[[nodiscard]] Found measureMemory();
+[[nodiscard]] Found measureIdle();
+[[nodiscard]] Found measureGetTime();
+[[nodiscard]] Found measureMessage();
 
 }  // namespace bench

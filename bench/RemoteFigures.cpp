@@ -1,109 +1,100 @@
-// Calls over the socket: one client's waiting, and what sixteen get done together.
-#include <chrono>
+// Calls over the socket: one client's waits, and the rate of sixteen clients.
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "ClientProcesses.h"
+#include "Alternate.h"
 #include "HostProgram.h"
 #include "Line.h"
 #include "Measure.h"
+#include "Together.h"
 
 namespace bench {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Microseconds = std::chrono::duration<double, std::micro>;
-
 constexpr std::size_t kClients = 16;
-constexpr std::size_t kRoundsOfOne = 51;   // many short ones: the last of 100 calls are few
-constexpr std::size_t kCallsOfOne = 1000;  // of a round
-constexpr std::size_t kCallsOfEach = 500;  // of a round, with sixteen clients
-constexpr std::size_t kEchoSize = 100;     // bytes
+constexpr std::size_t kCallsOfOne = 1000;
+constexpr std::size_t kCallsOfEach = 1000;  // of sixteen clients
+constexpr std::size_t kEchoSize = 100;      // bytes
 
-// What goes there and how much comes back.
+// A request and the size of its reply, in bytes.
 struct Exchange {
   std::string request;
-  std::size_t reply;  // bytes
+  std::size_t reply;
 
   void once(const Line& line) const {
     line.send(request);
-    line.take(reply);
+    line.drop(reply);
   }
 };
 
-const Exchange kEcho{std::string(kEchoSize, 'e'), kEchoSize};
-
-Exchange getTimeAt(const Line& line) {
-  Exchange exchange{callOf("getTime"), 0};
-  line.send(exchange.request);
-  exchange.reply = line.takeFrame().bytes.size();
-  return exchange;
-}
-
-// Microseconds from sending to the whole reply, of each call.
-std::vector<double> waits(const Line& line, const Exchange& exchange) {
-  std::vector<double> found;
-  found.reserve(kCallsOfOne);
-  for (std::size_t i = 0; i < kCallsOfOne; ++i) {
-    const auto begin = Clock::now();
-    exchange.once(line);
-    found.push_back(Microseconds(Clock::now() - begin).count());
-  }
-  return found;
-}
-
-// A process for each client: as a client does, it waits for its own reply alone.
-double callsPerSecond(const std::vector<Line>& lines, const Exchange& exchange) {
-  ClientProcesses clients;
-  for (const Line& line : lines) {
-    clients.add([&] {
-      for (std::size_t i = 0; i < kCallsOfEach; ++i) exchange.once(line);
-    });
-  }
-  const auto begin = Clock::now();
-  clients.release();
-  clients.join();
-  const std::chrono::duration<double> taken = Clock::now() - begin;
-  return static_cast<double>(lines.size() * kCallsOfEach) / taken.count();
-}
-
-std::vector<Line> linesTo(const std::filesystem::path& socket) {
+// A program, and clients connected to it.
+struct Served {
   std::vector<Line> lines;
-  lines.reserve(kClients);
-  for (std::size_t i = 0; i < kClients; ++i) lines.emplace_back(socket);
-  return lines;
+  Exchange exchange;
+
+  Served(const std::filesystem::path& socket, std::size_t clients) {
+    for (std::size_t i = 0; i < clients; ++i) lines.emplace_back(socket);
+  }
+};
+
+class HostAndEcho {
+ public:
+  explicit HostAndEcho(std::size_t clients)
+      : m_echo(m_folder, "echo", std::to_string(clients)),
+        host(m_host.socket(), clients),
+        echo(m_echo.socket(), clients) {
+    const std::string getTime = callOf("getTime");
+    host.exchange = {getTime, host.lines.front().ask(getTime).size()};
+    echo.exchange = {std::string(kEchoSize, 'e'), kEchoSize};
+  }
+
+ private:
+  const support::TemporaryFolder m_folder;
+  const HostProgram m_host{m_folder, m_folder / "state"};
+  const BaselineProgram m_echo;
+
+ public:
+  Served host;
+  Served echo;
+};
+
+// Microseconds from sending to the whole reply: below which `part` of the calls lie.
+double waitOfOne(const Served& served, double part) {
+  std::vector<double> waits;
+  for (std::size_t i = 0; i < kCallsOfOne; ++i) {
+    waits.push_back(elapsed<Microseconds>([&] { served.exchange.once(served.lines.front()); }));
+  }
+  return quantile(std::move(waits), part);
+}
+
+Found measureWait(double part) {
+  const HostAndEcho both(1);
+  return alternately(
+      1, [&] { return waitOfOne(both.host, part); }, [&] { return waitOfOne(both.echo, part); });
+}
+
+double callsPerSecond(const Served& served) {
+  const double seconds = secondsTogether(served.lines.size(), [&](std::size_t client) {
+    for (std::size_t i = 0; i < kCallsOfEach; ++i) served.exchange.once(served.lines[client]);
+  });
+  return static_cast<double>(served.lines.size() * kCallsOfEach) / seconds;
 }
 
 }  // namespace
 
-void measureOneClient(Findings& findings) {
-  const Folder folder;
-  const HostProgram host(folder, folder / "state");
-  const FloorProgram echo(folder, "echo", {"1"});
-  const Line toHost(host.socket());
-  const Line toEcho(echo.socket());
-  const Exchange getTime = getTimeAt(toHost);
-  Rounds half;
-  Rounds last;
-  for (std::size_t i = 0; i < kRoundsOfOne; ++i) {
-    const auto echoed = waits(toEcho, kEcho);
-    const auto called = waits(toHost, getTime);
-    half.add(quantile(called, 0.5), quantile(echoed, 0.5));
-    last.add(quantile(called, 0.99), quantile(echoed, 0.99));
-  }
-  findings["remote-p50"] = ratioOf(half);
-  findings["remote-p99"] = ratioOf(last);
+Found measureRemoteMedian() {
+  return measureWait(0.5);
 }
 
-void measureSixteenClients(Findings& findings) {
-  const Folder folder;
-  const HostProgram host(folder, folder / "state");
-  const FloorProgram echo(folder, "echo", {std::to_string(kClients)});
-  const std::vector<Line> toHost = linesTo(host.socket());
-  const std::vector<Line> toEcho = linesTo(echo.socket());
-  const Exchange getTime = getTimeAt(toHost.front());
-  findings["remote-16"] = ratioOf(Rounds::alternate([&] { return callsPerSecond(toHost, getTime); },
-                                                    [&] { return callsPerSecond(toEcho, kEcho); }));
+Found measureRemoteTail() {
+  return measureWait(0.99);
+}
+
+Found measureSixteenClients() {
+  const HostAndEcho both(kClients);
+  return alternately(
+      1, [&] { return callsPerSecond(both.host); }, [&] { return callsPerSecond(both.echo); });
 }
 
 }  // namespace bench

@@ -4,18 +4,17 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <nlohmann/json.hpp>
 
 namespace bench {
 namespace {
 
 constexpr int kSignificantDigits = 4;
 
-// A line of the table: figure, its value, floor, its value, ratio, bound, verdict.
-using Cells = std::array<std::string, 7>;
+// A line of the table: figure, value, baseline, its value, comparison, noise, bound, verdict.
+using Cells = std::array<std::string, 8>;
 
 std::string tableLine(const Cells& cells) {
-  constexpr std::array<int, 6> kWidths{-44, 12, -32, 11, 9, 10};  // negative: to the left
+  constexpr std::array<int, 7> kWidths{-42, 11, -24, 11, 9, 6, 9};  // negative: to the left
   std::string line;
   for (std::size_t i = 0; i < kWidths.size(); ++i) {
     std::array<char, 100> text{};
@@ -27,10 +26,9 @@ std::string tableLine(const Cells& cells) {
 
 std::string number(double value, const char* unit) {
   std::array<char, 40> text{};
-  const bool hasMagnitude = value != 0 && std::isfinite(value);
-  const double magnitude = hasMagnitude ? std::floor(std::log10(std::fabs(value))) : 0;
+  const bool whole = value == std::round(value) || !std::isfinite(value);
+  const double magnitude = whole ? 0 : std::floor(std::log10(std::fabs(value)));
   const int decimals = std::max(0, kSignificantDigits - 1 - static_cast<int>(magnitude));
-  const bool whole = value == std::round(value);
   std::snprintf(text.data(), text.size(), "%.*f %s", whole ? 0 : decimals, value, unit);
   return text.data();
 }
@@ -39,76 +37,78 @@ bool isDifference(const Bound& bound) {
   return bound.kind == Bound::Kind::differenceAtMost;
 }
 
-// The ratio, or the difference where that is what counts.
-std::string comparison(const Measured& measured, const Bound& bound) {
-  if (!measured.floor) return "";
+std::string comparison(double compared, const Bound& bound) {
   std::array<char, 40> text{};
   if (isDifference(bound)) {
-    std::snprintf(text.data(), text.size(), "+ %.4g", measured.compared);
+    std::snprintf(text.data(), text.size(), "+ %.4g", compared);
   } else {
-    std::snprintf(text.data(), text.size(), "%.2f x", measured.compared);
+    std::snprintf(text.data(), text.size(), "%.2f x", compared);
   }
   return text.data();
 }
 
-nlohmann::ordered_json valuesOf(const Figure& figure, const Measured& measured) {
-  nlohmann::ordered_json values = {{"value", measured.figure}};
-  if (measured.floor) {
-    values["floor"] = figure.floor;
-    values["floorValue"] = *measured.floor;
-    values[isDifference(figure.bound) ? "difference" : "ratio"] = measured.compared;
-  }
-  return values;
+std::string percent(double part) {
+  std::array<char, 40> text{};
+  std::snprintf(text.data(), text.size(), "%.1f %%", part * 100);
+  return text.data();
+}
+
+const char* verdict(const Bound& bound, double compared) {
+  if (bound.kind == Bound::Kind::none) return "info";
+  return bound.holds(compared) ? "ok" : "OVER";
+}
+
+nlohmann::ordered_json rowOf(const Figure& figure, const Bound& bound) {
+  return {{"name", figure.name},
+          {"figure", figure.what},
+          {"unit", figure.unit},
+          {"bound", bound.text()}};
 }
 
 }  // namespace
 
 Report::Report(double factor, std::ostream& table) : m_factor(factor), m_table(table) {
-  m_table << tableLine({"figure", "", "floor", "", "ratio", "bound", ""});
+  m_table << tableLine({"figure", "", "baseline", "", "compared", "noise", "bound", ""});
 }
 
 void Report::add(const Figure& figure, const Measured& measured) {
-  tell(m_lines.emplace_back(Line{&figure, figure.bound.widened(m_factor), measured, ""}));
-}
-
-void Report::addFailure(const Figure& figure, const std::string& why) {
-  tell(m_lines.emplace_back(Line{&figure, figure.bound.widened(m_factor), std::nullopt, why}));
-}
-
-const char* Report::verdict(const Line& line) {
-  if (!line.isHeldTo()) return "told";
-  return line.holds() ? "ok" : "OVER";
-}
-
-void Report::tell(const Line& line) {
-  const Figure& figure = *line.figure;
-  Cells cells{figure.what, "", figure.floor, "", "", line.bound.text(), "FAILED: " + line.failure};
-  if (line.measured) {
-    cells[1] = number(line.measured->figure, figure.unit);
-    if (line.measured->floor) cells[3] = number(*line.measured->floor, figure.unit);
-    cells[4] = comparison(*line.measured, line.bound);
-    cells[6] = verdict(line);
+  const Bound bound = figure.bound.widened(m_factor);
+  Cells cells{figure.what, number(measured.value, figure.unit), figure.baseline};
+  nlohmann::ordered_json row = rowOf(figure, bound);
+  row["value"] = measured.value;
+  if (measured.baseline) {
+    cells[3] = number(*measured.baseline, figure.unit);
+    cells[4] = comparison(measured.compared, bound);
+    row["baseline"] = figure.baseline;
+    row["baselineValue"] = *measured.baseline;
+    row[isDifference(bound) ? "difference" : "ratio"] = measured.compared;
   }
+  row["noise"] = measured.noise;
+  if (measured.noise > 0) cells[5] = percent(measured.noise);
+  cells[6] = bound.text();
+  cells[7] = verdict(bound, measured.compared);
+  if (bound.kind != Bound::Kind::none) row["ok"] = bound.holds(measured.compared);
+  m_allHold = m_allHold && bound.holds(measured.compared);
+  m_figures.push_back(row);
   m_table << tableLine(cells) << std::flush;
 }
 
-bool Report::allHold() const {
-  return std::all_of(m_lines.begin(), m_lines.end(), [](const Line& line) { return line.holds(); });
+void Report::addFailure(const Figure& figure, const std::string& why) {
+  const Bound bound = figure.bound.widened(m_factor);
+  nlohmann::ordered_json row = rowOf(figure, bound);
+  row["failure"] = why;
+  row["ok"] = false;
+  m_allHold = false;
+  m_figures.push_back(row);
+  m_table << tableLine(
+                 {figure.what, "", figure.baseline, "", "", "", bound.text(), "FAILED: " + why})
+          << std::flush;
 }
 
 std::string Report::json() const {
-  nlohmann::ordered_json whole = {{"factor", m_factor}};
-  for (const Line& line : m_lines) {
-    nlohmann::ordered_json row = {
-        {"name", line.figure->name}, {"figure", line.figure->what}, {"unit", line.figure->unit}};
-    if (line.measured) row.update(valuesOf(*line.figure, *line.measured));
-    if (!line.measured) row["failure"] = line.failure;
-    row["bound"] = line.bound.text();
-    if (line.isHeldTo() || !line.measured) row["ok"] = line.holds();
-    whole["figures"].push_back(row);
-  }
-  whole["ok"] = allHold();
-  // What a failure says may come from elsewhere, in whatever bytes.
+  const nlohmann::ordered_json whole = {
+      {"factor", m_factor}, {"figures", m_figures}, {"ok", m_allHold}};
+  // A failure's text may hold bytes that are not UTF-8.
   constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
   return whole.dump(2, ' ', false, kReplace) + '\n';
 }

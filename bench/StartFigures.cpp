@@ -1,89 +1,82 @@
-// From the start of the program to its first reply, and the memory it then holds.
+// From the start of the program to its first reply, and the memory that it then holds.
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <fstream>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
+#include "Alternate.h"
 #include "HostProgram.h"
 #include "Line.h"
 #include "Measure.h"
-#include "Telephone.h"
 
 namespace bench {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Milliseconds = std::chrono::duration<double, std::milli>;
+using support::TemporaryFolder;
 
-constexpr std::size_t kStarts = 31;
+constexpr std::size_t kStarts = 3;
 
-// A telephone's saved settings, all eleven of them, and the same rows for the floor.
+// All eleven settings of a telephone, saved for the host, and the same rows for the baseline.
 class SavedSettings {
  public:
   SavedSettings() {
     saveAll();
     copyRows();
   }
-  [[nodiscard]] std::filesystem::path state() const { return m_disk / "state"; }
-  [[nodiscard]] std::filesystem::path rows() const { return m_disk / "rows.db"; }
+
+  [[nodiscard]] HostProgram host() const { return {m_sockets, m_disk / "state"}; }
+  [[nodiscard]] BaselineProgram small() const { return {m_sockets, "small", rows()}; }
 
  private:
+  [[nodiscard]] std::string rows() const { return m_disk / "rows.db"; }
+
   void saveAll() const {
-    Telephone telephone(m_disk.path());
-    for (const auto& [key, value] : std::initializer_list<std::pair<const char*, const char*>>{
-             {"date-format", "1"},
-             {"time-format", "1"},
-             {"sntp-addr", "127.0.0.1"},
-             {"ntp-secret", "secret"},
-             {"sntp-tz-offset", "-5"},
-             {"daylight-save", "true"},
-             {"daylight-save-minutes", "60"},
-             {"time-source", "0"},
-             {"daylight-save-zone-id", "12"},
-             {"auto-daylight-save", "true"}}) {
-      telephone.set(key, value);
+    const HostProgram program = host();
+    const Line control(program.controlSocket());
+    for (const char* const setting :
+         {R"("date-format","value":"1")", R"("time-format","value":"1")",
+          R"("sntp-addr","value":"127.0.0.1")", R"("ntp-secret","value":"secret")",
+          R"("sntp-tz-offset","value":"-5")", R"("daylight-save","value":"true")",
+          R"("daylight-save-minutes","value":"60")", R"("time-source","value":"0")",
+          R"("daylight-save-zone-id","value":"12")", R"("auto-daylight-save","value":"true")"}) {
+      control.control(std::string(R"({"verb":"set","key":)") + setting + '}');
     }
-    static_cast<void>(telephone.service().setFallbackTime());
+    Line(program.socket()).ask(callOf("setFallbackTime"));
   }
 
   void copyRows() const {
-    const std::string sql = "ATTACH '" + (state() / "settings.db").string() +
+    const std::string sql = "ATTACH '" + (m_disk / "state/settings.db").string() +
                             "' AS saved; CREATE TABLE settings(value TEXT);"
                             "INSERT INTO settings SELECT value FROM saved.settings";
     sqlite3* database = nullptr;
     sqlite3_open(rows().c_str(), &database);
     const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
-    const std::string words = sqlite3_errmsg(database);
+    const std::string error = sqlite3_errmsg(database);
     sqlite3_close(database);
-    if (code != SQLITE_OK) throw std::runtime_error("saved settings: " + words);
+    if (code != SQLITE_OK) throw std::runtime_error("saved settings: " + error);
   }
 
-  Folder m_disk{Folder::Place::disk};
+  const TemporaryFolder m_sockets;
+  const TemporaryFolder m_disk{diskFolder()};
 };
 
-// A program that runs, once it has replied.
 template <class Program>
-Line firstReply(const Program& program, const FolderWatch& watch) {
-  Line line(program.socket(), watch);
-  line.send(callOf("getTime"));
-  static_cast<void>(line.takeFrame());
-  return line;
+void awaitReply(const Program& program) {
+  Line(program.socket()).ask(callOf("getTime"));
 }
 
+// The program ends after the time was taken.
 template <class Start>
-double millisecondsTo(const FolderWatch& watch, Start start) {
-  watch.forget();  // what earlier programs have made
-  const auto begin = Clock::now();
+double millisecondsToReply(Start start) {
+  const auto begin = std::chrono::steady_clock::now();
   const auto program = start();
-  const Line line = firstReply(program, watch);
-  return Milliseconds(Clock::now() - begin).count();
+  awaitReply(program);
+  return Milliseconds(std::chrono::steady_clock::now() - begin).count();
 }
 
-// KiB of memory that only this process has and that was written to.
+// KiB of memory that only this process has and that it has written to.
 double privateDirty(pid_t process) {
   std::ifstream rollup("/proc/" + std::to_string(process) + "/smaps_rollup");
   for (std::string word; rollup >> word;) {
@@ -93,43 +86,27 @@ double privateDirty(pid_t process) {
 }
 
 template <class Start>
-double memoryAfter(const FolderWatch& watch, Start start) {
+double memoryAfter(Start start) {
   const auto program = start();
-  const Line line = firstReply(program, watch);
+  awaitReply(program);
   ::sync();
   return privateDirty(program.process());
 }
 
 }  // namespace
 
-void measureStart(Findings& findings) {
-  const Folder sockets;
-  const FolderWatch watch(sockets.path());
+Found measureStart() {
   const SavedSettings saved;
-  findings["start-up"] = ratioOf(Rounds::alternate(
-      [&] { return millisecondsTo(watch, [&] { return HostProgram(sockets, saved.state()); }); },
-      [&] {
-        return millisecondsTo(watch,
-                              [&] { return FloorProgram(sockets, "small", {saved.rows()}); });
-      },
-      kStarts));
+  return alternately(
+      kStarts, [&] { return millisecondsToReply([&] { return saved.host(); }); },
+      [&] { return millisecondsToReply([&] { return saved.small(); }); });
 }
 
-void measureMemory(Findings& findings) {
-  const Folder sockets;
-  const FolderWatch watch(sockets.path());
+Found measureMemory() {
   const SavedSettings saved;
-  findings["memory"] = differenceOf(Rounds::alternate(
-      [&] { return memoryAfter(watch, [&] { return HostProgram(sockets, saved.state()); }); },
-      [&] {
-        return memoryAfter(watch, [&] { return FloorProgram(sockets, "small", {saved.rows()}); });
-      },
-      Rounds::kLeast));
-}
-
-// Of another build, whose size this program is told.
-void measureArmSize(Findings&) {
-  throw std::runtime_error("the size of the plug-in for ARM is not told; ./dev bench does");
+  return alternately(
+      1, [&] { return memoryAfter([&] { return saved.host(); }); },
+      [&] { return memoryAfter([&] { return saved.small(); }); });
 }
 
 }  // namespace bench

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,35 +10,37 @@
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "services/MemoryDataAccess.h"
+#include "support/TemporaryFolder.h"
 
 namespace bench {
 
-// A telephone in this process: the host's parts around the plug-in that ships, its clock paused.
-// Owner: a measurement, one at a time. Thread: its owner's, which is the framework thread.
+// A telephone in this process: the host around the plug-in that ships. Its zone has daylight
+// saving, its log level is the usual one, and its clock runs. Owner: a measurement, one at a time.
+// Thread: its owner's, which is the framework thread.
 class Telephone {
  public:
-  // Its files go into this folder, which outlives it.
-  explicit Telephone(const std::filesystem::path& folder, host::DeviceOptions options = {});
+  Telephone();
   ~Telephone();
   Telephone(const Telephone&) = delete;
   Telephone& operator=(const Telephone&) = delete;
 
   [[nodiscard]] ClockServiceIfc& service() { return *m_service; }
   [[nodiscard]] host::Device& device() { return *m_device; }
-  [[nodiscard]] host::VirtualClock& clock() { return m_clock; }
   [[nodiscard]] host::CodecTable& codecs() { return m_remote.codecs; }
 
-  // A management value, set and applied as the management layer does it. Throws when refused.
-  void set(const std::string& key, const std::string& value);
-
  private:
-  // The framework's side of remote calls: codecs, and nobody to observe for.
+  // The framework's side of remote calls: codecs, and no observers.
   struct Remote final : FrameworkContext {
     MessageCodec* getCodec(const std::string& name) override { return codecs.find(name); }
     Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
     host::CodecTable codecs;
   };
 
+  // A management value, set and applied as the management layer does it. Throws when refused.
+  void set(const std::string& key, const std::string& value);
+
+  const support::TemporaryFolder m_folder;
+  host::MemoryDataAccess m_store;
   host::Plugin m_plugin;
   host::VirtualClock m_clock;
   Remote m_remote;
@@ -48,7 +48,16 @@ class Telephone {
   ClockServiceIfc* m_service = nullptr;
 };
 
-// Options for a telephone that saves nothing on disk: its settings are in the store.
-[[nodiscard]] host::DeviceOptions inMemory(host::MemoryDataAccess& store);
+// While it lives, this process's time calls read the machine's clock, as those of a telephone do.
+class MachineClock {
+ public:
+  MachineClock() : m_before(host::processClockIfAny()) { host::setProcessClock(nullptr); }
+  ~MachineClock() { host::setProcessClock(m_before); }
+  MachineClock(const MachineClock&) = delete;
+  MachineClock& operator=(const MachineClock&) = delete;
+
+ private:
+  host::VirtualClock* const m_before;
+};
 
 }  // namespace bench

@@ -1,31 +1,48 @@
-// Speed, size and wake-ups of the clock, each beside what could not be done with less.
+// Measures the speed, memory and disk writes of the clock against minimal programs.
+#include <sched.h>
 #include <stdlib.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 #include "Bench.h"
-#include "Processor.h"
+#include "FigureTable.h"
 
 namespace {
 
-// What a telephone's processes have around them is little; whoever calls this may have much.
-void leaveEnvironment() {
+// The caller's environment may be large, which costs time at each start.
+void clearEnvironment() {
   const char* const folder = getenv("TMPDIR");
   const std::string kept = folder == nullptr ? "" : folder;
   clearenv();
   if (!kept.empty()) setenv("TMPDIR", kept.c_str(), 1);
 }
 
-// What the compiler was not asked to make fast tells nothing of what ships.
 void requireOptimised() {
 #if !defined(__OPTIMIZE__)
-  throw std::logic_error("built without optimisation: nothing is measured");
+  throw std::logic_error("built without optimisation; build with -O2");
 #endif
+}
+
+// From now on this process and its children run on the last processor that it may use.
+void pinToLastProcessor() {
+  cpu_set_t allowed;
+  CPU_ZERO(&allowed);
+  sched_getaffinity(0, sizeof allowed, &allowed);
+  std::size_t last = CPU_SETSIZE - 1;
+  while (last > 0 && !CPU_ISSET(last, &allowed)) --last;
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(last, &one);
+  if (sched_setaffinity(0, sizeof one, &one) == 0) return;
+  throw std::system_error(errno, std::generic_category(),
+                          "cannot stay on processor " + std::to_string(last));
 }
 
 }  // namespace
@@ -34,9 +51,9 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   try {
     requireOptimised();
-    leaveEnvironment();
-    bench::pinTo(bench::lastProcessor());
-    return bench::Bench(bench::figures(), BENCH_JSON, std::cout).run(argc, argv);
+    clearEnvironment();
+    pinToLastProcessor();
+    return bench::run(argc, argv, bench::figures(), BENCH_JSON, std::cout);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench: %s\n", error.what());
     return 1;

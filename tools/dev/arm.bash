@@ -19,13 +19,3 @@ arm_plugin_size() {
     arm-linux-gnueabihf-size "$plugin" | awk 'NR == 2 { print $1 + $2 }'
   rm -f "$plugin"
 }
-
-# built_arm_plugin: builds it where it has been built before, or else alone; says where.
-built_arm_plugin() {
-  local name=arm
-  if [ ! -f "$(folder_of arm)/.configured" ]; then
-    name=arm-plugin
-    configure "$name" "${arm_options[@]}" -DCLOCK_WITH_HOST=OFF >&2 || return 1
-  fi
-  build "$name" ClockService >&2 && echo "$name"
-}

@@ -1,11 +1,10 @@
 #!/usr/bin/env bash
-# bench [--factor X] [--json FILE] [--only NAME]...: speed, size, wake-ups beside their floors
+# bench [--factor X] [--json FILE] [--only NAME]...: speed, memory and disk writes, each held to a bound
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
-. "$CLOCK_TREE/tools/dev/arm.bash"
 
-# Before anything is built; what stands behind the words is looked at by the program.
+# Checked before anything is built; the program checks the values.
 all_words_are_known() {
   while [ $# -gt 0 ]; do
     case $1 in
@@ -27,17 +26,8 @@ all_words_are_known "$@" || {
   exit 2
 }
 
-# Another processor's plug-in is built only for its figure.
-arm_size_is_wanted() { [[ " $* " != *" --only"* || " $* " == *arm-size* ]]; }
-
 need run test
 configure default
 build default clockbench
-if arm_size_is_wanted "$@"; then
-  need cross
-  arm=$(built_arm_plugin)
-  size=$(arm_plugin_size "$arm")
-  set -- --arm-size "$size" "$@"
-fi
 echo "dev: measuring on one processor"
 exec "$(folder_of default)/bin/clockbench" "$@"

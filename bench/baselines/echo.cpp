@@ -1,4 +1,4 @@
-// floor_echo SOCKET CLIENTS: sends back what it is sent, and does nothing else.
+// baseline_echo SOCKET CLIENTS: sends back what each client sends.
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
@@ -6,40 +6,35 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <vector>
 
-#include "FloorSocket.h"
+#include "Listener.h"
 
 namespace {
 
-using bench::acceptFrom;
-using host::Descriptor;
-
-// False when the client has gone.
+// False when the client has disconnected.
 bool echoOnce(int client) {
   std::array<char, 4096> bytes;
   const ssize_t got = recv(client, bytes.data(), bytes.size(), 0);
   return got > 0 && send(client, bytes.data(), static_cast<std::size_t>(got), MSG_NOSIGNAL) == got;
 }
 
-void serveOne(const Descriptor& listener) {
-  const Descriptor client = acceptFrom(listener);
-  while (echoOnce(client.get())) {
+void serveOne(const bench::Listener& listener) {
+  const int client = listener.accept();
+  while (echoOnce(client)) {
   }
 }
 
-void serveMany(const Descriptor& listener, std::size_t count) {
-  const Descriptor ready(epoll_create1(EPOLL_CLOEXEC));
-  std::vector<Descriptor> clients;
+void serveMany(const bench::Listener& listener, std::size_t count) {
+  const int ready = epoll_create1(0);
   for (std::size_t i = 0; i < count; ++i) {
     epoll_event event{};
     event.events = EPOLLIN;
-    event.data.fd = clients.emplace_back(acceptFrom(listener)).get();
-    epoll_ctl(ready.get(), EPOLL_CTL_ADD, event.data.fd, &event);
+    event.data.fd = listener.accept();
+    epoll_ctl(ready, EPOLL_CTL_ADD, event.data.fd, &event);
   }
   std::array<epoll_event, 128> events;
   for (;;) {
-    const int found = epoll_wait(ready.get(), events.data(), static_cast<int>(events.size()), -1);
+    const int found = epoll_wait(ready, events.data(), static_cast<int>(events.size()), -1);
     for (int i = 0; i < found; ++i) {
       if (!echoOnce(events[static_cast<std::size_t>(i)].data.fd)) return;
     }
@@ -51,12 +46,12 @@ void serveMany(const Descriptor& listener, std::size_t count) {
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
   try {
-    const Descriptor listener = bench::listenAt(argv[1]);
+    const bench::Listener listener(argv[1]);
     const std::size_t clients = std::strtoul(argv[2], nullptr, 10);
     clients == 1 ? serveOne(listener) : serveMany(listener, clients);
+    return 0;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "floor_echo: %s\n", error.what());
+    std::fprintf(stderr, "baseline_echo: %s\n", error.what());
     return 1;
   }
-  return 0;
 }

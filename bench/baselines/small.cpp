@@ -1,5 +1,5 @@
-// floor_small SOCKET DATABASE: what no host of these settings can do without. Opens SQLite, loads
-// eleven rows, makes an expat parser, listens, and replies.
+// baseline_small SOCKET DATABASE: a minimal host. Opens SQLite, loads eleven rows, creates an expat
+// parser, listens, and sends back what a client sends.
 #include <expat.h>
 #include <sqlite3.h>
 #include <sys/socket.h>
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "FloorSocket.h"
+#include "Listener.h"
 
 namespace {
 
@@ -46,12 +46,12 @@ std::vector<std::string> rowsOf(const Database& database) {
   return rows;
 }
 
-void reply(const host::Descriptor& client) {
+void reply(int client) {
   std::array<char, 4096> bytes;
   for (;;) {
-    const ssize_t got = recv(client.get(), bytes.data(), bytes.size(), 0);
+    const ssize_t got = recv(client, bytes.data(), bytes.size(), 0);
     if (got <= 0) return;
-    send(client.get(), bytes.data(), static_cast<std::size_t>(got), MSG_NOSIGNAL);
+    send(client, bytes.data(), static_cast<std::size_t>(got), MSG_NOSIGNAL);
   }
 }
 
@@ -62,13 +62,13 @@ int main(int argc, char** argv) {
   try {
     const Database database = open(argv[2]);
     const auto rows = rowsOf(database);
-    if (rows.size() != kRows) throw std::runtime_error("other rows than the eleven");
+    if (rows.size() != kRows) throw std::runtime_error("there should be eleven rows");
     const std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser(XML_ParserCreate(nullptr),
                                                                          XML_ParserFree);
-    const host::Descriptor listener = bench::listenAt(argv[1]);
-    for (;;) reply(bench::acceptFrom(listener));
+    const bench::Listener listener(argv[1]);
+    for (;;) reply(listener.accept());
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "floor_small: %s\n", error.what());
+    std::fprintf(stderr, "baseline_small: %s\n", error.what());
     return 1;
   }
 }

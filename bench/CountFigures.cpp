@@ -1,0 +1,130 @@
+// What a host does for an operation, counted: system calls, heap allocations, syncs.
+#include <algorithm>
+#include <chrono>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "HostProgram.h"
+#include "Line.h"
+#include "Measure.h"
+#include "SystemCalls.h"
+
+namespace bench {
+namespace {
+
+using support::TemporaryFolder;
+
+constexpr std::size_t kCalls = 1000;
+constexpr std::size_t kSets = 20;
+constexpr std::chrono::milliseconds kSettling{500};
+constexpr std::chrono::seconds kIdle{2};
+
+// Of a process that counts its allocations in a file.
+class HeapCount {
+ public:
+  explicit HeapCount(const TemporaryFolder& folder) : m_file(folder / "heap") {
+    std::ofstream(m_file) << std::string(sizeof(std::size_t), '\0');
+  }
+
+  [[nodiscard]] Words environment() const {
+    return {std::string("LD_PRELOAD=") + BENCH_HEAP, "BENCH_HEAP_COUNT=" + m_file.string()};
+  }
+
+  [[nodiscard]] std::size_t allocations() const {
+    std::size_t count = 0;
+    std::ifstream(m_file).read(reinterpret_cast<char*>(&count), sizeof count);
+    if (count == 0) throw std::runtime_error("the host's heap allocations are not counted");
+    return count;
+  }
+
+ private:
+  const std::filesystem::path m_file;
+};
+
+// Lets the host finish what its start leaves to do later.
+void settle(const HostProgram& host) {
+  Line(host.socket()).ask(callOf("getTime"));
+  std::this_thread::sleep_for(kSettling);
+}
+
+template <class Count>
+Found perCall(const HostProgram& host, Count count) {
+  const Line line(host.socket());
+  const std::string request = callOf("getTime");
+  line.ask(request);
+  const std::size_t before = count();
+  for (std::size_t i = 0; i < kCalls; ++i) line.ask(request);
+  return {static_cast<double>(count() - before) / static_cast<double>(kCalls), {}};
+}
+
+template <class Operation>
+double syncsOf(const SystemCalls& calls, Operation operation) {
+  const std::size_t before = calls.syncs();
+  operation();
+  return static_cast<double>(calls.syncs() - before);
+}
+
+}  // namespace
+
+Found measureCallSystemCalls() {
+  const TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state");
+  settle(host);
+  const SystemCalls calls(host.process());
+  return perCall(host, [&] { return calls.all(); });
+}
+
+Found measureCallAllocations() {
+  const TemporaryFolder folder;
+  const HeapCount heap(folder);
+  const HostProgram host(folder, folder / "state", {}, heap.environment());
+  settle(host);
+  return perCall(host, [&] { return heap.allocations(); });
+}
+
+// The most of any set; 0 if one was not synced at all.
+Found measureSetSyncs() {
+  const TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state");
+  settle(host);
+  const Line line(host.controlSocket());
+  const SystemCalls calls(host.process());
+  const auto set = [&](std::size_t i) {
+    line.control(R"({"verb":"set","key":"date-format","value":")" + std::to_string(i % 3) + "\"}");
+  };
+  set(0);
+  double most = 0;
+  for (std::size_t i = 1; i <= kSets; ++i) {
+    const double syncs = syncsOf(calls, [&] { set(i); });
+    if (syncs == 0) return {};
+    most = std::max(most, syncs);
+  }
+  return {most, {}};
+}
+
+// The second day: what the start leaves to do is in the first.
+Found measureDaySyncs() {
+  const TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state", {"--speed", "0"});
+  const Line line(host.controlSocket());
+  const SystemCalls calls(host.process());
+  const auto day = [&] { line.control(R"({"verb":"clock","action":"advance","seconds":86400})"); };
+  day();
+  return {syncsOf(calls, day), {}};
+}
+
+// At the speed of real time, far from a full hour.
+Found measureIdle() {
+  const TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state", {"--at", "2030-01-15T12:20:00+00:00"});
+  settle(host);
+  const SystemCalls calls(host.process());
+  std::this_thread::sleep_for(kSettling);  // the tracer's first stop wakes each thread once
+  const std::size_t before = calls.all();
+  std::this_thread::sleep_for(kIdle);
+  return {static_cast<double>(calls.all() - before), {}};
+}
+
+}  // namespace bench
