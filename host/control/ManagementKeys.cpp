@@ -6,10 +6,10 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kZone = "the zone is applied, and told to observers, 1 ms later";
-constexpr std::string_view kShown = "shown from now on; nothing else follows";
+constexpr std::string_view kZone = "1 ms later the zone is applied and observers are notified";
+constexpr std::string_view kShown = "used from now on; observers are not notified";
 constexpr std::string_view kClient =
-    "the NTP client is started anew when the network is up and a server is set";
+    "the NTP client is restarted if the network is up and a server is set";
 
 constexpr ManagementKey kKeys[] = {
     {"time", true, "now, as a UTC string", "an instant of the years 1970-2037, 25 characters",
@@ -19,15 +19,20 @@ constexpr ManagementKey kKeys[] = {
     {"simple-date", true, "the local date in the present date format",
      "a date in the present date format with a year of four digits, cut by position; not empty, "
      "not ???",
-     "the date is set by hand", "05.03.2026"},
+     "the date is set by hand; across a daylight-saving change the time moves by an hour, because "
+     "the "
+     "daylight flag of the present time is kept: in New York, at 23:30 in January, 15.07.2024 "
+     "becomes 16.07.2024, 00:30",
+     "05.03.2026"},
     {"date-format", true, "how dates are shown",
      "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked", kShown, "1"},
     {"time-format", true, "how times are shown",
      "0 is the 24-hour clock, any other number the 12-hour clock; stored unchecked", kShown, "1"},
     {"sntp-addr", true, "the time server",
      "a host name or a numeric address without brackets, other than the present one",
-     "the NTP client is started anew when the network is up and a server is set; refused or not, "
-     "the item state of time becomes 0 for an empty text, 0.0.0.0 and ::, else 4",
+     "the NTP client is restarted if the network is up and a server is set; only 0.0.0.0 and :: "
+     "switch the server off, as an empty text is refused; refused or not, the item state of time "
+     "becomes 0 for an empty text, 0.0.0.0 and ::, else 4",
      "192.0.2.1"},
     {"ntp-secret", true, "the secret shared with the time server, in clear",
      "UTF-8 text; of control characters only tab, line feed and carriage return", kClient,
@@ -43,7 +48,7 @@ constexpr ManagementKey kKeys[] = {
     {"daylight-save-zone-list", false, "the names of the zones, each followed by a semicolon", "",
      "", ""},
     {"daylight-save-zone-index", true, "the zone, as its row in the list", "0-14",
-     "as daylight-save-zone-id; stored or not, a change of daylight-save-zone-id is reported",
+     "as for daylight-save-zone-id; a change of that key is reported, even if it was not stored",
      "12"},
     {"daylight-save-zone-text", false, "the name of the zone", "", "", ""},
     {"daylight-save-zone-id", true, "the zone, by its identifier", "0-14", kZone, "12"},
@@ -60,20 +65,18 @@ constexpr auto kKeyNames = [] {
 }();
 
 constexpr const char* kPreface =
-    "# Management keys\n\n"
-    "The device's management reads and writes the clock's settings by key; all values are text.\n"
-    "`clockctl get KEY`, `clockctl set KEY VALUE`, `clockctl keys`. Every set, refused or not, is "
-    "a\n"
-    "record of the security log. [The security log](security-log.md) tells who it was, and what is "
-    "kept.\n"
-    "`clockctl reset` puts `date-format` and `time-format` back to the device's defaults and "
-    "reports\n"
-    "each that changed.\n\n"
-    "A number ends where the text goes on otherwise; a text that does not begin with one counts as "
-    "0.\n"
-    "What is stored must be UTF-8 text, with no control characters but tab, line feed and "
-    "carriage\n"
-    "return; the rest is refused.\n\n"
+    R"(# Management keys
+
+The device's management reads and writes the clock's settings by key; all values are text. So do
+`clockctl get KEY` and `clockctl set KEY VALUE`; `clockctl keys` lists all keys. Each set, refused or
+not, leaves a record in the [security log](security-log.md). `clockctl reset` resets `date-format` and
+`time-format` to the device's defaults and reports each change.
+
+A number ends at the first character that does not belong to it; a text that does not begin with a
+number counts as 0. Stored values are UTF-8 text without control characters except tab, line feed and
+carriage return; other values are refused.
+
+)"
     "Item state 0: settable by the user. 4: set by the device itself.\n\n"
     "This text is made from the table in `host/control/ManagementKeys.cpp`; a test holds it to "
     "it.\n";
