@@ -42,8 +42,6 @@ struct Device::Parts {
   Parts(VirtualClock& theClock, Plugin& thePlugin, const DeviceOptions& theOptions);
 
   void openStores();
-  void foldLogsLater();
-  void beginLogs() const;
   void recordThrownSets();
   void fillInValues();
   void presetFallbackTime();
@@ -92,21 +90,6 @@ void Device::Parts::openStores() {
   store = dynamic_cast<DataAccess*>(storeService);
   securityLog = options.securityLogInMemory ? std::make_unique<SecurityLog>()
                                             : std::make_unique<SecurityLog>(options.state);
-  foldLogsLater();
-}
-
-// Whoever has made a log long has the answer by then, on whatever thread it was.
-void Device::Parts::foldLogsLater() {
-  const auto later = [this](std::function<void()> task) {
-    managementThread.postForLater(std::move(task));
-  };
-  if (ownStore) ownStore->foldLater(later);
-  securityLog->foldLater(later);
-}
-
-void Device::Parts::beginLogs() const {
-  if (ownStore) ownStore->beginLog();
-  securityLog->beginLog();
 }
 
 // The service throws before it records the set.
@@ -161,8 +144,6 @@ void Device::start(FrameworkContext& remote) {
   parts.service.reset(parts.plugin.createService());
   parts.context.add("ClockService", parts.service.get());
   parts.service->init(parts.context);
-  // Behind all else: whoever waits for a first answer does not wait for the disk.
-  parts.managementThread.postForLater([&parts] { parts.beginLogs(); });
 }
 
 void Device::stop() {

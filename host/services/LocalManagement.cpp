@@ -19,7 +19,7 @@ ManageableData recordOf(LocalManagement& owner, const std::string& key, const st
   return record;
 }
 
-// The boundary of the host: whatever an agent throws counts as a refusal.
+// An exception out of an agent counts as a refusal.
 template <class Operation>
 bool guarded(const char* operation, const std::string& key, Operation call) {
   try {

@@ -23,14 +23,14 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   using Dispatch = std::function<void(std::function<void()>)>;
   using ReportListener = std::function<void(const std::string& key, const std::string& value)>;
 
-  // dispatch: runs a task on the management thread, later. Without one, the caller of setValue
-  // tells the observers itself, and what an agent wrote is told with the next deliverChanges.
+  // dispatch: runs a task on the management thread, later. Without one, setValue notifies the
+  // observers on its caller's thread, and an agent's own changes wait for the next deliverChanges.
   explicit LocalManagement(Dispatch dispatch = {});
 
   void init(Context& context) override;
   void shutdown() override;
 
-  // What agents use.
+  // The interface that agents use.
   bool registerAgent(const std::string& agentId, MgmtAgentIfc* agent) override;
   bool getData(ManageableData& record) override;
   bool setData(ManageableData& record) override;
@@ -39,35 +39,35 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   bool isUserData(ManageableData& record, int user) override;
   void setItemState(ManageableData& record, int state) override;
 
-  // Device values. setValue counts as a change, and is told, also when the value is the old one.
+  // Device values. setValue notifies the observers even if the value stays the same.
   void setValue(const std::string& key, const std::string& value);
   [[nodiscard]] std::optional<std::string> value(const std::string& key) const;
 
   // There is an agent "ClockMgmtId".
   [[nodiscard]] bool hasClock() const;
 
-  // The operator's operations on that agent. False: refused, or no such agent.
+  // The operator's operations on that agent. False: refused, or there is no such agent.
   // REQUIRES: in a device, the caller is on its management thread (ManagementThread::run).
   [[nodiscard]] bool get(const std::string& key, std::string& value);
   [[nodiscard]] bool set(const std::string& key, const std::string& value);
   [[nodiscard]] bool reset();
 
-  // Tells the observers what has changed since; on the caller's thread, in order of the changes.
+  // Notifies the observers of the pending changes, in order, on the caller's thread.
   void deliverChanges();
 
-  // 0: settable, also when nobody has set a state. 4: set by the device itself.
+  // 0: settable, the default. 4: set by the device itself.
   [[nodiscard]] int itemState(const std::string& key) const;
 
-  // What the user-data query answers for `key`; true unless set otherwise.
+  // The answer of the user-data query for `key`; true by default.
   void setUserData(const std::string& key, bool isUserData);
 
-  // Hears each change report, on the agent's thread.
+  // Called for each change report, on the agent's thread.
   void onReport(ReportListener listener);
 
-  // Hears each set that ended in an agent's exception, after it, on the thread of the set.
+  // Called after each set that an agent ended with an exception, on the thread of the set.
   void onThrownSet(ReportListener listener);
 
-  // Forgets every agent, observed key and change not told yet.
+  // Removes all agents, observed keys and pending changes.
   // REQUIRES: no callback is under way (in a device: called on the management thread).
   void dropAgents();
 

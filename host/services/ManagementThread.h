@@ -9,10 +9,10 @@
 
 namespace host {
 
-// The thread that management calls come from, so that the locks of an agent are real.
-// Owner: the device; destruction runs what is queued and joins. Thread: any.
-// Failure: the constructor throws Error: there is no thread to be had. An exception out of a posted
-// task is logged at level 2; run() hands it to its caller.
+// The thread that management calls come from, so that an agent's locks are needed, as on a device.
+// Owner: the device; destruction runs the queued tasks and joins. Thread: any.
+// Failure: the constructor throws Error when no thread can be created. An exception out of a posted
+// task is logged at level 2; run() rethrows it to its caller.
 class ManagementThread {
  public:
   ManagementThread();
@@ -23,15 +23,10 @@ class ManagementThread {
   // Queues the task; tasks run one by one, in order.
   void post(std::function<void()> task);
 
-  // Queues what nobody waits for: it runs when nothing has been wanted for a moment, or else before
-  // the next task does, and so also before tasks that were queued earlier.
-  void postForLater(std::function<void()> task);
-
-  // Forgets what is queued, but for what is for later: the end goes first. Whoever waits in run()
-  // for a task that is forgotten gets std::future_error.
+  // Drops the queued tasks. A run() that waits for one of them throws std::future_error.
   void dropQueued();
 
-  // Returns when the task, and all that was queued before it, is done. From a task: runs at once.
+  // Returns when the task and all tasks queued before it are done. Within a task it runs at once.
   void run(const std::function<void()>& task);
 
  private:
@@ -39,13 +34,11 @@ class ManagementThread {
 
   void work();
   bool waitForTask(MutexLock& lock) CLOCK_REQUIRES(m_mutex);
-  Task takeTask() CLOCK_REQUIRES(m_mutex);
   static void runLogged(const std::function<void()>& task);
 
   Mutex m_mutex;
   std::condition_variable m_wake;
   std::deque<Task> m_tasks CLOCK_GUARDED_BY(m_mutex);
-  std::deque<Task> m_later CLOCK_GUARDED_BY(m_mutex);
   bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
   std::thread m_thread;  // last: it uses all of the above
 };

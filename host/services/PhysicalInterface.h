@@ -9,11 +9,11 @@
 namespace host {
 
 // The telephone's hardware: its variant, its jacks, its notices of clock changes.
-// Owner: the device. Thread: any for what services call; jack() is the framework thread's, and
-// calls the subscribers without a lock held.
+// Owner: the device. Thread: any; jack() the framework thread's. jack() calls the subscribers
+// without holding a lock.
 class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc {
  public:
-  // The kind of group that jack events belong to.
+  // The kind of subscription group for jack events.
   static constexpr int kJackKind = 1;
   struct ClockChanges {
     int begun = 0;
@@ -32,8 +32,8 @@ class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc 
   void beginClockChange() override;
   void endClockChange() override;
 
-  // Tells each subscriber of a group of kind 1 that something went into a plug (status 1) or out of
-  // it (0). Any two numbers are passed on as they are. Each subscription is told once.
+  // Notifies each subscription to a group of kind 1 once: plugged in (status 1) or unplugged (0).
+  // Other numbers are passed on unchanged.
   void jack(int plug, int status);
 
   [[nodiscard]] ClockChanges clockChanges() const;

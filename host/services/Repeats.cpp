@@ -12,7 +12,7 @@ Repeats::Run* Repeats::find(const Attempt& attempt, Time now) {
   });
   if (run == m_runs.end()) return nullptr;
   m_runs.splice(m_runs.begin(), m_runs, run);
-  if (now - run->time <= kQuiet) return &*run;
+  if (now - run->time <= kIdle) return &*run;
   m_runs.pop_front();
   return nullptr;
 }
@@ -21,12 +21,12 @@ std::int64_t Repeats::earlier(const Attempt& attempt, Time now) {
   Run* const run = find(attempt, now);
   if (run == nullptr) return 0;
   const bool same = attempt.content == run->last.content;
-  if (!same && (!attempt.cheap || run->records < kSpelledOut)) return 0;
+  if (!same && (!attempt.cheap || run->records < kOwnRecords)) return 0;
   run->time = now;
   return run->number;
 }
 
-void Repeats::spelledOut(Attempt attempt, std::int64_t number, Time now) {
+void Repeats::recorded(Attempt attempt, std::int64_t number, Time now) {
   if (Run* const run = find(attempt, now)) {
     *run = {std::move(attempt), number, run->records + 1, now};
     return;

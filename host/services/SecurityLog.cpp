@@ -15,7 +15,7 @@
 namespace host {
 namespace {
 
-// The classification of the service's own records, which the host's share.
+// The service's own records have this classification; the host's records use it too.
 constexpr int kFacility = 4;
 constexpr int kSeverity = 1;
 constexpr int kEventClass = 5;
@@ -28,7 +28,7 @@ const std::string kColumns =
     "number, failure, lost, count, time, last_time, facility, severity, event_class, event_code,"
     " text, subject, origin";
 
-// Accepted and refused ones lie apart: each kind has its own oldest.
+// The key keeps accepted and refused records apart, so that the oldest of each is found fast.
 constexpr const char* kSchema = R"sql(
 CREATE TABLE record(
   number INTEGER NOT NULL, failure INTEGER NOT NULL, lost INTEGER NOT NULL,
@@ -84,7 +84,7 @@ Repeats::Attempt SecurityLog::attemptOf(const SecurityRecord& record) {
   return {userOf(record.origin), record.failure, record.eventCode, cheap, std::move(content)};
 }
 
-// Prepared when first used: a start does not wait for them.
+// Prepared when first used, so that they do not delay the start.
 struct SecurityLog::Statements {
   explicit Statements(const SqliteDatabase& database);
 
@@ -134,27 +134,11 @@ void SecurityLog::init(Context&) {}
 
 void SecurityLog::shutdown() {}
 
-void SecurityLog::beginLog() {
-  const MutexLock lock(m_mutex);
-  m_database->beginLog();
-  readTally();
-}
-
-void SecurityLog::foldLater(Later later) {
-  const MutexLock lock(m_mutex);
-  m_database->foldLater([this, later = std::move(later)] { later([this] { fold(); }); });
-}
-
-void SecurityLog::fold() {
-  const MutexLock lock(m_mutex);
-  m_database->fold();
-}
-
 void SecurityLog::readTally() {
   if (m_tallied) return;
   SqliteStatement& tally = m_statements->tally;
   tally.bind(1, std::int64_t{kManagementSet});
-  // An empty log has one row, of nulls: 0.
+  // For an empty log the row is all nulls, which read as 0.
   m_tallied = tally.next();
   if (m_tallied) {
     m_tally = {
@@ -178,18 +162,18 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
                      clippedText(text, kLongestText), clippedText(subject, kLongestText),
                      clippedText(origin.empty() ? originHere() : origin, kLongestText)});
   } catch (const std::exception&) {
-    // No memory for it: as good as not written.
+    // No memory: the record counts as not written.
   }
   if (!written) countUnwritten();
 }
 
-// Throws nothing: a record is also written by what goes while an exception passes.
+// Throws nothing, because destructors write records too, during stack unwinding.
 void SecurityLog::countUnwritten() {
   if (m_unwritten++ > 0) return;
   try {
     m_database->logFailure("writing");
   } catch (const std::exception&) {
-    // No memory for the line: the next record that is written tells of the gap.
+    // No memory for the line: the next record that is written reports the gap.
   }
 }
 
@@ -198,13 +182,13 @@ bool SecurityLog::write(SecurityRecord record) {
   if (!m_tallied || !m_database->isInPlace()) return false;
   const auto now = std::chrono::steady_clock::now();
   Repeats::Attempt attempt = attemptOf(record);
-  // What was lost in between is to be seen: the next one has a record of its own.
+  // After a loss the next attempt gets a new record, which reports the loss.
   const std::int64_t earlier = m_unwritten > 0 ? 0 : m_repeats.earlier(attempt, now);
   if (earlier != 0) return countIn(earlier, record);
   record.number = m_tally.last + m_unwritten + 1;
   record.lost = m_unwritten;
   if (!append(record)) return false;
-  m_repeats.spelledOut(std::move(attempt), record.number, now);
+  m_repeats.recorded(std::move(attempt), record.number, now);
   dropOldest(kindOf(record));
   return true;
 }
@@ -240,7 +224,7 @@ bool SecurityLog::append(const SecurityRecord& record) {
   return true;
 }
 
-// A failure leaves one too many, and the next record tries again.
+// After a failure there is one record too many; the next record retries.
 void SecurityLog::dropOldest(Kind kind) {
   std::int64_t& kept = m_tally.kept[static_cast<std::size_t>(kind)];
   const std::int64_t excess = kept - kMost[static_cast<std::size_t>(kind)];

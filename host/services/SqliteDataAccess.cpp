@@ -1,7 +1,5 @@
 #include "services/SqliteDataAccess.h"
 
-#include <utility>
-
 #include "services/SqliteDatabase.h"
 #include "services/SqliteStatement.h"
 
@@ -30,21 +28,6 @@ SqliteDataAccess::~SqliteDataAccess() = default;
 void SqliteDataAccess::init(Context&) {}
 
 void SqliteDataAccess::shutdown() {}
-
-void SqliteDataAccess::beginLog() {
-  const MutexLock lock(m_mutex);
-  m_database->beginLog();
-}
-
-void SqliteDataAccess::foldLater(Later later) {
-  const MutexLock lock(m_mutex);
-  m_database->foldLater([this, later = std::move(later)] { later([this] { fold(); }); });
-}
-
-void SqliteDataAccess::fold() {
-  const MutexLock lock(m_mutex);
-  m_database->fold();
-}
 
 bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key,
                                const std::string& value) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,7 +15,8 @@ class SqliteDatabase;
 class SqliteStatement;
 
 // The device's persistent settings, in the file settings.db of the state folder.
-// Owner: the device. Thread: any. Each accepted set is one transaction and one sync.
+// Owner: the device. Thread: any. Each accepted set is one transaction and one sync, but for about
+// one in a thousand, which also checkpoints the WAL, and the next, which restarts it.
 // Failure: a set that could not be written is logged, returns false and leaves the old value; a
 // damaged file is set aside as settings.db.damaged-N, with one log line, and an empty store serves.
 class SqliteDataAccess : public Executable, public DataAccess {
@@ -32,21 +32,11 @@ class SqliteDataAccess : public Executable, public DataAccess {
   void init(Context& context) override;
   void shutdown() override;
 
-  // See SqliteDatabase::beginLog. The first set after it is one sync, too.
-  void beginLog();
-
-  // Folds a long log by a task that it hands to `later`, and no longer within a set.
-  // REQUIRES: tasks run before this goes, on a thread that is not inside a set.
-  using Later = std::function<void(std::function<void()>)>;
-  void foldLater(Later later);
-
   bool setItem(const std::string& schema, const std::string& key,
                const std::string& value) override;
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
 
  private:
-  void fold();
-
   Mutex m_mutex;
   std::unique_ptr<SqliteDatabase> m_database CLOCK_POINTEE_GUARDED_BY(m_mutex);
   std::unique_ptr<SqliteStatement> m_set CLOCK_POINTEE_GUARDED_BY(m_mutex);

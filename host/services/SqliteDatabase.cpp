@@ -17,11 +17,8 @@
 namespace host {
 namespace {
 
-// For the last host to let go of the file after it was killed.
+// A host that was killed may still hold the file for a moment.
 constexpr int kBusyMilliseconds = 500;
-
-// SQLite's own measure. The longest log that there can be is twice as long.
-constexpr int kLongLog = 1000;  // pages
 
 // Why a file is of no use. Never leaves this source.
 struct Damaged {
@@ -39,15 +36,15 @@ std::string unusedName(const std::string& file) {
   }
 }
 
-// SQLite's own words. A failure is told again by whoever decides what follows; a warning, as of a
-// file that was removed while it is open, by nobody else.
+// SQLite's own messages. The caller logs a failure again; a warning, such as of a file that was
+// removed while it is open, is logged only here.
 void passOn(void*, int code, const char* words) {
   const int level = (code & 0xff) == SQLITE_WARNING ? 3 : 5;
   logAppUni("clockhost", level, __FILE__, __LINE__, "SQLite: %s (%d)", words, code);
 }
 
-// These databases are a few pages each. SQLite would make room for twenty, and count its memory,
-// before it knows. What it has begun with it keeps.
+// These databases have a few pages each: SQLite need not preallocate twenty, nor count its memory.
+// The first configuration of the process stays.
 void configureOnce() {
   static const int configured = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0) |
                                 sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) |
@@ -55,7 +52,7 @@ void configureOnce() {
   static_cast<void>(configured);
 }
 
-// What a failed start has made is no damage to be found by the next.
+// The next start would take the empty file of a failed start for damage.
 void dropEmptyFile(const std::string& file) {
   std::error_code code;
   if (std::filesystem::file_size(file, code) == 0 && !code) std::filesystem::remove(file, code);
@@ -64,10 +61,10 @@ void dropEmptyFile(const std::string& file) {
 }  // namespace
 
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store)
-    : m_name(file.string()), m_version(store.version) {
+    : m_name(file.string()) {
   const auto first = damageOnOpening(store);
   if (!first) return;
-  // A page that cannot be read looks the same, and a disk that stumbled gives it the second time.
+  // A transient read error looks like damage: retry once.
   const auto again = damageOnOpening(store);
   if (again) {
     setAside(*again);
@@ -93,75 +90,20 @@ std::optional<std::string> SqliteDatabase::damageOnOpening(const SqliteStore& st
   throw;
 }
 
-SqliteDatabase::SqliteDatabase(const SqliteStore& store)
-    : m_name(":memory:"), m_version(store.version) {
+SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:") {
   open(store);
 }
 
-// What closing would do without a word when it fails. Nothing is lost then: the log stays, and is
-// read when the file is opened again.
+// Closing checkpoints too, but does not report a failure. Nothing is lost then: the WAL stays, and
+// the next opening reads it.
 SqliteDatabase::~SqliteDatabase() {
-  if (!moveLogIntoFile()) logFailure("moving the log into the file");
+  const int code =
+      sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+  if (code != SQLITE_OK) logFailure("checkpoint");
 }
 
 void SqliteDatabase::Close::operator()(sqlite3* handle) const {
   sqlite3_close_v2(handle);
-}
-
-void SqliteDatabase::beginLog() {
-  std::error_code missing;
-  const auto size = std::filesystem::file_size(m_name + "-wal", missing);
-  if (missing || size == 0) writeVersion();
-}
-
-// Writing it again changes nothing and is a transaction all the same.
-void SqliteDatabase::writeVersion() const {
-  const std::string change = "PRAGMA user_version=" + std::to_string(m_version);
-  const int code = sqlite3_exec(handle(), change.c_str(), nullptr, nullptr, nullptr);
-  if (code != SQLITE_OK) logFailure("beginning the log");
-}
-
-// SQLite folds by a hook of this kind, which this one replaces.
-void SqliteDatabase::foldLater(std::function<void()> due) {
-  m_foldIsDue = std::move(due);
-  sqlite3_wal_hook(handle(), onChange, this);
-}
-
-int SqliteDatabase::onChange(void* self, sqlite3*, const char*, int pages) {
-  static_cast<SqliteDatabase*>(self)->noteLogOf(pages);
-  return SQLITE_OK;
-}
-
-void SqliteDatabase::noteLogOf(int pages) {
-  if (pages < kLongLog) {
-    m_asked = false;
-  } else if (pages >= 2 * kLongLog) {
-    // When it fails the change is made all the same, and the next one tries again.
-    static_cast<void>(moveLogIntoFile());
-  } else if (!m_asked) {
-    askToFold();
-  }
-}
-
-// Without the memory to ask with, the next change asks.
-void SqliteDatabase::askToFold() try {
-  m_foldIsDue();
-  m_asked = true;
-} catch (const std::exception&) {
-  m_asked = false;
-}
-
-void SqliteDatabase::fold() {
-  if (moveLogIntoFile()) {
-    writeVersion();
-  } else {
-    logFailure("moving the log into the file");
-  }
-}
-
-bool SqliteDatabase::moveLogIntoFile() const {
-  return sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr,
-                                   nullptr) == SQLITE_OK;
 }
 
 std::string SqliteDatabase::failure(const char* what) const {
@@ -174,14 +116,14 @@ void SqliteDatabase::logFailure(const char* what) const {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure(what).c_str());
 }
 
-// SQLite would go on writing into a file that has no name any more.
+// SQLite would go on writing to a file that was unlinked.
 bool SqliteDatabase::isInPlace() const {
   int moved = 0;
   sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
   return moved == 0;
 }
 
-// SQLite answers for a null handle too: out of memory.
+// For a null handle SQLite answers "out of memory".
 std::string SqliteDatabase::words() const {
   const std::string words = sqlite3_errmsg(handle());
   const int code = sqlite3_errcode(handle()) & 0xff;
@@ -190,7 +132,7 @@ std::string SqliteDatabase::words() const {
   return fromSystem && reason != 0 ? words + " (" + std::strerror(reason) + ")" : words;
 }
 
-// Made here and not by SQLite, whose files others could read: settings hold a shared secret.
+// SQLite would create a file that other users can read, and the settings hold a shared secret.
 void SqliteDatabase::create() {
   makeOwnFolder(std::filesystem::path(m_name).parent_path());
   for (const char* const part : {"", "-wal", "-shm", "-journal"}) tightenFile(m_name + part);
@@ -221,7 +163,7 @@ void SqliteDatabase::open(const SqliteStore& store) {
   bringUp(store);
 }
 
-// Nothing is written before it is known whose file it is.
+// Writes nothing before the version shows that the file is ours.
 void SqliteDatabase::bringUp(const SqliteStore& store) {
   execute("PRAGMA locking_mode=EXCLUSIVE");
   const std::string integrity = first("PRAGMA integrity_check(1)");
@@ -238,7 +180,7 @@ void SqliteDatabase::bringUp(const SqliteStore& store) {
   }
 }
 
-// 0: it is new.
+// 0: the database is new.
 int SqliteDatabase::versionFound(const SqliteStore& store) {
   if (sqlite3_db_readonly(handle(), "main") == 1) {
     throw Error(describe(m_name, "cannot be written: it is read-only"));
@@ -260,7 +202,7 @@ void SqliteDatabase::setAside(const std::string& reason) {
     throw Error(describe(
         m_name, std::string("is damaged and cannot be set aside: ") + std::strerror(errno)));
   }
-  // Its log belongs to it, and must not be taken for the new file's. It may well be missing.
+  // The WAL belongs to the damaged file, not to the new one. It may be missing.
   static_cast<void>(std::rename((m_name + "-wal").c_str(), (name + "-wal").c_str()));
   logAppUni("clockhost", 2, __FILE__, __LINE__,
             "store \"%s\" is damaged (%s): set aside as \"%s\", starting with an empty one",

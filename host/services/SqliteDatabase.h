@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,7 +10,7 @@ struct sqlite3;
 
 namespace host {
 
-// What a store needs to be opened.
+// What describes a store.
 struct SqliteStore {
   int version;              // on disk: pragma user_version
   const char* schema;       // SQL that makes an empty database one of `version`
@@ -20,10 +19,10 @@ struct SqliteStore {
   const char* synchronous;  // FULL: each transaction is synced. NORMAL: only checkpoints are
 };
 
-// One open SQLite database with a write-ahead log, held exclusively by this process.
-// Owner: a service, which also sees to one thread at a time. Failure: opening throws host::Error;
-// a file found damaged twice is set aside as FILE.damaged-N, with one log line, and a new one is
-// opened.
+// One open SQLite database in WAL mode, held exclusively by this process. SQLite checkpoints the
+// WAL within the transaction that makes it 1,000 pages long. Owner: a service, which serialises its
+// calls. Failure: opening throws host::Error; a file that was found damaged twice is set aside as
+// FILE.damaged-N, with one log line, and a new one is opened.
 class SqliteDatabase {
  public:
   // Creates file and folder where missing, both for their owner only. Throws host::Error: no
@@ -33,18 +32,6 @@ class SqliteDatabase {
   ~SqliteDatabase();
 
   [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
-
-  // Begins the write-ahead log of a file that has none, as the first change would: that takes syncs
-  // of its own, for which the first change need not wait then. It tries again after a failure.
-  void beginLog();
-
-  // The write-ahead log is folded into the file when it is long, which takes syncs of its own. From
-  // now on `due` is called instead, once, within the change that made the log long: it sees to it
-  // that fold is called soon. Where nobody does, a change folds a log of twice the length itself.
-  void foldLater(std::function<void()> due);
-
-  // Folds the log into the file and begins it again, so that the next change is one sync.
-  void fold();
 
   // False: the file was removed or replaced, or its folder was. What is written now is lost.
   [[nodiscard]] bool isInPlace() const;
@@ -58,11 +45,6 @@ class SqliteDatabase {
     void operator()(sqlite3* handle) const;
   };
 
-  static int onChange(void* self, sqlite3* handle, const char* name, int pages);
-  void noteLogOf(int pages);
-  [[nodiscard]] bool moveLogIntoFile() const;
-  void writeVersion() const;
-  void askToFold();
   std::optional<std::string> damageOnOpening(const SqliteStore& store);
   void create();
   void open(const SqliteStore& store);
@@ -74,11 +56,8 @@ class SqliteDatabase {
   [[nodiscard]] std::string words() const;
   [[noreturn]] void fail();
 
-  std::string m_name;  // the file's path, or ":memory:"
-  const int m_version;
+  std::string m_name;   // the file's path, or ":memory:"
   bool m_made = false;  // the file is this object's
-  std::function<void()> m_foldIsDue;
-  bool m_asked = false;  // to fold, since the log was begun
   std::unique_ptr<sqlite3, Close> m_handle;
 };
 

@@ -15,7 +15,7 @@ SqliteStatement::SqliteStatement(const SqliteDatabase& database, std::string sql
   throw Error(std::string("store: ") + sqlite3_errmsg(database.handle()));
 }
 
-// After a failure nothing more is asked of SQLite, which keeps the words for the last thing alone.
+// Calls SQLite no more after a failure, because it keeps only the last call's message.
 bool SqliteStatement::ready() {
   if (m_statement == nullptr && m_failure == SQLITE_OK) {
     m_failure = sqlite3_prepare_v3(m_database.handle(), m_sql.c_str(), -1,
@@ -39,7 +39,7 @@ void SqliteStatement::bind(int index, std::int64_t number) {
   if (ready()) m_failure = sqlite3_bind_int64(m_statement, index, number);
 }
 
-// Never with a parameter missing: it would be null, and the statement another one.
+// Does not run with an unbound parameter: it would count as null.
 void SqliteStatement::step() {
   m_code = ready() ? sqlite3_step(m_statement) : m_failure;
 }

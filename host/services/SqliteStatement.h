@@ -9,14 +9,13 @@ namespace host {
 
 class SqliteDatabase;
 
-// One prepared statement, kept for the life of its database and run any number of times: bind,
-// next or run, reset. Owner: a service; it goes before the database. Failure: the constructor
-// throws host::Error; the others answer false and the database knows why. A parameter that could
-// not be bound is a failure of next and run, until reset.
+// One prepared statement, run any number of times: bind, next or run, reset. Owner: a service,
+// which destroys it before the database. Failure: the constructor throws host::Error; the others
+// return false, and the database knows why. After a failed bind, next and run fail until reset.
 class SqliteStatement {
  public:
-  // whenUsed: what is seldom wanted does not keep a start waiting. The first use fails then, not
-  // the constructor.
+  // whenUsed: preparing does not delay the start. The first use may fail then, instead of the
+  // constructor.
   enum class Prepared { now, whenUsed };
 
   SqliteStatement(const SqliteDatabase& database, std::string sql,
@@ -25,20 +24,20 @@ class SqliteStatement {
   SqliteStatement(const SqliteStatement&) = delete;
   SqliteStatement& operator=(const SqliteStatement&) = delete;
 
-  // Binds parameter `index`, from 1. Text is any bytes, not copied: it lives until reset.
+  // Binds parameter `index`, from 1. Text is any bytes, not copied: it must live until reset.
   void bind(int index, const std::string& text);
   void bind(int index, std::int64_t number);
 
-  // True: there is a row to read. False: no more, or a failure (then failed() is true).
+  // True: there is a row to read. False: no more rows, or a failure (then failed() is true).
   [[nodiscard]] bool next();
   [[nodiscard]] bool failed() const;
 
-  // Runs it to its end and resets it. False: nothing was changed.
+  // Runs the statement to its end and resets it. False: nothing was changed.
   [[nodiscard]] bool run();
 
   void reset();
 
-  // Column `index`, from 0, of the present row.
+  // Column `index`, from 0, of the current row.
   [[nodiscard]] std::string text(int index) const;
   [[nodiscard]] std::int64_t number(int index) const;
   [[nodiscard]] int integer(int index) const;
@@ -50,7 +49,7 @@ class SqliteStatement {
   const SqliteDatabase& m_database;
   const std::string m_sql;
   sqlite3_stmt* m_statement = nullptr;
-  int m_failure = 0;  // the first since reset, of preparing or binding
+  int m_failure = 0;  // of the first prepare or bind that failed since reset
   int m_code = 0;     // of the last step
 };
 

@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// For the last host to end after it was told to, or killed.
+// The last host may need a moment to end.
 constexpr std::chrono::milliseconds kPatience{500};
 constexpr std::chrono::milliseconds kPause{10};
 
@@ -38,7 +38,7 @@ void requireWritable(const fs::path& folder) {
   throw Error(named(folder) + " cannot be used: " + std::strerror(errno));
 }
 
-// The lock is taken before anything else is looked at, so it is always there.
+// The lock file is always there, because it is created first.
 bool holdsOnlyTheLock(const fs::path& folder) {
   std::error_code code;
   fs::directory_iterator entry(folder, code);
@@ -48,7 +48,7 @@ bool holdsOnlyTheLock(const fs::path& folder) {
   return !code;
 }
 
-// A folder with a sticky bit is shared by design, one with other things in it has another use.
+// A sticky bit means that the folder is shared; foreign files mean that it has another use.
 bool isOwn(const fs::path& folder, mode_t mode) {
   std::error_code code;
   if ((mode & S_ISVTX) != 0) return false;

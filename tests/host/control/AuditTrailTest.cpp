@@ -251,8 +251,8 @@ TEST(SecurityLogDocument, TellsTheBounds) {
                                    std::to_string(SecurityLog::kHostActs) + " other accepted",
                                    std::to_string(SecurityLog::kRefused) + " refused",
                                    std::to_string(SecurityLog::kLongestText) + " bytes",
-                                   "first " + std::to_string(Repeats::kSpelledOut),
-                                   std::to_string(Repeats::kQuiet.count()) + " seconds",
+                                   "first " + std::to_string(Repeats::kOwnRecords),
+                                   std::to_string(Repeats::kIdle.count()) + " seconds",
                                    std::to_string(Repeats::kSources) + " sources"}) {
     EXPECT_NE(document.find(bound), std::string::npos) << bound;
   }

@@ -94,17 +94,6 @@ TEST_F(TelephoneWithTestPlugin, FindsAllServicesAndEndsInOrder) {
                           "found ClockService", "shutdown", "deleted", "invoker deleted"));
 }
 
-// The first set is not to wait for that. The orderly end before has taken the logs away.
-TEST_F(TelephoneWithTestPlugin, BeginsTheLogsOfItsStoresBesideTheStart) {
-  for (int i = 0; i < 2; ++i) {
-    start();
-    device->managementThread().run([] {});
-    EXPECT_GT(std::filesystem::file_size(folder / "state/settings.db-wal"), 0U) << "start " << i;
-    EXPECT_GT(std::filesystem::file_size(folder / "state/security.db-wal"), 0U) << "start " << i;
-    device.reset();
-  }
-}
-
 TEST_F(TelephoneWithTestPlugin, StopsOnce) {
   start();
   device->stop();

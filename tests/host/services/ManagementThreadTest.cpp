@@ -46,40 +46,6 @@ TEST(ManagementThread, ForgetsWhatIsQueuedAndGoesOn) {
   EXPECT_EQ(ran, 10);
 }
 
-TEST(ManagementThread, WhatIsForLaterRunsWithoutBeingAskedFor) {
-  ManagementThread thread;
-  std::promise<void> ran;
-  thread.postForLater([&] { ran.set_value(); });
-  ran.get_future().get();
-}
-
-// So that what is asked next does not wait for it.
-TEST(ManagementThread, WhatIsForLaterWaitsUntilNothingWasWantedForAMoment) {
-  using Clock = std::chrono::steady_clock;
-  ManagementThread thread;
-  std::promise<Clock::time_point> ran;
-  const auto begin = Clock::now();
-  thread.postForLater([&] { ran.set_value(Clock::now()); });
-  EXPECT_GE(ran.get_future().get() - begin, std::chrono::milliseconds(5));
-}
-
-TEST(ManagementThread, WhatIsForLaterIsDoneBeforeTheNextTask) {
-  ManagementThread thread;
-  std::vector<int> order;
-  thread.postForLater([&] { order.push_back(1); });
-  thread.postForLater([&] { order.push_back(2); });
-  thread.run([&] { order.push_back(3); });
-  EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
-}
-
-TEST(ManagementThread, DestructionRunsWhatIsForLater) {
-  int ran = 0;
-  {
-    ManagementThread().postForLater([&] { ++ran; });
-  }
-  EXPECT_EQ(ran, 1);
-}
-
 TEST(ManagementThread, RunInsideATaskRunsAtOnce) {
   ManagementThread thread;
   std::vector<int> order;

@@ -14,7 +14,7 @@ class Tried : public ::testing::Test {
   std::int64_t attempt(const std::string& user, bool failure, const std::string& content) {
     const Repeats::Attempt attempt{user, failure, 3, failure, content};
     if (const auto earlier = repeats.earlier(attempt, now)) return earlier;
-    repeats.spelledOut(attempt, ++newest, now);
+    repeats.recorded(attempt, ++newest, now);
     return newest;
   }
   std::int64_t accepted(const std::string& content) { return attempt("a", false, content); }
@@ -39,11 +39,11 @@ TEST_F(Tried, AcceptedOnesThatDifferAreAllSpelledOut) {
 }
 
 TEST_F(Tried, RefusalsOfOneSourceAreCountedWhateverTheySay) {
-  for (int i = 1; i <= Repeats::kSpelledOut; ++i) EXPECT_EQ(refused(std::to_string(i)), i);
+  for (int i = 1; i <= Repeats::kOwnRecords; ++i) EXPECT_EQ(refused(std::to_string(i)), i);
   for (int i = 0; i < 10'000; ++i) {
-    EXPECT_EQ(refused("other " + std::to_string(i)), Repeats::kSpelledOut);
+    EXPECT_EQ(refused("other " + std::to_string(i)), Repeats::kOwnRecords);
   }
-  EXPECT_EQ(attempt("b", true, "x"), Repeats::kSpelledOut + 1) << "another source";
+  EXPECT_EQ(attempt("b", true, "x"), Repeats::kOwnRecords + 1) << "another source";
 }
 
 // Neither an accepted one in between nor taking turns spells more out.
@@ -53,16 +53,16 @@ TEST_F(Tried, RefusalsAreCountedAlsoInTurnsWithOthers) {
     accepted("x");
     attempt("b", true, std::to_string(i));
   }
-  EXPECT_EQ(newest, 2 * Repeats::kSpelledOut + 1);
+  EXPECT_EQ(newest, 2 * Repeats::kOwnRecords + 1);
 }
 
 TEST_F(Tried, QuietSourceStartsAnew) {
-  for (int i = 0; i < 2 * Repeats::kSpelledOut; ++i) refused(std::to_string(i));
-  now += Repeats::kQuiet;
-  EXPECT_EQ(refused("x"), Repeats::kSpelledOut);
-  now += Repeats::kQuiet + seconds(1);
-  EXPECT_EQ(refused("x"), Repeats::kSpelledOut + 1);
-  EXPECT_EQ(refused("y"), Repeats::kSpelledOut + 2);
+  for (int i = 0; i < 2 * Repeats::kOwnRecords; ++i) refused(std::to_string(i));
+  now += Repeats::kIdle;
+  EXPECT_EQ(refused("x"), Repeats::kOwnRecords);
+  now += Repeats::kIdle + seconds(1);
+  EXPECT_EQ(refused("x"), Repeats::kOwnRecords + 1);
+  EXPECT_EQ(refused("y"), Repeats::kOwnRecords + 2);
 }
 
 TEST_F(Tried, NothingIsCountedInARecordThatIsGone) {

@@ -248,7 +248,7 @@ TEST_F(SettingsStore, ReadThatFailsOnceIsNoDamage) {
   EXPECT_FALSE(fs::exists(aside(1)));
 }
 
-TEST_F(SettingsStore, LogThatCannotBeMovedAtTheEndIsToldAndKept) {
+TEST_F(SettingsStore, CheckpointThatFailsAtTheEndIsLoggedAndLosesNothing) {
   std::optional<FailingWrites> fault;
   {
     SqliteDataAccess store(folder.path());
@@ -257,7 +257,7 @@ TEST_F(SettingsStore, LogThatCannotBeMovedAtTheEndIsToldAndKept) {
   }
   fault.reset();
   ASSERT_EQ(log.entries().size(), 1U) << log.text();
-  EXPECT_TRUE(log.hasPart("settings.db\": moving the log into the file failed: ")) << log.text();
+  EXPECT_TRUE(log.hasPart("settings.db\": checkpoint failed: ")) << log.text();
   SqliteDataAccess store(folder.path());
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
 }
