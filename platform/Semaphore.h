@@ -4,11 +4,12 @@
 
 #include "ThreadSafety.h"
 
-// A counting semaphore.
+// A counting semaphore of one process.
 // Owner: its creator. Thread: any.
 class CLOCK_LOCK Semaphore {
  public:
-  // initialCount: 0-maximumCount. interProcess: shared with other processes.
+  // initialCount: 0-maximumCount. interProcess: always false, as the clock shares none with another
+  // process.
   Semaphore(int initialCount, int maximumCount, bool interProcess = false);
   ~Semaphore();
   Semaphore(const Semaphore&) = delete;
