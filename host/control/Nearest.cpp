@@ -6,8 +6,11 @@
 namespace host {
 namespace {
 
-// Longer texts are not typing errors: the cost of a comparison stays bounded.
+// Bounds the cost of a comparison. No known word is as long.
 constexpr std::size_t kLongestWord = 128;
+
+// How much of the longer word a typing error may change: a third, and always one letter.
+constexpr std::size_t kMostChanged = 3;
 
 std::string lowerCase(std::string_view text) {
   std::string lower(text.substr(0, kLongestWord));
@@ -15,6 +18,11 @@ std::string lowerCase(std::string_view text) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   });
   return lower;
+}
+
+bool isTypingError(std::string_view word, std::string_view meant) {
+  const std::size_t longer = std::min(std::max(word.size(), meant.size()), kLongestWord);
+  return editDistance(word, meant) <= std::max<std::size_t>(1, longer / kMostChanged);
 }
 
 bool swapped(const std::string& a, const std::string& b, std::size_t i, std::size_t j) {
@@ -54,7 +62,7 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
 
 std::string suggestion(std::string_view word, std::span<const std::string_view> candidates) {
   const std::string_view best = nearest(word, candidates);
-  if (best.empty()) return {};
+  if (best.empty() || !isTypingError(word, best)) return {};
   return "; did you mean \"" + std::string(best) + "\"?";
 }
 

@@ -12,11 +12,12 @@ namespace host {
 // without regard to letter case.
 [[nodiscard]] std::size_t editDistance(std::string_view left, std::string_view right);
 
-// The candidate with the smallest distance, the first of equals; empty when there are none.
+// The candidate with the smallest distance, the first of equals; empty without candidates.
 [[nodiscard]] std::string_view nearest(std::string_view word,
                                        std::span<const std::string_view> candidates);
 
-// "; did you mean \"X\"?", or empty when there are no candidates.
+// "; did you mean \"X\"?", or empty when no candidate is similar: more than a third of the longer
+// word, and more than one letter, would have to change.
 [[nodiscard]] std::string suggestion(std::string_view word,
                                      std::span<const std::string_view> candidates);
 

@@ -58,10 +58,10 @@ TEST(OutsideWords, AreClippedWhenTheyAreLong) {
   RunningHost host;
   const std::string length(100'000, 'x');
   const Wrong rows[] = {
-      {{"get", length}, 1, "...\" (100000 bytes); did you mean"},
+      {{"get", length}, 1, "...\" (100000 bytes)"},
       {{"set", "daylight-save", length}, 1, "...\" (100000 bytes); it takes true or false"},
-      {{"--timeout", "0.2", "call", length}, 1, "...\" (100000 bytes); did you mean"},
-      {{length}, 2, "...\" (100000 bytes); did you mean"},
+      {{"--timeout", "0.2", "call", length}, 1, "...\" (100000 bytes)"},
+      {{length}, 2, "...\" (100000 bytes)"},
       {{"clock", "advance", length}, 2, "...\" (100000 bytes) is not a duration; write `90s`"},
       {{"--" + length}, 2, "; `clockctl --help` lists"},
       {{"--timeout=" + length, "status"}, 2, "; `clockctl --help` lists"},

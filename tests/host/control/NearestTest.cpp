@@ -53,5 +53,24 @@ TEST(Suggestion, NamesTheNearest) {
   EXPECT_EQ(suggestion("tme", {}), "");
 }
 
+TEST(Suggestion, IsMadeUpToAThirdOfTheLongerWord) {
+  constexpr std::array<std::string_view, 1> kNine = {"abcdefghi"};
+  EXPECT_EQ(suggestion("abcdef", kNine), "; did you mean \"abcdefghi\"?");
+  EXPECT_EQ(suggestion("abcde", kNine), "");
+  EXPECT_EQ(suggestion("abcdefghijkl", kNine), "; did you mean \"abcdefghi\"?");
+  EXPECT_EQ(suggestion("abcdefghijklmn", kNine), "");
+}
+
+TEST(Suggestion, IsMadeForOneWrongLetterOfAShortWord) {
+  constexpr std::array<std::string_view, 1> kTwo = {"on"};
+  EXPECT_EQ(suggestion("om", kTwo), "; did you mean \"on\"?");
+  EXPECT_EQ(suggestion("xy", kTwo), "");
+}
+
+TEST(Suggestion, IsNotMadeForAnUnrelatedWord) {
+  EXPECT_EQ(suggestion("banana", remoteMethodNames()), "");
+  EXPECT_EQ(suggestion(std::string(100'000, 'x'), remoteMethodNames()), "");
+}
+
 }  // namespace
 }  // namespace host
