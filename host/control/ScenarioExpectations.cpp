@@ -126,6 +126,7 @@ Run expectZone(WordReader& words) {
 }
 
 Run expectRefused(WordReader& words) {
+  words.require("VERB");
   const auto rest = words.rest();
   const Json request = requestOf(rest);
   const Verb::Route route = findVerb(rest.front())->route;
@@ -180,8 +181,8 @@ Run expectValue(WordReader& words) {
 }
 
 Run expectLog(WordReader& words) {
+  words.require("TEXT");
   const std::string text = words.restAsText();
-  if (text.empty()) WordReader::fail("TEXT is missing");
   return [text](ScenarioDevice& device) {
     const std::vector<std::string> texts = device.logTexts();
     const auto found = std::find_if(texts.begin(), texts.end(), [&](const std::string& entry) {

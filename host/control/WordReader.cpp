@@ -24,8 +24,12 @@ std::string listed(std::span<const std::string_view> words) {
 WordReader::WordReader(std::span<const std::string> words, std::string_view usage)
     : m_words(words), m_usage(usage) {}
 
-const std::string& WordReader::next(std::string_view what) {
+void WordReader::require(std::string_view what) const {
   if (done()) failWithUsage(std::string(what) + " is missing");
+}
+
+const std::string& WordReader::next(std::string_view what) {
+  require(what);
   return m_words[m_next++];
 }
 

@@ -16,10 +16,13 @@ class WordReader {
 
   [[nodiscard]] bool done() const { return m_next == m_words.size(); }
 
+  // Throws UsageError unless there is another word. what: its name in the usage.
+  void require(std::string_view what) const;
+
   // The next word. what: its name in the usage, for the error line when there is none.
   const std::string& next(std::string_view what);
 
-  // The next word, which must be one of `choices`; else the nearest is suggested.
+  // The next word, which must be one of `choices`; otherwise a similar one is suggested.
   const std::string& choice(std::string_view what, std::span<const std::string_view> choices);
 
   int integer(std::string_view what);

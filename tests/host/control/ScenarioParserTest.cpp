@@ -139,7 +139,7 @@ TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
       {"expect state time", "N is missing (usage: state KEY N)"},
       {"expect value", "KEY is missing (usage: value KEY TEXT)"},
       {"expect value time", "TEXT is missing (usage: value KEY TEXT)"},
-      {"expect log", "TEXT is missing"},
+      {"expect log", "TEXT is missing (usage: log TEXT)"},
   };
   for (const auto& [text, error] : rows) EXPECT_EQ(faultOf(text), std::string("1: ") + error);
 }
@@ -172,7 +172,7 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"expect get time", "VALUE is missing"},
       {"expect state time four", "\"four\" is not a number"},
       {"expect log", "TEXT is missing"},
-      {"expect refused", "a verb is missing"},
+      {"expect refused", "VERB is missing (usage: refused VERB ...)"},
       {"expect refused watch", "nothing refuses to be watched"},
       {"expect tz LOC-1:00 x", "\"x\" is one word too many"},
       {"set a \"b", "1: a quote is not closed"},
