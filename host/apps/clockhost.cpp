@@ -3,6 +3,7 @@
 #include <ctime>
 #include <exception>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ int main(int argc, char** argv) {
     return host::outputArrived("clockhost") ? 0 : 1;
   } catch (const host::UsageError& error) {
     return say(error, 2);
+  } catch (const std::bad_alloc&) {
+    std::cerr << "clockhost: not enough memory to run; raise the limit (ulimit -v) or free some\n";
+    return 1;
   } catch (const std::exception& error) {
     return say(error, 1);
   }

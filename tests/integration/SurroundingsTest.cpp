@@ -10,6 +10,7 @@
 #include <functional>
 
 #include "integration/RunningHost.h"
+#include "support/Sanitizers.h"
 
 namespace integration {
 namespace {
@@ -81,13 +82,24 @@ TEST(HangUp, DoesNotEndTheHost) {
   EXPECT_FALSE(host.program().ends(std::chrono::milliseconds(0)));
 }
 
+Outcome startLimited(const std::string& limit) {
+  const support::TemporaryFolder folder;
+  Words words = inShell("", hostWords(folder));
+  words[2].insert(0, "ulimit " + limit + "; ");
+  return Program(folder.path(), "host", words).wait();
+}
+
 // Room for the line, and for no page of a database.
 TEST(FileSizeLimit, AtTheStartIsARefusalInOneLine) {
-  const support::TemporaryFolder folder;
-  const Words words = inShell("", hostWords(folder));
-  Words limited = {words[0], words[1], "ulimit -f 4; " + words[2]};
-  limited.insert(limited.end(), words.begin() + 3, words.end());
-  expectOneLine(Program(folder.path(), "host", limited).wait(), 1, "cannot be written");
+  expectOneLine(startLimited("-f 4"), 1, "cannot be written");
+}
+
+// Room for the program and its libraries, but not for all that it needs at the start.
+TEST(MemoryLimit, AtTheStartIsARefusalInOneLine) {
+  if (support::kAddressSanitizer || support::kThreadSanitizer) GTEST_SKIP() << "needs terabytes";
+  const Outcome outcome = startLimited("-v 20000");
+  expectOneLine(outcome, 1, "clockhost: ");
+  EXPECT_EQ(outcome.err.find("bad_alloc"), std::string::npos) << outcome.err;
 }
 
 // The log goes to a file here, and the framework's thread, which writes it, would be killed first.
