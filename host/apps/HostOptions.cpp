@@ -179,7 +179,11 @@ void understand(const Words& words, HostOptions& options) {
   }
   if (options.deviceRoot.empty()) options.deviceRoot = options.device.state / "device";
   understandSockets(words, options);
-  if (!words.scenario.empty()) options.scenario = words.scenario;
+  if (words.scenario.empty()) return;
+  if (options.systemClock) {
+    throw UsageError("--scenario runs under a clock of its own; leave --clock system out");
+  }
+  options.scenario = words.scenario;
 }
 
 }  // namespace

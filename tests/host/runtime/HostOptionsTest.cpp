@@ -194,6 +194,12 @@ TEST(HostOptions, SystemClockIsAsFastAsItIs) {
   EXPECT_NE(usageErrorOf({"--clock", "system", "--speed", "2"}), "");
 }
 
+TEST(HostOptions, ScenarioNeverRunsUnderTheSystemClock) {
+  EXPECT_EQ(usageErrorOf({"--clock", "system", "--scenario", "a"}),
+            "--scenario runs under a clock of its own; leave --clock system out");
+  EXPECT_EQ(read({"--clock", "virtual", "--scenario", "a"}).scenario, "a");
+}
+
 TEST(HostOptions, HelpAndVersionAreForPeople) {
   for (const char* const word : {"--help", "--version"}) {
     std::ostringstream out;
