@@ -19,7 +19,7 @@ constexpr std::size_t kLongestComplaint =
     300;  // bytes of the library's words, which echo the person's
 
 bool isFlag(const std::string& word) {
-  return word == "--json" || word == "--help" || word == "-h";
+  return word == "--json" || word == "--help" || word == "-h" || word == "--version";
 }
 
 constexpr std::array<std::string_view, 3> kWithValue = {"--socket", "--control-socket",
@@ -86,6 +86,7 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
   ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, std::move(split.verb)};
   std::optional<double> timeout;
   CLI::App app(kDescription, "clockctl");  // the verb's words never get here
+  app.set_version_flag("--version", CLOCK_VERSION);
   // The last of two counts, so that a script's options can be overridden.
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.add_option("--socket", options.socket, "Where the host takes calls (call, watch)")
@@ -105,6 +106,9 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
     app.parse(split.options);
   } catch (const CLI::CallForHelp&) {
     out << helpText(app);
+    return std::nullopt;
+  } catch (const CLI::CallForVersion&) {
+    out << CLOCK_VERSION << '\n';
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     throw UsageError(clippedText(error.what(), kLongestComplaint) +

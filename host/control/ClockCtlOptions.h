@@ -19,8 +19,8 @@ struct ClockCtlOptions {
   std::vector<std::string> verb;                     // and its arguments
 };
 
-// Options may stand before the verb and after it, up to a word "--". Empty when the help was asked
-// for, which is then written to `out`. Throws UsageError.
+// Options may stand before the verb and after it, up to a word "--". Empty when help or version was
+// asked for, which is then written to `out`. Throws UsageError.
 [[nodiscard]] std::optional<ClockCtlOptions> readClockCtlOptions(
     std::span<const std::string> words, const std::filesystem::path& defaultSocket,
     std::ostream& out);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <sstream>
 
 #include "control/ClockCtl.h"
@@ -97,7 +98,7 @@ TEST(ClockCtlOptions, HelpNamesEachOptionWithItsDefault) {
   std::ostringstream out;
   EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", out), std::nullopt);
   for (const char* const option :
-       {"-h,--help ", "--socket FILE=/default ", "--control-socket FILE ", "--json ",
+       {"-h,--help ", "--version ", "--socket FILE=/default ", "--control-socket FILE ", "--json ",
         "--timeout SECONDS ", "(calls 2, others 5, where time passes 60)\n"}) {
     EXPECT_NE(out.str().find(option), std::string::npos) << option << '\n' << out.str();
   }
@@ -110,6 +111,14 @@ TEST(ClockCtlOptions, TheWordHelpIsTheOption) {
   EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", byOption), std::nullopt);
   EXPECT_EQ(byWord.str(), byOption.str());
   EXPECT_TRUE(read("help me")) << "no such verb, as the table says";
+}
+
+TEST(ClockCtlOptions, VersionIsPrintedAlone) {
+  for (const Words& words : {Words{"--version"}, Words{"status", "--version"}}) {
+    std::ostringstream out;
+    EXPECT_EQ(readClockCtlOptions(words, "/default", out), std::nullopt);
+    EXPECT_TRUE(std::regex_match(out.str(), std::regex("[0-9]+\\.[0-9]+\\.[0-9]+\n"))) << out.str();
+  }
 }
 
 struct Outcome {
