@@ -16,6 +16,7 @@
 #include "Proxy.h"
 #include "platform/MemoryReserve.h"
 #include "platform/Origin.h"
+#include "platform/ShownText.h"
 #include "remote/Acceptor.h"
 #include "remote/CallResponse.h"
 #include "remote/CodecTable.h"
@@ -191,7 +192,7 @@ void RemoteServer::Impl::call(Connection& from, const Frame& frame) {
 std::optional<std::string> RemoteServer::Impl::hello(Connection& from, std::string_view codec) {
   if (from.heard()) return "codec chosen after the first frame";
   MessageCodec* const found = m_codecs.find(codec);
-  if (!found) return "unknown codec \"" + std::string(codec.substr(0, 40)) + "\"";
+  if (!found) return "unknown codec " + quotedText(codec);
   from.peer().setCodec(std::string(codec), *found);
   return std::nullopt;
 }

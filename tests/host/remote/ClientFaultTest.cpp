@@ -59,6 +59,9 @@ TEST(ClientFault, BytesThatAreNoFrameCostTheirClientAndOneLine) {
       {frame(FrameKind::controlItem, ""), "frame of kind 6, which clients do not send"},
       {frame(FrameKind::hello, "cbor"), "unknown codec \"cbor\""},
       {frame(FrameKind::hello, ""), "unknown codec \"\""},
+      {frame(FrameKind::hello, "a\n\xFF\x1B[2J"), "unknown codec \"a\\n\\xFF\\x1B[2J\""},
+      {frame(FrameKind::hello, std::string(79, 'n') + "\u20AC"),
+       "unknown codec \"" + std::string(79, 'n') + "...\" (82 bytes)"},
       {frame(FrameKind::call, "?") + frame(FrameKind::hello, "json"),
        "codec chosen after the first frame"},
       {frame(FrameKind::hello, "json") + frame(FrameKind::hello, "json"),
@@ -88,8 +91,8 @@ TEST(ClientFault, LongNameOfACodecIsCutInTheLog) {
   RawSocket client(server.socket);
   client.send(frame(FrameKind::hello, std::string(100000, 'n')));
   EXPECT_TRUE(client.isHungUp(kLong));
-  EXPECT_EQ(linesOf(log),
-            std::vector{"client 1 dropped: unknown codec \"" + std::string(40, 'n') + "\""});
+  EXPECT_EQ(linesOf(log), std::vector{"client 1 dropped: unknown codec \"" + std::string(80, 'n') +
+                                      "...\" (100000 bytes)"});
 }
 
 TEST(ClientFault, HangingUpInTheMiddleOfAFrameIsOneLineAndBetweenFramesIsNone) {
