@@ -15,7 +15,7 @@
 namespace host {
 namespace {
 
-constexpr int kMostAtOnce = 16;  // then those who are already here get a turn
+constexpr int kMostAtOnce = 16;  // then connected clients get a turn
 constexpr std::chrono::milliseconds kPause{100};
 
 constexpr const char* kNoDescriptor = "no file descriptor is left";
@@ -63,7 +63,7 @@ void Acceptor::wait() {
                                     }});
 }
 
-// Waits again whatever is thrown, as without memory for the pause: the next clients are heard.
+// Waits again after any exception, for instance without memory for the pause.
 void Acceptor::acceptAll() try {
   const int error = acceptSome();
   if (error == 0) return wait();
@@ -110,12 +110,11 @@ void Acceptor::refuse(int client, std::string_view why) noexcept try {
   const std::string frame = encodeFrame({FrameKind::controlReply, 0, json});
   static_cast<void>(::send(client, frame.data(), frame.size(), MSG_DONTWAIT | MSG_NOSIGNAL));
 } catch (const std::exception&) {
-  // No memory for the reason: the client is only hung up on.
+  // No memory for the reason: the client is only disconnected.
 }
 
-// A client that cannot be accepted would stay in the queue and wake the loop for ever. Returns 0,
-// or why nobody was turned away: without a free descriptor the system does not even say that nobody
-// is there.
+// A client that cannot be accepted would stay in the backlog and wake the loop for ever. Returns 0,
+// or the error of accept: EAGAIN tells that the backlog is empty, which EMFILE hides.
 int Acceptor::turnAway() {
   if (!m_spare.valid()) return EMFILE;
   m_spare.reset();

@@ -14,8 +14,9 @@
 namespace host {
 
 // Accepts clients at a listening socket, which it does not own.
-// Owner: the server. Thread: the loop's. Failure: a client that cannot be taken in is told why and
-// turned away, and logged (RareLine). The next ones are served, also after memory has run out.
+// Owner: the server. Thread: the loop's. Failure: a client that cannot be served gets the reason
+// and is disconnected, with a log line (RareLine). Later clients are served, also after an
+// out-of-memory failure.
 class Acceptor {
  public:
   using Socket = Connection::Socket;
@@ -25,7 +26,7 @@ class Acceptor {
   Acceptor(const Acceptor&) = delete;
   Acceptor& operator=(const Acceptor&) = delete;
 
-  // Tells a client that is not taken in, as far as its socket takes it and there is memory.
+  // Sends the reason to a client that is not accepted, if its socket and memory permit.
   static void refuse(int client, std::string_view why) noexcept;
 
  private:
@@ -40,10 +41,10 @@ class Acceptor {
   asio::local::stream_protocol::acceptor m_acceptor;
   asio::steady_timer m_pause;
   std::function<void(Socket)> m_taken;
-  Descriptor m_spare;  // given up for a moment when there is no other descriptor left
+  Descriptor m_spare;  // closed for a moment when the process has no other descriptor left
   RareLine m_turnedAway{"client turned away"};
   std::shared_ptr<bool> m_alive;
-  std::shared_ptr<WaitMemory> m_waitMemory;  // accepting goes on when memory has run out
+  std::shared_ptr<WaitMemory> m_waitMemory;  // lets it wait again without free memory
 };
 
 }  // namespace host

@@ -9,7 +9,7 @@ namespace host {
 
 class Peer;
 
-// One remote call's way back to its client. Owner: the invoker. Thread: the loop's.
+// Sends the reply of one remote call to its client. Owner: the invoker. Thread: the loop's.
 class CallResponse : public InvokerResponse {
  public:
   CallResponse(std::shared_ptr<Peer> peer, std::uint32_t id);

@@ -3,46 +3,46 @@
 #include <chrono>
 #include <cstddef>
 
-// What one client may have of the host at once, so that the others do not wait for it. What comes
-// beyond the first two stays in the client's own socket: it is read when there is room again.
+// What one client may use of the host at once, so that the others do not wait for it. Beyond the
+// first two limits the host stops reading the client's socket until there is room again.
 namespace host {
 
-// Control requests without their answer. More than a script has use for; few enough that all of
-// them together hold up the management thread for less than a second.
+// Control requests without an answer. More than a script needs; few enough that all of them
+// together delay the management thread for less than a second.
 inline constexpr std::size_t kMostOpenRequests = 64;
 
 // Bytes of answers that the client has not read. Below Outbox::kMaxQueued by more than the largest
 // usual answer, so that a client that is slow to read answers is not dropped.
 inline constexpr std::size_t kMostUnread = 256 * 1024;
 
-// Registrations of one client as an observer. One brings all events; a process whose parts observe
-// each for itself over one connection has a few. Each event is sent as often.
+// Registrations of one client as an observer. One is enough for all events; a process whose parts
+// register separately over one connection has a few. Each registration gets each event.
 inline constexpr std::size_t kMostRegistrations = 8;
 
-// Registrations of all clients together, beyond the first of each, which no other client can take
-// away. With kMostClients they bound the messages of one event.
+// Registrations of all clients together, beyond the first of each, which no other client can use
+// up. With kMostClients they bound the messages of one event.
 inline constexpr std::size_t kMostFurtherRegistrations = 1'000;
 
-// Clients at once, calling: ten thousand, as they are measured with, and some. Each takes a
-// descriptor. A process has often fewer, and keeps some for files, children, pipes, and for those
-// who control it: more than anybody starts at once.
+// Connected clients at the call socket: the ten thousand of the benchmark, and some. Each takes a
+// descriptor. A process often has fewer, and reserves some for files, children, pipes and control
+// clients: more than anyone starts at once.
 inline constexpr std::size_t kMostClients = 10'100;
 inline constexpr std::size_t kMostControlClients = 100;
 inline constexpr std::size_t kOwnDescriptors = kMostControlClients + 64;
 
-// One user, neither root nor the host's own, has at most one of so many equal shares of them: at
-// the socket of calls one user of its group does not shut out the others, who have the other half.
+// A user other than root and the host's own gets at most one of so many equal shares, so that one
+// user of the group cannot lock the others out of the call socket: half of it is theirs.
 inline constexpr std::size_t kUserSharesOfClients = 2;
 
-// How many the process has descriptors for, at its present limit.
+// For how many clients the process has descriptors, at its present limit.
 [[nodiscard]] std::size_t clientsWithDescriptors();
 
-// What a client may have handled as soon as it is read, without waiting for a turn: enough for one
-// who waits for answers. However many clients send more together, one of them has a turn at a time.
+// Frames of a client that are handled as soon as they are read, without waiting for a turn: enough
+// for a client that waits for answers. Clients that send more take turns, one at a time.
 inline constexpr std::size_t kFramesAtOnce = 4;
 
-// One turn of a client on the loop: as many frames as these, or as long, whichever ends first. It
-// ends after a frame, so one frame is always handled.
+// The length of one turn of a client on the loop, in frames or time, whichever ends first. At least
+// one frame is handled.
 inline constexpr std::size_t kFramesInTurn = 64;
 inline constexpr std::chrono::milliseconds kTurn{1};
 

@@ -14,7 +14,7 @@ inline constexpr std::string_view kDefaultCodec = "msgpack";
 // The codecs of the host by name. Immutable. Thread: any.
 class CodecTable {
  public:
-  // Null for a name nobody knows. Owned by the table.
+  // Null for an unknown name. Owned by the table.
   [[nodiscard]] MessageCodec* find(std::string_view name);
 
   [[nodiscard]] static std::vector<std::string> names();

@@ -16,9 +16,9 @@
 namespace host {
 namespace {
 
-constexpr std::uint64_t kNotWatched = UINT64_MAX;  // the client was not waited for all the time
+constexpr std::uint64_t kNotWatched = UINT64_MAX;  // the client was not waited for throughout
 
-// For the log; 0 when the system does not tell.
+// For the log; 0 when the system does not know.
 long processIdAt(int socket) {
   const auto process = processAt(socket);
   return process ? process->pid : 0;
@@ -74,7 +74,7 @@ void Connection::onRead(bool failed, std::size_t bytes) {
   if (m_closed) return;
   if (failed) return onEnd();
   m_reader.commit(bytes);
-  // A client that needed more than a turn does not come before those that wait for another one.
+  // A client that needed more than a turn queues behind those that wait for theirs.
   if (std::exchange(m_cutShort, false)) return m_listener.turnOver(*this);
   handle(kFramesAtOnce);
 }
@@ -125,12 +125,12 @@ Connection::Turn Connection::handleFrames(std::size_t most) {
   return Turn::complete;
 }
 
-// Nothing is read from a client that is held; what it sends waits in its own socket.
+// The host does not read from a held client; what it sends waits in its socket.
 void Connection::hold() {
   m_held = true;
   m_peer->setHeld(true);
   watchForHangUp();
-  if (m_peer->mayGoOn()) goOn();  // an answer came before that
+  if (m_peer->mayGoOn()) goOn();  // an answer came before setHeld
 }
 
 void Connection::goOn() {
@@ -140,8 +140,7 @@ void Connection::goOn() {
   m_listener.turnOver(*this);
 }
 
-// The end of what a client sends is behind what is not read yet. That nobody hears the answers any
-// more is told at once.
+// The end of the stream lies behind unread bytes, but a closed socket is reported at once.
 void Connection::watchForHangUp() {
   if (m_peer->outbox().state() != Outbox::State::open) return;
   if (std::exchange(m_waitingForHangUp, true)) return;
@@ -171,7 +170,7 @@ void Connection::finishWhenAnswered() {
   if (m_peer->outbox().idle() && !m_peer->hasOpenLines()) close();
 }
 
-// Whatever a step has not got enough of costs this client, and not the host.
+// Any exception drops only this client.
 template <class Step>
 void Connection::guarded(Step step) try {
   step();
@@ -217,8 +216,8 @@ void Connection::attend() {
     case Outbox::State::failed:
       return drop(("cannot be sent to: " + reasonOf(m_peer->outbox().error())).c_str());
     default:
-      // Nothing reaches the client any more. The calls that it had sent before are still carried
-      // out; control requests are not, and its place is free for others.
+      // The client is unreachable. Calls that it sent before are still executed; control requests
+      // are not, and its place becomes free.
       if (m_ending || m_entrance == Entrance::control) close();
       return;
   }
@@ -236,7 +235,7 @@ void Connection::waitForRoom() {
   });
 }
 
-// Once for a run of unfinished frames, not for each: the timer looks at what has come meanwhile.
+// Armed once for a series of unfinished frames; the expiry checks what was received meanwhile.
 void Connection::watch() {
   if (std::exchange(m_watching, true)) return;
   m_framesBeforeWatch = m_frames;

@@ -18,36 +18,35 @@
 
 namespace host {
 
-// One client's socket on the loop: reads frames, lets the peer's outbox write, notices the end.
-// Owner: the server, until closed(). Thread: the loop's. Failure: whatever the client does wrong,
-// or does not do in time, ends this connection with one log line.
+// One client's socket on the loop: reads frames, flushes the peer's outbox, detects the disconnect.
+// Owner: the server, until closed(). Thread: the loop's. Failure: a protocol error or a timeout of
+// the client ends this connection with one log line.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
   // The loop's executor by its own type: the type-erased one costs on every read.
   using Executor = asio::io_context::executor_type;
   using Socket = asio::basic_stream_socket<asio::local::stream_protocol, Executor>;
 
-  // What is done with what comes. Outlives every connection that is not closed.
+  // Handles what the client sends. Outlives every connection that is not closed.
   class Listener {
    public:
-    // Handles one frame. A text: what the client did wrong; it is then dropped.
+    // Handles one frame. Returns a text to drop the client: what it did wrong.
     virtual std::optional<std::string> frame(Connection& from, const Frame& frame) = 0;
 
-    // The client has more to be handled than fits in a turn: takeTurn() is to be called when the
-    // others have had theirs.
+    // The client sent more frames than fit in a turn: call takeTurn() after the others' turns.
     virtual void turnOver(Connection& from) = 0;
 
-    // The client says no more, and its registrations can be taken back. Once.
+    // The client sends no more: undo its registrations. Called once.
     virtual void hungUp(Connection& from) = 0;
 
-    // Nothing more comes from here. Once, last.
+    // The last call from this connection. Called once.
     virtual void closed(Connection& from) = 0;
 
    protected:
     ~Listener() = default;
   };
 
-  // The socket that the client came in by decides what it may send.
+  // The socket at which the client connected, which decides what it may send.
   enum class Entrance { calls, control };
 
   Connection(Socket socket, Entrance entrance, std::uint64_t number, Listener& listener,
@@ -56,27 +55,27 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // Once, before all else.
   void makePeer();
 
-  // Begins to read.
+  // Starts to read.
   void open();
 
-  // Handles what has come, as far as one turn goes. To be called once for each turnOver().
+  // Handles received frames for one turn. REQUIRES: called once for each turnOver().
   void takeTurn();
 
-  // Hangs up, without a log line.
+  // Disconnects, without a log line.
   void close();
 
-  // Hangs up when the host ends. A failure that the loop has not seen yet gets its log line.
+  // Disconnects when the host ends. A failure that the loop has not handled yet is logged.
   void end();
 
   [[nodiscard]] Peer& peer() { return *m_peer; }
   [[nodiscard]] const std::shared_ptr<Peer>& sharedPeer() const { return m_peer; }
   [[nodiscard]] Entrance entrance() const { return m_entrance; }
   [[nodiscard]] std::uint64_t number() const { return m_number; }
-  [[nodiscard]] bool heard() const { return m_frames > 0; }  // a frame came before this one
+  [[nodiscard]] bool heard() const { return m_frames > 0; }  // an earlier frame was received
 
  private:
-  // A look at the connection that any thread may ask the loop for. Many requests are one look; it
-  // has memory of its own, as a client whose request is lost would stay as it is for ever.
+  // Lets any thread make the loop call attend(). Requests are coalesced; a request has memory of
+  // its own, since a client whose request is lost would wait for ever.
   struct Attention {
     Executor loop;
     std::weak_ptr<Connection> connection;
@@ -119,9 +118,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   bool m_watching = false;
   bool m_waitingForRoom = false;
   bool m_waitingForHangUp = false;
-  bool m_reading = false;   // it is the client's turn to send
-  bool m_cutShort = false;  // a turn ended before all that had come was handled
-  bool m_held = false;      // answers come first
+  bool m_reading = false;   // waiting for the client to send
+  bool m_cutShort = false;  // a turn ended with frames left
+  bool m_held = false;      // not read until it got answers
   bool m_ending = false;    // the client ended its sending side
   bool m_closed = false;
 };

@@ -7,34 +7,33 @@
 
 namespace host {
 
-// The way back to the client of one control request. Owner: whoever still has something to answer;
-// dropping the last reference ends the request: unanswered, it is refused. Thread: any, also in
-// parallel; no operation blocks, calls back or logs, so that a log sink may use it. Failure: false,
-// for good, when the client is gone or did not read.
+// Answers one control request. Owner: shared by those who still have to answer; releasing the last
+// reference ends the request, with a refusal if it has no answer. Thread: any, also in parallel; no
+// operation blocks, calls back or logs, so that a log sink may use it. Failure: false from then on
+// when the client has disconnected or did not read.
 class ControlChannel {
  public:
   virtual ~ControlChannel() = default;
 
-  // The one reply: JSON text of at most kMaxPayload bytes. False also for more, and for a second
-  // one.
+  // The reply: JSON text of at most kMaxPayload bytes. False also for a longer text or a second
+  // reply.
   virtual bool reply(std::string_view json) = 0;
 
-  // One of any number of items ahead of the reply: JSON text.
+  // One of any number of items before the reply: JSON text.
   virtual bool item(std::string_view json) = 0;
 
-  // `gone` is called once on the framework thread when the client has hung up, at once when it
-  // already has; never after the channel is gone. At most one is kept. REQUIRES: framework thread.
+  // Calls `gone` once on the framework thread when the client disconnects, at once if it already
+  // has; never after the channel's end. Keeps one callback. REQUIRES: framework thread.
   virtual void onGone(std::function<void()> gone) = 0;
 
-  // False when nobody hears an answer any more: the client is gone, or has been answered. What was
-  // not begun for it then need not be.
+  // False when the client has disconnected or got its reply: work for it need not begin.
   [[nodiscard]] virtual bool wanted() const { return true; }
 
-  // The client's next frames wait until the channel is gone, so that they find what this request
-  // takes its time for. REQUIRES: framework thread, before the handler returns.
+  // Delays the client's next frames until the channel's end, so that they see the result of this
+  // request. REQUIRES: framework thread, before the handler returns.
   virtual void holdNext() {}
 
-  // Who asks, for an OriginScope around what is done about it. Constant. Empty: this process.
+  // Who sent the request, for an OriginScope around its execution. Constant. Empty: this process.
   [[nodiscard]] virtual const std::string& origin() const {
     static const std::string self;
     return self;

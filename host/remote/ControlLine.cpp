@@ -17,8 +17,8 @@ ControlLine::ControlLine(std::shared_ptr<Peer> peer, std::uint32_t id)
   ++m_peer->m_openLines;
 }
 
-// Whoever was to answer has lost the request, for want of memory perhaps: its client need not wait.
-// While an exception passes, the client is about to be dropped.
+// The request was lost, perhaps for lack of memory: a refusal spares the client the wait. During
+// stack unwinding the client is about to be dropped.
 ControlLine::~ControlLine() {
   const bool lost = !m_replied && std::uncaught_exceptions() == 0;
   if (lost) m_peer->outbox().send({FrameKind::controlReply, m_id, kNoAnswer});

@@ -12,9 +12,8 @@ namespace host {
 
 class Peer;
 
-// The control channel of one request of a connected client. As long as it lives, the connection of
-// a client that only ended its sending side is kept for the answer. Owner: who answers. Thread: as
-// ControlChannel.
+// The control channel of one request of a connected client. While it lives, the connection of a
+// client that has only shut down its sending side stays open. Owner, thread: as ControlChannel.
 class ControlLine : public ControlChannel {
  public:
   ControlLine(std::shared_ptr<Peer> peer, std::uint32_t id);
@@ -27,10 +26,10 @@ class ControlLine : public ControlChannel {
   void holdNext() override;
   [[nodiscard]] const std::string& origin() const override;
 
-  // Replies, unless somebody hears of the client's end: a stream ends with its connection.
+  // Replies, unless onGone was called: a stream ends with its connection.
   void answerAtEnd(std::string_view json);
 
-  // The client has hung up. Thread: the loop's.
+  // The client has disconnected. Thread: the loop's.
   void tellGone();
 
  private:

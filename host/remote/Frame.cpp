@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::size_t kLengthSize = 4;
 constexpr std::size_t kMinFrameLength = kFrameHeaderSize - kLengthSize;
-constexpr std::size_t kFirstBuffer = 4096;  // holds the usual call; one for each client
-constexpr std::size_t kKeptBuffer = 65536;  // a larger one goes back after its frame
+constexpr std::size_t kFirstBuffer = 4096;  // fits the usual call; one for each client
+constexpr std::size_t kKeptBuffer = 65536;  // a larger one is freed after its frame
 
 void putBigEndian(char* to, std::uint32_t number) {
   for (int shift = 24; shift >= 0; shift -= 8) *to++ = static_cast<char>(number >> shift);

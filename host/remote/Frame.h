@@ -10,7 +10,7 @@
 
 namespace host {
 
-// What travels between the host and its clients on a stream socket. On the wire, numbers
+// The messages between the host and its clients on a stream socket. On the wire, numbers
 // big-endian:
 //   u32 length of what follows | u8 kind | u32 id | payload
 enum class FrameKind : std::uint8_t {
@@ -33,32 +33,32 @@ struct Frame {
   std::string_view payload;
 };
 
-// The bytes before a payload of that many bytes. REQUIRES: payload <= kMaxPayload.
+// The header of a payload of `payload` bytes. REQUIRES: payload <= kMaxPayload.
 [[nodiscard]] std::array<char, kFrameHeaderSize> frameHeader(FrameKind kind, std::uint32_t id,
                                                              std::size_t payload);
 
 // A whole frame. REQUIRES: frame.payload.size() <= kMaxPayload.
 [[nodiscard]] std::string encodeFrame(const Frame& frame);
 
-// Cuts a stream of bytes into frames. Memory grows with the bytes that came, never with a length
-// that was announced. Owner: one end of a connection. Thread: one at a time.
-// Failure: a stream that broke the rules stays broken; fault() says how.
+// Cuts a stream of bytes into frames. Memory grows with the received bytes, never with an announced
+// length. Owner: one end of a connection. Thread: one at a time.
+// Failure: after a protocol error the stream stays broken; fault() describes it.
 class FrameReader {
  public:
   enum class Outcome { frame, needMore, broken };
 
   FrameReader();
 
-  // Where the next bytes may be put: at least one. Ends the life of payloads given out before.
+  // Space for the next bytes: at least one. Invalidates earlier payloads.
   [[nodiscard]] std::span<char> space();
 
-  // `bytes` of space() are filled now.
+  // `bytes` bytes of space() have been filled.
   void commit(std::size_t bytes);
 
-  // Takes the next whole frame out. The payload is valid until the next space().
+  // Removes the next whole frame. The payload is valid until the next space().
   [[nodiscard]] Outcome next(Frame& frame);
 
-  // True when a frame has begun and not ended.
+  // True when there are bytes of an unfinished frame.
   [[nodiscard]] bool midFrame() const { return m_begin != m_end; }
 
   // One line for people, empty while the stream is whole.
@@ -69,7 +69,7 @@ class FrameReader {
   void makeRoom();
 
   std::vector<char> m_buffer;
-  std::size_t m_begin = 0;  // of what was not taken out yet
+  std::size_t m_begin = 0;  // of the bytes not yet removed
   std::size_t m_end = 0;
   std::string m_fault;
 };

@@ -16,12 +16,12 @@ struct NoHost : Error {
   using Error::Error;
 };
 
-// There is a socket, or a folder on the way to it, that this user may not use.
+// This user may not use the socket, or a folder on the path to it.
 struct NotAllowed : Error {
   using Error::Error;
 };
 
-// The host hung up, or what came from it is no frame.
+// The host disconnected, or sent something that is no frame.
 struct HostGone : Error {
   using Error::Error;
 };
@@ -35,13 +35,13 @@ class FrameSocket {
 
   explicit FrameSocket(const std::filesystem::path& socket);
 
-  // Sends one frame, waiting while the host does not read: up to ten seconds, then HostGone.
+  // Sends one frame; while the host does not read, waits up to ten seconds, then throws HostGone.
   void send(const Frame& frame);
 
   // Waits for the next frame; the payload is valid until the next call. False at the deadline.
   [[nodiscard]] bool receive(Frame& frame, Deadline deadline);
 
-  // Nothing more will be sent; the host ends the connection when it has handled what was.
+  // Shuts the sending side down; the host disconnects when it has handled all frames.
   void finishSending();
 
   [[nodiscard]] int descriptor() const { return m_descriptor.get(); }

@@ -6,8 +6,8 @@
 
 namespace host {
 
-// Logs one line (level 3) when the members of a group cannot get to a socket's file: when the mode
-// of a folder on the way lets them in neither as this group nor as others.
+// Logs one line (level 3) when the members of a group cannot reach a socket's file because a folder
+// on the path grants access neither to the group nor to others.
 void tellClosedWay(const std::filesystem::path& file, gid_t group);
 
 }  // namespace host

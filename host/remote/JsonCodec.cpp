@@ -40,7 +40,7 @@ void JsonCodec::encode(Method& method, std::iostream& stream) {
 bool JsonCodec::decode(std::iostream& stream, Method& method) {
   const std::optional<std::string> bytes = readToEnd(stream);
   if (!bytes) return false;
-  // JSON has no NUL. The library takes one for the end, and passes over what follows.
+  // JSON has no NUL. The library would take one for the end and ignore the rest.
   if (bytes->find('\0') != std::string::npos) return false;
   JsonMethodReader reader;
   if (!nlohmann::json::sax_parse(*bytes, &reader)) return false;

@@ -74,7 +74,7 @@ bool JsonMethodReader::string(string_t& text) {
         return true;
       }
       m_items.back().name = text;
-      // Method takes names as C texts: a longer one would come out as another name.
+      // Method takes names as C strings: a NUL would cut the name.
       return text.find('\0') == std::string::npos;
     case Member::value:
       m_items.back().value = text;

@@ -10,11 +10,11 @@
 
 namespace host {
 
-// Follows a JSON parser through the members of a Method. A refusal (false) ends the parse, so that
-// depth costs nothing. Owner: the codec, for one text. Thread: one.
+// Receives a JSON parser's events for the members of a Method. A refusal (false) ends the parse, so
+// that nested input costs nothing. Owner: the codec, for one text. Thread: one.
 class JsonMethodReader : public nlohmann::json_sax<nlohmann::json> {
  public:
-  // After a whole parse: fills `method`. False, and it stays as it was, when a member is missing.
+  // After a complete parse: fills `method`. False, leaving it unchanged, if a member is missing.
   [[nodiscard]] bool finish(Method& method) const;
 
   bool null() override { return false; }

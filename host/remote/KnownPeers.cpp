@@ -11,8 +11,8 @@
 
 namespace host {
 
-KnownPeers::KnownPeers(TurnQueue& turns, Registrations& registrations, TakeOneBack takeOneBack)
-    : m_turns(turns), m_registrations(registrations), m_takeOneBack(std::move(takeOneBack)) {}
+KnownPeers::KnownPeers(TurnQueue& turns, Registrations& registrations, UnobserveOne unobserveOne)
+    : m_turns(turns), m_registrations(registrations), m_unobserveOne(std::move(unobserveOne)) {}
 
 KnownPeers::~KnownPeers() {
   for (const Map* const map : {&m_here, &m_leaving, &m_stuck}) {
@@ -33,7 +33,7 @@ std::shared_ptr<Peer> KnownPeers::find(const std::string& address) const {
   return nullptr;
 }
 
-// The service may keep its registrations for a while: they send a gone client nothing.
+// The service may keep the registrations for a while: a disconnected client gets no events.
 void KnownPeers::leave(Peer& peer) {
   m_registrations.forget(peer);
   if (!peer.hasProxy()) return forget(&KnownPeers::m_here, peer.address());
@@ -50,13 +50,13 @@ void KnownPeers::retry() {
   askForTurn();
 }
 
-// Moves the entry as it is, which takes no memory.
+// Moves the node itself, which needs no memory.
 void KnownPeers::move(Map KnownPeers::*from, const std::string& address, Map KnownPeers::*to) {
   const MutexLock lock(m_mutex);
   if (auto entry = (this->*from).extract(address)) (this->*to).insert(std::move(entry));
 }
 
-// Without memory for it, the next client that comes or goes asks again.
+// Without memory for it, the next connect or disconnect asks again.
 void KnownPeers::askForTurn() try {
   if (m_waiting || m_over) return;
   m_turns.wait([this] { takeTurn(); });
@@ -70,7 +70,7 @@ void KnownPeers::takeTurn() {
   const auto end = std::chrono::steady_clock::now() + kTurn;
   const std::string* next = nextToLeave();
   for (std::size_t asked = 0; asked < kFramesInTurn && next != nullptr; ++asked) {
-    takeOne(*next);
+    unobserve(*next);
     next = nextToLeave();
     if (std::chrono::steady_clock::now() >= end) break;
   }
@@ -82,19 +82,19 @@ const std::string* KnownPeers::nextToLeave() const {
   return m_leaving.empty() ? nullptr : &m_leaving.begin()->first;
 }
 
-void KnownPeers::takeOne(const std::string& address) {
-  switch (m_takeOneBack(address)) {
-    case TakenBack::one:
+void KnownPeers::unobserve(const std::string& address) {
+  switch (m_unobserveOne(address)) {
+    case Unobserved::one:
       return;
-    case TakenBack::nothingLeft:
+    case Unobserved::nothingLeft:
       return forget(&KnownPeers::m_leaving, address);
-    case TakenBack::noAnswer:
+    case Unobserved::noAnswer:
       m_failures.log(address.c_str());
       return move(&KnownPeers::m_leaving, address, &KnownPeers::m_stuck);
   }
 }
 
-// The service does not use its proxy, and will not.
+// REQUIRES: the service no longer uses the proxy.
 void KnownPeers::forget(Map KnownPeers::*map, const std::string& address) {
   Map::node_type entry;
   {

@@ -7,7 +7,7 @@
 
 #include "base/Mutex.h"
 #include "remote/RareLine.h"
-#include "remote/TakeBack.h"
+#include "remote/UnobservePeer.h"
 
 namespace host {
 
@@ -15,33 +15,33 @@ class Peer;
 class Registrations;
 class TurnQueue;
 
-// The clients by address. A client that is gone stays until the service has forgotten it: its
-// registrations are taken back in turns of the loop, however many clients leave together.
-// Owner: the server. Thread: the loop's, except find(). Failure: a client that the service does not
-// forget is logged (RareLine) and stays; retry() tries again.
+// The clients by address. A disconnected client stays until it is unobserved: its registrations are
+// removed from the service in turns of the loop, however many clients disconnect together.
+// Owner: the server. Thread: the loop's, except find(). Failure: a client that cannot be unobserved
+// is logged (RareLine) and stays; retry() tries again.
 class KnownPeers {
  public:
-  // Takes one registration back from the service.
-  using TakeOneBack = std::function<TakenBack(const std::string& address)>;
+  // Removes one registration of the peer from the service.
+  using UnobserveOne = std::function<Unobserved(const std::string& address)>;
 
-  // Both outlive it.
-  KnownPeers(TurnQueue& turns, Registrations& registrations, TakeOneBack takeOneBack);
+  // REQUIRES: turns and registrations outlive it.
+  KnownPeers(TurnQueue& turns, Registrations& registrations, UnobserveOne unobserveOne);
   ~KnownPeers();  // frees all proxies
   KnownPeers(const KnownPeers&) = delete;
   KnownPeers& operator=(const KnownPeers&) = delete;
 
   void add(const std::shared_ptr<Peer>& peer);
 
-  // Null without one. Thread: any.
+  // Null if there is none. Thread: any.
   [[nodiscard]] std::shared_ptr<Peer> find(const std::string& address) const;
 
-  // The client is gone: its registrations count no more. Throws nothing.
+  // The client has disconnected: its registrations no longer count. Throws nothing.
   void leave(Peer& peer);
 
-  // Takes back from those again where it failed.
+  // Tries again to unobserve the peers for which that failed.
   void retry();
 
-  // From now on nothing is taken back: the service is about to end.
+  // Stops unobserving: the service is about to end.
   void end() { m_over = true; }
 
  private:
@@ -50,20 +50,20 @@ class KnownPeers {
   void move(Map KnownPeers::*from, const std::string& address, Map KnownPeers::*to);
   void askForTurn();
   void takeTurn();
-  const std::string* nextToLeave() const;  // null: none; stays until it is moved or forgotten
-  void takeOne(const std::string& address);
+  const std::string* nextToLeave() const;  // null: none; valid until it is moved or removed
+  void unobserve(const std::string& address);
   void forget(Map KnownPeers::*map, const std::string& address);
 
   TurnQueue& m_turns;
   Registrations& m_registrations;
-  const TakeOneBack m_takeOneBack;
-  RareLine m_failures{"cannot be taken out of the service"};
+  const UnobserveOne m_unobserveOne;
+  RareLine m_failures{"cannot be unobserved"};
   bool m_waiting = false;  // for a turn
   bool m_over = false;
   mutable Mutex m_mutex;
   Map m_here CLOCK_GUARDED_BY(m_mutex);
   Map m_leaving CLOCK_GUARDED_BY(m_mutex);
-  Map m_stuck CLOCK_GUARDED_BY(m_mutex);  // gone, and the service may still use their proxies
+  Map m_stuck CLOCK_GUARDED_BY(m_mutex);  // disconnected, but the service may still use the proxies
 };
 
 }  // namespace host

@@ -13,7 +13,7 @@
 namespace host {
 namespace {
 
-// Collects a packer's dozen small writes, and hands the stream a few large ones.
+// Buffers a packer's dozen small writes for a few large ones to the stream.
 class Sink {
  public:
   explicit Sink(std::streambuf& stream) : m_stream(stream) {}
@@ -63,8 +63,8 @@ void packParameter(Packer& packer, const Parameter& parameter) {
   }
 }
 
-// Follows the parser through the one shape there is, and fills a Method. A refusal (false) ends the
-// parse, so that depth and counts that were only announced cost nothing.
+// Receives the parser's events, accepts exactly the one shape, and fills a Method. A refusal
+// (false) ends the parse, so that nesting and announced counts cost nothing.
 class Visitor : public msgpack::null_visitor {
  public:
   explicit Visitor(Method& method) : m_method(method) {}
@@ -97,7 +97,7 @@ class Visitor : public msgpack::null_visitor {
         return go(Next::type);
       case Next::parameterName:
         m_name.assign(text, size);
-        // Method takes names as C texts: a longer one would come out as another name.
+        // Method takes names as C strings: a NUL would cut the name.
         return m_name.find('\0') == std::string::npos && go(Next::direction);
       case Next::value:
         m_method.addStringParameter(m_name.c_str(), std::string(text, size), m_direction);

@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kUsualFrame = 1024;  // bytes; all but the rarest calls, replies and events
+constexpr std::size_t kUsualFrame = 1024;  // bytes; enough for almost all frames
 
 bool isTemporary(int error) {
   return error == EAGAIN;
@@ -30,7 +30,7 @@ bool Outbox::send(const Frame& frame) {
   if (frame.payload.size() > kMaxPayload) return false;
   const std::size_t size = kFrameHeaderSize + frame.payload.size();
   if (size > kUsualFrame) return sendBytes(encodeFrame(frame));
-  // One piece on the stack: cheaper to send than two pieces, or than one on the heap.
+  // One buffer on the stack is cheaper than two writes or a heap allocation.
   std::array<char, kUsualFrame> bytes;
   const auto header = frameHeader(frame.kind, frame.id, frame.payload.size());
   std::copy(header.begin(), header.end(), bytes.begin());

@@ -10,35 +10,35 @@
 
 namespace host {
 
-// The sending side of one client's socket: straight to the socket while it takes all, then queued.
-// Frames keep the order in which send() was called. Never blocks, never logs.
+// The sending side of one client's socket: writes to the socket while it accepts everything, then
+// queues. Frames keep the order of the send() calls. Never blocks, never logs.
 // Owner: the client's Peer. Thread: send and ring any; flush and close the loop's.
-// Failure: a client that has hung up (broken) or leaves more than kMaxQueued bytes unread
-// (overflown), or a system that does not send or has no memory (failed), ends it; state() says
-// which, and every later send is refused.
+// Failure: ends when the client disconnects (broken), leaves more than kMaxQueued bytes unread
+// (overflown), or sending fails or memory is short (failed); state() says which, and every later
+// send is refused.
 class Outbox {
  public:
   static constexpr std::size_t kMaxQueued = 1024 * 1024;
 
   enum class State { open, overflown, broken, failed, closed };
 
-  // `attention` asks the loop to look at the outbox. Called on any thread, under the lock, so it
-  // may do no more than post; never after close(). The socket outlives the time until close().
+  // `attention` makes the loop check the outbox. Called on any thread, with the lock held, so it
+  // may only post; never after close(). REQUIRES: the socket stays open until close().
   Outbox(int socket, std::function<void()> attention);
 
   // False when the frame will not reach the client.
   bool send(const Frame& frame);
 
-  // What would have been sent could not even be made: nothing may follow it.
+  // A frame could not be encoded: no frame may follow it.
   void giveUp(int error);
 
-  // Asks for attention.
+  // Calls `attention`.
   void ring();
 
-  // Sends what is queued, as far as the socket takes it. False when something is left.
+  // Sends queued bytes while the socket accepts them. False when some are left.
   bool flush();
 
-  // The socket is not touched from here on.
+  // The socket is not used from here on.
   void close();
 
   [[nodiscard]] State state() const;

@@ -35,10 +35,10 @@ void Peer::setCodec(std::string name, MessageCodec& codec) {
   m_codec = &codec;
 }
 
-// Whatever goes wrong costs this client, and neither the service nor its other observers.
+// Any exception drops only this client, and does not reach the service or its other observers.
 bool Peer::sendMethod(Method& method) try {
   if (m_gone) return false;
-  // Kept: making a stream costs more than all else that is done here for one of many observers.
+  // Reused: constructing a stream costs more than everything else here.
   thread_local std::stringstream stream;
   stream.str("");
   stream.clear();

@@ -8,12 +8,11 @@
 
 namespace host {
 
-// The places of the clients at one socket: so many together, and of these one user's share, unless
-// the user is root or the host's own (ClientBounds.h). Owner: the server. Thread: the loop's.
+// Limits the clients at one socket: all together, and each user other than root and the host's own
+// (ClientBounds.h). Owner: the server. Thread: the loop's.
 class Places {
  public:
-  // One client's place; it is free again when this goes.
-  // REQUIRES: it does not outlive the Places.
+  // One client's place; its destruction frees it. REQUIRES: the Places outlive it.
   using Place = std::shared_ptr<const Places>;
 
   explicit Places(uid_t own) : m_own(own) {}

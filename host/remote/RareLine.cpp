@@ -6,16 +6,16 @@ namespace host {
 
 void RareLine::log(const char* why, Clock::time_point now) noexcept {
   if (now < m_next) {
-    ++m_untold;
+    ++m_suppressed;
     return;
   }
-  if (m_untold == 0) {
+  if (m_suppressed == 0) {
     logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s", m_kind, why);
   } else {
     logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s; so were %llu since the last line",
-              m_kind, why, static_cast<unsigned long long>(m_untold));
+              m_kind, why, static_cast<unsigned long long>(m_suppressed));
   }
-  m_untold = 0;
+  m_suppressed = 0;
   m_next = now + kBetweenLines;
 }
 

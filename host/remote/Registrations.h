@@ -10,7 +10,7 @@ namespace host {
 
 class Peer;
 
-// While it lives, this thread is in the client's call: the service asks for its proxy meanwhile.
+// Marks the client's call that this thread is executing: the service requests the proxy within it.
 class CallUnderWay {
  public:
   explicit CallUnderWay(std::string_view call);  // encoded by the client's codec
@@ -19,26 +19,27 @@ class CallUnderWay {
   CallUnderWay& operator=(const CallUnderWay&) = delete;
 };
 
-// Counts how often clients observe, and refuses what is beyond the bounds (ClientBounds.h).
-// Owner: the server. Thread: that of the calls. Failure: a refusal has a log line (RareLine).
+// Counts the clients' registrations as observers, and refuses those beyond the bounds
+// (ClientBounds.h). Owner: the server. Thread: that of the calls. Failure: a refusal is logged
+// (RareLine).
 class Registrations {
  public:
-  // observers: how many clients may observe. further: registrations of all of them together beyond
-  // the first of each.
+  // observers: how many clients may register. further: how many registrations all of them may have
+  // beyond the first of each.
   Registrations(std::size_t observers, std::size_t further)
       : m_mostObservers(observers), m_mostFurther(further) {}
 
-  // Whether the call that this thread is in may have the client's proxy: an "observeTimeEvents"
-  // beyond the bounds may not. Counts it if so; an "unobserveTimeEvents" is taken off.
+  // Whether the current call may use the client's proxy; false for an "observeTimeEvents" beyond
+  // the bounds. Counts that call, and discounts an "unobserveTimeEvents".
   [[nodiscard]] bool mayRegister(Peer& peer);
 
-  // The client is gone: its registrations count no more.
+  // The client has disconnected: its registrations no longer count.
   void forget(Peer& peer);
 
  private:
   void add(Peer& peer);
   void takeOff(Peer& peer);
-  [[nodiscard]] std::string refusal(const Peer& peer) const;  // empty: none
+  [[nodiscard]] std::string refusal(const Peer& peer) const;  // empty: allowed
 
   const std::size_t m_mostObservers;
   const std::size_t m_mostFurther;

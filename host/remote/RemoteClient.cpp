@@ -8,7 +8,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A host that turns a client away answers it before any request.
+// A host that refuses a client sends the reason before any request.
 constexpr std::uint32_t kOfNoRequest = 0;
 
 MessageCodec& knownCodec(CodecTable& table, const std::string& name) {
@@ -77,7 +77,7 @@ std::optional<std::string> RemoteClient::control(const std::string& json, Limit 
     if (!answer) break;
     if (answer->last) return answer->json;
   }
-  m_answers.erase(id);  // what comes later has nobody to go to
+  m_answers.erase(id);  // later answers are dropped
   return std::nullopt;
 }
 
@@ -106,7 +106,7 @@ std::uint32_t RemoteClient::send(FrameKind kind, std::string_view payload) {
   return m_lastId;
 }
 
-// A host that has hung up may have said why before.
+// A host may send a reason before it disconnects.
 void RemoteClient::send(const Frame& frame) try { m_socket.send(frame); } catch (const HostGone&) {
   try {
     while (receive(Clock::now())) continue;

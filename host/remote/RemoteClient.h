@@ -16,20 +16,21 @@ namespace host {
 
 // A host's answer to a control request.
 struct ControlAnswer {
-  bool last;         // the reply, after which nothing comes; else one item of a stream
-  std::string json;  // as it came
+  bool last;         // the reply; false: an item before it
+  std::string json;  // as received
 };
 
-// The host refused a call or this client, in its own words: it takes no calls at this socket, or it
-// has too many clients.
+// The host refused a call or this client, with its reason: it takes no calls at this socket, or has
+// too many clients.
 struct Refused : Error {
   using Error::Error;
 };
 
 // A client of a running host, at its call socket or at its control socket. Owner: its creator.
 // Thread: one at a time; waits block it, up to their limit. Failure: NoHost from the constructor
-// when nobody listens; HostGone from any operation when the host has hung up or sent what is no
-// frame; Refused from any operation; an empty optional when the limit has passed.
+// when nothing listens; HostGone from any operation when the host has disconnected or sent
+// something that is no frame; Refused from any operation; an empty optional when the limit has
+// passed.
 class RemoteClient {
  public:
   using Limit = std::chrono::milliseconds;
@@ -37,28 +38,27 @@ class RemoteClient {
   explicit RemoteClient(const std::filesystem::path& socket);  // the default codec
   RemoteClient(const std::filesystem::path& socket, const std::string& codec);
 
-  // Sends a call and waits for its reply. Events that come in between are kept.
+  // Sends a call and waits for its reply. Keeps the events received meanwhile.
   [[nodiscard]] std::optional<Method> call(Method& method, Limit limit);
 
   // Sends a call that has no reply.
   void post(Method& method);
 
-  // Ends the sending side and waits until the host has handled all that was sent. False when the
-  // limit has passed. Nothing can be sent afterwards; what the host still said is kept.
+  // Shuts the sending side down and waits until the host has handled everything. False when the
+  // limit has passed. Nothing can be sent afterwards; received frames are kept.
   [[nodiscard]] bool barrier(Limit limit);
 
   // The next event, in the order of sending.
   [[nodiscard]] std::optional<Method> nextEvent(Limit limit);
 
-  // Sends a control request and waits for its reply; items ahead of it are dropped.
+  // Sends a control request and waits for its reply; drops the items before it.
   [[nodiscard]] std::optional<std::string> control(const std::string& json, Limit limit);
 
   // The same with a stream of items: the id to ask nextAnswer for.
   [[nodiscard]] std::uint32_t startControl(const std::string& json);
   [[nodiscard]] std::optional<ControlAnswer> nextAnswer(std::uint32_t id, Limit limit);
 
-  // To be polled for reading, beside other things; what came may already be kept, so ask with a
-  // limit of 0 first.
+  // For poll. Frames may be kept already, so ask with a limit of 0 first.
   [[nodiscard]] int descriptor() const { return m_socket.descriptor(); }
 
  private:
@@ -76,7 +76,7 @@ class RemoteClient {
   FrameSocket m_socket;
   std::uint32_t m_lastId = 0;
   std::uint32_t m_lastCall = 0;
-  std::uint32_t m_awaited = 0;  // the call whose reply is waited for; other replies came too late
+  std::uint32_t m_awaited = 0;  // the call that waits for its reply; other replies are too late
   std::optional<Method> m_reply;
   std::deque<Method> m_events;
   std::map<std::uint32_t, std::deque<ControlAnswer>> m_answers;  // by request, until their last

@@ -25,7 +25,7 @@
 #include "remote/Places.h"
 #include "remote/Registrations.h"
 #include "remote/SocketFile.h"
-#include "remote/TakeBack.h"
+#include "remote/UnobservePeer.h"
 #include "remote/TurnQueue.h"
 #include "runtime/Error.h"
 
@@ -81,7 +81,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   CodecTable m_codecs;
   TurnQueue m_turns{m_loop};
   KnownPeers m_peers{m_turns, m_registrations,
-                     [this](const auto& address) { return takeOneBack(*m_target, address); }};
+                     [this](const auto& address) { return unobservePeer(*m_target, address); }};
   const ServerSockets m_sockets;
   std::optional<SocketFile> m_callFile;
   std::optional<SocketFile> m_controlFile;
@@ -159,7 +159,7 @@ std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Fra
       call(from, frame);
       return std::nullopt;
     case FrameKind::controlRequest:
-      if (from.peer().outbox().state() != Outbox::State::open) return std::nullopt;  // it is gone
+      if (from.peer().outbox().state() != Outbox::State::open) return std::nullopt;  // disconnected
       m_control({std::string(frame.payload), from.peer().openLine(frame.id)});
       return std::nullopt;
     case FrameKind::hello:
@@ -232,7 +232,7 @@ RemoteServer::~RemoteServer() {
   try {
     stop();
   } catch (const std::exception& error) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "a client cannot be taken leave of: %s",
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "disconnecting the clients failed: %s",
               error.what());
   }
 }

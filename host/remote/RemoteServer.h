@@ -24,27 +24,27 @@ class io_context;
 
 namespace host {
 
-// What remote calls reach: one device's service, its invoker, and the factory of observer proxies.
-// All of it outlives RemoteServer::stop(). The service does not outlive the server, which frees the
-// proxies; their code does.
+// The target of remote calls: one device's service, its invoker, and the factory of observer
+// proxies. All of it outlives RemoteServer::stop(). The service is destroyed before the server,
+// which frees the proxies; their code outlives both.
 struct RemoteTarget {
   Executable& service;
   Invoker& invoker;
   std::function<Proxy*()> makeProxy;  // a new one; null on failure
 };
 
-// Where a server listens, and who may come in.
+// Where a server listens, and who may connect.
 struct ServerSockets {
   std::filesystem::path calls;    // the telephone's remote protocol: calls and events
   std::filesystem::path control;  // control requests; the owner's alone
   std::optional<gid_t> callers;   // a group that may use `calls` beside the owner
 };
 
-// Serves any number of clients on two Unix stream sockets, and is the invoker's framework: codecs
-// by name, observer proxies by peer. What comes in by the wrong socket is refused. Calls run inline
-// on the loop's thread; events may be sent from any. Owner: the host's main; after the loop, before
-// the device. Thread: the loop's, except FrameworkContext. Failure: a fault in one client costs
-// that client and one log line.
+// Serves clients on two Unix stream sockets, and is the invoker's framework: codecs by name,
+// observer proxies by peer. Refuses frames at the wrong socket. Calls run on the loop's thread;
+// events may be sent from any. Owner: the host's main; constructed after the loop, before the
+// device. Thread: the loop's, except FrameworkContext. Failure: an error of a client drops only
+// that client, with one log line.
 class RemoteServer : public FrameworkContext {
  public:
   struct Limits {
@@ -53,11 +53,11 @@ class RemoteServer : public FrameworkContext {
     std::size_t clients = kMostClients;  // at the socket of calls
     std::size_t controlClients = kMostControlClients;  // at the other
     std::size_t furtherRegistrations = kMostFurtherRegistrations;
-    uid_t (*user)(int socket) = userAt;  // of whom a client's place is
+    uid_t (*user)(int socket) = userAt;  // to whom a client's place counts
   };
 
-  // Takes the sockets: a stale one is replaced, one with a live host throws host::Error.
-  // Clients may connect from now on; they are answered after serve().
+  // Binds the sockets: replaces a stale one, throws host::Error for one with a running host.
+  // Clients may connect from now on; serve() starts to answer them.
   RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control);
   RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control,
                Limits limits);
@@ -68,9 +68,9 @@ class RemoteServer : public FrameworkContext {
   // From now on calls reach `target`. REQUIRES: at most once.
   void serve(RemoteTarget target);
 
-  // Refuses what is not answered, hangs up, removes the sockets. Nothing is taken back from the
-  // service, which is about to end: observers' proxies hear events for nobody until the server is
-  // gone. Idempotent. To be called while the target still lives.
+  // Refuses open requests, disconnects the clients, removes the sockets. The service keeps its
+  // observers, since it is about to end; their proxies drop events until the server is destroyed.
+  // Idempotent. REQUIRES: the target still lives.
   void stop();
 
   [[nodiscard]] std::size_t clients() const;

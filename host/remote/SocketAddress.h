@@ -20,8 +20,7 @@ class SocketAddress {
   sockaddr_un m_address{};
 };
 
-// The control socket that belongs to a host's call socket unless another one is named:
-// FILE.control.
+// The default control socket for a host's call socket: FILE.control.
 [[nodiscard]] inline std::filesystem::path controlSocketBeside(const std::filesystem::path& calls) {
   return calls.native() + ".control";
 }

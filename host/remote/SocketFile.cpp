@@ -37,7 +37,7 @@ Descriptor newSocket(const std::filesystem::path& file) {
 
 constexpr milliseconds kPause{10};
 
-// False: another process holds the lock all the time. A folder that cannot be locked at all, as on
+// False: another process held the lock throughout. A folder that cannot be locked at all, as on
 // some network file systems, counts as locked.
 bool lockInTime(int folder, milliseconds patience) {
   const auto deadline = std::chrono::steady_clock::now() + patience;
@@ -49,9 +49,8 @@ bool lockInTime(int folder, milliseconds patience) {
   return true;
 }
 
-// Held while it is found out whether the file is in use and the file is replaced. A lock file would
-// stay behind; the folder is there anyway. A folder that cannot be opened is no reason not to
-// start.
+// Held while checking and replacing the file. Locks the folder, because a lock file would stay
+// behind. If the folder cannot be opened, the host starts without the lock.
 Descriptor lockFolder(const std::filesystem::path& folder, const std::filesystem::path& file,
                       milliseconds patience) {
   Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -64,7 +63,7 @@ std::filesystem::path folderOf(const std::filesystem::path& file) {
   return file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
 }
 
-// A group that is to use the socket may enter the folder, and neither list it nor write into it.
+// The socket's group may enter the folder, but neither list it nor write to it.
 void makeFolder(const std::filesystem::path& folder, std::optional<gid_t> group) {
   using std::filesystem::perms;
   std::error_code error;
@@ -113,7 +112,7 @@ void SocketFile::refuseIfTaken() const {
 void SocketFile::bind() {
   m_listener = newSocket(m_file);
   const SocketAddress address(m_file);
-  // The mode of the socket is what bind gives to the file, so there is no moment with a wider one.
+  // bind gives the socket's mode to the file, so the mode is never wider.
   if (::fchmod(m_listener.get(), kOwnerOnly) != 0 ||
       ::bind(m_listener.get(), address.get(), address.size()) != 0) {
     throw failure(m_file, "cannot bind it");
@@ -125,7 +124,7 @@ void SocketFile::bind() {
   }
 }
 
-// Before anybody can connect.
+// REQUIRES: called before listen.
 void SocketFile::giveTo(gid_t group) const {
   if (::lchown(m_file.c_str(), kSameOwner, group) != 0 ||
       ::chmod(m_file.c_str(), kOwnerAndGroup) != 0) {

@@ -10,17 +10,17 @@
 
 namespace host {
 
-// A listening Unix stream socket and its file, mode 0600; 0660 when a group is to use it, too.
+// A listening Unix stream socket and its file, mode 0600, or 0660 with a group.
 // Owner: the server. Thread: one. The destructor removes the file, if it is still this one.
-// Failure: host::Error from the constructor, naming the file; a live host's socket is left alone.
+// Failure: host::Error from the constructor, naming the file; a running host's socket stays.
 class SocketFile {
  public:
-  // A host holds the lock for far less. A process that holds it longer is no host that starts.
+  // A starting host holds the lock for a much shorter time.
   static constexpr std::chrono::milliseconds kPatience{500};
 
-  // Creates missing folders (the last one 0700, or 0710 for the group) and replaces a socket that
-  // nobody listens at. Two hosts that start at once do not both get it: the folder is locked
-  // (flock) meanwhile, and the constructor waits for the lock, at most for `patience`.
+  // Creates missing folders (the last one 0700, or 0710 for the group) and replaces a stale socket.
+  // The folder is locked (flock) meanwhile, so that only one of two hosts that start at once gets
+  // the socket; the constructor waits for the lock for at most `patience`.
   explicit SocketFile(std::filesystem::path file, std::optional<gid_t> group = {},
                       std::chrono::milliseconds patience = kPatience);
   ~SocketFile();

@@ -12,8 +12,8 @@ namespace host {
 struct TurnQueue::State {
   asio::io_context& loop;
   std::deque<std::function<void()>> waiting{};
-  bool soon = false;  // the loop will come here
-  // For that, so that those who wait do not depend on memory.
+  bool posted = false;  // runOne is queued on the loop
+  // For the posted handler, so that it needs no memory.
   std::shared_ptr<WaitMemory> waitMemory = std::make_shared<WaitMemory>();
 };
 
@@ -23,22 +23,22 @@ TurnQueue::~TurnQueue() = default;
 
 void TurnQueue::wait(std::function<void()> step) {
   m_state->waiting.push_back(std::move(step));
-  runOneSoon(m_state);
+  postNext(m_state);
 }
 
-void TurnQueue::runOneSoon(const std::shared_ptr<State>& state) {
-  if (state->soon || state->waiting.empty()) return;
+void TurnQueue::postNext(const std::shared_ptr<State>& state) {
+  if (state->posted || state->waiting.empty()) return;
   asio::post(state->loop, WaitHandler{state->waitMemory, [weak = std::weak_ptr(state)] {
                                         if (const auto alive = weak.lock()) runOne(alive);
                                       }});
-  state->soon = true;
+  state->posted = true;
 }
 
 void TurnQueue::runOne(const std::shared_ptr<State>& state) {
-  state->soon = false;
+  state->posted = false;
   const auto step = std::move(state->waiting.front());
   state->waiting.pop_front();
-  runOneSoon(state);  // first, as the others have their turn also when this step throws
+  postNext(state);  // before the step, which may throw
   step();
 }
 

@@ -9,22 +9,23 @@ class io_context;
 
 namespace host {
 
-// Where those wait who have more to do than fits in one turn of the loop. One of them goes on each
-// time that everybody else has had the loop: however many wait, the others wait for one of them.
-// Owner: the server. Thread: the loop's. Failure: what a step throws is the loop's; the next one
-// has its turn. Once a step is taken, its turn comes also when no memory is left.
+// Steps of work that is too long for one turn of the loop, run first in, first out. One step runs
+// in each pass of the loop, after the handlers that were ready before it, so that other handlers
+// never wait for more than one step. Owner: the server. Thread: the loop's. Failure: an exception
+// out of a step reaches the loop, and the next step still runs. A queued step needs no further
+// memory.
 class TurnQueue {
  public:
   explicit TurnQueue(asio::io_context& loop);
-  ~TurnQueue();  // what waits does not run
+  ~TurnQueue();  // drops the waiting steps
   TurnQueue(const TurnQueue&) = delete;
   TurnQueue& operator=(const TurnQueue&) = delete;
 
-  void wait(std::function<void()> step);  // throws std::bad_alloc: it is not taken
+  void wait(std::function<void()> step);  // throws std::bad_alloc: the step is not queued
 
  private:
   struct State;
-  static void runOneSoon(const std::shared_ptr<State>& state);
+  static void postNext(const std::shared_ptr<State>& state);
   static void runOne(const std::shared_ptr<State>& state);
   std::shared_ptr<State> m_state;
 };

@@ -7,12 +7,12 @@
 
 namespace host {
 
-// Room for one operation that waits on the loop, so that the wait can be begun again when there is
-// no memory. Owner: shared by who waits and the operations that use it. Thread: the loop's. Another
-// one may begin a wait when a flag says that none is pending.
+// Preallocated memory for one asynchronous wait on the loop, so that the wait can be restarted when
+// memory has run out. Owner: shared by the waiter and its operations. Thread: the loop's. Another
+// thread may start a wait when a flag says that none is pending.
 class WaitMemory {
  public:
-  // What is larger, or comes while the room is taken, gets memory like everything else.
+  // A larger or a second operation gets heap memory.
   void* take(std::size_t size) {
     if (m_taken || size > m_room.size()) return ::operator new(size);
     m_taken = true;
@@ -25,18 +25,18 @@ class WaitMemory {
   }
 
  private:
-  static constexpr std::size_t kSize = 256;  // bytes; such an operation takes about half of it
+  static constexpr std::size_t kSize = 256;  // bytes; an operation takes about half of it
   alignas(std::max_align_t) std::array<std::byte, kSize> m_room;
   bool m_taken = false;
 };
 
-// The allocator that a handler with a WaitMemory is associated with.
+// The associated allocator of a handler with a WaitMemory.
 template <class T>
 struct WaitAllocator {
   using value_type = T;
 
   explicit WaitAllocator(std::shared_ptr<WaitMemory> room) : memory(std::move(room)) {}
-  // As allocators are converted.
+  // Allocators are converted implicitly.
   template <class Other>
   WaitAllocator(const WaitAllocator<Other>& other)  // NOLINT(google-explicit-constructor)
       : memory(other.memory) {}
@@ -48,7 +48,7 @@ struct WaitAllocator {
   std::shared_ptr<WaitMemory> memory;
 };
 
-// Calls `handler`, with the memory for the operation that leads to it.
+// Calls `handler`; the operation before it uses `memory`.
 template <class Handler>
 struct WaitHandler {
   using allocator_type = WaitAllocator<std::byte>;
@@ -59,8 +59,8 @@ struct WaitHandler {
     handler(result...);
   }
 
-  // Constant, so that a move leaves it: asio moves the handler into its operation, and asks the old
-  // one for the allocator when the operation then cannot begin.
+  // Constant, so that a move copies it: asio moves the handler into its operation, and uses the old
+  // handler's allocator if the operation cannot start.
   const std::shared_ptr<WaitMemory> memory;
   Handler handler;
 };

@@ -29,32 +29,32 @@
 
 namespace host {
 
-// Shared with what the clock and the io_context still hold when the loop goes.
+// Shared with the handlers that the clock and the io_context may still hold after the loop's end.
 struct EventLoop::Impl {
   explicit Impl(VirtualClock& theClock) : clock(theClock) {}
 
-  // Any thread: the earliest expiry or the speed has changed. Many changes are one look.
+  // Any thread: the earliest expiry or the speed has changed. Changes are coalesced.
   void scheduleChanged() {
-    if (lookPending.exchange(true)) return;
-    asio::post(io, WaitHandler{lookMemory, [this] { look(); }});
+    if (deliveryPending.exchange(true)) return;
+    asio::post(io, WaitHandler{deliveryMemory, [this] { deliverDueAndRearm(); }});
   }
 
-  // Delivers what is due, then waits for what is next, or not at all.
-  void look() {
-    lookPending = false;
+  // Delivers the expiries that are due, then arms the timer for the next one.
+  void deliverDueAndRearm() {
+    deliveryPending = false;
     runDue();
     const auto wait = clock.realTimeToNextExpiry();
     if (!wait) {
       timer.cancel();
     } else if (*wait <= VirtualClock::Nanoseconds::zero()) {
-      // Behind what sockets and tasks have waiting, so that no speed keeps them out.
+      // Queued behind ready sockets and tasks, so that no speed starves them.
       scheduleChanged();
     } else {
       sleep(*wait);
     }
   }
 
-  // The boundary of the host: what a service throws costs this expiry, and time goes on.
+  // An exception out of the service costs only this expiry.
   void runDue() {
     try {
       const auto end = std::chrono::steady_clock::now() + kSliceTime;
@@ -66,16 +66,16 @@ struct EventLoop::Impl {
   }
 
   void sleep(VirtualClock::Nanoseconds wait) try {
-    // A far expiry would overflow the time point; the loop then looks again in a year.
+    // A far expiry would overflow the time point, so the timer is armed for a year at most.
     timer.expires_after(std::min<VirtualClock::Nanoseconds>(wait, std::chrono::hours(24 * 365)));
     timer.async_wait(WaitHandler{sleepMemory, [this](const asio::error_code& code) {
-                                   if (!code) look();
+                                   if (!code) deliverDueAndRearm();
                                  }});
   } catch (const std::bad_alloc&) {
-    scheduleChanged();  // looks again instead, behind what frees memory
+    scheduleChanged();  // retries after handlers that free memory
   }
 
-  // A signal that comes while the loop sleeps wakes it, and run() sees to the rest.
+  // Wakes the loop for a signal, which run() then handles.
   void waitForSignal() {
     signalled.async_wait(asio::posix::stream_descriptor::wait_read,
                          WaitHandler{signalMemory, [this](const asio::error_code& code) {
@@ -83,7 +83,7 @@ struct EventLoop::Impl {
                                      }});
   }
 
-  // Asked before each task, so that no queue of them comes before the end.
+  // Checked before each task, so that queued tasks do not delay the end.
   bool stopped() { return signals && signals->take(); }
 
   struct Readable {
@@ -111,7 +111,7 @@ struct EventLoop::Impl {
                       waitFor(readable);
                     }});
   } catch (const std::bad_alloc&) {
-    waitFor(readable);  // comes here again: nothing has been read
+    waitFor(readable);  // retries: nothing has been read
   }
 
   static void runLogged(const std::function<void()>& task) try {
@@ -134,9 +134,9 @@ struct EventLoop::Impl {
   std::optional<TerminationSignals> signals;
   asio::posix::stream_descriptor signalled{io};
   std::list<Readable> readables;
-  std::atomic<bool> lookPending{false};
-  // For what the loop itself waits for, one at a time each: it goes on when no memory is left.
-  const std::shared_ptr<WaitMemory> lookMemory = std::make_shared<WaitMemory>();
+  std::atomic<bool> deliveryPending{false};
+  // For the loop's own waits, one at a time each: they need no further memory.
+  const std::shared_ptr<WaitMemory> deliveryMemory = std::make_shared<WaitMemory>();
   const std::shared_ptr<WaitMemory> sleepMemory = std::make_shared<WaitMemory>();
   const std::shared_ptr<WaitMemory> signalMemory = std::make_shared<WaitMemory>();
 };

@@ -252,7 +252,7 @@ TEST(RemoteServer, TakesAPeerBackWithTheNextClientWhenTheServiceCouldNotBefore) 
     call(client, "observeTimeEvents");
     server.device.stopUnobserving();
   }
-  EXPECT_TRUE(log.waitForPart("cannot be taken out of the service: client-1")) << log.text();
+  EXPECT_TRUE(log.waitForPart("cannot be unobserved: client-1")) << log.text();
   server.device.unobserveAgain();
   EXPECT_EQ(server.device.observers(), 1U);
   RemoteClient next(server.socket);
@@ -271,7 +271,7 @@ TEST(RemoteServer, LeavesTheProxyOfAPeerWhomTheServiceDoesNotLetGoAndSaysSo) {
     }
     EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
     EXPECT_EQ(FakeProxy::living, 1);
-    EXPECT_TRUE(log.waitForPart("cannot be taken out of the service: client-1")) << log.text();
+    EXPECT_TRUE(log.waitForPart("cannot be unobserved: client-1")) << log.text();
     Method event("event", Method::call);
     EXPECT_EQ(server.device.notify(event), 0);
   }

@@ -1,4 +1,4 @@
-#include "remote/TakeBack.h"
+#include "remote/UnobservePeer.h"
 
 #include <exception>
 #include <optional>
@@ -24,7 +24,7 @@ std::string encodedRequest() {
   return stream.str();
 }
 
-// Stands in for the peer that is gone, and reads the answer in its place.
+// Receives the answer in place of the disconnected peer.
 class Answer : public InvokerResponse {
  public:
   Answer(std::string address, std::optional<bool>& removed)
@@ -48,15 +48,15 @@ class Answer : public InvokerResponse {
 
 }  // namespace
 
-TakenBack takeOneBack(const RemoteTarget& target, const std::string& address) try {
+Unobserved unobservePeer(const RemoteTarget& target, const std::string& address) try {
   static const std::string request = encodedRequest();
   std::optional<bool> removed;
   target.invoker.handleMessage(&target.service, request.data(), static_cast<int>(request.size()),
                                new Answer(address, removed));
-  if (!removed) return TakenBack::noAnswer;
-  return *removed ? TakenBack::one : TakenBack::nothingLeft;
+  if (!removed) return Unobserved::noAnswer;
+  return *removed ? Unobserved::one : Unobserved::nothingLeft;
 } catch (const std::exception&) {
-  return TakenBack::noAnswer;
+  return Unobserved::noAnswer;
 }
 
 }  // namespace host
