@@ -24,7 +24,7 @@ std::atomic<int> g_out{0};  // lookups whose threads have not returned
 struct Return {
   void operator()(std::atomic<int>* out) const noexcept { --*out; }
 };
-// One of the kMostLookups, counted while it lives. Empty: none was free.
+// One of the kMostLookups, in use while it lives. Empty: none was free.
 using Slot = std::unique_ptr<std::atomic<int>, Return>;
 
 Slot takeSlot() {
@@ -69,9 +69,9 @@ std::future<Address> ask(const std::string& name, Resolve resolve, Slot slot) {
   return answer;
 }
 
-// The name counts as failed from the start, and an address takes that back. So an address that
-// comes late takes it back, too. A short wait proves nothing about the server: only a full one that
-// ends without an answer begins a silence, or else each name asked for in one would prolong it.
+// The name counts as failed from the start, until an address arrives, in time or late. Only a full
+// wait without an answer begins a silence: a short wait proves nothing about the server, and would
+// prolong the silence.
 Address answerInTime(const std::string& name, std::chrono::milliseconds limit, Resolve resolve,
                      Slot slot) {
   FailedLookups& failed = failedLookups();
@@ -90,7 +90,7 @@ Address answerInTime(const std::string& name, std::chrono::milliseconds limit, R
 
 }  // namespace
 
-// A name that could not be asked for has not failed.
+// A name that was not looked up has not failed.
 std::optional<std::string> boundedLookup(const std::string& name, std::chrono::milliseconds limit,
                                          Resolve resolve) try {
   if (failedLookups().holds(name, SteadyClock::now())) return std::nullopt;

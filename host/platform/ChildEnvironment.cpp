@@ -15,7 +15,7 @@ std::string_view nameOf(std::string_view variable) {
   return variable.substr(0, variable.find('='));
 }
 
-// Stand-ins of a sanitizer's build are told how to report, as everybody is.
+// In a sanitizer build the stand-ins get the sanitizer's options too.
 bool isOfStandIns(std::string_view name) {
   return std::find(std::begin(kOfStandIns), std::end(kOfStandIns), name) != std::end(kOfStandIns) ||
          name.ends_with("SAN_OPTIONS");

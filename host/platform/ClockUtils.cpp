@@ -76,7 +76,7 @@ void stepDay(Fields& f, int step) {
   }
 }
 
-// Takes the offset off: the fields are then UTC. It is less than a day.
+// Subtracts the offset, which is less than a day: the fields are then UTC.
 void toUtc(Fields& f, char sign) {
   const int offset = f.offsetHours * 60 + f.offsetMinutes;
   int minutes = f.hour * 60 + f.minute + (sign == '+' ? -offset : offset);
@@ -97,7 +97,7 @@ int dayOfYear(const Fields& f) {
   return days;
 }
 
-// 0 is Sunday. Years -1 to 10000: shifted by a whole cycle of the calendar to be positive.
+// 0 is Sunday. Years -1 to 10000, shifted by a whole calendar cycle so that they are positive.
 int weekday(const Fields& f) {
   const int before = f.year + 400 - 1;
   const int days = before * 365 + before / 4 - before / 100 + before / 400 + dayOfYear(f);
@@ -126,7 +126,7 @@ void putPair(char* at, int number) {
   at[1] = static_cast<char>('0' + number % 10);
 }
 
-// The usual record, whose fields are as wide as their places: much faster than printf.
+// For the usual record, whose fields fit their places: much faster than printf.
 bool putFields(const tm& utc, std::int64_t year, char (&buffer)[kLength]) {
   if (year < 0 || year > 9999 || utc.tm_mon < 0 || utc.tm_mon > 98 || !isPair(utc.tm_mday) ||
       !isPair(utc.tm_hour) || !isPair(utc.tm_min) || !isPair(utc.tm_sec)) {
@@ -144,7 +144,7 @@ bool putFields(const tm& utc, std::int64_t year, char (&buffer)[kLength]) {
   return true;
 }
 
-// Any record; the widest number takes 11 characters, so that nothing is ever cut.
+// For any record; the widest number takes 11 characters, so nothing is truncated.
 std::string printedFields(const tm& utc, std::int64_t year) {
   char buffer[96];
   const std::int64_t month = std::int64_t{utc.tm_mon} + 1;

@@ -9,11 +9,11 @@ namespace host {
 // The settings store behind DataStorage: the service "DataAccessServiceIfc" has this interface.
 // Owner: the device. Thread: any. Schema, key and value are any bytes.
 struct DataAccess {
-  // False when it was not stored; the old value is then still there. True: it is durable.
+  // True: the value is durable. False: it was not stored, and the old value stays.
   [[nodiscard]] virtual bool setItem(const std::string& schema, const std::string& key,
                                      const std::string& value) = 0;
 
-  // Empty when nothing is stored, or it cannot be read.
+  // Empty when no value is stored, or it cannot be read.
   [[nodiscard]] virtual std::optional<std::string> getItem(const std::string& schema,
                                                            const std::string& key) = 0;
 
@@ -21,8 +21,8 @@ struct DataAccess {
   ~DataAccess() = default;
 };
 
-// How many values of the calling thread the store has failed to keep. A set is carried out on one
-// thread: who counts before and after it knows whether the store refused, or somebody else.
+// How many writes of the calling thread the store has refused. A set runs on one thread, so
+// comparing the count before and after it shows whether the store refused it.
 [[nodiscard]] std::uint64_t failedWritesHere();
 
 }  // namespace host

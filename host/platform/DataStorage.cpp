@@ -29,8 +29,8 @@ struct DataStorage::Impl {
   std::string schema;
   host::DataAccess* access;
 
-  // Nothing for a key without a value, or with one (of another writer) that XML cannot carry: the
-  // other keys' elements are not to suffer from it.
+  // Skips a key without a value, or with a value (of another writer) that XML cannot carry, so that
+  // the other keys stay readable.
   std::string elementOf(const std::string& key) const {
     if (!host::isXmlName(key)) return {};
     const auto value = access->getItem(schema, key);
@@ -53,8 +53,7 @@ bool DataStorage::findDataAccessService() {
   return m_impl->access != nullptr;
 }
 
-// What could be stored but never be read back is refused here, so that nothing that was accepted is
-// lost with the next start.
+// Refuses a value that could be stored but not read back: an accepted value must survive a restart.
 bool DataStorage::setDataItem(const std::string& key, const std::string& value) {
   if (m_impl->access == nullptr) return false;
   if (!host::isXmlName(key) || !host::isXmlText(value)) {

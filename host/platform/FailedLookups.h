@@ -10,56 +10,55 @@
 
 namespace host {
 
-// The names for which no address was found a while ago. Whoever asks for one waits, and a name
-// server that is silent is mostly silent for longer. Owner: the process. Thread: any.
+// The names for which lookups failed recently. A lookup blocks its caller, and a silent name server
+// usually stays silent for a while. Owner: the process. Thread: any.
 class FailedLookups {
  public:
   using Instant = std::chrono::steady_clock::time_point;
 
-  // Short enough that a person who has mended the network need not restart anything.
+  // Short enough that nothing need be restarted after the network is repaired.
   static constexpr std::chrono::seconds kKept{60};
-  // More names than a telephone has servers; beyond it the oldest is forgotten.
+  // More names than a telephone has servers; beyond it the oldest is dropped.
   static constexpr std::size_t kMost = 64;
 
-  // Whether the name is not to be asked for yet.
+  // Whether the name must not be looked up yet.
   [[nodiscard]] bool holds(const std::string& name, Instant now) const;
 
-  // Whether a name got no answer in the full time a while ago. The next one would mostly get none
-  // either.
+  // Whether a name recently got no answer within a full wait.
   [[nodiscard]] bool isSilent(Instant now) const;
 
-  // Remembers a failure. True: it is the first one since an address was found, so say it.
+  // Records a failure. True: the first one since an address was found, so log it.
   [[nodiscard]] bool add(const std::string& name, Instant now);
 
-  // It got no answer, although it was waited for in full. Nothing when an answer came meanwhile.
+  // The name got no answer within a full wait. No effect if an answer came meanwhile.
   void setUnanswered(const std::string& name);
 
-  // A name server answered, in time or late, and be it that there is no such name.
+  // A name server answered, in time or late, possibly that there is no such name.
   void setAnswered(const std::string& name);
 
   // An address was found.
   void forget(const std::string& name);
 
-  // The network is another one now: each name may be asked for again. A server that was silent
-  // still counts as silent, so that asking again and again does not wait again and again.
+  // The network has changed: each name may be looked up again. A silent server still counts as
+  // silent, so that repeated changes do not repeat full waits.
   void allowAll();
 
-  // As if nothing had failed yet. For tests.
+  // Removes all records. For tests.
   void forgetAll();
 
  private:
   struct Failure {
     Instant last;
     bool answered = false;              // since then
-    bool allowed = false;               // to be asked for again
-    std::optional<Instant> unanswered;  // when it was asked for and waited for in full
+    bool allowed = false;               // to be looked up again
+    std::optional<Instant> unanswered;  // when the full wait without an answer began
   };
 
   mutable Mutex m_mutex;
   std::map<std::string, Failure> m_failed CLOCK_GUARDED_BY(m_mutex);
 };
 
-// Those of this process. Never destroyed: a lookup may end after everything else.
+// The instance of this process. Never destroyed: a lookup may outlive everything else.
 [[nodiscard]] FailedLookups& failedLookups();
 
 }  // namespace host

@@ -11,7 +11,7 @@ namespace host {
 [[nodiscard]] std::string formattedText(const char* format, va_list arguments)
     __attribute__((format(printf, 1, 0)));
 
-// The same, clipped as by clippedText; memory is needed for what is kept alone.
+// The same, clipped as by clippedText; allocates only what is kept.
 [[nodiscard]] std::string formattedText(const char* format, va_list arguments, std::size_t most)
     __attribute__((format(printf, 1, 0)));
 

@@ -22,15 +22,15 @@ void writeTo(LogSink& sink, const LogEntry& entry) noexcept {
   try {
     sink.write(entry);
   } catch (const std::exception&) {
-    // The log has no one to tell.
+    // There is nowhere to log it.
   }
 }
 
 }  // namespace
 
 LogBook& LogBook::instance() noexcept {
-  // Never destroyed, as threads may log to the end, and made without memory, as a shortage is
-  // logged.
+  // Never destroyed, because threads may log until the end. Constructed without allocation, because
+  // a lack of memory is logged.
   alignas(LogBook) static std::array<std::byte, sizeof(LogBook)> place;
   static LogBook& book = *new (place.data()) LogBook;
   return book;

@@ -24,29 +24,29 @@ struct LogEntry {
   bool systemLog = false;  // written by syslogger_notice
 };
 
-// Takes entries. Called one entry at a time, on the thread that logs; what write() itself logs is
-// dropped. It must not wait for a lock under which anyone logs, nor for a peer.
+// Receives entries, one at a time, on the thread that logs; entries that write() itself logs are
+// dropped. It must not wait for a peer, nor for a lock that is held while logging.
 class LogSink {
  public:
   virtual ~LogSink() = default;
-  virtual void write(const LogEntry& entry) = 0;  // what it throws is lost with the entry
+  virtual void write(const LogEntry& entry) = 0;  // an exception loses the entry
 };
 
-// The one log of the process, behind logAppUni. Without a sink, entries are only counted.
+// The application log of the process, behind logAppUni. Without a sink, entries are only counted.
 // Owner: the process; never destroyed. Thread: any. Failure: an entry is lost; nothing throws.
 class LogBook {
  public:
   static constexpr int kDefaultLevel = 4;
   static constexpr int kWarning = 3;
-  // Bytes of an entry's text; of a longer one the beginning is kept, and how long it was. It is as
-  // much as a system log takes for a line, and bounds what a peer's long text makes of log.
+  // Bytes of an entry's text. Of a longer text the entry keeps the beginning and the length. As
+  // much as a system log takes for a line; it bounds the log that a peer's long text causes.
   static constexpr std::size_t kLongestText = 1024;
 
   [[nodiscard]] static LogBook& instance() noexcept;
   LogBook(const LogBook&) = delete;
   LogBook& operator=(const LogBook&) = delete;
 
-  // Entries above the level are dropped. 0-6; other numbers count as the nearest.
+  // Entries above the level are dropped. 0-6; other numbers are clamped.
   void setLevel(int level) noexcept;
   [[nodiscard]] int level() const noexcept { return m_level.load(std::memory_order_relaxed); }
 

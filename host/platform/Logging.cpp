@@ -20,7 +20,7 @@ void write(host::LogEntry entry, const char* format, va_list arguments) {
 
 }  // namespace
 
-// All components log at one level here.
+// All components share one level.
 bool loggingOnAppUni(const char* /*component*/, int level) {
   return level <= host::LogBook::instance().level();
 }

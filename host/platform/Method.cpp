@@ -6,7 +6,7 @@
 
 namespace {
 
-// Most calls and replies have no more: one allocation for all of them.
+// Enough for most calls and replies, so that one allocation suffices.
 constexpr std::size_t kUsualParameters = 3;
 
 const Parameter* find(const std::vector<Parameter>& parameters, const char* name,

@@ -19,7 +19,7 @@
 
 namespace {
 
-// The framework thread stands meanwhile. A name server that is there answers much sooner.
+// The framework thread blocks meanwhile. A working name server answers much sooner.
 constexpr std::chrono::seconds kLookupLimit{1};
 constexpr int kNoAddress = 0;
 constexpr int kIpv6 = 1;
@@ -54,7 +54,7 @@ Address numericText(const sockaddr& address) {
   return text;
 }
 
-// Asks the resolver; takes as long as it takes. Throws when no name server has answered.
+// Asks the resolver, without a time limit. Throws when no name server has answered.
 Address resolvedAddress(const std::string& name, int family) {
   addrinfo wanted{};
   wanted.ai_family = family == 0 ? AF_UNSPEC : family;
@@ -88,7 +88,7 @@ bool isPort(std::string_view text) {
   return number >= 1 && number <= 65535;
 }
 
-// What stands in the brackets that `text` begins with; the rest becomes `after`.
+// The text within the brackets at the beginning of `text`; the rest goes to `after`.
 std::optional<std::string> bracketed(const std::string& text, std::string& after) {
   const std::size_t end = text.find(']');
   if (text.empty() || text.front() != '[' || end == std::string::npos) return std::nullopt;

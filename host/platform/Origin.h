@@ -4,15 +4,15 @@
 
 namespace host {
 
-// Who caused what the calling thread does now, as the kernel names the process at the other end of
-// a socket: "uid 1000, pid 4711". Empty: the device itself.
+// On whose behalf the calling thread works: the peer process of a socket, as the kernel names it,
+// "uid 1000, pid 4711". Empty: the device itself.
 [[nodiscard]] const std::string& originHere();
 
-// Its user alone, "uid 1000": the same for all processes of one. Another text: the whole of it.
+// The user of an origin, "uid 1000". Another text is returned whole.
 [[nodiscard]] std::string userOf(const std::string& origin);
 
-// While it lives, what the calling thread does has this origin. Scopes nest.
-// REQUIRES: the text outlives the scope, which ends on the thread that it began on.
+// Sets the origin of the calling thread for its lifetime. Scopes nest.
+// REQUIRES: the text outlives the scope, which ends on the same thread.
 class OriginScope {
  public:
   explicit OriginScope(const std::string& origin);

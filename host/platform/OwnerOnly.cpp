@@ -31,7 +31,7 @@ void tighten(const std::filesystem::path& path, mode_t most) {
   const mode_t before = found.st_mode & kModeBits;
   const mode_t after = before & most;
   if (after == before) return;
-  errno = EPERM;  // what the system says of another user's
+  errno = EPERM;  // as chmod fails for another user's file
   const bool changed = found.st_uid == ::geteuid() && ::chmod(path.c_str(), after) == 0;
   logAppUni("clockhost", 3, __FILE__, __LINE__, "\"%s\" is open to others (mode %04o): %s %04o%s%s",
             path.c_str(), static_cast<unsigned>(before),

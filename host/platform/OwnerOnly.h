@@ -6,20 +6,20 @@
 
 namespace host {
 
-// Files and folders that are nobody's but their owner's: settings hold a shared secret.
+// Files and folders for their owner only, because the settings hold a shared secret.
 
 constexpr mode_t kModeBits = 07777;
 
-// Makes a folder of mode 0700 where there is nothing; those above it get the usual mode. An empty
-// path is the present folder. Throws host::Error.
+// Creates a missing folder with mode 0700; missing parents get the usual mode. An empty path is the
+// current folder. Throws host::Error.
 void makeOwnFolder(const std::filesystem::path& path);
 
-// Takes from a file or folder the permissions beyond `most`, and tells so in one log line; those of
-// another user's it leaves, and tells that. All else, and what is missing, is left alone.
+// Removes the permissions of a file or folder beyond `most`, with one log line. Those of another
+// user's file stay, also with a line. Other kinds of files and missing ones are ignored.
 void tighten(const std::filesystem::path& path, mode_t most);
 
-// The same for a file that is to be opened: 0600 at most. Throws host::Error for whatever else is
-// at the path, or at the end of a link there: whoever opens a named pipe waits for a writer.
+// The same for a file that will be opened: 0600 at most. Throws host::Error if the path, or the
+// target of a link there, is no regular file: opening a named pipe would wait for a writer.
 void tightenFile(const std::filesystem::path& path);
 
 }  // namespace host

@@ -22,10 +22,10 @@
 
 namespace {
 
-// How long a child has between the request to end and the order.
+// Time between SIGTERM and SIGKILL.
 constexpr std::chrono::milliseconds kGrace{300};
 
-// The one descriptor that a child may have beside the standard ones.
+// The one descriptor that a child may have besides the standard ones.
 constexpr int kChannel = STDERR_FILENO + 1;
 
 std::size_t countOf(char* const* texts) {
@@ -49,7 +49,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// What the child gets beyond arguments and environment.
+// What the child gets besides arguments and environment.
 class SpawnPlan {
  public:
   SpawnPlan() {
@@ -63,13 +63,13 @@ class SpawnPlan {
   SpawnPlan(const SpawnPlan&) = delete;
   SpawnPlan& operator=(const SpawnPlan&) = delete;
 
-  // The child gets that descriptor as its number kChannel. REQUIRES: before prepare.
+  // Passes the descriptor to the child as number kChannel. REQUIRES: called before prepare.
   bool pass(int channel) {
     return posix_spawn_file_actions_adddup2(&actions, channel, kChannel) == 0;
   }
 
-  // Signals as in a fresh process: what the creator ignores or blocks is its own affair.
-  // descriptors: how many the child has, from 0 on, when it leads a group.
+  // Signals are as in a fresh process, whatever the parent ignores or blocks.
+  // descriptors: how many the child keeps, from 0 on, if it leads a group.
   bool prepare(bool ownGroup, const std::optional<std::string>& folder, int descriptors) {
     sigset_t none;
     sigemptyset(&none);
@@ -96,7 +96,7 @@ void complain(const std::string& program, const char* why) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(), why);
 }
 
-// A child that is running, and the thread that reaps it the moment it ends.
+// A running child, and the thread that reaps it as soon as it ends.
 class RunningChild {
  public:
   RunningChild(pid_t pid, bool leadsGroup)
@@ -110,15 +110,15 @@ class RunningChild {
   RunningChild& operator=(const RunningChild&) = delete;
 
  private:
-  // The child stays a zombie from its end until the lock is held: as long as it is not `m_reaped`,
-  // its id, which is the group's too, is nobody else's.
+  // An ended child stays a zombie until the lock is held: until `m_reaped`, the system does not
+  // reuse its id, which is the group's too.
   void reap() {
     siginfo_t ended{};
     while (waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOWAIT) != 0 &&
            errno == EINTR) {
     }
     const host::MutexLock lock(m_mutex);
-    if (m_leadsGroup) kill(-m_pid, SIGKILL);  // what the child left behind goes with it
+    if (m_leadsGroup) kill(-m_pid, SIGKILL);  // ends the processes that the child left behind
     while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
     }
     m_reaped = true;
@@ -148,7 +148,7 @@ class RunningChild {
   std::thread m_reaper;  // last: it uses all of the above
 };
 
-// For a child that nobody could be found to watch.
+// For a child without a thread to reap it.
 void endAtOnce(pid_t pid) {
   kill(pid, SIGKILL);
   while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
@@ -166,14 +166,14 @@ struct Process::Impl {
 
   [[nodiscard]] bool ownGroup() const { return (options & ownProcessGroup) != 0; }
 
-  // What is bound to fail, as errno tells it, or 0. Asked beforehand, since under an emulator the
-  // spawn does not hear of it.
+  // The errno with which the start is bound to fail, or 0. Checked before the spawn, which does not
+  // report it under an emulator.
   [[nodiscard]] int obstacle(const std::string& program) const {
     if (access(program.c_str(), X_OK) != 0) return errno;
     return folder && access(folder->c_str(), X_OK) != 0 ? errno : 0;
   }
 
-  // The child's id, or 0: it is not running.
+  // The child's id, or 0 if it could not be started.
   pid_t spawn() {
     const auto program = host::ProgramMap::instance().resolve(arguments.front());
     if (!program) {
@@ -189,7 +189,7 @@ struct Process::Impl {
   }
 
  private:
-  // 0, or why not.
+  // 0, or an errno.
   int spawn(const host::MappedProgram& program, pid_t& pid) {
     const host::Descriptor channel =
         program.openChannel ? program.openChannel() : host::Descriptor();

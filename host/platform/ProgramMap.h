@@ -10,41 +10,39 @@
 
 namespace host {
 
-// What runs for a program of the device, and what it gets.
+// The file that runs for a program of the device, and what it gets.
 struct MappedProgram {
   std::string path;
-  // A stand-in of the build. Of the environment that it is started with it gets only the variables
-  // that it knows.
+  // A stand-in of the build, which gets only the environment variables that it knows.
   bool standIn;
-  // Opens what the program inherits beside the standard descriptors; may be empty.
+  // Opens the descriptor that the program inherits besides the standard ones; may be empty.
   std::function<Descriptor()> openChannel;
 };
 
-// Which file of this machine runs when the device's program is asked for.
+// Maps programs of the device to files of this machine.
 // Owner: the process. Thread: any.
 class ProgramMap {
  public:
   [[nodiscard]] static ProgramMap& instance();
 
-  // From now on `devicePath` means `path`.
+  // Maps `devicePath` to `path`.
   void set(const std::string& devicePath, const std::string& path);
 
-  // A folder with stand-ins, named as the programs are; empty: none.
+  // A folder with stand-ins, which have the programs' names; empty: none.
   void setStandInFolder(const std::string& folder);
 
-  // A program of the device that nothing stands in for runs as itself, if this machine has it.
-  // Without this it never runs: the machine's own NTP client would set the machine's clock.
+  // Lets a program without mapping and stand-in run as itself. By default it never runs: the
+  // machine's own NTP client would set the machine's clock.
   void allowDevicePrograms();
 
-  // The program gets a descriptor that `open` opens, on any thread, at each start; an empty one
-  // ends that. CLOCKHOST_CLOCK_FD in its environment says which number it has.
+  // At each start the program inherits a descriptor from `open`, called on any thread; an empty
+  // `open` ends that. CLOCKHOST_CLOCK_FD in its environment holds the number.
   void giveChannel(const std::string& devicePath, std::function<Descriptor()> open);
 
-  // Forgets all of it.
+  // Removes all of the above.
   void clear();
 
-  // In this order: what was set; the stand-in, if it can be executed; `devicePath` itself, if that
-  // is allowed; else nothing.
+  // The first of: the mapping; the stand-in, if executable; `devicePath` itself, if allowed.
   [[nodiscard]] std::optional<MappedProgram> resolve(const std::string& devicePath) const;
 
  private:

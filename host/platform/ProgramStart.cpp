@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-// In order, so that the lowest free descriptor is the closed one.
+// In ascending order, because open returns the lowest free descriptor.
 void fillStandardDescriptors() {
   for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(standard, F_GETFD) >= 0 || errno != EBADF) continue;

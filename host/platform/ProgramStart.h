@@ -2,11 +2,11 @@
 
 namespace host {
 
-// The first call of each program's main, before any file is opened or thread started.
-// A standard descriptor that is closed becomes /dev/null, or else the first file opened, a database
-// perhaps, would get what is written to standard output. SIGPIPE and SIGXFSZ are ignored: a write
-// to a reader that has gone, or beyond the limit of a file's size, fails as any other.
-// Failure: ends the program with status 1; without /dev/null there is no safe way on.
+// The first call of each program's main, before it opens files or starts threads.
+// Opens /dev/null in place of a closed standard descriptor: otherwise the first opened file,
+// perhaps a database, would receive the standard output. Ignores SIGPIPE and SIGXFSZ, so that
+// writing to a closed pipe or beyond the file size limit fails with an error. Failure: ends the
+// program with status 1, as it is unsafe to continue without /dev/null.
 void startProgram();
 
 }  // namespace host

@@ -11,8 +11,7 @@
 namespace host {
 namespace {
 
-// Why standard output takes nothing: asked by writing once more, for the stream forgets it. 0: it
-// takes something again.
+// Writes once more to learn the errno, which the stream does not keep. 0: writing works again.
 int writeError() {
   return ::write(STDOUT_FILENO, "\n", 1) < 0 ? errno : 0;
 }

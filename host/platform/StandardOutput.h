@@ -2,8 +2,8 @@
 
 namespace host {
 
-// Flushes std::cout, at the end of main. False, with one line on standard error, when something
-// written to it was lost; a reader that has gone is none of our business, and true.
+// Flushes std::cout at the end of main. False, with one line on standard error, when output was
+// lost, unless because the reader closed the pipe.
 [[nodiscard]] bool outputArrived(const char* program);
 
 }  // namespace host

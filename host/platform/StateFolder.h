@@ -4,8 +4,8 @@
 
 namespace host {
 
-// The folder in which Storage puts its files. Thread: any.
-// Empty, as at the start: there is none, and Storage refuses to be bound.
+// The folder of Storage's files. Thread: any.
+// Empty, the default: there is none, and Storage::init fails.
 void setStorageFolder(const std::string& folder);
 [[nodiscard]] std::string storageFolder();
 

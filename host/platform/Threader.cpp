@@ -26,7 +26,7 @@ struct Record {
   bool completed CLOCK_GUARDED_BY(mutex) = false;
 };
 
-// Every thread that has not been destroyed yet, by id. Ids start at 1 and are not used again.
+// All threads that are not destroyed yet, by id. Ids start at 1 and are not reused.
 class Registry {
  public:
   static Registry& instance() {
@@ -61,7 +61,7 @@ class Registry {
 
 thread_local const Record* t_self = nullptr;  // the record of the calling thread
 
-// An exception that left the thread would end the process.
+// An exception out of a thread would terminate the process.
 void runBody(Record& record) {
   try {
     record.body->run();
@@ -71,7 +71,7 @@ void runBody(Record& record) {
   }
 }
 
-// Signals to the process are its main thread's: here one would break off what the body waits in.
+// The main thread handles the process's signals; here they would interrupt the body's system calls.
 void leaveSignalsAlone() {
   sigset_t all;
   sigfillset(&all);
@@ -115,8 +115,7 @@ constexpr std::size_t kLongestName = 15;
 
 }  // namespace
 
-// The priority is not followed: on a workstation all threads are equal, and asking for more than
-// that takes a privilege.
+// Ignores the priority: raising it needs a privilege.
 bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name,
                      VotkThreadPriority /*priority*/, int stackBytes) {
   if (threadId == nullptr || body == nullptr) return false;
@@ -125,7 +124,7 @@ bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name
   record->name = std::string(name == nullptr ? "" : name).substr(0, kLongestName);
   const unsigned long id = Registry::instance().nextId();
   const unsigned long before = *threadId;
-  *threadId = id;  // the body may look for it at once
+  *threadId = id;  // the body may use it at once
   Registry::instance().add(id, record);
   if (create(record, stackBytes)) return true;
   Registry::instance().take(id);
@@ -135,7 +134,7 @@ bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name
 
 void Threader::waitForThreadCompletion(unsigned long threadId) {
   const auto record = Registry::instance().find(threadId);
-  if (!record || record.get() == t_self) return;  // of itself it would wait for ever
+  if (!record || record.get() == t_self) return;  // a thread would wait for itself for ever
   host::MutexLock lock(record->mutex);
   while (!record->completed) record->changed.wait(lock.native());
 }
@@ -143,7 +142,7 @@ void Threader::waitForThreadCompletion(unsigned long threadId) {
 void Threader::destroy(unsigned long threadId) {
   const auto record = Registry::instance().take(threadId);
   if (!record) return;
-  // A thread that destroys itself is freed by the system when it ends.
+  // When a thread destroys itself, the system frees it at its end.
   if (record.get() == t_self) {
     pthread_detach(record->thread);
   } else {

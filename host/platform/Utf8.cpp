@@ -11,7 +11,7 @@ constexpr std::uint32_t kLastCharacter = 0x10FFFF;
 // The sequences of UTF-8 by their length: lead byte and smallest character.
 struct Sequence {
   std::size_t length;
-  std::uint32_t first;  // a smaller one is written too long
+  std::uint32_t first;  // a smaller one is overlong
   unsigned char mask, lead;
 };
 constexpr Sequence kSequences[] = {

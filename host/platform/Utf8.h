@@ -9,10 +9,10 @@ namespace host {
 // A character of a UTF-8 text.
 struct Utf8Character {
   std::uint32_t code = 0;
-  std::size_t length = 0;  // bytes; 0: there is no character, the bytes are not UTF-8
+  std::size_t length = 0;  // bytes; 0: the bytes are not UTF-8
 };
 
-// The character at `at`: well-formed, not written too long, no surrogate, up to U+10FFFF.
+// The character at `at`: well-formed, not overlong, no surrogate, up to U+10FFFF.
 // REQUIRES: at < text.size().
 [[nodiscard]] Utf8Character utf8CharacterAt(std::string_view text, std::size_t at);
 

@@ -21,7 +21,7 @@ struct Callbacks {
 
 using Expat = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 
-// One document on its way through expat.
+// Parses one document with expat.
 class Parse {
  public:
   explicit Parse(const Callbacks& callbacks)
@@ -30,7 +30,7 @@ class Parse {
     XML_SetUserData(m_expat.get(), this);
     XML_SetElementHandler(m_expat.get(), &onStart, &onEnd);
     XML_SetCharacterDataHandler(m_expat.get(), &onText);
-    // No settings document has one, and entities that grow are declared there.
+    // Refused: settings documents have none, and it can declare exponentially growing entities.
     XML_SetStartDoctypeDeclHandler(m_expat.get(), &onDoctype);
   }
   Parse(const Parse&) = delete;
@@ -46,7 +46,7 @@ class Parse {
  private:
   static Parse& of(void* userData) { return *static_cast<Parse*>(userData); }
 
-  // What a callback throws must not pass through expat, which is C.
+  // Exceptions must not pass through expat, which is C.
   template <class Step>
   void guarded(Step step) {
     if (m_thrown) return;
@@ -94,7 +94,7 @@ class Parse {
 
   const Callbacks m_callbacks;
   const Expat m_expat;
-  std::vector<std::string> m_texts;  // of the elements that are open, the innermost last
+  std::vector<std::string> m_texts;  // of the open elements, innermost last
   std::exception_ptr m_thrown;
 };
 

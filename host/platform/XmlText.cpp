@@ -48,7 +48,7 @@ std::string escapedXmlText(const std::string& text) {
         break;
       case '\r':
         escaped += "&#13;";
-        break;  // a bare one would come back as a line feed
+        break;  // a parser would turn it into a line feed
       default:
         escaped += c;
     }

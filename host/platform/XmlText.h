@@ -8,11 +8,11 @@ namespace host {
 // return excepted), without surrogates, U+FFFE and U+FFFF.
 [[nodiscard]] bool isXmlText(const std::string& text);
 
-// The text as content of an element: a parser gives back the same bytes, carriage returns included.
+// The text as content of an element: a parser returns the same bytes, including carriage returns.
 // REQUIRES: isXmlText.
 [[nodiscard]] std::string escapedXmlText(const std::string& text);
 
-// An element name: of ASCII letters, digits, '_', '-' and '.', beginning with a letter or '_'.
+// An element name: ASCII letters, digits, '_', '-' and '.', beginning with a letter or '_'.
 [[nodiscard]] bool isXmlName(const std::string& text);
 
 }  // namespace host
