@@ -17,9 +17,9 @@
 
 namespace {
 
-constexpr std::size_t slots = 600;
-constexpr std::uint32_t macTails = 1U << 24U;
-using Histogram = std::array<std::uint32_t, slots>;
+constexpr std::size_t kSlots = 600;
+constexpr std::uint32_t kMacTails = 1U << 24U;
+using Histogram = std::array<std::uint32_t, kSlots>;
 
 // Requests in each slot after the first full hour of a fleet, and after any later one.
 struct Hours {
@@ -54,12 +54,12 @@ Hours spread(std::uint32_t devices, NextTail nextTail) {
 }
 
 Hours consecutive(std::uint32_t devices) {
-  return spread(devices, [](std::uint32_t i) { return i % macTails; });
+  return spread(devices, [](std::uint32_t i) { return i % kMacTails; });
 }
 
 Hours random(std::uint32_t devices) {
   std::mt19937 generator(20240307);  // fixed: the same table each time
-  std::uniform_int_distribution<std::uint32_t> tails(0, macTails - 1);
+  std::uniform_int_distribution<std::uint32_t> tails(0, kMacTails - 1);
   return spread(devices, [&](std::uint32_t) { return tails(generator); });
 }
 
@@ -74,7 +74,7 @@ struct Summary {
 Summary summarise(const Histogram& histogram) {
   const double total = std::accumulate(histogram.begin(), histogram.end(), 0.0);
   const auto peak = std::max_element(histogram.begin(), histogram.end());
-  return {total, total / static_cast<double>(slots), *peak,
+  return {total, total / static_cast<double>(kSlots), *peak,
           static_cast<std::size_t>(peak - histogram.begin()),
           static_cast<std::size_t>(std::count(histogram.begin(), histogram.end(), 0U))};
 }
@@ -94,19 +94,19 @@ void printRows(std::uint32_t devices, const char* macs, const Hours& hours) {
 
 // Twenty seconds a line, so that the ten minutes fit a screen.
 void printHistogram(const char* title, const Histogram& histogram) {
-  constexpr std::size_t slotsPerLine = 20;
-  constexpr double widest = 60.0;
+  constexpr std::size_t kSlotsPerLine = 20;
+  constexpr double kWidest = 60.0;
   std::vector<double> lines;
-  for (std::size_t i = 0; i < slots; i += slotsPerLine)
+  for (std::size_t i = 0; i < kSlots; i += kSlotsPerLine)
     lines.push_back(
         std::accumulate(histogram.begin() + static_cast<std::ptrdiff_t>(i),
-                        histogram.begin() + static_cast<std::ptrdiff_t>(i + slotsPerLine), 0.0));
+                        histogram.begin() + static_cast<std::ptrdiff_t>(i + kSlotsPerLine), 0.0));
   const double highest = *std::max_element(lines.begin(), lines.end());
   std::printf("\n%s\n", title);
   for (std::size_t i = 0; i < lines.size(); ++i)
-    std::printf("%4zu-%3zu s %8.0f %s\n", 601 + i * slotsPerLine, 600 + (i + 1) * slotsPerLine,
+    std::printf("%4zu-%3zu s %8.0f %s\n", 601 + i * kSlotsPerLine, 600 + (i + 1) * kSlotsPerLine,
                 lines[i],
-                std::string(static_cast<std::size_t>(lines[i] / highest * widest), '#').c_str());
+                std::string(static_cast<std::size_t>(lines[i] / highest * kWidest), '#').c_str());
 }
 
 }  // namespace
@@ -114,7 +114,7 @@ void printHistogram(const char* title, const Histogram& histogram) {
 int main(int argc, char** argv) try {
   CLI::App app("Spread of a fleet's NTP requests after a full hour");
   std::vector<std::uint32_t> fleets{600, 60000, 1000000};
-  app.add_option("devices", fleets, "Sizes of fleets")->check(CLI::Range(1U, macTails));
+  app.add_option("devices", fleets, "Sizes of fleets")->check(CLI::Range(1U, kMacTails));
   CLI11_PARSE(app, argc, argv);
   std::printf(
       "  devices  MACs         hour    requests  mean/slot  peak/slot  peak/mean  at s    "

@@ -17,7 +17,7 @@ class Spare {
   std::atomic<std::stringstream*> m_stream{nullptr};
 };
 
-Spare spare;
+Spare g_spare;
 
 }  // namespace
 
@@ -37,11 +37,11 @@ void startOver(std::stringstream& stream) {
     stream.str(std::string());
 }
 
-BorrowedStream::BorrowedStream() : m_stream(spare.exchange(nullptr)) {
+BorrowedStream::BorrowedStream() : m_stream(g_spare.exchange(nullptr)) {
   if (m_stream == nullptr) m_stream = std::make_unique<std::stringstream>();
 }
 
 BorrowedStream::~BorrowedStream() {
   startOver(*m_stream);
-  m_stream.reset(spare.exchange(m_stream.release()));
+  m_stream.reset(g_spare.exchange(m_stream.release()));
 }

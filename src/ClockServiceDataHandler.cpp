@@ -18,8 +18,8 @@ namespace {
 
 using namespace SettingKeys;
 
-constexpr const char* defaultFallbackTime = "2016-06-16T00:00:00+00:00";
-constexpr std::int32_t zoneUnitedStates = 12;
+constexpr const char* kDefaultFallbackTime = "2016-06-16T00:00:00+00:00";
+constexpr std::int32_t kZoneUnitedStates = 12;
 
 std::string offsetText(float hours) {
   std::ostringstream stream;
@@ -61,7 +61,7 @@ int ClockServiceDataHandler::getDefaultTimeFormat() const {
 
 void ClockServiceDataHandler::setDefaultDataValues() {
   const bool daylightSaving = isSubVariant2To4();
-  fallbackTime = defaultFallbackTime;
+  fallbackTime = kDefaultFallbackTime;
   sntpAddr.clear();
   ntpSecret.clear();
   timezoneOffset = 0.0F;
@@ -69,7 +69,7 @@ void ClockServiceDataHandler::setDefaultDataValues() {
   timeSource = 0;
   softwareType = 0;
   automaticDaylightSavingActive = daylightSaving;
-  dstZoneID = daylightSaving ? zoneUnitedStates : 0;
+  dstZoneID = daylightSaving ? kZoneUnitedStates : 0;
   daylightSavingActive = daylightSaving;
 }
 
@@ -77,12 +77,12 @@ void ClockServiceDataHandler::reinitialiseData(bool formatsOnly) {
   const SemaphoreGuard texts(textLock);
   dateFormat = getDefaultDateFormat();
   timeFormat = getDefaultTimeFormat();
-  std::string keys = std::string(keyDateFormat) + " " + keyTimeFormat;
+  std::string keys = std::string(kDateFormat) + " " + kTimeFormat;
   if (!formatsOnly) {
     setDefaultDataValues();
     for (const char* const key :
-         {keyFallbackTime, keySntpAddr, keyNtpSecret, keyTimezoneOffset, keyDaylightSavingActive,
-          keyDaylightSavingMinutes, keyTimeSource, keyDstZoneId, keyAutomaticDaylightSaving})
+         {kFallbackTime, kSntpAddr, kNtpSecret, kTimezoneOffset, kDaylightSavingActive,
+          kDaylightSavingMinutes, kTimeSource, kDstZoneId, kAutomaticDaylightSaving})
       keys.append(" ").append(key);
   }
   const std::string document = storage.getDataItems(keys);
@@ -114,39 +114,39 @@ bool ClockServiceDataHandler::storeFlag(const char* key, const std::string& valu
 }
 
 bool ClockServiceDataHandler::setFallbackTime(const std::string& value) {
-  return storeText(keyFallbackTime, value, fallbackTime);
+  return storeText(kFallbackTime, value, fallbackTime);
 }
 
 bool ClockServiceDataHandler::setNtpSecret(const std::string& value) {
-  return storeText(keyNtpSecret, value, ntpSecret);
+  return storeText(kNtpSecret, value, ntpSecret);
 }
 
 bool ClockServiceDataHandler::setDateFormat(const std::string& value) {
-  return storeNumber(keyDateFormat, value, dateFormat);
+  return storeNumber(kDateFormat, value, dateFormat);
 }
 
 bool ClockServiceDataHandler::setTimeFormat(const std::string& value) {
-  return storeNumber(keyTimeFormat, value, timeFormat);
+  return storeNumber(kTimeFormat, value, timeFormat);
 }
 
 bool ClockServiceDataHandler::setDaylightSavingMinutes(const std::string& value) {
-  return storeNumber(keyDaylightSavingMinutes, value, daylightSavingMinutes);
+  return storeNumber(kDaylightSavingMinutes, value, daylightSavingMinutes);
 }
 
 bool ClockServiceDataHandler::setTimeSource(const std::string& value) {
-  return storeNumber(keyTimeSource, value, timeSource);
+  return storeNumber(kTimeSource, value, timeSource);
 }
 
 bool ClockServiceDataHandler::setDaylightSavingActive(const std::string& value) {
-  return storeFlag(keyDaylightSavingActive, value, daylightSavingActive);
+  return storeFlag(kDaylightSavingActive, value, daylightSavingActive);
 }
 
 bool ClockServiceDataHandler::setAutomaticDaylightSavingActive(const std::string& value) {
-  return storeFlag(keyAutomaticDaylightSaving, value, automaticDaylightSavingActive);
+  return storeFlag(kAutomaticDaylightSaving, value, automaticDaylightSavingActive);
 }
 
 bool ClockServiceDataHandler::setDSTZoneID(int id) {
-  if (!storage.setDataItem(keyDstZoneId, ClientUtils::itos(id))) return false;
+  if (!storage.setDataItem(kDstZoneId, ClientUtils::itos(id))) return false;
   dstZoneID = id;
   return true;
 }
@@ -166,7 +166,7 @@ bool ClockServiceDataHandler::isAcceptableSntpAddr(const std::string& value) con
 bool ClockServiceDataHandler::setSntpAddr(const std::string& value) {
   const bool acceptable = isAcceptableSntpAddr(value);
   if (value == sntpAddr || !acceptable) return false;
-  return storeText(keySntpAddr, value, sntpAddr);
+  return storeText(kSntpAddr, value, sntpAddr);
 }
 
 std::string ClockServiceDataHandler::getTimezoneOffsetStr() const {
@@ -176,11 +176,11 @@ std::string ClockServiceDataHandler::getTimezoneOffsetStr() const {
 // A number too large for hours counts as seconds; the result is not checked again: 50400 becomes 14
 // hours. NaN exceeds neither limit.
 bool ClockServiceDataHandler::setTimezoneOffset(float offset) {
-  constexpr float furthestHours = 12.5F;
-  constexpr float secondsPerHour = 3600.0F;
-  if (offset < -furthestHours || offset > furthestHours) offset /= secondsPerHour;
+  constexpr float kFurthestHours = 12.5F;
+  constexpr float kSecondsPerHour = 3600.0F;
+  if (offset < -kFurthestHours || offset > kFurthestHours) offset /= kSecondsPerHour;
   if (offset == timezoneOffset) return true;
-  if (!storage.setDataItem(keyTimezoneOffset, offsetText(offset))) return false;
+  if (!storage.setDataItem(kTimezoneOffset, offsetText(offset))) return false;
   timezoneOffset = offset;
   return true;
 }
@@ -195,7 +195,7 @@ bool ClockServiceDataHandler::setTimezoneOffset(const std::string& text,
 }
 
 void ClockServiceDataHandler::setSoftwareType(const std::string& value) {
-  constexpr std::array<const char*, 3> names{"Velmora SIP", "Velmora QEX", "Velmora TDM"};
-  for (std::size_t i = 0; i < names.size(); ++i)
-    if (value == names[i]) softwareType = static_cast<std::int32_t>(i) + 1;
+  constexpr std::array<const char*, 3> kNames{"Velmora SIP", "Velmora QEX", "Velmora TDM"};
+  for (std::size_t i = 0; i < kNames.size(); ++i)
+    if (value == kNames[i]) softwareType = static_cast<std::int32_t>(i) + 1;
 }

@@ -6,7 +6,7 @@
 namespace {
 
 // Event parameters carry the direction of call parameters, although they leave the service.
-constexpr Parameter::directions direction = Parameter::in;
+constexpr Parameter::directions kDirection = Parameter::in;
 
 }  // namespace
 
@@ -22,28 +22,28 @@ void ClockServiceObserverProxy::initProxy(ProxyRequest& proxyRequest) {
 
 void ClockServiceObserverProxy::timezoneChangeEvent(std::string timezone) {
   Method event("timezoneChangeEvent", Method::call);
-  event.addStringParameter("timezoneChangeEventTimezone", timezone, direction);
+  event.addStringParameter("timezoneChangeEventTimezone", timezone, kDirection);
   request->sendMethod(event);
 }
 
 void ClockServiceObserverProxy::timeChangeEvent(int hours, int minutes, int seconds) {
   Method event("timeChangeEvent", Method::call);
-  event.addIntParameter("timeChangeEventHours", hours, direction);
-  event.addIntParameter("timeChangeEventMinutes", minutes, direction);
-  event.addIntParameter("timeChangeEventSeconds", seconds, direction);
+  event.addIntParameter("timeChangeEventHours", hours, kDirection);
+  event.addIntParameter("timeChangeEventMinutes", minutes, kDirection);
+  event.addIntParameter("timeChangeEventSeconds", seconds, kDirection);
   request->sendMethod(event);
 }
 
 void ClockServiceObserverProxy::dateChangeEvent(int day, int month, int year) {
   Method event("dateChangeEvent", Method::call);
-  event.addIntParameter("dateChangeEventDay", day, direction);
-  event.addIntParameter("dateChangeEventMonth", month, direction);
-  event.addIntParameter("dateChangeEventYear", year, direction);
+  event.addIntParameter("dateChangeEventDay", day, kDirection);
+  event.addIntParameter("dateChangeEventMonth", month, kDirection);
+  event.addIntParameter("dateChangeEventYear", year, kDirection);
   request->sendMethod(event);
 }
 
 void ClockServiceObserverProxy::alarmClockEvent(int alarm) {
   Method event("alarmClockEvent", Method::call);
-  event.addIntParameter("alarmClockEventAlarm", alarm, direction);
+  event.addIntParameter("alarmClockEventAlarm", alarm, kDirection);
   request->sendMethod(event);
 }

@@ -2,8 +2,8 @@
 
 namespace DevicePaths {
 
-const char* const fallbackTimeFile = "/data/fallback_time.txt";
-const char* const ntpClientProgram = "/sbin/ntpclient";
-const char* const ntpClientPipe = "/tmp/votk/ipc/ntpclient";
+const char* const kFallbackTimeFile = "/data/fallback_time.txt";
+const char* const kNtpClientProgram = "/sbin/ntpclient";
+const char* const kNtpClientPipe = "/tmp/votk/ipc/ntpclient";
 
 }  // namespace DevicePaths

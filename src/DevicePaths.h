@@ -3,8 +3,8 @@
 // Files that the clock service shares with the rest of the telephone.
 namespace DevicePaths {
 
-extern const char* const fallbackTimeFile;  // the fallback time of older versions, read once
-extern const char* const ntpClientProgram;  // the external NTP client
-extern const char* const ntpClientPipe;     // the client's reports
+extern const char* const kFallbackTimeFile;  // the fallback time of older versions, read once
+extern const char* const kNtpClientProgram;  // the external NTP client
+extern const char* const kNtpClientPipe;     // the client's reports
 
 }  // namespace DevicePaths

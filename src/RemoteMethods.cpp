@@ -13,7 +13,7 @@
 namespace {
 
 // The interface name of observer proxies in the framework.
-const std::string observerInterface = "ClockServiceObserverIfc";
+const std::string kObserverInterface = "ClockServiceObserverIfc";
 
 bool readText(const RemoteCall& call, const char* name, std::string& value) {
   return call.request.getStringParameter(name, value, Parameter::in);
@@ -38,7 +38,7 @@ void reply(RemoteCall& call, const char* name, bool value) {
 // The caller as an observer, or null when the framework has no such proxy. The framework owns it.
 ClockServiceObserverIfc* callersProxy(RemoteCall& call) {
   return dynamic_cast<ClockServiceObserverIfc*>(
-      call.context.createProxy(observerInterface, call.response.getReplyAddress()));
+      call.context.createProxy(kObserverInterface, call.response.getReplyAddress()));
 }
 
 void getTime(RemoteCall& call) {
@@ -186,7 +186,7 @@ void isTimeSourceSntp(RemoteCall& call) {
 }
 
 // The clock's whole remote protocol. Peers are built against these names and this order.
-constexpr std::array<RemoteMethod, 23> remoteMethods{{
+constexpr std::array<RemoteMethod, 23> kRemoteMethods{{
     {"getTime", true, getTime},
     {"getTimeInts", true, getTimeInts},
     {"getTimeUTCStr", true, getTimeUtcString},
@@ -212,12 +212,12 @@ constexpr std::array<RemoteMethod, 23> remoteMethods{{
     {"isTimeSourceSntp", true, isTimeSourceSntp},
 }};
 
-static_assert(remoteMethods.size() == 23 && namesAreUnique(remoteMethods));
+static_assert(kRemoteMethods.size() == 23 && namesAreUnique(kRemoteMethods));
 
 }  // namespace
 
 const RemoteMethod* findRemoteMethod(const std::string& name) {
-  for (const RemoteMethod& method : remoteMethods)
+  for (const RemoteMethod& method : kRemoteMethods)
     if (name == method.name) return &method;
   return nullptr;
 }

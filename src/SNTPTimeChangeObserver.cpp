@@ -15,15 +15,15 @@
 #include "OpenFile.h"
 #include "SemaphoreGuard.h"
 
-const std::string SNTPClientThread::ntpclient_pipe = DevicePaths::ntpClientPipe;
+const std::string SNTPClientThread::ntpclient_pipe = DevicePaths::kNtpClientPipe;
 
 namespace {
 
-constexpr unsigned int secondsBetweenAttempts = 1;
+constexpr unsigned int kSecondsBetweenAttempts = 1;
 
 // How many bytes are dropped at most before the pipe is closed: the largest capacity of a pipe. A
 // writer that never stops must not block the listener.
-constexpr std::size_t mostBytesOfAPipe = 1 << 20;
+constexpr std::size_t kMostBytesOfAPipe = 1 << 20;
 
 std::string errorText() {
   return std::error_code(errno, std::generic_category()).message();
@@ -38,13 +38,13 @@ bool isSomethingElse(int result, const struct stat& status) {
 // A file of another kind is not opened; the second check is for one that replaced the pipe in
 // between.
 std::string openPipe(OpenFile& pipe, const char* path) {
-  constexpr const char* wrongKind = "Not a named pipe";
+  constexpr const char* kWrongKind = "Not a named pipe";
   struct stat status {};
-  if (isSomethingElse(stat(path, &status), status)) return wrongKind;
+  if (isSomethingElse(stat(path, &status), status)) return kWrongKind;
   if (!pipe.open(path, O_RDONLY)) return errorText();
   if (!isSomethingElse(fstat(pipe.number(), &status), status)) return {};
   pipe.close();
-  return wrongKind;
+  return kWrongKind;
 }
 
 // Never blocks, even while the writer keeps its end open. Bytes left in the pipe would be the first
@@ -52,7 +52,7 @@ std::string openPipe(OpenFile& pipe, const char* path) {
 void dropRest(int pipe) {
   if (fcntl(pipe, F_SETFL, O_NONBLOCK) < 0) return;
   std::array<char, 1024> rest;
-  for (std::size_t reads = mostBytesOfAPipe / rest.size(); reads > 0; --reads)
+  for (std::size_t reads = kMostBytesOfAPipe / rest.size(); reads > 0; --reads)
     if (read(pipe, rest.data(), rest.size()) <= 0) return;
 }
 
@@ -76,15 +76,15 @@ SNTPClientThread::~SNTPClientThread() {
 void SNTPClientThread::wakeListener() {
   OpenFile pipe;
   if (!pipe.open(ntpclient_pipe.c_str(), O_RDONLY | O_NONBLOCK)) return;
-  constexpr std::uint32_t stopSignal = 0;
-  [[maybe_unused]] const ssize_t written = write(pipe.number(), &stopSignal, sizeof stopSignal);
+  constexpr std::uint32_t kStopSignal = 0;
+  [[maybe_unused]] const ssize_t written = write(pipe.number(), &kStopSignal, sizeof kStopSignal);
 }
 
 void SNTPClientThread::start() {
   running = true;
-  constexpr int defaultStack = 0;
+  constexpr int kDefaultStack = 0;
   if (threader.spawn(&threadId, this, "SNTP Recognition Thread", votkThreadPriorityLow,
-                     defaultStack))
+                     kDefaultStack))
     return;
   running = false;
   CLOCK_LOG(logError, "NTP Client Thread couldn't be started");
@@ -104,7 +104,7 @@ void SNTPClientThread::run() {
     const std::string failure = openPipe(pipe, ntpclient_pipe.c_str());
     if (!failure.empty()) {
       CLOCK_LOG(logError, "Cannot open %s: %s\n", ntpclient_pipe.c_str(), failure.c_str());
-      sleep(secondsBetweenAttempts);
+      sleep(kSecondsBetweenAttempts);
       continue;
     }
     if (!takeMessage(pipe.number())) break;
@@ -122,7 +122,7 @@ bool SNTPClientThread::takeMessage(int pipe) {
   if (!running) return false;
   if (count < 0) {
     CLOCK_LOG(logError, "Read failed: %s", failure.c_str());
-    sleep(secondsBetweenAttempts);
+    sleep(kSecondsBetweenAttempts);
   } else if (count > 0 && secondsSinceEpoch != 0) {
     report(secondsSinceEpoch);
   }

@@ -7,9 +7,9 @@
 
 template <typename To>
 constexpr To saturate(std::int64_t number) {
-  constexpr auto lowest = static_cast<std::int64_t>(std::numeric_limits<To>::min());
-  constexpr auto highest = static_cast<std::int64_t>(std::numeric_limits<To>::max());
-  return static_cast<To>(number < lowest ? lowest : number > highest ? highest : number);
+  constexpr auto kLowest = static_cast<std::int64_t>(std::numeric_limits<To>::min());
+  constexpr auto kHighest = static_cast<std::int64_t>(std::numeric_limits<To>::max());
+  return static_cast<To>(number < kLowest ? kLowest : number > kHighest ? kHighest : number);
 }
 
 constexpr int saturatedSum(std::int64_t a, std::int64_t b) {
@@ -18,18 +18,18 @@ constexpr int saturatedSum(std::int64_t a, std::int64_t b) {
 
 // Toward zero; NaN is 0. The result lies in -2147483647 to 2147483647, so that it can be negated.
 constexpr std::int32_t truncated(double number) {
-  constexpr std::int32_t limit = std::numeric_limits<std::int32_t>::max();
+  constexpr std::int32_t kLimit = std::numeric_limits<std::int32_t>::max();
   if (number != number) return 0;
-  if (number >= limit) return limit;
-  if (number <= -limit) return -limit;
+  if (number >= kLimit) return kLimit;
+  if (number <= -kLimit) return -kLimit;
   return static_cast<std::int32_t>(number);
 }
 
 // To the nearest float; beyond its range, infinity.
 constexpr float toFloat(double number) {
-  constexpr double highest = std::numeric_limits<float>::max();
-  constexpr float infinity = std::numeric_limits<float>::infinity();
-  if (number > highest) return infinity;
-  if (number < -highest) return -infinity;
+  constexpr double kHighest = std::numeric_limits<float>::max();
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  if (number > kHighest) return kInfinity;
+  if (number < -kHighest) return -kInfinity;
   return static_cast<float>(number);
 }

@@ -9,13 +9,13 @@ class CLOCK_SCOPED_LOCK SemaphoreGuard {
  public:
   explicit SemaphoreGuard(Semaphore& semaphore) CLOCK_ACQUIRES(semaphore) CLOCK_UNCHECKED_LOCKING
       : m_semaphore(semaphore) {
-    m_semaphore.take(waitWithoutLimit);
+    m_semaphore.take(kWaitWithoutLimit);
   }
   ~SemaphoreGuard() CLOCK_RELEASES() CLOCK_UNCHECKED_LOCKING { m_semaphore.give(); }
   SemaphoreGuard(const SemaphoreGuard&) = delete;
   SemaphoreGuard& operator=(const SemaphoreGuard&) = delete;
 
  private:
-  static constexpr int waitWithoutLimit = -1;
+  static constexpr int kWaitWithoutLimit = -1;
   Semaphore& m_semaphore;
 };

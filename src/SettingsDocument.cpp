@@ -31,17 +31,17 @@ enum Element : std::int32_t {
   elementAutomaticDaylightSaving
 };
 
-constexpr std::array<const char*, 11> elementNames{keyFallbackTime,
-                                                   keyDateFormat,
-                                                   keyTimeFormat,
-                                                   keySntpAddr,
-                                                   keyNtpSecret,
-                                                   keyTimezoneOffset,
-                                                   keyDaylightSavingActive,
-                                                   keyDaylightSavingMinutes,
-                                                   keyTimeSource,
-                                                   keyDstZoneId,
-                                                   keyAutomaticDaylightSaving};
+constexpr std::array<const char*, 11> kElementNames{kFallbackTime,
+                                                    kDateFormat,
+                                                    kTimeFormat,
+                                                    kSntpAddr,
+                                                    kNtpSecret,
+                                                    kTimezoneOffset,
+                                                    kDaylightSavingActive,
+                                                    kDaylightSavingMinutes,
+                                                    kTimeSource,
+                                                    kDstZoneId,
+                                                    kAutomaticDaylightSaving};
 
 std::int32_t toNumber(const std::string& text) {
   return saturate<std::int32_t>(std::strtol(text.c_str(), nullptr, 10));
@@ -92,8 +92,8 @@ void ClockServiceDataHandler::loadElement() {
 void ClockServiceXmlStartElement(void* userData, const char* name, const char** /*attributes*/) {
   auto& handler = *static_cast<ClockServiceDataHandler*>(userData);
   handler.currentElement = elementNone;
-  for (std::size_t i = 0; i < elementNames.size(); ++i)
-    if (std::strcmp(name, elementNames[i]) == 0)
+  for (std::size_t i = 0; i < kElementNames.size(); ++i)
+    if (std::strcmp(name, kElementNames[i]) == 0)
       handler.currentElement = elementFallbackTime + static_cast<std::int32_t>(i);
 }
 

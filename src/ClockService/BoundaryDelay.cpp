@@ -8,20 +8,20 @@
 
 namespace {
 
-constexpr int secondsPerMinute = 60;
-constexpr int secondsPerHour = 3600;
-constexpr int secondsPerDay = 86400;
+constexpr int kSecondsPerMinute = 60;
+constexpr int kSecondsPerHour = 3600;
+constexpr int kSecondsPerDay = 86400;
 
 // From `now` to a later time, at most the longest period of a timer. The unsigned difference
 // cannot overflow.
 unsigned int milliseconds(time_t now, time_t boundary) {
-  constexpr unsigned int longest = std::numeric_limits<unsigned int>::max();
-  constexpr unsigned int millisecondsPerSecond = 1000;
+  constexpr unsigned int kLongest = std::numeric_limits<unsigned int>::max();
+  constexpr unsigned int kMillisecondsPerSecond = 1000;
   const std::uint64_t seconds =
       static_cast<std::uint64_t>(boundary) - static_cast<std::uint64_t>(now);
-  return seconds > longest / millisecondsPerSecond
-             ? longest
-             : static_cast<unsigned int>(seconds) * millisecondsPerSecond;
+  return seconds > kLongest / kMillisecondsPerSecond
+             ? kLongest
+             : static_cast<unsigned int>(seconds) * kMillisecondsPerSecond;
 }
 
 // mktime fails beyond 2038 where time_t has 32 bits. The delay is then that of a day without a
@@ -32,14 +32,14 @@ unsigned int milliseconds(time_t now, time_t boundary, int usualSeconds) {
 }
 
 int secondsOfHour(const tm& local) {
-  return local.tm_min * secondsPerMinute + local.tm_sec;
+  return local.tm_min * kSecondsPerMinute + local.tm_sec;
 }
 
 }  // namespace
 
 unsigned int BoundaryDelay::toNextHour(time_t now) {
   tm local = localTime(now);
-  const int usual = secondsPerHour - secondsOfHour(local);
+  const int usual = kSecondsPerHour - secondsOfHour(local);
   local.tm_hour += 1;
   local.tm_min = 0;
   local.tm_sec = 0;
@@ -48,7 +48,7 @@ unsigned int BoundaryDelay::toNextHour(time_t now) {
 
 unsigned int BoundaryDelay::toNextMidnight(time_t now) {
   tm local = localTime(now);
-  const int usual = secondsPerDay - local.tm_hour * secondsPerHour - secondsOfHour(local);
+  const int usual = kSecondsPerDay - local.tm_hour * kSecondsPerHour - secondsOfHour(local);
   local.tm_mday += 1;
   local.tm_hour = 0;
   local.tm_min = 0;
@@ -58,7 +58,7 @@ unsigned int BoundaryDelay::toNextMidnight(time_t now) {
 
 int BoundaryDelay::localDay(time_t now) {
   const tm local = localTime(now);
-  return dateNumber(local.tm_mday, local.tm_mon + 1, saturatedSum(local.tm_year, epochYearOfTm));
+  return dateNumber(local.tm_mday, local.tm_mon + 1, saturatedSum(local.tm_year, kEpochYearOfTm));
 }
 
 int BoundaryDelay::dateNumber(int day, int month, int year) {

@@ -20,12 +20,12 @@
 
 namespace {
 
-constexpr const char* managementAgentId = "ClockMgmtId";
+constexpr const char* kManagementAgentId = "ClockMgmtId";
 
 // Keys of other components that the clock observes, in the order of registration.
-constexpr std::array<const char*, 3> observedKeys{ManagementKeyNames::mobilityUserDataUpdate,
-                                                  ManagementKeyNames::interfaceStatus,
-                                                  ManagementKeyNames::dhcpEnabled};
+constexpr std::array<const char*, 3> kObservedKeys{ManagementKeyNames::kMobilityUserDataUpdate,
+                                                   ManagementKeyNames::kInterfaceStatus,
+                                                   ManagementKeyNames::kDhcpEnabled};
 
 // The service `name` as the interface Ifc, or null when it is absent or of another type.
 template <typename Ifc>
@@ -125,15 +125,15 @@ void ClockService::setClockFromFallbackTime() {
 }
 
 void ClockService::startFallbackTimer() {
-  constexpr unsigned int twelveHours = 43200000;
-  m_fallbackTimeUpdateTimer = createTimer(twelveHours);
+  constexpr unsigned int kTwelveHours = 43200000;
+  m_fallbackTimeUpdateTimer = createTimer(kTwelveHours);
   startTimer(m_fallbackTimeUpdateTimer);
 }
 
 void ClockService::attachLocalManagement() {
   m_localMgmt = findService<LocalMgmtIfc>(*m_context, "LocalMgmtIfc");
   if (m_localMgmt == nullptr) return;
-  m_localMgmt->registerAgent(managementAgentId, this);
+  m_localMgmt->registerAgent(kManagementAgentId, this);
   readSoftwareType();
   readNetworkState();
   setDalvoObservables();
@@ -142,32 +142,32 @@ void ClockService::attachLocalManagement() {
 }
 
 void ClockService::readSoftwareType() {
-  if (const auto type = readManagementValue(*m_localMgmt, ManagementKeyNames::relatedSoftwareType))
+  if (const auto type = readManagementValue(*m_localMgmt, ManagementKeyNames::kRelatedSoftwareType))
     m_dataHandler->setSoftwareType(*type);
 }
 
 void ClockService::readNetworkState() {
-  if (const auto status = readManagementValue(*m_localMgmt, ManagementKeyNames::interfaceStatus))
+  if (const auto status = readManagementValue(*m_localMgmt, ManagementKeyNames::kInterfaceStatus))
     m_networkUp = *status == "up";
 }
 
 void ClockService::setDalvoObservables() {
   if (m_localMgmt == nullptr) return;
-  for (const char* const key : observedKeys) m_localMgmt->observeData(key, this);
+  for (const char* const key : kObservedKeys) m_localMgmt->observeData(key, this);
 }
 
 void ClockService::createNotificationTimers() {
-  constexpr unsigned int atOnce = 1;
-  m_timeChangedTimer = createTimer(atOnce);
-  m_dateChangedTimer = createTimer(atOnce);
-  m_timeZoneRefreshTimer = createTimer(atOnce);
+  constexpr unsigned int kAtOnce = 1;
+  m_timeChangedTimer = createTimer(kAtOnce);
+  m_dateChangedTimer = createTimer(kAtOnce);
+  m_timeZoneRefreshTimer = createTimer(kAtOnce);
 }
 
 void ClockService::subscribeToJacks() {
   PhysicalInterfaceServiceIfc* const physicalIfc = m_physicalIfc;
   if (physicalIfc == nullptr) return;
-  constexpr PhysDefs::KeyGrpOther jacks{1, 2, 2};
-  physicalIfc->subscribe(this, {PhysDefs::SubscriptionGrp{jacks}});
+  constexpr PhysDefs::KeyGrpOther kJacks{1, 2, 2};
+  physicalIfc->subscribe(this, {PhysDefs::SubscriptionGrp{kJacks}});
 }
 
 bool ClockService::observeTimeEvents(ClockServiceObserverIfc* observer) {

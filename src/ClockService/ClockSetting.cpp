@@ -25,30 +25,30 @@
 namespace {
 
 // Years that 32-bit seconds since 1970 can hold, and how two digits are meant.
-constexpr int firstYear = 1970;
-constexpr unsigned int yearsAfterFirst = 67;
-constexpr int lastShortYear = 99;
-constexpr int centuryOfShortYears = 2000;
+constexpr int kFirstYear = 1970;
+constexpr unsigned int kYearsAfterFirst = 67;
+constexpr int kLastShortYear = 99;
+constexpr int kCenturyOfShortYears = 2000;
 
-constexpr std::size_t utcStringLength = 25;
+constexpr std::size_t kUtcStringLength = 25;
 
 // How many bytes of the fallback file are searched for its token. An endless device or pipe in its
 // place must not block the start.
-constexpr std::size_t mostBytesOfFallbackFile = 16 << 20;
+constexpr std::size_t kMostBytesOfFallbackFile = 16 << 20;
 
 // The first token, as scanf's "%s" reads it, or up to a zero byte. Empty if there is none.
 std::string firstToken(int file) {
-  constexpr const char* blanks = " \t\n\v\f\r";
+  constexpr const char* kBlanks = " \t\n\v\f\r";
   std::array<char, 1024> chunk;
   std::string token;
-  for (std::size_t reads = mostBytesOfFallbackFile / chunk.size(); reads > 0; --reads) {
+  for (std::size_t reads = kMostBytesOfFallbackFile / chunk.size(); reads > 0; --reads) {
     const ssize_t count = read(file, chunk.data(), chunk.size());
     if (count <= 0) break;
     token.append(chunk.data(), static_cast<std::size_t>(count));
-    token.erase(0, token.find_first_not_of(blanks));
-    if (token.size() > utcStringLength || token.find_first_of(blanks) != std::string::npos) break;
+    token.erase(0, token.find_first_not_of(kBlanks));
+    if (token.size() > kUtcStringLength || token.find_first_of(kBlanks) != std::string::npos) break;
   }
-  token.resize(std::min({token.size(), token.find_first_of(blanks), token.find('\0')}));
+  token.resize(std::min({token.size(), token.find_first_of(kBlanks), token.find('\0')}));
   return token;
 }
 
@@ -58,7 +58,7 @@ time_t ClockService::setDateInternal(int day, int month, int year) const {
   tm local = localTime(getTimeValInternal());
   local.tm_mday = day;
   local.tm_mon = saturatedSum(month, -1);
-  local.tm_year = saturatedSum(year, -epochYearOfTm);
+  local.tm_year = saturatedSum(year, -kEpochYearOfTm);
   return mktime(&local);
 }
 
@@ -80,8 +80,8 @@ void ClockService::setByHand(time_t secondsSinceEpoch) {
 
 bool ClockService::setDate(int day, int month, int year) {
   CLOCK_LOG(logInformation, "setDate: \"%d\", \"%d\", \"%d\"", day, month, year);
-  if (year <= lastShortYear) year += centuryOfShortYears;
-  if (static_cast<unsigned int>(year) - static_cast<unsigned int>(firstYear) > yearsAfterFirst) {
+  if (year <= kLastShortYear) year += kCenturyOfShortYears;
+  if (static_cast<unsigned int>(year) - static_cast<unsigned int>(kFirstYear) > kYearsAfterFirst) {
     CLOCK_LOG(logInformation, "Year falls outside UNIX/POSIX restriction: %d", year);
     return false;
   }
@@ -144,21 +144,21 @@ std::string ClockService::setFallbackTime() {
 // opened without blocking: a pipe in its place must not block the start.
 void ClockService::restoreFallbackTime() {
   OpenFile file;
-  if (!file.open(DevicePaths::fallbackTimeFile, O_RDONLY | O_NONBLOCK)) return;
+  if (!file.open(DevicePaths::kFallbackTimeFile, O_RDONLY | O_NONBLOCK)) return;
   const std::string token = firstToken(file.number());
   file.close();
-  if (token.size() == utcStringLength) {
+  if (token.size() == kUtcStringLength) {
     const SemaphoreGuard texts(m_dataHandler->textLock);
     m_dataHandler->setFallbackTime(token);
     CLOCK_LOG(logInformation, "restoreFallbackTime: time \"%s\" from file \"%s\"", token.c_str(),
-              DevicePaths::fallbackTimeFile);
+              DevicePaths::kFallbackTimeFile);
   }
-  Storage::deleteFile_noEx(DevicePaths::fallbackTimeFile);
+  Storage::deleteFile_noEx(DevicePaths::kFallbackTimeFile);
 }
 
 void ClockService::logStartUpUtc() {
   ManageableData record;
-  record.populate(ManagementKeyNames::lastRestartDate, ManagementKeyNames::lastRestartDate,
+  record.populate(ManagementKeyNames::kLastRestartDate, ManagementKeyNames::kLastRestartDate,
                   getUTCTime(0));
   if (!m_localMgmt->setData(record))
     CLOCK_LOG(logError, "logStartUpUtc method failed to write last-restart-date");

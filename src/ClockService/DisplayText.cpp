@@ -16,8 +16,8 @@ constexpr char SHORT_DATE_FORMAT_DOTS[] = "%02d.%02d.";
 constexpr char SHORT_DATE_FORMAT_DASHES[] = "%02d-%02d";
 constexpr char SHORT_DATE_FORMAT_SLASHES[] = "%02d/%02d/";
 
-constexpr int noon = 12;
-constexpr int yearsPerCentury = 100;
+constexpr int kNoon = 12;
+constexpr int kYearsPerCentury = 100;
 
 // Cut, never grown: 19 characters and the terminator.
 using Buffer = std::array<char, 20>;
@@ -28,16 +28,16 @@ std::string DisplayText::time(int hours, int minutes, int timeFormat) {
   Buffer text{};
   if (timeFormat == 0)
     boundedPrint(text, TIME_FORMAT_24, hours, minutes);
-  else if (hours < noon)
+  else if (hours < kNoon)
     boundedPrint(text, TIME_FORMAT_AM, hours, minutes);
   else
-    boundedPrint(text, TIME_FORMAT_PM, hours == noon ? hours : hours - noon, minutes);
+    boundedPrint(text, TIME_FORMAT_PM, hours == kNoon ? hours : hours - kNoon, minutes);
   return text.data();
 }
 
 std::string DisplayText::date(int day, int month, int year, int dateFormat) {
   Buffer text{};
-  const int shortYear = year % yearsPerCentury;
+  const int shortYear = year % kYearsPerCentury;
   switch (dateFormat) {
     case 0:
       boundedPrint(text, DATE_FORMAT_DOTS, day, month, shortYear);

@@ -3,7 +3,7 @@
 #include <ctime>
 
 // The year that tm_year counts from.
-constexpr int epochYearOfTm = 1900;
+constexpr int kEpochYearOfTm = 1900;
 
 // Local time of these seconds since 1970, under TZ; all zero when the year does not fit a tm.
 inline tm localTime(time_t seconds) {

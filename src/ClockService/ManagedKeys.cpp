@@ -24,10 +24,10 @@ using Parts = const ManagedKeys::Parts&;
 using Text = const std::string&;
 
 // What the management layer shows for a time that it does not know.
-constexpr const char* unknownTime = "???";
+constexpr const char* kUnknownTime = "???";
 
 bool isBlank(Text value) {
-  return value.empty() || value == unknownTime;
+  return value.empty() || value == kUnknownTime;
 }
 
 int toNumber(Text text) {
@@ -138,7 +138,7 @@ bool setZoneByIndex(Parts parts, Text value) {
   const int id = parts.zones.getDSTZoneId(toNumber(value));
   if (id == -1) return false;
   const bool stored = parts.settings.setDSTZoneID(id);
-  reportNumber(parts.localMgmt, Key::daylightSaveZoneId, id);
+  reportNumber(parts.localMgmt, Key::kDaylightSaveZoneId, id);
   return stored;
 }
 
@@ -161,48 +161,48 @@ void showTimeState(Parts parts, Text server) {
 }
 
 // clang-format off
-constexpr std::array<ManagedKeys::Row, ManagedKeys::count> table{{
+constexpr std::array<ManagedKeys::Row, ManagedKeys::kCount> kTable{{
   // key, get, set, what follows a successful set, what follows every set
-  {Key::time, [](Parts p) { return p.clock.getUTCTime(0); }, setUtc},
-  {Key::simpleTime, simpleTime, setSimpleTime},
-  {Key::simpleDate, simpleDate, setSimpleDate},
-  {Key::dateFormat,
+  {Key::kTime, [](Parts p) { return p.clock.getUTCTime(0); }, setUtc},
+  {Key::kSimpleTime, simpleTime, setSimpleTime},
+  {Key::kSimpleDate, simpleDate, setSimpleDate},
+  {Key::kDateFormat,
    [](Parts p) { return ClientUtils::itos(p.settings.getDateFormat()); },
    [](Parts p, Text value) { return p.settings.setDateFormat(value); }},
-  {Key::timeFormat,
+  {Key::kTimeFormat,
    [](Parts p) { return ClientUtils::itos(p.settings.getTimeFormat()); },
    [](Parts p, Text value) { return p.settings.setTimeFormat(value); }},
-  {Key::sntpAddr, sntpAddress, setSntpAddress, restartNtpClient, showTimeState},
-  {Key::ntpSecret, ntpSecret, setNtpSecret, restartNtpClient},
-  {Key::sntpTzOffset,
+  {Key::kSntpAddr, sntpAddress, setSntpAddress, restartNtpClient, showTimeState},
+  {Key::kNtpSecret, ntpSecret, setNtpSecret, restartNtpClient},
+  {Key::kSntpTzOffset,
    [](Parts p) { return p.settings.getTimezoneOffsetStr(); }, setOffset, refreshZone},
-  {Key::daylightSave,
+  {Key::kDaylightSave,
    [](Parts p) { return ClientUtils::btos(p.settings.getDaylightSavingActive()); },
    [](Parts p, Text value) { return p.settings.setDaylightSavingActive(value); }, refreshZone},
-  {Key::daylightSaveMinutes,
+  {Key::kDaylightSaveMinutes,
    [](Parts p) { return ClientUtils::itos(p.settings.getDaylightSavingMinutes()); },
    [](Parts p, Text value) { return p.settings.setDaylightSavingMinutes(value); }, refreshZone},
-  {Key::timeSource,
+  {Key::kTimeSource,
    [](Parts p) { return ClientUtils::itos(p.settings.getTimeSource()); },
    [](Parts p, Text value) { return p.settings.setTimeSource(value); }, refreshZone},
-  {Key::daylightSaveZoneList, zoneList},
-  {Key::daylightSaveZoneIndex, zoneIndex, setZoneByIndex, refreshZone},
-  {Key::daylightSaveZoneText, zoneName},
-  {Key::daylightSaveZoneId,
+  {Key::kDaylightSaveZoneList, zoneList},
+  {Key::kDaylightSaveZoneIndex, zoneIndex, setZoneByIndex, refreshZone},
+  {Key::kDaylightSaveZoneText, zoneName},
+  {Key::kDaylightSaveZoneId,
    [](Parts p) { return ClientUtils::itos(p.settings.getDSTZoneID()); }, setZoneById, refreshZone},
-  {Key::autoDaylightSave,
+  {Key::kAutoDaylightSave,
    [](Parts p) { return ClientUtils::btos(p.settings.getAutomaticDaylightSavingActive()); },
    [](Parts p, Text value) { return p.settings.setAutomaticDaylightSavingActive(value); }, refreshZone},
 }};
 // clang-format on
-static_assert(table.size() == 16 && namesAreUnique(table));
+static_assert(kTable.size() == 16 && namesAreUnique(kTable));
 
 // Whether the reset could be reported; nothing when there is nothing to reset.
 std::optional<bool> resetFormat(Parts parts, const char* key, int current, int byDefault) {
-  constexpr int deviceUser = 0;
+  constexpr int kDeviceUser = 0;
   ManageableData query;
   query.addRootId(key, nullptr);
-  if (current == byDefault || !parts.localMgmt->isUserData(query, deviceUser)) return std::nullopt;
+  if (current == byDefault || !parts.localMgmt->isUserData(query, kDeviceUser)) return std::nullopt;
   ManageableData record;
   record.setRootId(key, nullptr);
   record.populate(key, ClientUtils::itos(byDefault));
@@ -212,12 +212,12 @@ std::optional<bool> resetFormat(Parts parts, const char* key, int current, int b
 
 }  // namespace
 
-const std::array<ManagedKeys::Row, ManagedKeys::count>& ManagedKeys::rows() {
-  return table;
+const std::array<ManagedKeys::Row, ManagedKeys::kCount>& ManagedKeys::rows() {
+  return kTable;
 }
 
 const ManagedKeys::Row* ManagedKeys::find(const std::string& key) {
-  for (const Row& row : table)
+  for (const Row& row : kTable)
     if (key == row.name) return &row;
   return nullptr;
 }
@@ -240,9 +240,9 @@ std::optional<bool> ManagedKeys::set(const std::string& key, const std::string& 
 bool ManagedKeys::resetFormats() const {
   if (m_parts.localMgmt == nullptr) return false;
   const ClockServiceDataHandler& settings = m_parts.settings;
-  const auto date = resetFormat(m_parts, Key::dateFormat, settings.getDateFormat(),
+  const auto date = resetFormat(m_parts, Key::kDateFormat, settings.getDateFormat(),
                                 settings.getDefaultDateFormat());
-  const auto time = resetFormat(m_parts, Key::timeFormat, settings.getTimeFormat(),
+  const auto time = resetFormat(m_parts, Key::kTimeFormat, settings.getTimeFormat(),
                                 settings.getDefaultTimeFormat());
   return time.value_or(date.value_or(false));
 }
@@ -253,7 +253,7 @@ void ManagedKeys::reloadFormats() const {
   const int timeFormatBefore = settings.getTimeFormat();
   settings.reinitialiseData(true);
   if (settings.getDateFormat() != dateFormatBefore)
-    reportNumber(m_parts.localMgmt, Key::dateFormat, settings.getDateFormat());
+    reportNumber(m_parts.localMgmt, Key::kDateFormat, settings.getDateFormat());
   if (settings.getTimeFormat() != timeFormatBefore)
-    reportNumber(m_parts.localMgmt, Key::timeFormat, settings.getTimeFormat());
+    reportNumber(m_parts.localMgmt, Key::kTimeFormat, settings.getTimeFormat());
 }

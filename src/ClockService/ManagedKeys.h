@@ -40,8 +40,8 @@ class ManagedKeys {
     void (*always)(const Parts& parts, const std::string& value) = nullptr;
   };
 
-  static constexpr std::size_t count = 16;
-  static const std::array<Row, count>& rows();
+  static constexpr std::size_t kCount = 16;
+  static const std::array<Row, kCount>& rows();
 
   // The row of this key, exactly and case-sensitively, or null.
   static const Row* find(const std::string& key);

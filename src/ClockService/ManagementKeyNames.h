@@ -4,28 +4,28 @@
 // reads.
 namespace ManagementKeyNames {
 
-constexpr char time[] = "time";
-constexpr char simpleTime[] = "simple-time";
-constexpr char simpleDate[] = "simple-date";
-constexpr char dateFormat[] = "date-format";
-constexpr char timeFormat[] = "time-format";
-constexpr char sntpAddr[] = "sntp-addr";
-constexpr char ntpSecret[] = "ntp-secret";
-constexpr char sntpTzOffset[] = "sntp-tz-offset";
-constexpr char daylightSave[] = "daylight-save";
-constexpr char daylightSaveMinutes[] = "daylight-save-minutes";
-constexpr char timeSource[] = "time-source";
-constexpr char daylightSaveZoneList[] = "daylight-save-zone-list";
-constexpr char daylightSaveZoneIndex[] = "daylight-save-zone-index";
-constexpr char daylightSaveZoneText[] = "daylight-save-zone-text";
-constexpr char daylightSaveZoneId[] = "daylight-save-zone-id";
-constexpr char autoDaylightSave[] = "auto-daylight-save";
+constexpr char kTime[] = "time";
+constexpr char kSimpleTime[] = "simple-time";
+constexpr char kSimpleDate[] = "simple-date";
+constexpr char kDateFormat[] = "date-format";
+constexpr char kTimeFormat[] = "time-format";
+constexpr char kSntpAddr[] = "sntp-addr";
+constexpr char kNtpSecret[] = "ntp-secret";
+constexpr char kSntpTzOffset[] = "sntp-tz-offset";
+constexpr char kDaylightSave[] = "daylight-save";
+constexpr char kDaylightSaveMinutes[] = "daylight-save-minutes";
+constexpr char kTimeSource[] = "time-source";
+constexpr char kDaylightSaveZoneList[] = "daylight-save-zone-list";
+constexpr char kDaylightSaveZoneIndex[] = "daylight-save-zone-index";
+constexpr char kDaylightSaveZoneText[] = "daylight-save-zone-text";
+constexpr char kDaylightSaveZoneId[] = "daylight-save-zone-id";
+constexpr char kAutoDaylightSave[] = "auto-daylight-save";
 
-constexpr char mobilityUserDataUpdate[] = "mobility-user-data-update";
-constexpr char interfaceStatus[] = "interface-status";
-constexpr char dhcpEnabled[] = "dhcp-enabled";
-constexpr char relatedSoftwareType[] = "related-software-type";
-constexpr char macAddr[] = "mac-addr";
-constexpr char lastRestartDate[] = "last-restart-date";
+constexpr char kMobilityUserDataUpdate[] = "mobility-user-data-update";
+constexpr char kInterfaceStatus[] = "interface-status";
+constexpr char kDhcpEnabled[] = "dhcp-enabled";
+constexpr char kRelatedSoftwareType[] = "related-software-type";
+constexpr char kMacAddr[] = "mac-addr";
+constexpr char kLastRestartDate[] = "last-restart-date";
 
 }  // namespace ManagementKeyNames

@@ -23,10 +23,10 @@ void reportNumber(LocalMgmtIfc* localMgmt, const char* key, int number) {
 }
 
 void showWhoSetsTime(LocalMgmtIfc* localMgmt, const std::string& server) {
-  constexpr int settable = 0;
-  constexpr int setByDevice = 4;
+  constexpr int kSettable = 0;
+  constexpr int kSetByDevice = 4;
   if (localMgmt == nullptr) return;
   ManageableData record;
-  record.addRootId(ManagementKeyNames::time, nullptr);
-  localMgmt->setItemState(record, isConfiguredServer(server) ? setByDevice : settable);
+  record.addRootId(ManagementKeyNames::kTime, nullptr);
+  localMgmt->setItemState(record, isConfiguredServer(server) ? kSetByDevice : kSettable);
 }

@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr int addressTextSize = 46;  // the longest IPv6 text and its terminator
+constexpr int kAddressTextSize = 46;  // the longest IPv6 text and its terminator
 
 void writeToSystemLog(const NtpCommandLine& line) {
   syslogger_notice("startNTPClient() => \" %s %s %s %s %s %s %s %s %s %s %s %s %s\"\n",
@@ -52,9 +52,9 @@ void ClockService::startNTPClient() {
   }
   m_ntpClientRequested = false;
   const bool traced = TraceProfile::GetLevel("ClockService") == logTrace;
-  std::array<char, addressTextSize> address{};
-  constexpr int anyFamily = 0;
-  if (!NetHelper::dnsLookup(server.c_str(), address.data(), addressTextSize, anyFamily)) return;
+  std::array<char, kAddressTextSize> address{};
+  constexpr int kAnyFamily = 0;
+  if (!NetHelper::dnsLookup(server.c_str(), address.data(), kAddressTextSize, kAnyFamily)) return;
   const NtpCommandLine line(address.data(), NetHelper::verifyIpAddress(address.data(), false),
                             traced);
   writeToSystemLog(line);
@@ -85,7 +85,7 @@ void ClockService::setRestartNTPClientTimer() {
 void ClockService::seedRandomGenerator() {
   if (m_localMgmt == nullptr || m_randomSeeded != 0) return;
   m_randomSeeded = 1;
-  const auto mac = readManagementValue(*m_localMgmt, ManagementKeyNames::macAddr);
+  const auto mac = readManagementValue(*m_localMgmt, ManagementKeyNames::kMacAddr);
   if (!mac) return;
   CLOCK_LOG(logInformation, "mac address is %s", mac->c_str());
   const int seed = convertLastDigitsOfMacAddressToInt(mac->c_str());
@@ -146,12 +146,12 @@ void ClockService::manageableDataChanged(ManageableData& record) {
   std::string value;
   record.interogate(key, value);
   CLOCK_LOG(logInformation, "manageableDataChanged=\"%s\"", key.c_str());
-  if (key == ManagementKeyNames::mobilityUserDataUpdate) {
+  if (key == ManagementKeyNames::kMobilityUserDataUpdate) {
     const auto keys = managedKeys();
     if (keys && (value == "all" || value == "unmanaged")) keys->reloadFormats();
-  } else if (key == ManagementKeyNames::interfaceStatus) {
+  } else if (key == ManagementKeyNames::kInterfaceStatus) {
     networkChanged(value);
-  } else if (key == ManagementKeyNames::dhcpEnabled) {
+  } else if (key == ManagementKeyNames::kDhcpEnabled) {
     startTimeZoneRefresh();
     startNTPClient();
   }

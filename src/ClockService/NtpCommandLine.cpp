@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::size_t addressIndex = 9;
+constexpr std::size_t kAddressIndex = 9;
 
 const char* familyOption(int addressKind) {
   switch (addressKind) {
@@ -21,7 +21,7 @@ const char* familyOption(int addressKind) {
 
 // Set the clock (-s), 525600 times (-c), hourly (-i), with at most 15 tries each (-n).
 NtpCommandLine::NtpCommandLine(const char* address, int addressKind, bool traced)
-    : m_arguments{DevicePaths::ntpClientProgram,
+    : m_arguments{DevicePaths::kNtpClientProgram,
                   "-s",
                   "-c",
                   "525600",
@@ -31,7 +31,7 @@ NtpCommandLine::NtpCommandLine(const char* address, int addressKind, bool traced
                   "15",
                   "-h",
                   address} {
-  std::size_t next = addressIndex + 1;
+  std::size_t next = kAddressIndex + 1;
   if (const char* const family = familyOption(addressKind)) m_arguments[next++] = family;
   if (traced) m_arguments[next] = "-L";
 }

@@ -5,8 +5,8 @@
 
 namespace {
 
-constexpr std::size_t macLength = 12;
-constexpr std::size_t firstSeedDigit = 6;
+constexpr std::size_t kMacLength = 12;
+constexpr std::size_t kFirstSeedDigit = 6;
 
 int hexadecimal(char digit) {
   if (digit >= '0' && digit <= '9') return digit - '0';
@@ -20,9 +20,9 @@ int hexadecimal(char digit) {
 NtpRestart::MacText NtpRestart::seedOf(const char* text, int& seed) {
   seed = 0;
   const std::string_view mac = text != nullptr ? text : "";
-  if (mac.size() != macLength) return MacText::wrongLength;
+  if (mac.size() != kMacLength) return MacText::wrongLength;
   int number = 0;
-  for (const char digit : mac.substr(firstSeedDigit)) {
+  for (const char digit : mac.substr(kFirstSeedDigit)) {
     const int value = hexadecimal(digit);
     if (value < 0) return MacText::unexpectedCharacter;
     number = number * 16 + value;
@@ -32,13 +32,13 @@ NtpRestart::MacText NtpRestart::seedOf(const char* text, int& seed) {
 }
 
 int NtpRestart::extraSeconds(int random) {
-  constexpr double slots = 600.0;
-  constexpr double randomRange = 2147483648.0;
-  return static_cast<int>(random * slots / randomRange) + 1;
+  constexpr double kSlots = 600.0;
+  constexpr double kRandomRange = 2147483648.0;
+  return static_cast<int>(random * kSlots / kRandomRange) + 1;
 }
 
 unsigned int NtpRestart::delay(int extraSeconds) {
-  constexpr unsigned int tenMinutes = 600000;
-  constexpr unsigned int millisecondsPerSecond = 1000;
-  return static_cast<unsigned int>(extraSeconds) * millisecondsPerSecond + tenMinutes;
+  constexpr unsigned int kTenMinutes = 600000;
+  constexpr unsigned int kMillisecondsPerSecond = 1000;
+  return static_cast<unsigned int>(extraSeconds) * kMillisecondsPerSecond + kTenMinutes;
 }

@@ -29,11 +29,11 @@ struct Layout {
   std::size_t month;
   std::size_t year;
 };
-constexpr std::array<Layout, 3> layouts{{{0, 3, 6}, {8, 5, 0}, {3, 0, 6}}};
+constexpr std::array<Layout, 3> kLayouts{{{0, 3, 6}, {8, 5, 0}, {3, 0, 6}}};
 
 const Layout* layoutOf(int dateFormat) {
   const auto index = static_cast<std::size_t>(static_cast<unsigned int>(dateFormat));
-  return index < layouts.size() ? &layouts[index] : nullptr;
+  return index < kLayouts.size() ? &kLayouts[index] : nullptr;
 }
 
 }  // namespace

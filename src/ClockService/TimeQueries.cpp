@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int softwareTypeQex = 2;
+constexpr int kSoftwareTypeQex = 2;
 
 }  // namespace
 
@@ -59,7 +59,7 @@ void ClockService::getDate(int& day, int& month, int& year) {
   const tm local = localTime(getTimeValInternal());
   day = local.tm_mday;
   month = local.tm_mon + 1;
-  year = local.tm_year + epochYearOfTm;
+  year = local.tm_year + kEpochYearOfTm;
 }
 
 std::string ClockService::getTime() {
@@ -119,7 +119,7 @@ bool ClockService::getDate(const std::string& utc, int& day, int& month, int& ye
   if (!localTimeOf(utc, local)) return false;
   day = local.tm_mday;
   month = saturatedSum(local.tm_mon, 1);
-  year = saturatedSum(local.tm_year, epochYearOfTm);
+  year = saturatedSum(local.tm_year, kEpochYearOfTm);
   return true;
 }
 
@@ -157,7 +157,7 @@ std::string ClockService::convertUtcStringToLocalString(const std::string& /*utc
 }
 
 bool ClockService::timezoneEnabled() const {
-  if (m_dataHandler == nullptr || m_dataHandler->getSoftwareType() != softwareTypeQex) return true;
+  if (m_dataHandler == nullptr || m_dataHandler->getSoftwareType() != kSoftwareTypeQex) return true;
   return m_dataHandler->getTimeSource() != 0;
 }
 

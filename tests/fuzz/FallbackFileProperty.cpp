@@ -46,10 +46,10 @@ void holdClock(plugin::Telephone& telephone, const std::string& saved) {
 void fuzz::property(std::string_view input) {
   plugin::Telephone telephone;
   telephone.store(kKey, kSaved);
-  std::ofstream(DevicePaths::fallbackTimeFile, std::ios::binary) << input;
+  std::ofstream(DevicePaths::kFallbackTimeFile, std::ios::binary) << input;
   telephone.switchOn();
   const std::string saved = telephone.stored(kKey);
-  hold(!std::filesystem::exists(DevicePaths::fallbackTimeFile), "the file is used once", input);
+  hold(!std::filesystem::exists(DevicePaths::kFallbackTimeFile), "the file is used once", input);
   hold(saved == expectedSaved(input), "25 characters are taken over, and nothing else", input);
   holdClock(telephone, saved);
   hold(telephone.managed("time").size() == 25, "the clock answers", saved);

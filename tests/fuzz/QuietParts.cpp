@@ -13,8 +13,8 @@ Process::Process(int /*options*/, char* const* /*arguments*/, char* const* /*env
 Process::~Process() = default;
 
 int Process::launch() {
-  constexpr int processId = 4711;
-  return processId;
+  constexpr int kProcessId = 4711;
+  return kProcessId;
 }
 
 bool Threader::spawn(unsigned long* threadId, Threadable* /*body*/, const char* /*name*/,

@@ -39,18 +39,17 @@ struct Device {
 Texts textsOf(const Settings& settings) {
   const SemaphoreGuard texts(settings.textLock);
   return {
-      {SettingKeys::keyFallbackTime, settings.getFallbackTime()},
-      {SettingKeys::keyDateFormat, ClientUtils::itos(settings.getDateFormat())},
-      {SettingKeys::keyTimeFormat, ClientUtils::itos(settings.getTimeFormat())},
-      {SettingKeys::keySntpAddr, settings.getSntpAddr()},
-      {SettingKeys::keyNtpSecret, settings.getNtpSecret()},
-      {SettingKeys::keyTimezoneOffset, settings.getTimezoneOffsetStr()},
-      {SettingKeys::keyDaylightSavingActive, ClientUtils::btos(settings.getDaylightSavingActive())},
-      {SettingKeys::keyDaylightSavingMinutes,
-       ClientUtils::itos(settings.getDaylightSavingMinutes())},
-      {SettingKeys::keyTimeSource, ClientUtils::itos(settings.getTimeSource())},
-      {SettingKeys::keyDstZoneId, ClientUtils::itos(settings.getDSTZoneID())},
-      {SettingKeys::keyAutomaticDaylightSaving,
+      {SettingKeys::kFallbackTime, settings.getFallbackTime()},
+      {SettingKeys::kDateFormat, ClientUtils::itos(settings.getDateFormat())},
+      {SettingKeys::kTimeFormat, ClientUtils::itos(settings.getTimeFormat())},
+      {SettingKeys::kSntpAddr, settings.getSntpAddr()},
+      {SettingKeys::kNtpSecret, settings.getNtpSecret()},
+      {SettingKeys::kTimezoneOffset, settings.getTimezoneOffsetStr()},
+      {SettingKeys::kDaylightSavingActive, ClientUtils::btos(settings.getDaylightSavingActive())},
+      {SettingKeys::kDaylightSavingMinutes, ClientUtils::itos(settings.getDaylightSavingMinutes())},
+      {SettingKeys::kTimeSource, ClientUtils::itos(settings.getTimeSource())},
+      {SettingKeys::kDstZoneId, ClientUtils::itos(settings.getDSTZoneID())},
+      {SettingKeys::kAutomaticDaylightSaving,
        ClientUtils::btos(settings.getAutomaticDaylightSavingActive())}};
 }
 
@@ -73,8 +72,8 @@ void holdDocument(const std::string& document) {
 }
 
 bool isText(const std::string& key) {
-  return key == SettingKeys::keyFallbackTime || key == SettingKeys::keySntpAddr ||
-         key == SettingKeys::keyNtpSecret;
+  return key == SettingKeys::kFallbackTime || key == SettingKeys::kSntpAddr ||
+         key == SettingKeys::kNtpSecret;
 }
 
 void holdStore(fuzz::Reader lines) {

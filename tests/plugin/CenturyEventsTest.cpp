@@ -76,10 +76,10 @@ std::vector<Event> expectedEvents(const WallClock& wall, Seconds from, Seconds t
 // The dates that the clock on the wall turns to after `from` and until `to`. Back as well, where a
 // change of more than an hour goes over a midnight.
 std::vector<std::int64_t> datesShown(const WallClock& wall, Seconds from, Seconds to) {
-  constexpr Seconds quarter = 900;  // every midnight lies on one
+  constexpr Seconds kQuarter = 900;  // every midnight lies on one
   std::vector<std::int64_t> days;
   std::int64_t latest = wall.localDay(from);
-  for (Seconds instant = from - from % quarter + quarter; instant <= to; instant += quarter)
+  for (Seconds instant = from - from % kQuarter + kQuarter; instant <= to; instant += kQuarter)
     if (wall.localDay(instant) != latest) days.push_back(latest = wall.localDay(instant));
   return days;
 }

@@ -34,7 +34,7 @@ ClientPipe::ClientPipe() {
   // Open for writing as well, so that reading never comes to an end between two clients.
   if (mkfifo(kName, 0600) != 0 || (m_pipe = open(kName, O_RDWR | O_CLOEXEC)) < 0)
     throw std::system_error(errno, std::generic_category(), kName);
-  host::ProgramMap::instance().set(DevicePaths::ntpClientProgram, RECORDING_CLIENT);
+  host::ProgramMap::instance().set(DevicePaths::kNtpClientProgram, RECORDING_CLIENT);
 }
 
 ClientPipe::~ClientPipe() {
@@ -43,9 +43,9 @@ ClientPipe::~ClientPipe() {
 }
 
 bool ClientPipe::readMore() {
-  constexpr int tenSeconds = 10'000;
+  constexpr int kTenSeconds = 10'000;
   pollfd waiting{m_pipe, POLLIN, 0};
-  if (poll(&waiting, 1, tenSeconds) <= 0) return false;
+  if (poll(&waiting, 1, kTenSeconds) <= 0) return false;
   std::array<char, 1024> bytes{};
   const ssize_t count = read(m_pipe, bytes.data(), bytes.size());
   if (count <= 0) return false;

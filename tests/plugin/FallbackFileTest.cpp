@@ -30,7 +30,7 @@ class ClockWithFallbackFile : public testing::Test {
   ClockWithFallbackFile(const ClockWithFallbackFile&) = delete;
   ClockWithFallbackFile& operator=(const ClockWithFallbackFile&) = delete;
 
-  static std::filesystem::path file() { return DevicePaths::fallbackTimeFile; }
+  static std::filesystem::path file() { return DevicePaths::kFallbackTimeFile; }
   static void write(const std::string& content) {
     std::ofstream(file(), std::ios::binary) << content;
   }
@@ -131,14 +131,14 @@ TEST_F(ClockWithFallbackFile, DeletesADeviceInItsPlace) {
 
 // Neither a token across two readings nor one at the very end is missed.
 TEST_F(ClockWithFallbackFile, LooksForItsTokenInSixteenMebibytes) {
-  constexpr std::size_t most = 16 << 20;
-  for (const std::size_t blanks : {std::size_t{1000}, most - 25}) {
+  constexpr std::size_t kMost = 16 << 20;
+  for (const std::size_t blanks : {std::size_t{1000}, kMost - 25}) {
     write(std::string(blanks, ' ') + kInFile + " ");
     EXPECT_EQ(timeAfterStart(), kInFile) << blanks;
     telephone.switchOff();
     telephone.store("FallbackDateTime", kSaved);
   }
-  write(std::string(most, '\n') + kInFile);
+  write(std::string(kMost, '\n') + kInFile);
   EXPECT_EQ(timeAfterStart(), kSaved);
   EXPECT_FALSE(std::filesystem::exists(file()));
 }

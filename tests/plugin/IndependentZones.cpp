@@ -22,8 +22,8 @@ bool isLeap(std::int64_t year) {
 }
 
 int daysIn(std::int64_t year, int month) {
-  constexpr std::array<int, 12> lengths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return lengths.at(static_cast<std::size_t>(month - 1)) + (month == 2 && isLeap(year) ? 1 : 0);
+  constexpr std::array<int, 12> kLengths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return kLengths.at(static_cast<std::size_t>(month - 1)) + (month == 2 && isLeap(year) ? 1 : 0);
 }
 
 // Leap days before the first of January of a year, counted from year 1.

@@ -92,10 +92,10 @@ TEST_F(ClockOnWatchedTimers, IgnoresAnyOtherTimer) {
 }
 
 TEST_F(ClockOnWatchedTimers, ReplacesTheTimerThatHasTheFirstNumberOfAll) {
-  constexpr int timersBefore = kHour - 1;
-  timers.refuseFirst(timersBefore);
+  constexpr int kTimersBefore = kHour - 1;
+  timers.refuseFirst(kTimersBefore);
   start();
-  const auto calls = expire(kHour - timersBefore);
+  const auto calls = expire(kHour - kTimersBefore);
   EXPECT_THAT(calls, testing::IsSupersetOf({"cancel 1", "delete 1"}));
 }
 
@@ -168,14 +168,14 @@ TEST_F(ClockOnWatchedTimers, ReckonsTheDelayOfASyncTimerOnceTheOldOneIsGone) {
 TEST_F(ClockOnWatchedTimers, DrawsTheDelayOfARestartOnceTheOldOneIsGone) {
   start();
   expire(kHour);
-  constexpr int hour = 7, restart = 9;
+  constexpr int kNextHour = 7, kRestart = 9;
   const support::LogCapture log(5);
   timers.onCall = [&](const std::string& call) {
-    if (call != "delete " + std::to_string(restart)) return;
+    if (call != "delete " + std::to_string(kRestart)) return;
     EXPECT_FALSE(log.hasPart("rand delay"));
     std::srand(1);
   };
-  expire(hour);
+  expire(kNextHour);
   std::srand(1);
   const int next = static_cast<int>(std::rand() * 600.0 / 2147483648.0) + 1;
   EXPECT_TRUE(log.hasPart("rand delay 600 + " + std::to_string(next) + " "));

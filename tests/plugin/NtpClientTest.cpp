@@ -68,7 +68,7 @@ TEST_F(ClockWithNetworkUp, StartsTheClientWithItsCommandLineAndEnvironment) {
   ASSERT_FALSE(message.empty());
   message.erase(message.begin());
   EXPECT_THAT(message,
-              ElementsAre(DevicePaths::ntpClientProgram, "-s", "-c", "525600", "-i", "3600", "-n",
+              ElementsAre(DevicePaths::kNtpClientProgram, "-s", "-c", "525600", "-i", "3600", "-n",
                           "15", "-h", "127.0.0.1", "-4", "MARK=as the service has it"));
 }
 
@@ -97,7 +97,7 @@ TEST_F(ClockWithNetworkUp, WritesTheCommandLineToTheSystemLog) {
   for (const auto& entry : log.entries())
     if (entry.systemLog) systemLines.push_back(entry.text);
   EXPECT_THAT(systemLines,
-              ElementsAre(std::string("startNTPClient() => \" ") + DevicePaths::ntpClientProgram +
+              ElementsAre(std::string("startNTPClient() => \" ") + DevicePaths::kNtpClientProgram +
                           " -s -c 525600 -i 3600 -n 15 -h 127.0.0.1 -4 NULL NULL\"\n"));
 }
 
@@ -161,7 +161,7 @@ TEST_F(ClockWithNetworkUp, StopsSilentlyWhenTheNameIsUnknown) {
 }
 
 TEST_F(ClockWithNetworkUp, SaysWhenTheProgramCannotBeStarted) {
-  host::ProgramMap::instance().set(DevicePaths::ntpClientProgram, "no/such/program");
+  host::ProgramMap::instance().set(DevicePaths::kNtpClientProgram, "no/such/program");
   telephone.switchOn();
   EXPECT_TRUE(log.has(2, "ntpclient couldn't be started"));
   telephone.physical.jack(5, 1);  // and tries again

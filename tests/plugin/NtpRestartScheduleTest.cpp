@@ -37,8 +37,8 @@ class ClockWithMacAddress : public testing::Test {
 };
 
 int expectedDelay() {
-  constexpr double slots = 600.0;
-  return static_cast<int>(std::rand() * slots / 2147483648.0) + 1;  // NOLINT(cert-msc50-cpp)
+  constexpr double kSlots = 600.0;
+  return static_cast<int>(std::rand() * kSlots / 2147483648.0) + 1;  // NOLINT(cert-msc50-cpp)
 }
 
 TEST_F(ClockWithMacAddress, SeedsWithItsLastSixDigitsAtTheFirstFullHour) {

@@ -93,7 +93,7 @@ TEST_F(ClockWithoutALog, HasADateFormatThatIsNone) {
 }
 
 TEST_F(ClockWithoutALog, CannotStartTheClient) {
-  host::ProgramMap::instance().set(DevicePaths::ntpClientProgram, "no/such/program");
+  host::ProgramMap::instance().set(DevicePaths::kNtpClientProgram, "no/such/program");
   telephone.management.setValue("interface-status", "up");
   telephone.store("SNTPaddress", "127.0.0.1");
   telephone.switchOn();

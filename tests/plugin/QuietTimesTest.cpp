@@ -12,7 +12,7 @@ using std::chrono::hours;
 
 // Under central European time; its first day is over.
 TEST(QuietClock, IsWokenFiftyTimesADayToAnnounceHoursAndDatesAndToSaveTheTime) {
-  constexpr std::int64_t days = 365;
+  constexpr std::int64_t kDays = 365;
   plugin::Telephone telephone;
   telephone.storeZone("1", true, true, 9);
   telephone.store("FallbackDateTime", "2029-12-31T23:00:00+00:00");  // a local midnight
@@ -22,18 +22,18 @@ TEST(QuietClock, IsWokenFiftyTimesADayToAnnounceHoursAndDatesAndToSaveTheTime) {
   telephone.events.take();
   const auto expiries = telephone.clock.expiriesDelivered();
   const auto stored = telephone.settings.setsAsked();
-  telephone.pass(hours{24 * days});
+  telephone.pass(hours{24 * kDays});
   const auto events = telephone.events.take();
   const auto count = [&](const std::string& kind) {
     return std::count_if(events.begin(), events.end(),
                          [&](const std::string& event) { return event.rfind(kind, 0) == 0; });
   };
-  EXPECT_EQ(count("time"), days * 24);
-  EXPECT_EQ(count("date"), days);
+  EXPECT_EQ(count("time"), kDays * 24);
+  EXPECT_EQ(count("date"), kDays);
   EXPECT_EQ(count("zone"), 0);
-  EXPECT_EQ(telephone.settings.setsAsked() - stored, days * 2U);
+  EXPECT_EQ(telephone.settings.setsAsked() - stored, kDays * 2U);
   // 24 hours, 24 restarts of the NTP client, 2 saves; the hour absorbs the midnight.
-  EXPECT_EQ(telephone.clock.expiriesDelivered() - expiries, days * 50U);
+  EXPECT_EQ(telephone.clock.expiriesDelivered() - expiries, kDays * 50U);
 }
 
 }  // namespace

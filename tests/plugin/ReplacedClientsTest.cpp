@@ -44,7 +44,7 @@ bool waitUntilItHangs() {
 class ClockWhoseClientIsReplaced : public testing::Test {
  protected:
   ClockWhoseClientIsReplaced() {
-    host::ProgramMap::instance().set(DevicePaths::ntpClientProgram, REPLACED_CLIENT);
+    host::ProgramMap::instance().set(DevicePaths::kNtpClientProgram, REPLACED_CLIENT);
     telephone.management.setValue("interface-status", "up");
     telephone.store("SNTPaddress", "127.0.0.1");
   }

@@ -60,7 +60,7 @@ std::vector<int> descriptorFlagsOf(const std::string& path) {
 }
 
 std::string ReportPipe::path() {
-  return DevicePaths::ntpClientPipe;
+  return DevicePaths::kNtpClientPipe;
 }
 
 void removeReportPipe() {

@@ -86,8 +86,8 @@ TEST_F(ListenerRunning, IgnoresTheFifthByte) {
 
 // Writes until no more goes in; the pipe holds as much as the system allows.
 void fill(int writer) {
-  constexpr int mostOfAPipe = 1 << 20;
-  fcntl(writer, F_SETPIPE_SZ, mostOfAPipe);
+  constexpr int kMostOfAPipe = 1 << 20;
+  fcntl(writer, F_SETPIPE_SZ, kMostOfAPipe);
   fcntl(writer, F_SETFL, O_NONBLOCK);
   const std::string page(4096, '8');
   while (write(writer, page.data(), page.size()) > 0) continue;

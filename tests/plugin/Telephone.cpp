@@ -14,7 +14,7 @@
 namespace plugin {
 
 Telephone::Telephone(int variant) : physical(variant) {
-  std::filesystem::remove_all(DevicePaths::fallbackTimeFile);
+  std::filesystem::remove_all(DevicePaths::kFallbackTimeFile);
   host::ProgramMap::instance().clear();
   host::setProcessClock(&clock);
   context.add("LocalMgmtIfc", &management);

@@ -183,9 +183,9 @@ TEST_F(ClockAtFullHourAhead, FollowsTheUptimeInEveryAnswerOnceItIsSetByHand) {
   service().setTime(23, 30, 15);
   telephone.jump("2001-01-01T01:01:01");  // another program sets the system's clock
   telephone.pass(std::chrono::minutes{61});
-  constexpr time_t now = support::utcInstant(2030, 12, 31, 23, 31, 15);
-  EXPECT_EQ(service().getTimeVal(), now);
-  EXPECT_EQ(service().getDisplayTimeVal(), now + 3600);
+  constexpr time_t kNow = support::utcInstant(2030, 12, 31, 23, 31, 15);
+  EXPECT_EQ(service().getTimeVal(), kNow);
+  EXPECT_EQ(service().getDisplayTimeVal(), kNow + 3600);
   EXPECT_EQ(service().getUTCTime(0), "2030-12-31T23:31:15+00:00");
   EXPECT_EQ(telephone.managed("time"), "2030-12-31T23:31:15+00:00");
   EXPECT_EQ(numbers(), "2031-1-1 0:31:15");
@@ -223,8 +223,8 @@ class ClockWithOverrides : public plugin::RecordingFramework {};
 TEST_F(ClockWithOverrides, AnnouncesWhatTheyAnswer) {
   service = std::make_unique<ClockOfAnotherDay>();
   start(&context);
-  constexpr int zoneRefresh = 4;
-  service->timerEvent(zoneRefresh);
+  constexpr int kZoneRefresh = 4;
+  service->timerEvent(kZoneRefresh);
   EXPECT_THAT(journal.take(),
               testing::IsSupersetOf({"observer time 01:02:03", "observer date 07.03.2024"}));
   for (const auto& [key, shown] :

@@ -10,8 +10,8 @@ namespace support {
 constexpr std::int64_t daysSinceEpoch(int year, int month, int day) {
   const std::int64_t years = year - (month <= 2 ? 1 : 0);
   const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-  constexpr std::int64_t daysToEpoch = 719468;
-  return 365 * years + years / 4 - years / 100 + years / 400 + dayOfYear - daysToEpoch;
+  constexpr std::int64_t kDaysToEpoch = 719468;
+  return 365 * years + years / 4 - years / 100 + years / 400 + dayOfYear - kDaysToEpoch;
 }
 
 // Seconds since 1970-01-01 UTC, reckoned without the C library: what the tests hold the code to.

@@ -15,9 +15,9 @@ namespace {
 using unit::Outcome;
 using Lines = std::vector<std::string>;
 
-constexpr const char* observe = "call observeTimeEvents\n";
-constexpr const char* unobserve = "call unobserveTimeEvents\n";
-constexpr const char* setAlarm = "call setAlarmClock\nin string setAlarmClockAlarmTime=06:30\n";
+constexpr const char* kObserve = "call observeTimeEvents\n";
+constexpr const char* kUnobserve = "call unobserveTimeEvents\n";
+constexpr const char* kSetAlarm = "call setAlarmClock\nin string setAlarmClockAlarmTime=06:30\n";
 
 // A proxy of something that is no observer.
 class StrangeProxy : public Proxy {
@@ -43,9 +43,9 @@ class CallersProxyTest : public testing::Test {
 };
 
 TEST_F(CallersProxyTest, IsAskedForByInterfaceAndAddress) {
-  send(observe, "peer 5");
-  send(unobserve, "peer 6");
-  send(setAlarm, "");
+  send(kObserve, "peer 5");
+  send(kUnobserve, "peer 6");
+  send(kSetAlarm, "");
   EXPECT_EQ(m_framework.proxiesAsked(),
             (Lines{"ClockServiceObserverIfc at peer 5", "ClockServiceObserverIfc at peer 6",
                    "ClockServiceObserverIfc at "}));
@@ -54,18 +54,18 @@ TEST_F(CallersProxyTest, IsAskedForByInterfaceAndAddress) {
 TEST_F(CallersProxyTest, ReachesTheServiceAsTheSameObserver) {
   ClockServiceObserverProxy proxy;
   m_framework.proxy = &proxy;
-  for (const char* const message : {observe, unobserve, setAlarm}) {
+  for (const char* const message : {kObserve, kUnobserve, kSetAlarm}) {
     send(message);
     EXPECT_EQ(m_service.lastObserver(), static_cast<ClockServiceObserverIfc*>(&proxy)) << message;
   }
 }
 
 TEST_F(CallersProxyTest, NoneIsANullObserver) {
-  EXPECT_EQ(send(observe),
+  EXPECT_EQ(send(kObserve),
             Lines{"reply observeTimeEvents\nout bool observeTimeEventsReturn=false\n"});
-  EXPECT_EQ(send(unobserve),
+  EXPECT_EQ(send(kUnobserve),
             Lines{"reply unobserveTimeEvents\nout bool unobserveTimeEventsReturn=false\n"});
-  EXPECT_EQ(send(setAlarm), Lines{"reply setAlarmClock\nout int setAlarmClockReturn=77\n"});
+  EXPECT_EQ(send(kSetAlarm), Lines{"reply setAlarmClock\nout int setAlarmClockReturn=77\n"});
   EXPECT_EQ(m_service.calls(), (Lines{"observeTimeEvents null", "unobserveTimeEvents null",
                                       "setAlarmClock \"06:30\" null"}));
 }
@@ -73,9 +73,9 @@ TEST_F(CallersProxyTest, NoneIsANullObserver) {
 TEST_F(CallersProxyTest, OfAnotherInterfaceIsANullObserver) {
   StrangeProxy proxy;
   m_framework.proxy = &proxy;
-  send(observe);
-  send(unobserve);
-  send(setAlarm);
+  send(kObserve);
+  send(kUnobserve);
+  send(kSetAlarm);
   EXPECT_EQ(m_service.calls(), (Lines{"observeTimeEvents null", "unobserveTimeEvents null",
                                       "setAlarmClock \"06:30\" null"}));
 }

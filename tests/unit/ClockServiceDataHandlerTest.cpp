@@ -12,11 +12,11 @@ namespace {
 using unit::SettingsStore;
 
 // 2, 3 and 4 are one class of hardware; every other number is of the other.
-constexpr int american[] = {2, 3, 4};
-constexpr int otherVariants[] = {0, 1, 5, 6, -1, -2, INT_MAX, INT_MIN};
+constexpr int kAmerican[] = {2, 3, 4};
+constexpr int kOtherVariants[] = {0, 1, 5, 6, -1, -2, INT_MAX, INT_MIN};
 
 TEST(ClockServiceDataHandler, FreshStoreOnSubVariantsTwoToFour) {
-  for (const int variant : american) {
+  for (const int variant : kAmerican) {
     SettingsStore store;
     const auto settings = store.load(variant);
     EXPECT_EQ(settings->getDateFormat(), 2) << "variant " << variant;
@@ -28,7 +28,7 @@ TEST(ClockServiceDataHandler, FreshStoreOnSubVariantsTwoToFour) {
 }
 
 TEST(ClockServiceDataHandler, FreshStoreOnOtherSubVariants) {
-  for (const int variant : otherVariants) {
+  for (const int variant : kOtherVariants) {
     SettingsStore store;
     const auto settings = store.load(variant);
     EXPECT_EQ(settings->getDateFormat(), 0) << "variant " << variant;
@@ -85,14 +85,14 @@ TEST(ClockServiceDataHandler, DefaultsComeBackInMemoryAlone) {
 }
 
 TEST(ClockServiceDataHandler, DefaultFormatsDependOnTheHardwareAlone) {
-  for (const int variant : american) {
+  for (const int variant : kAmerican) {
     SettingsStore store;
     store.put("DateFormat", "1");
     store.put("TimeFormat", "0");
     EXPECT_EQ(store.load(variant)->getDefaultDateFormat(), 2) << "variant " << variant;
     EXPECT_EQ(store.load(variant)->getDefaultTimeFormat(), 1) << "variant " << variant;
   }
-  for (const int variant : otherVariants) {
+  for (const int variant : kOtherVariants) {
     SettingsStore store;
     EXPECT_EQ(store.load(variant)->getDefaultDateFormat(), 0) << "variant " << variant;
     EXPECT_EQ(store.load(variant)->getDefaultTimeFormat(), 0) << "variant " << variant;

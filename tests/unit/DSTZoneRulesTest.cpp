@@ -19,7 +19,7 @@ struct Zone {
 };
 
 // The table once more, in its order: stored settings and lists that users have seen depend on it.
-constexpr std::array<Zone, 15> zones{{
+constexpr std::array<Zone, 15> kZones{{
     {0, "Not Set", ""},
     {1, "Australia 2007 (ACT, South Australia, Tasmania, Victoria)", "M10.5.0/02:00,M4.1.0/03:00"},
     {2, "Australia 2007 (New South Wales)", "M10.5.0/02:00,M3.5.0/03:00"},
@@ -41,12 +41,12 @@ constexpr std::array<Zone, 15> zones{{
     {14, "New Zealand (Chatham)", "M9.5.0/02:45,M4.1.0/03:45"},
 }};
 
-constexpr std::array<int, 8> unknown{-1, 15, 16, 99, 255, -15, INT_MAX, INT_MIN};
+constexpr std::array<int, 8> kUnknown{-1, 15, 16, 99, 255, -15, INT_MAX, INT_MIN};
 
 TEST(DSTZoneRules, EveryRowHasItsIdentifierNameAndRule) {
   const DSTZoneRules rules;
-  for (std::size_t row = 0; row < zones.size(); ++row) {
-    const Zone& zone = zones[row];
+  for (std::size_t row = 0; row < kZones.size(); ++row) {
+    const Zone& zone = kZones[row];
     std::string name = "old";
     std::string rule = "old";
     rules.getDSTZoneName(zone.id, name);
@@ -60,7 +60,7 @@ TEST(DSTZoneRules, EveryRowHasItsIdentifierNameAndRule) {
 
 TEST(DSTZoneRules, ListHasEveryNameInOrderEachEnded) {
   std::string expected;
-  for (const Zone& zone : zones) expected += zone.name + std::string(";");
+  for (const Zone& zone : kZones) expected += zone.name + std::string(";");
   std::string list = "old";
   DSTZoneRules().getDSTZoneList(list);
   EXPECT_EQ(list, expected);
@@ -70,12 +70,12 @@ TEST(DSTZoneRules, ListHasEveryNameInOrderEachEnded) {
 
 TEST(DSTZoneRules, UnknownIdentifierHasNoRow) {
   const DSTZoneRules rules;
-  for (const int id : unknown) EXPECT_EQ(rules.getDSTZoneListIndex(id), -1) << "zone " << id;
+  for (const int id : kUnknown) EXPECT_EQ(rules.getDSTZoneListIndex(id), -1) << "zone " << id;
 }
 
 TEST(DSTZoneRules, UnknownIdentifierEmptiesTheTexts) {
   const DSTZoneRules rules;
-  for (const int id : unknown) {
+  for (const int id : kUnknown) {
     std::string name = "old";
     std::string rule = "old";
     rules.getDSTZoneName(id, name);
@@ -87,7 +87,7 @@ TEST(DSTZoneRules, UnknownIdentifierEmptiesTheTexts) {
 
 TEST(DSTZoneRules, IndexOutsideTheTableHasNoIdentifier) {
   const DSTZoneRules rules;
-  for (const int index : unknown) EXPECT_EQ(rules.getDSTZoneId(index), -1) << "row " << index;
+  for (const int index : kUnknown) EXPECT_EQ(rules.getDSTZoneId(index), -1) << "row " << index;
 }
 
 bool isDaylight(time_t instant) {
@@ -100,7 +100,7 @@ bool isDaylight(time_t instant) {
 // other.
 TEST(DSTZoneRules, EveryRuleIsOneForTheCLibrary) {
   const DSTZoneRules rules;
-  for (const Zone& zone : zones) {
+  for (const Zone& zone : kZones) {
     if (*zone.rule == '\0') continue;
     std::string rule;
     rules.getDSTZoneRule(zone.id, rule);

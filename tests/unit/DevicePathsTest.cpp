@@ -7,9 +7,9 @@
 namespace {
 
 TEST(DevicePaths, AreThoseOfTheDevice) {
-  EXPECT_STREQ(DevicePaths::fallbackTimeFile, "/data/fallback_time.txt");
-  EXPECT_STREQ(DevicePaths::ntpClientProgram, "/sbin/ntpclient");
-  EXPECT_STREQ(DevicePaths::ntpClientPipe, "/tmp/votk/ipc/ntpclient");
+  EXPECT_STREQ(DevicePaths::kFallbackTimeFile, "/data/fallback_time.txt");
+  EXPECT_STREQ(DevicePaths::kNtpClientProgram, "/sbin/ntpclient");
+  EXPECT_STREQ(DevicePaths::kNtpClientPipe, "/tmp/votk/ipc/ntpclient");
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ struct KeyRow {
   Follow follow;
 };
 
-constexpr std::array<KeyRow, 16> keyRows{{
+constexpr std::array<KeyRow, 16> kKeyRows{{
     {"time", true, nothing},
     {"simple-time", true, nothing},
     {"simple-date", true, nothing},
@@ -47,9 +47,9 @@ const ManagedKeys::Row& entry(const char* name) {
 }
 
 TEST(ManagedKeys, TableHasTheSixteenKeysInOrder) {
-  ASSERT_EQ(ManagedKeys::rows().size(), keyRows.size());
-  for (std::size_t i = 0; i < keyRows.size(); ++i)
-    EXPECT_STREQ(ManagedKeys::rows()[i].name, keyRows[i].name) << "row " << i;
+  ASSERT_EQ(ManagedKeys::rows().size(), kKeyRows.size());
+  for (std::size_t i = 0; i < kKeyRows.size(); ++i)
+    EXPECT_STREQ(ManagedKeys::rows()[i].name, kKeyRows[i].name) << "row " << i;
 }
 
 // The document's sections: "## KEY", and a line that says so when the key cannot be set.
@@ -71,7 +71,7 @@ TEST(ManagedKeys, EveryKeyCanBeRead) {
 }
 
 TEST(ManagedKeys, ListAndTextOfZonesCannotBeSet) {
-  for (const KeyRow& row : keyRows)
+  for (const KeyRow& row : kKeyRows)
     EXPECT_EQ(entry(row.name).set != nullptr, row.settable) << row.name;
 }
 
@@ -82,18 +82,18 @@ TEST(ManagedKeys, ServerKeysRestartTheClientAndZoneKeysRefreshTheZone) {
   ASSERT_NE(refresh, nullptr);
   ASSERT_NE(restart, refresh);
   const std::array<decltype(restart), 3> actions{nullptr, restart, refresh};
-  for (const KeyRow& row : keyRows)
+  for (const KeyRow& row : kKeyRows)
     EXPECT_EQ(entry(row.name).afterSuccess, actions[row.follow]) << row.name;
 }
 
 TEST(ManagedKeys, OnlyTheServerAddressHasAnEffectWhenRefused) {
-  for (const KeyRow& row : keyRows)
+  for (const KeyRow& row : kKeyRows)
     EXPECT_EQ(entry(row.name).always != nullptr, std::string(row.name) == "sntp-addr") << row.name;
 }
 
 TEST(ManagedKeys, FindGivesTheRowOfTheKey) {
-  for (std::size_t i = 0; i < keyRows.size(); ++i)
-    EXPECT_EQ(ManagedKeys::find(keyRows[i].name), &ManagedKeys::rows()[i]) << keyRows[i].name;
+  for (std::size_t i = 0; i < kKeyRows.size(); ++i)
+    EXPECT_EQ(ManagedKeys::find(kKeyRows[i].name), &ManagedKeys::rows()[i]) << kKeyRows[i].name;
 }
 
 TEST(ManagedKeys, FindIsExact) {

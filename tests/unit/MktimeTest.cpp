@@ -66,10 +66,10 @@ TEST_F(Mktime, DecidesWhenTheBoundaryIs) {
 }
 
 TEST_F(Mktime, MayGoNoFurtherThanATimerDoes) {
-  constexpr time_t furthest = 4'294'967;
-  g_answer = kNow + furthest;
+  constexpr time_t kFurthest = 4'294'967;
+  g_answer = kNow + kFurthest;
   EXPECT_EQ(BoundaryDelay::toNextHour(kNow), 4'294'967'000U);
-  g_answer = kNow + furthest + 1;
+  g_answer = kNow + kFurthest + 1;
   EXPECT_EQ(BoundaryDelay::toNextHour(kNow), 4'294'967'295U);
 }
 

@@ -13,14 +13,14 @@ namespace {
 // The arguments up to the terminator, after the program.
 std::string optionsOf(const NtpCommandLine& line) {
   std::string text;
-  for (std::size_t i = 1; i < NtpCommandLine::entries && line.arguments()[i] != nullptr; ++i)
+  for (std::size_t i = 1; i < NtpCommandLine::kEntries && line.arguments()[i] != nullptr; ++i)
     text += (i > 1 ? " " : "") + std::string(line.arguments()[i]);
   return text;
 }
 
 TEST(NtpCommandLine, BeginsWithTheProgram) {
   const NtpCommandLine line("192.0.2.1", 2, false);
-  EXPECT_EQ(line.arguments()[0], DevicePaths::ntpClientProgram);
+  EXPECT_EQ(line.arguments()[0], DevicePaths::kNtpClientProgram);
 }
 
 TEST(NtpCommandLine, FollowsKindOfAddressAndTrace) {
@@ -51,7 +51,7 @@ TEST(NtpCommandLine, IsNullTerminated) {
     for (const bool traced : {false, true}) {
       const NtpCommandLine line("192.0.2.1", kind, traced);
       const std::size_t given = 10U + (kind != 0 ? 1U : 0U) + (traced ? 1U : 0U);
-      for (std::size_t i = 0; i < NtpCommandLine::entries; ++i)
+      for (std::size_t i = 0; i < NtpCommandLine::kEntries; ++i)
         EXPECT_EQ(line.arguments()[i] != nullptr, i < given)
             << "entry " << i << ", kind " << kind << ", traced " << traced;
     }
@@ -59,7 +59,7 @@ TEST(NtpCommandLine, IsNullTerminated) {
 
 TEST(NtpCommandLine, TextOfAMissingEntryIsNull) {
   const NtpCommandLine line("192.0.2.1", 2, true);
-  EXPECT_STREQ(line.textAt(0), DevicePaths::ntpClientProgram);
+  EXPECT_STREQ(line.textAt(0), DevicePaths::kNtpClientProgram);
   EXPECT_STREQ(line.textAt(9), "192.0.2.1");
   EXPECT_STREQ(line.textAt(10), "-4");
   EXPECT_STREQ(line.textAt(11), "-L");

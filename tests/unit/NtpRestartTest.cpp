@@ -50,7 +50,7 @@ TEST(NtpRestart, SeedOfAnUnexpectedCharacterIsZero) {
 }
 
 TEST(NtpRestart, ExtraSecondsSpreadOverTenMinutes) {
-  constexpr int last = 2147483647;
+  constexpr int kLast = 2147483647;
   const struct {
     int random;
     int seconds;
@@ -58,11 +58,11 @@ TEST(NtpRestart, ExtraSecondsSpreadOverTenMinutes) {
                {1, 1},
                {3579139, 1},
                {3579140, 2},
-               {last, 600},
-               {last / 2, 300},
-               {last / 2 + 1, 301},
-               {last - 3579138, 600},
-               {last - 3579139, 599}};
+               {kLast, 600},
+               {kLast / 2, 300},
+               {kLast / 2 + 1, 301},
+               {kLast - 3579138, 600},
+               {kLast - 3579139, 599}};
   for (const auto& row : table)
     EXPECT_EQ(NtpRestart::extraSeconds(row.random), row.seconds) << "random " << row.random;
 }

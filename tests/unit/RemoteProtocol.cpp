@@ -6,17 +6,17 @@ using unit::Lines;
 using unit::Missing;
 using unit::RemoteRow;
 
-constexpr const char* utc = "2024-03-07T04:05:06+00:00";
+constexpr const char* kUtc = "2024-03-07T04:05:06+00:00";
 
 Lines utcText(const std::string& name) {
-  return {"in string " + name + "=" + utc};
+  return {"in string " + name + "=" + kUtc};
 }
 
 std::string quoted(const std::string& call) {
-  return call + " \"" + utc + "\"";
+  return call + " \"" + kUtc + "\"";
 }
 
-const std::vector<RemoteRow> rows{
+const std::vector<RemoteRow> kRows{
     {"getTime", {}, "getTime", {"out string getTimeStringReturn=09:07"}, Missing::impossible, ""},
     {"getTimeInts",
      {},
@@ -162,5 +162,5 @@ const std::vector<RemoteRow> rows{
 }  // namespace
 
 const std::vector<RemoteRow>& unit::remoteProtocol() {
-  return rows;
+  return kRows;
 }

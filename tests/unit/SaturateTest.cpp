@@ -8,38 +8,38 @@
 
 namespace {
 
-constexpr std::int32_t lowest32 = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t highest32 = std::numeric_limits<std::int32_t>::max();
-constexpr std::int64_t lowest64 = std::numeric_limits<std::int64_t>::min();
-constexpr std::int64_t highest64 = std::numeric_limits<std::int64_t>::max();
+constexpr std::int32_t kLowest32 = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kHighest32 = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t kLowest64 = std::numeric_limits<std::int64_t>::min();
+constexpr std::int64_t kHighest64 = std::numeric_limits<std::int64_t>::max();
 
 TEST(Saturate, NumbersOfTheTypeStay) {
-  for (const std::int32_t number : {0, 1, -1, 86400, lowest32, lowest32 + 1, highest32})
+  for (const std::int32_t number : {0, 1, -1, 86400, kLowest32, kLowest32 + 1, kHighest32})
     EXPECT_EQ(saturate<std::int32_t>(number), number);
 }
 
 TEST(Saturate, NumbersBeyondTheTypeStopAtItsLimits) {
-  EXPECT_EQ(saturate<std::int32_t>(std::int64_t{highest32} + 1), highest32);
-  EXPECT_EQ(saturate<std::int32_t>(std::int64_t{lowest32} - 1), lowest32);
-  EXPECT_EQ(saturate<std::int32_t>(highest64), highest32);
-  EXPECT_EQ(saturate<std::int32_t>(lowest64), lowest32);
+  EXPECT_EQ(saturate<std::int32_t>(std::int64_t{kHighest32} + 1), kHighest32);
+  EXPECT_EQ(saturate<std::int32_t>(std::int64_t{kLowest32} - 1), kLowest32);
+  EXPECT_EQ(saturate<std::int32_t>(kHighest64), kHighest32);
+  EXPECT_EQ(saturate<std::int32_t>(kLowest64), kLowest32);
 }
 
 TEST(Saturate, UnsignedTypesStopAtZero) {
   EXPECT_EQ(saturate<std::uint32_t>(-1), 0U);
-  EXPECT_EQ(saturate<std::uint32_t>(lowest64), 0U);
+  EXPECT_EQ(saturate<std::uint32_t>(kLowest64), 0U);
   EXPECT_EQ(saturate<std::uint32_t>(4294967295), 4294967295U);
   EXPECT_EQ(saturate<std::uint32_t>(4294967296), 4294967295U);
 }
 
 TEST(Saturate, SumStopsAtTheLimitsOfInt) {
   EXPECT_EQ(saturatedSum(1, 2), 3);
-  EXPECT_EQ(saturatedSum(highest32, 0), highest32);
-  EXPECT_EQ(saturatedSum(highest32, 1), highest32);
-  EXPECT_EQ(saturatedSum(highest32, highest32), highest32);
-  EXPECT_EQ(saturatedSum(lowest32, -1), lowest32);
-  EXPECT_EQ(saturatedSum(lowest32, lowest32), lowest32);
-  EXPECT_EQ(saturatedSum(lowest32, highest32), -1);
+  EXPECT_EQ(saturatedSum(kHighest32, 0), kHighest32);
+  EXPECT_EQ(saturatedSum(kHighest32, 1), kHighest32);
+  EXPECT_EQ(saturatedSum(kHighest32, kHighest32), kHighest32);
+  EXPECT_EQ(saturatedSum(kLowest32, -1), kLowest32);
+  EXPECT_EQ(saturatedSum(kLowest32, kLowest32), kLowest32);
+  EXPECT_EQ(saturatedSum(kLowest32, kHighest32), -1);
 }
 
 TEST(Saturate, TruncatesTowardZero) {
@@ -61,9 +61,9 @@ TEST(Saturate, TruncatesTowardZero) {
 // The lowest int is left out, so that the result can be negated.
 TEST(Saturate, TruncationStopsWhereTheResultCanBeNegated) {
   for (const double number : {2147483647.0, 2147483648.0, 1e30, HUGE_VAL})
-    EXPECT_EQ(truncated(number), highest32) << number;
+    EXPECT_EQ(truncated(number), kHighest32) << number;
   for (const double number : {-2147483647.0, -2147483648.0, -2147483649.0, -1e30, -HUGE_VAL})
-    EXPECT_EQ(truncated(number), -highest32) << number;
+    EXPECT_EQ(truncated(number), -kHighest32) << number;
 }
 
 TEST(Saturate, NotANumberIsTruncatedToZero) {
@@ -80,11 +80,11 @@ TEST(Saturate, FloatIsTheNearest) {
 }
 
 TEST(Saturate, FloatBeyondTheRangeIsInfinite) {
-  constexpr float infinity = std::numeric_limits<float>::infinity();
-  EXPECT_EQ(toFloat(1e39), infinity);
-  EXPECT_EQ(toFloat(-1e39), -infinity);
-  EXPECT_EQ(toFloat(HUGE_VAL), infinity);
-  EXPECT_EQ(toFloat(-HUGE_VAL), -infinity);
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  EXPECT_EQ(toFloat(1e39), kInfinity);
+  EXPECT_EQ(toFloat(-1e39), -kInfinity);
+  EXPECT_EQ(toFloat(HUGE_VAL), kInfinity);
+  EXPECT_EQ(toFloat(-HUGE_VAL), -kInfinity);
   EXPECT_TRUE(std::isnan(toFloat(std::numeric_limits<double>::quiet_NaN())));
 }
 

@@ -42,7 +42,7 @@ std::string describe(const Handler& h) {
          " " + std::to_string(h.getDSTZoneID()) + flag(h.getAutomaticDaylightSavingActive());
 }
 
-constexpr const char* defaults = "2016-06-16T00:00:00+00:00 0 0 \"\" \"\" 0 false 60 0 0 false";
+constexpr const char* kDefaults = "2016-06-16T00:00:00+00:00 0 0 \"\" \"\" 0 false 60 0 0 false";
 
 TEST(SettingsDocument, EachElementHoldsOneSetting) {
   const struct {
@@ -82,7 +82,7 @@ TEST(SettingsDocument, OtherElementsHoldNothing) {
        {"", "dateformat", "DATEFORMAT", "DateFormat2", "DateForma", " DateFormat", "Settings",
         "DaylightSavingZoneID", "AutoDaylightSavingEnabled", "softwareType", "NTPSharedSecret"}) {
     element(*settings, name, "1");
-    EXPECT_EQ(describe(*settings), defaults) << "\"" << name << "\"";
+    EXPECT_EQ(describe(*settings), kDefaults) << "\"" << name << "\"";
   }
 }
 
@@ -249,7 +249,7 @@ TEST(SettingsDocument, StoreThatCannotBeReadLeavesTheDefaults) {
   store.put("DaylightSavingMinutes", "30");
   store.access.refuseGets(true);
   const auto settings = store.load();
-  EXPECT_EQ(describe(*settings), defaults);
+  EXPECT_EQ(describe(*settings), kDefaults);
   store.access.refuseGets(false);
   settings->reinitialiseData(false);
   EXPECT_EQ(settings->getDateFormat(), 1);

@@ -13,12 +13,12 @@ namespace {
 using TimeZoneText::LocalZone;
 using TimeZoneText::Settings;
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
-constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
-constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
-constexpr const char* europe = "M3.5.0/02:00,M10.5.0/03:00";
-constexpr const char* america = "M3.2.0/02:00,M11.1.0/02:00";
+constexpr float kInfiniteHours = std::numeric_limits<float>::infinity();
+constexpr float kNoHours = std::numeric_limits<float>::quiet_NaN();
+constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
+constexpr const char* kEurope = "M3.5.0/02:00,M10.5.0/03:00";
+constexpr const char* kAmerica = "M3.2.0/02:00,M11.1.0/02:00";
 
 enum Saving { off, byHand, byRule };
 
@@ -61,9 +61,9 @@ TEST(TimeZoneText, DocumentedExamples) {
          {-5.0F, off, 60, "", "LOC05:00", -300},
          {5.5F, off, 60, "", "LOC-5:30", 330},
          {1.0F, byHand, 60, "", "LOC-2:00", 120},
-         {1.0F, byRule, 60, europe, "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00", 60},
+         {1.0F, byRule, 60, kEurope, "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00", 60},
          {0.0F, byHand, 30, "", "LOC-00:30", 30},
-         {-5.0F, byRule, 60, america, "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00", -300}});
+         {-5.0F, byRule, 60, kAmerica, "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00", -300}});
 }
 
 TEST(TimeZoneText, HoursAreTwoWideWithTheirSign) {
@@ -100,12 +100,12 @@ TEST(TimeZoneText, OffsetUnderAnHourKeepsItsSignWithDaylightSavingByHand) {
 }
 
 TEST(TimeZoneText, DaylightPartUnderAnHourKeepsItsSignByRule) {
-  check({{-0.5F, byRule, 60, europe, "LOC00:30DST-00:30,M3.5.0/02:00,M10.5.0/03:00", -30},
-         {0.0F, byRule, 30, europe, "LOC00:00DST-00:30,M3.5.0/02:00,M10.5.0/03:00", 0},
-         {0.0F, byRule, 60, europe, "LOC00:00DST-1:00,M3.5.0/02:00,M10.5.0/03:00", 0},
-         {-1.0F, byRule, 60, america, "LOC01:00DST00:00,M3.2.0/02:00,M11.1.0/02:00", -60},
-         {-1.5F, byRule, 60, america, "LOC01:30DST00:30,M3.2.0/02:00,M11.1.0/02:00", -90},
-         {0.5F, byRule, 60, europe, "LOC00:30DST-1:30,M3.5.0/02:00,M10.5.0/03:00", 30}});
+  check({{-0.5F, byRule, 60, kEurope, "LOC00:30DST-00:30,M3.5.0/02:00,M10.5.0/03:00", -30},
+         {0.0F, byRule, 30, kEurope, "LOC00:00DST-00:30,M3.5.0/02:00,M10.5.0/03:00", 0},
+         {0.0F, byRule, 60, kEurope, "LOC00:00DST-1:00,M3.5.0/02:00,M10.5.0/03:00", 0},
+         {-1.0F, byRule, 60, kAmerica, "LOC01:00DST00:00,M3.2.0/02:00,M11.1.0/02:00", -60},
+         {-1.5F, byRule, 60, kAmerica, "LOC01:30DST00:30,M3.2.0/02:00,M11.1.0/02:00", -90},
+         {0.5F, byRule, 60, kEurope, "LOC00:30DST-1:30,M3.5.0/02:00,M10.5.0/03:00", 30}});
 }
 
 // The longest value that a user can choose fits exactly: nothing of a rule is lost.
@@ -125,7 +125,7 @@ TEST(TimeZoneText, RuleWithoutTextIsDaylightSavingByHand) {
 }
 
 TEST(TimeZoneText, RuleCountsOnlyWhenAutomatic) {
-  check({{1.0F, byHand, 60, europe, "LOC-2:00", 120}, {1.0F, off, 60, europe, "LOC-1:00", 60}});
+  check({{1.0F, byHand, 60, kEurope, "LOC-2:00", 120}, {1.0F, off, 60, kEurope, "LOC-1:00", 60}});
 }
 
 TEST(TimeZoneText, AutomaticCountsOnlyWithDaylightSaving) {
@@ -133,7 +133,7 @@ TEST(TimeZoneText, AutomaticCountsOnlyWithDaylightSaving) {
   settings.utcOffset = 1.0F;
   settings.daylightMinutes = 60;
   settings.automatic = true;
-  settings.rule = europe;
+  settings.rule = kEurope;
   const LocalZone zone = TimeZoneText::localZone(settings);
   EXPECT_STREQ(zone.tz.data(), "LOC-1:00");
   EXPECT_EQ(zone.offsetMinutes, 60);
@@ -157,40 +157,40 @@ TEST(TimeZoneText, PartOfAMinuteIsDropped) {
 }
 
 TEST(TimeZoneText, NotANumberIsUtc) {
-  check({{notANumber, off, 60, "", "LOC00:00", 0},
-         {notANumber, byHand, 60, "", "LOC-1:00", 60},
-         {notANumber, byRule, 60, europe, "LOC00:00DST-1:00,M3.5.0/02:00,M10.5.0/03:00", 0}});
+  check({{kNoHours, off, 60, "", "LOC00:00", 0},
+         {kNoHours, byHand, 60, "", "LOC-1:00", 60},
+         {kNoHours, byRule, 60, kEurope, "LOC00:00DST-1:00,M3.5.0/02:00,M10.5.0/03:00", 0}});
 }
 
 TEST(TimeZoneText, HugeOffsetStopsAtTheLimit) {
-  for (const float huge : {infinity, 1e30F, std::numeric_limits<float>::max(), 35791395.0F})
-    check({{huge, off, 60, "", "LOC-35791394:07", highest},
-           {-huge, off, 60, "", "LOC35791394:07", -highest},
-           {huge, byHand, 60, "", "LOC-35791394:07", highest},
-           {-huge, byHand, 60, "", "LOC35791393:07", -highest + 60}});
+  for (const float huge : {kInfiniteHours, 1e30F, std::numeric_limits<float>::max(), 35791395.0F})
+    check({{huge, off, 60, "", "LOC-35791394:07", kHighest},
+           {-huge, off, 60, "", "LOC35791394:07", -kHighest},
+           {huge, byHand, 60, "", "LOC-35791394:07", kHighest},
+           {-huge, byHand, 60, "", "LOC35791393:07", -kHighest + 60}});
 }
 
 TEST(TimeZoneText, HugeDaylightSavingStopsAtTheLimit) {
-  check({{0.0F, byHand, lowest, "", "LOC35791394:07", -highest},
-         {0.0F, byHand, highest, "", "LOC-35791394:07", highest},
-         {12.5F, byHand, highest, "", "LOC-35791394:07", highest},
-         {-12.5F, byHand, lowest, "", "LOC35791394:07", -highest},
-         {1e30F, byHand, lowest, "", "LOC00:01", -1},
-         {-1e30F, byHand, highest, "", "LOC00:00", 0}});
+  check({{0.0F, byHand, kLowest, "", "LOC35791394:07", -kHighest},
+         {0.0F, byHand, kHighest, "", "LOC-35791394:07", kHighest},
+         {12.5F, byHand, kHighest, "", "LOC-35791394:07", kHighest},
+         {-12.5F, byHand, kLowest, "", "LOC35791394:07", -kHighest},
+         {1e30F, byHand, kLowest, "", "LOC00:01", -1},
+         {-1e30F, byHand, kHighest, "", "LOC00:00", 0}});
 }
 
 TEST(TimeZoneText, LongValueIsCutAtFortyNineCharacters) {
-  check({{infinity, byRule, highest, europe, "LOC-35791394:07DST-35791394:07,M3.5.0/02:00,M10.5",
-          highest},
-         {-infinity, byRule, lowest, america, "LOC35791394:07DST35791394:07,M3.2.0/02:00,M11.1.0",
-          -highest}});
+  check({{kInfiniteHours, byRule, kHighest, kEurope,
+          "LOC-35791394:07DST-35791394:07,M3.5.0/02:00,M10.5", kHighest},
+         {-kInfiniteHours, byRule, kLowest, kAmerica,
+          "LOC35791394:07DST35791394:07,M3.2.0/02:00,M11.1.0", -kHighest}});
 }
 
 TEST(TimeZoneText, ValueIsNeverLongerAndAlwaysTerminated) {
   const std::string longRule(200, 'M');
-  for (const float offset : {0.0F, 0.5F, -0.5F, 12.5F, -12.5F, 1e30F, -1e30F, infinity, -infinity,
-                             notANumber, 1e-40F, 596523.2F})
-    for (const std::int32_t minutes : {0, 60, -60, 30, 1439, lowest, highest, lowest + 1})
+  for (const float offset : {0.0F, 0.5F, -0.5F, 12.5F, -12.5F, 1e30F, -1e30F, kInfiniteHours,
+                             -kInfiniteHours, kNoHours, 1e-40F, 596523.2F})
+    for (const std::int32_t minutes : {0, 60, -60, 30, 1439, kLowest, kHighest, kLowest + 1})
       for (const Saving saving : {off, byHand, byRule}) {
         const ZoneText row{offset, saving, minutes, longRule.c_str(), "", 0};
         const LocalZone zone = TimeZoneText::localZone(settingsOf(row));

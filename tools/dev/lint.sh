@@ -18,7 +18,10 @@ check_tidy() {
   local folder log file
   folder=$(folder_of lint)
   log=$folder/clang-tidy.log
-  for file in $(files_of '*/.clang-tidy'); do cp "$file" "$folder/$file"; done
+  for file in $(files_of '*/.clang-tidy'); do
+    mkdir -p "$folder/${file%/*}"
+    cp "$file" "$folder/$file"
+  done
   run-clang-tidy -quiet -p "$folder" -checks=-bugprone-suspicious-include -j "$(nproc)" \
     >"$log" 2>&1 || {
     grep -vE 'clang-tidy-|warnings? generated' "$log" >&2

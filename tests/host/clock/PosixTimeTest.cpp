@@ -130,8 +130,8 @@ TEST_F(ProcessWithClock, DeviceSetterJumps) {
 }
 
 TEST_F(ProcessWithClock, DeviceSetterRefusesWhatIsTooLate) {
-  constexpr unsigned long most = std::numeric_limits<unsigned long>::max();
-  std::vector<unsigned long> late{most, most / 2 + 1};
+  constexpr unsigned long kMost = std::numeric_limits<unsigned long>::max();
+  std::vector<unsigned long> late{kMost, kMost / 2 + 1};
   if (sizeof(unsigned long) > 4) late.push_back(static_cast<unsigned long>(8'000'000'000ULL));
   for (const unsigned long seconds : late) {
     EXPECT_LT(votk_set_time_seconds_since_epoch(seconds), 0) << seconds;

@@ -99,9 +99,9 @@ TEST(ReadRequest, RefusesAMemberThatComesTwice) {
 // The last of the members ends the text in its middle: nothing behind them is read.
 TEST(ReadRequest, StopsReadingAtTheMostThatARequestHolds) {
   const std::string refused = "the request holds more than 64 members and values";
-  constexpr std::size_t most = (kMostInRequest - 1) / 2;
-  EXPECT_EQ(readRequest(withMembers(most)).size(), most);
-  EXPECT_EQ(refusal(withMembers(most + 1)), refused);
+  constexpr std::size_t kMost = (kMostInRequest - 1) / 2;
+  EXPECT_EQ(readRequest(withMembers(kMost)).size(), kMost);
+  EXPECT_EQ(refusal(withMembers(kMost + 1)), refused);
   EXPECT_EQ(refusal(withMembers(80'000).substr(0, 500)), refused);
   EXPECT_EQ(refusal("{\"a\":[1" + std::string(100, ',')), "the request is no JSON object");
   EXPECT_EQ(refusal("{\"a\":[" + std::string(kMostInRequest, '[')),

@@ -72,11 +72,11 @@ TEST_F(StorageFolder, RefusesWhatIsNoRegularFile) {
 // A sparse one, as large as the system opens: there is no memory for it.
 TEST_F(StorageFolder, ReplacesAFileOfAnySizeWithoutReadingIt) {
   write("x");
-  constexpr std::uintmax_t most = std::numeric_limits<off_t>::max();
+  constexpr std::uintmax_t kMost = std::numeric_limits<off_t>::max();
   rlimit allowed{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &allowed), 0);
   std::filesystem::resize_file(m_folder / "file",
-                               std::min<std::uintmax_t>({most, 1ULL << 40U, allowed.rlim_cur}));
+                               std::min<std::uintmax_t>({kMost, 1ULL << 40U, allowed.rlim_cur}));
   EXPECT_TRUE(replaceContent("new"));
   EXPECT_EQ(content(), "new");
 }

@@ -10,9 +10,9 @@
 namespace host {
 namespace {
 
-std::mutex mutex;
-std::condition_variable changed;
-std::vector<std::string> notes;
+std::mutex g_mutex;
+std::condition_variable g_changed;
+std::vector<std::string> g_notes;
 
 }  // namespace
 
@@ -22,28 +22,28 @@ std::filesystem::path testPlugin(const std::string& kind) {
 }
 
 std::vector<std::string> pluginNotes() {
-  const std::lock_guard lock(mutex);
-  std::vector<std::string> told = notes;
+  const std::lock_guard lock(g_mutex);
+  std::vector<std::string> told = g_notes;
   std::erase_if(told, [](const std::string& note) { return note.rfind("listener", 0) == 0; });
   return told;
 }
 
 void clearPluginNotes() {
-  const std::lock_guard lock(mutex);
-  notes.clear();
+  const std::lock_guard lock(g_mutex);
+  g_notes.clear();
 }
 
 bool waitForPluginNote(const std::string& text) {
-  std::unique_lock lock(mutex);
-  return changed.wait_for(lock, std::chrono::seconds(10), [&] {
-    return std::find(notes.begin(), notes.end(), text) != notes.end();
+  std::unique_lock lock(g_mutex);
+  return g_changed.wait_for(lock, std::chrono::seconds(10), [&] {
+    return std::find(g_notes.begin(), g_notes.end(), text) != g_notes.end();
   });
 }
 
 }  // namespace host
 
 void testPluginNote(const char* text) {
-  const std::lock_guard lock(host::mutex);
-  host::notes.emplace_back(text);
-  host::changed.notify_all();
+  const std::lock_guard lock(host::g_mutex);
+  host::g_notes.emplace_back(text);
+  host::g_changed.notify_all();
 }

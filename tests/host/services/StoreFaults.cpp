@@ -11,9 +11,9 @@
 namespace host {
 namespace {
 
-std::atomic<std::size_t> syncs{0};
-std::atomic<std::size_t> folderSyncs{0};
-std::atomic<bool> syncsFail{false};
+std::atomic<std::size_t> g_syncs{0};
+std::atomic<std::size_t> g_folderSyncs{0};
+std::atomic<bool> g_syncsFail{false};
 int writeError = 0;
 
 ssize_t refuseWrite(int, const void*, size_t) {
@@ -51,10 +51,10 @@ void replace(const char* call, sqlite3_syscall_ptr function) {
 }
 
 int sync(long call, int file) {
-  ++syncs;
+  ++g_syncs;
   struct stat status {};
-  if (::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) ++folderSyncs;
-  if (!syncsFail) return static_cast<int>(::syscall(call, file));
+  if (::fstat(file, &status) == 0 && S_ISDIR(status.st_mode)) ++g_folderSyncs;
+  if (!g_syncsFail) return static_cast<int>(::syscall(call, file));
   errno = EIO;
   return -1;
 }
@@ -62,11 +62,11 @@ int sync(long call, int file) {
 }  // namespace
 
 std::size_t takeSyncs() {
-  return syncs.exchange(0);
+  return g_syncs.exchange(0);
 }
 
 std::size_t takeFolderSyncs() {
-  return folderSyncs.exchange(0);
+  return g_folderSyncs.exchange(0);
 }
 
 FailingWrites::FailingWrites(int error) {
@@ -96,11 +96,11 @@ bool StumblingReads::stumbled() {
 }
 
 FailingSyncs::FailingSyncs() {
-  syncsFail = true;
+  g_syncsFail = true;
 }
 
 FailingSyncs::~FailingSyncs() {
-  syncsFail = false;
+  g_syncsFail = false;
 }
 
 }  // namespace host
