@@ -11,19 +11,20 @@ namespace bench {
 // The number below which `part` (0-1) of them lie. REQUIRES: not empty.
 [[nodiscard]] double quantile(std::vector<double> numbers, double part);
 
-// Measures baseline and figure alternately, so that a machine that slows down slows both. Each
-// returns its number; the medians are found.
-template <class Figure, class Baseline>
-[[nodiscard]] Found alternately(std::size_t pairs, Figure figure, Baseline baseline) {
+// Measures value and baseline alternately, so that a machine that slows down slows both. Each
+// returns a number; the medians are found.
+template <class Value, class Baseline>
+[[nodiscard]] Found alternately(std::size_t pairs, Value value, Baseline baseline) {
   std::vector<double> values;
   std::vector<double> baselines;
   for (std::size_t i = 0; i < pairs; ++i) {
     baselines.push_back(baseline());
-    values.push_back(figure());
+    values.push_back(value());
   }
   return {quantile(std::move(values), 0.5), quantile(std::move(baselines), 0.5)};
 }
 
+// Real time that the work takes.
 template <class Unit, class Work>
 [[nodiscard]] double elapsed(Work work) {
   const auto begin = std::chrono::steady_clock::now();

@@ -21,7 +21,7 @@ constexpr std::size_t kSets = 20;
 constexpr std::chrono::milliseconds kSettling{500};
 constexpr std::chrono::seconds kIdle{2};
 
-// Of a process that counts its allocations in a file.
+// Reads the heap allocations of a process, which it counts in a file: see HeapCount.cpp.
 class HeapCount {
  public:
   explicit HeapCount(const TemporaryFolder& folder) : m_file(folder / "heap") {
@@ -43,7 +43,7 @@ class HeapCount {
   const std::filesystem::path m_file;
 };
 
-// Lets the host finish what its start leaves to do later.
+// Waits until the host has done what its start leaves for later.
 void settle(const HostProgram& host) {
   Line(host.socket()).ask(callOf("getTime"));
   std::this_thread::sleep_for(kSettling);

@@ -28,38 +28,34 @@ struct Exchange {
   }
 };
 
-// A program, and clients connected to it.
+// Clients connected to a program, and what they exchange with it.
 struct Served {
-  std::vector<Line> lines;
-  Exchange exchange;
-
   Served(const std::filesystem::path& socket, std::size_t clients) {
     for (std::size_t i = 0; i < clients; ++i) lines.emplace_back(socket);
   }
+
+  std::vector<Line> lines;
+  Exchange exchange;
 };
 
-class HostAndEcho {
- public:
+struct HostAndEcho {
   explicit HostAndEcho(std::size_t clients)
-      : m_echo(m_folder, "echo", std::to_string(clients)),
-        host(m_host.socket(), clients),
-        echo(m_echo.socket(), clients) {
+      : echoProgram(folder, "echo", std::to_string(clients)),
+        host(hostProgram.socket(), clients),
+        echo(echoProgram.socket(), clients) {
     const std::string getTime = callOf("getTime");
     host.exchange = {getTime, host.lines.front().ask(getTime).size()};
     echo.exchange = {std::string(kEchoSize, 'e'), kEchoSize};
   }
 
- private:
-  const support::TemporaryFolder m_folder;
-  const HostProgram m_host{m_folder, m_folder / "state"};
-  const BaselineProgram m_echo;
-
- public:
+  const support::TemporaryFolder folder;
+  const HostProgram hostProgram{folder, folder / "state"};
+  const BaselineProgram echoProgram;
   Served host;
   Served echo;
 };
 
-// Microseconds from sending to the whole reply: below which `part` of the calls lie.
+// Microseconds from the request to the whole reply: the quantile `part` of many calls.
 double waitOfOne(const Served& served, double part) {
   std::vector<double> waits;
   for (std::size_t i = 0; i < kCallsOfOne; ++i) {
