@@ -1,84 +1,100 @@
-#include "simulation/Report.h"
+// From a run of thousands of steps to the few that matter, and what a person reads of them.
 
 #include <algorithm>
+#include <cctype>
+
+#include "simulation/Run.h"
 
 namespace simulation {
 namespace {
 
-constexpr std::size_t kMostLines = 40;  // more than a snapshot has
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kMostSteps = 60;
 constexpr const char* kNothing = "(nothing more)";
 
-// Where both sides begin to differ, and how many lines they have in common from there to the end.
-struct Middle {
-  std::size_t begin;
-  std::size_t rest;
-};
-
-Middle middleOf(const Difference& difference) {
-  const Lines& a = difference.expected;
-  const Lines& b = difference.actual;
-  const auto begin = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
-  const auto most = static_cast<std::ptrdiff_t>(std::min(a.size(), b.size())) - begin;
-  const auto rest = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend()).first - a.rbegin();
-  return {static_cast<std::size_t>(begin), static_cast<std::size_t>(std::min(rest, most))};
-}
-
-// The lines of one side that the other does not have in their place.
-Lines differing(const Lines& own, const Lines& other, Middle middle) {
-  Lines lines;
-  for (std::size_t i = middle.begin; i + middle.rest < own.size(); ++i) {
-    const bool paired = own.size() == other.size();
-    if (!paired || own[i] != other[i]) lines.push_back(own[i]);
-  }
+// The lines of `own` that the other side has not in the same place, between what both begin with
+// and what both end with.
+Lines differing(const Lines& own, const Lines& other) {
+  const auto begin = std::mismatch(own.begin(), own.end(), other.begin(), other.end());
+  const auto rest = std::mismatch(own.rbegin(), std::make_reverse_iterator(begin.first),
+                                  other.rbegin(), std::make_reverse_iterator(begin.second));
+  Lines lines(begin.first, rest.first.base());
+  if (own.size() != other.size()) return lines;
+  auto theirs = begin.second;
+  lines.erase(std::remove_if(lines.begin(), lines.end(),
+                             [&theirs](const std::string& line) { return line == *theirs++; }),
+              lines.end());
   return lines;
 }
 
 std::string side(const char* title, const Lines& lines) {
   std::string text = std::string(title) + "\n";
-  for (std::size_t i = 0; i < std::min(lines.size(), kMostLines); ++i) {
-    text += "    " + lines[i] + "\n";
-  }
-  if (lines.empty()) return text + "    " + kNothing + "\n";
-  if (lines.size() <= kMostLines) return text;
-  return text + "    and " + std::to_string(lines.size() - kMostLines) + " lines\n";
+  for (const std::string& line : lines) text += "    " + line + "\n";
+  return lines.empty() ? text + "    " + kNothing + "\n" : text;
 }
 
 std::string both(const Difference& difference) {
-  const Middle middle = middleOf(difference);
-  return side("  must be:", differing(difference.expected, difference.actual, middle)) +
-         side("  is:", differing(difference.actual, difference.expected, middle));
+  return side("  must be:", differing(difference.expected, difference.actual)) +
+         side("  is:", differing(difference.actual, difference.expected));
 }
 
-std::string beginningOf(const Lines& lines, std::size_t at) {
-  std::string line = at < lines.size() ? lines[at] : kNothing;
-  const std::size_t firstWord = line.find(' ');
-  if (firstWord != std::string::npos)
-    line.resize(std::min(line.size(), line.find(' ', firstWord + 1)));
-  line.erase(std::remove_if(line.begin(), line.end(), [](char c) { return c >= '0' && c <= '9'; }),
+// Two words without their digits.
+std::string beginningOf(const Lines& lines) {
+  std::string line = lines.empty() ? kNothing : lines[0];
+  const std::size_t blank = line.find(' ', line.find(' ') + 1);
+  line.resize(std::min(line.size(), blank));
+  line.erase(std::remove_if(line.begin(), line.end(),
+                            [](unsigned char c) { return std::isdigit(c) != 0; }),
              line.end());
   return line;
 }
 
+Steps without(const Steps& steps, std::size_t from, std::size_t end) {
+  Steps rest(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(from));
+  rest.insert(rest.end(), steps.begin() + static_cast<std::ptrdiff_t>(end), steps.end());
+  return rest;
+}
+
 }  // namespace
 
+Run shrunk(Run run, const Runner& again, Clock::duration most) {
+  const std::string fault = faultOf(*run.difference);
+  const auto end = Clock::now() + most;
+  bool shorter = true;
+  for (std::size_t size = run.steps.size(); size > 1 || shorter;) {
+    size = std::max<std::size_t>(size / 2, 1);
+    shorter = false;
+    for (std::size_t at = run.steps.size(); at > 0 && Clock::now() < end;) {
+      const std::size_t from = at - std::min(size, at);
+      Run tried = again(without(run.steps, from, at));
+      const bool same = tried.difference && faultOf(*tried.difference) == fault;
+      if (same) run = std::move(tried);
+      shorter = shorter || same;
+      at = std::min(from, run.steps.size());
+    }
+  }
+  return run;
+}
+
 std::string faultOf(const Difference& difference) {
-  const std::size_t at = middleOf(difference).begin;
-  return beginningOf(difference.expected, at) + "\n" + beginningOf(difference.actual, at);
+  return beginningOf(differing(difference.expected, difference.actual)) + "\n" +
+         beginningOf(differing(difference.actual, difference.expected));
 }
 
-std::string differenceText(std::uint64_t seed, const Life& life) {
-  const std::size_t step = life.difference->step;
-  return "seed " + std::to_string(seed) + ", step " + std::to_string(step) +
-         " of its life: " + (step == 0 ? "the first start" : describe(life.steps[step - 1])) +
-         "\n" + both(*life.difference);
+std::string differenceText(std::uint64_t seed, const Run& run) {
+  const std::size_t step = run.difference->step;
+  return "seed " + std::to_string(seed) + ", step " + std::to_string(step) + ": " +
+         (step == 0 ? "the first start" : describe(run.steps[step - 1])) + "\n" +
+         both(*run.difference);
 }
 
-std::string wayText(const Life& shortest) {
+std::string wayText(const Run& shortest) {
   std::string text = "the shortest way there, from a first start:\n";
-  const Steps& steps = shortest.steps;
-  const std::size_t unseen = steps.size() > kShownSteps ? steps.size() - kShownSteps : 0;
-  if (unseen > 0) text += "  " + std::to_string(unseen) + " steps, and then\n";
-  for (std::size_t i = unseen; i < steps.size(); ++i) text += "  " + describe(steps[i]) + "\n";
+  const std::size_t size = shortest.steps.size();
+  const std::size_t first = size - std::min(size, kMostSteps);
+  if (first > 0) text += "  " + std::to_string(first) + " steps, and then\n";
+  for (std::size_t i = first; i < size; ++i) text += "  " + describe(shortest.steps[i]) + "\n";
   return text + "where\n" + both(*shortest.difference);
 }
 

@@ -1,84 +1,129 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <random>
 
-#include "simulation/Life.h"
-#include "simulation/LotSteps.h"
-#include "simulation/Report.h"
-#include "simulation/SimulationFolder.h"
+#include "simulation/Run.h"
+#include "support/FileContent.h"
+#include "support/WorkingFolder.h"
 
 namespace simulation {
 namespace {
 
-// Each life is as long; the tests share the steps that were asked for.
-constexpr std::size_t kLifeSteps = 2500;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// Each run is as long; the tests share the steps that were asked for, by the build or the variable.
+constexpr std::size_t kRunSteps = 2500;
 constexpr std::size_t kFixedLots = 20;
 constexpr std::size_t kNewLots = 10;
 
-// Asked for a build, and in the environment for one run.
-std::size_t stepsOfALot(const char* variable, std::size_t usual, std::size_t lots) {
-  return lotSteps(std::getenv(variable), usual, lots);  // NOLINT(concurrency-mt-unsafe): one thread
+// The difference stands in the output before the long search for the shortest way.
+void showDifference(std::uint64_t seed, const Run& wrong) {
+  std::cout << differenceText(seed, wrong) << std::flush;
+  const auto again = [](const Steps& steps) { return run(steps); };
+  FAIL() << differenceText(seed, wrong) << wayText(shrunk(wrong, again));
 }
 
-Life again(const Steps& steps) {
-  return live(steps);
-}
-
-// What went wrong stands in the output before the long search for the shortest way.
-void showDifference(std::uint64_t seed, const Life& life) {
-  std::cout << differenceText(seed, life) << std::flush;
-  FAIL() << differenceText(seed, life) << wayText(shrunk(life, again));
-}
-
-void expectAgreement(std::uint64_t firstSeed, std::size_t steps) {
-  for (std::size_t lived = 0; lived < steps; lived += kLifeSteps) {
-    const std::uint64_t seed = firstSeed + lived / kLifeSteps;
-    const Life life = live(seed, std::min(kLifeSteps, steps - lived));
-    if (life.difference) return showDifference(seed, life);
+// A test without a step must not pass.
+void expectAgreement(std::uint64_t firstSeed, const char* variable, std::size_t usual,
+                     std::size_t lots) {
+  const char* const asked = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): one thread
+  const std::size_t steps = (asked == nullptr ? usual : std::strtoul(asked, nullptr, 10)) / lots;
+  EXPECT_GT(steps, 0U) << variable << " is no number of steps for " << lots << " lots";
+  for (std::size_t taken = 0; taken < steps; taken += kRunSteps) {
+    const std::uint64_t seed = firstSeed + taken / kRunSteps;
+    const Run result = run(seed, std::min(kRunSteps, steps - taken));
+    if (result.difference) return showDifference(seed, result);
   }
 }
 
 class Simulation : public testing::Test {
  private:
-  const SimulationFolder m_folder;
+  const support::WorkingFolder m_folder{support::folderInMemory()};
 };
 
 class SimulationLot : public Simulation, public testing::WithParamInterface<std::size_t> {};
 
-TEST_F(Simulation, TheSameSeedGivesTheSameLifeToTheByte) {
-  const Life life = live(42, 1500);
-  EXPECT_EQ(life.digest, live(42, 1500).digest);
-  EXPECT_NE(life.digest, live(43, 1500).digest);
+TEST_F(Simulation, SameSeedGivesTheSameRunToTheByte) {
+  const auto once = run(42, 1500);
+  EXPECT_EQ(once.digest, run(42, 1500).digest);
+  EXPECT_NE(once.digest, run(43, 1500).digest);
 }
 
-TEST_F(Simulation, ItsStepsAloneGiveTheSameLife) {
-  const Life life = live(44, 1500);
-  EXPECT_EQ(life.digest, live(life.steps).digest);
+TEST_F(Simulation, StepsAloneGiveTheSameRun) {
+  const auto once = run(44, 1500);
+  EXPECT_EQ(once.digest, run(once.steps).digest);
 }
 
-TEST_F(Simulation, EveryStepCanBeRead) {
-  for (const Step& step : live(45, 3000).steps) ASSERT_FALSE(describe(step).empty());
+TEST_F(Simulation, RunsTakeEveryKindOfStep) {
+  std::array<int, static_cast<std::size_t>(Act::restart) + 1> taken{};
+  for (const Step& step : run(45, 4000).steps) ++taken[static_cast<std::size_t>(step.act)];
+  EXPECT_THAT(taken, testing::Each(testing::Gt(0)));
 }
 
-TEST_P(SimulationLot, OfFixedSeedsAgreesWithTheModel) {
-  expectAgreement(GetParam() * 1000 + 1,
-                  stepsOfALot("CLOCK_SIMULATION_STEPS", CLOCK_SIMULATION_STEPS, kFixedLots));
+TEST_F(Simulation, ExceptionIsADifference) {
+  const auto thrown = run(Steps{{Act::idle}, {Act::service, {1}, {"none"}}});
+  ASSERT_TRUE(thrown.difference);
+  EXPECT_EQ(thrown.difference->step, 2U);
+  EXPECT_THAT(thrown.difference->actual.back(), HasSubstr("threw: "));
+}
+
+TEST_P(SimulationLot, OfFixedSeedsAgreesWithTheReference) {
+  expectAgreement(GetParam() * 1000 + 1, "CLOCK_SIMULATION_STEPS", CLOCK_SIMULATION_STEPS,
+                  kFixedLots);
 }
 INSTANTIATE_TEST_SUITE_P(Lots, SimulationLot, testing::Range<std::size_t>(0, kFixedLots));
 
 class SimulationNewLot : public SimulationLot {};
 
-TEST_P(SimulationNewLot, OfANewSeedAgreesWithTheModel) {
+TEST_P(SimulationNewLot, OfANewSeedAgreesWithTheReference) {
   const std::uint64_t seed = std::random_device{}();
-  std::cout << "new seed " << seed << ": ./dev simulate --seed " << seed << " --steps "
-            << kLifeSteps << std::endl;
-  expectAgreement(seed,
-                  stepsOfALot("CLOCK_SIMULATION_NEW_STEPS", CLOCK_SIMULATION_NEW_STEPS, kNewLots));
+  std::cout << "new seed " << seed << ": ./dev simulate --seed " << seed << " --steps " << kRunSteps
+            << std::endl;
+  expectAgreement(seed, "CLOCK_SIMULATION_NEW_STEPS", CLOCK_SIMULATION_NEW_STEPS, kNewLots);
 }
 INSTANTIATE_TEST_SUITE_P(Lots, SimulationNewLot, testing::Range<std::size_t>(0, kNewLots));
+
+// What the program writes, and its exit status behind it.
+std::string simulate(const std::string& words, const std::string& before = "") {
+  const std::string file = testing::TempDir() + "simulate-" + std::to_string(getpid());
+  const std::string command =
+      before + CLOCK_SIMULATE " " + words + " >" + file + " 2>&1; echo $? >>" + file;
+  EXPECT_EQ(std::system(command.c_str()), 0);  // NOLINT(concurrency-mt-unsafe)
+  const std::string text = support::contentOf(file);
+  std::filesystem::remove(file);
+  return text;
+}
+
+TEST(Simulate, SaysTheSameForTheSameSeedToTheByte) {
+  const std::string text = simulate("--runs 2 --steps 50 --seed 5");
+  EXPECT_THAT(text, StartsWith("seed 5: 50 steps, digest "));
+  EXPECT_THAT(text, EndsWith("\n2 runs of 50 steps agreed with the reference\n0\n"));
+  EXPECT_EQ(simulate("--steps 50 --seed 5 --runs 2"), text);
+}
+
+// The processor time is over in the middle of a run.
+TEST(Simulate, TellsTheStepOfACrash) {
+  const std::string text =
+      simulate("--runs 1 --steps 100000000 --seed 5", "ulimit -c 0; ulimit -S -t 1; ");
+  EXPECT_THAT(text, testing::ContainsRegex("\nsimulate: SIGXCPU in seed 5, step [0-9]+: [^\n]+\n"));
+  EXPECT_THAT(text, EndsWith("\n1\n"));
+}
+
+TEST(Simulate, RefusesInOneLine) {
+  EXPECT_EQ(simulate("--runs 0"), "simulate: --runs cannot be \"0\"\n2\n");
+  for (const char* const number : {"0", "abc", "5x", "''", "-5", "+5", "18446744073709551616"})
+    EXPECT_THAT(simulate(std::string("--steps ") + number), EndsWith("\"\n2\n")) << number;
+  for (const char* const words : {"--wat 5", "5 5", "--runs", "--runs 1 --steps"})
+    EXPECT_EQ(simulate(words), "usage: simulate [--seed N] [--steps N] [--runs N]\n2\n");
+}
 
 }  // namespace
 }  // namespace simulation

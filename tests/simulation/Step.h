@@ -12,68 +12,72 @@ enum class Act {
   jump,          // numbers: wall time in milliseconds since 1970
   set,           // texts: management key, value
   get,           // texts: management key
-  reset,         // the user's settings back to the defaults
+  reset,         // the user's formats go back to the defaults
   deviceValue,   // texts: key, value of the device's own
-  outsideStore,  // texts: storage key, value written by somebody else
-  call,          // texts: method, caller, codec; arguments
-  garbage,       // texts: bytes of a remote request, caller
-  callNobody,    // texts: method, caller; the request finds no service
+  outsideStore,  // texts: storage key, value written by another program
+  ask,           // texts: UTC text; numbers: seconds, then the six fields of getUTCTime
+  strangeCall,   // texts: what is wrong with the request ("unknown", "garbage", "codec", "nobody")
   observe,       // texts: observer
   unobserve,     // texts: observer
+  setTime,       // texts: caller; numbers: hours, minutes, seconds
+  setDate,       // texts: caller; numbers: day, month, year
+  setSeconds,    // texts: caller; numbers: seconds since 1970
+  saveTime,      // texts: caller
   report,        // numbers: seconds reported, 1 if the client sets the clock first
   jack,          // numbers: plug, status
-  setTime,       // numbers: hours, minutes, seconds
-  setSeconds,    // numbers: seconds since 1970
-  setDate,       // numbers: day, month, year
-  saveFallback,  //
-  convert,       // texts: UTC text
   storeRefuses,  // numbers: 1 sets are refused, 0 no longer
   storeSilent,   // numbers: 1 nothing can be read, 0 no longer
   launchFails,   // numbers: 1 programs cannot be started, 0 no longer
   lookupsFail,   // numbers: 1 no name can be looked up, 0 no longer
-  service,       // texts: name; numbers: 1 there, 0 gone
+  service,       // texts: name; numbers: 1 appears, 0 is gone
   mayReset,      // texts: key; numbers: 1 it is the user's, 0 it is not
   logLevel,      // numbers: 0-6
   fallbackFile,  // texts: content
-  idle,          // hook switch, run and shutdown: nothing may come of them
-  restart,       // numbers: 1 in order or 0 power cut, variant, missing services, wall ms
+  idle,          // run, shutdown and hook switch: no effect
+  restart,       // numbers: 1 in order or 0 power cut, variant, missing services, wall time in ms;
+                 // texts: TZ of the new process
 };
 
-struct Argument {
-  std::string name;
-  bool isText = false;
-  int number = 0;
-  std::string text;
-};
-
-// One thing that happens to the telephone: data alone, so that any list of steps can be lived
-// again.
+// One thing that happens to the telephone. Data alone, so that any list of steps can be run again.
+// Callers and observers: "peer..." is another process, "stranger" one that no event reaches,
+// "nobody" a null observer; all others are in the service's own process.
 struct Step {
   Act act = Act::pass;
-  std::vector<std::int64_t> numbers;
-  std::vector<std::string> texts;
-  std::vector<Argument> arguments;
+  std::vector<std::int64_t> numbers{};
+  std::vector<std::string> texts{};
 };
 
 using Steps = std::vector<Step>;
+using Lines = std::vector<std::string>;
 
 // One line that a person can read.
 [[nodiscard]] std::string describe(const Step& step);
 
-// Bits of "missing services" of a restart.
-struct Missing {
-  static constexpr std::int64_t physical = 1;
-  static constexpr std::int64_t management = 2;
-  static constexpr std::int64_t security = 4;
-  static constexpr std::int64_t store = 8;
-};
+[[nodiscard]] inline bool isRemote(const std::string& name) {
+  return name.rfind("peer", 0) == 0 || name == "stranger";
+}
 
-// Names under which the framework knows these services.
-struct Services {
-  static constexpr const char* physical = "PhysicalInterfaceServiceIfc";
-  static constexpr const char* management = "LocalMgmtIfc";
-  static constexpr const char* security = "SecurityLogServiceIfc";
-  static constexpr const char* store = "DataAccessServiceIfc";
-};
+// The services of the framework; bit n of "missing services" stands for row n.
+inline constexpr const char* kServices[] = {"PhysicalInterfaceServiceIfc", "LocalMgmtIfc",
+                                            "SecurityLogServiceIfc", "DataAccessServiceIfc"};
+enum ServiceRow { physicalService, managementService, securityService, storeService };
+
+// The keys that management knows the clock by.
+inline constexpr const char* kManagementKeys[] = {"time",
+                                                  "simple-time",
+                                                  "simple-date",
+                                                  "date-format",
+                                                  "time-format",
+                                                  "sntp-addr",
+                                                  "ntp-secret",
+                                                  "sntp-tz-offset",
+                                                  "daylight-save",
+                                                  "daylight-save-minutes",
+                                                  "time-source",
+                                                  "daylight-save-zone-list",
+                                                  "daylight-save-zone-index",
+                                                  "daylight-save-zone-text",
+                                                  "daylight-save-zone-id",
+                                                  "auto-daylight-save"};
 
 }  // namespace simulation

@@ -1,70 +1,59 @@
 #pragma once
 
 #include <cstdint>
+#include <iterator>
+#include <random>
 #include <string>
 
-#include "simulation/Chance.h"
 #include "simulation/Step.h"
 
 namespace simulation {
 
-class ClockModel;
+class Reference;
 
-// Makes up a life, step by step. It looks at the model to find the moments that matter; the steps
-// themselves are data.
+// Random numbers that are the same everywhere for the same seed.
+class Chance {
+ public:
+  explicit Chance(std::uint64_t seed) : m_numbers(seed) {}
+
+  // From low to high, both included.
+  std::int64_t between(std::int64_t low, std::int64_t high) {
+    return low +
+           static_cast<std::int64_t>(m_numbers() % static_cast<std::uint64_t>(high - low + 1));
+  }
+  bool oneIn(std::int64_t n) { return between(1, n) == 1; }
+  template <class List>
+  const auto& oneOf(const List& list) {
+    return std::data(list)[between(0, static_cast<std::int64_t>(std::size(list)) - 1)];
+  }
+
+ private:
+  std::mt19937_64 m_numbers;
+};
+
+// Draws the steps of a run. It looks at the reference to find the moments that matter; the steps
+// themselves are data. REQUIRES: the process is under the telephone's TZ.
 class StepMaker {
  public:
   explicit StepMaker(std::uint64_t seed) : m_chance(seed) {}
 
-  [[nodiscard]] Step next(const ClockModel& model);
+  [[nodiscard]] Step next(const Reference& reference);
+  [[nodiscard]] Step restart();
 
  private:
-  using Maker = Step (StepMaker::*)(const ClockModel&);
-  struct Weighted {
-    int weight;
-    Maker make;
-  };
-  static const Weighted kMakers[];
-
-  // StepMaker.cpp
-  Step pass(const ClockModel&);
-  Step nextTimer(const ClockModel&);
-  Step jump(const ClockModel&);
-  Step setByHand(const ClockModel&);
-  Step setSeconds(const ClockModel&);
-  Step report(const ClockModel&);
-  Step jack(const ClockModel&);
-  Step observer(const ClockModel&);
-  Step trouble(const ClockModel&);
-  Step service(const ClockModel&);
-  Step restart(const ClockModel&);
-  Step fallbackFile(const ClockModel&);
-  Step oddity(const ClockModel&);
-  std::int64_t momentMs(const ClockModel&);
-  std::int64_t aroundMs(const ClockModel&);
+  Step make(Act act, const Reference& reference);
+  Step makeSet(const Reference& reference);
+  std::int64_t passedMs();
+  std::int64_t momentMs();
+  std::int64_t aroundMs();
+  std::int64_t around() { return aroundMs() / 1000; }
   std::int64_t anySecond() { return m_chance.between(86400, 2147500000); }
-
-  // ManagementSteps.cpp
-  Step set(const ClockModel&);
-  Step get(const ClockModel&);
-  Step deviceValue(const ClockModel&);
-  Step outsideStore(const ClockModel&);
-  Step reset(const ClockModel&);
-  std::string key();
-  std::string valueFor(const std::string& key, const ClockModel&);
-  std::string utc(const ClockModel&);
-  std::string simpleTime();
-  std::string simpleDate(const ClockModel&);
-  std::string offset();
-
-  // RemoteSteps.cpp
-  Step call(const ClockModel&);
-  Step remoteObserver(const ClockModel&);
-  Step badCall(const ClockModel&);
-  Argument number(const std::string& name, std::int64_t value);
-  Argument text(const std::string& name, const std::string& value);
-  void argumentsOf(Step& call, const ClockModel&);
-  void setArguments(Step& call);
+  Step setTime();
+  Step setDate();
+  Step report(const Reference& reference);
+  std::string caller();
+  std::string valueFor(const std::string& key, const Reference& reference);
+  std::string utc();
 
   Chance m_chance;
 };

@@ -1,56 +1,120 @@
-// simulate [--seed N] [--steps N] [--lives N]: random lives of the telephone's clock beside a model
-// of it. Life n has the seed SEED + n. Exit status: 0 all agreed, 1 one did not, 2 usage. Standard
-// output is the same to the byte for the same seed; the time it took goes to standard error.
+// simulate [--seed N] [--steps N] [--runs N]: random runs of the telephone beside its reference.
+// Run n has the seed SEED + n. Exit status: 0 all agreed, 1 one did not, 2 usage. Standard output
+// is the same to the byte for the same seed.
 
-#include <chrono>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iostream>
+#include <map>
+#include <new>
 #include <random>
 #include <stdexcept>
+#include <system_error>
 
-#include "simulation/Life.h"
-#include "simulation/Options.h"
-#include "simulation/Report.h"
-#include "simulation/SimulationFolder.h"
+#include "simulation/Run.h"
+#include "support/WorkingFolder.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Options = std::map<std::string, std::uint64_t>;
 
-// True when model and telephone agreed to the end.
-bool lived(std::uint64_t seed, std::uint64_t steps) {
+Options optionsIn(char** words) {
+  Options options{{"--seed", std::random_device{}()}, {"--steps", 5000}, {"--runs", 20}};
+  for (; *words != nullptr; words += 2) {
+    const std::string option = *words;
+    const std::string text = words[1] == nullptr ? "" : words[1];
+    if (options.count(option) == 0 || words[1] == nullptr)
+      throw std::invalid_argument("usage: simulate [--seed N] [--steps N] [--runs N]");
+    std::uint64_t& number = options[option];
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = read.ec == std::errc() && read.ptr == text.data() + text.size();
+    if (!whole || (number == 0 && option != "--seed"))
+      throw std::invalid_argument("simulate: " + option + " cannot be \"" + text + "\"");
+  }
+  return options;
+}
+
+// Where the child is, which this program can still read when the child has crashed.
+struct Place {
+  char text[600];
+};
+Place* g_place = nullptr;
+volatile pid_t g_child = 0;
+
+// A signal to this program ends the child, whose end is then told.
+void endChild(int signal) {
+  if (g_child <= 0) _exit(128 + signal);
+  kill(g_child, signal);
+}
+
+// A step that takes longer ends the child.
+constexpr unsigned int kLongestStepSeconds = 20;
+
+void note(std::uint64_t seed, const simulation::Run& run) {
+  std::snprintf(g_place->text, sizeof g_place->text, "seed %llu, step %zu: %s",
+                static_cast<unsigned long long>(seed), run.steps.size(),
+                describe(run.steps.back()).c_str());
+  alarm(kLongestStepSeconds);
+}
+
+// True when reference and telephone agreed to the end.
+bool agrees(std::uint64_t seed, std::uint64_t steps) {
   std::cout << "seed " << seed << ": " << std::flush;
-  const simulation::Life life = simulation::live(seed, steps);
-  std::cout << life.steps.size() << " steps, digest " << std::hex << life.digest << std::dec
+  const auto watch = [seed](const simulation::Run& run) { note(seed, run); };
+  const simulation::Run run = simulation::run(seed, steps, watch);
+  std::cout << run.steps.size() << " steps, digest " << std::hex << run.digest << std::dec
             << std::endl;
-  if (!life.difference) return true;
-  std::cout << simulation::differenceText(seed, life) << std::flush;
-  const simulation::Liver again = [](const simulation::Steps& some) {
-    return simulation::live(some);
-  };
-  std::cout << simulation::wayText(simulation::shrunk(life, again));
+  if (!run.difference) return true;
+  std::cout << simulation::differenceText(seed, run) << std::flush;
+  const auto again = [&](const simulation::Steps& some) { return simulation::run(some, watch); };
+  std::cout << simulation::wayText(simulation::shrunk(run, again)) << std::flush;
   return false;
 }
 
-int simulate(const simulation::Options& options) {
-  const simulation::SimulationFolder folder;
-  const auto begin = Clock::now();
-  for (std::uint64_t life = 0; life < options.lives; ++life) {
-    if (!lived(options.seed + life, options.steps)) return 1;
+// In a child, so that a crash can be told.
+bool agreesInChild(std::uint64_t seed, std::uint64_t steps) {
+  g_child = fork();
+  if (g_child < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (g_child == 0) {
+    for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, SIG_DFL);
+    _exit(agrees(seed, steps) ? 0 : 1);
   }
-  const std::chrono::duration<double> took = Clock::now() - begin;
-  const auto all = static_cast<double>(options.lives) * static_cast<double>(options.steps);
-  std::cout << options.lives << " lives of " << options.steps << " steps agreed with the model"
-            << std::endl;
-  std::cerr << "in " << took.count() << " s, " << static_cast<std::uint64_t>(all / took.count())
-            << " steps in each\n";
+  int status = 0;
+  while (waitpid(g_child, &status, 0) < 0 && errno == EINTR) continue;
+  g_child = 0;
+  if (WIFSIGNALED(status))
+    std::cerr << "\nsimulate: SIG" << sigabbrev_np(WTERMSIG(status)) << " in " << g_place->text
+              << std::endl;
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+int simulate(const Options& options) {
+  const support::WorkingFolder folder(support::folderInMemory());
+  void* const shared =
+      mmap(nullptr, sizeof(Place), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  if (shared == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
+  g_place = new (shared) Place{};
+  for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, endChild);
+  const std::uint64_t runs = options.at("--runs"), steps = options.at("--steps");
+  for (std::uint64_t run = 0; run < runs; ++run)
+    if (!agreesInChild(options.at("--seed") + run, steps)) return 1;
+  std::cout << runs << " runs of " << steps << " steps agreed with the reference" << std::endl;
   return 0;
 }
 
 }  // namespace
 
-int main(int argc, char** argv) try {
-  return simulate(simulation::optionsIn({argv + 1, argv + argc}, std::random_device{}()));
+int main(int, char** argv) try {
+  return simulate(optionsIn(argv + 1));
 } catch (const std::invalid_argument& error) {
   std::cerr << error.what() << '\n';
   return 2;

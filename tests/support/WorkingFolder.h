@@ -12,7 +12,8 @@ namespace support {
 // while the object lives.
 class WorkingFolder {
  public:
-  WorkingFolder() {
+  WorkingFolder() : WorkingFolder(std::filesystem::temp_directory_path()) {}
+  explicit WorkingFolder(const std::filesystem::path& parent) : m_folder(parent) {
     for (const char* const name : {"data", "sbin", "ipc", "state"})
       std::filesystem::create_directory(m_folder / name);
     std::filesystem::current_path(m_folder.path());

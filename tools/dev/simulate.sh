@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
-# simulate [--seed N] [--steps N] [--lives N]: random lives of the clock beside a model of it
+# simulate [--seed N] [--steps N] [--runs N]: random runs of the clock beside a reference
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-usage="usage: simulate [--seed N] [--steps N] [--lives N]"
+usage="usage: simulate [--seed N] [--steps N] [--runs N]"
 case ${1:-} in
   -h | --help)
     echo "$usage"
     exit 0
     ;;
 esac
-# Before anything is built. A run of no lives, or of no steps, would agree with anything.
-if [[ ! ${*:+ $*} =~ ^(" --seed "[0-9]+|" --"(steps|lives)" "[1-9][0-9]*)*$ ]]; then
-  echo "$usage, steps and lives from 1 on" >&2
+# Before anything is built. No run, or a run of no step, would agree with anything.
+if [[ ! ${*:+ $*} =~ ^(" --seed "[0-9]+|" --"(steps|runs)" "[1-9][0-9]*)*$ ]]; then
+  echo "$usage, steps and runs from 1 on" >&2
   exit 2
 fi
 

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+
+#include "plugin/Journal.h"
+
+namespace simulation {
+
+// Random numbers as srand and rand of this program give them: 0 to 2147483647.
+class Random {
+ public:
+  void seed(unsigned int number) { m_state = number; }
+  int next() {
+    m_state = m_state * 1664525U + 1013904223U;
+    return static_cast<int>((m_state ^ (m_state >> 16U)) & 0x7FFFFFFFU);
+  }
+
+ private:
+  unsigned int m_state = 1;
+};
+
+// What this program puts in the place of the platform's processes, threads and lookups and of the C
+// library's random numbers and syncs: it starts no program, asks no other machine, and waits for no
+// disk. Owner: the process. Set by the telephone before a service runs in it.
+struct Device {
+  plugin::Journal* journal = nullptr;
+  bool launchFails = false;
+  bool lookupsFail = false;
+  Random random;
+  std::function<void()> beforeWaiting;  // called before the wait for a thread's end
+};
+
+[[nodiscard]] Device& device();
+
+}  // namespace simulation

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <system_error>
+
+namespace simulation {
+
+// The NTP client's end of the pipe. Between two calls the service's listener waits for bytes of
+// this end, so that nothing in the service moves by itself.
+class Listener {
+ public:
+  Listener() = default;
+  ~Listener() { hangUp(); }
+  Listener(const Listener&) = delete;
+  Listener& operator=(const Listener&) = delete;
+
+  // Makes a fresh pipe where the service will look for it.
+  static void makePipe() {
+    must(unlink(kPipe) == 0 || errno == ENOENT, "unlink");
+    must(mkfifo(kPipe, 0600) == 0, "mkfifo");
+  }
+  // Waits until the listener has opened the pipe.
+  void meet() {
+    do {
+      m_writer = open(kPipe, O_WRONLY | O_CLOEXEC);
+    } while (m_writer < 0 && errno == EINTR);
+    must(m_writer >= 0, "open");
+  }
+  // Sends one value, and waits until the listener has handled it: the next opening is of another
+  // pipe, which it reaches only then.
+  void report(std::uint32_t seconds) {
+    makePipe();
+    must(write(m_writer, &seconds, sizeof seconds) == sizeof seconds, "write");
+    hangUp();
+    meet();
+  }
+  // Closes this end: the listener's read returns.
+  void hangUp() {
+    if (m_writer >= 0) close(m_writer);
+    m_writer = -1;
+  }
+
+ private:
+  static constexpr const char* kPipe = "ipc/ntpclient";
+  static void must(bool done, const char* what) {
+    if (!done) throw std::system_error(errno, std::generic_category(), what);
+  }
+
+  int m_writer = -1;
+};
+
+}  // namespace simulation

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "FrameworkContext.h"
+#include "Invoker.h"
+#include "MessageCodec.h"
+#include "Method.h"
+#include "plugin/Journal.h"
+
+class Executable;
+
+namespace simulation {
+
+// Other processes: they call the service through its invoker, and events reach those whose name
+// begins with "peer". A request stays in memory and its bytes are its name: bytes are the host's.
+// Destroyed after the service.
+class Peers final : public FrameworkContext, public MessageCodec {
+ public:
+  explicit Peers(plugin::Journal& journal);
+  virtual ~Peers();
+  Peers(const Peers&) = delete;
+  Peers& operator=(const Peers&) = delete;
+
+  // The reply in one line; "no reply" without one. service: null is a call that finds none. Only
+  // codec "plain" is known, and bytes of "garbage" are no request.
+  std::string call(Executable* service, const Method& request, const std::string& caller,
+                   const std::string& codec = "plain");
+
+  MessageCodec* getCodec(const std::string& name) override;
+  Proxy* createProxy(const std::string& interfaceName, const std::string& address) override;
+  void encode(Method& method, std::iostream& stream) override;
+  bool decode(std::iostream& stream, Method& method) override;
+
+ private:
+  class Response;
+  struct Peer;
+
+  plugin::Journal& m_journal;
+  std::unique_ptr<Invoker> m_invoker;
+  std::map<std::string, std::unique_ptr<Peer>> m_peers;
+  Method m_request;
+  std::string m_reply;
+  int m_openResponses = 0;
+};
+
+}  // namespace simulation

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "simulation/Step.h"
+
+namespace simulation {
+
+// Where reference and telephone differ.
+struct Difference {
+  std::size_t step = 0;  // counted from 1; 0 is the first start
+  Lines expected{};
+  Lines actual{};
+};
+
+struct Run {
+  Steps steps{};  // those that were taken, up to the difference
+  std::optional<Difference> difference{};
+  std::uint64_t digest = 0;  // of everything the telephone did and said
+};
+
+// Takes these steps from a first start; or those that a seed draws, as many of them.
+// An exception of the telephone's is a difference. watch: called before each step, its last one.
+using Watch = std::function<void(const Run&)>;
+[[nodiscard]] Run run(const Steps& steps, const Watch& watch = {});
+[[nodiscard]] Run run(std::uint64_t seed, std::size_t steps, const Watch& watch = {});
+
+// Leaves steps out as long as the same difference remains, for 20 s at most by the machine's clock.
+// REQUIRES: a difference.
+using Runner = std::function<Run(const Steps&)>;
+[[nodiscard]] Run shrunk(Run run, const Runner& again,
+                         std::chrono::steady_clock::duration most = std::chrono::seconds(20));
+
+// The seed, the step, and the lines that differ on both sides.
+[[nodiscard]] std::string differenceText(std::uint64_t seed, const Run& run);
+// The last 60 steps of the shortest way to a difference, and the lines there.
+[[nodiscard]] std::string wayText(const Run& shortest);
+// How the first lines that differ begin, without digits: the same in two runs with the same fault.
+[[nodiscard]] std::string faultOf(const Difference& difference);
+
+}  // namespace simulation
