@@ -3,8 +3,8 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "clock/DeviceRoot.h"
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
+#include "interpose/DeviceRoot.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
 

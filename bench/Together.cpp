@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace bench {
 namespace {

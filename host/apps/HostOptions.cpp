@@ -9,11 +9,11 @@
 #include <cstring>
 #include <ostream>
 
-#include "control/TimeText.h"
-#include "control/UsageError.h"
-#include "platform/ShownText.h"
+#include "base/DefaultPaths.h"
+#include "base/PrintableText.h"
 #include "remote/SocketAddress.h"
-#include "runtime/DefaultPaths.h"
+#include "verbs/TimeText.h"
+#include "verbs/UsageError.h"
 
 namespace host {
 namespace {

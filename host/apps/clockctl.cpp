@@ -3,11 +3,11 @@
 #include <string>
 #include <vector>
 
-#include "control/ClockCtl.h"
-#include "platform/ProgramStart.h"
-#include "platform/ShownText.h"
-#include "platform/StandardOutput.h"
-#include "runtime/DefaultPaths.h"
+#include "apps/ClockCtl.h"
+#include "base/DefaultPaths.h"
+#include "base/PrintableText.h"
+#include "base/ProgramStart.h"
+#include "base/StandardOutput.h"
 
 int main(int argc, char** argv) {
   host::startProgram();

@@ -9,11 +9,11 @@
 
 #include "apps/ClockHost.h"
 #include "apps/HostOptions.h"
-#include "control/UsageError.h"
-#include "platform/ProgramStart.h"
-#include "platform/ShownText.h"
-#include "platform/StandardOutput.h"
-#include "runtime/DefaultPaths.h"
+#include "base/DefaultPaths.h"
+#include "base/PrintableText.h"
+#include "base/ProgramStart.h"
+#include "base/StandardOutput.h"
+#include "verbs/UsageError.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <memory>
 
-#include "remote/Descriptor.h"
-#include "runtime/Error.h"
+#include "base/Descriptor.h"
+#include "base/Error.h"
 
 namespace host::ntp {
 

@@ -4,7 +4,7 @@
 #include <poll.h>
 #include <sys/stat.h>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host::ntp {
 

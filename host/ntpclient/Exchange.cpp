@@ -11,7 +11,7 @@
 #include <optional>
 #include <set>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host::ntp {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host::ntp {
 

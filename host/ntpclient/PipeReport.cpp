@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host::ntp {
 namespace {

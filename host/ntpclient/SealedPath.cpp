@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 
 namespace host::ntp {
 namespace {

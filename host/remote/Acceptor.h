@@ -6,10 +6,10 @@
 #include <memory>
 #include <string_view>
 
+#include "base/Descriptor.h"
+#include "base/WaitMemory.h"
 #include "remote/Connection.h"
-#include "remote/Descriptor.h"
 #include "remote/RareLine.h"
-#include "remote/WaitMemory.h"
 
 namespace host {
 

@@ -12,9 +12,9 @@
 #include <optional>
 #include <string>
 
+#include "base/WaitMemory.h"
 #include "remote/Frame.h"
 #include "remote/Peer.h"
-#include "remote/WaitMemory.h"
 
 namespace host {
 

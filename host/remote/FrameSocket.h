@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <string_view>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
+#include "base/Error.h"
 #include "remote/Frame.h"
-#include "runtime/Error.h"
 
 namespace host {
 

@@ -3,7 +3,7 @@
 #include <sys/stat.h>
 
 #include "Logging.h"
-#include "platform/OwnerOnly.h"
+#include "framework/OwnerOnly.h"
 
 namespace host {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "base/Error.h"
 #include "remote/ClientBounds.h"
-#include "runtime/Error.h"
 
 namespace host {
 namespace {

@@ -14,9 +14,10 @@
 #include "Invoker.h"
 #include "Logging.h"
 #include "Proxy.h"
-#include "platform/MemoryReserve.h"
-#include "platform/Origin.h"
-#include "platform/ShownText.h"
+#include "base/Error.h"
+#include "base/Origin.h"
+#include "base/PrintableText.h"
+#include "framework/MemoryReserve.h"
 #include "remote/Acceptor.h"
 #include "remote/CallResponse.h"
 #include "remote/CodecTable.h"
@@ -25,9 +26,8 @@
 #include "remote/Places.h"
 #include "remote/Registrations.h"
 #include "remote/SocketFile.h"
-#include "remote/UnobservePeer.h"
 #include "remote/TurnQueue.h"
-#include "runtime/Error.h"
+#include "remote/UnobservePeer.h"
 
 namespace host {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 
 namespace host {
 

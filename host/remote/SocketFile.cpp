@@ -12,9 +12,9 @@
 #include <optional>
 #include <thread>
 
+#include "base/Error.h"
 #include "remote/GroupWay.h"
 #include "remote/SocketAddress.h"
-#include "runtime/Error.h"
 
 namespace host {
 namespace {

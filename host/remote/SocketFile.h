@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 

@@ -5,7 +5,7 @@
 #include <deque>
 #include <utility>
 
-#include "remote/WaitMemory.h"
+#include "base/WaitMemory.h"
 
 namespace host {
 

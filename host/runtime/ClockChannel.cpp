@@ -15,8 +15,8 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/WaitMemory.h"
 #include "clock/VirtualClock.h"
-#include "remote/WaitMemory.h"
 
 namespace host {
 namespace {

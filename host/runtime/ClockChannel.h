@@ -2,8 +2,8 @@
 
 #include <atomic>
 
+#include "base/Descriptor.h"
 #include "clock/ClockMessage.h"
-#include "remote/Descriptor.h"
 
 namespace asio {
 class io_context;

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 
 namespace host {
 namespace {

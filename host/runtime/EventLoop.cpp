@@ -21,10 +21,10 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/Descriptor.h"
+#include "base/Error.h"
+#include "base/WaitMemory.h"
 #include "clock/VirtualClock.h"
-#include "remote/Descriptor.h"
-#include "remote/WaitMemory.h"
-#include "runtime/Error.h"
 #include "runtime/TerminationSignals.h"
 
 namespace host {

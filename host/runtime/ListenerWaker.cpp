@@ -8,8 +8,8 @@
 #include <chrono>
 #include <utility>
 
+#include "base/StartThread.h"
 #include "runtime/ReportPipe.h"
-#include "runtime/StartThread.h"
 
 namespace host {
 namespace {

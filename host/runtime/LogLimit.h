@@ -7,7 +7,7 @@
 #include <tuple>
 #include <vector>
 
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
 
 namespace host {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
 
 namespace host {
 

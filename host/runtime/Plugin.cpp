@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 #include "runtime/PluginFile.h"
 
 namespace host {

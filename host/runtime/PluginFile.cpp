@@ -11,7 +11,7 @@
 #include <cstring>
 #include <vector>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 namespace {

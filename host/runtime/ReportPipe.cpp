@@ -15,9 +15,9 @@
 #include <utility>
 
 #include "Logging.h"
-#include "clock/DeviceRoot.h"
-#include "platform/LogBook.h"
-#include "runtime/Error.h"
+#include "base/Error.h"
+#include "framework/LogBook.h"
+#include "interpose/DeviceRoot.h"
 #include "runtime/TrustedFolder.h"
 
 namespace host {

@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 

@@ -3,7 +3,7 @@
 #include <ctime>
 
 #include "ClockUtils.h"
-#include "platform/ShownText.h"
+#include "base/PrintableText.h"
 
 namespace host {
 namespace {

@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "base/Mutex.h"
+#include "base/StartThread.h"
 #include "runtime/LogLine.h"
-#include "runtime/StartThread.h"
 
 namespace host {
 namespace {

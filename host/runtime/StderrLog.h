@@ -8,7 +8,7 @@
 #include <memory>
 #include <thread>
 
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
 #include "runtime/LogLimit.h"
 
 namespace host {

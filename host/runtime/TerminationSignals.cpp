@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <iterator>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 
 namespace host {
 namespace {

@@ -10,8 +10,8 @@
 #include <filesystem>
 #include <list>
 
-#include "platform/ShownText.h"
-#include "runtime/Error.h"
+#include "base/Error.h"
+#include "base/PrintableText.h"
 
 namespace host {
 namespace {

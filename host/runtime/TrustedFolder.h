@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 

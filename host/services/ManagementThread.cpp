@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Logging.h"
-#include "runtime/StartThread.h"
+#include "base/StartThread.h"
 
 namespace host {
 

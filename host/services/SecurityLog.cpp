@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "Logging.h"
-#include "platform/Origin.h"
-#include "platform/ShownText.h"
-#include "runtime/Error.h"
+#include "base/Error.h"
+#include "base/Origin.h"
+#include "base/PrintableText.h"
 #include "services/SqliteDatabase.h"
 #include "services/SqliteStatement.h"
 

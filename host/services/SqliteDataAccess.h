@@ -7,7 +7,7 @@
 
 #include "Executable.h"
 #include "base/Mutex.h"
-#include "platform/DataAccess.h"
+#include "framework/DataAccess.h"
 
 namespace host {
 

@@ -11,8 +11,8 @@
 #include <system_error>
 
 #include "Logging.h"
-#include "platform/OwnerOnly.h"
-#include "runtime/Error.h"
+#include "base/Error.h"
+#include "framework/OwnerOnly.h"
 
 namespace host {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 #include "services/SqliteDatabase.h"
 
 namespace host {

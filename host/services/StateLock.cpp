@@ -12,8 +12,8 @@
 #include <thread>
 
 #include "Logging.h"
-#include "platform/OwnerOnly.h"
-#include "runtime/Error.h"
+#include "base/Error.h"
+#include "framework/OwnerOnly.h"
 #include "services/SqliteDataAccess.h"
 
 namespace host {

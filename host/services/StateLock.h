@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace faults {
 namespace {

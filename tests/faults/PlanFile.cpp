@@ -9,7 +9,7 @@
 #include <new>
 #include <system_error>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace faults {
 namespace {

@@ -4,10 +4,10 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "control/CallWords.h"
-#include "control/UsageError.h"
-#include "control/Verb.h"
 #include "fuzz/Property.h"
+#include "verbs/CallWords.h"
+#include "verbs/UsageError.h"
+#include "verbs/Verb.h"
 
 namespace {
 

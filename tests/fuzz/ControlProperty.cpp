@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "FrameworkContext.h"
-#include "clock/DeviceRoot.h"
 #include "clock/VirtualClock.h"
-#include "control/Controller.h"
 #include "fuzz/Property.h"
+#include "interpose/DeviceRoot.h"
+#include "operator/Controller.h"
 #include "remote/Frame.h"
 #include "remote/JsonCodec.h"
 #include "runtime/Device.h"

@@ -8,8 +8,8 @@
 
 #include "ClockUtils.h"
 #include "DevicePaths.h"
+#include "framework/XmlText.h"
 #include "fuzz/Property.h"
-#include "platform/XmlText.h"
 #include "plugin/Telephone.h"
 
 namespace {

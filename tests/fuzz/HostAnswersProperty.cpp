@@ -4,8 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "control/Verb.h"
 #include "fuzz/Property.h"
+#include "verbs/Verb.h"
 
 void fuzz::property(std::string_view input) {
   Reader lines(input);

@@ -11,8 +11,8 @@
 #include "ClientUtils.h"
 #include "ClockUtils.h"
 #include "NetHelper.h"
+#include "framework/XmlText.h"
 #include "fuzz/Property.h"
-#include "platform/XmlText.h"
 
 namespace fuzz {
 namespace {

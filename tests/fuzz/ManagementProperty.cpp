@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "framework/LogBook.h"
 #include "fuzz/ManagedClock.h"
 #include "fuzz/Property.h"
-#include "platform/LogBook.h"
 
 namespace {
 

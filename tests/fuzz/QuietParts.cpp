@@ -3,7 +3,7 @@
 
 #include "Process.h"
 #include "Threader.h"
-#include "platform/BoundedLookup.h"
+#include "framework/BoundedLookup.h"
 
 struct Process::Impl {};
 

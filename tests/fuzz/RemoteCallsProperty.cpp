@@ -12,10 +12,10 @@
 #include "InvokerResponse.h"
 #include "Method.h"
 #include "ProxyRequest.h"
-#include "control/RemoteMethods.h"
 #include "fuzz/Property.h"
 #include "plugin/Telephone.h"
 #include "remote/JsonCodec.h"
+#include "verbs/MethodCatalogue.h"
 
 namespace {
 

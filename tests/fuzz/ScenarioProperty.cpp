@@ -6,11 +6,11 @@
 #include <sstream>
 #include <vector>
 
-#include "control/Scenario.h"
-#include "control/ScenarioPaths.h"
-#include "control/ScenarioWords.h"
-#include "control/UsageError.h"
 #include "fuzz/Property.h"
+#include "scenario/Scenario.h"
+#include "scenario/ScenarioPaths.h"
+#include "scenario/ScenarioWords.h"
+#include "verbs/UsageError.h"
 
 namespace {
 

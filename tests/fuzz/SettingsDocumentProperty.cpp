@@ -12,9 +12,9 @@
 #include "SettingKeys.h"
 #include "XmlParser.h"
 #include "clock/VirtualClock.h"
+#include "framework/HostContext.h"
+#include "framework/XmlText.h"
 #include "fuzz/Property.h"
-#include "platform/XmlText.h"
-#include "runtime/HostContext.h"
 #include "services/MemoryDataAccess.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <optional>
 
 #include "ClockUtils.h"
-#include "control/TimeText.h"
 #include "fuzz/Property.h"
+#include "verbs/TimeText.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
-#include "control/ManagementKeys.h"
 #include "integration/RunningHost.h"
+#include "verbs/KeyCatalogue.h"
 
 namespace integration {
 namespace {

@@ -13,9 +13,9 @@
 #include <set>
 #include <sstream>
 
+#include "base/Descriptor.h"
 #include "host/ntpclient/FakeSntpServer.h"
 #include "integration/RunningHost.h"
-#include "remote/Descriptor.h"
 
 namespace integration {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Method.h"
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 #include "remote/Frame.h"
 #include "remote/MessagePackCodec.h"
 #include "remote/SocketAddress.h"

@@ -5,7 +5,7 @@
 #include <functional>
 #include <string_view>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 #include "remote/Frame.h"
 
 namespace load {

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "platform/StateFolder.h"
+#include "framework/StateFolder.h"
 
 namespace plugin {
 

@@ -11,7 +11,7 @@
 #include <system_error>
 
 #include "DevicePaths.h"
-#include "platform/ProgramMap.h"
+#include "framework/ProgramMap.h"
 
 namespace plugin {
 

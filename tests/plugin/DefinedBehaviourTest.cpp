@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "platform/StateFolder.h"
+#include "framework/StateFolder.h"
 #include "plugin/Telephone.h"
 
 namespace {

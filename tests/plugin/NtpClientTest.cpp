@@ -8,7 +8,7 @@
 #include <thread>
 
 #include "DevicePaths.h"
-#include "platform/ProgramMap.h"
+#include "framework/ProgramMap.h"
 #include "plugin/ClientPipe.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"

@@ -8,7 +8,7 @@
 
 #include "ClockServiceInvoker.h"
 #include "DevicePaths.h"
-#include "platform/ProgramMap.h"
+#include "framework/ProgramMap.h"
 #include "plugin/RecordingServices.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"

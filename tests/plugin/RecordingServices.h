@@ -9,7 +9,7 @@
 #include "Executable.h"
 #include "LocalMgmtIfc.h"
 #include "PhysicalInterfaceServiceIfc.h"
-#include "platform/DataAccess.h"
+#include "framework/DataAccess.h"
 #include "plugin/Journal.h"
 
 // Services of the device that write each call into a journal. Owner: the test. Thread: any.

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "DevicePaths.h"
-#include "platform/ProgramMap.h"
+#include "framework/ProgramMap.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 

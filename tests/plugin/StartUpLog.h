@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
 #include "plugin/Journal.h"
 
 namespace plugin {

@@ -7,8 +7,8 @@
 
 #include "DataStorage.h"
 #include "DevicePaths.h"
-#include "platform/ProgramMap.h"
-#include "platform/StateFolder.h"
+#include "framework/ProgramMap.h"
+#include "framework/StateFolder.h"
 #include "plugin/IndependentZones.h"
 
 namespace plugin {

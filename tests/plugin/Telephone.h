@@ -7,10 +7,10 @@
 
 #include "ClockService.h"
 #include "clock/VirtualClock.h"
+#include "framework/HostContext.h"
 #include "plugin/JournalObserver.h"
 #include "plugin/RecordingSecurityLog.h"
 #include "plugin/ReportPipe.h"
-#include "runtime/HostContext.h"
 #include "services/LocalManagement.h"
 #include "services/MemoryDataAccess.h"
 #include "services/PhysicalInterface.h"

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
 #include "plugin/ClockOnWatchedTimers.h"
 #include "support/LogCapture.h"
 

@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 #include "remote/RemoteClient.h"
 
 namespace powercut {

@@ -8,7 +8,7 @@
 #include "Process.h"
 #include "Threadable.h"
 #include "Threader.h"
-#include "platform/BoundedLookup.h"
+#include "framework/BoundedLookup.h"
 #include "simulation/Tables.h"
 
 simulation::Device& simulation::device() {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "clock/VirtualClock.h"
+#include "framework/HostContext.h"
 #include "plugin/Journal.h"
-#include "runtime/HostContext.h"
 #include "simulation/Listener.h"
 #include "simulation/Parts.h"
 #include "simulation/Peers.h"

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 
 // What the host's error said that ended this; empty when none did.
 inline std::string errorOf(const std::function<void()>& body) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/LogBook.h"
+#include "framework/LogBook.h"
 
 namespace support {
 

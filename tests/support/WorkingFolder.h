@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "platform/StateFolder.h"
+#include "framework/StateFolder.h"
 #include "support/TemporaryFolder.h"
 
 namespace support {

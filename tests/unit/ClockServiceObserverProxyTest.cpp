@@ -11,7 +11,7 @@
 #include "Method.h"
 #include "ProxyRequest.h"
 #include "clock/VirtualClock.h"
-#include "runtime/HostContext.h"
+#include "framework/HostContext.h"
 #include "unit/MethodText.h"
 
 namespace {

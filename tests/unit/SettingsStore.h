@@ -9,7 +9,7 @@
 #include "DataStorage.h"
 #include "PhysDefs.h"
 #include "clock/VirtualClock.h"
-#include "runtime/HostContext.h"
+#include "framework/HostContext.h"
 #include "services/MemoryDataAccess.h"
 
 namespace unit {

@@ -30,7 +30,7 @@ check_tidy() {
 }
 
 check_tree() {
-  python3 -B tests/house/include_arrows.py . && python3 -B tests/house/tree.py .
+  python3 -B tests/tree/include_arrows.py . && python3 -B tests/tree/files.py .
 }
 
 need run test lint

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host::ntp {
 

@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
+#include "base/Descriptor.h"
 #include "clock/ClockMessage.h"
-#include "remote/Descriptor.h"
 
 namespace host::ntp {
 

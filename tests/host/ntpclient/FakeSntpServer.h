@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "base/Descriptor.h"
 #include "host/ntpclient/SntpAnswer.h"
-#include "remote/Descriptor.h"
 
 namespace host::ntp {
 

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <future>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 #include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 

@@ -22,11 +22,11 @@
 #include <string>
 #include <vector>
 
+#include "base/Descriptor.h"
 #include "clock/ClockMessage.h"
 #include "host/ntpclient/FakeSntpServer.h"
 #include "ntpclient/PipeReport.h"
 #include "ntpclient/SealedPath.h"
-#include "remote/Descriptor.h"
 #include "support/TemporaryFolder.h"
 
 #ifndef CLOCK_WITHOUT_FILTER

@@ -4,9 +4,9 @@
 
 #include <thread>
 
+#include "base/Origin.h"
 #include "host/remote/Desk.h"
 #include "host/remote/RawSocket.h"
-#include "platform/Origin.h"
 #include "remote/RemoteClient.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"

@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 namespace {

@@ -10,7 +10,7 @@
 #include "MessageCodec.h"
 #include "Method.h"
 #include "Proxy.h"
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 namespace {

@@ -5,9 +5,9 @@
 
 #include <vector>
 
+#include "base/Error.h"
 #include "host/remote/ServerUnderTest.h"
 #include "remote/RemoteClient.h"
-#include "runtime/Error.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 

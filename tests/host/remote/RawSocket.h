@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 #include "remote/Frame.h"
 #include "remote/SocketAddress.h"
 

@@ -15,8 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "base/Error.h"
 #include "remote/SocketAddress.h"
-#include "runtime/Error.h"
 #include "support/LogCapture.h"
 #include "support/SoftLimit.h"
 #include "support/TemporaryFolder.h"

@@ -7,11 +7,11 @@
 #include <future>
 
 #include "FrameworkContext.h"
-#include "clock/DeviceRoot.h"
 #include "clock/VirtualClock.h"
+#include "framework/StateFolder.h"
 #include "host/runtime/TestPluginNotes.h"
 #include "host/runtime/TestPlugins.h"
-#include "platform/StateFolder.h"
+#include "interpose/DeviceRoot.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "services/LocalManagement.h"

@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "Executable.h"
+#include "base/Descriptor.h"
 #include "clock/VirtualClock.h"
-#include "remote/Descriptor.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <string_view>
 
-#include "remote/Descriptor.h"
+#include "base/Descriptor.h"
 
 namespace host {
 namespace {

@@ -2,10 +2,10 @@
 #include <cerrno>
 #include <new>
 
+#include "base/Error.h"
 #include "host/services/SecurityLogFile.h"
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
-#include "runtime/Error.h"
 #include "support/ErrorOf.h"
 #include "support/NoMemory.h"
 

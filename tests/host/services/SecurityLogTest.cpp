@@ -1,6 +1,6 @@
 // What the security log keeps, and how it counts.
+#include "base/Origin.h"
 #include "host/services/SecurityLogFile.h"
-#include "platform/Origin.h"
 #include "support/NoMemory.h"
 
 namespace host {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "runtime/Error.h"
+#include "base/Error.h"
 #include "services/SqliteDatabase.h"
 
 namespace host {

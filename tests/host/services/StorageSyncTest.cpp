@@ -6,8 +6,8 @@
 #include <string>
 
 #include "Storage.h"
+#include "framework/StateFolder.h"
 #include "host/services/StoreFaults.h"
-#include "platform/StateFolder.h"
 #include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,0 +1,237 @@
+#include "apps/ClockCtl.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "apps/ClockCtlOptions.h"
+#include "base/PrintableText.h"
+#include "remote/RemoteClient.h"
+#include "verbs/CallWords.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/JsonText.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/ReadJson.h"
+#include "verbs/UsageError.h"
+#include "verbs/Verb.h"
+
+namespace host {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kCallLimit = std::chrono::seconds(2);
+constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 1 s for a name server
+constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
+constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
+
+enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
+
+// A refusal in the host's words, or the lack of any.
+struct Refusal : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+std::string secondsText(milliseconds limit) {
+  std::string text = std::to_string(static_cast<double>(limit.count()) / 1000.0);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text + " s";
+}
+
+Json valueJson(const Parameter& parameter) {
+  if (parameter.getType() == Parameter::integer) return parameter.getInt();
+  if (parameter.getType() == Parameter::boolean) return parameter.getBool();
+  return parameter.getString();
+}
+
+Json parametersJson(const Method& method) {
+  Json json = Json::object();
+  for (const Parameter& parameter : method.getParameters()) {
+    json[parameter.getName()] = valueJson(parameter);
+  }
+  return json;
+}
+
+// The client for a verb; what keeps this user out is told by what the user can do about it.
+RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
+  const bool control = route == Verb::Route::control;
+  try {
+    return RemoteClient(control ? options.controlSocket : options.socket);
+  } catch (const NotAllowed& error) {
+    if (!control) {
+      throw Refusal(std::string(error.what()) + "; its owner can open it with --socket-group");
+    }
+    const bool mayCall = ::faccessat(AT_FDCWD, options.socket.c_str(), W_OK, AT_EACCESS) == 0;
+    throw Refusal("the host's control socket " + options.controlSocket.string() +
+                  " is its owner's alone" + (mayCall ? "; call and watch work for you" : ""));
+  }
+}
+
+// One command towards one host.
+class Command {
+ public:
+  Command(const ClockCtlOptions& options, Json request, std::ostream& out)
+      : m_options(options),
+        m_request(std::move(request)),
+        m_verb(*findVerb(m_request["verb"].get<std::string>())),
+        m_client(clientFor(m_verb.route, options)),
+        m_out(out) {}
+
+  void run() {
+    switch (m_verb.route) {
+      case Verb::Route::call:
+        return call();
+      case Verb::Route::watch:
+        return watch();
+      case Verb::Route::control:
+        return m_request.value("follow", false) ? follow() : control();
+    }
+  }
+
+ private:
+  milliseconds limit() const { return m_options.timeout.value_or(replyLimit(m_request)); }
+
+  void print(const Json& answer) {
+    if (!m_options.json) return m_verb.print(answer, m_out);
+    m_out << jsonLine(answer) << std::endl;
+  }
+
+  [[noreturn]] void noReply(const std::string& hint) const {
+    throw Refusal("no reply within " + secondsText(limit()) + hint);
+  }
+
+  void call() {
+    const std::string name = m_request["method"];
+    Method method = callOf(name, m_request["arguments"].get<std::vector<std::string>>());
+    const RemoteMethod* const known = findRemoteMethod(name);
+    if (known != nullptr && !known->replies) return post(method);
+    const auto reply = m_client.call(method, limit());
+    if (!reply) {
+      noReply(known != nullptr
+                  ? ""
+                  : "; no method " + quotedText(name) + suggestion(name, remoteMethodNames()));
+    }
+    print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
+  }
+
+  // One-way: done when the host has handled it.
+  void post(Method& method) {
+    m_client.post(method);
+    if (!m_client.barrier(limit())) noReply("; the host is busy");
+    if (m_options.json) print({{"method", method.getName()}, {"reply", nullptr}});
+  }
+
+  void watch() {
+    Method observe("observeTimeEvents", Method::call);
+    const auto reply = m_client.call(observe, limit());
+    bool observing = false;
+    if (!reply) noReply("");
+    if (!reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
+        !observing) {
+      throw Refusal("the service takes no observer");
+    }
+    const int count = m_request["count"];
+    for (int seen = 0; m_out && (count == 0 || seen < count);) {
+      const auto event = m_client.nextEvent(kWhile);
+      if (!event) continue;
+      print({{"event", event->getName()}, {"parameters", parametersJson(*event)}});
+      ++seen;
+    }
+  }
+
+  // Each page ends with a later record than the one before it, or the pages would have no end.
+  void control() {
+    Json answer = ask();
+    for (std::int64_t last = 0; answer.contains("after");) {
+      const auto after = answer["after"].get<std::int64_t>();
+      if (after <= last) throw Refusal("the host's answer has no end");
+      m_request["after"] = last = after;
+      answer = joined(std::move(answer), ask());
+    }
+    print(answer);
+  }
+
+  Json ask() {
+    const auto text = m_client.control(m_request.dump(), limit());
+    if (!text) noReply("; the host is busy");
+    return checked(*text);
+  }
+
+  // The later page, with the records of the earlier one ahead of its own.
+  static Json joined(Json earlier, Json later) {
+    Json records = std::move(earlier["records"]);
+    for (Json& record : later["records"]) records.push_back(std::move(record));
+    later["records"] = std::move(records);
+    return later;
+  }
+
+  void follow() {
+    const std::uint32_t id = m_client.startControl(m_request.dump());
+    while (m_out) {
+      const auto item = m_client.nextAnswer(id, kWhile);
+      if (!item) continue;
+      if (item->last) {
+        static_cast<void>(checked(item->json));
+        return;
+      }
+      print(objectIn(item->json));
+    }
+  }
+
+  static Json objectIn(const std::string& text) {
+    Json answer = readJson(text);
+    if (!answer.is_object()) throw Refusal("the host's answer is no JSON object");
+    return answer;
+  }
+
+  static Json checked(const std::string& text) {
+    Json answer = objectIn(text);
+    if (!answer.value("ok", false)) throw Refusal(answer.value("error", std::string("refused")));
+    return answer;
+  }
+
+  const ClockCtlOptions& m_options;
+  Json m_request;
+  const Verb& m_verb;
+  RemoteClient m_client;
+  std::ostream& m_out;
+};
+
+int say(std::ostream& err, const char* text, Status status) {
+  err << errorLine("clockctl", text);
+  return status;
+}
+
+}  // namespace
+
+milliseconds replyLimit(const Json& request) {
+  const Verb* const verb = findVerb(request.value("verb", std::string()));
+  if (verb == nullptr || verb->route != Verb::Route::control) return kCallLimit;
+  const std::string action = request.value("action", std::string());
+  return action == "advance" || action == "to" ? kPassingLimit : kControlLimit;
+}
+
+int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,
+                std::ostream& out, std::ostream& err) {
+  try {
+    const auto options = readClockCtlOptions(words, defaultSocket, out);
+    if (!options) return done;
+    Command(*options, requestOf(options->verb), out).run();
+    return done;
+  } catch (const UsageError& error) {
+    return say(err, error.what(), usage);
+  } catch (const NoHost& error) {
+    return say(err, error.what(), noHost);
+  } catch (const Json::exception&) {
+    return say(err, "the host's answer makes no sense; use the clockctl of the host's version",
+               refused);
+  } catch (const std::exception& error) {
+    return say(err, error.what(), refused);
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,63 @@
+#include "framework/LogBook.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <exception>
+#include <new>
+
+#include "clock/VirtualClock.h"
+
+namespace host {
+namespace {
+
+thread_local bool t_writing = false;  // this thread is inside a sink
+
+std::chrono::nanoseconds wallTime() {
+  if (const VirtualClock* clock = processClockIfAny()) return clock->wall();
+  return std::chrono::system_clock::now().time_since_epoch();
+}
+
+void writeTo(LogSink& sink, const LogEntry& entry) noexcept {
+  try {
+    sink.write(entry);
+  } catch (const std::exception&) {
+    // There is nowhere to log it.
+  }
+}
+
+}  // namespace
+
+LogBook& LogBook::instance() noexcept {
+  // Never destroyed, because threads may log until the end. Constructed without allocation, because
+  // a lack of memory is logged.
+  alignas(LogBook) static std::array<std::byte, sizeof(LogBook)> place;
+  static LogBook& book = *new (place.data()) LogBook;
+  return book;
+}
+
+void LogBook::setLevel(int level) noexcept {
+  m_level.store(std::clamp(level, 0, 6), std::memory_order_relaxed);
+}
+
+void LogBook::addSink(std::shared_ptr<LogSink> sink) {
+  const MutexLock lock(m_mutex);
+  m_sinks.push_back(std::move(sink));
+}
+
+void LogBook::removeSink(const std::shared_ptr<LogSink>& sink) {
+  const MutexLock lock(m_mutex);
+  m_sinks.erase(std::remove(m_sinks.begin(), m_sinks.end(), sink), m_sinks.end());
+}
+
+void LogBook::write(LogEntry entry) noexcept {
+  if (t_writing) return;
+  entry.wall = wallTime();
+  const MutexLock lock(m_mutex);
+  t_writing = true;
+  entry.number = ++m_lastNumber;
+  for (const auto& sink : m_sinks) writeTo(*sink, entry);
+  t_writing = false;
+}
+
+}  // namespace host

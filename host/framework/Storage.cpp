@@ -1,0 +1,185 @@
+#include "Storage.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <optional>
+
+#include "Logging.h"
+#include "base/Descriptor.h"
+#include "base/Mutex.h"
+#include "framework/OwnerOnly.h"
+#include "framework/StateFolder.h"
+#include "interpose/DeviceRoot.h"
+
+namespace {
+
+using host::Descriptor;
+
+constexpr mode_t kFileMode = 0644;
+
+// A script of a few lines; what is larger is none of ours, and is not taken into memory.
+constexpr off_t kLargest = 64 * 1024;  // bytes
+
+bool writeAll(int descriptor, const std::string& content) {
+  std::size_t written = 0;
+  while (written < content.size()) {
+    const ssize_t step = ::write(descriptor, content.data() + written, content.size() - written);
+    if (step < 0 && errno != EINTR) return false;
+    if (step > 0) written += static_cast<std::size_t>(step);
+  }
+  return true;
+}
+
+bool writeNew(const std::string& path, const std::string& content) {
+  // Whatever a killed process or somebody else left there is not opened.
+  unlink(path.c_str());
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
+  return file.valid() && writeAll(file.get(), content) && fsync(file.get()) == 0;
+}
+
+// The new name is on the disk once the folder is; the content has changed either way.
+void syncFolder(const std::string& path) {
+  const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder.valid()) fsync(folder.get());
+}
+
+// Empty, with errno: the file is missing, cannot be read, is too large or no file at all.
+std::optional<std::string> contentOf(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+  struct stat status {};
+  if (!file.valid() || fstat(file.get(), &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode) || status.st_size > kLargest) {
+    errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
+    return std::nullopt;
+  }
+  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  const ssize_t length = read(file.get(), content.data(), content.size());
+  if (length < 0) return std::nullopt;
+  content.resize(static_cast<std::size_t>(length));
+  return content;
+}
+
+bool isNameWithoutFolder(const std::string& name) {
+  return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
+}
+
+// Why a file of that name cannot be written in the folder; empty: it can.
+std::string obstacle(const std::string& folder, const std::string& path) {
+  if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+    const bool readOnly = errno == EROFS || errno == EACCES;
+    return readOnly ? "state folder is read-only: " + folder : folder + ": " + std::strerror(errno);
+  }
+  struct stat status {};
+  if (lstat(path.c_str(), &status) != 0) return errno == ENOENT ? "" : std::strerror(errno);
+  return S_ISREG(status.st_mode) ? "" : path + " is no regular file; remove it";
+}
+
+bool isFolder(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+void logFailure(const char* action, const std::string& name, const std::string& why) {
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "storage \"%s\" cannot be %s: %s", name.c_str(),
+            action, why.c_str());
+}
+
+// One writer at a time: the file on its way has a fixed name, so that none is left behind by a
+// process that was killed.
+host::Mutex& writing() {
+  static auto& mutex = *new host::Mutex;
+  return mutex;
+}
+
+bool replace(const std::string& folder, const std::string& name, const std::string& content) {
+  const host::MutexLock lock(writing());
+  const std::string path = folder + "/" + name;
+  const std::string next = folder + "/." + name + ".new";
+  host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);
+  const auto present = contentOf(path);
+  if (present == content) return true;  // each start stores the same: flash is to last
+  if (!present && errno != ENOENT && errno != EFBIG) logFailure("read", name, std::strerror(errno));
+  if (isFolder(next)) {
+    logFailure("written", name, next + " is a folder; remove it");
+    return false;
+  }
+  if (writeNew(next, content) && rename(next.c_str(), path.c_str()) == 0) {
+    syncFolder(folder);
+    return true;
+  }
+  logFailure("written", name, std::strerror(errno));
+  unlink(next.c_str());
+  return false;
+}
+
+}  // namespace
+
+struct Storage::Impl {
+  std::string folder;  // empty: not bound
+  std::string name;
+  std::optional<std::string> content;  // what the file is to become; empty: as it is
+
+  // Before something is added to it.
+  bool readContent() {
+    content = contentOf(folder + "/" + name);
+    if (!content && errno == ENOENT) content = "";
+    if (!content) logFailure("read", name, std::strerror(errno));
+    return content.has_value();
+  }
+};
+
+Storage::Storage() : m_impl(std::make_unique<Impl>()) {}
+
+Storage::~Storage() = default;
+
+// The modes are those of the streams that other platforms open; here content is always bytes, and
+// is kept until clear.
+bool Storage::init(const char* name, std::ios_base::openmode /*readMode*/,
+                   std::ios_base::openmode /*writeMode*/) {
+  *m_impl = Impl{};
+  const std::string folder = host::storageFolder();
+  if (name == nullptr || !isNameWithoutFolder(name) || folder.empty()) return false;
+  const std::string why = obstacle(folder, folder + "/" + name);
+  if (!why.empty()) {
+    logFailure("bound", name, why);
+    return false;
+  }
+  m_impl->folder = folder;
+  m_impl->name = name;
+  return true;
+}
+
+bool Storage::clear() {
+  if (m_impl->folder.empty()) return false;
+  m_impl->content = "";
+  return true;
+}
+
+// This platform's storages have no parts.
+bool Storage::store(const char* subName, char* data, int length) {
+  if (m_impl->folder.empty() || subName != nullptr || length < 0) return false;
+  if (data == nullptr && length > 0) return false;
+  if (!m_impl->content && !m_impl->readContent()) return false;
+  if (length > 0) m_impl->content->append(data, static_cast<std::size_t>(length));
+  return true;
+}
+
+bool Storage::shutdown() {
+  const Impl bound = std::move(*m_impl);
+  *m_impl = Impl{};
+  if (bound.folder.empty()) return false;
+  return !bound.content || replace(bound.folder, bound.name, *bound.content);
+}
+
+bool Storage::deleteFile_noEx(const std::string& path) {
+  try {
+    return remove(host::hostPath(path).c_str()) == 0 || errno == ENOENT;
+  } catch (const std::exception&) {
+    return false;
+  }
+}

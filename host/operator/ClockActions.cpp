@@ -1,0 +1,192 @@
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "base/Error.h"
+#include "base/PrintableText.h"
+#include "clock/VirtualClock.h"
+#include "operator/ClockMoves.h"
+#include "operator/Controller.h"
+#include "operator/HostActions.h"
+#include "operator/RecordedAct.h"
+#include "runtime/Device.h"
+#include "verbs/TimeText.h"
+
+namespace host {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::nanoseconds;
+using std::chrono::seconds;
+
+constexpr std::int64_t kLongestAdvance = std::int64_t{36525} * 86400;  // seconds: a century
+
+// What stays to be said after an action; empty: nothing.
+using Note = std::string;
+
+void requireVirtual(const VirtualClock& clock) {
+  if (clock.source() == VirtualClock::Source::system) {
+    throw Error("this host runs on the system's clock, at speed 1; start it with --clock virtual");
+  }
+}
+
+void setWall(VirtualClock& clock, nanoseconds wall) {
+  if (clock.setWall(wall)) return;
+  throw Error(std::string("the clock cannot be set: ") + std::strerror(errno));
+}
+
+Note show(Controller&, const Json&) {
+  return {};
+}
+
+Note changeSpeed(Controller& controller, const Json& request) {
+  const std::string text = textMember(request, "speed");
+  const auto speed = parseSpeed(text);
+  if (!speed) {
+    throw Error(quotedText(text) + " is not a speed; write " + std::string(kSpeedForms));
+  }
+  requireVirtual(controller.device().clock());
+  controller.device().clock().setSpeed(*speed);
+  return {};
+}
+
+Note pause(Controller& controller, const Json&) {
+  requireVirtual(controller.device().clock());
+  controller.device().clock().setSpeed(0);
+  return {};
+}
+
+Note next(Controller& controller, const Json&) {
+  VirtualClock& clock = controller.device().clock();
+  requireVirtual(clock);
+  if (!clock.fireNext()) throw Error("no timer is armed: there is nothing to go on to");
+  return {};
+}
+
+Note jump(Controller& controller, const Json& request) {
+  const std::int64_t last = kLastInstant.count();
+  setWall(controller.device().clock(), seconds(numberMember(request, "seconds", 0, last)));
+  return {};
+}
+
+ClockMove advance(Controller& controller, const Json& request) {
+  return passTime(controller.device(),
+                  seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
+}
+
+ClockMove goTo(Controller& controller, const Json& request) {
+  const std::string name = textMember(request, "landmark");
+  const LandmarkName* const row = findLandmark(name);
+  if (row == nullptr) throw Error("no place " + quotedText(name) + " to go to");
+  return goBefore(controller.device(), row->landmark);
+}
+
+struct ClockAction {
+  std::string_view name;
+  Note (*carryOut)(Controller& controller, const Json& request);
+};
+
+constexpr ClockAction kActions[] = {
+    {"show", show}, {"speed", changeSpeed}, {"pause", pause}, {"next", next}, {"jump", jump},
+};
+
+// "Clock jump 2030-05-05T05:05:05Z, from 2016-06-16T00:00:00Z"
+std::string described(const VirtualClock& clock, const Json& request) {
+  const std::string action = textMember(request, "action");
+  std::string words = memberWords(request, {"speed", "seconds", "landmark"});
+  const Json instant = request.value("seconds", Json());
+  const bool whole = instant.is_number_integer() && instant >= 0 && instant <= kLastInstant.count();
+  if (whole && action != "advance") words = ' ' + instantText(seconds(instant));
+  return "Clock " + action + words + ", from " + instantText(duration_cast<seconds>(clock.wall()));
+}
+
+std::shared_ptr<RecordedAct> recordOf(Controller& controller, const Json& request) {
+  return std::make_shared<RecordedAct>(controller.device().securityLog(), SecurityLog::Event::clock,
+                                       described(controller.device().clock(), request));
+}
+
+Note recorded(const ClockAction& action, Controller& controller, const Json& request) {
+  if (action.carryOut == show) return show(controller, request);
+  const auto act = recordOf(controller, request);
+  Note note = action.carryOut(controller, request);
+  act->done();
+  return note;
+}
+
+// What takes as long as there are timers on the way.
+struct PassingAction {
+  std::string_view name;
+  ClockMove (*move)(Controller& controller, const Json& request);
+};
+
+constexpr PassingAction kPassingActions[] = {{"advance", advance}, {"to", goTo}};
+
+template <typename Rows>
+auto rowNamed(const Rows& rows, const std::string& name) {
+  const auto found = std::find_if(std::begin(rows), std::end(rows),
+                                  [&](const auto& row) { return row.name == name; });
+  return found == std::end(rows) ? nullptr : found;
+}
+
+// The record is written when the move has arrived, or is dropped on its way.
+ClockMove recorded(const PassingAction& action, Controller& controller, const Json& request) {
+  const auto act = recordOf(controller, request);
+  ClockMove move = action.move(controller, request);
+  move.begin = [act, begin = std::move(move.begin), &clock = controller.device().clock()] {
+    const nanoseconds target = begin();
+    act->begun(
+        [&clock] { return ", stopped at " + instantText(duration_cast<seconds>(clock.wall())); });
+    return target;
+  };
+  move.arrive = [act, arrive = std::move(move.arrive)] {
+    std::string note = arrive();
+    act->done();
+    return note;
+  };
+  return move;
+}
+
+// What is left, rounded up as people count.
+std::string leftText(nanoseconds duration) {
+  return durationText(std::chrono::ceil<seconds>(duration));
+}
+
+}  // namespace
+
+Json clockState(Controller& controller) {
+  VirtualClock& clock = controller.device().clock();
+  const seconds wall = duration_cast<seconds>(clock.wall());
+  const char* const zone = std::getenv("TZ");
+  Json state = {{"utc", instantText(wall)}, {"local", localText(wall.count())}};
+  state["tz"] = zone == nullptr ? "" : zone;
+  state["speed"] = speedText(clock.speed());
+  state["uptime"] = durationText(duration_cast<seconds>(clock.uptime()));
+  state["timers"] = clock.armedTimers();
+  if (const auto expiry = clock.nextExpiry()) {
+    state["next"] = "in " + leftText(std::max(*expiry - clock.uptime(), nanoseconds::zero()));
+  }
+  return state;
+}
+
+void answerClock(Controller& controller, const Channel& channel, const std::string& note) {
+  Json reply = {{"ok", true}};
+  reply.update(clockState(controller));
+  if (!note.empty()) reply["note"] = note;
+  answer(channel, reply);
+}
+
+void actOnClock(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string name = textMember(request, "action");
+  if (const auto* const passing = rowNamed(kPassingActions, name)) {
+    return controller.passages().add(recorded(*passing, controller, request), channel);
+  }
+  const auto* const action = rowNamed(kActions, name);
+  if (action == nullptr) throw Error("the clock has no action " + quotedText(name));
+  answerClock(controller, channel, recorded(*action, controller, request));
+}
+
+}  // namespace host

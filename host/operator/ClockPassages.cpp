@@ -1,0 +1,74 @@
+#include "operator/ClockPassages.h"
+
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "Logging.h"
+#include "base/Origin.h"
+#include "clock/VirtualClock.h"
+#include "framework/MemoryReserve.h"
+#include "operator/HostActions.h"
+#include "remote/ControlChannel.h"
+
+namespace host {
+
+using SteadyClock = std::chrono::steady_clock;
+
+ClockPassages::ClockPassages(VirtualClock& clock, Later later, Arrived arrived)
+    : m_clock(clock), m_later(std::move(later)), m_arrived(std::move(arrived)) {}
+
+void ClockPassages::add(ClockMove move, const Channel& channel) {
+  channel->holdNext();
+  m_waiting.push_back({std::move(move), channel});
+  if (m_waiting.size() == 1) pass();
+}
+
+// One slice of the first, and a place behind the others for the next slice.
+void ClockPassages::pass() try {
+  const Channel channel = m_waiting.front().channel;  // the origin is its own
+  const OriginScope origin(channel->origin());
+  if (!MemoryReserve::refill()) throw std::bad_alloc();
+  if (isOver(m_waiting.front())) m_waiting.pop_front();
+  if (m_waiting.empty()) return;
+  m_later([this, alive = std::weak_ptr(m_alive)] {
+    if (!alive.expired()) pass();
+  });
+} catch (const std::bad_alloc&) {
+  giveUp("no memory is left");
+} catch (const std::exception& error) {
+  giveUp(error.what());
+}
+
+// Without a next slice they would wait for ever. An answer would take memory; a channel that goes
+// without one needs none to refuse its request.
+void ClockPassages::giveUp(const char* why) {
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
+            m_waiting.size() == 1 ? "move of the clock is" : "moves of the clock are", why);
+  while (!m_waiting.empty()) {
+    const Channel channel = m_waiting.front().channel;
+    const OriginScope origin(channel->origin());
+    m_waiting.pop_front();
+  }
+}
+
+bool ClockPassages::isOver(Passage& passage) {
+  if (!passage.channel->wanted()) return true;
+  try {
+    if (!passage.target) passage.target = passage.move.begin();
+    const auto end = SteadyClock::now() + kSlice;
+    if (!m_clock.advanceTo(*passage.target, [&] { return goesOnNow(end); })) return false;
+    m_arrived(passage.channel, passage.move.arrive());
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& error) {
+    answerRefusal(passage.channel, error.what());
+  }
+  return true;
+}
+
+bool ClockPassages::goesOnNow(SteadyClock::time_point end) const {
+  return !m_later || SteadyClock::now() < end;
+}
+
+}  // namespace host

@@ -1,0 +1,89 @@
+#include "operator/Controller.h"
+
+#include <condition_variable>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "base/Mutex.h"
+#include "base/PrintableText.h"
+#include "framework/LogBook.h"
+#include "operator/HostActions.h"
+#include "operator/LogRing.h"
+#include "runtime/Device.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/ReadJson.h"
+
+namespace host {
+namespace {
+
+// Keeps the reply for a caller in this process. Items have nowhere to go.
+class WaitingChannel : public ControlChannel {
+ public:
+  bool reply(std::string_view json) override {
+    const MutexLock lock(m_mutex);
+    if (m_reply) return false;
+    m_reply.emplace(json);
+    m_replied.notify_all();
+    return true;
+  }
+
+  bool item(std::string_view) override { return false; }
+  void onGone(std::function<void()> gone) override { gone(); }
+
+  std::string wait() {
+    MutexLock lock(m_mutex);
+    m_replied.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_reply.has_value(); });
+    return *m_reply;
+  }
+
+ private:
+  Mutex m_mutex;
+  std::condition_variable m_replied;
+  std::optional<std::string> m_reply CLOCK_GUARDED_BY(m_mutex);
+};
+
+std::string unknownVerb(const std::string& verb) {
+  std::vector<std::string_view> names;
+  for (const HostAction& action : hostActions()) names.push_back(action.verb);
+  return "unknown verb " + quotedText(verb) + suggestion(verb, names);
+}
+
+void carryOut(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string verb = textMember(request, "verb");
+  const HostAction* const action = findHostAction(verb);
+  if (action == nullptr) return answerRefusal(channel, unknownVerb(verb));
+  action->carryOut(controller, request, channel);
+}
+
+}  // namespace
+
+Controller::Controller(Device& device, HostFacts facts)
+    : m_device(device),
+      m_facts(std::move(facts)),
+      m_log(std::make_shared<LogRing>()),
+      m_passages(device.clock(), m_facts.later,
+                 [this](const Channel& channel, const std::string& note) {
+                   answerClock(*this, channel, note);
+                 }) {
+  LogBook::instance().addSink(m_log);
+}
+
+Controller::~Controller() {
+  LogBook::instance().removeSink(m_log);
+}
+
+void Controller::handle(ControlRequest request) {
+  try {
+    carryOut(*this, readRequest(request.text), request.channel);
+  } catch (const std::exception& error) {
+    answerRefusal(request.channel, error.what());
+  }
+}
+
+Json Controller::perform(const Json& request) {
+  const auto channel = std::make_shared<WaitingChannel>();
+  handle({jsonText(request), channel});
+  return Json::parse(channel->wait());
+}
+
+}  // namespace host

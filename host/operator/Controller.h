@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "operator/ClockPassages.h"
+#include "remote/ControlChannel.h"
+#include "verbs/Json.h"
+
+namespace host {
+
+class Device;
+class LogRing;
+
+// What `status` tells beyond the device itself.
+struct HostFacts {
+  std::function<std::size_t()> clients;  // connected now; may be empty
+  std::string socket;                    // empty: none
+  std::string version;                   // of host and plug-in, as built
+  std::string plugin{};                  // the file
+  ClockPassages::Later later{};          // see ClockPassages
+};
+
+// Carries out control requests on one device: {"verb": NAME, ...} -> {"ok": true, ...} or
+// {"ok": false, "error": ONE LINE}. The clock is worked on the framework thread, at once;
+// management on the management thread, and answered later. Owner: main, or a scenario; before the
+// device. Thread: the framework's. Failure: always an answer; whatever a request holds, nothing is
+// thrown.
+class Controller {
+ public:
+  Controller(Device& device, HostFacts facts);
+  ~Controller();
+  Controller(const Controller&) = delete;
+  Controller& operator=(const Controller&) = delete;
+
+  // For RemoteServer: `[&](ControlRequest r) { controller.handle(std::move(r)); }`.
+  void handle(ControlRequest request);
+
+  // Carries out one request and waits for its answer. REQUIRES: HostFacts without `later`, for
+  // moves of the clock.
+  [[nodiscard]] Json perform(const Json& request);
+
+  [[nodiscard]] Device& device() { return m_device; }
+  [[nodiscard]] const HostFacts& facts() const { return m_facts; }
+  [[nodiscard]] const std::shared_ptr<LogRing>& log() const { return m_log; }
+  [[nodiscard]] ClockPassages& passages() { return m_passages; }
+
+ private:
+  Device& m_device;
+  HostFacts m_facts;
+  std::shared_ptr<LogRing> m_log;  // shared with the log book
+  ClockPassages m_passages;
+};
+
+}  // namespace host

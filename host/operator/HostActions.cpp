@@ -1,0 +1,101 @@
+#include "operator/HostActions.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "base/Error.h"
+#include "base/PrintableText.h"
+#include "remote/ControlChannel.h"
+#include "remote/Frame.h"
+
+namespace host {
+namespace {
+
+constexpr HostAction kHostActions[] = {
+    {"get", actOnGet},       {"set", actOnSet},     {"reset", actOnReset},
+    {"keys", actOnKeys},     {"clock", actOnClock}, {"inject", actOnInject},
+    {"status", actOnStatus}, {"log", actOnLog},     {"security-log", actOnSecurityLog},
+};
+
+// Well within what a reply may be, and what a client that is slow to read may leave unread.
+constexpr std::size_t kRoomForRows = 512 * 1024;
+
+constexpr std::size_t kLongestError = 1000;  // bytes
+
+// How many of the rows, from the first on, a reply has room for.
+template <typename Row>
+std::ptrdiff_t fitting(Row first, Row last) {
+  std::size_t room = kRoomForRows;
+  for (Row row = first; row != last; ++row) {
+    const std::size_t size = jsonText(*row).size();
+    if (size > room) return row - first;
+    room -= size;
+  }
+  return last - first;
+}
+
+std::string tooLong(std::size_t size) {
+  return "the answer has " + std::to_string(size) + " bytes; a reply holds at most " +
+         std::to_string(kMaxPayload);
+}
+
+}  // namespace
+
+std::span<const HostAction> hostActions() {
+  return kHostActions;
+}
+
+const HostAction* findHostAction(std::string_view verb) {
+  const auto found = std::find_if(std::begin(kHostActions), std::end(kHostActions),
+                                  [&](const HostAction& action) { return action.verb == verb; });
+  return found == std::end(kHostActions) ? nullptr : &*found;
+}
+
+std::string jsonText(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Json newestThatFit(const std::vector<Json>& rows) {
+  return std::vector<Json>(rows.end() - fitting(rows.rbegin(), rows.rend()), rows.end());
+}
+
+Json oldestThatFit(const std::vector<Json>& rows) {
+  return std::vector<Json>(rows.begin(), rows.begin() + fitting(rows.begin(), rows.end()));
+}
+
+void answer(const Channel& channel, const Json& reply) {
+  const std::string text = jsonText(reply);
+  if (text.size() > kMaxPayload) return answerRefusal(channel, tooLong(text.size()));
+  static_cast<void>(channel->reply(text));  // false: the client is gone, and that is that
+}
+
+void answerDone(const Channel& channel) {
+  answer(channel, {{"ok", true}});
+}
+
+void answerRefusal(const Channel& channel, const std::string& error) {
+  answer(channel, {{"ok", false}, {"error", escapedLine(clippedText(error, kLongestError))}});
+}
+
+std::string textMember(const Json& request, const char* name) {
+  const auto member = request.find(name);
+  if (member == request.end() || !member->is_string()) {
+    throw Error("the request needs a member \"" + std::string(name) + "\" that is a text");
+  }
+  return member->get<std::string>();
+}
+
+std::int64_t numberMember(const Json& request, const char* name, std::int64_t least,
+                          std::int64_t most) {
+  const auto member = request.find(name);
+  const bool number = member != request.end() && member->is_number_integer();
+  const bool tooLarge = number && member->is_number_unsigned() &&
+                        member->get<std::uint64_t>() > static_cast<std::uint64_t>(INT64_MAX);
+  if (!number || tooLarge || *member < least || *member > most) {
+    throw Error("the request needs a member \"" + std::string(name) + "\" that is a number, " +
+                std::to_string(least) + " to " + std::to_string(most));
+  }
+  return member->get<std::int64_t>();
+}
+
+}  // namespace host

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "verbs/Json.h"
+
+namespace host {
+
+class ControlChannel;
+class Controller;
+
+using Channel = std::shared_ptr<ControlChannel>;
+
+// What the host does for one verb of Verb::Route::control. An exception (host::Error, UsageError)
+// is answered as a refusal. Called on the framework thread; answers then or later, once.
+struct HostAction {
+  std::string_view verb;
+  void (*carryOut)(Controller& controller, const Json& request, const Channel& channel);
+};
+
+[[nodiscard]] std::span<const HostAction> hostActions();
+[[nodiscard]] const HostAction* findHostAction(std::string_view verb);  // null: unknown
+
+void actOnGet(Controller& controller, const Json& request, const Channel& channel);
+void actOnSet(Controller& controller, const Json& request, const Channel& channel);
+void actOnReset(Controller& controller, const Json& request, const Channel& channel);
+void actOnKeys(Controller& controller, const Json& request, const Channel& channel);
+void actOnClock(Controller& controller, const Json& request, const Channel& channel);
+void actOnInject(Controller& controller, const Json& request, const Channel& channel);
+void actOnStatus(Controller& controller, const Json& request, const Channel& channel);
+void actOnLog(Controller& controller, const Json& request, const Channel& channel);
+void actOnSecurityLog(Controller& controller, const Json& request, const Channel& channel);
+
+// What `clock show` tells.
+[[nodiscard]] Json clockState(Controller& controller);
+
+// Answers with that, and a note when there is one.
+void answerClock(Controller& controller, const Channel& channel, const std::string& note);
+
+// Answers. Text that is not UTF-8 goes out with U+FFFD for its wrong bytes. An answer that no reply
+// has room for becomes a refusal that says so.
+void answer(const Channel& channel, const Json& reply);
+void answerDone(const Channel& channel);
+void answerRefusal(const Channel& channel, const std::string& error);  // as one line
+[[nodiscard]] std::string jsonText(const Json& json);
+
+// An array of the last, or the first, rows in their order that a reply has room for.
+[[nodiscard]] Json newestThatFit(const std::vector<Json>& rows);
+[[nodiscard]] Json oldestThatFit(const std::vector<Json>& rows);
+
+// Members of a request. Throw host::Error naming the member when it is missing, of another type or
+// out of range.
+[[nodiscard]] std::string textMember(const Json& request, const char* name);
+[[nodiscard]] std::int64_t numberMember(const Json& request, const char* name, std::int64_t least,
+                                        std::int64_t most);
+
+}  // namespace host

@@ -1,0 +1,47 @@
+#include "operator/LocalCall.h"
+
+#include <sstream>
+
+#include "Invoker.h"
+#include "InvokerResponse.h"
+#include "remote/JsonCodec.h"
+#include "runtime/Device.h"
+
+namespace host {
+namespace {
+
+// Keeps the reply; the invoker deletes it.
+class LocalResponse : public InvokerResponse {
+ public:
+  LocalResponse(std::string address, std::string& reply)
+      : m_address(std::move(address)), m_reply(reply) {}
+
+  const char* getCodecName() override { return "json"; }
+  const char* getReplyAddress() override { return m_address.c_str(); }
+  void sendReply(const char* data, int length) override {
+    m_reply.assign(data, static_cast<std::size_t>(length));
+  }
+
+ private:
+  const std::string m_address;
+  std::string& m_reply;
+};
+
+}  // namespace
+
+std::optional<Method> callService(Device& device, Method& call, const std::string& address) {
+  JsonCodec codec;
+  std::stringstream request;
+  codec.encode(call, request);
+  const std::string message = request.str();
+  std::string reply;
+  device.invoker().handleMessage(&device.service(), message.data(),
+                                 static_cast<int>(message.size()),
+                                 new LocalResponse(address, reply));
+  std::stringstream stream(reply);
+  Method method;
+  if (reply.empty() || !codec.decode(stream, method)) return std::nullopt;
+  return method;
+}
+
+}  // namespace host

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <memory>
+#include <vector>
+
+#include "base/Mutex.h"
+#include "framework/LogBook.h"
+#include "verbs/Json.h"
+
+namespace host {
+
+class ControlChannel;
+
+// The newest entries of the log, whose texts are bounded by the log book, and the clients that
+// follow it. Owner: shared by the log book and the controller. Thread: any. Failure: a client that
+// is gone or does not read follows no longer.
+class LogRing : public LogSink {
+ public:
+  static constexpr std::size_t kKept = 1000;
+
+  void write(const LogEntry& entry) override;
+
+  [[nodiscard]] std::vector<Json> entries() const;  // oldest first, as entryJson
+
+  // From now on entries go to the channel as items, the newest of those that are kept first.
+  void follow(const std::shared_ptr<ControlChannel>& channel);
+  void unfollow(const ControlChannel* channel);
+
+ private:
+  [[nodiscard]] std::vector<Json> kept() const CLOCK_REQUIRES(m_mutex);
+
+  mutable Mutex m_mutex;
+  std::deque<LogEntry> m_entries CLOCK_GUARDED_BY(m_mutex);
+  std::vector<std::shared_ptr<ControlChannel>> m_followers CLOCK_GUARDED_BY(m_mutex);
+};
+
+// {"number", "time", "level", "component", "text", "file", "line"}
+[[nodiscard]] Json entryJson(const LogEntry& entry);
+
+}  // namespace host

@@ -1,0 +1,106 @@
+#include <nlohmann/json.hpp>
+
+#include "base/Origin.h"
+#include "base/PrintableText.h"
+#include "framework/DataAccess.h"
+#include "operator/Controller.h"
+#include "operator/HostActions.h"
+#include "remote/ControlChannel.h"
+#include "runtime/Device.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/KeyCatalogue.h"
+
+namespace host {
+namespace {
+
+// Bytes of a value among all the others; `get` shows it whole.
+constexpr std::size_t kLongestShown = 1024;
+
+constexpr const char* kNoClock = "no clock answers";
+constexpr const char* kSeeLog = "`clockctl log` tells why";
+
+std::string unknownKey(const std::string& key) {
+  return "no key " + quotedText(key) + suggestion(key, managementKeyNames());
+}
+
+std::string whyUnread(const LocalManagement& management, const std::string& key) {
+  if (findManagementKey(key) == nullptr) return unknownKey(key);
+  return quotedText(key) + " cannot be read; " + (management.hasClock() ? kSeeLog : kNoClock);
+}
+
+std::string whyRefused(const LocalManagement& management, const std::string& key,
+                       const std::string& value, bool storeFailed) {
+  const ManagementKey* const row = findManagementKey(key);
+  if (row == nullptr) return unknownKey(key);
+  if (!management.hasClock()) return quotedText(key) + " cannot be set; " + kNoClock;
+  if (storeFailed) return quotedText(key) + " could not be stored; " + kSeeLog;
+  if (!row->settable) return quotedText(key) + " cannot be set";
+  return quotedText(key) + " refused " + quotedText(value) + "; it takes " +
+         std::string(row->values);
+}
+
+// Runs the body on the management thread, in the name of the client, unless nobody wants the answer
+// by then; the device's management outlives that thread's tasks.
+template <typename Body>
+void onManagementThread(Controller& controller, const Channel& channel, Body body) {
+  LocalManagement& management = controller.device().management();
+  controller.device().managementThread().post([&management, channel, body] {
+    const OriginScope origin(channel->origin());
+    if (channel->wanted()) body(management);
+  });
+}
+
+Json keyRow(LocalManagement& management, const ManagementKey& row) {
+  const std::string key(row.key);
+  std::string value;
+  const bool known = management.get(key, value);
+  Json json = {{"key", key}};
+  json["value"] = known ? Json(clippedText(value, kLongestShown)) : Json(nullptr);
+  json["settable"] = row.settable;
+  json["state"] = management.itemState(key);
+  return json;
+}
+
+}  // namespace
+
+void actOnGet(Controller& controller, const Json& request, const Channel& channel) {
+  onManagementThread(controller, channel,
+                     [key = textMember(request, "key"), channel](LocalManagement& management) {
+                       std::string value;
+                       if (!management.get(key, value))
+                         return answerRefusal(channel, whyUnread(management, key));
+                       answer(channel, {{"ok", true}, {"key", key}, {"value", value}});
+                     });
+}
+
+void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
+  onManagementThread(controller, channel,
+                     [key = textMember(request, "key"), value = textMember(request, "value"),
+                      channel](LocalManagement& management) {
+                       const std::uint64_t failedBefore = failedWritesHere();
+                       if (management.set(key, value)) return answerDone(channel);
+                       const bool storeFailed = failedWritesHere() != failedBefore;
+                       answerRefusal(channel, whyRefused(management, key, value, storeFailed));
+                     });
+}
+
+void actOnReset(Controller& controller, const Json&, const Channel& channel) {
+  onManagementThread(controller, channel, [channel](LocalManagement& management) {
+    if (management.reset()) return answerDone(channel);
+    answerRefusal(channel,
+                  "nothing was reset: date and time format are the device's defaults already, or "
+                  "not the user's to reset");
+  });
+}
+
+void actOnKeys(Controller& controller, const Json&, const Channel& channel) {
+  onManagementThread(controller, channel, [channel](LocalManagement& management) {
+    Json rows = Json::array();
+    for (const ManagementKey& row : managementKeys()) rows.push_back(keyRow(management, row));
+    answer(channel, {{"ok", true}, {"keys", rows}});
+  });
+}
+
+}  // namespace host

@@ -1,0 +1,146 @@
+#include "scenario/EventExpectation.h"
+
+#include <algorithm>
+
+#include "base/PrintableText.h"
+#include "scenario/Scenario.h"
+#include "scenario/ScenarioDevice.h"
+#include "verbs/CallWords.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/WordReader.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kListed = 5;
+
+struct WantedEvent {
+  std::string name;  // empty: any
+  std::vector<std::string> parameters;
+
+  std::string text() const {
+    std::string words = name;
+    for (const std::string& parameter : parameters) words.append(1, ' ').append(parameter);
+    return words;
+  }
+};
+
+// NAME=VALUE, whatever the type: a type in the word only says how the value was meant.
+bool holds(const Method& method, const std::string& word) {
+  const Parameter wanted = parseArgument(word);
+  return std::any_of(method.getParameters().begin(), method.getParameters().end(),
+                     [&](const Parameter& parameter) {
+                       return parameter.getName() == wanted.getName() &&
+                              valueText(parameter) == valueText(wanted);
+                     });
+}
+
+bool matches(const Method& event, const WantedEvent& wanted) {
+  if (!wanted.name.empty() && event.getName() != wanted.name) return false;
+  return std::all_of(wanted.parameters.begin(), wanted.parameters.end(),
+                     [&](const std::string& word) { return holds(event, word); });
+}
+
+std::string eventText(const Method& event) {
+  const std::string parameters = parametersText(event);
+  return parameters.empty() ? event.getName() : event.getName() + ' ' + parameters;
+}
+
+std::string listedEvents(const std::vector<Method>& events) {
+  std::vector<std::string> texts;
+  for (const Method& event : events) texts.push_back(eventText(event));
+  return listed(texts);
+}
+
+[[noreturn]] void fail(const std::string& expected, const std::vector<Method>& came) {
+  throw ScenarioFailure("expected " + expected + ", came " + listedEvents(came));
+}
+
+WantedEvent readEvent(WordReader& words) {
+  WantedEvent wanted{words.next("NAME"), {}};
+  const RemoteMethod* const event = findRemoteEvent(wanted.name);
+  if (event == nullptr) {
+    WordReader::fail("no event " + quotedText(wanted.name) +
+                     suggestion(wanted.name, remoteEventNames()));
+  }
+  for (const std::string& word : words.rest()) {
+    const std::string name = parseArgument(word).getName();
+    const bool known =
+        std::any_of(event->request.begin(), event->request.end(),
+                    [&](const MethodParameter& parameter) { return parameter.name == name; });
+    if (!known) {
+      WordReader::fail(quotedText(name) + " is no parameter of " + wanted.name +
+                       suggestionFor(*event, name));
+    }
+    wanted.parameters.push_back(word);
+  }
+  return wanted;
+}
+
+}  // namespace
+
+std::function<void(ScenarioDevice&)> expectEvent(WordReader& words) {
+  return [wanted = readEvent(words)](ScenarioDevice& device) {
+    device.powerOn();
+    const std::vector<Method> events = device.events();
+    const auto found = std::find_if(events.begin(), events.end(),
+                                    [&](const Method& event) { return matches(event, wanted); });
+    if (found == events.end()) fail("event " + wanted.text(), events);
+    device.passEvents(static_cast<std::size_t>(found - events.begin()) + 1);
+  };
+}
+
+std::function<void(ScenarioDevice&)> expectNextEvent(WordReader& words) {
+  return [wanted = readEvent(words)](ScenarioDevice& device) {
+    device.powerOn();
+    const std::vector<Method> events = device.events();
+    if (events.empty() || !matches(events.front(), wanted)) {
+      fail("next event " + wanted.text(), events);
+    }
+    device.passEvents(1);
+  };
+}
+
+std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words) {
+  const WantedEvent unwanted = words.done() ? WantedEvent{} : readEvent(words);
+  return [unwanted](ScenarioDevice& device) {
+    device.powerOn();
+    const std::vector<Method> events = device.events();
+    const bool came = std::any_of(events.begin(), events.end(),
+                                  [&](const Method& event) { return matches(event, unwanted); });
+    if (came) fail(unwanted.name.empty() ? "no event" : "no event " + unwanted.text(), events);
+  };
+}
+
+void requireParameters(const std::string& what, std::span<const std::string> wanted,
+                       const Method& method) {
+  for (const std::string& word : wanted) {
+    if (holds(method, word)) continue;
+    std::string came = parametersText(method);
+    if (came.empty()) came = "no parameters";
+    std::string text = "expected ";
+    text.append(what).append(word).append(", came ").append(came);
+    throw ScenarioFailure(text);
+  }
+}
+
+std::string suggestionFor(const RemoteMethod& method, std::string_view parameter) {
+  std::vector<std::string_view> names;
+  for (const MethodParameter& each : method.request) names.push_back(each.name);
+  for (const MethodParameter& each : method.reply) names.push_back(each.name);
+  return suggestion(parameter, names);
+}
+
+std::string listed(const std::vector<std::string>& texts) {
+  if (texts.empty()) return "none";
+  std::string list = texts.size() > kListed ? "... " : "";
+  const std::size_t first = texts.size() - std::min(texts.size(), kListed);
+  for (std::size_t i = first; i < texts.size(); ++i) {
+    if (i > first) list += "; ";
+    list += texts[i];
+  }
+  return list;
+}
+
+}  // namespace host

@@ -1,0 +1,197 @@
+#include "scenario/ScenarioDevice.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include "base/Error.h"
+#include "base/Mutex.h"
+#include "clock/VirtualClock.h"
+#include "framework/LogBook.h"
+#include "framework/ProgramMap.h"
+#include "interpose/DeviceRoot.h"
+#include "operator/Controller.h"
+#include "operator/LocalCall.h"
+#include "runtime/Plugin.h"
+#include "scenario/ScenarioPeer.h"
+#include "services/LocalManagement.h"
+
+namespace host {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr int kLogLevel = 5;  // what `expect log` can see: all but the frequent traces
+
+fs::path newFolder() {
+  std::error_code error;
+  const fs::path all = fs::temp_directory_path(error);
+  if (error) throw Error("there is no temporary folder; let TMPDIR name one");
+  std::string name = all / "clock-scenario-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) throw Error("no folder can be made at " + name);
+  return name;
+}
+
+}  // namespace
+
+// The texts of the log, as they come.
+class LogCollector : public LogSink {
+ public:
+  void write(const LogEntry& entry) override {
+    const MutexLock lock(m_mutex);
+    m_texts.push_back(entry.text);
+  }
+
+  std::vector<std::string> texts() const {
+    const MutexLock lock(m_mutex);
+    return m_texts;
+  }
+
+  void pass(std::size_t count) {
+    const MutexLock lock(m_mutex);
+    m_texts.erase(m_texts.begin(), m_texts.begin() + static_cast<std::ptrdiff_t>(count));
+  }
+
+ private:
+  mutable Mutex m_mutex;
+  std::vector<std::string> m_texts CLOCK_GUARDED_BY(m_mutex);
+};
+
+// From power-on to power-off. A telephone has no battery behind its clock: each time it starts in
+// 1970, and the service does the rest.
+struct ScenarioDevice::Powered {
+  Powered(Plugin& plugin, const DeviceOptions& options) : device(clock, plugin, options) {}
+
+  struct ProcessClock {
+    explicit ProcessClock(VirtualClock& clock) { setProcessClock(&clock); }
+    ~ProcessClock() { setProcessClock(nullptr); }
+    ProcessClock(const ProcessClock&) = delete;
+    ProcessClock& operator=(const ProcessClock&) = delete;
+  };
+
+  VirtualClock clock;
+  ProcessClock processClock{clock};
+  Device device;
+  Controller controller{device, {}};
+};
+
+ScenarioDevice::ScenarioDevice(Plugin& plugin, DeviceOptions options)
+    : m_plugin(plugin),
+      m_options(std::move(options)),
+      m_folder(newFolder()),
+      m_log(std::make_shared<LogCollector>()),
+      m_peer(std::make_unique<ScenarioPeer>()),
+      m_reports(std::make_shared<std::vector<std::string>>()) {
+  m_options.state = m_folder / "state";
+  fs::create_directories(m_folder / "root");
+  setDeviceRoot((m_folder / "root").string());
+  // A scenario asks no time server: what the client would report is told by the scenario.
+  ProgramMap::instance().set("/sbin/ntpclient", "/bin/true");
+  LogBook::instance().setLevel(kLogLevel);
+  LogBook::instance().addSink(m_log);
+}
+
+ScenarioDevice::~ScenarioDevice() {
+  powerOff();
+  LogBook::instance().removeSink(m_log);
+  LogBook::instance().setLevel(LogBook::kDefaultLevel);
+  setDeviceRoot("");
+  std::error_code error;  // a folder that stays behind is no reason to fail
+  fs::remove_all(m_folder, error);
+}
+
+void ScenarioDevice::powerOn() {
+  if (m_powered) return;
+  m_powered = std::make_unique<Powered>(m_plugin, m_options);
+  m_options.at.reset();  // a second start goes on from what the first one saved
+  Device& device = m_powered->device;
+  m_peer->setProxySource([&device] { return device.makeProxy(); });
+  device.management().onReport([reports = m_reports](const auto& key, const auto& value) {
+    reports->push_back(key + ' ' + value);
+  });
+  device.start(*m_peer);
+  Method observe("observeTimeEvents", Method::call);
+  if (!callService(device, observe, ScenarioPeer::kAddress)) {
+    throw Error("the service takes no observer");
+  }
+}
+
+void ScenarioDevice::powerOff() {
+  if (!m_powered) return;
+  if (m_powered->device.running()) {
+    Method unobserve("unobserveTimeEvents", Method::call);
+    static_cast<void>(callService(m_powered->device, unobserve, ScenarioPeer::kAddress));
+    m_powered->device.stop();
+  }
+  m_peer->dropProxy();
+  m_powered.reset();
+}
+
+void ScenarioDevice::restart() {
+  powerOn();
+  powerOff();
+  powerOn();
+}
+
+void ScenarioDevice::powerCut() {
+  powerOn();
+  const fs::path kept = m_folder / "at-the-cut";
+  fs::remove_all(kept);
+  fs::copy(m_options.state, kept, fs::copy_options::recursive);
+  powerOff();
+  fs::remove_all(m_options.state);
+  fs::rename(kept, m_options.state);
+  powerOn();
+}
+
+Json ScenarioDevice::request(const Json& request) {
+  powerOn();
+  return m_powered->controller.perform(request);
+}
+
+std::optional<Method> ScenarioDevice::call(Method& method) {
+  powerOn();
+  return callService(m_powered->device, method, ScenarioPeer::kAddress);
+}
+
+std::vector<Method> ScenarioDevice::events() {
+  return m_peer->events();
+}
+
+void ScenarioDevice::passEvents(std::size_t count) {
+  m_peer->pass(count);
+}
+
+std::vector<std::string> ScenarioDevice::reports() {
+  return {m_reports->begin() + static_cast<std::ptrdiff_t>(m_reportsPassed), m_reports->end()};
+}
+
+void ScenarioDevice::passReports(std::size_t count) {
+  m_reportsPassed += count;
+}
+
+std::vector<std::string> ScenarioDevice::logTexts() {
+  return m_log->texts();
+}
+
+void ScenarioDevice::passLogTexts(std::size_t count) {
+  m_log->pass(count);
+}
+
+Device& ScenarioDevice::device() {
+  powerOn();
+  return m_powered->device;
+}
+
+fs::path ScenarioDevice::fileOf(const std::string& path) const {
+  return path.starts_with('/') ? fs::path(hostPath(path)) : m_options.state / path;
+}
+
+void ScenarioDevice::writeFile(const std::string& devicePath, const std::string& text) const {
+  const fs::path file = fileOf(devicePath);
+  fs::create_directories(file.parent_path());
+  std::ofstream stream(file, std::ios::binary);
+  stream << text;
+  if (!stream.flush()) throw Error("the file " + devicePath + " cannot be written");
+}
+
+}  // namespace host

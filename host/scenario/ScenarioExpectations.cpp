@@ -1,0 +1,244 @@
+#include "scenario/ScenarioExpectations.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "base/PrintableText.h"
+#include "scenario/EventExpectation.h"
+#include "scenario/Scenario.h"
+#include "scenario/ScenarioDevice.h"
+#include "scenario/ScenarioPaths.h"
+#include "services/LocalManagement.h"
+#include "verbs/CallWords.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/UsageError.h"
+#include "verbs/Verb.h"
+#include "verbs/WordReader.h"
+
+namespace host {
+namespace {
+
+using Run = std::function<void(ScenarioDevice& device)>;
+
+// Whole: what was expected and what came may differ at their ends.
+std::string quoted(const std::string& text) {
+  return '"' + text + '"';
+}
+
+[[noreturn]] void fail(const std::string& expected, const std::string& came) {
+  throw ScenarioFailure("expected " + expected + ", came " + came);
+}
+
+void requireEqual(const std::string& what, const std::string& expected, const std::string& came) {
+  if (came != expected) fail(what + ' ' + quoted(expected), quoted(came));
+}
+
+bool hasParameter(std::span<const MethodParameter> parameters, std::string_view name) {
+  return std::any_of(parameters.begin(), parameters.end(),
+                     [&](const MethodParameter& parameter) { return parameter.name == name; });
+}
+
+// The words of `expect call METHOD`, told apart by what the method takes and replies.
+struct CallExpectation {
+  Method call;
+  std::vector<std::string> wanted;  // NAME=VALUE
+};
+
+CallExpectation readCallWords(WordReader& words) {
+  const std::string& name = words.next("METHOD");
+  const RemoteMethod* const method = findRemoteMethod(name);
+  if (method == nullptr) {
+    WordReader::fail("no method " + quotedText(name) + suggestion(name, remoteMethodNames()));
+  }
+  std::vector<std::string> arguments;
+  std::vector<std::string> wanted;
+  for (const std::string& word : words.rest()) {
+    const std::string parameter = word.substr(0, word.find_first_of(":="));
+    static_cast<void>(parseArgument(word));
+    if (hasParameter(method->request, parameter)) {
+      arguments.push_back(word);
+    } else if (hasParameter(method->reply, parameter)) {
+      wanted.push_back(word);
+    } else {
+      WordReader::fail(quotedText(parameter) + " is no parameter of " + name +
+                       suggestionFor(*method, parameter));
+    }
+  }
+  return {callOf(name, arguments), wanted};
+}
+
+Run expectCall(WordReader& words) {
+  return [expectation = readCallWords(words)](ScenarioDevice& device) {
+    Method call = expectation.call;
+    const auto reply = device.call(call);
+    if (!reply) fail("a reply of " + call.getName(), "none");
+    requireParameters("a reply with ", expectation.wanted, *reply);
+  };
+}
+
+Run expectGet(WordReader& words) {
+  const std::string key = words.next("KEY");
+  const std::string value = words.next("VALUE");
+  return [key, value](ScenarioDevice& device) {
+    const Json answer = device.request({{"verb", "get"}, {"key", key}});
+    if (!answer.value("ok", false)) fail(quoted(value), answer.value("error", std::string()));
+    requireEqual(key, value, answer.value("value", std::string()));
+  };
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Run expectFile(WordReader& words) {
+  const std::string path = words.next("DEVICEPATH");
+  requireDevicePathOrStorageName(path);
+  const std::string text = words.next("TEXT");
+  return [path, text](ScenarioDevice& device) {
+    device.powerOn();
+    const std::filesystem::path file = device.fileOf(path);
+    if (!std::filesystem::exists(file)) fail("a file " + path, "none");
+    requireEqual("a file " + path + " with", text, contentOf(file));
+  };
+}
+
+Run expectNoFile(WordReader& words) {
+  const std::string path = words.next("DEVICEPATH");
+  requireDevicePathOrStorageName(path);
+  return [path](ScenarioDevice& device) {
+    device.powerOn();
+    if (std::filesystem::exists(device.fileOf(path))) fail("no file " + path, "one");
+  };
+}
+
+Run expectZone(WordReader& words) {
+  const std::string text = words.next("TEXT");
+  return [text](ScenarioDevice& device) {
+    device.powerOn();
+    const char* const zone = std::getenv("TZ");
+    requireEqual("TZ", text, zone == nullptr ? "" : zone);
+  };
+}
+
+Run expectRefused(WordReader& words) {
+  words.require("VERB");
+  const auto rest = words.rest();
+  const Json request = requestOf(rest);
+  const Verb::Route route = findVerb(rest.front())->route;
+  if (route == Verb::Route::watch) WordReader::fail("nothing refuses to be watched");
+  if (route == Verb::Route::call) {
+    const auto arguments = request["arguments"].get<std::vector<std::string>>();
+    return [call = callOf(request["method"], arguments)](ScenarioDevice& device) {
+      Method copy = call;
+      if (const auto reply = device.call(copy)) fail("no reply", parametersText(*reply));
+    };
+  }
+  return [request](ScenarioDevice& device) {
+    if (device.request(request).value("ok", false)) fail("a refusal", "none: it was done");
+  };
+}
+
+Run expectReport(WordReader& words) {
+  const std::string key = words.next("KEY");
+  const std::string wanted = key + ' ' + words.next("VALUE");
+  return [wanted](ScenarioDevice& device) {
+    const std::vector<std::string> reports = device.reports();
+    const auto found = std::find(reports.begin(), reports.end(), wanted);
+    if (found == reports.end()) fail("a report of " + wanted, listed(reports));
+    device.passReports(static_cast<std::size_t>(found - reports.begin()) + 1);
+  };
+}
+
+Run expectNoReport(WordReader&) {
+  return [](ScenarioDevice& device) {
+    if (const auto reports = device.reports(); !reports.empty()) fail("no report", listed(reports));
+  };
+}
+
+Run expectState(WordReader& words) {
+  const std::string key = words.next("KEY");
+  const int state = words.integer("N");
+  return [key, state](ScenarioDevice& device) {
+    const int came = device.device().management().itemState(key);
+    requireEqual("the item state of " + key, std::to_string(state), std::to_string(came));
+  };
+}
+
+// A value of the device itself, as "last-restart-date".
+Run expectValue(WordReader& words) {
+  const std::string key = words.next("KEY");
+  const std::string value = words.next("TEXT");
+  return [key, value](ScenarioDevice& device) {
+    const auto came = device.device().management().value(key);
+    if (!came) fail(key + ' ' + quoted(value), "no such value");
+    requireEqual(key, value, *came);
+  };
+}
+
+Run expectLog(WordReader& words) {
+  words.require("TEXT");
+  const std::string text = words.restAsText();
+  return [text](ScenarioDevice& device) {
+    const std::vector<std::string> texts = device.logTexts();
+    const auto found = std::find_if(texts.begin(), texts.end(), [&](const std::string& entry) {
+      return entry.find(text) != std::string::npos;
+    });
+    if (found == texts.end()) fail("a log line with " + quoted(text), listed(texts));
+    device.passLogTexts(static_cast<std::size_t>(found - texts.begin()) + 1);
+  };
+}
+
+struct Expectation {
+  std::string_view words;  // one or two
+  std::string_view usage;  // after `expect`
+  Run (*read)(WordReader& words);
+};
+
+// Of two that begin alike, the longer one comes first.
+constexpr Expectation kExpectations[] = {
+    {"call", "call METHOD [NAME=VALUE ...]", expectCall},
+    {"get", "get KEY VALUE", expectGet},
+    {"event", "event NAME [NAME=VALUE ...]", expectEvent},
+    {"next event", "next event NAME [NAME=VALUE ...]", expectNextEvent},
+    {"no event", "no event [NAME [NAME=VALUE ...]]", expectNoEvent},
+    {"file", "file DEVICEPATH TEXT", expectFile},
+    {"no file", "no file DEVICEPATH", expectNoFile},
+    {"tz", "tz TEXT", expectZone},
+    {"refused", "refused VERB ...", expectRefused},
+    {"report", "report KEY VALUE", expectReport},
+    {"no report", "no report", expectNoReport},
+    {"state", "state KEY N", expectState},
+    {"value", "value KEY TEXT", expectValue},
+    {"log", "log TEXT", expectLog},
+};
+
+std::vector<std::string_view> expectationNames() {
+  std::vector<std::string_view> names;
+  for (const Expectation& row : kExpectations) names.push_back(row.words);
+  return names;
+}
+
+}  // namespace
+
+Run readExpectation(std::span<const std::string> words) {
+  if (words.empty()) throw UsageError("what is expected is missing: `expect get KEY VALUE`");
+  const bool two = words.size() > 1 && (words.front() == "no" || words.front() == "next");
+  const std::string name = two ? words[0] + ' ' + words[1] : words.front();
+  const auto row = std::find_if(std::begin(kExpectations), std::end(kExpectations),
+                                [&](const Expectation& each) { return each.words == name; });
+  if (row == std::end(kExpectations)) {
+    throw UsageError(quotedText(name) + " is nothing to expect" +
+                     suggestion(name, expectationNames()));
+  }
+  WordReader reader(words.subspan(two ? 2 : 1), row->usage);
+  Run run = row->read(reader);
+  reader.end();
+  return run;
+}
+
+}  // namespace host

@@ -1,0 +1,167 @@
+#include "verbs/TimeText.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+namespace host {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr std::int64_t kLongestDuration = 36525 * kSecondsPerDay;  // seconds: a century
+
+// The whole text as an unsigned decimal number.
+std::optional<std::int64_t> number(std::string_view text) {
+  std::int64_t value = 0;
+  const char* const end = text.data() + text.size();
+  if (text.empty() || text.front() < '0' || text.front() > '9') return std::nullopt;
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
+
+// True when `text` has digits at the '0's of `shape` and its other characters as they are.
+bool hasShape(std::string_view text, std::string_view shape) {
+  if (text.size() != shape.size()) return false;
+  for (std::size_t i = 0; i < shape.size(); ++i) {
+    const bool digit = text[i] >= '0' && text[i] <= '9';
+    if (shape[i] == '0' ? !digit : text[i] != shape[i]) return false;
+  }
+  return true;
+}
+
+int digits(std::string_view text, std::size_t position, std::size_t count) {
+  int value = 0;
+  for (const char c : text.substr(position, count)) value = value * 10 + (c - '0');
+  return value;
+}
+
+// HH:MM:SS or HH:MM at `position`, in seconds; nothing when a field is out of range.
+std::optional<std::int64_t> clockTime(std::string_view text, std::size_t position, bool withSeconds,
+                                      int lastHour) {
+  const int hour = digits(text, position, 2);
+  const int minute = digits(text, position + 3, 2);
+  const int second = withSeconds ? digits(text, position + 6, 2) : 0;
+  if (hour > lastHour || minute > 59 || second > 59) return std::nullopt;
+  return std::int64_t{hour} * 3600 + minute * 60 + second;
+}
+
+std::int64_t unitSeconds(char unit) {
+  switch (unit) {
+    case 's':
+      return 1;
+    case 'm':
+      return 60;
+    case 'h':
+      return 3600;
+    case 'd':
+      return kSecondsPerDay;
+    default:
+      return 0;
+  }
+}
+
+// The offset from UTC at the end of an instant, in seconds; nothing when it has none of the forms.
+std::optional<std::int64_t> zoneOffset(std::string_view text) {
+  if (text == "Z") return 0;
+  if (!hasShape(text, "+00:00") && !hasShape(text, "-00:00")) return std::nullopt;
+  const auto offset = clockTime(text, 1, false, 23);
+  if (!offset) return std::nullopt;
+  return text.front() == '-' ? -*offset : *offset;
+}
+
+std::string dateAndTime(const tm& time, char separator) {
+  std::array<char, 64> buffer{};
+  std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02d%c%02d:%02d:%02d", time.tm_year + 1900,
+                time.tm_mon + 1, time.tm_mday, separator, time.tm_hour, time.tm_min, time.tm_sec);
+  return buffer.data();
+}
+
+std::string utcText(seconds sinceEpoch) {
+  const time_t instant = sinceEpoch.count();
+  tm utc{};
+  gmtime_r(&instant, &utc);
+  return dateAndTime(utc, 'T');
+}
+
+}  // namespace
+
+std::optional<seconds> parseDuration(std::string_view text) {
+  if (hasShape(text, "00:00:00")) {
+    const auto time = clockTime(text, 0, true, 99);
+    return time ? std::optional(seconds(*time)) : std::nullopt;
+  }
+  const std::int64_t unit = text.empty() ? 0 : unitSeconds(text.back());
+  if (unit == 0) return std::nullopt;
+  const auto count = number(text.substr(0, text.size() - 1));
+  if (!count || *count > kLongestDuration / unit) return std::nullopt;
+  return seconds(*count * unit);
+}
+
+std::optional<seconds> parseInstant(std::string_view text) {
+  constexpr std::string_view kShape = "0000-00-00T00:00:00";
+  if (text.size() <= kShape.size() || !hasShape(text.substr(0, kShape.size()), kShape)) {
+    return std::nullopt;
+  }
+  const auto offset = zoneOffset(text.substr(kShape.size()));
+  const auto time = clockTime(text, 11, true, 23);
+  const std::chrono::year_month_day day{
+      std::chrono::year(digits(text, 0, 4)),
+      std::chrono::month(static_cast<unsigned>(digits(text, 5, 2))),
+      std::chrono::day(static_cast<unsigned>(digits(text, 8, 2)))};
+  if (!offset || !time || !day.ok()) return std::nullopt;
+  const seconds instant =
+      std::chrono::sys_days(day).time_since_epoch() + seconds(*time) - seconds(*offset);
+  if (instant < seconds(0) || instant > kLastInstant) return std::nullopt;
+  return instant;
+}
+
+std::optional<double> parseSpeed(std::string_view text) {
+  if (text == "max") return std::numeric_limits<double>::infinity();
+  double value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value, std::chars_format::fixed);
+  if (error != std::errc() || stop != end || !(value >= 0 && value <= 1e9)) return std::nullopt;
+  return std::signbit(value) ? std::nullopt : std::optional(value);
+}
+
+std::string speedText(double speed) {
+  if (speed <= 0) return "paused";
+  if (std::isinf(speed)) return "max";
+  std::array<char, 32> buffer{};
+  std::snprintf(buffer.data(), buffer.size(), "%g", speed);
+  return buffer.data();
+}
+
+std::string instantText(seconds sinceEpoch) {
+  return utcText(sinceEpoch) + 'Z';
+}
+
+std::string longInstantText(seconds sinceEpoch) {
+  return utcText(sinceEpoch) + "+00:00";
+}
+
+std::string localText(time_t sinceEpoch) {
+  tm local{};
+  if (localtime_r(&sinceEpoch, &local) == nullptr) return "";
+  const long minutes = std::labs(local.tm_gmtoff) / 60;
+  std::array<char, 48> zone{};
+  std::snprintf(zone.data(), zone.size(), " (%s, UTC%c%02ld:%02ld)", local.tm_zone,
+                local.tm_gmtoff < 0 ? '-' : '+', minutes / 60, minutes % 60);
+  return dateAndTime(local, ' ') + zone.data();
+}
+
+std::string durationText(seconds duration) {
+  const long long total = duration.count();
+  std::array<char, 32> clock{};
+  std::snprintf(clock.data(), clock.size(), "%02lld:%02lld:%02lld", total % kSecondsPerDay / 3600,
+                total % 3600 / 60, total % 60);
+  if (total < kSecondsPerDay) return clock.data();
+  return std::to_string(total / kSecondsPerDay) + "d " + clock.data();
+}
+
+}  // namespace host

@@ -1,0 +1,159 @@
+#include "verbs/VerbPrinters.h"
+
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <span>
+#include <string>
+
+#include "base/PrintableText.h"
+#include "verbs/JsonText.h"
+
+namespace host {
+namespace {
+
+constexpr std::array<const char*, 7> kLevels = {"fatal", "critical", "error", "warning",
+                                                "note",  "info",     "trace"};
+
+// What could break the line it stands in, or what a terminal would obey, in the notation of JSON.
+std::string oneLine(const std::string& text) {
+  return isPlainLine(text) ? text : jsonLine(text);
+}
+
+std::string textOf(const Json& value) {
+  return value.is_string() ? oneLine(value.get<std::string>()) : jsonLine(value);
+}
+
+// A member as text for a line; nothing for one that is not there.
+std::string member(const Json& object, const char* name) {
+  const auto found = object.find(name);
+  if (found == object.end() || found->is_null()) return {};
+  return textOf(*found);
+}
+
+// Compared as text: what another program answers there may be of any type.
+bool isTrue(const Json& object, const char* name) {
+  return member(object, name) == "true";
+}
+
+// What does not fit its column of a table; `get` shows it whole.
+std::string clipped(const std::string& text, std::size_t width) {
+  return text.size() <= width ? text : std::string(beginningOf(text, width - 3)) + "...";
+}
+
+std::string padded(std::string text, std::size_t width) {
+  text.resize(std::max(text.size(), width), ' ');
+  return text;
+}
+
+// "name    value", or nothing when the member is not there.
+void printMember(const Json& object, const char* name, const char* title, std::ostream& out) {
+  if (object.contains(name)) out << padded(title, 13) << member(object, name) << '\n';
+}
+
+struct Line {
+  const char* member;
+  const char* title;
+};
+
+constexpr Line kClockLines[] = {
+    {"utc", "utc"},       {"local", "local"},   {"tz", "tz"},           {"speed", "speed"},
+    {"uptime", "uptime"}, {"timers", "timers"}, {"next", "next timer"}, {"note", "note"},
+};
+
+constexpr Line kStatusLines[] = {
+    {"plugin", "plug-in"},       {"variant", "variant"}, {"network", "network"},
+    {"ntpClient", "ntp client"}, {"clients", "clients"}, {"socket", "socket"},
+    {"state", "state"},          {"version", "version"},
+};
+
+void printMembers(const Json& object, std::span<const Line> lines, std::ostream& out) {
+  for (const Line& line : lines) printMember(object, line.member, line.title, out);
+}
+
+// Compared as text: what a host of another version writes there may be any number.
+std::string levelText(const Json& entry) {
+  std::string number = member(entry, "level");
+  for (std::size_t level = 0; level < kLevels.size(); ++level) {
+    if (number == std::to_string(level)) return kLevels[level];
+  }
+  return number;
+}
+
+void printLogEntry(const Json& entry, std::ostream& out) {
+  out << member(entry, "time") << ' ' << padded(levelText(entry), 8) << ' '
+      << member(entry, "component") << ' ' << member(entry, "text");
+  if (!member(entry, "file").empty()) {
+    out << " (" << member(entry, "file") << ':' << member(entry, "line") << ')';
+  }
+  out << '\n';
+}
+
+}  // namespace
+
+void printNothing(const Json&, std::ostream&) {}
+
+void printCall(const Json& answer, std::ostream& out) {
+  const auto reply = answer.find("reply");
+  if (reply == answer.end()) return;
+  for (const auto& [name, value] : reply->items()) {
+    out << oneLine(name) << '=' << textOf(value) << '\n';
+  }
+}
+
+void printEvent(const Json& event, std::ostream& out) {
+  out << member(event, "event");
+  const Json parameters = event.value("parameters", Json::object());
+  for (const auto& [name, value] : parameters.items()) {
+    out << ' ' << oneLine(name) << '=' << textOf(value);
+  }
+  out << std::endl;  // people and pipes see it when it comes
+}
+
+void printValue(const Json& answer, std::ostream& out) {
+  out << member(answer, "value") << '\n';
+}
+
+void printKeys(const Json& answer, std::ostream& out) {
+  out << padded("KEY", 26) << padded("VALUE", 28) << padded("SETTABLE", 10) << "STATE\n";
+  for (const Json& row : answer.value("keys", Json::array())) {
+    out << padded(member(row, "key"), 26) << padded(clipped(member(row, "value"), 27), 28)
+        << padded(isTrue(row, "settable") ? "yes" : "no", 10) << member(row, "state") << '\n';
+  }
+}
+
+void printClock(const Json& answer, std::ostream& out) {
+  printMembers(answer, kClockLines, out);
+}
+
+void printStatus(const Json& answer, std::ostream& out) {
+  printClock(answer.value("clock", Json::object()), out);
+  printMembers(answer, kStatusLines, out);
+}
+
+void printLog(const Json& answer, std::ostream& out) {
+  if (!answer.contains("entries")) {
+    if (answer.contains("text")) printLogEntry(answer, out);
+    out.flush();
+    return;
+  }
+  for (const Json& entry : answer["entries"]) printLogEntry(entry, out);
+}
+
+void printSecurityLog(const Json& answer, std::ostream& out) {
+  for (const Json& record : answer.value("records", Json::array())) {
+    const std::string lost = member(record, "lost");
+    if (!lost.empty()) out << "- " << lost << " could not be written\n";
+    const std::string origin = member(record, "origin");
+    out << member(record, "number") << ' ' << member(record, "time") << ' '
+        << (isTrue(record, "failure") ? "refused " : "accepted") << ' '
+        << (origin.empty() ? "device" : origin) << ": " << member(record, "text");
+    const std::string last = member(record, "last");
+    if (!last.empty()) out << " (" << member(record, "count") << " times, last " << last << ')';
+    out << '\n';
+  }
+  printMember(answer, "note", "note", out);
+}
+
+}  // namespace host

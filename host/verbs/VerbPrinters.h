@@ -1,0 +1,20 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "verbs/Json.h"
+
+namespace host {
+
+// How the verbs' answers read (see Verb::print). Members that are missing are left out.
+void printNothing(const Json& answer, std::ostream& out);
+void printCall(const Json& answer, std::ostream& out);   // NAME=VALUE, a line each
+void printEvent(const Json& event, std::ostream& out);   // EVENT NAME=VALUE ...
+void printValue(const Json& answer, std::ostream& out);  // the bare value
+void printKeys(const Json& answer, std::ostream& out);   // a table
+void printClock(const Json& answer, std::ostream& out);
+void printStatus(const Json& answer, std::ostream& out);
+void printLog(const Json& answer, std::ostream& out);  // a whole answer, or one entry of a stream
+void printSecurityLog(const Json& answer, std::ostream& out);
+
+}  // namespace host

@@ -1,0 +1,91 @@
+#include "verbs/WordReader.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "base/PrintableText.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/UsageError.h"
+
+namespace host {
+namespace {
+
+std::string listed(std::span<const std::string_view> words) {
+  std::string list;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (i > 0) list += i + 1 == words.size() ? " or " : ", ";
+    list += words[i];
+  }
+  return list;
+}
+
+}  // namespace
+
+WordReader::WordReader(std::span<const std::string> words, std::string_view usage)
+    : m_words(words), m_usage(usage) {}
+
+void WordReader::require(std::string_view what) const {
+  if (done()) failWithUsage(std::string(what) + " is missing");
+}
+
+const std::string& WordReader::next(std::string_view what) {
+  require(what);
+  return m_words[m_next++];
+}
+
+const std::string& WordReader::choice(std::string_view what,
+                                      std::span<const std::string_view> choices) {
+  if (done()) fail(std::string(what) + " is missing: " + listed(choices));
+  const std::string& word = m_words[m_next++];
+  if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
+    fail(quotedText(word) + " is not " + listed(choices) + suggestion(word, choices));
+  }
+  return word;
+}
+
+int WordReader::integer(std::string_view what) {
+  const std::string& word = next(what);
+  int value = 0;
+  const char* const end = word.data() + word.size();
+  const auto [stop, error] = std::from_chars(word.data(), end, value);
+  if (error != std::errc() || stop != end) {
+    fail(quotedText(word) + " is not a number; " + std::string(what) +
+         " is a decimal integer of 32 bits");
+  }
+  return value;
+}
+
+bool WordReader::accept(std::string_view word) {
+  if (done() || m_words[m_next] != word) return false;
+  ++m_next;
+  return true;
+}
+
+std::span<const std::string> WordReader::rest() {
+  const auto words = m_words.subspan(m_next);
+  m_next = m_words.size();
+  return words;
+}
+
+std::string WordReader::restAsText() {
+  std::string text;
+  for (const std::string& word : rest()) {
+    if (!text.empty()) text += ' ';
+    text += word;
+  }
+  return text;
+}
+
+void WordReader::end() const {
+  if (!done()) failWithUsage(quotedText(m_words[m_next]) + " is one word too many");
+}
+
+void WordReader::fail(const std::string& message) {
+  throw UsageError(message);
+}
+
+void WordReader::failWithUsage(const std::string& message) const {
+  fail(message + " (usage: " + std::string(m_usage) + ")");
+}
+
+}  // namespace host

@@ -1,0 +1,82 @@
+#include "base/DefaultPaths.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <map>
+
+#include "base/Error.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+using Variables = std::map<std::string, std::string>;
+
+Environment environmentOf(const Variables& variables) {
+  return [variables](const char* name) -> std::optional<std::string> {
+    const auto found = variables.find(name);
+    if (found == variables.end()) return std::nullopt;
+    return found->second;
+  };
+}
+
+class BuildTree : public ::testing::Test {
+ protected:
+  BuildTree() { std::ofstream(folder / "CMakeCache.txt") << "cache"; }
+  support::TemporaryFolder folder;
+};
+
+TEST_F(BuildTree, KeepsEverythingWithTheBuild) {
+  for (const char* const program : {"bin/clockhost", "bin/tests/some_test"}) {
+    const DefaultPaths paths = defaultPaths(folder / program, environmentOf({}));
+    EXPECT_EQ(paths.plugin, folder / "lib/libClockService.so");
+    EXPECT_EQ(paths.state, folder / "run/state");
+    EXPECT_EQ(paths.socket, folder / "run/clockhost.sock");
+    EXPECT_EQ(paths.standIns, folder / "bin");
+  }
+}
+
+TEST_F(BuildTree, InstallationBelowItIsAnInstallation) {
+  const DefaultPaths paths =
+      defaultPaths(folder / "install/bin/clockhost", environmentOf({{"HOME", "/home"}}));
+  EXPECT_EQ(paths.plugin, folder / "install/lib/libClockService.so");
+  EXPECT_EQ(paths.state, "/home/.local/state/clockhost");
+}
+
+TEST(InstalledProgram, FollowsTheStateAndRuntimeFolders) {
+  const DefaultPaths paths = defaultPaths(
+      "/opt/clock/bin/clockhost",
+      environmentOf({{"XDG_STATE_HOME", "/s"}, {"XDG_RUNTIME_DIR", "/r"}, {"HOME", "/home"}}));
+  EXPECT_EQ(paths.plugin, "/opt/clock/lib/libClockService.so");
+  EXPECT_EQ(paths.standIns, "/opt/clock/bin");
+  EXPECT_EQ(paths.state, "/s/clockhost");
+  EXPECT_EQ(paths.socket, "/r/clockhost.sock");
+}
+
+TEST(InstalledProgram, WithoutARuntimeFolderTheSocketIsWithTheState) {
+  const DefaultPaths paths =
+      defaultPaths("/opt/clock/bin/clockhost", environmentOf({{"XDG_STATE_HOME", "/s"}}));
+  EXPECT_EQ(paths.socket, "/s/clockhost/clockhost.sock");
+}
+
+TEST(InstalledProgram, RelativeFoldersDoNotCount) {
+  const DefaultPaths paths = defaultPaths(
+      "/opt/clock/bin/clockhost",
+      environmentOf({{"XDG_STATE_HOME", "s"}, {"XDG_RUNTIME_DIR", ""}, {"HOME", "/home"}}));
+  EXPECT_EQ(paths.state, "/home/.local/state/clockhost");
+  EXPECT_EQ(paths.socket, "/home/.local/state/clockhost/clockhost.sock");
+}
+
+TEST(InstalledProgram, WithoutAnyFolderItSaysWhatToSet) {
+  EXPECT_THROW(static_cast<void>(defaultPaths("/opt/clock/bin/clockhost", environmentOf({}))),
+               Error);
+}
+
+TEST(ThisProgram, LiesInABuild) {
+  EXPECT_EQ(defaultPaths().socket.filename(), "clockhost.sock");
+  EXPECT_EQ(defaultPaths().socket.parent_path().filename(), "run");
+}
+
+}  // namespace
+}  // namespace host

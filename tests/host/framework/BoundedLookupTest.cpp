@@ -1,0 +1,222 @@
+#include "framework/BoundedLookup.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "framework/FailedLookups.h"
+#include "support/LogCapture.h"
+#include "support/NoMemory.h"
+
+namespace host {
+namespace {
+
+using namespace std::chrono_literals;
+
+// A resolver that answers when it is told to.
+class SlowResolver {
+ public:
+  std::optional<std::string> resolve() {
+    std::unique_lock lock(m_mutex);
+    ++m_asked;
+    m_changed.notify_all();
+    m_changed.wait(lock, [this] { return m_answering; });
+    ++m_returned;
+    m_changed.notify_all();
+    return "192.0.2.1";
+  }
+  void answer() {
+    const std::lock_guard lock(m_mutex);
+    m_answering = true;
+    m_changed.notify_all();
+  }
+  void awaitReturns(int number) {
+    std::unique_lock lock(m_mutex);
+    EXPECT_TRUE(m_changed.wait_for(lock, 20s, [&] { return m_returned == number; }));
+  }
+  int asked() {
+    const std::lock_guard lock(m_mutex);
+    return m_asked;
+  }
+
+ private:
+  std::mutex m_mutex;
+  std::condition_variable m_changed;
+  bool m_answering = false;
+  int m_asked = 0;
+  int m_returned = 0;
+};
+
+// Each with no memory of the others' names.
+class BoundedLookup : public ::testing::Test {
+ protected:
+  BoundedLookup() { failedLookups().forgetAll(); }
+};
+
+TEST_F(BoundedLookup, GivesTheAnswer) {
+  EXPECT_EQ(boundedLookup("a.example", 20s, [] { return std::optional<std::string>("192.0.2.9"); }),
+            "192.0.2.9");
+  EXPECT_EQ(boundedLookup("b.example", 20s, [] { return std::optional<std::string>(); }),
+            std::nullopt);
+}
+
+TEST_F(BoundedLookup, TakesAFailingResolverForNoAnswer) {
+  const auto fail = []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); };
+  EXPECT_EQ(boundedLookup("c.example", 20s, fail), std::nullopt);
+}
+
+TEST_F(BoundedLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  EXPECT_EQ(boundedLookup("d.example", 1ms, [=] { return resolver->resolve(); }), std::nullopt);
+  resolver->answer();
+  resolver->awaitReturns(1);
+}
+
+TEST_F(BoundedLookup, WaitsBrieflyForAnotherNameWhileTheServerIsSilent) {
+  const support::LogCapture log(3);
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  EXPECT_EQ(boundedLookup("e.example", 1ms, resolve), std::nullopt);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(boundedLookup("f.example", 20s, resolve), std::nullopt);
+  const auto waited = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(waited, kShortWait);
+  EXPECT_LT(waited, 10s);
+  EXPECT_EQ(
+      log.count("name lookup of \"e.example\": no answer within 1 ms; not asked again for 60 s"),
+      1U);
+  EXPECT_EQ(log.count("name lookup of \"f.example\": no answer within 100 ms (a short wait: the "
+                      "name server is not answering); not asked again for 60 s"),
+            1U);
+  resolver->answer();
+  resolver->awaitReturns(2);
+}
+
+TEST_F(BoundedLookup, ProlongsNoSilenceByAShortWait) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  EXPECT_EQ(boundedLookup("k.example", 1ms, resolve), std::nullopt);
+  const auto later = std::chrono::steady_clock::now();
+  EXPECT_TRUE(failedLookups().isSilent(later));
+  EXPECT_EQ(boundedLookup("l.example", 2ms, resolve), std::nullopt);
+  EXPECT_FALSE(failedLookups().isSilent(later + FailedLookups::kKept));
+  resolver->answer();
+  resolver->awaitReturns(2);
+}
+
+// Whether the server counts as silent after a lookup that was too slow has ended with `answer`.
+bool isSilentAfter(const Resolve& answer) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  auto held = std::make_shared<int>();
+  const std::weak_ptr<int> thread = held;
+  auto resolve = [resolver, answer, held = std::move(held)] {
+    (void)resolver->resolve();
+    return answer();
+  };
+  EXPECT_EQ(boundedLookup("m.example", 1ms, std::move(resolve)), std::nullopt);
+  EXPECT_TRUE(failedLookups().isSilent(std::chrono::steady_clock::now()));
+  resolver->answer();
+  const auto deadline = std::chrono::steady_clock::now() + 20s;
+  while (!thread.expired() && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::yield();
+  }
+  EXPECT_TRUE(thread.expired());
+  return failedLookups().isSilent(std::chrono::steady_clock::now());
+}
+
+TEST_F(BoundedLookup, EndsTheSilenceWhenAnyAnswerComesLate) {
+  EXPECT_FALSE(isSilentAfter([] { return std::optional<std::string>("192.0.2.1"); }));
+  failedLookups().forgetAll();
+  EXPECT_FALSE(isSilentAfter([] { return std::nullopt; })) << "there is no such name";
+}
+
+TEST_F(BoundedLookup, KeepsTheSilenceWhenTheResolverGivesUpLate) {
+  EXPECT_TRUE(isSilentAfter(
+      []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); }));
+}
+
+TEST_F(BoundedLookup, DoesNotWaitAgainForASilentServerOnAnotherNetwork) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  EXPECT_EQ(boundedLookup("j.example", 1ms, resolve), std::nullopt);
+  for (int i = 0; i < 2; ++i) {
+    failedLookups().allowAll();
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(boundedLookup("j.example", 20s, resolve), std::nullopt);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
+  }
+  resolver->answer();
+  resolver->awaitReturns(3);
+}
+
+TEST_F(BoundedLookup, AsksAgainWhenAnAddressCameLate) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  EXPECT_EQ(boundedLookup("g.example", 1ms, [=] { return resolver->resolve(); }), std::nullopt);
+  resolver->answer();
+  const auto deadline = std::chrono::steady_clock::now() + 20s;
+  const auto now = [] { return std::optional<std::string>("192.0.2.9"); };
+  while (boundedLookup("g.example", 20s, now) != "192.0.2.9") {
+    ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+  }
+}
+
+TEST_F(BoundedLookup, AsksNoMoreWhileTooManyAreOut) {
+  const auto resolver = std::make_shared<SlowResolver>();
+  const auto resolve = [=] { return resolver->resolve(); };
+  for (int i = 0; i < 3 * kMostLookups; ++i) {
+    EXPECT_EQ(boundedLookup(std::to_string(i) + ".example", 1ms, resolve), std::nullopt);
+  }
+  EXPECT_LE(resolver->asked(), kMostLookups);
+  const auto now = std::chrono::steady_clock::now();
+  EXPECT_TRUE(failedLookups().holds("0.example", now));
+  EXPECT_FALSE(failedLookups().holds("23.example", now)) << "it was not asked for";
+  resolver->answer();
+  resolver->awaitReturns(kMostLookups);
+}
+
+TEST_F(BoundedLookup, NeedsNothingOfALookupThatFoundNoMemory) {
+  const std::string name = "h.example";
+  const Resolve resolve = [] { return std::optional<std::string>("192.0.2.1"); };
+  bool found = false;
+  for (std::size_t after = 0; !found; ++after) {
+    for (int i = 0; i <= kMostLookups; ++i) {
+      const support::NoMemory none(after);
+      found = boundedLookup(name, 20s, resolve).has_value();
+      if (found == support::NoMemory::ranOut()) break;
+    }
+    ASSERT_NE(found, support::NoMemory::ranOut()) << after;
+  }
+}
+
+TEST_F(BoundedLookup, DoesNotAskAgainSoonForANameThatHasFailedAndTellsItOnce) {
+  const support::LogCapture log(4);
+  int asked = 0;
+  const auto lookUp = [&](const char* name, const std::optional<std::string>& address) {
+    return boundedLookup(name, 10s, [&asked, address] {
+      ++asked;
+      return address;
+    });
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(lookUp("nowhere.example", std::nullopt), std::nullopt);
+  EXPECT_EQ(asked, 1);
+  EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
+  EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
+  EXPECT_EQ(asked, 3) << "a name that has an address is asked for each time";
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_EQ(
+      log.count("name lookup of \"nowhere.example\": no address found; not asked again for 60 s"),
+      1U);
+  failedLookups().forgetAll();
+  EXPECT_EQ(lookUp("nowhere.example", "192.0.2.2"), "192.0.2.2");
+}
+
+}  // namespace
+}  // namespace host

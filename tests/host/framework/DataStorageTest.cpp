@@ -1,0 +1,151 @@
+#include "DataStorage.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "clock/VirtualClock.h"
+#include "framework/HostContext.h"
+#include "services/MemoryDataAccess.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+constexpr const char* kSchema = "Schema";
+constexpr const char* kNoItems = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><Settings></Settings>";
+
+std::string document(const std::string& elements) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?><Settings>" + elements + "</Settings>";
+}
+
+class Settings : public testing::Test {
+ protected:
+  Settings() {
+    m_context.add("DataAccessServiceIfc", &m_access);
+    EXPECT_TRUE(m_storage.findDataAccessService());
+  }
+
+  host::VirtualClock m_clock;
+  host::HostContext m_context{m_clock};
+  host::MemoryDataAccess m_access;
+  DataStorage m_storage{m_context, kSchema};
+};
+
+TEST(SettingsWithoutStore, AreEmptyAndRefused) {
+  host::VirtualClock clock;
+  host::HostContext context(clock);
+  DataStorage storage(context, kSchema);
+  EXPECT_FALSE(storage.setDataItem("Key", "value"));
+  EXPECT_EQ(storage.getDataItems("Key"), "");
+  EXPECT_FALSE(storage.findDataAccessService());
+  EXPECT_FALSE(storage.setDataItem("Key", "value"));
+  EXPECT_EQ(storage.getDataItems("Key"), "");
+}
+
+// Something is registered under the name, but it is no store.
+TEST(SettingsWithoutStore, DoNotTakeAnotherServiceForOne) {
+  class Other : public Executable {
+    void init(Context& /*context*/) override {}
+    void shutdown() override {}
+  } other;
+  host::VirtualClock clock;
+  host::HostContext context(clock);
+  context.add("DataAccessServiceIfc", &other);
+  DataStorage storage(context, kSchema);
+  EXPECT_FALSE(storage.findDataAccessService());
+}
+
+TEST_F(Settings, AreInTheStoreUnderTheirSchema) {
+  EXPECT_TRUE(m_storage.setDataItem("Key", "value"));
+  EXPECT_EQ(m_access.getItem(kSchema, "Key"), "value");
+  EXPECT_EQ(m_access.getItem("Other", "Key"), std::nullopt);
+  EXPECT_STREQ(DASUtilsStrings::ClockSettingsSchema, "ClockSettings");
+}
+
+TEST_F(Settings, ComeAsOneDocumentInTheOrderOfTheKeys) {
+  EXPECT_TRUE(m_storage.setDataItem("A", "1"));
+  EXPECT_TRUE(m_storage.setDataItem("B", ""));
+  EXPECT_TRUE(m_storage.setDataItem("C", "3"));
+  EXPECT_EQ(m_storage.getDataItems("B A C"), document("<B></B><A>1</A><C>3</C>"));
+}
+
+TEST_F(Settings, WithoutAValueAreLeftOut) {
+  EXPECT_EQ(m_storage.getDataItems("A B"), kNoItems);
+  EXPECT_EQ(m_storage.getDataItems(""), kNoItems);
+  EXPECT_TRUE(m_storage.setDataItem("B", "2"));
+  EXPECT_EQ(m_storage.getDataItems("A B C"), document("<B>2</B>"));
+}
+
+TEST_F(Settings, AreEscaped) {
+  EXPECT_TRUE(m_storage.setDataItem("A", "<&>\r\n"));
+  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>&lt;&amp;&gt;&#13;\n</A>"));
+}
+
+TEST_F(Settings, AreReplaced) {
+  EXPECT_TRUE(m_storage.setDataItem("A", "1"));
+  EXPECT_TRUE(m_storage.setDataItem("A", "2"));
+  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>2</A>"));
+}
+
+TEST_F(Settings, KeepTheOldValueWhenTheStoreRefuses) {
+  EXPECT_TRUE(m_storage.setDataItem("A", "old"));
+  m_access.refuseSets(0, 1);
+  EXPECT_FALSE(m_storage.setDataItem("A", "new"));
+  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>old</A>"));
+  EXPECT_TRUE(m_storage.setDataItem("A", "new"));
+}
+
+TEST_F(Settings, ThatXmlCannotCarryAreRefused) {
+  const support::LogCapture log;
+  for (const std::string& value : {std::string("\0", 1), std::string("a\x01z"), std::string("\xFF"),
+                                   std::string("\xED\xA0\x80")}) {
+    EXPECT_FALSE(m_storage.setDataItem("A", value));
+  }
+  EXPECT_EQ(m_access.setsAsked(), 0U);
+  EXPECT_TRUE(log.has(3, "setting \"A\" refused: XML cannot carry it")) << log.text();
+}
+
+TEST_F(Settings, AreRefusedUnderAKeyThatIsNoElement) {
+  for (const std::string key : {"", "a b", "<", "1"}) {
+    EXPECT_FALSE(m_storage.setDataItem(key, "value")) << key;
+  }
+}
+
+// As another writer could have left it.
+TEST_F(Settings, ThatXmlCannotCarryDoNotHarmTheOthers) {
+  const support::LogCapture log;
+  EXPECT_TRUE(m_access.setItem(kSchema, "A", "\x02"));
+  EXPECT_TRUE(m_access.setItem(kSchema, "<bad>", "x"));
+  EXPECT_TRUE(m_storage.setDataItem("B", "2"));
+  EXPECT_EQ(m_storage.getDataItems("A <bad> B"), document("<B>2</B>"));
+  EXPECT_TRUE(log.has(3, "setting \"A\" left out: XML cannot carry it")) << log.text();
+}
+
+TEST_F(Settings, AreEmptyWhenTheStoreCannotBeRead) {
+  EXPECT_TRUE(m_storage.setDataItem("A", "1"));
+  m_access.refuseGets(true);
+  EXPECT_EQ(m_storage.getDataItems("A"), kNoItems);
+  m_access.refuseGets(false);
+  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>1</A>"));
+}
+
+TEST(MemoryDataAccess, FailsAsOrdered) {
+  host::MemoryDataAccess access;
+  access.refuseSets(1, 2);
+  EXPECT_TRUE(access.setItem("s", "k", "1"));
+  EXPECT_FALSE(access.setItem("s", "k", "2"));
+  EXPECT_FALSE(access.setItem("s", "k", "3"));
+  EXPECT_TRUE(access.setItem("s", "k2", "4"));
+  EXPECT_EQ(access.getItem("s", "k"), "1");
+  EXPECT_EQ(access.setsAsked(), 4U);
+}
+
+TEST(MemoryDataAccess, KeepsSchemaAndKeyApart) {
+  host::MemoryDataAccess access;
+  EXPECT_TRUE(access.setItem("a", "bc", "1"));
+  EXPECT_TRUE(access.setItem("ab", "c", "2"));
+  EXPECT_EQ(access.getItem("a", "bc"), "1");
+  EXPECT_EQ(access.getItem("ab", "c"), "2");
+}
+
+}  // namespace

@@ -1,0 +1,205 @@
+#include "Logging.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "RejectReason.h"
+#include "clock/VirtualClock.h"
+#include "framework/LogBook.h"
+#include "support/LogCapture.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using host::LogBook;
+
+void log(int level, const std::string& text) {
+  logAppUni("Part", level, "file.cpp", 7, "%s", text.c_str());
+}
+
+class LevelAsBefore : public testing::Test {
+ protected:
+  ~LevelAsBefore() override { LogBook::instance().setLevel(m_before); }
+  const int m_before = LogBook::instance().level();
+};
+
+using Log = LevelAsBefore;
+
+TEST_F(Log, IsAtStartUpNotesByDefault) {
+  EXPECT_EQ(LogBook::kDefaultLevel, 4);
+  LogBook::instance().setLevel(LogBook::kDefaultLevel);
+  EXPECT_TRUE(loggingOnAppUni("any", 4));
+  EXPECT_FALSE(loggingOnAppUni("any", 5));
+  EXPECT_EQ(TraceProfile::GetLevel("any"), 4);
+}
+
+TEST_F(Log, HasSevenLevels) {
+  for (int level = 0; level <= 6; ++level) {
+    LogBook::instance().setLevel(level);
+    EXPECT_EQ(TraceProfile::GetLevel("ClockService"), level);
+    EXPECT_EQ(TraceProfile::GetLevel(nullptr), level);
+    for (int asked = 0; asked <= 6; ++asked) {
+      EXPECT_EQ(loggingOnAppUni("ClockService", asked), asked <= level) << asked << " at " << level;
+    }
+  }
+  LogBook::instance().setLevel(7);
+  EXPECT_EQ(LogBook::instance().level(), 6);
+  LogBook::instance().setLevel(-1);
+  EXPECT_EQ(LogBook::instance().level(), 0);
+}
+
+TEST_F(Log, CarriesAllOfAnEntry) {
+  host::VirtualClock clock;
+  ASSERT_TRUE(clock.setWall(1234s));
+  host::setProcessClock(&clock);
+  const support::LogCapture capture(5);
+  logAppUni("Part", 5, "src/file.cpp", 42, "%d of %s", 3, "four");
+  host::setProcessClock(nullptr);
+  ASSERT_EQ(capture.entries().size(), 1U);
+  const host::LogEntry entry = capture.entries().front();
+  EXPECT_EQ(entry.text, "3 of four");
+  EXPECT_EQ(entry.component, "Part");
+  EXPECT_EQ(entry.level, 5);
+  EXPECT_EQ(entry.file, "src/file.cpp");
+  EXPECT_EQ(entry.line, 42);
+  EXPECT_EQ(entry.wall, 1234s);
+  EXPECT_FALSE(entry.systemLog);
+  EXPECT_GT(entry.number, 0U);
+}
+
+TEST_F(Log, HasTheMachinesTimeWithoutAClock) {
+  const support::LogCapture capture;
+  const auto before = std::chrono::system_clock::now().time_since_epoch();
+  log(1, "x");
+  EXPECT_GE(capture.entries().front().wall, before);
+}
+
+TEST_F(Log, DropsWhatIsAboveTheLevel) {
+  const support::LogCapture capture(2);
+  log(2, "kept");
+  log(3, "dropped");
+  EXPECT_TRUE(capture.has(2, "kept"));
+  EXPECT_FALSE(capture.has("dropped"));
+}
+
+TEST_F(Log, CountsWithoutGaps) {
+  const support::LogCapture capture(1);
+  log(1, "first");
+  log(6, "dropped");
+  log(1, "second");
+  ASSERT_EQ(capture.entries().size(), 2U);
+  EXPECT_EQ(capture.entries()[1].number, capture.entries()[0].number + 1);
+}
+
+TEST_F(Log, KeepsTextsUpToALength) {
+  const support::LogCapture capture;
+  for (const std::size_t length : {0U, 1U, 254U, 255U, 256U, 257U, 1023U, 1024U}) {
+    log(1, std::string(length, 'x'));
+    EXPECT_EQ(capture.entries().back().text, std::string(length, 'x')) << length;
+  }
+}
+
+TEST_F(Log, ClipsLongerTextsAndSaysSo) {
+  const support::LogCapture capture;
+  for (const std::size_t length : {1025U, 4'000'000U}) {
+    log(1, std::string(length, 'x'));
+    EXPECT_EQ(capture.entries().back().text,
+              std::string(1024, 'x') + "... (" + std::to_string(length) + " bytes)");
+  }
+  syslogger_notice("%s", std::string(1025, 'y').c_str());
+  EXPECT_EQ(capture.entries().back().text, std::string(1024, 'y') + "... (1025 bytes)");
+}
+
+TEST_F(Log, ClipsBetweenCharacters) {
+  const support::LogCapture capture;
+  log(1, std::string(1023, 'x') + "\xc3\xbc and more");
+  EXPECT_EQ(capture.entries().back().text, std::string(1023, 'x') + "... (1034 bytes)");
+}
+
+TEST_F(Log, TakesMissingNames) {
+  const support::LogCapture capture;
+  logAppUni(nullptr, 1, nullptr, 0, "text");
+  EXPECT_EQ(capture.entries().front().component, "");
+  EXPECT_EQ(capture.entries().front().file, "");
+}
+
+TEST_F(Log, TakesNoticesForTheSystemLogAtAnyLevel) {
+  const support::LogCapture capture(0);
+  syslogger_notice("start %s", "now");
+  ASSERT_EQ(capture.entries().size(), 1U);
+  EXPECT_TRUE(capture.entries().front().systemLog);
+  EXPECT_EQ(capture.entries().front().text, "start now");
+  EXPECT_EQ(capture.entries().front().level, 4);
+}
+
+// A sink that fails and logs itself.
+class Troublemaker : public host::LogSink {
+ public:
+  void write(const host::LogEntry& /*entry*/) override {
+    ++calls;
+    log(0, "from inside");
+    throw std::runtime_error("on purpose");
+  }
+  int calls = 0;
+};
+
+TEST_F(Log, SurvivesASinkThatFailsAndLogs) {
+  const auto trouble = std::make_shared<Troublemaker>();
+  LogBook::instance().addSink(trouble);
+  const support::LogCapture capture;
+  log(1, "one");
+  log(1, "two");
+  LogBook::instance().removeSink(trouble);
+  log(1, "three");
+  EXPECT_EQ(trouble->calls, 2);
+  EXPECT_EQ(capture.entries().size(), 3U) << "the next sink hears all, and nothing from inside";
+}
+
+TEST_F(Log, KeepsTheOrderForAllThreads) {
+  const support::LogCapture capture(1);
+  const auto write = [] {
+    for (int i = 0; i < 500; ++i) log(1, "x");
+  };
+  std::thread one(write);
+  std::thread two(write);
+  for (int i = 0; i < 20; ++i) {
+    const support::LogCapture another(1);
+    log(1, "y");
+  }
+  one.join();
+  two.join();
+  const auto entries = capture.entries();
+  ASSERT_EQ(entries.size(), 1020U);
+  for (std::size_t i = 1; i < entries.size(); ++i) {
+    ASSERT_EQ(entries[i].number, entries[i - 1].number + 1);
+  }
+}
+
+TEST(LogCapture, PutsTheLevelBack) {
+  const int before = LogBook::instance().level();
+  { const support::LogCapture capture(6); }
+  EXPECT_EQ(LogBook::instance().level(), before);
+}
+
+TEST(LogCapture, WaitsForAnEntry) {
+  const support::LogCapture capture;
+  std::thread writer([] { log(1, "the one that is waited for"); });
+  EXPECT_TRUE(capture.waitForPart("waited"));
+  writer.join();
+  EXPECT_FALSE(capture.waitForPart("another", 0s));
+}
+
+TEST(RejectReason, WritesTheReasonAsText) {
+  std::string text = "old";
+  setRejectReason(rejectReasonOutOfRange, text, "%d is not in %d-%d", 15, 0, 14);
+  EXPECT_EQ(text, "15 is not in 0-14");
+  setRejectReason(rejectReasonNone, text, "%s", std::string(5000, 'x').c_str());
+  EXPECT_EQ(text, std::string(5000, 'x'));
+}
+
+}  // namespace

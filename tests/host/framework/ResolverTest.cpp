@@ -1,0 +1,99 @@
+// Lookups against a resolver of the test's own: it knows one name and does not answer for others.
+
+#include <gtest/gtest.h>
+#include <netdb.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string_view>
+
+#include "NetHelper.h"
+#include "framework/FailedLookups.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// Where a lookup waits until the test is over.
+struct Resolver {
+  std::mutex mutex;  // guards what follows
+  std::condition_variable changed;
+  bool answering = false;
+  bool ended = false;
+  int asked = 0;
+};
+
+Resolver& resolver() {
+  static Resolver& one = *new Resolver;  // the thread that asks may outlive every other object
+  return one;
+}
+
+// Its destructor tells that a thread that asked has ended.
+struct End {
+  End() = default;
+  ~End() {
+    const std::lock_guard lock(resolver().mutex);
+    resolver().ended = true;
+    resolver().changed.notify_all();
+  }
+  End(const End&) = delete;
+  End& operator=(const End&) = delete;
+};
+
+// What a resolver returns when it hears nothing from its servers.
+int giveUpLate() {
+  thread_local const End end;
+  std::unique_lock lock(resolver().mutex);
+  ++resolver().asked;
+  resolver().changed.wait(lock, [] { return resolver().answering; });
+  return EAI_AGAIN;
+}
+
+}  // namespace
+
+// The linker puts the first in the place of getaddrinfo(), which the second then names.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+int __real_getaddrinfo(const char* name, const char* service, const addrinfo* wanted,
+                       addrinfo** found);
+
+int __wrap_getaddrinfo(const char* name, const char* service, const addrinfo* wanted,
+                       addrinfo** found) {
+  if (name != std::string_view("telephone.example")) return giveUpLate();
+  return __real_getaddrinfo("192.0.2.7", service, wanted, found);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
+
+namespace {
+
+TEST(Resolver, IsAskedForNames) {
+  host::failedLookups().forgetAll();
+  char buffer[46] = "untouched";
+  EXPECT_TRUE(NetHelper::dnsLookup("telephone.example", buffer, sizeof buffer, AF_INET));
+  EXPECT_STREQ(buffer, "192.0.2.7");
+}
+
+TEST(Resolver, IsWaitedForASecondAndNotAskedAgainSoon) {
+  host::failedLookups().forgetAll();
+  char buffer[46] = "untouched";
+  const auto begin = Clock::now();
+  EXPECT_FALSE(NetHelper::dnsLookup("time.example.org", buffer, sizeof buffer, 0));
+  const auto waited = Clock::now() - begin;
+  EXPECT_GE(waited, 1s);
+  EXPECT_LT(waited, 10s);  // the machine may be busy
+  EXPECT_STREQ(buffer, "untouched");
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_FALSE(NetHelper::dnsLookup("time.example.org", buffer, sizeof buffer, 0));
+  }
+  std::unique_lock lock(resolver().mutex);
+  EXPECT_EQ(resolver().asked, 1);
+  resolver().answering = true;
+  resolver().changed.notify_all();
+  EXPECT_TRUE(resolver().changed.wait_for(lock, 20s, [] { return resolver().ended; }));
+  EXPECT_TRUE(host::failedLookups().isSilent(Clock::now())) << "no server has answered";
+}
+
+}  // namespace

@@ -1,0 +1,169 @@
+#include "operator/ClockPassages.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+#include "Executable.h"
+#include "base/Error.h"
+#include "clock/VirtualClock.h"
+#include "host/operator/NotingChannel.h"
+#include "support/LogCapture.h"
+
+namespace host {
+namespace {
+
+using namespace std::chrono_literals;
+using Nanoseconds = VirtualClock::Nanoseconds;
+
+constexpr Nanoseconds kCentury = 24h * 36525;
+
+// Expires each second: a century of it takes hours.
+class EverySecond : public Executable {
+ public:
+  explicit EverySecond(VirtualClock& clock)
+      : m_clock(clock), m_timer(clock.createTimer(*this, 1s)) {
+    m_clock.startTimer(m_timer);
+  }
+  void init(Context&) override {}
+  void shutdown() override {}
+  void timerEvent(int) override { m_clock.startTimer(m_timer); }
+
+ private:
+  VirtualClock& m_clock;
+  const int m_timer;
+};
+
+class PassagesOnALoop : public ::testing::Test {
+ protected:
+  ClockMove pass(Nanoseconds duration) {
+    return {[this, duration] { return clock.uptime() + duration; },
+            [] { return std::string("there"); }};
+  }
+
+  std::shared_ptr<NotingChannel> ask(ClockMove move) {
+    auto channel = std::make_shared<NotingChannel>();
+    passages.add(std::move(move), channel);
+    return channel;
+  }
+
+  // What the loop has next. False: nothing.
+  bool turn() {
+    if (tasks.empty()) return false;
+    const auto task = std::move(tasks.front());
+    tasks.pop_front();
+    task();
+    return true;
+  }
+
+  VirtualClock clock;
+  EverySecond owner{clock};
+  std::deque<std::function<void()>> tasks;
+  bool loopIsFull = false;
+  ClockPassages passages{clock,
+                         [this](auto task) {
+                           if (loopIsFull) throw std::bad_alloc();
+                           tasks.push_back(std::move(task));
+                         },
+                         [](const auto& channel, const auto& note) { channel->reply(note); }};
+};
+
+TEST_F(PassagesOnALoop, AShortMoveIsAnsweredAtOnce) {
+  const auto channel = ask(pass(0s));
+  EXPECT_EQ(channel->replies, std::vector<std::string>{"there"});
+  EXPECT_TRUE(tasks.empty());
+}
+
+TEST_F(PassagesOnALoop, ALongMoveLeavesTheLoopToOthersAfterEachSlice) {
+  const auto channel = ask(pass(kCentury));
+  EXPECT_EQ(channel->holds, 1);
+  for (int slice = 0; slice < 3; ++slice) {
+    const Nanoseconds before = clock.uptime();
+    ASSERT_EQ(tasks.size(), 1U);
+    EXPECT_TRUE(turn());
+    EXPECT_GT(clock.uptime(), before);
+    EXPECT_LT(clock.uptime(), kCentury);
+  }
+  EXPECT_TRUE(channel->replies.empty());
+}
+
+TEST_F(PassagesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
+  const auto channel = ask(pass(kCentury));
+  channel->isWanted = false;
+  const Nanoseconds before = clock.uptime();
+  EXPECT_TRUE(turn());
+  EXPECT_FALSE(turn());
+  EXPECT_EQ(clock.uptime(), before);
+  EXPECT_TRUE(channel->replies.empty());
+}
+
+TEST_F(PassagesOnALoop, MovesOfTwoClientsComeOneAfterTheOther) {
+  const auto first = ask(pass(kCentury));
+  const auto second = ask(pass(10s));
+  EXPECT_TRUE(turn());
+  EXPECT_TRUE(second->replies.empty());
+  first->isWanted = false;
+  const Nanoseconds before = clock.uptime();
+  while (turn()) continue;
+  EXPECT_EQ(second->replies, std::vector<std::string>{"there"});
+  EXPECT_EQ(clock.uptime(), before + 10s);
+}
+
+TEST_F(PassagesOnALoop, WhatAMoveThrowsIsItsRefusalAndTheNextOneGoesOn) {
+  const auto first = ask(pass(kCentury));
+  const auto second = ask({[]() -> Nanoseconds { throw Error("no way"); }, {}});
+  const auto third = ask(pass(0s));
+  first->isWanted = false;
+  while (turn()) continue;
+  EXPECT_EQ(second->replies, std::vector<std::string>{R"({"ok":false,"error":"no way"})"});
+  EXPECT_EQ(third->replies, std::vector<std::string>{"there"});
+}
+
+TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopTakesNoTaskAndTheNextMoveIsMade) {
+  loopIsFull = true;
+  const auto first = ask(pass(kCentury));
+  EXPECT_EQ(first.use_count(), 1) << "its end refuses the request";
+  const auto second = ask(pass(0s));
+  EXPECT_EQ(second->replies, std::vector<std::string>{"there"});
+  loopIsFull = false;
+  const auto third = ask(pass(kCentury));
+  const auto fourth = ask(pass(0s));
+  loopIsFull = true;
+  EXPECT_TRUE(turn());
+  EXPECT_EQ(third.use_count() + fourth.use_count(), 2);
+}
+
+TEST_F(PassagesOnALoop, AreGivenUpWithALineThatCountsThem) {
+  const auto line = [this](int moves) {
+    for (int i = 0; i < moves; ++i) ask(pass(kCentury));
+    const support::LogCapture log;
+    loopIsFull = true;
+    turn();
+    loopIsFull = false;
+    return log.text();
+  };
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "1 move of the clock is given up: no memory is left",
+                      line(1));
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "2 moves of the clock are given up: no memory is left",
+                      line(2));
+}
+
+TEST_F(PassagesOnALoop, AMoveWithoutMemoryIsGivenUpWithoutAnAnswer) {
+  const auto channel = ask({[]() -> Nanoseconds { throw std::bad_alloc(); }, {}});
+  EXPECT_TRUE(channel->replies.empty());
+  EXPECT_EQ(channel.use_count(), 1);
+}
+
+TEST(ClockPassages, WithoutALoopAMoveRunsToItsEnd) {
+  VirtualClock clock;
+  EverySecond owner(clock);
+  std::string said;
+  ClockPassages passages(clock, {}, [&](const auto&, const std::string& note) { said = note; });
+  passages.add({[] { return Nanoseconds(1h); }, [] { return std::string("there"); }},
+               std::make_shared<NotingChannel>());
+  EXPECT_EQ(said, "there");
+  EXPECT_EQ(clock.uptime(), 1h);
+}
+
+}  // namespace
+}  // namespace host

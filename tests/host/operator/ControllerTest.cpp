@@ -1,0 +1,202 @@
+#include "operator/Controller.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "MgmtAgentIfc.h"
+#include "clock/VirtualClock.h"
+#include "framework/FailedLookups.h"
+#include "host/operator/NotingChannel.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "scenario/ScenarioDevice.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+
+namespace host {
+namespace {
+
+// A telephone with the built plug-in, powered on.
+class ControlledTelephone : public ::testing::Test {
+ protected:
+  Json ask(const char* request) { return telephone.request(Json::parse(request)); }
+
+  std::string errorOf(const char* request) {
+    const Json answer = ask(request);
+    EXPECT_EQ(answer.at("ok"), false) << request;
+    return answer.value("error", std::string());
+  }
+
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+};
+
+TEST_F(ControlledTelephone, RefusesRequestsThatLackWhatTheyNeed) {
+  const std::pair<const char*, const char*> wrong[] = {
+      {"{}", "\"verb\" that is a text"},
+      {R"({"verb":5})", "\"verb\" that is a text"},
+      {R"({"verb":"gett"})", "did you mean \"get\"?"},
+      {R"({"verb":"call"})", "unknown verb \"call\""},
+      {R"({"verb":"get"})", "\"key\" that is a text"},
+      {R"({"verb":"get","key":5})", "\"key\" that is a text"},
+      {R"({"verb":"set","key":"time"})", "\"value\" that is a text"},
+      {R"({"verb":"clock"})", "\"action\" that is a text"},
+      {R"({"verb":"clock","action":"fly"})", "no action \"fly\""},
+      {R"({"verb":"clock","action":"speed","speed":"-1"})", "is not a speed"},
+      {R"({"verb":"clock","action":"speed","speed":1})", "\"speed\" that is a text"},
+      {R"({"verb":"clock","action":"advance"})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":"5"})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":true})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":1.5})", "\"seconds\" that is a number"},
+      {R"({"verb":"clock","action":"advance","seconds":-1})", "0 to 3155760000"},
+      {R"({"verb":"clock","action":"advance","seconds":3155760001})", "0 to 3155760000"},
+      {R"({"verb":"clock","action":"advance","seconds":18446744073709551615})", "0 to 3155760000"},
+      {R"({"verb":"clock","action":"jump","seconds":7258118400})", "0 to 7258118399"},
+      {R"({"verb":"clock","action":"to","landmark":"noon"})", "no place \"noon\""},
+      {R"({"verb":"inject"})", "\"what\" that is a text"},
+      {R"({"verb":"inject","what":"rain"})", "nothing known as \"rain\""},
+      {R"({"verb":"inject","what":"jack","plug":5})", "\"status\" that is a number"},
+      {R"({"verb":"inject","what":"jack","plug":2147483648,"status":1})", "to 2147483647"},
+      {R"({"verb":"inject","what":"value","key":"k"})", "\"value\" that is a text"},
+      {R"({"verb":"inject","what":"user-data","value":"on"})", "\"key\" that is a text"},
+      {R"({"verb":"inject","what":"user-data","key":"k","value":"yes"})",
+       "\"yes\" is not on or off"},
+      {R"({"verb":"security-log","after":"5"})", "\"after\" that is a number"},
+      {R"({"verb":"security-log","after":-1})", "\"after\" that is a number"},
+  };
+  for (const auto& [request, part] : wrong) {
+    const std::string error = errorOf(request);
+    EXPECT_NE(error.find(part), std::string::npos) << request << " -> " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << request;
+  }
+}
+
+TEST_F(ControlledTelephone, ClipsALongPlaceInTheError) {
+  const std::string place(70'000, 'a');
+  const std::string request = R"({"verb":"clock","action":"to","landmark":")" + place + R"("})";
+  const std::string error = errorOf(request.c_str());
+  EXPECT_LT(error.size(), 150U) << error;
+  EXPECT_NE(error.find("...\" (70000 bytes)"), std::string::npos) << error;
+}
+
+TEST_F(ControlledTelephone, RefusesWhatIsNoJsonObject) {
+  Controller controller(telephone.device(), {});
+  for (const std::string& text :
+       {std::string(), std::string("get time"), std::string("[]"), std::string("5"),
+        std::string("{\"verb\":\"get\""), std::string("{\"verb\":\"\xff\"}"),
+        std::string(1 << 20, '['), std::string("{\"verb\":\"status\"}{")}) {
+    const auto channel = std::make_shared<NotingChannel>();
+    controller.handle({text, channel});
+    ASSERT_EQ(channel->replies.size(), 1U) << text.substr(0, 40);
+    EXPECT_EQ(Json::parse(channel->replies[0]).at("ok"), false) << text.substr(0, 40);
+  }
+}
+
+TEST_F(ControlledTelephone, RefusesAMemberThatComesTwiceAndMoreThanAnyRequestHolds) {
+  Controller controller(telephone.device(), {});
+  std::string many;
+  for (int i = 0; i < 10'000; ++i) many += ",\"" + std::to_string(i) + "\":0";
+  const std::pair<std::string, std::string> wrong[] = {
+      {R"({"verb":"status","verb":"reset"})", "holds \\\"verb\\\" twice"},
+      {R"({"verb":"status")" + many + "}", "more than 64 members"}};
+  for (const auto& [text, part] : wrong) {
+    const auto channel = std::make_shared<NotingChannel>();
+    controller.handle({text, channel});
+    ASSERT_EQ(channel->replies.size(), 1U);
+    EXPECT_NE(channel->replies[0].find(part), std::string::npos) << channel->replies[0];
+  }
+}
+
+TEST_F(ControlledTelephone, DoesNotBeginWhatNobodyWantsAnyMore) {
+  Controller controller(telephone.device(), {});
+  const auto channel = std::make_shared<NotingChannel>();
+  channel->isWanted = false;
+  controller.handle({R"({"verb":"set","key":"date-format","value":"2"})", channel});
+  controller.handle({R"({"verb":"inject","what":"value","key":"k","value":"v"})", channel});
+  EXPECT_EQ(controller.perform({{"verb", "get"}, {"key", "date-format"}}).at("value"), "0");
+  EXPECT_FALSE(telephone.device().management().value("k"));
+}
+
+// Copying such a member, or writing it out again, would take more stack than there is.
+TEST_F(ControlledTelephone, RefusesWhatIsDeep) {
+  Controller controller(telephone.device(), {});
+  constexpr std::size_t kDepth = 500'000;
+  const std::string deep = std::string(kDepth, '[') + std::string(kDepth, ']');
+  const auto channel = std::make_shared<NotingChannel>();
+  controller.handle({R"({"verb":"log","follow":)" + deep + "}", channel});
+  ASSERT_EQ(channel->replies.size(), 1U);
+  EXPECT_EQ(Json::parse(channel->replies[0]).at("ok"), false);
+}
+
+// Notes, in the order in which they come, that an agent was told of a change and that the client
+// was answered.
+struct ToldAndAnswered : NotingChannel, MgmtAgentIfc {
+  bool reply(std::string_view /*json*/) override {
+    order.emplace_back("answered");
+    return true;
+  }
+  bool setData(ManageableData& /*record*/) override { return false; }
+  bool getData(ManageableData& /*record*/) override { return false; }
+  void manageableDataChanged(ManageableData& /*record*/) override { order.emplace_back("told"); }
+  bool resetUserData() override { return false; }
+
+  std::vector<std::string> order;
+};
+
+TEST_F(ControlledTelephone, AnswersAnInjectOnceItHasHappened) {
+  Device& device = telephone.device();
+  Controller controller(device, {});
+  const std::pair<const char*, const char*> injects[] = {
+      {"interface-status", R"({"verb":"inject","what":"network","value":"down"})"},
+      {"dhcp-enabled", R"({"verb":"inject","what":"dhcp","value":"true"})"},
+      {"mobility-user-data-update", R"({"verb":"inject","what":"mobility","value":"user"})"},
+      {"any", R"({"verb":"inject","what":"value","key":"any","value":"x"})"},
+  };
+  for (const auto& [key, request] : injects) {
+    const auto client = std::make_shared<ToldAndAnswered>();
+    device.managementThread().run(
+        [&, name = key] { device.management().observeData(name, client.get()); });
+    std::promise<void> gate;
+    device.managementThread().post([opened = gate.get_future().share()] { opened.wait(); });
+    controller.handle({request, client});
+    EXPECT_TRUE(client->order.empty()) << "nothing has happened yet";
+    gate.set_value();
+    for (int i = 0; i < 3; ++i) device.managementThread().run([] {});
+    EXPECT_EQ(client->order, (std::vector<std::string>{"told", "answered"})) << key;
+    device.managementThread().run([&] { device.management().dropAgents(); });
+  }
+}
+
+TEST_F(ControlledTelephone, AsksForFailedNamesAgainOnAnotherNetwork) {
+  const FailedLookups::Instant now = std::chrono::steady_clock::now();
+  failedLookups().forgetAll();
+  ASSERT_TRUE(failedLookups().add("time.example", now));
+  failedLookups().setUnanswered("time.example");
+  EXPECT_EQ(ask(R"({"verb":"inject","what":"network","value":"down"})").at("ok"), true);
+  EXPECT_FALSE(failedLookups().holds("time.example", now));
+  EXPECT_TRUE(failedLookups().isSilent(now)) << "a client could make the host wait each time";
+  failedLookups().forgetAll();
+}
+
+TEST_F(ControlledTelephone, ValuesMayHoldAnyCharacter) {
+  EXPECT_EQ(ask(R"({"verb":"set","key":"ntp-secret","value":"a\"<&>\n"})").at("ok"), true);
+  EXPECT_EQ(ask(R"({"verb":"get","key":"ntp-secret"})").at("value"), "a\"<&>\n");
+}
+
+TEST_F(ControlledTelephone, AnswersEveryVerbOfTheHost) {
+  for (const char* const verb : {"keys", "status", "log", "security-log"}) {
+    const Json answer = telephone.request({{"verb", verb}});
+    EXPECT_EQ(answer.at("ok"), true) << verb;
+  }
+  const Json status = telephone.request({{"verb", "status"}});
+  EXPECT_EQ(status.at("network"), "down");
+  EXPECT_EQ(status.at("ntpClient"), "not running");
+  EXPECT_EQ(status.at("variant"), 0);
+  EXPECT_EQ(status.at("clock").at("speed"), "paused");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,272 @@
+// What the host answers to get, set, keys, log and security-log when keys and values are long, or
+// are no text at all: one line that can be read, in a reply that reaches the client.
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "Logging.h"
+#include "ManageableData.h"
+#include "MgmtAgentIfc.h"
+#include "base/PrintableText.h"
+#include "clock/VirtualClock.h"
+#include "host/operator/NotingChannel.h"
+#include "operator/HostActions.h"
+#include "remote/Frame.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "scenario/ScenarioDevice.h"
+#include "services/LocalManagement.h"
+#include "services/MemoryDataAccess.h"
+#include "services/SecurityLog.h"
+#include "verbs/KeyCatalogue.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
+constexpr std::size_t kLongestError = 1200;  // bytes: a few lines of a terminal
+
+// A clock whose every key has the value that the test wants.
+class PlayedClock final : public MgmtAgentIfc {
+ public:
+  bool setData(ManageableData& record) override {
+    return record.interogate(record.getRootId(), value);
+  }
+  bool getData(ManageableData& record) override {
+    if (throws) throw std::runtime_error("a clock that fails");
+    record.populate(record.getRootId(), value);
+    return true;
+  }
+  void manageableDataChanged(ManageableData& /*record*/) override {}
+  bool resetUserData() override { return false; }
+
+  std::string value;
+  bool throws = false;
+};
+
+// A telephone with the built plug-in, powered on.
+class ManagedTelephone : public ::testing::Test {
+ protected:
+  Json set(const std::string& key, const std::string& value) {
+    return telephone.request({{"verb", "set"}, {"key", key}, {"value", value}});
+  }
+  Json get(const std::string& key) { return telephone.request({{"verb", "get"}, {"key", key}}); }
+
+  // Lets the test answer in the place of the clock.
+  void playTheClock(const std::string& value) {
+    played.value = value;
+    ASSERT_TRUE(telephone.device().management().registerAgent("ClockMgmtId", &played));
+  }
+
+  PlayedClock played;
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+};
+
+std::string errorIn(const Json& answer) {
+  EXPECT_EQ(answer.at("ok"), false);
+  std::string error = answer.value("error", std::string());
+  EXPECT_LE(error.size(), kLongestError);
+  EXPECT_EQ(escapedLine(error), error);
+  return error;
+}
+
+TEST_F(ManagedTelephone, ClipsTheKeyThatItDoesNotKnow) {
+  const std::string key(kMebibyte, 'k');
+  const std::string error = "no key \"" + std::string(80, 'k') + "...\" (1048576 bytes)";
+  EXPECT_EQ(errorIn(get(key)), error);
+  EXPECT_EQ(errorIn(set(key, "1")), error);
+}
+
+TEST_F(ManagedTelephone, ClipsTheValueThatItRefuses) {
+  EXPECT_EQ(errorIn(set("daylight-save", std::string(kMebibyte, 'v'))),
+            "\"daylight-save\" refused \"" + std::string(80, 'v') +
+                "...\" (1048576 bytes); it takes true or false");
+}
+
+TEST_F(ManagedTelephone, RefusesInOneLineWhateverTheWordsHold) {
+  EXPECT_EQ(errorIn(set("daylight-save", "y\ne\x1b[1ms")),
+            "\"daylight-save\" refused \"y\\ne\\x1B[1ms\"; it takes true or false");
+  EXPECT_EQ(errorIn(get("a\nb")), "no key \"a\\nb\"");
+  EXPECT_EQ(errorIn(telephone.request({{"verb", "x\ny"}})), "unknown verb \"x\\ny\"");
+  EXPECT_EQ(errorIn(telephone.request({{"verb", "inject"}, {"what", "r\n"}})),
+            "nothing known as \"r\\n\" can happen to the device");
+}
+
+TEST(Refusal, IsOneShortLineWhateverItIsMadeOf) {
+  const auto channel = std::make_shared<NotingChannel>();
+  answerRefusal(channel, "a\nb\xff" + std::string(kMebibyte, 'x'));
+  ASSERT_EQ(channel->replies.size(), 1U);
+  EXPECT_EQ(errorIn(Json::parse(channel->replies[0])),
+            "a\\nb\\xFF" + std::string(996, 'x') + "... (1048580 bytes)");
+}
+
+TEST_F(ManagedTelephone, SaysThatAValueIsTooLongForAReply) {
+  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
+  const std::string error = errorIn(get("ntp-secret"));
+  EXPECT_EQ(error, "the answer has 1048617 bytes; a reply holds at most 1048571");
+}
+
+TEST_F(ManagedTelephone, AnswersWithTheLongestValueThatAReplyHolds) {
+  const std::size_t around = jsonText({{"ok", true}, {"key", "ntp-secret"}, {"value", ""}}).size();
+  const std::string longest(kMaxPayload - around, 's');
+  ASSERT_EQ(set("ntp-secret", longest).at("ok"), true);
+  EXPECT_EQ(get("ntp-secret").at("value"), longest);
+  ASSERT_EQ(set("ntp-secret", longest + 's').at("ok"), true);
+  EXPECT_EQ(get("ntp-secret").at("ok"), false);
+}
+
+TEST_F(ManagedTelephone, ListsItsKeysWithLongValuesClipped) {
+  const std::string longest(1024, 's');
+  ASSERT_EQ(set("ntp-secret", longest).at("ok"), true);
+  EXPECT_EQ(telephone.request({{"verb", "keys"}}).at("keys")[6].at("value"), longest);
+  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
+  const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
+  ASSERT_EQ(keys.size(), 16U);
+  EXPECT_EQ(keys[6].at("value"), longest + "... (1048576 bytes)");
+}
+
+TEST_F(ManagedTelephone, ListsItsSecurityLogWithLongTextsClipped) {
+  ASSERT_EQ(set("date-format", "1").at("ok"), true);
+  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
+  const Json answer = telephone.request({{"verb", "security-log"}});
+  ASSERT_EQ(answer.at("records").size(), 2U);
+  EXPECT_EQ(answer.at("records")[0].at("text"), "ClockSettings set data date-format(1)");
+  const std::string text = answer.at("records")[1].at("text");
+  EXPECT_EQ(text.substr(4096), "... (1048611 bytes)");
+}
+
+TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
+  SecurityLog& log = telephone.device().securityLog();
+  for (std::int64_t i = 0; i <= SecurityLog::kSets; ++i) {
+    const std::string text = std::to_string(i) + std::string(i < 4000 ? 4080 : 1, 'x');
+    log.record(1, 4, 1, 5, 3, false, text, "", "");
+  }
+  std::int64_t last = 1;  // the bound has taken it
+  Json answer = {{"after", 0}};
+  while (answer.contains("after")) {
+    const std::int64_t after = answer["after"];
+    answer = telephone.request({{"verb", "security-log"}, {"after", after}});
+    ASSERT_LE(jsonText(answer).size(), kMaxPayload);
+    ASSERT_FALSE(answer.at("records").empty());
+    for (const Json& record : answer["records"]) ASSERT_EQ(record.at("number"), ++last);
+    EXPECT_EQ(answer.at("kept"), SecurityLog::kSets);
+    EXPECT_EQ(answer.at("dropped"), 1);
+    EXPECT_EQ(
+        answer.at("note"),
+        "records kept: 5000; older ones gone: 1, as the newest 5000 accepted sets, 2500 other "
+        "accepted ones and 2500 refused ones stay; a loss of power may take the latest records, "
+        "the end of the "
+        "host does not");
+  }
+  EXPECT_EQ(last, SecurityLog::kSets + 1);
+}
+
+TEST_F(ManagedTelephone, AnswersForASecurityLogWithoutRecords) {
+  EXPECT_EQ(telephone.request({{"verb", "security-log"}}), (Json{{"ok", true},
+                                                                 {"records", Json::array()},
+                                                                 {"kept", 0},
+                                                                 {"dropped", 0},
+                                                                 {"unwritten", 0}}));
+  telephone.device().securityLog().record(1, 4, 1, 5, 3, false, "a", "", "");
+  const Json answer = telephone.request({{"verb", "security-log"}});
+  EXPECT_EQ(answer.at("kept"), 1);
+  EXPECT_FALSE(answer.contains("after")) << answer;
+  EXPECT_EQ(answer.at("note"),
+            "a loss of power may take the latest records, the end of the host does not");
+}
+
+TEST_F(ManagedTelephone, ListsItsKeysInTheOrderOfTheTableAndAsSettableAsTheyAre) {
+  const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
+  ASSERT_EQ(keys.size(), managementKeys().size());
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const ManagementKey& row = managementKeys()[i];
+    EXPECT_EQ(keys[i].at("key"), row.key);
+    const std::string value(row.settable ? row.example : "1");
+    EXPECT_EQ(set(std::string(row.key), value).at("ok"), keys[i].at("settable")) << row.key;
+  }
+}
+
+TEST_F(ManagedTelephone, SaysThatNoClockAnswers) {
+  telephone.device().management().dropAgents();
+  EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; no clock answers");
+  EXPECT_EQ(errorIn(set("time", "x")), "\"time\" cannot be set; no clock answers");
+  EXPECT_EQ(errorIn(get("tim")), "no key \"tim\"; did you mean \"time\"?");
+}
+
+TEST_F(ManagedTelephone, SaysWhereToLookWhenTheClockFailsToRead) {
+  playTheClock("");
+  played.throws = true;
+  EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; `clockctl log` tells why");
+}
+
+TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
+  MemoryDataAccess store;
+  DeviceOptions options;
+  options.store = &store;
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, options};
+  const auto set = [&](const char* key, const char* value) {
+    return telephone.request({{"verb", "set"}, {"key", key}, {"value", value}});
+  };
+  ASSERT_EQ(set("daylight-save", "true").at("ok"), true);
+  store.refuseSets(0, SIZE_MAX);
+  for (const auto& [key, value] : {std::pair{"date-format", "1"},
+                                   {"sntp-addr", "192.0.2.1"},
+                                   {"ntp-secret", "s"},
+                                   {"sntp-tz-offset", "-5"},
+                                   {"daylight-save", "false"},
+                                   {"daylight-save-zone-index", "9"}}) {
+    EXPECT_EQ(errorIn(set(key, value)),
+              quotedText(key) + " could not be stored; `clockctl log` tells why");
+  }
+  EXPECT_EQ(errorIn(set("daylight-save", "yes")),
+            "\"daylight-save\" refused \"yes\"; it takes true or false");
+  EXPECT_EQ(errorIn(set("daylight-save-zone-text", "x")),
+            "\"daylight-save-zone-text\" cannot be set");
+}
+
+TEST_F(ManagedTelephone, ShowsBytesThatAreNoTextAsReplacementCharacters) {
+  playTheClock("a\xff\xc3z");
+  EXPECT_EQ(get("time").at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
+  const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
+  ASSERT_EQ(keys.size(), 16U);
+  for (const Json& row : keys) EXPECT_EQ(row.at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
+}
+
+TEST_F(ManagedTelephone, ShowsTheNewestEntriesOfALongLogAndOfAllOfThoseThatFit) {
+  constexpr int kWritten = 800;       // more bytes than a frame holds
+  const std::string text(1000, '"');  // two bytes each in JSON
+  telephone.powerOn();
+  for (int i = 0; i < kWritten; ++i) logAppUni("long", 2, "f", i, "%s", text.c_str());
+  const Json entries = telephone.request({{"verb", "log"}}).at("entries");
+  std::vector<int> lines;
+  for (const Json& entry : entries) {
+    if (entry.at("component") == "long") lines.push_back(entry.at("line"));
+  }
+  ASSERT_GT(lines.size(), kMebibyte / text.size() / 6);
+  ASSERT_LT(lines.size(), kWritten);
+  int line = kWritten - static_cast<int>(lines.size());
+  for (const int shown : lines) EXPECT_EQ(shown, line++);
+}
+
+TEST_F(ManagedTelephone, ShowsLogsWhoseTextsAreNoText) {
+  telephone.device().securityLog().record(1, 4, 1, 5, 3, true, "k\xff(v\xff)", "\xff", "\xff");
+  logAppUni("k\xff", 2, "f\xff", 1, "%s", "v\xff");
+  const Json records = telephone.request({{"verb", "security-log"}}).at("records");
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_EQ(records[0].at("text"), "k\xEF\xBF\xBD(v\xEF\xBF\xBD)");
+  const Json entries = telephone.request({{"verb", "log"}}).at("entries");
+  std::size_t shown = 0;  // another thread may log something after it
+  for (const Json& entry : entries) {
+    if (entry.at("component") != "k\xEF\xBF\xBD") continue;
+    EXPECT_EQ(entry.at("text"), "v\xEF\xBF\xBD");
+    ++shown;
+  }
+  EXPECT_EQ(shown, 1U);
+}
+
+}  // namespace
+}  // namespace host

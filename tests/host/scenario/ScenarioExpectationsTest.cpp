@@ -1,0 +1,131 @@
+// Each expectation beside a telephone of which it is true, and beside one of which it is almost
+// true: what passes wrongly is a test of somebody that can never fail.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "runtime/Plugin.h"
+#include "scenario/EventExpectation.h"
+#include "scenario/Scenario.h"
+#include "scenario/ScenarioRunner.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+// What a scenario says: "passed", or the line that failed and why.
+std::string resultOf(const std::string& text) {
+  static Plugin plugin{CLOCK_PLUGIN};
+  const support::TemporaryFolder folder;
+  const auto file = folder / "s";
+  std::ofstream(file) << text;
+  std::ostringstream errors;
+  if (ScenarioRunner(plugin, errors).run(file) == ScenarioRunner::passed) return "passed";
+  return errors.str().substr(file.string().size() + 1);
+}
+
+struct Case {
+  const char* steps;
+  const char* met;
+  const char* almostMet;  // the part that differs is as small as can be
+};
+
+// The telephone has 00:00 and date format 0 at the start, and tells each full hour.
+const Case kCases[] = {
+    {"", "expect get date-format 0", "expect get date-format 00"},
+    {"set daylight-save-minutes 30\n", "expect get daylight-save-minutes 30",
+     "expect get daylight-save-minutes 3"},
+    {"set daylight-save-minutes 30\n", "expect get daylight-save-minutes 30",
+     "expect get daylight-save-minutes 300"},
+    {"set daylight-save-minutes 30\n", "expect get daylight-save-minutes 30",
+     "expect get daylight-save-minutes 31"},
+    {"", "expect call getTime getTimeStringReturn=00:00",
+     "expect call getTime getTimeStringReturn=00:0"},
+    {"", "expect call getTime getTimeStringReturn=00:00",
+     "expect call getTime getTimeStringReturn=00:000"},
+    {"clock advance 12h\n",
+     "expect event timeChangeEvent timeChangeEventHours=12 timeChangeEventMinutes=0",
+     "expect event timeChangeEvent timeChangeEventHours=12 timeChangeEventMinutes=1"},
+    {"clock advance 10h\n", "expect event timeChangeEvent timeChangeEventHours=10",
+     "expect event timeChangeEvent timeChangeEventHours=11"},
+    {"clock advance 2h\n", "expect next event timeChangeEvent timeChangeEventHours=1",
+     "expect next event timeChangeEvent timeChangeEventHours=2"},
+    {"clock advance 1h\n", "expect no event timeChangeEvent timeChangeEventHours=2",
+     "expect no event timeChangeEvent timeChangeEventHours=1"},
+    {"clock advance 1h\n", "expect no event dateChangeEvent", "expect no event timeChangeEvent"},
+    {"", "expect no event", "expect next event timeChangeEvent"},
+    // passed over is what was found and what came before it, and no more
+    {"clock advance 3h\nexpect event timeChangeEvent timeChangeEventHours=2\n",
+     "expect next event timeChangeEvent timeChangeEventHours=3",
+     "expect event timeChangeEvent timeChangeEventHours=1"},
+    {"clock advance 3h\nexpect event timeChangeEvent timeChangeEventHours=2\n",
+     "expect event timeChangeEvent timeChangeEventHours=3",
+     "expect event timeChangeEvent timeChangeEventHours=2"},
+    {"clock advance 2h\nexpect next event timeChangeEvent timeChangeEventHours=1\n",
+     "expect next event timeChangeEvent timeChangeEventHours=2",
+     "expect next event timeChangeEvent timeChangeEventHours=1"},
+    {"clock advance 1h\nexpect next event timeChangeEvent\n", "expect no event",
+     "expect next event timeChangeEvent"},
+    {"set daylight-save-zone-index 3\n", "expect report daylight-save-zone-id 3",
+     "expect report daylight-save-zone-id 30"},
+    {"set daylight-save-zone-index 3\nexpect report daylight-save-zone-id 3\n", "expect no report",
+     "expect report daylight-save-zone-id 3"},
+    {"set daylight-save-zone-index 12\n", "expect report daylight-save-zone-id 12",
+     "expect report daylight-save-zone-id 1"},
+    {"", "expect state time 0", "expect state time 1"},
+    {"inject value mac-addr 001122334455\n", "expect value mac-addr 001122334455",
+     "expect value mac-addr 00112233445"},
+    {"", "expect tz LOC00:00", "expect tz LOC00:0"},
+    {"", "expect file setupTZ.sh \"#!/bin/sh\\n\\nexport TZ=LOC00:00\\n\\n\"",
+     "expect file setupTZ.sh \"#!/bin/sh\\n\\nexport TZ=LOC00:00\\n\""},
+    {"", "expect no file /data/none", "expect no file setupTZ.sh"},
+    {"", "expect refused set daylight-save yes", "expect refused set daylight-save true"},
+    {"", "expect refused call nothing", "expect refused call getTime"},
+};
+
+TEST(ScenarioExpectations, HoldForWhatIsSoAndForNothingBesideIt) {
+  for (const Case& each : kCases) {
+    const std::string steps = each.steps;
+    EXPECT_EQ(resultOf(steps + each.met), "passed") << steps << each.met;
+    const auto line = std::to_string(std::count(steps.begin(), steps.end(), '\n') + 1);
+    const std::string result = resultOf(steps + each.almostMet);
+    EXPECT_EQ(result.rfind(line + ": expected ", 0), 0U)
+        << steps << each.almostMet << ": " << result;
+  }
+}
+
+TEST(ScenarioExpectations, TheFailureTellsAllThatWasExpected) {
+  EXPECT_EQ(
+      resultOf("expect event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2"),
+      "1: expected event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2, "
+      "came none\n");
+}
+
+TEST(ScenarioExpectations, TheFailureListsTheLastFiveThatCame) {
+  EXPECT_EQ(listed({}), "none");
+  EXPECT_EQ(listed({"a"}), "a");
+  EXPECT_EQ(listed({"a", "b", "c", "d", "e"}), "a; b; c; d; e");
+  EXPECT_EQ(listed({"a", "b", "c", "d", "e", "f"}), "... b; c; d; e; f");
+}
+
+// A line is found once, and is passed over together with those before it.
+TEST(ScenarioExpectations, ALineOfTheLogMustHaveCome) {
+  const std::string steps =
+      "call setDate setDateDay=1 setDateMonth=1 setDateYear=2038\n"
+      "call setDate setDateDay=1 setDateMonth=1 setDateYear=2099\n";
+  EXPECT_EQ(resultOf(steps + "expect log restriction: 2038\nexpect log restriction: 2099"),
+            "passed");
+  for (const char* const wrong : {"expect log restriction: 2038\nexpect log restriction: 2038",
+                                  "expect log restriction: 2099\nexpect log restriction: 2038",
+                                  "expect log restriction: 2099\nexpect log restriction: 2099",
+                                  "expect no event\nexpect log restriction: 2037"}) {
+    EXPECT_EQ(resultOf(steps + wrong).rfind("4: expected a log line with ", 0), 0U) << wrong;
+  }
+}
+
+}  // namespace
+}  // namespace host

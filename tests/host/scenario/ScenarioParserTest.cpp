@@ -1,0 +1,187 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "scenario/Scenario.h"
+#include "scenario/ScenarioWords.h"
+#include "verbs/UsageError.h"
+
+namespace host {
+namespace {
+
+using Words = std::vector<std::string>;
+
+Scenario parsed(const std::string& text) {
+  std::istringstream stream(text);
+  return readScenario(stream);
+}
+
+std::string faultOf(const std::string& text) {
+  try {
+    return "accepted, steps: " + std::to_string(parsed(text).steps.size());
+  } catch (const ScenarioTextError& error) {
+    return error.what();
+  }
+}
+
+TEST(ScenarioWords, RefuseAnEscapeInOneLine) {
+  EXPECT_THAT(faultOf("set \"\\q\""),
+              testing::HasSubstr(R"("\q" is no escape; write \", \\ or \n)"));
+  EXPECT_THAT(faultOf("set \"\\\x16\""), testing::HasSubstr(R"("\\x16" is no escape)"));
+  EXPECT_THAT(faultOf("set \"\\\xFF\""), testing::HasSubstr(R"("\\xFF" is no escape)"));
+}
+
+TEST(ScenarioWords, BlanksQuotesEscapesAndComments) {
+  const std::pair<const char*, Words> accepted[] = {
+      {"", {}},
+      {" \t\r", {}},
+      {"# all of it", {}},
+      {"a b", {"a", "b"}},
+      {"  a\tb  ", {"a", "b"}},
+      {"a b # rest", {"a", "b"}},
+      {"a#b", {"a#b"}},
+      {"\"a b\" c", {"a b", "c"}},
+      {"\"\"", {""}},
+      {"a=\"b c\"d", {"a=b cd"}},
+      {"\"a\\\"b\\\\c\\nd\"", {"a\"b\\c\nd"}},
+      {"\"# no comment\"", {"# no comment"}},
+      {"a\\b", {"a\\b"}},
+  };
+  for (const auto& [line, words] : accepted) EXPECT_EQ(splitScenarioLine(line), words) << line;
+  for (const char* const line : {"\"", "\"a", "a\"", "\"\\", "\"\\\"", "\"\\x\""}) {
+    EXPECT_THROW(static_cast<void>(splitScenarioLine(line)), UsageError) << line;
+  }
+}
+
+TEST(ScenarioParser, LinesAboutTheDevice) {
+  const Scenario scenario = parsed(
+      "# a comment\n"
+      "\n"
+      "variant 3\n"
+      "software-type \"Velmora QEX\"\n"
+      "mac 0001E3a1b2c3\n"
+      "network up\n"
+      "at 2026-03-08T01:59:50-05:00\n");
+  EXPECT_EQ(scenario.device.variant, 3);
+  EXPECT_EQ(scenario.device.softwareType, "Velmora QEX");
+  EXPECT_EQ(scenario.device.mac, "0001E3a1b2c3");
+  EXPECT_TRUE(scenario.device.networkUp);
+  EXPECT_EQ(scenario.device.at, "2026-03-08T06:59:50+00:00");
+  EXPECT_TRUE(scenario.steps.empty());
+}
+
+TEST(ScenarioParser, StepsKeepTheirLineNumbers) {
+  const Scenario scenario = parsed("variant 3\n\n# two\nget time\n\nrestart\n");
+  ASSERT_EQ(scenario.steps.size(), 2U);
+  EXPECT_EQ(scenario.steps[0].line, 4);
+  EXPECT_EQ(scenario.steps[1].line, 6);
+}
+
+TEST(ScenarioParser, EachKindOfStep) {
+  for (const char* const line :
+       {"call getTime",
+        "call setTimeInt setTime=5",
+        "set sntp-tz-offset -5",
+        "get time",
+        "reset",
+        "keys",
+        "clock advance 10s",
+        "clock to dst",
+        "inject jack 5 1",
+        "status",
+        "log",
+        "security-log",
+        "restart",
+        "power-cut",
+        "file /data/fallback_time.txt text",
+        "file /tmp/votk/x \"\"",
+        "store DateFormat 2",
+        "expect call getTime",
+        "expect call getTime getTimeStringReturn=03:00am",
+        "expect call setTime setTimeHours=1 setTimeMinutes=2 setTimeSeconds=3 setTimeReturn=true",
+        "expect get simple-date \"\"",
+        "expect event timeChangeEvent",
+        "expect event timeChangeEvent timeChangeEventHours=3",
+        "expect next event dateChangeEvent dateChangeEventDay=1",
+        "expect no event",
+        "expect no event dateChangeEvent",
+        "expect file setupTZ.sh text",
+        "expect file /data/x text",
+        "expect no file /data/x",
+        "expect tz LOC-1:00",
+        "expect refused set time x",
+        "expect refused call nothing",
+        "expect report date-format 2",
+        "expect no report",
+        "expect state time 4",
+        "expect value last-restart-date x",
+        "expect log several words"}) {
+    EXPECT_EQ(faultOf(line), "accepted, steps: 1") << line;
+  }
+}
+
+TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"expect call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
+      {"expect get", "KEY is missing (usage: get KEY VALUE)"},
+      {"expect get time", "VALUE is missing (usage: get KEY VALUE)"},
+      {"expect event", "NAME is missing (usage: event NAME [NAME=VALUE ...])"},
+      {"expect next event", "NAME is missing (usage: next event NAME [NAME=VALUE ...])"},
+      {"expect file", "DEVICEPATH is missing (usage: file DEVICEPATH TEXT)"},
+      {"expect file /data/x", "TEXT is missing (usage: file DEVICEPATH TEXT)"},
+      {"expect no file", "DEVICEPATH is missing (usage: no file DEVICEPATH)"},
+      {"expect tz", "TEXT is missing (usage: tz TEXT)"},
+      {"expect report", "KEY is missing (usage: report KEY VALUE)"},
+      {"expect report time", "VALUE is missing (usage: report KEY VALUE)"},
+      {"expect no report x", "\"x\" is one word too many (usage: no report)"},
+      {"expect state", "KEY is missing (usage: state KEY N)"},
+      {"expect state time", "N is missing (usage: state KEY N)"},
+      {"expect value", "KEY is missing (usage: value KEY TEXT)"},
+      {"expect value time", "TEXT is missing (usage: value KEY TEXT)"},
+      {"expect log", "TEXT is missing (usage: log TEXT)"},
+  };
+  for (const auto& [text, error] : rows) EXPECT_EQ(faultOf(text), std::string("1: ") + error);
+}
+
+TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
+  const std::pair<const char*, const char*> rejected[] = {
+      {"varient 3", "1: nothing is known as \"varient\"; did you mean \"variant\"?"},
+      {"variant three", "1: \"three\" is not a number; N is a decimal integer"},
+      {"variant 3 4", "1: \"4\" is one word too many"},
+      {"mac 0001E3A1B2C", "1: \"0001E3A1B2C\" is no address; it has 12 hexadecimal digits"},
+      {"mac 0001E3A1B2CG", "is no address"},
+      {"network maybe", "\"maybe\" is not up or down"},
+      {"at noon", "1: \"noon\" is not an instant; write `2026-03-08T06:59:50Z`"},
+      {"get time\nvariant 3", "2: \"variant\" is about a device that is not on yet"},
+      {"\n\nclock advance 3 parsecs", "3: clock advance: \"3 parsecs\" is not a duration"},
+      {"watch --count 1", "write `expect event`"},
+      {"log --follow", "write `expect event` or `expect log`"},
+      {"restart now", "\"now\" is one word too many"},
+      {"file /etc/passwd x", "\"/etc/passwd\" is no file of the device; it is below /data/"},
+      {"file /data/../etc/passwd x", "is no file of the device"},
+      {"file /data/x", "TEXT is missing"},
+      {"expect", "what is expected is missing"},
+      {"expect evnt timeChangeEvent", "\"evnt\" is nothing to expect; did you mean \"event\"?"},
+      {"expect no get x", "\"no get\" is nothing to expect"},
+      {"expect event timechange", "no event \"timechange\"; did you mean \"timeChangeEvent\"?"},
+      {"expect event timeChangeEvent Hours=3", "\"Hours\" is no parameter of timeChangeEvent"},
+      {"expect event timeChangeEvent 3", "\"3\" is not an argument"},
+      {"expect call getTme", "no method \"getTme\"; did you mean \"getTime\"?"},
+      {"expect call getTime getTimeReturn=1", "did you mean \"getTimeStringReturn\"?"},
+      {"expect get time", "VALUE is missing"},
+      {"expect state time four", "\"four\" is not a number"},
+      {"expect log", "TEXT is missing"},
+      {"expect refused", "VERB is missing (usage: refused VERB ...)"},
+      {"expect refused watch", "nothing refuses to be watched"},
+      {"expect tz LOC-1:00 x", "\"x\" is one word too many"},
+      {"set a \"b", "1: a quote is not closed"},
+  };
+  for (const auto& [text, part] : rejected) {
+    const std::string error = faultOf(text);
+    EXPECT_NE(error.find(part), std::string::npos) << text << " -> " << error;
+  }
+}
+
+}  // namespace
+}  // namespace host

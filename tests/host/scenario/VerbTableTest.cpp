@@ -1,0 +1,156 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "operator/HostActions.h"
+#include "scenario/ScenarioWords.h"
+#include "verbs/UsageError.h"
+#include "verbs/Verb.h"
+
+namespace host {
+namespace {
+
+std::string requestText(const std::string& line) {
+  return requestOf(splitScenarioLine(line)).dump();
+}
+
+std::string refusalOf(const std::string& line) {
+  try {
+    return "accepted: " + requestText(line);
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+}
+
+TEST(VerbTable, NamesAreUniqueAndBeginTheirUsage) {
+  std::set<std::string_view> names;
+  for (const Verb& verb : verbs()) {
+    EXPECT_TRUE(names.insert(verb.name).second) << verb.name;
+    EXPECT_TRUE(verb.usage.starts_with(verb.name)) << verb.usage;
+    EXPECT_NE(verbHelp().find(verb.usage), std::string::npos) << verb.name;
+  }
+}
+
+TEST(VerbTable, HelpIsWrittenForPeople) {
+  EXPECT_EQ(verbHelp(),
+            "  call METHOD [NAME=VALUE ...]\n"
+            "      call the service; NAME:int=VALUE and NAME:string=VALUE say the type\n"
+            "  get KEY\n"
+            "      read a management value\n"
+            "  set KEY VALUE\n"
+            "      write a management value\n"
+            "  reset\n"
+            "      put date and time format back to the device's defaults\n"
+            "  keys\n"
+            "      list the management keys\n"
+            "  watch [--count N]\n"
+            "      show the service's events as they come\n"
+            "  clock [show | speed X | pause | advance DURATION | next | jump UTC | to "
+            "hour|midnight|dst|leap-day|2038]\n"
+            "      show or work the clock\n"
+            "  inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | user-data "
+            "KEY on|off | value KEY TEXT\n"
+            "      let something happen to the device\n"
+            "  status\n"
+            "      tell how the host is\n"
+            "  log [--follow]\n"
+            "      show the application log\n"
+            "  security-log\n"
+            "      list who did or tried what; a loss of power may take the latest\n");
+}
+
+TEST(VerbTable, TheHostActsOnEachControlVerbAndOnNothingElse) {
+  std::size_t control = 0;
+  for (const Verb& verb : verbs()) {
+    const bool acts = findHostAction(verb.name) != nullptr;
+    EXPECT_EQ(acts, verb.route == Verb::Route::control) << verb.name;
+    control += acts ? 1U : 0U;
+  }
+  EXPECT_EQ(hostActions().size(), control);
+}
+
+TEST(VerbTable, WordsBecomeRequests) {
+  const std::pair<const char*, const char*> accepted[] = {
+      {"call getTime", R"({"verb":"call","method":"getTime","arguments":[]})"},
+      {"call unknown a=1", R"({"verb":"call","method":"unknown","arguments":["a=1"]})"},
+      {"call \"\"", R"({"verb":"call","method":"","arguments":[]})"},
+      {"get time", R"({"verb":"get","key":"time"})"},
+      {"get unknown", R"({"verb":"get","key":"unknown"})"},
+      {"set sntp-tz-offset -5", R"({"verb":"set","key":"sntp-tz-offset","value":"-5"})"},
+      {"set ntp-secret \"\"", R"({"verb":"set","key":"ntp-secret","value":""})"},
+      {"reset", R"({"verb":"reset"})"},
+      {"keys", R"({"verb":"keys"})"},
+      {"watch", R"({"verb":"watch","count":0})"},
+      {"watch --count 3", R"({"verb":"watch","count":3})"},
+      {"clock", R"({"verb":"clock","action":"show"})"},
+      {"clock show", R"({"verb":"clock","action":"show"})"},
+      {"clock speed max", R"({"verb":"clock","action":"speed","speed":"max"})"},
+      {"clock pause", R"({"verb":"clock","action":"pause"})"},
+      {"clock advance 2h", R"({"verb":"clock","action":"advance","seconds":7200})"},
+      {"clock next", R"({"verb":"clock","action":"next"})"},
+      {"clock jump 1970-01-01T00:01:00Z", R"({"verb":"clock","action":"jump","seconds":60})"},
+      {"clock to leap-day", R"({"verb":"clock","action":"to","landmark":"leap-day"})"},
+      {"inject jack 5 1", R"({"verb":"inject","what":"jack","plug":5,"status":1})"},
+      {"inject jack 2147483647 -2147483648",
+       R"({"verb":"inject","what":"jack","plug":2147483647,"status":-2147483648})"},
+      {"inject network up", R"({"verb":"inject","what":"network","value":"up"})"},
+      {"inject dhcp 1", R"({"verb":"inject","what":"dhcp","value":"1"})"},
+      {"inject mobility all", R"({"verb":"inject","what":"mobility","value":"all"})"},
+      {"inject user-data date-format off",
+       R"({"verb":"inject","what":"user-data","key":"date-format","value":"off"})"},
+      {"inject value k \"a b\"", R"({"verb":"inject","what":"value","key":"k","value":"a b"})"},
+      {"status", R"({"verb":"status"})"},
+      {"log", R"({"verb":"log","follow":false})"},
+      {"log --follow", R"({"verb":"log","follow":true})"},
+      {"security-log", R"({"verb":"security-log"})"},
+  };
+  for (const auto& [words, request] : accepted)
+    EXPECT_EQ(refusalOf(words), std::string("accepted: ") + request) << words;
+}
+
+TEST(VerbTable, WrongWordsAreNamedInOneLine) {
+  const std::pair<const char*, const char*> rejected[] = {
+      {"", "a verb is missing"},
+      {"gett time", "unknown verb \"gett\"; did you mean \"get\"?"},
+      {"call", "METHOD is missing"},
+      {"call getTime 5", "\"5\" is not an argument"},
+      {"get", "KEY is missing"},
+      {"get a b", "\"b\" is one word too many"},
+      {"set a", "VALUE is missing"},
+      {"reset now", "\"now\" is one word too many"},
+      {"watch 5", "\"5\" is one word too many"},
+      {"watch --count 0", "1 or more"},
+      {"watch --count x", "\"x\" is not a number"},
+      {"clock sped 1", "did you mean \"speed\"?"},
+      {"clock speed", "X is missing"},
+      {"clock speed -1", "\"-1\" is not a speed; write `0` (paused)"},
+      {"clock advance 3 parsecs",
+       "\"3 parsecs\" is not a duration; write `90s`, `15m`, `2h`, `1d` or `00:30:00`"},
+      {"clock advance", "\"\" is not a duration"},
+      {"clock jump tomorrow", "\"tomorrow\" is not an instant; write `2026-03-08T06:59:50Z`"},
+      {"clock to noon", "\"noon\" is not hour, midnight, dst, leap-day or 2038"},
+      {"clock to", "hour, midnight, dst, leap-day or 2038"},
+      {"clock set 5", "\"set\" is not show"},
+      {"inject", "what is to happen is missing: jack, network, dhcp, mobility, user-data or value"},
+      {"inject jack 5", "STATUS is missing"},
+      {"inject jack five 1", "\"five\" is not a number"},
+      {"inject jack 2147483648 1", "\"2147483648\" is not a number"},
+      {"inject jack 1 -2147483649", "\"-2147483649\" is not a number"},
+      {"inject jack 5x 1", "\"5x\" is not a number"},
+      {"inject jack \"\" 1", "\"\" is not a number"},
+      {"inject user-data", "KEY is missing"},
+      {"inject user-data k yes", "\"yes\" is not on or off"},
+      {"inject network maybe", "\"maybe\" is not up or down"},
+      {"log --tail", "\"--tail\" is one word too many"},
+      {"get \xff", "KEY must be UTF-8 text"},
+  };
+  for (const auto& [words, part] : rejected) {
+    const std::string error = refusalOf(words);
+    EXPECT_NE(error.find(part), std::string::npos) << words << " -> " << error;
+    EXPECT_EQ(error.find('\n'), std::string::npos) << words;
+  }
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,76 @@
+#include "verbs/DidYouMean.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "verbs/KeyCatalogue.h"
+#include "verbs/MethodCatalogue.h"
+
+namespace host {
+namespace {
+
+TEST(EditDistance, CountsInsertionsDeletionsReplacementsAndSwaps) {
+  EXPECT_EQ(editDistance("getTime", "getTime"), 0U);
+  EXPECT_EQ(editDistance("AMZ", "amz"), 0U);
+  EXPECT_EQ(editDistance("getTme", "getTime"), 1U);
+  EXPECT_EQ(editDistance("getTiime", "getTime"), 1U);
+  EXPECT_EQ(editDistance("getTine", "getTime"), 1U);
+  EXPECT_EQ(editDistance("getTiem", "getTime"), 1U);
+  EXPECT_EQ(editDistance("", "getTime"), 7U);
+  EXPECT_EQ(editDistance("getTime", ""), 7U);
+}
+
+TEST(EditDistance, LetterCaseDoesNotCount) {
+  EXPECT_EQ(editDistance("GETTIME", "getTime"), 0U);
+}
+
+TEST(EditDistance, TextsOfAnyLengthAreBounded) {
+  EXPECT_LE(editDistance(std::string(1 << 20, 'x'), std::string(1 << 20, 'y')), 256U);
+}
+
+TEST(EditDistance, OnlyTheFirst128LettersCount) {
+  const std::string same(127, 'x');
+  EXPECT_EQ(editDistance(same + 'a', same + 'b'), 1U);
+  EXPECT_EQ(editDistance(same + "xa", same + "xb"), 0U);
+}
+
+TEST(Nearest, FirstOfEquallyNearOnes) {
+  constexpr std::array<std::string_view, 3> kWords = {"bat", "cat", "rat"};
+  EXPECT_EQ(nearest("hat", kWords), "bat");
+}
+
+TEST(Nearest, MethodsAndKeysByTheirMistypedNames) {
+  EXPECT_EQ(nearest("GetTime", remoteMethodNames()), "getTime");
+  EXPECT_EQ(nearest("getTimeInt", remoteMethodNames()), "getTimeInts");
+  EXPECT_EQ(nearest("dateformat", managementKeyNames()), "date-format");
+  EXPECT_EQ(nearest("sntp-adr", managementKeyNames()), "sntp-addr");
+  EXPECT_EQ(nearest("daylight-saving", managementKeyNames()), "daylight-save");
+}
+
+TEST(Suggestion, NamesTheNearest) {
+  EXPECT_EQ(suggestion("tme", managementKeyNames()), "; did you mean \"time\"?");
+  EXPECT_EQ(suggestion("tme", {}), "");
+}
+
+TEST(Suggestion, IsMadeUpToAThirdOfTheLongerWord) {
+  constexpr std::array<std::string_view, 1> kNine = {"abcdefghi"};
+  EXPECT_EQ(suggestion("abcdef", kNine), "; did you mean \"abcdefghi\"?");
+  EXPECT_EQ(suggestion("abcde", kNine), "");
+  EXPECT_EQ(suggestion("abcdefghijkl", kNine), "; did you mean \"abcdefghi\"?");
+  EXPECT_EQ(suggestion("abcdefghijklmn", kNine), "");
+}
+
+TEST(Suggestion, IsMadeForOneWrongLetterOfAShortWord) {
+  constexpr std::array<std::string_view, 1> kTwo = {"on"};
+  EXPECT_EQ(suggestion("om", kTwo), "; did you mean \"on\"?");
+  EXPECT_EQ(suggestion("xy", kTwo), "");
+}
+
+TEST(Suggestion, IsNotMadeForAnUnrelatedWord) {
+  EXPECT_EQ(suggestion("banana", remoteMethodNames()), "");
+  EXPECT_EQ(suggestion(std::string(100'000, 'x'), remoteMethodNames()), "");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,53 @@
+#include "verbs/KeyCatalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
+namespace host {
+namespace {
+
+TEST(ManagementKeyTable, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
+  const auto names = managementKeyNames();
+  EXPECT_EQ(names.size(), 16U);
+  EXPECT_EQ(std::set(names.begin(), names.end()).size(), 16U);
+  std::set<std::string_view> fixed;
+  for (const ManagementKey& row : managementKeys()) {
+    if (!row.settable) fixed.insert(row.key);
+  }
+  EXPECT_EQ(fixed,
+            (std::set<std::string_view>{"daylight-save-zone-list", "daylight-save-zone-text"}));
+}
+
+TEST(ManagementKeyTable, SaysOfEachSettableKeyWhatItTakesAndWhatFollows) {
+  for (const ManagementKey& row : managementKeys()) {
+    EXPECT_EQ(row.values.empty(), !row.settable) << row.key;
+    EXPECT_EQ(row.effect.empty(), !row.settable) << row.key;
+    EXPECT_EQ(row.example.empty(), !row.settable) << row.key;
+    EXPECT_EQ(findManagementKey(row.key), &row) << row.key;
+  }
+  EXPECT_EQ(findManagementKey("Time"), nullptr);
+}
+
+TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
+  const std::string document = managementKeysDocument();
+  for (const ManagementKey& row : managementKeys()) {
+    const std::string key(row.key);
+    const std::string command =
+        row.settable ? "set " + key + ' ' + std::string(row.example) : "get " + key;
+    EXPECT_NE(document.find("- example: `clockctl " + command + "`\n"), std::string::npos) << key;
+  }
+}
+
+TEST(ManagementKeyTable, IsWhatTheDocumentSays) {
+  std::ifstream file(MANAGEMENT_KEYS_DOCUMENT);
+  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(document, managementKeysDocument())
+      << "docs/reference/management-keys.md is to be made anew";
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,99 @@
+#include "verbs/MethodCatalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace host {
+namespace {
+
+TEST(RemoteMethodTable, HoldsTwentyThreeMethodsWithNamesOfTheirOwn) {
+  const auto names = remoteMethodNames();
+  EXPECT_EQ(names.size(), 23U);
+  EXPECT_EQ(std::set(names.begin(), names.end()).size(), 23U);
+  for (const std::string_view name : names) EXPECT_EQ(findRemoteMethod(name)->name, name);
+  EXPECT_EQ(findRemoteMethod("GetTime"), nullptr);
+  EXPECT_EQ(findRemoteMethod(""), nullptr);
+}
+
+TEST(RemoteMethodTable, OnlyOneMethodHasNoReply) {
+  for (const RemoteMethod& method : remoteMethods()) {
+    EXPECT_EQ(method.replies, method.name != "setTimeInt") << method.name;
+    EXPECT_EQ(method.reply.empty(), !method.replies) << method.name;
+  }
+}
+
+TEST(RemoteMethodTable, ParametersBearTheirMethodsName) {
+  for (const RemoteMethod& method : remoteMethods()) {
+    for (const auto& list : {method.request, method.reply}) {
+      for (const MethodParameter& parameter : list) {
+        const bool odd = method.name == "setTimeInt" && parameter.name == "setTime";
+        EXPECT_TRUE(odd || parameter.name.starts_with(method.name)) << parameter.name;
+      }
+    }
+  }
+}
+
+TEST(RemoteMethodTable, HoldsTheFourEvents) {
+  EXPECT_EQ(remoteEventNames().size(), 4U);
+  EXPECT_EQ(findRemoteEvent("timeChangeEvent")->request.size(), 3U);
+  EXPECT_EQ(findRemoteEvent("getTime"), nullptr);
+}
+
+// "`setTimeHours`, `setTimeMinutes` int": a type once, behind all names that have it.
+std::string parameterCell(std::span<const MethodParameter> parameters, const std::string& none) {
+  constexpr std::array<const char*, 3> kTypes = {" int", " string", " bool"};  // as in Type
+  if (parameters.empty()) return none;
+  std::string cell;
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
+    const bool last = i + 1 == parameters.size() || parameters[i + 1].type != parameters[i].type;
+    cell += (i == 0 ? "`" : ", `") + std::string(parameters[i].name) + '`';
+    if (last) cell += kTypes.at(static_cast<std::size_t>(parameters[i].type));
+  }
+  return cell;
+}
+
+// The rows of the table below the heading.
+std::vector<std::string> documentedRows(const std::string& heading) {
+  std::filesystem::path page(MANAGEMENT_KEYS_DOCUMENT);
+  std::ifstream document(page.replace_filename("remote-protocol.md"));
+  std::vector<std::string> rows;
+  bool below = false;
+  for (std::string line; std::getline(document, line);) {
+    if (line.starts_with("## ")) below = line == "## " + heading;
+    if (below && line.starts_with("| `")) rows.push_back(line);
+  }
+  return rows;
+}
+
+TEST(RemoteProtocolPage, HasTheMethodsInTheirOrder) {
+  const auto rows = documentedRows("Methods");
+  ASSERT_EQ(rows.size(), remoteMethods().size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const RemoteMethod& method = remoteMethods()[i];
+    const std::string row = "| `" + std::string(method.name) + "` | " +
+                            parameterCell(method.request, "–") + " | " +
+                            parameterCell(method.reply, "none, ever") + " |";
+    EXPECT_EQ(rows[i].substr(0, row.size()), row);
+  }
+}
+
+TEST(RemoteProtocolPage, HasTheEventsInTheirOrder) {
+  const auto rows = documentedRows("Events");
+  ASSERT_EQ(rows.size(), remoteEvents().size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const RemoteMethod& event = remoteEvents()[i];
+    const std::string row =
+        "| `" + std::string(event.name) + "` | " + parameterCell(event.request, "");
+    EXPECT_EQ(rows[i].substr(0, row.size()), row);
+  }
+}
+
+}  // namespace
+}  // namespace host

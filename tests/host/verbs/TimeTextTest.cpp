@@ -1,0 +1,137 @@
+#include "verbs/TimeText.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "support/ZoneGuard.h"
+
+namespace host {
+namespace {
+
+using std::chrono::seconds;
+
+TEST(TimeText, DurationsOfEachForm) {
+  const std::pair<const char*, std::int64_t> accepted[] = {
+      {"0s", 0},           {"90s", 90},
+      {"15m", 900},        {"2h", 7200},
+      {"1d", 86400},       {"36525d", 3155760000},
+      {"00:00:00", 0},     {"00:30:00", 1800},
+      {"23:59:59", 86399}, {"99:59:59", 359999},
+      {"0001s", 1},        {"3155760000s", 3155760000},
+  };
+  for (const auto& [text, expected] : accepted) {
+    EXPECT_EQ(parseDuration(text), seconds(expected)) << text;
+  }
+}
+
+TEST(TimeText, DurationsOneStepOutside) {
+  for (const char* const text : {"",
+                                 "s",
+                                 "90",
+                                 "3 parsecs",
+                                 "90 s",
+                                 " 90s",
+                                 "90s ",
+                                 "-1s",
+                                 "+1s",
+                                 "1.5h",
+                                 "1w",
+                                 "36526d",
+                                 "3155760001s",
+                                 "99999999999999999999s",
+                                 "00:60:00",
+                                 "00:00:60",
+                                 "0:30:00",
+                                 "000:30:00",
+                                 "00:30",
+                                 "00:30:00s",
+                                 "0x10s",
+                                 "00-30-00"}) {
+    EXPECT_EQ(parseDuration(text), std::nullopt) << text;
+  }
+}
+
+TEST(TimeText, InstantsOfEachForm) {
+  const std::pair<const char*, std::int64_t> accepted[] = {
+      {"1970-01-01T00:00:00Z", 0},
+      {"2026-03-08T06:59:50Z", 1772953190},
+      {"2026-03-08T06:59:50+00:00", 1772953190},
+      {"2026-03-08T06:59:50-00:00", 1772953190},
+      {"2026-03-08T07:59:50+01:00", 1772953190},
+      {"2026-03-08T01:59:50-05:00", 1772953190},
+      {"2024-02-29T00:00:00Z", 1709164800},
+      {"2038-01-19T03:14:07Z", 2147483647},
+      {"2199-12-31T23:59:59Z", kLastInstant.count()},
+      {"1970-01-01T23:59:00+23:59", 0},
+  };
+  for (const auto& [text, expected] : accepted) {
+    EXPECT_EQ(parseInstant(text), seconds(expected)) << text;
+  }
+}
+
+TEST(TimeText, InstantsOneStepOutside) {
+  for (const char* const text : {"",
+                                 "2026-03-08",
+                                 "2026-03-08T06:59:50",
+                                 "2026-03-08 06:59:50Z",
+                                 "2026-03-08T06:59:50z",
+                                 "2026-03-08T06:59:50Z ",
+                                 " 2026-03-08T06:59:50Z",
+                                 "2026-00-08T06:59:50Z",
+                                 "2026-13-08T06:59:50Z",
+                                 "2026-02-29T00:00:00Z",
+                                 "2026-04-31T00:00:00Z",
+                                 "2026-03-00T00:00:00Z",
+                                 "2026-03-08T24:00:00Z",
+                                 "2026-03-08T06:60:50Z",
+                                 "2026-03-08T06:59:60Z",
+                                 "2026-03-08T06:59:50+24:00",
+                                 "2026-03-08T06:59:50+00:60",
+                                 "2026-03-08T06:59:50+0000",
+                                 "1969-12-31T23:59:59Z",
+                                 "1970-01-01T00:00:00+00:01",
+                                 "2200-01-01T00:00:00Z",
+                                 "2026-3-8T06:59:50Z"}) {
+    EXPECT_EQ(parseInstant(text), std::nullopt) << text;
+  }
+}
+
+TEST(TimeText, Speeds) {
+  for (const auto& [text, expected] :
+       {std::pair("0", 0.0), std::pair("1", 1.0), std::pair("0.5", 0.5), std::pair("3600", 3600.0),
+        std::pair("1000000000", 1e9)}) {
+    EXPECT_EQ(parseSpeed(text), expected) << text;
+  }
+  EXPECT_TRUE(std::isinf(parseSpeed("max").value_or(0)));
+  for (const char* const text : {"", "-1", "-0", "nan", "inf", "fast", "1x", " 1", "1000000001"}) {
+    EXPECT_EQ(parseSpeed(text), std::nullopt) << text;
+  }
+}
+
+TEST(TimeText, SpeedsReadBack) {
+  EXPECT_EQ(speedText(0), "paused");
+  EXPECT_EQ(speedText(1), "1");
+  EXPECT_EQ(speedText(0.5), "0.5");
+  EXPECT_EQ(speedText(HUGE_VAL), "max");
+}
+
+TEST(TimeText, InstantsArePrintedInBothForms) {
+  EXPECT_EQ(instantText(seconds(1772953190)), "2026-03-08T06:59:50Z");
+  EXPECT_EQ(longInstantText(seconds(1772953190)), "2026-03-08T06:59:50+00:00");
+}
+
+TEST(TimeText, LocalTimeNamesItsZone) {
+  const support::ZoneGuard zone("LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00");
+  EXPECT_EQ(localText(1772953199), "2026-03-08 01:59:59 (LOC, UTC-05:00)");
+  EXPECT_EQ(localText(1772953200), "2026-03-08 03:00:00 (DST, UTC-04:00)");
+}
+
+TEST(TimeText, DurationsArePrintedWithDaysOnlyWhenThereAreSome) {
+  EXPECT_EQ(durationText(seconds(0)), "00:00:00");
+  EXPECT_EQ(durationText(seconds(86399)), "23:59:59");
+  EXPECT_EQ(durationText(seconds(86400 + 3723)), "1d 01:02:03");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,161 @@
+#include "verbs/VerbPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "verbs/JsonText.h"
+
+namespace host {
+namespace {
+
+std::string printed(void (*print)(const Json&, std::ostream&), const char* json) {
+  std::ostringstream out;
+  print(Json::parse(json), out);
+  return out.str();
+}
+
+TEST(VerbPrinters, ReplyParametersInTheirOrder) {
+  EXPECT_EQ(printed(printCall, R"({"reply":{"b":"x y","a":-5,"c":true,"d":""}})"),
+            "b=x y\na=-5\nc=true\nd=\n");
+  EXPECT_EQ(printed(printCall, R"({"reply":{}})"), "");
+}
+
+TEST(VerbPrinters, EventsOnOneLine) {
+  EXPECT_EQ(printed(printEvent, R"({"event":"e","parameters":{"hours":3,"zone":"LOC"}})"),
+            "e hours=3 zone=LOC\n");
+}
+
+TEST(VerbPrinters, ValuesAsTheyAre) {
+  EXPECT_EQ(printed(printValue, R"({"value":"two words"})"), "two words\n");
+  EXPECT_EQ(printed(printValue, R"({"value":""})"), "\n");
+}
+
+// DEL, and U+009B, which starts what a terminal obeys as ESC [ does.
+TEST(VerbPrinters, NothingThatATerminalObeys) {
+  const char* const shown = "\"\xC3\xBC\\u007f\\u009b2J\"";
+  const std::string value =
+      "\xC3\xBC\x7F\xC2\x9B"
+      "2J";
+  EXPECT_EQ(printed(printValue, Json{{"value", value}}.dump().c_str()), shown + std::string("\n"));
+  EXPECT_EQ(printed(printCall, Json{{"reply", {{"a", value}}}}.dump().c_str()),
+            "a=" + std::string(shown) + '\n');
+  EXPECT_EQ(
+      printed(printEvent, Json{{"event", "e"}, {"parameters", {{"a", value}}}}.dump().c_str()),
+      "e a=" + std::string(shown) + '\n');
+  EXPECT_EQ(jsonLine(value), shown);
+  EXPECT_EQ(Json::parse(jsonLine(value)), value);
+}
+
+// Each member that has a place in a line, with a text that a terminal obeys.
+TEST(VerbPrinters, NoMemberReachesATerminalAsItIs) {
+  const Json bad = "\x1B[2J\n";
+  Json row;
+  for (const char* const name :
+       {"key", "value", "settable", "state", "number", "time", "failure", "origin", "text", "count",
+        "last", "lost", "level", "component", "file", "line"})
+    row[name] = bad;
+  const Json rows = Json::array({row});
+  const Json named = {{"\x1B[2J", bad}};
+  const Json answer = {{"value", bad},   {"keys", rows},   {"records", rows},    {"entries", rows},
+                       {"note", bad},    {"utc", bad},     {"plugin", bad},      {"event", bad},
+                       {"clock", named}, {"reply", named}, {"parameters", named}};
+  for (const auto print : {printCall, printEvent, printValue, printKeys, printClock, printStatus,
+                           printLog, printSecurityLog}) {
+    const std::string text = printed(print, answer.dump().c_str());
+    EXPECT_EQ(text.find('\x1B'), std::string::npos) << jsonLine(text);
+    EXPECT_NE(text.find("\\u001b[2J"), std::string::npos) << jsonLine(text);
+  }
+}
+
+// What another program, or another version, may answer.
+TEST(VerbPrinters, RowsOfAnotherShapeAreShownAsFarAsTheyGo) {
+  const std::string blank(54, ' ');
+  EXPECT_EQ(printed(printKeys, R"({"keys":[1,{"settable":"no"}]})"),
+            "KEY                       VALUE                       SETTABLE  STATE\n" + blank +
+                "no        \n" + blank + "no        \n");
+  EXPECT_EQ(printed(printSecurityLog, R"({"records":[7]})"), "  accepted device: \n");
+}
+
+TEST(VerbPrinters, KeysAsATable) {
+  EXPECT_EQ(printed(printKeys, R"({"keys":[{"key":"time","value":"now","settable":true,"state":4},
+                                           {"key":"x","value":null,"settable":false,"state":0}]})"),
+            "KEY                       VALUE                       SETTABLE  STATE\n"
+            "time                      now                         yes       4\n"
+            "x                                                     no        0\n");
+}
+
+TEST(VerbPrinters, LongValuesFillTheirColumnAndNoMore) {
+  const auto value = [](const std::string& text) {
+    const Json answer = {{"keys", {{{"key", "k"}, {"value", text}, {"state", 0}}}}};
+    const std::string table = printed(printKeys, answer.dump().c_str());
+    return table.substr(table.find('\n') + 1 + 26);
+  };
+  EXPECT_EQ(value(std::string(27, 'x')), std::string(27, 'x') + " no        0\n");
+  EXPECT_EQ(value(std::string(28, 'x')), std::string(24, 'x') + "... no        0\n");
+  EXPECT_EQ(value(std::string(23, 'x') + "\xC3\xBC___"),
+            std::string(23, 'x') + "...  no        0\n");
+  EXPECT_EQ(value("two\nlines"), "\"two\\nlines\"" + std::string(16, ' ') + "no        0\n");
+}
+
+TEST(VerbPrinters, LogEntriesAreOneLineEach) {
+  const char* const entry =
+      R"({"number":1,"time":"2016-06-16T00:00:00Z","level":5,"component":"ClockService",
+          "text":"a\nb","file":"f.cpp","line":7})";
+  EXPECT_EQ(printed(printLog, entry),
+            "2016-06-16T00:00:00Z info     ClockService \"a\\nb\" (f.cpp:7)\n");
+  EXPECT_EQ(printed(printLog, R"({"entries":[]})"), "");
+}
+
+TEST(VerbPrinters, LevelsWithoutANameAreShownAsTheyAre) {
+  const std::pair<std::string, std::string> levels[] = {
+      {"0", "fatal"}, {"6", "trace"}, {"7", "7"}, {"-1", "-1"}, {"9e9", "9000000000.0"}};
+  for (const auto& [level, text] : levels) {
+    const std::string entry = R"({"time":"T","component":"c","level":)" + level + "}";
+    EXPECT_EQ(printed(printLog, (R"({"entries":[)" + entry + "]}").c_str()).find("T " + text + " "),
+              0U)
+        << level;
+  }
+}
+
+TEST(VerbPrinters, SecurityRecordsSayWhoItWasAndWhatWasRefused) {
+  const char* const answer =
+      R"json({"records":[{"number":2,"time":"T","failure":true,"origin":"uid 1, pid 2",
+                          "text":"ClockSettings set data k(v)"}]})json";
+  EXPECT_EQ(printed(printSecurityLog, answer),
+            "2 T refused  uid 1, pid 2: ClockSettings set data k(v)\n");
+}
+
+TEST(VerbPrinters, SecurityRecordsSayWhatIsCountedAndWhatIsMissing) {
+  const char* const answer =
+      R"json({"records":[{"number":5,"lost":2,"time":"T","failure":true,"text":"a","count":3,
+                          "last":"U"}]})json";
+  EXPECT_EQ(printed(printSecurityLog, answer),
+            "- 2 could not be written\n5 T refused  device: a (3 times, last U)\n");
+}
+
+TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
+  const char* const answer =
+      R"json({"records":[{"number":2,"time":"T","failure":false,"text":"a"}],"kept":10000,
+              "dropped":1,"note":"records kept: 10000"})json";
+  EXPECT_EQ(printed(printSecurityLog, answer),
+            "2 T accepted device: a\nnote         records kept: 10000\n");
+}
+
+TEST(VerbPrinters, TheStatusIsTheClockThenTheHost) {
+  EXPECT_EQ(printed(printStatus, R"({"clock":{"utc":"U","next":"N"},"plugin":"p","variant":3,
+                                     "network":"up","ntpClient":"not running","clients":1,
+                                     "socket":"s","state":"f","version":"v"})"),
+            "utc          U\nnext timer   N\nplug-in      p\nvariant      3\nnetwork      up\n"
+            "ntp client   not running\nclients      1\nsocket       s\nstate        f\n"
+            "version      v\n");
+}
+
+TEST(VerbPrinters, TheClockLeavesOutWhatIsNotThere) {
+  EXPECT_EQ(printed(printClock, R"({"utc":"U","speed":"paused","timers":3,"note":"n"})"),
+            "utc          U\nspeed        paused\ntimers       3\nnote         n\n");
+}
+
+}  // namespace
+}  // namespace host

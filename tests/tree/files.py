@@ -1,0 +1,48 @@
+"""Habits that a file keeps or breaks by itself: files.py TREE
+
+No source over 300 lines, no path of the machine it was written on, and no command of ./dev in the
+documents that does not exist.
+"""
+
+import pathlib
+import re
+import sys
+
+MOST_LINES = 300
+SKIPPED = re.compile(r"(^|/)(\.(?!ci/)[^/]+|build|__pycache__)/")
+SOURCES = {".h", ".cpp", ".c", ".py", ".sh", ".bash", ".cmake"}
+HOME_FOLDER = re.compile(r"/(?:home|root|Users)/\w+")
+VERB = re.compile(r"\./dev ([a-z]+)")
+
+
+def files(tree):
+    for path in sorted(tree.rglob("*")):
+        if path.is_file() and not SKIPPED.search(str(path.relative_to(tree))):
+            yield path
+
+
+def faults_of(tree, path, text):
+    lines = text.count("\n")
+    if path.suffix in SOURCES and lines >= MOST_LINES:
+        yield f"{lines} lines, should be under {MOST_LINES}"
+    for place in {str(tree), *HOME_FOLDER.findall(text)}:
+        if place in text:
+            yield f"holds {place}, a path of one machine"
+    if path.suffix == ".md":
+        for verb in sorted(set(VERB.findall(text))):
+            if not (tree / "tools" / "dev" / f"{verb}.sh").exists():
+                yield f"./dev {verb}: no such verb"
+
+
+def main(name):
+    tree = pathlib.Path(name).resolve()
+    wrong = 0
+    for path in files(tree):
+        for fault in faults_of(tree, path, path.read_bytes().decode(errors="replace")):
+            print(f"{path.relative_to(tree)}: {fault}")
+            wrong += 1
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

@@ -1,0 +1,169 @@
+"""What ./dev mutate makes of its words and of the verdicts on its mutants: mutation_run.py TREE"""
+
+import contextlib
+import io
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+# The verdicts, and whether they are good enough. F: found, S: survived, N: does not compile.
+SUMMARIES = [
+    ("F" * 9 + "S", True),
+    ("F" * 8 + "S", False),
+    ("F" * 20 + "N" * 5, True),
+    ("F" * 5 + "N" * 5, True),  # of so few it may be chance
+    ("F" * 20 + "N" * 6, False),
+    ("F" * 100 + "N" * 24, True),
+    ("", False),
+    ("NN", False),
+]
+# The verdicts there are, how many mutants that compile are wanted, and how many are drawn for them.
+DRAWS = [("FNFSNF", 3, "FNFS"), ("NNF", 1, "NNF"), ("NFF", 0, "NFF"), ("NNN", 1, "NNN")]
+WRONG_WORDS = [
+    ["--wat"],
+    ["--help"],
+    ["--count", "-5"],
+    ["--count", "many"],
+    ["--jobs", "0"],
+    ["--see", "1"],
+    ["src/NoSuchFile.cpp"],
+    ["tests/plugin/Telephone.cpp"],
+    ["host/nowhere"],
+    ["host/clo"],
+    ["/"],
+    [""],
+]
+# What is built for each choice: with a program of the one body, and none of the other.
+RIGHT_WORDS = [
+    ([], "clock_unit_test", "host_clock_test"),
+    (["--seed", "2", "--count", "0", "--jobs", "1", "src/Saturate.h"], "clock_unit_test", "clockhost"),
+    (["host/remote", "host/verbs/"], "clockctl", "clock_unit_test"),
+    (["host", "src"], "clock_unit_test host_clock_test", "bench_test"),
+]
+
+
+class Teller:
+    """Tells the verdict that a mutant is."""
+
+    def verdict(self, mutant):
+        return mutant
+
+
+def summaries(mutate, verdict_of):
+    for letters, good in SUMMARIES:
+        if mutate.summary([verdict_of[letter] for letter in letters], 1) != good:
+            yield f"{letters!r}: should be {'good' if good else 'bad'}"
+
+
+def draws(mutate, verdict_of):
+    mutate.show = lambda *_: None
+    for letters, count, expected in DRAWS:
+        mutants = [verdict_of[letter] for letter in letters]
+        made = mutate.drawn(mutants, count, [Teller(), Teller()])
+        if made != mutants[: len(expected)]:
+            yield f"{count} of {letters!r}: {len(made)} drawn, should be {len(expected)}"
+
+
+def broken_workshops(mutate, verdict_of):
+    """Sources that do not compile or pass as they are end the run before its first mutant."""
+    for letter in "FSN":
+        workshop = Teller()
+        workshop.verdict = lambda mutant, letter=letter: verdict_of[letter]
+        try:
+            mutate.check(workshop, mutate.Mutant("src/A.cpp", "", 0, 0, ""))
+            ended = False
+        except SystemExit:
+            ended = True
+        if ended != (letter != "S"):
+            yield f"an unchanged source with verdict {letter}: {'ended' if ended else 'goes on'}"
+
+
+class Build:
+    """One object, one program; compiler and linker do nothing but succeed or fail."""
+
+    def __init__(self, tree, folder, compiler, linker):
+        self.tree, self.folder = tree, folder
+        self.links = {"bin/tests/test": [linker, "-o", "test", "a.o"]}
+        (folder / "bin/tests").mkdir(parents=True)
+        (folder / "bin/tests/test").touch()
+        (folder / "joined.cxx").write_text(f'#include "{tree}/src/Saturate.h"')
+        self.compiler = compiler
+
+    def objects_of(self, path):
+        return ["a.o"]
+
+    def compilation(self, name):
+        return [self.compiler, "-o", name, "-c", f"{self.folder}/joined.cxx"]
+
+
+# Fails for a source that is not the mutant.
+COMPILER = """#!/bin/sh
+file=$(cut -d'"' -f2 "$4") && grep -q mutated "$file"
+"""
+
+
+def verdict_with(mutate, tree, *tools):
+    from running import Program
+
+    with tempfile.TemporaryDirectory() as folder:
+        build = Build(pathlib.Path(tree), pathlib.Path(folder), *tools)
+        judge = Program("bin/tests/test", ("src",))
+        workshop = mutate.Workshop(build, build.folder / "job", [judge])
+        try:
+            return workshop.verdict(mutate.Mutant("src/Saturate.h", "", 0, 0, "mutated"))
+        except mutate.NoLink:
+            return "no link"
+
+
+def broken_tools(mutate, tree):
+    """What does not compile is the mutant's affair, what cannot be linked is not."""
+    for tools, expected in [(("false", "true"), mutate.NO_BUILD), (("true", "false"), "no link")]:
+        verdict = verdict_with(mutate, tree, *tools)
+        if verdict != expected:
+            yield f"compiler and linker {tools}: {verdict}, should be {expected}"
+
+
+def joined_sources(mutate, tree):
+    """A source that the build makes, which includes others, has the mutant in it."""
+    with tempfile.TemporaryDirectory() as folder:
+        compiler = pathlib.Path(folder, "compiler")
+        compiler.write_text(COMPILER)
+        compiler.chmod(0o755)
+        verdict = verdict_with(mutate, tree, str(compiler), "false")
+    if verdict != "no link":
+        yield f"a mutant that another source includes: {verdict}, should have compiled"
+
+
+def words(tree):
+    command = [sys.executable, "-B", f"{tree}/tools/mutate/options.py", tree]
+    for wrong in WRONG_WORDS:
+        result = subprocess.run(command + wrong, capture_output=True, text=True)
+        if result.returncode != 2 or result.stderr.count("\n") != 1 or result.stdout:
+            yield f"{wrong}: exit status {result.returncode}, and it prints {result.stderr!r}"
+    for right, built, unbuilt in RIGHT_WORDS:
+        result = subprocess.run(command + right, capture_output=True, text=True)
+        targets = set(result.stdout.split())
+        if result.returncode != 0 or not targets.issuperset(built.split()) or unbuilt in targets:
+            yield f"{right}: exit status {result.returncode}, and builds {result.stdout!r}"
+
+
+def main(tree):
+    sys.path.insert(0, str(pathlib.Path(tree, "tools/mutate")))
+    import mutate
+    from running import FAILED, PASSED
+    from workshop import NO_BUILD
+
+    verdict_of = {"F": FAILED, "S": PASSED, "N": NO_BUILD}
+    with contextlib.redirect_stdout(io.StringIO()):
+        wrong = [*summaries(mutate, verdict_of), *draws(mutate, verdict_of)]
+    wrong += [*broken_workshops(mutate, verdict_of), *broken_tools(mutate, tree)]
+    wrong += joined_sources(mutate, tree)
+    wrong += words(tree)
+    for line in wrong:
+        print(line)
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
