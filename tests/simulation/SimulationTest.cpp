@@ -97,7 +97,7 @@ std::string simulate(const std::string& words, const std::string& before = "") {
   const std::string command =
       before + CLOCK_SIMULATE " " + words + " >" + file + " 2>&1; echo $? >>" + file;
   EXPECT_EQ(std::system(command.c_str()), 0);  // NOLINT(concurrency-mt-unsafe)
-  const std::string text = support::contentOf(file);
+  std::string text = support::contentOf(file);
   std::filesystem::remove(file);
   return text;
 }

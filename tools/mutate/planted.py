@@ -124,7 +124,7 @@ def steps_until_found(program, most):
         for line in done.stdout:
             found = re.search(r"seed \d+, step (\d+)", line)
             if found:
-                done.kill()
+                done.terminate()
                 done.wait()
                 return run * STEPS_OF_A_RUN + int(found.group(1))
         done.wait()
