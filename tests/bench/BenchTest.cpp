@@ -60,20 +60,20 @@ class BenchRun : public testing::Test {
 
   int run(std::vector<const char*> words) {
     words.insert(words.begin(), "bench");
-    return bench::run(static_cast<int>(words.size()), words.data(), kFigures,
-                      m_folder / "bench.json", m_table);
+    return bench::run(static_cast<int>(words.size()), words.data(), kFigures, folder / "bench.json",
+                      tableText);
   }
 
   [[nodiscard]] nlohmann::json json(const std::string& name = "bench.json") const {
-    return nlohmann::json::parse(std::ifstream(m_folder / name));
+    return nlohmann::json::parse(std::ifstream(folder / name));
   }
-  [[nodiscard]] std::string table() const { return m_table.str(); }
+  [[nodiscard]] std::string table() const { return tableText.str(); }
   [[nodiscard]] bool shows(const std::string& words) const {
     return table().find(words) != std::string::npos;
   }
 
-  const support::TemporaryFolder m_folder;
-  std::ostringstream m_table;
+  const support::TemporaryFolder folder;
+  std::ostringstream tableText;
 };
 
 TEST_F(BenchRun, ExitsWithOneWhenABoundIsExceeded) {
@@ -146,15 +146,15 @@ TEST_F(BenchRun, FailsAFigureThatIsInfinite) {
 }
 
 TEST_F(BenchRun, WritesTheJsonToTheFileThatIsNamed) {
-  const std::string file = m_folder / "other.json";
+  const std::string file = folder / "other.json";
   EXPECT_EQ(run({"--only", "three", "--json", file.c_str()}), 1);
   EXPECT_TRUE(shows("other.json\n")) << table();
   EXPECT_FALSE(json("other.json")["ok"]);
-  EXPECT_FALSE(std::filesystem::exists(m_folder / "bench.json"));
+  EXPECT_FALSE(std::filesystem::exists(folder / "bench.json"));
 }
 
 TEST_F(BenchRun, ThrowsBeforeItMeasuresWhenTheJsonCannotBeWritten) {
-  const std::string file = m_folder / "none/other.json";
+  const std::string file = folder / "none/other.json";
   EXPECT_THROW(run({"--only", "three", "--json", file.c_str()}), std::runtime_error);
   EXPECT_EQ(g_calls, 0);
 }
@@ -173,7 +173,7 @@ TEST_F(BenchRun, RefusesAnUnknownNameAndListsTheKnownOnes) {
   EXPECT_EQ(run({"--only", "four"}), 2);
   const std::string error = testing::internal::GetCapturedStderr();
   EXPECT_NE(error.find("four not in {three,count,"), std::string::npos) << error;
-  EXPECT_FALSE(std::filesystem::exists(m_folder / "bench.json"));
+  EXPECT_FALSE(std::filesystem::exists(folder / "bench.json"));
 }
 
 }  // namespace
