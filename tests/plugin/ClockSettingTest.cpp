@@ -152,11 +152,13 @@ TEST_F(ClockStartedAtItsSavedTime, SetsUtcFromSecondsWithoutAServer) {
 }
 
 TEST_F(ClockStartedAtItsSavedTime, LeavesUtcToTheServerWhenThereIsOne) {
+  telephone.service().handleSNTPClientUpdate(1);
   for (const char* const server : {"192.0.2.1", "time.example.org", "::1", "0.0.0.1"}) {
     telephone.manage("sntp-addr", server);
     service().setTime(1'709'168'523);
     EXPECT_TRUE(log.has(5, std::string("SNTP configured (") + server + ") so time not updated"));
   }
+  EXPECT_TRUE(service().isTimeSourceSntp());
   EXPECT_EQ(now(), "2016-06-16T00:00:00+00:00");
 }
 
@@ -174,6 +176,7 @@ TEST_F(ClockStartedAtItsSavedTime, ShowsTheHandSetTimeAlsoAfterUtcWasSetFromSeco
   service().setTime(6, 7, 8);
   service().setTime(1'709'168'523);
   EXPECT_EQ(telephone.wallSeconds(), 1'709'168'523);
+  EXPECT_TRUE(log.has(5, "UTC set to 2024-02-29T01:02:03+00:00"));
   EXPECT_EQ(service().getTime(), "06:07");
 }
 

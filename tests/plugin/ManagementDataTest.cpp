@@ -190,6 +190,8 @@ TEST_F(ManagedClock, TakesTheSimpleTimeWithoutSeconds) {
                                     {"00:00", "00:00:00"},
                                     {"23x59", "23:59:00"},
                                     {"12:34:56", "12:34:00"},
+                                    {"?1:23", "00:23:00"},
+                                    {"12:???", "12:00:00"},
                                     {"ab:cd", "00:00:00"}}) {
     EXPECT_TRUE(telephone.manage("simple-time", text)) << text;
     EXPECT_EQ(utc(), std::string("2024-03-05T") + shown + "+00:00") << text;

@@ -72,14 +72,17 @@ TEST_F(ClockWithNetworkUp, StartsTheClientWithItsCommandLineAndEnvironment) {
                           "15", "-h", "127.0.0.1", "-4", "MARK=as the service has it"));
 }
 
-TEST_F(ClockWithNetworkUp, LetsTheClientTraceAtLevelSix) {
-  const support::LogCapture traced(6);
-  telephone.switchOn();
-  const auto message = clients.next();
-  ASSERT_EQ(message.size(), 1U + 12U + 1U);
-  EXPECT_EQ(message[11], "-4");
-  EXPECT_EQ(message[12], "-L");
-  EXPECT_TRUE(traced.hasPart(" 127.0.0.1 -4 -L NULL\"\n"));
+TEST_F(ClockWithNetworkUp, LetsTheClientTraceAtLevelSixOnly) {
+  for (const auto& [level, options] : {std::pair{5, "-4 NULL NULL"}, {6, "-4 -L NULL"}}) {
+    const support::LogCapture traced(level);
+    telephone.switchOn();
+    const auto message = clients.next();
+    ASSERT_GE(message.size(), 1U + 12U);
+    EXPECT_EQ(message[12] == "-L", level == 6);
+    EXPECT_TRUE(traced.hasPart(std::string(" 127.0.0.1 ") + options + "\"\n")) << level;
+    telephone.switchOff();
+    EXPECT_NE(clients.nextEnd(), "");
+  }
 }
 
 TEST_F(ClockWithNetworkUp, GivesTheClientTheAddressOfANamedServer) {

@@ -4,8 +4,32 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <ios>
 
+#include "Storage.h"
 #include "plugin/Telephone.h"
+
+namespace {
+
+std::string g_storage;  // the storage opened last: its name, its modes
+
+}  // namespace
+
+// The linker puts this in the place of Storage::init. NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+using Mode = std::ios_base::openmode;
+bool __real__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(Storage*, const char*, Mode, Mode);
+bool __wrap__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(Storage*, const char*, Mode, Mode);
+
+bool __wrap__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(Storage* storage, const char* name,
+                                                     Mode readMode, Mode writeMode) {
+  const bool binary = readMode == (std::ios_base::in | std::ios_base::binary) &&
+                      writeMode == (std::ios_base::out | std::ios_base::binary);
+  g_storage = name + std::string(binary ? ", binary" : ", another mode");
+  return __real__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(storage, name, readMode, writeMode);
+}
+}
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -118,6 +142,7 @@ TEST_F(ClockWithChangingZone, InstallsTheZoneThenTellsObserversThenWritesTheScri
   telephone.observer.onEvent = [&] { seen.push_back(tz() + plugin::zoneScript()); };
   telephone.changeZone("sntp-tz-offset", "-5");
   telephone.observer.onEvent = nullptr;
+  EXPECT_EQ(g_storage, "setupTZ.sh, binary");
   const std::string script = "#!/bin/sh\n\nexport TZ=";
   EXPECT_THAT(seen, ElementsAre("LOC05:00" + script + "LOC00:00\n\n",  // the zone's event
                                 "LOC05:00" + script + "LOC05:00\n\n",

@@ -153,6 +153,7 @@ TEST(TimeZoneText, PartOfAMinuteIsDropped) {
          {-0.025F, off, 60, "", "LOC00:01", -1},
          {0.016F, off, 60, "", "LOC00:00", 0},
          {1.99F, off, 60, "", "LOC-1:59", 119},
+         {1.15F, off, 60, "", "LOC-1:08", 68},  // the float is a little less than 69 minutes
          {-1.99F, off, 60, "", "LOC01:59", -119}});
 }
 
