@@ -59,7 +59,7 @@ class ClockThatIsMoved : public ClockOnWatchedTimers {
   }
 };
 
-TEST_F(ClockThatIsMoved, AnnouncesAMidnightAgainThatAReportTookBack) {
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightAgainAfterAReportMovedTheClockBack) {
   startAt("2030-06-07T23:59:55");
   EXPECT_THAT(heard(seconds{8}), ElementsAre("time 00:00:00", "date 08.06.2030"));
   report(7, 23, 59, 58);  // it was five seconds fast
@@ -76,13 +76,13 @@ TEST_F(ClockThatIsMoved, AnnouncesBothDatesWhenAnotherProgramMovesItBackOverMidn
               ElementsAre("time 23:50:05", "date 07.06.2030", "time 00:00:00", "date 08.06.2030"));
 }
 
-TEST_F(ClockThatIsMoved, AnnouncesADateOnceThatAnotherProgramTookItTo) {
+TEST_F(ClockThatIsMoved, AnnouncesADateSetByAnotherProgramOnce) {
   startAt("2030-06-07T10:30:00");
   move(20, 10, 40, 0);
   EXPECT_THAT(heard(hours{2}), ElementsAre("time 11:10:00", "date 20.06.2030", "time 12:00:00"));
 }
 
-TEST_F(ClockThatIsMoved, AnnouncesADateOnceThatAReportTookItTo) {
+TEST_F(ClockThatIsMoved, AnnouncesADateSetByAReportOnce) {
   startAt("2030-06-07T23:30:00");
   report(8, 0, 10, 0);
   EXPECT_THAT(heard(hours{1}),
@@ -115,15 +115,15 @@ TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenItsTimerIsStoppedByTheMidnight
   EXPECT_THAT(heard(hours{1}), ElementsAre("time 00:00:00", "date 21.06.2030"));
 }
 
-// A time beyond the day's end moves the date; the hour that absorbs its news has the date to tell.
-TEST_F(ClockThatIsMoved, AnnouncesTheDateOfASetTimeThatTheHourAbsorbs) {
+// A time past midnight changes the date. The hour replaces the pending event and announces both.
+TEST_F(ClockThatIsMoved, AnnouncesTheDateWhenTheHourReplacesTheEventOfASetTime) {
   startAt("2030-06-07T22:59:59");
   heard(seconds{1} - microseconds{500});
   service->setTime(25, 0, 0);
   EXPECT_THAT(heard(milliseconds{2}), ElementsAre("time 01:00:01", "date 08.06.2030"));
 }
 
-TEST_F(ClockThatIsMoved, AnnouncesASetDateWithTheHourWhenItHasNoTimer) {
+TEST_F(ClockThatIsMoved, AnnouncesASetDateAtTheHourWithoutADateTimer) {
   timers.refuseFirst(kDateChanged);
   startAt("2030-06-07T22:30:00");
   service->setDate(20, 6, 2030);
@@ -156,8 +156,8 @@ TEST_F(ClockThatIsMoved, AnnouncesNoDateAtTheFirstHourOfTheDayOfItsStart) {
   EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00"));
 }
 
-// Dates that nobody hears count as announced: whoever registers later asks for the date.
-TEST_F(ClockThatIsMoved, TellsALateObserverOfChangesOnly) {
+// Dates count as announced even without observers: a new observer asks for the date itself.
+TEST_F(ClockThatIsMoved, NotifiesALateObserverOfLaterChangesOnly) {
   startAt("2030-06-07T23:30:00");
   service->unobserveTimeEvents(&observer);
   report(8, 0, 10, 0);
@@ -165,7 +165,7 @@ TEST_F(ClockThatIsMoved, TellsALateObserverOfChangesOnly) {
   EXPECT_THAT(heard(minutes{30}), ElementsAre("time 00:40:00"));
 }
 
-// Moved by whatever moves a clock, in a random order that is the same in each run.
+// Moved in every way there is, in a random order with a fixed seed.
 class ClockThatIsMovedAtRandom : public ClockThatIsMoved {
  protected:
   int between(int first, int last) {
@@ -202,8 +202,8 @@ class ClockThatIsMovedAtRandom : public ClockThatIsMoved {
   std::mt19937 m_random{20300607};
 };
 
-// Once a date was set by hand, the system's clock counts no more: that comes last.
-TEST_F(ClockThatIsMovedAtRandom, KnowsTheDateAfterAnHourInPeace) {
+// A date set by hand detaches the clock from the system's: the last rounds alone set dates.
+TEST_F(ClockThatIsMovedAtRandom, HasAnnouncedTheDateAfterAnHourWithoutMoves) {
   startAt("2030-06-07T12:00:00");
   for (int i = 0; i < 2000; ++i) {
     for (int moves = between(1, 4); moves > 0; --moves) {
@@ -216,8 +216,8 @@ TEST_F(ClockThatIsMovedAtRandom, KnowsTheDateAfterAnHourInPeace) {
   }
 }
 
-// The time is read when it changes, and not when the observers are free to hear of it.
-TEST_F(ClockThatIsMoved, TellsTheTimeAtWhichTheHourCameThoughItHadToWait) {
+// The service reads the time at the expiry, before it waits for the observers' lock.
+TEST_F(ClockThatIsMoved, AnnouncesTheTimeOfTheExpiryEvenIfALockDelaysIt) {
   startAt("2030-06-07T22:30:00");
   timers.onCall = nullptr;
   std::unique_ptr<support::WaitingCall> hour;
@@ -234,7 +234,7 @@ TEST_F(ClockThatIsMoved, TellsTheTimeAtWhichTheHourCameThoughItHadToWait) {
 }
 
 // The listener is in the middle of announcing the new date when the hour comes.
-TEST_F(ClockThatIsMoved, AnnouncesADateOnceThatReportAndHourFindAtTheSameTime) {
+TEST_F(ClockThatIsMoved, AnnouncesADateOnceWhenReportAndHourCoincide) {
   startAt("2030-06-07T23:30:00");
   timers.onCall = nullptr;
   std::unique_ptr<support::WaitingCall> hour;

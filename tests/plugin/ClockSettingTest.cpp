@@ -118,7 +118,7 @@ TEST_F(ClockStartedAtItsSavedTime, FollowsTheHandSetTimeAlsoWhenTheSystemsClockC
   EXPECT_EQ(now().substr(0, 4), "1953");
 }
 
-TEST_F(ClockStartedAtItsSavedTime, TellsOfASetTimeAMillisecondLaterWithDateAndTime) {
+TEST_F(ClockStartedAtItsSavedTime, AnnouncesDateAndTimeAMillisecondAfterATimeIsSet) {
   telephone.events.take();
   service().setTime(6, 7, 8);
   EXPECT_THAT(telephone.events.take(), IsEmpty());
@@ -130,7 +130,7 @@ TEST_F(ClockStartedAtItsSavedTime, TellsOfASetTimeAMillisecondLaterWithDateAndTi
   EXPECT_EQ(telephone.stored("FallbackDateTime"), "2016-06-16T06:07:08+00:00");
 }
 
-TEST_F(ClockStartedAtItsSavedTime, TellsOfASetDateAMillisecondLaterWithTheDate) {
+TEST_F(ClockStartedAtItsSavedTime, AnnouncesTheDateAMillisecondAfterADateIsSet) {
   telephone.events.take();
   service().setDate(1, 2, 2003);
   telephone.pass(kSoon);
@@ -151,7 +151,7 @@ TEST_F(ClockStartedAtItsSavedTime, SetsUtcFromSecondsWithoutAServer) {
   EXPECT_EQ(log.count("UTC set to 2024-02-29T01:02:03+00:00"), 3U);
 }
 
-TEST_F(ClockStartedAtItsSavedTime, LeavesUtcToTheServerWhenThereIsOne) {
+TEST_F(ClockStartedAtItsSavedTime, DoesNotSetUtcFromSecondsWithAServer) {
   telephone.service().handleSNTPClientUpdate(1);
   for (const char* const server : {"192.0.2.1", "time.example.org", "::1", "0.0.0.1"}) {
     telephone.manage("sntp-addr", server);
@@ -162,7 +162,7 @@ TEST_F(ClockStartedAtItsSavedTime, LeavesUtcToTheServerWhenThereIsOne) {
   EXPECT_EQ(now(), "2016-06-16T00:00:00+00:00");
 }
 
-TEST_F(ClockStartedAtItsSavedTime, SaysWhenTheSystemRefusesTheSecondsAndForgetsTheServersTime) {
+TEST_F(ClockStartedAtItsSavedTime, LogsThatTheSystemRefusesTheSecondsAndClearsTheServerFlag) {
   telephone.service().handleSNTPClientUpdate(1);
   EXPECT_TRUE(service().isTimeSourceSntp());
   service().setTime(-1);

@@ -1,4 +1,4 @@
-// Everybody at once: management, device values, remote calls, NTP reports, jacks and timers.
+// Concurrent callers: management, device values, remote calls, NTP reports, jacks and timers.
 
 #include <gtest/gtest.h>
 

@@ -80,7 +80,7 @@ TEST_F(ClockWithAbsurdSettings, CountsAnOffsetThatIsNoNumberAsZero) {
   }
 }
 
-TEST_F(ClockWithAbsurdSettings, AnswersEverythingUnderAllOfThem) {
+TEST_F(ClockWithAbsurdSettings, AnswersEveryQuestionUnderEveryCombination) {
   const std::string storage = host::storageFolder();
   host::setStorageFolder("");  // the scripts would take the most of the time
   telephone.switchOn();
@@ -99,7 +99,7 @@ TEST_F(ClockWithAbsurdSettings, AnswersEverythingUnderAllOfThem) {
   host::setStorageFolder(storage);
 }
 
-TEST_F(ClockWithAbsurdSettings, GoesOnThroughDaysUnderEachOffset) {
+TEST_F(ClockWithAbsurdSettings, RunsForDaysUnderEachOffset) {
   telephone.switchOn();
   for (const char* const offset : kOffsets) {
     telephone.changeZone("sntp-tz-offset", offset);
@@ -153,7 +153,7 @@ TEST_F(ClockWithAbsurdSettings, TakesAbsurdTimesAndDates) {
     }
 }
 
-TEST_F(ClockWithAbsurdSettings, GoesOnAtTheEndsOfTime) {
+TEST_F(ClockWithAbsurdSettings, RunsAtTheLimitsOfTime) {
   telephone.switchOn();
   for (const std::int64_t seconds : {std::int64_t{0}, std::int64_t{kHighest},
                                      std::int64_t{kHighest} + 1, std::int64_t{8'000'000'000}}) {

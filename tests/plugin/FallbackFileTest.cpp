@@ -1,4 +1,4 @@
-// The file in which older software kept the fallback time: read once at start-up, then gone.
+// The file in which older software kept the fallback time: read once at start-up, then deleted.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kSaved = "2020-05-05T17:18:19+00:00";
 constexpr const char* kInFile = "2024-02-29T01:02:03+00:00";
 
-// A telephone that has a saved time and is switched on with something in the file's place.
+// A telephone with a saved time, not switched on yet.
 class ClockWithFallbackFile : public testing::Test {
  protected:
   ClockWithFallbackFile() {
@@ -43,12 +43,12 @@ class ClockWithFallbackFile : public testing::Test {
   support::LogCapture log{5};
 };
 
-TEST_F(ClockWithFallbackFile, IsServedFromTheSettingsWithoutOne) {
+TEST_F(ClockWithFallbackFile, UsesTheStoredTimeWithoutAFile) {
   EXPECT_EQ(timeAfterStart(), kSaved);
   EXPECT_TRUE(log.has(5, std::string("init: initial FallbackTime is \"") + kSaved + "\""));
 }
 
-TEST_F(ClockWithFallbackFile, TakesTwentyFiveCharactersOverIntoTheSettings) {
+TEST_F(ClockWithFallbackFile, StoresATokenOf25CharactersInTheSettings) {
   write(kInFile);
   EXPECT_EQ(timeAfterStart(), kInFile);
   EXPECT_EQ(telephone.stored("FallbackDateTime"), kInFile);
@@ -86,7 +86,7 @@ TEST_F(ClockWithFallbackFile, IgnoresAndDeletesAnyOtherContent) {
   EXPECT_FALSE(log.hasPart("restoreFallbackTime"));
 }
 
-TEST_F(ClockWithFallbackFile, StoresTwentyFiveCharactersThatAreNoTimeButDoesNotSetThem) {
+TEST_F(ClockWithFallbackFile, StoresAnInvalidTimeOf25CharactersWithoutSettingTheClock) {
   write(std::string(25, 'x'));
   telephone.jump("2001-01-01T00:00:00");
   EXPECT_EQ(timeAfterStart(), "2001-01-01T00:00:00+00:00");
@@ -111,7 +111,7 @@ TEST_F(ClockWithFallbackFile, DeletesAPipeInItsPlaceWithoutWaitingForAWriter) {
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
-TEST_F(ClockWithFallbackFile, TakesWhatIsInAPipeAndWaitsForNoMore) {
+TEST_F(ClockWithFallbackFile, ReadsWhatAPipeHoldsWithoutWaitingForMore) {
   ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
   const int writer = open(file().c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_EQ(::write(writer, kInFile, 25), 25);
@@ -129,8 +129,8 @@ TEST_F(ClockWithFallbackFile, DeletesADeviceInItsPlace) {
   }
 }
 
-// Neither a token across two readings nor one at the very end is missed.
-TEST_F(ClockWithFallbackFile, LooksForItsTokenInSixteenMebibytes) {
+// Finds a token that spans two reads, and one at the very end.
+TEST_F(ClockWithFallbackFile, SearchesTheFirst16MebibytesForTheToken) {
   constexpr std::size_t kMost = 16 << 20;
   for (const std::size_t blanks : {std::size_t{1000}, kMost - 25}) {
     write(std::string(blanks, ' ') + kInFile + " ");
@@ -148,7 +148,7 @@ TEST_F(ClockWithFallbackFile, IgnoresALinkToNowhere) {
   EXPECT_EQ(timeAfterStart(), kSaved);
 }
 
-// Not root for as long as it lives, so that file permissions count.
+// Drops root's privileges while it lives, so that file permissions apply.
 class AsNobody {
  public:
   AsNobody() { m_changed = geteuid() == 0 && seteuid(65534) == 0; }

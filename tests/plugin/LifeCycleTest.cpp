@@ -1,5 +1,4 @@
-// The service from its construction to its end: what it asks of the framework, in which order, and
-// how it lives with a framework that lacks something.
+// The service from construction to destruction: what it asks of the framework, in which order.
 
 #include <gmock/gmock.h>
 
@@ -86,7 +85,7 @@ TEST_F(RecordingFramework, PassesTheSoftwareTypeToTheSettings) {
   EXPECT_THAT(journal.take(), Contains("observer zone "));
 }
 
-TEST_F(RecordingFramework, TakesEveryTimerBackAtTheEnd) {
+TEST_F(RecordingFramework, SeesEveryTimerDeletedAtTheEnd) {
   management.values["mac-addr"] = "0001E3A1B2C3";
   start(&context);
   context.pass(std::chrono::hours{1});  // now there is a restart timer, too
@@ -106,7 +105,7 @@ TEST_F(RecordingFramework, MayDestroyAServiceThatWasNeverStarted) {
   EXPECT_FALSE(log.hasPart("Cannot open"));
 }
 
-TEST_F(RecordingFramework, GetsNothingFromRunShutdownHookSwitchAndAlarms) {
+TEST_F(RecordingFramework, SeesNoEffectOfRunShutdownHookSwitchAndAlarms) {
   start(&context);
   journal.take();
   std::string alarmTime = "07:00";

@@ -1,5 +1,5 @@
-// Any bytes as key and as value, and a megabyte of them: a refusal or the conversion that the key
-// is known for, and a clock that answers as before.
+// Arbitrary bytes, up to a megabyte, as key and as value: each is refused or converted as the key
+// documents, and the clock keeps answering.
 
 #include <gtest/gtest.h>
 
@@ -35,7 +35,7 @@ const char* const kKeys[] = {"time",
                              "daylight-save-zone-id",
                              "auto-daylight-save"};
 
-// A text from outside, and what the keys make of it.
+// A text from outside, and how the keys read it.
 struct OutsideText {
   const char* name;
   std::string text;
@@ -109,26 +109,26 @@ class ClockUnderAnyBytes : public testing::Test {
   support::LogCapture log{6};
 };
 
-TEST_F(ClockUnderAnyBytes, TakesThemForTheNumbersTheyBeginWith) {
+TEST_F(ClockUnderAnyBytes, ReadsTheirLeadingNumber) {
   for (const char* const key :
        {"date-format", "time-format", "daylight-save-minutes", "time-source"})
     for (const OutsideText& row : outsideTexts())
       expectSet(key, row, row.storable, std::to_string(row.number));
 }
 
-TEST_F(ClockUnderAnyBytes, TakesThemForTheZoneTheyBeginWith) {
+TEST_F(ClockUnderAnyBytes, ReadsTheirLeadingZone) {
   for (const char* const key : {"daylight-save-zone-index", "daylight-save-zone-id"})
     for (const OutsideText& row : outsideTexts())
       expectSet(key, row, row.number >= 0 && row.number <= 14, std::to_string(row.number));
 }
 
-TEST_F(ClockUnderAnyBytes, TakesThemForTheOffsetTheyBeginWith) {
+TEST_F(ClockUnderAnyBytes, ReadsTheirLeadingOffset) {
   for (const OutsideText& row : outsideTexts())
     expectSet("sntp-tz-offset", row, row.offset != nullptr,
               row.offset != nullptr ? row.offset : "");
 }
 
-TEST_F(ClockUnderAnyBytes, KeepsASecretThatCanBeStoredToTheByteAndOverARestart) {
+TEST_F(ClockUnderAnyBytes, KeepsAStorableSecretByteForByteOverARestart) {
   for (const OutsideText& row : outsideTexts()) {
     expectSet("ntp-secret", row, row.storable, row.text);
     if (!row.storable) continue;
@@ -138,7 +138,7 @@ TEST_F(ClockUnderAnyBytes, KeepsASecretThatCanBeStoredToTheByteAndOverARestart) 
   }
 }
 
-TEST_F(ClockUnderAnyBytes, RefusesThemAsFlagAndAddressAndWhereNothingCanBeSet) {
+TEST_F(ClockUnderAnyBytes, RefusesThemAsFlagAsAddressAndForReadOnlyKeys) {
   for (const char* const key : {"daylight-save", "auto-daylight-save", "sntp-addr",
                                 "daylight-save-zone-list", "daylight-save-zone-text"})
     for (const OutsideText& row : outsideTexts()) expectSet(key, row, false, "");
@@ -186,7 +186,7 @@ TEST_F(ClockUnderAnyBytes, CutsADateOutOfThemByPosition) {
   EXPECT_FALSE(telephone.manage("simple-date", std::string(kMebibyte, '9')));  // the year 9999
 }
 
-TEST_F(ClockUnderAnyBytes, LivesThroughThemAsTimeOfDayAndAsDate) {
+TEST_F(ClockUnderAnyBytes, SurvivesThemAsTimeOfDayAndAsDate) {
   for (const char* const format : {"0", "1", "2", "7"}) {
     ASSERT_TRUE(telephone.manage("date-format", format));
     for (const OutsideText& row : outsideTexts())
@@ -199,7 +199,7 @@ TEST_F(ClockUnderAnyBytes, LivesThroughThemAsTimeOfDayAndAsDate) {
   }
 }
 
-TEST_F(ClockUnderAnyBytes, KnowsNoneOfThemAsKey) {
+TEST_F(ClockUnderAnyBytes, RefusesThemAsKeys) {
   for (const OutsideText& row : outsideTexts()) {
     EXPECT_EQ(telephone.managed(row.text), "(refused)") << row.name;
     EXPECT_FALSE(telephone.manage(row.text, row.text)) << row.name;
@@ -208,7 +208,7 @@ TEST_F(ClockUnderAnyBytes, KnowsNoneOfThemAsKey) {
   }
 }
 
-TEST_F(ClockUnderAnyBytes, KnowsNoKeyWithMoreBytesThanItHas) {
+TEST_F(ClockUnderAnyBytes, RefusesKeysWithExtraBytes) {
   for (const char* const key : kKeys)
     for (const std::string& more : {"\0"s, "\n"s, " "s, "\xff"s, std::string(kMebibyte, '-')}) {
       EXPECT_EQ(telephone.managed(key + more), "(refused)") << key;

@@ -48,7 +48,7 @@ TEST_F(ManagedClock, GivesADefaultForEachKey) {
   }
 }
 
-TEST_F(ManagedClock, PopulatesNothingForAKeyThatItDoesNotKnow) {
+TEST_F(ManagedClock, PopulatesNothingForAnUnknownKey) {
   for (const char* const key : {"", "Time", "time ", "date_format", "last-restart-date"}) {
     ManageableData record;
     record.setRootId(key, nullptr);
@@ -208,7 +208,7 @@ TEST_F(ManagedClock, TakesTheTimeAsUtcAndShowsItLocally) {
   EXPECT_EQ(utc(), "2030-12-31T21:30:15+00:00");
 }
 
-TEST_F(ManagedClock, RefusesATimeThatIsNoUtcStringBeforeAnyNotice) {
+TEST_F(ManagedClock, RefusesAnInvalidUtcStringWithoutAClockChangeNotice) {
   for (const char* const text : {"", "???", "now", "2030-12-31T23:30:15",
                                  "2030-02-30T00:00:00+00:00", "2030-12-31T24:00:00+00:00"}) {
     EXPECT_FALSE(telephone.manage("time", text)) << text;

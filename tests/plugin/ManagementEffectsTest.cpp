@@ -117,7 +117,7 @@ TEST_F(ManagedClockOnRecordingParts, TakesARecordWithoutAValueForAnEmptyOne) {
   EXPECT_TRUE(log.has(5, "setData: \"ntp-secret\": \"\""));
 }
 
-TEST_F(ManagedClockOnRecordingParts, SaysNothingOfGetsAndSetsBelowLevelFive) {
+TEST_F(ManagedClockOnRecordingParts, LogsNoGetsAndSetsBelowLevelFive) {
   start();
   const support::LogCapture log(4);
   for (const char* const key : {"time-format", "unknown"}) {
@@ -210,7 +210,7 @@ TEST_F(ManagedClockOnRecordingParts, ResetsBothFormatsAndReportsThem) {
   EXPECT_THAT(journal.take(), IsEmpty());
 }
 
-TEST_F(ManagedClockOnRecordingParts, ResetsOnlyWhatIsTheUsers) {
+TEST_F(ManagedClockOnRecordingParts, ResetsOnlyUserData) {
   store.items["DateFormat"] = "1";
   store.items["TimeFormat"] = "1";
   management.userData["date-format"] = false;
@@ -235,7 +235,7 @@ TEST(ManagedClockOfVariantThree, IsResetToTheDefaultsOfItsVariant) {
   EXPECT_EQ(telephone.managed("time-format"), "1");
 }
 
-// Who is told of the reset may read the new value at once: the management lock is free by then.
+// A listener may read the new value during the report: the management lock is free by then.
 TEST(ManagedClockWithAListener, ReportsAResetWithoutTheManagementLock) {
   plugin::Telephone telephone;
   telephone.switchOn();

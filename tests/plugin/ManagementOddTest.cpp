@@ -1,4 +1,4 @@
-// What is odd in the management of the clock, on purpose: peers in the field count on it.
+// Oddities of the clock's management that are deliberate: peers in the field rely on them.
 
 #include <gmock/gmock.h>
 
@@ -33,7 +33,7 @@ class OddlyManagedClock : public testing::Test {
   support::LogCapture log{5};
 };
 
-TEST_F(OddlyManagedClock, TakesSevenThirtyWithOneDigitForSevenOClock) {
+TEST_F(OddlyManagedClock, ReadsSevenThirtyWithAOneDigitHourAsSevenOClock) {
   EXPECT_TRUE(telephone.manage("simple-time", "7:30"));
   EXPECT_EQ(utc(), "2024-03-05T07:00:00+00:00");
 }
@@ -59,7 +59,7 @@ TEST_F(OddlyManagedClock, TakesATextThatEndsWhereItsLastPieceBegins) {
   EXPECT_EQ(utc(), "2000-02-01T10:00:00+00:00");
 }
 
-TEST_F(OddlyManagedClock, IsRefusedAndLivesAtTheHostsBoundary) {
+TEST_F(OddlyManagedClock, GetsARefusalThroughTheHostsManagement) {
   EXPECT_FALSE(telephone.manage("simple-time", "10"));
   EXPECT_TRUE(telephone.manage("simple-time", "10:11"));
 }
@@ -75,14 +75,14 @@ TEST_F(OddlyManagedClock, HasNoSimpleDateUnderAnUnknownFormat) {
   EXPECT_TRUE(log.has(2, "getData: Invalid Date Format.\n"));
 }
 
-TEST_F(OddlyManagedClock, SetsTheZerothOfTheZerothUnderAnUnknownFormat) {
+TEST_F(OddlyManagedClock, SetsDayAndMonthZeroUnderAnUnknownFormat) {
   EXPECT_TRUE(telephone.manage("date-format", "7"));
   EXPECT_TRUE(telephone.manage("simple-date", "31.12.2023"));
   EXPECT_TRUE(log.has(5, "setDate: \"0\", \"0\", \"0\""));
   EXPECT_EQ(utc(), "1999-11-30T09:07:05+00:00");
 }
 
-TEST_F(OddlyManagedClock, TakesAnUnknownFormatForCuttingBeforeItLooksAtTheText) {
+TEST_F(OddlyManagedClock, DoesNotReadTheTextUnderAnUnknownFormat) {
   EXPECT_TRUE(telephone.manage("date-format", "-1"));
   EXPECT_TRUE(telephone.manage("simple-date", "x"));  // too short for any format
 }

@@ -1,4 +1,4 @@
-// A service whose framework lacks something: it offers less, and does not fail.
+// A framework without some of its services: the clock offers less and does not fail.
 
 #include <gmock/gmock.h>
 
@@ -23,7 +23,7 @@ TEST_F(RecordingFramework, GetsNoTimersFromAServiceWithoutAContext) {
   EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
 }
 
-TEST_F(RecordingFramework, KnowsNoTimerInAServiceWithoutAContext) {
+TEST_F(RecordingFramework, GetsNoReactionToTimersFromAServiceWithoutAContext) {
   start(nullptr);
   journal.take();
   log.clear();
@@ -106,7 +106,7 @@ TEST_F(RecordingFramework, IsManagedWithoutLocalManagementToReportTo) {
   EXPECT_EQ(store.items["DateFormat"], "1");
 }
 
-TEST_F(RecordingFramework, IsToldWhenTheStartCannotBeRecorded) {
+TEST_F(RecordingFramework, SeesAnErrorLoggedWhenTheStartCannotBeRecorded) {
   management.acceptSets = false;
   start(&context);
   EXPECT_TRUE(log.has(2, "logStartUpUtc method failed to write last-restart-date"));
@@ -123,7 +123,7 @@ TEST_F(RecordingFramework, ServesDefaultsWithoutAStoreAndRefusesToStore) {
   EXPECT_FALSE(service->setData(record));
 }
 
-TEST_F(RecordingFramework, NeverHearsOfATimerThatCouldNotBeCreated) {
+TEST_F(RecordingFramework, NeverSeesATimerUsedThatCouldNotBeCreated) {
   for (const int refused : {0, -1}) {
     context.refuseTimers(refused);
     service = std::make_unique<ClockService>();

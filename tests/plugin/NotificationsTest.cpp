@@ -91,7 +91,7 @@ TEST_F(ClockOnWatchedTimers, IgnoresAnyOtherTimer) {
   for (const int other : {0, -1, 7, 1000}) EXPECT_THAT(expire(other), IsEmpty()) << other;
 }
 
-TEST_F(ClockOnWatchedTimers, ReplacesTheTimerThatHasTheFirstNumberOfAll) {
+TEST_F(ClockOnWatchedTimers, ReplacesATimerWhoseIdIsOne) {
   constexpr int kTimersBefore = kHour - 1;
   timers.refuseFirst(kTimersBefore);
   start();
@@ -111,7 +111,7 @@ TEST_F(ClockOnWatchedTimers, StartsTheTimerOfASetTimeOnceTheTimeIsSet) {
   EXPECT_THAT(shown, ElementsAre("10:20 15.06.30", "10:20 20.06.30"));
 }
 
-TEST_F(ClockOnWatchedTimers, TellsOfASetTimeWithTheHourThatComesBeforeIt) {
+TEST_F(ClockOnWatchedTimers, AnnouncesASetTimeAtAnHourThatComesFirst) {
   start();
   service->setTime(10, 0, 0);
   EXPECT_THAT(timers.armed(), testing::Contains(kTimeChanged));
@@ -119,8 +119,8 @@ TEST_F(ClockOnWatchedTimers, TellsOfASetTimeWithTheHourThatComesBeforeIt) {
   EXPECT_THAT(timers.armed(), testing::Not(testing::Contains(kTimeChanged)));
 }
 
-// Half a millisecond before the full hour the time is set: the hour is there before the news.
-TEST_F(ClockOnWatchedTimers, AbsorbsTheNewsOfASetTimeInTheHourWithinAMillisecond) {
+// The time is set half a millisecond before the full hour, so the hour expires first.
+TEST_F(ClockOnWatchedTimers, AnnouncesASetTimeOnceWhenTheHourFollowsWithinAMillisecond) {
   startAt("2030-06-15T22:59:59");
   heard(seconds{1} - microseconds{500});
   service->setTime(10, 20, 30);
@@ -131,7 +131,7 @@ TEST_F(ClockOnWatchedTimers, AbsorbsTheNewsOfASetTimeInTheHourWithinAMillisecond
   EXPECT_THAT(heard(minutes{1}), ElementsAre("time 11:00:00"));
 }
 
-TEST_F(ClockOnWatchedTimers, TellsOfASetTimeBeforeTheHourThatComesAfterIt) {
+TEST_F(ClockOnWatchedTimers, AnnouncesASetTimeBeforeALaterHour) {
   startAt("2030-06-15T22:59:59");
   heard(seconds{1} - microseconds{1500});
   service->setTime(10, 20, 30);
@@ -139,23 +139,23 @@ TEST_F(ClockOnWatchedTimers, TellsOfASetTimeBeforeTheHourThatComesAfterIt) {
   EXPECT_THAT(heard(minutes{39}), IsEmpty());  // the hour that was ahead is so no longer
 }
 
-// Due at the same instant, the two are one event, whichever comes first.
-TEST_F(ClockOnWatchedTimers, TellsOnceOfASetTimeThatIsDueWithTheHour) {
+// Two timers due at the same instant cause one event, whichever is delivered first.
+TEST_F(ClockOnWatchedTimers, AnnouncesASetTimeOnceWhenItIsDueWithTheHour) {
   startAt("2030-06-15T22:59:59");
   heard(seconds{1} - milliseconds{1});
   service->setTime(10, 20, 30);
   EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 15.06.2030", "time 10:20:31"));
 }
 
-TEST_F(ClockOnReversedTimers, TellsOnceOfASetTimeThatIsDueWithTheHour) {
+TEST_F(ClockOnReversedTimers, AnnouncesASetTimeOnceWhenItIsDueWithTheHour) {
   startAt("2030-06-15T22:59:59");
   heard(seconds{1} - milliseconds{1});
   service->setTime(10, 20, 30);
   EXPECT_THAT(heard(milliseconds{1}), ElementsAre("time 10:20:31"));
 }
 
-// What cancelling and deleting take does not count as part of the delay.
-TEST_F(ClockOnWatchedTimers, ReckonsTheDelayOfASyncTimerOnceTheOldOneIsGone) {
+// The time that cancelling and deleting take is not part of the delay.
+TEST_F(ClockOnWatchedTimers, ComputesTheDelayOfASyncTimerAfterDeletingTheOldOne) {
   start();
   timers.onCall = [this](const std::string& call) {
     journal.add(call);
@@ -165,7 +165,7 @@ TEST_F(ClockOnWatchedTimers, ReckonsTheDelayOfASyncTimerOnceTheOldOneIsGone) {
   EXPECT_THAT(calls, testing::IsSupersetOf({"create 2985000 -> 7", "create 6575000 -> 8"}));
 }
 
-TEST_F(ClockOnWatchedTimers, DrawsTheDelayOfARestartOnceTheOldOneIsGone) {
+TEST_F(ClockOnWatchedTimers, DrawsTheDelayOfARestartAfterDeletingTheOldTimer) {
   start();
   expire(kHour);
   constexpr int kNextHour = 7, kRestart = 9;
@@ -181,14 +181,14 @@ TEST_F(ClockOnWatchedTimers, DrawsTheDelayOfARestartOnceTheOldOneIsGone) {
   EXPECT_TRUE(log.hasPart("rand delay 600 + " + std::to_string(next) + " "));
 }
 
-TEST_F(ClockOnWatchedTimers, NeverHearsOfAnHourTwice) {
+TEST_F(ClockOnWatchedTimers, AnnouncesEachHourOnce) {
   startAt("2030-06-15T22:59:59");
   EXPECT_THAT(heard(seconds{1}), ElementsAre("time 23:00:00"));
   EXPECT_THAT(heard(hours{1} - milliseconds{1}), IsEmpty());
   EXPECT_THAT(heard(milliseconds{1}), ElementsAre("time 00:00:00", "date 16.06.2030"));
 }
 
-TEST_F(ClockOnWatchedTimers, DoesNotTellObserversOfASecondDateWhenTheDateIsSetOverMidnight) {
+TEST_F(ClockOnWatchedTimers, AnnouncesNoSecondDateWhenTheDateIsSetOverMidnight) {
   startAt("2030-06-15T23:30:00");
   service->setDate(20, 6, 2030);
   EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 20.06.2030"));
@@ -209,7 +209,7 @@ TEST_F(ClockOnReversedTimers, AnnouncesEachMidnightOnceWhenItComesBeforeTheHour)
   EXPECT_THAT(heard(hours{2}), ElementsAre("time 23:00:00", "date 01.01.2031", "time 00:00:00"));
 }
 
-// The timers are armed before the zone is known: the first days must be right all the same.
+// The timers are armed before the zone is installed; the first midnights are right all the same.
 TEST_F(ClockOnWatchedTimers, AnnouncesTheFirstMidnightWestOfTheZoneItStartedIn) {
   store.items["TimezoneOffset"] = "-5";
   startAt("2030-06-15T03:30:00");  // 22:30 on the 14th

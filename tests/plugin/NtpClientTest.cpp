@@ -122,7 +122,7 @@ TEST_F(ClockWithNetworkUp, EndsTheClientWithTheService) {
   EXPECT_FALSE(isRunning(client));
 }
 
-// The listener waits in its pipe until something wakes it; the client must not run on meanwhile.
+// The listener blocks in its pipe until it is woken; the client must not keep running meanwhile.
 TEST_F(ClockWithNetworkUp, EndsTheClientBeforeItWaitsForTheListener) {
   auto service = std::make_unique<ClockService>();
   service->initWith(&telephone.context);
@@ -163,7 +163,7 @@ TEST_F(ClockWithNetworkUp, StopsSilentlyWhenTheNameIsUnknown) {
   EXPECT_FALSE(log.hasPart("couldn't be started"));
 }
 
-TEST_F(ClockWithNetworkUp, SaysWhenTheProgramCannotBeStarted) {
+TEST_F(ClockWithNetworkUp, LogsThatTheProgramCannotBeStarted) {
   host::ProgramMap::instance().set(DevicePaths::kNtpClientProgram, "no/such/program");
   telephone.switchOn();
   EXPECT_TRUE(log.has(2, "ntpclient couldn't be started"));

@@ -37,7 +37,7 @@ class ClockHearingReports : public plugin::RecordingFramework {
   }
 };
 
-TEST_F(ClockHearingReports, BracketsTheFirstNoticeOnly) {
+TEST_F(ClockHearingReports, BracketsOnlyTheFirstTimeEvent) {
   startWith(&physical);
   EXPECT_FALSE(service->isTimeSourceSntp());
   service->handleSNTPClientUpdate(1);
@@ -52,7 +52,7 @@ TEST_F(ClockHearingReports, BracketsTheFirstNoticeOnly) {
                           "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
 }
 
-TEST_F(ClockHearingReports, DoesWithoutThePhysicalInterface) {
+TEST_F(ClockHearingReports, WorksWithoutThePhysicalInterface) {
   startWith(nullptr);
   service->handleSNTPClientUpdate(1);
   EXPECT_THAT(journal.take(),
@@ -87,7 +87,7 @@ TEST_F(ClockHearingReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {
   }
 }
 
-TEST_F(ClockHearingReports, HearsAReportThroughThePipe) {
+TEST_F(ClockHearingReports, ReceivesAReportThroughThePipe) {
   startWith(&physical);
   pipe.report(1'709'168'523);
   EXPECT_TRUE(log.waitForPart("sntpTimeChanged: FallbackTime is"));

@@ -62,7 +62,7 @@ TEST_F(ClockWithMacAddress, SeedsOnce) {
   }
 }
 
-TEST_F(ClockWithMacAddress, SeedsWithZeroFromATextThatIsNone) {
+TEST_F(ClockWithMacAddress, SeedsWithZeroFromAnInvalidMacAddress) {
   struct Row {
     const char* mac;
     const char* complaint;

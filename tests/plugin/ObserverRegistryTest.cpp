@@ -1,4 +1,4 @@
-// Who is told of changes of the clock, and in which order.
+// Which observers are notified, and in which order.
 
 #include <gmock/gmock.h>
 
@@ -28,27 +28,27 @@ class ClockWithTwoObservers : public testing::Test {
   plugin::JournalObserver second{journal, "second"};
 };
 
-TEST_F(ClockWithTwoObservers, RefusesNoObserverAtAll) {
+TEST_F(ClockWithTwoObservers, RefusesANullObserver) {
   EXPECT_FALSE(service().observeTimeEvents(nullptr));
   EXPECT_FALSE(service().unobserveTimeEvents(nullptr));
   EXPECT_THAT(announced(), IsEmpty());
 }
 
-TEST_F(ClockWithTwoObservers, TellsObserversInOrderOfRegistration) {
+TEST_F(ClockWithTwoObservers, NotifiesObserversInOrderOfRegistration) {
   EXPECT_TRUE(service().observeTimeEvents(&second));
   EXPECT_TRUE(service().observeTimeEvents(&first));
   EXPECT_THAT(announced(), ElementsAre("second date 16.06.2016", "first date 16.06.2016",
                                        "second time 10:00:00", "first time 10:00:00"));
 }
 
-TEST_F(ClockWithTwoObservers, TellsAnObserverTwiceThatRegisteredTwice) {
+TEST_F(ClockWithTwoObservers, NotifiesAnObserverTwiceIfItRegisteredTwice) {
   EXPECT_TRUE(service().observeTimeEvents(&first));
   EXPECT_TRUE(service().observeTimeEvents(&first));
   EXPECT_THAT(announced(), ElementsAre("first date 16.06.2016", "first date 16.06.2016",
                                        "first time 10:00:00", "first time 10:00:00"));
 }
 
-TEST_F(ClockWithTwoObservers, TakesBackOnlyTheFirstRegistrationOfAnObserver) {
+TEST_F(ClockWithTwoObservers, RemovesOnlyTheFirstRegistrationOfAnObserver) {
   service().observeTimeEvents(&first);
   service().observeTimeEvents(&second);
   service().observeTimeEvents(&first);
@@ -57,13 +57,13 @@ TEST_F(ClockWithTwoObservers, TakesBackOnlyTheFirstRegistrationOfAnObserver) {
                                        "second time 10:00:00", "first time 10:00:00"));
 }
 
-TEST_F(ClockWithTwoObservers, DoesNotKnowAnObserverThatNeverRegistered) {
+TEST_F(ClockWithTwoObservers, RefusesToRemoveAnUnregisteredObserver) {
   service().observeTimeEvents(&first);
   EXPECT_FALSE(service().unobserveTimeEvents(&second));
   EXPECT_THAT(announced(), ElementsAre("first date 16.06.2016", "first time 10:00:00"));
 }
 
-TEST_F(ClockWithTwoObservers, DoesNotKnowAnObserverAnyMoreThatWasTakenBack) {
+TEST_F(ClockWithTwoObservers, RefusesToRemoveAnObserverTwice) {
   service().observeTimeEvents(&first);
   EXPECT_TRUE(service().unobserveTimeEvents(&first));
   EXPECT_FALSE(service().unobserveTimeEvents(&first));

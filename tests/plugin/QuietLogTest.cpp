@@ -1,5 +1,4 @@
-// A log that wants not even errors. Whatever goes wrong, the level is asked before anything is
-// written: the texts would be built for nobody.
+// With logging off, even errors are checked against the level before their text is built.
 
 #include <gtest/gtest.h>
 
@@ -67,7 +66,7 @@ TEST_F(ClockWithoutALog, MissesThePhysicalInterface) {
   telephone.switchOn();
 }
 
-TEST_F(ClockWithoutALog, HasASavedTimeThatIsNone) {
+TEST_F(ClockWithoutALog, HasAnInvalidSavedTime) {
   telephone.store("FallbackDateTime", "yesterday");
   telephone.switchOn();
 }
@@ -86,7 +85,7 @@ TEST_F(ClockWithoutALog, CannotSetTheSystemsTime) {
   EXPECT_EQ(telephone.wallText(), "2016-06-16T00:00:00");
 }
 
-TEST_F(ClockWithoutALog, HasADateFormatThatIsNone) {
+TEST_F(ClockWithoutALog, HasAnUnknownDateFormat) {
   telephone.switchOn();
   EXPECT_TRUE(telephone.manage("date-format", "7"));
   EXPECT_EQ(telephone.managed("simple-date"), "");
@@ -100,7 +99,7 @@ TEST_F(ClockWithoutALog, CannotStartTheClient) {
   EXPECT_TRUE(log.hasPart("startNTPClient() =>"));  // the system log's
 }
 
-TEST_F(ClockWithoutALog, HasAMacAddressThatIsNone) {
+TEST_F(ClockWithoutALog, HasAnInvalidMacAddress) {
   for (const char* const mac : {"short", "0001E3A1B2CG"}) {
     telephone.management.setValue("mac-addr", mac);
     telephone.switchOn();
@@ -109,7 +108,7 @@ TEST_F(ClockWithoutALog, HasAMacAddressThatIsNone) {
   }
 }
 
-TEST_F(ClockWithoutALog, GetsRequestsThatAreNone) {
+TEST_F(ClockWithoutALog, GetsInvalidRequests) {
   unit::Framework framework;
   ClockServiceInvoker invoker;
   telephone.switchOn();

@@ -85,7 +85,7 @@ TEST_F(ClockWithSecurityLog, GetsTheSystemsTimeAfterTheSet) {
   EXPECT_EQ(records[1].time, 77);
 }
 
-TEST_F(ClockWithSecurityLog, GetsNothingForReading) {
+TEST_F(ClockWithSecurityLog, GetsNoRecordForReading) {
   telephone.managed("date-format");
   telephone.managed("no-such-key");
   EXPECT_THAT(telephone.security.records(), IsEmpty());
@@ -111,7 +111,7 @@ TEST_F(ClockWithSecurityLog, GetsRecordsFromItsFirstAppearanceOn) {
                           "accepted ClockSettings set data date-format(0)"));
 }
 
-// The record's service may call back into the clock: the management lock is free by then.
+// The security log may call back into the clock: the management lock is free by then.
 TEST_F(ClockWithSecurityLog, IsCalledWithoutTheManagementLock) {
   class CuriousLog final : public Executable, public SecurityLogServiceIfc {
    public:

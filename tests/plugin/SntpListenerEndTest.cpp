@@ -1,4 +1,4 @@
-// The listener's end, which comes while it waits in its pipe, reports, or was never started.
+// Destroying the listener: while it waits in its pipe, while it reports, and when it never started.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -73,7 +73,7 @@ TEST_F(ListenerRunning, IsDestroyedWhileItWaitsOnceAWriterWakesIt) {
   EXPECT_THAT(plugin::descriptorFlagsOf(plugin::ReportPipe::path()), IsEmpty());
 }
 
-// A listener that waits in its read when it is told to end; then something comes.
+// A listener that is stopped while it waits in its read, and then receives a message.
 class ListenerWaitingInItsRead : public ListenerRunning {
  protected:
   ListenerWaitingInItsRead() {
@@ -96,26 +96,26 @@ class ListenerWaitingInItsRead : public ListenerRunning {
   const int m_holder = open(plugin::ReportPipe::path().c_str(), O_RDWR | O_CLOEXEC);
 };
 
-TEST_F(ListenerWaitingInItsRead, NeitherReportsNorLogsWhatComesOnceItIsToldToEnd) {
+TEST_F(ListenerWaitingInItsRead, IgnoresAMessageThatArrivesAfterItIsStopped) {
   endAndWrite(7);
   EXPECT_FALSE(log.hasPart("EPOC"));
   EXPECT_THAT(reports.first(0), IsEmpty());
 }
 
-TEST_F(ListenerWaitingInItsRead, DoesNotSayWhatItCannotReadOnceItIsToldToEnd) {
+TEST_F(ListenerWaitingInItsRead, LogsNoReadErrorAfterItIsStopped) {
   plugin::failReads(EIO);
   endAndWrite(7);
   EXPECT_FALSE(log.hasPart("Read failed"));
   EXPECT_THAT(plugin::sleeps(), IsEmpty());
 }
 
-// By design: the end tries to write a zero, but into an opening for reading.
-TEST_F(ListenerWaitingInItsRead, IsNotWokenByTheZeroThatItsEndCannotWrite) {
+// By design the stop signal is written through a descriptor that is open for reading only.
+TEST_F(ListenerWaitingInItsRead, IsNotWokenByTheStopSignal) {
   endAndWrite(7);
   EXPECT_EQ(plugin::refusedStops(), 1);
 }
 
-// A close too many would be that of whatever somebody else has open.
+// A second close could close a descriptor that another thread has just opened.
 TEST_F(ListenerRunning, ClosesItsPipeOnceWhenItEndsAfterAReport) {
   reports.hold(true);
   pipe.report(7);
@@ -129,7 +129,7 @@ TEST_F(ListenerRunning, ClosesItsPipeOnceWhenItEndsAfterAReport) {
   EXPECT_EQ(plugin::closes(), 2);  // the listener's, and that of the attempt to wake it
 }
 
-TEST_F(ListenerRunning, CallsNobodyOnceItHasLetGoOfItsObserver) {
+TEST_F(ListenerRunning, ReportsNothingAfterItsObserverIsReleased) {
   listener->releaseObserver();
   pipe.report(7);
   EXPECT_TRUE(log.waitForPart("EPOC: 7  CTIME"));
@@ -137,7 +137,7 @@ TEST_F(ListenerRunning, CallsNobodyOnceItHasLetGoOfItsObserver) {
   EXPECT_THAT(reports.first(0), IsEmpty());
 }
 
-TEST_F(ListenerRunning, IsLetGoOfOnlyAfterTheReportUnderWay) {
+TEST_F(ListenerRunning, ReleasesItsObserverOnlyAfterTheCurrentReport) {
   reports.hold(true);
   pipe.report(7);
   ASSERT_THAT(reports.first(1), ElementsAre(7));

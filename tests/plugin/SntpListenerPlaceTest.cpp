@@ -1,5 +1,5 @@
-// The listener finds something else than a named pipe in the pipe's place. It neither reads nor
-// opens that, and tries again each second.
+// The listener finds something other than a named pipe at the pipe's path. It does not open it, and
+// tries again each second.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -85,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Thing{"LinkToADevice", [] { fs::create_symlink("/dev/zero", place()); }}),
     [](const auto& row) { return row.param.name; });
 
-// Between the look at the place and the opening.
+// The file appears between the check of the path and the open.
 TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatTakesThePlaceOfThePipe) {
   plugin::afterStat([] {
     plugin::afterStat(nullptr);
@@ -100,7 +100,7 @@ TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatTakesThePlaceOfThePipe) {
   EXPECT_THAT(reports.first(1), ElementsAre(7));
 }
 
-// What takes the place of the pipe may be a terminal.
+// A terminal may stand at the pipe's path.
 TEST_F(ListenerNotStarted, OpensNothingThatCouldBecomeItsControllingTerminal) {
   listener->start();
   pipe.report(7);

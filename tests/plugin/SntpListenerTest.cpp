@@ -19,12 +19,12 @@ using plugin::ListenerNotStarted;
 using plugin::ListenerRunning;
 using testing::ElementsAre;
 
-TEST_F(ListenerNotStarted, SaysThatItIsThere) {
+TEST_F(ListenerNotStarted, LogsItsConstruction) {
   EXPECT_TRUE(log.has(5, "NTPClientThread is constructed"));
   EXPECT_FALSE(log.hasPart("NTP Client Thread has been started"));
 }
 
-TEST_F(ListenerRunning, SaysWhenItStartsAndEnds) {
+TEST_F(ListenerRunning, LogsItsStartAndEnd) {
   EXPECT_TRUE(log.waitForPart("NTP Client Thread has been started"));
   end();
   EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
@@ -66,7 +66,7 @@ TEST_F(ListenerRunning, ReadsOneNumberOfEachOpening) {
   EXPECT_THAT(reports.first(2), ElementsAre(7, 9));
 }
 
-TEST_F(ListenerRunning, TakesWhatThereIsOfAShortMessage) {
+TEST_F(ListenerRunning, ReportsTheBytesOfAShortMessage) {
   for (const std::size_t length : {1U, 2U, 3U}) {
     std::string bytes(length, '\0');
     bytes[0] = static_cast<char>(length);
@@ -114,15 +114,15 @@ TEST_F(ListenerRunning, DropsWhatFollowsTheNumberInOneOpening) {
   close(writer);
 }
 
-TEST_F(ListenerRunning, ComesBackFromAWriterThatNeverStops) {
+TEST_F(ListenerRunning, ReturnsFromAWriterThatNeverStops) {
   plugin::neverEndReads();
   pipe.report(7);
   pipe.report(8);
   EXPECT_THAT(reports.first(2), ElementsAre(7, 8));
 }
 
-// What the service starts must not hold the pipe open.
-TEST_F(ListenerRunning, KeepsThePipeFromItsChildren) {
+// A child process must not hold the pipe open.
+TEST_F(ListenerRunning, DoesNotPassThePipeToChildProcesses) {
   reports.hold(true);
   pipe.report(7);
   ASSERT_THAT(reports.first(1), ElementsAre(7));
@@ -151,7 +151,7 @@ TEST_F(ListenerNotStarted, TriesAgainUntilThereIsAPipe) {
   EXPECT_THAT(plugin::sleeps(), ElementsAre(1));
 }
 
-TEST_F(ListenerRunning, SaysWhatItCannotRead) {
+TEST_F(ListenerRunning, LogsReadErrors) {
   plugin::failReads(EIO);
   pipe.report(6);
   ASSERT_TRUE(log.waitForPart("Read failed: Input/output error"));
@@ -163,7 +163,7 @@ TEST_F(ListenerRunning, SaysWhatItCannotRead) {
   EXPECT_THAT(reports.first(1), ElementsAre(7));
 }
 
-// It waits in the pipe that was there; it comes to the new one with the next opening.
+// It waits in the old pipe and opens the new one the next time.
 TEST_F(ListenerRunning, FollowsAPipeThatIsReplacedWhileItWaits) {
   pipe.report(6);
   ASSERT_THAT(reports.first(1), ElementsAre(6));

@@ -1,4 +1,4 @@
-// The listener's thread: the system has none, and the system gets it back.
+// The listener's thread: when the system has none to give, and how it ends.
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -73,18 +73,18 @@ class ClockWithoutAThread : public testing::Test {
   plugin::Telephone telephone;
 };
 
-TEST_F(ClockWithoutAThread, SaysThatNobodyListens) {
+TEST_F(ClockWithoutAThread, LogsThatTheListenerCannotStart) {
   EXPECT_TRUE(log.has(2, "NTP Client Thread couldn't be started"));
   EXPECT_FALSE(log.hasPart("NTP Client Thread has been started"));
 }
 
-TEST_F(ClockWithoutAThread, KeepsTheTimeAllTheSame) {
+TEST_F(ClockWithoutAThread, StillKeepsTheTime) {
   EXPECT_EQ(telephone.service().getTime(), "00:00");
   EXPECT_TRUE(telephone.manage("simple-time", "10:11"));
   EXPECT_EQ(telephone.service().getTime(), "10:11");
 }
 
-TEST_F(ClockWithoutAThread, EndsWithoutWakingOne) {
+TEST_F(ClockWithoutAThread, EndsWithoutOpeningThePipe) {
   telephone.pipe.release();
   plugin::makeReportPipe();
   const support::OpenWatch watch(plugin::ReportPipe::path());
@@ -98,7 +98,7 @@ TEST(ClockWithAThread, AsksForItByNamePriorityAndStack) {
   EXPECT_EQ(g_spawned, "SNTP Recognition Thread 1 0");
 }
 
-TEST(ClockWithAThread, GivesItBackAtTheEnd) {
+TEST(ClockWithAThread, JoinsItAtTheEnd) {
   plugin::Telephone telephone;
   g_created = g_joined = 0;
   telephone.switchOn();

@@ -40,7 +40,7 @@ class ClockInCentralEurope : public ClockInUtc {
   }
 };
 
-// "2024-03-07T12:34:56+00:00" by local hours and minutes, and day and month.
+// An hour east of UTC.
 class ClockAtFullHourAhead : public ClockInUtc {
  protected:
   ClockAtFullHourAhead() { telephone.changeZone("sntp-tz-offset", "1"); }
@@ -82,7 +82,7 @@ TEST_F(ClockInUtc, ShowsTheDateInEachFormat) {
   }
 }
 
-TEST_F(ClockInUtc, GivesTheNumbersOfNow) {
+TEST_F(ClockInUtc, GivesTheCurrentTimeAsNumbers) {
   telephone.jump("2037-12-31T23:59:58");
   EXPECT_EQ(numbers(), "2037-12-31 23:59:58");
 }
@@ -100,7 +100,7 @@ TEST_F(ClockInUtc, BuildsAUtcStringFromSixValuesWithTheYearCountedFrom1900) {
   EXPECT_EQ(service().getUTCTime(23, 59, 60, 31, 12, 0), "1900-12-31T23:59:60+00:00");
 }
 
-TEST_F(ClockInUtc, LogsTheTimeItTook) {
+TEST_F(ClockInUtc, LogsTheTimeItRead) {
   telephone.jump("2024-02-29T01:02:03");
   const support::LogCapture log(5);
   int hours = 0, minutes = 0, seconds = 0;
@@ -125,7 +125,7 @@ TEST_F(ClockAtFullHourAhead, AppliesTheOffsetOfAUtcString) {
   EXPECT_EQ(service().getTime("2024-03-07T12:00:00-05:00"), "18:00");
 }
 
-TEST_F(ClockAtFullHourAhead, LeavesTheOutputsOfATextThatIsNoUtcString) {
+TEST_F(ClockAtFullHourAhead, LeavesTheOutputsAloneForAnInvalidUtcString) {
   for (const char* const text : {"", "2024-03-07", "2024-13-07T12:00:00+00:00",
                                  "2024-03-07T12:00:00+00:000", "2024-03-07 12:00:00+00:00"}) {
     int a = 71, b = 72, c = 73;
@@ -135,7 +135,7 @@ TEST_F(ClockAtFullHourAhead, LeavesTheOutputsOfATextThatIsNoUtcString) {
   }
 }
 
-TEST_F(ClockAtFullHourAhead, ShowsAZeroedRecordForATextThatIsNoUtcString) {
+TEST_F(ClockAtFullHourAhead, ShowsAZeroedRecordForAnInvalidUtcString) {
   // 00:00 and the zone's hour. The year is 1899, and mktime carries nothing over where time_t
   // cannot hold it.
   EXPECT_EQ(service().getTime("nonsense"), sizeof(time_t) > 4 ? "01:00" : "00:60");
@@ -151,7 +151,7 @@ TEST_F(ClockInCentralEurope, GivesTheLocalTimeAsSecondsWithDaylightSaving) {
   EXPECT_EQ(service().getDisplayTimeVal(), 1720353600 + 7200);
 }
 
-TEST_F(ClockInCentralEurope, ReadsAUtcStringOfSummerTwoHoursAheadAndOfWinterOne) {
+TEST_F(ClockInCentralEurope, AddsTwoHoursToAUtcStringInSummerAndOneInWinter) {
   struct Row {
     const char* utc;
     const char* local;
@@ -196,7 +196,7 @@ TEST_F(ClockAtFullHourAhead, FollowsTheUptimeInEveryAnswerOnceItIsSetByHand) {
   EXPECT_EQ(telephone.managed("simple-date"), "01.01.2031");
 }
 
-TEST_F(ClockInUtc, HasNoConversionToALocalString) {
+TEST_F(ClockInUtc, ThrowsOnConversionToALocalString) {
   for (const char* const text : {"", "2024-03-07T12:00:00+00:00"})
     EXPECT_THROW(service().convertUtcStringToLocalString(text), std::logic_error) << text;
 }

@@ -100,7 +100,7 @@ TEST_F(ClockAboutToStart, ReadsItsZoneFromTheSettingsWhateverTheEnvironmentHolds
   }
 }
 
-TEST_F(ClockAboutToStart, PutsAnUnknownStoredZoneForwardAllTheYear) {
+TEST_F(ClockAboutToStart, AppliesDaylightSavingAllYearForAnUnknownZone) {
   for (const int zone : {15, -1, 99}) {
     telephone.storeZone("1", true, true, zone);
     telephone.switchOn();

@@ -1,4 +1,4 @@
-// What each expiry writes to the log, and when: between which of the calls and events.
+// What each expiry logs, and between which calls and events.
 
 #include <gmock/gmock.h>
 

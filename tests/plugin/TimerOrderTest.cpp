@@ -1,5 +1,5 @@
-// In which order an expiry is compared with the timers. All that could not be created have the
-// number 0: what its expiry does shows which of them comes first.
+// The order in which an expiry is compared with the timers. Timers that could not be created have
+// id 0; the effect of an expiry with id 0 shows which one is compared first.
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// Who waits for whom: one management call, one writer of the texts and one replacement of the NTP
-// client at a time, and nobody joins or leaves the observers while they are told of something.
+// What the locks exclude: one management call, one writer of text settings and one replacement of
+// the NTP client at a time, and no change of the observers during a notification.
 
 #include <gtest/gtest.h>
 
@@ -88,7 +88,7 @@ class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
   std::vector<std::unique_ptr<WaitingCall>> m_calls;
 };
 
-TEST_F(ClockInTheMiddle, LetsNobodyJoinItsObserversWhileTheyAreTold) {
+TEST_F(ClockInTheMiddle, RegistersNoObserverDuringANotification) {
   plugin::Journal others;
   plugin::JournalObserver other(others);
   observer.onEvent = [&] { otherThread([&] { service->observeTimeEvents(&other); }); };
@@ -96,7 +96,7 @@ TEST_F(ClockInTheMiddle, LetsNobodyJoinItsObserversWhileTheyAreTold) {
   EXPECT_EQ(finished(), 3U);  // zone, time and date
 }
 
-TEST_F(ClockInTheMiddle, LetsNobodyLeaveItsObserversWhileTheyAreTold) {
+TEST_F(ClockInTheMiddle, RemovesNoObserverDuringANotification) {
   plugin::Journal others;
   plugin::JournalObserver other(others);
   observer.onEvent = [&] { otherThread([&] { service->unobserveTimeEvents(&other); }); };
@@ -104,8 +104,8 @@ TEST_F(ClockInTheMiddle, LetsNobodyLeaveItsObserversWhileTheyAreTold) {
   EXPECT_EQ(finished(), 3U);
 }
 
-// Server and fallback time are texts: a reader in the middle of a write would see half of one.
-TEST_F(ClockInTheMiddle, WritesOneOfItsTextsAtATime) {
+// Server and fallback time are texts: a reader during a write would see half of one.
+TEST_F(ClockInTheMiddle, WritesOneTextSettingAtATime) {
   const std::function<void()> calls[] = {[&] { service->setTime(1); },  // reads the server
                                          [&] { service->setFallbackTime(); },
                                          [&] { set("sntp-addr", "192.0.2.1"); }};

@@ -1,4 +1,4 @@
-// A system whose time cannot be read: time() returns -1 while the test says so.
+// A system whose time cannot be read: time() returns -1 on demand.
 
 #include <gtest/gtest.h>
 

@@ -78,8 +78,8 @@ TEST(BoundaryDelay, FullHourIsTheLocalOneWithAHalfHourOffset) {
                  {utcInstant(2026, 7, 1, 18, 29, 59), 1, 1}});
 }
 
-// On the day of a change the midnight ahead is reckoned by the clock before the change, an hour
-// off: the full hours in between set it right.
+// On the day of a change the delay to midnight is computed with the daylight flag of now, so it is
+// an hour off; each full hour in between computes it anew.
 TEST(BoundaryDelay, AroundTheChangesInTheNorth) {
   check(kNewYork, {{utcInstant(2026, 3, 8, 6, 59, 59), 1, 79201},      // 01:59:59
                    {utcInstant(2026, 3, 8, 7, 0, 0), 3600, 75600},     // 03:00:00
@@ -125,7 +125,7 @@ TEST(BoundaryDelay, AtTheEndOfThirtyTwoBitTime) {
                  {utcInstant(2038, 1, 18, 12, 0, 0), 3600, 43200}});
 }
 
-// Nothing is due at once and over again, even where there is no local time to be had.
+// No timer is due at once, over and over, even where localtime_r fails.
 TEST(BoundaryDelay, AtATimeThatCannotBeBrokenDown) {
   const ZoneGuard zone("UTC0");
   constexpr time_t kLast = std::numeric_limits<time_t>::max();

@@ -1,4 +1,4 @@
-// The remote methods that hand the caller itself to the service, as an observer.
+// The remote methods that pass the caller's proxy to the service as an observer.
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ constexpr const char* kObserve = "call observeTimeEvents\n";
 constexpr const char* kUnobserve = "call unobserveTimeEvents\n";
 constexpr const char* kSetAlarm = "call setAlarmClock\nin string setAlarmClockAlarmTime=06:30\n";
 
-// A proxy of something that is no observer.
+// A proxy that is not an observer.
 class StrangeProxy : public Proxy {
  public:
   void initProxy(ProxyRequest&) override {}
@@ -42,7 +42,7 @@ class CallersProxyTest : public testing::Test {
   ClockServiceInvoker m_invoker;
 };
 
-TEST_F(CallersProxyTest, IsAskedForByInterfaceAndAddress) {
+TEST_F(CallersProxyTest, IsRequestedByInterfaceAndAddress) {
   send(kObserve, "peer 5");
   send(kUnobserve, "peer 6");
   send(kSetAlarm, "");
@@ -51,7 +51,7 @@ TEST_F(CallersProxyTest, IsAskedForByInterfaceAndAddress) {
                    "ClockServiceObserverIfc at "}));
 }
 
-TEST_F(CallersProxyTest, ReachesTheServiceAsTheSameObserver) {
+TEST_F(CallersProxyTest, IsPassedToTheServiceAsAnObserver) {
   ClockServiceObserverProxy proxy;
   m_framework.proxy = &proxy;
   for (const char* const message : {kObserve, kUnobserve, kSetAlarm}) {
@@ -60,7 +60,7 @@ TEST_F(CallersProxyTest, ReachesTheServiceAsTheSameObserver) {
   }
 }
 
-TEST_F(CallersProxyTest, NoneIsANullObserver) {
+TEST_F(CallersProxyTest, MissingProxyIsANullObserver) {
   EXPECT_EQ(send(kObserve),
             Lines{"reply observeTimeEvents\nout bool observeTimeEventsReturn=false\n"});
   EXPECT_EQ(send(kUnobserve),
@@ -70,7 +70,7 @@ TEST_F(CallersProxyTest, NoneIsANullObserver) {
                                       "setAlarmClock \"06:30\" null"}));
 }
 
-TEST_F(CallersProxyTest, OfAnotherInterfaceIsANullObserver) {
+TEST_F(CallersProxyTest, ProxyOfAnotherInterfaceIsANullObserver) {
   StrangeProxy proxy;
   m_framework.proxy = &proxy;
   send(kObserve);
@@ -80,13 +80,13 @@ TEST_F(CallersProxyTest, OfAnotherInterfaceIsANullObserver) {
                                       "setAlarmClock \"06:30\" null"}));
 }
 
-TEST_F(CallersProxyTest, IsAskedForEvenWhenTheAlarmTimeIsMissing) {
+TEST_F(CallersProxyTest, IsRequestedEvenWhenTheAlarmTimeIsMissing) {
   EXPECT_EQ(send("call setAlarmClock\n"), Lines{"reply setAlarmClock\n"});
   EXPECT_EQ(m_framework.proxiesAsked(), Lines{"ClockServiceObserverIfc at peer 5"});
   EXPECT_TRUE(m_service.calls().empty());
 }
 
-TEST_F(CallersProxyTest, IsNotAskedForByOtherMethods) {
+TEST_F(CallersProxyTest, IsNotRequestedByOtherMethods) {
   for (const char* const message :
        {"call getTime\n", "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n",
         "call setTimeInt\nin int setTime=1\n", "call nothing\n"})

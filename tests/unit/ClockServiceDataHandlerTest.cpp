@@ -55,7 +55,7 @@ TEST(ClockServiceDataHandler, FreshStoreOnEveryHardware) {
   }
 }
 
-TEST(ClockServiceDataHandler, DefaultsComeBackInMemoryAlone) {
+TEST(ClockServiceDataHandler, DefaultsAreRestoredInMemoryOnly) {
   SettingsStore store;
   const auto settings = store.load();
   for (const bool done :

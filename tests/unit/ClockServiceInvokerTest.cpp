@@ -105,8 +105,7 @@ TEST_F(ClockServiceInvokerTest, LongRequestAndReplyAreWhole) {
   EXPECT_EQ(m_framework.text.decoded(), message);
 }
 
-// Replies through a stream that is as new, whatever was done to it for the request.
-TEST_F(ClockServiceInvokerTest, CodecMayLeaveTheRequestsStreamAsItLikes) {
+TEST_F(ClockServiceInvokerTest, ReplyStreamIsFreshWhateverTheCodecDidToTheRequests) {
   m_framework.text.leaveStream([](std::iostream& stream) {
     stream << "left over" << std::hex << std::showbase;
     stream.setstate(std::ios_base::failbit);
@@ -200,7 +199,7 @@ TEST_F(ClockServiceInvokerTest, EveryDecodedRequestIsTraced) {
   EXPECT_TRUE(log.has(5, "handleMessage called: call nothing\n"));
 }
 
-TEST_F(ClockServiceInvokerTest, TraceNeedsItsLevel) {
+TEST_F(ClockServiceInvokerTest, RequestsAreNotTracedBelowLevelFive) {
   const LogCapture log(4);
   send(&m_service, "call getTime\n");
   EXPECT_TRUE(log.entries().empty()) << log.text();
@@ -212,7 +211,7 @@ TEST_F(ClockServiceInvokerTest, MissingParameterIsNoError) {
   EXPECT_EQ(errorsOf(log), "");
 }
 
-TEST_F(ClockServiceInvokerTest, EntriesSayWhereTheyWereWritten) {
+TEST_F(ClockServiceInvokerTest, LogEntriesCarryTheirSourceFileAndLine) {
   const LogCapture log;
   send(nullptr, "call getTime\n");
   const auto entries = log.entries();
@@ -221,7 +220,7 @@ TEST_F(ClockServiceInvokerTest, EntriesSayWhereTheyWereWritten) {
   EXPECT_GT(entries[0].line, 0);
 }
 
-TEST_F(ClockServiceInvokerTest, ServiceThatThrowsCostsNoResponse) {
+TEST_F(ClockServiceInvokerTest, ResponseIsDeletedWhenTheServiceThrows) {
   ThrowingService broken;
   Outcome outcome;
   const std::string message = "call getTimeVal\n";
@@ -231,7 +230,7 @@ TEST_F(ClockServiceInvokerTest, ServiceThatThrowsCostsNoResponse) {
   EXPECT_TRUE(outcome.deleted);
 }
 
-TEST_F(ClockServiceInvokerTest, NullResponseIsBorne) {
+TEST_F(ClockServiceInvokerTest, NullResponseIsTolerated) {
   const LogCapture log;
   const std::string message = "call setTimeInt\nin int setTime=5\n";
   m_invoker.handleMessage(nullptr, message.data(), static_cast<int>(message.size()), nullptr);
@@ -240,7 +239,7 @@ TEST_F(ClockServiceInvokerTest, NullResponseIsBorne) {
   EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
 }
 
-TEST(ClockServiceInvokerStart, InitialisationIsNotedAtLevelFour) {
+TEST(ClockServiceInvokerStart, InitialisationIsLoggedAtLevelFour) {
   unit::Framework framework;
   ClockServiceInvoker invoker;
   {

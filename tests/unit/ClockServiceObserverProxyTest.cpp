@@ -105,7 +105,7 @@ TEST_F(ClockServiceObserverProxyTest, EventsThroughTheInterfaceAreTheSame) {
   EXPECT_EQ(dynamic_cast<Proxy*>(&observer), &m_proxy);
 }
 
-TEST_F(ClockServiceObserverProxyTest, PeerThatIsGoneIsNotNoticed) {
+TEST_F(ClockServiceObserverProxyTest, FailedDeliveryIsIgnored) {
   m_request.setReachable(false);
   m_proxy.alarmClockEvent(1);
   m_proxy.alarmClockEvent(2);

@@ -18,7 +18,7 @@ struct Zone {
   const char* rule;
 };
 
-// The table once more, in its order: stored settings and lists that users have seen depend on it.
+// A second copy of the table: stored settings and lists that users have seen depend on its order.
 constexpr std::array<Zone, 15> kZones{{
     {0, "Not Set", ""},
     {1, "Australia 2007 (ACT, South Australia, Tasmania, Victoria)", "M10.5.0/02:00,M4.1.0/03:00"},
@@ -58,7 +58,7 @@ TEST(DSTZoneRules, EveryRowHasItsIdentifierNameAndRule) {
   }
 }
 
-TEST(DSTZoneRules, ListHasEveryNameInOrderEachEnded) {
+TEST(DSTZoneRules, ListHasEveryNameInOrderFollowedByASemicolon) {
   std::string expected;
   for (const Zone& zone : kZones) expected += zone.name + std::string(";");
   std::string list = "old";
@@ -96,9 +96,8 @@ bool isDaylight(time_t instant) {
   return local.tm_isdst > 0;
 }
 
-// The C library reads each rule: it has daylight saving in one half of the year and not in the
-// other.
-TEST(DSTZoneRules, EveryRuleIsOneForTheCLibrary) {
+// The C library reads each rule: exactly one of January and July has daylight saving.
+TEST(DSTZoneRules, EveryRuleIsUnderstoodByTheCLibrary) {
   const DSTZoneRules rules;
   for (const Zone& zone : kZones) {
     if (*zone.rule == '\0') continue;

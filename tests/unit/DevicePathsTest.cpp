@@ -1,4 +1,4 @@
-// Of the paths that ship, not of the ones that other tests link in their place.
+// The paths that ship. Other tests link their own in their place.
 
 #include "DevicePaths.h"
 

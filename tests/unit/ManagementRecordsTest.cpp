@@ -27,7 +27,7 @@ TEST(ManagementRecords, UnknownKeyIsNothing) {
   EXPECT_EQ(readManagementValue(management, "interface-status"), std::nullopt);
 }
 
-// Says yes, and leaves the record empty.
+// Returns true and leaves the record empty.
 class ForgetfulManagement : public host::LocalManagement {
  public:
   bool getData(ManageableData&) override { return true; }
@@ -38,7 +38,7 @@ TEST(ManagementRecords, RecordWithoutAValueIsNothing) {
   EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
 }
 
-// Says no, after it has filled the record in.
+// Fills the record in and returns false.
 class HesitantManagement : public host::LocalManagement {
  public:
   bool getData(ManageableData& record) override {

@@ -1,5 +1,5 @@
-// What the way to a boundary asks of mktime, and what it makes of the answer. Where time_t has 32
-// bits mktime fails beyond 2038, which no clock here does by itself.
+// How the delay to a boundary uses mktime. Where time_t has 32 bits, mktime fails beyond 2038;
+// these tests make it fail here.
 
 #include <gtest/gtest.h>
 
@@ -65,7 +65,7 @@ TEST_F(Mktime, DecidesWhenTheBoundaryIs) {
   }
 }
 
-TEST_F(Mktime, MayGoNoFurtherThanATimerDoes) {
+TEST_F(Mktime, IsLimitedToTheLongestTimerPeriod) {
   constexpr time_t kFurthest = 4'294'967;
   g_answer = kNow + kFurthest;
   EXPECT_EQ(BoundaryDelay::toNextHour(kNow), 4'294'967'000U);
@@ -73,8 +73,8 @@ TEST_F(Mktime, MayGoNoFurtherThanATimerDoes) {
   EXPECT_EQ(BoundaryDelay::toNextHour(kNow), 4'294'967'295U);
 }
 
-// Else a timer would be due at once, over and over.
-TEST_F(Mktime, IsNotBelievedWhenItFailsOrGoesBack) {
+// Otherwise a timer would be due at once, over and over.
+TEST_F(Mktime, IsIgnoredWhenItFailsOrGoesBack) {
   for (const time_t answer : {time_t{-1}, time_t{0}, kNow - 1, kNow}) {
     g_answer = answer;
     EXPECT_EQ(BoundaryDelay::toNextHour(kNow), kToHour * 1000) << answer;
@@ -82,7 +82,7 @@ TEST_F(Mktime, IsNotBelievedWhenItFailsOrGoesBack) {
   }
 }
 
-TEST_F(Mktime, IsNotBelievedWhenItFailsBefore1970) {
+TEST_F(Mktime, IsIgnoredWhenItFailsBefore1970) {
   g_answer = -1;
   EXPECT_EQ(BoundaryDelay::toNextHour(kNow - utcInstant(2027, 1, 1)), kToHour * 1000);
 }

@@ -96,7 +96,7 @@ TEST_F(RemoteMethodsTest, ParametersAreFoundByNameInAnyOrder) {
   }
 }
 
-TEST_F(RemoteMethodsTest, EachMissingParameterKeepsTheServiceOut) {
+TEST_F(RemoteMethodsTest, ServiceIsNotCalledWhenAParameterIsMissing) {
   for (const RemoteRow& row : remoteProtocol())
     for (std::size_t i = 0; i < row.request.size(); ++i) {
       Lines parameters = row.request;
@@ -105,7 +105,7 @@ TEST_F(RemoteMethodsTest, EachMissingParameterKeepsTheServiceOut) {
     }
 }
 
-TEST_F(RemoteMethodsTest, ParameterOfAnotherTypeIsAsMissing) {
+TEST_F(RemoteMethodsTest, ParameterOfAnotherTypeCountsAsMissing) {
   for (const RemoteRow& row : remoteProtocol())
     for (std::size_t i = 0; i < row.request.size(); ++i)
       for (const std::string& other : withOtherTypes(row.request[i])) {
@@ -115,7 +115,7 @@ TEST_F(RemoteMethodsTest, ParameterOfAnotherTypeIsAsMissing) {
       }
 }
 
-TEST_F(RemoteMethodsTest, ParameterOfAnotherDirectionIsAsMissing) {
+TEST_F(RemoteMethodsTest, ParameterOfAnotherDirectionCountsAsMissing) {
   for (const RemoteRow& row : remoteProtocol())
     for (std::size_t i = 0; i < row.request.size(); ++i) {
       Lines parameters = row.request;
@@ -124,7 +124,7 @@ TEST_F(RemoteMethodsTest, ParameterOfAnotherDirectionIsAsMissing) {
     }
 }
 
-TEST_F(RemoteMethodsTest, ParameterNameWithAnotherCaseIsAsMissing) {
+TEST_F(RemoteMethodsTest, ParameterNameInAnotherCaseCountsAsMissing) {
   for (const RemoteRow& row : remoteProtocol())
     for (std::size_t i = 0; i < row.request.size(); ++i) {
       Lines parameters = row.request;
@@ -135,14 +135,14 @@ TEST_F(RemoteMethodsTest, ParameterNameWithAnotherCaseIsAsMissing) {
     }
 }
 
-TEST_F(RemoteMethodsTest, SetTimeIntTakesItsNumberByAnotherName) {
+TEST_F(RemoteMethodsTest, SetTimeIntReadsTheParameterNamedSetTime) {
   EXPECT_TRUE(send("setTimeInt", {"in int setTimeInt=5"}).replies.empty());
   EXPECT_TRUE(m_service.calls().empty());
   EXPECT_TRUE(send("setTimeInt", {"in int setTime=5"}).replies.empty());
   EXPECT_EQ(m_service.calls(), Lines{"setTime epoch 5"});
 }
 
-TEST_F(RemoteMethodsTest, RefusalIsRepliedWithNumbersAtZero) {
+TEST_F(RemoteMethodsTest, RefusalRepliesWithZeros) {
   m_service.refuse();
   EXPECT_EQ(send("getTimeUTCStrAndInts", {"in string getTimeUTCStrAndIntsString=x"}).replies,
             Lines{messageOf("reply", "getTimeUTCStrAndInts",
@@ -163,7 +163,7 @@ TEST_F(RemoteMethodsTest, RefusalIsRepliedWithNumbersAtZero) {
                        "out int getTimeIntsSecondsReturn=0"})});
 }
 
-TEST_F(RemoteMethodsTest, RefusalOfTheServiceIsReplied) {
+TEST_F(RemoteMethodsTest, RefusalRepliesFalse) {
   m_service.refuse();
   for (const RemoteRow& row : remoteProtocol()) {
     if (row.reply.size() != 1 || row.reply[0].rfind("out bool ", 0) != 0) continue;

@@ -13,7 +13,7 @@ constexpr std::int32_t kHighest32 = std::numeric_limits<std::int32_t>::max();
 constexpr std::int64_t kLowest64 = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kHighest64 = std::numeric_limits<std::int64_t>::max();
 
-TEST(Saturate, NumbersOfTheTypeStay) {
+TEST(Saturate, NumbersWithinTheTypeAreUnchanged) {
   for (const std::int32_t number : {0, 1, -1, 86400, kLowest32, kLowest32 + 1, kHighest32})
     EXPECT_EQ(saturate<std::int32_t>(number), number);
 }

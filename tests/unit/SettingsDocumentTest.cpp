@@ -98,7 +98,7 @@ TEST(SettingsDocument, AttributesAreIgnored) {
 }
 
 // By design: settings are single short tokens.
-TEST(SettingsDocument, OfTextInTwoPiecesTheSecondCounts) {
+TEST(SettingsDocument, SecondPieceOfATextReplacesTheFirst) {
   SettingsStore store;
   const auto settings = store.load();
   start(*settings, "SNTPaddress");
@@ -262,7 +262,7 @@ TEST(SettingsDocument, OtherSchemasAreNotLoaded) {
   EXPECT_EQ(store.load()->getDateFormat(), 0);
 }
 
-// Two threads load at once: the parser's state is theirs in turn, and no value is lost.
+// Two threads that load at once take turns with the parser, and no value is lost.
 TEST(SettingsDocument, LoadingFromTwoThreadsTakesTurns) {
   SettingsStore store;
   store.put("DateFormat", "2");

@@ -67,7 +67,7 @@ TEST(SntpAddress, UnchangedAddressIsRefusedAndNotStored) {
   EXPECT_EQ(store.writes(), 2U);
 }
 
-// What somebody else stored is not checked when it is loaded, but counts as unchanged all the same.
+// A stored address is not checked when it is loaded; setting it again counts as unchanged.
 TEST(SntpAddress, LoadedAddressIsTakenAsItIs) {
   SettingsStore store;
   store.put("SNTPaddress", "[::1]");

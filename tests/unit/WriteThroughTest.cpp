@@ -1,5 +1,5 @@
-// The rule of every setter of ClockServiceDataHandler: the store first, and memory when it
-// accepted.
+// The rule of every setter of ClockServiceDataHandler: write the store first, and memory only when
+// the store accepted.
 
 #include <gtest/gtest.h>
 
