@@ -12,13 +12,13 @@ using Clock = std::chrono::steady_clock;
 
 }  // namespace
 
-Client::Client(Assignment assignment, Surroundings surroundings, const ParentWatch& watch,
+Client::Client(Assignment assignment, Environment environment, const ParentWatch& watch,
                ClockSetter& clock)
     : m_assignment(std::move(assignment)),
-      m_surroundings(std::move(surroundings)),
+      m_environment(std::move(environment)),
       m_watch(watch),
       m_clock(clock),
-      m_backoff(m_surroundings.firstRetry) {}
+      m_backoff(m_environment.firstRetry) {}
 
 int Client::run() {
   for (long rounds = 0; rounds < kRounds; ++rounds) {
@@ -44,8 +44,8 @@ Client::Next Client::oneTry() {
     complain(std::string("answer ignored: ") + textOf(verdict));
   };
   const Outcome outcome =
-      ask(m_assignment.server.c_str(), m_assignment.family, m_surroundings.port.c_str(),
-          m_surroundings.answerLimit, m_watch, refused);
+      ask(m_assignment.server.c_str(), m_assignment.family, m_environment.port.c_str(),
+          m_environment.answerLimit, m_watch, refused);
   return follow(outcome);
 }
 
@@ -78,14 +78,14 @@ Client::Next Client::follow(const Outcome& outcome) try {
 }
 
 Client::Next Client::report(std::uint32_t seconds) {
-  switch (reportTime(m_surroundings.pipe, seconds, m_surroundings.reportLimit, m_watch)) {
+  switch (reportTime(m_environment.pipe, seconds, m_environment.reportLimit, m_watch)) {
     case ReportResult::parentGone:
       return Next::end;
     case ReportResult::noListener:
-      complain(std::string("nobody listens at ") + m_surroundings.pipe);
+      complain(std::string("nobody listens at ") + m_environment.pipe);
       break;
     case ReportResult::noPipe:
-      complain(std::string(m_surroundings.pipe) + " is no pipe");
+      complain(std::string(m_environment.pipe) + " is no pipe");
       break;
     case ReportResult::delivered:
       tellSteps("reported");

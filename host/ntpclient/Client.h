@@ -12,8 +12,8 @@
 
 namespace host::ntp {
 
-// What surrounds the client, as against what it was told to do.
-struct Surroundings {
+// What the client needs besides its assignment.
+struct Environment {
   std::string port = "123";
   const char* pipe = kReportPipe;  // outlives the client
   Backoff::Duration firstRetry = Backoff::kFirst;
@@ -27,7 +27,7 @@ struct Surroundings {
 class Client {
  public:
   // watch and clock outlive the client.
-  Client(Assignment assignment, Surroundings surroundings, const ParentWatch& watch,
+  Client(Assignment assignment, Environment environment, const ParentWatch& watch,
          ClockSetter& clock);
 
   // Returns the program's exit status: 0 when all rounds are done or the parent is gone, 1 when the
@@ -46,7 +46,7 @@ class Client {
   void complain(const std::string& what);
 
   const Assignment m_assignment;
-  const Surroundings m_surroundings;
+  const Environment m_environment;
   const ParentWatch& m_watch;
   ClockSetter& m_clock;
   Backoff m_backoff;

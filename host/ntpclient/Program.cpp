@@ -25,7 +25,7 @@ namespace {
 
 constexpr int kUsageError = 2;
 
-std::string_view environment(const char* name) {
+std::string_view variable(const char* name) {
   const char* const value = std::getenv(name);
   return value != nullptr ? value : "";
 }
@@ -37,30 +37,30 @@ std::optional<long> numberIn(std::string_view text, long most) {
   return fits ? std::optional(number) : std::nullopt;
 }
 
-std::optional<Surroundings> readSurroundings() {
-  Surroundings surroundings;
-  if (const auto port = environment("NTPCLIENT_PORT"); !port.empty()) {
+std::optional<Environment> readEnvironment() {
+  Environment environment;
+  if (const auto port = variable("NTPCLIENT_PORT"); !port.empty()) {
     if (!numberIn(port, 65535)) return std::nullopt;
-    surroundings.port = port;
+    environment.port = port;
   }
-  if (const auto retry = environment("NTPCLIENT_RETRY_MS"); !retry.empty()) {
+  if (const auto retry = variable("NTPCLIENT_RETRY_MS"); !retry.empty()) {
     const std::optional<long> wait = numberIn(retry, 3'600'000);
     if (!wait) return std::nullopt;
-    surroundings.firstRetry = Backoff::Duration(*wait);
+    environment.firstRetry = Backoff::Duration(*wait);
   }
-  return surroundings;
+  return environment;
 }
 
 // Invalid: there is none. Children of this program, if it had any, would not get it.
 Descriptor clockChannel() {
   constexpr long kMost = 1'000'000;
-  const std::optional<long> number = numberIn(environment(kClockChannelVariable), kMost);
+  const std::optional<long> number = numberIn(variable(kClockChannelVariable), kMost);
   if (!number || ::fcntl(static_cast<int>(*number), F_SETFD, FD_CLOEXEC) != 0) return {};
   return Descriptor(static_cast<int>(*number));
 }
 
 std::filesystem::path reportPipe() {
-  const std::string_view pipe = environment("CLOCKHOST_PIPE");
+  const std::string_view pipe = variable("CLOCKHOST_PIPE");
   return pipe.empty() ? kReportPipe : pipe;
 }
 
@@ -90,18 +90,18 @@ int runProgram(int argumentCount, char* const* arguments) try {
   const std::span words(arguments, static_cast<std::size_t>(argumentCount));
   const auto assignment = parseCommandLine(words.empty() ? words : words.subspan(1));
   if (!assignment) return refuse(kUsage);
-  auto surroundings = readSurroundings();
-  if (!surroundings) return refuse("ntpclient: NTPCLIENT_PORT or NTPCLIENT_RETRY_MS is no number");
+  auto environment = readEnvironment();
+  if (!environment) return refuse("ntpclient: NTPCLIENT_PORT or NTPCLIENT_RETRY_MS is no number");
   Descriptor channel = clockChannel();
   if (!channel.valid()) return refuse("ntpclient: CLOCKHOST_CLOCK_FD is no descriptor of a host");
   setSignals();
   const ParentWatch watch;
   const SealedPath pipe(reportPipe());
-  surroundings->pipe = pipe.get();
+  environment->pipe = pipe.get();
   unblockStandardError();
   giveUpTheRest(pipe, channel);
   const auto clock = makeHostClock(std::move(channel));
-  return Client(*assignment, *surroundings, watch, *clock).run();
+  return Client(*assignment, *environment, watch, *clock).run();
 } catch (const Error& error) {
   std::fprintf(stderr, "ntpclient: %s\n", error.what());
   return 1;

@@ -53,12 +53,12 @@ class NtpClient : public testing::Test {
   // The waits of a client whose server replies in this way, one after each reply.
   Waits waitsAfter(const std::vector<Reply>& replies) {
     const NotingWatch watch(replies);
-    Surroundings surroundings;
-    surroundings.port = m_server.port();
-    surroundings.pipe = "/nowhere/pipe";
-    surroundings.answerLimit = kLong;
-    surroundings.reportLimit = 1ms;
-    Client client({"127.0.0.1", AF_INET, false}, surroundings, watch, m_clock);
+    Environment environment;
+    environment.port = m_server.port();
+    environment.pipe = "/nowhere/pipe";
+    environment.answerLimit = kLong;
+    environment.reportLimit = 1ms;
+    Client client({"127.0.0.1", AF_INET, false}, environment, watch, m_clock);
     auto status = std::async(std::launch::async, [&] { return client.run(); });
     for (const Reply reply : replies) answer(reply);
     EXPECT_EQ(status.get(), 0);

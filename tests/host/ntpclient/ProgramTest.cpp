@@ -259,7 +259,7 @@ TEST(ClientProgramUsage, OtherWordsGetOneUsageLine) {
   }
 }
 
-TEST(ClientProgramUsage, SurroundingsThatAreNotUnderstoodAreRefused) {
+TEST(ClientProgramUsage, WrongEnvironmentIsRefused) {
   const Strings good = commandLine({"127.0.0.1", "-4"});
   for (const char* const wrong : {"NTPCLIENT_PORT=0", "NTPCLIENT_PORT=65536", "NTPCLIENT_PORT=ntp",
                                   "NTPCLIENT_RETRY_MS=0", "NTPCLIENT_RETRY_MS=1x"}) {
