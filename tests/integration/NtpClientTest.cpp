@@ -26,18 +26,18 @@ namespace fs = std::filesystem;
 class TelephoneWithAClient : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(::fcntl(m_inherited.get(), F_SETFD, 0), 0);
+    ASSERT_EQ(::fcntl(inherited.get(), F_SETFD, 0), 0);
     // NOLINTNEXTLINE(concurrency-mt-unsafe)
-    ::setenv("NTPCLIENT_PORT", m_server.port().c_str(), 1);
-    m_host.emplace(Words{"--network", "up"});
-    ASSERT_EQ(m_host->ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
-    m_request = m_server.receive();
-    ASSERT_TRUE(m_request);
+    ::setenv("NTPCLIENT_PORT", server.port().c_str(), 1);
+    running.emplace(Words{"--network", "up"});
+    ASSERT_EQ(running->ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
+    request = server.receive();
+    ASSERT_TRUE(request);
   }
 
   // The folder of the client's process.
   [[nodiscard]] fs::path process() {
-    std::istringstream status(m_host->ctl({"status"}).out);
+    std::istringstream status(running->ctl({"status"}).out);
     for (std::string word; status >> word;) {
       if (word == "process" && status >> word) return fs::path("/proc") / word;
     }
@@ -45,10 +45,10 @@ class TelephoneWithAClient : public ::testing::Test {
   }
 
   // The host inherits it.
-  const host::Descriptor m_inherited{::open("/dev/null", O_RDONLY | O_CLOEXEC)};
-  host::ntp::FakeSntpServer m_server;
-  std::optional<RunningHost> m_host;
-  std::optional<host::ntp::Bytes> m_request;
+  const host::Descriptor inherited{::open("/dev/null", O_RDONLY | O_CLOEXEC)};
+  host::ntp::FakeSntpServer server;
+  std::optional<RunningHost> running;
+  std::optional<host::ntp::Bytes> request;
 };
 
 std::string contentOf(const fs::path& file) {
@@ -57,9 +57,9 @@ std::string contentOf(const fs::path& file) {
 }
 
 TEST_F(TelephoneWithAClient, HasTheClockSetByIt) {
-  m_server.answer(host::ntp::answerTo(host::ntp::nonceOf(*m_request), host::ntp::kTime));
-  EXPECT_TRUE(m_host->waitFor({"clock"}, "2026-05-28T20:26:40Z")) << m_host->ctl({"clock"}).out;
-  EXPECT_TRUE(m_host->waitFor({"call", "isTimeSourceSntp"}, "true")) << m_host->program().err();
+  server.answer(host::ntp::answerTo(host::ntp::nonceOf(*request), host::ntp::kTime));
+  EXPECT_TRUE(running->waitFor({"clock"}, "2026-05-28T20:26:40Z")) << running->ctl({"clock"}).out;
+  EXPECT_TRUE(running->waitFor({"call", "isTimeSourceSntp"}, "true")) << running->program().err();
 }
 
 TEST_F(TelephoneWithAClient, GivesItNothingOfItsEnvironment) {
@@ -84,8 +84,8 @@ std::string kindOf(const std::string& file) {
 
 // The client's own are its watch of the host and the socket to its server.
 TEST_F(TelephoneWithAClient, GivesItItsChannelAndNoOtherDescriptor) {
-  ASSERT_TRUE(fs::exists("/proc/" + std::to_string(m_host->program().id()) + "/fd/" +
-                         std::to_string(m_inherited.get())))
+  ASSERT_TRUE(fs::exists("/proc/" + std::to_string(running->program().id()) + "/fd/" +
+                         std::to_string(inherited.get())))
       << "the host has more to pass on";
   std::map<int, std::string> descriptors;
   for (const auto& entry : fs::directory_iterator(process() / "fd")) {
@@ -106,7 +106,7 @@ std::string fieldOf(const fs::path& process, const std::string& name) {
 
 TEST_F(TelephoneWithAClient, KeepsItFromGainingPrivileges) {
   EXPECT_EQ(fieldOf(process(), "NoNewPrivs"), "1");
-  EXPECT_EQ(fieldOf("/proc/" + std::to_string(m_host->program().id()), "NoNewPrivs"), "1");
+  EXPECT_EQ(fieldOf("/proc/" + std::to_string(running->program().id()), "NoNewPrivs"), "1");
 #ifndef CLOCK_WITHOUT_FILTER
   constexpr const char* kFiltered = "2";
   EXPECT_EQ(fieldOf(process(), "Seccomp"), kFiltered);

@@ -13,7 +13,7 @@ class NoSkips : public testing::EmptyTestEventListener {
   }
 };
 
-[[maybe_unused]] const bool listens = [] {
+[[maybe_unused]] const bool kListens = [] {
   const char* const ci = std::getenv("CI");  // NOLINT(concurrency-mt-unsafe): before any thread
   if (ci != nullptr && *ci != '\0')
     testing::UnitTest::GetInstance()->listeners().Append(new NoSkips);  // who frees it

@@ -14,22 +14,22 @@ namespace {
 std::atomic<std::size_t> g_syncs{0};
 std::atomic<std::size_t> g_folderSyncs{0};
 std::atomic<bool> g_syncsFail{false};
-int writeError = 0;
+int g_writeError = 0;
 
 ssize_t refuseWrite(int, const void*, size_t) {
-  errno = writeError;
+  errno = g_writeError;
   return -1;
 }
 
 ssize_t refuseWriteAt(int, const void*, size_t, off_t) {
-  errno = writeError;
+  errno = g_writeError;
   return -1;
 }
 
-int readsToStumble = 0;
+int g_readsToStumble = 0;
 
 bool stumbles() {
-  return --readsToStumble == 0;
+  return --g_readsToStumble == 0;
 }
 
 ssize_t readOrStumble(int file, void* bytes, size_t count) {
@@ -70,7 +70,7 @@ std::size_t takeFolderSyncs() {
 }
 
 FailingWrites::FailingWrites(int error) {
-  writeError = error;
+  g_writeError = error;
   replace("write", reinterpret_cast<sqlite3_syscall_ptr>(refuseWrite));
   replace("pwrite", reinterpret_cast<sqlite3_syscall_ptr>(refuseWriteAt));
   replace("pwrite64", reinterpret_cast<sqlite3_syscall_ptr>(refuseWriteAt));
@@ -81,7 +81,7 @@ FailingWrites::~FailingWrites() {
 }
 
 StumblingReads::StumblingReads(int nth) {
-  readsToStumble = nth;
+  g_readsToStumble = nth;
   replace("read", reinterpret_cast<sqlite3_syscall_ptr>(readOrStumble));
   replace("pread", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrStumble));
   replace("pread64", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrStumble));
@@ -92,7 +92,7 @@ StumblingReads::~StumblingReads() {
 }
 
 bool StumblingReads::stumbled() {
-  return readsToStumble <= 0;
+  return g_readsToStumble <= 0;
 }
 
 FailingSyncs::FailingSyncs() {
