@@ -2,38 +2,66 @@
 
 #include <atomic>
 #include <new>
+#include <utility>
 
 #include "Logging.h"
+#include "base/Mutex.h"
 
 namespace host {
 namespace {
 
-constinit std::atomic<void*> g_reserve{nullptr};
+constinit Mutex g_mutex;
+constinit void* g_reserve CLOCK_GUARDED_BY(g_mutex) = nullptr;
+constinit unsigned g_uses CLOCK_GUARDED_BY(g_mutex) = 0;
+constinit std::atomic<bool> g_used{false};
 
-// operator new calls this when it finds no memory, and tries again when it returns.
-void releaseReserve() {
-  void* const reserve = g_reserve.exchange(nullptr);
-  if (reserve == nullptr) throw std::bad_alloc();
-  ::operator delete(reserve);
+thread_local unsigned t_usesSeen = 0;
+thread_local bool t_refilling = false;
+
+// What operator new calls when there is no memory, before it tries again. When another thread has
+// used the reserve meanwhile, there may be memory again.
+void useReserve() {
+  if (t_refilling) throw std::bad_alloc();
+  const MutexLock lock(g_mutex);
+  if (std::exchange(t_usesSeen, g_uses) != g_uses) return;
+  if (g_reserve == nullptr) throw std::bad_alloc();
+  t_usesSeen = ++g_uses;
+  g_used = true;
+  ::operator delete(std::exchange(g_reserve, nullptr));
+}
+
+void* newReserve() {
+  t_refilling = true;
+  void* const reserve = ::operator new(MemoryReserve::kSize, std::nothrow);
+  t_refilling = false;
+  return reserve;
 }
 
 }  // namespace
 
 MemoryReserve::MemoryReserve() {
+  const MutexLock lock(g_mutex);
   g_reserve = ::operator new(kSize);
-  std::set_new_handler(releaseReserve);
+  std::set_new_handler(useReserve);
 }
 
 MemoryReserve::~MemoryReserve() {
+  const MutexLock lock(g_mutex);
   std::set_new_handler(nullptr);
-  ::operator delete(g_reserve.exchange(nullptr));
+  ::operator delete(std::exchange(g_reserve, nullptr));
+  g_used = false;
 }
 
 bool MemoryReserve::refill() {
-  if (g_reserve != nullptr || std::get_new_handler() != releaseReserve) return true;
-  void* const reserve = ::operator new(kSize, std::nothrow);
-  if (reserve == nullptr) return false;
-  g_reserve = reserve;
+  if (!g_used) return true;
+  {
+    // Held while the reserve takes what may be the last memory: another thread finds it there.
+    const MutexLock lock(g_mutex);
+    void* const reserve = newReserve();
+    if (reserve == nullptr) return false;
+    g_used = false;
+    ::operator delete(std::exchange(g_reserve, reserve));
+  }
   logAppUni("clockhost", 2, __FILE__, __LINE__, "memory was short: the reserve had to be used");
   return true;
 }

@@ -4,13 +4,15 @@
 
 namespace host {
 
-// Memory that the first failed allocation releases, so that the current frame can be finished. The
-// JSON library needs it above all: it allocates while it frees a document, and terminates the
-// process when it cannot. Owner: the process, one at a time. Thread: any; refill() the loop's.
-// Failure: once the reserve is used, failed allocations throw std::bad_alloc until refill().
+// Memory put aside for a shortage: the first allocation that fails gets it, so that the frame at
+// hand can be finished. Cleaning up after a failure takes it, too: the JSON library allocates while
+// it frees a document, and ends the process when it cannot.
+// Owner: the process, one at a time. Thread: any. Failure: an allocation that fails between the use
+// and refill() is a std::bad_alloc where it happens. On a thread that has not met the last use of
+// the reserve it is tried once more before: the thread that used it may have made room.
 class MemoryReserve {
  public:
-  // Far more than a usual request takes. The pages are not touched before they are needed.
+  // Far more than a usual request takes. Nothing touches it before it is needed.
   static constexpr std::size_t kSize = 4UL * 1024 * 1024;
 
   MemoryReserve();
@@ -18,8 +20,8 @@ class MemoryReserve {
   MemoryReserve(const MemoryReserve&) = delete;
   MemoryReserve& operator=(const MemoryReserve&) = delete;
 
-  // Replaces a used reserve, with one log line. False: there is still not enough memory. True also
-  // in a process without a reserve.
+  // Makes a reserve that was used whole again, with one log line. False: there is still no memory
+  // to be had. True also when the process has no reserve.
   [[nodiscard]] static bool refill();
 };
 

@@ -4,6 +4,7 @@
 
 #include <new>
 #include <optional>
+#include <thread>
 
 #include "support/LogCapture.h"
 
@@ -12,12 +13,13 @@ namespace {
 
 constexpr const char* kLine = "memory was short: the reserve had to be used";
 
-// What operator new does when there is no memory.
+// What operator new does when there is no memory. Only the tests' own thread uses the reserve: that
+// thread has then seen each use, whatever the order of the tests.
 void runOut() {
   std::get_new_handler()();
 }
 
-TEST(MemoryReserve, IsReleasedOnceUntilItIsRefilled) {
+TEST(MemoryReserve, HelpsOutOnceUntilItIsRefilled) {
   const support::LogCapture log;
   const MemoryReserve reserve;
   for (int time = 1; time <= 2; ++time) {
@@ -28,7 +30,34 @@ TEST(MemoryReserve, IsReleasedOnceUntilItIsRefilled) {
   }
 }
 
-TEST(MemoryReserve, UnusedOneIsNotReplaced) {
+// A thread that is new to the shortage tries again first: another one may have made room.
+TEST(MemoryReserve, UsedByOneThreadGivesEachOtherOneMoreTry) {
+  const support::LogCapture log;
+  const MemoryReserve reserve;
+  EXPECT_NO_THROW(runOut());
+  std::thread other([] {
+    EXPECT_NO_THROW(runOut());
+    EXPECT_THROW(runOut(), std::bad_alloc);
+  });
+  other.join();
+  EXPECT_THROW(runOut(), std::bad_alloc);
+  EXPECT_TRUE(MemoryReserve::refill());
+  EXPECT_EQ(log.count(kLine), 1U) << log.text();
+  EXPECT_NO_THROW(runOut());
+}
+
+TEST(MemoryReserve, ThatIsRefilledStaysWholeWhileAThreadTriesAgain) {
+  const support::LogCapture log;
+  const MemoryReserve reserve;
+  EXPECT_NO_THROW(runOut());
+  EXPECT_TRUE(MemoryReserve::refill());
+  std::thread other([] { EXPECT_NO_THROW(runOut()); });
+  other.join();
+  EXPECT_TRUE(MemoryReserve::refill());
+  EXPECT_EQ(log.count(kLine), 1U) << log.text();
+}
+
+TEST(MemoryReserve, WholeOneIsLeftAlone) {
   const support::LogCapture log;
   const MemoryReserve reserve;
   EXPECT_TRUE(MemoryReserve::refill());
@@ -36,13 +65,13 @@ TEST(MemoryReserve, UnusedOneIsNotReplaced) {
   EXPECT_NO_THROW(runOut());
 }
 
-TEST(MemoryReserve, ProcessWithoutOneNeedsNoRefill) {
+TEST(MemoryReserve, ProcessWithoutOneGoesOn) {
   { const MemoryReserve reserve; }
   EXPECT_EQ(std::get_new_handler(), nullptr);
   EXPECT_TRUE(MemoryReserve::refill());
 }
 
-TEST(MemoryReserve, UsedOneThatIsDestroyedNeedsNoRefill) {
+TEST(MemoryReserve, UsedOneThatIsGoneIsNotMissed) {
   std::optional<MemoryReserve> reserve;
   reserve.emplace();
   runOut();
