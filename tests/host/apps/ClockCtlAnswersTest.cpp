@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -15,6 +16,7 @@
 #include "remote/SocketFile.h"
 #include "scenario/ScenarioWords.h"
 #include "support/TemporaryFolder.h"
+#include "verbs/JsonText.h"
 
 namespace host {
 namespace {
@@ -29,6 +31,7 @@ class OddHost {
       : m_kind(kind), m_answers(std::move(answers)), m_listener(m_folder / "socket.control") {}
 
   std::filesystem::path socket() const { return m_folder / "socket"; }
+  const std::vector<std::string>& requests() const { return m_requests; }
 
   void serve() {
     pollfd coming{m_listener.descriptor(), POLLIN, 0};
@@ -48,14 +51,15 @@ class OddHost {
  private:
   void answer(int client, const Frame& request) {
     if (request.kind != FrameKind::controlRequest) return;
-    const std::string& text = m_answers[std::min(m_answered++, m_answers.size() - 1)];
+    const std::string& text = m_answers[std::min(m_requests.size(), m_answers.size() - 1)];
+    m_requests.emplace_back(request.payload);
     const std::string bytes = encodeFrame({m_kind, request.id, text});
     static_cast<void>(::send(client, bytes.data(), bytes.size(), MSG_NOSIGNAL));
   }
 
   const FrameKind m_kind;
   const std::vector<std::string> m_answers;
-  std::size_t m_answered = 0;
+  std::vector<std::string> m_requests;
   support::TemporaryFolder m_folder;
   SocketFile m_listener;
 };
@@ -64,6 +68,7 @@ struct Ended {
   int status = 0;
   std::string out;
   std::string err;
+  std::vector<std::string> requests;
 };
 
 Ended endOf(const std::string& line, std::vector<std::string> answers,
@@ -74,7 +79,7 @@ Ended endOf(const std::string& line, std::vector<std::string> answers,
   std::ostringstream err;
   const int status = runClockCtl(splitScenarioLine(line), odd.socket(), out, err);
   serving.join();
-  return {status, out.str(), err.str()};
+  return {status, out.str(), err.str(), odd.requests()};
 }
 
 // What clockctl says on standard error; its status is 1.
@@ -112,7 +117,7 @@ TEST(ClockCtlAnswers, ThatGoBackAreGivenUp) {
   EXPECT_EQ(end.err, "clockctl: the host's answer has no end\n");
 }
 
-TEST(ClockCtlAnswers, MayHaveAnyNumberOfPages) {
+TEST(ClockCtlAnswers, MayHaveAnyNumberOfPagesEachAskedForAfterTheOneBefore) {
   std::vector<std::string> answers;
   std::string all;
   for (int number = 1; number <= 1000; ++number) {
@@ -123,6 +128,8 @@ TEST(ClockCtlAnswers, MayHaveAnyNumberOfPages) {
   const Ended end = endOf("--json security-log", answers);
   EXPECT_EQ(end.status, 0) << end.err;
   EXPECT_EQ(end.out, R"({"ok":true,"records":[)" + all + "0]}\n");
+  for (std::size_t number = 0; number <= 1000; ++number)
+    ASSERT_EQ(Json::parse(end.requests.at(number)).value("after", std::size_t{0}), number);
 }
 
 TEST(ClockCtlAnswers, OfAFollowedLogAreObjects) {
