@@ -144,10 +144,12 @@ TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
 }
 
 TEST(VerbPrinters, TheStatusIsTheClockThenTheHost) {
-  EXPECT_EQ(printed(printStatus, R"({"clock":{"utc":"U","next":"N"},"plugin":"p","variant":3,
+  EXPECT_EQ(printed(printStatus, R"({"clock":{"utc":"U","local":"L","tz":"Z","uptime":"T",
+                                              "next":"N"},"plugin":"p","variant":3,
                                      "network":"up","ntpClient":"not running","clients":1,
                                      "socket":"s","state":"f","version":"v"})"),
-            "utc          U\nnext timer   N\nplug-in      p\nvariant      3\nnetwork      up\n"
+            "utc          U\nlocal        L\ntz           Z\nuptime       T\nnext timer   N\n"
+            "plug-in      p\nvariant      3\nnetwork      up\n"
             "ntp client   not running\nclients      1\nsocket       s\nstate        f\n"
             "version      v\n");
 }
