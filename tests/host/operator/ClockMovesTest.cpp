@@ -131,6 +131,15 @@ TEST_F(TravellingTelephone, SaysWhereItStandsAndWhyItGoesNoFurther) {
   }
 }
 
+// As long as the hourly timer needs to expire after the jump, and once more.
+TEST_F(TravellingTelephone, FarWayIsAJumpToTwoHoursBeforeAndThesePass) {
+  const auto before = clock.uptime();
+  begin(kToLeapDay);
+  runToTheEnd();
+  const auto hours = std::chrono::floor<std::chrono::hours>(clock.uptime() - before);
+  EXPECT_EQ(hours, std::chrono::hours(2));
+}
+
 // Another thread may set the clock at any moment, and what it sets is to stay.
 TEST_F(TravellingTelephone, ClockIsNotMovedToFindOutWhetherTheServiceFollowsIt) {
   std::atomic<bool> ended = false;
