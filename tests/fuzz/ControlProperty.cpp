@@ -5,17 +5,16 @@
 #include <optional>
 #include <vector>
 
-#include "FrameworkContext.h"
 #include "clock/VirtualClock.h"
 #include "fuzz/Property.h"
 #include "interpose/DeviceRoot.h"
 #include "operator/Controller.h"
 #include "remote/Frame.h"
-#include "remote/JsonCodec.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "services/ManagementThread.h"
 #include "services/MemoryDataAccess.h"
+#include "support/Framework.h"
 
 namespace {
 
@@ -60,17 +59,6 @@ class Client final : public host::ControlChannel {
   std::function<void()> m_gone;
 };
 
-// No peer ever calls.
-class NoPeers final : public FrameworkContext {
- public:
-  virtual ~NoPeers() = default;
-  MessageCodec* getCodec(const std::string&) override { return &m_codec; }
-  Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
-
- private:
-  host::JsonCodec m_codec;
-};
-
 host::Plugin& plugin() {
   static host::Plugin loaded(CLOCK_PLUGIN);
   return loaded;
@@ -89,7 +77,7 @@ class Host {
   Host() {
     host::setDeviceRoot("root");
     host::setProcessClock(&m_clock);
-    m_device.start(m_peers);
+    m_device.start(m_framework);
   }
   ~Host() {
     m_device.stop();
@@ -110,7 +98,7 @@ class Host {
  private:
   void holdAnswer(const Client& client, const std::string& request);
 
-  NoPeers m_peers;
+  support::Framework m_framework;  // no peer ever calls
   host::MemoryDataAccess m_store;
   host::VirtualClock m_clock;
   host::Device m_device{m_clock, plugin(), optionsWith(m_store)};

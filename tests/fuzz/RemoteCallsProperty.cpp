@@ -8,13 +8,12 @@
 
 #include "ClockServiceInvoker.h"
 #include "ClockServiceObserverProxy.h"
-#include "FrameworkContext.h"
-#include "InvokerResponse.h"
 #include "Method.h"
 #include "ProxyRequest.h"
 #include "fuzz/Property.h"
 #include "plugin/Telephone.h"
 #include "remote/JsonCodec.h"
+#include "support/Framework.h"
 #include "verbs/MethodCatalogue.h"
 
 namespace {
@@ -42,25 +41,22 @@ void holdReply(const Method& reply, const host::RemoteMethod& row) {
 }
 
 // A peer that calls and observes.
-class Peer final : public FrameworkContext, public ProxyRequest {
+class Peer final : public ProxyRequest {
  public:
   explicit Peer(plugin::Telephone& telephone)
       : m_telephone(telephone), m_proxy(createClockServiceObserverProxy()) {
     m_proxy->initProxy(*this);
-    m_invoker.initInvoker(this);
+    m_framework.codecs["json"] = &m_codec;
+    m_framework.proxy = m_proxy.get();
+    m_invoker.initInvoker(&m_framework);
   }
-  virtual ~Peer() = default;
 
   void call(const std::string& bytes) {
-    m_replies.clear();
-    m_invoker.handleMessage(&m_telephone.service(), bytes.data(), static_cast<int>(bytes.size()),
-                            new Response(*this));
-    hold(m_responses == 0, "a response is deleted", bytes);
-    holdAnswer(bytes);
+    const auto outcome = support::request(m_invoker, &m_telephone.service(), bytes, "json");
+    hold(outcome.deleted, "a response is deleted", bytes);
+    holdAnswer(bytes, outcome.replies);
   }
 
-  MessageCodec* getCodec(const std::string&) override { return &m_codec; }
-  Proxy* createProxy(const std::string&, const std::string&) override { return m_proxy.get(); }
   bool sendMethod(Method& method) override {
     const auto* const event = host::findRemoteEvent(method.getName());
     hold(event != nullptr && method.getParameters().size() == event->request.size(),
@@ -69,43 +65,28 @@ class Peer final : public FrameworkContext, public ProxyRequest {
   }
 
  private:
-  class Response final : public InvokerResponse {
-   public:
-    explicit Response(Peer& peer) : m_peer(peer) { ++m_peer.m_responses; }
-    ~Response() override { --m_peer.m_responses; }
-    const char* getCodecName() override { return "json"; }
-    const char* getReplyAddress() override { return "peer"; }
-    void sendReply(const char* data, int length) override {
-      m_peer.m_replies.emplace_back(data, static_cast<std::size_t>(length));
-    }
-
-   private:
-    Peer& m_peer;
-  };
-
   bool decode(const std::string& bytes, Method& method) {
     std::stringstream stream(bytes);
     return m_codec.decode(stream, method);
   }
 
-  void holdAnswer(const std::string& bytes) {
+  void holdAnswer(const std::string& bytes, const std::vector<std::string>& replies) {
     Method request;
     const host::RemoteMethod* const row =
         decode(bytes, request) ? host::findRemoteMethod(request.getName()) : nullptr;
-    const bool replies = row != nullptr && row->replies;
-    hold(m_replies.size() == (replies ? 1U : 0U), "a known method is answered once", bytes);
-    if (!replies) return;
+    const bool isReplied = row != nullptr && row->replies;
+    hold(replies.size() == (isReplied ? 1U : 0U), "a known method is answered once", bytes);
+    if (!isReplied) return;
     Method reply;
-    hold(decode(m_replies.front(), reply), "a reply can be read", m_replies.front());
+    hold(decode(replies.front(), reply), "a reply can be read", replies.front());
     holdReply(reply, *row);
   }
 
   plugin::Telephone& m_telephone;
   host::JsonCodec m_codec;
   std::unique_ptr<Proxy> m_proxy;
+  support::Framework m_framework;
   ClockServiceInvoker m_invoker;
-  std::vector<std::string> m_replies;
-  int m_responses = 0;
 };
 
 }  // namespace

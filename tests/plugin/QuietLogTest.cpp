@@ -10,8 +10,8 @@
 #include "framework/ProgramMap.h"
 #include "plugin/RecordingServices.h"
 #include "plugin/Telephone.h"
+#include "support/Framework.h"
 #include "support/LogCapture.h"
-#include "unit/InvokerSurroundings.h"
 
 namespace {
 
@@ -109,14 +109,11 @@ TEST_F(ClockWithoutALog, HasAnInvalidMacAddress) {
 }
 
 TEST_F(ClockWithoutALog, GetsInvalidRequests) {
-  unit::Framework framework;
+  support::Framework framework;
   ClockServiceInvoker invoker;
   telephone.switchOn();
   const auto send = [&](Executable* service, const char* message) {
-    unit::Outcome outcome;
-    invoker.handleMessage(service, message, static_cast<int>(std::strlen(message)),
-                          new unit::Response(outcome, "text"));
-    EXPECT_TRUE(outcome.replies.empty()) << message;
+    EXPECT_TRUE(support::request(invoker, service, message).replies.empty()) << message;
   };
   send(&telephone.service(), "call getTime\n");  // before its initialisation
   invoker.initInvoker(&framework);

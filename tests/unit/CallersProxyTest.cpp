@@ -7,12 +7,11 @@
 
 #include "ClockServiceInvoker.h"
 #include "ClockServiceObserverProxy.h"
-#include "unit/InvokerSurroundings.h"
+#include "support/Framework.h"
 #include "unit/RecordingService.h"
 
 namespace {
 
-using unit::Outcome;
 using Lines = std::vector<std::string>;
 
 constexpr const char* kObserve = "call observeTimeEvents\n";
@@ -30,14 +29,12 @@ class CallersProxyTest : public testing::Test {
   CallersProxyTest() { m_invoker.initInvoker(&m_framework); }
 
   Lines send(const std::string& message, const std::string& address = "peer 5") {
-    Outcome outcome;
-    m_invoker.handleMessage(&m_service, message.data(), static_cast<int>(message.size()),
-                            new unit::Response(outcome, "text", address));
+    const auto outcome = support::request(m_invoker, &m_service, message, "text", address);
     EXPECT_TRUE(outcome.deleted) << message;
     return outcome.replies;
   }
 
-  unit::Framework m_framework;
+  support::Framework m_framework;
   unit::RecordingService m_service;
   ClockServiceInvoker m_invoker;
 };
@@ -46,7 +43,7 @@ TEST_F(CallersProxyTest, IsRequestedByInterfaceAndAddress) {
   send(kObserve, "peer 5");
   send(kUnobserve, "peer 6");
   send(kSetAlarm, "");
-  EXPECT_EQ(m_framework.proxiesAsked(),
+  EXPECT_EQ(m_framework.proxiesAsked,
             (Lines{"ClockServiceObserverIfc at peer 5", "ClockServiceObserverIfc at peer 6",
                    "ClockServiceObserverIfc at "}));
 }
@@ -82,7 +79,7 @@ TEST_F(CallersProxyTest, ProxyOfAnotherInterfaceIsANullObserver) {
 
 TEST_F(CallersProxyTest, IsRequestedEvenWhenTheAlarmTimeIsMissing) {
   EXPECT_EQ(send("call setAlarmClock\n"), Lines{"reply setAlarmClock\n"});
-  EXPECT_EQ(m_framework.proxiesAsked(), Lines{"ClockServiceObserverIfc at peer 5"});
+  EXPECT_EQ(m_framework.proxiesAsked, Lines{"ClockServiceObserverIfc at peer 5"});
   EXPECT_TRUE(m_service.calls().empty());
 }
 
@@ -91,7 +88,7 @@ TEST_F(CallersProxyTest, IsNotRequestedByOtherMethods) {
        {"call getTime\n", "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n",
         "call setTimeInt\nin int setTime=1\n", "call nothing\n"})
     send(message);
-  EXPECT_TRUE(m_framework.proxiesAsked().empty());
+  EXPECT_TRUE(m_framework.proxiesAsked.empty());
 }
 
 }  // namespace

@@ -8,15 +8,15 @@
 #include <vector>
 
 #include "ClockService.h"
+#include "support/Framework.h"
 #include "support/LogCapture.h"
-#include "unit/InvokerSurroundings.h"
 #include "unit/RecordingService.h"
 
 namespace {
 
 using support::LogCapture;
-using unit::Outcome;
-using unit::Response;
+using support::Outcome;
+using support::Response;
 using Lines = std::vector<std::string>;
 
 class OtherService : public Executable {
@@ -32,17 +32,22 @@ class ThrowingService : public unit::RecordingService {
 
 class ClockServiceInvokerTest : public testing::Test {
  protected:
-  ClockServiceInvokerTest() { m_invoker.initInvoker(&m_framework); }
+  ClockServiceInvokerTest() {
+    m_framework.codecs["marked"] = &m_marked;
+    m_framework.text.afterReading = [this](const std::string& bytes, std::iostream&) {
+      m_decoded = bytes;
+    };
+    m_invoker.initInvoker(&m_framework);
+  }
 
   Outcome send(Executable* executable, const std::string& message,
                const std::string& codec = "text") {
-    Outcome outcome;
-    m_invoker.handleMessage(executable, message.data(), static_cast<int>(message.size()),
-                            new Response(outcome, codec));
-    return outcome;
+    return support::request(m_invoker, executable, message, codec);
   }
 
-  unit::Framework m_framework;
+  support::TextCodec m_marked{"marked "};
+  support::Framework m_framework;
+  std::string m_decoded;  // of the latest request
   unit::RecordingService m_service;
   ClockServiceInvoker m_invoker;
 };
@@ -63,10 +68,8 @@ TEST_F(ClockServiceInvokerTest, RequestIsAnsweredOnceAndTheResponseDeleted) {
 
 TEST_F(ClockServiceInvokerTest, WithoutAContextARequestIsLoggedAndNotAnswered) {
   const LogCapture log;
-  Outcome outcome;
-  const std::string message = "call getTime\n";
-  ClockServiceInvoker().handleMessage(&m_service, message.data(), static_cast<int>(message.size()),
-                                      new Response(outcome, "text"));
+  ClockServiceInvoker invoker;
+  const Outcome outcome = support::request(invoker, &m_service, "call getTime\n");
   EXPECT_TRUE(outcome.replies.empty());
   EXPECT_TRUE(outcome.deleted);
   EXPECT_TRUE(m_service.calls().empty());
@@ -76,15 +79,15 @@ TEST_F(ClockServiceInvokerTest, WithoutAContextARequestIsLoggedAndNotAnswered) {
 TEST_F(ClockServiceInvokerTest, CodecOfTheRequestWritesTheReply) {
   const Outcome outcome = send(&m_service, "marked call getTime\n", "marked");
   EXPECT_EQ(outcome.replies, Lines{"marked reply getTime\nout string getTimeStringReturn=09:07\n"});
-  for (const std::string& name : m_framework.codecsAsked()) EXPECT_EQ(name, "marked");
+  for (const std::string& name : m_framework.codecsAsked) EXPECT_EQ(name, "marked");
 }
 
 TEST_F(ClockServiceInvokerTest, OnlyTheBytesOfTheRequestAreRead) {
   const std::string message = "call getTime\nnot a parameter\n";
   Outcome outcome;
-  m_invoker.handleMessage(&m_service, message.data(), 13, new Response(outcome, "text"));
+  m_invoker.handleMessage(&m_service, message.data(), 13, new Response(outcome));
   EXPECT_EQ(outcome.replies.size(), 1U);
-  EXPECT_EQ(m_framework.text.decoded(), "call getTime\n");
+  EXPECT_EQ(m_decoded, "call getTime\n");
 }
 
 TEST_F(ClockServiceInvokerTest, BytesOfRequestAndReplyMayBeZero) {
@@ -92,7 +95,7 @@ TEST_F(ClockServiceInvokerTest, BytesOfRequestAndReplyMayBeZero) {
   m_service.setTimeText(text);
   const std::string message = std::string("call getTime\nin string x=") + text + "\n";
   const Outcome outcome = send(&m_service, message);
-  EXPECT_EQ(m_framework.text.decoded(), message);
+  EXPECT_EQ(m_decoded, message);
   EXPECT_EQ(outcome.replies, Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
 }
 
@@ -102,15 +105,15 @@ TEST_F(ClockServiceInvokerTest, LongRequestAndReplyAreWhole) {
   const std::string message = "call getTime\nin string x=" + text + "\n";
   EXPECT_EQ(send(&m_service, message).replies,
             Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
-  EXPECT_EQ(m_framework.text.decoded(), message);
+  EXPECT_EQ(m_decoded, message);
 }
 
 TEST_F(ClockServiceInvokerTest, ReplyStreamIsFreshWhateverTheCodecDidToTheRequests) {
-  m_framework.text.leaveStream([](std::iostream& stream) {
+  m_framework.text.afterReading = [](const std::string&, std::iostream& stream) {
     stream << "left over" << std::hex << std::showbase;
     stream.setstate(std::ios_base::failbit);
-  });
-  m_framework.text.endReplyWith(255);
+  };
+  m_framework.text.replyEnd = 255;
   for (int i = 0; i < 2; ++i)
     EXPECT_EQ(send(&m_service, "call getTime\n").replies,
               Lines{"reply getTime\nout string getTimeStringReturn=09:07\n255"});
@@ -129,7 +132,7 @@ TEST_F(ClockServiceInvokerTest, NullServiceIsLoggedAndNotAnswered) {
   EXPECT_TRUE(outcome.deleted);
   EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Could not cast executable to ClockServiceIfc\n");
   EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
-  EXPECT_TRUE(m_framework.codecsAsked().empty());
+  EXPECT_TRUE(m_framework.codecsAsked.empty());
 }
 
 TEST_F(ClockServiceInvokerTest, AnotherServiceIsLoggedAndNotAnswered) {
@@ -149,7 +152,7 @@ TEST_F(ClockServiceInvokerTest, UnknownCodecIsLoggedAndNotAnswered) {
   EXPECT_TRUE(outcome.deleted);
   EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n");
   EXPECT_TRUE(log.has(2, "Failed to decode msg"));
-  EXPECT_EQ(m_framework.codecsAsked(), Lines{"unheard-of"});
+  EXPECT_EQ(m_framework.codecsAsked, Lines{"unheard-of"});
   EXPECT_TRUE(m_service.calls().empty());
 }
 
@@ -170,7 +173,7 @@ TEST_F(ClockServiceInvokerTest, RequestWithoutBytesDoesNotDecode) {
   for (const int length : {0, -1}) {
     const LogCapture log;
     Outcome outcome;
-    m_invoker.handleMessage(&m_service, nullptr, length, new Response(outcome, "text"));
+    m_invoker.handleMessage(&m_service, nullptr, length, new Response(outcome));
     EXPECT_TRUE(outcome.replies.empty() && outcome.deleted) << "length " << length;
     EXPECT_TRUE(log.has(2, "Failed to decode msg")) << "length " << length;
   }
@@ -225,7 +228,7 @@ TEST_F(ClockServiceInvokerTest, ResponseIsDeletedWhenTheServiceThrows) {
   Outcome outcome;
   const std::string message = "call getTimeVal\n";
   EXPECT_THROW(m_invoker.handleMessage(&broken, message.data(), static_cast<int>(message.size()),
-                                       new Response(outcome, "text")),
+                                       new Response(outcome)),
                std::logic_error);
   EXPECT_TRUE(outcome.deleted);
 }
@@ -240,7 +243,7 @@ TEST_F(ClockServiceInvokerTest, NullResponseIsTolerated) {
 }
 
 TEST(ClockServiceInvokerStart, InitialisationIsLoggedAtLevelFour) {
-  unit::Framework framework;
+  support::Framework framework;
   ClockServiceInvoker invoker;
   {
     const LogCapture log(4);
@@ -257,12 +260,10 @@ TEST(ClockServiceInvokerStart, InitialisationIsLoggedAtLevelFour) {
 TEST(ClockServiceInvokerStart, FactoryMakesAnInvoker) {
   const std::unique_ptr<Invoker> invoker(createClockServiceInvoker());
   ASSERT_NE(dynamic_cast<ClockServiceInvoker*>(invoker.get()), nullptr);
-  unit::Framework framework;
+  support::Framework framework;
   unit::RecordingService service;
-  Outcome outcome;
   invoker->initInvoker(&framework);
-  invoker->handleMessage(&service, "call getTime\n", 13, new Response(outcome, "text"));
-  EXPECT_EQ(outcome.replies.size(), 1U);
+  EXPECT_EQ(support::request(*invoker, &service, "call getTime\n").replies.size(), 1U);
 }
 
 }  // namespace

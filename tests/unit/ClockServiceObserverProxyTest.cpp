@@ -12,7 +12,7 @@
 #include "ProxyRequest.h"
 #include "clock/VirtualClock.h"
 #include "framework/HostContext.h"
-#include "unit/MethodText.h"
+#include "support/MethodText.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ namespace {
 class RecordingRequest final : public ProxyRequest {
  public:
   bool sendMethod(Method& method) override {
-    m_messages.push_back(unit::textOf(method));
+    m_messages.push_back(support::textOf(method));
     return m_reachable;
   }
   void setReachable(bool reachable) { m_reachable = reachable; }

@@ -8,15 +8,15 @@
 
 #include "ClockServiceInvoker.h"
 #include "ClockServiceObserverProxy.h"
-#include "unit/InvokerSurroundings.h"
+#include "support/Framework.h"
 #include "unit/RecordingService.h"
 #include "unit/RemoteProtocol.h"
 
 namespace {
 
+using support::Outcome;
 using unit::Lines;
 using unit::Missing;
-using unit::Outcome;
 using unit::remoteProtocol;
 using unit::RemoteRow;
 
@@ -51,9 +51,7 @@ class RemoteMethodsTest : public testing::Test {
 
   Outcome send(const std::string& name, const Lines& parameters) {
     const std::string message = messageOf("call", name, parameters);
-    Outcome outcome;
-    m_invoker.handleMessage(&m_service, message.data(), static_cast<int>(message.size()),
-                            new unit::Response(outcome, "text", "peer 5"));
+    Outcome outcome = support::request(m_invoker, &m_service, message);
     EXPECT_TRUE(outcome.deleted) << message;
     return outcome;
   }
@@ -65,7 +63,7 @@ class RemoteMethodsTest : public testing::Test {
     EXPECT_EQ(m_service.calls().size(), before) << messageOf("call", row.name, parameters);
   }
 
-  unit::Framework m_framework;
+  support::Framework m_framework;
   unit::RecordingService m_service;
   ClockServiceObserverProxy m_proxy;
   ClockServiceInvoker m_invoker;

@@ -10,7 +10,7 @@ using Lines = std::vector<std::string>;
 // The reply when a request parameter is missing.
 enum class Missing { impossible, noReply, emptyReply, withParameter };
 
-// One method of the remote protocol. Parameters are lines as in MethodText.h.
+// One method of the remote protocol. Parameters are lines as in support/MethodText.h.
 struct RemoteRow {
   std::string name;
   Lines request;     // its parameters

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <future>
 
-#include "FrameworkContext.h"
 #include "clock/VirtualClock.h"
 #include "framework/StateFolder.h"
 #include "host/runtime/TestPluginNotes.h"
@@ -16,19 +15,13 @@
 #include "runtime/Plugin.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
+#include "support/Framework.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
 
 using namespace std::chrono_literals;
-
-class NoFramework : public FrameworkContext {
- public:
-  virtual ~NoFramework() = default;
-  MessageCodec* getCodec(const std::string&) override { return nullptr; }
-  Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
-};
 
 class EndingDevice : public testing::Test {
  protected:
@@ -57,7 +50,7 @@ class EndingDevice : public testing::Test {
   const support::TemporaryFolder m_folder;
   VirtualClock m_clock;
   Plugin m_plugin{testPlugin("full")};
-  NoFramework m_framework;
+  support::Framework m_framework;
   DeviceOptions m_options;
 };
 

@@ -10,7 +10,6 @@
 #include <optional>
 
 #include "DataStorage.h"
-#include "FrameworkContext.h"
 #include "Proxy.h"
 #include "base/Descriptor.h"
 #include "base/Error.h"
@@ -24,6 +23,7 @@
 #include "services/MemoryDataAccess.h"
 #include "services/PhysicalInterface.h"
 #include "services/SecurityLog.h"
+#include "support/Framework.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
@@ -34,13 +34,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-class NoRemote : public FrameworkContext {
- public:
-  virtual ~NoRemote() = default;
-  MessageCodec* getCodec(const std::string&) override { return nullptr; }
-  Proxy* createProxy(const std::string&, const std::string&) override { return nullptr; }
-};
 
 // Waits until the listener is inside open: a writer can then open the pipe. Wakes it once.
 bool waitForReader(const std::string& pipe) {
@@ -77,7 +70,7 @@ class TelephoneWithTestPlugin : public ::testing::Test {
   support::LogCapture log;
   VirtualClock clock;
   Plugin plugin{testPlugin("full")};
-  NoRemote remote;
+  support::Framework remote;
   DeviceOptions options;
   std::optional<Device> device;
 };

@@ -4,7 +4,7 @@
 
 class Method;
 
-namespace unit {
+namespace support {
 
 // A message as lines of text, in order:
 //   call setTime
@@ -15,4 +15,4 @@ std::string textOf(const Method& method);
 // The reverse; false, and `method` untouched, when the text is not a message.
 bool methodOf(const std::string& text, Method& method);
 
-}  // namespace unit
+}  // namespace support

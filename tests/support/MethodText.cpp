@@ -1,4 +1,4 @@
-#include "unit/MethodText.h"
+#include "support/MethodText.h"
 
 #include <sstream>
 #include <vector>
@@ -50,7 +50,7 @@ bool addParameter(const std::string& line, Method& method) {
 
 }  // namespace
 
-std::string unit::textOf(const Method& method) {
+std::string support::textOf(const Method& method) {
   std::string text = (method.getType() == Method::reply ? "reply " : "call ") + method.getName();
   text += '\n';
   for (const Parameter& parameter : method.getParameters()) {
@@ -60,7 +60,7 @@ std::string unit::textOf(const Method& method) {
   return text;
 }
 
-bool unit::methodOf(const std::string& text, Method& method) {
+bool support::methodOf(const std::string& text, Method& method) {
   const std::vector<std::string> lines = linesOf(text);
   std::string kind, name;
   if (lines.empty() || !cut(lines.front(), ' ', kind, name) || (kind != "call" && kind != "reply"))
