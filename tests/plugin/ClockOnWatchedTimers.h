@@ -1,18 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "ClockService.h"
-#include "plugin/JournalObserver.h"
-#include "plugin/OrderedTimers.h"
-#include "plugin/RecordingServices.h"
-#include "plugin/ReportPipe.h"
-#include "support/ZoneGuard.h"
+#include "plugin/RecordingTelephone.h"
 
 namespace plugin {
 
@@ -27,30 +19,18 @@ using std::chrono::seconds;
 enum Timer : int { kFallback = 1, kTimeChanged, kDateChanged, kZoneRefresh, kHour, kMidnight };
 
 // A clock whose timers are seen and fired by hand. It starts at 22:10:05 on 15 June 2030, UTC.
-class ClockOnWatchedTimers : public testing::Test {
+class ClockOnWatchedTimers : public RecordingTelephone {
  protected:
   explicit ClockOnWatchedTimers(OrderedTimers::Order order = OrderedTimers::Order::ofCreation)
-      : timers(clock, order) {
-    host::setProcessClock(&clock);
-    timers.add("DataAccessServiceIfc", &store);
-    timers.add("PhysicalInterfaceServiceIfc", &physical);
-    timers.add("LocalMgmtIfc", &management);
+      : RecordingTelephone(order) {
     store.items["FallbackDateTime"] = "2030-06-15T22:10:05+00:00";
   }
-  ~ClockOnWatchedTimers() override {
-    pipe.release();
-    service.reset();
-    host::setProcessClock(nullptr);
-  }
-  ClockOnWatchedTimers(const ClockOnWatchedTimers&) = delete;
-  ClockOnWatchedTimers& operator=(const ClockOnWatchedTimers&) = delete;
 
   void start() {
-    service = std::make_unique<ClockService>();
-    service->observeTimeEvents(&observer);
-    service->initWith(&timers);
+    service.reset();
+    begin(&timers);
     journal.take();
-    timers.onCall = [this](const std::string& call) { journal.add(call); };
+    recordCalls();
   }
   void startAt(const std::string& utc) {
     store.items["FallbackDateTime"] = utc + "+00:00";
@@ -76,17 +56,6 @@ class ClockOnWatchedTimers : public testing::Test {
         events.push_back(line);
     return events;
   }
-
-  Journal journal;
-  const support::ZoneGuard processZone{"UTC0"};
-  host::VirtualClock clock;
-  OrderedTimers timers;
-  RecordingPhysical physical{journal, 0};
-  RecordingManagement management{journal};
-  RecordingStore store{journal};
-  JournalObserver observer{journal};
-  ReportPipe pipe;
-  std::unique_ptr<ClockService> service;
 };
 
 // The same clock on a framework that delivers equal expiries in the other order.

@@ -6,23 +6,23 @@
 #include <atomic>
 
 #include "ManageableData.h"
-#include "plugin/RecordingFramework.h"
 #include "plugin/RecordingSecurityLog.h"
+#include "plugin/RecordingTelephone.h"
 #include "plugin/Telephone.h"
 #include "support/WaitingCall.h"
 
 namespace {
 
-using plugin::RecordingFramework;
+using plugin::RecordedStart;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST_F(RecordingFramework, SeesTheTwelveStepsOfStartUpInOrder) {
+TEST_F(RecordedStart, SeesTheTwelveStepsOfStartUpInOrder) {
   store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
   management.values["interface-status"] = "up";
-  start(&context);
+  start();
   EXPECT_THAT(
       journal.take(),
       ElementsAre("service PhysicalInterfaceServiceIfc", "hardware variant?",
@@ -38,75 +38,73 @@ TEST_F(RecordingFramework, SeesTheTwelveStepsOfStartUpInOrder) {
                   "log 5 NTP Client Thread has been started"));
 }
 
-TEST_F(RecordingFramework, FindsTheClockSetToTheSavedTimeBeforeTheFirstTimer) {
+TEST_F(RecordedStart, FindsTheClockSetToTheSavedTimeBeforeTheFirstTimer) {
   store.items["FallbackDateTime"] = "2030-01-02T05:30:00+02:00";  // the offset is applied
   std::string atFirstTimer;
-  context.onCall = [&](const std::string& call) {
+  timers.onCall = [&](const std::string& call) {
     if (atFirstTimer.empty() && call.rfind("create", 0) == 0) atFirstTimer = service->getUTCTime(0);
   };
-  start(&context);
+  start();
   EXPECT_EQ(atFirstTimer, "2030-01-02T03:30:00+00:00");
   end();  // the framework tells of the end, too
 }
 
-TEST_F(RecordingFramework, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
+TEST_F(RecordedStart, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
   ASSERT_TRUE(clock.setWall(std::chrono::seconds{1'000'000}));
   store.items["FallbackDateTime"] = "yesterday";
-  start(&context);
+  start();
   EXPECT_EQ(service->getTimeVal(), 1'000'000);
   EXPECT_TRUE(log.has(2, "init: FallbackTime \"yesterday\" is not a UTC string"));
 }
 
-TEST_F(RecordingFramework, StartsNoNtpClientUnlessTheNetworkIsExactlyUp) {
+TEST_F(RecordedStart, StartsNoNtpClientUnlessTheNetworkIsExactlyUp) {
   for (const char* const status : {"down", "", "UP", "up ", "upper", " up", "backup", "true"}) {
     management.values["interface-status"] = status;
-    service = std::make_unique<ClockService>();
-    start(&context);
+    start();
     EXPECT_THAT(journal.take(), Not(Contains("log 5 start NTP client"))) << status;
     end();
   }
 }
 
-TEST_F(RecordingFramework, HasTheTimeItemReadOnlyWithAServerOnly) {
+TEST_F(RecordedStart, HasTheTimeItemReadOnlyWithAServerOnly) {
   for (const auto& [server, state] :
        {std::pair{"192.0.2.1", "4"}, {"::", "0"}, {"0.0.0.0", "0"}, {"", "0"}}) {
     store.items["SNTPaddress"] = server;
-    service = std::make_unique<ClockService>();
-    start(&context);
+    start();
     EXPECT_THAT(journal.take(), Contains(std::string("item state time ") + state)) << server;
     end();
   }
 }
 
-TEST_F(RecordingFramework, PassesTheSoftwareTypeToTheSettings) {
+TEST_F(RecordedStart, PassesTheSoftwareTypeToTheSettings) {
   management.values["related-software-type"] = "Velmora QEX";
-  start(&context);
+  start();
   // that type has no zone of its own until a time source is chosen
   EXPECT_THAT(journal.take(), Contains("observer zone "));
 }
 
-TEST_F(RecordingFramework, SeesEveryTimerDeletedAtTheEnd) {
+TEST_F(RecordedStart, SeesEveryTimerDeletedAtTheEnd) {
   management.values["mac-addr"] = "0001E3A1B2C3";
-  start(&context);
-  context.pass(std::chrono::hours{1});  // now there is a restart timer, too
-  EXPECT_EQ(context.timers(), 7U);
+  start();
+  timers.pass(std::chrono::hours{1});  // now there is a restart timer, too
+  EXPECT_EQ(timers.timers(), 7U);
   journal.take();
-  pipe.release();
-  service.reset();
-  EXPECT_EQ(context.timers(), 0U);
+  end();
+  EXPECT_EQ(timers.timers(), 0U);
   const auto lines = journal.take();
   EXPECT_THAT(lines, Contains("delete 1"));
   EXPECT_THAT(lines, Not(Contains(testing::HasSubstr("observer"))));  // nobody is told
 }
 
-TEST_F(RecordingFramework, MayDestroyAServiceThatWasNeverStarted) {
+TEST_F(RecordedStart, MayDestroyAServiceThatWasNeverStarted) {
+  service = std::make_unique<ClockService>();
   service.reset();
   EXPECT_THAT(journal.lines(), IsEmpty());
   EXPECT_FALSE(log.hasPart("Cannot open"));
 }
 
-TEST_F(RecordingFramework, SeesNoEffectOfRunShutdownHookSwitchAndAlarms) {
-  start(&context);
+TEST_F(RecordedStart, SeesNoEffectOfRunShutdownHookSwitchAndAlarms) {
+  start();
   journal.take();
   std::string alarmTime = "07:00";
   service->run();
@@ -122,8 +120,8 @@ TEST_F(RecordingFramework, SeesNoEffectOfRunShutdownHookSwitchAndAlarms) {
 
 // The observer's event holds the listener in the middle of an update, for which the destruction has
 // to wait: the update starts a timer again, and saves the time.
-TEST_F(RecordingFramework, MayDestroyTheServiceWhileTheListenerIsInAnUpdate) {
-  start(&context);
+TEST_F(RecordedStart, MayDestroyTheServiceWhileTheListenerIsInAnUpdate) {
+  start();
   std::atomic<bool> inUpdate{false};
   std::atomic<bool> held{true};
   observer.onEvent = [&] {

@@ -5,7 +5,6 @@
 
 #include "ManageableData.h"
 #include "plugin/ClockOnWatchedTimers.h"
-#include "plugin/StartUpLog.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 

@@ -134,9 +134,7 @@ TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheSecondFormatWhenBot
     management.acceptReports = {{"date-format", !second}, {"time-format", second}};
     start();
     EXPECT_EQ(service->resetUserData(), second);
-    pipe.release();
-    service.reset();
-    pipe.renew();
+    end();
   }
 }
 
@@ -146,9 +144,7 @@ TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheFirstFormatWhenItIs
     management.acceptReports = {{"date-format", accepted}};
     start();
     EXPECT_EQ(service->resetUserData(), accepted);
-    pipe.release();
-    service.reset();
-    pipe.renew();
+    end();
   }
 }
 

@@ -3,19 +3,19 @@
 #include <gmock/gmock.h>
 
 #include "ManageableData.h"
-#include "plugin/RecordingFramework.h"
 #include "plugin/RecordingSecurityLog.h"
+#include "plugin/RecordingTelephone.h"
 #include "plugin/Telephone.h"
 
 namespace {
 
-using plugin::RecordingFramework;
+using plugin::RecordedStart;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-TEST_F(RecordingFramework, GetsNoTimersFromAServiceWithoutAContext) {
-  start(nullptr);
+TEST_F(RecordedStart, GetsNoTimersFromAServiceWithoutAContext) {
+  startWith(nullptr);
   const auto lines = journal.take();
   EXPECT_THAT(lines,
               ElementsAre("log 2 Serious error, no svcRteCntxt available", "observer zone LOC00:00",
@@ -23,8 +23,8 @@ TEST_F(RecordingFramework, GetsNoTimersFromAServiceWithoutAContext) {
   EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
 }
 
-TEST_F(RecordingFramework, GetsNoReactionToTimersFromAServiceWithoutAContext) {
-  start(nullptr);
+TEST_F(RecordedStart, GetsNoReactionToTimersFromAServiceWithoutAContext) {
+  startWith(nullptr);
   journal.take();
   log.clear();
   for (const int timer : {-1, 1, 2, 3, 4, 5, 6, 7}) service->timerEvent(timer);
@@ -32,8 +32,8 @@ TEST_F(RecordingFramework, GetsNoReactionToTimersFromAServiceWithoutAContext) {
   EXPECT_THAT(log.entries(), testing::IsEmpty());
 }
 
-TEST_F(RecordingFramework, CanAskAServiceWithoutAContextEverything) {
-  start(nullptr);
+TEST_F(RecordedStart, CanAskAServiceWithoutAContextEverything) {
+  startWith(nullptr);
   ManageableData record;
   for (const char* const key : {"date-format", "sntp-addr", "time", "unknown"}) {
     record.setRootId(key, nullptr);
@@ -60,28 +60,28 @@ TEST_F(RecordingFramework, CanAskAServiceWithoutAContextEverything) {
   EXPECT_EQ(service->getUTCTime(0), "2004-03-02T05:06:07+00:00");
 }
 
-TEST_F(RecordingFramework, MissesThePhysicalInterfaceWithOneLine) {
-  context.add("PhysicalInterfaceServiceIfc", nullptr);
-  start(&context);
+TEST_F(RecordedStart, MissesThePhysicalInterfaceWithOneLine) {
+  timers.add("PhysicalInterfaceServiceIfc", nullptr);
+  start();
   const auto lines = journal.take();
   EXPECT_THAT(lines, Contains("log 2 Cannot find PhysicalInterfaceServiceIfc\n").Times(1));
   EXPECT_THAT(lines, Not(Contains("subscribe (1,2,2)")));
   EXPECT_EQ(service->getDate(), "16.06.16");  // as on variant 0
 }
 
-TEST_F(RecordingFramework, TakesAServiceOfAnotherTypeForAMissingOne) {
+TEST_F(RecordedStart, TakesAServiceOfAnotherTypeForAMissingOne) {
   plugin::RecordingSecurityLog other;
-  context.add("PhysicalInterfaceServiceIfc", &other);
-  context.add("LocalMgmtIfc", &other);
-  start(&context);
+  timers.add("PhysicalInterfaceServiceIfc", &other);
+  timers.add("LocalMgmtIfc", &other);
+  start();
   const auto lines = journal.take();
   EXPECT_THAT(lines, Contains("log 2 Cannot find PhysicalInterfaceServiceIfc\n"));
   EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
 }
 
-TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
-  context.add("LocalMgmtIfc", nullptr);
-  start(&context);
+TEST_F(RecordedStart, MissesLocalManagementAndTakesTheNetworkForDown) {
+  timers.add("LocalMgmtIfc", nullptr);
+  start();
   const auto lines = journal.take();
   EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
   EXPECT_THAT(lines, Not(Contains("observe dhcp-enabled")));
@@ -90,10 +90,10 @@ TEST_F(RecordingFramework, MissesLocalManagementAndTakesTheNetworkForDown) {
   EXPECT_FALSE(service->resetUserData());
 }
 
-TEST_F(RecordingFramework, IsManagedWithoutLocalManagementToReportTo) {
-  context.add("LocalMgmtIfc", nullptr);
+TEST_F(RecordedStart, IsManagedWithoutLocalManagementToReportTo) {
+  timers.add("LocalMgmtIfc", nullptr);
   store.items["DateFormat"] = "1";
-  start(&context);
+  start();
   for (const auto& [key, value] :
        {std::pair{"sntp-addr", "192.0.2.1"}, {"daylight-save-zone-index", "9"}}) {
     ManageableData record;
@@ -106,16 +106,16 @@ TEST_F(RecordingFramework, IsManagedWithoutLocalManagementToReportTo) {
   EXPECT_EQ(store.items["DateFormat"], "1");
 }
 
-TEST_F(RecordingFramework, SeesAnErrorLoggedWhenTheStartCannotBeRecorded) {
+TEST_F(RecordedStart, SeesAnErrorLoggedWhenTheStartCannotBeRecorded) {
   management.acceptSets = false;
-  start(&context);
+  start();
   EXPECT_TRUE(log.has(2, "logStartUpUtc method failed to write last-restart-date"));
   EXPECT_THAT(journal.take(), Contains(testing::StartsWith("write last-restart-date")).Times(1));
 }
 
-TEST_F(RecordingFramework, ServesDefaultsWithoutAStoreAndRefusesToStore) {
-  context.add("DataAccessServiceIfc", nullptr);
-  start(&context);
+TEST_F(RecordedStart, ServesDefaultsWithoutAStoreAndRefusesToStore) {
+  timers.add("DataAccessServiceIfc", nullptr);
+  start();
   EXPECT_EQ(service->getUTCTime(0), "2016-06-16T00:00:00+00:00");
   ManageableData record;
   record.setRootId("date-format", nullptr);
@@ -123,11 +123,10 @@ TEST_F(RecordingFramework, ServesDefaultsWithoutAStoreAndRefusesToStore) {
   EXPECT_FALSE(service->setData(record));
 }
 
-TEST_F(RecordingFramework, NeverSeesATimerUsedThatCouldNotBeCreated) {
+TEST_F(RecordedStart, NeverSeesATimerUsedThatCouldNotBeCreated) {
   for (const int refused : {0, -1}) {
-    context.refuseTimers(refused);
-    service = std::make_unique<ClockService>();
-    start(&context);
+    timers.refuseTimers(refused);
+    start();
     for (int event = 0; event < 3; ++event) service->setTime(1, 2, 3);
     ManageableData record;
     record.setRootId("dhcp-enabled", nullptr);

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "ManageableData.h"
-#include "plugin/RecordingFramework.h"
+#include "plugin/RecordingTelephone.h"
 
 namespace {
 
@@ -20,12 +20,12 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // A running clock on recording parts, at 2030-01-02T03:30:00.
-class ClockHearingReports : public plugin::RecordingFramework {
+class ClockHearingReports : public plugin::RecordedStart {
  protected:
   void startWith(Executable* physicalInterface) {
-    context.add("PhysicalInterfaceServiceIfc", physicalInterface);
+    timers.add("PhysicalInterfaceServiceIfc", physicalInterface);
     store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
-    start(&context);
+    start();
     journal.take();
   }
   std::vector<std::string> change(const std::string& key, const std::string& value) {
@@ -98,7 +98,6 @@ TEST_F(ClockHearingReports, ReceivesAReportThroughThePipe) {
 
 TEST_F(ClockHearingReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
   for (const char* const who : {"all", "unmanaged"}) {
-    service = std::make_unique<ClockService>();
     log.clear();  // of the other listener's start
     store.items.clear();
     startWith(&physical);

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "ManageableData.h"
-#include "plugin/RecordingFramework.h"
+#include "plugin/RecordingTelephone.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 #include "support/UtcInstant.h"
@@ -218,11 +218,11 @@ class ClockOfAnotherDay final : public ClockService {
   std::string getUTCTime(int /*seconds*/) override { return "another time"; }
 };
 
-class ClockWithOverrides : public plugin::RecordingFramework {};
+class ClockWithOverrides : public plugin::RecordedStart {};
 
 TEST_F(ClockWithOverrides, AnnouncesWhatTheyAnswer) {
   service = std::make_unique<ClockOfAnotherDay>();
-  start(&context);
+  start();
   constexpr int kZoneRefresh = 4;
   service->timerEvent(kZoneRefresh);
   EXPECT_THAT(journal.take(),

@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
-
-#include "framework/LogBook.h"
 #include "plugin/ClockOnWatchedTimers.h"
 #include "support/LogCapture.h"
 
@@ -14,28 +11,10 @@ using namespace plugin;
 using testing::ElementsAre;
 using testing::StartsWith;
 
-// Puts the clock's lines between what it asks of the framework.
-class JournalLog final : public host::LogSink {
- public:
-  explicit JournalLog(Journal& journal) : m_journal(journal) {}
-  void write(const host::LogEntry& entry) override {
-    if (entry.text.rfind("getTimeInternal", 0) == 0 || entry.text.rfind("NTP", 0) == 0) return;
-    m_journal.add(std::to_string(entry.level) + " " + entry.text);
-  }
-
- private:
-  Journal& m_journal;
-};
-
+// A clock that has started, and whose log lines stand between what it asks of the framework.
 class ClockWithLoggedTimers : public ClockOnWatchedTimers {
  protected:
-  ClockWithLoggedTimers() {
-    start();
-    host::LogBook::instance().addSink(m_log);
-  }
-  ~ClockWithLoggedTimers() override { host::LogBook::instance().removeSink(m_log); }
-  ClockWithLoggedTimers(const ClockWithLoggedTimers&) = delete;
-  ClockWithLoggedTimers& operator=(const ClockWithLoggedTimers&) = delete;
+  ClockWithLoggedTimers() { start(); }
 
   const std::string now = "2030-06-15T22:10:05+00:00";
   const std::string stored = "store FallbackDateTime=" + now;
@@ -44,8 +23,11 @@ class ClockWithLoggedTimers : public ClockOnWatchedTimers {
   const std::string armsMidnight = "5 setTimeSyncTimer -> setting date timer";
 
  private:
-  const support::LogCapture m_level{6};
-  const std::shared_ptr<JournalLog> m_log = std::make_shared<JournalLog>(journal);
+  const support::LogCapture m_log{
+      6, [this](const host::LogEntry& entry) {
+        if (entry.text.rfind("getTimeInternal", 0) == 0 || entry.text.rfind("NTP", 0) == 0) return;
+        journal.add(std::to_string(entry.level) + " " + entry.text);
+      }};
 };
 
 TEST_F(ClockWithLoggedTimers, NamesTheSavedTimeBeforeTheTimerStartsAgain) {

@@ -3,12 +3,17 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <utility>
 
 namespace support {
 
 class LogCapture::Sink : public host::LogSink {
  public:
+  explicit Sink(std::function<void(const host::LogEntry&)> onEntry)
+      : m_onEntry(std::move(onEntry)) {}
+
   void write(const host::LogEntry& entry) override {
+    if (m_onEntry) m_onEntry(entry);
     const std::lock_guard lock(m_mutex);
     m_entries.push_back(entry);
     m_written.notify_all();
@@ -38,13 +43,15 @@ class LogCapture::Sink : public host::LogSink {
   }
 
  private:
+  const std::function<void(const host::LogEntry&)> m_onEntry;
   std::mutex m_mutex;
   std::condition_variable m_written;
   std::vector<host::LogEntry> m_entries;
 };
 
-LogCapture::LogCapture(int level)
-    : m_sink(std::make_shared<Sink>()), m_levelBefore(host::LogBook::instance().level()) {
+LogCapture::LogCapture(int level, std::function<void(const host::LogEntry&)> onEntry)
+    : m_sink(std::make_shared<Sink>(std::move(onEntry))),
+      m_levelBefore(host::LogBook::instance().level()) {
   host::LogBook::instance().setLevel(level);
   host::LogBook::instance().addSink(m_sink);
 }

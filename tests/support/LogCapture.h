@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,7 +15,8 @@ namespace support {
 // Thread: any.
 class LogCapture {
  public:
-  explicit LogCapture(int level = 6);
+  // onEntry: called with each entry, on the thread that logs, before it is kept.
+  explicit LogCapture(int level = 6, std::function<void(const host::LogEntry&)> onEntry = {});
   ~LogCapture();
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "ClockService.h"
+#include "plugin/JournalObserver.h"
+#include "plugin/OrderedTimers.h"
+#include "plugin/RecordingServices.h"
+#include "plugin/ReportPipe.h"
+#include "support/LogCapture.h"
+#include "support/ZoneGuard.h"
+
+namespace plugin {
+
+// A telephone whose parts write what they are asked into one journal; its service is not there yet.
+class RecordingTelephone : public testing::Test {
+ protected:
+  explicit RecordingTelephone(OrderedTimers::Order order = OrderedTimers::Order::ofCreation,
+                              const std::string& observerName = {})
+      : timers(clock, order), observer(journal, observerName) {
+    host::setProcessClock(&clock);
+    timers.add("DataAccessServiceIfc", &store);
+    timers.add("PhysicalInterfaceServiceIfc", &physical);
+    timers.add("LocalMgmtIfc", &management);
+  }
+  ~RecordingTelephone() override {
+    end();
+    host::setProcessClock(nullptr);
+  }
+  RecordingTelephone(const RecordingTelephone&) = delete;
+  RecordingTelephone& operator=(const RecordingTelephone&) = delete;
+
+  // Starts the service that the test has made, or else a new one.
+  void begin(Context* with) {
+    pipe.renew();
+    if (!service) service = std::make_unique<ClockService>();
+    service->observeTimeEvents(&observer);
+    service->initWith(with);
+  }
+  void end() {
+    pipe.release();
+    service.reset();
+  }
+  void recordCalls() {
+    timers.onCall = [this](const std::string& call) { journal.add(call); };
+  }
+
+  Journal journal;
+  const support::ZoneGuard processZone{"UTC0"};
+  host::VirtualClock clock;
+  OrderedTimers timers;
+  RecordingPhysical physical{journal, 0};
+  RecordingManagement management{journal};
+  RecordingStore store{journal};
+  JournalObserver observer;
+  ReportPipe pipe;
+  std::unique_ptr<ClockService> service;
+};
+
+// Writes the lines of the start-up into the journal, between what is asked of the framework.
+class StartUpLog : public support::LogCapture {
+ public:
+  explicit StartUpLog(Journal& journal)
+      : LogCapture(6, [&journal](const host::LogEntry& entry) {
+          for (const char* const text :
+               {"init: initial", "start NTP client", "NTP Client Thread has been", "Serious error",
+                "Cannot find"})
+            if (entry.text.rfind(text, 0) == 0)
+              journal.add("log " + std::to_string(entry.level) + " " + entry.text);
+        }) {}
+};
+
+// ... and records from the first step of the start-up on.
+class RecordedStart : public RecordingTelephone {
+ protected:
+  RecordedStart() : RecordingTelephone(OrderedTimers::Order::ofCreation, "observer") {
+    recordCalls();
+  }
+
+  void start() { startWith(&timers); }
+  void startWith(Context* context) {
+    begin(context);
+    ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
+  }
+
+  StartUpLog log{journal};
+};
+
+}  // namespace plugin
