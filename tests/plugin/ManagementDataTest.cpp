@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "DSTZoneRules.h"
-#include "ManageableData.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/ManagedData.h"
 
 namespace {
 
@@ -50,8 +50,7 @@ TEST_F(ManagedClock, GivesADefaultForEachKey) {
 
 TEST_F(ManagedClock, PopulatesNothingForAnUnknownKey) {
   for (const char* const key : {"", "Time", "time ", "date_format", "last-restart-date"}) {
-    ManageableData record;
-    record.setRootId(key, nullptr);
+    ManageableData record = support::dataOf(key);
     EXPECT_FALSE(telephone.service().getData(record)) << key;
     std::string value = "untouched";
     EXPECT_FALSE(record.interogate(key, value)) << key;

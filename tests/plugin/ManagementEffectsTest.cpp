@@ -3,10 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include "ManageableData.h"
 #include "plugin/ClockOnWatchedTimers.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/ManagedData.h"
 
 namespace {
 
@@ -23,10 +23,7 @@ class ManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
   ManagedClockOnRecordingParts() { management.values["interface-status"] = "down"; }
 
   bool set(const std::string& key, const std::string& value) {
-    ManageableData record;
-    record.setRootId(key, nullptr);
-    record.populate(key, value);
-    return management.agent->setData(record);
+    return support::set(*management.agent, key, value);
   }
   // The journal of one accepted set, and of one refused.
   std::vector<std::string> accepted(const std::string& key, const std::string& value) {
@@ -109,8 +106,7 @@ TEST_F(ManagedClockOnRecordingParts, LeavesTheClientAloneWhenTheServerIsRefused)
 TEST_F(ManagedClockOnRecordingParts, TakesARecordWithoutAValueForAnEmptyOne) {
   start();
   const support::LogCapture log(5);
-  ManageableData record;
-  record.setRootId("ntp-secret", nullptr);
+  ManageableData record = support::dataOf("ntp-secret");
   EXPECT_TRUE(service->setData(record));
   EXPECT_THAT(journal.take(), ElementsAre("store NTPsharedSecret=", kSecurityService));
   EXPECT_TRUE(log.has(5, "setData: \"ntp-secret\": \"\""));
@@ -121,9 +117,7 @@ TEST_F(ManagedClockOnRecordingParts, LogsNoGetsAndSetsBelowLevelFive) {
   const support::LogCapture log(4);
   for (const char* const key : {"time-format", "unknown"}) {
     set(key, "1");
-    ManageableData record;
-    record.setRootId(key, nullptr);
-    service->getData(record);
+    support::get(*service, key);
   }
   EXPECT_EQ(log.text(), "");
 }

@@ -4,10 +4,10 @@
 
 #include <stdexcept>
 
-#include "ManageableData.h"
 #include "plugin/ClockOnWatchedTimers.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/ManagedData.h"
 
 namespace {
 
@@ -22,10 +22,7 @@ class OddlyManagedClock : public testing::Test {
     telephone.switchOn();
   }
   bool setData(const std::string& key, const std::string& value) {
-    ManageableData record;
-    record.setRootId(key, nullptr);
-    record.populate(key, value);
-    return telephone.service().setData(record);
+    return support::set(telephone.service(), key, value);
   }
   std::string utc() { return telephone.service().getUTCTime(0); }
 
@@ -111,10 +108,7 @@ TEST_F(OddlyManagedClock, HasIndexMinusOneForAStoredZoneThatTheTableLacks) {
 class OddlyManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
  protected:
   bool set(const std::string& key, const std::string& value) {
-    ManageableData record;
-    record.setRootId(key, nullptr);
-    record.populate(key, value);
-    return service->setData(record);
+    return support::set(*service, key, value);
   }
 };
 

@@ -2,10 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include "ManageableData.h"
 #include "plugin/RecordingSecurityLog.h"
 #include "plugin/RecordingTelephone.h"
 #include "plugin/Telephone.h"
+#include "support/ManagedData.h"
 
 namespace {
 
@@ -34,20 +34,14 @@ TEST_F(RecordedStart, GetsNoReactionToTimersFromAServiceWithoutAContext) {
 
 TEST_F(RecordedStart, CanAskAServiceWithoutAContextEverything) {
   startWith(nullptr);
-  ManageableData record;
   for (const char* const key : {"date-format", "sntp-addr", "time", "unknown"}) {
-    record.setRootId(key, nullptr);
-    record.populate(key, "0");
+    ManageableData record = support::dataOf(key, "0");
     EXPECT_FALSE(service->getData(record)) << key;
     EXPECT_FALSE(service->setData(record)) << key;
   }
-  for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"}) {
-    record.setRootId(key, nullptr);
-    for (const char* const value : {"all", "up", "true"}) {
-      record.populate(key, value);
-      service->manageableDataChanged(record);
-    }
-  }
+  for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"})
+    for (const char* const value : {"all", "up", "true"})
+      support::announceChange(*service, key, value);
   EXPECT_FALSE(service->resetUserData());
   EXPECT_EQ(service->getDate(), "01.01.70");
   EXPECT_EQ(service->getTime(), "00:00");
@@ -95,12 +89,8 @@ TEST_F(RecordedStart, IsManagedWithoutLocalManagementToReportTo) {
   store.items["DateFormat"] = "1";
   start();
   for (const auto& [key, value] :
-       {std::pair{"sntp-addr", "192.0.2.1"}, {"daylight-save-zone-index", "9"}}) {
-    ManageableData record;
-    record.setRootId(key, nullptr);
-    record.populate(key, value);
-    EXPECT_TRUE(service->setData(record)) << key;
-  }
+       {std::pair{"sntp-addr", "192.0.2.1"}, {"daylight-save-zone-index", "9"}})
+    EXPECT_TRUE(support::set(*service, key, value)) << key;
   EXPECT_EQ(store.items["DaylightSavingZoneIDDevice"], "9");
   EXPECT_FALSE(service->resetUserData());
   EXPECT_EQ(store.items["DateFormat"], "1");
@@ -117,10 +107,7 @@ TEST_F(RecordedStart, ServesDefaultsWithoutAStoreAndRefusesToStore) {
   timers.add("DataAccessServiceIfc", nullptr);
   start();
   EXPECT_EQ(service->getUTCTime(0), "2016-06-16T00:00:00+00:00");
-  ManageableData record;
-  record.setRootId("date-format", nullptr);
-  record.populate("date-format", "1");
-  EXPECT_FALSE(service->setData(record));
+  EXPECT_FALSE(support::set(*service, "date-format", "1"));
 }
 
 TEST_F(RecordedStart, NeverSeesATimerUsedThatCouldNotBeCreated) {
@@ -128,9 +115,7 @@ TEST_F(RecordedStart, NeverSeesATimerUsedThatCouldNotBeCreated) {
     timers.refuseTimers(refused);
     start();
     for (int event = 0; event < 3; ++event) service->setTime(1, 2, 3);
-    ManageableData record;
-    record.setRootId("dhcp-enabled", nullptr);
-    service->manageableDataChanged(record);
+    support::announceChange(*service, "dhcp-enabled", "");
     service->handleSNTPClientUpdate(1);
     end();
     const std::string id = " " + std::to_string(refused);

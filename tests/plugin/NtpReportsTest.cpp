@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "ManageableData.h"
 #include "plugin/RecordingTelephone.h"
+#include "support/ManagedData.h"
 
 namespace {
 
@@ -29,10 +29,7 @@ class ClockHearingReports : public plugin::RecordedStart {
     journal.take();
   }
   std::vector<std::string> change(const std::string& key, const std::string& value) {
-    ManageableData record;
-    record.setRootId(key, nullptr);
-    record.populate(key, value);
-    management.agent->manageableDataChanged(record);
+    support::announceChange(*management.agent, key, value);
     return journal.take();
   }
 };
@@ -119,12 +116,7 @@ TEST_F(ClockHearingReports, LeavesTheOtherSettingsAsTheyAreWhenUserDataChange) {
   store.items["TimezoneOffset"] = "5";
   store.items["DateFormat"] = "1";
   change("mobility-user-data-update", "all");
-  ManageableData record;
-  record.setRootId("sntp-tz-offset", nullptr);
-  std::string offset;
-  EXPECT_TRUE(service->getData(record));
-  EXPECT_TRUE(record.interogate("sntp-tz-offset", offset));
-  EXPECT_EQ(offset, "0");
+  EXPECT_EQ(support::get(*service, "sntp-tz-offset"), "0");
 }
 
 TEST_F(ClockHearingReports, IgnoresOtherUserDataAndOtherKeys) {

@@ -4,10 +4,10 @@
 
 #include <stdexcept>
 
-#include "ManageableData.h"
 #include "plugin/RecordingTelephone.h"
 #include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/ManagedData.h"
 #include "support/UtcInstant.h"
 
 namespace {
@@ -228,13 +228,8 @@ TEST_F(ClockWithOverrides, AnnouncesWhatTheyAnswer) {
   EXPECT_THAT(journal.take(),
               testing::IsSupersetOf({"observer time 01:02:03", "observer date 07.03.2024"}));
   for (const auto& [key, shown] :
-       {std::pair{"simple-time", "01:02"}, {"simple-date", "07.03.2024"}}) {
-    ManageableData record;
-    std::string value;
-    record.setRootId(key, nullptr);
-    EXPECT_TRUE(service->getData(record) && record.interogate(key, value));
-    EXPECT_EQ(value, shown);
-  }
+       {std::pair{"simple-time", "01:02"}, {"simple-date", "07.03.2024"}})
+    EXPECT_EQ(support::get(*service, key), shown);
 }
 
 TEST_F(ClockWithOverrides, AsksThemForItsTexts) {

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "ManageableData.h"
 #include "Process.h"
 #include "plugin/ClockOnWatchedTimers.h"
+#include "support/ManagedData.h"
 #include "support/WaitingCall.h"
 
 namespace {
@@ -68,21 +68,9 @@ class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
       if (asked == "start " + std::to_string(kZoneRefresh)) otherThread(call);
     };
   }
-  void set(const std::string& key, const std::string& value) {
-    ManageableData data = record(key, value);
-    service->setData(data);
-  }
-  void networkUp() {
-    ManageableData up = record("interface-status", "up");
-    service->manageableDataChanged(up);
-  }
+  void set(const std::string& key, const std::string& value) { support::set(*service, key, value); }
+  void networkUp() { support::announceChange(*service, "interface-status", "up"); }
   void plugIn() { service->jackEvent(PhysDefs::plugNetwork, PhysDefs::plugInserted); }
-  static ManageableData record(const std::string& key, const std::string& value) {
-    ManageableData data;
-    data.setRootId(key, nullptr);
-    data.populate(key, value);
-    return data;
-  }
 
  private:
   std::vector<std::unique_ptr<WaitingCall>> m_calls;
@@ -142,18 +130,13 @@ TEST_F(ClockInTheMiddle, StartsNoClientWhileItChangesTheEnvironment) {
 }
 
 TEST_F(ClockInTheMiddle, TakesOneManagementCallAtATime) {
-  ManageableData asked = record("date-format", "");
-  ManageableData set = record("time-format", "1");
-  ManageableData changed = record("unknown", "");
-  const std::function<void()> calls[] = {[&] { service->getData(asked); },
-                                         [&] { service->setData(set); },
-                                         [&] { service->manageableDataChanged(changed); }};
+  const std::function<void()> calls[] = {[&] { support::get(*service, "date-format"); },
+                                         [&] { set("time-format", "1"); },
+                                         [&] { support::announceChange(*service, "unknown", ""); }};
   for (const auto& call : calls) {
     whileTheZoneTimerStarts(call);
-    ManageableData flag = record("daylight-save", "true");
-    EXPECT_TRUE(service->setData(flag));
-    ManageableData dhcp = record("dhcp-enabled", "true");
-    service->manageableDataChanged(dhcp);
+    EXPECT_TRUE(support::set(*service, "daylight-save", "true"));
+    support::announceChange(*service, "dhcp-enabled", "true");
     EXPECT_EQ(finished(), 2U);
   }
 }

@@ -49,7 +49,7 @@ TEST(DeviceValueChanges, WhatAnAgentWritesIsNotToldBeforeItsCallReturns) {
   LocalManagement management;
   Agent agent;
   EXPECT_TRUE(management.observeData("interface-status", &agent));
-  ManageableData data = record("interface-status", "up");
+  ManageableData data = support::dataOf("interface-status", "up");
   EXPECT_TRUE(management.setData(data));
   EXPECT_TRUE(agent.notes.empty());
   management.deliverChanges();
@@ -63,7 +63,7 @@ TEST(DeviceValueChanges, ChangeMadeByAnObserverIsToldAfterTheOneItHears) {
   EXPECT_TRUE(management.observeData("interface-status", &agent));
   agent.onChange = [&](ManageableData& change) {
     if (change.getRootId() == "interface-status") return;
-    ManageableData data = record("interface-status", "down");
+    ManageableData data = support::dataOf("interface-status", "down");
     EXPECT_TRUE(management.setData(data));
     agent.notes.emplace_back("end of the first");
   };

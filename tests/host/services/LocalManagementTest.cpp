@@ -120,7 +120,7 @@ TEST(LocalManagement, WithoutTheClockAgentEverythingIsRefused) {
 TEST(LocalManagement, DeviceValueIsReadIntoTheRecord) {
   LocalManagement management;
   management.setValue("mac-addr", "0001E3A1B2C3");
-  ManageableData data = record("mac-addr");
+  ManageableData data = support::dataOf("mac-addr");
   ASSERT_TRUE(management.getData(data));
   std::string value;
   EXPECT_TRUE(data.interogate("mac-addr", value));
@@ -129,7 +129,7 @@ TEST(LocalManagement, DeviceValueIsReadIntoTheRecord) {
 
 TEST(LocalManagement, UnknownDeviceValueIsRefused) {
   LocalManagement management;
-  ManageableData data = record("mac-addr");
+  ManageableData data = support::dataOf("mac-addr");
   EXPECT_FALSE(management.getData(data));
   EXPECT_FALSE(management.value("mac-addr").has_value());
 }
@@ -145,7 +145,7 @@ TEST(LocalManagement, AgentWritesADeviceValue) {
 TEST(LocalManagement, RecordWithoutRootOrValueIsRefused) {
   LocalManagement management;
   ManageableData rootless;
-  ManageableData empty = record("last-restart-date");
+  ManageableData empty = support::dataOf("last-restart-date");
   EXPECT_FALSE(management.setData(rootless));
   EXPECT_FALSE(management.setData(empty));
   management.onReport([](const auto& key, const auto&) { ADD_FAILURE() << key; });
@@ -165,7 +165,7 @@ TEST(LocalManagement, ItemStateIsZeroUntilItIsSet) {
 
 TEST(LocalManagement, EveryItemIsUserDataUntilItIsSaidNotToBe) {
   LocalManagement management;
-  ManageableData data = record("date-format");
+  ManageableData data = support::dataOf("date-format");
   EXPECT_TRUE(management.isUserData(data, 0));
   management.setUserData("date-format", false);
   EXPECT_FALSE(management.isUserData(data, 0));
@@ -178,7 +178,7 @@ TEST(LocalManagement, ReportsAreLoggedAndToldToTheListener) {
   management.onReport([&](const std::string& key, const std::string& value) {
     heard.push_back(key + "=" + value);
   });
-  ManageableData data = record("date-format", "2");
+  ManageableData data = support::dataOf("date-format", "2");
   EXPECT_TRUE(management.reportDataChanged(data));
   EXPECT_EQ(heard, std::vector<std::string>{"date-format=2"});
   EXPECT_TRUE(log.has(4, "change reported: \"date-format\" is \"2\"")) << log.text();
@@ -193,7 +193,7 @@ TEST(LocalManagement, TakesManyThreadsAtOnce) {
   const auto useWith = [&](char thread) {
     for (int i = 1; i <= 3000; ++i) {
       const std::string key = thread + std::to_string(i);
-      ManageableData data = record(key, "x");
+      ManageableData data = support::dataOf(key, "x");
       EXPECT_TRUE(management.registerAgent(key, &agent));
       management.setItemState(data, i);
       management.setValue(key, "x");

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ManageableData.h"
-#include "MgmtAgentIfc.h"
+#include "support/ManagedData.h"
 
 namespace host {
 
@@ -44,17 +43,5 @@ class Agent final : public MgmtAgentIfc {
     notes.push_back(what + " " + record.getRootId() + "=" + value);
   }
 };
-
-inline ManageableData record(const std::string& key) {
-  ManageableData data;
-  data.setRootId(key, nullptr);
-  return data;
-}
-
-inline ManageableData record(const std::string& key, const std::string& value) {
-  ManageableData data = record(key);
-  data.populate(key, value);
-  return data;
-}
 
 }  // namespace host
