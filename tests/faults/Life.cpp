@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "base/Descriptor.h"
+#include "support/FileContent.h"
 
 namespace faults {
 namespace {
@@ -135,7 +136,7 @@ void Life::end() {
 void Life::lookAtScript() {
   const bool exists = std::filesystem::exists(m_host.script());
   if (!exists && m_hasScript) complain("the script is lost");
-  const std::string script = integration::contentOf(m_host.script());
+  const std::string script = support::contentOf(m_host.script());
   if (exists && !integration::isWholeScript(script)) complain("torn script: " + script);
   m_hasScript = exists;
 }

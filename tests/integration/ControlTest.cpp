@@ -4,7 +4,7 @@
 #include <csignal>
 #include <nlohmann/json.hpp>
 
-#include "integration/RunningHost.h"
+#include "integration/RestartableHost.h"
 #include "verbs/KeyCatalogue.h"
 
 namespace integration {

@@ -8,11 +8,10 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
-#include <optional>
-#include <stdexcept>
 
-#include "integration/Programs.h"
-#include "support/TemporaryFolder.h"
+#include "integration/OneLine.h"
+#include "integration/RestartableHost.h"
+#include "support/Becomes.h"
 
 namespace integration {
 namespace {
@@ -20,77 +19,19 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::seconds;
 
-constexpr seconds kLimit(30);
-constexpr int kNoHost = 3;  // clockctl's exit status
-
 void writeFile(const fs::path& file, const std::string& text) {
   fs::create_directories(file.parent_path());
   std::ofstream(file, std::ios::trunc) << text;
 }
 
-void expectOneLine(const Outcome& outcome, int status, const Words& parts) {
-  EXPECT_EQ(outcome.status, status) << outcome.err;
-  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-  for (const std::string& part : parts) {
-    EXPECT_NE(outcome.err.find(part), std::string::npos) << part << ": " << outcome.err;
-  }
-}
-
-// One telephone of this machine, which can be started again and again.
-class HostLife : public ::testing::Test {
+class HostLife : public ::testing::Test, protected RestartableHost {
  protected:
-  const Words kPaused = {"--speed", "0"};
-
-  // Starts clockhost and waits until it answers; an earlier one has ended.
-  void start(const Words& options) {
-    host.reset();
-    host.emplace(folder.path(), "clockhost", words(options));
-    waitUntilItAnswers();
-  }
-  void start() { start(kPaused); }
-
-  void waitUntilItAnswers() {
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
-    while (ctl({"clock"}).status == kNoHost) {
-      if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(host->err());
-    }
-  }
-
-  Outcome startToFail(const Words& options = {}) {
-    return Program(folder.path(), "refused", words(options)).wait();
-  }
-
-  Outcome end(int signal, std::chrono::seconds limit = kLimit) {
-    host->signal(signal);
-    return host->wait(limit);
-  }
-
-  Outcome ctl(const Words& more) {
-    Words all = {CLOCKCTL, "--socket", socket()};
-    all.insert(all.end(), more.begin(), more.end());
-    return Program(folder.path(), "clockctl", all).wait();
-  }
-
   // What clockctl prints, errors included, without the last newline.
   std::string told(const Words& more) {
     const Outcome outcome = ctl(more);
     const std::string text = outcome.out + outcome.err;
     return text.substr(0, text.find_last_not_of('\n') + 1);
   }
-
-  fs::path state() const { return folder / "state"; }
-  fs::path socket() const { return folder / "socket"; }
-
-  Words words(const Words& options) const {
-    Words all = {CLOCKHOST,  "--plugin", CLOCK_PLUGIN,    "--state",      state(),
-                 "--socket", socket(),   "--device-root", folder / "root"};
-    // A later word takes an earlier one's place.
-    all.insert(all.end(), options.begin(), options.end());
-    return all;
-  }
-
-  support::TemporaryFolder folder;
-  std::optional<Program> host;
 };
 
 TEST_F(HostLife, FreshHostAnswersFromTheDefaults) {
@@ -100,7 +41,7 @@ TEST_F(HostLife, FreshHostAnswersFromTheDefaults) {
 }
 
 TEST_F(HostLife, VariantThreeSpeaksAnotherFormat) {
-  start({"--speed", "0", "--variant", "3"});
+  start({"--variant", "3"});
   EXPECT_EQ(told({"call", "getDate"}), "getDateStringReturn=06/16/16");
   // An hour ahead: daylight saving by the rule of the United States is on by default.
   EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=01:00am");
@@ -122,13 +63,10 @@ INSTANTIATE_TEST_SUITE_P(BySignal, Terminated, ::testing::Values(SIGINT, SIGTERM
 
 TEST_F(HostLife, EndsWhileAWatcherIsConnected) {
   start();
-  Program watcher(folder.path(), "watcher", {CLOCKCTL, "--socket", socket(), "watch"});
-  const auto deadline = std::chrono::steady_clock::now() + kLimit;
-  while (told({"status"}).find("clients      2") == std::string::npos) {
-    ASSERT_LT(std::chrono::steady_clock::now(), deadline);
-  }
+  const auto watcher = startCtl({"watch"});
+  ASSERT_TRUE(waitFor({"status"}, "clients      2"));
   EXPECT_EQ(end(SIGTERM, seconds(1)).status, 0);
-  EXPECT_NE(watcher.wait().status, 128 + SIGKILL);
+  EXPECT_NE(watcher->wait().status, 128 + SIGKILL);
 }
 
 TEST_F(HostLife, SettingsSurviveAKillAndTheStaleSocketIsReplaced) {
@@ -144,13 +82,13 @@ TEST_F(HostLife, SettingsSurviveAKillAndTheStaleSocketIsReplaced) {
 
 TEST_F(HostLife, SecondHostOnTheSocketIsRefusedAndTheFirstLivesOn) {
   start();
-  expectOneLine(startToFail({"--state", state() / "other"}), 1, {socket().string()});
+  expectOneLine(startAnother({"--state", state() / "other"}), 1, {socket().string()});
   EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
 }
 
 TEST_F(HostLife, SecondHostOnTheStateIsRefusedAndTheFirstLivesOn) {
   start();
-  expectOneLine(startToFail({"--socket", state() / "other.sock"}), 1,
+  expectOneLine(startAnother({"--socket", state() / "other.sock"}), 1,
                 {"state folder", state().string(), "is in use by another host"});
   EXPECT_EQ(told({"set", "date-format", "2"}), "");
 }
@@ -159,14 +97,13 @@ TEST_F(HostLife, SecondHostOnTheStateIsRefusedAndTheFirstLivesOn) {
 TEST_F(HostLife, OfTwoHostsThatStartAtOnceOneHasTheState) {
   for (int round = 0; round < 5; ++round) {
     const auto hostAt = [&](const std::string& name) {
-      return Program(folder.path(), name, words({"--socket", folder / name}));
+      return Program(folder(), name, words({"--socket", folder() / name}));
     };
     Program one = hostAt("one.sock");
     Program two = hostAt("two.sock");
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
-    while (!one.ends(std::chrono::milliseconds(10)) && !two.ends(std::chrono::milliseconds(10))) {
-      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "both live";
-    }
+    constexpr std::chrono::milliseconds kShort(10);
+    ASSERT_TRUE(support::becomesTrue([&] { return one.ends(kShort) || two.ends(kShort); }))
+        << "both live";
     Program& refused = one.ends(std::chrono::milliseconds(0)) ? one : two;
     Program& living = &refused == &one ? two : one;
     expectOneLine(refused.wait(), 1, {"state folder", "is in use by another host"});
@@ -184,7 +121,7 @@ TEST_F(HostLife, SetsFailWhenTheStateFolderIsRemoved) {
   fs::remove_all(state());
   EXPECT_EQ(told({"set", "date-format", "2"}),
             "clockctl: \"date-format\" could not be stored; `clockctl log` tells why");
-  EXPECT_TRUE(host->says("its file was removed or replaced")) << host->err();
+  EXPECT_TRUE(program().says("its file was removed or replaced")) << program().err();
   EXPECT_EQ(told({"get", "date-format"}), "1");
 }
 
@@ -193,7 +130,7 @@ TEST_F(HostLife, StartsWhateverIsInThePlaceOfTheScript) {
   ASSERT_EQ(mkfifo((state() / "setupTZ.sh").c_str(), 0600), 0);
   ASSERT_EQ(mkfifo((state() / ".setupTZ.sh.new").c_str(), 0600), 0);
   start();
-  EXPECT_TRUE(host->says("setupTZ.sh is no regular file; remove it")) << host->err();
+  EXPECT_TRUE(program().says("setupTZ.sh is no regular file; remove it")) << program().err();
   fs::remove(state() / "setupTZ.sh");
   EXPECT_EQ(told({"set", "sntp-tz-offset", "5"}), "");
   ASSERT_EQ(ctl({"clock", "advance", "1s"}).status, 0);
@@ -204,15 +141,15 @@ TEST_F(HostLife, StartsWhateverIsInThePlaceOfTheScript) {
 // it.
 TEST_F(HostLife, StoppedHostHasNotDoneAOneWayCall) {
   start();
-  host->signal(SIGSTOP);
+  program().signal(SIGSTOP);
   expectOneLine(ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
                 {"no reply within 0.05 s; the host is busy"});
-  host->signal(SIGCONT);
+  program().signal(SIGCONT);
   EXPECT_EQ(told({"call", "setTimeInt", "setTime=60"}), "");
 }
 
 TEST_F(HostLife, StartsAtTheGivenInstantAndFindsItAgain) {
-  start({"--speed", "0", "--at", "2026-03-08T06:59:50Z"});
+  start({"--at", "2026-03-08T06:59:50Z"});
   EXPECT_EQ(told({"get", "time"}), "2026-03-08T06:59:50+00:00");
   EXPECT_EQ(end(SIGKILL).status, 128 + SIGKILL);
   start();
@@ -225,21 +162,21 @@ TEST_F(HostLife, RefusesAManagementCallThatThrowsAndLives) {
   EXPECT_EQ(refused.status, 1) << refused.err;
   EXPECT_EQ(told({"set", "simple-time", "07:30"}), "");
   EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=07:30");
-  EXPECT_TRUE(host->says("set of \"simple-time\" refused: the agent threw"));
+  EXPECT_TRUE(program().says("set of \"simple-time\" refused: the agent threw"));
 }
 
 // As in `clockhost 2>&1 | less`, where nobody pages on.
 TEST_F(HostLife, LivesAndEndsBehindAStandardErrorThatNobodyReads) {
-  const fs::path pipe = folder / "unread";
+  const fs::path pipe = folder() / "unread";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
   const std::string page(4096, '.');
   while (write(reader, page.data(), page.size()) > 0) {
   }
   Words shell = {"/bin/sh", "-c", "exec \"$@\" 2>\"$0\"", pipe};
-  for (const std::string& word : words({"--speed", "0", "--log-level", "6"})) shell.push_back(word);
-  host.emplace(folder.path(), "clockhost", shell);
-  waitUntilItAnswers();
+  for (const std::string& word : words({"--log-level", "6"})) shell.push_back(word);
+  launch(shell);
+  ASSERT_TRUE(answers());
   EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
   EXPECT_EQ(end(SIGTERM, seconds(2)).status, 0);
   close(reader);
@@ -250,7 +187,7 @@ TEST_F(HostLife, DamagedStoreIsSetAsideAndDefaultsAreServed) {
   start();
   EXPECT_EQ(told({"get", "date-format"}), "0");
   EXPECT_TRUE(fs::exists(state() / "settings.db.damaged-1"));
-  EXPECT_TRUE(host->says("settings.db.damaged-1")) << host->err();
+  EXPECT_TRUE(program().says("settings.db.damaged-1")) << program().err();
 }
 
 TEST_F(HostLife, StoreOfANewerVersionIsRefused) {
@@ -260,36 +197,36 @@ TEST_F(HostLife, StoreOfANewerVersionIsRefused) {
   file.seekp(63);  // the last byte of the user version in the header of the file
   file.put(9);
   file.close();
-  expectOneLine(startToFail(), 1, {"settings.db", "version 9", "newer"});
+  expectOneLine(startAnother(), 1, {"settings.db", "version 9", "newer"});
 }
 
 TEST_F(HostLife, StateFolderThatIsAFileIsRefused) {
   writeFile(state(), "not a folder");
-  expectOneLine(startToFail(), 1, {state().string()});
+  expectOneLine(startAnother(), 1, {state().string()});
   EXPECT_FALSE(fs::exists(socket()));
 }
 
 TEST_F(HostLife, MissingPlugInIsRefused) {
-  expectOneLine(startToFail({"--plugin", "/no/such/plugin.so"}), 1,
+  expectOneLine(startAnother({"--plugin", "/no/such/plugin.so"}), 1,
                 {"/no/such/plugin.so", "createClockService"});
 }
 
 TEST_F(HostLife, PlugInThatIsNoLibraryIsRefused) {
   writeFile(state() / "plugin.so", "not a library");
-  expectOneLine(startToFail({"--plugin", state() / "plugin.so"}), 1,
+  expectOneLine(startAnother({"--plugin", state() / "plugin.so"}), 1,
                 {"plugin.so", "createClockService"});
 }
 
 TEST_F(HostLife, PlugInWithoutAFactoryOrWithANullOneIsRefused) {
   const fs::path plugins = fs::read_symlink("/proc/self/exe").parent_path();
-  expectOneLine(startToFail({"--plugin", plugins / "libtest_plugin_without_proxy.so"}), 1,
+  expectOneLine(startAnother({"--plugin", plugins / "libtest_plugin_without_proxy.so"}), 1,
                 {"libtest_plugin_without_proxy.so", "createClockServiceObserverProxy", "absent"});
-  expectOneLine(startToFail({"--plugin", plugins / "libtest_plugin_null_service.so"}), 1,
+  expectOneLine(startAnother({"--plugin", plugins / "libtest_plugin_null_service.so"}), 1,
                 {"libtest_plugin_null_service.so", "createClockService", "returned null"});
 }
 
 TEST_F(HostLife, WrongWordIsAUsageError) {
-  expectOneLine(startToFail({"--variant", "three"}), 2, {"--variant", "--help"});
+  expectOneLine(startAnother({"--variant", "three"}), 2, {"--variant", "--help"});
 }
 
 }  // namespace

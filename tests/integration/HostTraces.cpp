@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "integration/RestartableHost.h"
+#include "integration/Programs.h"
+#include "support/FileContent.h"
 
 namespace integration {
 namespace {
@@ -14,7 +15,7 @@ constexpr std::chrono::seconds kUntilThereIsOne(30);
 
 // Words that each end with a zero; none of a process that has gone.
 Words commandLineOf(const std::filesystem::path& process) {
-  const std::string text = contentOf(process / "cmdline");
+  const std::string text = support::contentOf(process / "cmdline");
   Words words;
   for (auto begin = text.begin(); begin != text.end();) {
     const auto end = std::find(begin, text.end(), '\0');
@@ -25,7 +26,7 @@ Words commandLineOf(const std::filesystem::path& process) {
 }
 
 bool isParentOf(const std::filesystem::path& process, pid_t parent) {
-  return contentOf(process / "status").find("\nPPid:\t" + std::to_string(parent) + "\n") !=
+  return support::contentOf(process / "status").find("\nPPid:\t" + std::to_string(parent) + "\n") !=
          std::string::npos;
 }
 
@@ -61,7 +62,7 @@ std::filesystem::path folderOfTheHostOf(pid_t program) {
 bool livesSomebodyIn(const std::filesystem::path& folder) {
   const auto all = processes();
   return std::any_of(all.begin(), all.end(), [&folder](const auto& process) {
-    return contentOf(process / "cmdline").find(folder.string()) != std::string::npos;
+    return support::contentOf(process / "cmdline").find(folder.string()) != std::string::npos;
   });
 }
 

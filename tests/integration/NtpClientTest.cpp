@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <optional>
 #include <set>
@@ -15,7 +14,8 @@
 
 #include "base/Descriptor.h"
 #include "host/ntpclient/FakeSntpServer.h"
-#include "integration/RunningHost.h"
+#include "integration/RestartableHost.h"
+#include "support/FileContent.h"
 
 namespace integration {
 namespace {
@@ -51,11 +51,6 @@ class TelephoneWithAClient : public ::testing::Test {
   std::optional<host::ntp::Bytes> request;
 };
 
-std::string contentOf(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 TEST_F(TelephoneWithAClient, HasTheClockSetByIt) {
   server.answer(host::ntp::answerTo(host::ntp::nonceOf(*request), host::ntp::kTime));
   EXPECT_TRUE(running->waitFor({"clock"}, "2026-05-28T20:26:40Z")) << running->ctl({"clock"}).out;
@@ -64,7 +59,7 @@ TEST_F(TelephoneWithAClient, HasTheClockSetByIt) {
 
 TEST_F(TelephoneWithAClient, GivesItNothingOfItsEnvironment) {
   std::set<std::string> names;
-  std::istringstream variables(contentOf(process() / "environ"));
+  std::istringstream variables(support::contentOf(process() / "environ"));
   for (std::string text; std::getline(variables, text, '\0');) {
     names.insert(text.substr(0, text.find('=')));
   }
@@ -78,8 +73,9 @@ std::string kindOf(const std::string& file) {
   if (file.find("pidfd") != std::string::npos) return "pidfd";
   if (!file.starts_with("socket:")) return "file";
   const std::string number = file.substr(8, file.size() - 9);
-  return contentOf("/proc/net/udp").find(" " + number + " ") != std::string::npos ? "UDP"
-                                                                                  : "socket";
+  return support::contentOf("/proc/net/udp").find(" " + number + " ") != std::string::npos
+             ? "UDP"
+             : "socket";
 }
 
 // The client's own are its watch of the host and the socket to its server.

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "integration/RunningHost.h"
+#include "integration/RestartableHost.h"
 #include "remote/RemoteClient.h"
 
 namespace integration {
@@ -104,7 +104,7 @@ TEST(OutsideWords, OfAMegabyteLeaveEveryListReadable) {
 
 // A host that cannot start.
 TEST(OutsideWords, AtTheHostAreEchoedInOneLine) {
-  const support::TemporaryFolder folder;
+  const RestartableHost host;
   const std::string length(100'000, 'x');
   const Wrong rows[] = {
       {{"--plugin", "no\nplugin"}, 1, "no\\nplugin"},
@@ -112,14 +112,10 @@ TEST(OutsideWords, AtTheHostAreEchoedInOneLine) {
       {{"--at", "a\nb\xff"}, 2, "\"a\\nb\\xFF\" is not an instant"},
       {{"--wro\nng"}, 2, "--wro\\nng"},
       {{"--mac", length}, 2, "see clockhost --help"},
-      {{"--scenario", folder / "no\nfile"}, 2, "no\\nfile: cannot be read"},
+      {{"--scenario", host.folder() / "no\nfile"}, 2, "no\\nfile: cannot be read"},
   };
-  for (const Wrong& row : rows) {
-    Words words = {CLOCKHOST,  "--plugin",        CLOCK_PLUGIN,    "--state",      folder / "state",
-                   "--socket", folder / "socket", "--device-root", folder / "root"};
-    words.insert(words.end(), row.words.begin(), row.words.end());
-    expectOneShortLine(Program(folder.path(), "clockhost", words).wait(), row.status, row.part);
-  }
+  for (const Wrong& row : rows)
+    expectOneShortLine(host.startAnother(row.words), row.status, row.part);
 }
 
 }  // namespace

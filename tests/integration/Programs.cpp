@@ -12,18 +12,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
+#include "support/FileContent.h"
+
 namespace integration {
 namespace {
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 bool redirect(int standard, const char* file, int flags) {
   constexpr mode_t kMode = 0600;
@@ -144,11 +139,11 @@ bool Program::says(const std::string& text, std::size_t from) const {
 }
 
 std::string Program::out() const {
-  return contentOf(m_out);
+  return support::contentOf(m_out);
 }
 
 std::string Program::err() const {
-  return contentOf(m_err);
+  return support::contentOf(m_err);
 }
 
 }  // namespace integration

@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-#include "integration/RunningHost.h"
+#include "integration/RestartableHost.h"
 #include "remote/RemoteClient.h"
 #include "support/Sanitizers.h"
 
@@ -89,7 +89,7 @@ TEST_F(ReportFlood, LeavesRemoteCallsTheirTime) {
   constexpr int kParts = 5;
   RunningHost host;
   host::RemoteClient client(host.socket());
-  const auto pipe = host.folder() / "root/tmp/votk/ipc/ntpclient";
+  const auto pipe = host.pipe();
   ASSERT_TRUE(std::filesystem::exists(pipe)) << pipe;
   std::vector<double> times;
   for (int part = 0; part < kParts; ++part) {
@@ -107,7 +107,7 @@ TEST_F(ReportFlood, LeavesRemoteCallsTheirTime) {
 TEST_F(ReportFlood, ReportsOfAbsurdTimesChangeNoTime) {
   RunningHost host;
   host::RemoteClient client(host.socket());
-  const auto pipe = host.folder() / "root/tmp/votk/ipc/ntpclient";
+  const auto pipe = host.pipe();
   const std::string before = host.ctl({"get", "time"}).out;
   for (const std::uint32_t seconds : {0U, 1U, 0xFFFFFFFFU}) report(pipe, seconds);
   Method observe("observeTimeEvents", Method::call);

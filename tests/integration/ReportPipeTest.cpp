@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <filesystem>
 #include <string>
 
-#include "integration/RunningHost.h"
+#include "integration/OneLine.h"
+#include "integration/RestartableHost.h"
 #include "support/TemporaryFolder.h"
 
 namespace integration {
@@ -33,25 +33,11 @@ bool report(const fs::path& pipe) {
   return false;
 }
 
-Outcome startAnother(const RunningHost& first, const Words& more) {
-  Words words = {CLOCKHOST,
-                 "--plugin",
-                 CLOCK_PLUGIN,
-                 "--state",
-                 first.folder() / "another",
-                 "--socket",
-                 first.folder() / "another.sock"};
-  words.insert(words.end(), more.begin(), more.end());
-  return Program(first.folder(), "another", words).wait();
-}
-
 TEST(ReportPipe, SecondHostOnItIsRefusedInOneLine) {
   RunningHost first;
-  const Outcome second = startAnother(first, {"--device-root", first.folder() / "root"});
-  EXPECT_EQ(second.status, 1);
-  EXPECT_EQ(std::count(second.err.begin(), second.err.end(), '\n'), 1) << second.err;
-  EXPECT_NE(second.err.find("ntpclient: is in use by another host"), std::string::npos)
-      << second.err;
+  expectOneLine(first.startAnother({"--state", first.folder() / "another", "--socket",
+                                    first.folder() / "another.sock"}),
+                1, {"ntpclient: is in use by another host"});
   EXPECT_EQ(first.ctl({"get", "date-format"}).out, "0\n");
 }
 
@@ -66,13 +52,12 @@ TEST(ReportPipe, IsBelowTheStateUnlessAnotherPlaceIsNamed) {
 
 TEST(ReportPipe, ReportsComeAgainAfterItWasDeleted) {
   RunningHost host({"--log-level", "5"});
-  const fs::path pipe = host.folder() / "root" / kPipe;
-  ASSERT_TRUE(report(pipe));
+  ASSERT_TRUE(report(host.pipe()));
   ASSERT_TRUE(host.program().says("Time change message received"));
   fs::rename(host.folder() / "root/tmp", host.folder() / "moved");
   ASSERT_TRUE(host.program().says("was deleted or replaced; it is made again"));
   const std::size_t seen = host.program().err().size();
-  ASSERT_TRUE(report(pipe));
+  ASSERT_TRUE(report(host.pipe()));
   EXPECT_TRUE(host.program().says("Time change message received", seen)) << host.program().err();
 }
 

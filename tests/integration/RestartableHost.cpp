@@ -1,11 +1,10 @@
 #include "integration/RestartableHost.h"
 
-#include <csignal>
-#include <fstream>
-#include <iterator>
 #include <regex>
+#include <stdexcept>
 
 #include "remote/RemoteClient.h"
+#include "support/Becomes.h"
 
 namespace integration {
 namespace {
@@ -18,18 +17,29 @@ constexpr std::chrono::milliseconds kBetweenLooks(1);
 
 }  // namespace
 
-RestartableHost::RestartableHost(std::string program, Words options)
+RestartableHost::RestartableHost(std::string program, const Words& options)
     : m_words{
           std::move(program), "--plugin",      CLOCK_PLUGIN,      "--state", state(), "--socket",
           socket(),           "--device-root", m_folder / "root", "--speed", "0"} {
-  m_words.insert(m_words.end(), options.begin(), options.end());
+  m_words = words(options);
 }
 
 RestartableHost::~RestartableHost() = default;
 
-void RestartableHost::launch() {
+Words RestartableHost::words(const Words& more) const {
+  Words all = m_words;
+  all.insert(all.end(), more.begin(), more.end());
+  return all;
+}
+
+void RestartableHost::launch(const Words& command) {
   m_program.reset();
-  m_program = std::make_unique<Program>(m_folder.path(), "clockhost", m_words);
+  m_program = std::make_unique<Program>(m_folder.path(), "clockhost", command);
+}
+
+void RestartableHost::start(const Words& more) {
+  launch(words(more));
+  if (!answers()) throw std::runtime_error("no host: " + m_program->err());
 }
 
 // It can be connected to before it is known whether it will start.
@@ -51,6 +61,30 @@ Outcome RestartableHost::end(int signal, std::chrono::seconds limit) {
   return m_program->wait(limit);
 }
 
+Outcome RestartableHost::startAnother(const Words& more) const {
+  return Program(m_folder.path(), "another", words(more)).wait();
+}
+
+Outcome RestartableHost::ctl(const Words& words) {
+  return startCtl(words)->wait();
+}
+
+std::unique_ptr<Program> RestartableHost::startCtl(const Words& words) {
+  return std::make_unique<Program>(m_folder.path(), "clockctl" + std::to_string(++m_runs),
+                                   ctlWords(words));
+}
+
+Words RestartableHost::ctlWords(const Words& words) const {
+  Words all = {CLOCKCTL, "--socket", socket()};
+  all.insert(all.end(), words.begin(), words.end());
+  return all;
+}
+
+bool RestartableHost::waitFor(const Words& words, const std::string& text) {
+  return support::becomesTrue([&] { return ctl(words).out.find(text) != std::string::npos; },
+                              kLimit);
+}
+
 std::unique_ptr<host::RemoteClient> RestartableHost::connect() const {
   return std::make_unique<host::RemoteClient>(socket());
 }
@@ -61,11 +95,6 @@ std::unique_ptr<host::RemoteClient> RestartableHost::connectControl() const {
 
 std::filesystem::path RestartableHost::pipe() const {
   return m_folder / "root/tmp/votk/ipc/ntpclient";
-}
-
-std::string contentOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 bool isWholeScript(const std::string& content) {

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "integration/RunningHost.h"
+#include "integration/RestartableHost.h"
 #include "remote/RemoteClient.h"
 
 namespace integration {

@@ -8,7 +8,7 @@
 #include <csignal>
 #include <cstdio>
 
-#include "integration/RunningHost.h"
+#include "integration/RestartableHost.h"
 
 namespace integration {
 namespace {
@@ -27,8 +27,7 @@ TEST(Sockets, AreTwoAndTheOwnersAlone) {
   EXPECT_EQ(modeOf(host.controlSocket()), "0600");
   EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
   EXPECT_EQ(host.ctl({"get", "date-format"}).out, "0\n");
-  host.program().signal(SIGTERM);
-  EXPECT_EQ(host.program().wait().status, 0);
+  EXPECT_EQ(host.end(SIGTERM).status, 0);
   EXPECT_EQ(modeOf(host.socket()), "no socket");
   EXPECT_EQ(modeOf(host.controlSocket()), "no socket");
 }
@@ -44,12 +43,12 @@ TEST(Sockets, OnlyThatOfTheCallsIsGivenToAGroup) {
 TEST(Sockets, ThatOfTheOperatorMayBeElsewhere) {
   const support::TemporaryFolder elsewhere;
   const std::string control = elsewhere / "control";
-  Words withControl = {"--control-socket", control};
-  RunningHost host(withControl, withControl);
+  RunningHost host({"--control-socket", control});
   EXPECT_EQ(modeOf(control), "0600");
   EXPECT_EQ(modeOf(host.controlSocket()), "no socket");
-  EXPECT_EQ(host.ctl({"get", "date-format"}).out, "0\n");
-  EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
+  EXPECT_EQ(host.ctl({"--control-socket", control, "get", "date-format"}).out, "0\n");
+  EXPECT_EQ(host.ctl({"--control-socket", control, "call", "getTime"}).out,
+            "getTimeStringReturn=00:00\n");
 }
 
 TEST(Sockets, RefuseWhatBelongsToTheOther) {

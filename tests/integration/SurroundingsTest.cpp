@@ -4,12 +4,11 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <csignal>
 #include <fstream>
-#include <functional>
 
-#include "integration/RunningHost.h"
+#include "integration/OneLine.h"
+#include "integration/RestartableHost.h"
 #include "support/Sanitizers.h"
 
 namespace integration {
@@ -17,33 +16,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void expectOneLine(const Outcome& outcome, int status, const std::string& part) {
-  EXPECT_EQ(outcome.status, status) << outcome.err;
-  EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-  EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err;
-}
-
 // The program in a shell's hands: its descriptors as the shell's words say.
 Words inShell(const std::string& redirections, const Words& words) {
   Words all = {"/bin/sh", "-c", "exec \"$@\" " + redirections, "sh"};
   all.insert(all.end(), words.begin(), words.end());
   return all;
-}
-
-Words hostWords(const support::TemporaryFolder& folder, const Words& options = {}) {
-  Words words = {CLOCKHOST,  "--plugin",        CLOCK_PLUGIN,    "--state",       folder / "state",
-                 "--socket", folder / "socket", "--device-root", folder / "root", "--speed",
-                 "0"};
-  words.insert(words.end(), options.begin(), options.end());
-  return words;
-}
-
-bool becomesTrue(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-  }
-  return true;
 }
 
 std::string descriptorOf(const Program& program, int number) {
@@ -57,21 +34,13 @@ void expectNullDescriptors(const Program& program) {
 }
 
 TEST(ClosedDescriptors, OfTheHostAndOfClockctlBecomeDevNull) {
-  const support::TemporaryFolder folder;
-  const Program host(folder.path(), "host", inShell("<&- >&- 2>&-", hostWords(folder)));
-  const auto ctl = [&](const Words& words) {
-    Words all = {CLOCKCTL, "--socket", folder / "socket"};
-    all.insert(all.end(), words.begin(), words.end());
-    return all;
-  };
-  const auto outputOf = [&](const Words& words) {
-    return Program(folder.path(), "clockctl", ctl(words)).wait().out;
-  };
-  ASSERT_TRUE(becomesTrue([&] { return outputOf({"get", "date-format"}) == "0\n"; }));
-  expectNullDescriptors(host);
-  const Program watcher(folder.path(), "watcher", inShell("<&- >&- 2>&-", ctl({"watch"})));
-  ASSERT_TRUE(becomesTrue(
-      [&] { return outputOf({"status"}).find("clients      2") != std::string::npos; }));
+  RestartableHost host;
+  host.launch(inShell("<&- >&- 2>&-", host.words()));
+  ASSERT_TRUE(host.answers());
+  expectNullDescriptors(host.program());
+  const Program watcher(host.folder(), "watcher",
+                        inShell("<&- >&- 2>&-", host.ctlWords({"watch"})));
+  ASSERT_TRUE(host.waitFor({"status"}, "clients      2"));
   expectNullDescriptors(watcher);
 }
 
@@ -83,22 +52,22 @@ TEST(HangUp, DoesNotEndTheHost) {
 }
 
 Outcome startLimited(const std::string& limit) {
-  const support::TemporaryFolder folder;
-  Words words = inShell("", hostWords(folder));
+  const RestartableHost host;
+  Words words = inShell("", host.words());
   words[2].insert(0, "ulimit " + limit + "; ");
-  return Program(folder.path(), "host", words).wait();
+  return Program(host.folder(), "host", words).wait();
 }
 
 // Room for the line, and for no page of a database.
 TEST(FileSizeLimit, AtTheStartIsARefusalInOneLine) {
-  expectOneLine(startLimited("-f 4"), 1, "cannot be written");
+  expectOneLine(startLimited("-f 4"), 1, {"cannot be written"});
 }
 
 // Room for the program and its libraries, but not for all that it needs at the start.
 TEST(MemoryLimit, AtTheStartIsARefusalInOneLine) {
   if (support::kAddressSanitizer || support::kThreadSanitizer) GTEST_SKIP() << "needs terabytes";
   const Outcome outcome = startLimited("-v 20000");
-  expectOneLine(outcome, 1, "clockhost: ");
+  expectOneLine(outcome, 1, {"clockhost: "});
   EXPECT_EQ(outcome.err.find("bad_alloc"), std::string::npos) << outcome.err;
 }
 
@@ -109,7 +78,7 @@ TEST(FileSizeLimit, FailsASetWithALineAndTheHostGoesOn) {
   rlimit before{};
   const rlimit none{0, RLIM_INFINITY};
   ASSERT_EQ(prlimit(host.program().id(), RLIMIT_FSIZE, &none, &before), 0);
-  expectOneLine(host.ctl({"set", "date-format", "2"}), 1, "date-format");
+  expectOneLine(host.ctl({"set", "date-format", "2"}), 1, {"date-format"});
   EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
   EXPECT_EQ(host.ctl({"get", "date-format"}).out, "1\n");
   ASSERT_EQ(prlimit(host.program().id(), RLIMIT_FSIZE, &before, nullptr), 0);
@@ -120,10 +89,9 @@ class LostOutput : public ::testing::TestWithParam<Words> {};
 
 TEST_P(LostOutput, IsToldInOneLine) {
   RunningHost host;
-  Words words = {CLOCKCTL, "--socket", host.socket()};
-  words.insert(words.end(), GetParam().begin(), GetParam().end());
-  expectOneLine(Program(host.folder(), "full", inShell(">/dev/full", words)).wait(), 1,
-                "standard output does not take everything: No space left on device");
+  const Words words = inShell(">/dev/full", host.ctlWords(GetParam()));
+  expectOneLine(Program(host.folder(), "full", words).wait(), 1,
+                {"standard output does not take everything: No space left on device"});
 }
 
 INSTANTIATE_TEST_SUITE_P(OfClockctl, LostOutput,
@@ -147,7 +115,7 @@ TEST(UnreadableScenario, IsRefusedInOneLine) {
   // The last can be opened, but not read.
   for (const fs::path& file : {folder.path(), folder / "none", fs::path("/proc/self/mem")}) {
     const Words words = {CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--scenario", file};
-    expectOneLine(Program(folder.path(), "clockhost", words).wait(), 2, "cannot be read");
+    expectOneLine(Program(folder.path(), "clockhost", words).wait(), 2, {"cannot be read"});
   }
 }
 
@@ -156,19 +124,15 @@ TEST(NtpClient, WithoutAStandInIsNotTheMachinesOwn) {
   const support::TemporaryFolder folder;
   const std::string copy = folder / "clockhost";
   fs::copy_file(CLOCKHOST, copy);
-  Words words = hostWords(folder, {"--network", "up"});
-  words.front() = copy;
+  RestartableHost host(copy, {"--network", "up"});
+  Words words = host.words();
   words.insert(words.begin(), {"/usr/bin/env", "XDG_STATE_HOME=" + folder.path().string()});
-  const Program host(folder.path(), "host", words);
-  const auto ctl = [&](const Words& verb) {
-    Words all = {CLOCKCTL, "--socket", folder / "socket"};
-    all.insert(all.end(), verb.begin(), verb.end());
-    return Program(folder.path(), "clockctl", all).wait();
-  };
-  ASSERT_TRUE(becomesTrue([&] { return ctl({"set", "sntp-addr", "127.0.0.1"}).status == 0; }));
-  EXPECT_TRUE(host.says(R"(cannot start "/sbin/ntpclient": nothing stands in for it)"))
-      << host.err();
-  const std::string status = ctl({"status"}).out;
+  host.launch(words);
+  ASSERT_TRUE(host.answers());
+  ASSERT_EQ(host.ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
+  EXPECT_TRUE(host.program().says(R"(cannot start "/sbin/ntpclient": nothing stands in for it)"))
+      << host.program().err();
+  const std::string status = host.ctl({"status"}).out;
   EXPECT_NE(status.find("ntp client"), std::string::npos) << status;
   EXPECT_EQ(status.find("process "), std::string::npos) << status;
 }
@@ -181,21 +145,15 @@ TEST(NtpClient, IsTheOneThatWasNamedAndNotTheStandIn) {
 
 // As every program that tests start, it cannot set the machine's clock.
 TEST(ClockOfTheMachine, IsRefusedInOneLineToAHostThatMayNotSetIt) {
-  const support::TemporaryFolder folder;
-  const Words words = hostWords(folder, {"--speed", "1", "--clock", "system"});
-  expectOneLine(Program(folder.path(), "host", words).wait(), 1,
-                "--clock system sets this machine's clock and needs the privilege to");
+  expectOneLine(RestartableHost().startAnother({"--speed", "1", "--clock", "system"}), 1,
+                {"--clock system sets this machine's clock and needs the privilege to"});
 }
 
 TEST(SavedTime, ThatIsAbsurdIsToldAtTheNextStart) {
-  const support::TemporaryFolder folder;
+  RestartableHost host;
   const auto run = [&](const Words& options) {
-    Program host(folder.path(), "host", hostWords(folder, options));
-    const Words clock = {CLOCKCTL, "--socket", folder / "socket", "clock"};
-    EXPECT_TRUE(
-        becomesTrue([&] { return Program(folder.path(), "clockctl", clock).wait().status == 0; }));
-    host.signal(SIGTERM);
-    return host.wait().err;
+    host.start(options);
+    return host.end(SIGTERM).err;
   };
   const std::string line = "the saved time \"1999-01-01T00:00:00+00:00\" is not between";
   EXPECT_EQ(run({}).find("the saved time"), std::string::npos);

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <optional>
 
-#include "integration/Programs.h"
+#include "integration/RestartableHost.h"
 #include "integration/TimeServer.h"
 #include "remote/RemoteClient.h"
 #include "support/TemporaryFolder.h"
@@ -17,7 +17,6 @@ namespace integration {
 namespace {
 
 constexpr std::chrono::seconds kLimit(20);
-constexpr int kNoHost = 3;  // clockctl's exit status
 
 // The machine's time: this program sets up no virtual clock.
 long now() {
@@ -25,48 +24,18 @@ long now() {
 }
 
 // A telephone beside a time server.
-class TelephoneBesideATimeServer : public ::testing::Test {
+class TelephoneBesideATimeServer : public ::testing::Test, protected RestartableHost {
  protected:
+  TelephoneBesideATimeServer() : RestartableHost(CLOCKHOST, {"--speed", "1", "--log-level", "5"}) {}
   void SetUp() override {
     const std::string missing = TimeServer::missing();
     if (!missing.empty())
       GTEST_SKIP() << "SKIPPED: there is no time server of another make: " << missing;
-    server.emplace(folder.path());
+    server.emplace(serverFolder.path());
     // NOLINTNEXTLINE(concurrency-mt-unsafe)
     ::setenv("NTPCLIENT_PORT", std::to_string(server->port()).c_str(), 1);
-    start("up");
+    start({"--network", "up"});
   }
-
-  void start(const char* network) {
-    host.reset();
-    host.emplace(folder.path(), "clockhost",
-                 Words{CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--state", folder / "state", "--socket",
-                       socket(), "--device-root", folder / "root", "--network", network,
-                       "--log-level", "5"});
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
-    while (ctl({"clock"}).status == kNoHost)
-      if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(host->err());
-  }
-
-  Outcome ctl(const Words& more) {
-    Words all = {CLOCKCTL, "--socket", socket()};
-    all.insert(all.end(), more.begin(), more.end());
-    return Program(folder.path(), "clockctl", all).wait();
-  }
-
-  bool waitForLog(const std::string& text) {
-    const auto deadline = std::chrono::steady_clock::now() + kLimit;
-    while (ctl({"log"}).out.find(text) == std::string::npos)
-      if (std::chrono::steady_clock::now() > deadline) return false;
-    return true;
-  }
-
-  void killHost() {
-    host->signal(SIGKILL);
-    host->wait();
-  }
-
-  [[nodiscard]] std::filesystem::path socket() const { return folder / "socket"; }
 
   static std::string nextEvent(host::RemoteClient& subscriber) {
     const auto event = subscriber.nextEvent(kLimit);
@@ -90,9 +59,8 @@ class TelephoneBesideATimeServer : public ::testing::Test {
     return fromServer;
   }
 
-  support::TemporaryFolder folder;
+  support::TemporaryFolder serverFolder;
   std::optional<TimeServer> server;
-  std::optional<Program> host;
 };
 
 TEST_F(TelephoneBesideATimeServer, TakesItsTimeAndKeepsItOverAPowerCut) {
@@ -111,10 +79,10 @@ TEST_F(TelephoneBesideATimeServer, TakesItsTimeAndKeepsItOverAPowerCut) {
 
     EXPECT_TRUE(isFromServer(subscriber));
     EXPECT_NEAR(static_cast<double>(timeVal(subscriber)), static_cast<double>(now()), 5.0);
-    EXPECT_TRUE(waitForLog("sntpTimeChanged: FallbackTime is"));
+    EXPECT_TRUE(waitFor({"log"}, "sntpTimeChanged: FallbackTime is"));
   }
-  killHost();
-  start("down");  // so that the time is the saved one
+  end(SIGKILL);
+  start({"--network", "down"});  // so that the time is the saved one
   host::RemoteClient client(socket());
   EXPECT_NEAR(static_cast<double>(timeVal(client)), static_cast<double>(now()), 60.0);
 }

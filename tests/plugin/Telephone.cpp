@@ -2,14 +2,13 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "DataStorage.h"
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
 #include "framework/StateFolder.h"
 #include "plugin/IndependentZones.h"
+#include "support/FileContent.h"
 
 namespace plugin {
 
@@ -88,16 +87,8 @@ std::string Telephone::wallText() const {
   return independent::utcOf(wallSeconds());
 }
 
-std::string contentOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return "(none)";
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
 std::string zoneScript() {
-  return contentOf(host::storageFolder() + "/setupTZ.sh");
+  return support::contentOf(host::storageFolder() + "/setupTZ.sh");
 }
 
 }  // namespace plugin

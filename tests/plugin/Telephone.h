@@ -67,10 +67,7 @@ class Telephone {
   std::unique_ptr<ClockService> m_service;
 };
 
-// The content of a file; "(none)" without one.
-std::string contentOf(const std::string& path);
-
-// Where the platform puts the service's script.
+// The service's script, where the platform puts it; empty without one.
 std::string zoneScript();
 
 }  // namespace plugin

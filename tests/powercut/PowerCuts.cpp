@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "remote/RemoteClient.h"
+#include "support/FileContent.h"
 #include "support/Interruption.h"
 
 namespace powercut {
@@ -109,7 +110,7 @@ void PowerCuts::lookAtPromises() {
 void PowerCuts::lookAtScript() {
   const bool exists = std::filesystem::exists(m_host.script());
   if (!exists && m_hasScript) complain("the script is lost");
-  const std::string script = integration::contentOf(m_host.script());
+  const std::string script = support::contentOf(m_host.script());
   if (exists && !integration::isWholeScript(script)) complain("torn script: \"" + script + '"');
   m_hasScript = exists;
   if (exists) ++m_figures.scripts;

@@ -4,8 +4,6 @@
 
 #include <deque>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -20,6 +18,7 @@
 #include "scenario/ScenarioDevice.h"
 #include "services/ManagementThread.h"
 #include "services/SecurityLog.h"
+#include "support/FileContent.h"
 #include "verbs/TimeText.h"
 
 namespace host {
@@ -245,8 +244,7 @@ TEST_F(RecordedTelephone, ListThatCannotBeReadIsRefused) {
 }
 
 TEST(SecurityLogDocument, TellsTheBounds) {
-  std::ifstream file(SECURITY_LOG_DOCUMENT);
-  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  const std::string document = support::contentOf(SECURITY_LOG_DOCUMENT);
   for (const std::string& bound : {std::to_string(SecurityLog::kSets) + " accepted management",
                                    std::to_string(SecurityLog::kHostActs) + " other accepted",
                                    std::to_string(SecurityLog::kRefused) + " refused",

@@ -14,8 +14,8 @@ TEST_F(SettingsStore, SecondDamageGetsTheNextName) {
   EXPECT_EQ(openingError(), "");
   writeBytes(file(), "second");
   EXPECT_EQ(openingError(), "");
-  EXPECT_EQ(bytesOf(aside(1)), "first");
-  EXPECT_EQ(bytesOf(aside(2)), "second");
+  EXPECT_EQ(support::contentOf(aside(1)), "first");
+  EXPECT_EQ(support::contentOf(aside(2)), "second");
 }
 
 struct Damage {
@@ -28,7 +28,7 @@ void PrintTo(const Damage& damage, std::ostream* out) {
 }
 
 void keepBytes(const fs::path& file, std::size_t length) {
-  writeBytes(file, bytesOf(file).substr(0, length));
+  writeBytes(file, support::contentOf(file).substr(0, length));
 }
 
 const Damage kDamages[] = {
@@ -40,7 +40,7 @@ const Damage kDamages[] = {
     {"cut after the first page", [](const fs::path& file) { keepBytes(file, 4096); }},
     {"random second page",
      [](const fs::path& file) {
-       writeBytes(file, bytesOf(file).substr(0, 4096) + randomBytes(4096));
+       writeBytes(file, support::contentOf(file).substr(0, 4096) + randomBytes(4096));
      }},
     {"without its table",
      [](const fs::path& file) { ASSERT_EQ(runSql(file, "DROP TABLE settings"), ""); }},
@@ -58,12 +58,12 @@ class DamagedStore : public SettingsStore, public ::testing::WithParamInterface<
 TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
   saveOne();
   GetParam().apply(file());
-  const std::string damaged = bytesOf(file());
+  const std::string damaged = support::contentOf(file());
   SqliteDataAccess store(folder.path());
   EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
-  EXPECT_TRUE(bytesOf(aside(1)) == damaged);
+  EXPECT_TRUE(support::contentOf(aside(1)) == damaged);
   ASSERT_EQ(log.entries().size(), 1U) << log.text();
   EXPECT_EQ(log.entries()[0].level, 2);
   EXPECT_TRUE(log.hasPart("set aside as \"" + aside(1).string() + "\"")) << log.text();
@@ -88,12 +88,12 @@ TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsLog) {
   {
     SqliteDataAccess store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
-    logBytes = bytesOf(logFile);
+    logBytes = support::contentOf(logFile);
   }
   writeBytes(file(), "");
   writeBytes(logFile, logBytes);
   EXPECT_FALSE(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat").has_value());
-  EXPECT_TRUE(bytesOf(aside(1).string() + "-wal") == logBytes);
+  EXPECT_TRUE(support::contentOf(aside(1).string() + "-wal") == logBytes);
 }
 
 TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
@@ -101,7 +101,7 @@ TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
   writeBytes(file().string() + "-wal", randomBytes(5000));
   SqliteDataAccess store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
-  EXPECT_EQ(bytesOf(aside(1)), randomBytes(5000));
+  EXPECT_EQ(support::contentOf(aside(1)), randomBytes(5000));
 }
 
 }  // namespace

@@ -196,7 +196,7 @@ TEST_F(SecurityLogFile, DamagedOneIsSetAside) {
   SecurityLog security(folder.path());
   record(security, "a");
   EXPECT_EQ(security.list(0, 10).size(), 1U);
-  EXPECT_EQ(bytesOf(folder / "security.db.damaged-1"), randomBytes(9000));
+  EXPECT_EQ(support::contentOf(folder / "security.db.damaged-1"), randomBytes(9000));
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
 }
 

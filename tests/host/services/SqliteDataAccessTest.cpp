@@ -85,8 +85,8 @@ TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
   for (const char* const value : {"1", "2", "3"}) {
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", value));
   }
-  const std::string main = bytesOf(file());
-  const std::string wal = bytesOf(file().string() + "-wal");
+  const std::string main = support::contentOf(file());
+  const std::string wal = support::contentOf(file().string() + "-wal");
   ASSERT_FALSE(wal.empty());
   for (std::size_t length = 0; length <= wal.size(); length += 512) {
     const support::TemporaryFolder cut;

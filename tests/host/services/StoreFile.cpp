@@ -3,15 +3,9 @@
 #include <sqlite3.h>
 
 #include <fstream>
-#include <iterator>
 #include <random>
 
 namespace host {
-
-std::string bytesOf(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 void writeBytes(const std::filesystem::path& file, const std::string& bytes) {
   std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;

@@ -3,11 +3,12 @@
 #include <filesystem>
 #include <string>
 
+#include "support/FileContent.h"
+
 namespace host {
 
 // A store's file seen from outside the host, its owner's alone. Thread: the test's.
 
-[[nodiscard]] std::string bytesOf(const std::filesystem::path& file);
 void writeBytes(const std::filesystem::path& file, const std::string& bytes);
 
 // Runs SQL on the file as another program would. Returns SQLite's words, empty when it worked.

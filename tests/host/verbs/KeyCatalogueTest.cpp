@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
+
+#include "support/FileContent.h"
 
 namespace host {
 namespace {
@@ -43,8 +43,7 @@ TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
 }
 
 TEST(ManagementKeyTable, IsWhatTheDocumentSays) {
-  std::ifstream file(MANAGEMENT_KEYS_DOCUMENT);
-  const std::string document{std::istreambuf_iterator<char>(file), {}};
+  const std::string document = support::contentOf(MANAGEMENT_KEYS_DOCUMENT);
   EXPECT_EQ(document, managementKeysDocument())
       << "docs/reference/management-keys.md is to be made anew";
 }
