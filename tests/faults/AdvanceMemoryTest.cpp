@@ -10,6 +10,7 @@
 #include "faults/Caller.h"
 #include "faults/PlanFile.h"
 #include "remote/FrameSocket.h"
+#include "support/Becomes.h"
 
 namespace faults {
 namespace {
@@ -43,8 +44,7 @@ class MemoryRunsOutOnTheWay : public ::testing::TestWithParam<std::uint64_t> {
   void advanceForACentury() {
     const auto before = time();
     client->send({FrameKind::controlRequest, 1, kCentury});
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (time() == before && std::chrono::steady_clock::now() < deadline) continue;
+    support::becomesTrue([&] { return time() != before; }, kPatience);
   }
 
   // What the client hears; nothing: the host is gone, or has dropped it.

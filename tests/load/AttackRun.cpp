@@ -17,6 +17,7 @@
 #include "load/DueCalls.h"
 #include "remote/FrameSocket.h"
 #include "remote/RemoteClient.h"
+#include "services/SecurityLog.h"
 
 namespace load {
 namespace {
@@ -26,7 +27,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kBystanderLimit(20);
 constexpr std::chrono::seconds kEndLimit(2);
 constexpr int kMoreSeconds = 20;  // on a slow machine, until each attack has had its effect
-constexpr int kRecords = 5'000;   // of accepted sets that the security log keeps
 
 // Clients that call in turn. A client that sends one call and waits is served at once, and one that
 // sends many waits for its turns: so each of these has few calls open even in a freeze of a second.
@@ -93,7 +93,7 @@ nlohmann::json askJson(host::RemoteClient& control, const std::string& json) {
 // As many records of sets as are kept: the list of them is as long as it can be.
 void fillSecurityLog(host::RemoteClient& control) {
   constexpr int kAtOnce = 500;
-  for (int record = 0; record < kRecords; record += kAtOnce) {
+  for (int record = 0; record < host::SecurityLog::kSets; record += kAtOnce) {
     std::vector<std::uint32_t> ids;
     for (int i = 0; i < kAtOnce; ++i) {
       const char* const value = i % 2 == 0 ? "0" : "1";  // repeats would be counted in one record
@@ -131,7 +131,8 @@ void addEffectsOnHost(integration::RestartableHost& host, host::RemoteClient& co
       askJson(control, R"({"verb":"get","key":"date-format"})").at("value") == "2");
   add("the time was set", isRecorded(control, "Remote call setTime(5, 5, 5)"));
   add("the security log is full",
-      askJson(control, R"({"verb":"security-log"})").at("kept").get<int>() >= kRecords);
+      askJson(control, R"({"verb":"security-log"})").at("kept").get<int>() >=
+          host::SecurityLog::kSets);
   add("the resolver was asked", host.program().says(std::string("silent about ") + kSilentName));
 }
 

@@ -13,6 +13,7 @@
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
 #include "plugin/Telephone.h"
+#include "support/Becomes.h"
 #include "support/LogCapture.h"
 
 namespace {
@@ -35,10 +36,7 @@ std::string behaviourOf(int client) {
 
 // A hanging client is one only once it has turned the signal away.
 bool waitUntilItHangs() {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!fs::remove("hanging"))
-    if (std::chrono::steady_clock::now() > deadline) return false;
-  return true;
+  return support::becomesTrue([] { return fs::remove("hanging"); });
 }
 
 class ClockWhoseClientIsReplaced : public testing::Test {

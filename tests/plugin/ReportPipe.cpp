@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "DevicePaths.h"
+#include "support/Becomes.h"
 
 namespace plugin {
 
@@ -36,11 +37,7 @@ int bytesLeft(int pipe) {
 
 template <class Condition>
 void await(Condition condition, const char* what) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds{10};
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > limit) throw std::runtime_error(what);
-    std::this_thread::yield();
-  }
+  if (!support::becomesTrue(condition)) throw std::runtime_error(what);
 }
 
 }  // namespace

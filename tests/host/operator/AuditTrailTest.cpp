@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -11,6 +10,7 @@
 #include "Method.h"
 #include "base/Origin.h"
 #include "clock/VirtualClock.h"
+#include "host/operator/LoopTasks.h"
 #include "host/operator/NotingChannel.h"
 #include "operator/Controller.h"
 #include "runtime/Device.h"
@@ -112,13 +112,6 @@ class MovedTelephone : public RecordedTelephone {
     controller->handle({request, channel});
     return channel;
   }
-  void runToTheEnd() {
-    while (!tasks.empty()) {
-      const auto task = std::move(tasks.front());
-      tasks.pop_front();
-      task();
-    }
-  }
   std::string now() {
     return instantText(
         std::chrono::duration_cast<std::chrono::seconds>(telephone.device().clock().wall()));
@@ -128,10 +121,10 @@ class MovedTelephone : public RecordedTelephone {
   static constexpr const char* kCentury =
       R"({"verb":"clock","action":"advance","seconds":3155760000})";
 
-  std::deque<std::function<void()>> tasks;
+  LoopTasks tasks;
   HostFacts facts() {
     HostFacts known;
-    known.later = [this](auto task) { tasks.push_back(std::move(task)); };
+    known.later = [this](auto task) { tasks.add(std::move(task)); };
     return known;
   }
   std::optional<Controller> controller{std::in_place, telephone.device(), facts()};
@@ -143,7 +136,7 @@ TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatItsClientLeft) {
   const auto waiting = begin(R"({"verb":"clock","action":"advance","seconds":60})");
   EXPECT_EQ(records(), Lines{});
   channel->isWanted = waiting->isWanted = false;
-  runToTheEnd();
+  tasks.runAll();
   EXPECT_NE(now(), "2016-06-16T00:00:00Z");
   EXPECT_EQ(
       records(),
@@ -171,7 +164,7 @@ TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatWasRefusedAtItsEnd) {
     call("setTime", {{"setTimeHours", 7}, {"setTimeMinutes", 0}, {"setTimeSeconds", 0}});
   });
   const auto channel = begin(R"({"verb":"clock","action":"to","landmark":"midnight"})");
-  runToTheEnd();
+  tasks.runAll();
   ASSERT_EQ(channel->replies.size(), 1U);
   EXPECT_NE(channel->replies[0].find("the clock has moved, but"), std::string::npos)
       << channel->replies[0];

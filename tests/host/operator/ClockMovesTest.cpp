@@ -3,14 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <deque>
-#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 
 #include "Method.h"
 #include "clock/VirtualClock.h"
+#include "host/operator/LoopTasks.h"
 #include "host/operator/NotingChannel.h"
 #include "operator/Controller.h"
 #include "runtime/Device.h"
@@ -36,13 +35,6 @@ class TravellingTelephone : public ::testing::Test {
     controller.handle({request, channel});
     return channel;
   }
-  void runToTheEnd() {
-    while (!tasks.empty()) {
-      const auto task = std::move(tasks.front());
-      tasks.pop_front();
-      task();
-    }
-  }
   // From then on no move is a jump: a far one takes many slices.
   void setTimeByHand() {
     Method method("setTime", Method::call);
@@ -55,9 +47,9 @@ class TravellingTelephone : public ::testing::Test {
   Plugin plugin{CLOCK_PLUGIN};
   ScenarioDevice telephone{plugin, {}};
   VirtualClock& clock{telephone.device().clock()};
-  std::deque<std::function<void()>> tasks;
+  LoopTasks tasks;
   Controller controller{telephone.device(),
-                        {{}, {}, {}, {}, [this](auto task) { tasks.push_back(std::move(task)); }}};
+                        {{}, {}, {}, {}, [this](auto task) { tasks.add(std::move(task)); }}};
 };
 
 TEST_F(TravellingTelephone, RefusedWayLeavesTheClockItsSpeedAndSaysWhatToDo) {
@@ -81,7 +73,7 @@ TEST_F(TravellingTelephone, WayThatItsClientLeavesGivesTheClockItsSpeedBack) {
   const auto channel = begin(kToLeapDay);
   EXPECT_EQ(clock.speed(), 0);
   channel->isWanted = false;
-  runToTheEnd();
+  tasks.runAll();
   EXPECT_EQ(clock.speed(), kTwice);
 }
 
@@ -91,7 +83,7 @@ TEST_F(TravellingTelephone, SpeedThatSomebodySetsOnTheWayStays) {
   const auto channel = begin(kToLeapDay);
   clock.setSpeed(1);
   channel->isWanted = false;
-  runToTheEnd();
+  tasks.runAll();
   EXPECT_EQ(clock.speed(), 1);
 }
 
@@ -101,14 +93,14 @@ TEST_F(TravellingTelephone, PauseThatSomebodyAsksForOnTheWayStays) {
   const auto channel = begin(kToLeapDay);
   begin(R"({"verb":"clock","action":"pause"})");
   channel->isWanted = false;
-  runToTheEnd();
+  tasks.runAll();
   EXPECT_EQ(clock.speed(), 0);
 }
 
 TEST_F(TravellingTelephone, StandsWhereItHasArrived) {
   clock.setSpeed(kTwice);
   const auto channel = begin(kToHour);
-  runToTheEnd();
+  tasks.runAll();
   ASSERT_EQ(channel->replies.size(), 1U);
   EXPECT_NE(channel->replies[0].find("paused 10 s before"), std::string::npos)
       << channel->replies[0];
@@ -125,7 +117,7 @@ TEST_F(TravellingTelephone, SaysWhereItStandsAndWhyItGoesNoFurther) {
   };
   for (const auto& [request, expected] : rows) {
     const auto channel = begin(request);
-    runToTheEnd();
+    tasks.runAll();
     ASSERT_EQ(channel->replies.size(), 1U);
     EXPECT_NE(channel->replies[0].find('"' + expected), std::string::npos) << channel->replies[0];
   }
@@ -135,7 +127,7 @@ TEST_F(TravellingTelephone, SaysWhereItStandsAndWhyItGoesNoFurther) {
 TEST_F(TravellingTelephone, FarWayIsAJumpToTwoHoursBeforeAndThesePass) {
   const auto before = clock.uptime();
   begin(kToLeapDay);
-  runToTheEnd();
+  tasks.runAll();
   const auto hours = std::chrono::floor<std::chrono::hours>(clock.uptime() - before);
   EXPECT_EQ(hours, std::chrono::hours(2));
 }
@@ -154,7 +146,7 @@ TEST_F(TravellingTelephone, ClockIsNotMovedToFindOutWhetherTheServiceFollowsIt) 
   for (int way = 0; way < 100; ++way) {
     begin(kBack);
     begin(kToLeapDay);
-    runToTheEnd();
+    tasks.runAll();
   }
   ended = true;
   watch.join();

@@ -7,6 +7,7 @@
 #include "Executable.h"
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
+#include "host/operator/LoopTasks.h"
 #include "host/operator/NotingChannel.h"
 #include "support/LogCapture.h"
 
@@ -47,23 +48,14 @@ class PassagesOnALoop : public ::testing::Test {
     return channel;
   }
 
-  // What the loop has next. False: nothing.
-  bool turn() {
-    if (tasks.empty()) return false;
-    const auto task = std::move(tasks.front());
-    tasks.pop_front();
-    task();
-    return true;
-  }
-
   VirtualClock clock;
   EverySecond owner{clock};
-  std::deque<std::function<void()>> tasks;
+  LoopTasks tasks;
   bool loopIsFull = false;
   ClockPassages passages{clock,
                          [this](auto task) {
                            if (loopIsFull) throw std::bad_alloc();
-                           tasks.push_back(std::move(task));
+                           tasks.add(std::move(task));
                          },
                          [](const auto& channel, const auto& note) { channel->reply(note); }};
 };
@@ -71,7 +63,7 @@ class PassagesOnALoop : public ::testing::Test {
 TEST_F(PassagesOnALoop, AShortMoveIsAnsweredAtOnce) {
   const auto channel = ask(pass(0s));
   EXPECT_EQ(channel->replies, std::vector<std::string>{"there"});
-  EXPECT_TRUE(tasks.empty());
+  EXPECT_TRUE(tasks.size() == 0);
 }
 
 TEST_F(PassagesOnALoop, ALongMoveLeavesTheLoopToOthersAfterEachSlice) {
@@ -80,7 +72,7 @@ TEST_F(PassagesOnALoop, ALongMoveLeavesTheLoopToOthersAfterEachSlice) {
   for (int slice = 0; slice < 3; ++slice) {
     const Nanoseconds before = clock.uptime();
     ASSERT_EQ(tasks.size(), 1U);
-    EXPECT_TRUE(turn());
+    EXPECT_TRUE(tasks.runNext());
     EXPECT_GT(clock.uptime(), before);
     EXPECT_LT(clock.uptime(), kCentury);
   }
@@ -91,8 +83,8 @@ TEST_F(PassagesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
   const auto channel = ask(pass(kCentury));
   channel->isWanted = false;
   const Nanoseconds before = clock.uptime();
-  EXPECT_TRUE(turn());
-  EXPECT_FALSE(turn());
+  EXPECT_TRUE(tasks.runNext());
+  EXPECT_FALSE(tasks.runNext());
   EXPECT_EQ(clock.uptime(), before);
   EXPECT_TRUE(channel->replies.empty());
 }
@@ -100,11 +92,11 @@ TEST_F(PassagesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
 TEST_F(PassagesOnALoop, MovesOfTwoClientsComeOneAfterTheOther) {
   const auto first = ask(pass(kCentury));
   const auto second = ask(pass(10s));
-  EXPECT_TRUE(turn());
+  EXPECT_TRUE(tasks.runNext());
   EXPECT_TRUE(second->replies.empty());
   first->isWanted = false;
   const Nanoseconds before = clock.uptime();
-  while (turn()) continue;
+  while (tasks.runNext()) continue;
   EXPECT_EQ(second->replies, std::vector<std::string>{"there"});
   EXPECT_EQ(clock.uptime(), before + 10s);
 }
@@ -114,7 +106,7 @@ TEST_F(PassagesOnALoop, WhatAMoveThrowsIsItsRefusalAndTheNextOneGoesOn) {
   const auto second = ask({[]() -> Nanoseconds { throw Error("no way"); }, {}});
   const auto third = ask(pass(0s));
   first->isWanted = false;
-  while (turn()) continue;
+  while (tasks.runNext()) continue;
   EXPECT_EQ(second->replies, std::vector<std::string>{R"({"ok":false,"error":"no way"})"});
   EXPECT_EQ(third->replies, std::vector<std::string>{"there"});
 }
@@ -129,7 +121,7 @@ TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopTakesNoTaskAndTheNextMoveIsMade) {
   const auto third = ask(pass(kCentury));
   const auto fourth = ask(pass(0s));
   loopIsFull = true;
-  EXPECT_TRUE(turn());
+  EXPECT_TRUE(tasks.runNext());
   EXPECT_EQ(third.use_count() + fourth.use_count(), 2);
 }
 
@@ -138,7 +130,7 @@ TEST_F(PassagesOnALoop, AreGivenUpWithALineThatCountsThem) {
     for (int i = 0; i < moves; ++i) ask(pass(kCentury));
     const support::LogCapture log;
     loopIsFull = true;
-    turn();
+    tasks.runNext();
     loopIsFull = false;
     return log.text();
   };

@@ -63,11 +63,7 @@ TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
 }
 
 TEST(ClientBounds, ARequestThatHoldsWhatComesNextIsAnsweredFirst) {
-  ServerWithDesk at;
-  RawSocket client(at.server.controlSocket);
-  client.send(frames(FrameKind::controlRequest, "hold", 1) +
-              frames(FrameKind::controlRequest, "next", 1));
-  ASSERT_TRUE(at.has(1));
+  ServerWithAHeldClient at;
   EXPECT_EQ(at.desk.take().text, "hold");
   ASSERT_TRUE(at.has(1));
   EXPECT_EQ(at.desk.take().text, "next");

@@ -121,11 +121,7 @@ TEST(Control, RequestDroppedUnansweredIsRefused) {
 }
 
 TEST(Control, AClientThatIsHeldGoesOnWhenItsRequestIsDroppedWithoutMemory) {
-  ServerWithDesk at;
-  RawSocket client(at.server.controlSocket);
-  client.send(frames(FrameKind::controlRequest, "hold", 1) +
-              frames(FrameKind::controlRequest, "next", 1));
-  ASSERT_TRUE(at.has(1));
+  ServerWithAHeldClient at;
   ControlRequest held = at.desk.take();
   {
     const support::NoMemory none;

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <deque>
 #include <mutex>
 #include <utility>
 
+#include "host/remote/RawSocket.h"
 #include "host/remote/ServerUnderTest.h"
 
 namespace host {
@@ -50,6 +53,17 @@ struct ServerWithDesk {
 
   Desk desk;
   ServerUnderTest server{desk.handler()};
+};
+
+// ... and a client whose first request holds the next one; the first has come.
+struct ServerWithAHeldClient : ServerWithDesk {
+  ServerWithAHeldClient() {
+    client.send(frames(FrameKind::controlRequest, "hold", 1) +
+                frames(FrameKind::controlRequest, "next", 1));
+    EXPECT_TRUE(has(1));
+  }
+
+  RawSocket client{server.controlSocket};
 };
 
 }  // namespace host

@@ -12,6 +12,7 @@
 #include "host/remote/FakeDevice.h"
 #include "remote/RemoteServer.h"
 #include "remote/SocketAddress.h"
+#include "support/Becomes.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -58,12 +59,7 @@ class ServerUnderTest {
   // Waits until the loop says so. False when it has not within kLong.
   template <class Condition>
   bool becomes(Condition condition) {
-    const auto deadline = std::chrono::steady_clock::now() + kLong;
-    while (!onLoop(condition)) {
-      if (std::chrono::steady_clock::now() > deadline) return false;
-      std::this_thread::yield();
-    }
-    return true;
+    return support::becomesTrue([&] { return onLoop(condition); }, kLong);
   }
 
  private:

@@ -15,6 +15,7 @@
 #include "runtime/Plugin.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
+#include "support/Becomes.h"
 #include "support/Framework.h"
 #include "support/TemporaryFolder.h"
 
@@ -37,10 +38,7 @@ class EndingDevice : public testing::Test {
 
   // Waits until the plug-in has noted that, or for no longer than the limit.
   static void wait(const char* note, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    while (placeOf(note) == pluginNotes().size()) {
-      if (std::chrono::steady_clock::now() > deadline) return;
-    }
+    support::becomesTrue([note] { return placeOf(note) != pluginNotes().size(); }, limit);
   }
   static std::size_t placeOf(const char* note) {
     const auto notes = pluginNotes();

@@ -23,6 +23,7 @@
 #include "services/MemoryDataAccess.h"
 #include "services/PhysicalInterface.h"
 #include "services/SecurityLog.h"
+#include "support/Becomes.h"
 #include "support/Framework.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
@@ -37,12 +38,9 @@ using ::testing::StartsWith;
 
 // Waits until the listener is inside open: a writer can then open the pipe. Wakes it once.
 bool waitForReader(const std::string& pipe) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (std::chrono::steady_clock::now() < deadline) {
-    const Descriptor writer(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
-    if (writer.valid()) return true;
-  }
-  return false;
+  return support::becomesTrue([&pipe] {
+    return Descriptor(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)).valid();
+  });
 }
 
 class TelephoneWithTestPlugin : public ::testing::Test {

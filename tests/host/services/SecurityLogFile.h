@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 #include "services/SecurityLog.h"
 #include "support/LogCapture.h"
@@ -14,6 +15,12 @@ namespace host {
 // An accepted management set.
 inline void record(SecurityLog& log, const std::string& text) {
   log.record(1, 4, 1, 5, 3, false, text, "", "");
+}
+
+// All that the caller of record gave.
+inline auto fieldsOf(const SecurityRecord& record) {
+  return std::tuple(record.time, record.facility, record.severity, record.eventClass,
+                    record.eventCode, record.failure, record.text, record.subject, record.origin);
 }
 
 // A folder for a security log, and what the log's store logs.

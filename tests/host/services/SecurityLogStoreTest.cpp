@@ -163,13 +163,10 @@ TEST_F(SecurityLogFile, OneOfTheVersionBeforeIsBroughtUp) {
     const auto records = security.list(0, 10);
     ASSERT_EQ(records.size(), 3U);
     EXPECT_EQ(records[0].number, 7);
-    EXPECT_EQ(records[0].time, 1466035200);
     EXPECT_EQ(records[0].lastTime, 1466035200);
     EXPECT_EQ(records[0].count, 1);
-    EXPECT_EQ(records[0].text, "a");
-    EXPECT_TRUE(records[1].failure);
-    EXPECT_EQ(records[1].subject, "user");
-    EXPECT_EQ(records[1].origin, "web");
+    EXPECT_EQ(fieldsOf(records[0]), std::tuple(1466035200, 4, 1, 5, 3, false, "a", "", ""));
+    EXPECT_EQ(fieldsOf(records[1]), std::tuple(1466035201, 4, 1, 5, 3, true, "b", "user", "web"));
     EXPECT_EQ(records[2].number, 9);
     EXPECT_EQ(security.kept().dropped, 6);
   }

@@ -1,6 +1,7 @@
 // What the security log keeps, and how it counts.
 #include "base/Origin.h"
 #include "host/services/SecurityLogFile.h"
+#include "host/services/StoreFaults.h"
 #include "support/NoMemory.h"
 
 namespace host {
@@ -12,15 +13,8 @@ TEST_F(SecurityLogFile, KeepsEveryFieldOfARecord) {
   const auto records = security.list(0, 10);
   ASSERT_EQ(records.size(), 1U);
   EXPECT_EQ(records[0].number, 1);
-  EXPECT_EQ(records[0].time, 1466035200);
-  EXPECT_EQ(records[0].facility, 4);
-  EXPECT_EQ(records[0].severity, 1);
-  EXPECT_EQ(records[0].eventClass, 5);
-  EXPECT_EQ(records[0].eventCode, 3);
-  EXPECT_TRUE(records[0].failure);
-  EXPECT_EQ(records[0].text, "ClockSettings set data time(\n)");
-  EXPECT_EQ(records[0].subject, "user");
-  EXPECT_EQ(records[0].origin, "web");
+  EXPECT_EQ(fieldsOf(records[0]), std::tuple(1466035200, 4, 1, 5, 3, true,
+                                             "ClockSettings set data time(\n)", "user", "web"));
 }
 
 TEST_F(SecurityLogFile, ListsWhatComesAfterANumberOldestFirst) {
