@@ -6,9 +6,9 @@
 #include <limits>
 #include <memory>
 
+#include "ClockService/ManagedKeys.h"
 #include "ManageableData.h"
-#include "plugin/Telephone.h"
-#include "support/LogCapture.h"
+#include "plugin/ManagedClock.h"
 
 namespace {
 
@@ -17,23 +17,6 @@ using namespace std::string_literals;
 constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
 constexpr int kLowest = std::numeric_limits<int>::min();
 constexpr int kHighest = std::numeric_limits<int>::max();
-
-const char* const kKeys[] = {"time",
-                             "simple-time",
-                             "simple-date",
-                             "date-format",
-                             "time-format",
-                             "sntp-addr",
-                             "ntp-secret",
-                             "sntp-tz-offset",
-                             "daylight-save",
-                             "daylight-save-minutes",
-                             "time-source",
-                             "daylight-save-zone-list",
-                             "daylight-save-zone-index",
-                             "daylight-save-zone-text",
-                             "daylight-save-zone-id",
-                             "auto-daylight-save"};
 
 // A text from outside, and how the keys read it.
 struct OutsideText {
@@ -80,13 +63,10 @@ const std::vector<OutsideText>& outsideTexts() {
   return rows;
 }
 
-// A running, managed clock that logs all it does, at 09:07:05 on 5 March 2024.
-class ClockUnderAnyBytes : public testing::Test {
+// It logs all it does.
+class ClockUnderAnyBytes : public plugin::ManagedClock {
  protected:
-  ClockUnderAnyBytes() {
-    telephone.store("FallbackDateTime", "2024-03-05T09:07:05+00:00");
-    telephone.switchOn();
-  }
+  ClockUnderAnyBytes() : ManagedClock(6) {}
 
   // Sets, and expects the answer, the value afterwards, a record to the byte and a free lock.
   void expectSet(const char* key, const OutsideText& row, bool accepted, const std::string& shown) {
@@ -103,10 +83,6 @@ class ClockUnderAnyBytes : public testing::Test {
     EXPECT_EQ(records.back().failure, !accepted) << name;
     telephone.security.clear();
   }
-  std::string utc() { return telephone.service().getUTCTime(0); }
-
-  plugin::Telephone telephone;
-  support::LogCapture log{6};
 };
 
 TEST_F(ClockUnderAnyBytes, ReadsTheirLeadingNumber) {
@@ -209,8 +185,9 @@ TEST_F(ClockUnderAnyBytes, RefusesThemAsKeys) {
 }
 
 TEST_F(ClockUnderAnyBytes, RefusesKeysWithExtraBytes) {
-  for (const char* const key : kKeys)
+  for (const ManagedKeys::Row& row : ManagedKeys::rows())
     for (const std::string& more : {"\0"s, "\n"s, " "s, "\xff"s, std::string(kMebibyte, '-')}) {
+      const std::string key = row.name;
       EXPECT_EQ(telephone.managed(key + more), "(refused)") << key;
       EXPECT_EQ(telephone.managed(more + key), "(refused)") << key;
       EXPECT_FALSE(telephone.manage(key + more, "1")) << key;

@@ -3,24 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "DSTZoneRules.h"
-#include "plugin/Telephone.h"
-#include "support/LogCapture.h"
+#include "plugin/ManagedClock.h"
 #include "support/ManagedData.h"
 
 namespace {
 
-// A running, managed clock in UTC, at 09:07:05 on 5 March 2024.
-class ManagedClock : public testing::Test {
- protected:
-  ManagedClock() {
-    telephone.store("FallbackDateTime", "2024-03-05T09:07:05+00:00");
-    telephone.switchOn();
-  }
-  std::string utc() { return telephone.service().getUTCTime(0); }
-
-  plugin::Telephone telephone;
-  support::LogCapture log{5};
-};
+using plugin::ManagedClock;
 
 TEST_F(ManagedClock, GivesADefaultForEachKey) {
   std::string zones;

@@ -5,8 +5,7 @@
 #include <stdexcept>
 
 #include "plugin/ClockOnWatchedTimers.h"
-#include "plugin/Telephone.h"
-#include "support/LogCapture.h"
+#include "plugin/ManagedClock.h"
 #include "support/ManagedData.h"
 
 namespace {
@@ -14,20 +13,11 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 
-// A running, managed clock in UTC, at 09:07:05 on 5 March 2024.
-class OddlyManagedClock : public testing::Test {
+class OddlyManagedClock : public plugin::ManagedClock {
  protected:
-  OddlyManagedClock() {
-    telephone.store("FallbackDateTime", "2024-03-05T09:07:05+00:00");
-    telephone.switchOn();
-  }
   bool setData(const std::string& key, const std::string& value) {
     return support::set(telephone.service(), key, value);
   }
-  std::string utc() { return telephone.service().getUTCTime(0); }
-
-  plugin::Telephone telephone;
-  support::LogCapture log{5};
 };
 
 TEST_F(OddlyManagedClock, ReadsSevenThirtyWithAOneDigitHourAsSevenOClock) {

@@ -3,23 +3,14 @@
 #include <gmock/gmock.h>
 
 #include "ManageableData.h"
-#include "plugin/Telephone.h"
+#include "plugin/ManagedClock.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A running clock with a security log, at 2024-03-05T09:07:05.
-class ClockWithSecurityLog : public testing::Test {
- protected:
-  ClockWithSecurityLog() {
-    telephone.store("FallbackDateTime", "2024-03-05T09:07:05+00:00");
-    telephone.switchOn();
-  }
-
-  plugin::Telephone telephone;
-};
+using ClockWithSecurityLog = plugin::ManagedClock;
 
 TEST_F(ClockWithSecurityLog, GetsTheTimeTheFixedNumbersAndTheText) {
   EXPECT_TRUE(telephone.manage("date-format", "2"));

@@ -24,20 +24,22 @@ struct OffsetText {
   const char* text;
 };
 
+void expectSet(const OffsetText& row) {
+  SettingsStore store;
+  const auto settings = store.load();
+  EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
+  EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << row.given;
+  EXPECT_EQ(settings->getTimezoneOffsetStr(), row.text) << row.given;
+  EXPECT_EQ(store.stored("TimezoneOffset"), row.text) << row.given;
+}
+
 TEST(TimezoneOffset, NumbersUpToTwelveAndAHalfAreHours) {
   const OffsetText table[] = {
       {1.0F, 1.0F, "1"},       {5.5F, 5.5F, "5.5"},    {-3.5F, -3.5F, "-3.5"},
       {5.75F, 5.75F, "5.75"},  {12.5F, 12.5F, "12.5"}, {-12.5F, -12.5F, "-12.5"},
       {12.0F, 12.0F, "12"},    {0.25F, 0.25F, "0.25"}, {-0.5F, -0.5F, "-0.5"},
       {1e-7F, 1e-7F, "1e-07"}, {0.1F, 0.1F, "0.1"},    {-10.0F, -10.0F, "-10"}};
-  for (const OffsetText& row : table) {
-    SettingsStore store;
-    const auto settings = store.load();
-    EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
-    EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << row.given;
-    EXPECT_EQ(settings->getTimezoneOffsetStr(), row.text) << row.given;
-    EXPECT_EQ(store.stored("TimezoneOffset"), row.text) << row.given;
-  }
+  for (const OffsetText& row : table) expectSet(row);
 }
 
 TEST(TimezoneOffset, NumbersBeyondAreSeconds) {
@@ -56,14 +58,7 @@ TEST(TimezoneOffset, NumbersBeyondAreSeconds) {
       {1e30F, 1e30F / 3600.0F, "2.77778e+26"},
       {kInfinity, kInfinity, "inf"},
       {-kInfinity, -kInfinity, "-inf"}};
-  for (const OffsetText& row : table) {
-    SettingsStore store;
-    const auto settings = store.load();
-    EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
-    EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << row.given;
-    EXPECT_EQ(settings->getTimezoneOffsetStr(), row.text) << row.given;
-    EXPECT_EQ(store.stored("TimezoneOffset"), row.text) << row.given;
-  }
+  for (const OffsetText& row : table) expectSet(row);
 }
 
 TEST(TimezoneOffset, NotANumberIsKeptAsItIs) {

@@ -27,6 +27,7 @@
 #include "host/ntpclient/FakeSntpServer.h"
 #include "ntpclient/PipeReport.h"
 #include "ntpclient/SealedPath.h"
+#include "support/InChild.h"
 #include "support/TemporaryFolder.h"
 
 #ifndef CLOCK_WITHOUT_FILTER
@@ -44,15 +45,11 @@ class UnderTheFilter : public testing::Test {
   // 0 when the call succeeds there, else its errno; -1 when the filter is refused. `call` returns
   // what system calls do.
   int errorOf(const std::function<long()>& call) const {
-    const pid_t child = ::fork();
-    if (child == 0) {
-      if (installSystemCallFilter(m_sealed) != 0) ::_exit(255);
-      ::_exit(call() >= 0 ? 0 : errno);
-    }
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFEXITED(status)) << "signal " << WTERMSIG(status);
-    return WEXITSTATUS(status) == 255 ? -1 : WEXITSTATUS(status);
+    const int status = support::statusInChild([&] {
+      if (installSystemCallFilter(m_sealed) != 0) return 255;
+      return call() >= 0 ? 0 : errno;
+    });
+    return status == 255 ? -1 : status;
   }
 
   const support::TemporaryFolder m_folder;
@@ -155,15 +152,12 @@ bool refuseFilters() {
 }
 
 TEST_F(UnderTheFilter, WhatTheSystemRefusesIsSaidAndNothingElseChanges) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    const bool refused = refuseFilters() && installSystemCallFilter(m_sealed) > 0;
-    const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ::_exit(refused && socket.valid() ? 0 : 1);
-  }
-  int status = 0;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(support::statusInChild([this] {
+              const bool refused = refuseFilters() && installSystemCallFilter(m_sealed) > 0;
+              const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+              return refused && socket.valid() ? 0 : 1;
+            }),
+            0);
 }
 
 TEST_F(UnderTheFilter, TheClientTellsItsHostWhenThereIsNone) {

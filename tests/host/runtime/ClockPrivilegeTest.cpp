@@ -5,7 +5,6 @@
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +18,7 @@
 #include <vector>
 
 #include "support/ErrorOf.h"
+#include "support/InChild.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -39,14 +39,11 @@ std::uint64_t capabilities(const std::string& name, const std::string& file = "/
 
 // In a process of its own, as what is given up is gone. True: `holds` said so there.
 bool afterGivingUp(std::optional<gid_t> group, const std::function<bool()>& holds) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    gainNoPrivileges();
-    keepOnlyClockPrivilege(group);
-    ::_exit(holds() ? 0 : 1);
-  }
-  int status = 0;
-  return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return support::statusInChild([&] {
+           gainNoPrivileges();
+           keepOnlyClockPrivilege(group);
+           return holds() ? 0 : 1;
+         }) == 0;
 }
 
 // The system refuses what gainNoPrivileges asks of it.
@@ -66,18 +63,15 @@ bool refuseNoNewPrivileges() {
 
 // In a process of its own, as a filter stays for good.
 TEST(ClockPrivilege, RefusalToGainNoneIsAnErrorInOneLine) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    const std::string error =
-        refuseNoNewPrivileges() ? errorOf([] { gainNoPrivileges(); }) : "no filter";
-    const bool right = error.find(
-                           "cannot be kept from gaining privileges: Operation not "
-                           "permitted; ") != std::string::npos;
-    ::_exit(right ? 0 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+  EXPECT_EQ(support::statusInChild([] {
+              const std::string error =
+                  refuseNoNewPrivileges() ? errorOf([] { gainNoPrivileges(); }) : "no filter";
+              const bool right = error.find(
+                                     "cannot be kept from gaining privileges: Operation not "
+                                     "permitted; ") != std::string::npos;
+              return right ? 0 : 1;
+            }),
+            0);
 }
 
 TEST(ClockPrivilege, IsWhatTheKernelShows) {
