@@ -1,4 +1,4 @@
-// The device's paths for tests: below the folder that the test program works in.
+// The device's paths for tests, relative to the working folder of the test program.
 
 #include "DevicePaths.h"
 

@@ -5,7 +5,7 @@
 
 #include "base/Error.h"
 
-// What the host's error said that ended this; empty when none did.
+// The text of the host::Error that the body throws; empty when it throws none.
 inline std::string errorOf(const std::function<void()>& body) {
   try {
     body();

@@ -1,4 +1,4 @@
-// The platform's XmlParser for test programs that do without an XML library: elements, text and the
+// The platform's XmlParser for test programs without an XML library: elements, text and the
 // named, decimal and hexadecimal character references up to U+007F; no comments, no CDATA.
 
 #include <cstddef>

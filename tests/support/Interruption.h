@@ -5,8 +5,8 @@
 
 namespace support {
 
-// SIGINT and SIGTERM ask the program to come to its end in order, so that it leaves nothing behind.
-// Each is asked once: the second ends it on the spot. Owner: main, from before any thread.
+// SIGINT and SIGTERM ask the program to stop and to clean up behind it. The second one kills it.
+// Owner: main, created before any thread.
 class Interruption {
  public:
   Interruption() {
@@ -18,10 +18,10 @@ class Interruption {
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
 
-  // The signal that has come; 0 without one. Any thread.
+  // The signal that was received; 0 when there was none. Any thread.
   [[nodiscard]] static int signal() { return s_signal; }
 
-  // A program's exit status: of the signal that has come, or else this one.
+  // The exit status for the signal that was received, or else this one.
   [[nodiscard]] static int statusOr(int status) { return s_signal != 0 ? 128 + s_signal : status; }
 
  private:

@@ -11,7 +11,7 @@
 
 namespace support {
 
-// Keeps what the process logs while the object lives, and sets the level for as long.
+// Keeps what the process logs while the object lives, and sets the log level meanwhile.
 // Thread: any.
 class LogCapture {
  public:
@@ -31,11 +31,11 @@ class LogCapture {
   // ... one with this text in it.
   [[nodiscard]] bool hasPart(const std::string& part) const;
 
-  // Waits until an entry with this text in it is there; false at the end of the time.
+  // Waits for an entry with this text in it; false when the limit has passed.
   [[nodiscard]] bool waitForPart(const std::string& part,
                                  std::chrono::seconds limit = std::chrono::seconds{10}) const;
 
-  // All of it, a line each, for messages of failed tests.
+  // All entries, one a line, for the messages of failed tests.
   [[nodiscard]] std::string text() const;
 
  private:

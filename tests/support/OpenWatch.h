@@ -11,7 +11,7 @@
 
 namespace support {
 
-// Tells whether anybody has opened a file since the watch began.
+// Watches whether any process opens a file.
 // Owner: the test. Failure: throws std::system_error.
 class OpenWatch {
  public:
@@ -24,7 +24,7 @@ class OpenWatch {
   OpenWatch(const OpenWatch&) = delete;
   OpenWatch& operator=(const OpenWatch&) = delete;
 
-  // Whether there was one, or comes within the limit.
+  // Whether the file was opened since then, or is opened within the limit.
   [[nodiscard]] bool sees(std::chrono::milliseconds limit = {}) const {
     pollfd waited{m_descriptor, POLLIN, 0};
     return poll(&waited, 1, static_cast<int>(limit.count())) == 1;

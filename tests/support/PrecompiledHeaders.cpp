@@ -1,1 +1,1 @@
-// Owns GoogleTest's precompiled headers. It has no tests; nobody builds or runs it.
+// Owns GoogleTest's precompiled headers. It has no tests and is never run.

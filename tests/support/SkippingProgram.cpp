@@ -1,4 +1,4 @@
-// A test that skips, for the tests of what becomes of it.
+// A test that skips, for the tests of NoSkips.
 
 #include <gtest/gtest.h>
 

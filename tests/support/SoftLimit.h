@@ -4,7 +4,7 @@
 
 namespace support {
 
-// A soft limit of the process, until it goes out of scope.
+// Changes a soft limit of the process, until it goes out of scope.
 class SoftLimit {
  public:
   SoftLimit(int resource, rlim_t most) : m_resource(resource) {

@@ -10,7 +10,7 @@
 
 namespace support {
 
-// A fresh folder, gone with all that is in it when the object goes.
+// A fresh folder. The destructor removes it with its content.
 class TemporaryFolder {
  public:
   TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) {}
@@ -37,7 +37,7 @@ class TemporaryFolder {
   std::filesystem::path m_path;
 };
 
-// Where files cost no wait for a disk; the usual place on a system without.
+// A place in memory, where a sync is cheap; the usual place on a system that has none.
 inline std::filesystem::path folderInMemory() {
   const std::filesystem::path memory = "/dev/shm";
   return ::access(memory.c_str(), W_OK | X_OK) == 0 ? memory

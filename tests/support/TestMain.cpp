@@ -1,5 +1,5 @@
-// The start of test programs of the plug-in: in a private folder, which the device's paths and
-// storage lie in, and in a zone that is not the machine's.
+// main() of the plug-in's test programs: sets up a private folder for the device's paths and the
+// storage, and a time zone that does not depend on the machine.
 
 #include <gmock/gmock.h>
 

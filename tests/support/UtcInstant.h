@@ -14,7 +14,7 @@ constexpr std::int64_t daysSinceEpoch(int year, int month, int day) {
   return 365 * years + years / 4 - years / 100 + years / 400 + dayOfYear - kDaysToEpoch;
 }
 
-// Seconds since 1970-01-01 UTC, reckoned without the C library: what the tests hold the code to.
+// Seconds since 1970-01-01 UTC, computed without the C library, as a reference for tests.
 constexpr time_t utcInstant(int year, int month, int day, int hours = 0, int minutes = 0,
                             int seconds = 0) {
   return static_cast<time_t>(((daysSinceEpoch(year, month, day) * 24 + hours) * 60 + minutes) * 60 +

@@ -12,8 +12,8 @@
 
 namespace support {
 
-// A call on a thread of its own, which is expected to wait for something that the test holds.
-// Owner: the test; its end waits for the call's, so what it waits for has to be given back before.
+// Runs a call on its own thread. The call is expected to block on something that the test holds.
+// Owner: the test. The destructor joins the thread, so the test has to release that thing first.
 class WaitingCall {
  public:
   explicit WaitingCall(std::function<void()> call)
@@ -33,7 +33,7 @@ class WaitingCall {
   }
 
  private:
-  // The kernel's word for the thread's state follows its name, which is in parentheses.
+  // The letter of the thread's state follows its name, which is in parentheses.
   [[nodiscard]] bool sleeps() const {
     std::ifstream file("/proc/self/task/" + std::to_string(m_id) + "/stat");
     const std::string line{std::istreambuf_iterator<char>(file), {}};

@@ -8,8 +8,8 @@
 
 namespace support {
 
-// A private folder in which the device's paths and storage lie, and which the process works in
-// while the object lives.
+// A private folder for the device's paths and the storage. It is the working directory of the
+// process while the object lives.
 class WorkingFolder {
  public:
   WorkingFolder() : WorkingFolder(std::filesystem::temp_directory_path()) {}
@@ -19,7 +19,7 @@ class WorkingFolder {
     std::filesystem::current_path(m_folder.path());
     host::setStorageFolder(m_folder / "state");
   }
-  // Leaves the folder before it goes.
+  // Leaves the folder before it is removed.
   ~WorkingFolder() {
     std::error_code ignored;
     std::filesystem::current_path(m_former, ignored);

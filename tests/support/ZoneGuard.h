@@ -7,8 +7,8 @@
 
 namespace support {
 
-// Puts the process under a POSIX TZ value, and under the former one when the object goes.
-// Thread: no other may look at local time meanwhile.
+// Sets TZ of the process while it lives, and restores the former value.
+// Thread: no other thread may read local time meanwhile.
 class ZoneGuard {
  public:
   explicit ZoneGuard(const std::string& tz) {
