@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "Executable.h"
 #include "SecurityLogServiceIfc.h"
+#include "support/Part.h"
 
 namespace plugin {
 
 // Keeps the records of the security log. Owner: the test. Thread: any.
-class RecordingSecurityLog final : public Executable, public SecurityLogServiceIfc {
+class RecordingSecurityLog final : public support::Part, public SecurityLogServiceIfc {
  public:
   struct Record {
     time_t time;
@@ -20,9 +20,6 @@ class RecordingSecurityLog final : public Executable, public SecurityLogServiceI
     bool failure;
     std::string text, subject, origin;
   };
-
-  void init(Context& /*context*/) override {}
-  void shutdown() override {}
 
   void record(time_t time, int facility, int severity, int eventClass, int eventCode, bool failure,
               const std::string& text, const std::string& subject,

@@ -6,21 +6,18 @@
 #include <string>
 #include <vector>
 
-#include "Executable.h"
 #include "LocalMgmtIfc.h"
 #include "PhysicalInterfaceServiceIfc.h"
 #include "framework/DataAccess.h"
 #include "plugin/Journal.h"
+#include "support/Part.h"
 
 // Services of the device that write each call into a journal. Owner: the test. Thread: any.
 namespace plugin {
 
-class RecordingPhysical final : public Executable, public PhysicalInterfaceServiceIfc {
+class RecordingPhysical final : public support::Part, public PhysicalInterfaceServiceIfc {
  public:
   RecordingPhysical(Journal& journal, int variant) : m_journal(journal), m_variant(variant) {}
-  void init(Context& /*context*/) override {}
-  void shutdown() override {}
-
   PhysDefs::hardwareSubVariant getHardwareSubVariant() override;
   void subscribe(physicalEventObserver* observer,
                  const std::vector<PhysDefs::SubscriptionGrp>& groups) override;
@@ -34,12 +31,9 @@ class RecordingPhysical final : public Executable, public PhysicalInterfaceServi
   const int m_variant;
 };
 
-class RecordingManagement final : public Executable, public LocalMgmtIfc {
+class RecordingManagement final : public support::Part, public LocalMgmtIfc {
  public:
   explicit RecordingManagement(Journal& journal) : m_journal(journal) {}
-  void init(Context& /*context*/) override {}
-  void shutdown() override {}
-
   bool registerAgent(const std::string& agentId, MgmtAgentIfc* newAgent) override;
   bool getData(ManageableData& record) override;
   bool setData(ManageableData& record) override;
@@ -58,12 +52,9 @@ class RecordingManagement final : public Executable, public LocalMgmtIfc {
   Journal& m_journal;
 };
 
-class RecordingStore final : public Executable, public host::DataAccess {
+class RecordingStore final : public support::Part, public host::DataAccess {
  public:
   explicit RecordingStore(Journal& journal) : m_journal(journal) {}
-  void init(Context& /*context*/) override {}
-  void shutdown() override {}
-
   bool setItem(const std::string& schema, const std::string& key,
                const std::string& value) override;
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;

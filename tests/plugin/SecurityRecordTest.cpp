@@ -104,11 +104,9 @@ TEST_F(ClockWithSecurityLog, GetsRecordsFromItsFirstAppearanceOn) {
 
 // The security log may call back into the clock: the management lock is free by then.
 TEST_F(ClockWithSecurityLog, IsCalledWithoutTheManagementLock) {
-  class CuriousLog final : public Executable, public SecurityLogServiceIfc {
+  class CuriousLog final : public support::Part, public SecurityLogServiceIfc {
    public:
     explicit CuriousLog(plugin::Telephone& owner) : m_telephone(owner) {}
-    void init(Context& /*context*/) override {}
-    void shutdown() override {}
     void record(time_t /*time*/, int /*facility*/, int /*severity*/, int /*eventClass*/,
                 int /*eventCode*/, bool /*failure*/, const std::string& /*text*/,
                 const std::string& /*subject*/, const std::string& /*origin*/) override {

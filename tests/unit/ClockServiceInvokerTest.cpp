@@ -10,6 +10,7 @@
 #include "ClockService.h"
 #include "support/Framework.h"
 #include "support/LogCapture.h"
+#include "support/Part.h"
 #include "unit/RecordingService.h"
 
 namespace {
@@ -18,12 +19,6 @@ using support::LogCapture;
 using support::Outcome;
 using support::Response;
 using Lines = std::vector<std::string>;
-
-class OtherService : public Executable {
- public:
-  void init(Context&) override {}
-  void shutdown() override {}
-};
 
 class ThrowingService : public unit::RecordingService {
  public:
@@ -137,7 +132,7 @@ TEST_F(ClockServiceInvokerTest, NullServiceIsLoggedAndNotAnswered) {
 
 TEST_F(ClockServiceInvokerTest, AnotherServiceIsLoggedAndNotAnswered) {
   const LogCapture log;
-  OtherService other;
+  support::Part other;
   const Outcome outcome = send(&other, "call getTime\n");
   EXPECT_TRUE(outcome.replies.empty());
   EXPECT_TRUE(outcome.deleted);

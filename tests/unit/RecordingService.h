@@ -4,13 +4,13 @@
 #include <vector>
 
 #include "ClockServiceIfc.h"
-#include "Executable.h"
+#include "support/Part.h"
 
 namespace unit {
 
 // A clock service that keeps what it is asked, each call as a line ("setTime 7 8 9"), and answers
 // with values that tell the calls apart. Owner: the test. Thread: the test's.
-class RecordingService : public Executable, public ClockServiceIfc {
+class RecordingService : public support::Part, public ClockServiceIfc {
  public:
   [[nodiscard]] const std::vector<std::string>& calls() const { return m_calls; }
   // From now on the calls with a yes or no say no, and leave their outputs alone.
@@ -18,9 +18,6 @@ class RecordingService : public Executable, public ClockServiceIfc {
   // What getTime() answers.
   void setTimeText(const std::string& text) { m_timeText = text; }
   [[nodiscard]] ClockServiceObserverIfc* lastObserver() const { return m_lastObserver; }
-
-  void init(Context&) override {}
-  void shutdown() override {}
 
   std::string getTime() override;
   void getTime(int& hours, int& minutes, int& seconds) override;

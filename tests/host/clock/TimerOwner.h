@@ -5,18 +5,16 @@
 #include <utility>
 #include <vector>
 
-#include "Executable.h"
 #include "clock/VirtualClock.h"
+#include "support/Part.h"
 
 // Notes which timers came, and at which uptime; what else is to happen then can be given.
-class TimerOwner : public Executable {
+class TimerOwner : public support::Part {
  public:
   using Note = std::pair<int, host::VirtualClock::Nanoseconds>;
 
   explicit TimerOwner(const host::VirtualClock& clock) : m_clock(clock) {}
 
-  void init(Context& /*context*/) override {}
-  void shutdown() override {}
   void timerEvent(int timer) override {
     notes.emplace_back(timer, m_clock.uptime());
     if (then) then(timer);

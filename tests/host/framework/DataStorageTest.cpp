@@ -8,6 +8,7 @@
 #include "framework/HostContext.h"
 #include "services/MemoryDataAccess.h"
 #include "support/LogCapture.h"
+#include "support/Part.h"
 
 namespace {
 
@@ -44,10 +45,7 @@ TEST(SettingsWithoutStore, AreEmptyAndRefused) {
 
 // Something is registered under the name, but it is no store.
 TEST(SettingsWithoutStore, DoNotTakeAnotherServiceForOne) {
-  class Other : public Executable {
-    void init(Context& /*context*/) override {}
-    void shutdown() override {}
-  } other;
+  support::Part other;
   host::VirtualClock clock;
   host::HostContext context(clock);
   context.add("DataAccessServiceIfc", &other);

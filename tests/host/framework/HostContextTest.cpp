@@ -7,26 +7,23 @@
 #include <string>
 #include <vector>
 
-#include "Executable.h"
 #include "clock/VirtualClock.h"
+#include "support/Part.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 
-class Listener : public Executable {
- public:
-  void init(Context& /*context*/) override {}
-  void shutdown() override {}
-  void timerEvent(int timer) override { timers.push_back(timer); }
-  std::vector<int> timers;
-};
-
 class FrameworkContextOfServices : public testing::Test {
  protected:
+  FrameworkContextOfServices() {
+    m_service.onTimer = [this](int timer) { m_timers.push_back(timer); };
+  }
+
   host::VirtualClock m_clock;
   host::HostContext m_context{m_clock};
-  Listener m_service;
+  support::Part m_service;
+  std::vector<int> m_timers;
 };
 
 TEST_F(FrameworkContextOfServices, FindsServicesByName) {
@@ -38,7 +35,7 @@ TEST_F(FrameworkContextOfServices, FindsServicesByName) {
 }
 
 TEST_F(FrameworkContextOfServices, ReplacesAndForgetsServices) {
-  Listener other;
+  support::Part other;
   m_context.add("name", &m_service);
   m_context.add("name", &other);
   EXPECT_EQ(m_context.getService("name"), &other);
@@ -52,9 +49,9 @@ TEST_F(FrameworkContextOfServices, GivesTimersInMilliseconds) {
   EXPECT_EQ(timer, 1);
   m_context.startTimer(timer);
   m_clock.advance(1499ms);
-  EXPECT_TRUE(m_service.timers.empty());
+  EXPECT_TRUE(m_timers.empty());
   m_clock.advance(1ms);
-  EXPECT_EQ(m_service.timers, std::vector<int>{timer});
+  EXPECT_EQ(m_timers, std::vector<int>{timer});
 }
 
 TEST_F(FrameworkContextOfServices, GivesTimersOfTheLongestPeriod) {

@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "Executable.h"
 #include "Method.h"
 #include "base/Origin.h"
 #include "clock/VirtualClock.h"
@@ -19,6 +18,7 @@
 #include "services/ManagementThread.h"
 #include "services/SecurityLog.h"
 #include "support/FileContent.h"
+#include "support/Part.h"
 #include "verbs/TimeText.h"
 
 namespace host {
@@ -144,25 +144,14 @@ TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatItsClientLeft) {
              "refused 4 Clock advance 60, from " + now()}));
 }
 
-// Expires an hour from now.
-class InAnHour : public Executable {
- public:
-  InAnHour(VirtualClock& clock, std::function<void()> task) : m_task(std::move(task)) {
-    clock.startTimer(clock.createTimer(*this, std::chrono::hours(1)));
-  }
-  void init(Context&) override {}
-  void shutdown() override {}
-  void timerEvent(int) override { m_task(); }
-
- private:
-  const std::function<void()> m_task;
-};
-
 // A time that is set meanwhile makes it miss its place.
 TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatWasRefusedAtItsEnd) {
-  InAnHour setter(telephone.device().clock(), [this] {
+  support::Part setter;
+  setter.onTimer = [this](int) {
     call("setTime", {{"setTimeHours", 7}, {"setTimeMinutes", 0}, {"setTimeSeconds", 0}});
-  });
+  };
+  VirtualClock& clock = telephone.device().clock();
+  clock.startTimer(clock.createTimer(setter, std::chrono::hours(1)));
   const auto channel = begin(R"({"verb":"clock","action":"to","landmark":"midnight"})");
   tasks.runAll();
   ASSERT_EQ(channel->replies.size(), 1U);

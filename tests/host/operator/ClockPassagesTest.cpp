@@ -4,12 +4,12 @@
 
 #include <new>
 
-#include "Executable.h"
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
 #include "host/operator/LoopTasks.h"
 #include "host/operator/NotingChannel.h"
 #include "support/LogCapture.h"
+#include "support/Part.h"
 
 namespace host {
 namespace {
@@ -20,19 +20,12 @@ using Nanoseconds = VirtualClock::Nanoseconds;
 constexpr Nanoseconds kCentury = 24h * 36525;
 
 // Expires each second: a century of it takes hours.
-class EverySecond : public Executable {
+class EverySecond : public support::Part {
  public:
-  explicit EverySecond(VirtualClock& clock)
-      : m_clock(clock), m_timer(clock.createTimer(*this, 1s)) {
-    m_clock.startTimer(m_timer);
+  explicit EverySecond(VirtualClock& clock) {
+    onTimer = [&clock](int timer) { clock.startTimer(timer); };
+    onTimer(clock.createTimer(*this, 1s));
   }
-  void init(Context&) override {}
-  void shutdown() override {}
-  void timerEvent(int) override { m_clock.startTimer(m_timer); }
-
- private:
-  VirtualClock& m_clock;
-  const int m_timer;
 };
 
 class PassagesOnALoop : public ::testing::Test {

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "Executable.h"
 #include "FrameworkContext.h"
 #include "Invoker.h"
 #include "Method.h"
 #include "Proxy.h"
 #include "remote/RemoteServer.h"
+#include "support/Part.h"
 
 namespace host {
 
@@ -28,12 +28,6 @@ class FakeProxy final : public Proxy {
 
  private:
   ProxyRequest* m_request = nullptr;
-};
-
-class FakeService final : public Executable {
- public:
-  void init(Context&) override {}
-  void shutdown() override {}
 };
 
 // Stands in for service and invoker of a device: answers a few methods, keeps observers in a list
@@ -67,7 +61,7 @@ class FakeDevice final : public Invoker {
   void unobserve(Method&, Method& reply, const std::string& address);
   void makeProxyOf(Method& request, Method& reply, const std::string& address);
 
-  FakeService m_service;
+  support::Part m_service;
   FrameworkContext* m_context = nullptr;
   std::atomic<int> m_oneWayCalls = 0;
   std::atomic<int> m_unobserveCalls = 0;

@@ -16,11 +16,11 @@
 #include <utility>
 #include <vector>
 
-#include "Executable.h"
 #include "base/Descriptor.h"
 #include "clock/VirtualClock.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
+#include "support/Part.h"
 
 namespace host {
 namespace {
@@ -29,15 +29,6 @@ using std::chrono::hours;
 using std::chrono::milliseconds;
 
 constexpr double kAsFastAsItGoes = std::numeric_limits<double>::infinity();
-
-class Owner : public Executable {
- public:
-  void init(Context&) override {}
-  void shutdown() override {}
-  void timerEvent(int timerId) override { onTimer(timerId); }
-
-  std::function<void(int)> onTimer = [](int) {};
-};
 
 class IdleLoop : public ::testing::Test {
  protected:
@@ -49,7 +40,7 @@ class IdleLoop : public ::testing::Test {
 
   VirtualClock clock;
   EventLoop loop{clock};
-  Owner owner;
+  support::Part owner;
 };
 
 TEST_F(IdleLoop, RunsTasksInOrderUntilItIsStopped) {
@@ -252,7 +243,7 @@ TEST_F(IdleLoop, SlowExpiriesLetTasksInAfterASlice) {
 
 TEST(EventLoop, ClockOutlivesItsLoop) {
   VirtualClock clock;
-  Owner owner;
+  support::Part owner;
   { const EventLoop loop(clock); }
   clock.startTimer(clock.createTimer(owner, milliseconds(1)));
   clock.setSpeed(kAsFastAsItGoes);
