@@ -57,7 +57,7 @@ std::optional<std::string> contentOf(const std::string& path) {
     errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
     return std::nullopt;
   }
-  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  std::string content(kLargest, '\0');  // not by the size: it may have changed since
   const ssize_t length = read(file.get(), content.data(), content.size());
   if (length < 0) return std::nullopt;
   content.resize(static_cast<std::size_t>(length));
