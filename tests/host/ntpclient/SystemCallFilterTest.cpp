@@ -8,6 +8,7 @@
 #include <sys/ptrace.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,6 +72,11 @@ struct Call {
   std::function<long()> make;
 };
 
+long map(void* at, int protection, int flags = 0) {
+  flags |= MAP_PRIVATE | MAP_ANONYMOUS;
+  return ::mmap(at, 1, protection, flags, -1, 0) == MAP_FAILED ? -1 : 0;
+}
+
 TEST_F(UnderTheFilter, WhatTheClientDoesNotNeedIsDenied) {
   const std::string other = m_folder / "other";
   const std::string same = m_pipe;  // the same name at another address
@@ -102,20 +108,8 @@ TEST_F(UnderTheFilter, WhatTheClientDoesNotNeedIsDenied) {
        [&] { return ::clock_settime(CLOCK_PROCESS_CPUTIME_ID, &now); }},  // which nobody can set
       {"make the name writable", [&] { return ::mprotect(sealed, 1, PROT_READ | PROT_WRITE); }},
       {"unmap the name", [&] { return ::munmap(sealed, 1); }},
-      {"map over the name",
-       [&] {
-         return ::mmap(sealed, 1, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED,
-                       -1, 0) == MAP_FAILED
-                    ? -1
-                    : 0;
-       }},
-      {"memory to execute",
-       [] {
-         return ::mmap(nullptr, 1, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) ==
-                        MAP_FAILED
-                    ? -1
-                    : 0;
-       }},
+      {"map over the name", [&] { return map(sealed, PROT_READ | PROT_WRITE, MAP_FIXED); }},
+      {"memory to execute", [] { return map(nullptr, PROT_READ | PROT_EXEC); }},
   };
   for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), EPERM) << call.name;
 }
@@ -125,11 +119,8 @@ TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
   const Call calls[] = {
       {"open the pipe", [&] { return ::openat(AT_FDCWD, m_sealed.get(), kPipeFlags); }},
       {"IPv4", [] { return ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); }},
-      {"memory",
-       [] {
-         const std::vector<char> much(10'000'000, 'm');
-         return static_cast<long>(much.size());
-       }},
+      {"heap", [] { return ::syscall(SYS_brk, 0); }},
+      {"new memory", [] { return map(nullptr, PROT_READ | PROT_WRITE); }},
       {"an exception",
        []() -> long {
          try {
