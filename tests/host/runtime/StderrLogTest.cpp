@@ -8,11 +8,14 @@
 #include <array>
 #include <atomic>
 #include <cstdlib>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/Descriptor.h"
+#include "runtime/LogLine.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -92,6 +95,17 @@ std::size_t countOf(std::string_view text, std::string_view part) {
   return count;
 }
 
+std::size_t allocationsOfTheTextOf(const LogEntry& entry) {
+  for (std::size_t number = 0;; ++number) {
+    const support::NoMemory none(number);
+    try {
+      static_cast<void>(logLine(entry, false));
+      return number;
+    } catch (const std::bad_alloc&) {
+    }
+  }
+}
+
 constexpr std::string_view kGap = " lines dropped here: standard error was not read\n";
 
 // What the lines about gaps come to.
@@ -136,6 +150,24 @@ TEST_F(StderrLogOnAPipe, FullPipeHoldsUpNobodyAndTheNumberOfLostLinesIsTold) {
   log->write(entry(1, "and on"));
   log.reset();
   EXPECT_EQ(readAll(), "2016-06-16T00:00:01Z note     ClockService: and on\n");
+}
+
+// While the thread writes the first long line, the second waits in the other buffer.
+TEST_F(StderrLogOnAPipe, LinesWaitInMemoryThatIsReservedAtTheStart) {
+  fcntl(descriptor(), F_SETPIPE_SZ, 4096);
+  const LogEntry longOne = entry(1, std::string(20'000, 'x'));
+  const std::size_t ofTheText = allocationsOfTheTextOf(longOne);
+  StderrLog log(descriptor());
+  log.write(entry(1, "the first line of a place takes memory"));
+  const auto writeLongOne = [&] {
+    const support::NoMemory none(ofTheText);
+    log.write(longOne);
+  };
+  ASSERT_NO_THROW(writeLongOne());
+  std::string all = readUntil("xxx");
+  ASSERT_NO_THROW(writeLongOne());
+  while (countOf(all, "\n") < 3) all += readSome();
+  EXPECT_EQ(countOf(all, longOne.text + "\n"), 2U);
 }
 
 TEST_F(StderrLogOnAPipe, EndDoesNotWaitForAFullPipe) {
