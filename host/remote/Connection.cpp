@@ -190,7 +190,7 @@ void Connection::close() {
   if (std::exchange(m_closed, true)) return;
   const auto self = shared_from_this();
   m_peer->outbox().close();
-  if (!std::exchange(m_ending, true)) {
+  if (!m_ending) {
     m_peer->hangUp();
     m_listener.hungUp(*this);
   }
