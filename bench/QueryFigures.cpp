@@ -18,7 +18,7 @@
 namespace bench {
 namespace {
 
-constexpr int kCalls = 1000;  // of one side, before the other's turn
+constexpr int kCallsInARow = 1000;  // of one side, before the other's turn
 constexpr std::size_t kPairs = 50;
 
 // Nanoseconds of processor time that each of many calls takes.
@@ -30,8 +30,8 @@ double costOf(Call call) {
     return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
   };
   const double begin = now();
-  for (int i = 0; i < kCalls; ++i) call();
-  return (now() - begin) / kCalls;
+  for (int i = 0; i < kCallsInARow; ++i) call();
+  return (now() - begin) / kCallsInARow;
 }
 
 double costOfGetTime(Telephone& telephone) {

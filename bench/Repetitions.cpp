@@ -22,7 +22,7 @@ double comparedOf(const Found& found, Bound::Kind kind) {
 }
 
 void runOnce(const Figure& figure, benchmark::State& state) {
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     const Found found = figure.measure();
     state.counters[kValue] = found.value;
     if (found.baseline) state.counters[kBaseline] = *found.baseline;

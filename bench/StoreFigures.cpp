@@ -13,7 +13,7 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t kSets = 10;  // few: a disk is now fast, now slow
+constexpr std::size_t kSetsInARow = 10;  // few: a disk is now fast, now slow
 
 struct Close {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
@@ -81,7 +81,7 @@ Found measureSet() {
   int written = 0;
   int set = 0;  // each sets another value than the one before
   return alternately(
-      kSets, [&] { return waitOfSet(line, std::to_string(++set % 3)); },
+      kSetsInARow, [&] { return waitOfSet(line, std::to_string(++set % 3)); },
       [&] {
         const std::string value = std::to_string(++written % 3);
         return elapsed<Microseconds>([&] { bare.write(value); });

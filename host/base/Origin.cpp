@@ -5,23 +5,23 @@
 namespace host {
 namespace {
 
-thread_local const std::string* here = nullptr;
+thread_local const std::string* t_here = nullptr;
 
 }  // namespace
 
 const std::string& originHere() {
   static const auto& device = *new std::string;
-  return here == nullptr ? device : *here;
+  return t_here == nullptr ? device : *t_here;
 }
 
 std::string userOf(const std::string& origin) {
   return origin.substr(0, origin.find(", pid "));
 }
 
-OriginScope::OriginScope(const std::string& origin) : m_before(std::exchange(here, &origin)) {}
+OriginScope::OriginScope(const std::string& origin) : m_before(std::exchange(t_here, &origin)) {}
 
 OriginScope::~OriginScope() {
-  here = m_before;
+  t_here = m_before;
 }
 
 }  // namespace host

@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* kServiceName = "DataAccessServiceIfc";
 
-thread_local std::uint64_t failedWrites = 0;
+thread_local std::uint64_t t_failedWrites = 0;
 
 void complain(const std::string& key, const char* action) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "setting \"%s\" %s: XML cannot carry it",
@@ -61,7 +61,7 @@ bool DataStorage::setDataItem(const std::string& key, const std::string& value) 
     return false;
   }
   if (m_impl->access->setItem(m_impl->schema, key, value)) return true;
-  ++failedWrites;
+  ++t_failedWrites;
   return false;
 }
 
@@ -74,5 +74,5 @@ std::string DataStorage::getDataItems(const std::string& keys) {
 }
 
 std::uint64_t host::failedWritesHere() {
-  return failedWrites;
+  return t_failedWrites;
 }

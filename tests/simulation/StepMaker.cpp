@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::int64_t kSecond = 1000;
 constexpr std::int64_t kMinute = 60 * kSecond;
-constexpr std::int64_t kHour = 60 * kMinute;
-constexpr std::int64_t kDay = 24 * kHour;
+constexpr std::int64_t kSecondsOfHour = 60 * kMinute;
+constexpr std::int64_t kDay = 24 * kSecondsOfHour;
 constexpr std::int64_t kLastMoment = 2147500000 * kSecond;
 
 using Words = Lines;
@@ -142,7 +142,7 @@ std::int64_t StepMaker::passedMs() {
   if (m_chance.oneIn(5)) return m_chance.between(1, 2);
   if (m_chance.oneIn(2)) return m_chance.between(1, 120) * (m_chance.oneIn(2) ? 41 : kSecond);
   if (m_chance.oneIn(40)) return m_chance.between(1, m_chance.oneIn(6) ? 21 * kDay : 4 * kDay);
-  return m_chance.between(1, m_chance.oneIn(3) ? 12 * kHour : 90 * kMinute);
+  return m_chance.between(1, m_chance.oneIn(3) ? 12 * kSecondsOfHour : 90 * kMinute);
 }
 
 // A moment at which something happens: midnight, a change of the offset, the end of a year, a leap
@@ -164,7 +164,8 @@ std::int64_t StepMaker::momentMs() {
 
 std::int64_t StepMaker::aroundMs() {
   std::int64_t ms = momentMs();
-  ms -= m_chance.oneIn(3) ? m_chance.between(-2, 2) * kSecond : m_chance.between(1, 2 * kHour);
+  ms -= m_chance.oneIn(3) ? m_chance.between(-2, 2) * kSecond
+                          : m_chance.between(1, 2 * kSecondsOfHour);
   if (m_chance.oneIn(3)) ms -= m_chance.between(0, 999);
   return std::clamp(ms, kDay, kLastMoment);
 }

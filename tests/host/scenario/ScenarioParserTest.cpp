@@ -123,6 +123,8 @@ TEST(ScenarioParser, EachKindOfStep) {
 
 TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
   const std::pair<const char*, const char*> rows[] = {
+      {"expect no", "\"no\" is nothing to expect"},
+      {"expect next", "\"next\" is nothing to expect"},
       {"expect call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
       {"expect get", "KEY is missing (usage: get KEY VALUE)"},
       {"expect get time", "VALUE is missing (usage: get KEY VALUE)"},
