@@ -11,8 +11,10 @@
 #include <thread>
 #include <vector>
 
+#include "Method.h"
 #include "apps/ClockCtl.h"
 #include "remote/Frame.h"
+#include "remote/MessagePackCodec.h"
 #include "remote/SocketFile.h"
 #include "scenario/ScenarioWords.h"
 #include "support/TemporaryFolder.h"
@@ -28,7 +30,10 @@ constexpr int kLongestWait = 30'000;  // milliseconds
 class OddHost {
  public:
   OddHost(FrameKind kind, std::vector<std::string> answers)
-      : m_kind(kind), m_answers(std::move(answers)), m_listener(m_folder / "socket.control") {}
+      : m_kind(kind),
+        m_asked(kind == FrameKind::reply ? FrameKind::call : FrameKind::controlRequest),
+        m_answers(std::move(answers)),
+        m_listener(m_folder / (kind == FrameKind::reply ? "socket" : "socket.control")) {}
 
   std::filesystem::path socket() const { return m_folder / "socket"; }
   const std::vector<std::string>& requests() const { return m_requests; }
@@ -50,7 +55,7 @@ class OddHost {
 
  private:
   void answer(int client, const Frame& request) {
-    if (request.kind != FrameKind::controlRequest) return;
+    if (request.kind != m_asked) return;
     const std::string& text = m_answers[std::min(m_requests.size(), m_answers.size() - 1)];
     m_requests.emplace_back(request.payload);
     const std::string bytes = encodeFrame({m_kind, request.id, text});
@@ -58,6 +63,7 @@ class OddHost {
   }
 
   const FrameKind m_kind;
+  const FrameKind m_asked;
   const std::vector<std::string> m_answers;
   std::vector<std::string> m_requests;
   support::TemporaryFolder m_folder;
@@ -136,6 +142,15 @@ TEST(ClockCtlAnswers, OfAFollowedLogAreObjects) {
   for (const char* const item : {"5", "{", "{}\x01"})
     EXPECT_EQ(refusalOf("log --follow", item, FrameKind::controlItem),
               "clockctl: the host's answer is no JSON object\n");
+}
+
+TEST(ClockCtlAnswers, ThatTakeNoObserverEndTheWatch) {
+  Method taken("observeTimeEvents", Method::reply);
+  taken.addBoolParameter("observeTimeEventsReturn", false, Parameter::out);
+  std::stringstream text;
+  MessagePackCodec().encode(taken, text);
+  EXPECT_EQ(refusalOf("watch", text.str(), FrameKind::reply),
+            "clockctl: the service takes no observer\n");
 }
 
 }  // namespace
