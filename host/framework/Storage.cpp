@@ -53,12 +53,12 @@ std::optional<std::string> contentOf(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
   if (!file.valid() || fstat(file.get(), &status) != 0) return std::nullopt;
-  if (!S_ISREG(status.st_mode) || status.st_size > kLargest) {
+  std::string content(kLargest + 1, '\0');  // not by the size: it may change before the read
+  const ssize_t length = read(file.get(), content.data(), content.size());
+  if (!S_ISREG(status.st_mode) || length > kLargest) {
     errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
     return std::nullopt;
   }
-  std::string content(kLargest, '\0');  // not by the size: it may have changed since
-  const ssize_t length = read(file.get(), content.data(), content.size());
   if (length < 0) return std::nullopt;
   content.resize(static_cast<std::size_t>(length));
   return content;

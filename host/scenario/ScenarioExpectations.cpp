@@ -183,6 +183,7 @@ Run expectValue(WordReader& words) {
 Run expectLog(WordReader& words) {
   words.require("TEXT");
   const std::string text = words.restAsText();
+  if (text.empty()) words.failWithUsage("TEXT is missing");  // each line would do
   return [text](ScenarioDevice& device) {
     const std::vector<std::string> texts = device.logTexts();
     const auto found = std::find_if(texts.begin(), texts.end(), [&](const std::string& entry) {

@@ -39,10 +39,9 @@ class WordReader {
 
   // Throws UsageError. The message says what would be right; else the usage does, at its end.
   [[noreturn]] static void fail(const std::string& message);
-
- private:
   [[noreturn]] void failWithUsage(const std::string& message) const;
 
+ private:
   std::span<const std::string> m_words;
   std::string_view m_usage;
   std::size_t m_next = 0;

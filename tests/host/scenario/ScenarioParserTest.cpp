@@ -133,6 +133,7 @@ TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
       {"expect file", "DEVICEPATH is missing (usage: file DEVICEPATH TEXT)"},
       {"expect file /data/x", "TEXT is missing (usage: file DEVICEPATH TEXT)"},
       {"expect no file", "DEVICEPATH is missing (usage: no file DEVICEPATH)"},
+      {"expect log \"\"", "TEXT is missing (usage: log TEXT)"},
       {"expect tz", "TEXT is missing (usage: tz TEXT)"},
       {"expect report", "KEY is missing (usage: report KEY VALUE)"},
       {"expect report time", "VALUE is missing (usage: report KEY VALUE)"},
