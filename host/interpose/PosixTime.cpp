@@ -105,3 +105,12 @@ int sysinfo(struct sysinfo* info) noexcept {
 }
 
 }  // extern "C"
+
+// Here, not with the framework: without this file a program that has it could not be linked, and so
+// never sets the machine's clock by the C library's call.
+int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch) {
+  constexpr auto kMost = std::numeric_limits<time_t>::max();  // no system clock goes further
+  if (secondsSinceEpoch > static_cast<unsigned long long>(kMost)) return -1;
+  return host::setWall(static_cast<std::chrono::seconds::rep>(secondsSinceEpoch),
+                       std::chrono::microseconds{0});
+}
