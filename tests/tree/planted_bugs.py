@@ -1,0 +1,18 @@
+"""The text of each bug that tools/mutate/planted.py plants stands in its source: planted_bugs.py TREE"""
+
+import pathlib
+import sys
+
+
+def main(tree):
+    sys.path.insert(0, str(pathlib.Path(tree, "tools/mutate")))
+    import planted
+
+    gone = [f'src/{source} has no "{before}"' for _, source, before, _ in planted.BUGS
+            if before not in pathlib.Path(tree, "src", source).read_text()]
+    print(*gone, sep="\n")
+    return 1 if gone else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
