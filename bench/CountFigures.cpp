@@ -43,7 +43,7 @@ class HeapCount {
   const std::filesystem::path m_file;
 };
 
-// Waits until the host has done what its start leaves for later.
+// Waits until the host has answered a call and is idle, so that nothing of its start is counted.
 void settle(const HostProgram& host) {
   Line(host.socket()).ask(callOf("getTime"));
   std::this_thread::sleep_for(kSettling);

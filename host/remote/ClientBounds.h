@@ -23,9 +23,10 @@ inline constexpr std::size_t kMostRegistrations = 8;
 // up. With kMostClients they bound the messages of one event.
 inline constexpr std::size_t kMostFurtherRegistrations = 1'000;
 
-// Connected clients at the call socket: the ten thousand of the benchmark, and some. Each takes a
-// descriptor. A process often has fewer, and reserves some for files, children, pipes and control
-// clients: more than anyone starts at once.
+// Connected clients at the call socket: far more than a telephone has processes. Bounds the memory
+// of all clients and the messages of one event. Each takes a descriptor. A process often has fewer,
+// and reserves some for files, children, pipes and control clients: more than anyone starts at
+// once.
 inline constexpr std::size_t kMostClients = 10'100;
 inline constexpr std::size_t kMostControlClients = 100;
 inline constexpr std::size_t kOwnDescriptors = kMostControlClients + 64;
