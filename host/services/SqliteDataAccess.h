@@ -15,8 +15,9 @@ class SqliteDatabase;
 class SqliteStatement;
 
 // The device's persistent settings, in the file settings.db of the state folder.
-// Owner: the device. Thread: any. Each accepted set is one transaction and one sync, but for about
-// one in a thousand, which also checkpoints the WAL, and the next, which restarts it.
+// Owner: the device. Thread: any. Each accepted set is one transaction and one sync. The first set
+// after a start, which creates the WAL, has two more (with the security log's, four); about one in
+// a thousand, which checkpoints the WAL, has two more; the next, which restarts it, one more.
 // Failure: a set that could not be written is logged, returns false and leaves the old value; a
 // damaged file is set aside as settings.db.damaged-N, with one log line, and an empty store serves.
 class SqliteDataAccess : public Executable, public DataAccess {

@@ -19,7 +19,7 @@ constexpr const char* kSettings = "ClockSettings";
 constexpr int kMany = 2300;  // changes: enough for two checkpoints of either store
 constexpr std::uintmax_t kLongWal = 1000 * 4120;  // bytes: SQLite's own threshold of 1,000 pages
 constexpr std::uintmax_t kOneChange = 30 * 4120;  // at most
-constexpr std::size_t kMostSyncs = 4;             // of a set that also checkpoints
+constexpr std::size_t kMostSyncs = 4;             // a set that also checkpoints has three
 
 class SyncedSettings : public ::testing::Test {
  protected:
