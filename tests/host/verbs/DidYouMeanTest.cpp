@@ -35,12 +35,12 @@ TEST(EditDistance, OnlyTheFirst128LettersCount) {
   EXPECT_EQ(editDistance(same + "xa", same + "xb"), 0U);
 }
 
-TEST(Nearest, FirstOfEquallyNearOnes) {
+TEST(DidYouMean, FirstOfEquallyNearOnes) {
   constexpr std::array<std::string_view, 3> kWords = {"bat", "cat", "rat"};
   EXPECT_EQ(nearest("hat", kWords), "bat");
 }
 
-TEST(Nearest, MethodsAndKeysByTheirMistypedNames) {
+TEST(DidYouMean, MethodsAndKeysByTheirMistypedNames) {
   EXPECT_EQ(nearest("GetTime", remoteMethodNames()), "getTime");
   EXPECT_EQ(nearest("getTimeInt", remoteMethodNames()), "getTimeInts");
   EXPECT_EQ(nearest("dateformat", managementKeyNames()), "date-format");

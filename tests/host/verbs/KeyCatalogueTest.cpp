@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-TEST(ManagementKeyTable, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
+TEST(KeyCatalogue, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
   const auto names = managementKeyNames();
   EXPECT_EQ(names.size(), 16U);
   EXPECT_EQ(std::set(names.begin(), names.end()).size(), 16U);
@@ -22,7 +22,7 @@ TEST(ManagementKeyTable, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
             (std::set<std::string_view>{"daylight-save-zone-list", "daylight-save-zone-text"}));
 }
 
-TEST(ManagementKeyTable, SaysOfEachSettableKeyWhatItTakesAndWhatFollows) {
+TEST(KeyCatalogue, SaysOfEachSettableKeyWhatItTakesAndWhatFollows) {
   for (const ManagementKey& row : managementKeys()) {
     EXPECT_EQ(row.values.empty(), !row.settable) << row.key;
     EXPECT_EQ(row.effect.empty(), !row.settable) << row.key;
@@ -42,7 +42,7 @@ TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
   }
 }
 
-TEST(ManagementKeyTable, IsWhatTheDocumentSays) {
+TEST(KeyCatalogue, IsWhatTheDocumentSays) {
   const std::string document = support::contentOf(MANAGEMENT_KEYS_DOCUMENT);
   EXPECT_EQ(document, managementKeysDocument())
       << "docs/reference/management-keys.md is to be made anew";
