@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include "Logging.h"
 #include "base/Error.h"
@@ -19,6 +20,9 @@ namespace {
 
 // A host that was killed may still hold the file for a moment.
 constexpr int kBusyMilliseconds = 500;
+
+// The WAL is checkpointed when it has as many pages, as SQLite itself does.
+constexpr int kLongWal = 1000;
 
 // Why a file is of no use. Never leaves this source.
 struct Damaged {
@@ -94,12 +98,17 @@ SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:") {
   open(store);
 }
 
-// Closing checkpoints too, but does not report a failure. Nothing is lost then: the WAL stays, and
-// the next opening reads it.
 SqliteDatabase::~SqliteDatabase() {
+  checkpoint();
+}
+
+// SQLite checkpoints too, but does not report a failure. Nothing is lost then: the WAL stays and
+// grows, and the next opening reads it. One line tells of failures without a success in between.
+void SqliteDatabase::checkpoint() {
   const int code =
       sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-  if (code != SQLITE_OK) logFailure("checkpoint");
+  const bool failedBefore = std::exchange(m_checkpointFails, code != SQLITE_OK);
+  if (m_checkpointFails && !failedBefore) logFailure("checkpoint");
 }
 
 void SqliteDatabase::Close::operator()(sqlite3* handle) const {
@@ -171,6 +180,11 @@ void SqliteDatabase::bringUp(const SqliteStore& store) {
   const int version = versionFound(store);
   execute("PRAGMA journal_mode=WAL");
   execute(std::string("PRAGMA synchronous=") + store.synchronous);
+  const auto committed = [](void* self, sqlite3*, const char*, int pages) {
+    if (pages >= kLongWal) static_cast<SqliteDatabase*>(self)->checkpoint();
+    return SQLITE_OK;  // the change is on the disk either way
+  };
+  sqlite3_wal_hook(handle(), committed, this);
   if (version != store.version) {
     execute("BEGIN IMMEDIATE;" + std::string(version == 0 ? store.schema : store.upgrade) +
             ";PRAGMA user_version=" + std::to_string(store.version) + ";COMMIT");

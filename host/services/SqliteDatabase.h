@@ -53,11 +53,13 @@ class SqliteDatabase {
   void setAside(const std::string& reason);
   void execute(const std::string& sql);
   std::string first(const std::string& query);
+  void checkpoint();
   [[nodiscard]] std::string words() const;
   [[noreturn]] void fail();
 
   std::string m_name;   // the file's path, or ":memory:"
   bool m_made = false;  // the file is this object's
+  bool m_checkpointFails = false;
   std::unique_ptr<sqlite3, Close> m_handle;
 };
 

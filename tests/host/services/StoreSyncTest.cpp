@@ -9,6 +9,7 @@
 #include "host/services/StoreFaults.h"
 #include "services/SecurityLog.h"
 #include "services/SqliteDataAccess.h"
+#include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -107,7 +108,8 @@ TEST_F(SyncedSecurityLog, RecordsAreSyncedWhereTheWalIsCheckpointed) {
   EXPECT_EQ(security.kept().last, kMany);
 }
 
-TEST_F(SyncedSecurityLog, CheckpointThatFailsLosesNoRecord) {
+TEST_F(SyncedSecurityLog, CheckpointThatFailsLosesNoRecordAndHasOneLine) {
+  const support::LogCapture log(2);
   {
     SecurityLog security(folder.path());
     record(security);
@@ -119,6 +121,8 @@ TEST_F(SyncedSecurityLog, CheckpointThatFailsLosesNoRecord) {
     record(security);
     EXPECT_EQ(security.kept().unwritten, 0);
   }
+  ASSERT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_TRUE(log.hasPart("security.db\": checkpoint failed: disk I/O error")) << log.text();
   EXPECT_EQ(SecurityLog(folder.path()).kept().last, recorded);
 }
 
