@@ -13,7 +13,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kDescription = "Works a running clockhost: calls, management, clock, log.";
+constexpr const char* kDescription = "Controls a running clockhost: calls, management, clock, log.";
 constexpr double kLongestTimeout = 86400;  // seconds
 constexpr std::size_t kLongestComplaint =
     300;  // bytes of the library's words, which echo the person's

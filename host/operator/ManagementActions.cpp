@@ -22,7 +22,8 @@ constexpr const char* kNoClock = "no clock answers";
 constexpr const char* kSeeLog = "`clockctl log` tells why";
 
 std::string unknownKey(const std::string& key) {
-  return "no key " + quotedText(key) + suggestion(key, managementKeyNames());
+  return "no key " + quotedText(key) +
+         suggestion(key, managementKeyNames(), "; `clockctl keys` lists them");
 }
 
 std::string whyUnread(const LocalManagement& management, const std::string& key) {

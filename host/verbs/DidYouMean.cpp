@@ -60,9 +60,10 @@ std::string_view nearest(std::string_view word, std::span<const std::string_view
   return best;
 }
 
-std::string suggestion(std::string_view word, std::span<const std::string_view> candidates) {
+std::string suggestion(std::string_view word, std::span<const std::string_view> candidates,
+                       std::string_view otherwise) {
   const std::string_view best = nearest(word, candidates);
-  if (best.empty() || !isTypingError(word, best)) return {};
+  if (best.empty() || !isTypingError(word, best)) return std::string(otherwise);
   return "; did you mean \"" + std::string(best) + "\"?";
 }
 

@@ -16,9 +16,10 @@ namespace host {
 [[nodiscard]] std::string_view nearest(std::string_view word,
                                        std::span<const std::string_view> candidates);
 
-// "; did you mean \"X\"?", or empty when no candidate is similar: more than a third of the longer
-// word, and more than one letter, would have to change.
+// "; did you mean \"X\"?", or `otherwise` when no candidate is similar: more than a third of the
+// longer word, and more than one letter, would have to change.
 [[nodiscard]] std::string suggestion(std::string_view word,
-                                     std::span<const std::string_view> candidates);
+                                     std::span<const std::string_view> candidates,
+                                     std::string_view otherwise = {});
 
 }  // namespace host

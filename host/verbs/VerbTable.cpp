@@ -30,12 +30,12 @@ constexpr Verb kVerbs[] = {
     {"clock",
      "clock [show | speed X | pause | advance DURATION | next | jump UTC | "
      "to hour|midnight|dst|leap-day|2038]",
-     "show or work the clock", Route::control, readClock, printClock},
+     "show or control the clock", Route::control, readClock, printClock},
     {"inject",
      "inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | "
      "user-data KEY on|off | value KEY TEXT",
      "let something happen to the device", Route::control, readInject, printNothing},
-    {"status", "status", "tell how the host is", Route::control, readNothing, printStatus},
+    {"status", "status", "show the host's state", Route::control, readNothing, printStatus},
     {"log", "log [--follow]", "show the application log", Route::control, readLog, printLog},
     {"security-log", "security-log",
      "list who did or tried what; a loss of power may take the latest", Route::control, readNothing,
@@ -66,7 +66,7 @@ Json requestOf(std::span<const std::string> words) {
   const Verb* const verb = findVerb(words.front());
   if (verb == nullptr) {
     throw UsageError("unknown verb " + quotedText(words.front()) +
-                     suggestion(words.front(), kVerbNames));
+                     suggestion(words.front(), kVerbNames, "; `clockctl --help` lists the verbs"));
   }
   Json request;
   request["verb"] = verb->name;

@@ -40,10 +40,10 @@ struct Wrong {
 TEST(OutsideWords, AreEchoedInOneLine) {
   RunningHost host;
   const Wrong rows[] = {
-      {{"get", "a\nb"}, 1, "no key \"a\\nb\""},
+      {{"get", "a\nb"}, 1, "no key \"a\\nb\"; `clockctl keys` lists them"},
       {{"set", "daylight-save", "\x1b[2J\r"}, 1, "refused \"\\x1B[2J\\x0D\"; it takes"},
       {{"--timeout", "0.2", "call", "get\nTime"}, 1, "no method \"get\\nTime\""},
-      {{"x\ny"}, 2, "unknown verb \"x\\ny\""},
+      {{"x\ny"}, 2, "unknown verb \"x\\ny\"; `clockctl --help` lists the verbs"},
       {{"clock", "spe\ned"}, 2, "\"spe\\ned\" is not show"},
       {{"clock", "jump", "a\nb"}, 2, "\"a\\nb\" is not an instant"},
       {{"call", "getTime", "a\nb"}, 2, "\"a\\nb\" is not an argument"},
@@ -80,7 +80,7 @@ TEST(OutsideWords, ThatAreNoUtf8AreWrongUsage) {
       {{"inject", "dhcp", "\xff"}, 2, "VALUE must be UTF-8 text"},
       {{"inject", "value", "\xff", "1"}, 2, "KEY must be UTF-8 text"},
       {{"inject", "value", "k", "\xff"}, 2, "TEXT must be UTF-8 text"},
-      {{"\xff"}, 2, "unknown verb \"\\xFF\""},
+      {{"\xff"}, 2, "unknown verb \"\\xFF\"; `clockctl --help` lists the verbs"},
       {{"inject", "network", "\xff"}, 2, "\"\\xFF\" is not up or down"},
       {{"clock", "speed", "\xff"}, 2, "\"\\xFF\" is not a speed"},
       {{"log", "\xff"}, 2, "\"\\xFF\" is one word too many"},

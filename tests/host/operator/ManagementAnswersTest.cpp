@@ -75,7 +75,8 @@ std::string errorIn(const Json& answer) {
 
 TEST_F(ManagedTelephone, ClipsTheKeyThatItDoesNotKnow) {
   const std::string key(kMebibyte, 'k');
-  const std::string error = "no key \"" + std::string(80, 'k') + "...\" (1048576 bytes)";
+  const std::string error =
+      "no key \"" + std::string(80, 'k') + "...\" (1048576 bytes); `clockctl keys` lists them";
   EXPECT_EQ(errorIn(get(key)), error);
   EXPECT_EQ(errorIn(set(key, "1")), error);
 }
@@ -89,7 +90,7 @@ TEST_F(ManagedTelephone, ClipsTheValueThatItRefuses) {
 TEST_F(ManagedTelephone, RefusesInOneLineWhateverTheWordsHold) {
   EXPECT_EQ(errorIn(set("daylight-save", "y\ne\x1b[1ms")),
             "\"daylight-save\" refused \"y\\ne\\x1B[1ms\"; it takes true or false");
-  EXPECT_EQ(errorIn(get("a\nb")), "no key \"a\\nb\"");
+  EXPECT_EQ(errorIn(get("a\nb")), "no key \"a\\nb\"; `clockctl keys` lists them");
   EXPECT_EQ(errorIn(telephone.request({{"verb", "x\ny"}})), "unknown verb \"x\\ny\"");
   EXPECT_EQ(errorIn(telephone.request({{"verb", "inject"}, {"what", "r\n"}})),
             "nothing known as \"r\\n\" can happen to the device");
