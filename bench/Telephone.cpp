@@ -3,7 +3,7 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "interpose/DeviceRoot.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
@@ -30,7 +30,7 @@ Telephone::Telephone() : m_plugin(BENCH_PLUGIN) {
   set("daylight-save-zone-id", "12");
   set("daylight-save", "true");
   set("auto-daylight-save", "true");
-  host::LogBook::instance().setLevel(kUsualLogLevel);
+  host::ApplicationLog::instance().setLevel(kUsualLogLevel);
   m_clock.advance(std::chrono::seconds(1));
   m_clock.setSpeed(1);
 }

@@ -14,8 +14,8 @@
 #include "base/DefaultPaths.h"
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
+#include "framework/ApplicationLog.h"
 #include "framework/DataAccess.h"
-#include "framework/LogBook.h"
 #include "framework/MemoryReserve.h"
 #include "framework/ProgramMap.h"
 #include "interpose/DeviceRoot.h"
@@ -49,8 +49,8 @@ class ProcessClock {
 // While it lives, the log goes to standard error; all of it is there when it goes.
 class ErrorLog {
  public:
-  ErrorLog() { LogBook::instance().addSink(m_sink); }
-  ~ErrorLog() { LogBook::instance().removeSink(m_sink); }
+  ErrorLog() { ApplicationLog::instance().addSink(m_sink); }
+  ~ErrorLog() { ApplicationLog::instance().removeSink(m_sink); }
   ErrorLog(const ErrorLog&) = delete;
   ErrorLog& operator=(const ErrorLog&) = delete;
 
@@ -78,7 +78,7 @@ class ClientChannels {
 void prepareProcess(const HostOptions& options) {
   gainNoPrivileges();
   if (options.systemClock) keepOnlyClockPrivilege(options.socketGroup);
-  LogBook::instance().setLevel(options.logLevel);
+  ApplicationLog::instance().setLevel(options.logLevel);
   setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
   ProgramMap::instance().setStandInFolder(defaultPaths().standIns);
   if (options.systemClock) ProgramMap::instance().allowDevicePrograms();

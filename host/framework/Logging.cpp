@@ -6,7 +6,7 @@
 
 #include "base/FormattedText.h"
 #include "base/OrEmpty.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 
 namespace {
 
@@ -14,19 +14,19 @@ void write(host::LogEntry entry, const char* format, va_list arguments)
     __attribute__((format(printf, 2, 0)));
 
 void write(host::LogEntry entry, const char* format, va_list arguments) {
-  entry.text = host::formattedText(format, arguments, host::LogBook::kLongestText);
-  host::LogBook::instance().write(std::move(entry));
+  entry.text = host::formattedText(format, arguments, host::ApplicationLog::kLongestText);
+  host::ApplicationLog::instance().write(std::move(entry));
 }
 
 }  // namespace
 
 // All components share one level.
 bool loggingOnAppUni(const char* /*component*/, int level) {
-  return level <= host::LogBook::instance().level();
+  return level <= host::ApplicationLog::instance().level();
 }
 
 int TraceProfile::GetLevel(const char* /*component*/) {
-  return host::LogBook::instance().level();
+  return host::ApplicationLog::instance().level();
 }
 
 void logAppUni(const char* component, int level, const char* file, int line, const char* format,
@@ -52,7 +52,7 @@ void syslogger_notice(const char* format, ...) {
   va_start(arguments, format);
   try {
     host::LogEntry entry;
-    entry.level = host::LogBook::kDefaultLevel;
+    entry.level = host::ApplicationLog::kDefaultLevel;
     entry.systemLog = true;
     write(std::move(entry), format, arguments);
   } catch (const std::exception&) {

@@ -6,7 +6,7 @@
 
 #include "base/Mutex.h"
 #include "base/PrintableText.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "operator/HostActions.h"
 #include "operator/LogRing.h"
 #include "runtime/Device.h"
@@ -65,11 +65,11 @@ Controller::Controller(Device& device, HostFacts facts)
                  [this](const Channel& channel, const std::string& note) {
                    answerClock(*this, channel, note);
                  }) {
-  LogBook::instance().addSink(m_log);
+  ApplicationLog::instance().addSink(m_log);
 }
 
 Controller::~Controller() {
-  LogBook::instance().removeSink(m_log);
+  ApplicationLog::instance().removeSink(m_log);
 }
 
 void Controller::handle(ControlRequest request) {

@@ -50,7 +50,7 @@ class Controller {
  private:
   Device& m_device;
   HostFacts m_facts;
-  std::shared_ptr<LogRing> m_log;  // shared with the log book
+  std::shared_ptr<LogRing> m_log;  // shared with the application log
   ClockPassages m_passages;
 };
 

@@ -6,15 +6,15 @@
 #include <vector>
 
 #include "base/Mutex.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "verbs/Json.h"
 
 namespace host {
 
 class ControlChannel;
 
-// The newest entries of the log, whose texts are bounded by the log book, and the clients that
-// follow it. Owner: shared by the log book and the controller. Thread: any. Failure: a client that
+// The newest entries of the application log, which bounds their texts, and the clients that follow
+// it. Owner: shared by the application log and the controller. Thread: any. Failure: a client that
 // is gone or does not read follows no longer.
 class LogRing : public LogSink {
  public:

@@ -51,7 +51,7 @@ LogEntry LogLimit::summary(const Source& source, const Window& window) const {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(m_length);
   LogEntry entry;
   entry.wall = window.wall;
-  entry.level = LogBook::kWarning;
+  entry.level = ApplicationLog::kWarning;
   entry.component = "clockhost";
   entry.text = std::to_string(window.suppressed) + " lines suppressed of " +
                nameOf(component, file, line) + ": one place in the code may write " +

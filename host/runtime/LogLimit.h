@@ -7,7 +7,7 @@
 #include <tuple>
 #include <vector>
 
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 
 namespace host {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 
 namespace host {
 

@@ -16,7 +16,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "interpose/DeviceRoot.h"
 #include "runtime/TrustedFolder.h"
 
@@ -172,7 +172,7 @@ void ReportPipe::restore() try {
 void ReportPipe::renew() {
   const Descriptor pipe = take();
   if (areSame(statusOf(pipe, m_path), statusOf(m_held, m_path))) return;
-  logAppUni("clockhost", LogBook::kWarning, __FILE__, __LINE__,
+  logAppUni("clockhost", ApplicationLog::kWarning, __FILE__, __LINE__,
             "%s%s: was deleted or replaced; it is made again", kWhat, m_path.c_str());
   // Held open, so that a listener that is only about to wait for it finds a writer and four zero
   // bytes.

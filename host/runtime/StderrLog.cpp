@@ -119,7 +119,7 @@ class StderrLog::Writer {
   LogEntry gap() const CLOCK_REQUIRES(m_mutex) {
     LogEntry entry;
     entry.wall = m_droppedLast;
-    entry.level = LogBook::kWarning;
+    entry.level = ApplicationLog::kWarning;
     entry.component = "clockhost";
     entry.text = std::to_string(m_dropped) + " lines dropped here: standard error was not read";
     return entry;

@@ -8,7 +8,7 @@
 #include <memory>
 #include <thread>
 
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "runtime/LogLimit.h"
 
 namespace host {

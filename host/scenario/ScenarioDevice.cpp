@@ -7,7 +7,7 @@
 #include "base/Error.h"
 #include "base/Mutex.h"
 #include "clock/VirtualClock.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "framework/ProgramMap.h"
 #include "interpose/DeviceRoot.h"
 #include "operator/Controller.h"
@@ -86,14 +86,14 @@ ScenarioDevice::ScenarioDevice(Plugin& plugin, DeviceOptions options)
   setDeviceRoot((m_folder / "root").string());
   // A scenario asks no time server: what the client would report is told by the scenario.
   ProgramMap::instance().set("/sbin/ntpclient", "/bin/true");
-  LogBook::instance().setLevel(kLogLevel);
-  LogBook::instance().addSink(m_log);
+  ApplicationLog::instance().setLevel(kLogLevel);
+  ApplicationLog::instance().addSink(m_log);
 }
 
 ScenarioDevice::~ScenarioDevice() {
   powerOff();
-  LogBook::instance().removeSink(m_log);
-  LogBook::instance().setLevel(LogBook::kDefaultLevel);
+  ApplicationLog::instance().removeSink(m_log);
+  ApplicationLog::instance().setLevel(ApplicationLog::kDefaultLevel);
   setDeviceRoot("");
   std::error_code error;  // a folder that stays behind is no reason to fail
   fs::remove_all(m_folder, error);

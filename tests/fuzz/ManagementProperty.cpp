@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "fuzz/ManagedClock.h"
 #include "fuzz/Property.h"
 
@@ -47,7 +47,7 @@ void take(fuzz::ManagedClock& clock, std::string_view line) {
 }  // namespace
 
 void fuzz::property(std::string_view input) {
-  host::LogBook::instance().setLevel(6);  // nobody listens, but every line is written
+  host::ApplicationLog::instance().setLevel(6);  // nobody listens, but every line is written
   ManagedClock clock;
   Reader lines(input);
   for (std::size_t step = 0; step < kMostSteps && !lines.atEnd(); ++step) take(clock, lines.line());

@@ -10,7 +10,7 @@
 #include "DataStorage.h"
 #include "ManageableData.h"
 #include "SecurityLogServiceIfc.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "plugin/Journal.h"
 #include "services/LocalManagement.h"
 #include "services/MemoryDataAccess.h"

@@ -33,15 +33,15 @@ Telephone::Telephone() {
   device().launchFails = false;
   device().lookupsFail = false;
   device().beforeWaiting = [this] { m_listener.hangUp(); };
-  host::LogBook::instance().setLevel(host::LogBook::kDefaultLevel);
-  host::LogBook::instance().addSink(m_log);
+  host::ApplicationLog::instance().setLevel(host::ApplicationLog::kDefaultLevel);
+  host::ApplicationLog::instance().addSink(m_log);
 }
 
 Telephone::~Telephone() {
   powerDown(false);
   unlink(kFallbackFile);
-  host::LogBook::instance().removeSink(m_log);
-  host::LogBook::instance().setLevel(host::LogBook::kDefaultLevel);
+  host::ApplicationLog::instance().removeSink(m_log);
+  host::ApplicationLog::instance().setLevel(host::ApplicationLog::kDefaultLevel);
   device().beforeWaiting = nullptr;
 }
 
@@ -97,7 +97,7 @@ void Telephone::applyToDevice(const Step& step) {
   if (step.act == Act::storeSilent) m_store.silent = on;
   if (step.act == Act::launchFails) device().launchFails = on;
   if (step.act == Act::lookupsFail) device().lookupsFail = on;
-  if (step.act == Act::logLevel) host::LogBook::instance().setLevel(static_cast<int>(n[0]));
+  if (step.act == Act::logLevel) host::ApplicationLog::instance().setLevel(static_cast<int>(n[0]));
   if (step.act == Act::fallbackFile) std::ofstream(kFallbackFile) << step.texts[0];
   if (step.act == Act::service) setService(step.texts[0], on);
   if (step.act == Act::jack) m_physical->jack(static_cast<int>(n[0]), static_cast<int>(n[1]));

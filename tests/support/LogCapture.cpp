@@ -51,14 +51,14 @@ class LogCapture::Sink : public host::LogSink {
 
 LogCapture::LogCapture(int level, std::function<void(const host::LogEntry&)> onEntry)
     : m_sink(std::make_shared<Sink>(std::move(onEntry))),
-      m_levelBefore(host::LogBook::instance().level()) {
-  host::LogBook::instance().setLevel(level);
-  host::LogBook::instance().addSink(m_sink);
+      m_levelBefore(host::ApplicationLog::instance().level()) {
+  host::ApplicationLog::instance().setLevel(level);
+  host::ApplicationLog::instance().addSink(m_sink);
 }
 
 LogCapture::~LogCapture() {
-  host::LogBook::instance().removeSink(m_sink);
-  host::LogBook::instance().setLevel(m_levelBefore);
+  host::ApplicationLog::instance().removeSink(m_sink);
+  host::ApplicationLog::instance().setLevel(m_levelBefore);
 }
 
 std::vector<host::LogEntry> LogCapture::entries() const {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 
 namespace support {
 

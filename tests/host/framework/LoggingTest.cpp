@@ -11,13 +11,13 @@
 
 #include "RejectReason.h"
 #include "clock/VirtualClock.h"
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 #include "support/LogCapture.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using host::LogBook;
+using host::ApplicationLog;
 
 void log(int level, const std::string& text) {
   logAppUni("Part", level, "file.cpp", 7, "%s", text.c_str());
@@ -25,15 +25,15 @@ void log(int level, const std::string& text) {
 
 class LevelAsBefore : public testing::Test {
  protected:
-  ~LevelAsBefore() override { LogBook::instance().setLevel(m_before); }
-  const int m_before = LogBook::instance().level();
+  ~LevelAsBefore() override { ApplicationLog::instance().setLevel(m_before); }
+  const int m_before = ApplicationLog::instance().level();
 };
 
 using Log = LevelAsBefore;
 
 TEST_F(Log, IsAtStartUpNotesByDefault) {
-  EXPECT_EQ(LogBook::kDefaultLevel, 4);
-  LogBook::instance().setLevel(LogBook::kDefaultLevel);
+  EXPECT_EQ(ApplicationLog::kDefaultLevel, 4);
+  ApplicationLog::instance().setLevel(ApplicationLog::kDefaultLevel);
   EXPECT_TRUE(loggingOnAppUni("any", 4));
   EXPECT_FALSE(loggingOnAppUni("any", 5));
   EXPECT_EQ(TraceProfile::GetLevel("any"), 4);
@@ -41,17 +41,17 @@ TEST_F(Log, IsAtStartUpNotesByDefault) {
 
 TEST_F(Log, HasSevenLevels) {
   for (int level = 0; level <= 6; ++level) {
-    LogBook::instance().setLevel(level);
+    ApplicationLog::instance().setLevel(level);
     EXPECT_EQ(TraceProfile::GetLevel("ClockService"), level);
     EXPECT_EQ(TraceProfile::GetLevel(nullptr), level);
     for (int asked = 0; asked <= 6; ++asked) {
       EXPECT_EQ(loggingOnAppUni("ClockService", asked), asked <= level) << asked << " at " << level;
     }
   }
-  LogBook::instance().setLevel(7);
-  EXPECT_EQ(LogBook::instance().level(), 6);
-  LogBook::instance().setLevel(-1);
-  EXPECT_EQ(LogBook::instance().level(), 0);
+  ApplicationLog::instance().setLevel(7);
+  EXPECT_EQ(ApplicationLog::instance().level(), 6);
+  ApplicationLog::instance().setLevel(-1);
+  EXPECT_EQ(ApplicationLog::instance().level(), 0);
 }
 
 TEST_F(Log, CarriesAllOfAnEntry) {
@@ -175,9 +175,9 @@ TEST_F(Log, KeepsTheOrderForAllThreads) {
 }
 
 TEST(LogCapture, PutsTheLevelBack) {
-  const int before = LogBook::instance().level();
+  const int before = ApplicationLog::instance().level();
   { const support::LogCapture capture(6); }
-  EXPECT_EQ(LogBook::instance().level(), before);
+  EXPECT_EQ(ApplicationLog::instance().level(), before);
 }
 
 TEST(LogCapture, WaitsForAnEntry) {

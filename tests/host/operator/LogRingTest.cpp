@@ -48,7 +48,7 @@ TEST(LogRing, TheOldestGo) {
 
 TEST(LogRing, AFollowerOfALongLogGetsTheNewestEntries) {
   LogRing ring;
-  const std::string text(LogBook::kLongestText, '"');  // two bytes each in JSON
+  const std::string text(ApplicationLog::kLongestText, '"');  // two bytes each in JSON
   for (std::uint64_t i = 1; i <= LogRing::kKept; ++i) ring.write(entry(i, text));
   const auto channel = std::make_shared<NotingChannel>();
   ring.follow(channel);

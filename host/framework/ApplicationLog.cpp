@@ -1,4 +1,4 @@
-#include "framework/LogBook.h"
+#include "framework/ApplicationLog.h"
 
 #include <algorithm>
 #include <array>
@@ -28,29 +28,29 @@ void writeTo(LogSink& sink, const LogEntry& entry) noexcept {
 
 }  // namespace
 
-LogBook& LogBook::instance() noexcept {
+ApplicationLog& ApplicationLog::instance() noexcept {
   // Never destroyed, because threads may log until the end. Constructed without allocation, because
   // a lack of memory is logged.
-  alignas(LogBook) static std::array<std::byte, sizeof(LogBook)> place;
-  static LogBook& book = *new (place.data()) LogBook;
-  return book;
+  alignas(ApplicationLog) static std::array<std::byte, sizeof(ApplicationLog)> place;
+  static ApplicationLog& log = *new (place.data()) ApplicationLog;
+  return log;
 }
 
-void LogBook::setLevel(int level) noexcept {
+void ApplicationLog::setLevel(int level) noexcept {
   m_level.store(std::clamp(level, 0, 6), std::memory_order_relaxed);
 }
 
-void LogBook::addSink(std::shared_ptr<LogSink> sink) {
+void ApplicationLog::addSink(std::shared_ptr<LogSink> sink) {
   const MutexLock lock(m_mutex);
   m_sinks.push_back(std::move(sink));
 }
 
-void LogBook::removeSink(const std::shared_ptr<LogSink>& sink) {
+void ApplicationLog::removeSink(const std::shared_ptr<LogSink>& sink) {
   const MutexLock lock(m_mutex);
   m_sinks.erase(std::remove(m_sinks.begin(), m_sinks.end(), sink), m_sinks.end());
 }
 
-void LogBook::write(LogEntry entry) noexcept {
+void ApplicationLog::write(LogEntry entry) noexcept {
   if (t_writing) return;
   entry.wall = wallTime();
   const MutexLock lock(m_mutex);

@@ -20,7 +20,7 @@ struct LogEntry {
   std::string component;             // empty for the system log
   std::string file;
   int line = 0;
-  std::string text;        // clipped at LogBook::kLongestText
+  std::string text;        // clipped at ApplicationLog::kLongestText
   bool systemLog = false;  // written by syslogger_notice
 };
 
@@ -34,7 +34,7 @@ class LogSink {
 
 // The application log of the process, behind logAppUni. Without a sink, entries are only counted.
 // Owner: the process; never destroyed. Thread: any. Failure: an entry is lost; nothing throws.
-class LogBook {
+class ApplicationLog {
  public:
   static constexpr int kDefaultLevel = 4;
   static constexpr int kWarning = 3;
@@ -42,9 +42,9 @@ class LogBook {
   // much as a system log takes for a line; it bounds the log that a peer's long text causes.
   static constexpr std::size_t kLongestText = 1024;
 
-  [[nodiscard]] static LogBook& instance() noexcept;
-  LogBook(const LogBook&) = delete;
-  LogBook& operator=(const LogBook&) = delete;
+  [[nodiscard]] static ApplicationLog& instance() noexcept;
+  ApplicationLog(const ApplicationLog&) = delete;
+  ApplicationLog& operator=(const ApplicationLog&) = delete;
 
   // Entries above the level are dropped. 0-6; other numbers are clamped.
   void setLevel(int level) noexcept;
@@ -58,7 +58,7 @@ class LogBook {
   void write(LogEntry entry) noexcept;
 
  private:
-  LogBook() = default;
+  ApplicationLog() = default;
 
   std::atomic<int> m_level{kDefaultLevel};
   Mutex m_mutex;  // held while sinks write
