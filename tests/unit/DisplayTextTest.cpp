@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdio>
 #include <string>
 
 namespace {
@@ -79,7 +80,18 @@ TEST(DisplayText, UnknownDateFormatIsEmpty) {
   }
 }
 
-// 19 characters and a terminator, whatever is asked for.
+TEST(DisplayText, PrintsAnyNumberAsPrintfDoes) {
+  const int numbers[] = {INT_MIN, -100, -99, -10, -9, -1, 0, 1, 9, 10, 11, 99, 100, 101, INT_MAX};
+  for (const int day : numbers)
+    for (const int month : numbers)
+      for (const int year : numbers) {
+        char expected[20];
+        snprintf(expected, sizeof expected, "%02d.%02d.%02d", day, month, year % 100);
+        ASSERT_EQ(DisplayText::date(day, month, year, 0), expected);
+      }
+}
+
+// 19 characters, whatever is asked for.
 TEST(DisplayText, LongerTextIsCut) {
   EXPECT_EQ(DisplayText::time(INT_MIN, INT_MIN, 0), "-2147483648:-214748");
   EXPECT_EQ(DisplayText::time(INT_MIN, INT_MIN, 1), "-2147483648:-214748");
