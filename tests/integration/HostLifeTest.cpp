@@ -1,13 +1,12 @@
-// How a host starts, ends, is refused, and what it finds again afterwards.
+// How a host starts and ends, what keeps it from starting, and what survives a restart.
 #include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <fstream>
 
 #include "integration/OneLine.h"
 #include "integration/RestartableHost.h"
@@ -19,81 +18,59 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::seconds;
 
-void writeFile(const fs::path& file, const std::string& text) {
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::trunc) << text;
-}
-
-class HostLife : public ::testing::Test, protected RestartableHost {
- protected:
-  // What clockctl prints, errors included, without the last newline.
-  std::string told(const Words& more) {
-    const Outcome outcome = ctl(more);
-    const std::string text = outcome.out + outcome.err;
-    return text.substr(0, text.find_last_not_of('\n') + 1);
-  }
-};
-
-TEST_F(HostLife, FreshHostAnswersFromTheDefaults) {
-  start();
-  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
-  EXPECT_EQ(told({"call", "getDate"}), "getDateStringReturn=16.06.16");
-}
-
-TEST_F(HostLife, VariantThreeSpeaksAnotherFormat) {
-  start({"--variant", "3"});
-  EXPECT_EQ(told({"call", "getDate"}), "getDateStringReturn=06/16/16");
-  // An hour ahead: daylight saving by the rule of the United States is on by default.
-  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=01:00am");
-}
+class HostLife : public ::testing::Test, protected RestartableHost {};
 
 class Terminated : public HostLife, public ::testing::WithParamInterface<int> {};
 
-// The listener waits in open of the pipe all the while: nobody has reported anything.
+// The thread that listens for time reports waits in open of its pipe all the while.
 TEST_P(Terminated, EndsInOrderWithinASecond) {
   start();
-  ASSERT_EQ(told({"get", "date-format"}), "0");
+  const auto watcher = startCtl({"watch"});
+  ASSERT_TRUE(waitFor({"status"}, "clients      2"));
   const Outcome outcome = end(GetParam(), seconds(1));
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_FALSE(fs::exists(socket()));
   EXPECT_NE(outcome.err.find("shutting down"), std::string::npos) << outcome.err;
+  EXPECT_FALSE(fs::exists(socket()));
+  EXPECT_FALSE(fs::exists(controlSocket()));
+  EXPECT_NE(watcher->wait().status, 128 + SIGKILL);
 }
 
 INSTANTIATE_TEST_SUITE_P(BySignal, Terminated, ::testing::Values(SIGINT, SIGTERM));
 
-TEST_F(HostLife, EndsWhileAWatcherIsConnected) {
+TEST_F(HostLife, GoesOnAfterItsTerminalHasHungUp) {
   start();
-  const auto watcher = startCtl({"watch"});
-  ASSERT_TRUE(waitFor({"status"}, "clients      2"));
-  EXPECT_EQ(end(SIGTERM, seconds(1)).status, 0);
-  EXPECT_NE(watcher->wait().status, 128 + SIGKILL);
+  program().signal(SIGHUP);
+  EXPECT_EQ(ctl({"get", "date-format"}).out, "0\n");
+  EXPECT_FALSE(program().ends(std::chrono::milliseconds(0)));
 }
 
-TEST_F(HostLife, SettingsSurviveAKillAndTheStaleSocketIsReplaced) {
+// An odd time is worth a warning when it was saved, not when it was asked for.
+TEST_F(HostLife, KeepsItsSettingsAndItsTimeOverAKill) {
+  start({"--at", "1999-01-01T00:00:00Z"});
+  ASSERT_EQ(ctl({"set", "date-format", "1"}).status, 0);
+  ASSERT_TRUE(program().says("listening at"));
+  const Outcome killed = end(SIGKILL);
+  EXPECT_EQ(killed.err.find("the saved time"), std::string::npos) << killed.err;
+  EXPECT_TRUE(fs::exists(socket())) << "the next host replaces it";
   start();
-  for (const int format : {1, 2, 1}) {
-    ASSERT_EQ(told({"set", "date-format", std::to_string(format)}), "");
-    EXPECT_EQ(end(SIGKILL).status, 128 + SIGKILL);
-    EXPECT_TRUE(fs::exists(socket()));
-    start();
-    EXPECT_EQ(told({"get", "date-format"}), std::to_string(format));
-  }
+  EXPECT_EQ(ctl({"get", "date-format"}).out, "1\n");
+  EXPECT_EQ(ctl({"get", "time"}).out, "1999-01-01T00:00:00+00:00\n");
+  EXPECT_TRUE(program().says("the saved time \"1999-01-01T00:00:00+00:00\" is not between"));
 }
 
-TEST_F(HostLife, SecondHostOnTheSocketIsRefusedAndTheFirstLivesOn) {
+TEST_F(HostLife, RefusesASecondHostAndGoesOn) {
   start();
-  expectOneLine(startAnother({"--state", state() / "other"}), 1, {socket().string()});
-  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
+  const std::string state = folder() / "second";
+  const std::string socket = folder() / "second.sock";
+  expectOneLine(startAnother({"--state", state}), 1, {this->socket().string()});
+  expectOneLine(startAnother({"--socket", socket}), 1,
+                {"state folder", this->state().string(), "is in use by another host"});
+  expectOneLine(startAnother({"--state", state, "--socket", socket}), 1,
+                {"ntpclient: is in use by another host"});
+  EXPECT_EQ(ctl({"set", "date-format", "2"}).status, 0);
 }
 
-TEST_F(HostLife, SecondHostOnTheStateIsRefusedAndTheFirstLivesOn) {
-  start();
-  expectOneLine(startAnother({"--socket", state() / "other.sock"}), 1,
-                {"state folder", state().string(), "is in use by another host"});
-  EXPECT_EQ(told({"set", "date-format", "2"}), "");
-}
-
-// Each set the other's new store aside, as one that is damaged.
+// Two hosts that open the same new store would each take it for damaged and set it aside.
 TEST_F(HostLife, OfTwoHostsThatStartAtOnceOneHasTheState) {
   for (int round = 0; round < 5; ++round) {
     const auto hostAt = [&](const std::string& name) {
@@ -103,130 +80,91 @@ TEST_F(HostLife, OfTwoHostsThatStartAtOnceOneHasTheState) {
     Program two = hostAt("two.sock");
     constexpr std::chrono::milliseconds kShort(10);
     ASSERT_TRUE(support::becomesTrue([&] { return one.ends(kShort) || two.ends(kShort); }))
-        << "both live";
+        << "both run";
     Program& refused = one.ends(std::chrono::milliseconds(0)) ? one : two;
-    Program& living = &refused == &one ? two : one;
+    Program& running = &refused == &one ? two : one;
     expectOneLine(refused.wait(), 1, {"state folder", "is in use by another host"});
-    living.signal(SIGTERM);
-    EXPECT_EQ(living.wait().status, 0);
+    running.signal(SIGTERM);
+    EXPECT_EQ(running.wait().status, 0);
     EXPECT_FALSE(fs::exists(state() / "settings.db.damaged-1"));
     EXPECT_FALSE(fs::exists(state() / "security.db.damaged-1"));
     fs::remove_all(state());
   }
 }
 
-TEST_F(HostLife, SetsFailWhenTheStateFolderIsRemoved) {
-  start();
-  ASSERT_EQ(told({"set", "date-format", "1"}), "");
-  fs::remove_all(state());
-  EXPECT_EQ(told({"set", "date-format", "2"}),
-            "clockctl: \"date-format\" could not be stored; `clockctl log` tells why");
-  EXPECT_TRUE(program().says("its file was removed or replaced")) << program().err();
-  EXPECT_EQ(told({"get", "date-format"}), "1");
+TEST_F(HostLife, TakesReportsAgainAfterItsPipeWasDeleted) {
+  start({"--log-level", "5"});
+  ASSERT_TRUE(support::becomesTrue([&] { return report(1); }));
+  ASSERT_TRUE(program().says("Time change message received"));
+  fs::rename(folder() / "root/tmp", folder() / "moved");
+  ASSERT_TRUE(program().says("was deleted or replaced; it is made again"));
+  const std::size_t seen = program().err().size();
+  ASSERT_TRUE(support::becomesTrue([&] { return report(1); }));
+  EXPECT_TRUE(program().says("Time change message received", seen)) << program().err();
 }
 
-TEST_F(HostLife, StartsWhateverIsInThePlaceOfTheScript) {
-  fs::create_directories(state());
-  ASSERT_EQ(mkfifo((state() / "setupTZ.sh").c_str(), 0600), 0);
-  ASSERT_EQ(mkfifo((state() / ".setupTZ.sh.new").c_str(), 0600), 0);
-  start();
-  EXPECT_TRUE(program().says("setupTZ.sh is no regular file; remove it")) << program().err();
-  fs::remove(state() / "setupTZ.sh");
-  EXPECT_EQ(told({"set", "sntp-tz-offset", "5"}), "");
-  ASSERT_EQ(ctl({"clock", "advance", "1s"}).status, 0);
-  EXPECT_TRUE(fs::is_regular_file(state() / "setupTZ.sh"));
-}
-
-// It takes connections still: a call without a reply is not done because nothing was said against
-// it.
-TEST_F(HostLife, StoppedHostHasNotDoneAOneWayCall) {
-  start();
-  program().signal(SIGSTOP);
-  expectOneLine(ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
-                {"no reply within 0.05 s; the host is busy"});
-  program().signal(SIGCONT);
-  EXPECT_EQ(told({"call", "setTimeInt", "setTime=60"}), "");
-}
-
-TEST_F(HostLife, StartsAtTheGivenInstantAndFindsItAgain) {
-  start({"--at", "2026-03-08T06:59:50Z"});
-  EXPECT_EQ(told({"get", "time"}), "2026-03-08T06:59:50+00:00");
-  EXPECT_EQ(end(SIGKILL).status, 128 + SIGKILL);
-  start();
-  EXPECT_EQ(told({"get", "time"}), "2026-03-08T06:59:50+00:00");
-}
-
-TEST_F(HostLife, RefusesAManagementCallThatThrowsAndLives) {
-  start();
-  const Outcome refused = ctl({"set", "simple-time", "7"});
-  EXPECT_EQ(refused.status, 1) << refused.err;
-  EXPECT_EQ(told({"set", "simple-time", "07:30"}), "");
-  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=07:30");
-  EXPECT_TRUE(program().says("set of \"simple-time\" refused: the agent threw"));
-}
-
-// As in `clockhost 2>&1 | less`, where nobody pages on.
-TEST_F(HostLife, LivesAndEndsBehindAStandardErrorThatNobodyReads) {
+// As in `clockhost 2>&1 | less` when nobody scrolls.
+TEST_F(HostLife, RunsAndEndsBehindAStandardErrorThatNobodyReads) {
   const fs::path pipe = folder() / "unread";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
   const std::string page(4096, '.');
-  while (write(reader, page.data(), page.size()) > 0) {
-  }
-  Words shell = {"/bin/sh", "-c", "exec \"$@\" 2>\"$0\"", pipe};
-  for (const std::string& word : words({"--log-level", "6"})) shell.push_back(word);
-  launch(shell);
+  while (write(reader, page.data(), page.size()) > 0) continue;
+  launch(inShell("2>\"" + pipe.string() + "\"", words({"--log-level", "6"})));
   ASSERT_TRUE(answers());
-  EXPECT_EQ(told({"call", "getTime"}), "getTimeStringReturn=00:00");
+  EXPECT_EQ(ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
   EXPECT_EQ(end(SIGTERM, seconds(2)).status, 0);
   close(reader);
 }
 
-TEST_F(HostLife, DamagedStoreIsSetAsideAndDefaultsAreServed) {
-  writeFile(state() / "settings.db", "this is no database, whatever its name says");
+std::string modeOf(const fs::path& file) {
+  struct stat found {};
+  if (::lstat(file.c_str(), &found) != 0 || !S_ISSOCK(found.st_mode)) return "no socket";
+  return std::to_string(found.st_mode >> 6U & 7U) + std::to_string(found.st_mode >> 3U & 7U) +
+         std::to_string(found.st_mode & 7U);
+}
+
+TEST_F(HostLife, OpensItsSocketsWhereAndForWhomTheOptionsSay) {
+  const group* const own = ::getgrgid(::getegid());  // NOLINT(concurrency-mt-unsafe)
+  ASSERT_NE(own, nullptr) << "this user's group has no name";
+  const std::string control = folder() / "elsewhere";
+  start({"--control-socket", control, "--socket-group", own->gr_name});
+  EXPECT_EQ(modeOf(socket()), "660");
+  EXPECT_EQ(modeOf(control), "600");
+  EXPECT_EQ(modeOf(controlSocket()), "no socket");
+  EXPECT_EQ(ctl({"--control-socket", control, "get", "date-format"}).out, "0\n");
+  EXPECT_EQ(ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
   start();
-  EXPECT_EQ(told({"get", "date-format"}), "0");
-  EXPECT_TRUE(fs::exists(state() / "settings.db.damaged-1"));
-  EXPECT_TRUE(program().says("settings.db.damaged-1")) << program().err();
+  EXPECT_EQ(modeOf(socket()), "600");
 }
 
-TEST_F(HostLife, StoreOfANewerVersionIsRefused) {
-  start();
-  ASSERT_EQ(end(SIGTERM).status, 0);
-  std::fstream file(state() / "settings.db", std::ios::in | std::ios::out | std::ios::binary);
-  file.seekp(63);  // the last byte of the user version in the header of the file
-  file.put(9);
-  file.close();
-  expectOneLine(startAnother(), 1, {"settings.db", "version 9", "newer"});
-}
-
-TEST_F(HostLife, StateFolderThatIsAFileIsRefused) {
-  writeFile(state(), "not a folder");
-  expectOneLine(startAnother(), 1, {state().string()});
-  EXPECT_FALSE(fs::exists(socket()));
-}
-
-TEST_F(HostLife, MissingPlugInIsRefused) {
-  expectOneLine(startAnother({"--plugin", "/no/such/plugin.so"}), 1,
-                {"/no/such/plugin.so", "createClockService"});
-}
-
-TEST_F(HostLife, PlugInThatIsNoLibraryIsRefused) {
-  writeFile(state() / "plugin.so", "not a library");
-  expectOneLine(startAnother({"--plugin", state() / "plugin.so"}), 1,
-                {"plugin.so", "createClockService"});
-}
-
-TEST_F(HostLife, PlugInWithoutAFactoryOrWithANullOneIsRefused) {
-  const fs::path plugins = fs::read_symlink("/proc/self/exe").parent_path();
-  expectOneLine(startAnother({"--plugin", plugins / "libtest_plugin_without_proxy.so"}), 1,
-                {"libtest_plugin_without_proxy.so", "createClockServiceObserverProxy", "absent"});
-  expectOneLine(startAnother({"--plugin", plugins / "libtest_plugin_null_service.so"}), 1,
-                {"libtest_plugin_null_service.so", "createClockService", "returned null"});
-}
-
-TEST_F(HostLife, WrongWordIsAUsageError) {
-  expectOneLine(startAnother({"--variant", "three"}), 2, {"--variant", "--help"});
+TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
+  fs::create_directories(state());
+  const std::string length(100'000, 'x');
+  const struct {
+    Words options;
+    int status;
+    Words parts;
+  } rows[] = {
+      {{"--plugin", "/no/such\nplugin.so"}, 1, {"/no/such\\nplugin.so", "createClockService"}},
+      {{"--state", "/dev/null/no\nfolder"}, 1, {"no\\nfolder"}},
+      {{"--speed", "1", "--clock", "system"},
+       1,
+       {"--clock system sets this machine's clock and needs the privilege to"}},
+      {{"--variant", "three"}, 2, {"--variant", "--help"}},
+      {{"--at", "a\nb\xff"}, 2, {"\"a\\nb\\xFF\" is not an instant"}},
+      {{"--wro\nng"}, 2, {"--wro\\nng"}},
+      {{"--mac", length}, 2, {"see clockhost --help"}},
+      {{"--scenario", folder() / "no\nfile"}, 2, {"no\\nfile: cannot be read"}},
+      // The first cannot be opened as a file, the second cannot be read, the third has no end.
+      {{"--scenario", folder()}, 2, {"cannot be read"}},
+      {{"--scenario", "/proc/self/mem"}, 2, {"cannot be read"}},
+      {{"--scenario", "/dev/zero"}, 2, {"is too large; a scenario has at most 16 MiB"}},
+  };
+  for (const auto& [options, status, parts] : rows) {
+    expectOneLine(startAnother(options), status, parts);
+    EXPECT_FALSE(fs::exists(socket()));
+  }
 }
 
 }  // namespace

@@ -1,15 +1,13 @@
-// The host's NTP client as a process: what it gets, what it may do, and that it sets the clock.
+// The host's NTP client as a process: what it inherits, what it may do, and that it sets the clock.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <optional>
-#include <set>
 #include <sstream>
 
 #include "base/Descriptor.h"
@@ -21,6 +19,28 @@ namespace integration {
 namespace {
 
 namespace fs = std::filesystem;
+
+fs::path processFolder(const std::string& id) {
+  return fs::path("/proc") / id;
+}
+
+// What the client's program in /proc/PID/fd refers to.
+std::string kindOf(const std::string& file) {
+  if (file.find("pidfd") != std::string::npos) return "pidfd";
+  if (!file.starts_with("socket:")) return "file";
+  const std::string number = file.substr(8, file.size() - 9);
+  return support::contentOf("/proc/net/udp").find(" " + number + " ") != std::string::npos
+             ? "UDP"
+             : "socket";
+}
+
+std::string fieldOf(const fs::path& process, const std::string& name) {
+  std::ifstream status(process / "status");
+  for (std::string word; status >> word;) {
+    if (word == name + ":" && status >> word) return word;
+  }
+  return "none";
+}
 
 // A telephone whose client has asked the time server and waits for its answer.
 class TelephoneWithAClient : public ::testing::Test {
@@ -35,77 +55,45 @@ class TelephoneWithAClient : public ::testing::Test {
     ASSERT_TRUE(request);
   }
 
-  // The folder of the client's process.
-  [[nodiscard]] fs::path process() {
+  [[nodiscard]] fs::path hostProcess() {
+    return processFolder(std::to_string(running->program().id()));
+  }
+  [[nodiscard]] fs::path clientProcess() {
     std::istringstream status(running->ctl({"status"}).out);
     for (std::string word; status >> word;) {
-      if (word == "process" && status >> word) return fs::path("/proc") / word;
+      if (word == "process" && status >> word) return processFolder(word);
     }
     return "/no/client";
   }
 
-  // The host inherits it.
-  const host::Descriptor inherited{::open("/dev/null", O_RDONLY | O_CLOEXEC)};
+  const host::Descriptor inherited{::open("/dev/null", O_RDONLY | O_CLOEXEC)};  // by the host
   host::ntp::FakeSntpServer server;
   std::optional<RunningHost> running;
   std::optional<host::ntp::Bytes> request;
 };
 
-TEST_F(TelephoneWithAClient, HasTheClockSetByIt) {
+TEST_F(TelephoneWithAClient, HasItsClockSetByTheClient) {
   server.answer(host::ntp::answerTo(host::ntp::nonceOf(*request), host::ntp::kTime));
   EXPECT_TRUE(running->waitFor({"clock"}, "2026-05-28T20:26:40Z")) << running->ctl({"clock"}).out;
   EXPECT_TRUE(running->waitFor({"call", "isTimeSourceSntp"}, "true")) << running->program().err();
 }
 
-TEST_F(TelephoneWithAClient, GivesItNothingOfItsEnvironment) {
-  std::set<std::string> names;
-  std::istringstream variables(support::contentOf(process() / "environ"));
-  for (std::string text; std::getline(variables, text, '\0');) {
-    names.insert(text.substr(0, text.find('=')));
-  }
-  std::erase_if(names, [](const std::string& name) { return name.ends_with("SAN_OPTIONS"); });
-  EXPECT_EQ(names,
-            (std::set<std::string>{"CLOCKHOST_CLOCK_FD", "CLOCKHOST_PIPE", "NTPCLIENT_PORT"}));
-}
-
-// The kind of file behind a link in /proc/PID/fd: "socket:[12345]" is a socket.
-std::string kindOf(const std::string& file) {
-  if (file.find("pidfd") != std::string::npos) return "pidfd";
-  if (!file.starts_with("socket:")) return "file";
-  const std::string number = file.substr(8, file.size() - 9);
-  return support::contentOf("/proc/net/udp").find(" " + number + " ") != std::string::npos
-             ? "UDP"
-             : "socket";
-}
-
-// The client's own are its watch of the host and the socket to its server.
-TEST_F(TelephoneWithAClient, GivesItItsChannelAndNoOtherDescriptor) {
-  ASSERT_TRUE(fs::exists("/proc/" + std::to_string(running->program().id()) + "/fd/" +
-                         std::to_string(inherited.get())))
-      << "the host has more to pass on";
+TEST_F(TelephoneWithAClient, GivesTheClientItsChannelAndNoPrivileges) {
+  ASSERT_TRUE(fs::exists(hostProcess() / "fd" / std::to_string(inherited.get())))
+      << "the host has more that it could pass on";
   std::map<int, std::string> descriptors;
-  for (const auto& entry : fs::directory_iterator(process() / "fd")) {
+  for (const auto& entry : fs::directory_iterator(clientProcess() / "fd")) {
     descriptors[std::stoi(entry.path().filename())] = kindOf(fs::read_symlink(entry.path()));
   }
+  // 3 is the channel; 4 and 5 are the client's own, to watch the host and to ask the server.
   EXPECT_EQ(descriptors,
             (std::map<int, std::string>{
                 {0, "file"}, {1, "file"}, {2, "file"}, {3, "socket"}, {4, "pidfd"}, {5, "UDP"}}));
-}
-
-std::string fieldOf(const fs::path& process, const std::string& name) {
-  std::ifstream status(process / "status");
-  for (std::string word; status >> word;) {
-    if (word == name + ":" && status >> word) return word;
-  }
-  return "none";
-}
-
-TEST_F(TelephoneWithAClient, KeepsItFromGainingPrivileges) {
-  EXPECT_EQ(fieldOf(process(), "NoNewPrivs"), "1");
-  EXPECT_EQ(fieldOf("/proc/" + std::to_string(running->program().id()), "NoNewPrivs"), "1");
+  EXPECT_EQ(fieldOf(hostProcess(), "NoNewPrivs"), "1");
+  EXPECT_EQ(fieldOf(clientProcess(), "NoNewPrivs"), "1");
 #ifndef CLOCK_WITHOUT_FILTER
   constexpr const char* kFiltered = "2";
-  EXPECT_EQ(fieldOf(process(), "Seccomp"), kFiltered);
+  EXPECT_EQ(fieldOf(clientProcess(), "Seccomp"), kFiltered);
 #endif
 }
 

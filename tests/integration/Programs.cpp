@@ -33,8 +33,9 @@ bool exchange(long call, Capabilities& capabilities) {
   return syscall(call, &header, capabilities.data()) == 0;
 }
 
-// True: neither this process nor what it becomes can set the machine's clock. Root gets from an
-// exec what is in the bounding set; a process that may not change that set has to gain nothing.
+// True: neither this process nor the program that it executes can set the machine's clock. An exec
+// gives root all capabilities of the bounding set. A process that may not change that set gives up
+// gaining any privilege instead.
 bool giveUpTheClock() {
   constexpr std::size_t kWord = CAP_SYS_TIME / 32;
   constexpr unsigned kBit = 1U << (CAP_SYS_TIME % 32);
@@ -49,8 +50,8 @@ bool giveUpTheClock() {
          prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;
 }
 
-// What the new process does: only what may be done between fork and exec. It is killed when the
-// thread that has started it ends, however that comes, so that no test leaves a program behind.
+// The new process, which may use only async-signal-safe calls until exec. The kernel kills it when
+// the thread that started it ends, so that no test leaves a program behind.
 [[noreturn]] void become(char* const* arguments, const char* out, const char* err, pid_t parent,
                          int failures) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
@@ -65,7 +66,7 @@ bool giveUpTheClock() {
   _exit(1);
 }
 
-// The number of the error that kept the process from becoming the program; 0 when it has become it.
+// The errno for which the process could not execute the program; 0 when it could.
 int failureFrom(const std::array<int, 2>& failures) {
   int error = 0;
   close(failures[1]);
@@ -75,6 +76,12 @@ int failureFrom(const std::array<int, 2>& failures) {
 }
 
 }  // namespace
+
+Words inShell(const std::string& redirections, const Words& words) {
+  Words all = {"/bin/sh", "-c", "exec \"$@\" " + redirections, "sh"};
+  all.insert(all.end(), words.begin(), words.end());
+  return all;
+}
 
 Program::Program(const std::filesystem::path& folder, const std::string& name, const Words& words)
     : m_out(folder / (name + ".out")), m_err(folder / (name + ".err")) {
@@ -100,7 +107,7 @@ Program::~Program() {
   if (m_id > 0) static_cast<void>(wait(std::chrono::seconds(0)));
 }
 
-// A process that was waited for has no id any more; kill would take -1 for every process there is.
+// After wait() there is no id any more, and kill(-1) would signal every process.
 pid_t Program::running() const {
   if (m_id <= 0) throw std::logic_error("the program has been waited for");
   return m_id;
@@ -130,7 +137,7 @@ Outcome Program::wait(std::chrono::seconds limit) {
 
 bool Program::says(const std::string& text, std::size_t from) const {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  bool last = false;  // one more look at what a program wrote before it ended
+  bool last = false;  // after its end, read once more what it wrote before
   while (err().find(text, from) == std::string::npos) {
     if (last) return false;
     last = ends(std::chrono::milliseconds(1)) || std::chrono::steady_clock::now() > deadline;

@@ -12,6 +12,9 @@ namespace integration {
 
 using Words = std::vector<std::string>;
 
+// The program as a shell starts it, with its standard descriptors redirected.
+[[nodiscard]] Words inShell(const std::string& redirections, const Words& words);
+
 // How a program ended, and what it wrote.
 struct Outcome {
   int status;  // exit status; 128 + signal
@@ -19,13 +22,12 @@ struct Outcome {
   std::string err;
 };
 
-// A program in a process of its own, its output in files. Owner: a test. Destruction kills it when
-// it still runs, and reaps it; it is killed, too, when the thread that made it ends, and so with
-// the test program. It cannot set the machine's clock, whatever it is. Failure: std::system_error
-// from the constructor.
+// A program in its own process, with its output in files. Owner: a test. The program cannot set the
+// machine's clock. It is killed and reaped by the destructor, and killed when the thread that
+// started it ends, and so with the test program. Failure: std::system_error from the constructor.
 class Program {
  public:
-  // folder: for the files, which are named after `name`.
+  // folder: for the files, whose names begin with `name`.
   Program(const std::filesystem::path& folder, const std::string& name, const Words& words);
   ~Program();
   Program(const Program&) = delete;
@@ -35,14 +37,15 @@ class Program {
 
   void signal(int number) const;
 
-  // Whether it ends within the limit. It is still to be waited for.
+  // Whether it ends within the limit. wait() is still needed.
   [[nodiscard]] bool ends(std::chrono::milliseconds limit) const;
 
-  // Waits for its end; 128 + SIGKILL when it had to be killed at the limit.
+  // Waits until it ends. At the limit it is killed: status 128 + SIGKILL.
   Outcome wait(std::chrono::seconds limit = std::chrono::seconds(30));
 
-  // Waits until the text is in what it has written to standard error, behind so many bytes: a
-  // host's log is written by a thread of its own. False: it ended or 30 seconds passed without.
+  // Waits until it has written the text to standard error, after the first `from` bytes. A host
+  // writes its log on another thread, so a line may come late. False: it ended or 30 seconds passed
+  // without the text.
   [[nodiscard]] bool says(const std::string& text, std::size_t from = 0) const;
 
   // What it has written so far.

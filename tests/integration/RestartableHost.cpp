@@ -1,8 +1,12 @@
 #include "integration/RestartableHost.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <regex>
 #include <stdexcept>
 
+#include "base/Descriptor.h"
 #include "remote/RemoteClient.h"
 #include "support/Becomes.h"
 
@@ -12,8 +16,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kLimit(30);
-constexpr std::chrono::seconds kForAnAnswer(5);
-constexpr std::chrono::milliseconds kBetweenLooks(1);
+constexpr std::chrono::seconds kAnswerLimit(5);
+constexpr std::chrono::milliseconds kRetryInterval(1);
 
 }  // namespace
 
@@ -42,15 +46,15 @@ void RestartableHost::start(const Words& more) {
   if (!answers()) throw std::runtime_error("no host: " + m_program->err());
 }
 
-// It can be connected to before it is known whether it will start.
+// A host accepts connections before it knows whether it can start, so it must answer a call.
 bool RestartableHost::answers() {
   const auto deadline = Clock::now() + kLimit;
   while (Clock::now() < deadline) {
     try {
       Method method("getTime", Method::call);
-      if (connect()->call(method, kForAnAnswer)) return true;
+      if (connect()->call(method, kAnswerLimit)) return true;
     } catch (const host::Error&) {
-      if (m_program->ends(kBetweenLooks)) return false;
+      if (m_program->ends(kRetryInterval)) return false;
     }
   }
   return false;
@@ -95,6 +99,12 @@ std::unique_ptr<host::RemoteClient> RestartableHost::connectControl() const {
 
 std::filesystem::path RestartableHost::pipe() const {
   return m_folder / "root/tmp/votk/ipc/ntpclient";
+}
+
+bool RestartableHost::report(std::uint32_t secondsSinceEpoch) const {
+  const host::Descriptor writer(::open(pipe().c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+  return writer.valid() && ::write(writer.get(), &secondsSinceEpoch, sizeof secondsSinceEpoch) ==
+                               static_cast<ssize_t>(sizeof secondsSinceEpoch);
 }
 
 bool isWholeScript(const std::string& content) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -14,44 +15,44 @@ class RemoteClient;
 
 namespace integration {
 
-// One telephone of this machine: a folder in memory, the paused clockhost that runs in it, which
-// can be ended and started any number of times, and the clockctl that asks it. Owner: a test.
-// Thread: one at a time.
+// A telephone on this machine: a folder in memory, a clockhost with a paused clock that can be
+// ended and started again, and clockctl to control it. Owner: a test. Thread: one at a time.
 class RestartableHost {
  public:
-  // program: a clockhost. options: beside those for plug-in, state, socket, device root and speed.
+  // program: a clockhost. options: added to those for plug-in, state, socket, device root and
+  // speed.
   explicit RestartableHost(std::string program = CLOCKHOST, const Words& options = {});
   ~RestartableHost();  // kills
 
-  // Its command line. Of two options with the same name the later one counts.
+  // Its command line. A later option overrides an earlier one of the same name.
   [[nodiscard]] Words words(const Words& more = {}) const;
 
-  // Starts it, or any command that becomes it, and does not wait. REQUIRES: none is running.
+  // Starts it, or a command that executes it, and does not wait. REQUIRES: none is running.
   void launch() { launch(m_words); }
   void launch(const Words& command);
 
-  // Waits until it answers a call. False: it ended instead, or did not within 30 seconds.
+  // Waits until it answers a call. False: it ended, or 30 seconds passed.
   [[nodiscard]] bool answers();
 
-  // Starts it and waits until it answers; throws when it does not. An earlier one has ended.
+  // Starts it and waits until it answers; throws when it does not. REQUIRES: none is running.
   void start(const Words& more = {});
 
-  // Ends it: a signal, then SIGKILL after the limit.
+  // Ends it with a signal, and with SIGKILL after the limit.
   Outcome end(int signal, std::chrono::seconds limit = std::chrono::seconds(30));
 
-  // The outcome of another one in the same folder, which cannot start.
+  // Runs a second host in the same folder, which must fail to start, to its end.
   [[nodiscard]] Outcome startAnother(const Words& more = {}) const;
 
   [[nodiscard]] Program& program() { return *m_program; }
 
-  // Runs clockctl to its end. words: verb and arguments, after options if need be.
+  // Runs clockctl to its end. words: options, verb and arguments.
   Outcome ctl(const Words& words);
 
-  // Starts clockctl and leaves it running.
+  // Starts clockctl and does not wait for its end.
   std::unique_ptr<Program> startCtl(const Words& words);
   [[nodiscard]] Words ctlWords(const Words& words) const;
 
-  // Asks with a verb again and again, until its output holds the text; false after 30 seconds.
+  // Repeats a clockctl command until its output contains the text; false after 30 seconds.
   bool waitFor(const Words& words, const std::string& text);
 
   // For calls, or for control requests. Throws host::NoHost.
@@ -65,6 +66,9 @@ class RestartableHost {
   [[nodiscard]] std::filesystem::path script() const { return state() / "setupTZ.sh"; }
   [[nodiscard]] std::filesystem::path pipe() const;
 
+  // Writes a time report into the pipe as the NTP client does; false when nobody listens right now.
+  [[nodiscard]] bool report(std::uint32_t secondsSinceEpoch) const;
+
  private:
   const support::TemporaryFolder m_folder{support::folderInMemory()};
   Words m_words;
@@ -72,13 +76,14 @@ class RestartableHost {
   int m_runs = 0;  // of clockctl
 };
 
-// ... that runs from the beginning. Failure: the constructor throws when it does not answer.
+// A RestartableHost that the constructor starts. Failure: the constructor throws when the host does
+// not answer.
 class RunningHost : public RestartableHost {
  public:
   explicit RunningHost(const Words& options = {}) : RestartableHost(CLOCKHOST, options) { start(); }
 };
 
-// Whether it is a script that the service writes, from its first byte to its last.
+// Whether it is a complete time zone script of the service, with nothing before or after it.
 [[nodiscard]] bool isWholeScript(const std::string& content);
 
 }  // namespace integration

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -9,23 +8,22 @@
 
 namespace integration {
 
-// A real NTP server of another make, chronyd, on a port of the loopback interface. It serves the
-// machine's time and sets nothing. Owner: a test. Failure: std::runtime_error when it does not
-// answer.
+// A real NTP server, chronyd, on a loopback port. It serves the machine's time and sets no clock.
+// Owner: a test. Failure: std::runtime_error when it does not answer.
 class TimeServer {
  public:
-  // Why there is no server to be had here; empty when there is one.
-  static std::string missing();
+  // Where ./dev unpacks it.
+  static bool isThere() { return std::filesystem::exists(CLOCK_CHRONYD); }
 
   // folder: for its files.
   explicit TimeServer(const std::filesystem::path& folder);
 
-  [[nodiscard]] std::uint16_t port() const { return m_port; }
+  [[nodiscard]] const std::string& port() const { return m_port; }
 
  private:
-  void waitUntilItAnswers() const;
+  [[nodiscard]] bool answers() const;
 
-  const std::uint16_t m_port;
+  const std::string m_port;
   std::unique_ptr<Program> m_program;
 };
 

@@ -1,0 +1,161 @@
+// clockctl with a running host. What clockctl and the host do with each word and each answer is
+// tested in process; here, that a request crosses the sockets and comes back.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+#include "integration/OneLine.h"
+#include "integration/RestartableHost.h"
+
+namespace integration {
+namespace {
+
+using nlohmann::json;
+
+TEST(ClockCtl, PrintsEachParameterOfAReply) {
+  RunningHost host;
+  EXPECT_EQ(host.ctl({"call", "getDateInts"}).out,
+            "getDateIntsDayReturn=16\ngetDateIntsMonthReturn=6\ngetDateIntsYearReturn=2016\n");
+  EXPECT_EQ(host.ctl({"call", "getUTCTimeTimeVal", "getUTCTimeTimeValTime=1"}).out,
+            "getUTCTimeTimeValStringReturn=1970-01-01T00:00:01+00:00\n");
+  EXPECT_EQ(host.ctl({"--json", "call", "getTime"}).out,
+            "{\"method\":\"getTime\",\"reply\":{\"getTimeStringReturn\":\"00:00\"}}\n");
+}
+
+TEST(ClockCtl, EndsAOneWayCallWhenTheServiceHasHandledIt) {
+  RunningHost host;
+  EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=1000000000"}).status, 0);
+  EXPECT_EQ(host.ctl({"call", "getTimeVal"}).out, "getTimeValReturn=1000000000\n");
+}
+
+// A stopped host still accepts connections, so that no error tells that it did nothing.
+TEST(ClockCtl, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
+  RunningHost host;
+  host.program().signal(SIGSTOP);
+  expectOneLine(host.ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
+                {"no reply within 0.05 s; the host is busy"});
+  host.program().signal(SIGCONT);
+  EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=60"}).status, 0);
+}
+
+TEST(ClockCtl, SuggestsAMethodWhenAnUnknownOneGetsNoReply) {
+  RunningHost host;
+  expectOneLine(host.ctl({"--timeout", "0.2", "call", "get\nTme"}), 1,
+                {"no method \"get\\nTme\"; did you mean \"getTime\"?"});
+  EXPECT_NE(host.ctl({"log"}).out.find("Invalid Message"), std::string::npos);
+}
+
+TEST(ClockCtl, ReadsSetsAndResetsValues) {
+  RunningHost host;
+  EXPECT_EQ(host.ctl({"set", "date-format", "1"}).status, 0);
+  EXPECT_EQ(host.ctl({"get", "date-format"}).out, "1\n");
+  EXPECT_EQ(host.ctl({"set", "sntp-addr", "192.0.2.1"}).status, 0);
+  EXPECT_EQ(json::parse(host.ctl({"keys", "--json"}).out).at("keys").at(0),
+            (json{{"key", "time"},
+                  {"value", "2016-06-16T00:00:00+00:00"},
+                  {"settable", true},
+                  {"state", 4}}));
+  EXPECT_EQ(host.ctl({"reset"}).status, 0);
+  EXPECT_EQ(host.ctl({"get", "date-format"}).out, "0\n");
+  expectOneLine(host.ctl({"reset"}), 1, {"nothing was reset"});
+}
+
+TEST(ClockCtl, ListsWhichProcessTriedWhatInTheSecurityLog) {
+  RunningHost host;
+  const auto setBy = [&](const Words& words, int status) {
+    const auto setter = host.startCtl(words);
+    const std::string id = std::to_string(setter->id());
+    EXPECT_EQ(setter->wait().status, status);
+    return "uid " + std::to_string(::getuid()) + ", pid " + id;
+  };
+  const std::string first = setBy({"set", "daylight-save", "yes"}, 1);
+  const std::string second = setBy({"call", "setTimeInt", "setTime=1466035200"}, 0);
+  EXPECT_EQ(host.ctl({"security-log"}).out,
+            "1 2016-06-16T00:00:00Z refused  " + first +
+                ": ClockSettings set data daylight-save(yes)\n"
+                "2 2016-06-16T00:00:00Z accepted " +
+                second +
+                ": Remote call setTimeInt(1466035200)\n"
+                "note         a loss of power may take the latest records, the end of the host "
+                "does not\n");
+  const json records = json::parse(host.ctl({"security-log", "--json"}).out).at("records");
+  for (const auto& [member, number] :
+       {std::pair{"facility", 4}, {"severity", 1}, {"eventClass", 5}, {"eventCode", 3}}) {
+    EXPECT_EQ(records[0].at(member), number) << member;
+  }
+  EXPECT_EQ(records[0].at("failure"), true);
+}
+
+TEST(ClockCtl, WatchesTheStartOfDaylightSaving) {
+  RunningHost host({"--variant", "3"});
+  EXPECT_EQ(host.ctl({"set", "sntp-tz-offset", "-5"}).status, 0);
+  EXPECT_EQ(host.ctl({"clock", "jump", "2026-01-15T12:00:00Z"}).status, 0);
+  const Outcome to = host.ctl({"clock", "to", "dst"});
+  EXPECT_NE(to.out.find("2026-03-08T06:59:50Z"), std::string::npos) << to.out << to.err;
+  const auto watch = host.startCtl({"watch", "--count", "1"});
+  // The host answers this request after the watcher's registration, which came before.
+  ASSERT_TRUE(host.waitFor({"status"}, "clients      2"));
+  EXPECT_EQ(host.ctl({"clock", "advance", "10s"}).status, 0);
+  EXPECT_EQ(watch->wait().out,
+            "timeChangeEvent timeChangeEventHours=3 timeChangeEventMinutes=0 "
+            "timeChangeEventSeconds=0\n");
+  EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=03:00am\n");
+}
+
+TEST(ClockCtl, ShowsInJsonThatAJumpMovesTheTimeAndNotTheTimers) {
+  RunningHost host;
+  const json before = json::parse(host.ctl({"clock", "--json"}).out);
+  const json after = json::parse(host.ctl({"--json", "clock", "jump", "2030-05-05T05:05:05Z"}).out);
+  EXPECT_EQ(after.at("utc"), "2030-05-05T05:05:05Z");
+  EXPECT_EQ(after.at("next"), before.at("next"));
+  EXPECT_EQ(after.at("uptime"), before.at("uptime"));
+  const json next = json::parse(host.ctl({"--json", "clock", "next"}).out);
+  EXPECT_EQ(next.at("uptime"), "01:00:00");
+}
+
+TEST(ClockCtl, ChangesTheSpeedOfARunningHost) {
+  RunningHost host;
+  EXPECT_EQ(json::parse(host.ctl({"--json", "clock"}).out).at("speed"), "paused");
+  EXPECT_EQ(host.ctl({"clock", "speed", "max"}).status, 0);
+  ASSERT_TRUE(host.waitFor({"clock"}, "utc          2017-"));
+  EXPECT_EQ(host.ctl({"clock", "pause"}).status, 0);
+  const std::string paused = host.ctl({"clock"}).out;
+  EXPECT_EQ(host.ctl({"clock"}).out, paused);
+}
+
+TEST(ClockCtl, FollowsTheLogUntilTheHostEnds) {
+  RunningHost host({"--log-level", "5"});
+  const auto follower = host.startCtl({"log", "--follow"});
+  ASSERT_TRUE(host.waitFor({"status"}, "clients      2"));
+  EXPECT_EQ(host.ctl({"get", "date-format"}).status, 0);
+  EXPECT_EQ(host.end(SIGTERM).status, 0);
+  const Outcome followed = follower->wait();
+  EXPECT_NE(followed.out.find("getData date-format"), std::string::npos) << followed.out;
+  EXPECT_EQ(followed.status, 1);
+}
+
+TEST(Output, ThatIsLostIsAnErrorInOneLine) {
+  RunningHost host;
+  for (const Words& words :
+       {host.ctlWords({"keys"}), Words{CLOCKCTL, "--help"}, Words{CLOCKHOST, "--help"}}) {
+    expectOneLine(Program(host.folder(), "full", inShell(">/dev/full", words)).wait(), 1,
+                  {"standard output does not take everything: No space left on device"});
+  }
+}
+
+TEST(Output, ForAReaderThatHasGoneIsNoError) {
+  RunningHost host;
+  const std::string fifo = host.folder() / "gone";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  Words script = {"/bin/sh", "-c", ": <\"$0\" & exec 3>\"$0\"; wait; \"$@\" >&3; echo $? >&2",
+                  fifo};
+  for (const std::string& word : host.ctlWords({"keys"})) script.push_back(word);
+  const Outcome outcome = Program(host.folder(), "gone", script).wait();
+  EXPECT_EQ(outcome.err, "0\n");
+}
+
+}  // namespace
+}  // namespace integration
