@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <memory>
 #include <optional>
 
 #include "Logging.h"
@@ -53,15 +54,15 @@ std::optional<std::string> contentOf(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
   if (!file.valid() || fstat(file.get(), &status) != 0) return std::nullopt;
-  std::string content(kLargest + 1, '\0');  // not by the size: it may change before the read
-  const ssize_t length = read(file.get(), content.data(), content.size());
+  // Not by the size, which may change before the read. Memory that is not written to costs nothing.
+  const auto content = std::make_unique_for_overwrite<char[]>(kLargest + 1);
+  const ssize_t length = read(file.get(), content.get(), kLargest + 1);
   if (!S_ISREG(status.st_mode) || length > kLargest) {
     errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
     return std::nullopt;
   }
   if (length < 0) return std::nullopt;
-  content.resize(static_cast<std::size_t>(length));
-  return content;
+  return std::string(content.get(), static_cast<std::size_t>(length));
 }
 
 bool isNameWithoutFolder(const std::string& name) {
