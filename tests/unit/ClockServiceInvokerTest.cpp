@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ClockService.h"
+#include "ClockServiceObserverProxy.h"
 #include "support/Framework.h"
 #include "support/LogCapture.h"
 #include "support/Part.h"
@@ -19,6 +20,11 @@ using support::LogCapture;
 using support::Outcome;
 using support::Response;
 using Lines = std::vector<std::string>;
+
+constexpr const char* kGetTime = "call getTime\n";
+const Lines kTime{"reply getTime\nout string getTimeStringReturn=09:07\n"};
+const std::string kNoClock = "Could not cast executable to ClockServiceIfc";
+const std::string kNotDecoded = "Failed to decode msg";
 
 class ThrowingService : public unit::RecordingService {
  public:
@@ -35,10 +41,13 @@ class ClockServiceInvokerTest : public testing::Test {
     m_invoker.initInvoker(&m_framework);
   }
 
-  Outcome send(Executable* executable, const std::string& message,
-               const std::string& codec = "text") {
-    return support::request(m_invoker, executable, message, codec);
+  Lines repliesTo(Executable* executable, const std::string& message,
+                  const std::string& codec = "text") {
+    const Outcome outcome = support::request(m_invoker, executable, message, codec);
+    EXPECT_TRUE(outcome.deleted) << message;
+    return outcome.replies;
   }
+  Lines repliesTo(const std::string& message) { return repliesTo(&m_service, message); }
 
   support::TextCodec m_marked{"marked "};
   support::Framework m_framework;
@@ -47,121 +56,42 @@ class ClockServiceInvokerTest : public testing::Test {
   ClockServiceInvoker m_invoker;
 };
 
+// "2 ClockServiceInvoker: TEXT" for each error.
 std::string errorsOf(const LogCapture& log) {
   std::string text;
   for (const host::LogEntry& entry : log.entries())
-    if (entry.level <= 2) text += entry.component + ": " + entry.text + "\n";
+    if (entry.level <= 2)
+      text += std::to_string(entry.level) + " " + entry.component + ": " + entry.text;
   return text;
 }
 
-TEST_F(ClockServiceInvokerTest, RequestIsAnsweredOnceAndTheResponseDeleted) {
-  const Outcome outcome = send(&m_service, "call getTime\n");
-  EXPECT_EQ(outcome.replies, Lines{"reply getTime\nout string getTimeStringReturn=09:07\n"});
-  EXPECT_TRUE(outcome.deleted);
-  EXPECT_EQ(m_service.calls(), Lines{"getTime"});
-}
+struct BadRequest {
+  Executable* executable;
+  std::string message;
+  const char* codec;
+  std::string error;
+};
 
-TEST_F(ClockServiceInvokerTest, WithoutAContextARequestIsLoggedAndNotAnswered) {
-  const LogCapture log;
-  ClockServiceInvoker invoker;
-  const Outcome outcome = support::request(invoker, &m_service, "call getTime\n");
-  EXPECT_TRUE(outcome.replies.empty());
-  EXPECT_TRUE(outcome.deleted);
-  EXPECT_TRUE(m_service.calls().empty());
-  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n");
-}
-
-TEST_F(ClockServiceInvokerTest, CodecOfTheRequestWritesTheReply) {
-  const Outcome outcome = send(&m_service, "marked call getTime\n", "marked");
-  EXPECT_EQ(outcome.replies, Lines{"marked reply getTime\nout string getTimeStringReturn=09:07\n"});
-  for (const std::string& name : m_framework.codecsAsked) EXPECT_EQ(name, "marked");
-}
-
-TEST_F(ClockServiceInvokerTest, OnlyTheBytesOfTheRequestAreRead) {
-  const std::string message = "call getTime\nnot a parameter\n";
-  Outcome outcome;
-  m_invoker.handleMessage(&m_service, message.data(), 13, new Response(outcome));
-  EXPECT_EQ(outcome.replies.size(), 1U);
-  EXPECT_EQ(m_decoded, "call getTime\n");
-}
-
-TEST_F(ClockServiceInvokerTest, BytesOfRequestAndReplyMayBeZero) {
-  const std::string text("a\0b", 3);
-  m_service.setTimeText(text);
-  const std::string message = std::string("call getTime\nin string x=") + text + "\n";
-  const Outcome outcome = send(&m_service, message);
-  EXPECT_EQ(m_decoded, message);
-  EXPECT_EQ(outcome.replies, Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
-}
-
-TEST_F(ClockServiceInvokerTest, LongRequestAndReplyAreWhole) {
-  const std::string text(70'000, 't');
-  m_service.setTimeText(text);
-  const std::string message = "call getTime\nin string x=" + text + "\n";
-  EXPECT_EQ(send(&m_service, message).replies,
-            Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
-  EXPECT_EQ(m_decoded, message);
-}
-
-TEST_F(ClockServiceInvokerTest, ReplyStreamIsFreshWhateverTheCodecDidToTheRequests) {
-  m_framework.text.afterReading = [](const std::string&, std::iostream& stream) {
-    stream << "left over" << std::hex << std::showbase;
-    stream.setstate(std::ios_base::failbit);
-  };
-  m_framework.text.replyEnd = 255;
-  for (int i = 0; i < 2; ++i)
-    EXPECT_EQ(send(&m_service, "call getTime\n").replies,
-              Lines{"reply getTime\nout string getTimeStringReturn=09:07\n255"});
-}
-
-TEST_F(ClockServiceInvokerTest, AnswersForThePluginsOwnService) {
-  ClockService service;
-  EXPECT_EQ(send(&service, "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n").replies,
-            Lines{"reply cancelAlarmClock\nout bool cancelAlarmClockReturn=false\n"});
-}
-
-TEST_F(ClockServiceInvokerTest, NullServiceIsLoggedAndNotAnswered) {
-  const LogCapture log;
-  const Outcome outcome = send(nullptr, "call getTime\n");
-  EXPECT_TRUE(outcome.replies.empty());
-  EXPECT_TRUE(outcome.deleted);
-  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Could not cast executable to ClockServiceIfc\n");
-  EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
-  EXPECT_TRUE(m_framework.codecsAsked.empty());
-}
-
-TEST_F(ClockServiceInvokerTest, AnotherServiceIsLoggedAndNotAnswered) {
-  const LogCapture log;
+TEST_F(ClockServiceInvokerTest, BadRequestIsLoggedAndNotAnswered) {
   support::Part other;
-  const Outcome outcome = send(&other, "call getTime\n");
-  EXPECT_TRUE(outcome.replies.empty());
-  EXPECT_TRUE(outcome.deleted);
-  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Could not cast executable to ClockServiceIfc\n");
-  EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
-}
-
-TEST_F(ClockServiceInvokerTest, UnknownCodecIsLoggedAndNotAnswered) {
-  const LogCapture log;
-  const Outcome outcome = send(&m_service, "call getTime\n", "unheard-of");
-  EXPECT_TRUE(outcome.replies.empty());
-  EXPECT_TRUE(outcome.deleted);
-  EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n");
-  EXPECT_TRUE(log.has(2, "Failed to decode msg"));
-  EXPECT_EQ(m_framework.codecsAsked, Lines{"unheard-of"});
-  EXPECT_TRUE(m_service.calls().empty());
-}
-
-TEST_F(ClockServiceInvokerTest, RequestThatDoesNotDecodeIsLoggedAndNotAnswered) {
-  for (const char* const message : {"", "getTime\n", "call getTime\nbroken\n", "\n"}) {
-    const LogCapture log;
-    const Outcome outcome = send(&m_service, message);
-    EXPECT_TRUE(outcome.replies.empty()) << message;
-    EXPECT_TRUE(outcome.deleted) << message;
-    EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Failed to decode msg\n") << message;
-    EXPECT_TRUE(log.has(2, "Failed to decode msg")) << message;
-    EXPECT_FALSE(log.hasPart("handleMessage called")) << message;
+  std::vector<BadRequest> requests{{nullptr, kGetTime, "text", kNoClock},
+                                   {&other, kGetTime, "text", kNoClock},
+                                   {&m_service, kGetTime, "unheard-of", kNotDecoded}};
+  for (const char* const message : {"", "getTime\n", "call getTime\nbroken\n", "\n"})
+    requests.push_back({&m_service, message, "text", kNotDecoded});
+  for (const char* const name : {"", "GetTime", "getTIME", "gettime", "getTim", "getTimes",
+                                 " getTime", "getTime ", "SetTime", "convertUtcStringToLocalString",
+                                 "setTimeInts", "timeChangeEvent", "ClockServiceIfc"}) {
+    const std::string message = std::string("call ") + name + "\nin int setTime=5\n";
+    requests.push_back({&m_service, message, "text", "Invalid Message, " + message});
   }
-  EXPECT_TRUE(m_service.calls().empty());
+  for (const BadRequest& row : requests) {
+    const LogCapture log;
+    EXPECT_EQ(repliesTo(row.executable, row.message, row.codec), Lines{}) << row.message;
+    EXPECT_EQ(errorsOf(log), "2 ClockServiceInvoker: " + row.error) << row.message;
+    EXPECT_EQ(log.has(5, "handleMessage called: " + row.message), row.error.front() == 'I');
+  }
+  EXPECT_EQ(m_service.calls, Lines{});
 }
 
 TEST_F(ClockServiceInvokerTest, RequestWithoutBytesDoesNotDecode) {
@@ -170,48 +100,73 @@ TEST_F(ClockServiceInvokerTest, RequestWithoutBytesDoesNotDecode) {
     Outcome outcome;
     m_invoker.handleMessage(&m_service, nullptr, length, new Response(outcome));
     EXPECT_TRUE(outcome.replies.empty() && outcome.deleted) << "length " << length;
-    EXPECT_TRUE(log.has(2, "Failed to decode msg")) << "length " << length;
+    EXPECT_TRUE(log.has(2, kNotDecoded)) << "length " << length;
   }
 }
 
-TEST_F(ClockServiceInvokerTest, UnknownNameIsLoggedWithTheRequestAndNotAnswered) {
-  for (const char* const name : {"", "GetTime", "getTIME", "gettime", "getTim", "getTimes",
-                                 " getTime", "getTime ", "SetTime", "convertUtcStringToLocalString",
-                                 "setTimeInts", "timeChangeEvent", "ClockServiceIfc"}) {
-    const LogCapture log;
-    const std::string message = std::string("call ") + name + "\nin int setTime=5\n";
-    const Outcome outcome = send(&m_service, message);
-    EXPECT_TRUE(outcome.replies.empty()) << name;
-    EXPECT_TRUE(outcome.deleted) << name;
-    EXPECT_EQ(errorsOf(log), "ClockServiceInvoker: Invalid Message, " + message + "\n") << name;
-    EXPECT_TRUE(log.has(2, "Invalid Message, " + message)) << name;
-  }
-  EXPECT_TRUE(m_service.calls().empty());
-}
-
-TEST_F(ClockServiceInvokerTest, EveryDecodedRequestIsTraced) {
-  const LogCapture log(5);
-  send(&m_service, "call setTimeInt\nin int setTime=5\n");
-  send(&m_service, "call nothing\n");
-  EXPECT_TRUE(log.has(5, "handleMessage called: call setTimeInt\nin int setTime=5\n"));
-  EXPECT_TRUE(log.has(5, "handleMessage called: call nothing\n"));
-}
-
-TEST_F(ClockServiceInvokerTest, RequestsAreNotTracedBelowLevelFive) {
-  const LogCapture log(4);
-  send(&m_service, "call getTime\n");
-  EXPECT_TRUE(log.entries().empty()) << log.text();
-}
-
-TEST_F(ClockServiceInvokerTest, MissingParameterIsNoError) {
+TEST_F(ClockServiceInvokerTest, RequestWithoutAContextOrAResponseIsLogged) {
   const LogCapture log;
-  send(&m_service, "call setTime\n");
-  EXPECT_EQ(errorsOf(log), "");
+  ClockServiceInvoker invoker;
+  const Outcome outcome = support::request(invoker, &m_service, kGetTime);
+  EXPECT_TRUE(outcome.replies.empty() && outcome.deleted);
+  m_invoker.handleMessage(&m_service, kGetTime, 13, nullptr);
+  m_invoker.handleMessage(nullptr, kGetTime, 13, nullptr);
+  EXPECT_EQ(m_service.calls, Lines{});
+  EXPECT_EQ(log.count(kNotDecoded), 2U);
+  EXPECT_EQ(log.count(kNoClock), 1U);
+}
+
+TEST_F(ClockServiceInvokerTest, CodecOfTheRequestWritesTheReply) {
+  EXPECT_EQ(repliesTo(&m_service, std::string("marked ") + kGetTime, "marked"),
+            Lines{"marked " + kTime[0]});
+  for (const std::string& name : m_framework.codecsAsked) EXPECT_EQ(name, "marked");
+}
+
+TEST_F(ClockServiceInvokerTest, OnlyTheBytesOfTheRequestAreRead) {
+  const std::string message = "call getTime\nnot a parameter\n";
+  Outcome outcome;
+  m_invoker.handleMessage(&m_service, message.data(), 13, new Response(outcome));
+  EXPECT_EQ(outcome.replies, kTime);
+  EXPECT_EQ(m_decoded, kGetTime);
+}
+
+TEST_F(ClockServiceInvokerTest, AnyBytesOfRequestAndReplyAreWhole) {
+  for (const std::string& text : {std::string("a\0b", 3), std::string(70'000, 't')}) {
+    m_service.timeText = text;
+    const std::string message = "call getTime\nin string x=" + text + "\n";
+    EXPECT_EQ(repliesTo(message),
+              Lines{"reply getTime\nout string getTimeStringReturn=" + text + "\n"});
+    EXPECT_EQ(m_decoded, message);
+  }
+}
+
+TEST_F(ClockServiceInvokerTest, ReplyStreamIsFreshWhateverTheCodecDidToTheRequests) {
+  m_framework.text.afterReading = [](const std::string&, std::iostream& stream) {
+    stream << "left over" << std::hex << std::showbase;
+    stream.setstate(std::ios_base::failbit);
+  };
+  m_framework.text.replyEnd = 255;
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(repliesTo(kGetTime), Lines{kTime[0] + "255"});
+}
+
+TEST_F(ClockServiceInvokerTest, AnswersForThePluginsOwnService) {
+  ClockService service;
+  EXPECT_EQ(repliesTo(&service, "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n"),
+            Lines{"reply cancelAlarmClock\nout bool cancelAlarmClockReturn=false\n"});
+}
+
+TEST_F(ClockServiceInvokerTest, RequestsAreTracedAtLevelFive) {
+  for (const int level : {4, 5}) {
+    const LogCapture log(level);
+    repliesTo("call setTime\n");  // a missing parameter is no error
+    EXPECT_EQ(log.entries().size(), level == 5 ? 1U : 0U) << log.text();
+    EXPECT_EQ(log.has(5, "handleMessage called: call setTime\n"), level == 5);
+  }
 }
 
 TEST_F(ClockServiceInvokerTest, LogEntriesCarryTheirSourceFileAndLine) {
   const LogCapture log;
-  send(nullptr, "call getTime\n");
+  repliesTo(nullptr, kGetTime);
   const auto entries = log.entries();
   ASSERT_EQ(entries.size(), 1U);
   EXPECT_NE(entries[0].file.find("ClockServiceInvoker.cpp"), std::string::npos) << entries[0].file;
@@ -228,28 +183,15 @@ TEST_F(ClockServiceInvokerTest, ResponseIsDeletedWhenTheServiceThrows) {
   EXPECT_TRUE(outcome.deleted);
 }
 
-TEST_F(ClockServiceInvokerTest, NullResponseIsTolerated) {
-  const LogCapture log;
-  const std::string message = "call setTimeInt\nin int setTime=5\n";
-  m_invoker.handleMessage(nullptr, message.data(), static_cast<int>(message.size()), nullptr);
-  m_invoker.handleMessage(&m_service, message.data(), static_cast<int>(message.size()), nullptr);
-  EXPECT_TRUE(m_service.calls().empty());
-  EXPECT_TRUE(log.has(2, "Could not cast executable to ClockServiceIfc"));
-}
-
 TEST(ClockServiceInvokerStart, InitialisationIsLoggedAtLevelFour) {
   support::Framework framework;
   ClockServiceInvoker invoker;
-  {
-    const LogCapture log(4);
+  for (const int level : {3, 4}) {
+    const LogCapture log(level);
     invoker.initInvoker(&framework);
-    ASSERT_EQ(log.entries().size(), 1U);
-    EXPECT_TRUE(log.has(4, "ClockServiceInvoker initialised"));
-    EXPECT_EQ(log.entries()[0].component, "ClockServiceInvoker");
+    EXPECT_EQ(log.has(4, "ClockServiceInvoker initialised"), level == 4);
+    for (const auto& entry : log.entries()) EXPECT_EQ(entry.component, "ClockServiceInvoker");
   }
-  const LogCapture log(3);
-  invoker.initInvoker(&framework);
-  EXPECT_TRUE(log.entries().empty());
 }
 
 TEST(ClockServiceInvokerStart, FactoryMakesAnInvoker) {
@@ -258,7 +200,59 @@ TEST(ClockServiceInvokerStart, FactoryMakesAnInvoker) {
   support::Framework framework;
   unit::RecordingService service;
   invoker->initInvoker(&framework);
-  EXPECT_EQ(support::request(*invoker, &service, "call getTime\n").replies.size(), 1U);
+  EXPECT_EQ(support::request(*invoker, &service, kGetTime).replies, kTime);
+}
+
+// The three methods that pass the caller's proxy to the service as an observer.
+const Lines kObserving{"call observeTimeEvents\n", "call unobserveTimeEvents\n",
+                       "call setAlarmClock\nin string setAlarmClockAlarmTime=06:30\n"};
+
+// A proxy that is not an observer.
+class StrangeProxy : public Proxy {
+ public:
+  void initProxy(ProxyRequest&) override {}
+};
+
+TEST_F(ClockServiceInvokerTest, CallersProxyIsRequestedByInterfaceAndAddress) {
+  for (const std::string& message : kObserving)
+    support::request(m_invoker, &m_service, message, "text", "at 6");
+  EXPECT_EQ(m_framework.proxiesAsked, Lines(3, "ClockServiceObserverIfc at at 6"));
+}
+
+TEST_F(ClockServiceInvokerTest, CallersProxyIsPassedToTheServiceAsAnObserver) {
+  ClockServiceObserverProxy proxy;
+  m_framework.proxy = &proxy;
+  for (const std::string& message : kObserving) {
+    repliesTo(message);
+    EXPECT_EQ(m_service.lastObserver, static_cast<ClockServiceObserverIfc*>(&proxy)) << message;
+  }
+}
+
+TEST_F(ClockServiceInvokerTest, MissingProxyOrOneOfAnotherInterfaceIsANullObserver) {
+  StrangeProxy strange;
+  for (Proxy* const proxy : {static_cast<Proxy*>(nullptr), static_cast<Proxy*>(&strange)}) {
+    m_framework.proxy = proxy;
+    m_service.calls.clear();
+    Lines replies;
+    for (const std::string& message : kObserving) replies.push_back(repliesTo(message).at(0));
+    EXPECT_EQ(replies,
+              (Lines{"reply observeTimeEvents\nout bool observeTimeEventsReturn=false\n",
+                     "reply unobserveTimeEvents\nout bool unobserveTimeEventsReturn=false\n",
+                     "reply setAlarmClock\nout int setAlarmClockReturn=77\n"}));
+    EXPECT_EQ(m_service.calls, (Lines{"observeTimeEvents null", "unobserveTimeEvents null",
+                                      "setAlarmClock \"06:30\" null"}));
+  }
+}
+
+// An alarm's time is read after its proxy is requested.
+TEST_F(ClockServiceInvokerTest, CallersProxyIsRequestedByThreeMethodsOnly) {
+  for (const char* const message :
+       {kGetTime, "call cancelAlarmClock\nin int cancelAlarmClockAlarmId=1\n",
+        "call setTimeInt\nin int setTime=1\n", "call nothing\n"})
+    repliesTo(message);
+  EXPECT_EQ(m_framework.proxiesAsked, Lines{});
+  EXPECT_EQ(repliesTo("call setAlarmClock\n"), Lines{"reply setAlarmClock\n"});
+  EXPECT_EQ(m_framework.proxiesAsked.size(), 1U);
 }
 
 }  // namespace

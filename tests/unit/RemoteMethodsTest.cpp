@@ -1,24 +1,116 @@
+// Each remote method takes and returns the parameters that docs/reference/remote-protocol.md lists.
+
 #include "RemoteMethods.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "ClockServiceInvoker.h"
 #include "ClockServiceObserverProxy.h"
 #include "support/Framework.h"
 #include "unit/RecordingService.h"
-#include "unit/RemoteProtocol.h"
 
 namespace {
 
-using support::Outcome;
-using unit::Lines;
-using unit::Missing;
-using unit::remoteProtocol;
-using unit::RemoteRow;
+using Lines = std::vector<std::string>;
+
+const std::string kUtc = "2024-03-07T04:05:06+00:00";
+const std::string kQuotedUtc = " \"" + kUtc + "\"";
+
+// The values of a request, the call that the service must receive, and the values of the reply,
+// which are those of RecordingService.
+struct Exchange {
+  const char* method;
+  Lines request;
+  std::string call;
+  Lines reply;
+};
+
+const std::vector<Exchange> kExchanges{
+    {"getTime", {}, "getTime", {"09:07"}},
+    {"getTimeInts", {}, "getTime numbers", {"1", "2", "3"}},
+    {"getTimeUTCStr", {kUtc}, "getTime" + kQuotedUtc, {"10:08"}},
+    {"getTimeUTCStrAndInts", {kUtc}, "getTime numbers" + kQuotedUtc, {"true", "11", "12", "13"}},
+    {"getTimeVal", {}, "getTimeVal", {"1800000001"}},
+    {"getDisplayTimeVal", {}, "getDisplayTimeVal", {"1800003602"}},
+    {"setTime", {"7", "8", "9"}, "setTime 7 8 9", {"true"}},
+    {"setTimeInt", {"1800000000"}, "setTime epoch 1800000000", {}},
+    {"getDate", {}, "getDate", {"07.03.24"}},
+    {"getDateShort", {}, "getDateShort", {"07.03."}},
+    {"getDateInts", {}, "getDate numbers", {"21", "22", "23"}},
+    {"getDateUTCStr", {kUtc}, "getDate" + kQuotedUtc, {"08.04.25"}},
+    {"getDateShortUTCStr", {kUtc}, "getDateShort" + kQuotedUtc, {"08.04."}},
+    {"getDateUTCStrAndInts", {kUtc}, "getDate numbers" + kQuotedUtc, {"true", "31", "32", "33"}},
+    {"setDate", {"7", "3", "2024"}, "setDate 7 3 2024", {"true"}},
+    {"getUTCTimeTimeVal", {"1"}, "getUTCTime 1", {"1970-01-01T00:00:01+00:00"}},
+    {"getUTCTimeInts", {"4", "5", "6", "7", "3", "124"}, "getUTCTime 4 5 6 7 3 124", {kUtc}},
+    {"observeTimeEvents", {}, "observeTimeEvents observer", {"true"}},
+    {"unobserveTimeEvents", {}, "unobserveTimeEvents observer", {"true"}},
+    {"setAlarmClock", {"06:30"}, "setAlarmClock \"06:30\" observer", {"77"}},
+    {"cancelAlarmClock", {"77"}, "cancelAlarmClock 77", {"true"}},
+    {"setFallbackTime", {}, "setFallbackTime", {"2026-11-20T10:11:12+00:00"}},
+    {"isTimeSourceSntp", {}, "isTimeSourceSntp", {"true"}},
+};
+
+// A method whose parameters the document names. Parameters are lines as in support/MethodText.h.
+struct RemoteRow {
+  std::string name;
+  Lines request;
+  std::string call;
+  Lines reply;              // without parameters: the method never replies
+  std::string whenMissing;  // the document's last column
+};
+
+// "`setTimeHours`, `setTimeMinutes` int" with the values 7 and 8: the type applies to all names
+// since the one before it.
+Lines parametersOf(const std::string& cell, const char* direction, const Lines& values) {
+  Lines parameters, names;
+  std::istringstream words(cell);
+  for (std::string word; words >> word;) {
+    if (word.front() == '`') {
+      names.push_back(word.substr(1, word.find('`', 1) - 1));
+      continue;
+    }
+    for (const std::string& name : names) {
+      const std::string type = word.substr(0, word.find(','));
+      const std::string& value = values.at(parameters.size());
+      parameters.push_back(std::string(direction) + " " + type + " " + name + "=" + value);
+    }
+    names.clear();
+  }
+  if (parameters.size() != values.size()) throw std::runtime_error("too few parameters: " + cell);
+  return parameters;
+}
+
+// "| `getTime` | request | reply | when a parameter is missing |"
+RemoteRow rowOf(const std::string& documented, const Exchange& exchange) {
+  std::istringstream text(documented);
+  Lines cells;
+  for (std::string cell; std::getline(text, cell, '|');) cells.push_back(cell);
+  if (cells.at(1) != std::string(" `") + exchange.method + "` ")
+    throw std::runtime_error(exchange.method + (" is documented as" + cells.at(1)));
+  return {exchange.method, parametersOf(cells.at(2), "in", exchange.request), exchange.call,
+          parametersOf(cells.at(3), "out", exchange.reply), cells.at(4)};
+}
+
+std::vector<RemoteRow> readProtocol() {
+  std::ifstream document(REMOTE_PROTOCOL_DOCUMENT);
+  std::vector<RemoteRow> rows;
+  for (std::string line; std::getline(document, line) && line != "## Events";)
+    if (line.rfind("| `", 0) == 0) rows.push_back(rowOf(line, kExchanges.at(rows.size())));
+  return rows;
+}
+
+const std::vector<RemoteRow>& protocol() {
+  static const std::vector<RemoteRow> rows = readProtocol();
+  return rows;
+}
 
 std::string messageOf(const std::string& kind, const std::string& name, const Lines& parameters) {
   std::string message = kind + " " + name + "\n";
@@ -26,20 +118,34 @@ std::string messageOf(const std::string& kind, const std::string& name, const Li
   return message;
 }
 
-Lines repliesWhenMissing(const RemoteRow& row) {
-  if (row.missing == Missing::noReply) return {};
-  if (row.missing == Missing::emptyReply) return {messageOf("reply", row.name, {})};
-  return {messageOf("reply", row.name, {row.missingReply})};
+Lines replyOf(const RemoteRow& row, const Lines& parameters) {
+  if (row.reply.empty()) return {};
+  return {messageOf("reply", row.name, parameters)};
 }
 
-// The same parameter with another type: an int as text, a text as an int, and both as a bool.
-Lines withOtherTypes(const std::string& parameter) {
-  const std::string assigned = parameter.substr(parameter.find(' ', 3) + 1);
-  const std::string name = assigned.substr(0, assigned.find('='));
-  Lines others{"in bool " + name + "=true"};
-  others.push_back(parameter.rfind("in int ", 0) == 0 ? "in string " + assigned
-                                                      : "in int " + name + "=5");
-  return others;
+std::string withValue(const std::string& parameter, const std::string& value) {
+  return parameter.substr(0, parameter.find('=') + 1) + value;
+}
+
+// "`setTimeReturn` false", "`getUTCTimeIntsStringReturn` empty", or no parameter.
+Lines replyWhenMissing(const RemoteRow& row) {
+  const auto value = row.whenMissing.find("` ");
+  if (value == std::string::npos) return replyOf(row, {});
+  const bool isEmpty = row.whenMissing.substr(value + 2) == "empty ";
+  return replyOf(row, {withValue(row.reply.front(), isEmpty ? "" : "false")});
+}
+
+// The parameter with both other types, with the other direction and with another case. None of
+// these counts as the parameter.
+Lines distortionsOf(const std::string& parameter) {
+  const std::size_t name = parameter.find(' ', 3) + 1;
+  const bool isNumber = parameter.rfind("in int ", 0) == 0;
+  std::string capital = parameter;
+  capital[name] = static_cast<char>(capital[name] - 'a' + 'A');
+  return {withValue("in bool " + parameter.substr(name), "true"),
+          isNumber ? "in string " + parameter.substr(name)
+                   : withValue("in int " + parameter.substr(name), "5"),
+          "out" + parameter.substr(2), capital};
 }
 
 class RemoteMethodsTest : public testing::Test {
@@ -49,18 +155,11 @@ class RemoteMethodsTest : public testing::Test {
     m_invoker.initInvoker(&m_framework);
   }
 
-  Outcome send(const std::string& name, const Lines& parameters) {
+  Lines repliesTo(const std::string& name, const Lines& parameters) {
     const std::string message = messageOf("call", name, parameters);
-    Outcome outcome = support::request(m_invoker, &m_service, message);
+    const support::Outcome outcome = support::request(m_invoker, &m_service, message);
     EXPECT_TRUE(outcome.deleted) << message;
-    return outcome;
-  }
-
-  void expectMissing(const RemoteRow& row, const Lines& parameters) {
-    const std::size_t before = m_service.calls().size();
-    EXPECT_EQ(send(row.name, parameters).replies, repliesWhenMissing(row))
-        << messageOf("call", row.name, parameters);
-    EXPECT_EQ(m_service.calls().size(), before) << messageOf("call", row.name, parameters);
+    return outcome.replies;
   }
 
   support::Framework m_framework;
@@ -69,125 +168,68 @@ class RemoteMethodsTest : public testing::Test {
   ClockServiceInvoker m_invoker;
 };
 
-TEST_F(RemoteMethodsTest, ThereAreTwentyThree) {
-  EXPECT_EQ(remoteProtocol().size(), 23U);
-}
-
 TEST_F(RemoteMethodsTest, EachCallsTheServiceAndReplies) {
-  for (const RemoteRow& row : remoteProtocol()) {
-    const Outcome outcome = send(row.name, row.request);
-    ASSERT_FALSE(m_service.calls().empty()) << row.name;
-    EXPECT_EQ(m_service.calls().back(), row.call) << row.name;
-    const Lines expected =
-        row.missing == Missing::noReply ? Lines{} : Lines{messageOf("reply", row.name, row.reply)};
-    EXPECT_EQ(outcome.replies, expected) << row.name;
+  for (const RemoteRow& row : protocol()) {
+    EXPECT_EQ(repliesTo(row.name, row.request), replyOf(row, row.reply)) << row.name;
+    ASSERT_FALSE(m_service.calls.empty()) << row.name;
+    EXPECT_EQ(m_service.calls.back(), row.call) << row.name;
   }
-  EXPECT_EQ(m_service.calls().size(), remoteProtocol().size());
+  EXPECT_EQ(m_service.calls.size(), 23U);
 }
 
 TEST_F(RemoteMethodsTest, ParametersAreFoundByNameInAnyOrder) {
-  for (const RemoteRow& row : remoteProtocol()) {
+  for (const RemoteRow& row : protocol()) {
     Lines backwards(row.request.rbegin(), row.request.rend());
     backwards.insert(backwards.begin(), "in int somethingElse=99");
-    send(row.name, backwards);
-    EXPECT_EQ(m_service.calls().back(), row.call) << row.name;
+    repliesTo(row.name, backwards);
+    EXPECT_EQ(m_service.calls.back(), row.call) << row.name;
   }
 }
 
-TEST_F(RemoteMethodsTest, ServiceIsNotCalledWhenAParameterIsMissing) {
-  for (const RemoteRow& row : remoteProtocol())
+TEST_F(RemoteMethodsTest, ServiceIsNotCalledWhenAParameterIsMissingOrDistorted) {
+  for (const RemoteRow& row : protocol())
     for (std::size_t i = 0; i < row.request.size(); ++i) {
       Lines parameters = row.request;
-      parameters.erase(parameters.begin() + static_cast<std::ptrdiff_t>(i));
-      expectMissing(row, parameters);
-    }
-}
-
-TEST_F(RemoteMethodsTest, ParameterOfAnotherTypeCountsAsMissing) {
-  for (const RemoteRow& row : remoteProtocol())
-    for (std::size_t i = 0; i < row.request.size(); ++i)
-      for (const std::string& other : withOtherTypes(row.request[i])) {
-        Lines parameters = row.request;
-        parameters[i] = other;
-        expectMissing(row, parameters);
+      for (const std::string& distorted : distortionsOf(row.request[i])) {
+        parameters[i] = distorted;
+        EXPECT_EQ(repliesTo(row.name, parameters), replyWhenMissing(row)) << distorted;
       }
-}
-
-TEST_F(RemoteMethodsTest, ParameterOfAnotherDirectionCountsAsMissing) {
-  for (const RemoteRow& row : remoteProtocol())
-    for (std::size_t i = 0; i < row.request.size(); ++i) {
-      Lines parameters = row.request;
-      parameters[i] = "out" + parameters[i].substr(2);
-      expectMissing(row, parameters);
+      parameters.erase(parameters.begin() + static_cast<std::ptrdiff_t>(i));
+      EXPECT_EQ(repliesTo(row.name, parameters), replyWhenMissing(row)) << row.request[i];
     }
+  EXPECT_EQ(m_service.calls, Lines{});
 }
 
-TEST_F(RemoteMethodsTest, ParameterNameInAnotherCaseCountsAsMissing) {
-  for (const RemoteRow& row : remoteProtocol())
-    for (std::size_t i = 0; i < row.request.size(); ++i) {
-      Lines parameters = row.request;
-      std::string& parameter = parameters[i];
-      const std::size_t name = parameter.find(' ', 3) + 1;
-      parameter[name] = static_cast<char>(parameter[name] - 'a' + 'A');
-      expectMissing(row, parameters);
+TEST_F(RemoteMethodsTest, RefusalRepliesWithFalseAndZeros) {
+  m_service.accepts = false;
+  for (const RemoteRow& row : protocol()) {
+    Lines reply = row.reply;
+    for (std::string& parameter : reply) {
+      if (parameter.rfind("out bool ", 0) == 0)
+        parameter = withValue(parameter, "false");
+      else if (reply.size() > 1)
+        parameter = withValue(parameter, "0");
     }
-}
-
-TEST_F(RemoteMethodsTest, SetTimeIntReadsTheParameterNamedSetTime) {
-  EXPECT_TRUE(send("setTimeInt", {"in int setTimeInt=5"}).replies.empty());
-  EXPECT_TRUE(m_service.calls().empty());
-  EXPECT_TRUE(send("setTimeInt", {"in int setTime=5"}).replies.empty());
-  EXPECT_EQ(m_service.calls(), Lines{"setTime epoch 5"});
-}
-
-TEST_F(RemoteMethodsTest, RefusalRepliesWithZeros) {
-  m_service.refuse();
-  EXPECT_EQ(send("getTimeUTCStrAndInts", {"in string getTimeUTCStrAndIntsString=x"}).replies,
-            Lines{messageOf("reply", "getTimeUTCStrAndInts",
-                            {"out bool getTimeUTCStrAndIntsReturn=false",
-                             "out int getTimeUTCStrAndIntsHoursReturn=0",
-                             "out int getTimeUTCStrAndIntsMinutesReturn=0",
-                             "out int getTimeUTCStrAndIntsSecondsReturn=0"})});
-  EXPECT_EQ(send("getDateUTCStrAndInts", {"in string getDateUTCStrAndIntsString=x"}).replies,
-            Lines{messageOf("reply", "getDateUTCStrAndInts",
-                            {"out bool getDateUTCStrAndIntsReturn=false",
-                             "out int getDateUTCStrAndIntsDayReturn=0",
-                             "out int getDateUTCStrAndIntsMonthReturn=0",
-                             "out int getDateUTCStrAndIntsYearReturn=0"})});
-  EXPECT_EQ(
-      send("getTimeInts", {}).replies,
-      Lines{messageOf("reply", "getTimeInts",
-                      {"out int getTimeIntsHoursReturn=0", "out int getTimeIntsMinutesReturn=0",
-                       "out int getTimeIntsSecondsReturn=0"})});
-}
-
-TEST_F(RemoteMethodsTest, RefusalRepliesFalse) {
-  m_service.refuse();
-  for (const RemoteRow& row : remoteProtocol()) {
-    if (row.reply.size() != 1 || row.reply[0].rfind("out bool ", 0) != 0) continue;
-    const std::string refused = row.reply[0].substr(0, row.reply[0].find('=')) + "=false";
-    EXPECT_EQ(send(row.name, row.request).replies, Lines{messageOf("reply", row.name, {refused})});
-    EXPECT_EQ(m_service.calls().back(), row.call);
+    EXPECT_EQ(repliesTo(row.name, row.request), replyOf(row, reply)) << row.name;
   }
 }
 
 TEST_F(RemoteMethodsTest, EmptyTextIsAText) {
-  send("getTimeUTCStr", {"in string getTimeUTCStrString="});
-  send("setAlarmClock", {"in string setAlarmClockAlarmTime="});
-  EXPECT_EQ(m_service.calls(), (Lines{"getTime \"\"", "setAlarmClock \"\" observer"}));
+  repliesTo("getTimeUTCStr", {"in string getTimeUTCStrString="});
+  repliesTo("setAlarmClock", {"in string setAlarmClockAlarmTime="});
+  EXPECT_EQ(m_service.calls, (Lines{"getTime \"\"", "setAlarmClock \"\" observer"}));
 }
 
 TEST_F(RemoteMethodsTest, LookUpIsExact) {
-  for (const RemoteRow& row : remoteProtocol()) {
+  for (const RemoteRow& row : protocol()) {
     const RemoteMethod* const method = findRemoteMethod(row.name);
     ASSERT_NE(method, nullptr) << row.name;
     EXPECT_EQ(method->name, row.name);
-    EXPECT_EQ(method->replies, row.missing != Missing::noReply) << row.name;
+    EXPECT_EQ(method->replies, !row.reply.empty()) << row.name;
     std::string capital = row.name;
     capital[0] = static_cast<char>(capital[0] - 'a' + 'A');
-    EXPECT_EQ(findRemoteMethod(capital), nullptr) << row.name;
-    EXPECT_EQ(findRemoteMethod(row.name + "x"), nullptr) << row.name;
-    EXPECT_EQ(findRemoteMethod(row.name + std::string(1, '\0')), nullptr) << row.name;
+    for (const std::string& other : {capital, row.name + "x", row.name + '\0'})
+      EXPECT_EQ(findRemoteMethod(other), nullptr) << other;
   }
 }
 
