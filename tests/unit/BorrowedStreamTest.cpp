@@ -15,7 +15,7 @@ class Grouped : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-// All that a codec could change.
+// Changes everything that a codec could change.
 void spoil(std::stringstream& stream, std::ostream& other) {
   stream << std::hex << std::boolalpha << std::string(1000, 'x');
   stream.precision(2);
@@ -46,15 +46,6 @@ std::string stateOfANewStream() {
   return stateOf(stream);
 }
 
-TEST(BorrowedStream, StartsOverAsNew) {
-  std::stringstream stream;
-  std::ostringstream other;
-  spoil(stream, other);
-  startOver(stream);
-  EXPECT_EQ(stateOf(stream), stateOfANewStream());
-  EXPECT_EQ(other.str(), "");
-}
-
 TEST(BorrowedStream, ReadsWhatWasWrittenAfterStartingOver) {
   std::stringstream stream("first");
   stream.seekg(0, ios_base::end);
@@ -65,12 +56,12 @@ TEST(BorrowedStream, ReadsWhatWasWrittenAfterStartingOver) {
   EXPECT_EQ(word, "second");
 }
 
-// How much a stream can take without more memory.
-class Room : public std::stringbuf {
+// How many bytes a stream can take without another allocation.
+class Capacity : public std::stringbuf {
  public:
   static std::ptrdiff_t of(const std::stringstream& stream) {
     const std::streambuf& bytes = *stream.rdbuf();
-    return (bytes.*(&Room::epptr))() - (bytes.*(&Room::pbase))();
+    return (bytes.*(&Capacity::epptr))() - (bytes.*(&Capacity::pbase))();
   }
 };
 
@@ -78,30 +69,24 @@ TEST(BorrowedStream, KeepsTheMemoryOfAUsualMessageAndFreesThatOfALongOne) {
   std::stringstream stream;
   stream << std::string(4096, 'x');
   startOver(stream);
-  EXPECT_GE(Room::of(stream), 4096);
+  EXPECT_GE(Capacity::of(stream), 4096);
   stream << std::string(4097, 'x');
   startOver(stream);
-  EXPECT_LT(Room::of(stream), 4096);
+  EXPECT_LT(Capacity::of(stream), 4096);
 }
 
-TEST(BorrowedStream, IsGivenBackAndServesAgain) {
+TEST(BorrowedStream, IsLentAgainInTheStateOfANewStream) {
   const std::stringstream* first = nullptr;
-  {
-    BorrowedStream stream;
-    first = &*stream;
-  }
-  BorrowedStream stream;
-  EXPECT_EQ(&*stream, first);
-}
-
-TEST(BorrowedStream, IsAsNewWhateverItWasUsedFor) {
   std::ostringstream other;
   {
     BorrowedStream stream;
+    first = &*stream;
     spoil(*stream, other);
   }
   BorrowedStream stream;
+  EXPECT_EQ(&*stream, first);
   EXPECT_EQ(stateOf(*stream), stateOfANewStream());
+  EXPECT_EQ(other.str(), "");
 }
 
 TEST(BorrowedStream, InsideAnotherIsAnother) {
@@ -115,7 +100,7 @@ TEST(BorrowedStream, InsideAnotherIsAnother) {
   EXPECT_EQ((*outer).str(), "outer");
 }
 
-TEST(BorrowedStream, OfEachThreadIsItsOwn) {
+TEST(BorrowedStream, IsNeverSharedByThreads) {
   const auto use = [](char letter) {
     for (int i = 0; i < 1000; ++i) {
       BorrowedStream stream;

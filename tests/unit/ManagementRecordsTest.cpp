@@ -9,47 +9,33 @@
 
 namespace {
 
-TEST(ManagementRecords, GivesTheDevicesValue) {
+TEST(ManagementRecords, ValueIsThatOfTheDeviceAndMayBeEmpty) {
   host::LocalManagement management;
-  management.setValue("mac-addr", "0001E3A1B2C3");
-  EXPECT_EQ(readManagementValue(management, "mac-addr"), "0001E3A1B2C3");
-}
-
-TEST(ManagementRecords, EmptyValueIsAValue) {
-  host::LocalManagement management;
-  management.setValue("mac-addr", "");
-  EXPECT_EQ(readManagementValue(management, "mac-addr"), "");
-}
-
-TEST(ManagementRecords, UnknownKeyIsNothing) {
-  host::LocalManagement management;
-  management.setValue("mac-addr", "0001E3A1B2C3");
+  for (const char* const value : {"0001E3A1B2C3", ""}) {
+    management.setValue("mac-addr", value);
+    EXPECT_EQ(readManagementValue(management, "mac-addr"), value);
+  }
   EXPECT_EQ(readManagementValue(management, "interface-status"), std::nullopt);
 }
 
-// Returns true and leaves the record empty.
-class ForgetfulManagement : public host::LocalManagement {
+// Local management whose result does not match the record.
+class InconsistentManagement : public host::LocalManagement {
  public:
-  bool getData(ManageableData&) override { return true; }
-};
-
-TEST(ManagementRecords, RecordWithoutAValueIsNothing) {
-  ForgetfulManagement management;
-  EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
-}
-
-// Fills the record in and returns false.
-class HesitantManagement : public host::LocalManagement {
- public:
+  explicit InconsistentManagement(bool succeeds) : m_succeeds(succeeds) {}
   bool getData(ManageableData& record) override {
-    record.populate("mac-addr", "0001E3A1B2C3");
-    return false;
+    if (!m_succeeds) record.populate("mac-addr", "0001E3A1B2C3");
+    return m_succeeds;
   }
+
+ private:
+  const bool m_succeeds;
 };
 
-TEST(ManagementRecords, RefusalIsNothingWhateverTheRecordHolds) {
-  HesitantManagement management;
-  EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt);
+TEST(ManagementRecords, ValueNeedsBothSuccessAndAFilledRecord) {
+  for (const bool succeeds : {true, false}) {
+    InconsistentManagement management(succeeds);
+    EXPECT_EQ(readManagementValue(management, "mac-addr"), std::nullopt) << succeeds;
+  }
 }
 
 }  // namespace

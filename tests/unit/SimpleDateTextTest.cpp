@@ -11,38 +11,28 @@ namespace {
 
 using SimpleDateText::Date;
 
+constexpr int kUnknownFormats[] = {-1, 3, 7, INT_MAX, INT_MIN};
+
 std::string textOf(const Date& date) {
   return std::to_string(date.day) + " " + std::to_string(date.month) + " " +
          std::to_string(date.year);
 }
 
-TEST(SimpleDateText, PrintsEachFormat) {
-  EXPECT_EQ(SimpleDateText::print({5, 3, 2024}, 0), "05.03.2024");
-  EXPECT_EQ(SimpleDateText::print({5, 3, 2024}, 1), "2024-03-05");
-  EXPECT_EQ(SimpleDateText::print({5, 3, 2024}, 2), "03/05/2024");
-}
-
-TEST(SimpleDateText, PadsDayAndMonthBelowTen) {
-  EXPECT_EQ(SimpleDateText::print({9, 9, 2024}, 0), "09.09.2024");
-  EXPECT_EQ(SimpleDateText::print({10, 10, 2024}, 0), "10.10.2024");
-  EXPECT_EQ(SimpleDateText::print({31, 12, 2037}, 1), "2037-12-31");
-  EXPECT_EQ(SimpleDateText::print({0, 0, 1970}, 2), "00/00/1970");
-}
-
-TEST(SimpleDateText, PadsYearToFourDigits) {
+TEST(SimpleDateText, PrintsEachFormatPadded) {
   const struct {
-    int year;
+    Date date;
+    int format;
     const char* text;
-  } table[] = {{0, "0000"},   {9, "0009"},    {10, "0010"},   {99, "0099"},  {100, "0100"},
-               {999, "0999"}, {1000, "1000"}, {9999, "9999"}, {-1, "000-1"}, {10000, "10000"}};
-  for (const auto& row : table)
-    EXPECT_EQ(SimpleDateText::print({1, 1, row.year}, 1), row.text + std::string("-01-01"))
-        << "year " << row.year;
-}
-
-TEST(SimpleDateText, UnknownFormatPrintsNothing) {
-  for (const int format : {-1, 3, 7, INT_MAX, INT_MIN})
-    EXPECT_EQ(SimpleDateText::print({5, 3, 2024}, format), std::nullopt) << "format " << format;
+  } table[] = {{{5, 3, 2024}, 0, "05.03.2024"},   {{5, 3, 2024}, 1, "2024-03-05"},
+               {{5, 3, 2024}, 2, "03/05/2024"},   {{9, 9, 2024}, 0, "09.09.2024"},
+               {{10, 10, 2024}, 0, "10.10.2024"}, {{31, 12, 2037}, 1, "2037-12-31"},
+               {{0, 0, 1970}, 2, "00/00/1970"},   {{1, 1, 0}, 1, "0000-01-01"},
+               {{1, 1, 9}, 1, "0009-01-01"},      {{1, 1, 10}, 1, "0010-01-01"},
+               {{1, 1, 99}, 1, "0099-01-01"},     {{1, 1, 100}, 1, "0100-01-01"},
+               {{1, 1, 999}, 1, "0999-01-01"},    {{1, 1, 1000}, 1, "1000-01-01"},
+               {{1, 1, 9999}, 1, "9999-01-01"},   {{1, 1, -1}, 1, "000-1-01-01"},
+               {{1, 1, 10000}, 1, "10000-01-01"}};
+  for (const auto& row : table) EXPECT_EQ(SimpleDateText::print(row.date, row.format), row.text);
 }
 
 TEST(SimpleDateText, PrintsTimeWithTwoDigits) {
@@ -63,16 +53,16 @@ TEST(SimpleDateText, CutsByPosition) {
       {"03/05/2024", 2, "5 3 2024"},   {"31.12.2037", 0, "31 12 2037"},
       {"2037-12-31", 1, "31 12 2037"}, {"12/31/2037", 2, "31 12 2037"},
       {"05x03y2024", 0, "5 3 2024"},    // any separators
-      {"0500302024", 0, "5 3 2024"},    // digits are separators, too
-      {"05.03.20245", 0, "5 3 2024"},   // what follows the last piece is not looked at
+      {"0500302024", 0, "5 3 2024"},    // even digits
+      {"05.03.20245", 0, "5 3 2024"},   // text after the last piece is not read
       {"05.03.24", 0, "5 3 24"},        // a piece may be short ...
       {"05.03.", 0, "5 3 0"},           // ... or empty at the end of the text
       {"5.3.2024 ", 0, "5 0 24"},       // by position, not by separator
       {"2024-03-05", 0, "20 4 3"},      // written for another format
-      {"-5.-3.-100", 0, "-5 -3 -100"},  // signs are the number's
+      {"-5.-3.-100", 0, "-5 -3 -100"},  // a sign belongs to its number
       {" 5. 3. 999", 0, "5 3 999"},     // leading blanks are skipped
-      {"aa.bb.cccc", 0, "0 0 0"},       // what is not a number is 0
-      {"1a.2b.3cc4", 0, "1 2 3"},       // read as far as it is a number
+      {"aa.bb.cccc", 0, "0 0 0"},       // a piece that is not a number is 0
+      {"1a.2b.3cc4", 0, "1 2 3"},       // a number ends at the first other character
       {"2024-3-5 ", 1, "0 3 2024"},
   };
   for (const auto& row : table)
@@ -90,33 +80,27 @@ TEST(SimpleDateText, ShortTextThrowsWhenAPieceBeginsBeyondIt) {
         << "\"" << row.text << "\" in format " << row.format;
 }
 
-TEST(SimpleDateText, UnknownFormatCutsNothingAtAll) {
-  for (const int format : {-1, 3, 7, INT_MAX, INT_MIN}) {
-    EXPECT_EQ(textOf(SimpleDateText::cut("05.03.2024", format)), "0 0 0") << "format " << format;
-    EXPECT_EQ(textOf(SimpleDateText::cut("", format)), "0 0 0") << "format " << format;
+TEST(SimpleDateText, UnknownFormatPrintsAndReadsNothing) {
+  for (const int format : kUnknownFormats) {
+    EXPECT_EQ(SimpleDateText::print({5, 3, 2024}, format), std::nullopt) << "format " << format;
+    for (const char* const text : {"05.03.2024", ""})
+      EXPECT_EQ(textOf(SimpleDateText::cut(text, format)), "0 0 0") << "format " << format;
   }
 }
 
-TEST(SimpleDateText, NumberAtReadsAsFarAsThereAreDigits) {
+TEST(SimpleDateText, NumberEndsAtTheFirstOtherCharacterAndAtTheLimitsOfInt) {
   const struct {
     const char* text;
     std::size_t position;
     int number;
-  } table[] = {{"09:07", 0, 9}, {"09:07", 3, 7}, {"7:30", 0, 7},  {"7:30", 3, 0},  {"23:59", 3, 59},
-               {"12:", 3, 0},   {"x1:2y", 0, 0}, {"12:2y", 3, 2}, {"+1:-3", 3, -3}};
+  } table[] = {{"09:07", 0, 9},  {"09:07", 3, 7}, {"7:30", 0, 7},  {"7:30", 3, 0},
+               {"23:59", 3, 59}, {"12:", 3, 0},   {"x1:2y", 0, 0}, {"12:2y", 3, 2},
+               {"+1:-3", 3, -3}, {"", 0, 0}};
   for (const auto& row : table)
     EXPECT_EQ(SimpleDateText::numberAt(row.text, row.position, 2), row.number)
         << "\"" << row.text << "\" at " << row.position;
-}
-
-TEST(SimpleDateText, NumberBeyondTheEndThrows) {
   for (const char* const text : {"", "1", "12"})
-    EXPECT_THROW((void)SimpleDateText::numberAt(text, 3, 2), std::out_of_range)
-        << "\"" << text << "\"";
-  EXPECT_EQ(SimpleDateText::numberAt("", 0, 2), 0);
-}
-
-TEST(SimpleDateText, HugeNumberIsTheNearestInt) {
+    EXPECT_THROW((void)SimpleDateText::numberAt(text, 3, 2), std::out_of_range) << text;
   EXPECT_EQ(SimpleDateText::numberAt("99999999999999999999", 0, 20), INT_MAX);
   EXPECT_EQ(SimpleDateText::numberAt("-9999999999", 0, 11), INT_MIN);
 }

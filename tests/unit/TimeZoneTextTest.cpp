@@ -22,7 +22,7 @@ constexpr const char* kAmerica = "M3.2.0/02:00,M11.1.0/02:00";
 
 enum Saving { off, byHand, byRule };
 
-// A row of settings, and what they come to.
+// Settings, and the zone that they give.
 struct ZoneText {
   float utcOffset;
   Saving saving;
@@ -56,25 +56,17 @@ void check(const std::vector<ZoneText>& table) {
   }
 }
 
-TEST(TimeZoneText, DocumentedExamples) {
-  check({{1.0F, off, 60, "", "LOC-1:00", 60},
-         {-5.0F, off, 60, "", "LOC05:00", -300},
-         {5.5F, off, 60, "", "LOC-5:30", 330},
-         {1.0F, byHand, 60, "", "LOC-2:00", 120},
-         {1.0F, byRule, 60, kEurope, "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00", 60},
-         {0.0F, byHand, 30, "", "LOC-00:30", 30},
-         {-5.0F, byRule, 60, kAmerica, "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00", -300}});
-}
-
 TEST(TimeZoneText, HoursAreTwoWideWithTheirSign) {
   check({{0.0F, off, 60, "", "LOC00:00", 0},
+         {1.0F, off, 60, "", "LOC-1:00", 60},
          {9.0F, off, 60, "", "LOC-9:00", 540},
          {10.0F, off, 60, "", "LOC-10:00", 600},
          {12.5F, off, 60, "", "LOC-12:30", 750},
-         {-9.0F, off, 60, "", "LOC09:00", -540},
+         {-5.0F, off, 60, "", "LOC05:00", -300},
          {-10.0F, off, 60, "", "LOC10:00", -600},
          {-12.5F, off, 60, "", "LOC12:30", -750},
          {-3.5F, off, 60, "", "LOC03:30", -210},
+         {5.5F, off, 60, "", "LOC-5:30", 330},
          {5.75F, off, 60, "", "LOC-5:45", 345},
          {-1.25F, off, 60, "", "LOC01:15", -75},
          {14.0F, off, 60, "", "LOC-14:00", 840}});
@@ -88,13 +80,15 @@ TEST(TimeZoneText, OffsetUnderAnHourLosesItsSignWithoutDaylightSaving) {
 }
 
 TEST(TimeZoneText, OffsetUnderAnHourKeepsItsSignWithDaylightSavingByHand) {
-  check({{0.5F, byHand, 60, "", "LOC-1:30", 90},
+  check({{1.0F, byHand, 60, "", "LOC-2:00", 120},
+         {0.5F, byHand, 60, "", "LOC-1:30", 90},
          {-0.5F, byHand, 60, "", "LOC-00:30", 30},
          {-0.75F, byHand, 60, "", "LOC-00:15", 15},
          {-1.0F, byHand, 60, "", "LOC00:00", 0},
          {-1.5F, byHand, 60, "", "LOC00:30", -30},
          {-1.0F, byHand, 59, "", "LOC00:01", -1},
          {-1.0F, byHand, 61, "", "LOC-00:01", 1},
+         {0.0F, byHand, 30, "", "LOC-00:30", 30},
          {0.0F, byHand, 59, "", "LOC-00:59", 59},
          {0.0F, byHand, 60, "", "LOC-1:00", 60}});
 }
@@ -108,10 +102,10 @@ TEST(TimeZoneText, DaylightPartUnderAnHourKeepsItsSignByRule) {
          {0.5F, byRule, 60, kEurope, "LOC00:30DST-1:30,M3.5.0/02:00,M10.5.0/03:00", 30}});
 }
 
-// The longest value that a user can choose fits exactly: nothing of a rule is lost.
+// The longest value that a user can choose fits exactly.
 TEST(TimeZoneText, EveryRuleFitsWithAnyOffsetOfHours) {
-  check({{12.5F, byRule, 60, "M10.5.0/02:00,M3.5.0/03:00",
-          "LOC-12:30DST-13:30,M10.5.0/02:00,M3.5.0/03:00", 750},
+  check({{1.0F, byRule, 60, kEurope, "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00", 60},
+         {-5.0F, byRule, 60, kAmerica, "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00", -300},
          {12.5F, byRule, 60, "M10.5.0/02:00,M10.5.0/03:00",
           "LOC-12:30DST-13:30,M10.5.0/02:00,M10.5.0/03:00", 750},
          {-3.5F, byRule, 60, "M3.2.0/00:00,M11.1.0/00:00",
@@ -129,11 +123,8 @@ TEST(TimeZoneText, RuleCountsOnlyWhenAutomatic) {
 }
 
 TEST(TimeZoneText, AutomaticCountsOnlyWithDaylightSaving) {
-  Settings settings;
-  settings.utcOffset = 1.0F;
-  settings.daylightMinutes = 60;
-  settings.automatic = true;
-  settings.rule = kEurope;
+  Settings settings = settingsOf({1.0F, byRule, 60, kEurope, "", 0});
+  settings.daylightSaving = false;
   const LocalZone zone = TimeZoneText::localZone(settings);
   EXPECT_STREQ(zone.tz.data(), "LOC-1:00");
   EXPECT_EQ(zone.offsetMinutes, 60);
@@ -153,7 +144,7 @@ TEST(TimeZoneText, PartOfAMinuteIsDropped) {
          {-0.025F, off, 60, "", "LOC00:01", -1},
          {0.016F, off, 60, "", "LOC00:00", 0},
          {1.99F, off, 60, "", "LOC-1:59", 119},
-         {1.15F, off, 60, "", "LOC-1:08", 68},  // the float is a little less than 69 minutes
+         {1.15F, off, 60, "", "LOC-1:08", 68},  // as a float, less than 69 minutes
          {-1.99F, off, 60, "", "LOC01:59", -119}});
 }
 
@@ -202,13 +193,8 @@ TEST(TimeZoneText, ValueIsNeverLongerAndAlwaysTerminated) {
 }
 
 TEST(TimeZoneText, ScriptExportsTheValue) {
-  EXPECT_EQ(TimeZoneText::script("LOC-1:00"), "#!/bin/sh\n\nexport TZ=LOC-1:00\n\n");
-  EXPECT_EQ(TimeZoneText::script("LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00"),
-            "#!/bin/sh\n\nexport TZ=LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00\n\n");
-}
-
-TEST(TimeZoneText, ScriptOfAnEmptyValueExportsNothing) {
-  EXPECT_EQ(TimeZoneText::script(""), "#!/bin/sh\n\nexport TZ=\n\n");
+  for (const std::string tz : {"", "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00"})
+    EXPECT_EQ(TimeZoneText::script(tz.c_str()), "#!/bin/sh\n\nexport TZ=" + tz + "\n\n");
 }
 
 }  // namespace
