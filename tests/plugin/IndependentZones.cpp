@@ -1,10 +1,13 @@
 #include "plugin/IndependentZones.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace independent {
 
 namespace {
+
+namespace chr = std::chrono;
 
 constexpr Seconds kMinute = 60;
 constexpr Seconds kHour = 3600;
@@ -17,87 +20,44 @@ std::int64_t floorMod(std::int64_t a, std::int64_t b) {
   return a - floorDiv(a, b) * b;
 }
 
-bool isLeap(std::int64_t year) {
-  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
-
-int daysIn(std::int64_t year, int month) {
-  constexpr std::array<int, 12> kLengths{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return kLengths.at(static_cast<std::size_t>(month - 1)) + (month == 2 && isLeap(year) ? 1 : 0);
-}
-
-// Leap days before the first of January of a year, counted from year 1.
-std::int64_t leapDaysBefore(std::int64_t year) {
-  const std::int64_t past = year - 1;
-  return floorDiv(past, 4) - floorDiv(past, 100) + floorDiv(past, 400);
-}
-
-std::int64_t newYearsDay(std::int64_t year) {
-  return (year - 1970) * 365 + leapDaysBefore(year) - leapDaysBefore(1970);
-}
-
-// 1970-01-01 was a Thursday, so day 3 a Sunday.
-bool isSunday(std::int64_t day) {
-  return floorMod(day - 3, 7) == 0;
-}
-
-std::int64_t sundayOf(std::int64_t year, const Change& change) {
-  std::vector<std::int64_t> sundays;
-  for (int day = 1; day <= daysIn(year, change.month); ++day) {
-    const std::int64_t number = dayOf({year, change.month, day});
-    if (isSunday(number)) sundays.push_back(number);
-  }
-  if (change.which == Sunday::last) return sundays.back();
-  return sundays.at(static_cast<std::size_t>(change.which));
+chr::sys_days sundayOf(std::int64_t year, const Change& change) {
+  const auto month = chr::year(static_cast<int>(year)) / chr::month(change.month);
+  if (change.which == Sunday::last) return month / chr::Sunday[chr::last];
+  return month / chr::Sunday[static_cast<unsigned int>(change.which) + 1];
 }
 
 // On the clock that is shown until the change.
 Seconds localMoment(std::int64_t year, const Change& change) {
-  return sundayOf(year, change) * kDay + change.hour * kHour + change.minute * kMinute;
-}
-
-std::string digits(std::int64_t number, std::size_t width) {
-  std::string text = std::to_string(number);
-  return text.size() < width ? std::string(width - text.size(), '0') + text : text;
-}
-
-int number(const std::string& text, std::size_t position, std::size_t length) {
-  return std::stoi(text.substr(position, length));
+  return sundayOf(year, change).time_since_epoch().count() * kDay + change.hour * kHour +
+         change.minute * kMinute;
 }
 
 }  // namespace
 
-std::int64_t dayOf(const Date& date) {
-  std::int64_t day = newYearsDay(date.year) + date.day - 1;
-  for (int month = 1; month < date.month; ++month) day += daysIn(date.year, month);
-  return day;
-}
-
-Date dateOf(std::int64_t day) {
-  std::int64_t year = 1970 + floorDiv(day, 365);
-  while (newYearsDay(year) > day) --year;
-  while (newYearsDay(year + 1) <= day) ++year;
-  int month = 1;
-  std::int64_t rest = day - newYearsDay(year);
-  while (rest >= daysIn(year, month)) rest -= daysIn(year, month++);
-  return {year, month, static_cast<int>(rest) + 1};
+chr::year_month_day dateOf(std::int64_t daysSince1970) {
+  return chr::sys_days(chr::days(daysSince1970));
 }
 
 Seconds secondsOf(const std::string& utc) {
-  const Date date{number(utc, 0, 4), number(utc, 5, 2), number(utc, 8, 2)};
-  return dayOf(date) * kDay + number(utc, 11, 2) * kHour + number(utc, 14, 2) * kMinute +
-         number(utc, 17, 2);
+  const auto number = [&utc](std::size_t position, std::size_t length) {
+    return std::stoi(utc.substr(position, length));
+  };
+  const chr::sys_days date = chr::year(number(0, 4)) / number(5, 2) / number(8, 2);
+  return date.time_since_epoch().count() * kDay + number(11, 2) * kHour + number(14, 2) * kMinute +
+         number(17, 2);
 }
 
 std::string utcOf(Seconds instant) {
-  const Date date = dateOf(floorDiv(instant, kDay));
-  const Seconds rest = floorMod(instant, kDay);
-  return digits(date.year, 4) + "-" + digits(date.month, 2) + "-" + digits(date.day, 2) + "T" +
-         digits(rest / kHour, 2) + ":" + digits(rest / kMinute % 60, 2) + ":" +
-         digits(rest % kMinute, 2);
+  const chr::year_month_day date = dateOf(floorDiv(instant, kDay));
+  const auto rest = static_cast<int>(floorMod(instant, kDay));
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d",
+                static_cast<int>(date.year()), static_cast<unsigned int>(date.month()),
+                static_cast<unsigned int>(date.day()), rest / 3600, rest / 60 % 60, rest % 60);
+  return text.data();
 }
 
-// The rules in words, as a user would look them up.
+// The rules as their countries publish them.
 const std::array<Zone, 15>& zones() {
   using S = Sunday;
   static const std::array<Zone, 15> all{{
@@ -120,8 +80,8 @@ const std::array<Zone, 15>& zones() {
   return all;
 }
 
-// Standard time less than an hour off UTC is kept as "west", whichever side was meant; daylight
-// time keeps its side. So the two can be more than the shift apart.
+// Standard time of less than an hour east becomes west of UTC; daylight time keeps its side. So the
+// two can differ by more than the shift.
 WallClock::WallClock(const Choice& choice) {
   const Zone& zone = zones().at(static_cast<std::size_t>(choice.zone));
   const bool ruled = choice.daylight && choice.automatic && zone.changes;
@@ -139,10 +99,9 @@ WallClock::WallClock(const Choice& choice) {
   }
 }
 
-// `instant` counts as daylight time when the clock has been put forward and not yet back.
 bool WallClock::isDaylight(Seconds instant) const {
   if (m_years.empty()) return false;
-  const std::int64_t year = dateOf(floorDiv(instant, kDay)).year;
+  const auto year = static_cast<int>(dateOf(floorDiv(instant, kDay)).year());
   const auto& [forward, back] = m_years.at(static_cast<std::size_t>(year - kFirstYear));
   const bool north = forward < back;
   return north ? instant >= forward && instant < back : instant >= forward || instant < back;
@@ -152,7 +111,8 @@ Seconds WallClock::offsetAt(Seconds instant) const {
   return isDaylight(instant) ? m_daylight : m_standard;
 }
 
-// The text is moved to standard time and read as such; what the rule adds comes on top.
+// The service adds the display minutes, which are those of standard time, and then what the rule
+// adds.
 std::string WallClock::faceForText(Seconds instant) const {
   return faceAt(instant + m_textOffset - m_standard);
 }
@@ -165,10 +125,6 @@ std::vector<Seconds> WallClock::changesIn(std::int64_t year) const {
 
 Seconds WallClock::nextHour(Seconds now) const {
   return now + kHour - floorMod(localAt(now), kHour);
-}
-
-Seconds WallClock::nextMidnight(Seconds now) const {
-  return now + kDay - floorMod(localAt(now), kDay);
 }
 
 std::int64_t WallClock::localDay(Seconds instant) const {

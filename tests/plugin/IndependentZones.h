@@ -1,35 +1,29 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-// The rules for daylight saving read a second time, from the zones' descriptions and not from the
-// service's table, with civil-day arithmetic alone: no libc time call, no TZ text. Pure.
-// Instants are seconds since 1970-01-01 UTC.
+// A second implementation of the daylight-saving rules. It is written from the descriptions of the
+// zones instead of the service's table, and calculates with std::chrono's calendar: no time call of
+// the C library, no TZ value. Pure. Instants are seconds since 1970-01-01 UTC.
 namespace independent {
 
 using Seconds = std::int64_t;
 
-// Days since 1970-01-01 of a date, and back. month: 1-12.
-struct Date {
-  std::int64_t year;
-  int month;
-  int day;
-};
-std::int64_t dayOf(const Date& date);
-Date dateOf(std::int64_t day);
+std::chrono::year_month_day dateOf(std::int64_t daysSince1970);
 
 // "2026-03-08T06:59:50" as an instant, and back.
 Seconds secondsOf(const std::string& utc);
 std::string utcOf(Seconds instant);
 
-// One change of a zone: which Sunday of the month, and at what local time by the clock until then.
+// A change of a zone: a Sunday of a month, and the local time on the clock until then.
 enum class Sunday { first, second, third, last };
 struct Change {
   Sunday which;
-  int month;
+  unsigned int month;
   int hour;
   int minute;
 };
@@ -50,30 +44,30 @@ struct Choice {
   int shift = 60;  // minutes
 };
 
-// The clock on the wall of that user.
+// The wall clock of that user.
 class WallClock {
  public:
   explicit WallClock(const Choice& choice);
 
-  [[nodiscard]] Seconds offsetAt(Seconds instant) const;  // east of UTC
   [[nodiscard]] Seconds localAt(Seconds instant) const { return instant + offsetAt(instant); }
-  // The clock's face, "YYYY-MM-DDThh:mm:ss".
+  // The local time, "YYYY-MM-DDThh:mm:ss".
   [[nodiscard]] std::string faceAt(Seconds instant) const { return utcOf(localAt(instant)); }
-  // The face for an instant that somebody else has written down as UTC text.
+  // The local time that the service shows for an instant given as a UTC string.
   [[nodiscard]] std::string faceForText(Seconds instant) const;
 
-  // The instants of the changes in a year, earlier one first; none without a rule.
+  // The instants of the changes in a year, the earlier one first; none without a rule.
   [[nodiscard]] std::vector<Seconds> changesIn(std::int64_t year) const;
 
-  // The hour's, the day's next beginning as the clock on the wall would count now.
+  // The next full hour, counted with the offset of now.
   [[nodiscard]] Seconds nextHour(Seconds now) const;
-  [[nodiscard]] Seconds nextMidnight(Seconds now) const;
+  // The local date, in days since 1970-01-01.
   [[nodiscard]] std::int64_t localDay(Seconds instant) const;
 
  private:
+  [[nodiscard]] Seconds offsetAt(Seconds instant) const;  // east of UTC
   [[nodiscard]] bool isDaylight(Seconds instant) const;
 
-  // Daylight time of a year: from `forward` to `back`, or outside of back to forward.
+  // Daylight time of a year: from `forward` to `back`, or before `back` and from `forward` on.
   struct Daylight {
     Seconds forward;
     Seconds back;
@@ -84,7 +78,7 @@ class WallClock {
   std::vector<Daylight> m_years;  // from kFirstYear on; empty without a rule
   Seconds m_standard;             // seconds east of UTC
   Seconds m_daylight;
-  Seconds m_textOffset;  // what is added to UTC text before the rule is applied
+  Seconds m_textOffset;  // added to a UTC string before the rule is applied
 };
 
 }  // namespace independent
