@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# readme: run the README's commands and compare what they print
+# readme: run the commands of the README and of other documents, and compare what they print
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
@@ -8,7 +8,7 @@ cd "$CLOCK_TREE"
 state=$(folder_of default)/run
 kept=$state.kept
 
-# The README speaks of a first start: what a host has saved here is put aside meanwhile.
+# Each document begins with a first start: what a host has saved here is put aside meanwhile.
 put_aside() {
   if ./dev ctl status >/dev/null 2>&1; then
     echo 'dev: a host is running here; end it first' >&2
@@ -25,4 +25,7 @@ put_back() {
 need run test
 put_aside
 trap put_back EXIT
-python3 -B tools/dev/readme.py README.md
+for document in README.md docs/how-to/test-a-telephone.md docs/explanation/time-changes.md; do
+  rm -rf "$state"
+  python3 -B tools/dev/readme.py "$document"
+done
