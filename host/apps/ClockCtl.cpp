@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <sstream>
 
 #include "apps/ClockCtlOptions.h"
 #include "base/PrintableText.h"
@@ -24,22 +26,22 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kCallLimit = std::chrono::seconds(2);
-constexpr milliseconds kControlLimit = std::chrono::seconds(5);   // may wait 1 s for a name server
-constexpr milliseconds kPassingLimit = std::chrono::seconds(60);  // a year takes its time
-constexpr milliseconds kWhile = std::chrono::hours(1);            // waiting without end, in pieces
+constexpr milliseconds kControlLimit = std::chrono::seconds(5);  // may wait 1 s for a name server
+constexpr milliseconds kMoveLimit = std::chrono::seconds(60);    // advancing a year takes a while
+constexpr milliseconds kEventWait = std::chrono::hours(1);       // then the wait is repeated
 
 enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
 
-// A refusal in the host's words, or the lack of any.
+// The host refused a request, or did not answer it.
 struct Refusal : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
 std::string secondsText(milliseconds limit) {
-  std::string text = std::to_string(static_cast<double>(limit.count()) / 1000.0);
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.back() == '.') text.pop_back();
-  return text + " s";
+  constexpr int kDigits = 8;  // milliseconds of a day
+  std::ostringstream text;
+  text << std::setprecision(kDigits) << static_cast<double>(limit.count()) / 1000 << " s";
+  return text.str();
 }
 
 Json valueJson(const Parameter& parameter) {
@@ -56,7 +58,7 @@ Json parametersJson(const Method& method) {
   return json;
 }
 
-// The client for a verb; what keeps this user out is told by what the user can do about it.
+// The client for a verb. An error says what this user can do when permission is missing.
 RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
   const bool control = route == Verb::Route::control;
   try {
@@ -71,7 +73,7 @@ RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
   }
 }
 
-// One command towards one host.
+// A verb with its arguments, carried out by a host.
 class Command {
  public:
   Command(const ClockCtlOptions& options, Json request, std::ostream& out)
@@ -118,7 +120,7 @@ class Command {
     print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
   }
 
-  // One-way: done when the host has handled it.
+  // A one-way call is done when the host has handled it.
   void post(Method& method) {
     m_client.post(method);
     if (!m_client.barrier(limit())) noReply("; the host is busy");
@@ -136,14 +138,14 @@ class Command {
     }
     const int count = m_request["count"];
     for (int seen = 0; m_out && (count == 0 || seen < count);) {
-      const auto event = m_client.nextEvent(kWhile);
+      const auto event = m_client.nextEvent(kEventWait);
       if (!event) continue;
       print({{"event", event->getName()}, {"parameters", parametersJson(*event)}});
       ++seen;
     }
   }
 
-  // Each page ends with a later record than the one before it, or the pages would have no end.
+  // Long lists come in pages. Each must end with a later record, or there might be no last one.
   void control() {
     Json answer = ask();
     for (std::int64_t last = 0; answer.contains("after");) {
@@ -161,7 +163,7 @@ class Command {
     return checked(*text);
   }
 
-  // The later page, with the records of the earlier one ahead of its own.
+  // The later page, with the records of the earlier one before its own.
   static Json joined(Json earlier, Json later) {
     Json records = std::move(earlier["records"]);
     for (Json& record : later["records"]) records.push_back(std::move(record));
@@ -172,7 +174,7 @@ class Command {
   void follow() {
     const std::uint32_t id = m_client.startControl(m_request.dump());
     while (m_out) {
-      const auto item = m_client.nextAnswer(id, kWhile);
+      const auto item = m_client.nextAnswer(id, kEventWait);
       if (!item) continue;
       if (item->last) {
         static_cast<void>(checked(item->json));
@@ -201,7 +203,7 @@ class Command {
   std::ostream& m_out;
 };
 
-int say(std::ostream& err, const char* text, Status status) {
+int fail(std::ostream& err, const char* text, Status status) {
   err << errorLine("clockctl", text);
   return status;
 }
@@ -212,7 +214,7 @@ milliseconds replyLimit(const Json& request) {
   const Verb* const verb = findVerb(request.value("verb", std::string()));
   if (verb == nullptr || verb->route != Verb::Route::control) return kCallLimit;
   const std::string action = request.value("action", std::string());
-  return action == "advance" || action == "to" ? kPassingLimit : kControlLimit;
+  return action == "advance" || action == "to" ? kMoveLimit : kControlLimit;
 }
 
 int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,
@@ -223,14 +225,14 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
     Command(*options, requestOf(options->verb), out).run();
     return done;
   } catch (const UsageError& error) {
-    return say(err, error.what(), usage);
+    return fail(err, error.what(), usage);
   } catch (const NoHost& error) {
-    return say(err, error.what(), noHost);
+    return fail(err, error.what(), noHost);
   } catch (const Json::exception&) {
-    return say(err, "the host's answer makes no sense; use the clockctl of the host's version",
-               refused);
+    return fail(err, "the host's answer makes no sense; use the clockctl of the host's version",
+                refused);
   } catch (const std::exception& error) {
-    return say(err, error.what(), refused);
+    return fail(err, error.what(), refused);
   }
 }
 

@@ -10,13 +10,13 @@
 
 namespace host {
 
-// How long a person who did not say waits for the reply to a request: 2 s for calls, 5 s for the
-// host's own answers, 60 s where time passes.
+// How long to wait for a reply without --timeout: 2 s for calls, 60 s for requests that advance the
+// clock, 5 s for other control requests.
 [[nodiscard]] std::chrono::milliseconds replyLimit(const Json& request);
 
-// The operator's command: words in, lines out. Thread: its caller's.
-// Exit status: 0 done, 1 refused or no reply, 2 usage, 3 no host at the socket. Errors are one line
-// on `err`.
+// clockctl with these arguments. Thread: its caller's.
+// Exit status: 0 done, 1 refused or no reply, 2 usage, 3 no host at the socket. An error is one
+// line on `err`.
 [[nodiscard]] int runClockCtl(std::span<const std::string> words,
                               const std::filesystem::path& defaultSocket, std::ostream& out,
                               std::ostream& err);

@@ -1,11 +1,10 @@
 #include "apps/ClockCtlOptions.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <string_view>
 
-#include "base/PrintableText.h"
+#include "apps/OptionParser.h"
 #include "remote/SocketAddress.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
@@ -13,10 +12,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kDescription = "Controls a running clockhost: calls, management, clock, log.";
 constexpr double kLongestTimeout = 86400;  // seconds
-constexpr std::size_t kLongestComplaint =
-    300;  // bytes of the library's words, which echo the person's
 
 bool isFlag(const std::string& word) {
   return word == "--json" || word == "--help" || word == "-h" || word == "--version";
@@ -34,7 +30,7 @@ bool holdsValue(const std::string& word) {
   return equals != std::string::npos && takesValue(word.substr(0, equals));
 }
 
-// The words sorted into options and the verb's own. A verb's words may look like options: "-5".
+// Options, and the verb with its arguments. An argument may look like an option: "-5".
 struct SortedWords {
   std::vector<std::string> options;
   std::vector<std::string> verb;
@@ -68,56 +64,25 @@ std::optional<std::chrono::milliseconds> limitOf(std::optional<double> timeout) 
   return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(*timeout));
 }
 
-// CLI11 takes an empty text for "right".
-std::string checkPath(const std::string& text) {
-  return text.empty() ? "a path is wanted, not an empty text" : "";
-}
-
-std::string helpText(const CLI::App& app) {
-  return app.help() + "Verbs:\n" + verbHelp();
-}
-
 }  // namespace
 
 std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> words,
                                                    const std::filesystem::path& defaultSocket,
                                                    std::ostream& out) {
   SortedWords split = sorted(words);
+  if (split.verb == std::vector<std::string>{"help"}) split = {{"--help"}, {}};
   ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, std::move(split.verb)};
   std::optional<double> timeout;
-  CLI::App app(kDescription, "clockctl");  // the verb's words never get here
-  app.set_version_flag("--version", CLOCK_VERSION);
-  // The last of two counts, so that a script's options can be overridden.
-  app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  app.add_option("--socket", options.socket, "Where the host takes calls (call, watch)")
-      ->type_name("FILE")
-      ->capture_default_str()
-      ->check(checkPath);
-  app.add_option("--control-socket", options.controlSocket,
-                 "Where it takes the other verbs; beside --socket, with \".control\" behind")
-      ->type_name("FILE")
-      ->check(checkPath);
-  app.add_flag("--json", options.json, "Answers as JSON, one object a line");
-  app.add_option("--timeout", timeout,
-                 "How long to wait for a reply (calls 2, others 5, where time passes 60)")
-      ->type_name("SECONDS");
-  try {
-    std::reverse(split.options.begin(), split.options.end());
-    app.parse(split.options);
-  } catch (const CLI::CallForHelp&) {
-    out << helpText(app);
-    return std::nullopt;
-  } catch (const CLI::CallForVersion&) {
-    out << CLOCK_VERSION << '\n';
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(clippedText(error.what(), kLongestComplaint) +
-                     "; `clockctl --help` lists options and verbs");
-  }
-  if (options.verb == std::vector<std::string>{"help"}) {
-    out << helpText(app);
-    return std::nullopt;
-  }
+  OptionParser parser("clockctl", "Controls a running clockhost.", "VERB [ARGUMENTS]");
+  parser.footer("Verbs:\n" + verbHelp());
+  parser.addPath("--socket", options.socket, "Socket for the verbs call and watch");
+  parser.addPath("--control-socket", options.controlSocket, "Socket for all other verbs")
+      ->default_str("--socket with \".control\" appended");
+  parser.add_flag("--json", options.json, "Print answers as JSON, one object on each line");
+  parser.add_option("--timeout", timeout, "How long to wait for a reply")
+      ->type_name("SECONDS")
+      ->default_str("2 for call and watch, 60 for clock advance and to, else 5");
+  if (!parser.read(split.options, out)) return std::nullopt;
   if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
   options.timeout = limitOf(timeout);
   return options;

@@ -34,10 +34,11 @@
 namespace host {
 namespace {
 
-// Whoever removes a folder with all that is in it is not to find a pipe in it again meanwhile.
-constexpr std::chrono::milliseconds kUntilAllIsRemoved{100};
+// The pipe is created again only after this pause: created at once, it would be in the way of a
+// program that is just removing the folder with its content.
+constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
 
-// While it lives, the POSIX time calls of this process read the clock.
+// During its lifetime, the POSIX time calls of this process use the clock.
 class ProcessClock {
  public:
   explicit ProcessClock(VirtualClock& clock) { setProcessClock(&clock); }
@@ -46,7 +47,7 @@ class ProcessClock {
   ProcessClock& operator=(const ProcessClock&) = delete;
 };
 
-// While it lives, the log goes to standard error; all of it is there when it goes.
+// During its lifetime, the log goes to standard error. The destructor writes what is still waiting.
 class ErrorLog {
  public:
   ErrorLog() { ApplicationLog::instance().addSink(m_sink); }
@@ -58,7 +59,7 @@ class ErrorLog {
   const std::shared_ptr<LogSink> m_sink = std::make_shared<StderrLog>();
 };
 
-// While it lives, each NTP client gets a channel of its own to the clock.
+// During its lifetime, each NTP client process inherits a channel that sets the clock.
 class ClientChannels {
  public:
   ClientChannels(EventLoop& loop, VirtualClock& clock) {
@@ -87,8 +88,8 @@ void prepareProcess(const HostOptions& options) {
   }
 }
 
-// Where the NTP client reports, whatever this process has inherited.
-void tellChildren() {
+// Tells the NTP client where to report, and replaces an inherited variable.
+void exportReportPipe() {
   ::setenv("CLOCKHOST_PIPE", hostPath(kReportPipePath).c_str(), 1);
 }
 
@@ -106,8 +107,8 @@ int runScenario(const HostOptions& options) {
   return ScenarioRunner(plugin, std::cerr).run(*options.scenario);
 }
 
-// A time that was asked for with --at is told to nobody: it was meant.
-void tellOddStart(Device& device) {
+// A time given with --at is intended, however odd.
+void warnOfOddSavedTime(Device& device) {
   const auto saved =
       device.store().getItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime");
   if (!saved || device.options().at) return;
@@ -116,12 +117,12 @@ void tellOddStart(Device& device) {
   }
 }
 
-// All of a host, in order of construction. The socket comes first: a second host is to hear whose
-// it is before it touches anything else.
+// All parts of a host, in order of construction. The server comes before the device: a second host
+// must fail at the socket before it touches the state folder.
 class Host {
  public:
   explicit Host(const HostOptions& options);
-  // Clients go while all that answers them is still there.
+  // Disconnects the clients while the parts that answer them still exist.
   ~Host() { m_server.stop(); }
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
@@ -141,7 +142,7 @@ class Host {
   Controller m_controller;
 };
 
-ClockPassages::Later later(EventLoop& loop) {
+ClockPassages::Later postTo(EventLoop& loop) {
   return [&loop](std::function<void()> task) { loop.post(std::move(task)); };
 }
 
@@ -155,20 +156,20 @@ Host::Host(const HostOptions& options)
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
       m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
-                                       CLOCK_VERSION, options.plugin, later(m_loop)}) {
+                                       CLOCK_VERSION, options.plugin, postTo(m_loop)}) {
   m_loop.stopOnSignals();
   m_device.start(m_server);
   watchReportPipe();
-  tellOddStart(m_device);
+  warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   if (!options.systemClock) m_clock.setSpeed(options.speed);
   logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());
 }
 
-// A host that cannot watch its pipe is a host all the same.
+// The host also runs without watching its pipe.
 void Host::watchReportPipe() try {
   ReportPipe& pipe = m_device.reportPipe();
-  m_loop.onReadable(pipe.watch(), kUntilAllIsRemoved, [&pipe] { pipe.restore(); });
+  m_loop.onReadable(pipe.watch(), kPipeRestoreDelay, [&pipe] { pipe.restore(); });
 } catch (const std::exception& error) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: it is not made again when it is deleted",
             error.what());
@@ -185,7 +186,7 @@ int runClockHost(const HostOptions& options) {
   prepareProcess(options);
   if (options.scenario) return runScenario(options);
   const ErrorLog log;
-  tellChildren();
+  exportReportPipe();
   const MemoryReserve reserve;
   Host(options).runUntilStopped();
   return 0;

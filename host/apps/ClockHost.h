@@ -4,8 +4,8 @@ namespace host {
 
 struct HostOptions;
 
-// Runs the host until SIGINT or SIGTERM, or the scenario asked for. Returns the exit status.
-// Thread: its caller becomes the framework thread. Failure: throws host::Error.
+// Runs the host until SIGINT or SIGTERM, or a scenario to its end. Returns the exit status.
+// Thread: the caller's becomes the framework thread. Failure: throws host::Error.
 [[nodiscard]] int runClockHost(const HostOptions& options);
 
 }  // namespace host

@@ -2,13 +2,12 @@
 
 #include <grp.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <ostream>
 
+#include "apps/OptionParser.h"
 #include "base/DefaultPaths.h"
 #include "base/PrintableText.h"
 #include "remote/SocketAddress.h"
@@ -18,172 +17,162 @@
 namespace host {
 namespace {
 
-constexpr const char* kDescription =
-    "Runs a telephone's clock service on this machine, under a clock of its own.";
 constexpr std::size_t kMacDigits = 12;
-constexpr std::size_t kLongestComplaint =
-    300;  // bytes of the library's words, which echo the person's
 
-// Of the system's entry of a group, which names each member: a million members fit.
-constexpr std::size_t kRoomForGroup = std::size_t{16} * 1024;         // bytes, at first
-constexpr std::size_t kLongestGroup = std::size_t{16} * 1024 * 1024;  // bytes
-
-// What the words say, before it is understood.
-struct Words {
+// Options whose text is converted after all have been read.
+struct RawOptions {
   std::string clock = "virtual";
   std::string speed = "1";
   std::string at;
   std::string network = "down";
   std::vector<std::string> programs;
-  std::string scenario;
+  std::filesystem::path scenario;
   std::string socketGroup;
 };
 
-// CLI11 takes an empty text for "right", and puts the option's name before any other.
+// Each check returns what is wrong, empty for nothing.
 std::string checkMac(const std::string& text) {
   const bool hex = std::all_of(text.begin(), text.end(),
                                [](unsigned char letter) { return std::isxdigit(letter) != 0; });
-  return hex && text.size() == kMacDigits ? ""
-                                          : "\"" + text +
-                                                "\" is not 12 hexadecimal digits, as in "
-                                                "0001E3A1B2C3";
+  if (hex && text.size() == kMacDigits) return "";
+  return "\"" + text + "\" is not 12 hexadecimal digits, as in 0001E3A1B2C3";
 }
 
 std::string checkSpeed(const std::string& text) {
-  return parseSpeed(text) ? "" : "\"" + text + "\" is not a speed: " + std::string(kSpeedForms);
+  if (parseSpeed(text)) return "";
+  return "\"" + text + "\" is not a speed: " + std::string(kSpeedForms);
 }
 
 std::string checkInstant(const std::string& text) {
-  return parseInstant(text) ? ""
-                            : "\"" + text + "\" is not an instant: " + std::string(kInstantForms);
+  if (parseInstant(text)) return "";
+  return "\"" + text + "\" is not an instant: " + std::string(kInstantForms);
 }
 
 std::string checkProgram(const std::string& text) {
   const std::size_t equals = text.find('=');
-  const bool right =
-      text.substr(0, 1) == "/" && equals != std::string::npos && equals + 1 < text.size();
-  return right ? "" : "\"" + text + "\" is not DEVICEPATH=PATH, as in /sbin/ntpclient=./client";
-}
-
-// Left out, each path has its default.
-std::string checkPath(const std::string& text) {
-  return text.empty() ? "a path is wanted, not an empty text" : "";
+  if (text.starts_with('/') && equals != std::string::npos && equals + 1 < text.size()) return "";
+  return "\"" + text + "\" is not DEVICEPATH=PATH, as in /sbin/ntpclient=./client";
 }
 
 std::string checkGroup(const std::string& text) {
   return text.empty() ? "a group is wanted, not an empty text" : "";
 }
 
-void addDeviceOptions(CLI::App& app, DeviceOptions& device, Words& words) {
-  app.add_option("--state", device.state, "Folder of the saved settings")
-      ->type_name("DIR")
-      ->check(checkPath);
-  app.add_option("--variant", device.variant, "Hardware sub-variant; 2, 3 and 4 form one class")
+// The help shows the choices as the option's type, so the check has no description.
+CLI::Validator oneOf(std::initializer_list<const char*> choices) {
+  return CLI::IsMember(std::vector<std::string>(choices.begin(), choices.end())).description("");
+}
+
+void addDeviceOptions(OptionParser& parser, DeviceOptions& device, RawOptions& raw) {
+  parser.addPath("--state", device.state, "Folder for settings and security log", "DIR");
+  parser
+      .add_option("--variant", device.variant,
+                  "Hardware sub-variant; 2, 3 and 4 have defaults of their own")
       ->type_name("N");
-  app.add_option("--software-type", device.softwareType, "Telephony software of the telephone")
+  parser.add_option("--software-type", device.softwareType, "Telephony software")
       ->type_name("TEXT");
-  app.add_option("--mac", device.mac, "MAC address")->type_name("12HEX")->check(checkMac);
-  app.add_option("--network", words.network, "Network link at the start")
+  parser.add_option("--mac", device.mac, "MAC address")->type_name("12HEX")->check(checkMac);
+  parser.add_option("--network", raw.network, "Network link at start")
       ->type_name("up|down")
-      ->check(CLI::IsMember({"up", "down"}));
-  app.add_option("--at", words.at, "Saved fallback time: where the clock starts")
+      ->check(oneOf({"up", "down"}));
+  parser.add_option("--at", raw.at, "Time at start")
       ->type_name("UTC")
+      ->default_str("the saved time")
       ->check(checkInstant);
 }
 
-void addHostOptions(CLI::App& app, HostOptions& options, Words& words) {
-  app.add_option("--plugin", options.plugin, "The plug-in")->type_name("FILE")->check(checkPath);
-  app.add_option("--socket", options.socket, "Where remote calls come in")
-      ->type_name("FILE")
-      ->check(checkPath);
-  app.add_option("--socket-group", words.socketGroup, "A group that may call, beside the owner")
+void addSocketOptions(OptionParser& parser, HostOptions& options, RawOptions& raw) {
+  parser.addPath("--socket", options.socket, "Socket for calls and events");
+  parser
+      .add_option("--socket-group", raw.socketGroup,
+                  "Group whose members may connect to --socket, as its owner may")
       ->type_name("NAME")
       ->check(checkGroup);
-  app.add_option("--control-socket", options.controlSocket,
-                 "Where the owner's control requests come in; beside --socket, with \".control\" "
-                 "behind")
-      ->type_name("FILE")
-      ->check(checkPath);
-  app.add_option(
-         "--device-root", options.deviceRoot,
-         "Folder for the device's /data and /tmp/votk: \"device\" in --state; / on a device")
-      ->type_name("DIR")
-      ->check(checkPath);
-  app.add_option("--clock", words.clock, "A clock of its own, or (privileged) the machine's")
+  parser
+      .addPath("--control-socket", options.controlSocket,
+               "Socket for control requests, for its owner only")
+      ->default_str("--socket with \".control\" appended");
+}
+
+void addHostOptions(OptionParser& parser, HostOptions& options, RawOptions& raw) {
+  parser.addPath("--plugin", options.plugin, "Plug-in to load");
+  addSocketOptions(parser, options, raw);
+  parser
+      .addPath("--device-root", options.deviceRoot,
+               "Folder for the device's /data and /tmp/votk; / on a real device", "DIR")
+      ->default_str("\"device\" in --state");
+  parser
+      .add_option("--clock", raw.clock,
+                  "Clock to run on; system sets this machine's clock and needs the privilege to")
       ->type_name("virtual|system")
-      ->check(CLI::IsMember({"virtual", "system"}));
-  app.add_option("--speed", words.speed,
-                 "Virtual seconds for each real one; 0 pauses, max is as fast as it goes")
+      ->check(oneOf({"virtual", "system"}));
+  parser
+      .add_option("--speed", raw.speed,
+                  "Virtual seconds per real second; 0 pauses, max runs as fast as possible")
       ->type_name("X")
       ->check(checkSpeed);
-  app.add_option("--log-level", options.logLevel, "From 0, fatal only, to 6, everything")
+  parser
+      .add_option("--log-level", options.logLevel,
+                  "Detail of the log, from 0 (fatal errors) to 6 (everything)")
       ->type_name("0..6")
-      ->check(CLI::Range(0, 6));
-  app.add_option("--program", words.programs,
-                 "What runs for a device program instead of its stand-in")
+      ->check(CLI::Range(0, 6).description(""));
+  parser
+      .add_option("--program", raw.programs,
+                  "Run PATH for a program of the device instead of its stand-in; may be repeated")
       ->type_name("DEVICEPATH=PATH")
+      ->default_str("")
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false)
       ->check(checkProgram);
-  app.add_option("--scenario", words.scenario, "Run a scenario and end: 0 passed, 1 failed")
-      ->type_name("FILE")
-      ->check(checkPath);
+  parser.addPath("--scenario", raw.scenario,
+                 "Run a scenario and exit: 0 passed, 1 failed, 2 could not be read");
 }
 
-// A name that is not found is no failure, whatever the system says then.
+// getgrnam sets errno also when there is no such group, to a value that depends on the system.
 bool isFailure(int error) {
-  constexpr std::array kFailures = {EINTR, EIO, EMFILE, ENFILE, ENOMEM, ERANGE};
+  constexpr std::array kFailures = {EINTR, EIO, EMFILE, ENFILE, ENOMEM};
   return std::find(kFailures.begin(), kFailures.end(), error) != kFailures.end();
 }
 
-std::string reasonOf(int error) {
-  if (error != ERANGE) return std::strerror(error);
-  return "its entry is longer than " + std::to_string(kLongestGroup >> 20U) + " MiB";
-}
-
 gid_t groupNamed(const std::string& name) {
-  group entry{};
-  group* found = nullptr;
-  int error = ERANGE;
-  for (std::size_t room = kRoomForGroup; error == ERANGE && room <= kLongestGroup; room *= 2) {
-    std::vector<char> strings(room);
-    error = getgrnam_r(name.c_str(), &entry, strings.data(), strings.size(), &found);
+  errno = 0;
+  const group* const found = ::getgrnam(name.c_str());  // NOLINT(concurrency-mt-unsafe): no thread
+  if (found != nullptr) return found->gr_gid;
+  if (isFailure(errno)) {
+    throw UsageError("--socket-group: the group " + quotedText(name) +
+                     " cannot be looked up: " + std::strerror(errno));
   }
-  if (found != nullptr) return entry.gr_gid;
-  throw UsageError("--socket-group: " + (isFailure(error)
-                                             ? "the group " + quotedText(name) +
-                                                   " cannot be looked up: " + reasonOf(error)
-                                             : "there is no group " + quotedText(name) + " here"));
+  throw UsageError("--socket-group: there is no group " + quotedText(name) + " here");
 }
 
-void understandSockets(const Words& words, HostOptions& options) {
+void applySockets(const RawOptions& raw, HostOptions& options) {
   if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
   if (absolute(options.controlSocket).lexically_normal() ==
       absolute(options.socket).lexically_normal()) {
     throw UsageError("--control-socket must be another file than --socket");
   }
-  if (!words.socketGroup.empty()) options.socketGroup = groupNamed(words.socketGroup);
+  if (!raw.socketGroup.empty()) options.socketGroup = groupNamed(raw.socketGroup);
 }
 
-void understand(const Words& words, HostOptions& options) {
-  options.systemClock = words.clock == "system";
-  options.speed = parseSpeed(words.speed).value_or(1);
+void apply(const RawOptions& raw, HostOptions& options) {
+  options.systemClock = raw.clock == "system";
+  options.speed = parseSpeed(raw.speed).value_or(1);
   if (options.systemClock && options.speed != 1) {
     throw UsageError("--clock system runs at speed 1; leave --speed out");
   }
-  options.device.networkUp = words.network == "up";
-  if (const auto instant = parseInstant(words.at)) options.device.at = longInstantText(*instant);
-  for (const std::string& program : words.programs) {
+  options.device.networkUp = raw.network == "up";
+  if (const auto instant = parseInstant(raw.at)) options.device.at = longInstantText(*instant);
+  for (const std::string& program : raw.programs) {
     const std::size_t equals = program.find('=');
     options.programs.emplace_back(program.substr(0, equals), program.substr(equals + 1));
   }
   if (options.deviceRoot.empty()) options.deviceRoot = options.device.state / "device";
-  understandSockets(words, options);
-  if (words.scenario.empty()) return;
+  applySockets(raw, options);
+  if (raw.scenario.empty()) return;
   if (options.systemClock) {
     throw UsageError("--scenario runs under a clock of its own; leave --clock system out");
   }
-  options.scenario = words.scenario;
+  options.scenario = raw.scenario;
 }
 
 }  // namespace
@@ -194,23 +183,13 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
   options.plugin = defaults.plugin;
   options.socket = defaults.socket;
   options.device.state = defaults.state;
-  Words texts;
-  CLI::App app(kDescription, "clockhost");
-  app.set_version_flag("--version", CLOCK_VERSION);
-  // The last of two counts, so that a script's options can be overridden.
-  app.option_defaults()->always_capture_default()->multi_option_policy(
-      CLI::MultiOptionPolicy::TakeLast);
-  addHostOptions(app, options, texts);
-  addDeviceOptions(app, options.device, texts);
-  try {
-    app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
-  } catch (const CLI::Success& asked) {
-    app.exit(asked, out, out);
-    return std::nullopt;
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(clippedText(error.what(), kLongestComplaint) + "; see clockhost --help");
-  }
-  understand(texts, options);
+  RawOptions raw;
+  OptionParser parser("clockhost",
+                      "Runs a telephone's clock service on this machine, with a virtual clock.");
+  addHostOptions(parser, options, raw);
+  addDeviceOptions(parser, options.device, raw);
+  if (!parser.read(words, out)) return std::nullopt;
+  apply(raw, options);
   return options;
 }
 

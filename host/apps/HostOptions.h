@@ -21,17 +21,17 @@ struct HostOptions {
   std::filesystem::path plugin;
   std::filesystem::path socket;
   std::filesystem::path controlSocket;
-  std::optional<gid_t> socketGroup;  // may call, too
-  std::filesystem::path deviceRoot;  // "/": the device's paths as they are
+  std::optional<gid_t> socketGroup;  // may connect to `socket`, as its owner may
+  std::filesystem::path deviceRoot;  // "/": the device's own paths
   DeviceOptions device;
   bool systemClock = false;
-  double speed = 1;  // virtual seconds for each real one; infinity: as fast as it goes
+  double speed = 1;  // virtual seconds per real one; infinity: as fast as possible
   int logLevel = 4;  // 0-6
-  std::vector<std::pair<std::string, std::string>> programs;  // device path, path here
+  std::vector<std::pair<std::string, std::string>> programs;  // path on the device, path here
   std::optional<std::filesystem::path> scenario;
 };
 
-// Empty: help or version was asked for, and is on `out`. Throws UsageError.
+// Empty: help or version was requested, and is on `out`. Throws UsageError.
 [[nodiscard]] std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
                                                          const DefaultPaths& defaults,
                                                          std::ostream& out);

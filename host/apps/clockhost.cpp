@@ -17,7 +17,7 @@
 
 namespace {
 
-int say(const std::exception& error, int status) {
+int fail(const std::exception& error, int status) {
   std::cerr << host::errorLine("clockhost", error.what());
   return status;
 }
@@ -26,8 +26,9 @@ int say(const std::exception& error, int status) {
 
 int main(int argc, char** argv) {
   host::startProgram();
-  std::signal(SIGHUP, SIG_IGN);  // the terminal has gone; what ends a host is SIGINT or SIGTERM
-  // Before any thread: the service sets TZ again and again, and then finds its place taken already.
+  std::signal(SIGHUP, SIG_IGN);  // outlives its terminal; SIGINT and SIGTERM end it
+  // The service sets TZ while other threads read the environment. A variable that exists before any
+  // thread is only replaced, so that the array of variables never moves.
   ::setenv("TZ", "UTC0", 1);
   ::tzset();
   try {
@@ -36,11 +37,11 @@ int main(int argc, char** argv) {
     if (options) return host::runClockHost(*options);
     return host::outputArrived("clockhost") ? 0 : 1;
   } catch (const host::UsageError& error) {
-    return say(error, 2);
+    return fail(error, 2);
   } catch (const std::bad_alloc&) {
     std::cerr << "clockhost: not enough memory to run; raise the limit (ulimit -v) or free some\n";
     return 1;
   } catch (const std::exception& error) {
-    return say(error, 1);
+    return fail(error, 1);
   }
 }

@@ -154,7 +154,7 @@ TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
       {{"--variant", "three"}, 2, {"--variant", "--help"}},
       {{"--at", "a\nb\xff"}, 2, {"\"a\\nb\\xFF\" is not an instant"}},
       {{"--wro\nng"}, 2, {"--wro\\nng"}},
-      {{"--mac", length}, 2, {"see clockhost --help"}},
+      {{"--mac", length}, 2, {"`clockhost --help` lists the options"}},
       {{"--scenario", folder() / "no\nfile"}, 2, {"no\\nfile: cannot be read"}},
       // The first cannot be opened as a file, the second cannot be read, the third has no end.
       {{"--scenario", folder()}, 2, {"cannot be read"}},
