@@ -17,15 +17,16 @@ using Route = Verb::Route;
 // The whole command line of clockctl, and the words of a scenario.
 constexpr Verb kVerbs[] = {
     {"call", "call METHOD [NAME=VALUE ...]",
-     "call the service; NAME:int=VALUE and NAME:string=VALUE say the type", Route::call, readCall,
-     printCall},
+     "call a method of the service; NAME:int=VALUE or NAME:string=VALUE sets the type", Route::call,
+     readCall, printCall},
     {"get", "get KEY", "read a management value", Route::control, readKey, printValue},
     {"set", "set KEY VALUE", "write a management value", Route::control, readKeyAndValue,
      printNothing},
-    {"reset", "reset", "put date and time format back to the device's defaults", Route::control,
+    {"reset", "reset", "restore the device's default date and time formats", Route::control,
      readNothing, printNothing},
-    {"keys", "keys", "list the management keys", Route::control, readNothing, printKeys},
-    {"watch", "watch [--count N]", "show the service's events as they come", Route::watch,
+    {"keys", "keys", "list the management keys and their values", Route::control, readNothing,
+     printKeys},
+    {"watch", "watch [--count N]", "print the service's events as they arrive", Route::watch,
      readWatch, printEvent},
     {"clock",
      "clock [show | speed X | pause | advance DURATION | next | jump UTC | "
@@ -34,12 +35,13 @@ constexpr Verb kVerbs[] = {
     {"inject",
      "inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | "
      "user-data KEY on|off | value KEY TEXT",
-     "let something happen to the device", Route::control, readInject, printNothing},
+     "simulate an event or a changed value of the device", Route::control, readInject,
+     printNothing},
     {"status", "status", "show the host's state", Route::control, readNothing, printStatus},
     {"log", "log [--follow]", "show the application log", Route::control, readLog, printLog},
     {"security-log", "security-log",
-     "list who did or tried what; a loss of power may take the latest", Route::control, readNothing,
-     printSecurityLog},
+     "list who changed or tried to change what; a power loss may lose the latest records",
+     Route::control, readNothing, printSecurityLog},
 };
 
 constexpr auto kVerbNames = [] {

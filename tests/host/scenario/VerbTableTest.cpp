@@ -33,31 +33,32 @@ TEST(VerbTable, NamesAreUniqueAndBeginTheirUsage) {
 }
 
 TEST(VerbTable, HelpIsWrittenForPeople) {
-  EXPECT_EQ(verbHelp(),
-            "  call METHOD [NAME=VALUE ...]\n"
-            "      call the service; NAME:int=VALUE and NAME:string=VALUE say the type\n"
-            "  get KEY\n"
-            "      read a management value\n"
-            "  set KEY VALUE\n"
-            "      write a management value\n"
-            "  reset\n"
-            "      put date and time format back to the device's defaults\n"
-            "  keys\n"
-            "      list the management keys\n"
-            "  watch [--count N]\n"
-            "      show the service's events as they come\n"
-            "  clock [show | speed X | pause | advance DURATION | next | jump UTC | to "
-            "hour|midnight|dst|leap-day|2038]\n"
-            "      show or control the clock\n"
-            "  inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | user-data "
-            "KEY on|off | value KEY TEXT\n"
-            "      let something happen to the device\n"
-            "  status\n"
-            "      show the host's state\n"
-            "  log [--follow]\n"
-            "      show the application log\n"
-            "  security-log\n"
-            "      list who did or tried what; a loss of power may take the latest\n");
+  EXPECT_EQ(
+      verbHelp(),
+      "  call METHOD [NAME=VALUE ...]\n"
+      "      call a method of the service; NAME:int=VALUE or NAME:string=VALUE sets the type\n"
+      "  get KEY\n"
+      "      read a management value\n"
+      "  set KEY VALUE\n"
+      "      write a management value\n"
+      "  reset\n"
+      "      restore the device's default date and time formats\n"
+      "  keys\n"
+      "      list the management keys and their values\n"
+      "  watch [--count N]\n"
+      "      print the service's events as they arrive\n"
+      "  clock [show | speed X | pause | advance DURATION | next | jump UTC | to "
+      "hour|midnight|dst|leap-day|2038]\n"
+      "      show or control the clock\n"
+      "  inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | user-data "
+      "KEY on|off | value KEY TEXT\n"
+      "      simulate an event or a changed value of the device\n"
+      "  status\n"
+      "      show the host's state\n"
+      "  log [--follow]\n"
+      "      show the application log\n"
+      "  security-log\n"
+      "      list who changed or tried to change what; a power loss may lose the latest records\n");
 }
 
 TEST(VerbTable, TheHostActsOnEachControlVerbAndOnNothingElse) {
