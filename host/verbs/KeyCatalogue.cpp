@@ -13,16 +13,17 @@ constexpr std::string_view kClient =
 
 constexpr ManagementKey kKeys[] = {
     {"time", true, "now, as a UTC string", "an instant of the years 1970-2037, 25 characters",
-     "date and time are set by hand", "2026-03-08T06:59:50+00:00"},
+     "the date and then the time are set by hand; across a daylight-saving change, set it twice",
+     "2026-03-08T06:59:50+00:00"},
     {"simple-time", true, "the local time", "HH:MM, cut by position; not empty, not ???",
      "the time is set by hand, with second 0", "07:30"},
     {"simple-date", true, "the local date in the present date format",
      "a date in the present date format with a year of four digits, cut by position; not empty, "
      "not ???",
-     "the date is set by hand; across a daylight-saving change the time moves by an hour, because "
-     "the "
-     "daylight flag of the present time is kept: in New York, at 23:30 in January, 15.07.2024 "
-     "becomes 16.07.2024, 00:30",
+     "the date is set by hand. The daylight flag of the present time is kept, so the time moves by "
+     "an hour across a daylight-saving change: in New York, at 23:30 in January, 15.07.2024 "
+     "becomes "
+     "16.07.2024, 00:30",
      "05.03.2026"},
     {"date-format", true, "how dates are shown",
      "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked", kShown, "1"},
@@ -30,9 +31,9 @@ constexpr ManagementKey kKeys[] = {
      "0 is the 24-hour clock, any other number the 12-hour clock; stored unchecked", kShown, "1"},
     {"sntp-addr", true, "the time server",
      "a host name or a numeric address without brackets, other than the present one",
-     "the NTP client is restarted if the network is up and a server is set; only 0.0.0.0 and :: "
-     "switch the server off, as an empty text is refused; refused or not, the item state of time "
-     "becomes 0 for an empty text, 0.0.0.0 and ::, else 4",
+     "the NTP client is restarted if the network is up and a server is set. Only 0.0.0.0 and :: "
+     "switch the server off; an empty text is refused. The item state of time becomes 0 for an "
+     "empty text, 0.0.0.0 and ::, and 4 for any other, even when the set is refused",
      "192.0.2.1"},
     {"ntp-secret", true, "the secret shared with the time server, in clear",
      "UTF-8 text; of control characters only tab, line feed and carriage return", kClient,
@@ -67,19 +68,19 @@ constexpr auto kKeyNames = [] {
 constexpr const char* kPreface =
     R"(# Management keys
 
-The device's management reads and writes the clock's settings by key; all values are text. So do
-`clockctl get KEY` and `clockctl set KEY VALUE`; `clockctl keys` lists all keys. Each set, refused or
-not, leaves a record in the [security log](security-log.md). `clockctl reset` resets `date-format` and
-`time-format` to the device's defaults and reports each change.
+The device's management reads and writes the clock's settings by key, and so do `clockctl get KEY` and
+`clockctl set KEY VALUE`. All values are text. `clockctl keys` lists all keys with their item state: 0 when the
+user may set the key, 4 when the device sets it.
+
+Each set, accepted or refused, leaves a record in the [security log](security-log.md). `clockctl reset` resets
+`date-format` and `time-format`, if the user has set them, to the device's defaults and reports each change.
 
 A number ends at the first character that does not belong to it; a text that does not begin with a
 number counts as 0. Stored values are UTF-8 text without control characters except tab, line feed and
 carriage return; other values are refused.
 
-)"
-    "Item state 0: settable by the user. 4: set by the device itself.\n\n"
-    "This text is made from the table in `host/verbs/KeyCatalogue.cpp`; a test holds it to "
-    "it.\n";
+This page is generated from `host/verbs/KeyCatalogue.cpp`; a test compares the two.
+)";
 
 std::string sectionOf(const ManagementKey& row) {
   std::string text = "\n## " + std::string(row.key) + "\n\n";
