@@ -56,10 +56,12 @@ void configureOnce() {
   static_cast<void>(configured);
 }
 
-// The next start would take the empty file of a failed start for damage.
-void dropEmptyFile(const std::string& file) {
-  std::error_code code;
-  if (std::filesystem::file_size(file, code) == 0 && !code) std::filesystem::remove(file, code);
+[[noreturn]] void refuse(const std::string& file) {
+  throw Error(describe(file, std::string("cannot be written: ") + std::strerror(errno)));
+}
+
+std::string unfinished(const std::string& file) {
+  return file + ".new";
 }
 
 }  // namespace
@@ -90,7 +92,7 @@ std::optional<std::string> SqliteDatabase::damageOnOpening(const SqliteStore& st
   return damage.reason;
 } catch (const Error&) {
   m_handle.reset();
-  if (m_made) dropEmptyFile(m_name);
+  ::unlink(unfinished(m_name).c_str());
   throw;
 }
 
@@ -141,35 +143,46 @@ std::string SqliteDatabase::words() const {
   return fromSystem && reason != 0 ? words + " (" + std::strerror(reason) + ")" : words;
 }
 
-// SQLite would create a file that other users can read, and the settings hold a shared secret.
 void SqliteDatabase::create() {
   makeOwnFolder(std::filesystem::path(m_name).parent_path());
   for (const char* const part : {"", "-wal", "-shm", "-journal"}) tightenFile(m_name + part);
-  const int fresh =
-      ::open(m_name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
-  if (fresh >= 0) {
-    ::close(fresh);
-    m_made = true;
-    return;
-  }
-  if (errno != EEXIST) {
-    throw Error(describe(m_name, std::string("cannot be written: ") + std::strerror(errno)));
-  }
   std::error_code code;
   const auto size = std::filesystem::file_size(m_name, code);
+  if (code == std::errc::no_such_file_or_directory) return createFile();
   if (!code && size == 0) throw Damaged{"file is empty"};
 }
 
+// SQLite would create a file that other users can read, and the settings hold a shared secret. The
+// file gets its name once it has its first page: when the program is killed before, the next start
+// does not take the file for one that was emptied.
+void SqliteDatabase::createFile() {
+  const std::string file = unfinished(m_name);
+  ::unlink(file.c_str());
+  const int fresh = ::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (fresh < 0) refuse(m_name);
+  ::close(fresh);
+  connect(file);
+  execute("PRAGMA journal_mode=OFF; PRAGMA user_version=0");
+  m_handle.reset();
+  // SQLite would apply what is left of an earlier file to this one.
+  for (const char* const part : {"-wal", "-shm", "-journal"}) ::unlink((m_name + part).c_str());
+  if (std::rename(file.c_str(), m_name.c_str()) != 0) refuse(m_name);
+}
+
 void SqliteDatabase::open(const SqliteStore& store) {
+  connect(m_name);
+  bringUp(store);
+}
+
+void SqliteDatabase::connect(const std::string& file) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
   configureOnce();
   sqlite3* handle = nullptr;
-  const int code = sqlite3_open_v2(m_name.c_str(), &handle, kFlags, nullptr);
+  const int code = sqlite3_open_v2(file.c_str(), &handle, kFlags, nullptr);
   m_handle.reset(handle);
   if (code != SQLITE_OK) fail();
   sqlite3_busy_timeout(handle, kBusyMilliseconds);
-  bringUp(store);
 }
 
 // Writes nothing before the version shows that the file is ours.

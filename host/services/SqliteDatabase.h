@@ -47,7 +47,9 @@ class SqliteDatabase {
 
   std::optional<std::string> damageOnOpening(const SqliteStore& store);
   void create();
+  void createFile();
   void open(const SqliteStore& store);
+  void connect(const std::string& file);
   void bringUp(const SqliteStore& store);
   int versionFound(const SqliteStore& store);
   void setAside(const std::string& reason);
@@ -57,8 +59,7 @@ class SqliteDatabase {
   [[nodiscard]] std::string words() const;
   [[noreturn]] void fail();
 
-  std::string m_name;   // the file's path, or ":memory:"
-  bool m_made = false;  // the file is this object's
+  std::string m_name;  // the file's path, or ":memory:"
   bool m_checkpointFails = false;
   std::unique_ptr<sqlite3, Close> m_handle;
 };

@@ -104,5 +104,29 @@ TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
   EXPECT_EQ(support::contentOf(aside(1)), randomBytes(5000));
 }
 
+TEST_F(SettingsStore, NewFileHasAnotherNameUntilItHasAPage) {
+  const std::string unfinished = file().string() + ".new";
+  fs::create_directory(unfinished);
+  EXPECT_EQ(openingError(), "store \"" + file().string() + "\" cannot be written: File exists");
+  EXPECT_FALSE(fs::exists(file()));
+  fs::remove(unfinished);
+  writeBytes(unfinished, "of a start that was killed");
+  saveOne();
+  EXPECT_FALSE(fs::exists(unfinished));
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(SettingsStore, NewFileDoesNotTakeOverTheLogOfARemovedOne) {
+  {
+    SqliteDataAccess store(folder.path());
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
+    fs::copy_file(file().string() + "-wal", folder / "kept");
+  }
+  fs::remove(file());
+  fs::rename(folder / "kept", file().string() + "-wal");
+  EXPECT_FALSE(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat").has_value());
+  EXPECT_EQ(log.text(), "");
+}
+
 }  // namespace
 }  // namespace host
