@@ -2,15 +2,18 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 namespace support {
 
-// All bytes of a file; empty when it cannot be read.
+// All bytes of a file; what could be read of one whose reading fails, such as of a process in /proc
+// that has ended meanwhile.
 inline std::string contentOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  const std::ifstream file(path, std::ios::binary);
+  std::ostringstream content;
+  content << file.rdbuf();
+  return content.str();
 }
 
 }  // namespace support
