@@ -24,13 +24,12 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kBystanderLimit(20);
 constexpr std::chrono::seconds kEndLimit(2);
-constexpr int kMoreSeconds = 20;  // on a slow machine, until each attack has had its effect
+constexpr int kMoreSeconds = 20;  // on a slow machine, until each attack has an effect
 
-// Clients that call in turn. A client that sends one call and waits is served at once, and one that
-// sends many waits for its turns: so each of these has few calls open even in a freeze of a second.
-class Bystanders final : public Line {
+// Clients that call one after the other. The host serves a client with one open call at once, and
+// one with many in turns: each of these has few open calls even in a freeze of a second.
+class Bystanders final : public CallLine {
  public:
   explicit Bystanders(const std::filesystem::path& socket) {
     for (int i = 0; i < kBystanders; ++i) {
@@ -80,60 +79,56 @@ class Bystanders final : public Line {
   std::deque<std::uint32_t> m_replied;
 };
 
-std::string ask(host::RemoteClient& control, const std::string& json) {
-  const auto reply = control.control(json, kBystanderLimit);
+nlohmann::json ask(host::RemoteClient& control, const std::string& json) {
+  const auto reply = control.control(json, kAnswerLimit);
   if (!reply) throw std::runtime_error("not answered: " + json);
-  return *reply;
+  return nlohmann::json::parse(*reply);
 }
 
-nlohmann::json askJson(host::RemoteClient& control, const std::string& json) {
-  return nlohmann::json::parse(ask(control, json));
-}
-
-// As many records of sets as are kept: the list of them is as long as it can be.
+// With as many records of sets as it keeps, so that its list is as long as possible.
 void fillSecurityLog(host::RemoteClient& control) {
   constexpr int kAtOnce = 500;
   for (int record = 0; record < host::SecurityLog::kSets; record += kAtOnce) {
     std::vector<std::uint32_t> ids;
     for (int i = 0; i < kAtOnce; ++i) {
-      const char* const value = i % 2 == 0 ? "0" : "1";  // repeats would be counted in one record
+      const char* const value = i % 2 == 0 ? "0" : "1";  // repeats share one record
       ids.push_back(control.startControl(R"({"verb":"set","key":"date-format","value":")" +
                                          std::string(value) + R"("})"));
     }
     for (const std::uint32_t id : ids) {
-      if (!control.nextAnswer(id, kBystanderLimit)) throw std::runtime_error("a set is not done");
+      if (!control.nextAnswer(id, kAnswerLimit)) throw std::runtime_error("a set is not done");
     }
   }
 }
 
-// Whether the list of records has the text, page by page.
+// Whether a record has the text. The list comes page by page.
 bool isRecorded(host::RemoteClient& control, const std::string& text) {
   std::string request = R"({"verb":"security-log"})";
   for (;;) {
-    const std::string page = ask(control, request);
-    if (page.find(text) != std::string::npos) return true;
-    const auto after = nlohmann::json::parse(page).value("after", std::int64_t{0});
+    const nlohmann::json page = ask(control, request);
+    if (page.dump().find(text) != std::string::npos) return true;
+    const auto after = page.value("after", std::int64_t{0});
     if (after == 0) return false;
     request = R"({"verb":"security-log","after":)" + std::to_string(after) + "}";
   }
 }
 
 std::string uptime(host::RemoteClient& control) {
-  return askJson(control, R"({"verb":"clock","action":"show"})").at("uptime").get<std::string>();
+  return ask(control, R"({"verb":"clock","action":"show"})").at("uptime");
 }
 
-// What the host itself tells of the attacks.
+// Effects that the host itself shows.
 void addEffectsOnHost(integration::RestartableHost& host, host::RemoteClient& control,
                       const std::string& uptimeBefore, Effects& effects) {
-  const auto add = [&](const char* name, bool met) { effects.push_back({name, met ? 1U : 0U}); };
-  add("the clock was advanced", uptime(control) != uptimeBefore);
-  add("the date format was set",
-      askJson(control, R"({"verb":"get","key":"date-format"})").at("value") == "2");
-  add("the time was set", isRecorded(control, "Remote call setTime(5, 5, 5)"));
-  add("the security log is full",
-      askJson(control, R"({"verb":"security-log"})").at("kept").get<int>() >=
-          host::SecurityLog::kSets);
-  add("the resolver was asked", host.program().says(std::string("silent about ") + kSilentName));
+  effects.emplace_back("the clock was advanced", uptime(control) != uptimeBefore);
+  effects.emplace_back("the date format was set",
+                       ask(control, R"({"verb":"get","key":"date-format"})").at("value") == "2");
+  effects.emplace_back("the time was set", isRecorded(control, "Remote call setTime(5, 5, 5)"));
+  effects.emplace_back(
+      "the security log is full",
+      ask(control, R"({"verb":"security-log"})").at("kept").get<int>() >= host::SecurityLog::kSets);
+  effects.emplace_back("the resolver was called",
+                       host.program().says(std::string("silent about ") + kSilentName));
 }
 
 std::int64_t millisecondsToEnd(integration::RestartableHost& host) {
@@ -143,31 +138,29 @@ std::int64_t millisecondsToEnd(integration::RestartableHost& host) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
 }
 
-bool lacksAnEffect(const Effects& effects) {
-  return std::any_of(effects.begin(), effects.end(),
-                     [](const Effect& effect) { return effect.count == 0; });
+// The name of an attack without effect; empty: each has one.
+std::string withoutEffect(const Effects& effects) {
+  for (const auto& [name, count] : effects) {
+    if (count == 0) return name;
+  }
+  return "";
 }
 
 }  // namespace
 
 AttackFigures attackAHost(std::chrono::milliseconds duration) {
   integration::RestartableHost host(CLOCK_SILENT_HOST, {"--log-level", "2", "--network", "up"});
-  host.launch();
-  if (!host.answers()) throw std::runtime_error("no host: " + host.program().err());
+  host.start();
   const auto control = host.connectControl();
   fillSecurityLog(*control);
   const std::string uptimeBefore = uptime(*control);
   Bystanders bystanders(host.socket());
   AttackFigures figures;
   Attackers attackers(host.socket());
-  Latencies latencies = callWhenDue(bystanders, duration);
-  for (int more = 0; more < kMoreSeconds && lacksAnEffect(attackers.effects()); ++more) {
-    latencies.add(callWhenDue(bystanders, std::chrono::seconds(1)));
+  figures.calls = callWhenDue(bystanders, duration);
+  for (int more = 0; more < kMoreSeconds && !withoutEffect(attackers.effects()).empty(); ++more) {
+    figures.calls.add(callWhenDue(bystanders, std::chrono::seconds(1)));
   }
-  figures.calls = latencies.count();
-  figures.callP50 = latencies.quantile(0.5);
-  figures.callP99 = latencies.quantile(0.99);
-  figures.mostWaited = latencies.quantile(1 - 1e-9);
   figures.connections = attackers.connections();
   figures.effects = attackers.effects();
   addEffectsOnHost(host, *control, uptimeBefore, figures.effects);
@@ -176,29 +169,27 @@ AttackFigures attackAHost(std::chrono::milliseconds duration) {
 }
 
 std::string complaintAbout(const AttackFigures& figures, std::uint64_t mostP99) {
-  if (figures.calls == 0) return "no bystander was answered while the host was attacked";
-  if (figures.connections == 0) return "nobody has attacked the host";
-  if (figures.effects.empty()) return "nobody has looked at what the attacks did";
-  for (const Effect& effect : figures.effects) {
-    if (effect.count == 0) return "an attack had no effect: " + effect.name;
-  }
+  if (figures.calls.count() == 0) return "no bystander was answered while the host was attacked";
+  if (figures.connections == 0) return "no attacker has connected";
+  if (figures.effects.empty()) return "not measured: the effects of the attacks";
+  const std::string attack = withoutEffect(figures.effects);
+  if (!attack.empty()) return "an attack had no effect: " + attack;
   if (figures.ended < 0) return "the attacked host did not end within 2 s of SIGTERM";
-  if (figures.callP99 <= mostP99) return "";
-  return "p99 of the bystanders' calls is " + std::to_string(figures.callP99) +
+  const std::uint64_t p99 = figures.calls.quantile(0.99);
+  if (p99 <= mostP99) return "";
+  return "p99 of the bystanders' calls is " + std::to_string(p99) +
          " us while the host is attacked; at most " + std::to_string(mostP99) + " are due";
 }
 
 std::string toText(const AttackFigures& figures) {
   std::ostringstream text;
   text << "attackers' connections: " << figures.connections << '\n'
-       << "  calls of bystanders answered: " << figures.calls << '\n'
-       << "  p50 of a call: " << figures.callP50 << " us\n"
-       << "  p99 of a call: " << figures.callP99 << " us\n"
-       << "  the longest: " << figures.mostWaited << " us\n"
+       << "  calls of bystanders answered: " << figures.calls.count() << '\n'
+       << "  p50 of a call: " << figures.calls.quantile(0.5) << " us\n"
+       << "  p99 of a call: " << figures.calls.quantile(0.99) << " us\n"
+       << "  the longest: " << figures.calls.quantile(1) << " us\n"
        << "  from SIGTERM to the end: " << figures.ended << " ms\n";
-  for (const Effect& effect : figures.effects) {
-    text << "  " << effect.name << ": " << effect.count << '\n';
-  }
+  for (const auto& [name, count] : figures.effects) text << "  " << name << ": " << count << '\n';
   return text.str();
 }
 

@@ -2,15 +2,14 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <array>
-#include <cerrno>
+#include <chrono>
 #include <sstream>
-#include <vector>
 
 #include "Method.h"
-#include "base/Descriptor.h"
-#include "remote/Frame.h"
+#include "remote/FrameSocket.h"
 #include "remote/MessagePackCodec.h"
 #include "remote/SocketAddress.h"
 
@@ -18,10 +17,10 @@ namespace load {
 namespace {
 
 using host::FrameKind;
+using std::chrono::milliseconds;
 
-constexpr int kPatience = 200;  // milliseconds without room or answer, then an attacker comes anew
-
-constexpr int kPatienceForAnAnswer = 5000;
+constexpr milliseconds kSilence{200};  // without room or answer: then an attacker connects again
+constexpr milliseconds kEffectLimit{5000};  // for an attacker that reads answers
 
 std::string repeated(FrameKind kind, const std::string& payload, int times) {
   std::string bytes;
@@ -33,14 +32,22 @@ std::string requests(const std::string& json, int times) {
   return repeated(FrameKind::controlRequest, json, times);
 }
 
-std::string calls(const char* name, int times) {
-  Method method(name, Method::call);
-  for (const char* const part : {"setTimeHours", "setTimeMinutes", "setTimeSeconds"}) {
-    if (name == std::string("setTime")) method.addIntParameter(part, 5, Parameter::in);
-  }
+std::string calls(Method method, int times) {
   std::stringstream stream;
   host::MessagePackCodec().encode(method, stream);
   return repeated(FrameKind::call, stream.str(), times);
+}
+
+std::string calls(const char* name, int times) {
+  return calls(Method(name, Method::call), times);
+}
+
+Method setTimeCall() {
+  Method method("setTime", Method::call);
+  for (const char* const part : {"setTimeHours", "setTimeMinutes", "setTimeSeconds"}) {
+    method.addIntParameter(part, 5, Parameter::in);
+  }
+  return method;
 }
 
 std::string requestOfManyMembers() {
@@ -58,7 +65,7 @@ std::vector<Attack> attacks() {
   std::vector<Attack> all = {
       {"requests of many members, refused", true, requestOfManyMembers(), 20, true,
        "members and values"},
-      {"times set", false, calls("setTime", 3000), 2, false, "setTimeReturn"},  // some 250 kB
+      {"times set", false, calls(setTimeCall(), 3000), 2, false, "setTimeReturn"},  // some 250 kB
       {"sets", true, requests(setOf("date-format", "2"), 20'000), 1, false, kDone},
       {"lookups", true, requests(setOf("sntp-addr", kSilentName), 10), 1, true, kDone},
       {"registrations of one client", false, calls("observeTimeEvents", 500), 800, true,
@@ -71,55 +78,42 @@ std::vector<Attack> attacks() {
   return all;
 }
 
-bool waitFor(int socket, short events, int patience = kPatience) {
-  pollfd waited{socket, events, 0};
-  return ::poll(&waited, 1, patience) == 1;
+void limitWaits(int socket, milliseconds toSend, milliseconds toReceive) {
+  const auto set = [socket](int option, milliseconds limit) {
+    const auto count = limit.count();
+    const timeval time{count / 1000, count % 1000 * 1000};
+    ::setsockopt(socket, SOL_SOCKET, option, &time, sizeof time);
+  };
+  set(SO_SNDTIMEO, toSend);
+  set(SO_RCVTIMEO, toReceive);
 }
 
-// False: there was no room for some time, or the host has hung up.
-bool sendAll(int socket, std::string_view bytes, int patience) {
+// False at the limit, and when the host has disconnected.
+bool sendAll(int socket, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-    if (sent > 0) bytes.remove_prefix(static_cast<std::size_t>(sent));
-    if (sent < 0 && (errno != EAGAIN || !waitFor(socket, POLLOUT, patience))) {
-      return false;
-    }
+    const ssize_t sent = ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent < 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
   }
   return true;
 }
 
-// Counts in `met` when `part` is in what comes; events may come without end.
-void readWhatComes(int socket, const std::string& part, std::atomic<std::uint64_t>& met) {
+// Whether `part` is in the next bytes to read.
+bool receivesPart(int socket, const std::string& part, int flags, ssize_t& got) {
   std::array<char, 65536> bytes;
-  ssize_t got = 0;
-  bool found = part.empty();
-  // Who expects an answer waits for it among all the others.
-  while (waitFor(socket, POLLIN, found ? kPatience : kPatienceForAnAnswer) &&
-         (got = ::recv(socket, bytes.data(), bytes.size(), MSG_DONTWAIT)) > 0) {
-    const std::string_view text(bytes.data(), static_cast<std::size_t>(got));
-    if (!found && text.find(part) != std::string_view::npos) {
-      found = true;
-      ++met;
-    }
-    if (!waitFor(socket, POLLOUT)) return;
-  }
-}
-
-// Whether `part` is at the beginning of what is there to be read; it stays there.
-bool seesWhatWaits(int socket, const std::string& part) {
-  std::array<char, 65536> bytes;
-  const ssize_t got = ::recv(socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_PEEK);
+  got = ::recv(socket, bytes.data(), bytes.size(), flags);
   return got > 0 && std::string_view(bytes.data(), static_cast<std::size_t>(got)).find(part) !=
                         std::string_view::npos;
 }
 
 }  // namespace
 
-Attackers::Attackers(const std::filesystem::path& socket)
-    : m_observers(socket, calls("observeTimeEvents", 10), 10, true),
-      m_bursters(socket, calls("getTime", 50), 50, false) {
+Attackers::Attackers(const std::filesystem::path& callSocket)
+    : m_observers(callSocket, calls("observeTimeEvents", 10), 10, true),
+      m_bursts(callSocket, calls("getTime", 50), 50, false) {
   for (const Attack& attack : attacks()) {
     Attacker& attacker = m_attackers.emplace_back(attack);
+    const auto socket = attack.control ? host::controlSocketBeside(callSocket) : callSocket;
     attacker.thread = std::thread([this, &attacker, socket] { work(attacker, socket); });
   }
 }
@@ -132,37 +126,46 @@ Attackers::~Attackers() {
 Effects Attackers::effects() const {
   Effects effects = {{"registrations of the crowd", m_observers.accepted()},
                      {"registrations refused", m_observers.refused()},
-                     {"calls in bursts", m_bursters.replies()}};
+                     {"calls in bursts", m_bursts.replies()}};
   for (const Attacker& attacker : m_attackers) {
-    const bool counted = *attacker.attack.expects != '\0';
-    if (counted) effects.push_back({attacker.attack.name, attacker.met});
+    if (!attacker.attack.effect.empty()) effects.emplace_back(attacker.attack.name, attacker.seen);
   }
   return effects;
 }
 
-void Attackers::work(Attacker& attacker, const std::filesystem::path& socket) {
-  const auto path = attacker.attack.control ? host::controlSocketBeside(socket) : socket;
-  while (!m_over) live(attacker, path);
+void Attackers::work(Attacker& attacker, const std::filesystem::path& socket) try {
+  while (!m_over) {
+    const host::FrameSocket client(socket);
+    ++m_connections;
+    attackOnce(attacker, client.descriptor());
+  }
+} catch (const host::Error&) {
+  // The host has ended.
 }
 
-void Attackers::live(Attacker& attacker, const std::filesystem::path& socket) {
+void Attackers::attackOnce(Attacker& attacker, int socket) {
   const Attack& attack = attacker.attack;
-  const host::Descriptor client(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  const host::SocketAddress address(socket);
-  if (::connect(client.get(), address.get(), address.size()) != 0) {
-    m_over = true;  // the host has ended
-    return;
-  }
-  ++m_connections;
+  limitWaits(socket, attack.reads ? kEffectLimit : kSilence, kSilence);
   for (int round = 0; round < attack.rounds && !m_over; ++round) {
-    if (!sendAll(client.get(), attack.bytes, attack.reads ? kPatienceForAnAnswer : kPatience))
-      break;
-    if (attack.reads) readWhatComes(client.get(), attack.expects, attacker.met);
+    if (!sendAll(socket, attack.bytes)) break;
+    if (attack.reads && readUntilSilence(socket, attack.effect)) ++attacker.seen;
   }
-  if (!attack.reads) {
-    static_cast<void>(waitFor(client.get(), POLLHUP));
-    if (seesWhatWaits(client.get(), attack.expects)) ++attacker.met;
+  if (attack.reads) return;
+  pollfd polled{socket, 0, 0};
+  ::poll(&polled, 1, static_cast<int>(kSilence.count()));
+  ssize_t got = 0;
+  if (receivesPart(socket, attack.effect, MSG_DONTWAIT | MSG_PEEK, got)) ++attacker.seen;
+}
+
+// Whether the effect was seen. Events may come without end.
+bool Attackers::readUntilSilence(int socket, const std::string& effect) const {
+  const auto limit = std::chrono::steady_clock::now() + kEffectLimit;
+  bool seen = false;
+  for (ssize_t got = 1; got != 0 && !m_over;) {
+    seen |= receivesPart(socket, effect, 0, got);
+    if (got < 0 && (seen || effect.empty() || std::chrono::steady_clock::now() > limit)) break;
   }
+  return seen;
 }
 
 }  // namespace load

@@ -1,52 +1,38 @@
 #include "load/Callers.h"
 
+#include <utility>
+
 #include "remote/RemoteClient.h"
 
 namespace load {
-namespace {
-
-constexpr std::chrono::seconds kLimit(10);
-
-}  // namespace
-
 Callers::Callers(const std::filesystem::path& socket, int count) {
-  for (int i = 0; i < count; ++i) {
-    Caller& caller = m_callers.emplace_back();
-    caller.thread = std::thread([this, &caller, socket] { work(caller, socket); });
-  }
+  for (int i = 0; i < count; ++i) m_threads.emplace_back([this, socket] { work(socket); });
 }
 
 Callers::~Callers() {
   m_over = true;
-  for (Caller& caller : m_callers) caller.thread.join();
+  for (std::thread& thread : m_threads) thread.join();
 }
 
 Latencies Callers::take() {
-  Latencies all;
-  for (Caller& caller : m_callers) {
-    const std::lock_guard lock(caller.mutex);
-    all.add(std::exchange(caller.latencies, Latencies()));
-  }
-  return all;
+  const std::lock_guard lock(m_mutex);
+  if (m_failure) std::rethrow_exception(m_failure);
+  return std::exchange(m_latencies, {});
 }
 
-std::string Callers::fault() {
-  const std::lock_guard lock(m_faultMutex);
-  return m_fault;
-}
-
-void Callers::work(Caller& caller, const std::filesystem::path& socket) try {
+void Callers::work(const std::filesystem::path& socket) try {
   host::RemoteClient client(socket);
   while (!m_over) {
     Method call("getTime", Method::call);
     const auto begin = std::chrono::steady_clock::now();
-    if (!client.call(call, kLimit)) throw host::HostGone("a call is not answered");
-    const std::lock_guard lock(caller.mutex);
-    caller.latencies.add(std::chrono::steady_clock::now() - begin);
+    if (!client.call(call, kAnswerLimit)) throw host::HostGone("a call is not answered");
+    const auto duration = std::chrono::steady_clock::now() - begin;
+    const std::lock_guard lock(m_mutex);
+    m_latencies.add(duration);
   }
-} catch (const std::exception& error) {
-  const std::lock_guard lock(m_faultMutex);
-  if (m_fault.empty()) m_fault = error.what();
+} catch (const std::exception&) {
+  const std::lock_guard lock(m_mutex);
+  m_failure = std::current_exception();
 }
 
 }  // namespace load

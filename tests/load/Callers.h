@@ -1,18 +1,18 @@
 #pragma once
 
 #include <atomic>
-#include <deque>
+#include <exception>
 #include <filesystem>
 #include <mutex>
-#include <string>
 #include <thread>
+#include <vector>
 
 #include "load/Latencies.h"
 
 namespace load {
 
-// Clients that call without a pause, each on a thread of its own, until the end.
-// Owner: a test. Thread: the test's. Failure: the first is fault().
+// Clients that call without a pause, each on a thread of its own, until they are destroyed.
+// Owner: a test. Thread: the test's.
 class Callers {
  public:
   Callers(const std::filesystem::path& socket, int count);
@@ -20,24 +20,17 @@ class Callers {
   Callers(const Callers&) = delete;
   Callers& operator=(const Callers&) = delete;
 
-  // How long the calls since the last time took.
+  // The calls since the last take(). Throws what ended a caller.
   [[nodiscard]] Latencies take();
 
-  [[nodiscard]] std::string fault();
-
  private:
-  struct Caller {
-    std::mutex mutex;  // guards latencies
-    Latencies latencies;
-    std::thread thread;
-  };
-
-  void work(Caller& caller, const std::filesystem::path& socket);
+  void work(const std::filesystem::path& socket);
 
   std::atomic<bool> m_over{false};
-  std::deque<Caller> m_callers;
-  std::mutex m_faultMutex;
-  std::string m_fault;
+  std::mutex m_mutex;  // guards the next two
+  Latencies m_latencies;
+  std::exception_ptr m_failure;
+  std::vector<std::thread> m_threads;
 };
 
 }  // namespace load

@@ -5,11 +5,10 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "load/Latencies.h"
 
 namespace load {
 namespace {
-
-constexpr std::chrono::seconds kReplyLimit(20);
 
 // A boolean as the default codec writes it, the last value of a reply.
 constexpr char kTrue = '\xc3';
@@ -18,10 +17,10 @@ constexpr char kFalse = '\xc2';
 }  // namespace
 
 Crowd::Crowd(const std::filesystem::path& socket, std::string burst, std::size_t calls,
-             bool comesAndGoes)
+             bool reconnects)
     : m_burst(std::move(burst)),
       m_calls(calls),
-      m_comesAndGoes(comesAndGoes),
+      m_reconnects(reconnects),
       m_thread([this, socket] { work(socket); }) {}
 
 Crowd::~Crowd() {
@@ -34,7 +33,7 @@ void Crowd::work(const std::filesystem::path& socket) try {
     std::deque<host::FrameSocket> clients;
     while (clients.size() < kCrowd && !m_over) clients.emplace_back(socket);
     do exchange(clients);
-    while (!m_over && !m_comesAndGoes);
+    while (!m_over && !m_reconnects);
   }
 } catch (const host::Error&) {
   // The host has ended.
@@ -50,7 +49,7 @@ void Crowd::exchange(std::deque<host::FrameSocket>& clients) {
 void Crowd::readReplies(host::FrameSocket& client) {
   host::Frame frame;
   for (std::size_t left = m_calls; left > 0 && !m_over;) {
-    if (!client.receive(frame, std::chrono::steady_clock::now() + kReplyLimit)) return;
+    if (!client.receive(frame, std::chrono::steady_clock::now() + kAnswerLimit)) return;
     if (frame.kind != host::FrameKind::reply) continue;
     --left;
     ++m_replies;

@@ -4,24 +4,21 @@
 #include <cstdint>
 #include <deque>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <thread>
 
-#include "load/Effects.h"
 #include "remote/FrameSocket.h"
 
 namespace load {
 
-// Many clients of one user on one thread: they send a burst of calls each, read the replies, and
-// send again, or hang up together and come again, until the end. Owner: a test. Thread: the test's.
-// Failure: a host that hangs up ends it.
+// Many clients of one user on one thread: each sends a burst of calls and reads the replies; then
+// all send again, or all disconnect and connect again. Owner: a test. Thread: the test's. Failure:
+// a host that disconnects ends it.
 class Crowd {
  public:
-  // socket: that of calls. burst: what each client sends at a time, calls with a reply.
-  Crowd(const std::filesystem::path& socket, std::string burst, std::size_t calls,
-        bool comesAndGoes);
-  ~Crowd();  // hangs up
+  // socket: the call socket. burst: `calls` calls with a reply.
+  Crowd(const std::filesystem::path& socket, std::string burst, std::size_t calls, bool reconnects);
+  ~Crowd();  // disconnects
   Crowd(const Crowd&) = delete;
   Crowd& operator=(const Crowd&) = delete;
 
@@ -36,7 +33,7 @@ class Crowd {
 
   const std::string m_burst;
   const std::size_t m_calls;
-  const bool m_comesAndGoes;
+  const bool m_reconnects;
   std::atomic<bool> m_over{false};
   std::atomic<std::uint64_t> m_replies{0};
   std::atomic<std::uint64_t> m_accepted{0};
@@ -44,7 +41,7 @@ class Crowd {
   std::thread m_thread;
 };
 
-// Clients of each crowd: more than the loop looks at in one go.
+// Clients of each crowd: more than one pass of the host's loop handles.
 inline constexpr std::size_t kCrowd = 220;
 
 }  // namespace load

@@ -5,13 +5,7 @@
 #include "support/Interruption.h"
 
 namespace load {
-namespace {
-
-constexpr std::chrono::seconds kLongestWait(20);
-
-}  // namespace
-
-Latencies callWhenDue(Line& line, std::chrono::milliseconds duration) {
+Latencies callWhenDue(CallLine& line, std::chrono::milliseconds duration) {
   Latencies latencies;
   const auto begin = line.now();
   const auto due = [begin](std::uint64_t call) { return begin + call * kBetweenCalls; };
@@ -19,10 +13,10 @@ Latencies callWhenDue(Line& line, std::chrono::milliseconds duration) {
   std::uint32_t sent = 0;
   while (latencies.count() < count && support::Interruption::signal() == 0) {
     for (; sent < count && due(sent) <= line.now(); ++sent) line.call(sent);
-    const auto patience = due(latencies.count()) + kLongestWait;  // for the oldest, or a later one
-    if (const auto call = line.replied(sent < count ? due(sent) : patience)) {
+    const auto limit = due(latencies.count()) + kAnswerLimit;  // of the oldest unanswered call
+    if (const auto call = line.replied(sent < count ? due(sent) : limit)) {
       latencies.add(line.now() - due(*call));
-    } else if (line.now() >= patience) {
+    } else if (line.now() >= limit) {
       throw std::runtime_error("the bystanders are not answered");
     }
   }

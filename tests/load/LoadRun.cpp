@@ -4,9 +4,17 @@
 
 #include <algorithm>
 #include <csignal>
+#include <deque>
 #include <fstream>
+#include <memory>
+#include <optional>
+#include <stdexcept>
 #include <utility>
 
+#include "integration/RestartableHost.h"
+#include "load/Callers.h"
+#include "load/ScriptedClock.h"
+#include "load/Subscriber.h"
 #include "remote/ClientBounds.h"
 #include "remote/RemoteClient.h"
 #include "support/Interruption.h"
@@ -16,16 +24,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kAnswerLimit(20);
-constexpr int kRegistrations = host::kMostRegistrations;  // of the stuck one
-constexpr std::uint64_t kFilledBefore = 896 * 1024;  // bytes for the stuck one, before others come
-constexpr std::uint64_t kMovesBeforeReading = 50;    // the slow one's queue is well filled by then
-constexpr std::chrono::seconds kForTheStuckOne(
-    40);  // beyond the time of the run, on a slow machine
-constexpr std::chrono::seconds kAfterTheStuckOne(2);  // at least, to compare with, and for memory
+constexpr int kRegistrations = host::kMostRegistrations;  // of the stuck one and of the slow one
+constexpr std::uint64_t kFilledBefore =
+    896 * 1024;                                   // bytes for the stuck one before others connect
+constexpr std::uint64_t kMovesBetweenReads = 50;  // of the slow one: its queue is well filled then
+// Beyond the time of the run, on a slow machine.
+constexpr std::chrono::seconds kForTheStuckOne(40);
+constexpr std::chrono::seconds kAfterTheStuckOne(2);  // at least, to compare, and for memory
 
-// Two descriptors for each client, with what the host and a test have besides; the host inherits
-// it.
+// Two descriptors for each client, and some of the host's and the test's own; the host inherits the
+// limit.
 void allowDescriptors(rlim_t count) {
   rlimit limit{};
   ::getrlimit(RLIMIT_NOFILE, &limit);
@@ -33,8 +41,8 @@ void allowDescriptors(rlim_t count) {
   ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 
-// KiB of memory of its own that a process holds. Counted page by page: the number in its status may
-// be off by hundreds of KiB.
+// KiB of a process's own memory. Counted page by page: the number in its status may be off by
+// hundreds of KiB.
 std::uint64_t memoryOf(pid_t process) {
   std::ifstream status("/proc/" + std::to_string(process) + "/smaps_rollup");
   std::string word;
@@ -44,155 +52,127 @@ std::uint64_t memoryOf(pid_t process) {
   return size;
 }
 
-std::uint64_t sizeOf(const Move& move) {
-  std::uint64_t size = 0;
-  for (const std::string& event : move.events) size += host::kFrameHeaderSize + event.size();
-  return size;
-}
+class LoadRun {
+ public:
+  explicit LoadRun(const Size& size) : m_size(size) {
+    allowDescriptors(2 * (size.subscribers + static_cast<std::size_t>(size.callers)) + 100);
+    m_host.start();
+    m_operator = m_host.connectControl();
+  }
+
+  LoadFigures run() {
+    connectAll();
+    while (goesOn()) {
+      move();
+      if (Clock::now() - m_begin > m_size.warmUp && !m_stuck) measureMemory();
+      if (support::Interruption::signal() != 0) throw std::runtime_error("stopped by a signal");
+    }
+    if (m_stuck) throw std::runtime_error("the stuck subscriber was not dropped");
+    m_figures.after = takeService();
+    m_slow->expect(m_unread);
+    for (Subscriber& subscriber : m_subscribers) subscriber.expectNoMore();
+    disconnectAll();
+    checkLog(m_host.end(SIGTERM));
+    return m_figures;
+  }
+
+ private:
+  // The stuck subscriber comes first: its queue is nearly full when the others connect, so that
+  // they have it beside them for seconds and not for a minute.
+  void connectAll() {
+    m_stuck.emplace(m_host.socket(), kRegistrations);
+    while (m_sentToStuck < kFilledBefore) perform(m_clock.next());
+    for (std::size_t i = 0; i < m_size.subscribers; ++i)
+      m_subscribers.emplace_back(m_host.socket());
+    m_slow.emplace(m_host.socket(), kRegistrations);
+    m_callers.emplace(m_host.socket(), m_size.callers);
+    m_begin = Clock::now();
+  }
+
+  void disconnectAll() {
+    m_callers.reset();
+    m_subscribers.clear();
+    m_slow.reset();
+    m_operator.reset();
+  }
+
+  [[nodiscard]] bool goesOn() const {
+    const auto now = Clock::now();
+    const auto end = m_begin + m_size.duration;
+    return now < end || now < (m_stuck ? end + kForTheStuckOne : m_dropped + kAfterTheStuckOne);
+  }
+
+  void perform(const Move& move) {
+    for (const std::string& request : move.requests) {
+      const auto reply = m_operator->control(request, kAnswerLimit);
+      if (!reply || reply->find(R"({"ok":true)") != 0) {
+        throw std::runtime_error("refused: " + request);
+      }
+    }
+    for (const std::string& event : move.events) {
+      m_sentToStuck += kRegistrations * (host::kFrameHeaderSize + event.size());
+    }
+  }
+
+  void move() {
+    const Move move = m_clock.next();
+    const auto begin = Clock::now();
+    perform(move);
+    for (Subscriber& subscriber : m_subscribers) subscriber.expect(move.events);
+    m_latencies.add(Clock::now() - begin);
+    m_figures.events += move.events.size();
+    if (m_stuck && m_stuck->isDisconnected()) noteTheDrop();
+    m_unread.insert(m_unread.end(), move.events.begin(), move.events.end());
+    if (m_clock.count() % kMovesBetweenReads == 0) m_slow->expect(std::exchange(m_unread, {}));
+  }
+
+  // Bytes that the system had taken do not count: only the rest was queued by the host.
+  void noteTheDrop() {
+    m_figures.stuckQueued = m_sentToStuck - m_stuck->drain();
+    m_stuck.reset();
+    m_dropped = Clock::now();
+    m_figures.beside = takeService();
+  }
+
+  // Since the last time.
+  Service takeService() { return {std::exchange(m_latencies, {}), m_callers->take()}; }
+
+  void measureMemory() {
+    const std::uint64_t size = memoryOf(m_host.program().id());
+    m_figures.mostMemory = std::max(m_figures.mostMemory, size);
+    m_figures.leastMemory =
+        m_figures.leastMemory == 0 ? size : std::min(m_figures.leastMemory, size);
+  }
+
+  // The one line is that of the stuck subscriber.
+  static void checkLog(const integration::Outcome& outcome) {
+    const auto lines = std::count(outcome.err.begin(), outcome.err.end(), '\n');
+    const bool dropped = outcome.err.find("does not read what is sent to it") != std::string::npos;
+    if (outcome.status == 0 && lines == 1 && dropped) return;
+    throw std::runtime_error("the host ended with status " + std::to_string(outcome.status) +
+                             " and this log: " + outcome.err);
+  }
+
+  const Size m_size;
+  integration::RestartableHost m_host{CLOCKHOST, {"--log-level", "3"}};
+  std::unique_ptr<host::RemoteClient> m_operator;
+  ScriptedClock m_clock;
+  std::deque<Subscriber> m_subscribers;
+  std::optional<Subscriber> m_slow;
+  std::vector<std::string> m_unread;  // events for the slow one
+  std::optional<Subscriber> m_stuck;
+  std::uint64_t m_sentToStuck = 0;  // bytes
+  std::optional<Callers> m_callers;
+  Latencies m_latencies;  // of moves since the stuck one connected or was dropped
+  LoadFigures m_figures;
+  Clock::time_point m_begin;
+  Clock::time_point m_dropped;  // the stuck one
+};
 
 }  // namespace
 
-LoadRun::LoadRun(const Size& size) : m_size(size), m_host(CLOCKHOST, {"--log-level", "3"}) {
-  allowDescriptors(2 * (size.subscribers + static_cast<std::size_t>(size.callers)) + 100);
-}
-
-LoadRun::~LoadRun() = default;
-
-bool LoadRun::run() {
-  if (!start()) return false;
-  loadUp();
-  while (m_fault.empty() && goesOn()) {
-    move();
-    lookAtFaults();
-    if (warm()) lookAtMemory();
-    if (support::Interruption::signal() != 0) fail("stopped by a signal");
-  }
-  if (m_stuck) fail("the stuck subscriber was not dropped");
-  end();
-  return m_fault.empty();
-}
-
-bool LoadRun::goesOn() const {
-  const auto now = Clock::now();
-  if (now < m_begin + m_size.duration) return true;
-  return m_stuck ? now < m_begin + m_size.duration + kForTheStuckOne
-                 : now < m_dropped + kAfterTheStuckOne;
-}
-
-bool LoadRun::start() {
-  m_host.launch();
-  if (m_host.answers()) return true;
-  fail("no host: " + m_host.program().err());
-  return false;
-}
-
-void LoadRun::loadUp() {
-  m_operator = m_host.connectControl();
-  fillTheStuckOne();
-  m_audience = std::make_unique<Audience>(m_host.socket(), m_size.subscribers);
-  m_slow.emplace(m_host.socket());
-  m_callers = std::make_unique<Callers>(m_host.socket(), m_size.callers);
-  m_begin = Clock::now();
-}
-
-// Most of its queue, so that the others have it beside them for a few seconds and not for a minute.
-void LoadRun::fillTheStuckOne() {
-  m_stuck.emplace(m_host.socket(), kRegistrations);
-  while (m_fault.empty() && m_sentToStuck < kFilledBefore) {
-    const Move move = m_life.next();
-    perform(move);
-    m_sentToStuck += kRegistrations * sizeOf(move);
-  }
-}
-
-void LoadRun::perform(const Move& move) {
-  for (const std::string& request : move.requests) {
-    const auto reply = m_operator->control(request, kAnswerLimit);
-    if (!reply || reply->find(R"({"ok":true)") != 0) return fail("refused: " + request);
-  }
-}
-
-void LoadRun::move() {
-  const Move move = m_life.next();
-  m_audience->announce(move.events);
-  const auto begin = Clock::now();
-  perform(move);
-  if (!m_fault.empty()) return;
-  if (!m_audience->hasHeardAll(kAnswerLimit)) {
-    const std::string fault = m_audience->fault();
-    return fail(fault.empty() ? "somebody has not heard of move " + std::to_string(m_life.moves())
-                              : fault);
-  }
-  m_heard.add(Clock::now() - begin);
-  if (m_stuck) lookAtTheStuckOne(move);
-  m_slow->announce(move.events);
-  if (m_life.moves() % kMovesBeforeReading == 0) hearTheSlowOne();
-}
-
-void LoadRun::hearTheSlowOne() {
-  const std::string fault = m_slow->hearAll(kAnswerLimit);
-  if (!fault.empty()) fail(fault);
-}
-
-// What the system had taken for it does not count: the rest was queued.
-void LoadRun::lookAtTheStuckOne(const Move& move) {
-  m_sentToStuck += kRegistrations * sizeOf(move);
-  if (!m_stuck->isHungUp()) return;
-  m_figures.stuckQueued = m_sentToStuck - m_stuck->drain();
-  m_stuck.reset();
-  m_dropped = Clock::now();
-  takeService(m_figures.beside);
-}
-
-// Since the last time.
-void LoadRun::takeService(Service& service) {
-  const Latencies heard = std::exchange(m_heard, Latencies());
-  const Latencies calls = m_callers->take();
-  service = {heard.count(),       heard.quantile(0.9), heard.quantile(0.99), calls.count(),
-             calls.quantile(0.5), calls.quantile(0.9), calls.quantile(0.99)};
-}
-
-bool LoadRun::warm() const {
-  return Clock::now() - m_begin > m_size.warmUp && !m_stuck;
-}
-
-void LoadRun::lookAtMemory() {
-  const std::uint64_t size = memoryOf(m_host.program().id());
-  m_figures.mostMemory = std::max(m_figures.mostMemory, size);
-  m_figures.leastMemory = m_figures.leastMemory == 0 ? size : std::min(m_figures.leastMemory, size);
-}
-
-void LoadRun::lookAtFaults() {
-  const std::string fault = m_callers->fault();
-  if (!fault.empty()) fail(fault);
-}
-
-void LoadRun::end() {
-  hearTheSlowOne();
-  if (!m_stuck) takeService(m_figures.after);
-  m_figures.events = m_audience->announced();
-  loadOff();
-  lookAtLog(m_host.end(SIGTERM));
-  fail(complaintAbout(m_figures));
-}
-
-void LoadRun::loadOff() {
-  m_callers.reset();
-  m_audience.reset();
-  m_slow.reset();
-  m_operator.reset();
-}
-
-// The one line is that of the stuck subscriber.
-void LoadRun::lookAtLog(const integration::Outcome& outcome) {
-  const auto lines = std::count(outcome.err.begin(), outcome.err.end(), '\n');
-  const bool dropped = outcome.err.find("does not read what is sent to it") != std::string::npos;
-  if (outcome.status != 0) fail("the host ended with status " + std::to_string(outcome.status));
-  if (lines != 1 || !dropped) fail("the host's log: " + outcome.err);
-}
-
-void LoadRun::fail(const std::string& fault) {
-  if (m_fault.empty()) m_fault = fault;
+LoadFigures loadAHost(const Size& size) {
+  return LoadRun(size).run();
 }
 
 }  // namespace load

@@ -1,5 +1,5 @@
-// In the place of the C library's resolver: it does not answer, for any name. The log says when it
-// is asked.
+// Replaces the C library's resolver with one that never answers. The log says for which name it was
+// called.
 #include <netdb.h>
 #include <unistd.h>
 

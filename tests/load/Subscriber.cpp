@@ -4,89 +4,59 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <cerrno>
-#include <sstream>
+#include <chrono>
 #include <stdexcept>
 
-#include "Method.h"
-#include "remote/MessagePackCodec.h"
-#include "remote/SocketAddress.h"
+#include "load/Latencies.h"
 
 namespace load {
 namespace {
 
-using host::Frame;
-using host::FrameKind;
-using host::FrameReader;
+using Clock = std::chrono::steady_clock;
 
-constexpr int kSilenceLimit = 20'000;  // milliseconds
-
-std::string observeCall() {
-  Method method("observeTimeEvents", Method::call);
-  std::stringstream stream;
-  host::MessagePackCodec().encode(method, stream);
-  const std::string payload = stream.str();
-  return host::encodeFrame({FrameKind::call, 1, payload});
-}
+// [name, type, parameters] in the default codec.
+constexpr std::string_view kObserve("\x93\xb1observeTimeEvents\0\x90", 21);
 
 }  // namespace
 
 Subscriber::Subscriber(const std::filesystem::path& socket, int registrations)
-    : m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-  const host::SocketAddress address(socket);
-  if (::connect(m_socket.get(), address.get(), address.size()) != 0) {
-    throw std::runtime_error("a subscriber cannot connect");
-  }
-  const std::string call = observeCall();
-  for (int i = 0; i < registrations; ++i) send(call);
-  awaitReplies(registrations);
-}
-
-void Subscriber::send(std::string_view bytes) {
-  if (::send(m_socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
-      static_cast<ssize_t>(bytes.size())) {
-    throw std::runtime_error("a subscriber cannot send");
-  }
-}
-
-// The clock stands still until all are registered: there is nothing to come but replies.
-void Subscriber::awaitReplies(int count) {
-  Frame frame;
-  while (count > 0) {
-    pollfd waiting{m_socket.get(), POLLIN, 0};
-    if (::poll(&waiting, 1, kSilenceLimit) != 1 || !receive()) {
+    : m_socket(socket), m_registrations(registrations) {
+  host::Frame reply;
+  for (int i = 0; i < registrations; ++i) {
+    m_socket.send({host::FrameKind::call, 1, kObserve});
+    if (!m_socket.receive(reply, Clock::now() + kAnswerLimit)) {
       throw std::runtime_error("a subscriber is not registered");
     }
-    while (m_reader.next(frame) == FrameReader::Outcome::frame) --count;
   }
 }
 
-// False when there is nothing just now.
-bool Subscriber::receive() {
-  const auto space = m_reader.space();
-  const ssize_t got = ::recv(m_socket.get(), space.data(), space.size(), MSG_DONTWAIT);
-  if (got > 0) m_reader.commit(static_cast<std::size_t>(got));
-  if (got == 0) throw std::runtime_error("the host has hung up on a subscriber that reads");
-  return got > 0;
-}
-
-void Subscriber::read(const std::function<void(std::string_view)>& heard) {
-  Frame frame;
-  while (receive()) {
-    while (m_reader.next(frame) == FrameReader::Outcome::frame) heard(frame.payload);
+void Subscriber::expect(const std::vector<std::string>& events) {
+  const auto deadline = Clock::now() + kAnswerLimit;
+  host::Frame frame;
+  for (const std::string& event : events) {
+    for (int i = 0; i < m_registrations; ++i) {
+      if (!m_socket.receive(frame, deadline)) throw std::runtime_error("an event did not come");
+      if (frame.payload != event) throw std::runtime_error("another event came than the next one");
+    }
   }
 }
 
-bool Subscriber::isHungUp() const {
-  pollfd asked{m_socket.get(), 0, 0};
-  return ::poll(&asked, 1, 0) == 1;
+void Subscriber::expectNoMore() {
+  host::Frame frame;
+  if (m_socket.receive(frame, Clock::now()))
+    throw std::runtime_error("an event came that is not due");
 }
 
-std::size_t Subscriber::drain() {
+bool Subscriber::isDisconnected() const {
+  pollfd polled{m_socket.descriptor(), 0, 0};
+  return ::poll(&polled, 1, 0) == 1;
+}
+
+std::size_t Subscriber::drain() const {
   std::array<char, 65536> bytes;
   std::size_t count = 0;
   ssize_t got = 0;
-  while ((got = ::recv(m_socket.get(), bytes.data(), bytes.size(), 0)) > 0) {
+  while ((got = ::recv(m_socket.descriptor(), bytes.data(), bytes.size(), 0)) > 0) {
     count += static_cast<std::size_t>(got);
   }
   return count;

@@ -1,40 +1,38 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <filesystem>
-#include <functional>
-#include <string_view>
+#include <string>
+#include <vector>
 
-#include "base/Descriptor.h"
-#include "remote/Frame.h"
+#include "remote/FrameSocket.h"
 
 namespace load {
 
-// A client that observes, and then reads events or does not. Owner: a test. Thread: one at a time.
-// Failure: std::runtime_error, when the host does not take it or hangs up.
+// A client that observes, and reads events when the test asks. Owner: a test. Thread: one at a
+// time. Failure: host::Error, when the host does not accept it or disconnects; std::runtime_error.
 class Subscriber {
  public:
-  // Connects and registers so many times; each event comes as often.
+  // Connects and registers; each event comes as often as it is registered. REQUIRES: the clock
+  // stands still, so that no event comes before the replies.
   explicit Subscriber(const std::filesystem::path& socket, int registrations = 1);
 
-  // Passes on the events that have come, without waiting.
-  void read(const std::function<void(std::string_view event)>& heard);
+  // Reads these events, and throws when another one comes instead, or one is missing for 20 s.
+  // Payloads in the default codec.
+  void expect(const std::vector<std::string>& events);
 
-  // Without reading: whether the host has hung up.
-  [[nodiscard]] bool isHungUp() const;
+  // Throws when an event is left to read.
+  void expectNoMore();
 
-  // Reads all that is left after the host has hung up; how many bytes that was.
-  std::size_t drain();
+  // Without reading: whether the host has disconnected.
+  [[nodiscard]] bool isDisconnected() const;
 
-  [[nodiscard]] int descriptor() const { return m_socket.get(); }
+  // Reads everything left after the host has disconnected; how many bytes that was.
+  [[nodiscard]] std::size_t drain() const;
 
  private:
-  void send(std::string_view bytes);
-  bool receive();
-  void awaitReplies(int count);
-
-  host::Descriptor m_socket;
-  host::FrameReader m_reader;
+  host::FrameSocket m_socket;
+  const int m_registrations;
 };
 
 }  // namespace load

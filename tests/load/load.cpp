@@ -1,5 +1,5 @@
-// load [--seconds N]: 500 subscribers and 64 callers against one host, then every attack at once
-// against another. Exit status: 0 everybody got what was due, 1 somebody did not, 2 usage, 128 +
+// load [--seconds N]: 500 subscribers and 64 callers at one host, then every attack at once on
+// another. Exit status: 0 every client was served as it must be, 1 one was not, 2 usage, 128 +
 // signal when it was stopped.
 
 #include <charconv>
@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kWarmUpPart = 6;  // of the whole time, and no more than ten seconds
+constexpr int kWarmUpPart = 6;  // of the whole time; at most ten seconds
 
 bool parse(int argc, char** argv, load::Size& size) {
   if (argc == 1) return true;
@@ -27,12 +27,18 @@ bool parse(int argc, char** argv, load::Size& size) {
   return true;
 }
 
-bool bystandersAreServed(std::chrono::milliseconds duration) {
-  const load::AttackFigures figures = load::attackAHost(duration);
-  const std::string complaint = complaintAbout(figures, load::kMostP99);
-  std::cout << toText(figures);
-  if (!complaint.empty()) std::cout << complaint << '\n';
+// Prints the figures, and what is wrong with them. False: something is.
+template <class Figures, class... Bounds>
+bool report(const Figures& figures, Bounds... bounds) {
+  const std::string complaint = complaintAbout(figures, bounds...);
+  std::cout << toText(figures) << complaint << (complaint.empty() ? "" : "\n");
   return complaint.empty();
+}
+
+bool run(const load::Size& size) {
+  std::cout << size.subscribers << " subscribers, " << size.callers << " callers, "
+            << size.duration.count() / 1000 << " s\n";
+  return report(load::loadAHost(size)) && report(load::attackAHost(size.duration), load::kMostP99);
 }
 
 }  // namespace
@@ -44,13 +50,7 @@ int main(int argc, char** argv) try {
     return 2;
   }
   const support::Interruption interruption;
-  load::LoadRun everybody(size);
-  const bool served = everybody.run();
-  std::cout << size.subscribers << " subscribers, " << size.callers << " callers, "
-            << size.duration.count() / 1000 << " s\n"
-            << toText(everybody.figures());
-  if (!served) std::cout << everybody.fault() << '\n';
-  return support::Interruption::statusOr(served && bystandersAreServed(size.duration) ? 0 : 1);
+  return support::Interruption::statusOr(run(size) ? 0 : 1);
 } catch (const std::exception& error) {
   std::cerr << "load: " << error.what() << '\n';
   return support::Interruption::statusOr(1);
