@@ -15,17 +15,13 @@
 namespace host {
 namespace {
 
-constexpr int kMostAtOnce = 16;  // then connected clients get a turn
+constexpr int kMostAtOnce = 16;  // clients; then the connected ones get a turn
 constexpr std::chrono::milliseconds kPause{100};
 
 constexpr const char* kNoDescriptor = "no file descriptor is left";
 
 Descriptor spareDescriptor() {
   return Descriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-}
-
-bool isOver(int error) {
-  return error == EAGAIN;
 }
 
 bool concernsOneClient(int error) {
@@ -38,11 +34,11 @@ bool isShortage(int error) {
 
 }  // namespace
 
-Acceptor::Acceptor(asio::io_context& loop, int listener, std::function<void(Socket)> taken)
+Acceptor::Acceptor(asio::io_context& loop, int listener, std::function<void(Socket)> accepted)
     : m_loop(loop),
       m_acceptor(loop),
       m_pause(loop),
-      m_taken(std::move(taken)),
+      m_accepted(std::move(accepted)),
       m_spare(spareDescriptor()),
       m_alive(std::make_shared<bool>(true)),
       m_waitMemory(std::make_shared<WaitMemory>()) {
@@ -59,12 +55,12 @@ Acceptor::~Acceptor() {
 void Acceptor::wait() {
   m_acceptor.async_wait(asio::socket_base::wait_read,
                         WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& error) {
-                                      if (*alive && !error) acceptAll();
+                                      if (*alive && !error) acceptWaiting();
                                     }});
 }
 
 // Waits again after any exception, for instance without memory for the pause.
-void Acceptor::acceptAll() try {
+void Acceptor::acceptWaiting() try {
   const int error = acceptSome();
   if (error == 0) return wait();
   logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
@@ -75,16 +71,16 @@ void Acceptor::acceptAll() try {
 }
 
 int Acceptor::acceptSome() {
-  for (int taken = 0; taken < kMostAtOnce; ++taken) {
+  for (int accepted = 0; accepted < kMostAtOnce; ++accepted) {
     const int client =
         ::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (client >= 0) {
-      takeIn(Descriptor(client));
+      handOver(Descriptor(client));
       continue;
     }
     int error = errno;
     if (isShortage(error)) error = turnAway();
-    if (isOver(error)) return 0;
+    if (error == EAGAIN) return 0;  // the backlog is empty
     if (error != 0 && !concernsOneClient(error)) return error;
   }
   return 0;
@@ -97,10 +93,10 @@ void Acceptor::pause() {
                                  }});
 }
 
-void Acceptor::takeIn(Descriptor client) try {
+void Acceptor::handOver(Descriptor client) try {
   Socket socket(m_loop, asio::local::stream_protocol(), client.get());
   static_cast<void>(client.release());
-  m_taken(std::move(socket));
+  m_accepted(std::move(socket));
 } catch (const std::exception& error) {
   m_turnedAway.log(error.what());
 }
@@ -113,8 +109,9 @@ void Acceptor::refuse(int client, std::string_view why) noexcept try {
   // No memory for the reason: the client is only disconnected.
 }
 
-// A client that cannot be accepted would stay in the backlog and wake the loop for ever. Returns 0,
-// or the error of accept: EAGAIN tells that the backlog is empty, which EMFILE hides.
+// Accepts a client with the spare descriptor and disconnects it: in the backlog it would wake the
+// loop for ever. Returns 0, or the error of accept: EMFILE hides that the backlog is empty
+// (EAGAIN).
 int Acceptor::turnAway() {
   if (!m_spare.valid()) return EMFILE;
   m_spare.reset();

@@ -15,9 +15,14 @@ inline constexpr std::string_view kDefaultCodec = "msgpack";
 class CodecTable {
  public:
   // Null for an unknown name. Owned by the table.
-  [[nodiscard]] MessageCodec* find(std::string_view name);
+  [[nodiscard]] MessageCodec* find(std::string_view name) {
+    if (name == kDefaultCodec) return &m_messagePack;
+    return name == "json" ? &m_json : nullptr;
+  }
 
-  [[nodiscard]] static std::vector<std::string> names();
+  [[nodiscard]] static std::vector<std::string> names() {
+    return {std::string(kDefaultCodec), "json"};
+  }
 
  private:
   MessagePackCodec m_messagePack;

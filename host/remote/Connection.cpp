@@ -10,13 +10,13 @@
 #include <utility>
 
 #include "Logging.h"
-#include "remote/ClientBounds.h"
+#include "remote/ClientLimits.h"
 #include "remote/PeerProcess.h"
 
 namespace host {
 namespace {
 
-constexpr std::uint64_t kNotWatched = UINT64_MAX;  // the client was not waited for throughout
+constexpr std::uint64_t kNotAwaited = UINT64_MAX;  // the host did not read from it meanwhile
 
 // For the log; 0 when the system does not know.
 long processIdAt(int socket) {
@@ -30,34 +30,29 @@ std::string reasonOf(int error) {
 
 }  // namespace
 
-Connection::Connection(Socket socket, Entrance entrance, std::uint64_t number, Listener& listener,
-                       std::chrono::milliseconds limit)
+Connection::Connection(Socket socket, Endpoint endpoint, std::uint64_t number, Listener& listener,
+                       std::chrono::milliseconds timeout)
     : m_socket(std::move(socket)),
       m_timer(m_socket.get_executor()),
-      m_entrance(entrance),
+      m_endpoint(endpoint),
       m_number(number),
       m_listener(listener),
-      m_limit(limit) {}
+      m_timeout(timeout) {}
 
 void Connection::makePeer() {
-  const std::shared_ptr<Attention> attention(
-      new Attention{m_socket.get_executor(), weak_from_this()});
+  const std::shared_ptr<Wakeup> wakeup(new Wakeup{m_socket.get_executor(), weak_from_this()});
   m_peer = std::make_shared<Peer>("client-" + std::to_string(m_number), m_socket.native_handle(),
-                                  [attention] { ask(attention); });
+                                  [wakeup] { wakeLoop(wakeup); });
 }
 
-void Connection::ask(const std::shared_ptr<Attention>& attention) {
-  if (attention->pending.exchange(true)) return;
-  const std::shared_ptr<WaitMemory> memory(attention, &attention->memory);
-  asio::post(attention->loop, WaitHandler{memory, [attention] {
-                                            attention->pending = false;
-                                            const auto self = attention->connection.lock();
-                                            if (self) self->guarded([&] { self->attend(); });
-                                          }});
-}
-
-void Connection::open() {
-  read();
+void Connection::wakeLoop(const std::shared_ptr<Wakeup>& wakeup) {
+  if (wakeup->pending.exchange(true)) return;
+  const std::shared_ptr<WaitMemory> memory(wakeup, &wakeup->memory);
+  asio::post(wakeup->loop, WaitHandler{memory, [wakeup] {
+                                         wakeup->pending = false;
+                                         const auto self = wakeup->connection.lock();
+                                         if (self) self->guarded([&] { self->checkOutbox(); });
+                                       }});
 }
 
 void Connection::read() {
@@ -72,10 +67,10 @@ void Connection::read() {
 void Connection::onRead(bool failed, std::size_t bytes) {
   m_reading = false;
   if (m_closed) return;
-  if (failed) return onEnd();
+  if (failed) return onEndOfStream();
   m_reader.commit(bytes);
   // A client that needed more than a turn queues behind those that wait for theirs.
-  if (std::exchange(m_cutShort, false)) return m_listener.turnOver(*this);
+  if (std::exchange(m_turnOver, false)) return m_listener.onTurnOver(*this);
   handle(kFramesAtOnce);
 }
 
@@ -87,14 +82,14 @@ void Connection::handle(std::size_t frames) {
   guarded([this, frames] {
     switch (handleFrames(frames)) {
       case Turn::complete:
-        if (m_reader.midFrame()) watch();
+        if (m_reader.midFrame()) startTimeout();
         return read();
       case Turn::over:
-        m_cutShort = true;
-        m_framesBeforeWatch = kNotWatched;
-        return m_listener.turnOver(*this);
-      case Turn::held:
-        return hold();
+        m_turnOver = true;
+        m_framesAtTimeoutStart = kNotAwaited;
+        return m_listener.onTurnOver(*this);
+      case Turn::paused:
+        return pause();
       case Turn::dropped:
         return;
     }
@@ -105,7 +100,7 @@ Connection::Turn Connection::handleFrames(std::size_t most) {
   const auto end = std::chrono::steady_clock::now() + kTurn;
   Frame frame;
   for (std::size_t handled = 0; m_reader.midFrame(); ++handled) {
-    if (!m_peer->mayGoOn()) return Turn::held;
+    if (!m_peer->mayHandleNext()) return Turn::paused;
     if (handled == most) return Turn::over;
     if (handled > 0 && std::chrono::steady_clock::now() >= end) return Turn::over;
     switch (m_reader.next(frame)) {
@@ -115,7 +110,7 @@ Connection::Turn Connection::handleFrames(std::size_t most) {
         drop(m_reader.fault().c_str());
         return Turn::dropped;
       case FrameReader::Outcome::frame:
-        if (const auto fault = m_listener.frame(*this, frame)) {
+        if (const auto fault = m_listener.onFrame(*this, frame)) {
           drop(fault->c_str());
           return Turn::dropped;
         }
@@ -125,49 +120,49 @@ Connection::Turn Connection::handleFrames(std::size_t most) {
   return Turn::complete;
 }
 
-// The host does not read from a held client; what it sends waits in its socket.
-void Connection::hold() {
-  m_held = true;
-  m_peer->setHeld(true);
-  watchForHangUp();
-  if (m_peer->mayGoOn()) goOn();  // an answer came before setHeld
+// The host does not read from a paused client; what it sends waits in its socket.
+void Connection::pause() {
+  m_paused = true;
+  m_peer->setPaused(true);
+  watchForDisconnect();
+  if (m_peer->mayHandleNext()) resume();  // an answer came before setPaused
 }
 
-void Connection::goOn() {
-  m_held = false;
-  m_framesBeforeWatch = kNotWatched;
-  m_peer->setHeld(false);
-  m_listener.turnOver(*this);
+void Connection::resume() {
+  m_paused = false;
+  m_framesAtTimeoutStart = kNotAwaited;
+  m_peer->setPaused(false);
+  m_listener.onTurnOver(*this);
 }
 
 // The end of the stream lies behind unread bytes, but a closed socket is reported at once.
-void Connection::watchForHangUp() {
+void Connection::watchForDisconnect() {
   if (m_peer->outbox().state() != Outbox::State::open) return;
-  if (std::exchange(m_waitingForHangUp, true)) return;
+  if (std::exchange(m_waitingForDisconnect, true)) return;
   m_socket.async_wait(Socket::wait_error, [self = shared_from_this()](const auto& error) {
-    self->m_waitingForHangUp = false;
-    if (!error && !self->m_closed) self->m_peer->outbox().giveUp(EPIPE);
+    self->m_waitingForDisconnect = false;
+    if (!error && !self->m_closed) self->m_peer->outbox().fail(EPIPE);
   });
 }
 
-void Connection::onEnd() {
-  if (m_reader.midFrame()) return drop("hung up in the middle of a frame");
+void Connection::onEndOfStream() {
+  if (m_reader.midFrame()) return drop("disconnected in the middle of a frame");
   m_ending = true;
-  m_peer->hangUp();
-  m_listener.hungUp(*this);
-  if (!otherSideIsOpen()) return close();
-  watch();
-  finishWhenAnswered();
+  m_peer->disconnect();
+  m_listener.onDisconnect(*this);
+  if (!clientStillReads()) return close();
+  startTimeout();
+  closeIfAnswered();
 }
 
 // A client that only ended its sending side still reads; one that closed its socket does not.
-bool Connection::otherSideIsOpen() {
-  pollfd asked{m_socket.native_handle(), 0, 0};
-  return ::poll(&asked, 1, 0) == 0;
+bool Connection::clientStillReads() {
+  pollfd polled{m_socket.native_handle(), 0, 0};
+  return ::poll(&polled, 1, 0) == 0;
 }
 
-void Connection::finishWhenAnswered() {
-  if (m_peer->outbox().idle() && !m_peer->hasOpenLines()) close();
+void Connection::closeIfAnswered() {
+  if (m_peer->outbox().idle() && !m_peer->hasOpenChannels()) close();
 }
 
 // Any exception drops only this client.
@@ -191,38 +186,38 @@ void Connection::close() {
   const auto self = shared_from_this();
   m_peer->outbox().close();
   if (!m_ending) {
-    m_peer->hangUp();
-    m_listener.hungUp(*this);
+    m_peer->disconnect();
+    m_listener.onDisconnect(*this);
   }
   m_timer.cancel();
   asio::error_code ignored;
   m_socket.close(ignored);
-  m_listener.closed(*this);
+  m_listener.onClosed(*this);
 }
 
 void Connection::end() {
-  guarded([this] { attend(); });
+  guarded([this] { checkOutbox(); });
   close();
 }
 
-void Connection::attend() {
+void Connection::checkOutbox() {
   if (m_closed) return;
-  if (m_held && m_peer->mayGoOn()) goOn();
+  if (m_paused && m_peer->mayHandleNext()) resume();
   switch (m_peer->outbox().state()) {
     case Outbox::State::open:
       break;
-    case Outbox::State::overflown:
+    case Outbox::State::overflowed:
       return drop("does not read what is sent to it");
     case Outbox::State::failed:
       return drop(("cannot be sent to: " + reasonOf(m_peer->outbox().error())).c_str());
     default:
       // The client is unreachable. Calls that it sent before are still executed; control requests
       // are not, and its place becomes free.
-      if (m_ending || m_entrance == Entrance::control) close();
+      if (m_ending || m_endpoint == Endpoint::control) close();
       return;
   }
   if (!m_peer->outbox().idle()) return waitForRoom();
-  if (m_ending) finishWhenAnswered();
+  if (m_ending) closeIfAnswered();
 }
 
 void Connection::waitForRoom() {
@@ -231,28 +226,28 @@ void Connection::waitForRoom() {
     self->m_waitingForRoom = false;
     if (self->m_closed) return;
     static_cast<void>(self->m_peer->outbox().flush());
-    self->guarded([&] { self->attend(); });
+    self->guarded([&] { self->checkOutbox(); });
   });
 }
 
 // Armed once for a series of unfinished frames; the expiry checks what was received meanwhile.
-void Connection::watch() {
-  if (std::exchange(m_watching, true)) return;
-  m_framesBeforeWatch = m_frames;
-  m_timer.expires_after(m_limit);
+void Connection::startTimeout() {
+  if (std::exchange(m_timeoutStarted, true)) return;
+  m_framesAtTimeoutStart = m_frames;
+  m_timer.expires_after(m_timeout);
   m_timer.async_wait([weak = weak_from_this()](const auto& error) {
     if (error) return;
-    if (const auto self = weak.lock()) self->guarded([&] { self->onTime(); });
+    if (const auto self = weak.lock()) self->guarded([&] { self->onTimeout(); });
   });
 }
 
-void Connection::onTime() {
-  m_watching = false;
+void Connection::onTimeout() {
+  m_timeoutStarted = false;
   if (m_closed) return;
   if (m_ending) return close();  // its last answers are not ready, or it does not read them
   if (!m_reader.midFrame()) return;
-  if (m_reading && m_frames == m_framesBeforeWatch) return drop("did not finish a frame");
-  watch();
+  if (m_reading && m_frames == m_framesAtTimeoutStart) return drop("did not finish a frame");
+  startTimeout();
 }
 
 }  // namespace host

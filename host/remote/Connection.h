@@ -19,8 +19,8 @@
 namespace host {
 
 // One client's socket on the loop: reads frames, flushes the peer's outbox, detects the disconnect.
-// Owner: the server, until closed(). Thread: the loop's. Failure: a protocol error or a timeout of
-// the client ends this connection with one log line.
+// Owner: the server, until onClosed(). Thread: the loop's. Failure: a protocol error or a timeout
+// of the client ends this connection with one log line.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
   // The loop's executor by its own type: the type-erased one costs on every read.
@@ -31,34 +31,34 @@ class Connection : public std::enable_shared_from_this<Connection> {
   class Listener {
    public:
     // Handles one frame. Returns a text to drop the client: what it did wrong.
-    virtual std::optional<std::string> frame(Connection& from, const Frame& frame) = 0;
+    virtual std::optional<std::string> onFrame(Connection& from, const Frame& frame) = 0;
 
     // The client sent more frames than fit in a turn: call takeTurn() after the others' turns.
-    virtual void turnOver(Connection& from) = 0;
+    virtual void onTurnOver(Connection& from) = 0;
 
-    // The client sends no more: undo its registrations. Called once.
-    virtual void hungUp(Connection& from) = 0;
+    // The client has disconnected or sends no more: undo its registrations. Called once.
+    virtual void onDisconnect(Connection& from) = 0;
 
     // The last call from this connection. Called once.
-    virtual void closed(Connection& from) = 0;
+    virtual void onClosed(Connection& from) = 0;
 
    protected:
     ~Listener() = default;
   };
 
   // The socket at which the client connected, which decides what it may send.
-  enum class Entrance { calls, control };
+  enum class Endpoint { calls, control };
 
-  Connection(Socket socket, Entrance entrance, std::uint64_t number, Listener& listener,
-             std::chrono::milliseconds limit);
+  Connection(Socket socket, Endpoint endpoint, std::uint64_t number, Listener& listener,
+             std::chrono::milliseconds timeout);
 
   // Once, before all else.
   void makePeer();
 
-  // Starts to read.
-  void open();
+  // Starts to read. The connection calls it again after each turn.
+  void read();
 
-  // Handles received frames for one turn. REQUIRES: called once for each turnOver().
+  // Handles received frames for one turn. REQUIRES: called once for each onTurnOver().
   void takeTurn();
 
   // Disconnects, without a log line.
@@ -69,58 +69,57 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   [[nodiscard]] Peer& peer() { return *m_peer; }
   [[nodiscard]] const std::shared_ptr<Peer>& sharedPeer() const { return m_peer; }
-  [[nodiscard]] Entrance entrance() const { return m_entrance; }
+  [[nodiscard]] Endpoint endpoint() const { return m_endpoint; }
   [[nodiscard]] std::uint64_t number() const { return m_number; }
-  [[nodiscard]] bool heard() const { return m_frames > 0; }  // an earlier frame was received
+  [[nodiscard]] bool hasSentFrames() const { return m_frames > 0; }  // before this one
 
  private:
-  // Lets any thread make the loop call attend(). Requests are coalesced; a request has memory of
-  // its own, since a client whose request is lost would wait for ever.
-  struct Attention {
+  // Lets any thread make the loop call checkOutbox(). Requests are coalesced; a request has memory
+  // of its own, since a client whose request is lost would wait for ever.
+  struct Wakeup {
     Executor loop;
     std::weak_ptr<Connection> connection;
     std::atomic<bool> pending{false};
     WaitMemory memory{};
   };
 
-  static void ask(const std::shared_ptr<Attention>& attention);
-  void read();
+  static void wakeLoop(const std::shared_ptr<Wakeup>& wakeup);
   void onRead(bool failed, std::size_t bytes);
-  enum class Turn { complete, over, held, dropped };
+  enum class Turn { complete, over, paused, dropped };
   void handle(std::size_t frames);
   [[nodiscard]] Turn handleFrames(std::size_t most);
-  void hold();
-  void goOn();
-  void watchForHangUp();
-  void onEnd();
+  void pause();
+  void resume();
+  void watchForDisconnect();
+  void onEndOfStream();
   void drop(const char* why);
   template <class Step>
   void guarded(Step step);
-  void attend();
+  void checkOutbox();
   void waitForRoom();
-  void finishWhenAnswered();
-  [[nodiscard]] bool otherSideIsOpen();
-  void watch();
-  void onTime();
+  void closeIfAnswered();
+  [[nodiscard]] bool clientStillReads();
+  void startTimeout();
+  void onTimeout();
 
   Socket m_socket;
   asio::basic_waitable_timer<std::chrono::steady_clock,
                              asio::wait_traits<std::chrono::steady_clock>, Executor>
       m_timer;
-  const Entrance m_entrance;
+  const Endpoint m_endpoint;
   const std::uint64_t m_number;
   Listener& m_listener;
-  const std::chrono::milliseconds m_limit;
+  const std::chrono::milliseconds m_timeout;
   std::shared_ptr<Peer> m_peer;
   FrameReader m_reader;
   std::uint64_t m_frames = 0;
-  std::uint64_t m_framesBeforeWatch = 0;
-  bool m_watching = false;
+  std::uint64_t m_framesAtTimeoutStart = 0;
+  bool m_timeoutStarted = false;
   bool m_waitingForRoom = false;
-  bool m_waitingForHangUp = false;
+  bool m_waitingForDisconnect = false;
   bool m_reading = false;   // waiting for the client to send
-  bool m_cutShort = false;  // a turn ended with frames left
-  bool m_held = false;      // not read until it got answers
+  bool m_turnOver = false;  // a turn ended with frames left
+  bool m_paused = false;    // not read until its requests are answered
   bool m_ending = false;    // the client ended its sending side
   bool m_closed = false;
 };

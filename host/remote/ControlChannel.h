@@ -7,8 +7,8 @@
 
 namespace host {
 
-// Answers one control request. Owner: shared by those who still have to answer; releasing the last
-// reference ends the request, with a refusal if it has no answer. Thread: any, also in parallel; no
+// Answers one control request. Owner: shared by all code that may still answer; releasing the last
+// reference ends the request, with a refusal if it has no reply. Thread: any, also in parallel; no
 // operation blocks, calls back or logs, so that a log sink may use it. Failure: false from then on
 // when the client has disconnected or did not read.
 class ControlChannel {
@@ -33,7 +33,8 @@ class ControlChannel {
   // request. REQUIRES: framework thread, before the handler returns.
   virtual void holdNext() {}
 
-  // Who sent the request, for an OriginScope around its execution. Constant. Empty: this process.
+  // The process that sent the request, for an OriginScope around its execution. Constant. Empty:
+  // this process.
   [[nodiscard]] virtual const std::string& origin() const {
     static const std::string self;
     return self;
@@ -45,7 +46,7 @@ class ControlChannel {
   ControlChannel& operator=(const ControlChannel&) = delete;
 };
 
-// A request as it came: text that claims to be JSON.
+// A request as received; its text may not be valid JSON.
 struct ControlRequest {
   std::string text;
   std::shared_ptr<ControlChannel> channel;

@@ -70,7 +70,7 @@ FrameReader::Outcome FrameReader::next(Frame& frame) {
   if (length < kMinFrameLength) return refuse("frame of " + std::to_string(length) + " bytes");
   if (length > kMaxFrameLength) {
     return refuse("frame of " + std::to_string(length) + " bytes announced, " +
-                  std::to_string(kMaxFrameLength) + " is the most");
+                  std::to_string(kMaxFrameLength) + " is the limit");
   }
   if (held <= kLengthSize) return Outcome::needMore;
   const auto kind = static_cast<unsigned char>(start[kLengthSize]);

@@ -55,13 +55,13 @@ class FrameReader {
   // `bytes` bytes of space() have been filled.
   void commit(std::size_t bytes);
 
-  // Removes the next whole frame. The payload is valid until the next space().
+  // Removes the next complete frame. The payload is valid until the next space().
   [[nodiscard]] Outcome next(Frame& frame);
 
-  // True when there are bytes of an unfinished frame.
+  // True when there are bytes that next() has not removed.
   [[nodiscard]] bool midFrame() const { return m_begin != m_end; }
 
-  // One line for people, empty while the stream is whole.
+  // One line, such as "frame of 4 bytes"; empty until a protocol error.
   [[nodiscard]] const std::string& fault() const { return m_fault; }
 
  private:

@@ -31,11 +31,12 @@ bool waitFor(int descriptor, short events, FrameSocket::Deadline deadline) {
     const int ready = ::poll(&waited, 1, millisecondsUntil(deadline));
     if (ready > 0) return true;
     if (ready == 0) return false;
-    if (errno != EINTR) throw HostGone(std::string("cannot wait for the host: ") + strerror(errno));
+    if (errno != EINTR)
+      throw HostGone(std::string("cannot wait for the host: ") + std::strerror(errno));
   }
 }
 
-bool canBeRepeated(int error) {
+bool isTemporary(int error) {
   return error == EAGAIN || error == EINTR;
 }
 
@@ -62,8 +63,8 @@ void FrameSocket::send(const Frame& frame) {
         ::send(m_descriptor.get(), rest.data(), rest.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent >= 0) {
       rest.remove_prefix(static_cast<std::size_t>(sent));
-    } else if (!canBeRepeated(errno)) {
-      throw HostGone(std::string("the host hung up: ") + std::strerror(errno));
+    } else if (!isTemporary(errno)) {
+      throw HostGone(std::string("the host disconnected: ") + std::strerror(errno));
     } else if (!waitFor(m_descriptor.get(), POLLOUT, deadline)) {
       throw HostGone("the host does not read");
     }
@@ -76,7 +77,7 @@ bool FrameSocket::receive(Frame& frame, Deadline deadline) {
       case FrameReader::Outcome::frame:
         return true;
       case FrameReader::Outcome::broken:
-        throw HostGone("what answers is no host: " + m_reader.fault());
+        throw HostGone("not a clock host: " + m_reader.fault());
       case FrameReader::Outcome::needMore:
         if (!waitFor(m_descriptor.get(), POLLIN, deadline)) return false;
         fill();
@@ -90,9 +91,9 @@ void FrameSocket::fill() {
   if (got > 0) {
     m_reader.commit(static_cast<std::size_t>(got));
   } else if (got == 0) {
-    throw HostGone("the host hung up");
-  } else if (!canBeRepeated(errno)) {
-    throw HostGone(std::string("the host hung up: ") + std::strerror(errno));
+    throw HostGone("the host disconnected");
+  } else if (!isTemporary(errno)) {
+    throw HostGone(std::string("the host disconnected: ") + std::strerror(errno));
   }
 }
 

@@ -11,7 +11,7 @@
 
 namespace host {
 
-// Nobody listens at the socket.
+// No host listens at the socket.
 struct NoHost : Error {
   using Error::Error;
 };
@@ -21,12 +21,12 @@ struct NotAllowed : Error {
   using Error::Error;
 };
 
-// The host disconnected, or sent something that is no frame.
+// The host disconnected, or sent something that is not a frame.
 struct HostGone : Error {
   using Error::Error;
 };
 
-// The client's end of a connection: whole frames with time limits. Needs nothing but libc.
+// The client's end of a connection: sends and receives whole frames, with time limits.
 // Owner: its creator. Thread: one at a time. Failure: NoHost or NotAllowed from the
 // constructor, HostGone later.
 class FrameSocket {

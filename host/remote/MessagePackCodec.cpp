@@ -8,7 +8,7 @@
 #include <string>
 
 #include "Method.h"
-#include "remote/StreamBytes.h"
+#include "remote/ReadToEnd.h"
 
 namespace host {
 namespace {

@@ -13,18 +13,14 @@ namespace {
 
 constexpr std::size_t kUsualFrame = 1024;  // bytes; enough for almost all frames
 
-bool isTemporary(int error) {
-  return error == EAGAIN;
-}
-
-bool isHangUp(int error) {
+bool isDisconnect(int error) {
   return error == EPIPE || error == ECONNRESET;
 }
 
 }  // namespace
 
-Outbox::Outbox(int socket, std::function<void()> attention)
-    : m_socket(socket), m_attention(std::move(attention)) {}
+Outbox::Outbox(int socket, std::function<void()> wake)
+    : m_socket(socket), m_wake(std::move(wake)) {}
 
 bool Outbox::send(const Frame& frame) {
   if (frame.payload.size() > kMaxPayload) return false;
@@ -46,17 +42,17 @@ bool Outbox::sendBytes(std::string_view frame) {
   if (m_state != State::open) return false;
   if (frame.empty()) return true;
   if (!queue(frame)) return false;
-  if (wasIdle) m_attention();
+  if (wasIdle) m_wake();
   return true;
 }
 
 bool Outbox::queue(std::string_view frame) try {
   m_queued.append(frame);
   if (m_queued.size() <= kMaxQueued) return true;
-  end(State::overflown);
+  end(State::overflowed);
   return false;
 } catch (const std::bad_alloc&) {
-  fail(ENOMEM);
+  end(ENOMEM);
   return false;
 }
 
@@ -65,30 +61,30 @@ std::size_t Outbox::transmit(std::string_view bytes) {
     const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     if (sent >= 0) return static_cast<std::size_t>(sent);
     if (errno == EINTR) continue;
-    if (!isTemporary(errno)) fail(errno);
+    if (errno != EAGAIN) end(errno);
     return 0;
   }
 }
 
-void Outbox::giveUp(int error) {
+void Outbox::fail(int error) {
   const MutexLock lock(m_mutex);
-  if (m_state == State::open) fail(error);
+  if (m_state == State::open) end(error);
 }
 
-void Outbox::fail(int error) {
+void Outbox::end(int error) {
   m_error = error;
-  end(isHangUp(error) ? State::broken : State::failed);
+  end(isDisconnect(error) ? State::broken : State::failed);
 }
 
 void Outbox::end(State state) {
   m_state = state;
   std::string().swap(m_queued);
-  m_attention();
+  m_wake();
 }
 
-void Outbox::ring() {
+void Outbox::wakeLoop() {
   const MutexLock lock(m_mutex);
-  if (m_state != State::closed) m_attention();
+  if (m_state != State::closed) m_wake();
 }
 
 bool Outbox::flush() {
@@ -103,7 +99,7 @@ void Outbox::close() {
   const MutexLock lock(m_mutex);
   m_state = State::closed;
   std::string().swap(m_queued);
-  m_attention = nullptr;
+  m_wake = nullptr;
 }
 
 Outbox::State Outbox::state() const {

@@ -12,28 +12,29 @@ namespace host {
 
 // The sending side of one client's socket: writes to the socket while it accepts everything, then
 // queues. Frames keep the order of the send() calls. Never blocks, never logs.
-// Owner: the client's Peer. Thread: send and ring any; flush and close the loop's.
+// Owner: the client's Peer. Thread: send, fail and wakeLoop any; flush and close the loop's.
 // Failure: ends when the client disconnects (broken), leaves more than kMaxQueued bytes unread
-// (overflown), or sending fails or memory is short (failed); state() says which, and every later
+// (overflowed), or sending fails or memory is short (failed); state() says which, and every later
 // send is refused.
 class Outbox {
  public:
   static constexpr std::size_t kMaxQueued = 1024 * 1024;
 
-  enum class State { open, overflown, broken, failed, closed };
+  enum class State { open, overflowed, broken, failed, closed };
 
-  // `attention` makes the loop check the outbox. Called on any thread, with the lock held, so it
-  // may only post; never after close(). REQUIRES: the socket stays open until close().
-  Outbox(int socket, std::function<void()> attention);
+  // `wake` makes the loop check the outbox. Called on any thread, with the lock held, so it may
+  // only post; never after close(). REQUIRES: the socket stays open until close().
+  Outbox(int socket, std::function<void()> wake);
 
   // False when the frame will not reach the client.
   bool send(const Frame& frame);
 
-  // A frame could not be encoded: no frame may follow it.
-  void giveUp(int error);
+  // Fails with this errno, unless it has ended already: a frame could not be encoded, so that none
+  // may follow it, or the client has disconnected (EPIPE).
+  void fail(int error);
 
-  // Calls `attention`.
-  void ring();
+  // Calls `wake`.
+  void wakeLoop();
 
   // Sends queued bytes while the socket accepts them. False when some are left.
   bool flush();
@@ -50,12 +51,12 @@ class Outbox {
   bool sendBytes(std::string_view frame);
   bool queue(std::string_view frame) CLOCK_REQUIRES(m_mutex);
   std::size_t transmit(std::string_view bytes) CLOCK_REQUIRES(m_mutex);
-  void fail(int error) CLOCK_REQUIRES(m_mutex);
+  void end(int error) CLOCK_REQUIRES(m_mutex);
   void end(State state) CLOCK_REQUIRES(m_mutex);
 
   mutable Mutex m_mutex;
   const int m_socket;
-  std::function<void()> m_attention CLOCK_GUARDED_BY(m_mutex);
+  std::function<void()> m_wake CLOCK_GUARDED_BY(m_mutex);
   State m_state CLOCK_GUARDED_BY(m_mutex) = State::open;
   int m_error CLOCK_GUARDED_BY(m_mutex) = 0;
   std::string m_queued

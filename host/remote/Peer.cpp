@@ -8,12 +8,13 @@
 
 #include "MessageCodec.h"
 #include "Proxy.h"
-#include "remote/ClientBounds.h"
-#include "remote/ControlLine.h"
+#include "remote/ClientLimits.h"
 #include "remote/PeerProcess.h"
 
 namespace host {
 namespace {
+
+constexpr std::string_view kNoAnswer = R"({"ok":false,"error":"the host could not answer"})";
 
 std::string originOf(int socket) {
   const auto process = processAt(socket);
@@ -23,10 +24,69 @@ std::string originOf(int socket) {
 
 }  // namespace
 
-Peer::Peer(std::string address, int socket, std::function<void()> attention)
+// The control channel of one request of this client.
+class Peer::Channel : public ControlChannel {
+ public:
+  Channel(std::shared_ptr<Peer> peer, std::uint32_t id) : m_peer(std::move(peer)), m_id(id) {
+    ++m_peer->m_openChannels;
+  }
+
+  // The request was lost, perhaps for lack of memory: a refusal spares the client the wait. During
+  // stack unwinding the client is about to be dropped.
+  ~Channel() override {
+    const bool lost = !m_replied && std::uncaught_exceptions() == 0;
+    if (lost) m_peer->m_outbox.send({FrameKind::controlReply, m_id, kNoAnswer});
+    if (m_holding) --m_peer->m_holds;
+    --m_peer->m_openChannels;
+    if (m_peer->m_disconnected || m_peer->m_paused) m_peer->m_outbox.wakeLoop();
+  }
+
+  bool reply(std::string_view json) override {
+    if (json.size() > kMaxPayload || m_replied.exchange(true)) return false;
+    return m_peer->m_outbox.send({FrameKind::controlReply, m_id, json});
+  }
+
+  bool item(std::string_view json) override {
+    return !m_replied && m_peer->m_outbox.send({FrameKind::controlItem, m_id, json});
+  }
+
+  void onGone(std::function<void()> gone) override {
+    if (m_peer->m_disconnected) return gone();
+    m_gone = std::move(gone);
+  }
+
+  bool wanted() const override {
+    return !m_replied && m_peer->m_outbox.state() == Outbox::State::open;
+  }
+
+  void holdNext() override {
+    if (!std::exchange(m_holding, true)) ++m_peer->m_holds;
+  }
+
+  [[nodiscard]] const std::string& origin() const override { return m_peer->m_origin; }
+
+  // Replies, unless onGone was called: a stream ends with its connection.
+  void replyUnlessStream(std::string_view json) {
+    if (!m_gone) reply(json);
+  }
+
+  // The client has disconnected. Thread: the loop's.
+  void notifyGone() {
+    if (const auto gone = std::exchange(m_gone, nullptr)) gone();
+  }
+
+ private:
+  const std::shared_ptr<Peer> m_peer;
+  const std::uint32_t m_id;
+  std::atomic<bool> m_replied = false;
+  bool m_holding = false;        // the loop's, until the end
+  std::function<void()> m_gone;  // the loop's alone
+};
+
+Peer::Peer(std::string address, int socket, std::function<void()> wake)
     : m_address(std::move(address)),
       m_origin(originOf(socket)),
-      m_outbox(socket, std::move(attention)) {}
+      m_outbox(socket, std::move(wake)) {}
 
 Peer::~Peer() = default;
 
@@ -37,23 +97,23 @@ void Peer::setCodec(std::string name, MessageCodec& codec) {
 
 // Any exception drops only this client, and does not reach the service or its other observers.
 bool Peer::sendMethod(Method& method) try {
-  if (m_gone) return false;
+  if (m_disconnected) return false;
   // Reused: constructing a stream costs more than everything else here.
   thread_local std::stringstream stream;
   stream.str("");
   stream.clear();
   m_codec->encode(method, stream);
   if (stream) return m_outbox.send({FrameKind::event, 0, stream.view()});
-  m_outbox.giveUp(ENOMEM);
+  m_outbox.fail(ENOMEM);
   return false;
 } catch (const std::exception&) {
-  m_outbox.giveUp(ENOMEM);
+  m_outbox.fail(ENOMEM);
   return false;
 }
 
 Proxy* Peer::proxy(const std::function<Proxy*()>& make) {
   const MutexLock lock(m_proxyMutex);
-  if (!m_proxy && !m_gone) {
+  if (!m_proxy && !m_disconnected) {
     m_proxy.reset(make());
     if (m_proxy) m_proxy->initProxy(*this);
   }
@@ -70,27 +130,27 @@ void Peer::freeProxy() {
   m_proxy.reset();
 }
 
-std::shared_ptr<ControlChannel> Peer::openLine(std::uint32_t id) {
-  std::erase_if(m_lines, [](const auto& line) { return line.expired(); });
-  auto line = std::make_shared<ControlLine>(shared_from_this(), id);
-  m_lines.push_back(line);
-  return line;
+std::shared_ptr<ControlChannel> Peer::openChannel(std::uint32_t id) {
+  std::erase_if(m_channels, [](const auto& channel) { return channel.expired(); });
+  auto channel = std::make_shared<Channel>(shared_from_this(), id);
+  m_channels.push_back(channel);
+  return channel;
 }
 
-bool Peer::mayGoOn() const {
-  return m_openLines < kMostOpenRequests && m_holds == 0 && m_outbox.queued() < kMostUnread;
+bool Peer::mayHandleNext() const {
+  return m_openChannels < kMostOpenRequests && m_holds == 0 && m_outbox.queued() < kMostUnread;
 }
 
 void Peer::answerAll(std::string_view json) {
-  for (const auto& held : m_lines) {
-    if (const auto line = held.lock()) line->answerAtEnd(json);
+  for (const auto& open : m_channels) {
+    if (const auto channel = open.lock()) channel->replyUnlessStream(json);
   }
 }
 
-void Peer::hangUp() {
-  m_gone = true;
-  for (const auto& held : std::exchange(m_lines, {})) {
-    if (const auto line = held.lock()) line->tellGone();
+void Peer::disconnect() {
+  m_disconnected = true;
+  for (const auto& open : std::exchange(m_channels, {})) {
+    if (const auto channel = open.lock()) channel->notifyGone();
   }
 }
 

@@ -16,14 +16,13 @@ class Proxy;
 
 namespace host {
 
-class ControlLine;
-
-// One client as the framework knows it: address, codec, outbox, and its observer proxy in the
-// service. Owner: shared by its connection and its unanswered requests. Thread: the loop's, except
-// sendMethod, outbox, proxy and constants.
+// One client as the framework knows it: address, codec, outbox, open control requests, and its
+// observer proxy in the service. Owner: shared by its connection and its unanswered requests.
+// Thread: the loop's, except sendMethod, outbox, proxy and constants.
 class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer> {
  public:
-  Peer(std::string address, int socket, std::function<void()> attention);
+  // socket, wake: see Outbox.
+  Peer(std::string address, int socket, std::function<void()> wake);
   ~Peer();
   Peer(const Peer&) = delete;
   Peer& operator=(const Peer&) = delete;
@@ -40,7 +39,8 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
 
   [[nodiscard]] Outbox& outbox() { return m_outbox; }
 
-  // Sends an event to the client. False when it has disconnected or does not read.
+  // Sends an event to the client; the plug-in's proxy calls it. False when the client has
+  // disconnected or does not read.
   bool sendMethod(Method& method) override;
 
   // The proxy of this client, created when needed. Null when it cannot be created, and for a
@@ -49,16 +49,17 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   [[nodiscard]] bool hasProxy() const;
   void freeProxy();
 
-  // Opens the channel for the answers to a control request.
-  [[nodiscard]] std::shared_ptr<ControlChannel> openLine(std::uint32_t id);
-  [[nodiscard]] bool hasOpenLines() const { return m_openLines != 0; }
+  // Opens the channel for the answers to a control request. While it lives, the connection of a
+  // client that has only shut down its sending side stays open.
+  [[nodiscard]] std::shared_ptr<ControlChannel> openChannel(std::uint32_t id);
+  [[nodiscard]] bool hasOpenChannels() const { return m_openChannels != 0; }
 
-  // Whether the client's next frame may be handled: within the bounds (ClientBounds.h), and not
-  // delayed by a request (holdNext).
-  [[nodiscard]] bool mayGoOn() const;
+  // Whether the client's next frame may be handled: within the limits (ClientLimits.h), and not
+  // delayed by a request (ControlChannel::holdNext).
+  [[nodiscard]] bool mayHandleNext() const;
 
-  // While held, the end of each request calls `attention`.
-  void setHeld(bool held) { m_held = held; }
+  // While paused, the end of each request wakes the loop.
+  void setPaused(bool paused) { m_paused = paused; }
 
   // Answers all open requests except streams. JSON text.
   void answerAll(std::string_view json);
@@ -66,23 +67,23 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   // How often the client is registered as an observer. The loop's.
   std::size_t registrations = 0;
 
-  // The client sends no more and gets no events; notifies its open lines. REQUIRES: called once.
-  void hangUp();
-  [[nodiscard]] bool gone() const { return m_gone; }
+  // The client has disconnected or sends no more: it gets no events, and its open channels are
+  // notified. REQUIRES: called once.
+  void disconnect();
 
  private:
-  friend class ControlLine;
+  class Channel;
 
   const std::string m_address;
   const std::string m_origin;
   std::string m_codecName;
   MessageCodec* m_codec = nullptr;
   Outbox m_outbox;
-  std::atomic<bool> m_gone = false;
-  std::atomic<std::size_t> m_openLines = 0;
-  std::atomic<std::size_t> m_holds = 0;  // lines that delay the client's next frame
-  std::atomic<bool> m_held = false;
-  std::vector<std::weak_ptr<ControlLine>> m_lines;  // the loop's
+  std::atomic<bool> m_disconnected = false;
+  std::atomic<std::size_t> m_openChannels = 0;
+  std::atomic<std::size_t> m_holds = 0;  // channels that delay the client's next frame
+  std::atomic<bool> m_paused = false;
+  std::vector<std::weak_ptr<Channel>> m_channels;  // the loop's
   mutable Mutex m_proxyMutex;
   std::unique_ptr<Proxy> m_proxy CLOCK_GUARDED_BY(m_proxyMutex);
 };

@@ -8,8 +8,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A host that refuses a client sends the reason before any request.
-constexpr std::uint32_t kOfNoRequest = 0;
+// The id of the refusal that a host sends to a client before any request.
+constexpr std::uint32_t kNoRequest = 0;
 
 MessageCodec& knownCodec(CodecTable& table, const std::string& name) {
   if (MessageCodec* const codec = table.find(name)) return *codec;
@@ -53,7 +53,7 @@ bool RemoteClient::barrier(Limit limit) {
   try {
     while (receive(deadline)) continue;
   } catch (const HostGone&) {
-    return true;  // the host has handled all that came and hung up in turn
+    return true;  // the host has handled everything and disconnected
   }
   return false;
 }
@@ -101,7 +101,7 @@ std::optional<ControlAnswer> RemoteClient::nextAnswer(std::uint32_t id, Limit li
 }
 
 std::uint32_t RemoteClient::send(FrameKind kind, std::string_view payload) {
-  if (payload.size() > kMaxPayload) throw Error("a request of more than 1 MiB");
+  if (payload.size() > kMaxPayload) throw Error("the request is too long: at most 1 MiB");
   send({kind, ++m_lastId, payload});
   return m_lastId;
 }
@@ -124,11 +124,11 @@ std::uint32_t RemoteClient::sendMethod(Method& method) {
 bool RemoteClient::receive(Deadline deadline) {
   Frame frame;
   if (!m_socket.receive(frame, deadline)) return false;
-  sort(frame);
+  dispatch(frame);
   return true;
 }
 
-void RemoteClient::sort(const Frame& frame) {
+void RemoteClient::dispatch(const Frame& frame) {
   switch (frame.kind) {
     case FrameKind::reply:
       if (frame.id == m_awaited) m_reply = decode(frame.payload);
@@ -138,7 +138,7 @@ void RemoteClient::sort(const Frame& frame) {
       return;
     case FrameKind::controlReply:
     case FrameKind::controlItem:
-      if (frame.id == kOfNoRequest || frame.id == m_lastCall) {
+      if (frame.id == kNoRequest || frame.id == m_lastCall) {
         throw Refused(errorOf(frame.payload));
       }
       if (const auto found = m_answers.find(frame.id); found != m_answers.end()) {
@@ -147,14 +147,15 @@ void RemoteClient::sort(const Frame& frame) {
       }
       return;
     default:
-      throw HostGone("what answers is no host: a frame that only clients send");
+      throw HostGone("not a clock host: it sent a frame that only clients send");
   }
 }
 
 Method RemoteClient::decode(std::string_view payload) {
   std::stringstream stream{std::string(payload)};
   Method method;
-  if (!m_codec->decode(stream, method)) throw HostGone("what answers is no host: no method");
+  if (!m_codec->decode(stream, method))
+    throw HostGone("not a clock host: it sent bytes that are no method");
   return method;
 }
 

@@ -20,8 +20,8 @@ struct ControlAnswer {
   std::string json;  // as received
 };
 
-// The host refused a call or this client, with its reason: it takes no calls at this socket, or has
-// too many clients.
+// The host refused a call or this client, with the reason: no calls are accepted at this socket, or
+// too many clients are connected.
 struct Refused : Error {
   using Error::Error;
 };
@@ -29,7 +29,7 @@ struct Refused : Error {
 // A client of a running host, at its call socket or at its control socket. Owner: its creator.
 // Thread: one at a time; waits block it, up to their limit. Failure: NoHost from the constructor
 // when nothing listens; HostGone from any operation when the host has disconnected or sent
-// something that is no frame; Refused from any operation; an empty optional when the limit has
+// something that is not a frame; Refused from any operation; an empty optional when the limit has
 // passed.
 class RemoteClient {
  public:
@@ -54,11 +54,12 @@ class RemoteClient {
   // Sends a control request and waits for its reply; drops the items before it.
   [[nodiscard]] std::optional<std::string> control(const std::string& json, Limit limit);
 
-  // The same with a stream of items: the id to ask nextAnswer for.
+  // Sends a control request whose answer is a stream of items. Returns the id for nextAnswer.
   [[nodiscard]] std::uint32_t startControl(const std::string& json);
   [[nodiscard]] std::optional<ControlAnswer> nextAnswer(std::uint32_t id, Limit limit);
 
-  // For poll. Frames may be kept already, so ask with a limit of 0 first.
+  // For poll. Received frames may be queued already, so call nextAnswer or nextEvent with a limit
+  // of 0 first.
   [[nodiscard]] int descriptor() const { return m_socket.descriptor(); }
 
  private:
@@ -68,7 +69,7 @@ class RemoteClient {
   void send(const Frame& frame);
   std::uint32_t sendMethod(Method& method);
   [[nodiscard]] bool receive(Deadline deadline);
-  void sort(const Frame& frame);
+  void dispatch(const Frame& frame);
   [[nodiscard]] Method decode(std::string_view payload);
 
   CodecTable m_codecs;
@@ -76,10 +77,11 @@ class RemoteClient {
   FrameSocket m_socket;
   std::uint32_t m_lastId = 0;
   std::uint32_t m_lastCall = 0;
-  std::uint32_t m_awaited = 0;  // the call that waits for its reply; other replies are too late
+  std::uint32_t m_awaited =
+      0;  // the call that waits for its reply; replies to others came too late
   std::optional<Method> m_reply;
   std::deque<Method> m_events;
-  std::map<std::uint32_t, std::deque<ControlAnswer>> m_answers;  // by request, until their last
+  std::map<std::uint32_t, std::deque<ControlAnswer>> m_answers;  // by request, until its reply
 };
 
 }  // namespace host

@@ -1,7 +1,5 @@
 #include "remote/RemoteServer.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <exception>
@@ -19,23 +17,22 @@
 #include "base/PrintableText.h"
 #include "framework/MemoryReserve.h"
 #include "remote/Acceptor.h"
-#include "remote/CallResponse.h"
+#include "remote/ClientLimits.h"
 #include "remote/CodecTable.h"
 #include "remote/Connection.h"
-#include "remote/KnownPeers.h"
-#include "remote/Places.h"
+#include "remote/PeerRegistry.h"
 #include "remote/Registrations.h"
+#include "remote/ServiceCalls.h"
 #include "remote/SocketFile.h"
 #include "remote/TurnQueue.h"
-#include "remote/UnobservePeer.h"
 
 namespace host {
 namespace {
 
-using Entrance = Connection::Entrance;
+using Endpoint = Connection::Endpoint;
 
 constexpr std::string_view kObserverInterface = "ClockServiceObserverIfc";
-constexpr std::string_view kEnding = R"({"ok":false,"error":"the host is shutting down"})";
+constexpr std::string_view kShuttingDown = R"({"ok":false,"error":"the host is shutting down"})";
 
 std::string refusal(const std::string& error) {
   const nlohmann::json answer = {{"ok", false}, {"error", error}};
@@ -61,17 +58,16 @@ class RemoteServer::Impl final : public Connection::Listener {
   MessageCodec* codec(const std::string& name) { return m_codecs.find(name); }
   Proxy* proxyFor(const std::string& address);
 
-  std::optional<std::string> frame(Connection& from, const Frame& frame) override;
-  void turnOver(Connection& from) override;
-  void hungUp(Connection& from) override;
-  void closed(Connection& from) override;
+  std::optional<std::string> onFrame(Connection& from, const Frame& frame) override;
+  void onTurnOver(Connection& from) override;
+  void onDisconnect(Connection& from) override { m_peers.disconnected(from.peer()); }
+  void onClosed(Connection& from) override { m_clients.erase(from.number()); }
 
  private:
-  void takeIn(Connection::Socket socket, Entrance entrance);
-  void acceptAt(const SocketFile& file, Entrance entrance, std::optional<Acceptor>& acceptor);
-  [[nodiscard]] Places::Place placeFor(Connection::Socket& socket, Entrance entrance);
-  void call(Connection& from, const Frame& frame);
-  std::optional<std::string> hello(Connection& from, std::string_view codec);
+  void addClient(Connection::Socket socket, Endpoint endpoint);
+  void acceptAt(const SocketFile& file, Endpoint endpoint, std::optional<Acceptor>& acceptor);
+  [[nodiscard]] ConnectionLimit::Slot takeSlot(Connection::Socket& socket, Endpoint endpoint);
+  std::optional<std::string> setCodec(Connection& from, std::string_view name);
   [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
 
   asio::io_context& m_loop;
@@ -80,8 +76,8 @@ class RemoteServer::Impl final : public Connection::Listener {
   Registrations m_registrations;
   CodecTable m_codecs;
   TurnQueue m_turns{m_loop};
-  KnownPeers m_peers{m_turns, m_registrations,
-                     [this](const auto& address) { return unobservePeer(*m_target, address); }};
+  PeerRegistry m_peers{m_turns, m_registrations,
+                       [this](const auto& address) { return unobservePeer(*m_target, address); }};
   const ServerSockets m_sockets;
   std::optional<SocketFile> m_callFile;
   std::optional<SocketFile> m_controlFile;
@@ -89,24 +85,24 @@ class RemoteServer::Impl final : public Connection::Listener {
   std::optional<Acceptor> m_callAcceptor;
   std::optional<Acceptor> m_controlAcceptor;
   std::uint64_t m_lastNumber = 0;
-  std::array<Places, 2> m_places{Places(::geteuid()), Places(::geteuid())};  // of each entrance
+  std::array<ConnectionLimit, 2> m_limitOf;  // each endpoint
   struct Client {
     std::shared_ptr<Connection> connection;
-    Places::Place place;
+    ConnectionLimit::Slot slot;
   };
   std::map<std::uint64_t, Client> m_clients;
 };
 
 void RemoteServer::Impl::serve(RemoteTarget target) {
   m_target.emplace(std::move(target));
-  acceptAt(*m_callFile, Entrance::calls, m_callAcceptor);
-  acceptAt(*m_controlFile, Entrance::control, m_controlAcceptor);
+  acceptAt(*m_callFile, Endpoint::calls, m_callAcceptor);
+  acceptAt(*m_controlFile, Endpoint::control, m_controlAcceptor);
 }
 
-void RemoteServer::Impl::acceptAt(const SocketFile& file, Entrance entrance,
+void RemoteServer::Impl::acceptAt(const SocketFile& file, Endpoint endpoint,
                                   std::optional<Acceptor>& acceptor) {
-  acceptor.emplace(m_loop, file.descriptor(), [this, entrance](Connection::Socket socket) {
-    takeIn(std::move(socket), entrance);
+  acceptor.emplace(m_loop, file.descriptor(), [this, endpoint](Connection::Socket socket) {
+    addClient(std::move(socket), endpoint);
   });
 }
 
@@ -114,56 +110,57 @@ void RemoteServer::Impl::stop() {
   m_callAcceptor.reset();
   m_controlAcceptor.reset();
   m_peers.end();
-  for (const auto& [number, client] : m_clients) client.connection->peer().answerAll(kEnding);
+  for (const auto& [number, client] : m_clients) client.connection->peer().answerAll(kShuttingDown);
   while (!m_clients.empty()) std::shared_ptr(m_clients.begin()->second.connection)->end();
   m_callFile.reset();
   m_controlFile.reset();
 }
 
-Places::Place RemoteServer::Impl::placeFor(Connection::Socket& socket, Entrance entrance) try {
-  const std::size_t most = entrance == Entrance::control
+ConnectionLimit::Slot RemoteServer::Impl::takeSlot(Connection::Socket& socket,
+                                                   Endpoint endpoint) try {
+  const std::size_t most = endpoint == Endpoint::control
                                ? m_limits.controlClients
                                : std::min(m_limits.clients, clientsWithDescriptors());
-  Places& places = m_places[static_cast<std::size_t>(entrance)];
-  return places.take(m_limits.user(socket.native_handle()), most);
+  ConnectionLimit& limit = m_limitOf[static_cast<std::size_t>(endpoint)];
+  return limit.take(m_limits.user(socket.native_handle()), most);
 } catch (const Error& error) {
   Acceptor::refuse(socket.native_handle(), error.what());
   throw;
 }
 
-void RemoteServer::Impl::takeIn(Connection::Socket socket, Entrance entrance) {
-  Places::Place place = placeFor(socket, entrance);
+void RemoteServer::Impl::addClient(Connection::Socket socket, Endpoint endpoint) {
+  ConnectionLimit::Slot slot = takeSlot(socket, endpoint);
   m_peers.retry();
   const std::uint64_t number = ++m_lastNumber;
   const auto connection =
-      std::make_shared<Connection>(std::move(socket), entrance, number, *this, m_limits.unfinished);
+      std::make_shared<Connection>(std::move(socket), endpoint, number, *this, m_limits.unfinished);
   connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
-  const auto kept = m_clients.emplace(number, Client{connection, std::move(place)}).first;
+  const auto kept = m_clients.emplace(number, Client{connection, std::move(slot)}).first;
   try {
     m_peers.add(connection->sharedPeer());
-    connection->open();
+    connection->read();
   } catch (...) {
-    m_peers.leave(connection->peer());
+    m_peers.disconnected(connection->peer());
     m_clients.erase(kept);
     throw;
   }
 }
 
-std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Frame& frame) try {
+std::optional<std::string> RemoteServer::Impl::onFrame(Connection& from, const Frame& frame) try {
   if (!MemoryReserve::refill()) return "no memory is left to serve it";
   if (refuseAtWrongSocket(from, frame)) return std::nullopt;
   const OriginScope origin(from.peer().origin());
   switch (frame.kind) {
     case FrameKind::call:
-      call(from, frame);
+      executeCall(*m_target, from.sharedPeer(), frame);
       return std::nullopt;
     case FrameKind::controlRequest:
       if (from.peer().outbox().state() != Outbox::State::open) return std::nullopt;  // disconnected
-      m_control({std::string(frame.payload), from.peer().openLine(frame.id)});
+      m_control({std::string(frame.payload), from.peer().openChannel(frame.id)});
       return std::nullopt;
     case FrameKind::hello:
-      return hello(from, frame.payload);
+      return setCodec(from, frame.payload);
     default:
       return "frame of kind " + std::to_string(static_cast<int>(frame.kind)) +
              ", which clients do not send";
@@ -173,47 +170,32 @@ std::optional<std::string> RemoteServer::Impl::frame(Connection& from, const Fra
 }
 
 bool RemoteServer::Impl::refuseAtWrongSocket(Connection& from, const Frame& frame) const {
-  const bool atCalls = from.entrance() == Entrance::calls;
+  const bool atCalls = from.endpoint() == Endpoint::calls;
   if (frame.kind != (atCalls ? FrameKind::controlRequest : FrameKind::call)) return false;
   const std::string error =
       atCalls ? "control requests are not taken here; send them to " + m_sockets.control.string()
               : "calls are not taken here; send them to " + m_sockets.calls.string();
-  from.peer().openLine(frame.id)->reply(refusal(error));
+  from.peer().openChannel(frame.id)->reply(refusal(error));
   return true;
 }
 
-void RemoteServer::Impl::call(Connection& from, const Frame& frame) {
-  const CallUnderWay call(frame.payload);
-  m_target->invoker.handleMessage(&m_target->service, frame.payload.data(),
-                                  static_cast<int>(frame.payload.size()),
-                                  new CallResponse(from.sharedPeer(), frame.id));
-}
-
-std::optional<std::string> RemoteServer::Impl::hello(Connection& from, std::string_view codec) {
-  if (from.heard()) return "codec chosen after the first frame";
-  MessageCodec* const found = m_codecs.find(codec);
-  if (!found) return "unknown codec " + quotedText(codec);
-  from.peer().setCodec(std::string(codec), *found);
+std::optional<std::string> RemoteServer::Impl::setCodec(Connection& from, std::string_view name) {
+  if (from.hasSentFrames()) return "codec chosen after the first frame";
+  MessageCodec* const found = m_codecs.find(name);
+  if (!found) return "unknown codec " + quotedText(name);
+  from.peer().setCodec(std::string(name), *found);
   return std::nullopt;
 }
 
-void RemoteServer::Impl::turnOver(Connection& from) {
-  m_turns.wait([weak = from.weak_from_this()] {
+void RemoteServer::Impl::onTurnOver(Connection& from) {
+  m_turns.add([weak = from.weak_from_this()] {
     if (const auto connection = weak.lock()) connection->takeTurn();
   });
 }
 
-void RemoteServer::Impl::hungUp(Connection& from) {
-  m_peers.leave(from.peer());
-}
-
-void RemoteServer::Impl::closed(Connection& from) {
-  m_clients.erase(from.number());
-}
-
 Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
   const std::shared_ptr<Peer> peer = m_peers.find(address);
-  if (!peer || !m_registrations.mayRegister(*peer)) return nullptr;
+  if (!peer || !m_registrations.mayUseProxy(*peer)) return nullptr;
   return peer->proxy(m_target->makeProxy);
 } catch (const std::exception& error) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "no proxy for %s: %s", address.c_str(),

@@ -11,7 +11,7 @@
 #include <string>
 
 #include "FrameworkContext.h"
-#include "remote/ClientBounds.h"
+#include "remote/ClientLimits.h"
 #include "remote/ControlChannel.h"
 #include "remote/PeerProcess.h"
 
@@ -36,24 +36,28 @@ struct RemoteTarget {
 // Where a server listens, and who may connect.
 struct ServerSockets {
   std::filesystem::path calls;    // the telephone's remote protocol: calls and events
-  std::filesystem::path control;  // control requests; the owner's alone
-  std::optional<gid_t> callers;   // a group that may use `calls` beside the owner
+  std::filesystem::path control;  // control requests; for the owner alone
+  std::optional<gid_t> callers;   // a group that may use `calls` besides the owner
 };
 
 // Serves clients on two Unix stream sockets, and is the invoker's framework: codecs by name,
-// observer proxies by peer. Refuses frames at the wrong socket. Calls run on the loop's thread;
-// events may be sent from any. Owner: the host's main; constructed after the loop, before the
-// device. Thread: the loop's, except FrameworkContext. Failure: an error of a client drops only
-// that client, with one log line.
+// observer proxies by peer. Refuses frames at the wrong socket. Owner: the host's main; constructed
+// after the loop, before the device. Thread: the loop's, except FrameworkContext. Failure: an error
+// of a client drops only that client, with one log line.
+//
+// A call: Acceptor, Connection (bytes to frames), onFrame, ServiceCalls, and back by the Outbox.
+// An event, from any thread: the plug-in's proxy, Peer::sendMethod, Outbox.
+// A disconnect: Connection, PeerRegistry (unobserves in turns), ServiceCalls.
+// Limits: ClientLimits, Registrations, Outbox.
 class RemoteServer : public FrameworkContext {
  public:
   struct Limits {
-    std::chrono::milliseconds unfinished{
-        10000};                          // for the rest of a begun frame; for a last answer
-    std::size_t clients = kMostClients;  // at the socket of calls
-    std::size_t controlClients = kMostControlClients;  // at the other
+    // For the rest of an unfinished frame, and for the last answers of a client that sends no more.
+    std::chrono::milliseconds unfinished{10'000};
+    std::size_t clients = kMostClients;  // at the call socket
+    std::size_t controlClients = kMostControlClients;
     std::size_t furtherRegistrations = kMostFurtherRegistrations;
-    uid_t (*user)(int socket) = userAt;  // to whom a client's place counts
+    uid_t (*user)(int socket) = userAt;  // whose client it is
   };
 
   // Binds the sockets: replaces a stale one, throws host::Error for one with a running host.

@@ -12,8 +12,9 @@
 #include <optional>
 #include <thread>
 
+#include "Logging.h"
 #include "base/Error.h"
-#include "remote/GroupWay.h"
+#include "framework/OwnerOnly.h"
 #include "remote/SocketAddress.h"
 
 namespace host {
@@ -73,6 +74,25 @@ void makeFolder(const std::filesystem::path& folder, std::optional<gid_t> group)
   std::filesystem::permissions(folder, perms::owner_all | perms::group_exec, error);
 }
 
+// Logs one line when the group's members cannot reach the file, because a folder on its path lets
+// neither the group nor others enter.
+void warnIfGroupCannotReach(const std::filesystem::path& file, gid_t group) {
+  std::error_code error;
+  std::filesystem::path folder;
+  for (const auto& name : std::filesystem::canonical(file, error).parent_path()) {
+    folder /= name;
+    struct stat found {};
+    if (::stat(folder.c_str(), &found) != 0) return;
+    const mode_t enter = found.st_gid == group ? S_IXGRP : S_IXOTH;
+    if ((found.st_mode & enter) != 0) continue;
+    return logAppUni("clockhost", 3, __FILE__, __LINE__,
+                     "socket %s: its group (%u) cannot enter the folder %s (mode %04o); let it, or "
+                     "choose another place with --socket",
+                     file.c_str(), static_cast<unsigned>(group), folder.c_str(),
+                     static_cast<unsigned>(found.st_mode & kModeBits));
+  }
+}
+
 }  // namespace
 
 SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group,
@@ -85,7 +105,7 @@ SocketFile::SocketFile(std::filesystem::path file, std::optional<gid_t> group,
   bind();
   if (group) giveTo(*group);
   listen();
-  if (group) tellClosedWay(m_file, *group);
+  if (group) warnIfGroupCannotReach(m_file, *group);
 }
 
 SocketFile::~SocketFile() {
@@ -98,7 +118,7 @@ void SocketFile::refuseIfTaken() const {
   struct stat found {};
   if (::lstat(m_file.c_str(), &found) != 0) return;
   if (!S_ISSOCK(found.st_mode)) {
-    throw Error("socket " + m_file.string() + ": there is a file that is no socket");
+    throw Error("socket " + m_file.string() + ": the file exists and is not a socket");
   }
   const Descriptor probe = newSocket(m_file);
   const SocketAddress address(m_file);

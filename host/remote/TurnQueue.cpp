@@ -21,7 +21,7 @@ TurnQueue::TurnQueue(asio::io_context& loop) : m_state(std::make_shared<State>(S
 
 TurnQueue::~TurnQueue() = default;
 
-void TurnQueue::wait(std::function<void()> step) {
+void TurnQueue::add(std::function<void()> step) {
   m_state->waiting.push_back(std::move(step));
   postNext(m_state);
 }

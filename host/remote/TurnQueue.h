@@ -9,9 +9,9 @@ class io_context;
 
 namespace host {
 
-// Steps of work that is too long for one turn of the loop, run first in, first out. One step runs
-// in each pass of the loop, after the handlers that were ready before it, so that other handlers
-// never wait for more than one step. Owner: the server. Thread: the loop's. Failure: an exception
+// Runs work that is too long for one turn of the loop in steps, first in, first out: one step in
+// each pass of the loop, after the handlers that were ready before it, so that other handlers never
+// wait for more than one step. Owner: the server. Thread: the loop's. Failure: an exception
 // out of a step reaches the loop, and the next step still runs. A queued step needs no further
 // memory.
 class TurnQueue {
@@ -21,7 +21,7 @@ class TurnQueue {
   TurnQueue(const TurnQueue&) = delete;
   TurnQueue& operator=(const TurnQueue&) = delete;
 
-  void wait(std::function<void()> step);  // throws std::bad_alloc: the step is not queued
+  void add(std::function<void()> step);  // throws std::bad_alloc: the step is not queued
 
  private:
   struct State;

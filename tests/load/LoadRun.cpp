@@ -15,7 +15,7 @@
 #include "load/Callers.h"
 #include "load/ScriptedClock.h"
 #include "load/Subscriber.h"
-#include "remote/ClientBounds.h"
+#include "remote/ClientLimits.h"
 #include "remote/RemoteClient.h"
 #include "support/Interruption.h"
 

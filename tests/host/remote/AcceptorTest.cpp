@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
+#include <optional>
+
+#include "host/remote/RawSocket.h"
 #include "host/remote/ServerUnderTest.h"
-#include "remote/SocketAddress.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
 #include "support/SoftLimit.h"
@@ -12,61 +14,56 @@
 namespace host {
 namespace {
 
-Descriptor clientSocket() {
-  return Descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-}
-
-// An acceptor at a socket that is bound, and does not listen yet.
-class AcceptorAtASocket : public ::testing::Test {
+// A socket that is bound, but does not listen yet: accept fails, while the loop finds it readable.
+class AcceptorAtBoundSocket : public ::testing::Test {
  protected:
-  AcceptorAtASocket() { EXPECT_EQ(::bind(socket.get(), address.get(), address.size()), 0); }
-
-  void connect(const Descriptor& client) {
-    EXPECT_EQ(::connect(client.get(), address.get(), address.size()), 0);
+  AcceptorAtBoundSocket() {
+    const SocketAddress address(file);
+    EXPECT_EQ(::bind(socket.get(), address.get(), address.size()), 0);
   }
 
-  void expectsToTake(int clients) {
-    while (taken < clients && loop.run_one_for(kLong) == 1) continue;
-    EXPECT_EQ(taken, clients);
+  void start() {
+    acceptor.emplace(loop, socket.get(), [this](Acceptor::Socket) { ++accepted; });
+  }
+  void expectAccepts(int clients) {
+    while (accepted < clients && loop.run_one_for(kLong) == 1) continue;
+    EXPECT_EQ(accepted, clients);
+  }
+  void expectListensAndAccepts() {
+    ASSERT_EQ(::listen(socket.get(), 1), 0);
+    const RawSocket client(file);
+    expectAccepts(1);
   }
 
   const support::TemporaryFolder folder;
-  const SocketAddress address{folder / "socket"};
+  const std::filesystem::path file = folder / "socket";
   const Descriptor socket{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
   asio::io_context loop;
-  int taken = 0;
+  int accepted = 0;
+  std::optional<Acceptor> acceptor;
 };
 
-// A socket that does not listen yet is reported as ready, and accepts nobody.
-TEST_F(AcceptorAtASocket, GoesOnAfterAFailureThatIsNoClients) {
+TEST_F(AcceptorAtBoundSocket, ContinuesAfterAnErrorThatIsNotAClients) {
   const support::LogCapture log;
-  Acceptor acceptor(loop, socket.get(), [&](Acceptor::Socket) { ++taken; });
+  start();
   loop.run_one_for(kLong);
   EXPECT_TRUE(log.has(2, "cannot accept clients for a moment: Invalid argument")) << log.text();
-  ASSERT_EQ(::listen(socket.get(), 1), 0);
-  const Descriptor client = clientSocket();
-  connect(client);
-  expectsToTake(1);
+  expectListensAndAccepts();
 }
 
-TEST_F(AcceptorAtASocket, HearsTheNextClientAfterAPauseThatThereWasNoMemoryFor) {
-  Acceptor acceptor(loop, socket.get(), [&](Acceptor::Socket) { ++taken; });
+TEST_F(AcceptorAtBoundSocket, ContinuesWithoutMemoryForThePause) {
+  start();
   {
     const support::NoMemory none;
     EXPECT_NO_THROW(loop.run_one_for(kLong));
   }
-  ASSERT_EQ(::listen(socket.get(), 1), 0);
-  const Descriptor client = clientSocket();
-  connect(client);
-  expectsToTake(1);
+  expectListensAndAccepts();
 }
 
-TEST_F(AcceptorAtASocket, HearsTheNextClientAfterOneThatItHadNoMemoryToRefuse) {
+TEST_F(AcceptorAtBoundSocket, ContinuesWithoutMemoryForARefusal) {
   ASSERT_EQ(::listen(socket.get(), 2), 0);
-  Acceptor acceptor(loop, socket.get(), [&](Acceptor::Socket) { ++taken; });
-  const Descriptor refused = clientSocket();
-  const Descriptor next = clientSocket();
-  connect(refused);
+  start();
+  const RawSocket refused(file);
   Descriptor lowest(::dup(0));
   {
     const support::SoftLimit full(RLIMIT_NOFILE, static_cast<rlim_t>(lowest.get()));
@@ -74,9 +71,9 @@ TEST_F(AcceptorAtASocket, HearsTheNextClientAfterOneThatItHadNoMemoryToRefuse) {
     const support::NoMemory none;
     EXPECT_NO_THROW(loop.run_one_for(kLong));
   }
-  EXPECT_EQ(taken, 0);
-  connect(next);
-  expectsToTake(1);
+  EXPECT_EQ(accepted, 0);
+  const RawSocket next(file);
+  expectAccepts(1);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What holds for every codec.
+// What every codec does.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -72,7 +72,7 @@ TEST_P(EachCodec, ReadsThousandsOfParameters) {
   EXPECT_EQ(last, 19999);
 }
 
-TEST_P(EachCodec, RefusesEveryTruncationAndLeavesTheMethodAlone) {
+TEST_P(EachCodec, RefusesEveryTruncationAndLeavesTheMethodUnchanged) {
   Method method("setTime", Method::call);
   method.addIntParameter("setTimeHours", 70000, Parameter::in);
   method.addStringParameter("text", "some", Parameter::out);
@@ -86,7 +86,7 @@ TEST_P(EachCodec, RefusesEveryTruncationAndLeavesTheMethodAlone) {
   }
 }
 
-TEST_P(EachCodec, RefusesWhatComesBehindAMethod) {
+TEST_P(EachCodec, RefusesBytesAfterAMethod) {
   const std::string whole = encode(everyType());
   Method decoded;
   for (const char* const rest : {"\xc0", "x", "{}", "\x93"}) {

@@ -11,34 +11,34 @@ namespace {
 
 class CountingListener final : public Connection::Listener {
  public:
-  std::optional<std::string> frame(Connection&, const Frame&) override { return std::nullopt; }
-  void turnOver(Connection&) override {}
-  void hungUp(Connection&) override { ++hangUps; }
-  void closed(Connection&) override { ++closes; }
+  std::optional<std::string> onFrame(Connection&, const Frame&) override { return std::nullopt; }
+  void onTurnOver(Connection&) override {}
+  void onDisconnect(Connection&) override { ++disconnects; }
+  void onClosed(Connection&) override { ++closes; }
 
-  int hangUps = 0;
+  int disconnects = 0;
   int closes = 0;
 };
 
-TEST(Connection, ReportsItsEndOnceWhicheverSideBegins) {
-  for (const bool clientBegins : {true, false}) {
+TEST(Connection, ReportsItsEndOnceWhicheverSideDisconnectsFirst) {
+  for (const bool clientFirst : {true, false}) {
     asio::io_context loop;
     Connection::Socket own(loop.get_executor());
     Connection::Socket client(loop.get_executor());
     asio::local::connect_pair(own, client);
     CountingListener listener;
     const auto connection = std::make_shared<Connection>(
-        std::move(own), Connection::Entrance::calls, 1, listener, std::chrono::seconds(10));
+        std::move(own), Connection::Endpoint::calls, 1, listener, std::chrono::seconds(10));
     connection->makePeer();
-    connection->open();
-    if (clientBegins) {
+    connection->read();
+    if (clientFirst) {
       client.shutdown(Connection::Socket::shutdown_send);
       loop.run();
     }
     connection->close();
     connection->end();
-    EXPECT_EQ(listener.hangUps, 1) << clientBegins;
-    EXPECT_EQ(listener.closes, 1) << clientBegins;
+    EXPECT_EQ(listener.disconnects, 1) << clientFirst;
+    EXPECT_EQ(listener.closes, 1) << clientFirst;
   }
 }
 

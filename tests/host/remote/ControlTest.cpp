@@ -1,4 +1,4 @@
-// Control requests over the server's socket.
+// Control requests at the server's control socket.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -34,7 +34,7 @@ TEST(Control, RequestAndReplyAreAsLongAsAFrameHolds) {
   EXPECT_THROW(static_cast<void>(client.startControl(std::string(kMaxPayload + 1, 'x'))), Error);
 }
 
-TEST(Control, RequestSaysWhichProcessAsks) {
+TEST(Control, RequestNamesTheProcessThatSentIt) {
   ServerUnderTest server([](const ControlRequest& request) {
     request.channel->reply(request.channel->origin() + "; " + originHere());
   });
@@ -72,26 +72,31 @@ TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
   EXPECT_FALSE(client.nextAnswer(second, kLong)) << "after its last";
 }
 
-TEST(Control, HasOneReplyAndNoItemBehindIt) {
+TEST(Control, RequestHasOneReplyAndNoItemAfterIt) {
   ServerWithDesk at;
   RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("?");
   ASSERT_TRUE(at.has(1));
   const ControlRequest request = at.desk.take();
   EXPECT_FALSE(request.channel->reply(std::string(kMaxPayload + 1, 'x')));
+  EXPECT_TRUE(request.channel->wanted());
   EXPECT_TRUE(request.channel->reply("once"));
+  EXPECT_FALSE(request.channel->wanted());
   EXPECT_FALSE(request.channel->reply("twice"));
   EXPECT_FALSE(request.channel->item("late"));
   EXPECT_EQ(client.nextAnswer(id, kLong)->json, "once");
 }
 
-TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
+TEST(Control, ReplyReachesAClientThatHasShutDownItsSendingSide) {
   ServerWithDesk at;
   FrameSocket client(at.server.controlSocket);
   client.send({FrameKind::controlRequest, 3, "?"});
   client.finishSending();
   ASSERT_TRUE(at.has(1));
-  std::thread([&] { EXPECT_TRUE(at.desk.take().channel->reply("late")); }).join();
+  ControlRequest request = at.desk.take();
+  EXPECT_TRUE(request.channel->wanted());
+  std::thread([&] { EXPECT_TRUE(request.channel->reply("late")); }).join();
+  request = {};
   Frame frame;
   const auto deadline = std::chrono::steady_clock::now() + kLong;
   ASSERT_TRUE(client.receive(frame, deadline));
@@ -99,28 +104,20 @@ TEST(Control, ReplyReachesAClientThatHasEndedItsSending) {
   EXPECT_THROW(static_cast<void>(client.receive(frame, deadline)), HostGone);
 }
 
-TEST(Control, RequestDroppedUnansweredEndsTheConnectionOfAClientThatWaitsForNothingElse) {
-  ServerWithDesk at;
-  RemoteClient client(at.server.controlSocket);
-  static_cast<void>(client.startControl("?"));
-  ASSERT_TRUE(at.has(1));
-  static_cast<void>(at.desk.take());
-  EXPECT_TRUE(client.barrier(kLong));
-}
-
-TEST(Control, RequestDroppedUnansweredIsRefused) {
+TEST(Control, LostRequestIsRefusedAndNoLongerKeepsTheConnectionOpen) {
   ServerWithDesk at;
   RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("?");
   ASSERT_TRUE(at.has(1));
   static_cast<void>(at.desk.take());
+  EXPECT_TRUE(client.barrier(kLong));
   const auto answer = client.nextAnswer(id, kLong);
   ASSERT_TRUE(answer);
   EXPECT_TRUE(answer->last);
   EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host could not answer"})");
 }
 
-TEST(Control, AClientThatIsHeldGoesOnWhenItsRequestIsDroppedWithoutMemory) {
+TEST(Control, NextRequestIsHandledWhenTheOneThatHeldItIsLostWithoutMemory) {
   ServerWithAHeldClient at;
   ControlRequest held = at.desk.take();
   {
@@ -130,39 +127,44 @@ TEST(Control, AClientThatIsHeldGoesOnWhenItsRequestIsDroppedWithoutMemory) {
   EXPECT_TRUE(at.has(1));
 }
 
-TEST(Control, TellsOnTheLoopWhenTheClientIsGone) {
+TEST(Control, NotifiesOnTheLoopWhenTheClientDisconnects) {
   ServerWithDesk at;
   auto client = std::make_unique<RemoteClient>(at.server.controlSocket);
   static_cast<void>(client->startControl("follow"));
   ASSERT_TRUE(at.has(1));
   ControlRequest request = at.desk.take();
-  int told = 0;
-  at.server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
+  int notified = 0;
+  at.server.onLoop([&] { request.channel->onGone([&notified] { ++notified; }); });
   EXPECT_TRUE(request.channel->item("still there"));
-  EXPECT_EQ(at.server.onLoop([&] { return told; }), 0);
+  EXPECT_EQ(at.server.onLoop([&] { return notified; }), 0);
   client.reset();
-  EXPECT_TRUE(at.server.becomes([&] { return told == 1; }));
-  EXPECT_FALSE(request.channel->item("nobody"));
-  EXPECT_FALSE(request.channel->reply("nobody"));
-  at.server.onLoop([&] { request.channel->onGone([&told] { ++told; }); });
-  EXPECT_EQ(at.server.onLoop([&] { return told; }), 2) << "at once, as it is gone already";
+  EXPECT_TRUE(at.server.becomes([&] { return notified == 1; }));
+  EXPECT_FALSE(request.channel->item("too late"));
+  EXPECT_FALSE(request.channel->reply("too late"));
+  at.server.onLoop([&] { request.channel->onGone([&notified] { ++notified; }); });
+  EXPECT_EQ(at.server.onLoop([&] { return notified; }), 2)
+      << "at once: it has already disconnected";
 }
 
-TEST(Control, AnswersAfterTheServerHasStoppedAreRefused) {
-  Desk desk;
+TEST(Control, OpenRequestIsRefusedWhenTheServerStops) {
   ControlRequest request;
   {
-    ServerUnderTest server(desk.handler());
-    RemoteClient client(server.controlSocket);
-    static_cast<void>(client.startControl("?"));
-    ASSERT_TRUE(server.becomes([&] { return desk.size() == 1; }));
-    request = desk.take();
+    ServerWithDesk at;
+    RemoteClient client(at.server.controlSocket);
+    const auto id = client.startControl("?");
+    ASSERT_TRUE(at.has(1));
+    at.server.stop();
+    const auto answer = client.nextAnswer(id, kLong);
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
+    request = at.desk.take();
+    EXPECT_FALSE(request.channel->wanted());
   }
   EXPECT_FALSE(request.channel->item("late"));
   EXPECT_FALSE(request.channel->reply("late"));
 }
 
-TEST(Control, AFollowerThatDoesNotReadIsDroppedWithOneLine) {
+TEST(Control, ClientThatDoesNotReadItemsIsDroppedWithOneLine) {
   ServerWithDesk at;
   const support::LogCapture log(4);
   RemoteClient client(at.server.controlSocket);
@@ -185,25 +187,25 @@ TEST(Control, RequestAtTheCallSocketIsRefusedInOneLine) {
                 at.server.controlSocket.string() + R"(","ok":false})");
   Method echo("echo", Method::call);
   echo.addIntParameter("number", 5, Parameter::in);
-  EXPECT_TRUE(client.call(echo, kLong)) << "it is served as before";
+  EXPECT_TRUE(client.call(echo, kLong)) << "it is still served";
   EXPECT_EQ(at.desk.size(), 0U);
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 
-TEST(Control, SocketRefusesCallsInOneLine) {
+TEST(Control, CallAtTheControlSocketIsRefusedInOneLine) {
   ServerUnderTest server(echo());
   const std::string refusal = "calls are not taken here; send them to " + server.socket.string();
   Method method("observeTimeEvents", Method::call);
   RemoteClient caller(server.controlSocket);
   EXPECT_EQ(errorOf([&] { static_cast<void>(caller.call(method, kLong)); }), refusal);
-  EXPECT_EQ(caller.control("?", kLong), "?!") << "it is served as before";
+  EXPECT_EQ(caller.control("?", kLong), "?!") << "it is still served";
   RemoteClient oneWay(server.controlSocket);
   oneWay.post(method);
   EXPECT_EQ(errorOf([&] { static_cast<void>(oneWay.barrier(kLong)); }), refusal);
   EXPECT_EQ(server.device.observers(), 0U);
 }
 
-TEST(Control, HandlerThatThrowsCostsTheClient) {
+TEST(Control, ClientIsDroppedWhenItsHandlerThrows) {
   ServerUnderTest server([](const ControlRequest&) { throw std::runtime_error("on purpose"); });
   const support::LogCapture log(4);
   RemoteClient client(server.controlSocket);

@@ -12,7 +12,7 @@
 
 namespace host {
 
-// Keeps control requests until the test answers them, or drops them. "hold" holds what comes next.
+// Keeps control requests until the test answers or drops them. The request "hold" delays the next.
 // Thread: any.
 class Desk {
  public:
@@ -55,7 +55,7 @@ struct ServerWithDesk {
   ServerUnderTest server{desk.handler()};
 };
 
-// ... and a client whose first request holds the next one; the first has come.
+// ... and a client whose first request delays its second one; the first was received.
 struct ServerWithAHeldClient : ServerWithDesk {
   ServerWithAHeldClient() {
     client.send(frames(FrameKind::controlRequest, "hold", 1) +

@@ -16,7 +16,7 @@
 
 namespace host {
 
-// A proxy that passes on whatever it is told to. Counts the living ones.
+// A proxy that forwards any method. Counts its instances.
 class FakeProxy final : public Proxy {
  public:
   static std::atomic<int> living;
@@ -30,8 +30,8 @@ class FakeProxy final : public Proxy {
   ProxyRequest* m_request = nullptr;
 };
 
-// Stands in for service and invoker of a device: answers a few methods, keeps observers in a list
-// under a lock as a service does, and notifies them on whatever thread asks.
+// Stands in for the service and the invoker of a device: answers a few methods, and keeps observers
+// in a list under a lock, as a service does.
 class FakeDevice final : public Invoker {
  public:
   void handleMessage(Executable* executable, const char* message, int length,
@@ -40,13 +40,13 @@ class FakeDevice final : public Invoker {
 
   [[nodiscard]] RemoteTarget target();
 
-  // Sends `method` to every observer. The number of those that took it.
+  // Sends `method` to every observer; returns how many accepted it. Thread: any.
   int notify(Method& method);
   [[nodiscard]] std::size_t observers();
   [[nodiscard]] int oneWayCalls() const { return m_oneWayCalls; }
   [[nodiscard]] int unobserveCalls() const { return m_unobserveCalls; }
 
-  // "unobserveTimeEvents" is no longer answered.
+  // Until unobserveAgain(), "unobserveTimeEvents" has no answer.
   void stopUnobserving() { m_unobserving = false; }
   void unobserveAgain() { m_unobserving = true; }
 

@@ -28,7 +28,7 @@ TEST(JsonCodec, WritesAllMembersInOrder) {
                           R"({"name":"text","direction":1,"value":"a\"b"}]})");
 }
 
-TEST(JsonCodec, WritesBytesThatAreNoUtf8AsReplacementCharacters) {
+TEST(JsonCodec, ReplacesBytesThatAreNotUtf8) {
   Method method("m", Method::call);
   method.addStringParameter("p", "a\xff z", Parameter::in);
   std::stringstream stream;
@@ -132,7 +132,7 @@ TEST(JsonCodec, RefusesEveryOtherText) {
   }
 }
 
-TEST(JsonCodec, RefusesDepthWithoutFollowingIt) {
+TEST(JsonCodec, RefusesDeepNestingAtOnce) {
   Method method;
   EXPECT_FALSE(decodeText(std::string(1000000, '['), method));
   EXPECT_FALSE(decodeText(R"({"name":"m","parameters":)" + std::string(1000000, '['), method));

@@ -109,7 +109,7 @@ TEST(MessagePackCodec, RefusesEveryOtherShapeAndType) {
   }
 }
 
-TEST(MessagePackCodec, RefusesDepthWithoutFollowingIt) {
+TEST(MessagePackCodec, RefusesDeepNestingAtOnce) {
   Method method;
   EXPECT_FALSE(decode(std::string(1000000, '\x91'), method));
   EXPECT_FALSE(decode("\x93\xa1m\x00" + std::string(1000000, '\x91'), method));

@@ -6,7 +6,8 @@
 
 namespace host {
 
-// All that a Method holds, for comparing and for messages of failed tests.
+// A Method in one line, such as "setTime/0 setTimeHours/0=8": name/type, then each parameter as
+// name/direction=value.
 inline std::string textOf(const Method& method) {
   std::string text = method.getName() + '/' + std::to_string(method.getType());
   for (const Parameter& parameter : method.getParameters()) {

@@ -22,7 +22,7 @@ class OutboxWithReader : public testing::Test {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) std::abort();
     m_near.reset(ends[0]);
     m_far.reset(ends[1]);
-    m_outbox.emplace(ends[0], [this] { ++m_attention; });
+    m_outbox.emplace(ends[0], [this] { ++m_wakeups; });
   }
 
   bool send(std::uint32_t id, std::size_t bytes) {
@@ -42,7 +42,7 @@ class OutboxWithReader : public testing::Test {
     }
   }
 
-  // Sends frames until one does not fit; how many were taken.
+  // Sends frames until one does not fit into the socket; returns how many were accepted.
   std::uint32_t fill(std::size_t bytes) {
     std::uint32_t id = 0;
     while (m_outbox->idle()) EXPECT_TRUE(send(id++, bytes));
@@ -52,54 +52,54 @@ class OutboxWithReader : public testing::Test {
   Descriptor m_near;
   Descriptor m_far;
   FrameReader m_reader;
-  std::atomic<int> m_attention = 0;
+  std::atomic<int> m_wakeups = 0;
   std::optional<Outbox> m_outbox;
 };
 
-TEST_F(OutboxWithReader, SendsAtOnceWhatTheSocketTakes) {
+TEST_F(OutboxWithReader, SendsAtOnceWhatTheSocketAccepts) {
   EXPECT_TRUE(send(1, 100));
   EXPECT_TRUE(send(2, 0));
   EXPECT_EQ(read(), (std::vector<std::uint32_t>{1, 2}));
-  EXPECT_EQ(m_attention, 0);
+  EXPECT_EQ(m_wakeups, 0);
   EXPECT_TRUE(m_outbox->flush());
 }
 
 TEST_F(OutboxWithReader, QueuesTheRestAndKeepsTheOrder) {
-  const std::uint32_t taken = fill(10000);
-  EXPECT_EQ(m_attention, 1);
-  EXPECT_TRUE(send(taken, 10));
-  EXPECT_TRUE(send(taken + 1, 10));
-  EXPECT_EQ(m_attention, 1) << "asked for once";
+  const std::uint32_t accepted = fill(10000);
+  EXPECT_EQ(m_wakeups, 1);
+  EXPECT_TRUE(send(accepted, 10));
+  EXPECT_TRUE(send(accepted + 1, 10));
+  EXPECT_EQ(m_wakeups, 1) << "once for the queue";
   EXPECT_FALSE(m_outbox->flush());
   std::vector<std::uint32_t> all;
-  while (all.size() < taken + 2) {
+  while (all.size() < accepted + 2) {
     const auto some = read();
     ASSERT_FALSE(some.empty());
     all.insert(all.end(), some.begin(), some.end());
     static_cast<void>(m_outbox->flush());
   }
-  for (std::uint32_t id = 0; id < taken + 2; ++id) EXPECT_EQ(all[id], id);
+  for (std::uint32_t id = 0; id < accepted + 2; ++id) EXPECT_EQ(all[id], id);
   EXPECT_TRUE(m_outbox->idle());
 }
 
-// The reader has made room, and the loop has not sent the rest yet: neither a usual frame nor one
-// in two pieces may use that room.
-TEST_F(OutboxWithReader, NoFrameOvertakesAHalfSentOne) {
-  const std::uint32_t taken = fill(10000);
+// The socket has room again, and the loop has not flushed yet: neither a small nor a large frame
+// may use that room.
+TEST_F(OutboxWithReader, NoFrameOvertakesAPartlySentOne) {
+  const std::uint32_t accepted = fill(10000);
   std::vector<std::uint32_t> all = read();
-  EXPECT_TRUE(send(taken, 10));
-  EXPECT_TRUE(send(taken + 1, 5000));
+  EXPECT_TRUE(send(accepted, 10));
+  EXPECT_TRUE(send(accepted + 1, 5000));
   for (const std::uint32_t id : read()) all.push_back(id);
-  EXPECT_LT(all.size(), taken) << "one is still on its way";
+  EXPECT_LT(all.size(), accepted) << "one is partly sent";
   for (int i = 0; i < 100 && !m_outbox->idle(); ++i) {
     static_cast<void>(m_outbox->flush());
     for (const std::uint32_t id : read()) all.push_back(id);
   }
-  ASSERT_EQ(all.size(), taken + 2);
-  for (std::uint32_t id = 0; id < taken + 2; ++id) EXPECT_EQ(all[id], id);
+  ASSERT_EQ(all.size(), accepted + 2);
+  for (std::uint32_t id = 0; id < accepted + 2; ++id) EXPECT_EQ(all[id], id);
 }
 
-TEST_F(OutboxWithReader, OverflowsBeyondItsBoundAndNotBefore) {
+TEST_F(OutboxWithReader, OverflowsBeyondItsLimitAndNotBefore) {
   fill(10000);
   std::size_t queued = 0;
   while (queued + 200009 <= Outbox::kMaxQueued - 10009) {
@@ -108,10 +108,10 @@ TEST_F(OutboxWithReader, OverflowsBeyondItsBoundAndNotBefore) {
   }
   EXPECT_EQ(m_outbox->state(), Outbox::State::open);
   EXPECT_FALSE(send(2, Outbox::kMaxQueued - queued));
-  EXPECT_EQ(m_outbox->state(), Outbox::State::overflown);
-  EXPECT_EQ(m_attention, 2);
+  EXPECT_EQ(m_outbox->state(), Outbox::State::overflowed);
+  EXPECT_EQ(m_wakeups, 2);
   EXPECT_FALSE(send(3, 0));
-  EXPECT_EQ(m_attention, 2) << "once for the overflow";
+  EXPECT_EQ(m_wakeups, 2) << "once for the overflow";
 }
 
 TEST_F(OutboxWithReader, RefusesAFrameThatIsTooLongAndStaysOpen) {
@@ -120,44 +120,44 @@ TEST_F(OutboxWithReader, RefusesAFrameThatIsTooLongAndStaysOpen) {
   EXPECT_EQ(read(), std::vector<std::uint32_t>{2});
 }
 
-TEST_F(OutboxWithReader, IsBrokenWhenTheReaderIsGone) {
+TEST_F(OutboxWithReader, IsBrokenWhenTheReaderHasDisconnected) {
   m_far.reset();
   EXPECT_FALSE(send(1, 1));
   EXPECT_EQ(m_outbox->state(), Outbox::State::broken);
-  EXPECT_EQ(m_attention, 1);
+  EXPECT_EQ(m_wakeups, 1);
   EXPECT_TRUE(m_outbox->flush());
 }
 
-TEST_F(OutboxWithReader, HasFailedWhenTheSystemDoesNotSend) {
+TEST_F(OutboxWithReader, FailsWhenTheSystemCannotSend) {
   const Descriptor notASocket(::open("/dev/null", O_WRONLY | O_CLOEXEC));
-  Outbox outbox(notASocket.get(), [this] { ++m_attention; });
+  Outbox outbox(notASocket.get(), [this] { ++m_wakeups; });
   EXPECT_FALSE(outbox.send({FrameKind::event, 1, "x"}));
   EXPECT_EQ(outbox.state(), Outbox::State::failed);
   EXPECT_EQ(outbox.error(), ENOTSOCK);
-  EXPECT_EQ(m_attention, 1);
+  EXPECT_EQ(m_wakeups, 1);
 }
 
-TEST_F(OutboxWithReader, SendsNothingBehindWhatCouldNotBeMade) {
-  m_outbox->giveUp(ENOMEM);
+TEST_F(OutboxWithReader, SendsNothingAfterAFailure) {
+  m_outbox->fail(ENOMEM);
   EXPECT_FALSE(send(1, 1));
   EXPECT_EQ(m_outbox->state(), Outbox::State::failed);
   EXPECT_EQ(m_outbox->error(), ENOMEM);
-  m_outbox->giveUp(EIO);
-  EXPECT_EQ(m_outbox->error(), ENOMEM) << "the first reason stays";
-  EXPECT_EQ(m_attention, 1);
+  m_outbox->fail(EIO);
+  EXPECT_EQ(m_outbox->error(), ENOMEM) << "the first error stays";
+  EXPECT_EQ(m_wakeups, 1);
 }
 
-TEST_F(OutboxWithReader, TouchesNothingOnceClosed) {
+TEST_F(OutboxWithReader, DoesNothingOnceClosed) {
   fill(10000);
   m_outbox->close();
   m_near.reset();
   EXPECT_FALSE(send(1, 1));
-  m_outbox->ring();
+  m_outbox->wakeLoop();
   EXPECT_TRUE(m_outbox->flush());
-  EXPECT_EQ(m_attention, 1);
+  EXPECT_EQ(m_wakeups, 1);
 }
 
-TEST_F(OutboxWithReader, FramesOfManyThreadsStayWhole) {
+TEST_F(OutboxWithReader, KeepsFramesOfManyThreadsWhole) {
   constexpr std::uint32_t kThreads = 4;
   constexpr std::uint32_t kFrames = 500;
   std::vector<std::thread> threads;

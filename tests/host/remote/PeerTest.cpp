@@ -15,10 +15,10 @@
 namespace host {
 namespace {
 
-// Writes nothing, for want of memory: it throws, or its stream does and keeps that to itself.
-class StarvedCodec final : public MessageCodec {
+// A codec without memory: it throws, or its stream fails.
+class FailingCodec final : public MessageCodec {
  public:
-  explicit StarvedCodec(bool throws) : m_throws(throws) {}
+  explicit FailingCodec(bool throws) : m_throws(throws) {}
   void encode(Method&, std::iostream& stream) override {
     if (m_throws) throw std::bad_alloc();
     stream.setstate(std::ios_base::badbit);
@@ -29,22 +29,22 @@ class StarvedCodec final : public MessageCodec {
   const bool m_throws;
 };
 
-class StarvedPeer : public ::testing::TestWithParam<bool> {};
+class PeerWithoutMemory : public ::testing::TestWithParam<bool> {};
 
-// The service that raises the event must neither see an exception nor lose its other observers.
-TEST_P(StarvedPeer, IsGivenUpWithoutAWordToTheService) {
-  StarvedCodec codec(GetParam());
-  int attention = 0;
-  const auto peer = std::make_shared<Peer>("client-1", -1, [&attention] { ++attention; });
-  peer->setCodec("starved", codec);
+// The service that sends the event must neither see an exception nor lose its other observers.
+TEST_P(PeerWithoutMemory, FailsWithoutAnExceptionToTheService) {
+  FailingCodec codec(GetParam());
+  int wakeups = 0;
+  const auto peer = std::make_shared<Peer>("client-1", -1, [&wakeups] { ++wakeups; });
+  peer->setCodec("failing", codec);
   Method event("event", Method::call);
   EXPECT_FALSE(peer->sendMethod(event));
   EXPECT_EQ(peer->outbox().state(), Outbox::State::failed);
   EXPECT_EQ(peer->outbox().error(), ENOMEM);
-  EXPECT_EQ(attention, 1);
+  EXPECT_EQ(wakeups, 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(InEitherWay, StarvedPeer, ::testing::Bool());
+INSTANTIATE_TEST_SUITE_P(ThrowsOrNot, PeerWithoutMemory, ::testing::Bool());
 
 }  // namespace
 }  // namespace host

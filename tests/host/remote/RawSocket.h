@@ -26,7 +26,7 @@ inline std::string frames(FrameKind kind, std::string_view payload, std::size_t 
   return bytes;
 }
 
-// A client without manners: any bytes, at any time.
+// A client that sends any bytes at any time.
 class RawSocket {
  public:
   explicit RawSocket(const std::filesystem::path& file)
@@ -37,7 +37,7 @@ class RawSocket {
     }
   }
 
-  // False when the other side has hung up.
+  // False when the server has disconnected.
   bool send(std::string_view bytes) {
     while (!bytes.empty()) {
       const ssize_t sent = ::send(m_descriptor.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
@@ -47,8 +47,8 @@ class RawSocket {
     return true;
   }
 
-  // Waits until the other side has hung up, reading what comes.
-  bool isHungUp(std::chrono::milliseconds limit) {
+  // Waits for the server to disconnect; drops what it sends.
+  bool isDisconnected(std::chrono::milliseconds limit) {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     char bytes[4096];
     for (;;) {

@@ -1,4 +1,3 @@
-// How often clients may observe.
 #include "remote/Registrations.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +6,7 @@
 
 #include "host/remote/MethodText.h"
 #include "host/remote/ServerUnderTest.h"
-#include "remote/ClientBounds.h"
+#include "remote/ClientLimits.h"
 #include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
 
@@ -23,18 +22,18 @@ std::string ask(RemoteClient& client, const char* name) {
 constexpr const char* kObserved = "observeTimeEvents/1 observeTimeEventsReturn/1=true";
 constexpr const char* kNotObserved = "observeTimeEvents/1 observeTimeEventsReturn/1=false";
 
-TEST(Registrations, BeyondTheMostOfOneClientAreRefusedInOneLine) {
+TEST(Registrations, OfOneClientBeyondItsLimitAreRefusedWithOneLine) {
   ServerUnderTest server;
   const support::LogCapture log(4);
   RemoteClient client(server.socket);
   for (std::size_t i = 0; i < kMostRegistrations; ++i) {
     ASSERT_EQ(ask(client, "observeTimeEvents"), kObserved) << i;
   }
-  EXPECT_LE(kMostRegistrations, 10U) << "each event is sent as often";
+  EXPECT_LE(kMostRegistrations, 10U) << "each event is sent once for each";
   for (int i = 0; i < 10; ++i) EXPECT_EQ(ask(client, "observeTimeEvents"), kNotObserved);
   EXPECT_EQ(server.device.observers(), kMostRegistrations);
   EXPECT_EQ(log.text(),
-            "clockhost 3: registration refused: client-1 observes 8 times, which is the most\n");
+            "clockhost 3: registration refused: client-1 observes 8 times, which is the limit\n");
   ask(client, "unobserveTimeEvents");
   EXPECT_EQ(ask(client, "observeTimeEvents"), kObserved);
   EXPECT_EQ(ask(client, "observeTimeEvents"), kNotObserved);
@@ -42,7 +41,7 @@ TEST(Registrations, BeyondTheMostOfOneClientAreRefusedInOneLine) {
   EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved);
 }
 
-TEST(Registrations, OfAllTogetherHaveABoundAndEachClientHasItsFirst) {
+TEST(Registrations, BeyondTheFirstOfEachClientHaveACommonLimit) {
   RemoteServer::Limits limits;
   limits.furtherRegistrations = 3;
   ServerUnderTest server({}, limits);
@@ -56,7 +55,7 @@ TEST(Registrations, OfAllTogetherHaveABoundAndEachClientHasItsFirst) {
             "clockhost 3: registration refused: all clients together have 3 registrations beyond "
             "their first, which is the limit\n");
   ask(*greedy, "unobserveTimeEvents");
-  EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved) << "the greedy one gave one back";
+  EXPECT_EQ(ask(other, "observeTimeEvents"), kObserved) << "the greedy client gave one back";
   EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
   greedy.reset();
   EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 2; }));
@@ -64,8 +63,8 @@ TEST(Registrations, OfAllTogetherHaveABoundAndEachClientHasItsFirst) {
   EXPECT_EQ(ask(other, "observeTimeEvents"), kNotObserved);
 }
 
-// The service still knows the client that has left, and may do so for ever.
-TEST(Registrations, OfAClientThatHasLeftCountNoMore) {
+// Even if the service never answers the request to remove them.
+TEST(Registrations, OfADisconnectedClientDoNotCount) {
   RemoteServer::Limits limits;
   limits.clients = 1;
   limits.furtherRegistrations = 1;

@@ -1,4 +1,3 @@
-// What a client makes of hosts that are not there, or are not hosts.
 #include "remote/RemoteClient.h"
 
 #include <gtest/gtest.h>
@@ -7,8 +6,8 @@
 #include <functional>
 #include <sstream>
 
-#include "host/remote/MethodText.h"
 #include "remote/SocketFile.h"
+#include "support/ErrorOf.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -20,19 +19,19 @@ using Limit = RemoteClient::Limit;
 constexpr Limit kShort{10};
 constexpr Limit kDeadline{10'000};
 
-// A client whose host is played by the test.
-class ClientOfATest : public testing::Test {
+// A client at a socket at which the test plays the host.
+class ClientOfAPlayedHost : public testing::Test {
  protected:
-  ClientOfATest() : m_listener(m_folder / "socket"), m_client(m_folder / "socket") {
+  ClientOfAPlayedHost() : m_listener(m_folder / "socket"), m_client(m_folder / "socket") {
     m_host.reset(::accept4(m_listener.descriptor(), nullptr, nullptr, SOCK_CLOEXEC));
   }
 
-  void say(const Frame& frame) { sayBytes(encodeFrame(frame)); }
-  void sayBytes(const std::string& bytes) {
+  void sendFrame(const Frame& frame) { sendBytes(encodeFrame(frame)); }
+  void sendBytes(const std::string& bytes) {
     EXPECT_EQ(::send(m_host.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL),
               static_cast<ssize_t>(bytes.size()));
   }
-  // What the host said; "" when it is not a refusal.
+  // The reason of a refusal; empty for another end.
   static std::string refusalOf(const std::function<void()>& operation) try {
     operation();
     return "";
@@ -54,7 +53,7 @@ class ClientOfATest : public testing::Test {
   Descriptor m_host;
 };
 
-TEST(RemoteClient, SaysThatNoHostIsThere) {
+TEST(RemoteClient, ReportsThatNoHostListens) {
   const support::TemporaryFolder folder;
   const auto socket = folder / "socket";
   try {
@@ -65,12 +64,12 @@ TEST(RemoteClient, SaysThatNoHostIsThere) {
   }
 }
 
-TEST(RemoteClient, RefusesACodecNobodyKnows) {
+TEST(RemoteClient, RefusesAnUnknownCodec) {
   const support::TemporaryFolder folder;
   EXPECT_THROW(RemoteClient(folder / "socket", "cbor"), Error);
 }
 
-TEST_F(ClientOfATest, GivesUpAtItsLimit) {
+TEST_F(ClientOfAPlayedHost, StopsWaitingAtTheLimit) {
   Method method("getTime", Method::call);
   EXPECT_FALSE(m_client.call(method, kShort));
   EXPECT_FALSE(m_client.nextEvent(kShort));
@@ -78,20 +77,20 @@ TEST_F(ClientOfATest, GivesUpAtItsLimit) {
   EXPECT_FALSE(m_client.barrier(kShort));
 }
 
-TEST_F(ClientOfATest, DoesNotTakeALateReplyForTheNextOne) {
+TEST_F(ClientOfAPlayedHost, IgnoresTheLateReplyToAnEarlierCall) {
   Method method("getTime", Method::call);
   EXPECT_FALSE(m_client.call(method, kShort));
-  say({FrameKind::reply, 1, encoded("late")});
-  say({FrameKind::reply, 2, encoded("right")});
+  sendFrame({FrameKind::reply, 1, encoded("late")});
+  sendFrame({FrameKind::reply, 2, encoded("right")});
   const auto reply = m_client.call(method, kDeadline);
   ASSERT_TRUE(reply);
   EXPECT_EQ(reply->getName(), "right");
 }
 
-TEST_F(ClientOfATest, KeepsEventsThatComeBeforeAReply) {
-  say({FrameKind::event, 0, encoded("one")});
-  say({FrameKind::event, 0, encoded("two")});
-  say({FrameKind::reply, 1, encoded("reply")});
+TEST_F(ClientOfAPlayedHost, KeepsEventsReceivedBeforeAReply) {
+  sendFrame({FrameKind::event, 0, encoded("one")});
+  sendFrame({FrameKind::event, 0, encoded("two")});
+  sendFrame({FrameKind::reply, 1, encoded("reply")});
   Method method("getTime", Method::call);
   EXPECT_TRUE(m_client.call(method, kDeadline));
   EXPECT_EQ(m_client.nextEvent(Limit(0))->getName(), "one");
@@ -99,72 +98,69 @@ TEST_F(ClientOfATest, KeepsEventsThatComeBeforeAReply) {
   EXPECT_FALSE(m_client.nextEvent(Limit(0)));
 }
 
-TEST_F(ClientOfATest, ControlPassesItemsAndAnswersOfOthersOver) {
-  say({FrameKind::controlReply, 77, "of nobody"});
-  say({FrameKind::controlItem, 1, "item"});
-  say({FrameKind::controlReply, 1, "reply"});
+TEST_F(ClientOfAPlayedHost, ControlSkipsItemsAndTheAnswersOfOtherRequests) {
+  sendFrame({FrameKind::controlReply, 77, "of another request"});
+  sendFrame({FrameKind::controlItem, 1, "item"});
+  sendFrame({FrameKind::controlReply, 1, "reply"});
   EXPECT_EQ(m_client.control("{}", kDeadline), "reply");
 }
 
-// The host hangs up when it has handled all; one that has stopped does not, and a reply is no sign.
-TEST_F(ClientOfATest, BarrierEndsWellOnlyWhenTheHostHangsUp) {
+// The host disconnects when it has handled everything; a stopped one does not.
+TEST_F(ClientOfAPlayedHost, BarrierSucceedsOnlyWhenTheHostDisconnects) {
   Method method("setAlarm", Method::call);
   m_client.post(method);
   EXPECT_FALSE(m_client.barrier(kShort));
-  say({FrameKind::reply, 1, encoded("setAlarm")});
+  sendFrame({FrameKind::reply, 1, encoded("setAlarm")});
   EXPECT_FALSE(m_client.barrier(kShort));
   m_host.reset();
   EXPECT_TRUE(m_client.barrier(kDeadline));
 }
 
-TEST_F(ClientOfATest, TellsThatTheHostHungUp) {
+TEST_F(ClientOfAPlayedHost, ReportsThatTheHostDisconnected) {
   m_host.reset();
   EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
   Method method("getTime", Method::call);
   EXPECT_THROW(m_client.post(method), HostGone);
 }
 
-constexpr const char* kTurnedAway = R"({"ok":false,"error":"64 clients are enough"})";
-
-TEST_F(ClientOfATest, TellsWhyTheHostTurnedItAway) {
-  say({FrameKind::controlReply, 0, kTurnedAway});
-  EXPECT_EQ(refusalOf([this] { static_cast<void>(m_client.control("{}", kDeadline)); }),
-            "64 clients are enough");
-}
-
-TEST_F(ClientOfATest, TellsThatTheHostTurnedItAwayWithoutAText) {
-  for (const char* const reply : {R"({"ok":false})", R"({"ok":false,"error":5})", "5", "{"}) {
-    say({FrameKind::controlReply, 0, reply});
-    EXPECT_EQ(refusalOf([this] { static_cast<void>(m_client.control("{}", kDeadline)); }),
-              "refused")
+TEST_F(ClientOfAPlayedHost, ReportsTheReasonOfARefusal) {
+  const std::pair<const char*, const char*> refusals[] = {
+      {R"({"ok":false,"error":"64 clients are enough"})", "64 clients are enough"},
+      {R"({"ok":false})", "refused"},
+      {R"({"ok":false,"error":5})", "refused"},
+      {"5", "refused"},
+      {"{", "refused"},
+  };
+  for (const auto& [reply, reason] : refusals) {
+    sendFrame({FrameKind::controlReply, 0, reply});
+    EXPECT_EQ(refusalOf([this] { static_cast<void>(m_client.control("{}", kDeadline)); }), reason)
         << reply;
   }
 }
 
-TEST_F(ClientOfATest, TellsWhyTheHostTurnedItAwayBeforeItCouldAsk) {
-  say({FrameKind::controlReply, 0, kTurnedAway});
+TEST_F(ClientOfAPlayedHost, ReportsTheReasonOfARefusalThatCameBeforeItsFirstRequest) {
+  sendFrame({FrameKind::controlReply, 0, R"({"ok":false,"error":"64 clients are enough"})"});
   m_host.reset();
   Method method("getTime", Method::call);
   EXPECT_EQ(refusalOf([&] { static_cast<void>(m_client.call(method, kDeadline)); }),
             "64 clients are enough");
 }
 
-TEST_F(ClientOfATest, TellsThatWhatAnswersIsNoHost) {
-  sayBytes("HTTP/1.1 400 Bad Request\r\n");
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
+TEST_F(ClientOfAPlayedHost, ReportsThatTheServerIsNoClockHost) {
+  const std::string call = encodeFrame({FrameKind::call, 1, encoded("getTime")});
+  const std::pair<std::string, const char*> answers[] = {
+      {encodeFrame({FrameKind::event, 0, "nonsense"}), "it sent bytes that are no method"},
+      {call, "it sent a frame that only clients send"},
+      {"HTTP/1.1 400 Bad Request\r\n", "frame of 1213486160 bytes announced, 1048576 is the limit"},
+  };
+  for (const auto& [bytes, reason] : answers) {
+    sendBytes(bytes);
+    EXPECT_EQ(errorOf([this] { static_cast<void>(m_client.nextEvent(kDeadline)); }),
+              std::string("not a clock host: ") + reason);
+  }
 }
 
-TEST_F(ClientOfATest, TellsThatAFrameIsNotAHosts) {
-  say({FrameKind::call, 1, encoded("getTime")});
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
-}
-
-TEST_F(ClientOfATest, TellsThatAnEventIsNoMethod) {
-  say({FrameKind::event, 0, "nonsense"});
-  EXPECT_THROW(static_cast<void>(m_client.nextEvent(kDeadline)), HostGone);
-}
-
-TEST_F(ClientOfATest, RefusesToSendMoreThanAFrameHolds) {
+TEST_F(ClientOfAPlayedHost, RefusesARequestThatIsTooLong) {
   Method method("m", Method::call);
   method.addStringParameter("p", std::string(kMaxPayload, 'x'), Parameter::in);
   EXPECT_THROW(m_client.post(method), Error);

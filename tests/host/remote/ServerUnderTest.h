@@ -17,7 +17,7 @@
 
 namespace host {
 
-inline constexpr std::chrono::milliseconds kLong{10'000};  // the deadline of what must happen
+inline constexpr std::chrono::milliseconds kLong{10'000};  // limit for what must happen
 
 // A server that serves a fake device, on a loop in a thread of its own.
 class ServerUnderTest {
@@ -39,7 +39,7 @@ class ServerUnderTest {
     m_server.reset();
   }
 
-  // Runs `task` on the loop, or at once when that is where it is called, and returns its result.
+  // Runs `task` on the loop and returns its result; at once when called on the loop.
   template <class Task>
   auto onLoop(Task task) {
     if (std::this_thread::get_id() == m_thread.get_id()) return task();
@@ -56,7 +56,7 @@ class ServerUnderTest {
     return onLoop([this] { return m_server->clients(); });
   }
 
-  // Waits until the loop says so. False when it has not within kLong.
+  // Waits until the condition holds on the loop. False when it does not within kLong.
   template <class Condition>
   bool becomes(Condition condition) {
     return support::becomesTrue([&] { return onLoop(condition); }, kLong);

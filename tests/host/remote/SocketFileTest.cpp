@@ -25,7 +25,7 @@
 namespace host {
 namespace {
 
-// The text of the refusal; empty when the socket was taken.
+// The error of the constructor; empty when there is none.
 std::string refusalOf(const std::filesystem::path& file,
                       std::chrono::milliseconds patience = SocketFile::kPatience) try {
   const SocketFile socket(file, {}, patience);
@@ -40,14 +40,14 @@ bool canConnect(const std::filesystem::path& file) {
   return ::connect(socket.get(), address.get(), address.size()) == 0;
 }
 
-// What a killed host leaves.
+// As a killed host leaves it.
 void leaveStale(const std::filesystem::path& file) {
   const SocketAddress address(file);
   const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   ASSERT_EQ(::bind(socket.get(), address.get(), address.size()), 0);
 }
 
-TEST(SocketFile, IsTheOwnersAloneAndGoesWithItsObject) {
+TEST(SocketFile, IsForTheOwnerAloneAndIsRemovedByTheDestructor) {
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   {
@@ -61,14 +61,14 @@ TEST(SocketFile, IsTheOwnersAloneAndGoesWithItsObject) {
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
-// A group of the user's own can be given; root may give any.
+// A user may give a file to a group of its own, root to any.
 gid_t someGroup() {
   std::vector<gid_t> groups(static_cast<std::size_t>(::getgroups(0, nullptr)));
   EXPECT_EQ(::getgroups(static_cast<int>(groups.size()), groups.data()), groups.size());
   return ::geteuid() == 0 ? 12345 : groups.empty() ? ::getegid() : groups.back();
 }
 
-TEST(SocketFile, IsAlsoTheGroupsThatIsNamed) {
+TEST(SocketFile, IsAlsoForTheNamedGroup) {
   const gid_t group = someGroup();
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
@@ -87,7 +87,7 @@ TEST(SocketFile, CreatesItsFolderForTheOwnerAlone) {
   EXPECT_EQ(std::filesystem::status(inner).permissions(), std::filesystem::perms::owner_all);
 }
 
-TEST(SocketFile, CreatesItsFolderForItsGroupToEnter) {
+TEST(SocketFile, CreatesItsFolderSoThatTheGroupCanEnter) {
   const support::TemporaryFolder folder;
   const auto inner = folder / "run";
   const SocketFile socket(inner / "socket", someGroup());
@@ -97,13 +97,13 @@ TEST(SocketFile, CreatesItsFolderForItsGroupToEnter) {
   EXPECT_EQ(found.st_gid, someGroup());
 }
 
-TEST(SocketFile, TellsOfAFolderThatItsGroupCannotEnter) {
+TEST(SocketFile, LogsAFolderThatItsGroupCannotEnter) {
   const support::TemporaryFolder folder;
   const gid_t group = someGroup();
   struct stat former {};
   ASSERT_EQ(::stat(folder.path().c_str(), &former), 0);
   const auto file = folder / "run" / "socket";
-  const std::string told = "socket " + file.string() + ": its group (" + std::to_string(group) +
+  const std::string line = "socket " + file.string() + ": its group (" + std::to_string(group) +
                            ") cannot enter the folder " + folder.path().string() + " (mode ";
   for (const gid_t owner : {former.st_gid, group}) {
     ASSERT_EQ(::chown(folder.path().c_str(), ::geteuid(), owner), 0);
@@ -112,7 +112,7 @@ TEST(SocketFile, TellsOfAFolderThatItsGroupCannotEnter) {
       std::filesystem::permissions(folder.path(), std::filesystem::perms(mode));
       const SocketFile socket(file, group);
       const bool enters = (mode & (owner == group ? S_IXGRP : S_IXOTH)) != 0;
-      EXPECT_EQ(log.hasPart(told), !enters) << std::oct << mode << log.text();
+      EXPECT_EQ(log.hasPart(line), !enters) << std::oct << mode << log.text();
       const SocketFile without(folder / "other");
       EXPECT_LE(log.entries().size(), 1U) << log.text();
     }
@@ -120,7 +120,7 @@ TEST(SocketFile, TellsOfAFolderThatItsGroupCannotEnter) {
   const support::LogCapture log;
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0700));
   const SocketFile socket(file, group);
-  EXPECT_TRUE(log.has(told + "0700); let it, or choose another place with --socket")) << log.text();
+  EXPECT_TRUE(log.has(line + "0700); let it, or choose another place with --socket")) << log.text();
 }
 
 TEST(SocketFile, ReplacesAStaleOne) {
@@ -132,7 +132,7 @@ TEST(SocketFile, ReplacesAStaleOne) {
   EXPECT_TRUE(canConnect(file));
 }
 
-TEST(SocketFile, LeavesALiveHostsSocketAloneAndNamesIt) {
+TEST(SocketFile, RefusesTheSocketOfARunningHost) {
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   const SocketFile live(file);
@@ -140,7 +140,7 @@ TEST(SocketFile, LeavesALiveHostsSocketAloneAndNamesIt) {
   EXPECT_TRUE(canConnect(file));
 }
 
-TEST(SocketFile, ALiveHostIsLiveAlsoWhenItsQueueIsFull) {
+TEST(SocketFile, RefusesTheSocketOfARunningHostWithAFullBacklog) {
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   const SocketFile live(file);
@@ -153,11 +153,11 @@ TEST(SocketFile, ALiveHostIsLiveAlsoWhenItsQueueIsFull) {
   EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
 }
 
-TEST(SocketFile, RefusesAFileThatIsNoSocketAndLeavesIt) {
+TEST(SocketFile, RefusesAFileThatIsNoSocketAndKeepsIt) {
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   std::ofstream(file) << "precious";
-  EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": there is a file that is no socket");
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": the file exists and is not a socket");
   EXPECT_EQ(std::filesystem::file_size(file), 8U);
 }
 
@@ -166,7 +166,7 @@ TEST(SocketFile, RefusesAPathThatIsTooLong) {
   EXPECT_EQ(refusalOf(path), "socket " + path + ": the path must have 1 to 107 bytes");
 }
 
-TEST(SocketFile, RefusesAFolderThatIsNotThereAndCannotBeMade) {
+TEST(SocketFile, RefusesAFolderThatCannotBeCreated) {
   EXPECT_EQ(refusalOf("/proc/none/socket"),
             "socket /proc/none/socket: cannot bind it: No such file or directory");
 }
@@ -178,7 +178,7 @@ TEST(SocketFile, RefusesWhenNoDescriptorIsLeft) {
             "socket " + (folder / "socket").string() + ": cannot create it: Too many open files");
 }
 
-TEST(SocketFile, OfManyThatStartAtOnceOneGetsIt) {
+TEST(SocketFile, OneOfManyThatStartAtOnceGetsIt) {
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   for (int round = 0; round < 20; ++round) {
@@ -200,7 +200,7 @@ TEST(SocketFile, OfManyThatStartAtOnceOneGetsIt) {
   }
 }
 
-// A stopped process, or one of another user, may hold the folder's lock for as long as it likes.
+// A stopped process, or one of another user, may hold the folder's lock for ever.
 TEST(SocketFile, RefusesAFolderThatStaysLocked) {
   const support::TemporaryFolder folder;
   const Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -212,7 +212,7 @@ TEST(SocketFile, RefusesAFolderThatStaysLocked) {
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-TEST(SocketFile, WaitsForAnotherHostThatStartsInItsFolder) {
+TEST(SocketFile, WaitsForAHostThatStartsInTheSameFolder) {
   const support::TemporaryFolder folder;
   Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
@@ -226,7 +226,7 @@ TEST(SocketFile, WaitsForAnotherHostThatStartsInItsFolder) {
   EXPECT_EQ(refusal, "");
 }
 
-TEST(SocketFile, DoesNotRemoveAnothersFile) {
+TEST(SocketFile, DoesNotRemoveTheFileOfAnotherSocket) {
   const support::TemporaryFolder folder;
   const auto file = folder / "socket";
   auto first = std::make_unique<SocketFile>(file);

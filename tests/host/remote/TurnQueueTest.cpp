@@ -12,11 +12,11 @@
 namespace host {
 namespace {
 
-TEST(TurnQueue, RunsOneStepInATurnOfTheLoop) {
+TEST(TurnQueue, RunsOneStepInEachPassOfTheLoop) {
   asio::io_context loop;
   TurnQueue turns(loop);
   std::vector<int> ran;
-  for (const int step : {1, 2, 3}) turns.wait([&ran, step] { ran.push_back(step); });
+  for (const int step : {1, 2, 3}) turns.add([&ran, step] { ran.push_back(step); });
   EXPECT_TRUE(ran.empty());
   for (const std::size_t count : {1U, 2U, 3U}) {
     EXPECT_EQ(loop.run_one(), 1U);
@@ -26,7 +26,7 @@ TEST(TurnQueue, RunsOneStepInATurnOfTheLoop) {
   EXPECT_EQ(loop.poll(), 0U);
 }
 
-TEST(TurnQueue, LetsOthersHaveTheLoopWithoutMemory) {
+TEST(TurnQueue, NeedsNoMemory) {
   asio::io_context loop;
   TurnQueue turns(loop);
   int ran = 0;
@@ -34,10 +34,10 @@ TEST(TurnQueue, LetsOthersHaveTheLoopWithoutMemory) {
   std::function<void()> again = step;
   {
     const support::NoMemory none;
-    turns.wait(std::move(step));
-    turns.wait(std::move(again));
+    turns.add(std::move(step));
+    turns.add(std::move(again));
     EXPECT_EQ(loop.run_one(), 1U);
-    EXPECT_EQ(ran, 1) << "the other has a turn of its own";
+    EXPECT_EQ(ran, 1) << "the other runs in the next pass";
     EXPECT_EQ(loop.run_one(), 1U);
   }
   EXPECT_EQ(ran, 2);
@@ -47,18 +47,18 @@ TEST(TurnQueue, RunsTheNextStepAfterOneThatThrows) {
   asio::io_context loop;
   TurnQueue turns(loop);
   int ran = 0;
-  turns.wait([] { throw std::bad_alloc(); });
-  turns.wait([&ran] { ++ran; });
+  turns.add([] { throw std::bad_alloc(); });
+  turns.add([&ran] { ++ran; });
   EXPECT_THROW(loop.run_one(), std::bad_alloc);
   EXPECT_EQ(loop.poll(), 1U);
   EXPECT_EQ(ran, 1);
 }
 
-TEST(TurnQueue, DropsWhatWaitsWhenItGoes) {
+TEST(TurnQueue, DropsQueuedStepsWhenDestroyed) {
   asio::io_context loop;
   int ran = 0;
   {
-    TurnQueue(loop).wait([&ran] { ++ran; });
+    TurnQueue(loop).add([&ran] { ++ran; });
   }
   loop.poll();
   EXPECT_EQ(ran, 0);

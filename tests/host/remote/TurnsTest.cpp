@@ -1,4 +1,4 @@
-// However much one client asks for, the others get their turn.
+// However many frames one client sends, the others get their turn.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -6,7 +6,7 @@
 
 #include "host/remote/RawSocket.h"
 #include "host/remote/ServerUnderTest.h"
-#include "remote/ClientBounds.h"
+#include "remote/ClientLimits.h"
 
 namespace host {
 namespace {
@@ -17,7 +17,7 @@ std::string countedCalls(std::size_t count) {
          frames(FrameKind::call, R"({"name":"oneWay"})", count);
 }
 
-// A bystander asks once and again, while others keep the server busy.
+// A client that sends one request after the other, while others keep the server busy.
 class Bystander {
  public:
   explicit Bystander(std::size_t others) {
@@ -28,13 +28,13 @@ class Bystander {
   [[nodiscard]] std::vector<RawSocket>& others() { return m_others; }
   [[nodiscard]] ServerUnderTest& server() { return m_server; }
 
-  // How much of `work` the device has had before each of the bystander's turns, when the others
+  // How much `work` the device has done before each request of the bystander, after the others
   // `begin` together.
   std::vector<int> workBeforeEachTurn(const std::function<void()>& begin,
                                       int (FakeDevice::*work)() const) {
     constexpr std::size_t kTurns = 8;
     std::vector<int> counts;
-    m_whenAsked = [&] {
+    m_onRequest = [&] {
       counts.push_back((m_server.device.*work)());
       if (counts.size() < kTurns) ask();
     };
@@ -49,8 +49,8 @@ class Bystander {
  private:
   void ask() { m_socket.send(frames(FrameKind::controlRequest, "{}", 1)); }
 
-  std::function<void()> m_whenAsked;
-  ServerUnderTest m_server{[this](const ControlRequest&) { m_whenAsked(); }};
+  std::function<void()> m_onRequest;
+  ServerUnderTest m_server{[this](const ControlRequest&) { m_onRequest(); }};
   RawSocket m_socket{m_server.controlSocket};
   std::vector<RawSocket> m_others;
 };
@@ -63,7 +63,7 @@ std::vector<int> callsBeforeEachTurn(std::size_t others) {
   return bystander.workBeforeEachTurn(begin, &FakeDevice::oneWayCalls);
 }
 
-TEST(Turns, APipelineOfCallsLetsABystanderInAfterOneTurn) {
+TEST(Turns, BystanderWaitsForOneTurnOfAPipeline) {
   EXPECT_LE(callsBeforeEachTurn(1).front(), static_cast<int>(2 * kFramesInTurn));
 }
 
@@ -73,11 +73,11 @@ void expectNoMoreThanThreeTurnsBetween(const std::vector<int>& counts) {
   }
 }
 
-TEST(Turns, OfManyPipelinesABystanderWaitsForNoMoreThanOne) {
+TEST(Turns, BystanderWaitsForOneTurnOfManyPipelines) {
   expectNoMoreThanThreeTurnsBetween(callsBeforeEachTurn(8));
 }
 
-TEST(Turns, OfManyWhoSendABurstEachABystanderWaitsForAFewCallsEach) {
+TEST(Turns, BystanderWaitsForAFewCallsOfEachOfManyBursts) {
   constexpr std::size_t kOthers = 50;
   Bystander bystander(kOthers);
   const auto begin = [&] {
@@ -87,7 +87,7 @@ TEST(Turns, OfManyWhoSendABurstEachABystanderWaitsForAFewCallsEach) {
   EXPECT_LE(counts.front(), static_cast<int>(8 * kOthers + 3 * kFramesInTurn));
 }
 
-TEST(Turns, ObserversThatLeaveTogetherAreTakenBackInTurns) {
+TEST(Turns, BystanderWaitsForOneTurnWhileManyObserversAreUnobserved) {
   constexpr std::size_t kObservers = 100;
   Bystander bystander(kObservers);
   ServerUnderTest& server = bystander.server();
@@ -101,13 +101,6 @@ TEST(Turns, ObserversThatLeaveTogetherAreTakenBackInTurns) {
   expectNoMoreThanThreeTurnsBetween(counts);
   EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 0; }));
   EXPECT_TRUE(server.becomes([] { return FakeProxy::living == 0; }));
-}
-
-TEST(Turns, APipelineOfCallsIsCarriedOutToItsEnd) {
-  ServerUnderTest server;
-  RawSocket client(server.socket);
-  client.send(countedCalls(5000));
-  EXPECT_TRUE(server.becomes([&] { return server.device.oneWayCalls() == 5000; }));
 }
 
 }  // namespace

@@ -1,10 +1,10 @@
-#include "remote/RareLine.h"
+#include "remote/RateLimitedLog.h"
 
 #include "Logging.h"
 
 namespace host {
 
-void RareLine::log(const char* why, Clock::time_point now) noexcept {
+void RateLimitedLog::log(const char* why, Clock::time_point now) noexcept {
   if (now < m_next) {
     ++m_suppressed;
     return;

@@ -1,13 +1,17 @@
-#include "remote/StreamBytes.h"
+#pragma once
 
 #include <array>
 #include <iostream>
+#include <optional>
+#include <string>
 
 #include "remote/Frame.h"
 
 namespace host {
 
-std::optional<std::string> readToEnd(std::iostream& stream) {
+// The unread rest of a stream, at most kMaxPayload bytes; nothing when it is longer.
+// Thread: the stream's.
+[[nodiscard]] inline std::optional<std::string> readToEnd(std::iostream& stream) {
   std::string bytes;
   std::array<char, 512> part;
   for (;;) {

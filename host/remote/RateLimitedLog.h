@@ -5,16 +5,16 @@
 
 namespace host {
 
-// A rate-limited log line for one kind of refusal or failure: at most one in kBetweenLines, with
-// the number of those suppressed since the last one. Owner: who refuses. Thread: the loop's.
-// Failure: without memory the line is lost; nothing is thrown.
-class RareLine {
+// Logs one kind of refusal or failure at most once in kBetweenLines; the next line says how many
+// were suppressed since. Thread: the loop's. Failure: without memory the line is lost; nothing is
+// thrown.
+class RateLimitedLog {
  public:
   using Clock = std::chrono::steady_clock;
   static constexpr std::chrono::seconds kBetweenLines{10};
 
   // kind: the beginning of each line, such as "client turned away". Constant text.
-  explicit RareLine(const char* kind) : m_kind(kind) {}
+  explicit RateLimitedLog(const char* kind) : m_kind(kind) {}
 
   void log(const char* why, Clock::time_point now = Clock::now()) noexcept;
 

@@ -1,27 +1,30 @@
-// What one client may have of the host at once.
+#include "remote/ClientLimits.h"
+
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 #include "host/remote/Desk.h"
 #include "host/remote/RawSocket.h"
-#include "remote/ClientBounds.h"
 #include "remote/Outbox.h"
 #include "remote/RemoteClient.h"
+#include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 #include "support/SoftLimit.h"
 
 namespace host {
 namespace {
 
-// How many clients the process has descriptors for, when it may have `most`.
+// When the process may have `most` descriptors.
 std::size_t clientsUnder(rlim_t most) {
   const support::SoftLimit limit(RLIMIT_NOFILE, most);
   return clientsWithDescriptors();
 }
 
-TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {
+TEST(ClientLimits, LeaveDescriptorsForTheHostAndAtLeastOneForAClient) {
   for (const rlim_t few : {rlim_t{0}, rlim_t{kOwnDescriptors - 1}, rlim_t{kOwnDescriptors}}) {
     EXPECT_EQ(clientsUnder(few), 1U) << few;
   }
@@ -29,8 +32,8 @@ TEST(ClientsWithDescriptors, AreWhatTheHostDoesNotNeedItselfAndAlwaysOne) {
   EXPECT_EQ(clientsUnder(kOwnDescriptors + 2), 2U);
 }
 
-// A client may count on them.
-TEST(ClientBounds, AreThoseThatTheProtocolTells) {
+// Clients rely on them.
+TEST(ClientLimits, AreAsDocumentedInTheProtocol) {
   EXPECT_EQ(kFramesAtOnce, 4U);
   EXPECT_EQ(kFramesInTurn, 64U);
   EXPECT_EQ(kTurn, std::chrono::milliseconds(1));
@@ -44,7 +47,7 @@ TEST(ClientBounds, AreThoseThatTheProtocolTells) {
   EXPECT_EQ(kOwnDescriptors, 164U);
 }
 
-TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
+TEST(ClientLimits, RequestsBeyondTheLimitWaitInTheSocket) {
   ServerWithDesk at;
   RemoteClient neighbour(at.server.controlSocket);
   RawSocket client(at.server.controlSocket);
@@ -62,14 +65,14 @@ TEST(ClientBounds, RequestsBeyondTheMostThatAreOpenWaitInTheirSocket) {
   }
 }
 
-TEST(ClientBounds, ARequestThatHoldsWhatComesNextIsAnsweredFirst) {
+TEST(ClientLimits, NextRequestWaitsForOneThatHoldsIt) {
   ServerWithAHeldClient at;
   EXPECT_EQ(at.desk.take().text, "hold");
   ASSERT_TRUE(at.has(1));
   EXPECT_EQ(at.desk.take().text, "next");
 }
 
-TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
+TEST(ClientLimits, NextRequestsWaitWhileAnswersAreUnread) {
   int asked = 0;
   const std::string answer(300 * 1024, 'a');
   ServerUnderTest server([&](const ControlRequest& request) {
@@ -87,7 +90,7 @@ TEST(ClientBounds, AnswersThatAreNotReadHoldTheNextRequests) {
   }
 }
 
-TEST(ClientBounds, WhatAClientThatIsGoneHasAskedForIsNotWantedAnyMore) {
+TEST(ClientLimits, RequestOfADisconnectedClientIsNotWanted) {
   ServerWithDesk at;
   std::optional<RawSocket> client(at.server.controlSocket);
   client->send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
@@ -96,10 +99,10 @@ TEST(ClientBounds, WhatAClientThatIsGoneHasAskedForIsNotWantedAnyMore) {
   EXPECT_TRUE(first.channel->wanted());
   client.reset();
   ASSERT_TRUE(at.server.becomes([&] { return !first.channel->wanted(); }));
-  EXPECT_TRUE(at.server.becomes([&] { return at.server.clients() == 0; })) << "there is room again";
+  EXPECT_TRUE(at.server.becomes([&] { return at.server.clients() == 0; })) << "its slot is free";
 }
 
-TEST(ClientBounds, WhatAClientThatIsGoneHasStillInItsSocketIsNotBegun) {
+TEST(ClientLimits, RequestsThatADisconnectedClientLeftInItsSocketAreNotExecuted) {
   int asked = 0;
   ServerUnderTest server([&](const ControlRequest& request) {
     ++asked;
@@ -115,31 +118,7 @@ TEST(ClientBounds, WhatAClientThatIsGoneHasStillInItsSocketIsNotBegun) {
   EXPECT_LE(asked, static_cast<int>(kFramesInTurn));
 }
 
-TEST(ClientBounds, AnAnswerIsWantedOnce) {
-  ServerWithDesk at;
-  FrameSocket client(at.server.controlSocket);
-  client.send({FrameKind::controlRequest, 1, "{}"});
-  client.finishSending();
-  ASSERT_TRUE(at.has(1));
-  const ControlRequest request = at.desk.take();
-  EXPECT_TRUE(request.channel->wanted()) << "the client still reads";
-  EXPECT_TRUE(request.channel->reply("{}"));
-  EXPECT_FALSE(request.channel->wanted());
-}
-
-TEST(ClientBounds, WhatIsNotAnsweredAtTheEndIsRefused) {
-  ServerWithDesk at;
-  RemoteClient client(at.server.controlSocket);
-  const auto id = client.startControl("{}");
-  ASSERT_TRUE(at.has(1));
-  at.server.stop();
-  const auto answer = client.nextAnswer(id, kLong);
-  ASSERT_TRUE(answer);
-  EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
-  EXPECT_FALSE(at.desk.take().channel->wanted());
-}
-
-TEST(ClientBounds, ClientsBeyondTheMostAreToldAndTheLogHasOneLine) {
+TEST(ClientLimits, ClientsBeyondTheLimitGetTheReasonAndTheLogHasOneLine) {
   RemoteServer::Limits limits;
   limits.clients = 2;
   ServerUnderTest server({}, limits);
@@ -153,12 +132,89 @@ TEST(ClientBounds, ClientsBeyondTheMostAreToldAndTheLogHasOneLine) {
     ASSERT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLong));
     EXPECT_EQ(
         frame.payload,
-        R"({"ok":false,"error":"2 clients are connected, which is the most; try again later"})");
+        R"({"ok":false,"error":"2 clients are connected, which is the limit; try again later"})");
   }
-  EXPECT_EQ(log.count("client turned away: 2 clients are connected, which is the most"), 1U);
+  EXPECT_EQ(log.count("client turned away: 2 clients are connected, which is the limit"), 1U);
   EXPECT_EQ(server.clients(), 2U);
   const RemoteClient control(server.controlSocket);
-  EXPECT_TRUE(server.becomes([&] { return server.clients() == 3; })) << "who controls has own room";
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 3; }))
+      << "control clients have slots of their own";
+}
+
+constexpr uid_t kRoot = 0;
+constexpr uid_t kOwn = 1000;
+constexpr uid_t kOther = 1001;
+constexpr uid_t kThird = 1002;
+
+class ConnectionLimitOfUser1000 : public ::testing::Test {
+ protected:
+  void connect(uid_t user, int count, std::size_t most) {
+    for (int i = 0; i < count; ++i) m_slots.push_back(m_limit.take(user, most));
+  }
+  std::string refusal(uid_t user, std::size_t most) {
+    return errorOf([&] { connect(user, 1, most); });
+  }
+  void disconnectOne() { m_slots.pop_back(); }
+
+ private:
+  ConnectionLimit m_limit{kOwn};
+  std::vector<ConnectionLimit::Slot> m_slots;
+};
+
+TEST_F(ConnectionLimitOfUser1000, GivesOneUserHalfAndTheOthersTheRest) {
+  connect(kOther, 5, 10);
+  EXPECT_EQ(refusal(kOther, 10),
+            "5 clients of uid 1001 are connected, which is the limit of one user");
+  connect(kThird, 4, 10);
+  connect(kOwn, 1, 10);
+  EXPECT_EQ(refusal(kThird, 10), "10 clients are connected, which is the limit");
+}
+
+TEST_F(ConnectionLimitOfUser1000, GivesAllToRootAndTheHostsUser) {
+  connect(kRoot, 10, 10);
+  EXPECT_EQ(refusal(kOwn, 10), "10 clients are connected, which is the limit");
+  connect(kOwn, 20, 30);
+}
+
+TEST_F(ConnectionLimitOfUser1000, FreesTheSlotOfADisconnectedClient) {
+  connect(kOther, 5, 10);
+  disconnectOne();
+  connect(kOther, 1, 10);
+  EXPECT_NE(refusal(kOther, 10), "");
+}
+
+TEST_F(ConnectionLimitOfUser1000, GivesAnyUserTheOnlySlot) {
+  connect(kOther, 1, 1);
+  EXPECT_EQ(refusal(kOther, 1), "1 clients are connected, which is the limit");
+  EXPECT_EQ(refusal(kOther, 3),
+            "1 clients of uid 1001 are connected, which is the limit of one user");
+}
+
+// The first three clients are another user's, the next ones the host's.
+int g_connections = 0;
+uid_t otherThenOwn(int) {
+  return ++g_connections <= 3 ? kUnknownUser : ::geteuid();
+}
+
+TEST(ClientLimits, RefusesAUserBeyondItsShareAndServesTheHostsUser) {
+  g_connections = 0;
+  RemoteServer::Limits limits;
+  limits.clients = 4;
+  limits.user = otherThenOwn;
+  ServerUnderTest server({}, limits);
+  const support::LogCapture log(4);
+  const RemoteClient one(server.socket);
+  const RemoteClient two(server.socket);
+  ASSERT_TRUE(server.becomes([&] { return server.clients() == 2; }));
+  const std::string why = "2 clients of uid " + std::to_string(kUnknownUser) +
+                          " are connected, which is the limit of one user";
+  FrameSocket refused(server.socket);
+  Frame frame;
+  ASSERT_TRUE(refused.receive(frame, std::chrono::steady_clock::now() + kLong));
+  EXPECT_EQ(frame.payload, R"({"ok":false,"error":")" + why + R"(; try again later"})");
+  EXPECT_TRUE(log.waitForPart("client turned away: " + why)) << log.text();
+  const RemoteClient own(server.socket);
+  EXPECT_TRUE(server.becomes([&] { return server.clients() == 3; }));
 }
 
 }  // namespace

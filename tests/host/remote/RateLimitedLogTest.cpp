@@ -1,4 +1,4 @@
-#include "remote/RareLine.h"
+#include "remote/RateLimitedLog.h"
 
 #include <gtest/gtest.h>
 
@@ -8,26 +8,26 @@
 namespace host {
 namespace {
 
-constexpr RareLine::Clock::time_point kStart{std::chrono::hours(1)};
-constexpr auto kNextLine = kStart + RareLine::kBetweenLines;
+constexpr RateLimitedLog::Clock::time_point kStart{std::chrono::hours(1)};
+constexpr auto kNextLine = kStart + RateLimitedLog::kBetweenLines;
 
-TEST(RareLine, SaysHowManyWereNotLoggedSinceTheLastOne) {
+TEST(RateLimitedLog, CountsTheLinesSuppressedSinceTheLastOne) {
   const support::LogCapture log;
-  RareLine line("client turned away");
+  RateLimitedLog line("client turned away");
   line.log("first", kStart);
-  for (int i = 0; i < 3; ++i) line.log("untold", kNextLine - std::chrono::nanoseconds(1));
+  for (int i = 0; i < 3; ++i) line.log("suppressed", kNextLine - std::chrono::nanoseconds(1));
   line.log("second", kNextLine);
-  line.log("third", kNextLine + RareLine::kBetweenLines);
+  line.log("third", kNextLine + RateLimitedLog::kBetweenLines);
   EXPECT_EQ(log.text(),
             "clockhost 3: client turned away: first\n"
             "clockhost 3: client turned away: second; so were 3 since the last line\n"
             "clockhost 3: client turned away: third\n");
 }
 
-TEST(RareLine, ThrowsNothingWithoutMemory) {
-  RareLine line("client turned away");
+TEST(RateLimitedLog, ThrowsNothingWithoutMemory) {
+  RateLimitedLog line("client turned away");
   line.log("first", kStart);
-  line.log("untold", kStart);
+  line.log("suppressed", kStart);
   const support::NoMemory none;
   EXPECT_NO_THROW(line.log("second", kNextLine));
 }
