@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <utility>
@@ -29,5 +30,11 @@ class Descriptor {
  private:
   int m_descriptor = -1;
 };
+
+// Whether the descriptor is of a pipe, named or not.
+[[nodiscard]] inline bool isFifo(int descriptor) {
+  struct stat found {};
+  return ::fstat(descriptor, &found) == 0 && S_ISFIFO(found.st_mode);
+}
 
 }  // namespace host

@@ -5,19 +5,15 @@
 #include <limits>
 #include <string_view>
 
-#include "base/Digit.h"
+#include "base/Ascii.h"
 
 namespace {
 
 constexpr std::size_t kLongestHostname = 253;  // without the final dot, as RFC 1035 counts
 constexpr std::size_t kLongestLabel = 63;
 
-bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 bool isLabelCharacter(char c) {
-  return host::isDigit(c) || isLetter(c) || c == '-';
+  return host::isDigit(c) || host::isLetter(c) || c == '-';
 }
 
 bool isLabel(std::string_view text) {

@@ -3,14 +3,15 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <string_view>
 
-#include "base/Digit.h"
+#include "base/Ascii.h"
 
 namespace {
 
 // Layout: YYYY-MM-DDThh:mm:ss+hh:mm, '0' for each digit.
-constexpr char kShape[] = "0000-00-00T00:00:00?00:00";
-constexpr std::size_t kLength = sizeof kShape - 1;
+constexpr std::string_view kEastOfUtc = "0000-00-00T00:00:00+00:00";
+constexpr std::string_view kWestOfUtc = "0000-00-00T00:00:00-00:00";
 constexpr std::size_t kSignAt = 19;
 constexpr int kMinutesPerDay = 24 * 60;
 
@@ -18,13 +19,8 @@ struct Fields {
   int year, month, day, hour, minute, second, offsetHours, offsetMinutes;
 };
 
-bool hasShape(const std::string& text) {
-  if (text.size() != kLength || (text[kSignAt] != '+' && text[kSignAt] != '-')) return false;
-  for (std::size_t i = 0; i < kLength; ++i) {
-    if (i == kSignAt) continue;
-    if (kShape[i] == '0' ? !host::isDigit(text[i]) : text[i] != kShape[i]) return false;
-  }
-  return true;
+bool isUtcString(const std::string& text) {
+  return host::hasShape(text, kEastOfUtc) || host::hasShape(text, kWestOfUtc);
 }
 
 // REQUIRES: two digits at `at`.
@@ -127,12 +123,12 @@ void putPair(char* at, int number) {
 }
 
 // For the usual record, whose fields fit their places: much faster than printf.
-bool putFields(const tm& utc, std::int64_t year, char (&buffer)[kLength]) {
+bool putFields(const tm& utc, std::int64_t year, char (&buffer)[kEastOfUtc.size()]) {
   if (year < 0 || year > 9999 || utc.tm_mon < 0 || utc.tm_mon > 98 || !isPair(utc.tm_mday) ||
       !isPair(utc.tm_hour) || !isPair(utc.tm_min) || !isPair(utc.tm_sec)) {
     return false;
   }
-  for (std::size_t i = 0; i < kLength; ++i) buffer[i] = kShape[i];
+  for (std::size_t i = 0; i < kEastOfUtc.size(); ++i) buffer[i] = kEastOfUtc[i];
   putPair(buffer, static_cast<int>(year / 100));
   putPair(buffer + 2, static_cast<int>(year % 100));
   putPair(buffer + 5, utc.tm_mon + 1);
@@ -157,7 +153,7 @@ std::string printedFields(const tm& utc, std::int64_t year) {
 }  // namespace
 
 bool ClockUtils::convertTimeStringToTimeStruct(const std::string& text, tm& utc) {
-  if (!hasShape(text)) return false;
+  if (!isUtcString(text)) return false;
   Fields fields = fieldsOf(text);
   if (!inRange(fields)) return false;
   toUtc(fields, text[kSignAt]);
@@ -167,9 +163,9 @@ bool ClockUtils::convertTimeStringToTimeStruct(const std::string& text, tm& utc)
 
 void ClockUtils::convertTimeStructToTimeString(tm& utc, std::string& text) {
   const std::int64_t year = std::int64_t{utc.tm_year} + 1900;
-  char buffer[kLength];
+  char buffer[kEastOfUtc.size()];
   if (putFields(utc, year, buffer)) {
-    text.assign(buffer, kLength);
+    text.assign(buffer, kEastOfUtc.size());
   } else {
     text = printedFields(utc, year);
   }

@@ -14,7 +14,7 @@
 #include <string_view>
 
 #include "ClientUtils.h"
-#include "base/Digit.h"
+#include "base/Ascii.h"
 #include "framework/BoundedLookup.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "base/Ascii.h"
 #include "base/Utf8.h"
 
 namespace host {
@@ -13,12 +14,8 @@ bool isXmlCharacter(std::uint32_t c) {
   return c != 0xFFFE && c != 0xFFFF;
 }
 
-bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 bool isNameCharacter(char c) {
-  return isLetter(c) || (c >= '0' && c <= '9') || c == '_' || c == '-' || c == '.';
+  return isLetter(c) || isDigit(c) || c == '_' || c == '-' || c == '.';
 }
 
 }  // namespace

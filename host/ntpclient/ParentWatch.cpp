@@ -6,22 +6,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <limits>
+#include "base/MillisecondsUntil.h"
 
 namespace host::ntp {
-namespace {
-
-using std::chrono::milliseconds;
-
-// Rounded up, so that a wait does not end a fraction of a millisecond early, in a busy loop.
-int millisecondsUntil(ParentWatch::Deadline deadline) {
-  const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
-  return static_cast<int>(
-      std::clamp<milliseconds::rep>(left.count(), 0, std::numeric_limits<int>::max()));
-}
-
-}  // namespace
 
 ParentWatch::ParentWatch() {
   const pid_t parent = ::getppid();

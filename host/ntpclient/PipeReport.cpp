@@ -1,7 +1,6 @@
 #include "ntpclient/PipeReport.h"
 
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,11 +14,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kPause{10};  // no event tells that a listener has opened
 
-bool isPipe(const Descriptor& descriptor) {
-  struct stat found {};
-  return ::fstat(descriptor.get(), &found) == 0 && S_ISFIFO(found.st_mode);
-}
-
 bool isTaken(const Descriptor& pipe) {
   int unread = 0;
   return ::ioctl(pipe.get(), FIONREAD, &unread) == 0 && unread == 0;
@@ -31,7 +25,7 @@ enum class Step { again, written, noPipe };
 Step tryToWrite(const char* path, std::uint32_t seconds, Descriptor& pipe) {
   pipe.reset(::open(path, kPipeFlags));
   if (!pipe.valid()) return Step::again;  // no reader, or no pipe yet
-  if (!isPipe(pipe)) return Step::noPipe;
+  if (!isFifo(pipe.get())) return Step::noPipe;
   const ssize_t written = ::write(pipe.get(), &seconds, sizeof seconds);
   return written == static_cast<ssize_t>(sizeof seconds) ? Step::written : Step::again;
 }

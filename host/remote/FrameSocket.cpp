@@ -3,11 +3,10 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
+#include "base/MillisecondsUntil.h"
 #include "remote/SocketAddress.h"
 
 namespace host {
@@ -16,13 +15,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kSendLimit{10};
-
-// Rounded up, so that a wait does not end a fraction of a millisecond early, in a busy loop.
-int millisecondsUntil(FrameSocket::Deadline deadline) {
-  using std::chrono::milliseconds;
-  const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
-  return static_cast<int>(std::clamp<milliseconds::rep>(left, 0, std::numeric_limits<int>::max()));
-}
 
 // False at the deadline.
 bool waitFor(int descriptor, short events, FrameSocket::Deadline deadline) {

@@ -1,13 +1,13 @@
 #include "runtime/ListenerWaker.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <chrono>
 #include <utility>
 
+#include "base/Descriptor.h"
 #include "base/StartThread.h"
 #include "runtime/ReportPipe.h"
 
@@ -19,17 +19,12 @@ constexpr const char* kName = "waker of the report listener";
 // A listener may come to its wait a moment after it was told to end.
 constexpr std::chrono::milliseconds kBetweenWakes{2};
 
-bool isPipe(int descriptor) {
-  struct stat status {};
-  return fstat(descriptor, &status) == 0 && S_ISFIFO(status.st_mode);
-}
-
 // Nothing happens when nobody waits: the open fails then.
 void wake(const std::string& path) {
   const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
   if (pipe < 0) return;
   constexpr std::array<char, 4> kNoTime{};
-  if (isPipe(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
+  if (isFifo(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
     // Full or left: then there is something to read, or nobody to wake.
   }
   close(pipe);

@@ -9,28 +9,17 @@
 #include <ctime>
 #include <string_view>
 
+#include "base/LogLevel.h"
+
 namespace host {
 namespace {
-
-struct Level {
-  const char* name;
-  const char* colour;  // the terminal's sequence that begins it
-};
 
 constexpr const char* kPlain = "\033[m";
 constexpr std::size_t kNameWidth = 8;
 
-constexpr std::array<Level, 7> kLevels = {{{"fatal", "\033[1;41m"},
-                                           {"critical", "\033[1;41m"},
-                                           {"error", "\033[1;31m"},
-                                           {"warning", "\033[1;33m"},
-                                           {"note", "\033[32m"},
-                                           {"info", "\033[36m"},
-                                           {"trace", "\033[37m"}}};
-
-const Level& levelOf(int number) {
-  return kLevels[static_cast<std::size_t>(std::clamp(number, 0, 6))];
-}
+// The terminal's sequences that switch to the colour of each level.
+constexpr std::array<const char*, kLogLevelNames.size()> kColours = {
+    "\033[1;41m", "\033[1;41m", "\033[1;31m", "\033[1;33m", "\033[32m", "\033[36m", "\033[37m"};
 
 // Final newlines are dropped: the line has its own.
 std::string printable(const std::string& text) {
@@ -66,9 +55,9 @@ bool showsColours(int descriptor) {
 }
 
 std::string logLine(const LogEntry& entry, bool inColour) {
-  const Level& level = levelOf(entry.level);
-  const std::string name(level.name);
-  const std::string shown = inColour ? level.colour + name + kPlain : name;
+  const auto level = static_cast<std::size_t>(std::clamp(entry.level, 0, 6));
+  const std::string name = kLogLevelNames[level];
+  const std::string shown = inColour ? kColours[level] + name + kPlain : name;
   return timeText(entry.wall) + " " + shown + std::string(kNameWidth - name.size(), ' ') + " " +
          (entry.systemLog ? "system log" : entry.component) + ": " + printable(entry.text) + "\n";
 }

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <limits>
 
+#include "base/Ascii.h"
+
 namespace host {
 namespace {
 
@@ -22,16 +24,6 @@ std::optional<std::int64_t> number(std::string_view text) {
   const auto [stop, error] = std::from_chars(text.data(), end, value);
   if (error != std::errc() || stop != end) return std::nullopt;
   return value;
-}
-
-// True when `text` has digits at the '0's of `shape` and its other characters as they are.
-bool hasShape(std::string_view text, std::string_view shape) {
-  if (text.size() != shape.size()) return false;
-  for (std::size_t i = 0; i < shape.size(); ++i) {
-    const bool digit = text[i] >= '0' && text[i] <= '9';
-    if (shape[i] == '0' ? !digit : text[i] != shape[i]) return false;
-  }
-  return true;
 }
 
 int digits(std::string_view text, std::size_t position, std::size_t count) {

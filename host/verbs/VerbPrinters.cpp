@@ -7,14 +7,12 @@
 #include <span>
 #include <string>
 
+#include "base/LogLevel.h"
 #include "base/PrintableText.h"
 #include "verbs/JsonText.h"
 
 namespace host {
 namespace {
-
-constexpr std::array<const char*, 7> kLevels = {"fatal", "critical", "error", "warning",
-                                                "note",  "info",     "trace"};
 
 // What could break the line it stands in, or what a terminal would obey, in the notation of JSON.
 std::string oneLine(const std::string& text) {
@@ -75,8 +73,8 @@ void printMembers(const Json& object, std::span<const Line> lines, std::ostream&
 // Compared as text: what a host of another version writes there may be any number.
 std::string levelText(const Json& entry) {
   std::string number = member(entry, "level");
-  for (std::size_t level = 0; level < kLevels.size(); ++level) {
-    if (number == std::to_string(level)) return kLevels[level];
+  for (std::size_t level = 0; level < kLogLevelNames.size(); ++level) {
+    if (number == std::to_string(level)) return kLogLevelNames[level];
   }
   return number;
 }

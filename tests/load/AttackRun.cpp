@@ -2,7 +2,6 @@
 
 #include <poll.h>
 
-#include <algorithm>
 #include <csignal>
 #include <deque>
 #include <filesystem>
@@ -12,6 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "base/MillisecondsUntil.h"
 #include "integration/RestartableHost.h"
 #include "load/Attackers.h"
 #include "load/DueCalls.h"
@@ -57,8 +57,7 @@ class Bystanders final : public CallLine {
   static constexpr int kBystanders = 50;
 
   void read(Instant until) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - now());
-    ::poll(m_polled.data(), m_polled.size(), std::max(0, static_cast<int>(left.count())));
+    ::poll(m_polled.data(), m_polled.size(), host::millisecondsUntil(until));
     for (std::size_t i = 0; i < m_polled.size(); ++i) {
       if (m_polled[i].revents != 0) readFrom(m_clients[i]);
     }
