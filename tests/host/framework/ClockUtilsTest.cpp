@@ -47,7 +47,7 @@ std::string dateText(std::chrono::year_month_day date) {
   return printed(day).substr(0, 10);
 }
 
-TEST(UtcStringParser, HoldsUtc) {
+TEST(UtcStringParser, ConvertsToUtc) {
   const Row rows[] = {
       {"2016-06-16T00:00:00+00:00", "2016-06-16T00:00:00+00:00", 4, 167},
       {"1970-01-01T00:00:00+00:00", "1970-01-01T00:00:00+00:00", 4, 0},
@@ -73,7 +73,7 @@ TEST(UtcStringParser, HoldsUtc) {
   }
 }
 
-TEST(UtcStringParser, TakesTheDateOverTheEndOfEachMonthThroughAnOffset) {
+TEST(UtcStringParser, CarriesTheDateOverTheEndOfEachMonth) {
   constexpr std::chrono::days kDay{1};
   for (std::chrono::year_month month{std::chrono::year(2023), std::chrono::January};
        month.year() < std::chrono::year(2025); month += std::chrono::months(1)) {
@@ -84,15 +84,15 @@ TEST(UtcStringParser, TakesTheDateOverTheEndOfEachMonthThroughAnOffset) {
   }
 }
 
-TEST(UtcStringParser, LeavesTheFourDigitsThroughAnOffset) {
+TEST(UtcStringParser, CarriesTheYearBeyondFourDigits) {
   EXPECT_EQ(parsed("0000-01-01T00:00:00+00:01").tm_year, -1 - 1900);
   EXPECT_EQ(parsed("0000-01-01T00:00:00+00:01").tm_wday, 5);
   EXPECT_EQ(parsed("9999-12-31T23:59:00-00:01").tm_year, 10000 - 1900);
   EXPECT_EQ(parsed("9999-12-31T23:59:00-00:01").tm_wday, 6);
 }
 
-// The C library reads the record as the same instant, day by day.
-TEST(UtcStringParser, AgreesWithTheCalendarOfTheCLibrary) {
+// Each day from 1970 to 2037.
+TEST(UtcStringParser, AgreesWithTheCLibrary) {
   constexpr time_t kDay = 24 * 60 * 60;
   for (time_t instant = 1; instant < 2'145'916'800; instant += kDay + 7) {
     tm expected{};
@@ -137,8 +137,7 @@ TEST(UtcStringParser, RefusesOtherLengths) {
   }
 }
 
-// Each place of a good text in turn, with what does not belong there.
-TEST(UtcStringParser, RefusesAnyOtherCharacterInAnyPlace) {
+TEST(UtcStringParser, RefusesAWrongCharacterAnywhere) {
   const std::string good = "2016-06-16T00:00:00+00:00";
   for (std::size_t at = 0; at < good.size(); ++at) {
     for (const char wrong : {'x', ' ', '\0', '/', ':', '-', '+', 'T', 't', '\xFF'}) {
@@ -151,7 +150,7 @@ TEST(UtcStringParser, RefusesAnyOtherCharacterInAnyPlace) {
   }
 }
 
-TEST(UtcStringParser, LeavesTheRecordAloneWhenItRefuses) {
+TEST(UtcStringParser, LeavesTheRecordUntouchedOnFailure) {
   tm before{};
   std::memset(&before, 0x5A, sizeof before);
   tm record = before;
@@ -167,7 +166,7 @@ TEST(UtcStringPrinter, PrintsTwentyFiveCharacters) {
   EXPECT_EQ(printed(record(9999, 12, 31, 23, 59, 60)), "9999-12-31T23:59:60+00:00");
 }
 
-TEST(UtcStringPrinter, PrintsFieldsAsTheyAre) {
+TEST(UtcStringPrinter, DoesNotNormaliseFields) {
   EXPECT_EQ(printed(record(2016, 0, 0, 0, 0, 0)), "2016-00-00T00:00:00+00:00");
   EXPECT_EQ(printed(record(2016, 99, 99, 99, 99, 99)), "2016-99-99T99:99:99+00:00");
   EXPECT_EQ(printed(record(2016, 100, 1, 0, 0, 0)), "2016-100-01T00:00:00+00:00");
@@ -176,7 +175,7 @@ TEST(UtcStringPrinter, PrintsFieldsAsTheyAre) {
   EXPECT_EQ(printed(record(-1, 1, 1, 100, 100, 100)), "-001-01-01T100:100:100+00:00");
 }
 
-TEST(UtcStringPrinter, TakesAnyNumbers) {
+TEST(UtcStringPrinter, PrintsAnyNumbers) {
   using Limits = std::numeric_limits<int>;
   tm most{};
   most.tm_year = most.tm_mon = most.tm_mday = Limits::max();
