@@ -51,7 +51,7 @@ class Telephone {
 // While it lives, this process's time calls read the machine's clock, as those of a telephone do.
 class MachineClock {
  public:
-  MachineClock() : m_before(host::processClockIfAny()) { host::setProcessClock(nullptr); }
+  MachineClock() : m_before(host::processClock()) { host::setProcessClock(nullptr); }
   ~MachineClock() { host::setProcessClock(m_before); }
   MachineClock(const MachineClock&) = delete;
   MachineClock& operator=(const MachineClock&) = delete;

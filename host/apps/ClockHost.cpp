@@ -38,15 +38,6 @@ namespace {
 // program that is just removing the folder with its content.
 constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
 
-// During its lifetime, the POSIX time calls of this process use the clock.
-class ProcessClock {
- public:
-  explicit ProcessClock(VirtualClock& clock) { setProcessClock(&clock); }
-  ~ProcessClock() { setProcessClock(nullptr); }
-  ProcessClock(const ProcessClock&) = delete;
-  ProcessClock& operator=(const ProcessClock&) = delete;
-};
-
 // During its lifetime, the log goes to standard error. The destructor writes what is still waiting.
 class ErrorLog {
  public:

@@ -16,7 +16,7 @@ inline std::chrono::nanoseconds saturatingSum(std::chrono::nanoseconds a,
   return nanoseconds{sum};
 }
 
-// What comes to more than `bound`, or is not a number, is `bound`; less than 0 is 0.
+// Clamped to 0-bound; NaN gives `bound`.
 inline std::chrono::nanoseconds boundedTime(long double nanoseconds,
                                             std::chrono::nanoseconds bound) {
   if (!(nanoseconds < static_cast<long double>(bound.count()))) return bound;

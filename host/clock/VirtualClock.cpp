@@ -79,9 +79,9 @@ double VirtualClock::speed() const {
 }
 
 void VirtualClock::setSpeed(double speed) {
-  if (!(speed >= 0)) throw std::invalid_argument("a speed is 0 or more");
+  if (!(speed >= 0)) throw std::invalid_argument("the speed must be 0 or more");
   if (m_source == Source::system && !(speed >= 1 && speed <= 1)) {
-    throw std::invalid_argument("the system's clock has speed 1");
+    throw std::invalid_argument("the speed of the system clock is 1");
   }
   {
     const MutexLock lock(m_mutex);
@@ -89,7 +89,7 @@ void VirtualClock::setSpeed(double speed) {
     m_speed = speed;
     ++m_speedSettings;
   }
-  tellScheduleChange();
+  callListener();
 }
 
 std::uint64_t VirtualClock::speedSettings() const {
@@ -97,24 +97,24 @@ std::uint64_t VirtualClock::speedSettings() const {
   return m_speedSettings;
 }
 
-// Where time would be if no timer held it up.
-Nanoseconds VirtualClock::unhinderedNow() const {
+// The uptime if time did not stop at armed timers.
+Nanoseconds VirtualClock::uptimeWithoutTimers() const {
   if (m_source == Source::system) return m_real();
   if (!(m_speed > 0)) return m_anchorUptime;
   if (std::isinf(m_speed)) return m_armed.empty() ? m_anchorUptime : kLastUptime;
   const Nanoseconds real = m_real() - m_anchorReal;
   const Nanoseconds left = kLastUptime - m_anchorUptime;
   if (m_speed >= 1 && m_speed <= 1)
-    return m_anchorUptime + std::min(real, left);  // to the last bit
+    return m_anchorUptime + std::min(real, left);  // without rounding
   const auto passed = static_cast<long double>(real.count()) * static_cast<long double>(m_speed);
   return m_anchorUptime + boundedTime(passed, left);
 }
 
 Nanoseconds VirtualClock::now() const {
   if (m_standing && m_source == Source::virtualTime) return *m_standing;
-  const Nanoseconds unhindered = unhinderedNow();
-  if (m_armed.empty() || m_source == Source::system) return unhindered;
-  return std::min(unhindered, m_armed.begin()->first);
+  const Nanoseconds uptime = uptimeWithoutTimers();
+  if (m_armed.empty() || m_source == Source::system) return uptime;
+  return std::min(uptime, m_armed.begin()->first);
 }
 
 void VirtualClock::anchorAt(Nanoseconds uptime) {

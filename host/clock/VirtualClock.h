@@ -16,17 +16,16 @@ class Executable;
 
 namespace host {
 
-// Wall time, uptime and timer expiry out of one object. Virtual time never passes an armed timer
-// that has not been delivered, and stands while a timer's owner is called.
-// Owner: whoever runs the framework. Thread: any; runDue, advance and fireNext are the framework
-// thread's, and not to be called from an expiry.
-// Failure: what an owner throws leaves the driving call; the clock goes on.
+// Wall time, uptime and timers in one object. Virtual time does not pass an armed timer before it
+// is delivered, and stands still while a timer's owner runs. Owner: the framework. Thread: any; but
+// only the framework thread calls runDue, advance, advanceTo and fireNext, and not from an expiry.
+// Failure: an owner's exception leaves the call that delivered its timer; the clock keeps working.
 class VirtualClock {
  public:
   using Nanoseconds = std::chrono::nanoseconds;
   using RealClock = std::function<Nanoseconds()>;
   // virtualTime: starts paused at 1970-01-01. system: wall time and uptime (since boot) of the
-  // machine, speed fixed at 1; setting it takes the privilege.
+  // machine, speed fixed at 1; setting it needs the privilege.
   enum class Source { virtualTime, system };
 
   // The last wall time that can be set (the year 2223).
@@ -35,7 +34,7 @@ class VirtualClock {
   static constexpr Nanoseconds kLastUptime = std::chrono::hours{24 * 365 * 200};
 
   explicit VirtualClock(Source source = Source::virtualTime);
-  // Virtual time that takes the passing of real time from `real`, which never goes back.
+  // Virtual time that runs on `real`, which must not go back.
   explicit VirtualClock(RealClock real);
   VirtualClock(const VirtualClock&) = delete;
   VirtualClock& operator=(const VirtualClock&) = delete;
@@ -43,56 +42,56 @@ class VirtualClock {
   [[nodiscard]] Nanoseconds wall() const;    // since 1970-01-01 UTC
   [[nodiscard]] Nanoseconds uptime() const;  // since construction; system: since boot
 
-  // The clock jumps: uptime and timers are left alone. False, with errno: EINVAL outside
+  // Makes the clock jump: uptime and timers stay as they are. False, with errno: EINVAL outside
   // 0-kLastWall, EPERM without the privilege.
   [[nodiscard]] bool setWall(Nanoseconds wall);
 
-  // Virtual seconds for each real one. 0: paused. Infinity: straight from timer to timer.
+  // Virtual seconds per real second. 0: paused. Infinity: time jumps from timer to timer.
   [[nodiscard]] double speed() const;
   // Throws std::invalid_argument: negative, not a number, other than 1 with the system's clock.
   void setSpeed(double speed);
-  // How often the speed was set, also to the value that it had.
+  // How often the speed was set, including to the value that it already had.
   [[nodiscard]] std::uint64_t speedSettings() const;
   [[nodiscard]] Source source() const { return m_source; }
 
-  // One-shot timers; ids start at 1 and only grow. Equal expiries come in order of creation.
-  // 0 for a negative period. The owner outlives its timers.
+  // Creates a stopped one-shot timer. Ids start at 1 and are not reused. Timers due at the same
+  // instant are delivered in order of creation. 0 for a negative period. The owner outlives its
+  // timers.
   [[nodiscard]] int createTimer(Executable& owner, Nanoseconds period);
   // Arms the timer for its full period from now. An unknown id is ignored, here and below.
   void startTimer(int timer);
   void stopTimer(int timer);
-  // After these two no delivery begins. One that has begun is not waited for.
+  // After these two, no delivery of the timer begins. They do not wait for one that has begun.
   void cancelTimer(int timer);
   void deleteTimer(int timer);
 
   [[nodiscard]] std::optional<Nanoseconds> nextExpiry() const;  // uptime of the earliest one
-  // Real time to wait for it at the present speed; empty: there is no need to wake.
+  // Real time until then at the current speed; empty: nothing to wait for.
   [[nodiscard]] std::optional<Nanoseconds> realTimeToNextExpiry() const;
   [[nodiscard]] std::size_t armedTimers() const;
   [[nodiscard]] std::uint64_t expiriesDelivered() const;
 
-  // Called, on any thread and with no lock held, when the earliest expiry or the way to it has
-  // changed; not from inside runDue, whose caller asks afterwards anyway. One listener; an empty
-  // one ends it.
+  // Calls the listener, on any thread and without a lock held, when the earliest expiry or the real
+  // time until then changes; but not from runDue, whose caller checks afterwards anyway. There is
+  // one listener; an empty one removes it.
   void onScheduleChange(std::function<void()> listener);
 
-  // Asked after each expiry; false: that was enough for now.
+  // Called after each delivery; false stops.
   using GoOn = std::function<bool()>;
 
-  // Delivers at most `most` of the expiries that are due, each at its own instant. Returns how
-  // many.
+  // Delivers at most `most` due timers, each at its own instant. Returns how many.
   std::size_t runDue(std::size_t most, const GoOn& goOn = {});
 
-  // Time passes: each timer on the way expires at its own instant; then time is there. Throws
+  // Advances by `duration`, delivering each due timer at its own instant. Throws
   // std::invalid_argument for a negative duration, std::logic_error with the system's clock.
   void advance(Nanoseconds duration);
 
-  // The same up to an uptime, and as far as `goOn` lets it. True when time is there. Throws
-  // std::logic_error with the system's clock.
+  // The same up to an uptime, or until `goOn` returns false. True when the uptime is reached.
+  // Throws std::logic_error with the system's clock.
   [[nodiscard]] bool advanceTo(Nanoseconds target, const GoOn& goOn);
 
-  // Passes the time to the next expiry and delivers that one. False when none is armed. Throws as
-  // advance does.
+  // Advances to the next expiry and delivers that timer alone. False when none is armed. Throws
+  // std::logic_error with the system's clock.
   bool fireNext();
 
  private:
@@ -103,7 +102,7 @@ class VirtualClock {
   };
   class Driving;
 
-  Nanoseconds unhinderedNow() const CLOCK_REQUIRES(m_mutex);
+  Nanoseconds uptimeWithoutTimers() const CLOCK_REQUIRES(m_mutex);
   Nanoseconds now() const CLOCK_REQUIRES(m_mutex);
   std::optional<Nanoseconds> earliest() const CLOCK_REQUIRES(m_mutex);
   void anchorAt(Nanoseconds uptime) CLOCK_REQUIRES(m_mutex);
@@ -113,7 +112,7 @@ class VirtualClock {
   bool deliver(std::optional<Nanoseconds> limit);
   template <class Step>
   void change(Step step);
-  void tellScheduleChange();
+  void callListener();
   void requireVirtual() const;
 
   const Source m_source;
@@ -125,8 +124,8 @@ class VirtualClock {
   Nanoseconds m_anchorReal CLOCK_GUARDED_BY(m_mutex);       // ... this reading of m_real
   double m_speed CLOCK_GUARDED_BY(m_mutex) = 0;
   std::uint64_t m_speedSettings CLOCK_GUARDED_BY(m_mutex) = 0;
-  std::optional<Nanoseconds> m_standing
-      CLOCK_GUARDED_BY(m_mutex);  // where time stands while timers are delivered
+  // The uptime at which time stands still while timers are delivered.
+  std::optional<Nanoseconds> m_standing CLOCK_GUARDED_BY(m_mutex);
   bool m_driving CLOCK_GUARDED_BY(m_mutex) = false;
   int m_lastId CLOCK_GUARDED_BY(m_mutex) = 0;
   std::uint64_t m_delivered CLOCK_GUARDED_BY(m_mutex) = 0;
@@ -135,14 +134,19 @@ class VirtualClock {
   std::shared_ptr<const std::function<void()>> m_listener CLOCK_GUARDED_BY(m_mutex);
 };
 
-// What the POSIX time calls of this process read. REQUIRES: one is set.
-[[nodiscard]] VirtualClock& processClock();
+// The clock that the POSIX time calls of this process read and set. Null, the default: they read
+// the machine's clock and refuse to set it. The clock must outlive its use here; replace it only
+// while no thread is in a time call.
+void setProcessClock(VirtualClock* clock) noexcept;
+[[nodiscard]] VirtualClock* processClock() noexcept;
 
-// Null: the POSIX calls read the machine's clock, and never set it. The clock stays where it is
-// until it is taken back, which happens when no thread is in a time call.
-void setProcessClock(VirtualClock* clock);
-
-// For what must work with or without one, as the log does.
-[[nodiscard]] VirtualClock* processClockIfAny() noexcept;
+// Makes a clock the process's clock while this object lives. Owner: a scope, one at a time.
+class ProcessClock {
+ public:
+  explicit ProcessClock(VirtualClock& clock) { setProcessClock(&clock); }
+  ~ProcessClock() { setProcessClock(nullptr); }
+  ProcessClock(const ProcessClock&) = delete;
+  ProcessClock& operator=(const ProcessClock&) = delete;
+};
 
 }  // namespace host

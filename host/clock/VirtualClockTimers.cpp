@@ -1,4 +1,4 @@
-// The timers of the clock, and the framework thread's ways to drive it.
+// The timers of the clock, and the calls with which the framework thread drives it.
 #include <cmath>
 #include <stdexcept>
 #include <tuple>
@@ -17,20 +17,20 @@ constexpr Nanoseconds kLongestWait = std::chrono::hours{24 * 365};
 
 }  // namespace
 
-// The framework thread delivers timers, and time stands at the instant of each.
+// While it lives, the framework thread delivers timers and time stands still at each one's instant.
 class VirtualClock::Driving {
  public:
-  // taken: real time does not count meanwhile; time goes on from where the driving left it.
-  enum class RealTime { counts, taken };
+  // ignored: virtual time continues afterwards where the delivery left it, however long that took.
+  enum class RealTime { counts, ignored };
   Driving(VirtualClock& clock, RealTime realTime) : m_clock(clock), m_realTime(realTime) {
     const MutexLock lock(m_clock.m_mutex);
-    if (m_clock.m_driving) throw std::logic_error("the clock is driven from inside an expiry");
+    if (m_clock.m_driving) throw std::logic_error("the clock cannot be advanced from an expiry");
     m_clock.m_driving = true;
-    if (realTime == RealTime::taken) m_clock.m_standing = m_clock.now();
+    if (realTime == RealTime::ignored) m_clock.m_standing = m_clock.now();
   }
   ~Driving() {
     const MutexLock lock(m_clock.m_mutex);
-    if (m_realTime == RealTime::taken) m_clock.anchorAt(*m_clock.m_standing);
+    if (m_realTime == RealTime::ignored) m_clock.anchorAt(*m_clock.m_standing);
     m_clock.m_standing.reset();
     m_clock.m_driving = false;
   }
@@ -47,19 +47,20 @@ std::optional<Nanoseconds> VirtualClock::earliest() const {
   return m_armed.begin()->first;
 }
 
-// Every change of the schedule: keeps time where it is, and tells whoever waits for the earliest.
+// Runs `step`, which changes the schedule. Virtual time does not change by it. Calls the listener
+// if the earliest expiry changes.
 template <class Step>
 void VirtualClock::change(Step step) {
-  bool tell = false;
+  bool changed = false;
   {
     const MutexLock lock(m_mutex);
-    // At infinite speed time stands at the earliest expiry, also when that one goes.
+    // At infinite speed time is at the earliest expiry, and stays there when that timer is removed.
     if (std::isinf(m_speed) && !m_standing) m_anchorUptime = now();
     const auto before = earliest();
     step();
-    tell = !m_driving && before != earliest();
+    changed = !m_driving && before != earliest();
   }
-  if (tell) tellScheduleChange();
+  if (changed) callListener();
 }
 
 int VirtualClock::createTimer(Executable& owner, Nanoseconds period) {
@@ -90,7 +91,8 @@ void VirtualClock::stopTimer(int timer) {
   });
 }
 
-// An expiry is taken for delivery one by one, never ahead: what is disarmed will not come.
+// The same as stopTimer, because timers are taken for delivery one at a time: a disarmed one never
+// is.
 void VirtualClock::cancelTimer(int timer) {
   stopTimer(timer);
 }
@@ -118,7 +120,7 @@ std::optional<Nanoseconds> VirtualClock::nextExpiry() const {
 std::optional<Nanoseconds> VirtualClock::realTimeToNextExpiry() const {
   const MutexLock lock(m_mutex);
   if (m_armed.empty()) return std::nullopt;
-  const Nanoseconds left = m_armed.begin()->first - unhinderedNow();
+  const Nanoseconds left = m_armed.begin()->first - uptimeWithoutTimers();
   if (left <= Nanoseconds::zero()) return Nanoseconds::zero();
   if (!(m_speed > 0)) return std::nullopt;
   const auto real = static_cast<long double>(left.count()) / static_cast<long double>(m_speed);
@@ -141,7 +143,7 @@ void VirtualClock::onScheduleChange(std::function<void()> listener) {
   m_listener = *shared ? std::move(shared) : nullptr;
 }
 
-void VirtualClock::tellScheduleChange() {
+void VirtualClock::callListener() {
   std::shared_ptr<const std::function<void()>> listener;
   {
     const MutexLock lock(m_mutex);
@@ -150,7 +152,7 @@ void VirtualClock::tellScheduleChange() {
   if (listener) (*listener)();
 }
 
-// Takes the earliest timer off the schedule, and time to its instant. Null when none is due.
+// Disarms the earliest timer and sets the time to its instant. Null when none is due.
 Executable* VirtualClock::takeDue(Nanoseconds limit, int& id) {
   if (m_armed.empty() || m_armed.begin()->first > limit) return nullptr;
   Nanoseconds expiry{0};
@@ -163,13 +165,13 @@ Executable* VirtualClock::takeDue(Nanoseconds limit, int& id) {
   return timer.owner;
 }
 
-// Delivers the earliest expiry up to the limit, or up to now. False when there is none.
+// Delivers the earliest timer due by the limit, or by now. False when there is none.
 bool VirtualClock::deliver(std::optional<Nanoseconds> limit) {
   int id = 0;
   Executable* owner = nullptr;
   {
     const MutexLock lock(m_mutex);
-    owner = takeDue(limit ? *limit : unhinderedNow(), id);
+    owner = takeDue(limit ? *limit : uptimeWithoutTimers(), id);
   }
   if (owner == nullptr) return false;
   owner->timerEvent(id);
@@ -188,40 +190,40 @@ std::size_t VirtualClock::runDue(std::size_t most, const GoOn& goOn) {
 
 void VirtualClock::advance(Nanoseconds duration) {
   requireVirtual();
-  if (duration < Nanoseconds::zero()) throw std::invalid_argument("time does not go back");
+  if (duration < Nanoseconds::zero()) throw std::invalid_argument("the clock cannot go back");
   static_cast<void>(advanceTo(saturatingSum(uptime(), duration), [] { return true; }));
 }
 
 bool VirtualClock::advanceTo(Nanoseconds target, const GoOn& goOn) {
   requireVirtual();
   const Nanoseconds end = std::min(target, kLastUptime);
-  bool there = false;
+  bool reached = false;
   {
-    const Driving driving(*this, Driving::RealTime::taken);
+    const Driving driving(*this, Driving::RealTime::ignored);
     do {
-      there = !deliver(end);
-    } while (!there && goOn());
+      reached = !deliver(end);
+    } while (!reached && goOn());
     const MutexLock lock(m_mutex);
-    if (there) m_standing = std::max(end, *m_standing);
+    if (reached) m_standing = std::max(end, *m_standing);
   }
-  tellScheduleChange();
-  return there;
+  callListener();
+  return reached;
 }
 
 bool VirtualClock::fireNext() {
   requireVirtual();
   bool fired = false;
   {
-    const Driving driving(*this, Driving::RealTime::taken);
+    const Driving driving(*this, Driving::RealTime::ignored);
     fired = deliver(kLastUptime);
   }
-  tellScheduleChange();
+  callListener();
   return fired;
 }
 
 void VirtualClock::requireVirtual() const {
   if (m_source == Source::system) {
-    throw std::logic_error("the system's clock passes time by itself");
+    throw std::logic_error("the system clock cannot be advanced");
   }
 }
 

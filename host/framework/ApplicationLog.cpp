@@ -14,7 +14,7 @@ namespace {
 thread_local bool t_writing = false;  // this thread is inside a sink
 
 std::chrono::nanoseconds wallTime() {
-  if (const VirtualClock* clock = processClockIfAny()) return clock->wall();
+  if (const VirtualClock* clock = processClock()) return clock->wall();
   return std::chrono::system_clock::now().time_since_epoch();
 }
 
@@ -22,15 +22,15 @@ void writeTo(LogSink& sink, const LogEntry& entry) noexcept {
   try {
     sink.write(entry);
   } catch (const std::exception&) {
-    // There is nowhere to log it.
+    // There is nowhere to report it.
   }
 }
 
 }  // namespace
 
 ApplicationLog& ApplicationLog::instance() noexcept {
-  // Never destroyed, because threads may log until the end. Constructed without allocation, because
-  // a lack of memory is logged.
+  // Never destroyed, because threads may log until the process ends. Constructed without
+  // allocation, because a lack of memory is logged too.
   alignas(ApplicationLog) static std::array<std::byte, sizeof(ApplicationLog)> place;
   static ApplicationLog& log = *new (place.data()) ApplicationLog;
   return log;

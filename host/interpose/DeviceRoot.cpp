@@ -9,13 +9,13 @@
 namespace host {
 namespace {
 
-// The file calls of the whole process read it, from their first on: no construction, no lock.
+// Without construction or lock, because every file call of the process reads it, even early ones.
 constinit std::atomic<const std::string*> g_root{nullptr};
 
 constexpr int kNone = -1;
 constinit std::atomic<int> g_reportPipe{kNone};
 
-// Every root there ever was: another thread may still read an old one.
+// Keeps all roots for ever, because another thread may still read an old one.
 const std::string* keep(const std::string& root) {
   static Mutex mutex;
   static auto& roots = *new std::list<std::string>;
@@ -65,7 +65,7 @@ void dropReportPipe(int descriptor) {
   g_reportPipe.compare_exchange_strong(descriptor, kNone);
 }
 
-std::string reachedPath(const std::string& devicePath) {
+std::string mappedPath(const std::string& devicePath) {
   const int pipe = g_reportPipe.load();
   if (pipe == kNone || devicePath != kReportPipePath) return hostPath(devicePath);
   return "/proc/self/fd/" + std::to_string(pipe);

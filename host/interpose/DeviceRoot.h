@@ -4,28 +4,28 @@
 
 namespace host {
 
-// Where the device's absolute paths lie on this machine, so that two hosts stay apart. With a root
-// set, paths under /data/ and /tmp/votk/ mean the same path below the root: for hostPath, and for
-// each open, fopen and stat of this process and of the plug-ins it loads (not of its children).
-// Thread: any; meant to be set before the device starts.
+// Maps the device's absolute paths to this machine, so that two hosts do not share files. With a
+// root set, paths under /data/ and /tmp/votk/ are relative to the root: for hostPath, and for each
+// open, fopen and stat of this process and of the plug-ins it loads (not of its children). Thread:
+// any. Set it before the device starts.
 
-// An absolute path; empty: device paths as they are.
+// An absolute path; empty: device paths are not mapped.
 void setDeviceRoot(const std::string& root);
 [[nodiscard]] std::string deviceRoot();
 
-// The path on this machine. Other paths, and those below the root already, stay as they are.
+// The path on this machine. Other paths, and those already below the root, are returned unchanged.
 [[nodiscard]] std::string hostPath(const std::string& devicePath);
 
-// Where the named pipe of the time reports lies on the device.
+// The device's path of the named pipe for time reports.
 inline constexpr const char* kReportPipePath = "/tmp/votk/ipc/ntpclient";
 
-// From then on each open, fopen and stat of kReportPipePath reaches the pipe that this descriptor
-// holds, whatever is at the path: only that one is known to be the host's. The descriptor stays the
-// caller's; without one, the path is a device path like others. Thread: any.
+// Makes each open, fopen and stat of kReportPipePath use the pipe of this descriptor, whatever is
+// at the path: only that pipe is known to be the host's. The caller keeps the descriptor. Without
+// one, the path is mapped like other device paths. Thread: any.
 void setReportPipe(int descriptor);
-void dropReportPipe(int descriptor);  // nothing happens when another one was set since
+void dropReportPipe(int descriptor);  // no effect when another one was set since
 
-// What a file call with this path reaches on this machine.
-[[nodiscard]] std::string reachedPath(const std::string& devicePath);
+// The path that the file calls use for a path: that of the report pipe's descriptor, or hostPath.
+[[nodiscard]] std::string mappedPath(const std::string& devicePath);
 
 }  // namespace host

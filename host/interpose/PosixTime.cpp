@@ -1,6 +1,6 @@
-// The time calls of C, for this process and the plug-ins it loads: they read and set the process
-// clock. Without one they read the machine's clock, and setting is refused: the machine's clock is
-// set through a VirtualClock of source "system", or not at all.
+// The C library's time calls, redefined for this process and the plug-ins it loads: they read and
+// set the process clock. Without one they read the machine's clock and refuse to set it: only a
+// VirtualClock of source "system" sets the machine's clock.
 #include <sys/syscall.h>
 #include <sys/sysinfo.h>
 #include <sys/time.h>
@@ -27,12 +27,11 @@ bool fits(seconds::rep count) {
 }
 
 seconds::rep wallSeconds() {
-  if (const VirtualClock* clock = processClockIfAny()) {
+  if (const VirtualClock* clock = processClock()) {
     return (std::chrono::floor<seconds>(clock->wall()) + t_later).count();
   }
-  // As the C library's own: whole seconds do with the clock that the kernel keeps by ticks. Not so
-  // where this clock's timers are kept (VirtualClock): it is up to a tick behind, and what expires
-  // at a full hour could still read hh:59:59.
+  // The coarse clock, as in the C library's `time`. VirtualClock must not use it: it is up to a
+  // tick late, and a timer that expires at a full hour could still read hh:59:59.
   timespec now{};
   clock_gettime(CLOCK_REALTIME_COARSE, &now);
   return now.tv_sec;
@@ -40,13 +39,13 @@ seconds::rep wallSeconds() {
 
 // 0, or -1 with errno.
 int setWall(seconds::rep wholeSeconds, std::chrono::microseconds rest) noexcept {
-  // Compared as seconds: the largest of them have no nanoseconds.
+  // Compared as seconds, because the largest numbers overflow as nanoseconds.
   constexpr auto kLast = std::chrono::floor<seconds>(VirtualClock::kLastWall).count() - 1;
   if (wholeSeconds < 0 || wholeSeconds > kLast) {
     errno = EINVAL;
     return -1;
   }
-  VirtualClock* clock = processClockIfAny();
+  VirtualClock* clock = processClock();
   if (clock == nullptr) {
     errno = EPERM;
     return -1;
@@ -96,7 +95,7 @@ int stime(const time_t* seconds) noexcept {
 
 int sysinfo(struct sysinfo* info) noexcept {
   if (syscall(SYS_sysinfo, info) != 0) return -1;
-  if (const host::VirtualClock* clock = host::processClockIfAny()) {
+  if (const host::VirtualClock* clock = host::processClock()) {
     using Uptime = decltype(info->uptime);
     info->uptime = static_cast<Uptime>(
         std::chrono::duration_cast<std::chrono::seconds>(clock->uptime()).count());
@@ -106,10 +105,10 @@ int sysinfo(struct sysinfo* info) noexcept {
 
 }  // extern "C"
 
-// Here, not with the framework: without this file a program that has it could not be linked, and so
-// never sets the machine's clock by the C library's call.
+// Defined here and not in framework: a program that links it then has the calls above too, and
+// cannot set the machine's clock with the C library's.
 int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch) {
-  constexpr auto kMost = std::numeric_limits<time_t>::max();  // no system clock goes further
+  constexpr auto kMost = std::numeric_limits<time_t>::max();
   if (secondsSinceEpoch > static_cast<unsigned long long>(kMost)) return -1;
   return host::setWall(static_cast<std::chrono::seconds::rep>(secondsSinceEpoch),
                        std::chrono::microseconds{0});

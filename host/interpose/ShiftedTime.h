@@ -4,9 +4,8 @@
 
 namespace host {
 
-// While it lives, the POSIX `time` of its thread reads so much later than the process clock. The
-// clock stays as it is, and so does what other threads read. Owner: a scope, one at a time on a
-// thread. Thread: one.
+// While it lives, the POSIX `time` returns a later time than the process clock on this thread; the
+// clock and other threads are not affected. Owner: a scope, one at a time on a thread.
 class ShiftedTime {
  public:
   explicit ShiftedTime(std::chrono::seconds later) noexcept;

@@ -61,13 +61,6 @@ class LogCollector : public LogSink {
 struct ScenarioDevice::Powered {
   Powered(Plugin& plugin, const DeviceOptions& options) : device(clock, plugin, options) {}
 
-  struct ProcessClock {
-    explicit ProcessClock(VirtualClock& clock) { setProcessClock(&clock); }
-    ~ProcessClock() { setProcessClock(nullptr); }
-    ProcessClock(const ProcessClock&) = delete;
-    ProcessClock& operator=(const ProcessClock&) = delete;
-  };
-
   VirtualClock clock;
   ProcessClock processClock{clock};
   Device device;

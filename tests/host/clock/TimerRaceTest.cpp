@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using host::VirtualClock;
 
-// Delivers until told to end.
+// Delivers timers until it is destroyed.
 class FrameworkThread {
  public:
   explicit FrameworkThread(VirtualClock& clock)
@@ -35,13 +35,13 @@ class FrameworkThread {
   std::thread m_thread;
 };
 
-TEST(TimerRace, TimersOfManyThreadsComeOrGo) {
+TEST(TimerRace, CountsEachDeliveryOfManyThreadsTimers) {
   VirtualClock clock;
   std::atomic<std::uint64_t> count{0};
   support::Part owner;
   owner.onTimer = [&count](int) { ++count; };
   clock.setSpeed(std::numeric_limits<double>::infinity());
-  const auto live = [&] {
+  const auto useTimers = [&] {
     for (int i = 0; i < 2000; ++i) {
       const int timer = clock.createTimer(owner, 1ms);
       clock.startTimer(timer);
@@ -56,15 +56,15 @@ TEST(TimerRace, TimersOfManyThreadsComeOrGo) {
   {
     const FrameworkThread framework(clock);
     std::vector<std::thread> threads;
-    for (int i = 0; i < 3; ++i) threads.emplace_back(live);
+    for (int i = 0; i < 3; ++i) threads.emplace_back(useTimers);
     for (std::thread& thread : threads) thread.join();
   }
   EXPECT_EQ(clock.armedTimers(), 0U);
   EXPECT_EQ(count, clock.expiriesDelivered());
 }
 
-// A delivery counts as begun when it was counted: none is counted after the deletion.
-TEST(TimerRace, NothingIsDeliveredAfterTheDeletion) {
+// The clock counts a delivery as it begins: after the deletion it must not count another.
+TEST(TimerRace, BeginsNoDeliveryAfterTheDeletion) {
   VirtualClock clock;
   support::Part owner;
   clock.setSpeed(std::numeric_limits<double>::infinity());

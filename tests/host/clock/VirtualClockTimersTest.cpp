@@ -1,33 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <stdexcept>
 
-#include "SteppedTime.h"
-#include "TimerOwner.h"
+#include "ClockUnderTest.h"
 #include "clock/VirtualClock.h"
 
 namespace {
 
 using namespace std::chrono_literals;
 using host::VirtualClock;
-using Ids = std::vector<int>;
-using Nanoseconds = VirtualClock::Nanoseconds;
 
-class PausedClock : public testing::Test {
- protected:
-  VirtualClock m_clock;
-  TimerOwner m_owner{m_clock};
+using PausedClock = ClockUnderTest;
 
-  int timer(Nanoseconds period) { return m_clock.createTimer(m_owner, period); }
-  int startedTimer(Nanoseconds period) {
-    const int id = timer(period);
-    m_clock.startTimer(id);
-    return id;
-  }
-};
-
-TEST_F(PausedClock, NumbersTimersFromOneAndNeverReusesANumber) {
+TEST_F(PausedClock, NumbersTimersFromOneWithoutReuse) {
   EXPECT_EQ(timer(1s), 1);
   EXPECT_EQ(timer(1s), 2);
   m_clock.deleteTimer(2);
@@ -44,21 +29,21 @@ TEST_F(PausedClock, DoesNotArmATimerByCreatingIt) {
   EXPECT_EQ(m_clock.armedTimers(), 0U);
   EXPECT_EQ(m_clock.nextExpiry(), std::nullopt);
   m_clock.advance(2s);
-  EXPECT_EQ(m_owner.ids(), Ids{});
+  EXPECT_EQ(expiredIds(), Ids{});
 }
 
-TEST_F(PausedClock, FiresOnceAtTheEndOfThePeriod) {
+TEST_F(PausedClock, DeliversOnceAtTheEndOfThePeriod) {
   const int id = startedTimer(1500ms);
   m_clock.advance(1500ms - 1ns);
-  EXPECT_EQ(m_owner.ids(), Ids{});
+  EXPECT_EQ(expiredIds(), Ids{});
   m_clock.advance(1ns);
-  EXPECT_EQ(m_owner.notes, (std::vector<TimerOwner::Note>{{id, 1500ms}}));
+  EXPECT_EQ(m_expiries, (Expiries{{id, 1500ms}}));
   m_clock.advance(10s);
-  EXPECT_EQ(m_owner.notes.size(), 1U);
+  EXPECT_EQ(m_expiries.size(), 1U);
   EXPECT_EQ(m_clock.armedTimers(), 0U);
 }
 
-TEST_F(PausedClock, StartsAgainForAFullPeriod) {
+TEST_F(PausedClock, RestartsARunningTimerForItsFullPeriod) {
   const int id = startedTimer(10s);
   m_clock.advance(9s);
   m_clock.startTimer(id);
@@ -66,53 +51,32 @@ TEST_F(PausedClock, StartsAgainForAFullPeriod) {
   EXPECT_EQ(m_clock.nextExpiry(), Nanoseconds{19s});
 }
 
-TEST_F(PausedClock, StartsAgainAfterItsExpiry) {
-  const int id = startedTimer(10s);
-  m_clock.advance(10s);
-  m_clock.startTimer(id);
-  m_clock.advance(10s);
-  EXPECT_EQ(m_owner.ids(), (Ids{id, id}));
-}
-
-TEST_F(PausedClock, StopsAndStartsAgain) {
-  const int id = startedTimer(10s);
-  m_clock.advance(4s);
-  m_clock.stopTimer(id);
-  m_clock.advance(100s);
-  EXPECT_EQ(m_owner.ids(), Ids{});
-  m_clock.startTimer(id);
-  EXPECT_EQ(m_clock.nextExpiry(), Nanoseconds{114s});
-}
-
-TEST_F(PausedClock, CancelsAndStartsAgain) {
-  const int id = startedTimer(10s);
-  m_clock.cancelTimer(id);
-  EXPECT_EQ(m_clock.armedTimers(), 0U);
-  m_clock.startTimer(id);
-  EXPECT_EQ(m_clock.armedTimers(), 1U);
-}
-
-TEST_F(PausedClock, ForgetsADeletedTimer) {
-  const int id = startedTimer(10s);
-  m_clock.deleteTimer(id);
-  m_clock.startTimer(id);
-  m_clock.stopTimer(id);
-  m_clock.cancelTimer(id);
-  m_clock.deleteTimer(id);
-  EXPECT_EQ(m_clock.armedTimers(), 0U);
-  m_clock.advance(20s);
-  EXPECT_EQ(m_owner.ids(), Ids{});
-}
-
-TEST_F(PausedClock, IgnoresUnknownTimers) {
-  const int known = startedTimer(1s);
-  for (const int id : {0, -1, known + 1, 1'000'000}) {
+TEST_F(PausedClock, StartsAStoppedTimerAgain) {
+  for (const auto stop : {&VirtualClock::stopTimer, &VirtualClock::cancelTimer}) {
+    const int id = startedTimer(10s);
+    m_clock.advance(4s);
+    (m_clock.*stop)(id);
+    m_clock.advance(100s);
+    EXPECT_EQ(expiredIds(), Ids{});
     m_clock.startTimer(id);
+    EXPECT_EQ(m_clock.nextExpiry(), m_clock.uptime() + 10s);
+    m_clock.deleteTimer(id);
+  }
+}
+
+TEST_F(PausedClock, IgnoresUnknownAndDeletedTimers) {
+  const int deleted = startedTimer(10s);
+  const int known = startedTimer(20s);
+  m_clock.deleteTimer(deleted);
+  for (const int id : {deleted, 0, -1, known + 1, 1'000'000}) {
+    m_clock.startTimer(id);
+    EXPECT_EQ(m_clock.armedTimers(), 1U) << id;
     m_clock.stopTimer(id);
     m_clock.cancelTimer(id);
     m_clock.deleteTimer(id);
   }
-  EXPECT_EQ(m_clock.armedTimers(), 1U);
+  m_clock.advance(1h);
+  EXPECT_EQ(expiredIds(), Ids{known});
 }
 
 TEST_F(PausedClock, DeliversEqualExpiriesInOrderOfCreation) {
@@ -123,102 +87,93 @@ TEST_F(PausedClock, DeliversEqualExpiriesInOrderOfCreation) {
   m_clock.startTimer(first);
   m_clock.startTimer(second);
   m_clock.advance(10s);
-  EXPECT_EQ(m_owner.ids(), (Ids{first, second, third}));
+  EXPECT_EQ(expiredIds(), (Ids{first, second, third}));
 }
 
 TEST_F(PausedClock, DeliversAnEarlierExpiryBeforeAnOlderTimer) {
   const int late = startedTimer(20s);
   const int early = startedTimer(10s);
   m_clock.advance(20s);
-  EXPECT_EQ(m_owner.ids(), (Ids{early, late}));
+  EXPECT_EQ(expiredIds(), (Ids{early, late}));
 }
 
-// All three are due; the first to come takes the others away, each in its way.
-TEST_F(PausedClock, DropsAnExpiryThatIsDueButWasTakenAwayMeanwhile) {
+TEST_F(PausedClock, DropsADueExpiryThatAnOwnerDisarms) {
   const int first = startedTimer(10s);
   const int stopped = startedTimer(10s);
   const int cancelled = startedTimer(10s);
   const int deleted = startedTimer(10s);
-  m_owner.then = [&](int /*timer*/) {
+  m_onExpiry = [&](int /*timer*/) {
     m_clock.stopTimer(stopped);
     m_clock.cancelTimer(cancelled);
     m_clock.deleteTimer(deleted);
   };
   m_clock.advance(1h);
-  EXPECT_EQ(m_owner.ids(), Ids{first});
+  EXPECT_EQ(expiredIds(), Ids{first});
 }
 
 TEST_F(PausedClock, LetsATimerDeleteItself) {
   const int id = startedTimer(10s);
-  m_owner.then = [&](int timer) { m_clock.deleteTimer(timer); };
+  m_onExpiry = [&](int timer) { m_clock.deleteTimer(timer); };
   m_clock.advance(1h);
-  EXPECT_EQ(m_owner.ids(), Ids{id});
+  EXPECT_EQ(expiredIds(), Ids{id});
 }
 
-TEST_F(PausedClock, CountsWhatItDelivered) {
-  startedTimer(1s);
-  startedTimer(2s);
-  startedTimer(3s);
-  m_clock.advance(2s);
-  EXPECT_EQ(m_clock.expiriesDelivered(), 2U);
-}
-
-TEST_F(PausedClock, NeverFiresAfterTheEndOfTime) {
+TEST_F(PausedClock, NeverDeliversAfterTheLastUptime) {
   m_clock.advance(VirtualClock::kLastUptime - 10s);
   startedTimer(10s + 1ns);
   EXPECT_EQ(m_clock.nextExpiry(), std::nullopt);
   const int id = startedTimer(10s);
-  m_owner.then = [&](int timer) { m_clock.startTimer(timer); };
+  m_onExpiry = [&](int timer) { m_clock.startTimer(timer); };
   m_clock.advance(Nanoseconds::max());
-  EXPECT_EQ(m_owner.ids(), Ids{id});
+  EXPECT_EQ(expiredIds(), Ids{id});
 }
 
-TEST_F(PausedClock, TakesThePeriodsOfAnyLength) {
+TEST_F(PausedClock, AcceptsPeriodsOfAnyLength) {
   startedTimer(Nanoseconds::max());
   EXPECT_EQ(m_clock.armedTimers(), 0U);
   startedTimer(std::chrono::milliseconds{4'294'967'295});
   EXPECT_EQ(m_clock.nextExpiry(), Nanoseconds{4'294'967'295ms});
 }
 
-TEST_F(PausedClock, TellsWhenTheEarliestExpiryChanges) {
-  int told = 0;
+TEST_F(PausedClock, CallsTheListenerWhenTheEarliestExpiryChanges) {
+  int calls = 0;
   m_clock.onScheduleChange([&] {
-    ++told;
+    ++calls;
     static_cast<void>(m_clock.nextExpiry());  // no lock is held
   });
   const int id = startedTimer(10s);
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(calls, 1);
   const int later = startedTimer(20s);
-  EXPECT_EQ(told, 1) << "a later one changes nothing";
+  EXPECT_EQ(calls, 1) << "a later one changes nothing";
   m_clock.stopTimer(later);
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(calls, 1);
   m_clock.deleteTimer(id);
-  EXPECT_EQ(told, 2);
+  EXPECT_EQ(calls, 2);
 }
 
-TEST_F(PausedClock, TellsWhenTheWayToTheExpiryChanges) {
-  int told = 0;
+TEST_F(PausedClock, CallsTheListenerWhenTheSpeedOrTheTimeChanges) {
+  int calls = 0;
   startedTimer(10s);
-  m_clock.onScheduleChange([&] { ++told; });
+  m_clock.onScheduleChange([&] { ++calls; });
   m_clock.setSpeed(2);
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(calls, 1);
   m_clock.setSpeed(0);
   m_clock.advance(1s);
-  EXPECT_EQ(told, 3);
+  EXPECT_EQ(calls, 3);
   EXPECT_TRUE(m_clock.fireNext());
-  EXPECT_EQ(told, 4);
+  EXPECT_EQ(calls, 4);
   m_clock.onScheduleChange({});
   startedTimer(1s);
-  EXPECT_EQ(told, 4);
+  EXPECT_EQ(calls, 4);
 }
 
-TEST_F(PausedClock, LeavesTheRestToTheCallerOfRunDue) {
-  int told = 0;
+TEST_F(PausedClock, DoesNotCallTheListenerFromRunDue) {
+  int calls = 0;
   startedTimer(0s);
-  m_owner.then = [&](int /*timer*/) { startedTimer(1s); };
-  m_clock.onScheduleChange([&] { ++told; });
+  m_onExpiry = [&](int /*timer*/) { startedTimer(1s); };
+  m_clock.onScheduleChange([&] { ++calls; });
   EXPECT_EQ(m_clock.runDue(9), 1U);
-  EXPECT_EQ(told, 0);
+  EXPECT_EQ(calls, 0);
   EXPECT_EQ(m_clock.nextExpiry(), Nanoseconds{1s});
 }
 

@@ -23,15 +23,13 @@ void log(int level, const std::string& text) {
   logAppUni("Part", level, "file.cpp", 7, "%s", text.c_str());
 }
 
-class LevelAsBefore : public testing::Test {
+class Log : public testing::Test {
  protected:
-  ~LevelAsBefore() override { ApplicationLog::instance().setLevel(m_before); }
+  ~Log() override { ApplicationLog::instance().setLevel(m_before); }
   const int m_before = ApplicationLog::instance().level();
 };
 
-using Log = LevelAsBefore;
-
-TEST_F(Log, IsAtStartUpNotesByDefault) {
+TEST_F(Log, IsAtLevelFourByDefault) {
   EXPECT_EQ(ApplicationLog::kDefaultLevel, 4);
   ApplicationLog::instance().setLevel(ApplicationLog::kDefaultLevel);
   EXPECT_TRUE(loggingOnAppUni("any", 4));
@@ -54,13 +52,12 @@ TEST_F(Log, HasSevenLevels) {
   EXPECT_EQ(ApplicationLog::instance().level(), 0);
 }
 
-TEST_F(Log, CarriesAllOfAnEntry) {
+TEST_F(Log, RecordsAllFieldsOfAnEntry) {
   host::VirtualClock clock;
   ASSERT_TRUE(clock.setWall(1234s));
-  host::setProcessClock(&clock);
+  const host::ProcessClock processClock(clock);
   const support::LogCapture capture(5);
   logAppUni("Part", 5, "src/file.cpp", 42, "%d of %s", 3, "four");
-  host::setProcessClock(nullptr);
   ASSERT_EQ(capture.entries().size(), 1U);
   const host::LogEntry entry = capture.entries().front();
   EXPECT_EQ(entry.text, "3 of four");
@@ -73,14 +70,14 @@ TEST_F(Log, CarriesAllOfAnEntry) {
   EXPECT_GT(entry.number, 0U);
 }
 
-TEST_F(Log, HasTheMachinesTimeWithoutAClock) {
+TEST_F(Log, HasTheMachinesTimeWithoutAVirtualClock) {
   const support::LogCapture capture;
   const auto before = std::chrono::system_clock::now().time_since_epoch();
   log(1, "x");
   EXPECT_GE(capture.entries().front().wall, before);
 }
 
-TEST_F(Log, DropsWhatIsAboveTheLevel) {
+TEST_F(Log, DropsEntriesAboveTheLevel) {
   const support::LogCapture capture(2);
   log(2, "kept");
   log(3, "dropped");
@@ -88,7 +85,7 @@ TEST_F(Log, DropsWhatIsAboveTheLevel) {
   EXPECT_FALSE(capture.has("dropped"));
 }
 
-TEST_F(Log, CountsWithoutGaps) {
+TEST_F(Log, NumbersEntriesWithoutGaps) {
   const support::LogCapture capture(1);
   log(1, "first");
   log(6, "dropped");
@@ -97,7 +94,7 @@ TEST_F(Log, CountsWithoutGaps) {
   EXPECT_EQ(capture.entries()[1].number, capture.entries()[0].number + 1);
 }
 
-TEST_F(Log, KeepsTextsUpToALength) {
+TEST_F(Log, KeepsTextsUpToTheLimit) {
   const support::LogCapture capture;
   for (const std::size_t length : {0U, 1U, 254U, 255U, 256U, 257U, 1023U, 1024U}) {
     log(1, std::string(length, 'x'));
@@ -105,7 +102,7 @@ TEST_F(Log, KeepsTextsUpToALength) {
   }
 }
 
-TEST_F(Log, ClipsLongerTextsAndSaysSo) {
+TEST_F(Log, ClipsLongerTextsAndShowsTheirLength) {
   const support::LogCapture capture;
   for (const std::size_t length : {1025U, 4'000'000U}) {
     log(1, std::string(length, 'x'));
@@ -122,14 +119,14 @@ TEST_F(Log, ClipsBetweenCharacters) {
   EXPECT_EQ(capture.entries().back().text, std::string(1023, 'x') + "... (1034 bytes)");
 }
 
-TEST_F(Log, TakesMissingNames) {
+TEST_F(Log, AcceptsMissingNames) {
   const support::LogCapture capture;
   logAppUni(nullptr, 1, nullptr, 0, "text");
   EXPECT_EQ(capture.entries().front().component, "");
   EXPECT_EQ(capture.entries().front().file, "");
 }
 
-TEST_F(Log, TakesNoticesForTheSystemLogAtAnyLevel) {
+TEST_F(Log, RecordsNoticesForTheSystemLogAtAnyLevel) {
   const support::LogCapture capture(0);
   syslogger_notice("start %s", "now");
   ASSERT_EQ(capture.entries().size(), 1U);
@@ -138,7 +135,7 @@ TEST_F(Log, TakesNoticesForTheSystemLogAtAnyLevel) {
   EXPECT_EQ(capture.entries().front().level, 4);
 }
 
-TEST_F(Log, SurvivesASinkThatFailsAndLogs) {
+TEST_F(Log, SurvivesASinkThatThrowsAndLogs) {
   int calls = 0;
   std::optional<support::LogCapture> failing(std::in_place, 6, [&](const host::LogEntry&) {
     ++calls;
@@ -151,10 +148,11 @@ TEST_F(Log, SurvivesASinkThatFailsAndLogs) {
   failing.reset();
   log(1, "three");
   EXPECT_EQ(calls, 2);
-  EXPECT_EQ(capture.entries().size(), 3U) << "the next sink hears all, and nothing from inside";
+  EXPECT_EQ(capture.entries().size(), 3U)
+      << "the other sink gets all entries but those from inside";
 }
 
-TEST_F(Log, KeepsTheOrderForAllThreads) {
+TEST_F(Log, NumbersTheEntriesOfAllThreads) {
   const support::LogCapture capture(1);
   const auto write = [] {
     for (int i = 0; i < 500; ++i) log(1, "x");
@@ -174,7 +172,7 @@ TEST_F(Log, KeepsTheOrderForAllThreads) {
   }
 }
 
-TEST(LogCapture, PutsTheLevelBack) {
+TEST(LogCapture, RestoresTheLevel) {
   const int before = ApplicationLog::instance().level();
   { const support::LogCapture capture(6); }
   EXPECT_EQ(ApplicationLog::instance().level(), before);
@@ -182,8 +180,8 @@ TEST(LogCapture, PutsTheLevelBack) {
 
 TEST(LogCapture, WaitsForAnEntry) {
   const support::LogCapture capture;
-  std::thread writer([] { log(1, "the one that is waited for"); });
-  EXPECT_TRUE(capture.waitForPart("waited"));
+  std::thread writer([] { log(1, "the awaited entry"); });
+  EXPECT_TRUE(capture.waitForPart("awaited"));
   writer.join();
   EXPECT_FALSE(capture.waitForPart("another", 0s));
 }

@@ -18,7 +18,7 @@
 
 namespace {
 
-// Device paths lie below a folder of the test's own.
+// The device root is a temporary folder.
 class ProcessWithRoot : public testing::Test {
  protected:
   ProcessWithRoot() {
@@ -38,126 +38,110 @@ class ProcessWithRoot : public testing::Test {
   const support::TemporaryFolder m_folder;
 };
 
-TEST(ProcessWithoutRoot, LeavesPathsAsTheyAre) {
+TEST(ProcessWithoutRoot, LeavesPathsUnchanged) {
   EXPECT_EQ(host::deviceRoot(), "");
   EXPECT_EQ(host::hostPath("/data/fallback_time.txt"), "/data/fallback_time.txt");
 }
 
-TEST_F(ProcessWithRoot, PutsDevicePathsBelowIt) {
+TEST_F(ProcessWithRoot, MapsDevicePathsBelowTheRoot) {
   EXPECT_EQ(host::deviceRoot(), m_folder.path());
   for (const std::string path : {"/data/fallback_time.txt", "/data/", "/tmp/votk/ipc/ntpclient"}) {
     EXPECT_EQ(host::hostPath(path), onHost(path));
   }
 }
 
-TEST_F(ProcessWithRoot, LeavesOtherPathsAsTheyAre) {
+TEST_F(ProcessWithRoot, LeavesOtherPathsUnchanged) {
   for (const std::string path : {"", "/", "/data", "/database/x", "/tmp/votk", "/tmp/votkx/y",
                                  "/etc/passwd", "data/x", "/sbin/ntpclient", "/tmp/other"}) {
     EXPECT_EQ(host::hostPath(path), path);
   }
 }
 
-TEST_F(ProcessWithRoot, TakesARootWithASlashAtItsEnd) {
+TEST_F(ProcessWithRoot, AcceptsARootThatEndsInSlashes) {
   host::setDeviceRoot(m_folder.path().string() + "//");
   EXPECT_EQ(host::hostPath("/data/x"), onHost("/data/x"));
 }
 
-TEST(DeviceRoot, LeavesPathsBelowItselfAsTheyAre) {
+TEST(DeviceRoot, LeavesPathsBelowTheRootUnchanged) {
   host::setDeviceRoot("/tmp/votk/run");
   EXPECT_EQ(host::hostPath("/tmp/votk/run/data/x"), "/tmp/votk/run/data/x");
   EXPECT_EQ(host::hostPath("/tmp/votk/runner"), "/tmp/votk/run/tmp/votk/runner");
   host::setDeviceRoot("");
 }
 
-TEST_F(ProcessWithRoot, OpensFilesBelowIt) {
-  const int created = open("/data/new.txt", O_WRONLY | O_CREAT | O_CLOEXEC, 0640);
-  ASSERT_GE(created, 0) << errno;
-  EXPECT_EQ(write(created, "text", 4), 4);
-  close(created);
-  EXPECT_EQ(std::filesystem::file_size(onHost("/data/new.txt")), 4U);
-  const auto mode = std::filesystem::status(onHost("/data/new.txt")).permissions();
-  EXPECT_EQ(mode & std::filesystem::perms::owner_all,
-            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+// The redefined calls, each as a function that says whether the call succeeds.
+struct FileCall {
+  const char* name;
+  bool (*succeeds)(const char* path);
+};
+
+bool closes(int file) {
+  return file >= 0 && close(file) == 0;
+}
+bool closes(FILE* file) {
+  return file != nullptr && fclose(file) == 0;
 }
 
-TEST_F(ProcessWithRoot, OpensLargeFilesBelowIt) {
-  writeOnHost("/data/large.txt", "x");
-  const int file = open64("/data/large.txt", O_RDONLY | O_CLOEXEC);
-  ASSERT_GE(file, 0) << errno;
-  close(file);
-  const int created = open64("/data/made.txt", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
-  ASSERT_GE(created, 0) << errno;
-  close(created);
-  EXPECT_TRUE(std::filesystem::exists(onHost("/data/made.txt")));
+template <class Status>
+bool isOneByte(int result, const Status& status) {
+  return result == 0 && status.st_size == 1;
 }
 
-TEST_F(ProcessWithRoot, OpensStreamsBelowIt) {
-  writeOnHost("/data/word.txt", "word");
-  for (FILE* file : {fopen("/data/word.txt", "r"), fopen64("/data/word.txt", "r")}) {
-    ASSERT_NE(file, nullptr) << errno;
-    char word[16] = {};
-    EXPECT_EQ(fscanf(file, "%15s", word), 1);
-    EXPECT_STREQ(word, "word");
-    fclose(file);
+constexpr FileCall kFileCalls[] = {
+    {"open", [](const char* path) { return closes(open(path, O_RDONLY | O_CLOEXEC)); }},
+    {"open64", [](const char* path) { return closes(open64(path, O_RDONLY | O_CLOEXEC)); }},
+    {"fopen", [](const char* path) { return closes(fopen(path, "r")); }},
+    {"fopen64", [](const char* path) { return closes(fopen64(path, "r")); }},
+    {"stat",
+     [](const char* path) {
+       struct stat status {};
+       return isOneByte(stat(path, &status), status);
+     }},
+    {"stat64",
+     [](const char* path) {
+       struct stat64 status {};
+       return isOneByte(stat64(path, &status), status);
+     }},
+};
+
+TEST_F(ProcessWithRoot, ReachesFilesBelowTheRoot) {
+  writeOnHost("/data/one.txt", "1");
+  for (const FileCall& call : kFileCalls) {
+    EXPECT_TRUE(call.succeeds("/data/one.txt")) << call.name << ": " << errno;
+    errno = 0;
+    EXPECT_FALSE(call.succeeds("/data/none.txt")) << call.name;
+    EXPECT_EQ(errno, ENOENT) << call.name;
   }
+  EXPECT_TRUE(closes(open("/dev/null", O_RDWR | O_CLOEXEC))) << "not a device path";
 }
 
-TEST_F(ProcessWithRoot, TellsTheStatusBelowIt) {
-  writeOnHost("/data/five.txt", "12345");
-  struct stat status {};
-  ASSERT_EQ(stat("/data/five.txt", &status), 0) << errno;
-  EXPECT_EQ(status.st_size, 5);
-  struct stat64 large {};
-  ASSERT_EQ(stat64("/data/five.txt", &large), 0) << errno;
-  EXPECT_EQ(large.st_size, 5);
-}
-
-TEST_F(ProcessWithRoot, FailsAsTheCallsDo) {
-  struct stat status {};
-  errno = 0;
-  EXPECT_EQ(open("/data/none", O_RDONLY), -1);
-  EXPECT_EQ(errno, ENOENT);
-  errno = 0;
-  EXPECT_EQ(fopen("/data/none", "r"), nullptr);
-  EXPECT_EQ(errno, ENOENT);
-  errno = 0;
-  EXPECT_EQ(stat("/data/none", &status), -1);
-  EXPECT_EQ(errno, ENOENT);
-}
-
-template <class Call>
-auto withoutMemory(Call call) {
-  errno = 0;
-  const support::NoMemory none;
-  return call();
+TEST_F(ProcessWithRoot, CreatesFilesBelowTheRootWithTheGivenMode) {
+  const auto create = [](auto call, const char* path) {
+    return closes(call(path, O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+  };
+  EXPECT_TRUE(create(open, "/data/a.txt"));
+  EXPECT_TRUE(create(open64, "/data/b.txt"));
+  for (const char* const path : {"/data/a.txt", "/data/b.txt"}) {
+    EXPECT_EQ(std::filesystem::status(onHost(path)).permissions(), std::filesystem::perms(0600));
+  }
 }
 
 TEST_F(ProcessWithRoot, FailsWithoutMemoryForAPath) {
   constexpr const char* kPath = "/data/fallback_time.txt";
   writeOnHost(kPath, "x");
-  struct stat status {};
-  struct stat64 large {};
-  EXPECT_EQ(withoutMemory([&] { return open(kPath, O_RDONLY); }), -1);
-  EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(withoutMemory([&] { return open64(kPath, O_RDONLY); }), -1);
-  EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(withoutMemory([&] { return fopen(kPath, "r"); }), nullptr);
-  EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(withoutMemory([&] { return fopen64(kPath, "r"); }), nullptr);
-  EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(withoutMemory([&] { return stat(kPath, &status); }), -1);
-  EXPECT_EQ(errno, ENOMEM);
-  EXPECT_EQ(withoutMemory([&] { return stat64(kPath, &large); }), -1);
-  EXPECT_EQ(errno, ENOMEM);
+  for (const FileCall& call : kFileCalls) {
+    errno = 0;
+    bool succeeded = true;
+    {
+      const support::NoMemory none;
+      succeeded = call.succeeds(kPath);
+    }
+    EXPECT_FALSE(succeeded) << call.name;
+    EXPECT_EQ(errno, ENOMEM) << call.name;
+  }
 }
 
-TEST_F(ProcessWithRoot, OpensOtherFilesWhereTheyAre) {
-  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-  ASSERT_GE(null, 0);
-  close(null);
-}
-
-TEST_F(ProcessWithRoot, ServesManyThreads) {
+TEST_F(ProcessWithRoot, MapsPathsOnManyThreads) {
   writeOnHost("/data/shared.txt", "x");
   const auto read = [] {
     for (int i = 0; i < 200; ++i) {
@@ -173,8 +157,8 @@ TEST_F(ProcessWithRoot, ServesManyThreads) {
   two.join();
 }
 
-// A plug-in finds them by name: the program exports its own.
-TEST(DeviceCalls, AreWhatAPluginFinds) {
+// A plug-in's calls are resolved by name: the program's definitions must come first.
+TEST(RedefinedCalls, AreExportedByTheProgram) {
   void* program = dlopen(nullptr, RTLD_NOW);
   ASSERT_NE(program, nullptr);
   void* c = dlopen("libc.so.6", RTLD_NOW);
