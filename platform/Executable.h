@@ -2,9 +2,9 @@
 
 class Context;
 
-// Base of all that the framework loads or returns: services, proxies.
+// Base of the objects that the framework loads or returns: services, proxies.
 // Owner: the framework, which deletes it through this base. Thread: init, shutdown and timerEvent
-// come on the framework's thread of the object. Other interfaces are reached by dynamic_cast.
+// are called on the object's framework thread. Other interfaces are reached by dynamic_cast.
 class Executable {
  public:
   virtual ~Executable();

@@ -21,18 +21,18 @@ class LocalMgmtIfc {
   // Writes the record's value of its root. False when it was refused.
   virtual bool setData(ManageableData& record) = 0;
 
-  // From now on changes of `key` reach agent->manageableDataChanged.
+  // From now on each change of `key` calls agent->manageableDataChanged.
   virtual bool observeData(const std::string& key, MgmtAgentIfc* agent) = 0;
 
-  // The change report of an agent: the record's root now has the record's value.
+  // An agent's report of a change: the record's root now has the record's value.
   virtual bool reportDataChanged(ManageableData& record) = 0;
 
-  // The user-data query: true when the item named by the record's root may be reset to its default
-  // on behalf of the user. `user` numbers the user; 0 is the device's own.
+  // The user-data query: true when the item that the record's root names may be reset to its
+  // default for the user. `user` numbers the user; 0 is the device's own.
   virtual bool isUserData(ManageableData& record, int user) = 0;
 
-  // The item-state setter: the access of the record's root. 0: settable. 4: set by the device
-  // itself, to be shown as read-only.
+  // The item-state setter: sets the access to the record's root. 0: settable. 4: set by the device
+  // itself, shown as read-only.
   virtual void setItemState(ManageableData& record, int state) = 0;
 
  protected:

@@ -27,10 +27,10 @@ class ManageableData {
   // Stores the value of `key`, replacing an earlier one. Roots stay as they are.
   void populate(const std::string& key, const std::string& value);
 
-  // The same for an item with a display name; `identifier` becomes the root when there is none.
+  // The same for an item with a display name; `identifier` becomes the root if there is none.
   void populate(const std::string& identifier, const std::string& name, const std::string& value);
 
-  // Copies the value of `key` out. False when it holds none: `value` then stays as it was.
+  // Copies the value of `key`. False, and `value` untouched, when there is none.
   bool interogate(const std::string& key, std::string& value) const;
 
  private:

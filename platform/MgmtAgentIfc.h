@@ -15,7 +15,7 @@ class MgmtAgentIfc {
   // A key observed with LocalMgmtIfc::observeData has changed; the record carries its new value.
   virtual void manageableDataChanged(ManageableData& record) = 0;
 
-  // Puts the items that the user may change back to the device's defaults.
+  // Resets the items that the user may change to the device's defaults.
   virtual bool resetUserData() = 0;
 
  protected:

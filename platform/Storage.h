@@ -10,7 +10,7 @@
 class Storage {
  public:
   Storage();
-  ~Storage();  // without shutdown, what was stored is dropped
+  ~Storage();  // without shutdown, the new content is dropped
   Storage(const Storage&) = delete;
   Storage& operator=(const Storage&) = delete;
 
@@ -23,11 +23,11 @@ class Storage {
   // Appends `length` bytes. subName: a part of the storage, null for the file as a whole.
   bool store(const char* subName, char* data, int length);
 
-  // Makes the new content the file's, and unbinds. False when the old content is still there.
+  // Replaces the file's content by the new one, and unbinds. False when the old content remains.
   bool shutdown();
 
-  // Deletes what is at `path`: a file of any kind, or an empty folder. False when it is still
-  // there; never throws.
+  // Deletes the file of any kind, or the empty folder, at `path`. False when it still exists; true
+  // when there was none. Never throws.
   static bool deleteFile_noEx(const std::string& path);
 
  private:

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-// Sets the device's system clock. Returns 0, or a negative number when it could not.
+// Sets the device's system clock. Returns 0, or a negative number on failure.
 int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch);
 
 // SVr4 stime, which some C libraries no longer declare: sets the system clock to *seconds since

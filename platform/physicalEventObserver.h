@@ -23,7 +23,7 @@ class physicalEventObserver {
   virtual void shiftChangeEvent(bool shifted);
   virtual void activityDetected();
 
-  // The channel events are to be sent through; the default leaves `name` empty: direct calls.
+  // The channel through which events are sent. The default leaves `name` empty: direct calls.
   virtual void getDestinationChannelName(std::string& name);
 
   // Called at subscription. May do nothing.

@@ -23,8 +23,8 @@ std::filesystem::path installedState(const Environment& environment) {
   throw Error("no place to keep the state: set HOME or XDG_STATE_HOME");
 }
 
-// Programs are built into BUILD/bin and BUILD/bin/tests. No other folder below BUILD counts: an
-// installation may lie there.
+// The build tree of programs in BUILD/bin or BUILD/bin/tests. Another folder below BUILD may be
+// that of an installation.
 std::optional<std::filesystem::path> buildTree(std::filesystem::path programs) {
   if (programs.filename() == "tests") programs = programs.parent_path();
   const std::filesystem::path build = programs.parent_path();

@@ -7,7 +7,7 @@
 
 namespace host {
 
-// Where things are when the command line does not say.
+// The paths that apply unless the command line names others.
 struct DefaultPaths {
   std::filesystem::path plugin;    // ../lib/ of the programs' folder
   std::filesystem::path state;     // folder of the stores

@@ -4,7 +4,7 @@
 
 namespace host {
 
-// A failure to be shown to a person: one line that names what was wrong, and what would be right.
+// A failure to show to the user: one line that says what was wrong and what would be right.
 struct Error : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -2,15 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <limits>
 
 #include "base/PrintableText.h"
 
 namespace host {
-
-std::string formattedText(const char* format, va_list arguments) {
-  return formattedText(format, arguments, std::numeric_limits<int>::max());
-}
 
 std::string formattedText(const char* format, va_list arguments, std::size_t most) {
   constexpr std::size_t kUsual = 256;

@@ -2,7 +2,7 @@
 
 namespace host {
 
-/** The text, or an empty one where there is none. */
+// The text, or an empty one for null.
 constexpr const char* orEmpty(const char* text) {
   return text == nullptr ? "" : text;
 }

@@ -4,8 +4,8 @@
 
 namespace host {
 
-// On whose behalf the calling thread works: the peer process of a socket, as the kernel names it,
-// "uid 1000, pid 4711". Empty: the device itself.
+// The process for which the calling thread works: the client at the other end of a socket, as the
+// kernel identifies it, "uid 1000, pid 4711". Empty: the device itself.
 [[nodiscard]] const std::string& originHere();
 
 // The user of an origin, "uid 1000". Another text is returned whole.

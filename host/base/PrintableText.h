@@ -14,7 +14,7 @@ namespace host {
 // The text, or if it is longer than `most` bytes its beginning and "... (N bytes)".
 [[nodiscard]] std::string clippedText(std::string_view text, std::size_t most);
 
-// The same for the beginning, of more than `most` bytes, of a text of `whole` bytes.
+// The same when only the beginning of a text of `whole` bytes is at hand: more than `most` bytes.
 [[nodiscard]] std::string clippedText(std::string_view beginning, std::size_t most,
                                       std::size_t whole);
 
@@ -28,7 +28,7 @@ namespace host {
 // as \n.
 [[nodiscard]] std::string escapedLine(std::string_view text);
 
-// A word for an error line: quoted, on one line, clipped.
+// The text for use in an error line: quoted, on one line, clipped.
 [[nodiscard]] std::string quotedText(std::string_view text);
 
 // A program's error message: "PROGRAM: TEXT" and a newline, one line in all.

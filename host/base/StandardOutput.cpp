@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-// Writes once more to learn the errno, which the stream does not keep. 0: writing works again.
+// Writes again to get the errno, which the stream does not keep. 0: writing works again.
 int writeError() {
   return ::write(STDOUT_FILENO, "\n", 1) < 0 ? errno : 0;
 }
@@ -23,7 +23,7 @@ bool outputArrived(const char* program) {
   const int error = writeError();
   if (error == EPIPE) return true;
   const std::string cause = error == 0 ? "" : std::string(": ") + std::strerror(error);
-  std::cerr << errorLine(program, "standard output does not take everything" + cause);
+  std::cerr << errorLine(program, "cannot write everything to standard output" + cause);
   return false;
 }
 

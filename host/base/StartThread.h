@@ -12,15 +12,20 @@
 
 namespace host {
 
-// A thread of the host's own. Signals to the process are not for it. Throws Error naming the thread
-// when the system has none left.
+// Blocks all signals on the calling thread: the main thread handles them.
+inline void blockSignals() {
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_BLOCK, &all, nullptr);
+}
+
+// Starts a thread that leaves all signals to the main thread. Throws Error, which names the thread,
+// when the system cannot start another.
 template <class Body>
 [[nodiscard]] std::thread startThread(const char* name, Body body) {
   try {
     return std::thread([body = std::move(body)] {
-      sigset_t all;
-      sigfillset(&all);
-      pthread_sigmask(SIG_BLOCK, &all, nullptr);
+      blockSignals();
       body();
     });
   } catch (const std::system_error& error) {

@@ -12,7 +12,7 @@
 
 namespace host {
 
-// One line of the log.
+// One entry of the application log.
 struct LogEntry {
   std::uint64_t number = 0;          // from 1, without gaps, in the order sinks see them
   std::chrono::nanoseconds wall{0};  // the device's wall time, since 1970-01-01 UTC
@@ -24,8 +24,8 @@ struct LogEntry {
   bool systemLog = false;  // written by syslogger_notice
 };
 
-// Receives entries, one at a time, on the thread that logs; entries that write() itself logs are
-// dropped. It must not wait for a peer, nor for a lock that is held while logging.
+// Receives entries, one at a time, on the thread that logs. Entries that write() itself logs are
+// dropped. It must not wait for a peer, nor for a lock that any thread holds while it logs.
 class LogSink {
  public:
   virtual ~LogSink() = default;
@@ -38,8 +38,9 @@ class ApplicationLog {
  public:
   static constexpr int kDefaultLevel = 4;
   static constexpr int kWarning = 3;
-  // Bytes of an entry's text. Of a longer text the entry keeps the beginning and the length. As
-  // much as a system log takes for a line; it bounds the log that a peer's long text causes.
+  // Bytes of an entry's text; of a longer one the entry keeps the beginning and the length. This is
+  // the length that a system log accepts for a line. It keeps a peer's long texts from filling the
+  // log.
   static constexpr std::size_t kLongestText = 1024;
 
   [[nodiscard]] static ApplicationLog& instance() noexcept;
@@ -51,7 +52,7 @@ class ApplicationLog {
   [[nodiscard]] int level() const noexcept { return m_level.load(std::memory_order_relaxed); }
 
   void addSink(std::shared_ptr<LogSink> sink);
-  // No entry reaches the sink after the return. Not to be called from write().
+  // After the return no entry reaches the sink. REQUIRES: not called from a sink's write().
   void removeSink(const std::shared_ptr<LogSink>& sink);
 
   // Numbers the entry, stamps it with the wall time, and hands it to the sinks.

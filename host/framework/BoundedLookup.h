@@ -7,7 +7,7 @@
 
 namespace host {
 
-// How many lookups may be pending, including those that no caller waits for any more.
+// How many lookups may be pending, including those whose callers no longer wait.
 inline constexpr int kMostLookups = 8;
 
 // How long to wait for a name while the name server counts as silent (FailedLookups). A working
@@ -19,15 +19,15 @@ inline constexpr std::chrono::milliseconds kShortWait{100};
 // std::exception when no server has answered.
 using Resolve = std::function<std::optional<std::string>()>;
 
-// Calls `resolve` for the address of `name` on a thread of its own, and waits for at most `limit`,
-// or for kShortWait if that is less and the name server is silent. Empty when there is no address,
-// no answer in time, or no lookup:
-// - The name failed recently (FailedLookups), or another thread waits for it: a name counts as
-//   failed until its address is known.
+// Calls `resolve` for the address of `name` on a new thread and waits at most `limit`, or
+// kShortWait if that is less and the name server counts as silent. Empty when there is no address,
+// no answer in time, or no lookup because:
+// - the name failed recently (FailedLookups), or another thread is looking it up: a name counts as
+//   failed until its address is known;
 // - kMostLookups are pending, or there is no memory or no thread: one log line, and the name may be
 //   looked up again at once.
 // A slow lookup keeps its own copy of `resolve`. A late answer ends the silence that its name
-// began, and a late address permits lookups of its name again. Thread: any.
+// caused, and a late address permits lookups of its name again. Thread: any.
 [[nodiscard]] std::optional<std::string> boundedLookup(const std::string& name,
                                                        std::chrono::milliseconds limit,
                                                        Resolve resolve);

@@ -21,7 +21,7 @@ bool isLabel(std::string_view text) {
          text.back() != '-' && std::all_of(text.begin(), text.end(), isLabelCharacter);
 }
 
-// Removes the first label, and the dot after it, from `rest`.
+// Removes the first label and its dot from `rest`.
 std::string_view takeLabel(std::string_view& rest, bool& last) {
   const std::size_t dot = rest.find('.');
   last = dot == std::string_view::npos;

@@ -21,8 +21,8 @@ struct DataAccess {
   ~DataAccess() = default;
 };
 
-// How many writes of the calling thread the store has refused. A set runs on one thread, so
-// comparing the count before and after it shows whether the store refused it.
+// How many writes of the calling thread the store has refused. A setting is changed on one thread,
+// so the counts before and after show whether the store refused it.
 [[nodiscard]] std::uint64_t failedWritesHere();
 
 }  // namespace host

@@ -17,7 +17,7 @@ constexpr const char* kServiceName = "DataAccessServiceIfc";
 
 thread_local std::uint64_t t_failedWrites = 0;
 
-void complain(const std::string& key, const char* action) {
+void logUnusable(const std::string& key, const char* action) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "setting \"%s\" %s: XML cannot carry it",
             key.c_str(), action);
 }
@@ -29,14 +29,14 @@ struct DataStorage::Impl {
   std::string schema;
   host::DataAccess* access;
 
-  // Skips a key without a value, or with a value (of another writer) that XML cannot carry, so that
-  // the other keys stay readable.
+  // Empty for a key without a value, or with one from another program that XML cannot carry, so
+  // that the other keys stay readable.
   std::string elementOf(const std::string& key) const {
     if (!host::isXmlName(key)) return {};
     const auto value = access->getItem(schema, key);
     if (!value) return {};
     if (!host::isXmlText(*value)) {
-      complain(key, "left out");
+      logUnusable(key, "left out");
       return {};
     }
     return "<" + key + ">" + host::escapedXmlText(*value) + "</" + key + ">";
@@ -57,7 +57,7 @@ bool DataStorage::findDataAccessService() {
 bool DataStorage::setDataItem(const std::string& key, const std::string& value) {
   if (m_impl->access == nullptr) return false;
   if (!host::isXmlName(key) || !host::isXmlText(value)) {
-    complain(key, "refused");
+    logUnusable(key, "refused");
     return false;
   }
   if (m_impl->access->setItem(m_impl->schema, key, value)) return true;

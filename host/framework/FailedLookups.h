@@ -10,15 +10,16 @@
 
 namespace host {
 
-// The names for which lookups failed recently. A lookup blocks its caller, and a silent name server
-// usually stays silent for a while. Owner: the process. Thread: any.
+// The names whose lookups failed recently. They are not looked up again for a while, because a
+// lookup blocks its caller and a silent name server usually stays silent. Owner: the process.
+// Thread: any.
 class FailedLookups {
  public:
   using Instant = std::chrono::steady_clock::time_point;
 
-  // Short enough that nothing need be restarted after the network is repaired.
+  // Short enough that no restart is needed after the network is repaired.
   static constexpr std::chrono::seconds kKept{60};
-  // More names than a telephone has servers; beyond it the oldest is dropped.
+  // More names than a telephone has servers. Beyond it the oldest is dropped.
   static constexpr std::size_t kMost = 64;
 
   // Whether the name must not be looked up yet.
@@ -27,10 +28,10 @@ class FailedLookups {
   // Whether a name recently got no answer within a full wait.
   [[nodiscard]] bool isSilent(Instant now) const;
 
-  // Records a failure. True: the first one since an address was found, so log it.
+  // Records a failure. True: it is the first one since an address was found, so it is to be logged.
   [[nodiscard]] bool add(const std::string& name, Instant now);
 
-  // The name got no answer within a full wait. No effect if an answer came meanwhile.
+  // The name got no answer within a full wait. No effect if an answer has come meanwhile.
   void setUnanswered(const std::string& name);
 
   // A name server answered, in time or late, possibly that there is no such name.
@@ -49,8 +50,8 @@ class FailedLookups {
  private:
   struct Failure {
     Instant last;
-    bool answered = false;              // since then
-    bool allowed = false;               // to be looked up again
+    bool answered = false;              // since `last`
+    bool allowed = false;               // may be looked up again
     std::optional<Instant> unanswered;  // when the full wait without an answer began
   };
 

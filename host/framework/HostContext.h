@@ -10,7 +10,7 @@ namespace host {
 
 class VirtualClock;
 
-// What services see of the framework: other services by name, and the clock's timers.
+// The framework's side of Context: services by name, and the clock's timers.
 // Owner: the device; clock and services outlive it. Thread: any.
 class HostContext : public Context {
  public:
@@ -19,7 +19,7 @@ class HostContext : public Context {
   HostContext(const HostContext&) = delete;
   HostContext& operator=(const HostContext&) = delete;
 
-  // Registers a service; it replaces an earlier one of the name.
+  // Registers a service, in place of an earlier one of that name.
   void add(const std::string& name, Executable* service);
   void remove(const std::string& name);
 

@@ -2,7 +2,7 @@
 
 #include <cstdarg>
 #include <exception>
-#include <string>
+#include <utility>
 
 #include "base/FormattedText.h"
 #include "base/OrEmpty.h"
@@ -10,12 +10,28 @@
 
 namespace {
 
-void write(host::LogEntry entry, const char* format, va_list arguments)
+struct Source {
+  int level;
+  const char* component;
+  const char* file;
+  int line;
+  bool systemLog;
+};
+
+void write(const Source& source, const char* format, va_list arguments) noexcept
     __attribute__((format(printf, 2, 0)));
 
-void write(host::LogEntry entry, const char* format, va_list arguments) {
+void write(const Source& source, const char* format, va_list arguments) noexcept try {
+  host::LogEntry entry;
+  entry.level = source.level;
+  entry.component = host::orEmpty(source.component);
+  entry.file = host::orEmpty(source.file);
+  entry.line = source.line;
   entry.text = host::formattedText(format, arguments, host::ApplicationLog::kLongestText);
+  entry.systemLog = source.systemLog;
   host::ApplicationLog::instance().write(std::move(entry));
+} catch (const std::exception&) {
+  // No memory for the entry: it is lost.
 }
 
 }  // namespace
@@ -34,29 +50,13 @@ void logAppUni(const char* component, int level, const char* file, int line, con
   if (!loggingOnAppUni(component, level)) return;
   va_list arguments;
   va_start(arguments, format);
-  try {
-    host::LogEntry entry;
-    entry.level = level;
-    entry.component = host::orEmpty(component);
-    entry.file = host::orEmpty(file);
-    entry.line = line;
-    write(std::move(entry), format, arguments);
-  } catch (const std::exception&) {
-    // No memory for the entry: it is lost.
-  }
+  write({level, component, file, line, false}, format, arguments);
   va_end(arguments);
 }
 
 void syslogger_notice(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  try {
-    host::LogEntry entry;
-    entry.level = host::ApplicationLog::kDefaultLevel;
-    entry.systemLog = true;
-    write(std::move(entry), format, arguments);
-  } catch (const std::exception&) {
-    // No memory for the entry: it is lost.
-  }
+  write({host::ApplicationLog::kDefaultLevel, nullptr, nullptr, 0, true}, format, arguments);
   va_end(arguments);
 }

@@ -9,7 +9,7 @@ std::string ManageableData::getRootId() const {
   return m_roots.empty() ? std::string() : m_roots.front();
 }
 
-// The agent is not kept: local management knows its agents by id.
+// The agent is not stored: local management finds its agents by id.
 void ManageableData::setRootId(const std::string& key, LocalMgmtIfc* /*agent*/) {
   m_roots.assign(1, key);
 }

@@ -18,8 +18,8 @@ constinit std::atomic<bool> g_used{false};
 thread_local unsigned t_usesSeen = 0;
 thread_local bool t_refilling = false;
 
-// What operator new calls when there is no memory, before it tries again. When another thread has
-// used the reserve meanwhile, there may be memory again.
+// The new-handler: operator new calls it when there is no memory, and then tries again. If another
+// thread has used the reserve since this one last looked, there may be memory again.
 void useReserve() {
   if (t_refilling) throw std::bad_alloc();
   const MutexLock lock(g_mutex);
@@ -55,14 +55,14 @@ MemoryReserve::~MemoryReserve() {
 bool MemoryReserve::refill() {
   if (!g_used) return true;
   {
-    // Held while the reserve takes what may be the last memory: another thread finds it there.
+    // Locked until the reserve, perhaps the last memory, is in place for other threads.
     const MutexLock lock(g_mutex);
     void* const reserve = newReserve();
     if (reserve == nullptr) return false;
     g_used = false;
     ::operator delete(std::exchange(g_reserve, reserve));
   }
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "memory was short: the reserve had to be used");
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "out of memory: the reserve was used");
   return true;
 }
 

@@ -19,7 +19,7 @@
 
 namespace {
 
-// The framework thread blocks meanwhile. A working name server answers much sooner.
+// The framework thread waits that long. A working name server answers much sooner.
 constexpr std::chrono::seconds kLookupLimit{1};
 constexpr int kNoAddress = 0;
 constexpr int kIpv6 = 1;
@@ -27,7 +27,7 @@ constexpr int kIpv4 = 2;
 
 using Address = std::optional<std::string>;  // numeric text
 
-// The usual form of the address, if `text` is one of the family.
+// The canonical form of `text` if it is an address of the family.
 Address numericAddress(int family, const std::string& text) {
   unsigned char bytes[sizeof(in6_addr)];
   char canonical[INET6_ADDRSTRLEN];
@@ -88,7 +88,7 @@ bool isPort(std::string_view text) {
   return number >= 1 && number <= 65535;
 }
 
-// The text within the brackets at the beginning of `text`; the rest goes to `after`.
+// The text in the brackets with which `text` begins; `after` gets the rest.
 std::optional<std::string> bracketed(const std::string& text, std::string& after) {
   const std::size_t end = text.find(']');
   if (text.empty() || text.front() != '[' || end == std::string::npos) return std::nullopt;

@@ -14,8 +14,9 @@ constexpr mode_t kModeBits = 07777;
 // current folder. Throws host::Error.
 void makeOwnFolder(const std::filesystem::path& path);
 
-// Removes the permissions of a file or folder beyond `most`, with one log line. Those of another
-// user's file stay, also with a line. Other kinds of files and missing ones are ignored.
+// Removes the permissions of a file or folder beyond `most`, with one log line. The permissions of
+// another user's file stay, also with a log line. Other kinds of files and missing ones are
+// ignored.
 void tighten(const std::filesystem::path& path, mode_t most);
 
 // The same for a file that will be opened: 0600 at most. Throws host::Error if the path, or the

@@ -22,7 +22,7 @@
 
 namespace {
 
-// Time between SIGTERM and SIGKILL.
+// From SIGTERM to SIGKILL.
 constexpr std::chrono::milliseconds kGrace{300};
 
 // The one descriptor that a child may have besides the standard ones.
@@ -49,7 +49,7 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// What the child gets besides arguments and environment.
+// The attributes and descriptors of a child.
 class SpawnPlan {
  public:
   SpawnPlan() {
@@ -68,7 +68,7 @@ class SpawnPlan {
     return posix_spawn_file_actions_adddup2(&actions, channel, kChannel) == 0;
   }
 
-  // Signals are as in a fresh process, whatever the parent ignores or blocks.
+  // Resets the signals that the parent ignores or blocks.
   // descriptors: how many the child keeps, from 0 on, if it leads a group.
   bool prepare(bool ownGroup, const std::optional<std::string>& folder, int descriptors) {
     sigset_t none;
@@ -92,8 +92,8 @@ class SpawnPlan {
   posix_spawnattr_t attributes;
 };
 
-void complain(const std::string& program, const char* why) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(), why);
+void logNotStarted(const std::string& program, const char* cause) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(), cause);
 }
 
 // A running child, and the thread that reaps it as soon as it ends.
@@ -110,8 +110,8 @@ class RunningChild {
   RunningChild& operator=(const RunningChild&) = delete;
 
  private:
-  // An ended child stays a zombie until the lock is held: until `m_reaped`, the system does not
-  // reuse its id, which is the group's too.
+  // The child stays a zombie until this thread has the lock: before `m_reaped` is set, the system
+  // does not reuse its id, which is also the group's.
   void reap() {
     siginfo_t ended{};
     while (waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOWAIT) != 0 &&
@@ -166,8 +166,8 @@ struct Process::Impl {
 
   [[nodiscard]] bool ownGroup() const { return (options & ownProcessGroup) != 0; }
 
-  // The errno with which the start is bound to fail, or 0. Checked before the spawn, which does not
-  // report it under an emulator.
+  // The errno with which the spawn would fail, or 0. Checked before, because under an emulator the
+  // spawn does not report it.
   [[nodiscard]] int obstacle(const std::string& program) const {
     if (access(program.c_str(), X_OK) != 0) return errno;
     return folder && access(folder->c_str(), X_OK) != 0 ? errno : 0;
@@ -177,14 +177,15 @@ struct Process::Impl {
   pid_t spawn() {
     const auto program = host::ProgramMap::instance().resolve(arguments.front());
     if (!program) {
-      complain(arguments.front(), "nothing stands in for it; name a program with --program");
+      logNotStarted(arguments.front(),
+                    "there is no stand-in for it; name a program with --program");
       return 0;
     }
     pid_t pid = 0;
     int error = obstacle(program->path);
     if (error == 0) error = spawn(*program, pid);
     if (error == 0) return pid;
-    complain(program->path, std::strerror(error));
+    logNotStarted(program->path, std::strerror(error));
     return 0;
   }
 
@@ -225,7 +226,7 @@ int Process::launch() {
     m_impl->child.emplace(pid, m_impl->ownGroup());
   } catch (const std::system_error& error) {
     endAtOnce(pid);
-    complain(m_impl->arguments.front(), std::strerror(error.code().value()));
+    logNotStarted(m_impl->arguments.front(), std::strerror(error.code().value()));
     return 0;
   }
   return pid;

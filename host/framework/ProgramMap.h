@@ -10,10 +10,10 @@
 
 namespace host {
 
-// The file that runs for a program of the device, and what it gets.
+// The file to run for a program of the device.
 struct MappedProgram {
   std::string path;
-  // A stand-in of the build, which gets only the environment variables that it knows.
+  // A stand-in of the build: it gets only the environment variables that it uses.
   bool standIn;
   // Opens the descriptor that the program inherits besides the standard ones; may be empty.
   std::function<Descriptor()> openChannel;
@@ -28,15 +28,15 @@ class ProgramMap {
   // Maps `devicePath` to `path`.
   void set(const std::string& devicePath, const std::string& path);
 
-  // A folder with stand-ins, which have the programs' names; empty: none.
+  // The folder of the stand-ins, which have the programs' names. Empty: none.
   void setStandInFolder(const std::string& folder);
 
-  // Lets a program without mapping and stand-in run as itself. By default it never runs: the
-  // machine's own NTP client would set the machine's clock.
+  // Permits to run the file at the device path if there is no mapping and no stand-in. By default
+  // it never runs: the machine's own NTP client would set the machine's clock.
   void allowDevicePrograms();
 
-  // At each start the program inherits a descriptor from `open`, called on any thread; an empty
-  // `open` ends that. CLOCKHOST_CLOCK_FD in its environment holds the number.
+  // Makes the program inherit a descriptor from `open`, which is called, on any thread, at each
+  // start. CLOCKHOST_CLOCK_FD in its environment holds the number. An empty `open` ends that.
   void giveChannel(const std::string& devicePath, std::function<Descriptor()> open);
 
   // Removes all of the above.

@@ -4,7 +4,7 @@
 
 #include "base/FormattedText.h"
 
-// The text alone is kept: a reason without words would tell a person nothing.
+// Only the text is used: the reason codes mean nothing to a user.
 void setRejectReason(rejectReasons /*reason*/, std::string& text, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);

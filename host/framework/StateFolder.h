@@ -4,8 +4,7 @@
 
 namespace host {
 
-// The folder of Storage's files. Thread: any.
-// Empty, the default: there is none, and Storage::init fails.
+// The folder of Storage's files. Empty, the default: Storage::init fails. Thread: any.
 void setStorageFolder(const std::string& folder);
 [[nodiscard]] std::string storageFolder();
 

@@ -23,7 +23,7 @@ using host::Descriptor;
 
 constexpr mode_t kFileMode = 0644;
 
-// A script of a few lines; what is larger is none of ours, and is not taken into memory.
+// The host stores scripts of a few lines. A larger file is not ours and is not read into memory.
 constexpr off_t kLargest = 64 * 1024;  // bytes
 
 bool writeAll(int descriptor, const std::string& content) {
@@ -37,19 +37,19 @@ bool writeAll(int descriptor, const std::string& content) {
 }
 
 bool writeNew(const std::string& path, const std::string& content) {
-  // Whatever a killed process or somebody else left there is not opened.
+  // Never opens a file that a killed process or another program left there.
   unlink(path.c_str());
   const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
   return file.valid() && writeAll(file.get(), content) && fsync(file.get()) == 0;
 }
 
-// The new name is on the disk once the folder is; the content has changed either way.
+// Makes the rename durable. A failure is ignored, because the content has changed in any case.
 void syncFolder(const std::string& path) {
   const Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.valid()) fsync(folder.get());
 }
 
-// Empty, with errno: the file is missing, cannot be read, is too large or no file at all.
+// Empty, with errno: the file is missing, unreadable, too large, or not a regular file.
 std::optional<std::string> contentOf(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
@@ -69,7 +69,7 @@ bool isNameWithoutFolder(const std::string& name) {
   return !name.empty() && name.find('/') == std::string::npos && name != "." && name != "..";
 }
 
-// Why a file of that name cannot be written in the folder; empty: it can.
+// Why the file cannot be written in the folder; empty: it can.
 std::string obstacle(const std::string& folder, const std::string& path) {
   if (faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
     const bool readOnly = errno == EROFS || errno == EACCES;
@@ -90,8 +90,8 @@ void logFailure(const char* action, const std::string& name, const std::string& 
             action, why.c_str());
 }
 
-// One writer at a time: the file on its way has a fixed name, so that none is left behind by a
-// process that was killed.
+// Held by the one writer: the new file has a fixed name until it is renamed, so that killed
+// processes do not leave more and more files.
 host::Mutex& writing() {
   static auto& mutex = *new host::Mutex;
   return mutex;
@@ -103,7 +103,7 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   const std::string next = folder + "/." + name + ".new";
   host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);
   const auto present = contentOf(path);
-  if (present == content) return true;  // each start stores the same: flash is to last
+  if (present == content) return true;  // spares the flash memory: each start stores the same
   if (!present && errno != ENOENT && errno != EFBIG) logFailure("read", name, std::strerror(errno));
   if (isFolder(next)) {
     logFailure("written", name, next + " is a folder; remove it");
@@ -123,9 +123,9 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
 struct Storage::Impl {
   std::string folder;  // empty: not bound
   std::string name;
-  std::optional<std::string> content;  // what the file is to become; empty: as it is
+  std::optional<std::string> content;  // the new content; empty: unchanged
 
-  // Before something is added to it.
+  // Reads the present content, to append to it.
   bool readContent() {
     content = contentOf(folder + "/" + name);
     if (!content && errno == ENOENT) content = "";
@@ -138,8 +138,7 @@ Storage::Storage() : m_impl(std::make_unique<Impl>()) {}
 
 Storage::~Storage() = default;
 
-// The modes are those of the streams that other platforms open; here content is always bytes, and
-// is kept until clear.
+// The modes are ignored: the content is always bytes, and is kept until clear.
 bool Storage::init(const char* name, std::ios_base::openmode /*readMode*/,
                    std::ios_base::openmode /*writeMode*/) {
   *m_impl = Impl{};
@@ -161,7 +160,7 @@ bool Storage::clear() {
   return true;
 }
 
-// This platform's storages have no parts.
+// Storages have no parts here.
 bool Storage::store(const char* subName, char* data, int length) {
   if (m_impl->folder.empty() || subName != nullptr || length < 0) return false;
   if (data == nullptr && length > 0) return false;

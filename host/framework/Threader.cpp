@@ -1,7 +1,6 @@
 #include "Threader.h"
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <atomic>
 #include <condition_variable>
@@ -13,6 +12,7 @@
 #include "Logging.h"
 #include "Threadable.h"
 #include "base/Mutex.h"
+#include "base/StartThread.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ struct Record {
   bool completed CLOCK_GUARDED_BY(mutex) = false;
 };
 
-// All threads that are not destroyed yet, by id. Ids start at 1 and are not reused.
+// All threads from spawn to destroy, by id. Ids start at 1 and are not reused.
 class Registry {
  public:
   static Registry& instance() {
@@ -71,15 +71,8 @@ void runBody(Record& record) {
   }
 }
 
-// The main thread handles the process's signals; here they would interrupt the body's system calls.
-void leaveSignalsAlone() {
-  sigset_t all;
-  sigfillset(&all);
-  pthread_sigmask(SIG_BLOCK, &all, nullptr);
-}
-
 void* threadMain(void* argument) {
-  leaveSignalsAlone();
+  host::blockSignals();  // a signal would interrupt the system calls of the body
   const std::unique_ptr<std::shared_ptr<Record>> own(
       static_cast<std::shared_ptr<Record>*>(argument));
   Record& record = **own;
@@ -115,7 +108,7 @@ constexpr std::size_t kLongestName = 15;
 
 }  // namespace
 
-// Ignores the priority: raising it needs a privilege.
+// Ignores the priority, because raising it needs a privilege.
 bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name,
                      VotkThreadPriority /*priority*/, int stackBytes) {
   if (threadId == nullptr || body == nullptr) return false;
@@ -134,7 +127,7 @@ bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name
 
 void Threader::waitForThreadCompletion(unsigned long threadId) {
   const auto record = Registry::instance().find(threadId);
-  if (!record || record.get() == t_self) return;  // a thread would wait for itself for ever
+  if (!record || record.get() == t_self) return;  // a thread must not wait for itself
   host::MutexLock lock(record->mutex);
   while (!record->completed) record->changed.wait(lock.native());
 }
@@ -142,7 +135,7 @@ void Threader::waitForThreadCompletion(unsigned long threadId) {
 void Threader::destroy(unsigned long threadId) {
   const auto record = Registry::instance().take(threadId);
   if (!record) return;
-  // When a thread destroys itself, the system frees it at its end.
+  // A thread that destroys itself is freed when it ends.
   if (record.get() == t_self) {
     pthread_detach(record->thread);
   } else {

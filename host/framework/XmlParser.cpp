@@ -30,7 +30,8 @@ class Parse {
     XML_SetUserData(m_expat.get(), this);
     XML_SetElementHandler(m_expat.get(), &onStart, &onEnd);
     XML_SetCharacterDataHandler(m_expat.get(), &onText);
-    // Refused: settings documents have none, and it can declare exponentially growing entities.
+    // Refuses document types: settings documents have none, and they can declare entities that grow
+    // exponentially.
     XML_SetStartDoctypeDeclHandler(m_expat.get(), &onDoctype);
   }
   Parse(const Parse&) = delete;

@@ -142,7 +142,7 @@ TEST(Output, ThatIsLostIsAnErrorInOneLine) {
   for (const Words& words :
        {host.ctlWords({"keys"}), Words{CLOCKCTL, "--help"}, Words{CLOCKHOST, "--help"}}) {
     expectOneLine(Program(host.folder(), "full", inShell(">/dev/full", words)).wait(), 1,
-                  {"standard output does not take everything: No space left on device"});
+                  {"cannot write everything to standard output: No space left on device"});
   }
 }
 

@@ -67,7 +67,7 @@ TEST(NtpClient, OfThisMachineIsNotUsedWhenTheStandInIsMissing) {
   host.launch(words);
   ASSERT_TRUE(host.answers());
   ASSERT_EQ(host.ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
-  EXPECT_TRUE(host.program().says(R"(cannot start "/sbin/ntpclient": nothing stands in for it)"))
+  EXPECT_TRUE(host.program().says(R"(cannot start "/sbin/ntpclient": there is no stand-in for it)"))
       << host.program().err();
   const std::string status = host.ctl({"status"}).out;
   EXPECT_NE(status.find("ntp client"), std::string::npos) << status;

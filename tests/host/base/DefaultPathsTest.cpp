@@ -27,7 +27,7 @@ class BuildTree : public ::testing::Test {
   support::TemporaryFolder folder;
 };
 
-TEST_F(BuildTree, KeepsEverythingWithTheBuild) {
+TEST_F(BuildTree, KeepsEverythingInTheBuild) {
   for (const char* const program : {"bin/clockhost", "bin/tests/some_test"}) {
     const DefaultPaths paths = defaultPaths(folder / program, environmentOf({}));
     EXPECT_EQ(paths.plugin, folder / "lib/libClockService.so");
@@ -37,14 +37,14 @@ TEST_F(BuildTree, KeepsEverythingWithTheBuild) {
   }
 }
 
-TEST_F(BuildTree, InstallationBelowItIsAnInstallation) {
+TEST_F(BuildTree, DoesNotIncludeAnInstallationBelowIt) {
   const DefaultPaths paths =
       defaultPaths(folder / "install/bin/clockhost", environmentOf({{"HOME", "/home"}}));
   EXPECT_EQ(paths.plugin, folder / "install/lib/libClockService.so");
   EXPECT_EQ(paths.state, "/home/.local/state/clockhost");
 }
 
-TEST(InstalledProgram, FollowsTheStateAndRuntimeFolders) {
+TEST(InstalledProgram, UsesTheStateAndRuntimeFolders) {
   const DefaultPaths paths = defaultPaths(
       "/opt/clock/bin/clockhost",
       environmentOf({{"XDG_STATE_HOME", "/s"}, {"XDG_RUNTIME_DIR", "/r"}, {"HOME", "/home"}}));
@@ -54,13 +54,13 @@ TEST(InstalledProgram, FollowsTheStateAndRuntimeFolders) {
   EXPECT_EQ(paths.socket, "/r/clockhost.sock");
 }
 
-TEST(InstalledProgram, WithoutARuntimeFolderTheSocketIsWithTheState) {
+TEST(InstalledProgram, PutsTheSocketIntoTheStateFolderWithoutARuntimeFolder) {
   const DefaultPaths paths =
       defaultPaths("/opt/clock/bin/clockhost", environmentOf({{"XDG_STATE_HOME", "/s"}}));
   EXPECT_EQ(paths.socket, "/s/clockhost/clockhost.sock");
 }
 
-TEST(InstalledProgram, RelativeFoldersDoNotCount) {
+TEST(InstalledProgram, IgnoresRelativeFolders) {
   const DefaultPaths paths = defaultPaths(
       "/opt/clock/bin/clockhost",
       environmentOf({{"XDG_STATE_HOME", "s"}, {"XDG_RUNTIME_DIR", ""}, {"HOME", "/home"}}));
@@ -68,12 +68,12 @@ TEST(InstalledProgram, RelativeFoldersDoNotCount) {
   EXPECT_EQ(paths.socket, "/home/.local/state/clockhost/clockhost.sock");
 }
 
-TEST(InstalledProgram, WithoutAnyFolderItSaysWhatToSet) {
+TEST(InstalledProgram, NeedsAHomeOrAStateFolder) {
   EXPECT_THROW(static_cast<void>(defaultPaths("/opt/clock/bin/clockhost", environmentOf({}))),
                Error);
 }
 
-TEST(ThisProgram, LiesInABuild) {
+TEST(ThisProgram, IsInABuild) {
   EXPECT_EQ(defaultPaths().socket.filename(), "clockhost.sock");
   EXPECT_EQ(defaultPaths().socket.parent_path().filename(), "run");
 }

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Utf8, GivesEachCharacterWithItsLength) {
+TEST(Utf8, DecodesEachCharacterWithItsLength) {
   const std::tuple<const char*, std::uint32_t, std::size_t> rows[] = {
       {"a", 'a', 1},
       {"\x7F", 0x7F, 1},
@@ -27,13 +27,13 @@ TEST(Utf8, GivesEachCharacterWithItsLength) {
   EXPECT_EQ(host::utf8CharacterAt(std::string(1, '\0'), 0).length, 1U);
 }
 
-TEST(Utf8, FindsNoCharacterWhereThereIsNone) {
+TEST(Utf8, RejectsInvalidSequences) {
   for (const char* const text :
        {"\x80", "\xBF", "\xC3", "\xC3x", "\xE2\x82", "\xE2\x82x", "\xF0\x9F\x98", "\xFF", "\xFE",
         "\xF8\x88\x80\x80\x80",
-        // written too long
+        // overlong
         "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF",
-        // surrogates, and what is beyond the last character
+        // surrogates, and beyond U+10FFFF
         "\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80", "\xF7\xBF\xBF\xBF"}) {
     EXPECT_EQ(host::utf8CharacterAt(text, 0).length, 0U) << testing::PrintToString(text);
   }

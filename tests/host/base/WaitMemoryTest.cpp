@@ -10,8 +10,8 @@
 namespace host {
 namespace {
 
-// The list of a loop's timers takes memory when it grows.
-TEST(WaitMemory, IsFreeAgainAfterAWaitThatCouldNotBegin) {
+// The wait cannot start because the loop's list of timers needs memory to grow.
+TEST(WaitMemory, IsFreeAgainAfterAWaitThatCannotStart) {
   asio::io_context loop;
   asio::steady_timer timer(loop, std::chrono::hours(1));
   const auto memory = std::make_shared<WaitMemory>();

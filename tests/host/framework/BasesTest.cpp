@@ -1,7 +1,8 @@
-// What the bases of the platform do for those who do not override.
+// The default behaviour of the platform's base classes.
 #include <gtest/gtest.h>
 
 #include <string>
+#include <type_traits>
 
 #include "Executable.h"
 #include "Invoker.h"
@@ -14,49 +15,29 @@
 
 namespace {
 
-class PlainService : public Service {
+// The framework deletes objects through these bases.
+static_assert(std::has_virtual_destructor_v<Executable>);
+static_assert(std::has_virtual_destructor_v<Service>);
+static_assert(std::has_virtual_destructor_v<Proxy>);
+static_assert(std::has_virtual_destructor_v<Invoker>);
+static_assert(std::has_virtual_destructor_v<InvokerResponse>);
+
+class PlainService final : public Service {
  public:
-  explicit PlainService(bool& gone) : m_gone(gone) {}
-  ~PlainService() override { m_gone = true; }
   void init(Context& /*context*/) override {}
   void shutdown() override {}
   void run() override {}
-
- private:
-  bool& m_gone;
 };
 
-class PlainProxy : public Proxy {
+class PlainProxy final : public Proxy {
  public:
-  explicit PlainProxy(bool& gone) : m_gone(gone) {}
-  ~PlainProxy() override { m_gone = true; }
   void initProxy(ProxyRequest& /*request*/) override {}
-
- private:
-  bool& m_gone;
 };
 
-class PlainInvoker : public Invoker {
+class PlainInvoker final : public Invoker {
  public:
-  explicit PlainInvoker(bool& gone) : m_gone(gone) {}
-  ~PlainInvoker() override { m_gone = true; }
   void handleMessage(Executable* /*executable*/, const char* /*message*/, int /*length*/,
                      InvokerResponse* /*response*/) override {}
-
- private:
-  bool& m_gone;
-};
-
-class PlainResponse : public InvokerResponse {
- public:
-  explicit PlainResponse(bool& gone) : m_gone(gone) {}
-  ~PlainResponse() override { m_gone = true; }
-  const char* getCodecName() override { return ""; }
-  const char* getReplyAddress() override { return ""; }
-  void sendReply(const char* /*data*/, int /*length*/) override {}
-
- private:
-  bool& m_gone;
 };
 
 class PlainObserver final : public physicalEventObserver {
@@ -66,41 +47,30 @@ class PlainObserver final : public physicalEventObserver {
   void getSubscribingService() override {}
 };
 
-TEST(Bases, AreDeletedThroughTheirDestructors) {
-  bool gone[4] = {};
-  delete static_cast<Executable*>(new PlainService(gone[0]));
-  delete static_cast<Proxy*>(new PlainProxy(gone[1]));
-  delete static_cast<Invoker*>(new PlainInvoker(gone[2]));
-  delete static_cast<InvokerResponse*>(new PlainResponse(gone[3]));
-  for (const bool each : gone) EXPECT_TRUE(each);
-}
-
-TEST(Bases, IgnoreWhatIsNotOverridden) {
+TEST(Bases, IgnoreCallsByDefault) {
   host::VirtualClock clock;
   host::HostContext context(clock);
-  bool gone = false;
-  PlainService service(gone);
+  PlainService service;
   service.timerEvent(1);
   EXPECT_EQ(service.getThreadPriorityForPlatform(), 0);
   EXPECT_EQ(service.type(), "Threadable");
-  PlainProxy proxy(gone);
+  PlainProxy proxy;
   proxy.init(context);
   proxy.shutdown();
   proxy.timerEvent(1);
-  PlainInvoker invoker(gone);
+  PlainInvoker invoker;
   invoker.initInvoker(nullptr);
 }
 
-TEST(Bases, LeadFromOneToTheOther) {
-  bool gone = false;
-  PlainService service(gone);
+TEST(Bases, SupportDynamicCasts) {
+  PlainService service;
   Executable* const executable = &service;
   EXPECT_EQ(dynamic_cast<Service*>(executable), &service);
   EXPECT_NE(dynamic_cast<Threadable*>(executable), nullptr);
   EXPECT_EQ(dynamic_cast<Proxy*>(executable), nullptr);
 }
 
-TEST(PhysicalEventObserver, IgnoresWhatIsNotOverridden) {
+TEST(PhysicalEventObserver, IgnoresEventsByDefault) {
   PlainObserver plain;
   physicalEventObserver& observer = plain;
   observer.buttonPressedEvent(PhysDefs::keyNone, 1, PhysDefs::actionPressed, "label");

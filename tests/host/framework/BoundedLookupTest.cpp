@@ -22,7 +22,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A resolver that answers when it is told to.
+// A resolver that answers when the test lets it.
 class SlowResolver {
  public:
   std::optional<std::string> resolve() {
@@ -56,32 +56,22 @@ class SlowResolver {
   int m_returned = 0;
 };
 
-// Each with no memory of the others' names.
+// No test knows the failed names of another.
 class BoundedLookup : public ::testing::Test {
  protected:
   BoundedLookup() { failedLookups().forgetAll(); }
 };
 
-TEST_F(BoundedLookup, GivesTheAnswer) {
+TEST_F(BoundedLookup, ReturnsTheAnswer) {
   EXPECT_EQ(boundedLookup("a.example", 20s, [] { return std::optional<std::string>("192.0.2.9"); }),
             "192.0.2.9");
   EXPECT_EQ(boundedLookup("b.example", 20s, [] { return std::optional<std::string>(); }),
             std::nullopt);
-}
-
-TEST_F(BoundedLookup, TakesAFailingResolverForNoAnswer) {
   const auto fail = []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); };
   EXPECT_EQ(boundedLookup("c.example", 20s, fail), std::nullopt);
 }
 
-TEST_F(BoundedLookup, GivesUpOnASlowResolverAndSurvivesItsReturn) {
-  const auto resolver = std::make_shared<SlowResolver>();
-  EXPECT_EQ(boundedLookup("d.example", 1ms, [=] { return resolver->resolve(); }), std::nullopt);
-  resolver->answer();
-  resolver->awaitReturns(1);
-}
-
-TEST_F(BoundedLookup, WaitsBrieflyForAnotherNameWhileTheServerIsSilent) {
+TEST_F(BoundedLookup, WaitsBrieflyWhileTheServerIsSilent) {
   const support::LogCapture log(3);
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
@@ -101,7 +91,7 @@ TEST_F(BoundedLookup, WaitsBrieflyForAnotherNameWhileTheServerIsSilent) {
   resolver->awaitReturns(2);
 }
 
-TEST_F(BoundedLookup, ProlongsNoSilenceByAShortWait) {
+TEST_F(BoundedLookup, DoesNotProlongTheSilenceByAShortWait) {
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
   EXPECT_EQ(boundedLookup("k.example", 1ms, resolve), std::nullopt);
@@ -113,7 +103,7 @@ TEST_F(BoundedLookup, ProlongsNoSilenceByAShortWait) {
   resolver->awaitReturns(2);
 }
 
-// Whether the server counts as silent after a lookup that was too slow has ended with `answer`.
+// Whether the server counts as silent after a slow lookup has ended with `answer`.
 bool isSilentAfter(const Resolve& answer) {
   const auto resolver = std::make_shared<SlowResolver>();
   auto held = std::make_shared<int>();
@@ -129,18 +119,18 @@ bool isSilentAfter(const Resolve& answer) {
   return failedLookups().isSilent(std::chrono::steady_clock::now());
 }
 
-TEST_F(BoundedLookup, EndsTheSilenceWhenAnyAnswerComesLate) {
+TEST_F(BoundedLookup, EndsTheSilenceAtAnyLateAnswer) {
   EXPECT_FALSE(isSilentAfter([] { return std::optional<std::string>("192.0.2.1"); }));
   failedLookups().forgetAll();
-  EXPECT_FALSE(isSilentAfter([] { return std::nullopt; })) << "there is no such name";
+  EXPECT_FALSE(isSilentAfter([] { return std::nullopt; })) << "the answer is: no such name";
 }
 
-TEST_F(BoundedLookup, KeepsTheSilenceWhenTheResolverGivesUpLate) {
+TEST_F(BoundedLookup, KeepsTheSilenceWhenTheResolverFailsLate) {
   EXPECT_TRUE(isSilentAfter(
       []() -> std::optional<std::string> { throw std::runtime_error("on purpose"); }));
 }
 
-TEST_F(BoundedLookup, DoesNotWaitAgainForASilentServerOnAnotherNetwork) {
+TEST_F(BoundedLookup, WaitsBrieflyAfterANetworkChange) {
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
   EXPECT_EQ(boundedLookup("j.example", 1ms, resolve), std::nullopt);
@@ -154,7 +144,7 @@ TEST_F(BoundedLookup, DoesNotWaitAgainForASilentServerOnAnotherNetwork) {
   resolver->awaitReturns(3);
 }
 
-TEST_F(BoundedLookup, AsksAgainWhenAnAddressCameLate) {
+TEST_F(BoundedLookup, LooksANameUpAgainAfterALateAddress) {
   const auto resolver = std::make_shared<SlowResolver>();
   EXPECT_EQ(boundedLookup("g.example", 1ms, [=] { return resolver->resolve(); }), std::nullopt);
   resolver->answer();
@@ -163,7 +153,7 @@ TEST_F(BoundedLookup, AsksAgainWhenAnAddressCameLate) {
       support::becomesTrue([&] { return boundedLookup("g.example", 20s, now) == "192.0.2.9"; }));
 }
 
-TEST_F(BoundedLookup, AsksNoMoreWhileTooManyAreOut) {
+TEST_F(BoundedLookup, RefusesMoreThanTheMostLookups) {
   const support::LogCapture log(3);
   const auto resolver = std::make_shared<SlowResolver>();
   const auto resolve = [=] { return resolver->resolve(); };
@@ -171,18 +161,18 @@ TEST_F(BoundedLookup, AsksNoMoreWhileTooManyAreOut) {
     EXPECT_EQ(boundedLookup(std::to_string(i) + ".example", 1ms, resolve), std::nullopt);
   }
   EXPECT_LE(resolver->asked(), kMostLookups);
-  EXPECT_PRED_FORMAT2(
-      testing::IsSubstring,
-      "clockhost 3: name lookup refused: " + std::to_string(kMostLookups) + " are still out\n",
-      log.text());
+  EXPECT_PRED_FORMAT2(testing::IsSubstring,
+                      "clockhost 3: name lookup refused: " + std::to_string(kMostLookups) +
+                          " lookups are pending\n",
+                      log.text());
   const auto now = std::chrono::steady_clock::now();
   EXPECT_TRUE(failedLookups().holds("0.example", now));
-  EXPECT_FALSE(failedLookups().holds("23.example", now)) << "it was not asked for";
+  EXPECT_FALSE(failedLookups().holds("23.example", now)) << "it was not looked up";
   resolver->answer();
   resolver->awaitReturns(kMostLookups);
 }
 
-TEST_F(BoundedLookup, NeedsNothingOfALookupThatFoundNoMemory) {
+TEST_F(BoundedLookup, WorksAgainAfterALackOfMemory) {
   const std::string name = "h.example";
   const Resolve resolve = [] { return std::optional<std::string>("192.0.2.1"); };
   bool found = false;
@@ -196,7 +186,7 @@ TEST_F(BoundedLookup, NeedsNothingOfALookupThatFoundNoMemory) {
   }
 }
 
-TEST_F(BoundedLookup, DoesNotAskAgainSoonForANameThatHasFailedAndTellsItOnce) {
+TEST_F(BoundedLookup, LooksAFailedNameUpOnceAndLogsItOnce) {
   const support::LogCapture log(4);
   int asked = 0;
   const auto lookUp = [&](const char* name, const std::optional<std::string>& address) {
@@ -209,7 +199,7 @@ TEST_F(BoundedLookup, DoesNotAskAgainSoonForANameThatHasFailedAndTellsItOnce) {
   EXPECT_EQ(asked, 1);
   EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
   EXPECT_EQ(lookUp("somewhere.example", "192.0.2.1"), "192.0.2.1");
-  EXPECT_EQ(asked, 3) << "a name that has an address is asked for each time";
+  EXPECT_EQ(asked, 3) << "a name with an address is looked up each time";
   EXPECT_EQ(
       log.text(),
       "clockhost 3: name lookup of \"nowhere.example\": no address found; not asked again for "

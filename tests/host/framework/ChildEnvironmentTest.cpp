@@ -1,4 +1,4 @@
-// Which program a child is, and what it gets beside its arguments.
+// Which program a child runs, and its environment and descriptors.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -12,16 +12,16 @@
 
 namespace {
 
-TEST_F(ChildProcess, IsTheProgramThatItsPathMeansHere) {
+TEST_F(ChildProcess, RunsTheMappedProgram) {
   host::ProgramMap::instance().set("/sbin/of-the-device", "/bin/sh");
   const auto child = process({"/sbin/of-the-device", "-c", "echo $0 >'" + pipePath() + "'"});
   EXPECT_GT(child->launch(), 0);
-  EXPECT_EQ(output(), "/sbin/of-the-device\n") << "it keeps the name it was called by";
+  EXPECT_EQ(output(), "/sbin/of-the-device\n") << "the name is not mapped";
 }
 
 TEST_F(ChildProcess, InheritsItsChannelAndNoOtherDescriptor) {
   std::array<int, 2> ends{};
-  ASSERT_EQ(::pipe(ends.data()), 0);  // not even close-on-exec
+  ASSERT_EQ(::pipe(ends.data()), 0);  // without close-on-exec
   const host::Descriptor read(ends[0]);
   const host::Descriptor written(ends[1]);
   host::ProgramMap::instance().giveChannel(
@@ -34,7 +34,7 @@ TEST_F(ChildProcess, InheritsItsChannelAndNoOtherDescriptor) {
   EXPECT_EQ(::read(read.get(), bytes.data(), bytes.size()), 4);
 }
 
-TEST_F(ChildProcess, DoesNotStartWithoutTheChannelThatItIsToGet) {
+TEST_F(ChildProcess, DoesNotStartWithoutItsChannel) {
   host::ProgramMap::instance().giveChannel("/bin/sh", [] {
     errno = EMFILE;
     return host::Descriptor();
@@ -42,8 +42,8 @@ TEST_F(ChildProcess, DoesNotStartWithoutTheChannelThatItIsToGet) {
   EXPECT_LE(shell("exit")->launch(), 0);
 }
 
-// A program that is named for the device's gets the whole environment, a stand-in its own part.
-TEST_F(ChildProcess, OfTheBuildGetsOnlyTheVariablesThatItKnows) {
+// A mapped program gets the whole environment, a stand-in only the variables that it uses.
+TEST_F(ChildProcess, GetsOnlyItsVariablesIfItIsAStandIn) {
   const Texts given = {"HOME=/root",           "CLOCKHOST_PIPE=p", "NTPCLIENT_PORT=1",
                        "NTPCLIENT_RETRY_MS=2", "TZ=UTC0",          "CLOCKHOST_PIPES=x",
                        "CLOCKHOST_CLOCK_FD=9"};
@@ -61,13 +61,13 @@ TEST_F(ChildProcess, OfTheBuildGetsOnlyTheVariablesThatItKnows) {
             "CLOCKHOST_PIPES=x ");
 }
 
-TEST_F(ChildProcess, IsNoProgramOfThisMachineUnlessThatIsAllowed) {
+TEST_F(ChildProcess, IsNotAProgramOfThisMachineUnlessAllowed) {
   host::ProgramMap::instance().clear();
   const support::LogCapture log;
   const std::string mark = m_folder / "started";
   EXPECT_EQ(process({"/bin/sh", "-c", ": >'" + mark + "'"})->launch(), 0);
   EXPECT_FALSE(std::filesystem::exists(mark));
-  EXPECT_EQ(log.count("cannot start \"/bin/sh\": nothing stands in for it; "
+  EXPECT_EQ(log.count("cannot start \"/bin/sh\": there is no stand-in for it; "
                       "name a program with --program"),
             1U)
       << log.text();

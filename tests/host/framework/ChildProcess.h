@@ -22,7 +22,7 @@ inline std::vector<char*> pointersTo(Texts& texts) {
   return pointers;
 }
 
-// Children are shells that write into a named pipe; it is at its end when the last writer is gone.
+// Starts shells that write into a named pipe. The pipe ends when its last writer has ended.
 class ChildProcess : public testing::Test {
  protected:
   ChildProcess() {
@@ -39,7 +39,7 @@ class ChildProcess : public testing::Test {
     return std::make_unique<Process>(options, words.data(), variables.data(), folder);
   }
 
-  // A shell with the script; what it prints goes into the pipe.
+  // A shell that runs the script with its output going into the pipe.
   std::unique_ptr<Process> shell(const std::string& script, Texts environment = {},
                                  int options = Process::ownProcessGroup,
                                  const char* folder = nullptr) const {
@@ -48,7 +48,7 @@ class ChildProcess : public testing::Test {
         std::move(environment), options, folder);
   }
 
-  // All that comes, up to the end.
+  // The whole output, up to its end.
   [[nodiscard]] std::string output() const {
     std::ifstream pipe(pipePath());
     return {std::istreambuf_iterator<char>(pipe), {}};
@@ -59,6 +59,15 @@ class ChildProcess : public testing::Test {
     const auto child = shell(script, std::move(environment), options, folder);
     EXPECT_GT(child->launch(), 0);
     return output();
+  }
+
+  // Waits until the child prints "ready" first; returns the rest of its output.
+  [[nodiscard]] std::ifstream outputAfterReady() const {
+    std::ifstream pipe(pipePath());
+    std::string word;
+    pipe >> word;
+    EXPECT_EQ(word, "ready");
+    return pipe;
   }
 
   [[nodiscard]] std::string pipePath() const { return m_folder / "pipe"; }

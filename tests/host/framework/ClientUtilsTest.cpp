@@ -8,10 +8,12 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 constexpr int kMost = std::numeric_limits<int>::max();
 constexpr int kLeast = std::numeric_limits<int>::min();
 
-// A name of `length` characters, of labels of at most 49.
+// A name of `length` characters, with labels of at most 49.
 std::string nameOfLength(std::size_t length) {
   std::string name;
   while (name.size() < length) name += name.size() % 50 == 49 ? '.' : 'a';
@@ -25,7 +27,7 @@ TEST(ClientUtils, PrintsNumbers) {
   EXPECT_EQ(ClientUtils::itos(kLeast), "-2147483648");
 }
 
-TEST(ClientUtils, ReadsNumbersAsFarAsThereAreDigits) {
+TEST(ClientUtils, ParsesNumbersUpToTheLastDigit) {
   const std::pair<const char*, int> rows[] = {{"0", 0},
                                               {"7", 7},
                                               {"-7", -7},
@@ -42,13 +44,13 @@ TEST(ClientUtils, ReadsNumbersAsFarAsThereAreDigits) {
   for (const auto& [text, number] : rows) EXPECT_EQ(ClientUtils::stoi(text), number) << text;
 }
 
-TEST(ClientUtils, ReadsNoDigitsAsZero) {
+TEST(ClientUtils, ParsesNoDigitsAsZero) {
   for (const char* const text : {"", " ", "-", "+", "abc", "--1", "+-1", "- 1", ":5"}) {
     EXPECT_EQ(ClientUtils::stoi(text), 0) << text;
   }
 }
 
-TEST(ClientUtils, ReadsTooLargeANumberAsTheNearest) {
+TEST(ClientUtils, ParsesTooLargeANumberAsTheNearestInt) {
   for (const char* const text : {"2147483648", "9223372036854775808", "99999999999999999999999"}) {
     EXPECT_EQ(ClientUtils::stoi(text), kMost) << text;
     EXPECT_EQ(ClientUtils::stoi(std::string("-") + text + "0"), kLeast) << text;
@@ -56,11 +58,11 @@ TEST(ClientUtils, ReadsTooLargeANumberAsTheNearest) {
   EXPECT_EQ(ClientUtils::stoi("-2147483649"), kLeast);
 }
 
-TEST(ClientUtils, ReadsNoFurtherThanAZeroByte) {
+TEST(ClientUtils, ParsesUpToAZeroByte) {
   EXPECT_EQ(ClientUtils::stoi(std::string("1\0002", 3)), 1);
 }
 
-TEST(ClientUtils, PrintsAndReadsBooleans) {
+TEST(ClientUtils, PrintsAndParsesBooleans) {
   EXPECT_EQ(ClientUtils::btos(true), "true");
   EXPECT_EQ(ClientUtils::btos(false), "false");
   EXPECT_TRUE(ClientUtils::stob("true"));
@@ -71,47 +73,28 @@ TEST(ClientUtils, PrintsAndReadsBooleans) {
 }
 
 TEST(ClientUtils, AcceptsHostNames) {
-  for (const std::string& name :
-       {std::string("a"), std::string("localhost"), std::string("time.example.org"),
-        std::string("time.example.org."), std::string("3com.example"), std::string("a-b"),
-        std::string("A1.b2.C3"), std::string("1.2.3.4a"), std::string("x--y"), std::string("0a"),
-        std::string(63, 'a'), std::string(63, 'a') + ".b", nameOfLength(253),
-        nameOfLength(253) + "."}) {
+  for (const std::string& name : {"a"s, "localhost"s, "time.example.org"s, "time.example.org."s,
+                                  "3com.example"s, "a-b"s, "A1.b2.C3"s, "1.2.3.4a"s, "x--y"s, "0a"s,
+                                  // the longest label and name
+                                  std::string(63, 'a'), std::string(63, 'a') + ".b",
+                                  nameOfLength(253), nameOfLength(253) + "."}) {
     EXPECT_TRUE(ClientUtils::validGlobalHostname(name)) << name;
   }
 }
 
-TEST(ClientUtils, RefusesWhatIsNoHostName) {
-  for (const std::string& name : {std::string(),
-                                  std::string("."),
-                                  std::string(".."),
-                                  std::string(".a"),
-                                  std::string("a..b"),
-                                  std::string("a.."),
-                                  std::string("-a"),
-                                  std::string("a-"),
-                                  std::string("a.-b"),
-                                  std::string("a-.b"),
-                                  std::string("a_b"),
-                                  std::string("a b"),
-                                  std::string("a\n"),
-                                  std::string("a\0", 2),
-                                  std::string("caf\xC3\xA9"),
-                                  std::string("1"),
-                                  std::string("1.2.3.4"),
-                                  std::string("a.5"),
-                                  std::string("a.5."),
-                                  std::string("::1"),
-                                  std::string("a:1"),
-                                  std::string("a/b"),
-                                  std::string("@"),
-                                  std::string("["),
-                                  std::string("`"),
-                                  std::string("{"),
-                                  std::string(64, 'a'),
-                                  std::string("b.") + std::string(64, 'a'),
-                                  nameOfLength(254),
-                                  nameOfLength(254) + "."}) {
+TEST(ClientUtils, RefusesOtherTextsAsHostNames) {
+  for (const std::string& name : {// empty labels
+                                  ""s, "."s, ".."s, ".a"s, "a..b"s, "a.."s,
+                                  // hyphens at the ends of labels
+                                  "-a"s, "a-"s, "a.-b"s, "a-.b"s,
+                                  // other characters
+                                  "a_b"s, "a b"s, "a\n"s, "a\0"s, "caf\xC3\xA9"s, "::1"s, "a:1"s,
+                                  "a/b"s, "@"s, "["s, "`"s, "{"s,
+                                  // a last label of digits
+                                  "1"s, "1.2.3.4"s, "a.5"s, "a.5."s,
+                                  // too long
+                                  std::string(64, 'a'), "b." + std::string(64, 'a'),
+                                  nameOfLength(254), nameOfLength(254) + "."}) {
     EXPECT_FALSE(ClientUtils::validGlobalHostname(name)) << name;
   }
 }

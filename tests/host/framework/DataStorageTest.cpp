@@ -43,8 +43,7 @@ TEST(SettingsWithoutStore, AreEmptyAndRefused) {
   EXPECT_EQ(storage.getDataItems("Key"), "");
 }
 
-// Something is registered under the name, but it is no store.
-TEST(SettingsWithoutStore, DoNotTakeAnotherServiceForOne) {
+TEST(SettingsWithoutStore, DoNotUseAServiceThatIsNoStore) {
   support::Part other;
   host::VirtualClock clock;
   host::HostContext context(clock);
@@ -53,21 +52,21 @@ TEST(SettingsWithoutStore, DoNotTakeAnotherServiceForOne) {
   EXPECT_FALSE(storage.findDataAccessService());
 }
 
-TEST_F(Settings, AreInTheStoreUnderTheirSchema) {
+TEST_F(Settings, AreStoredUnderTheirSchema) {
   EXPECT_TRUE(m_storage.setDataItem("Key", "value"));
   EXPECT_EQ(m_access.getItem(kSchema, "Key"), "value");
   EXPECT_EQ(m_access.getItem("Other", "Key"), std::nullopt);
   EXPECT_STREQ(DASUtilsStrings::ClockSettingsSchema, "ClockSettings");
 }
 
-TEST_F(Settings, ComeAsOneDocumentInTheOrderOfTheKeys) {
+TEST_F(Settings, FormOneDocumentInTheOrderOfTheKeys) {
   EXPECT_TRUE(m_storage.setDataItem("A", "1"));
   EXPECT_TRUE(m_storage.setDataItem("B", ""));
   EXPECT_TRUE(m_storage.setDataItem("C", "3"));
   EXPECT_EQ(m_storage.getDataItems("B A C"), document("<B></B><A>1</A><C>3</C>"));
 }
 
-TEST_F(Settings, WithoutAValueAreLeftOut) {
+TEST_F(Settings, AreLeftOutWithoutAValue) {
   EXPECT_EQ(m_storage.getDataItems("A B"), kNoItems);
   EXPECT_EQ(m_storage.getDataItems(""), kNoItems);
   EXPECT_TRUE(m_storage.setDataItem("B", "2"));
@@ -93,7 +92,7 @@ TEST_F(Settings, KeepTheOldValueWhenTheStoreRefuses) {
   EXPECT_TRUE(m_storage.setDataItem("A", "new"));
 }
 
-TEST_F(Settings, ThatXmlCannotCarryAreRefused) {
+TEST_F(Settings, AreRefusedIfXmlCannotCarryThem) {
   const support::LogCapture log;
   for (const std::string& value : {std::string("\0", 1), std::string("a\x01z"), std::string("\xFF"),
                                    std::string("\xED\xA0\x80")}) {
@@ -103,14 +102,14 @@ TEST_F(Settings, ThatXmlCannotCarryAreRefused) {
   EXPECT_TRUE(log.has(3, "setting \"A\" refused: XML cannot carry it")) << log.text();
 }
 
-TEST_F(Settings, AreRefusedUnderAKeyThatIsNoElement) {
+TEST_F(Settings, AreRefusedIfTheKeyIsNoElementName) {
   for (const std::string key : {"", "a b", "<", "1"}) {
     EXPECT_FALSE(m_storage.setDataItem(key, "value")) << key;
   }
 }
 
-// As another writer could have left it.
-TEST_F(Settings, ThatXmlCannotCarryDoNotHarmTheOthers) {
+// Another program may have stored them.
+TEST_F(Settings, AreLeftOutIfXmlCannotCarryThem) {
   const support::LogCapture log;
   EXPECT_TRUE(m_access.setItem(kSchema, "A", "\x02"));
   EXPECT_TRUE(m_access.setItem(kSchema, "<bad>", "x"));
@@ -127,7 +126,7 @@ TEST_F(Settings, AreEmptyWhenTheStoreCannotBeRead) {
   EXPECT_EQ(m_storage.getDataItems("A"), document("<A>1</A>"));
 }
 
-TEST(MemoryDataAccess, FailsAsOrdered) {
+TEST(MemoryDataAccess, FailsOnRequest) {
   host::MemoryDataAccess access;
   access.refuseSets(1, 2);
   EXPECT_TRUE(access.setItem("s", "k", "1"));

@@ -18,17 +18,11 @@ TEST(ManageableData, StartsEmpty) {
   EXPECT_EQ(valueOf(record, "key"), "-untouched");
 }
 
-TEST(ManageableData, KnowsItsFirstRoot) {
+TEST(ManageableData, ReturnsTheFirstRoot) {
   ManageableData record;
   record.addRootId("first", nullptr);
   record.addRootId("second", nullptr);
   EXPECT_EQ(record.getRootId(), "first");
-}
-
-TEST(ManageableData, CanHaveOneRootInsteadOfAll) {
-  ManageableData record;
-  record.addRootId("first", nullptr);
-  record.addRootId("second", nullptr);
   record.setRootId("only", nullptr);
   EXPECT_EQ(record.getRootId(), "only");
   record.addRootId("more", nullptr);
@@ -47,13 +41,13 @@ TEST(ManageableData, KeepsAValueForEachKey) {
   EXPECT_EQ(record.getRootId(), "a");
 }
 
-TEST(ManageableData, DoesNotGetARootByAValue) {
+TEST(ManageableData, GetsNoRootFromAValue) {
   ManageableData record;
   record.populate("a", "1");
   EXPECT_EQ(record.getRootId(), "");
 }
 
-TEST(ManageableData, GetsARootByANamedValueWhenItHasNone) {
+TEST(ManageableData, GetsARootFromANamedValueIfItHasNone) {
   ManageableData record;
   record.populate("a", "Name", "1");
   EXPECT_EQ(record.getRootId(), "a");

@@ -11,15 +11,15 @@
 namespace host {
 namespace {
 
-constexpr const char* kLine = "memory was short: the reserve had to be used";
+constexpr const char* kLine = "out of memory: the reserve was used";
 
-// What operator new does when there is no memory. Only the tests' own thread uses the reserve: that
-// thread has then seen each use, whatever the order of the tests.
+// What operator new does when there is no memory. Only the tests' main thread uses up the reserve,
+// so it has seen each use, whatever the order of the tests.
 void runOut() {
   std::get_new_handler()();
 }
 
-TEST(MemoryReserve, HelpsOutOnceUntilItIsRefilled) {
+TEST(MemoryReserve, CanBeUsedOnceUntilItIsRefilled) {
   const support::LogCapture log;
   const MemoryReserve reserve;
   for (int time = 1; time <= 2; ++time) {
@@ -30,8 +30,7 @@ TEST(MemoryReserve, HelpsOutOnceUntilItIsRefilled) {
   }
 }
 
-// A thread that is new to the shortage tries again first: another one may have made room.
-TEST(MemoryReserve, UsedByOneThreadGivesEachOtherOneMoreTry) {
+TEST(MemoryReserve, GivesEachOtherThreadOneMoreTry) {
   const support::LogCapture log;
   const MemoryReserve reserve;
   EXPECT_NO_THROW(runOut());
@@ -46,7 +45,7 @@ TEST(MemoryReserve, UsedByOneThreadGivesEachOtherOneMoreTry) {
   EXPECT_NO_THROW(runOut());
 }
 
-TEST(MemoryReserve, ThatIsRefilledStaysWholeWhileAThreadTriesAgain) {
+TEST(MemoryReserve, StaysRefilledWhenAnotherThreadTriesAgain) {
   const support::LogCapture log;
   const MemoryReserve reserve;
   EXPECT_NO_THROW(runOut());
@@ -57,7 +56,7 @@ TEST(MemoryReserve, ThatIsRefilledStaysWholeWhileAThreadTriesAgain) {
   EXPECT_EQ(log.count(kLine), 1U) << log.text();
 }
 
-TEST(MemoryReserve, WholeOneIsLeftAlone) {
+TEST(MemoryReserve, IsNotRefilledWhenUnused) {
   const support::LogCapture log;
   const MemoryReserve reserve;
   EXPECT_TRUE(MemoryReserve::refill());
@@ -65,13 +64,13 @@ TEST(MemoryReserve, WholeOneIsLeftAlone) {
   EXPECT_NO_THROW(runOut());
 }
 
-TEST(MemoryReserve, ProcessWithoutOneGoesOn) {
+TEST(MemoryReserve, IsOptional) {
   { const MemoryReserve reserve; }
   EXPECT_EQ(std::get_new_handler(), nullptr);
   EXPECT_TRUE(MemoryReserve::refill());
 }
 
-TEST(MemoryReserve, UsedOneThatIsGoneIsNotMissed) {
+TEST(MemoryReserve, IsNotRefilledAfterItsDestruction) {
   std::optional<MemoryReserve> reserve;
   reserve.emplace();
   runOut();

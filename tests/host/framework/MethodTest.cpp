@@ -7,21 +7,21 @@
 
 namespace {
 
-TEST(Method, StartsNamelessAndEmpty) {
+TEST(Method, StartsWithoutNameAndParameters) {
   const Method method;
   EXPECT_EQ(method.getName(), "");
   EXPECT_EQ(method.getType(), Method::call);
   EXPECT_TRUE(method.getParameters().empty());
 }
 
-TEST(Method, HasTheNameAndTypeItIsGiven) {
+TEST(Method, HasTheGivenNameAndType) {
   const Method method("getTime", Method::reply);
   EXPECT_EQ(method.getName(), "getTime");
   EXPECT_EQ(method.getType(), Method::reply);
   EXPECT_EQ(Method(nullptr, Method::call).getName(), "");
 }
 
-TEST(Method, KeepsParametersInOrderOfAddition) {
+TEST(Method, KeepsTheOrderOfItsParameters) {
   Method method("m", Method::call);
   method.addStringParameter("b", "text", Parameter::out);
   method.addIntParameter("a", -5, Parameter::in);
@@ -65,8 +65,7 @@ TEST(Method, KeepsEveryValue) {
   }
 }
 
-// Three parameters of one name: type and direction tell them apart.
-TEST(Method, FindsTheParameterOfTheNameDirectionAndType) {
+TEST(Method, FindsAParameterByNameDirectionAndType) {
   Method method("m", Method::call);
   method.addStringParameter("x", "text", Parameter::in);
   method.addIntParameter("x", 1, Parameter::out);
@@ -83,7 +82,7 @@ TEST(Method, FindsTheParameterOfTheNameDirectionAndType) {
   EXPECT_EQ(text, "text");
 }
 
-TEST(Method, LeavesTheValueAloneWhenThereIsNone) {
+TEST(Method, LeavesTheValueUntouchedWithoutAMatch) {
   Method method("m", Method::call);
   method.addIntParameter("number", 1, Parameter::in);
   method.addBoolParameter("flag", true, Parameter::in);

@@ -8,14 +8,12 @@
 
 namespace {
 
-constexpr const char* kUntouched = "untouched";
-
 std::string lookedUp(const char* name, int family, int size = 46) {
   char buffer[64] = "untouched";
   return NetHelper::dnsLookup(name, buffer, size, family) ? buffer : std::string("-") + buffer;
 }
 
-TEST(NetHelper, TellsAddressesApart) {
+TEST(NetHelper, DistinguishesKindsOfAddresses) {
   const std::pair<const char*, int> rows[] = {
       {"0.0.0.0", 2}, {"127.0.0.1", 2},        {"255.255.255.255", 2}, {"::", 1},
       {"::1", 1},     {"2001:DB8::ff", 1},     {"1:2:3:4:5:6:7:8", 1}, {"::ffff:1.2.3.4", 1},
@@ -27,7 +25,7 @@ TEST(NetHelper, TellsAddressesApart) {
   }
 }
 
-TEST(NetHelper, KnowsWhatIsNoAddress) {
+TEST(NetHelper, RefusesOtherTexts) {
   for (
       const char* const text :
       {"",         " ",          "localhost",  "1.2.3",        "1.2.3.4.5",     "256.1.1.1",
@@ -43,7 +41,7 @@ TEST(NetHelper, KnowsWhatIsNoAddress) {
   EXPECT_EQ(NetHelper::verifyIpAddress(std::string("[::1\0]", 6), true), 0);
 }
 
-TEST(NetHelper, LetsAPortFollowWhereItIsAllowed) {
+TEST(NetHelper, AcceptsAPortIfAllowed) {
   const std::pair<const char*, int> rows[] = {
       {"1.2.3.4:1", 2}, {"1.2.3.4:123", 2}, {"1.2.3.4:65535", 2}, {"[::1]:123", 1}};
   for (const auto& [text, kind] : rows) {
@@ -52,7 +50,7 @@ TEST(NetHelper, LetsAPortFollowWhereItIsAllowed) {
   }
 }
 
-TEST(NetHelper, RefusesWhatIsNoPort) {
+TEST(NetHelper, RefusesInvalidPorts) {
   for (const char* const port :
        {":", ":0", ":65536", ":123456", ":-1", ":+1", ": 1", ":1 ", ":x", "::1", "1", ":1:2"}) {
     EXPECT_EQ(NetHelper::verifyIpAddress(std::string("[::1]") + port, true), 0) << port;
@@ -61,7 +59,7 @@ TEST(NetHelper, RefusesWhatIsNoPort) {
   }
 }
 
-TEST(NetHelper, HandsNumericAddressesBack) {
+TEST(NetHelper, ReturnsNumericAddressesInCanonicalForm) {
   EXPECT_EQ(lookedUp("127.0.0.1", 0), "127.0.0.1");
   EXPECT_EQ(lookedUp("127.0.0.1", AF_INET), "127.0.0.1");
   EXPECT_EQ(lookedUp("::1", 0), "::1");
@@ -74,15 +72,15 @@ TEST(NetHelper, RefusesANumericAddressOfTheOtherFamily) {
   EXPECT_EQ(lookedUp("::1", AF_INET), "-untouched");
 }
 
-// None of these is a name: no resolver hears of it.
-TEST(NetHelper, RefusesWhatIsNeitherNameNorAddress) {
+// None of these may reach a resolver.
+TEST(NetHelper, RefusesTextsThatAreNeitherNameNorAddress) {
   for (const char* const name : {"", ".", "1.2.3", "127.1", "0x7f000001.1", "[::1]", "fe80::1%lo",
                                  "a b", "-", "under_score", "1.2.3.4.5", "2130706433"}) {
     EXPECT_EQ(lookedUp(name, 0), "-untouched") << name;
   }
 }
 
-TEST(NetHelper, WritesOnlyWhatFits) {
+TEST(NetHelper, DoesNotWriteBeyondTheBuffer) {
   EXPECT_EQ(lookedUp("127.0.0.1", 0, 10), "127.0.0.1");
   EXPECT_EQ(lookedUp("127.0.0.1", 0, 9), "-untouched");
   EXPECT_EQ(lookedUp("127.0.0.1", 0, 0), "-untouched");
@@ -91,12 +89,12 @@ TEST(NetHelper, WritesOnlyWhatFits) {
             "1111:2222:3333:4444:5555:6666:7777:8888");
 }
 
-TEST(NetHelper, RefusesWhatItCannotWorkWith) {
+TEST(NetHelper, RefusesInvalidArguments) {
   char buffer[46] = "untouched";
   EXPECT_FALSE(NetHelper::dnsLookup(nullptr, buffer, 46, 0));
   EXPECT_FALSE(NetHelper::dnsLookup("127.0.0.1", buffer, 46, AF_UNIX));
   EXPECT_FALSE(NetHelper::dnsLookup("127.0.0.1", nullptr, 46, 0));
-  EXPECT_STREQ(buffer, kUntouched);
+  EXPECT_STREQ(buffer, "untouched");
 }
 
 }  // namespace

@@ -47,16 +47,16 @@ std::size_t openDescriptors() {
   return number;
 }
 
-TEST_F(ChildProcess, GetsItsArgumentsWithoutAShellInBetween) {
+TEST_F(ChildProcess, GetsItsArgumentsUnchanged) {
   EXPECT_EQ(outputOf("echo \"$0|$1|$2|$#\""), "name|one|t w o|2\n");
 }
 
-TEST_F(ChildProcess, GetsTheGivenEnvironmentAndNoOther) {
+TEST_F(ChildProcess, GetsTheGivenEnvironmentOnly) {
   EXPECT_EQ(outputOf("tr '\\0' '\\n' </proc/$$/environ", {"PATH=/bin:/usr/bin", "A=1 2"}),
             "PATH=/bin:/usr/bin\nA=1 2\n");
 }
 
-TEST_F(ChildProcess, CopiesWhatItIsGiven) {
+TEST_F(ChildProcess, CopiesItsArgumentsAndEnvironment) {
   Texts arguments{"/bin/sh", "-c", "echo $A >'" + pipePath() + "'"};
   Texts environment{"A=before"};
   Process child(Process::ownProcessGroup, pointersTo(arguments).data(),
@@ -73,13 +73,13 @@ TEST_F(ChildProcess, RunsInTheGivenFolder) {
   EXPECT_EQ(outputOf("pwd"), std::filesystem::current_path().string() + "\n");
 }
 
-TEST_F(ChildProcess, LeadsAGroupOfItsOwnWhenAsked) {
+TEST_F(ChildProcess, LeadsAProcessGroupOnRequest) {
   const std::string script = "read -r id name state parent group rest </proc/$$/stat; ";
   EXPECT_EQ(outputOf(script + "[ $group = $$ ] && echo own"), "own\n");
   EXPECT_EQ(outputOf(script + "echo $group", {}, 0), std::to_string(getpgrp()) + "\n");
 }
 
-TEST_F(ChildProcess, InheritsNoDescriptorButTheStandardOnesWhenAsked) {
+TEST_F(ChildProcess, InheritsOnlyStandardDescriptorsOnRequest) {
   const int left = fcntl(STDERR_FILENO, F_DUPFD, 50);  // stays open over an exec
   ASSERT_GE(left, 50);
   const std::string script =
@@ -90,7 +90,7 @@ TEST_F(ChildProcess, InheritsNoDescriptorButTheStandardOnesWhenAsked) {
   close(left);
 }
 
-TEST_F(ChildProcess, StartsWithFreshSignals) {
+TEST_F(ChildProcess, StartsWithDefaultSignals) {
   constexpr std::array kIgnored = {SIGHUP, SIGPIPE, SIGXFSZ};  // as clockhost does
   for (const int ignored : kIgnored) signal(ignored, SIG_IGN);
   sigset_t blocked;
@@ -110,7 +110,7 @@ TEST_F(ChildProcess, StartsWithFreshSignals) {
   }
 }
 
-TEST_F(ChildProcess, CannotBeStartedWithoutAProgram) {
+TEST_F(ChildProcess, DoesNotStartWithoutAProgram) {
   const support::LogCapture log;
   const std::string plain = m_folder / "plain";
   std::ofstream(plain) << "text";
@@ -125,81 +125,74 @@ TEST_F(ChildProcess, CannotBeStartedWithoutAProgram) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(ChildProcess, CannotBeStartedInAFolderThatIsNotThere) {
+TEST_F(ChildProcess, DoesNotStartInAMissingFolder) {
   EXPECT_LE(shell(":", {}, 0, "/no/such/folder")->launch(), 0);
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(ChildProcess, IsStartedOnce) {
+TEST_F(ChildProcess, StartsOnce) {
   const auto child = shell("echo started");
   EXPECT_GT(child->launch(), 0);
   EXPECT_LE(child->launch(), 0);
   EXPECT_EQ(output(), "started\n");
 }
 
-TEST_F(ChildProcess, IsNotThereWhenItWasNeverStarted) {
+TEST_F(ChildProcess, DoesNotStartOnConstruction) {
   shell("echo started").reset();
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(ChildProcess, IsAskedToEndAndReaped) {
+TEST_F(ChildProcess, IsTerminatedAndReaped) {
   auto child = shell("trap 'echo asked; exit' TERM; echo ready; sleep 1000 & wait", {"PATH=/bin"});
   const pid_t pid = child->launch();
-  std::ifstream pipe(pipePath());
-  std::string word;
-  pipe >> word;
-  EXPECT_EQ(word, "ready");
+  std::ifstream pipe = outputAfterReady();
   child.reset();
   EXPECT_FALSE(exists(pid));
+  std::string word;
   pipe >> word;
   EXPECT_EQ(word, "asked");
 }
 
-TEST_F(ChildProcess, IsMadeToEndWhenItDoesNotListen) {
+TEST_F(ChildProcess, IsKilledIfItIgnoresTermination) {
   auto child = shell("trap '' TERM; echo ready; while :; do sleep 1000; done", {"PATH=/bin"});
   const pid_t pid = child->launch();
-  std::ifstream pipe(pipePath());
-  std::string word;
-  pipe >> word;
+  std::ifstream pipe = outputAfterReady();
   const auto before = Clock::now();
   child.reset();
   const auto taken = Clock::now() - before;
   EXPECT_FALSE(exists(pid));
-  EXPECT_GE(taken, std::chrono::milliseconds{300}) << "it has had no time to end";
-  EXPECT_FALSE(pipe >> word);
+  EXPECT_GE(taken, std::chrono::milliseconds{300}) << "it had too little time to end";
+  std::string word;
+  EXPECT_FALSE(pipe >> word) << word;
 }
 
-TEST_F(ChildProcess, IsMadeToEndWhenItIsStopped) {
+TEST_F(ChildProcess, IsKilledIfItIsStopped) {
   auto child = shell("echo ready; exec sleep 1000", {"PATH=/bin"});
   const pid_t pid = child->launch();
-  std::ifstream pipe(pipePath());
-  std::string word;
-  pipe >> word;
+  const std::ifstream pipe = outputAfterReady();
   kill(pid, SIGSTOP);
   child.reset();
   EXPECT_FALSE(exists(pid));
 }
 
-// The grandchild holds the pipe: that comes to its end only when both are gone.
-TEST_F(ChildProcess, EndsTogetherWithItsGroup) {
+// The pipe ends only when the grandchild has ended too.
+TEST_F(ChildProcess, IsEndedTogetherWithItsGroup) {
   auto child =
       shell("(trap '' TERM; echo ready; while :; do sleep 1000; done) & wait", {"PATH=/bin"});
   EXPECT_GT(child->launch(), 0);
-  std::ifstream pipe(pipePath());
-  std::string word;
-  pipe >> word;
-  EXPECT_EQ(word, "ready");
+  std::ifstream pipe = outputAfterReady();
   child.reset();
-  EXPECT_FALSE(pipe >> word);
+  std::string word;
+  EXPECT_FALSE(pipe >> word) << word;
 }
 
-TEST_F(ChildProcess, TakesItsGroupAlongWhenItEndsByItself) {
+TEST_F(ChildProcess, EndsItsGroupWhenItEnds) {
   const auto child = shell("sleep 1000 & echo $!", {"PATH=/bin"});
   EXPECT_GT(child->launch(), 0);
-  EXPECT_NE(output(), "") << "this is read up to the end of both";
+  EXPECT_NE(output(), "") << "the output ends when both have ended";
 }
 
-TEST_F(ChildProcess, IsNeverAZombieNotEvenBeforeItsHandleGoes) {
+TEST_F(ChildProcess, IsReapedBeforeItsHandleIsDestroyed) {
   const auto child = process({"/bin/true"});
   const pid_t pid = child->launch();
   ASSERT_GT(pid, 0);
@@ -207,7 +200,7 @@ TEST_F(ChildProcess, IsNeverAZombieNotEvenBeforeItsHandleGoes) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(ChildProcess, LeavesNothingBehindWhenItIsReplacedManyTimes) {
+TEST_F(ChildProcess, LeavesNoProcessAndDescriptorAfterManyReplacements) {
   const std::size_t before = openDescriptors();
   std::unique_ptr<Process> child;
   for (int i = 0; i < 200; ++i) {

@@ -32,7 +32,7 @@ class DevicePrograms : public testing::Test {
   host::ProgramMap& m_map = host::ProgramMap::instance();
 };
 
-TEST_F(DevicePrograms, NeverRunThemselvesUnlessThatIsAllowed) {
+TEST_F(DevicePrograms, DoNotRunUnlessAllowed) {
   const support::TemporaryFolder standIns;
   m_map.setStandInFolder(standIns.path());
   const std::string own = program("client");
@@ -42,12 +42,7 @@ TEST_F(DevicePrograms, NeverRunThemselvesUnlessThatIsAllowed) {
   EXPECT_EQ(resolved(own), own);
 }
 
-TEST_F(DevicePrograms, AreNothingWhenNothingIsKnown) {
-  EXPECT_EQ(resolved("/sbin/not-here"), std::nullopt);
-  EXPECT_EQ(resolved(""), std::nullopt);
-}
-
-TEST_F(DevicePrograms, AreWhatWasSetBeforeAllElse) {
+TEST_F(DevicePrograms, AreMappedFirstOfAll) {
   const std::string own = program("client");
   m_map.set(own, "/elsewhere/client");
   EXPECT_EQ(resolved(own), "/elsewhere/client");
@@ -55,7 +50,7 @@ TEST_F(DevicePrograms, AreWhatWasSetBeforeAllElse) {
   EXPECT_EQ(resolved(own), "/third/client");
 }
 
-TEST_F(DevicePrograms, AreTheirStandInsFirst) {
+TEST_F(DevicePrograms, AreReplacedByStandIns) {
   const support::TemporaryFolder standIns;
   std::filesystem::copy(program("client"), standIns / "client");
   m_map.setStandInFolder(standIns.path());
@@ -66,13 +61,13 @@ TEST_F(DevicePrograms, AreTheirStandInsFirst) {
   EXPECT_EQ(resolved("/sbin/other"), "/sbin/other");
 }
 
-TEST_F(DevicePrograms, AreNotStandInsThatCannotBeExecuted) {
+TEST_F(DevicePrograms, AreNotReplacedByFilesThatCannotBeExecuted) {
   program("plain", false);
   m_map.setStandInFolder(m_folder.path());
   EXPECT_EQ(resolved("/sbin/plain"), std::nullopt);
 }
 
-TEST_F(DevicePrograms, AreForgottenTogether) {
+TEST_F(DevicePrograms, AreClearedTogether) {
   program("client");
   m_map.set("/sbin/a", "/b");
   m_map.setStandInFolder(m_folder.path());
@@ -83,8 +78,8 @@ TEST_F(DevicePrograms, AreForgottenTogether) {
   }
 }
 
-// Each thread has programs of its own: without a lock the others' changes lose some of them.
-TEST_F(DevicePrograms, MayBeSetAndAskedForByManyThreadsAtOnce) {
+// Without a lock, the changes of one thread would lose some of the other's.
+TEST_F(DevicePrograms, CanBeUsedOnTwoThreads) {
   const auto useWith = [this](const std::string& folder) {
     for (int i = 0; i < 10'000; ++i) {
       const std::string path = folder + std::to_string(i);

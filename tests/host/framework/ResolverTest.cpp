@@ -1,5 +1,4 @@
-// Lookups against a resolver of the test's own: it knows one name and does not answer for others.
-
+// Lookups with a replaced getaddrinfo: it knows one name and does not answer for others.
 #include <gtest/gtest.h>
 #include <netdb.h>
 
@@ -16,9 +15,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-// Where a lookup waits until the test is over.
+// The state of the lookups that do not get an answer.
 struct Resolver {
-  std::mutex mutex;  // guards what follows
+  std::mutex mutex;  // guards the members below
   std::condition_variable changed;
   bool answering = false;
   bool ended = false;
@@ -26,25 +25,25 @@ struct Resolver {
 };
 
 Resolver& resolver() {
-  static Resolver& one = *new Resolver;  // the thread that asks may outlive every other object
+  static Resolver& one = *new Resolver;  // lookups may outlive every other object
   return one;
 }
 
-// Its destructor tells that a thread that asked has ended.
-struct End {
-  End() = default;
-  ~End() {
+// Destroyed when the thread of a lookup ends.
+struct ThreadEnd {
+  ThreadEnd() = default;
+  ~ThreadEnd() {
     const std::lock_guard lock(resolver().mutex);
     resolver().ended = true;
     resolver().changed.notify_all();
   }
-  End(const End&) = delete;
-  End& operator=(const End&) = delete;
+  ThreadEnd(const ThreadEnd&) = delete;
+  ThreadEnd& operator=(const ThreadEnd&) = delete;
 };
 
-// What a resolver returns when it hears nothing from its servers.
-int giveUpLate() {
-  thread_local const End end;
+// As a resolver does that gets no answer from its servers.
+int failLate() {
+  thread_local const ThreadEnd end;
   std::unique_lock lock(resolver().mutex);
   ++resolver().asked;
   resolver().changed.wait(lock, [] { return resolver().answering; });
@@ -53,7 +52,7 @@ int giveUpLate() {
 
 }  // namespace
 
-// The linker puts the first in the place of getaddrinfo(), which the second then names.
+// The linker replaces getaddrinfo() by __wrap_getaddrinfo; __real_getaddrinfo is the original.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real_getaddrinfo(const char* name, const char* service, const addrinfo* wanted,
@@ -61,7 +60,7 @@ int __real_getaddrinfo(const char* name, const char* service, const addrinfo* wa
 
 int __wrap_getaddrinfo(const char* name, const char* service, const addrinfo* wanted,
                        addrinfo** found) {
-  if (name != std::string_view("telephone.example")) return giveUpLate();
+  if (name != std::string_view("telephone.example")) return failLate();
   return __real_getaddrinfo("192.0.2.7", service, wanted, found);
 }
 }
@@ -69,14 +68,14 @@ int __wrap_getaddrinfo(const char* name, const char* service, const addrinfo* wa
 
 namespace {
 
-TEST(Resolver, IsAskedForNames) {
+TEST(Resolver, ResolvesNames) {
   host::failedLookups().forgetAll();
   char buffer[46] = "untouched";
   EXPECT_TRUE(NetHelper::dnsLookup("telephone.example", buffer, sizeof buffer, AF_INET));
   EXPECT_STREQ(buffer, "192.0.2.7");
 }
 
-TEST(Resolver, IsWaitedForASecondAndNotAskedAgainSoon) {
+TEST(Resolver, HasASecondToAnswerAndIsNotAskedAgainSoon) {
   host::failedLookups().forgetAll();
   char buffer[46] = "untouched";
   const auto begin = Clock::now();

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(Semaphore, GivesOutItsCounts) {
+TEST(Semaphore, CanBeTakenUpToItsCount) {
   Semaphore semaphore(2, 3);
   EXPECT_TRUE(semaphore.take(-1));
   EXPECT_TRUE(semaphore.take(0));
@@ -35,14 +35,14 @@ TEST(Semaphore, BoundsTheInitialCount) {
   EXPECT_FALSE(empty.take(0));
 }
 
-TEST(Semaphore, GivesUpWhenTheTimeHasRunOut) {
+TEST(Semaphore, TakeTimesOut) {
   Semaphore semaphore(0, 1);
   const auto before = std::chrono::steady_clock::now();
   EXPECT_FALSE(semaphore.take(20));
   EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds{20});
 }
 
-TEST(Semaphore, TakesWhatIsGivenWhileItWaits) {
+TEST(Semaphore, TakeEndsWhenAnotherThreadGives) {
   for (const int timeout : {-1, 60'000}) {
     Semaphore semaphore(0, 1);
     std::thread giver([&] { semaphore.give(); });
@@ -51,7 +51,7 @@ TEST(Semaphore, TakesWhatIsGivenWhileItWaits) {
   }
 }
 
-TEST(Semaphore, KeepsThreadsApart) {
+TEST(Semaphore, LocksOutOtherThreads) {
   Semaphore lock(1, 1);
   int counter = 0;  // not atomic on purpose
   std::vector<std::thread> threads;

@@ -14,10 +14,7 @@
 
 namespace host {
 
-inline constexpr auto kRead = std::ios_base::in | std::ios_base::binary;
-inline constexpr auto kWrite = std::ios_base::out | std::ios_base::binary;
-
-// A folder of the test's own, in which storages put their files.
+// A temporary folder for the files of storages.
 class StorageFolder : public testing::Test {
  protected:
   StorageFolder() { setStorageFolder(m_folder.path()); }
@@ -37,7 +34,7 @@ class StorageFolder : public testing::Test {
     }
     return number;
   }
-  // Each file that was written has another one.
+  // Changes whenever the file is replaced.
   [[nodiscard]] ino_t fileNumber() const {
     struct stat status {};
     EXPECT_EQ(stat((m_folder / "file").c_str(), &status), 0);
@@ -46,11 +43,17 @@ class StorageFolder : public testing::Test {
   static bool store(Storage& storage, std::string text) {
     return storage.store(nullptr, text.data(), static_cast<int>(text.size()));
   }
-  // From opening to shutdown.
+  static bool init(Storage& storage, const char* name = "file") {
+    return storage.init(name, std::ios_base::in | std::ios_base::binary,
+                        std::ios_base::out | std::ios_base::binary);
+  }
+  // Opens the storage and replaces its content, up to the shutdown.
+  static bool prepare(Storage& storage, const std::string& text) {
+    return init(storage) && storage.clear() && store(storage, text);
+  }
   static bool replaceContent(const std::string& text) {
     Storage storage;
-    return storage.init("file", kRead, kWrite) && storage.clear() && store(storage, text) &&
-           storage.shutdown();
+    return prepare(storage, text) && storage.shutdown();
   }
 
   const std::string m_before = storageFolder();

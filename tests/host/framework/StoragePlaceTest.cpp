@@ -1,4 +1,4 @@
-// What was there before a storage, in its file's place and where the file on its way goes.
+// Files that are already there: at a storage's path, and at that of its new file before the rename.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -13,7 +13,7 @@
 namespace host {
 namespace {
 
-TEST_F(StorageFolder, TakesOverWhatAKilledProcessLeft) {
+TEST_F(StorageFolder, ReplacesTheNewFileOfAKilledProcess) {
   std::ofstream(m_folder / ".file.new") << "half of a much longer conten";
   EXPECT_TRUE(replaceContent("new"));
   EXPECT_EQ(content(), "new");
@@ -28,16 +28,16 @@ TEST_F(StorageFolder, DoesNotWriteThroughALink) {
   EXPECT_EQ(content(), "new");
 }
 
-// Opened for writing, it would wait for somebody who reads it.
-TEST_F(StorageFolder, TakesAwayAPipeWhereTheFileOnItsWayGoes) {
+// Opening a pipe would wait for a reader.
+TEST_F(StorageFolder, RemovesAPipeAtTheNewFilesPath) {
   ASSERT_EQ(mkfifo((m_folder / ".file.new").c_str(), 0600), 0);
   EXPECT_TRUE(replaceContent("new"));
   EXPECT_EQ(content(), "new");
   EXPECT_EQ(files(), 1U);
 }
 
-// It is not taken away with what somebody may have put into it.
-TEST_F(StorageFolder, NamesAFolderWhereTheFileOnItsWayGoes) {
+// Somebody may have put files into it.
+TEST_F(StorageFolder, DoesNotRemoveAFolderAtTheNewFilesPath) {
   const support::LogCapture log;
   const std::filesystem::path next = m_folder / ".file.new";
   std::filesystem::create_directories(next / "precious");
@@ -49,15 +49,15 @@ TEST_F(StorageFolder, NamesAFolderWhereTheFileOnItsWayGoes) {
   EXPECT_TRUE(std::filesystem::exists(next / "precious"));
 }
 
-TEST_F(StorageFolder, RefusesWhatIsNoRegularFile) {
+TEST_F(StorageFolder, RefusesOtherThanRegularFiles) {
   const std::string file = m_folder / "file";
-  const std::function<void()> places[] = {
+  const std::function<void()> ways[] = {
       [&] { ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); },
       [&] { std::filesystem::create_symlink("/dev/zero", file); },
       [&] { std::filesystem::create_symlink("/etc/passwd", file); },
       [&] { std::filesystem::create_directory(file); },
   };
-  for (const auto& put : places) {
+  for (const auto& put : ways) {
     const support::LogCapture log;
     put();
     EXPECT_FALSE(replaceContent("new"));
@@ -69,8 +69,8 @@ TEST_F(StorageFolder, RefusesWhatIsNoRegularFile) {
   }
 }
 
-// A sparse one, as large as the system opens: there is no memory for it.
-TEST_F(StorageFolder, ReplacesAFileOfAnySizeWithoutReadingIt) {
+// A sparse file, too large for the memory.
+TEST_F(StorageFolder, ReplacesALargeFileWithoutReadingIt) {
   write("x");
   constexpr std::uintmax_t kMost = std::numeric_limits<off_t>::max();
   rlimit allowed{};
@@ -81,19 +81,19 @@ TEST_F(StorageFolder, ReplacesAFileOfAnySizeWithoutReadingIt) {
   EXPECT_EQ(content(), "new");
 }
 
-TEST_F(StorageFolder, AddsNothingToAFileThatIsTooLarge) {
+TEST_F(StorageFolder, DoesNotAppendToALargeFile) {
   const support::LogCapture log;
   write(std::string(64 * 1024, 'x'));
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   EXPECT_TRUE(store(storage, "y"));
   write(std::string(64 * 1024 + 1, 'x'));
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   EXPECT_FALSE(store(storage, "y"));
   EXPECT_TRUE(log.has("storage \"file\" cannot be read: File too large")) << log.text();
 }
 
-TEST_F(StorageFolder, ClosesAFileThatOthersMayWrite) {
+TEST_F(StorageFolder, MakesAFileWritableForItsOwnerOnly) {
   const support::LogCapture log;
   const std::string file = m_folder / "file";
   write("same");

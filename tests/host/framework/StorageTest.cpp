@@ -15,68 +15,50 @@
 namespace host {
 namespace {
 
-TEST_F(StorageFolder, GetsAFile) {
-  EXPECT_TRUE(replaceContent("new\n"));
-  EXPECT_EQ(content(), "new\n");
-  EXPECT_EQ(files(), 1U) << "nothing else stays";
+TEST_F(StorageFolder, GetsTheStoredBytes) {
+  for (const std::string& bytes :
+       {std::string("a much longer old content"), std::string("\0\n\r\xFF<", 5), std::string()}) {
+    EXPECT_TRUE(replaceContent(bytes));
+    EXPECT_EQ(content(), bytes);
+    EXPECT_EQ(files(), 1U) << "no other file is left";
+  }
 }
 
-TEST_F(StorageFolder, GetsTheNewContentForTheOld) {
-  write("a much longer old content");
-  EXPECT_TRUE(replaceContent("new"));
-  EXPECT_EQ(content(), "new");
-}
-
-TEST_F(StorageFolder, KeepsAnyBytes) {
-  const std::string bytes("\0\n\r\xFF<", 5);
-  EXPECT_TRUE(replaceContent(bytes));
-  EXPECT_EQ(content(), bytes);
-  EXPECT_TRUE(replaceContent(""));
-  EXPECT_EQ(content(), "");
-}
-
-TEST_F(StorageFolder, ShowsTheOldContentUntilShutdown) {
+TEST_F(StorageFolder, KeepsTheOldContentUntilShutdown) {
   write("old");
+  {
+    Storage dropped;
+    ASSERT_TRUE(prepare(dropped, "new"));
+  }
+  EXPECT_EQ(content(), "old");
+  EXPECT_EQ(files(), 1U);
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
-  ASSERT_TRUE(storage.clear());
-  ASSERT_TRUE(store(storage, "new"));
+  ASSERT_TRUE(prepare(storage, "new"));
   EXPECT_EQ(content(), "old");
   EXPECT_TRUE(storage.shutdown());
   EXPECT_EQ(content(), "new");
 }
 
-TEST_F(StorageFolder, KeepsTheOldContentWithoutShutdown) {
-  write("old");
-  {
-    Storage storage;
-    ASSERT_TRUE(storage.init("file", kRead, kWrite));
-    ASSERT_TRUE(storage.clear());
-    ASSERT_TRUE(store(storage, "new"));
-  }
-  EXPECT_EQ(content(), "old");
-  EXPECT_EQ(files(), 1U);
-}
-
-TEST_F(StorageFolder, GetsMoreContentWithoutClear) {
+TEST_F(StorageFolder, AppendsWithoutClear) {
   write("old ");
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   EXPECT_TRUE(store(storage, "and "));
   EXPECT_TRUE(store(storage, "new"));
   EXPECT_TRUE(storage.shutdown());
   EXPECT_EQ(content(), "old and new");
 }
 
-TEST_F(StorageFolder, IsLeftAloneWhenNothingWasChanged) {
+TEST_F(StorageFolder, GetsNoFileWithoutAChangeAndAnEmptyOneAfterClear) {
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   EXPECT_TRUE(storage.shutdown());
   EXPECT_EQ(files(), 0U);
+  ASSERT_TRUE(init(storage) && storage.clear() && storage.shutdown());
+  EXPECT_EQ(files(), 1U);
 }
 
-// Whoever opened the file before goes on reading the old one, whole.
-TEST_F(StorageFolder, IsLeftAloneWhenTheContentIsThereAlready) {
+TEST_F(StorageFolder, DoesNotReplaceAFileWithTheSameContent) {
   ASSERT_TRUE(replaceContent("same"));
   const auto file = fileNumber();
   EXPECT_TRUE(replaceContent("same"));
@@ -85,16 +67,10 @@ TEST_F(StorageFolder, IsLeftAloneWhenTheContentIsThereAlready) {
   EXPECT_NE(fileNumber(), file);
 }
 
-TEST_F(StorageFolder, GetsAnEmptyFileWhereThereIsNone) {
-  Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite) && storage.clear() && storage.shutdown());
-  EXPECT_EQ(files(), 1U);
-}
-
-TEST_F(StorageFolder, GetsTheNewFileInOneStep) {
+TEST_F(StorageFolder, ReplacesTheFileUnderAReader) {
   write("old content");
   std::ifstream reader;
-  reader.rdbuf()->pubsetbuf(nullptr, 0);  // each read asks the file
+  reader.rdbuf()->pubsetbuf(nullptr, 0);  // unbuffered: each read reads the file
   reader.open(m_folder / "file");
   std::string word;
   reader >> word;
@@ -104,7 +80,7 @@ TEST_F(StorageFolder, GetsTheNewFileInOneStep) {
   EXPECT_EQ(word, "content");
 }
 
-TEST_F(StorageFolder, IsReadableForOthers) {
+TEST_F(StorageFolder, MakesTheFileReadableForOthers) {
   EXPECT_TRUE(replaceContent("new"));
   struct stat status {};
   ASSERT_EQ(stat((m_folder / "file").c_str(), &status), 0);
@@ -113,46 +89,38 @@ TEST_F(StorageFolder, IsReadableForOthers) {
   EXPECT_EQ(status.st_mode & 0777U, 0644U & ~mask);
 }
 
-TEST_F(StorageFolder, TakesOnlyNamesWithoutAFolder) {
+TEST_F(StorageFolder, RefusesNamesWithAFolder) {
   for (const char* const name : {"", ".", "..", "/", "a/b", "/etc/passwd", "../file"}) {
     Storage storage;
-    EXPECT_FALSE(storage.init(name, kRead, kWrite)) << name;
+    EXPECT_FALSE(init(storage, name)) << name;
     EXPECT_FALSE(storage.shutdown());
   }
   Storage storage;
-  EXPECT_FALSE(storage.init(nullptr, kRead, kWrite));
+  EXPECT_FALSE(init(storage, nullptr));
 }
 
-TEST_F(StorageFolder, TakesOnlyWhatCanBeAFile) {
-  const support::LogCapture log;
-  std::filesystem::create_directory(m_folder / "file");
-  Storage storage;
-  EXPECT_FALSE(storage.init("file", kRead, kWrite));
-  EXPECT_TRUE(log.hasPart("storage \"file\" cannot be bound")) << log.text();
-}
-
-TEST_F(StorageFolder, MustBeThere) {
+TEST_F(StorageFolder, MustExist) {
   Storage storage;
   host::setStorageFolder(m_folder / "none");
-  EXPECT_FALSE(storage.init("file", kRead, kWrite));
+  EXPECT_FALSE(init(storage));
   host::setStorageFolder("");
-  EXPECT_FALSE(storage.init("file", kRead, kWrite));
+  EXPECT_FALSE(init(storage));
 }
 
-TEST_F(StorageFolder, RefusesAllWithoutInit) {
+TEST_F(StorageFolder, RefusesAllCallsBeforeInit) {
   Storage storage;
   EXPECT_FALSE(storage.clear());
   EXPECT_FALSE(store(storage, "x"));
   EXPECT_FALSE(storage.shutdown());
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   EXPECT_TRUE(storage.shutdown());
   EXPECT_FALSE(store(storage, "x")) << "unbound again";
   EXPECT_FALSE(storage.shutdown());
 }
 
-TEST_F(StorageFolder, RefusesWhatCannotBeStored) {
+TEST_F(StorageFolder, RefusesInvalidData) {
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   char byte = 'x';
   EXPECT_FALSE(storage.store(nullptr, &byte, -1));
   EXPECT_FALSE(storage.store(nullptr, nullptr, 1));
@@ -160,32 +128,30 @@ TEST_F(StorageFolder, RefusesWhatCannotBeStored) {
   EXPECT_TRUE(storage.store(nullptr, nullptr, 0));
 }
 
-TEST_F(StorageFolder, KeepsTheOldContentWhenTheFolderIsGone) {
+TEST_F(StorageFolder, ReportsAFolderThatWasRemoved) {
   const support::LogCapture log;
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   ASSERT_TRUE(store(storage, "new"));
   std::filesystem::remove_all(m_folder.path());
   EXPECT_FALSE(storage.shutdown());
   EXPECT_TRUE(log.hasPart("storage \"file\" cannot be written")) << log.text();
 }
 
-TEST_F(StorageFolder, KeepsTheOldContentWhenThePlaceIsTaken) {
+TEST_F(StorageFolder, LeavesNoFileWhenItCannotBeRenamed) {
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
+  ASSERT_TRUE(init(storage));
   ASSERT_TRUE(store(storage, "new"));
   std::filesystem::create_directories(m_folder.path() / "file" / "in it");
   EXPECT_FALSE(storage.shutdown());
-  EXPECT_EQ(files(), 1U) << "the file on its way is gone again";
+  EXPECT_EQ(files(), 1U) << "the new file is removed";
 }
 
-// The write itself fails, half way, as on a full disk.
+// The write fails half way.
 TEST_F(StorageFolder, KeepsTheOldContentWhenTheDiskIsFull) {
   write("old");
   Storage storage;
-  ASSERT_TRUE(storage.init("file", kRead, kWrite));
-  ASSERT_TRUE(storage.clear());
-  ASSERT_TRUE(store(storage, std::string(100'000, 'x')));
+  ASSERT_TRUE(prepare(storage, std::string(100'000, 'x')));
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
   const rlimit small{4096, before.rlim_max};
@@ -199,7 +165,7 @@ TEST_F(StorageFolder, KeepsTheOldContentWhenTheDiskIsFull) {
   EXPECT_EQ(files(), 1U);
 }
 
-TEST_F(StorageFolder, StaysWholeUnderManyWriters) {
+TEST_F(StorageFolder, HasOneWholeContentAfterManyWriters) {
   const auto writeOften = [](char fill) {
     for (int i = 0; i < 25; ++i) EXPECT_TRUE(replaceContent(std::string(5000, fill)));
   };
@@ -212,20 +178,21 @@ TEST_F(StorageFolder, StaysWholeUnderManyWriters) {
   EXPECT_EQ(files(), 1U);
 }
 
-TEST_F(StorageFolder, LosesAFileThatIsDeleted) {
+TEST_F(StorageFolder, DeletesFilesAndEmptyFolders) {
   write("text");
   EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "file"));
   EXPECT_EQ(files(), 0U);
-  EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "file")) << "it is not there";
+  EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "file")) << "already gone";
   std::filesystem::create_directories(m_folder / "folder/more");
-  EXPECT_FALSE(Storage::deleteFile_noEx(m_folder / "folder")) << "it is not empty";
+  EXPECT_FALSE(Storage::deleteFile_noEx(m_folder / "folder")) << "not empty";
   EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "folder/more"));
   EXPECT_TRUE(Storage::deleteFile_noEx(m_folder / "folder"));
   write("text");
-  EXPECT_FALSE(Storage::deleteFile_noEx(m_folder.path() / "file" / "below")) << "nor is this one";
+  EXPECT_FALSE(Storage::deleteFile_noEx(m_folder.path() / "file" / "below"))
+      << "a file is not a folder";
 }
 
-TEST_F(StorageFolder, KeepsAFileWhoseNameTakesMemoryThatThereIsNot) {
+TEST_F(StorageFolder, DoesNotDeleteAFileWithoutMemoryForItsPath) {
   write("text");
   const std::string path = m_folder / "file";
   bool deleted = true;
@@ -237,7 +204,7 @@ TEST_F(StorageFolder, KeepsAFileWhoseNameTakesMemoryThatThereIsNot) {
   EXPECT_EQ(content(), "text");
 }
 
-TEST_F(StorageFolder, DeletesDeviceFilesBelowTheRoot) {
+TEST_F(StorageFolder, DeletesDeviceFilesBelowTheDeviceRoot) {
   std::filesystem::create_directory(m_folder / "data");
   std::ofstream(m_folder.path() / "data" / "once.txt") << "x";
   host::setDeviceRoot(m_folder.path());

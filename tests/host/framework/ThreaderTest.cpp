@@ -16,7 +16,7 @@
 
 namespace {
 
-// A thread body of the test's choice.
+// A thread body that calls a function.
 class Body final : public Threadable {
  public:
   explicit Body(std::function<void()> work) : m_work(std::move(work)) {}
@@ -28,23 +28,27 @@ class Body final : public Threadable {
 
 constexpr VotkThreadPriority kNormal = votkThreadPriorityNormal;
 
-TEST(Threadable, HasDefaults) {
-  Body body([] {});
-  EXPECT_EQ(body.getThreadPriorityForPlatform(), 0);
-  EXPECT_EQ(body.type(), "Threadable");
+unsigned long spawned(Body& body) {
+  unsigned long id = 0;
+  EXPECT_TRUE(Threader().spawn(&id, &body, "worker", kNormal, 0));
+  return id;
 }
 
-TEST(Threader, RunsTheBodyOnAThreadOfItsOwn) {
-  std::thread::id other;
-  Body body([&] { other = std::this_thread::get_id(); });
+// Runs `work` on a thread of that name and stack, to its end.
+void runThread(std::function<void()> work, const char* name = "worker", int stackBytes = 0) {
+  Body body(std::move(work));
   Threader threader;
   unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
+  ASSERT_TRUE(threader.spawn(&id, &body, name, kNormal, stackBytes));
   threader.waitForThreadCompletion(id);
-  EXPECT_NE(id, 0U);
+  threader.destroy(id);
+}
+
+TEST(Threader, RunsTheBodyOnANewThread) {
+  std::thread::id other;
+  runThread([&] { other = std::this_thread::get_id(); });
   EXPECT_NE(other, std::thread::id());
   EXPECT_NE(other, std::this_thread::get_id());
-  threader.destroy(id);
 }
 
 TEST(Threader, StoresTheIdBeforeTheBodyRuns) {
@@ -53,53 +57,40 @@ TEST(Threader, StoresTheIdBeforeTheBodyRuns) {
   Body body([&] { seen = id; });
   Threader threader;
   ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
-  threader.waitForThreadCompletion(id);
-  EXPECT_EQ(seen, id);
   threader.destroy(id);
+  EXPECT_NE(id, 0U);
+  EXPECT_EQ(seen, id);
 }
 
 TEST(Threader, LeavesSignalsToTheMainThread) {
   sigset_t blocked;
   sigemptyset(&blocked);
-  Body body([&] { pthread_sigmask(SIG_BLOCK, nullptr, &blocked); });
-  Threader threader;
-  unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
-  threader.destroy(id);
+  runThread([&] { pthread_sigmask(SIG_BLOCK, nullptr, &blocked); });
   for (const int signal : {SIGTERM, SIGINT, SIGPIPE}) EXPECT_EQ(sigismember(&blocked, signal), 1);
 }
 
-TEST(Threader, NamesTheThreadWithinTheKernelsBound) {
+TEST(Threader, ClipsTheNameToTheKernelsLimit) {
   const std::pair<const char*, const char*> rows[] = {
       {"short", "short"}, {"SNTP Recognition Thread", "SNTP Recognitio"}, {"", ""}, {nullptr, ""}};
   for (const auto& [given, expected] : rows) {
     char name[32] = "?";
-    Body body([&] { pthread_getname_np(pthread_self(), name, sizeof name); });
-    Threader threader;
-    unsigned long id = 0;
-    ASSERT_TRUE(threader.spawn(&id, &body, given, kNormal, 0));
-    threader.waitForThreadCompletion(id);
+    runThread([&] { pthread_getname_np(pthread_self(), name, sizeof name); }, given);
     EXPECT_STREQ(name, expected);
-    threader.destroy(id);
   }
 }
 
-TEST(Threader, GivesTheStackThatIsAskedFor) {
+TEST(Threader, SetsTheStackSize) {
   constexpr int kStack = 1 << 20;
   std::size_t size = 0;
-  Body body([&] {
+  const auto readSize = [&] {
     pthread_attr_t attributes;
     pthread_getattr_np(pthread_self(), &attributes);
     pthread_attr_getstacksize(&attributes, &size);
     pthread_attr_destroy(&attributes);
-  });
-  Threader threader;
-  unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "stack", kNormal, kStack));
-  threader.waitForThreadCompletion(id);
+  };
+  runThread(readSize, "stack", kStack);
   EXPECT_GE(size, std::size_t{kStack});
   EXPECT_LT(size, std::size_t{2 * kStack});
-  threader.destroy(id);
 }
 
 TEST(Threader, RefusesWhatCannotBeStarted) {
@@ -109,7 +100,7 @@ TEST(Threader, RefusesWhatCannotBeStarted) {
   EXPECT_FALSE(threader.spawn(nullptr, &body, "x", kNormal, 0));
   EXPECT_FALSE(threader.spawn(&id, nullptr, "x", kNormal, 0));
   EXPECT_FALSE(threader.spawn(&id, &body, "x", kNormal, -1));
-  EXPECT_FALSE(threader.spawn(&id, &body, "x", kNormal, 1)) << "no thread lives on one byte";
+  EXPECT_FALSE(threader.spawn(&id, &body, "x", kNormal, 1)) << "one byte is too small a stack";
   EXPECT_EQ(id, 77U);
 }
 
@@ -121,8 +112,7 @@ TEST(Threader, WaitsForTheBodyToReturn) {
     returned = true;
   });
   Threader threader;
-  unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
+  const unsigned long id = spawned(body);
   std::thread another([&] {
     threader.waitForThreadCompletion(id);
     EXPECT_TRUE(returned);
@@ -135,26 +125,23 @@ TEST(Threader, WaitsForTheBodyToReturn) {
   threader.destroy(id);
 }
 
-TEST(Threader, DestroysAThreadThatStillRunsByWaiting) {
+TEST(Threader, DestroysARunningThreadAfterItsEnd) {
   std::promise<void> go;
   bool returned = false;
   Body body([&] {
     go.get_future().wait();
     returned = true;
   });
-  Threader threader;
-  unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
+  const unsigned long id = spawned(body);
   go.set_value();
-  threader.destroy(id);
+  Threader().destroy(id);
   EXPECT_TRUE(returned);
 }
 
 TEST(Threader, ReturnsAtOnceForUnknownIds) {
   Body body([] {});
   Threader threader;
-  unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
+  const unsigned long id = spawned(body);
   threader.destroy(id);
   for (const unsigned long unknown : {0UL, id, id + 1000}) {
     threader.waitForThreadCompletion(unknown);
@@ -175,27 +162,20 @@ TEST(Threader, DoesNotLetAThreadWaitForItself) {
   EXPECT_EQ(done.get_future().wait_for(std::chrono::seconds{20}), std::future_status::ready);
 }
 
-TEST(Threader, SurvivesABodyThatThrows) {
+TEST(Threader, LogsABodysException) {
   const support::LogCapture log;
-  Body body([] { throw std::runtime_error("on purpose"); });
-  Threader threader;
-  unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
-  threader.waitForThreadCompletion(id);
-  threader.destroy(id);
+  runThread([] { throw std::runtime_error("on purpose"); });
   EXPECT_TRUE(log.has(2, "thread \"worker\" ended by an exception: on purpose")) << log.text();
 }
 
 TEST(Threader, NeverUsesAnIdTwice) {
   Body body([] {});
-  Threader threader;
   unsigned long last = 0;
   for (int i = 0; i < 100; ++i) {
-    unsigned long id = 0;
-    ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
+    const unsigned long id = spawned(body);
     EXPECT_GT(id, last);
     last = id;
-    threader.destroy(id);
+    Threader().destroy(id);
   }
 }
 

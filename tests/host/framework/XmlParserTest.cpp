@@ -12,7 +12,7 @@
 
 namespace {
 
-// Writes down what it is told: <name key=value> "text" </name>.
+// Records the callbacks as text: <name key=value> "text" </name>.
 struct Notes {
   std::string text;
   bool throwing = false;
@@ -46,40 +46,40 @@ class Parser : public testing::Test {
   XmlParser m_parser{&m_notes, &Notes::start, &Notes::end, &Notes::characters};
 };
 
-TEST_F(Parser, TellsElementsAndTheirTexts) {
+TEST_F(Parser, ReportsElementsAndTheirTexts) {
   EXPECT_TRUE(parse("<a><b>one</b><c k='v' l=\"w\">two</c></a>"));
   EXPECT_EQ(m_notes.text, "<a><b>\"one\"</b><c k=v l=w>\"two\"</c></a>");
 }
 
-TEST_F(Parser, TellsNoTextThatIsEmpty) {
+TEST_F(Parser, DoesNotReportEmptyTexts) {
   EXPECT_TRUE(parse("<a><b></b><c/></a>"));
   EXPECT_EQ(m_notes.text, "<a><b></b><c></c></a>");
 }
 
-TEST_F(Parser, HandsATextOverInOnePiece) {
+TEST_F(Parser, ReportsATextInOnePiece) {
   EXPECT_TRUE(parse("<a>&lt;x&gt; &amp; y\nz&#13;&#x41;<![CDATA[<&>]]>caf\xC3\xA9</a>"));
   EXPECT_EQ(m_notes.text, "<a>\"<x> & y\nz\rA<&>caf\xC3\xA9\"</a>");
 }
 
-TEST_F(Parser, HandsALongTextOverInOnePiece) {
-  const std::string longText(300'000, 'x');
-  EXPECT_TRUE(parse("<a>" + longText + "</a>"));
-  EXPECT_EQ(m_notes.text, "<a>\"" + longText + "\"</a>");
+TEST_F(Parser, ReportsALongTextInOnePiece) {
+  const std::string text(300'000, 'x');
+  EXPECT_TRUE(parse("<a>" + text + "</a>"));
+  EXPECT_EQ(m_notes.text, "<a>\"" + text + "\"</a>");
 }
 
-TEST_F(Parser, GivesEachElementItsOwnTextJustBeforeItsEnd) {
+TEST_F(Parser, ReportsAnElementsTextJustBeforeItsEnd) {
   EXPECT_TRUE(parse("<a>1<b>2</b>3<!-- no --><?no text?>4</a>"));
   EXPECT_EQ(m_notes.text, "<a><b>\"2\"</b>\"134\"</a>");
 }
 
-TEST_F(Parser, TakesAnotherDocument) {
+TEST_F(Parser, ParsesAnotherDocument) {
   EXPECT_FALSE(parse("<a>"));
   EXPECT_TRUE(parse("<a>1</a>"));
   EXPECT_TRUE(parse("<b>2</b>"));
   EXPECT_EQ(m_notes.text, "<b>\"2\"</b>");
 }
 
-TEST_F(Parser, KnowsWhatIsNotWellFormed) {
+TEST_F(Parser, RefusesWhatIsNotWellFormed) {
   for (const std::string& document :
        {std::string(), std::string(" "), std::string("text"), std::string("<a>"),
         std::string("</a>"), std::string("<a></b>"), std::string("<a/><b/>"),
@@ -91,19 +91,19 @@ TEST_F(Parser, KnowsWhatIsNotWellFormed) {
   }
 }
 
-TEST_F(Parser, HasToldThePartBeforeTheError) {
+TEST_F(Parser, ReportsThePartBeforeTheError) {
   EXPECT_FALSE(parse("<a><b>1</b><c>2</a>"));
   EXPECT_EQ(m_notes.text, "<a><b>\"1\"</b><c>");
 }
 
-TEST_F(Parser, RefusesNoDocument) {
+TEST_F(Parser, RefusesAMissingDocument) {
   EXPECT_FALSE(m_parser.parseMessage(nullptr, 5));
   EXPECT_FALSE(m_parser.parseMessage("<a/>", -1));
   EXPECT_FALSE(m_parser.parseMessage("<a/>", 0));
   EXPECT_FALSE(m_parser.parseMessage("<a/>", 3)) << "the length counts, not a terminator";
 }
 
-TEST_F(Parser, RefusesDeclarationsAndSoEntitiesThatGrow) {
+TEST_F(Parser, RefusesDeclarationsOfEntities) {
   EXPECT_FALSE(parse("<!DOCTYPE a><a/>"));
   EXPECT_EQ(m_notes.text, "");
   EXPECT_FALSE(parse("<!DOCTYPE a [<!ENTITY x \"xx\"><!ENTITY y \"&x;&x;\">]><a>&y;</a>"));
@@ -111,7 +111,7 @@ TEST_F(Parser, RefusesDeclarationsAndSoEntitiesThatGrow) {
   EXPECT_EQ(m_notes.text, "");
 }
 
-TEST_F(Parser, GoesAsDeepAsTheDocument) {
+TEST_F(Parser, ParsesDeeplyNestedElements) {
   constexpr int kDepth = 20'000;
   std::string document;
   for (int i = 0; i < kDepth; ++i) document += "<a>";
@@ -120,48 +120,35 @@ TEST_F(Parser, GoesAsDeepAsTheDocument) {
   EXPECT_TRUE(parse(document));
 }
 
-TEST_F(Parser, PassesOnWhatACallbackThrows) {
+TEST_F(Parser, PassesOnACallbacksException) {
   m_notes.throwing = true;
   EXPECT_THROW(static_cast<void>(parse("<a>1</a>")), std::runtime_error);
   m_notes.throwing = false;
   EXPECT_TRUE(parse("<a>1</a>"));
 }
 
-TEST(XmlParser, DoesWithoutCallbacks) {
+TEST(XmlParser, WorksWithoutCallbacks) {
   XmlParser parser(nullptr, nullptr, nullptr, nullptr);
   EXPECT_TRUE(parser.parseMessage("<a>1</a>", 8));
 }
 
-// From the settings store and back, whatever the value.
-TEST(XmlParser, GivesBackEveryValueThatTheSettingsAccept) {
+const std::string kValues[] = {
+    // white space
+    " a b ", "\r", "\n", "\r\n", "\t",
+    // markup
+    "&", "<", ">", "]]>", "<![CDATA[x]]>", "&amp;", "&#13;", "</Key>", "\"'",
+    // other characters
+    "plain", "\x7F", "caf\xC3\xA9", "\xC2\x85", "\xE2\x80\xA8", "\xEE\x80\x80", "\xEF\xBF\xBD",
+    "\xF4\x8F\xBF\xBF"};
+
+TEST(XmlParser, RestoresEveryValueThatTheSettingsAccept) {
   host::VirtualClock clock;
   host::HostContext context(clock);
   host::MemoryDataAccess access;
   context.add("DataAccessServiceIfc", &access);
   DataStorage storage(context, "Schema");
   ASSERT_TRUE(storage.findDataAccessService());
-  for (const std::string value : {"plain",
-                                  " a b ",
-                                  "&",
-                                  "<",
-                                  ">",
-                                  "]]>",
-                                  "<![CDATA[x]]>",
-                                  "&amp;",
-                                  "&#13;",
-                                  "\r",
-                                  "\n",
-                                  "\r\n",
-                                  "\t",
-                                  "\"'",
-                                  "caf\xC3\xA9",
-                                  "\xF4\x8F\xBF\xBF",
-                                  "\xEF\xBF\xBD",
-                                  "\xEE\x80\x80",
-                                  "\x7F",
-                                  "\xC2\x85",
-                                  "\xE2\x80\xA8",
-                                  "</Key>"}) {
+  for (const std::string& value : kValues) {
     ASSERT_TRUE(storage.setDataItem("Key", value)) << value;
     ASSERT_TRUE(storage.setDataItem("Other", "2"));
     Notes notes;
