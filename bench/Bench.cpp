@@ -24,7 +24,7 @@ struct Options {
   }
 };
 
-// Empty for a right one. CLI::Range lets through what is not a number.
+// What is wrong, or an empty text. CLI::Range accepts words that are not numbers.
 std::string wrongFactor(const std::string& word) {
   double factor = 0;
   const bool right = CLI::detail::lexical_cast(word, factor) && factor >= 1 && factor <= 100;
@@ -68,8 +68,9 @@ int run(int argc, const char* const* argv, std::span<const Figure> figures,
         const std::filesystem::path& json, std::ostream& table) {
   Options options;
   options.json = json.string();
-  CLI::App app("Measures the clock, and holds each figure to its bound.", "bench");
-  app.add_option("--factor", options.factor, "How much wider the bounds of times are; 1 to 100")
+  CLI::App app("Measures the clock, and compares each figure with its bound.", "bench");
+  app.add_option("--factor", options.factor,
+                 "Multiplies the bounds of times by this number, 1 to 100")
       ->check(wrongFactor);
   app.add_option("--json", options.json, "Where to write the table as JSON")->type_name("FILE");
   app.add_option("--only", options.only, "Figures to measure, by name")

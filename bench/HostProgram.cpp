@@ -15,7 +15,7 @@ Words joined(Words words, const Words& more) {
   return words;
 }
 
-// Without the socket of an earlier program.
+// Removes the socket of an earlier program.
 std::filesystem::path freshSocket(const support::TemporaryFolder& folder, const std::string& name) {
   std::filesystem::remove(folder / name);
   return folder / name;

@@ -108,7 +108,7 @@ void Report::addFailure(const Figure& figure, const std::string& why) {
 std::string Report::json() const {
   const nlohmann::ordered_json whole = {
       {"factor", m_factor}, {"figures", m_figures}, {"ok", m_allHold}};
-  // A failure's text may hold bytes that are not UTF-8.
+  // The text of a failure may contain bytes that are not UTF-8.
   constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
   return whole.dump(2, ' ', false, kReplace) + '\n';
 }

@@ -8,7 +8,7 @@
 
 namespace bench {
 
-// Prints each figure with its bound and verdict as it comes, and keeps them for the JSON.
+// Prints each figure with its bound and verdict as soon as it is added, and keeps it for the JSON.
 class Report {
  public:
   // factor: how much wider bounds are. table: outlives this.

@@ -13,7 +13,7 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t kSetsInARow = 10;  // few: a disk is now fast, now slow
+constexpr std::size_t kSetsInARow = 10;  // few, because a disk's speed varies
 
 struct Close {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
@@ -79,7 +79,7 @@ Found measureSet() {
   const Line line(host.controlSocket());
   BareStore bare(disk / "bare.db");
   int written = 0;
-  int set = 0;  // each sets another value than the one before
+  int set = 0;  // so that each set changes the value
   return alternately(
       kSetsInARow, [&] { return waitOfSet(line, std::to_string(++set % 3)); },
       [&] {

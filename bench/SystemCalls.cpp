@@ -32,12 +32,12 @@ void SystemCalls::seizeThreads(pid_t process) {
     if (ptrace(PTRACE_SEIZE, thread, 0, kOptions) != 0 ||
         ptrace(PTRACE_INTERRUPT, thread, 0, 0) != 0) {
       throw std::runtime_error(std::string("system calls cannot be traced: ") +
-                               std::strerror(errno) + "; this takes the right to ptrace");
+                               std::strerror(errno) + "; run it where ptrace is allowed");
     }
   }
 }
 
-// The end of the tracer detaches it from all threads, which then go on.
+// When the tracer thread ends, the kernel detaches it, and the traced threads continue.
 void SystemCalls::trace(const std::stop_token& stop, pid_t process) {
   try {
     seizeThreads(process);
@@ -55,10 +55,10 @@ void SystemCalls::trace(const std::stop_token& stop, pid_t process) {
 // Passes on a signal that is for the thread itself.
 void SystemCalls::resume(pid_t thread, int status) {
   if (!WIFSTOPPED(status)) return;
-  const bool ofCall = WSTOPSIG(status) == kCallStop;
-  const bool ofTracing = ofCall || status >> 16 != 0;
-  if (ofCall) count(thread);
-  ptrace(PTRACE_SYSCALL, thread, 0, ofTracing ? 0 : WSTOPSIG(status));
+  const bool isCallStop = WSTOPSIG(status) == kCallStop;
+  const bool isTracingStop = isCallStop || status >> 16 != 0;
+  if (isCallStop) count(thread);
+  ptrace(PTRACE_SYSCALL, thread, 0, isTracingStop ? 0 : WSTOPSIG(status));
 }
 
 // A thread stops when a call begins and when it ends.

@@ -36,7 +36,7 @@ class Telephone {
     host::CodecTable codecs;
   };
 
-  // A management value, set and applied as the management layer does it. Throws when refused.
+  // Sets a management value and lets the service apply it. Throws when it is refused.
   void set(const std::string& key, const std::string& value);
 
   const support::TemporaryFolder m_folder;
@@ -48,7 +48,7 @@ class Telephone {
   ClockServiceIfc* m_service = nullptr;
 };
 
-// While it lives, this process's time calls read the machine's clock, as those of a telephone do.
+// While it exists, this process's time calls read the machine's clock, as on a telephone.
 class MachineClock {
  public:
   MachineClock() : m_before(host::processClock()) { host::setProcessClock(nullptr); }

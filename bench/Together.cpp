@@ -17,8 +17,8 @@
 namespace bench {
 namespace {
 
-// In the new process, which ends here: only the first one goes on measuring.
-[[noreturn]] void live(int gate, const std::function<void()>& work) {
+// Runs in the new process, and ends it: only the original process continues to measure.
+[[noreturn]] void workAndExit(int gate, const std::function<void()>& work) {
   try {
     char byte = 0;
     if (::read(gate, &byte, 1) != 0) _exit(1);
@@ -52,7 +52,7 @@ double secondsTogether(std::size_t count, const std::function<void(std::size_t)>
     if (process < 0) throw std::system_error(errno, std::generic_category(), "fork");
     if (process == 0) {
       gate.reset();
-      live(closed.get(), [&] { work(i); });
+      workAndExit(closed.get(), [&] { work(i); });
     }
     processes.push_back(process);
   }

@@ -5,9 +5,9 @@
 
 namespace bench {
 
-// Seconds until `count` processes have done work(0) to work(count - 1), from when they exist. Each
-// is a fork of this one. Throws std::system_error: a process could not be started;
-// std::runtime_error: the work of one has thrown.
+// Forks this process `count` times, lets the new processes run work(0) to work(count - 1) at once,
+// and returns the seconds until the last one is done. Throws std::system_error when a process
+// cannot be started, and std::runtime_error when the work of one throws.
 [[nodiscard]] double secondsTogether(std::size_t count,
                                      const std::function<void(std::size_t)>& work);
 

@@ -10,8 +10,8 @@ class ClockServiceDataHandler;
 class DSTZoneRules;
 class LocalMgmtIfc;
 
-// The sixteen management keys: what each gives and takes, as one table. A key without a row does
-// not exist.
+// The sixteen management keys, as one table: how each is read and set. A key without a row does not
+// exist.
 // Owner: the service makes one for each call. Thread: under the service's management lock, except
 // for resetFormats, whose sets take that lock.
 class ManagedKeys {
@@ -55,8 +55,8 @@ class ManagedKeys {
   // Throws std::out_of_range when the text is too short for the positions that its key reads.
   [[nodiscard]] std::optional<bool> set(const std::string& key, const std::string& value) const;
 
-  // Puts date and time format back to the device's defaults, where the user may change them.
-  // True when the last one that was put back could be reported.
+  // Resets date and time format to the device's defaults, if they are the user's data. True when
+  // the last one that was reset could be reported.
   [[nodiscard]] bool resetFormats() const;
 
   // Loads date and time format from the store again and reports each one that changed.

@@ -16,7 +16,7 @@ simulation::Device& simulation::device() {
   return parts;
 }
 
-// Programs are only written down, with the TZ that they would get.
+// Programs are not started, only recorded, with the TZ that they would get.
 struct Process::Impl {
   std::string line;
   bool running = false;
@@ -34,7 +34,7 @@ std::string lineOf(int options, char* const* arguments, char* const* environment
   return line + "under " + zone + (usual ? "" : " with options " + std::to_string(options));
 }
 
-std::thread& thread() {  // the telephone has one
+std::thread& thread() {  // the service starts only one
   static std::thread one;
   return one;
 }
@@ -90,7 +90,7 @@ int rand() noexcept {
   return simulation::device().random.next();
 }
 
-// A simulated power cut is no power cut of this machine.
+// Costs time and is not needed: a simulated power cut leaves this machine's page cache alone.
 int fsync(int) {
   return 0;
 }

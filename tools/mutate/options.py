@@ -1,5 +1,5 @@
-"""The words of ./dev mutate: options.py TREE [WORD]... refuses wrong ones before anything is built,
-and prints what is to be built for the right ones."""
+"""The arguments of ./dev mutate. options.py TREE [ARGUMENT]... checks them before anything is built,
+and prints the targets to build for them."""
 
 import argparse
 import os
@@ -20,8 +20,8 @@ class Parser(argparse.ArgumentParser):
 def options(tree, words):
     parser = Parser(add_help=False, allow_abbrev=False)
     parser.add_argument("--seed", type=at_least(0), default=1)  # which sample
-    parser.add_argument("--count", type=at_least(0), default=200)  # that compile; 0 is all there are
-    parser.add_argument("--jobs", type=at_least(1), default=processors())  # at a time
+    parser.add_argument("--count", type=at_least(0), default=200)  # mutants that compile; 0: all
+    parser.add_argument("--jobs", type=at_least(1), default=processors())  # in parallel
     parser.add_argument("places", nargs="*", default=PLUGIN)
     chosen = parser.parse_args(words)
     sources = all_files(tree)
@@ -29,7 +29,7 @@ def options(tree, words):
     for place in chosen.places:
         files = [path for path in sources if f"{path}/".startswith(f"{place.rstrip('/')}/")]
         if not files:
-            parser.error(f'"{place}" is no source or folder of {", ".join(BODIES)}')
+            parser.error(f'"{place}" is not a source or folder in {", ".join(BODIES)}')
         chosen.files += files
     chosen.files = list(dict.fromkeys(chosen.files))
     return chosen
@@ -39,13 +39,13 @@ def at_least(least):
     def number(word):
         if re.fullmatch(r"[0-9]{1,9}", word) and int(word) >= least:
             return int(word)
-        raise argparse.ArgumentTypeError(f'"{word}" is no whole number, {least} or more')
+        raise argparse.ArgumentTypeError(f'"{word}" is not a whole number of at least {least}')
 
     return number
 
 
 def processors():
-    """How many this process may use."""
+    """The number of processors that this process may use."""
     return len(os.sched_getaffinity(0))
 
 
