@@ -5,7 +5,7 @@
 
 namespace host::ntp {
 
-// How long to wait before the next try: twice as long each time, up to a bound.
+// How long to wait before the next attempt: twice as long each time, up to a limit.
 // Owner: the client. Thread: one.
 class Backoff {
  public:
@@ -21,7 +21,7 @@ class Backoff {
     return now;
   }
 
-  // The server wants fewer requests: from now on the shortest wait is longer, too.
+  // The server asks for fewer requests: the shortest wait grows for good, too.
   void slowDown() {
     m_first = std::min(m_first * 4, std::max(m_first, kMost));
     m_next = std::max(m_next, m_first);

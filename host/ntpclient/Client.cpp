@@ -13,11 +13,11 @@ using Clock = std::chrono::steady_clock;
 }  // namespace
 
 Client::Client(Assignment assignment, Environment environment, const ParentWatch& watch,
-               ClockSetter& clock)
+               SetClock setClock)
     : m_assignment(std::move(assignment)),
       m_environment(std::move(environment)),
       m_watch(watch),
-      m_clock(clock),
+      m_setClock(std::move(setClock)),
       m_backoff(m_environment.firstRetry) {}
 
 int Client::run() {
@@ -39,7 +39,7 @@ Client::Next Client::round() {
 }
 
 Client::Next Client::oneTry() {
-  tellSteps("asking");
+  traceStep("asking");
   const auto refused = [this](Verdict verdict) {
     complain(std::string("answer ignored: ") + textOf(verdict));
   };
@@ -59,19 +59,19 @@ Client::Next Client::follow(const Outcome& outcome) try {
       m_backoff.slowDown();
       return Next::tryAgain;
     case Outcome::Kind::nothing:
-      tellSteps("no answer");
+      traceStep("no answer");
       return Next::tryAgain;
     case Outcome::Kind::time:
       break;
   }
   m_backoff.reset();
   const auto now = outcome.time + (Clock::now() - outcome.at);
-  m_clock.set(now);
-  tellSteps("clock set");
+  m_setClock(now);
+  traceStep("clock set");
   return report(static_cast<std::uint32_t>(std::chrono::floor<std::chrono::seconds>(now).count()));
 } catch (const ChannelClosed& error) {
   complain(error.what());
-  return Next::endFailed;  // nobody is left to set a clock for
+  return Next::endFailed;
 } catch (const Error& error) {
   complain(error.what());
   return Next::tryAgain;
@@ -82,13 +82,13 @@ Client::Next Client::report(std::uint32_t seconds) {
     case ReportResult::parentGone:
       return Next::end;
     case ReportResult::noListener:
-      complain(std::string("nobody listens at ") + m_environment.pipe);
+      complain(std::string("nobody reads ") + m_environment.pipe);
       break;
     case ReportResult::noPipe:
-      complain(std::string(m_environment.pipe) + " is no pipe");
+      complain(std::string(m_environment.pipe) + " is not a named pipe");
       break;
     case ReportResult::delivered:
-      tellSteps("reported");
+      traceStep("reported");
       break;
   }
   return Next::nextRound;
@@ -98,7 +98,7 @@ bool Client::pause(std::chrono::milliseconds time) const {
   return m_watch.wait(Clock::now() + time) != ParentWatch::Event::parentGone;
 }
 
-void Client::tellSteps(const char* what) const {
+void Client::traceStep(const char* what) const {
   if (m_assignment.verbose) m_lines.step(what);
 }
 

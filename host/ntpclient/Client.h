@@ -4,15 +4,15 @@
 #include <string>
 
 #include "ntpclient/Backoff.h"
-#include "ntpclient/ClockSetter.h"
 #include "ntpclient/CommandLine.h"
 #include "ntpclient/ErrorLines.h"
 #include "ntpclient/Exchange.h"
+#include "ntpclient/HostClock.h"
 #include "ntpclient/PipeReport.h"
 
 namespace host::ntp {
 
-// What the client needs besides its assignment.
+// What the command line does not tell the client.
 struct Environment {
   std::string port = "123";
   const char* pipe = kReportPipe;  // outlives the client
@@ -21,17 +21,17 @@ struct Environment {
   std::chrono::milliseconds reportLimit{5000};
 };
 
-// Asks a time server round after round, sets the clock by each good answer, and reports it to the
-// service. Tells what went wrong on standard error, once an hour each; a silent server is not worth
-// a line. Owner: main. Thread: one. Failure: the next try is later; see run().
+// Asks a time server once an hour, sets the clock by each good answer, and reports that to the
+// service. Writes each kind of failure to standard error once an hour; a silent server is not
+// reported. Owner: main. Thread: one. Failure: tries again later; see run().
 class Client {
  public:
-  // watch and clock outlive the client.
+  // watch outlives the client.
   Client(Assignment assignment, Environment environment, const ParentWatch& watch,
-         ClockSetter& clock);
+         SetClock setClock);
 
-  // Returns the program's exit status: 0 when all rounds are done or the parent is gone, 1 when the
-  // server denies its service or there is no host whose clock could be set.
+  // Returns the program's exit status: 0 after the last round or when the parent is gone, 1 when
+  // the server denies service or the host has closed the channel to its clock.
   [[nodiscard]] int run();
 
  private:
@@ -42,13 +42,13 @@ class Client {
   [[nodiscard]] Next follow(const Outcome& outcome);
   [[nodiscard]] Next report(std::uint32_t seconds);
   [[nodiscard]] bool pause(std::chrono::milliseconds time) const;
-  void tellSteps(const char* what) const;
+  void traceStep(const char* what) const;
   void complain(const std::string& what);
 
   const Assignment m_assignment;
   const Environment m_environment;
   const ParentWatch& m_watch;
-  ClockSetter& m_clock;
+  const SetClock m_setClock;
   Backoff m_backoff;
   ErrorLines m_lines;
 };

@@ -12,7 +12,7 @@ namespace {
 constexpr std::string_view kFixedWords[] = {"-s", "-c", "525600", "-i", "3600", "-n", "15", "-h"};
 constexpr std::size_t kAddress = std::size(kFixedWords);
 
-// AF_INET, AF_INET6, or AF_UNSPEC for what is no numeric address of a wanted family.
+// AF_INET, AF_INET6, or AF_UNSPEC when it is not a numeric address of the wanted family.
 int familyOf(const char* address, int wanted) {
   addrinfo hints{};
   hints.ai_flags = AI_NUMERICHOST;

@@ -11,7 +11,7 @@ namespace host::ntp {
 void unblockStandardError() {
   struct stat found {};
   if (::fstat(STDERR_FILENO, &found) != 0) return;
-  // A file takes every write. Opened anew it would be overwritten from its start.
+  // Writes to a regular file do not block, and a reopened one would be overwritten from its start.
   if (!S_ISFIFO(found.st_mode) && !S_ISCHR(found.st_mode)) return;
   const Descriptor own(::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   if (own.valid()) ::dup2(own.get(), STDERR_FILENO);
@@ -22,23 +22,19 @@ void ErrorLines::step(const std::string& what) const {
 }
 
 void ErrorLines::complain(const std::string& what, Instant now) {
-  Run& run = m_runs[what];
-  const bool isDue = !run.told || now - *run.told >= kQuiet;
-  if (isDue && write(what + repeatsText(run))) {
-    run = {now};
+  Complaint& complaint = m_complaints[what];
+  std::string text = what;
+  if (complaint.repeats > 0) text += "; " + std::to_string(complaint.repeats) + " more";
+  if (complaint.repeats > 0 && complaint.written) text += " since the last such line";
+  const bool isDue = !complaint.written || now - *complaint.written >= kQuiet;
+  if (isDue && write(text)) {
+    complaint = {now};
   } else {
-    ++run.more;
+    ++complaint.repeats;
   }
 }
 
-std::string ErrorLines::repeatsText(const Run& run) {
-  if (run.more == 0) return "";
-  const std::string times =
-      run.more == 1 ? "; once more" : "; " + std::to_string(run.more) + " more times";
-  return run.told ? times + " since the last such line" : times;
-}
-
-// Standard error may still wait for its reader: it is asked first.
+// Polls first: standard error may still be blocking, see unblockStandardError().
 bool ErrorLines::write(const std::string& text) const {
   const std::string line = "ntpclient: " + text + '\n';
   pollfd ready{m_descriptor, POLLOUT, 0};

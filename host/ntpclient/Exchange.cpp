@@ -43,7 +43,7 @@ Address as(const sockaddr_storage& storage) {
   return address;
 }
 
-// By what identifies a sender: flow labels and padding do not.
+// Compares address and port only, not flow label and padding.
 bool sameSender(const sockaddr_storage& one, const sockaddr_storage& other) {
   if (one.ss_family != other.ss_family) return false;
   if (one.ss_family == AF_INET) {
@@ -57,8 +57,8 @@ bool sameSender(const sockaddr_storage& one, const sockaddr_storage& other) {
          a.sin6_port == b.sin6_port;
 }
 
-// One request, from its sending to the end of its time. The socket is new for each, and so is its
-// port. It is not connected: an answer from elsewhere is to be told, not to vanish in the kernel.
+// One request and its answers. Each request has a new socket, and so a new port. The socket is not
+// connected, as the kernel would then drop answers from other addresses, which we log.
 class Exchange {
  public:
   explicit Exchange(const addrinfo& server)
@@ -74,7 +74,7 @@ class Exchange {
   [[nodiscard]] bool sent() const { return m_sent; }
   [[nodiscard]] int descriptor() const { return m_socket.get(); }
 
-  // What the next datagram says; nothing when there is none.
+  // Judges the next datagram; empty when there is none.
   [[nodiscard]] std::optional<Judgement> read() {
     std::array<std::uint8_t, 512> bytes;
     sockaddr_storage sender{};
@@ -115,7 +115,7 @@ Outcome ask(const char* server, int family, const char* port, std::chrono::milli
   if (!addresses) return {Outcome::Kind::nothing};
   Exchange exchange(*addresses);
   if (!exchange.sent()) return {Outcome::Kind::nothing};
-  std::set<Verdict> told;
+  std::set<Verdict> reported;
   for (;;) {
     switch (watch.wait(deadline, exchange.descriptor())) {
       case ParentWatch::Event::parentGone:
@@ -125,11 +125,11 @@ Outcome ask(const char* server, int family, const char* port, std::chrono::milli
       case ParentWatch::Event::ready:
         break;
     }
-    if (Clock::now() >= deadline) return {Outcome::Kind::nothing};  // a flood has no end either
+    if (Clock::now() >= deadline) return {Outcome::Kind::nothing};  // a flood is always ready
     const std::optional<Judgement> judgement = exchange.read();
     if (!judgement) continue;
     const Verdict verdict = judgement->verdict;
-    if (verdict != Verdict::good && told.insert(verdict).second) refused(verdict);
+    if (verdict != Verdict::good && reported.insert(verdict).second) refused(verdict);
     if (endsExchange(verdict)) return exchange.outcome(*judgement);
   }
 }

@@ -9,7 +9,7 @@ namespace {
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
 
-// Where the fields are.
+// Offsets of the fields.
 constexpr std::size_t kFlags = 0;  // leap indicator (2 bits), version (3), mode (3)
 constexpr std::size_t kStratum = 1;
 constexpr std::size_t kRootDelay = 4;       // signed, 16.16 bits of a second
@@ -61,7 +61,7 @@ bool isFar(std::span<const std::uint8_t> packet) {
   return delay < 0 || delay >= kOneSecond || word(packet, kRootDispersion) >= kOneSecond;
 }
 
-// What belongs to the request comes first: a kiss-of-death from anybody must not silence us.
+// Checks first that it answers our request: nobody else may silence us with a kiss-of-death.
 Verdict check(std::span<const std::uint8_t> packet, std::uint64_t nonce) {
   if (packet.size() < kPacketSize) return Verdict::tooShort;
   const unsigned flags = packet[kFlags];
@@ -82,9 +82,9 @@ const char* textOf(Verdict verdict) {
                                            "it came from another address",
                                            "too short",
                                            "not a server's answer",
-                                           "another version",
+                                           "not the requested version",
                                            "not an answer to this request",
-                                           "the server denies its service",
+                                           "the server denies service",
                                            "the server asks for fewer requests",
                                            "stratum 0",
                                            "the server's clock is not synchronised",

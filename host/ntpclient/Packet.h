@@ -8,17 +8,17 @@
 
 namespace host::ntp {
 
-// SNTP as of RFC 4330: packets in and out, without a socket and without a clock.
+// SNTP packets (RFC 4330), without sockets and clocks.
 inline constexpr std::size_t kPacketSize = 48;
 using Packet = std::array<std::uint8_t, kPacketSize>;
 
-// What an answer is worth. Only `good` may set a clock.
+// The result of judging an answer. Only `good` may set a clock.
 enum class Verdict {
   good,
   wrongSender,  // not from where the request went
   tooShort,
   wrongMode,       // not a server's answer
-  wrongVersion,    // not the version that was asked in
+  wrongVersion,    // not the version of the request
   wrongOrigin,     // not an answer to this request
   denied,          // kiss-of-death: do not come back
   rateExceeded,    // kiss-of-death: come less often
@@ -35,18 +35,18 @@ struct Judgement {
   Verdict verdict;
   // Of a good answer, else 0:
   std::chrono::nanoseconds sent;        // by the server's clock, since 1970-01-01 UTC
-  std::chrono::nanoseconds processing;  // between its reception of the request and that; >= 0
+  std::chrono::nanoseconds processing;  // from receiving the request to sending; not negative
 };
 
-// A request of version 4 in client mode. nonce: stands where a transmit time would, comes back in
-// the answer, and tells nobody the time here. Not 0.
+// A request of version 4 in client mode. nonce: takes the place of the transmit time, which the
+// server returns, and so does not reveal the time of this machine. Not 0.
 [[nodiscard]] Packet makeRequest(std::uint64_t nonce);
 
-// answer: one datagram as it came, which may be longer than a packet (extensions, a MAC).
+// answer: one datagram, which may be longer than a packet (extensions, a MAC).
 [[nodiscard]] Judgement judge(std::span<const std::uint8_t> answer, std::uint64_t nonce);
 
-// The server's time at the moment its good answer arrived, since 1970-01-01 UTC: the way is taken
-// to cost half of what the round trip did not spend in the server.
+// The server's time when its good answer arrived, since 1970-01-01 UTC. Assumes that both ways take
+// equally long: half of the round trip without the server's processing.
 [[nodiscard]] std::chrono::nanoseconds timeAtArrival(const Judgement& good,
                                                      std::chrono::nanoseconds roundTrip);
 

@@ -14,7 +14,7 @@ ParentWatch::ParentWatch() {
   const pid_t parent = ::getppid();
   m_parent.reset(static_cast<int>(::syscall(SYS_pidfd_open, parent, 0)));
   if (!m_parent.valid()) ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-  // It may have gone before it was watched: then another process is the parent now.
+  // If the parent ended before it was watched, another process is the parent by now.
   if (::getppid() != parent) ::raise(SIGTERM);
 }
 

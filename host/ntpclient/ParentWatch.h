@@ -6,9 +6,9 @@
 
 namespace host::ntp {
 
-// Waits that end when the process that started this one is gone.
-// Owner: main. Thread: one. Failure: where the system cannot watch a process, a signal ends this
-// one together with the thread that started it.
+// Waits that end early when the parent process ends.
+// Owner: main. Thread: one. Failure: without pidfd_open, the kernel ends this process with SIGTERM
+// when the thread that started it ends.
 class ParentWatch {
  public:
   using Deadline = std::chrono::steady_clock::time_point;
@@ -19,8 +19,7 @@ class ParentWatch {
   ParentWatch(const ParentWatch&) = delete;
   ParentWatch& operator=(const ParentWatch&) = delete;
 
-  // descriptor: to be read from; -1 for a wait alone.
-  // A test puts its own in the place, and so waits for nothing.
+  // descriptor: `ready` when it can be read; -1 for none. Virtual so that tests need not wait.
   [[nodiscard]] virtual Event wait(Deadline deadline, int descriptor = -1) const;
 
  private:

@@ -12,14 +12,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kPause{10};  // no event tells that a listener has opened
+constexpr std::chrono::milliseconds kPause{10};  // no event signals that a listener opened
 
-bool isTaken(const Descriptor& pipe) {
+bool isRead(const Descriptor& pipe) {
   int unread = 0;
   return ::ioctl(pipe.get(), FIONREAD, &unread) == 0 && unread == 0;
 }
 
-// What a try came to: the report is on its way once it is written.
 enum class Step { again, written, noPipe };
 
 Step tryToWrite(const char* path, std::uint32_t seconds, Descriptor& pipe) {
@@ -40,7 +39,7 @@ ReportResult reportTime(const char* path, std::uint32_t seconds, std::chrono::mi
   for (;;) {
     if (step == Step::again) step = tryToWrite(path, seconds, pipe);
     if (step == Step::noPipe) return ReportResult::noPipe;
-    if (step == Step::written && isTaken(pipe)) return ReportResult::delivered;
+    if (step == Step::written && isRead(pipe)) return ReportResult::delivered;
     if (Clock::now() >= deadline) return ReportResult::noListener;
     const auto pause = std::min(Clock::now() + kPause, deadline);
     if (watch.wait(pause) == ParentWatch::Event::parentGone) return ReportResult::parentGone;

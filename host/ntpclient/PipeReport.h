@@ -9,23 +9,23 @@
 
 namespace host::ntp {
 
-// Where the service hears of a set clock, on the device.
+// The service's pipe on the device.
 inline constexpr const char* kReportPipe = "/tmp/votk/ipc/ntpclient";
 
-// How it is opened.
+// The only flags that the system call filter allows.
 inline constexpr int kPipeFlags = O_WRONLY | O_NONBLOCK | O_CLOEXEC;
 
 enum class ReportResult {
   delivered,
-  noListener,  // nobody opened the pipe for reading, or read from it, within the limit
-  noPipe,      // there is something else at the path
+  noListener,  // nobody read the report within the limit
+  noPipe,      // the path is something else
   parentGone
 };
 
-// Writes one report into the pipe: 4 bytes, seconds since 1970-01-01 UTC, unsigned, in the
-// machine's byte order. Waits up to `limit` for a listener to open the pipe and to take the report:
-// the listener reads one report for each opening, and bytes that nobody has read are lost with the
-// last descriptor. Never blocks beyond the limit. REQUIRES: SIGPIPE is ignored.
+// Writes one report into the pipe: seconds since 1970-01-01 UTC as 4 bytes, unsigned, in the
+// machine's byte order. Waits until a listener has opened the pipe and read the report, but never
+// beyond the limit: bytes that nobody has read are lost when the last descriptor is closed.
+// REQUIRES: SIGPIPE is ignored.
 [[nodiscard]] ReportResult reportTime(const char* pipe, std::uint32_t seconds,
                                       std::chrono::milliseconds limit, const ParentWatch& watch);
 

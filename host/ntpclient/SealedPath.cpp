@@ -14,7 +14,7 @@ namespace {
 void* newMemory(std::size_t size) {
   void* const memory =
       ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (memory == MAP_FAILED) throw Error("there is no memory for the path of the pipe");
+  if (memory == MAP_FAILED) throw Error("no memory for the path of the pipe");
   return memory;
 }
 

@@ -1,12 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 
 namespace host::ntp {
 
-// A path on memory of its own that can only be read. The system call filter lets the program open
-// the file whose name is at this address; nothing that the program does later changes the name.
-// Owner: the program, to its end. Immutable. Failure: host::Error from the constructor.
+// A path in read-only memory. The system call filter allows opening the file whose name is at this
+// address, and nothing that the program does later changes the name.
+// Owner: the program, until its end. Immutable. Failure: host::Error from the constructor.
 class SealedPath {
  public:
   explicit SealedPath(const std::filesystem::path& path);

@@ -31,8 +31,8 @@ namespace {
 
 using Filter = std::unique_ptr<void, decltype(&::seccomp_release)>;
 
-// Needed with any arguments: they reach nothing that the program does not hold already. Some are
-// the names that other machines have for the same.
+// Allowed with any arguments, as they only use what the program already has. Some are the names of
+// the same calls on other machines.
 constexpr int kAllowed[] = {
     SCMP_SYS(brk),
     SCMP_SYS(clock_gettime),
@@ -56,7 +56,7 @@ constexpr int kAllowed[] = {
     SCMP_SYS(write),
 };
 
-// Adds rules, and remembers the first that could not be added.
+// Adds rules up to the first failure, which it keeps.
 class Rules {
  public:
   explicit Rules(const Filter& filter) : m_filter(filter.get()) {}
@@ -82,8 +82,8 @@ scmp_arg_cmp hasNone(unsigned argument, std::uint64_t bits) {
   return {argument, SCMP_CMP_MASKED_EQ, bits, 0};
 }
 
-// The pipe's name is known by its address, which stays what it is: sealed memory can neither be
-// unmapped, nor mapped over, nor made writable again.
+// A filter sees the address of a name, not its text. The sealed memory there can no longer be
+// unmapped, mapped over or made writable.
 void allowPipe(Rules& rules, const SealedPath& pipe) {
   const auto name = reinterpret_cast<std::uintptr_t>(pipe.get());
   rules.allow(SCMP_SYS(openat), {is(1, name), is(2, kPipeFlags)});
@@ -99,7 +99,7 @@ void allowDatagrams(Rules& rules) {
   }
 }
 
-// Nothing that can be executed, and nothing in the place of what is there.
+// No executable memory, and none that replaces other memory.
 void allowMemory(Rules& rules) {
   for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mmap2)}) {
     rules.allow(call, {hasNone(2, PROT_EXEC), hasNone(3, MAP_FIXED | MAP_FIXED_NOREPLACE)});

@@ -1,4 +1,4 @@
-// The client in this process, with waits that are noted and take no time.
+// The client in this process, with waits that are recorded and take no time.
 
 #include "ntpclient/Client.h"
 
@@ -16,22 +16,26 @@ using namespace std::chrono_literals;
 using Waits = std::vector<std::chrono::seconds>;
 
 // What the server does with a request.
-enum class Reply { none, time, slower };
+enum class Reply { none, time, unsynchronised, slower, denied };
 
-// Notes each wait between two requests, to the second, and ends the client after the last one. A
-// wait for an answer that does not come ends at once.
-class NotingWatch : public ParentWatch {
+// Records each wait between two requests, in seconds, and ends the client after the last one. Does
+// not wait for an answer that will not come.
+class RecordingWatch : public ParentWatch {
  public:
-  explicit NotingWatch(const std::vector<Reply>& replies) : m_replies(replies) {}
+  explicit RecordingWatch(const std::vector<Reply>& replies) : m_replies(replies) {}
 
   [[nodiscard]] Event wait(Deadline deadline, int descriptor) const override {
-    if (descriptor >= 0 && m_replies[m_waits.size()] == Reply::none) return Event::timeout;
+    const Reply reply = m_replies.at(m_waits.size());
+    if (descriptor >= 0 && (reply == Reply::none || m_answered > m_waits.size())) {
+      return Event::timeout;
+    }
     const auto time = std::chrono::round<std::chrono::seconds>(deadline - Clock::now());
+    if (descriptor >= 0) m_answered = m_waits.size() + 1;
     if (descriptor >= 0 || time < kShortest) return ParentWatch::wait(deadline, descriptor);
     m_waits.push_back(time);
     return m_waits.size() < m_replies.size() ? Event::timeout : Event::parentGone;
   }
-  [[nodiscard]] const Waits& waits() const { return m_waits; }  // afterwards
+  [[nodiscard]] const Waits& waits() const { return m_waits; }  // REQUIRES: the client has ended
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -39,70 +43,110 @@ class NotingWatch : public ParentWatch {
 
   const std::vector<Reply>& m_replies;
   mutable Waits m_waits;
+  mutable std::size_t m_answered = 0;  // requests
 };
 
-class NotedClock : public ClockSetter {
- public:
-  void set(std::chrono::nanoseconds /*sinceEpoch*/) override { ++settings; }
-
-  int settings = 0;
+// How a client ended.
+struct Ending {
+  int status;
+  Waits waits;
+  std::string errors;
 };
 
 class NtpClient : public testing::Test {
  protected:
-  // The waits of a client whose server replies in this way, one after each reply.
-  Waits waitsAfter(const std::vector<Reply>& replies) {
-    const NotingWatch watch(replies);
+  // Runs a client whose server replies in this way, with a wait after each reply.
+  Ending run(const std::vector<Reply>& replies) {
+    const RecordingWatch watch(replies);
     Environment environment;
     environment.port = m_server.port();
-    environment.pipe = "/nowhere/pipe";
+    environment.pipe = m_pipe;
     environment.answerLimit = kLong;
     environment.reportLimit = 1ms;
-    Client client({"127.0.0.1", AF_INET, false}, environment, watch, m_clock);
+    testing::internal::CaptureStderr();
+    Client client({"127.0.0.1", AF_INET, m_verbose}, environment, watch, m_setClock);
     auto status = std::async(std::launch::async, [&] { return client.run(); });
     for (const Reply reply : replies) answer(reply);
-    EXPECT_EQ(status.get(), 0);
-    return watch.waits();
+    const int ended = status.get();
+    return {ended, watch.waits(), testing::internal::GetCapturedStderr()};
   }
 
   void answer(Reply reply) {
-    const auto request = m_server.receive();
-    ASSERT_TRUE(request);
-    if (reply == Reply::time) m_server.answer(answerTo(nonceOf(*request), kTime));
-    if (reply == Reply::slower) m_server.answer(kissOfDeath(nonceOf(*request), "RATE"));
+    const std::uint64_t nonce = nonceOf(m_server.receive());
+    Bytes packet = answerTo(nonce, kTime);
+    if (reply == Reply::unsynchronised) packet[0] |= 3 << 6;
+    if (reply == Reply::slower) packet = kissOfDeath(nonce, "RATE");
+    if (reply == Reply::denied) packet = kissOfDeath(nonce, "DENY");
+    if (reply != Reply::none) m_server.answer(packet);
   }
 
   FakeSntpServer m_server;
-  NotedClock m_clock;
+  const char* m_pipe = "/nowhere/pipe";
+  bool m_verbose = false;
+  int m_settings = 0;
+  SetClock m_setClock = [this](auto) { ++m_settings; };
 };
 
-TEST_F(NtpClient, AsksASilentServerLessAndLessOften) {
-  EXPECT_EQ(waitsAfter({Reply::none, Reply::none, Reply::none}), (Waits{15s, 30s, 60s}));
-  EXPECT_EQ(m_clock.settings, 0);
-}
-
-TEST_F(NtpClient, WaitsAnHourAfterASuccess) {
-  EXPECT_EQ(waitsAfter({Reply::time, Reply::time}), (Waits{3600s, 3600s}));
-  EXPECT_EQ(m_clock.settings, 2);
-}
-
-TEST_F(NtpClient, GoesOnMoreSlowlyWhenTheServerAsksForIt) {
-  EXPECT_EQ(waitsAfter({Reply::slower, Reply::time, Reply::none, Reply::slower}),
-            (Waits{60s, 3600s, 60s, 240s}));
-}
-
-TEST_F(NtpClient, StartsAgainWithTheShortestWaitAfterASuccess) {
-  EXPECT_EQ(waitsAfter({Reply::none, Reply::none, Reply::time, Reply::none, Reply::none}),
-            (Waits{15s, 30s, 3600s, 15s, 30s}));
+TEST_F(NtpClient, WaitsBetweenRequestsAsTheServerReplies) {
+  const struct {
+    std::vector<Reply> replies;
+    Waits waits;
+    int settings;
+  } rows[] = {
+      {{Reply::none, Reply::none, Reply::none}, {15s, 30s, 60s}, 0},
+      {{Reply::unsynchronised, Reply::time}, {15s, 3600s}, 1},
+      {{Reply::time, Reply::time}, {3600s, 3600s}, 2},
+      {{Reply::slower, Reply::time, Reply::none, Reply::slower}, {60s, 3600s, 60s, 240s}, 1},
+      {{Reply::none, Reply::none, Reply::time, Reply::none, Reply::none},
+       {15s, 30s, 3600s, 15s, 30s},
+       1},
+  };
+  for (const auto& [replies, waits, settings] : rows) {
+    m_settings = 0;
+    const Ending ending = run(replies);
+    EXPECT_EQ(ending.status, 0);
+    EXPECT_EQ(ending.waits, waits);
+    EXPECT_EQ(m_settings, settings);
+  }
 }
 
 TEST_F(NtpClient, EndsARoundAfterItsTries) {
   const std::vector<Reply> silence(kTries + 1, Reply::none);
-  const Waits waits = waitsAfter(silence);
+  const Waits waits = run(silence).waits;
   ASSERT_EQ(waits.size(), silence.size());
   EXPECT_EQ(waits[kTries - 2], Backoff::kMost);
   EXPECT_EQ(waits[kTries - 1], kInterval);
   EXPECT_EQ(waits[kTries], Backoff::kMost);
+}
+
+TEST_F(NtpClient, EndsWhenTheServerDeniesService) {
+  const Ending ending = run({Reply::denied});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_EQ(ending.errors, "ntpclient: answer ignored: the server denies service\n");
+}
+
+TEST_F(NtpClient, EndsWhenItsHostIsGone) {
+  m_setClock = [](auto) { throw ChannelClosed("the host is gone"); };
+  const Ending ending = run({Reply::time});
+  EXPECT_EQ(ending.status, 1);
+  EXPECT_EQ(ending.errors, "ntpclient: the host is gone\n");
+}
+
+TEST_F(NtpClient, ReportsOnlyAClockThatWasSet) {
+  m_verbose = true;
+  m_setClock = [this](auto) {
+    if (++m_settings == 1) throw Error("the host refused");
+  };
+  const Ending ending = run({Reply::time, Reply::time});
+  EXPECT_EQ(ending.waits, (Waits{15s, 3600s}));
+  EXPECT_EQ(ending.errors,
+            "ntpclient: asking\nntpclient: the host refused\n"
+            "ntpclient: asking\nntpclient: clock set\nntpclient: nobody reads /nowhere/pipe\n");
+}
+
+TEST_F(NtpClient, SaysThatThePipeIsNone) {
+  m_pipe = "/dev/null";
+  EXPECT_EQ(run({Reply::time}).errors, "ntpclient: /dev/null is not a named pipe\n");
 }
 
 }  // namespace

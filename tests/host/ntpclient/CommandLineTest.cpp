@@ -18,15 +18,13 @@ std::optional<Assignment> parse(const std::string& line) {
   return parseCommandLine(pointers);
 }
 
-struct Accepted {
-  const char* line;
-  const char* server;
-  int family;
-  bool verbose;
-};
-
 TEST(CommandLine, IsWhatTheServiceWrites) {
-  const Accepted cases[] = {
+  const struct {
+    const char* line;
+    const char* server;
+    int family;
+    bool verbose;
+  } rows[] = {
       {"-s -c 525600 -i 3600 -n 15 -h 127.0.0.1 -4", "127.0.0.1", AF_INET, false},
       {"-s -c 525600 -i 3600 -n 15 -h ::1 -6", "::1", AF_INET6, false},
       {"-s -c 525600 -i 3600 -n 15 -h 192.0.2.1", "192.0.2.1", AF_INET, false},
@@ -34,12 +32,12 @@ TEST(CommandLine, IsWhatTheServiceWrites) {
       {"-s -c 525600 -i 3600 -n 15 -h 127.0.0.1 -4 -L", "127.0.0.1", AF_INET, true},
       {"-s -c 525600 -i 3600 -n 15 -h ::1 -L", "::1", AF_INET6, true},
   };
-  for (const Accepted& accepted : cases) {
-    const auto assignment = parse(accepted.line);
-    ASSERT_TRUE(assignment) << accepted.line;
-    EXPECT_EQ(assignment->server, accepted.server);
-    EXPECT_EQ(assignment->family, accepted.family);
-    EXPECT_EQ(assignment->verbose, accepted.verbose);
+  for (const auto& [line, server, family, verbose] : rows) {
+    const auto assignment = parse(line);
+    ASSERT_TRUE(assignment) << line;
+    EXPECT_EQ(assignment->server, server);
+    EXPECT_EQ(assignment->family, family);
+    EXPECT_EQ(assignment->verbose, verbose);
   }
 }
 

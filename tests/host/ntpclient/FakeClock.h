@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
@@ -14,7 +15,7 @@
 
 namespace host::ntp {
 
-// A host's end of the channel, whose clock takes what it is told, or refuses; keeps the requests.
+// The host's end of the channel. Answers and keeps the requests to set its clock.
 class FakeClock {
  public:
   FakeClock() {
@@ -22,6 +23,7 @@ class FakeClock {
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
     m_hosts.reset(ends[0]);
     m_clients.reset(ends[1]);
+    EXPECT_EQ(::fcntl(ends[1], F_SETFD, 0), 0);  // programs that the test starts inherit it
     m_thread = std::thread([this] { serve(); });
   }
   ~FakeClock() {
@@ -31,7 +33,7 @@ class FakeClock {
 
   void hangUp() { ::shutdown(m_hosts.get(), SHUT_RDWR); }
   [[nodiscard]] int clientsEnd() const { return m_clients.get(); }
-  // error: the answer's; -1: none, and the channel is closed.
+  // error: of each answer from now on; -1 closes the channel instead.
   void answerWith(int error) { m_error = error; }
   [[nodiscard]] std::vector<SetClockRequest> requests() {
     const std::lock_guard lock(m_mutex);

@@ -50,14 +50,16 @@ FakeSntpServer::FakeSntpServer(int family)
       m_other(boundSocket(family)),
       m_port(std::to_string(portOf(m_socket.get()))) {}
 
-std::optional<Bytes> FakeSntpServer::receive() {
+Bytes FakeSntpServer::receive() {
   pollfd waited{m_socket.get(), POLLIN, 0};
-  if (::poll(&waited, 1, static_cast<int>(kLong.count())) != 1) return std::nullopt;
+  if (::poll(&waited, 1, static_cast<int>(kLong.count())) != 1) {
+    throw std::runtime_error("no request");
+  }
   Bytes request(512);
   m_clientSize = sizeof m_client;
   const ssize_t got = ::recvfrom(m_socket.get(), request.data(), request.size(), 0,
                                  generic(m_client), &m_clientSize);
-  if (got < 0) return std::nullopt;
+  if (got < 0) throw std::runtime_error("recvfrom");
   request.resize(static_cast<std::size_t>(got));
   return request;
 }

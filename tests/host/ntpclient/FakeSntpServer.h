@@ -4,7 +4,6 @@
 #include <sys/socket.h>
 
 #include <chrono>
-#include <optional>
 #include <string>
 
 #include "base/Descriptor.h"
@@ -12,21 +11,24 @@
 
 namespace host::ntp {
 
-inline constexpr std::chrono::milliseconds kLong{20'000};  // the deadline of what must happen
+inline constexpr std::chrono::milliseconds kLong{20'000};  // for events that must happen
 
-// A time server that says what the test wants, on a loopback port of its own.
+// A time server on a loopback port, which sends what the test wants.
 class FakeSntpServer {
  public:
   explicit FakeSntpServer(int family = AF_INET);
 
   [[nodiscard]] const std::string& port() const { return m_port; }
 
-  // The next request, within kLong.
-  [[nodiscard]] std::optional<Bytes> receive();
+  // The next request. Throws when none comes within kLong.
+  [[nodiscard]] Bytes receive();
 
-  // To who asked last; from the server's port, or from another one of the same address.
+  // To the last client; from the server's port, or from another port of its address.
   void answer(const Bytes& packet) const;
   void answerFromElsewhere(const Bytes& packet) const;
+
+  // Answers the next request with a good packet.
+  void serve(std::uint32_t time) { answer(answerTo(nonceOf(receive()), time)); }
 
  private:
   void send(int socket, const Bytes& packet) const;

@@ -16,14 +16,14 @@ using std::chrono::seconds;
 
 constexpr std::uint64_t kNonce = 0x1122334455667788;
 
-TEST(Packet, RequestIsVersionFourClientModeAndTheNonceAlone) {
+TEST(Packet, RequestHoldsVersionModeAndNonce) {
   const Packet request = makeRequest(kNonce);
   EXPECT_EQ(request[0], 0x23);
   for (std::size_t i = 1; i < 40; ++i) EXPECT_EQ(request[i], 0) << i;
   EXPECT_EQ(nonceOf(Bytes(request.begin(), request.end())), kNonce);
 }
 
-TEST(Packet, GoodAnswerGivesTheTimeOfItsSending) {
+TEST(Packet, GoodAnswerHoldsTheTimeOfItsSending) {
   const Judgement judgement = judge(answerTo(kNonce, kTime), kNonce);
   EXPECT_EQ(judgement.verdict, Verdict::good);
   EXPECT_EQ(judgement.sent, seconds(kTime));
@@ -41,7 +41,7 @@ struct Refused {
   std::function<void(Bytes&)> change;
 };
 
-TEST(Packet, AnswersThatBreakARuleAreRefusedForIt) {
+TEST(Packet, AnswersThatBreakARuleAreRefused) {
   const Refused cases[] = {
       {Verdict::tooShort, [](Bytes& p) { p.resize(47); }},
       {Verdict::tooShort, [](Bytes& p) { p.clear(); }},
@@ -90,7 +90,7 @@ TEST(Packet, AnswersAtTheLimitsAreGood) {
   }
 }
 
-TEST(Packet, KissOfDeathIsHeededOnlyInAnswerToOurRequest) {
+TEST(Packet, KissOfDeathCountsOnlyInAnswerToOurRequest) {
   EXPECT_EQ(judge(kissOfDeath(kNonce, "DENY"), kNonce).verdict, Verdict::denied);
   EXPECT_EQ(judge(kissOfDeath(kNonce, "RSTR"), kNonce).verdict, Verdict::denied);
   EXPECT_EQ(judge(kissOfDeath(kNonce, "RATE"), kNonce).verdict, Verdict::rateExceeded);
@@ -127,17 +127,17 @@ TEST(Packet, TimestampsRunFrom1968To2104) {
   }
 }
 
-TEST(Packet, TheWayTakesHalfOfWhatTheServerDidNotSpend) {
+TEST(Packet, EachWayTakesHalfOfTheRoundTripWithoutProcessing) {
   Bytes answer = answerTo(kNonce, kTime);
   putWord(answer, 44, 0x40000000);  // sent a quarter of a second after it received
   const Judgement judgement = judge(answer, kNonce);
   EXPECT_EQ(judgement.processing, 250ms);
   EXPECT_EQ(timeAtArrival(judgement, 250ms), seconds(kTime) + 250ms);
   EXPECT_EQ(timeAtArrival(judgement, 350ms), seconds(kTime) + 300ms);
-  EXPECT_EQ(timeAtArrival(judgement, 100ms), seconds(kTime) + 250ms) << "a server that miscounts";
+  EXPECT_EQ(timeAtArrival(judgement, 100ms), seconds(kTime) + 250ms) << "a wrong processing time";
 }
 
-TEST(Packet, AServerThatSendsBeforeItReceivedSpentNoTime) {
+TEST(Packet, ProcessingTimeIsNeverNegative) {
   Bytes answer = answerTo(kNonce, kTime);
   putWord(answer, 32, k1970 + kTime + 100);
   EXPECT_EQ(judge(answer, kNonce).processing, 0ns);

@@ -8,9 +8,8 @@ namespace host::ntp {
 
 using Bytes = std::vector<std::uint8_t>;
 
-inline constexpr std::uint32_t k1970 = 2208988800;  // in seconds since 1900
-inline constexpr std::uint32_t kTime =
-    1'780'000'000;  // in seconds since 1970: what a server answers
+inline constexpr std::uint32_t k1970 = 2208988800;     // seconds since 1900
+inline constexpr std::uint32_t kTime = 1'780'000'000;  // of a server, seconds since 1970
 
 inline void putWord(Bytes& packet, std::size_t at, std::uint32_t number) {
   for (std::size_t i = 0; i < 4; ++i) {
@@ -18,8 +17,7 @@ inline void putWord(Bytes& packet, std::size_t at, std::uint32_t number) {
   }
 }
 
-// A server's packet, good unless it is changed: time in seconds since 1970, of reception and of
-// sending.
+// A server's good packet. time: of receiving and of sending, seconds since 1970.
 inline Bytes answerTo(std::uint64_t nonce, std::uint32_t time) {
   Bytes packet(48, 0);
   packet[0] = 4 << 3 | 4;  // no leap second, version 4, server

@@ -38,13 +38,12 @@
 namespace host::ntp {
 namespace {
 
-// A process of its own under the filter, which is for good.
+// Calls are tried in a child process, as the filter is permanent.
 class UnderTheFilter : public testing::Test {
  protected:
   UnderTheFilter() { EXPECT_EQ(::mkfifo(m_pipe.c_str(), 0600), 0); }
 
-  // 0 when the call succeeds there, else its errno; -1 when the filter is refused. `call` returns
-  // what system calls do.
+  // The errno of a system call under the filter, 0 for success; -1 when the filter is refused.
   int errorOf(const std::function<long()>& call) const {
     const int status = support::statusInChild([&] {
       if (installSystemCallFilter(m_sealed) != 0) return 255;
@@ -60,13 +59,13 @@ class UnderTheFilter : public testing::Test {
 
 #ifdef CLOCK_WITHOUT_FILTER
 
-TEST_F(UnderTheFilter, NothingIsDeniedInABuildThatHasNone) {
+TEST_F(UnderTheFilter, NothingIsDeniedInABuildWithoutFilter) {
   EXPECT_EQ(errorOf([] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0); }), 0);
 }
 
 #else
 
-// Not open(): this program's own one, which stands in for the device's, copies the name.
+// The calls use openat: this program replaces open(), which would copy the name.
 struct Call {
   const char* name;
   std::function<long()> make;
@@ -105,7 +104,7 @@ TEST_F(UnderTheFilter, WhatTheClientDoesNotNeedIsDenied) {
       {"connect", [] { return ::connect(0, nullptr, 0); }},
       {"pass a descriptor", [] { return ::sendmsg(0, nullptr, 0); }},
       {"set the clock",
-       [&] { return ::clock_settime(CLOCK_PROCESS_CPUTIME_ID, &now); }},  // which nobody can set
+       [&] { return ::clock_settime(CLOCK_PROCESS_CPUTIME_ID, &now); }},  // that no process can set
       {"make the name writable", [&] { return ::mprotect(sealed, 1, PROT_READ | PROT_WRITE); }},
       {"unmap the name", [&] { return ::munmap(sealed, 1); }},
       {"map over the name", [&] { return map(sealed, PROT_READ | PROT_WRITE, MAP_FIXED); }},
@@ -133,7 +132,7 @@ TEST_F(UnderTheFilter, WhatTheClientNeedsIsAllowed) {
   for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), 0) << call.name;
 }
 
-// From now on this process lives on a system without filters, as far as it can see.
+// From now on this process cannot install filters, as on a system without them.
 bool refuseFilters() {
   void* const refusing = seccomp_init(SCMP_ACT_ALLOW);
   seccomp_rule_add(refusing, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(seccomp), 0);
@@ -142,7 +141,7 @@ bool refuseFilters() {
   return seccomp_load(refusing) == 0;
 }
 
-TEST_F(UnderTheFilter, WhatTheSystemRefusesIsSaidAndNothingElseChanges) {
+TEST_F(UnderTheFilter, ARefusedFilterIsAnErrorAndChangesNothing) {
   EXPECT_EQ(support::statusInChild([this] {
               const bool refused = refuseFilters() && installSystemCallFilter(m_sealed) > 0;
               const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -151,7 +150,7 @@ TEST_F(UnderTheFilter, WhatTheSystemRefusesIsSaidAndNothingElseChanges) {
             0);
 }
 
-TEST_F(UnderTheFilter, TheClientTellsItsHostWhenThereIsNone) {
+TEST_F(UnderTheFilter, TheClientTellsItsHostWhenTheFilterIsRefused) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
   const Descriptor host(ends[0]);
@@ -187,7 +186,7 @@ TEST_F(UnderTheFilter, TheClientTellsItsHostWhenThereIsNone) {
 
 #endif
 
-TEST(SealedPath, HoldsItsNameOnMemoryOfItsOwn) {
+TEST(SealedPath, HasItsOwnPageOfMemory) {
   const SealedPath path("/tmp/a b");
   EXPECT_STREQ(path.get(), "/tmp/a b");
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(path.get()) % 4096, 0U);
