@@ -1,5 +1,5 @@
-// Every change of the local date is announced once, within the hour at the latest, whatever moved
-// the clock: NTP, another program, a user, or time itself between two readings.
+// Each change of the local date is announced once, within an hour, whether NTP, another program, a
+// user or time itself changed it.
 
 #include <gmock/gmock.h>
 
@@ -19,8 +19,8 @@ std::function<void()> g_onSystemSet;
 
 }  // namespace
 
-// The linker puts this in the place of votk_set_time_seconds_since_epoch, which has this name for
-// it. NOLINTBEGIN(bugprone-reserved-identifier)
+// The linker replaces votk_set_time_seconds_since_epoch, which has this name for it, with this.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real__Z33votk_set_time_seconds_since_epochm(unsigned long secondsSinceEpoch);
 int __wrap__Z33votk_set_time_seconds_since_epochm(unsigned long secondsSinceEpoch);
@@ -130,19 +130,14 @@ TEST_F(ClockThatIsMoved, AnnouncesASetDateAtTheHourWithoutADateTimer) {
   EXPECT_THAT(heard(minutes{30}), ElementsAre("time 23:00:00", "date 20.06.2030"));
 }
 
-// The date is read before midnight, both sync timers are armed after it.
-TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfASetTime) {
-  startAt("2030-06-07T23:59:59");
-  passInEvent(1, seconds{1});
-  EXPECT_THAT(expire(kTimeChanged), testing::Contains("date 07.06.2030"));
-  EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00", "date 08.06.2030"));
-}
-
-TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfAChangedZone) {
-  startAt("2030-06-07T23:59:59");
-  passInEvent(2, seconds{1});
-  EXPECT_THAT(expire(kZoneRefresh), testing::Contains("date 07.06.2030"));
-  EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00", "date 08.06.2030"));
+// The date is read before midnight, and both sync timers are armed after it.
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfAnExpiry) {
+  for (const auto& [timer, events] : {std::pair{kTimeChanged, 1}, {kZoneRefresh, 2}}) {
+    startAt("2030-06-07T23:59:59");
+    passInEvent(events, seconds{1});
+    EXPECT_THAT(expire(timer), testing::Contains("date 07.06.2030"));
+    EXPECT_THAT(heard(hours{1}), ElementsAre("time 01:00:00", "date 08.06.2030"));
+  }
 }
 
 TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfItsStart) {
@@ -165,7 +160,7 @@ TEST_F(ClockThatIsMoved, NotifiesALateObserverOfLaterChangesOnly) {
   EXPECT_THAT(heard(minutes{30}), ElementsAre("time 00:40:00"));
 }
 
-// Moved in every way there is, in a random order with a fixed seed.
+// A clock that is moved in every way, in a random order with a fixed seed.
 class ClockThatIsMovedAtRandom : public ClockThatIsMoved {
  protected:
   int between(int first, int last) {
@@ -202,7 +197,7 @@ class ClockThatIsMovedAtRandom : public ClockThatIsMoved {
   std::mt19937 m_random{20300607};
 };
 
-// A date set by hand detaches the clock from the system's: the last rounds alone set dates.
+// Only the last rounds set dates: after that the clock no longer follows the system's.
 TEST_F(ClockThatIsMovedAtRandom, HasAnnouncedTheDateAfterAnHourWithoutMoves) {
   startAt("2030-06-07T12:00:00");
   for (int i = 0; i < 2000; ++i) {

@@ -15,10 +15,10 @@ using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
 
-// The timers of a service in order of creation; the last two are replaced with each use.
+// The timers of a service in order of creation. The last two are replaced each time they are armed.
 enum Timer : int { kFallback = 1, kTimeChanged, kDateChanged, kZoneRefresh, kHour, kMidnight };
 
-// A clock whose timers are seen and fired by hand. It starts at 22:10:05 on 15 June 2030, UTC.
+// A clock whose timers a test can watch and fire. It starts at 22:10:05 on 15 June 2030, UTC.
 class ClockOnWatchedTimers : public RecordingTelephone {
  protected:
   explicit ClockOnWatchedTimers(OrderedTimers::Order order = OrderedTimers::Order::ofCreation)
@@ -27,7 +27,7 @@ class ClockOnWatchedTimers : public RecordingTelephone {
   }
 
   void start() {
-    service.reset();
+    if (service) end();
     begin(&timers);
     journal.take();
     recordCalls();
@@ -46,7 +46,7 @@ class ClockOnWatchedTimers : public RecordingTelephone {
     service->timerEvent(timer);
     return journal.take();
   }
-  // What observers hear, and nothing of the framework.
+  // Lets time pass; returns the events, without the calls to the framework.
   std::vector<std::string> heard(std::chrono::nanoseconds duration) {
     timers.onCall = nullptr;
     timers.pass(duration);

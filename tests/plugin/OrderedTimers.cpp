@@ -6,7 +6,7 @@
 
 namespace plugin {
 
-void OrderedTimers::tell(const std::string& call) const {
+void OrderedTimers::report(const std::string& call) const {
   if (onCall) onCall(call);
 }
 
@@ -24,8 +24,10 @@ std::optional<std::pair<std::chrono::nanoseconds, int>> OrderedTimers::next() co
 
 Executable* OrderedTimers::disarm(int timer) {
   const std::lock_guard<std::mutex> guard(m_mutex);
-  m_timers.at(timer).expiry.reset();
-  return m_timers.at(timer).owner;
+  const auto found = m_timers.find(timer);
+  if (found == m_timers.end()) return nullptr;
+  found->second.expiry.reset();
+  return found->second.owner;
 }
 
 void OrderedTimers::pass(std::chrono::nanoseconds duration) {
@@ -64,7 +66,7 @@ std::size_t OrderedTimers::timers() const {
 }
 
 Executable* OrderedTimers::getService(const std::string& name) {
-  tell("service " + name);
+  report("service " + name);
   const auto found = m_services.find(name);
   return found != m_services.end() ? found->second : nullptr;
 }
@@ -77,35 +79,32 @@ int OrderedTimers::createTimer(Executable& owner, unsigned int periodMillisecond
     if (!m_refusedId && id > 0)
       m_timers[id] = Timer{&owner, std::chrono::milliseconds{periodMilliseconds}, std::nullopt};
   }
-  tell("create " + std::to_string(periodMilliseconds) + " -> " + std::to_string(id));
+  report("create " + std::to_string(periodMilliseconds) + " -> " + std::to_string(id));
   return id;
 }
 
 void OrderedTimers::startTimer(int timerId) {
-  tell("start " + std::to_string(timerId));
+  report("start " + std::to_string(timerId));
   const std::lock_guard<std::mutex> guard(m_mutex);
   const auto found = m_timers.find(timerId);
   if (found != m_timers.end()) found->second.expiry = m_clock.uptime() + found->second.period;
 }
 
 void OrderedTimers::stopTimer(int timerId) {
-  tell("stop " + std::to_string(timerId));
-  const std::lock_guard<std::mutex> guard(m_mutex);
-  const auto found = m_timers.find(timerId);
-  if (found != m_timers.end()) found->second.expiry.reset();
+  report("stop " + std::to_string(timerId));
+  disarm(timerId);
 }
 
 void OrderedTimers::cancelTimer(int timerId) {
-  tell("cancel " + std::to_string(timerId));
-  const std::lock_guard<std::mutex> guard(m_mutex);
-  const auto found = m_timers.find(timerId);
-  if (found != m_timers.end()) found->second.expiry.reset();
+  report("cancel " + std::to_string(timerId));
+  disarm(timerId);
 }
 
 void OrderedTimers::deleteTimer(int timerId) {
-  tell("delete " + std::to_string(timerId));
+  report("delete " + std::to_string(timerId));
   const std::lock_guard<std::mutex> guard(m_mutex);
   m_timers.erase(timerId);
+  if (m_timers.empty()) m_lastId = 0;  // so that the next service's timers have the same ids
 }
 
 }  // namespace plugin

@@ -14,8 +14,8 @@
 
 namespace plugin {
 
-// A framework that delivers equal expiries in a chosen order, and tells what was asked of it.
-// Owner: the test, after the clock. Thread: any for what services call, else the test's.
+// A framework that delivers equal expiries in a chosen order and reports each call.
+// Owner: the test, after the clock. Thread: any for the calls of services, otherwise the test's.
 class OrderedTimers : public Context {
  public:
   enum class Order { ofCreation, reversed };
@@ -25,21 +25,21 @@ class OrderedTimers : public Context {
   OrderedTimers(const OrderedTimers&) = delete;
   OrderedTimers& operator=(const OrderedTimers&) = delete;
 
-  // Each call on the way: "create 3600000 -> 5", "start 5", "stop 5", "cancel 5", "delete 5".
+  // Gets each call as it is made: "create 3600000 -> 5", "start 5", "stop 5", "cancel 5", "delete
+  // 5".
   std::function<void(const std::string&)> onCall;
 
-  // From now on no timer can be created: the id is this. Without one, timers can be created again.
+  // From now on creating a timer fails and returns this id; without one, it succeeds again.
   void refuseTimers(std::optional<int> id) { m_refusedId = id; }
-  // The first timers cannot be created; the id of the last of them is 0.
+  // Creating the first timers fails; the last of these gets the id 0.
   void refuseFirst(int count) { m_lastId = -count; }
 
   void add(const std::string& name, Executable* service) { m_services[name] = service; }
 
-  // Time passes; each expiry on the way is delivered at its own instant.
+  // Lets time pass, and delivers each expiry at its instant.
   void pass(std::chrono::nanoseconds duration);
 
-  // The timer's period, and how long until it expires; nothing for one that is not there, not
-  // armed.
+  // The timer's period, if it exists, and the time until it expires, if it is armed.
   [[nodiscard]] std::optional<std::chrono::milliseconds> periodOf(int timer) const;
   [[nodiscard]] std::optional<std::chrono::nanoseconds> dueIn(int timer) const;
   [[nodiscard]] std::vector<int> armed() const;
@@ -58,9 +58,9 @@ class OrderedTimers : public Context {
     std::chrono::milliseconds period;
     std::optional<std::chrono::nanoseconds> expiry;
   };
-  void tell(const std::string& call) const;
+  void report(const std::string& call) const;
   std::optional<std::pair<std::chrono::nanoseconds, int>> next() const;
-  Executable* disarm(int timer);
+  Executable* disarm(int timer);  // returns its owner; null if it does not exist
 
   mutable std::mutex m_mutex;  // guards the timers
   host::VirtualClock& m_clock;
