@@ -93,9 +93,10 @@ TEST(SimpleDateText, NumberEndsAtTheFirstOtherCharacterAndAtTheLimitsOfInt) {
     const char* text;
     std::size_t position;
     int number;
-  } table[] = {{"09:07", 0, 9},  {"09:07", 3, 7}, {"7:30", 0, 7},  {"7:30", 3, 0},
-               {"23:59", 3, 59}, {"12:", 3, 0},   {"x1:2y", 0, 0}, {"12:2y", 3, 2},
-               {"+1:-3", 3, -3}, {"", 0, 0}};
+  } table[] = {{"09:07", 0, 9},  {"09:07", 3, 7},     {"7:30", 0, 7},      {"7:30", 3, 0},
+               {"23:59", 3, 59}, {"12:", 3, 0},       {"x1:2y", 0, 0},     {"12:2y", 3, 2},
+               {"+1:-3", 3, -3}, {"\xffx\n8 ", 0, 0}, {"\xffx\n8 ", 2, 8}, {"\n3\x01\t4", 0, 3},
+               {"", 0, 0}};
   for (const auto& row : table)
     EXPECT_EQ(SimpleDateText::numberAt(row.text, row.position, 2), row.number)
         << "\"" << row.text << "\" at " << row.position;

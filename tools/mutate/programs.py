@@ -19,7 +19,6 @@ PLUGIN_TESTS = (
     "plugin_quiet_log_test",
     "plugin_threads_test",
     "plugin_unreadable_time_test",
-    "plugin_any_bytes_test",
 )
 HOST_TESTS = (
     "host_base_test",
