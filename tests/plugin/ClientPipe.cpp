@@ -31,7 +31,7 @@ std::vector<std::string> linesOf(const std::string& text) {
 
 ClientPipe::ClientPipe() {
   unlink(kName);
-  // Open for writing as well, so that reading never comes to an end between two clients.
+  // Also open for writing, so that there is no end of file between two clients.
   if (mkfifo(kName, 0600) != 0 || (m_pipe = open(kName, O_RDWR | O_CLOEXEC)) < 0)
     throw std::system_error(errno, std::generic_category(), kName);
   host::ProgramMap::instance().set(DevicePaths::kNtpClientProgram, RECORDING_CLIENT);

@@ -5,7 +5,7 @@
 
 namespace plugin {
 
-// Hears the recording NTP clients that the service starts.
+// Receives the reports of the recording NTP clients that the service starts.
 // Owner: the test. Failure: throws std::system_error.
 class ClientPipe {
  public:
@@ -14,9 +14,9 @@ class ClientPipe {
   ClientPipe(const ClientPipe&) = delete;
   ClientPipe& operator=(const ClientPipe&) = delete;
 
-  // The lines of the next message; empty when none came within ten seconds.
+  // The lines of the next message; none after ten seconds.
   std::vector<std::string> next();
-  // The next message is of a client that started, or ended: its process id, or else empty.
+  // The process id of the client whose start or end is the next message; empty for another message.
   std::string nextStart();
   std::string nextEnd();
 

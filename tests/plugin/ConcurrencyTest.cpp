@@ -21,7 +21,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-// Long where it finds most.
+// Longest under the thread sanitizer, which finds most.
 constexpr seconds kWhile{support::kThreadSanitizer ? 30 : 2};
 constexpr seconds kShortWhile{support::kThreadSanitizer ? 10 : 1};
 
@@ -53,8 +53,8 @@ const std::vector<Setting>& settings() {
   return rows;
 }
 
-// What sets the clock by hand. With date format 0, each date and each time is one of the lists
-// below.
+// Keys and calls that set the clock by hand. With date format 0, they only set dates and times of
+// the lists below.
 const std::vector<Setting>& handSettings() {
   static const std::vector<Setting> rows{
       {"time", {"2026-03-08T06:59:50+00:00", "2027-12-31T23:59:59+00:00"}},
@@ -105,7 +105,7 @@ class ClockWithManyCallers : public testing::Test {
     peer.emplace(telephone.service());
   }
 
-  // Runs `step` with 0, 1, 2 ... on a thread of its own, until the time is over.
+  // Runs `step` with 0, 1, 2 ... on a new thread until runFor ends.
   void caller(std::function<void(std::size_t)> step) {
     m_callers.emplace_back([this, step = std::move(step)] {
       for (std::size_t i = 0; !m_over; ++i) step(i);
@@ -128,7 +128,7 @@ class ClockWithManyCallers : public testing::Test {
   void getter(const std::vector<Setting>& rows) {
     caller([this, &rows](std::size_t i) { telephone.managed(rows[i % rows.size()].key); });
   }
-  // Whole rounds: what was observed is observed no longer at the end.
+  // In whole rounds, so that each observer is unregistered at the end.
   void peerCalling(const Texts& calls) {
     caller([this, &calls](std::size_t) {
       for (const std::string& call : calls) peer->call(call);
@@ -182,7 +182,7 @@ TEST_F(ClockWithManyCallers, EndsWithOneOfTheValuesWrittenForEachKey) {
   EXPECT_GT(peer->events, 0);
 }
 
-// A time that one thread has read is not stored over a later one of another thread.
+// No thread stores a time over a later one of another thread.
 TEST_F(ClockWithManyCallers, SavedTimeDoesNotGoBack) {
   for (int i = 0; i < 3; ++i) {
     caller([this](std::size_t) { static_cast<void>(telephone.service().setFallbackTime()); });
@@ -198,7 +198,7 @@ TEST_F(ClockWithManyCallers, SavedTimeDoesNotGoBack) {
   EXPECT_EQ(wentBack, 0) << "until " << last;
 }
 
-// Less than a second passes, so that what was set is what is shown at the end.
+// Less than a second passes, so that the clock still shows what was set.
 TEST_F(ClockWithManyCallers, EndsAtOneOfTheTimesAndDatesWritten) {
   setter(handSettings(), 0);
   setter(handSettings(), 1);

@@ -99,7 +99,7 @@ TEST_F(ClockWithFallbackFile, DeletesAFolderInItsPlace) {
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
-TEST_F(ClockWithFallbackFile, StartsWithAFolderInItsPlaceThatIsNotEmpty) {
+TEST_F(ClockWithFallbackFile, StartsWithANonEmptyFolderInItsPlace) {
   std::filesystem::create_directories(file() / "more");
   EXPECT_EQ(timeAfterStart(), kSaved);
   EXPECT_TRUE(std::filesystem::exists(file() / "more"));
@@ -175,7 +175,7 @@ TEST_F(ClockWithFallbackFile, LeavesAFileThatItMayNotReadAlone) {
   EXPECT_TRUE(std::filesystem::exists(file()));
 }
 
-// The names of a record's items: only an explicit instantiation may name the private member.
+// Access to a private member, the names of a record's items: an explicit instantiation may name it.
 using Names = std::map<std::string, std::string> ManageableData::*;
 Names namesOfItems();
 template <Names Member>
@@ -184,7 +184,7 @@ struct Opened {
 };
 template struct Opened<&ManageableData::m_names>;
 
-// Keeps the record that it is given last.
+// Keeps the last record that is set.
 class KeepingManagement final : public host::LocalManagement {
  public:
   bool setData(ManageableData& record) override {

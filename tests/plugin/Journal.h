@@ -7,7 +7,7 @@
 
 namespace plugin {
 
-// What happened, in order, as seen by several recording parts. Thread: any.
+// What several recording parts saw, in order. Thread: any.
 class Journal {
  public:
   void add(std::string line) {
@@ -18,7 +18,7 @@ class Journal {
     const std::lock_guard<std::mutex> guard(m_mutex);
     return m_lines;
   }
-  // All of it, and an empty journal afterwards.
+  // Returns all lines and clears the journal.
   std::vector<std::string> take() {
     const std::lock_guard<std::mutex> guard(m_mutex);
     return std::exchange(m_lines, {});

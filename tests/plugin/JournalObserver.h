@@ -10,7 +10,7 @@
 
 namespace plugin {
 
-// Writes what it hears into a journal: "time 03:00:00", "date 08.03.2026", "zone LOC-1:00".
+// Records events in a journal: "time 03:00:00", "date 08.03.2026", "zone LOC-1:00".
 // Owner: the test; outlives its registration. Thread: any.
 class JournalObserver final : public ClockServiceObserverIfc {
  public:
@@ -18,7 +18,7 @@ class JournalObserver final : public ClockServiceObserverIfc {
   explicit JournalObserver(Journal& journal, const std::string& name = {})
       : m_journal(journal), m_prefix(name.empty() ? name : name + " ") {}
 
-  // Called in each event, before it is written down.
+  // Called in each event, before it is recorded.
   std::function<void()> onEvent;
 
   void timezoneChangeEvent(std::string timezone) override { write("zone " + timezone); }

@@ -1,4 +1,4 @@
-// The service from construction to destruction: what it asks of the framework, in which order.
+// The service from construction to destruction: its calls to the framework, in order.
 
 #include <gmock/gmock.h>
 
@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-TEST_F(RecordedStart, SeesTheTwelveStepsOfStartUpInOrder) {
+TEST_F(RecordedStart, RunsTheTwelveStepsOfStartUpInOrder) {
   store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
   management.values["interface-status"] = "up";
   start();
@@ -38,7 +38,7 @@ TEST_F(RecordedStart, SeesTheTwelveStepsOfStartUpInOrder) {
                   "log 5 NTP Client Thread has been started"));
 }
 
-TEST_F(RecordedStart, FindsTheClockSetToTheSavedTimeBeforeTheFirstTimer) {
+TEST_F(RecordedStart, SetsTheClockToTheSavedTimeBeforeTheFirstTimer) {
   store.items["FallbackDateTime"] = "2030-01-02T05:30:00+02:00";  // the offset is applied
   std::string atFirstTimer;
   timers.onCall = [&](const std::string& call) {
@@ -46,7 +46,7 @@ TEST_F(RecordedStart, FindsTheClockSetToTheSavedTimeBeforeTheFirstTimer) {
   };
   start();
   EXPECT_EQ(atFirstTimer, "2030-01-02T03:30:00+00:00");
-  end();  // the framework tells of the end, too
+  end();  // while atFirstTimer exists
 }
 
 TEST_F(RecordedStart, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
@@ -66,7 +66,7 @@ TEST_F(RecordedStart, StartsNoNtpClientUnlessTheNetworkIsExactlyUp) {
   }
 }
 
-TEST_F(RecordedStart, HasTheTimeItemReadOnlyWithAServerOnly) {
+TEST_F(RecordedStart, MakesTheTimeItemReadOnlyIfThereIsAServer) {
   for (const auto& [server, state] :
        {std::pair{"192.0.2.1", "4"}, {"::", "0"}, {"0.0.0.0", "0"}, {"", "0"}}) {
     store.items["SNTPaddress"] = server;
@@ -79,11 +79,11 @@ TEST_F(RecordedStart, HasTheTimeItemReadOnlyWithAServerOnly) {
 TEST_F(RecordedStart, PassesTheSoftwareTypeToTheSettings) {
   management.values["related-software-type"] = "Velmora QEX";
   start();
-  // that type has no zone of its own until a time source is chosen
+  // This type has no zone until a time source is chosen.
   EXPECT_THAT(journal.take(), Contains("observer zone "));
 }
 
-TEST_F(RecordedStart, SeesEveryTimerDeletedAtTheEnd) {
+TEST_F(RecordedStart, DeletesEveryTimerAtTheEnd) {
   management.values["mac-addr"] = "0001E3A1B2C3";
   start();
   timers.pass(std::chrono::hours{1});  // now there is a restart timer, too
@@ -93,17 +93,17 @@ TEST_F(RecordedStart, SeesEveryTimerDeletedAtTheEnd) {
   EXPECT_EQ(timers.timers(), 0U);
   const auto lines = journal.take();
   EXPECT_THAT(lines, Contains("delete 1"));
-  EXPECT_THAT(lines, Not(Contains(testing::HasSubstr("observer"))));  // nobody is told
+  EXPECT_THAT(lines, Not(Contains(testing::HasSubstr("observer"))));
 }
 
-TEST_F(RecordedStart, MayDestroyAServiceThatWasNeverStarted) {
+TEST_F(RecordedStart, CanDestroyAServiceThatWasNeverStarted) {
   service = std::make_unique<ClockService>();
   service.reset();
   EXPECT_THAT(journal.lines(), IsEmpty());
   EXPECT_FALSE(log.hasPart("Cannot open"));
 }
 
-TEST_F(RecordedStart, SeesNoEffectOfRunShutdownHookSwitchAndAlarms) {
+TEST_F(RecordedStart, IgnoresRunShutdownHookSwitchAndAlarms) {
   start();
   journal.take();
   std::string alarmTime = "07:00";
@@ -118,9 +118,9 @@ TEST_F(RecordedStart, SeesNoEffectOfRunShutdownHookSwitchAndAlarms) {
   EXPECT_THAT(journal.lines(), IsEmpty());
 }
 
-// The observer's event holds the listener in the middle of an update, for which the destruction has
-// to wait: the update starts a timer again, and saves the time.
-TEST_F(RecordedStart, MayDestroyTheServiceWhileTheListenerIsInAnUpdate) {
+// The observer keeps the listener in the middle of an update. The destruction must wait for it,
+// because the update starts a timer and saves the time.
+TEST_F(RecordedStart, CanDestroyTheServiceWhileTheListenerIsInAnUpdate) {
   start();
   std::atomic<bool> inUpdate{false};
   std::atomic<bool> held{true};
@@ -143,11 +143,11 @@ TEST_F(RecordedStart, MayDestroyTheServiceWhileTheListenerIsInAnUpdate) {
   EXPECT_THAT(lines, testing::IsSupersetOf({"start 1", "delete 1"}));
   EXPECT_LT(std::find(lines.begin(), lines.end(), "start 1"),
             std::find(lines.begin(), lines.end(), "delete 1"));
-  EXPECT_TRUE(log.hasPart("sntpTimeChanged: FallbackTime is"));  // the update came to its end
+  EXPECT_TRUE(log.hasPart("sntpTimeChanged: FallbackTime is"));  // the update finished
   EXPECT_TRUE(log.hasPart("NTP Client Thread finished"));
 }
 
-TEST(Factory, GivesANewServiceEachTime) {
+TEST(Factory, MakesANewServiceEachTime) {
   const std::unique_ptr<Service> first(createClockService());
   const std::unique_ptr<Service> second(createClockService());
   EXPECT_NE(dynamic_cast<ClockService*>(first.get()), nullptr);

@@ -17,7 +17,7 @@
 
 namespace plugin {
 
-// Keeps what the listener reports; the test waits for it, and may hold it up.
+// Records the listener's reports. The test waits for them, and can make the listener wait in one.
 class Reports final : public SNTPTimeChangeObserver {
  public:
   void handleSNTPClientUpdate(long secondsSinceEpoch) override {
@@ -27,7 +27,7 @@ class Reports final : public SNTPTimeChangeObserver {
     m_changed.wait(lock, [this] { return !m_held; });
   }
 
-  // The first `count` reports; fewer when they did not come within ten seconds.
+  // All reports, once there are `count` or after ten seconds.
   std::vector<long> first(std::size_t count) {
     std::unique_lock lock(m_mutex);
     m_changed.wait_for(lock, std::chrono::seconds{10}, [&] { return m_values.size() >= count; });
@@ -52,7 +52,7 @@ class ListenerNotStarted : public testing::Test {
   ListenerNotStarted() { forgetCalls(); }
   ~ListenerNotStarted() override {
     end();
-    forgetCalls();  // or the next test's reads would fail, too
+    forgetCalls();  // otherwise the next test's reads would fail, too
   }
 
   void end() {

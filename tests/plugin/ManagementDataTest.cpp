@@ -1,4 +1,4 @@
-// The sixteen management keys: what each gives, what it takes and what it refuses.
+// The sixteen management keys: the value that each returns, and the values that it accepts.
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 using plugin::ManagedClock;
 
-TEST_F(ManagedClock, GivesADefaultForEachKey) {
+TEST_F(ManagedClock, ReturnsADefaultForEachKey) {
   std::string zones;
   DSTZoneRules().getDSTZoneList(zones);
   const std::pair<const char*, std::string> rows[] = {{"time", "2024-03-05T09:07:05+00:00"},
@@ -58,7 +58,7 @@ struct Setting {
   const char* stored;
 };
 
-TEST_F(ManagedClock, TakesAndRefusesSettings) {
+TEST_F(ManagedClock, AcceptsAndRefusesSettings) {
   const Setting rows[] = {
       // any text is a format, a number of minutes, a time source
       {"date-format", "1", true, "1", "DateFormat", "1"},

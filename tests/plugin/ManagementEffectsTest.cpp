@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 const std::string kRefreshStarts = "start " + std::to_string(kZoneRefresh);
 
-// A managed clock, all of whose calls to the framework are in the journal.
+// A managed clock whose calls to the framework are all in the journal.
 class ManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
  protected:
   ManagedClockOnRecordingParts() { management.values["interface-status"] = "down"; }
@@ -70,7 +70,7 @@ TEST_F(ManagedClockOnRecordingParts, RefreshesTheZoneAlsoForAnUnchangedOffset) {
   EXPECT_THAT(accepted("sntp-tz-offset", "0"), ElementsAre(kRefreshStarts, kSecurityService));
 }
 
-TEST_F(ManagedClockOnRecordingParts, StoresTheDisplayFormatsAndThatIsAll) {
+TEST_F(ManagedClockOnRecordingParts, OnlyStoresTheDisplayFormats) {
   start();
   EXPECT_THAT(accepted("date-format", "2"), ElementsAre("store DateFormat=2", kSecurityService));
   EXPECT_THAT(accepted("time-format", "1"), ElementsAre("store TimeFormat=1", kSecurityService));
@@ -143,45 +143,37 @@ TEST_F(ManagedClockOnRecordingParts, BracketsAChangeOfTheClock) {
               ElementsAre("begin clock change", "end clock change", kSecurityService));
 }
 
-// A clock that starts before the physical interface is there. starts: the timers that tell
-// observers of the change.
-class ManagedClockWithoutPhysicalInterface : public ManagedClockOnRecordingParts {
- protected:
+// A clock that starts before the physical interface is there looks for it with each set, until it
+// is found. starts: the timers that announce the change.
+TEST_F(ManagedClockOnRecordingParts, LooksForThePhysicalInterfaceUntilItIsThere) {
   using Lines = std::vector<std::string>;
-
-  ManagedClockWithoutPhysicalInterface() {
+  const struct {
+    const char* key;
+    const char* value;
+    Lines starts;
+  } table[] = {{"time", "2031-01-02T03:04:05+00:00", {"start 3", "start 2"}},
+               {"simple-time", "10:20", {"start 2"}},
+               {"simple-date", "01.02.2030", {"start 3"}}};
+  for (const auto& row : table) {
     timers.add("PhysicalInterfaceServiceIfc", nullptr);
     start();
-  }
-  static Lines joined(const Lines& first, const Lines& second, const Lines& third) {
-    Lines all = first;
-    all.insert(all.end(), second.begin(), second.end());
-    all.insert(all.end(), third.begin(), third.end());
-    return all;
-  }
-  void looksUntilItIsThere(const std::string& key, const std::string& value, const Lines& starts) {
-    const std::string lookedFor = "service PhysicalInterfaceServiceIfc";
-    EXPECT_EQ(accepted(key, value), joined({lookedFor}, starts, {kSecurityService}));
+    Lines expected{"service PhysicalInterfaceServiceIfc"};
+    expected.insert(expected.end(), row.starts.begin(), row.starts.end());
+    expected.emplace_back(kSecurityService);
+    EXPECT_EQ(accepted(row.key, row.value), expected) << row.key;
     timers.add("PhysicalInterfaceServiceIfc", &physical);
-    const Lines end = {"end clock change", kSecurityService};
-    EXPECT_EQ(accepted(key, value), joined({lookedFor, "begin clock change"}, starts, end));
-    EXPECT_EQ(accepted(key, value), joined({"begin clock change"}, starts, end));
+    expected.insert(expected.begin() + 1, "begin clock change");
+    expected.insert(expected.end() - 1, "end clock change");
+    EXPECT_EQ(accepted(row.key, row.value), expected) << row.key;
+    expected.erase(expected.begin());
+    EXPECT_EQ(accepted(row.key, row.value), expected) << row.key;
+    end();
   }
-};
-
-TEST_F(ManagedClockWithoutPhysicalInterface, LooksForItWithATime) {
-  looksUntilItIsThere("time", "2031-01-02T03:04:05+00:00", {"start 3", "start 2"});
 }
 
-TEST_F(ManagedClockWithoutPhysicalInterface, LooksForItWithASimpleTime) {
-  looksUntilItIsThere("simple-time", "10:20", {"start 2"});
-}
-
-TEST_F(ManagedClockWithoutPhysicalInterface, LooksForItWithASimpleDate) {
-  looksUntilItIsThere("simple-date", "01.02.2030", {"start 3"});
-}
-
-TEST_F(ManagedClockWithoutPhysicalInterface, LooksForNothingWithATextThatCannotBeRead) {
+TEST_F(ManagedClockOnRecordingParts, LooksForNothingWithATextThatCannotBeRead) {
+  timers.add("PhysicalInterfaceServiceIfc", nullptr);
+  start();
   for (const auto& [key, value] : {std::pair{"time", "2031-01-02"},
                                    {"time", "2031-13-02T03:04:05+00:00"},
                                    {"time", ""},

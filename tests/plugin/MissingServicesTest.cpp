@@ -1,4 +1,4 @@
-// A framework without some of its services: the clock offers less and does not fail.
+// A framework without some of its services: the clock runs without what they provide.
 
 #include <gmock/gmock.h>
 
@@ -14,7 +14,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-TEST_F(RecordedStart, GetsNoTimersFromAServiceWithoutAContext) {
+TEST_F(RecordedStart, WithoutAContextHasNoTimers) {
   startWith(nullptr);
   const auto lines = journal.take();
   EXPECT_THAT(lines,
@@ -23,7 +23,7 @@ TEST_F(RecordedStart, GetsNoTimersFromAServiceWithoutAContext) {
   EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
 }
 
-TEST_F(RecordedStart, GetsNoReactionToTimersFromAServiceWithoutAContext) {
+TEST_F(RecordedStart, WithoutAContextIgnoresTimers) {
   startWith(nullptr);
   journal.take();
   log.clear();
@@ -32,7 +32,7 @@ TEST_F(RecordedStart, GetsNoReactionToTimersFromAServiceWithoutAContext) {
   EXPECT_THAT(log.entries(), testing::IsEmpty());
 }
 
-TEST_F(RecordedStart, CanAskAServiceWithoutAContextEverything) {
+TEST_F(RecordedStart, WithoutAContextAnswersEverything) {
   startWith(nullptr);
   for (const char* const key : {"date-format", "sntp-addr", "time", "unknown"}) {
     ManageableData record = support::dataOf(key, "0");
@@ -46,7 +46,7 @@ TEST_F(RecordedStart, CanAskAServiceWithoutAContextEverything) {
   EXPECT_EQ(service->getDate(), "01.01.70");
   EXPECT_EQ(service->getTime(), "00:00");
   service->handleSNTPClientUpdate(1);
-  service->timerEvent(0);  // the number of every timer that it does not have
+  service->timerEvent(0);  // the id of a timer that does not exist
   EXPECT_EQ(service->setFallbackTime(), "1970-01-01T00:00:00+00:00");
   service->setTime(1000);
   EXPECT_TRUE(service->setDate(2, 3, 2004));
@@ -54,7 +54,7 @@ TEST_F(RecordedStart, CanAskAServiceWithoutAContextEverything) {
   EXPECT_EQ(service->getUTCTime(0), "2004-03-02T05:06:07+00:00");
 }
 
-TEST_F(RecordedStart, MissesThePhysicalInterfaceWithOneLine) {
+TEST_F(RecordedStart, LogsAMissingPhysicalInterfaceOnce) {
   timers.add("PhysicalInterfaceServiceIfc", nullptr);
   start();
   const auto lines = journal.take();
@@ -63,7 +63,7 @@ TEST_F(RecordedStart, MissesThePhysicalInterfaceWithOneLine) {
   EXPECT_EQ(service->getDate(), "16.06.16");  // as on variant 0
 }
 
-TEST_F(RecordedStart, TakesAServiceOfAnotherTypeForAMissingOne) {
+TEST_F(RecordedStart, TreatsAServiceOfAnotherTypeAsMissing) {
   plugin::RecordingSecurityLog other;
   timers.add("PhysicalInterfaceServiceIfc", &other);
   timers.add("LocalMgmtIfc", &other);
@@ -73,18 +73,18 @@ TEST_F(RecordedStart, TakesAServiceOfAnotherTypeForAMissingOne) {
   EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
 }
 
-TEST_F(RecordedStart, MissesLocalManagementAndTakesTheNetworkForDown) {
+TEST_F(RecordedStart, WithoutLocalManagementTreatsTheNetworkAsDown) {
   timers.add("LocalMgmtIfc", nullptr);
   start();
   const auto lines = journal.take();
   EXPECT_THAT(lines, Not(Contains("register ClockMgmtId")));
   EXPECT_THAT(lines, Not(Contains("observe dhcp-enabled")));
   EXPECT_THAT(lines, Not(Contains("log 5 start NTP client")));
-  EXPECT_THAT(lines, Contains("create 1 -> 4"));  // and goes on
+  EXPECT_THAT(lines, Contains("create 1 -> 4"));  // a later step of the start
   EXPECT_FALSE(service->resetUserData());
 }
 
-TEST_F(RecordedStart, IsManagedWithoutLocalManagementToReportTo) {
+TEST_F(RecordedStart, WithoutLocalManagementAcceptsSetsAndReportsNothing) {
   timers.add("LocalMgmtIfc", nullptr);
   store.items["DateFormat"] = "1";
   start();
@@ -96,21 +96,21 @@ TEST_F(RecordedStart, IsManagedWithoutLocalManagementToReportTo) {
   EXPECT_EQ(store.items["DateFormat"], "1");
 }
 
-TEST_F(RecordedStart, SeesAnErrorLoggedWhenTheStartCannotBeRecorded) {
+TEST_F(RecordedStart, LogsThatTheStartCannotBeRecorded) {
   management.acceptSets = false;
   start();
   EXPECT_TRUE(log.has(2, "logStartUpUtc method failed to write last-restart-date"));
   EXPECT_THAT(journal.take(), Contains(testing::StartsWith("write last-restart-date")).Times(1));
 }
 
-TEST_F(RecordedStart, ServesDefaultsWithoutAStoreAndRefusesToStore) {
+TEST_F(RecordedStart, WithoutAStoreHasDefaultsAndRefusesSets) {
   timers.add("DataAccessServiceIfc", nullptr);
   start();
   EXPECT_EQ(service->getUTCTime(0), "2016-06-16T00:00:00+00:00");
   EXPECT_FALSE(support::set(*service, "date-format", "1"));
 }
 
-TEST_F(RecordedStart, NeverSeesATimerUsedThatCouldNotBeCreated) {
+TEST_F(RecordedStart, NeverUsesATimerThatCouldNotBeCreated) {
   for (const int refused : {0, -1}) {
     timers.refuseTimers(refused);
     start();

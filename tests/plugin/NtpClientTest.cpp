@@ -19,7 +19,7 @@ constexpr const char* kLongestAddress = "2001:db8:1111:2222:3333:4444:5555:6666"
 
 }  // namespace
 
-// The linker puts this in the place of NetHelper::dnsLookup: no test asks a name server.
+// The linker replaces NetHelper::dnsLookup with this, so that no test needs a name server.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" bool __real__ZN9NetHelper9dnsLookupEPKcPcii(const char* name, char* buffer, int size,
                                                        int family);
@@ -49,7 +49,7 @@ class ClockWithNetworkUp : public testing::Test {
     telephone.management.setValue("interface-status", "up");
     telephone.store("SNTPaddress", "127.0.0.1");
   }
-  // The clock is running, and so is its client.
+  // Starts the clock; returns the process id of its client.
   std::string start() {
     telephone.switchOn();
     return clients.nextStart();
@@ -112,7 +112,7 @@ TEST_F(ClockWithNetworkUp, EndsTheOldClientBeforeItStartsTheNextOne) {
   EXPECT_NE(second, "");
   EXPECT_FALSE(isRunning(first));
   EXPECT_TRUE(isRunning(second));
-  EXPECT_EQ(getpgid(std::stoi(second)), std::stoi(second));  // with all that it may start
+  EXPECT_EQ(getpgid(std::stoi(second)), std::stoi(second));  // its own process group
 }
 
 TEST_F(ClockWithNetworkUp, EndsTheClientWithTheService) {
@@ -122,7 +122,7 @@ TEST_F(ClockWithNetworkUp, EndsTheClientWithTheService) {
   EXPECT_FALSE(isRunning(client));
 }
 
-// The listener blocks in its pipe until it is woken; the client must not keep running meanwhile.
+// The listener may block in its pipe for long; the client must not keep running meanwhile.
 TEST_F(ClockWithNetworkUp, EndsTheClientBeforeItWaitsForTheListener) {
   auto service = std::make_unique<ClockService>();
   service->initWith(&telephone.context);

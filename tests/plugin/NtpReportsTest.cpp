@@ -7,7 +7,7 @@
 
 namespace {
 
-// The private switch of the service: only an explicit instantiation may name it.
+// Access to a private member of the service: an explicit instantiation may name it.
 bool ClockService::*updateFallbackOnSntp();
 template <bool ClockService::*Member>
 struct Opened {
@@ -20,7 +20,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // A running clock on recording parts, at 2030-01-02T03:30:00.
-class ClockHearingReports : public plugin::RecordedStart {
+class ClockWithReports : public plugin::RecordedStart {
  protected:
   void startWith(Executable* physicalInterface) {
     timers.add("PhysicalInterfaceServiceIfc", physicalInterface);
@@ -34,7 +34,7 @@ class ClockHearingReports : public plugin::RecordedStart {
   }
 };
 
-TEST_F(ClockHearingReports, BracketsOnlyTheFirstTimeEvent) {
+TEST_F(ClockWithReports, BracketsOnlyTheFirstTimeEvent) {
   startWith(&physical);
   EXPECT_FALSE(service->isTimeSourceSntp());
   service->handleSNTPClientUpdate(1);
@@ -49,7 +49,7 @@ TEST_F(ClockHearingReports, BracketsOnlyTheFirstTimeEvent) {
                           "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
 }
 
-TEST_F(ClockHearingReports, WorksWithoutThePhysicalInterface) {
+TEST_F(ClockWithReports, WorksWithoutThePhysicalInterface) {
   startWith(nullptr);
   service->handleSNTPClientUpdate(1);
   EXPECT_THAT(journal.take(),
@@ -57,7 +57,7 @@ TEST_F(ClockHearingReports, WorksWithoutThePhysicalInterface) {
                           "store FallbackDateTime=2030-01-02T03:30:00+00:00"));
 }
 
-TEST_F(ClockHearingReports, SavesNoTimeWhenThatIsSwitchedOff) {
+TEST_F(ClockWithReports, SavesNoTimeWhenThatIsSwitchedOff) {
   startWith(nullptr);
   EXPECT_TRUE(service.get()->*updateFallbackOnSntp());
   service.get()->*updateFallbackOnSntp() = false;
@@ -65,7 +65,7 @@ TEST_F(ClockHearingReports, SavesNoTimeWhenThatIsSwitchedOff) {
   EXPECT_THAT(journal.take(), ElementsAre("observer time 03:30:00", "observer date 02.01.2030"));
 }
 
-TEST_F(ClockHearingReports, SaysWhetherTheTimeIsTheServers) {
+TEST_F(ClockWithReports, LogsWhetherTheTimeIsFromTheServer) {
   startWith(&physical);
   log.clear();
   service->isTimeSourceSntp();
@@ -75,7 +75,7 @@ TEST_F(ClockHearingReports, SaysWhetherTheTimeIsTheServers) {
   EXPECT_TRUE(log.has(6, "isTimeSourceSntp: return 1"));
 }
 
-TEST_F(ClockHearingReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {
+TEST_F(ClockWithReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {
   startWith(&physical);
   ASSERT_TRUE(clock.setWall(std::chrono::seconds{1'709'168'523}));
   for (const long reported : {1L, static_cast<long>(0xFFFFFFFFUL), -1L, 0L}) {
@@ -84,7 +84,7 @@ TEST_F(ClockHearingReports, TakesTheTimeFromTheSystemAndNotFromTheReport) {
   }
 }
 
-TEST_F(ClockHearingReports, ReceivesAReportThroughThePipe) {
+TEST_F(ClockWithReports, ReceivesAReportThroughThePipe) {
   startWith(&physical);
   pipe.report(1'709'168'523);
   EXPECT_TRUE(log.waitForPart("sntpTimeChanged: FallbackTime is"));
@@ -93,7 +93,7 @@ TEST_F(ClockHearingReports, ReceivesAReportThroughThePipe) {
   EXPECT_TRUE(log.waitForPart("EPOC: 1709168524"));
 }
 
-TEST_F(ClockHearingReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
+TEST_F(ClockWithReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
   for (const char* const who : {"all", "unmanaged"}) {
     log.clear();  // of the other listener's start
     store.items.clear();
@@ -111,7 +111,7 @@ TEST_F(ClockHearingReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
   }
 }
 
-TEST_F(ClockHearingReports, LeavesTheOtherSettingsAsTheyAreWhenUserDataChange) {
+TEST_F(ClockWithReports, LeavesTheOtherSettingsAsTheyAreWhenUserDataChange) {
   startWith(&physical);
   store.items["TimezoneOffset"] = "5";
   store.items["DateFormat"] = "1";
@@ -119,7 +119,7 @@ TEST_F(ClockHearingReports, LeavesTheOtherSettingsAsTheyAreWhenUserDataChange) {
   EXPECT_EQ(support::get(*service, "sntp-tz-offset"), "0");
 }
 
-TEST_F(ClockHearingReports, IgnoresOtherUserDataAndOtherKeys) {
+TEST_F(ClockWithReports, IgnoresOtherUserDataAndOtherKeys) {
   startWith(&physical);
   store.items["DateFormat"] = "2";
   for (const char* const value : {"", "ALL", "managed", "all ", "unmanaged "})
@@ -132,7 +132,7 @@ TEST_F(ClockHearingReports, IgnoresOtherUserDataAndOtherKeys) {
   EXPECT_FALSE(log.has("start NTP client"));
 }
 
-TEST_F(ClockHearingReports, StartsTheZoneTimerThenTheClientWhenDhcpChanges) {
+TEST_F(ClockWithReports, StartsTheZoneTimerThenTheClientWhenDhcpChanges) {
   startWith(&physical);
   for (const char* const value : {"true", "false", ""})
     EXPECT_THAT(change("dhcp-enabled", value), ElementsAre("start 4", "log 5 start NTP client"))

@@ -10,7 +10,6 @@
 namespace {
 
 using std::chrono::hours;
-using testing::IsEmpty;
 
 // A running clock of a device with this MAC address.
 class ClockWithMacAddress : public testing::Test {
@@ -77,20 +76,13 @@ TEST_F(ClockWithMacAddress, SeedsWithZeroFromAnInvalidMacAddress) {
   }
 }
 
-TEST_F(ClockWithMacAddress, DoesNotSeedWithoutOneAndDoesNotAskAgain) {
+TEST_F(ClockWithMacAddress, ReadsAMissingMacAddressOnlyOnce) {
   start(nullptr);
   telephone.pass(hours{1});
   telephone.management.setValue("mac-addr", "0001E3A1B2C3");
   telephone.pass(hours{1});
   EXPECT_FALSE(log.hasPart("seeding with"));
   EXPECT_EQ(delays().size(), 2U);
-}
-
-TEST_F(ClockWithMacAddress, SchedulesNoRestartWhenATimeIsSet) {
-  start("0001E3A1B2C3");
-  telephone.service().setTime(10, 0, 0);
-  telephone.pass(std::chrono::milliseconds{1});
-  EXPECT_THAT(delays(), IsEmpty());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// How much a clock does when nobody touches it: each timer that expires costs the device power.
+// What an idle clock does. Each timer that expires costs the device power.
 
 #include <gtest/gtest.h>
 
@@ -10,14 +10,14 @@ namespace {
 
 using std::chrono::hours;
 
-// Under central European time; its first day is over.
-TEST(QuietClock, IsWokenFiftyTimesADayToAnnounceHoursAndDatesAndToSaveTheTime) {
+// It announces hours and dates, restarts the NTP client and saves the time.
+TEST(QuietClock, WakesFiftyTimesADay) {
   constexpr std::int64_t kDays = 365;
   plugin::Telephone telephone;
   telephone.storeZone("1", true, true, 9);
   telephone.store("FallbackDateTime", "2029-12-31T23:00:00+00:00");  // a local midnight
   telephone.switchOn();
-  // The first hour sets the zone's hours, and the restarts have found their place in the hour.
+  // After the first full hour of the zone and the first restart of the NTP client.
   telephone.pass(hours{1} + std::chrono::minutes{30});
   telephone.events.take();
   const auto expiries = telephone.clock.expiriesDelivered();

@@ -1,5 +1,5 @@
-// Stands in for the external NTP client: tells through the pipe "clients" of its working folder how
-// it was called, waits, and tells when it is ended.
+// Stands in for the external NTP client. Reports its command line through the pipe "clients" of its
+// working folder, waits for SIGTERM, and reports its end.
 //   "+PID\n" and each argument in a line of its own, then "MARK=value of CLOCK_TEST_MARK" and "."
 //   "-PID\n.\n"
 
@@ -12,7 +12,7 @@
 
 namespace {
 
-void tell(const std::string& message) {
+void report(const std::string& message) {
   const int pipe = open("clients", O_WRONLY);
   if (pipe < 0 || write(pipe, message.data(), message.size()) < 0) _exit(3);
   close(pipe);
@@ -28,9 +28,9 @@ int main(int argc, char** argv) {
   std::string message = "+" + std::to_string(getpid()) + "\n";
   for (int i = 0; i < argc; ++i) message += std::string(argv[i]) + "\n";
   const char* const mark = std::getenv("CLOCK_TEST_MARK");  // NOLINT(concurrency-mt-unsafe)
-  tell(message + "MARK=" + (mark != nullptr ? mark : "") + "\n.\n");
+  report(message + "MARK=" + (mark != nullptr ? mark : "") + "\n.\n");
   int signal = 0;
   sigwait(&ending, &signal);
-  tell("-" + std::to_string(getpid()) + "\n.\n");
+  report("-" + std::to_string(getpid()) + "\n.\n");
   return 0;
 }

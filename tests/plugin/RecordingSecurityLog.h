@@ -43,7 +43,7 @@ class RecordingSecurityLog final : public support::Part, public SecurityLogServi
     const std::lock_guard<std::mutex> guard(m_mutex);
     return m_records.size();
   }
-  // REQUIRES: there is one.
+  // REQUIRES: there is a record.
   [[nodiscard]] Record last() const {
     const std::lock_guard<std::mutex> guard(m_mutex);
     return m_records.back();

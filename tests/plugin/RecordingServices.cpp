@@ -55,7 +55,7 @@ bool RecordingManagement::setData(ManageableData& record) {
 }
 
 bool RecordingManagement::observeData(const std::string& key, MgmtAgentIfc* newAgent) {
-  m_journal.add("observe " + key + (newAgent == agent ? "" : " for somebody else"));
+  m_journal.add("observe " + key + (newAgent == agent ? "" : " for another agent"));
   return true;
 }
 

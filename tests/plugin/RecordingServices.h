@@ -12,7 +12,7 @@
 #include "plugin/Journal.h"
 #include "support/Part.h"
 
-// Services of the device that write each call into a journal. Owner: the test. Thread: any.
+// Services of the device that record each call in a journal. Owner: the test. Thread: any.
 namespace plugin {
 
 class RecordingPhysical final : public support::Part, public PhysicalInterfaceServiceIfc {
@@ -45,8 +45,8 @@ class RecordingManagement final : public support::Part, public LocalMgmtIfc {
   std::map<std::string, std::string> values;
   MgmtAgentIfc* agent = nullptr;
   bool acceptSets = true;
-  std::map<std::string, bool> userData;  // true unless told otherwise
-  std::map<std::string, bool> acceptReports;
+  std::map<std::string, bool> userData;       // by key; true for other keys
+  std::map<std::string, bool> acceptReports;  // likewise
 
  private:
   Journal& m_journal;

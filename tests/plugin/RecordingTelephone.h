@@ -15,7 +15,7 @@
 
 namespace plugin {
 
-// A telephone whose parts write what they are asked into one journal; its service is not there yet.
+// A telephone whose parts record their calls in one journal. Its service is not started yet.
 class RecordingTelephone : public testing::Test {
  protected:
   explicit RecordingTelephone(OrderedTimers::Order order = OrderedTimers::Order::ofCreation,
@@ -33,7 +33,7 @@ class RecordingTelephone : public testing::Test {
   RecordingTelephone(const RecordingTelephone&) = delete;
   RecordingTelephone& operator=(const RecordingTelephone&) = delete;
 
-  // Starts the service that the test has made, or else a new one.
+  // Starts the service that the test has created, or a new one.
   void begin(Context* with) {
     pipe.renew();
     if (!service) service = std::make_unique<ClockService>();
@@ -60,7 +60,7 @@ class RecordingTelephone : public testing::Test {
   std::unique_ptr<ClockService> service;
 };
 
-// Writes the lines of the start-up into the journal, between what is asked of the framework.
+// Adds some log lines of the start-up to the journal, between the calls to the framework.
 class StartUpLog : public support::LogCapture {
  public:
   explicit StartUpLog(Journal& journal)
@@ -73,7 +73,7 @@ class StartUpLog : public support::LogCapture {
         }) {}
 };
 
-// ... and records from the first step of the start-up on.
+// A recording telephone that records from the first step of the start-up.
 class RecordedStart : public RecordingTelephone {
  protected:
   RecordedStart() : RecordingTelephone(OrderedTimers::Order::ofCreation, "observer") {

@@ -11,8 +11,8 @@
 
 namespace plugin {
 
-// Another process that calls the service through its invoker, and that the service can observe.
-// Owner: the test; outlives its observations, and goes before the service. Thread: any, in
+// A peer in another process, which calls the service through its invoker and can observe it.
+// Owner: the test. Outlives its registrations; destroyed before the service. Thread: any, in
 // parallel.
 class RemotePeer final : public ProxyRequest {
  public:
@@ -34,7 +34,7 @@ class RemotePeer final : public ProxyRequest {
     return true;
   }
 
-  std::atomic<int> events{0};  // heard so far
+  std::atomic<int> events{0};  // received so far
 
  private:
   Executable& m_service;

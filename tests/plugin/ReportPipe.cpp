@@ -24,7 +24,7 @@ void require(bool done, const char* what) {
   if (!done) throw std::system_error(errno, std::generic_category(), what);
 }
 
-// How often this process has the pipe open: the listener, and who writes.
+// How many descriptors of this process are open on the pipe: the listener's and the writers'.
 std::size_t timesOpenHere(const std::string& path) {
   return descriptorFlagsOf(path).size();
 }
@@ -42,7 +42,7 @@ void await(Condition condition, const char* what) {
 
 }  // namespace
 
-// Asks by name: the descriptors are the listener's.
+// Finds descriptors by file, because those of the listener are private.
 std::vector<int> descriptorFlagsOf(const std::string& path) {
   std::vector<int> flags;
   struct stat file {};
@@ -94,8 +94,8 @@ void ReportPipe::awaitClosed() {
   await([] { return timesOpenHere(path()) == 0; }, "the listener keeps the pipe open");
 }
 
-// A second message in one opening would be lost, so the listener has to have closed it. An opening
-// that ends before the listener has a descriptor for it could be one with the next.
+// The listener drops a second message in one opening, so it must have closed the previous one. If
+// this opening ended before the listener's open returned, it could merge with the next.
 void ReportPipe::write(const std::string& bytes) const {
   awaitClosed();
   const int pipe = open(path().c_str(), O_WRONLY | O_CLOEXEC);
@@ -119,7 +119,7 @@ std::string ReportPipe::bytesOf(std::uint32_t secondsSinceEpoch) {
   return bytes;
 }
 
-// An opening for writing that succeeds lets a listener out of its open; the close, out of its read.
+// Opening for writing makes the listener's open return; closing makes its read return.
 void ReportPipe::release() {
   if (m_waking.exchange(true)) return;
   m_waker = std::thread([this] {

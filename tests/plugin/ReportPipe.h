@@ -8,29 +8,29 @@
 
 namespace plugin {
 
-// The named pipe of the NTP reports, at the place where the listener looks for it.
+// The named pipe of the NTP reports, at the path that the listener opens.
 // Owner: the test. Failure: throws std::system_error.
 class ReportPipe {
  public:
   static std::string path();  // in the folder of the test program
 
-  ReportPipe();   // makes the pipe; what was in its place is gone
+  ReportPipe();   // makes the pipe, and removes what was at its path
   ~ReportPipe();  // after the listener
   ReportPipe(const ReportPipe&) = delete;
   ReportPipe& operator=(const ReportPipe&) = delete;
 
-  // Writes in an opening of its own: waits for the listener to close the one before and to open
-  // the next, and until it has read something of the bytes.
+  // Writes in an opening of its own: waits until the listener has closed the previous one and
+  // opened the next, and has read some of the bytes.
   void write(const std::string& bytes) const;
   void report(std::uint32_t secondsSinceEpoch) const;
 
-  // Returns when the listener has done with what was written: the observer has been told.
+  // Returns when the listener has handled the last message, including the observer's call.
   static void awaitClosed();
 
-  // A listener does not wait any more: one empty opening follows the other. For its end.
+  // From now on opens and closes the pipe again and again, so that a listener can end.
   void release();
 
-  // After release: a pipe again, for the next listener.
+  // After release: makes the pipe again, for the next listener.
   void renew();
 
   static std::string bytesOf(std::uint32_t secondsSinceEpoch);
@@ -42,10 +42,10 @@ class ReportPipe {
   std::thread m_waker;
 };
 
-// FD_CLOEXEC or 0, for each descriptor of this process that a file is open at.
+// FD_CLOEXEC or 0, for each descriptor of this process on this file.
 std::vector<int> descriptorFlagsOf(const std::string& path);
 
-// Nothing at the place of the pipe: neither file nor folder.
+// Removes whatever is at the pipe's path.
 void removeReportPipe();
 void makeReportPipe();
 

@@ -68,7 +68,7 @@ TEST_F(ClockWithSecurityLog, GetsTheFailureOfTheStoreUnderEachKeyThatIsStored) {
 
 TEST_F(ClockWithSecurityLog, GetsTheSystemsTimeAfterTheSet) {
   EXPECT_TRUE(telephone.manage("time", "2030-12-31T23:30:15+00:00"));
-  telephone.jumpTo(77);  // somebody else sets the system's clock
+  telephone.jumpTo(77);  // another program sets the system's clock
   EXPECT_TRUE(telephone.manage("date-format", "1"));
   const auto records = telephone.security.records();
   ASSERT_EQ(records.size(), 2U);

@@ -43,7 +43,7 @@ TEST_F(ListenerNotStarted, IsDestroyedAtOnceWithoutAPipe) {
   EXPECT_FALSE(log.hasPart("Cannot open"));
 }
 
-TEST_F(ListenerNotStarted, IsDestroyedAlsoWhileThereIsNoPipe) {
+TEST_F(ListenerNotStarted, IsDestroyedWhileItLooksForThePipe) {
   plugin::removeReportPipe();
   listener->start();
   ASSERT_TRUE(log.waitForPart("Cannot open " + plugin::ReportPipe::path()));
@@ -51,8 +51,8 @@ TEST_F(ListenerNotStarted, IsDestroyedAlsoWhileThereIsNoPipe) {
   EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
 }
 
-// As long as nobody writes, the thread does not come through its opening: the one that is seen is
-// the attempt to wake it.
+// Without a writer the thread's own open does not return, so the open that is seen is the attempt
+// to wake it.
 TEST_F(ListenerRunning, IsDestroyedWhileItWaitsOnceAWriterWakesIt) {
   ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
   const support::OpenWatch watch(plugin::ReportPipe::path());
@@ -87,7 +87,7 @@ class ListenerWaitingInItsRead : public ListenerRunning {
   void endAndWrite(std::uint32_t number) {
     const support::OpenWatch watch(plugin::ReportPipe::path());
     std::thread destruction([this] { listener.reset(); });
-    EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // it is told to end
+    EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // the destructor tries to wake it
     EXPECT_EQ(write(m_holder, plugin::ReportPipe::bytesOf(number).data(), 4), 4);
     destruction.join();
   }
@@ -123,10 +123,10 @@ TEST_F(ListenerRunning, ClosesItsPipeOnceWhenItEndsAfterAReport) {
   plugin::forgetCalls();
   const support::OpenWatch watch(plugin::ReportPipe::path());
   std::thread destruction([this] { listener.reset(); });
-  EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // it is told to end
+  EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // the destructor tries to wake it
   reports.hold(false);
   destruction.join();
-  EXPECT_EQ(plugin::closes(), 2);  // the listener's, and that of the attempt to wake it
+  EXPECT_EQ(plugin::closes(), 2);  // the listener's and the destructor's
 }
 
 TEST_F(ListenerRunning, ReportsNothingAfterItsObserverIsReleased) {

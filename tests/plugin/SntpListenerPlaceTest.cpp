@@ -1,5 +1,5 @@
-// The listener finds something other than a named pipe at the pipe's path. It does not open it, and
-// tries again each second.
+// Something other than a named pipe is at the pipe's path. The listener does not open it, and tries
+// again each second.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -40,7 +40,7 @@ void putSocket() {
   close(listening);
 }
 
-// In one step: there is something in the place all the time.
+// In one step, so that the path always exists.
 void putPipe() {
   const std::string next = place() + ".new";
   fs::remove(next);
@@ -49,20 +49,20 @@ void putPipe() {
   fs::rename(next, place());
 }
 
-struct Thing {
+struct NoPipe {
   const char* name;
   std::function<void()> put;
 };
 
-class ListenerWithoutAPipe : public ListenerNotStarted, public testing::WithParamInterface<Thing> {
+class ListenerWithoutAPipe : public ListenerNotStarted, public testing::WithParamInterface<NoPipe> {
  protected:
   const std::string complaint = "Cannot open " + place() + ": Not a named pipe\n";
 };
 
-TEST_P(ListenerWithoutAPipe, TriesAgainEachSecondUntilItIsThere) {
+TEST_P(ListenerWithoutAPipe, TriesAgainEachSecondUntilThereIsOne) {
   plugin::removeReportPipe();
   GetParam().put();
-  // What a link leads to may be opened by others.
+  // Other processes may open the target of a link.
   std::optional<support::OpenWatch> watch;
   if (!fs::is_symlink(place())) watch.emplace(place());
   listener->start();
@@ -78,15 +78,15 @@ TEST_P(ListenerWithoutAPipe, TriesAgainEachSecondUntilItIsThere) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Things, ListenerWithoutAPipe,
-    testing::Values(Thing{"File", putFile}, Thing{"Socket", putSocket},
-                    Thing{"Folder", [] { fs::create_directory(place()); }},
-                    Thing{"LinkToAFolder", [] { fs::create_directory_symlink(".", place()); }},
-                    Thing{"LinkToADevice", [] { fs::create_symlink("/dev/zero", place()); }}),
+    Kinds, ListenerWithoutAPipe,
+    testing::Values(NoPipe{"File", putFile}, NoPipe{"Socket", putSocket},
+                    NoPipe{"Folder", [] { fs::create_directory(place()); }},
+                    NoPipe{"LinkToAFolder", [] { fs::create_directory_symlink(".", place()); }},
+                    NoPipe{"LinkToADevice", [] { fs::create_symlink("/dev/zero", place()); }}),
     [](const auto& row) { return row.param.name; });
 
 // The file appears between the check of the path and the open.
-TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatTakesThePlaceOfThePipe) {
+TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatReplacesThePipe) {
   plugin::afterStat([] {
     plugin::afterStat(nullptr);
     plugin::removeReportPipe();

@@ -1,4 +1,4 @@
-// The listener on the pipe of the NTP client's reports, with a real pipe: what it reads.
+// What the listener reads from the pipe of the NTP client's reports, which is a real pipe here.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "plugin/Listener.h"
 #include "support/ZoneGuard.h"
@@ -19,12 +20,10 @@ using plugin::ListenerNotStarted;
 using plugin::ListenerRunning;
 using testing::ElementsAre;
 
-TEST_F(ListenerNotStarted, LogsItsConstruction) {
+TEST_F(ListenerNotStarted, LogsItsConstructionItsStartAndItsEnd) {
   EXPECT_TRUE(log.has(5, "NTPClientThread is constructed"));
   EXPECT_FALSE(log.hasPart("NTP Client Thread has been started"));
-}
-
-TEST_F(ListenerRunning, LogsItsStartAndEnd) {
+  listener->start();
   EXPECT_TRUE(log.waitForPart("NTP Client Thread has been started"));
   end();
   EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
@@ -42,28 +41,28 @@ TEST_F(ListenerRunning, ReportsTheSecondsAndLogsThem) {
 }
 
 TEST_F(ListenerRunning, ReportsEveryNumberButZero) {
+  pipe.report(0);
   for (const std::uint32_t number : {1U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
     pipe.report(number);
     EXPECT_TRUE(log.waitForPart("EPOC: " + std::to_string(number) + "  CTIME"));
   }
   EXPECT_THAT(reports.first(4), ElementsAre(1, 0x7FFFFFFF, static_cast<long>(0x80000000U),
                                             static_cast<long>(0xFFFFFFFFU)));
-}
-
-TEST_F(ListenerRunning, NeverReportsZero) {
-  pipe.report(0);
-  pipe.report(7);
-  EXPECT_THAT(reports.first(1), ElementsAre(7));
   EXPECT_FALSE(log.hasPart("EPOC: 0 "));
 }
 
-// Holding the first report keeps the listener from coming back before the writer is gone.
-TEST_F(ListenerRunning, ReadsOneNumberOfEachOpening) {
-  reports.hold(true);
-  pipe.write(plugin::ReportPipe::bytesOf(7) + plugin::ReportPipe::bytesOf(8));
-  reports.hold(false);
-  pipe.report(9);
-  EXPECT_THAT(reports.first(2), ElementsAre(7, 9));
+// While the first report is held, the listener cannot open the pipe again before the writer closes.
+TEST_F(ListenerRunning, ReadsOneNumberInEachOpening) {
+  using plugin::ReportPipe;
+  std::vector<long> expected;
+  for (const std::string& more : {ReportPipe::bytesOf(8), std::string("x")}) {
+    reports.hold(true);
+    pipe.write(ReportPipe::bytesOf(7) + more);
+    reports.hold(false);
+    pipe.report(9);
+    expected.insert(expected.end(), {7, 9});
+    EXPECT_EQ(reports.first(expected.size()), expected);
+  }
 }
 
 TEST_F(ListenerRunning, ReportsTheBytesOfAShortMessage) {
@@ -76,15 +75,7 @@ TEST_F(ListenerRunning, ReportsTheBytesOfAShortMessage) {
   EXPECT_THAT(reports.first(3), ElementsAre(1, 2, 3));
 }
 
-TEST_F(ListenerRunning, IgnoresTheFifthByte) {
-  reports.hold(true);
-  pipe.write(plugin::ReportPipe::bytesOf(7) + "x");
-  reports.hold(false);
-  pipe.report(8);
-  EXPECT_THAT(reports.first(2), ElementsAre(7, 8));
-}
-
-// Writes until no more goes in; the pipe holds as much as the system allows.
+// Fills the pipe, at the largest capacity that the system allows.
 void fill(int writer) {
   constexpr int kMostOfAPipe = 1 << 20;
   fcntl(writer, F_SETPIPE_SZ, kMostOfAPipe);
@@ -93,10 +84,10 @@ void fill(int writer) {
   while (write(writer, page.data(), page.size()) > 0) continue;
 }
 
-// The writer may keep its end open: what it wrote is still one opening.
-TEST_F(ListenerRunning, DropsWhatFollowsTheNumberInOneOpening) {
+// The bytes belong to one opening even while the writer keeps its end open.
+TEST_F(ListenerRunning, DropsTheRestOfAnOpening) {
   const int writer = open(plugin::ReportPipe::path().c_str(), O_WRONLY | O_CLOEXEC);
-  // Between two openings of the listener there is still somebody to write to.
+  // Keeps writes from failing while the listener has the pipe closed.
   const int reader = open(plugin::ReportPipe::path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const auto send = [writer](std::uint32_t number) {
     ASSERT_EQ(write(writer, plugin::ReportPipe::bytesOf(number).data(), 4), 4);
@@ -114,7 +105,7 @@ TEST_F(ListenerRunning, DropsWhatFollowsTheNumberInOneOpening) {
   close(writer);
 }
 
-TEST_F(ListenerRunning, ReturnsFromAWriterThatNeverStops) {
+TEST_F(ListenerRunning, StopsReadingFromAWriterThatNeverStops) {
   plugin::neverEndReads();
   pipe.report(7);
   pipe.report(8);
@@ -163,7 +154,7 @@ TEST_F(ListenerRunning, LogsReadErrors) {
   EXPECT_THAT(reports.first(1), ElementsAre(7));
 }
 
-// It waits in the old pipe and opens the new one the next time.
+// The listener waits in the old pipe and opens the new one next.
 TEST_F(ListenerRunning, FollowsAPipeThatIsReplacedWhileItWaits) {
   pipe.report(6);
   ASSERT_THAT(reports.first(1), ElementsAre(6));
@@ -172,7 +163,7 @@ TEST_F(ListenerRunning, FollowsAPipeThatIsReplacedWhileItWaits) {
   std::filesystem::remove(old);
   std::filesystem::rename(path, old);
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-  // whichever of the two it waits in, this wakes it
+  // Wakes the listener if it waits in the old pipe.
   std::atomic<bool> heard{false};
   std::thread wakeUp([&] {
     while (!heard) {

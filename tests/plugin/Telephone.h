@@ -18,7 +18,7 @@
 
 namespace plugin {
 
-// A telephone's services under virtual time, and its clock service once it is switched on.
+// A telephone's services under virtual time, and its clock service while it is switched on.
 // Owner: the test, one at a time. Thread: the test's, which is the framework thread.
 class Telephone {
  public:
@@ -27,11 +27,11 @@ class Telephone {
   Telephone(const Telephone&) = delete;
   Telephone& operator=(const Telephone&) = delete;
 
-  // Before the clock service is there.
+  // Before switchOn.
   void store(const std::string& key, const std::string& value);
   void storeZone(const std::string& offset, bool daylight, bool automatic, int zone);
 
-  // The clock service comes with init and goes with its destruction.
+  // Creates and initialises the clock service; destroys it.
   void switchOn();
   void switchOff();
   ClockService& service() { return *m_service; }
@@ -39,13 +39,13 @@ class Telephone {
   // The stored text of a setting; "(none)" without one.
   std::string stored(const std::string& key);
 
-  // What the management layer reads; "(refused)" when it gets nothing.
+  // The value that the management layer reads, or "(refused)".
   std::string managed(const std::string& key);
   bool manage(const std::string& key, const std::string& value);
   // The same and, when accepted, the zone is recomputed.
   void changeZone(const std::string& key, const std::string& value);
 
-  // Time passes; the clock jumps. utc: "2026-03-08T06:59:50".
+  // Lets time pass; moves the system's clock. utc: "2026-03-08T06:59:50".
   void pass(std::chrono::nanoseconds duration) { clock.advance(duration); }
   void jump(const std::string& utc);
   void jumpTo(std::int64_t secondsSinceEpoch);
@@ -67,7 +67,7 @@ class Telephone {
   std::unique_ptr<ClockService> m_service;
 };
 
-// The service's script, where the platform puts it; empty without one.
+// The content of setupTZ.sh in the storage folder; empty without one.
 std::string zoneScript();
 
 }  // namespace plugin

@@ -1,4 +1,4 @@
-// The listener's thread: when the system has none to give, and how it ends.
+// The listener's thread: how it starts and ends, and what happens if it cannot be created.
 
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -18,11 +18,11 @@ namespace {
 bool g_refused = false;
 std::atomic<int> g_created{0};
 std::atomic<int> g_joined{0};
-std::string g_spawned;  // what was asked for the last one: name, priority, stack
+std::string g_spawned;  // name, priority and stack of the last one
 
 }  // namespace
 
-// The linker puts these in the place of the system's.
+// The linker replaces these functions of the system and of Threader.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real_pthread_create(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
@@ -92,17 +92,12 @@ TEST_F(ClockWithoutAThread, EndsWithoutOpeningThePipe) {
   EXPECT_FALSE(watch.sees());
 }
 
-TEST(ClockWithAThread, AsksForItByNamePriorityAndStack) {
-  plugin::Telephone telephone;
-  telephone.switchOn();
-  EXPECT_EQ(g_spawned, "SNTP Recognition Thread 1 0");
-}
-
-TEST(ClockWithAThread, JoinsItAtTheEnd) {
+TEST(ClockWithAThread, CreatesItOnceAndJoinsItAtTheEnd) {
   plugin::Telephone telephone;
   g_created = g_joined = 0;
   telephone.switchOn();
   EXPECT_EQ(g_created, 1);
+  EXPECT_EQ(g_spawned, "SNTP Recognition Thread 1 0");
   telephone.switchOff();
   EXPECT_EQ(g_joined, 1);
 }

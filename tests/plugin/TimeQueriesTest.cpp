@@ -1,4 +1,4 @@
-// What time it is, in every form.
+// Queries of the time and the date, in every form.
 
 #include <gmock/gmock.h>
 
@@ -82,12 +82,7 @@ TEST_F(ClockInUtc, ShowsTheDateInEachFormat) {
   }
 }
 
-TEST_F(ClockInUtc, GivesTheCurrentTimeAsNumbers) {
-  telephone.jump("2037-12-31T23:59:58");
-  EXPECT_EQ(numbers(), "2037-12-31 23:59:58");
-}
-
-TEST_F(ClockInUtc, DescribesNowForTheSecondsZero) {
+TEST_F(ClockInUtc, ReturnsTheUtcStringOfSecondsAndOfNowForZero) {
   telephone.jump("2024-02-29T01:02:03");
   EXPECT_EQ(service().getUTCTime(0), "2024-02-29T01:02:03+00:00");
   EXPECT_EQ(service().getUTCTime(1), "1970-01-01T00:00:01+00:00");
@@ -100,16 +95,15 @@ TEST_F(ClockInUtc, BuildsAUtcStringFromSixValuesWithTheYearCountedFrom1900) {
   EXPECT_EQ(service().getUTCTime(23, 59, 60, 31, 12, 0), "1900-12-31T23:59:60+00:00");
 }
 
-TEST_F(ClockInUtc, LogsTheTimeItRead) {
+TEST_F(ClockInUtc, ReturnsTheTimeAsNumbersAndLogsIt) {
   telephone.jump("2024-02-29T01:02:03");
   const support::LogCapture log(5);
-  int hours = 0, minutes = 0, seconds = 0;
-  service().getTime(hours, minutes, seconds);
+  EXPECT_EQ(numbers(), "2024-2-29 1:2:3");
   EXPECT_TRUE(log.has(5, "getTimeInternal -> timeNow: 1709168523"));
   EXPECT_TRUE(log.has(5, "getTimeInternal -> hours: 1, minutes: 2, seconds: 3"));
 }
 
-TEST_F(ClockAtFullHourAhead, CarriesAUtcStringIntoTheNextYear) {
+TEST_F(ClockAtFullHourAhead, ShowsAUtcStringInTheNextYear) {
   const std::string newYear = "2023-12-31T23:30:00+00:00";
   int day = 0, month = 0, year = 0, hours = 0, minutes = 0, seconds = 9;
   EXPECT_TRUE(service().getDate(newYear, day, month, year));
@@ -125,7 +119,7 @@ TEST_F(ClockAtFullHourAhead, AppliesTheOffsetOfAUtcString) {
   EXPECT_EQ(service().getTime("2024-03-07T12:00:00-05:00"), "18:00");
 }
 
-TEST_F(ClockAtFullHourAhead, LeavesTheOutputsAloneForAnInvalidUtcString) {
+TEST_F(ClockAtFullHourAhead, LeavesTheOutputsUnchangedForAnInvalidUtcString) {
   for (const char* const text : {"", "2024-03-07", "2024-13-07T12:00:00+00:00",
                                  "2024-03-07T12:00:00+00:000", "2024-03-07 12:00:00+00:00"}) {
     int a = 71, b = 72, c = 73;
@@ -136,14 +130,14 @@ TEST_F(ClockAtFullHourAhead, LeavesTheOutputsAloneForAnInvalidUtcString) {
 }
 
 TEST_F(ClockAtFullHourAhead, ShowsAZeroedRecordForAnInvalidUtcString) {
-  // 00:00 and the zone's hour. The year is 1899, and mktime carries nothing over where time_t
-  // cannot hold it.
+  // 00:00 plus the zone's hour. The year is 1899; where time_t cannot hold it, mktime normalises
+  // nothing.
   EXPECT_EQ(service().getTime("nonsense"), sizeof(time_t) > 4 ? "01:00" : "00:60");
   EXPECT_EQ(service().getDate("nonsense"), "00.00.00");
   EXPECT_EQ(service().getDateShort("nonsense"), "00.00.");
 }
 
-TEST_F(ClockInCentralEurope, GivesTheLocalTimeAsSecondsWithDaylightSaving) {
+TEST_F(ClockInCentralEurope, ReturnsTheLocalTimeAsSecondsWithDaylightSaving) {
   telephone.jump("2024-03-07T12:00:00");
   EXPECT_EQ(service().getTimeVal(), 1709812800);
   EXPECT_EQ(service().getDisplayTimeVal(), 1709812800 + 3600);
@@ -201,7 +195,7 @@ TEST_F(ClockInUtc, ThrowsOnConversionToALocalString) {
     EXPECT_THROW(service().convertUtcStringToLocalString(text), std::logic_error) << text;
 }
 
-// A derived class that answers for itself.
+// A derived class with queries of its own.
 class ClockOfAnotherDay final : public ClockService {
  public:
   using ClockService::getDate;
@@ -218,9 +212,9 @@ class ClockOfAnotherDay final : public ClockService {
   std::string getUTCTime(int /*seconds*/) override { return "another time"; }
 };
 
-class ClockWithOverrides : public plugin::RecordedStart {};
+using ClockWithOverrides = plugin::RecordedStart;
 
-TEST_F(ClockWithOverrides, AnnouncesWhatTheyAnswer) {
+TEST_F(ClockWithOverrides, AnnouncesWhatTheyReturn) {
   service = std::make_unique<ClockOfAnotherDay>();
   start();
   constexpr int kZoneRefresh = 4;
@@ -232,7 +226,7 @@ TEST_F(ClockWithOverrides, AnnouncesWhatTheyAnswer) {
     EXPECT_EQ(support::get(*service, key), shown);
 }
 
-TEST_F(ClockWithOverrides, AsksThemForItsTexts) {
+TEST_F(ClockWithOverrides, ShowsWhatTheyReturn) {
   service = std::make_unique<ClockOfAnotherDay>();
   EXPECT_EQ(service->getDate(), "07.03.24");
   EXPECT_EQ(service->getDateShort(), "07.03.");

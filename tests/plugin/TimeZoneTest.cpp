@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <climits>
 #include <cstdlib>
 #include <ios>
 
@@ -11,11 +12,11 @@
 
 namespace {
 
-std::string g_storage;  // the storage opened last: its name, its modes
+std::string g_storage;  // name and modes of the storage opened last
 
 }  // namespace
 
-// The linker puts this in the place of Storage::init. NOLINTBEGIN(bugprone-reserved-identifier)
+// The linker replaces Storage::init with this. NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 using Mode = std::ios_base::openmode;
 bool __real__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(Storage*, const char*, Mode, Mode);
@@ -42,7 +43,7 @@ class ClockAboutToStart : public testing::Test {
     const char* const value = std::getenv("TZ");  // NOLINT(concurrency-mt-unsafe)
     return value != nullptr ? value : "(none)";
   }
-  // What a UTC string is put forward by while there is no daylight saving.
+  // The minutes that are added to a UTC string outside daylight saving.
   int displayMinutes(bool south = false) {
     const std::string noon = south ? "2024-07-15T12:00:00+00:00" : "2024-01-15T12:00:00+00:00";
     int hours = 0, minutes = 0, seconds = 0, day = 0, month = 0, year = 0;
@@ -69,12 +70,12 @@ const Row kRows[] = {
     {"1", true, "60", true, 9, "LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00", 60},
     {"0", true, "30", false, 0, "LOC-00:30", 30},
     {"-5", true, "60", true, 12, "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00", -300},
-    // under an hour without daylight saving the side is lost
+    // under an hour without daylight saving, the sign is lost
     {"-0.5", false, "60", false, 0, "LOC00:30", -30},
     {"-0.5", true, "60", true, 8, "LOC00:30DST-00:30,M3.5.0/01:00,M10.5.0/02:00", -30},
     {"12.5", true, "60", true, 14, "LOC-12:30DST-13:30,M9.5.0/02:45,M4.1.0/03:45", 750},
     {"-12.5", true, "60", true, 5, "LOC12:30DST11:30,M10.3.0/00:00,M2.3.0/00:00", -750},
-    // no rule, or no such zone: put forward all the year
+    // no rule, or no such zone: daylight saving all year
     {"1", true, "60", true, 0, "LOC-2:00", 120},
     {"1", false, "60", true, 9, "LOC-1:00", 60},
     {"1", true, "-60", false, 0, "LOC00:00", 0},
@@ -101,7 +102,7 @@ TEST_F(ClockAboutToStart, ReadsItsZoneFromTheSettingsWhateverTheEnvironmentHolds
 }
 
 TEST_F(ClockAboutToStart, AppliesDaylightSavingAllYearForAnUnknownZone) {
-  for (const int zone : {15, -1, 99}) {
+  for (const int zone : {15, -1, 99, INT_MAX, INT_MIN}) {
     telephone.storeZone("1", true, true, zone);
     telephone.switchOn();
     EXPECT_EQ(tz(), "LOC-2:00") << zone;
@@ -131,13 +132,13 @@ TEST_F(ClockWithChangingZone, FollowsEachChangeOfTheSettings) {
   }
 }
 
-TEST_F(ClockWithChangingZone, TellsObserversOfTheZoneThenOfTimeAndDate) {
+TEST_F(ClockWithChangingZone, AnnouncesTheZoneThenTimeAndDate) {
   telephone.changeZone("sntp-tz-offset", "-5");
   EXPECT_THAT(telephone.events.take(),
               ElementsAre("zone LOC05:00", "time 19:00:00", "date 15.06.2016"));
 }
 
-TEST_F(ClockWithChangingZone, InstallsTheZoneThenTellsObserversThenWritesTheScript) {
+TEST_F(ClockWithChangingZone, InstallsTheZoneThenAnnouncesItThenWritesTheScript) {
   std::vector<std::string> seen;
   telephone.observer.onEvent = [&] { seen.push_back(tz() + plugin::zoneScript()); };
   telephone.changeZone("sntp-tz-offset", "-5");
@@ -149,7 +150,7 @@ TEST_F(ClockWithChangingZone, InstallsTheZoneThenTellsObserversThenWritesTheScri
                                 "LOC05:00" + script + "LOC05:00\n\n"));
 }
 
-// The one software type whose zone depends on where it takes the time from.
+// The only software type whose zone depends on its time source.
 class QexClock : public ClockAboutToStart {
  protected:
   void start() {
@@ -175,7 +176,7 @@ TEST_F(QexClock, ShowsItsZoneWithAnyOtherTimeSource) {
   }
 }
 
-TEST_F(QexClock, KeepsTheDisplayMinutesWhenItsZoneIsTakenAway) {
+TEST_F(QexClock, KeepsTheDisplayMinutesWhenItLosesItsZone) {
   start();
   telephone.changeZone("time-source", "1");
   EXPECT_EQ(displayMinutes(), 60);

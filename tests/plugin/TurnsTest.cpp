@@ -1,5 +1,5 @@
-// What the locks exclude: one management call, one writer of text settings and one replacement of
-// the NTP client at a time, and no change of the observers during a notification.
+// What the locks serialise: management calls, writes of text settings, replacements of the NTP
+// client, and changes of the observers with notifications.
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ std::function<void()> g_onSetenv;
 
 }  // namespace
 
-// The linker puts these in the place of Process::launch, which has this name for it, and setenv.
+// The linker replaces Process::launch, which has this name for it, and setenv with these.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real__ZN7Process6launchEv(Process* process);
@@ -46,23 +46,23 @@ namespace {
 using plugin::kZoneRefresh;
 using support::WaitingCall;
 
-// A running clock, and calls of other threads in the middle of what it does.
+// A running clock, and calls of other threads while it is in the middle of an operation.
 class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
  protected:
   ClockInTheMiddle() { start(); }
 
-  // Whether the call waits; it is made while the clock is in the middle of something.
+  // Makes the call on another thread, where it must wait until the operation is finished.
   void otherThread(const std::function<void()>& call) {
     m_calls.push_back(std::make_unique<WaitingCall>(call));
     EXPECT_TRUE(m_calls.back()->waits());
   }
-  // All of them have had their turn.
+  // Waits for all these calls, and returns their number.
   std::size_t finished() {
     const std::size_t count = m_calls.size();
     m_calls.clear();
     return count;
   }
-  // In the middle of a management call that starts the timer of the zone.
+  // Makes the call in the middle of a management call that starts the zone's timer.
   void whileTheZoneTimerStarts(const std::function<void()>& call) {
     timers.onCall = [this, call](const std::string& asked) {
       if (asked == "start " + std::to_string(kZoneRefresh)) otherThread(call);

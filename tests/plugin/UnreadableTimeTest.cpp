@@ -13,7 +13,7 @@ std::atomic<bool> g_unreadable{false};
 
 }  // namespace
 
-// The linker puts the first in the place of time(), and gives time() the second name.
+// The linker replaces time() with the second of these, and gives time() the first name.
 extern "C" time_t __real_time(time_t* result);  // NOLINT(bugprone-reserved-identifier)
 extern "C" time_t __wrap_time(time_t* result);  // NOLINT(bugprone-reserved-identifier)
 

@@ -5,8 +5,8 @@
 
 namespace plugin {
 
-// What this program asks of the system, in the place of which the linker puts these: a sleep is
-// over at once, closes are counted, and to ask for the level of the log changes errno. Thread: any.
+// The linker replaces calls of the C library with functions that count them. A sleep returns at
+// once, and asking for the level of the log changes errno. Thread: any.
 void forgetCalls();
 std::set<unsigned int> sleeps();  // the different numbers of seconds
 int closes();
@@ -14,10 +14,9 @@ int refusedStops();  // writes of the stop signal through a descriptor that is n
 void awaitCloses(int count);
 int opensThatTakeATerminal();  // for reading, without O_NOCTTY
 
-// Until forgetCalls: each read of four bytes fails with this error; each longer read fills its
-// buffer, as from a writer that never stops; after each stat this is called.
-void failReads(int error);
-void neverEndReads();
-void afterStat(std::function<void()> call);
+// These hold until forgetCalls.
+void failReads(int error);                   // each read of four bytes fails with this error
+void neverEndReads();                        // each longer read fills its buffer
+void afterStat(std::function<void()> call);  // called after each stat
 
 }  // namespace plugin
