@@ -4,7 +4,7 @@
 
 namespace bench {
 
-// What a figure is held to.
+// The limit of a figure.
 struct Bound {
   enum class Kind {
     ratioAtMost,  // figure / baseline

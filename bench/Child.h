@@ -7,7 +7,7 @@
 
 namespace bench {
 
-// A program in a process of its own; its output is dropped. Destruction ends it with SIGTERM, after
+// A program in a child process; its output is dropped. Destruction ends it with SIGTERM, after
 // ten seconds with SIGKILL, and reaps it. Owner: a measurement.
 // Failure: std::system_error from the constructor.
 class Child {

@@ -19,7 +19,7 @@ std::vector<Line> linesTo(const std::filesystem::path& socket) {
   return lines;
 }
 
-// Skips the date event that midnight sends besides.
+// Skips the date event, which midnight also sends.
 std::string timeEventAt(const Line& line) {
   std::string bytes;
   while (bytes.find("timeChangeEvent") == std::string::npos) bytes = line.frame();

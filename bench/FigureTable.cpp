@@ -30,7 +30,7 @@ constexpr Bound exactly(double count) {
   return {Kind::exactly, count, false};
 }
 
-// The reason for each bound stands in docs/explanation/performance.md.
+// docs/explanation/performance.md gives the reason for each bound.
 constexpr auto kFigures = std::to_array<Figure>({
     {"remote-p50", "remote getTime, median", "echo of 100 bytes", "us", ratioAtMost(1.5), 31,
      measureRemoteMedian},

@@ -14,8 +14,8 @@ using Words = std::vector<std::string>;
 // A clockhost with the built plug-in. Owner: a measurement.
 class HostProgram {
  public:
-  // folder: for its sockets. state: its saved settings. options: beside those for both and the
-  // plug-in.
+  // folder: for its sockets. state: its state folder. options: in addition to those for the
+  // plug-in, the state folder and the sockets.
   HostProgram(const support::TemporaryFolder& folder, const std::filesystem::path& state,
               const Words& options = {}, const Words& environment = {});
 
@@ -43,8 +43,7 @@ class BaselineProgram {
   Child m_child;
 };
 
-// Beside the programs, where a write goes to a disk. Throws std::runtime_error: that place is in
-// memory.
+// A folder on a disk, beside the programs. Throws std::runtime_error when that is in memory.
 [[nodiscard]] std::filesystem::path diskFolder();
 
 }  // namespace bench

@@ -28,7 +28,7 @@ struct Exchange {
   }
 };
 
-// Clients connected to a program, and what they exchange with it.
+// Clients connected to a program, and the requests and replies that they exchange.
 struct Served {
   Served(const std::filesystem::path& socket, std::size_t clients) {
     for (std::size_t i = 0; i < clients; ++i) lines.emplace_back(socket);

@@ -82,7 +82,7 @@ double privateDirty(pid_t process) {
   for (std::string word; rollup >> word;) {
     if (double kibibytes = 0; word == "Private_Dirty:" && rollup >> kibibytes) return kibibytes;
   }
-  throw std::runtime_error("the system does not tell the memory of a process");
+  throw std::runtime_error("the kernel does not report the memory of a process");
 }
 
 template <class Start>

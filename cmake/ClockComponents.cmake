@@ -1,6 +1,7 @@
 # clock_add_component(NAME name SOURCES file... [NEEDS component...] [LIBS target...]): a folder of
-# the host. Who links `name` gets all of its objects and those of what it needs: a plug-in may ask
-# for any of them. `name_objects` is the folder alone, for who puts something in the others' place.
+# the host. A target that links `name` gets all its objects and those of the components that it
+# needs, because a plug-in may use any of them. `name_objects` is the folder alone, for tests that
+# replace other components.
 function(clock_add_component)
   cmake_parse_arguments(PART "" "NAME" "SOURCES;NEEDS;LIBS" ${ARGN})
   set(objects ${PART_NAME}_objects)

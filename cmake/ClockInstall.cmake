@@ -1,3 +1,3 @@
-# An installation is the programs in bin/ and the plug-in in lib/, where the programs look for it.
+# Installs the programs in bin/ and the plug-in in lib/, where the programs look for it.
 install(TARGETS clockhost clockctl ntpclient RUNTIME DESTINATION bin)
 install(TARGETS ClockService LIBRARY DESTINATION lib)

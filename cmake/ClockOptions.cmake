@@ -1,4 +1,4 @@
-# What can be chosen at configuration, and the defaults of every target.
+# The options of the configuration, and the defaults of every target.
 
 option(CLOCK_WITH_HOST "Build the workstation host and the tests; OFF is the firmware build" ON)
 option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its unit tests" OFF)
@@ -11,7 +11,7 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Type of build" FORCE)
 endif()
 
-# Optimised and with assertions: what is tested is what runs.
+# Optimised and with assertions, so that the tests run the code that ships.
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
 
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -19,11 +19,11 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
-# The layout of an installation: a program finds the plug-in at ../lib in either place.
+# The layout of an installation, so that a program finds the plug-in at ../lib here too.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 
-# Log lines carry __FILE__: the place in the tree, not on the machine that built it.
+# Log lines contain __FILE__: make it the path in the tree, not on the machine that built it.
 add_compile_options("-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
 
 find_program(CCACHE_PROGRAM ccache)

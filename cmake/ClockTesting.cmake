@@ -1,6 +1,6 @@
 # clock_add_test: one GoogleTest program, and its tests for ctest.
 if(CLOCK_CROSS_TESTS)
-  # A cross compiler finds no installed GoogleTest; Debian's source package is built along.
+  # A cross compiler finds no installed GoogleTest, so Debian's source package is built.
   set(CLOCK_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Source of GoogleTest")
   set(INSTALL_GTEST OFF CACHE BOOL "")
   add_subdirectory(${CLOCK_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
@@ -10,30 +10,30 @@ endif()
 include(GoogleTest)
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-# The time limit, in seconds, of one test and of a whole program.
+# Time limits of one test and of a whole program, in seconds.
 set(CLOCK_TEST_TIMEOUT 60 CACHE STRING "Time limit of one test")
 set(CLOCK_PROGRAM_TIMEOUT 600 CACHE STRING "Time limit of a test program")
 
-# Test code is built without optimisation, which halves its build and shows a debugger every variable.
-# What it tests keeps the options of the build.
-# Most tests use what others share on one thread, where no lock is needed.
+# Test code is built without optimisation, which halves its build time and shows a debugger every
+# variable. The tested code keeps the options of the build. The thread-safety analysis is off, because
+# most tests use shared objects on one thread, without their locks.
 set(CLOCK_TEST_OPTIONS -O0 "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-thread-safety-analysis>")
 
-# ccache compares a precompiled header by the folder it was made in, and is quicker without.
+# ccache treats precompiled headers of other folders as different, and is faster without them.
 option(CLOCK_PRECOMPILED_TESTS "Precompile GoogleTest's headers; not done with ccache" ON)
 if(CMAKE_CXX_COMPILER_LAUNCHER)
   set(CLOCK_PRECOMPILED_TESTS OFF)
 endif()
 
-# Where tests find the programs that they start. A relative folder counts from where a test runs.
+# Where tests find the programs that they start. A relative path is relative to a test's folder.
 set(CLOCK_TESTED_PROGRAMS "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" CACHE STRING
     "Folder of the programs that tests start")
 
 # clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL | ALONE])
-#   LIBS    object libraries and others; GoogleTest, GoogleMock and their main are always there
+#   LIBS    libraries; GoogleTest, GoogleMock and their main are always linked
 #   LABEL   the layer: unit, plugin, host, integration, ... ("./dev test -L unit")
-#   SERIAL  never runs beside another SERIAL test: for tests that drive processes
-#   ALONE   never runs beside any other test: for tests that measure times
+#   SERIAL  never runs at the same time as another SERIAL test: for tests that drive processes
+#   ALONE   never runs at the same time as any other test: for tests that measure times
 function(clock_add_test)
   cmake_parse_arguments(TEST "SERIAL;ALONE" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
   if(TEST_UNPARSED_ARGUMENTS)

@@ -12,24 +12,24 @@ set(CLOCK_WARNINGS
     -Wundef
     -Wimplicit-fallthrough)
 set(CLOCK_CXX_WARNINGS -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wextra-semi)
-# gcc takes the value of an empty std::optional for uninitialised memory that somebody reads.
+# gcc falsely reports the value of an empty std::optional as uninitialised memory.
 set(CLOCK_GNU_WARNINGS -Wlogical-op -Wduplicated-cond -Wno-maybe-uninitialized)
-# Which lock guards what, see platform/ThreadSafety.h.
+# Thread-safety analysis: platform/ThreadSafety.h.
 set(CLOCK_CLANG_CXX_WARNINGS -Wthread-safety)
 set(CLOCK_GNU_CXX_WARNINGS -Wsuggest-override)
 
-# Of sources that are compiled together: each takes the others for headers of its own.
+# In a unity build the sources look like headers to the compiler, which these warnings are about.
 if(CMAKE_UNITY_BUILD)
   list(APPEND CLOCK_WARNINGS -Wno-shadow)
   list(APPEND CLOCK_GNU_CXX_WARNINGS -Wno-subobject-linkage)
 endif()
 
-# gcc's flow warnings misfire on code that a sanitizer has rewritten; the plain builds hold them.
+# gcc's flow warnings are wrong in code that a sanitizer has instrumented; plain builds have them.
 if(NOT (CLOCK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"))
   list(APPEND CLOCK_WARNINGS -Werror)
 endif()
 
-# For every target of this folder and of those below it that comes after the call.
+# For every target that is defined after the call, in this folder and below it.
 macro(clock_use_warnings)
   add_compile_options(
     ${CLOCK_WARNINGS}

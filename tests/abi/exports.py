@@ -1,4 +1,4 @@
-"""The plug-in offers its three factories and nothing else: exports.py NM PLUGIN"""
+"""The plug-in exports its three factories and nothing else: exports.py NM PLUGIN"""
 
 import subprocess
 import sys

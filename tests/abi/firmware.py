@@ -1,4 +1,4 @@
-"""A firmware build is CMake and a C++ compiler and nothing else: firmware.py CMAKE COMPILER MAKE TREE
+"""A firmware build needs only CMake and a C++ compiler: firmware.py CMAKE COMPILER MAKE TREE
 
 Builds the plug-in alone in a fresh folder, with a PATH that holds the compiler's own tools only.
 """
@@ -13,7 +13,7 @@ TOOLS = ["as", "ld", "ar", "ranlib", "sh", "nm", "objcopy", "objdump", "readelf"
 
 
 def bare_path(folder):
-    """A folder with nothing but the tools that a compiler brings along."""
+    """A folder with only the tools that come with a compiler."""
     for tool in TOOLS:
         for place in os.get_exec_path():
             if (found := pathlib.Path(place) / tool).exists():

@@ -1,4 +1,4 @@
-"""The plug-in asks for nothing but the names of platform/ and of the C and C++ libraries.
+"""The plug-in imports only names of platform/ and of the C and C++ libraries.
 
 imports.py NM READELF PLUGIN PLATFORM_FOLDER
 """
@@ -9,7 +9,7 @@ import subprocess
 import sys
 
 LIBRARY_VERSION = re.compile(r"@@?(GLIBC|GLIBCXX|CXXABI|CXXABI_ARM|GCC)_[\d.]+$")
-# Weak names that every shared object of gcc and clang carries.
+# Weak names in every shared object of gcc and clang.
 START_FILES = {"__gmon_start__", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable"}
 LIBRARIES = re.compile(r"(libstdc\+\+|libm|libgcc_s|libc|ld-linux[\w-]*)\.so(\.\d+)?$")
 

@@ -1,4 +1,4 @@
-"""Habits that a file keeps or breaks by itself: files.py TREE
+"""Rules for single files: files.py TREE
 
 No source over 300 lines, no path of the machine it was written on, and no command of ./dev in the
 documents that does not exist.

@@ -1,4 +1,4 @@
-"""What ./dev fresh takes from the machine for its bare root: fresh_root.py TREE"""
+"""What ./dev fresh copies from the machine to its bare root: fresh_root.py TREE"""
 
 import os
 import pathlib
@@ -8,7 +8,7 @@ import subprocess
 import sys
 import tempfile
 
-# The programs that make the root, each in the least that the verb needs of it.
+# Stand-ins for the programs that make the root, each as small as the verb allows.
 PROGRAMS = {
     "apt-get": '[ "$1" != indextargets ] || cat "$0.sources"',
     "chown": "",

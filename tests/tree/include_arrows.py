@@ -2,7 +2,7 @@
 
 The plug-in (include/, src/) sees itself, platform/ and the C and C++ libraries; platform/ sees
 itself and is declarations only; the host sees itself, platform/ and its libraries. A folder of the
-host sees itself and those that its CMakeLists.txt says it needs, in whatever many steps; no two
+host sees itself and those that its CMakeLists.txt needs, directly or through others; no two
 need each other.
 """
 
@@ -27,7 +27,7 @@ COMPONENT = re.compile(r"clock_add_component\(\s*NAME (\w+)([^)]*)\)")
 
 
 def needs_of_host(tree):
-    """Which folders of the host each of them needs, as its CMakeLists.txt tells."""
+    """Which folders of the host each of them needs, according to its CMakeLists.txt."""
     folders, needs = {}, {}
     for path in (tree / "host").glob("*/CMakeLists.txt"):
         for name, rest in COMPONENT.findall(path.read_text()):

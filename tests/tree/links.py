@@ -1,6 +1,6 @@
-"""Links between the documents lead somewhere: links.py TREE
+"""Links between the documents resolve: links.py TREE
 
-Each relative link of a Markdown file names a file or folder of the tree and, behind a #, one of its
+Each relative link of a Markdown file names a file or folder of the tree and, after a #, one of its
 headings.
 """
 
@@ -19,7 +19,7 @@ def prose_of(path):
 
 
 def anchors_of(path):
-    """What a # may name: headings in small letters, without punctuation, blanks as hyphens."""
+    """The anchors of a file: its headings in lower case, without punctuation, blanks as hyphens."""
     plain = (re.sub(r"[^\w\- ]", "", heading.lower()) for heading in HEADING.findall(prose_of(path)))
     return {heading.replace(" ", "-") for heading in plain}
 

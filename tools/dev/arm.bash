@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Builds for 32-bit ARM, and what the plug-in takes there.
+# Builds for 32-bit ARM, and the size of the plug-in there.
 
 arm_options=(-DCMAKE_BUILD_TYPE=MinSizeRel
   "-DCMAKE_TOOLCHAIN_FILE=$CLOCK_TREE/cmake/toolchains/arm-linux-gnueabihf.cmake")

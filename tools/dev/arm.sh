@@ -5,7 +5,7 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 . "$CLOCK_TREE/tools/dev/arm.bash"
 
-# bytes of code and data that the telephone has for the plug-in
+# bytes: the telephone's room for the plug-in's code and data
 size_limit=65536
 
 show_size() {

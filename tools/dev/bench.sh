@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# bench [--factor X] [--json FILE] [--only NAME]...: speed, memory and disk writes, each held to a bound
+# bench [--factor X] [--json FILE] [--only NAME]...: speed, memory and disk writes, each with a bound
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-# Checked before anything is built; the program checks the values.
+# Checks the options before anything is built; the program checks their values.
 all_words_are_known() {
   while [ $# -gt 0 ]; do
     case $1 in

@@ -20,13 +20,12 @@ configure() {
   printf '%s\n' "$wanted" >"$stamp"
 }
 
-# Sources of a target compiled together: a third of the time for a build that is made to be looked at,
-# not worked in. That each source stands alone is seen in the default build.
+# Unity builds take a third of the time. For builds whose only purpose is a check; the default build
+# shows that each source of plug-in and host compiles alone.
 # shellcheck disable=SC2034  # for those who include this
 together=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16)
 
-# build NAME [TARGET...]: everything, or these targets. One build at a time in a folder: a second
-# terminal waits.
+# build NAME [TARGET...]: everything, or these targets. A second build in the same folder waits.
 build() {
   local folder
   folder=$(folder_of "$1")

@@ -1,7 +1,7 @@
 # shellcheck shell=bash
-# have_chrony: puts chronyd, the time server of the tests, into build/chrony, unpacked from its Debian
-# package and not installed, so that no service of the machine is touched. The tests that use it tell
-# when it is not there.
+# have_chrony: unpacks chronyd, the time server of the tests, from its Debian package into build/chrony.
+# It is not installed, so that no service of the machine changes. Tests that need it skip themselves
+# when it is missing.
 
 have_chrony() {
   local folder=$CLOCK_TREE/build/chrony
@@ -11,5 +11,5 @@ have_chrony() {
   echo "dev: unpacking chronyd into ${folder#"$CLOCK_TREE"/}"
   mkdir -p "$folder"
   (cd "$folder" && { apt-get download -q chrony || { as_root apt-get update -q && apt-get download -q chrony; }; } &&
-    dpkg -x chrony_*.deb .) || echo "dev: chrony cannot be had; its tests are skipped" >&2
+    dpkg -x chrony_*.deb .) || echo "dev: chrony cannot be downloaded; its tests are skipped" >&2
 }

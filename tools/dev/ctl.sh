@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# ctl [CLOCKCTL ARGUMENTS]: speak to the running host
+# ctl [CLOCKCTL ARGUMENTS]: clockctl for the running host
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 

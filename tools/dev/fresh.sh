@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# fresh [COMMAND...]: the first commands on a bare Debian, in a root made for it; then COMMAND there
+# fresh [COMMAND...]: run and test in a bare Debian root, then COMMAND there
 set -Eeuo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
@@ -8,14 +8,14 @@ folder=$(folder_of fresh)
 root=$folder/root
 place=srv/clone # in the root
 
-# Debian's package sources of this machine, as apt has read them: "CODENAME URI RELEASE COMPONENT".
+# This machine's Debian package sources, from apt: "CODENAME URI RELEASE COMPONENT".
 debian_sources() {
   # shellcheck disable=SC2016  # apt fills these in
   apt-get indextargets --format '$(ORIGIN)|$(CODENAME) $(REPO_URI) $(RELEASE) $(COMPONENT)' \
     'Created-By: Packages' | sed -n 's/^Debian|//p' | sort -u
 }
 
-# Not one package more than debootstrap's smallest set, and no /etc/hosts.
+# Only debootstrap's smallest set of packages, and no /etc/hosts.
 make_root() {
   local release sources mirror
   release=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
@@ -33,14 +33,14 @@ make_root() {
   as_root rm -f "$root/etc/hosts"
 }
 
-# What is committed, and nothing else.
+# Clones only what is committed.
 clone_tree() {
   git clone -q "$CLOCK_TREE" "$folder/clone"
   as_root mv "$folder/clone" "$root/$place"
   as_root chown -R root:root "$root/$place"
 }
 
-# inside COMMAND...: runs it in the clone, with processes and mounts of its own and a bare environment
+# inside COMMAND...: runs it in the clone, with its own process and mount namespaces and a bare environment
 inside() {
   local variable settings=(PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
     HOME=/root LANG=C.UTF-8)
@@ -54,7 +54,7 @@ inside() {
 need fresh
 as_root rm -rf "$folder"
 mkdir -p "$folder"
-trap 'echo "dev: what was made is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
+trap 'echo "dev: the root is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
 make_root
 clone_tree
 inside "$@"

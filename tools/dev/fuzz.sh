@@ -4,7 +4,7 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-# What is found stays in build/: what is worth keeping gets a name and a place in the tree's corpus.
+# Inputs that are found stay in build/. Give one that is worth keeping a name in the tree's corpus.
 corpus=$CLOCK_TREE/tests/fuzz/corpus
 finds=$CLOCK_TREE/build/fuzz-corpus
 faults=$CLOCK_TREE/build/fuzz-faults
@@ -37,8 +37,8 @@ read_words() {
   done
 }
 
-# look TARGET: looks until the time is over or a fault is found. The scaling keeps inputs of a
-# megabyte from taking all of the time; the time limit of one is for a busy machine.
+# look TARGET: runs until the time is over or a fault is found. The scaling keeps inputs of a megabyte
+# from taking all the time. The time limit for one input allows for a busy machine.
 look() {
   mkdir -p "$finds/$1" "$faults/$1"
   rm -f "$faults/$1"/*
@@ -48,7 +48,7 @@ look() {
     echo passed >>"$logs/$1"
 }
 
-# As many at once as there are processors.
+# Runs as many targets in parallel as there are processors.
 look_all() {
   local target
   mkdir -p "$logs"
@@ -61,7 +61,7 @@ look_all() {
 
 end_all() {
   local group
-  exec 2>/dev/null # the shell would tell of each one that it ends
+  exec 2>/dev/null # the shell would report each group that it ends
   for group in $(jobs -p); do kill -KILL -- "-$group" || true; done
   wait
   rm -rf "$scratch"
@@ -69,7 +69,7 @@ end_all() {
 
 passed() { [ "$(tail -n 1 "$logs/$1")" = passed ]; }
 
-# number_in TARGET TEXT: the last number that the target's log has after the text
+# number_in TARGET TEXT: the last number after the text in the target's log
 number_in() { grep -aoE "$2 *[0-9]+" "$logs/$1" | tail -n 1 | grep -oE '[0-9]+$' || echo 0; }
 
 show_figures() {
@@ -86,11 +86,11 @@ show_fault() {
   local input
   echo "dev: fuzz $1: FAILED"
   grep -aE 'what\(\):|runtime error:|ERROR: ' "$logs/$1" | cut -c1-300 | head -n 2 || true
-  echo "  all of it: ${logs#"$CLOCK_TREE"/}/$1"
+  echo "  log:       ${logs#"$CLOCK_TREE"/}/$1"
   for input in "$faults/$1"/*; do
     [ -f "$input" ] || continue
     echo "  input:     ${input#"$CLOCK_TREE"/}"
-    echo "  again:     ${programs#"$CLOCK_TREE"/}/fuzz-$1 ${input#"$CLOCK_TREE"/}"
+    echo "  replay:    ${programs#"$CLOCK_TREE"/}/fuzz-$1 ${input#"$CLOCK_TREE"/}"
   done
 }
 
@@ -104,13 +104,13 @@ show_faults() {
 
 read_words "$@"
 need run test fuzz
-# Every check of the address and undefined-behaviour sanitizers; a find is an end with a report.
+# With all checks of the address and undefined-behaviour sanitizers; each finding ends the program.
 configure fuzz -DCLOCK_FUZZ=ON -DCLOCK_SANITIZE=address,undefined -DCMAKE_CXX_COMPILER=clang++ \
   -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" "${together[@]}"
 build fuzz "${targets[@]/#/fuzz-}"
 
-# The private folders of the targets: in memory where there is such a place, and gone at the end. So
-# are the targets themselves when this is ended from outside: each is a group of processes of its own.
+# The targets' temporary folders, in memory if possible. They are removed at the end, and the targets,
+# each its own process group, are killed.
 scratch=$(mktemp -d -p /dev/shm 2>/dev/null || mktemp -d)
 trap end_all EXIT
 trap 'exit 1' HUP INT TERM

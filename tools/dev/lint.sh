@@ -11,9 +11,9 @@ check_format() { files_of '*.h' '*.cpp' '*.c' | xargs clang-format --dry-run -We
 
 check_scripts() { files_of dev .ci/run .ci/checks '*.sh' '*.bash' | xargs shellcheck -x -P SCRIPTDIR; }
 
-# clang-tidy compiles every source with clang and the tree's warnings, so nothing is built here. What
-# it looks at are the files that include the sources of a target, which lie in the build folder: a
-# folder with checks of its own has them there too.
+# clang-tidy compiles every source with clang and the tree's warnings, so nothing is built here. It
+# reads the unity files of the targets, which are in the build folder. So the .clang-tidy of a folder
+# is copied there.
 check_tidy() {
   local folder log file
   folder=$(folder_of lint)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# load [--seconds N]: 500 subscribers and 64 callers at once, then every attack (default a minute each)
+# load [--seconds N]: 500 subscribers and 64 callers at once, then every attack at once (default 60 s each)
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

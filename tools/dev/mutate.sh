@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
-# mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...: which bugs the tests miss, in the plug-in or in what is named
+# mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...: which bugs the tests miss (default: in the plug-in)
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-# A mutant may signal every process that it can see, by kill(-1), and leave files behind: so it sees
-# none but those of this run, and the temporary folder goes with the run.
+# A mutant may signal every process that it sees, by kill(-1), and leave files behind. So it sees only
+# the processes of this run, and the temporary folder is removed after the run.
 with_processes_of_its_own() {
   local options=(--mount --propagation unchanged --pid --fork --kill-child --mount-proc)
   [ "$(id -u)" -eq 0 ] || options+=(--user --map-current-user)
-  # The shell in the middle takes in the orphans.
+  # The shell between reaps orphaned processes.
   unshare "${options[@]}" bash -c '"$@"; exit' mutate "$@" &
   trap 'kill -KILL $!' INT TERM
   wait $!
@@ -24,8 +24,8 @@ temporary_folder() {
   chmod 0711 "$TMPDIR" # some tests are another user for a while
 }
 
-# Built once as the tree is; what a mutant changes is built beside it. The library's assertions end a
-# program that reads past an end. Tests start the programs that lie beside their own folder.
+# The unchanged tree is built once; the objects that a mutant changes are built separately. The C++
+# library's assertions end a program that reads out of bounds. Tests start the programs in ../bin.
 need run test mutate
 targets=$(python3 -B "$CLOCK_TREE/tools/mutate/options.py" "$CLOCK_TREE" "$@")
 configure mutate/base -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# need GROUP...: has the Debian packages of these groups of tools/packages.txt, installing what is
-# missing. On a system without dpkg it is up to the user to have them.
+# need GROUP...: installs the missing Debian packages of these groups of tools/packages.txt. On a
+# system without dpkg the user has to install them.
 
 packages_of() {
   local group
@@ -12,7 +12,7 @@ packages_of() {
 
 missing_of() {
   local installed
-  # dpkg-query fails when it does not know one of them; what it does know is what counts.
+  # dpkg-query fails if it does not know one of the packages, but lists those that it knows.
   installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "$@" 2>/dev/null || true)
   printf '%s\n' "$@" | grep -vxFf <(sed -n 's/^installed //p' <<<"$installed") || true
 }

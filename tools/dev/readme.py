@@ -3,7 +3,8 @@
 A comment before a fenced block says what to do with it:
   <!-- run -->   ```console: each "$ COMMAND" must print the lines below it; "..." is any lines.
                  ```sh: the block must succeed as a whole.
-  <!-- host -->  its one command runs beside the later blocks; ctrl-C must end it well at last.
+  <!-- host -->  its one command runs during the later blocks; at the end Ctrl-C must stop it with
+                 status 0.
 """
 
 import os
@@ -25,7 +26,7 @@ class Mismatch(Exception):
 
 
 def run(command):
-    """The command's exit status, and what it printed on both channels."""
+    """The command's exit status, and its output and errors."""
     result = subprocess.run(["bash", "-euo", "pipefail", "-c", command], text=True,
                             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                             stderr=subprocess.STDOUT, timeout=COMMAND_LIMIT)
@@ -56,7 +57,7 @@ def run_script(text):
 
 
 class Host:
-    """The host beside the other commands; ended when the document is through."""
+    """The host that runs during the other commands, until the end of the document."""
 
     def __init__(self, command):
         print(f"readme: {command.strip()} &", flush=True)

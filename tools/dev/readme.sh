@@ -8,7 +8,7 @@ cd "$CLOCK_TREE"
 state=$(folder_of default)/run
 kept=$state.kept
 
-# Each document begins with a first start: what a host has saved here is put aside meanwhile.
+# Each document begins with a first start: the state that a host has saved here is moved away and back.
 put_aside() {
   if ./dev ctl status >/dev/null 2>&1; then
     echo 'dev: a host is running here; end it first' >&2

@@ -5,8 +5,8 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 . "$CLOCK_TREE/tools/dev/chrony.bash"
 
-# At -O1 with line numbers only: the builds are short, the reports still exact. Each program runs
-# its tests in one process and in an order of its own, the same each time: a failure can be repeated.
+# -O1 with line numbers only keeps the builds short and the reports exact. Each program runs its tests
+# in one process, in a shuffled order that is the same each time, so that a failure can be repeated.
 common=(-DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON
   "${together[@]}")
 
@@ -32,6 +32,6 @@ run_one() {
 
 need run test sanitize
 have_chrony
-# address and undefined live in one build when both are asked for.
+# If both address and undefined are wanted, they share one build.
 [ $# -gt 0 ] || set -- address,undefined thread
 for sanitizer in "$@"; do run_one "$sanitizer"; done

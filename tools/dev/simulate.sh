@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# simulate [--seed N] [--steps N] [--runs N]: random runs of the clock beside a reference
+# simulate [--seed N] [--steps N] [--runs N]: random runs of the clock, compared with a reference
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
@@ -11,9 +11,9 @@ case ${1:-} in
     exit 0
     ;;
 esac
-# Before anything is built. No run, or a run of no step, would agree with anything.
+# Checked before anything is built. Without a run or a step nothing would be compared.
 if [[ ! ${*:+ $*} =~ ^(" --seed "[0-9]+|" --"(steps|runs)" "[1-9][0-9]*)*$ ]]; then
-  echo "$usage, steps and runs from 1 on" >&2
+  echo "$usage; steps and runs are at least 1" >&2
   exit 2
 fi
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# test [CTEST ARGUMENTS]: set up, build and test; "-L unit" and "-R NAME" choose
+# test [CTEST ARGUMENTS]: set up, build and test; "-L unit" chooses a layer, "-R NAME" names
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

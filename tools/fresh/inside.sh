@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# inside.sh [COMMAND...]: runs as the first process of a bare root, in the clone. Does what a newcomer
-# does first: ./dev run with a call answered, ./dev test; then COMMAND.
+# inside.sh [COMMAND...]: runs as the first process of a bare root, in the clone. It does what a
+# newcomer does first: ./dev run until a call is answered, then ./dev test. Then it runs COMMAND.
 set -euo pipefail
 
 log=/tmp/dev-run.log
@@ -17,7 +17,7 @@ mount_filesystems() {
   mount -t devpts -o newinstance,ptmxmode=0666 devpts /dev/pts
 }
 
-# The host is on its way until it answers; when it has ended instead, its output says why.
+# Waits until the host answers. If it has ended instead, its output says why.
 answered_call() {
   until ./dev ctl call getTime 2>/dev/null; do
     kill -0 "$1" 2>/dev/null || { cat "$log" >&2 && return 1; }
