@@ -22,8 +22,8 @@
 #include "services/ManagementThread.h"
 #include "services/PhysicalInterface.h"
 #include "services/SecurityLog.h"
-#include "services/SqliteDataAccess.h"
-#include "services/StateLock.h"
+#include "services/SettingsDatabase.h"
+#include "services/StateFolderLock.h"
 
 namespace host {
 namespace {
@@ -50,8 +50,8 @@ struct Device::Parts {
   VirtualClock& clock;
   Plugin& plugin;
   const DeviceOptions options;
-  std::optional<StateLock> stateLock;
-  std::unique_ptr<SqliteDataAccess> ownStore;
+  std::optional<StateFolderLock> stateLock;
+  std::unique_ptr<SettingsDatabase> ownStore;
   Executable* storeService = nullptr;  // the one in use, of whoever
   DataAccess* store = nullptr;         // the same
   std::unique_ptr<SecurityLog> securityLog;
@@ -84,7 +84,7 @@ void Device::Parts::openStores() {
   if (inFolder) stateLock.emplace(options.state);
   storeService = options.store;
   if (storeService == nullptr) {
-    ownStore = std::make_unique<SqliteDataAccess>(options.state);
+    ownStore = std::make_unique<SettingsDatabase>(options.state);
     storeService = ownStore.get();
   }
   store = dynamic_cast<DataAccess*>(storeService);

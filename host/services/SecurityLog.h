@@ -57,7 +57,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   enum class Event { managementSet = 3, clock = 4, injection = 5, remoteSet = 6 };
 
   SecurityLog();  // in memory
-  // Throws host::Error as SqliteDataAccess does.
+  // Throws host::Error as SettingsDatabase does.
   explicit SecurityLog(const std::filesystem::path& folder);
   ~SecurityLog() override;
 

@@ -59,7 +59,7 @@ TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
   saveOne();
   GetParam().apply(file());
   const std::string damaged = support::contentOf(file());
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
@@ -73,33 +73,33 @@ INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
 
 TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
   {
-    SqliteDataAccess store(folder.path());
+    SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
     fs::copy_file(file().string() + "-wal", folder / "kept");
   }
   writeBytes(file(), randomBytes(5000));
   fs::rename(folder / "kept", file().string() + "-wal");
-  EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
+  EXPECT_EQ(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
 TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsLog) {
   const std::string logFile = file().string() + "-wal";
   std::string logBytes;
   {
-    SqliteDataAccess store(folder.path());
+    SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
     logBytes = support::contentOf(logFile);
   }
   writeBytes(file(), "");
   writeBytes(logFile, logBytes);
-  EXPECT_FALSE(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat").has_value());
+  EXPECT_FALSE(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat").has_value());
   EXPECT_TRUE(support::contentOf(aside(1).string() + "-wal") == logBytes);
 }
 
 TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
   writeBytes(file(), randomBytes(5000));
   writeBytes(file().string() + "-wal", randomBytes(5000));
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
   EXPECT_EQ(support::contentOf(aside(1)), randomBytes(5000));
 }
@@ -118,13 +118,13 @@ TEST_F(SettingsStore, NewFileHasAnotherNameUntilItHasAPage) {
 
 TEST_F(SettingsStore, NewFileDoesNotTakeOverTheLogOfARemovedOne) {
   {
-    SqliteDataAccess store(folder.path());
+    SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
     fs::copy_file(file().string() + "-wal", folder / "kept");
   }
   fs::remove(file());
   fs::rename(folder / "kept", file().string() + "-wal");
-  EXPECT_FALSE(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat").has_value());
+  EXPECT_FALSE(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat").has_value());
   EXPECT_EQ(log.text(), "");
 }
 

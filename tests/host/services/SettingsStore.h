@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "services/SqliteDataAccess.h"
+#include "services/SettingsDatabase.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
@@ -19,15 +19,15 @@ inline constexpr std::filesystem::perms kOwnerFile =
 // A folder for a settings store, and what the store logs.
 class SettingsStore : public ::testing::Test {
  protected:
-  std::filesystem::path file() const { return folder / SqliteDataAccess::kFileName; }
+  std::filesystem::path file() const { return folder / SettingsDatabase::kFileName; }
   std::filesystem::path aside(int number) const {
     return folder / ("settings.db.damaged-" + std::to_string(number));
   }
   std::string openingError() const {
-    return errorOf([this] { const SqliteDataAccess store(folder.path()); });
+    return errorOf([this] { const SettingsDatabase store(folder.path()); });
   }
   void saveOne() const {
-    SqliteDataAccess store(folder.path());
+    SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
   }
 

@@ -8,7 +8,7 @@
 
 #include "host/services/StoreFaults.h"
 #include "services/SecurityLog.h"
-#include "services/SqliteDataAccess.h"
+#include "services/SettingsDatabase.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
@@ -32,7 +32,7 @@ class SyncedSettings : public ::testing::Test {
 };
 
 TEST_F(SyncedSettings, EachAcceptedSetIsOneSync) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "none"));
   static_cast<void>(takeSyncs());
   for (int i = 0; i < 100; ++i) {
@@ -42,7 +42,7 @@ TEST_F(SyncedSettings, EachAcceptedSetIsOneSync) {
 }
 
 TEST_F(SyncedSettings, EachAcceptedSetIsOneSyncButWhereTheWalIsCheckpointed) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   std::vector<int> others;
   for (int i = 0; i < kMany; ++i) {
     static_cast<void>(takeSyncs());
@@ -57,7 +57,7 @@ TEST_F(SyncedSettings, EachAcceptedSetIsOneSyncButWhereTheWalIsCheckpointed) {
 }
 
 TEST_F(SyncedSettings, ReadingNeedsNoSync) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
   static_cast<void>(takeSyncs());
   EXPECT_EQ(store.getItem(kSettings, "DateFormat"), "0");
@@ -65,7 +65,7 @@ TEST_F(SyncedSettings, ReadingNeedsNoSync) {
 }
 
 TEST_F(SyncedSettings, UnchangedValueNeedsNoSync) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
   static_cast<void>(takeSyncs());
   EXPECT_TRUE(store.setItem(kSettings, "DateFormat", "0"));

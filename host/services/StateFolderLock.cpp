@@ -1,4 +1,4 @@
-#include "services/StateLock.h"
+#include "services/StateFolderLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -14,7 +14,7 @@
 #include "Logging.h"
 #include "base/Error.h"
 #include "framework/OwnerOnly.h"
-#include "services/SqliteDataAccess.h"
+#include "services/SettingsDatabase.h"
 
 namespace host {
 namespace {
@@ -43,7 +43,7 @@ bool holdsOnlyTheLock(const fs::path& folder) {
   std::error_code code;
   fs::directory_iterator entry(folder, code);
   for (; !code && entry != fs::directory_iterator(); entry.increment(code)) {
-    if (entry->path().filename() != StateLock::kFileName) return false;
+    if (entry->path().filename() != StateFolderLock::kFileName) return false;
   }
   return !code;
 }
@@ -52,7 +52,7 @@ bool holdsOnlyTheLock(const fs::path& folder) {
 bool isOwn(const fs::path& folder, mode_t mode) {
   std::error_code code;
   if ((mode & S_ISVTX) != 0) return false;
-  return fs::exists(folder / SqliteDataAccess::kFileName, code) || holdsOnlyTheLock(folder);
+  return fs::exists(folder / SettingsDatabase::kFileName, code) || holdsOnlyTheLock(folder);
 }
 
 void closeToOthers(const fs::path& folder) {
@@ -66,7 +66,7 @@ void closeToOthers(const fs::path& folder) {
 
 Descriptor openLock(const fs::path& folder) {
   constexpr int kFlags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-  const fs::path file = folder / StateLock::kFileName;
+  const fs::path file = folder / StateFolderLock::kFileName;
   Descriptor descriptor(::open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
   if (descriptor.valid()) return descriptor;
   throw Error(named(folder) + " cannot be locked: " + file.string() + ": " + std::strerror(errno));
@@ -87,7 +87,7 @@ bool lock(int file) {
 
 }  // namespace
 
-StateLock::StateLock(const fs::path& folder) {
+StateFolderLock::StateFolderLock(const fs::path& folder) {
   makeOwnFolder(folder);
   requireWritable(folder);
   m_file = openLock(folder);

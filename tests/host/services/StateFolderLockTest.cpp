@@ -1,4 +1,4 @@
-#include "services/StateLock.h"
+#include "services/StateFolderLock.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -23,7 +23,7 @@ constexpr uid_t kNobody = 65534;
 class LockedState : public ::testing::Test {
  protected:
   std::string refusal() const {
-    return errorOf([this] { const StateLock lock(state); });
+    return errorOf([this] { const StateFolderLock lock(state); });
   }
   fs::perms mode() const { return fs::status(state).permissions(); }
 
@@ -33,13 +33,13 @@ class LockedState : public ::testing::Test {
 };
 
 TEST_F(LockedState, IsMadeForItsOwnerOnly) {
-  const StateLock lock(state / "");
+  const StateFolderLock lock(state / "");
   EXPECT_EQ(mode(), fs::perms::owner_all);
   EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(LockedState, IsForOneHostAlone) {
-  std::optional<StateLock> lock(state);
+  std::optional<StateFolderLock> lock(state);
   EXPECT_EQ(refusal(), "state folder \"" + state.string() + "\" is in use by another host");
   lock.reset();
   EXPECT_EQ(refusal(), "");
@@ -52,7 +52,7 @@ TEST_F(LockedState, IsFreeAgainWhenItsHostWasKilled) {
   const pid_t child = fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    const StateLock lock(state);
+    const StateFolderLock lock(state);
     static_cast<void>(write(ready[1], "x", 1));
     for (;;) pause();
   }
@@ -61,7 +61,7 @@ TEST_F(LockedState, IsFreeAgainWhenItsHostWasKilled) {
   EXPECT_NE(refusal(), "");
   kill(child, SIGKILL);
   waitpid(child, nullptr, 0);
-  EXPECT_TRUE(fs::exists(state / StateLock::kFileName));
+  EXPECT_TRUE(fs::exists(state / StateFolderLock::kFileName));
   EXPECT_EQ(refusal(), "");
   for (const int end : ready) close(end);
 }
@@ -70,9 +70,9 @@ TEST_F(LockedState, IsClosedToOthersWhereItIsTheHostsOwn) {
   fs::create_directory(state);
   writeBytes(state / "settings.db", "");
   fs::permissions(state, fs::perms(0755));
-  const StateLock lock(state);
+  const StateFolderLock lock(state);
   EXPECT_EQ(mode(), fs::perms::owner_all);
-  EXPECT_EQ(fs::status(state / StateLock::kFileName).permissions(),
+  EXPECT_EQ(fs::status(state / StateFolderLock::kFileName).permissions(),
             fs::perms::owner_read | fs::perms::owner_write);
   EXPECT_TRUE(log.has("\"" + state.string() + "\" is open to others (mode 0755): changed to 0700"))
       << log.text();
@@ -84,7 +84,7 @@ TEST_F(LockedState, IsClosedToOthersWhereItHoldsNothingButTheLock) {
   for (int start = 0; start < 2; ++start) {
     fs::permissions(state, fs::perms(0755));
     log.clear();
-    const StateLock lock(state);
+    const StateFolderLock lock(state);
     EXPECT_EQ(mode(), fs::perms::owner_all);
     EXPECT_TRUE(log.hasPart("(mode 0755): changed to 0700")) << log.text();
   }
@@ -97,7 +97,7 @@ TEST_F(LockedState, IsLeftAsItIsWhereItHoldsOtherThings) {
     writeBytes(state / (open == fs::perms(0755) ? "letter" : "settings.db"), "");
     fs::permissions(state, open);
     log.clear();
-    const StateLock lock(state);
+    const StateFolderLock lock(state);
     EXPECT_EQ(mode(), open);
     EXPECT_EQ(log.text().find("clockhost 3: "), 0U) << log.text();
     EXPECT_TRUE(log.hasPart("and holds more than the host's state: left so")) << log.text();
@@ -125,16 +125,16 @@ TEST_F(LockedState, RefusesWhatIsNoFolder) {
 
 TEST_F(LockedState, DoesNotWaitForAPipeInTheLocksPlace) {
   fs::create_directory(state);
-  ASSERT_EQ(mkfifo((state / StateLock::kFileName).c_str(), 0600), 0);
-  const StateLock lock(state);
+  ASSERT_EQ(mkfifo((state / StateFolderLock::kFileName).c_str(), 0600), 0);
+  const StateFolderLock lock(state);
   EXPECT_NE(refusal(), "");
 }
 
 TEST_F(LockedState, DoesNotFollowALinkInTheLocksPlace) {
   fs::create_directory(state);
-  fs::create_symlink(folder / "elsewhere", state / StateLock::kFileName);
+  fs::create_symlink(folder / "elsewhere", state / StateFolderLock::kFileName);
   EXPECT_EQ(refusal(), "state folder \"" + state.string() +
-                           "\" cannot be locked: " + (state / StateLock::kFileName).string() +
+                           "\" cannot be locked: " + (state / StateFolderLock::kFileName).string() +
                            ": Too many levels of symbolic links");
   EXPECT_FALSE(fs::exists(folder / "elsewhere"));
 }

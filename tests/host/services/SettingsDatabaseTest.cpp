@@ -1,4 +1,4 @@
-#include "services/SqliteDataAccess.h"
+#include "services/SettingsDatabase.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -21,13 +21,13 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST_F(SettingsStore, FreshOneHoldsNothing) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 
 TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
   EXPECT_TRUE(store.setItem(kSchema, "TimeFormat", ""));
@@ -40,20 +40,20 @@ TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
 
 TEST_F(SettingsStore, ValuesAreThereAfterReopening) {
   saveOne();
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
 }
 
 TEST_F(SettingsStore, KeepsAnyBytes) {
   const std::string value = std::string("a\0b\xff\xfe <&>'\"\n", 12) + std::string(1 << 20, '\xc3');
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, std::string("k\0'", 3), value));
   EXPECT_TRUE(store.getItem(kSchema, std::string("k\0'", 3)) == value);
   EXPECT_FALSE(store.getItem(kSchema, "k").has_value());
 }
 
 TEST_F(SettingsStore, FailedWriteIsRefusedLoggedAndKeepsTheOldValue) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   for (const int error : {ENOSPC, EIO}) {
     log.clear();
@@ -70,7 +70,7 @@ TEST_F(SettingsStore, FailedWriteIsRefusedLoggedAndKeepsTheOldValue) {
 }
 
 TEST_F(SettingsStore, FailedSyncIsRefused) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   {
     const FailingSyncs fault;
@@ -81,7 +81,7 @@ TEST_F(SettingsStore, FailedSyncIsRefused) {
 }
 
 TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   for (const char* const value : {"1", "2", "3"}) {
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", value));
   }
@@ -92,7 +92,7 @@ TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
     const support::TemporaryFolder cut;
     writeBytes(cut / "settings.db", main);
     writeBytes(cut / "settings.db-wal", wal.substr(0, length));
-    SqliteDataAccess after(cut.path());
+    SettingsDatabase after(cut.path());
     const std::string value = after.getItem(kSchema, "DateFormat").value_or("none");
     EXPECT_TRUE(value == "none" || value == "1" || value == "2" || value == "3") << value;
     EXPECT_TRUE(log.entries().empty()) << "cut at " << length << '\n' << log.text();
@@ -100,7 +100,7 @@ TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
 }
 
 TEST_F(SettingsStore, ServesManyThreads) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   std::vector<std::thread> threads;
   std::atomic<int> wrong{0};
   for (int i = 0; i < 4; ++i) {
@@ -117,7 +117,7 @@ TEST_F(SettingsStore, ServesManyThreads) {
 
 TEST_F(SettingsStore, IsForItsOwnerOnly) {
   const fs::path state = folder / "a" / "b";
-  const SqliteDataAccess store(state);
+  const SettingsDatabase store(state);
   EXPECT_EQ(fs::status(state).permissions(), fs::perms::owner_all);
   EXPECT_EQ(fs::status(state / "settings.db").permissions(), kOwnerFile);
 }
@@ -127,7 +127,7 @@ TEST_F(SettingsStore, IsClosedToOthersWhereItWasOpen) {
   const fs::path wal = file().string() + "-wal";
   writeBytes(wal, "");
   for (const fs::path& part : {file(), wal}) fs::permissions(part, fs::perms(0644));
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   for (const fs::path& part : {file(), wal}) {
     EXPECT_EQ(fs::status(part).permissions(), kOwnerFile) << part;
@@ -149,7 +149,7 @@ TEST_F(SettingsStore, OfAnotherUserKeepsItsMode) {
 // SQLite itself would go on writing into files that nobody finds again.
 TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
   const fs::path state = folder / "state";
-  SqliteDataAccess store(state);
+  SettingsDatabase store(state);
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   fs::rename(state, folder / "away");
   EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
@@ -164,7 +164,7 @@ TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
 }
 
 TEST_F(SettingsStore, FailureIsToldWithTheSystemsReason) {
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   const support::LogCapture all(5);
   const FailingSyncs fault;
@@ -174,7 +174,7 @@ TEST_F(SettingsStore, FailureIsToldWithTheSystemsReason) {
 }
 
 TEST_F(SettingsStore, SecondHostOnTheSameFolderIsRefused) {
-  const SqliteDataAccess store(folder.path());
+  const SettingsDatabase store(folder.path());
   EXPECT_EQ(openingError(), "store \"" + file().string() + "\" is in use by another host");
 }
 
@@ -185,13 +185,13 @@ TEST_F(SettingsStore, NewerVersionIsRefusedAndLeftAlone) {
             "store \"" + file().string() + "\" is of version 7, newer than this program's 1");
   EXPECT_FALSE(fs::exists(aside(1)));
   ASSERT_EQ(runSql(file(), "PRAGMA user_version=1"), "");
-  EXPECT_EQ(SqliteDataAccess(folder.path()).getItem(kSchema, "DateFormat"), "2");
+  EXPECT_EQ(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
 TEST_F(SettingsStore, FolderThatIsAFileIsRefused) {
   writeBytes(folder / "state", "not a folder");
   for (const fs::path& state : {folder / "state", folder / "state" / "below"}) {
-    const std::string error = errorOf([&] { const SqliteDataAccess store(state); });
+    const std::string error = errorOf([&] { const SettingsDatabase store(state); });
     EXPECT_NE(error.find(state.string()), std::string::npos) << error;
     EXPECT_EQ(error.find('\n'), std::string::npos);
   }
@@ -241,7 +241,7 @@ TEST_F(SettingsStore, ReadThatFailsOnceIsNoDamage) {
     const std::string error = openingError();
     if (!StumblingReads::stumbled()) break;
     EXPECT_TRUE(!error.empty() || log.hasPart("second try")) << log.text();
-    SqliteDataAccess store(folder.path());
+    SettingsDatabase store(folder.path());
     EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
     log.clear();
   }
@@ -251,14 +251,14 @@ TEST_F(SettingsStore, ReadThatFailsOnceIsNoDamage) {
 TEST_F(SettingsStore, CheckpointThatFailsAtTheEndIsLoggedAndLosesNothing) {
   std::optional<FailingWrites> fault;
   {
-    SqliteDataAccess store(folder.path());
+    SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
     fault.emplace(EIO);
   }
   fault.reset();
   ASSERT_EQ(log.entries().size(), 1U) << log.text();
   EXPECT_TRUE(log.hasPart("settings.db\": checkpoint failed: ")) << log.text();
-  SqliteDataAccess store(folder.path());
+  SettingsDatabase store(folder.path());
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
 }
 

@@ -1,4 +1,4 @@
-#include "services/SqliteDataAccess.h"
+#include "services/SettingsDatabase.h"
 
 #include "services/SqliteDatabase.h"
 #include "services/SqliteStatement.h"
@@ -7,14 +7,14 @@ namespace host {
 namespace {
 
 constexpr SqliteStore kSettingsStore = {
-    SqliteDataAccess::kVersion,
+    SettingsDatabase::kVersion,
     "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
     " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID",
     nullptr, "SELECT schema, key, value FROM settings LIMIT 0", "FULL"};
 
 }  // namespace
 
-SqliteDataAccess::SqliteDataAccess(const std::filesystem::path& folder)
+SettingsDatabase::SettingsDatabase(const std::filesystem::path& folder)
     : m_database(std::make_unique<SqliteDatabase>(folder / kFileName, kSettingsStore)),
       m_set(std::make_unique<SqliteStatement>(
           *m_database,
@@ -23,13 +23,13 @@ SqliteDataAccess::SqliteDataAccess(const std::filesystem::path& folder)
       m_get(std::make_unique<SqliteStatement>(
           *m_database, "SELECT value FROM settings WHERE schema = ?1 AND key = ?2")) {}
 
-SqliteDataAccess::~SqliteDataAccess() = default;
+SettingsDatabase::~SettingsDatabase() = default;
 
-void SqliteDataAccess::init(Context&) {}
+void SettingsDatabase::init(Context&) {}
 
-void SqliteDataAccess::shutdown() {}
+void SettingsDatabase::shutdown() {}
 
-bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key,
+bool SettingsDatabase::setItem(const std::string& schema, const std::string& key,
                                const std::string& value) {
   const MutexLock lock(m_mutex);
   m_set->bind(1, schema);
@@ -41,7 +41,7 @@ bool SqliteDataAccess::setItem(const std::string& schema, const std::string& key
   return false;
 }
 
-std::optional<std::string> SqliteDataAccess::getItem(const std::string& schema,
+std::optional<std::string> SettingsDatabase::getItem(const std::string& schema,
                                                      const std::string& key) {
   const MutexLock lock(m_mutex);
   m_get->bind(1, schema);

@@ -11,11 +11,11 @@ namespace host {
 // lock, or with its settings) and open to others, its mode is tightened, with one log line; any
 // other folder keeps its mode, also with a line. Owner: the device, which constructs it before it
 // opens anything in the folder. Failure: the constructor throws host::Error.
-class StateLock {
+class StateFolderLock {
  public:
   static constexpr const char* kFileName = "lock";  // never removed: only the lock on it matters
 
-  explicit StateLock(const std::filesystem::path& folder);
+  explicit StateFolderLock(const std::filesystem::path& folder);
 
  private:
   Descriptor m_file;

@@ -20,15 +20,15 @@ class SqliteStatement;
 // a thousand, which checkpoints the WAL, has two more; the next, which restarts it, one more.
 // Failure: a set that could not be written is logged, returns false and leaves the old value; a
 // damaged file is set aside as settings.db.damaged-N, with one log line, and an empty store serves.
-class SqliteDataAccess : public Executable, public DataAccess {
+class SettingsDatabase : public Executable, public DataAccess {
  public:
   static constexpr const char* kFileName = "settings.db";
   static constexpr int kVersion = 1;  // on disk: pragma user_version
 
   // Creates the folder (for its owner only) and the file where missing. Throws host::Error: the
   // folder or file cannot be written, the store is of a newer version or in use by another host.
-  explicit SqliteDataAccess(const std::filesystem::path& folder);
-  ~SqliteDataAccess() override;
+  explicit SettingsDatabase(const std::filesystem::path& folder);
+  ~SettingsDatabase() override;
 
   void init(Context& context) override;
   void shutdown() override;
