@@ -32,7 +32,7 @@ bool isAllowed(const SetClockRequest& request) {
          request.nanoseconds < 1'000'000'000;
 }
 
-// The host's end. It lives as long as the loop waits for the client.
+// The host's end. The loop's pending wait owns it.
 class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
  public:
   ClockChannel(Stream end, VirtualClock& clock, std::atomic<bool>& filterMissed)
@@ -46,40 +46,41 @@ class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
   }
 
  private:
-  // False: the channel has ended.
+  // Handles one message. False: the channel is to be closed.
   bool serve() {
     SetClockRequest request{};
     const ssize_t size = ::recv(m_end.native_handle(), &request, sizeof request,
-                                MSG_DONTWAIT | MSG_TRUNC);  // the size as it was sent
+                                MSG_DONTWAIT | MSG_TRUNC);  // the whole message's size
     if (size < 0) return errno == EAGAIN || errno == EINTR;
     if (size == 0) return false;
     NoFilterNotice notice{};
     std::memcpy(&notice, &request, sizeof notice);
-    if (size == static_cast<ssize_t>(sizeof notice) && notice.error > 0) return note(notice);
+    if (size == static_cast<ssize_t>(sizeof notice) && notice.error > 0)
+      return logMissingFilter(notice);
     if (size != static_cast<ssize_t>(sizeof request) || !isAllowed(request)) {
       logAppUni("clockhost", 3, __FILE__, __LINE__,
-                "the NTP client's channel is closed: it sent what sets no clock");
+                "the NTP client's channel is closed: it sent an invalid message");
       return false;
     }
     return answer(set(request));
   }
 
-  // One line for all clients: an NTP client is started again and again.
-  bool note(const NoFilterNotice& notice) {
+  // Once for all clients, because the service restarts its NTP client every hour.
+  bool logMissingFilter(const NoFilterNotice& notice) {
     if (!m_filterMissed.exchange(true)) {
       logAppUni("clockhost", 3, __FILE__, __LINE__,
-                "the NTP client works without a system call filter: %s",
+                "the NTP client runs without a system call filter: %s",
                 std::strerror(notice.error));
     }
     return true;
   }
 
-  // 0, or why not.
+  // Returns 0 or an errno.
   int set(const SetClockRequest& request) {
     return m_clock.setWall(seconds(request.seconds) + nanoseconds(request.nanoseconds)) ? 0 : errno;
   }
 
-  // A client that does not read its answers has no use for a clock.
+  // False when the answer cannot be sent, also to a client that does not read its answers.
   bool answer(int error) {
     const SetClockAnswer answer{error};
     return ::send(m_end.native_handle(), &answer, sizeof answer, MSG_DONTWAIT | MSG_NOSIGNAL) ==
@@ -92,9 +93,9 @@ class ClockChannel : public std::enable_shared_from_this<ClockChannel> {
   const std::shared_ptr<WaitMemory> m_waitMemory = std::make_shared<WaitMemory>();
 };
 
-// Serves the host's end, or closes it.
-void takeUp(asio::io_context& loop, Descriptor& end, VirtualClock& clock,
-            std::atomic<bool>& filterMissed) try {
+// On the loop: serves the host's end, or closes it.
+void serveOrClose(asio::io_context& loop, Descriptor& end, VirtualClock& clock,
+                  std::atomic<bool>& filterMissed) try {
   Stream stream(loop, end.get());
   static_cast<void>(end.release());
   std::make_shared<ClockChannel>(std::move(stream), clock, filterMissed)->wait();
@@ -113,8 +114,9 @@ Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock,
   Descriptor clients(ends[0]);
   Descriptor own(ends[1]);
   const auto hosts = std::make_shared<Descriptor>(std::move(own));
-  asio::post(loop,
-             [&loop, &clock, &filterMissed, hosts] { takeUp(loop, *hosts, clock, filterMissed); });
+  asio::post(loop, [&loop, &clock, &filterMissed, hosts] {
+    serveOrClose(loop, *hosts, clock, filterMissed);
+  });
   return clients;
 } catch (const std::bad_alloc&) {
   errno = ENOMEM;

@@ -13,11 +13,12 @@ namespace host {
 
 class VirtualClock;
 
-// A new channel, and the client's end of it, close-on-exec. The loop serves the other end, one
-// message a turn, until the client's end is closed; one that ClockMessage.h does not know, and a
-// shortage of memory or descriptors, end the channel with a log line. filterMissed: becomes true,
-// with a log line, at the first client that has no system call filter. Thread: any. Invalid, with
-// errno, when none can be made. Clock and filterMissed outlive the loop's run.
+// Creates a channel through which one NTP client sets the clock, and returns the client's end,
+// close-on-exec. The loop serves the host's end, one message a turn, until the client closes its
+// end. A message that ClockMessage.h does not define, or a shortage of memory or descriptors, ends
+// the channel with a log line. filterMissed: set, with a log line, by the first client without a
+// system call filter. Thread: any. Failure: an invalid descriptor, and errno. Clock and
+// filterMissed outlive the loop's run.
 [[nodiscard]] Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock,
                                           std::atomic<bool>& filterMissed);
 

@@ -24,7 +24,8 @@ using Capabilities = std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3
 constexpr std::size_t kWord = CAP_SYS_TIME / 32;
 constexpr std::uint32_t kBit = 1U << (CAP_SYS_TIME % 32);
 
-bool exchange(long call, Capabilities& capabilities) {
+// call: SYS_capget or SYS_capset.
+bool callWith(long call, Capabilities& capabilities) {
   __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
   return ::syscall(call, &header, capabilities.data()) == 0;
 }
@@ -37,8 +38,8 @@ void join(gid_t group) {
   static_cast<void>(::setgroups(groups.size(), groups.data()));
 }
 
-// What a program can get when it is started. Who may not change that is not root in full, and then
-// PR_SET_NO_NEW_PRIVS leaves programs no more than this process has.
+// The bounding set limits the capabilities of started programs. A process that may not change the
+// set lacks CAP_SETPCAP; PR_SET_NO_NEW_PRIVS then limits its programs to its own capabilities.
 void emptyBoundingSet() {
   for (int number = 0; ::prctl(PR_CAPBSET_READ, number, 0, 0, 0) >= 0; ++number) {
     ::prctl(PR_CAPBSET_DROP, number, 0, 0, 0);
@@ -50,7 +51,7 @@ void emptyBoundingSet() {
 
 bool maySetSystemClock() {
   Capabilities capabilities{};
-  return exchange(SYS_capget, capabilities) && (capabilities[kWord].effective & kBit) != 0;
+  return callWith(SYS_capget, capabilities) && (capabilities[kWord].effective & kBit) != 0;
 }
 
 void gainNoPrivileges() {
@@ -67,7 +68,7 @@ void keepOnlyClockPrivilege(std::optional<gid_t> group) {
   Capabilities capabilities{};
   capabilities[kWord].effective = kept;
   capabilities[kWord].permitted = kept;
-  if (!exchange(SYS_capset, capabilities)) {
+  if (!callWith(SYS_capset, capabilities)) {
     throw Error(std::string("the other privileges cannot be given up: ") + std::strerror(errno));
   }
 }

@@ -9,14 +9,14 @@ namespace host {
 // Whether this process may set the machine's clock. Sets nothing. Thread: any.
 [[nodiscard]] bool maySetSystemClock();
 
-// From now on no program that this process starts, and none that it becomes, gains a privilege by
-// that. REQUIRES: no other thread. Failure: host::Error.
+// From now on neither this process nor a program that it starts can gain privileges by exec.
+// REQUIRES: no other thread. Failure: host::Error.
 void gainNoPrivileges();
 
-// Of all capabilities this thread, and each that it starts later, keeps the one to set the clock,
-// if it has it. Programs that it starts get none, also those of root. Files are then open to root
-// as to any owner. group: this process joins it first if it may, so that it can still give a file
-// to it. REQUIRES: no other thread. Failure: host::Error.
+// Drops all capabilities but the one to set the clock (CAP_SYS_TIME), for this thread and those
+// that it starts later. Programs that it starts have none, even those of root; root then has only
+// the access to files that an owner has. group: joined first if possible, so that the process can
+// still give files to it. REQUIRES: no other thread. Failure: host::Error.
 void keepOnlyClockPrivilege(std::optional<gid_t> group);
 
 }  // namespace host

@@ -5,35 +5,40 @@
 #include <optional>
 #include <string>
 
-class Executable;
+#include "Invoker.h"
+#include "Service.h"
+#include "framework/HostContext.h"
+#include "services/LocalManagement.h"
+#include "services/ManagementThread.h"
+#include "services/PhysicalInterface.h"
+
 class FrameworkContext;
-class Invoker;
 class Proxy;
 
 namespace host {
 
-class LocalManagement;
-class ManagementThread;
-class PhysicalInterface;
+class ListenerWaker;
 class Plugin;
+class RemoteSetRecorder;
 class ReportPipe;
 class SecurityLog;
+class SettingsDatabase;
+class StateFolderLock;
 class VirtualClock;
 struct DataAccess;
 
-// What a telephone is made of. The defaults are those of a fresh one without a network.
+// Configuration of a telephone. The defaults are those of a new one without a network.
 struct DeviceOptions {
-  std::filesystem::path state;  // settings.db, security.db, setupTZ.sh, lock; made when missing
+  std::filesystem::path state;  // state folder, created when missing
   int variant = 0;              // hardware sub-variant
-  std::string softwareType;     // "related-software-type"; empty: the device holds no such value
+  std::string softwareType;     // "related-software-type"; empty: the device has no such value
   std::string mac;              // "mac-addr", 12 hexadecimal digits; empty: no such value
   bool networkUp = false;       // "interface-status"
-  // Becomes the saved fallback time before the service starts, which then starts there by itself.
-  std::optional<std::string> at;  // a UTC string of 25 characters
+  // A UTC string of 25 characters, stored as the saved time before the service starts.
+  std::optional<std::string> at;
 
-  // For tests and simulation: a store of their own (an Executable that is a DataAccess, outliving
-  // the device), a security log in memory, and services that are not there.
-  Executable* store = nullptr;
+  // For tests and simulation. The store is a DataAccess too, and outlives the device.
+  Executable* store = nullptr;  // replaces the settings database
   bool securityLogInMemory = false;
   bool withoutPhysicalInterface = false;
   bool withoutLocalManagement = false;
@@ -41,9 +46,10 @@ struct DeviceOptions {
   bool withoutSecurityLog = false;
 };
 
-// One telephone: the services of its framework, and the plug-in's service among them.
-// Owner: the framework thread, which alone calls it. Clock and plug-in outlive it.
-// Failure: the constructor and start() throw host::Error; the device is then to be destroyed.
+// One telephone: the framework's services, and the plug-in's service among them. The constructor
+// locks the state folder and opens the stores; start() starts the service; stop() ends it.
+// Owner and thread: the framework thread. Clock and plug-in outlive it. Failure: the constructor
+// and start() throw host::Error; the device must then be destroyed.
 class Device {
  public:
   Device(VirtualClock& clock, Plugin& plugin, const DeviceOptions& options);
@@ -51,34 +57,56 @@ class Device {
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
 
-  // Creates and initialises service and invoker. At most once. `remote` outlives the device's run.
+  // Creates and initialises service and invoker. At most once. `remote` outlives the service.
   void start(FrameworkContext& remote);
 
-  // Orderly end: no more calls into the service, which is then deleted, its listener woken.
+  // Orderly shutdown: ends all calls into the service, wakes its listener, and deletes the service.
   // REQUIRES: proxies that the service still observes with outlive this. Idempotent.
   void stop();
-  [[nodiscard]] bool running() const;
+  [[nodiscard]] bool running() const { return m_service != nullptr; }
 
   // REQUIRES: running.
-  [[nodiscard]] Executable& service();
-  [[nodiscard]] Invoker& invoker();
-  [[nodiscard]] ReportPipe& reportPipe();
+  [[nodiscard]] Executable& service() { return *m_service; }
+  [[nodiscard]] Invoker& invoker() { return *m_invoker; }
+  [[nodiscard]] ReportPipe& reportPipe() { return *m_pipe; }
 
-  // A new proxy out of the third factory, owned by the caller.
+  // A new, initialised proxy from the plug-in's factory; owned by the caller.
   [[nodiscard]] Proxy* makeProxy();
 
-  // The parts are there, for the operator, also when the service does not find them ("without...").
-  [[nodiscard]] VirtualClock& clock();
-  [[nodiscard]] LocalManagement& management();
-  [[nodiscard]] ManagementThread& managementThread();
-  [[nodiscard]] PhysicalInterface& physical();
-  [[nodiscard]] SecurityLog& securityLog();
-  [[nodiscard]] DataAccess& store();
-  [[nodiscard]] const DeviceOptions& options() const;
+  // For the operator; also there when the options hide them from the service.
+  [[nodiscard]] VirtualClock& clock() { return m_clock; }
+  [[nodiscard]] LocalManagement& management() { return m_management; }
+  [[nodiscard]] ManagementThread& managementThread() { return m_managementThread; }
+  [[nodiscard]] PhysicalInterface& physical() { return m_physical; }
+  [[nodiscard]] SecurityLog& securityLog() { return *m_securityLog; }
+  [[nodiscard]] DataAccess& store() { return *m_store; }
+  [[nodiscard]] const DeviceOptions& options() const { return m_options; }
 
  private:
-  struct Parts;
-  std::unique_ptr<Parts> m_parts;
+  void openStores();
+  void recordThrownSets();
+  void setDeviceValues();
+  void registerServices();
+  void presetSavedTime();
+
+  VirtualClock& m_clock;
+  Plugin& m_plugin;
+  const DeviceOptions m_options;
+  // In order of construction: later ones use earlier ones.
+  std::unique_ptr<StateFolderLock> m_stateLock;
+  std::unique_ptr<SettingsDatabase> m_database;
+  Executable* m_storeService = nullptr;  // the database, or the store of the options
+  DataAccess* m_store = nullptr;         // the same object
+  std::unique_ptr<SecurityLog> m_securityLog;
+  PhysicalInterface m_physical;
+  LocalManagement m_management;
+  ManagementThread m_managementThread;
+  HostContext m_context;
+  std::unique_ptr<ReportPipe> m_pipe;
+  std::unique_ptr<ListenerWaker> m_waker;
+  std::unique_ptr<RemoteSetRecorder> m_remote;
+  std::unique_ptr<Invoker> m_invoker;
+  std::unique_ptr<Service> m_service;
 };
 
 }  // namespace host

@@ -29,7 +29,7 @@
 
 namespace host {
 
-// Shared with the handlers that the clock and the io_context may still hold after the loop's end.
+// Shared with handlers that the clock may still call while the loop is destroyed.
 struct EventLoop::Impl {
   explicit Impl(VirtualClock& theClock) : clock(theClock) {}
 
@@ -54,7 +54,7 @@ struct EventLoop::Impl {
     }
   }
 
-  // An exception out of the service costs only this expiry.
+  // An exception from the service costs only this expiry.
   void runDue() {
     try {
       const auto end = std::chrono::steady_clock::now() + kSliceTime;
@@ -83,7 +83,7 @@ struct EventLoop::Impl {
                                      }});
   }
 
-  // Checked before each task, so that queued tasks do not delay the end.
+  // Checked before each task, so that queued tasks do not delay the shutdown.
   bool stopped() { return signals && signals->take(); }
 
   struct Readable {
@@ -120,7 +120,7 @@ struct EventLoop::Impl {
     logAppUni("clockhost", 2, __FILE__, __LINE__, "a task of the loop threw \"%s\"", error.what());
   }
 
-  // False: there is nothing left to wait for, or the loop is stopped.
+  // False: the loop is stopped.
   bool runOne() try { return io.run_one() > 0; } catch (const std::bad_alloc&) {
     logAppUni("clockhost", 2, __FILE__, __LINE__,
               "a task of the loop was not finished: no memory is left for it");
@@ -135,7 +135,7 @@ struct EventLoop::Impl {
   asio::posix::stream_descriptor signalled{io};
   std::list<Readable> readables;
   std::atomic<bool> deliveryPending{false};
-  // For the loop's own waits, one at a time each: they need no further memory.
+  // Preallocated: the loop's own waits need no further memory. Each has one operation at a time.
   const std::shared_ptr<WaitMemory> deliveryMemory = std::make_shared<WaitMemory>();
   const std::shared_ptr<WaitMemory> sleepMemory = std::make_shared<WaitMemory>();
   const std::shared_ptr<WaitMemory> signalMemory = std::make_shared<WaitMemory>();

@@ -9,33 +9,29 @@
 
 #include "base/Descriptor.h"
 #include "base/StartThread.h"
-#include "runtime/ReportPipe.h"
 
 namespace host {
 namespace {
 
-constexpr const char* kName = "waker of the report listener";
-
-// A listener may come to its wait a moment after it was told to end.
+// The listener may begin another wait just after a wake: its stop flag is set later.
 constexpr std::chrono::milliseconds kBetweenWakes{2};
 
-// Nothing happens when nobody waits: the open fails then.
+// Does nothing when nobody waits: the open then fails.
 void wake(const std::string& path) {
   const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
   if (pipe < 0) return;
   constexpr std::array<char, 4> kNoTime{};
   if (isFifo(pipe) && write(pipe, kNoTime.data(), kNoTime.size()) < 0) {
-    // Full or left: then there is something to read, or nobody to wake.
+    // Full: the listener has something to read. Broken: the listener is awake.
   }
   close(pipe);
 }
 
 }  // namespace
 
-ListenerWaker::ListenerWaker(std::string path)
-    : m_path(std::move(path)), m_thread(startThread(kName, [this] { work(); })) {}
-
-ListenerWaker::ListenerWaker(const ReportPipe& pipe) : ListenerWaker(pipe.heldPath()) {}
+ListenerWaker::ListenerWaker(std::string pipePath)
+    : m_path(std::move(pipePath)),
+      m_thread(startThread("waker of the report listener", [this] { wakeUntilDestroyed(); })) {}
 
 ListenerWaker::~ListenerWaker() {
   {
@@ -54,9 +50,9 @@ void ListenerWaker::begin() {
   m_changed.notify_all();
 }
 
-// A listener may leave between our open and our write. That is no reason for the process to end:
-// the thread does not hear signals.
-void ListenerWaker::work() {
+// If the listener closes the pipe between our open and our write, the write raises SIGPIPE.
+// startThread blocks signals in this thread, so the process survives.
+void ListenerWaker::wakeUntilDestroyed() {
   MutexLock lock(m_mutex);
   m_changed.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_begun || m_ending; });
   if (!m_begun) return;

@@ -8,19 +8,14 @@
 
 namespace host {
 
-class ReportPipe;
-
-// From begin() until it goes, at least once, wakes whoever waits for the pipe in open or read, so
-// that a listener told to end gets to see that: again and again it opens the pipe for writing and
-// writes four zero bytes. Its thread is there from the start: at the end there may be none to be
-// had. Owner: whoever takes the listener down. Failure: the constructor throws Error: no thread is
-// left; a pipe that is not there wakes nobody.
+// Wakes the plug-in's listener at shutdown. The listener blocks in open() or read() of the report
+// pipe, and looks at its stop flag only in between. From begin() to destruction, at least once, the
+// waker opens the pipe for writing and writes four zero bytes, every few milliseconds. Its thread
+// starts with the object, because a shutdown may find no thread left. Owner: the device. Failure:
+// the constructor throws Error when no thread can be started; a missing pipe is ignored.
 class ListenerWaker {
  public:
-  explicit ListenerWaker(std::string path);
-  // Whoever waits for the pipe that the object holds, whatever is at its path. It outlives the
-  // waker.
-  explicit ListenerWaker(const ReportPipe& pipe);
+  explicit ListenerWaker(std::string pipePath);
   ~ListenerWaker();
   ListenerWaker(const ListenerWaker&) = delete;
   ListenerWaker& operator=(const ListenerWaker&) = delete;
@@ -28,7 +23,7 @@ class ListenerWaker {
   void begin();
 
  private:
-  void work();
+  void wakeUntilDestroyed();
 
   const std::string m_path;
   Mutex m_mutex;

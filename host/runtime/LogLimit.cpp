@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-// "ClockService: NtpClient.cpp:88", without the folders, which depend on where it was built.
+// As in "ClockService: NtpClient.cpp:88".
 std::string nameOf(const std::string& component, const std::string& file, int line) {
   if (file.empty()) return component.empty() ? "the system log" : component;
   return component + ": " + file.substr(file.rfind('/') + 1) + ":" + std::to_string(line);
@@ -41,7 +41,7 @@ std::vector<LogEntry> LogLimit::summaries(Clock::time_point now) {
       continue;
     }
     lines.push_back(summary(source, window));
-    window = {};  // over: the source's next line begins another one
+    window = {};  // the source's next line starts a new window
   }
   return lines;
 }

@@ -17,11 +17,11 @@ namespace {
 constexpr const char* kPlain = "\033[m";
 constexpr std::size_t kNameWidth = 8;
 
-// The terminal's sequences that switch to the colour of each level.
+// Escape sequences that switch to the colour of each level.
 constexpr std::array<const char*, kLogLevelNames.size()> kColours = {
     "\033[1;41m", "\033[1;41m", "\033[1;31m", "\033[1;33m", "\033[32m", "\033[36m", "\033[37m"};
 
-// Final newlines are dropped: the line has its own.
+// Drops final newlines: the line has its own.
 std::string printable(const std::string& text) {
   const std::size_t length = text.find_last_not_of('\n') + 1;
   std::string line;

@@ -6,11 +6,11 @@
 
 namespace host {
 
-// An entry as one line of text, newline included: the device's time, the name of the level, the
-// component, the text. Bytes that are not printable are shown as \xNN. In colour: for a terminal.
+// Formats an entry as one line with its newline: the device's time, the level's name, the component
+// and the text. Bytes that are not printable ASCII are shown as \xNN. inColour: for a terminal.
 [[nodiscard]] std::string logLine(const LogEntry& entry, bool inColour);
 
-// Whether what is written to the descriptor is shown by a terminal that knows colours.
+// Whether the descriptor is a terminal that shows colours.
 [[nodiscard]] bool showsColours(int descriptor);
 
 }  // namespace host

@@ -10,12 +10,12 @@
 namespace host {
 namespace {
 
-[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& words) {
-  throw Error("plug-in \"" + file.string() + "\": " + words);
+[[noreturn]] void refuse(const std::filesystem::path& file, const std::string& why) {
+  throw Error("plug-in \"" + file.string() + "\": " + why);
 }
 
-// dlerror names the file once more, in front.
-std::string loaderWords(const std::filesystem::path& file) {
+// The text of dlerror without the file name that it begins with.
+std::string loadError(const std::filesystem::path& file) {
   const char* const words = dlerror();
   std::string text = words == nullptr ? "unknown reason" : words;
   const std::string prefix = file.string() + ": ";
@@ -27,10 +27,10 @@ std::string loaderWords(const std::filesystem::path& file) {
 Plugin::Plugin(const std::filesystem::path& file) : m_file(std::filesystem::absolute(file)) {
   const std::string wanted = std::string(" (wanted for its factory ") + kServiceFactory + ")";
   if (!std::filesystem::exists(m_file)) refuse(m_file, "no such file" + wanted);
-  if (const auto why = whyNoPlugin(m_file))
+  if (const auto why = pluginFileFault(m_file))
     refuse(m_file, "cannot be loaded" + wanted + ": " + *why);
   m_handle.reset(dlopen(m_file.c_str(), RTLD_NOW | RTLD_LOCAL));
-  if (!m_handle) refuse(m_file, "cannot be loaded" + wanted + ": " + loaderWords(m_file));
+  if (!m_handle) refuse(m_file, "cannot be loaded" + wanted + ": " + loadError(m_file));
   m_service = find<ServiceFactory>(kServiceFactory);
   m_invoker = find<InvokerFactory>(kInvokerFactory);
   m_proxy = find<ProxyFactory>(kProxyFactory);

@@ -7,8 +7,8 @@
 
 namespace host {
 
-// A loaded plug-in: a file with three factories, and nothing else is known of it.
-// Owner: whoever runs the device; it outlives every object the factories made. Thread: any.
+// Loads a plug-in with dlopen and finds its three factories, which is all the host knows of it.
+// Owner: main; it outlives every object that the factories create. Thread: any.
 // Failure: host::Error, one line that names the file and the factory.
 class Plugin {
  public:
@@ -16,7 +16,7 @@ class Plugin {
   static constexpr const char* kInvokerFactory = "createClockServiceInvoker";
   static constexpr const char* kProxyFactory = "createClockServiceObserverProxy";
 
-  // Loads the file and finds the factories. Throws: missing, not loadable, a factory is absent.
+  // Throws when the file is missing or not loadable, or a factory is absent.
   explicit Plugin(const std::filesystem::path& file);
 
   // A new object, owned by the caller; never null. Throws when the factory returned null.

@@ -24,7 +24,7 @@ bool readAt(int file, std::uint64_t offset, Record* records, std::size_t count) 
   return pread(file, records, size, static_cast<off_t>(offset)) == static_cast<ssize_t>(size);
 }
 
-// The file's length as a header tells it; sums that overflow are longer than any file.
+// Saturates: a sum that overflows is beyond the end of any file.
 std::uint64_t endOf(std::uint64_t offset, std::uint64_t size) {
   return offset + size < offset ? UINT64_MAX : offset + size;
 }
@@ -33,7 +33,7 @@ std::string truncated(std::uint64_t size, std::uint64_t wanted) {
   return "it is cut off, with " + std::to_string(size) + " of " + std::to_string(wanted) + " bytes";
 }
 
-// Where the last of what the loader maps ends; a program header that cannot be read is beyond all.
+// Where the last segment that dlopen maps ends; with unreadable program headers, where they end.
 std::uint64_t endOfSegments(int file, const ElfW(Ehdr) & header) {
   std::vector<ElfW(Phdr)> segments(header.e_phnum);
   std::uint64_t end = endOf(header.e_phoff, segments.size() * sizeof(ElfW(Phdr)));
@@ -44,10 +44,10 @@ std::uint64_t endOfSegments(int file, const ElfW(Ehdr) & header) {
   return end;
 }
 
-std::optional<std::string> whyNoElfFile(int file, std::uint64_t size) {
+std::optional<std::string> elfFault(int file, std::uint64_t size) {
   ElfW(Ehdr) header{};
   if (!readAt(file, 0, &header, 1) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) {
-    return "it is no shared object";
+    return "it is not a shared object";
   }
   if (header.e_ident[EI_CLASS] != kWordSize || header.e_phentsize != sizeof(ElfW(Phdr))) {
     return "it is built for another kind of processor";
@@ -61,14 +61,14 @@ std::optional<std::string> whyNoElfFile(int file, std::uint64_t size) {
 
 }  // namespace
 
-std::optional<std::string> whyNoPlugin(const std::filesystem::path& file) {
+std::optional<std::string> pluginFileFault(const std::filesystem::path& file) {
   const Descriptor descriptor(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
   struct stat properties {};
   if (!descriptor.valid() || fstat(descriptor.get(), &properties) != 0) {
     return std::string("it cannot be opened: ") + std::strerror(errno);
   }
-  if (!S_ISREG(properties.st_mode)) return "it is no regular file";
-  return whyNoElfFile(descriptor.get(), static_cast<std::uint64_t>(properties.st_size));
+  if (!S_ISREG(properties.st_mode)) return "it is not a regular file";
+  return elfFault(descriptor.get(), static_cast<std::uint64_t>(properties.st_size));
 }
 
 }  // namespace host

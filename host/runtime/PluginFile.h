@@ -6,10 +6,10 @@
 
 namespace host {
 
-// Why the file cannot be a plug-in, as "it is ...": it is a folder, a FIFO or a device, it is no
-// ELF file of this machine's word size, or shorter than its own headers say. Empty: it may be one.
-// The loader would wait for a FIFO, and maps a file without a look at its length: reading what is
-// missing ends the process (SIGBUS). Thread: any.
-[[nodiscard]] std::optional<std::string> whyNoPlugin(const std::filesystem::path& file);
+// Checks a file before dlopen loads it: a regular file, an ELF file of this machine's word size,
+// and as long as its own headers say. Without the check, dlopen would wait for a writer of a FIFO,
+// and a truncated file would end the process (SIGBUS). Returns what is wrong, as "it is ..."; empty
+// when the file passes. Thread: any.
+[[nodiscard]] std::optional<std::string> pluginFileFault(const std::filesystem::path& file);
 
 }  // namespace host

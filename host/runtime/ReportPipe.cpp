@@ -27,15 +27,15 @@ constexpr const char* kWhat = "the pipe of the time reports: ";
 
 constexpr int kError = 2;
 
-// How many folders are made where they are missing. Under a running host it is the device root and
-// those in it: a state folder that was removed does not come back as an empty one.
+// How many missing folders are created. While the host runs, only the device root and its tmp and
+// votk: a removed state folder must not come back as an empty one.
 constexpr std::size_t kAllFolders = std::numeric_limits<std::size_t>::max();
-constexpr std::size_t kMadeAgain = 3;
+constexpr std::size_t kWhileRunning = 3;
 
-constexpr mode_t kForUsAlone = 0700;
+constexpr mode_t kFolderMode = 0700;
 constexpr mode_t kPipeMode = 0600;
 
-// What is asked of each folder on the way, and also of the one that the pipe is in.
+// Watched on each folder of the path, and in addition on the folder that contains the pipe.
 constexpr std::uint32_t kChangesOfAFolder = IN_DELETE_SELF | IN_MOVE_SELF;
 constexpr std::uint32_t kChangesInTheFolder = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 
@@ -73,7 +73,7 @@ std::string ReportPipe::heldPath() const {
   return "/proc/self/fd/" + std::to_string(m_held.get());
 }
 
-// Each folder is watched before what is in it is looked at, so that no change is missed.
+// Each folder is watched before its contents are inspected, so that no change is missed.
 Descriptor ReportPipe::take() {
   std::set<int> before = std::exchange(m_watches, {});
   Descriptor pipe;
@@ -83,7 +83,7 @@ Descriptor ReportPipe::take() {
     m_watches.merge(before);
     throw;
   }
-  forgetWatches(before);
+  removeUnusedWatches(before);
   return pipe;
 }
 
@@ -97,17 +97,16 @@ Descriptor ReportPipe::takeWatched() {
 
 Descriptor ReportPipe::openParent() try {
   return openTrustedFolder(std::filesystem::path(m_folderPath).parent_path(),
-                           m_held.valid() ? kMadeAgain : kAllFolders,
+                           m_held.valid() ? kWhileRunning : kAllFolders,
                            [this](int folder) { watchFolder(folder, kChangesOfAFolder); });
 } catch (const Error& error) {
   throw Error(std::string(kWhat) + error.what());
 }
 
-// The folder itself, not what a link leads to; and its mode, which an earlier umask may have left
-// wider, for us alone.
+// Does not follow a link. Tightens the mode, in case another program created the folder.
 Descriptor ReportPipe::takeFolder(const Descriptor& parent) const {
   const std::string name = std::filesystem::path(m_folderPath).filename();
-  if (mkdirat(parent.get(), name.c_str(), kForUsAlone) != 0 && errno != EEXIST) {
+  if (mkdirat(parent.get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) {
     failWithReason(m_folderPath);
   }
   Descriptor folder(
@@ -116,13 +115,13 @@ Descriptor ReportPipe::takeFolder(const Descriptor& parent) const {
     fail(m_folderPath, "is not a folder");
   if (!folder.valid()) failWithReason(m_folderPath);
   if (statusOf(folder, m_folderPath).st_uid != geteuid()) {
-    fail(m_folderPath, "belongs to somebody else; remove it");
+    fail(m_folderPath, "belongs to another user; remove it");
   }
-  if (fchmod(folder.get(), kForUsAlone) != 0) failWithReason(m_folderPath);
+  if (fchmod(folder.get(), kFolderMode) != 0) failWithReason(m_folderPath);
   return folder;
 }
 
-// The lock is the folder's, since a pipe that is open for the sake of a lock would have a reader.
+// Locks the folder and not the pipe, because opening the pipe would make the host a reader of it.
 void ReportPipe::lock(Descriptor folder) {
   const bool isLocked =
       m_folder.valid() && areSame(statusOf(m_folder, m_folderPath), statusOf(folder, m_folderPath));
@@ -145,7 +144,7 @@ Descriptor ReportPipe::takePipe() const {
   if (!pipe.valid()) failWithReason(m_path);
   const struct stat status = statusOf(pipe, m_path);
   if (!S_ISFIFO(status.st_mode)) fail(m_path, "is not a named pipe; remove it");
-  if (status.st_uid != geteuid()) fail(m_path, "belongs to somebody else; remove it");
+  if (status.st_uid != geteuid()) fail(m_path, "belongs to another user; remove it");
   if (fchmodat(m_folder.get(), name.c_str(), kPipeMode, 0) != 0) failWithReason(m_path);
   return pipe;
 }
@@ -158,7 +157,7 @@ int ReportPipe::watch() {
 }
 
 void ReportPipe::restore() try {
-  passEvents();
+  discardEvents();
   struct stat found {};
   const bool isThere = lstat(m_path.c_str(), &found) == 0;
   if (isThere && areSame(found, statusOf(m_held, m_path))) return;
@@ -168,20 +167,19 @@ void ReportPipe::restore() try {
             error.what());
 }
 
-// Takes the pipe at the path, and the listener from the one before to it.
+// Takes the pipe at the path, or creates it, and moves the listener over to it.
 void ReportPipe::renew() {
   const Descriptor pipe = take();
   if (areSame(statusOf(pipe, m_path), statusOf(m_held, m_path))) return;
   logAppUni("clockhost", ApplicationLog::kWarning, __FILE__, __LINE__,
             "%s%s: was deleted or replaced; it is made again", kWhat, m_path.c_str());
-  // Held open, so that a listener that is only about to wait for it finds a writer and four zero
-  // bytes.
+  // Kept open with four zero bytes in it, so that a listener that opens it late does not block.
   m_former.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   if (!m_former.valid()) failWithReason(m_path + ": its listener cannot be woken");
   if (dup3(pipe.get(), m_held.get(), O_CLOEXEC) < 0) failWithReason(m_path);
   constexpr std::uint32_t kNoTime = 0;
   if (write(m_former.get(), &kNoTime, sizeof kNoTime) < 0) {
-    // Full: then there is something to read.
+    // Full: the listener has something to read.
   }
 }
 
@@ -193,16 +191,15 @@ void ReportPipe::watchFolder(int folder, std::uint32_t changes) {
   m_watches.insert(watch);
 }
 
-// Those that are no longer of use. The others stay as they are, since to take one back is a change
-// that is told, too.
-void ReportPipe::forgetWatches(const std::set<int>& before) const {
+// Keeps the others as they are, because removing a watch is itself an event.
+void ReportPipe::removeUnusedWatches(const std::set<int>& before) const {
   for (const int watch : before) {
     if (!m_watches.contains(watch)) inotify_rm_watch(m_watch.get(), watch);
   }
 }
 
-// What they say does not matter: the pipe itself is looked at.
-void ReportPipe::passEvents() const {
+// Their contents do not matter: restore() inspects the pipe itself.
+void ReportPipe::discardEvents() const {
   std::array<char, 4096> events;
   while (read(m_watch.get(), events.data(), events.size()) > 0) {
   }

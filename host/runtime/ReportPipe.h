@@ -8,12 +8,12 @@
 
 namespace host {
 
-// The named pipe of the NTP reports, for its owner only, in a folder that nobody but root could
-// exchange. It is this host's alone: its folder is locked for as long as the object lives. As long,
-// the device's opens of its path reach this pipe and no other. The file stays when the object goes:
-// a client may still hold it.
-// Owner: the device. Thread: one at a time. Failure: the constructor throws Error: it cannot be
-// created, another host has it, or folder or pipe are somebody else's.
+// Creates the named pipe through which the NTP client reports the time, mode 0600, in a folder that
+// no other user but root can replace. While the object lives, it locks that folder against other
+// hosts, and opens of the pipe's path by the plug-in reach this pipe even if another file is there.
+// The pipe stays on the disk afterwards, because a client may still use it.
+// Owner: the device. Thread: one at a time. Failure: the constructor throws Error: the pipe cannot
+// be created, another host uses it, or folder or pipe belong to another user.
 class ReportPipe {
  public:
   static constexpr const char* kDeviceFolder = "/tmp/votk/ipc";
@@ -23,20 +23,20 @@ class ReportPipe {
   ReportPipe(const ReportPipe&) = delete;
   ReportPipe& operator=(const ReportPipe&) = delete;
 
-  // On this machine.
+  // The pipe's path on this machine.
   [[nodiscard]] const std::string& path() const { return m_path; }
 
-  // A way to this very pipe, also after its file was deleted or replaced; as long as the object.
-  // After restore() it is the way to the new one.
+  // A path in /proc that reaches this pipe even after its file was deleted or replaced. Valid while
+  // the object lives; after restore() it reaches the new pipe.
   [[nodiscard]] std::string heldPath() const;
 
-  // A descriptor that becomes readable when the pipe, or a folder on the way to it, is deleted,
-  // moved or replaced. It stays the object's. Throws Error when the system has no watch left.
+  // Returns a descriptor that becomes readable when the pipe, or a folder of its path, is deleted,
+  // moved or replaced. The object keeps it. Throws Error when the system has no watch left.
   [[nodiscard]] int watch();
 
-  // To be called when it is readable: makes a pipe that is not at its path any more again, says so
-  // in the log, and wakes a listener that waits for the former one. A failure is logged, and the
-  // next change tries again.
+  // Call it when that descriptor is readable. If the pipe is gone from its path, creates a new one,
+  // with one log line, and wakes a listener that waits for the old one. A failure is logged; the
+  // next change retries.
   void restore();
 
  private:
@@ -48,15 +48,15 @@ class ReportPipe {
   void lock(Descriptor folder);
   void renew();
   void watchFolder(int folder, std::uint32_t changes);
-  void forgetWatches(const std::set<int>& before) const;
-  void passEvents() const;
+  void removeUnusedWatches(const std::set<int>& before) const;
+  void discardEvents() const;
 
   std::string m_folderPath;
   std::string m_path;
   Descriptor m_folder;      // holds the lock
-  Descriptor m_held;        // neither a reader nor a writer
-  Descriptor m_former;      // of a pipe that was replaced: wakes a listener that comes late
-  Descriptor m_watch;       // none before watch()
+  Descriptor m_held;        // O_PATH: neither a reader nor a writer
+  Descriptor m_former;      // the replaced pipe, kept open so that no late listener blocks in it
+  Descriptor m_watch;       // inotify; none before watch()
   std::set<int> m_watches;  // of the folders
 };
 

@@ -18,15 +18,15 @@ namespace {
 
 using Clock = LogLimit::Clock;
 
-constexpr std::size_t kGapLine = 256;  // bytes, and more than the line about a gap has
+constexpr std::size_t kGapLine = 256;  // bytes; more than the line about dropped ones needs
 
-// Somebody who shares the descriptor may have made it non-blocking.
+// Needed when another process that shares the descriptor has made it non-blocking.
 bool waitForRoom(int descriptor) {
   pollfd waiting{descriptor, POLLOUT, 0};
   return ::poll(&waiting, 1, -1) == 1 && (waiting.revents & POLLOUT) != 0;
 }
 
-// What a reader that is gone does not take is lost.
+// Gives up when the reader is gone.
 void writeAll(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = ::write(descriptor, text.data(), text.size());
@@ -40,7 +40,7 @@ void writeAll(int descriptor, std::string_view text) {
 
 }  // namespace
 
-// The lines that wait, and what the thread does with them. The library that offers such a queue
+// The queue of lines and the thread's work on it. A logging library's queue is of no use here: it
 // waits for its thread without a limit at the end, and reserves memory for lines of any length.
 class StderrLog::Writer {
  public:
@@ -77,7 +77,7 @@ class StderrLog::Writer {
     m_changed.notify_all();
   }
 
-  // Whether the thread has written all there was, within the limit.
+  // Ends the thread. False: it could not write all lines within the limit, and still runs.
   bool end(std::chrono::milliseconds limit) {
     MutexLock lock(m_mutex);
     m_ending = true;
@@ -87,7 +87,7 @@ class StderrLog::Writer {
   }
 
  private:
-  // Behind a line that found no room there is none for any other, so that the gap is in one place.
+  // Once a line was dropped, drops all until the thread takes the queue: the gap is in one place.
   void put(const LogEntry& entry) CLOCK_REQUIRES(m_mutex) {
     const std::string line = logLine(entry, m_inColour);
     if (m_dropped == 0 && m_waiting.size() + line.size() <= kMostWaiting) {
@@ -102,14 +102,14 @@ class StderrLog::Writer {
     for (const LogEntry& entry : m_limit.summaries(now)) put(entry);
   }
 
-  // All that waits is to be written next. False: it is nothing.
+  // Moves the queued lines to those that are written next. False: there are none.
   bool take() CLOCK_REQUIRES(m_mutex) {
     m_writing.clear();
     try {
       putSummaries(m_ending ? Clock::time_point::max() : m_now());
       if (m_dropped != 0) m_waiting += logLine(gap(), m_inColour);
     } catch (const std::exception&) {
-      // No memory for the numbers: they are lost.
+      // No memory: the numbers are lost.
     }
     m_dropped = 0;
     m_writing.swap(m_waiting);
@@ -125,7 +125,7 @@ class StderrLog::Writer {
     return entry;
   }
 
-  // Without a time unless there is something to tell at one.
+  // Until the next change, or the time of the next summary.
   void wait(MutexLock& lock) CLOCK_REQUIRES(m_mutex) {
     const auto next = m_limit.nextSummary();
     if (next == Clock::time_point::max()) {
@@ -138,15 +138,14 @@ class StderrLog::Writer {
   const int m_descriptor;
   const bool m_inColour;
   const Now m_now;
-  std::string m_writing;  // the thread's alone; there from the start, as the thread needs no memory
+  std::string m_writing;  // only for the thread; reserved at the start, like m_waiting
   Mutex m_mutex;
   std::condition_variable m_changed;
   LogLimit m_limit CLOCK_GUARDED_BY(m_mutex);
-  std::string m_waiting CLOCK_GUARDED_BY(m_mutex);  // whole lines
-  std::size_t m_dropped CLOCK_GUARDED_BY(m_mutex) =
-      0;  // lines, since the thread took those that wait
-  std::chrono::nanoseconds m_droppedLast CLOCK_GUARDED_BY(m_mutex){
-      0};  // wall time of the last of them
+  std::string m_waiting CLOCK_GUARDED_BY(m_mutex);      // whole lines
+  std::size_t m_dropped CLOCK_GUARDED_BY(m_mutex) = 0;  // lines, since the last take()
+  // Wall time of the last dropped line.
+  std::chrono::nanoseconds m_droppedLast CLOCK_GUARDED_BY(m_mutex){0};
   bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
   bool m_ended CLOCK_GUARDED_BY(m_mutex) = false;
 };

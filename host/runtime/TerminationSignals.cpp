@@ -16,8 +16,8 @@ namespace {
 
 constexpr int kSignals[] = {SIGINT, SIGTERM};
 
-// What a signal handler may touch.
-std::atomic<bool> g_come{false};
+// Lock-free, because the signal handler uses them.
+std::atomic<bool> g_arrived{false};
 std::atomic<int> g_wake{-1};  // eventfd
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free);
 
@@ -25,7 +25,7 @@ struct sigaction g_former[std::size(kSignals)];
 
 extern "C" void noteSignal(int) {
   const int error = errno;
-  g_come = true;
+  g_arrived = true;
   static_cast<void>(::eventfd_write(g_wake, 1));
   errno = error;
 }
@@ -34,9 +34,9 @@ extern "C" void noteSignal(int) {
 
 TerminationSignals::TerminationSignals() {
   const int wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  if (wake < 0) throw Error("no descriptor is left for the signals to end by");
+  if (wake < 0) throw Error("no descriptor is left for SIGINT and SIGTERM");
   g_wake = wake;
-  g_come = false;
+  g_arrived = false;
   struct sigaction note {};
   note.sa_handler = noteSignal;
   note.sa_flags = SA_RESTART;
@@ -53,8 +53,8 @@ TerminationSignals::~TerminationSignals() {
 }
 
 bool TerminationSignals::take() {
-  if (!g_come) return false;  // asked before each task: nearly always so
-  g_come = false;
+  if (!g_arrived) return false;  // before each task, so without a system call
+  g_arrived = false;
   eventfd_t count = 0;
   static_cast<void>(::eventfd_read(g_wake, &count));
   return true;

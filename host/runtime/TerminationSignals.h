@@ -2,8 +2,10 @@
 
 namespace host {
 
-// From construction on SIGINT and SIGTERM are noted and do no more; then the process has its former
-// ways again. Owner: the loop, one at a time. Thread: any. Failure: the constructor throws Error.
+// Turns SIGINT and SIGTERM into a flag and a readable descriptor while it lives; afterwards the
+// former handlers are back. What follows such a signal: EventLoop::run() returns before its next
+// task, main destroys the host's parts in reverse order, and Device::stop() ends the service.
+// Owner: the loop; one at a time. Thread: any. Failure: the constructor throws Error.
 class TerminationSignals {
  public:
   TerminationSignals();
@@ -11,10 +13,10 @@ class TerminationSignals {
   TerminationSignals(const TerminationSignals&) = delete;
   TerminationSignals& operator=(const TerminationSignals&) = delete;
 
-  // Whether one has come since the last time.
+  // Whether a signal has arrived since the last call.
   [[nodiscard]] bool take();
 
-  // Can be read from while one has come. Remains this object's.
+  // Readable while a signal is pending. Owned by this object.
   [[nodiscard]] int descriptor() const;
 };
 

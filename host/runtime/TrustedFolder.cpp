@@ -17,24 +17,24 @@ namespace host {
 namespace {
 
 constexpr mode_t kNewFolder = 0755;
-constexpr int kMostLinks = 40;  // as many as the system follows
-constexpr const char* kWayOut = "name another place with --device-root";
+constexpr int kMostLinks = 40;  // the kernel's own limit
+constexpr const char* kAdvice = "name another place with --device-root";
 constexpr const char* kMoreFiles = "raise the limit of open files (ulimit -n)";
 
 bool isTrusted(uid_t owner, uid_t user) {
   return owner == 0 || owner == user;
 }
 
-// On the way from the root to a folder.
+// Walks from the root to a folder.
 class Walk {
  public:
-  Walk(const std::string& path, std::size_t mostMade, const EachFolder& each)
-      : m_mostMade(mostMade), m_each(each) {
+  Walk(const std::string& path, std::size_t mostCreated, const EachFolder& each)
+      : m_mostCreated(mostCreated), m_each(each) {
     prepend(std::filesystem::absolute(path));
     enterRoot();
   }
 
-  Descriptor toTheEnd() {
+  Descriptor run() {
     while (!m_names.empty()) {
       const std::string name = m_names.front();
       m_names.pop_front();
@@ -44,7 +44,7 @@ class Walk {
   }
 
  private:
-  // The names of a path in front of those still to go.
+  // Puts the names of a path before those that are left.
   void prepend(const std::filesystem::path& path) {
     auto place = m_names.begin();
     for (const auto& name : path) {
@@ -63,7 +63,7 @@ class Walk {
     m_path += "/" + name;
     constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
     Descriptor next(openat(m_folder.get(), name.c_str(), kFlags));
-    if (!next.valid() && errno == ENOENT && m_names.size() < m_mostMade) {
+    if (!next.valid() && errno == ENOENT && m_names.size() < m_mostCreated) {
       if (mkdirat(m_folder.get(), name.c_str(), kNewFolder) != 0 && errno != EEXIST) fail();
       next.reset(openat(m_folder.get(), name.c_str(), kFlags));
     }
@@ -85,7 +85,7 @@ class Walk {
   }
 
   void follow(const Descriptor& link) {
-    if (!isTrusted(statusOf(link).st_uid, geteuid())) fail("is a link of somebody else");
+    if (!isTrusted(statusOf(link).st_uid, geteuid())) fail("is a link of another user");
     if (++m_links > kMostLinks) fail("has too many links on the way");
     std::array<char, PATH_MAX> target{};
     const ssize_t length = readlinkat(link.get(), "", target.data(), target.size());
@@ -106,19 +106,19 @@ class Walk {
 
   [[noreturn]] void fail() const {
     const bool full = errno == EMFILE || errno == ENFILE;
-    refuse(std::string(std::strerror(errno)) + "; " + (full ? kMoreFiles : kWayOut));
+    refuse(std::string(std::strerror(errno)) + "; " + (full ? kMoreFiles : kAdvice));
   }
 
-  [[noreturn]] void fail(const std::string& what) const { refuse(what + "; " + kWayOut); }
+  [[noreturn]] void fail(const std::string& what) const { refuse(what + "; " + kAdvice); }
 
   [[noreturn]] void refuse(const std::string& why) const {
     throw Error((m_path.empty() ? "/" : m_path) + ": " + why);
   }
 
-  const std::size_t m_mostMade;
+  const std::size_t m_mostCreated;
   const EachFolder& m_each;
-  std::list<std::string> m_names;  // still to go
-  std::string m_path;              // to where we are, for errors; empty: the root
+  std::list<std::string> m_names;  // left to walk
+  std::string m_path;              // of the current folder, for errors; empty: the root
   Descriptor m_folder;
   int m_links = 0;
 };
@@ -126,18 +126,18 @@ class Walk {
 }  // namespace
 
 std::string reasonToDistrust(const struct stat& folder, uid_t user, gid_t group) {
-  if (!isTrusted(folder.st_uid, user)) return std::string("belongs to somebody else; ") + kWayOut;
+  if (!isTrusted(folder.st_uid, user)) return std::string("belongs to another user; ") + kAdvice;
   const bool sticky = (folder.st_mode & S_ISVTX) != 0;
   const bool othersWrite = (folder.st_mode & S_IWOTH) != 0;
   const bool groupWrites =
       (folder.st_mode & S_IWGRP) != 0 && folder.st_gid != 0 && folder.st_gid != group;
   if (sticky || (!othersWrite && !groupWrites)) return "";
-  return std::string("can be written by others; take that away, or ") + kWayOut;
+  return std::string("can be written by others; take that away, or ") + kAdvice;
 }
 
-Descriptor openTrustedFolder(const std::string& path, std::size_t mostMade,
+Descriptor openTrustedFolder(const std::string& path, std::size_t mostCreated,
                              const EachFolder& each) {
-  return Walk(path, mostMade, each).toTheEnd();
+  return Walk(path, mostCreated, each).run();
 }
 
 }  // namespace host

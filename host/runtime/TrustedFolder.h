@@ -10,19 +10,19 @@
 
 namespace host {
 
-// Why a folder of this status cannot be trusted: somebody other than root and this process's user
-// could put another folder into the place of one in it. Empty: it can be trusted. A group that may
-// write must be root's or this process's own, the private group of its user. In a sticky folder
-// everybody may write, since only owners can replace what is there.
+// Why a folder of this status cannot be trusted: a user other than root and `user` could replace a
+// folder in it. Empty: it can be trusted. A group with write permission must be root's or `group`,
+// the user's private group. In a sticky folder all may write, because only owners can replace
+// entries there.
 [[nodiscard]] std::string reasonToDistrust(const struct stat& folder, uid_t user, gid_t group);
 
-// Opens a folder from the system's root on, one name after the other, and looks at each folder on
-// the way itself, not at its path, so that nothing can be exchanged in between. Of what is missing,
-// the last `mostMade` names are made. A link on the way is followed when it is root's or this
-// process's user's. `each` gets the descriptor of every folder on the way, as soon as it is
-// trusted. Failure: throws Error, which names the folder.
+// Opens a folder name by name from "/" on, and checks each folder through its descriptor and not by
+// its path, so that nothing can be replaced between check and use. Creates missing folders among
+// the last `mostCreated` names. Follows links that belong to root or to this process's user. Calls
+// `each` with the descriptor of every folder of the path that passed the check.
+// Failure: throws Error, which names the folder.
 using EachFolder = std::function<void(int folder)>;
-[[nodiscard]] Descriptor openTrustedFolder(const std::string& path, std::size_t mostMade,
+[[nodiscard]] Descriptor openTrustedFolder(const std::string& path, std::size_t mostCreated,
                                            const EachFolder& each);
 
 }  // namespace host

@@ -27,9 +27,9 @@ namespace {
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
 
-class ClockByChannel : public testing::Test {
+class OpenClockChannel : public testing::Test {
  protected:
-  ClockByChannel() { EXPECT_TRUE(m_channel.valid()); }
+  OpenClockChannel() { EXPECT_TRUE(m_channel.valid()); }
 
   void send(const void* bytes, std::size_t size) {
     EXPECT_EQ(::send(m_channel.get(), bytes, size, MSG_NOSIGNAL), static_cast<ssize_t>(size));
@@ -37,7 +37,7 @@ class ClockByChannel : public testing::Test {
   }
   void send(const SetClockRequest& request) { send(&request, sizeof request); }
 
-  // What the host has answered; -1: it has closed the channel; nothing: neither.
+  // The host's answer; -1 when it has closed the channel; nothing when it has done neither.
   std::optional<int> answer() {
     SetClockAnswer answer{};
     const ssize_t got = ::recv(m_channel.get(), &answer, sizeof answer, MSG_DONTWAIT);
@@ -51,7 +51,7 @@ class ClockByChannel : public testing::Test {
   Descriptor m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
 };
 
-TEST_F(ClockByChannel, IsSetToTheNanosecondAndAnswers) {
+TEST_F(OpenClockChannel, SetsTheClockToTheNanosecondAndAnswers) {
   send(SetClockRequest{1'000'000'000, 999'999'999});
   EXPECT_EQ(answer(), 0);
   EXPECT_EQ(m_clock.wall(), nanoseconds(1'000'000'000'999'999'999));
@@ -60,8 +60,8 @@ TEST_F(ClockByChannel, IsSetToTheNanosecondAndAnswers) {
   EXPECT_EQ(m_clock.wall(), nanoseconds(0));
 }
 
-TEST_F(ClockByChannel, IsSetOnceInATurnOfTheLoop) {
-  m_loop.poll();  // takes the channel up
+TEST_F(OpenClockChannel, HandlesOneMessagePerTurnOfTheLoop) {
+  m_loop.poll();  // starts to serve
   for (const std::int64_t second : {1, 2, 3}) {
     const SetClockRequest request{second, 0};
     ASSERT_EQ(::send(m_channel.get(), &request, sizeof request, 0), 16);
@@ -72,19 +72,19 @@ TEST_F(ClockByChannel, IsSetOnceInATurnOfTheLoop) {
   }
 }
 
-TEST_F(ClockByChannel, LeavesNothingToWaitForWhenTheClientIsGone) {
+TEST_F(OpenClockChannel, EndsWhenTheClientDisconnects) {
   send(SetClockRequest{5, 0});
   m_channel.reset();
-  m_loop.run();  // comes back
+  m_loop.run();  // returns, because nothing is left to wait for
   EXPECT_EQ(m_clock.wall(), seconds(5));
 }
 
-TEST_F(ClockByChannel, IsNotInheritedByOtherPrograms) {
+TEST_F(OpenClockChannel, IsNotInheritedByOtherPrograms) {
   EXPECT_EQ(::fcntl(m_channel.get(), F_GETFD), FD_CLOEXEC);
 }
 
-TEST_F(ClockByChannel, IsServedOrEndsWhenMemoryRunsOutAsItIsTakenUp) {
-  const support::LogCapture log;  // the log is there, as in a host
+TEST_F(OpenClockChannel, IsServedOrClosedWhenMemoryRunsOutAtItsStart) {
+  const support::LogCapture log;  // so that log lines need memory, as in a host
   std::size_t allocations = 0;
   for (bool ranOut = true; ranOut; ++allocations) {
     SCOPED_TRACE(allocations);
@@ -104,7 +104,7 @@ TEST_F(ClockByChannel, IsServedOrEndsWhenMemoryRunsOutAsItIsTakenUp) {
   EXPECT_GT(allocations, 1U);
 }
 
-TEST_F(ClockByChannel, IsNotMadeWithoutMemory) {
+TEST_F(OpenClockChannel, CannotBeOpenedWithoutMemory) {
   const auto descriptors = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
   };
@@ -123,29 +123,29 @@ TEST_F(ClockByChannel, IsNotMadeWithoutMemory) {
   }
 }
 
-TEST_F(ClockByChannel, TellsOnceThatClientsHaveNoSystemCallFilter) {
+TEST_F(OpenClockChannel, LogsOnceThatClientsHaveNoSystemCallFilter) {
   const support::LogCapture log(3);
   const NoFilterNotice notice{ENOSYS};
   for (int i = 0; i < 3; ++i) {
     m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
     send(&notice, sizeof notice);
-    EXPECT_EQ(answer(), std::nullopt) << "a notice has none";
+    EXPECT_EQ(answer(), std::nullopt) << "a notice has no answer";
     send(SetClockRequest{1, 0});
-    EXPECT_EQ(answer(), 0) << "the client is served all the same";
+    EXPECT_EQ(answer(), 0) << "the client is still served";
   }
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
   EXPECT_TRUE(
-      log.has("the NTP client works without a system call filter: Function not implemented"));
+      log.has("the NTP client runs without a system call filter: Function not implemented"));
 }
 
-struct WrongRequest {
+struct InvalidRequest {
   std::string name;
   SetClockRequest request;
   std::size_t size = sizeof(SetClockRequest);
 };
 
-TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
-  const WrongRequest rows[] = {
+TEST_F(OpenClockChannel, ClosesWithOneLogLineAfterAnInvalidMessage) {
+  const InvalidRequest rows[] = {
       {"a nanosecond before 1970", {0, -1}},
       {"a whole second of nanoseconds", {5, 1'000'000'000}},
       {"before 1970", {-1, 0}},
@@ -158,7 +158,7 @@ TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
       {"a byte more", {5, 0}, sizeof(SetClockRequest) + 1},
       {"many more", {5, 0}, 4096},
   };
-  for (const WrongRequest& row : rows) {
+  for (const InvalidRequest& row : rows) {
     SCOPED_TRACE(row.name);
     const support::LogCapture log(4);
     m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
@@ -169,10 +169,10 @@ TEST_F(ClockByChannel, EndsWithOneLineWhenSomethingElseIsSent) {
     EXPECT_EQ(answer(), -1);
     EXPECT_EQ(m_clock.wall(), seconds(0));
     EXPECT_EQ(log.entries().size(), 1U) << log.text();
-    EXPECT_TRUE(log.has("the NTP client's channel is closed: it sent what sets no clock"));
+    EXPECT_TRUE(log.has("the NTP client's channel is closed: it sent an invalid message"));
     m_channel = std::move(other);
     send(SetClockRequest{0, 0});
-    EXPECT_EQ(answer(), 0) << "another client's is served";
+    EXPECT_EQ(answer(), 0) << "another client is still served";
   }
 }
 

@@ -28,7 +28,7 @@ constexpr std::uint64_t kSysTime = std::uint64_t{1} << 25;  // CAP_SYS_TIME
 constexpr std::uint64_t kSetPcap = std::uint64_t{1} << 8;   // CAP_SETPCAP
 constexpr std::uint64_t kSetGid = std::uint64_t{1} << 6;    // CAP_SETGID
 
-// name: "CapEff", or another set.
+// name: of the set, such as "CapEff".
 std::uint64_t capabilities(const std::string& name, const std::string& file = "/proc/self/status") {
   std::ifstream status(file);
   std::string word;
@@ -37,8 +37,9 @@ std::uint64_t capabilities(const std::string& name, const std::string& file = "/
   return std::stoull(word, nullptr, 16);
 }
 
-// In a process of its own, as what is given up is gone. True: `holds` said so there.
-bool afterGivingUp(std::optional<gid_t> group, const std::function<bool()>& holds) {
+// Drops the privileges in a child process, because they cannot be regained, and returns what
+// `holds` returns there.
+bool afterDropping(std::optional<gid_t> group, const std::function<bool()>& holds) {
   return support::statusInChild([&] {
            gainNoPrivileges();
            keepOnlyClockPrivilege(group);
@@ -46,7 +47,7 @@ bool afterGivingUp(std::optional<gid_t> group, const std::function<bool()>& hold
          }) == 0;
 }
 
-// The system refuses what gainNoPrivileges asks of it.
+// Installs a filter that refuses the call of gainNoPrivileges.
 bool refuseNoNewPrivileges() {
   sock_filter program[] = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -61,8 +62,8 @@ bool refuseNoNewPrivileges() {
          ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter, 0, 0) == 0;
 }
 
-// In a process of its own, as a filter stays for good.
-TEST(ClockPrivilege, RefusalToGainNoneIsAnErrorInOneLine) {
+// In a child process, because a filter cannot be removed.
+TEST(ClockPrivilege, RefusedNoNewPrivilegesIsAnError) {
   EXPECT_EQ(support::statusInChild([] {
               const std::string error =
                   refuseNoNewPrivileges() ? errorOf([] { gainNoPrivileges(); }) : "no filter";
@@ -74,32 +75,33 @@ TEST(ClockPrivilege, RefusalToGainNoneIsAnErrorInOneLine) {
             0);
 }
 
-TEST(ClockPrivilege, IsWhatTheKernelShows) {
+TEST(ClockPrivilege, AgreesWithTheKernel) {
   EXPECT_EQ(maySetSystemClock(), (capabilities("CapEff") & kSysTime) != 0);
 }
 
-TEST(ClockPrivilege, IsAllThatIsKept) {
+TEST(ClockPrivilege, IsTheOnlyOneThatIsKept) {
   const std::uint64_t kept = capabilities("CapEff") & kSysTime;
   for (const char* const set : {"CapEff", "CapPrm"}) {
-    EXPECT_TRUE(afterGivingUp({}, [&] { return capabilities(set) == kept; })) << set;
+    EXPECT_TRUE(afterDropping({}, [&] { return capabilities(set) == kept; })) << set;
   }
   for (const char* const set : {"CapInh", "CapAmb"}) {
-    EXPECT_TRUE(afterGivingUp({}, [&] { return capabilities(set) == 0; })) << set;
+    EXPECT_TRUE(afterDropping({}, [&] { return capabilities(set) == 0; })) << set;
   }
   const bool mayEmpty = (capabilities("CapEff") & kSetPcap) != 0;
-  EXPECT_TRUE(!mayEmpty || afterGivingUp({}, [] { return capabilities("CapBnd") == 0; }));
+  EXPECT_TRUE(!mayEmpty || afterDropping({}, [] { return capabilities("CapBnd") == 0; }));
 }
 
-// Programs of root, too.
-TEST(ClockPrivilege, IsNotThatOfProgramsThatAreStarted) {
+// Not even to programs of root.
+TEST(ClockPrivilege, IsNotPassedOnToStartedPrograms) {
   if ((capabilities("CapEff") & kSetPcap) == 0) {
-    EXPECT_FALSE(maySetSystemClock()) << "there is a privilege to keep, and none to pass it on";
+    EXPECT_FALSE(maySetSystemClock())
+        << "without CAP_SETPCAP the privilege cannot be kept from programs";
     return;
   }
   const support::TemporaryFolder folder;
   const std::string file = folder / "status";
   const std::string script = "cat /proc/self/status >'" + file + "'";
-  EXPECT_TRUE(afterGivingUp({}, [&] {
+  EXPECT_TRUE(afterDropping({}, [&] {
     ::execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
     return false;
   }));
@@ -107,10 +109,10 @@ TEST(ClockPrivilege, IsNotThatOfProgramsThatAreStarted) {
   EXPECT_EQ(capabilities("CapEff", file), 0U);
 }
 
-TEST(ClockPrivilege, CanStillGiveAFileToTheGroup) {
+TEST(ClockPrivilege, AllowsToGiveAFileToTheGroup) {
   const gid_t group = (capabilities("CapEff") & kSetGid) != 0 ? 12345 : ::getegid();
   const support::TemporaryFolder folder;
-  EXPECT_TRUE(afterGivingUp(group, [&] {
+  EXPECT_TRUE(afterDropping(group, [&] {
     std::ofstream(folder / "file") << "text";
     return ::chown((folder / "file").c_str(), static_cast<uid_t>(-1), group) == 0;
   }));

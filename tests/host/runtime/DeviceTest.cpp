@@ -4,8 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -36,21 +38,27 @@ using ::testing::ElementsAre;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-// Waits until the listener is inside open: a writer can then open the pipe. Wakes it once.
+// Waits until the listener blocks in open(): a writer can then open the pipe, which wakes it once.
 bool waitForReader(const std::string& pipe) {
   return support::becomesTrue([&pipe] {
     return Descriptor(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)).valid();
   });
 }
 
-class TelephoneWithTestPlugin : public ::testing::Test {
+// The position of a note among all of them; their number when it is missing.
+std::ptrdiff_t placeOf(const char* note) {
+  const auto notes = pluginNotes();
+  return std::find(notes.begin(), notes.end(), note) - notes.begin();
+}
+
+class DeviceWithTestPlugin : public ::testing::Test {
  protected:
-  TelephoneWithTestPlugin() {
+  DeviceWithTestPlugin() {
     setDeviceRoot(folder / "root");
     clearPluginNotes();
     options.state = folder / "state";
   }
-  ~TelephoneWithTestPlugin() override {
+  ~DeviceWithTestPlugin() override {
     device.reset();
     setDeviceRoot("");
     setStorageFolder("");
@@ -60,7 +68,7 @@ class TelephoneWithTestPlugin : public ::testing::Test {
     device.emplace(clock, plugin, options);
     device->start(remote);
   }
-  void managed(const std::function<void(LocalManagement&)>& body) {
+  void onManagementThread(const std::function<void(LocalManagement&)>& body) {
     device->managementThread().run([&] { body(device->management()); });
   }
 
@@ -73,11 +81,13 @@ class TelephoneWithTestPlugin : public ::testing::Test {
   std::optional<Device> device;
 };
 
-TEST_F(TelephoneWithTestPlugin, FindsAllServicesAndEndsInOrder) {
+TEST_F(DeviceWithTestPlugin, FindsAllServicesAndStopsInOrderAndOnce) {
   start();
   EXPECT_TRUE(device->running());
   device->stop();
   EXPECT_FALSE(device->running());
+  device->stop();
+  device.reset();
   EXPECT_THAT(pluginNotes(),
               ElementsAre("invoker has its framework", "init with TZ UTC0",
                           "found DataAccessServiceIfc", "found LocalMgmtIfc",
@@ -85,24 +95,8 @@ TEST_F(TelephoneWithTestPlugin, FindsAllServicesAndEndsInOrder) {
                           "found ClockService", "shutdown", "deleted", "invoker deleted"));
 }
 
-TEST_F(TelephoneWithTestPlugin, StopsOnce) {
-  start();
-  device->stop();
-  device->stop();
-  device.reset();
-  EXPECT_EQ(pluginNotes().back(), "invoker deleted");
-  EXPECT_EQ(pluginNotes().size(), 10U);
-}
-
-TEST_F(TelephoneWithTestPlugin, StopWakesTheListenerThatWaitsForThePipe) {
-  start();
-  ASSERT_TRUE(waitForPluginNote("listener waits"));
-  device->stop();
-  EXPECT_THAT(pluginNotes(), Contains("deleted"));
-}
-
-// As cleaners of temporary folders do.
-TEST_F(TelephoneWithTestPlugin, StopWakesAListenerWhosePipeWasDeleted) {
+// As cleaners of temporary folders delete it.
+TEST_F(DeviceWithTestPlugin, StopWakesAListenerWhosePipeWasDeleted) {
   start();
   ASSERT_TRUE(waitForPluginNote("listener waits"));
   const std::string pipe = hostPath("/tmp/votk/ipc/ntpclient");
@@ -114,7 +108,23 @@ TEST_F(TelephoneWithTestPlugin, StopWakesAListenerWhosePipeWasDeleted) {
   EXPECT_THAT(pluginNotes(), Contains("deleted"));
 }
 
-TEST_F(TelephoneWithTestPlugin, EachServiceCanBeMissing) {
+// The call lasts until the service is deleted, or has had the time for that.
+TEST_F(DeviceWithTestPlugin, DeletesTheServiceOnlyAfterTheManagementCallInProgress) {
+  start();
+  std::promise<void> begun;  // stop() drops a call that has not begun
+  device->managementThread().post([&begun] {
+    begun.set_value();
+    static_cast<void>(waitForPluginNote("shutdown"));
+    static_cast<void>(waitForPluginNote("deleted", std::chrono::milliseconds(100)));
+    testPluginNote("call ends");
+  });
+  begun.get_future().wait();
+  device->stop();
+  EXPECT_LT(placeOf("call ends"), placeOf("deleted"));
+  onManagementThread([](LocalManagement& management) { EXPECT_FALSE(management.hasClock()); });
+}
+
+TEST_F(DeviceWithTestPlugin, EachServiceCanBeMissing) {
   options.withoutDataAccess = true;
   options.withoutLocalManagement = true;
   options.withoutSecurityLog = true;
@@ -124,11 +134,11 @@ TEST_F(TelephoneWithTestPlugin, EachServiceCanBeMissing) {
               ElementsAre("invoker has its framework", "init with TZ UTC0", "found ClockService"));
   device->physical().jack(5, 1);
   bool accepted = true;
-  managed([&](LocalManagement& management) { accepted = management.set("time", ""); });
+  onManagementThread([&](LocalManagement& management) { accepted = management.set("time", ""); });
   EXPECT_FALSE(accepted);
 }
 
-TEST_F(TelephoneWithTestPlugin, DeviceValuesComeFromTheOptions) {
+TEST_F(DeviceWithTestPlugin, TakesItsValuesFromTheOptions) {
   options.networkUp = true;
   options.softwareType = "Velmora QEX";
   options.mac = "0001E3A1B2C3";
@@ -140,30 +150,26 @@ TEST_F(TelephoneWithTestPlugin, DeviceValuesComeFromTheOptions) {
   EXPECT_EQ(device->physical().getHardwareSubVariant(), 3);
 }
 
-TEST_F(TelephoneWithTestPlugin, FreshDeviceHasNoNetworkAndNoOtherValues) {
+TEST_F(DeviceWithTestPlugin, HasNoNetworkAndNoOtherValuesByDefault) {
   start();
   EXPECT_EQ(device->management().value("interface-status"), "down");
   EXPECT_FALSE(device->management().value("related-software-type").has_value());
   EXPECT_FALSE(device->management().value("mac-addr").has_value());
 }
 
-TEST_F(TelephoneWithTestPlugin, ValuesOfTheStartAreNoChanges) {
+TEST_F(DeviceWithTestPlugin, NotifiesTheServiceOfValuesThatChangeAfterTheStart) {
   options.networkUp = true;
   start();
-  managed([](LocalManagement&) {});
+  onManagementThread([](LocalManagement&) {});
   EXPECT_THAT(pluginNotes(), Not(Contains(StartsWith("changed"))));
-}
-
-TEST_F(TelephoneWithTestPlugin, ChangedValueTravelsOnTheManagementThread) {
-  start();
   device->management().setValue("interface-status", "up");
-  managed([](LocalManagement&) {});
+  onManagementThread([](LocalManagement&) {});
   EXPECT_THAT(pluginNotes(), Contains("changed interface-status=up"));
 }
 
-TEST_F(TelephoneWithTestPlugin, ManagementReachesTheServiceAndSurvivesItsExceptions) {
+TEST_F(DeviceWithTestPlugin, ManagementReachesTheServiceAndSurvivesItsExceptions) {
   start();
-  managed([](LocalManagement& management) {
+  onManagementThread([](LocalManagement& management) {
     EXPECT_TRUE(management.set("time-format", "1"));
     EXPECT_FALSE(management.set("time-format", "throw"));
     EXPECT_TRUE(management.reset());
@@ -172,17 +178,17 @@ TEST_F(TelephoneWithTestPlugin, ManagementReachesTheServiceAndSurvivesItsExcepti
   EXPECT_TRUE(log.hasPart("the agent threw \"too short\"")) << log.text();
 }
 
-TEST_F(TelephoneWithTestPlugin, NothingReachesAServiceThatIsGone) {
+TEST_F(DeviceWithTestPlugin, NothingReachesADeletedService) {
   start();
   device->stop();
   clearPluginNotes();
   device->management().setValue("interface-status", "up");
-  managed([](LocalManagement& management) { EXPECT_FALSE(management.set("time", "")); });
+  onManagementThread([](LocalManagement& management) { EXPECT_FALSE(management.set("time", "")); });
   device->physical().jack(5, 1);
   EXPECT_TRUE(pluginNotes().empty());
 }
 
-TEST_F(TelephoneWithTestPlugin, TimersAndJacksReachTheService) {
+TEST_F(DeviceWithTestPlugin, TimersAndJacksReachTheService) {
   start();
   clock.advance(std::chrono::seconds(1));
   device->physical().jack(5, 1);
@@ -190,14 +196,14 @@ TEST_F(TelephoneWithTestPlugin, TimersAndJacksReachTheService) {
   EXPECT_THAT(pluginNotes(), Contains("jack 5 1"));
 }
 
-TEST_F(TelephoneWithTestPlugin, StartingTimeIsSavedBeforeTheServiceStarts) {
+TEST_F(DeviceWithTestPlugin, StoresTheStartTimeBeforeTheServiceStarts) {
   options.at = "2026-03-08T06:59:50+00:00";
   start();
   EXPECT_EQ(device->store().getItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime"),
             "2026-03-08T06:59:50+00:00");
 }
 
-TEST_F(TelephoneWithTestPlugin, StartingTimeThatCannotBeSavedIsRefused) {
+TEST_F(DeviceWithTestPlugin, RefusesAStartTimeThatCannotBeStored) {
   MemoryDataAccess store;
   store.refuseSets(0, 1);
   options.store = &store;
@@ -205,7 +211,7 @@ TEST_F(TelephoneWithTestPlugin, StartingTimeThatCannotBeSavedIsRefused) {
   EXPECT_THROW(start(), Error);
 }
 
-TEST_F(TelephoneWithTestPlugin, SettingsOutliveIt) {
+TEST_F(DeviceWithTestPlugin, KeepsSettingsAndSecurityLogOverARestart) {
   start();
   EXPECT_TRUE(device->store().setItem("schema", "key", "value"));
   device->securityLog().record(0, 4, 1, 5, 3, false, "text", "", "");
@@ -215,7 +221,7 @@ TEST_F(TelephoneWithTestPlugin, SettingsOutliveIt) {
   EXPECT_EQ(device->securityLog().list(0, 10).size(), 1U);
 }
 
-TEST_F(TelephoneWithTestPlugin, NextOneOfTheProcessStartsWithoutTheZoneOfTheLast) {
+TEST_F(DeviceWithTestPlugin, StartsWithoutTheZoneOfAnEarlierDevice) {
   start();
   device.reset();
   ::setenv("TZ", "LOC5", 1);
@@ -224,7 +230,7 @@ TEST_F(TelephoneWithTestPlugin, NextOneOfTheProcessStartsWithoutTheZoneOfTheLast
   EXPECT_THAT(pluginNotes(), Contains("init with TZ UTC0"));
 }
 
-TEST_F(TelephoneWithTestPlugin, StoreOfItsOwnIsUsedAndNoFileIsMade) {
+TEST_F(DeviceWithTestPlugin, CreatesNoFilesWithAStoreAndALogInMemory) {
   MemoryDataAccess store;
   options.store = &store;
   options.securityLogInMemory = true;
@@ -235,7 +241,7 @@ TEST_F(TelephoneWithTestPlugin, StoreOfItsOwnIsUsedAndNoFileIsMade) {
   device.reset();
 }
 
-TEST_F(TelephoneWithTestPlugin, MakesAnotherProxyEachTime) {
+TEST_F(DeviceWithTestPlugin, MakesANewProxyEachTime) {
   start();
   const std::unique_ptr<Proxy> first(device->makeProxy());
   const std::unique_ptr<Proxy> second(device->makeProxy());
@@ -243,24 +249,15 @@ TEST_F(TelephoneWithTestPlugin, MakesAnotherProxyEachTime) {
   EXPECT_NE(first, second);
 }
 
-TEST_F(TelephoneWithTestPlugin, StateThatCannotBeWrittenIsRefused) {
-  options.state = "/dev/null/state";
-  EXPECT_THROW(start(), Error);
+TEST_F(DeviceWithTestPlugin, RefusesToStartWhenAFactoryReturnsNull) {
+  for (const char* const kind : {"null_service", "null_invoker", "null_proxy"}) {
+    Plugin broken(testPlugin(kind));
+    device.emplace(clock, broken, options);
+    EXPECT_THROW(device->start(remote), Error) << kind;
+    EXPECT_FALSE(device->running());
+    device.reset();
+  }
 }
-
-class FactoryReturnsNull : public TelephoneWithTestPlugin,
-                           public ::testing::WithParamInterface<const char*> {};
-
-TEST_P(FactoryReturnsNull, StartIsRefused) {
-  Plugin broken(testPlugin(GetParam()));
-  device.emplace(clock, broken, options);
-  EXPECT_THROW(device->start(remote), Error);
-  EXPECT_FALSE(device->running());
-  device.reset();
-}
-
-INSTANTIATE_TEST_SUITE_P(Each, FactoryReturnsNull,
-                         ::testing::Values("null_service", "null_invoker", "null_proxy"));
 
 }  // namespace
 }  // namespace host

@@ -1,19 +1,99 @@
-#include <gtest/gtest.h>
+#include "runtime/ListenerWaker.h"
 
-#include <chrono>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <iterator>
 #include <string>
 
-#include "runtime/ListenerWaker.h"
+#include "base/Descriptor.h"
 #include "support/Becomes.h"
+#include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
 
-bool blocksBrokenPipe(const std::filesystem::path& task) {
+namespace fs = std::filesystem;
+
+class PipeWithListener : public testing::Test {
+ protected:
+  PipeWithListener() { EXPECT_EQ(mkfifo(m_pipe.c_str(), 0600), 0); }
+
+  // As the listener does: opens the pipe, which blocks until there is a writer, and reads. Returns
+  // the number of bytes read; -1 when they are not zero.
+  [[nodiscard]] int openAndRead() const {
+    const Descriptor pipe(open(m_pipe.c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 4> bytes{1, 1, 1, 1};
+    const ssize_t length = read(pipe.get(), bytes.data(), bytes.size());
+    const auto end = bytes.begin() + std::max<ssize_t>(length, 0);
+    return std::count(bytes.begin(), end, 0) == length ? static_cast<int>(length) : -1;
+  }
+  [[nodiscard]] Descriptor openForBoth(int flags = 0) const {
+    return Descriptor(open(m_pipe.c_str(), O_RDWR | O_CLOEXEC | flags));
+  }
+
+  const support::TemporaryFolder m_folder;
+  const fs::path m_pipe = m_folder / "pipe";
+};
+
+struct BegunWaker : ListenerWaker {
+  explicit BegunWaker(const fs::path& path) : ListenerWaker(path) { begin(); }
+};
+
+TEST_F(PipeWithListener, IsWokenWhileItWaitsInOpen) {
+  auto listener = std::async(std::launch::async, [&] { return openAndRead(); });
+  const BegunWaker waker(m_pipe);
+  EXPECT_EQ(listener.get(), 4);
+}
+
+TEST_F(PipeWithListener, IsWokenAgainAndNoDescriptorStaysOpen) {
+  const auto descriptors = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+  };
+  const auto before = descriptors();
+  {
+    const BegunWaker waker(m_pipe);
+    for (int i = 0; i < 3; ++i) {
+      const int length = openAndRead();
+      EXPECT_TRUE(length == 4 || length == 0) << length;
+    }
+  }
+  EXPECT_EQ(descriptors(), before);
+}
+
+// The test holds the pipe open, so that the listener gets past open() and waits in read().
+TEST_F(PipeWithListener, IsWokenWhileItWaitsInRead) {
+  const Descriptor writer = openForBoth();
+  auto listener = std::async(std::launch::async, [&] { return openAndRead(); });
+  const BegunWaker waker(m_pipe);
+  EXPECT_EQ(listener.get(), 4);
+}
+
+TEST_F(PipeWithListener, CanBeAbsentAndSoCanThePipe) {
+  { const BegunWaker noListener(m_pipe); }
+  { const BegunWaker noPipe(m_folder / "none"); }
+  std::ofstream(m_folder / "file") << "precious";
+  { const BegunWaker noPipe(m_folder / "file"); }
+  EXPECT_EQ(support::contentOf(m_folder / "file"), "precious");
+}
+
+TEST_F(PipeWithListener, IsNotWaitedForWhenThePipeIsFull) {
+  const Descriptor holder = openForBoth(O_NONBLOCK);
+  const std::string page(4096, 'x');
+  while (write(holder.get(), page.data(), page.size()) > 0) continue;
+  { const BegunWaker waker(m_pipe); }
+}
+
+bool blocksBrokenPipe(const fs::path& task) {
   std::ifstream status(task / "status");
   std::string word;
   while (status >> word && word != "SigBlk:") continue;
@@ -21,20 +101,19 @@ bool blocksBrokenPipe(const std::filesystem::path& task) {
   return (std::stoull(word, nullptr, 16) >> (SIGPIPE - 1) & 1U) != 0;
 }
 
-// A sanitizer may have such a thread of its own.
 int threadsThatBlockBrokenPipe() {
   int count = 0;
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+  for (const auto& task : fs::directory_iterator("/proc/self/task")) {
     if (blocksBrokenPipe(task.path())) ++count;
   }
   return count;
 }
 
-// It may find the pipe's reader gone between its open and its write, in a process that has not
-// turned the signal off.
-TEST(ListenerWaker, BrokenPipeDoesNotReachTheProcess) {
+// The listener may close the pipe between the waker's open and its write, in a process that does
+// not ignore SIGPIPE.
+TEST(ListenerWaker, BlocksBrokenPipeSignals) {
   const support::TemporaryFolder folder;
-  const int before = threadsThatBlockBrokenPipe();
+  const int before = threadsThatBlockBrokenPipe();  // a sanitizer may have such a thread
   const ListenerWaker waker(folder / "pipe");
   EXPECT_TRUE(support::becomesTrue([=] { return threadsThatBlockBrokenPipe() != before; }));
 }

@@ -23,26 +23,26 @@ LogEntry entryFrom(const std::string& file, int line, std::chrono::seconds wall 
   return made;
 }
 
-// How many of so many entries of one place are admitted.
+// How many of `count` equal entries are admitted.
 std::size_t admitted(LogLimit& limit, const LogEntry& made, std::size_t count, Time now) {
   std::size_t yes = 0;
   for (std::size_t i = 0; i < count; ++i) yes += limit.admits(made, now) ? 1U : 0U;
   return yes;
 }
 
-TEST(LogLimit, AdmitsSoManyInAWindow) {
+TEST(LogLimit, AdmitsTheLimitInAWindow) {
   LogLimit limit(kMost, kWindow);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), kMost, kStart), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart + kWindow - 1ns), 0U);
 }
 
-TEST(LogLimit, BeginsAnewWhenTheWindowIsOver) {
+TEST(LogLimit, AdmitsTheLimitAgainInTheNextWindow) {
   LogLimit limit(kMost, kWindow);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), kMost, kStart), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart + kWindow), kMost);
 }
 
-TEST(LogLimit, EachPlaceAndComponentHasItsOwn) {
+TEST(LogLimit, AppliesToEachPlaceAndComponent) {
   LogLimit limit(kMost, kWindow);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 2), 5, kStart), kMost);
@@ -52,7 +52,7 @@ TEST(LogLimit, EachPlaceAndComponentHasItsOwn) {
   EXPECT_EQ(admitted(limit, other, 5, kStart), kMost);
 }
 
-TEST(LogLimit, TellsTheNumberOnceWhenTheWindowIsOver) {
+TEST(LogLimit, ReportsTheNumberOnceAfterTheWindow) {
   LogLimit limit(kMost, kWindow);
   admitted(limit, entryFrom("src/a.cpp", 7, 42s), kMost + 2, kStart);
   EXPECT_EQ(limit.nextSummary(), kStart + kWindow);
@@ -69,22 +69,22 @@ TEST(LogLimit, TellsTheNumberOnceWhenTheWindowIsOver) {
   EXPECT_EQ(admitted(limit, entryFrom("src/a.cpp", 7), 5, kStart + kWindow), kMost);
 }
 
-// No line is written between a gap and the line that tells of it.
-TEST(LogLimit, AdmitsNothingBeforeTheNumberIsTold) {
+// No line comes between a gap and the line that reports it.
+TEST(LogLimit, AdmitsNothingBeforeTheNumberIsReported) {
   LogLimit limit(kMost, kWindow);
   admitted(limit, entryFrom("a.cpp", 1), kMost + 1, kStart);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 1, kStart + 2 * kWindow), 0U);
   EXPECT_EQ(limit.summaries(kStart + 2 * kWindow).at(0).text.substr(0, 18), "2 lines suppressed");
 }
 
-TEST(LogLimit, TellsNothingWhileNothingIsSuppressed) {
+TEST(LogLimit, ReportsNothingWhileNothingIsSuppressed) {
   LogLimit limit(kMost, kWindow);
   admitted(limit, entryFrom("a.cpp", 1), kMost, kStart);
   EXPECT_EQ(limit.nextSummary(), Time::max());
   EXPECT_TRUE(limit.summaries(Time::max()).empty());
 }
 
-TEST(LogLimit, TellsOfEachPlaceAtItsOwnTime) {
+TEST(LogLimit, ReportsEachPlaceAfterItsOwnWindow) {
   LogLimit limit(kMost, kWindow);
   admitted(limit, entryFrom("b.cpp", 1), kMost + 1, kStart + 1s);
   admitted(limit, entryFrom("a.cpp", 1), kMost + 2, kStart);

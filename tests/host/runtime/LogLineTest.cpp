@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-LogEntry leveledEntry(int level, const std::string& text) {
+LogEntry entryOf(int level, const std::string& text) {
   LogEntry made;
   made.wall = std::chrono::seconds(1466035201);
   made.level = level;
@@ -16,13 +16,23 @@ LogEntry leveledEntry(int level, const std::string& text) {
   return made;
 }
 
-TEST(LogLine, HoldsDeviceTimeLevelComponentAndText) {
-  EXPECT_EQ(logLine(leveledEntry(4, "listening"), false),
-            "2016-06-16T00:00:01Z note     ClockService: listening\n");
+TEST(LogLine, HasTimeLevelComponentAndPrintableText) {
+  const struct {
+    std::string text;
+    std::string shown;
+  } rows[] = {
+      {"listening", "listening"},
+      {"final newlines\n\n", "final newlines"},
+      {std::string("a\nb\0c\x1b[31m\x7f \xc3\xbc", 14), "a\\x0Ab\\x00c\\x1B[31m\\x7F \\xC3\\xBC"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(logLine(entryOf(4, row.text), false),
+              "2016-06-16T00:00:01Z note     ClockService: " + row.shown + "\n");
+  }
 }
 
-TEST(LogLine, DeviceTimeStartsIn1970) {
-  LogEntry made = leveledEntry(4, "first");
+TEST(LogLine, TimeStartsIn1970) {
+  LogEntry made = entryOf(4, "first");
   made.wall = {};
   EXPECT_EQ(logLine(made, false), "1970-01-01T00:00:00Z note     ClockService: first\n");
 }
@@ -33,28 +43,18 @@ TEST(LogLine, EachLevelHasItsName) {
   for (int level = -1; level <= 7; ++level) {
     const std::string name = names[level + 1];
     EXPECT_EQ(
-        logLine(leveledEntry(level, "x"), false),
+        logLine(entryOf(level, "x"), false),
         "2016-06-16T00:00:01Z " + name + std::string(8 - name.size(), ' ') + " ClockService: x\n");
   }
 }
 
-TEST(LogLine, NameOfTheLevelIsInColourOnATerminal) {
-  EXPECT_EQ(logLine(leveledEntry(2, "x"), true),
+TEST(LogLine, LevelIsColouredOnATerminal) {
+  EXPECT_EQ(logLine(entryOf(2, "x"), true),
             "2016-06-16T00:00:01Z \033[1;31merror\033[m    ClockService: x\n");
 }
 
-TEST(LogLine, FinalNewlinesAreDropped) {
-  EXPECT_EQ(logLine(leveledEntry(2, "Cannot find it\n\n"), false),
-            "2016-06-16T00:00:01Z error    ClockService: Cannot find it\n");
-}
-
-TEST(LogLine, UnprintableBytesAreShownAndDoNotBreakTheLine) {
-  EXPECT_EQ(logLine(leveledEntry(2, std::string("a\nb\0c\x1b[31m\x7f \xc3\xbc", 14)), false),
-            "2016-06-16T00:00:01Z error    ClockService: a\\x0Ab\\x00c\\x1B[31m\\x7F \\xC3\\xBC\n");
-}
-
-TEST(LogLine, SystemLogIsNamed) {
-  LogEntry made = leveledEntry(4, "startNTPClient()");
+TEST(LogLine, NamesTheSystemLogInsteadOfAComponent) {
+  LogEntry made = entryOf(4, "startNTPClient()");
   made.systemLog = true;
   EXPECT_EQ(logLine(made, false), "2016-06-16T00:00:01Z note     system log: startNTPClient()\n");
 }

@@ -21,7 +21,7 @@ std::string loadingError(const std::filesystem::path& file) {
   return errorOf([&] { const Plugin plugin(file); });
 }
 
-TEST(Plugin, MakesTheThreeKindsOfObjects) {
+TEST(Plugin, CreatesTheThreeKindsOfObjects) {
   Plugin plugin(testPlugin("full"));
   const std::unique_ptr<Service> service(plugin.createService());
   const std::unique_ptr<Invoker> invoker(plugin.createInvoker());
@@ -32,13 +32,13 @@ TEST(Plugin, MakesTheThreeKindsOfObjects) {
   EXPECT_NE(first, second);
 }
 
-TEST(Plugin, MissingFileIsNamedWithTheFactory) {
+TEST(Plugin, MissingFileIsRefusedWithItsNameAndTheFactory) {
   EXPECT_EQ(loadingError("/no/such/plugin.so"),
             "plug-in \"/no/such/plugin.so\": no such file (wanted for its factory "
             "createClockService)");
 }
 
-TEST(Plugin, FileThatIsNoLibraryIsNamedWithTheFactoryAndTheReason) {
+TEST(Plugin, FileThatIsNoLibraryIsRefusedWithTheReason) {
   const support::TemporaryFolder folder;
   const auto file = folder / "plugin.so";
   std::ofstream(file) << "not a library";
@@ -52,8 +52,8 @@ TEST(Plugin, FileThatIsNoLibraryIsNamedWithTheFactoryAndTheReason) {
   EXPECT_EQ(error.rfind(file.string()), error.find(file.string())) << error;
 }
 
-// Wherever it ends: in the headers, in what the loader maps, in the section table behind that.
-TEST(Plugin, FileThatIsCutOffIsRefusedAtEachLength) {
+// It ends in the headers, in what the loader maps, or in the section table behind that.
+TEST(Plugin, TruncatedFileIsRefusedAtEachLength) {
   const support::TemporaryFolder folder;
   const auto file = folder / "plugin.so";
   std::filesystem::copy_file(testPlugin("full"), file);
@@ -67,7 +67,7 @@ TEST(Plugin, FileThatIsCutOffIsRefusedAtEachLength) {
   }
   for (const std::uintmax_t size : {10U, 0U}) {
     std::filesystem::resize_file(file, size);
-    EXPECT_NE(loadingError(file).find("it is no shared object"), std::string::npos) << size;
+    EXPECT_NE(loadingError(file).find("it is not a shared object"), std::string::npos) << size;
   }
 }
 
@@ -83,23 +83,23 @@ TEST(Plugin, FileOfAnotherWordSizeIsRefused) {
   EXPECT_NE(loadingError(file).find("another kind of processor"), std::string::npos);
 }
 
-TEST(Plugin, WhatIsNoRegularFileIsRefused) {
+TEST(Plugin, FolderFifoAndDeviceAreRefused) {
   const support::TemporaryFolder folder;
   const auto fifo = folder / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   for (const std::filesystem::path& file :
        {fifo, folder.path(), std::filesystem::path("/dev/zero")}) {
-    EXPECT_NE(loadingError(file).find("it is no regular file"), std::string::npos) << file;
+    EXPECT_NE(loadingError(file).find("it is not a regular file"), std::string::npos) << file;
   }
 }
 
-TEST(Plugin, AbsentFactoryIsNamedWithTheFile) {
+TEST(Plugin, AbsentFactoryIsRefusedWithTheFilesName) {
   const auto file = testPlugin("without_proxy");
   EXPECT_EQ(loadingError(file), "plug-in \"" + file.string() +
                                     "\": the factory createClockServiceObserverProxy is absent");
 }
 
-TEST(Plugin, FactoryReturningNullIsNamedWithTheFile) {
+TEST(Plugin, FactoryThatReturnsNullIsRefusedWithTheFilesName) {
   Plugin service(testPlugin("null_service"));
   Plugin invoker(testPlugin("null_invoker"));
   Plugin proxy(testPlugin("null_proxy"));

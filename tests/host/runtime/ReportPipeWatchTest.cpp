@@ -1,4 +1,4 @@
-// A pipe that is deleted or replaced under a running host.
+// A report pipe that is deleted or replaced while the host runs.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kMadeAgain = "was deleted or replaced; it is made again";
+constexpr const char* kReplaced = "was deleted or replaced; it is made again";
 
 class WatchedPipe : public testing::Test {
  protected:
@@ -47,8 +47,8 @@ class WatchedPipe : public testing::Test {
     return lstat(m_pipe->path().c_str(), &status) == 0 && status.st_mode == (S_IFIFO | 0600);
   }
 
-  // What happens to it is seen, and mended once; a listener of the former pipe does not wait on.
-  void expectMended(const std::function<void()>& change) {
+  // The change is noticed and repaired once, and a listener of the old pipe wakes.
+  void expectRepaired(const std::function<void()>& change) {
     const host::Descriptor former(open(m_pipe->path().c_str(), O_PATH | O_CLOEXEC));
     const std::string formerPath = "/proc/self/fd/" + std::to_string(former.get());
     auto listener = std::async(std::launch::async, [&] { return readOnce(formerPath); });
@@ -59,7 +59,7 @@ class WatchedPipe : public testing::Test {
     while (isReadable()) m_pipe->restore();
     EXPECT_TRUE(isPipe());
     EXPECT_EQ(m_log.entries().size(), 1U) << m_log.text();
-    EXPECT_TRUE(m_log.hasPart(kMadeAgain)) << m_log.text();
+    EXPECT_TRUE(m_log.hasPart(kReplaced)) << m_log.text();
     EXPECT_EQ(listener.get(), std::string(4, '\0'));
     struct stat held {};
     struct stat found {};
@@ -82,15 +82,15 @@ class WatchedPipe : public testing::Test {
   int m_watch = -1;
 };
 
-TEST_F(WatchedPipe, IsLeftAloneWhileNothingHappens) {
+TEST_F(WatchedPipe, StaysWhileNothingChanges) {
   EXPECT_FALSE(isReadable());
   m_pipe->restore();
   EXPECT_FALSE(isReadable());
   EXPECT_EQ(m_log.text(), "");
 }
 
-// The four zero bytes for its listener have no room, and nobody waits until they have.
-TEST_F(WatchedPipe, IsMadeAgainAlsoWhenItIsFull) {
+// The pipe has no room for the four zero bytes that wake its listener, and restore() does not wait.
+TEST_F(WatchedPipe, IsReplacedWhenItIsFull) {
   const host::Descriptor full(open(m_pipe->path().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   const std::string much(64 * 1024, 'x');
   while (write(full.get(), much.data(), much.size()) > 0) continue;
@@ -99,8 +99,8 @@ TEST_F(WatchedPipe, IsMadeAgainAlsoWhenItIsFull) {
   EXPECT_TRUE(isPipe());
 }
 
-// Whatever fails is told, and leaves the loop that asked for it alone.
-TEST_F(WatchedPipe, FailureToLookAtItIsTold) {
+// The host's loop calls restore(), which must not throw.
+TEST_F(WatchedPipe, FailureToInspectItIsLogged) {
   const std::string held = m_pipe->heldPath();
   const int taken = std::stoi(held.substr(held.rfind('/') + 1));
   const host::Descriptor kept(::dup(taken));
@@ -110,7 +110,7 @@ TEST_F(WatchedPipe, FailureToLookAtItIsTold) {
   EXPECT_EQ(::dup2(kept.get(), taken), taken);
 }
 
-TEST_F(WatchedPipe, DoesNotWakeForReportsOrForOtherFiles) {
+TEST_F(WatchedPipe, IgnoresReportsAndOtherFiles) {
   const host::Descriptor pipe(open(m_pipe->path().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   ASSERT_EQ(write(pipe.get(), "1234", 4), 4);
   std::ofstream(onHost("/tmp/votk/another")) << "x";
@@ -118,28 +118,28 @@ TEST_F(WatchedPipe, DoesNotWakeForReportsOrForOtherFiles) {
   EXPECT_FALSE(isReadable());
 }
 
-TEST_F(WatchedPipe, IsMadeAgainWhenItIsDeleted) {
+TEST_F(WatchedPipe, IsReplacedWhenItIsDeleted) {
   for (int i = 0; i < 3; ++i) {
-    expectMended([this] { fs::remove(m_pipe->path()); });
+    expectRepaired([this] { fs::remove(m_pipe->path()); });
   }
 }
 
-TEST_F(WatchedPipe, IsMadeAgainWhenItIsMovedAway) {
-  expectMended([this] { fs::rename(m_pipe->path(), onHost("/moved")); });
+TEST_F(WatchedPipe, IsReplacedWhenItIsMoved) {
+  expectRepaired([this] { fs::rename(m_pipe->path(), onHost("/moved")); });
 }
 
-TEST_F(WatchedPipe, IsTakenAnewWhenAnotherIsPutInItsPlace) {
+TEST_F(WatchedPipe, TakesAPipeThatReplacesIt) {
   ASSERT_EQ(mkfifo(onHost("/other").c_str(), 0666), 0);
-  expectMended([this] { fs::rename(onHost("/other"), m_pipe->path()); });
+  expectRepaired([this] { fs::rename(onHost("/other"), m_pipe->path()); });
 }
 
-TEST_F(WatchedPipe, IsMadeAgainWithItsFolders) {
-  expectMended([this] { fs::remove_all(onHost("/tmp")); });
-  expectMended([this] { fs::rename(onHost("/tmp/votk"), onHost("/moved")); });
-  expectMended([this] { fs::remove_all(onHost("/tmp/votk/ipc")); });
+TEST_F(WatchedPipe, IsReplacedTogetherWithItsFolders) {
+  expectRepaired([this] { fs::remove_all(onHost("/tmp")); });
+  expectRepaired([this] { fs::rename(onHost("/tmp/votk"), onHost("/moved")); });
+  expectRepaired([this] { fs::remove_all(onHost("/tmp/votk/ipc")); });
 }
 
-TEST_F(WatchedPipe, StaysThisHostsWhenItIsMadeAgain) {
+TEST_F(WatchedPipe, StaysLockedWhenItIsReplaced) {
   for (const char* const gone : {"/tmp/votk/ipc/ntpclient", "/tmp/votk/ipc"}) {
     fs::remove_all(onHost(gone));
     m_pipe->restore();
@@ -147,8 +147,8 @@ TEST_F(WatchedPipe, StaysThisHostsWhenItIsMadeAgain) {
   }
 }
 
-// As a state folder, and the device root in it, under a running host.
-TEST_F(WatchedPipe, DoesNotBringBackTheFolderOfTheDeviceRoot) {
+// The device root is usually in the state folder.
+TEST_F(WatchedPipe, DoesNotRecreateTheStateFolder) {
   m_pipe.reset();
   host::setDeviceRoot(m_folder / "state/device");
   m_pipe.emplace();
@@ -164,15 +164,15 @@ TEST_F(WatchedPipe, DoesNotBringBackTheFolderOfTheDeviceRoot) {
   EXPECT_TRUE(m_log.hasPart("not made again")) << m_log.text();
 }
 
-TEST_F(WatchedPipe, ListenerThatComesLateToAFormerPipeDoesNotWait) {
+TEST_F(WatchedPipe, ListenerThatOpensTheOldPipeLateDoesNotBlock) {
   const host::Descriptor former(open(m_pipe->path().c_str(), O_PATH | O_CLOEXEC));
   fs::remove(m_pipe->path());
   m_pipe->restore();
   EXPECT_EQ(readOnce("/proc/self/fd/" + std::to_string(former.get())), std::string(4, '\0'));
 }
 
-// What the device's open of the path reaches, without waiting for a writer.
-ino_t openedByTheDevice() {
+// Opens the pipe as the plug-in does, without waiting for a writer.
+ino_t inodeOpenedByTheDevice() {
   const host::Descriptor pipe(open(host::kReportPipePath, O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat opened {};
   struct stat seen {};
@@ -182,24 +182,24 @@ ino_t openedByTheDevice() {
   return opened.st_ino;
 }
 
-// A listener that waited in another pipe would be woken neither by a new pipe nor at the end.
-TEST_F(WatchedPipe, IsWhatTheDeviceOpensWhateverIsAtThePath) {
+// A listener in another pipe would be woken neither by restore() nor at shutdown.
+TEST_F(WatchedPipe, IsOpenedByTheDeviceWhateverIsAtThePath) {
   struct stat held {};
   ASSERT_EQ(stat(m_pipe->heldPath().c_str(), &held), 0);
-  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  EXPECT_EQ(inodeOpenedByTheDevice(), held.st_ino);
   fs::remove(m_pipe->path());
-  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  EXPECT_EQ(inodeOpenedByTheDevice(), held.st_ino);
   std::ofstream(m_pipe->path()) << "precious";
-  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  EXPECT_EQ(inodeOpenedByTheDevice(), held.st_ino);
   fs::remove(m_pipe->path());
   ASSERT_EQ(mkfifo(m_pipe->path().c_str(), 0600), 0);
-  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  EXPECT_EQ(inodeOpenedByTheDevice(), held.st_ino);
   m_pipe->restore();
   ASSERT_EQ(stat(m_pipe->path().c_str(), &held), 0);
-  EXPECT_EQ(openedByTheDevice(), held.st_ino);
+  EXPECT_EQ(inodeOpenedByTheDevice(), held.st_ino);
 }
 
-TEST_F(WatchedPipe, IsNotWhatTheDeviceOpensOnceItIsGone) {
+TEST_F(WatchedPipe, IsNotOpenedByTheDeviceAfterItsDestruction) {
   m_pipe.reset();
   fs::remove(onHost(host::kReportPipePath));
   std::ofstream(onHost(host::kReportPipePath)) << "another";
@@ -208,8 +208,8 @@ TEST_F(WatchedPipe, IsNotWhatTheDeviceOpensOnceItIsGone) {
   EXPECT_TRUE(S_ISREG(seen.st_mode));
 }
 
-// A listener comes while something that the host does not take is at the path; then that goes.
-TEST_F(WatchedPipe, ListenerThatComesWhileItIsReplacedGetsTheNextReport) {
+// The listener opens the pipe while a pipe that the host did not create is at the path.
+TEST_F(WatchedPipe, ListenerThatOpensItDuringAReplacementGetsTheNextReport) {
   fs::remove(m_pipe->path());
   ASSERT_EQ(mkfifo(m_pipe->path().c_str(), 0600), 0);
   std::string first;
@@ -229,7 +229,7 @@ TEST_F(WatchedPipe, ListenerThatComesWhileItIsReplacedGetsTheNextReport) {
   EXPECT_EQ(second, "1234");
 }
 
-TEST_F(WatchedPipe, FileInItsPlaceIsToldAndThePipeComesBackWhenItIsGone) {
+TEST_F(WatchedPipe, FileInItsPlaceIsLoggedAndReplacedOnceItIsRemoved) {
   std::ofstream(onHost("/file")) << "precious";
   fs::rename(onHost("/file"), m_pipe->path());
   EXPECT_TRUE(isReadable());
@@ -241,7 +241,7 @@ TEST_F(WatchedPipe, FileInItsPlaceIsToldAndThePipeComesBackWhenItIsGone) {
   EXPECT_TRUE(isReadable());
   m_pipe->restore();
   EXPECT_TRUE(isPipe());
-  EXPECT_TRUE(m_log.hasPart(kMadeAgain)) << m_log.text();
+  EXPECT_TRUE(m_log.hasPart(kReplaced)) << m_log.text();
 }
 
 }  // namespace

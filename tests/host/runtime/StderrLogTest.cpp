@@ -22,10 +22,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A pipe as standard error, with a reader that reads when the test wants it.
-class LogPipe : public ::testing::Test {
+// Logs to a pipe that the test reads.
+class StderrLogOnAPipe : public ::testing::Test {
  protected:
-  LogPipe() {
+  StderrLogOnAPipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) std::abort();
     m_read.reset(ends[0]);
@@ -34,14 +34,14 @@ class LogPipe : public ::testing::Test {
 
   [[nodiscard]] int descriptor() const { return m_write.get(); }
 
-  // The next bytes there are; waits for one.
+  // Waits until there is something to read.
   std::string readSome() const {
     std::array<char, 65536> bytes{};
     const ssize_t length = ::read(m_read.get(), bytes.data(), bytes.size());
     return {bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))};
   }
 
-  // Reads until the text is among what came.
+  // Reads until the text has arrived.
   std::string readUntil(const std::string& text) const {
     std::string all;
     while (all.find(text) == std::string::npos) {
@@ -52,7 +52,7 @@ class LogPipe : public ::testing::Test {
     return all;
   }
 
-  // All there is, when nothing writes any more.
+  // Closes the log's end and reads what is left.
   std::string readAll() {
     m_write.reset();
     std::string all;
@@ -60,7 +60,7 @@ class LogPipe : public ::testing::Test {
     return all;
   }
 
-  // Not one byte more fits.
+  // Until not one more byte fits.
   void fill() const {
     setNonBlocking(true);
     const std::string page(4096, '.');
@@ -75,8 +75,6 @@ class LogPipe : public ::testing::Test {
   Descriptor m_read;
   Descriptor m_write;
 };
-
-using StderrLogOnAPipe = LogPipe;
 
 LogEntry entry(int line, const std::string& text) {
   LogEntry made;
@@ -95,7 +93,7 @@ std::size_t countOf(std::string_view text, std::string_view part) {
   return count;
 }
 
-std::size_t allocationsOfTheTextOf(const LogEntry& entry) {
+std::size_t allocationsToFormat(const LogEntry& entry) {
   for (std::size_t number = 0;; ++number) {
     const support::NoMemory none(number);
     try {
@@ -108,7 +106,7 @@ std::size_t allocationsOfTheTextOf(const LogEntry& entry) {
 
 constexpr std::string_view kGap = " lines dropped here: standard error was not read\n";
 
-// What the lines about gaps come to.
+// The sum of all reported gaps.
 std::size_t droppedLines(const std::string& all) {
   std::size_t sum = 0;
   for (auto at = all.find(kGap); at != all.npos; at = all.find(kGap, at + 1)) {
@@ -117,7 +115,7 @@ std::size_t droppedLines(const std::string& all) {
   return sum;
 }
 
-TEST_F(StderrLogOnAPipe, LosesNothingThatWasWrittenBeforeItsEnd) {
+TEST_F(StderrLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
   std::string expected;
   {
     StderrLog log(descriptor());
@@ -129,15 +127,15 @@ TEST_F(StderrLogOnAPipe, LosesNothingThatWasWrittenBeforeItsEnd) {
   EXPECT_EQ(readAll(), expected);
 }
 
-TEST_F(StderrLogOnAPipe, WritesWithoutBeingToldToEnd) {
+TEST_F(StderrLogOnAPipe, WritesALineAtOnce) {
   StderrLog log(descriptor());
   log.write(entry(1, "now"));
   EXPECT_EQ(readUntil("\n"), "2016-06-16T00:00:01Z note     ClockService: now\n");
 }
 
-// Each place in the code writes one line, so that none is suppressed. There are two gaps when the
-// thread comes to its first lines late.
-TEST_F(StderrLogOnAPipe, FullPipeHoldsUpNobodyAndTheNumberOfLostLinesIsTold) {
+// Each line has a place of its own, so that none is suppressed. There are two gaps if the thread
+// takes its first lines late.
+TEST_F(StderrLogOnAPipe, DropsLinesWhileThePipeIsFullAndReportsTheirNumber) {
   constexpr std::size_t kLines = 20'000;
   fill();
   std::optional<StderrLog> log(descriptor());
@@ -147,20 +145,20 @@ TEST_F(StderrLogOnAPipe, FullPipeHoldsUpNobodyAndTheNumberOfLostLinesIsTold) {
   EXPECT_EQ(countOf(all, "same text") + droppedLines(all), kLines);
   EXPECT_LE(countOf(all, kGap), 2U);
   EXPECT_GT(all.size(), StderrLog::kMostWaiting);
-  log->write(entry(1, "and on"));
+  log->write(entry(1, "later"));
   log.reset();
-  EXPECT_EQ(readAll(), "2016-06-16T00:00:01Z note     ClockService: and on\n");
+  EXPECT_EQ(readAll(), "2016-06-16T00:00:01Z note     ClockService: later\n");
 }
 
-// While the thread writes the first long line, the second waits in the other buffer.
-TEST_F(StderrLogOnAPipe, LinesWaitInMemoryThatIsReservedAtTheStart) {
+// While the thread writes the first long line, the second is queued in the other buffer.
+TEST_F(StderrLogOnAPipe, QueuesLinesWithoutAllocating) {
   fcntl(descriptor(), F_SETPIPE_SZ, 4096);
   const LogEntry longOne = entry(1, std::string(20'000, 'x'));
-  const std::size_t ofTheText = allocationsOfTheTextOf(longOne);
+  const std::size_t toFormat = allocationsToFormat(longOne);
   StderrLog log(descriptor());
   log.write(entry(1, "the first line of a place takes memory"));
   const auto writeLongOne = [&] {
-    const support::NoMemory none(ofTheText);
+    const support::NoMemory none(toFormat);
     log.write(longOne);
   };
   ASSERT_NO_THROW(writeLongOne());
@@ -170,7 +168,7 @@ TEST_F(StderrLogOnAPipe, LinesWaitInMemoryThatIsReservedAtTheStart) {
   EXPECT_EQ(countOf(all, longOne.text + "\n"), 2U);
 }
 
-TEST_F(StderrLogOnAPipe, EndDoesNotWaitForAFullPipe) {
+TEST_F(StderrLogOnAPipe, EndsWithinTheLimitWhenThePipeIsFull) {
   fill();
   const auto begun = std::chrono::steady_clock::now();
   {
@@ -178,10 +176,10 @@ TEST_F(StderrLogOnAPipe, EndDoesNotWaitForAFullPipe) {
     log.write(entry(1, "never read"));
   }
   EXPECT_GE(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
-  readUntil("never read\n");  // the thread that was left behind has done with the pipe
+  readUntil("never read\n");  // so that the detached thread no longer uses the pipe
 }
 
-TEST_F(StderrLogOnAPipe, EndsWithoutDelayWithAReaderThatIsGone) {
+TEST_F(StderrLogOnAPipe, EndsWithoutDelayWhenTheReaderIsGone) {
   m_read.reset();
   const auto begun = std::chrono::steady_clock::now();
   {
@@ -199,7 +197,7 @@ TEST_F(StderrLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
   EXPECT_EQ(countOf(readUntil("behind\n"), "behind\n"), 1U);
 }
 
-TEST_F(StderrLogOnAPipe, SourceThatWritesTooMuchIsSuppressedAndTheNumberIsToldAtTheEnd) {
+TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
   {
     const LogLimit::Clock::time_point now{};
     StderrLog log(descriptor(), LogLimit(3, 10s), [now] { return now; });
@@ -212,8 +210,7 @@ TEST_F(StderrLogOnAPipe, SourceThatWritesTooMuchIsSuppressedAndTheNumberIsToldAt
   EXPECT_EQ(countOf(all, "7 lines suppressed of ClockService: f.cpp:7"), 1U) << all;
 }
 
-// Nothing else is logged that would bring the number along.
-TEST_F(StderrLogOnAPipe, NumberOfSuppressedLinesComesByItself) {
+TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesWithoutAnotherEntry) {
   constexpr auto kWindow = 5ms;
   std::atomic<LogLimit::Clock::duration> time{1000s};
   StderrLog log(descriptor(), LogLimit(1, kWindow),

@@ -23,22 +23,22 @@ bool sleeps(pid_t thread) {
   return text.find(") S ") != std::string::npos;
 }
 
-class LoopThatEndsOnSignals : public testing::Test {
+class LoopWithTerminationSignals : public testing::Test {
  protected:
-  LoopThatEndsOnSignals() { loop.stopOnSignals(); }
+  LoopWithTerminationSignals() { loop.stopOnSignals(); }
 
   VirtualClock clock;
   EventLoop loop{clock};
 };
 
-TEST_F(LoopThatEndsOnSignals, TerminationSignalsEndTheRunAndNotTheProcess) {
+TEST_F(LoopWithTerminationSignals, EndTheRunAndNotTheProcess) {
   for (const int signal : {SIGINT, SIGTERM}) {
     loop.post([signal] { std::raise(signal); });
     loop.run();
   }
 }
 
-TEST_F(LoopThatEndsOnSignals, TerminationSignalComesBeforeTheTasksThatWait) {
+TEST_F(LoopWithTerminationSignals, EndTheRunBeforeQueuedTasks) {
   int ran = 0;
   loop.post([] { std::raise(SIGTERM); });
   for (int i = 0; i < 1000; ++i) loop.post([&] { ++ran; });
@@ -46,10 +46,10 @@ TEST_F(LoopThatEndsOnSignals, TerminationSignalComesBeforeTheTasksThatWait) {
   EXPECT_EQ(ran, 0);
   loop.post([&] { loop.stop(); });
   loop.run();
-  EXPECT_EQ(ran, 1000) << "a later run has them";
+  EXPECT_EQ(ran, 1000) << "a later run executes them";
 }
 
-TEST_F(LoopThatEndsOnSignals, TerminationSignalWakesALoopThatSleeps) {
+TEST_F(LoopWithTerminationSignals, WakeASleepingLoop) {
   std::atomic<bool> runs = false;
   loop.post([&] { runs = true; });
   std::thread other([&, thread = ::gettid()] {
@@ -60,7 +60,7 @@ TEST_F(LoopThatEndsOnSignals, TerminationSignalWakesALoopThatSleeps) {
   other.join();
 }
 
-TEST(TerminationSignals, CanBeReadFromOnlyWhileOneHasCome) {
+TEST(TerminationSignals, AreReadableOnlyWhileOneIsPending) {
   TerminationSignals signals;
   const auto readable = [&] {
     pollfd waited{signals.descriptor(), POLLIN, 0};

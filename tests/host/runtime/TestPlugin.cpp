@@ -1,5 +1,5 @@
-// A plug-in of the tests: a service that notes what happens to it. Built several times; PLUGIN_*
-// definitions leave a factory out or let it return null.
+// A plug-in for tests, whose service reports what happens to it. Built in several kinds:
+// PLUGIN_NULL names a factory that returns null, PLUGIN_WITHOUT_PROXY leaves one out.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include "Context.h"
@@ -19,10 +20,10 @@
 #include "PhysicalInterfaceServiceIfc.h"
 #include "Proxy.h"
 #include "Service.h"
-#include "host/runtime/TestPluginNotes.h"
+#include "host/runtime/TestPlugins.h"
 #include "physicalEventObserver.h"
 
-// Another program than the tests' may load the plug-in, and then nobody listens.
+// Weak: a clockhost that loads the plug-in does not define it.
 extern "C" void testPluginNote(const char* text) __attribute__((weak));
 
 namespace {
@@ -34,7 +35,7 @@ void note(const std::string& text) {
   if (testPluginNote != nullptr) testPluginNote(text.c_str());
 }
 
-// Waits for the pipe as the real one does.
+// Waits for the pipe as the real listener does.
 class Listener {
  public:
   void start() {
@@ -129,36 +130,30 @@ class TestProxy : public Proxy {
   void initProxy(ProxyRequest&) override {}
 };
 
+// The object, or null from the factory that PLUGIN_NULL names.
+template <class Object>
+Object* create(std::string_view kind) {
+  return kind == PLUGIN_NULL ? nullptr : new Object;
+}
+
 }  // namespace
 
 extern "C" {
 
 Service* createClockService();
 Service* createClockService() {
-#ifdef PLUGIN_NULL_SERVICE
-  return nullptr;
-#else
-  return new TestService;
-#endif
+  return create<TestService>("service");
 }
 
 Invoker* createClockServiceInvoker();
 Invoker* createClockServiceInvoker() {
-#ifdef PLUGIN_NULL_INVOKER
-  return nullptr;
-#else
-  return new TestInvoker;
-#endif
+  return create<TestInvoker>("invoker");
 }
 
 #ifndef PLUGIN_WITHOUT_PROXY
 Proxy* createClockServiceObserverProxy();
 Proxy* createClockServiceObserverProxy() {
-#ifdef PLUGIN_NULL_PROXY
-  return nullptr;
-#else
-  return new TestProxy;
-#endif
+  return create<TestProxy>("proxy");
 }
 #endif
 }

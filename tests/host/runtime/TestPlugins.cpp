@@ -1,11 +1,8 @@
 #include "host/runtime/TestPlugins.h"
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
-
-#include "host/runtime/TestPluginNotes.h"
 
 namespace host {
 namespace {
@@ -23,9 +20,9 @@ std::filesystem::path testPlugin(const std::string& kind) {
 
 std::vector<std::string> pluginNotes() {
   const std::lock_guard lock(g_mutex);
-  std::vector<std::string> told = g_notes;
-  std::erase_if(told, [](const std::string& note) { return note.rfind("listener", 0) == 0; });
-  return told;
+  std::vector<std::string> notes = g_notes;
+  std::erase_if(notes, [](const std::string& note) { return note.rfind("listener", 0) == 0; });
+  return notes;
 }
 
 void clearPluginNotes() {
@@ -33,9 +30,9 @@ void clearPluginNotes() {
   g_notes.clear();
 }
 
-bool waitForPluginNote(const std::string& text) {
+bool waitForPluginNote(const std::string& text, std::chrono::milliseconds limit) {
   std::unique_lock lock(g_mutex);
-  return g_changed.wait_for(lock, std::chrono::seconds(10), [&] {
+  return g_changed.wait_for(lock, limit, [&] {
     return std::find(g_notes.begin(), g_notes.end(), text) != g_notes.end();
   });
 }

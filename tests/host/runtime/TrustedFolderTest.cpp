@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "base/Error.h"
+#include "support/ErrorOf.h"
 #include "support/SoftLimit.h"
 #include "support/TemporaryFolder.h"
 
@@ -21,7 +22,7 @@ namespace fs = std::filesystem;
 constexpr uid_t kUser = 1000;
 constexpr gid_t kGroup = 1000;
 constexpr uid_t kOther = 2000;
-constexpr std::size_t kAll = 100;  // names that may be made
+constexpr std::size_t kAll = 100;  // folders that may be created
 
 struct Row {
   uid_t owner;
@@ -30,18 +31,18 @@ struct Row {
   bool trusted;
 };
 
-TEST(ReasonToDistrust, LooksAtOwnerAndMode) {
+TEST(ReasonToDistrust, DependsOnOwnerGroupAndMode) {
   const Row rows[] = {
-      {0, 0, 0755, true},              // the system's
-      {kUser, kGroup, 0700, true},     // our own
+      {0, 0, 0755, true},              // root's
+      {kUser, kGroup, 0700, true},     // the user's own
       {kUser, kOther, 0755, true},     // a group that only reads
-      {kUser, kGroup, 0775, true},     // our private group
+      {kUser, kGroup, 0775, true},     // the user's private group
       {0, 0, 0775, true},              // root's group
       {0, 0, 01777, true},             // as /tmp is
       {kUser, kOther, 01775, true},    // the same for a group
-      {kOther, kGroup, 0755, false},   // somebody else's
+      {kOther, kGroup, 0755, false},   // another user's
       {kOther, kGroup, 01777, false},  // the owner may replace what is in it, sticky or not
-      {kUser, kGroup, 0777, false},    // anybody's
+      {kUser, kGroup, 0777, false},    // all may write
       {kUser, kGroup, 0702, false},    //
       {0, 0, 0777, false},             //
       {kUser, kOther, 0775, false},    // a group of others
@@ -57,7 +58,7 @@ TEST(ReasonToDistrust, LooksAtOwnerAndMode) {
   }
 }
 
-TEST(ReasonToDistrust, TrustsNoUserAsRoot) {
+TEST(ReasonToDistrust, RootTrustsNoUser) {
   struct stat status {};
   status.st_uid = kUser;
   status.st_mode = S_IFDIR | 0700;
@@ -66,13 +67,8 @@ TEST(ReasonToDistrust, TrustsNoUserAsRoot) {
 
 class TrustedFolder : public testing::Test {
  protected:
-  static std::string complaint(const fs::path& path) {
-    try {
-      static_cast<void>(host::openTrustedFolder(path, kAll, {}));
-      return "none";
-    } catch (const host::Error& error) {
-      return error.what();
-    }
+  static std::string refusal(const fs::path& path) {
+    return errorOf([&] { static_cast<void>(host::openTrustedFolder(path, kAll, {})); });
   }
   static bool isSame(int folder, const fs::path& path) {
     return fs::equivalent("/proc/self/fd/" + std::to_string(folder), path);
@@ -81,13 +77,13 @@ class TrustedFolder : public testing::Test {
   const support::TemporaryFolder m_folder;
 };
 
-TEST_F(TrustedFolder, IsMadeWithAllThatIsMissing) {
+TEST_F(TrustedFolder, IsCreatedWithMissingParents) {
   const host::Descriptor folder = host::openTrustedFolder(m_folder / "a/b/c", kAll, {});
   EXPECT_TRUE(isSame(folder.get(), m_folder / "a/b/c"));
   EXPECT_EQ(fs::status(m_folder / "a/b").permissions() & fs::perms::others_write, fs::perms::none);
 }
 
-TEST_F(TrustedFolder, IsMadeAsFarAsAllowed) {
+TEST_F(TrustedFolder, IsCreatedWithinTheLimit) {
   EXPECT_THROW(static_cast<void>(host::openTrustedFolder(m_folder / "a/b/c", 2, {})), host::Error);
   EXPECT_FALSE(fs::exists(m_folder / "a"));
   fs::create_directory(m_folder / "a");
@@ -95,17 +91,17 @@ TEST_F(TrustedFolder, IsMadeAsFarAsAllowed) {
   EXPECT_TRUE(fs::exists(m_folder / "a/b/c"));
 }
 
-TEST_F(TrustedFolder, ThatCannotBeMadeIsToBeElsewhere) {
-  EXPECT_EQ(complaint("/proc/none"),
+TEST_F(TrustedFolder, ThatCannotBeCreatedIsRefused) {
+  EXPECT_EQ(refusal("/proc/none"),
             "/proc/none: No such file or directory; name another place with --device-root");
 }
 
-TEST_F(TrustedFolder, ThatNeedsMoreFilesThanMayBeOpenTellsTheLimit) {
+TEST_F(TrustedFolder, BeyondTheLimitOfOpenFilesIsRefused) {
   const support::SoftLimit none(RLIMIT_NOFILE, 0);
-  EXPECT_EQ(complaint("/"), "/: Too many open files; raise the limit of open files (ulimit -n)");
+  EXPECT_EQ(refusal("/"), "/: Too many open files; raise the limit of open files (ulimit -n)");
 }
 
-TEST_F(TrustedFolder, TellsOfEachFolderOnTheWay) {
+TEST_F(TrustedFolder, ReportsEachFolderOfThePath) {
   std::vector<fs::path> seen;
   const auto each = [&](int folder) {
     seen.push_back(fs::read_symlink("/proc/self/fd/" + std::to_string(folder)));
@@ -120,26 +116,26 @@ TEST_F(TrustedFolder, TellsOfEachFolderOnTheWay) {
 TEST_F(TrustedFolder, IsNotBelowAFolderThatOthersMayWrite) {
   fs::create_directories(m_folder / "a/b");
   fs::permissions(m_folder / "a", fs::perms::all);
-  EXPECT_NE(complaint(m_folder / "a/b")
+  EXPECT_NE(refusal(m_folder / "a/b")
                 .find("a: can be written by others; take that away, or name another place with "
                       "--device-root"),
             std::string::npos)
-      << complaint(m_folder / "a/b");
+      << refusal(m_folder / "a/b");
   fs::permissions(m_folder / "a", fs::perms::all | fs::perms::sticky_bit);
-  EXPECT_EQ(complaint(m_folder / "a/b"), "none");
+  EXPECT_EQ(refusal(m_folder / "a/b"), "");
 }
 
-TEST_F(TrustedFolder, IsNotBelowAFolderOfSomebodyElse) {
+TEST_F(TrustedFolder, IsNotBelowAFolderOfAnotherUser) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
   fs::create_directories(m_folder / "a/b");
   ASSERT_EQ(chown((m_folder / "a").c_str(), 12345, 12345), 0);
-  EXPECT_NE(complaint(m_folder / "a/b")
-                .find("a: belongs to somebody else; name another place with --device-root"),
+  EXPECT_NE(refusal(m_folder / "a/b")
+                .find("a: belongs to another user; name another place with --device-root"),
             std::string::npos)
-      << complaint(m_folder / "a/b");
+      << refusal(m_folder / "a/b");
 }
 
-TEST_F(TrustedFolder, IsReachedThroughLinksOfOurOwn) {
+TEST_F(TrustedFolder, IsReachedThroughOwnLinks) {
   fs::create_directories(m_folder / "target/b");
   fs::create_directories(m_folder / "links");
   fs::create_directory_symlink(m_folder / "target", m_folder / "links/absolute");
@@ -150,30 +146,30 @@ TEST_F(TrustedFolder, IsReachedThroughLinksOfOurOwn) {
   }
 }
 
-TEST_F(TrustedFolder, IsNotReachedThroughLinksOfSomebodyElse) {
+TEST_F(TrustedFolder, IsNotReachedThroughLinksOfAnotherUser) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a link away";
   fs::create_directories(m_folder / "target");
   fs::create_directory_symlink(m_folder / "target", m_folder / "link");
   ASSERT_EQ(lchown((m_folder / "link").c_str(), 12345, 12345), 0);
-  EXPECT_NE(complaint(m_folder / "link/b")
-                .find("link: is a link of somebody else; name another place with --device-root"),
+  EXPECT_NE(refusal(m_folder / "link/b")
+                .find("link: is a link of another user; name another place with --device-root"),
             std::string::npos);
 }
 
-TEST_F(TrustedFolder, IsNotReachedThroughLinksInACircle) {
+TEST_F(TrustedFolder, IsNotReachedThroughALoopOfLinks) {
   fs::create_directory_symlink(m_folder / "two", m_folder / "one");
   fs::create_directory_symlink(m_folder / "one", m_folder / "two");
-  EXPECT_NE(complaint(m_folder / "one/b")
+  EXPECT_NE(refusal(m_folder / "one/b")
                 .find("too many links on the way; name another place with --device-root"),
             std::string::npos);
 }
 
-TEST_F(TrustedFolder, IsNoFile) {
+TEST_F(TrustedFolder, IsNotAFile) {
   std::ofstream(m_folder / "file") << "x";
-  EXPECT_NE(complaint(m_folder / "file")
+  EXPECT_NE(refusal(m_folder / "file")
                 .find("file: is not a folder; name another place with --device-root"),
             std::string::npos);
-  EXPECT_NE(complaint(m_folder / "file/b")
+  EXPECT_NE(refusal(m_folder / "file/b")
                 .find("file: is not a folder; name another place with --device-root"),
             std::string::npos);
 }

@@ -1,4 +1,4 @@
-#include "runtime/RemoteSets.h"
+#include "runtime/RemoteSetRecorder.h"
 
 #include <algorithm>
 #include <array>
@@ -13,8 +13,8 @@ namespace {
 
 struct SetMethod {
   const char* name;
-  std::array<const char*, 3> parameters;  // null: no more
-  const char* result;  // null: there is no reply; a truth, or the text that was stored
+  std::array<const char*, 3> parameters;  // the first null ends them
+  const char* result;  // a boolean, or the stored text; null: the method has no reply
 };
 
 constexpr SetMethod kSetMethods[] = {
@@ -30,8 +30,9 @@ const SetMethod* findSetMethod(const std::string& name) {
   return found == std::end(kSetMethods) ? nullptr : &*found;
 }
 
-// "Remote call setDate(29, 2, 2028)"; what is missing is a question mark, and `whole` false.
-std::string described(const SetMethod& set, const Method& call, bool& whole) {
+// As in "Remote call setDate(29, 2, 2028)". A missing parameter is a question mark, and clears
+// `whole`.
+std::string textOf(const SetMethod& set, const Method& call, bool& whole) {
   std::string words;
   whole = true;
   for (const char* const name : set.parameters) {
@@ -46,8 +47,8 @@ std::string described(const SetMethod& set, const Method& call, bool& whole) {
 
 }  // namespace
 
-// Between a call and its reply it knows the call.
-class RemoteSets::Codec final : public MessageCodec {
+// Remembers a call until its reply is encoded.
+class RemoteSetRecorder::Codec final : public MessageCodec {
  public:
   Codec(MessageCodec& codec, SecurityLog& log) : m_codec(codec), m_log(log) {}
 
@@ -67,7 +68,7 @@ class RemoteSets::Codec final : public MessageCodec {
  private:
   void noteCall(const Method& call) {
     bool whole = false;
-    m_call = described(*m_set, call, whole);
+    m_call = textOf(*m_set, call, whole);
     if (m_set->result != nullptr) return;
     m_log.note(SecurityLog::Event::remoteSet, !whole, m_call);
     m_set = nullptr;
@@ -88,11 +89,12 @@ class RemoteSets::Codec final : public MessageCodec {
   std::string m_call;
 };
 
-RemoteSets::RemoteSets(FrameworkContext& remote, SecurityLog& log) : m_remote(remote), m_log(log) {}
+RemoteSetRecorder::RemoteSetRecorder(FrameworkContext& remote, SecurityLog& log)
+    : m_remote(remote), m_log(log) {}
 
-RemoteSets::~RemoteSets() = default;
+RemoteSetRecorder::~RemoteSetRecorder() = default;
 
-MessageCodec* RemoteSets::getCodec(const std::string& name) {
+MessageCodec* RemoteSetRecorder::getCodec(const std::string& name) {
   for (const auto& [known, codec] : m_codecs) {
     if (known == name) return codec.get();
   }
@@ -101,7 +103,8 @@ MessageCodec* RemoteSets::getCodec(const std::string& name) {
   return m_codecs.emplace_back(name, std::make_unique<Codec>(*codec, m_log)).second.get();
 }
 
-Proxy* RemoteSets::createProxy(const std::string& interfaceName, const std::string& address) {
+Proxy* RemoteSetRecorder::createProxy(const std::string& interfaceName,
+                                      const std::string& address) {
   return m_remote.createProxy(interfaceName, address);
 }
 
