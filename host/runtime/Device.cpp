@@ -63,7 +63,6 @@ void Device::openStores() {
 
 // When the service throws, it has not recorded the set yet.
 void Device::recordThrownSets() {
-  if (m_options.withoutSecurityLog) return;
   m_management.onThrownSet([this](const std::string& key, const std::string& value) {
     m_securityLog->note(SecurityLog::Event::managementSet, true,
                         "ClockSettings set data " + key + "(" + value + ")");
@@ -79,12 +78,10 @@ void Device::setDeviceValues() {
 }
 
 void Device::registerServices() {
-  if (!m_options.withoutDataAccess) m_context.add("DataAccessServiceIfc", m_storeService);
-  if (!m_options.withoutLocalManagement) m_context.add("LocalMgmtIfc", &m_management);
-  if (!m_options.withoutSecurityLog) m_context.add("SecurityLogServiceIfc", m_securityLog.get());
-  if (!m_options.withoutPhysicalInterface) {
-    m_context.add("PhysicalInterfaceServiceIfc", &m_physical);
-  }
+  m_context.add("DataAccessServiceIfc", m_storeService);
+  m_context.add("LocalMgmtIfc", &m_management);
+  m_context.add("SecurityLogServiceIfc", m_securityLog.get());
+  m_context.add("PhysicalInterfaceServiceIfc", &m_physical);
 }
 
 void Device::start(FrameworkContext& remote) {

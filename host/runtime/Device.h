@@ -40,10 +40,6 @@ struct DeviceOptions {
   // For tests and simulation. The store is a DataAccess too, and outlives the device.
   Executable* store = nullptr;  // replaces the settings database
   bool securityLogInMemory = false;
-  bool withoutPhysicalInterface = false;
-  bool withoutLocalManagement = false;
-  bool withoutDataAccess = false;
-  bool withoutSecurityLog = false;
 };
 
 // One telephone: the framework's services, and the plug-in's service among them. The constructor
@@ -73,7 +69,7 @@ class Device {
   // A new, initialised proxy from the plug-in's factory; owned by the caller.
   [[nodiscard]] Proxy* makeProxy();
 
-  // For the operator; also there when the options hide them from the service.
+  // For the operator.
   [[nodiscard]] VirtualClock& clock() { return m_clock; }
   [[nodiscard]] LocalManagement& management() { return m_management; }
   [[nodiscard]] ManagementThread& managementThread() { return m_managementThread; }

@@ -41,9 +41,9 @@ class EventLoop {
   // Queues the task for the framework thread; tasks run in order.
   void post(std::function<void()> task);
 
-  // Runs the task each time the descriptor has been readable for `delay`. The task reads what is
-  // there; its exceptions are logged. The loop keeps a duplicate of the descriptor. REQUIRES:
-  // called before run(). Throws Error and std::bad_alloc.
+  // Runs the task `delay` after each time that the descriptor becomes readable. The task must read
+  // it; exceptions of the task are logged. The loop keeps a duplicate of the descriptor.
+  // REQUIRES: called before run(). Throws Error and std::bad_alloc.
   void onReadable(int descriptor, std::chrono::milliseconds delay, std::function<void()> task);
 
   // For sockets.

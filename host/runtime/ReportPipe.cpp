@@ -61,24 +61,24 @@ bool areSame(const struct stat& one, const struct stat& other) {
 
 ReportPipe::ReportPipe()
     : m_folderPath(hostPath(kDeviceFolder)), m_path(hostPath(kReportPipePath)) {
-  m_held = take();
-  setReportPipe(m_held.get());
+  m_pipe = acquire();
+  setReportPipe(m_pipe.get());
 }
 
 ReportPipe::~ReportPipe() {
-  dropReportPipe(m_held.get());
+  dropReportPipe(m_pipe.get());
 }
 
 std::string ReportPipe::heldPath() const {
-  return "/proc/self/fd/" + std::to_string(m_held.get());
+  return "/proc/self/fd/" + std::to_string(m_pipe.get());
 }
 
 // Each folder is watched before its contents are inspected, so that no change is missed.
-Descriptor ReportPipe::take() {
+Descriptor ReportPipe::acquire() {
   std::set<int> before = std::exchange(m_watches, {});
   Descriptor pipe;
   try {
-    pipe = takeWatched();
+    pipe = openAll();
   } catch (...) {
     m_watches.merge(before);
     throw;
@@ -87,24 +87,24 @@ Descriptor ReportPipe::take() {
   return pipe;
 }
 
-Descriptor ReportPipe::takeWatched() {
+Descriptor ReportPipe::openAll() {
   const Descriptor parent = openParent();
-  Descriptor folder = takeFolder(parent);
+  Descriptor folder = openFolder(parent);
   watchFolder(folder.get(), kChangesOfAFolder | kChangesInTheFolder);
   lock(std::move(folder));
-  return takePipe();
+  return openPipe();
 }
 
 Descriptor ReportPipe::openParent() try {
   return openTrustedFolder(std::filesystem::path(m_folderPath).parent_path(),
-                           m_held.valid() ? kWhileRunning : kAllFolders,
+                           m_pipe.valid() ? kWhileRunning : kAllFolders,
                            [this](int folder) { watchFolder(folder, kChangesOfAFolder); });
 } catch (const Error& error) {
   throw Error(std::string(kWhat) + error.what());
 }
 
 // Does not follow a link. Tightens the mode, in case another program created the folder.
-Descriptor ReportPipe::takeFolder(const Descriptor& parent) const {
+Descriptor ReportPipe::openFolder(const Descriptor& parent) const {
   const std::string name = std::filesystem::path(m_folderPath).filename();
   if (mkdirat(parent.get(), name.c_str(), kFolderMode) != 0 && errno != EEXIST) {
     failWithReason(m_folderPath);
@@ -123,11 +123,11 @@ Descriptor ReportPipe::takeFolder(const Descriptor& parent) const {
 
 // Locks the folder and not the pipe, because opening the pipe would make the host a reader of it.
 void ReportPipe::lock(Descriptor folder) {
-  const bool isLocked =
-      m_folder.valid() && areSame(statusOf(m_folder, m_folderPath), statusOf(folder, m_folderPath));
+  const bool isLocked = m_lockedFolder.valid() && areSame(statusOf(m_lockedFolder, m_folderPath),
+                                                          statusOf(folder, m_folderPath));
   if (isLocked) return;
   if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
-    m_folder = std::move(folder);
+    m_lockedFolder = std::move(folder);
   } else if (errno == EWOULDBLOCK) {
     fail(m_path, "is in use by another host; give each a --device-root of its own");
   } else {
@@ -135,58 +135,58 @@ void ReportPipe::lock(Descriptor folder) {
   }
 }
 
-Descriptor ReportPipe::takePipe() const {
+Descriptor ReportPipe::openPipe() const {
   const std::string name = std::filesystem::path(m_path).filename();
-  if (mkfifoat(m_folder.get(), name.c_str(), kPipeMode) != 0 && errno != EEXIST) {
+  if (mkfifoat(m_lockedFolder.get(), name.c_str(), kPipeMode) != 0 && errno != EEXIST) {
     failWithReason(m_path);
   }
-  Descriptor pipe(openat(m_folder.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  Descriptor pipe(openat(m_lockedFolder.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!pipe.valid()) failWithReason(m_path);
   const struct stat status = statusOf(pipe, m_path);
   if (!S_ISFIFO(status.st_mode)) fail(m_path, "is not a named pipe; remove it");
   if (status.st_uid != geteuid()) fail(m_path, "belongs to another user; remove it");
-  if (fchmodat(m_folder.get(), name.c_str(), kPipeMode, 0) != 0) failWithReason(m_path);
+  if (fchmodat(m_lockedFolder.get(), name.c_str(), kPipeMode, 0) != 0) failWithReason(m_path);
   return pipe;
 }
 
 int ReportPipe::watch() {
-  m_watch.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-  if (!m_watch.valid()) failWithReason(m_path);
-  renew();
-  return m_watch.get();
+  m_inotify.reset(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+  if (!m_inotify.valid()) failWithReason(m_path);
+  replace();
+  return m_inotify.get();
 }
 
 void ReportPipe::restore() try {
   discardEvents();
   struct stat found {};
   const bool isThere = lstat(m_path.c_str(), &found) == 0;
-  if (isThere && areSame(found, statusOf(m_held, m_path))) return;
-  renew();
+  if (isThere && areSame(found, statusOf(m_pipe, m_path))) return;
+  replace();
 } catch (const std::exception& error) {
   logAppUni("clockhost", kError, __FILE__, __LINE__, "deleted or replaced, and not made again: %s",
             error.what());
 }
 
 // Takes the pipe at the path, or creates it, and moves the listener over to it.
-void ReportPipe::renew() {
-  const Descriptor pipe = take();
-  if (areSame(statusOf(pipe, m_path), statusOf(m_held, m_path))) return;
+void ReportPipe::replace() {
+  const Descriptor pipe = acquire();
+  if (areSame(statusOf(pipe, m_path), statusOf(m_pipe, m_path))) return;
   logAppUni("clockhost", ApplicationLog::kWarning, __FILE__, __LINE__,
             "%s%s: was deleted or replaced; it is made again", kWhat, m_path.c_str());
   // Kept open with four zero bytes in it, so that a listener that opens it late does not block.
-  m_former.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
-  if (!m_former.valid()) failWithReason(m_path + ": its listener cannot be woken");
-  if (dup3(pipe.get(), m_held.get(), O_CLOEXEC) < 0) failWithReason(m_path);
+  m_replaced.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
+  if (!m_replaced.valid()) failWithReason(m_path + ": its listener cannot be woken");
+  if (dup3(pipe.get(), m_pipe.get(), O_CLOEXEC) < 0) failWithReason(m_path);
   constexpr std::uint32_t kNoTime = 0;
-  if (write(m_former.get(), &kNoTime, sizeof kNoTime) < 0) {
+  if (write(m_replaced.get(), &kNoTime, sizeof kNoTime) < 0) {
     // Full: the listener has something to read.
   }
 }
 
 void ReportPipe::watchFolder(int folder, std::uint32_t changes) {
-  if (!m_watch.valid()) return;
+  if (!m_inotify.valid()) return;
   const std::string path = "/proc/self/fd/" + std::to_string(folder);
-  const int watch = inotify_add_watch(m_watch.get(), path.c_str(), changes);
+  const int watch = inotify_add_watch(m_inotify.get(), path.c_str(), changes);
   if (watch < 0) failWithReason(m_path + ": cannot be watched");
   m_watches.insert(watch);
 }
@@ -194,14 +194,14 @@ void ReportPipe::watchFolder(int folder, std::uint32_t changes) {
 // Keeps the others as they are, because removing a watch is itself an event.
 void ReportPipe::removeUnusedWatches(const std::set<int>& before) const {
   for (const int watch : before) {
-    if (!m_watches.contains(watch)) inotify_rm_watch(m_watch.get(), watch);
+    if (!m_watches.contains(watch)) inotify_rm_watch(m_inotify.get(), watch);
   }
 }
 
 // Their contents do not matter: restore() inspects the pipe itself.
 void ReportPipe::discardEvents() const {
   std::array<char, 4096> events;
-  while (read(m_watch.get(), events.data(), events.size()) > 0) {
+  while (read(m_inotify.get(), events.data(), events.size()) > 0) {
   }
 }
 

@@ -40,23 +40,23 @@ class ReportPipe {
   void restore();
 
  private:
-  [[nodiscard]] Descriptor take();
-  [[nodiscard]] Descriptor takeWatched();
+  [[nodiscard]] Descriptor acquire();
+  [[nodiscard]] Descriptor openAll();
   [[nodiscard]] Descriptor openParent();
-  [[nodiscard]] Descriptor takeFolder(const Descriptor& parent) const;
-  [[nodiscard]] Descriptor takePipe() const;
+  [[nodiscard]] Descriptor openFolder(const Descriptor& parent) const;
+  [[nodiscard]] Descriptor openPipe() const;
   void lock(Descriptor folder);
-  void renew();
+  void replace();
   void watchFolder(int folder, std::uint32_t changes);
   void removeUnusedWatches(const std::set<int>& before) const;
   void discardEvents() const;
 
   std::string m_folderPath;
   std::string m_path;
-  Descriptor m_folder;      // holds the lock
-  Descriptor m_held;        // O_PATH: neither a reader nor a writer
-  Descriptor m_former;      // the replaced pipe, kept open so that no late listener blocks in it
-  Descriptor m_watch;       // inotify; none before watch()
+  Descriptor m_lockedFolder;
+  Descriptor m_pipe;        // O_PATH: neither a reader nor a writer
+  Descriptor m_replaced;    // the replaced pipe, kept open so that no late listener blocks in it
+  Descriptor m_inotify;     // inotify; invalid before watch()
   std::set<int> m_watches;  // of the folders
 };
 

@@ -10,6 +10,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "DataStorage.h"
 #include "Proxy.h"
@@ -26,6 +27,7 @@
 #include "services/PhysicalInterface.h"
 #include "services/SecurityLog.h"
 #include "support/Becomes.h"
+#include "support/ErrorOf.h"
 #include "support/Framework.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
@@ -95,7 +97,7 @@ TEST_F(DeviceWithTestPlugin, FindsAllServicesAndStopsInOrderAndOnce) {
                           "found ClockService", "shutdown", "deleted", "invoker deleted"));
 }
 
-// As cleaners of temporary folders delete it.
+// A cleaner of temporary folders may delete it.
 TEST_F(DeviceWithTestPlugin, StopWakesAListenerWhosePipeWasDeleted) {
   start();
   ASSERT_TRUE(waitForPluginNote("listener waits"));
@@ -122,20 +124,6 @@ TEST_F(DeviceWithTestPlugin, DeletesTheServiceOnlyAfterTheManagementCallInProgre
   device->stop();
   EXPECT_LT(placeOf("call ends"), placeOf("deleted"));
   onManagementThread([](LocalManagement& management) { EXPECT_FALSE(management.hasClock()); });
-}
-
-TEST_F(DeviceWithTestPlugin, EachServiceCanBeMissing) {
-  options.withoutDataAccess = true;
-  options.withoutLocalManagement = true;
-  options.withoutSecurityLog = true;
-  options.withoutPhysicalInterface = true;
-  start();
-  EXPECT_THAT(pluginNotes(),
-              ElementsAre("invoker has its framework", "init with TZ UTC0", "found ClockService"));
-  device->physical().jack(5, 1);
-  bool accepted = true;
-  onManagementThread([&](LocalManagement& management) { accepted = management.set("time", ""); });
-  EXPECT_FALSE(accepted);
 }
 
 TEST_F(DeviceWithTestPlugin, TakesItsValuesFromTheOptions) {
@@ -250,10 +238,17 @@ TEST_F(DeviceWithTestPlugin, MakesANewProxyEachTime) {
 }
 
 TEST_F(DeviceWithTestPlugin, RefusesToStartWhenAFactoryReturnsNull) {
-  for (const char* const kind : {"null_service", "null_invoker", "null_proxy"}) {
+  const std::pair<const char*, std::string> rows[] = {
+      {"null_service", "createClockService"},
+      {"null_invoker", "createClockServiceInvoker"},
+      {"null_proxy", "createClockServiceObserverProxy"},
+  };
+  for (const auto& [kind, factory] : rows) {
     Plugin broken(testPlugin(kind));
     device.emplace(clock, broken, options);
-    EXPECT_THROW(device->start(remote), Error) << kind;
+    EXPECT_EQ(
+        errorOf([&] { device->start(remote); }),
+        "plug-in \"" + broken.file().string() + "\": the factory " + factory + " returned null");
     EXPECT_FALSE(device->running());
     device.reset();
   }

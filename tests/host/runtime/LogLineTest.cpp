@@ -8,12 +8,12 @@ namespace host {
 namespace {
 
 LogEntry entryOf(int level, const std::string& text) {
-  LogEntry made;
-  made.wall = std::chrono::seconds(1466035201);
-  made.level = level;
-  made.component = "ClockService";
-  made.text = text;
-  return made;
+  LogEntry entry;
+  entry.wall = std::chrono::seconds(1466035201);
+  entry.level = level;
+  entry.component = "ClockService";
+  entry.text = text;
+  return entry;
 }
 
 TEST(LogLine, HasTimeLevelComponentAndPrintableText) {
@@ -32,9 +32,9 @@ TEST(LogLine, HasTimeLevelComponentAndPrintableText) {
 }
 
 TEST(LogLine, TimeStartsIn1970) {
-  LogEntry made = entryOf(4, "first");
-  made.wall = {};
-  EXPECT_EQ(logLine(made, false), "1970-01-01T00:00:00Z note     ClockService: first\n");
+  LogEntry entry = entryOf(4, "first");
+  entry.wall = {};
+  EXPECT_EQ(logLine(entry, false), "1970-01-01T00:00:00Z note     ClockService: first\n");
 }
 
 TEST(LogLine, EachLevelHasItsName) {
@@ -54,9 +54,9 @@ TEST(LogLine, LevelIsColouredOnATerminal) {
 }
 
 TEST(LogLine, NamesTheSystemLogInsteadOfAComponent) {
-  LogEntry made = entryOf(4, "startNTPClient()");
-  made.systemLog = true;
-  EXPECT_EQ(logLine(made, false), "2016-06-16T00:00:01Z note     system log: startNTPClient()\n");
+  LogEntry entry = entryOf(4, "startNTPClient()");
+  entry.systemLog = true;
+  EXPECT_EQ(logLine(entry, false), "2016-06-16T00:00:01Z note     system log: startNTPClient()\n");
 }
 
 }  // namespace

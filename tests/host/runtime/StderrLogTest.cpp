@@ -76,15 +76,15 @@ class StderrLogOnAPipe : public ::testing::Test {
   Descriptor m_write;
 };
 
-LogEntry entry(int line, const std::string& text) {
-  LogEntry made;
-  made.wall = std::chrono::seconds(1466035201);
-  made.level = 4;
-  made.component = "ClockService";
-  made.file = "f.cpp";
-  made.line = line;
-  made.text = text;
-  return made;
+LogEntry entryAt(int line, const std::string& text) {
+  LogEntry entry;
+  entry.wall = std::chrono::seconds(1466035201);
+  entry.level = 4;
+  entry.component = "ClockService";
+  entry.file = "f.cpp";
+  entry.line = line;
+  entry.text = text;
+  return entry;
 }
 
 std::size_t countOf(std::string_view text, std::string_view part) {
@@ -120,7 +120,7 @@ TEST_F(StderrLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
   {
     StderrLog log(descriptor());
     for (int i = 0; i < 300; ++i) {
-      log.write(entry(i, "line " + std::to_string(i)));
+      log.write(entryAt(i, "line " + std::to_string(i)));
       expected += "2016-06-16T00:00:01Z note     ClockService: line " + std::to_string(i) + "\n";
     }
   }
@@ -129,7 +129,7 @@ TEST_F(StderrLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
 
 TEST_F(StderrLogOnAPipe, WritesALineAtOnce) {
   StderrLog log(descriptor());
-  log.write(entry(1, "now"));
+  log.write(entryAt(1, "now"));
   EXPECT_EQ(readUntil("\n"), "2016-06-16T00:00:01Z note     ClockService: now\n");
 }
 
@@ -139,13 +139,13 @@ TEST_F(StderrLogOnAPipe, DropsLinesWhileThePipeIsFullAndReportsTheirNumber) {
   constexpr std::size_t kLines = 20'000;
   fill();
   std::optional<StderrLog> log(descriptor());
-  for (std::size_t i = 0; i < kLines; ++i) log->write(entry(static_cast<int>(i), "same text"));
+  for (std::size_t i = 0; i < kLines; ++i) log->write(entryAt(static_cast<int>(i), "same text"));
   std::string all;
   while (countOf(all, "same text") + droppedLines(all) < kLines) all += readSome();
   EXPECT_EQ(countOf(all, "same text") + droppedLines(all), kLines);
   EXPECT_LE(countOf(all, kGap), 2U);
   EXPECT_GT(all.size(), StderrLog::kMostWaiting);
-  log->write(entry(1, "later"));
+  log->write(entryAt(1, "later"));
   log.reset();
   EXPECT_EQ(readAll(), "2016-06-16T00:00:01Z note     ClockService: later\n");
 }
@@ -153,10 +153,10 @@ TEST_F(StderrLogOnAPipe, DropsLinesWhileThePipeIsFullAndReportsTheirNumber) {
 // While the thread writes the first long line, the second is queued in the other buffer.
 TEST_F(StderrLogOnAPipe, QueuesLinesWithoutAllocating) {
   fcntl(descriptor(), F_SETPIPE_SZ, 4096);
-  const LogEntry longOne = entry(1, std::string(20'000, 'x'));
+  const LogEntry longOne = entryAt(1, std::string(20'000, 'x'));
   const std::size_t toFormat = allocationsToFormat(longOne);
   StderrLog log(descriptor());
-  log.write(entry(1, "the first line of a place takes memory"));
+  log.write(entryAt(1, "the first line of a place takes memory"));
   const auto writeLongOne = [&] {
     const support::NoMemory none(toFormat);
     log.write(longOne);
@@ -173,7 +173,7 @@ TEST_F(StderrLogOnAPipe, EndsWithinTheLimitWhenThePipeIsFull) {
   const auto begun = std::chrono::steady_clock::now();
   {
     StderrLog log(descriptor());
-    log.write(entry(1, "never read"));
+    log.write(entryAt(1, "never read"));
   }
   EXPECT_GE(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
   readUntil("never read\n");  // so that the detached thread no longer uses the pipe
@@ -184,7 +184,7 @@ TEST_F(StderrLogOnAPipe, EndsWithoutDelayWhenTheReaderIsGone) {
   const auto begun = std::chrono::steady_clock::now();
   {
     StderrLog log(descriptor());
-    log.write(entry(1, "lost"));
+    log.write(entryAt(1, "lost"));
   }
   EXPECT_LT(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
 }
@@ -193,7 +193,7 @@ TEST_F(StderrLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
   fill();
   setNonBlocking(true);
   StderrLog log(descriptor());
-  log.write(entry(1, "behind"));
+  log.write(entryAt(1, "behind"));
   EXPECT_EQ(countOf(readUntil("behind\n"), "behind\n"), 1U);
 }
 
@@ -201,8 +201,8 @@ TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
   {
     const LogLimit::Clock::time_point now{};
     StderrLog log(descriptor(), LogLimit(3, 10s), [now] { return now; });
-    for (int i = 0; i < 10; ++i) log.write(entry(7, "noisy"));
-    log.write(entry(8, "quiet"));
+    for (int i = 0; i < 10; ++i) log.write(entryAt(7, "noisy"));
+    log.write(entryAt(8, "quiet"));
   }
   const std::string all = readAll();
   EXPECT_EQ(countOf(all, "noisy"), 3U);
@@ -215,8 +215,8 @@ TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesWithoutAnotherEntry) {
   std::atomic<LogLimit::Clock::duration> time{1000s};
   StderrLog log(descriptor(), LogLimit(1, kWindow),
                 [&time] { return LogLimit::Clock::time_point(time); });
-  log.write(entry(7, "noisy"));
-  log.write(entry(7, "noisy"));
+  log.write(entryAt(7, "noisy"));
+  log.write(entryAt(7, "noisy"));
   time = 1000s + kWindow;
   EXPECT_EQ(countOf(readUntil("lines in 0 s\n"), "1 lines suppressed"), 1U);
 }

@@ -1,6 +1,7 @@
 #include "runtime/TrustedFolder.h"
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -16,6 +17,8 @@
 #include "support/TemporaryFolder.h"
 
 namespace {
+
+using ::testing::HasSubstr;
 
 namespace fs = std::filesystem;
 
@@ -116,11 +119,9 @@ TEST_F(TrustedFolder, ReportsEachFolderOfThePath) {
 TEST_F(TrustedFolder, IsNotBelowAFolderThatOthersMayWrite) {
   fs::create_directories(m_folder / "a/b");
   fs::permissions(m_folder / "a", fs::perms::all);
-  EXPECT_NE(refusal(m_folder / "a/b")
-                .find("a: can be written by others; take that away, or name another place with "
-                      "--device-root"),
-            std::string::npos)
-      << refusal(m_folder / "a/b");
+  EXPECT_THAT(refusal(m_folder / "a/b"),
+              HasSubstr("a: can be written by others; take that away, or name another place with "
+                        "--device-root"));
   fs::permissions(m_folder / "a", fs::perms::all | fs::perms::sticky_bit);
   EXPECT_EQ(refusal(m_folder / "a/b"), "");
 }
@@ -129,10 +130,8 @@ TEST_F(TrustedFolder, IsNotBelowAFolderOfAnotherUser) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a folder away";
   fs::create_directories(m_folder / "a/b");
   ASSERT_EQ(chown((m_folder / "a").c_str(), 12345, 12345), 0);
-  EXPECT_NE(refusal(m_folder / "a/b")
-                .find("a: belongs to another user; name another place with --device-root"),
-            std::string::npos)
-      << refusal(m_folder / "a/b");
+  EXPECT_THAT(refusal(m_folder / "a/b"),
+              HasSubstr("a: belongs to another user; name another place with --device-root"));
 }
 
 TEST_F(TrustedFolder, IsReachedThroughOwnLinks) {
@@ -151,27 +150,23 @@ TEST_F(TrustedFolder, IsNotReachedThroughLinksOfAnotherUser) {
   fs::create_directories(m_folder / "target");
   fs::create_directory_symlink(m_folder / "target", m_folder / "link");
   ASSERT_EQ(lchown((m_folder / "link").c_str(), 12345, 12345), 0);
-  EXPECT_NE(refusal(m_folder / "link/b")
-                .find("link: is a link of another user; name another place with --device-root"),
-            std::string::npos);
+  EXPECT_THAT(refusal(m_folder / "link/b"),
+              HasSubstr("link: is a link of another user; name another place with --device-root"));
 }
 
 TEST_F(TrustedFolder, IsNotReachedThroughALoopOfLinks) {
   fs::create_directory_symlink(m_folder / "two", m_folder / "one");
   fs::create_directory_symlink(m_folder / "one", m_folder / "two");
-  EXPECT_NE(refusal(m_folder / "one/b")
-                .find("too many links on the way; name another place with --device-root"),
-            std::string::npos);
+  EXPECT_THAT(refusal(m_folder / "one/b"),
+              HasSubstr("too many links on the way; name another place with --device-root"));
 }
 
 TEST_F(TrustedFolder, IsNotAFile) {
   std::ofstream(m_folder / "file") << "x";
-  EXPECT_NE(refusal(m_folder / "file")
-                .find("file: is not a folder; name another place with --device-root"),
-            std::string::npos);
-  EXPECT_NE(refusal(m_folder / "file/b")
-                .find("file: is not a folder; name another place with --device-root"),
-            std::string::npos);
+  EXPECT_THAT(refusal(m_folder / "file"),
+              HasSubstr("file: is not a folder; name another place with --device-root"));
+  EXPECT_THAT(refusal(m_folder / "file/b"),
+              HasSubstr("file: is not a folder; name another place with --device-root"));
 }
 
 }  // namespace
