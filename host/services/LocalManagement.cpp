@@ -19,7 +19,7 @@ ManageableData recordOf(LocalManagement& owner, const std::string& key, const st
   return record;
 }
 
-// An exception out of an agent counts as a refusal.
+// Runs a call into an agent. An exception counts as a refusal.
 template <class Operation>
 bool guarded(const char* operation, const std::string& key, Operation call) {
   try {
@@ -37,10 +37,6 @@ bool guarded(const char* operation, const std::string& key, Operation call) {
 }  // namespace
 
 LocalManagement::LocalManagement(Dispatch dispatch) : m_dispatch(std::move(dispatch)) {}
-
-void LocalManagement::init(Context&) {}
-
-void LocalManagement::shutdown() {}
 
 bool LocalManagement::registerAgent(const std::string& agentId, MgmtAgentIfc* agent) {
   if (agent == nullptr) return false;
@@ -134,7 +130,7 @@ bool LocalManagement::set(const std::string& key, const std::string& value) {
     answered = true;
     return answer;
   });
-  if (!answered) tellThrownSet(key, value);
+  if (!answered) reportThrownSet(key, value);
   return accepted;
 }
 
@@ -192,7 +188,7 @@ MgmtAgentIfc* LocalManagement::agent() const {
   return found == m_agents.end() ? nullptr : found->second;
 }
 
-void LocalManagement::tellThrownSet(const std::string& key, const std::string& value) {
+void LocalManagement::reportThrownSet(const std::string& key, const std::string& value) {
   guarded("report of a set", key, [&] {
     ReportListener listener;
     {
@@ -208,7 +204,7 @@ void LocalManagement::change(const std::string& key, const std::string& value) {
   {
     const MutexLock lock(m_mutex);
     m_values[key] = value;
-    // Who observes the key only later is not to hear of this.
+    // Observers that register later must not get this change.
     const auto observes = [&key](const auto& entry) { return entry.first == key; };
     if (std::none_of(m_observers.begin(), m_observers.end(), observes)) return;
     m_changes.push_back({key, value});
@@ -216,7 +212,7 @@ void LocalManagement::change(const std::string& key, const std::string& value) {
   if (m_dispatch) m_dispatch([this] { deliverChanges(); });
 }
 
-// Taken one by one: an observer may drop the rest, or change a value itself.
+// One at a time, because an observer may drop the others or change a value itself.
 bool LocalManagement::nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers) {
   const MutexLock lock(m_mutex);
   if (m_changes.empty()) return false;

@@ -15,22 +15,22 @@
 namespace host {
 
 // The device's local management: device values, agents, item states, change reports.
-// Owner: the device. Thread: any; callbacks into agents happen without a lock held, and only from
-// the operator's operations (get, set, reset, deliverChanges) or where `dispatch` runs them.
-// Failure: an agent's exception is logged at level 2 and refused; it never leaves this class.
+// Owner: the device. Thread: any. Agents are called without a lock held, by the operator's
+// operations (get, set, reset, deliverChanges) or on the thread where `dispatch` runs its tasks.
+// Failure: an agent's exception is logged at level 2 and counts as a refusal.
 class LocalManagement : public Executable, public LocalMgmtIfc {
  public:
   using Dispatch = std::function<void(std::function<void()>)>;
   using ReportListener = std::function<void(const std::string& key, const std::string& value)>;
 
-  // dispatch: runs a task on the management thread, later. Without one, setValue notifies the
-  // observers on its caller's thread, and an agent's own changes wait for the next deliverChanges.
+  // dispatch: queues a task for the management thread. Without it, setValue notifies the observers
+  // on its caller's thread, and changes made by an agent wait for the next deliverChanges.
   explicit LocalManagement(Dispatch dispatch = {});
 
-  void init(Context& context) override;
-  void shutdown() override;
+  void init(Context&) override {}
+  void shutdown() override {}
 
-  // The interface that agents use.
+  // LocalMgmtIfc, which agents use.
   bool registerAgent(const std::string& agentId, MgmtAgentIfc* agent) override;
   bool getData(ManageableData& record) override;
   bool setData(ManageableData& record) override;
@@ -43,10 +43,10 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   void setValue(const std::string& key, const std::string& value);
   [[nodiscard]] std::optional<std::string> value(const std::string& key) const;
 
-  // There is an agent "ClockMgmtId".
+  // Whether an agent "ClockMgmtId" is registered.
   [[nodiscard]] bool hasClock() const;
 
-  // The operator's operations on that agent. False: refused, or there is no such agent.
+  // The operator's operations on that agent. False: it refused, or is not registered.
   // REQUIRES: in a device, the caller is on its management thread (ManagementThread::run).
   [[nodiscard]] bool get(const std::string& key, std::string& value);
   [[nodiscard]] bool set(const std::string& key, const std::string& value);
@@ -55,20 +55,20 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   // Notifies the observers of the pending changes, in order, on the caller's thread.
   void deliverChanges();
 
-  // 0: settable, the default. 4: set by the device itself.
+  // 0, the default: settable. 4: set by the device itself.
   [[nodiscard]] int itemState(const std::string& key) const;
 
-  // The answer of the user-data query for `key`; true by default.
+  // What isUserData answers for `key`; true by default.
   void setUserData(const std::string& key, bool isUserData);
 
   // Called for each change report, on the agent's thread.
   void onReport(ReportListener listener);
 
-  // Called after each set that an agent ended with an exception, on the thread of the set.
+  // Called after each set in which the agent threw, on the thread of the set.
   void onThrownSet(ReportListener listener);
 
   // Removes all agents, observed keys and pending changes.
-  // REQUIRES: no callback is under way (in a device: called on the management thread).
+  // REQUIRES: no agent is being called. In a device: call it on the management thread.
   void dropAgents();
 
  private:
@@ -78,7 +78,7 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   };
 
   MgmtAgentIfc* agent() const;
-  void tellThrownSet(const std::string& key, const std::string& value);
+  void reportThrownSet(const std::string& key, const std::string& value);
   void change(const std::string& key, const std::string& value);
   bool nextChange(Change& change, std::vector<MgmtAgentIfc*>& observers);
 

@@ -31,14 +31,14 @@ void ManagementThread::post(std::function<void()> task) {
 }
 
 void ManagementThread::dropQueued() {
-  std::deque<Task> dropped;  // destroyed without the lock: destructors may take locks of their own
+  std::deque<Task> dropped;  // destroyed without the lock, because destructors may take locks
   const MutexLock lock(m_mutex);
   m_tasks.swap(dropped);
 }
 
 void ManagementThread::run(const std::function<void()>& task) {
   if (std::this_thread::get_id() == m_thread.get_id()) return task();
-  // Shared: this thread may return while the other one is still in set_value.
+  // Shared, because this thread may return while the other one is still in set_value.
   const auto done = std::make_shared<std::promise<void>>();
   std::future<void> result = done->get_future();
   post([&task, done] {
@@ -63,7 +63,7 @@ void ManagementThread::work() {
   }
 }
 
-// False: the thread is to end, and the queue is empty.
+// False: the queue is empty and the thread must end.
 bool ManagementThread::waitForTask(MutexLock& lock) {
   m_wake.wait(lock.native(),
               [this]() CLOCK_REQUIRES(m_mutex) { return m_ending || !m_tasks.empty(); });

@@ -9,10 +9,10 @@
 
 namespace host {
 
-// The thread that management calls come from, so that an agent's locks are needed, as on a device.
-// Owner: the device; destruction runs the queued tasks and joins. Thread: any.
-// Failure: the constructor throws Error when no thread can be created. An exception out of a posted
-// task is logged at level 2; run() rethrows it to its caller.
+// Runs management calls on a thread of its own, as a device does, so that agents need their locks.
+// Owner: the device; the destructor runs the queued tasks and joins. Thread: any.
+// Failure: the constructor throws Error when no thread can be created. An exception from a posted
+// task is logged at level 2; one from a task of run() is rethrown to the caller of run().
 class ManagementThread {
  public:
   ManagementThread();
@@ -26,7 +26,8 @@ class ManagementThread {
   // Drops the queued tasks. A run() that waits for one of them throws std::future_error.
   void dropQueued();
 
-  // Returns when the task and all tasks queued before it are done. Within a task it runs at once.
+  // Runs the task after all queued ones and waits for it. On the management thread: runs it at
+  // once.
   void run(const std::function<void()>& task);
 
  private:

@@ -2,12 +2,6 @@
 
 namespace host {
 
-MemoryDataAccess::~MemoryDataAccess() = default;
-
-void MemoryDataAccess::init(Context& /*context*/) {}
-
-void MemoryDataAccess::shutdown() {}
-
 bool MemoryDataAccess::setItem(const std::string& schema, const std::string& key,
                                const std::string& value) {
   const MutexLock lock(m_mutex);

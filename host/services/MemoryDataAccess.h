@@ -10,26 +10,24 @@
 
 namespace host {
 
-// A settings store in memory, with faults to order: for tests and simulations.
+// A settings store in memory that can be told to fail. Only for tests and simulations: the host's
+// settings are in SettingsDatabase.
 // Owner: the device or the test. Thread: any.
 class MemoryDataAccess : public Executable, public DataAccess {
  public:
-  MemoryDataAccess() = default;
-  ~MemoryDataAccess() override;
-
-  void init(Context& context) override;
-  void shutdown() override;
+  void init(Context&) override {}
+  void shutdown() override {}
 
   bool setItem(const std::string& schema, const std::string& key,
                const std::string& value) override;
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
 
-  // After `accepted` more sets, the next `refused` ones fail.
+  // Accepts `accepted` more sets, then refuses the next `refused` ones.
   void refuseSets(std::size_t accepted, std::size_t refused);
-  // While true nothing can be read.
+  // While true, every get fails.
   void refuseGets(bool refused);
 
-  [[nodiscard]] std::size_t setsAsked() const;
+  [[nodiscard]] std::size_t setsAsked() const;  // accepted and refused ones
 
  private:
   mutable Mutex m_mutex;

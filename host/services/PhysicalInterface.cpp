@@ -9,10 +9,6 @@ namespace host {
 PhysicalInterface::PhysicalInterface(int variant)
     : m_variant(static_cast<PhysDefs::hardwareSubVariant>(variant)) {}
 
-void PhysicalInterface::init(Context&) {}
-
-void PhysicalInterface::shutdown() {}
-
 PhysDefs::hardwareSubVariant PhysicalInterface::getHardwareSubVariant() {
   return m_variant;
 }

@@ -8,12 +8,12 @@
 
 namespace host {
 
-// The telephone's hardware: its variant, its jacks, its notices of clock changes.
-// Owner: the device. Thread: any; jack() the framework thread's. jack() calls the subscribers
+// The telephone's hardware: its variant, its jacks, and its count of clock changes.
+// Owner: the device. Thread: any; jack() only on the framework thread. It calls the subscribers
 // without holding a lock.
 class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc {
  public:
-  // The kind of subscription group for jack events.
+  // The kind of the subscription groups for jack events.
   static constexpr int kJackKind = 1;
   struct ClockChanges {
     int begun = 0;
@@ -23,8 +23,8 @@ class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc 
   // variant: the hardware sub-variant, any number.
   explicit PhysicalInterface(int variant);
 
-  void init(Context& context) override;
-  void shutdown() override;
+  void init(Context&) override {}
+  void shutdown() override {}
 
   PhysDefs::hardwareSubVariant getHardwareSubVariant() override;
   void subscribe(physicalEventObserver* observer,
@@ -32,13 +32,13 @@ class PhysicalInterface : public Executable, public PhysicalInterfaceServiceIfc 
   void beginClockChange() override;
   void endClockChange() override;
 
-  // Notifies each subscription to a group of kind 1 once: plugged in (status 1) or unplugged (0).
-  // Other numbers are passed on unchanged.
+  // Notifies each subscriber to a group of kind 1 that a jack was plugged in (status 1) or
+  // unplugged (0). Other numbers are passed on unchanged.
   void jack(int plug, int status);
 
   [[nodiscard]] ClockChanges clockChanges() const;
 
-  // REQUIRES: no jack event is under way.
+  // REQUIRES: no jack event is in progress.
   void dropSubscribers();
 
  private:

@@ -9,8 +9,6 @@
 #include "base/Error.h"
 #include "base/Origin.h"
 #include "base/PrintableText.h"
-#include "services/SqliteDatabase.h"
-#include "services/SqliteStatement.h"
 
 namespace host {
 namespace {
@@ -19,7 +17,7 @@ namespace {
 constexpr int kFacility = 4;
 constexpr int kSeverity = 1;
 constexpr int kEventClass = 5;
-constexpr int kManagementSet = 3;  // event code; each accepted one is a sync
+constexpr int kManagementSet = 3;  // event code
 
 // By SecurityLog::Kind.
 constexpr std::array kMost = {SecurityLog::kSets, SecurityLog::kHostActs, SecurityLog::kRefused};
@@ -28,7 +26,7 @@ const std::string kColumns =
     "number, failure, lost, count, time, last_time, facility, severity, event_class, event_code,"
     " text, subject, origin";
 
-// The key keeps accepted and refused records apart, so that the oldest of each is found fast.
+// The key separates accepted and refused records, so that the oldest of each is found fast.
 constexpr const char* kSchema = R"sql(
 CREATE TABLE record(
   number INTEGER NOT NULL, failure INTEGER NOT NULL, lost INTEGER NOT NULL,
@@ -38,7 +36,7 @@ CREATE TABLE record(
   text TEXT NOT NULL, subject TEXT NOT NULL, origin TEXT NOT NULL,
   PRIMARY KEY(failure, number)) STRICT, WITHOUT ROWID)sql";
 
-// Version 1 had one kind, no counts, and triggers, which go with its table.
+// Version 1 had one kind, no counts, and triggers, which are dropped with its table.
 const std::string kUpgrade =
     "ALTER TABLE record RENAME TO record_1;" + std::string(kSchema) + ";INSERT INTO record(" +
     kColumns +
@@ -84,67 +82,41 @@ Repeats::Attempt SecurityLog::attemptOf(const SecurityRecord& record) {
   return {userOf(record.origin), record.failure, record.eventCode, cheap, std::move(content)};
 }
 
-// Prepared when first used, so that they do not delay the start.
-struct SecurityLog::Statements {
-  explicit Statements(const SqliteDatabase& database);
-
-  SqliteStatement insert;
-  SqliteStatement count;
-  SqliteStatement drop;
-  SqliteStatement list;
-  SqliteStatement tally;
-};
-
-SecurityLog::Statements::Statements(const SqliteDatabase& database)
-    : insert(database,
-             "INSERT INTO record(" + kColumns +
-                 ") VALUES(?1, ?2, ?3, 1, ?4, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)",
-             SqliteStatement::Prepared::whenUsed),
-      count(database,
-            "UPDATE record SET count = count + 1, last_time = ?3, text = ?4, subject = ?5,"
-            " origin = ?6 WHERE failure = ?1 AND number = ?2",
-            SqliteStatement::Prepared::whenUsed),
-      drop(database,
-           "DELETE FROM record WHERE failure = ?1 AND number IN"
-           " (SELECT number FROM record WHERE failure = ?1 AND (failure OR (event_code = " +
-               std::to_string(kManagementSet) +
-               ") = ?2) ORDER BY number LIMIT ?3) RETURNING number, lost",
-           SqliteStatement::Prepared::whenUsed),
-      list(database,
-           "SELECT " + kColumns +
-               " FROM record WHERE failure = 0 AND number > ?1 UNION ALL SELECT " + kColumns +
-               " FROM record WHERE failure = 1 AND number > ?1 ORDER BY number LIMIT ?2",
-           SqliteStatement::Prepared::whenUsed),
-      tally(database,
-            "SELECT max(number), sum(NOT failure AND event_code = ?1),"
-            " sum(NOT failure AND event_code <> ?1), sum(failure), sum(lost) FROM record",
-            SqliteStatement::Prepared::whenUsed) {}
-
 SecurityLog::SecurityLog() : SecurityLog(std::make_unique<SqliteDatabase>(kStore)) {}
 
 SecurityLog::SecurityLog(const std::filesystem::path& folder)
     : SecurityLog(std::make_unique<SqliteDatabase>(folder / kFileName, kStore)) {}
 
 SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
-    : m_database(std::move(database)), m_statements(std::make_unique<Statements>(*m_database)) {}
-
-SecurityLog::~SecurityLog() = default;
-
-void SecurityLog::init(Context&) {}
-
-void SecurityLog::shutdown() {}
+    : m_database(std::move(database)),
+      m_insert(*m_database, "INSERT INTO record(" + kColumns +
+                                ") VALUES(?1, ?2, ?3, 1, ?4, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11)"),
+      m_count(*m_database,
+              "UPDATE record SET count = count + 1, last_time = ?3, text = ?4, subject = ?5,"
+              " origin = ?6 WHERE failure = ?1 AND number = ?2"),
+      m_drop(*m_database,
+             "DELETE FROM record WHERE failure = ?1 AND number IN"
+             " (SELECT number FROM record WHERE failure = ?1 AND (failure OR (event_code = " +
+                 std::to_string(kManagementSet) +
+                 ") = ?2) ORDER BY number LIMIT ?3) RETURNING number, lost"),
+      m_list(*m_database,
+             "SELECT " + kColumns +
+                 " FROM record WHERE failure = 0 AND number > ?1 UNION ALL SELECT " + kColumns +
+                 " FROM record WHERE failure = 1 AND number > ?1 ORDER BY number LIMIT ?2"),
+      m_sum(*m_database,
+            "SELECT max(number), sum(NOT failure AND event_code = ?1),"
+            " sum(NOT failure AND event_code <> ?1), sum(failure), sum(lost) FROM record") {}
 
 void SecurityLog::readTally() {
   if (m_tallied) return;
-  SqliteStatement& tally = m_statements->tally;
-  tally.bind(1, std::int64_t{kManagementSet});
+  m_sum.bind(1, std::int64_t{kManagementSet});
   // For an empty log the row is all nulls, which read as 0.
-  m_tallied = tally.next();
+  m_tallied = m_sum.next();
   if (m_tallied) {
     m_tally = {
-        tally.number(0), {tally.number(1), tally.number(2), tally.number(3)}, tally.number(4)};
+        m_sum.number(0), {m_sum.number(1), m_sum.number(2), m_sum.number(3)}, m_sum.number(4)};
   }
-  tally.reset();
+  m_sum.reset();
 }
 
 void SecurityLog::note(Event event, bool failure, const std::string& text) {
@@ -167,7 +139,7 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   if (!written) countUnwritten();
 }
 
-// Throws nothing, because destructors write records too, during stack unwinding.
+// Must not throw, because destructors write records too, also during stack unwinding.
 void SecurityLog::countUnwritten() {
   if (m_unwritten++ > 0) return;
   try {
@@ -194,29 +166,27 @@ bool SecurityLog::write(SecurityRecord record) {
 }
 
 bool SecurityLog::countIn(std::int64_t number, const SecurityRecord& record) {
-  SqliteStatement& count = m_statements->count;
-  count.bind(1, static_cast<std::int64_t>(record.failure));
-  count.bind(2, number);
-  count.bind(3, static_cast<std::int64_t>(record.time));
-  count.bind(4, record.text);
-  count.bind(5, record.subject);
-  count.bind(6, record.origin);
-  return count.run();
+  m_count.bind(1, static_cast<std::int64_t>(record.failure));
+  m_count.bind(2, number);
+  m_count.bind(3, static_cast<std::int64_t>(record.time));
+  m_count.bind(4, record.text);
+  m_count.bind(5, record.subject);
+  m_count.bind(6, record.origin);
+  return m_count.run();
 }
 
 bool SecurityLog::append(const SecurityRecord& record) {
-  SqliteStatement& insert = m_statements->insert;
   int index = 0;
   for (const std::int64_t number :
        {record.number, static_cast<std::int64_t>(record.failure), record.lost,
         std::int64_t{record.time}, std::int64_t{record.facility}, std::int64_t{record.severity},
         std::int64_t{record.eventClass}, std::int64_t{record.eventCode}}) {
-    insert.bind(++index, number);
+    m_insert.bind(++index, number);
   }
   for (const std::string* const word : {&record.text, &record.subject, &record.origin}) {
-    insert.bind(++index, *word);
+    m_insert.bind(++index, *word);
   }
-  if (!insert.run()) return false;
+  if (!m_insert.run()) return false;
   m_unwritten = 0;
   m_tally.last = record.number;
   m_tally.lost += record.lost;
@@ -229,17 +199,16 @@ void SecurityLog::dropOldest(Kind kind) {
   std::int64_t& kept = m_tally.kept[static_cast<std::size_t>(kind)];
   const std::int64_t excess = kept - kMost[static_cast<std::size_t>(kind)];
   if (excess <= 0) return;
-  SqliteStatement& drop = m_statements->drop;
-  drop.bind(1, static_cast<std::int64_t>(kind == Kind::refused));
-  drop.bind(2, static_cast<std::int64_t>(kind == Kind::set));
-  drop.bind(3, excess);
-  while (drop.next()) {
+  m_drop.bind(1, static_cast<std::int64_t>(kind == Kind::refused));
+  m_drop.bind(2, static_cast<std::int64_t>(kind == Kind::set));
+  m_drop.bind(3, excess);
+  while (m_drop.next()) {
     --kept;
-    m_repeats.forget(drop.number(0));
-    m_tally.lost -= drop.number(1);
+    m_repeats.forget(m_drop.number(0));
+    m_tally.lost -= m_drop.number(1);
   }
-  if (drop.failed()) m_database->logFailure("dropping the oldest record");
-  drop.reset();
+  if (m_drop.failed()) m_database->logFailure("dropping the oldest record");
+  m_drop.reset();
 }
 
 void SecurityLog::failReading() const {
@@ -252,17 +221,16 @@ std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t mo
   const MutexLock lock(m_mutex);
   std::vector<SecurityRecord> records;
   const auto bound = std::min(most, std::size_t{kSets + kHostActs + kRefused});
-  SqliteStatement& list = m_statements->list;
-  list.bind(1, after);
-  list.bind(2, static_cast<std::int64_t>(bound));
+  m_list.bind(1, after);
+  m_list.bind(2, static_cast<std::int64_t>(bound));
   try {
-    while (list.next()) records.push_back(recordOf(list));
+    while (m_list.next()) records.push_back(recordOf(m_list));
   } catch (...) {
-    list.reset();
+    m_list.reset();
     throw;
   }
-  list.reset();
-  if (list.failed()) failReading();
+  m_list.reset();
+  if (m_list.failed()) failReading();
   return records;
 }
 

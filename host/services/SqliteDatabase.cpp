@@ -21,16 +21,16 @@ namespace {
 // A host that was killed may still hold the file for a moment.
 constexpr int kBusyMilliseconds = 500;
 
-// The WAL is checkpointed when it has as many pages, as SQLite itself does.
+// Pages at which the WAL is checkpointed; SQLite's own default.
 constexpr int kLongWal = 1000;
 
-// Why a file is of no use. Never leaves this source.
+// The file is damaged. Caught in this source.
 struct Damaged {
   std::string reason;
 };
 
-std::string describe(const std::string& name, const std::string& words) {
-  return "store \"" + name + "\" " + words;
+std::string describe(const std::string& name, const std::string& fault) {
+  return "store \"" + name + "\" " + fault;
 }
 
 std::string unusedName(const std::string& file) {
@@ -40,19 +40,19 @@ std::string unusedName(const std::string& file) {
   }
 }
 
-// SQLite's own messages. The caller logs a failure again; a warning, such as of a file that was
-// removed while it is open, is logged only here.
-void passOn(void*, int code, const char* words) {
+// Logs SQLite's own messages. Callers log a failure again; a warning, for example that an open file
+// was removed, is logged only here.
+void logMessage(void*, int code, const char* message) {
   const int level = (code & 0xff) == SQLITE_WARNING ? 3 : 5;
-  logAppUni("clockhost", level, __FILE__, __LINE__, "SQLite: %s (%d)", words, code);
+  logAppUni("clockhost", level, __FILE__, __LINE__, "SQLite: %s (%d)", message, code);
 }
 
-// These databases have a few pages each: SQLite need not preallocate twenty, nor count its memory.
-// The first configuration of the process stays.
+// These databases have a few pages each, so SQLite need not preallocate twenty pages nor count its
+// memory. SQLite allows this only before its first use in the process.
 void configureOnce() {
   static const int configured = sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0) |
                                 sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0) |
-                                sqlite3_config(SQLITE_CONFIG_LOG, passOn, nullptr);
+                                sqlite3_config(SQLITE_CONFIG_LOG, logMessage, nullptr);
   static_cast<void>(configured);
 }
 
@@ -104,8 +104,8 @@ SqliteDatabase::~SqliteDatabase() {
   checkpoint();
 }
 
-// SQLite checkpoints too, but does not report a failure. Nothing is lost then: the WAL stays and
-// grows, and the next opening reads it. One line tells of failures without a success in between.
+// SQLite's own checkpoint does not report a failure. A failure loses nothing: the WAL keeps the
+// changes and grows, and the next opening reads it. It is logged once until a checkpoint succeeds.
 void SqliteDatabase::checkpoint() {
   const int code =
       sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
@@ -118,7 +118,7 @@ void SqliteDatabase::Close::operator()(sqlite3* handle) const {
 }
 
 std::string SqliteDatabase::failure(const char* what) const {
-  const std::string why = words();  // isInPlace asks SQLite, too
+  const std::string why = message();  // before isInPlace, whose call would replace it
   return "store \"" + m_name + "\": " + what +
          " failed: " + (isInPlace() ? why : "its file was removed or replaced");
 }
@@ -127,7 +127,7 @@ void SqliteDatabase::logFailure(const char* what) const {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure(what).c_str());
 }
 
-// SQLite would go on writing to a file that was unlinked.
+// Needed because SQLite goes on writing to a file that was unlinked.
 bool SqliteDatabase::isInPlace() const {
   int moved = 0;
   sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
@@ -135,12 +135,12 @@ bool SqliteDatabase::isInPlace() const {
 }
 
 // For a null handle SQLite answers "out of memory".
-std::string SqliteDatabase::words() const {
-  const std::string words = sqlite3_errmsg(handle());
+std::string SqliteDatabase::message() const {
+  const std::string message = sqlite3_errmsg(handle());
   const int code = sqlite3_errcode(handle()) & 0xff;
   const int reason = sqlite3_system_errno(handle());
   const bool fromSystem = code == SQLITE_IOERR || code == SQLITE_CANTOPEN;
-  return fromSystem && reason != 0 ? words + " (" + std::strerror(reason) + ")" : words;
+  return fromSystem && reason != 0 ? message + " (" + std::strerror(reason) + ")" : message;
 }
 
 void SqliteDatabase::create() {
@@ -152,9 +152,9 @@ void SqliteDatabase::create() {
   if (!code && size == 0) throw Damaged{"file is empty"};
 }
 
-// SQLite would create a file that other users can read, and the settings hold a shared secret. The
-// file gets its name once it has its first page: when the program is killed before, the next start
-// does not take the file for one that was emptied.
+// Creates the file for its owner only, because the settings contain a shared secret: SQLite would
+// let other users read it. The file gets its name once it has its first page, so that the next
+// start does not take an empty file for damage when the program was killed in between.
 void SqliteDatabase::createFile() {
   const std::string file = unfinished(m_name);
   ::unlink(file.c_str());
@@ -164,14 +164,14 @@ void SqliteDatabase::createFile() {
   connect(file);
   execute("PRAGMA journal_mode=OFF; PRAGMA user_version=0");
   m_handle.reset();
-  // SQLite would apply what is left of an earlier file to this one.
+  // SQLite would apply those of an earlier file to this one.
   for (const char* const part : {"-wal", "-shm", "-journal"}) ::unlink((m_name + part).c_str());
   if (std::rename(file.c_str(), m_name.c_str()) != 0) refuse(m_name);
 }
 
 void SqliteDatabase::open(const SqliteStore& store) {
   connect(m_name);
-  bringUp(store);
+  configure(store);
 }
 
 void SqliteDatabase::connect(const std::string& file) {
@@ -185,8 +185,8 @@ void SqliteDatabase::connect(const std::string& file) {
   sqlite3_busy_timeout(handle, kBusyMilliseconds);
 }
 
-// Writes nothing before the version shows that the file is ours.
-void SqliteDatabase::bringUp(const SqliteStore& store) {
+// Writes nothing until the version has shown that the file is one of this store.
+void SqliteDatabase::configure(const SqliteStore& store) {
   execute("PRAGMA locking_mode=EXCLUSIVE");
   const std::string integrity = first("PRAGMA integrity_check(1)");
   if (integrity != "ok") throw Damaged{integrity};
@@ -195,7 +195,7 @@ void SqliteDatabase::bringUp(const SqliteStore& store) {
   execute(std::string("PRAGMA synchronous=") + store.synchronous);
   const auto committed = [](void* self, sqlite3*, const char*, int pages) {
     if (pages >= kLongWal) static_cast<SqliteDatabase*>(self)->checkpoint();
-    return SQLITE_OK;  // the change is on the disk either way
+    return SQLITE_OK;  // a failed checkpoint is no failure of the transaction
   };
   sqlite3_wal_hook(handle(), committed, this);
   if (version != store.version) {
@@ -207,7 +207,7 @@ void SqliteDatabase::bringUp(const SqliteStore& store) {
   }
 }
 
-// 0: the database is new.
+// 0 for a new database.
 int SqliteDatabase::versionFound(const SqliteStore& store) {
   if (sqlite3_db_readonly(handle(), "main") == 1) {
     throw Error(describe(m_name, "cannot be written: it is read-only"));
@@ -229,7 +229,7 @@ void SqliteDatabase::setAside(const std::string& reason) {
     throw Error(describe(
         m_name, std::string("is damaged and cannot be set aside: ") + std::strerror(errno)));
   }
-  // The WAL belongs to the damaged file, not to the new one. It may be missing.
+  // The WAL belongs to the damaged file. It may be missing.
   static_cast<void>(std::rename((m_name + "-wal").c_str(), (name + "-wal").c_str()));
   logAppUni("clockhost", 2, __FILE__, __LINE__,
             "store \"%s\" is damaged (%s): set aside as \"%s\", starting with an empty one",
@@ -255,13 +255,13 @@ void SqliteDatabase::fail() {
   switch (sqlite3_errcode(handle()) & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-    case SQLITE_ERROR:  // not the tables of its version
+    case SQLITE_ERROR:  // its tables are not those of its version
       throw Damaged{sqlite3_errmsg(handle())};
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
       throw Error(describe(m_name, "is in use by another host"));
     default:
-      throw Error(describe(m_name, "cannot be written: " + words()));
+      throw Error(describe(m_name, "cannot be written: " + message()));
   }
 }
 

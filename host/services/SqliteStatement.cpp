@@ -4,18 +4,14 @@
 
 #include <utility>
 
-#include "base/Error.h"
 #include "services/SqliteDatabase.h"
 
 namespace host {
 
-SqliteStatement::SqliteStatement(const SqliteDatabase& database, std::string sql, Prepared prepared)
-    : m_database(database), m_sql(std::move(sql)) {
-  if (prepared == Prepared::whenUsed || ready()) return;
-  throw Error(std::string("store: ") + sqlite3_errmsg(database.handle()));
-}
+SqliteStatement::SqliteStatement(const SqliteDatabase& database, std::string sql)
+    : m_database(database), m_sql(std::move(sql)) {}
 
-// Calls SQLite no more after a failure, because it keeps only the last call's message.
+// After a failure SQLite is not called again, because it keeps only the last call's message.
 bool SqliteStatement::ready() {
   if (m_statement == nullptr && m_failure == SQLITE_OK) {
     m_failure = sqlite3_prepare_v3(m_database.handle(), m_sql.c_str(), -1,
@@ -39,7 +35,7 @@ void SqliteStatement::bind(int index, std::int64_t number) {
   if (ready()) m_failure = sqlite3_bind_int64(m_statement, index, number);
 }
 
-// Does not run with an unbound parameter: it would count as null.
+// Not run after a failed bind, because an unbound parameter would count as null.
 void SqliteStatement::step() {
   m_code = ready() ? sqlite3_step(m_statement) : m_failure;
 }

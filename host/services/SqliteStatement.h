@@ -9,22 +9,18 @@ namespace host {
 
 class SqliteDatabase;
 
-// One prepared statement, run any number of times: bind, next or run, reset. Owner: a service,
-// which destroys it before the database. Failure: the constructor throws host::Error; the others
-// return false, and the database knows why. After a failed bind, next and run fail until reset.
+// A statement that can run any number of times: bind, then run(), or next() until it is false and
+// reset(). Its first use prepares it, which shortens the host's start. Owner: a service, which
+// destroys it before the database. Failure: functions return false, and the database has the
+// message. After a failed bind, next and run fail until reset.
 class SqliteStatement {
  public:
-  // whenUsed: preparing does not delay the start. The first use may fail then, instead of the
-  // constructor.
-  enum class Prepared { now, whenUsed };
-
-  SqliteStatement(const SqliteDatabase& database, std::string sql,
-                  Prepared prepared = Prepared::now);
+  SqliteStatement(const SqliteDatabase& database, std::string sql);
   ~SqliteStatement();
   SqliteStatement(const SqliteStatement&) = delete;
   SqliteStatement& operator=(const SqliteStatement&) = delete;
 
-  // Binds parameter `index`, from 1. Text is any bytes, not copied: it must live until reset.
+  // Binds parameter `index`, from 1. Text is any bytes; it is not copied and must live until reset.
   void bind(int index, const std::string& text);
   void bind(int index, std::int64_t number);
 
@@ -32,7 +28,7 @@ class SqliteStatement {
   [[nodiscard]] bool next();
   [[nodiscard]] bool failed() const;
 
-  // Runs the statement to its end and resets it. False: nothing was changed.
+  // Runs the statement to its end and resets it. False: it failed and changed nothing.
   [[nodiscard]] bool run();
 
   void reset();

@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The last host may need a moment to end.
+// How long to wait for a previous host that is still ending.
 constexpr std::chrono::milliseconds kPatience{500};
 constexpr std::chrono::milliseconds kPause{10};
 
@@ -31,14 +31,14 @@ std::string named(const fs::path& folder) {
 
 void requireWritable(const fs::path& folder) {
   std::error_code code;
-  if (!fs::is_directory(folder, code)) throw Error(named(folder) + " is no folder");
+  if (!fs::is_directory(folder, code)) throw Error(named(folder) + " is not a folder");
   if (::faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0) return;
   if (errno == EROFS || errno == EACCES)
     throw Error("state folder is read-only: " + folder.string());
   throw Error(named(folder) + " cannot be used: " + std::strerror(errno));
 }
 
-// The lock file is always there, because it is created first.
+// The lock file is created before this is called.
 bool holdsOnlyTheLock(const fs::path& folder) {
   std::error_code code;
   fs::directory_iterator entry(folder, code);
@@ -48,8 +48,8 @@ bool holdsOnlyTheLock(const fs::path& folder) {
   return !code;
 }
 
-// A sticky bit means that the folder is shared; foreign files mean that it has another use.
-bool isOwn(const fs::path& folder, mode_t mode) {
+// A sticky bit means that the folder is shared; other files mean that it has another use.
+bool belongsToTheHost(const fs::path& folder, mode_t mode) {
   std::error_code code;
   if ((mode & S_ISVTX) != 0) return false;
   return fs::exists(folder / SettingsDatabase::kFileName, code) || holdsOnlyTheLock(folder);
@@ -58,9 +58,9 @@ bool isOwn(const fs::path& folder, mode_t mode) {
 void closeToOthers(const fs::path& folder) {
   struct stat found {};
   if (::stat(folder.c_str(), &found) != 0 || (found.st_mode & (S_IRWXG | S_IRWXO)) == 0) return;
-  if (isOwn(folder, found.st_mode)) return tighten(folder, S_IRWXU);
+  if (belongsToTheHost(folder, found.st_mode)) return tighten(folder, S_IRWXU);
   logAppUni("clockhost", 3, __FILE__, __LINE__,
-            "%s is open to others (mode %04o) and holds more than the host's state: left so",
+            "%s is open to others (mode %04o) and contains other files: its mode is kept",
             named(folder).c_str(), static_cast<unsigned>(found.st_mode & kModeBits));
 }
 

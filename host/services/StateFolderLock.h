@@ -6,14 +6,14 @@
 
 namespace host {
 
-// Locks the state folder for one host; the system releases the lock of a host that was killed.
-// Creates a missing folder, for its owner only. If the folder is the host's own (empty but for a
-// lock, or with its settings) and open to others, its mode is tightened, with one log line; any
-// other folder keeps its mode, also with a line. Owner: the device, which constructs it before it
-// opens anything in the folder. Failure: the constructor throws host::Error.
+// Locks the state folder for one host with flock() on a file in it. The kernel releases the lock of
+// a killed host. Creates a missing folder, for its owner only. A folder that others can open is
+// tightened to its owner, with one log line, if it contains the host's settings or nothing but the
+// lock; any other folder keeps its mode, also with a line. Owner: the device, which constructs it
+// before it opens anything in the folder. Failure: the constructor throws host::Error.
 class StateFolderLock {
  public:
-  static constexpr const char* kFileName = "lock";  // never removed: only the lock on it matters
+  static constexpr const char* kFileName = "lock";  // stays behind when the host ends
 
   explicit StateFolderLock(const std::filesystem::path& folder);
 

@@ -1,4 +1,4 @@
-// Settings that are no settings any more.
+// Settings databases that are damaged.
 #include <gtest/gtest.h>
 
 #include "host/services/SettingsStore.h"
@@ -9,7 +9,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST_F(SettingsStore, SecondDamageGetsTheNextName) {
+TEST_F(SettingsStore, SecondDamagedFileGetsTheNextName) {
   writeBytes(file(), "first");
   EXPECT_EQ(openingError(), "");
   writeBytes(file(), "second");
@@ -55,7 +55,7 @@ const Damage kDamages[] = {
 
 class DamagedStore : public SettingsStore, public ::testing::WithParamInterface<Damage> {};
 
-TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
+TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndReplacedByAnEmptyOne) {
   saveOne();
   GetParam().apply(file());
   const std::string damaged = support::contentOf(file());
@@ -71,7 +71,7 @@ TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndAnEmptyOneServes) {
 
 INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
 
-TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
+TEST_F(SettingsStore, WalRestoresADamagedFile) {
   {
     SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
@@ -82,7 +82,7 @@ TEST_F(SettingsStore, WriteAheadLogMakesUpForADamagedFile) {
   EXPECT_EQ(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
-TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsLog) {
+TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsWal) {
   const std::string logFile = file().string() + "-wal";
   std::string logBytes;
   {
@@ -96,7 +96,7 @@ TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsLog) {
   EXPECT_TRUE(support::contentOf(aside(1).string() + "-wal") == logBytes);
 }
 
-TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
+TEST_F(SettingsStore, DamagedFileWithADamagedWalIsSetAside) {
   writeBytes(file(), randomBytes(5000));
   writeBytes(file().string() + "-wal", randomBytes(5000));
   SettingsDatabase store(folder.path());
@@ -104,7 +104,7 @@ TEST_F(SettingsStore, DamagedFileWithADamagedLogIsSetAside) {
   EXPECT_EQ(support::contentOf(aside(1)), randomBytes(5000));
 }
 
-TEST_F(SettingsStore, NewFileHasAnotherNameUntilItHasAPage) {
+TEST_F(SettingsStore, NewFileGetsItsNameWithItsFirstPage) {
   const std::string unfinished = file().string() + ".new";
   fs::create_directory(unfinished);
   EXPECT_EQ(openingError(), "store \"" + file().string() + "\" cannot be written: File exists");
@@ -116,7 +116,7 @@ TEST_F(SettingsStore, NewFileHasAnotherNameUntilItHasAPage) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SettingsStore, NewFileDoesNotTakeOverTheLogOfARemovedOne) {
+TEST_F(SettingsStore, NewFileIgnoresTheWalOfARemovedOne) {
   {
     SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));

@@ -29,7 +29,7 @@ TEST(ManagementThread, RunsTasksInOrderOnOneOtherThread) {
   EXPECT_NE(ids[0], std::this_thread::get_id());
 }
 
-TEST(ManagementThread, ForgetsWhatIsQueuedAndGoesOn) {
+TEST(ManagementThread, DropsQueuedTasksAndContinues) {
   ManagementThread thread;
   std::promise<void> begun;
   std::promise<void> released;
@@ -56,7 +56,7 @@ TEST(ManagementThread, RunInsideATaskRunsAtOnce) {
   EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
-TEST(ManagementThread, RunHandsTheTasksExceptionToItsCaller) {
+TEST(ManagementThread, RunRethrowsTheTasksException) {
   ManagementThread thread;
   EXPECT_THROW(thread.run([] { throw std::out_of_range("no"); }), std::out_of_range);
 }
@@ -73,7 +73,7 @@ TEST(ManagementThread, ExceptionOfAPostedTaskIsLoggedAndTheNextTaskRuns) {
   EXPECT_TRUE(log.has(2, "management task threw"));
 }
 
-TEST(ManagementThread, DestructionRunsWhatIsQueued) {
+TEST(ManagementThread, DestructorRunsQueuedTasks) {
   int ran = 0;
   {
     ManagementThread thread;
@@ -82,9 +82,9 @@ TEST(ManagementThread, DestructionRunsWhatIsQueued) {
   EXPECT_EQ(ran, 100);
 }
 
-TEST(ManagementThread, ServesManyCallersAtOnce) {
+TEST(ManagementThread, RunsTasksOfConcurrentCallers) {
   ManagementThread thread;
-  int count = 0;  // touched on the management thread alone
+  int count = 0;  // only used on the management thread
   std::vector<std::thread> callers;
   for (int i = 0; i < 8; ++i) {
     callers.emplace_back([&] {

@@ -7,10 +7,10 @@ namespace {
 
 using std::chrono::seconds;
 
-// What somebody tries, and the records that come of it.
-class Tried : public ::testing::Test {
+// Attempts, and the records that they lead to.
+class RepeatedAttempts : public ::testing::Test {
  protected:
-  // The number of the record that it is counted in, or of its own.
+  // Returns the number of the record that counts the attempt, or of its own record.
   std::int64_t attempt(const std::string& user, bool failure, const std::string& content) {
     const Repeats::Attempt attempt{user, failure, 3, failure, content};
     if (const auto earlier = repeats.earlier(attempt, now)) return earlier;
@@ -25,7 +25,7 @@ class Tried : public ::testing::Test {
   std::int64_t newest = 0;
 };
 
-TEST_F(Tried, TheSameAgainIsCountedInTheFirst) {
+TEST_F(RepeatedAttempts, AreCountedWhenEqual) {
   EXPECT_EQ(accepted("x"), 1);
   EXPECT_EQ(accepted("x"), 1);
   EXPECT_EQ(refused("x"), 2);
@@ -33,12 +33,12 @@ TEST_F(Tried, TheSameAgainIsCountedInTheFirst) {
   EXPECT_EQ(attempt("b", false, "x"), 3) << "another source";
 }
 
-TEST_F(Tried, AcceptedOnesThatDifferAreAllSpelledOut) {
+TEST_F(RepeatedAttempts, HaveRecordsWhenAcceptedAndDifferent) {
   for (int i = 1; i <= 100; ++i) EXPECT_EQ(accepted(std::to_string(i)), i);
-  EXPECT_EQ(accepted("1"), 101) << "no repeat of the one before";
+  EXPECT_EQ(accepted("1"), 101) << "differs from the previous one";
 }
 
-TEST_F(Tried, RefusalsOfOneSourceAreCountedWhateverTheySay) {
+TEST_F(RepeatedAttempts, AreCountedWhenRefusedAfterTheFirstRecords) {
   for (int i = 1; i <= Repeats::kOwnRecords; ++i) EXPECT_EQ(refused(std::to_string(i)), i);
   for (int i = 0; i < 10'000; ++i) {
     EXPECT_EQ(refused("other " + std::to_string(i)), Repeats::kOwnRecords);
@@ -46,8 +46,8 @@ TEST_F(Tried, RefusalsOfOneSourceAreCountedWhateverTheySay) {
   EXPECT_EQ(attempt("b", true, "x"), Repeats::kOwnRecords + 1) << "another source";
 }
 
-// Neither an accepted one in between nor taking turns spells more out.
-TEST_F(Tried, RefusalsAreCountedAlsoInTurnsWithOthers) {
+// Accepted attempts or other sources in between do not lead to more records.
+TEST_F(RepeatedAttempts, AreCountedWhenRefusedInTurnWithOthers) {
   for (int i = 0; i < 1000; ++i) {
     refused(std::to_string(i));
     accepted("x");
@@ -56,7 +56,7 @@ TEST_F(Tried, RefusalsAreCountedAlsoInTurnsWithOthers) {
   EXPECT_EQ(newest, 2 * Repeats::kOwnRecords + 1);
 }
 
-TEST_F(Tried, QuietSourceStartsAnew) {
+TEST_F(RepeatedAttempts, HaveRecordsAgainAfterAnIdleTime) {
   for (int i = 0; i < 2 * Repeats::kOwnRecords; ++i) refused(std::to_string(i));
   now += Repeats::kIdle;
   EXPECT_EQ(refused("x"), Repeats::kOwnRecords);
@@ -65,13 +65,13 @@ TEST_F(Tried, QuietSourceStartsAnew) {
   EXPECT_EQ(refused("y"), Repeats::kOwnRecords + 2);
 }
 
-TEST_F(Tried, NothingIsCountedInARecordThatIsGone) {
+TEST_F(RepeatedAttempts, AreNotCountedInADeletedRecord) {
   EXPECT_EQ(accepted("x"), 1);
   repeats.forget(1);
   EXPECT_EQ(accepted("x"), 2);
 }
 
-TEST_F(Tried, SourceThatIsQuietLongestIsForgottenFirst) {
+TEST_F(RepeatedAttempts, OfTheLeastRecentSourceAreForgotten) {
   for (std::size_t i = 1; i <= Repeats::kSources; ++i) attempt(std::to_string(i), true, "x");
   EXPECT_EQ(attempt("1", true, "x"), 1);
   attempt("one more", true, "x");

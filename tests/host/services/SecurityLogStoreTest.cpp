@@ -12,7 +12,7 @@
 namespace host {
 namespace {
 
-TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
+TEST_F(SecurityLogFile, LogsAFailingStoreOnceUntilItRecovers) {
   SecurityLog security(folder.path());
   record(security, "a");
   for (int round = 0; round < 2; ++round) {
@@ -30,7 +30,7 @@ TEST_F(SecurityLogFile, FailingStoreIsLoggedOnceAndAgainAfterARecovery) {
   EXPECT_EQ(security.list(0, 10).size(), 2U);
 }
 
-TEST_F(SecurityLogFile, RecordThatCouldNotBeWrittenLeavesAGap) {
+TEST_F(SecurityLogFile, RecordsThatCannotBeWrittenLeaveAGap) {
   SecurityLog security(folder.path());
   record(security, "same");
   {
@@ -50,7 +50,7 @@ TEST_F(SecurityLogFile, RecordThatCouldNotBeWrittenLeavesAGap) {
   EXPECT_EQ(SecurityLog(folder / "other").kept().last, 0);
 }
 
-TEST_F(SecurityLogFile, RecordIntoARemovedFolderIsLostAndTold) {
+TEST_F(SecurityLogFile, LogsALostRecordWhenItsFolderIsRemoved) {
   SecurityLog security(folder / "state");
   record(security, "a");
   std::filesystem::rename(folder / "state", folder / "away");
@@ -59,7 +59,7 @@ TEST_F(SecurityLogFile, RecordIntoARemovedFolderIsLostAndTold) {
   EXPECT_TRUE(log.hasPart("writing failed: its file was removed or replaced")) << log.text();
 }
 
-// More than the store keeps in memory.
+// More than SQLite caches.
 constexpr std::size_t kFilled = 500;
 
 void fill(SecurityLog& security) {
@@ -69,13 +69,13 @@ void fill(SecurityLog& security) {
   }
 }
 
-TEST_F(SecurityLogFile, ThatCannotBeReadIsNoEmptyOne) {
+TEST_F(SecurityLogFile, ThatCannotBeReadIsNotReportedAsEmpty) {
   SecurityLog security(folder.path());
   fill(security);
   const std::string reason =
       "store \"" + file().string() + "\": reading failed: database disk image is malformed";
   for (int i = 0; i < 2; ++i) {
-    const StumblingReads fault(1);
+    const FailingRead fault(1);
     EXPECT_EQ(errorOf([&] { static_cast<void>(security.list(0, SIZE_MAX)); }), reason);
   }
   const std::string line = "clockhost 2: " + reason + '\n';
@@ -83,7 +83,7 @@ TEST_F(SecurityLogFile, ThatCannotBeReadIsNoEmptyOne) {
   EXPECT_EQ(security.list(0, SIZE_MAX).size(), kFilled);
 }
 
-// Full of refused sets, none of which can be deleted before two more have come.
+// Full of refused sets, of which none can be deleted until two more were added.
 constexpr const char* kFullForNow =
     "DELETE FROM record;"
     "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 2500)"
@@ -91,7 +91,7 @@ constexpr const char* kFullForNow =
     "CREATE TRIGGER stays BEFORE DELETE ON record WHEN (SELECT max(number) FROM record) < 2502"
     " BEGIN SELECT RAISE(ABORT, 'it stays'); END";
 
-TEST_F(SecurityLogFile, WhoseOldestCannotGoSaysSoAndKeepsOneMore) {
+TEST_F(SecurityLogFile, LogsThatTheOldestRecordCannotBeDropped) {
   record(*std::make_unique<SecurityLog>(folder.path()), "makes the file");
   ASSERT_EQ(runSql(file(), kFullForNow), "");
   SecurityLog security(folder.path());
@@ -103,7 +103,7 @@ TEST_F(SecurityLogFile, WhoseOldestCannotGoSaysSoAndKeepsOneMore) {
   EXPECT_EQ(security.kept().records, SecurityLog::kRefused);
 }
 
-TEST_F(SecurityLogFile, CanBeReadAfterMemoryRanOutForIt) {
+TEST_F(SecurityLogFile, CanBeReadAfterAReadWithoutMemory) {
   SecurityLog security(folder.path());
   record(security, "a");
   record(security, "b");
@@ -119,18 +119,18 @@ TEST_F(SecurityLogFile, CanBeReadAfterMemoryRanOutForIt) {
   }
 }
 
-TEST_F(SecurityLogFile, ThatCannotBeCountedIsNoEmptyOne) {
+TEST_F(SecurityLogFile, ThatCannotBeCountedIsNotReportedAsEmpty) {
   {
     SecurityLog security(folder.path());
     fill(security);
   }
   SecurityLog security(folder.path());
-  const StumblingReads fault(1);
+  const FailingRead fault(1);
   EXPECT_NE(errorOf([&] { static_cast<void>(security.kept()); }), "");
   EXPECT_EQ(security.kept().records, kFilled);
 }
 
-// As the host before this one wrote it, after the first six records had gone.
+// As the previous version wrote it, after the first six records were dropped.
 constexpr const char* kVersionOne = R"sql(
 CREATE TABLE record(
   number INTEGER PRIMARY KEY, time INTEGER NOT NULL,
@@ -155,7 +155,7 @@ CREATE TRIGGER record_goes AFTER INSERT ON record
   BEGIN DELETE FROM record WHERE number <= NEW.number - 10000; END;
 PRAGMA user_version=1)sql";
 
-TEST_F(SecurityLogFile, OneOfTheVersionBeforeIsBroughtUp) {
+TEST_F(SecurityLogFile, UpgradesThePreviousVersion) {
   ASSERT_EQ(runSql(file(), kVersionOne), "");
   for (int start = 0; start < 2; ++start) {
     SecurityLog security(folder.path());
@@ -173,7 +173,7 @@ TEST_F(SecurityLogFile, OneOfTheVersionBeforeIsBroughtUp) {
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 
-TEST_F(SecurityLogFile, UpgradeThatFailsChangesNothing) {
+TEST_F(SecurityLogFile, FailedUpgradeChangesNothing) {
   ASSERT_EQ(runSql(file(), kVersionOne), "");
   {
     const FailingWrites fault(ENOSPC);
@@ -182,22 +182,13 @@ TEST_F(SecurityLogFile, UpgradeThatFailsChangesNothing) {
   EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
 }
 
-TEST_F(SecurityLogFile, OneThatIsNotOfItsVersionIsSetAside) {
+TEST_F(SecurityLogFile, SetsADatabaseWithOtherTablesAside) {
   ASSERT_EQ(runSql(file(), "CREATE TABLE other(x); PRAGMA user_version=1"), "");
   EXPECT_TRUE(SecurityLog(folder.path()).list(0, 10).empty());
   EXPECT_TRUE(std::filesystem::exists(folder / "security.db.damaged-1"));
 }
 
-TEST_F(SecurityLogFile, DamagedOneIsSetAside) {
-  writeBytes(file(), randomBytes(9000));
-  SecurityLog security(folder.path());
-  record(security, "a");
-  EXPECT_EQ(security.list(0, 10).size(), 1U);
-  EXPECT_EQ(support::contentOf(folder / "security.db.damaged-1"), randomBytes(9000));
-  EXPECT_EQ(log.entries().size(), 1U) << log.text();
-}
-
-TEST_F(SecurityLogFile, NewerVersionIsRefused) {
+TEST_F(SecurityLogFile, RefusesANewerVersion) {
   ASSERT_EQ(runSql(file(), "PRAGMA user_version=3"), "");
   EXPECT_THROW(SecurityLog{folder.path()}, Error);
 }

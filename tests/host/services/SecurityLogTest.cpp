@@ -1,4 +1,4 @@
-// What the security log keeps, and how it counts.
+// What the security log keeps and counts.
 #include "base/Origin.h"
 #include "host/services/SecurityLogFile.h"
 #include "host/services/StoreFaults.h"
@@ -7,17 +7,17 @@
 namespace host {
 namespace {
 
-TEST_F(SecurityLogFile, KeepsEveryFieldOfARecord) {
+TEST_F(SecurityLogFile, KeepsAllFieldsAndAnyBytes) {
   SecurityLog security(folder.path());
-  security.record(1466035200, 4, 1, 5, 3, true, "ClockSettings set data time(\n)", "user", "web");
+  const std::string bytes("a\0b\xFF\n", 5);
+  security.record(1466035200, 4, 1, 5, 3, true, bytes, "user", "web");
   const auto records = security.list(0, 10);
   ASSERT_EQ(records.size(), 1U);
   EXPECT_EQ(records[0].number, 1);
-  EXPECT_EQ(fieldsOf(records[0]), std::tuple(1466035200, 4, 1, 5, 3, true,
-                                             "ClockSettings set data time(\n)", "user", "web"));
+  EXPECT_EQ(fieldsOf(records[0]), std::tuple(1466035200, 4, 1, 5, 3, true, bytes, "user", "web"));
 }
 
-TEST_F(SecurityLogFile, ListsWhatComesAfterANumberOldestFirst) {
+TEST_F(SecurityLogFile, ListsRecordsAfterANumberOldestFirst) {
   SecurityLog security(folder.path());
   for (const char* const text : {"a", "b", "c"}) record(security, text);
   const auto records = security.list(1, 2);
@@ -30,19 +30,7 @@ TEST_F(SecurityLogFile, ListsWhatComesAfterANumberOldestFirst) {
   EXPECT_TRUE(security.list(0, 0).empty());
 }
 
-TEST_F(SecurityLogFile, RecordsAndNumbersGoOnAfterReopening) {
-  {
-    SecurityLog security(folder.path());
-    record(security, "a");
-  }
-  SecurityLog security(folder.path());
-  record(security, "b");
-  const auto records = security.list(0, 10);
-  ASSERT_EQ(records.size(), 2U);
-  EXPECT_EQ(records[1].number, 2);
-}
-
-TEST_F(SecurityLogFile, OldestRecordsOfEachKindGo) {
+TEST_F(SecurityLogFile, DropsTheOldestRecordsOfEachKind) {
   SecurityLog security;
   int sources = 0;
   const auto source = [&] { return "source " + std::to_string(++sources); };
@@ -64,14 +52,15 @@ TEST_F(SecurityLogFile, OldestRecordsOfEachKindGo) {
   const auto number = [&](std::int64_t row) {
     return records[static_cast<std::size_t>(row)].number;
   };
-  EXPECT_EQ(number(0), 2) << "the oldest set has gone";
-  EXPECT_EQ(number(SecurityLog::kSets - 1), SecurityLog::kSets + 3) << "two acts have gone";
-  EXPECT_EQ(number(kAll - 6), kAll + 1) << "three refusals have gone";
+  EXPECT_EQ(number(0), 2) << "the oldest set was dropped";
+  EXPECT_EQ(number(SecurityLog::kSets - 1), SecurityLog::kSets + 3)
+      << "two host records were dropped";
+  EXPECT_EQ(number(kAll - 6), kAll + 1) << "three refusals were dropped";
   EXPECT_EQ(number(kAll - 1), kAll + 6);
 }
 
-// Ten thousand of them, each another one: the log was empty of all else in 0.3 s.
-TEST_F(SecurityLogFile, RefusedSetsOfOneSourceTakeNoOtherRecordsPlace) {
+// Ten thousand different ones, which would otherwise displace all other records in 0.3 s.
+TEST_F(SecurityLogFile, RefusedSetsOfOneSourceDisplaceNoOtherRecords) {
   SecurityLog security;
   record(security, "before");
   for (int i = 0; i < 10'000; ++i) {
@@ -89,7 +78,7 @@ TEST_F(SecurityLogFile, RefusedSetsOfOneSourceTakeNoOtherRecordsPlace) {
   EXPECT_EQ(records[20].lastTime, 9999);
 }
 
-// As a shell loop makes them.
+// As in a shell loop.
 TEST_F(SecurityLogFile, ProcessesOfOneUserAreOneSource) {
   SecurityLog security;
   const auto pid = [](int i) { return "uid 1000, pid " + std::to_string(i); };
@@ -102,7 +91,7 @@ TEST_F(SecurityLogFile, ProcessesOfOneUserAreOneSource) {
   ASSERT_EQ(records.size(), 22U);
   EXPECT_EQ(records[0].count, 1000);
   EXPECT_EQ(records[0].time, 1);
-  EXPECT_EQ(records[0].origin, pid(1000)) << "of the last";
+  EXPECT_EQ(records[0].origin, pid(1000)) << "of the last attempt";
   EXPECT_EQ(records[20].count, 981);
   EXPECT_EQ(records[20].text, "1000");
   EXPECT_EQ(records[20].subject, "of 1000");
@@ -110,7 +99,7 @@ TEST_F(SecurityLogFile, ProcessesOfOneUserAreOneSource) {
   EXPECT_EQ(records[21].origin, "uid 1001, pid 1");
 }
 
-TEST_F(SecurityLogFile, ClockMovesOfOneSourceTakeNoOtherRecordsPlace) {
+TEST_F(SecurityLogFile, ClockMovesOfOneSourceDisplaceNoOtherRecords) {
   SecurityLog security;
   record(security, "before");
   for (int i = 0; i < 10'000; ++i) {
@@ -120,7 +109,7 @@ TEST_F(SecurityLogFile, ClockMovesOfOneSourceTakeNoOtherRecordsPlace) {
   EXPECT_EQ(security.list(0, 1)[0].text, "before");
 }
 
-TEST_F(SecurityLogFile, CountsTheSameAgainOverAReopening) {
+TEST_F(SecurityLogFile, ContinuesAfterReopening) {
   {
     SecurityLog security(folder.path());
     for (int i = 0; i < 3; ++i) record(security, "a");
@@ -128,13 +117,13 @@ TEST_F(SecurityLogFile, CountsTheSameAgainOverAReopening) {
   SecurityLog security(folder.path());
   record(security, "a");
   const auto records = security.list(0, 10);
-  ASSERT_EQ(records.size(), 2U) << "who it was before is not known any more";
+  ASSERT_EQ(records.size(), 2U) << "the sources are forgotten";
   EXPECT_EQ(records[0].count, 3);
   EXPECT_EQ(records[1].number, 2);
 }
 
-// A record is also written where nothing may be thrown: when what it tells of is over.
-TEST_F(SecurityLogFile, RecordThatIsLostWithoutMemoryThrowsNothing) {
+// Destructors write records too.
+TEST_F(SecurityLogFile, DoesNotThrowWithoutMemory) {
   const std::string text = "a text that is too long for a short string";
   std::size_t allocations = 0;
   for (bool ranOut = true; ranOut; ++allocations) {
@@ -147,7 +136,7 @@ TEST_F(SecurityLogFile, RecordThatIsLostWithoutMemoryThrowsNothing) {
   EXPECT_GT(allocations, 1U);
 }
 
-TEST_F(SecurityLogFile, RecordsAreOfWhoeverCausedThem) {
+TEST_F(SecurityLogFile, RecordsTheThreadsOrigin) {
   SecurityLog security;
   const std::string origin = "uid 1000, pid 4711";
   {
@@ -167,7 +156,7 @@ TEST_F(SecurityLogFile, RecordsAreOfWhoeverCausedThem) {
   EXPECT_EQ(records[3].origin, "");
 }
 
-TEST_F(SecurityLogFile, LongTextsAreClippedAndSaySo) {
+TEST_F(SecurityLogFile, ClipsLongTextsAndAddsTheirLength) {
   SecurityLog security(folder.path());
   const std::string longest(SecurityLog::kLongestText, 'x');
   security.record(1, 4, 1, 5, 3, false, longest, longest + "y", longest + "yz");
@@ -176,24 +165,6 @@ TEST_F(SecurityLogFile, LongTextsAreClippedAndSaySo) {
   EXPECT_EQ(records[0].text, longest);
   EXPECT_EQ(records[0].subject, longest + "... (4097 bytes)");
   EXPECT_EQ(records[0].origin, longest + "... (4098 bytes)");
-}
-
-TEST_F(SecurityLogFile, KeepsTextsOfAnyBytes) {
-  SecurityLog security(folder.path());
-  const std::string bytes("a\0b\xFF\n", 5);
-  record(security, bytes);
-  ASSERT_EQ(security.list(0, 1).size(), 1U);
-  EXPECT_EQ(security.list(0, 1)[0].text, bytes);
-}
-
-TEST(SecurityLogInMemory, KeepsRecords) {
-  SecurityLog security;
-  EXPECT_EQ(security.kept().last, 0);
-  EXPECT_EQ(security.kept().records, 0);
-  record(security, "a");
-  EXPECT_EQ(security.list(0, 10).size(), 1U);
-  EXPECT_EQ(security.kept().last, 1);
-  EXPECT_EQ(security.kept().records, 1);
 }
 
 }  // namespace

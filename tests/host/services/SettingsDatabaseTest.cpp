@@ -1,5 +1,6 @@
 #include "services/SettingsDatabase.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,13 +19,9 @@
 namespace host {
 namespace {
 
-namespace fs = std::filesystem;
+using ::testing::HasSubstr;
 
-TEST_F(SettingsStore, FreshOneHoldsNothing) {
-  SettingsDatabase store(folder.path());
-  EXPECT_FALSE(store.getItem(kSchema, "DateFormat").has_value());
-  EXPECT_TRUE(log.entries().empty()) << log.text();
-}
+namespace fs = std::filesystem;
 
 TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
   SettingsDatabase store(folder.path());
@@ -36,12 +33,7 @@ TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
   EXPECT_EQ(store.getItem(kSchema, "TimeFormat"), "");
   EXPECT_EQ(store.getItem("Other", "DateFormat"), "9");
   EXPECT_FALSE(store.getItem("Other", "TimeFormat").has_value());
-}
-
-TEST_F(SettingsStore, ValuesAreThereAfterReopening) {
-  saveOne();
-  SettingsDatabase store(folder.path());
-  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
+  EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(SettingsStore, KeepsAnyBytes) {
@@ -52,7 +44,7 @@ TEST_F(SettingsStore, KeepsAnyBytes) {
   EXPECT_FALSE(store.getItem(kSchema, "k").has_value());
 }
 
-TEST_F(SettingsStore, FailedWriteIsRefusedLoggedAndKeepsTheOldValue) {
+TEST_F(SettingsStore, FailedWriteIsRefusedAndLoggedAndKeepsTheOldValue) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   for (const int error : {ENOSPC, EIO}) {
@@ -69,18 +61,21 @@ TEST_F(SettingsStore, FailedWriteIsRefusedLoggedAndKeepsTheOldValue) {
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "3");
 }
 
-TEST_F(SettingsStore, FailedSyncIsRefused) {
+TEST_F(SettingsStore, FailedSyncIsRefusedWithTheSystemsReason) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
+  const support::LogCapture all(5);
   {
     const FailingSyncs fault;
     EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
   }
+  EXPECT_TRUE(all.hasPart(" (5) full_fsync(" + file().string() + "-wal)")) << all.text();
+  EXPECT_TRUE(log.hasPart("\": writing failed: disk I/O error")) << log.text();
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "1");
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "3"));
 }
 
-TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
+TEST_F(SettingsStore, WalThatIsCutAnywhereYieldsAWrittenValue) {
   SettingsDatabase store(folder.path());
   for (const char* const value : {"1", "2", "3"}) {
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", value));
@@ -99,7 +94,7 @@ TEST_F(SettingsStore, PowerCutAnywhereInTheLogLeavesAWrittenValue) {
   }
 }
 
-TEST_F(SettingsStore, ServesManyThreads) {
+TEST_F(SettingsStore, IsThreadSafe) {
   SettingsDatabase store(folder.path());
   std::vector<std::thread> threads;
   std::atomic<int> wrong{0};
@@ -122,7 +117,7 @@ TEST_F(SettingsStore, IsForItsOwnerOnly) {
   EXPECT_EQ(fs::status(state / "settings.db").permissions(), kOwnerFile);
 }
 
-TEST_F(SettingsStore, IsClosedToOthersWhereItWasOpen) {
+TEST_F(SettingsStore, IsTightenedToItsOwner) {
   saveOne();
   const fs::path wal = file().string() + "-wal";
   writeBytes(wal, "");
@@ -146,8 +141,8 @@ TEST_F(SettingsStore, OfAnotherUserKeepsItsMode) {
   EXPECT_TRUE(log.hasPart("it cannot be changed to 0600: Operation not permitted")) << log.text();
 }
 
-// SQLite itself would go on writing into files that nobody finds again.
-TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
+// SQLite alone would go on writing into unlinked files.
+TEST_F(SettingsStore, RefusesSetsWhileItsFolderIsMissing) {
   const fs::path state = folder / "state";
   SettingsDatabase store(state);
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
@@ -161,16 +156,6 @@ TEST_F(SettingsStore, RefusesWhatWouldVanishWithARemovedFolder) {
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "3"));
   fs::remove_all(state);
   EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "4"));
-}
-
-TEST_F(SettingsStore, FailureIsToldWithTheSystemsReason) {
-  SettingsDatabase store(folder.path());
-  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
-  const support::LogCapture all(5);
-  const FailingSyncs fault;
-  EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "2"));
-  EXPECT_TRUE(all.hasPart(" (5) full_fsync(" + file().string() + "-wal)")) << all.text();
-  EXPECT_TRUE(log.hasPart("\": writing failed: disk I/O error")) << log.text();
 }
 
 TEST_F(SettingsStore, SecondHostOnTheSameFolderIsRefused) {
@@ -188,17 +173,16 @@ TEST_F(SettingsStore, NewerVersionIsRefusedAndLeftAlone) {
   EXPECT_EQ(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
-TEST_F(SettingsStore, FolderThatIsAFileIsRefused) {
+TEST_F(SettingsStore, FileInPlaceOfTheFolderIsRefused) {
   writeBytes(folder / "state", "not a folder");
   for (const fs::path& state : {folder / "state", folder / "state" / "below"}) {
     const std::string error = errorOf([&] { const SettingsDatabase store(state); });
-    EXPECT_NE(error.find(state.string()), std::string::npos) << error;
+    EXPECT_THAT(error, HasSubstr(state.string()));
     EXPECT_EQ(error.find('\n'), std::string::npos);
   }
 }
 
-// The pipe comes last: whoever opens one waits for a writer.
-TEST_F(SettingsStore, WhatIsNoRegularFileIsRefusedUntouched) {
+TEST_F(SettingsStore, RefusesAnythingButARegularFileUntouched) {
   saveOne();
   for (const char* const part : {"-wal", "-shm", "-journal", ""}) {
     const fs::path place = file().string() + part;
@@ -219,27 +203,22 @@ TEST_F(SettingsStore, WhatIsNoRegularFileIsRefusedUntouched) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SettingsStore, FullDiskAtTheStartIsRefused) {
-  const FailingWrites fault(ENOSPC);
-  EXPECT_NE(openingError().find("cannot be written"), std::string::npos) << openingError();
-}
-
-TEST_F(SettingsStore, FailedStartLeavesNothingToBeTakenForDamage) {
+TEST_F(SettingsStore, FullDiskAtTheStartIsRefusedAndLeavesNoDamage) {
   {
     const FailingWrites fault(ENOSPC);
-    EXPECT_NE(openingError(), "");
+    EXPECT_THAT(openingError(), HasSubstr("cannot be written"));
   }
   EXPECT_EQ(openingError(), "");
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 
-TEST_F(SettingsStore, ReadThatFailsOnceIsNoDamage) {
+TEST_F(SettingsStore, ReadThatFailsOnceIsNotTakenForDamage) {
   saveOne();
   for (int nth = 1;; ++nth) {
     SCOPED_TRACE(nth);
-    const StumblingReads fault(nth);
+    const FailingRead fault(nth);
     const std::string error = openingError();
-    if (!StumblingReads::stumbled()) break;
+    if (!FailingRead::failed()) break;
     EXPECT_TRUE(!error.empty() || log.hasPart("second try")) << log.text();
     SettingsDatabase store(folder.path());
     EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
@@ -248,7 +227,7 @@ TEST_F(SettingsStore, ReadThatFailsOnceIsNoDamage) {
   EXPECT_FALSE(fs::exists(aside(1)));
 }
 
-TEST_F(SettingsStore, CheckpointThatFailsAtTheEndIsLoggedAndLosesNothing) {
+TEST_F(SettingsStore, FailedCheckpointAtTheEndIsLoggedAndLosesNothing) {
   std::optional<FailingWrites> fault;
   {
     SettingsDatabase store(folder.path());

@@ -16,7 +16,7 @@ inline constexpr const char* kSchema = "ClockSettings";
 inline constexpr std::filesystem::perms kOwnerFile =
     std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
 
-// A folder for a settings store, and what the store logs.
+// A folder for a settings database, and the application log meanwhile.
 class SettingsStore : public ::testing::Test {
  protected:
   std::filesystem::path file() const { return folder / SettingsDatabase::kFileName; }
@@ -32,7 +32,7 @@ class SettingsStore : public ::testing::Test {
   }
 
   support::TemporaryFolder folder;
-  support::LogCapture log{4};  // without SQLite's own words
+  support::LogCapture log{4};  // without SQLite's own messages
 };
 
 }  // namespace host

@@ -5,7 +5,6 @@
 
 #include <string>
 
-#include "base/Error.h"
 #include "services/SqliteDatabase.h"
 
 namespace host {
@@ -14,31 +13,26 @@ namespace {
 constexpr SqliteStore kStore = {1, "CREATE TABLE word(text TEXT NOT NULL)", nullptr,
                                 "SELECT text FROM word LIMIT 0", "FULL"};
 constexpr const char* kWrong = "SELECT text FROM sentence";
-constexpr auto kWhenUsed = SqliteStatement::Prepared::whenUsed;
 
-class Statement : public testing::Test {
+class PreparedStatement : public testing::Test {
  protected:
   const SqliteDatabase m_database{kStore};
 };
 
-TEST_F(Statement, ThatIsPreparedWhenUsedDoesTheSame) {
-  SqliteStatement insert(m_database, "INSERT INTO word VALUES(?1)", kWhenUsed);
+TEST_F(PreparedStatement, RunsAndReturnsRows) {
+  SqliteStatement insert(m_database, "INSERT INTO word VALUES(?1)");
   const std::string text = "time";
   insert.bind(1, text);
   EXPECT_TRUE(insert.run());
-  SqliteStatement select(m_database, "SELECT text FROM word", kWhenUsed);
+  SqliteStatement select(m_database, "SELECT text FROM word");
   ASSERT_TRUE(select.next());
   EXPECT_EQ(select.text(0), text);
   EXPECT_FALSE(select.next());
   EXPECT_FALSE(select.failed());
 }
 
-TEST_F(Statement, ThatIsWrongFailsWhenItIsMade) {
-  EXPECT_THROW(SqliteStatement(m_database, kWrong), Error);
-}
-
-TEST_F(Statement, ThatIsWrongFailsWhenItIsUsed) {
-  SqliteStatement wrong(m_database, kWrong, kWhenUsed);
+TEST_F(PreparedStatement, WithAFaultFailsAtItsFirstUse) {
+  SqliteStatement wrong(m_database, kWrong);
   wrong.bind(1, 7);
   EXPECT_FALSE(wrong.next());
   EXPECT_TRUE(wrong.failed());
@@ -47,9 +41,9 @@ TEST_F(Statement, ThatIsWrongFailsWhenItIsUsed) {
   EXPECT_TRUE(wrong.failed());
 }
 
-// What is wrong when the first parameter is bound need not be when the second one is.
-TEST_F(Statement, ThatMissesAParameterFailsUntilItIsReset) {
-  SqliteStatement select(m_database, "SELECT ?1, ?2 FROM sentence", kWhenUsed);
+// The fault shows when the first parameter is bound, and is mended before the second.
+TEST_F(PreparedStatement, FailsAfterAFailedBindUntilReset) {
+  SqliteStatement select(m_database, "SELECT ?1, ?2 FROM sentence");
   select.bind(1, 7);
   ASSERT_EQ(sqlite3_exec(m_database.handle(),
                          "CREATE TABLE sentence(text); INSERT INTO sentence VALUES('time')",
@@ -65,7 +59,7 @@ TEST_F(Statement, ThatMissesAParameterFailsUntilItIsReset) {
   EXPECT_EQ(select.number(0), 7);
 }
 
-TEST_F(Statement, WhoseParameterCannotBeBoundDoesNotRun) {
+TEST_F(PreparedStatement, DoesNotRunAfterAFailedBind) {
   SqliteStatement insert(m_database, "INSERT INTO word VALUES('time' || ?1)");
   insert.bind(1, 1);
   insert.bind(2, 2);
@@ -75,8 +69,8 @@ TEST_F(Statement, WhoseParameterCannotBeBoundDoesNotRun) {
   EXPECT_TRUE(insert.run());
 }
 
-// Whoever tells of it asks the database for the words afterwards.
-TEST_F(Statement, WhoseParameterCannotBeBoundLeavesTheWordsForIt) {
+// The caller asks the database for the message afterwards.
+TEST_F(PreparedStatement, KeepsTheMessageOfAFailedBind) {
   SqliteStatement insert(m_database, "INSERT INTO word VALUES('time' || ?1)");
   insert.bind(2, 2);
   insert.bind(1, 1);

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr uid_t kNobody = 65534;
 
-class LockedState : public ::testing::Test {
+class LockedStateFolder : public ::testing::Test {
  protected:
   std::string refusal() const {
     return errorOf([this] { const StateFolderLock lock(state); });
@@ -32,21 +32,21 @@ class LockedState : public ::testing::Test {
   support::LogCapture log;
 };
 
-TEST_F(LockedState, IsMadeForItsOwnerOnly) {
+TEST_F(LockedStateFolder, IsCreatedForItsOwnerOnly) {
   const StateFolderLock lock(state / "");
   EXPECT_EQ(mode(), fs::perms::owner_all);
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(LockedState, IsForOneHostAlone) {
+TEST_F(LockedStateFolder, IsRefusedToASecondHost) {
   std::optional<StateFolderLock> lock(state);
   EXPECT_EQ(refusal(), "state folder \"" + state.string() + "\" is in use by another host");
   lock.reset();
   EXPECT_EQ(refusal(), "");
 }
 
-// The file of the lock stays behind, the lock does not.
-TEST_F(LockedState, IsFreeAgainWhenItsHostWasKilled) {
+// The lock file stays, the lock does not.
+TEST_F(LockedStateFolder, IsUnlockedWhenItsHostIsKilled) {
   int ready[2];
   ASSERT_EQ(pipe(ready), 0);
   const pid_t child = fork();
@@ -66,7 +66,7 @@ TEST_F(LockedState, IsFreeAgainWhenItsHostWasKilled) {
   for (const int end : ready) close(end);
 }
 
-TEST_F(LockedState, IsClosedToOthersWhereItIsTheHostsOwn) {
+TEST_F(LockedStateFolder, IsTightenedWhenItBelongsToTheHost) {
   fs::create_directory(state);
   writeBytes(state / "settings.db", "");
   fs::permissions(state, fs::perms(0755));
@@ -78,8 +78,8 @@ TEST_F(LockedState, IsClosedToOthersWhereItIsTheHostsOwn) {
       << log.text();
 }
 
-// Also when a first start got no further than its lock.
-TEST_F(LockedState, IsClosedToOthersWhereItHoldsNothingButTheLock) {
+// Also after a first start that failed after the lock.
+TEST_F(LockedStateFolder, IsTightenedWhenItContainsOnlyTheLock) {
   fs::create_directory(state);
   for (int start = 0; start < 2; ++start) {
     fs::permissions(state, fs::perms(0755));
@@ -90,8 +90,8 @@ TEST_F(LockedState, IsClosedToOthersWhereItHoldsNothingButTheLock) {
   }
 }
 
-// A home, or a shared folder like that of temporary files, is not to be shut.
-TEST_F(LockedState, IsLeftAsItIsWhereItHoldsOtherThings) {
+// A home, or a shared folder such as /tmp, must stay open.
+TEST_F(LockedStateFolder, KeepsItsModeWhenItContainsOtherFiles) {
   fs::create_directory(state);
   for (const fs::perms open : {fs::perms(0755), fs::perms(01777)}) {
     writeBytes(state / (open == fs::perms(0755) ? "letter" : "settings.db"), "");
@@ -100,11 +100,11 @@ TEST_F(LockedState, IsLeftAsItIsWhereItHoldsOtherThings) {
     const StateFolderLock lock(state);
     EXPECT_EQ(mode(), open);
     EXPECT_EQ(log.text().find("clockhost 3: "), 0U) << log.text();
-    EXPECT_TRUE(log.hasPart("and holds more than the host's state: left so")) << log.text();
+    EXPECT_TRUE(log.hasPart("and contains other files: its mode is kept")) << log.text();
   }
 }
 
-TEST_F(LockedState, SaysThatItIsReadOnly) {
+TEST_F(LockedStateFolder, IsRefusedWhenReadOnly) {
   fs::create_directory(state);
   const bool root = ::geteuid() == 0;
   if (root) {
@@ -118,19 +118,19 @@ TEST_F(LockedState, SaysThatItIsReadOnly) {
   EXPECT_EQ(error, "state folder is read-only: " + state.string());
 }
 
-TEST_F(LockedState, RefusesWhatIsNoFolder) {
+TEST_F(LockedStateFolder, IsRefusedWhenItIsAFile) {
   writeBytes(state, "text");
-  EXPECT_EQ(refusal(), "state folder \"" + state.string() + "\" is no folder");
+  EXPECT_EQ(refusal(), "state folder \"" + state.string() + "\" is not a folder");
 }
 
-TEST_F(LockedState, DoesNotWaitForAPipeInTheLocksPlace) {
+TEST_F(LockedStateFolder, DoesNotBlockOnAPipeInPlaceOfTheLockFile) {
   fs::create_directory(state);
   ASSERT_EQ(mkfifo((state / StateFolderLock::kFileName).c_str(), 0600), 0);
   const StateFolderLock lock(state);
   EXPECT_NE(refusal(), "");
 }
 
-TEST_F(LockedState, DoesNotFollowALinkInTheLocksPlace) {
+TEST_F(LockedStateFolder, DoesNotFollowALinkInPlaceOfTheLockFile) {
   fs::create_directory(state);
   fs::create_symlink(folder / "elsewhere", state / StateFolderLock::kFileName);
   EXPECT_EQ(refusal(), "state folder \"" + state.string() +

@@ -1,5 +1,5 @@
-// What is on the disk when a storage file, such as the service's script, has been replaced. In this
-// program because of its syncs.
+// The syncs of Storage when it replaces a file, such as the service's script. Here, and not with
+// the other tests of Storage, because this program replaces fsync.
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,7 @@ class SyncedStorage : public testing::Test {
   const support::TemporaryFolder m_folder;
 };
 
-TEST_F(SyncedStorage, NewContentIsOneSyncOfTheFileAndThenOneOfItsFolder) {
+TEST_F(SyncedStorage, NewContentSyncsTheFileAndItsFolder) {
   for (const char* const text : {"one", "another"}) {
     static_cast<void>(takeSyncs());
     static_cast<void>(takeFolderSyncs());
@@ -42,15 +42,15 @@ TEST_F(SyncedStorage, NewContentIsOneSyncOfTheFileAndThenOneOfItsFolder) {
   }
 }
 
-TEST_F(SyncedStorage, ContentThatIsThereAlreadyNeedsNoSync) {
+TEST_F(SyncedStorage, UnchangedContentNeedsNoSync) {
   ASSERT_TRUE(replaceContent("one"));
   static_cast<void>(takeSyncs());
   EXPECT_TRUE(replaceContent("one"));
   EXPECT_EQ(takeSyncs(), 0U);
 }
 
-// So the name comes after the sync: a power cut between the two keeps the old content.
-TEST_F(SyncedStorage, ContentThatCannotBeSyncedDoesNotGetTheName) {
+// The rename comes after the sync, so a power cut in between keeps the old content.
+TEST_F(SyncedStorage, ContentThatCannotBeSyncedDoesNotReplaceTheFile) {
   ASSERT_TRUE(replaceContent("old"));
   const FailingSyncs failing;
   EXPECT_FALSE(replaceContent("new"));

@@ -26,25 +26,25 @@ ssize_t refuseWriteAt(int, const void*, size_t, off_t) {
   return -1;
 }
 
-int g_readsToStumble = 0;
+int g_readsToFailure = 0;
 
-bool stumbles() {
-  return --g_readsToStumble == 0;
+bool readFails() {
+  return --g_readsToFailure == 0;
 }
 
-ssize_t readOrStumble(int file, void* bytes, size_t count) {
-  if (!stumbles()) return ::read(file, bytes, count);
+ssize_t readOrFail(int file, void* bytes, size_t count) {
+  if (!readFails()) return ::read(file, bytes, count);
   errno = EIO;
   return -1;
 }
 
-ssize_t readAtOrStumble(int file, void* bytes, size_t count, off_t offset) {
-  if (!stumbles()) return ::pread(file, bytes, count, offset);
+ssize_t readAtOrFail(int file, void* bytes, size_t count, off_t offset) {
+  if (!readFails()) return ::pread(file, bytes, count, offset);
   errno = EIO;
   return -1;
 }
 
-// Null puts the real call back.
+// Null restores the real call.
 void replace(const char* call, sqlite3_syscall_ptr function) {
   sqlite3_vfs* const vfs = sqlite3_vfs_find(nullptr);
   vfs->xSetSystemCall(vfs, call, function);
@@ -80,19 +80,19 @@ FailingWrites::~FailingWrites() {
   for (const char* const call : {"write", "pwrite", "pwrite64"}) replace(call, nullptr);
 }
 
-StumblingReads::StumblingReads(int nth) {
-  g_readsToStumble = nth;
-  replace("read", reinterpret_cast<sqlite3_syscall_ptr>(readOrStumble));
-  replace("pread", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrStumble));
-  replace("pread64", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrStumble));
+FailingRead::FailingRead(int nth) {
+  g_readsToFailure = nth;
+  replace("read", reinterpret_cast<sqlite3_syscall_ptr>(readOrFail));
+  replace("pread", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrFail));
+  replace("pread64", reinterpret_cast<sqlite3_syscall_ptr>(readAtOrFail));
 }
 
-StumblingReads::~StumblingReads() {
+FailingRead::~FailingRead() {
   for (const char* const call : {"read", "pread", "pread64"}) replace(call, nullptr);
 }
 
-bool StumblingReads::stumbled() {
-  return g_readsToStumble <= 0;
+bool FailingRead::failed() {
+  return g_readsToFailure <= 0;
 }
 
 FailingSyncs::FailingSyncs() {

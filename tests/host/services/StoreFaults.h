@@ -4,16 +4,15 @@
 
 namespace host {
 
-// What SQLite asks of the system, counted and made to fail. Thread: the test's.
+// Counts SQLite's system calls and makes them fail. Thread: the test's.
 
-// Syncs of any file since the last call.
+// The number of syncs since the last call.
 [[nodiscard]] std::size_t takeSyncs();
 
-// ... of folders alone, which the other counts, too.
+// The number of those syncs that were of folders.
 [[nodiscard]] std::size_t takeFolderSyncs();
 
-// While it lives, each write of SQLite to a file fails as on a full disk (ENOSPC) or a broken one
-// (EIO).
+// While it lives, each of SQLite's writes fails, as on a full disk (ENOSPC) or a broken one (EIO).
 class FailingWrites {
  public:
   explicit FailingWrites(int error);
@@ -22,15 +21,15 @@ class FailingWrites {
   FailingWrites& operator=(const FailingWrites&) = delete;
 };
 
-// While it lives, the n-th (1: the first) read of SQLite from a file fails with EIO.
-class StumblingReads {
+// While it lives, the n-th of SQLite's reads (from 1) fails with EIO.
+class FailingRead {
  public:
-  explicit StumblingReads(int nth);
-  ~StumblingReads();
-  StumblingReads(const StumblingReads&) = delete;
-  StumblingReads& operator=(const StumblingReads&) = delete;
+  explicit FailingRead(int nth);
+  ~FailingRead();
+  FailingRead(const FailingRead&) = delete;
+  FailingRead& operator=(const FailingRead&) = delete;
 
-  [[nodiscard]] static bool stumbled();
+  [[nodiscard]] static bool failed();
 };
 
 // While it lives, each sync fails with EIO.

@@ -7,11 +7,11 @@
 
 namespace host {
 
-// A store's file seen from outside the host, its owner's alone. Thread: the test's.
+// Access to a store's file from outside the host. Written files have mode 0600. Thread: the test's.
 
 void writeBytes(const std::filesystem::path& file, const std::string& bytes);
 
-// Runs SQL on the file as another program would. Returns SQLite's words, empty when it worked.
+// Runs SQL on the file as another program would. Returns SQLite's error message, empty on success.
 [[nodiscard]] std::string runSql(const std::filesystem::path& file, const std::string& sql);
 
 // The same bytes each time.

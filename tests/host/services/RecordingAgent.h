@@ -10,8 +10,8 @@
 
 namespace host {
 
-// Notes what it is asked, and answers as it is told.
-class Agent final : public MgmtAgentIfc {
+// Records the calls that it gets, and answers them with `answer`.
+class RecordingAgent final : public MgmtAgentIfc {
  public:
   bool setData(ManageableData& record) override {
     note("set", record);

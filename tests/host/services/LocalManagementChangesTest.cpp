@@ -7,17 +7,17 @@
 #include <vector>
 
 #include "ManageableData.h"
-#include "host/services/NotingAgent.h"
+#include "host/services/RecordingAgent.h"
 #include "services/LocalManagement.h"
 #include "support/LogCapture.h"
 
 namespace host {
 namespace {
 
-TEST(DeviceValueChanges, ObserversOfAKeyHearItsChangesInOrder) {
+TEST(DeviceValueChanges, NotifyTheKeysObserversInOrder) {
   LocalManagement management;
-  Agent first;
-  Agent second;
+  RecordingAgent first;
+  RecordingAgent second;
   EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
   EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
   EXPECT_TRUE(management.observeData("interface-status", &second));
@@ -32,11 +32,11 @@ TEST(DeviceValueChanges, ObserversOfAKeyHearItsChangesInOrder) {
                                       "changed interface-status=up"}));
 }
 
-TEST(DeviceValueChanges, ThrowingObserverDoesNotKeepTheOthersFromHearing) {
+TEST(DeviceValueChanges, NotifyOtherObserversWhenOneThrows) {
   const support::LogCapture log;
   LocalManagement management;
-  Agent first;
-  Agent second;
+  RecordingAgent first;
+  RecordingAgent second;
   first.answer = []() -> bool { throw std::runtime_error("no"); };
   EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
   EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
@@ -45,9 +45,9 @@ TEST(DeviceValueChanges, ThrowingObserverDoesNotKeepTheOthersFromHearing) {
   EXPECT_TRUE(log.has(2, "change of \"dhcp-enabled\" refused: the agent threw \"no\""));
 }
 
-TEST(DeviceValueChanges, WhatAnAgentWritesIsNotToldBeforeItsCallReturns) {
+TEST(DeviceValueChanges, ByAnAgentNotifyObserversAfterItsCall) {
   LocalManagement management;
-  Agent agent;
+  RecordingAgent agent;
   EXPECT_TRUE(management.observeData("interface-status", &agent));
   ManageableData data = support::dataOf("interface-status", "up");
   EXPECT_TRUE(management.setData(data));
@@ -56,9 +56,9 @@ TEST(DeviceValueChanges, WhatAnAgentWritesIsNotToldBeforeItsCallReturns) {
   EXPECT_EQ(agent.notes, std::vector<std::string>{"changed interface-status=up"});
 }
 
-TEST(DeviceValueChanges, ChangeMadeByAnObserverIsToldAfterTheOneItHears) {
+TEST(DeviceValueChanges, ByAnObserverFollowTheChangeThatItHandles) {
   LocalManagement management;
-  Agent agent;
+  RecordingAgent agent;
   EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
   EXPECT_TRUE(management.observeData("interface-status", &agent));
   agent.onChange = [&](ManageableData& change) {
@@ -72,37 +72,40 @@ TEST(DeviceValueChanges, ChangeMadeByAnObserverIsToldAfterTheOneItHears) {
                                                    "changed interface-status=down"}));
 }
 
-TEST(DeviceValueChanges, WithADispatcherObserversAreToldOnlyWhereItRunsTheTask) {
+class DispatchedChanges : public ::testing::Test {
+ protected:
+  void runTasks() {
+    for (const auto& task : tasks) task();
+  }
+
   std::vector<std::function<void()>> tasks;
-  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
-  Agent agent;
+  LocalManagement management{
+      [this](std::function<void()> task) { tasks.push_back(std::move(task)); }};
+  RecordingAgent agent;
+};
+
+TEST_F(DispatchedChanges, NotifyObserversInTheDispatchedTask) {
   EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
   management.setValue("dhcp-enabled", "true");
   EXPECT_TRUE(agent.notes.empty());
   ASSERT_EQ(tasks.size(), 1U);
-  tasks[0]();
+  runTasks();
   EXPECT_EQ(agent.notes.size(), 1U);
 }
 
-TEST(DeviceValueChanges, WhoObservesLaterDoesNotHearOfEarlierChanges) {
-  std::vector<std::function<void()>> tasks;
-  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
-  Agent agent;
+TEST_F(DispatchedChanges, DoNotNotifyALaterObserver) {
   management.setValue("interface-status", "up");
   EXPECT_TRUE(management.observeData("interface-status", &agent));
-  for (const auto& task : tasks) task();
+  runTasks();
   management.deliverChanges();
   EXPECT_TRUE(agent.notes.empty());
 }
 
-TEST(DeviceValueChanges, DroppedObserverDoesNotHearOfAChangeStillOnItsWay) {
-  std::vector<std::function<void()>> tasks;
-  LocalManagement management([&](std::function<void()> task) { tasks.push_back(std::move(task)); });
-  Agent agent;
+TEST_F(DispatchedChanges, DoNotNotifyADroppedObserver) {
   EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
   management.setValue("dhcp-enabled", "true");
   management.dropAgents();
-  for (const auto& task : tasks) task();
+  runTasks();
   EXPECT_TRUE(agent.notes.empty());
 }
 
