@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <array>
+#include <ctime>
 #include <deque>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -17,13 +19,16 @@ namespace {
 using nlohmann::json;
 
 constexpr std::chrono::seconds kLimit(20);
-constexpr std::size_t kUnderWay = 4;  // sets sent ahead of their answers
+constexpr std::size_t kMostUnanswered = 4;
+
+// Longer than the load lasts, so that each report moves the clock on; within the clock's years.
+constexpr std::int64_t kStep = 1000;
 
 std::string whole(std::uint64_t number) {
   return std::to_string(number % 1'000'000'000);
 }
 
-// Long ones fill more than a page of the store.
+// Sometimes longer than a page of the store.
 std::string secret(std::uint64_t number) {
   return std::to_string(number) + std::string(number % 7 == 0 ? 9000 : number % 100, 's');
 }
@@ -43,9 +48,9 @@ std::string offset(std::uint64_t number) {
 
 struct Setting {
   const char* key;
-  const char* first;  // before any set
+  const char* first;  // default value
   std::string (*value)(std::uint64_t number);
-  bool zone = false;  // makes the service write its script
+  bool zone = false;  // the service then writes its script
 };
 
 constexpr Setting kSettings[] = {
@@ -58,7 +63,7 @@ constexpr Setting kSettings[] = {
     {"time-source", "0", whole, true},
 };
 
-// Sets in order, a few of them ahead of their answers.
+// Sends sets in order, without waiting for the answer of each.
 class Setter {
  public:
   Setter(host::RemoteClient& client, Promises& promises) : m_client(client), m_promises(promises) {}
@@ -67,29 +72,29 @@ class Setter {
     const std::string value = setting.value(++m_promises.lastValue);
     const auto number = m_promises.sets.asked(setting.key, value);
     const json request = {{"verb", "set"}, {"key", setting.key}, {"value", value}};
-    m_underWay.push_back({setting.key, number, m_client.startControl(request.dump())});
+    m_unanswered.push_back({setting.key, number, m_client.startControl(request.dump())});
     if (setting.zone) refreshZone();
-    while (m_underWay.size() > kUnderWay) takeAnswer();
+    while (m_unanswered.size() > kMostUnanswered) takeAnswer();
   }
 
  private:
-  struct UnderWay {
-    std::string key;  // empty: no set
+  struct Request {
+    std::string key;  // empty: not a set
     integration::SetLedger::Number set;
     std::uint32_t id;
   };
 
-  // The service does it with the millisecond after the set.
+  // The service writes its script a millisecond after the set: a paused clock must move for that.
   void refreshZone() {
-    m_underWay.push_back(
+    m_unanswered.push_back(
         {"", 0, m_client.startControl(R"({"verb":"clock","action":"advance","seconds":0})")});
   }
 
   void takeAnswer() {
-    const UnderWay first = m_underWay.front();
+    const Request first = m_unanswered.front();
     const auto answer = m_client.nextAnswer(first.id, kLimit);
     if (!answer) throw host::HostGone("the host does not answer");
-    m_underWay.pop_front();
+    m_unanswered.pop_front();
     if (first.key.empty()) return;
     const bool accepted = json::parse(answer->json).at("ok").get<bool>();
     m_promises.sets.answered(first.key, first.set, accepted);
@@ -98,10 +103,10 @@ class Setter {
 
   host::RemoteClient& m_client;
   Promises& m_promises;
-  std::deque<UnderWay> m_underWay;
+  std::deque<Request> m_unanswered;
 };
 
-// A report as the NTP client makes it; none when the listener does not come to the pipe.
+// Reports a time as the NTP client does, unless the listener does not open the pipe for too long.
 void writeReport(const std::filesystem::path& pipe, std::int64_t instant) {
   constexpr int kTries = 1000;
   for (int tries = 0; tries < kTries; ++tries) {
@@ -112,19 +117,29 @@ void writeReport(const std::filesystem::path& pipe, std::int64_t instant) {
   }
 }
 
-// Sets the clock as the NTP client does, reports, and has the time saved by a call, too.
-void passOnTheTime(host::RemoteClient& client, host::RemoteClient& control,
-                   const std::filesystem::path& pipe, Promises& promises) {
-  const std::string expected = promises.times.next();
-  const json jump = {{"verb", "clock"}, {"action", "jump"}, {"seconds", promises.times.instant()}};
+std::string utcString(std::int64_t instant) {
+  const auto seconds = static_cast<std::time_t>(instant);
+  std::tm utc{};
+  ::gmtime_r(&seconds, &utc);
+  std::array<char, 32> text;
+  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S+00:00", &utc)};
+}
+
+// Sets the clock and reports it as the NTP client does, then saves the time with a call.
+void setAndReportTime(host::RemoteClient& client, host::RemoteClient& control,
+                      const std::filesystem::path& pipe, Promises& promises) {
+  const std::int64_t instant = promises.lastTime += kStep;
+  const std::string expected = utcString(instant);
+  const auto number = promises.savedTimes.asked(kSavedTime, expected);
+  const json jump = {{"verb", "clock"}, {"action", "jump"}, {"seconds", instant}};
   if (!control.control(jump.dump(), kLimit)) throw host::HostGone("the clock is not set");
-  writeReport(pipe, promises.times.instant());
+  writeReport(pipe, instant);
   Method save("setFallbackTime", Method::call);
   const auto saved = client.call(save, kLimit);
   std::string time;
   if (!saved || !saved->getStringParameter("setFallbackTimeReturn", time, Parameter::out)) return;
   if (time != expected) throw std::runtime_error("saved " + time + " and not " + expected);
-  promises.times.acknowledged(time);
+  promises.savedTimes.answered(kSavedTime, number, true);
   ++promises.timesAcknowledged;
 }
 
@@ -132,6 +147,7 @@ void passOnTheTime(host::RemoteClient& client, host::RemoteClient& control,
 
 Promises::Promises() {
   for (const Setting& setting : kSettings) sets.begins(setting.key, setting.first);
+  savedTimes.begins(kSavedTime, "2016-06-16T00:00:00+00:00");
 }
 
 Load::Load(const integration::RestartableHost& host, Promises& promises, std::uint64_t seed)
@@ -156,7 +172,7 @@ std::string Load::fault() const {
 }
 
 void Load::work(void (Load::*task)()) try { (this->*task)(); } catch (const host::Error&) {
-  // The host is gone.
+  // The host has ended.
 } catch (const std::exception& error) {
   const std::lock_guard lock(m_mutex);
   if (m_fault.empty()) m_fault = error.what();
@@ -171,7 +187,7 @@ void Load::set() {
 void Load::report() {
   const auto client = m_host.connect();
   const auto control = m_host.connectControl();
-  for (;;) passOnTheTime(*client, *control, m_host.pipe(), m_promises);
+  for (;;) setAndReportTime(*client, *control, m_host.pipe(), m_promises);
 }
 
 }  // namespace powercut

@@ -9,35 +9,39 @@
 
 #include "integration/RestartableHost.h"
 #include "integration/SetLedger.h"
-#include "powercut/SavedTimes.h"
 
 namespace powercut {
 
-// What the users of a telephone have been promised so far, over all its restarts.
+// What a telephone has acknowledged so far, over all its restarts. The setter uses the first group
+// of members, the reporter the second.
 struct Promises {
   Promises();  // of a telephone that was never set
 
   integration::SetLedger sets;
-  SavedTimes times;
-  std::uint64_t lastValue = 0;  // each set has a value of its own
+  std::uint64_t lastValue = 0;  // makes the value of each set unique
   std::uint64_t setsAcknowledged = 0;
+
+  integration::SetLedger savedTimes;      // one entry, kSavedTime
+  std::int64_t lastTime = 1'767'225'600;  // 2026-01-01T00:00:00Z; moved on with each report
   std::uint64_t timesAcknowledged = 0;
 };
 
-// Sets and NTP reports as fast as the host takes them, from two clients, until the host is gone.
-// Owner: a test, which has the host killed. Until end() the promises are its own. Failure: what a
-// client met first, beside the host's end, is fault().
+inline constexpr const char* kSavedTime = "saved time";
+
+// Sends sets and NTP reports as fast as the host takes them, from two threads, until the host ends.
+// Owner: a test, which kills the host and uses the promises only after end(). Failure: the first
+// fault other than the host's end is fault().
 class Load {
  public:
   Load(const integration::RestartableHost& host, Promises& promises, std::uint64_t seed);
-  ~Load();  // as end()
+  ~Load();  // calls end()
   Load(const Load&) = delete;
   Load& operator=(const Load&) = delete;
 
-  // Waits until both clients have seen the host go.
+  // Waits until both threads have noticed that the host has ended.
   void end();
 
-  // At any time. Empty when there is none.
+  // Empty when there is none. Any thread, at any time.
   [[nodiscard]] std::string fault() const;
 
  private:

@@ -14,9 +14,9 @@ namespace {
 using nlohmann::json;
 
 constexpr std::chrono::seconds kAnswerLimit(20);
-constexpr int kLongestStart = 15'000;  // microseconds; a host answers after about ten
-constexpr int kLongestLoad = 20'000;
-constexpr int kStartsForEachCutInOne = 5;
+constexpr int kLongestStart = 15'000;  // microseconds; a host answers after about ten milliseconds
+constexpr int kLongestLoad = 20'000;   // microseconds
+constexpr int kCutsForEachInAStart = 5;
 
 json answer(host::RemoteClient& client, const json& request) {
   const auto reply = client.control(request.dump(), kAnswerLimit);
@@ -32,51 +32,51 @@ std::string valueOf(host::RemoteClient& client, const std::string& key) {
 }  // namespace
 
 PowerCuts::PowerCuts(std::uint64_t seed) : m_host(CLOCKHOST, {"--log-level", "3"}), m_random(seed) {
-  std::signal(SIGPIPE, SIG_IGN);  // the reader of a report goes with the host
+  std::signal(SIGPIPE, SIG_IGN);  // the reader of a report ends with the host
 }
 
 bool PowerCuts::cut(std::uint64_t times) {
-  while (m_figures.cuts < times && m_complaint.empty()) {
-    m_random() % kStartsForEachCutInOne == 0 ? cutInStart() : cutUnderLoad();
-    if (support::Interruption::signal() != 0) complain("stopped by a signal");
+  while (m_figures.cuts < times && m_failure.empty()) {
+    m_random() % kCutsForEachInAStart == 0 ? cutInStart() : cutUnderLoad();
+    if (support::Interruption::signal() != 0) fail("stopped by a signal");
   }
-  if (m_complaint.empty() && start()) {
-    lookAtPromises();
-    lookAtSecurityLog();
-    if (m_host.end(SIGTERM).status != 0) complain("the last host did not end in order");
+  if (m_failure.empty() && start()) {
+    checkPromises();
+    checkSecurityLog();
+    if (m_host.end(SIGTERM).status != 0) fail("the last host did not shut down in order");
   }
   m_figures.setsAcknowledged = m_promises.setsAcknowledged;
   m_figures.timesAcknowledged = m_promises.timesAcknowledged;
-  lookAtFigures();
-  return m_complaint.empty();
+  checkFigures();
+  return m_failure.empty();
 }
 
 void PowerCuts::cutInStart() {
   m_host.launch();
   wait(kLongestStart);
   ++m_figures.inStart;
-  pull();
+  kill();
 }
 
 void PowerCuts::cutUnderLoad() {
   if (!start()) return;
-  lookAtPromises();
+  checkPromises();
   Load load(m_host, m_promises, m_random());
   wait(kLongestLoad);
-  pull();
+  kill();
   load.end();
-  if (!load.fault().empty()) complain("under load: " + load.fault());
+  if (!load.fault().empty()) fail("under load: " + load.fault());
 }
 
-void PowerCuts::pull() {
+void PowerCuts::kill() {
   ++m_figures.cuts;
   const integration::Outcome outcome = m_host.end(SIGKILL);
-  if (outcome.status != 128 + SIGKILL) complain("the host ended by itself: " + outcome.err);
-  if (!outcome.err.empty()) complain("the host complained: " + outcome.err);
-  lookAtScript();
+  if (outcome.status != 128 + SIGKILL) fail("the host ended by itself: " + outcome.err);
+  if (!outcome.err.empty()) fail("the host logged: " + outcome.err);
+  checkScript();
 }
 
-// The moment is what matters here, and that it is not always the same.
+// A sleep, because the test needs a random moment and not an event.
 void PowerCuts::wait(int mostMicroseconds) {
   std::uniform_int_distribution<int> moment(0, mostMicroseconds);
   std::this_thread::sleep_for(std::chrono::microseconds(moment(m_random)));
@@ -85,39 +85,39 @@ void PowerCuts::wait(int mostMicroseconds) {
 bool PowerCuts::start() {
   m_host.launch();
   if (m_host.answers()) return true;
-  complain("no host starts: " + m_host.program().err());
+  fail("no host starts: " + m_host.program().err());
   return false;
 }
 
-void PowerCuts::lookAtPromises() {
+void PowerCuts::checkPromises() {
   const auto client = m_host.connectControl();
   for (const std::string& key : m_promises.sets.keys()) {
     const std::string value = valueOf(*client, key);
     if (!m_promises.sets.allows(key, value)) {
-      complain(key + " is " + value + "; " + m_promises.sets.allowed(key));
+      fail(key + " is " + value + "; " + m_promises.sets.allowed(key));
     }
     if (m_promises.sets.found(key, value)) ++m_figures.cutOff;
   }
-  // The clock is paused, and has started at the saved time.
+  // The clock is paused and has started at the saved time.
   const std::string time = valueOf(*client, "time");
-  if (!m_promises.times.allows(time)) {
-    complain("the saved time is " + time + "; possible is " + m_promises.times.allowed());
+  if (!m_promises.savedTimes.allows(kSavedTime, time)) {
+    fail("the saved time is " + time + "; " + m_promises.savedTimes.allowed(kSavedTime));
   }
-  m_promises.times.found(time);
+  m_promises.savedTimes.found(kSavedTime, time);
 }
 
-// Once there is one, there is always one, and it is whole.
-void PowerCuts::lookAtScript() {
+// Once the service has written its script, it always exists and is whole.
+void PowerCuts::checkScript() {
   const bool exists = std::filesystem::exists(m_host.script());
-  if (!exists && m_hasScript) complain("the script is lost");
+  if (!exists && m_hasScript) fail("the script is lost");
   const std::string script = support::contentOf(m_host.script());
-  if (exists && !integration::isWholeScript(script)) complain("torn script: \"" + script + '"');
+  if (exists && !integration::isWholeScript(script)) fail("torn script: \"" + script + '"');
   m_hasScript = exists;
   if (exists) ++m_figures.scripts;
 }
 
-// Each set was recorded before it was acknowledged, on its own or counted in an earlier record.
-void PowerCuts::lookAtSecurityLog() {
+// Each set is recorded before it is acknowledged, in its own record or counted in an earlier one.
+void PowerCuts::checkSecurityLog() {
   const auto client = m_host.connectControl();
   std::uint64_t attempts = 0;
   json page = {{"after", 0}};
@@ -128,20 +128,20 @@ void PowerCuts::lookAtSecurityLog() {
   }
   attempts += page.at("dropped").get<std::uint64_t>();
   if (attempts < m_promises.setsAcknowledged) {
-    complain("the security log has less than " + std::to_string(m_promises.setsAcknowledged) +
-             " attempts");
+    fail("the security log has less than " + std::to_string(m_promises.setsAcknowledged) +
+         " attempts");
   }
 }
 
-// Promises that nobody was given are easily kept.
-void PowerCuts::lookAtFigures() {
-  if (m_figures.setsAcknowledged == 0) complain("no set was acknowledged");
-  if (m_figures.timesAcknowledged == 0) complain("no saved time was acknowledged");
-  if (m_figures.scripts == 0) complain("no script was there to look at");
+// A run without acknowledged promises proves nothing.
+void PowerCuts::checkFigures() {
+  if (m_figures.setsAcknowledged == 0) fail("no set was acknowledged");
+  if (m_figures.timesAcknowledged == 0) fail("no saved time was acknowledged");
+  if (m_figures.scripts == 0) fail("no script was there to check");
 }
 
-void PowerCuts::complain(const std::string& text) {
-  if (m_complaint.empty()) m_complaint = "cut " + std::to_string(m_figures.cuts) + ": " + text;
+void PowerCuts::fail(const std::string& text) {
+  if (m_failure.empty()) m_failure = "cut " + std::to_string(m_figures.cuts) + ": " + text;
 }
 
 std::string toText(const Figures& figures) {

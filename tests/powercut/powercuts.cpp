@@ -1,6 +1,6 @@
-// powercuts [--seed N] [--cuts N]: cuts a telephone's power again and again, and looks whether it
-// has kept what it promised. Exit status: 0 it has, 1 it has not, 2 usage,
-// 128 + signal when it was stopped.
+// powercuts [--seed N] [--cuts N]: kills a telephone's host again and again, and checks that it has
+// kept what it acknowledged. Exit status: 0 all kept, 1 something lost, 2 usage, 128 + signal when
+// stopped by one.
 
 #include <charconv>
 #include <chrono>
@@ -48,7 +48,7 @@ int main(int argc, char** argv) try {
   const support::Interruption interruption;
   powercut::PowerCuts telephone(options.seed);
   if (!telephone.cut(options.cuts)) {
-    std::cout << telephone.complaint() << '\n';
+    std::cout << telephone.failure() << '\n';
     return support::Interruption::statusOr(1);
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
