@@ -14,7 +14,7 @@ namespace host {
 // The text, or if it is longer than `most` bytes its beginning and "... (N bytes)".
 [[nodiscard]] std::string clippedText(std::string_view text, std::size_t most);
 
-// The same when only the beginning of a text of `whole` bytes is at hand: more than `most` bytes.
+// The same when the caller has only the beginning, of more than `most` bytes, of `whole` bytes.
 [[nodiscard]] std::string clippedText(std::string_view beginning, std::size_t most,
                                       std::size_t whole);
 

@@ -8,8 +8,6 @@ namespace host {
 
 HostContext::HostContext(VirtualClock& clock) : m_clock(clock) {}
 
-HostContext::~HostContext() = default;
-
 void HostContext::add(const std::string& name, Executable* service) {
   const MutexLock lock(m_mutex);
   m_services[name] = service;

@@ -12,10 +12,9 @@ class VirtualClock;
 
 // The framework's side of Context: services by name, and the clock's timers.
 // Owner: the device; clock and services outlive it. Thread: any.
-class HostContext : public Context {
+class HostContext final : public Context {
  public:
   explicit HostContext(VirtualClock& clock);
-  virtual ~HostContext();
   HostContext(const HostContext&) = delete;
   HostContext& operator=(const HostContext&) = delete;
 

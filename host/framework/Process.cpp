@@ -28,15 +28,8 @@ constexpr std::chrono::milliseconds kGrace{300};
 // The one descriptor that a child may have besides the standard ones.
 constexpr int kChannel = STDERR_FILENO + 1;
 
-std::size_t countOf(char* const* texts) {
-  std::size_t count = 0;
-  for (; texts != nullptr && *texts != nullptr; ++texts) ++count;
-  return count;
-}
-
 std::vector<std::string> copied(char* const* texts) {
   std::vector<std::string> copies;
-  copies.reserve(countOf(texts));
   for (; texts != nullptr && *texts != nullptr; ++texts) copies.emplace_back(*texts);
   return copies;
 }
@@ -47,6 +40,11 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
+}
+
+void waitForEnd(pid_t pid) {
+  while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
+  }
 }
 
 // The attributes and descriptors of a child.
@@ -119,8 +117,7 @@ class RunningChild {
     }
     const host::MutexLock lock(m_mutex);
     if (m_leadsGroup) kill(-m_pid, SIGKILL);  // ends the processes that the child left behind
-    while (waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    waitForEnd(m_pid);
     m_reaped = true;
     m_changed.notify_all();
   }
@@ -151,8 +148,7 @@ class RunningChild {
 // For a child without a thread to reap it.
 void endAtOnce(pid_t pid) {
   kill(pid, SIGKILL);
-  while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-  }
+  waitForEnd(pid);
 }
 
 }  // namespace

@@ -5,28 +5,24 @@
 namespace host {
 namespace {
 
-struct Folder {
-  Mutex mutex;
-  std::string path CLOCK_GUARDED_BY(mutex);
-};
+constinit Mutex g_mutex;
 
-Folder& folder() {
-  static auto& instance = *new Folder;
-  return instance;
+// Never destroyed, because threads may outlive static destruction.
+std::string& folder() CLOCK_REQUIRES(g_mutex) {
+  static auto& path = *new std::string;
+  return path;
 }
 
 }  // namespace
 
 void setStorageFolder(const std::string& path) {
-  Folder& state = folder();
-  const MutexLock lock(state.mutex);
-  state.path = path;
+  const MutexLock lock(g_mutex);
+  folder() = path;
 }
 
 std::string storageFolder() {
-  Folder& state = folder();
-  const MutexLock lock(state.mutex);
-  return state.path;
+  const MutexLock lock(g_mutex);
+  return folder();
 }
 
 }  // namespace host

@@ -92,13 +92,10 @@ void logFailure(const char* action, const std::string& name, const std::string& 
 
 // Held by the one writer: the new file has a fixed name until it is renamed, so that killed
 // processes do not leave more and more files.
-host::Mutex& writing() {
-  static auto& mutex = *new host::Mutex;
-  return mutex;
-}
+constinit host::Mutex g_writing;
 
 bool replace(const std::string& folder, const std::string& name, const std::string& content) {
-  const host::MutexLock lock(writing());
+  const host::MutexLock lock(g_writing);
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
   host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);

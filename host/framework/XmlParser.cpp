@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-static_assert(sizeof(XML_Char) == sizeof(char), "expat hands out UTF-8");
+static_assert(sizeof(XML_Char) == sizeof(char), "expat passes UTF-8");
 
 namespace {
 

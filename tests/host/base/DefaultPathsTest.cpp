@@ -44,10 +44,13 @@ TEST_F(BuildTree, DoesNotIncludeAnInstallationBelowIt) {
   EXPECT_EQ(paths.state, "/home/.local/state/clockhost");
 }
 
+DefaultPaths pathsWhenInstalled(const Variables& variables) {
+  return defaultPaths("/opt/clock/bin/clockhost", environmentOf(variables));
+}
+
 TEST(InstalledProgram, UsesTheStateAndRuntimeFolders) {
-  const DefaultPaths paths = defaultPaths(
-      "/opt/clock/bin/clockhost",
-      environmentOf({{"XDG_STATE_HOME", "/s"}, {"XDG_RUNTIME_DIR", "/r"}, {"HOME", "/home"}}));
+  const DefaultPaths paths =
+      pathsWhenInstalled({{"XDG_STATE_HOME", "/s"}, {"XDG_RUNTIME_DIR", "/r"}, {"HOME", "/home"}});
   EXPECT_EQ(paths.plugin, "/opt/clock/lib/libClockService.so");
   EXPECT_EQ(paths.standIns, "/opt/clock/bin");
   EXPECT_EQ(paths.state, "/s/clockhost");
@@ -55,22 +58,18 @@ TEST(InstalledProgram, UsesTheStateAndRuntimeFolders) {
 }
 
 TEST(InstalledProgram, PutsTheSocketIntoTheStateFolderWithoutARuntimeFolder) {
-  const DefaultPaths paths =
-      defaultPaths("/opt/clock/bin/clockhost", environmentOf({{"XDG_STATE_HOME", "/s"}}));
-  EXPECT_EQ(paths.socket, "/s/clockhost/clockhost.sock");
+  EXPECT_EQ(pathsWhenInstalled({{"XDG_STATE_HOME", "/s"}}).socket, "/s/clockhost/clockhost.sock");
 }
 
 TEST(InstalledProgram, IgnoresRelativeFolders) {
-  const DefaultPaths paths = defaultPaths(
-      "/opt/clock/bin/clockhost",
-      environmentOf({{"XDG_STATE_HOME", "s"}, {"XDG_RUNTIME_DIR", ""}, {"HOME", "/home"}}));
+  const DefaultPaths paths =
+      pathsWhenInstalled({{"XDG_STATE_HOME", "s"}, {"XDG_RUNTIME_DIR", ""}, {"HOME", "/home"}});
   EXPECT_EQ(paths.state, "/home/.local/state/clockhost");
   EXPECT_EQ(paths.socket, "/home/.local/state/clockhost/clockhost.sock");
 }
 
 TEST(InstalledProgram, NeedsAHomeOrAStateFolder) {
-  EXPECT_THROW(static_cast<void>(defaultPaths("/opt/clock/bin/clockhost", environmentOf({}))),
-               Error);
+  EXPECT_THROW(static_cast<void>(pathsWhenInstalled({})), Error);
 }
 
 TEST(ThisProgram, IsInABuild) {

@@ -28,11 +28,6 @@ TEST(VirtualClock, StartsPausedAtTheEpoch) {
   EXPECT_EQ(clock.source(), VirtualClock::Source::virtualTime);
 }
 
-TEST_F(RunningClock, StandsStillWhilePaused) {
-  passRealTime(5s);
-  EXPECT_EQ(m_clock.uptime(), 0ns);
-}
-
 TEST_F(RunningClock, FollowsRealTimeAtSpeedOneToTheNanosecond) {
   m_clock.setSpeed(1);
   passRealTime(400 * 24h + 1ns);
@@ -40,23 +35,18 @@ TEST_F(RunningClock, FollowsRealTimeAtSpeedOneToTheNanosecond) {
   EXPECT_EQ(m_clock.wall(), 400 * 24h + 1ns);
 }
 
-TEST_F(RunningClock, RunsAtAnyFactor) {
+TEST_F(RunningClock, RunsAtAnySpeedAndKeepsItsTimeWhenItChanges) {
   m_clock.setSpeed(3600);
   passRealTime(2s);
   EXPECT_EQ(m_clock.uptime(), 2h);
   m_clock.setSpeed(0.5);
   passRealTime(2s);
   EXPECT_EQ(m_clock.uptime(), 2h + 1s);
-}
-
-TEST_F(RunningClock, KeepsItsTimeWhenTheSpeedChanges) {
-  m_clock.setSpeed(10);
-  passRealTime(1s);
   m_clock.setSpeed(0);
   passRealTime(1h);
-  EXPECT_EQ(m_clock.uptime(), 10s);
+  EXPECT_EQ(m_clock.uptime(), 2h + 1s);
   m_clock.setSpeed(1);
-  EXPECT_EQ(m_clock.uptime(), 10s);
+  EXPECT_EQ(m_clock.uptime(), 2h + 1s);
 }
 
 TEST_F(RunningClock, RefusesNegativeSpeedsAndNaN) {
@@ -121,15 +111,6 @@ TEST_F(RunningClock, StopsAtAnArmedTimerUntilItIsDelivered) {
   passRealTime(91s);
   EXPECT_EQ(m_clock.uptime(), 10s);
   EXPECT_EQ(m_clock.wall(), 10s);
-}
-
-TEST_F(RunningClock, CatchesUpWithRealTimeAfterALateDelivery) {
-  m_clock.setSpeed(1);
-  startedTimer(10s);
-  passRealTime(100s);
-  EXPECT_EQ(m_clock.runDue(9), 1U);
-  EXPECT_EQ(m_expiries.front().second, 10s);
-  EXPECT_EQ(m_clock.uptime(), 100s);
 }
 
 TEST_F(RunningClock, IsAtTheNextTimerAtInfiniteSpeed) {

@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <latch>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "framework/FailedLookups.h"
@@ -26,34 +25,23 @@ using namespace std::chrono_literals;
 class SlowResolver {
  public:
   std::optional<std::string> resolve() {
-    std::unique_lock lock(m_mutex);
     ++m_asked;
-    m_changed.notify_all();
-    m_changed.wait(lock, [this] { return m_answering; });
+    m_answer.wait();
     ++m_returned;
-    m_changed.notify_all();
     return "192.0.2.1";
   }
-  void answer() {
-    const std::lock_guard lock(m_mutex);
-    m_answering = true;
-    m_changed.notify_all();
+  void answer() { m_answer.count_down(); }
+  // Answers, and waits until so many lookups have returned.
+  void finish(int lookups) {
+    answer();
+    EXPECT_TRUE(support::becomesTrue([&] { return m_returned == lookups; }));
   }
-  void awaitReturns(int number) {
-    std::unique_lock lock(m_mutex);
-    EXPECT_TRUE(m_changed.wait_for(lock, 20s, [&] { return m_returned == number; }));
-  }
-  int asked() {
-    const std::lock_guard lock(m_mutex);
-    return m_asked;
-  }
+  [[nodiscard]] int asked() const { return m_asked; }
 
  private:
-  std::mutex m_mutex;
-  std::condition_variable m_changed;
-  bool m_answering = false;
-  int m_asked = 0;
-  int m_returned = 0;
+  std::latch m_answer{1};
+  std::atomic<int> m_asked{0};
+  std::atomic<int> m_returned{0};
 };
 
 // No test knows the failed names of another.
@@ -87,8 +75,7 @@ TEST_F(BoundedLookup, WaitsBrieflyWhileTheServerIsSilent) {
   EXPECT_EQ(log.count("name lookup of \"f.example\": no answer within 100 ms (a short wait: the "
                       "name server is not answering); not asked again for 60 s"),
             1U);
-  resolver->answer();
-  resolver->awaitReturns(2);
+  resolver->finish(2);
 }
 
 TEST_F(BoundedLookup, DoesNotProlongTheSilenceByAShortWait) {
@@ -99,8 +86,7 @@ TEST_F(BoundedLookup, DoesNotProlongTheSilenceByAShortWait) {
   EXPECT_TRUE(failedLookups().isSilent(later));
   EXPECT_EQ(boundedLookup("l.example", 2ms, resolve), std::nullopt);
   EXPECT_FALSE(failedLookups().isSilent(later + FailedLookups::kKept));
-  resolver->answer();
-  resolver->awaitReturns(2);
+  resolver->finish(2);
 }
 
 // Whether the server counts as silent after a slow lookup has ended with `answer`.
@@ -140,8 +126,7 @@ TEST_F(BoundedLookup, WaitsBrieflyAfterANetworkChange) {
     EXPECT_EQ(boundedLookup("j.example", 20s, resolve), std::nullopt);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
   }
-  resolver->answer();
-  resolver->awaitReturns(3);
+  resolver->finish(3);
 }
 
 TEST_F(BoundedLookup, LooksANameUpAgainAfterALateAddress) {
@@ -168,8 +153,7 @@ TEST_F(BoundedLookup, RefusesMoreThanTheMostLookups) {
   const auto now = std::chrono::steady_clock::now();
   EXPECT_TRUE(failedLookups().holds("0.example", now));
   EXPECT_FALSE(failedLookups().holds("23.example", now)) << "it was not looked up";
-  resolver->answer();
-  resolver->awaitReturns(kMostLookups);
+  resolver->finish(kMostLookups);
 }
 
 TEST_F(BoundedLookup, WorksAgainAfterALackOfMemory) {

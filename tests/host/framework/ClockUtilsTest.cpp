@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstring>
 #include <ctime>
 #include <limits>
@@ -41,12 +40,6 @@ tm record(int year, int month, int day, int hour, int minute, int second) {
   return fields;
 }
 
-std::string dateText(std::chrono::year_month_day date) {
-  const tm day = record(static_cast<int>(date.year()), static_cast<int>(unsigned{date.month()}),
-                        static_cast<int>(unsigned{date.day()}), 0, 0, 0);
-  return printed(day).substr(0, 10);
-}
-
 TEST(UtcStringParser, ConvertsToUtc) {
   const Row rows[] = {
       {"2016-06-16T00:00:00+00:00", "2016-06-16T00:00:00+00:00", 4, 167},
@@ -70,17 +63,6 @@ TEST(UtcStringParser, ConvertsToUtc) {
     EXPECT_EQ(utc.tm_wday, row.weekday) << row.text;
     EXPECT_EQ(utc.tm_yday, row.dayOfYear) << row.text;
     EXPECT_EQ(utc.tm_isdst, 0) << row.text;
-  }
-}
-
-TEST(UtcStringParser, CarriesTheDateOverTheEndOfEachMonth) {
-  constexpr std::chrono::days kDay{1};
-  for (std::chrono::year_month month{std::chrono::year(2023), std::chrono::January};
-       month.year() < std::chrono::year(2025); month += std::chrono::months(1)) {
-    const std::chrono::sys_days first = month / 1;
-    const std::string before = dateText(first - kDay);
-    EXPECT_EQ(printed(parsed(dateText(first) + "T00:30:00+01:00")), before + "T23:30:00+00:00");
-    EXPECT_EQ(printed(parsed(before + "T23:30:00-01:00")), dateText(first) + "T00:30:00+00:00");
   }
 }
 

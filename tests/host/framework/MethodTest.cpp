@@ -40,28 +40,22 @@ TEST(Method, KeepsTheOrderOfItsParameters) {
 }
 
 TEST(Method, KeepsEveryValue) {
-  for (const int value :
-       {0, -1, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+  const auto expectKept = [](auto add, auto get, const auto& value, auto read) {
     Method method;
-    method.addIntParameter("n", value, Parameter::in);
-    int read = 42;
-    EXPECT_TRUE(method.getIntParameter("n", read, Parameter::in));
+    (method.*add)("name", value, Parameter::in);
+    EXPECT_TRUE((method.*get)("name", read, Parameter::in));
     EXPECT_EQ(read, value);
+  };
+  using Limits = std::numeric_limits<int>;
+  for (const int value : {0, -1, Limits::max(), Limits::min()}) {
+    expectKept(&Method::addIntParameter, &Method::getIntParameter, value, 42);
   }
   for (const std::string& value :
        {std::string(), std::string("a\0b\xFF", 4), std::string(1 << 20, 'x')}) {
-    Method method;
-    method.addStringParameter("s", value, Parameter::in);
-    std::string read = "old";
-    EXPECT_TRUE(method.getStringParameter("s", read, Parameter::in));
-    EXPECT_EQ(read, value);
+    expectKept(&Method::addStringParameter, &Method::getStringParameter, value, std::string("old"));
   }
   for (const bool value : {false, true}) {
-    Method method;
-    method.addBoolParameter("b", value, Parameter::in);
-    bool read = !value;
-    EXPECT_TRUE(method.getBoolParameter("b", read, Parameter::in));
-    EXPECT_EQ(read, value);
+    expectKept(&Method::addBoolParameter, &Method::getBoolParameter, value, !value);
   }
 }
 

@@ -2,13 +2,14 @@
 #include <gtest/gtest.h>
 #include <netdb.h>
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <latch>
 #include <string_view>
 
 #include "NetHelper.h"
 #include "framework/FailedLookups.h"
+#include "support/Becomes.h"
 
 namespace {
 
@@ -16,27 +17,14 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 // The state of the lookups that do not get an answer.
-struct Resolver {
-  std::mutex mutex;  // guards the members below
-  std::condition_variable changed;
-  bool answering = false;
-  bool ended = false;
-  int asked = 0;
-};
-
-Resolver& resolver() {
-  static Resolver& one = *new Resolver;  // lookups may outlive every other object
-  return one;
-}
+std::atomic<int> g_asked{0};
+std::latch g_answer{1};
+std::atomic<bool> g_ended{false};
 
 // Destroyed when the thread of a lookup ends.
 struct ThreadEnd {
   ThreadEnd() = default;
-  ~ThreadEnd() {
-    const std::lock_guard lock(resolver().mutex);
-    resolver().ended = true;
-    resolver().changed.notify_all();
-  }
+  ~ThreadEnd() { g_ended = true; }
   ThreadEnd(const ThreadEnd&) = delete;
   ThreadEnd& operator=(const ThreadEnd&) = delete;
 };
@@ -44,9 +32,8 @@ struct ThreadEnd {
 // As a resolver does that gets no answer from its servers.
 int failLate() {
   thread_local const ThreadEnd end;
-  std::unique_lock lock(resolver().mutex);
-  ++resolver().asked;
-  resolver().changed.wait(lock, [] { return resolver().answering; });
+  ++g_asked;
+  g_answer.wait();
   return EAI_AGAIN;
 }
 
@@ -87,11 +74,9 @@ TEST(Resolver, HasASecondToAnswerAndIsNotAskedAgainSoon) {
   for (int i = 0; i < 100; ++i) {
     EXPECT_FALSE(NetHelper::dnsLookup("time.example.org", buffer, sizeof buffer, 0));
   }
-  std::unique_lock lock(resolver().mutex);
-  EXPECT_EQ(resolver().asked, 1);
-  resolver().answering = true;
-  resolver().changed.notify_all();
-  EXPECT_TRUE(resolver().changed.wait_for(lock, 20s, [] { return resolver().ended; }));
+  EXPECT_EQ(g_asked, 1);
+  g_answer.count_down();
+  EXPECT_TRUE(support::becomesTrue([] { return g_ended.load(); }));
   EXPECT_TRUE(host::failedLookups().isSilent(Clock::now())) << "no server has answered";
 }
 
