@@ -3,9 +3,9 @@
 #include <memory>
 
 // A streaming parser for small XML documents.
-// Owner: its creator. Thread: one at a time; callbacks run inside parseMessage. The text of an
-// element is handed to the character-data callback in one piece, just before the end callback, when
-// it is not empty.
+// Owner: its creator. Thread: one at a time; callbacks run inside parseMessage. The character-data
+// callback gets the text of an element in one piece, just before the end callback, and only if the
+// text is not empty.
 class XmlParser {
  public:
   using StartElement = void (*)(void* userData, const char* name, const char** attributes);

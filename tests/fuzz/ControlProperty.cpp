@@ -1,5 +1,5 @@
-// Control requests, a line each, to a telephone with the plug-in that ships: each is answered once,
-// with a JSON object that fits a frame, and a refusal is one line.
+// Sends each line as a control request to a telephone with the plug-in that ships. Each request is
+// answered once, with a JSON object that fits a frame, and a refusal is one line.
 
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -22,8 +22,8 @@ using fuzz::hold;
 using host::Json;
 
 constexpr std::size_t kMostRequests = 16;
-constexpr double kLongWay = 86400;  // seconds of virtual time; a longer one only takes longer
-constexpr double kLongestWay = 36525 * kLongWay;  // what is beyond it is to be refused
+constexpr double kLongAdvance = 86400;  // seconds of virtual time; a longer one only takes longer
+constexpr double kLongestAdvance = 36525 * kLongAdvance;  // a longer one must be refused
 
 // A client that reads everything. Thread: any.
 class Client final : public host::ControlChannel {
@@ -53,7 +53,7 @@ class Client final : public host::ControlChannel {
   }
 
  private:
-  mutable std::mutex m_mutex;  // guards what follows
+  mutable std::mutex m_mutex;  // guards the replies and items
   std::vector<std::string> m_replies;
   std::vector<std::string> m_items;
   std::function<void()> m_gone;
@@ -89,7 +89,7 @@ class Host {
   void ask(const std::string& request) {
     const auto client = std::make_shared<Client>();
     m_controller.handle({request, client});
-    // A task may leave another behind it.
+    // A task may post another one.
     for (int round = 0; round < 2; ++round) m_device.managementThread().run([] {});
     holdAnswer(*client, request);
     client->hangUp();
@@ -115,7 +115,7 @@ Json objectOf(const std::string& text) {
 void Host::holdAnswer(const Client& client, const std::string& request) {
   for (const std::string& item : client.items()) objectOf(item);
   const std::vector<std::string> replies = client.replies();
-  if (replies.empty() && !client.items().empty()) return;  // the log, followed
+  if (replies.empty() && !client.items().empty()) return;  // log --follow
   hold(replies.size() == 1, "a request is answered once", request);
   const Json answer = objectOf(replies.front());
   hold(answer.contains("ok") && answer["ok"].is_boolean(), "an answer is yes or no", request);
@@ -124,14 +124,14 @@ void Host::holdAnswer(const Client& client, const std::string& request) {
   hold(fuzz::isShortLine(error), "a refusal is one line", error);
 }
 
-// Time that passes by years is left out, and so is a way that could be years long.
+// Advances by more than a day, and moves to a landmark, which may be years ahead.
 bool takesLong(const std::string& request) {
   const Json json = Json::parse(request, nullptr, false);
   const auto seconds = json.is_object() ? json.find("seconds") : json.end();
   if (!json.is_object()) return false;
   if (seconds != json.end() && seconds->is_number() && json.contains("action") &&
       json["action"] == "advance") {
-    return seconds->get<double>() > kLongWay && seconds->get<double>() <= kLongestWay;
+    return seconds->get<double>() > kLongAdvance && seconds->get<double>() <= kLongestAdvance;
   }
   return json.contains("landmark");
 }

@@ -20,8 +20,8 @@ namespace simulation {
 // What the telephone must do and answer, calculated in another way than the service does it:
 // instants in milliseconds of uptime instead of timers, offsets of the C library instead of mktime,
 // masks and strftime instead of positions, settings as the texts of the store.
-// apply() takes a step; then the journal has what must have happened, and snapshot() what must be
-// answered. Between two steps the process is under the TZ of both sides.
+// After apply() the journal has what must have happened, and snapshot() what must be answered.
+// Between two steps the process's TZ is that of both sides.
 class Reference {
  public:
   void apply(const Step& step);
@@ -34,8 +34,8 @@ class Reference {
   }
 
  private:
-  // What is due at an instant. Those before `hour` come in this order at the same instant, the
-  // others in the order in which they were armed.
+  // What can be due. At the same instant, those before `hour` come in this order, and the others in
+  // the order in which they were armed.
   enum Moment { saveDue, timeSetDue, dateSetDue, zoneDue, hour, midnight, clientRestart };
   struct Due {
     std::int64_t at;
@@ -88,7 +88,7 @@ class Reference {
   [[nodiscard]] const std::string& server() const { return m_memory.at("SNTPaddress"); }
   [[nodiscard]] bool hasServer() const;
 
-  // ReferenceDevice.cpp: start, restart, the NTP client, services of the device
+  // Reference.cpp: start, restart, the NTP client, services of the device
   void applyToDevice(const Step& step);
   void restart(const Step& step);
   void startUp(const std::string& tz);

@@ -70,7 +70,7 @@ void Reference::applyToManagement(const Step& step) {
 // What the store does not tell has its default.
 void Reference::load(const Setting& setting) {
   const bool readable = m_stored && !m_trouble[Act::storeSilent] && m_store.count(setting.stored);
-  const char* const usual = m_big ? setting.usualBig : setting.usual;
+  const char* const usual = m_big ? setting.byDefaultOnBig : setting.byDefault;
   m_memory[setting.stored] = meaning(setting, readable ? m_store[setting.stored] : usual);
 }
 
@@ -208,7 +208,7 @@ void Reference::reset() {
   bool done = false;
   for (const char* const key : {"date-format", "time-format"}) {
     const Setting& setting = *settingOf(key);
-    const std::string usual = m_big ? setting.usualBig : setting.usual;
+    const std::string usual = m_big ? setting.byDefaultOnBig : setting.byDefault;
     const bool mayReset = m_mayReset.count(key) == 0 || m_mayReset[key];
     if (!m_managed || !mayReset || m_memory[setting.stored] == usual) continue;
     set(key, usual);

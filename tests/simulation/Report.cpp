@@ -90,7 +90,7 @@ std::string differenceText(std::uint64_t seed, const Run& run) {
 }
 
 std::string wayText(const Run& shortest) {
-  std::string text = "the shortest way there, from a first start:\n";
+  std::string text = "the shortest run that differs, from a first start:\n";
   const std::size_t size = shortest.steps.size();
   const std::size_t first = size - std::min(size, kMostSteps);
   if (first > 0) text += "  " + std::to_string(first) + " steps, and then\n";

@@ -15,7 +15,7 @@ Steps jacks(std::int64_t count) {
   return steps;
 }
 
-// Goes wrong as soon as there were jacks 17 and 42, in this order; in another way without jack 0.
+// Differs after jacks 17 and 42, in this order. Without jack 0 it differs in another way.
 Run wrongAfterTwoJacks(const Steps& steps) {
   if (steps.empty() || steps[0].numbers[0] != 0)
     return {steps, Difference{steps.size(), {"fine"}, {"poor"}}, 0};
@@ -38,7 +38,7 @@ Run wrongIn(Lines expected, Lines actual) {
 TEST(SimulationReport, ShrinksToTheStepsOfTheSameFault) {
   const auto shortest = shrunk(wrongAfterTwoJacks(jacks(1000)), wrongAfterTwoJacks);
   EXPECT_EQ(wayText(shortest),
-            "the shortest way there, from a first start:\n"
+            "the shortest run that differs, from a first start:\n"
             "  jack event 0 1\n  jack event 17 1\n  jack event 42 1\n"
             "where\n  must be:\n    good\n  is:\n    bad\n");
 }
@@ -48,7 +48,7 @@ TEST(SimulationReport, ShrinkingEndsWhenItsTimeIsOver) {
   EXPECT_EQ(shrunk(wrongAfterTwoJacks(jacks(1000)), never, {}).steps.size(), 43U);
 }
 
-TEST(SimulationReport, TellsSeedStepAndBothSides) {
+TEST(SimulationReport, PrintsSeedStepAndBothSides) {
   EXPECT_EQ(differenceText(99, wrongAfterTwoJacks(jacks(100))),
             "seed 99, step 43: jack event 42 1\n"
             "  must be:\n    good\n  is:\n    bad\n");
@@ -57,14 +57,14 @@ TEST(SimulationReport, TellsSeedStepAndBothSides) {
             "  must be:\n    good\n  is:\n    (nothing more)\n");
 }
 
-TEST(SimulationReport, ShowsTheLinesThatDifferAlone) {
+TEST(SimulationReport, ShowsOnlyTheLinesThatDiffer) {
   EXPECT_THAT(differenceText(1, wrongIn({"1", "2", "3", "end"}, {"one", "2", "three", "end"})),
               HasSubstr("must be:\n    1\n    3\n  is:\n    one\n    three\n"));
   EXPECT_THAT(differenceText(1, wrongIn({"one", "two", "end"}, {"one", "two", "two", "end"})),
               HasSubstr("must be:\n    (nothing more)\n  is:\n    two\n"));
 }
 
-TEST(SimulationReport, ShowsTheLastStepsOfALongWay) {
+TEST(SimulationReport, ShowsTheLastStepsOfALongRun) {
   const std::string text = wayText({jacks(100), Difference{100, {"good"}, {"bad"}}, 0});
   EXPECT_THAT(text, HasSubstr("start:\n  40 steps, and then\n  jack event 40 1\n"));
   EXPECT_THAT(text, HasSubstr("  jack event 99 1\nwhere\n  must be:\n    good\n"));

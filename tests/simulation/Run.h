@@ -38,7 +38,7 @@ using Runner = std::function<Run(const Steps&)>;
 
 // The seed, the step, and the lines that differ on both sides.
 [[nodiscard]] std::string differenceText(std::uint64_t seed, const Run& run);
-// The last 60 steps of the shortest way to a difference, and the lines there.
+// The last 60 steps of the shortest run to a difference, and the lines that differ.
 [[nodiscard]] std::string wayText(const Run& shortest);
 // How the first lines that differ begin, without digits: the same in two runs with the same fault.
 [[nodiscard]] std::string faultOf(const Difference& difference);

@@ -24,7 +24,7 @@ constexpr std::size_t kRunSteps = 2500;
 constexpr std::size_t kFixedLots = 20;
 constexpr std::size_t kNewLots = 10;
 
-// The difference stands in the output before the long search for the shortest way.
+// Prints the difference before the long search for the shortest run.
 void showDifference(std::uint64_t seed, const Run& wrong) {
   std::cout << differenceText(seed, wrong) << std::flush;
   const auto again = [](const Steps& steps) { return run(steps); };

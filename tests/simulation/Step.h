@@ -12,8 +12,8 @@ enum class Act {
   jump,          // numbers: wall time in milliseconds since 1970
   set,           // texts: management key, value
   get,           // texts: management key
-  reset,         // the user's formats go back to the defaults
-  deviceValue,   // texts: key, value of the device's own
+  reset,         // resets the user's formats to the defaults
+  deviceValue,   // texts: key, value of the device
   outsideStore,  // texts: storage key, value written by another program
   ask,           // texts: UTC text; numbers: seconds, then the six fields of getUTCTime
   strangeCall,   // texts: what is wrong with the request ("unknown", "garbage", "codec", "nobody")
@@ -29,16 +29,16 @@ enum class Act {
   storeSilent,   // numbers: 1 nothing can be read, 0 no longer
   launchFails,   // numbers: 1 programs cannot be started, 0 no longer
   lookupsFail,   // numbers: 1 no name can be looked up, 0 no longer
-  service,       // texts: name; numbers: 1 appears, 0 is gone
-  mayReset,      // texts: key; numbers: 1 it is the user's, 0 it is not
+  service,       // texts: name; numbers: 1 appears, 0 disappears
+  mayReset,      // texts: key; numbers: 1 it is user data, 0 it is not
   logLevel,      // numbers: 0-6
   fallbackFile,  // texts: content
   idle,          // run, shutdown and hook switch: no effect
-  restart,       // numbers: 1 in order or 0 power cut, variant, missing services, wall time in ms;
+  restart,       // numbers: 1 orderly or 0 power cut, variant, missing services, wall time in ms;
                  // texts: TZ of the new process
 };
 
-// One thing that happens to the telephone. Data alone, so that any list of steps can be run again.
+// One thing that happens to the telephone. Only data, so that any list of steps can be run again.
 // Callers and observers: "peer..." is another process, "stranger" one that no event reaches,
 // "nobody" a null observer; all others are in the service's own process.
 struct Step {
@@ -50,19 +50,19 @@ struct Step {
 using Steps = std::vector<Step>;
 using Lines = std::vector<std::string>;
 
-// One line that a person can read.
+// One readable line.
 [[nodiscard]] std::string describe(const Step& step);
 
 [[nodiscard]] inline bool isRemote(const std::string& name) {
   return name.rfind("peer", 0) == 0 || name == "stranger";
 }
 
-// The services of the framework; bit n of "missing services" stands for row n.
+// The services of the framework; bit n of "missing services" is row n.
 inline constexpr const char* kServices[] = {"PhysicalInterfaceServiceIfc", "LocalMgmtIfc",
                                             "SecurityLogServiceIfc", "DataAccessServiceIfc"};
 enum ServiceRow { physicalService, managementService, securityService, storeService };
 
-// The keys that management knows the clock by.
+// The clock's management keys.
 inline constexpr const char* kManagementKeys[] = {"time",
                                                   "simple-time",
                                                   "simple-date",

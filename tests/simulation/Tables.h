@@ -4,12 +4,12 @@
 
 namespace simulation {
 
-// An NTP server that steps set, and what it is.
+// An NTP server that steps set, and its kind.
 struct Address {
   enum Kind { none, name, ipv4, ipv6, wrong };
   const char* text;
   Kind kind;
-  const char* resolved = "";  // of a name: its address; empty if no server knows it
+  const char* resolved = "";  // the address of a name; empty if it has none
 };
 
 inline constexpr Address kAddresses[] = {
@@ -34,7 +34,7 @@ inline constexpr Address kAddresses[] = {
     {"gone.example", Address::name},
 };
 
-// The row of a text; of one that is in no row, the first.
+// The row with this text, or the first row.
 [[nodiscard]] inline const Address& addressOf(const std::string& text) {
   for (const Address& address : kAddresses)
     if (text == address.text) return address;
@@ -42,13 +42,13 @@ inline constexpr Address kAddresses[] = {
 }
 
 // A setting: its management key (empty without one), its storage key, its default on most
-// telephones and on variants 2 to 4.
+// telephones, and its default on variants 2 to 4.
 struct Setting {
   enum Kind { text, number, flag, address, offset, zone };
   const char* key;
   const char* stored;
-  const char* usual;
-  const char* usualBig;
+  const char* byDefault;
+  const char* byDefaultOnBig;
   Kind kind;
 };
 
@@ -79,14 +79,15 @@ inline constexpr const char* kZoneNames =
     "United States;New Zealand;New Zealand (Chatham);";
 inline constexpr int kZones = 15;
 
-// Begin and end of daylight saving: the week's Sunday (5: the last) of a month, and when on it.
+// Begin and end of daylight saving: the Sunday of a month (1: the first, 5: the last), and the
+// time.
 struct ZoneRule {
   struct Change {
     int month, week, hour, minute;
   } begin, end;
 };
 
-// Of zones 1 to 14.
+// Zones 1 to 14.
 inline constexpr ZoneRule kZoneRules[kZones - 1] = {
     {{10, 5, 2, 0}, {4, 1, 3, 0}}, {{10, 5, 2, 0}, {3, 5, 3, 0}},  {{10, 5, 2, 0}, {3, 5, 3, 0}},
     {{10, 1, 2, 0}, {4, 1, 3, 0}}, {{10, 3, 0, 0}, {2, 3, 0, 0}},  {{3, 2, 2, 0}, {11, 1, 2, 0}},

@@ -28,8 +28,8 @@ inline constexpr const char* kDateMasks[] = {"dd.mm.yy", "yy-mm-dd", "mm/dd/yy"}
 inline constexpr const char* kShortDateMasks[] = {"dd.mm.", "mm-dd", "mm/dd/"};
 inline constexpr const char* kSimpleDateMasks[] = {"dd.mm.yyyy", "yyyy-mm-dd", "mm/dd/yyyy"};
 
-// The number that stands in a text where the mask has this letter; as std::string::substr, throws
-// std::out_of_range when the text ends before it.
+// The number at the positions where the mask has this letter. Throws std::out_of_range when the
+// text ends before them.
 [[nodiscard]] int maskedNumber(const std::string& text, const std::string& mask, char letter);
 
 // The 25-character UTC text of an instant, and back.
@@ -39,7 +39,7 @@ inline constexpr const char* kSimpleDateMasks[] = {"dd.mm.yyyy", "yyyy-mm-dd", "
 // The leading decimal number of a text: 0 without one, the nearest 32-bit number when too large.
 [[nodiscard]] int leadingNumber(const std::string& text);
 
-// Anything, kept within 32 bits.
+// The nearest number of 32 bits.
 [[nodiscard]] int within32(std::int64_t number);
 
 // Whole seconds of milliseconds, rounded down.

@@ -16,9 +16,9 @@ SWAPS = {
 STEPS = {"++": "--", "--": "++"}
 WORDS = {"true": "false", "false": "true"}
 COMPARED = {"<", "<=", ">", ">=", "==", "!=", "&&", "||", "!"}
-# What may stand before a sign that belongs to a number alone.
+# Tokens after which a minus is a sign.
 BEFORE_SIGN = {"(", ",", "=", "?", ":", "{", "return", "<", "<=", ">", ">=", "==", "!=", "+", "*"}
-# Their loss is lint's to find: clang sees that what they guard is touched without them.
+# Not removed: clang's thread-safety analysis, in lint, finds a missing lock.
 LOCKS = {"MutexLock", "SemaphoreGuard"}
 NUMBER = re.compile(r"(\d+)(.*)", re.DOTALL)
 
@@ -40,12 +40,12 @@ class Mutant:
 
     @property
     def lines(self):
-        """Where the lines that it changes begin and end."""
+        """The start and the end of the changed lines."""
         return self.text.rfind("\n", 0, self.start) + 1, self.text.find("\n", self.end)
 
     @property
     def change(self):
-        """What it changes on its lines, wherever they are and however they are indented."""
+        """The change, whatever the line numbers and the indentation."""
         first, last = self.lines
         line = self.text[first : self.start], self.text[self.start : self.end], self.text[self.end : last]
         return [part.split() for part in (*line, self.replacement)]
@@ -69,8 +69,8 @@ def mutants_of(path, text):
 
 
 def in_order(mutants, seed):
-    """As the seed shuffles them. The place of each among the others depends on itself alone, so an
-    edit elsewhere adds or removes what it changes, and moves nothing."""
+    """The mutants in the order of the seed. The position of each depends on itself alone, so an edit
+    elsewhere adds or removes mutants there, and moves no others."""
     alike = Counter()
 
     def place(mutant):
@@ -92,7 +92,7 @@ def changes(text, tokens, index):
 def replacements(text, tokens, index):
     token = tokens[index]
     if token.kind == "number":
-        return [] if says_nothing(tokens, index) else numbers_beside(token.text)
+        return [] if has_no_effect(tokens, index) else neighbours(token.text)
     if token.kind == "string":
         return [shorter(token.text)]
     if token.kind == "character":
@@ -112,8 +112,8 @@ def operators_for(text, tokens, index):
     return [SWAPS[token.text]] if blanks and token.text in SWAPS else []
 
 
-def says_nothing(tokens, index):
-    """The 0 of a pure function, and the first value of a local number that a call fills in."""
+def has_no_effect(tokens, index):
+    """Whether it is the 0 of a pure virtual function, or of a local number that a call then sets."""
     if tokens[index].text != "0" or tokens[index - 1].text != "=":
         return False
     if tokens[index - 2].text in (")", "const"):
@@ -124,8 +124,8 @@ def says_nothing(tokens, index):
     return tokens[start].text == "int" and tokens[start - 1].text in (";", "{", "}")
 
 
-def numbers_beside(text):
-    """One more, and one less where that is not below 0."""
+def neighbours(text):
+    """The number plus one, and minus one if that is not below 0."""
     whole, rest = NUMBER.fullmatch(text.replace("'", "")).groups()
     if whole == "0" and rest[:1] in ("x", "X", "b"):
         return []
@@ -133,13 +133,13 @@ def numbers_beside(text):
 
 
 def shorter(text):
-    """Without the last character; an empty text gets one."""
+    """The text without its last character; an empty text gets one."""
     inner = re.findall(r"\\.|.", text[1:-1])
     return f'"{"".join(inner[:-1])}"' if inner else '"x"'
 
 
 def negated_conditions(text, tokens, index):
-    """The conditions without an operator that could be changed instead."""
+    """Conditions, negated, in which no operator can be changed instead."""
     if tokens[index].text not in ("if", "while") or tokens[index + 1].text != "(":
         return
     last = closing(tokens, index + 1)
@@ -166,7 +166,7 @@ def deleted_statements(text, tokens, index):
 
 
 def end_of_statement(tokens, index):
-    """The index of the semicolon that ends the statement at `index`, if it is a plain one."""
+    """The index of the semicolon that ends the statement at `index`, if it is a simple statement."""
     if tokens[index].kind != "name" and tokens[index].text not in ("++", "--", "::"):
         return None
     position = index
@@ -180,7 +180,7 @@ def end_of_statement(tokens, index):
 
 
 def is_call(statement):
-    """name(...), a.b(...), a->b(...), f(...)(...), a chain of them, or a step."""
+    """name(...), a.b(...), a->b(...), f(...)(...), a chain of them, or an increment."""
     if not statement:
         return False
     if statement[0].text in STEPS or statement[-1].text in STEPS:
@@ -196,7 +196,7 @@ def is_assignment(statement):
 
 
 def place(statement):
-    """What follows the name, member, element or call chain that a statement begins with."""
+    """The tokens after the name, member, element or call chain at the start of a statement."""
     position = 0
     wants_name = True
     while position < len(statement):

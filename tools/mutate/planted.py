@@ -2,7 +2,7 @@
 """planted.py BUILD [STEPS]: after how many steps the simulation finds each planted bug.
 
 BUILD is a build folder in which the target "simulate" is built. Each bug changes one line in a copy
-of a source of the plug-in, which is compiled and linked beside the rest. It is run on seeds from 1
+of a source of the plug-in, which is compiled and linked with the other objects. It is run on seeds from 1
 on, 2500 steps each, until a difference or STEPS (100000) in all. The tree stays as it is.
 """
 
@@ -17,8 +17,8 @@ TREE = Path(__file__).resolve().parents[2]
 STEPS_OF_A_RUN = 2500
 CLOCK = "ClockService/"
 
-# Name, source in src/, the text of the line that changes, and what it becomes. A text that stands
-# several times is changed where it stands last.
+# Name, source in src/, the text that changes, and its replacement. If the text occurs several times,
+# its last occurrence changes.
 BUGS = (
     ("wrong sign in TZ", CLOCK + "TimeZoneText.cpp", "utcOffset) * -60.0", "utcOffset) * 60.0"),
     ("event sent twice", CLOCK + "Notifications.cpp",
@@ -31,10 +31,10 @@ BUGS = (
     ("timer not replaced", CLOCK + "Notifications.cpp", "dropTimer(m_timeSyncTimer);", ""),
     ("report of 0 passed on", "SNTPTimeChangeObserver.cpp", "&& secondsSinceEpoch != 0", ""),
     ("wrong default on variant 3", "ClockServiceDataHandler.cpp", "- 2U <= 2U", "- 2U <= 0U"),
-    ("observers told without the lock", CLOCK + "Notifications.cpp",
+    ("observers called without the lock", CLOCK + "Notifications.cpp",
      "const SemaphoreGuard guard(m_observerLock);", ""),
     ("midnight keeps the seconds", CLOCK + "BoundaryDelay.cpp", "local.tm_sec = 0;", ""),
-    ("hour finds its daylight flag anew", CLOCK + "BoundaryDelay.cpp",
+    ("hour recomputes the daylight flag", CLOCK + "BoundaryDelay.cpp",
      "local.tm_hour += 1;", "local.tm_hour += 1, local.tm_isdst = -1;"),
     ("setDate drops the daylight flag", CLOCK + "ClockSetting.cpp",
      "local.tm_mon = saturatedSum(month, -1);",
@@ -83,7 +83,7 @@ BUGS = (
     ("start-up record under another key", CLOCK + "ClockSetting.cpp",
      "record.populate(ManagementKeyNames::kLastRestartDate,",
      "record.populate(ManagementKeyNames::kTime,"),
-    ("UTC text finds its daylight flag anew", CLOCK + "TimeQueries.cpp",
+    ("UTC text recomputes the daylight flag", CLOCK + "TimeQueries.cpp",
      "  mktime(&local);", "  local.tm_isdst = -1, mktime(&local);"),
     ("zone text of zone 0 in automatic", CLOCK + "TimeZoneText.cpp",
      "settings.automatic && !settings.rule.empty()", "settings.automatic"),
@@ -91,7 +91,7 @@ BUGS = (
 
 
 def commands_of(build):
-    """The command that makes the object of each source of "simulate", and the one that links it."""
+    """The command that compiles each source of "simulate", and the one that links it."""
     lines = subprocess.run(["ninja", "-C", build, "-t", "commands", "simulate"], check=True,
                            capture_output=True, text=True).stdout.splitlines()
     compiles = {line.rsplit(" -c ", 1)[1]: line for line in lines if " -c " in line}
@@ -99,7 +99,7 @@ def commands_of(build):
 
 
 def program_with(build, folder, source, changed):
-    """Builds simulate in folder, with this text in the place of a source."""
+    """Builds simulate in folder, with this text instead of a source."""
     compiles, link = commands_of(build)
     place = TREE / "src" / source
     copy = folder / place.name
@@ -139,7 +139,7 @@ def main():
     for name, source, before, after in BUGS:
         text = (TREE / "src" / source).read_text()
         if before not in text:
-            sys.exit(f'planted: "{before}" does not stand in src/{source}')
+            sys.exit(f'planted: "{before}" is not in src/{source}')
         at = text.rindex(before)
         changed = text[:at] + after + text[at + len(before):]
         with tempfile.TemporaryDirectory() as folder:
