@@ -136,6 +136,10 @@ TEST_F(ClientOfAPlayedHost, ReportsTheReasonOfARefusal) {
     EXPECT_EQ(refusalOf([this] { static_cast<void>(m_client.control("{}", kDeadline)); }), reason)
         << reply;
   }
+  sendFrame({FrameKind::controlReply, 0, refusals[0].first});
+  Method method("getTime", Method::call);
+  EXPECT_EQ(refusalOf([&] { static_cast<void>(m_client.call(method, kDeadline)); }),
+            refusals[0].second);
 }
 
 TEST_F(ClientOfAPlayedHost, ReportsTheReasonOfARefusalThatCameBeforeItsFirstRequest) {
