@@ -1,7 +1,6 @@
 #include "remote/RemoteServer.h"
 
 #include <algorithm>
-#include <array>
 #include <exception>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -49,8 +48,8 @@ class RemoteServer::Impl final : public Connection::Listener {
         m_control(std::move(control)),
         m_registrations(limits.clients, limits.furtherRegistrations),
         m_sockets(std::move(sockets)),
-        m_callFile(std::in_place, m_sockets.calls, m_sockets.callers),
-        m_controlFile(m_sockets.control) {}
+        m_calls(Endpoint::calls, m_sockets.calls, m_sockets.callers),
+        m_controls(Endpoint::control, m_sockets.control, {}) {}
 
   void serve(RemoteTarget target);
   void stop();
@@ -64,9 +63,22 @@ class RemoteServer::Impl final : public Connection::Listener {
   void onClosed(Connection& from) override { m_clients.erase(from.number()); }
 
  private:
-  void addClient(Connection::Socket socket, Endpoint endpoint);
-  void acceptAt(const SocketFile& file, Endpoint endpoint, std::optional<Acceptor>& acceptor);
-  [[nodiscard]] ConnectionLimit::Slot takeSlot(Connection::Socket& socket, Endpoint endpoint);
+  struct Listening {
+    Listening(Endpoint at, const std::filesystem::path& path, std::optional<gid_t> group)
+        : endpoint(at), file(std::in_place, path, group) {}
+
+    const Endpoint endpoint;
+    std::optional<SocketFile> file;
+    std::optional<Acceptor> acceptor;
+    ConnectionLimit limit;
+  };
+  struct Client {
+    std::shared_ptr<Connection> connection;
+    ConnectionLimit::Slot slot;
+  };
+
+  void addClient(Connection::Socket socket, Listening& at);
+  [[nodiscard]] ConnectionLimit::Slot takeSlot(Connection::Socket& socket, Listening& at);
   std::optional<std::string> setCodec(Connection& from, std::string_view name);
   [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
 
@@ -79,61 +91,46 @@ class RemoteServer::Impl final : public Connection::Listener {
   PeerRegistry m_peers{m_turns, m_registrations,
                        [this](const auto& address) { return unobservePeer(*m_target, address); }};
   const ServerSockets m_sockets;
-  std::optional<SocketFile> m_callFile;
-  std::optional<SocketFile> m_controlFile;
+  Listening m_calls;
+  Listening m_controls;
   std::optional<RemoteTarget> m_target;
-  std::optional<Acceptor> m_callAcceptor;
-  std::optional<Acceptor> m_controlAcceptor;
   std::uint64_t m_lastNumber = 0;
-  std::array<ConnectionLimit, 2> m_limitOf;  // each endpoint
-  struct Client {
-    std::shared_ptr<Connection> connection;
-    ConnectionLimit::Slot slot;
-  };
   std::map<std::uint64_t, Client> m_clients;
 };
 
 void RemoteServer::Impl::serve(RemoteTarget target) {
   m_target.emplace(std::move(target));
-  acceptAt(*m_callFile, Endpoint::calls, m_callAcceptor);
-  acceptAt(*m_controlFile, Endpoint::control, m_controlAcceptor);
-}
-
-void RemoteServer::Impl::acceptAt(const SocketFile& file, Endpoint endpoint,
-                                  std::optional<Acceptor>& acceptor) {
-  acceptor.emplace(m_loop, file.descriptor(), [this, endpoint](Connection::Socket socket) {
-    addClient(std::move(socket), endpoint);
-  });
+  for (Listening* const at : {&m_calls, &m_controls}) {
+    at->acceptor.emplace(m_loop, at->file->descriptor(), [this, at](Connection::Socket socket) {
+      addClient(std::move(socket), *at);
+    });
+  }
 }
 
 void RemoteServer::Impl::stop() {
-  m_callAcceptor.reset();
-  m_controlAcceptor.reset();
+  for (Listening* const at : {&m_calls, &m_controls}) at->acceptor.reset();
   m_peers.end();
   for (const auto& [number, client] : m_clients) client.connection->peer().answerAll(kShuttingDown);
   while (!m_clients.empty()) std::shared_ptr(m_clients.begin()->second.connection)->end();
-  m_callFile.reset();
-  m_controlFile.reset();
+  for (Listening* const at : {&m_calls, &m_controls}) at->file.reset();
 }
 
-ConnectionLimit::Slot RemoteServer::Impl::takeSlot(Connection::Socket& socket,
-                                                   Endpoint endpoint) try {
-  const std::size_t most = endpoint == Endpoint::control
+ConnectionLimit::Slot RemoteServer::Impl::takeSlot(Connection::Socket& socket, Listening& at) try {
+  const std::size_t most = at.endpoint == Endpoint::control
                                ? m_limits.controlClients
                                : std::min(m_limits.clients, clientsWithDescriptors());
-  ConnectionLimit& limit = m_limitOf[static_cast<std::size_t>(endpoint)];
-  return limit.take(m_limits.user(socket.native_handle()), most);
+  return at.limit.take(m_limits.user(socket.native_handle()), most);
 } catch (const Error& error) {
   Acceptor::refuse(socket.native_handle(), error.what());
   throw;
 }
 
-void RemoteServer::Impl::addClient(Connection::Socket socket, Endpoint endpoint) {
-  ConnectionLimit::Slot slot = takeSlot(socket, endpoint);
+void RemoteServer::Impl::addClient(Connection::Socket socket, Listening& at) {
+  ConnectionLimit::Slot slot = takeSlot(socket, at);
   m_peers.retry();
   const std::uint64_t number = ++m_lastNumber;
-  const auto connection =
-      std::make_shared<Connection>(std::move(socket), endpoint, number, *this, m_limits.unfinished);
+  const auto connection = std::make_shared<Connection>(std::move(socket), at.endpoint, number,
+                                                       *this, m_limits.unfinished);
   connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
   const auto kept = m_clients.emplace(number, Client{connection, std::move(slot)}).first;
