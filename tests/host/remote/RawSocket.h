@@ -7,13 +7,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-#include "base/Descriptor.h"
-#include "remote/Frame.h"
-#include "remote/SocketAddress.h"
+#include "remote/FrameSocket.h"
 
 namespace host {
 
@@ -29,18 +26,12 @@ inline std::string frames(FrameKind kind, std::string_view payload, std::size_t 
 // A client that sends any bytes at any time.
 class RawSocket {
  public:
-  explicit RawSocket(const std::filesystem::path& file)
-      : m_descriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    const SocketAddress address(file);
-    if (::connect(m_descriptor.get(), address.get(), address.size()) != 0) {
-      throw std::runtime_error("cannot connect");
-    }
-  }
+  explicit RawSocket(const std::filesystem::path& file) : m_socket(file) {}
 
   // False when the server has disconnected.
   bool send(std::string_view bytes) {
     while (!bytes.empty()) {
-      const ssize_t sent = ::send(m_descriptor.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      const ssize_t sent = ::send(m_socket.descriptor(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
       if (sent < 0) return false;
       bytes.remove_prefix(static_cast<std::size_t>(sent));
     }
@@ -54,14 +45,14 @@ class RawSocket {
     for (;;) {
       const auto left = deadline - std::chrono::steady_clock::now();
       const auto wait = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-      pollfd waited{m_descriptor.get(), POLLIN, 0};
+      pollfd waited{m_socket.descriptor(), POLLIN, 0};
       if (wait <= 0 || ::poll(&waited, 1, static_cast<int>(wait)) <= 0) return false;
-      if (::recv(m_descriptor.get(), bytes, sizeof bytes, 0) <= 0) return true;
+      if (::recv(m_socket.descriptor(), bytes, sizeof bytes, 0) <= 0) return true;
     }
   }
 
  private:
-  Descriptor m_descriptor;
+  FrameSocket m_socket;
 };
 
 }  // namespace host

@@ -47,20 +47,6 @@ void leaveStale(const std::filesystem::path& file) {
   ASSERT_EQ(::bind(socket.get(), address.get(), address.size()), 0);
 }
 
-TEST(SocketFile, IsForTheOwnerAloneAndIsRemovedByTheDestructor) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
-  {
-    const SocketFile socket(file);
-    struct stat found {};
-    ASSERT_EQ(::stat(file.c_str(), &found), 0);
-    EXPECT_EQ(found.st_mode & 07777U, 0600U);
-    EXPECT_TRUE(canConnect(file));
-  }
-  EXPECT_FALSE(std::filesystem::exists(file));
-  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
-}
-
 // A user may give a file to a group of its own, root to any.
 gid_t someGroup() {
   std::vector<gid_t> groups(static_cast<std::size_t>(::getgroups(0, nullptr)));
@@ -68,49 +54,55 @@ gid_t someGroup() {
   return ::geteuid() == 0 ? 12345 : groups.empty() ? ::getegid() : groups.back();
 }
 
-TEST(SocketFile, IsAlsoForTheNamedGroup) {
-  const gid_t group = someGroup();
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
-  const SocketFile socket(file, group);
+struct stat statusOf(const std::filesystem::path& file) {
   struct stat found {};
-  ASSERT_EQ(::stat(file.c_str(), &found), 0);
+  EXPECT_EQ(::stat(file.c_str(), &found), 0) << file;
+  return found;
+}
+
+class SocketFileInNewFolder : public ::testing::Test {
+ protected:
+  const support::TemporaryFolder folder;
+  const std::filesystem::path file = folder / "socket";
+};
+
+TEST_F(SocketFileInNewFolder, IsRemovedByItsDestructor) {
+  {
+    const SocketFile socket(file);
+    EXPECT_TRUE(canConnect(file));
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST_F(SocketFileInNewFolder, AndItsOwnFolderAreForTheOwnerAlone) {
+  const SocketFile socket(folder / "run" / "socket");
+  EXPECT_EQ(statusOf(folder / "run").st_mode & 07777U, 0700U);
+  EXPECT_EQ(statusOf(folder / "run" / "socket").st_mode & 07777U, 0600U);
+}
+
+TEST_F(SocketFileInNewFolder, AndItsOwnFolderAreAlsoForTheNamedGroup) {
+  const SocketFile socket(folder / "run" / "socket", someGroup());
+  const struct stat run = statusOf(folder / "run");
+  EXPECT_EQ(run.st_mode & 07777U, 0710U);
+  EXPECT_EQ(run.st_gid, someGroup());
+  const struct stat found = statusOf(folder / "run" / "socket");
   EXPECT_EQ(found.st_mode & 07777U, 0660U);
-  EXPECT_EQ(found.st_gid, group);
+  EXPECT_EQ(found.st_gid, someGroup());
   EXPECT_EQ(found.st_uid, ::geteuid());
 }
 
-TEST(SocketFile, CreatesItsFolderForTheOwnerAlone) {
-  const support::TemporaryFolder folder;
-  const auto inner = folder / "run";
-  const SocketFile socket(inner / "socket");
-  EXPECT_EQ(std::filesystem::status(inner).permissions(), std::filesystem::perms::owner_all);
-}
-
-TEST(SocketFile, CreatesItsFolderSoThatTheGroupCanEnter) {
-  const support::TemporaryFolder folder;
-  const auto inner = folder / "run";
-  const SocketFile socket(inner / "socket", someGroup());
-  struct stat found {};
-  ASSERT_EQ(::stat(inner.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777U, 0710U);
-  EXPECT_EQ(found.st_gid, someGroup());
-}
-
-TEST(SocketFile, LogsAFolderThatItsGroupCannotEnter) {
-  const support::TemporaryFolder folder;
+TEST_F(SocketFileInNewFolder, LogsAFolderThatItsGroupCannotEnter) {
   const gid_t group = someGroup();
-  struct stat former {};
-  ASSERT_EQ(::stat(folder.path().c_str(), &former), 0);
-  const auto file = folder / "run" / "socket";
-  const std::string line = "socket " + file.string() + ": its group (" + std::to_string(group) +
+  const struct stat former = statusOf(folder.path());
+  const auto inner = folder / "run" / "socket";
+  const std::string line = "socket " + inner.string() + ": its group (" + std::to_string(group) +
                            ") cannot enter the folder " + folder.path().string() + " (mode ";
   for (const gid_t owner : {former.st_gid, group}) {
     ASSERT_EQ(::chown(folder.path().c_str(), ::geteuid(), owner), 0);
     for (const mode_t mode : {0700U, 0701U, 0710U, 0711U}) {
       const support::LogCapture log;
       std::filesystem::permissions(folder.path(), std::filesystem::perms(mode));
-      const SocketFile socket(file, group);
+      const SocketFile socket(inner, group);
       const bool enters = (mode & (owner == group ? S_IXGRP : S_IXOTH)) != 0;
       EXPECT_EQ(log.hasPart(line), !enters) << std::oct << mode << log.text();
       const SocketFile without(folder / "other");
@@ -119,30 +111,24 @@ TEST(SocketFile, LogsAFolderThatItsGroupCannotEnter) {
   }
   const support::LogCapture log;
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0700));
-  const SocketFile socket(file, group);
+  const SocketFile socket(inner, group);
   EXPECT_TRUE(log.has(line + "0700); let it, or choose another place with --socket")) << log.text();
 }
 
-TEST(SocketFile, ReplacesAStaleOne) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
+TEST_F(SocketFileInNewFolder, ReplacesAStaleOne) {
   leaveStale(file);
   EXPECT_FALSE(canConnect(file));
   const SocketFile socket(file);
   EXPECT_TRUE(canConnect(file));
 }
 
-TEST(SocketFile, RefusesTheSocketOfARunningHost) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
+TEST_F(SocketFileInNewFolder, RefusesTheSocketOfARunningHost) {
   const SocketFile live(file);
   EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
   EXPECT_TRUE(canConnect(file));
 }
 
-TEST(SocketFile, RefusesTheSocketOfARunningHostWithAFullBacklog) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
+TEST_F(SocketFileInNewFolder, RefusesTheSocketOfARunningHostWithAFullBacklog) {
   const SocketFile live(file);
   ASSERT_EQ(::listen(live.descriptor(), 0), 0);
   const SocketAddress address(file);
@@ -153,9 +139,7 @@ TEST(SocketFile, RefusesTheSocketOfARunningHostWithAFullBacklog) {
   EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
 }
 
-TEST(SocketFile, RefusesAFileThatIsNoSocketAndKeepsIt) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
+TEST_F(SocketFileInNewFolder, RefusesAFileThatIsNoSocketAndKeepsIt) {
   std::ofstream(file) << "precious";
   EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": the file exists and is not a socket");
   EXPECT_EQ(std::filesystem::file_size(file), 8U);
@@ -171,16 +155,12 @@ TEST(SocketFile, RefusesAFolderThatCannotBeCreated) {
             "socket /proc/none/socket: cannot bind it: No such file or directory");
 }
 
-TEST(SocketFile, RefusesWhenNoDescriptorIsLeft) {
-  const support::TemporaryFolder folder;
+TEST_F(SocketFileInNewFolder, RefusesWhenNoDescriptorIsLeft) {
   const support::SoftLimit none(RLIMIT_NOFILE, 0);
-  EXPECT_EQ(refusalOf(folder / "socket"),
-            "socket " + (folder / "socket").string() + ": cannot create it: Too many open files");
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": cannot create it: Too many open files");
 }
 
-TEST(SocketFile, OneOfManyThatStartAtOnceGetsIt) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
+TEST_F(SocketFileInNewFolder, OneOfManyThatStartAtOnceGetsIt) {
   for (int round = 0; round < 20; ++round) {
     leaveStale(file);
     std::vector<std::unique_ptr<SocketFile>> taken(4);
@@ -201,34 +181,28 @@ TEST(SocketFile, OneOfManyThatStartAtOnceGetsIt) {
 }
 
 // A stopped process, or one of another user, may hold the folder's lock for ever.
-TEST(SocketFile, RefusesAFolderThatStaysLocked) {
-  const support::TemporaryFolder folder;
+TEST_F(SocketFileInNewFolder, RefusesAFolderThatStaysLocked) {
   const Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
-  const auto file = folder / "socket";
   EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": its folder " + folder.path().string() +
                                  " stays locked by another process; end that one, or choose "
                                  "another folder");
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-TEST(SocketFile, WaitsForAHostThatStartsInTheSameFolder) {
-  const support::TemporaryFolder folder;
+TEST_F(SocketFileInNewFolder, WaitsForAHostThatStartsInTheSameFolder) {
   Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
   std::string refusal = "none yet";
   {
-    const support::WaitingCall taking(
-        [&] { refusal = refusalOf(folder / "socket", std::chrono::hours(1)); });
+    const support::WaitingCall taking([&] { refusal = refusalOf(file, std::chrono::hours(1)); });
     EXPECT_TRUE(taking.waits());
     lock.reset();
   }
   EXPECT_EQ(refusal, "");
 }
 
-TEST(SocketFile, DoesNotRemoveTheFileOfAnotherSocket) {
-  const support::TemporaryFolder folder;
-  const auto file = folder / "socket";
+TEST_F(SocketFileInNewFolder, DoesNotRemoveTheFileOfAnotherSocket) {
   auto first = std::make_unique<SocketFile>(file);
   std::filesystem::remove(file);
   const SocketFile second(file);
