@@ -1,5 +1,5 @@
 // The property of a fuzz target holds for every input of its corpus in the tree. Needs no fuzzer,
-// and runs in every build.
+// and runs in every build. Compiled once for all targets.
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <vector>
 
 #include "fuzz/Property.h"
@@ -28,9 +29,18 @@ class Replay : public testing::Test {
   }
 };
 
+// The program fuzz_utc_text_test replays the folder utc-text.
+fs::path corpusFolder() {
+  const std::string program = fs::read_symlink("/proc/self/exe").filename();
+  const std::size_t begin = program.find('_') + 1;
+  std::string target = program.substr(begin, program.rfind('_') - begin);
+  std::replace(target.begin(), target.end(), '_', '-');
+  return fs::path(CLOCK_FUZZ_CORPUS) / target;
+}
+
 std::vector<fs::path> corpus() {
   std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(CLOCK_FUZZ_CORPUS)) files.push_back(entry.path());
+  for (const auto& entry : fs::directory_iterator(corpusFolder())) files.push_back(entry.path());
   std::sort(files.begin(), files.end());
   return files;
 }
