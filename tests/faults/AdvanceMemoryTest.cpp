@@ -1,4 +1,4 @@
-// Memory runs out for good at the n-th allocation while the clock advances.
+// Memory runs out permanently at the n-th allocation while the clock advances.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -20,7 +20,7 @@ using host::FrameKind;
 
 constexpr std::chrono::seconds kPatience(10);
 
-// Takes far longer than a test, so that memory runs out on the way.
+// Takes far longer than a test, so that memory runs out before it ends.
 constexpr const char* kCentury = R"({"verb":"clock","action":"advance","seconds":3155760000})";
 constexpr const char* kHour = R"({"verb":"clock","action":"advance","seconds":3600})";
 
@@ -40,14 +40,14 @@ class MemoryRunsOutOnTheWay : public ::testing::TestWithParam<std::uint64_t> {
     return text;
   }
 
-  // A call is served between two slices: the request has been read and freed by then.
+  // The time changes after the first slice of the move; by then the request has been freed.
   void advanceForACentury() {
     const auto before = time();
     client->send({FrameKind::controlRequest, 1, kCentury});
     support::becomesTrue([&] { return time() != before; }, kPatience);
   }
 
-  // What the client hears; nothing: the host is gone, or has dropped it.
+  // The reply to the client; nothing when the host is gone or has dropped it.
   std::optional<std::string> answer() try {
     Frame frame;
     if (client->receive(frame, std::chrono::steady_clock::now() + kPatience)) {
@@ -72,7 +72,7 @@ TEST_P(MemoryRunsOutOnTheWay, AndTheMoveIsGivenUp) {
   EXPECT_TRUE(time()) << "the host serves others";
   const std::string next = caller.control(kHour).value_or("no answer");
   EXPECT_EQ(next.find(R"({"ok":true)"), next.find('{')) << next << ": the next move is made";
-  EXPECT_TRUE(host.program().says("memory was short", 0));
+  EXPECT_TRUE(host.program().says("out of memory", 0));
   EXPECT_EQ(host.end(SIGTERM).status, 0);
   if (HasFailure()) std::printf("the log:\n%s", host.program().err().c_str());
 }

@@ -7,10 +7,6 @@ namespace {
 
 using nlohmann::json;
 
-std::string text(const json& request) {
-  return request.dump();
-}
-
 }  // namespace
 
 template <class Request>
@@ -39,13 +35,13 @@ std::optional<Method> Caller::call(const std::string& name) {
 }
 
 std::optional<bool> Caller::set(const std::string& key, const std::string& value) {
-  const auto reply = control(text({{"verb", "set"}, {"key", key}, {"value", value}}));
+  const auto reply = control(json{{"verb", "set"}, {"key", key}, {"value", value}}.dump());
   if (!reply) return std::nullopt;
   return json::parse(*reply).at("ok").get<bool>();
 }
 
 std::optional<std::string> Caller::get(const std::string& key) {
-  const auto reply = control(text({{"verb", "get"}, {"key", key}}));
+  const auto reply = control(json{{"verb", "get"}, {"key", key}}.dump());
   if (!reply) return std::nullopt;
   const json answer = json::parse(*reply);
   if (!answer.at("ok").get<bool>()) return std::nullopt;

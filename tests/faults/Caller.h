@@ -11,29 +11,30 @@
 
 namespace faults {
 
-// A client that expects to lose its connections: it connects again for its next request. What it
-// does not expect is to be left waiting. Owner: a test. Thread: one at a time.
+// A client that connects again when it was dropped. A dropped connection is no failure, but a
+// request without an answer is. Owner: a test. Thread: one at a time.
 class Caller {
  public:
   static constexpr std::chrono::seconds kLimit{5};
 
   explicit Caller(const integration::RestartableHost& host) : m_host(host) {}
 
-  // The reply to a control request as it came; nothing when the connection was lost instead.
+  // The reply to a request, or nothing when the connection was lost.
   [[nodiscard]] std::optional<std::string> control(const std::string& json);
   [[nodiscard]] std::optional<Method> call(const std::string& name);
 
-  // A management value set, as the host answers it: true, false, or nothing.
+  // Sets or reads a management value. Whether it was accepted; nothing when the connection was
+  // lost.
   [[nodiscard]] std::optional<bool> set(const std::string& key, const std::string& value);
   [[nodiscard]] std::optional<std::string> get(const std::string& key);
 
-  // The next event within the limit; nothing when none came or the connection was lost.
+  // The next event; nothing when none came within the limit or the connection was lost.
   [[nodiscard]] std::optional<Method> nextEvent(std::chrono::milliseconds limit);
 
-  // For calls and events.
+  // Whether the connection for calls and events exists.
   [[nodiscard]] bool connected() const { return m_client != nullptr; }
 
-  // How often a request had neither an answer nor an end of the connection.
+  // How many requests had no answer within the limit while the connection stayed open.
   [[nodiscard]] int leftWaiting() const { return m_leftWaiting; }
 
  private:

@@ -1,5 +1,5 @@
-// The C library's calls as the host under test finds them: this library comes before it. What is
-// not to fail goes straight on to the system.
+// Replaces calls of the C library in the host under test. A call that must not fail goes straight
+// to the system.
 #include "faults/FailingCalls.h"
 
 #include <dlfcn.h>
@@ -15,6 +15,7 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <cstdarg>
 #include <cstdlib>
 #include <string_view>
@@ -43,7 +44,7 @@ Call plannedCall() {
   return plan == nullptr ? Call::none : plan->call.load();
 }
 
-// One row: a kind of file, known by a part of its path, and what calls on it count as.
+// A kind of file, recognised by a part of its path, and how the calls on it count.
 struct FileKind {
   std::string_view part;
   Call open;
@@ -72,7 +73,7 @@ bool failsOn(std::string_view path, Column column) {
 
 constexpr std::string_view kDescriptors = "/proc/self/fd/";
 
-// The system knows a descriptor's path. Empty: it has none.
+// The path that a link in /proc refers to; empty when it cannot be read.
 std::string_view readLink(const char* link, std::array<char, 4096>& path) {
   const long size = ::syscall(SYS_readlinkat, AT_FDCWD, link, path.data(), path.size());
   return {path.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
@@ -80,31 +81,25 @@ std::string_view readLink(const char* link, std::array<char, 4096>& path) {
 
 bool failsOn(int descriptor, Column column) {
   if (plannedCall() == Call::none) return false;
-  std::array<char, 32> link{};
-  std::size_t end = kDescriptors.copy(link.data(), link.size());
-  std::array<char, 10> digits;
-  std::size_t count = 0;
-  for (int rest = descriptor; rest > 0 || count == 0; rest /= 10) {
-    digits[count++] = static_cast<char>('0' + rest % 10);
-  }
-  while (count > 0) link[end++] = digits[--count];
+  std::array<char, 32> link{};  // with a zero at its end
+  const std::size_t size = kDescriptors.copy(link.data(), link.size());
+  std::to_chars(link.begin() + size, link.end() - 1, descriptor);
   std::array<char, 4096> path;
   return failsOn(readLink(link.data(), path), column);
 }
 
-// A pipe opened for writing is a try to wake its reader, repeated until it does: no point of
-// failure.
+// The host opens the pipe for writing to wake its reader, and repeats that until it succeeds. Such
+// a failure has no effect.
 bool isWake(std::string_view path, int flags) {
   return (flags & O_ACCMODE) == O_WRONLY && path.find("/ipc/") != std::string_view::npos;
 }
 
-// The rest of an opening of the pipe is read without waiting, only to be dropped: no point of
-// failure.
+// A non-blocking read only discards the rest of an opening of the pipe. Its failure has no effect.
 bool isDropped(int descriptor) {
   return (::fcntl(descriptor, F_GETFL) & O_NONBLOCK) != 0;
 }
 
-// The pipe that the host holds is opened through its descriptor.
+// The host opens its pipe through a descriptor in /proc.
 int openFile(const char* path, int flags, mode_t mode) {
   std::array<char, 4096> target;
   std::string_view name = path == nullptr ? "" : path;
@@ -113,20 +108,22 @@ int openFile(const char* path, int flags, mode_t mode) {
   return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
-// Without a client there is nothing to accept, and no failure either.
+// Without a waiting client, accept would fail anyway.
 bool somebodyWaits(int listener) {
   pollfd asked{listener, POLLIN, 0};
   return ::poll(&asked, 1, 0) == 1;
 }
 
-// The thread sanitizer has one of its own, which comes first.
+// The first thread under the thread sanitizer is its own.
 bool isTheSanitizers() {
   static std::atomic<bool> first{support::kThreadSanitizer};
   return first.exchange(false);
 }
 
-constexpr bool takesMode(int flags) {
-  return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+// The argument after the flags of an open.
+mode_t modeAfter(int flags, va_list rest) {
+  const bool hasMode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+  return hasMode ? va_arg(rest, mode_t) : 0;
 }
 
 template <class Function>
@@ -162,24 +159,18 @@ using faults::FileKind;
 extern "C" {
 
 int open(const char* path, int flags, ...) {
-  mode_t mode = 0;
-  if (faults::takesMode(flags)) {
-    va_list rest;
-    va_start(rest, flags);
-    mode = va_arg(rest, mode_t);
-    va_end(rest);
-  }
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = faults::modeAfter(flags, rest);
+  va_end(rest);
   return faults::openFile(path, flags, mode);
 }
 
 int open64(const char* path, int flags, ...) {
-  mode_t mode = 0;
-  if (faults::takesMode(flags)) {
-    va_list rest;
-    va_start(rest, flags);
-    mode = va_arg(rest, mode_t);
-    va_end(rest);
-  }
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = faults::modeAfter(flags, rest);
+  va_end(rest);
   return faults::openFile(path, flags | O_LARGEFILE, mode);
 }
 
@@ -229,19 +220,19 @@ ssize_t send(int socket, const void* bytes, size_t count, int flags) {
   return ::syscall(SYS_sendto, socket, bytes, count, flags, nullptr, 0);
 }
 
-// The pause after a failed open or read of the pipe costs the test no time.
+// Skips the pause after a failed open or read of the pipe.
 unsigned int sleep(unsigned int) {
   return 0;
 }
 
-// A name is looked up without the machine's hosts file and without a name server.
+// Resolves localhost without the machine's hosts file and name server.
 int getaddrinfo(const char* name, const char* service, const addrinfo* wanted, addrinfo** found) {
   static const auto real = faults::next<decltype(getaddrinfo)>("getaddrinfo");
   const bool local = std::string_view(name) == "localhost";
   return real(local ? "127.0.0.1" : name, service, wanted, found);
 }
 
-// These answer with the error itself.
+// The next two return the error number.
 int posix_spawn(pid_t* id, const char* path, const posix_spawn_file_actions_t* actions,
                 const posix_spawnattr_t* attributes, char* const arguments[],
                 char* const environment[]) {

@@ -5,7 +5,7 @@
 
 namespace faults {
 
-// The calls of the system that can be made to fail, told apart by the file they are made on.
+// The system calls that can be made to fail, distinguished by the file that they use.
 enum class Call : std::uint32_t {
   none,
   storeOpen,
@@ -25,30 +25,30 @@ enum class Call : std::uint32_t {
   memory
 };
 
-// What is to fail in a host, in a file that the host and its test both map: the test writes the
-// plan, the host's calls count themselves and look whether it is their turn. All zero: none.
+// Which call of a host fails. The test writes the plan into a file that both map, and the host's
+// calls count themselves. All zero: none fails.
 struct Plan {
   std::atomic<Call> call;
-  std::atomic<std::uint32_t> error;  // errno of the failure; of memory: kReserveThere, ...Spent
-  std::atomic<std::uint64_t> nth;    // which one fails; 1 is the first since the plan was made
-  std::atomic<std::uint64_t> seen;   // how many there were
+  std::atomic<std::uint32_t> error;  // errno; for memory: kReserveThere or kReserveSpent
+  std::atomic<std::uint64_t> nth;    // which call fails; 1 is the first after arming
+  std::atomic<std::uint64_t> seen;   // calls so far
 };
 static_assert(std::atomic<Call>::is_always_lock_free &&
               std::atomic<std::uint64_t>::is_always_lock_free);
 
-inline constexpr int kReserveThere = 0;  // memory that is given back can be had again
-inline constexpr int kReserveSpent = 1;  // it cannot
+inline constexpr int kReserveThere = 0;  // freed memory can be allocated again
+inline constexpr int kReserveSpent = 1;  // it cannot be
 
-// Names the file of the plan to the host.
+// The environment variable with the path of the plan.
 inline constexpr const char* kPlanVariable = "CLOCK_FAILING_CALLS";
 
-// Whether this call is the one with a plan.
+// Whether the plan is for this call.
 [[nodiscard]] bool isPlanned(Call call) noexcept;
 
-// Counts one call. True, with errno set, when it is the one to fail. Thread: any.
+// Counts one call. True, with errno set, when this one must fail. Thread: any.
 [[nodiscard]] bool fails(Call call) noexcept;
 
-// That errno.
+// The errno of the plan.
 [[nodiscard]] int plannedError() noexcept;
 
 }  // namespace faults

@@ -1,5 +1,5 @@
-// Memory as the host under test finds it: the C library's, until the planned allocation comes. From
-// that one on there is no more than was in use just then, until the plan is over.
+// Memory of the host under test: unlimited until the planned allocation. From then on, until the
+// plan is disarmed, no more than was in use at that moment.
 #include <malloc.h>
 
 #include <atomic>
@@ -39,7 +39,7 @@ void* operator new(std::size_t size) {
   }
 }
 
-// Of its own, where a sanitizer's would not come by here.
+// Defined too, as a sanitizer's version would not call the one above.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   try {
     return ::operator new(size);

@@ -1,5 +1,5 @@
 // Memory runs out at the n-th allocation while the host handles a frame, for n = 1, 2, 3 ... until
-// it does with less.
+// the host needs fewer.
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
@@ -24,10 +24,10 @@ using host::Frame;
 using host::FrameKind;
 
 constexpr std::chrono::seconds kAnswerLimit(5);
-constexpr std::uint32_t kFrame = 2;   // ids of what the client sends
-constexpr std::uint32_t kBehind = 3;  // is answered after it, when that is answered at all
-constexpr std::uint32_t kBefore = 4;  // in turns
-constexpr int kFramesOfTurns = 150;   // more than two turns take
+constexpr std::uint32_t kFrame = 2;   // ids of the client's frames
+constexpr std::uint32_t kBehind = 3;  // its reply comes after that of kFrame, if that has one
+constexpr std::uint32_t kBefore = 4;  // of the frames ahead
+constexpr int kFramesOfTurns = 150;   // more than the loop handles in two turns
 constexpr const char* kKey = "ntp-secret";
 
 std::string secret(std::uint64_t nth) {
@@ -44,19 +44,19 @@ std::string call(const char* method, const std::string& text = "") {
 
 enum Conditions : unsigned {
   usual = 0,
-  newcomer = 1,      // memory runs out before the client has connected
-  reserveSpent = 2,  // there is no reserve any more
-  sets = 4,          // what it sends is a set
-  inTurns = 8        // more of the same comes first, so that it takes several turns of the loop
+  newcomer = 1,      // memory runs out before the client connects
+  reserveSpent = 2,  // the host's memory reserve is used up
+  sets = 4,          // the frame is a set
+  inTurns = 8        // many equal frames come first, so that the loop needs several turns
 };
 
-// One row: what a client sends while memory runs out.
+// What a client sends while memory runs out.
 struct Situation {
   const char* name;
   FrameKind kind;
   std::string payload;
   unsigned conditions = usual;
-  std::uint64_t step = 1;  // from one allocation to the next that fails
+  std::uint64_t step = 1;  // from one failing allocation to the next
 };
 
 const Situation kSituations[] = {
@@ -112,7 +112,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
 
   static bool isCall() { return GetParam().kind == FrameKind::call; }
 
-  // A frame that is always answered at the socket of the row.
+  // Sends a frame that is always answered, and waits for the reply.
   static void exchangeOne(host::FrameSocket& client) {
     const std::string any = isCall() ? call("getTime") : R"({"verb":"clock","action":"show"})";
     client.send({GetParam().kind, 1, any});
@@ -120,7 +120,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
     EXPECT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kAnswerLimit));
   }
 
-  // In one piece, so that they do not come one by one.
+  // In one send, so that they arrive together.
   static void sendTurns(const host::FrameSocket& client) {
     std::string frames;
     for (int i = 0; i < kFramesOfTurns; ++i) {
@@ -130,7 +130,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
     EXPECT_EQ(sent, static_cast<ssize_t>(frames.size()));
   }
 
-  // The reply to the row's frame; nothing when it was lost, or the connection with it.
+  // The reply to the frame; nothing when the host dropped the reply or the client.
   std::optional<std::string> sendWithout(std::uint64_t nth) try {
     const bool unknown = has(newcomer);
     if (unknown) plan.arm(Call::memory, reserve(), nth);
@@ -152,12 +152,12 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
     return std::nullopt;
   }
 
-  // The host goes on, has said what happened, and has kept what it acknowledged.
+  // The host goes on, has logged the failure, and has kept what it acknowledged.
   void expectAllIsWell() {
     Caller caller(host);
     EXPECT_TRUE(caller.call("getTime"));
     EXPECT_EQ(caller.leftWaiting(), 0);
-    EXPECT_TRUE(host.program().says("memory was short", seenLog));
+    EXPECT_TRUE(host.program().says("out of memory", seenLog));
     seenLog = host.program().err().size();
     if (has(sets)) expectTheSetIsKept(caller);
   }
@@ -197,7 +197,7 @@ TEST_P(MemoryRunsOut, AndTheHostLivesOn) {
     if (has(sets) && reply) ledger.answered(kKey, set, *reply == R"({"ok":true})");
     if (failed) ++count;
     if (failed) expectAllIsWell();
-    // A request in JSON is still being freed when its answer has come, and that takes memory.
+    // The host may still be handling a JSON request after its reply, and that takes memory.
     if (!failed || !has(reserveSpent)) expectAnEvent();
   }
   std::printf("memory, %s: ran out at %d allocations\n", GetParam().name, count);

@@ -1,15 +1,24 @@
-// The n-th call fails, for n = 1, 2, 3 ... until a telephone's life meets no failure any more.
+// The n-th call fails, for n = 1, 2, 3 ... until a workload has fewer than n calls.
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <ostream>
 #include <regex>
 
-#include "faults/FaultPoints.h"
-#include "faults/Life.h"
 #include "faults/PlanFile.h"
+#include "faults/Workload.h"
 
 namespace faults {
+
+// A call that is made to fail, and what the log then says.
+struct FaultPoint {
+  const char* name;
+  Call call;
+  int error;                     // errno
+  const char* logged;            // a regular expression that a line of the log matches
+  bool quietAtShutdown = false;  // a failure during the shutdown is not logged
+};
 
 void PrintTo(const FaultPoint& point, std::ostream* out) {
   *out << point.name;
@@ -17,36 +26,55 @@ void PrintTo(const FaultPoint& point, std::ostream* out) {
 
 namespace {
 
-std::string testName(const ::testing::TestParamInfo<FaultPoint>& info) {
-  std::string name;
-  for (const char letter : std::string(info.param.name)) {
-    if (letter != ' ' && letter != ',') name += letter;
-  }
-  return name;
-}
+// The calls whose failure a telephone must survive.
+constexpr const char* kStore = "store \"[^\"]*\"";
+constexpr const char* kScript = "storage \"setupTZ.sh\" cannot be ";
+// A client of the time server has a thread that waits for its end.
+constexpr const char* kThread =
+    "cannot start (\"|the )|no thread for it|Thread couldn't be started";
+
+// clang-format off
+constexpr FaultPoint kPoints[] = {
+    {"store open",      Call::storeOpen,      EMFILE, kStore},
+    {"store read",      Call::storeRead,      EIO,    kStore},
+    {"store write",     Call::storeWrite,     ENOSPC, kStore},
+    {"store sync",      Call::storeSync,      EIO,    kStore},
+    {"script open",     Call::scriptOpen,     EMFILE, kScript},
+    {"script write",    Call::scriptWrite,    ENOSPC, kScript},
+    {"script sync",     Call::scriptSync,     EIO,    kScript},
+    {"script rename",   Call::scriptRename,   EIO,    kScript},
+    {"spawn",           Call::spawn,          EAGAIN, "cannot start \"[^\"]*\""},
+    {"thread creation", Call::threadCreation, EAGAIN, kThread},
+    {"pipe open",       Call::pipeOpen,       EMFILE, "Cannot open .*ntpclient|pipe of the time reports", true},
+    {"pipe read",       Call::pipeRead,       EIO,    "Read failed", true},
+    {"accept",          Call::accept,         ENOBUFS, "cannot accept clients"},
+    {"accept, full",    Call::accept,         EMFILE, "client turned away"},
+    {"send",            Call::send,           ENOBUFS, "client [0-9]+ .*dropped"},
+};
+// clang-format on
 
 class NthCallFails : public ::testing::TestWithParam<FaultPoint> {
  protected:
   // True when there was an n-th call.
-  static bool liveWithFailure(const FaultPoint& point, std::uint64_t nth) {
-    Life life;
-    PlanFile plan(life.host().folder() / "plan");
+  static bool runWithFailure(const FaultPoint& point, std::uint64_t nth) {
+    Workload workload;
+    PlanFile plan(workload.host().folder() / "plan");
     plan.arm(point.call, point.error, nth);
-    life.live(plan);
+    workload.run(plan);
     const bool failed = plan.disarm();
-    life.lookBack();
-    EXPECT_EQ(life.complaints(), std::vector<std::string>{});
-    expectInTheLog(point, life, failed);
-    if (::testing::Test::HasFailure()) std::printf("the log:\n%s", life.log().c_str());
+    workload.checkState();
+    EXPECT_EQ(workload.complaints(), std::vector<std::string>{});
+    expectInTheLog(point, workload, failed);
+    if (::testing::Test::HasFailure()) std::printf("the log:\n%s", workload.log().c_str());
     return failed;
   }
 
  private:
-  // The words of a failure, and only of one: a life that met none must not have them either.
-  static void expectInTheLog(const FaultPoint& point, const Life& life, bool failed) {
-    if (failed && point.quietAtTheEnd && life.failedAtAnEnd()) return;
-    EXPECT_EQ(std::regex_search(life.log(), std::regex(point.logged)), failed)
-        << "the log of a life " << (failed ? "with" : "without") << " a failure";
+  // The log tells of a failure if, and only if, there was one.
+  static void expectInTheLog(const FaultPoint& point, const Workload& workload, bool failed) {
+    if (failed && point.quietAtShutdown && workload.failedAtShutdown()) return;
+    EXPECT_EQ(std::regex_search(workload.log(), std::regex(point.logged)), failed)
+        << "the log of a workload " << (failed ? "with" : "without") << " a failure";
   }
 };
 
@@ -54,16 +82,21 @@ TEST_P(NthCallFails, AndNothingAcknowledgedIsLost) {
   std::uint64_t nth = 1;
   while (!HasFailure()) {
     SCOPED_TRACE(std::string(GetParam().name) + " number " + std::to_string(nth));
-    if (!liveWithFailure(GetParam(), nth)) break;
+    if (!runWithFailure(GetParam(), nth)) break;
     ++nth;
   }
   std::printf("%s: each of %llu failed once\n", GetParam().name,
               static_cast<unsigned long long>(nth - 1));
-  EXPECT_GT(nth, 1U) << "the life has no such call";
+  EXPECT_GT(nth, 1U) << "the workload has no such call";
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, NthCallFails,
-                         ::testing::ValuesIn(faultPoints().begin(), faultPoints().end()), testName);
+std::string testName(const ::testing::TestParamInfo<FaultPoint>& info) {
+  std::string name = info.param.name;
+  std::erase_if(name, [](char letter) { return letter == ' ' || letter == ','; });
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, NthCallFails, ::testing::ValuesIn(kPoints), testName);
 
 }  // namespace
 }  // namespace faults

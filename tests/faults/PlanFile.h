@@ -7,7 +7,7 @@
 
 namespace faults {
 
-// The test's end of the plan: its file, named to each host that is started while it lives.
+// The file of the plan, for each host that is started during its lifetime.
 // Owner: a test, one at a time. Failure: std::system_error from the constructor.
 class PlanFile {
  public:
@@ -16,12 +16,12 @@ class PlanFile {
   PlanFile(const PlanFile&) = delete;
   PlanFile& operator=(const PlanFile&) = delete;
 
-  // From now on calls are counted, and the n-th (1: the first) fails.
+  // Counts calls from now on; the n-th fails, where 1 is the first.
   void arm(Call call, int error, std::uint64_t nth);
 
   [[nodiscard]] bool failed() const { return m_plan->seen >= m_plan->nth; }
 
-  // No call fails any more. True when one did.
+  // No call fails from now on. True when one has failed.
   bool disarm();
 
  private:

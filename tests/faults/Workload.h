@@ -10,44 +10,44 @@
 
 namespace faults {
 
-// A telephone's life in short: everything that it depends on is used, in two runs of the host, the
-// first of them on a fresh store. Any call of the host may fail meanwhile.
-// Owner: a test. Thread: the test's. Failure: what went wrong is a line of complaints().
-class Life {
+// Uses all that a telephone depends on, in two runs of the host, the first on a fresh store. Any
+// call of the host may fail meanwhile. Owner: a test. Thread: the test's. Failure: a line of
+// complaints().
+class Workload {
  public:
-  Life();
+  Workload();
 
-  // Lives through both runs. What the hosts wrote to standard error is added to log().
-  void live(const PlanFile& plan);
+  // Both runs. Appends the standard error of the hosts to log().
+  void run(const PlanFile& plan);
 
-  // A host on what the life has left: everything acknowledged is there, and it answers.
-  void lookBack();
+  // Starts a host afterwards: it must answer and have everything that was acknowledged.
+  void checkState();
 
   [[nodiscard]] integration::RestartableHost& host() { return m_host; }
   [[nodiscard]] const std::string& log() const { return m_log; }
-  [[nodiscard]] bool failedAtAnEnd() const { return m_failedAtAnEnd; }
+  [[nodiscard]] bool failedAtShutdown() const { return m_failedAtShutdown; }
   [[nodiscard]] const std::vector<std::string>& complaints() const { return m_complaints; }
 
  private:
   enum class Run { first, second };
 
-  void live(Run run);
-  void endUnder(const PlanFile& plan);
+  void runHost(Run run);
+  void endWith(const PlanFile& plan);
   void work(Run run);
   void set(const std::string& key, const std::string& value);
   void moveClock(const std::string& action);
-  void hearOfAReport();
-  void hearAnEvent();
-  [[nodiscard]] bool isDeaf();
+  void awaitReport();
+  void awaitEvent();
+  [[nodiscard]] bool hasNoListener();
   void end();
-  void lookAtScript();
-  void lookForDamage();
+  void checkScript();
+  void checkForDamage();
   void complain(const std::string& text) { m_complaints.push_back(text); }
 
   integration::RestartableHost m_host;
   integration::SetLedger m_ledger;
   std::string m_log;
-  bool m_failedAtAnEnd = false;
+  bool m_failedAtShutdown = false;
   bool m_hasScript = false;
   std::vector<std::string> m_complaints;
   std::unique_ptr<Caller> m_operator;
