@@ -1,67 +1,63 @@
 #include "integration/HostTraces.h"
 
 #include <algorithm>
-#include <chrono>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "integration/Programs.h"
+#include "support/Becomes.h"
 #include "support/FileContent.h"
 
 namespace integration {
 namespace {
 
-constexpr std::chrono::seconds kUntilThereIsOne(30);
+namespace fs = std::filesystem;
 
-// Words that each end with a zero; none of a process that has gone.
-Words commandLineOf(const std::filesystem::path& process) {
-  const std::string text = support::contentOf(process / "cmdline");
+// Empty for a process that has ended.
+Words commandLineOf(const fs::path& process) {
+  std::istringstream text(support::contentOf(process / "cmdline"));
   Words words;
-  for (auto begin = text.begin(); begin != text.end();) {
-    const auto end = std::find(begin, text.end(), '\0');
-    words.emplace_back(begin, end);
-    begin = end == text.end() ? end : end + 1;
-  }
+  for (std::string word; std::getline(text, word, '\0');) words.push_back(word);
   return words;
 }
 
-bool isParentOf(const std::filesystem::path& process, pid_t parent) {
+bool isChildOf(pid_t parent, const fs::path& process) {
   return support::contentOf(process / "status").find("\nPPid:\t" + std::to_string(parent) + "\n") !=
          std::string::npos;
 }
 
-std::vector<std::filesystem::path> processes() {
-  std::vector<std::filesystem::path> found;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+std::vector<fs::path> processes() {
+  std::vector<fs::path> found;
+  for (const auto& entry : fs::directory_iterator("/proc")) {
     const std::string name = entry.path().filename();
     if (name.find_first_not_of("0123456789") == std::string::npos) found.push_back(entry.path());
   }
   return found;
 }
 
-std::filesystem::path folderAmong(const Words& words) {
-  const auto state = std::find(words.begin(), words.end(), "--state");
-  if (words.end() - state < 2) return {};
-  return std::filesystem::path(state[1]).parent_path();
+// The folder around the state folder in a host's command line; empty when it has none.
+fs::path folderIn(const Words& words) {
+  const auto option = std::find(words.begin(), words.end(), "--state");
+  return words.end() - option < 2 ? fs::path() : fs::path(option[1]).parent_path();
 }
 
 }  // namespace
 
-std::filesystem::path folderOfTheHostOf(pid_t program) {
-  const auto deadline = std::chrono::steady_clock::now() + kUntilThereIsOne;
-  while (std::chrono::steady_clock::now() < deadline) {
-    for (const auto& process : processes()) {
-      if (!isParentOf(process, program)) continue;
-      auto folder = folderAmong(commandLineOf(process));
-      if (!folder.empty()) return folder;
+fs::path hostFolderOf(pid_t parent) {
+  fs::path folder;
+  support::becomesTrue([&] {
+    for (const fs::path& process : processes()) {
+      if (folder.empty() && isChildOf(parent, process)) folder = folderIn(commandLineOf(process));
     }
-  }
-  return {};
+    return !folder.empty();
+  });
+  return folder;
 }
 
-bool livesSomebodyIn(const std::filesystem::path& folder) {
+bool isInUse(const fs::path& folder) {
   const auto all = processes();
-  return std::any_of(all.begin(), all.end(), [&folder](const auto& process) {
+  return std::any_of(all.begin(), all.end(), [&folder](const fs::path& process) {
     return support::contentOf(process / "cmdline").find(folder.string()) != std::string::npos;
   });
 }

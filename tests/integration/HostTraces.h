@@ -6,13 +6,13 @@
 
 namespace integration {
 
-// Of the hosts that another program starts: for tests that look what it leaves behind.
+// For tests of programs that start hosts: where a host runs, and whether one was left behind.
 
-// Waits until the program has a clockhost, and returns the folder that its host lives in; empty
-// when it has none within 30 seconds.
-[[nodiscard]] std::filesystem::path folderOfTheHostOf(pid_t program);
+// Waits until a process has started a clockhost. The parent of that host's state folder; empty when
+// there is none within 30 seconds.
+[[nodiscard]] std::filesystem::path hostFolderOf(pid_t parent);
 
 // Whether a process of this machine has the folder in its command line.
-[[nodiscard]] bool livesSomebodyIn(const std::filesystem::path& folder);
+[[nodiscard]] bool isInUse(const std::filesystem::path& folder);
 
 }  // namespace integration

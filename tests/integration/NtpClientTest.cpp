@@ -24,7 +24,7 @@ fs::path processFolder(const std::string& id) {
   return fs::path("/proc") / id;
 }
 
-// What the client's program in /proc/PID/fd refers to.
+// The kind of a file that a descriptor in /proc/PID/fd refers to.
 std::string kindOf(const std::string& file) {
   if (file.find("pidfd") != std::string::npos) return "pidfd";
   if (!file.starts_with("socket:")) return "file";

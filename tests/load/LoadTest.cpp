@@ -46,12 +46,12 @@ TEST(Load, NoAttackDelaysABystanderOrTheEnd) {
 TEST(Load, ProgramThatIsStoppedLeavesNothing) {
   const support::TemporaryFolder folder;
   integration::Program program(folder.path(), "load", {LOAD, "--seconds", "600"});
-  const auto home = integration::folderOfTheHostOf(program.id());
+  const auto home = integration::hostFolderOf(program.id());
   EXPECT_TRUE(std::filesystem::exists(home));
   program.signal(SIGTERM);
   EXPECT_EQ(program.wait().status, 128 + SIGTERM);
   EXPECT_FALSE(std::filesystem::exists(home));
-  EXPECT_FALSE(integration::livesSomebodyIn(home));
+  EXPECT_FALSE(integration::isInUse(home));
 }
 
 // `count` durations of the same length.

@@ -55,12 +55,12 @@ TEST(PowerCut, LoadReportsFaultsOtherThanTheHostsEnd) {
 TEST(PowerCut, StoppedProgramCleansUp) {
   const support::TemporaryFolder folder;
   integration::Program powercuts(folder.path(), "powercuts", {POWERCUTS, "--cuts", "1000000"});
-  const auto home = integration::folderOfTheHostOf(powercuts.id());
+  const auto home = integration::hostFolderOf(powercuts.id());
   EXPECT_TRUE(std::filesystem::exists(home));
   powercuts.signal(SIGTERM);
   EXPECT_EQ(powercuts.wait().status, 128 + SIGTERM);
   EXPECT_FALSE(std::filesystem::exists(home));
-  EXPECT_FALSE(integration::livesSomebodyIn(home));
+  EXPECT_FALSE(integration::isInUse(home));
 }
 
 TEST(PowerCut, ProgramRefusesZeroCuts) {
