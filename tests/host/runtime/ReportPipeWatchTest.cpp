@@ -114,6 +114,8 @@ TEST_F(WatchedPipe, IsReplacedEachTimeItIsDeletedOrMoved) {
       [this] { fs::remove_all(onHost("/tmp/votk/ipc")); },
   };
   for (const auto& change : changes) expectRepaired(change);
+  fs::remove_all(onHost("/moved folder"));
+  EXPECT_FALSE(isReadable()) << "what was moved away is no longer watched";
 }
 
 TEST_F(WatchedPipe, IgnoresReportsAndOtherFiles) {
