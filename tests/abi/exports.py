@@ -10,9 +10,9 @@ def main(nm, plugin):
     listing = subprocess.check_output([nm, "-D", "--defined-only", plugin], text=True)
     found = sorted(line.split()[-1] for line in listing.splitlines())
     for name in sorted(set(found) - set(FACTORIES)):
-        print(f"exported, and should not be: {name}")
+        print(f"must not be exported: {name}")
     for name in sorted(set(FACTORIES) - set(found)):
-        print(f"not exported: {name}")
+        print(f"must be exported: {name}")
     return 0 if found == FACTORIES else 1
 
 

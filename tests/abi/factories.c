@@ -1,10 +1,10 @@
-/* The factories as a C program finds them: plain names, no arguments, an object each. */
+/* Calls the factories as a C program: plain names, no arguments, each returns an object. */
 #include <dlfcn.h>
 #include <stdio.h>
 #include <string.h>
 
-/* factories.cpp: the framework's side, which ends each object. Returns what is wrong with it, or
-   NULL. */
+/* In factories.cpp, the framework's side: each deletes the object, and returns what is wrong with it
+   or NULL. */
 const char* releaseService(void* object);
 const char* releaseInvoker(void* object);
 const char* releaseProxy(void* object);

@@ -1,5 +1,5 @@
-// The framework's side, built apart from the plug-in: it finds the interfaces of each object by
-// cast, catches what is thrown, and ends each object through its base.
+// The framework's side, built apart from the plug-in: it casts each object to its interfaces,
+// catches its exceptions, and deletes it through its base.
 #include <stdexcept>
 
 #include "ClockServiceIfc.h"

@@ -1,6 +1,6 @@
 """A firmware build needs only CMake and a C++ compiler: firmware.py CMAKE COMPILER MAKE TREE
 
-Builds the plug-in alone in a fresh folder, with a PATH that holds the compiler's own tools only.
+Builds the plug-in alone in a new folder, with only the compiler's own tools in PATH.
 """
 
 import os

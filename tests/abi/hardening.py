@@ -1,6 +1,6 @@
 """The plug-in and the programs are hardened: hardening.py READELF NM CHECKED_SIZES FILE...
 
-CHECKED_SIZES: 1 where the build has the C library check sizes (_FORTIFY_SOURCE), or else 0.
+CHECKED_SIZES: 1 if the C library checks sizes in this build (_FORTIFY_SOURCE), otherwise 0.
 """
 
 import re
@@ -13,17 +13,17 @@ def output(*command):
 
 
 def rules(readelf, nm, file):
-    """What must be true of the file, by what it is called in the report."""
+    """Each rule's name in the report, and whether it holds for the file."""
     dynamic = output(readelf, "-dW", file)
     segments = output(readelf, "-lW", file)
     stack = re.search(r"GNU_STACK.* (\S+) +0x\w+$", segments, re.MULTILINE)
     yield "is position independent", re.search(r"Type:\s+DYN\b", output(readelf, "-hW", file))
     if "INTERP" in segments:
         yield "is a position independent program", re.search(r"FLAGS_1.*\bPIE\b", dynamic)
-    yield "has its relocations read-only", "GNU_RELRO" in segments
-    yield "is bound at the start", re.search(r"FLAGS\).*\bBIND_NOW\b|FLAGS_1.*\bNOW\b", dynamic)
-    yield "has a stack that cannot be executed", stack and "E" not in stack[1]
-    yield "has no segment both written and executed", not re.search(r" RWE +0x", segments)
+    yield "has read-only relocations", "GNU_RELRO" in segments
+    yield "binds all symbols at start", re.search(r"FLAGS\).*\bBIND_NOW\b|FLAGS_1.*\bNOW\b", dynamic)
+    yield "has a stack that is not executable", stack and "E" not in stack[1]
+    yield "has no segment that is writable and executable", not re.search(r" RWE +0x", segments)
     yield "has no relocations in its code", "TEXTREL" not in dynamic
     yield "has a stack protector", "__stack_chk_fail@" in output(nm, "-D", "-u", file)
 

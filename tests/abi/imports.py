@@ -55,9 +55,9 @@ def main(nm, readelf, plugin, folder):
     wrong = [f"symbol {name}" for name in foreign_symbols(symbols, names)]
     wrong += [f"library {name}" for name in foreign_libraries(readelf, plugin)]
     for line in wrong:
-        print(f"asked for, and not part of the seam: {line}")
+        print(f"imported, but not declared in platform/: {line}")
     if names.isdisjoint(owners(symbols)):
-        print("nothing of platform/ is asked for, which cannot be")
+        print("no name of platform/ is imported: the list of names must be wrong")
         return 1
     return 1 if wrong else 0
 

@@ -1,6 +1,6 @@
-// Never linked: the compiler dumps these classes, and slots.py reads the order of their virtual
-// slots. A dump names a slot in full only where a class fills it for a base that is not its first,
-// so each interface has a probe that does that for every slot.
+// Only compiled: slots.py reads the order of virtual slots from the compiler's dump of these
+// classes. The dump names a slot in full only where a class overrides it for a base that is not the
+// first, so a probe does that for every slot of an interface.
 #include <string>
 #include <type_traits>
 

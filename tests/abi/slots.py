@@ -1,6 +1,6 @@
 """Checks the order of virtual slots and of bases: slots.py COMPILER OPTION...
 
-Reads the compiler's class dump of slots.cpp and compares it with slots.txt.
+Compares the compiler's class dump of slots.cpp with slots.txt.
 """
 
 import difflib
@@ -30,7 +30,7 @@ def demangled(text):
 
 
 def tables_of(block):
-    """The tables of a class after its first one, a list of entries for each."""
+    """The virtual tables of a class after its first one, each as a list of entries."""
     tables = []
     for line in block.splitlines():
         if re.match(r"\d+ +\(int \(\*\)\(\.\.\.\)\)-\d+$", line):
@@ -48,7 +48,7 @@ def slots_of(probe, block):
 
 
 def bases_of(block):
-    """The classes of the hierarchy without the first, which is the class itself."""
+    """The bases of a class, without the class itself."""
     return re.findall(r"^(\w+) \(0x", block, re.MULTILINE)[1:]
 
 
