@@ -4,10 +4,10 @@
 
 namespace {
 
-// In bytes. A longer message's memory is freed; that of a usual one serves the next one.
+// In bytes. The memory of a longer message is freed; that of a usual one is kept for the next.
 constexpr std::streamoff kLongestKept = 4096;
 
-// The stream that nobody uses, empty. Deleted when the plug-in is unloaded.
+// The kept stream while it is not lent, empty. Deleted when the plug-in is unloaded.
 class Spare {
  public:
   ~Spare() { delete exchange(nullptr); }
@@ -24,7 +24,7 @@ Spare g_spare;
 void startOver(std::stringstream& stream) {
   std::ios& state = stream;
   state.exceptions(std::ios::goodbit);
-  state.rdbuf(stream.rdbuf());  // its own again; also clears the error state
+  state.rdbuf(stream.rdbuf());  // its own buffer; also clears the error state
   state.flags(std::ios::skipws | std::ios::dec);
   state.precision(6);
   state.width(0);

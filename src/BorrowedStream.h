@@ -3,12 +3,12 @@
 #include <memory>
 #include <sstream>
 
-// Empties a stream and makes it as new, whatever a codec has done to it.
+// Empties a stream and resets every state that a codec may have changed.
 void startOver(std::stringstream& stream);
 
-// A string stream for as long as a request is handled. Making one costs more than decoding and
-// answering a usual message, so the one that was returned last is lent again. While it is lent,
-// others are made. Thread: any, also inside one another.
+// A string stream for the time in which a request is handled. Creating one costs more than decoding
+// and answering a usual message, so one stream is kept and lent again. While it is lent, others are
+// created. Thread: any; objects may be nested.
 class BorrowedStream {
  public:
   BorrowedStream();

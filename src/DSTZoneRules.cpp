@@ -14,7 +14,7 @@ struct DSTRule {
   const char* rule;
 };
 
-// The choices as users know them; some are out of date for their region.
+// The choices that users know; some are out of date for their region.
 constexpr std::array<DSTRule, 15> DSTRulesData{{
     {"Not Set", 0, ""},
     {"Australia 2007 (ACT, South Australia, Tasmania, Victoria)", 1, "M10.5.0/02:00,M4.1.0/03:00"},

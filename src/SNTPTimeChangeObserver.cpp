@@ -21,8 +21,8 @@ namespace {
 
 constexpr unsigned int kSecondsBetweenAttempts = 1;
 
-// How many bytes are dropped at most before the pipe is closed: the largest capacity of a pipe. A
-// writer that never stops must not block the listener.
+// At most this many bytes are dropped before the pipe is closed, so that a writer that never stops
+// does not block the listener. It is the largest capacity of a pipe.
 constexpr std::size_t kMostBytesOfAPipe = 1 << 20;
 
 std::string errorText() {

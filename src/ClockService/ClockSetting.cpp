@@ -24,7 +24,7 @@
 
 namespace {
 
-// Years that 32-bit seconds since 1970 can hold, and how two digits are meant.
+// The years that 32-bit seconds since 1970 can hold, and the century of two-digit years.
 constexpr int kFirstYear = 1970;
 constexpr unsigned int kYearsAfterFirst = 67;
 constexpr int kLastShortYear = 99;
@@ -32,11 +32,11 @@ constexpr int kCenturyOfShortYears = 2000;
 
 constexpr std::size_t kUtcStringLength = 25;
 
-// How many bytes of the fallback file are searched for its token. An endless device or pipe in its
-// place must not block the start.
+// At most this many bytes of the fallback file are searched for its token, so that an endless
+// device or pipe in its place does not block the start.
 constexpr std::size_t kMostBytesOfFallbackFile = 16 << 20;
 
-// The first token, as scanf's "%s" reads it, or up to a zero byte. Empty if there is none.
+// The first token, as scanf's "%s" would read it, but at most up to a zero byte. May be empty.
 std::string firstToken(int file) {
   constexpr const char* kBlanks = " \t\n\v\f\r";
   std::array<char, 1024> chunk;

@@ -23,7 +23,7 @@ namespace Key = ManagementKeyNames;
 using Parts = const ManagedKeys::Parts&;
 using Text = const std::string&;
 
-// What the management layer shows for a time that it does not know.
+// The management layer's text for an unknown time.
 constexpr const char* kUnknownTime = "???";
 
 bool isBlank(Text value) {
@@ -34,7 +34,7 @@ int toNumber(Text text) {
   return saturate<int>(std::strtol(text.c_str(), nullptr, 10));
 }
 
-// Notifies the hardware, if it is there, that the clock changes during a scope.
+// Notifies the hardware, if present, that the clock changes during a scope.
 class ClockChangeNotice {
  public:
   explicit ClockChangeNotice(PhysicalInterfaceServiceIfc* physicalIfc)
@@ -197,7 +197,7 @@ constexpr std::array<ManagedKeys::Row, ManagedKeys::kCount> kTable{{
 // clang-format on
 static_assert(kTable.size() == 16 && namesAreUnique(kTable));
 
-// Whether the reset could be reported; nothing when there is nothing to reset.
+// Whether the reset could be reported; nullopt if there is nothing to reset.
 std::optional<bool> resetFormat(Parts parts, const char* key, int current, int byDefault) {
   constexpr int kDeviceUser = 0;
   ManageableData query;

@@ -48,10 +48,10 @@ class ManagedKeys {
 
   explicit ManagedKeys(const Parts& parts) : m_parts(parts) {}
 
-  // The value of the key; nothing for an unknown key.
+  // The value of the key; nullopt for an unknown key.
   [[nodiscard]] std::optional<std::string> get(const std::string& key) const;
 
-  // Whether the value was accepted; nothing for a key that is unknown or cannot be set.
+  // Whether the value was accepted; nullopt for a key that is unknown or cannot be set.
   // Throws std::out_of_range when the text is too short for the positions that its key reads.
   [[nodiscard]] std::optional<bool> set(const std::string& key, const std::string& value) const;
 

@@ -5,14 +5,14 @@
 
 class LocalMgmtIfc;
 
-// What the clock asks of the local management service and reports to it, as records. Reports are
-// skipped when there is no such service (null).
+// Reads from the local management service and reports to it. Without such a service (null), reports
+// are skipped.
 
 // The value of `key`, or nothing when it cannot be read.
 std::optional<std::string> readManagementValue(LocalMgmtIfc& localMgmt, const char* key);
 
-// The clock changed the value of `key` itself.
+// Reports that the clock itself changed the value of `key`.
 void reportNumber(LocalMgmtIfc* localMgmt, const char* key, int number);
 
-// Whether "time" can be set by hand or follows this NTP server.
+// Sets the state of the item "time": settable by hand, or set by the device from this NTP server.
 void showWhoSetsTime(LocalMgmtIfc* localMgmt, const std::string& server);

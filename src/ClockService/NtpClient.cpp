@@ -81,7 +81,7 @@ void ClockService::setRestartNTPClientTimer() {
   startNewTimer(m_restartNtpClientTimer, NtpRestart::delay(seconds));
 }
 
-// Once in a service's life. Each device has another MAC address, and so other delays.
+// Once for each service. Devices have different MAC addresses, and therefore different delays.
 void ClockService::seedRandomGenerator() {
   if (m_localMgmt == nullptr || m_randomSeeded != 0) return;
   m_randomSeeded = 1;
