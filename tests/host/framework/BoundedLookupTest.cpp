@@ -48,6 +48,9 @@ class SlowResolver {
 class BoundedLookup : public ::testing::Test {
  protected:
   BoundedLookup() { failedLookups().forgetAll(); }
+
+  const std::shared_ptr<SlowResolver> m_resolver = std::make_shared<SlowResolver>();
+  const Resolve m_slow = [resolver = m_resolver] { return resolver->resolve(); };
 };
 
 TEST_F(BoundedLookup, ReturnsTheAnswer) {
@@ -61,11 +64,9 @@ TEST_F(BoundedLookup, ReturnsTheAnswer) {
 
 TEST_F(BoundedLookup, WaitsBrieflyWhileTheServerIsSilent) {
   const support::LogCapture log(3);
-  const auto resolver = std::make_shared<SlowResolver>();
-  const auto resolve = [=] { return resolver->resolve(); };
-  EXPECT_EQ(boundedLookup("e.example", 1ms, resolve), std::nullopt);
+  EXPECT_EQ(boundedLookup("e.example", 1ms, m_slow), std::nullopt);
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(boundedLookup("f.example", 20s, resolve), std::nullopt);
+  EXPECT_EQ(boundedLookup("f.example", 20s, m_slow), std::nullopt);
   const auto waited = std::chrono::steady_clock::now() - begin;
   EXPECT_GE(waited, kShortWait);
   EXPECT_LT(waited, 10s);
@@ -75,18 +76,16 @@ TEST_F(BoundedLookup, WaitsBrieflyWhileTheServerIsSilent) {
   EXPECT_EQ(log.count("name lookup of \"f.example\": no answer within 100 ms (a short wait: the "
                       "name server is not answering); not asked again for 60 s"),
             1U);
-  resolver->finish(2);
+  m_resolver->finish(2);
 }
 
 TEST_F(BoundedLookup, DoesNotProlongTheSilenceByAShortWait) {
-  const auto resolver = std::make_shared<SlowResolver>();
-  const auto resolve = [=] { return resolver->resolve(); };
-  EXPECT_EQ(boundedLookup("k.example", 1ms, resolve), std::nullopt);
+  EXPECT_EQ(boundedLookup("k.example", 1ms, m_slow), std::nullopt);
   const auto later = std::chrono::steady_clock::now();
   EXPECT_TRUE(failedLookups().isSilent(later));
-  EXPECT_EQ(boundedLookup("l.example", 2ms, resolve), std::nullopt);
+  EXPECT_EQ(boundedLookup("l.example", 2ms, m_slow), std::nullopt);
   EXPECT_FALSE(failedLookups().isSilent(later + FailedLookups::kKept));
-  resolver->finish(2);
+  m_resolver->finish(2);
 }
 
 // Whether the server counts as silent after a slow lookup has ended with `answer`.
@@ -117,22 +116,19 @@ TEST_F(BoundedLookup, KeepsTheSilenceWhenTheResolverFailsLate) {
 }
 
 TEST_F(BoundedLookup, WaitsBrieflyAfterANetworkChange) {
-  const auto resolver = std::make_shared<SlowResolver>();
-  const auto resolve = [=] { return resolver->resolve(); };
-  EXPECT_EQ(boundedLookup("j.example", 1ms, resolve), std::nullopt);
+  EXPECT_EQ(boundedLookup("j.example", 1ms, m_slow), std::nullopt);
   for (int i = 0; i < 2; ++i) {
     failedLookups().allowAll();
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(boundedLookup("j.example", 20s, resolve), std::nullopt);
+    EXPECT_EQ(boundedLookup("j.example", 20s, m_slow), std::nullopt);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 10s);
   }
-  resolver->finish(3);
+  m_resolver->finish(3);
 }
 
 TEST_F(BoundedLookup, LooksANameUpAgainAfterALateAddress) {
-  const auto resolver = std::make_shared<SlowResolver>();
-  EXPECT_EQ(boundedLookup("g.example", 1ms, [=] { return resolver->resolve(); }), std::nullopt);
-  resolver->answer();
+  EXPECT_EQ(boundedLookup("g.example", 1ms, m_slow), std::nullopt);
+  m_resolver->answer();
   const auto now = [] { return std::optional<std::string>("192.0.2.9"); };
   EXPECT_TRUE(
       support::becomesTrue([&] { return boundedLookup("g.example", 20s, now) == "192.0.2.9"; }));
@@ -140,12 +136,10 @@ TEST_F(BoundedLookup, LooksANameUpAgainAfterALateAddress) {
 
 TEST_F(BoundedLookup, RefusesMoreThanTheMostLookups) {
   const support::LogCapture log(3);
-  const auto resolver = std::make_shared<SlowResolver>();
-  const auto resolve = [=] { return resolver->resolve(); };
   for (int i = 0; i < 3 * kMostLookups; ++i) {
-    EXPECT_EQ(boundedLookup(std::to_string(i) + ".example", 1ms, resolve), std::nullopt);
+    EXPECT_EQ(boundedLookup(std::to_string(i) + ".example", 1ms, m_slow), std::nullopt);
   }
-  EXPECT_LE(resolver->asked(), kMostLookups);
+  EXPECT_LE(m_resolver->asked(), kMostLookups);
   EXPECT_PRED_FORMAT2(testing::IsSubstring,
                       "clockhost 3: name lookup refused: " + std::to_string(kMostLookups) +
                           " lookups are pending\n",
@@ -153,7 +147,7 @@ TEST_F(BoundedLookup, RefusesMoreThanTheMostLookups) {
   const auto now = std::chrono::steady_clock::now();
   EXPECT_TRUE(failedLookups().holds("0.example", now));
   EXPECT_FALSE(failedLookups().holds("23.example", now)) << "it was not looked up";
-  resolver->finish(kMostLookups);
+  m_resolver->finish(kMostLookups);
 }
 
 TEST_F(BoundedLookup, WorksAgainAfterALackOfMemory) {
