@@ -69,7 +69,7 @@ RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
     }
     const bool mayCall = ::faccessat(AT_FDCWD, options.socket.c_str(), W_OK, AT_EACCESS) == 0;
     throw Refusal("the host's control socket " + options.controlSocket.string() +
-                  " is its owner's alone" + (mayCall ? "; call and watch work for you" : ""));
+                  " is for its owner only" + (mayCall ? "; you may use call and watch" : ""));
   }
 }
 
@@ -134,7 +134,7 @@ class Command {
     if (!reply) noReply("");
     if (!reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
         !observing) {
-      throw Refusal("the service takes no observer");
+      throw Refusal("the service refused the observer");
     }
     const int count = m_request["count"];
     for (int seen = 0; m_out && (count == 0 || seen < count);) {
@@ -150,7 +150,7 @@ class Command {
     Json answer = ask();
     for (std::int64_t last = 0; answer.contains("after");) {
       const auto after = answer["after"].get<std::int64_t>();
-      if (after <= last) throw Refusal("the host's answer has no end");
+      if (after <= last) throw Refusal("the host's answer does not end");
       m_request["after"] = last = after;
       answer = joined(std::move(answer), ask());
     }

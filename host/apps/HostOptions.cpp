@@ -55,7 +55,7 @@ std::string checkProgram(const std::string& text) {
 }
 
 std::string checkGroup(const std::string& text) {
-  return text.empty() ? "a group is wanted, not an empty text" : "";
+  return text.empty() ? "the name is empty; name a group" : "";
 }
 
 // The help shows the choices as the option's type, so the check has no description.

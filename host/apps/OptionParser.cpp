@@ -48,7 +48,7 @@ OptionParser::OptionParser(const std::string& program, const std::string& descri
 CLI::Option* OptionParser::addPath(const char* name, std::filesystem::path& path, const char* help,
                                    const char* type) {
   return add_option(name, path, help)->type_name(type)->check([](const std::string& text) {
-    return text.empty() ? std::string("a path is wanted, not an empty text") : "";
+    return text.empty() ? std::string("the path is empty; name a file or folder") : "";
   });
 }
 

@@ -109,7 +109,7 @@ int openFile(const char* path, int flags, mode_t mode) {
 }
 
 // Without a waiting client, accept would fail anyway.
-bool somebodyWaits(int listener) {
+bool hasWaitingClient(int listener) {
   pollfd asked{listener, POLLIN, 0};
   return ::poll(&asked, 1, 0) == 1;
 }
@@ -211,7 +211,7 @@ int rename(const char* from, const char* to) noexcept {
 }
 
 int accept4(int socket, struct sockaddr* address, socklen_t* size, int flags) {
-  if (faults::somebodyWaits(socket) && faults::fails(Call::accept)) return -1;
+  if (faults::hasWaitingClient(socket) && faults::fails(Call::accept)) return -1;
   return static_cast<int>(::syscall(SYS_accept4, socket, address, size, flags));
 }
 

@@ -185,7 +185,7 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
   std::size_t seenLog = 0;
 };
 
-TEST_P(MemoryRunsOut, AndTheHostLivesOn) {
+TEST_P(MemoryRunsOut, AndTheHostGoesOn) {
   std::uint64_t nth = 1;
   int count = 0;
   bool failed = true;

@@ -148,12 +148,12 @@ class SocketsOfAnotherUser : public ::testing::Test {
 
 TEST_F(SocketsOfAnotherUser, AreRefusedWithStatusOneAndWhatToDo) {
   const std::string alone =
-      "clockctl: the host's control socket " + control() + " is its owner's alone";
+      "clockctl: the host's control socket " + control() + " is for its owner only";
   for (const bool mayCall : {true, false}) {
     allowCalls(mayCall);
     const Outcome outcome = runAsAnother("keys");
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, alone + (mayCall ? "; call and watch work for you\n" : "\n"));
+    EXPECT_EQ(outcome.err, alone + (mayCall ? "; you may use call and watch\n" : "\n"));
   }
   for (const char* const line : {"call getTime", "watch"}) {
     const Outcome outcome = runAsAnother(line);
@@ -258,7 +258,7 @@ TEST(ClockCtlAnswers, WithoutALastPageAreRefused) {
                                             {"--json security-log", page(2), page(1)}}) {
     const Outcome outcome = runBesideOddHost(line, {first, second, R"({"ok":true,"records":[]})"});
     EXPECT_EQ(outcome.status, 1) << line;
-    EXPECT_EQ(outcome.err, "clockctl: the host's answer has no end\n");
+    EXPECT_EQ(outcome.err, "clockctl: the host's answer does not end\n");
   }
 }
 
@@ -291,7 +291,7 @@ TEST(ClockCtlAnswers, ThatRefuseTheObserverEndTheWatch) {
   std::stringstream text;
   MessagePackCodec().encode(taken, text);
   EXPECT_EQ(refusalOf("watch", text.str(), FrameKind::reply),
-            "clockctl: the service takes no observer\n");
+            "clockctl: the service refused the observer\n");
 }
 
 }  // namespace

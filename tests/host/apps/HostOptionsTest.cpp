@@ -66,11 +66,9 @@ TEST(HostOptions, ALongComplaintIsClipped) {
 TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
   for (const char* const option :
        {"--plugin", "--state", "--socket", "--control-socket", "--device-root", "--scenario"}) {
-    EXPECT_EQ(
-        usageErrorOf({option, ""}),
-        option +
-            std::string(
-                ": a path is wanted, not an empty text; `clockhost --help` lists the options"));
+    EXPECT_EQ(usageErrorOf({option, ""}),
+              option + std::string(": the path is empty; name a file or folder; `clockhost --help` "
+                                   "lists the options"));
   }
   for (const char* const program : {"/sbin/ntpclient=", "=/bin/true", "="}) {
     EXPECT_NE(usageErrorOf({"--program", program}).find("is not DEVICEPATH=PATH"),
@@ -78,7 +76,7 @@ TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
   }
   EXPECT_EQ(
       usageErrorOf({"--socket-group", ""}),
-      "--socket-group: a group is wanted, not an empty text; `clockhost --help` lists the options");
+      "--socket-group: the name is empty; name a group; `clockhost --help` lists the options");
 }
 
 TEST(HostOptions, AGroupThatCannotBeLookedUpIsNotMissing) {
