@@ -6,7 +6,7 @@
 
 namespace simulation {
 
-// Random numbers as srand and rand of this program give them: 0 to 2147483647.
+// The random numbers of this program's srand and rand: 0 to 2147483647.
 class Random {
  public:
   void seed(unsigned int number) { m_state = number; }
@@ -19,9 +19,9 @@ class Random {
   unsigned int m_state = 1;
 };
 
-// What this program puts in the place of the platform's processes, threads and lookups and of the C
-// library's random numbers and syncs: it starts no program, asks no other machine, and waits for no
-// disk. Owner: the process. Set by the telephone before a service runs in it.
+// Replaces the platform's processes, threads and lookups and the C library's random numbers and
+// syncs: no program is started, no other machine asked, and no disk waited for. Owner: the process.
+// Set by the telephone before a service runs in it.
 struct Device {
   plugin::Journal* journal = nullptr;
   bool launchFails = false;

@@ -10,8 +10,8 @@
 
 namespace simulation {
 
-// The NTP client's end of the pipe. Between two calls the service's listener waits for bytes of
-// this end, so that nothing in the service moves by itself.
+// The NTP client's end of the pipe. Between two calls the service's listener waits for bytes from
+// this end, so that the service does nothing on its own.
 class Listener {
  public:
   Listener() = default;

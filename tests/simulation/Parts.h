@@ -20,7 +20,7 @@
 
 namespace simulation {
 
-// The services of the telephone's framework, each recording what the clock asks of it.
+// The services of the telephone's framework. Each records the clock's calls.
 
 class RecordingManagement : public host::LocalManagement {
  public:
@@ -88,7 +88,7 @@ class RecordingSecurity : public Executable, public SecurityLogServiceIfc {
   plugin::Journal& m_journal;
 };
 
-// The store that outlives restarts, with faults to switch on. Thread: any.
+// The store, which survives restarts, with faults that can be switched on. Thread: any.
 class RecordingStore : public host::MemoryDataAccess {
  public:
   explicit RecordingStore(plugin::Journal& journal) : m_journal(journal) {}
@@ -123,7 +123,7 @@ class RecordingStore : public host::MemoryDataAccess {
   return support::contentOf("state/setupTZ.sh");
 }
 
-// A new zone is in force when observers hear of it, and the script has the former one.
+// When observers get a new zone, TZ is set already, and the script still has the former zone.
 class RecordingObserver final : public ClockServiceObserverIfc {
  public:
   RecordingObserver(plugin::Journal& journal, std::string name)

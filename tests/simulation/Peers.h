@@ -14,9 +14,9 @@ class Executable;
 
 namespace simulation {
 
-// Other processes: they call the service through its invoker, and events reach those whose name
-// begins with "peer". A request stays in memory and its bytes are its name: bytes are the host's.
-// Destroyed after the service.
+// Other processes. They call the service through its invoker; those whose name begins with "peer"
+// get events. A request stays in memory and its bytes are its name: bytes are the host's. Destroyed
+// after the service.
 class Peers final : public FrameworkContext, public MessageCodec {
  public:
   explicit Peers(plugin::Journal& journal);

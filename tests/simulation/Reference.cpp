@@ -1,4 +1,4 @@
-// The reference's device: start and restart, the NTP client, and what must be answered now.
+// The reference's device: start and restart, the NTP client, and the answers that must come now.
 
 #include "simulation/Reference.h"
 
@@ -39,7 +39,7 @@ void Reference::applyToDevice(const Step& step) {
   }
 }
 
-// In order, the client is ended; a power cut leaves no trace of anything but the store.
+// An orderly end ends the NTP client. After a power cut only the store remains.
 void Reference::restart(const Step& step) {
   if (step.numbers[0] == 1) endClient();
   m_variant = static_cast<int>(step.numbers[1]);
@@ -58,7 +58,7 @@ void Reference::restart(const Step& step) {
   startUp(step.texts[0]);
 }
 
-// The first hour and midnight are those of the zone that the process was started with.
+// The first hour and midnight are still those of the TZ at the start of the process.
 void Reference::startUp(const std::string& tz) {
   m_inForce.emplace(tz);
   m_big = findPhysical() && m_variant >= 2 && m_variant <= 4;
@@ -116,7 +116,7 @@ void Reference::startClient() {
   const Address& address = named.kind == Address::name ? addressOf(named.resolved) : named;
   if (named.kind == Address::name) m_journal.add("looks up " + server());
   if (named.kind == Address::name && (m_trouble[Act::lookupsFail] || *named.resolved == '\0'))
-    return;  // a client that runs goes on
+    return;  // a running client is left alone
   const std::string line = std::string("sbin/ntpclient -s -c 525600 -i 3600 -n 15 -h ") +
                            address.text + (address.kind == Address::ipv6 ? " -6" : " -4");
   const bool traced = m_logLevel == 6;

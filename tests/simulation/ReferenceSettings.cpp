@@ -28,7 +28,7 @@ bool isStorable(const std::string& text) {
   });
 }
 
-// What a text means in memory, as a text; an offset with all of its digits.
+// The text of the value that memory gets from a text; of an offset with all its digits.
 std::string meaning(const Setting& setting, const std::string& text) {
   switch (setting.kind) {
     case Setting::number:
@@ -67,7 +67,7 @@ void Reference::applyToManagement(const Step& step) {
   if (step.act == Act::reset) reset();
 }
 
-// What the store does not tell has its default.
+// A setting that the store does not have gets its default.
 void Reference::load(const Setting& setting) {
   const bool readable = m_stored && !m_trouble[Act::storeSilent] && m_store.count(setting.stored);
   const char* const usual = m_big ? setting.byDefaultOnBig : setting.byDefault;
@@ -83,7 +83,7 @@ void Reference::reloadFormats() {
   }
 }
 
-// Store first; memory changes only when the store has the text.
+// Stores the text first; memory changes only if that succeeds.
 bool Reference::write(const Setting& setting, const std::string& value) {
   if (!m_stored || !isStorable(value)) return false;
   const bool refused = m_trouble[Act::storeRefuses];
@@ -94,7 +94,7 @@ bool Reference::write(const Setting& setting, const std::string& value) {
   return true;
 }
 
-// A number too large to be hours is one of seconds. The value in force is not written again.
+// A number too large for hours is in seconds. The present value is not written again.
 bool Reference::putOffset(const Setting& setting, const std::string& value) {
   const float hours = hoursOf(value);
   const std::string exact = print("%.9g", hours);
@@ -140,7 +140,7 @@ std::optional<std::string> Reference::value(const std::string& key) const {
   return setting->kind == Setting::offset ? print("%g", std::strtod(text.c_str(), nullptr)) : text;
 }
 
-// A text that ends too early ends the request without a record.
+// A text that is too short ends the request without a security record.
 bool Reference::set(const std::string& key, const std::string& value) {
   bool accepted = false;
   try {

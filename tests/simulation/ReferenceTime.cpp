@@ -1,4 +1,4 @@
-// The reference's clocks, what is due, and what observers hear.
+// The reference's clocks, what is due, and the events that observers get.
 
 #include <algorithm>
 
@@ -8,10 +8,10 @@ namespace simulation {
 namespace {
 
 constexpr std::int64_t kHour = 3'600'000;
-constexpr std::int64_t kLastWall = 8'000'000'000;  // seconds; what the platform's clock takes
+constexpr std::int64_t kLastWall = 8'000'000'000;  // seconds; the virtual clock's last time
 
-// Milliseconds from `now` (seconds) to the next multiple of `period`, as the clock on the wall
-// counts under the offset that holds now.
+// Milliseconds from `now` (seconds) to the next multiple of `period` of local time, at the present
+// offset from UTC.
 std::int64_t toNext(std::int64_t now, std::int64_t period) {
   const std::int64_t local = (now + localAt(now).tm_gmtoff) * 1000;
   return period - ((local % period) + period) % period;
@@ -61,7 +61,7 @@ void Reference::pass(std::int64_t target) {
   m_uptime = target;
 }
 
-// Time passes to the moment that is due first.
+// Time passes to the first moment that is due.
 void Reference::fire() {
   const auto first = std::min_element(m_due.begin(), m_due.end(), [](const auto& a, const auto& b) {
     return std::pair(a.second.at, a.second.order) < std::pair(b.second.at, b.second.order);
@@ -81,8 +81,8 @@ void Reference::fire() {
   if (moment == clientRestart) startClient();
 }
 
-// A time set by hand that is still to be announced is announced by the hour. A change of the date
-// that no event has announced is announced after the time.
+// The hour also announces a time set by hand that is not announced yet, and after the time a date
+// that no event has announced.
 void Reference::hourPassed(bool byItself) {
   m_due.erase(timeSetDue);
   announceTime();
@@ -98,7 +98,7 @@ void Reference::dayPassed() {
   announceDate();
 }
 
-// Setters keep the offset from UTC that held before.
+// A setter keeps the offset from UTC of before.
 void Reference::setByHand(tm reading) {
   const std::int64_t offset = reading.tm_gmtoff;
   const std::int64_t instant = timegm(&reading) - offset;
@@ -134,7 +134,7 @@ void Reference::setSeconds(std::int64_t seconds) {
   if (!setWall(seconds)) complain("settimeofday failed");
 }
 
-// The system's time; its very first second counts as "now", as it does in every UTC text.
+// The system's time. As in every UTC text, its very first second means "now".
 std::string Reference::saveTime() {
   const std::int64_t system = floorSeconds(wallMs());
   std::string text = utcText(system == 0 ? now() : within32(system));

@@ -11,13 +11,13 @@ namespace {
 
 constexpr std::size_t kLongestZone = 49;
 
-// Whole minutes toward zero, kept within what can be negated. Not a number is none.
+// Whole minutes, rounded toward zero and limited so that they can be negated. NaN is 0.
 std::int64_t wholeMinutes(double minutes) {
   constexpr double kMost = 2147483647;
   return std::isnan(minutes) ? 0 : static_cast<std::int64_t>(std::clamp(minutes, -kMost, kMost));
 }
 
-// Minutes west of UTC. Less than an hour east keeps its sign only where it must.
+// Minutes west of UTC. Less than an hour east keeps its sign only with daylight saving.
 std::string hoursAndMinutes(std::int64_t west, bool keepsSign) {
   const std::int64_t size = std::abs(west);
   const bool hours = size >= 60;
@@ -68,7 +68,7 @@ std::optional<tm> Reference::localOf(const std::string& utc) const {
   return localAt(*instant + std::int64_t{60} * m_displayMinutes + timezone);
 }
 
-// Every query that takes an argument. A text that is no UTC text gives a record of zeroes.
+// All queries that take an argument. A text that is not a UTC text gives a record of zeroes.
 void Reference::ask(const Step& step) {
   const auto& n = step.numbers;
   const auto local = localOf(step.texts[0]);

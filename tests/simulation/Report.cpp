@@ -1,4 +1,4 @@
-// From a run of thousands of steps to the few that matter, and what a person reads of them.
+// Shortens a run of thousands of steps to the few that matter, and prints them.
 
 #include <algorithm>
 #include <cctype>
@@ -13,8 +13,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kMostSteps = 60;
 constexpr const char* kNothing = "(nothing more)";
 
-// The lines of `own` that the other side has not in the same place, between what both begin with
-// and what both end with.
+// The lines of `own` that differ from the other side, without the common beginning and end.
 Lines differing(const Lines& own, const Lines& other) {
   const auto begin = std::mismatch(own.begin(), own.end(), other.begin(), other.end());
   const auto rest = std::mismatch(own.rbegin(), std::make_reverse_iterator(begin.first),

@@ -17,7 +17,7 @@ void addTo(std::uint64_t& digest, const Lines& lines) {
       digest = (digest ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
 }
 
-// A telephone beside its reference.
+// A telephone and its reference.
 class Pair {
  public:
   // True when both agree.
@@ -64,8 +64,8 @@ class Pair {
   Lines m_actual;
 };
 
-// Takes what `nextStep` gives until it gives nothing or there is a difference. The first step is a
-// plain telephone with everything in it.
+// Takes steps from `nextStep` until it returns none or there is a difference. The first step is a
+// telephone with all services.
 template <class NextStep>
 Run runWith(NextStep nextStep, const Watch& watch) {
   Pair pair;

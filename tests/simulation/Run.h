@@ -19,13 +19,13 @@ struct Difference {
 };
 
 struct Run {
-  Steps steps{};  // those that were taken, up to the difference
+  Steps steps{};  // the steps up to the difference
   std::optional<Difference> difference{};
-  std::uint64_t digest = 0;  // of everything the telephone did and said
+  std::uint64_t digest = 0;  // of everything that the telephone did and answered
 };
 
-// Takes these steps from a first start; or those that a seed draws, as many of them.
-// An exception of the telephone's is a difference. watch: called before each step, its last one.
+// Takes these steps, or as many as are wanted from a seed, on a new telephone. An exception of the
+// telephone is a difference. watch: called before each step with the steps up to it.
 using Watch = std::function<void(const Run&)>;
 [[nodiscard]] Run run(const Steps& steps, const Watch& watch = {});
 [[nodiscard]] Run run(std::uint64_t seed, std::size_t steps, const Watch& watch = {});

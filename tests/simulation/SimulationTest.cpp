@@ -19,7 +19,8 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// Each run is as long; the tests share the steps that were asked for, by the build or the variable.
+// All runs have the same length; the tests share the number of steps that the build or the variable
+// sets.
 constexpr std::size_t kRunSteps = 2500;
 constexpr std::size_t kFixedLots = 20;
 constexpr std::size_t kNewLots = 10;
@@ -91,7 +92,7 @@ TEST_P(SimulationNewLot, OfANewSeedAgreesWithTheReference) {
 }
 INSTANTIATE_TEST_SUITE_P(Lots, SimulationNewLot, testing::Range<std::size_t>(0, kNewLots));
 
-// What the program writes, and its exit status behind it.
+// The program's output, followed by its exit status.
 std::string simulate(const std::string& words, const std::string& before = "") {
   const std::string file = testing::TempDir() + "simulate-" + std::to_string(getpid());
   const std::string command =
@@ -109,7 +110,7 @@ TEST(Simulate, SaysTheSameForTheSameSeedToTheByte) {
   EXPECT_EQ(simulate("--steps 50 --seed 5 --runs 2"), text);
 }
 
-// The processor time is over in the middle of a run.
+// The processor time runs out in the middle of a run.
 TEST(Simulate, TellsTheStepOfACrash) {
   const std::string text =
       simulate("--runs 1 --steps 100000000 --seed 5", "ulimit -c 0; ulimit -S -t 1; ");

@@ -145,7 +145,7 @@ std::int64_t StepMaker::passedMs() {
   return m_chance.between(1, m_chance.oneIn(3) ? 12 * kSecondsOfHour : 90 * kMinute);
 }
 
-// A moment at which something happens: midnight, a change of the offset, the end of a year, a leap
+// An instant at which clocks go wrong: midnight, a change of the offset, the end of a year, a leap
 // day, a full hour.
 std::int64_t StepMaker::momentMs() {
   const std::int64_t base = anySecond();

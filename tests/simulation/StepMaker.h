@@ -31,7 +31,7 @@ class Chance {
   std::mt19937_64 m_numbers;
 };
 
-// Draws the steps of a run. It looks at the reference to find the moments that matter; the steps
+// Draws the steps of a run. It uses the reference to find the instants that matter; the steps
 // themselves are data. REQUIRES: the process is under the telephone's TZ.
 class StepMaker {
  public:

@@ -19,7 +19,7 @@ constexpr const char* kFallbackFile = "data/fallback_time.txt";
 
 using std::chrono::milliseconds;
 
-// As a process that starts with this TZ.
+// As in a process that starts with this TZ.
 void startProcess(const std::string& tz) {
   setenv("TZ", tz.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): nothing else runs
   tzset();
@@ -163,7 +163,7 @@ std::string Telephone::get(const std::string& key) {
   return known && record.interogate(key, value) ? value : "refused";
 }
 
-// The questions may themselves leave lines in the log; only the answers count here.
+// Queries may log lines; only their answers are compared here.
 Lines Telephone::snapshot() {
   int hours = 0, minutes = 0, seconds = 0, day = 0, month = 0, year = 0;
   m_service->getTime(hours, minutes, seconds);

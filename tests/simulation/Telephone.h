@@ -19,7 +19,7 @@ class ClockService;
 
 namespace simulation {
 
-// The telephone itself: the service on the host's parts, under a virtual clock.
+// The telephone: the service on the host's framework, with a virtual clock.
 // REQUIRES: the process works in a private folder (support::WorkingFolder); one telephone at a
 // time.
 class Telephone {

@@ -1,4 +1,4 @@
-// The clock's interface, and that another process gets the answers that it gives in its own.
+// Calls of the clock's interface; another process must get the same answers.
 
 #include <stdexcept>
 
@@ -21,7 +21,7 @@ const char* flag(bool value) {
   return value ? "true" : "false";
 }
 
-// The parameters of a method have its name in front: "setTime" has "setTimeHours".
+// The parameters of a method begin with its name: "setTime" has "setTimeHours".
 Method requestOf(const std::string& method, const Telephone::Arguments& arguments) {
   Method request(method.c_str(), Method::call);
   for (const auto& [name, value] : arguments)
@@ -55,7 +55,7 @@ void Telephone::setDirectly(const Step& step) {
   if (step.act == Act::saveTime) m_journal.add("-> " + m_service->setFallbackTime());
 }
 
-// What the caller gets, as the service itself would answer.
+// The reply to a caller, in the form of the service's own answer.
 void Telephone::callFor(const Method& request, const std::string& caller) {
   std::string text = m_peers->call(m_service.get(), request, caller);
   const std::string& name = request.getName();
@@ -90,7 +90,7 @@ void Telephone::observe(const std::string& name, bool begins) {
                 : m_service->unobserveTimeEvents(observer.get()));
 }
 
-// Each result is the end of a parameter's name, "Return" left out, and its value. Another reply is
+// Each result is the end of a parameter's name, without "Return", and its value. Any other reply is
 // recorded.
 void Telephone::expect(const Method& request, const Results& results) {
   const std::string& name = request.getName();
@@ -175,7 +175,7 @@ void Telephone::askAboutNumbers(const std::vector<std::int64_t>& n) {
   expect(requestOf("setDate", {{"Day", n[1]}, {"Year", n[2]}}), {{"", "false"}});
 }
 
-// Alarms are declared and not offered.
+// Alarms are declared, but not implemented.
 void Telephone::askForAlarm(const std::string& utc) {
   std::string time = utc;
   if (m_service->setAlarmClock(time, nullptr) != 0 || m_service->cancelAlarmClock(1))
@@ -185,7 +185,7 @@ void Telephone::askForAlarm(const std::string& utc) {
   expect(requestOf("cancelAlarmClock", {{"AlarmId", 1}}), {{"", "false"}});
 }
 
-// No request of any method: unknown, not decoded, or to no service. Never answered.
+// An unknown method, bytes that cannot be decoded, or a request without a service: never answered.
 void Telephone::strangeCall(const std::string& kind) {
   const std::string name = kind == "unknown" ? "ClockTime" : "garbage";
   Executable* const service = kind == "nobody" ? nullptr : m_service.get();

@@ -9,7 +9,7 @@
 namespace simulation {
 namespace {
 
-// What stands for a letter that a mask repeats `width` times.
+// The value of a letter that a mask repeats `width` times.
 std::string field(const tm& reading, char letter, int width) {
   const int year = reading.tm_year + 1900;
   if (letter == 'd') return print("%02d", reading.tm_mday);
@@ -18,7 +18,7 @@ std::string field(const tm& reading, char letter, int width) {
   return std::string(static_cast<std::size_t>(width), letter);
 }
 
-// Two records of the same reading.
+// Whether two records have the same date and time.
 bool same(const tm& a, const tm& b) {
   return a.tm_year == b.tm_year && a.tm_mon == b.tm_mon && a.tm_mday == b.tm_mday &&
          a.tm_hour == b.tm_hour && a.tm_min == b.tm_min;
@@ -92,7 +92,7 @@ std::string utcText(std::int64_t instant) {
   return {text.data(), std::strftime(text.data(), text.size(), "%FT%T+00:00", &utc)};
 }
 
-// A date that is on no calendar comes back as another one.
+// timegm turns a date that does not exist into another one.
 std::optional<std::int64_t> instantOf(const std::string& utc) {
   if (!hasShape(utc, "0000-00-00T00:00:00+00:00")) return std::nullopt;
   const auto number = [&utc](char letter) {

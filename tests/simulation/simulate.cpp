@@ -1,6 +1,6 @@
-// simulate [--seed N] [--steps N] [--runs N]: random runs of the telephone beside its reference.
-// Run n has the seed SEED + n. Exit status: 0 all agreed, 1 one did not, 2 usage. Standard output
-// is the same to the byte for the same seed.
+// simulate [--seed N] [--steps N] [--runs N]: random runs of the telephone, compared with a
+// reference. Run n has the seed SEED + n. Exit status: 0 all agreed, 1 one did not, 2 usage.
+// Standard output is the same to the byte for the same seed.
 
 #include <signal.h>
 #include <sys/mman.h>
@@ -43,14 +43,14 @@ Options optionsIn(char** words) {
   return options;
 }
 
-// Where the child is, which this program can still read when the child has crashed.
+// The child's present step, in memory that this program can read after the child has crashed.
 struct Place {
   char text[600];
 };
 Place* g_place = nullptr;
 volatile pid_t g_child = 0;
 
-// A signal to this program ends the child, whose end is then told.
+// A signal to this program ends the child, whose end is then reported.
 void endChild(int signal) {
   if (g_child <= 0) _exit(128 + signal);
   kill(g_child, signal);
@@ -80,7 +80,7 @@ bool agrees(std::uint64_t seed, std::uint64_t steps) {
   return false;
 }
 
-// In a child, so that a crash can be told.
+// In a child process, so that a crash can be reported.
 bool agreesInChild(std::uint64_t seed, std::uint64_t steps) {
   g_child = fork();
   if (g_child < 0) throw std::system_error(errno, std::generic_category(), "fork");
