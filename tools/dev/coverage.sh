@@ -19,6 +19,8 @@ flags+=" -mllvm -runtime-counter-relocation -Wno-unused-command-line-argument"
 # The layers that reach code. The program over a century reaches no other, and that of the flood
 # measures times, which this build does not keep.
 layers='^(unit|plugin|host|integration|scenario|simulation|faults|fuzz)$'
+programs=(clockhost clockctl ntpclient
+  tests/{support,unit,plugin,host,integration,scenarios,simulation,faults,fuzz}/all)
 left_out='^(plugin_century|integration_report_flood)_test$'
 
 measure() {
@@ -40,7 +42,7 @@ have_chrony
 configure coverage -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=None \
   -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCLOCK_TEST_PER_PROGRAM=ON "${together[@]}" \
   -DCLOCK_SIMULATION_STEPS=4000 -DCLOCK_SIMULATION_NEW_STEPS=1000
-build coverage tests/all
+build coverage "${programs[@]}"
 measure
 rm -rf "$folder/html"
 of_programs show -format=html -show-branches=count -output-dir="$folder/html"
