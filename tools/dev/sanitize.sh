@@ -5,24 +5,23 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 . "$CLOCK_TREE/tools/dev/chrony.bash"
 
-# -O1 with line numbers only keeps the builds short and the reports exact. Each program runs its tests
-# in one process, in a shuffled order that is the same each time, so that a failure can be repeated.
-common=(-DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON
-  "${together[@]}")
+# -O1 with line numbers only keeps the builds short and the reports exact; clang compiles the tests in
+# half of gcc's time. Each program runs its tests in one process, in a shuffled order that is the same
+# each time, so that a failure can be repeated.
+common=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=None
+  "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON "${together[@]}")
 
 sanitized() {
-  local name=$1 sanitizers=$2 compiler=$3
-  configure "$name" "${common[@]}" -DCLOCK_SANITIZE="$sanitizers" -DCMAKE_CXX_COMPILER="$compiler"
+  local name=$1 sanitizers=$2
+  configure "$name" "${common[@]}" -DCLOCK_SANITIZE="$sanitizers"
   build "$name"
   GTEST_SHUFFLE=1 GTEST_RANDOM_SEED="${GTEST_RANDOM_SEED:-1}" run_tests "$name"
 }
 
 run_one() {
   case $1 in
-    address) sanitized address address g++ ;;
-    undefined) sanitized undefined undefined g++ ;;
-    address,undefined) sanitized address-undefined address,undefined g++ ;;
-    thread) sanitized thread thread clang++ ;;
+    address | undefined | thread) sanitized "$1" "$1" ;;
+    address,undefined) sanitized address-undefined "$1" ;;
     *)
       echo "dev: unknown sanitizer \"$1\"; there are address, undefined and thread" >&2
       return 2
