@@ -5,6 +5,8 @@ option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its un
 option(CLOCK_CCACHE "Use ccache when it is installed" ON)
 option(CLOCK_FUZZ "Build the fuzz targets; needs clang" OFF)
 option(CLOCK_TEST_PER_PROGRAM "Run each test program once, not once for each test" OFF)
+# Off where the plug-in ships or is measured, so that the tests run the object code that ships.
+option(CLOCK_UNITY_PLUGIN "Compile the plug-in's sources together" OFF)
 set(CLOCK_SANITIZE "" CACHE STRING "address | undefined | thread | address,undefined")
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

@@ -24,6 +24,9 @@ configure() {
 # shows that each source of plug-in and host compiles alone.
 # shellcheck disable=SC2034  # for those who include this
 together=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16)
+# The plug-in's sources, too: for checks that neither ship nor measure it.
+# shellcheck disable=SC2034
+all_together=("${together[@]}" -DCLOCK_UNITY_PLUGIN=ON)
 
 # build NAME [TARGET...]: everything, or these targets. A second build in the same folder waits.
 build() {

@@ -106,7 +106,7 @@ read_words "$@"
 need run test fuzz
 # With all checks of the address and undefined-behaviour sanitizers; each finding ends the program.
 configure fuzz -DCLOCK_FUZZ=ON -DCLOCK_SANITIZE=address,undefined -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" "${together[@]}"
+  -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" "${all_together[@]}"
 build fuzz "${targets[@]/#/fuzz-}"
 
 # The targets' temporary folders, in memory if possible. They are removed at the end, and the targets,

@@ -35,7 +35,7 @@ check_tree() {
 
 need run test lint
 configure lint -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=Debug \
-  -DCLOCK_PRECOMPILED_TESTS=OFF "${together[@]}"
+  -DCLOCK_PRECOMPILED_TESTS=OFF "${all_together[@]}"
 cmake "$(folder_of lint)" >/dev/null # nothing is built here that would notice new sources
 failed=()
 for part in format scripts tree tidy; do

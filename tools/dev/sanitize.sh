@@ -9,7 +9,7 @@ set -euo pipefail
 # half of gcc's time. Each program runs its tests in one process, in a shuffled order that is the same
 # each time, so that a failure can be repeated.
 common=(-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=None
-  "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON "${together[@]}")
+  "-DCMAKE_CXX_FLAGS=-O1 -g1" -DCLOCK_TEST_PER_PROGRAM=ON "${all_together[@]}")
 
 sanitized() {
   local name=$1 sanitizers=$2
