@@ -16,6 +16,7 @@
 #include "verbs/DidYouMean.h"
 #include "verbs/JsonText.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 #include "verbs/ReadJson.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
@@ -109,13 +110,13 @@ class Command {
   void call() {
     const std::string name = m_request["method"];
     Method method = callOf(name, m_request["arguments"].get<std::vector<std::string>>());
-    const RemoteMethod* const known = findRemoteMethod(name);
+    const RemoteMethod* const known = rowNamed(remoteMethods(), name);
     if (known != nullptr && !known->replies) return post(method);
     const auto reply = m_client.call(method, limit());
     if (!reply) {
       noReply(known != nullptr
                   ? ""
-                  : "; no method " + quotedText(name) + suggestion(name, remoteMethodNames()));
+                  : "; no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
     }
     print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
   }
@@ -213,8 +214,7 @@ int fail(std::ostream& err, const char* text, Status status) {
 milliseconds replyLimit(const Json& request) {
   const Verb* const verb = findVerb(request.value("verb", std::string()));
   if (verb == nullptr || verb->route != Verb::Route::control) return kCallLimit;
-  const std::string action = request.value("action", std::string());
-  return action == "advance" || action == "to" ? kMoveLimit : kControlLimit;
+  return takesTime(request) ? kMoveLimit : kControlLimit;
 }
 
 int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,

@@ -14,7 +14,9 @@
 #include "operator/HostActions.h"
 #include "operator/RecordedAct.h"
 #include "runtime/Device.h"
+#include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
+#include "verbs/VerbTable.h"
 
 namespace host {
 namespace {
@@ -80,19 +82,23 @@ ClockMove advance(Controller& controller, const Json& request) {
 
 ClockMove goTo(Controller& controller, const Json& request) {
   const std::string name = textMember(request, "landmark");
-  const LandmarkName* const row = findLandmark(name);
-  if (row == nullptr) throw Error("no place " + quotedText(name) + " to go to");
-  return goBefore(controller.device(), row->landmark);
+  const Landmark* const landmark = rowNamed(landmarks(), name);
+  if (landmark == nullptr) throw Error("no place " + quotedText(name) + " to go to");
+  return goBefore(controller.device(), *landmark);
 }
 
+// One action of `clock`: done at once, or a move, which lasts as long as timers expire on the way.
 struct ClockAction {
   std::string_view name;
-  Note (*carryOut)(Controller& controller, const Json& request);
+  Note (*act)(Controller& controller, const Json& request);
+  ClockMove (*move)(Controller& controller, const Json& request) = nullptr;
 };
 
-constexpr ClockAction kActions[] = {
-    {"show", show}, {"speed", changeSpeed}, {"pause", pause}, {"next", next}, {"jump", jump},
+constexpr ClockAction kClockHandlers[] = {
+    {"show", show}, {"speed", changeSpeed}, {"pause", pause},      {"advance", nullptr, advance},
+    {"next", next}, {"jump", jump},         {"to", nullptr, goTo},
 };
+static_assert(sameNames(kClockHandlers, kClockActions), "a row for each action of VerbTable.h");
 
 // "Clock jump 2030-05-05T05:05:05Z, from 2016-06-16T00:00:00Z"
 std::string described(const VirtualClock& clock, const Json& request) {
@@ -109,42 +115,27 @@ std::shared_ptr<RecordedAct> recordOf(Controller& controller, const Json& reques
                                        described(controller.device().clock(), request));
 }
 
-Note recorded(const ClockAction& action, Controller& controller, const Json& request) {
-  if (action.carryOut == show) return show(controller, request);
-  const auto act = recordOf(controller, request);
-  Note note = action.carryOut(controller, request);
-  act->done();
+Note recordedAct(const ClockAction& action, Controller& controller, const Json& request) {
+  if (action.act == show) return show(controller, request);
+  const auto record = recordOf(controller, request);
+  Note note = action.act(controller, request);
+  record->done();
   return note;
 }
 
-// What takes as long as there are timers on the way.
-struct PassingAction {
-  std::string_view name;
-  ClockMove (*move)(Controller& controller, const Json& request);
-};
-
-constexpr PassingAction kPassingActions[] = {{"advance", advance}, {"to", goTo}};
-
-template <typename Rows>
-auto rowNamed(const Rows& rows, const std::string& name) {
-  const auto found = std::find_if(std::begin(rows), std::end(rows),
-                                  [&](const auto& row) { return row.name == name; });
-  return found == std::end(rows) ? nullptr : found;
-}
-
 // The record is written when the move has arrived, or is dropped on its way.
-ClockMove recorded(const PassingAction& action, Controller& controller, const Json& request) {
-  const auto act = recordOf(controller, request);
+ClockMove recordedMove(const ClockAction& action, Controller& controller, const Json& request) {
+  const auto record = recordOf(controller, request);
   ClockMove move = action.move(controller, request);
-  move.begin = [act, begin = std::move(move.begin), &clock = controller.device().clock()] {
+  move.begin = [record, begin = std::move(move.begin), &clock = controller.device().clock()] {
     const nanoseconds target = begin();
-    act->begun(
+    record->begun(
         [&clock] { return ", stopped at " + instantText(duration_cast<seconds>(clock.wall())); });
     return target;
   };
-  move.arrive = [act, arrive = std::move(move.arrive)] {
+  move.arrive = [record, arrive = std::move(move.arrive)] {
     std::string note = arrive();
-    act->done();
+    record->done();
     return note;
   };
   return move;
@@ -181,12 +172,12 @@ void answerClock(Controller& controller, const Channel& channel, const std::stri
 
 void actOnClock(Controller& controller, const Json& request, const Channel& channel) {
   const std::string name = textMember(request, "action");
-  if (const auto* const passing = rowNamed(kPassingActions, name)) {
-    return controller.passages().add(recorded(*passing, controller, request), channel);
-  }
-  const auto* const action = rowNamed(kActions, name);
+  const ClockAction* const action = rowNamed(kClockHandlers, name);
   if (action == nullptr) throw Error("the clock has no action " + quotedText(name));
-  answerClock(controller, channel, recorded(*action, controller, request));
+  if (action->move != nullptr) {
+    return controller.passages().add(recordedMove(*action, controller, request), channel);
+  }
+  answerClock(controller, channel, recordedAct(*action, controller, request));
 }
 
 }  // namespace host

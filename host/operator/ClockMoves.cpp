@@ -80,16 +80,10 @@ void standBeforeTimer(VirtualClock& clock) {
   if (late > Nanoseconds::zero() && late < seconds(1)) clock.advance(late);
 }
 
-const LandmarkName& rowOf(Landmark landmark) {
-  for (const LandmarkName& row : landmarkNames()) {
-    if (row.landmark == landmark) return row;
-  }
-  return landmarkNames().front();
-}
-
-time_t landmarkAfter(time_t now, const LandmarkName& row) {
-  if (const auto instant = nextLandmark(row.landmark, now)) return *instant;
-  throw Error(std::string(row.missing) + " " + localText(now) + "; " + std::string(row.remedy));
+time_t requireNext(const Landmark& landmark, time_t now) {
+  if (const auto instant = nextLandmark(landmark, now)) return *instant;
+  throw Error(std::string(landmark.missing) + " " + localText(now) + "; " +
+              std::string(landmark.remedy));
 }
 
 // Whether the service's time moves with the clock: after it was set by hand it runs on the uptime,
@@ -121,9 +115,9 @@ void requireStandingBefore(Device& device, time_t target) {
               localText(target));
 }
 
-std::string arrivedText(Landmark landmark, time_t instant) {
+std::string arrivedText(const Landmark& landmark, time_t instant) {
   return "paused " + std::to_string(kJumpMargin.count()) + " s before " +
-         std::string(rowOf(landmark).meaning) + ", " + localText(instant) +
+         std::string(landmark.meaning) + ", " + localText(instant) +
          "; go on with `clock advance 10s` or `clock speed 1`";
 }
 
@@ -153,19 +147,19 @@ time_t serviceTime(Device& device) {
   return duration_cast<seconds>(device.clock().wall()).count();
 }
 
-ClockMove goBefore(Device& device, Landmark landmark) {
+ClockMove goBefore(Device& device, const Landmark& landmark) {
   const auto journey = std::make_shared<Journey>();
-  const auto begin = [&device, landmark, journey] {
+  const auto begin = [&device, &landmark, journey] {
     requireRoom(device.clock(), kRearming);
     auto standstill = std::make_shared<Standstill>(device.clock());
     settle(device.clock());
     const time_t now = serviceTime(device);
-    journey->target = landmarkAfter(now, rowOf(landmark));
+    journey->target = requireNext(landmark, now);
     const Nanoseconds end = uptimeAfter(device, seconds(journey->target - now) - kJumpMargin);
     journey->standstill = std::move(standstill);
     return end;
   };
-  const auto arrive = [&device, landmark, journey] {
+  const auto arrive = [&device, &landmark, journey] {
     standBeforeTimer(device.clock());
     requireStandingBefore(device, journey->target);
     journey->standstill->stay();

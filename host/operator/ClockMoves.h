@@ -31,7 +31,7 @@ struct ClockMove {
 // passes, so that the service's timers are armed for the instant in either case. A time that was
 // set by hand follows no jump: there, time passes all the way. Arrives only when the service's own
 // time is the one it says.
-[[nodiscard]] ClockMove goBefore(Device& device, Landmark landmark);
+[[nodiscard]] ClockMove goBefore(Device& device, const Landmark& landmark);
 
 inline constexpr std::chrono::hours kPassable{26};
 

@@ -5,12 +5,10 @@
 #include <optional>
 
 #include "base/Mutex.h"
-#include "base/PrintableText.h"
 #include "framework/ApplicationLog.h"
 #include "operator/HostActions.h"
 #include "operator/LogRing.h"
 #include "runtime/Device.h"
-#include "verbs/DidYouMean.h"
 #include "verbs/ReadJson.h"
 
 namespace host {
@@ -41,19 +39,6 @@ class WaitingChannel : public ControlChannel {
   std::condition_variable m_replied;
   std::optional<std::string> m_reply CLOCK_GUARDED_BY(m_mutex);
 };
-
-std::string unknownVerb(const std::string& verb) {
-  std::vector<std::string_view> names;
-  for (const HostAction& action : hostActions()) names.push_back(action.verb);
-  return "unknown verb " + quotedText(verb) + suggestion(verb, names);
-}
-
-void carryOut(Controller& controller, const Json& request, const Channel& channel) {
-  const std::string verb = textMember(request, "verb");
-  const HostAction* const action = findHostAction(verb);
-  if (action == nullptr) return answerRefusal(channel, unknownVerb(verb));
-  action->carryOut(controller, request, channel);
-}
 
 }  // namespace
 

@@ -13,7 +13,8 @@
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
 #include "services/PhysicalInterface.h"
-#include "verbs/TimeText.h"
+#include "verbs/NamedRows.h"
+#include "verbs/VerbTable.h"
 
 namespace host {
 namespace {
@@ -65,10 +66,11 @@ void injectValue(Controller& controller, const Json& request, const Channel& cha
   changeValue(controller, textMember(request, "key"), textMember(request, "value"), channel);
 }
 
-constexpr HostAction kInjections[] = {
+constexpr HostAction kInjectHandlers[] = {
     {"jack", injectJack},         {"network", injectNetwork},    {"dhcp", injectDhcp},
     {"mobility", injectMobility}, {"user-data", injectUserData}, {"value", injectValue},
 };
+static_assert(sameNames(kInjectHandlers, kInjectActions), "a row for each action of VerbTable.h");
 
 std::string ntpClientState() {
   const auto id = childRunning(kNtpClient);
@@ -79,14 +81,13 @@ std::string ntpClientState() {
 
 void actOnInject(Controller& controller, const Json& request, const Channel& channel) {
   const std::string what = textMember(request, "what");
-  for (const HostAction& injection : kInjections) {
-    if (injection.verb != what) continue;
-    RecordedAct act(controller.device().securityLog(), SecurityLog::Event::injection,
-                    "Inject " + what + memberWords(request, {"plug", "status", "key", "value"}));
-    injection.carryOut(controller, request, channel);
-    return act.done();
-  }
-  throw Error("nothing known as " + quotedText(what) + " can happen to the device");
+  const HostAction* const action = rowNamed(kInjectHandlers, what);
+  if (action == nullptr)
+    throw Error("nothing known as " + quotedText(what) + " can happen to the device");
+  RecordedAct record(controller.device().securityLog(), SecurityLog::Event::injection,
+                     "Inject " + what + memberWords(request, {"plug", "status", "key", "value"}));
+  action->carryOut(controller, request, channel);
+  record.done();
 }
 
 void actOnStatus(Controller& controller, const Json&, const Channel& channel) {

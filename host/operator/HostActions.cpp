@@ -7,6 +7,9 @@
 #include "base/PrintableText.h"
 #include "remote/ControlChannel.h"
 #include "remote/Frame.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/NamedRows.h"
+#include "verbs/VerbTable.h"
 
 namespace host {
 namespace {
@@ -16,6 +19,12 @@ constexpr HostAction kHostActions[] = {
     {"keys", actOnKeys},     {"clock", actOnClock}, {"inject", actOnInject},
     {"status", actOnStatus}, {"log", actOnLog},     {"security-log", actOnSecurityLog},
 };
+static_assert(std::all_of(std::begin(kVerbs), std::end(kVerbs),
+                          [](const Verb& verb) {
+                            return (verb.route == Verb::Route::control) ==
+                                   (rowNamed(kHostActions, verb.name) != nullptr);
+                          }),
+              "each control verb of VerbTable.h needs a row here, and no other verb");
 
 // Well within what a reply may be, and what a client that is slow to read may leave unread.
 constexpr std::size_t kRoomForRows = 512 * 1024;
@@ -41,14 +50,12 @@ std::string tooLong(std::size_t size) {
 
 }  // namespace
 
-std::span<const HostAction> hostActions() {
-  return kHostActions;
-}
-
-const HostAction* findHostAction(std::string_view verb) {
-  const auto found = std::find_if(std::begin(kHostActions), std::end(kHostActions),
-                                  [&](const HostAction& action) { return action.verb == verb; });
-  return found == std::end(kHostActions) ? nullptr : &*found;
+void carryOut(Controller& controller, const Json& request, const Channel& channel) {
+  const std::string verb = textMember(request, "verb");
+  if (const HostAction* const action = rowNamed(kHostActions, verb)) {
+    return action->carryOut(controller, request, channel);
+  }
+  throw Error("unknown verb " + quotedText(verb) + suggestion(verb, namesOf(kHostActions)));
 }
 
 std::string jsonText(const Json& json) {

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,16 +15,17 @@ class Controller;
 
 using Channel = std::shared_ptr<ControlChannel>;
 
-// What the host does for one verb of Verb::Route::control. An exception (host::Error, UsageError)
-// is answered as a refusal. Called on the framework thread; answers then or later, once.
+// What the host does for one verb, or for one action of a verb. An exception is answered as a
+// refusal. Called on the framework thread; answers then or later, once.
 struct HostAction {
-  std::string_view verb;
+  std::string_view name;
   void (*carryOut)(Controller& controller, const Json& request, const Channel& channel);
 };
 
-[[nodiscard]] std::span<const HostAction> hostActions();
-[[nodiscard]] const HostAction* findHostAction(std::string_view verb);  // null: unknown
+// Does what the request's verb stands for. Throws host::Error for an unknown one.
+void carryOut(Controller& controller, const Json& request, const Channel& channel);
 
+// The verbs of Verb::Route::control.
 void actOnGet(Controller& controller, const Json& request, const Channel& channel);
 void actOnSet(Controller& controller, const Json& request, const Channel& channel);
 void actOnReset(Controller& controller, const Json& request, const Channel& channel);

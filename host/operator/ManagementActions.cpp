@@ -11,6 +11,7 @@
 #include "services/ManagementThread.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/KeyCatalogue.h"
+#include "verbs/NamedRows.h"
 
 namespace host {
 namespace {
@@ -23,17 +24,17 @@ constexpr const char* kSeeLog = "`clockctl log` tells why";
 
 std::string unknownKey(const std::string& key) {
   return "no key " + quotedText(key) +
-         suggestion(key, managementKeyNames(), "; `clockctl keys` lists them");
+         suggestion(key, namesOf(managementKeys()), "; `clockctl keys` lists them");
 }
 
 std::string whyUnread(const LocalManagement& management, const std::string& key) {
-  if (findManagementKey(key) == nullptr) return unknownKey(key);
+  if (rowNamed(managementKeys(), key) == nullptr) return unknownKey(key);
   return quotedText(key) + " cannot be read; " + (management.hasClock() ? kSeeLog : kNoClock);
 }
 
 std::string whyRefused(const LocalManagement& management, const std::string& key,
                        const std::string& value, bool storeFailed) {
-  const ManagementKey* const row = findManagementKey(key);
+  const ManagementKey* const row = rowNamed(managementKeys(), key);
   if (row == nullptr) return unknownKey(key);
   if (!management.hasClock()) return quotedText(key) + " cannot be set; " + kNoClock;
   if (storeFailed) return quotedText(key) + " could not be stored; " + kSeeLog;
@@ -54,7 +55,7 @@ void onManagementThread(Controller& controller, const Channel& channel, Body bod
 }
 
 Json keyRow(LocalManagement& management, const ManagementKey& row) {
-  const std::string key(row.key);
+  const std::string key(row.name);
   std::string value;
   const bool known = management.get(key, value);
   Json json = {{"key", key}};

@@ -8,6 +8,7 @@
 #include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 #include "verbs/WordReader.h"
 
 namespace host {
@@ -59,17 +60,14 @@ std::string listedEvents(const std::vector<Method>& events) {
 
 WantedEvent readEvent(WordReader& words) {
   WantedEvent wanted{words.next("NAME"), {}};
-  const RemoteMethod* const event = findRemoteEvent(wanted.name);
+  const RemoteMethod* const event = rowNamed(remoteEvents(), wanted.name);
   if (event == nullptr) {
     WordReader::fail("no event " + quotedText(wanted.name) +
-                     suggestion(wanted.name, remoteEventNames()));
+                     suggestion(wanted.name, namesOf(remoteEvents())));
   }
   for (const std::string& word : words.rest()) {
     const std::string name = parseArgument(word).getName();
-    const bool known =
-        std::any_of(event->request.begin(), event->request.end(),
-                    [&](const MethodParameter& parameter) { return parameter.name == name; });
-    if (!known) {
+    if (rowNamed(event->request, name) == nullptr) {
       WordReader::fail(quotedText(name) + " is no parameter of " + wanted.name +
                        suggestionFor(*event, name));
     }

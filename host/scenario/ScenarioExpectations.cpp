@@ -15,6 +15,7 @@
 #include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
 #include "verbs/WordReader.h"
@@ -37,11 +38,6 @@ void requireEqual(const std::string& what, const std::string& expected, const st
   if (came != expected) fail(what + ' ' + quoted(expected), quoted(came));
 }
 
-bool hasParameter(std::span<const MethodParameter> parameters, std::string_view name) {
-  return std::any_of(parameters.begin(), parameters.end(),
-                     [&](const MethodParameter& parameter) { return parameter.name == name; });
-}
-
 // The words of `expect call METHOD`, told apart by what the method takes and replies.
 struct CallExpectation {
   Method call;
@@ -50,18 +46,18 @@ struct CallExpectation {
 
 CallExpectation readCallWords(WordReader& words) {
   const std::string& name = words.next("METHOD");
-  const RemoteMethod* const method = findRemoteMethod(name);
+  const RemoteMethod* const method = rowNamed(remoteMethods(), name);
   if (method == nullptr) {
-    WordReader::fail("no method " + quotedText(name) + suggestion(name, remoteMethodNames()));
+    WordReader::fail("no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
   }
   std::vector<std::string> arguments;
   std::vector<std::string> wanted;
   for (const std::string& word : words.rest()) {
     const std::string parameter = word.substr(0, word.find_first_of(":="));
     static_cast<void>(parseArgument(word));
-    if (hasParameter(method->request, parameter)) {
+    if (rowNamed(method->request, parameter) != nullptr) {
       arguments.push_back(word);
-    } else if (hasParameter(method->reply, parameter)) {
+    } else if (rowNamed(method->reply, parameter) != nullptr) {
       wanted.push_back(word);
     } else {
       WordReader::fail(quotedText(parameter) + " is no parameter of " + name +
@@ -195,12 +191,11 @@ Run expectLog(WordReader& words) {
 }
 
 struct Expectation {
-  std::string_view words;  // one or two
+  std::string_view name;   // one or two words
   std::string_view usage;  // after `expect`
   Run (*read)(WordReader& words);
 };
 
-// Of two that begin alike, the longer one comes first.
 constexpr Expectation kExpectations[] = {
     {"call", "call METHOD [NAME=VALUE ...]", expectCall},
     {"get", "get KEY VALUE", expectGet},
@@ -218,23 +213,16 @@ constexpr Expectation kExpectations[] = {
     {"log", "log TEXT", expectLog},
 };
 
-std::vector<std::string_view> expectationNames() {
-  std::vector<std::string_view> names;
-  for (const Expectation& row : kExpectations) names.push_back(row.words);
-  return names;
-}
-
 }  // namespace
 
 Run readExpectation(std::span<const std::string> words) {
   if (words.empty()) throw UsageError("what is expected is missing: `expect get KEY VALUE`");
   const bool two = words.size() > 1 && (words.front() == "no" || words.front() == "next");
   const std::string name = two ? words[0] + ' ' + words[1] : words.front();
-  const auto row = std::find_if(std::begin(kExpectations), std::end(kExpectations),
-                                [&](const Expectation& each) { return each.words == name; });
-  if (row == std::end(kExpectations)) {
+  const Expectation* const row = rowNamed(kExpectations, name);
+  if (row == nullptr) {
     throw UsageError(quotedText(name) + " is nothing to expect" +
-                     suggestion(name, expectationNames()));
+                     suggestion(name, namesOf(kExpectations)));
   }
   WordReader reader(words.subspan(two ? 2 : 1), row->usage);
   Run run = row->read(reader);

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <array>
 #include <nlohmann/json.hpp>
 #include <optional>
 
@@ -14,9 +12,10 @@
 #include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
-#include "verbs/Verb.h"
+#include "verbs/VerbTable.h"
 #include "verbs/WordReader.h"
 
 namespace host {
@@ -43,21 +42,17 @@ void readMac(WordReader& words, DeviceOptions& device) {
 }
 
 void readNetworkAtStart(WordReader& words, DeviceOptions& device) {
-  constexpr std::array<std::string_view, 2> kStates = {"up", "down"};
-  device.networkUp = words.choice("the state of the network", kStates) == "up";
+  device.networkUp = readChoice(words, "up|down") == "up";
 }
 
 void readAt(WordReader& words, DeviceOptions& device) {
-  const std::string& text = words.next("UTC");
-  const auto instant = parseInstant(text);
-  if (!instant) {
-    WordReader::fail(quotedText(text) + " is not an instant; write " + std::string(kInstantForms));
-  }
-  device.at = longInstantText(*instant);
+  words.require("UTC");
+  const std::chrono::seconds instant(readInstant(words, "UTC").get<std::int64_t>());
+  device.at = longInstantText(instant);
 }
 
 struct SetupLine {
-  std::string_view word;
+  std::string_view name;
   std::string_view usage;
   void (*read)(WordReader& words, DeviceOptions& device);
 };
@@ -70,12 +65,10 @@ constexpr SetupLine kSetup[] = {
     {"at", "at UTC", readAt},
 };
 
-constexpr std::string_view kSteps[] = {"restart", "power-cut", "file", "store", "expect"};
-
 Run runCall(const Json& request) {
   const std::string name = request["method"];
   const auto arguments = request["arguments"].get<std::vector<std::string>>();
-  const RemoteMethod* const known = findRemoteMethod(name);
+  const RemoteMethod* const known = rowNamed(remoteMethods(), name);
   const bool replies = known == nullptr || known->replies;
   return [call = callOf(name, arguments), replies](ScenarioDevice& device) {
     Method copy = call;
@@ -99,21 +92,25 @@ Run runVerb(std::span<const std::string> words) {
   };
 }
 
-Run readFile(std::span<const std::string> words) {
-  WordReader reader(words, "file DEVICEPATH TEXT");
-  const std::string& path = reader.next("DEVICEPATH");
+Run readRestart(WordReader&) {
+  return [](ScenarioDevice& device) { device.restart(); };
+}
+
+Run readPowerCut(WordReader&) {
+  return [](ScenarioDevice& device) { device.powerCut(); };
+}
+
+Run readFile(WordReader& words) {
+  const std::string path = words.next("DEVICEPATH");
   requireDevicePath(path);
-  const std::string& text = reader.next("TEXT");
-  reader.end();
+  const std::string text = words.next("TEXT");
   return [path, text](ScenarioDevice& device) { device.writeFile(path, text); };
 }
 
-// What arrives from elsewhere, as a user's data do: the service is not told.
-Run readStore(std::span<const std::string> words) {
-  WordReader reader(words, "store KEY VALUE");
-  const std::string& key = reader.next("KEY");
-  const std::string& value = reader.next("VALUE");
-  reader.end();
+// Changes a setting behind the service's back, as downloaded user data do.
+Run readStore(WordReader& words) {
+  const std::string key = words.next("KEY");
+  const std::string value = words.next("VALUE");
   return [key, value](ScenarioDevice& device) {
     const char* const schema = DASUtilsStrings::ClockSettingsSchema;
     if (!device.device().store().setItem(schema, key, value)) {
@@ -122,16 +119,31 @@ Run readStore(std::span<const std::string> words) {
   };
 }
 
-Run alone(std::span<const std::string> words, void (ScenarioDevice::*act)()) {
-  if (words.size() != 1) throw UsageError(quotedText(words[1]) + " is one word too many");
-  return [act](ScenarioDevice& device) { (device.*act)(); };
+Run readExpect(WordReader& words) {
+  return readExpectation(words.rest());
 }
 
-void requireKnown(const std::string& word) {
-  if (findVerb(word) != nullptr) return;
-  std::vector<std::string_view> names(std::begin(kSteps), std::end(kSteps));
-  for (const SetupLine& line : kSetup) names.push_back(line.word);
-  for (const Verb& verb : verbs()) names.push_back(verb.name);
+// The steps beside the verbs of clockctl.
+struct StepLine {
+  std::string_view name;
+  std::string_view usage;
+  Run (*read)(WordReader& words);
+};
+
+constexpr StepLine kSteps[] = {
+    {"restart", "restart", readRestart},        {"power-cut", "power-cut", readPowerCut},
+    {"file", "file DEVICEPATH TEXT", readFile}, {"store", "store KEY VALUE", readStore},
+    {"expect", "expect ...", readExpect},
+};
+
+[[noreturn]] void failUnknown(const std::string& word) {
+  std::vector<std::string_view> names;
+  const auto add = [&](const auto& rows) {
+    for (const auto& row : rows) names.push_back(row.name);
+  };
+  add(kSteps);
+  add(kSetup);
+  add(kVerbs);
   throw UsageError("nothing is known as " + quotedText(word) + suggestion(word, names));
 }
 
@@ -150,9 +162,8 @@ class Parser {
 
  private:
   bool readSetup(std::span<const std::string> words) {
-    const auto line = std::find_if(std::begin(kSetup), std::end(kSetup),
-                                   [&](const auto& row) { return row.word == words.front(); });
-    if (line == std::end(kSetup)) return false;
+    const SetupLine* const line = rowNamed(kSetup, words.front());
+    if (line == nullptr) return false;
     if (m_started) {
       throw UsageError(quotedText(words.front()) +
                        " is about a device that is not on yet; put it " + "before the first step");
@@ -164,13 +175,13 @@ class Parser {
   }
 
   static Run readStep(std::span<const std::string> words) {
-    const std::string& word = words.front();
-    if (word == "restart") return alone(words, &ScenarioDevice::restart);
-    if (word == "power-cut") return alone(words, &ScenarioDevice::powerCut);
-    if (word == "file") return readFile(words.subspan(1));
-    if (word == "store") return readStore(words.subspan(1));
-    if (word == "expect") return readExpectation(words.subspan(1));
-    requireKnown(word);
+    if (const StepLine* const step = rowNamed(kSteps, words.front())) {
+      WordReader reader(words.subspan(1), step->usage);
+      Run run = step->read(reader);
+      reader.end();
+      return run;
+    }
+    if (findVerb(words.front()) == nullptr) failUnknown(words.front());
     return runVerb(words);
   }
 

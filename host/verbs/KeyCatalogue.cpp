@@ -1,7 +1,6 @@
 #include "verbs/KeyCatalogue.h"
 
-#include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace host {
 namespace {
@@ -58,13 +57,6 @@ constexpr ManagementKey kKeys[] = {
 };
 static_assert(std::size(kKeys) == 16);
 
-constexpr auto kKeyNames = [] {
-  std::array<std::string_view, std::size(kKeys)> names{};
-  std::transform(std::begin(kKeys), std::end(kKeys), names.begin(),
-                 [](const ManagementKey& key) { return key.key; });
-  return names;
-}();
-
 constexpr const char* kPreface =
     R"(# Management keys
 
@@ -83,14 +75,15 @@ This page is generated from `host/verbs/KeyCatalogue.cpp`; a test compares the t
 )";
 
 std::string sectionOf(const ManagementKey& row) {
-  std::string text = "\n## " + std::string(row.key) + "\n\n";
+  std::string text = "\n## " + std::string(row.name) + "\n\n";
   text += "- get: " + std::string(row.meaning) + '\n';
   if (!row.settable) {
-    return text + "- set: always refused\n- example: `clockctl get " + std::string(row.key) + "`\n";
+    return text + "- set: always refused\n- example: `clockctl get " + std::string(row.name) +
+           "`\n";
   }
   text += "- set: " + std::string(row.values) + '\n';
   if (!row.effect.empty()) text += "- then: " + std::string(row.effect) + '\n';
-  return text + "- example: `clockctl set " + std::string(row.key) + ' ' +
+  return text + "- example: `clockctl set " + std::string(row.name) + ' ' +
          std::string(row.example) + "`\n";
 }
 
@@ -98,15 +91,6 @@ std::string sectionOf(const ManagementKey& row) {
 
 std::span<const ManagementKey> managementKeys() {
   return kKeys;
-}
-std::span<const std::string_view> managementKeyNames() {
-  return kKeyNames;
-}
-
-const ManagementKey* findManagementKey(std::string_view key) {
-  const auto found = std::find_if(std::begin(kKeys), std::end(kKeys),
-                                  [&](const ManagementKey& row) { return row.key == key; });
-  return found == std::end(kKeys) ? nullptr : &*found;
 }
 
 std::string managementKeysDocument() {

@@ -8,7 +8,7 @@ namespace host {
 
 // One management key as a person at clockctl needs to know it.
 struct ManagementKey {
-  std::string_view key;
+  std::string_view name;
   bool settable;
   std::string_view meaning;
   std::string_view values;   // what a set takes, in a few words
@@ -16,11 +16,8 @@ struct ManagementKey {
   std::string_view example;  // a value a set takes; empty when it cannot be set
 };
 
-// The sixteen keys, in the service's own order. Every key typed is sent to the service all the
-// same.
+// The sixteen keys, in the service's own order. A key that is not here is sent to the service, too.
 [[nodiscard]] std::span<const ManagementKey> managementKeys();
-[[nodiscard]] std::span<const std::string_view> managementKeyNames();
-[[nodiscard]] const ManagementKey* findManagementKey(std::string_view key);  // null: unknown
 
 // docs/reference/management-keys.md, whole.
 [[nodiscard]] std::string managementKeysDocument();

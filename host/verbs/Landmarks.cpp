@@ -1,35 +1,14 @@
 #include "verbs/Landmarks.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 
 namespace host {
 namespace {
 
-constexpr const char* kEarlier =
-    "take the clock to an earlier time with `clock jump`, or with `set time` when it was set by "
-    "hand";
-
-constexpr LandmarkName kLandmarks[] = {
-    {"hour", Landmark::hour, "the next full hour", "no full hour was found in the 3 hours after",
-     kEarlier},
-    {"midnight", Landmark::midnight, "the next local midnight",
-     "no local midnight was found in the 2 days after", kEarlier},
-    {"dst", Landmark::dst, "the next change to or from daylight saving",
-     "no change to or from daylight saving was found in the 2 years after",
-     "choose a zone that has one: set `daylight-save-zone-id`, and `daylight-save` and "
-     "`auto-daylight-save` to true"},
-    {"leap-day", Landmark::leapDay, "the next leap day",
-     "no leap day was found in the 8 years after", kEarlier},
-    {"2038", Landmark::year2038, "the end of 32-bit time, 2038-01-19T03:14:07Z",
-     "the end of 32-bit time, 2038-01-19T03:14:07Z, is not ahead of", kEarlier},
-};
-
 constexpr time_t kMinute = 60;
 constexpr time_t kHour = 3600;
 constexpr time_t kDay = 86400;
-constexpr time_t kEndOf32Bits = std::numeric_limits<std::int32_t>::max();
 
 tm localTime(time_t instant) {
   tm local{};
@@ -42,7 +21,7 @@ bool fullHour(time_t instant) {
   return local.tm_min == 0 && local.tm_sec == 0;
 }
 
-// The local date goes on: at 00:00, or later where the clock is put forward at midnight.
+// A local date begins: at 00:00, or later where the clock is put forward at midnight.
 bool dateBegins(time_t instant) {
   const tm before = localTime(instant - 1);
   const tm after = localTime(instant);
@@ -63,6 +42,14 @@ std::optional<time_t> firstMinute(time_t after, time_t limit, Predicate wanted) 
     if (wanted(at)) return at;
   }
   return std::nullopt;
+}
+
+std::optional<time_t> nextFullHour(time_t after) {
+  return firstMinute(after, after + 3 * kHour, fullHour);
+}
+
+std::optional<time_t> nextMidnight(time_t after) {
+  return firstMinute(after, after + 2 * kDay, dateBegins);
 }
 
 std::optional<time_t> nextZoneChange(time_t after) {
@@ -93,33 +80,39 @@ std::optional<time_t> nextLeapDay(time_t after) {
   return std::nullopt;
 }
 
+std::optional<time_t> endOf32Bits(time_t after) {
+  constexpr time_t kEnd = std::numeric_limits<std::int32_t>::max();
+  return kEnd > after ? std::optional(kEnd) : std::nullopt;
+}
+
+constexpr const char* kEarlier =
+    "take the clock to an earlier time with `clock jump`, or with `set time` when it was set by "
+    "hand";
+
+constexpr Landmark kLandmarks[] = {
+    {"hour", "the next full hour", "no full hour was found in the 3 hours after", kEarlier,
+     nextFullHour},
+    {"midnight", "the next local midnight", "no local midnight was found in the 2 days after",
+     kEarlier, nextMidnight},
+    {"dst", "the next change to or from daylight saving",
+     "no change to or from daylight saving was found in the 2 years after",
+     "choose a zone that has one: set `daylight-save-zone-id`, and `daylight-save` and "
+     "`auto-daylight-save` to true",
+     nextZoneChange},
+    {"leap-day", "the next leap day", "no leap day was found in the 8 years after", kEarlier,
+     nextLeapDay},
+    {"2038", "the end of 32-bit time, 2038-01-19T03:14:07Z",
+     "the end of 32-bit time, 2038-01-19T03:14:07Z, is not ahead of", kEarlier, endOf32Bits},
+};
+
 }  // namespace
 
-std::span<const LandmarkName> landmarkNames() {
+std::span<const Landmark> landmarks() {
   return kLandmarks;
 }
 
-const LandmarkName* findLandmark(std::string_view name) {
-  const auto found = std::find_if(std::begin(kLandmarks), std::end(kLandmarks),
-                                  [&](const LandmarkName& row) { return row.name == name; });
-  return found == std::end(kLandmarks) ? nullptr : &*found;
-}
-
-std::optional<time_t> nextLandmark(Landmark landmark, time_t now) {
-  const time_t after = now + kJumpMargin.count();
-  switch (landmark) {
-    case Landmark::hour:
-      return firstMinute(after, after + 3 * kHour, fullHour);
-    case Landmark::midnight:
-      return firstMinute(after, after + 2 * kDay, dateBegins);
-    case Landmark::dst:
-      return nextZoneChange(after);
-    case Landmark::leapDay:
-      return nextLeapDay(after);
-    case Landmark::year2038:
-      return kEndOf32Bits > after ? std::optional(kEndOf32Bits) : std::nullopt;
-  }
-  return std::nullopt;
+std::optional<time_t> nextLandmark(const Landmark& landmark, time_t now) {
+  return landmark.next(now + kJumpMargin.count());
 }
 
 }  // namespace host

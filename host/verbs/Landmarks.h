@@ -9,26 +9,25 @@
 // The instants that are worth standing just before. Pure but for the process's TZ; thread: any.
 namespace host {
 
-enum class Landmark { hour, midnight, dst, leapDay, year2038 };
-
-struct LandmarkName {
-  std::string_view name;  // as typed: "leap-day"
-  Landmark landmark;
+struct Landmark {
+  std::string_view name;     // as typed: "leap-day"
   std::string_view meaning;  // "the next leap day"
-  // Of a refusal: what was looked for and how far, before the time from which on; what to do.
+  // For a refusal: what was not found, to be followed by the local time it was not found after, and
+  // what to do.
   std::string_view missing;
   std::string_view remedy;
+  // The first such instant after `after`.
+  std::optional<time_t> (*next)(time_t after);
 };
 
-[[nodiscard]] std::span<const LandmarkName> landmarkNames();
-[[nodiscard]] const LandmarkName* findLandmark(std::string_view name);  // null: unknown
+[[nodiscard]] std::span<const Landmark> landmarks();
 
-// How long before the landmark a ready-made jump stops.
+// How long before the landmark `clock to` stops.
 inline constexpr std::chrono::seconds kJumpMargin{10};
 
 // The first such instant that lies more than kJumpMargin after `now`, local time under the
-// process's TZ; seconds since 1970-01-01 UTC. Nothing when there is none: no daylight saving within
-// two years, or 2038 is over.
-[[nodiscard]] std::optional<time_t> nextLandmark(Landmark landmark, time_t now);
+// process's TZ; seconds since 1970-01-01 UTC. Empty when there is none: no change to or from
+// daylight saving within two years, or 2038 is over.
+[[nodiscard]] std::optional<time_t> nextLandmark(const Landmark& landmark, time_t now);
 
 }  // namespace host

@@ -1,6 +1,6 @@
 #include "verbs/MethodCatalogue.h"
 
-#include <algorithm>
+#include <iterator>
 
 namespace host {
 namespace {
@@ -102,43 +102,14 @@ constexpr RemoteMethod kEvents[] = {
     {"alarmClockEvent", kAlarmEvent, {}, false},
 };
 
-template <std::size_t N>
-constexpr std::array<std::string_view, N> namesOf(const RemoteMethod (&methods)[N]) {
-  std::array<std::string_view, N> names{};
-  std::transform(std::begin(methods), std::end(methods), names.begin(),
-                 [](const RemoteMethod& method) { return method.name; });
-  return names;
-}
-
-constexpr auto kMethodNames = namesOf(kMethods);
-constexpr auto kEventNames = namesOf(kEvents);
-
-const RemoteMethod* find(std::span<const RemoteMethod> methods, std::string_view name) {
-  const auto found = std::find_if(methods.begin(), methods.end(),
-                                  [&](const RemoteMethod& method) { return method.name == name; });
-  return found == methods.end() ? nullptr : &*found;
-}
-
 }  // namespace
 
 std::span<const RemoteMethod> remoteMethods() {
   return kMethods;
 }
-std::span<const std::string_view> remoteMethodNames() {
-  return kMethodNames;
-}
-const RemoteMethod* findRemoteMethod(std::string_view name) {
-  return find(kMethods, name);
-}
 
 std::span<const RemoteMethod> remoteEvents() {
   return kEvents;
-}
-std::span<const std::string_view> remoteEventNames() {
-  return kEventNames;
-}
-const RemoteMethod* findRemoteEvent(std::string_view name) {
-  return find(kEvents, name);
 }
 
 }  // namespace host

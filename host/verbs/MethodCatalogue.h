@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <span>
 #include <string_view>
 
@@ -24,12 +23,8 @@ struct RemoteMethod {
 
 // In the order in which the service matches them.
 [[nodiscard]] std::span<const RemoteMethod> remoteMethods();
-[[nodiscard]] std::span<const std::string_view> remoteMethodNames();
-[[nodiscard]] const RemoteMethod* findRemoteMethod(std::string_view name);  // null: unknown
 
 // The events an observer hears, with their parameters; `replies` is false.
 [[nodiscard]] std::span<const RemoteMethod> remoteEvents();
-[[nodiscard]] std::span<const std::string_view> remoteEventNames();
-[[nodiscard]] const RemoteMethod* findRemoteEvent(std::string_view name);
 
 }  // namespace host

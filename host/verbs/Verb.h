@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <iosfwd>
 #include <span>
 #include <string>
@@ -11,33 +12,52 @@ namespace host {
 
 class WordReader;
 
-// One row of the table of verbs: what a person types, and how an answer reads.
+// One word after a verb: its text in the usage line, and the request's member that it becomes.
+struct VerbWord {
+  std::string_view usage;  // "KEY", "up|down"; empty: no word
+  const char* member;
+  Json (*read)(WordReader& words, std::string_view usage);  // see VerbWords.h
+};
+using VerbWords = std::array<VerbWord, 2>;
+
+// What a verb's second word chooses: `speed` in `clock speed X`.
+struct VerbAction {
+  std::string_view name;
+  VerbWords words{};
+  bool takesTime = false;  // virtual time passes before the answer
+};
+
+// One row of the table of verbs: what a person types, and how the answer is shown.
 struct Verb {
   enum class Route {
     call,    // a remote call to the service
     watch,   // the service's events
-    control  // a control request to the host
+    control  // a control request to the host, see operator/HostActions.h
   };
 
   std::string_view name;
-  std::string_view usage;  // "get KEY"
   std::string_view help;
-  Route route;
-
-  // Reads the words after the verb into the request's members. Throws UsageError.
-  void (*read)(WordReader& words, Json& request);
 
   // Writes an answer ("ok" is true) or one item of a stream as lines for people.
   void (*print)(const Json& answer, std::ostream& out);
+
+  VerbWords words{};
+  Route route = Route::control;
+
+  // For verbs with actions, and the request's member that names the action.
+  const char* actionMember = nullptr;
+  std::span<const VerbAction> actions{};
+  bool actionOptional = false;  // without an action, the first of them is meant
 };
 
-// All verbs, in the order of the help.
-[[nodiscard]] std::span<const Verb> verbs();
 [[nodiscard]] const Verb* findVerb(std::string_view name);  // null: unknown
 
 // words: verb and arguments, as split by a shell. The request is {"verb": NAME, ...}. Throws
 // UsageError: no verb, an unknown one with the nearest named, wrong arguments.
 [[nodiscard]] Json requestOf(std::span<const std::string> words);
+
+// Whether virtual time passes before the answer, which may then take long.
+[[nodiscard]] bool takesTime(const Json& request);
 
 // The usage lines of all verbs, with their help.
 [[nodiscard]] std::string verbHelp();

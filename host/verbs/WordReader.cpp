@@ -33,9 +33,8 @@ const std::string& WordReader::next(std::string_view what) {
   return m_words[m_next++];
 }
 
-const std::string& WordReader::choice(std::string_view what,
-                                      std::span<const std::string_view> choices) {
-  if (done()) fail(std::string(what) + " is missing: " + listed(choices));
+const std::string& WordReader::choice(std::span<const std::string_view> choices) {
+  if (done()) fail("a word is missing: " + listed(choices));
   const std::string& word = m_words[m_next++];
   if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
     fail(quotedText(word) + " is not " + listed(choices) + suggestion(word, choices));
@@ -86,6 +85,11 @@ void WordReader::fail(const std::string& message) {
 
 void WordReader::failWithUsage(const std::string& message) const {
   fail(message + " (usage: " + std::string(m_usage) + ")");
+}
+
+void WordReader::failForm(std::string_view word, const char* kind, std::string_view forms) const {
+  const std::string subject = m_subject.empty() ? "" : m_subject + ": ";
+  fail(subject + quotedText(word) + " is not " + kind + "; write " + std::string(forms));
 }
 
 }  // namespace host

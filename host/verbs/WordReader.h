@@ -7,12 +7,15 @@
 
 namespace host {
 
-// Reads a verb's words one after the other. Owner: its creator; the words outlive it.
+// Reads a verb's words one after the other. Owner: its creator; the words and the usage outlive it.
 // Failure: UsageError.
 class WordReader {
  public:
   // usage: for error lines, "get KEY".
   WordReader(std::span<const std::string> words, std::string_view usage);
+
+  // For failForm: "clock speed".
+  void setSubject(std::string subject) { m_subject = std::move(subject); }
 
   [[nodiscard]] bool done() const { return m_next == m_words.size(); }
 
@@ -23,27 +26,31 @@ class WordReader {
   const std::string& next(std::string_view what);
 
   // The next word, which must be one of `choices`; otherwise a similar one is suggested.
-  const std::string& choice(std::string_view what, std::span<const std::string_view> choices);
+  const std::string& choice(std::span<const std::string_view> choices);
 
   int integer(std::string_view what);
 
   // Takes the next word when it is this one.
   [[nodiscard]] bool accept(std::string_view word);
 
-  // All that is left.
+  // All remaining words.
   [[nodiscard]] std::span<const std::string> rest();
   [[nodiscard]] std::string restAsText();  // joined by single spaces
 
-  // REQUIRES of the person: no word is left.
+  // Throws UsageError if a word is left.
   void end() const;
 
-  // Throws UsageError. The message says what would be right; else the usage does, at its end.
+  // Throw UsageError. The message says what would be right; otherwise the usage is appended.
   [[noreturn]] static void fail(const std::string& message);
   [[noreturn]] void failWithUsage(const std::string& message) const;
+
+  // "SUBJECT: WORD is not KIND; write FORMS"
+  [[noreturn]] void failForm(std::string_view word, const char* kind, std::string_view forms) const;
 
  private:
   std::span<const std::string> m_words;
   std::string_view m_usage;
+  std::string m_subject;
   std::size_t m_next = 0;
 };
 

@@ -15,6 +15,7 @@
 #include "remote/JsonCodec.h"
 #include "support/Framework.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 
 namespace {
 
@@ -58,7 +59,7 @@ class Peer final : public ProxyRequest {
   }
 
   bool sendMethod(Method& method) override {
-    const auto* const event = host::findRemoteEvent(method.getName());
+    const auto* const event = host::rowNamed(host::remoteEvents(), method.getName());
     hold(event != nullptr && method.getParameters().size() == event->request.size(),
          "an event is one of the known ones", method.getName());
     return true;
@@ -73,7 +74,7 @@ class Peer final : public ProxyRequest {
   void holdAnswer(const std::string& bytes, const std::vector<std::string>& replies) {
     Method request;
     const host::RemoteMethod* const row =
-        decode(bytes, request) ? host::findRemoteMethod(request.getName()) : nullptr;
+        decode(bytes, request) ? host::rowNamed(remoteMethods(), request.getName()) : nullptr;
     const bool isReplied = row != nullptr && row->replies;
     hold(replies.size() == (isReplied ? 1U : 0U), "a known method is answered once", bytes);
     if (!isReplied) return;

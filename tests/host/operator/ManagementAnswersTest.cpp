@@ -184,9 +184,9 @@ TEST_F(ManagedTelephone, ListsItsKeysInTheOrderOfTheTableAndAsSettableAsTheyAre)
   ASSERT_EQ(keys.size(), managementKeys().size());
   for (std::size_t i = 0; i < keys.size(); ++i) {
     const ManagementKey& row = managementKeys()[i];
-    EXPECT_EQ(keys[i].at("key"), row.key);
+    EXPECT_EQ(keys[i].at("key"), row.name);
     const std::string value(row.settable ? row.example : "1");
-    EXPECT_EQ(set(std::string(row.key), value).at("ok"), keys[i].at("settable")) << row.key;
+    EXPECT_EQ(set(std::string(row.name), value).at("ok"), keys[i].at("settable")) << row.name;
   }
 }
 

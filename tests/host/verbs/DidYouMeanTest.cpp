@@ -6,6 +6,7 @@
 
 #include "verbs/KeyCatalogue.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 
 namespace host {
 namespace {
@@ -41,15 +42,15 @@ TEST(DidYouMean, FirstOfEquallyNearOnes) {
 }
 
 TEST(DidYouMean, MethodsAndKeysByTheirMistypedNames) {
-  EXPECT_EQ(nearest("GetTime", remoteMethodNames()), "getTime");
-  EXPECT_EQ(nearest("getTimeInt", remoteMethodNames()), "getTimeInts");
-  EXPECT_EQ(nearest("dateformat", managementKeyNames()), "date-format");
-  EXPECT_EQ(nearest("sntp-adr", managementKeyNames()), "sntp-addr");
-  EXPECT_EQ(nearest("daylight-saving", managementKeyNames()), "daylight-save");
+  EXPECT_EQ(nearest("GetTime", namesOf(remoteMethods())), "getTime");
+  EXPECT_EQ(nearest("getTimeInt", namesOf(remoteMethods())), "getTimeInts");
+  EXPECT_EQ(nearest("dateformat", namesOf(managementKeys())), "date-format");
+  EXPECT_EQ(nearest("sntp-adr", namesOf(managementKeys())), "sntp-addr");
+  EXPECT_EQ(nearest("daylight-saving", namesOf(managementKeys())), "daylight-save");
 }
 
 TEST(Suggestion, NamesTheNearest) {
-  EXPECT_EQ(suggestion("tme", managementKeyNames()), "; did you mean \"time\"?");
+  EXPECT_EQ(suggestion("tme", namesOf(managementKeys())), "; did you mean \"time\"?");
   EXPECT_EQ(suggestion("tme", {}), "");
 }
 
@@ -68,8 +69,8 @@ TEST(Suggestion, IsMadeForOneWrongLetterOfAShortWord) {
 }
 
 TEST(Suggestion, IsNotMadeForAnUnrelatedWord) {
-  EXPECT_EQ(suggestion("banana", remoteMethodNames()), "");
-  EXPECT_EQ(suggestion(std::string(100'000, 'x'), remoteMethodNames()), "");
+  EXPECT_EQ(suggestion("banana", namesOf(remoteMethods())), "");
+  EXPECT_EQ(suggestion(std::string(100'000, 'x'), namesOf(remoteMethods())), "");
 }
 
 }  // namespace

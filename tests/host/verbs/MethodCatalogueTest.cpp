@@ -1,4 +1,5 @@
 #include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
 
 #include <gtest/gtest.h>
 
@@ -14,12 +15,12 @@ namespace host {
 namespace {
 
 TEST(RemoteMethodTable, HoldsTwentyThreeMethodsWithNamesOfTheirOwn) {
-  const auto names = remoteMethodNames();
+  const auto names = namesOf(remoteMethods());
   EXPECT_EQ(names.size(), 23U);
   EXPECT_EQ(std::set(names.begin(), names.end()).size(), 23U);
-  for (const std::string_view name : names) EXPECT_EQ(findRemoteMethod(name)->name, name);
-  EXPECT_EQ(findRemoteMethod("GetTime"), nullptr);
-  EXPECT_EQ(findRemoteMethod(""), nullptr);
+  for (const std::string_view name : names) EXPECT_EQ(rowNamed(remoteMethods(), name)->name, name);
+  EXPECT_EQ(rowNamed(remoteMethods(), "GetTime"), nullptr);
+  EXPECT_EQ(rowNamed(remoteMethods(), ""), nullptr);
 }
 
 TEST(RemoteMethodTable, OnlyOneMethodHasNoReply) {
@@ -41,9 +42,9 @@ TEST(RemoteMethodTable, ParametersBearTheirMethodsName) {
 }
 
 TEST(RemoteMethodTable, HoldsTheFourEvents) {
-  EXPECT_EQ(remoteEventNames().size(), 4U);
-  EXPECT_EQ(findRemoteEvent("timeChangeEvent")->request.size(), 3U);
-  EXPECT_EQ(findRemoteEvent("getTime"), nullptr);
+  EXPECT_EQ(namesOf(remoteEvents()).size(), 4U);
+  EXPECT_EQ(rowNamed(remoteEvents(), "timeChangeEvent")->request.size(), 3U);
+  EXPECT_EQ(rowNamed(remoteEvents(), "getTime"), nullptr);
 }
 
 // "`setTimeHours`, `setTimeMinutes` int": a type once, behind all names that have it.

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+// Tables whose rows have a member `name`.
+namespace host {
+
+// The row with this name; null when there is none.
+template <typename Rows>
+[[nodiscard]] constexpr auto rowNamed(const Rows& rows, std::string_view name) {
+  const auto found = std::find_if(std::begin(rows), std::end(rows),
+                                  [&](const auto& row) { return row.name == name; });
+  return found == std::end(rows) ? nullptr : &*found;
+}
+
+// In the order of the rows, for suggestions.
+template <typename Rows>
+[[nodiscard]] std::vector<std::string_view> namesOf(const Rows& rows) {
+  std::vector<std::string_view> names;
+  for (const auto& row : rows) names.push_back(row.name);
+  return names;
+}
+
+// For static_assert: the rows of both tables have the same names, in the same order.
+template <typename Left, typename Right>
+[[nodiscard]] constexpr bool sameNames(const Left& left, const Right& right) {
+  return std::equal(std::begin(left), std::end(left), std::begin(right), std::end(right),
+                    [](const auto& a, const auto& b) { return a.name == b.name; });
+}
+
+}  // namespace host

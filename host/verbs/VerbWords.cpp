@@ -1,0 +1,78 @@
+#include "verbs/VerbWords.h"
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "verbs/CallWords.h"
+#include "verbs/TimeText.h"
+#include "verbs/WordReader.h"
+
+namespace host {
+
+Json readText(WordReader& words, std::string_view usage) {
+  Json text = words.next(usage);
+  try {
+    static_cast<void>(text.dump());
+  } catch (const Json::type_error&) {
+    // JSON carries UTF-8 only, and so does the host's store.
+    WordReader::fail(std::string(usage) + " must be UTF-8 text");
+  }
+  return text;
+}
+
+Json readInteger(WordReader& words, std::string_view usage) {
+  return words.integer(usage);
+}
+
+Json readChoice(WordReader& words, std::string_view usage) {
+  std::vector<std::string_view> choices;
+  for (std::size_t bar = usage.find('|'); bar != usage.npos; bar = usage.find('|')) {
+    choices.push_back(usage.substr(0, bar));
+    usage.remove_prefix(bar + 1);
+  }
+  choices.push_back(usage);
+  return words.choice(choices);
+}
+
+Json readOption(WordReader& words, std::string_view usage) {
+  return words.accept(usage.substr(1, usage.size() - 2));
+}
+
+Json readSpeed(WordReader& words, std::string_view usage) {
+  const std::string& word = words.next(usage);
+  if (!parseSpeed(word)) words.failForm(word, "a speed", kSpeedForms);
+  return word;
+}
+
+Json readDuration(WordReader& words, std::string_view) {
+  const std::string word = words.restAsText();
+  const auto duration = parseDuration(word);
+  if (!duration) words.failForm(word, "a duration", kDurationForms);
+  return duration->count();
+}
+
+Json readInstant(WordReader& words, std::string_view) {
+  const std::string word = words.restAsText();
+  const auto instant = parseInstant(word);
+  if (!instant) words.failForm(word, "an instant", kInstantForms);
+  return instant->count();
+}
+
+Json readCount(WordReader& words, std::string_view) {
+  if (!words.accept("--count")) return 0;
+  const int count = words.integer("N");
+  if (count < 1) WordReader::fail("N is the number of events to wait for, 1 or more");
+  return count;
+}
+
+Json readArguments(WordReader& words, std::string_view) {
+  Json arguments = Json::array();
+  while (!words.done()) {
+    Json argument = readText(words, "NAME=VALUE");
+    static_cast<void>(parseArgument(argument.get_ref<const std::string&>()));
+    arguments.push_back(std::move(argument));
+  }
+  return arguments;
+}
+
+}  // namespace host

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string_view>
+
+#include "verbs/Json.h"
+
+namespace host {
+
+class WordReader;
+
+// One function for each kind of word that verbs take (see VerbWord): reads the word, or those that
+// are left, and returns the value of the request's member. `usage` is the word's text in the usage
+// line. Throws UsageError.
+[[nodiscard]] Json readText(WordReader& words, std::string_view usage);
+[[nodiscard]] Json readInteger(WordReader& words, std::string_view usage);
+[[nodiscard]] Json readChoice(WordReader& words, std::string_view usage);     // usage: "up|down"
+[[nodiscard]] Json readOption(WordReader& words, std::string_view usage);     // usage: "[--follow]"
+[[nodiscard]] Json readSpeed(WordReader& words, std::string_view usage);      // a text
+[[nodiscard]] Json readDuration(WordReader& words, std::string_view usage);   // seconds
+[[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);    // seconds since 1970
+[[nodiscard]] Json readCount(WordReader& words, std::string_view usage);      // 0: without end
+[[nodiscard]] Json readArguments(WordReader& words, std::string_view usage);  // [NAME=VALUE ...]
+
+}  // namespace host
