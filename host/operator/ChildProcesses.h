@@ -6,8 +6,8 @@
 
 namespace host {
 
-// A running child of this process that was started as `program` (a name without a folder). Nothing
-// when there is none, or the system does not tell. Thread: any.
+// The id of a running child of this process that was started as `program` (a name without a
+// folder). Empty when there is none, or /proc cannot be read. Thread: any.
 [[nodiscard]] std::optional<pid_t> childRunning(const std::string& program);
 
 }  // namespace host

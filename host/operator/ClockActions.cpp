@@ -27,7 +27,7 @@ using std::chrono::seconds;
 
 constexpr std::int64_t kLongestAdvance = std::int64_t{36525} * 86400;  // seconds: a century
 
-// What stays to be said after an action; empty: nothing.
+// A note for the reply; empty: none.
 using Note = std::string;
 
 void requireVirtual(const VirtualClock& clock) {
@@ -141,7 +141,7 @@ ClockMove recordedMove(const ClockAction& action, Controller& controller, const 
   return move;
 }
 
-// What is left, rounded up as people count.
+// Rounded up: less than a second left is shown as one.
 std::string leftText(nanoseconds duration) {
   return durationText(std::chrono::ceil<seconds>(duration));
 }

@@ -18,38 +18,39 @@ using std::chrono::duration_cast;
 using std::chrono::seconds;
 using Nanoseconds = VirtualClock::Nanoseconds;
 
-// The service's own one-shot timers take 1 ms, and may start one another.
+// The service's own one-shot timers take 1 ms, and may start each other.
 constexpr Nanoseconds kSettling = std::chrono::milliseconds(10);
-// After a far jump: long enough for the hourly timer to expire wherever it was, and once more.
+// After a far jump: long enough for the hourly timer to expire once, whenever it is due, and once
+// more.
 constexpr seconds kRearming = std::chrono::hours(2);
 constexpr seconds kProbe{1};
 
-// The clock stands while it lives. Then it goes on at its former speed, unless it is to stay, or
-// its speed was set meanwhile, to whatever value.
-class Standstill {
+// Pauses the clock for as long as the object exists. The destructor restores the former speed,
+// unless the pause was made permanent or somebody has set a speed meanwhile.
+class ClockPause {
  public:
-  explicit Standstill(VirtualClock& clock) : m_clock(clock), m_speed(clock.speed()) {
+  explicit ClockPause(VirtualClock& clock) : m_clock(clock), m_speed(clock.speed()) {
     m_clock.setSpeed(0);
     m_setting = m_clock.speedSettings();
   }
-  ~Standstill() {
-    if (!m_stays && m_clock.speedSettings() == m_setting) m_clock.setSpeed(m_speed);
+  ~ClockPause() {
+    if (!m_permanent && m_clock.speedSettings() == m_setting) m_clock.setSpeed(m_speed);
   }
-  Standstill(const Standstill&) = delete;
-  Standstill& operator=(const Standstill&) = delete;
+  ClockPause(const ClockPause&) = delete;
+  ClockPause& operator=(const ClockPause&) = delete;
 
-  void stay() { m_stays = true; }
+  void makePermanent() { m_permanent = true; }
 
  private:
   VirtualClock& m_clock;
   const double m_speed;
-  std::uint64_t m_setting = 0;  // its own
-  bool m_stays = false;
+  std::uint64_t m_setting = 0;  // the one that this object made
+  bool m_permanent = false;
 };
 
-// A way to a landmark, once begun.
+// A move to a landmark that has begun.
 struct Journey {
-  std::shared_ptr<Standstill> standstill;
+  std::shared_ptr<ClockPause> pause;
   time_t target = 0;
 };
 
@@ -63,7 +64,7 @@ void settle(VirtualClock& clock) {
 void requireRoom(const VirtualClock& clock, seconds duration) {
   if (clock.source() == VirtualClock::Source::system) {
     throw Error(
-        "this host runs on the system's clock, which only passes by itself; start it with "
+        "this host runs on the system's clock, which cannot be advanced; start it with "
         "--clock virtual");
   }
   if (clock.uptime() + duration > VirtualClock::kLastUptime) {
@@ -71,9 +72,9 @@ void requireRoom(const VirtualClock& clock, seconds duration) {
   }
 }
 
-// The timers of the landmark are armed a fraction of a second after a full second: stand as long
-// before them as before the landmark.
-void standBeforeTimer(VirtualClock& clock) {
+// The service's timers expire a fraction of a second after the landmark: stop kJumpMargin before
+// the timer.
+void stopBeforeTimer(VirtualClock& clock) {
   const auto expiry = clock.nextExpiry();
   if (!expiry) return;
   const Nanoseconds late = *expiry - clock.uptime() - kJumpMargin;
@@ -86,17 +87,17 @@ time_t requireNext(const Landmark& landmark, time_t now) {
               std::string(landmark.remedy));
 }
 
-// Whether the service's time moves with the clock: after it was set by hand it runs on the uptime,
-// and may still equal the clock's by chance. So the service is shown another time, and no clock
-// moves. REQUIRES: the clock stands.
+// Whether the service's time follows the clock. After it was set by hand it follows the uptime, and
+// may equal the clock's by chance. So show the service a shifted time, without moving the clock.
+// REQUIRES: the clock is paused.
 bool followsClock(Device& device) {
   const time_t before = serviceTime(device);
   const ShiftedTime shift(kProbe);
   return serviceTime(device) != before;
 }
 
-// Jumps over the most of a far way; the uptime at its end.
-Nanoseconds uptimeAfter(Device& device, seconds way) {
+// The uptime at the end of the way. Jumps over most of a far one.
+Nanoseconds beginWay(Device& device, seconds way) {
   VirtualClock& clock = device.clock();
   if (way <= kPassable || !followsClock(device)) {
     requireRoom(clock, way);
@@ -107,7 +108,7 @@ Nanoseconds uptimeAfter(Device& device, seconds way) {
 }
 
 // To the second: the timers are armed a fraction of a second after the service's own full seconds.
-void requireStandingBefore(Device& device, time_t target) {
+void requireTimeBefore(Device& device, time_t target) {
   const seconds left(target - serviceTime(device));
   if (left == kJumpMargin || left == kJumpMargin - seconds(1)) return;
   throw Error("the clock has moved, but the service's time is " + localText(target - left.count()) +
@@ -136,7 +137,7 @@ ClockMove passTime(Device& device, seconds duration) {
 }
 
 time_t serviceTime(Device& device) {
-  // As text, which goes on after 2038.
+  // The method that returns text, because it works after 2038.
   Method call("getUTCTimeTimeVal", Method::call);
   call.addIntParameter("getUTCTimeTimeValTime", 0, Parameter::in);
   std::string text;
@@ -151,18 +152,18 @@ ClockMove goBefore(Device& device, const Landmark& landmark) {
   const auto journey = std::make_shared<Journey>();
   const auto begin = [&device, &landmark, journey] {
     requireRoom(device.clock(), kRearming);
-    auto standstill = std::make_shared<Standstill>(device.clock());
+    auto pause = std::make_shared<ClockPause>(device.clock());
     settle(device.clock());
     const time_t now = serviceTime(device);
     journey->target = requireNext(landmark, now);
-    const Nanoseconds end = uptimeAfter(device, seconds(journey->target - now) - kJumpMargin);
-    journey->standstill = std::move(standstill);
+    const Nanoseconds end = beginWay(device, seconds(journey->target - now) - kJumpMargin);
+    journey->pause = std::move(pause);
     return end;
   };
   const auto arrive = [&device, &landmark, journey] {
-    standBeforeTimer(device.clock());
-    requireStandingBefore(device, journey->target);
-    journey->standstill->stay();
+    stopBeforeTimer(device.clock());
+    requireTimeBefore(device, journey->target);
+    journey->pause->makePermanent();
     return arrivedText(landmark, journey->target);
   };
   return {begin, arrive};

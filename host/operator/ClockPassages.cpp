@@ -24,9 +24,9 @@ void ClockPassages::add(ClockMove move, const Channel& channel) {
   if (m_waiting.size() == 1) pass();
 }
 
-// One slice of the first, and a place behind the others for the next slice.
+// Runs a slice of the first move, and queues the next slice on the loop.
 void ClockPassages::pass() try {
-  const Channel channel = m_waiting.front().channel;  // the origin is its own
+  const Channel channel = m_waiting.front().channel;  // owns the origin's text
   const OriginScope origin(channel->origin());
   if (!MemoryReserve::refill()) throw std::bad_alloc();
   if (isOver(m_waiting.front())) m_waiting.pop_front();
@@ -40,8 +40,8 @@ void ClockPassages::pass() try {
   giveUp(error.what());
 }
 
-// Without a next slice they would wait for ever. An answer would take memory; a channel that goes
-// without one needs none to refuse its request.
+// Without a next slice the moves would wait for ever. An answer would need memory; a channel that
+// is destroyed without an answer refuses its request, and needs none.
 void ClockPassages::giveUp(const char* why) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
             m_waiting.size() == 1 ? "move of the clock is" : "moves of the clock are", why);

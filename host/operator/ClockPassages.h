@@ -13,24 +13,24 @@ namespace host {
 class ControlChannel;
 class VirtualClock;
 
-// The moves of a clock that clients have asked for: one after another, each in slices of the loop
-// with turns of everybody else in between. A move whose client is gone stops where it is.
-// Owner: the controller. Thread: the framework's. Failure: what a move throws is its refusal.
-// When memory runs out, the moves are given up with a log line, each where it is.
+// The moves of the clock that clients have requested, one after another. A move runs in slices on
+// the loop, which serves other clients in between. A move whose client is gone stops where it is.
+// Owner: the controller. Thread: the framework's. Failure: an exception of a move is its refusal.
+// When memory runs out, all moves stop where they are, with a log line.
 class ClockPassages {
  public:
   using Channel = std::shared_ptr<ControlChannel>;
   using Later = std::function<void(std::function<void()>)>;
   using Arrived = std::function<void(const Channel& channel, const std::string& note)>;
 
-  // A slice ends after the expiry that makes it as long.
+  // A slice ends after the first timer that expires beyond this.
   static constexpr std::chrono::milliseconds kSlice{2};
 
-  // later: runs a task behind what waits on the loop; empty: a move runs to its end at once.
-  // arrived: answers a client whose move has come to its end.
+  // later: queues a task on the loop; empty: a move runs to its end at once.
+  // arrived: answers the client of a completed move.
   ClockPassages(VirtualClock& clock, Later later, Arrived arrived);
 
-  // Moves now, or after the moves before it. What the client sends next waits for it.
+  // Begins the move now, or after those before it. The client's next request waits for its end.
   void add(ClockMove move, const Channel& channel);
 
  private:
@@ -48,7 +48,7 @@ class ClockPassages {
   VirtualClock& m_clock;
   const Later m_later;
   const Arrived m_arrived;
-  std::deque<Passage> m_waiting;  // the first is under way
+  std::deque<Passage> m_waiting;  // the first has begun
   std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 

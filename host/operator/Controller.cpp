@@ -14,7 +14,7 @@
 namespace host {
 namespace {
 
-// Keeps the reply for a caller in this process. Items have nowhere to go.
+// Keeps the reply for a caller in this process, and takes no items.
 class WaitingChannel : public ControlChannel {
  public:
   bool reply(std::string_view json) override {

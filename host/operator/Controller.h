@@ -14,7 +14,7 @@ namespace host {
 class Device;
 class LogRing;
 
-// What `status` tells beyond the device itself.
+// What `status` shows beside the state of the device.
 struct HostFacts {
   std::function<std::size_t()> clients;  // connected now; may be empty
   std::string socket;                    // empty: none
@@ -23,11 +23,10 @@ struct HostFacts {
   ClockPassages::Later later{};          // see ClockPassages
 };
 
-// Carries out control requests on one device: {"verb": NAME, ...} -> {"ok": true, ...} or
-// {"ok": false, "error": ONE LINE}. The clock is worked on the framework thread, at once;
-// management on the management thread, and answered later. Owner: main, or a scenario; before the
-// device. Thread: the framework's. Failure: always an answer; whatever a request holds, nothing is
-// thrown.
+// Handles control requests for one device: {"verb": NAME, ...} -> {"ok": true, ...} or
+// {"ok": false, "error": ONE LINE}. Management requests run on the management thread and are
+// answered later, all others on the framework thread. Owner: main, or a scenario; destroyed before
+// the device. Thread: the framework's. Failure: each request is answered; nothing is thrown.
 class Controller {
  public:
   Controller(Device& device, HostFacts facts);
@@ -38,7 +37,7 @@ class Controller {
   // For RemoteServer: `[&](ControlRequest r) { controller.handle(std::move(r)); }`.
   void handle(ControlRequest request);
 
-  // Carries out one request and waits for its answer. REQUIRES: HostFacts without `later`, for
+  // Handles one request and waits for its answer. REQUIRES: HostFacts without `later`, for
   // moves of the clock.
   [[nodiscard]] Json perform(const Json& request);
 

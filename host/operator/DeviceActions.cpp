@@ -21,8 +21,7 @@ namespace {
 
 constexpr const char* kNtpClient = "ntpclient";
 
-// The value changes on the management thread, which then tells the observers; the answer comes when
-// they have been told.
+// Changes the value on the management thread, and answers after the observers were notified there.
 void changeValue(Controller& controller, const std::string& key, const std::string& value,
                  const Channel& channel) {
   LocalManagement& management = controller.device().management();
@@ -54,7 +53,7 @@ void injectMobility(Controller& controller, const Json& request, const Channel& 
   changeValue(controller, "mobility-user-data-update", textMember(request, "value"), channel);
 }
 
-// What the user-data query answers for a key from now on.
+// Sets whether a key counts as the user's own.
 void injectUserData(Controller& controller, const Json& request, const Channel& channel) {
   const std::string value = textMember(request, "value");
   if (value != "on" && value != "off") throw Error(quotedText(value) + " is not on or off");
@@ -82,8 +81,7 @@ std::string ntpClientState() {
 void actOnInject(Controller& controller, const Json& request, const Channel& channel) {
   const std::string what = textMember(request, "what");
   const HostAction* const action = rowNamed(kInjectHandlers, what);
-  if (action == nullptr)
-    throw Error("nothing known as " + quotedText(what) + " can happen to the device");
+  if (action == nullptr) throw Error(quotedText(what) + " cannot be injected");
   RecordedAct record(controller.device().securityLog(), SecurityLog::Event::injection,
                      "Inject " + what + memberWords(request, {"plug", "status", "key", "value"}));
   action->carryOut(controller, request, channel);

@@ -26,12 +26,12 @@ static_assert(std::all_of(std::begin(kVerbs), std::end(kVerbs),
                           }),
               "each control verb of VerbTable.h needs a row here, and no other verb");
 
-// Well within what a reply may be, and what a client that is slow to read may leave unread.
+// Bytes: well below the limit of a reply, and of what may wait for a slow client.
 constexpr std::size_t kRoomForRows = 512 * 1024;
 
 constexpr std::size_t kLongestError = 1000;  // bytes
 
-// How many of the rows, from the first on, a reply has room for.
+// How many of the rows fit into a reply, counted from the first.
 template <typename Row>
 std::ptrdiff_t fitting(Row first, Row last) {
   std::size_t room = kRoomForRows;
@@ -73,7 +73,7 @@ Json oldestThatFit(const std::vector<Json>& rows) {
 void answer(const Channel& channel, const Json& reply) {
   const std::string text = jsonText(reply);
   if (text.size() > kMaxPayload) return answerRefusal(channel, tooLong(text.size()));
-  static_cast<void>(channel->reply(text));  // false: the client is gone, and that is that
+  static_cast<void>(channel->reply(text));  // false: the client is gone
 }
 
 void answerDone(const Channel& channel) {

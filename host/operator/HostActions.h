@@ -36,25 +36,25 @@ void actOnStatus(Controller& controller, const Json& request, const Channel& cha
 void actOnLog(Controller& controller, const Json& request, const Channel& channel);
 void actOnSecurityLog(Controller& controller, const Json& request, const Channel& channel);
 
-// What `clock show` tells.
+// The answer to `clock show`.
 [[nodiscard]] Json clockState(Controller& controller);
 
-// Answers with that, and a note when there is one.
+// Answers with clockState, and with the note unless it is empty.
 void answerClock(Controller& controller, const Channel& channel, const std::string& note);
 
-// Answers. Text that is not UTF-8 goes out with U+FFFD for its wrong bytes. An answer that no reply
-// has room for becomes a refusal that says so.
+// Answers. Invalid UTF-8 becomes U+FFFD. An answer that is too long for a reply becomes a refusal
+// that says so.
 void answer(const Channel& channel, const Json& reply);
 void answerDone(const Channel& channel);
 void answerRefusal(const Channel& channel, const std::string& error);  // as one line
 [[nodiscard]] std::string jsonText(const Json& json);
 
-// An array of the last, or the first, rows in their order that a reply has room for.
+// As many of the last, or of the first, rows as fit into a reply, in their order.
 [[nodiscard]] Json newestThatFit(const std::vector<Json>& rows);
 [[nodiscard]] Json oldestThatFit(const std::vector<Json>& rows);
 
-// Members of a request. Throw host::Error naming the member when it is missing, of another type or
-// out of range.
+// Members of a request. Throw host::Error, naming the member, when it is missing, of another type
+// or out of range.
 [[nodiscard]] std::string textMember(const Json& request, const char* name);
 [[nodiscard]] std::int64_t numberMember(const Json& request, const char* name, std::int64_t least,
                                         std::int64_t most);

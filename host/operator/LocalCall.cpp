@@ -10,7 +10,7 @@
 namespace host {
 namespace {
 
-// Keeps the reply; the invoker deletes it.
+// Keeps the reply. The invoker deletes the response.
 class LocalResponse : public InvokerResponse {
  public:
   LocalResponse(std::string address, std::string& reply)

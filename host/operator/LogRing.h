@@ -15,7 +15,7 @@ class ControlChannel;
 
 // The newest entries of the application log, which bounds their texts, and the clients that follow
 // it. Owner: shared by the application log and the controller. Thread: any. Failure: a client that
-// is gone or does not read follows no longer.
+// is gone or does not read is removed.
 class LogRing : public LogSink {
  public:
   static constexpr std::size_t kKept = 1000;
@@ -24,7 +24,8 @@ class LogRing : public LogSink {
 
   [[nodiscard]] std::vector<Json> entries() const;  // oldest first, as entryJson
 
-  // From now on entries go to the channel as items, the newest of those that are kept first.
+  // Sends the channel, as items, the latest entries that fit into a reply, and from now on each new
+  // entry.
   void follow(const std::shared_ptr<ControlChannel>& channel);
   void unfollow(const ControlChannel* channel);
 

@@ -16,11 +16,11 @@
 namespace host {
 namespace {
 
-// Bytes of a value among all the others; `get` shows it whole.
+// Bytes of a value in the list of all keys; `get` shows the whole value.
 constexpr std::size_t kLongestShown = 1024;
 
 constexpr const char* kNoClock = "no clock answers";
-constexpr const char* kSeeLog = "`clockctl log` tells why";
+constexpr const char* kSeeLog = "see `clockctl log`";
 
 std::string unknownKey(const std::string& key) {
   return "no key " + quotedText(key) +
@@ -43,8 +43,8 @@ std::string whyRefused(const LocalManagement& management, const std::string& key
          std::string(row->values);
 }
 
-// Runs the body on the management thread, in the name of the client, unless nobody wants the answer
-// by then; the device's management outlives that thread's tasks.
+// Runs the body on the management thread with the client's origin, unless the client is gone by
+// then. The device's management outlives that thread's tasks.
 template <typename Body>
 void onManagementThread(Controller& controller, const Channel& channel, Body body) {
   LocalManagement& management = controller.device().management();

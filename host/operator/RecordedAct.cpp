@@ -20,7 +20,7 @@ RecordedAct::~RecordedAct() {
   try {
     if (m_state == State::begun) m_text += m_howFar();
   } catch (const std::exception&) {
-    // No memory for the words: the text has to do without.
+    // Out of memory: record the text without it.
   }
   const OriginScope origin(m_origin);
   m_log.note(m_event, m_state == State::refused, m_text);

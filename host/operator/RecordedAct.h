@@ -9,9 +9,9 @@
 
 namespace host {
 
-// What somebody lets the host do, for the security log: recorded when this goes, in the name of the
-// origin that it began with (originHere), as refused unless it had an effect.
-// Owner: whoever carries it out. Thread: one.
+// A security record of something that a client makes the host do. The destructor writes it, with
+// the origin at construction (originHere): as refused, unless done() or begun() was called. Thread:
+// one.
 class RecordedAct {
  public:
   RecordedAct(SecurityLog& log, SecurityLog::Event event, std::string text);
@@ -21,8 +21,7 @@ class RecordedAct {
 
   void done() { m_state = State::done; }
 
-  // It has had an effect. Unless it is done later, what `howFar` returns is put behind its text in
-  // the end.
+  // It has had an effect. Unless done() follows, the record's text ends with that of `howFar`.
   void begun(std::function<std::string()> howFar);
 
  private:
@@ -36,7 +35,7 @@ class RecordedAct {
   State m_state = State::refused;
 };
 
-// Those of the members that are texts or whole numbers, a space before each.
+// The named members that are texts or integers, each after a space.
 [[nodiscard]] std::string memberWords(const Json& request,
                                       std::initializer_list<const char*> members);
 

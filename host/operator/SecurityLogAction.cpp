@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-// Read at once, while the framework thread waits: 2 ms or so.
+// The framework thread waits while they are read, about 2 ms.
 constexpr std::size_t kRecordsOnPage = 250;
 
 std::string timeText(std::time_t time) {

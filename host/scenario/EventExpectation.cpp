@@ -27,7 +27,7 @@ struct WantedEvent {
   }
 };
 
-// NAME=VALUE, whatever the type: a type in the word only says how the value was meant.
+// NAME=VALUE; types are not compared.
 bool holds(const Method& method, const std::string& word) {
   const Parameter wanted = parseArgument(word);
   return std::any_of(method.getParameters().begin(), method.getParameters().end(),
@@ -81,22 +81,19 @@ WantedEvent readEvent(WordReader& words) {
 std::function<void(ScenarioDevice&)> expectEvent(WordReader& words) {
   return [wanted = readEvent(words)](ScenarioDevice& device) {
     device.powerOn();
-    const std::vector<Method> events = device.events();
-    const auto found = std::find_if(events.begin(), events.end(),
-                                    [&](const Method& event) { return matches(event, wanted); });
-    if (found == events.end()) fail("event " + wanted.text(), events);
-    device.passEvents(static_cast<std::size_t>(found - events.begin()) + 1);
+    const auto isWanted = [&](const Method& event) { return matches(event, wanted); };
+    if (!device.events().skipTo(isWanted)) fail("event " + wanted.text(), device.events().all());
   };
 }
 
 std::function<void(ScenarioDevice&)> expectNextEvent(WordReader& words) {
   return [wanted = readEvent(words)](ScenarioDevice& device) {
     device.powerOn();
-    const std::vector<Method> events = device.events();
+    const std::vector<Method> events = device.events().all();
     if (events.empty() || !matches(events.front(), wanted)) {
       fail("next event " + wanted.text(), events);
     }
-    device.passEvents(1);
+    static_cast<void>(device.events().skipTo([](const Method&) { return true; }));
   };
 }
 
@@ -104,7 +101,7 @@ std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words) {
   const WantedEvent unwanted = words.done() ? WantedEvent{} : readEvent(words);
   return [unwanted](ScenarioDevice& device) {
     device.powerOn();
-    const std::vector<Method> events = device.events();
+    const std::vector<Method> events = device.events().all();
     const bool came = std::any_of(events.begin(), events.end(),
                                   [&](const Method& event) { return matches(event, unwanted); });
     if (came) fail(unwanted.name.empty() ? "no event" : "no event " + unwanted.text(), events);

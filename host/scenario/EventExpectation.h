@@ -14,8 +14,8 @@ struct RemoteMethod;
 class ScenarioDevice;
 class WordReader;
 
-// Expectations about the events that the scenario's observer hears. An event is looked for among
-// those that came and were not passed over; the one found, and those before it, are passed over.
+// Expectations about the events that the scenario's observer received. The event that is found, and
+// those before it, are skipped: later expectations do not see them.
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectEvent(WordReader& words);
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectNextEvent(WordReader& words);
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words);

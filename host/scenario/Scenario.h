@@ -25,11 +25,11 @@ struct ScenarioStep {
 
 // A scenario file as read. Immutable.
 struct Scenario {
-  DeviceOptions device;  // as the lines before the device's start say; `state` is the runner's
+  DeviceOptions device;  // from the setup lines; `state` is set by ScenarioDevice
   std::vector<ScenarioStep> steps;
 };
 
-// Lines that cannot be understood: "LINE: what is there, what was expected there".
+// A wrong line of the file: "LINE: what was wrong; what would be right".
 struct ScenarioTextError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

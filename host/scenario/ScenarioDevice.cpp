@@ -5,7 +5,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/Error.h"
-#include "base/Mutex.h"
 #include "clock/VirtualClock.h"
 #include "framework/ApplicationLog.h"
 #include "framework/ProgramMap.h"
@@ -25,39 +24,23 @@ constexpr int kLogLevel = 5;  // what `expect log` can see: all but the frequent
 fs::path newFolder() {
   std::error_code error;
   const fs::path all = fs::temp_directory_path(error);
-  if (error) throw Error("there is no temporary folder; let TMPDIR name one");
+  if (error) throw Error("there is no temporary folder; set TMPDIR to one");
   std::string name = all / "clock-scenario-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) throw Error("no folder can be made at " + name);
+  if (mkdtemp(name.data()) == nullptr) throw Error("cannot create a folder like " + name);
   return name;
 }
 
 }  // namespace
 
-// The texts of the log, as they come.
-class LogCollector : public LogSink {
+// The log as texts.
+class TextCollector : public LogSink {
  public:
-  void write(const LogEntry& entry) override {
-    const MutexLock lock(m_mutex);
-    m_texts.push_back(entry.text);
-  }
+  void write(const LogEntry& entry) override { texts.add(entry.text); }
 
-  std::vector<std::string> texts() const {
-    const MutexLock lock(m_mutex);
-    return m_texts;
-  }
-
-  void pass(std::size_t count) {
-    const MutexLock lock(m_mutex);
-    m_texts.erase(m_texts.begin(), m_texts.begin() + static_cast<std::ptrdiff_t>(count));
-  }
-
- private:
-  mutable Mutex m_mutex;
-  std::vector<std::string> m_texts CLOCK_GUARDED_BY(m_mutex);
+  Received<std::string> texts;
 };
 
-// From power-on to power-off. A telephone has no battery behind its clock: each time it starts in
-// 1970, and the service does the rest.
+// From power-on to power-off. A telephone has no battery behind its clock: each start is in 1970.
 struct ScenarioDevice::Powered {
   Powered(Plugin& plugin, const DeviceOptions& options) : device(clock, plugin, options) {}
 
@@ -71,13 +54,13 @@ ScenarioDevice::ScenarioDevice(Plugin& plugin, DeviceOptions options)
     : m_plugin(plugin),
       m_options(std::move(options)),
       m_folder(newFolder()),
-      m_log(std::make_shared<LogCollector>()),
+      m_log(std::make_shared<TextCollector>()),
       m_peer(std::make_unique<ScenarioPeer>()),
-      m_reports(std::make_shared<std::vector<std::string>>()) {
+      m_reports(std::make_shared<Received<std::string>>()) {
   m_options.state = m_folder / "state";
   fs::create_directories(m_folder / "root");
   setDeviceRoot((m_folder / "root").string());
-  // A scenario asks no time server: what the client would report is told by the scenario.
+  // A scenario has no time server.
   ProgramMap::instance().set("/sbin/ntpclient", "/bin/true");
   ApplicationLog::instance().setLevel(kLogLevel);
   ApplicationLog::instance().addSink(m_log);
@@ -88,23 +71,23 @@ ScenarioDevice::~ScenarioDevice() {
   ApplicationLog::instance().removeSink(m_log);
   ApplicationLog::instance().setLevel(ApplicationLog::kDefaultLevel);
   setDeviceRoot("");
-  std::error_code error;  // a folder that stays behind is no reason to fail
+  std::error_code error;  // a folder that cannot be removed is not a failure
   fs::remove_all(m_folder, error);
 }
 
 void ScenarioDevice::powerOn() {
   if (m_powered) return;
   m_powered = std::make_unique<Powered>(m_plugin, m_options);
-  m_options.at.reset();  // a second start goes on from what the first one saved
+  m_options.at.reset();  // later starts use the saved time
   Device& device = m_powered->device;
   m_peer->setProxySource([&device] { return device.makeProxy(); });
   device.management().onReport([reports = m_reports](const auto& key, const auto& value) {
-    reports->push_back(key + ' ' + value);
+    reports->add(key + ' ' + value);
   });
   device.start(*m_peer);
   Method observe("observeTimeEvents", Method::call);
   if (!callService(device, observe, ScenarioPeer::kAddress)) {
-    throw Error("the service takes no observer");
+    throw Error("the service refused the observer");
   }
 }
 
@@ -146,28 +129,12 @@ std::optional<Method> ScenarioDevice::call(Method& method) {
   return callService(m_powered->device, method, ScenarioPeer::kAddress);
 }
 
-std::vector<Method> ScenarioDevice::events() {
+Received<Method>& ScenarioDevice::events() {
   return m_peer->events();
 }
 
-void ScenarioDevice::passEvents(std::size_t count) {
-  m_peer->pass(count);
-}
-
-std::vector<std::string> ScenarioDevice::reports() {
-  return {m_reports->begin() + static_cast<std::ptrdiff_t>(m_reportsPassed), m_reports->end()};
-}
-
-void ScenarioDevice::passReports(std::size_t count) {
-  m_reportsPassed += count;
-}
-
-std::vector<std::string> ScenarioDevice::logTexts() {
-  return m_log->texts();
-}
-
-void ScenarioDevice::passLogTexts(std::size_t count) {
-  m_log->pass(count);
+Received<std::string>& ScenarioDevice::logTexts() {
+  return m_log->texts;
 }
 
 Device& ScenarioDevice::device() {

@@ -8,19 +8,20 @@
 
 #include "Method.h"
 #include "runtime/Device.h"
+#include "scenario/Received.h"
 #include "verbs/Json.h"
 
 namespace host {
 
 class Controller;
-class LogCollector;
+class TextCollector;
 class Plugin;
 class ScenarioPeer;
 class VirtualClock;
 
-// The telephone of a scenario, with an observer on it: powered on when the first step needs it, in
-// a folder of its own that goes with it. Owner: the runner. Thread: its caller's, as framework
-// thread. Failure: host::Error, ScenarioFailure.
+// The telephone of a scenario, with an observer. The first step that needs it powers it on. Its
+// files are in a temporary folder, which the destructor removes. Owner: the runner. Thread: its
+// caller's, as framework thread. Failure: host::Error, ScenarioFailure.
 class ScenarioDevice {
  public:
   ScenarioDevice(Plugin& plugin, DeviceOptions options);
@@ -30,26 +31,22 @@ class ScenarioDevice {
 
   void powerOn();   // no effect when it is on
   void restart();   // orderly off and on; a second power-on finds the state of the first
-  void powerCut();  // off and on; what the orderly end wrote is taken back, as if it had not come
+  void powerCut();  // off and on; files are as they were before the orderly end
 
-  // A control request, answered. Powers on.
+  // The answer to a control request. Powers on.
   [[nodiscard]] Json request(const Json& request);
 
   // A remote call of the observing peer; empty: no reply. Powers on.
   [[nodiscard]] std::optional<Method> call(Method& method);
 
-  // What came since the device was first powered on and was not passed over yet, oldest first. A
-  // match takes the one found and passes over those before it.
-  [[nodiscard]] std::vector<Method> events();
-  void passEvents(std::size_t count);
-  [[nodiscard]] std::vector<std::string> reports();  // "KEY VALUE"
-  void passReports(std::size_t count);
-  [[nodiscard]] std::vector<std::string> logTexts();
-  void passLogTexts(std::size_t count);
+  // What came since the device was first powered on.
+  [[nodiscard]] Received<Method>& events();
+  [[nodiscard]] Received<std::string>& reports() { return *m_reports; }  // "KEY VALUE"
+  [[nodiscard]] Received<std::string>& logTexts();
 
   [[nodiscard]] Device& device();  // powers on
 
-  // The file on this machine: below the device root for a device path, else a storage file.
+  // The file on this machine: below the device root for a device path, else in the state folder.
   [[nodiscard]] std::filesystem::path fileOf(const std::string& path) const;
   void writeFile(const std::string& devicePath, const std::string& text) const;
 
@@ -61,10 +58,9 @@ class ScenarioDevice {
   Plugin& m_plugin;
   DeviceOptions m_options;
   std::filesystem::path m_folder;
-  std::shared_ptr<LogCollector> m_log;
+  std::shared_ptr<TextCollector> m_log;
   std::unique_ptr<ScenarioPeer> m_peer;
-  std::shared_ptr<std::vector<std::string>> m_reports;
-  std::size_t m_reportsPassed = 0;
+  std::shared_ptr<Received<std::string>> m_reports;
   std::unique_ptr<Powered> m_powered;
 };
 

@@ -25,7 +25,7 @@ namespace {
 
 using Run = std::function<void(ScenarioDevice& device)>;
 
-// Whole: what was expected and what came may differ at their ends.
+// Not clipped: what was expected and what came may differ at their ends.
 std::string quoted(const std::string& text) {
   return '"' + text + '"';
 }
@@ -38,7 +38,7 @@ void requireEqual(const std::string& what, const std::string& expected, const st
   if (came != expected) fail(what + ' ' + quoted(expected), quoted(came));
 }
 
-// The words of `expect call METHOD`, told apart by what the method takes and replies.
+// The words of `expect call METHOD`: request parameters are sent, reply parameters are expected.
 struct CallExpectation {
   Method call;
   std::vector<std::string> wanted;  // NAME=VALUE
@@ -126,7 +126,8 @@ Run expectRefused(WordReader& words) {
   const auto rest = words.rest();
   const Json request = requestOf(rest);
   const Verb::Route route = findVerb(rest.front())->route;
-  if (route == Verb::Route::watch) WordReader::fail("nothing refuses to be watched");
+  if (route == Verb::Route::watch)
+    WordReader::fail("watch cannot be refused; write `expect no event`");
   if (route == Verb::Route::call) {
     const auto arguments = request["arguments"].get<std::vector<std::string>>();
     return [call = callOf(request["method"], arguments)](ScenarioDevice& device) {
@@ -143,16 +144,17 @@ Run expectReport(WordReader& words) {
   const std::string key = words.next("KEY");
   const std::string wanted = key + ' ' + words.next("VALUE");
   return [wanted](ScenarioDevice& device) {
-    const std::vector<std::string> reports = device.reports();
-    const auto found = std::find(reports.begin(), reports.end(), wanted);
-    if (found == reports.end()) fail("a report of " + wanted, listed(reports));
-    device.passReports(static_cast<std::size_t>(found - reports.begin()) + 1);
+    const auto isWanted = [&](const std::string& report) { return report == wanted; };
+    if (!device.reports().skipTo(isWanted)) {
+      fail("a report of " + wanted, listed(device.reports().all()));
+    }
   };
 }
 
 Run expectNoReport(WordReader&) {
   return [](ScenarioDevice& device) {
-    if (const auto reports = device.reports(); !reports.empty()) fail("no report", listed(reports));
+    const auto reports = device.reports().all();
+    if (!reports.empty()) fail("no report", listed(reports));
   };
 }
 
@@ -165,7 +167,7 @@ Run expectState(WordReader& words) {
   };
 }
 
-// A value of the device itself, as "last-restart-date".
+// A value of the device itself, such as "last-restart-date".
 Run expectValue(WordReader& words) {
   const std::string key = words.next("KEY");
   const std::string value = words.next("TEXT");
@@ -179,14 +181,14 @@ Run expectValue(WordReader& words) {
 Run expectLog(WordReader& words) {
   words.require("TEXT");
   const std::string text = words.restAsText();
-  if (text.empty()) words.failWithUsage("TEXT is missing");  // each line would do
+  if (text.empty()) words.failWithUsage("TEXT is missing");  // every line contains the empty text
   return [text](ScenarioDevice& device) {
-    const std::vector<std::string> texts = device.logTexts();
-    const auto found = std::find_if(texts.begin(), texts.end(), [&](const std::string& entry) {
-      return entry.find(text) != std::string::npos;
-    });
-    if (found == texts.end()) fail("a log line with " + quoted(text), listed(texts));
-    device.passLogTexts(static_cast<std::size_t>(found - texts.begin()) + 1);
+    const auto isWanted = [&](const std::string& line) {
+      return line.find(text) != std::string::npos;
+    };
+    if (!device.logTexts().skipTo(isWanted)) {
+      fail("a log line with " + quoted(text), listed(device.logTexts().all()));
+    }
   };
 }
 
@@ -221,7 +223,7 @@ Run readExpectation(std::span<const std::string> words) {
   const std::string name = two ? words[0] + ' ' + words[1] : words.front();
   const Expectation* const row = rowNamed(kExpectations, name);
   if (row == nullptr) {
-    throw UsageError(quotedText(name) + " is nothing to expect" +
+    throw UsageError(quotedText(name) + " cannot be expected" +
                      suggestion(name, namesOf(kExpectations)));
   }
   WordReader reader(words.subspan(two ? 2 : 1), row->usage);

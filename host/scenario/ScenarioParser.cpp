@@ -23,7 +23,7 @@ namespace {
 
 using Run = std::function<void(ScenarioDevice& device)>;
 
-// Lines about the device itself; they stand before everything that needs it to be on.
+// Setup lines, which come before the first step that needs the device.
 void readVariant(WordReader& words, DeviceOptions& device) {
   device.variant = words.integer("N");
 }
@@ -33,10 +33,10 @@ void readSoftwareType(WordReader& words, DeviceOptions& device) {
 }
 
 void readMac(WordReader& words, DeviceOptions& device) {
-  const std::string& mac = words.next("the address");
+  const std::string& mac = words.next("12HEX");
   constexpr const char* kDigits = "0123456789abcdefABCDEF";
   if (mac.size() != 12 || mac.find_first_not_of(kDigits) != std::string::npos) {
-    WordReader::fail(quotedText(mac) + " is no address; it has 12 hexadecimal digits");
+    WordReader::fail(quotedText(mac) + " is not a MAC address; write 12 hexadecimal digits");
   }
   device.mac = mac;
 }
@@ -69,7 +69,7 @@ Run runCall(const Json& request) {
   const std::string name = request["method"];
   const auto arguments = request["arguments"].get<std::vector<std::string>>();
   const RemoteMethod* const known = rowNamed(remoteMethods(), name);
-  const bool replies = known == nullptr || known->replies;
+  const bool replies = known == nullptr || known->replies();
   return [call = callOf(name, arguments), replies](ScenarioDevice& device) {
     Method copy = call;
     if (!device.call(copy) && replies) throw ScenarioFailure("expected a reply, came none");
@@ -80,7 +80,7 @@ Run runVerb(std::span<const std::string> words) {
   const Json request = requestOf(words);
   const Verb::Route route = findVerb(words.front())->route;
   if (route == Verb::Route::watch || request.value("follow", false)) {
-    throw UsageError("a scenario cannot wait and see; write `expect event` or `expect log`");
+    throw UsageError("a scenario cannot watch or follow; write `expect event` or `expect log`");
   }
   if (route == Verb::Route::call) return runCall(request);
   return [request](ScenarioDevice& device) {
@@ -144,16 +144,16 @@ constexpr StepLine kSteps[] = {
   add(kSteps);
   add(kSetup);
   add(kVerbs);
-  throw UsageError("nothing is known as " + quotedText(word) + suggestion(word, names));
+  throw UsageError("unknown step " + quotedText(word) + suggestion(word, names));
 }
 
-// Reads line after line. Throws UsageError for one that is wrong.
+// Reads a scenario line by line. Throws UsageError for a wrong line.
 class Parser {
  public:
   void read(int number, const std::string& line) {
     const std::vector<std::string> words = splitScenarioLine(line);
     if (words.empty() || readSetup(words)) return;
-    // A file may be there before the device is on.
+    // A file may be written before the device is on.
     if (words.front() != "file") m_started = true;
     m_scenario.steps.push_back({number, readStep(words)});
   }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
@@ -166,7 +166,7 @@ class Parser {
     if (line == nullptr) return false;
     if (m_started) {
       throw UsageError(quotedText(words.front()) +
-                       " is about a device that is not on yet; put it " + "before the first step");
+                       " configures the device before power-on; put it before the first step");
     }
     WordReader reader(words.subspan(1), line->usage);
     line->read(reader, m_scenario.device);

@@ -9,7 +9,7 @@ void requireDevicePath(const std::string& path) {
   const bool inside = path.starts_with("/data/") || path.starts_with("/tmp/votk/");
   if (!inside || path.ends_with('/') || path.find("/..") != std::string::npos) {
     throw UsageError(quotedText(path) +
-                     " is no file of the device; it is below /data/ or /tmp/votk/");
+                     " is not a file of the device; write a path below /data/ or /tmp/votk/");
   }
 }
 

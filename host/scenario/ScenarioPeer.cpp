@@ -16,16 +16,6 @@ void ScenarioPeer::dropProxy() {
   m_proxy.reset();
 }
 
-std::vector<Method> ScenarioPeer::events() const {
-  const MutexLock lock(m_mutex);
-  return m_events;
-}
-
-void ScenarioPeer::pass(std::size_t count) {
-  const MutexLock lock(m_mutex);
-  m_events.erase(m_events.begin(), m_events.begin() + static_cast<std::ptrdiff_t>(count));
-}
-
 MessageCodec* ScenarioPeer::getCodec(const std::string& name) {
   return name == "json" ? &m_codec : nullptr;
 }
@@ -40,8 +30,7 @@ Proxy* ScenarioPeer::createProxy(const std::string& interfaceName, const std::st
 }
 
 bool ScenarioPeer::sendMethod(Method& method) {
-  const MutexLock lock(m_mutex);
-  m_events.push_back(method);
+  m_events.add(method);
   return true;
 }
 

@@ -12,12 +12,11 @@
 namespace host {
 namespace {
 
-// Larger than what people write or programs record. A file without an end, as /dev/zero, would fill
-// the memory.
+// Larger than any scenario. A file without an end, such as /dev/zero, would fill the memory.
 constexpr std::size_t kMostMebibytes = 16;
 constexpr std::size_t kMostText = kMostMebibytes * 1024 * 1024;
 
-// The text, or of a longer one a beginning of more than kMostText bytes.
+// The whole text; if it is too long, a beginning of more than kMostText bytes.
 std::string textOf(std::istream& stream) {
   std::string text;
   std::array<char, 65536> part;
@@ -28,12 +27,12 @@ std::string textOf(std::istream& stream) {
   return text;
 }
 
-ScenarioRunner::Status tellUnreadable(const std::filesystem::path& file, std::ostream& errors) {
+ScenarioRunner::Status refuseUnreadable(const std::filesystem::path& file, std::ostream& errors) {
   errors << escapedLine(file.string()) << ": cannot be read; a scenario is a text file\n";
   return ScenarioRunner::wrongFile;
 }
 
-ScenarioRunner::Status tellTooLarge(const std::filesystem::path& file, std::ostream& errors) {
+ScenarioRunner::Status refuseTooLarge(const std::filesystem::path& file, std::ostream& errors) {
   errors << escapedLine(file.string()) << ": is too large; a scenario has at most "
          << kMostMebibytes << " MiB\n";
   return ScenarioRunner::wrongFile;
@@ -48,9 +47,9 @@ ScenarioRunner::Status ScenarioRunner::run(const std::filesystem::path& file) {
   std::ifstream stream(file);
   const std::string whole = textOf(stream);
   if (!stream.is_open() || stream.bad() || std::filesystem::is_directory(file)) {
-    return tellUnreadable(file, m_errors);
+    return refuseUnreadable(file, m_errors);
   }
-  if (whole.size() > kMostText) return tellTooLarge(file, m_errors);
+  if (whole.size() > kMostText) return refuseTooLarge(file, m_errors);
   int line = 0;
   try {
     std::istringstream text(whole);

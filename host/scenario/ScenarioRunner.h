@@ -7,10 +7,10 @@ namespace host {
 
 class Plugin;
 
-// Runs scenario files: what to do with a telephone and what to expect of it, in virtual time, in a
-// temporary state folder and a temporary device root of its own.
-// Owner: its creator; the plug-in outlives it. Thread: its caller becomes the framework thread. It
-// owns the process while it runs: TZ, process clock, device root, log level; one at a time.
+// Runs scenario files: steps and expectations for a telephone, in virtual time, with a temporary
+// state folder and device root.
+// Owner: its creator; the plug-in outlives it. Thread: its caller becomes the framework thread. A
+// run changes TZ, process clock, device root and log level of the process; one run at a time.
 // Failure: never thrown; one line on `errors` and an exit status.
 class ScenarioRunner {
  public:
@@ -18,8 +18,8 @@ class ScenarioRunner {
 
   ScenarioRunner(Plugin& plugin, std::ostream& errors);
 
-  // failed: "FILE:LINE: expected ..., came ...". wrongFile: nothing was run;
-  // "FILE:LINE: what is there, what was expected there".
+  // failed: "FILE:LINE: expected ..., came ...". wrongFile: nothing was run; "FILE:LINE: what was
+  // wrong; what would be right".
   [[nodiscard]] Status run(const std::filesystem::path& file);
 
  private:

@@ -17,7 +17,7 @@ char unescaped(char letter) {
       return '\n';
     default:
       throw UsageError(quotedText(std::string{'\\', letter}) +
-                       " is no escape; write \\\", \\\\ or \\n");
+                       " is not an escape; write \\\", \\\\ or \\n");
   }
 }
 

@@ -1,7 +1,6 @@
 #include "verbs/CallWords.h"
 
 #include <charconv>
-#include <optional>
 
 #include "base/PrintableText.h"
 #include "verbs/UsageError.h"
@@ -9,16 +8,8 @@
 namespace host {
 namespace {
 
-std::optional<int> integer(std::string_view text) {
-  int value = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (text.empty() || error != std::errc() || stop != end) return std::nullopt;
-  return value;
-}
-
 int requiredInteger(std::string_view word, std::string_view value) {
-  const std::optional<int> number = integer(value);
+  const std::optional<int> number = parseInteger(value);
   if (!number) {
     throw UsageError(quotedText(word) + ": the value must be a decimal integer of 32 bits");
   }
@@ -35,6 +26,14 @@ void append(Method& method, const Parameter& argument) {
 }
 
 }  // namespace
+
+std::optional<int> parseInteger(std::string_view text) {
+  int value = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (error != std::errc() || stop != end) return std::nullopt;
+  return value;
+}
 
 Parameter parseArgument(std::string_view word) {
   const std::size_t equals = word.find('=');
@@ -55,7 +54,7 @@ Parameter parseArgument(std::string_view word) {
     throw UsageError(quotedText(word) + ": unknown type " + quotedText(type.substr(1)) +
                      "; the types are int and string");
   }
-  if (const std::optional<int> number = integer(value)) return {name, Parameter::in, *number};
+  if (const std::optional<int> number = parseInteger(value)) return {name, Parameter::in, *number};
   return {name, Parameter::in, value};
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,8 +14,10 @@ namespace host {
 // integer of 32 bits, else a string. Throws UsageError for anything else.
 [[nodiscard]] Parameter parseArgument(std::string_view word);
 
-// A call of `method` with the arguments in their order. The method need not be known.
+// A call of `method` with the arguments in their order. The method may be unknown.
 [[nodiscard]] Method callOf(const std::string& method, std::span<const std::string> arguments);
+
+[[nodiscard]] std::optional<int> parseInteger(std::string_view text);  // decimal, 32 bits
 
 // The value as text: decimal, "true" or "false", the string itself.
 [[nodiscard]] std::string valueText(const Parameter& parameter);

@@ -6,10 +6,10 @@
 namespace host {
 namespace {
 
-// Bounds the cost of a comparison. No known word is as long.
+// Bounds the cost of a comparison. All known words are shorter.
 constexpr std::size_t kLongestWord = 128;
 
-// How much of the longer word a typing error may change: a third, and always one letter.
+// A typing error changes at most a third of the longer word, or one letter of a short one.
 constexpr std::size_t kMostChanged = 3;
 
 std::string lowerCase(std::string_view text) {

@@ -9,15 +9,15 @@
 namespace host {
 
 // Insertions, deletions, replacements and swaps of neighbours that turn one text into the other;
-// without regard to letter case.
+// letter case does not count.
 [[nodiscard]] std::size_t editDistance(std::string_view left, std::string_view right);
 
-// The candidate with the smallest distance, the first of equals; empty without candidates.
+// The candidate with the smallest distance, the first of several such; empty without candidates.
 [[nodiscard]] std::string_view nearest(std::string_view word,
                                        std::span<const std::string_view> candidates);
 
-// "; did you mean \"X\"?", or `otherwise` when no candidate is similar: more than a third of the
-// longer word, and more than one letter, would have to change.
+// "; did you mean \"X\"?", or `otherwise` when no candidate is similar enough to be a typing
+// error: one changed letter, or up to a third of the longer word.
 [[nodiscard]] std::string suggestion(std::string_view word,
                                      std::span<const std::string_view> candidates,
                                      std::string_view otherwise = {});

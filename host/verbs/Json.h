@@ -4,7 +4,7 @@
 
 namespace host {
 
-// Control requests and replies. Members keep the order in which they were put in: people read them.
+// Control requests and replies. Members keep their order, because people read them.
 using Json = nlohmann::ordered_json;
 
 }  // namespace host

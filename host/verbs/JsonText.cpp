@@ -9,7 +9,7 @@
 
 namespace host {
 
-// Control characters stand in strings only: outside of them JSON on one line has none.
+// Only strings can hold control characters: JSON on one line has none elsewhere.
 std::string jsonLine(const Json& json) {
   const std::string whole = json.dump(-1, ' ', false, Json::error_handler_t::replace);
   std::string line;

@@ -6,9 +6,9 @@
 
 namespace host {
 
-// JSON on one line, for a terminal, too: each control character in the notation \uNNNN, DEL and
-// those of C1 (U+0080 to U+009F) as well, which the library writes as they are; what is not UTF-8
-// is replaced. Pure; thread: any.
+// JSON on one line that is safe for a terminal: each control character is written as \uNNNN, also
+// DEL and C1 (U+0080 to U+009F), which the library leaves as they are. Invalid UTF-8 becomes
+// U+FFFD. Pure; thread: any.
 [[nodiscard]] std::string jsonLine(const Json& json);
 
 }  // namespace host

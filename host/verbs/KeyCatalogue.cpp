@@ -20,9 +20,8 @@ constexpr ManagementKey kKeys[] = {
      "a date in the present date format with a year of four digits, cut by position; not empty, "
      "not ???",
      "the date is set by hand. The daylight flag of the present time is kept, so the time moves by "
-     "an hour across a daylight-saving change: in New York, at 23:30 in January, 15.07.2024 "
-     "becomes "
-     "16.07.2024, 00:30",
+     "an hour across a daylight-saving change: in New York, at 23:30 in January, "
+     "15.07.2024 becomes 16.07.2024, 00:30",
      "05.03.2026"},
     {"date-format", true, "how dates are shown",
      "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked", kShown, "1"},

@@ -6,7 +6,8 @@
 #include <span>
 #include <string_view>
 
-// The instants that are worth standing just before. Pure but for the process's TZ; thread: any.
+// Instants at which something happens, such as the next local midnight: `clock to` stops just
+// before one. Pure but for the process's TZ; thread: any.
 namespace host {
 
 struct Landmark {

@@ -5,101 +5,81 @@
 namespace host {
 namespace {
 
-using P = MethodParameter;
-constexpr P::Type kInt = P::Type::integer;
-constexpr P::Type kText = P::Type::text;
-constexpr P::Type kBool = P::Type::boolean;
-
-// Request parameters.
-constexpr P kUtcForTime[] = {{"getTimeUTCStrString", kText}};
-constexpr P kUtcForTimeInts[] = {{"getTimeUTCStrAndIntsString", kText}};
-constexpr P kTime[] = {{"setTimeHours", kInt}, {"setTimeMinutes", kInt}, {"setTimeSeconds", kInt}};
-constexpr P kSeconds[] = {{"setTime", kInt}};  // named after the method above it, on purpose
-constexpr P kUtcForDate[] = {{"getDateUTCStrString", kText}};
-constexpr P kUtcForShortDate[] = {{"getDateShortUTCStrString", kText}};
-constexpr P kUtcForDateInts[] = {{"getDateUTCStrAndIntsString", kText}};
-constexpr P kDate[] = {{"setDateDay", kInt}, {"setDateMonth", kInt}, {"setDateYear", kInt}};
-constexpr P kTimeVal[] = {{"getUTCTimeTimeValTime", kInt}};
-constexpr P kSixInts[] = {{"getUTCTimeIntsHours", kInt}, {"getUTCTimeIntsMins", kInt},
-                          {"getUTCTimeIntsSecs", kInt},  {"getUTCTimeIntsDay", kInt},
-                          {"getUTCTimeIntsMonth", kInt}, {"getUTCTimeIntsYear", kInt}};
-constexpr P kAlarmTime[] = {{"setAlarmClockAlarmTime", kText}};
-constexpr P kAlarmId[] = {{"cancelAlarmClockAlarmId", kInt}};
-
-// Reply parameters.
-constexpr P kTimeText[] = {{"getTimeStringReturn", kText}};
-constexpr P kTimeInts[] = {{"getTimeIntsHoursReturn", kInt},
-                           {"getTimeIntsMinutesReturn", kInt},
-                           {"getTimeIntsSecondsReturn", kInt}};
-constexpr P kUtcTimeText[] = {{"getTimeUTCStrStringReturn", kText}};
-constexpr P kUtcTimeInts[] = {{"getTimeUTCStrAndIntsReturn", kBool},
-                              {"getTimeUTCStrAndIntsHoursReturn", kInt},
-                              {"getTimeUTCStrAndIntsMinutesReturn", kInt},
-                              {"getTimeUTCStrAndIntsSecondsReturn", kInt}};
-constexpr P kTimeValReply[] = {{"getTimeValReturn", kInt}};
-constexpr P kDisplayTimeVal[] = {{"getDisplayTimeValReturn", kInt}};
-constexpr P kTimeWasSet[] = {{"setTimeReturn", kBool}};
-constexpr P kDateText[] = {{"getDateStringReturn", kText}};
-constexpr P kShortDateText[] = {{"getDateShortStringReturn", kText}};
-constexpr P kDateInts[] = {{"getDateIntsDayReturn", kInt},
-                           {"getDateIntsMonthReturn", kInt},
-                           {"getDateIntsYearReturn", kInt}};
-constexpr P kUtcDateText[] = {{"getDateUTCStrStringReturn", kText}};
-constexpr P kUtcShortDateText[] = {{"getDateShortUTCStrStringReturn", kText}};
-constexpr P kUtcDateInts[] = {{"getDateUTCStrAndIntsReturn", kBool},
-                              {"getDateUTCStrAndIntsDayReturn", kInt},
-                              {"getDateUTCStrAndIntsMonthReturn", kInt},
-                              {"getDateUTCStrAndIntsYearReturn", kInt}};
-constexpr P kDateWasSet[] = {{"setDateReturn", kBool}};
-constexpr P kUtcOfTimeVal[] = {{"getUTCTimeTimeValStringReturn", kText}};
-constexpr P kUtcOfInts[] = {{"getUTCTimeIntsStringReturn", kText}};
-constexpr P kObserving[] = {{"observeTimeEventsReturn", kBool}};
-constexpr P kUnobserved[] = {{"unobserveTimeEventsReturn", kBool}};
-constexpr P kAlarm[] = {{"setAlarmClockReturn", kInt}};
-constexpr P kCancelled[] = {{"cancelAlarmClockReturn", kBool}};
-constexpr P kFallback[] = {{"setFallbackTimeReturn", kText}};
-constexpr P kFromSntp[] = {{"isTimeSourceSntpReturn", kBool}};
+constexpr auto kInt = MethodParameter::Type::integer;
+constexpr auto kText = MethodParameter::Type::text;
+constexpr auto kBool = MethodParameter::Type::boolean;
 
 constexpr RemoteMethod kMethods[] = {
-    {"getTime", {}, kTimeText, true},
-    {"getTimeInts", {}, kTimeInts, true},
-    {"getTimeUTCStr", kUtcForTime, kUtcTimeText, true},
-    {"getTimeUTCStrAndInts", kUtcForTimeInts, kUtcTimeInts, true},
-    {"getTimeVal", {}, kTimeValReply, true},
-    {"getDisplayTimeVal", {}, kDisplayTimeVal, true},
-    {"setTime", kTime, kTimeWasSet, true},
-    {"setTimeInt", kSeconds, {}, false},
-    {"getDate", {}, kDateText, true},
-    {"getDateShort", {}, kShortDateText, true},
-    {"getDateInts", {}, kDateInts, true},
-    {"getDateUTCStr", kUtcForDate, kUtcDateText, true},
-    {"getDateShortUTCStr", kUtcForShortDate, kUtcShortDateText, true},
-    {"getDateUTCStrAndInts", kUtcForDateInts, kUtcDateInts, true},
-    {"setDate", kDate, kDateWasSet, true},
-    {"getUTCTimeTimeVal", kTimeVal, kUtcOfTimeVal, true},
-    {"getUTCTimeInts", kSixInts, kUtcOfInts, true},
-    {"observeTimeEvents", {}, kObserving, true},
-    {"unobserveTimeEvents", {}, kUnobserved, true},
-    {"setAlarmClock", kAlarmTime, kAlarm, true},
-    {"cancelAlarmClock", kAlarmId, kCancelled, true},
-    {"setFallbackTime", {}, kFallback, true},
-    {"isTimeSourceSntp", {}, kFromSntp, true},
+    {"getTime", {}, {{"getTimeStringReturn", kText}}},
+    {"getTimeInts",
+     {},
+     {{"getTimeIntsHoursReturn", kInt},
+      {"getTimeIntsMinutesReturn", kInt},
+      {"getTimeIntsSecondsReturn", kInt}}},
+    {"getTimeUTCStr", {{"getTimeUTCStrString", kText}}, {{"getTimeUTCStrStringReturn", kText}}},
+    {"getTimeUTCStrAndInts",
+     {{"getTimeUTCStrAndIntsString", kText}},
+     {{"getTimeUTCStrAndIntsReturn", kBool},
+      {"getTimeUTCStrAndIntsHoursReturn", kInt},
+      {"getTimeUTCStrAndIntsMinutesReturn", kInt},
+      {"getTimeUTCStrAndIntsSecondsReturn", kInt}}},
+    {"getTimeVal", {}, {{"getTimeValReturn", kInt}}},
+    {"getDisplayTimeVal", {}, {{"getDisplayTimeValReturn", kInt}}},
+    {"setTime",
+     {{"setTimeHours", kInt}, {"setTimeMinutes", kInt}, {"setTimeSeconds", kInt}},
+     {{"setTimeReturn", kBool}}},
+    {"setTimeInt", {{"setTime", kInt}}, {}},  // the service uses this name on purpose
+    {"getDate", {}, {{"getDateStringReturn", kText}}},
+    {"getDateShort", {}, {{"getDateShortStringReturn", kText}}},
+    {"getDateInts",
+     {},
+     {{"getDateIntsDayReturn", kInt},
+      {"getDateIntsMonthReturn", kInt},
+      {"getDateIntsYearReturn", kInt}}},
+    {"getDateUTCStr", {{"getDateUTCStrString", kText}}, {{"getDateUTCStrStringReturn", kText}}},
+    {"getDateShortUTCStr",
+     {{"getDateShortUTCStrString", kText}},
+     {{"getDateShortUTCStrStringReturn", kText}}},
+    {"getDateUTCStrAndInts",
+     {{"getDateUTCStrAndIntsString", kText}},
+     {{"getDateUTCStrAndIntsReturn", kBool},
+      {"getDateUTCStrAndIntsDayReturn", kInt},
+      {"getDateUTCStrAndIntsMonthReturn", kInt},
+      {"getDateUTCStrAndIntsYearReturn", kInt}}},
+    {"setDate",
+     {{"setDateDay", kInt}, {"setDateMonth", kInt}, {"setDateYear", kInt}},
+     {{"setDateReturn", kBool}}},
+    {"getUTCTimeTimeVal",
+     {{"getUTCTimeTimeValTime", kInt}},
+     {{"getUTCTimeTimeValStringReturn", kText}}},
+    {"getUTCTimeInts",
+     {{"getUTCTimeIntsHours", kInt},
+      {"getUTCTimeIntsMins", kInt},
+      {"getUTCTimeIntsSecs", kInt},
+      {"getUTCTimeIntsDay", kInt},
+      {"getUTCTimeIntsMonth", kInt},
+      {"getUTCTimeIntsYear", kInt}},
+     {{"getUTCTimeIntsStringReturn", kText}}},
+    {"observeTimeEvents", {}, {{"observeTimeEventsReturn", kBool}}},
+    {"unobserveTimeEvents", {}, {{"unobserveTimeEventsReturn", kBool}}},
+    {"setAlarmClock", {{"setAlarmClockAlarmTime", kText}}, {{"setAlarmClockReturn", kInt}}},
+    {"cancelAlarmClock", {{"cancelAlarmClockAlarmId", kInt}}, {{"cancelAlarmClockReturn", kBool}}},
+    {"setFallbackTime", {}, {{"setFallbackTimeReturn", kText}}},
+    {"isTimeSourceSntp", {}, {{"isTimeSourceSntpReturn", kBool}}},
 };
 static_assert(std::size(kMethods) == 23);
 
-constexpr P kZoneEvent[] = {{"timezoneChangeEventTimezone", kText}};
-constexpr P kTimeEvent[] = {{"timeChangeEventHours", kInt},
-                            {"timeChangeEventMinutes", kInt},
-                            {"timeChangeEventSeconds", kInt}};
-constexpr P kDateEvent[] = {
-    {"dateChangeEventDay", kInt}, {"dateChangeEventMonth", kInt}, {"dateChangeEventYear", kInt}};
-constexpr P kAlarmEvent[] = {{"alarmClockEventAlarm", kInt}};
-
 constexpr RemoteMethod kEvents[] = {
-    {"timezoneChangeEvent", kZoneEvent, {}, false},
-    {"timeChangeEvent", kTimeEvent, {}, false},
-    {"dateChangeEvent", kDateEvent, {}, false},
-    {"alarmClockEvent", kAlarmEvent, {}, false},
+    {"timezoneChangeEvent", {{"timezoneChangeEventTimezone", kText}}, {}},
+    {"timeChangeEvent",
+     {{"timeChangeEventHours", kInt},
+      {"timeChangeEventMinutes", kInt},
+      {"timeChangeEventSeconds", kInt}},
+     {}},
+    {"dateChangeEvent",
+     {{"dateChangeEventDay", kInt}, {"dateChangeEventMonth", kInt}, {"dateChangeEventYear", kInt}},
+     {}},
+    {"alarmClockEvent", {{"alarmClockEventAlarm", kInt}}, {}},
 };
 
 }  // namespace

@@ -1,30 +1,50 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <initializer_list>
 #include <span>
 #include <string_view>
 
 namespace host {
 
-// One named value of a remote method, in the form NAME:TYPE.
+// A parameter of a remote method.
 struct MethodParameter {
   enum class Type { integer, text, boolean };
   std::string_view name;
   Type type;
 };
 
-// The service's remote methods as a caller needs to know them: for suggestions, for the arguments
-// of an expectation, for documentation. Calls are sent as typed in any case: the service decides.
+// At most six parameters, in their order.
+class MethodParameters {
+ public:
+  constexpr MethodParameters(std::initializer_list<MethodParameter> list) : m_size(list.size()) {
+    std::copy(list.begin(), list.end(), m_all.begin());
+  }
+  [[nodiscard]] constexpr const MethodParameter* begin() const { return m_all.data(); }
+  [[nodiscard]] constexpr const MethodParameter* end() const { return begin() + m_size; }
+  [[nodiscard]] constexpr std::size_t size() const { return m_size; }
+
+ private:
+  std::array<MethodParameter, 6> m_all{};
+  std::size_t m_size;
+};
+
+// What a caller needs to know about a remote method: for suggestions, expectations and documents.
+// clockctl also sends calls of methods that are not in the table: the service decides.
 struct RemoteMethod {
   std::string_view name;
-  std::span<const MethodParameter> request;  // in the order in which the service reads them
-  std::span<const MethodParameter> reply;    // in the order in which the reply holds them
-  bool replies;                              // false: the method is one-way
+  MethodParameters request;  // in the order in which the service reads them
+  MethodParameters reply;    // in the order of the reply; empty: one-way
+
+  [[nodiscard]] constexpr bool replies() const { return reply.size() > 0; }
 };
 
 // In the order in which the service matches them.
 [[nodiscard]] std::span<const RemoteMethod> remoteMethods();
 
-// The events an observer hears, with their parameters; `replies` is false.
+// The events that an observer receives, with their parameters in `request`.
 [[nodiscard]] std::span<const RemoteMethod> remoteEvents();
 
 }  // namespace host

@@ -1,6 +1,5 @@
 #include "verbs/ReadJson.h"
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
@@ -12,44 +11,37 @@
 namespace host {
 namespace {
 
-// How many brackets are open at once, at most, outside of texts.
-std::size_t depthOf(std::string_view text) {
-  std::size_t open = 0;
-  std::size_t deepest = 0;
-  bool quoted = false;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char c = text[at];
-    if (quoted && c == '\\') ++at;
-    if (c == '"') quoted = !quoted;
-    if (quoted) continue;
-    if (c == '[' || c == '{') deepest = std::max(deepest, ++open);
-    if ((c == ']' || c == '}') && open > 0) --open;
-  }
-  return deepest;
-}
-
-// JSON has no NUL. The library takes one for the end, and passes over what follows.
+// JSON has no NUL. The library takes one for the end, and ignores what follows.
 bool hasNul(std::string_view text) {
   return text.find('\0') != std::string_view::npos;
 }
 
-// Looks at a request while it is read, and ends the reading at the first thing that is wrong.
+// open: how many objects and arrays are open around the present one.
+void requireBoundedDepth(int open) {
+  if (open < static_cast<int>(kDeepestJson)) return;
+  throw Error("the request is nested more than " + std::to_string(kDeepestJson) + " deep");
+}
+
+bool begins(Json::parse_event_t event) {
+  return event == Json::parse_event_t::object_start || event == Json::parse_event_t::array_start;
+}
+
+// Checks a request while it is parsed, and stops at the first fault.
 class RequestBounds {
  public:
-  void meet(Json::parse_event_t event, const Json& parsed) {
+  void check(int open, Json::parse_event_t event, const Json& parsed) {
     using Event = Json::parse_event_t;
-    if (event == Event::object_start || event == Event::array_start) open();
+    if (begins(event)) begin(open);
     if (event == Event::object_end || event == Event::array_end) m_names.pop_back();
     if (event == Event::value) count();
     if (event == Event::key) name(parsed.get_ref<const std::string&>());
   }
 
  private:
-  void open() {
+  void begin(int open) {
     count();
     m_names.emplace_back();
-    if (m_names.size() <= kDeepestJson) return;
-    throw Error("the request is nested more than " + std::to_string(kDeepestJson) + " deep");
+    requireBoundedDepth(open);
   }
 
   void count() {
@@ -65,7 +57,7 @@ class RequestBounds {
   }
 
   std::size_t m_count = 0;
-  std::vector<std::set<std::string>> m_names;  // of the members of what is open
+  std::vector<std::set<std::string>> m_names;  // of the members of each open object
 };
 
 }  // namespace
@@ -73,18 +65,24 @@ class RequestBounds {
 Json readRequest(std::string_view text) {
   if (hasNul(text)) throw Error("the request holds a NUL byte");
   RequestBounds bounds;
-  const auto look = [&](int, Json::parse_event_t event, const Json& parsed) {
-    bounds.meet(event, parsed);
+  const auto check = [&](int open, Json::parse_event_t event, const Json& parsed) {
+    bounds.check(open, event, parsed);
     return true;
   };
-  Json request = Json::parse(text, look, false);
-  if (!request.is_object()) throw Error("the request is no JSON object");
+  Json request = Json::parse(text, check, false);
+  if (!request.is_object()) throw Error("the request is not a JSON object");
   return request;
 }
 
-Json readJson(std::string_view text) {
-  if (depthOf(text) > kDeepestJson || hasNul(text)) return Json(Json::value_t::discarded);
-  return Json::parse(text, nullptr, false);
+Json readJson(std::string_view text) try {
+  if (hasNul(text)) return Json(Json::value_t::discarded);
+  const auto check = [](int open, Json::parse_event_t event, const Json&) {
+    if (begins(event)) requireBoundedDepth(open);
+    return true;
+  };
+  return Json::parse(text, check, false);
+} catch (const Error&) {
+  return Json(Json::value_t::discarded);
 }
 
 }  // namespace host

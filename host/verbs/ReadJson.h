@@ -7,20 +7,20 @@
 
 namespace host {
 
-// More than any request or answer is deep. Copying and writing JSON costs stack for each level.
+// Deeper than any request or answer. Copying and writing JSON takes stack for each level.
 inline constexpr std::size_t kDeepestJson = 32;
 
-// JSON that came from outside. Discarded (Json::is_discarded) when the text is none, or deeper than
-// kDeepestJson. Pure; thread: any.
+// Reads JSON from outside. Discarded (Json::is_discarded) when the text is not JSON, or is deeper
+// than kDeepestJson. Pure; thread: any.
 [[nodiscard]] Json readJson(std::string_view text);
 
-// Far more than any control request holds: members, their values and the items of arrays. Objects
-// keep their members in a list, so that many of them would cost time by their square.
+// More members, values and array items than any control request holds. An object keeps its members
+// in a list, so that reading many of them takes quadratic time.
 inline constexpr std::size_t kMostInRequest = 64;
 
-// A control request: a JSON object. Throws Error with one line for people: no object, too deep,
-// more than kMostInRequest in it, or a member twice in one object, which two readers would read
-// differently. Pure; thread: any.
+// Reads a control request, a JSON object. Throws Error: not an object, too deep, more than
+// kMostInRequest in it, or a member twice in one object, which two readers could read differently.
+// Pure; thread: any.
 [[nodiscard]] Json readRequest(std::string_view text);
 
 }  // namespace host

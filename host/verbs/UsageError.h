@@ -4,8 +4,8 @@
 
 namespace host {
 
-// What a person typed cannot be understood. The text is one line that names what was wrong and what
-// would be right.
+// A wrong command line or scenario line. The text is one line: what was wrong, then what would be
+// right.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

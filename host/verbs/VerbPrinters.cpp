@@ -14,7 +14,7 @@
 namespace host {
 namespace {
 
-// What could break the line it stands in, or what a terminal would obey, in the notation of JSON.
+// Text that would break its line, or that a terminal would interpret, becomes a JSON string.
 std::string oneLine(const std::string& text) {
   return isPlainLine(text) ? text : jsonLine(text);
 }
@@ -23,19 +23,19 @@ std::string textOf(const Json& value) {
   return value.is_string() ? oneLine(value.get<std::string>()) : jsonLine(value);
 }
 
-// A member as text for a line; nothing for one that is not there.
+// A member as text on one line; empty when there is none.
 std::string member(const Json& object, const char* name) {
   const auto found = object.find(name);
   if (found == object.end() || found->is_null()) return {};
   return textOf(*found);
 }
 
-// Compared as text: what another program answers there may be of any type.
+// Compared as text: another program may answer with any type.
 bool isTrue(const Json& object, const char* name) {
   return member(object, name) == "true";
 }
 
-// What does not fit its column of a table; `get` shows it whole.
+// Cut to its column of a table; `get` prints the whole value.
 std::string clipped(const std::string& text, std::size_t width) {
   return text.size() <= width ? text : std::string(beginningOf(text, width - 3)) + "...";
 }
@@ -45,7 +45,7 @@ std::string padded(std::string text, std::size_t width) {
   return text;
 }
 
-// "name    value", or nothing when the member is not there.
+// "title    value", or nothing when there is no such member.
 void printMember(const Json& object, const char* name, const char* title, std::ostream& out) {
   if (object.contains(name)) out << padded(title, 13) << member(object, name) << '\n';
 }
@@ -70,7 +70,7 @@ void printMembers(const Json& object, std::span<const Line> lines, std::ostream&
   for (const Line& line : lines) printMember(object, line.member, line.title, out);
 }
 
-// Compared as text: what a host of another version writes there may be any number.
+// Compared as text: a host of another version may write any number.
 std::string levelText(const Json& entry) {
   std::string number = member(entry, "level");
   for (std::size_t level = 0; level < kLogLevelNames.size(); ++level) {
@@ -106,7 +106,7 @@ void printEvent(const Json& event, std::ostream& out) {
   for (const auto& [name, value] : parameters.items()) {
     out << ' ' << oneLine(name) << '=' << textOf(value);
   }
-  out << std::endl;  // people and pipes see it when it comes
+  out << std::endl;  // flushed, so that readers of a pipe see it at once
 }
 
 void printValue(const Json& answer, std::ostream& out) {

@@ -6,7 +6,7 @@
 
 namespace host {
 
-// How the verbs' answers read (see Verb::print). Members that are missing are left out.
+// Print the verbs' answers (see Verb::print). Missing members are left out.
 void printNothing(const Json& answer, std::ostream& out);
 void printCall(const Json& answer, std::ostream& out);   // NAME=VALUE, a line each
 void printEvent(const Json& event, std::ostream& out);   // EVENT NAME=VALUE ...

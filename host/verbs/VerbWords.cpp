@@ -26,7 +26,7 @@ Json readInteger(WordReader& words, std::string_view usage) {
 
 Json readChoice(WordReader& words, std::string_view usage) {
   std::vector<std::string_view> choices;
-  for (std::size_t bar = usage.find('|'); bar != usage.npos; bar = usage.find('|')) {
+  for (std::size_t bar = usage.find('|'); bar != std::string_view::npos; bar = usage.find('|')) {
     choices.push_back(usage.substr(0, bar));
     usage.remove_prefix(bar + 1);
   }

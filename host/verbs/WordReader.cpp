@@ -1,9 +1,9 @@
 #include "verbs/WordReader.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "base/PrintableText.h"
+#include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/UsageError.h"
 
@@ -44,14 +44,9 @@ const std::string& WordReader::choice(std::span<const std::string_view> choices)
 
 int WordReader::integer(std::string_view what) {
   const std::string& word = next(what);
-  int value = 0;
-  const char* const end = word.data() + word.size();
-  const auto [stop, error] = std::from_chars(word.data(), end, value);
-  if (error != std::errc() || stop != end) {
-    fail(quotedText(word) + " is not a number; " + std::string(what) +
-         " is a decimal integer of 32 bits");
-  }
-  return value;
+  if (const std::optional<int> value = parseInteger(word)) return *value;
+  fail(quotedText(word) + " is not a number; " + std::string(what) +
+       " is a decimal integer of 32 bits");
 }
 
 bool WordReader::accept(std::string_view word) {

@@ -38,7 +38,7 @@ void holdReply(const Method& reply, const host::RemoteMethod& row) {
            (came.size() == 1 && came.front().getType() == Parameter::boolean),
        "a reply has its parameters", row.name);
   for (std::size_t i = 0; i < came.size(); ++i)
-    hold(isOf(came[i], row.reply[i]), "a reply's parameters are as told", row.name);
+    hold(isOf(came[i], row.reply.begin()[i]), "a reply's parameters are as told", row.name);
 }
 
 // A peer that calls and observes.
@@ -74,8 +74,8 @@ class Peer final : public ProxyRequest {
   void holdAnswer(const std::string& bytes, const std::vector<std::string>& replies) {
     Method request;
     const host::RemoteMethod* const row =
-        decode(bytes, request) ? host::rowNamed(remoteMethods(), request.getName()) : nullptr;
-    const bool isReplied = row != nullptr && row->replies;
+        decode(bytes, request) ? host::rowNamed(host::remoteMethods(), request.getName()) : nullptr;
+    const bool isReplied = row != nullptr && row->replies();
     hold(replies.size() == (isReplied ? 1U : 0U), "a known method is answered once", bytes);
     if (!isReplied) return;
     Method reply;

@@ -50,7 +50,7 @@ TEST(FileSizeLimit, FailsASetAndTheHostGoesOn) {
   const rlimit none{0, RLIM_INFINITY};
   ASSERT_EQ(prlimit(host.program().id(), RLIMIT_FSIZE, &none, &before), 0);
   expectOneLine(host.ctl({"set", "date-format", "2"}), 1,
-                {"\"date-format\" could not be stored; `clockctl log` tells why"});
+                {"\"date-format\" could not be stored; see `clockctl log`"});
   EXPECT_EQ(host.ctl({"get", "date-format"}).out, "1\n");
   ASSERT_EQ(prlimit(host.program().id(), RLIMIT_FSIZE, &before, nullptr), 0);
   EXPECT_EQ(host.ctl({"set", "date-format", "2"}).status, 0);

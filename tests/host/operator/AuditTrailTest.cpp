@@ -1,4 +1,4 @@
-// What the host itself leaves in the security log, beside the service's records of each set.
+// The host's own records in the security log, beside the service's records of each set.
 
 #include <gtest/gtest.h>
 
@@ -62,7 +62,7 @@ class RecordedTelephone : public ::testing::Test {
 
 using Lines = std::vector<std::string>;
 
-TEST_F(RecordedTelephone, RecordsWhatMovesTheClock) {
+TEST_F(RecordedTelephone, RecordsClockActions) {
   ask(R"({"verb":"clock","action":"show"})");
   ask(R"({"verb":"clock","action":"jump","seconds":1893456000})");
   ask(R"({"verb":"clock","action":"advance","seconds":60})");
@@ -79,7 +79,7 @@ TEST_F(RecordedTelephone, RecordsWhatMovesTheClock) {
                    "accepted 4 Clock jump 1970-01-01T00:00:00Z, from 2030-01-01T00:01:00Z"}));
 }
 
-TEST_F(RecordedTelephone, RecordsWhatIsInjected) {
+TEST_F(RecordedTelephone, RecordsInjects) {
   ask(R"({"verb":"inject","what":"jack","plug":5,"status":1})");
   ask(R"({"verb":"inject","what":"value","key":"k","value":"v"})");
   ask(R"({"verb":"inject","what":"user-data","key":"k","value":"yes"})");
@@ -87,7 +87,7 @@ TEST_F(RecordedTelephone, RecordsWhatIsInjected) {
                               "refused 5 Inject user-data k yes"}));
 }
 
-TEST_F(RecordedTelephone, RecordsRemoteSetsAndWhetherTheyWereTaken) {
+TEST_F(RecordedTelephone, RecordsRemoteSetsWithTheirOutcome) {
   call("getTime", {});
   call("setDate", {{"setDateDay", 29}, {"setDateMonth", 2}, {"setDateYear", 2028}});
   call("setDate", {{"setDateDay", 1}, {"setDateMonth", 1}, {"setDateYear", 2038}});
@@ -132,7 +132,7 @@ class MovedTelephone : public RecordedTelephone {
   std::optional<Controller> controller{std::in_place, telephone.device(), facts()};
 };
 
-TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatItsClientLeft) {
+TEST_F(MovedTelephone, RecordsHowFarAnAbandonedMoveWent) {
   telephone.device().clock().setSpeed(0);
   const auto channel = begin(kCentury);
   const auto waiting = begin(R"({"verb":"clock","action":"advance","seconds":60})");
@@ -146,8 +146,8 @@ TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatItsClientLeft) {
              "refused 4 Clock advance 60, from " + now()}));
 }
 
-// A time that is set meanwhile makes it miss its place.
-TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatWasRefusedAtItsEnd) {
+// A time that is set meanwhile makes the move miss its landmark.
+TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatFailedAtItsEnd) {
   support::Part setter;
   setter.onTimer = [this](int) {
     call("setTime", {{"setTimeHours", 7}, {"setTimeMinutes", 0}, {"setTimeSeconds", 0}});
@@ -163,7 +163,7 @@ TEST_F(MovedTelephone, RecordsHowFarAMoveWentThatWasRefusedAtItsEnd) {
             "accepted 4 Clock to midnight, from 2016-06-16T00:00:00Z, stopped at " + now());
 }
 
-TEST_F(MovedTelephone, RecordsAMoveThatWasRefusedAtItsBeginningAsRefused) {
+TEST_F(MovedTelephone, RecordsAMoveThatCannotBeginAsRefused) {
   begin(R"({"verb":"clock","action":"jump","seconds":2240524800})");
   telephone.device().clock().setSpeed(1);
   begin(R"({"verb":"clock","action":"to","landmark":"2038"})");
@@ -172,7 +172,7 @@ TEST_F(MovedTelephone, RecordsAMoveThatWasRefusedAtItsBeginningAsRefused) {
   EXPECT_EQ(text.find("stopped"), std::string::npos) << text;
 }
 
-TEST_F(MovedTelephone, RecordsWhoseMoveTheEndOfTheHostStopped) {
+TEST_F(MovedTelephone, RecordsTheClientOfAMoveThatTheHostsEndStopped) {
   begin(kCentury);
   controller.reset();
   const auto records = log().list(0, 10);
@@ -181,7 +181,7 @@ TEST_F(MovedTelephone, RecordsWhoseMoveTheEndOfTheHostStopped) {
   EXPECT_EQ(records[0].origin, "uid 1000, pid 4711");
 }
 
-// The service's own record says nobody; the host knows who it was.
+// The service's own record has no origin; the host adds it.
 TEST_F(RecordedTelephone, NamesTheClientOfASet) {
   Controller controller(telephone.device(), {});
   const auto channel = std::make_shared<KnownChannel>();
@@ -197,14 +197,14 @@ TEST_F(RecordedTelephone, NamesTheClientOfASet) {
 }
 
 // A text too short to be cut makes the service throw, which leaves no record of its own.
-TEST_F(RecordedTelephone, RecordsASetThatTheServiceThrowsAtAsRefused) {
+TEST_F(RecordedTelephone, RecordsASetAsRefusedWhenTheServiceThrows) {
   ask(R"({"verb":"set","key":"simple-time","value":"7"})");
   ask(R"({"verb":"set","key":"simple-time","value":"07:30"})");
   EXPECT_EQ(records(), (Lines{"refused 3 ClockSettings set data simple-time(7)",
                               "accepted 3 ClockSettings set data simple-time(07:30)"}));
 }
 
-TEST_F(RecordedTelephone, ListSaysWhatIsCountedAndWhatIsMissing) {
+TEST_F(RecordedTelephone, ListShowsRepeats) {
   for (int i = 0; i < 3; ++i) ask(R"({"verb":"set","key":"date-format","value":"1"})");
   const Json record = telephone.request({{"verb", "security-log"}}).at("records").at(0);
   EXPECT_EQ(record.at("count"), 3);
@@ -213,7 +213,7 @@ TEST_F(RecordedTelephone, ListSaysWhatIsCountedAndWhatIsMissing) {
   EXPECT_FALSE(record.contains("lost"));
 }
 
-// More than the store keeps in memory, and then its file is cut off.
+// More records than the store keeps in memory; then its file is truncated.
 TEST_F(RecordedTelephone, ListThatCannotBeReadIsRefused) {
   const std::string longest(SecurityLog::kLongestText, 'x');
   for (int i = 0; i < 1000; ++i) {
@@ -227,7 +227,7 @@ TEST_F(RecordedTelephone, ListThatCannotBeReadIsRefused) {
                                         "\": reading failed: database disk image is malformed"}}));
 }
 
-TEST(SecurityLogDocument, TellsTheBounds) {
+TEST(SecurityLogDocument, StatesTheBounds) {
   const std::string document = support::contentOf(SECURITY_LOG_DOCUMENT);
   for (const std::string& bound : {std::to_string(SecurityLog::kSets) + " accepted management",
                                    std::to_string(SecurityLog::kHostActs) + " other accepted",

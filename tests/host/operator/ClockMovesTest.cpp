@@ -28,14 +28,14 @@ const std::string kToTheEnd = R"({"verb":"clock","action":"to","landmark":"2038"
 constexpr const char* kBack = R"({"verb":"clock","action":"jump","seconds":1466035200})";
 
 // A telephone whose clock the clients of a loop move.
-class TravellingTelephone : public ::testing::Test {
+class MovingTelephone : public ::testing::Test {
  protected:
   std::shared_ptr<NotingChannel> begin(const std::string& request) {
     auto channel = std::make_shared<NotingChannel>();
     controller.handle({request, channel});
     return channel;
   }
-  // From then on no move is a jump: a far one takes many slices.
+  // From then on no move jumps: a far one takes many slices.
   void setTimeByHand() {
     Method method("setTime", Method::call);
     for (const char* const name : {"setTimeHours", "setTimeMinutes", "setTimeSeconds"}) {
@@ -52,7 +52,7 @@ class TravellingTelephone : public ::testing::Test {
                         {{}, {}, {}, {}, [this](auto task) { tasks.add(std::move(task)); }}};
 };
 
-TEST_F(TravellingTelephone, RefusedWayLeavesTheClockItsSpeedAndSaysWhatToDo) {
+TEST_F(MovingTelephone, RefusedMoveKeepsTheSpeedAndSaysWhatToDo) {
   clock.setSpeed(kTwice);
   const auto channel = begin(kToDst);
   EXPECT_EQ(clock.speed(), kTwice);
@@ -67,7 +67,7 @@ TEST_F(TravellingTelephone, RefusedWayLeavesTheClockItsSpeedAndSaysWhatToDo) {
       << error;
 }
 
-TEST_F(TravellingTelephone, WayThatItsClientLeavesGivesTheClockItsSpeedBack) {
+TEST_F(MovingTelephone, AbandonedMoveRestoresTheSpeed) {
   setTimeByHand();
   clock.setSpeed(kTwice);
   const auto channel = begin(kToLeapDay);
@@ -77,7 +77,7 @@ TEST_F(TravellingTelephone, WayThatItsClientLeavesGivesTheClockItsSpeedBack) {
   EXPECT_EQ(clock.speed(), kTwice);
 }
 
-TEST_F(TravellingTelephone, SpeedThatSomebodySetsOnTheWayStays) {
+TEST_F(MovingTelephone, SpeedSetDuringTheMoveStays) {
   setTimeByHand();
   clock.setSpeed(kTwice);
   const auto channel = begin(kToLeapDay);
@@ -87,7 +87,7 @@ TEST_F(TravellingTelephone, SpeedThatSomebodySetsOnTheWayStays) {
   EXPECT_EQ(clock.speed(), 1);
 }
 
-TEST_F(TravellingTelephone, PauseThatSomebodyAsksForOnTheWayStays) {
+TEST_F(MovingTelephone, PauseDuringTheMoveStays) {
   setTimeByHand();
   clock.setSpeed(kTwice);
   const auto channel = begin(kToLeapDay);
@@ -97,7 +97,7 @@ TEST_F(TravellingTelephone, PauseThatSomebodyAsksForOnTheWayStays) {
   EXPECT_EQ(clock.speed(), 0);
 }
 
-TEST_F(TravellingTelephone, StandsWhereItHasArrived) {
+TEST_F(MovingTelephone, PausesAtTheEnd) {
   clock.setSpeed(kTwice);
   const auto channel = begin(kToHour);
   tasks.runAll();
@@ -107,7 +107,7 @@ TEST_F(TravellingTelephone, StandsWhereItHasArrived) {
   EXPECT_EQ(clock.speed(), 0);
 }
 
-TEST_F(TravellingTelephone, SaysWhereItStandsAndWhyItGoesNoFurther) {
+TEST_F(MovingTelephone, SaysWhereItStoppedOrWhyItCannotMove) {
   const std::pair<std::string, std::string> rows[] = {
       {kToHour, "paused 10 s before the next full hour, 20"},
       {kToMidnight, "paused 10 s before the next local midnight, 20"},
@@ -124,7 +124,7 @@ TEST_F(TravellingTelephone, SaysWhereItStandsAndWhyItGoesNoFurther) {
 }
 
 // As long as the hourly timer needs to expire after the jump, and once more.
-TEST_F(TravellingTelephone, FarWayIsAJumpToTwoHoursBeforeAndThesePass) {
+TEST_F(MovingTelephone, FarLandmarkIsReachedByAJumpToTwoHoursBefore) {
   const auto before = clock.uptime();
   begin(kToLeapDay);
   tasks.runAll();
@@ -132,8 +132,8 @@ TEST_F(TravellingTelephone, FarWayIsAJumpToTwoHoursBeforeAndThesePass) {
   EXPECT_EQ(hours, std::chrono::hours(2));
 }
 
-// Another thread may set the clock at any moment, and what it sets is to stay.
-TEST_F(TravellingTelephone, ClockIsNotMovedToFindOutWhetherTheServiceFollowsIt) {
+// Another thread may set the clock at any moment, and that setting must not be lost.
+TEST_F(MovingTelephone, TestsWithoutMovingTheClockWhetherTheServiceFollowsIt) {
   std::atomic<bool> ended = false;
   std::atomic<int> moved = 0;
   std::thread watch([&] {

@@ -59,7 +59,7 @@ TEST_F(PassagesOnALoop, AShortMoveIsAnsweredAtOnce) {
   EXPECT_TRUE(tasks.size() == 0);
 }
 
-TEST_F(PassagesOnALoop, ALongMoveLeavesTheLoopToOthersAfterEachSlice) {
+TEST_F(PassagesOnALoop, ALongMoveYieldsToTheLoopAfterEachSlice) {
   const auto channel = ask(pass(kCentury));
   EXPECT_EQ(channel->holds, 1);
   for (int slice = 0; slice < 3; ++slice) {
@@ -82,7 +82,7 @@ TEST_F(PassagesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
   EXPECT_TRUE(channel->replies.empty());
 }
 
-TEST_F(PassagesOnALoop, MovesOfTwoClientsComeOneAfterTheOther) {
+TEST_F(PassagesOnALoop, MovesOfTwoClientsRunOneAfterTheOther) {
   const auto first = ask(pass(kCentury));
   const auto second = ask(pass(10s));
   EXPECT_TRUE(tasks.runNext());
@@ -94,7 +94,7 @@ TEST_F(PassagesOnALoop, MovesOfTwoClientsComeOneAfterTheOther) {
   EXPECT_EQ(clock.uptime(), before + 10s);
 }
 
-TEST_F(PassagesOnALoop, WhatAMoveThrowsIsItsRefusalAndTheNextOneGoesOn) {
+TEST_F(PassagesOnALoop, AnExceptionRefusesTheMoveAndTheNextOneRuns) {
   const auto first = ask(pass(kCentury));
   const auto second = ask({[]() -> Nanoseconds { throw Error("no way"); }, {}});
   const auto third = ask(pass(0s));
@@ -104,7 +104,7 @@ TEST_F(PassagesOnALoop, WhatAMoveThrowsIsItsRefusalAndTheNextOneGoesOn) {
   EXPECT_EQ(third->replies, std::vector<std::string>{"there"});
 }
 
-TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopTakesNoTaskAndTheNextMoveIsMade) {
+TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopRefusesATask) {
   loopIsFull = true;
   const auto first = ask(pass(kCentury));
   EXPECT_EQ(first.use_count(), 1) << "its end refuses the request";
@@ -118,7 +118,7 @@ TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopTakesNoTaskAndTheNextMoveIsMade) {
   EXPECT_EQ(third.use_count() + fourth.use_count(), 2);
 }
 
-TEST_F(PassagesOnALoop, AreGivenUpWithALineThatCountsThem) {
+TEST_F(PassagesOnALoop, AreGivenUpWithALogLineThatCountsThem) {
   const auto line = [this](int moves) {
     for (int i = 0; i < moves; ++i) ask(pass(kCentury));
     const support::LogCapture log;

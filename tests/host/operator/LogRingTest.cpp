@@ -21,7 +21,7 @@ LogEntry entry(std::uint64_t number, const std::string& text) {
   return made;
 }
 
-TEST(LogRing, EntriesTellWhatWhenAndWhere) {
+TEST(LogRing, EntriesHaveAllMembers) {
   LogRing ring;
   ring.write(entry(1, "text\n"));
   ASSERT_EQ(ring.entries().size(), 1U);
@@ -30,7 +30,7 @@ TEST(LogRing, EntriesTellWhatWhenAndWhere) {
             R"("text":"text","file":"f.cpp","line":7})");
 }
 
-TEST(LogRing, TheSystemLogIsNamedAsSuch) {
+TEST(LogRing, NamesTheSystemLog) {
   LogRing ring;
   LogEntry notice = entry(1, "x");
   notice.component.clear();
@@ -39,14 +39,14 @@ TEST(LogRing, TheSystemLogIsNamedAsSuch) {
   EXPECT_EQ(ring.entries()[0].at("component"), "syslog");
 }
 
-TEST(LogRing, TheOldestGo) {
+TEST(LogRing, DropsTheOldestEntry) {
   LogRing ring;
   for (std::uint64_t i = 1; i <= LogRing::kKept + 1; ++i) ring.write(entry(i, "x"));
   EXPECT_EQ(ring.entries().size(), LogRing::kKept);
   EXPECT_EQ(ring.entries().front().at("number"), 2);
 }
 
-TEST(LogRing, AFollowerOfALongLogGetsTheNewestEntries) {
+TEST(LogRing, AFollowerGetsTheLatestEntriesThatFit) {
   LogRing ring;
   const std::string text(ApplicationLog::kLongestText, '"');  // two bytes each in JSON
   for (std::uint64_t i = 1; i <= LogRing::kKept; ++i) ring.write(entry(i, text));
@@ -58,7 +58,7 @@ TEST(LogRing, AFollowerOfALongLogGetsTheNewestEntries) {
   for (const std::string& item : channel->items) EXPECT_EQ(Json::parse(item).at("number"), next++);
 }
 
-TEST(LogRing, AFollowerGetsWhatIsKeptAndWhatComes) {
+TEST(LogRing, AFollowerGetsKeptAndNewEntries) {
   LogRing ring;
   ring.write(entry(1, "before"));
   const auto channel = std::make_shared<NotingChannel>();
@@ -70,7 +70,7 @@ TEST(LogRing, AFollowerGetsWhatIsKeptAndWhatComes) {
   EXPECT_TRUE(channel->replies.empty());
 }
 
-TEST(LogRing, WhoDoesNotReadOrHasGoneFollowsNoLonger) {
+TEST(LogRing, RemovesFollowersThatAreGoneOrDoNotRead) {
   LogRing ring;
   const auto stuck = std::make_shared<NotingChannel>();
   const auto leaving = std::make_shared<NotingChannel>();

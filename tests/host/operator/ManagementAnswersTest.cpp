@@ -1,5 +1,5 @@
-// What the host answers to get, set, keys, log and security-log when keys and values are long, or
-// are no text at all: one line that can be read, in a reply that reaches the client.
+// Answers to get, set, keys, log and security-log when keys and values are long or invalid UTF-8:
+// readable, and short enough for a reply.
 
 #include <gtest/gtest.h>
 
@@ -54,7 +54,7 @@ class ManagedTelephone : public ::testing::Test {
   }
   Json get(const std::string& key) { return telephone.request({{"verb", "get"}, {"key", key}}); }
 
-  // Lets the test answer in the place of the clock.
+  // Lets the test answer instead of the clock.
   void playTheClock(const std::string& value) {
     played.value = value;
     ASSERT_TRUE(telephone.device().management().registerAgent("ClockMgmtId", &played));
@@ -73,7 +73,7 @@ std::string errorIn(const Json& answer) {
   return error;
 }
 
-TEST_F(ManagedTelephone, ClipsTheKeyThatItDoesNotKnow) {
+TEST_F(ManagedTelephone, ClipsAnUnknownKey) {
   const std::string key(kMebibyte, 'k');
   const std::string error =
       "no key \"" + std::string(80, 'k') + "...\" (1048576 bytes); `clockctl keys` lists them";
@@ -81,22 +81,22 @@ TEST_F(ManagedTelephone, ClipsTheKeyThatItDoesNotKnow) {
   EXPECT_EQ(errorIn(set(key, "1")), error);
 }
 
-TEST_F(ManagedTelephone, ClipsTheValueThatItRefuses) {
+TEST_F(ManagedTelephone, ClipsARefusedValue) {
   EXPECT_EQ(errorIn(set("daylight-save", std::string(kMebibyte, 'v'))),
             "\"daylight-save\" refused \"" + std::string(80, 'v') +
                 "...\" (1048576 bytes); it takes true or false");
 }
 
-TEST_F(ManagedTelephone, RefusesInOneLineWhateverTheWordsHold) {
+TEST_F(ManagedTelephone, RefusesInOneLine) {
   EXPECT_EQ(errorIn(set("daylight-save", "y\ne\x1b[1ms")),
             "\"daylight-save\" refused \"y\\ne\\x1B[1ms\"; it takes true or false");
   EXPECT_EQ(errorIn(get("a\nb")), "no key \"a\\nb\"; `clockctl keys` lists them");
   EXPECT_EQ(errorIn(telephone.request({{"verb", "x\ny"}})), "unknown verb \"x\\ny\"");
   EXPECT_EQ(errorIn(telephone.request({{"verb", "inject"}, {"what", "r\n"}})),
-            "nothing known as \"r\\n\" can happen to the device");
+            "\"r\\n\" cannot be injected");
 }
 
-TEST(Refusal, IsOneShortLineWhateverItIsMadeOf) {
+TEST(Refusal, IsOneShortLine) {
   const auto channel = std::make_shared<NotingChannel>();
   answerRefusal(channel, "a\nb\xff" + std::string(kMebibyte, 'x'));
   ASSERT_EQ(channel->replies.size(), 1U);
@@ -139,7 +139,7 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogWithLongTextsClipped) {
   EXPECT_EQ(text.substr(4096), "... (1048611 bytes)");
 }
 
-TEST_F(ManagedTelephone, ListsItsSecurityLogInPagesThatReplyHasRoomFor) {
+TEST_F(ManagedTelephone, ListsItsSecurityLogInPages) {
   SecurityLog& log = telephone.device().securityLog();
   for (std::int64_t i = 0; i <= SecurityLog::kSets; ++i) {
     const std::string text = std::to_string(i) + std::string(i < 4000 ? 4080 : 1, 'x');
@@ -179,7 +179,7 @@ TEST_F(ManagedTelephone, AnswersForASecurityLogWithoutRecords) {
             "a loss of power may take the latest records, the end of the host does not");
 }
 
-TEST_F(ManagedTelephone, ListsItsKeysInTheOrderOfTheTableAndAsSettableAsTheyAre) {
+TEST_F(ManagedTelephone, ListsKeysInTableOrderWithCorrectSettable) {
   const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
   ASSERT_EQ(keys.size(), managementKeys().size());
   for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -197,13 +197,13 @@ TEST_F(ManagedTelephone, SaysThatNoClockAnswers) {
   EXPECT_EQ(errorIn(get("tim")), "no key \"tim\"; did you mean \"time\"?");
 }
 
-TEST_F(ManagedTelephone, SaysWhereToLookWhenTheClockFailsToRead) {
+TEST_F(ManagedTelephone, PointsToTheLogWhenTheClockFails) {
   playTheClock("");
   played.throws = true;
-  EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; `clockctl log` tells why");
+  EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; see `clockctl log`");
 }
 
-TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
+TEST(ManagedTelephoneWhoseStoreFails, DistinguishesStoreFailuresFromWrongValues) {
   MemoryDataAccess store;
   DeviceOptions options;
   options.store = &store;
@@ -221,7 +221,7 @@ TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
                                    {"daylight-save", "false"},
                                    {"daylight-save-zone-index", "9"}}) {
     EXPECT_EQ(errorIn(set(key, value)),
-              quotedText(key) + " could not be stored; `clockctl log` tells why");
+              quotedText(key) + " could not be stored; see `clockctl log`");
   }
   EXPECT_EQ(errorIn(set("daylight-save", "yes")),
             "\"daylight-save\" refused \"yes\"; it takes true or false");
@@ -229,7 +229,7 @@ TEST(ManagedTelephoneWhoseStoreFails, TellsAFailureOfTheStoreFromAWrongValue) {
             "\"daylight-save-zone-text\" cannot be set");
 }
 
-TEST_F(ManagedTelephone, ShowsBytesThatAreNoTextAsReplacementCharacters) {
+TEST_F(ManagedTelephone, ReplacesInvalidUtf8) {
   playTheClock("a\xff\xc3z");
   EXPECT_EQ(get("time").at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
   const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
@@ -237,7 +237,7 @@ TEST_F(ManagedTelephone, ShowsBytesThatAreNoTextAsReplacementCharacters) {
   for (const Json& row : keys) EXPECT_EQ(row.at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
 }
 
-TEST_F(ManagedTelephone, ShowsTheNewestEntriesOfALongLogAndOfAllOfThoseThatFit) {
+TEST_F(ManagedTelephone, ShowsTheLatestLogEntriesThatFit) {
   constexpr int kWritten = 800;       // more bytes than a frame holds
   const std::string text(1000, '"');  // two bytes each in JSON
   telephone.powerOn();
@@ -253,7 +253,7 @@ TEST_F(ManagedTelephone, ShowsTheNewestEntriesOfALongLogAndOfAllOfThoseThatFit) 
   for (const int shown : lines) EXPECT_EQ(shown, line++);
 }
 
-TEST_F(ManagedTelephone, ShowsLogsWhoseTextsAreNoText) {
+TEST_F(ManagedTelephone, ReplacesInvalidUtf8InLogs) {
   telephone.device().securityLog().record(1, 4, 1, 5, 3, true, "k\xff(v\xff)", "\xff", "\xff");
   logAppUni("k\xff", 2, "f\xff", 1, "%s", "v\xff");
   const Json records = telephone.request({{"verb", "security-log"}}).at("records");

@@ -9,7 +9,7 @@
 
 namespace host {
 
-// Writes down what is said to a client that a test plays. Thread: one.
+// Records what is sent to a client. Thread: one.
 class NotingChannel : public ControlChannel {
  public:
   bool reply(std::string_view json) override {

@@ -1,5 +1,5 @@
-// Each expectation beside a telephone of which it is true, and beside one of which it is almost
-// true: what passes wrongly is a test of somebody that can never fail.
+// Each expectation, once met and once almost met: an expectation that passes wrongly makes a
+// scenario that cannot fail.
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@
 namespace host {
 namespace {
 
-// What a scenario says: "passed", or the line that failed and why.
+// The result of a scenario: "passed", or the line that failed and why.
 std::string resultOf(const std::string& text) {
   static Plugin plugin{CLOCK_PLUGIN};
   const support::TemporaryFolder folder;
@@ -31,10 +31,10 @@ std::string resultOf(const std::string& text) {
 struct Case {
   const char* steps;
   const char* met;
-  const char* almostMet;  // the part that differs is as small as can be
+  const char* almostMet;  // differs as little as possible
 };
 
-// The telephone has 00:00 and date format 0 at the start, and tells each full hour.
+// The telephone has 00:00 and date format 0 at the start, and announces each full hour.
 const Case kCases[] = {
     {"", "expect get date-format 0", "expect get date-format 00"},
     {"set daylight-save-minutes 30\n", "expect get daylight-save-minutes 30",
@@ -58,7 +58,7 @@ const Case kCases[] = {
      "expect no event timeChangeEvent timeChangeEventHours=1"},
     {"clock advance 1h\n", "expect no event dateChangeEvent", "expect no event timeChangeEvent"},
     {"", "expect no event", "expect next event timeChangeEvent"},
-    // passed over is what was found and what came before it, and no more
+    // what was found and what came before it is skipped, and no more
     {"clock advance 3h\nexpect event timeChangeEvent timeChangeEventHours=2\n",
      "expect next event timeChangeEvent timeChangeEventHours=3",
      "expect event timeChangeEvent timeChangeEventHours=1"},
@@ -87,7 +87,7 @@ const Case kCases[] = {
     {"", "expect refused call nothing", "expect refused call getTime"},
 };
 
-TEST(ScenarioExpectations, HoldForWhatIsSoAndForNothingBesideIt) {
+TEST(ScenarioExpectations, HoldOnlyForWhatCame) {
   for (const Case& each : kCases) {
     const std::string steps = each.steps;
     EXPECT_EQ(resultOf(steps + each.met), "passed") << steps << each.met;
@@ -98,7 +98,7 @@ TEST(ScenarioExpectations, HoldForWhatIsSoAndForNothingBesideIt) {
   }
 }
 
-TEST(ScenarioExpectations, TheFailureTellsAllThatWasExpected) {
+TEST(ScenarioExpectations, TheFailureShowsTheWholeExpectation) {
   EXPECT_EQ(
       resultOf("expect event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2"),
       "1: expected event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2, "
@@ -142,8 +142,8 @@ TEST(ScenarioExpectations, TheFailureListsTheLastFiveThatCame) {
   EXPECT_EQ(listed({"a", "b", "c", "d", "e", "f"}), "... b; c; d; e; f");
 }
 
-// A line is found once, and is passed over together with those before it.
-TEST(ScenarioExpectations, ALineOfTheLogMustHaveCome) {
+// A line is found once; it and those before it are then skipped.
+TEST(ScenarioExpectations, FindEachLogLineOnce) {
   const std::string steps =
       "call setDate setDateDay=1 setDateMonth=1 setDateYear=2038\n"
       "call setDate setDateDay=1 setDateMonth=1 setDateYear=2099\n";

@@ -25,11 +25,11 @@ std::string faultOf(const std::string& text) {
   }
 }
 
-TEST(ScenarioWords, RefuseAnEscapeInOneLine) {
+TEST(ScenarioWords, RefuseABadEscapeInOneLine) {
   EXPECT_THAT(faultOf("set \"\\q\""),
-              testing::HasSubstr(R"("\q" is no escape; write \", \\ or \n)"));
-  EXPECT_THAT(faultOf("set \"\\\x16\""), testing::HasSubstr(R"("\\x16" is no escape)"));
-  EXPECT_THAT(faultOf("set \"\\\xFF\""), testing::HasSubstr(R"("\\xFF" is no escape)"));
+              testing::HasSubstr(R"("\q" is not an escape; write \", \\ or \n)"));
+  EXPECT_THAT(faultOf("set \"\\\x16\""), testing::HasSubstr(R"("\\x16" is not an escape)"));
+  EXPECT_THAT(faultOf("set \"\\\xFF\""), testing::HasSubstr(R"("\\xFF" is not an escape)"));
 }
 
 TEST(ScenarioWords, BlanksQuotesEscapesAndComments) {
@@ -54,7 +54,7 @@ TEST(ScenarioWords, BlanksQuotesEscapesAndComments) {
   }
 }
 
-TEST(ScenarioParser, LinesAboutTheDevice) {
+TEST(ScenarioParser, SetupLines) {
   const Scenario scenario = parsed(
       "# a comment\n"
       "\n"
@@ -123,8 +123,8 @@ TEST(ScenarioParser, EachKindOfStep) {
 
 TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
   const std::pair<const char*, const char*> rows[] = {
-      {"expect no", "\"no\" is nothing to expect"},
-      {"expect next", "\"next\" is nothing to expect"},
+      {"expect no", "\"no\" cannot be expected"},
+      {"expect next", "\"next\" cannot be expected"},
       {"expect call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
       {"expect get", "KEY is missing (usage: get KEY VALUE)"},
       {"expect get time", "VALUE is missing (usage: get KEY VALUE)"},
@@ -149,14 +149,14 @@ TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
 
 TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
   const std::pair<const char*, const char*> rejected[] = {
-      {"varient 3", "1: nothing is known as \"varient\"; did you mean \"variant\"?"},
+      {"varient 3", "1: unknown step \"varient\"; did you mean \"variant\"?"},
       {"variant three", "1: \"three\" is not a number; N is a decimal integer"},
       {"variant 3 4", "1: \"4\" is one word too many"},
-      {"mac 0001E3A1B2C", "1: \"0001E3A1B2C\" is no address; it has 12 hexadecimal digits"},
-      {"mac 0001E3A1B2CG", "is no address"},
+      {"mac 0001E3A1B2C", "1: \"0001E3A1B2C\" is not a MAC address; write 12 hexadecimal digits"},
+      {"mac 0001E3A1B2CG", "is not a MAC address"},
       {"network maybe", "\"maybe\" is not up or down"},
       {"at noon", "1: \"noon\" is not an instant; write `2026-03-08T06:59:50Z`"},
-      {"get time\nvariant 3", "2: \"variant\" is about a device that is not on yet"},
+      {"get time\nvariant 3", "2: \"variant\" configures the device before power-on"},
       {"\n\nclock advance 3 parsecs", "3: clock advance: \"3 parsecs\" is not a duration"},
       {"watch --count 1", "write `expect event`"},
       {"log --follow", "write `expect event` or `expect log`"},
@@ -164,22 +164,21 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"power-cut now", "\"now\" is one word too many"},
       {"file /data/x text y", "\"y\" is one word too many"},
       {"store DateFormat 2 x", "\"x\" is one word too many"},
-      {"file /etc/passwd x", "\"/etc/passwd\" is no file of the device; it is below /data/"},
-      {"file /data/../etc/passwd x", "is no file of the device"},
+      {"file /etc/passwd x",
+       "\"/etc/passwd\" is not a file of the device; write a path below /data/"},
+      {"file /data/../etc/passwd x", "is not a file of the device"},
       {"file /data/x", "TEXT is missing"},
       {"expect", "what is expected is missing"},
-      {"expect evnt timeChangeEvent", "\"evnt\" is nothing to expect; did you mean \"event\"?"},
-      {"expect no get x", "\"no get\" is nothing to expect"},
+      {"expect evnt timeChangeEvent", "\"evnt\" cannot be expected; did you mean \"event\"?"},
+      {"expect no get x", "\"no get\" cannot be expected"},
       {"expect event timechange", "no event \"timechange\"; did you mean \"timeChangeEvent\"?"},
       {"expect event timeChangeEvent Hours=3", "\"Hours\" is no parameter of timeChangeEvent"},
       {"expect event timeChangeEvent 3", "\"3\" is not an argument"},
       {"expect call getTme", "no method \"getTme\"; did you mean \"getTime\"?"},
       {"expect call getTime getTimeReturn=1", "did you mean \"getTimeStringReturn\"?"},
-      {"expect get time", "VALUE is missing"},
       {"expect state time four", "\"four\" is not a number"},
-      {"expect log", "TEXT is missing"},
       {"expect refused", "VERB is missing (usage: refused VERB ...)"},
-      {"expect refused watch", "nothing refuses to be watched"},
+      {"expect refused watch", "watch cannot be refused"},
       {"expect tz LOC-1:00 x", "\"x\" is one word too many"},
       {"set a \"b", "1: a quote is not closed"},
   };

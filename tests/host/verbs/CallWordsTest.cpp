@@ -14,7 +14,7 @@ struct Accepted {
   const char* value;  // as text
 };
 
-TEST(CallWords, EachFormOfAnArgument) {
+TEST(CallWords, AcceptsEachFormOfAnArgument) {
   for (const Accepted& row : {
            Accepted{"setTimeHours=8", "setTimeHours", Parameter::integer, "8"},
            {"n=-2147483648", "n", Parameter::integer, "-2147483648"},
@@ -41,14 +41,14 @@ TEST(CallWords, EachFormOfAnArgument) {
   }
 }
 
-TEST(CallWords, WhatIsNoArgument) {
+TEST(CallWords, RejectsWhatIsNotAnArgument) {
   for (const char* const word : {"", "8", "name", "=8", ":int=8", "n:int=", "n:int=x", "n:int=5 ",
                                  "n:int=2147483648", "n:float=5", "n:=5", "n:bool=true"}) {
     EXPECT_THROW(static_cast<void>(parseArgument(word)), UsageError) << word;
   }
 }
 
-TEST(CallWords, ACallKeepsTheOrderOfItsArguments) {
+TEST(CallWords, KeepsTheOrderOfArguments) {
   const std::vector<std::string> words = {"b=1", "a=x", "b=2"};
   const Method call = callOf("anything", words);
   EXPECT_EQ(call.getName(), "anything");
@@ -56,7 +56,7 @@ TEST(CallWords, ACallKeepsTheOrderOfItsArguments) {
   EXPECT_EQ(parametersText(call), "b=1 a=x b=2");
 }
 
-TEST(CallWords, BooleansReadAsWords) {
+TEST(CallWords, PrintsBooleansAsWords) {
   Method reply("setTime", Method::reply);
   reply.addBoolParameter("yes", true, Parameter::out);
   reply.addBoolParameter("no", false, Parameter::out);

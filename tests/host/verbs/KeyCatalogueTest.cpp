@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-TEST(KeyCatalogue, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
+TEST(KeyCatalogue, HasSixteenKeysTwoOfThemReadOnly) {
   const auto names = namesOf(managementKeys());
   EXPECT_EQ(names.size(), 16U);
   EXPECT_EQ(std::set(names.begin(), names.end()).size(), 16U);
@@ -23,7 +23,7 @@ TEST(KeyCatalogue, HoldsSixteenKeysOfWhichTwoCannotBeSet) {
             (std::set<std::string_view>{"daylight-save-zone-list", "daylight-save-zone-text"}));
 }
 
-TEST(KeyCatalogue, SaysOfEachSettableKeyWhatItTakesAndWhatFollows) {
+TEST(KeyCatalogue, DescribesEachSettableKey) {
   for (const ManagementKey& row : managementKeys()) {
     EXPECT_EQ(row.values.empty(), !row.settable) << row.name;
     EXPECT_EQ(row.effect.empty(), !row.settable) << row.name;
@@ -46,7 +46,7 @@ TEST(ManagementKeyDocument, HasAnExampleOfEachKey) {
 TEST(KeyCatalogue, IsWhatTheDocumentSays) {
   const std::string document = support::contentOf(MANAGEMENT_KEYS_DOCUMENT);
   EXPECT_EQ(document, managementKeysDocument())
-      << "docs/reference/management-keys.md is to be made anew";
+      << "replace docs/reference/management-keys.md by the expected text";
 }
 
 }  // namespace

@@ -14,7 +14,7 @@
 namespace host {
 namespace {
 
-TEST(RemoteMethodTable, HoldsTwentyThreeMethodsWithNamesOfTheirOwn) {
+TEST(RemoteMethodTable, HasTwentyThreeUniqueMethods) {
   const auto names = namesOf(remoteMethods());
   EXPECT_EQ(names.size(), 23U);
   EXPECT_EQ(std::set(names.begin(), names.end()).size(), 23U);
@@ -25,12 +25,11 @@ TEST(RemoteMethodTable, HoldsTwentyThreeMethodsWithNamesOfTheirOwn) {
 
 TEST(RemoteMethodTable, OnlyOneMethodHasNoReply) {
   for (const RemoteMethod& method : remoteMethods()) {
-    EXPECT_EQ(method.replies, method.name != "setTimeInt") << method.name;
-    EXPECT_EQ(method.reply.empty(), !method.replies) << method.name;
+    EXPECT_EQ(method.replies(), method.name != "setTimeInt") << method.name;
   }
 }
 
-TEST(RemoteMethodTable, ParametersBearTheirMethodsName) {
+TEST(RemoteMethodTable, ParametersBeginWithTheMethodsName) {
   for (const RemoteMethod& method : remoteMethods()) {
     for (const auto& list : {method.request, method.reply}) {
       for (const MethodParameter& parameter : list) {
@@ -41,13 +40,13 @@ TEST(RemoteMethodTable, ParametersBearTheirMethodsName) {
   }
 }
 
-TEST(RemoteMethodTable, HoldsTheFourEvents) {
+TEST(RemoteMethodTable, HasFourEvents) {
   EXPECT_EQ(namesOf(remoteEvents()).size(), 4U);
   EXPECT_EQ(rowNamed(remoteEvents(), "timeChangeEvent")->request.size(), 3U);
   EXPECT_EQ(rowNamed(remoteEvents(), "getTime"), nullptr);
 }
 
-// "`setTimeHours`, `setTimeMinutes` int": a type once, behind all names that have it.
+// "`setTimeHours`, `setTimeMinutes` int": a type once, after all names of that type.
 std::string parameterCell(std::span<const MethodParameter> parameters, const std::string& none) {
   constexpr std::array<const char*, 3> kTypes = {" int", " string", " bool"};  // as in Type
   if (parameters.empty()) return none;

@@ -14,36 +14,36 @@ std::string nested(std::size_t depth) {
   return std::string(depth, '[') + std::string(depth, ']');
 }
 
-TEST(ReadJson, ReadsWhatIsJson) {
+TEST(ReadJson, ReadsJson) {
   EXPECT_EQ(readJson(R"({"b":1,"a":"x"})").dump(), R"({"b":1,"a":"x"})");
   EXPECT_EQ(readJson("5"), Json(5));
 }
 
-TEST(ReadJson, DiscardsWhatIsNot) {
+TEST(ReadJson, DiscardsOtherText) {
   for (const char* const text : {"", "{", "get time", "{\"a\":\"\xff\"}", "{}{", "]"})
     EXPECT_TRUE(readJson(text).is_discarded()) << text;
 }
 
-TEST(ReadJson, ANulIsNoEnd) {
+TEST(ReadJson, RefusesANul) {
   EXPECT_TRUE(readJson(std::string_view("{}\0", 3)).is_discarded());
   EXPECT_TRUE(readJson(std::string_view("{}\0{", 4)).is_discarded());
 }
 
-TEST(ReadJson, DiscardsWhatIsDeeperThanAnyRequest) {
+TEST(ReadJson, DiscardsDeepNesting) {
   EXPECT_FALSE(readJson(nested(kDeepestJson)).is_discarded());
   EXPECT_TRUE(readJson(nested(kDeepestJson + 1)).is_discarded());
   EXPECT_TRUE(readJson(std::string(1 << 20, '[')).is_discarded());
   EXPECT_TRUE(readJson(R"({"a":)" + nested(kDeepestJson) + "}").is_discarded());
 }
 
-TEST(ReadJson, CountsNoBracketsInTexts) {
+TEST(ReadJson, IgnoresBracketsInStrings) {
   const std::string brackets(kDeepestJson + 1, '[');
   EXPECT_EQ(readJson('"' + brackets + '"'), Json(brackets));
   EXPECT_EQ(readJson("\"\\\"" + brackets + '"'), Json('"' + brackets));
   EXPECT_EQ(readJson("[\"\\\\\",[1]]"), Json::parse("[\"\\\\\",[1]]"));
 }
 
-TEST(ReadJson, CountsBracketsThatAreOpenAtOnce) {
+TEST(ReadJson, CountsOnlyOpenBrackets) {
   std::string row = "[]";
   for (std::size_t i = 0; i < 2 * kDeepestJson; ++i) row += ",[]";
   EXPECT_EQ(readJson('[' + row + ']').size(), 2 * kDeepestJson + 1);
@@ -65,20 +65,20 @@ TEST(ReadRequest, ReadsAnObject) {
   EXPECT_EQ(readRequest("{}"), Json::object());
 }
 
-TEST(ReadRequest, RefusesWhatIsNone) {
+TEST(ReadRequest, RefusesWhatIsNotAnObject) {
   for (const char* const text : {"", "5", "[]", "{", "{}{", "]", "{\"a\":\"\xff\"}"})
-    EXPECT_EQ(refusal(text), "the request is no JSON object") << text;
+    EXPECT_EQ(refusal(text), "the request is not a JSON object") << text;
   EXPECT_EQ(refusal(R"({"a":)" + nested(kDeepestJson) + "}"),
             "the request is nested more than 32 deep");
 }
 
-TEST(ReadRequest, CountsBracketsThatAreOpenAtOnce) {
+TEST(ReadRequest, CountsOnlyOpenBrackets) {
   std::string row = "[]";
   for (std::size_t i = 0; i < kDeepestJson; ++i) row += ",[]";
   EXPECT_EQ(refusal(R"({"a":[)" + row + "]}"), "");
 }
 
-TEST(ReadRequest, ANulIsNoEnd) {
+TEST(ReadRequest, RefusesANul) {
   for (const char* const text : {"{}|{", "{|}", "{\"a\":\"|\"}", "|"}) {
     std::string request = text;
     std::replace(request.begin(), request.end(), '|', '\0');
@@ -86,7 +86,7 @@ TEST(ReadRequest, ANulIsNoEnd) {
   }
 }
 
-TEST(ReadRequest, RefusesAMemberThatComesTwice) {
+TEST(ReadRequest, RefusesADuplicateMember) {
   const char* const refused = "the request holds \"key\" twice; name each member once";
   EXPECT_EQ(refusal(R"({"key":1,"value":2,"key":1})"), refused);
   EXPECT_EQ(refusal(R"({"a":[{"key":1,"key":2}]})"), refused);
@@ -96,14 +96,14 @@ TEST(ReadRequest, RefusesAMemberThatComesTwice) {
   EXPECT_EQ(refusal(R"({"other":{"key":1},"key":2})"), "");
 }
 
-// The last of the members ends the text in its middle: nothing behind them is read.
-TEST(ReadRequest, StopsReadingAtTheMostThatARequestHolds) {
+// The cut text is not JSON as a whole: nothing after the limit is read.
+TEST(ReadRequest, StopsAtTheLimit) {
   const std::string refused = "the request holds more than 64 members and values";
   constexpr std::size_t kMost = (kMostInRequest - 1) / 2;
   EXPECT_EQ(readRequest(withMembers(kMost)).size(), kMost);
   EXPECT_EQ(refusal(withMembers(kMost + 1)), refused);
   EXPECT_EQ(refusal(withMembers(80'000).substr(0, 500)), refused);
-  EXPECT_EQ(refusal("{\"a\":[1" + std::string(100, ',')), "the request is no JSON object");
+  EXPECT_EQ(refusal("{\"a\":[1" + std::string(100, ',')), "the request is not a JSON object");
   EXPECT_EQ(refusal("{\"a\":[" + std::string(kMostInRequest, '[')),
             "the request is nested more than 32 deep");
 }

@@ -11,7 +11,7 @@ namespace {
 
 using std::chrono::seconds;
 
-TEST(TimeText, DurationsOfEachForm) {
+TEST(TimeText, AcceptsEachFormOfADuration) {
   const std::pair<const char*, std::int64_t> accepted[] = {
       {"0s", 0},           {"90s", 90},
       {"15m", 900},        {"2h", 7200},
@@ -25,7 +25,7 @@ TEST(TimeText, DurationsOfEachForm) {
   }
 }
 
-TEST(TimeText, DurationsOneStepOutside) {
+TEST(TimeText, RejectsDurationsOneStepOutside) {
   for (const char* const text : {"",
                                  "s",
                                  "90",
@@ -52,7 +52,7 @@ TEST(TimeText, DurationsOneStepOutside) {
   }
 }
 
-TEST(TimeText, InstantsOfEachForm) {
+TEST(TimeText, AcceptsEachFormOfAnInstant) {
   const std::pair<const char*, std::int64_t> accepted[] = {
       {"1970-01-01T00:00:00Z", 0},
       {"2026-03-08T06:59:50Z", 1772953190},
@@ -70,7 +70,7 @@ TEST(TimeText, InstantsOfEachForm) {
   }
 }
 
-TEST(TimeText, InstantsOneStepOutside) {
+TEST(TimeText, RejectsInstantsOneStepOutside) {
   for (const char* const text : {"",
                                  "2026-03-08",
                                  "2026-03-08T06:59:50",
@@ -97,7 +97,7 @@ TEST(TimeText, InstantsOneStepOutside) {
   }
 }
 
-TEST(TimeText, Speeds) {
+TEST(TimeText, AcceptsAndRejectsSpeeds) {
   for (const auto& [text, expected] :
        {std::pair("0", 0.0), std::pair("1", 1.0), std::pair("0.5", 0.5), std::pair("3600", 3600.0),
         std::pair("1000000000", 1e9)}) {
@@ -109,25 +109,25 @@ TEST(TimeText, Speeds) {
   }
 }
 
-TEST(TimeText, SpeedsReadBack) {
+TEST(TimeText, PrintsSpeeds) {
   EXPECT_EQ(speedText(0), "paused");
   EXPECT_EQ(speedText(1), "1");
   EXPECT_EQ(speedText(0.5), "0.5");
   EXPECT_EQ(speedText(HUGE_VAL), "max");
 }
 
-TEST(TimeText, InstantsArePrintedInBothForms) {
+TEST(TimeText, PrintsInstantsInBothForms) {
   EXPECT_EQ(instantText(seconds(1772953190)), "2026-03-08T06:59:50Z");
   EXPECT_EQ(longInstantText(seconds(1772953190)), "2026-03-08T06:59:50+00:00");
 }
 
-TEST(TimeText, LocalTimeNamesItsZone) {
+TEST(TimeText, PrintsLocalTimeWithItsZone) {
   const support::ZoneGuard zone("LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00");
   EXPECT_EQ(localText(1772953199), "2026-03-08 01:59:59 (LOC, UTC-05:00)");
   EXPECT_EQ(localText(1772953200), "2026-03-08 03:00:00 (DST, UTC-04:00)");
 }
 
-TEST(TimeText, DurationsArePrintedWithDaysOnlyWhenThereAreSome) {
+TEST(TimeText, PrintsDaysOnlyOfLongDurations) {
   EXPECT_EQ(durationText(seconds(0)), "00:00:00");
   EXPECT_EQ(durationText(seconds(86399)), "23:59:59");
   EXPECT_EQ(durationText(seconds(86400 + 3723)), "1d 01:02:03");

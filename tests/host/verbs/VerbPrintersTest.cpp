@@ -16,24 +16,24 @@ std::string printed(void (*print)(const Json&, std::ostream&), const char* json)
   return out.str();
 }
 
-TEST(VerbPrinters, ReplyParametersInTheirOrder) {
+TEST(VerbPrinters, PrintReplyParametersInTheirOrder) {
   EXPECT_EQ(printed(printCall, R"({"reply":{"b":"x y","a":-5,"c":true,"d":""}})"),
             "b=x y\na=-5\nc=true\nd=\n");
   EXPECT_EQ(printed(printCall, R"({"reply":{}})"), "");
 }
 
-TEST(VerbPrinters, EventsOnOneLine) {
+TEST(VerbPrinters, PrintAnEventOnOneLine) {
   EXPECT_EQ(printed(printEvent, R"({"event":"e","parameters":{"hours":3,"zone":"LOC"}})"),
             "e hours=3 zone=LOC\n");
 }
 
-TEST(VerbPrinters, ValuesAsTheyAre) {
+TEST(VerbPrinters, PrintTheBareValue) {
   EXPECT_EQ(printed(printValue, R"({"value":"two words"})"), "two words\n");
   EXPECT_EQ(printed(printValue, R"({"value":""})"), "\n");
 }
 
-// DEL, and U+009B, which starts what a terminal obeys as ESC [ does.
-TEST(VerbPrinters, NothingThatATerminalObeys) {
+// DEL, and U+009B, which starts a terminal sequence as ESC [ does.
+TEST(VerbPrinters, EscapeWhatATerminalInterprets) {
   const char* const shown = "\"\xC3\xBC\\u007f\\u009b2J\"";
   const std::string value =
       "\xC3\xBC\x7F\xC2\x9B"
@@ -48,8 +48,8 @@ TEST(VerbPrinters, NothingThatATerminalObeys) {
   EXPECT_EQ(Json::parse(jsonLine(value)), value);
 }
 
-// Each member that has a place in a line, with a text that a terminal obeys.
-TEST(VerbPrinters, NoMemberReachesATerminalAsItIs) {
+// Each printed member, with a terminal sequence in it.
+TEST(VerbPrinters, EscapeEachMember) {
   const Json bad = "\x1B[2J\n";
   Json row;
   for (const char* const name :
@@ -70,7 +70,7 @@ TEST(VerbPrinters, NoMemberReachesATerminalAsItIs) {
 }
 
 // What another program, or another version, may answer.
-TEST(VerbPrinters, RowsOfAnotherShapeAreShownAsFarAsTheyGo) {
+TEST(VerbPrinters, PrintWhatTheyCanOfRowsOfAnotherShape) {
   const std::string blank(54, ' ');
   EXPECT_EQ(printed(printKeys, R"({"keys":[1,{"settable":"no"}]})"),
             "KEY                       VALUE                       SETTABLE  STATE\n" + blank +
@@ -78,7 +78,7 @@ TEST(VerbPrinters, RowsOfAnotherShapeAreShownAsFarAsTheyGo) {
   EXPECT_EQ(printed(printSecurityLog, R"({"records":[7]})"), "  accepted device: \n");
 }
 
-TEST(VerbPrinters, KeysAsATable) {
+TEST(VerbPrinters, PrintKeysAsATable) {
   EXPECT_EQ(printed(printKeys, R"({"keys":[{"key":"time","value":"now","settable":true,"state":4},
                                            {"key":"x","value":null,"settable":false,"state":0}]})"),
             "KEY                       VALUE                       SETTABLE  STATE\n"
@@ -86,7 +86,7 @@ TEST(VerbPrinters, KeysAsATable) {
             "x                                                     no        0\n");
 }
 
-TEST(VerbPrinters, LongValuesFillTheirColumnAndNoMore) {
+TEST(VerbPrinters, ClipLongValuesToTheirColumn) {
   const auto value = [](const std::string& text) {
     const Json answer = {{"keys", {{{"key", "k"}, {"value", text}, {"state", 0}}}}};
     const std::string table = printed(printKeys, answer.dump().c_str());
@@ -99,7 +99,7 @@ TEST(VerbPrinters, LongValuesFillTheirColumnAndNoMore) {
   EXPECT_EQ(value("two\nlines"), "\"two\\nlines\"" + std::string(16, ' ') + "no        0\n");
 }
 
-TEST(VerbPrinters, LogEntriesAreOneLineEach) {
+TEST(VerbPrinters, PrintALogEntryOnOneLine) {
   const char* const entry =
       R"({"number":1,"time":"2016-06-16T00:00:00Z","level":5,"component":"ClockService",
           "text":"a\nb","file":"f.cpp","line":7})";
@@ -108,7 +108,7 @@ TEST(VerbPrinters, LogEntriesAreOneLineEach) {
   EXPECT_EQ(printed(printLog, R"({"entries":[]})"), "");
 }
 
-TEST(VerbPrinters, LevelsWithoutANameAreShownAsTheyAre) {
+TEST(VerbPrinters, PrintUnknownLevelsAsNumbers) {
   const std::pair<std::string, std::string> levels[] = {
       {"0", "fatal"}, {"6", "trace"}, {"7", "7"}, {"-1", "-1"}, {"9e9", "9000000000.0"}};
   for (const auto& [level, text] : levels) {
@@ -119,7 +119,7 @@ TEST(VerbPrinters, LevelsWithoutANameAreShownAsTheyAre) {
   }
 }
 
-TEST(VerbPrinters, SecurityRecordsSayWhoItWasAndWhatWasRefused) {
+TEST(VerbPrinters, PrintOriginAndRefusalOfASecurityRecord) {
   const char* const answer =
       R"json({"records":[{"number":2,"time":"T","failure":true,"origin":"uid 1, pid 2",
                           "text":"ClockSettings set data k(v)"}]})json";
@@ -127,7 +127,7 @@ TEST(VerbPrinters, SecurityRecordsSayWhoItWasAndWhatWasRefused) {
             "2 T refused  uid 1, pid 2: ClockSettings set data k(v)\n");
 }
 
-TEST(VerbPrinters, SecurityRecordsSayWhatIsCountedAndWhatIsMissing) {
+TEST(VerbPrinters, PrintRepeatsAndLostSecurityRecords) {
   const char* const answer =
       R"json({"records":[{"number":5,"lost":2,"time":"T","failure":true,"text":"a","count":3,
                           "last":"U"}]})json";
@@ -135,7 +135,7 @@ TEST(VerbPrinters, SecurityRecordsSayWhatIsCountedAndWhatIsMissing) {
             "- 2 could not be written\n5 T refused  device: a (3 times, last U)\n");
 }
 
-TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
+TEST(VerbPrinters, PrintTheNoteAfterTheSecurityLog) {
   const char* const answer =
       R"json({"records":[{"number":2,"time":"T","failure":false,"text":"a"}],"kept":10000,
               "dropped":1,"note":"records kept: 10000"})json";
@@ -143,7 +143,7 @@ TEST(VerbPrinters, TheSecurityLogEndsWithItsNote) {
             "2 T accepted device: a\nnote         records kept: 10000\n");
 }
 
-TEST(VerbPrinters, TheStatusIsTheClockThenTheHost) {
+TEST(VerbPrinters, PrintTheClockThenTheStatus) {
   EXPECT_EQ(printed(printStatus, R"({"clock":{"utc":"U","local":"L","tz":"Z","uptime":"T",
                                               "next":"N"},"plugin":"p","variant":3,
                                      "network":"up","ntpClient":"not running","clients":1,
@@ -154,7 +154,7 @@ TEST(VerbPrinters, TheStatusIsTheClockThenTheHost) {
             "version      v\n");
 }
 
-TEST(VerbPrinters, TheClockLeavesOutWhatIsNotThere) {
+TEST(VerbPrinters, LeaveOutMissingMembers) {
   EXPECT_EQ(printed(printClock, R"({"utc":"U","speed":"paused","timers":3,"note":"n"})"),
             "utc          U\nspeed        paused\ntimers       3\nnote         n\n");
 }
