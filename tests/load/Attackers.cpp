@@ -148,7 +148,7 @@ void Attackers::attackOnce(Attacker& attacker, int socket) {
   limitWaits(socket, attack.reads ? kEffectLimit : kSilence, kSilence);
   for (int round = 0; round < attack.rounds && !m_over; ++round) {
     if (!sendAll(socket, attack.bytes)) break;
-    if (attack.reads && readUntilSilence(socket, attack.effect)) ++attacker.seen;
+    if (attack.reads) readAnswers(attacker, socket);
   }
   if (attack.reads) return;
   pollfd polled{socket, 0, 0};
@@ -157,15 +157,15 @@ void Attackers::attackOnce(Attacker& attacker, int socket) {
   if (receivesPart(socket, attack.effect, MSG_DONTWAIT | MSG_PEEK, got)) ++attacker.seen;
 }
 
-// Whether the effect was seen. Events may come without end.
-bool Attackers::readUntilSilence(int socket, const std::string& effect) const {
+// Until nothing more comes, or the limit: an observer may receive events without end.
+void Attackers::readAnswers(Attacker& attacker, int socket) {
+  const std::string& effect = attacker.attack.effect;
   const auto limit = std::chrono::steady_clock::now() + kEffectLimit;
-  bool seen = false;
-  for (ssize_t got = 1; got != 0 && !m_over;) {
-    seen |= receivesPart(socket, effect, 0, got);
-    if (got < 0 && (seen || effect.empty() || std::chrono::steady_clock::now() > limit)) break;
+  bool seen = effect.empty();
+  for (ssize_t got = 1; got != 0 && !m_over && std::chrono::steady_clock::now() < limit;) {
+    if (receivesPart(socket, effect, 0, got) && !std::exchange(seen, true)) ++attacker.seen;
+    if (got < 0 && seen) return;
   }
-  return seen;
 }
 
 }  // namespace load

@@ -52,7 +52,7 @@ class Attackers {
 
   void work(Attacker& attacker, const std::filesystem::path& socket);
   void attackOnce(Attacker& attacker, int socket);
-  [[nodiscard]] bool readUntilSilence(int socket, const std::string& effect) const;
+  void readAnswers(Attacker& attacker, int socket);
 
   std::atomic<bool> m_over{false};
   std::atomic<int> m_connections{0};

@@ -82,8 +82,7 @@ class LoadRun {
   void connectAll() {
     m_stuck.emplace(m_host.socket(), kRegistrations);
     while (m_sentToStuck < kFilledBefore) perform(m_clock.next());
-    for (std::size_t i = 0; i < m_size.subscribers; ++i)
-      m_subscribers.emplace_back(m_host.socket());
+    while (m_subscribers.size() < m_size.subscribers) m_subscribers.emplace_back(m_host.socket());
     m_slow.emplace(m_host.socket(), kRegistrations);
     m_callers.emplace(m_host.socket(), m_size.callers);
     m_begin = Clock::now();
