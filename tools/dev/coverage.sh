@@ -16,12 +16,12 @@ folder=$(folder_of coverage)
 flags="-O0 -g0 -fcoverage-mapping -fprofile-instr-generate=$folder/profile/%4m%c.profraw"
 flags+=" -mllvm -runtime-counter-relocation -Wno-unused-command-line-argument"
 
-# The layers that reach code. The program over a century reaches no other, and that of the flood
-# measures times, which this build does not keep.
+# The layers that reach code. The programs over a century and over a thousand clients reach no
+# other, and the one of the flood measures times, which this build does not keep.
 layers='^(unit|plugin|host|integration|scenario|simulation|faults|fuzz)$'
 programs=(clockhost clockctl ntpclient
   tests/{support,unit,plugin,host,integration,scenarios,simulation,faults,fuzz}/all)
-left_out='^(plugin_century|integration_report_flood)_test$'
+left_out='^(plugin_century|plugin_replaced_clients|integration_report_flood)_test$'
 
 measure() {
   rm -rf "$folder/profile"
