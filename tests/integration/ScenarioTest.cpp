@@ -47,7 +47,7 @@ TEST_F(Scenario, DoesNotRunWhenALineIsWrong) {
 TEST_F(Scenario, NeedsATemporaryFolder) {
   const Words command = {"/usr/bin/env", "TMPDIR=" + (m_folder / "none").string()};
   expectOneLine(run("clock show\n", command), 1,
-                {m_file + ": there is no temporary folder; let TMPDIR name one"});
+                {m_file + ": there is no temporary folder; set TMPDIR to one"});
 }
 
 }  // namespace
