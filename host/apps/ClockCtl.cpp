@@ -187,7 +187,7 @@ class Command {
 
   static Json objectIn(const std::string& text) {
     Json answer = readJson(text);
-    if (!answer.is_object()) throw Refusal("the host's answer is no JSON object");
+    if (!answer.is_object()) throw Refusal("the host's answer is not a JSON object");
     return answer;
   }
 
@@ -229,7 +229,7 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
   } catch (const NoHost& error) {
     return fail(err, error.what(), noHost);
   } catch (const Json::exception&) {
-    return fail(err, "the host's answer makes no sense; use the clockctl of the host's version",
+    return fail(err, "the host's answer is not understood; use the clockctl of the host's version",
                 refused);
   } catch (const std::exception& error) {
     return fail(err, error.what(), refused);

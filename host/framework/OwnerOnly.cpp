@@ -43,7 +43,7 @@ void tightenFile(const std::filesystem::path& path) {
   std::error_code code;
   const std::filesystem::file_status found = std::filesystem::status(path, code);
   if (std::filesystem::exists(found) && !std::filesystem::is_regular_file(found)) {
-    throw Error("\"" + path.string() + "\" is no regular file; remove it");
+    throw Error("\"" + path.string() + "\" is not a regular file; remove it");
   }
   tighten(path, S_IRUSR | S_IWUSR);
 }

@@ -20,7 +20,7 @@ void makeOwnFolder(const std::filesystem::path& path);
 void tighten(const std::filesystem::path& path, mode_t most);
 
 // The same for a file that will be opened: 0600 at most. Throws host::Error if the path, or the
-// target of a link there, is no regular file: opening a named pipe would wait for a writer.
+// target of a link there, is not a regular file: opening a named pipe would wait for a writer.
 void tightenFile(const std::filesystem::path& path);
 
 }  // namespace host

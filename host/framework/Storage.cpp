@@ -77,7 +77,7 @@ std::string obstacle(const std::string& folder, const std::string& path) {
   }
   struct stat status {};
   if (lstat(path.c_str(), &status) != 0) return errno == ENOENT ? "" : std::strerror(errno);
-  return S_ISREG(status.st_mode) ? "" : path + " is no regular file; remove it";
+  return S_ISREG(status.st_mode) ? "" : path + " is not a regular file; remove it";
 }
 
 bool isFolder(const std::string& path) {

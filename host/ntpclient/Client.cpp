@@ -82,7 +82,7 @@ Client::Next Client::report(std::uint32_t seconds) {
     case ReportResult::parentGone:
       return Next::end;
     case ReportResult::noListener:
-      complain(std::string("nobody reads ") + m_environment.pipe);
+      complain(std::string("no process reads ") + m_environment.pipe);
       break;
     case ReportResult::noPipe:
       complain(std::string(m_environment.pipe) + " is not a named pipe");

@@ -2,9 +2,9 @@
 
 namespace host {
 
-// Turns SIGINT and SIGTERM into a flag and a readable descriptor while it lives; afterwards the
-// former handlers are back. What follows such a signal: EventLoop::run() returns before its next
-// task, main destroys the host's parts in reverse order, and Device::stop() ends the service.
+// While it exists, SIGINT and SIGTERM set a flag and make a descriptor readable; its destructor
+// restores the former handlers. What follows such a signal: EventLoop::run() returns before its
+// next task, main destroys the host's parts in reverse order, and Device::stop() ends the service.
 // Owner: the loop; one at a time. Thread: any. Failure: the constructor throws Error.
 class TerminationSignals {
  public:

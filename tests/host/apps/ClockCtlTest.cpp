@@ -245,7 +245,7 @@ std::string page(int number) {
 
 TEST(ClockCtlAnswers, OfAnotherShapeAreRefused) {
   const std::string refusal =
-      "clockctl: the host's answer makes no sense; use the clockctl of the host's version\n";
+      "clockctl: the host's answer is not understood; use the clockctl of the host's version\n";
   for (const char* const answer :
        {R"({"ok":1})", R"({"ok":false,"error":[]})", R"({"ok":true,"records":7,"after":1})"})
     EXPECT_EQ(refusalOf("security-log", answer), refusal) << answer;
@@ -282,7 +282,7 @@ TEST(ClockCtlAnswers, MayHaveAnyNumberOfPages) {
 TEST(ClockCtlAnswers, ToAFollowedLogMustBeObjects) {
   for (const char* const item : {"5", "{", "{}\x01"})
     EXPECT_EQ(refusalOf("log --follow", item, FrameKind::controlItem),
-              "clockctl: the host's answer is no JSON object\n");
+              "clockctl: the host's answer is not a JSON object\n");
 }
 
 TEST(ClockCtlAnswers, ThatRefuseTheObserverEndTheWatch) {

@@ -62,7 +62,7 @@ TEST_F(StorageFolder, RefusesOtherThanRegularFiles) {
     put();
     EXPECT_FALSE(replaceContent("new"));
     EXPECT_TRUE(
-        log.has("storage \"file\" cannot be bound: " + file + " is no regular file; remove it"))
+        log.has("storage \"file\" cannot be bound: " + file + " is not a regular file; remove it"))
         << log.text();
     EXPECT_EQ(log.entries().size(), 1U);
     std::filesystem::remove(file);

@@ -141,7 +141,7 @@ TEST_F(NtpClient, ReportsOnlyAClockThatWasSet) {
   EXPECT_EQ(ending.waits, (Waits{15s, 3600s}));
   EXPECT_EQ(ending.errors,
             "ntpclient: asking\nntpclient: the host refused\n"
-            "ntpclient: asking\nntpclient: clock set\nntpclient: nobody reads /nowhere/pipe\n");
+            "ntpclient: asking\nntpclient: clock set\nntpclient: no process reads /nowhere/pipe\n");
 }
 
 TEST_F(NtpClient, SaysThatThePipeIsNone) {

@@ -62,7 +62,7 @@ TEST_F(PipeToAListener, GivesUpAtItsLimit) {
   EXPECT_EQ(report(1, 20ms).get(), ReportResult::noListener) << "no pipe";
   makePipe();
   EXPECT_EQ(report(1, 20ms).get(), ReportResult::noListener) << "no listener";
-  const Descriptor deaf(::open(m_pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const Descriptor silentReader(::open(m_pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   EXPECT_EQ(report(1, 20ms).get(), ReportResult::noListener) << "a listener that does not read";
   const Descriptor other(::open(m_pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
   const std::string bytes(4096, 'x');

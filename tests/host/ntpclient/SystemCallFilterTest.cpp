@@ -150,7 +150,7 @@ TEST_F(UnderTheFilter, ARefusedFilterIsAnErrorAndChangesNothing) {
             0);
 }
 
-TEST_F(UnderTheFilter, TheClientTellsItsHostWhenTheFilterIsRefused) {
+TEST_F(UnderTheFilter, TheClientReportsARefusedFilterToItsHost) {
   std::array<int, 2> ends{};
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
   const Descriptor host(ends[0]);

@@ -195,7 +195,7 @@ TEST_F(SettingsStore, RefusesAnythingButARegularFileUntouched) {
       fs::remove(place);
       put();
       const fs::perms before = fs::status(place).permissions();
-      EXPECT_EQ(openingError(), "\"" + place.string() + "\" is no regular file; remove it");
+      EXPECT_EQ(openingError(), "\"" + place.string() + "\" is not a regular file; remove it");
       EXPECT_EQ(fs::status(place).permissions(), before);
     }
     fs::remove(place);
