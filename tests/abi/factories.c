@@ -3,8 +3,8 @@
 #include <stdio.h>
 #include <string.h>
 
-/* In factories.cpp, the framework's side: each deletes the object, and returns what is wrong with it
-   or NULL. */
+/* In factories.cpp, the framework's side: each deletes the object, and returns what is wrong with
+   it or NULL. */
 const char* releaseService(void* object);
 const char* releaseInvoker(void* object);
 const char* releaseProxy(void* object);

@@ -1,4 +1,5 @@
-// The processor time that simulated years of the whole service take, with its timers and an observer.
+// The processor time that simulated years of the whole service take, with its timers and an
+// observer.
 
 #include <gtest/gtest.h>
 

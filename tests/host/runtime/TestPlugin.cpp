@@ -133,7 +133,8 @@ class TestProxy : public Proxy {
 // The object, or null from the factory that PLUGIN_NULL names.
 template <class Object>
 Object* create(std::string_view kind) {
-  return kind == PLUGIN_NULL ? nullptr : new Object;
+  constexpr std::string_view kNull = PLUGIN_NULL;
+  return kind == kNull ? nullptr : new Object;
 }
 
 }  // namespace
