@@ -75,8 +75,10 @@ const Situation kSituations[] = {
     {"status", FrameKind::controlRequest, R"({"verb":"status"})"},
     {"turns of calls", FrameKind::call, call("getTime"), inTurns, 7},
     {"turns of calls, reserve spent", FrameKind::call, call("getTime"), inTurns | reserveSpent, 7},
+    // Each failure may log several lines, and all of them have to stay below the log's limit for
+    // one place in the code.
     {"turns of requests", FrameKind::controlRequest, R"({"verb":"get","key":"ntp-secret"})",
-     inTurns, 31},
+     inTurns, 97},
     {"event", FrameKind::controlRequest, R"({"verb":"clock","action":"advance","seconds":3600})"},
 };
 
