@@ -7,7 +7,10 @@ constexpr SqliteStore kSettingsStore = {
     SettingsDatabase::kVersion,
     "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
     " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID",
-    nullptr, "SELECT schema, key, value FROM settings LIMIT 0", "FULL"};
+    nullptr,
+    "SELECT schema, key, value FROM settings LIMIT 0;"
+    "EXPLAIN INSERT INTO settings VALUES('', '', '') ON CONFLICT(schema, key) DO NOTHING",
+    "FULL"};
 
 }  // namespace
 

@@ -148,7 +148,11 @@ void SqliteDatabase::create() {
   for (const char* const part : {"", "-wal", "-shm", "-journal"}) tightenFile(m_name + part);
   std::error_code code;
   const auto size = std::filesystem::file_size(m_name, code);
-  if (code == std::errc::no_such_file_or_directory) return createFile();
+  if (code == std::errc::no_such_file_or_directory) {
+    if (std::filesystem::is_symlink(std::filesystem::symlink_status(m_name)))
+      throw Error(describe(m_name, "is a link to a missing file; mount its folder or remove it"));
+    return createFile();
+  }
   if (!code && size == 0) throw Damaged{"file is empty"};
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "host/services/SettingsStore.h"
+#include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
 
 namespace host {
@@ -44,6 +45,13 @@ const Damage kDamages[] = {
      }},
     {"without its table",
      [](const fs::path& file) { ASSERT_EQ(runSql(file, "DROP TABLE settings"), ""); }},
+    {"with a table without its key",
+     [](const fs::path& file) {
+       ASSERT_EQ(
+           runSql(file,
+                  "DROP TABLE settings; CREATE TABLE settings(schema TEXT, key TEXT, value TEXT)"),
+           "");
+     }},
     {"of a negative version",
      [](const fs::path& file) { ASSERT_EQ(runSql(file, "PRAGMA user_version=-1"), ""); }},
     {"another program's",
@@ -114,6 +122,30 @@ TEST_F(SettingsStore, NewFileGetsItsNameWithItsFirstPage) {
   saveOne();
   EXPECT_FALSE(fs::exists(unfinished));
   EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(SettingsStore, NewFileIsSyncedWithItsFirstPageBeforeItGetsItsName) {
+  const WatchedRename rename(false);
+  EXPECT_EQ(openingError(), "");
+  EXPECT_GE(rename.size(), 512U);
+  EXPECT_GE(rename.syncs(), 1U);
+}
+
+TEST_F(SettingsStore, NewFileThatCannotGetItsNameIsRemoved) {
+  {
+    const WatchedRename rename(true);
+    EXPECT_EQ(openingError(),
+              "store \"" + file().string() + "\" cannot be written: Input/output error");
+  }
+  EXPECT_TRUE(fs::is_empty(folder.path()));
+  EXPECT_EQ(openingError(), "");
+}
+
+TEST_F(SettingsStore, LinkToAMissingFileIsRefusedAndKept) {
+  fs::create_symlink(folder / "unmounted" / "settings.db", file());
+  EXPECT_EQ(openingError(), "store \"" + file().string() +
+                                "\" is a link to a missing file; mount its folder or remove it");
+  EXPECT_TRUE(fs::is_symlink(file()));
 }
 
 TEST_F(SettingsStore, NewFileIgnoresTheWalOfARemovedOne) {

@@ -1,5 +1,6 @@
 #include "host/services/StoreFaults.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -14,6 +15,9 @@ namespace {
 std::atomic<std::size_t> g_syncs{0};
 std::atomic<std::size_t> g_folderSyncs{0};
 std::atomic<bool> g_syncsFail{false};
+bool g_renamesFail = false;
+std::size_t g_sizeAtRename = 0;
+std::size_t g_syncsAtRename = 0;
 int g_writeError = 0;
 
 ssize_t refuseWrite(int, const void*, size_t) {
@@ -59,6 +63,16 @@ int sync(long call, int file) {
   return -1;
 }
 
+int renameWatched(const char* from, const char* to) {
+  struct stat status {};
+  if (::stat(from, &status) == 0) g_sizeAtRename = static_cast<std::size_t>(status.st_size);
+  g_syncsAtRename = g_syncs;
+  if (!g_renamesFail)
+    return static_cast<int>(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
+  errno = EIO;
+  return -1;
+}
+
 }  // namespace
 
 std::size_t takeSyncs() {
@@ -95,6 +109,23 @@ bool FailingRead::failed() {
   return g_readsToFailure <= 0;
 }
 
+WatchedRename::WatchedRename(bool fails) {
+  g_renamesFail = fails;
+  g_sizeAtRename = g_syncsAtRename = g_syncs = 0;
+}
+
+WatchedRename::~WatchedRename() {
+  g_renamesFail = false;
+}
+
+std::size_t WatchedRename::size() {
+  return g_sizeAtRename;
+}
+
+std::size_t WatchedRename::syncs() {
+  return g_syncsAtRename;
+}
+
 FailingSyncs::FailingSyncs() {
   g_syncsFail = true;
 }
@@ -111,4 +142,7 @@ extern "C" int fsync(int file) {
 }
 extern "C" int fdatasync(int file) {
   return host::sync(SYS_fdatasync, file);
+}
+extern "C" int rename(const char* from, const char* to) noexcept {
+  return host::renameWatched(from, to);
 }

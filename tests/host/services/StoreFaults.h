@@ -32,6 +32,18 @@ class FailingRead {
   [[nodiscard]] static bool failed();
 };
 
+// While it lives, looks at each file just before it is renamed; the rename may fail with EIO.
+class WatchedRename {
+ public:
+  explicit WatchedRename(bool fails);
+  ~WatchedRename();
+  WatchedRename(const WatchedRename&) = delete;
+  WatchedRename& operator=(const WatchedRename&) = delete;
+
+  [[nodiscard]] static std::size_t size();   // of the file when it was renamed
+  [[nodiscard]] static std::size_t syncs();  // before that
+};
+
 // While it lives, each sync fails with EIO.
 class FailingSyncs {
  public:

@@ -46,6 +46,13 @@ TEST_F(SyncedSettings, EachAcceptedSetIsOneSyncUnlessTheWalIsCheckpointed) {
   EXPECT_LT(walSize(), kLongWal + kOneChange);
 }
 
+// The name of a new file is on the disk once its folder is synced.
+TEST_F(SyncedSettings, FirstSetOfANewFileSyncsTheFolder) {
+  SettingsDatabase store(folder.path());
+  ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
+  EXPECT_GE(takeFolderSyncs(), 1U);
+}
+
 TEST_F(SyncedSettings, ReadAndUnchangedValueNeedNoSync) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
