@@ -122,7 +122,7 @@ struct Storage::Impl {
   std::string name;
   std::optional<std::string> content;  // the new content; empty: unchanged
 
-  // Reads the present content, to append to it.
+  // Reads the current content, to append to it.
   bool readContent() {
     content = contentOf(folder + "/" + name);
     if (!content && errno == ENOENT) content = "";

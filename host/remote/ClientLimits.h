@@ -50,7 +50,7 @@ inline constexpr std::size_t kOwnDescriptors = kMostControlClients + 64;
 // user of the group cannot lock the others out of the call socket.
 inline constexpr std::size_t kUserSharesOfClients = 2;
 
-// How many clients the process has descriptors for, at its present limit.
+// How many clients the process has descriptors for, at its current limit.
 [[nodiscard]] std::size_t clientsWithDescriptors();
 
 // Counts the clients connected at one socket, and refuses those beyond the limits. Owner: the

@@ -16,10 +16,10 @@ constexpr ManagementKey kKeys[] = {
      "2026-03-08T06:59:50+00:00"},
     {"simple-time", true, "the local time", "HH:MM, cut by position; not empty, not ???",
      "the time is set by hand, with second 0", "07:30"},
-    {"simple-date", true, "the local date in the present date format",
-     "a date in the present date format with a year of four digits, cut by position; not empty, "
+    {"simple-date", true, "the local date in the current date format",
+     "a date in the current date format with a year of four digits, cut by position; not empty, "
      "not ???",
-     "the date is set by hand. The daylight flag of the present time is kept, so the time moves by "
+     "the date is set by hand. The daylight flag of the current time is kept, so the time moves by "
      "an hour across a daylight-saving change: in New York, at 23:30 in January, "
      "15.07.2024 becomes 16.07.2024, 00:30",
      "05.03.2026"},
@@ -28,12 +28,12 @@ constexpr ManagementKey kKeys[] = {
     {"time-format", true, "how times are shown",
      "0 is the 24-hour clock, any other number the 12-hour clock; stored unchecked", kShown, "1"},
     {"sntp-addr", true, "the time server",
-     "a host name or a numeric address without brackets, other than the present one",
+     "a host name or a numeric address without brackets, other than the current one",
      "the NTP client is restarted if the network is up and a server is set. Only 0.0.0.0 and :: "
      "switch the server off; an empty text is refused. The item state of time becomes 0 for an "
      "empty text, 0.0.0.0 and ::, and 4 for any other, even when the set is refused",
      "192.0.2.1"},
-    {"ntp-secret", true, "the secret shared with the time server, in clear",
+    {"ntp-secret", true, "the secret shared with the time server, in clear text",
      "UTF-8 text; of control characters only tab, line feed and carriage return", kClient,
      "secret"},
     {"sntp-tz-offset", true, "hours east of UTC",

@@ -16,7 +16,7 @@ bool hasNul(std::string_view text) {
   return text.find('\0') != std::string_view::npos;
 }
 
-// open: how many objects and arrays are open around the present one.
+// open: how many objects and arrays are open around the current one.
 void requireBoundedDepth(int open) {
   if (open < static_cast<int>(kDeepestJson)) return;
   throw Error("the request is nested more than " + std::to_string(kDeepestJson) + " deep");

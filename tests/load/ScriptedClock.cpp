@@ -65,7 +65,7 @@ Move ScriptedClock::toTheNextHour() {
   return move;
 }
 
-// To half past the present hour; the events come a millisecond later.
+// To half past the current hour; the events come a millisecond later.
 Move ScriptedClock::setByHand() {
   m_utcAtStart += kHour / 2 - utc() % kHour;
   const std::string time = halfPast(fieldsOf(local()).tm_hour);

@@ -94,7 +94,7 @@ bool Reference::write(const Setting& setting, const std::string& value) {
   return true;
 }
 
-// A number too large for hours is in seconds. The present value is not written again.
+// A number too large for hours is in seconds. The current value is not written again.
 bool Reference::putOffset(const Setting& setting, const std::string& value) {
   const float hours = hoursOf(value);
   const std::string exact = print("%.9g", hours);

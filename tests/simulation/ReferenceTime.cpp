@@ -10,7 +10,7 @@ namespace {
 constexpr std::int64_t kHour = 3'600'000;
 constexpr std::int64_t kLastWall = 8'000'000'000;  // seconds; the virtual clock's last time
 
-// Milliseconds from `now` (seconds) to the next multiple of `period` of local time, at the present
+// Milliseconds from `now` (seconds) to the next multiple of `period` of local time, at the current
 // offset from UTC.
 std::int64_t toNext(std::int64_t now, std::int64_t period) {
   const std::int64_t local = (now + localAt(now).tm_gmtoff) * 1000;

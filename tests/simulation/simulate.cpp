@@ -43,7 +43,7 @@ Options optionsIn(char** words) {
   return options;
 }
 
-// The child's present step, in memory that this program can read after the child has crashed.
+// The child's current step, in memory that this program can read after the child has crashed.
 struct Place {
   char text[600];
 };

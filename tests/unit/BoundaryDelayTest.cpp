@@ -72,7 +72,7 @@ TEST(BoundaryDelay, AtTheEndOfAYear) {
                    {utcInstant(2027, 1, 1, 5, 0, 0), 3600, 86400}});
 }
 
-// On the day of a change the delay to midnight is computed with the present daylight flag, so it is
+// On the day of a change the delay to midnight is computed with the current daylight flag, so it is
 // an hour off. Each full hour before midnight computes it again.
 TEST(BoundaryDelay, AroundTheChangesInTheNorth) {
   check(kNewYork, {{utcInstant(2026, 3, 8, 6, 59, 59), 1, 79201},      // 01:59:59

@@ -38,7 +38,7 @@ class Mktime : public testing::Test {
   const support::ZoneGuard zone{"LOC-1:00DST-2:00,M3.5.0/02:00,M10.5.0/03:00"};
 };
 
-// The present daylight flag is kept, and mktime normalises the fields.
+// The current daylight flag is kept, and mktime normalises the fields.
 TEST_F(Mktime, GetsTheNextFullHourAndTheNextMidnight) {
   BoundaryDelay::toNextHour(kNow);
   EXPECT_EQ(g_asked.tm_mday, 30);
@@ -75,7 +75,7 @@ TEST_F(Mktime, IsIgnoredWhenItFailsOrGoesBack) {
     EXPECT_EQ(BoundaryDelay::toNextHour(kNow), kToHour * 1000) << answer;
     EXPECT_EQ(BoundaryDelay::toNextMidnight(kNow), kToMidnight * 1000) << answer;
   }
-  g_answer = -1;  // before 1970, -1 is later than the present time
+  g_answer = -1;  // before 1970, -1 is later than the current time
   EXPECT_EQ(BoundaryDelay::toNextHour(kNow - utcInstant(2027, 1, 1)), kToHour * 1000);
 }
 
