@@ -54,8 +54,8 @@ std::string listedEvents(const std::vector<Method>& events) {
   return listed(texts);
 }
 
-[[noreturn]] void fail(const std::string& expected, const std::vector<Method>& came) {
-  throw ScenarioFailure("expected " + expected + ", came " + listedEvents(came));
+[[noreturn]] void fail(const std::string& expected, const std::vector<Method>& got) {
+  throw ScenarioFailure("expected " + expected + ", got " + listedEvents(got));
 }
 
 WantedEvent readEvent(WordReader& words) {
@@ -102,9 +102,9 @@ std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words) {
   return [unwanted](ScenarioDevice& device) {
     device.powerOn();
     const std::vector<Method> events = device.events().all();
-    const bool came = std::any_of(events.begin(), events.end(),
-                                  [&](const Method& event) { return matches(event, unwanted); });
-    if (came) fail(unwanted.name.empty() ? "no event" : "no event " + unwanted.text(), events);
+    const bool found = std::any_of(events.begin(), events.end(),
+                                   [&](const Method& event) { return matches(event, unwanted); });
+    if (found) fail(unwanted.name.empty() ? "no event" : "no event " + unwanted.text(), events);
   };
 }
 
@@ -112,10 +112,10 @@ void requireParameters(const std::string& what, std::span<const std::string> wan
                        const Method& method) {
   for (const std::string& word : wanted) {
     if (holds(method, word)) continue;
-    std::string came = parametersText(method);
-    if (came.empty()) came = "no parameters";
+    std::string got = parametersText(method);
+    if (got.empty()) got = "no parameters";
     std::string text = "expected ";
-    text.append(what).append(word).append(", came ").append(came);
+    text.append(what).append(word).append(", got ").append(got);
     throw ScenarioFailure(text);
   }
 }

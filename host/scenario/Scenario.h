@@ -12,7 +12,7 @@ namespace host {
 
 class ScenarioDevice;
 
-// An expectation that was not met, or a step that was refused: "expected ..., came ...".
+// An expectation that was not met, or a step that was refused: "expected ..., got ...".
 struct ScenarioFailure : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -25,17 +25,17 @@ namespace {
 
 using Run = std::function<void(ScenarioDevice& device)>;
 
-// Not clipped: what was expected and what came may differ at their ends.
+// Not clipped: the expected text and the one received may differ at their ends.
 std::string quoted(const std::string& text) {
   return '"' + text + '"';
 }
 
-[[noreturn]] void fail(const std::string& expected, const std::string& came) {
-  throw ScenarioFailure("expected " + expected + ", came " + came);
+[[noreturn]] void fail(const std::string& expected, const std::string& got) {
+  throw ScenarioFailure("expected " + expected + ", got " + got);
 }
 
-void requireEqual(const std::string& what, const std::string& expected, const std::string& came) {
-  if (came != expected) fail(what + ' ' + quoted(expected), quoted(came));
+void requireEqual(const std::string& what, const std::string& expected, const std::string& got) {
+  if (got != expected) fail(what + ' ' + quoted(expected), quoted(got));
 }
 
 // The words of `expect call METHOD`: request parameters are sent, reply parameters are expected.
@@ -162,8 +162,8 @@ Run expectState(WordReader& words) {
   const std::string key = words.next("KEY");
   const int state = words.integer("N");
   return [key, state](ScenarioDevice& device) {
-    const int came = device.device().management().itemState(key);
-    requireEqual("the item state of " + key, std::to_string(state), std::to_string(came));
+    const int got = device.device().management().itemState(key);
+    requireEqual("the item state of " + key, std::to_string(state), std::to_string(got));
   };
 }
 
@@ -172,9 +172,9 @@ Run expectValue(WordReader& words) {
   const std::string key = words.next("KEY");
   const std::string value = words.next("TEXT");
   return [key, value](ScenarioDevice& device) {
-    const auto came = device.device().management().value(key);
-    if (!came) fail(key + ' ' + quoted(value), "no such value");
-    requireEqual(key, value, *came);
+    const auto got = device.device().management().value(key);
+    if (!got) fail(key + ' ' + quoted(value), "no such value");
+    requireEqual(key, value, *got);
   };
 }
 

@@ -72,7 +72,7 @@ Run runCall(const Json& request) {
   const bool replies = known == nullptr || known->replies();
   return [call = callOf(name, arguments), replies](ScenarioDevice& device) {
     Method copy = call;
-    if (!device.call(copy) && replies) throw ScenarioFailure("expected a reply, came none");
+    if (!device.call(copy) && replies) throw ScenarioFailure("expected a reply, got none");
   };
 }
 
@@ -86,7 +86,7 @@ Run runVerb(std::span<const std::string> words) {
   return [request](ScenarioDevice& device) {
     const Json answer = device.request(request);
     if (!answer.value("ok", false)) {
-      throw ScenarioFailure("expected it to be done, came a refusal: " +
+      throw ScenarioFailure("expected it to be done, got a refusal: " +
                             answer.value("error", std::string()));
     }
   };
@@ -114,7 +114,7 @@ Run readStore(WordReader& words) {
   return [key, value](ScenarioDevice& device) {
     const char* const schema = DASUtilsStrings::ClockSettingsSchema;
     if (!device.device().store().setItem(schema, key, value)) {
-      throw ScenarioFailure("expected it to be stored, came a refusal of the store");
+      throw ScenarioFailure("expected it to be stored, got a refusal of the store");
     }
   };
 }

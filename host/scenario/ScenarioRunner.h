@@ -18,7 +18,7 @@ class ScenarioRunner {
 
   ScenarioRunner(Plugin& plugin, std::ostream& errors);
 
-  // failed: "FILE:LINE: expected ..., came ...". wrongFile: nothing was run; "FILE:LINE: what was
+  // failed: "FILE:LINE: expected ..., got ...". wrongFile: nothing was run; "FILE:LINE: what was
   // wrong; what would be right".
   [[nodiscard]] Status run(const std::filesystem::path& file);
 

@@ -36,7 +36,7 @@ TEST_F(Scenario, PassesInSilence) {
 
 TEST_F(Scenario, FailsWithItsLineAndWhatCameInstead) {
   expectOneLine(run("\nexpect get date-format 2"), 1,
-                {m_file + ":2: expected date-format \"2\", came \"0\""});
+                {m_file + ":2: expected date-format \"2\", got \"0\""});
 }
 
 TEST_F(Scenario, DoesNotRunWhenALineIsWrong) {

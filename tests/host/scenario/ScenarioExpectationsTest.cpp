@@ -102,35 +102,35 @@ TEST(ScenarioExpectations, TheFailureShowsTheWholeExpectation) {
   EXPECT_EQ(
       resultOf("expect event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2"),
       "1: expected event timeChangeEvent timeChangeEventHours=1 timeChangeEventMinutes=2, "
-      "came none\n");
+      "got none\n");
 }
 
 TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
   const std::pair<const char*, const char*> failing[] = {
       {"expect call getTime getTimeStringReturn=12:00",
-       "1: expected a reply with getTimeStringReturn=12:00, came getTimeStringReturn=00:00\n"},
-      {"\nexpect get date-format 2", "2: expected date-format \"2\", came \"0\"\n"},
-      {"expect event dateChangeEvent", "1: expected event dateChangeEvent, came none\n"},
+       "1: expected a reply with getTimeStringReturn=12:00, got getTimeStringReturn=00:00\n"},
+      {"\nexpect get date-format 2", "2: expected date-format \"2\", got \"0\"\n"},
+      {"expect event dateChangeEvent", "1: expected event dateChangeEvent, got none\n"},
       {"clock advance 1h\nexpect no event",
-       "2: expected no event, came timeChangeEvent timeChangeEventHours=1 "
+       "2: expected no event, got timeChangeEvent timeChangeEventHours=1 "
        "timeChangeEventMinutes=0 timeChangeEventSeconds=0\n"},
-      {"expect tz LOC-1:00", "1: expected TZ \"LOC-1:00\", came \"LOC00:00\"\n"},
-      {"expect no file setupTZ.sh", "1: expected no file setupTZ.sh, came one\n"},
+      {"expect tz LOC-1:00", "1: expected TZ \"LOC-1:00\", got \"LOC00:00\"\n"},
+      {"expect no file setupTZ.sh", "1: expected no file setupTZ.sh, got one\n"},
       {"expect file setupTZ.sh x",
-       "1: expected a file setupTZ.sh with \"x\", came \"#!/bin/sh\\n\\nexport "
+       "1: expected a file setupTZ.sh with \"x\", got \"#!/bin/sh\\n\\nexport "
        "TZ=LOC00:00\\n\\n\"\n"},
-      {"expect file /data/x x", "1: expected a file /data/x, came none\n"},
-      {"expect state time 4", "1: expected the item state of time \"4\", came \"0\"\n"},
-      {"expect report date-format 2", "1: expected a report of date-format 2, came none\n"},
+      {"expect file /data/x x", "1: expected a file /data/x, got none\n"},
+      {"expect state time 4", "1: expected the item state of time \"4\", got \"0\"\n"},
+      {"expect report date-format 2", "1: expected a report of date-format 2, got none\n"},
       {"set daylight-save-zone-index 3\nexpect no report",
-       "2: expected no report, came daylight-save-zone-id 3\n"},
-      {"expect refused set date-format 1", "1: expected a refusal, came none: it was done\n"},
-      {"expect refused call getTime", "1: expected no reply, came getTimeStringReturn=00:00\n"},
+       "2: expected no report, got daylight-save-zone-id 3\n"},
+      {"expect refused set date-format 1", "1: expected a refusal, got none: it was done\n"},
+      {"expect refused call getTime", "1: expected no reply, got getTimeStringReturn=00:00\n"},
       {"set daylight-save yes",
-       "1: expected it to be done, came a refusal: \"daylight-save\" refused \"yes\"; it "
+       "1: expected it to be done, got a refusal: \"daylight-save\" refused \"yes\"; it "
        "takes true or false\n"},
-      {"call nothing", "1: expected a reply, came none\n"},
-      {"expect value mac-addr 1", "1: expected mac-addr \"1\", came no such value\n"},
+      {"call nothing", "1: expected a reply, got none\n"},
+      {"expect value mac-addr 1", "1: expected mac-addr \"1\", got no such value\n"},
   };
   for (const auto& [text, error] : failing) EXPECT_EQ(resultOf(text), error) << text;
 }
