@@ -65,7 +65,7 @@ Note pause(Controller& controller, const Json&) {
 Note next(Controller& controller, const Json&) {
   VirtualClock& clock = controller.device().clock();
   requireVirtual(clock);
-  if (!clock.fireNext()) throw Error("no timer is armed: there is nothing to go on to");
+  if (!clock.fireNext()) throw Error("no timer is armed");
   return {};
 }
 
@@ -83,7 +83,9 @@ ClockMove advance(Controller& controller, const Json& request) {
 ClockMove goTo(Controller& controller, const Json& request) {
   const std::string name = textMember(request, "landmark");
   const Landmark* const landmark = rowNamed(landmarks(), name);
-  if (landmark == nullptr) throw Error("no place " + quotedText(name) + " to go to");
+  if (landmark == nullptr) {
+    throw Error("unknown landmark " + quotedText(name) + "; write " + landmarkNames());
+  }
   return goBefore(controller.device(), *landmark);
 }
 

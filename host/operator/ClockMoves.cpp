@@ -103,7 +103,8 @@ Nanoseconds beginWay(Device& device, seconds way) {
     requireRoom(clock, way);
     return clock.uptime() + way;
   }
-  if (!clock.setWall(clock.wall() + way - kRearming)) throw Error("the clock cannot go that far");
+  if (!clock.setWall(clock.wall() + way - kRearming))
+    throw Error("the landmark is outside the clock's range");
   return clock.uptime() + kRearming;
 }
 

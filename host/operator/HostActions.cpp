@@ -87,7 +87,7 @@ void answerRefusal(const Channel& channel, const std::string& error) {
 std::string textMember(const Json& request, const char* name) {
   const auto member = request.find(name);
   if (member == request.end() || !member->is_string()) {
-    throw Error("the request needs a member \"" + std::string(name) + "\" that is a text");
+    throw Error("the request needs a string member \"" + std::string(name) + '"');
   }
   return member->get<std::string>();
 }

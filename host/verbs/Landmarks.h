@@ -4,6 +4,7 @@
 #include <ctime>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 // Instants at which something happens, such as the next local midnight: `clock to` stops just
@@ -22,6 +23,9 @@ struct Landmark {
 };
 
 [[nodiscard]] std::span<const Landmark> landmarks();
+
+// For a refusal: "hour, midnight, dst, leap-day or 2038".
+[[nodiscard]] std::string landmarkNames();
 
 // How long before the landmark `clock to` stops.
 inline constexpr std::chrono::seconds kJumpMargin{10};

@@ -65,6 +65,10 @@ TEST(Landmarks, TheEndOf32BitTimeComesOnce) {
   EXPECT_EQ(next("2038", "UTC0", "2038-01-19T03:13:57Z"), "none");
 }
 
+TEST(Landmarks, AreListedForARefusal) {
+  EXPECT_EQ(landmarkNames(), "hour, midnight, dst, leap-day or 2038");
+}
+
 TEST(Landmarks, TheCommandLineTakesEachOfThem) {
   std::string names;
   for (const Landmark& landmark : landmarks()) {
