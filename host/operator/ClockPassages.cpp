@@ -35,7 +35,7 @@ void ClockPassages::pass() try {
     if (!alive.expired()) pass();
   });
 } catch (const std::bad_alloc&) {
-  giveUp("no memory is left");
+  giveUp("out of memory");
 } catch (const std::exception& error) {
   giveUp(error.what());
 }

@@ -33,7 +33,7 @@ void describeKept(const SecurityLog::Kept& kept, Json& reply) {
   reply["kept"] = kept.records;
   reply["dropped"] = kept.dropped;
   reply["unwritten"] = kept.unwritten;
-  std::string note = "a power cut may lose the latest records; the end of the host does not";
+  std::string note = "a power cut may lose the latest records; stopping the host does not";
   if (kept.unwritten > 0) {
     note = "after the last record, " + std::to_string(kept.unwritten) + " could not be written; " +
            note;

@@ -170,7 +170,7 @@ template <class Step>
 void Connection::guarded(Step step) try {
   step();
 } catch (const std::bad_alloc&) {
-  drop("no memory is left to serve it");
+  drop("out of memory");
 } catch (const std::exception& error) {
   drop(error.what());
 }
@@ -207,7 +207,7 @@ void Connection::checkOutbox() {
     case Outbox::State::open:
       break;
     case Outbox::State::overflowed:
-      return drop("does not read what is sent to it");
+      return drop("does not read its messages");
     case Outbox::State::failed:
       return drop(("cannot be sent to: " + reasonOf(m_peer->outbox().error())).c_str());
     default:

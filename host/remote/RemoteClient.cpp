@@ -155,7 +155,7 @@ Method RemoteClient::decode(std::string_view payload) {
   std::stringstream stream{std::string(payload)};
   Method method;
   if (!m_codec->decode(stream, method))
-    throw HostGone("not a clock host: it sent bytes that are no method");
+    throw HostGone("not a clock host: it sent bytes that are not a method");
   return method;
 }
 

@@ -145,7 +145,7 @@ void RemoteServer::Impl::addClient(Connection::Socket socket, Listening& at) {
 }
 
 std::optional<std::string> RemoteServer::Impl::onFrame(Connection& from, const Frame& frame) try {
-  if (!MemoryReserve::refill()) return "no memory is left to serve it";
+  if (!MemoryReserve::refill()) return "out of memory";
   if (refuseAtWrongSocket(from, frame)) return std::nullopt;
   const OriginScope origin(from.peer().origin());
   switch (frame.kind) {

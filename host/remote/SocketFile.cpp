@@ -85,11 +85,12 @@ void warnIfGroupCannotReach(const std::filesystem::path& file, gid_t group) {
     if (::stat(folder.c_str(), &found) != 0) return;
     const mode_t enter = found.st_gid == group ? S_IXGRP : S_IXOTH;
     if ((found.st_mode & enter) != 0) continue;
-    return logAppUni("clockhost", 3, __FILE__, __LINE__,
-                     "socket %s: its group (%u) cannot enter the folder %s (mode %04o); let it, or "
-                     "choose another place with --socket",
-                     file.c_str(), static_cast<unsigned>(group), folder.c_str(),
-                     static_cast<unsigned>(found.st_mode & kModeBits));
+    return logAppUni(
+        "clockhost", 3, __FILE__, __LINE__,
+        "socket %s: its group (%u) cannot enter the folder %s (mode %04o); allow it, or "
+        "choose another place with --socket",
+        file.c_str(), static_cast<unsigned>(group), folder.c_str(),
+        static_cast<unsigned>(found.st_mode & kModeBits));
   }
 }
 

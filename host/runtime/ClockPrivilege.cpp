@@ -58,7 +58,7 @@ void gainNoPrivileges() {
   if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0) return;
   throw Error(
       std::string("programs that the host starts cannot be kept from gaining privileges: ") +
-      std::strerror(errno) + "; this takes a kernel that allows prctl(PR_SET_NO_NEW_PRIVS)");
+      std::strerror(errno) + "; the kernel must allow prctl(PR_SET_NO_NEW_PRIVS)");
 }
 
 void keepOnlyClockPrivilege(std::optional<gid_t> group) {

@@ -122,8 +122,7 @@ struct EventLoop::Impl {
 
   // False: the loop is stopped.
   bool runOne() try { return io.run_one() > 0; } catch (const std::bad_alloc&) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__,
-              "a task of the loop was not finished: no memory is left for it");
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "dropped an event-loop task: out of memory");
     return true;
   }
 

@@ -163,7 +163,7 @@ void ReportPipe::restore() try {
   if (isThere && areSame(found, statusOf(m_pipe, m_path))) return;
   replace();
 } catch (const std::exception& error) {
-  logAppUni("clockhost", kError, __FILE__, __LINE__, "deleted or replaced, and not made again: %s",
+  logAppUni("clockhost", kError, __FILE__, __LINE__, "deleted or replaced, and not recreated: %s",
             error.what());
 }
 
@@ -172,7 +172,7 @@ void ReportPipe::replace() {
   const Descriptor pipe = acquire();
   if (areSame(statusOf(pipe, m_path), statusOf(m_pipe, m_path))) return;
   logAppUni("clockhost", ApplicationLog::kWarning, __FILE__, __LINE__,
-            "%s%s: was deleted or replaced; it is made again", kWhat, m_path.c_str());
+            "%s%s: was deleted or replaced; it is recreated", kWhat, m_path.c_str());
   // Kept open with four zero bytes in it, so that a listener that opens it late does not block.
   m_replaced.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   if (!m_replaced.valid()) failWithReason(m_path + ": its listener cannot be woken");

@@ -132,7 +132,7 @@ std::string reasonToDistrust(const struct stat& folder, uid_t user, gid_t group)
   const bool groupWrites =
       (folder.st_mode & S_IWGRP) != 0 && folder.st_gid != 0 && folder.st_gid != group;
   if (sticky || (!othersWrite && !groupWrites)) return "";
-  return std::string("can be written by others; take that away, or ") + kAdvice;
+  return std::string("is writable by others; remove that permission, or ") + kAdvice;
 }
 
 Descriptor openTrustedFolder(const std::string& path, std::size_t mostCreated,

@@ -77,9 +77,8 @@ SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteSt
     create();
     open(store);
   } else {
-    logAppUni("clockhost", 3, __FILE__, __LINE__,
-              "store \"%s\" could only be read in a second try: %s", m_name.c_str(),
-              first->c_str());
+    logAppUni("clockhost", 3, __FILE__, __LINE__, "store \"%s\" was read on the second attempt: %s",
+              m_name.c_str(), first->c_str());
   }
 }
 

@@ -79,7 +79,7 @@ TEST(ClockCtl, ListsWhichProcessTriedWhatInTheSecurityLog) {
                 "2 2016-06-16T00:00:00Z accepted " +
                 second +
                 ": Remote call setTimeInt(1466035200)\n"
-                "note         a power cut may lose the latest records; the end of the host "
+                "note         a power cut may lose the latest records; stopping the host "
                 "does not\n");
   const json records = json::parse(host.ctl({"security-log", "--json"}).out).at("records");
   for (const auto& [member, number] :

@@ -97,7 +97,7 @@ TEST_F(HostLife, TakesReportsAgainAfterItsPipeWasDeleted) {
   ASSERT_TRUE(support::becomesTrue([&] { return report(1); }));
   ASSERT_TRUE(program().says("Time change message received"));
   fs::rename(folder() / "root/tmp", folder() / "moved");
-  ASSERT_TRUE(program().says("was deleted or replaced; it is made again"));
+  ASSERT_TRUE(program().says("was deleted or replaced; it is recreated"));
   const std::size_t seen = program().err().size();
   ASSERT_TRUE(support::becomesTrue([&] { return report(1); }));
   EXPECT_TRUE(program().says("Time change message received", seen)) << program().err();

@@ -127,9 +127,9 @@ TEST_F(PassagesOnALoop, AreGivenUpWithALogLineThatCountsThem) {
     loopIsFull = false;
     return log.text();
   };
-  EXPECT_PRED_FORMAT2(testing::IsSubstring, "1 move of the clock is given up: no memory is left",
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "1 move of the clock is given up: out of memory",
                       line(1));
-  EXPECT_PRED_FORMAT2(testing::IsSubstring, "2 moves of the clock are given up: no memory is left",
+  EXPECT_PRED_FORMAT2(testing::IsSubstring, "2 moves of the clock are given up: out of memory",
                       line(2));
 }
 

@@ -159,7 +159,7 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogInPages) {
         answer.at("note"),
         "records kept: 5000; older ones gone: 1, as the newest 5000 accepted sets, 2500 other "
         "accepted ones and 2500 refused ones stay; a power cut may lose the latest records; "
-        "the end of the host does not");
+        "stopping the host does not");
   }
   EXPECT_EQ(last, SecurityLog::kSets + 1);
 }
@@ -175,7 +175,7 @@ TEST_F(ManagedTelephone, AnswersForASecurityLogWithoutRecords) {
   EXPECT_EQ(answer.at("kept"), 1);
   EXPECT_FALSE(answer.contains("after")) << answer;
   EXPECT_EQ(answer.at("note"),
-            "a power cut may lose the latest records; the end of the host does not");
+            "a power cut may lose the latest records; stopping the host does not");
 }
 
 TEST_F(ManagedTelephone, ListsKeysInTableOrderWithCorrectSettable) {

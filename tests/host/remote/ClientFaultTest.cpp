@@ -149,7 +149,7 @@ TEST(ClientFault, ObserverThatDoesNotReadIsDroppedAndDelaysNoOther) {
   EXPECT_GT(sent, 1000);
   EXPECT_LT(sent, 10000);
   EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 1; }));
-  EXPECT_EQ(linesOf(log), std::vector{"client 2 dropped: does not read what is sent to it"s});
+  EXPECT_EQ(linesOf(log), std::vector{"client 2 dropped: does not read its messages"s});
   expectServed(reading);
 }
 

@@ -153,7 +153,7 @@ TEST_F(ClientOfAPlayedHost, ReportsTheReasonOfARefusalThatCameBeforeItsFirstRequ
 TEST_F(ClientOfAPlayedHost, ReportsThatTheServerIsNoClockHost) {
   const std::string call = encodeFrame({FrameKind::call, 1, encoded("getTime")});
   const std::pair<std::string, const char*> answers[] = {
-      {encodeFrame({FrameKind::event, 0, "nonsense"}), "it sent bytes that are no method"},
+      {encodeFrame({FrameKind::event, 0, "nonsense"}), "it sent bytes that are not a method"},
       {call, "it sent a frame that only clients send"},
       {"HTTP/1.1 400 Bad Request\r\n", "frame of 1213486160 bytes announced, 1048576 is the limit"},
   };

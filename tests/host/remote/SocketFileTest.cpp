@@ -112,7 +112,8 @@ TEST_F(SocketFileInNewFolder, LogsAFolderThatItsGroupCannotEnter) {
   const support::LogCapture log;
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0700));
   const SocketFile socket(inner, group);
-  EXPECT_TRUE(log.has(line + "0700); let it, or choose another place with --socket")) << log.text();
+  EXPECT_TRUE(log.has(line + "0700); allow it, or choose another place with --socket"))
+      << log.text();
 }
 
 TEST_F(SocketFileInNewFolder, ReplacesAStaleOne) {

@@ -84,7 +84,7 @@ TEST_F(ReportPipeOfADevice, RefusesAnUnsafeOrImpossiblePath) {
          std::ofstream(top) << "x";
        },
        "/tmp: is not a folder"},
-      {[&] { fs::permissions(top, fs::perms::all); }, "/tmp: can be written by others"},
+      {[&] { fs::permissions(top, fs::perms::all); }, "/tmp: is writable by others"},
   };
   for (const auto& row : rows) {
     fs::remove_all(top);

@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kReplaced = "was deleted or replaced; it is made again";
+constexpr const char* kReplaced = "was deleted or replaced; it is recreated";
 
 class WatchedPipe : public testing::Test {
  protected:
@@ -99,7 +99,7 @@ TEST_F(WatchedPipe, FailureToInspectItIsLogged) {
   const host::Descriptor kept(::dup(taken));
   ASSERT_EQ(::close(taken), 0);
   EXPECT_NO_THROW(m_pipe->restore());
-  EXPECT_TRUE(m_log.hasPart("not made again: ")) << m_log.text();
+  EXPECT_TRUE(m_log.hasPart("not recreated: ")) << m_log.text();
   EXPECT_EQ(::dup2(kept.get(), taken), taken);
 }
 
@@ -150,7 +150,7 @@ TEST_F(WatchedPipe, DoesNotRecreateTheStateFolder) {
   EXPECT_TRUE(isReadable());
   m_pipe->restore();
   EXPECT_FALSE(fs::exists(m_folder / "state"));
-  EXPECT_TRUE(m_log.hasPart("not made again")) << m_log.text();
+  EXPECT_TRUE(m_log.hasPart("not recreated")) << m_log.text();
 }
 
 TEST_F(WatchedPipe, ListenerThatOpensTheOldPipeLateDoesNotBlock) {

@@ -119,9 +119,10 @@ TEST_F(TrustedFolder, ReportsEachFolderOfThePath) {
 TEST_F(TrustedFolder, IsNotBelowAFolderThatOthersMayWrite) {
   fs::create_directories(m_folder / "a/b");
   fs::permissions(m_folder / "a", fs::perms::all);
-  EXPECT_THAT(refusal(m_folder / "a/b"),
-              HasSubstr("a: can be written by others; take that away, or name another place with "
-                        "--device-root"));
+  EXPECT_THAT(
+      refusal(m_folder / "a/b"),
+      HasSubstr("a: is writable by others; remove that permission, or name another place with "
+                "--device-root"));
   fs::permissions(m_folder / "a", fs::perms::all | fs::perms::sticky_bit);
   EXPECT_EQ(refusal(m_folder / "a/b"), "");
 }

@@ -219,7 +219,7 @@ TEST_F(SettingsStore, ReadThatFailsOnceIsNotTakenForDamage) {
     const FailingRead fault(nth);
     const std::string error = openingError();
     if (!FailingRead::failed()) break;
-    EXPECT_TRUE(!error.empty() || log.hasPart("second try")) << log.text();
+    EXPECT_TRUE(!error.empty() || log.hasPart("second attempt")) << log.text();
     SettingsDatabase store(folder.path());
     EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "2");
     log.clear();
