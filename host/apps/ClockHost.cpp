@@ -133,7 +133,7 @@ class Host {
   Controller m_controller;
 };
 
-ClockPassages::Later postTo(EventLoop& loop) {
+ClockMoveQueue::Later postTo(EventLoop& loop) {
   return [&loop](std::function<void()> task) { loop.post(std::move(task)); };
 }
 

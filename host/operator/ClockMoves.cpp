@@ -49,7 +49,7 @@ class ClockPause {
 };
 
 // A move to a landmark that has begun.
-struct Journey {
+struct LandmarkMove {
   std::shared_ptr<ClockPause> pause;
   time_t target = 0;
 };
@@ -61,7 +61,7 @@ void settle(VirtualClock& clock) {
   }
 }
 
-void requireRoom(const VirtualClock& clock, seconds duration) {
+void requireReachable(const VirtualClock& clock, seconds duration) {
   if (clock.source() == VirtualClock::Source::system) {
     throw Error(
         "this host runs on the system's clock, which cannot be advanced; start it with "
@@ -96,15 +96,16 @@ bool followsClock(Device& device) {
   return serviceTime(device) != before;
 }
 
-// The uptime at the end of the way. Jumps over most of a far one.
-Nanoseconds beginWay(Device& device, seconds way) {
+// Returns the uptime at the end of the move. Jumps over most of a long one.
+Nanoseconds startMove(Device& device, seconds distance) {
   VirtualClock& clock = device.clock();
-  if (way <= kPassable || !followsClock(device)) {
-    requireRoom(clock, way);
-    return clock.uptime() + way;
+  if (distance <= kPassable || !followsClock(device)) {
+    requireReachable(clock, distance);
+    return clock.uptime() + distance;
   }
-  if (!clock.setWall(clock.wall() + way - kRearming))
+  if (!clock.setWall(clock.wall() + distance - kRearming)) {
     throw Error("the landmark is outside the clock's range");
+  }
   return clock.uptime() + kRearming;
 }
 
@@ -127,7 +128,7 @@ std::string arrivedText(const Landmark& landmark, time_t instant) {
 
 ClockMove passTime(Device& device, seconds duration) {
   const auto begin = [&device, duration] {
-    requireRoom(device.clock(), duration);
+    requireReachable(device.clock(), duration);
     return device.clock().uptime() + duration;
   };
   const auto arrive = [&device] {
@@ -150,22 +151,22 @@ time_t serviceTime(Device& device) {
 }
 
 ClockMove goBefore(Device& device, const Landmark& landmark) {
-  const auto journey = std::make_shared<Journey>();
-  const auto begin = [&device, &landmark, journey] {
-    requireRoom(device.clock(), kRearming);
+  const auto move = std::make_shared<LandmarkMove>();
+  const auto begin = [&device, &landmark, move] {
+    requireReachable(device.clock(), kRearming);
     auto pause = std::make_shared<ClockPause>(device.clock());
     settle(device.clock());
     const time_t now = serviceTime(device);
-    journey->target = requireNext(landmark, now);
-    const Nanoseconds end = beginWay(device, seconds(journey->target - now) - kJumpMargin);
-    journey->pause = std::move(pause);
+    move->target = requireNext(landmark, now);
+    const Nanoseconds end = startMove(device, seconds(move->target - now) - kJumpMargin);
+    move->pause = std::move(pause);
     return end;
   };
-  const auto arrive = [&device, &landmark, journey] {
+  const auto arrive = [&device, &landmark, move] {
     stopBeforeTimer(device.clock());
-    requireTimeBefore(device, journey->target);
-    journey->pause->makePermanent();
-    return arrivedText(landmark, journey->target);
+    requireTimeBefore(device, move->target);
+    move->pause->makePermanent();
+    return arrivedText(landmark, move->target);
   };
   return {begin, arrive};
 }

@@ -46,10 +46,10 @@ Controller::Controller(Device& device, HostFacts facts)
     : m_device(device),
       m_facts(std::move(facts)),
       m_log(std::make_shared<LogRing>()),
-      m_passages(device.clock(), m_facts.later,
-                 [this](const Channel& channel, const std::string& note) {
-                   answerClock(*this, channel, note);
-                 }) {
+      m_moves(device.clock(), m_facts.later,
+              [this](const Channel& channel, const std::string& note) {
+                answerClock(*this, channel, note);
+              }) {
   ApplicationLog::instance().addSink(m_log);
 }
 

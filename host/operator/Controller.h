@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "operator/ClockPassages.h"
+#include "operator/ClockMoveQueue.h"
 #include "remote/ControlChannel.h"
 #include "verbs/Json.h"
 
@@ -20,7 +20,7 @@ struct HostFacts {
   std::string socket;                    // empty: none
   std::string version;                   // of host and plug-in, as built
   std::string plugin{};                  // the file
-  ClockPassages::Later later{};          // see ClockPassages
+  ClockMoveQueue::Later later{};         // see ClockMoveQueue
 };
 
 // Handles control requests for one device: {"verb": NAME, ...} -> {"ok": true, ...} or
@@ -44,13 +44,13 @@ class Controller {
   [[nodiscard]] Device& device() { return m_device; }
   [[nodiscard]] const HostFacts& facts() const { return m_facts; }
   [[nodiscard]] const std::shared_ptr<LogRing>& log() const { return m_log; }
-  [[nodiscard]] ClockPassages& passages() { return m_passages; }
+  [[nodiscard]] ClockMoveQueue& passages() { return m_moves; }
 
  private:
   Device& m_device;
   HostFacts m_facts;
   std::shared_ptr<LogRing> m_log;  // shared with the application log
-  ClockPassages m_passages;
+  ClockMoveQueue m_moves;
 };
 
 }  // namespace host

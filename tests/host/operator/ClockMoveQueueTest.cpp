@@ -1,4 +1,4 @@
-#include "operator/ClockPassages.h"
+#include "operator/ClockMoveQueue.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ class EverySecond : public support::Part {
   }
 };
 
-class PassagesOnALoop : public ::testing::Test {
+class MovesOnALoop : public ::testing::Test {
  protected:
   ClockMove pass(Nanoseconds duration) {
     return {[this, duration] { return clock.uptime() + duration; },
@@ -37,7 +37,7 @@ class PassagesOnALoop : public ::testing::Test {
 
   std::shared_ptr<NotingChannel> ask(ClockMove move) {
     auto channel = std::make_shared<NotingChannel>();
-    passages.add(std::move(move), channel);
+    queue.add(std::move(move), channel);
     return channel;
   }
 
@@ -45,21 +45,21 @@ class PassagesOnALoop : public ::testing::Test {
   EverySecond owner{clock};
   LoopTasks tasks;
   bool loopIsFull = false;
-  ClockPassages passages{clock,
-                         [this](auto task) {
-                           if (loopIsFull) throw std::bad_alloc();
-                           tasks.add(std::move(task));
-                         },
-                         [](const auto& channel, const auto& note) { channel->reply(note); }};
+  ClockMoveQueue queue{clock,
+                       [this](auto task) {
+                         if (loopIsFull) throw std::bad_alloc();
+                         tasks.add(std::move(task));
+                       },
+                       [](const auto& channel, const auto& note) { channel->reply(note); }};
 };
 
-TEST_F(PassagesOnALoop, AShortMoveIsAnsweredAtOnce) {
+TEST_F(MovesOnALoop, AShortMoveIsAnsweredAtOnce) {
   const auto channel = ask(pass(0s));
   EXPECT_EQ(channel->replies, std::vector<std::string>{"there"});
   EXPECT_TRUE(tasks.size() == 0);
 }
 
-TEST_F(PassagesOnALoop, ALongMoveYieldsToTheLoopAfterEachSlice) {
+TEST_F(MovesOnALoop, ALongMoveYieldsToTheLoopAfterEachSlice) {
   const auto channel = ask(pass(kCentury));
   EXPECT_EQ(channel->holds, 1);
   for (int slice = 0; slice < 3; ++slice) {
@@ -72,7 +72,7 @@ TEST_F(PassagesOnALoop, ALongMoveYieldsToTheLoopAfterEachSlice) {
   EXPECT_TRUE(channel->replies.empty());
 }
 
-TEST_F(PassagesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
+TEST_F(MovesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
   const auto channel = ask(pass(kCentury));
   channel->isWanted = false;
   const Nanoseconds before = clock.uptime();
@@ -82,7 +82,7 @@ TEST_F(PassagesOnALoop, AMoveStopsWhereItIsWhenItsClientIsGone) {
   EXPECT_TRUE(channel->replies.empty());
 }
 
-TEST_F(PassagesOnALoop, MovesOfTwoClientsRunOneAfterTheOther) {
+TEST_F(MovesOnALoop, MovesOfTwoClientsRunOneAfterTheOther) {
   const auto first = ask(pass(kCentury));
   const auto second = ask(pass(10s));
   EXPECT_TRUE(tasks.runNext());
@@ -94,7 +94,7 @@ TEST_F(PassagesOnALoop, MovesOfTwoClientsRunOneAfterTheOther) {
   EXPECT_EQ(clock.uptime(), before + 10s);
 }
 
-TEST_F(PassagesOnALoop, AnExceptionRefusesTheMoveAndTheNextOneRuns) {
+TEST_F(MovesOnALoop, AnExceptionRefusesTheMoveAndTheNextOneRuns) {
   const auto first = ask(pass(kCentury));
   const auto second = ask({[]() -> Nanoseconds { throw Error("no way"); }, {}});
   const auto third = ask(pass(0s));
@@ -104,7 +104,7 @@ TEST_F(PassagesOnALoop, AnExceptionRefusesTheMoveAndTheNextOneRuns) {
   EXPECT_EQ(third->replies, std::vector<std::string>{"there"});
 }
 
-TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopRefusesATask) {
+TEST_F(MovesOnALoop, AreGivenUpWhenTheLoopRefusesATask) {
   loopIsFull = true;
   const auto first = ask(pass(kCentury));
   EXPECT_EQ(first.use_count(), 1) << "its end refuses the request";
@@ -118,7 +118,7 @@ TEST_F(PassagesOnALoop, AreGivenUpWhenTheLoopRefusesATask) {
   EXPECT_EQ(third.use_count() + fourth.use_count(), 2);
 }
 
-TEST_F(PassagesOnALoop, AreGivenUpWithALogLineThatCountsThem) {
+TEST_F(MovesOnALoop, AreGivenUpWithALogLineThatCountsThem) {
   const auto line = [this](int moves) {
     for (int i = 0; i < moves; ++i) ask(pass(kCentury));
     const support::LogCapture log;
@@ -133,19 +133,19 @@ TEST_F(PassagesOnALoop, AreGivenUpWithALogLineThatCountsThem) {
                       line(2));
 }
 
-TEST_F(PassagesOnALoop, AMoveWithoutMemoryIsGivenUpWithoutAnAnswer) {
+TEST_F(MovesOnALoop, AMoveWithoutMemoryIsGivenUpWithoutAnAnswer) {
   const auto channel = ask({[]() -> Nanoseconds { throw std::bad_alloc(); }, {}});
   EXPECT_TRUE(channel->replies.empty());
   EXPECT_EQ(channel.use_count(), 1);
 }
 
-TEST(ClockPassages, WithoutALoopAMoveRunsToItsEnd) {
+TEST(ClockMoveQueue, WithoutALoopAMoveRunsToItsEnd) {
   VirtualClock clock;
   EverySecond owner(clock);
   std::string said;
-  ClockPassages passages(clock, {}, [&](const auto&, const std::string& note) { said = note; });
-  passages.add({[] { return Nanoseconds(1h); }, [] { return std::string("there"); }},
-               std::make_shared<NotingChannel>());
+  ClockMoveQueue queue(clock, {}, [&](const auto&, const std::string& note) { said = note; });
+  queue.add({[] { return Nanoseconds(1h); }, [] { return std::string("there"); }},
+            std::make_shared<NotingChannel>());
   EXPECT_EQ(said, "there");
   EXPECT_EQ(clock.uptime(), 1h);
 }

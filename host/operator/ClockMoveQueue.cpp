@@ -1,4 +1,4 @@
-#include "operator/ClockPassages.h"
+#include "operator/ClockMoveQueue.h"
 
 #include <exception>
 #include <new>
@@ -15,24 +15,24 @@ namespace host {
 
 using SteadyClock = std::chrono::steady_clock;
 
-ClockPassages::ClockPassages(VirtualClock& clock, Later later, Arrived arrived)
+ClockMoveQueue::ClockMoveQueue(VirtualClock& clock, Later later, Arrived arrived)
     : m_clock(clock), m_later(std::move(later)), m_arrived(std::move(arrived)) {}
 
-void ClockPassages::add(ClockMove move, const Channel& channel) {
+void ClockMoveQueue::add(ClockMove move, const Channel& channel) {
   channel->holdNext();
   m_waiting.push_back({std::move(move), channel});
-  if (m_waiting.size() == 1) pass();
+  if (m_waiting.size() == 1) runSlice();
 }
 
 // Runs a slice of the first move, and queues the next slice on the loop.
-void ClockPassages::pass() try {
+void ClockMoveQueue::runSlice() try {
   const Channel channel = m_waiting.front().channel;  // owns the origin's text
   const OriginScope origin(channel->origin());
   if (!MemoryReserve::refill()) throw std::bad_alloc();
   if (isOver(m_waiting.front())) m_waiting.pop_front();
   if (m_waiting.empty()) return;
   m_later([this, alive = std::weak_ptr(m_alive)] {
-    if (!alive.expired()) pass();
+    if (!alive.expired()) runSlice();
   });
 } catch (const std::bad_alloc&) {
   giveUp("out of memory");
@@ -42,7 +42,7 @@ void ClockPassages::pass() try {
 
 // Without a next slice the moves would wait for ever. An answer would need memory; a channel that
 // is destroyed without an answer refuses its request, and needs none.
-void ClockPassages::giveUp(const char* why) {
+void ClockMoveQueue::giveUp(const char* why) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
             m_waiting.size() == 1 ? "move of the clock is" : "moves of the clock are", why);
   while (!m_waiting.empty()) {
@@ -52,22 +52,22 @@ void ClockPassages::giveUp(const char* why) {
   }
 }
 
-bool ClockPassages::isOver(Passage& passage) {
-  if (!passage.channel->wanted()) return true;
+bool ClockMoveQueue::isOver(PendingMove& pending) {
+  if (!pending.channel->wanted()) return true;
   try {
-    if (!passage.target) passage.target = passage.move.begin();
+    if (!pending.target) pending.target = pending.move.begin();
     const auto end = SteadyClock::now() + kSlice;
-    if (!m_clock.advanceTo(*passage.target, [&] { return goesOnNow(end); })) return false;
-    m_arrived(passage.channel, passage.move.arrive());
+    if (!m_clock.advanceTo(*pending.target, [&] { return goesOnNow(end); })) return false;
+    m_arrived(pending.channel, pending.move.arrive());
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& error) {
-    answerRefusal(passage.channel, error.what());
+    answerRefusal(pending.channel, error.what());
   }
   return true;
 }
 
-bool ClockPassages::goesOnNow(SteadyClock::time_point end) const {
+bool ClockMoveQueue::goesOnNow(SteadyClock::time_point end) const {
   return !m_later || SteadyClock::now() < end;
 }
 

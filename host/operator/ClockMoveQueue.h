@@ -17,7 +17,7 @@ class VirtualClock;
 // the loop, which serves other clients in between. A move whose client is gone stops where it is.
 // Owner: the controller. Thread: the framework's. Failure: an exception of a move is its refusal.
 // When memory runs out, all moves stop where they are, with a log line.
-class ClockPassages {
+class ClockMoveQueue {
  public:
   using Channel = std::shared_ptr<ControlChannel>;
   using Later = std::function<void(std::function<void()>)>;
@@ -28,27 +28,27 @@ class ClockPassages {
 
   // later: queues a task on the loop; empty: a move runs to its end at once.
   // arrived: answers the client of a completed move.
-  ClockPassages(VirtualClock& clock, Later later, Arrived arrived);
+  ClockMoveQueue(VirtualClock& clock, Later later, Arrived arrived);
 
   // Begins the move now, or after those before it. The client's next request waits for its end.
   void add(ClockMove move, const Channel& channel);
 
  private:
-  struct Passage {
+  struct PendingMove {
     ClockMove move;
     Channel channel;
     std::optional<std::chrono::nanoseconds> target{};  // uptime; once begun
   };
 
-  void pass();
+  void runSlice();
   void giveUp(const char* why);
-  [[nodiscard]] bool isOver(Passage& passage);
+  [[nodiscard]] bool isOver(PendingMove& pending);
   [[nodiscard]] bool goesOnNow(std::chrono::steady_clock::time_point end) const;
 
   VirtualClock& m_clock;
   const Later m_later;
   const Arrived m_arrived;
-  std::deque<Passage> m_waiting;  // the first has begun
+  std::deque<PendingMove> m_waiting;  // the first has begun
   std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };
 
