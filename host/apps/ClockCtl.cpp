@@ -110,7 +110,7 @@ class Command {
   void call() {
     const std::string name = m_request["method"];
     Method method = callOf(name, m_request["arguments"].get<std::vector<std::string>>());
-    const RemoteMethod* const known = rowNamed(remoteMethods(), name);
+    const MethodRow* const known = rowNamed(remoteMethods(), name);
     if (known != nullptr && !known->replies()) return post(method);
     const auto reply = m_client.call(method, limit());
     if (!reply) {

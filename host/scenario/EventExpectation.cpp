@@ -60,7 +60,7 @@ std::string listedEvents(const std::vector<Method>& events) {
 
 WantedEvent readEvent(WordReader& words) {
   WantedEvent wanted{words.next("NAME"), {}};
-  const RemoteMethod* const event = rowNamed(remoteEvents(), wanted.name);
+  const MethodRow* const event = rowNamed(remoteEvents(), wanted.name);
   if (event == nullptr) {
     WordReader::fail("no event " + quotedText(wanted.name) +
                      suggestion(wanted.name, namesOf(remoteEvents())));
@@ -120,7 +120,7 @@ void requireParameters(const std::string& what, std::span<const std::string> wan
   }
 }
 
-std::string suggestionFor(const RemoteMethod& method, std::string_view parameter) {
+std::string suggestionFor(const MethodRow& method, std::string_view parameter) {
   std::vector<std::string_view> names;
   for (const MethodParameter& each : method.request) names.push_back(each.name);
   for (const MethodParameter& each : method.reply) names.push_back(each.name);

@@ -10,7 +10,7 @@
 
 namespace host {
 
-struct RemoteMethod;
+struct MethodRow;
 class ScenarioDevice;
 class WordReader;
 
@@ -25,7 +25,7 @@ void requireParameters(const std::string& what, std::span<const std::string> wan
                        const Method& method);
 
 // "; did you mean ...?" among all parameters of the method.
-[[nodiscard]] std::string suggestionFor(const RemoteMethod& method, std::string_view parameter);
+[[nodiscard]] std::string suggestionFor(const MethodRow& method, std::string_view parameter);
 
 // For failure texts: the last few of many, or "none".
 [[nodiscard]] std::string listed(const std::vector<std::string>& texts);

@@ -46,7 +46,7 @@ struct CallExpectation {
 
 CallExpectation readCallWords(WordReader& words) {
   const std::string& name = words.next("METHOD");
-  const RemoteMethod* const method = rowNamed(remoteMethods(), name);
+  const MethodRow* const method = rowNamed(remoteMethods(), name);
   if (method == nullptr) {
     WordReader::fail("no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
   }

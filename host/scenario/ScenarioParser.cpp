@@ -68,7 +68,7 @@ constexpr SetupLine kSetup[] = {
 Run runCall(const Json& request) {
   const std::string name = request["method"];
   const auto arguments = request["arguments"].get<std::vector<std::string>>();
-  const RemoteMethod* const known = rowNamed(remoteMethods(), name);
+  const MethodRow* const known = rowNamed(remoteMethods(), name);
   const bool replies = known == nullptr || known->replies();
   return [call = callOf(name, arguments), replies](ScenarioDevice& device) {
     Method copy = call;

@@ -9,7 +9,7 @@ constexpr auto kInt = MethodParameter::Type::integer;
 constexpr auto kText = MethodParameter::Type::text;
 constexpr auto kBool = MethodParameter::Type::boolean;
 
-constexpr RemoteMethod kMethods[] = {
+constexpr MethodRow kMethods[] = {
     {"getTime", {}, {{"getTimeStringReturn", kText}}},
     {"getTimeInts",
      {},
@@ -69,7 +69,7 @@ constexpr RemoteMethod kMethods[] = {
 };
 static_assert(std::size(kMethods) == 23);
 
-constexpr RemoteMethod kEvents[] = {
+constexpr MethodRow kEvents[] = {
     {"timezoneChangeEvent", {{"timezoneChangeEventTimezone", kText}}, {}},
     {"timeChangeEvent",
      {{"timeChangeEventHours", kInt},
@@ -84,11 +84,11 @@ constexpr RemoteMethod kEvents[] = {
 
 }  // namespace
 
-std::span<const RemoteMethod> remoteMethods() {
+std::span<const MethodRow> remoteMethods() {
   return kMethods;
 }
 
-std::span<const RemoteMethod> remoteEvents() {
+std::span<const MethodRow> remoteEvents() {
   return kEvents;
 }
 

@@ -33,7 +33,7 @@ class MethodParameters {
 
 // What a caller needs to know about a remote method: for suggestions, expectations and documents.
 // clockctl also sends calls of methods that are not in the table: the service decides.
-struct RemoteMethod {
+struct MethodRow {
   std::string_view name;
   MethodParameters request;  // in the order in which the service reads them
   MethodParameters reply;    // in the order of the reply; empty: one-way
@@ -42,9 +42,9 @@ struct RemoteMethod {
 };
 
 // In the order in which the service matches them.
-[[nodiscard]] std::span<const RemoteMethod> remoteMethods();
+[[nodiscard]] std::span<const MethodRow> remoteMethods();
 
 // The events that an observer receives, with their parameters in `request`.
-[[nodiscard]] std::span<const RemoteMethod> remoteEvents();
+[[nodiscard]] std::span<const MethodRow> remoteEvents();
 
 }  // namespace host

@@ -30,7 +30,7 @@ bool isOf(const Parameter& parameter, const host::MethodParameter& row) {
 }
 
 // All of the row's parameters in their order, or none: a request may lack what it takes.
-void holdReply(const Method& reply, const host::RemoteMethod& row) {
+void holdReply(const Method& reply, const host::MethodRow& row) {
   const auto& came = reply.getParameters();
   hold(reply.getName() == row.name && reply.getType() == Method::reply, "a reply is named",
        row.name);
@@ -73,7 +73,7 @@ class Peer final : public ProxyRequest {
 
   void holdAnswer(const std::string& bytes, const std::vector<std::string>& replies) {
     Method request;
-    const host::RemoteMethod* const row =
+    const host::MethodRow* const row =
         decode(bytes, request) ? host::rowNamed(host::remoteMethods(), request.getName()) : nullptr;
     const bool isReplied = row != nullptr && row->replies();
     hold(replies.size() == (isReplied ? 1U : 0U), "a known method is answered once", bytes);

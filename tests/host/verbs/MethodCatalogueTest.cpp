@@ -24,13 +24,13 @@ TEST(RemoteMethodTable, HasTwentyThreeUniqueMethods) {
 }
 
 TEST(RemoteMethodTable, OnlyOneMethodHasNoReply) {
-  for (const RemoteMethod& method : remoteMethods()) {
+  for (const MethodRow& method : remoteMethods()) {
     EXPECT_EQ(method.replies(), method.name != "setTimeInt") << method.name;
   }
 }
 
 TEST(RemoteMethodTable, ParametersBeginWithTheMethodsName) {
-  for (const RemoteMethod& method : remoteMethods()) {
+  for (const MethodRow& method : remoteMethods()) {
     for (const auto& list : {method.request, method.reply}) {
       for (const MethodParameter& parameter : list) {
         const bool odd = method.name == "setTimeInt" && parameter.name == "setTime";
@@ -76,7 +76,7 @@ TEST(RemoteProtocolPage, HasTheMethodsInTheirOrder) {
   const auto rows = documentedRows("Methods");
   ASSERT_EQ(rows.size(), remoteMethods().size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    const RemoteMethod& method = remoteMethods()[i];
+    const MethodRow& method = remoteMethods()[i];
     const std::string row = "| `" + std::string(method.name) + "` | " +
                             parameterCell(method.request, "–") + " | " +
                             parameterCell(method.reply, "none, ever") + " |";
@@ -88,7 +88,7 @@ TEST(RemoteProtocolPage, HasTheEventsInTheirOrder) {
   const auto rows = documentedRows("Events");
   ASSERT_EQ(rows.size(), remoteEvents().size());
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    const RemoteMethod& event = remoteEvents()[i];
+    const MethodRow& event = remoteEvents()[i];
     const std::string row =
         "| `" + std::string(event.name) + "` | " + parameterCell(event.request, "");
     EXPECT_EQ(rows[i].substr(0, row.size()), row);
