@@ -173,7 +173,9 @@ class ClockService : public Service,
 
   Context* m_context = nullptr;
 
-  Semaphore m_mgmtLock{1, 1};        // management access, one call at a time
+  // Management access, one call at a time. Held across the store write, so that no two sets mix
+  // memory and store.
+  Semaphore m_mgmtLock{1, 1};
   Semaphore m_observerLock{1, 1};    // m_observers; held while observers are called
   Semaphore m_ntpProcessLock{1, 1};  // m_ntpClientProcess
 

@@ -26,7 +26,8 @@ class ClockServiceIfc {
   virtual int getTimeVal() = 0;
   virtual int getDisplayTimeVal() = 0;
 
-  // Sets the local time of day by hand, today. Values are normalised, not checked. Always true.
+  // Sets the local time of day by hand, today. Values are normalised, not checked. Always true. A
+  // time on the other side of a daylight-saving change of today moves by an hour.
   virtual bool setTime(int hours, int minutes, int seconds) = 0;
 
   // Sets the system clock to seconds since 1970-01-01 UTC. Ignored while an NTP server is
@@ -43,8 +44,9 @@ class ClockServiceIfc {
   virtual std::string getDateShort(const std::string& utc) = 0;
   virtual bool getDate(const std::string& utc, int& day, int& month, int& year) = 0;
 
-  // Sets the local date by hand, keeping the time of day. year: four digits, or up to 99 meaning
-  // 2000 more. False, and nothing changed, outside 1970-2037. Day and month are normalised.
+  // Sets the local date by hand and keeps the time of day; across a daylight-saving change the time
+  // moves by an hour. year: four digits, or up to 99 meaning 2000 more. False, and nothing changed,
+  // outside 1970-2037. Day and month are normalised.
   virtual bool setDate(int day, int month, int year) = 0;
 
   // The UTC string of seconds since 1970-01-01 UTC; 0 means now.

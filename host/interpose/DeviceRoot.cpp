@@ -18,12 +18,12 @@ constinit std::atomic<int> g_reportPipe{kNone};
 // Keeps all roots for ever, because another thread may still read an old one.
 const std::string* keep(const std::string& root) {
   static Mutex mutex;
-  static auto& roots = *new std::list<std::string>;
+  static auto* const roots CLOCK_POINTEE_GUARDED_BY(mutex) = new std::list<std::string>;
   const MutexLock lock(mutex);
-  for (const std::string& known : roots) {
+  for (const std::string& known : *roots) {
     if (known == root) return &known;
   }
-  return &roots.emplace_back(root);
+  return &roots->emplace_back(root);
 }
 
 bool startsWith(std::string_view text, std::string_view prefix) {

@@ -37,7 +37,7 @@ class SettingsDatabase : public Executable, public DataAccess {
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
 
  private:
-  Mutex m_mutex;
+  Mutex m_mutex;  // one transaction at a time
   SqliteDatabase m_database CLOCK_GUARDED_BY(m_mutex);
   SqliteStatement m_set CLOCK_GUARDED_BY(m_mutex);
   SqliteStatement m_get CLOCK_GUARDED_BY(m_mutex);
