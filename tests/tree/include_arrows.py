@@ -1,4 +1,4 @@
-"""Who may include whom: include_arrows.py TREE
+"""Which folder may include which: include_arrows.py TREE
 
 The plug-in (include/, src/) sees itself, platform/ and the C and C++ libraries; platform/ sees
 itself and is declarations only; the host sees itself, platform/ and its libraries. A folder of the
@@ -18,7 +18,7 @@ ARROWS = {
     "src": ["include", "src", "platform"],
     "host": ["host", "platform"],
 }
-# The bodies that must do with the C++ library and POSIX.
+# The bodies that may use only the C++ library and POSIX.
 PLAIN = ["platform", "include", "src"]
 POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "pthread.h", "semaphore.h", "signal.h", "spawn.h"}
 POSIX |= {"sys/stat.h", "sys/sysinfo.h", "sys/time.h", "sys/types.h", "sys/wait.h", "unistd.h"}
@@ -27,9 +27,9 @@ COMPONENT = re.compile(r"clock_add_component\(\s*NAME (\w+)([^)]*)\)")
 
 
 def needs_of_host(tree):
-    """Which folders of the host each of them needs, according to its CMakeLists.txt."""
+    """The folders that each folder of the host needs, according to its CMakeLists.txt."""
     folders, needs = {}, {}
-    for path in (tree / "host").glob("*/CMakeLists.txt"):
+    for path in sorted((tree / "host").glob("*/CMakeLists.txt")):
         for name, rest in COMPONENT.findall(path.read_text()):
             folders[name] = path.parent.name
             listed = re.search(r"NEEDS([\s\w]*?)(LIBS|$)", rest)
@@ -38,7 +38,8 @@ def needs_of_host(tree):
 
 
 def reachable(needs):
-    """The same in any number of steps, and the folder itself. Throws graphlib.CycleError."""
+    """The folders that each folder needs directly or through others, and itself. Throws
+    graphlib.CycleError."""
     found = {}
     for folder in graphlib.TopologicalSorter(needs).static_order():
         found[folder] = {folder}.union(*(found[need] for need in needs[folder]))
@@ -49,24 +50,24 @@ def sources(tree, body):
     return [path for path in (tree / body).rglob("*") if path.suffix in (".h", ".cpp", ".c")]
 
 
-def body_of(tree, path, name):
-    """The body that holds the file an include names; None for a file of a library."""
+def target_of(tree, path, name):
+    """The parts of the path of the file that an include names; none for a file of a library."""
     for folder in [path.parent, *(tree / body for body in ARROWS)]:
         target = (folder / name).resolve()
         if target.is_file() and target.is_relative_to(tree):
-            return target.relative_to(tree).parts[0]
-    return None
+            return target.relative_to(tree).parts
+    return ()
 
 
 def fault_of(tree, path, bracket, name):
     body = path.relative_to(tree).parts[0]
-    target = body_of(tree, path, name)
+    target = target_of(tree, path, name)
     if target:
-        return None if target in ARROWS[body] else f"{body}/ must not see {target}/"
+        return None if target[0] in ARROWS[body] else f"{body}/ must not see {target[0]}/"
     if bracket == '"':
         return "no such file in the tree"
     if body in PLAIN and not re.fullmatch(r"\w+", name) and name not in POSIX:
-        return f"{body}/ must do with the C++ library and POSIX"
+        return f"{body}/ may use only the C++ library and POSIX"
     return None
 
 
@@ -78,13 +79,13 @@ def folder_faults(tree):
         return
     for path in sources(tree, "host"):
         folder = path.relative_to(tree).parts[1]
-        for bracket, name in INCLUDE.findall(path.read_text()):
-            target = pathlib.PurePath(name).parts[0]
-            if bracket == '"' and target in seen and target not in seen[folder]:
-                yield f"{path.relative_to(tree)}: includes {name}: {folder}/ does not need {target}/"
+        for _, name in INCLUDE.findall(path.read_text()):
+            target = target_of(tree, path, name)
+            if target[:1] == ("host",) and target[1] in seen and target[1] not in seen[folder]:
+                yield f"{path.relative_to(tree)}: includes {name}: {folder}/ does not need {target[1]}/"
 
 
-def faults(tree):
+def body_faults(tree):
     for path in (tree / "platform").rglob("*.c*"):
         yield f"{path.relative_to(tree)}: platform/ is declarations only"
     for body in ARROWS:
@@ -94,9 +95,12 @@ def faults(tree):
                     yield f"{path.relative_to(tree)}: includes {name}: {fault}"
 
 
+def faults_of(tree):
+    return [*body_faults(tree), *folder_faults(tree)]
+
+
 def main(tree):
-    tree = pathlib.Path(tree).resolve()
-    found = [*faults(tree), *folder_faults(tree)]
+    found = faults_of(pathlib.Path(tree).resolve())
     print(*found, sep="\n")
     return 1 if found else 0
 
