@@ -10,7 +10,7 @@ BODIES = ["src", "host", "bench", "tests"]
 EXCEPTIONS = {"tests/abi/slots.cpp"}
 
 
-# What a file that CMake makes to compile several sources together consists of.
+# The sources in a file that CMake generates to compile several together.
 INCLUDED = re.compile(r'^#include "(.+)"$', re.MULTILINE)
 
 

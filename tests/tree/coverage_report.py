@@ -1,4 +1,4 @@
-"""What ./dev coverage makes of a report: coverage_report.py TREE"""
+"""The figures and the exit status that ./dev coverage computes from a report: coverage_report.py TREE"""
 
 import contextlib
 import io
@@ -12,12 +12,12 @@ SOURCE = "SF:../../src/A.cpp\n"
 HOST = "SF:../../host/B.cpp\n"
 NOTHING = "has no lines or no branches of the plug-in"
 
-# A report, the exit status that it is to have, and some of what is printed.
+# A report, the expected exit status, and a part of the expected output.
 ROWS = [
     (SOURCE + ALL, 0, "all of plug-in            2       0   100.0        2       0   100.0"),
     (SOURCE + ALL + HOST + HALF, 0, "all of host               2       1    50.0        2       1    50.0"),
     (SOURCE + HALF, 1, "missed src/A.cpp:2\nmissed src/A.cpp:1 never false\n"),
-    # those that say nothing of the plug-in
+    # reports without figures of the plug-in
     ("", 1, NOTHING),
     (HOST + ALL, 1, NOTHING),
     ("SF:/elsewhere/src/A.cpp\n" + ALL, 1, NOTHING),
@@ -26,7 +26,7 @@ ROWS = [
 ]
 
 
-def made_of(coverage, tree, text):
+def result_of(coverage, tree, text):
     printed = io.StringIO()
     with tempfile.NamedTemporaryFile("w", suffix=".lcov") as report:
         report.write(text)
@@ -42,9 +42,9 @@ def main(tree):
 
     wrong = 0
     for text, status, words in ROWS:
-        made, printed = made_of(coverage, tree, text)
-        if made != status or words not in printed:
-            print(f"{text!r}: exit status {made}, should be {status} and say {words!r}:\n{printed}")
+        result, printed = result_of(coverage, tree, text)
+        if result != status or words not in printed:
+            print(f"{text!r}: exit status {result}, should be {status}, with output {words!r}:\n{printed}")
             wrong += 1
     return 1 if wrong else 0
 

@@ -1,7 +1,7 @@
 """Rules for single files: files.py TREE
 
-No source over 300 lines, no path of the machine it was written on, and no command of ./dev in the
-documents that does not exist.
+No source has 300 lines or more, no file contains a path of the machine it was written on, and the
+documents name only existing commands of ./dev.
 """
 
 import pathlib
@@ -27,7 +27,7 @@ def faults_of(tree, path, text):
         yield f"{lines} lines, should be under {MOST_LINES}"
     for place in {str(tree), *HOME_FOLDER.findall(text)}:
         if place in text:
-            yield f"holds {place}, a path of one machine"
+            yield f"contains {place}, a path of one machine"
     if path.suffix == ".md":
         for verb in sorted(set(VERB.findall(text))):
             if not (tree / "tools" / "dev" / f"{verb}.sh").exists():

@@ -1,4 +1,4 @@
-"""What ./dev fresh copies from the machine to its bare root: fresh_root.py TREE"""
+"""The settings that ./dev fresh passes from the machine to its bare root: fresh_root.py TREE"""
 
 import os
 import pathlib
@@ -8,7 +8,7 @@ import subprocess
 import sys
 import tempfile
 
-# Stand-ins for the programs that make the root, each as small as the verb allows.
+# Minimal stand-ins for the programs that make the root.
 PROGRAMS = {
     "apt-get": '[ "$1" != indextargets ] || cat "$0.sources"',
     "chown": "",
@@ -22,7 +22,7 @@ PROXIES = ("http_proxy", "https_proxy", "no_proxy", "HTTP_PROXY", "HTTPS_PROXY",
 
 
 def run_fresh(tree, folder, sources):
-    """Runs a copy of the verb; gives the words of debootstrap and of unshare."""
+    """Runs a copy of the verb; returns the arguments of debootstrap and of unshare."""
     shutil.copytree(tree / "tools", folder / "tree/tools")
     programs = folder / "bin"
     programs.mkdir()
@@ -46,13 +46,13 @@ def main(tree):
         try:
             debootstrap, unshare = run_fresh(tree, pathlib.Path(folder), sources)
         except subprocess.CalledProcessError as error:
-            sys.exit(f"sources that name the release by its suite: {error.stderr}")
+            sys.exit(f"./dev fresh fails with sources that name the release by its suite: {error.stderr}")
     _, release, _, mirror = debootstrap.split()
     if (release, mirror) != (codename, "http://mirror.example/debian/"):
-        sys.exit(f"debootstrap {debootstrap}")
+        sys.exit(f"wrong release or mirror: debootstrap {debootstrap}")
     missing = [name for name in PROXIES if f"{name}=of {name}\n" not in unshare]
     if missing:
-        sys.exit(f"not handed on: {', '.join(missing)}")
+        sys.exit(f"not passed to the root: {', '.join(missing)}")
 
 
 if __name__ == "__main__":

@@ -19,7 +19,7 @@ def prose_of(path):
 
 
 def anchors_of(path):
-    """The anchors of a file: its headings in lower case, without punctuation, blanks as hyphens."""
+    """The anchors of a file: its headings in lower case, without punctuation, with hyphens for blanks."""
     plain = (re.sub(r"[^\w\- ]", "", heading.lower()) for heading in HEADING.findall(prose_of(path)))
     return {heading.replace(" ", "-") for heading in plain}
 

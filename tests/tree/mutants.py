@@ -1,23 +1,23 @@
-"""What ./dev mutate makes of a source: mutants.py TREE"""
+"""The mutants that ./dev mutate makes of a source: mutants.py TREE"""
 
 import pathlib
 import sys
 
-# A statement or two, and all that becomes of it: what is changed and what stands there instead.
+# Statements, and every mutant of them: the text that is changed and its replacement.
 ROWS = [
     ("if (a < b) c = d + 2;", ["< <=", "+ -", "2 3", "2 1", "c=d+2; ;"]),
     ("if (!ready()) return true;", ["! ", "true false"]),
     ("if (ready) stop(1);", ["ready !(ready)", "stop(1); ;", "1 2", "1 0"]),
     ("const Guard guard(lock);", ["constGuardguard(lock); ;"]),
     ("const Guard guard(lock); use(guard);", ["use(guard); ;"]),
-    ("const MutexLock lock(mutex); const SemaphoreGuard guard(semaphore);", []),  # lint's to find
+    ("const MutexLock lock(mutex); const SemaphoreGuard guard(semaphore);", []),  # lint finds these
     ("return run(a, b);", ["returnrun(a,b); return;"]),
     ("x->y.z(1);", ["x->y.z(1); ;", "1 2", "1 0"]),
     ('say("ab\\n", \'c\');', ['say("ab\\n",\'c\'); ;', '"ab\\n" "ab"', "'c' '?'"]),
     ('say("");', ['say(""); ;', '"" "x"']),
     ("y = -60.5F;", ["y=-60.5F; ;", "- ", "60.5F 61.5F", "60.5F 59.5F"]),
     ("++n;", ["++n; ;", "++ --"]),
-    # what no test could see, and what is no program
+    # changes that no test can notice, and non-code
     ("int hours = 0, minutes = 0;", []),
     ("virtual void f() = 0;", []),
     ("T(const T&) = delete;", []),
@@ -32,11 +32,11 @@ FUNCTION = "void f() {\n  go(1,\n     2);\n  if (a < b) return;\n  go(3);\n}\n"
 INDENTED = FUNCTION.replace("\n ", "\n   ")
 OTHER = "int g() {\n  return a + 4;\n}\n"
 AGAIN = FUNCTION.replace("f()", "h()")
-# Edits of a source that has one function, which leave the order of its mutants as it is.
+# Edits around the function that must not change the order of its mutants.
 EDITS = [f"// a\n\n{FUNCTION}", OTHER + FUNCTION, FUNCTION + OTHER, FUNCTION + AGAIN, INDENTED]
 
 
-def made_of(mutants_of, statements):
+def changes_of(mutants_of, statements):
     text = f"void f() {{\n{statements}\n}}\n"
     return [
         f"{''.join(text[mutant.start : mutant.end].split())} {mutant.replacement}"
@@ -45,19 +45,19 @@ def made_of(mutants_of, statements):
 
 
 def order_of(mutants, text, seed=1):
-    """Of the mutants of f() in it."""
+    """The mutants of f() in their order."""
     start = text.index("void f()")
     ordered = mutants.in_order(mutants.mutants_of("src/f.cpp", text), seed)
-    return [made.change for made in ordered if start < made.start < text.index("}", start)]
+    return [mutant.change for mutant in ordered if start < mutant.start < text.index("}", start)]
 
 
-def moved(mutants):
+def order_faults(mutants):
     usual = order_of(mutants, FUNCTION)
     for edited in EDITS:
         if order_of(mutants, edited) != usual:
-            yield f"{edited!r}: another order"
+            yield f"{edited!r}: changes the order of the mutants"
     if order_of(mutants, FUNCTION, seed=2) == usual:
-        yield "two seeds, one order"
+        yield "two seeds give the same order"
 
 
 def main(tree):
@@ -66,11 +66,11 @@ def main(tree):
     from mutants import mutants_of
 
     wrong = 0
-    for line in moved(mutants):
+    for line in order_faults(mutants):
         print(line)
         wrong += 1
     for statements, expected in ROWS:
-        made = made_of(mutants_of, statements)
+        made = changes_of(mutants_of, statements)
         if sorted(made) != sorted(expected):
             print(f"{statements}: {sorted(made)}, should be {sorted(expected)}")
             wrong += 1

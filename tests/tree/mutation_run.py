@@ -1,4 +1,4 @@
-"""What ./dev mutate makes of its words and of the verdicts on its mutants: mutation_run.py TREE"""
+"""How ./dev mutate handles its arguments and the verdicts on its mutants: mutation_run.py TREE"""
 
 import contextlib
 import io
@@ -12,13 +12,13 @@ SUMMARIES = [
     ("F" * 9 + "S", True),
     ("F" * 8 + "S", False),
     ("F" * 20 + "N" * 5, True),
-    ("F" * 5 + "N" * 5, True),  # of so few it may be chance
+    ("F" * 5 + "N" * 5, True),  # with so few it may be chance
     ("F" * 20 + "N" * 6, False),
     ("F" * 100 + "N" * 24, True),
     ("", False),
     ("NN", False),
 ]
-# The verdicts there are, how many mutants that compile are wanted, and how many are drawn for them.
+# The verdicts on all mutants, how many that compile are wanted (0: all), and the ones to be drawn.
 DRAWS = [("FNFSNF", 3, "FNFS"), ("NNF", 1, "NNF"), ("NFF", 0, "NFF"), ("NNN", 1, "NNN")]
 WRONG_WORDS = [
     ["--wat"],
@@ -34,7 +34,7 @@ WRONG_WORDS = [
     ["/"],
     [""],
 ]
-# What is built for each choice: with a program of the one body, and none of the other.
+# Arguments, targets that must be built for them, and one that must not.
 RIGHT_WORDS = [
     ([], "clock_unit_test", "host_clock_test"),
     (["--seed", "2", "--count", "0", "--jobs", "1", "src/Saturate.h"], "clock_unit_test", "clockhost"),
@@ -43,8 +43,8 @@ RIGHT_WORDS = [
 ]
 
 
-class Teller:
-    """Tells the verdict that a mutant is."""
+class StubWorkshop:
+    """Stub: returns the mutant as its verdict."""
 
     def verdict(self, mutant):
         return mutant
@@ -60,15 +60,15 @@ def draws(mutate, verdict_of):
     mutate.show = lambda *_: None
     for letters, count, expected in DRAWS:
         mutants = [verdict_of[letter] for letter in letters]
-        made = mutate.drawn(mutants, count, [Teller(), Teller()])
+        made = mutate.drawn(mutants, count, [StubWorkshop(), StubWorkshop()])
         if made != mutants[: len(expected)]:
             yield f"{count} of {letters!r}: {len(made)} drawn, should be {len(expected)}"
 
 
 def broken_workshops(mutate, verdict_of):
-    """Sources that do not compile or pass as they are end the run before its first mutant."""
+    """An unchanged source that does not compile or pass ends the run before its first mutant."""
     for letter in "FSN":
-        workshop = Teller()
+        workshop = StubWorkshop()
         workshop.verdict = lambda mutant, letter=letter: verdict_of[letter]
         try:
             mutate.check(workshop, mutate.Mutant("src/A.cpp", "", 0, 0, ""))
@@ -80,7 +80,7 @@ def broken_workshops(mutate, verdict_of):
 
 
 class Build:
-    """One object, one program; compiler and linker do nothing but succeed or fail."""
+    """Stub of one object and one program; compiler and linker only succeed or fail."""
 
     def __init__(self, tree, folder, compiler, linker):
         self.tree, self.folder = tree, folder
@@ -97,7 +97,7 @@ class Build:
         return [self.compiler, "-o", name, "-c", f"{self.folder}/joined.cxx"]
 
 
-# Fails for a source that is not the mutant.
+# Fails unless the source is the mutant.
 COMPILER = """#!/bin/sh
 file=$(cut -d'"' -f2 "$4") && grep -q mutated "$file"
 """
@@ -117,7 +117,7 @@ def verdict_with(mutate, tree, *tools):
 
 
 def broken_tools(mutate, tree):
-    """What does not compile is the mutant's affair, what cannot be linked is not."""
+    """A failed compilation is a verdict on the mutant; a failed link is an error of the run."""
     for tools, expected in [(("false", "true"), mutate.NO_BUILD), (("true", "false"), "no link")]:
         verdict = verdict_with(mutate, tree, *tools)
         if verdict != expected:
@@ -125,14 +125,14 @@ def broken_tools(mutate, tree):
 
 
 def joined_sources(mutate, tree):
-    """A source that the build makes, which includes others, has the mutant in it."""
+    """A generated source that includes others includes the mutant."""
     with tempfile.TemporaryDirectory() as folder:
         compiler = pathlib.Path(folder, "compiler")
         compiler.write_text(COMPILER)
         compiler.chmod(0o755)
         verdict = verdict_with(mutate, tree, str(compiler), "false")
     if verdict != "no link":
-        yield f"a mutant that another source includes: {verdict}, should have compiled"
+        yield f"a mutant that another source includes: {verdict}, should be compiled and fail to link"
 
 
 def words(tree):
@@ -140,12 +140,13 @@ def words(tree):
     for wrong in WRONG_WORDS:
         result = subprocess.run(command + wrong, capture_output=True, text=True)
         if result.returncode != 2 or result.stderr.count("\n") != 1 or result.stdout:
-            yield f"{wrong}: exit status {result.returncode}, and it prints {result.stderr!r}"
+            yield f"{wrong}: exit status {result.returncode}, should be 2 with one line: {result.stderr!r}"
     for right, built, unbuilt in RIGHT_WORDS:
         result = subprocess.run(command + right, capture_output=True, text=True)
         targets = set(result.stdout.split())
         if result.returncode != 0 or not targets.issuperset(built.split()) or unbuilt in targets:
-            yield f"{right}: exit status {result.returncode}, and builds {result.stdout!r}"
+            yield f"{right}: exit status {result.returncode}, builds {result.stdout!r}"
+            yield f"  should be 0, with {built} and without {unbuilt}"
 
 
 def main(tree):

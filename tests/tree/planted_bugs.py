@@ -1,4 +1,4 @@
-"""The text of each bug that tools/mutate/planted.py plants stands in its source: planted_bugs.py TREE"""
+"""The text that each bug of tools/mutate/planted.py replaces is in its source: planted_bugs.py TREE"""
 
 import pathlib
 import sys
@@ -8,10 +8,10 @@ def main(tree):
     sys.path.insert(0, str(pathlib.Path(tree, "tools/mutate")))
     import planted
 
-    gone = [f'src/{source} has no "{before}"' for _, source, before, _ in planted.BUGS
+    missing = [f'src/{source} has no "{before}"' for _, source, before, _ in planted.BUGS
             if before not in pathlib.Path(tree, "src", source).read_text()]
-    print(*gone, sep="\n")
-    return 1 if gone else 0
+    print(*missing, sep="\n")
+    return 1 if missing else 0
 
 
 if __name__ == "__main__":

@@ -11,7 +11,7 @@ OBJECT = re.compile(r"^(\S+): #deps", re.MULTILINE)
 
 class Build:
     def __init__(self, tree, folder, executables):
-        """executables: below the folder."""
+        """executables: paths relative to the folder."""
         self.tree = tree
         self.folder = folder
         self.links = {path: self._link_of(path) for path in executables}
@@ -20,7 +20,7 @@ class Build:
         self._sources = self._read_sources()
 
     def objects_of(self, path):
-        """The objects of the executables that are compiled anew when this file changes."""
+        """The objects of the executables that are compiled again when this file changes."""
         readers = self._sources.get(str(self.tree / path), set())
         return [name for name in self._compilations if name in readers & self.linked]
 
@@ -42,7 +42,7 @@ class Build:
         return {words[words.index("-o") + 1]: words for words in commands}
 
     def _read_sources(self):
-        """From the path of a source or header to the objects that read it."""
+        """The objects that read each source or header, by its path."""
         readers = {}
         text = self._ninja("deps")
         for part in text.split("\n\n"):

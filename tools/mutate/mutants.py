@@ -1,4 +1,4 @@
-"""The mutants of a source: every way to change one operator, constant, comparison or call of it."""
+"""The mutants of a source: every change of one operator, constant, comparison or statement."""
 
 import hashlib
 import re
@@ -25,7 +25,7 @@ NUMBER = re.compile(r"(\d+)(.*)", re.DOTALL)
 
 @dataclass(frozen=True)
 class Mutant:
-    path: str  # below the tree
+    path: str  # relative to the tree
     text: str  # the whole source, unchanged
     start: int
     end: int
@@ -45,7 +45,7 @@ class Mutant:
 
     @property
     def change(self):
-        """The change, whatever the line numbers and the indentation."""
+        """The change, independent of line numbers and indentation."""
         first, last = self.lines
         line = self.text[first : self.start], self.text[self.start : self.end], self.text[self.end : last]
         return [part.split() for part in (*line, self.replacement)]
@@ -73,12 +73,12 @@ def in_order(mutants, seed):
     elsewhere adds or removes mutants there, and moves no others."""
     alike = Counter()
 
-    def place(mutant):
-        what = repr((seed, mutant.path, mutant.change))
-        alike[what] += 1
-        return hashlib.sha256(f"{what}{alike[what]}".encode()).digest()
+    def key(mutant):
+        identity = repr((seed, mutant.path, mutant.change))
+        alike[identity] += 1
+        return hashlib.sha256(f"{identity}{alike[identity]}".encode()).digest()
 
-    return sorted(mutants, key=place)
+    return sorted(mutants, key=key)
 
 
 def changes(text, tokens, index):
@@ -113,7 +113,7 @@ def operators_for(text, tokens, index):
 
 
 def has_no_effect(tokens, index):
-    """Whether it is the 0 of a pure virtual function, or of a local number that a call then sets."""
+    """True for the 0 of a pure virtual function, or of a local number that a call then sets."""
     if tokens[index].text != "0" or tokens[index - 1].text != "=":
         return False
     if tokens[index - 2].text in (")", "const"):
@@ -125,7 +125,7 @@ def has_no_effect(tokens, index):
 
 
 def neighbours(text):
-    """The number plus one, and minus one if that is not below 0."""
+    """The number plus one, and the number minus one unless that is negative."""
     whole, rest = NUMBER.fullmatch(text.replace("'", "")).groups()
     if whole == "0" and rest[:1] in ("x", "X", "b"):
         return []
@@ -139,7 +139,7 @@ def shorter(text):
 
 
 def negated_conditions(text, tokens, index):
-    """Conditions, negated, in which no operator can be changed instead."""
+    """The negation of a condition that has no operator to change."""
     if tokens[index].text not in ("if", "while") or tokens[index + 1].text != "(":
         return
     last = closing(tokens, index + 1)
@@ -151,7 +151,7 @@ def negated_conditions(text, tokens, index):
 
 
 def deleted_statements(text, tokens, index):
-    """Statements that are a call, an assignment, or an object that acts at the end of its scope."""
+    """The removal of a call, an assignment, or an object that acts at the end of its scope."""
     if index > 0 and tokens[index - 1].text not in (";", "{", "}", ")", "else"):
         return
     last = end_of_statement(tokens, index)
@@ -185,18 +185,19 @@ def is_call(statement):
         return False
     if statement[0].text in STEPS or statement[-1].text in STEPS:
         return True
-    return place(statement) == [] and statement[-1].text == ")"
+    return after_place(statement) == [] and statement[-1].text == ")"
 
 
 def is_assignment(statement):
-    rest = place(statement)
+    rest = after_place(statement)
     if not rest or statement[-1].text in ("default", "delete"):
         return False
     return rest[0].text in ("=", "+=", "-=", "*=", "|=")
 
 
-def place(statement):
-    """The tokens after the name, member, element or call chain at the start of a statement."""
+def after_place(statement):
+    """The tokens after the name, member, element or call chain at the start of a statement. None: the
+    statement does not start with one."""
     position = 0
     wants_name = True
     while position < len(statement):
@@ -221,7 +222,7 @@ def is_scope_object(tokens, index, last):
     opening = next((i for i, token in enumerate(statement) if token.text == "("), None)
     if opening is None or statement[0].text != "const" or statement[-1].text != ")":
         return False
-    if index > 0 and tokens[index - 1].text == ")":  # of a function
+    if index > 0 and tokens[index - 1].text == ")":  # a function
         return False
     if any(token.text in LOCKS | {"="} for token in statement):
         return False

@@ -1,8 +1,8 @@
-"""Changes the sources, one place at a time, and lists the changes that no test notices.
+"""Makes one change at a time to the sources, and lists the changes that no test notices.
 
 mutate.py TREE BUILD [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...
 
-The exit status is 0 when the tests find at least nine in ten.
+The exit status is 0 if the tests find at least 90 % of them.
 """
 
 import itertools
@@ -38,30 +38,30 @@ def ordered(tree, chosen):
 
 
 def measure(programs, folder):
-    """Runs the programs as they are: all must pass."""
+    """Measures the processor time of each program on the unmutated tree, where all must pass."""
     for program in programs:
-        before = computed()
+        before = processor_time()
         outcome = outcome_of(program, folder)
         if outcome != PASSED:
-            sys.exit(f"mutate: {program.name} {outcome} on the tree as it is")
-        program.seconds = computed() - before
+            sys.exit(f"mutate: {program.name} {outcome} on the unmutated tree")
+        program.seconds = processor_time() - before
 
 
-def computed():
-    """Seconds of the processor that the children took so far."""
+def processor_time():
+    """The processor time of all children so far, in seconds."""
     usage = resource.getrusage(resource.RUSAGE_CHILDREN)
     return usage.ru_utime + usage.ru_stime
 
 
 def check(workshop, mutant):
-    """A source that is not changed compiles and passes in a workshop too."""
+    """An unchanged source must compile and pass in a workshop too."""
     verdict = workshop.verdict(Mutant(mutant.path, mutant.text, 0, 0, ""))
     if verdict != PASSED:
-        sys.exit(f"mutate: {mutant.path}, not changed, {verdict}")
+        sys.exit(f"mutate: {mutant.path}, unchanged, {verdict}")
 
 
 def verdicts_on(mutants, workshops):
-    """Each mutant with its verdict, in order; a workshop takes one at a time."""
+    """Each mutant with its verdict, in order. A workshop judges one mutant at a time."""
     free = queue.SimpleQueue()
     for workshop in workshops:
         free.put(workshop)
@@ -75,17 +75,17 @@ def verdicts_on(mutants, workshops):
 
     pool = ThreadPoolExecutor(len(workshops))
     try:
-        coming = (pool.submit(judged, mutant) for mutant in mutants)
-        ahead = deque(itertools.islice(coming, 4 * len(workshops)))
+        submitted = (pool.submit(judged, mutant) for mutant in mutants)
+        ahead = deque(itertools.islice(submitted, 4 * len(workshops)))
         while ahead:
             yield ahead.popleft().result()
-            ahead.extend(itertools.islice(coming, 1))
+            ahead.extend(itertools.islice(submitted, 1))
     finally:
         pool.shutdown(cancel_futures=True)
 
 
 def drawn(mutants, count, workshops):
-    """The verdicts until as many as wanted have compiled; 0 is all."""
+    """The verdicts on mutants until `count` of them have compiled; on all if it is 0."""
     verdicts = []
     with closing(verdicts_on(mutants, workshops)) as judged:
         for mutant, verdict in judged:
@@ -104,7 +104,7 @@ def show(number, mutant, verdict):
 
 
 def summary(verdicts, seconds):
-    """Prints the figures; true when the tests do well, and there was enough to tell."""
+    """Prints the figures; true if the tests found enough mutants, and enough of them compiled."""
     unbuilt, survived = verdicts.count(NO_BUILD), verdicts.count(PASSED)
     tried = len(verdicts) - unbuilt
     score = 100.0 * (tried - survived) / tried if tried else 0.0
@@ -117,8 +117,8 @@ def summary(verdicts, seconds):
 
 
 def limit_resources():
-    """A mutant may ask for all the memory and all the disk. Tests have limits of their own, and files
-    of 2 GiB that are empty."""
+    """Keeps a mutant from taking all memory or disk space. The tests themselves set limits, and make
+    sparse files of 2 GiB."""
     for what, most in ((resource.RLIMIT_AS, 8 << 30), (resource.RLIMIT_FSIZE, 3 << 30)):
         resource.setrlimit(what, (most, resource.getrlimit(what)[1]))
 
@@ -126,7 +126,7 @@ def limit_resources():
 def main(tree, place, *words):
     tree, place = pathlib.Path(tree).resolve(), pathlib.Path(place).resolve()
     chosen = options(tree, words)
-    # Ended from outside it still ends what it has started.
+    # On SIGTERM, stop the children too.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     limit_resources()
     judges = programs(chosen.files)

@@ -21,7 +21,7 @@ def options(tree, words):
     parser = Parser(add_help=False, allow_abbrev=False)
     parser.add_argument("--seed", type=at_least(0), default=1)  # which sample
     parser.add_argument("--count", type=at_least(0), default=200)  # mutants that compile; 0: all
-    parser.add_argument("--jobs", type=at_least(1), default=processors())  # in parallel
+    parser.add_argument("--jobs", type=at_least(1), default=processors())  # number of parallel jobs
     parser.add_argument("places", nargs="*", default=PLUGIN)
     chosen = parser.parse_args(words)
     sources = all_files(tree)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""planted.py BUILD [STEPS]: after how many steps the simulation finds each planted bug.
+"""planted.py BUILD [STEPS]: prints after how many steps the simulation finds each planted bug.
 
 BUILD is a build folder in which the target "simulate" is built. Each bug changes one line in a copy
-of a source of the plug-in, which is compiled and linked with the other objects. It is run on seeds from 1
-on, 2500 steps each, until a difference or STEPS (100000) in all. The tree stays as it is.
+of a source of the plug-in, which is compiled and linked with the other objects. The simulation runs seeds
+from 1 on, 2500 steps each, until a difference or STEPS (default: 100000) in all. The tree is not changed.
 """
 
 import re
@@ -99,7 +99,7 @@ def commands_of(build):
 
 
 def program_with(build, folder, source, changed):
-    """Builds simulate in folder, with this text instead of a source."""
+    """Builds simulate in `folder`, with the text `changed` in place of the source."""
     compiles, link = commands_of(build)
     place = TREE / "src" / source
     copy = folder / place.name

@@ -6,7 +6,7 @@ PLUGIN = ("include", "src")
 HOST = ("host",)
 BODIES = PLUGIN + HOST
 
-# Those over a century and with many callers at once prove what these prove, for much longer.
+# The tests over a century and with many concurrent callers find the same bugs, but take much longer.
 PLUGIN_TESTS = (
     "clock_unit_test",
     "clock_device_paths_test",
@@ -49,7 +49,7 @@ STARTING = {
     "integration_control_test": STARTED,
     "integration_ntp_client_test": STARTED,
 }
-# Others that they load are built, and stay as they are.
+# Loaded by these programs: built, but never mutated.
 HOST_TARGETS = ("ClockService",)
 
 
@@ -64,7 +64,7 @@ def programs(paths):
 
 
 def targets(paths):
-    """What is built for them."""
+    """The targets to build for mutants of these sources."""
     names = [program.name.rpartition("/")[2] for program in programs(paths)]
     started = [path.rpartition("/")[2] for program in programs(paths) for path in program.started]
     return names + sorted({*started}) + [*HOST_TARGETS] * bool(started)

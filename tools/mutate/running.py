@@ -1,4 +1,4 @@
-"""One run of a test program, and how it ends: it passes, fails, or hangs."""
+"""Runs a test program: it passes, fails, or hangs."""
 
 import os
 import pathlib
@@ -13,24 +13,23 @@ from dataclasses import dataclass
 PASSED = "passed"
 FAILED = "failed"
 HUNG = "hung"
-# By exit status or signal: the last two come of the limit.
+# By exit status or signal: the last two are caused by the limit.
 ENDS = {0: PASSED, signal.SIGXCPU: HUNG, signal.SIGKILL: HUNG}
 
 TICK = 1.0 / os.sysconf("SC_CLK_TCK")
-BETWEEN_LOOKS = 0.25  # seconds
-# Seconds without work after which nothing will ever wake a program; one that waits for another that
-# works is given longer.
+POLL_SECONDS = 0.25
+# A program that does not run for so many seconds hangs. A program that waits for others gets longer.
 ASLEEP = 5.0
 ASLEEP_BESIDE_OTHERS = 15.0
 
 
 @dataclass
 class Program:
-    """A test program, and how long it computes on the unmutated tree."""
+    """A test program, and its processor time on the unmutated tree."""
 
-    name: str  # its path below the build
-    bodies: tuple = ()  # the mutants it judges: the folders of their sources
-    started: tuple = ()  # programs that it starts, as paths below the build
+    name: str  # its path relative to the build
+    bodies: tuple = ()  # judges mutants of sources in these folders
+    started: tuple = ()  # programs that it starts, as paths relative to the build
     seconds: float = 10.0  # until it is measured
 
     @property
@@ -43,15 +42,15 @@ class Program:
 
     @property
     def limit(self):
-        """In seconds of the processor, which a busy machine does not shorten."""
+        """In seconds of processor time, so that a busy machine gives the same result."""
         return int(3 + 5 * self.seconds)
 
 
 def outcome_of(program, folder):
-    """Runs a test program of a workshop's folder, with a temporary folder of its own. It and what it
-    started are ended when it does not end by itself."""
+    """Runs a test program of a workshop's folder, with a temporary folder of its own. Kills the program
+    and its children if it does not end by itself."""
     with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as temporary:
-        os.chmod(temporary, 0o711)  # some tests are another user for a while
+        os.chmod(temporary, 0o711)  # some tests temporarily run as another user
         return outcome_in(program, folder, temporary)
 
 
@@ -76,11 +75,11 @@ def outcome_in(program, folder, temporary):
 
 
 def ends(pid, asleep):
-    """Waits for the end of a process; false when all its threads sleep and nothing wakes them."""
+    """Waits for the end of a process; false if all its threads sleep for `asleep` seconds."""
     handle = os.pidfd_open(pid)
     try:
         worked, last = used(pid), time.monotonic()
-        while not select.select([handle], [], [], BETWEEN_LOOKS)[0]:
+        while not select.select([handle], [], [], POLL_SECONDS)[0]:
             if awake(pid) or used(pid) > worked:
                 worked, last = used(pid), time.monotonic()
             elif time.monotonic() - last > asleep:
@@ -91,12 +90,12 @@ def ends(pid, asleep):
 
 
 def status(process):
-    """The exit status or signal of a process, which stays unreaped: its group is still its own."""
+    """The exit status or signal of a process. It stays unreaped, so that its group id is not reused."""
     return os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOWAIT).si_status
 
 
 def fields(stat):
-    """What the kernel says of a process or thread after its name, which is in parentheses."""
+    """The fields of a process's or thread's stat file after its name, which is in parentheses."""
     try:
         return stat.read_text().rpartition(")")[2].split()
     except OSError:  # ended meanwhile
@@ -109,6 +108,6 @@ def awake(pid):
 
 
 def used(pid):
-    """Seconds of the processor, of the process and of its children that it has waited for."""
+    """The processor time of a process and of its reaped children, in seconds."""
     words = fields(pathlib.Path(f"/proc/{pid}/stat"))
     return sum(map(int, words[11:15])) * TICK

@@ -1,4 +1,4 @@
-"""C++ source as tokens, with what no mutant may touch left out."""
+"""C++ source as tokens, without the parts that no mutant may change."""
 
 import re
 from dataclasses import dataclass
@@ -15,7 +15,8 @@ TOKEN = re.compile(
     """,
     re.VERBOSE | re.MULTILINE | re.DOTALL,
 )
-# What follows one of these is not what the program does: up to the semicolon, or in parentheses.
+# Declarations and attributes have no effect at run time: skipped up to the semicolon, or with their
+# parentheses.
 DECLARED_ONLY = {"static_assert", "using"}
 ATTRIBUTES = {
     "__attribute__", "CLOCK_GUARDED_BY", "CLOCK_POINTEE_GUARDED_BY", "CLOCK_ACQUIRES",
@@ -53,7 +54,7 @@ def without_declarations(tokens):
         elif tokens[index].text in ATTRIBUTES:
             index = closing(tokens, index + 1)
         elif tokens[index].text == "extern":
-            index += 1  # and the language it names
+            index += 1  # skips the language, too
         else:
             yield tokens[index]
         index += 1

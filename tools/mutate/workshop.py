@@ -1,4 +1,4 @@
-"""One job's place to try mutants in: its own copy of the sources and of the programs."""
+"""The folder of one job, which tries mutants in its own copy of the sources and programs."""
 
 import os
 import pathlib
@@ -13,15 +13,16 @@ NO_BUILD = "did not compile"
 
 
 class NoLink(Exception):
-    """No mutant does that: what compiles has the names that it had. So something here is broken."""
+    """A program cannot be linked. No mutant causes that, because a mutant that compiles defines the same
+    symbols. So the tool or the build is broken."""
 
 
 @dataclass
 class Changed:
-    """What a mutant changes, and what has been built of it so far."""
+    """The objects that a mutant changes, and the ones and the executables built so far."""
 
     objects: list
-    compiled: dict = field(default_factory=dict)  # where each of them is
+    compiled: dict = field(default_factory=dict)  # the path of each object
     linked: set = field(default_factory=set)  # executables
 
 
@@ -35,15 +36,14 @@ class Workshop:
             shutil.copytree(build.tree / body, folder / body)
         for name in ("objects", "temporary", "bin/tests"):
             (folder / name).mkdir(parents=True)
-        # A test looks beside itself for its plug-ins, and for what shows that it lies in a build.
+        # A test looks for its plug-ins next to itself, and for CMakeCache.txt to know that it is in a build.
         for pattern in ("CMakeCache.txt", "bin/*", "bin/tests/*"):
             for path in build.folder.glob(pattern):
                 if path.is_file():
                     self._take_as_built(path.relative_to(build.folder))
 
     def verdict(self, mutant):
-        """What becomes of a mutant: it does not compile, or the first end of a test program that is
-        not to pass."""
+        """A mutant's result: it does not compile, the first outcome that is not a pass, or a pass."""
         source = self.folder / mutant.path
         source.write_text(mutant.applied())
         changed = Changed(self._build.objects_of(mutant.path))
@@ -78,7 +78,7 @@ class Workshop:
         return sorted(judges, key=lambda program: f"{body}_{folder}" not in program.name)
 
     def _link(self, name, changed):
-        """Links an executable anew; false when nothing of it has changed."""
+        """Links an executable again; false if none of its objects has changed."""
         link = self._build.links[name]
         objects = [word for word in link if word in changed.objects]
         if objects and name not in changed.linked:
@@ -107,7 +107,7 @@ class Workshop:
         subprocess.run(words, cwd=self._build.folder, stderr=subprocess.DEVNULL, check=True)
 
     def _compilation(self, name, target):
-        """The compilation of an object with this job's sources in the place of the tree's."""
+        """The compilation of an object with this job's sources instead of the tree's."""
         words = [self._moved(word) for word in self._build.compilation(name)]
         words[words.index("-o") + 1] = target
         source = words.index("-c") + 1
@@ -116,7 +116,7 @@ class Workshop:
         return words
 
     def _joined(self, source, target):
-        """A source that the build makes, which includes several, with this job's in their places."""
+        """A copy of a generated source that includes several: it includes this job's sources."""
         text = pathlib.Path(source).read_text()
         for body in BODIES:
             text = text.replace(f'"{self._build.tree}/{body}/', f'"{self.folder}/{body}/')
