@@ -34,8 +34,8 @@ std::string encoded(MessageCodec& codec, Method& method) {
   return stream.str();
 }
 
-Method somethingElse() {
-  Method method("somethingElse", Method::reply);
+Method otherMethod() {
+  Method method("otherMethod", Method::reply);
   method.addBoolParameter("kept", true, Parameter::out);
   return method;
 }
@@ -44,14 +44,14 @@ Method somethingElse() {
 
 void holdRoundTrip(MessageCodec& codec, Method& method, std::string_view of) {
   const std::string written = encoded(codec, method);
-  Method again = somethingElse();
-  hold(decodes(codec, written, again), "what a codec writes it can read", of);
-  hold(same(method, again), "what a codec writes it reads as it was", of);
-  hold(encoded(codec, again) == written, "a codec writes the same in the same way", of);
+  Method again = otherMethod();
+  hold(decodes(codec, written, again), "a codec can decode what it encodes", of);
+  hold(same(method, again), "decoding yields the encoded method", of);
+  hold(encoded(codec, again) == written, "a codec encodes the same method to the same bytes", of);
 }
 
 std::optional<Method> holdCodec(MessageCodec& codec, std::string_view bytes) {
-  const Method before = somethingElse();
+  const Method before = otherMethod();
   Method method = before;
   if (!decodes(codec, bytes, method)) {
     hold(same(method, before), "a failed decoding changes nothing", bytes);

@@ -9,12 +9,12 @@ class MessageCodec;
 
 namespace fuzz {
 
-// Holds a codec to its contract on these bytes: what it cannot decode leaves the Method as it was;
-// what it can decode comes back the same after encoding, and is encoded the same way again. The
-// Method that came out of the bytes, if one did.
+// Checks a codec's contract on these bytes: a failed decoding leaves the Method unchanged; a
+// decoded Method passes holdRoundTrip. Returns the decoded Method, if any.
 std::optional<Method> holdCodec(MessageCodec& codec, std::string_view bytes);
 
-// That the Method is the same after encoding and decoding. of: what it came out of.
+// Checks that encoding and decoding yields the same Method, and encoding that again the same bytes.
+// of: the bytes that the Method was decoded from.
 void holdRoundTrip(MessageCodec& codec, Method& method, std::string_view of);
 
 }  // namespace fuzz

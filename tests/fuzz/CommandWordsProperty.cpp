@@ -1,5 +1,5 @@
-// The words of clockctl, a line each: they are a request that can be sent, or one line says what
-// was wrong. An argument of a call means what it says.
+// The words of clockctl, one per line: they make a request that can be sent, or are refused in one
+// line. An argument of a call has the name, type and value that were typed.
 
 #include <nlohmann/json.hpp>
 #include <vector>
@@ -23,14 +23,15 @@ void holdRequest(const Words& words) {
   try {
     const host::Json request = host::requestOf(words);
     const host::Json sent = host::Json::parse(request.dump());
-    hold(sent == request, "a request is sent as it is", words.front());
-    hold(request.at("verb") == words.front(), "a request has its verb", words.front());
+    hold(sent == request, "a request can be sent unchanged", words.front());
+    hold(request.at("verb") == words.front(), "a request has the verb that was typed",
+         words.front());
   } catch (const host::UsageError& error) {
     holdRefusal(error);
   }
 }
 
-std::string typed(const Parameter& parameter) {
+std::string argumentText(const Parameter& parameter) {
   const bool number = parameter.getType() == Parameter::integer;
   return parameter.getName() + (number ? ":int=" : ":string=") + host::valueText(parameter);
 }
@@ -38,10 +39,10 @@ std::string typed(const Parameter& parameter) {
 void holdArgument(const std::string& word) {
   try {
     const Parameter parameter = host::parseArgument(word);
-    const Parameter again = host::parseArgument(typed(parameter));
+    const Parameter again = host::parseArgument(argumentText(parameter));
     hold(again.getName() == parameter.getName() && again.getType() == parameter.getType() &&
              host::valueText(again) == host::valueText(parameter),
-         "an argument is read back the same", word);
+         "a printed argument can be read back", word);
     hold(!parameter.getName().empty(), "an argument has a name", word);
   } catch (const host::UsageError& error) {
     holdRefusal(error);
@@ -53,7 +54,7 @@ void holdArgument(const std::string& word) {
 void fuzz::property(std::string_view input) {
   Reader lines(input);
   Words words;
-  while (!lines.atEnd()) words.push_back(grown(lines.line()));
+  while (!lines.atEnd()) words.push_back(expanded(lines.line()));
   if (words.empty()) words.emplace_back();
   holdRequest(words);
   for (const std::string& word : words) holdArgument(word);

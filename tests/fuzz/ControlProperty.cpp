@@ -1,5 +1,5 @@
-// Sends each line as a control request to a telephone with the plug-in that ships. Each request is
-// answered once, with a JSON object that fits a frame, and a refusal is one line.
+// Sends each line as a control request to a telephone with the shipped plug-in. Each request gets
+// one answer: a JSON object that fits a frame. An error text is one line.
 
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -22,8 +22,8 @@ using fuzz::hold;
 using host::Json;
 
 constexpr std::size_t kMostRequests = 16;
-constexpr double kLongAdvance = 86400;  // seconds of virtual time; a longer one only takes longer
-constexpr double kLongestAdvance = 36525 * kLongAdvance;  // a longer one must be refused
+constexpr double kLongAdvance = 86400;  // seconds of virtual time; longer ones are too slow to try
+constexpr double kLongestAdvance = 36525 * kLongAdvance;  // the host must refuse a longer one
 
 // A client that reads everything. Thread: any.
 class Client final : public host::ControlChannel {
@@ -40,7 +40,7 @@ class Client final : public host::ControlChannel {
   }
   void onGone(std::function<void()> gone) override { m_gone = std::move(gone); }
 
-  void hangUp() {
+  void disconnect() {
     if (m_gone) m_gone();
   }
   [[nodiscard]] std::vector<std::string> replies() const {
@@ -92,13 +92,13 @@ class Host {
     // A task may post another one.
     for (int round = 0; round < 2; ++round) m_device.managementThread().run([] {});
     holdAnswer(*client, request);
-    client->hangUp();
+    client->disconnect();
   }
 
  private:
   void holdAnswer(const Client& client, const std::string& request);
 
-  support::Framework m_framework;  // no peer ever calls
+  support::Framework m_framework;  // gets no remote calls
   host::MemoryDataAccess m_store;
   host::VirtualClock m_clock;
   host::Device m_device{m_clock, plugin(), optionsWith(m_store)};
@@ -118,13 +118,14 @@ void Host::holdAnswer(const Client& client, const std::string& request) {
   if (replies.empty() && !client.items().empty()) return;  // log --follow
   hold(replies.size() == 1, "a request is answered once", request);
   const Json answer = objectOf(replies.front());
-  hold(answer.contains("ok") && answer["ok"].is_boolean(), "an answer is yes or no", request);
+  hold(answer.contains("ok") && answer["ok"].is_boolean(), "an answer has a boolean \"ok\"",
+       request);
   if (answer["ok"] == true) return;
   const std::string error = answer.value("error", std::string());
   hold(fuzz::isShortLine(error), "a refusal is one line", error);
 }
 
-// Advances by more than a day, and moves to a landmark, which may be years ahead.
+// True for an advance by more than a day, and for a move to a landmark, which may be years ahead.
 bool takesLong(const std::string& request) {
   const Json json = Json::parse(request, nullptr, false);
   const auto seconds = json.is_object() ? json.find("seconds") : json.end();
@@ -142,7 +143,7 @@ void fuzz::property(std::string_view input) {
   Host host;
   Reader lines(input);
   for (std::size_t asked = 0; asked < kMostRequests && !lines.atEnd(); ++asked) {
-    const std::string request = grown(lines.line());
+    const std::string request = expanded(lines.line());
     if (request.size() <= host::kMaxPayload && !takesLong(request)) host.ask(request);
   }
   host.ask(R"({"verb":"status"})");

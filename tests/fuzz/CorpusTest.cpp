@@ -1,5 +1,5 @@
-// The corpus in the tree is that of the targets in the build: no target without inputs, no inputs
-// without a target, and each input has a name that says what it is.
+// The corpus in the tree matches the targets in the build: each target has a folder with inputs,
+// each folder has a target, and each input has a name that describes it.
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ Names folders() {
   return names;
 }
 
-// What the fuzzer calls its finds.
+// A name that libFuzzer gives to an input: a digest, with or without a prefix.
 bool isDigest(const std::string& name) {
   const std::string end = name.substr(name.find_last_of('-') + 1);
   return end.size() == 40 && std::all_of(end.begin(), end.end(), [](char c) {
@@ -45,13 +45,14 @@ TEST(FuzzCorpus, HasInputsForEachTarget) {
     EXPECT_FALSE(fs::is_empty(fs::path(CLOCK_FUZZ_CORPUS) / name)) << name;
 }
 
-TEST(FuzzCorpus, NamesEachInputForWhatItIs) {
+TEST(FuzzCorpus, HasADescriptiveNameForEachInput) {
   for (const auto& entry : fs::recursive_directory_iterator(CLOCK_FUZZ_CORPUS))
     EXPECT_FALSE(isDigest(entry.path().filename().string())) << entry.path();
 }
 
 TEST(FuzzCorpus, IsSmall) {
-  constexpr std::uintmax_t kMost = 4096;  // a longer input is written as one that grows
+  // Longer inputs use the short notation, which fuzz::expanded reads.
+  constexpr std::uintmax_t kMost = 4096;
   for (const auto& entry : fs::recursive_directory_iterator(CLOCK_FUZZ_CORPUS)) {
     if (entry.is_directory()) continue;
     EXPECT_LE(entry.file_size(), kMost) << entry.path();

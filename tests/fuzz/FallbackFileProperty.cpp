@@ -1,6 +1,6 @@
-// Start-up with a file in the place where older software kept the time: it is gone afterwards, its
-// first word becomes the saved time when it has 25 characters, and the clock starts at a saved time
-// that is one.
+// Start-up with a file in the place where older software kept the time: the service deletes it,
+// saves its first word if that has 25 characters, and starts the clock at the saved time if that is
+// a valid time.
 
 #include <ctime>
 #include <filesystem>
@@ -20,7 +20,7 @@ constexpr const char* kSaved = "2020-05-05T17:18:19+00:00";
 constexpr const char* kKey = "FallbackDateTime";
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
-// Up to the first blank, as far as 127 bytes go; a zero ends it as it ends every text of C.
+// Up to the first blank, at most 127 bytes. A zero byte ends it, as in every C string.
 std::string firstWord(std::string_view content) {
   content.remove_prefix(std::min(content.find_first_not_of(kBlanks), content.size()));
   const std::string_view word = content.substr(0, content.find_first_of(kBlanks)).substr(0, 127);
@@ -49,8 +49,8 @@ void fuzz::property(std::string_view input) {
   std::ofstream(DevicePaths::kFallbackTimeFile, std::ios::binary) << input;
   telephone.switchOn();
   const std::string saved = telephone.stored(kKey);
-  hold(!std::filesystem::exists(DevicePaths::kFallbackTimeFile), "the file is used once", input);
-  hold(saved == expectedSaved(input), "25 characters are taken over, and nothing else", input);
+  hold(!std::filesystem::exists(DevicePaths::kFallbackTimeFile), "the file is deleted", input);
+  hold(saved == expectedSaved(input), "only a word of 25 characters is saved", input);
   holdClock(telephone, saved);
-  hold(telephone.managed("time").size() == 25, "the clock answers", saved);
+  hold(telephone.managed("time").size() == 25, "the clock answers with a UTC text", saved);
 }

@@ -1,5 +1,5 @@
-// The stream of a connection in pieces of any size: the same frames come out of it as out of the
-// whole, memory grows with what came, and calls are good for the codec that was agreed on.
+// A connection's stream in pieces of any size: it yields the frames of the whole stream, the buffer
+// grows only with the bytes received, and calls use the agreed codec.
 
 #include <algorithm>
 #include <optional>
@@ -18,8 +18,8 @@ using host::Frame;
 using host::FrameKind;
 using host::FrameReader;
 
-// One frame at the front of `bytes`, cut as the wire format says; nothing when there is none yet or
-// the rules are broken.
+// The first frame of `bytes`, cut by the rules of the wire format. Without a frame, it is
+// incomplete or `broken`.
 struct Cut {
   std::optional<Frame> frame;
   std::size_t length = 0;
@@ -39,7 +39,7 @@ Cut cutFrame(std::string_view bytes) {
   return {frame, 4 + length, false};
 }
 
-// A connection's end that reads in pieces, beside one that has it all.
+// Reads a stream in pieces, and compares its frames with those of the whole stream.
 class Connection {
  public:
   explicit Connection(std::string_view stream) : m_ahead(stream) {}
@@ -47,12 +47,13 @@ class Connection {
   void receive(std::string_view piece) {
     while (!piece.empty()) {
       const auto space = m_reader.space();
-      hold(!space.empty(), "there is room for the next byte");
-      hold(space.size() <= 2 * std::max<std::size_t>(m_came, 4096), "memory grows with the bytes");
+      hold(!space.empty(), "there is space for the next byte");
+      hold(space.size() <= 2 * std::max<std::size_t>(m_received, 4096),
+           "the buffer grows only with the bytes received");
       const std::size_t size = std::min(space.size(), piece.size());
       std::copy_n(piece.begin(), size, space.begin());
       m_reader.commit(size);
-      m_came += size;
+      m_received += size;
       piece.remove_prefix(size);
       takeFrames();
     }
@@ -60,9 +61,9 @@ class Connection {
 
   void end() {
     const Cut next = cutFrame(m_ahead);
-    hold(m_broken == next.broken, "a wrong frame breaks the stream as soon as it can be told");
-    hold(m_broken || !next.frame, "no frame is held back");
-    if (!m_broken) hold(m_reader.midFrame() == !m_ahead.empty(), "a begun frame is known as one");
+    hold(m_broken == next.broken, "a wrong frame breaks the stream as soon as it is detectable");
+    hold(m_broken || !next.frame, "no complete frame is held back");
+    if (!m_broken) hold(m_reader.midFrame() == !m_ahead.empty(), "a partial frame is reported");
   }
 
  private:
@@ -81,8 +82,9 @@ class Connection {
     const Cut cut = cutFrame(m_ahead);
     hold(cut.frame && cut.frame->kind == frame.kind && cut.frame->id == frame.id &&
              cut.frame->payload == frame.payload,
-         "the pieces give the frames of the whole", frame.payload);
-    hold(host::encodeFrame(frame) == m_ahead.substr(0, cut.length), "a frame is written as read");
+         "the pieces yield the frames of the whole stream", frame.payload);
+    hold(host::encodeFrame(frame) == m_ahead.substr(0, cut.length),
+         "a frame is encoded to the bytes read");
     m_ahead.remove_prefix(cut.length);
     useFrame(frame);
   }
@@ -95,18 +97,18 @@ class Connection {
     }
   }
 
-  std::string_view m_ahead;  // of the stream, what has not come out as a frame
+  std::string_view m_ahead;  // the rest of the stream, after the frames read so far
   host::CodecTable m_codecs;
   MessageCodec* m_codec = m_codecs.find(host::kDefaultCodec);
   FrameReader m_reader;
-  std::size_t m_came = 0;
+  std::size_t m_received = 0;
   bool m_broken = false;
 };
 
 }  // namespace
 
-// The first bytes say into what pieces the stream is cut, and how often the rest is said in it: one
-// that goes on for longer than a buffer.
+// The first bytes say into what pieces the stream is cut, and how often the rest is repeated, to
+// make a stream longer than a buffer.
 void fuzz::property(std::string_view input) {
   constexpr std::size_t kLongest = 256 * 1024;
   Reader reader(input);

@@ -1,5 +1,5 @@
-// What clockctl prints of a host's answers: the first line of the input is the verb, the second the
-// answer. Whatever the answer holds, it is printed or refused with an exception that has a text.
+// The output of clockctl for a host's answer: the first line of the input is the verb, the rest the
+// answer. Any answer is printed, or refused with an exception whose text is one line.
 
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -10,7 +10,7 @@
 void fuzz::property(std::string_view input) {
   Reader lines(input);
   const host::Verb* const verb = host::findVerb(lines.line());
-  const host::Json answer = host::Json::parse(grown(lines.rest()), nullptr, false);
+  const host::Json answer = host::Json::parse(expanded(lines.rest()), nullptr, false);
   if (verb == nullptr || !answer.is_object()) return;
   std::ostringstream out;
   try {
@@ -20,5 +20,5 @@ void fuzz::property(std::string_view input) {
     return;
   }
   const std::string text = out.str();
-  hold(text.empty() || text.back() == '\n', "what is printed ends its line", text);
+  hold(text.empty() || text.back() == '\n', "output ends with a line end", text);
 }

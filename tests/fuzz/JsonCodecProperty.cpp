@@ -1,5 +1,5 @@
-// Remote calls in JSON: what is read is what stands there, the same after a round trip, and no
-// other call in MessagePack.
+// Remote calls in JSON: decoding yields the encoded values, and a round trip through JSON or
+// MessagePack changes nothing.
 
 #include "remote/JsonCodec.h"
 
@@ -26,28 +26,30 @@ Json valueOf(const Parameter& parameter) {
 }
 
 void holdParameter(const Parameter& parameter, const Json& json) {
-  hold(json.at("name") == parameter.getName(), "a parameter has its name", parameter.getName());
+  hold(json.at("name") == parameter.getName(), "a parameter has the encoded name",
+       parameter.getName());
   hold(json.value("direction", Json(0)) == Json(static_cast<int>(parameter.getDirection())),
-       "a parameter has its direction", parameter.getName());
-  hold(json.at("value") == valueOf(parameter), "a parameter has its value", parameter.getName());
+       "a parameter has the encoded direction", parameter.getName());
+  hold(json.at("value") == valueOf(parameter), "a parameter has the encoded value",
+       parameter.getName());
 }
 
-// Against the text as the library reads it when nobody follows.
+// Compares with the text as the library parses it without callbacks.
 void holdMeaning(const Method& method, const std::string& text) {
   const Json json = Json::parse(text);
-  hold(json.at("name") == method.getName(), "a method has its name", text);
+  hold(json.at("name") == method.getName(), "a method has the encoded name", text);
   hold(json.value("type", Json(0)) == Json(static_cast<int>(method.getType())),
-       "a method has its type", text);
-  const Json parameters = json.value("parameters", Json::array());
-  const auto& came = method.getParameters();
-  hold(parameters.size() == came.size(), "a method has its parameters", text);
-  for (std::size_t i = 0; i < came.size(); ++i) holdParameter(came[i], parameters[i]);
+       "a method has the encoded type", text);
+  const Json expected = json.value("parameters", Json::array());
+  const auto& parameters = method.getParameters();
+  hold(expected.size() == parameters.size(), "a method has as many parameters as encoded", text);
+  for (std::size_t i = 0; i < parameters.size(); ++i) holdParameter(parameters[i], expected[i]);
 }
 
 }  // namespace
 
 void fuzz::property(std::string_view input) {
-  const std::string text = grown(input);
+  const std::string text = expanded(input);
   host::JsonCodec json;
   auto method = holdCodec(json, text);
   if (!method) return;

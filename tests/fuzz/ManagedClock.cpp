@@ -17,13 +17,13 @@
 namespace fuzz {
 namespace {
 
-// What a key's values are.
+// The kind of a key's values.
 enum class Kind { none, readOnly, text, number, flag, offset, zone, server, moment };
 
 struct Key {
   const char* name;
   Kind kind;
-  const char* storedAs;  // null: not a setting of its own
+  const char* storedAs;  // storage key; null: the value is computed
 };
 
 constexpr Key kKeys[] = {
@@ -52,7 +52,7 @@ Kind kindOf(const std::string& name) {
   return key == std::end(kKeys) ? Kind::none : key->kind;
 }
 
-// As strtol reads it, on a device whose long has 32 bits too.
+// As strtol reads it where long has 32 bits, which it has on the device.
 std::int64_t leadingNumber(const std::string& text) {
   const std::int64_t number = std::strtoll(text.c_str(), nullptr, 10);
   return std::clamp<std::int64_t>(number, std::numeric_limits<int>::min(),
@@ -68,7 +68,7 @@ bool isZone(std::int64_t number) {
   return number >= 0 && number <= 14;
 }
 
-// Whether a set is accepted; nothing where this takes knowledge of the present time.
+// Whether a set must be accepted; empty if that depends on the present time.
 std::optional<bool> isAccepted(const std::string& key, const std::string& value,
                                const std::string& present) {
   switch (kindOf(key)) {
@@ -92,14 +92,14 @@ std::optional<bool> isAccepted(const std::string& key, const std::string& value,
   return std::nullopt;
 }
 
-bool isShape(const std::string& text, std::string_view shape) {
+bool hasShape(const std::string& text, std::string_view shape) {
   return std::equal(text.begin(), text.end(), shape.begin(), shape.end(), [](char c, char wanted) {
     return wanted == '0' ? std::isdigit(static_cast<unsigned char>(c)) != 0 : c == wanted;
   });
 }
 
-// Too short to be cut at the places where the date format has its parts: such a set throws, and is
-// the only one without a record.
+// The value ends before the fixed positions of its parts, which depend on the date format. Only
+// such a set throws, and so leaves no security record.
 bool isTooShort(const std::string& key, const std::string& value, const std::string& dateFormat) {
   if (value.empty() || value == "???") return false;
   if (key == "simple-time") return value.size() < 3;
@@ -134,9 +134,10 @@ void ManagedClock::set(const std::string& key, const std::string& value) {
   const std::size_t records = m_telephone.security.count();
   const bool accepted = m_telephone.manage(key, value);
   const auto expected = isAccepted(key, value, before.at("sntp-addr"));
-  hold(!expected || accepted == *expected, "a key takes its values and no others", key);
+  hold(!expected || accepted == *expected, "a key accepts exactly its valid values", key);
   if (isTooShort(key, value, before.at("date-format")))
-    hold(!accepted && m_telephone.security.count() == records, "what throws is not on record", key);
+    hold(!accepted && m_telephone.security.count() == records, "a set that throws leaves no record",
+         key);
   else
     holdRecord(key, value, accepted, records);
   if (kindOf(key) == Kind::server) holdItemState(value);
@@ -146,9 +147,9 @@ void ManagedClock::set(const std::string& key, const std::string& value) {
 
 void ManagedClock::holdRecord(const std::string& key, const std::string& value, bool accepted,
                               std::size_t before) {
-  hold(m_telephone.security.count() == before + 1, "an attempt is on record once", key);
+  hold(m_telephone.security.count() == before + 1, "each other set leaves one record", key);
   const auto record = m_telephone.security.last();
-  hold(record.failure != accepted, "a record says how it went", key);
+  hold(record.failure != accepted, "a record has the outcome", key);
   hold(record.text == "ClockSettings set data " + key + "(" + value + ")",
        "a record has key and value", record.text);
 }
@@ -159,11 +160,12 @@ void ManagedClock::holdValue(const std::string& key, const std::string& value) {
   switch (kindOf(key)) {
     case Kind::number:
     case Kind::zone:
-      return hold(now == std::to_string(leadingNumber(value)), "a number is its text's", now);
+      return hold(now == std::to_string(leadingNumber(value)),
+                  "the value is the number that the text begins with", now);
     case Kind::text:
     case Kind::flag:
     case Kind::server:
-      return hold(now == value, "a text is what was set", value);
+      return hold(now == value, "the value is the text that was set", value);
     case Kind::offset:
       return hold(m_telephone.manage(key, now), "an offset can be written back", now);
     default:
@@ -171,31 +173,32 @@ void ManagedClock::holdValue(const std::string& key, const std::string& value) {
   }
 }
 
-// Where no daylight saving makes an hour that is not there, and far from the ends of the clock.
+// Only without daylight saving, which skips an hour in spring, and far from the clock's limits.
 void ManagedClock::holdTimeOfDay(const std::string& value) {
   constexpr std::int64_t kWeek = 7 * 86400;
   const std::int64_t now = m_telephone.wallSeconds();
-  if (!isShape(value, "00:00") || value >= "24:00" || value[3] >= '6') return;
+  if (!hasShape(value, "00:00") || value >= "24:00" || value[3] >= '6') return;
   if (m_telephone.managed("daylight-save") == "true") return;
   if (now < kWeek || now > std::numeric_limits<std::int32_t>::max() - kWeek) return;
-  hold(m_telephone.managed("simple-time") == value, "a time of day is what was set", value);
+  hold(m_telephone.managed("simple-time") == value, "the time of day is the one that was set",
+       value);
 }
 
 void ManagedClock::holdItemState(const std::string& server) {
   const bool none = server.empty() || server == "0.0.0.0" || server == "::";
   hold(m_telephone.management.itemState("time") == (none ? 0 : 4),
-       "the state of \"time\" follows the server that was asked for", server);
+       "the state of \"time\" follows the requested server", server);
 }
 
 void ManagedClock::get(const std::string& key) {
   std::string value = "untouched";
   const bool known = m_telephone.management.get(key, value);
-  hold(known == (kindOf(key) != Kind::none), "a key is known or not", key);
-  hold(known || value == "untouched", "an unknown key has no value", key);
+  hold(known == (kindOf(key) != Kind::none), "exactly the known keys can be read", key);
+  hold(known || value == "untouched", "an unknown key leaves the value unchanged", key);
   holdReadings();
 }
 
-// What is computed can be shown, whatever the settings hold.
+// The computed values are valid, whatever the settings are.
 void ManagedClock::holdReadings() {
   const std::string utc = m_telephone.managed("time");
   const std::string date = m_telephone.managed("simple-date");
@@ -203,7 +206,7 @@ void ManagedClock::holdReadings() {
   const std::string format = m_telephone.managed("date-format");
   tm record{};
   hold(ClockUtils::convertTimeStringToTimeStruct(utc, record), "the time is a UTC text", utc);
-  hold(isShape(time, "00:00") && time < "24:00", "the time of day is one", time);
+  hold(hasShape(time, "00:00") && time < "24:00", "the time of day is valid", time);
   const bool shown = format == "0" || format == "1" || format == "2";
   hold(date.size() == (shown ? 10U : 0U), "a date has its format's length", date);
   hold(zoneInForce().size() < 50, "a zone fits its buffer", zoneInForce());
@@ -212,9 +215,10 @@ void ManagedClock::holdReadings() {
 void ManagedClock::reset() {
   const bool wasDefault =
       m_telephone.managed("date-format") == "0" && m_telephone.managed("time-format") == "0";
-  hold(m_telephone.management.reset() == !wasDefault, "a reset tells whether it did anything");
+  hold(m_telephone.management.reset() == !wasDefault,
+       "a reset returns whether it changed a setting");
   hold(m_telephone.managed("date-format") == "0" && m_telephone.managed("time-format") == "0",
-       "a reset puts both formats back");
+       "a reset restores the default of both formats");
 }
 
 void ManagedClock::changeDevice(const std::string& key, const std::string& value) {
@@ -225,7 +229,7 @@ void ManagedClock::restart() {
   const Texts before = settings();
   m_telephone.switchOff();
   m_telephone.switchOn();
-  hold(settings() == before, "a setting outlives a restart");
+  hold(settings() == before, "settings survive a restart");
 }
 
 }  // namespace fuzz

@@ -7,8 +7,8 @@
 
 namespace fuzz {
 
-// The clock service as management sees it, held to its keys' contract with every set: what is
-// accepted is what was asked for and is stored, what is refused changes nothing.
+// The clock service as management sees it. Each set checks the contract of its key: an accepted
+// value is in effect and stored, a refused one changes nothing.
 // Failure: Broken.
 class ManagedClock {
  public:
@@ -20,7 +20,7 @@ class ManagedClock {
   void pass(std::chrono::milliseconds time) { m_telephone.pass(time); }
   void changeDevice(const std::string& key, const std::string& value);
 
-  // Off and on again: every setting is what it was.
+  // Switches off and on again: every setting must keep its value.
   void restart();
 
  private:
@@ -32,7 +32,7 @@ class ManagedClock {
   void holdTimeOfDay(const std::string& value);
   void holdItemState(const std::string& server);
   void holdReadings();
-  [[nodiscard]] Texts settings();  // in memory by their keys, in the store by its own
+  [[nodiscard]] Texts settings();  // values in memory by management key, stored ones by storage key
 
   plugin::Telephone m_telephone;
 };

@@ -12,24 +12,24 @@
 namespace {
 
 constexpr std::size_t kMostSteps = 64;
-constexpr long kLongestPass = 2 * 86400 * 1000;  // milliseconds; a longer one only takes longer
+constexpr long kLongestPass = 2 * 86400 * 1000;  // milliseconds; longer ones are too slow to try
 
-// Lines end where the input's do, so a line end in a value is written as \n.
+// A line end separates the lines of the input, so one in a value is written as \n.
 std::string withLineEnds(const std::string& text) {
-  std::string ended;
+  std::string result;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool lineEnd = text.compare(at, 2, "\\n") == 0;
-    ended += lineEnd ? '\n' : text[at];
+    result += lineEnd ? '\n' : text[at];
     if (lineEnd) ++at;
   }
-  return ended;
+  return result;
 }
 
 std::string valueOf(fuzz::Reader& words) {
-  return withLineEnds(fuzz::grown(words.rest()));
+  return withLineEnds(fuzz::expanded(words.rest()));
 }
 
-void take(fuzz::ManagedClock& clock, std::string_view line) {
+void runStep(fuzz::ManagedClock& clock, std::string_view line) {
   fuzz::Reader words(line);
   const std::string_view verb = words.word();
   if (verb == "get") return clock.get(valueOf(words));
@@ -39,7 +39,7 @@ void take(fuzz::ManagedClock& clock, std::string_view line) {
     const long time = std::strtol(std::string(words.rest()).c_str(), nullptr, 10);
     return clock.pass(std::chrono::milliseconds(std::clamp(time, 0L, kLongestPass)));
   }
-  const std::string key = withLineEnds(fuzz::grown(words.word()));
+  const std::string key = withLineEnds(fuzz::expanded(words.word()));
   if (verb == "device") return clock.changeDevice(key, valueOf(words));
   clock.set(key, valueOf(words));
 }
@@ -47,10 +47,11 @@ void take(fuzz::ManagedClock& clock, std::string_view line) {
 }  // namespace
 
 void fuzz::property(std::string_view input) {
-  host::ApplicationLog::instance().setLevel(6);  // nobody listens, but every line is written
+  host::ApplicationLog::instance().setLevel(6);  // no sink reads the lines, but all are formatted
   ManagedClock clock;
   Reader lines(input);
-  for (std::size_t step = 0; step < kMostSteps && !lines.atEnd(); ++step) take(clock, lines.line());
+  for (std::size_t step = 0; step < kMostSteps && !lines.atEnd(); ++step)
+    runStep(clock, lines.line());
   clock.get("time");
   clock.restart();
 }

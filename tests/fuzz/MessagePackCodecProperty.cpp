@@ -1,5 +1,5 @@
-// Remote calls in MessagePack: read when they have the one shape there is, as what stands there,
-// and the same after a round trip.
+// Remote calls in MessagePack: only the valid layout is decoded, decoding yields the encoded
+// values, and a round trip changes nothing.
 
 #include "remote/MessagePackCodec.h"
 
@@ -57,25 +57,29 @@ bool isMethod(const Object& object) {
 
 void holdParameter(const Parameter& parameter, const Object* part) {
   const Object& value = part[2];
-  hold(parameter.getName() == textOf(part[0]), "a parameter has its name", textOf(part[0]));
-  hold(parameter.getDirection() == static_cast<int>(part[1].via.u64), "and its direction");
-  if (isText(value)) return hold(parameter.getString() == textOf(value), "and its text");
-  if (isNumber(value)) return hold(parameter.getInt() == value.via.i64, "and its number");
+  hold(parameter.getName() == textOf(part[0]), "a parameter has the encoded name", textOf(part[0]));
+  hold(parameter.getDirection() == static_cast<int>(part[1].via.u64),
+       "a parameter has the encoded direction");
+  if (isText(value))
+    return hold(parameter.getString() == textOf(value), "a parameter has the encoded text");
+  if (isNumber(value))
+    return hold(parameter.getInt() == value.via.i64, "a parameter has the encoded number");
   hold(parameter.getType() == Parameter::boolean && parameter.getBool() == value.via.boolean,
-       "and its flag");
+       "a parameter has the encoded flag");
 }
 
 void holdMeaning(const Method& method, const Object& object) {
   const Object* const part = object.via.array.ptr;
-  const auto& came = method.getParameters();
-  hold(method.getName() == textOf(part[0]), "a method has its name", textOf(part[0]));
-  hold(method.getType() == static_cast<int>(part[1].via.u64), "a method has its type");
-  hold(came.size() == part[2].via.array.size, "a method has its parameters");
-  for (std::size_t i = 0; i < came.size(); ++i)
-    holdParameter(came[i], part[2].via.array.ptr[i].via.array.ptr);
+  const auto& parameters = method.getParameters();
+  hold(method.getName() == textOf(part[0]), "a method has the encoded name", textOf(part[0]));
+  hold(method.getType() == static_cast<int>(part[1].via.u64), "a method has the encoded type");
+  hold(parameters.size() == part[2].via.array.size, "a method has as many parameters as encoded");
+  for (std::size_t i = 0; i < parameters.size(); ++i)
+    holdParameter(parameters[i], part[2].via.array.ptr[i].via.array.ptr);
 }
 
-// The bytes as the library reads them when nobody follows; what is only announced costs nothing.
+// The bytes as the library reads them without callbacks. The limits keep a length that is only
+// announced from taking memory.
 bool unpack(std::string_view bytes, msgpack::object_handle& whole) {
   constexpr std::size_t kMost = 100'000;
   try {
@@ -95,6 +99,6 @@ void fuzz::property(std::string_view input) {
   const auto method = holdCodec(codec, input);
   msgpack::object_handle whole;
   const bool good = unpack(input, whole) && isMethod(whole.get());
-  hold(method.has_value() == good, "a method has the one shape there is", input);
+  hold(method.has_value() == good, "exactly the valid layout is decoded", input);
   if (good) holdMeaning(*method, whole.get());
 }

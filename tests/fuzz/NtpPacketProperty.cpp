@@ -1,5 +1,5 @@
-// The answer of a time server, or what claims to be one: only a packet that is good in every field
-// tells a time.
+// The answer of a time server, real or forged: only a packet that is good in every field yields a
+// time.
 
 #include "fuzz/Property.h"
 #include "ntpclient/Packet.h"
@@ -11,7 +11,7 @@ using std::chrono::nanoseconds;
 using std::chrono::seconds;
 namespace ntp = host::ntp;
 
-constexpr std::uint64_t kNonce = 0x4E6F6E6365313233;  // "Nonce123", as the corpus has it
+constexpr std::uint64_t kNonce = 0x4E6F6E6365313233;  // "Nonce123", which the corpus uses
 
 std::uint64_t bigEndian(std::string_view bytes, std::size_t at, std::size_t count) {
   std::uint64_t number = 0;
@@ -19,7 +19,7 @@ std::uint64_t bigEndian(std::string_view bytes, std::size_t at, std::size_t coun
   return number;
 }
 
-// Short for "not good for one reason or another", field by field as the protocol has them.
+// Checks each field by the protocol's rules, without the reason that a verdict gives.
 bool isGood(std::string_view packet) {
   if (packet.size() < ntp::kPacketSize) return false;
   const std::uint64_t flags = bigEndian(packet, 0, 1);
@@ -29,7 +29,7 @@ bool isGood(std::string_view packet) {
          bigEndian(packet, 24, 8) == kNonce && bigEndian(packet, 40, 8) != 0;
 }
 
-// Whole seconds since 1970 that a timestamp stands for, in the years 1968 to 2104.
+// The whole seconds since 1970 of an NTP timestamp, in the years 1968 to 2104.
 std::int64_t secondsOf(std::uint64_t timestamp) {
   const auto whole = static_cast<std::int64_t>(timestamp >> 32);
   return whole - 2208988800 + (whole < (std::int64_t{1} << 31) ? std::int64_t{1} << 32 : 0);
@@ -38,7 +38,7 @@ std::int64_t secondsOf(std::uint64_t timestamp) {
 void holdTime(const ntp::Judgement& good, std::string_view packet) {
   hold(std::chrono::floor<seconds>(good.sent).count() == secondsOf(bigEndian(packet, 40, 8)),
        "the time is the server's transmit time", packet);
-  hold(good.processing >= nanoseconds(0), "no server answers before it was asked", packet);
+  hold(good.processing >= nanoseconds(0), "the server's processing time is not negative", packet);
   for (const nanoseconds trip : {nanoseconds(0), nanoseconds(1), nanoseconds(seconds(5))}) {
     const nanoseconds arrival = ntp::timeAtArrival(good, trip);
     hold(arrival >= good.sent && arrival <= good.sent + trip / 2,
@@ -52,9 +52,9 @@ void fuzz::property(std::string_view input) {
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(input.data());
   const ntp::Judgement judgement = ntp::judge({bytes, input.size()}, kNonce);
   const bool good = judgement.verdict == ntp::Verdict::good;
-  hold(good == isGood(input), "a packet is good when every field is", input);
+  hold(good == isGood(input), "a packet is good if every field is", input);
   hold(isShortLine(ntp::textOf(judgement.verdict)), "a verdict is one line");
   if (good) return holdTime(judgement, input);
   hold(judgement.sent == nanoseconds(0) && judgement.processing == nanoseconds(0),
-       "a packet that is not good tells no time", input);
+       "a packet that is not good yields no time", input);
 }

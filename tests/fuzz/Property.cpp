@@ -27,13 +27,13 @@ std::string_view Reader::word() {
   return taken;
 }
 
-std::string grown(std::string_view text) {
+std::string expanded(std::string_view text) {
   constexpr std::size_t kLongest = 1024 * 1024;
   std::string whole;
   for (std::size_t at = 0; at < text.size() && whole.size() < kLongest; ++at) {
-    const bool grows = !whole.empty() && text.substr(at, 2) == "\\#" && at + 2 < text.size() &&
-                       text[at + 2] >= 'a' && text[at + 2] <= 't';
-    if (!grows) {
+    const bool repeats = !whole.empty() && text.substr(at, 2) == "\\#" && at + 2 < text.size() &&
+                         text[at + 2] >= 'a' && text[at + 2] <= 't';
+    if (!repeats) {
       whole += text[at];
       continue;
     }

@@ -1,5 +1,5 @@
-// Calls of peers, a line each, in JSON: whatever they hold, the real service answers each known one
-// once and as the table of methods says, and the others not at all.
+// Calls of peers in JSON, one per line. Whatever they contain, the real service sends one reply to
+// each known method that has one, as the table of methods says, and none to any other call.
 
 #include <algorithm>
 #include <memory>
@@ -23,25 +23,26 @@ using fuzz::hold;
 
 constexpr std::size_t kMostCalls = 64;
 
-bool isOf(const Parameter& parameter, const host::MethodParameter& row) {
+bool matches(const Parameter& parameter, const host::MethodParameter& row) {
   const Parameter::types types[] = {Parameter::integer, Parameter::text, Parameter::boolean};
   return parameter.getName() == row.name && parameter.getDirection() == Parameter::out &&
          parameter.getType() == types[static_cast<std::size_t>(row.type)];
 }
 
-// All of the row's parameters in their order, or none: a request may lack what it takes.
+// All of the row's parameters in order. If the request lacks a parameter, none, or a single flag.
 void holdReply(const Method& reply, const host::MethodRow& row) {
-  const auto& came = reply.getParameters();
-  hold(reply.getName() == row.name && reply.getType() == Method::reply, "a reply is named",
-       row.name);
-  hold(came.empty() || came.size() == row.reply.size() ||
-           (came.size() == 1 && came.front().getType() == Parameter::boolean),
-       "a reply has its parameters", row.name);
-  for (std::size_t i = 0; i < came.size(); ++i)
-    hold(isOf(came[i], row.reply.begin()[i]), "a reply's parameters are as told", row.name);
+  const auto& parameters = reply.getParameters();
+  hold(reply.getName() == row.name && reply.getType() == Method::reply,
+       "a reply has its method's name", row.name);
+  hold(parameters.empty() || parameters.size() == row.reply.size() ||
+           (parameters.size() == 1 && parameters.front().getType() == Parameter::boolean),
+       "a reply has as many parameters as documented", row.name);
+  for (std::size_t i = 0; i < parameters.size(); ++i)
+    hold(matches(parameters[i], row.reply.begin()[i]), "a reply's parameters are as documented",
+         row.name);
 }
 
-// A peer that calls and observes.
+// A peer that calls the service and gets its events.
 class Peer final : public ProxyRequest {
  public:
   explicit Peer(plugin::Telephone& telephone)
@@ -54,7 +55,7 @@ class Peer final : public ProxyRequest {
 
   void call(const std::string& bytes) {
     const auto outcome = support::request(m_invoker, &m_telephone.service(), bytes, "json");
-    hold(outcome.deleted, "a response is deleted", bytes);
+    hold(outcome.deleted, "the service deletes the response", bytes);
     holdAnswer(bytes, outcome.replies);
   }
 
@@ -76,10 +77,11 @@ class Peer final : public ProxyRequest {
     const host::MethodRow* const row =
         decode(bytes, request) ? host::rowNamed(host::remoteMethods(), request.getName()) : nullptr;
     const bool isReplied = row != nullptr && row->replies();
-    hold(replies.size() == (isReplied ? 1U : 0U), "a known method is answered once", bytes);
+    hold(replies.size() == (isReplied ? 1U : 0U),
+         "exactly one reply to a known method, none to others", bytes);
     if (!isReplied) return;
     Method reply;
-    hold(decode(replies.front(), reply), "a reply can be read", replies.front());
+    hold(decode(replies.front(), reply), "a reply can be decoded", replies.front());
     holdReply(reply, *row);
   }
 
@@ -92,14 +94,14 @@ class Peer final : public ProxyRequest {
 
 }  // namespace
 
-// After each call the time passes in which the service tells what it has to tell.
+// Lets pending events be delivered after each call.
 void fuzz::property(std::string_view input) {
   plugin::Telephone telephone;
   Peer peer(telephone);
   telephone.switchOn();
   Reader lines(input);
   for (std::size_t calls = 0; calls < kMostCalls && !lines.atEnd(); ++calls) {
-    peer.call(grown(lines.line()));
+    peer.call(expanded(lines.line()));
     telephone.pass(std::chrono::milliseconds(1));
   }
   telephone.switchOff();

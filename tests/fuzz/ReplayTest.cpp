@@ -1,4 +1,4 @@
-// The property of a fuzz target holds for every input of its corpus in the tree. Needs no fuzzer,
+// Replays a fuzz target's corpus: the property holds for every input in the tree. Needs no fuzzer
 // and runs in every build. Compiled once for all targets.
 
 #include <gtest/gtest.h>
@@ -57,13 +57,13 @@ TEST_F(Replay, HoldsForEachInputOfTheCorpus) {
   }
 }
 
-TEST_F(Replay, HoldsForEachInputThatEndsTooEarly) {
+TEST_F(Replay, HoldsForEachTruncatedInput) {
   for (const fs::path& file : corpus()) {
     SCOPED_TRACE(file.filename());
     std::vector<std::uint8_t> input = contentOf(file);
-    for (const std::size_t part : {std::size_t{0}, input.size() / 2, input.size() - 1}) {
-      if (part >= input.size()) continue;
-      EXPECT_NO_THROW(run({input.begin(), input.begin() + static_cast<std::ptrdiff_t>(part)}));
+    for (const std::size_t size : {std::size_t{0}, input.size() / 2, input.size() - 1}) {
+      if (size >= input.size()) continue;
+      EXPECT_NO_THROW(run({input.begin(), input.begin() + static_cast<std::ptrdiff_t>(size)}));
     }
   }
 }

@@ -1,5 +1,5 @@
-// Bytes in the pipe of the time reports, in one opening after the other: the listener takes the
-// first four of each as a time, passes it on unless it is 0, and goes on listening.
+// Bytes in the pipe for time reports, in several openings one after the other: the listener takes
+// the first four bytes of each as a time, passes it on unless it is 0, and continues to listen.
 
 #include <cstring>
 #include <mutex>
@@ -16,7 +16,7 @@ using Times = std::vector<long>;
 
 constexpr std::size_t kMostOpenings = 8;
 
-class Noting final : public SNTPTimeChangeObserver {
+class RecordingObserver final : public SNTPTimeChangeObserver {
  public:
   void handleSNTPClientUpdate(long secondsSinceEpoch) override {
     const std::lock_guard lock(m_mutex);
@@ -28,21 +28,21 @@ class Noting final : public SNTPTimeChangeObserver {
   }
 
  private:
-  mutable std::mutex m_mutex;  // guards what follows
+  mutable std::mutex m_mutex;  // guards the times
   Times m_times;
 };
 
-// What one opening reports.
+// Adds the time that one opening reports, unless it is 0.
 void add(Times& times, std::string_view bytes) {
   std::uint32_t seconds = 0;
   std::memcpy(&seconds, bytes.data(), std::min(bytes.size(), sizeof seconds));
   if (seconds != 0) times.push_back(static_cast<long>(seconds));
 }
 
-// What the listener passes on. A listener that ends drops what it has just read, so the last
-// opening is waited for.
+// The times that the listener passes on. A listener that is stopped drops what it has just read, so
+// this waits until the last opening is closed.
 Times reported(const std::vector<std::string_view>& openings) {
-  Noting observer;
+  RecordingObserver observer;
   plugin::ReportPipe pipe;
   {
     SNTPClientThread listener(&observer);
@@ -56,7 +56,7 @@ Times reported(const std::vector<std::string_view>& openings) {
 
 }  // namespace
 
-// A byte says how many bytes the next opening has.
+// The input is a row of openings: a byte with the size, then so many bytes.
 void fuzz::property(std::string_view input) {
   Reader reader(input);
   std::vector<std::string_view> openings;
@@ -66,5 +66,5 @@ void fuzz::property(std::string_view input) {
     openings.push_back(reader.take(size));
     add(expected, openings.back());
   }
-  hold(reported(openings) == expected, "each opening is one report, of its first bytes", input);
+  hold(reported(openings) == expected, "each opening is one report of its first four bytes", input);
 }

@@ -1,5 +1,5 @@
-// The text of a scenario: every line of it is understood, or the first that is not is named in one
-// line. Words are what was quoted, and files are the device's own.
+// The text of a scenario: it is read as a whole, or refused in one line that names the first wrong
+// line. Quoted words are read unchanged, and a scenario reaches only the device's own files.
 
 #include <algorithm>
 #include <filesystem>
@@ -25,7 +25,7 @@ std::string quoted(const std::string& word) {
   return text + '"';
 }
 
-// A file of the device, however its path is written.
+// An accepted path is inside the device's folders, however it is written.
 void holdPath(const std::string& path) {
   try {
     host::requireDevicePath(path);
@@ -34,7 +34,7 @@ void holdPath(const std::string& path) {
   }
   const std::string normal = std::filesystem::path(path).lexically_normal().string();
   hold(normal.starts_with("/data/") || normal.starts_with("/tmp/votk/"),
-       "a scenario touches no file of the machine", path);
+       "a scenario reaches only the device's files", path);
 }
 
 void holdWords(const std::string& line) {
@@ -46,7 +46,7 @@ void holdWords(const std::string& line) {
   }
   std::string again;
   for (const std::string& word : words) again += quoted(word) + ' ';
-  hold(host::splitScenarioLine(again) == words, "quoted words are read as they are", line);
+  hold(host::splitScenarioLine(again) == words, "quoted words are read unchanged", line);
   for (const std::string& word : words) holdPath(word);
 }
 
@@ -54,15 +54,15 @@ void holdSteps(const host::Scenario& scenario, int lines) {
   int last = 0;
   for (const host::ScenarioStep& step : scenario.steps) {
     hold(step.line > last && step.line <= lines, "steps are in the order of their lines");
-    hold(step.run != nullptr, "a step can be taken");
+    hold(step.run != nullptr, "a step can be run");
     last = step.line;
   }
   const std::string& mac = scenario.device.mac;
-  hold(mac.empty() || mac.size() == 12, "an address has 12 digits", mac);
-  hold(!scenario.device.at || scenario.device.at->size() == 25, "a start is a UTC text");
+  hold(mac.empty() || mac.size() == 12, "a MAC address has 12 digits", mac);
+  hold(!scenario.device.at || scenario.device.at->size() == 25, "the start time is a UTC text");
 }
 
-// "LINE: what was wrong".
+// "LINE: error text".
 void holdRefusal(const std::string& text, int lines) {
   hold(fuzz::isShortLine(text), "a refusal is one line", text);
   std::istringstream stream(text);
@@ -75,7 +75,7 @@ void holdRefusal(const std::string& text, int lines) {
 }  // namespace
 
 void fuzz::property(std::string_view input) {
-  const std::string text = grown(input);
+  const std::string text = expanded(input);
   Reader reader(text);
   int lines = 0;
   for (; !reader.atEnd(); ++lines) holdWords(std::string(reader.line()));

@@ -1,7 +1,7 @@
-// The settings as they come back from the store. An input that begins with "<" is the document
-// itself, of whatever store: what is read from it can be stored and read again the same. Any other
-// input is what somebody has put into the host's store, a line "KEY VALUE" each: a value that the
-// document cannot carry costs that setting alone.
+// Loading the settings from the store. An input that begins with "<" is the store's document:
+// settings that are read from it can be stored and loaded again unchanged. Any other input is the
+// content of the host's store, one line "KEY VALUE" each: a value that the document cannot hold
+// affects only its own setting.
 
 #include <map>
 
@@ -23,7 +23,7 @@ using fuzz::hold;
 using Texts = std::map<std::string, std::string>;
 using Settings = ClockServiceDataHandler;
 
-// A device with nothing but a store.
+// A device whose only service is a store.
 struct Device {
   Device() { context.add("DataAccessServiceIfc", &store); }
 
@@ -65,10 +65,10 @@ void holdDocument(const std::string& document) {
   static_cast<void>(parser.parseMessage(document.data(), static_cast<int>(document.size())));
   const Texts texts = textsOf(settings);
   for (const auto& [key, value] : texts) {
-    hold(host::isXmlText(value), "a document gives texts that another can carry", value);
-    hold(device.put(key, value), "the store is there", key);
+    hold(host::isXmlText(value), "settings are texts that a document can hold", value);
+    hold(device.put(key, value), "the store accepts any value", key);
   }
-  hold(read(device) == texts, "what is written is read back the same", document);
+  hold(read(device) == texts, "stored settings are loaded unchanged", document);
 }
 
 bool isText(const std::string& key) {
@@ -83,15 +83,15 @@ void holdStore(fuzz::Reader lines) {
   while (!lines.atEnd()) {
     fuzz::Reader words(lines.line());
     const std::string key(words.word());
-    values[key] = fuzz::grown(words.rest());
-    hold(device.put(key, values[key]), "the store is there", key);
+    values[key] = fuzz::expanded(words.rest());
+    hold(device.put(key, values[key]), "the store accepts any value", key);
   }
-  for (const auto& [key, came] : read(device)) {
+  for (const auto& [key, loaded] : read(device)) {
     const auto value = values.find(key);
     if (value == values.end() || !host::isXmlText(value->second))
-      hold(came == defaults.at(key), "what is not there has its default", key);
+      hold(loaded == defaults.at(key), "a missing or invalid setting has its default", key);
     else if (isText(key))
-      hold(came == value->second, "a text comes back as it is", key);
+      hold(loaded == value->second, "a text is loaded unchanged", key);
   }
 }
 

@@ -1,5 +1,5 @@
-// What libFuzzer calls, and the surroundings of every property: a private folder to work in, and a
-// zone that is not the machine's.
+// libFuzzer's entry points, and the set-up for every property: a private working folder, and UTC
+// instead of the machine's zone.
 
 #include <cstdlib>
 #include <ctime>
@@ -18,8 +18,8 @@ namespace {
 constexpr std::string_view kPathOptions[] = {
     "-artifact_prefix=", "-dict=", "-exact_artifact_path="};
 
-// A word of the command line as it means the same in every folder.
-std::string settled(const std::string& word) {
+// Makes path arguments absolute, because the properties run in another folder.
+std::string absoluteArgument(const std::string& word) {
   for (const std::string_view option : kPathOptions) {
     if (!word.starts_with(option)) continue;
     return std::string(option) + std::filesystem::absolute(word.substr(option.size())).string();
@@ -27,10 +27,10 @@ std::string settled(const std::string& word) {
   return word.starts_with('-') ? word : std::filesystem::absolute(word).string();
 }
 
-// A find goes, unless told otherwise, to where libFuzzer was started.
-std::vector<std::string> settled(int count, char** words) {
-  std::vector<std::string> all{words[0], settled("-artifact_prefix=./")};
-  for (int i = 1; i < count; ++i) all.push_back(settled(words[i]));
+// By default, crash inputs are written to the folder where libFuzzer was started.
+std::vector<std::string> absoluteArguments(int count, char** words) {
+  std::vector<std::string> all{words[0], absoluteArgument("-artifact_prefix=./")};
+  for (int i = 1; i < count; ++i) all.push_back(absoluteArgument(words[i]));
   return all;
 }
 
@@ -40,7 +40,7 @@ int LLVMFuzzerInitialize(int* count, char*** words) {
   static std::vector<std::string> texts;
   static std::vector<char*> pointers;
   if (count != nullptr) {
-    texts = settled(*count, *words);
+    texts = absoluteArguments(*count, *words);
     for (std::string& text : texts) pointers.push_back(text.data());
     *count = static_cast<int>(pointers.size());
     pointers.push_back(nullptr);

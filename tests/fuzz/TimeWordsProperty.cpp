@@ -1,5 +1,5 @@
-// Durations, instants and speeds as people write them: the forms that are told, and no others, mean
-// what they say, and are printed and read back the same.
+// Durations, instants and speeds as users type them: only the documented forms are accepted, with
+// the documented meaning, and a printed value can be read back.
 
 #include <algorithm>
 #include <chrono>
@@ -46,17 +46,18 @@ std::optional<double> unitForm(std::string_view text) {
 void holdDuration(std::string_view text) {
   const auto duration = host::parseDuration(text);
   const auto expected = clockForm(text) ? clockForm(text) : unitForm(text);
-  hold(duration.has_value() == expected.has_value(), "a duration has one of its forms", text);
-  if (!duration) return;
-  hold(*duration == seconds(static_cast<std::int64_t>(*expected)), "a duration says its length",
+  hold(duration.has_value() == expected.has_value(), "exactly the documented forms are durations",
        text);
+  if (!duration) return;
+  hold(*duration == seconds(static_cast<std::int64_t>(*expected)),
+       "a duration has the length that was typed", text);
   const std::string printed = host::durationText(*duration);
-  hold(fuzz::isShortLine(printed), "a printed duration is short", printed);
+  hold(fuzz::isShortLine(printed), "a printed duration is one short line", printed);
   if (*duration < std::chrono::days(1))
-    hold(host::parseDuration(printed) == duration, "a printed duration reads back", text);
+    hold(host::parseDuration(printed) == duration, "a printed duration can be read back", text);
 }
 
-// As the device reads it, to which no second is 60 here, and UTC has its sign written out.
+// As the device reads it, except that clockctl refuses second 60 and accepts "Z" for UTC.
 std::optional<seconds> deviceInstant(std::string text) {
   if (text.size() == 20 && text.back() == 'Z') text = text.substr(0, 19) + "+00:00";
   tm record{};
@@ -68,21 +69,22 @@ std::optional<seconds> deviceInstant(std::string text) {
 
 void holdInstant(const std::string& text) {
   const auto instant = host::parseInstant(text);
-  hold(instant == deviceInstant(text), "an instant is what the device reads", text);
+  hold(instant == deviceInstant(text), "an instant is the one that the device reads", text);
   if (!instant) return;
-  hold(host::parseInstant(host::longInstantText(*instant)) == instant, "its long form reads back",
-       text);
-  hold(host::parseInstant(host::instantText(*instant)) == instant, "so does its short form", text);
+  hold(host::parseInstant(host::longInstantText(*instant)) == instant,
+       "the long form can be read back", text);
+  hold(host::parseInstant(host::instantText(*instant)) == instant,
+       "the short form can be read back", text);
   hold(fuzz::isShortLine(host::localText(instant->count())), "local time is one line", text);
 }
 
 bool isDecimal(std::string_view text) {
-  const bool ofDigits = text.find_first_not_of("0123456789.") == std::string_view::npos;
-  return ofDigits && std::count(text.begin(), text.end(), '.') <= 1 &&
+  const bool numeric = text.find_first_not_of("0123456789.") == std::string_view::npos;
+  return numeric && std::count(text.begin(), text.end(), '.') <= 1 &&
          text.find_first_not_of('.') != std::string_view::npos;
 }
 
-// Not of numbers so near to 0 that not every reader has them.
+// Skips long texts: they may be numbers too small for every parser.
 void holdSpeed(std::string_view text) {
   if (text.size() > 300) return;
   const auto speed = host::parseSpeed(text);
@@ -90,9 +92,10 @@ void holdSpeed(std::string_view text) {
   hold(speed.has_value() == (decimal || text == "max"), "a speed is a number up to 1e9, or max",
        text);
   if (!speed) return;
-  hold(decimal ? *speed == numberOf(text) : std::isinf(*speed), "a speed says how fast", text);
-  hold(!std::signbit(*speed), "no speed goes back", text);
-  hold(fuzz::isShortLine(host::speedText(*speed)), "a printed speed is short", text);
+  hold(decimal ? *speed == numberOf(text) : std::isinf(*speed),
+       "a speed has the value that was typed", text);
+  hold(!std::signbit(*speed), "no negative speed", text);
+  hold(fuzz::isShortLine(host::speedText(*speed)), "a printed speed is one short line", text);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// UTC texts: what is read is an instant of the calendar, and is printed and read back the same. Any
+// UTC texts: an accepted text is an instant of the calendar, and can be printed and read back. Any
 // record can be printed.
 
 #include <chrono>
@@ -26,7 +26,7 @@ int digits(std::string_view text, std::size_t at, std::size_t count) {
   return number;
 }
 
-// REQUIRES: a text of the right shape.
+// REQUIRES: a text of the valid form.
 time_t instantOf(std::string_view text) {
   const int east = (digits(text, 20, 2) * 60 + digits(text, 23, 2)) * 60;
   const int time = (digits(text, 11, 2) * 60 + digits(text, 14, 2)) * 60 + digits(text, 17, 2);
@@ -36,11 +36,11 @@ time_t instantOf(std::string_view text) {
   return text[19] == '+' ? local - east : local + east;
 }
 
-// Also that timegm finds nothing in the record to put right, a leap second apart.
+// Checks also that timegm changes nothing in the record, except for a leap second.
 void holdRecord(const tm& record, std::string_view text) {
   tm normal = record;
-  hold(timegm(&normal) == instantOf(text), "a text is the instant that it says", text);
-  hold(record.tm_sec == 60 || same(normal, record), "a record holds a date of the calendar", text);
+  hold(timegm(&normal) == instantOf(text), "a text is read as its instant", text);
+  hold(record.tm_sec == 60 || same(normal, record), "a record holds a calendar date", text);
 }
 
 void holdReadBack(tm record, std::string_view text) {
@@ -49,8 +49,8 @@ void holdReadBack(tm record, std::string_view text) {
   tm again{};
   const bool read = ClockUtils::convertTimeStringToTimeStruct(printed, again);
   const int year = record.tm_year + 1900;
-  hold(read == (year >= 0 && year <= 9999), "years of four digits can be read back", text);
-  hold(!read || same(record, again), "what is printed is read back the same", text);
+  hold(read == (year >= 0 && year <= 9999), "exactly years of four digits can be read back", text);
+  hold(!read || same(record, again), "a printed record is read back unchanged", text);
 }
 
 void holdText(const std::string& text) {
@@ -73,13 +73,13 @@ void holdPrinting(fuzz::Reader numbers) {
     *field = numbers.number<int>();
   std::string text;
   ClockUtils::convertTimeStructToTimeString(record, text);
-  hold(text.size() >= kLength && text.size() < 96, "every record has a text", text);
+  hold(text.size() >= kLength && text.size() < 96, "every record can be printed", text);
   hold(text.ends_with("+00:00"), "a printed time is UTC", text);
 }
 
 }  // namespace
 
-// The same bytes as a text and as the numbers of a record.
+// Uses the same bytes as a text and as the fields of a record.
 void fuzz::property(std::string_view input) {
   holdText(std::string(input));
   holdPrinting(Reader(input));

@@ -1,5 +1,5 @@
-// The zone of any settings, as they come as texts from management and store: a value for TZ that
-// fits its buffer, that no shell can take for anything else, and that says what the settings say.
+// The TZ value for any settings, which come as texts from management and the store: it fits its
+// buffer, has no character that is special in a shell, and expresses the settings.
 
 #include <algorithm>
 #include <cmath>
@@ -26,19 +26,19 @@ TimeZoneText::Settings settingsOf(fuzz::Reader lines) {
   return settings;
 }
 
-// Minutes west of UTC, as far as 32 bits go.
-double within(double minutes) {
+// Whole minutes, limited to 32 bits. NaN is 0.
+double wholeMinutes(double minutes) {
   constexpr double kLimit = 2147483647;
   return std::isnan(minutes) ? 0 : std::clamp(std::trunc(minutes), -kLimit, kLimit);
 }
 
-// Takes a zone apart, front to back.
-class Zone {
+// Parses a TZ value from front to back.
+class ZoneParser {
  public:
-  explicit Zone(std::string_view text) : m_whole(text), m_rest(text) {}
+  explicit ZoneParser(std::string_view text) : m_whole(text), m_rest(text) {}
 
   void holdNext(std::string_view name) {
-    hold(m_rest.starts_with(name), "a zone has its names", m_whole);
+    hold(m_rest.starts_with(name), "a zone has the expected names and separators", m_whole);
     m_rest.remove_prefix(name.size());
   }
 
@@ -49,7 +49,7 @@ class Zone {
     const double hours = digits(m_rest.find_first_not_of("0123456789"));
     holdNext(":");
     const double minutes = digits(2);
-    hold(minutes < 60, "an hour has 60 minutes", m_whole);
+    hold(minutes < 60, "the minutes are below 60", m_whole);
     return (negative ? -1 : 1) * (hours * 60 + minutes);
   }
 
@@ -59,7 +59,7 @@ class Zone {
   double digits(std::size_t count) {
     const std::string number(m_rest.substr(0, count));
     hold(!number.empty() && number.find_first_not_of("0123456789") == std::string::npos,
-         "an offset is of digits", m_whole);
+         "an offset consists of digits", m_whole);
     m_rest.remove_prefix(number.size());
     return std::strtod(number.c_str(), nullptr);
   }
@@ -72,34 +72,34 @@ bool same(double one, double other) {
   return !(one < other) && !(other < one);
 }
 
-// Less than an hour east of UTC has lost its sign, as these telephones have it.
-void holdStandard(Zone& zone, double west, std::string_view text) {
+// These telephones drop the sign of an offset of less than an hour east of UTC.
+void holdStandard(ZoneParser& zone, double west, std::string_view text) {
   const double shown = zone.offset();
   hold(same(shown, west) || (std::abs(west) < 60 && same(shown, -west)),
-       "standard time is the offset's", text);
+       "standard time has the configured offset", text);
 }
 
 void holdMeaning(const TimeZoneText::Settings& settings, std::string_view text) {
-  const double west = within(static_cast<double>(settings.utcOffset) * -60.0);
-  const double daylight = within(west - settings.daylightMinutes);
-  const bool ruled = settings.daylightSaving && settings.automatic && !settings.rule.empty();
-  Zone zone(text);
+  const double west = wholeMinutes(static_cast<double>(settings.utcOffset) * -60.0);
+  const double daylight = wholeMinutes(west - settings.daylightMinutes);
+  const bool hasRule = settings.daylightSaving && settings.automatic && !settings.rule.empty();
+  ZoneParser zone(text);
   zone.holdNext("LOC");
-  if (!settings.daylightSaving || ruled)
+  if (!settings.daylightSaving || hasRule)
     holdStandard(zone, west, text);
   else
-    hold(same(zone.offset(), daylight), "daylight saving is the offset's", text);
-  if (ruled) {
+    hold(same(zone.offset(), daylight), "daylight saving has the configured offset", text);
+  if (hasRule) {
     zone.holdNext("DST");
-    hold(same(zone.offset(), daylight), "daylight saving is as told", text);
+    hold(same(zone.offset(), daylight), "daylight saving is as configured", text);
     zone.holdNext(",");
   }
-  hold(zone.rest() == (ruled ? settings.rule : ""), "a zone ends with its rule", text);
+  hold(zone.rest() == (hasRule ? settings.rule : ""), "a zone ends with the configured rule", text);
 }
 
 }  // namespace
 
-// A line each: offset, minutes, daylight saving, automatic, zone.
+// One line each: offset, minutes, daylight saving, automatic, zone.
 void fuzz::property(std::string_view input) {
   const TimeZoneText::Settings settings = settingsOf(Reader(input));
   const TimeZoneText::LocalZone zone = TimeZoneText::localZone(settings);
@@ -108,7 +108,7 @@ void fuzz::property(std::string_view input) {
   hold(text.size() <= longest, "a zone fits its buffer", text);
   if (text.size() < longest) holdMeaning(settings, text);
   hold(text.find_first_not_of("LOCDST0123456789:-,./M") == std::string::npos,
-       "a zone is of its letters", text);
+       "a zone has only valid characters", text);
   hold(TimeZoneText::script(text.c_str()) == "#!/bin/sh\n\nexport TZ=" + text + "\n\n",
-       "the script is whole", text);
+       "the script exports the zone", text);
 }

@@ -1,5 +1,5 @@
-// The platform's processes, threads and name lookups for a telephone in which nothing moves by
-// itself: no program is started, no thread runs, nobody is asked for an address or waited for.
+// Replaces the platform's processes, threads and name lookups, so that nothing runs in the
+// background: no program or thread is started, and every lookup fails at once.
 
 #include "Process.h"
 #include "Threader.h"
@@ -27,7 +27,7 @@ void Threader::waitForThreadCompletion(unsigned long /*threadId*/) {}
 
 void Threader::destroy(unsigned long /*threadId*/) {}
 
-// A test of texts is not to wait for a disk.
+// These tests do not check durability, so they do not wait for the disk.
 extern "C" int fsync(int /*descriptor*/) {
   return 0;
 }
