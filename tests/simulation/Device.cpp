@@ -16,7 +16,7 @@ simulation::Device& simulation::device() {
   return parts;
 }
 
-// Programs are not started, only recorded, with the TZ that they would get.
+// Records the programs to start, with the TZ that they would get, and starts none.
 struct Process::Impl {
   std::string line;
   bool running = false;
@@ -90,7 +90,7 @@ int rand() noexcept {
   return simulation::device().random.next();
 }
 
-// Costs time and is not needed: a simulated power cut leaves this machine's page cache alone.
+// Does nothing, to save time: a simulated power cut does not affect this machine's page cache.
 int fsync(int) {
   return 0;
 }

@@ -20,14 +20,14 @@ class Random {
 };
 
 // Replaces the platform's processes, threads and lookups and the C library's random numbers and
-// syncs: no program is started, no other machine asked, and no disk waited for. Owner: the process.
-// Set by the telephone before a service runs in it.
+// syncs: no program is started, no other machine is asked, and nothing waits for a disk. Owner: the
+// process. The telephone sets it before a service runs.
 struct Device {
   plugin::Journal* journal = nullptr;
   bool launchFails = false;
   bool lookupsFail = false;
   Random random;
-  std::function<void()> beforeWaiting;  // called before the wait for a thread's end
+  std::function<void()> beforeWaiting;  // called before waiting for a thread's end
 };
 
 [[nodiscard]] Device& device();

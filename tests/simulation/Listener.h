@@ -25,19 +25,19 @@ class Listener {
     must(mkfifo(kPipe, 0600) == 0, "mkfifo");
   }
   // Waits until the listener has opened the pipe.
-  void meet() {
+  void awaitListener() {
     do {
       m_writer = open(kPipe, O_WRONLY | O_CLOEXEC);
     } while (m_writer < 0 && errno == EINTR);
     must(m_writer >= 0, "open");
   }
-  // Sends one value, and waits until the listener has handled it: the next opening is of another
-  // pipe, which it reaches only then.
+  // Sends one value, and waits until the listener has handled it: only then does it open the next
+  // pipe.
   void report(std::uint32_t seconds) {
     makePipe();
     must(write(m_writer, &seconds, sizeof seconds) == sizeof seconds, "write");
     hangUp();
-    meet();
+    awaitListener();
   }
   // Closes this end: the listener's read returns.
   void hangUp() {

@@ -20,7 +20,7 @@
 
 namespace simulation {
 
-// The services of the telephone's framework. Each records the clock's calls.
+// Services of the telephone's framework that record the clock's calls.
 
 class RecordingManagement : public host::LocalManagement {
  public:
@@ -101,20 +101,20 @@ class RecordingStore : public host::MemoryDataAccess {
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override {
     return silent ? std::nullopt : MemoryDataAccess::getItem(schema, key);
   }
-  // As another program.
-  void putAside(const std::string& key, const std::string& value) {
+  // Stores a value as another program would.
+  void storeFromOutside(const std::string& key, const std::string& value) {
     static_cast<void>(MemoryDataAccess::setItem(DASUtilsStrings::ClockSettingsSchema, key, value));
   }
 
   std::atomic<bool> refuses{false};
   std::atomic<bool> silent{false};
-  std::atomic<bool> powerless{false};  // the telephone is off: nothing is written any more
+  std::atomic<bool> powerless{false};  // the telephone is off: nothing is stored
 
  private:
   plugin::Journal& m_journal;
 };
 
-// The TZ of this process, and the content of the script; empty without one.
+// The TZ of this process, and the content of the script (empty without one).
 [[nodiscard]] inline std::string zoneInForce() {
   const char* const zone = std::getenv("TZ");  // NOLINT(concurrency-mt-unsafe): nothing else runs
   return zone == nullptr ? "(none)" : zone;
@@ -129,18 +129,18 @@ class RecordingObserver final : public ClockServiceObserverIfc {
   RecordingObserver(plugin::Journal& journal, std::string name)
       : m_journal(journal), m_name(std::move(name)) {}
   void timezoneChangeEvent(std::string timezone) override {
-    hear("zone " + timezone + " in force: " + zoneInForce() + " after " + script());
+    record("zone " + timezone + " in force: " + zoneInForce() + " after " + script());
   }
   void timeChangeEvent(int hours, int minutes, int seconds) override {
-    hear(print("time %d:%d:%d", hours, minutes, seconds));
+    record(print("time %d:%d:%d", hours, minutes, seconds));
   }
   void dateChangeEvent(int day, int month, int year) override {
-    hear(print("date %d.%d.%d", day, month, year));
+    record(print("date %d.%d.%d", day, month, year));
   }
-  void alarmClockEvent(int alarm) override { hear(print("alarm %d", alarm)); }
+  void alarmClockEvent(int alarm) override { record(print("alarm %d", alarm)); }
 
  private:
-  void hear(const std::string& event) { m_journal.add(m_name + " hears " + event); }
+  void record(const std::string& event) { m_journal.add(m_name + " gets " + event); }
 
   plugin::Journal& m_journal;
   const std::string m_name;

@@ -54,7 +54,7 @@ struct Peers::Peer final : ProxyRequest {
     proxy->initProxy(*this);
   }
   bool sendMethod(Method& event) override {
-    journal.add(name + " hears " + describe(event));
+    journal.add(name + " gets " + describe(event));
     return true;
   }
   plugin::Journal& journal;
@@ -76,7 +76,7 @@ std::string Peers::call(Executable* service, const Method& request, const std::s
   const std::string& bytes = request.getName();
   m_invoker->handleMessage(service, bytes.data(), static_cast<int>(bytes.size()),
                            new Response(*this, caller, codec));
-  if (m_openResponses != 0) m_journal.add("a response is left over");
+  if (m_openResponses != 0) m_journal.add("a response was not deleted");
   return m_reply;
 }
 

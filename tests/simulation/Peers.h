@@ -15,8 +15,8 @@ class Executable;
 namespace simulation {
 
 // Other processes. They call the service through its invoker; those whose name begins with "peer"
-// get events. A request stays in memory and its bytes are its name: bytes are the host's. Destroyed
-// after the service.
+// get events. The codec encodes only a request's name, and keeps the rest in memory; real encoding
+// is tested with the host. Destroyed after the service.
 class Peers final : public FrameworkContext, public MessageCodec {
  public:
   explicit Peers(plugin::Journal& journal);
@@ -24,8 +24,8 @@ class Peers final : public FrameworkContext, public MessageCodec {
   Peers(const Peers&) = delete;
   Peers& operator=(const Peers&) = delete;
 
-  // The reply in one line; "no reply" without one. service: null is a call that finds none. Only
-  // codec "plain" is known, and bytes of "garbage" are no request.
+  // The reply in one line, or "no reply". service: null if the call finds no service. The only
+  // codec is "plain"; a request named "garbage" cannot be decoded.
   std::string call(Executable* service, const Method& request, const std::string& caller,
                    const std::string& codec = "plain");
 

@@ -1,4 +1,4 @@
-// The reference's device: start and restart, the NTP client, and the answers that must come now.
+// The reference's device: start and restart, the NTP client, and the expected answers.
 
 #include "simulation/Reference.h"
 
@@ -30,7 +30,7 @@ void Reference::applyToDevice(const Step& step) {
   if (step.act == Act::restart) restart(step);
   const bool link = step.act == Act::jack && step.numbers[0] == 5 && step.numbers[1] == 1;
   if (link && m_subscribed) startClient();
-  if (step.act == Act::strangeCall) {
+  if (step.act == Act::invalidCall) {
     const bool decoded = text == "unknown";
     const std::string log = text == "nobody" ? "Could not cast executable to ClockServiceIfc"
                             : decoded        ? "Invalid Message, ClockTime"
@@ -39,7 +39,7 @@ void Reference::applyToDevice(const Step& step) {
   }
 }
 
-// An orderly end ends the NTP client. After a power cut only the store remains.
+// An orderly shutdown stops the NTP client. After a power cut only the store remains.
 void Reference::restart(const Step& step) {
   if (step.numbers[0] == 1) endClient();
   m_variant = static_cast<int>(step.numbers[1]);
@@ -58,11 +58,11 @@ void Reference::restart(const Step& step) {
   startUp(step.texts[0]);
 }
 
-// The first hour and midnight are still those of the TZ at the start of the process.
+// The first hour and midnight are still computed with the TZ that the process started with.
 void Reference::startUp(const std::string& tz) {
   m_inForce.emplace(tz);
   m_big = findPhysical() && m_variant >= 2 && m_variant <= 4;
-  m_stored = has(storeService);
+  m_hasStore = has(storeService);
   for (const Setting& setting : kSettings) load(setting);
   restoreSavedTime();
   arm(saveDue, 43'200'000);
@@ -89,7 +89,7 @@ void Reference::restoreSavedTime() {
   if (const auto instant = instantOf(saved))
     setWall(*instant);
   else
-    complain("init: FallbackTime \"" + saved + "\" is not a UTC string");
+    logError("init: FallbackTime \"" + saved + "\" is not a UTC string");
 }
 
 void Reference::attachManagement() {
@@ -106,7 +106,7 @@ void Reference::attachManagement() {
 
 bool Reference::findPhysical() {
   m_physicalKnown = m_physicalKnown || has(physicalService);
-  if (!m_physicalKnown) complain("Cannot find PhysicalInterfaceServiceIfc\n");
+  if (!m_physicalKnown) logError("Cannot find PhysicalInterfaceServiceIfc\n");
   return m_physicalKnown;
 }
 
@@ -127,7 +127,7 @@ void Reference::startClient() {
   m_journal.add((fails ? "cannot start " : "starts ") + line + (traced ? " -L" : "") +
                 " under TZ=" + m_tz);
   m_clientRuns = !fails;
-  if (fails) complain("ntpclient couldn't be started");
+  if (fails) logError("ntpclient couldn't be started");
 }
 
 void Reference::endClient() {
@@ -143,7 +143,7 @@ void Reference::armClientRestart() {
     const bool whole = mac.size() == 12;
     const bool valid = whole && std::all_of(mac.begin() + 6, mac.end(),
                                             [](unsigned char c) { return std::isxdigit(c) != 0; });
-    if (!valid) complain(whole ? "unexpected character" : "invalid mac length");
+    if (!valid) logError(whole ? "unexpected character" : "invalid mac length");
     m_random.seed(valid ? static_cast<unsigned int>(std::stoul(mac.substr(6), nullptr, 16)) : 0);
   }
   m_seeded = m_seeded || m_managed;

@@ -17,10 +17,10 @@
 
 namespace simulation {
 
-// What the telephone must do and answer, calculated in another way than the service does it:
-// instants in milliseconds of uptime instead of timers, offsets of the C library instead of mktime,
-// masks and strftime instead of positions, settings as the texts of the store.
-// After apply() the journal has what must have happened, and snapshot() what must be answered.
+// What the telephone must do and answer, calculated in another way than in the service: instants in
+// milliseconds of uptime instead of timers, offsets of the C library instead of mktime, masks and
+// strftime instead of positions, settings as the texts of the store.
+// After apply() the journal has the expected events, and snapshot() the expected answers.
 // Between two steps the process's TZ is that of both sides.
 class Reference {
  public:
@@ -34,22 +34,22 @@ class Reference {
   }
 
  private:
-  // What can be due. At the same instant, those before `hour` come in this order, and the others in
-  // the order in which they were armed.
+  // Timers. At the same instant, those before `hour` expire in this order, and the others in the
+  // order in which they were armed.
   enum Moment { saveDue, timeSetDue, dateSetDue, zoneDue, hour, midnight, clientRestart };
   struct Due {
     std::int64_t at;
     int order;
   };
 
-  // ReferenceTime.cpp: clocks, what is due, events
+  // ReferenceTime.cpp: clocks, timers, events
   void applyToTime(const Step& step);
   void arm(Moment moment, std::int64_t delay);
   void armHour();
   void armMidnight();
   void pass(std::int64_t target);
   void fire();
-  void hourPassed(bool byItself);
+  void hourPassed(bool isHour);
   void dayPassed();
   bool setWall(std::int64_t seconds);
   void setByHand(tm reading);
@@ -100,10 +100,10 @@ class Reference {
   void changeValue(const std::string& key, const std::string& value);
   bool findPhysical();
   void answer(bool result) { m_journal.add(result ? "-> true" : "-> false"); }
-  void complain(const std::string& text) { m_journal.add("log 2 ClockService: " + text); }
+  void logError(const std::string& text) { m_journal.add("log 2 ClockService: " + text); }
   [[nodiscard]] bool has(ServiceRow row) const { return m_services.count(kServices[row]) > 0; }
 
-  // Of the device; outlives restarts.
+  // The device: survives restarts.
   std::map<std::string, std::string> m_store;
   std::map<std::string, std::string> m_values;
   std::map<std::string, bool> m_mayReset;
@@ -112,14 +112,14 @@ class Reference {
   std::string m_script;
   int m_logLevel = 4;
 
-  // Of one run of the service.
+  // One run of the service.
   plugin::Journal m_journal;
   std::optional<support::ZoneGuard> m_inForce;  // while a step is applied
   std::map<std::string, std::string> m_memory;  // settings by storage key
   std::set<std::string> m_services;
   bool m_big = false;  // variant 2 to 4
   int m_variant = 0;
-  bool m_stored = false;  // there is a store
+  bool m_hasStore = false;
   bool m_physicalKnown = false;
   bool m_subscribed = false;
   bool m_securityKnown = false;

@@ -1,4 +1,4 @@
-// The reference's settings, as the texts that the store holds, and the sixteen management keys.
+// The reference's settings, as the texts of the store, and the sixteen management keys.
 
 #include <algorithm>
 #include <cstdlib>
@@ -28,8 +28,8 @@ bool isStorable(const std::string& text) {
   });
 }
 
-// The text of the value that memory gets from a text; of an offset with all its digits.
-std::string meaning(const Setting& setting, const std::string& text) {
+// The value in memory after loading `text`, as a text; an offset with all its digits.
+std::string loaded(const Setting& setting, const std::string& text) {
   switch (setting.kind) {
     case Setting::number:
     case Setting::zone:
@@ -60,18 +60,18 @@ void Reference::applyToManagement(const Step& step) {
   if (step.act == Act::get) {
     const std::string shown = value(step.texts[0]).value_or("refused");
     if (step.texts[0] == "simple-date" && shown.empty())
-      complain("getData: Invalid Date Format.\n");
+      logError("getData: Invalid Date Format.\n");
     m_journal.add("-> " + shown);
   }
   if (step.act == Act::set) answer(set(step.texts[0], step.texts[1]));
   if (step.act == Act::reset) reset();
 }
 
-// A setting that the store does not have gets its default.
+// A setting that is not in the store gets its default.
 void Reference::load(const Setting& setting) {
-  const bool readable = m_stored && !m_trouble[Act::storeSilent] && m_store.count(setting.stored);
-  const char* const usual = m_big ? setting.byDefaultOnBig : setting.byDefault;
-  m_memory[setting.stored] = meaning(setting, readable ? m_store[setting.stored] : usual);
+  const bool readable = m_hasStore && !m_trouble[Act::storeSilent] && m_store.count(setting.stored);
+  const char* const byDefault = m_big ? setting.byDefaultOnBig : setting.byDefault;
+  m_memory[setting.stored] = loaded(setting, readable ? m_store[setting.stored] : byDefault);
 }
 
 void Reference::reloadFormats() {
@@ -85,16 +85,16 @@ void Reference::reloadFormats() {
 
 // Stores the text first; memory changes only if that succeeds.
 bool Reference::write(const Setting& setting, const std::string& value) {
-  if (!m_stored || !isStorable(value)) return false;
+  if (!m_hasStore || !isStorable(value)) return false;
   const bool refused = m_trouble[Act::storeRefuses];
   m_journal.add(std::string("store ") + setting.stored + "=" + value + (refused ? " refused" : ""));
   if (refused) return false;
   m_store[setting.stored] = value;
-  m_memory[setting.stored] = meaning(setting, value);
+  m_memory[setting.stored] = loaded(setting, value);
   return true;
 }
 
-// A number too large for hours is in seconds. The current value is not written again.
+// A number too large for hours is in seconds. An unchanged value is not stored again.
 bool Reference::putOffset(const Setting& setting, const std::string& value) {
   const float hours = hoursOf(value);
   const std::string exact = print("%.9g", hours);
@@ -140,7 +140,7 @@ std::optional<std::string> Reference::value(const std::string& key) const {
   return setting->kind == Setting::offset ? print("%g", std::strtod(text.c_str(), nullptr)) : text;
 }
 
-// A text that is too short ends the request without a security record.
+// A text that is too short is refused without a security record.
 bool Reference::set(const std::string& key, const std::string& value) {
   bool accepted = false;
   try {
@@ -175,8 +175,8 @@ bool Reference::applySetting(const Setting& setting, const std::string& value, b
     arm(zoneDue, 1);
   }
   if (key == "sntp-addr" && m_managed) {
-    const bool open = value.empty() || value == "0.0.0.0" || value == "::";
-    m_journal.add(std::string("item time is ") + (open ? "0" : "4"));
+    const bool none = value.empty() || value == "0.0.0.0" || value == "::";
+    m_journal.add(std::string("item time is ") + (none ? "0" : "4"));
   }
   return accepted;
 }
@@ -208,11 +208,11 @@ void Reference::reset() {
   bool done = false;
   for (const char* const key : {"date-format", "time-format"}) {
     const Setting& setting = *settingOf(key);
-    const std::string usual = m_big ? setting.byDefaultOnBig : setting.byDefault;
+    const std::string byDefault = m_big ? setting.byDefaultOnBig : setting.byDefault;
     const bool mayReset = m_mayReset.count(key) == 0 || m_mayReset[key];
-    if (!m_managed || !mayReset || m_memory[setting.stored] == usual) continue;
-    set(key, usual);
-    reportValue(key, usual);
+    if (!m_managed || !mayReset || m_memory[setting.stored] == byDefault) continue;
+    set(key, byDefault);
+    reportValue(key, byDefault);
     done = true;
   }
   answer(done);

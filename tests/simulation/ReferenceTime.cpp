@@ -1,4 +1,4 @@
-// The reference's clocks, what is due, and the events that observers get.
+// The reference's clocks and timers, and the events that observers get.
 
 #include <algorithm>
 
@@ -8,7 +8,7 @@ namespace simulation {
 namespace {
 
 constexpr std::int64_t kHour = 3'600'000;
-constexpr std::int64_t kLastWall = 8'000'000'000;  // seconds; the virtual clock's last time
+constexpr std::int64_t kLastWall = 8'000'000'000;  // seconds; the virtual clock's maximum
 
 // Milliseconds from `now` (seconds) to the next multiple of `period` of local time, at the current
 // offset from UTC.
@@ -61,7 +61,7 @@ void Reference::pass(std::int64_t target) {
   m_uptime = target;
 }
 
-// Time passes to the first moment that is due.
+// Time passes to the next timer, which expires.
 void Reference::fire() {
   const auto first = std::min_element(m_due.begin(), m_due.end(), [](const auto& a, const auto& b) {
     return std::pair(a.second.at, a.second.order) < std::pair(b.second.at, b.second.order);
@@ -81,15 +81,15 @@ void Reference::fire() {
   if (moment == clientRestart) startClient();
 }
 
-// The hour also announces a time set by hand that is not announced yet, and after the time a date
-// that no event has announced.
-void Reference::hourPassed(bool byItself) {
+// The hour also announces a time set by hand that is not announced yet, and then a date that no
+// event has announced.
+void Reference::hourPassed(bool isHour) {
   m_due.erase(timeSetDue);
   announceTime();
-  if (byItself && m_due.count(dateSetDue) == 0 && today() != m_announcedDate) announceDate();
+  if (isHour && m_due.count(dateSetDue) == 0 && today() != m_announcedDate) announceDate();
   armHour();
   armMidnight();
-  if (byItself) armClientRestart();
+  if (isHour) armClientRestart();
 }
 
 void Reference::dayPassed() {
@@ -98,7 +98,7 @@ void Reference::dayPassed() {
   announceDate();
 }
 
-// A setter keeps the offset from UTC of before.
+// A setter keeps the former offset from UTC.
 void Reference::setByHand(tm reading) {
   const std::int64_t offset = reading.tm_gmtoff;
   const std::int64_t instant = timegm(&reading) - offset;
@@ -131,10 +131,10 @@ bool Reference::setTime(std::int64_t hours, std::int64_t minutes, std::int64_t s
 void Reference::setSeconds(std::int64_t seconds) {
   if (hasServer()) return;
   m_timeReceived = false;
-  if (!setWall(seconds)) complain("settimeofday failed");
+  if (!setWall(seconds)) logError("settimeofday failed");
 }
 
-// The system's time. As in every UTC text, its very first second means "now".
+// The system's time. As in every UTC text, second 0 means "now".
 std::string Reference::saveTime() {
   const std::int64_t system = floorSeconds(wallMs());
   std::string text = utcText(system == 0 ? now() : within32(system));
@@ -166,7 +166,7 @@ void Reference::observe(const std::string& name, bool begins) {
 
 void Reference::announce(const std::string& local, const std::string& remote) {
   for (const std::string& name : m_observers)
-    m_journal.add(name + " hears " + (isRemote(name) ? "0 " + remote : local));
+    m_journal.add(name + " gets " + (isRemote(name) ? "0 " + remote : local));
 }
 
 void Reference::announceTime() {

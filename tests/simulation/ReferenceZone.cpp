@@ -17,7 +17,7 @@ std::int64_t wholeMinutes(double minutes) {
   return std::isnan(minutes) ? 0 : static_cast<std::int64_t>(std::clamp(minutes, -kMost, kMost));
 }
 
-// Minutes west of UTC. Less than an hour east keeps its sign only with daylight saving.
+// A TZ offset of minutes west of UTC. Less than an hour east has a sign only with daylight saving.
 std::string hoursAndMinutes(std::int64_t west, bool keepsSign) {
   const std::int64_t size = std::abs(west);
   const bool hours = size >= 60;
@@ -32,7 +32,7 @@ std::string changeText(const ZoneRule::Change& change) {
 
 }  // namespace
 
-// Empty without automatic daylight saving, or without a zone.
+// Empty without automatic daylight saving or without a zone.
 std::string Reference::zoneRule() const {
   const int zone = number("DaylightSavingZoneIDDevice");
   const bool automatic = m_memory.at("AutoDaylightSavingEnabledDevice") == "true";
@@ -68,7 +68,7 @@ std::optional<tm> Reference::localOf(const std::string& utc) const {
   return localAt(*instant + std::int64_t{60} * m_displayMinutes + timezone);
 }
 
-// All queries that take an argument. A text that is not a UTC text gives a record of zeroes.
+// All queries that take an argument. An invalid UTC text yields a record of zeroes.
 void Reference::ask(const Step& step) {
   const auto& n = step.numbers;
   const auto local = localOf(step.texts[0]);

@@ -11,7 +11,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kMostSteps = 60;
-constexpr const char* kNothing = "(nothing more)";
+constexpr const char* kNothing = "(no more lines)";
 
 // The lines of `own` that differ from the other side, without the common beginning and end.
 Lines differing(const Lines& own, const Lines& other) {
@@ -34,12 +34,12 @@ std::string side(const char* title, const Lines& lines) {
 }
 
 std::string both(const Difference& difference) {
-  return side("  must be:", differing(difference.expected, difference.actual)) +
-         side("  is:", differing(difference.actual, difference.expected));
+  return side("  expected:", differing(difference.expected, difference.actual)) +
+         side("  actual:", differing(difference.actual, difference.expected));
 }
 
-// Two words without their digits.
-std::string beginningOf(const Lines& lines) {
+// The first two words, without digits.
+std::string firstWords(const Lines& lines) {
   std::string line = lines.empty() ? kNothing : lines[0];
   const std::size_t blank = line.find(' ', line.find(' ') + 1);
   line.resize(std::min(line.size(), blank));
@@ -77,8 +77,8 @@ Run shrunk(Run run, const Runner& again, Clock::duration most) {
 }
 
 std::string faultOf(const Difference& difference) {
-  return beginningOf(differing(difference.expected, difference.actual)) + "\n" +
-         beginningOf(differing(difference.actual, difference.expected));
+  return firstWords(differing(difference.expected, difference.actual)) + "\n" +
+         firstWords(differing(difference.actual, difference.expected));
 }
 
 std::string differenceText(std::uint64_t seed, const Run& run) {
@@ -88,11 +88,11 @@ std::string differenceText(std::uint64_t seed, const Run& run) {
          both(*run.difference);
 }
 
-std::string wayText(const Run& shortest) {
-  std::string text = "the shortest run that differs, from a first start:\n";
+std::string shortestRunText(const Run& shortest) {
+  std::string text = "the shortest run that differs, from the first start:\n";
   const std::size_t size = shortest.steps.size();
   const std::size_t first = size - std::min(size, kMostSteps);
-  if (first > 0) text += "  " + std::to_string(first) + " steps, and then\n";
+  if (first > 0) text += "  " + std::to_string(first) + " steps, then\n";
   for (std::size_t i = first; i < size; ++i) text += "  " + describe(shortest.steps[i]) + "\n";
   return text + "where\n" + both(*shortest.difference);
 }

@@ -23,11 +23,11 @@ class Pair {
   // True when both agree.
   bool take(const Step& step) {
     m_reference.apply(step);
-    return agree(m_reference.take(), said([&] {
+    return agree(m_reference.take(), linesOf([&] {
                    m_telephone.apply(step);
                    return m_telephone.take();
                  })) &&
-           agree(m_reference.snapshot(), said([this] { return m_telephone.snapshot(); }));
+           agree(m_reference.snapshot(), linesOf([this] { return m_telephone.snapshot(); }));
   }
   [[nodiscard]] const Reference& reference() const { return m_reference; }
   [[nodiscard]] std::uint64_t digest() const { return m_digest; }
@@ -36,15 +36,15 @@ class Pair {
   }
 
  private:
-  template <class Doing>
-  Lines said(Doing doing) {
+  template <class Action>
+  Lines linesOf(Action action) {
     std::string thrown;
     try {
-      return doing();
+      return action();
     } catch (const std::exception& error) {
       thrown = error.what();
     } catch (...) {
-      thrown = "no exception of the library's";
+      thrown = "not a std::exception";
     }
     Lines lines = m_telephone.take();
     lines.push_back("threw: " + thrown);
@@ -64,8 +64,8 @@ class Pair {
   Lines m_actual;
 };
 
-// Takes steps from `nextStep` until it returns none or there is a difference. The first step is a
-// telephone with all services.
+// Takes steps from `nextStep` until it returns none or there is a difference. Starts a telephone
+// with all services first.
 template <class NextStep>
 Run runWith(NextStep nextStep, const Watch& watch) {
   Pair pair;

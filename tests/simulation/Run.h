@@ -24,13 +24,13 @@ struct Run {
   std::uint64_t digest = 0;  // of everything that the telephone did and answered
 };
 
-// Takes these steps, or as many as are wanted from a seed, on a new telephone. An exception of the
+// Takes these steps, or so many steps drawn from a seed, on a new telephone. An exception of the
 // telephone is a difference. watch: called before each step with the steps up to it.
 using Watch = std::function<void(const Run&)>;
 [[nodiscard]] Run run(const Steps& steps, const Watch& watch = {});
 [[nodiscard]] Run run(std::uint64_t seed, std::size_t steps, const Watch& watch = {});
 
-// Leaves steps out as long as the same difference remains, for 20 s at most by the machine's clock.
+// Leaves out steps while the same difference remains, for at most 20 s of real time.
 // REQUIRES: a difference.
 using Runner = std::function<Run(const Steps&)>;
 [[nodiscard]] Run shrunk(Run run, const Runner& again,
@@ -38,9 +38,10 @@ using Runner = std::function<Run(const Steps&)>;
 
 // The seed, the step, and the lines that differ on both sides.
 [[nodiscard]] std::string differenceText(std::uint64_t seed, const Run& run);
-// The last 60 steps of the shortest run to a difference, and the lines that differ.
-[[nodiscard]] std::string wayText(const Run& shortest);
-// How the first lines that differ begin, without digits: the same in two runs with the same fault.
+// The last 60 steps of a shortened run, and the lines that differ.
+[[nodiscard]] std::string shortestRunText(const Run& shortest);
+// The first words of the first lines that differ, without digits: equal in two runs with the same
+// fault.
 [[nodiscard]] std::string faultOf(const Difference& difference);
 
 }  // namespace simulation

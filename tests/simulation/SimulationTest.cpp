@@ -19,25 +19,25 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// All runs have the same length; the tests share the number of steps that the build or the variable
-// sets.
+// All runs have the same length. The build or an environment variable sets the total number of
+// steps, which the tests share.
 constexpr std::size_t kRunSteps = 2500;
 constexpr std::size_t kFixedLots = 20;
 constexpr std::size_t kNewLots = 10;
 
-// Prints the difference before the long search for the shortest run.
+// Prints the difference first, because the search for the shortest run takes long.
 void showDifference(std::uint64_t seed, const Run& wrong) {
   std::cout << differenceText(seed, wrong) << std::flush;
   const auto again = [](const Steps& steps) { return run(steps); };
-  FAIL() << differenceText(seed, wrong) << wayText(shrunk(wrong, again));
+  FAIL() << differenceText(seed, wrong) << shortestRunText(shrunk(wrong, again));
 }
 
-// A test without a step must not pass.
+// Also fails without a step, so that a wrong variable does not go unnoticed.
 void expectAgreement(std::uint64_t firstSeed, const char* variable, std::size_t usual,
                      std::size_t lots) {
   const char* const asked = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): one thread
   const std::size_t steps = (asked == nullptr ? usual : std::strtoul(asked, nullptr, 10)) / lots;
-  EXPECT_GT(steps, 0U) << variable << " is no number of steps for " << lots << " lots";
+  EXPECT_GT(steps, 0U) << variable << " is not a number of steps for " << lots << " lots";
   for (std::size_t taken = 0; taken < steps; taken += kRunSteps) {
     const std::uint64_t seed = firstSeed + taken / kRunSteps;
     const Run result = run(seed, std::min(kRunSteps, steps - taken));
@@ -52,7 +52,7 @@ class Simulation : public testing::Test {
 
 class SimulationLot : public Simulation, public testing::WithParamInterface<std::size_t> {};
 
-TEST_F(Simulation, SameSeedGivesTheSameRunToTheByte) {
+TEST_F(Simulation, SameSeedGivesTheSameRun) {
   const auto once = run(42, 1500);
   EXPECT_EQ(once.digest, run(42, 1500).digest);
   EXPECT_NE(once.digest, run(43, 1500).digest);
@@ -103,7 +103,7 @@ std::string simulate(const std::string& words, const std::string& before = "") {
   return text;
 }
 
-TEST(Simulate, SaysTheSameForTheSameSeedToTheByte) {
+TEST(Simulate, PrintsTheSameBytesForTheSameSeed) {
   const std::string text = simulate("--runs 2 --steps 50 --seed 5");
   EXPECT_THAT(text, StartsWith("seed 5: 50 steps, digest "));
   EXPECT_THAT(text, EndsWith("\n2 runs of 50 steps agreed with the reference\n0\n"));
@@ -111,7 +111,7 @@ TEST(Simulate, SaysTheSameForTheSameSeedToTheByte) {
 }
 
 // The processor time runs out in the middle of a run.
-TEST(Simulate, TellsTheStepOfACrash) {
+TEST(Simulate, PrintsTheStepOfACrash) {
   const std::string text =
       simulate("--runs 1 --steps 100000000 --seed 5", "ulimit -c 0; ulimit -S -t 1; ");
   EXPECT_THAT(text, testing::ContainsRegex("\nsimulate: SIGXCPU in seed 5, step [0-9]+: [^\n]+\n"));

@@ -11,10 +11,10 @@ namespace {
 const Lines kNames = words(
     "time passes, in ms:|time passes to the next timer|the wall clock jumps to|management sets|"
     "management gets|management resets the user's formats|the device's value becomes|"
-    "another program stores|queries|a strange call:|observes:|stops observing:|setTime by|"
+    "another program stores|queries|an invalid call:|observes:|stops observing:|setTime by|"
     "setDate by|setTime of seconds by|setFallbackTime by|NTP client reports|jack event|"
     "store refuses sets:|store cannot be read:|programs cannot be started:|"
-    "lookups of names fail:|service is there:|may be reset:|log level|"
+    "lookups of names fail:|service is present:|may be reset:|log level|"
     "the fallback file is written:|run, shutdown and hook switch|"
     "restart: in order, variant, missing services, wall time, TZ");
 

@@ -16,7 +16,7 @@ enum class Act {
   deviceValue,   // texts: key, value of the device
   outsideStore,  // texts: storage key, value written by another program
   ask,           // texts: UTC text; numbers: seconds, then the six fields of getUTCTime
-  strangeCall,   // texts: what is wrong with the request ("unknown", "garbage", "codec", "nobody")
+  invalidCall,   // texts: the fault of the request ("unknown", "garbage", "codec", "nobody")
   observe,       // texts: observer
   unobserve,     // texts: observer
   setTime,       // texts: caller; numbers: hours, minutes, seconds
@@ -38,9 +38,9 @@ enum class Act {
                  // texts: TZ of the new process
 };
 
-// One thing that happens to the telephone. Only data, so that any list of steps can be run again.
-// Callers and observers: "peer..." is another process, "stranger" one that no event reaches,
-// "nobody" a null observer; all others are in the service's own process.
+// One step of a run. Only data, so that any list of steps can be run again. Callers and observers:
+// "peer..." is another process, "stranger" one that gets no events, "nobody" a null observer; all
+// others are in the service's own process.
 struct Step {
   Act act = Act::pass;
   std::vector<std::int64_t> numbers{};

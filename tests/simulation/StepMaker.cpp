@@ -23,7 +23,7 @@ struct Weighted {
 constexpr Weighted kActs[] = {
     {220, Act::pass},      {90, Act::next},        {60, Act::jump},         {240, Act::set},
     {10, Act::get},        {15, Act::reset},       {80, Act::deviceValue},  {10, Act::outsideStore},
-    {60, Act::ask},        {8, Act::strangeCall},  {30, Act::observe},      {25, Act::unobserve},
+    {60, Act::ask},        {8, Act::invalidCall},  {30, Act::observe},      {25, Act::unobserve},
     {35, Act::setTime},    {35, Act::setDate},     {20, Act::setSeconds},   {6, Act::saveTime},
     {50, Act::report},     {15, Act::jack},        {12, Act::storeRefuses}, {6, Act::storeSilent},
     {6, Act::launchFails}, {6, Act::lookupsFail},  {10, Act::service},      {3, Act::mayReset},
@@ -74,7 +74,7 @@ Words keyAndValue(const std::string& text) {
   return {text.substr(0, text.find('=')), text.substr(text.find('=') + 1)};
 }
 
-// The first change of the offset within a year after `instant`; else `instant`.
+// The first change of the offset within a year after `instant`, or `instant` if there is none.
 std::int64_t changeAfter(std::int64_t instant) {
   constexpr std::int64_t kStep = 20 * 86400;
   const auto offset = [](std::int64_t at) { return localAt(at).tm_gmtoff; };
@@ -115,7 +115,7 @@ Step StepMaker::make(Act act, const Reference& reference) {
     case Act::deviceValue: return {act, {}, keyAndValue(m_chance.oneOf(kDeviceValues))};
     case Act::outsideStore: return {act, {}, keyAndValue(m_chance.oneOf(kOutside))};
     case Act::ask: return {act, {m_chance.oneIn(3) ? m_chance.between(-1, 1) : within32(anySecond()), m_chance.between(-1, 60), m_chance.between(-1, 60), m_chance.between(-1, 60), m_chance.between(-1, 60), m_chance.between(-1, 60), m_chance.between(-5, 200)}, {utc()}};
-    case Act::strangeCall: return {act, {}, {m_chance.oneOf(Words{"unknown", "garbage", "codec", "nobody"})}};
+    case Act::invalidCall: return {act, {}, {m_chance.oneOf(Words{"unknown", "garbage", "codec", "nobody"})}};
     case Act::observe:
     case Act::unobserve: return {act, {}, {m_chance.oneOf(kObservers)}};
     case Act::setTime: return setTime();
@@ -145,8 +145,8 @@ std::int64_t StepMaker::passedMs() {
   return m_chance.between(1, m_chance.oneIn(3) ? 12 * kSecondsOfHour : 90 * kMinute);
 }
 
-// An instant at which clocks go wrong: midnight, a change of the offset, the end of a year, a leap
-// day, a full hour.
+// An instant at which clocks often fail: midnight, a change of the offset, the end of a year, a
+// leap day, a full hour.
 std::int64_t StepMaker::momentMs() {
   const std::int64_t base = anySecond();
   tm local = localAt(base);
@@ -195,8 +195,8 @@ Step StepMaker::setDate() {
 Step StepMaker::report(const Reference& reference) {
   if (m_chance.oneIn(6)) return {Act::report, {0, 0}};
   const std::int64_t now = std::clamp(reference.wallMs(), kDay, kLastMoment) / kSecond;
-  const std::int64_t told = m_chance.oneIn(2) ? around() : now + m_chance.between(-2, 2);
-  return {Act::report, {told, m_chance.oneIn(8) ? 0 : 1}};
+  const std::int64_t reported = m_chance.oneIn(2) ? around() : now + m_chance.between(-2, 2);
+  return {Act::report, {reported, m_chance.oneIn(8) ? 0 : 1}};
 }
 
 Step StepMaker::makeSet(const Reference& reference) {

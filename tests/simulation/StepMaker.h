@@ -11,12 +11,12 @@ namespace simulation {
 
 class Reference;
 
-// Random numbers that are the same everywhere for the same seed.
+// Random numbers that depend only on the seed, not on the machine.
 class Chance {
  public:
   explicit Chance(std::uint64_t seed) : m_numbers(seed) {}
 
-  // From low to high, both included.
+  // A number from low to high, both included.
   std::int64_t between(std::int64_t low, std::int64_t high) {
     return low +
            static_cast<std::int64_t>(m_numbers() % static_cast<std::uint64_t>(high - low + 1));
@@ -31,8 +31,8 @@ class Chance {
   std::mt19937_64 m_numbers;
 };
 
-// Draws the steps of a run. It uses the reference to find the instants that matter; the steps
-// themselves are data. REQUIRES: the process is under the telephone's TZ.
+// Draws the steps of a run. It uses the reference to find critical instants; the steps themselves
+// are data. REQUIRES: TZ of the process is the telephone's.
 class StepMaker {
  public:
   explicit StepMaker(std::uint64_t seed) : m_chance(seed) {}

@@ -4,7 +4,7 @@
 
 namespace simulation {
 
-// An NTP server that steps set, and its kind.
+// A value for the NTP server, and its kind.
 struct Address {
   enum Kind { none, name, ipv4, ipv6, wrong };
   const char* text;
@@ -68,7 +68,7 @@ inline constexpr Setting kSettings[] = {
     {"auto-daylight-save", "AutoDaylightSavingEnabledDevice", "false", "true", Setting::flag},
 };
 
-// Each zone's name and a ";".
+// The name of each zone, each followed by ";".
 inline constexpr const char* kZoneNames =
     "Not Set;Australia 2007 (ACT, South Australia, Tasmania, Victoria);"
     "Australia 2007 (New South Wales);Australia (Western Australia);"

@@ -19,7 +19,7 @@ constexpr const char* kFallbackFile = "data/fallback_time.txt";
 
 using std::chrono::milliseconds;
 
-// As in a process that starts with this TZ.
+// Puts this process into the state of one that starts with this TZ.
 void startProcess(const std::string& tz) {
   setenv("TZ", tz.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): nothing else runs
   tzset();
@@ -92,7 +92,7 @@ void Telephone::applyToManagement(const Step& step) {
 void Telephone::applyToDevice(const Step& step) {
   const auto& n = step.numbers;
   const bool on = !n.empty() && n[0] == 1;
-  if (step.act == Act::outsideStore) m_store.putAside(step.texts[0], step.texts[1]);
+  if (step.act == Act::outsideStore) m_store.storeFromOutside(step.texts[0], step.texts[1]);
   if (step.act == Act::storeRefuses) m_store.refuses = on;
   if (step.act == Act::storeSilent) m_store.silent = on;
   if (step.act == Act::launchFails) device().launchFails = on;
@@ -126,22 +126,22 @@ void Telephone::restart(const Step& step) {
   Listener::makePipe();
   m_service = std::make_unique<ClockService>();
   static_cast<Executable&>(*m_service).init(*m_context);
-  m_listener.meet();
+  m_listener.awaitListener();
 }
 
-void Telephone::setService(const std::string& name, bool there) {
+void Telephone::setService(const std::string& name, bool present) {
   const std::map<std::string, Executable*> services{
       {kServices[physicalService], m_physical.get()},
       {kServices[managementService], m_management.get()},
       {kServices[securityService], m_security.get()},
       {kServices[storeService], &m_store}};
-  if (there)
+  if (present)
     m_context->add(name, services.at(name));
   else
     m_context->remove(name);
 }
 
-// Without local management, the service itself is asked.
+// Without local management, asks the service itself.
 bool Telephone::set(const std::string& key, const std::string& value) {
   if (m_management->hasClock()) return m_management->set(key, value);
   ManageableData record;
@@ -163,7 +163,7 @@ std::string Telephone::get(const std::string& key) {
   return known && record.interogate(key, value) ? value : "refused";
 }
 
-// Queries may log lines; only their answers are compared here.
+// Queries may log lines; only their answers are compared, so the lines are dropped.
 Lines Telephone::snapshot() {
   int hours = 0, minutes = 0, seconds = 0, day = 0, month = 0, year = 0;
   m_service->getTime(hours, minutes, seconds);

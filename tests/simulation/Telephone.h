@@ -43,7 +43,7 @@ class Telephone {
   void applyToDevice(const Step& step);
   void restart(const Step& step);
   void powerDown(bool inOrder);
-  void setService(const std::string& name, bool there);
+  void setService(const std::string& name, bool present);
   bool set(const std::string& key, const std::string& value);
   std::string get(const std::string& key);
   void answer(bool result) { m_journal.add(result ? "-> true" : "-> false"); }
@@ -59,7 +59,7 @@ class Telephone {
   void askAboutText(const std::string& utc);
   void askAboutNumbers(const std::vector<std::int64_t>& n);
   void askForAlarm(const std::string& utc);
-  void strangeCall(const std::string& kind);
+  void invalidCall(const std::string& kind);
   void expect(const Method& request, const Results& results);
 
   plugin::Journal m_journal;
@@ -70,7 +70,7 @@ class Telephone {
   std::shared_ptr<RecordingLog> m_log{std::make_shared<RecordingLog>(m_journal)};
   Listener m_listener;
 
-  // Of one run of the service.
+  // One run of the service.
   std::unique_ptr<host::VirtualClock> m_clock;
   std::unique_ptr<host::HostContext> m_context;
   std::unique_ptr<RecordingManagement> m_management;

@@ -1,4 +1,4 @@
-// Calls of the clock's interface; another process must get the same answers.
+// Calls of the clock's interface. Remote calls must get the same answers.
 
 #include <stdexcept>
 
@@ -44,7 +44,7 @@ void Telephone::applyToClock(const Step& step) {
   if (step.act == Act::observe) observe(step.texts[0], true);
   if (step.act == Act::unobserve) observe(step.texts[0], false);
   if (step.act == Act::ask) ask(step);
-  if (step.act == Act::strangeCall) strangeCall(step.texts[0]);
+  if (step.act == Act::invalidCall) invalidCall(step.texts[0]);
 }
 
 void Telephone::setDirectly(const Step& step) {
@@ -55,12 +55,12 @@ void Telephone::setDirectly(const Step& step) {
   if (step.act == Act::saveTime) m_journal.add("-> " + m_service->setFallbackTime());
 }
 
-// The reply to a caller, in the form of the service's own answer.
+// Records the reply to a caller in the form of a local answer.
 void Telephone::callFor(const Method& request, const std::string& caller) {
   std::string text = m_peers->call(m_service.get(), request, caller);
   const std::string& name = request.getName();
-  const std::string beginning = "1 " + name + " " + name + "Return/1=";
-  if (text.rfind(beginning, 0) == 0) text.erase(0, beginning.size());
+  const std::string prefix = "1 " + name + " " + name + "Return/1=";
+  if (text.rfind(prefix, 0) == 0) text.erase(0, prefix.size());
   if (text.size() > 1 && text.front() == '"') text = text.substr(1, text.size() - 2);
   if (text != "no reply") m_journal.add("-> " + text);
 }
@@ -90,14 +90,14 @@ void Telephone::observe(const std::string& name, bool begins) {
                 : m_service->unobserveTimeEvents(observer.get()));
 }
 
-// Each result is the end of a parameter's name, without "Return", and its value. Any other reply is
-// recorded.
+// Records a reply that differs from the expected one. Each result is the part of a parameter's name
+// between method and "Return", and its value.
 void Telephone::expect(const Method& request, const Results& results) {
   const std::string& name = request.getName();
   std::string wanted = "1 " + name;
   for (const auto& [end, value] : results) wanted += " " + name + end + "Return/1=" + value;
   const std::string text = m_peers->call(m_service.get(), request, "peer one");
-  if (text != wanted) m_journal.add("reply " + text + ", must be " + wanted);
+  if (text != wanted) m_journal.add("reply " + text + ", should be " + wanted);
 }
 
 void Telephone::ask(const Step& step) {
@@ -129,7 +129,7 @@ void Telephone::askNow() {
          {{"Day", number(a)}, {"Month", number(b)}, {"Year", number(c)}});
 }
 
-// Without its text, a request gets a reply without parameters.
+// A request that lacks its text gets a reply without parameters.
 void Telephone::askAboutText(const std::string& utc) {
   const auto about = [&](const std::string& method, const Results& results) {
     expect(requestOf(method, "String", utc), results);
@@ -157,7 +157,7 @@ void Telephone::askAboutText(const std::string& utc) {
       {{"", flag(dated)}, {"Day", number(day)}, {"Month", number(month)}, {"Year", number(year)}});
 }
 
-// With a parameter missing, a setter does nothing.
+// A setter that lacks a parameter does nothing.
 void Telephone::askAboutNumbers(const std::vector<std::int64_t>& n) {
   const std::string utc = m_service->getUTCTime(whole(n[0]));
   const std::string fields = m_service->getUTCTime(whole(n[1]), whole(n[2]), whole(n[3]),
@@ -185,13 +185,14 @@ void Telephone::askForAlarm(const std::string& utc) {
   expect(requestOf("cancelAlarmClock", {{"AlarmId", 1}}), {{"", "false"}});
 }
 
-// An unknown method, bytes that cannot be decoded, or a request without a service: never answered.
-void Telephone::strangeCall(const std::string& kind) {
+// An unknown method, bytes that cannot be decoded, an unknown codec, or a call without a service:
+// no reply.
+void Telephone::invalidCall(const std::string& kind) {
   const std::string name = kind == "unknown" ? "ClockTime" : "garbage";
   Executable* const service = kind == "nobody" ? nullptr : m_service.get();
   const std::string codec = kind == "codec" ? "morse" : "plain";
   const std::string text = m_peers->call(service, requestOf(name, {}), "peer two", codec);
-  if (text != "no reply") m_journal.add("it is answered");
+  if (text != "no reply") m_journal.add("an invalid call gets a reply");
 }
 
 }  // namespace simulation

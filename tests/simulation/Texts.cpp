@@ -92,7 +92,7 @@ std::string utcText(std::int64_t instant) {
   return {text.data(), std::strftime(text.data(), text.size(), "%FT%T+00:00", &utc)};
 }
 
-// timegm turns a date that does not exist into another one.
+// A date that timegm changes does not exist.
 std::optional<std::int64_t> instantOf(const std::string& utc) {
   if (!hasShape(utc, "0000-00-00T00:00:00+00:00")) return std::nullopt;
   const auto number = [&utc](char letter) {

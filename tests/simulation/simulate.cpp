@@ -1,6 +1,6 @@
 // simulate [--seed N] [--steps N] [--runs N]: random runs of the telephone, compared with a
-// reference. Run n has the seed SEED + n. Exit status: 0 all agreed, 1 one did not, 2 usage.
-// Standard output is the same to the byte for the same seed.
+// reference. Run n has the seed SEED + n. Exit status: 0 all agree, 1 one differs, 2 usage error.
+// The same seed gives the same standard output, byte for byte.
 
 #include <signal.h>
 #include <sys/mman.h>
@@ -43,24 +43,25 @@ Options optionsIn(char** words) {
   return options;
 }
 
-// The child's current step, in memory that this program can read after the child has crashed.
-struct Place {
+// The child's current step, in shared memory that this program can read after the child has
+// crashed.
+struct CurrentStep {
   char text[600];
 };
-Place* g_place = nullptr;
+CurrentStep* g_step = nullptr;
 volatile pid_t g_child = 0;
 
-// A signal to this program ends the child, whose end is then reported.
+// Passes a signal on to the child, whose end is then reported.
 void endChild(int signal) {
   if (g_child <= 0) _exit(128 + signal);
   kill(g_child, signal);
 }
 
-// A step that takes longer ends the child.
+// SIGALRM ends the child at a step that takes longer.
 constexpr unsigned int kLongestStepSeconds = 20;
 
-void note(std::uint64_t seed, const simulation::Run& run) {
-  std::snprintf(g_place->text, sizeof g_place->text, "seed %llu, step %zu: %s",
+void recordStep(std::uint64_t seed, const simulation::Run& run) {
+  std::snprintf(g_step->text, sizeof g_step->text, "seed %llu, step %zu: %s",
                 static_cast<unsigned long long>(seed), run.steps.size(),
                 describe(run.steps.back()).c_str());
   alarm(kLongestStepSeconds);
@@ -69,18 +70,18 @@ void note(std::uint64_t seed, const simulation::Run& run) {
 // True when reference and telephone agreed to the end.
 bool agrees(std::uint64_t seed, std::uint64_t steps) {
   std::cout << "seed " << seed << ": " << std::flush;
-  const auto watch = [seed](const simulation::Run& run) { note(seed, run); };
+  const auto watch = [seed](const simulation::Run& run) { recordStep(seed, run); };
   const simulation::Run run = simulation::run(seed, steps, watch);
   std::cout << run.steps.size() << " steps, digest " << std::hex << run.digest << std::dec
             << std::endl;
   if (!run.difference) return true;
   std::cout << simulation::differenceText(seed, run) << std::flush;
   const auto again = [&](const simulation::Steps& some) { return simulation::run(some, watch); };
-  std::cout << simulation::wayText(simulation::shrunk(run, again)) << std::flush;
+  std::cout << simulation::shortestRunText(simulation::shrunk(run, again)) << std::flush;
   return false;
 }
 
-// In a child process, so that a crash can be reported.
+// Runs in a child process, so that a crash can be reported.
 bool agreesInChild(std::uint64_t seed, std::uint64_t steps) {
   g_child = fork();
   if (g_child < 0) throw std::system_error(errno, std::generic_category(), "fork");
@@ -92,7 +93,7 @@ bool agreesInChild(std::uint64_t seed, std::uint64_t steps) {
   while (waitpid(g_child, &status, 0) < 0 && errno == EINTR) continue;
   g_child = 0;
   if (WIFSIGNALED(status))
-    std::cerr << "\nsimulate: SIG" << sigabbrev_np(WTERMSIG(status)) << " in " << g_place->text
+    std::cerr << "\nsimulate: SIG" << sigabbrev_np(WTERMSIG(status)) << " in " << g_step->text
               << std::endl;
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
@@ -100,9 +101,9 @@ bool agreesInChild(std::uint64_t seed, std::uint64_t steps) {
 int simulate(const Options& options) {
   const support::WorkingFolder folder(support::folderInMemory());
   void* const shared =
-      mmap(nullptr, sizeof(Place), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+      mmap(nullptr, sizeof(CurrentStep), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   if (shared == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
-  g_place = new (shared) Place{};
+  g_step = new (shared) CurrentStep{};
   for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, endChild);
   const std::uint64_t runs = options.at("--runs"), steps = options.at("--steps");
   for (std::uint64_t run = 0; run < runs; ++run)
