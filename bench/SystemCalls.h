@@ -10,7 +10,7 @@
 
 namespace bench {
 
-// Counts the system calls of all threads of a child process while it lives, by tracing them.
+// Counts the system calls of all threads of a child process during its lifetime, by tracing them.
 // Owner: a measurement; the process outlives it. Failure: std::runtime_error from the constructor.
 class SystemCalls {
  public:

@@ -17,7 +17,8 @@ constexpr Nanoseconds kLongestWait = std::chrono::hours{24 * 365};
 
 }  // namespace
 
-// While it lives, the framework thread delivers timers and time stands still at each one's instant.
+// During its lifetime the framework thread delivers timers, and time stands still at each one's
+// instant.
 class VirtualClock::Driving {
  public:
   // ignored: virtual time continues afterwards where the delivery left it, however long that took.

@@ -24,7 +24,7 @@ std::atomic<int> g_pending{0};  // lookups whose threads have not returned
 struct Decrement {
   void operator()(std::atomic<int>* count) const noexcept { --*count; }
 };
-// Counts as one of the kMostLookups while it lives. Empty: all are in use.
+// Counts as one of the kMostLookups while it exists. Empty: all are in use.
 using Slot = std::unique_ptr<std::atomic<int>, Decrement>;
 
 Slot takeSlot() {

@@ -49,7 +49,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   [[nodiscard]] bool hasProxy() const;
   void freeProxy();
 
-  // Opens the channel for the answers to a control request. While it lives, the connection of a
+  // Opens the channel for the answers to a control request. While it exists, the connection of a
   // client that has only shut down its sending side stays open.
   [[nodiscard]] std::shared_ptr<ControlChannel> openChannel(std::uint32_t id);
   [[nodiscard]] bool hasOpenChannels() const { return m_openChannels != 0; }

@@ -74,7 +74,7 @@ class RemoteServer : public FrameworkContext {
 
   // Refuses open requests, disconnects the clients, removes the sockets. The service keeps its
   // observers, since it is about to end; their proxies drop events until the server is destroyed.
-  // Idempotent. REQUIRES: the target still lives.
+  // Idempotent. REQUIRES: the target still exists.
   void stop();
 
   [[nodiscard]] std::size_t clients() const;

@@ -9,7 +9,7 @@
 namespace host {
 
 // Creates the named pipe through which the NTP client reports the time, mode 0600, in a folder that
-// no other user but root can replace. While the object lives, it locks that folder against other
+// no other user but root can replace. While the object exists, it locks that folder against other
 // hosts, and opens of the pipe's path by the plug-in reach this pipe even if another file is there.
 // The pipe stays on the disk afterwards, because a client may still use it.
 // Owner: the device. Thread: one at a time. Failure: the constructor throws Error: the pipe cannot

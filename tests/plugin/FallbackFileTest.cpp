@@ -142,7 +142,7 @@ TEST_F(ClockWithFallbackFile, SearchesTheFirst16MebibytesForTheToken) {
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
-// Drops root's privileges while it lives, so that file permissions apply.
+// Drops root's privileges during its lifetime, so that file permissions apply.
 class AsNobody {
  public:
   AsNobody() { m_changed = geteuid() == 0 && seteuid(65534) == 0; }

@@ -11,7 +11,7 @@
 
 namespace support {
 
-// Keeps what the process logs while the object lives, and sets the log level meanwhile.
+// Keeps what the process logs while the object exists, and sets the log level meanwhile.
 // Thread: any.
 class LogCapture {
  public:

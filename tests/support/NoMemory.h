@@ -4,7 +4,7 @@
 
 namespace support {
 
-// While it lives, operator new throws std::bad_alloc on its thread. In builds with the thread
+// During its lifetime operator new throws std::bad_alloc on its thread. In builds with the thread
 // sanitizer, which has an operator new of its own, only the program's own objects call this one,
 // and not the C++ library. For programs that link test_no_memory. Thread: one.
 class NoMemory {

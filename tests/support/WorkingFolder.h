@@ -9,7 +9,7 @@
 namespace support {
 
 // A private folder for the device's paths and the storage. It is the working directory of the
-// process while the object lives.
+// process while the object exists.
 class WorkingFolder {
  public:
   WorkingFolder() : WorkingFolder(std::filesystem::temp_directory_path()) {}

@@ -7,7 +7,7 @@
 
 namespace support {
 
-// Sets TZ of the process while it lives, and restores the former value.
+// Sets TZ of the process during its lifetime, and restores the former value.
 // Thread: no other thread may read local time meanwhile.
 class ZoneGuard {
  public:

@@ -12,7 +12,7 @@ namespace host {
 // The number of those syncs that were of folders.
 [[nodiscard]] std::size_t takeFolderSyncs();
 
-// While it lives, each of SQLite's writes fails, as on a full disk (ENOSPC) or a broken one (EIO).
+// During its lifetime, each of SQLite's writes fails, as on a full disk (ENOSPC) or a broken one (EIO).
 class FailingWrites {
  public:
   explicit FailingWrites(int error);
@@ -21,7 +21,7 @@ class FailingWrites {
   FailingWrites& operator=(const FailingWrites&) = delete;
 };
 
-// While it lives, the n-th of SQLite's reads (from 1) fails with EIO.
+// During its lifetime, the n-th of SQLite's reads (from 1) fails with EIO.
 class FailingRead {
  public:
   explicit FailingRead(int nth);
@@ -32,7 +32,7 @@ class FailingRead {
   [[nodiscard]] static bool failed();
 };
 
-// While it lives, looks at each file just before it is renamed; the rename may fail with EIO.
+// During its lifetime, looks at each file just before it is renamed; the rename may fail with EIO.
 class WatchedRename {
  public:
   explicit WatchedRename(bool fails);
@@ -44,7 +44,7 @@ class WatchedRename {
   [[nodiscard]] static std::size_t syncs();  // before that
 };
 
-// While it lives, each sync fails with EIO.
+// During its lifetime, each sync fails with EIO.
 class FailingSyncs {
  public:
   FailingSyncs();
