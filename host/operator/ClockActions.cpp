@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -16,7 +15,6 @@
 #include "runtime/Device.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
-#include "verbs/VerbTable.h"
 
 namespace host {
 namespace {
@@ -27,80 +25,11 @@ using std::chrono::seconds;
 
 constexpr std::int64_t kLongestAdvance = std::int64_t{36525} * 86400;  // seconds: a century
 
-// A note for the reply; empty: none.
-using Note = std::string;
-
 void requireVirtual(const VirtualClock& clock) {
   if (clock.source() == VirtualClock::Source::system) {
     throw Error("this host runs on the system's clock, at speed 1; start it with --clock virtual");
   }
 }
-
-void setWall(VirtualClock& clock, nanoseconds wall) {
-  if (clock.setWall(wall)) return;
-  throw Error(std::string("the clock cannot be set: ") + std::strerror(errno));
-}
-
-Note show(Controller&, const Json&) {
-  return {};
-}
-
-Note changeSpeed(Controller& controller, const Json& request) {
-  const std::string text = textMember(request, "speed");
-  const auto speed = parseSpeed(text);
-  if (!speed) {
-    throw Error(quotedText(text) + " is not a speed; write " + std::string(kSpeedForms));
-  }
-  requireVirtual(controller.device().clock());
-  controller.device().clock().setSpeed(*speed);
-  return {};
-}
-
-Note pause(Controller& controller, const Json&) {
-  requireVirtual(controller.device().clock());
-  controller.device().clock().setSpeed(0);
-  return {};
-}
-
-Note next(Controller& controller, const Json&) {
-  VirtualClock& clock = controller.device().clock();
-  requireVirtual(clock);
-  if (!clock.fireNext()) throw Error("no timer is armed");
-  return {};
-}
-
-Note jump(Controller& controller, const Json& request) {
-  const std::int64_t last = kLastInstant.count();
-  setWall(controller.device().clock(), seconds(numberMember(request, "seconds", 0, last)));
-  return {};
-}
-
-ClockMove advance(Controller& controller, const Json& request) {
-  return passTime(controller.device(),
-                  seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
-}
-
-ClockMove goTo(Controller& controller, const Json& request) {
-  const std::string name = textMember(request, "landmark");
-  const Landmark* const landmark = rowNamed(landmarks(), name);
-  if (landmark == nullptr) {
-    throw Error("unknown landmark " + quotedText(name) + "; write " + landmarkNames());
-  }
-  return goBefore(controller.device(), *landmark);
-}
-
-// One action of `clock`: done at once, or a move, which lasts as long as timers expire on the way.
-struct ClockAction {
-  std::string_view name;
-  Note (*act)(Controller& controller, const Json& request);
-  ClockMove (*move)(Controller& controller, const Json& request) = nullptr;
-};
-
-constexpr ClockAction kClockHandlers[] = {
-    {"show", show}, {"speed", changeSpeed}, {"pause", pause},      {"advance", nullptr, advance},
-    {"next", next}, {"jump", jump},         {"to", nullptr, goTo},
-};
-static_assert(sameNames(kClockHandlers, kClockActions), "a row for each action of VerbTable.h");
 
 // "Clock jump 2030-05-05T05:05:05Z, from 2016-06-16T00:00:00Z"
 std::string described(const VirtualClock& clock, const Json& request) {
@@ -117,18 +46,21 @@ std::shared_ptr<RecordedAct> recordOf(Controller& controller, const Json& reques
                                        described(controller.device().clock(), request));
 }
 
-Note recordedAct(const ClockAction& action, Controller& controller, const Json& request) {
-  if (action.act == show) return show(controller, request);
-  const auto record = recordOf(controller, request);
-  Note note = action.act(controller, request);
+// The record is written before the answer.
+template <typename Change>
+void changeAtOnce(Controller& controller, const Json& request, const Channel& channel, Change act) {
+  auto record = recordOf(controller, request);
+  act(controller.device().clock());
   record->done();
-  return note;
+  record.reset();
+  answerClock(controller, channel, "");
 }
 
 // The record is written when the move has arrived, or is dropped on its way.
-ClockMove recordedMove(const ClockAction& action, Controller& controller, const Json& request) {
+template <typename MoveOf>
+ClockMove recordedMove(Controller& controller, const Json& request, MoveOf moveOf) {
   const auto record = recordOf(controller, request);
-  ClockMove move = action.move(controller, request);
+  ClockMove move = moveOf(controller.device());
   move.begin = [record, begin = std::move(move.begin), &clock = controller.device().clock()] {
     const nanoseconds target = begin();
     record->begun(
@@ -172,14 +104,59 @@ void answerClock(Controller& controller, const Channel& channel, const std::stri
   answer(channel, reply);
 }
 
-void actOnClock(Controller& controller, const Json& request, const Channel& channel) {
-  const std::string name = textMember(request, "action");
-  const ClockAction* const action = rowNamed(kClockHandlers, name);
-  if (action == nullptr) throw Error("the clock has no action " + quotedText(name));
-  if (action->move != nullptr) {
-    return controller.passages().add(recordedMove(*action, controller, request), channel);
-  }
-  answerClock(controller, channel, recordedAct(*action, controller, request));
+void actOnClockShow(Controller& controller, const Json&, const Channel& channel) {
+  answerClock(controller, channel, "");
+}
+
+void actOnClockSpeed(Controller& controller, const Json& request, const Channel& channel) {
+  changeAtOnce(controller, request, channel, [&](VirtualClock& clock) {
+    const std::string text = textMember(request, "speed");
+    const auto speed = parseSpeed(text);
+    if (!speed) {
+      throw Error(quotedText(text) + " is not a speed; write " + std::string(kSpeedForms));
+    }
+    requireVirtual(clock);
+    clock.setSpeed(*speed);
+  });
+}
+
+void actOnClockPause(Controller& controller, const Json& request, const Channel& channel) {
+  changeAtOnce(controller, request, channel, [](VirtualClock& clock) {
+    requireVirtual(clock);
+    clock.setSpeed(0);
+  });
+}
+
+void actOnClockAdvance(Controller& controller, const Json& request, const Channel& channel) {
+  const auto advance = [&](Device& device) {
+    return passTime(device, seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
+  };
+  controller.passages().add(recordedMove(controller, request, advance), channel);
+}
+
+void actOnClockNext(Controller& controller, const Json& request, const Channel& channel) {
+  changeAtOnce(controller, request, channel, [](VirtualClock& clock) {
+    requireVirtual(clock);
+    if (!clock.fireNext()) throw Error("no timer is armed");
+  });
+}
+
+void actOnClockJump(Controller& controller, const Json& request, const Channel& channel) {
+  changeAtOnce(controller, request, channel, [&](VirtualClock& clock) {
+    if (clock.setWall(seconds(numberMember(request, "seconds", 0, kLastInstant.count())))) return;
+    throw Error(std::string("the clock cannot be set: ") + std::strerror(errno));
+  });
+}
+
+void actOnClockTo(Controller& controller, const Json& request, const Channel& channel) {
+  const auto goTo = [&](Device& device) {
+    const std::string name = textMember(request, "landmark");
+    const Landmark* const landmark = rowNamed(landmarks(), name);
+    if (landmark == nullptr)
+      throw Error("unknown landmark " + quotedText(name) + "; write " + landmarkNames());
+    return goBefore(device, *landmark);
+  };
+  controller.passages().add(recordedMove(controller, request, goTo), channel);
 }
 
 }  // namespace host

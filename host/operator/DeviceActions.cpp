@@ -13,63 +13,33 @@
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
 #include "services/PhysicalInterface.h"
-#include "verbs/NamedRows.h"
-#include "verbs/VerbTable.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kNtpClient = "ntpclient";
 
-// Changes the value on the management thread, and answers after the observers were notified there.
-void changeValue(Controller& controller, const std::string& key, const std::string& value,
+// Sets the key to the request's value on the management thread, and answers after the observers
+// were notified there.
+void changeValue(Controller& controller, const std::string& key, const Json& request,
                  const Channel& channel) {
   LocalManagement& management = controller.device().management();
   ManagementThread& thread = controller.device().managementThread();
-  thread.post([&management, &thread, key, value, channel] {
+  thread.post([&management, &thread, key, value = textMember(request, "value"), channel] {
     if (!channel->wanted()) return;
     management.setValue(key, value);
     thread.post([channel] { answerDone(channel); });
   });
 }
 
-void injectJack(Controller& controller, const Json& request, const Channel& channel) {
-  const auto plug = static_cast<int>(numberMember(request, "plug", INT32_MIN, INT32_MAX));
-  const auto status = static_cast<int>(numberMember(request, "status", INT32_MIN, INT32_MAX));
-  controller.device().physical().jack(plug, status);
-  answerDone(channel);
+template <typename Injection>
+void record(Controller& controller, const Json& request, Injection inject) {
+  RecordedAct act(controller.device().securityLog(), SecurityLog::Event::injection,
+                  "Inject " + textMember(request, "what") +
+                      memberWords(request, {"plug", "status", "key", "value"}));
+  inject();
+  act.done();
 }
-
-void injectNetwork(Controller& controller, const Json& request, const Channel& channel) {
-  failedLookups().allowAll();  // another network may know them
-  changeValue(controller, "interface-status", textMember(request, "value"), channel);
-}
-
-void injectDhcp(Controller& controller, const Json& request, const Channel& channel) {
-  changeValue(controller, "dhcp-enabled", textMember(request, "value"), channel);
-}
-
-void injectMobility(Controller& controller, const Json& request, const Channel& channel) {
-  changeValue(controller, "mobility-user-data-update", textMember(request, "value"), channel);
-}
-
-// Sets whether a key counts as the user's own.
-void injectUserData(Controller& controller, const Json& request, const Channel& channel) {
-  const std::string value = textMember(request, "value");
-  if (value != "on" && value != "off") throw Error(quotedText(value) + " is not on or off");
-  controller.device().management().setUserData(textMember(request, "key"), value == "on");
-  answerDone(channel);
-}
-
-void injectValue(Controller& controller, const Json& request, const Channel& channel) {
-  changeValue(controller, textMember(request, "key"), textMember(request, "value"), channel);
-}
-
-constexpr HostAction kInjectHandlers[] = {
-    {"jack", injectJack},         {"network", injectNetwork},    {"dhcp", injectDhcp},
-    {"mobility", injectMobility}, {"user-data", injectUserData}, {"value", injectValue},
-};
-static_assert(sameNames(kInjectHandlers, kInjectActions), "a row for each action of VerbTable.h");
 
 std::string ntpClientState() {
   const auto id = childRunning(kNtpClient);
@@ -78,14 +48,43 @@ std::string ntpClientState() {
 
 }  // namespace
 
-void actOnInject(Controller& controller, const Json& request, const Channel& channel) {
-  const std::string what = textMember(request, "what");
-  const HostAction* const action = rowNamed(kInjectHandlers, what);
-  if (action == nullptr) throw Error(quotedText(what) + " cannot be injected");
-  RecordedAct record(controller.device().securityLog(), SecurityLog::Event::injection,
-                     "Inject " + what + memberWords(request, {"plug", "status", "key", "value"}));
-  action->carryOut(controller, request, channel);
-  record.done();
+void actOnInjectJack(Controller& controller, const Json& request, const Channel& channel) {
+  record(controller, request, [&] {
+    const auto plug = static_cast<int>(numberMember(request, "plug", INT32_MIN, INT32_MAX));
+    const auto status = static_cast<int>(numberMember(request, "status", INT32_MIN, INT32_MAX));
+    controller.device().physical().jack(plug, status);
+    answerDone(channel);
+  });
+}
+
+void actOnInjectNetwork(Controller& controller, const Json& request, const Channel& channel) {
+  failedLookups().allowAll();  // another network may know them
+  record(controller, request,
+         [&] { changeValue(controller, "interface-status", request, channel); });
+}
+
+void actOnInjectDhcp(Controller& controller, const Json& request, const Channel& channel) {
+  record(controller, request, [&] { changeValue(controller, "dhcp-enabled", request, channel); });
+}
+
+void actOnInjectMobility(Controller& controller, const Json& request, const Channel& channel) {
+  record(controller, request,
+         [&] { changeValue(controller, "mobility-user-data-update", request, channel); });
+}
+
+// Sets whether a key counts as the user's own.
+void actOnInjectUserData(Controller& controller, const Json& request, const Channel& channel) {
+  record(controller, request, [&] {
+    const std::string value = textMember(request, "value");
+    if (value != "on" && value != "off") throw Error(quotedText(value) + " is not on or off");
+    controller.device().management().setUserData(textMember(request, "key"), value == "on");
+    answerDone(channel);
+  });
+}
+
+void actOnInjectValue(Controller& controller, const Json& request, const Channel& channel) {
+  record(controller, request,
+         [&] { changeValue(controller, textMember(request, "key"), request, channel); });
 }
 
 void actOnStatus(Controller& controller, const Json&, const Channel& channel) {

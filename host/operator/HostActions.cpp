@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "base/Error.h"
 #include "base/PrintableText.h"
@@ -14,17 +15,48 @@
 namespace host {
 namespace {
 
-constexpr HostAction kHostActions[] = {
-    {"get", actOnGet},       {"set", actOnSet},     {"reset", actOnReset},
-    {"keys", actOnKeys},     {"clock", actOnClock}, {"inject", actOnInject},
-    {"status", actOnStatus}, {"log", actOnLog},     {"security-log", actOnSecurityLog},
+struct HostActionRow {
+  std::string_view name;    // of the verb
+  std::string_view action;  // empty: the verb has none
+  HostAction* carryOut;
 };
-static_assert(std::all_of(std::begin(kVerbs), std::end(kVerbs),
-                          [](const Verb& verb) {
-                            return (verb.route == Verb::Route::control) ==
-                                   (rowNamed(kHostActions, verb.name) != nullptr);
-                          }),
-              "each control verb of VerbTable.h needs a row here, and no other verb");
+
+constexpr HostActionRow kHostActions[] = {
+    {"get", "", actOnGet},
+    {"set", "", actOnSet},
+    {"reset", "", actOnReset},
+    {"keys", "", actOnKeys},
+    {"clock", "show", actOnClockShow},
+    {"clock", "speed", actOnClockSpeed},
+    {"clock", "pause", actOnClockPause},
+    {"clock", "advance", actOnClockAdvance},
+    {"clock", "next", actOnClockNext},
+    {"clock", "jump", actOnClockJump},
+    {"clock", "to", actOnClockTo},
+    {"inject", "jack", actOnInjectJack},
+    {"inject", "network", actOnInjectNetwork},
+    {"inject", "dhcp", actOnInjectDhcp},
+    {"inject", "mobility", actOnInjectMobility},
+    {"inject", "user-data", actOnInjectUserData},
+    {"inject", "value", actOnInjectValue},
+    {"status", "", actOnStatus},
+    {"log", "", actOnLog},
+    {"security-log", "", actOnSecurityLog},
+};
+
+constexpr bool matchesVerbTable() {
+  const HostActionRow* row = std::begin(kHostActions);
+  const HostActionRow* const end = std::end(kHostActions);
+  for (const Verb& verb : kVerbs) {
+    if (verb.route != Verb::Route::control) continue;
+    for (std::size_t i = 0; i < std::max<std::size_t>(verb.actions.size(), 1); ++i, ++row) {
+      const std::string_view action = verb.actions.empty() ? "" : verb.actions[i].name;
+      if (row == end || row->name != verb.name || row->action != action) return false;
+    }
+  }
+  return row == end;
+}
+static_assert(matchesVerbTable(), "a row for each control verb and action, in VerbTable.h's order");
 
 // Bytes: well below the limit of a reply, and of what may wait for a slow client.
 constexpr std::size_t kRoomForRows = 512 * 1024;
@@ -51,11 +83,18 @@ std::string tooLong(std::size_t size) {
 }  // namespace
 
 void carryOut(Controller& controller, const Json& request, const Channel& channel) {
-  const std::string verb = textMember(request, "verb");
-  if (const HostAction* const action = rowNamed(kHostActions, verb)) {
-    return action->carryOut(controller, request, channel);
+  const std::string name = textMember(request, "verb");
+  const Verb* const verb = findVerb(name);
+  const bool hasActions = verb != nullptr && !verb->actions.empty();
+  const std::string action = hasActions ? textMember(request, verb->actionMember) : "";
+  for (const HostActionRow& row : kHostActions) {
+    if (row.name == name && row.action == action) return row.carryOut(controller, request, channel);
   }
-  throw Error("unknown verb " + quotedText(verb) + suggestion(verb, namesOf(kHostActions)));
+  if (!hasActions) {
+    throw Error("unknown verb " + quotedText(name) + suggestion(name, namesOf(kHostActions)));
+  }
+  throw Error(name == "inject" ? quotedText(action) + " cannot be injected"
+                               : "the " + name + " has no action " + quotedText(action));
 }
 
 std::string jsonText(const Json& json) {

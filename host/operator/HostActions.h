@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "verbs/Json.h"
@@ -17,24 +16,16 @@ using Channel = std::shared_ptr<ControlChannel>;
 
 // What the host does for one verb, or for one action of a verb. An exception is answered as a
 // refusal. Called on the framework thread; answers then or later, once.
-struct HostAction {
-  std::string_view name;
-  void (*carryOut)(Controller& controller, const Json& request, const Channel& channel);
-};
+using HostAction = void(Controller& controller, const Json& request, const Channel& channel);
 
-// Does what the request's verb stands for. Throws host::Error for an unknown one.
-void carryOut(Controller& controller, const Json& request, const Channel& channel);
+// Does what the request's verb and action stand for. Throws host::Error for unknown ones.
+HostAction carryOut;
 
-// The verbs of Verb::Route::control.
-void actOnGet(Controller& controller, const Json& request, const Channel& channel);
-void actOnSet(Controller& controller, const Json& request, const Channel& channel);
-void actOnReset(Controller& controller, const Json& request, const Channel& channel);
-void actOnKeys(Controller& controller, const Json& request, const Channel& channel);
-void actOnClock(Controller& controller, const Json& request, const Channel& channel);
-void actOnInject(Controller& controller, const Json& request, const Channel& channel);
-void actOnStatus(Controller& controller, const Json& request, const Channel& channel);
-void actOnLog(Controller& controller, const Json& request, const Channel& channel);
-void actOnSecurityLog(Controller& controller, const Json& request, const Channel& channel);
+HostAction actOnGet, actOnSet, actOnReset, actOnKeys, actOnStatus, actOnLog, actOnSecurityLog;
+HostAction actOnClockShow, actOnClockSpeed, actOnClockPause, actOnClockAdvance, actOnClockNext,
+    actOnClockJump, actOnClockTo;
+HostAction actOnInjectJack, actOnInjectNetwork, actOnInjectDhcp, actOnInjectMobility,
+    actOnInjectUserData, actOnInjectValue;
 
 // The answer to `clock show`.
 [[nodiscard]] Json clockState(Controller& controller);

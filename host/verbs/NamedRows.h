@@ -24,11 +24,4 @@ template <typename Rows>
   return names;
 }
 
-// For static_assert: the rows of both tables have the same names, in the same order.
-template <typename Left, typename Right>
-[[nodiscard]] constexpr bool sameNames(const Left& left, const Right& right) {
-  return std::equal(std::begin(left), std::end(left), std::begin(right), std::end(right),
-                    [](const auto& a, const auto& b) { return a.name == b.name; });
-}
-
 }  // namespace host

@@ -5,8 +5,7 @@
 #include "verbs/VerbWords.h"
 
 // The whole command line of clockctl, and the verbs of a scenario, in the order of the help. What
-// the host does for a control verb stands in operator/HostActions.cpp, and for the actions below in
-// ClockActions.cpp and DeviceActions.cpp beside it.
+// the host does for each control verb and action stands in operator/HostActions.cpp.
 namespace host {
 
 inline constexpr VerbWord kKey{"KEY", "key", readText};
