@@ -1,10 +1,14 @@
 #include "verbs/Verb.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <vector>
 
 #include "base/PrintableText.h"
 #include "verbs/DidYouMean.h"
+#include "verbs/Landmarks.h"
 #include "verbs/NamedRows.h"
+#include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
 #include "verbs/VerbTable.h"
 #include "verbs/WordReader.h"
@@ -28,6 +32,34 @@ std::string usageOf(const Verb& verb) {
     actions += (actions.empty() ? "" : " | ") + usageOf(action.name, action.words);
   }
   return std::string(verb.name) + (verb.actionOptional ? " [" + actions + "]" : " " + actions);
+}
+
+// A line for each action: "      clock jump UTC  set the wall clock". The texts are aligned.
+std::string actionHelp(const Verb& verb) {
+  std::vector<std::string> usages;
+  std::size_t longest = 0;
+  for (const VerbAction& action : verb.actions) {
+    usages.push_back(std::string(verb.name) + ' ' + usageOf(action.name, action.words));
+    longest = std::max(longest, usages.back().size());
+  }
+  std::string help;
+  for (std::size_t i = 0; i < usages.size(); ++i) {
+    usages[i].resize(longest, ' ');
+    help.append("      ").append(usages[i]).append("  ").append(verb.actions[i].help) += '\n';
+  }
+  return help;
+}
+
+// What words such as DURATION may be.
+std::string formHelp() {
+  std::string help = "\nWords:\n  X is " + std::string(kSpeedForms) +
+                     ": virtual seconds in each real second\n  DURATION is " +
+                     std::string(kDurationForms) + ", up to a century\n  UTC is " +
+                     std::string(kInstantForms) + '\n';
+  for (const Landmark& landmark : landmarks()) {
+    help.append("  ").append(landmark.name).append(" is ").append(landmark.meaning) += '\n';
+  }
+  return help;
 }
 
 void read(const VerbWords& expected, WordReader& words, Json& request) {
@@ -80,9 +112,11 @@ bool takesTime(const Json& request) {
 std::string verbHelp() {
   std::string help;
   for (const Verb& verb : kVerbs) {
-    help += "  " + usageOf(verb) + "\n      " + std::string(verb.help) + '\n';
+    const char* const action = verb.actionOptional ? " [ACTION]" : " ACTION";
+    help += "  " + usageOf(verb.name, verb.words) + (verb.actions.empty() ? "" : action) +
+            "\n      " + std::string(verb.help) + '\n' + actionHelp(verb);
   }
-  return help;
+  return help + formHelp();
 }
 
 }  // namespace host

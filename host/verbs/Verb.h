@@ -23,6 +23,7 @@ using VerbWords = std::array<VerbWord, 2>;
 // What a verb's second word chooses: `speed` in `clock speed X`.
 struct VerbAction {
   std::string_view name;
+  std::string_view help;
   VerbWords words{};
   bool takesTime = false;  // virtual time passes before the answer
 };
@@ -60,7 +61,8 @@ struct Verb {
 // Whether virtual time passes before the answer, which may then take long.
 [[nodiscard]] bool takesTime(const Json& request);
 
-// The usage lines of all verbs, with their help.
+// The usage lines of all verbs and actions with their help, then the forms of words such as
+// DURATION.
 [[nodiscard]] std::string verbHelp();
 
 }  // namespace host

@@ -12,22 +12,34 @@ inline constexpr VerbWord kKey{"KEY", "key", readText};
 inline constexpr VerbWord kValue{"VALUE", "value", readText};
 
 inline constexpr VerbAction kClockActions[] = {
-    {"show"},
-    {"speed", {VerbWord{"X", "speed", readSpeed}}},
-    {"pause"},
-    {"advance", {VerbWord{"DURATION", "seconds", readDuration}}, true},
-    {"next"},
-    {"jump", {VerbWord{"UTC", "seconds", readInstant}}},
-    {"to", {VerbWord{"hour|midnight|dst|leap-day|2038", "landmark", readChoice}}, true},
+    {"show", "show the clock's state, as `clock` alone does"},
+    {"speed", "change the clock's speed", {VerbWord{"X", "speed", readSpeed}}},
+    {"pause", "stop the clock; `clock speed 1` ends the pause"},
+    {"advance",
+     "let time pass; each timer expires at its own instant",
+     {VerbWord{"DURATION", "seconds", readDuration}},
+     true},
+    {"next", "let time pass up to the next timer"},
+    {"jump",
+     "set the wall clock; uptime and timers stay",
+     {VerbWord{"UTC", "seconds", readInstant}}},
+    {"to",
+     "go to ten seconds before the landmark, and pause",
+     {VerbWord{"hour|midnight|dst|leap-day|2038", "landmark", readChoice}},
+     true},
 };
 
 inline constexpr VerbAction kInjectActions[] = {
-    {"jack", {VerbWord{"PLUG", "plug", readInteger}, VerbWord{"STATUS", "status", readInteger}}},
-    {"network", {VerbWord{"up|down", "value", readChoice}}},
-    {"dhcp", {kValue}},
-    {"mobility", {kValue}},
-    {"user-data", {kKey, VerbWord{"on|off", "value", readChoice}}},
-    {"value", {kKey, VerbWord{"TEXT", "value", readText}}},
+    {"jack",
+     "raise a plug event; `jack 5 1`: the network plug went in",
+     {VerbWord{"PLUG", "plug", readInteger}, VerbWord{"STATUS", "status", readInteger}}},
+    {"network", "change the state of the network link", {VerbWord{"up|down", "value", readChoice}}},
+    {"dhcp", "change the device value dhcp-enabled", {kValue}},
+    {"mobility", "change the device value mobility-user-data-update", {kValue}},
+    {"user-data",
+     "change whether KEY counts as the user's own, for `reset`",
+     {kKey, VerbWord{"on|off", "value", readChoice}}},
+    {"value", "change any device value", {kKey, VerbWord{"TEXT", "value", readText}}},
 };
 
 inline constexpr Verb kVerbs[] = {

@@ -87,7 +87,7 @@ TEST(ClockCtlOptions, HelpListsOptionsAndVerbs) {
        {"Usage: clockctl [OPTIONS] VERB [ARGUMENTS]\n", "-h,--help ", "--version ",
         "--socket FILE ", "(default: /default)\n", "--control-socket FILE ", "--json ",
         "--timeout SECONDS ", "60 for clock advance and to, else 5)\n", "\nVerbs:\n  call METHOD",
-        "to hour|midnight|dst|leap-day|2038"}) {
+        "\n      clock to hour|midnight|dst|leap-day|2038  ", "\nWords:\n", "\n  UTC is "}) {
     EXPECT_NE(out.str().find(part), std::string::npos) << part << '\n' << out.str();
   }
   std::ostringstream byWord;

@@ -43,18 +43,77 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      list the management keys and their values\n"
       "  watch [--count N]\n"
       "      print the service's events as they arrive\n"
-      "  clock [show | speed X | pause | advance DURATION | next | jump UTC | to "
-      "hour|midnight|dst|leap-day|2038]\n"
+      "  clock [ACTION]\n"
       "      show or control the clock\n"
-      "  inject jack PLUG STATUS | network up|down | dhcp VALUE | mobility VALUE | user-data "
-      "KEY on|off | value KEY TEXT\n"
+      "      clock show                                show the clock's state, as `clock` alone "
+      "does\n"
+      "      clock speed X                             change the clock's speed\n"
+      "      clock pause                               stop the clock; `clock speed 1` ends the "
+      "pause\n"
+      "      clock advance DURATION                    let time pass; each timer expires at its "
+      "own instant\n"
+      "      clock next                                let time pass up to the next timer\n"
+      "      clock jump UTC                            set the wall clock; uptime and timers stay\n"
+      "      clock to hour|midnight|dst|leap-day|2038  go to ten seconds before the landmark, and "
+      "pause\n"
+      "  inject ACTION\n"
       "      simulate an event or a changed value of the device\n"
+      "      inject jack PLUG STATUS      raise a plug event; `jack 5 1`: the network plug went "
+      "in\n"
+      "      inject network up|down       change the state of the network link\n"
+      "      inject dhcp VALUE            change the device value dhcp-enabled\n"
+      "      inject mobility VALUE        change the device value mobility-user-data-update\n"
+      "      inject user-data KEY on|off  change whether KEY counts as the user's own, for "
+      "`reset`\n"
+      "      inject value KEY TEXT        change any device value\n"
       "  status\n"
       "      show the host's state\n"
       "  log [--follow]\n"
       "      show the application log\n"
       "  security-log\n"
-      "      list who changed or tried to change what; a power loss may lose the latest records\n");
+      "      list who changed or tried to change what; a power loss may lose the latest records\n"
+      "\n"
+      "Words:\n"
+      "  X is `0` (paused), `1`, `0.5`, `3600` or `max`: virtual seconds in each real second\n"
+      "  DURATION is `90s`, `15m`, `2h`, `1d` or `00:30:00`, up to a century\n"
+      "  UTC is `2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199\n"
+      "  hour is the next full hour\n"
+      "  midnight is the next local midnight\n"
+      "  dst is the next change to or from daylight saving\n"
+      "  leap-day is the next leap day\n"
+      "  2038 is the end of 32-bit time, 2038-01-19T03:14:07Z\n");
+}
+
+TEST(Verb, HelpExplainsEachVerbAndAction) {
+  const std::string help = verbHelp();
+  for (const Verb& verb : kVerbs) {
+    const std::string name(verb.name);
+    EXPECT_FALSE(verb.help.empty()) << name;
+    EXPECT_NE(('\n' + help).find("\n  " + name), std::string::npos) << name;
+    for (const VerbAction& action : verb.actions) {
+      EXPECT_FALSE(action.help.empty()) << name << ' ' << action.name;
+      const std::size_t line = help.find("\n      " + name + ' ' + std::string(action.name) + ' ');
+      ASSERT_NE(line, std::string::npos) << name << ' ' << action.name;
+      EXPECT_TRUE(help.substr(0, help.find('\n', line + 1)).ends_with(action.help))
+          << name << ' ' << action.name;
+    }
+  }
+}
+
+// The help says what the parsers take.
+TEST(Verb, HelpShowsFormsThatAreAccepted) {
+  const std::string help = verbHelp();
+  const std::pair<const char*, const char*> forms[] = {{"clock speed", "0"},
+                                                       {"clock speed", "0.5"},
+                                                       {"clock speed", "max"},
+                                                       {"clock advance", "90s"},
+                                                       {"clock advance", "00:30:00"},
+                                                       {"clock jump", "2026-03-08T06:59:50Z"},
+                                                       {"clock jump", "2026-03-08T06:59:50+00:00"}};
+  for (const auto& [action, form] : forms) {
+    EXPECT_NE(help.find('`' + std::string(form) + '`'), std::string::npos) << form;
+    EXPECT_EQ(requestFor(std::string(action) + ' ' + form).front(), '{') << form;
+  }
 }
 
 TEST(Verb, WordsBecomeRequests) {
