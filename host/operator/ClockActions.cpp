@@ -8,10 +8,10 @@
 #include "base/Error.h"
 #include "base/PrintableText.h"
 #include "clock/VirtualClock.h"
+#include "operator/AuditRecord.h"
 #include "operator/ClockMoves.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
-#include "operator/RecordedAct.h"
 #include "runtime/Device.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
@@ -41,8 +41,8 @@ std::string described(const VirtualClock& clock, const Json& request) {
   return "Clock " + action + words + ", from " + instantText(duration_cast<seconds>(clock.wall()));
 }
 
-std::shared_ptr<RecordedAct> recordOf(Controller& controller, const Json& request) {
-  return std::make_shared<RecordedAct>(controller.device().securityLog(), SecurityLog::Event::clock,
+std::shared_ptr<AuditRecord> recordOf(Controller& controller, const Json& request) {
+  return std::make_shared<AuditRecord>(controller.device().securityLog(), SecurityLog::Event::clock,
                                        described(controller.device().clock(), request));
 }
 
@@ -131,7 +131,7 @@ void actOnClockAdvance(Controller& controller, const Json& request, const Channe
   const auto advance = [&](Device& device) {
     return passTime(device, seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
   };
-  controller.passages().add(recordedMove(controller, request, advance), channel);
+  controller.moves().add(recordedMove(controller, request, advance), channel);
 }
 
 void actOnClockNext(Controller& controller, const Json& request, const Channel& channel) {
@@ -156,7 +156,7 @@ void actOnClockTo(Controller& controller, const Json& request, const Channel& ch
       throw Error("unknown landmark " + quotedText(name) + "; write " + landmarkNames());
     return goBefore(device, *landmark);
   };
-  controller.passages().add(recordedMove(controller, request, goTo), channel);
+  controller.moves().add(recordedMove(controller, request, goTo), channel);
 }
 
 }  // namespace host

@@ -44,7 +44,7 @@ class Controller {
   [[nodiscard]] Device& device() { return m_device; }
   [[nodiscard]] const HostFacts& facts() const { return m_facts; }
   [[nodiscard]] const std::shared_ptr<LogRing>& log() const { return m_log; }
-  [[nodiscard]] ClockMoveQueue& passages() { return m_moves; }
+  [[nodiscard]] ClockMoveQueue& moves() { return m_moves; }
 
  private:
   Device& m_device;

@@ -3,11 +3,11 @@
 #include "base/Error.h"
 #include "base/PrintableText.h"
 #include "framework/FailedLookups.h"
+#include "operator/AuditRecord.h"
 #include "operator/ChildProcesses.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
 #include "operator/LogRing.h"
-#include "operator/RecordedAct.h"
 #include "remote/ControlChannel.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
@@ -34,7 +34,7 @@ void changeValue(Controller& controller, const std::string& key, const Json& req
 
 template <typename Injection>
 void record(Controller& controller, const Json& request, Injection inject) {
-  RecordedAct act(controller.device().securityLog(), SecurityLog::Event::injection,
+  AuditRecord act(controller.device().securityLog(), SecurityLog::Event::injection,
                   "Inject " + textMember(request, "what") +
                       memberWords(request, {"plug", "status", "key", "value"}));
   inject();

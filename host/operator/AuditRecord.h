@@ -12,12 +12,12 @@ namespace host {
 // A security record of something that a client makes the host do. The destructor writes it, with
 // the origin at construction (originHere): as refused, unless done() or begun() was called. Thread:
 // one.
-class RecordedAct {
+class AuditRecord {
  public:
-  RecordedAct(SecurityLog& log, SecurityLog::Event event, std::string text);
-  ~RecordedAct();
-  RecordedAct(const RecordedAct&) = delete;
-  RecordedAct& operator=(const RecordedAct&) = delete;
+  AuditRecord(SecurityLog& log, SecurityLog::Event event, std::string text);
+  ~AuditRecord();
+  AuditRecord(const AuditRecord&) = delete;
+  AuditRecord& operator=(const AuditRecord&) = delete;
 
   void done() { m_state = State::done; }
 

@@ -1,4 +1,4 @@
-#include "operator/RecordedAct.h"
+#include "operator/AuditRecord.h"
 
 #include <exception>
 #include <nlohmann/json.hpp>
@@ -8,15 +8,15 @@
 
 namespace host {
 
-RecordedAct::RecordedAct(SecurityLog& log, SecurityLog::Event event, std::string text)
+AuditRecord::AuditRecord(SecurityLog& log, SecurityLog::Event event, std::string text)
     : m_log(log), m_event(event), m_origin(originHere()), m_text(std::move(text)) {}
 
-void RecordedAct::begun(std::function<std::string()> howFar) {
+void AuditRecord::begun(std::function<std::string()> howFar) {
   m_howFar = std::move(howFar);
   m_state = State::begun;
 }
 
-RecordedAct::~RecordedAct() {
+AuditRecord::~AuditRecord() {
   try {
     if (m_state == State::begun) m_text += m_howFar();
   } catch (const std::exception&) {
