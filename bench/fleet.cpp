@@ -97,16 +97,18 @@ void printHistogram(const char* title, const Histogram& histogram) {
   constexpr std::size_t kSlotsPerLine = 20;
   constexpr double kWidest = 60.0;
   std::vector<double> lines;
-  for (std::size_t i = 0; i < kSlots; i += kSlotsPerLine)
+  for (std::size_t i = 0; i < kSlots; i += kSlotsPerLine) {
     lines.push_back(
         std::accumulate(histogram.begin() + static_cast<std::ptrdiff_t>(i),
                         histogram.begin() + static_cast<std::ptrdiff_t>(i + kSlotsPerLine), 0.0));
+  }
   const double highest = *std::max_element(lines.begin(), lines.end());
   std::printf("\n%s\n", title);
-  for (std::size_t i = 0; i < lines.size(); ++i)
+  for (std::size_t i = 0; i < lines.size(); ++i) {
     std::printf("%4zu-%3zu s %8.0f %s\n", 601 + i * kSlotsPerLine, 600 + (i + 1) * kSlotsPerLine,
                 lines[i],
                 std::string(static_cast<std::size_t>(lines[i] / highest * kWidest), '#').c_str());
+  }
 }
 
 }  // namespace

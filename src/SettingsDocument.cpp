@@ -92,9 +92,10 @@ void ClockServiceDataHandler::loadElement() {
 void ClockServiceXmlStartElement(void* userData, const char* name, const char** /*attributes*/) {
   auto& handler = *static_cast<ClockServiceDataHandler*>(userData);
   handler.currentElement = elementNone;
-  for (std::size_t i = 0; i < kElementNames.size(); ++i)
+  for (std::size_t i = 0; i < kElementNames.size(); ++i) {
     if (std::strcmp(name, kElementNames[i]) == 0)
       handler.currentElement = elementFallbackTime + static_cast<std::int32_t>(i);
+  }
 }
 
 // Replaces the text instead of appending to it, by design: settings are short single tokens, and

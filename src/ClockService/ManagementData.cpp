@@ -20,11 +20,12 @@ bool ClockService::getData(ManageableData& record) {
   CLOCK_LOG(logInformation, "getData %s", key.c_str());
   const auto keys = managedKeys();
   const auto value = keys ? keys->get(key) : std::nullopt;
-  if (value)
+  if (value) {
     record.populate(key, *value);
-  else
+  } else {
     CLOCK_LOG(logInformation, "Option %s is not supported. May be write only or non-existant.",
               key.c_str());
+  }
   CLOCK_LOG(logInformation, "getData: %s : %s", key.c_str(), value.value_or("").c_str());
   return value.has_value();
 }
@@ -40,9 +41,10 @@ bool ClockService::setData(ManageableData& record) {
     record.interogate(key, value);
     CLOCK_LOG(logInformation, "setData: \"%s\": \"%s\"", key.c_str(), value.c_str());
     if (const auto keys = managedKeys()) accepted = keys->set(key, value);
-    if (!accepted)
+    if (!accepted) {
       CLOCK_LOG(logInformation, "Option %s cannot be set. May be read only or non-existant.",
                 key.c_str());
+    }
   }
   recordManagementSet(key, value, accepted.value_or(false));
   return accepted.value_or(false);
@@ -52,9 +54,10 @@ bool ClockService::setData(ManageableData& record) {
 // appear later than the clock, so each set looks for it until it is found.
 void ClockService::recordManagementSet(const std::string& key, const std::string& value,
                                        bool accepted) {
-  if (m_securityLog == nullptr && m_context != nullptr)
+  if (m_securityLog == nullptr && m_context != nullptr) {
     m_securityLog =
         dynamic_cast<SecurityLogServiceIfc*>(m_context->getService("SecurityLogServiceIfc"));
+  }
   SecurityLogServiceIfc* const securityLog = m_securityLog;
   if (securityLog == nullptr) return;
   const std::string text = "ClockSettings set data " + key + "(" + value + ")";

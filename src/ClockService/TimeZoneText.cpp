@@ -43,12 +43,13 @@ void printRuledDaylight(Buffer& tz, const West& standard, const West& daylight,
                         const std::string& rule) {
   Buffer standardPart{};
   printStandard(standardPart, standard);
-  if (daylight.losesSign())
+  if (daylight.losesSign()) {
     boundedPrint(tz, TZ_FORMAT_DST_SIGNED, standardPart.data(), '-', 0, -daylight.minutes,
                  rule.c_str());
-  else
+  } else {
     boundedPrint(tz, TZ_FORMAT_DST, standardPart.data(), daylight.hours, std::abs(daylight.minutes),
                  rule.c_str());
+  }
 }
 
 // Limited to the range that can be negated, for any settings.

@@ -135,11 +135,12 @@ void ManagedClock::set(const std::string& key, const std::string& value) {
   const bool accepted = m_telephone.manage(key, value);
   const auto expected = isAccepted(key, value, before.at("sntp-addr"));
   hold(!expected || accepted == *expected, "a key accepts exactly its valid values", key);
-  if (isTooShort(key, value, before.at("date-format")))
+  if (isTooShort(key, value, before.at("date-format"))) {
     hold(!accepted && m_telephone.security.count() == records, "a set that throws leaves no record",
          key);
-  else
+  } else {
     holdRecord(key, value, accepted, records);
+  }
   if (kindOf(key) == Kind::server) holdItemState(value);
   if (accepted) return holdValue(key, value);
   hold(settings() == before, "a refusal changes nothing", key);

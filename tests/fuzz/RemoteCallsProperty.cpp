@@ -37,9 +37,10 @@ void holdReply(const Method& reply, const host::MethodRow& row) {
   hold(parameters.empty() || parameters.size() == row.reply.size() ||
            (parameters.size() == 1 && parameters.front().getType() == Parameter::boolean),
        "a reply has as many parameters as documented", row.name);
-  for (std::size_t i = 0; i < parameters.size(); ++i)
+  for (std::size_t i = 0; i < parameters.size(); ++i) {
     hold(matches(parameters[i], row.reply.begin()[i]), "a reply's parameters are as documented",
          row.name);
+  }
 }
 
 // A peer that calls the service and gets its events.

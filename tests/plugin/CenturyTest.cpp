@@ -150,9 +150,10 @@ class ClockOverACentury : public testing::TestWithParam<int> {
     SCOPED_TRACE(nameOf(choice));
     choose(choice);
     const WallClock expected(choice);
-    for (std::int64_t year = kFirstYear; year <= kLastYear; ++year)
+    for (std::int64_t year = kFirstYear; year <= kLastYear; ++year) {
       for (const Seconds change : expected.changesIn(year))
         if (!agrees(expected, change)) return;
+    }
     for (int i = 0; i < randomInstants; ++i)
       if (!agrees(expected, randomInstant())) return;
   }
@@ -221,9 +222,10 @@ TEST_P(ClockOverACentury, ShowsTheLocalTime) {
     compareDisplay({GetParam(), offset, true, false});
     compareDisplay({GetParam(), offset, false, true});
   }
-  for (const int shift : {30, 90, 120})
+  for (const int shift : {30, 90, 120}) {
     for (const int offset : {-210, 0, 60, 570})
       compareDisplay({GetParam(), offset, true, true, shift});
+  }
 }
 
 TEST_P(ClockOverACentury, AnnouncesEachHourAndEachDate) {
@@ -258,10 +260,11 @@ TEST(IndependentZones, ChangeOnTheDatesOfTheCalendar) {
                {{12, -300, true, true}, "2026-03-08T07:00:00", "2026-11-01T06:00:00"},
                {{13, 720, true, true}, "2026-04-04T14:00:00", "2026-09-26T14:00:00"},
                {{4, 600, true, true}, "2026-04-04T16:00:00", "2026-10-03T16:00:00"}};
-  for (const auto& row : table)
+  for (const auto& row : table) {
     EXPECT_EQ(WallClock(row.choice).changesIn(2026),
               (std::vector{secondsOf(row.first), secondsOf(row.second)}))
         << row.first;
+  }
   const WallClock newYork({12, -300, true, true});
   EXPECT_EQ(newYork.faceAt(secondsOf("2026-03-08T06:59:59")), "2026-03-08T01:59:59");
   EXPECT_EQ(newYork.faceAt(secondsOf("2026-03-08T07:00:00")), "2026-03-08T03:00:00");

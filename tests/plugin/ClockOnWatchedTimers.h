@@ -51,9 +51,10 @@ class ClockOnWatchedTimers : public RecordingTelephone {
     timers.onCall = nullptr;
     timers.pass(duration);
     std::vector<std::string> events;
-    for (const std::string& line : journal.take())
+    for (const std::string& line : journal.take()) {
       if (line.rfind("time", 0) == 0 || line.rfind("date", 0) == 0 || line.rfind("zone", 0) == 0)
         events.push_back(line);
+    }
     return events;
   }
 };

@@ -78,9 +78,9 @@ TEST_F(ClockWithAbsurdSettings, AnswersEveryQuestionUnderEveryCombination) {
   const std::string storage = host::storageFolder();
   host::setStorageFolder("");  // writing the scripts would take most of the time
   telephone.switchOn();
-  for (const char* const offset : kOffsets)
-    for (const char* const minutes : kMinutes)
-      for (const char* const automatic : {"true", "false"})
+  for (const char* const offset : kOffsets) {
+    for (const char* const minutes : kMinutes) {
+      for (const char* const automatic : {"true", "false"}) {
         for (const char* const zone : {"0", "9", "14"}) {
           telephone.manage("sntp-tz-offset", offset);
           telephone.manage("daylight-save", "true");
@@ -90,6 +90,9 @@ TEST_F(ClockWithAbsurdSettings, AnswersEveryQuestionUnderEveryCombination) {
           expectSaneZone();
           askEverything();
         }
+      }
+    }
+  }
   host::setStorageFolder(storage);
 }
 
@@ -106,7 +109,7 @@ TEST_F(ClockWithAbsurdSettings, RunsForDaysUnderEachOffset) {
 TEST_F(ClockWithAbsurdSettings, TakesAbsurdTimesAndDates) {
   telephone.switchOn();
   ClockService& service = telephone.service();
-  for (const int a : {kLowest, -1, 0, 60, kHighest})
+  for (const int a : {kLowest, -1, 0, 60, kHighest}) {
     for (const int b : {kLowest, 0, kHighest}) {
       service.setTime(a, b, a);
       askEverything();
@@ -117,6 +120,7 @@ TEST_F(ClockWithAbsurdSettings, TakesAbsurdTimesAndDates) {
       askEverything();
       telephone.pass(std::chrono::hours{2});
     }
+  }
 }
 
 TEST_F(ClockWithAbsurdSettings, RunsAtTheLimitsOfTime) {

@@ -164,11 +164,12 @@ TEST_F(ManagedClock, RefusesASimpleDateOutside1970To2037) {
 }
 
 TEST_F(ManagedClock, RefusesABlankSimpleDateAndTime) {
-  for (const char* const key : {"simple-date", "simple-time"})
+  for (const char* const key : {"simple-date", "simple-time"}) {
     for (const char* const blank : {"", "???"}) {
       EXPECT_FALSE(telephone.manage(key, blank)) << key << blank;
       EXPECT_EQ(telephone.physical.clockChanges().begun, 0);
     }
+  }
   EXPECT_EQ(utc(), "2024-03-05T09:07:05+00:00");
 }
 

@@ -88,18 +88,20 @@ TEST_F(ManagedClockOnRecordingParts, StoresTheServerThenTriesTheClientThenShowsW
   start();
   ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
   const plugin::StartUpLog lines(journal);
-  for (const auto& [server, state] : {std::pair{"192.0.2.1", "4"}, {"0.0.0.0", "0"}})
+  for (const auto& [server, state] : {std::pair{"192.0.2.1", "4"}, {"0.0.0.0", "0"}}) {
     EXPECT_THAT(accepted("sntp-addr", server),
                 ElementsAre(std::string("store SNTPaddress=") + server, "log 5 start NTP client",
                             std::string("item state time ") + state, kSecurityService));
+  }
 }
 
 TEST_F(ManagedClockOnRecordingParts, LeavesTheClientAloneWhenTheServerIsRefused) {
   start();
   const support::LogCapture log(5);
-  for (const auto& [server, state] : {std::pair{"no host", "4"}, {"[::1]", "4"}, {"", "0"}})
+  for (const auto& [server, state] : {std::pair{"no host", "4"}, {"[::1]", "4"}, {"", "0"}}) {
     EXPECT_THAT(refused("sntp-addr", server),
                 ElementsAre(std::string("item state time ") + state, kSecurityService));
+  }
   EXPECT_FALSE(log.has("start NTP client"));
 }
 

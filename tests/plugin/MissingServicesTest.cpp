@@ -39,9 +39,10 @@ TEST_F(RecordedStart, WithoutAContextAnswersEverything) {
     EXPECT_FALSE(service->getData(record)) << key;
     EXPECT_FALSE(service->setData(record)) << key;
   }
-  for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"})
+  for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"}) {
     for (const char* const value : {"all", "up", "true"})
       support::announceChange(*service, key, value);
+  }
   EXPECT_FALSE(service->resetUserData());
   EXPECT_EQ(service->getDate(), "01.01.70");
   EXPECT_EQ(service->getTime(), "00:00");

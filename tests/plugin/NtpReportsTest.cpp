@@ -134,9 +134,10 @@ TEST_F(ClockWithReports, IgnoresOtherUserDataAndOtherKeys) {
 
 TEST_F(ClockWithReports, StartsTheZoneTimerThenTheClientWhenDhcpChanges) {
   startWith(&physical);
-  for (const char* const value : {"true", "false", ""})
+  for (const char* const value : {"true", "false", ""}) {
     EXPECT_THAT(change("dhcp-enabled", value), ElementsAre("start 4", "log 5 start NTP client"))
         << value;
+  }
 }
 
 }  // namespace

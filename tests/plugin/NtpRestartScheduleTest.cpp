@@ -23,11 +23,12 @@ class ClockWithMacAddress : public testing::Test {
   std::vector<int> delays() const {
     std::vector<int> seconds;
     const std::string start = "rand delay 600 + ";
-    for (const auto& entry : log.entries())
+    for (const auto& entry : log.entries()) {
       if (entry.text.rfind(start, 0) == 0) {
         EXPECT_THAT(entry.text, testing::EndsWith(" where rand_max is 2147483647"));
         seconds.push_back(std::stoi(entry.text.substr(start.size())));
       }
+    }
     return seconds;
   }
 

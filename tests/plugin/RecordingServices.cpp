@@ -27,9 +27,10 @@ void RecordingPhysical::subscribe(physicalEventObserver* observer,
                                   const std::vector<PhysDefs::SubscriptionGrp>& groups) {
   subscriber = observer;
   std::string line = "subscribe";
-  for (const auto& group : groups)
+  for (const auto& group : groups) {
     line += " (" + std::to_string(group.other.kind) + "," + std::to_string(group.other.first) +
             "," + std::to_string(group.other.last) + ")";
+  }
   m_journal.add(line);
 }
 

@@ -67,9 +67,10 @@ class StartUpLog : public support::LogCapture {
       : LogCapture(6, [&journal](const host::LogEntry& entry) {
           for (const char* const text :
                {"init: initial", "start NTP client", "NTP Client Thread has been", "Serious error",
-                "Cannot find"})
+                "Cannot find"}) {
             if (entry.text.rfind(text, 0) == 0)
               journal.add("log " + std::to_string(entry.level) + " " + entry.text);
+          }
         }) {}
 };
 

@@ -20,9 +20,10 @@ std::string valueOf(const Parameter& parameter) {
 // Type, name, and each parameter with its direction.
 std::string describe(const Method& method) {
   std::string text = std::to_string(method.getType()) + " " + method.getName();
-  for (const Parameter& parameter : method.getParameters())
+  for (const Parameter& parameter : method.getParameters()) {
     text += " " + parameter.getName() + "/" + std::to_string(parameter.getDirection()) + "=" +
             valueOf(parameter);
+  }
   return text;
 }
 

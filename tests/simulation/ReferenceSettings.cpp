@@ -149,10 +149,11 @@ bool Reference::set(const std::string& key, const std::string& value) {
     return false;
   }
   m_securityKnown = m_securityKnown || has(securityService);
-  if (m_securityKnown)
+  if (m_securityKnown) {
     m_journal.add("security " + std::to_string(floorSeconds(wallMs())) + " 4 1 5 3 " +
                   (accepted ? "done" : "failed") + " ClockSettings set data " + key + "(" + value +
                   ") by \"\" from \"\"");
+  }
   return accepted;
 }
 
@@ -194,12 +195,13 @@ bool Reference::applyReading(const std::string& key, const std::string& value) {
   const int numbers[] = {part('d'), part('m'), part('y'), part('H'), part('M')};
   if (findPhysical()) m_journal.add("clock change begins");
   bool accepted = false;
-  if (key == "time")
+  if (key == "time") {
     accepted = setDate(local->tm_mday, local->tm_mon + 1, local->tm_year + 1900) &&
                setTime(local->tm_hour, local->tm_min, local->tm_sec);
-  else
+  } else {
     accepted = key == "simple-date" ? setDate(numbers[0], numbers[1], numbers[2])
                                     : setTime(numbers[3], numbers[4], 0);
+  }
   if (m_physicalKnown) m_journal.add("clock change ends");
   return accepted;
 }

@@ -12,9 +12,10 @@ namespace {
 
 // FNV-1a, 64 bits.
 void addTo(std::uint64_t& digest, const Lines& lines) {
-  for (const std::string& line : lines)
+  for (const std::string& line : lines) {
     for (const char c : line + "\n")
       digest = (digest ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
+  }
 }
 
 // A telephone and its reference.

@@ -212,9 +212,10 @@ std::string StepMaker::valueFor(const std::string& key, const Reference& referen
   if (key == "sntp-addr") return m_chance.oneOf(kAddresses).text;
   if (key == "daylight-save" || key == "auto-daylight-save") return m_chance.oneOf(kFlags);
   if (key == "daylight-save-minutes") return m_chance.oneOf(kMinutes);
-  if (key == "sntp-tz-offset")
+  if (key == "sntp-tz-offset") {
     return m_chance.oneIn(2) ? m_chance.oneOf(kOffsets)
                              : print("%g", static_cast<double>(m_chance.between(-50, 50)) / 4.0);
+  }
   if (key == "simple-time")
     return m_chance.oneIn(2) ? m_chance.oneOf(kSimpleTimes) : timeText(localAt(around()), 0);
   if (key == "simple-date") {
@@ -223,9 +224,10 @@ std::string StepMaker::valueFor(const std::string& key, const Reference& referen
                ? m_chance.oneOf(kSimpleDates)
                : dateText(localAt(around()), kSimpleDateMasks[format]);
   }
-  if (key == "daylight-save-zone-index" || key == "daylight-save-zone-id")
+  if (key == "daylight-save-zone-index" || key == "daylight-save-zone-id") {
     return m_chance.oneIn(6) ? m_chance.oneOf(kZoneNumbers)
                              : std::to_string(m_chance.between(0, kZones - 1));
+  }
   return m_chance.oneOf(kSecrets);
 }
 

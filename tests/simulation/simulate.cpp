@@ -92,9 +92,10 @@ bool agreesInChild(std::uint64_t seed, std::uint64_t steps) {
   int status = 0;
   while (waitpid(g_child, &status, 0) < 0 && errno == EINTR) continue;
   g_child = 0;
-  if (WIFSIGNALED(status))
+  if (WIFSIGNALED(status)) {
     std::cerr << "\nsimulate: SIG" << sigabbrev_np(WTERMSIG(status)) << " in " << g_step->text
               << std::endl;
+  }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 

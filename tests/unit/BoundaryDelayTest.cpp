@@ -128,7 +128,7 @@ TEST(BoundaryDelay, IsDefinedAndNeverZeroAtTheLimitsOfTime) {
     const ZoneGuard zone(tz);
     for (const std::int64_t end :
          {INT64_MIN, INT64_MAX, -kLastYear, kLastYear, std::int64_t{INT32_MIN},
-          std::int64_t{INT32_MAX}, std::int64_t{-1}, std::int64_t{0}})
+          std::int64_t{INT32_MAX}, std::int64_t{-1}, std::int64_t{0}}) {
       for (const std::int64_t step : {-86400, -1, 0, 1, 86400}) {
         const bool beyond = step < 0 ? end < INT64_MIN - step : end > INT64_MAX - step;
         const auto now = static_cast<time_t>(beyond ? end : end + step);
@@ -136,6 +136,7 @@ TEST(BoundaryDelay, IsDefinedAndNeverZeroAtTheLimitsOfTime) {
         EXPECT_GT(BoundaryDelay::toNextMidnight(now), 0U) << tz << " at " << now;
         BoundaryDelay::localDay(now);
       }
+    }
   }
   const ZoneGuard zone("UTC0");
   constexpr time_t kLast = std::numeric_limits<time_t>::max();

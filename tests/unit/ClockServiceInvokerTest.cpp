@@ -59,9 +59,10 @@ class ClockServiceInvokerTest : public testing::Test {
 // "2 ClockServiceInvoker: TEXT" for each error.
 std::string errorsOf(const LogCapture& log) {
   std::string text;
-  for (const host::LogEntry& entry : log.entries())
+  for (const host::LogEntry& entry : log.entries()) {
     if (entry.level <= 2)
       text += std::to_string(entry.level) + " " + entry.component + ": " + entry.text;
+  }
   return text;
 }
 

@@ -56,13 +56,15 @@ TEST(DisplayText, DateFollowsItsFormat) {
 
 TEST(DisplayText, PrintsAnyNumberAsPrintfDoes) {
   const int numbers[] = {INT_MIN, -100, -99, -10, -9, -1, 0, 1, 9, 10, 11, 99, 100, 101, INT_MAX};
-  for (const int day : numbers)
-    for (const int month : numbers)
+  for (const int day : numbers) {
+    for (const int month : numbers) {
       for (const int year : numbers) {
         char expected[20];
         snprintf(expected, sizeof expected, "%02d.%02d.%02d", day, month, year % 100);
         ASSERT_EQ(DisplayText::date(day, month, year, 0), expected);
       }
+    }
+  }
 }
 
 TEST(DisplayText, LongerTextIsCutAtNineteenCharacters) {

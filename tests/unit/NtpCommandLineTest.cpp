@@ -37,10 +37,11 @@ TEST(NtpCommandLine, FollowsKindOfAddressAndTrace) {
       {"odd", -1, true, "odd -L NULL NULL"},
       {"odd", INT_MAX, false, "odd NULL NULL NULL"},
   };
-  for (const auto& row : table)
+  for (const auto& row : table) {
     EXPECT_EQ(textOf(NtpCommandLine(row.address, row.kind, row.traced)),
               std::string("sbin/ntpclient -s -c 525600 -i 3600 -n 15 -h ") + row.end)
         << row.address << ", kind " << row.kind << ", traced " << row.traced;
+  }
 }
 
 }  // namespace

@@ -187,7 +187,7 @@ TEST_F(RemoteMethodsTest, ParametersAreFoundByNameInAnyOrder) {
 }
 
 TEST_F(RemoteMethodsTest, ServiceIsNotCalledWhenAParameterIsMissingOrDistorted) {
-  for (const RemoteRow& row : protocol())
+  for (const RemoteRow& row : protocol()) {
     for (std::size_t i = 0; i < row.request.size(); ++i) {
       Lines parameters = row.request;
       for (const std::string& distorted : distortionsOf(row.request[i])) {
@@ -197,6 +197,7 @@ TEST_F(RemoteMethodsTest, ServiceIsNotCalledWhenAParameterIsMissingOrDistorted) 
       parameters.erase(parameters.begin() + static_cast<std::ptrdiff_t>(i));
       EXPECT_EQ(repliesTo(row.name, parameters), replyWhenMissing(row)) << row.request[i];
     }
+  }
   EXPECT_EQ(m_service.calls, Lines{});
 }
 

@@ -65,9 +65,10 @@ TEST(SimpleDateText, CutsByPosition) {
       {"1a.2b.3cc4", 0, "1 2 3"},       // a number ends at the first other character
       {"2024-3-5 ", 1, "0 3 2024"},
   };
-  for (const auto& row : table)
+  for (const auto& row : table) {
     EXPECT_EQ(textOf(SimpleDateText::cut(row.text, row.format)), row.date)
         << "\"" << row.text << "\" in format " << row.format;
+  }
 }
 
 TEST(SimpleDateText, ShortTextThrowsWhenAPieceBeginsBeyondIt) {
@@ -75,9 +76,10 @@ TEST(SimpleDateText, ShortTextThrowsWhenAPieceBeginsBeyondIt) {
     const char* text;
     int format;
   } table[] = {{"05.03", 0}, {"05", 0}, {"1", 0}, {"2024-03", 1}, {"2024-", 1}, {"03/05", 2}};
-  for (const auto& row : table)
+  for (const auto& row : table) {
     EXPECT_THROW((void)SimpleDateText::cut(row.text, row.format), std::out_of_range)
         << "\"" << row.text << "\" in format " << row.format;
+  }
 }
 
 TEST(SimpleDateText, UnknownFormatPrintsAndReadsNothing) {
@@ -97,9 +99,10 @@ TEST(SimpleDateText, NumberEndsAtTheFirstOtherCharacterAndAtTheLimitsOfInt) {
                {"23:59", 3, 59}, {"12:", 3, 0},       {"x1:2y", 0, 0},     {"12:2y", 3, 2},
                {"+1:-3", 3, -3}, {"\xffx\n8 ", 0, 0}, {"\xffx\n8 ", 2, 8}, {"\n3\x01\t4", 0, 3},
                {"", 0, 0}};
-  for (const auto& row : table)
+  for (const auto& row : table) {
     EXPECT_EQ(SimpleDateText::numberAt(row.text, row.position, 2), row.number)
         << "\"" << row.text << "\" at " << row.position;
+  }
   for (const char* const text : {"", "1", "12"})
     EXPECT_THROW((void)SimpleDateText::numberAt(text, 3, 2), std::out_of_range) << text;
   EXPECT_EQ(SimpleDateText::numberAt("99999999999999999999", 0, 20), INT_MAX);

@@ -155,11 +155,12 @@ TEST(TimeZoneText, NotANumberIsUtc) {
 }
 
 TEST(TimeZoneText, HugeOffsetStopsAtTheLimit) {
-  for (const float huge : {kInfiniteHours, 1e30F, std::numeric_limits<float>::max(), 35791395.0F})
+  for (const float huge : {kInfiniteHours, 1e30F, std::numeric_limits<float>::max(), 35791395.0F}) {
     check({{huge, off, 60, "", "LOC-35791394:07", kHighest},
            {-huge, off, 60, "", "LOC35791394:07", -kHighest},
            {huge, byHand, 60, "", "LOC-35791394:07", kHighest},
            {-huge, byHand, 60, "", "LOC35791393:07", -kHighest + 60}});
+  }
 }
 
 TEST(TimeZoneText, HugeDaylightSavingStopsAtTheLimit) {
@@ -181,8 +182,8 @@ TEST(TimeZoneText, LongValueIsCutAtFortyNineCharacters) {
 TEST(TimeZoneText, ValueIsNeverLongerAndAlwaysTerminated) {
   const std::string longRule(200, 'M');
   for (const float offset : {0.0F, 0.5F, -0.5F, 12.5F, -12.5F, 1e30F, -1e30F, kInfiniteHours,
-                             -kInfiniteHours, kNoHours, 1e-40F, 596523.2F})
-    for (const std::int32_t minutes : {0, 60, -60, 30, 1439, kLowest, kHighest, kLowest + 1})
+                             -kInfiniteHours, kNoHours, 1e-40F, 596523.2F}) {
+    for (const std::int32_t minutes : {0, 60, -60, 30, 1439, kLowest, kHighest, kLowest + 1}) {
       for (const Saving saving : {off, byHand, byRule}) {
         const ZoneText row{offset, saving, minutes, longRule.c_str(), "", 0};
         const LocalZone zone = TimeZoneText::localZone(settingsOf(row));
@@ -190,6 +191,8 @@ TEST(TimeZoneText, ValueIsNeverLongerAndAlwaysTerminated) {
         EXPECT_LE(length, 49U) << describe(row);
         EXPECT_GE(length, 8U) << describe(row);
       }
+    }
+  }
 }
 
 TEST(TimeZoneText, ScriptExportsTheValue) {

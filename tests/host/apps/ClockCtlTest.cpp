@@ -63,9 +63,10 @@ TEST(ClockCtl, WaitsLongerForRequestsThatTakeLonger) {
                                               {"clock advance 1d", 60},
                                               {"clock to dst", 60},
                                               {"clock jump 2026-03-08T06:59:50Z", 5}};
-  for (const auto& [line, seconds] : rows)
+  for (const auto& [line, seconds] : rows) {
     EXPECT_EQ(replyLimit(requestOf(splitScenarioLine(line))), std::chrono::seconds(seconds))
         << line;
+  }
 }
 
 TEST(ClockCtl, WrongUsageIsStatusTwoWithOneShortLine) {
@@ -280,9 +281,10 @@ TEST(ClockCtlAnswers, MayHaveAnyNumberOfPages) {
 }
 
 TEST(ClockCtlAnswers, ToAFollowedLogMustBeObjects) {
-  for (const char* const item : {"5", "{", "{}\x01"})
+  for (const char* const item : {"5", "{", "{}\x01"}) {
     EXPECT_EQ(refusalOf("log --follow", item, FrameKind::controlItem),
               "clockctl: the host's answer is not a JSON object\n");
+  }
 }
 
 TEST(ClockCtlAnswers, ThatRefuseTheObserverEndTheWatch) {
