@@ -10,6 +10,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using testing::Contains;
 using testing::ElementsAre;
 
@@ -44,6 +45,40 @@ TEST_F(OddlyManagedClock, TakesATextThatEndsWhereItsLastPieceBegins) {
   EXPECT_EQ(utc(), "2024-03-05T10:00:00+00:00");
   EXPECT_TRUE(setData("simple-date", "01.02."));  // the year 0 is 2000
   EXPECT_EQ(utc(), "2000-02-01T10:00:00+00:00");
+}
+
+// A byte that is no digit ends a number, also NUL. The refused texts come first.
+TEST_F(OddlyManagedClock, CutsTimeAndDateByPositionFromAnyBytes) {
+  constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
+  const struct {
+    const char* key;
+    std::string text;
+    bool accepted;
+    const char* utc;
+  } rows[] = {
+      {"time", "2030-01-02T03:04:05+00:00\0"s, false, "2024-03-05T09:07:05+00:00"},
+      {"time",
+       "2030-01-02T03:\xff"
+       "4:05+00:00",
+       false, "2024-03-05T09:07:05+00:00"},
+      {"simple-date", std::string(kMebibyte, '9'), false, "2024-03-05T09:07:05+00:00"},
+      {"simple-time", "1\0:2\0"s, true, "2024-03-05T01:02:00+00:00"},
+      {"simple-time",
+       "\xff"
+       "7\n8 ",
+       true, "2024-03-05T00:08:00+00:00"},
+      {"simple-time", std::string(kMebibyte, '\0'), true, "2024-03-05T00:00:00+00:00"},
+      {"simple-date",
+       "1\0\xff"
+       "2\0\xff"
+       "2025"s,
+       true, "2025-02-01T00:00:00+00:00"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(telephone.manage(row.key, row.text), row.accepted) << row.key << " " << row.utc;
+    EXPECT_EQ(utc(), row.utc);
+    EXPECT_EQ(telephone.physical.clockChanges().begun, telephone.physical.clockChanges().ended);
+  }
 }
 
 TEST_F(OddlyManagedClock, RecordsNoSetThatThrew) {

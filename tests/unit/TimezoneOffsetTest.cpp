@@ -12,6 +12,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using unit::SettingsStore;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -92,7 +93,7 @@ TEST(TimezoneOffset, TextHasAPointUnderAnyLocale) {
 
 TEST(TimezoneOffset, TextIsReadUpToTheFirstOtherCharacter) {
   const struct {
-    const char* text;
+    std::string text;
     float hours;
   } table[] = {{"5.5", 5.5F},
                {"-3.5", -3.5F},
@@ -120,7 +121,10 @@ TEST(TimezoneOffset, TextIsReadUpToTheFirstOtherCharacter) {
                {"+", 0.0F},
                {".", 0.0F},
                {"e5", 0.0F},
-               {"\xff", 0.0F}};
+               {"\xff", 0.0F},
+               {"9\xff", 9.0F},
+               {"12\0 34"s, 12.0F},
+               {std::string(std::size_t{1024} * 1024, '9'), kInfinity}};
   for (const auto& row : table) {
     SettingsStore store;
     const auto settings = store.load();
