@@ -181,6 +181,24 @@ TEST_F(MovedTelephone, RecordsTheClientOfAMoveThatTheHostsEndStopped) {
   EXPECT_EQ(records[0].origin, "uid 1000, pid 4711");
 }
 
+// A client cannot push what it did out of the log with what is refused.
+TEST_F(MovedTelephone, KeepsWhatAClientDidAndCountsWhatItTried) {
+  const auto set = [this](const std::string& key, const char* value) {
+    begin(Json{{"verb", "set"}, {"key", key}, {"value", value}}.dump().c_str());
+  };
+  set("date-format", "1");
+  for (int i = 0; i < 1000; ++i) set("k" + std::to_string(i), "v");
+  telephone.device().managementThread().run([] {});
+  begin(R"({"verb":"clock","action":"jump","seconds":1893456000})");
+  const auto records = log().list(0, 100);
+  ASSERT_EQ(records.size(), 22U);
+  EXPECT_EQ(records[0].text, "ClockSettings set data date-format(1)");
+  EXPECT_EQ(records[20].text, "ClockSettings set data k999(v)");
+  EXPECT_EQ(records[20].count, 981);
+  EXPECT_EQ(records[21].text, "Clock jump 2030-01-01T00:00:00Z, from 2016-06-16T00:00:00Z");
+  for (const SecurityRecord& record : records) EXPECT_EQ(record.origin, "uid 1000, pid 4711");
+}
+
 // The service's own record has no origin; the host adds it.
 TEST_F(RecordedTelephone, NamesTheClientOfASet) {
   Controller controller(telephone.device(), {});
