@@ -131,6 +131,16 @@ TEST_F(ClientProgram, EndsOnSigtermAlsoWhenItWasStartedWithSignalsBlocked) {
   EXPECT_EQ(program.wait().status, 128 + SIGTERM);
 }
 
+TEST_F(ClientProgram, EndsOnSigtermWhileItsReportIsUnread) {
+  const Descriptor silent(::open(m_pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  Program program = start(client());
+  m_server.serve(kTime);
+  pollfd report{silent.get(), POLLIN, 0};
+  ASSERT_EQ(::poll(&report, 1, static_cast<int>(kLong.count())), 1);
+  program.signal(SIGTERM);
+  EXPECT_EQ(program.wait().status, 128 + SIGTERM);
+}
+
 TEST(ClientProgramUsage, IsRefusedInOneLineWhenItIsWrong) {
   const Words good = {"127.0.0.1", "-4"};
   const char* const channel = "CLOCKHOST_CLOCK_FD=2";
