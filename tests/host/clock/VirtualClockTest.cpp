@@ -148,6 +148,15 @@ TEST_F(RunningClock, HasNoExpiryToWaitForWithoutATimer) {
   }
 }
 
+TEST_F(RunningClock, DoesNotWaitForATimerThatIsDue) {
+  m_clock.setSpeed(1);
+  startedTimer(10s);
+  for (int i = 0; i < 2; ++i) {
+    passRealTime(10s);
+    EXPECT_EQ(m_clock.realTimeToNextExpiry(), Nanoseconds{0}) << i;
+  }
+}
+
 TEST_F(RunningClock, BoundsTheWaitAtAVerySlowSpeed) {
   m_clock.setSpeed(1e-300);
   startedTimer(10s);
