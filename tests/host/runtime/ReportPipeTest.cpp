@@ -12,6 +12,7 @@
 
 #include "interpose/DeviceRoot.h"
 #include "support/ErrorOf.h"
+#include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 
 namespace {
@@ -93,6 +94,14 @@ TEST_F(ReportPipeOfADevice, RefusesAnUnsafeOrImpossiblePath) {
     EXPECT_THAT(refusal(),
                 AllOf(StartsWith("the pipe of the time reports: "), HasSubstr(row.refusal)));
   }
+}
+
+TEST_F(ReportPipeOfADevice, LeavesARefusedFileUnchanged) {
+  const fs::path file = onHost("/tmp/votk/ipc/ntpclient");
+  fs::create_directories(file.parent_path());
+  std::ofstream(file) << "x";
+  EXPECT_NE(refusal(), "");
+  EXPECT_EQ(support::contentOf(file), "x");
 }
 
 TEST_F(ReportPipeOfADevice, IsRefusedToASecondHost) {
