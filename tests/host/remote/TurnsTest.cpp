@@ -103,5 +103,13 @@ TEST(Turns, BystanderWaitsForOneTurnWhileManyObserversAreUnobserved) {
   EXPECT_TRUE(server.becomes([] { return FakeProxy::living == 0; }));
 }
 
+// No later frame makes the server go on.
+TEST(Turns, PipelineOfASilentClientIsCarriedOutToItsEnd) {
+  ServerUnderTest server;
+  RawSocket client(server.socket);
+  client.send(countedCalls(5000));
+  EXPECT_TRUE(server.becomes([&] { return server.device.oneWayCalls() == 5000; }));
+}
+
 }  // namespace
 }  // namespace host
