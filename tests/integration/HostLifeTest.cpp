@@ -103,6 +103,12 @@ TEST_F(HostLife, TakesReportsAgainAfterItsPipeWasDeleted) {
   EXPECT_TRUE(program().says("Time change message received", seen)) << program().err();
 }
 
+TEST_F(HostLife, HasItsPipeInItsStateFolderWithoutADeviceRoot) {
+  launch({CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--state", state(), "--socket", socket()});
+  ASSERT_TRUE(answers());
+  EXPECT_TRUE(fs::is_fifo(state() / "device/tmp/votk/ipc/ntpclient"));
+}
+
 // As in `clockhost 2>&1 | less` when nobody scrolls.
 TEST_F(HostLife, RunsAndEndsBehindAStandardErrorThatNobodyReads) {
   const fs::path pipe = folder() / "unread";

@@ -31,15 +31,24 @@ TEST(ClosedDescriptors, OfTheHostAndOfClockctlBecomeDevNull) {
   expectNullDescriptors(watcher);
 }
 
+Outcome startLimited(const std::string& limit) {
+  const RestartableHost host;
+  Words words = inShell("", host.words());
+  words[2].insert(0, "ulimit " + limit + "; ");
+  return Program(host.folder(), "host", words).wait();
+}
+
 // Memory for the program and its libraries, but not for all that it needs at the start.
 TEST(MemoryLimit, AtTheStartIsARefusalInOneLine) {
   if (support::kAddressSanitizer || support::kThreadSanitizer) return;  // they need terabytes
-  const RestartableHost host;
-  Words words = inShell("", host.words());
-  words[2].insert(0, "ulimit -v 20000; ");
-  const Outcome outcome = Program(host.folder(), "host", words).wait();
+  const Outcome outcome = startLimited("-v 20000");
   expectOneLine(outcome, 1, {"clockhost: "});
   EXPECT_EQ(outcome.err.find("bad_alloc"), std::string::npos) << outcome.err;
+}
+
+// Enough for the line on standard error, too little for a page of a store.
+TEST(FileSizeLimit, AtTheStartIsARefusalInOneLine) {
+  expectOneLine(startLimited("-f 4"), 1, {"cannot be written"});
 }
 
 // Beyond the limit the kernel also sends SIGXFSZ, which would end a host that does not ignore it.
