@@ -53,16 +53,13 @@ bool isOneShortLine(const std::string& text) {
 
 // Besides calls, any request may wait two seconds for a name server.
 TEST(ClockCtl, WaitsLongerForRequestsThatTakeLonger) {
-  const std::pair<const char*, int> rows[] = {{"call getTime", 2},
-                                              {"watch", 2},
-                                              {"set sntp-addr time.example.org", 5},
-                                              {"get time", 5},
-                                              {"inject dhcp 1", 5},
-                                              {"clock", 5},
-                                              {"clock next", 5},
-                                              {"clock advance 1d", 60},
-                                              {"clock to dst", 60},
-                                              {"clock jump 2026-03-08T06:59:50Z", 5}};
+  const std::pair<const char*, int> rows[] = {
+      {"call getTime", 2},      {"watch", 2},
+      {"get time", 5},          {"set sntp-addr time.example.org", 5},
+      {"inject dhcp 1", 5},     {"clock", 5},
+      {"clock next", 5},        {"clock jump 2026-03-08T06:59:50Z", 5},
+      {"clock advance 1d", 60}, {"clock to dst", 60},
+  };
   for (const auto& [line, seconds] : rows) {
     EXPECT_EQ(replyLimit(requestOf(splitScenarioLine(line))), std::chrono::seconds(seconds))
         << line;
