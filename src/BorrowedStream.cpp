@@ -31,10 +31,11 @@ void startOver(std::stringstream& stream) {
   state.fill(' ');
   state.tie(nullptr);
   if (state.getloc() != std::locale()) state.imbue(std::locale());
-  if (stream.rdbuf()->pubseekoff(0, std::ios::end, std::ios::out) > kLongestKept)
+  if (stream.rdbuf()->pubseekoff(0, std::ios::end, std::ios::out) > kLongestKept) {
     *stream.rdbuf() = std::stringbuf();
-  else
+  } else {
     stream.str(std::string());
+  }
 }
 
 BorrowedStream::BorrowedStream() : m_stream(g_spare.exchange(nullptr)) {

@@ -92,10 +92,11 @@ class Walk {
     if (length < 0) fail();
     const std::filesystem::path path(std::string(target.data(), static_cast<std::size_t>(length)));
     prepend(path);
-    if (path.is_absolute())
+    if (path.is_absolute()) {
       enterRoot();
-    else
+    } else {
       m_path = std::filesystem::path(m_path).parent_path();
+    }
   }
 
   struct stat statusOf(const Descriptor& file) const {

@@ -115,10 +115,11 @@ void ClockService::handleSNTPClientUpdate(long /*secondsSinceEpoch*/) {
 
 void ClockService::sntpTimeChanged() {
   CLOCK_LOG(logInformation, "sntpTimeChanged: handling SNTP client update");
-  if (m_sntpTimeReceived.exchange(true))
+  if (m_sntpTimeReceived.exchange(true)) {
     notifyTimeChangeEvent();
-  else
+  } else {
     announceFirstNtpTime();
+  }
   notifyDateChangeEvent();
   if (!m_updateFallbackOnSntp) return;
   stopTimer(m_fallbackTimeUpdateTimer);

@@ -88,10 +88,11 @@ void holdStore(fuzz::Reader lines) {
   }
   for (const auto& [key, loaded] : read(device)) {
     const auto value = values.find(key);
-    if (value == values.end() || !host::isXmlText(value->second))
+    if (value == values.end() || !host::isXmlText(value->second)) {
       hold(loaded == defaults.at(key), "a missing or invalid setting has its default", key);
-    else if (isText(key))
+    } else if (isText(key)) {
       hold(loaded == value->second, "a text is loaded unchanged", key);
+    }
   }
 }
 

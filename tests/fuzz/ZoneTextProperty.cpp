@@ -85,10 +85,11 @@ void holdMeaning(const TimeZoneText::Settings& settings, std::string_view text) 
   const bool hasRule = settings.daylightSaving && settings.automatic && !settings.rule.empty();
   ZoneParser zone(text);
   zone.holdNext("LOC");
-  if (!settings.daylightSaving || hasRule)
+  if (!settings.daylightSaving || hasRule) {
     holdStandard(zone, west, text);
-  else
+  } else {
     hold(same(zone.offset(), daylight), "daylight saving has the configured offset", text);
+  }
   if (hasRule) {
     zone.holdNext("DST");
     hold(same(zone.offset(), daylight), "daylight saving is as configured", text);

@@ -86,10 +86,11 @@ void Reference::restoreSavedTime() {
     if (token.size() == 25) write(kSettings[0], token);
     m_fallbackFile.reset();
   }
-  if (const auto instant = instantOf(saved))
+  if (const auto instant = instantOf(saved)) {
     setWall(*instant);
-  else
+  } else {
     logError("init: FallbackTime \"" + saved + "\" is not a UTC string");
+  }
 }
 
 void Reference::attachManagement() {

@@ -135,10 +135,11 @@ void Telephone::setService(const std::string& name, bool present) {
       {kServices[managementService], m_management.get()},
       {kServices[securityService], m_security.get()},
       {kServices[storeService], &m_store}};
-  if (present)
+  if (present) {
     m_context->add(name, services.at(name));
-  else
+  } else {
     m_context->remove(name);
+  }
 }
 
 // Without local management, asks the service itself.

@@ -46,10 +46,11 @@ std::string print(const char* format, ...) {
 std::vector<std::string> words(const std::string& text) {
   std::vector<std::string> all(1);
   for (const char c : text) {
-    if (c == '|')
+    if (c == '|') {
       all.emplace_back();
-    else
+    } else {
       all.back() += c;
+    }
   }
   return all;
 }

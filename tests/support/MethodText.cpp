@@ -39,12 +39,13 @@ bool addParameter(const std::string& line, Method& method) {
   if (!cut(line, ' ', way, rest) || !cut(rest, ' ', type, rest) || !cut(rest, '=', name, value))
     return false;
   const auto direction = way == "in" ? Parameter::in : Parameter::out;
-  if (type == "int")
+  if (type == "int") {
     method.addIntParameter(name.c_str(), std::stoi(value), direction);
-  else if (type == "bool")
+  } else if (type == "bool") {
     method.addBoolParameter(name.c_str(), value == "true", direction);
-  else
+  } else {
     method.addStringParameter(name.c_str(), value, direction);
+  }
   return true;
 }
 

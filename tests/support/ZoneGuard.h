@@ -23,10 +23,11 @@ class ZoneGuard {
  private:
   static void install(const char* tz) {
     // NOLINTBEGIN(concurrency-mt-unsafe)
-    if (tz != nullptr)
+    if (tz != nullptr) {
       setenv("TZ", tz, 1);
-    else
+    } else {
       unsetenv("TZ");
+    }
     // NOLINTEND(concurrency-mt-unsafe)
     tzset();
   }

@@ -206,10 +206,11 @@ TEST_F(RemoteMethodsTest, RefusalRepliesWithFalseAndZeros) {
   for (const RemoteRow& row : protocol()) {
     Lines reply = row.reply;
     for (std::string& parameter : reply) {
-      if (parameter.rfind("out bool ", 0) == 0)
+      if (parameter.rfind("out bool ", 0) == 0) {
         parameter = withValue(parameter, "false");
-      else if (reply.size() > 1)
+      } else if (reply.size() > 1) {
         parameter = withValue(parameter, "0");
+      }
     }
     EXPECT_EQ(repliesTo(row.name, row.request), replyOf(row, reply)) << row.name;
   }

@@ -22,12 +22,13 @@ using Handler = ClockServiceDataHandler;
 // of its content.
 void parse(Handler& handler, const std::vector<std::string>& events) {
   for (const std::string& event : events) {
-    if (event.front() == '<')
+    if (event.front() == '<') {
       ClockServiceXmlStartElement(&handler, event.c_str() + 1, nullptr);
-    else if (event.front() == '/')
+    } else if (event.front() == '/') {
       ClockServiceXmlEndElement(&handler, event.c_str() + 1);
-    else
+    } else {
       ClockServiceXmlCharacterDataHandler(&handler, event.data(), static_cast<int>(event.size()));
+    }
   }
 }
 

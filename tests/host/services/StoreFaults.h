@@ -12,7 +12,8 @@ namespace host {
 // The number of those syncs that were of folders.
 [[nodiscard]] std::size_t takeFolderSyncs();
 
-// During its lifetime, each of SQLite's writes fails, as on a full disk (ENOSPC) or a broken one (EIO).
+// During its lifetime, each of SQLite's writes fails, as on a full disk (ENOSPC) or a broken one
+// (EIO).
 class FailingWrites {
  public:
   explicit FailingWrites(int error);
