@@ -1,11 +1,27 @@
 #include "host/services/StoreFile.h"
 
+#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <fstream>
 #include <random>
 
+#include "services/SqliteDatabase.h"
+
 namespace host {
+namespace {
+
+// SQLite takes the host's configuration only before its first use, and in some orders of the tests
+// that use is a test's own.
+class ConfiguredSqlite : public ::testing::Environment {
+  void SetUp() override {
+    const SqliteDatabase first({1, "CREATE TABLE t(x)", nullptr, "SELECT x FROM t", "OFF"});
+  }
+};
+[[maybe_unused]] const ::testing::Environment* const kConfigured =
+    ::testing::AddGlobalTestEnvironment(new ConfiguredSqlite);
+
+}  // namespace
 
 void writeBytes(const std::filesystem::path& file, const std::string& bytes) {
   std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
