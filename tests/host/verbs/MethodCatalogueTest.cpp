@@ -23,29 +23,6 @@ TEST(RemoteMethodTable, HasTwentyThreeUniqueMethods) {
   EXPECT_EQ(rowNamed(remoteMethods(), ""), nullptr);
 }
 
-TEST(RemoteMethodTable, OnlyOneMethodHasNoReply) {
-  for (const MethodRow& method : remoteMethods()) {
-    EXPECT_EQ(method.replies(), method.name != "setTimeInt") << method.name;
-  }
-}
-
-TEST(RemoteMethodTable, ParametersBeginWithTheMethodsName) {
-  for (const MethodRow& method : remoteMethods()) {
-    for (const auto& list : {method.request, method.reply}) {
-      for (const MethodParameter& parameter : list) {
-        const bool odd = method.name == "setTimeInt" && parameter.name == "setTime";
-        EXPECT_TRUE(odd || parameter.name.starts_with(method.name)) << parameter.name;
-      }
-    }
-  }
-}
-
-TEST(RemoteMethodTable, HasFourEvents) {
-  EXPECT_EQ(namesOf(remoteEvents()).size(), 4U);
-  EXPECT_EQ(rowNamed(remoteEvents(), "timeChangeEvent")->request.size(), 3U);
-  EXPECT_EQ(rowNamed(remoteEvents(), "getTime"), nullptr);
-}
-
 // "`setTimeHours`, `setTimeMinutes` int": a type once, after all names of that type.
 std::string parameterCell(std::span<const MethodParameter> parameters, const std::string& none) {
   constexpr std::array<const char*, 3> kTypes = {" int", " string", " bool"};  // as in Type
