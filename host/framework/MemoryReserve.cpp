@@ -10,9 +10,9 @@
 namespace host {
 namespace {
 
-constinit Mutex g_mutex;
-constinit void* g_reserve CLOCK_GUARDED_BY(g_mutex) = nullptr;
-constinit unsigned g_uses CLOCK_GUARDED_BY(g_mutex) = 0;
+constinit Mutex g_reserveMutex;
+constinit void* g_reserve CLOCK_GUARDED_BY(g_reserveMutex) = nullptr;
+constinit unsigned g_uses CLOCK_GUARDED_BY(g_reserveMutex) = 0;
 constinit std::atomic<bool> g_used{false};
 
 thread_local unsigned t_usesSeen = 0;
@@ -22,7 +22,7 @@ thread_local bool t_refilling = false;
 // thread has used the reserve since this one last looked, there may be memory again.
 void useReserve() {
   if (t_refilling) throw std::bad_alloc();
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_reserveMutex);
   if (std::exchange(t_usesSeen, g_uses) != g_uses) return;
   if (g_reserve == nullptr) throw std::bad_alloc();
   t_usesSeen = ++g_uses;
@@ -40,13 +40,13 @@ void* newReserve() {
 }  // namespace
 
 MemoryReserve::MemoryReserve() {
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_reserveMutex);
   g_reserve = ::operator new(kSize);
   std::set_new_handler(useReserve);
 }
 
 MemoryReserve::~MemoryReserve() {
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_reserveMutex);
   std::set_new_handler(nullptr);
   ::operator delete(std::exchange(g_reserve, nullptr));
   g_used = false;
@@ -56,7 +56,7 @@ bool MemoryReserve::refill() {
   if (!g_used) return true;
   {
     // Locked until the reserve, perhaps the last memory, is in place for other threads.
-    const MutexLock lock(g_mutex);
+    const MutexLock lock(g_reserveMutex);
     void* const reserve = newReserve();
     if (reserve == nullptr) return false;
     g_used = false;

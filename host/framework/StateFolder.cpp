@@ -5,10 +5,10 @@
 namespace host {
 namespace {
 
-constinit Mutex g_mutex;
+constinit Mutex g_folderMutex;
 
 // Never destroyed, because threads may outlive static destruction.
-std::string& folder() CLOCK_REQUIRES(g_mutex) {
+std::string& folder() CLOCK_REQUIRES(g_folderMutex) {
   static auto& path = *new std::string;
   return path;
 }
@@ -16,12 +16,12 @@ std::string& folder() CLOCK_REQUIRES(g_mutex) {
 }  // namespace
 
 void setStorageFolder(const std::string& path) {
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_folderMutex);
   folder() = path;
 }
 
 std::string storageFolder() {
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_folderMutex);
   return folder();
 }
 

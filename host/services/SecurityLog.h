@@ -104,6 +104,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   static Kind kindOf(const SecurityRecord& record);
   static Repeats::Attempt attemptOf(const SecurityRecord& record);
 
+  // Held while a record is written: its number follows the last one, and the statements are shared.
   Mutex m_mutex;
   std::unique_ptr<SqliteDatabase> m_database CLOCK_GUARDED_BY(m_mutex);
   SqliteStatement m_insert CLOCK_GUARDED_BY(m_mutex);
