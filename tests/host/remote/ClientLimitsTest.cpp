@@ -10,7 +10,6 @@
 #include "host/remote/Desk.h"
 #include "host/remote/RawSocket.h"
 #include "remote/Outbox.h"
-#include "remote/RemoteClient.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 #include "support/SoftLimit.h"
@@ -83,11 +82,7 @@ TEST(ClientLimits, NextRequestsWaitWhileAnswersAreUnread) {
   for (std::uint32_t id = 0; id < 100; ++id) client.send({FrameKind::controlRequest, id, "{}"});
   ASSERT_TRUE(server.becomes([&] { return asked > 0; }));
   EXPECT_LE(server.onLoop([&] { return asked; }), 3) << "more than fit into 1 MiB, at once";
-  Frame frame;
-  for (std::uint32_t id = 0; id < 100; ++id) {
-    ASSERT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLong));
-    EXPECT_EQ(frame.id, id);
-  }
+  for (std::uint32_t id = 0; id < 100; ++id) ASSERT_EQ(received(client).id, id);
 }
 
 TEST(ClientLimits, RequestOfADisconnectedClientIsNotWanted) {
@@ -119,19 +114,15 @@ TEST(ClientLimits, RequestsThatADisconnectedClientLeftInItsSocketAreNotExecuted)
 }
 
 TEST(ClientLimits, ClientsBeyondTheLimitGetTheReasonAndTheLogHasOneLine) {
-  RemoteServer::Limits limits;
-  limits.clients = 2;
-  ServerUnderTest server({}, limits);
+  ServerUnderTest server({.clients = 2});
   const support::LogCapture log(4);
   RemoteClient one(server.socket);
   RemoteClient two(server.socket);
   ASSERT_TRUE(server.becomes([&] { return server.clients() == 2; }));
   for (int i = 0; i < 10; ++i) {
     FrameSocket client(server.socket);
-    Frame frame;
-    ASSERT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLong));
     EXPECT_EQ(
-        frame.payload,
+        received(client).payload,
         R"({"ok":false,"error":"2 clients are connected, which is the limit; try again later"})");
   }
   EXPECT_EQ(log.count("client turned away: 2 clients are connected, which is the limit"), 1U);
@@ -198,10 +189,7 @@ uid_t otherThenOwn(int) {
 
 TEST(ClientLimits, RefusesAUserBeyondItsShareAndServesTheHostsUser) {
   g_connections = 0;
-  RemoteServer::Limits limits;
-  limits.clients = 4;
-  limits.user = otherThenOwn;
-  ServerUnderTest server({}, limits);
+  ServerUnderTest server({.clients = 4, .user = otherThenOwn});
   const support::LogCapture log(4);
   const RemoteClient one(server.socket);
   const RemoteClient two(server.socket);
@@ -209,9 +197,7 @@ TEST(ClientLimits, RefusesAUserBeyondItsShareAndServesTheHostsUser) {
   const std::string why = "2 clients of uid " + std::to_string(kUnknownUser) +
                           " are connected, which is the limit of one user";
   FrameSocket refused(server.socket);
-  Frame frame;
-  ASSERT_TRUE(refused.receive(frame, std::chrono::steady_clock::now() + kLong));
-  EXPECT_EQ(frame.payload, R"({"ok":false,"error":")" + why + R"(; try again later"})");
+  EXPECT_EQ(received(refused).payload, R"({"ok":false,"error":")" + why + R"(; try again later"})");
   EXPECT_TRUE(log.waitForPart("client turned away: " + why)) << log.text();
   const RemoteClient own(server.socket);
   EXPECT_TRUE(server.becomes([&] { return server.clients() == 3; }));

@@ -5,9 +5,9 @@
 #include <sstream>
 
 #include "Method.h"
-#include "host/remote/MethodText.h"
 #include "remote/CodecTable.h"
 #include "remote/Frame.h"
+#include "support/MethodText.h"
 
 namespace host {
 namespace {
@@ -55,7 +55,7 @@ TEST_P(EachCodec, ReadsWhatItWrote) {
     Method decoded("other", Method::call);
     decoded.addIntParameter("leftOver", 1, Parameter::in);
     ASSERT_TRUE(decode(encode(method), decoded));
-    EXPECT_EQ(textOf(decoded), textOf(method));
+    EXPECT_EQ(support::textOf(decoded), support::textOf(method));
   }
 }
 
@@ -115,7 +115,7 @@ TEST_P(EachCodec, SurvivesEveryChangeOfOneByte) {
       if (!decode(changed, decoded)) continue;
       Method again;
       EXPECT_TRUE(decode(encode(decoded), again)) << at << ' ' << value;
-      EXPECT_EQ(textOf(again), textOf(decoded)) << at << ' ' << value;
+      EXPECT_EQ(support::textOf(again), support::textOf(decoded)) << at << ' ' << value;
     }
   }
 }

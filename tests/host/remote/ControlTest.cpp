@@ -7,7 +7,6 @@
 #include "base/Origin.h"
 #include "host/remote/Desk.h"
 #include "host/remote/RawSocket.h"
-#include "remote/RemoteClient.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
@@ -97,11 +96,8 @@ TEST(Control, ReplyReachesAClientThatHasShutDownItsSendingSide) {
   EXPECT_TRUE(request.channel->wanted());
   std::thread([&] { EXPECT_TRUE(request.channel->reply("late")); }).join();
   request = {};
-  Frame frame;
-  const auto deadline = std::chrono::steady_clock::now() + kLong;
-  ASSERT_TRUE(client.receive(frame, deadline));
-  EXPECT_EQ(frame.payload, "late");
-  EXPECT_THROW(static_cast<void>(client.receive(frame, deadline)), HostGone);
+  EXPECT_EQ(received(client).payload, "late");
+  EXPECT_THROW(received(client), HostGone);
 }
 
 TEST(Control, LostRequestIsRefusedAndNoLongerKeepsTheConnectionOpen) {
@@ -185,9 +181,7 @@ TEST(Control, RequestAtTheCallSocketIsRefusedInOneLine) {
   EXPECT_EQ(client.control(R"({"verb":"status"})", kLong),
             R"({"error":"control requests are not taken here; send them to )" +
                 at.server.controlSocket.string() + R"(","ok":false})");
-  Method echo("echo", Method::call);
-  echo.addIntParameter("number", 5, Parameter::in);
-  EXPECT_TRUE(client.call(echo, kLong)) << "it is still served";
+  EXPECT_TRUE(echoes(client)) << "it is still served";
   EXPECT_EQ(at.desk.size(), 0U);
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }

@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "Method.h"
-#include "host/remote/MethodText.h"
+#include "support/MethodText.h"
 
 namespace host {
 namespace {
@@ -43,21 +43,24 @@ struct AcceptedText {
 
 TEST(JsonCodec, ReadsMembersInAnyOrderAndFillsInDefaults) {
   const AcceptedText cases[] = {
-      {R"({"name":"getTime"})", "getTime/0"},
-      {R"( {"type":1 , "name":"" } )", "/1"},
-      {R"({"parameters":[],"name":"m"})", "m/0"},
-      {R"({"parameters":[{"value":5,"name":"p"}],"name":"m"})", "m/0 p/0=5"},
-      {R"({"name":"m","parameters":[{"name":"p","value":"5","direction":1}]})", "m/0 p/1=\"5\""},
+      {R"({"name":"getTime"})", "call getTime\n"},
+      {R"( {"type":1 , "name":"" } )", "reply \n"},
+      {R"({"parameters":[],"name":"m"})", "call m\n"},
+      {R"({"parameters":[{"value":5,"name":"p"}],"name":"m"})", "call m\nin int p=5\n"},
+      {R"({"name":"m","parameters":[{"name":"p","value":"5","direction":1}]})",
+       "call m\nout string p=5\n"},
       {R"({"name":"m","parameters":[{"name":"","value":false},{"name":"q","value":-0}]})",
-       "m/0 /0=false q/0=0"},
-      {R"({"name":"m","parameters":[{"name":"p","value":2147483647}]})", "m/0 p/0=2147483647"},
-      {R"({"name":"m","parameters":[{"name":"p","value":-2147483648}]})", "m/0 p/0=-2147483648"},
-      {R"({"name":"\u00fc"})", "\xc3\xbc/0"},
+       "call m\nin bool =false\nin int q=0\n"},
+      {R"({"name":"m","parameters":[{"name":"p","value":2147483647}]})",
+       "call m\nin int p=2147483647\n"},
+      {R"({"name":"m","parameters":[{"name":"p","value":-2147483648}]})",
+       "call m\nin int p=-2147483648\n"},
+      {R"({"name":"\u00fc"})", "call \xc3\xbc\n"},
   };
   for (const AcceptedText& accepted : cases) {
     Method method;
     ASSERT_TRUE(decodeText(accepted.text, method)) << accepted.text;
-    EXPECT_EQ(textOf(method), accepted.meaning);
+    EXPECT_EQ(support::textOf(method), accepted.meaning);
   }
 }
 
@@ -124,18 +127,15 @@ TEST(JsonCodec, RefusesEveryOtherText) {
       R"({"name":"m","parameters":[{"name":"p","value":1,"direction":0,"direction":0}]})",
       "{\"name\":\"a\xff\"}",
       {"{\"name\":\"m\"}\0x", 14},
+      // nested too deeply to be read
+      std::string(1000000, '['),
+      R"({"name":"m","parameters":)" + std::string(1000000, '['),
   };
   for (const std::string& text : refused) {
     Method method("before", Method::call);
-    EXPECT_FALSE(decodeText(text, method)) << text;
+    EXPECT_FALSE(decodeText(text, method)) << text.substr(0, 80);
     EXPECT_EQ(method.getName(), "before");
   }
-}
-
-TEST(JsonCodec, RefusesDeepNestingAtOnce) {
-  Method method;
-  EXPECT_FALSE(decodeText(std::string(1000000, '['), method));
-  EXPECT_FALSE(decodeText(R"({"name":"m","parameters":)" + std::string(1000000, '['), method));
 }
 
 }  // namespace

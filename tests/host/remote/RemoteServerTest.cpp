@@ -9,35 +9,17 @@
 #include <thread>
 #include <vector>
 
-#include "host/remote/MethodText.h"
 #include "host/remote/ServerUnderTest.h"
-#include "remote/RemoteClient.h"
 #include "support/LogCapture.h"
 
 namespace host {
 namespace {
 
-Method echoOf(int number) {
-  Method method("echo", Method::call);
-  method.addIntParameter("number", number, Parameter::in);
-  return method;
-}
-
-std::string call(RemoteClient& client, Method method) {
-  const auto reply = client.call(method, kLong);
-  return reply ? textOf(*reply) : "no reply";
-}
-
-std::string call(RemoteClient& client, const char* name) {
-  return call(client, Method(name, Method::call));
-}
-
 TEST(RemoteServer, AnswersCallsInEachCodec) {
   ServerUnderTest server;
   for (const std::string& codec : CodecTable::names()) {
     RemoteClient client(server.socket, codec);
-    EXPECT_EQ(call(client, echoOf(5)), "echo/1 number/1=5") << codec;
-    EXPECT_EQ(call(client, echoOf(-6)), "echo/1 number/1=-6") << codec;
+    for (const int number : {5, -6}) EXPECT_TRUE(echoes(client, number)) << codec;
   }
 }
 
@@ -62,8 +44,7 @@ TEST(RemoteServer, AnswersManyClientsAtOnceAndEachInOrder) {
     threads.emplace_back([&, i] {
       RemoteClient client(server.socket, i % 2 == 0 ? "msgpack" : "json");
       for (int n = 0; n < 200; ++n) {
-        const int number = i * 1000 + n;
-        if (call(client, echoOf(number)) != "echo/1 number/1=" + std::to_string(number)) ++wrong;
+        if (!echoes(client, i * 1000 + n)) ++wrong;
       }
     });
   }
@@ -101,8 +82,7 @@ TEST(RemoteServer, SendsTheLastRepliesToAClientThatShutDownItsSendingSide) {
   client.send(
       {FrameKind::call, 9, R"({"name":"repeat","parameters":[{"name":"bytes","value":900000}]})"});
   client.finishSending();
-  Frame reply;
-  ASSERT_TRUE(client.receive(reply, std::chrono::steady_clock::now() + kLong));
+  const Frame reply = received(client);
   EXPECT_EQ(reply.id, 9U);
   EXPECT_GT(reply.payload.size(), 900000U);
 }
@@ -111,19 +91,18 @@ TEST(RemoteServer, SendsEventsToTheirObserversInOrder) {
   ServerUnderTest server;
   RemoteClient one(server.socket);
   RemoteClient other(server.socket, "json");
-  EXPECT_EQ(call(one, "observeTimeEvents"), "observeTimeEvents/1 observeTimeEventsReturn/1=true");
-  EXPECT_EQ(call(other, "observeTimeEvents"), "observeTimeEvents/1 observeTimeEventsReturn/1=true");
+  EXPECT_TRUE(observe(one) && observe(other));
   for (int i = 0; i < 100; ++i) {
     Method event("event", Method::call);
     event.addIntParameter("number", i, Parameter::in);
     EXPECT_EQ(server.device.notify(event), 2);
   }
   for (RemoteClient* const client : {&one, &other}) {
-    EXPECT_EQ(call(*client, echoOf(1)), "echo/1 number/1=1");
+    EXPECT_TRUE(echoes(*client));
     for (int i = 0; i < 100; ++i) {
       const auto event = client->nextEvent(kLong);
       ASSERT_TRUE(event);
-      EXPECT_EQ(textOf(*event), "event/0 number/0=" + std::to_string(i));
+      EXPECT_EQ(support::textOf(*event), "call event\nin int number=" + std::to_string(i) + '\n');
     }
   }
 }
@@ -131,32 +110,31 @@ TEST(RemoteServer, SendsEventsToTheirObserversInOrder) {
 TEST(RemoteServer, HasOneProxyForEachPeerAndNoneForAnotherInterfaceOrPeer) {
   ServerUnderTest server;
   RemoteClient client(server.socket);
-  Method known("makeProxyOf", Method::call);
-  known.addStringParameter("interface", "ClockServiceObserverIfc", Parameter::in);
-  EXPECT_EQ(call(client, known), "makeProxyOf/1 made/1=true same/1=true elsewhere/1=false");
-  Method unknown("makeProxyOf", Method::call);
-  unknown.addStringParameter("interface", "ClockServiceIfc", Parameter::in);
-  EXPECT_EQ(call(client, unknown), "makeProxyOf/1 made/1=false same/1=true elsewhere/1=false");
+  for (const auto& [name, made] :
+       {std::pair{"ClockServiceObserverIfc", "true"}, {"ClockServiceIfc", "false"}}) {
+    Method method("makeProxyOf", Method::call);
+    method.addStringParameter("interface", name, Parameter::in);
+    EXPECT_EQ(replyTo(client, method), "reply makeProxyOf\nout bool made=" + std::string(made) +
+                                           "\nout bool same=true\nout bool elsewhere=false\n");
+  }
 }
 
 TEST(RemoteServer, UnobserveRemovesWhatAnEarlierCallAdded) {
   ServerUnderTest server;
   RemoteClient client(server.socket);
-  call(client, "observeTimeEvents");
-  EXPECT_EQ(call(client, "unobserveTimeEvents"),
-            "unobserveTimeEvents/1 unobserveTimeEventsReturn/1=true");
-  EXPECT_EQ(call(client, "unobserveTimeEvents"),
-            "unobserveTimeEvents/1 unobserveTimeEventsReturn/1=false");
+  EXPECT_TRUE(observe(client));
+  EXPECT_TRUE(unobserve(client));
+  EXPECT_FALSE(unobserve(client));
   EXPECT_EQ(server.device.observers(), 0U);
 }
 
 TEST(RemoteServer, UnobservesADisconnectedPeerAndFreesItsProxy) {
   ServerUnderTest server;
   RemoteClient staying(server.socket);
-  call(staying, "observeTimeEvents");
+  EXPECT_TRUE(observe(staying));
   {
     RemoteClient leaving(server.socket);
-    for (int i = 0; i < 3; ++i) call(leaving, "observeTimeEvents");
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(observe(leaving));
     EXPECT_EQ(server.device.observers(), 4U);
   }
   EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 1; }));
@@ -173,7 +151,7 @@ TEST(RemoteServer, KeepsNothingOfADisconnectedPeer) {
   const auto allocatedAfter = [&](int peers) {
     for (int i = 0; i < peers; ++i) {
       RemoteClient client(server.socket);
-      call(client, i % 2 == 0 ? "observeTimeEvents" : "echo");
+      EXPECT_TRUE(i % 2 == 0 ? observe(client) : echoes(client));
     }
     EXPECT_TRUE(server.becomes([&] { return server.device.observers() == 0; }));
     EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
@@ -198,7 +176,7 @@ TEST(RemoteServer, PeersConnectAndDisconnectWhileAnotherThreadSendsEvents) {
   for (int i = 0; i < 100; ++i) {
     due = 1000;
     RemoteClient client(server.socket);
-    call(client, "observeTimeEvents");
+    EXPECT_TRUE(observe(client));
     due = 1000;  // the earlier ones may all have gone to clients that are still registered
     EXPECT_TRUE(client.nextEvent(kLong));
   }
@@ -211,7 +189,7 @@ TEST(RemoteServer, PeersConnectAndDisconnectWhileAnotherThreadSendsEvents) {
 TEST(RemoteServer, StopDisconnectsAndRemovesTheSocket) {
   ServerUnderTest server;
   RemoteClient client(server.socket);
-  call(client, "echo");
+  EXPECT_TRUE(echoes(client));
   server.stop();
   EXPECT_FALSE(std::filesystem::exists(server.socket));
   EXPECT_THROW(static_cast<void>(client.nextEvent(kLong)), HostGone);
@@ -225,7 +203,7 @@ TEST(RemoteServer, StopUnobservesNoPeerAndSendsNoFurtherEvent) {
     ServerUnderTest server;
     std::optional<RemoteClient> gone(server.socket);
     RemoteClient client(server.socket);
-    for (RemoteClient* const observer : {&client, &*gone}) call(*observer, "observeTimeEvents");
+    for (RemoteClient* const observer : {&client, &*gone}) EXPECT_TRUE(observe(*observer));
     server.onLoop([&] { server.stop(); });
     gone.reset();
     EXPECT_EQ(server.onLoop([&] { return server.device.unobserveCalls(); }), 0);
@@ -245,7 +223,7 @@ TEST(RemoteServer, KeepsTheProxyOfAPeerThatCannotBeUnobservedAndTriesAgainWithTh
     server.device.stopUnobserving();
     const auto observeAndDisconnect = [&] {
       RemoteClient client(server.socket);
-      call(client, "observeTimeEvents");
+      EXPECT_TRUE(observe(client));
     };
     observeAndDisconnect();
     EXPECT_TRUE(log.waitForPart("cannot be unobserved: client-1")) << log.text();

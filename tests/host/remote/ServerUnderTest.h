@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
@@ -10,18 +12,56 @@
 #include <thread>
 
 #include "host/remote/FakeDevice.h"
+#include "remote/FrameSocket.h"
+#include "remote/RemoteClient.h"
 #include "remote/RemoteServer.h"
 #include "remote/SocketAddress.h"
 #include "support/Becomes.h"
+#include "support/MethodText.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
 
 inline constexpr std::chrono::milliseconds kLong{10'000};  // limit for what must happen
 
+inline Method echoOf(int number) {
+  Method method("echo", Method::call);
+  method.addIntParameter("number", number, Parameter::in);
+  return method;
+}
+
+// The reply as in support/MethodText.h; "no reply" when none comes within kLong.
+inline std::string replyTo(RemoteClient& client, Method method) {
+  const auto reply = client.call(method, kLong);
+  return reply ? support::textOf(*reply) : "no reply";
+}
+inline bool echoes(RemoteClient& client, int number = 5) {
+  return replyTo(client, echoOf(number)) ==
+         "reply echo\nout int number=" + std::to_string(number) + '\n';
+}
+
+// Whether the service has added the client to its observers, or removed it.
+inline bool observe(RemoteClient& client) {
+  return replyTo(client, Method("observeTimeEvents", Method::call)) ==
+         "reply observeTimeEvents\nout bool observeTimeEventsReturn=true\n";
+}
+inline bool unobserve(RemoteClient& client) {
+  return replyTo(client, Method("unobserveTimeEvents", Method::call)) ==
+         "reply unobserveTimeEvents\nout bool unobserveTimeEventsReturn=true\n";
+}
+
+// The next frame; empty when none comes within kLong.
+inline Frame received(FrameSocket& client) {
+  Frame frame;
+  EXPECT_TRUE(client.receive(frame, std::chrono::steady_clock::now() + kLong));
+  return frame;
+}
+
 // A server that serves a fake device, on a loop in a thread of its own.
 class ServerUnderTest {
  public:
+  explicit ServerUnderTest(RemoteServer::Limits limits)
+      : ServerUnderTest(ControlHandler(), limits) {}
   explicit ServerUnderTest(ControlHandler control = {},
                            RemoteServer::Limits limits = RemoteServer::Limits{})
       : socket(m_folder / "host.socket"),
