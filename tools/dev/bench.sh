@@ -1,33 +1,78 @@
 #!/usr/bin/env bash
-# bench [--factor X] [--json FILE] [--only NAME]...: speed, memory and disk writes, each with a bound
+# bench [--compare REF] [--factor X] [--json FILE] [--only NAME]...: speed, memory and disk writes, each with a bound
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-# Checks the options before anything is built; the program checks their values.
-all_words_are_known() {
-  while [ $# -gt 0 ]; do
-    case $1 in
-      --factor | --json | --only) [ $# -gt 1 ] || return 1 && shift 2 ;;
-      --factor=* | --json=* | --only=*) shift ;;
-      *) return 1 ;;
-    esac
-  done
-}
-usage="usage: bench [--factor X] [--json FILE] [--only NAME]..."
-case ${1:-} in
-  -h | --help)
-    echo "$usage"
-    exit 0
-    ;;
-esac
-all_words_are_known "$@" || {
-  echo "$usage" >&2
+usage='usage: bench [--factor X | --compare REF] [--json FILE] [--only NAME]...'
+explained="$usage
+Exits 0 when all bounds are met, 1 when one is not, 2 for wrong arguments.
+--compare measures this tree and the commit REF in turns instead, and prints which figures moved beyond
+their noise: exits 0 when none is slower or more, 1 when one is. REF is built in build/compare."
+
+refuse() {
+  printf '%s\n' "$*" >&2
   exit 2
 }
 
-need run test
-configure default
-build default clockbench
+# Checks the options before anything is built; the program checks their values.
+ref='' words=()
+while [ $# -gt 0 ]; do
+  case $1 in
+    -h | --help) echo "$explained" && exit 0 ;;
+    --compare=?*) ref=${1#*=} && shift ;;
+    --factor=* | --json=* | --only=*) words+=("$1") && shift ;;
+    --compare | --factor | --json | --only) [ $# -gt 1 ] || refuse "$usage" && set -- "$1=$2" "${@:3}" ;;
+    *) refuse "$usage" ;;
+  esac
+done
+
+commit_of() {
+  [ -e "$CLOCK_TREE/.git" ] && git -C "$CLOCK_TREE" rev-parse --short=12 "$1^{commit}" -- 2>/dev/null | head -n 1
+}
+
+require_comparable() {
+  [[ " ${words[*]}" != *' --factor='* ]] ||
+    refuse 'dev: a comparison has no bounds; use --factor without --compare'
+  commit_of HEAD >/dev/null || refuse 'dev: --compare needs git, and a checkout of the repository'
+  commit=$(commit_of "$ref") || refuse "dev: \"$ref\" is no commit of this repository"
+}
+
+# A clone that borrows the objects of this repository, and changes nothing in it. A clone that was
+# interrupted is made again. A checkout keeps the times of unchanged files, so that little is rebuilt.
+check_out() {
+  local clone=$1
+  flock -n 9 || refuse 'dev: another comparison is running in this tree'
+  git --git-dir="$clone/.git" --work-tree="$clone" checkout -q --force --detach "$commit" 2>/dev/null || {
+    rm -rf "$clone"
+    git clone -q --shared --no-checkout "$CLOCK_TREE" "$clone"
+    git -C "$clone" checkout -q --detach "$commit"
+  }
+}
+
+compare() {
+  local clone
+  clone=$(folder_of compare)
+  mkdir -p "${clone%/*}"
+  exec 9>"$clone.lock"
+  check_out "$clone"
+  echo "dev: building $commit in ${clone#"$CLOCK_TREE"/}"
+  "$clone/dev" build clockbench || refuse "dev: $commit cannot be built"
+  build_this
+  exec python3 -B "$CLOCK_TREE/tools/dev/compare.py" "$(folder_of default)/bin/clockbench" \
+    "$clone/build/default/bin/clockbench" "$commit" "${words[@]}"
+}
+
+build_this() {
+  need run test
+  configure default
+  build default clockbench
+}
+
+if [ -n "$ref" ]; then
+  require_comparable
+  compare
+fi
+build_this
 echo "dev: measuring on one processor"
-exec "$(folder_of default)/bin/clockbench" "$@"
+exec "$(folder_of default)/bin/clockbench" "${words[@]}"

@@ -1,0 +1,186 @@
+"""Measures two builds of the benchmark in turns: compare.py PROGRAM PROGRAM COMMIT [--only=NAME]... [--json=FILE]
+
+The first program is this tree's, the second that of COMMIT. The exit status is 1 when a figure of this
+tree is slower (a time) or more (a count) beyond its noise, or cannot be measured.
+"""
+
+import argparse
+import collections
+import itertools
+import json
+import os
+import re
+import signal
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+ROUNDS = 8  # the fewest with which one disturbed run does not hide a change
+CHANCE = 0.02  # that a figure which did not move is said to have moved
+LEAST_CHANGE = 0.03  # of a time: builds of the same source differ by as much
+WORSE = ("slower", "more", "fails here")
+COLUMNS = "{:42} {:>12} {:>12} {:>9} {:>7}  {}"
+
+Row = collections.namedtuple("Row", "name figure unit here there change noise verdict")
+
+
+def chance_of(here, there):
+    """That numbers which do not differ are ranked at least as unequally: Mann-Whitney's test, exactly."""
+    together = sorted(here + there)
+    ranks = [together.index(x) + together.count(x) / 2 for x in here + there]
+    expected = sum(ranks) / 2
+    found = abs(sum(ranks[: len(here)]) - expected)
+    sums = [sum(some) for some in itertools.combinations(ranks, len(here))]
+    return sum(abs(one - expected) >= found for one in sums) / len(sums)
+
+
+def noise_of(numbers):
+    """The median distance from the median, which one disturbed run does not change."""
+    middle = statistics.median(numbers)
+    return statistics.median(abs(each - middle) for each in numbers) / middle if middle else 0.0
+
+
+def verdict_on(row, here, there, change):
+    """A count has no smallest change that matters: it is the same on a busy machine."""
+    counted = row.get("counted", row["unit"] in ("", "KiB"))
+    small = not counted and abs(change) < LEAST_CHANGE
+    if len(here) == len(there) and (small or chance_of(here, there) >= CHANCE):
+        return "same"
+    better = (change > 0) == row["unit"].endswith("/s")
+    return ("less" if better else "more") if counted else ("faster" if better else "slower")
+
+
+def row_of(name, here, there):
+    """here, there: the figure's entries in each JSON of that side; none if that side does not have it."""
+    entry = (here + there)[0]
+    row = Row(name, entry["figure"], entry["unit"], None, None, None, None, "")
+    for side, entries in (("here", here), ("there", there)):
+        failures = [each["failure"] for each in entries if "failure" in each]
+        if failures:
+            return row._replace(verdict=f"fails {side}: {failures[0]}")
+    values = [[each["value"] for each in entries] for entries in (here, there)]
+    middles = [statistics.median(each) if each else None for each in values]
+    row = row._replace(here=middles[0], there=middles[1])
+    if not here or not there:
+        return row._replace(verdict="only here" if here else "only there")
+    change = middles[0] / middles[1] - 1 if middles[1] else float(middles[0] != middles[1])
+    return row._replace(change=change, noise=max(map(noise_of, values)),
+                        verdict=verdict_on(entry, *values, change))
+
+
+def number(value, unit):
+    if value is None:
+        return "-"
+    return f"{value:.0f} {unit}" if abs(value) >= 1000 else f"{value:.4g} {unit}"
+
+
+def percent(part, form):
+    return "" if part is None else f"{part * 100:{form}} %"
+
+
+def printed(row):
+    return COLUMNS.format(row.figure, number(row.here, row.unit), number(row.there, row.unit),
+                          percent(row.change, "+.1f"), percent(row.noise, ".1f"), row.verdict).rstrip()
+
+
+def refuse(text):
+    print(f"dev: {text}", file=sys.stderr)
+    sys.exit(2)
+
+
+def names_of(program):
+    text = subprocess.run([program, "--help"], capture_output=True, text=True, check=True).stdout
+    return re.search(r"--only NAME:\{([^}]*)\}", text)[1].split(",")
+
+
+def measured(program, name):
+    """The figure's entry in the JSON. Ends the program with all that it started when this one is ended."""
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
+        file = os.path.join(folder, "bench.json")
+        process = subprocess.Popen([program, f"--only={name}", f"--json={file}"], process_group=0,
+                                   env=os.environ | {"TMPDIR": folder}, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        try:
+            error = process.communicate()[1]
+        except BaseException:
+            os.killpg(process.pid, signal.SIGTERM)
+            process.wait()
+            raise
+        if process.returncode not in (0, 1) or not os.path.getsize(file):
+            refuse(f"{program} cannot measure {name}: {error}")
+        with open(file) as text:
+            return json.load(text)["figures"][0]
+
+
+class Progress:
+    """One line on a terminal."""
+
+    def __init__(self, count):
+        self.shown = sys.stderr.isatty() and "CI" not in os.environ
+        self.done, self.count, self.begin = 0, count, time.monotonic()
+
+    def step(self):
+        self.done += 1
+        left = (time.monotonic() - self.begin) / self.done * (self.count - self.done)
+        self.show(f"{self.done} of {self.count} runs, {left // 60:.0f} min {left % 60:.0f} s left")
+
+    def show(self, text):
+        if self.shown:
+            print(f"\r{text}\x1b[K", end="", file=sys.stderr, flush=True)
+
+
+def all_measured(programs, names, progress):
+    """The entries by name, for each side. Sides alternate, and so does which of them begins."""
+    sides = [{name: [] for name in names} for _ in programs]
+    known = [names_of(program) for program in programs]
+    for number_of_round, name in itertools.product(range(ROUNDS), names):
+        for side in (0, 1) if number_of_round % 2 == 0 else (1, 0):
+            if name in known[side]:
+                sides[side][name].append(measured(programs[side], name))
+            progress.step()
+    return sides
+
+
+def wanted(programs, only):
+    names = list(dict.fromkeys(itertools.chain(*map(names_of, programs))))
+    unknown = [name for name in only if name not in names]
+    if unknown:
+        refuse(f"no figure \"{unknown[0]}\"; there are {', '.join(names)}")
+    return [name for name in names if name in only] if only else names
+
+
+def compare(options):
+    names = wanted(options.programs, options.only)
+    progress = Progress(2 * ROUNDS * len(names))
+    try:
+        here, there = all_measured(options.programs, names, progress)
+    finally:
+        progress.show("")
+    rows = [row_of(name, here[name], there[name]) for name in names]
+    print(COLUMNS.format("figure", "this tree", options.commit, "change", "noise", "verdict"))
+    for row in rows:
+        print(printed(row))
+    if options.json:
+        json.dump({"commit": options.commit, "rounds": ROUNDS, "figures": [row._asdict() for row in rows]},
+                  options.json, indent=2)
+    return 1 if any(row.verdict.startswith(WORSE) for row in rows) else 0
+
+
+def main(words):
+    parser = argparse.ArgumentParser(prog="bench")
+    parser.add_argument("programs", nargs=2)
+    parser.add_argument("commit")
+    parser.add_argument("--only", action="append", default=[])
+    parser.add_argument("--json", type=argparse.FileType("w"))
+    for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(ending, signal.default_int_handler)
+    try:
+        return compare(parser.parse_args(words))
+    except KeyboardInterrupt:
+        return 130
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
