@@ -16,6 +16,7 @@ namespace {
 
 struct Options {
   double factor = 1;
+  std::string commit;
   std::string json;
   std::vector<std::string> only;
 
@@ -56,7 +57,7 @@ int measure(std::span<const Figure> figures, const Options& options, std::ostrea
   for (const Figure& figure : figures) {
     if (options.wants(figure.name)) addTo(report, figure);
   }
-  json << report.json() << std::flush;
+  json << report.json(options.commit) << std::flush;
   requireGood(json, options.json);
   table << "JSON: " << std::filesystem::proximate(options.json).string() << std::endl;
   return report.allHold() ? 0 : 1;
@@ -69,6 +70,7 @@ int run(int argc, const char* const* argv, std::span<const Figure> figures,
   Options options;
   options.json = json.string();
   CLI::App app("Measures the clock, and compares each figure with its bound.", "bench");
+  app.add_option("--commit", options.commit, "What is measured, for the JSON")->type_name("TEXT");
   app.add_option("--factor", options.factor,
                  "Multiplies the bounds of times by this number, 1 to 100")
       ->check(wrongFactor);

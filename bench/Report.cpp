@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <ctime>
+#include <fstream>
 
 namespace bench {
 namespace {
@@ -66,6 +68,23 @@ nlohmann::ordered_json rowOf(const Figure& figure, const Bound& bound) {
           {"bound", bound.text()}};
 }
 
+// As in 2030-01-15T12:20:00Z.
+std::string date() {
+  const std::time_t now = std::time(nullptr);
+  std::array<char, 40> text{};
+  std::strftime(text.data(), text.size(), "%FT%TZ", std::gmtime(&now));
+  return text.data();
+}
+
+// Its name, or an empty text where the kernel does not tell it.
+std::string processor() {
+  std::ifstream lines("/proc/cpuinfo");
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("model name")) return line.substr(line.find(':') + 2);
+  }
+  return {};
+}
+
 }  // namespace
 
 Report::Report(double factor, std::ostream& table) : m_factor(factor), m_table(table) {
@@ -106,9 +125,10 @@ void Report::addFailure(const Figure& figure, const std::string& why) {
           << std::flush;
 }
 
-std::string Report::json() const {
-  const nlohmann::ordered_json whole = {
-      {"factor", m_factor}, {"figures", m_figures}, {"ok", m_allHold}};
+std::string Report::json(const std::string& commit) const {
+  const nlohmann::ordered_json whole = {{"commit", commit},       {"date", date()},
+                                        {"machine", processor()}, {"factor", m_factor},
+                                        {"figures", m_figures},   {"ok", m_allHold}};
   // The text of a failure may contain bytes that are not UTF-8.
   constexpr auto kReplace = nlohmann::ordered_json::error_handler_t::replace;
   return whole.dump(2, ' ', false, kReplace) + '\n';

@@ -20,7 +20,8 @@ class Report {
 
   // True when every bound was met, and every figure measured.
   [[nodiscard]] bool allHold() const { return m_allHold; }
-  [[nodiscard]] std::string json() const;
+  // The table with the date and the machine. commit: what was measured; empty: unknown.
+  [[nodiscard]] std::string json(const std::string& commit) const;
 
  private:
   const double m_factor;

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -153,6 +154,14 @@ TEST_F(BenchRun, WritesTheJsonToTheFileThatIsNamed) {
   EXPECT_TRUE(shows("other.json\n")) << table();
   EXPECT_FALSE(json("other.json")["ok"]);
   EXPECT_FALSE(std::filesystem::exists(folder / "bench.json"));
+}
+
+TEST_F(BenchRun, WritesWhatWasMeasuredWhereAndWhen) {
+  EXPECT_EQ(run({"--only", "info", "--commit", "abc"}), 0);
+  EXPECT_EQ(json()["commit"], "abc");
+  EXPECT_TRUE(json()["machine"].is_string());
+  EXPECT_TRUE(std::regex_match(json()["date"].get<std::string>(),
+                               std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ)")));
 }
 
 TEST_F(BenchRun, ThrowsBeforeItMeasuresWhenTheJsonCannotBeWritten) {

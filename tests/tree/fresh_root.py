@@ -14,9 +14,9 @@ PROGRAMS = {
     "chown": "",
     "debootstrap": 'mkdir -p "$3/etc/apt" "$3/srv"; echo "$*" >"$0.words"',
     "dpkg-query": 'printf "installed %s\\n" "$@"',
-    "git": 'mkdir -p "$4"',
+    "git": 'mkdir -p "$4/build"',
     "sudo": '"$@"',
-    "unshare": 'printf "%s\\n" "$@" >"$0.words"',
+    "unshare": 'printf "%s\\n" "$@" >"$0.words"; echo "{}" >"$CLOCK_TREE/build/fresh/root/srv/clone/build/bench.json"',
 }
 PROXIES = ("http_proxy", "https_proxy", "no_proxy", "HTTP_PROXY", "HTTPS_PROXY", "NO_PROXY")
 
@@ -47,6 +47,8 @@ def main(tree):
             debootstrap, unshare = run_fresh(tree, pathlib.Path(folder), sources)
         except subprocess.CalledProcessError as error:
             sys.exit(f"./dev fresh fails with sources that name the release by its suite: {error.stderr}")
+        if not pathlib.Path(folder, "tree/build/bench.json").exists():
+            sys.exit("the figures of the benchmark are not kept")
     _, release, _, mirror = debootstrap.split()
     if (release, mirror) != (codename, "http://mirror.example/debian/"):
         sys.exit(f"wrong release or mirror: debootstrap {debootstrap}")

@@ -75,4 +75,7 @@ if [ -n "$ref" ]; then
 fi
 build_this
 echo "dev: measuring on one processor"
+if commit=$(git -C "$CLOCK_TREE" describe --always --dirty --abbrev=12 --exclude '*' 2>/dev/null); then
+  words+=("--commit=$commit")
+fi
 exec "$(folder_of default)/bin/clockbench" "${words[@]}"

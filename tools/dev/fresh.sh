@@ -51,11 +51,18 @@ inside() {
     env -i "${settings[@]}" bash tools/fresh/inside.sh "$@"
 }
 
+# The benchmark's figures remain, whether the checks passed or not.
+keep_figures() {
+  local figures=$root/$place/build/bench.json
+  if [ -f "$figures" ]; then cp "$figures" "$CLOCK_TREE/build/"; fi
+}
+
 need fresh
 as_root rm -rf "$folder"
 mkdir -p "$folder"
-trap 'echo "dev: the root is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
+trap 'keep_figures; echo "dev: the root is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
 make_root
 clone_tree
 inside "$@"
+keep_figures
 as_root rm -rf "$folder"
