@@ -10,7 +10,7 @@
 #include "DevicePaths.h"
 #include "framework/XmlText.h"
 #include "fuzz/Property.h"
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ std::string expectedSaved(std::string_view content) {
   return word.size() == 25 && host::isXmlText(word) ? word : kSaved;
 }
 
-void holdClock(plugin::Telephone& telephone, const std::string& saved) {
+void holdClock(support::Telephone& telephone, const std::string& saved) {
   tm record{};
   if (!ClockUtils::convertTimeStringToTimeStruct(saved, record)) return;
   const time_t seconds = timegm(&record);
@@ -44,7 +44,7 @@ void holdClock(plugin::Telephone& telephone, const std::string& saved) {
 }  // namespace
 
 void fuzz::property(std::string_view input) {
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   telephone.store(kKey, kSaved);
   std::ofstream(DevicePaths::kFallbackTimeFile, std::ios::binary) << input;
   telephone.switchOn();

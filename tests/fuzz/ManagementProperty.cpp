@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 #include "framework/ApplicationLog.h"
-#include "fuzz/ManagedClock.h"
+#include "fuzz/CheckedClock.h"
 #include "fuzz/Property.h"
 
 namespace {
@@ -29,7 +29,7 @@ std::string valueOf(fuzz::Reader& words) {
   return withLineEnds(fuzz::expanded(words.rest()));
 }
 
-void runStep(fuzz::ManagedClock& clock, std::string_view line) {
+void runStep(fuzz::CheckedClock& clock, std::string_view line) {
   fuzz::Reader words(line);
   const std::string_view verb = words.word();
   if (verb == "get") return clock.get(valueOf(words));
@@ -48,7 +48,7 @@ void runStep(fuzz::ManagedClock& clock, std::string_view line) {
 
 void fuzz::property(std::string_view input) {
   host::ApplicationLog::instance().setLevel(6);  // no sink reads the lines, but all are formatted
-  ManagedClock clock;
+  CheckedClock clock;
   Reader lines(input);
   for (std::size_t step = 0; step < kMostSteps && !lines.atEnd(); ++step)
     runStep(clock, lines.line());

@@ -2,18 +2,14 @@
 // each known method that has one, as the table of methods says, and none to any other call.
 
 #include <algorithm>
-#include <memory>
 #include <sstream>
 #include <vector>
 
-#include "ClockServiceInvoker.h"
-#include "ClockServiceObserverProxy.h"
 #include "Method.h"
-#include "ProxyRequest.h"
 #include "fuzz/Property.h"
-#include "plugin/Telephone.h"
 #include "remote/JsonCodec.h"
-#include "support/Framework.h"
+#include "support/RemotePeer.h"
+#include "support/Telephone.h"
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 
@@ -44,27 +40,20 @@ void holdReply(const Method& reply, const host::MethodRow& row) {
 }
 
 // A peer that calls the service and gets its events.
-class Peer final : public ProxyRequest {
+class CheckedPeer {
  public:
-  explicit Peer(plugin::Telephone& telephone)
-      : m_telephone(telephone), m_proxy(createClockServiceObserverProxy()) {
-    m_proxy->initProxy(*this);
-    m_framework.codecs["json"] = &m_codec;
-    m_framework.proxy = m_proxy.get();
-    m_invoker.initInvoker(&m_framework);
+  explicit CheckedPeer(support::Telephone& telephone) : m_telephone(telephone) {
+    m_peer.onEvent = [](const Method& method) {
+      const auto* const event = host::rowNamed(host::remoteEvents(), method.getName());
+      hold(event != nullptr && method.getParameters().size() == event->request.size(),
+           "an event is one of the known ones", method.getName());
+    };
   }
 
   void call(const std::string& bytes) {
-    const auto outcome = support::request(m_invoker, &m_telephone.service(), bytes, "json");
+    const auto outcome = m_peer.call(&m_telephone.service(), bytes);
     hold(outcome.deleted, "the service deletes the response", bytes);
     holdAnswer(bytes, outcome.replies);
-  }
-
-  bool sendMethod(Method& method) override {
-    const auto* const event = host::rowNamed(host::remoteEvents(), method.getName());
-    hold(event != nullptr && method.getParameters().size() == event->request.size(),
-         "an event is one of the known ones", method.getName());
-    return true;
   }
 
  private:
@@ -86,19 +75,17 @@ class Peer final : public ProxyRequest {
     holdReply(reply, *row);
   }
 
-  plugin::Telephone& m_telephone;
+  support::Telephone& m_telephone;
   host::JsonCodec m_codec;
-  std::unique_ptr<Proxy> m_proxy;
-  support::Framework m_framework;
-  ClockServiceInvoker m_invoker;
+  support::RemotePeer m_peer{"peer 5", &m_codec};
 };
 
 }  // namespace
 
 // Lets pending events be delivered after each call.
 void fuzz::property(std::string_view input) {
-  plugin::Telephone telephone;
-  Peer peer(telephone);
+  support::Telephone telephone;
+  CheckedPeer peer(telephone);
   telephone.switchOn();
   Reader lines(input);
   for (std::size_t calls = 0; calls < kMostCalls && !lines.atEnd(); ++calls) {

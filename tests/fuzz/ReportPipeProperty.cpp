@@ -8,7 +8,7 @@
 
 #include "SNTPTimeChangeObserver.h"
 #include "fuzz/Property.h"
-#include "plugin/ReportPipe.h"
+#include "support/ReportPipe.h"
 
 namespace {
 
@@ -43,12 +43,12 @@ void add(Times& times, std::string_view bytes) {
 // this waits until the last opening is closed.
 Times reported(const std::vector<std::string_view>& openings) {
   RecordingObserver observer;
-  plugin::ReportPipe pipe;
+  support::ReportPipe pipe;
   {
     SNTPClientThread listener(&observer);
     listener.start();
     for (const std::string_view bytes : openings) pipe.write(std::string(bytes));
-    plugin::ReportPipe::awaitClosed();
+    support::ReportPipe::awaitClosed();
     pipe.release();
   }
   return observer.times();

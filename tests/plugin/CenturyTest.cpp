@@ -19,7 +19,7 @@
 #include "ClockServiceObserverIfc.h"
 #include "framework/StateFolder.h"
 #include "plugin/IndependentZones.h"
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -57,7 +57,7 @@ std::ostream& operator<<(std::ostream& stream, const Event& event) {
 
 class EventRecorder final : public ClockServiceObserverIfc {
  public:
-  explicit EventRecorder(const plugin::Telephone& telephone) : m_telephone(telephone) {}
+  explicit EventRecorder(const support::Telephone& telephone) : m_telephone(telephone) {}
   void timezoneChangeEvent(std::string /*timezone*/) override {}
   void alarmClockEvent(int /*alarm*/) override {}
   void timeChangeEvent(int hours, int minutes, int seconds) override {
@@ -69,7 +69,7 @@ class EventRecorder final : public ClockServiceObserverIfc {
   std::vector<Event> events;
 
  private:
-  const plugin::Telephone& m_telephone;
+  const support::Telephone& m_telephone;
 };
 
 Event dateEvent(Seconds instant, std::int64_t day) {
@@ -208,7 +208,7 @@ class ClockOverACentury : public testing::TestWithParam<int> {
     return dates == dateChanges(wall, from, to);
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   EventRecorder recorder{telephone};
 
  private:

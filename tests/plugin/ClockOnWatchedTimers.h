@@ -23,7 +23,7 @@ class ClockOnWatchedTimers : public RecordingTelephone {
  protected:
   explicit ClockOnWatchedTimers(OrderedTimers::Order order = OrderedTimers::Order::ofCreation)
       : RecordingTelephone(order) {
-    store.items["FallbackDateTime"] = "2030-06-15T22:10:05+00:00";
+    store.put("FallbackDateTime", "2030-06-15T22:10:05+00:00");
   }
 
   void start() {
@@ -33,14 +33,14 @@ class ClockOnWatchedTimers : public RecordingTelephone {
     recordCalls();
   }
   void startAt(const std::string& utc) {
-    store.items["FallbackDateTime"] = utc + "+00:00";
+    store.put("FallbackDateTime", utc + "+00:00");
     start();
   }
   void zone(int id, const std::string& offset) {
-    store.items["TimezoneOffset"] = offset;
-    store.items["DaylightSavingActive"] = "true";
-    store.items["AutoDaylightSavingEnabledDevice"] = "true";
-    store.items["DaylightSavingZoneIDDevice"] = std::to_string(id);
+    store.put("TimezoneOffset", offset);
+    store.put("DaylightSavingActive", "true");
+    store.put("AutoDaylightSavingEnabledDevice", "true");
+    store.put("DaylightSavingZoneIDDevice", std::to_string(id));
   }
   std::vector<std::string> expire(int timer) {
     service->timerEvent(timer);

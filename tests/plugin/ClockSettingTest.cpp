@@ -4,8 +4,8 @@
 
 #include <limits>
 
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ class ClockStartedAtItsSavedTime : public testing::Test {
   ClockServiceIfc& service() { return telephone.service(); }
   std::string now() { return service().getUTCTime(0); }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   support::LogCapture log{6};
 };
 
@@ -222,7 +222,7 @@ class ClockSetOverAChange : public testing::Test {
     return telephone.service();
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
 };
 
 TEST_F(ClockSetOverAChange, KeepsTheDaylightFlagOfNowWhenTheDateIsSet) {

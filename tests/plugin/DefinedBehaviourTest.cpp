@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "framework/StateFolder.h"
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -55,7 +55,7 @@ class ClockWithAbsurdSettings : public testing::Test {
     EXPECT_EQ(tz().substr(0, 3), "LOC");
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   std::string answers;
 };
 
@@ -68,7 +68,7 @@ TEST_F(ClockWithAbsurdSettings, AnswersEveryQuestionUnderStoredSettings) {
       telephone.store(key, kMinutes[0]);
     telephone.switchOn();
     expectSaneZone();
-    EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=" + tz() + "\n\n") << offset;
+    EXPECT_EQ(support::zoneScript(), "#!/bin/sh\n\nexport TZ=" + tz() + "\n\n") << offset;
     askEverything();
     telephone.switchOff();
   }

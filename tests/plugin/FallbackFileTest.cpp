@@ -12,8 +12,8 @@
 
 #include "DevicePaths.h"
 #include "ManageableData.h"
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -40,7 +40,7 @@ class ClockWithFallbackFile : public testing::Test {
     return telephone.service().getUTCTime(0);
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   support::LogCapture log{5};
 };
 
@@ -160,7 +160,7 @@ TEST_F(ClockWithFallbackFile, LeavesAFileThatItMayNotReadAlone) {
   write(kInFile);
   ASSERT_EQ(chmod(file().c_str(), 0), 0);
   for (const char* const folder : {".", "data", "ipc"}) ASSERT_EQ(chmod(folder, 0755), 0);
-  ASSERT_EQ(chmod(plugin::ReportPipe::path().c_str(), 0644), 0);
+  ASSERT_EQ(chmod(support::ReportPipe::path().c_str(), 0644), 0);
   {
     const AsNobody nobody;
     EXPECT_EQ(timeAfterStart(), kSaved);

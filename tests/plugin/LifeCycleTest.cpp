@@ -6,9 +6,9 @@
 #include <atomic>
 
 #include "ManageableData.h"
-#include "plugin/RecordingSecurityLog.h"
 #include "plugin/RecordingTelephone.h"
-#include "plugin/Telephone.h"
+#include "support/RecordingServices.h"
+#include "support/Telephone.h"
 #include "support/WaitingCall.h"
 
 namespace {
@@ -20,8 +20,8 @@ using testing::IsEmpty;
 using testing::Not;
 
 TEST_F(RecordedStart, RunsTheTwelveStepsOfStartUpInOrder) {
-  store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
-  management.values["interface-status"] = "up";
+  store.put("FallbackDateTime", "2030-01-02T03:30:00+00:00");
+  management.setValue("interface-status", "up");
   start();
   EXPECT_THAT(
       journal.take(),
@@ -39,7 +39,7 @@ TEST_F(RecordedStart, RunsTheTwelveStepsOfStartUpInOrder) {
 }
 
 TEST_F(RecordedStart, SetsTheClockToTheSavedTimeBeforeTheFirstTimer) {
-  store.items["FallbackDateTime"] = "2030-01-02T05:30:00+02:00";  // the offset is applied
+  store.put("FallbackDateTime", "2030-01-02T05:30:00+02:00");  // the offset is applied
   std::string atFirstTimer;
   timers.onCall = [&](const std::string& call) {
     if (atFirstTimer.empty() && call.rfind("create", 0) == 0) atFirstTimer = service->getUTCTime(0);
@@ -51,7 +51,7 @@ TEST_F(RecordedStart, SetsTheClockToTheSavedTimeBeforeTheFirstTimer) {
 
 TEST_F(RecordedStart, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
   ASSERT_TRUE(clock.setWall(std::chrono::seconds{1'000'000}));
-  store.items["FallbackDateTime"] = "yesterday";
+  store.put("FallbackDateTime", "yesterday");
   start();
   EXPECT_EQ(service->getTimeVal(), 1'000'000);
   EXPECT_TRUE(log.has(2, "init: FallbackTime \"yesterday\" is not a UTC string"));
@@ -59,7 +59,7 @@ TEST_F(RecordedStart, KeepsItsClockWhenTheSavedTimeIsNotAUtcString) {
 
 TEST_F(RecordedStart, StartsNoNtpClientUnlessTheNetworkIsExactlyUp) {
   for (const char* const status : {"down", "", "UP", "up ", "upper", " up", "backup", "true"}) {
-    management.values["interface-status"] = status;
+    management.setValue("interface-status", status);
     start();
     EXPECT_THAT(journal.take(), Not(Contains("log 5 start NTP client"))) << status;
     end();
@@ -69,7 +69,7 @@ TEST_F(RecordedStart, StartsNoNtpClientUnlessTheNetworkIsExactlyUp) {
 TEST_F(RecordedStart, MakesTheTimeItemReadOnlyIfThereIsAServer) {
   for (const auto& [server, state] :
        {std::pair{"192.0.2.1", "4"}, {"::", "0"}, {"0.0.0.0", "0"}, {"", "0"}}) {
-    store.items["SNTPaddress"] = server;
+    store.put("SNTPaddress", server);
     start();
     EXPECT_THAT(journal.take(), Contains(std::string("item state time ") + state)) << server;
     end();
@@ -77,14 +77,14 @@ TEST_F(RecordedStart, MakesTheTimeItemReadOnlyIfThereIsAServer) {
 }
 
 TEST_F(RecordedStart, PassesTheSoftwareTypeToTheSettings) {
-  management.values["related-software-type"] = "Velmora QEX";
+  management.setValue("related-software-type", "Velmora QEX");
   start();
   // This type has no zone until a time source is chosen.
   EXPECT_THAT(journal.take(), Contains("observer zone "));
 }
 
 TEST_F(RecordedStart, DeletesEveryTimerAtTheEnd) {
-  management.values["mac-addr"] = "0001E3A1B2C3";
+  management.setValue("mac-addr", "0001E3A1B2C3");
   start();
   timers.pass(std::chrono::hours{1});  // now there is a restart timer, too
   EXPECT_EQ(timers.timers(), 7U);

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/Telephone.h"
 
 namespace plugin {
 
@@ -18,7 +18,7 @@ class ManagedClock : public testing::Test {
   }
   std::string utc() { return telephone.service().getUTCTime(0); }
 
-  Telephone telephone;
+  support::Telephone telephone;
   support::LogCapture log;
 };
 

@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 
 #include "plugin/ClockOnWatchedTimers.h"
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 #include "support/ManagedData.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ const std::string kRefreshStarts = "start " + std::to_string(kZoneRefresh);
 // A managed clock whose calls to the framework are all in the journal.
 class ManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
  protected:
-  ManagedClockOnRecordingParts() { management.values["interface-status"] = "down"; }
+  ManagedClockOnRecordingParts() { management.setValue("interface-status", "down"); }
 
   bool set(const std::string& key, const std::string& value) {
     return support::set(*management.agent, key, value);
@@ -185,8 +185,8 @@ TEST_F(ManagedClockOnRecordingParts, LooksForNothingWithATextThatCannotBeRead) {
 }
 
 TEST_F(ManagedClockOnRecordingParts, ResetsBothFormatsAndReportsThem) {
-  store.items["DateFormat"] = "1";
-  store.items["TimeFormat"] = "1";
+  store.put("DateFormat", "1");
+  store.put("TimeFormat", "1");
   start();
   EXPECT_TRUE(service->resetUserData());
   EXPECT_THAT(journal.take(),
@@ -198,21 +198,21 @@ TEST_F(ManagedClockOnRecordingParts, ResetsBothFormatsAndReportsThem) {
 }
 
 TEST_F(ManagedClockOnRecordingParts, ResetsOnlyUserData) {
-  store.items["DateFormat"] = "1";
-  store.items["TimeFormat"] = "1";
-  management.userData["date-format"] = false;
+  store.put("DateFormat", "1");
+  store.put("TimeFormat", "1");
+  management.setUserData("date-format", false);
   start();
   EXPECT_TRUE(service->resetUserData());
   EXPECT_THAT(journal.take(),
               ElementsAre("user data date-format of 0?", "user data time-format of 0?",
                           "store TimeFormat=0", kSecurityService, "report time-format=0"));
-  management.userData["time-format"] = false;
-  store.items["TimeFormat"] = "1";
+  management.setUserData("time-format", false);
+  store.put("TimeFormat", "1");
   EXPECT_FALSE(service->resetUserData());
 }
 
 TEST(ManagedClockOfVariantThree, IsResetToTheDefaultsOfItsVariant) {
-  plugin::Telephone telephone(3);
+  support::Telephone telephone(3);
   telephone.switchOn();
   EXPECT_FALSE(telephone.management.reset());
   telephone.manage("date-format", "0");
@@ -224,7 +224,7 @@ TEST(ManagedClockOfVariantThree, IsResetToTheDefaultsOfItsVariant) {
 
 // A listener may read the new value during the report: the management lock is free by then.
 TEST(ManagedClockWithAListener, ReportsAResetWithoutTheManagementLock) {
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   telephone.switchOn();
   telephone.manage("date-format", "1");
   std::string seen;
@@ -235,11 +235,11 @@ TEST(ManagedClockWithAListener, ReportsAResetWithoutTheManagementLock) {
 }
 
 TEST_F(ManagedClockOnRecordingParts, ResetsNoOtherSetting) {
-  store.items["DaylightSavingMinutes"] = "30";
-  store.items["TimezoneOffset"] = "3";
+  store.put("DaylightSavingMinutes", "30");
+  store.put("TimezoneOffset", "3");
   start();
   EXPECT_FALSE(service->resetUserData());
-  EXPECT_EQ(store.items["DaylightSavingMinutes"], "30");
+  EXPECT_EQ(store.stored("DaylightSavingMinutes"), "30");
 }
 
 }  // namespace

@@ -130,17 +130,17 @@ class OddlyManagedClockOnRecordingParts : public plugin::ClockOnWatchedTimers {
 
 TEST_F(OddlyManagedClockOnRecordingParts, ReportsAZoneThatCouldNotBeStored) {
   start();
-  store.acceptSets = false;
+  store.refuses = true;
   EXPECT_FALSE(set("daylight-save-zone-index", "9"));
   EXPECT_THAT(journal.take(),
-              ElementsAre("store DaylightSavingZoneIDDevice=9", "report daylight-save-zone-id=9",
-                          "service SecurityLogServiceIfc"));
+              ElementsAre("store DaylightSavingZoneIDDevice=9 refused",
+                          "report daylight-save-zone-id=9", "service SecurityLogServiceIfc"));
 }
 
 TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheSecondFormatWhenBothAreReset) {
   for (const bool second : {true, false}) {
-    store.items["DateFormat"] = "1";
-    store.items["TimeFormat"] = "1";
+    store.put("DateFormat", "1");
+    store.put("TimeFormat", "1");
     management.acceptReports = {{"date-format", !second}, {"time-format", second}};
     start();
     EXPECT_EQ(service->resetUserData(), second);
@@ -150,7 +150,7 @@ TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheSecondFormatWhenBot
 
 TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheFirstFormatWhenItIsTheOnlyOne) {
   for (const bool accepted : {true, false}) {
-    store.items["DateFormat"] = "1";
+    store.put("DateFormat", "1");
     management.acceptReports = {{"date-format", accepted}};
     start();
     EXPECT_EQ(service->resetUserData(), accepted);
@@ -159,9 +159,9 @@ TEST_F(OddlyManagedClockOnRecordingParts, GivesTheResultOfTheFirstFormatWhenItIs
 }
 
 TEST_F(OddlyManagedClockOnRecordingParts, ReportsAResetThatCouldNotBeStored) {
-  store.items["DateFormat"] = "1";
+  store.put("DateFormat", "1");
   start();
-  store.acceptSets = false;
+  store.refuses = true;
   EXPECT_TRUE(service->resetUserData());
   EXPECT_THAT(journal.take(), Contains("report date-format=0"));
 }

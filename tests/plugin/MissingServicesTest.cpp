@@ -2,10 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include "plugin/RecordingSecurityLog.h"
 #include "plugin/RecordingTelephone.h"
-#include "plugin/Telephone.h"
 #include "support/ManagedData.h"
+#include "support/RecordingServices.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ TEST_F(RecordedStart, WithoutAContextHasNoTimers) {
   EXPECT_THAT(lines,
               ElementsAre("log 2 Serious error, no svcRteCntxt available", "observer zone LOC00:00",
                           "log 5 NTP Client Thread has been started"));
-  EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
+  EXPECT_EQ(support::zoneScript(), "#!/bin/sh\n\nexport TZ=LOC00:00\n\n");
 }
 
 TEST_F(RecordedStart, WithoutAContextIgnoresTimers) {
@@ -65,7 +65,7 @@ TEST_F(RecordedStart, LogsAMissingPhysicalInterfaceOnce) {
 }
 
 TEST_F(RecordedStart, TreatsAServiceOfAnotherTypeAsMissing) {
-  plugin::RecordingSecurityLog other;
+  support::RecordingSecurityLog other;
   timers.add("PhysicalInterfaceServiceIfc", &other);
   timers.add("LocalMgmtIfc", &other);
   start();
@@ -87,14 +87,14 @@ TEST_F(RecordedStart, WithoutLocalManagementTreatsTheNetworkAsDown) {
 
 TEST_F(RecordedStart, WithoutLocalManagementAcceptsSetsAndReportsNothing) {
   timers.add("LocalMgmtIfc", nullptr);
-  store.items["DateFormat"] = "1";
+  store.put("DateFormat", "1");
   start();
   for (const auto& [key, value] :
        {std::pair{"sntp-addr", "192.0.2.1"}, {"daylight-save-zone-index", "9"}})
     EXPECT_TRUE(support::set(*service, key, value)) << key;
-  EXPECT_EQ(store.items["DaylightSavingZoneIDDevice"], "9");
+  EXPECT_EQ(store.stored("DaylightSavingZoneIDDevice"), "9");
   EXPECT_FALSE(service->resetUserData());
-  EXPECT_EQ(store.items["DateFormat"], "1");
+  EXPECT_EQ(store.stored("DateFormat"), "1");
 }
 
 TEST_F(RecordedStart, LogsThatTheStartCannotBeRecorded) {

@@ -87,10 +87,10 @@ TEST_F(ClockOnReversedTimers, AnnouncesEachMidnightOnceWhenItComesBeforeTheHour)
 
 // At start the timers are armed before the zone is installed.
 TEST_F(ClockOnWatchedTimers, AnnouncesTheFirstMidnightOfAnotherZone) {
-  store.items["TimezoneOffset"] = "-5";
+  store.put("TimezoneOffset", "-5");
   startAt("2030-06-15T03:30:00");  // 22:30 on the 14th
   EXPECT_THAT(heard(hours{2}), ElementsAre("time 23:00:00", "time 00:00:00", "date 15.06.2030"));
-  store.items["TimezoneOffset"] = "5";
+  store.put("TimezoneOffset", "5");
   startAt("2030-06-15T17:30:00");  // 22:30
   EXPECT_THAT(heard(hours{2}), ElementsAre("time 23:00:00", "time 00:00:00", "date 16.06.2030"));
 }

@@ -10,8 +10,8 @@
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
 #include "plugin/ClientPipe.h"
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ class ClockWithNetworkUp : public testing::Test {
   }
   static bool isRunning(const std::string& client) { return kill(std::stoi(client), 0) == 0; }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   plugin::ClientPipe clients;
   support::LogCapture log{5};
 };

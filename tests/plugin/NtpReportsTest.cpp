@@ -24,7 +24,7 @@ class ClockWithReports : public plugin::RecordedStart {
  protected:
   void startWith(Executable* physicalInterface) {
     timers.add("PhysicalInterfaceServiceIfc", physicalInterface);
-    store.items["FallbackDateTime"] = "2030-01-02T03:30:00+00:00";
+    store.put("FallbackDateTime", "2030-01-02T03:30:00+00:00");
     start();
     journal.take();
   }
@@ -96,32 +96,33 @@ TEST_F(ClockWithReports, ReceivesAReportThroughThePipe) {
 TEST_F(ClockWithReports, ReportsEachFormatThatNewUserDataChangedDateFirst) {
   for (const char* const who : {"all", "unmanaged"}) {
     log.clear();  // of the other listener's start
-    store.items.clear();
+    for (const char* const format : {"DateFormat", "TimeFormat"}) store.put(format, "0");
     startWith(&physical);
-    store.items["DateFormat"] = "2";
-    store.items["TimeFormat"] = "1";
+    store.put("DateFormat", "2");
+    store.put("TimeFormat", "1");
     EXPECT_THAT(change("mobility-user-data-update", who),
                 ElementsAre("report date-format=2", "report time-format=1"));
     EXPECT_THAT(change("mobility-user-data-update", who), IsEmpty());  // nothing new
-    store.items["TimeFormat"] = "0";
+    store.put("TimeFormat", "0");
     EXPECT_THAT(change("mobility-user-data-update", who), ElementsAre("report time-format=0"));
-    store.items.erase("DateFormat");
+    store.silent = true;  // the default
     EXPECT_THAT(change("mobility-user-data-update", who), ElementsAre("report date-format=0"));
+    store.silent = false;
     end();
   }
 }
 
 TEST_F(ClockWithReports, LeavesTheOtherSettingsAsTheyAreWhenUserDataChange) {
   startWith(&physical);
-  store.items["TimezoneOffset"] = "5";
-  store.items["DateFormat"] = "1";
+  store.put("TimezoneOffset", "5");
+  store.put("DateFormat", "1");
   change("mobility-user-data-update", "all");
   EXPECT_EQ(support::get(*service, "sntp-tz-offset"), "0");
 }
 
 TEST_F(ClockWithReports, IgnoresOtherUserDataAndOtherKeys) {
   startWith(&physical);
-  store.items["DateFormat"] = "2";
+  store.put("DateFormat", "2");
   for (const char* const value : {"", "ALL", "managed", "all ", "unmanaged "})
     EXPECT_THAT(change("mobility-user-data-update", value), IsEmpty()) << value;
   log.clear();

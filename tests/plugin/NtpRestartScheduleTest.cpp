@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ class ClockWithMacAddress : public testing::Test {
     return seconds;
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   support::LogCapture log{5};
 };
 

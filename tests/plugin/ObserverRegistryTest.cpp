@@ -2,8 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "plugin/JournalObserver.h"
-#include "plugin/Telephone.h"
+#include "support/JournalObserver.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -22,10 +22,10 @@ class ClockWithTwoObservers : public testing::Test {
   }
   ClockServiceIfc& service() { return telephone.service(); }
 
-  plugin::Telephone telephone;
-  plugin::Journal journal;
-  plugin::JournalObserver first{journal, "first"};
-  plugin::JournalObserver second{journal, "second"};
+  support::Telephone telephone;
+  support::Journal journal;
+  support::JournalObserver first{journal, "first"};
+  support::JournalObserver second{journal, "second"};
 };
 
 TEST_F(ClockWithTwoObservers, RefusesANullObserver) {

@@ -8,10 +8,10 @@
 #include "ClockServiceInvoker.h"
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
-#include "plugin/RecordingServices.h"
-#include "plugin/Telephone.h"
 #include "support/Framework.h"
 #include "support/LogCapture.h"
+#include "support/RecordingServices.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -43,14 +43,14 @@ class ClockWithoutALog : public testing::Test {
   ClockWithoutALog(const ClockWithoutALog&) = delete;
   ClockWithoutALog& operator=(const ClockWithoutALog&) = delete;
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   const support::LogCapture log{1};
 };
 
 TEST(ClockWithALog, WritesToIt) {
   g_written = 0;
   const support::LogCapture log(5);
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   telephone.switchOn();
   EXPECT_GT(g_written, 0);
 }
@@ -72,8 +72,8 @@ TEST_F(ClockWithoutALog, HasAnInvalidSavedTime) {
 }
 
 TEST_F(ClockWithoutALog, CannotRecordItsStart) {
-  plugin::Journal journal;
-  plugin::RecordingManagement management(journal);
+  support::Journal journal;
+  support::RecordingManagement management(journal);
   management.acceptSets = false;
   telephone.context.add("LocalMgmtIfc", &management);
   telephone.switchOn();

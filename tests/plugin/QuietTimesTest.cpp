@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -13,7 +13,7 @@ using std::chrono::hours;
 // It announces hours and dates, restarts the NTP client and saves the time.
 TEST(QuietClock, WakesFiftyTimesADay) {
   constexpr std::int64_t kDays = 365;
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   telephone.storeZone("1", true, true, 9);
   telephone.store("FallbackDateTime", "2029-12-31T23:00:00+00:00");  // a local midnight
   telephone.switchOn();

@@ -6,11 +6,11 @@
 #include <string>
 
 #include "ClockService.h"
-#include "plugin/JournalObserver.h"
 #include "plugin/OrderedTimers.h"
-#include "plugin/RecordingServices.h"
-#include "plugin/ReportPipe.h"
+#include "support/JournalObserver.h"
 #include "support/LogCapture.h"
+#include "support/RecordingServices.h"
+#include "support/ReportPipe.h"
 #include "support/ZoneGuard.h"
 
 namespace plugin {
@@ -41,6 +41,8 @@ class RecordingTelephone : public testing::Test {
     service->initWith(with);
   }
   void end() {
+    management.dropAgents();
+    physical.dropSubscribers();
     pipe.release();
     service.reset();
   }
@@ -48,22 +50,22 @@ class RecordingTelephone : public testing::Test {
     timers.onCall = [this](const std::string& call) { journal.add(call); };
   }
 
-  Journal journal;
+  support::Journal journal;
   const support::ZoneGuard processZone{"UTC0"};
   host::VirtualClock clock;
   OrderedTimers timers;
-  RecordingPhysical physical{journal, 0};
-  RecordingManagement management{journal};
-  RecordingStore store{journal};
-  JournalObserver observer;
-  ReportPipe pipe;
+  support::RecordingPhysical physical{journal, 0};
+  support::RecordingManagement management{journal};
+  support::RecordingStore store{journal};
+  support::JournalObserver observer;
+  support::ReportPipe pipe;
   std::unique_ptr<ClockService> service;
 };
 
 // Adds some log lines of the start-up to the journal, between the calls to the framework.
 class StartUpLog : public support::LogCapture {
  public:
-  explicit StartUpLog(Journal& journal)
+  explicit StartUpLog(support::Journal& journal)
       : LogCapture(6, [&journal](const host::LogEntry& entry) {
           for (const char* const text :
                {"init: initial", "start NTP client", "NTP Client Thread has been", "Serious error",

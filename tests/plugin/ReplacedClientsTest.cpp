@@ -12,9 +12,9 @@
 
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
-#include "plugin/Telephone.h"
 #include "support/Becomes.h"
 #include "support/LogCapture.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -47,7 +47,7 @@ class ClockWhoseClientIsReplaced : public testing::Test {
     telephone.store("SNTPaddress", "127.0.0.1");
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   support::LogCapture log{5};
 };
 

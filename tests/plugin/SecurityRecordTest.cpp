@@ -106,7 +106,7 @@ TEST_F(ClockWithSecurityLog, GetsRecordsFromItsFirstAppearanceOn) {
 TEST_F(ClockWithSecurityLog, IsCalledWithoutTheManagementLock) {
   class CuriousLog final : public support::Part, public SecurityLogServiceIfc {
    public:
-    explicit CuriousLog(plugin::Telephone& owner) : m_telephone(owner) {}
+    explicit CuriousLog(support::Telephone& owner) : m_telephone(owner) {}
     void record(time_t /*time*/, int /*facility*/, int /*severity*/, int /*eventClass*/,
                 int /*eventCode*/, bool /*failure*/, const std::string& /*text*/,
                 const std::string& /*subject*/, const std::string& /*origin*/) override {
@@ -115,7 +115,7 @@ TEST_F(ClockWithSecurityLog, IsCalledWithoutTheManagementLock) {
     std::string seen;
 
    private:
-    plugin::Telephone& m_telephone;
+    support::Telephone& m_telephone;
   };
   CuriousLog curious(telephone);
   telephone.context.add("SecurityLogServiceIfc", &curious);

@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <ctime>
 
-#include "plugin/Telephone.h"
 #include "support/Sanitizers.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ Seconds processorTime() {
 }
 
 Seconds costOf(std::chrono::hours simulated) {
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   const Seconds begin = processorTime();
   telephone.storeZone("1", true, true, 9);
   telephone.switchOn();

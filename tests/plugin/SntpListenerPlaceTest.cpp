@@ -14,7 +14,7 @@
 #include <optional>
 #include <string>
 
-#include "plugin/Listener.h"
+#include "plugin/ListenerFixtures.h"
 #include "support/OpenWatch.h"
 
 namespace {
@@ -24,11 +24,11 @@ using plugin::ListenerNotStarted;
 using testing::ElementsAre;
 
 std::string place() {
-  return plugin::ReportPipe::path();
+  return support::ReportPipe::path();
 }
 
 void putFile() {
-  std::ofstream(place(), std::ios::binary) << plugin::ReportPipe::bytesOf(6) << "and more";
+  std::ofstream(place(), std::ios::binary) << support::ReportPipe::bytesOf(6) << "and more";
 }
 
 void putSocket() {
@@ -60,7 +60,7 @@ class ListenerWithoutAPipe : public ListenerNotStarted, public testing::WithPara
 };
 
 TEST_P(ListenerWithoutAPipe, TriesAgainEachSecondUntilThereIsOne) {
-  plugin::removeReportPipe();
+  support::removeReportPipe();
   GetParam().put();
   // Other processes may open the target of a link.
   std::optional<support::OpenWatch> watch;
@@ -89,12 +89,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(ListenerNotStarted, ReadsNothingFromAFileThatReplacesThePipe) {
   plugin::afterStat([] {
     plugin::afterStat(nullptr);
-    plugin::removeReportPipe();
+    support::removeReportPipe();
     putFile();
   });
   listener->start();
   ASSERT_TRUE(log.waitForPart("Not a named pipe"));
-  EXPECT_THAT(plugin::descriptorFlagsOf(place()), testing::IsEmpty());
+  EXPECT_THAT(support::descriptorFlagsOf(place()), testing::IsEmpty());
   putPipe();
   pipe.report(7);
   EXPECT_THAT(reports.first(1), ElementsAre(7));

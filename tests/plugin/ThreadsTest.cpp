@@ -9,9 +9,9 @@
 
 #include "Threadable.h"
 #include "Threader.h"
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 #include "support/OpenWatch.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -70,7 +70,7 @@ class ClockWithoutAThread : public testing::Test {
   }
 
   support::LogCapture log{6};
-  plugin::Telephone telephone;
+  support::Telephone telephone;
 };
 
 TEST_F(ClockWithoutAThread, LogsAnErrorAndKeepsTheTime) {
@@ -82,14 +82,14 @@ TEST_F(ClockWithoutAThread, LogsAnErrorAndKeepsTheTime) {
 
 TEST_F(ClockWithoutAThread, EndsWithoutOpeningThePipe) {
   telephone.pipe.release();
-  plugin::makeReportPipe();
-  const support::OpenWatch watch(plugin::ReportPipe::path());
+  support::makeReportPipe();
+  const support::OpenWatch watch(support::ReportPipe::path());
   telephone.switchOff();
   EXPECT_FALSE(watch.sees());
 }
 
 TEST(ClockWithAThread, CreatesItOnceAndJoinsItAtTheEnd) {
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   g_created = g_joined = 0;
   telephone.switchOn();
   EXPECT_EQ(g_created, 1);

@@ -5,9 +5,9 @@
 #include <stdexcept>
 
 #include "plugin/RecordingTelephone.h"
-#include "plugin/Telephone.h"
 #include "support/LogCapture.h"
 #include "support/ManagedData.h"
+#include "support/Telephone.h"
 #include "support/UtcInstant.h"
 
 namespace {
@@ -26,7 +26,7 @@ class ClockInUtc : public testing::Test {
            std::to_string(hours) + ":" + std::to_string(minutes) + ":" + std::to_string(seconds);
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
 };
 
 // Central European time, changing by the rule of zone 9.

@@ -8,7 +8,7 @@
 #include <ios>
 
 #include "Storage.h"
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ class ClockAboutToStart : public testing::Test {
     return (day - 15) * 24 * 60 + (hours - 12) * 60 + minutes;
   }
 
-  plugin::Telephone telephone;
+  support::Telephone telephone;
 };
 
 struct Row {
@@ -95,7 +95,7 @@ TEST_F(ClockAboutToStart, ReadsItsZoneFromTheSettingsWhateverTheEnvironmentHolds
     EXPECT_EQ(tz(), row.tz);
     EXPECT_EQ(telephone.wallText(), "2016-06-16T00:00:00");  // the saved time, which is UTC
     EXPECT_EQ(displayMinutes(isSouthern(row.zone)), row.displayMinutes) << row.tz;
-    EXPECT_EQ(plugin::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
+    EXPECT_EQ(support::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
     EXPECT_THAT(telephone.events.take(), ElementsAre(std::string("zone ") + row.tz));
     telephone.switchOff();
   }
@@ -128,7 +128,7 @@ TEST_F(ClockWithChangingZone, FollowsEachChangeOfTheSettings) {
     telephone.changeZone("daylight-save-zone-id", std::to_string(row.zone));
     EXPECT_EQ(tz(), row.tz);
     EXPECT_EQ(displayMinutes(isSouthern(row.zone)), row.displayMinutes) << row.tz;
-    EXPECT_EQ(plugin::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
+    EXPECT_EQ(support::zoneScript(), std::string("#!/bin/sh\n\nexport TZ=") + row.tz + "\n\n");
   }
 }
 
@@ -140,7 +140,7 @@ TEST_F(ClockWithChangingZone, AnnouncesTheZoneThenTimeAndDate) {
 
 TEST_F(ClockWithChangingZone, InstallsTheZoneThenAnnouncesItThenWritesTheScript) {
   std::vector<std::string> seen;
-  telephone.observer.onEvent = [&] { seen.push_back(tz() + plugin::zoneScript()); };
+  telephone.observer.onEvent = [&] { seen.push_back(tz() + support::zoneScript()); };
   telephone.changeZone("sntp-tz-offset", "-5");
   telephone.observer.onEvent = nullptr;
   EXPECT_EQ(g_storage, "setupTZ.sh, binary");
@@ -163,7 +163,7 @@ class QexClock : public ClockAboutToStart {
 TEST_F(QexClock, HasItsZoneWithAnyTimeSourceButZero) {
   start();
   EXPECT_EQ(tz(), "");
-  EXPECT_EQ(plugin::zoneScript(), "#!/bin/sh\n\nexport TZ=\n\n");
+  EXPECT_EQ(support::zoneScript(), "#!/bin/sh\n\nexport TZ=\n\n");
   EXPECT_THAT(telephone.events.take(), ElementsAre("zone "));
   EXPECT_EQ(displayMinutes(), 0);
   for (const char* const source : {"1", "-1", "7"}) {

@@ -81,7 +81,7 @@ TEST_F(ClockWithLoggedTimers, MidnightDropsASetDateArmsAndAnnounces) {
 
 // The hour also replaces a set time that is pending, and schedules one restart of the NTP client.
 TEST_F(ClockWithLoggedTimers, HourStepsAndSchedulesARestart) {
-  management.values["mac-addr"] = "0001E3A1B2C3";
+  management.setValue("mac-addr", "0001E3A1B2C3");
   const Lines announces{"stop 2", "stop 5", "start 5", "time 22:10:05"};
   const Lines hour = joined({announces, kArmsHour, kArmsMidnight});
   const Lines first = expire(kHour);

@@ -77,16 +77,16 @@ class ClockInTheMiddle : public plugin::ClockOnWatchedTimers {
 };
 
 TEST_F(ClockInTheMiddle, RegistersNoObserverDuringANotification) {
-  plugin::Journal others;
-  plugin::JournalObserver other(others);
+  support::Journal others;
+  support::JournalObserver other(others);
   observer.onEvent = [&] { otherThread([&] { service->observeTimeEvents(&other); }); };
   service->timerEvent(kZoneRefresh);
   EXPECT_EQ(finished(), 3U);  // zone, time and date
 }
 
 TEST_F(ClockInTheMiddle, RemovesNoObserverDuringANotification) {
-  plugin::Journal others;
-  plugin::JournalObserver other(others);
+  support::Journal others;
+  support::JournalObserver other(others);
   observer.onEvent = [&] { otherThread([&] { service->unobserveTimeEvents(&other); }); };
   service->timerEvent(kZoneRefresh);
   EXPECT_EQ(finished(), 3U);

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <ctime>
 
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ extern "C" time_t __wrap_time(time_t* result) {  // NOLINT(bugprone-reserved-ide
 namespace {
 
 TEST(SystemWithoutReadableTime, HasNoFallbackTimeToSaveAndKeepsTheOldOne) {
-  plugin::Telephone telephone;
+  support::Telephone telephone;
   telephone.store("FallbackDateTime", "2020-05-05T17:18:19+00:00");
   telephone.switchOn();
   g_unreadable = true;

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "plugin/Journal.h"
+#include "support/Journal.h"
 
 namespace simulation {
 
@@ -23,7 +23,7 @@ class Random {
 // syncs: no program is started, no other machine is asked, and nothing waits for a disk. Owner: the
 // process. The telephone sets it before a service runs.
 struct Device {
-  plugin::Journal* journal = nullptr;
+  support::Journal* journal = nullptr;
   bool launchFails = false;
   bool lookupsFail = false;
   Random random;

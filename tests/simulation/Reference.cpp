@@ -73,7 +73,7 @@ void Reference::startUp(const std::string& tz) {
   installZone();
   m_announcedDate = today();
   m_subscribed = m_physicalKnown;
-  if (m_subscribed) m_journal.add("subscribes to 1 2 2");
+  if (m_subscribed) m_journal.add("subscribe (1,2,2)");
   startClient();
 }
 
@@ -94,15 +94,15 @@ void Reference::restoreSavedTime() {
 }
 
 void Reference::attachManagement() {
-  m_journal.add("agent ClockMgmtId");
+  m_journal.add("register ClockMgmtId");
   const std::string software = m_values["related-software-type"];
   for (const char* const known : {"Velmora SIP", "Velmora QEX", "Velmora TDM"})
     if (software == known) m_software = software;
   m_networkUp = m_values["interface-status"] == "up";
   for (const char* const key : {"mobility-user-data-update", "interface-status", "dhcp-enabled"})
-    m_journal.add(std::string("observes ") + key);
-  m_journal.add("management last-restart-date=" + utcText(now()));
-  m_journal.add(hasServer() ? "item time is 4" : "item time is 0");
+    m_journal.add(std::string("observe ") + key);
+  m_journal.add("write last-restart-date=" + utcText(now()));
+  m_journal.add(hasServer() ? "item state time 4" : "item state time 0");
 }
 
 bool Reference::findPhysical() {

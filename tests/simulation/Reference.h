@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "plugin/Journal.h"
 #include "simulation/Device.h"
 #include "simulation/Step.h"
 #include "simulation/Tables.h"
 #include "simulation/Texts.h"
+#include "support/Journal.h"
 #include "support/ZoneGuard.h"
 
 namespace simulation {
@@ -113,7 +113,7 @@ class Reference {
   int m_logLevel = 4;
 
   // One run of the service.
-  plugin::Journal m_journal;
+  support::Journal m_journal;
   std::optional<support::ZoneGuard> m_inForce;  // while a step is applied
   std::map<std::string, std::string> m_memory;  // settings by storage key
   std::set<std::string> m_services;

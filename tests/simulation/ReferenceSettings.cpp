@@ -177,7 +177,7 @@ bool Reference::applySetting(const Setting& setting, const std::string& value, b
   }
   if (key == "sntp-addr" && m_managed) {
     const bool none = value.empty() || value == "0.0.0.0" || value == "::";
-    m_journal.add(std::string("item time is ") + (none ? "0" : "4"));
+    m_journal.add(std::string("item state time ") + (none ? "0" : "4"));
   }
   return accepted;
 }
@@ -193,7 +193,7 @@ bool Reference::applyReading(const std::string& key, const std::string& value) {
   };
   if (key == "time" ? !local.has_value() : value.empty() || value == "???") return false;
   const int numbers[] = {part('d'), part('m'), part('y'), part('H'), part('M')};
-  if (findPhysical()) m_journal.add("clock change begins");
+  if (findPhysical()) m_journal.add("begin clock change");
   bool accepted = false;
   if (key == "time") {
     accepted = setDate(local->tm_mday, local->tm_mon + 1, local->tm_year + 1900) &&
@@ -202,7 +202,7 @@ bool Reference::applyReading(const std::string& key, const std::string& value) {
     accepted = key == "simple-date" ? setDate(numbers[0], numbers[1], numbers[2])
                                     : setTime(numbers[3], numbers[4], 0);
   }
-  if (m_physicalKnown) m_journal.add("clock change ends");
+  if (m_physicalKnown) m_journal.add("end clock change");
   return accepted;
 }
 

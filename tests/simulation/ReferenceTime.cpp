@@ -147,16 +147,16 @@ void Reference::report(std::int64_t seconds, bool setsClock) {
   if (seconds == 0) return;
   const bool first = !m_timeReceived && m_physicalKnown;
   m_timeReceived = true;
-  if (first) m_journal.add("clock change begins");
+  if (first) m_journal.add("begin clock change");
   announceTime();
-  if (first) m_journal.add("clock change ends");
+  if (first) m_journal.add("end clock change");
   announceDate();
   arm(saveDue, 12 * kHour);
   saveTime();
 }
 
 void Reference::observe(const std::string& name, bool begins) {
-  if (isRemote(name)) m_journal.add("proxy ClockServiceObserverIfc for " + name);
+  if (isRemote(name)) m_journal.add("proxy ClockServiceObserverIfc at " + name);
   const auto found = std::find(m_observers.begin(), m_observers.end(), name);
   const bool reachable = name != "nobody" && name != "stranger";
   answer(begins ? reachable : found != m_observers.end());
@@ -166,13 +166,13 @@ void Reference::observe(const std::string& name, bool begins) {
 
 void Reference::announce(const std::string& local, const std::string& remote) {
   for (const std::string& name : m_observers)
-    m_journal.add(name + " gets " + (isRemote(name) ? "0 " + remote : local));
+    m_journal.add(name + " " + (isRemote(name) ? remote : local));
 }
 
 void Reference::announceTime() {
   const tm r = localAt(now());
-  announce(print("time %d:%d:%d", r.tm_hour, r.tm_min, r.tm_sec),
-           print("timeChangeEvent timeChangeEventHours/0=%d timeChangeEventMinutes/0=%d "
+  announce(print("time %02d:%02d:%02d", r.tm_hour, r.tm_min, r.tm_sec),
+           print("timeChangeEvent/0 timeChangeEventHours/0=%d timeChangeEventMinutes/0=%d "
                  "timeChangeEventSeconds/0=%d",
                  r.tm_hour, r.tm_min, r.tm_sec));
 }
@@ -180,8 +180,8 @@ void Reference::announceTime() {
 void Reference::announceDate() {
   const tm r = localAt(now());
   m_announcedDate = today();
-  announce(print("date %d.%d.%d", r.tm_mday, r.tm_mon + 1, r.tm_year + 1900),
-           print("dateChangeEvent dateChangeEventDay/0=%d dateChangeEventMonth/0=%d "
+  announce(print("date %02d.%02d.%02d", r.tm_mday, r.tm_mon + 1, r.tm_year + 1900),
+           print("dateChangeEvent/0 dateChangeEventDay/0=%d dateChangeEventMonth/0=%d "
                  "dateChangeEventYear/0=%d",
                  r.tm_mday, r.tm_mon + 1, r.tm_year + 1900));
 }

@@ -57,7 +57,7 @@ void Reference::installZone() {
   m_tz.resize(std::min(m_tz.size(), kLongestZone));
   m_inForce.emplace(m_tz);
   announce("zone " + m_tz + " in force: " + m_tz + " after " + m_script,
-           "timezoneChangeEvent timezoneChangeEventTimezone/0=\"" + m_tz + "\"");
+           "timezoneChangeEvent/0 timezoneChangeEventTimezone/0=\"" + m_tz + "\"");
   m_script = "#!/bin/sh\n\nexport TZ=" + m_tz + "\n\n";
 }
 
@@ -87,7 +87,7 @@ void Reference::ask(const Step& step) {
   m_journal.add(print("UTC %04d-%02d-%02dT%02d:%02d:%02d+00:00", field(6) + 1900, field(5),
                       field(4), field(1), field(2), field(3)));
   for (int alarm = 0; alarm < 2; ++alarm)
-    m_journal.add("proxy ClockServiceObserverIfc for peer one");
+    m_journal.add("proxy ClockServiceObserverIfc at peer one");
   m_journal.add("-> a logic error");
 }
 

@@ -5,7 +5,7 @@
 
 #include "simulation/Reference.h"
 #include "simulation/StepMaker.h"
-#include "simulation/Telephone.h"
+#include "simulation/SteppedTelephone.h"
 
 namespace simulation {
 namespace {
@@ -58,7 +58,7 @@ class Pair {
     return m_expected == m_actual;
   }
 
-  Telephone m_telephone;
+  SteppedTelephone m_telephone;
   Reference m_reference;
   std::uint64_t m_digest = 0xCBF29CE484222325U;
   Lines m_expected;

@@ -8,14 +8,14 @@
 namespace {
 
 std::string valueOf(const Parameter& parameter) {
-  switch (parameter.getType()) {
-    case Parameter::integer:
-      return "int " + parameter.getName() + "=" + std::to_string(parameter.getInt());
-    case Parameter::boolean:
-      return "bool " + parameter.getName() + "=" + (parameter.getBool() ? "true" : "false");
-    default:
-      return "string " + parameter.getName() + "=" + parameter.getString();
-  }
+  if (parameter.getType() == Parameter::integer) return std::to_string(parameter.getInt());
+  if (parameter.getType() == Parameter::text) return parameter.getString();
+  return parameter.getBool() ? "true" : "false";
+}
+
+const char* typeOf(const Parameter& parameter) {
+  if (parameter.getType() == Parameter::integer) return "int ";
+  return parameter.getType() == Parameter::text ? "string " : "bool ";
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -56,7 +56,7 @@ std::string support::textOf(const Method& method) {
   text += '\n';
   for (const Parameter& parameter : method.getParameters()) {
     text += parameter.getDirection() == Parameter::out ? "out " : "in ";
-    text += valueOf(parameter) + "\n";
+    text += typeOf(parameter) + parameter.getName() + "=" + valueOf(parameter) + "\n";
   }
   return text;
 }
@@ -71,4 +71,14 @@ bool support::methodOf(const std::string& text, Method& method) {
     if (!addParameter(lines[i], read)) return false;
   method = read;
   return true;
+}
+
+std::string support::lineOf(const Method& method) {
+  std::string line = method.getName() + "/" + std::to_string(method.getType());
+  for (const Parameter& parameter : method.getParameters()) {
+    const char* const quote = parameter.getType() == Parameter::text ? "\"" : "";
+    line += " " + parameter.getName() + "/" + std::to_string(parameter.getDirection()) + "=" +
+            quote + valueOf(parameter) + quote;
+  }
+  return line;
 }

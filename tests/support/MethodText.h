@@ -15,4 +15,8 @@ std::string textOf(const Method& method);
 // The reverse; false, and `method` untouched, when the text is not a message.
 bool methodOf(const std::string& text, Method& method);
 
+// A message in one line, such as "setTime/0 setTimeHours/0=8": name/type, then each parameter as
+// name/direction=value, with texts in quotes.
+std::string lineOf(const Method& method);
+
 }  // namespace support

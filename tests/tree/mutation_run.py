@@ -28,7 +28,7 @@ WRONG_WORDS = [
     ["--jobs", "0"],
     ["--see", "1"],
     ["src/NoSuchFile.cpp"],
-    ["tests/plugin/Telephone.cpp"],
+    ["tests/support/Telephone.cpp"],
     ["host/nowhere"],
     ["host/clo"],
     ["/"],

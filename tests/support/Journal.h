@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace plugin {
+namespace support {
 
 // What several recording parts saw, in order. Thread: any.
 class Journal {
@@ -29,4 +29,4 @@ class Journal {
   std::vector<std::string> m_lines;
 };
 
-}  // namespace plugin
+}  // namespace support

@@ -10,14 +10,15 @@
 
 namespace simulation {
 
-// The NTP client's end of the pipe. Between two calls the service's listener waits for bytes from
-// this end, so that the service does nothing on its own.
-class Listener {
+// The NTP client's end of the report pipe. Between two calls the service's listener waits for bytes
+// from this end, so that the service does nothing on its own: with support::ReportPipe, a listener
+// that returns from a report runs at the same time as the next step.
+class HeldPipe {
  public:
-  Listener() = default;
-  ~Listener() { hangUp(); }
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
+  HeldPipe() = default;
+  ~HeldPipe() { hangUp(); }
+  HeldPipe(const HeldPipe&) = delete;
+  HeldPipe& operator=(const HeldPipe&) = delete;
 
   // Makes a fresh pipe where the service will look for it.
   static void makePipe() {

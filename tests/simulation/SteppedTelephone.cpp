@@ -1,4 +1,4 @@
-#include "simulation/Telephone.h"
+#include "simulation/SteppedTelephone.h"
 
 #include <unistd.h>
 
@@ -17,6 +17,8 @@ namespace {
 
 constexpr const char* kFallbackFile = "data/fallback_time.txt";
 
+constexpr auto kQueries = support::Queries::notRecorded;
+
 using std::chrono::milliseconds;
 
 // Puts this process into the state of one that starts with this TZ.
@@ -28,24 +30,20 @@ void startProcess(const std::string& tz) {
 
 }  // namespace
 
-Telephone::Telephone() {
+SteppedTelephone::SteppedTelephone() {
   device().journal = &m_journal;
   device().launchFails = false;
   device().lookupsFail = false;
-  device().beforeWaiting = [this] { m_listener.hangUp(); };
-  host::ApplicationLog::instance().setLevel(host::ApplicationLog::kDefaultLevel);
-  host::ApplicationLog::instance().addSink(m_log);
+  device().beforeWaiting = [this] { m_pipe.hangUp(); };
 }
 
-Telephone::~Telephone() {
+SteppedTelephone::~SteppedTelephone() {
   powerDown(false);
   unlink(kFallbackFile);
-  host::ApplicationLog::instance().removeSink(m_log);
-  host::ApplicationLog::instance().setLevel(host::ApplicationLog::kDefaultLevel);
   device().beforeWaiting = nullptr;
 }
 
-void Telephone::powerDown(bool inOrder) {
+void SteppedTelephone::powerDown(bool inOrder) {
   m_store.powerless = !inOrder;
   if (m_service && inOrder) m_service->shutdown();
   m_service.reset();
@@ -56,14 +54,14 @@ void Telephone::powerDown(bool inOrder) {
   if (!inOrder) static_cast<void>(m_journal.take());
 }
 
-void Telephone::apply(const Step& step) {
+void SteppedTelephone::apply(const Step& step) {
   applyToTime(step);
   applyToClock(step);
   applyToManagement(step);
   applyToDevice(step);
 }
 
-void Telephone::applyToTime(const Step& step) {
+void SteppedTelephone::applyToTime(const Step& step) {
   const auto& n = step.numbers;
   if (step.act == Act::pass) m_clock->advance(milliseconds(n[0]));
   if (step.act == Act::next && !m_clock->fireNext()) m_journal.add("no timer is armed");
@@ -71,10 +69,10 @@ void Telephone::applyToTime(const Step& step) {
   const bool reports =
       step.act == Act::report && n[1] == 1 && !m_clock->setWall(std::chrono::seconds(n[0]));
   if (jumps || reports) m_journal.add("the clock cannot be set");
-  if (step.act == Act::report) m_listener.report(static_cast<std::uint32_t>(n[0]));
+  if (step.act == Act::report) m_pipe.report(static_cast<std::uint32_t>(n[0]));
 }
 
-void Telephone::applyToManagement(const Step& step) {
+void SteppedTelephone::applyToManagement(const Step& step) {
   const bool managed = m_management != nullptr && m_management->hasClock();
   if (step.act == Act::set) answer(set(step.texts[0], step.texts[1]));
   if (step.act == Act::get) m_journal.add("-> " + get(step.texts[0]));
@@ -89,10 +87,10 @@ void Telephone::applyToManagement(const Step& step) {
   }
 }
 
-void Telephone::applyToDevice(const Step& step) {
+void SteppedTelephone::applyToDevice(const Step& step) {
   const auto& n = step.numbers;
   const bool on = !n.empty() && n[0] == 1;
-  if (step.act == Act::outsideStore) m_store.storeFromOutside(step.texts[0], step.texts[1]);
+  if (step.act == Act::outsideStore) m_store.put(step.texts[0], step.texts[1]);
   if (step.act == Act::storeRefuses) m_store.refuses = on;
   if (step.act == Act::storeSilent) m_store.silent = on;
   if (step.act == Act::launchFails) device().launchFails = on;
@@ -109,27 +107,29 @@ void Telephone::applyToDevice(const Step& step) {
   }
 }
 
-void Telephone::restart(const Step& step) {
+void SteppedTelephone::restart(const Step& step) {
   powerDown(step.numbers[0] == 1);
   m_clock = std::make_unique<host::VirtualClock>();
   static_cast<void>(m_clock->setWall(milliseconds(step.numbers[3])));
   host::setProcessClock(m_clock.get());
   startProcess(step.texts[0]);
   m_context = std::make_unique<host::HostContext>(*m_clock);
-  m_management = std::make_unique<RecordingManagement>(m_journal);
+  m_management = std::make_unique<support::RecordingManagement>(m_journal, kQueries);
   for (const auto& [key, value] : m_values) m_management->setValue(key, value);
   for (const auto& [key, mayReset] : m_mayReset) m_management->setUserData(key, mayReset);
-  m_physical = std::make_unique<RecordingPhysical>(m_journal, static_cast<int>(step.numbers[1]));
-  m_security = std::make_unique<RecordingSecurity>(m_journal);
+  m_physical = std::make_unique<support::RecordingPhysical>(
+      m_journal, static_cast<int>(step.numbers[1]), kQueries);
+  m_security = std::make_unique<support::RecordingSecurityLog>();
+  m_security->onRecord = [this](const auto& record) { recordSecurity(record); };
   m_peers = std::make_unique<Peers>(m_journal);
   for (int row = 0; row < 4; ++row) setService(kServices[row], (step.numbers[2] >> row & 1) == 0);
-  Listener::makePipe();
+  HeldPipe::makePipe();
   m_service = std::make_unique<ClockService>();
   static_cast<Executable&>(*m_service).init(*m_context);
-  m_listener.awaitListener();
+  m_pipe.awaitListener();
 }
 
-void Telephone::setService(const std::string& name, bool present) {
+void SteppedTelephone::setService(const std::string& name, bool present) {
   const std::map<std::string, Executable*> services{
       {kServices[physicalService], m_physical.get()},
       {kServices[managementService], m_management.get()},
@@ -143,7 +143,7 @@ void Telephone::setService(const std::string& name, bool present) {
 }
 
 // Without local management, asks the service itself.
-bool Telephone::set(const std::string& key, const std::string& value) {
+bool SteppedTelephone::set(const std::string& key, const std::string& value) {
   if (m_management->hasClock()) return m_management->set(key, value);
   ManageableData record;
   record.setRootId(key, nullptr);
@@ -155,7 +155,7 @@ bool Telephone::set(const std::string& key, const std::string& value) {
   }
 }
 
-std::string Telephone::get(const std::string& key) {
+std::string SteppedTelephone::get(const std::string& key) {
   std::string value;
   if (m_management->hasClock()) return m_management->get(key, value) ? value : "refused";
   ManageableData record;
@@ -164,8 +164,22 @@ std::string Telephone::get(const std::string& key) {
   return known && record.interogate(key, value) ? value : "refused";
 }
 
+// The service's errors, and its lines for the system log.
+void SteppedTelephone::recordLog(const host::LogEntry& entry) {
+  if (entry.systemLog) return m_journal.add("system log " + entry.text);
+  if (entry.level <= 2 && entry.component.rfind("ClockService", 0) == 0)
+    m_journal.add("log 2 " + entry.component + ": " + entry.text);
+}
+
+void SteppedTelephone::recordSecurity(const support::RecordingSecurityLog::Record& record) {
+  m_journal.add(print("security %lld %d %d %d %d %s ", static_cast<long long>(record.time),
+                      record.facility, record.severity, record.eventClass, record.eventCode,
+                      record.failure ? "failed" : "done") +
+                record.text + " by \"" + record.subject + "\" from \"" + record.origin + "\"");
+}
+
 // Queries may log lines; only their answers are compared, so the lines are dropped.
-Lines Telephone::snapshot() {
+Lines SteppedTelephone::snapshot() {
   int hours = 0, minutes = 0, seconds = 0, day = 0, month = 0, year = 0;
   m_service->getTime(hours, minutes, seconds);
   m_service->getDate(day, month, year);

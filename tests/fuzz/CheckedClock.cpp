@@ -1,4 +1,4 @@
-#include "fuzz/ManagedClock.h"
+#include "fuzz/CheckedClock.h"
 
 #include <algorithm>
 #include <array>
@@ -115,11 +115,11 @@ std::string zoneInForce() {
 
 }  // namespace
 
-ManagedClock::ManagedClock() {
+CheckedClock::CheckedClock() {
   m_telephone.switchOn();
 }
 
-ManagedClock::Texts ManagedClock::settings() {
+CheckedClock::Texts CheckedClock::settings() {
   Texts texts;
   for (const Key& key : kKeys) {
     if (key.storedAs == nullptr) continue;
@@ -129,7 +129,7 @@ ManagedClock::Texts ManagedClock::settings() {
   return texts;
 }
 
-void ManagedClock::set(const std::string& key, const std::string& value) {
+void CheckedClock::set(const std::string& key, const std::string& value) {
   const Texts before = settings();
   const std::size_t records = m_telephone.security.count();
   const bool accepted = m_telephone.manage(key, value);
@@ -146,7 +146,7 @@ void ManagedClock::set(const std::string& key, const std::string& value) {
   hold(settings() == before, "a refusal changes nothing", key);
 }
 
-void ManagedClock::holdRecord(const std::string& key, const std::string& value, bool accepted,
+void CheckedClock::holdRecord(const std::string& key, const std::string& value, bool accepted,
                               std::size_t before) {
   hold(m_telephone.security.count() == before + 1, "each other set leaves one record", key);
   const auto record = m_telephone.security.last();
@@ -156,7 +156,7 @@ void ManagedClock::holdRecord(const std::string& key, const std::string& value, 
 }
 
 // After an accepted set.
-void ManagedClock::holdValue(const std::string& key, const std::string& value) {
+void CheckedClock::holdValue(const std::string& key, const std::string& value) {
   const std::string now = m_telephone.managed(key);
   switch (kindOf(key)) {
     case Kind::number:
@@ -175,7 +175,7 @@ void ManagedClock::holdValue(const std::string& key, const std::string& value) {
 }
 
 // Only without daylight saving, which skips an hour in spring, and far from the clock's limits.
-void ManagedClock::holdTimeOfDay(const std::string& value) {
+void CheckedClock::holdTimeOfDay(const std::string& value) {
   constexpr std::int64_t kWeek = 7 * 86400;
   const std::int64_t now = m_telephone.wallSeconds();
   if (!hasShape(value, "00:00") || value >= "24:00" || value[3] >= '6') return;
@@ -185,13 +185,13 @@ void ManagedClock::holdTimeOfDay(const std::string& value) {
        value);
 }
 
-void ManagedClock::holdItemState(const std::string& server) {
+void CheckedClock::holdItemState(const std::string& server) {
   const bool none = server.empty() || server == "0.0.0.0" || server == "::";
   hold(m_telephone.management.itemState("time") == (none ? 0 : 4),
        "the state of \"time\" follows the requested server", server);
 }
 
-void ManagedClock::get(const std::string& key) {
+void CheckedClock::get(const std::string& key) {
   std::string value = "untouched";
   const bool known = m_telephone.management.get(key, value);
   hold(known == (kindOf(key) != Kind::none), "exactly the known keys can be read", key);
@@ -200,7 +200,7 @@ void ManagedClock::get(const std::string& key) {
 }
 
 // The computed values are valid, whatever the settings are.
-void ManagedClock::holdReadings() {
+void CheckedClock::holdReadings() {
   const std::string utc = m_telephone.managed("time");
   const std::string date = m_telephone.managed("simple-date");
   const std::string time = m_telephone.managed("simple-time");
@@ -213,7 +213,7 @@ void ManagedClock::holdReadings() {
   hold(zoneInForce().size() < 50, "a zone fits its buffer", zoneInForce());
 }
 
-void ManagedClock::reset() {
+void CheckedClock::reset() {
   const bool wasDefault =
       m_telephone.managed("date-format") == "0" && m_telephone.managed("time-format") == "0";
   hold(m_telephone.management.reset() == !wasDefault,
@@ -222,11 +222,11 @@ void ManagedClock::reset() {
        "a reset restores the default of both formats");
 }
 
-void ManagedClock::changeDevice(const std::string& key, const std::string& value) {
+void CheckedClock::changeDevice(const std::string& key, const std::string& value) {
   m_telephone.management.setValue(key, value);
 }
 
-void ManagedClock::restart() {
+void CheckedClock::restart() {
   const Texts before = settings();
   m_telephone.switchOff();
   m_telephone.switchOn();

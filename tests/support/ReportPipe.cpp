@@ -1,4 +1,4 @@
-#include "plugin/ReportPipe.h"
+#include "support/ReportPipe.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -16,7 +16,7 @@
 #include "DevicePaths.h"
 #include "support/Becomes.h"
 
-namespace plugin {
+namespace support {
 
 namespace {
 
@@ -37,7 +37,7 @@ int bytesLeft(int pipe) {
 
 template <class Condition>
 void await(Condition condition, const char* what) {
-  if (!support::becomesTrue(condition)) throw std::runtime_error(what);
+  if (!becomesTrue(condition)) throw std::runtime_error(what);
 }
 
 }  // namespace
@@ -131,4 +131,4 @@ void ReportPipe::release() {
   });
 }
 
-}  // namespace plugin
+}  // namespace support

@@ -8,15 +8,15 @@
 #include "ClockService.h"
 #include "clock/VirtualClock.h"
 #include "framework/HostContext.h"
-#include "plugin/JournalObserver.h"
-#include "plugin/RecordingSecurityLog.h"
-#include "plugin/ReportPipe.h"
 #include "services/LocalManagement.h"
 #include "services/MemoryDataAccess.h"
 #include "services/PhysicalInterface.h"
+#include "support/JournalObserver.h"
+#include "support/RecordingServices.h"
+#include "support/ReportPipe.h"
 #include "support/ZoneGuard.h"
 
-namespace plugin {
+namespace support {
 
 // A telephone's services under virtual time, and its clock service while it is switched on.
 // Owner: the test, one at a time. Thread: the test's, which is the framework thread.
@@ -63,11 +63,11 @@ class Telephone {
   ReportPipe pipe;
 
  private:
-  const support::ZoneGuard m_zone{"UTC0"};
+  const ZoneGuard m_zone{"UTC0"};
   std::unique_ptr<ClockService> m_service;
 };
 
 // The content of setupTZ.sh in the storage folder; empty without one.
 std::string zoneScript();
 
-}  // namespace plugin
+}  // namespace support

@@ -3,16 +3,16 @@
 #include <map>
 #include <string>
 
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
 namespace fuzz {
 
 // The clock service as management sees it. Each set checks the contract of its key: an accepted
 // value is in effect and stored, a refused one changes nothing.
 // Failure: Broken.
-class ManagedClock {
+class CheckedClock {
  public:
-  ManagedClock();
+  CheckedClock();
 
   void set(const std::string& key, const std::string& value);
   void get(const std::string& key);
@@ -34,7 +34,7 @@ class ManagedClock {
   void holdReadings();
   [[nodiscard]] Texts settings();  // values in memory by management key, stored ones by storage key
 
-  plugin::Telephone m_telephone;
+  support::Telephone m_telephone;
 };
 
 }  // namespace fuzz

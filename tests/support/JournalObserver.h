@@ -6,9 +6,9 @@
 #include <string>
 
 #include "ClockServiceObserverIfc.h"
-#include "plugin/Journal.h"
+#include "support/Journal.h"
 
-namespace plugin {
+namespace support {
 
 // Records events in a journal: "time 03:00:00", "date 08.03.2026", "zone LOC-1:00".
 // Owner: the test; outlives its registration. Thread: any.
@@ -20,8 +20,12 @@ class JournalObserver final : public ClockServiceObserverIfc {
 
   // Called in each event, before it is recorded.
   std::function<void()> onEvent;
+  // Returns what is recorded behind a zone.
+  std::function<std::string()> zoneDetail;
 
-  void timezoneChangeEvent(std::string timezone) override { write("zone " + timezone); }
+  void timezoneChangeEvent(std::string timezone) override {
+    write("zone " + timezone + (zoneDetail ? zoneDetail() : ""));
+  }
   void timeChangeEvent(int hours, int minutes, int seconds) override {
     write("time " + joined(':', hours, minutes, seconds));
   }
@@ -45,4 +49,4 @@ class JournalObserver final : public ClockServiceObserverIfc {
   const std::string m_prefix;
 };
 
-}  // namespace plugin
+}  // namespace support

@@ -9,35 +9,42 @@
 
 #include "clock/VirtualClock.h"
 #include "framework/HostContext.h"
-#include "plugin/Journal.h"
-#include "simulation/Listener.h"
-#include "simulation/Parts.h"
+#include "simulation/HeldPipe.h"
 #include "simulation/Peers.h"
 #include "simulation/Step.h"
+#include "simulation/ZoneState.h"
+#include "support/Journal.h"
+#include "support/JournalObserver.h"
+#include "support/LogCapture.h"
+#include "support/RecordingServices.h"
 
 class ClockService;
 
 namespace simulation {
 
-// The telephone: the service on the host's framework, with a virtual clock.
+// A telephone that takes steps: the service on the host's framework, with a virtual clock. Not a
+// support::Telephone, because a restart is one of the steps and renews all but the store.
 // REQUIRES: the process works in a private folder (support::WorkingFolder); one telephone at a
 // time.
-class Telephone {
+class SteppedTelephone {
  public:
   using Arguments = std::vector<std::pair<std::string, std::int64_t>>;
   using Results = std::vector<std::pair<std::string, std::string>>;
 
-  Telephone();
-  ~Telephone();
-  Telephone(const Telephone&) = delete;
-  Telephone& operator=(const Telephone&) = delete;
+  SteppedTelephone();
+  ~SteppedTelephone();
+  SteppedTelephone(const SteppedTelephone&) = delete;
+  SteppedTelephone& operator=(const SteppedTelephone&) = delete;
 
   void apply(const Step& step);
-  [[nodiscard]] Lines take() { return m_journal.take(); }
+  [[nodiscard]] Lines take() {
+    m_log.clear();
+    return m_journal.take();
+  }
   [[nodiscard]] Lines snapshot();
 
  private:
-  // Telephone.cpp
+  // SteppedTelephone.cpp
   void applyToTime(const Step& step);
   void applyToManagement(const Step& step);
   void applyToDevice(const Step& step);
@@ -46,9 +53,11 @@ class Telephone {
   void setService(const std::string& name, bool present);
   bool set(const std::string& key, const std::string& value);
   std::string get(const std::string& key);
+  void recordLog(const host::LogEntry& entry);
+  void recordSecurity(const support::RecordingSecurityLog::Record& record);
   void answer(bool result) { m_journal.add(result ? "-> true" : "-> false"); }
 
-  // TelephoneCalls.cpp
+  // SteppedTelephoneCalls.cpp
   void applyToClock(const Step& step);
   void setDirectly(const Step& step);
   void setRemotely(const Step& step);
@@ -62,20 +71,21 @@ class Telephone {
   void invalidCall(const std::string& kind);
   void expect(const Method& request, const Results& results);
 
-  plugin::Journal m_journal;
-  RecordingStore m_store{m_journal};
+  support::Journal m_journal;
+  support::RecordingStore m_store{m_journal};
   std::map<std::string, std::string> m_values;
   std::map<std::string, bool> m_mayReset;
-  std::map<std::string, std::unique_ptr<RecordingObserver>> m_observers;
-  std::shared_ptr<RecordingLog> m_log{std::make_shared<RecordingLog>(m_journal)};
-  Listener m_listener;
+  std::map<std::string, std::unique_ptr<support::JournalObserver>> m_observers;
+  support::LogCapture m_log{host::ApplicationLog::kDefaultLevel,
+                            [this](const auto& entry) { recordLog(entry); }};
+  HeldPipe m_pipe;
 
   // One run of the service.
   std::unique_ptr<host::VirtualClock> m_clock;
   std::unique_ptr<host::HostContext> m_context;
-  std::unique_ptr<RecordingManagement> m_management;
-  std::unique_ptr<RecordingPhysical> m_physical;
-  std::unique_ptr<RecordingSecurity> m_security;
+  std::unique_ptr<support::RecordingManagement> m_management;
+  std::unique_ptr<support::RecordingPhysical> m_physical;
+  std::unique_ptr<support::RecordingSecurityLog> m_security;
   std::unique_ptr<Peers> m_peers;
   std::unique_ptr<ClockService> m_service;
 };

@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "ClockService.h"
-#include "simulation/Telephone.h"
+#include "simulation/SteppedTelephone.h"
 #include "simulation/Texts.h"
 
 namespace simulation {
@@ -22,7 +22,7 @@ const char* flag(bool value) {
 }
 
 // The parameters of a method begin with its name: "setTime" has "setTimeHours".
-Method requestOf(const std::string& method, const Telephone::Arguments& arguments) {
+Method requestOf(const std::string& method, const SteppedTelephone::Arguments& arguments) {
   Method request(method.c_str(), Method::call);
   for (const auto& [name, value] : arguments)
     request.addIntParameter((method + name).c_str(), whole(value), Parameter::in);
@@ -37,7 +37,7 @@ Method requestOf(const std::string& method, const std::string& name, const std::
 
 }  // namespace
 
-void Telephone::applyToClock(const Step& step) {
+void SteppedTelephone::applyToClock(const Step& step) {
   const bool remote = !step.texts.empty() && isRemote(step.texts[0]);
   if (step.act >= Act::setTime && step.act <= Act::saveTime)
     remote ? setRemotely(step) : setDirectly(step);
@@ -47,7 +47,7 @@ void Telephone::applyToClock(const Step& step) {
   if (step.act == Act::invalidCall) invalidCall(step.texts[0]);
 }
 
-void Telephone::setDirectly(const Step& step) {
+void SteppedTelephone::setDirectly(const Step& step) {
   const auto& n = step.numbers;
   if (step.act == Act::setTime) answer(m_service->setTime(whole(n[0]), whole(n[1]), whole(n[2])));
   if (step.act == Act::setDate) answer(m_service->setDate(whole(n[0]), whole(n[1]), whole(n[2])));
@@ -56,17 +56,17 @@ void Telephone::setDirectly(const Step& step) {
 }
 
 // Records the reply to a caller in the form of a local answer.
-void Telephone::callFor(const Method& request, const std::string& caller) {
+void SteppedTelephone::callFor(const Method& request, const std::string& caller) {
   std::string text = m_peers->call(m_service.get(), request, caller);
   const std::string& name = request.getName();
-  const std::string prefix = "1 " + name + " " + name + "Return/1=";
+  const std::string prefix = name + "/1 " + name + "Return/1=";
   if (text.rfind(prefix, 0) == 0) text.erase(0, prefix.size());
   if (text.size() > 1 && text.front() == '"') text = text.substr(1, text.size() - 2);
   if (text != "no reply") m_journal.add("-> " + text);
 }
 
 // "setTimeInt" has a parameter "setTime", and no reply.
-void Telephone::setRemotely(const Step& step) {
+void SteppedTelephone::setRemotely(const Step& step) {
   const auto& n = step.numbers;
   Method request = requestOf("setFallbackTime", {});
   if (step.act == Act::setTime)
@@ -80,27 +80,30 @@ void Telephone::setRemotely(const Step& step) {
   callFor(request, step.texts[0]);
 }
 
-void Telephone::observe(const std::string& name, bool begins) {
+void SteppedTelephone::observe(const std::string& name, bool begins) {
   if (isRemote(name))
     return callFor(requestOf(begins ? "observeTimeEvents" : "unobserveTimeEvents", {}), name);
   auto& observer = m_observers[name];
-  if (!observer && name != "nobody")
-    observer = std::make_unique<RecordingObserver>(m_journal, name);
+  if (!observer && name != "nobody") {
+    observer = std::make_unique<support::JournalObserver>(m_journal, name);
+    // Now TZ has the new zone already, and the script still the former one.
+    observer->zoneDetail = [] { return " in force: " + zoneInForce() + " after " + script(); };
+  }
   answer(begins ? m_service->observeTimeEvents(observer.get())
                 : m_service->unobserveTimeEvents(observer.get()));
 }
 
 // Records a reply that differs from the expected one. Each result is the part of a parameter's name
 // between method and "Return", and its value.
-void Telephone::expect(const Method& request, const Results& results) {
+void SteppedTelephone::expect(const Method& request, const Results& results) {
   const std::string& name = request.getName();
-  std::string wanted = "1 " + name;
+  std::string wanted = name + "/1";
   for (const auto& [end, value] : results) wanted += " " + name + end + "Return/1=" + value;
   const std::string text = m_peers->call(m_service.get(), request, "peer one");
   if (text != wanted) m_journal.add("reply " + text + ", should be " + wanted);
 }
 
-void Telephone::ask(const Step& step) {
+void SteppedTelephone::ask(const Step& step) {
   askNow();
   askAboutText(step.texts[0]);
   askAboutNumbers(step.numbers);
@@ -112,7 +115,7 @@ void Telephone::ask(const Step& step) {
   }
 }
 
-void Telephone::askNow() {
+void SteppedTelephone::askNow() {
   int a = 0, b = 0, c = 0;
   const auto number = [](int value) { return std::to_string(value); };
   expect(requestOf("getTime", {}), {{"String", inQuotes(m_service->getTime())}});
@@ -130,7 +133,7 @@ void Telephone::askNow() {
 }
 
 // A request that lacks its text gets a reply without parameters.
-void Telephone::askAboutText(const std::string& utc) {
+void SteppedTelephone::askAboutText(const std::string& utc) {
   const auto about = [&](const std::string& method, const Results& results) {
     expect(requestOf(method, "String", utc), results);
     expect(requestOf(method, "Text", utc), {});
@@ -158,7 +161,7 @@ void Telephone::askAboutText(const std::string& utc) {
 }
 
 // A setter that lacks a parameter does nothing.
-void Telephone::askAboutNumbers(const std::vector<std::int64_t>& n) {
+void SteppedTelephone::askAboutNumbers(const std::vector<std::int64_t>& n) {
   const std::string utc = m_service->getUTCTime(whole(n[0]));
   const std::string fields = m_service->getUTCTime(whole(n[1]), whole(n[2]), whole(n[3]),
                                                    whole(n[4]), whole(n[5]), whole(n[6]));
@@ -176,7 +179,7 @@ void Telephone::askAboutNumbers(const std::vector<std::int64_t>& n) {
 }
 
 // Alarms are declared, but not implemented.
-void Telephone::askForAlarm(const std::string& utc) {
+void SteppedTelephone::askForAlarm(const std::string& utc) {
   std::string time = utc;
   if (m_service->setAlarmClock(time, nullptr) != 0 || m_service->cancelAlarmClock(1))
     m_journal.add("an alarm is set");
@@ -187,10 +190,10 @@ void Telephone::askForAlarm(const std::string& utc) {
 
 // An unknown method, bytes that cannot be decoded, an unknown codec, or a call without a service:
 // no reply.
-void Telephone::invalidCall(const std::string& kind) {
+void SteppedTelephone::invalidCall(const std::string& kind) {
   const std::string name = kind == "unknown" ? "ClockTime" : "garbage";
   Executable* const service = kind == "nobody" ? nullptr : m_service.get();
-  const std::string codec = kind == "codec" ? "morse" : "plain";
+  const std::string codec = kind == "codec" ? "morse" : "text";
   const std::string text = m_peers->call(service, requestOf(name, {}), "peer two", codec);
   if (text != "no reply") m_journal.add("an invalid call gets a reply");
 }

@@ -1,16 +1,23 @@
-#include "plugin/Telephone.h"
+#include "support/Telephone.h"
 
+#include <array>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
+#include <stdexcept>
 
 #include "DataStorage.h"
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
 #include "framework/StateFolder.h"
-#include "plugin/IndependentZones.h"
 #include "support/FileContent.h"
 
-namespace plugin {
+namespace support {
+namespace {
+
+constexpr const char* kForm = "%Y-%m-%dT%H:%M:%S";
+
+}  // namespace
 
 Telephone::Telephone(int variant) : physical(variant) {
   std::filesystem::remove_all(DevicePaths::kFallbackTimeFile);
@@ -72,7 +79,10 @@ void Telephone::changeZone(const std::string& key, const std::string& value) {
 }
 
 void Telephone::jump(const std::string& utc) {
-  jumpTo(independent::secondsOf(utc));
+  tm fields{};
+  const char* const end = strptime(utc.c_str(), kForm, &fields);
+  if (end == nullptr || *end != '\0') throw std::invalid_argument(utc);
+  jumpTo(timegm(&fields));
 }
 
 void Telephone::jumpTo(std::int64_t secondsSinceEpoch) {
@@ -84,11 +94,15 @@ std::int64_t Telephone::wallSeconds() const {
 }
 
 std::string Telephone::wallText() const {
-  return independent::utcOf(wallSeconds());
+  const time_t seconds = wallSeconds();
+  tm fields{};
+  gmtime_r(&seconds, &fields);
+  std::array<char, 24> text{};
+  return {text.data(), std::strftime(text.data(), text.size(), kForm, &fields)};
 }
 
 std::string zoneScript() {
-  return support::contentOf(host::storageFolder() + "/setupTZ.sh");
+  return contentOf(host::storageFolder() + "/setupTZ.sh");
 }
 
-}  // namespace plugin
+}  // namespace support

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "SNTPTimeChangeObserver.h"
-#include "plugin/ReportPipe.h"
 #include "plugin/WatchedCalls.h"
 #include "support/LogCapture.h"
+#include "support/ReportPipe.h"
 
 namespace plugin {
 
@@ -62,7 +62,7 @@ class ListenerNotStarted : public testing::Test {
 
   support::LogCapture log{6};
   Reports reports;
-  ReportPipe pipe;
+  support::ReportPipe pipe;
   std::unique_ptr<SNTPClientThread> listener = std::make_unique<SNTPClientThread>(&reports);
 };
 

@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-namespace plugin {
+namespace support {
 
 // The named pipe of the NTP reports, at the path that the listener opens.
 // Owner: the test. Failure: throws std::system_error.
@@ -49,4 +49,4 @@ std::vector<int> descriptorFlagsOf(const std::string& path);
 void removeReportPipe();
 void makeReportPipe();
 
-}  // namespace plugin
+}  // namespace support
