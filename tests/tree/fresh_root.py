@@ -14,9 +14,9 @@ PROGRAMS = {
     "chown": "",
     "debootstrap": 'mkdir -p "$3/etc/apt" "$3/srv"; echo "$*" >"$0.words"',
     "dpkg-query": 'printf "installed %s\\n" "$@"',
-    "git": 'mkdir -p "$4/build"',
+    "git": 'mkdir -p "$4/build" && echo "{}" >"$4/build/bench.json"',
     "sudo": '"$@"',
-    "unshare": 'printf "%s\\n" "$@" >"$0.words"; echo "{}" >"$CLOCK_TREE/build/fresh/root/srv/clone/build/bench.json"',
+    "unshare": 'printf "%s\\n" "$@" >"$0.words"',
 }
 PROXIES = ("http_proxy", "https_proxy", "no_proxy", "HTTP_PROXY", "HTTPS_PROXY", "NO_PROXY")
 
