@@ -128,11 +128,9 @@ TEST_F(PausedClock, NeverDeliversAfterTheLastUptime) {
   EXPECT_EQ(expiredIds(), Ids{id});
 }
 
-TEST_F(PausedClock, AcceptsPeriodsOfAnyLength) {
+TEST_F(PausedClock, NeverArmsATimerThatWouldExpireAfterTheLastUptime) {
   startedTimer(Nanoseconds::max());
   EXPECT_EQ(m_clock.armedTimers(), 0U);
-  startedTimer(std::chrono::milliseconds{4'294'967'295});
-  EXPECT_EQ(m_clock.nextExpiry(), Nanoseconds{4'294'967'295ms});
 }
 
 TEST_F(PausedClock, CallsTheListenerWhenTheEarliestExpiryChanges) {

@@ -9,8 +9,6 @@
 #include "InvokerResponse.h"
 #include "Proxy.h"
 #include "Service.h"
-#include "clock/VirtualClock.h"
-#include "framework/HostContext.h"
 #include "physicalEventObserver.h"
 
 namespace {
@@ -29,16 +27,12 @@ class PlainService final : public Service {
   void run() override {}
 };
 
-class PlainProxy final : public Proxy {
- public:
-  void initProxy(ProxyRequest& /*request*/) override {}
-};
-
-class PlainInvoker final : public Invoker {
- public:
-  void handleMessage(Executable* /*executable*/, const char* /*message*/, int /*length*/,
-                     InvokerResponse* /*response*/) override {}
-};
+TEST(Service, IgnoresExpiriesAndIsAThreadWithoutAPriority) {
+  PlainService service;
+  service.timerEvent(1);
+  EXPECT_EQ(service.getThreadPriorityForPlatform(), 0);
+  EXPECT_EQ(service.type(), "Threadable");
+}
 
 class PlainObserver final : public physicalEventObserver {
  public:
@@ -46,29 +40,6 @@ class PlainObserver final : public physicalEventObserver {
   void jackEvent(PhysDefs::plugIdentifier /*plug*/, PhysDefs::plugStatus /*status*/) override {}
   void getSubscribingService() override {}
 };
-
-TEST(Bases, IgnoreCallsByDefault) {
-  host::VirtualClock clock;
-  host::HostContext context(clock);
-  PlainService service;
-  service.timerEvent(1);
-  EXPECT_EQ(service.getThreadPriorityForPlatform(), 0);
-  EXPECT_EQ(service.type(), "Threadable");
-  PlainProxy proxy;
-  proxy.init(context);
-  proxy.shutdown();
-  proxy.timerEvent(1);
-  PlainInvoker invoker;
-  invoker.initInvoker(nullptr);
-}
-
-TEST(Bases, SupportDynamicCasts) {
-  PlainService service;
-  Executable* const executable = &service;
-  EXPECT_EQ(dynamic_cast<Service*>(executable), &service);
-  EXPECT_NE(dynamic_cast<Threadable*>(executable), nullptr);
-  EXPECT_EQ(dynamic_cast<Proxy*>(executable), nullptr);
-}
 
 TEST(PhysicalEventObserver, IgnoresEventsByDefault) {
   PlainObserver plain;

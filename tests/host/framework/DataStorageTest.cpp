@@ -73,11 +73,6 @@ TEST_F(Settings, AreLeftOutWithoutAValue) {
   EXPECT_EQ(m_storage.getDataItems("A B C"), document("<B>2</B>"));
 }
 
-TEST_F(Settings, AreEscaped) {
-  EXPECT_TRUE(m_storage.setDataItem("A", "<&>\r\n"));
-  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>&lt;&amp;&gt;&#13;\n</A>"));
-}
-
 TEST_F(Settings, KeepTheOldValueWhenTheStoreRefuses) {
   EXPECT_TRUE(m_storage.setDataItem("A", "old"));
   m_access.refuseSets(0, 1);

@@ -5,38 +5,23 @@
 #include <limits>
 #include <string>
 
+#include "support/MethodText.h"
+
 namespace {
 
-TEST(Method, StartsWithoutNameAndParameters) {
-  const Method method;
-  EXPECT_EQ(method.getName(), "");
-  EXPECT_EQ(method.getType(), Method::call);
-  EXPECT_TRUE(method.getParameters().empty());
-}
+using support::textOf;
 
-TEST(Method, HasTheGivenNameAndType) {
-  const Method method("getTime", Method::reply);
-  EXPECT_EQ(method.getName(), "getTime");
-  EXPECT_EQ(method.getType(), Method::reply);
-  EXPECT_EQ(Method(nullptr, Method::call).getName(), "");
+TEST(Method, StartsAsACallWithoutNameAndParameters) {
+  EXPECT_EQ(textOf(Method()), "call \n");
+  EXPECT_EQ(textOf(Method(nullptr, Method::reply)), "reply \n");
 }
 
 TEST(Method, KeepsTheOrderOfItsParameters) {
-  Method method("m", Method::call);
+  Method method("m", Method::reply);
   method.addStringParameter("b", "text", Parameter::out);
   method.addIntParameter("a", -5, Parameter::in);
   method.addBoolParameter("c", true, Parameter::in);
-  const auto& all = method.getParameters();
-  ASSERT_EQ(all.size(), 3U);
-  EXPECT_EQ(all[0].getName(), "b");
-  EXPECT_EQ(all[0].getType(), Parameter::text);
-  EXPECT_EQ(all[0].getDirection(), Parameter::out);
-  EXPECT_EQ(all[0].getString(), "text");
-  EXPECT_EQ(all[1].getType(), Parameter::integer);
-  EXPECT_EQ(all[1].getDirection(), Parameter::in);
-  EXPECT_EQ(all[1].getInt(), -5);
-  EXPECT_EQ(all[2].getType(), Parameter::boolean);
-  EXPECT_TRUE(all[2].getBool());
+  EXPECT_EQ(textOf(method), "reply m\nout string b=text\nin int a=-5\nin bool c=true\n");
 }
 
 TEST(Method, KeepsEveryValue) {
@@ -105,15 +90,9 @@ TEST(Method, IsAValue) {
   Method assigned;
   assigned = original;
   original.reset("other", Method::call);
-  EXPECT_EQ(original.getName(), "other");
-  EXPECT_EQ(original.getType(), Method::call);
-  EXPECT_TRUE(original.getParameters().empty());
-  for (const Method& kept : {copy, assigned}) {
-    EXPECT_EQ(kept.getName(), "m");
-    EXPECT_EQ(kept.getType(), Method::reply);
-    ASSERT_EQ(kept.getParameters().size(), 1U);
-    EXPECT_EQ(kept.getParameters()[0].getString(), "text");
-  }
+  EXPECT_EQ(textOf(original), "call other\n");
+  for (const Method& kept : {copy, assigned})
+    EXPECT_EQ(textOf(kept), "reply m\nout string s=text\n");
 }
 
 }  // namespace

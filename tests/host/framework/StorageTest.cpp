@@ -1,7 +1,6 @@
 #include "Storage.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <csignal>
@@ -11,6 +10,7 @@
 #include "interpose/DeviceRoot.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
+#include "support/SoftLimit.h"
 
 namespace host {
 namespace {
@@ -82,11 +82,10 @@ TEST_F(StorageFolder, ReplacesTheFileUnderAReader) {
 
 TEST_F(StorageFolder, MakesTheFileReadableForOthers) {
   EXPECT_TRUE(replaceContent("new"));
-  struct stat status {};
-  ASSERT_EQ(stat((m_folder / "file").c_str(), &status), 0);
   const mode_t mask = umask(0);
   umask(mask);
-  EXPECT_EQ(status.st_mode & 0777U, 0644U & ~mask);
+  EXPECT_EQ(std::filesystem::status(m_folder / "file").permissions(),
+            std::filesystem::perms(0644U & ~mask));
 }
 
 TEST_F(StorageFolder, RefusesNamesWithAFolder) {
@@ -152,15 +151,12 @@ TEST_F(StorageFolder, KeepsTheOldContentWhenTheDiskIsFull) {
   write("old");
   Storage storage;
   ASSERT_TRUE(prepare(storage, std::string(100'000, 'x')));
-  rlimit before{};
-  getrlimit(RLIMIT_FSIZE, &before);
-  const rlimit small{4096, before.rlim_max};
   const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-  setrlimit(RLIMIT_FSIZE, &small);
-  const bool replaced = storage.shutdown();
-  setrlimit(RLIMIT_FSIZE, &before);
+  {
+    const support::SoftLimit small(RLIMIT_FSIZE, 4096);
+    EXPECT_FALSE(storage.shutdown());
+  }
   std::signal(SIGXFSZ, handler);
-  EXPECT_FALSE(replaced);
   EXPECT_EQ(content(), "old");
   EXPECT_EQ(files(), 1U);
 }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <random>
 
 #include "host/ntpclient/SntpAnswer.h"
 
@@ -141,17 +140,6 @@ TEST(Packet, ProcessingTimeIsNeverNegative) {
   Bytes answer = answerTo(kNonce, kTime);
   putWord(answer, 32, k1970 + kTime + 100);
   EXPECT_EQ(judge(answer, kNonce).processing, 0ns);
-}
-
-TEST(Packet, EveryDatagramGetsAVerdict) {
-  std::mt19937 random(20160616);
-  for (int i = 0; i < 20000; ++i) {
-    Bytes bytes(random() % 100);
-    for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
-    const Judgement judgement = judge(bytes, kNonce);
-    EXPECT_NE(judgement.verdict, Verdict::good);
-    EXPECT_STRNE(textOf(judgement.verdict), "");
-  }
 }
 
 }  // namespace

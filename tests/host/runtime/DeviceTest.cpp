@@ -13,7 +13,6 @@
 #include <utility>
 
 #include "DataStorage.h"
-#include "Proxy.h"
 #include "base/Descriptor.h"
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
@@ -155,17 +154,6 @@ TEST_F(DeviceWithTestPlugin, NotifiesTheServiceOfValuesThatChangeAfterTheStart) 
   EXPECT_THAT(pluginNotes(), Contains("changed interface-status=up"));
 }
 
-TEST_F(DeviceWithTestPlugin, ManagementReachesTheServiceAndSurvivesItsExceptions) {
-  start();
-  onManagementThread([](LocalManagement& management) {
-    EXPECT_TRUE(management.set("time-format", "1"));
-    EXPECT_FALSE(management.set("time-format", "throw"));
-    EXPECT_TRUE(management.reset());
-  });
-  EXPECT_THAT(pluginNotes(), Contains("set time-format=1"));
-  EXPECT_TRUE(log.hasPart("the agent threw \"too short\"")) << log.text();
-}
-
 TEST_F(DeviceWithTestPlugin, NothingReachesADeletedService) {
   start();
   device->stop();
@@ -227,14 +215,6 @@ TEST_F(DeviceWithTestPlugin, CreatesNoFilesWithAStoreAndALogInMemory) {
   EXPECT_EQ(store.getItem("schema", "key"), "value");
   EXPECT_FALSE(std::filesystem::exists(folder / "state"));
   device.reset();
-}
-
-TEST_F(DeviceWithTestPlugin, MakesANewProxyEachTime) {
-  start();
-  const std::unique_ptr<Proxy> first(device->makeProxy());
-  const std::unique_ptr<Proxy> second(device->makeProxy());
-  EXPECT_NE(first, nullptr);
-  EXPECT_NE(first, second);
 }
 
 TEST_F(DeviceWithTestPlugin, RefusesToStartWhenAFactoryReturnsNull) {

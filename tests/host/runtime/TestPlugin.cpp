@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -84,10 +83,7 @@ class TestService : public Service, public MgmtAgentIfc, public physicalEventObs
   void timerEvent(int timerId) override { note("timer " + std::to_string(timerId)); }
 
   bool setData(ManageableData& record) override {
-    std::string value;
-    record.interogate(record.getRootId(), value);
-    if (value == "throw") throw std::out_of_range("too short");
-    note("set " + record.getRootId() + "=" + value);
+    note("set " + record.getRootId());
     return true;
   }
   bool getData(ManageableData&) override { return false; }

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <optional>
 
 #include "host/services/StoreFile.h"
@@ -43,27 +41,6 @@ TEST_F(LockedStateFolder, IsRefusedToASecondHost) {
   EXPECT_EQ(refusal(), "state folder \"" + state.string() + "\" is in use by another host");
   lock.reset();
   EXPECT_EQ(refusal(), "");
-}
-
-// The lock file stays, the lock does not.
-TEST_F(LockedStateFolder, IsUnlockedWhenItsHostIsKilled) {
-  int ready[2];
-  ASSERT_EQ(pipe(ready), 0);
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    const StateFolderLock lock(state);
-    static_cast<void>(write(ready[1], "x", 1));
-    for (;;) pause();
-  }
-  char byte = 0;
-  ASSERT_EQ(read(ready[0], &byte, 1), 1);
-  EXPECT_NE(refusal(), "");
-  kill(child, SIGKILL);
-  waitpid(child, nullptr, 0);
-  EXPECT_TRUE(fs::exists(state / StateFolderLock::kFileName));
-  EXPECT_EQ(refusal(), "");
-  for (const int end : ready) close(end);
 }
 
 TEST_F(LockedStateFolder, IsTightenedWhenItBelongsToTheHost) {
