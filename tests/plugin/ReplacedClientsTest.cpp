@@ -7,22 +7,18 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <iterator>
 #include <string>
 
 #include "DevicePaths.h"
 #include "framework/ProgramMap.h"
 #include "support/Becomes.h"
 #include "support/LogCapture.h"
+#include "support/OpenDescriptors.h"
 #include "support/Telephone.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::ptrdiff_t openDescriptors() {
-  return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-}
 
 // True when this process has no child, ended or not.
 bool isChildless() {
@@ -54,7 +50,7 @@ class ClockWhoseClientIsReplaced : public testing::Test {
 TEST_F(ClockWhoseClientIsReplaced, LeavesNoChildAndNoDescriptorAndAnswersAllTheWhile) {
   constexpr int kClients = 1000;
   telephone.switchOn();
-  const std::ptrdiff_t before = openDescriptors();
+  const std::ptrdiff_t before = support::openDescriptors();
   for (int client = 0; client < kClients; ++client) {
     const std::string behaviour = behaviourOf(client);
     // NOLINTNEXTLINE(concurrency-mt-unsafe)
@@ -66,7 +62,7 @@ TEST_F(ClockWhoseClientIsReplaced, LeavesNoChildAndNoDescriptorAndAnswersAllTheW
     ASSERT_EQ(telephone.service().getTime(), "00:00") << client;
   }
   EXPECT_EQ(log.count("ntpclient couldn't be started"), 0U);
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(support::openDescriptors(), before);
   telephone.switchOff();
   EXPECT_TRUE(isChildless());
 }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Method.h"
+#include "integration/OneLine.h"
 #include "remote/Frame.h"
 #include "remote/MessagePackCodec.h"
 #include "remote/SocketFile.h"
@@ -25,13 +26,9 @@
 namespace host {
 namespace {
 
-using Words = std::vector<std::string>;
-
-struct Outcome {
-  int status;
-  std::string out;
-  std::string err;
-};
+using integration::expectOneLine;
+using integration::Outcome;
+using integration::Words;
 
 Outcome run(const Words& words, const std::filesystem::path& socket) {
   std::ostringstream out;
@@ -42,13 +39,6 @@ Outcome run(const Words& words, const std::filesystem::path& socket) {
 
 Outcome run(const std::string& line, const std::filesystem::path& socket) {
   return run(splitScenarioLine(line), socket);
-}
-
-bool isOneShortLine(const std::string& text) {
-  constexpr std::size_t kLongest = 1200;  // bytes
-  return text.starts_with("clockctl: ") && text.size() <= kLongest && text.ends_with('\n') &&
-         std::all_of(text.begin(), text.end() - 1,
-                     [](char byte) { return byte >= ' ' && byte != '\x7F'; });
 }
 
 // Besides calls, any request may wait two seconds for a name server.
@@ -81,13 +71,8 @@ TEST(ClockCtl, WrongUsageIsStatusTwoWithOneShortLine) {
       {{"get", "\xff"}, "KEY must be UTF-8 text"},
       {{"\xff"}, "unknown verb \"\\xFF\"; `clockctl --help` lists the verbs"},
   };
-  for (const auto& [words, part] : rows) {
-    const Outcome outcome = run(words, "/nowhere");
-    EXPECT_EQ(outcome.status, 2) << outcome.err;
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_TRUE(isOneShortLine(outcome.err)) << testing::PrintToString(outcome.err);
-    EXPECT_NE(outcome.err.find(part), std::string::npos) << outcome.err;
-  }
+  for (const auto& [words, part] : rows)
+    expectOneLine(run(words, "/nowhere"), 2, {"clockctl: ", part});
 }
 
 TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
@@ -97,11 +82,7 @@ TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
                                     {"clock", ".control"},
                                     {"call getTime", ""},
                                     {"watch", ""}}) {
-    const Outcome outcome = run(line, socket);
-    EXPECT_EQ(outcome.status, 3) << line;
-    EXPECT_TRUE(isOneShortLine(outcome.err)) << outcome.err;
-    EXPECT_TRUE(outcome.err.starts_with("clockctl: no host at " + socket + named + ": "))
-        << outcome.err;
+    expectOneLine(run(line, socket), 3, {"clockctl: no host at " + socket + named + ": "});
   }
 }
 

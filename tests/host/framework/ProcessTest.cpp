@@ -12,39 +12,23 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "host/framework/ChildProcess.h"
+#include "support/Becomes.h"
 #include "support/LogCapture.h"
+#include "support/OpenDescriptors.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kDeadline{30};
-
 bool exists(pid_t pid) {
   return kill(pid, 0) == 0 || errno != ESRCH;
 }
 
-bool waitUntilGone(pid_t pid) {
-  const auto end = Clock::now() + kDeadline;
-  while (exists(pid) && Clock::now() < end) std::this_thread::yield();
-  return !exists(pid);
-}
-
 bool hasChildren() {
   return waitpid(-1, nullptr, WNOHANG) != -1;
-}
-
-std::size_t openDescriptors() {
-  std::size_t number = 0;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    static_cast<void>(entry);
-    ++number;
-  }
-  return number;
 }
 
 TEST_F(ChildProcess, GetsItsArgumentsUnchanged) {
@@ -196,12 +180,12 @@ TEST_F(ChildProcess, IsReapedBeforeItsHandleIsDestroyed) {
   const auto child = process({"/bin/true"});
   const pid_t pid = child->launch();
   ASSERT_GT(pid, 0);
-  EXPECT_TRUE(waitUntilGone(pid));
+  EXPECT_TRUE(support::becomesTrue([pid] { return !exists(pid); }));
   EXPECT_FALSE(hasChildren());
 }
 
 TEST_F(ChildProcess, LeavesNoProcessAndDescriptorAfterManyReplacements) {
-  const std::size_t before = openDescriptors();
+  const auto before = support::openDescriptors();
   std::unique_ptr<Process> child;
   for (int i = 0; i < 200; ++i) {
     child.reset();
@@ -211,7 +195,7 @@ TEST_F(ChildProcess, LeavesNoProcessAndDescriptorAfterManyReplacements) {
   }
   child.reset();
   EXPECT_FALSE(hasChildren());
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(support::openDescriptors(), before);
 }
 
 }  // namespace

@@ -10,15 +10,13 @@ namespace host {
 namespace {
 
 LogEntry entry(std::uint64_t number, const std::string& text) {
-  LogEntry made;
-  made.number = number;
-  made.wall = std::chrono::seconds(60);
-  made.level = 5;
-  made.component = "ClockService";
-  made.file = "f.cpp";
-  made.line = 7;
-  made.text = text;
-  return made;
+  return {.number = number,
+          .wall = std::chrono::seconds(60),
+          .level = 5,
+          .component = "ClockService",
+          .file = "f.cpp",
+          .line = 7,
+          .text = text};
 }
 
 TEST(LogRing, EntriesHaveAllMembers) {
@@ -33,7 +31,6 @@ TEST(LogRing, EntriesHaveAllMembers) {
 TEST(LogRing, NamesTheSystemLog) {
   LogRing ring;
   LogEntry notice = entry(1, "x");
-  notice.component.clear();
   notice.systemLog = true;
   ring.write(notice);
   EXPECT_EQ(ring.entries()[0].at("component"), "syslog");

@@ -104,19 +104,14 @@ TEST(Refusal, IsOneShortLine) {
             "a\\nb\\xFF" + std::string(996, 'x') + "... (1048580 bytes)");
 }
 
-TEST_F(ManagedTelephone, SaysThatAValueIsTooLongForAReply) {
-  ASSERT_EQ(set("ntp-secret", std::string(kMebibyte, 's')).at("ok"), true);
-  const std::string error = errorIn(get("ntp-secret"));
-  EXPECT_EQ(error, "the answer has 1048617 bytes; a reply holds at most 1048571");
-}
-
 TEST_F(ManagedTelephone, AnswersWithTheLongestValueThatAReplyHolds) {
   const std::size_t around = jsonText({{"ok", true}, {"key", "ntp-secret"}, {"value", ""}}).size();
   const std::string longest(kMaxPayload - around, 's');
   ASSERT_EQ(set("ntp-secret", longest).at("ok"), true);
   EXPECT_EQ(get("ntp-secret").at("value"), longest);
   ASSERT_EQ(set("ntp-secret", longest + 's').at("ok"), true);
-  EXPECT_EQ(get("ntp-secret").at("ok"), false);
+  EXPECT_EQ(errorIn(get("ntp-secret")),
+            "the answer has 1048572 bytes; a reply holds at most 1048571");
 }
 
 TEST_F(ManagedTelephone, ListsItsKeysWithLongValuesClipped) {

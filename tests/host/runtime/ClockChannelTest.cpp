@@ -11,8 +11,6 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>
@@ -20,6 +18,7 @@
 #include "clock/VirtualClock.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
+#include "support/OpenDescriptors.h"
 
 namespace host {
 namespace {
@@ -105,10 +104,7 @@ TEST_F(OpenClockChannel, IsServedOrClosedWhenMemoryRunsOutAtItsStart) {
 }
 
 TEST_F(OpenClockChannel, CannotBeOpenedWithoutMemory) {
-  const auto descriptors = [] {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  };
-  const auto before = descriptors();
+  const auto before = support::openDescriptors();
   for (const std::size_t allocations : {0U, 1U}) {
     Descriptor channel;
     int error = 0;
@@ -119,7 +115,7 @@ TEST_F(OpenClockChannel, CannotBeOpenedWithoutMemory) {
     }
     EXPECT_FALSE(channel.valid());
     EXPECT_EQ(error, ENOMEM);
-    EXPECT_EQ(descriptors(), before);
+    EXPECT_EQ(support::openDescriptors(), before);
   }
 }
 

@@ -5,9 +5,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 #include <functional>
-#include <iterator>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -20,6 +18,7 @@
 #include "clock/VirtualClock.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
+#include "support/OpenDescriptors.h"
 #include "support/Part.h"
 
 namespace host {
@@ -94,10 +93,7 @@ TEST_F(IdleEventLoop, KeepsWatchingADescriptorWhoseTaskThrows) {
 
 TEST_F(IdleEventLoop, ClosesADescriptorThatItHasNoMemoryToWatch) {
   const Pipe pipe;
-  const auto descriptors = [] {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-  };
-  const auto before = descriptors();
+  const auto before = support::openDescriptors();
   std::size_t allocations = 0;
   for (bool taken = false; !taken; ++allocations) {
     std::function<void()> task = [] {};
@@ -106,11 +102,11 @@ TEST_F(IdleEventLoop, ClosesADescriptorThatItHasNoMemoryToWatch) {
       loop.onReadable(pipe.reader.get(), milliseconds(1), std::move(task));
       taken = true;
     } catch (const std::bad_alloc&) {
-      EXPECT_EQ(descriptors(), before) << allocations;
+      EXPECT_EQ(support::openDescriptors(), before) << allocations;
     }
   }
   EXPECT_GT(allocations, 1U);
-  EXPECT_EQ(descriptors(), before + 1);
+  EXPECT_EQ(support::openDescriptors(), before + 1);
 }
 
 TEST_F(IdleEventLoop, NoticesAChangeOfTheScheduleWithoutMemory) {

@@ -11,12 +11,12 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <iterator>
 #include <string>
 
 #include "base/Descriptor.h"
 #include "support/Becomes.h"
 #include "support/FileContent.h"
+#include "support/OpenDescriptors.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -56,10 +56,7 @@ TEST_F(PipeWithListener, IsWokenWhileItWaitsInOpen) {
 }
 
 TEST_F(PipeWithListener, IsWokenAgainAndNoDescriptorStaysOpen) {
-  const auto descriptors = [] {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
-  };
-  const auto before = descriptors();
+  const auto before = support::openDescriptors();
   {
     const BegunWaker waker(m_pipe);
     for (int i = 0; i < 3; ++i) {
@@ -67,7 +64,7 @@ TEST_F(PipeWithListener, IsWokenAgainAndNoDescriptorStaysOpen) {
       EXPECT_TRUE(length == 4 || length == 0) << length;
     }
   }
-  EXPECT_EQ(descriptors(), before);
+  EXPECT_EQ(support::openDescriptors(), before);
 }
 
 // The test holds the pipe open, so that the listener gets past open() and waits in read().

@@ -15,12 +15,7 @@ constexpr auto kWindow = 10s;
 constexpr Time kStart{1000s};
 
 LogEntry entryFrom(const std::string& file, int line, std::chrono::seconds wall = 5s) {
-  LogEntry entry;
-  entry.component = "ClockService";
-  entry.file = file;
-  entry.line = line;
-  entry.wall = wall;
-  return entry;
+  return {.wall = wall, .component = "ClockService", .file = file, .line = line, .text = ""};
 }
 
 // How many of `count` equal entries are admitted.

@@ -8,12 +8,11 @@ namespace host {
 namespace {
 
 LogEntry entryOf(int level, const std::string& text) {
-  LogEntry entry;
-  entry.wall = std::chrono::seconds(1466035201);
-  entry.level = level;
-  entry.component = "ClockService";
-  entry.text = text;
-  return entry;
+  return {.wall = std::chrono::seconds(1466035201),
+          .level = level,
+          .component = "ClockService",
+          .file = "",
+          .text = text};
 }
 
 TEST(LogLine, HasTimeLevelComponentAndPrintableText) {

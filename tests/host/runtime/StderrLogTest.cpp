@@ -77,14 +77,12 @@ class StderrLogOnAPipe : public ::testing::Test {
 };
 
 LogEntry entryAt(int line, const std::string& text) {
-  LogEntry entry;
-  entry.wall = std::chrono::seconds(1466035201);
-  entry.level = 4;
-  entry.component = "ClockService";
-  entry.file = "f.cpp";
-  entry.line = line;
-  entry.text = text;
-  return entry;
+  return {.wall = 1466035201s,
+          .level = 4,
+          .component = "ClockService",
+          .file = "f.cpp",
+          .line = line,
+          .text = text};
 }
 
 std::size_t countOf(std::string_view text, std::string_view part) {

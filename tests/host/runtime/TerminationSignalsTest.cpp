@@ -4,24 +4,14 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <csignal>
-#include <fstream>
-#include <string>
-#include <thread>
 
 #include "clock/VirtualClock.h"
 #include "runtime/EventLoop.h"
+#include "support/WaitingCall.h"
 
 namespace host {
 namespace {
-
-bool sleeps(pid_t thread) {
-  std::ifstream facts("/proc/self/task/" + std::to_string(thread) + "/stat");
-  std::string text;
-  std::getline(facts, text);
-  return text.find(") S ") != std::string::npos;
-}
 
 class LoopWithTerminationSignals : public testing::Test {
  protected:
@@ -50,14 +40,9 @@ TEST_F(LoopWithTerminationSignals, EndTheRunBeforeQueuedTasks) {
 }
 
 TEST_F(LoopWithTerminationSignals, WakeASleepingLoop) {
-  std::atomic<bool> runs = false;
-  loop.post([&] { runs = true; });
-  std::thread other([&, thread = ::gettid()] {
-    while (!runs || !sleeps(thread)) std::this_thread::yield();
-    ::kill(::getpid(), SIGTERM);
-  });
-  loop.run();
-  other.join();
+  const support::WaitingCall running([this] { loop.run(); });
+  EXPECT_TRUE(running.waits());
+  ::kill(::getpid(), SIGTERM);
 }
 
 TEST(TerminationSignals, AreReadableOnlyWhileOneIsPending) {

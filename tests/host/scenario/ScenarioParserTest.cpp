@@ -78,6 +78,7 @@ TEST(ScenarioParser, StepsKeepTheirLineNumbers) {
   EXPECT_EQ(scenario.steps[1].line, 6);
 }
 
+// Most expectations are in ScenarioExpectationsTest.cpp.
 TEST(ScenarioParser, EachKindOfStep) {
   for (const char* const line :
        {"call getTime",
@@ -98,24 +99,13 @@ TEST(ScenarioParser, EachKindOfStep) {
         "file /tmp/votk/x \"\"",
         "store DateFormat 2",
         "expect call getTime",
-        "expect call getTime getTimeStringReturn=03:00am",
         "expect call setTime setTimeHours=1 setTimeMinutes=2 setTimeSeconds=3 setTimeReturn=true",
         "expect get simple-date \"\"",
         "expect event timeChangeEvent",
-        "expect event timeChangeEvent timeChangeEventHours=3",
         "expect next event dateChangeEvent dateChangeEventDay=1",
-        "expect no event",
         "expect no event dateChangeEvent",
-        "expect file setupTZ.sh text",
         "expect file /data/x text",
         "expect no file /data/x",
-        "expect tz LOC-1:00",
-        "expect refused set time x",
-        "expect refused call nothing",
-        "expect report date-format 2",
-        "expect no report",
-        "expect state time 4",
-        "expect value last-restart-date x",
         "expect log several words"}) {
     EXPECT_EQ(faultOf(line), "accepted, steps: 1") << line;
   }

@@ -6,73 +6,60 @@
 #include <string>
 #include <vector>
 
+#include "host/services/SecurityLogFile.h"
+#include "host/services/SettingsStore.h"
 #include "host/services/StoreFaults.h"
-#include "services/SecurityLog.h"
-#include "services/SettingsDatabase.h"
-#include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
-
-constexpr const char* kSettings = "ClockSettings";
 
 constexpr int kMany = 2300;  // changes: enough for two checkpoints of either store
 constexpr std::uintmax_t kLongWal = 1000 * 4120;  // bytes: SQLite's own threshold of 1,000 pages
 constexpr std::uintmax_t kOneChange = 30 * 4120;  // at most
 constexpr std::size_t kMostSyncs = 4;             // a set that also checkpoints has three
 
-class SyncedSettings : public ::testing::Test {
- protected:
-  [[nodiscard]] std::uintmax_t walSize() const {
-    return std::filesystem::file_size(folder / "settings.db-wal");
-  }
+std::uintmax_t walSize(const std::filesystem::path& file) {
+  return std::filesystem::file_size(file.string() + "-wal");
+}
 
-  support::TemporaryFolder folder;
-};
-
-TEST_F(SyncedSettings, EachAcceptedSetIsOneSyncUnlessTheWalIsCheckpointed) {
+TEST_F(SettingsStore, EachAcceptedSetIsOneSyncUnlessTheWalIsCheckpointed) {
   SettingsDatabase store(folder.path());
   std::vector<int> others;
   for (int i = 0; i < kMany; ++i) {
     static_cast<void>(takeSyncs());
-    ASSERT_TRUE(store.setItem(kSettings, "DateFormat", std::to_string(i)));
+    ASSERT_TRUE(store.setItem(kSchema, "DateFormat", std::to_string(i)));
     const std::size_t syncs = takeSyncs();
     ASSERT_LE(syncs, kMostSyncs) << "set " << i;
     if (syncs != 1) others.push_back(i);
   }
   // The first set, and for each checkpoint the set that makes the WAL long and the next one.
   EXPECT_LE(others.size(), 5U) << ::testing::PrintToString(others);
-  EXPECT_LT(walSize(), kLongWal + kOneChange);
+  EXPECT_LT(walSize(file()), kLongWal + kOneChange);
 }
 
 // The name of a new file is on the disk once its folder is synced.
-TEST_F(SyncedSettings, FirstSetOfANewFileSyncsTheFolder) {
+TEST_F(SettingsStore, FirstSetOfANewFileSyncsTheFolder) {
   SettingsDatabase store(folder.path());
-  ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
   EXPECT_GE(takeFolderSyncs(), 1U);
 }
 
-TEST_F(SyncedSettings, ReadAndUnchangedValueNeedNoSync) {
+TEST_F(SettingsStore, ReadAndUnchangedValueNeedNoSync) {
   SettingsDatabase store(folder.path());
-  ASSERT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
+  ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
   static_cast<void>(takeSyncs());
-  EXPECT_EQ(store.getItem(kSettings, "DateFormat"), "0");
-  EXPECT_TRUE(store.setItem(kSettings, "DateFormat", "0"));
+  EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "0");
+  EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
   EXPECT_EQ(takeSyncs(), 0U);
 }
 
-class SyncedSecurityLog : public ::testing::Test {
+class SyncedSecurityLog : public SecurityLogFile {
  protected:
   // A different text each time, so that none is counted in the record before.
   void record(SecurityLog& security) {
     security.record(1466035200, 4, 1, 5, 3, false, "text " + std::to_string(++recorded), "", "");
   }
-  [[nodiscard]] std::uintmax_t walSize() const {
-    return std::filesystem::file_size(folder / "security.db-wal");
-  }
 
-  support::TemporaryFolder folder;
   std::int64_t recorded = 0;
 };
 
@@ -94,19 +81,18 @@ TEST_F(SyncedSecurityLog, RecordsAreSyncedWithEachCheckpoint) {
   }
   EXPECT_GE(synced.size(), 2U);
   EXPECT_LE(synced.size(), 5U) << ::testing::PrintToString(synced);
-  EXPECT_LT(walSize(), kLongWal + kOneChange);
+  EXPECT_LT(walSize(file()), kLongWal + kOneChange);
   EXPECT_EQ(security.kept().last, kMany);
 }
 
 TEST_F(SyncedSecurityLog, FailedCheckpointLosesNoRecordAndIsLoggedOnce) {
-  const support::LogCapture log(2);
   {
     SecurityLog security(folder.path());
     record(security);
     {
       const FailingSyncs fault;
       for (int i = 0; i < kMany; ++i) record(security);
-      EXPECT_GT(walSize(), kLongWal + kOneChange);
+      EXPECT_GT(walSize(file()), kLongWal + kOneChange);
     }
     record(security);
     EXPECT_EQ(security.kept().unwritten, 0);
