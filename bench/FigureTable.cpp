@@ -14,6 +14,9 @@ using Kind = Bound::Kind;
 constexpr Bound ratioAtMost(double limit) {
   return {Kind::ratioAtMost, limit};
 }
+constexpr Bound countRatioAtMost(double limit) {
+  return {Kind::ratioAtMost, limit, false};
+}
 constexpr Bound ratioAtLeast(double limit) {
   return {Kind::ratioAtLeast, limit};
 }
@@ -54,6 +57,8 @@ constexpr auto kFigures = std::to_array<Figure>({
     {"idle", "idle host for 2 s, system calls", "", "", exactly(0), 3, measureIdle},
     {"get-time", "getTime() in process", "time, localtime_r, print", "ns", ratioAtMost(1), 11,
      measureGetTime},
+    {"get-time-instructions", "getTime() in process, instructions", "time, localtime_r, print", "",
+     countRatioAtMost(0.75), 3, measureGetTimeInstructions},
     {"message", "message of getTime in process", "getTime()", "us", moreByAtMost(0.6), 11,
      measureMessage},
 });

@@ -19,6 +19,7 @@ namespace bench {
 [[nodiscard]] Found measureMemory();
 [[nodiscard]] Found measureIdle();
 [[nodiscard]] Found measureGetTime();
+[[nodiscard]] Found measureGetTimeInstructions();
 [[nodiscard]] Found measureMessage();
 
 }  // namespace bench

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "Alternate.h"
+#include "Instructions.h"
 #include "Invoker.h"
 #include "InvokerResponse.h"
 #include "Measure.h"
@@ -76,6 +77,14 @@ Found measureGetTime() {
   return alternately(
       kPairs, [&] { return costOfGetTime(telephone); },
       [] { return costOf([] { benchmark::DoNotOptimize(printedTime()); }); });
+}
+
+Found measureGetTimeInstructions() {
+  Telephone telephone;
+  const MachineClock clock;
+  const auto count = [](const auto& call) { return static_cast<double>(instructionsOf(call)); };
+  return {count([&] { benchmark::DoNotOptimize(telephone.service().getTime()); }),
+          count([] { benchmark::DoNotOptimize(printedTime()); })};
 }
 
 Found measureMessage() {
