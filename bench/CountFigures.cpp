@@ -17,6 +17,7 @@ namespace {
 using support::TemporaryFolder;
 
 constexpr std::size_t kCalls = 1000;
+constexpr std::size_t kInFlight = 32;
 constexpr std::size_t kSets = 20;
 constexpr std::chrono::milliseconds kSettling{500};
 constexpr std::chrono::seconds kIdle{2};
@@ -49,14 +50,28 @@ void settle(const HostProgram& host) {
   std::this_thread::sleep_for(kSettling);
 }
 
+// For each `inFlight` calls that are sent together.
 template <class Count>
-Found perCall(const HostProgram& host, Count count) {
+Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
   const Line line(host.socket());
-  const std::string request = callOf("getTime");
-  line.ask(request);
+  std::string requests;
+  for (std::size_t i = 0; i < inFlight; ++i) requests += callOf("getTime");
+  const auto callAll = [&] {
+    line.send(requests);
+    for (std::size_t i = 0; i < inFlight; ++i) static_cast<void>(line.frame());
+  };
+  callAll();
   const std::size_t before = count();
-  for (std::size_t i = 0; i < kCalls; ++i) line.ask(request);
+  for (std::size_t i = 0; i < kCalls; ++i) callAll();
   return {static_cast<double>(count() - before) / static_cast<double>(kCalls), {}};
+}
+
+Found systemCallsPer(std::size_t inFlight) {
+  const TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state");
+  settle(host);
+  const SystemCalls calls(host.process());
+  return perCalls(host, inFlight, [&] { return calls.all(); });
 }
 
 template <class Operation>
@@ -69,11 +84,11 @@ double syncsOf(const SystemCalls& calls, Operation operation) {
 }  // namespace
 
 Found measureCallSystemCalls() {
-  const TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state");
-  settle(host);
-  const SystemCalls calls(host.process());
-  return perCall(host, [&] { return calls.all(); });
+  return systemCallsPer(1);
+}
+
+Found measurePipelineSystemCalls() {
+  return systemCallsPer(kInFlight);
 }
 
 Found measureCallAllocations() {
@@ -81,7 +96,7 @@ Found measureCallAllocations() {
   const HeapCount heap(folder);
   const HostProgram host(folder, folder / "state", {}, heap.environment());
   settle(host);
-  return perCall(host, [&] { return heap.allocations(); });
+  return perCalls(host, 1, [&] { return heap.allocations(); });
 }
 
 // The most of any set; 0 if one was not synced at all.

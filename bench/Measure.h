@@ -11,6 +11,8 @@ namespace bench {
 [[nodiscard]] Found measureSixteenClients();
 [[nodiscard]] Found measureCallSystemCalls();
 [[nodiscard]] Found measureCallAllocations();
+[[nodiscard]] Found measurePipeline();
+[[nodiscard]] Found measurePipelineSystemCalls();
 [[nodiscard]] Found measureSubscribers();
 [[nodiscard]] Found measureSet();
 [[nodiscard]] Found measureSetSyncs();

@@ -1,4 +1,5 @@
 // Calls over the socket: one client's waits, and the rate of sixteen clients.
+#include <chrono>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@ constexpr std::size_t kClients = 16;
 constexpr std::size_t kCallsOfOne = 1000;
 constexpr std::size_t kCallsOfEach = 1000;  // of sixteen clients
 constexpr std::size_t kEchoSize = 100;      // bytes
+constexpr std::size_t kInFlight = 32;       // requests of one client
 
 // A request and the size of its reply, in bytes.
 struct Exchange {
@@ -70,6 +72,20 @@ Found measureWait(double part) {
       1, [&] { return waitOfOne(both.host, part); }, [&] { return waitOfOne(both.echo, part); });
 }
 
+Exchange times(const Exchange& exchange, std::size_t count) {
+  Exchange many{{}, exchange.reply * count};
+  for (std::size_t i = 0; i < count; ++i) many.request += exchange.request;
+  return many;
+}
+
+// Calls a second of one client, `each` in every exchange.
+double callsPerSecond(const Line& line, const Exchange& exchange, std::size_t each) {
+  const double seconds = elapsed<std::chrono::duration<double>>([&] {
+    for (std::size_t i = 0; i < kCallsOfOne; ++i) exchange.once(line);
+  });
+  return static_cast<double>(kCallsOfOne * each) / seconds;
+}
+
 double callsPerSecond(const Served& served) {
   const double seconds = secondsTogether(served.lines.size(), [&](std::size_t client) {
     for (std::size_t i = 0; i < kCallsOfEach; ++i) served.exchange.once(served.lines[client]);
@@ -91,6 +107,18 @@ Found measureSixteenClients() {
   const HostAndEcho both(kClients);
   return alternately(
       1, [&] { return callsPerSecond(both.host); }, [&] { return callsPerSecond(both.echo); });
+}
+
+Found measurePipeline() {
+  const support::TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state");
+  const Line line(host.socket());
+  const std::string getTime = callOf("getTime");
+  const Exchange one{getTime, line.ask(getTime).size()};
+  const Exchange many = times(one, kInFlight);
+  return alternately(
+      1, [&] { return callsPerSecond(line, many, kInFlight); },
+      [&] { return callsPerSecond(line, one, 1); });
 }
 
 }  // namespace bench

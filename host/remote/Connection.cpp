@@ -69,9 +69,7 @@ void Connection::onRead(bool failed, std::size_t bytes) {
   if (m_closed) return;
   if (failed) return onEndOfStream();
   m_reader.commit(bytes);
-  // A client that needed more than a turn queues behind those that wait for theirs.
-  if (std::exchange(m_turnOver, false)) return m_listener.onTurnOver(*this);
-  handle(kFramesAtOnce);
+  handle(m_listener.framesAtOnce(*this));
 }
 
 void Connection::takeTurn() {
@@ -80,12 +78,14 @@ void Connection::takeTurn() {
 
 void Connection::handle(std::size_t frames) {
   guarded([this, frames] {
-    switch (handleFrames(frames)) {
+    m_peer->outbox().hold();
+    const Turn turn = handleFrames(frames);
+    if (!m_peer->outbox().flush()) waitForRoom();
+    switch (turn) {
       case Turn::complete:
         if (m_reader.midFrame()) startTimeout();
         return read();
       case Turn::over:
-        m_turnOver = true;
         m_framesAtTimeoutStart = kNotAwaited;
         return m_listener.onTurnOver(*this);
       case Turn::paused:

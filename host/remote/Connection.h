@@ -33,7 +33,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Handles one frame. Returns a text to drop the client: what it did wrong.
     virtual std::optional<std::string> onFrame(Connection& from, const Frame& frame) = 0;
 
-    // The client sent more frames than fit in a turn: call takeTurn() after the others' turns.
+    // How many frames to handle before the client needs a turn.
+    [[nodiscard]] virtual std::size_t framesAtOnce(const Connection& from) const = 0;
+
+    // The client sent more frames than that: call takeTurn() after the others' turns.
     virtual void onTurnOver(Connection& from) = 0;
 
     // The client has disconnected or sends no more: undo its registrations. Called once.
@@ -117,10 +120,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   bool m_timeoutStarted = false;
   bool m_waitingForRoom = false;
   bool m_waitingForDisconnect = false;
-  bool m_reading = false;   // waiting for the client to send
-  bool m_turnOver = false;  // a turn ended with frames left
-  bool m_paused = false;    // not read until its requests are answered
-  bool m_ending = false;    // the client ended its sending side
+  bool m_reading = false;  // waiting for the client to send
+  bool m_paused = false;   // not read until its requests are answered
+  bool m_ending = false;   // the client ended its sending side
   bool m_closed = false;
 };
 

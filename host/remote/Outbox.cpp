@@ -2,8 +2,6 @@
 
 #include <sys/socket.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <new>
 #include <utility>
@@ -11,7 +9,9 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kUsualFrame = 1024;  // bytes; enough for almost all frames
+// In bytes. Reserved: the usual frame needs no memory, so that it can tell that there is none.
+constexpr std::size_t kReserved = 512;
+constexpr std::size_t kKept = 2 * Outbox::kMostHeld;  // more is freed once it is sent
 
 bool isDisconnect(int error) {
   return error == EPIPE || error == ECONNRESET;
@@ -19,51 +19,45 @@ bool isDisconnect(int error) {
 
 }  // namespace
 
-Outbox::Outbox(int socket, std::function<void()> wake)
-    : m_socket(socket), m_wake(std::move(wake)) {}
-
-bool Outbox::send(const Frame& frame) {
-  if (frame.payload.size() > kMaxPayload) return false;
-  const std::size_t size = kFrameHeaderSize + frame.payload.size();
-  if (size > kUsualFrame) return sendBytes(encodeFrame(frame));
-  // One buffer on the stack is cheaper than two writes or a heap allocation.
-  std::array<char, kUsualFrame> bytes;
-  const auto header = frameHeader(frame.kind, frame.id, frame.payload.size());
-  std::copy(header.begin(), header.end(), bytes.begin());
-  std::copy(frame.payload.begin(), frame.payload.end(), bytes.begin() + kFrameHeaderSize);
-  return sendBytes({bytes.data(), size});
+Outbox::Outbox(int socket, std::function<void()> wake) : m_socket(socket), m_wake(std::move(wake)) {
+  m_queued.reserve(kReserved);
 }
 
-bool Outbox::sendBytes(std::string_view frame) {
+bool Outbox::send(const Frame& frame) try {
+  if (frame.payload.size() > kMaxPayload) return false;
+  const auto header = frameHeader(frame.kind, frame.id, frame.payload.size());
   const MutexLock lock(m_mutex);
   if (m_state != State::open) return false;
-  const bool wasIdle = m_queued.empty();
-  if (wasIdle) frame.remove_prefix(transmit(frame));
-  if (m_state != State::open) return false;
-  if (frame.empty()) return true;
-  if (!queue(frame)) return false;
-  if (wasIdle) m_wake();
-  return true;
-}
-
-bool Outbox::queue(std::string_view frame) try {
-  m_queued.append(frame);
-  if (m_queued.size() <= kMaxQueued) return true;
-  end(State::overflowed);
-  return false;
-} catch (const std::bad_alloc&) {
-  end(ENOMEM);
-  return false;
-}
-
-std::size_t Outbox::transmit(std::string_view bytes) {
-  for (;;) {
-    const ssize_t sent = ::send(m_socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-    if (sent >= 0) return static_cast<std::size_t>(sent);
-    if (errno == EINTR) continue;
-    if (errno != EAGAIN) end(errno);
-    return 0;
+  m_queued.append(header.data(), header.size()).append(frame.payload);
+  const bool waits = m_full || (m_held && m_queued.size() <= kMostHeld);
+  if (!waits) {
+    transmit();
+    if (m_full) m_wake();
   }
+  if (m_queued.size() > kMaxQueued) end(State::overflowed);
+  return m_state == State::open;
+} catch (const std::bad_alloc&) {
+  fail(ENOMEM);
+  return false;
+}
+
+void Outbox::transmit() {
+  ssize_t sent = 0;
+  do {
+    sent = ::send(m_socket, m_queued.data(), m_queued.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+  } while (sent < 0 && errno == EINTR);
+  if (sent < 0 && errno != EAGAIN) return end(errno);
+  if (sent > 0) m_queued.erase(0, static_cast<std::size_t>(sent));
+  m_full = !m_queued.empty();
+  if (!m_full && m_queued.capacity() > kKept) shrink();
+}
+
+void Outbox::shrink() try {
+  std::string reserved;
+  reserved.reserve(kReserved);
+  m_queued.swap(reserved);
+} catch (const std::bad_alloc&) {
+  // Keeps the large one until there is memory.
 }
 
 void Outbox::fail(int error) {
@@ -87,16 +81,21 @@ void Outbox::wakeLoop() {
   if (m_state != State::closed) m_wake();
 }
 
+void Outbox::hold() {
+  const MutexLock lock(m_mutex);
+  m_held = true;
+}
+
 bool Outbox::flush() {
   const MutexLock lock(m_mutex);
-  if (m_state != State::open || m_queued.empty()) return true;
-  const std::size_t sent = transmit(m_queued);
-  m_queued.erase(0, sent);
+  m_held = false;
+  if (m_state == State::open && !m_queued.empty()) transmit();
   return m_queued.empty();
 }
 
 void Outbox::close() {
   const MutexLock lock(m_mutex);
+  if (m_state == State::open && m_held && !m_queued.empty()) transmit();
   m_state = State::closed;
   std::string().swap(m_queued);
   m_wake = nullptr;

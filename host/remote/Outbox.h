@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <functional>
 #include <string>
-#include <string_view>
 
 #include "base/Mutex.h"
 #include "remote/Frame.h"
@@ -12,13 +11,16 @@ namespace host {
 
 // The sending side of one client's socket: writes to the socket while it accepts everything, then
 // queues. Frames keep the order of the send() calls. Never blocks, never logs.
-// Owner: the client's Peer. Thread: send, fail and wakeLoop any; flush and close the loop's.
+// Owner: the client's Peer. Thread: send, fail and wakeLoop any; hold, flush and close the loop's.
 // Failure: ends when the client disconnects (broken), leaves more than kMaxQueued bytes unread
 // (overflowed), or sending fails or memory is short (failed); state() says which, and every later
 // send is refused.
 class Outbox {
  public:
   static constexpr std::size_t kMaxQueued = 1024 * 1024;
+
+  // Bytes that hold() keeps back at most: a turn's usual answers.
+  static constexpr std::size_t kMostHeld = 8192;
 
   enum class State { open, overflowed, broken, failed, closed };
 
@@ -36,10 +38,13 @@ class Outbox {
   // Calls `wake`.
   void wakeLoop();
 
+  // From now on frames wait for flush() or close(), so that many need only one system call.
+  void hold();
+
   // Sends queued bytes while the socket accepts them. False when some are left.
   bool flush();
 
-  // The socket is not used from here on.
+  // Sends held frames. The socket is not used from here on.
   void close();
 
   [[nodiscard]] State state() const;
@@ -48,9 +53,8 @@ class Outbox {
   [[nodiscard]] std::size_t queued() const;  // bytes
 
  private:
-  bool sendBytes(std::string_view frame);
-  bool queue(std::string_view frame) CLOCK_REQUIRES(m_mutex);
-  std::size_t transmit(std::string_view bytes) CLOCK_REQUIRES(m_mutex);
+  void transmit() CLOCK_REQUIRES(m_mutex);
+  void shrink() CLOCK_REQUIRES(m_mutex);
   void end(int error) CLOCK_REQUIRES(m_mutex);
   void end(State state) CLOCK_REQUIRES(m_mutex);
 
@@ -59,8 +63,9 @@ class Outbox {
   std::function<void()> m_wake CLOCK_GUARDED_BY(m_mutex);
   State m_state CLOCK_GUARDED_BY(m_mutex) = State::open;
   int m_error CLOCK_GUARDED_BY(m_mutex) = 0;
-  std::string m_queued
-      CLOCK_GUARDED_BY(m_mutex);  // not empty: the loop waits until the socket can be written
+  std::string m_queued CLOCK_GUARDED_BY(m_mutex);
+  bool m_held CLOCK_GUARDED_BY(m_mutex) = false;
+  bool m_full CLOCK_GUARDED_BY(m_mutex) = false;  // the loop waits until the socket has room
 };
 
 }  // namespace host

@@ -58,6 +58,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   Proxy* proxyFor(const std::string& address);
 
   std::optional<std::string> onFrame(Connection& from, const Frame& frame) override;
+  std::size_t framesAtOnce(const Connection& from) const override;
   void onTurnOver(Connection& from) override;
   void onDisconnect(Connection& from) override { m_peers.disconnected(from.peer()); }
   void onClosed(Connection& from) override { m_clients.erase(from.number()); }
@@ -95,6 +96,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   Listening m_controls;
   std::optional<RemoteTarget> m_target;
   std::uint64_t m_lastNumber = 0;
+  std::uint64_t m_lastInTurn = 0;  // the number of a client
   std::map<std::uint64_t, Client> m_clients;
 };
 
@@ -184,9 +186,18 @@ std::optional<std::string> RemoteServer::Impl::setCodec(Connection& from, std::s
   return std::nullopt;
 }
 
+// The client that had the last turn has the next one at once, unless others wait for theirs.
+std::size_t RemoteServer::Impl::framesAtOnce(const Connection& from) const {
+  if (from.number() != m_lastInTurn) return kFramesAtOnce;
+  return m_turns.idle() ? kFramesInTurn : 0;
+}
+
 void RemoteServer::Impl::onTurnOver(Connection& from) {
-  m_turns.add([weak = from.weak_from_this()] {
-    if (const auto connection = weak.lock()) connection->takeTurn();
+  m_turns.add([this, weak = from.weak_from_this()] {
+    const auto connection = weak.lock();
+    if (!connection) return;
+    m_lastInTurn = connection->number();
+    connection->takeTurn();
   });
 }
 

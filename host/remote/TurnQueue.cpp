@@ -26,6 +26,10 @@ void TurnQueue::add(std::function<void()> step) {
   postNext(m_state);
 }
 
+bool TurnQueue::idle() const {
+  return m_state->waiting.empty();
+}
+
 void TurnQueue::postNext(const std::shared_ptr<State>& state) {
   if (state->posted || state->waiting.empty()) return;
   asio::post(state->loop, WaitHandler{state->waitMemory, [weak = std::weak_ptr(state)] {

@@ -22,6 +22,7 @@ class TurnQueue {
   TurnQueue& operator=(const TurnQueue&) = delete;
 
   void add(std::function<void()> step);  // throws std::bad_alloc: the step is not queued
+  [[nodiscard]] bool idle() const;       // no step waits
 
  private:
   struct State;

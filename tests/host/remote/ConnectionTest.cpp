@@ -12,6 +12,7 @@ namespace {
 class CountingListener final : public Connection::Listener {
  public:
   std::optional<std::string> onFrame(Connection&, const Frame&) override { return std::nullopt; }
+  std::size_t framesAtOnce(const Connection&) const override { return 1; }
   void onTurnOver(Connection&) override {}
   void onDisconnect(Connection&) override { ++disconnects; }
   void onClosed(Connection&) override { ++closes; }
