@@ -1,7 +1,6 @@
 // The default behaviour of the platform's base classes.
 #include <gtest/gtest.h>
 
-#include <string>
 #include <type_traits>
 
 #include "Executable.h"
@@ -9,7 +8,6 @@
 #include "InvokerResponse.h"
 #include "Proxy.h"
 #include "Service.h"
-#include "physicalEventObserver.h"
 
 namespace {
 
@@ -32,31 +30,6 @@ TEST(Service, IgnoresExpiriesAndIsAThreadWithoutAPriority) {
   service.timerEvent(1);
   EXPECT_EQ(service.getThreadPriorityForPlatform(), 0);
   EXPECT_EQ(service.type(), "Threadable");
-}
-
-class PlainObserver final : public physicalEventObserver {
- public:
-  void hookswitchEvent(PhysDefs::actionType /*action*/) override {}
-  void jackEvent(PhysDefs::plugIdentifier /*plug*/, PhysDefs::plugStatus /*status*/) override {}
-  void getSubscribingService() override {}
-};
-
-TEST(PhysicalEventObserver, IgnoresEventsByDefault) {
-  PlainObserver plain;
-  physicalEventObserver& observer = plain;
-  observer.buttonPressedEvent(PhysDefs::keyNone, 1, PhysDefs::actionPressed, "label");
-  observer.hotplugEvent(PhysDefs::hotplugAdded, PhysDefs::hotplugBusUnknown,
-                        PhysDefs::hotplugClassUnknown, "device", "details");
-  observer.lampEvent(1, PhysDefs::lampOn, PhysDefs::lampColourDefault);
-  observer.sliderEvent(1);
-  observer.clickwheelEvent(1);
-  observer.physicalInactivityTimerExpired(1);
-  observer.fpkAvailableEvent();
-  observer.shiftChangeEvent(true);
-  observer.activityDetected();
-  std::string name = "old";
-  observer.getDestinationChannelName(name);
-  EXPECT_EQ(name, "") << "direct calls";
 }
 
 }  // namespace

@@ -6,10 +6,10 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "MgmtAgentIfc.h"
 #include "clock/VirtualClock.h"
 #include "framework/FailedLookups.h"
 #include "host/operator/NotingChannel.h"
+#include "host/services/RecordingAgent.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioDevice.h"
@@ -111,22 +111,6 @@ TEST_F(ControlledTelephone, SkipsRequestsOfGoneClients) {
   EXPECT_FALSE(telephone.device().management().value("k"));
 }
 
-// Records the order in which an agent is notified of a change and the client is answered.
-struct NotifiedAndAnswered : NotingChannel, MgmtAgentIfc {
-  bool reply(std::string_view /*json*/) override {
-    order.emplace_back("answered");
-    return true;
-  }
-  bool setData(ManageableData& /*record*/) override { return false; }
-  bool getData(ManageableData& /*record*/) override { return false; }
-  void manageableDataChanged(ManageableData& /*record*/) override {
-    order.emplace_back("notified");
-  }
-  bool resetUserData() override { return false; }
-
-  std::vector<std::string> order;
-};
-
 TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
   Device& device = telephone.device();
   Controller controller(device, {});
@@ -137,16 +121,19 @@ TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
       {"any", R"({"verb":"inject","what":"value","key":"any","value":"x"})"},
   };
   for (const auto& [key, request] : injects) {
-    const auto client = std::make_shared<NotifiedAndAnswered>();
+    const auto client = std::make_shared<NotingChannel>();
+    RecordingAgent observer;
+    observer.onChange = [&](ManageableData&) { EXPECT_TRUE(client->replies.empty()); };
     device.managementThread().run(
-        [&, name = key] { device.management().observeData(name, client.get()); });
+        [&, name = key] { device.management().observeData(name, &observer); });
     std::promise<void> gate;
     device.managementThread().post([opened = gate.get_future().share()] { opened.wait(); });
     controller.handle({request, client});
-    EXPECT_TRUE(client->order.empty()) << "answered too early";
+    EXPECT_TRUE(client->replies.empty()) << "answered too early";
     gate.set_value();
     for (int i = 0; i < 3; ++i) device.managementThread().run([] {});
-    EXPECT_EQ(client->order, (std::vector<std::string>{"notified", "answered"})) << key;
+    EXPECT_EQ(observer.notes.size(), 1U) << key;
+    EXPECT_EQ(client->replies.size(), 1U) << key;
     device.managementThread().run([&] { device.management().dropAgents(); });
   }
 }

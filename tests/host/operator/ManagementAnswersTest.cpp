@@ -7,11 +7,10 @@
 #include <stdexcept>
 
 #include "Logging.h"
-#include "ManageableData.h"
-#include "MgmtAgentIfc.h"
 #include "base/PrintableText.h"
 #include "clock/VirtualClock.h"
 #include "host/operator/NotingChannel.h"
+#include "host/services/RecordingAgent.h"
 #include "operator/HostActions.h"
 #include "remote/Frame.h"
 #include "runtime/Device.h"
@@ -28,24 +27,6 @@ namespace {
 constexpr std::size_t kMebibyte = std::size_t{1024} * 1024;
 constexpr std::size_t kLongestError = 1200;  // bytes: a few lines of a terminal
 
-// A clock whose every key has the value that the test wants.
-class PlayedClock final : public MgmtAgentIfc {
- public:
-  bool setData(ManageableData& record) override {
-    return record.interogate(record.getRootId(), value);
-  }
-  bool getData(ManageableData& record) override {
-    if (throws) throw std::runtime_error("a clock that fails");
-    record.populate(record.getRootId(), value);
-    return true;
-  }
-  void manageableDataChanged(ManageableData& /*record*/) override {}
-  bool resetUserData() override { return false; }
-
-  std::string value;
-  bool throws = false;
-};
-
 // A telephone with the built plug-in, powered on.
 class ManagedTelephone : public ::testing::Test {
  protected:
@@ -54,13 +35,12 @@ class ManagedTelephone : public ::testing::Test {
   }
   Json get(const std::string& key) { return telephone.request({{"verb", "get"}, {"key", key}}); }
 
-  // Lets the test answer instead of the clock.
-  void playTheClock(const std::string& value) {
-    played.value = value;
+  // Lets the agent answer instead of the clock.
+  void playTheClock() {
     ASSERT_TRUE(telephone.device().management().registerAgent("ClockMgmtId", &played));
   }
 
-  PlayedClock played;
+  RecordingAgent played;
   Plugin plugin{CLOCK_PLUGIN};
   ScenarioDevice telephone{plugin, {}};
 };
@@ -192,8 +172,8 @@ TEST_F(ManagedTelephone, SaysThatNoClockAnswers) {
 }
 
 TEST_F(ManagedTelephone, PointsToTheLogWhenTheClockFails) {
-  playTheClock("");
-  played.throws = true;
+  playTheClock();
+  played.answer = []() -> bool { throw std::runtime_error("a clock that fails"); };
   EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; see `clockctl log`");
 }
 
@@ -224,7 +204,8 @@ TEST(ManagedTelephoneWhoseStoreFails, DistinguishesStoreFailuresFromWrongValues)
 }
 
 TEST_F(ManagedTelephone, ReplacesInvalidUtf8) {
-  playTheClock("a\xff\xc3z");
+  playTheClock();
+  played.valueOf = [](const std::string& /*key*/) { return "a\xff\xc3z"; };
   EXPECT_EQ(get("time").at("value"), "a\xEF\xBF\xBD\xEF\xBF\xBDz");
   const Json keys = telephone.request({{"verb", "keys"}}).at("keys");
   ASSERT_EQ(keys.size(), 16U);

@@ -19,7 +19,7 @@ class RecordingAgent final : public MgmtAgentIfc {
   }
   bool getData(ManageableData& record) override {
     const bool found = answer();
-    if (found) record.populate(record.getRootId(), "value of " + record.getRootId());
+    if (found) record.populate(record.getRootId(), valueOf(record.getRootId()));
     return found;
   }
   void manageableDataChanged(ManageableData& record) override {
@@ -34,6 +34,9 @@ class RecordingAgent final : public MgmtAgentIfc {
 
   std::vector<std::string> notes;
   std::function<bool()> answer = [] { return true; };
+  std::function<std::string(const std::string& key)> valueOf = [](const std::string& key) {
+    return "value of " + key;
+  };
   std::function<void(ManageableData&)> onChange;
 
  private:
