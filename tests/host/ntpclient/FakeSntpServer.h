@@ -1,12 +1,12 @@
 #pragma once
 
-#include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <asio/io_context.hpp>
+#include <asio/ip/udp.hpp>
 #include <chrono>
 #include <string>
 
-#include "base/Descriptor.h"
 #include "host/ntpclient/SntpAnswer.h"
 
 namespace host::ntp {
@@ -24,20 +24,18 @@ class FakeSntpServer {
   [[nodiscard]] Bytes receive();
 
   // To the last client; from the server's port, or from another port of its address.
-  void answer(const Bytes& packet) const;
-  void answerFromElsewhere(const Bytes& packet) const;
+  void answer(const Bytes& packet);
+  void answerFromElsewhere(const Bytes& packet);
 
   // Answers the next request with a good packet.
   void serve(std::uint32_t time) { answer(answerTo(nonceOf(receive()), time)); }
 
  private:
-  void send(int socket, const Bytes& packet) const;
-
-  Descriptor m_socket;
-  Descriptor m_other;
+  asio::io_context m_loop;
+  asio::ip::udp::socket m_socket;
+  asio::ip::udp::socket m_other;
   std::string m_port;
-  sockaddr_storage m_client{};
-  socklen_t m_clientSize = 0;
+  asio::ip::udp::endpoint m_client;
 };
 
 }  // namespace host::ntp
