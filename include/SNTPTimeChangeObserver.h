@@ -53,5 +53,6 @@ class SNTPClientThread final : public Threadable {
   SNTPTimeChangeObserver* observer CLOCK_GUARDED_BY(reportLock);
   Threader threader;
   unsigned long threadId = 0;
-  Semaphore reportLock{1, 1};  // held while the observer is called
+  // Held while the observer handles a report and stores the time: releaseObserver waits for that.
+  Semaphore reportLock{1, 1};
 };
