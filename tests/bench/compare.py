@@ -28,8 +28,8 @@ ROWS = [
     (TIME, STEADY, STEADY, "same"),
     (TIME, [x + 10 for x in BUSY], BUSY, "same"),  # within noise
     (TIME, [110] * 8, STEADY[1:] + [150], "slower"),  # one run was disturbed
-    (TIME, [102.9] * 8, [100] * 8, "same"),  # too little to matter
-    (TIME, [103.1] * 8, [100] * 8, "slower"),
+    (TIME, [105.9] * 8, [100] * 8, "same"),  # too little to matter
+    (TIME, [106.1] * 8, [100] * 8, "slower"),
     (COUNT, [4] * 8, [3] * 8, "more"),
     (COUNT, [3] * 8, [4] * 8, "less"),
     (COUNT, [1001] * 8, [1000] * 8, "more"),  # a count has no change that is too little
