@@ -43,7 +43,7 @@ const std::string kUpgrade =
     ") SELECT number, failure, 0, 1, time, time, facility, severity, event_class, event_code, text,"
     " subject, origin FROM record_1; DROP TABLE record_1";
 
-const std::string kProbe = "SELECT " + kColumns + " FROM record LIMIT 0";
+const std::string kProbe = "SELECT " + kColumns + " FROM record";
 
 const SqliteStore kStore = {SecurityLog::kVersion, kSchema, kUpgrade.c_str(), kProbe.c_str(),
                             "NORMAL"};

@@ -8,8 +8,7 @@ constexpr SqliteStore kSettingsStore = {
     "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
     " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID",
     nullptr,
-    "SELECT schema, key, value FROM settings LIMIT 0;"
-    "EXPLAIN INSERT INTO settings VALUES('', '', '') ON CONFLICT(schema, key) DO NOTHING",
+    "INSERT INTO settings VALUES('', '', '') ON CONFLICT(schema, key) DO UPDATE SET value = ''",
     "FULL"};
 
 }  // namespace

@@ -191,7 +191,8 @@ void SqliteDatabase::connect(const std::string& file) {
 // Writes nothing until the version has shown that the file is one of this store.
 void SqliteDatabase::configure(const SqliteStore& store) {
   execute("PRAGMA locking_mode=EXCLUSIVE");
-  const std::string integrity = first("PRAGMA integrity_check(1)");
+  // Without "main." SQLite would open a temporary database, to check that too.
+  const std::string integrity = first("PRAGMA main.integrity_check(1)");
   if (integrity != "ok") throw Damaged{integrity};
   const int version = versionFound(store);
   execute("PRAGMA journal_mode=WAL");
@@ -205,9 +206,14 @@ void SqliteDatabase::configure(const SqliteStore& store) {
     execute("BEGIN IMMEDIATE;" + std::string(version == 0 ? store.schema : store.upgrade) +
             ";PRAGMA user_version=" + std::to_string(store.version) + ";COMMIT");
   }
-  if (sqlite3_exec(handle(), store.probe, nullptr, nullptr, nullptr) != SQLITE_OK) {
-    throw Damaged{sqlite3_errmsg(handle())};
-  }
+  probe(store.probe);
+}
+
+void SqliteDatabase::probe(const char* sql) {
+  sqlite3_stmt* statement = nullptr;
+  const int code = sqlite3_prepare_v2(handle(), sql, -1, &statement, nullptr);
+  sqlite3_finalize(statement);
+  if (code != SQLITE_OK) throw Damaged{sqlite3_errmsg(handle())};
 }
 
 // 0 for a new database.

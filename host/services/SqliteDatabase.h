@@ -15,7 +15,7 @@ struct SqliteStore {
   int version;              // on disk: pragma user_version
   const char* schema;       // SQL that creates the tables in an empty database
   const char* upgrade;      // SQL that converts the previous version's tables; null for version 1
-  const char* probe;        // a query that fails on a database without that schema
+  const char* probe;        // a statement that only that schema can prepare; it is not run
   const char* synchronous;  // FULL: each transaction is synced. NORMAL: only checkpoints are
 };
 
@@ -52,6 +52,7 @@ class SqliteDatabase {
   void connect(const std::string& file);
   void configure(const SqliteStore& store);
   int versionFound(const SqliteStore& store);
+  void probe(const char* sql);
   void setAside(const std::string& reason);
   void execute(const std::string& sql);
   std::string first(const std::string& query);
