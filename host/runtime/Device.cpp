@@ -88,7 +88,6 @@ void Device::start(FrameworkContext& remote) {
   resetZone();
   if (!m_options.state.empty()) setStorageFolder(m_options.state);
   m_pipe = std::make_unique<ReportPipe>();
-  m_waker = std::make_unique<ListenerWaker>(m_pipe->heldPath());
   presetSavedTime();
   m_remote = std::make_unique<RemoteSetRecorder>(remote, *m_securityLog);
   m_invoker.reset(m_plugin.createInvoker());
@@ -115,9 +114,9 @@ void Device::stop() {
     // On the management thread, so that no call into the service is in progress afterwards.
     m_managementThread.run([this] { m_management.dropAgents(); });
     m_physical.dropSubscribers();
-    m_waker->begin();  // the service's destructor waits for its listener
+    // The service's destructor waits for its listener.
+    const ListenerWaker waker(m_pipe->heldPath(), m_managementThread);
     m_service.reset();
-    m_waker.reset();
   }
   m_invoker.reset();
 }

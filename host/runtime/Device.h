@@ -17,7 +17,6 @@ class Proxy;
 
 namespace host {
 
-class ListenerWaker;
 class Plugin;
 class RemoteSetRecorder;
 class ReportPipe;
@@ -99,7 +98,6 @@ class Device {
   ManagementThread m_managementThread;
   HostContext m_context;
   std::unique_ptr<ReportPipe> m_pipe;
-  std::unique_ptr<ListenerWaker> m_waker;
   std::unique_ptr<RemoteSetRecorder> m_remote;
   std::unique_ptr<Invoker> m_invoker;
   std::unique_ptr<Service> m_service;

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "base/Descriptor.h"
-#include "base/StartThread.h"
+#include "services/ManagementThread.h"
 
 namespace host {
 namespace {
@@ -29,33 +29,22 @@ void wake(const std::string& path) {
 
 }  // namespace
 
-ListenerWaker::ListenerWaker(std::string pipePath)
-    : m_path(std::move(pipePath)),
-      m_thread(startThread("waker of the report listener", [this] { wakeUntilDestroyed(); })) {}
-
-ListenerWaker::~ListenerWaker() {
-  {
-    const MutexLock lock(m_mutex);
-    m_ending = true;
-  }
-  m_changed.notify_all();
-  m_thread.join();
+ListenerWaker::ListenerWaker(std::string pipePath, ManagementThread& thread)
+    : m_path(std::move(pipePath)) {
+  thread.post([this] { wakeUntilDestroyed(); });
 }
 
-void ListenerWaker::begin() {
-  {
-    const MutexLock lock(m_mutex);
-    m_begun = true;
-  }
+ListenerWaker::~ListenerWaker() {
+  MutexLock lock(m_mutex);
+  m_ending = true;
   m_changed.notify_all();
+  m_changed.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_ended; });
 }
 
 // If the listener closes the pipe between our open and our write, the write raises SIGPIPE.
-// startThread blocks signals in this thread, so the process survives.
+// startThread blocks signals in the management thread, so the process survives.
 void ListenerWaker::wakeUntilDestroyed() {
   MutexLock lock(m_mutex);
-  m_changed.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_begun || m_ending; });
-  if (!m_begun) return;
   do {
     lock.unlock();
     wake(m_path);
@@ -63,6 +52,8 @@ void ListenerWaker::wakeUntilDestroyed() {
     m_changed.wait_for(lock.native(), kBetweenWakes,
                        [this]() CLOCK_REQUIRES(m_mutex) { return m_ending; });
   } while (!m_ending);
+  m_ended = true;
+  m_changed.notify_all();
 }
 
 }  // namespace host
