@@ -11,7 +11,6 @@
 #include "DataStorage.h"
 #include "Logging.h"
 #include "apps/HostOptions.h"
-#include "base/DefaultPaths.h"
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
 #include "framework/ApplicationLog.h"
@@ -72,7 +71,7 @@ void prepareProcess(const HostOptions& options) {
   if (options.systemClock) keepOnlyClockPrivilege(options.socketGroup);
   ApplicationLog::instance().setLevel(options.logLevel);
   setDeviceRoot(std::filesystem::absolute(options.deviceRoot));
-  ProgramMap::instance().setStandInFolder(defaultPaths().standIns);
+  ProgramMap::instance().setStandInFolder(options.standIns);
   if (options.systemClock) ProgramMap::instance().allowDevicePrograms();
   for (const auto& [device, path] : options.programs) {
     ProgramMap::instance().set(device, std::filesystem::absolute(path));

@@ -181,6 +181,7 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
                                            const DefaultPaths& defaults, std::ostream& out) {
   HostOptions options;
   options.plugin = defaults.plugin;
+  options.standIns = defaults.standIns;
   options.socket = defaults.socket;
   options.device.state = defaults.state;
   RawOptions raw;

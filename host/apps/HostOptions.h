@@ -19,6 +19,7 @@ struct DefaultPaths;
 // The command line of clockhost.
 struct HostOptions {
   std::filesystem::path plugin;
+  std::filesystem::path standIns;  // folder of stand-ins for the device's programs
   std::filesystem::path socket;
   std::filesystem::path controlSocket;
   std::optional<gid_t> socketGroup;  // may connect to `socket`, as its owner may
