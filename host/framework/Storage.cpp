@@ -24,7 +24,7 @@ using host::Descriptor;
 constexpr mode_t kFileMode = 0644;
 
 // The host stores scripts of a few lines. A larger file is not ours and is not read into memory.
-constexpr off_t kLargest = 64 * 1024;  // bytes
+constexpr std::size_t kLargest = std::size_t{64} * 1024;  // bytes
 
 bool writeAll(int descriptor, const std::string& content) {
   std::size_t written = 0;
@@ -49,15 +49,15 @@ void syncFolder(const std::string& path) {
   if (folder.valid()) fsync(folder.get());
 }
 
-// Empty, with errno: the file is missing, unreadable, too large, or not a regular file.
-std::optional<std::string> contentOf(const std::string& path) {
+// Empty, with errno: the file is missing, unreadable, not a regular file, or has more bytes.
+std::optional<std::string> contentOf(const std::string& path, std::size_t most) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
   struct stat status {};
   if (!file.valid() || fstat(file.get(), &status) != 0) return std::nullopt;
   // Not by the size, which may change before the read. Memory that is not written to costs nothing.
-  const auto content = std::make_unique_for_overwrite<char[]>(kLargest + 1);
-  const ssize_t length = read(file.get(), content.get(), kLargest + 1);
-  if (!S_ISREG(status.st_mode) || length > kLargest) {
+  const auto content = std::make_unique_for_overwrite<char[]>(most + 1);
+  const ssize_t length = read(file.get(), content.get(), most + 1);
+  if (!S_ISREG(status.st_mode) || length > static_cast<ssize_t>(most)) {
     errno = S_ISREG(status.st_mode) ? EFBIG : EINVAL;
     return std::nullopt;
   }
@@ -99,7 +99,7 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
   host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);
-  const auto present = contentOf(path);
+  const auto present = contentOf(path, content.size());
   if (present == content) return true;  // spares the flash memory: each start stores the same
   if (!present && errno != ENOENT && errno != EFBIG) logFailure("read", name, std::strerror(errno));
   if (isFolder(next)) {
@@ -124,7 +124,7 @@ struct Storage::Impl {
 
   // Reads the current content, to append to it.
   bool readContent() {
-    content = contentOf(folder + "/" + name);
+    content = contentOf(folder + "/" + name, kLargest);
     if (!content && errno == ENOENT) content = "";
     if (!content) logFailure("read", name, std::strerror(errno));
     return content.has_value();
