@@ -207,6 +207,7 @@ void SqliteDatabase::configure(const SqliteStore& store) {
             ";PRAGMA user_version=" + std::to_string(store.version) + ";COMMIT");
   }
   probe(store.probe);
+  sqlite3_db_release_memory(handle());  // the check has read all pages
 }
 
 void SqliteDatabase::probe(const char* sql) {
