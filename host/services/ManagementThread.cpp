@@ -18,7 +18,7 @@ ManagementThread::~ManagementThread() {
     const MutexLock lock(m_mutex);
     m_ending = true;
   }
-  m_wake.notify_one();
+  m_wakeups.add();
   m_thread.join();
 }
 
@@ -27,7 +27,7 @@ void ManagementThread::post(std::function<void()> task) {
     const MutexLock lock(m_mutex);
     m_tasks.push_back(std::move(task));
   }
-  m_wake.notify_one();
+  m_wakeups.add();
 }
 
 void ManagementThread::dropQueued() {
@@ -53,21 +53,24 @@ void ManagementThread::run(const std::function<void()>& task) {
 }
 
 void ManagementThread::work() {
-  MutexLock lock(m_mutex);
-  while (waitForTask(lock)) {
-    const Task task = std::move(m_tasks.front());
-    m_tasks.pop_front();
-    lock.unlock();
-    runLogged(task);
-    lock.lock();
-  }
+  for (Task task; takeTask(task); task = nullptr) runLogged(task);
 }
 
 // False: the queue is empty and the thread must end.
-bool ManagementThread::waitForTask(MutexLock& lock) {
-  m_wake.wait(lock.native(),
-              [this]() CLOCK_REQUIRES(m_mutex) { return m_ending || !m_tasks.empty(); });
-  return !m_tasks.empty();
+bool ManagementThread::takeTask(Task& task) {
+  for (;;) {
+    m_wakeups.await();
+    const MutexLock lock(m_mutex);
+    if (m_tasks.empty() && m_ending) return false;
+    if (m_tasks.empty()) continue;  // dropQueued took it
+    task = std::move(m_tasks.front());
+    m_tasks.pop_front();
+    return true;
+  }
+}
+
+void ManagementThread::Wakeups::await() {
+  while (::sem_wait(&m_count) != 0) continue;  // interrupted by a signal
 }
 
 void ManagementThread::runLogged(const std::function<void()>& task) {

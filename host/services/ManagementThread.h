@@ -1,6 +1,7 @@
 #pragma once
 
-#include <condition_variable>
+#include <semaphore.h>
+
 #include <deque>
 #include <functional>
 #include <thread>
@@ -33,12 +34,27 @@ class ManagementThread {
  private:
   using Task = std::function<void()>;
 
+  // Counts wakeups. Cheaper than std::condition_variable, which takes its mutex back as a contended
+  // one, so that each task would cost a futile system call.
+  class Wakeups {
+   public:
+    Wakeups() { ::sem_init(&m_count, 0, 0); }
+    ~Wakeups() { ::sem_destroy(&m_count); }
+    Wakeups(const Wakeups&) = delete;
+    Wakeups& operator=(const Wakeups&) = delete;
+    void add() { ::sem_post(&m_count); }
+    void await();
+
+   private:
+    sem_t m_count{};
+  };
+
   void work();
-  bool waitForTask(MutexLock& lock) CLOCK_REQUIRES(m_mutex);
+  bool takeTask(Task& task);
   static void runLogged(const std::function<void()>& task);
 
   Mutex m_mutex;
-  std::condition_variable m_wake;
+  Wakeups m_wakeups;  // one for each posted task, and one for the end
   std::deque<Task> m_tasks CLOCK_GUARDED_BY(m_mutex);
   bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
   std::thread m_thread;  // last: it uses all of the above
