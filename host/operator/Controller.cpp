@@ -40,6 +40,14 @@ class WaitingChannel : public ControlChannel {
   std::optional<std::string> m_reply CLOCK_GUARDED_BY(m_mutex);
 };
 
+// Answers an exception as a refusal.
+template <typename Step>
+void guarded(const Channel& channel, Step step) try {
+  step();
+} catch (const std::exception& error) {
+  answerRefusal(channel, error.what());
+}
+
 }  // namespace
 
 Controller::Controller(Device& device, HostFacts facts)
@@ -58,16 +66,12 @@ Controller::~Controller() {
 }
 
 void Controller::handle(ControlRequest request) {
-  try {
-    carryOut(*this, readRequest(request.text), request.channel);
-  } catch (const std::exception& error) {
-    answerRefusal(request.channel, error.what());
-  }
+  guarded(request.channel, [&] { carryOut(*this, readRequest(request.text), request.channel); });
 }
 
 Json Controller::perform(const Json& request) {
   const auto channel = std::make_shared<WaitingChannel>();
-  handle({jsonText(request), channel});
+  guarded(channel, [&] { carryOut(*this, request, channel); });
   return Json::parse(channel->wait());
 }
 

@@ -84,14 +84,14 @@ std::string tooLong(std::size_t size) {
 
 void carryOut(Controller& controller, const Json& request, const Channel& channel) {
   const std::string name = textMember(request, "verb");
-  const Verb* const verb = findVerb(name);
-  const bool hasActions = verb != nullptr && !verb->actions.empty();
-  const std::string action = hasActions ? textMember(request, verb->actionMember) : "";
+  const HostActionRow* const first = rowNamed(kHostActions, name);
+  if (first == nullptr) {
+    throw Error("unknown verb " + quotedText(name) + suggestion(name, namesOf(kHostActions)));
+  }
+  if (first->action.empty()) return first->carryOut(controller, request, channel);
+  const std::string action = textMember(request, findVerb(name)->actionMember);
   for (const HostActionRow& row : kHostActions) {
     if (row.name == name && row.action == action) return row.carryOut(controller, request, channel);
-  }
-  if (!hasActions) {
-    throw Error("unknown verb " + quotedText(name) + suggestion(name, namesOf(kHostActions)));
   }
   throw Error(name == "inject" ? quotedText(action) + " cannot be injected"
                                : "the " + name + " has no action " + quotedText(action));
@@ -116,7 +116,7 @@ void answer(const Channel& channel, const Json& reply) {
 }
 
 void answerDone(const Channel& channel) {
-  answer(channel, {{"ok", true}});
+  static_cast<void>(channel->reply(R"({"ok":true})"));  // false: the client is gone
 }
 
 void answerRefusal(const Channel& channel, const std::string& error) {

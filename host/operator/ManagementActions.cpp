@@ -1,4 +1,5 @@
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "base/Origin.h"
 #include "base/PrintableText.h"
@@ -48,9 +49,9 @@ std::string whyRefused(const LocalManagement& management, const std::string& key
 template <typename Body>
 void onManagementThread(Controller& controller, const Channel& channel, Body body) {
   LocalManagement& management = controller.device().management();
-  controller.device().managementThread().post([&management, channel, body] {
+  controller.device().managementThread().post([&management, channel, body = std::move(body)] {
     const OriginScope origin(channel->origin());
-    if (channel->wanted()) body(management);
+    if (channel->wanted()) body(management, channel);
   });
 }
 
@@ -68,40 +69,40 @@ Json keyRow(LocalManagement& management, const ManagementKey& row) {
 }  // namespace
 
 void actOnGet(Controller& controller, const Json& request, const Channel& channel) {
-  onManagementThread(controller, channel,
-                     [key = textMember(request, "key"), channel](LocalManagement& management) {
-                       std::string value;
-                       if (!management.get(key, value))
-                         return answerRefusal(channel, whyUnread(management, key));
-                       answer(channel, {{"ok", true}, {"key", key}, {"value", value}});
-                     });
+  auto get = [key = textMember(request, "key")](LocalManagement& management,
+                                                const Channel& client) {
+    std::string value;
+    if (!management.get(key, value)) return answerRefusal(client, whyUnread(management, key));
+    answer(client, {{"ok", true}, {"key", key}, {"value", value}});
+  };
+  onManagementThread(controller, channel, std::move(get));
 }
 
 void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
-  onManagementThread(controller, channel,
-                     [key = textMember(request, "key"), value = textMember(request, "value"),
-                      channel](LocalManagement& management) {
-                       const std::uint64_t failedBefore = failedWritesHere();
-                       if (management.set(key, value)) return answerDone(channel);
-                       const bool storeFailed = failedWritesHere() != failedBefore;
-                       answerRefusal(channel, whyRefused(management, key, value, storeFailed));
-                     });
+  auto set = [key = textMember(request, "key"), value = textMember(request, "value")](
+                 LocalManagement& management, const Channel& client) {
+    const std::uint64_t failedBefore = failedWritesHere();
+    if (management.set(key, value)) return answerDone(client);
+    const bool storeFailed = failedWritesHere() != failedBefore;
+    answerRefusal(client, whyRefused(management, key, value, storeFailed));
+  };
+  onManagementThread(controller, channel, std::move(set));
 }
 
 void actOnReset(Controller& controller, const Json&, const Channel& channel) {
-  onManagementThread(controller, channel, [channel](LocalManagement& management) {
-    if (management.reset()) return answerDone(channel);
-    answerRefusal(channel,
+  onManagementThread(controller, channel, [](LocalManagement& management, const Channel& client) {
+    if (management.reset()) return answerDone(client);
+    answerRefusal(client,
                   "nothing was reset: date and time format are the device's defaults already, or "
                   "not the user's to reset");
   });
 }
 
 void actOnKeys(Controller& controller, const Json&, const Channel& channel) {
-  onManagementThread(controller, channel, [channel](LocalManagement& management) {
+  onManagementThread(controller, channel, [](LocalManagement& management, const Channel& client) {
     Json rows = Json::array();
     for (const ManagementKey& row : managementKeys()) rows.push_back(keyRow(management, row));
-    answer(channel, {{"ok", true}, {"keys", rows}});
+    answer(client, {{"ok", true}, {"keys", rows}});
   });
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "clock/VirtualClock.h"
+#include "framework/DataAccess.h"
 #include "framework/FailedLookups.h"
 #include "host/operator/NotingChannel.h"
 #include "host/services/RecordingAgent.h"
@@ -15,6 +16,7 @@
 #include "scenario/ScenarioDevice.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
+#include "services/SecurityLog.h"
 
 namespace host {
 namespace {
@@ -136,6 +138,30 @@ TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
     EXPECT_EQ(client->replies.size(), 1U) << key;
     device.managementThread().run([&] { device.management().dropAgents(); });
   }
+}
+
+// Records what is stored and recorded when the client is answered.
+struct AnsweredWith : NotingChannel {
+  explicit AnsweredWith(Device& telephone) : device(telephone) {}
+  bool reply(std::string_view json) override {
+    stored = device.store().getItem("ClockSettings", "DateFormat").value_or("");
+    records = device.securityLog().kept().records;
+    return NotingChannel::reply(json);
+  }
+
+  Device& device;
+  std::string stored;
+  std::int64_t records = 0;
+};
+
+TEST_F(ControlledTelephone, AnswersASetAfterItIsStoredAndRecorded) {
+  Controller controller(telephone.device(), {});
+  const auto client = std::make_shared<AnsweredWith>(telephone.device());
+  controller.handle({R"({"verb":"set","key":"date-format","value":"2"})", client});
+  telephone.device().managementThread().run([] {});
+  EXPECT_EQ(client->replies, (std::vector<std::string>{R"({"ok":true})"}));
+  EXPECT_EQ(client->stored, "2");
+  EXPECT_EQ(client->records, 1);
 }
 
 TEST_F(ControlledTelephone, AllowsFailedNamesOnAnotherNetwork) {
