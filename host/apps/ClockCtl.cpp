@@ -77,10 +77,10 @@ RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
 // A verb with its arguments, carried out by a host.
 class Command {
  public:
-  Command(const ClockCtlOptions& options, Json request, std::ostream& out)
+  Command(const ClockCtlOptions& options, std::ostream& out)
       : m_options(options),
-        m_request(std::move(request)),
-        m_verb(*findVerb(m_request["verb"].get<std::string>())),
+        m_verb(verbOf(options.verb)),
+        m_request(requestOf(m_verb, options.verb)),
         m_client(clientFor(m_verb.route, options)),
         m_out(out) {}
 
@@ -96,7 +96,7 @@ class Command {
   }
 
  private:
-  milliseconds limit() const { return m_options.timeout.value_or(replyLimit(m_request)); }
+  milliseconds limit() const { return m_options.timeout.value_or(replyLimit(m_verb, m_request)); }
 
   void print(const Json& answer) {
     if (!m_options.json) return m_verb.print(answer, m_out);
@@ -198,8 +198,8 @@ class Command {
   }
 
   const ClockCtlOptions& m_options;
-  Json m_request;
   const Verb& m_verb;
+  Json m_request;
   RemoteClient m_client;
   std::ostream& m_out;
 };
@@ -211,10 +211,9 @@ int fail(std::ostream& err, const char* text, Status status) {
 
 }  // namespace
 
-milliseconds replyLimit(const Json& request) {
-  const Verb* const verb = findVerb(request.value("verb", std::string()));
-  if (verb == nullptr || verb->route != Verb::Route::control) return kCallLimit;
-  return takesTime(request) ? kMoveLimit : kControlLimit;
+milliseconds replyLimit(const Verb& verb, const Json& request) {
+  if (verb.route != Verb::Route::control) return kCallLimit;
+  return takesTime(verb, request) ? kMoveLimit : kControlLimit;
 }
 
 int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,
@@ -222,7 +221,7 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
   try {
     const auto options = readClockCtlOptions(words, defaultSocket, out);
     if (!options) return done;
-    Command(*options, requestOf(options->verb), out).run();
+    Command(*options, out).run();
     return done;
   } catch (const UsageError& error) {
     return fail(err, error.what(), usage);

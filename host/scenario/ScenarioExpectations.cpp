@@ -124,11 +124,11 @@ Run expectZone(WordReader& words) {
 Run expectRefused(WordReader& words) {
   words.require("VERB");
   const auto rest = words.rest();
-  const Json request = requestOf(rest);
-  const Verb::Route route = findVerb(rest.front())->route;
-  if (route == Verb::Route::watch)
+  const Verb& verb = verbOf(rest);
+  const Json request = requestOf(verb, rest);
+  if (verb.route == Verb::Route::watch)
     WordReader::fail("watch cannot be refused; write `expect no event`");
-  if (route == Verb::Route::call) {
+  if (verb.route == Verb::Route::call) {
     const auto arguments = request["arguments"].get<std::vector<std::string>>();
     return [call = callOf(request["method"], arguments)](ScenarioDevice& device) {
       Method copy = call;

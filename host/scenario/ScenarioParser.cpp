@@ -77,12 +77,12 @@ Run runCall(const Json& request) {
 }
 
 Run runVerb(std::span<const std::string> words) {
-  const Json request = requestOf(words);
-  const Verb::Route route = findVerb(words.front())->route;
-  if (route == Verb::Route::watch || request.value("follow", false)) {
+  const Verb& verb = verbOf(words);
+  const Json request = requestOf(verb, words);
+  if (verb.route == Verb::Route::watch || request.value("follow", false)) {
     throw UsageError("a scenario cannot watch or follow; write `expect event` or `expect log`");
   }
-  if (route == Verb::Route::call) return runCall(request);
+  if (verb.route == Verb::Route::call) return runCall(request);
   return [request](ScenarioDevice& device) {
     const Json answer = device.request(request);
     if (!answer.value("ok", false)) {

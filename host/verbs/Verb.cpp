@@ -73,21 +73,21 @@ const VerbAction& readAction(const Verb& verb, WordReader& words) {
   return *rowNamed(verb.actions, words.choice(namesOf(verb.actions)));
 }
 
-const Verb& verbNamed(const std::string& name) {
-  if (const Verb* const verb = findVerb(name)) return *verb;
-  throw UsageError("unknown verb " + quotedText(name) +
-                   suggestion(name, namesOf(kVerbs), "; `clockctl --help` lists the verbs"));
-}
-
 }  // namespace
 
 const Verb* findVerb(std::string_view name) {
   return rowNamed(kVerbs, name);
 }
 
-Json requestOf(std::span<const std::string> words) {
+const Verb& verbOf(std::span<const std::string> words) {
   if (words.empty()) throw UsageError("a verb is missing; `clockctl --help` lists them");
-  const Verb& verb = verbNamed(words.front());
+  const std::string& name = words.front();
+  if (const Verb* const verb = findVerb(name)) return *verb;
+  throw UsageError("unknown verb " + quotedText(name) +
+                   suggestion(name, namesOf(kVerbs), "; `clockctl --help` lists the verbs"));
+}
+
+Json requestOf(const Verb& verb, std::span<const std::string> words) {
   const std::string usage = usageOf(verb);
   WordReader reader(words.subspan(1), usage);
   Json request = {{"verb", verb.name}};
@@ -102,10 +102,9 @@ Json requestOf(std::span<const std::string> words) {
   return request;
 }
 
-bool takesTime(const Json& request) {
-  const Verb* const verb = findVerb(request.value("verb", std::string()));
-  if (verb == nullptr || verb->actions.empty()) return false;
-  const auto* action = rowNamed(verb->actions, request.value(verb->actionMember, std::string()));
+bool takesTime(const Verb& verb, const Json& request) {
+  if (verb.actions.empty()) return false;
+  const auto* action = rowNamed(verb.actions, request.at(verb.actionMember).get<std::string>());
   return action != nullptr && action->takesTime;
 }
 

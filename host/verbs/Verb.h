@@ -54,12 +54,16 @@ struct Verb {
 
 [[nodiscard]] const Verb* findVerb(std::string_view name);  // null: unknown
 
-// words: verb and arguments, as split by a shell. The request is {"verb": NAME, ...}. Throws
-// UsageError: no verb, an unknown one with the nearest named, wrong arguments.
-[[nodiscard]] Json requestOf(std::span<const std::string> words);
+// The verb among words as split by a shell: the first one. Throws UsageError: no word, or an
+// unknown verb, with the nearest named.
+[[nodiscard]] const Verb& verbOf(std::span<const std::string> words);
 
-// Whether virtual time passes before the answer, which may then take long.
-[[nodiscard]] bool takesTime(const Json& request);
+// The request for these words, {"verb": NAME, ...}. Throws UsageError: wrong arguments.
+// REQUIRES: verbOf(words) is this verb.
+[[nodiscard]] Json requestOf(const Verb& verb, std::span<const std::string> words);
+
+// Whether virtual time passes before the answer to this request, which may then take long.
+[[nodiscard]] bool takesTime(const Verb& verb, const Json& request);
 
 // The usage lines of all verbs and actions with their help, then the forms of words such as
 // DURATION.

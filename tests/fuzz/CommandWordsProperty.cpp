@@ -21,7 +21,7 @@ void holdRefusal(const host::UsageError& error) {
 
 void holdRequest(const Words& words) {
   try {
-    const host::Json request = host::requestOf(words);
+    const host::Json request = host::requestOf(host::verbOf(words), words);
     const host::Json sent = host::Json::parse(request.dump());
     hold(sent == request, "a request can be sent unchanged", words.front());
     hold(request.at("verb") == words.front(), "a request has the verb that was typed",

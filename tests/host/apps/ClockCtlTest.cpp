@@ -51,8 +51,9 @@ TEST(ClockCtl, WaitsLongerForRequestsThatTakeLonger) {
       {"clock advance 1d", 60}, {"clock to dst", 60},
   };
   for (const auto& [line, seconds] : rows) {
-    EXPECT_EQ(replyLimit(requestOf(splitScenarioLine(line))), std::chrono::seconds(seconds))
-        << line;
+    const Words words = splitScenarioLine(line);
+    const Verb& verb = verbOf(words);
+    EXPECT_EQ(replyLimit(verb, requestOf(verb, words)), std::chrono::seconds(seconds)) << line;
   }
 }
 
