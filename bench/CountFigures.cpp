@@ -20,6 +20,7 @@ constexpr std::size_t kCalls = 1000;
 constexpr std::size_t kInFlight = 32;
 constexpr std::size_t kSets = 20;
 constexpr std::chrono::milliseconds kSettling{500};
+constexpr std::chrono::milliseconds kBetweenSets{10};  // the threads sleep again before the next
 constexpr std::chrono::seconds kIdle{2};
 
 // Reads the heap allocations of a process, which it counts in a file: see HeapCount.cpp.
@@ -50,6 +51,15 @@ void settle(const HostProgram& host) {
   std::this_thread::sleep_for(kSettling);
 }
 
+// The mean of many operations, after the first one.
+template <class Operation, class Count>
+Found perOperation(std::size_t operations, Operation operation, Count count) {
+  operation();
+  const std::size_t before = count();
+  for (std::size_t i = 0; i < operations; ++i) operation();
+  return {static_cast<double>(count() - before) / static_cast<double>(operations), {}};
+}
+
 // For each `inFlight` calls that are sent together.
 template <class Count>
 Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
@@ -60,10 +70,7 @@ Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
     line.send(requests);
     for (std::size_t i = 0; i < inFlight; ++i) static_cast<void>(line.frame());
   };
-  callAll();
-  const std::size_t before = count();
-  for (std::size_t i = 0; i < kCalls; ++i) callAll();
-  return {static_cast<double>(count() - before) / static_cast<double>(kCalls), {}};
+  return perOperation(kCalls, callAll, count);
 }
 
 Found systemCallsPer(std::size_t inFlight) {
@@ -74,8 +81,23 @@ Found systemCallsPer(std::size_t inFlight) {
   return perCalls(host, inFlight, [&] { return calls.all(); });
 }
 
+// Sets a setting, each time to another value.
+class Setter {
+ public:
+  explicit Setter(const HostProgram& host) : m_line(host.controlSocket()) {}
+
+  void operator()() {
+    m_line.control(R"({"verb":"set","key":"date-format","value":")" + std::to_string(++m_set % 3) +
+                   "\"}");
+  }
+
+ private:
+  const Line m_line;
+  int m_set = 0;
+};
+
 template <class Operation>
-double syncsOf(const SystemCalls& calls, Operation operation) {
+double syncsOf(const SystemCalls& calls, Operation& operation) {
   const std::size_t before = calls.syncs();
   operation();
   return static_cast<double>(calls.syncs() - before);
@@ -99,20 +121,38 @@ Found measureCallAllocations() {
   return perCalls(host, 1, [&] { return heap.allocations(); });
 }
 
+Found measureSetSystemCalls() {
+  const TemporaryFolder folder;
+  const HostProgram host(folder, folder / "state");
+  settle(host);
+  const SystemCalls calls(host.process());
+  Setter set(host);
+  const auto setAndSettle = [&] {
+    set();
+    std::this_thread::sleep_for(kBetweenSets);
+  };
+  return perOperation(kSets, setAndSettle, [&] { return calls.all(); });
+}
+
+Found measureSetAllocations() {
+  const TemporaryFolder folder;
+  const HeapCount heap(folder);
+  const HostProgram host(folder, folder / "state", {}, heap.environment());
+  settle(host);
+  return perOperation(kSets, Setter(host), [&] { return heap.allocations(); });
+}
+
 // The most of any set; 0 if one was not synced at all.
 Found measureSetSyncs() {
   const TemporaryFolder folder;
   const HostProgram host(folder, folder / "state");
   settle(host);
-  const Line line(host.controlSocket());
+  Setter set(host);
   const SystemCalls calls(host.process());
-  const auto set = [&](std::size_t i) {
-    line.control(R"({"verb":"set","key":"date-format","value":")" + std::to_string(i % 3) + "\"}");
-  };
-  set(0);
+  set();
   double most = 0;
   for (std::size_t i = 1; i <= kSets; ++i) {
-    const double syncs = syncsOf(calls, [&] { set(i); });
+    const double syncs = syncsOf(calls, set);
     if (syncs == 0) return {};
     most = std::max(most, syncs);
   }

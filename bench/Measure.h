@@ -15,6 +15,9 @@ namespace bench {
 [[nodiscard]] Found measurePipelineSystemCalls();
 [[nodiscard]] Found measureSubscribers();
 [[nodiscard]] Found measureSet();
+[[nodiscard]] Found measureSetConstant();
+[[nodiscard]] Found measureSetSystemCalls();
+[[nodiscard]] Found measureSetAllocations();
 [[nodiscard]] Found measureSetSyncs();
 [[nodiscard]] Found measureDaySyncs();
 [[nodiscard]] Found measureStart();

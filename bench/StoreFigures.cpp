@@ -13,7 +13,8 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t kSetsInARow = 10;  // few, because a disk's speed varies
+constexpr std::size_t kSetsInARow = 20;  // few, because a disk's speed varies
+constexpr std::size_t kEchoSize = 100;   // bytes
 
 struct Close {
   void operator()(sqlite3* database) const { sqlite3_close(database); }
@@ -23,14 +24,16 @@ struct Close {
 // Writes the same row to a database of the same form, through SQLite alone.
 class BareStore {
  public:
-  explicit BareStore(const std::filesystem::path& file) {
+  // synchronous: FULL syncs each write, NORMAL none.
+  BareStore(const std::filesystem::path& file, const std::string& synchronous) {
     sqlite3* database = nullptr;
     sqlite3_open(file.c_str(), &database);
     m_database.reset(database);
-    execute(
-        "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL; PRAGMA synchronous=FULL;"
-        "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
-        " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID");
+    execute("PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL; PRAGMA synchronous=" +
+            synchronous +
+            ";"
+            "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
+            " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID");
     sqlite3_stmt* statement = nullptr;
     sqlite3_prepare_v2(database,
                        "INSERT INTO settings VALUES('ClockSettings', 'DateFormat', ?1)"
@@ -48,8 +51,8 @@ class BareStore {
   }
 
  private:
-  void execute(const char* sql) {
-    if (sqlite3_exec(m_database.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK) {
+  void execute(const std::string& sql) {
+    if (sqlite3_exec(m_database.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
       throw std::runtime_error(sqlite3_errmsg(m_database.get()));
     }
   }
@@ -70,22 +73,62 @@ double waitOfSet(const Line& line, const std::string& value) {
   return wait;
 }
 
+// The same work without the host, on the same disk.
+class Minimum {
+ public:
+  // The row and its sync.
+  double database() {
+    return elapsed<Microseconds>([&] { m_synced.write(nextValue()); });
+  }
+
+  // What a set needs besides: its request and reply, and a record that is not synced.
+  double constant() {
+    return elapsed<Microseconds>([&] {
+      m_line.send(m_message);
+      m_line.drop(m_message.size());
+      m_unsynced.write(nextValue());
+    });
+  }
+
+  [[nodiscard]] const support::TemporaryFolder& sockets() const { return m_sockets; }
+  [[nodiscard]] const support::TemporaryFolder& disk() const { return m_disk; }
+
+ private:
+  std::string nextValue() { return std::to_string(++m_written % 3); }
+
+  const support::TemporaryFolder m_sockets;
+  const support::TemporaryFolder m_disk{diskFolder()};
+  const std::string m_message = std::string(kEchoSize, 'e');
+  const BaselineProgram m_echo{m_sockets, "echo", "1"};
+  const Line m_line{m_echo.socket()};
+  BareStore m_synced{m_disk / "synced.db", "FULL"};
+  BareStore m_unsynced{m_disk / "unsynced.db", "NORMAL"};
+  int m_written = 0;
+};
+
 }  // namespace
 
+// After a wait for the disk, as in a set.
+Found measureSetConstant() {
+  Minimum minimum;
+  return {alternately(
+              kSetsInARow, [&] { return minimum.constant(); }, [&] { return minimum.database(); })
+              .value,
+          {}};
+}
+
 Found measureSet() {
-  const support::TemporaryFolder sockets;
-  const support::TemporaryFolder disk(diskFolder());
-  const HostProgram host(sockets, disk / "state");
+  Minimum minimum;
+  const HostProgram host(minimum.sockets(), minimum.disk() / "state");
   const Line line(host.controlSocket());
-  BareStore bare(disk / "bare.db");
-  int written = 0;
   int set = 0;  // so that each set changes the value
   return alternately(
-      kSetsInARow, [&] { return waitOfSet(line, std::to_string(++set % 3)); },
+      kSetsInARow,
       [&] {
-        const std::string value = std::to_string(++written % 3);
-        return elapsed<Microseconds>([&] { bare.write(value); });
-      });
+        const double constant = minimum.constant();
+        return waitOfSet(line, std::to_string(++set % 3)) - constant;
+      },
+      [&] { return minimum.database(); });
 }
 
 }  // namespace bench
