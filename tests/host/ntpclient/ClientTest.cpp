@@ -144,7 +144,7 @@ TEST_F(NtpClient, ReportsOnlyAClockThatWasSet) {
             "ntpclient: asking\nntpclient: clock set\nntpclient: no process reads /nowhere/pipe\n");
 }
 
-TEST_F(NtpClient, SaysThatThePipeIsNone) {
+TEST_F(NtpClient, ReportsAFileThatIsNoPipe) {
   m_pipe = "/dev/null";
   EXPECT_EQ(run({Reply::time}).errors, "ntpclient: /dev/null is not a named pipe\n");
 }

@@ -58,7 +58,7 @@ TEST_F(LinesIntoAPipe, ContainEveryStep) {
   EXPECT_EQ(text(), "ntpclient: asking\nntpclient: asking\n");
 }
 
-TEST_F(LinesIntoAPipe, AreCountedWhenNobodyReads) {
+TEST_F(LinesIntoAPipe, AreCountedWithoutAReader) {
   for (int i = 0; i < 10'000; ++i) m_lines.step("asking");
   m_lines.complain("a", kBegin);
   m_lines.complain("a", kBegin);

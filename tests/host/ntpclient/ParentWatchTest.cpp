@@ -19,9 +19,9 @@ TEST(ParentWatch, WatchesTheProcessAndNotTheThreadThatStartedIt) {
     child = ::fork();
     if (child == 0) {
       const ParentWatch watch;
-      const bool told = ::write(ready[1], "r", 1) == 1;
+      const bool written = ::write(ready[1], "r", 1) == 1;
       const auto event = watch.wait(std::chrono::steady_clock::now() + 100ms);
-      ::_exit(told && event == ParentWatch::Event::timeout ? 0 : 1);
+      ::_exit(written && event == ParentWatch::Event::timeout ? 0 : 1);
     }
     char byte;
     EXPECT_EQ(::read(ready[0], &byte, 1), 1);

@@ -10,7 +10,7 @@
 #include "base/Origin.h"
 #include "clock/VirtualClock.h"
 #include "host/operator/LoopTasks.h"
-#include "host/operator/NotingChannel.h"
+#include "host/operator/RecordingChannel.h"
 #include "operator/Controller.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
@@ -25,7 +25,7 @@ namespace host {
 namespace {
 
 // A client that the kernel knows.
-class KnownChannel : public NotingChannel {
+class KnownChannel : public RecordingChannel {
  public:
   [[nodiscard]] const std::string& origin() const override { return m_origin; }
 
@@ -181,7 +181,7 @@ TEST_F(MovedTelephone, RecordsTheClientOfAMoveThatTheHostsEndStopped) {
   EXPECT_EQ(records[0].origin, "uid 1000, pid 4711");
 }
 
-// A client cannot push what it did out of the log with what is refused.
+// Refused requests do not displace the records of what a client did.
 TEST_F(MovedTelephone, KeepsWhatAClientDidAndCountsWhatItTried) {
   const auto set = [this](const std::string& key, const char* value) {
     begin(Json{{"verb", "set"}, {"key", key}, {"value", value}}.dump().c_str());

@@ -7,7 +7,7 @@
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
 #include "host/operator/LoopTasks.h"
-#include "host/operator/NotingChannel.h"
+#include "host/operator/RecordingChannel.h"
 #include "support/LogCapture.h"
 #include "support/Part.h"
 
@@ -35,8 +35,8 @@ class MovesOnALoop : public ::testing::Test {
             [] { return std::string("there"); }};
   }
 
-  std::shared_ptr<NotingChannel> ask(ClockMove move) {
-    auto channel = std::make_shared<NotingChannel>();
+  std::shared_ptr<RecordingChannel> ask(ClockMove move) {
+    auto channel = std::make_shared<RecordingChannel>();
     queue.add(std::move(move), channel);
     return channel;
   }
@@ -145,7 +145,7 @@ TEST(ClockMoveQueue, WithoutALoopAMoveRunsToItsEnd) {
   std::string said;
   ClockMoveQueue queue(clock, {}, [&](const auto&, const std::string& note) { said = note; });
   queue.add({[] { return Nanoseconds(1h); }, [] { return std::string("there"); }},
-            std::make_shared<NotingChannel>());
+            std::make_shared<RecordingChannel>());
   EXPECT_EQ(said, "there");
   EXPECT_EQ(clock.uptime(), 1h);
 }

@@ -10,7 +10,7 @@
 #include "Method.h"
 #include "clock/VirtualClock.h"
 #include "host/operator/LoopTasks.h"
-#include "host/operator/NotingChannel.h"
+#include "host/operator/RecordingChannel.h"
 #include "operator/Controller.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
@@ -30,8 +30,8 @@ constexpr const char* kBack = R"({"verb":"clock","action":"jump","seconds":14660
 // A telephone whose clock the clients of a loop move.
 class MovingTelephone : public ::testing::Test {
  protected:
-  std::shared_ptr<NotingChannel> begin(const std::string& request) {
-    auto channel = std::make_shared<NotingChannel>();
+  std::shared_ptr<RecordingChannel> begin(const std::string& request) {
+    auto channel = std::make_shared<RecordingChannel>();
     controller.handle({request, channel});
     return channel;
   }

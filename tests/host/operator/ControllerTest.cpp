@@ -9,7 +9,7 @@
 #include "clock/VirtualClock.h"
 #include "framework/DataAccess.h"
 #include "framework/FailedLookups.h"
-#include "host/operator/NotingChannel.h"
+#include "host/operator/RecordingChannel.h"
 #include "host/services/RecordingAgent.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
@@ -96,7 +96,7 @@ TEST_F(ControlledTelephone, RefusesWhatReadRequestRefuses) {
       {R"({"verb":"status","verb":"reset"})", "holds \\\"verb\\\" twice"},
       {R"({"verb":"log","follow":)" + deep + "}", "nested more than 32 deep"}};
   for (const auto& [text, part] : wrong) {
-    const auto channel = std::make_shared<NotingChannel>();
+    const auto channel = std::make_shared<RecordingChannel>();
     controller.handle({text, channel});
     ASSERT_EQ(channel->replies.size(), 1U);
     EXPECT_NE(channel->replies[0].find(part), std::string::npos) << channel->replies[0];
@@ -105,7 +105,7 @@ TEST_F(ControlledTelephone, RefusesWhatReadRequestRefuses) {
 
 TEST_F(ControlledTelephone, SkipsRequestsOfGoneClients) {
   Controller controller(telephone.device(), {});
-  const auto channel = std::make_shared<NotingChannel>();
+  const auto channel = std::make_shared<RecordingChannel>();
   channel->isWanted = false;
   controller.handle({R"({"verb":"set","key":"date-format","value":"2"})", channel});
   controller.handle({R"({"verb":"inject","what":"value","key":"k","value":"v"})", channel});
@@ -123,7 +123,7 @@ TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
       {"any", R"({"verb":"inject","what":"value","key":"any","value":"x"})"},
   };
   for (const auto& [key, request] : injects) {
-    const auto client = std::make_shared<NotingChannel>();
+    const auto client = std::make_shared<RecordingChannel>();
     RecordingAgent observer;
     observer.onChange = [&](ManageableData&) { EXPECT_TRUE(client->replies.empty()); };
     device.managementThread().run(

@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "host/operator/NotingChannel.h"
+#include "host/operator/RecordingChannel.h"
 
 namespace host {
 namespace {
@@ -47,7 +47,7 @@ TEST(LogRing, AFollowerGetsTheLatestEntriesThatFit) {
   LogRing ring;
   const std::string text(ApplicationLog::kLongestText, '"');  // two bytes each in JSON
   for (std::uint64_t i = 1; i <= LogRing::kKept; ++i) ring.write(entry(i, text));
-  const auto channel = std::make_shared<NotingChannel>();
+  const auto channel = std::make_shared<RecordingChannel>();
   ring.follow(channel);
   ASSERT_FALSE(channel->items.empty());
   ASSERT_LT(channel->items.size(), LogRing::kKept) << "not all fit";
@@ -58,7 +58,7 @@ TEST(LogRing, AFollowerGetsTheLatestEntriesThatFit) {
 TEST(LogRing, AFollowerGetsKeptAndNewEntries) {
   LogRing ring;
   ring.write(entry(1, "before"));
-  const auto channel = std::make_shared<NotingChannel>();
+  const auto channel = std::make_shared<RecordingChannel>();
   ring.follow(channel);
   ring.write(entry(2, "after"));
   ASSERT_EQ(channel->items.size(), 2U);
@@ -69,8 +69,8 @@ TEST(LogRing, AFollowerGetsKeptAndNewEntries) {
 
 TEST(LogRing, RemovesFollowersThatAreGoneOrDoNotRead) {
   LogRing ring;
-  const auto stuck = std::make_shared<NotingChannel>();
-  const auto leaving = std::make_shared<NotingChannel>();
+  const auto stuck = std::make_shared<RecordingChannel>();
+  const auto leaving = std::make_shared<RecordingChannel>();
   ring.follow(stuck);
   ring.follow(leaving);
   stuck->reads = false;

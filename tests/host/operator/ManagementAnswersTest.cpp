@@ -9,7 +9,7 @@
 #include "Logging.h"
 #include "base/PrintableText.h"
 #include "clock/VirtualClock.h"
-#include "host/operator/NotingChannel.h"
+#include "host/operator/RecordingChannel.h"
 #include "host/services/RecordingAgent.h"
 #include "operator/HostActions.h"
 #include "remote/Frame.h"
@@ -77,7 +77,7 @@ TEST_F(ManagedTelephone, RefusesInOneLine) {
 }
 
 TEST(Refusal, IsOneShortLine) {
-  const auto channel = std::make_shared<NotingChannel>();
+  const auto channel = std::make_shared<RecordingChannel>();
   answerRefusal(channel, "a\nb\xff" + std::string(kMebibyte, 'x'));
   ASSERT_EQ(channel->replies.size(), 1U);
   EXPECT_EQ(errorIn(Json::parse(channel->replies[0])),

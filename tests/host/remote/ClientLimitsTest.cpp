@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "host/remote/Desk.h"
+#include "host/remote/HeldRequests.h"
 #include "host/remote/RawSocket.h"
 #include "remote/Outbox.h"
 #include "support/ErrorOf.h"
@@ -47,28 +47,28 @@ TEST(ClientLimits, AreAsDocumentedInTheProtocol) {
 }
 
 TEST(ClientLimits, RequestsBeyondTheLimitWaitInTheSocket) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   RemoteClient neighbour(at.server.controlSocket);
   RawSocket client(at.server.controlSocket);
   client.send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
   ASSERT_TRUE(at.has(kMostOpenRequests));
   const auto id = neighbour.startControl("{}");
   ASSERT_TRUE(at.has(kMostOpenRequests + 1));
-  static_cast<void>(at.desk.takeLast());
+  static_cast<void>(at.requests.takeLast());
   EXPECT_TRUE(neighbour.nextAnswer(id, kLong));
-  static_cast<void>(at.desk.take());
+  static_cast<void>(at.requests.take());
   EXPECT_TRUE(at.has(kMostOpenRequests));
   for (std::size_t left = 3 * kMostOpenRequests - 1; left > 0; --left) {
     ASSERT_TRUE(at.has(std::min(left, kMostOpenRequests)));
-    static_cast<void>(at.desk.take());
+    static_cast<void>(at.requests.take());
   }
 }
 
 TEST(ClientLimits, NextRequestWaitsForOneThatHoldsIt) {
   ServerWithAHeldClient at;
-  EXPECT_EQ(at.desk.take().text, "hold");
+  EXPECT_EQ(at.requests.take().text, "hold");
   ASSERT_TRUE(at.has(1));
-  EXPECT_EQ(at.desk.take().text, "next");
+  EXPECT_EQ(at.requests.take().text, "next");
 }
 
 TEST(ClientLimits, NextRequestsWaitWhileAnswersAreUnread) {
@@ -86,11 +86,11 @@ TEST(ClientLimits, NextRequestsWaitWhileAnswersAreUnread) {
 }
 
 TEST(ClientLimits, RequestOfADisconnectedClientIsNotWanted) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   std::optional<RawSocket> client(at.server.controlSocket);
   client->send(frames(FrameKind::controlRequest, "{}", 3 * kMostOpenRequests));
   ASSERT_TRUE(at.has(kMostOpenRequests));
-  const ControlRequest first = at.desk.take();
+  const ControlRequest first = at.requests.take();
   EXPECT_TRUE(first.channel->wanted());
   client.reset();
   ASSERT_TRUE(at.server.becomes([&] { return !first.channel->wanted(); }));

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "base/Origin.h"
-#include "host/remote/Desk.h"
+#include "host/remote/HeldRequests.h"
 #include "host/remote/RawSocket.h"
 #include "support/ErrorOf.h"
 #include "support/LogCapture.h"
@@ -44,13 +44,13 @@ TEST(Control, RequestNamesTheProcessThatSentIt) {
 }
 
 TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   RemoteClient client(at.server.controlSocket);
   const auto first = client.startControl("first");
   const auto second = client.startControl("second");
   ASSERT_TRUE(at.has(2));
-  ControlRequest one = at.desk.take();
-  ControlRequest two = at.desk.take();
+  ControlRequest one = at.requests.take();
+  ControlRequest two = at.requests.take();
   std::thread([&] {
     EXPECT_TRUE(two.channel->reply("second done"));
     EXPECT_TRUE(one.channel->item("1 of 2"));
@@ -72,11 +72,11 @@ TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {
 }
 
 TEST(Control, RequestHasOneReplyAndNoItemAfterIt) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("?");
   ASSERT_TRUE(at.has(1));
-  const ControlRequest request = at.desk.take();
+  const ControlRequest request = at.requests.take();
   EXPECT_FALSE(request.channel->reply(std::string(kMaxPayload + 1, 'x')));
   EXPECT_TRUE(request.channel->wanted());
   EXPECT_TRUE(request.channel->reply("once"));
@@ -87,12 +87,12 @@ TEST(Control, RequestHasOneReplyAndNoItemAfterIt) {
 }
 
 TEST(Control, ReplyReachesAClientThatHasShutDownItsSendingSide) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   FrameSocket client(at.server.controlSocket);
   client.send({FrameKind::controlRequest, 3, "?"});
   client.finishSending();
   ASSERT_TRUE(at.has(1));
-  ControlRequest request = at.desk.take();
+  ControlRequest request = at.requests.take();
   EXPECT_TRUE(request.channel->wanted());
   std::thread([&] { EXPECT_TRUE(request.channel->reply("late")); }).join();
   request = {};
@@ -101,11 +101,11 @@ TEST(Control, ReplyReachesAClientThatHasShutDownItsSendingSide) {
 }
 
 TEST(Control, LostRequestIsRefusedAndNoLongerKeepsTheConnectionOpen) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   RemoteClient client(at.server.controlSocket);
   const auto id = client.startControl("?");
   ASSERT_TRUE(at.has(1));
-  static_cast<void>(at.desk.take());
+  static_cast<void>(at.requests.take());
   EXPECT_TRUE(client.barrier(kLong));
   const auto answer = client.nextAnswer(id, kLong);
   ASSERT_TRUE(answer);
@@ -115,7 +115,7 @@ TEST(Control, LostRequestIsRefusedAndNoLongerKeepsTheConnectionOpen) {
 
 TEST(Control, NextRequestIsHandledWhenTheOneThatHeldItIsLostWithoutMemory) {
   ServerWithAHeldClient at;
-  ControlRequest held = at.desk.take();
+  ControlRequest held = at.requests.take();
   {
     const support::NoMemory none;
     held.channel.reset();
@@ -124,11 +124,11 @@ TEST(Control, NextRequestIsHandledWhenTheOneThatHeldItIsLostWithoutMemory) {
 }
 
 TEST(Control, NotifiesOnTheLoopWhenTheClientDisconnects) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   auto client = std::make_unique<RemoteClient>(at.server.controlSocket);
   static_cast<void>(client->startControl("follow"));
   ASSERT_TRUE(at.has(1));
-  ControlRequest request = at.desk.take();
+  ControlRequest request = at.requests.take();
   int notified = 0;
   at.server.onLoop([&] { request.channel->onGone([&notified] { ++notified; }); });
   EXPECT_TRUE(request.channel->item("still there"));
@@ -145,7 +145,7 @@ TEST(Control, NotifiesOnTheLoopWhenTheClientDisconnects) {
 TEST(Control, OpenRequestIsRefusedWhenTheServerStops) {
   ControlRequest request;
   {
-    ServerWithDesk at;
+    ServerHoldingRequests at;
     RemoteClient client(at.server.controlSocket);
     const auto id = client.startControl("?");
     ASSERT_TRUE(at.has(1));
@@ -153,7 +153,7 @@ TEST(Control, OpenRequestIsRefusedWhenTheServerStops) {
     const auto answer = client.nextAnswer(id, kLong);
     ASSERT_TRUE(answer);
     EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host is shutting down"})");
-    request = at.desk.take();
+    request = at.requests.take();
     EXPECT_FALSE(request.channel->wanted());
   }
   EXPECT_FALSE(request.channel->item("late"));
@@ -161,12 +161,12 @@ TEST(Control, OpenRequestIsRefusedWhenTheServerStops) {
 }
 
 TEST(Control, ClientThatDoesNotReadItemsIsDroppedWithOneLine) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   const support::LogCapture log(4);
   RemoteClient client(at.server.controlSocket);
   static_cast<void>(client.startControl("follow"));
   ASSERT_TRUE(at.has(1));
-  const ControlRequest request = at.desk.take();
+  const ControlRequest request = at.requests.take();
   int items = 0;
   while (request.channel->item(std::string(1000, 'i')) && items < 100000) ++items;
   EXPECT_LT(items, 10000);
@@ -175,14 +175,14 @@ TEST(Control, ClientThatDoesNotReadItemsIsDroppedWithOneLine) {
 }
 
 TEST(Control, RequestAtTheCallSocketIsRefusedInOneLine) {
-  ServerWithDesk at;
+  ServerHoldingRequests at;
   const support::LogCapture log(4);
   RemoteClient client(at.server.socket);
   EXPECT_EQ(client.control(R"({"verb":"status"})", kLong),
             R"({"error":"control requests are not taken here; send them to )" +
                 at.server.controlSocket.string() + R"(","ok":false})");
   EXPECT_TRUE(echoes(client)) << "it is still served";
-  EXPECT_EQ(at.desk.size(), 0U);
+  EXPECT_EQ(at.requests.size(), 0U);
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 

@@ -14,7 +14,7 @@ namespace host {
 
 // Keeps control requests until the test answers or drops them. The request "hold" delays the next.
 // Thread: any.
-class Desk {
+class HeldRequests {
  public:
   [[nodiscard]] ControlHandler handler() {
     return [this](ControlRequest request) {
@@ -45,18 +45,18 @@ class Desk {
   std::deque<ControlRequest> m_requests;
 };
 
-// A server with a desk, at which a test waits for requests.
-struct ServerWithDesk {
-  [[nodiscard]] bool has(std::size_t requests) {
-    return server.becomes([&] { return desk.size() == requests; });
+// A server whose control requests wait for the test.
+struct ServerHoldingRequests {
+  [[nodiscard]] bool has(std::size_t count) {
+    return server.becomes([&] { return requests.size() == count; });
   }
 
-  Desk desk;
-  ServerUnderTest server{desk.handler()};
+  HeldRequests requests;
+  ServerUnderTest server{requests.handler()};
 };
 
 // ... and a client whose first request delays its second one; the first was received.
-struct ServerWithAHeldClient : ServerWithDesk {
+struct ServerWithAHeldClient : ServerHoldingRequests {
   ServerWithAHeldClient() {
     client.send(frames(FrameKind::controlRequest, "hold", 1) +
                 frames(FrameKind::controlRequest, "next", 1));

@@ -10,7 +10,7 @@
 namespace host {
 
 // Records what is sent to a client. Thread: one.
-class NotingChannel : public ControlChannel {
+class RecordingChannel : public ControlChannel {
  public:
   bool reply(std::string_view json) override {
     replies.emplace_back(json);
