@@ -64,7 +64,6 @@ nlohmann::ordered_json rowOf(const Figure& figure, const Bound& bound) {
   return {{"name", figure.name},
           {"figure", figure.what},
           {"unit", figure.unit},
-          {"counted", !figure.bound.timed},
           {"bound", bound.text()}};
 }
 

@@ -11,10 +11,10 @@ import subprocess
 import sys
 import tempfile
 
-TIME = {"figure": "a time", "unit": "us", "counted": False}
-RATE = {"figure": "a rate", "unit": "/s", "counted": False}
-COUNT = {"figure": "a count", "unit": "", "counted": True}
-OLD = {"figure": "a count of a commit that does not say so", "unit": ""}
+TIME = {"figure": "a time", "unit": "us"}
+RATE = {"figure": "a rate", "unit": "/s"}
+COUNT = {"figure": "a count", "unit": ""}
+MEMORY = {"figure": "memory", "unit": "KiB"}
 STEADY = [100, 101, 99, 100, 102, 98, 100, 100]
 BUSY = [100, 130, 90, 105, 120, 95, 85, 112]
 BROKEN = {**TIME, "failure": "the disk has gone"}
@@ -36,7 +36,8 @@ ROWS = [
     (COUNT, [3] * 7 + [4], [3] * 8, "same"),
     (COUNT, [1] * 8, [0] * 8, "more"),
     (COUNT, [0] * 8, [0] * 8, "same"),
-    (OLD, [1001] * 8, [1000] * 8, "more"),
+    (MEMORY, [568] * 8, [576] * 8, "same"),
+    (MEMORY, [500] * 8, [576] * 8, "less"),
     (TIME, STEADY, [], "only here"),
     (TIME, [], STEADY, "only there"),
 ]
@@ -182,6 +183,8 @@ def refusals(tree):
             yield f"{words}: should be refused in one line: {result.stdout}{result.stderr}"
     yield from expected("an unknown figure", tree.bench("--compare", "OLD", "--only", "none"), 2,
                         'no figure "none"; there are endless, kept, slow, gone')
+    yield from expected("a folder that does not exist", tree.bench("--compare", "OLD", "--json", "none/c.json"), 2,
+                        "dev: none/c.json cannot be written: No such file or directory")
     shutil.rmtree(tree.folder / ".git")
     yield from expected("no repository", tree.bench("--compare", "OLD"), 2, "needs git")
 

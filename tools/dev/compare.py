@@ -19,7 +19,7 @@ import time
 
 ROUNDS = 8  # the fewest with which one disturbed run does not hide a change
 CHANCE = 0.02  # that a figure which did not move is said to have moved
-LEAST_CHANGE = 0.06  # of a time: a build of the same source at another path differed by 5 %
+LEAST_CHANGE = 0.06  # of a time or of memory: a build of the same source at another path differed by 5 %
 WORSE = ("slower", "more", "fails here")
 COLUMNS = "{:42} {:>12} {:>12} {:>9} {:>7}  {}"
 
@@ -42,14 +42,13 @@ def noise_of(numbers):
     return statistics.median(abs(each - middle) for each in numbers) / middle if middle else 0.0
 
 
-def verdict_on(row, here, there, change):
-    """A count has no smallest change that matters: it is the same on a busy machine."""
-    counted = row.get("counted", row["unit"] in ("", "KiB"))
-    small = not counted and abs(change) < LEAST_CHANGE
-    if len(here) == len(there) and (small or chance_of(here, there) >= CHANCE):
+def verdict_on(unit, here, there, change):
+    """A count, which has no unit, has no smallest change that matters: code's addresses do not change it."""
+    small = unit != "" and abs(change) < LEAST_CHANGE
+    if small or chance_of(here, there) >= CHANCE:
         return "same"
-    better = (change > 0) == row["unit"].endswith("/s")
-    return ("less" if better else "more") if counted else ("faster" if better else "slower")
+    better = (change > 0) == unit.endswith("/s")
+    return ("less" if better else "more") if unit in ("", "KiB") else ("faster" if better else "slower")
 
 
 def row_of(name, here, there):
@@ -67,7 +66,7 @@ def row_of(name, here, there):
         return row._replace(verdict="only here" if here else "only there")
     change = middles[0] / middles[1] - 1 if middles[1] else float(middles[0] != middles[1])
     return row._replace(change=change, noise=max(map(noise_of, values)),
-                        verdict=verdict_on(entry, *values, change))
+                        verdict=verdict_on(entry["unit"], *values, change))
 
 
 def number(value, unit):
@@ -151,8 +150,16 @@ def wanted(programs, only):
     return [name for name in names if name in only] if only else names
 
 
+def opened(name):
+    try:
+        return open(name, "w")
+    except OSError as error:
+        refuse(f"{name} cannot be written: {error.strerror}")
+
+
 def compare(options):
     names = wanted(options.programs, options.only)
+    file = opened(options.json)
     progress = Progress(2 * ROUNDS * len(names))
     try:
         here, there = all_measured(options.programs, names, progress)
@@ -162,9 +169,9 @@ def compare(options):
     print(COLUMNS.format("figure", "this tree", options.commit, "change", "noise", "verdict"))
     for row in rows:
         print(printed(row))
-    if options.json:
+    with file:
         json.dump({"commit": options.commit, "rounds": ROUNDS, "figures": [row._asdict() for row in rows]},
-                  options.json, indent=2)
+                  file, indent=2)
     return 1 if any(row.verdict.startswith(WORSE) for row in rows) else 0
 
 
@@ -173,7 +180,7 @@ def main(words):
     parser.add_argument("programs", nargs=2)
     parser.add_argument("commit")
     parser.add_argument("--only", action="append", default=[])
-    parser.add_argument("--json", type=argparse.FileType("w"))
+    parser.add_argument("--json", default=os.devnull)
     for ending in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(ending, signal.default_int_handler)
     try:
