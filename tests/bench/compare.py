@@ -99,8 +99,9 @@ class Tree:
 
     def git(self, *words):
         names = ["-c", "user.name=Test", "-c", "user.email=test@example.com"]
-        return subprocess.run(["git", *names, *words], cwd=self.folder, check=True, capture_output=True,
-                              text=True).stdout
+        environment = {"PATH": os.environ["PATH"], "GIT_CONFIG_GLOBAL": "/dev/null"}
+        return subprocess.run(["git", *names, *words], cwd=self.folder, env=environment, check=True,
+                              capture_output=True, text=True).stdout
 
     def commit(self, figures):
         (self.folder / "figures").write_text(figures)
@@ -111,8 +112,9 @@ class Tree:
         return self.git("status", "--porcelain", "--branch") + self.git("worktree", "list") + self.git("rev-parse", "HEAD")
 
     def start(self, *words):
+        """As from a hook of git, which says where the repository is."""
         self.runs.write_text("")
-        environment = {"PATH": os.environ["PATH"], "RUNS": str(self.runs)}
+        environment = {"PATH": os.environ["PATH"], "RUNS": str(self.runs), "GIT_DIR": str(self.folder / ".git")}
         return subprocess.Popen([self.folder / "dev", "bench", *words], env=environment, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 

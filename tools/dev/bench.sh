@@ -43,6 +43,8 @@ require_comparable() {
 check_out() {
   local clone=$1
   flock -n 9 || refuse 'dev: another comparison is running in this tree'
+  # shellcheck disable=SC2046  # names of variables; a hook of git has them for this repository
+  unset $(git rev-parse --local-env-vars)
   git --git-dir="$clone/.git" --work-tree="$clone" checkout -q --force --detach "$commit" 2>/dev/null || {
     rm -rf "$clone"
     git clone -q --shared --no-checkout "$CLOCK_TREE" "$clone"
