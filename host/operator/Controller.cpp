@@ -1,10 +1,8 @@
 #include "operator/Controller.h"
 
-#include <condition_variable>
+#include <future>
 #include <nlohmann/json.hpp>
-#include <optional>
 
-#include "base/Mutex.h"
 #include "framework/ApplicationLog.h"
 #include "operator/HostActions.h"
 #include "operator/LogRing.h"
@@ -17,27 +15,20 @@ namespace {
 // Keeps the reply for a caller in this process, and takes no items.
 class WaitingChannel : public ControlChannel {
  public:
-  bool reply(std::string_view json) override {
-    const MutexLock lock(m_mutex);
-    if (m_reply) return false;
-    m_reply.emplace(json);
-    m_replied.notify_all();
+  bool reply(std::string_view json) override try {
+    m_reply.set_value(std::string(json));
     return true;
+  } catch (const std::future_error&) {
+    return false;  // it has one
   }
 
   bool item(std::string_view) override { return false; }
   void onGone(std::function<void()> gone) override { gone(); }
 
-  std::string wait() {
-    MutexLock lock(m_mutex);
-    m_replied.wait(lock.native(), [this]() CLOCK_REQUIRES(m_mutex) { return m_reply.has_value(); });
-    return *m_reply;
-  }
+  std::string wait() { return m_reply.get_future().get(); }
 
  private:
-  Mutex m_mutex;
-  std::condition_variable m_replied;
-  std::optional<std::string> m_reply CLOCK_GUARDED_BY(m_mutex);
+  std::promise<std::string> m_reply;
 };
 
 // Answers an exception as a refusal.
