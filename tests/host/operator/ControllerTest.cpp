@@ -141,12 +141,12 @@ TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
 }
 
 // Records what is stored and recorded when the client is answered.
-struct AnsweredWith : NotingChannel {
+struct AnsweredWith : RecordingChannel {
   explicit AnsweredWith(Device& telephone) : device(telephone) {}
   bool reply(std::string_view json) override {
     stored = device.store().getItem("ClockSettings", "DateFormat").value_or("");
     records = device.securityLog().kept().records;
-    return NotingChannel::reply(json);
+    return RecordingChannel::reply(json);
   }
 
   Device& device;
