@@ -93,7 +93,10 @@ class ClockService : public Service,
   // network is down, no server is configured or its name has no address. Thread: any.
   void startNTPClient();
 
-  // Has TZ computed from the settings again and announced, 1 ms later on the framework thread.
+  // The configured time server; empty without settings. Thread: any.
+  std::string sntpAddress() const;
+
+  // 1 ms later, on the framework thread: computes TZ from the settings and announces it.
   void startTimeZoneRefresh();
 
   // The physical-interface service, or null. Looks for it until it is found.
@@ -128,7 +131,6 @@ class ClockService : public Service,
   void setByHand(time_t secondsSinceEpoch);
   void restoreFallbackTime();
   void logStartUpUtc();
-  std::string sntpAddress() const;
   std::string systemTime();
   std::string storeSystemTime();
 

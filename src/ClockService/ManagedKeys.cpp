@@ -92,11 +92,6 @@ bool setSimpleDate(Parts parts, Text value) {
   return parts.clock.setDate(date.day, date.month, date.year);
 }
 
-std::string sntpAddress(Parts parts) {
-  const SemaphoreGuard guard(parts.settings.textLock);
-  return parts.settings.getSntpAddr();
-}
-
 bool setSntpAddress(Parts parts, Text value) {
   const SemaphoreGuard guard(parts.settings.textLock);
   return parts.settings.setSntpAddr(value);
@@ -172,7 +167,8 @@ constexpr std::array<ManagedKeys::Row, ManagedKeys::kCount> kTable{{
   {Key::kTimeFormat,
    [](Parts p) { return ClientUtils::itos(p.settings.getTimeFormat()); },
    [](Parts p, Text value) { return p.settings.setTimeFormat(value); }},
-  {Key::kSntpAddr, sntpAddress, setSntpAddress, restartNtpClient, showTimeState},
+  {Key::kSntpAddr, [](Parts p) { return p.clock.sntpAddress(); }, setSntpAddress, restartNtpClient,
+   showTimeState},
   {Key::kNtpSecret, ntpSecret, setNtpSecret, restartNtpClient},
   {Key::kSntpTzOffset,
    [](Parts p) { return p.settings.getTimezoneOffsetStr(); }, setOffset, refreshZone},
