@@ -151,7 +151,7 @@ class Command {
     Json answer = ask();
     for (std::int64_t last = 0; answer.contains("after");) {
       const auto after = answer["after"].get<std::int64_t>();
-      if (after <= last) throw Refusal("the host's answer does not end");
+      if (after <= last) throw Refusal("the host's pages do not advance");
       m_request["after"] = last = after;
       answer = joined(std::move(answer), ask());
     }

@@ -161,7 +161,7 @@ void Host::watchReportPipe() try {
   ReportPipe& pipe = m_device.reportPipe();
   m_loop.onReadable(pipe.watch(), kPipeRestoreDelay, [&pipe] { pipe.restore(); });
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: it is not recreated when it is deleted",
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s; a deleted pipe is not recreated",
             error.what());
 }
 

@@ -67,7 +67,7 @@ void addDeviceOptions(OptionParser& parser, DeviceOptions& device, RawOptions& r
   parser.addPath("--state", device.state, "Folder for settings and security log", "DIR");
   parser
       .add_option("--variant", device.variant,
-                  "Hardware sub-variant; 2, 3 and 4 have defaults of their own")
+                  "Hardware sub-variant; 2, 3 and 4 start with other defaults")
       ->type_name("N");
   parser.add_option("--software-type", device.softwareType, "Telephony software")
       ->type_name("TEXT");

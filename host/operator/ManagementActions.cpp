@@ -94,7 +94,7 @@ void actOnReset(Controller& controller, const Json&, const Channel& channel) {
     if (management.reset()) return answerDone(client);
     answerRefusal(client,
                   "nothing was reset: date and time format are the device's defaults already, or "
-                  "not the user's to reset");
+                  "were not set by the user");
   });
 }
 

@@ -40,10 +40,10 @@ void describeKept(const SecurityLog::Kept& kept, Json& reply) {
   }
   if (kept.dropped > 0) {
     note = "records kept: " + std::to_string(kept.records) +
-           "; older ones gone: " + std::to_string(kept.dropped) + ", as the newest " +
+           "; dropped: " + std::to_string(kept.dropped) + ", because the log keeps the newest " +
            std::to_string(SecurityLog::kSets) + " accepted sets, " +
-           std::to_string(SecurityLog::kHostActs) + " other accepted ones and " +
-           std::to_string(SecurityLog::kRefused) + " refused ones stay; " + note;
+           std::to_string(SecurityLog::kHostActs) + " other accepted records and " +
+           std::to_string(SecurityLog::kRefused) + " refused records; " + note;
   }
   if (kept.last > 0 || kept.unwritten > 0) reply["note"] = note;
 }

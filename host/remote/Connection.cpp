@@ -209,7 +209,7 @@ void Connection::checkOutbox() {
     case Outbox::State::overflowed:
       return drop("does not read its messages");
     case Outbox::State::failed:
-      return drop(("cannot be sent to: " + reasonOf(m_peer->outbox().error())).c_str());
+      return drop(("sending failed: " + reasonOf(m_peer->outbox().error())).c_str());
     default:
       // The client is unreachable. Calls that it sent before are still executed; control requests
       // are not, and its place becomes free.

@@ -58,7 +58,8 @@ void FrameSocket::send(const Frame& frame) {
     } else if (!isTemporary(errno)) {
       throw HostGone(std::string("the host disconnected: ") + std::strerror(errno));
     } else if (!waitFor(m_descriptor.get(), POLLOUT, deadline)) {
-      throw HostGone("the host does not read");
+      throw HostGone("the host did not read a request within " +
+                     std::to_string(kSendLimit.count()) + " s");
     }
   }
 }

@@ -12,8 +12,8 @@ void RateLimitedLog::log(const char* why, Clock::time_point now) noexcept {
   if (m_suppressed == 0) {
     logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s", m_kind, why);
   } else {
-    logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s; so were %llu since the last line",
-              m_kind, why, static_cast<unsigned long long>(m_suppressed));
+    logAppUni("clockhost", 3, __FILE__, __LINE__, "%s: %s; %llu more since the last line", m_kind,
+              why, static_cast<unsigned long long>(m_suppressed));
   }
   m_suppressed = 0;
   m_next = now + kBetweenLines;

@@ -57,7 +57,7 @@ Descriptor lockFolder(const std::filesystem::path& folder, const std::filesystem
   Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!descriptor.valid() || lockInTime(descriptor.get(), patience)) return descriptor;
   throw Error("socket " + file.string() + ": its folder " + folder.string() +
-              " stays locked by another process; end that one, or choose another folder");
+              " stays locked by another process; end that process, or choose another folder");
 }
 
 std::filesystem::path folderOf(const std::filesystem::path& file) {

@@ -69,7 +69,7 @@ void keepOnlyClockPrivilege(std::optional<gid_t> group) {
   capabilities[kWord].effective = kept;
   capabilities[kWord].permitted = kept;
   if (!callWith(SYS_capset, capabilities)) {
-    throw Error(std::string("the other privileges cannot be given up: ") + std::strerror(errno));
+    throw Error(std::string("cannot drop the other privileges: ") + std::strerror(errno));
   }
 }
 

@@ -175,7 +175,7 @@ void EventLoop::onReadable(int descriptor, std::chrono::milliseconds delay,
                            std::function<void()> task) {
   Descriptor own(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
   if (!own.valid()) {
-    throw Error(std::string("a descriptor cannot be waited for: ") + strerror(errno));
+    throw Error(std::string("cannot wait for a descriptor: ") + strerror(errno));
   }
   asio::posix::stream_descriptor stream(m_impl->io, own.get());
   static_cast<void>(own.release());

@@ -23,7 +23,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kWhat = "the pipe of the time reports: ";
+constexpr const char* kWhat = "report pipe: ";
 
 constexpr int kError = 2;
 
@@ -40,11 +40,11 @@ constexpr std::uint32_t kChangesOfAFolder = IN_DELETE_SELF | IN_MOVE_SELF;
 constexpr std::uint32_t kChangesInTheFolder = IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO;
 
 [[noreturn]] void fail(const std::string& path, const std::string& what) {
-  throw Error(kWhat + path + ": " + what);
+  throw Error(kWhat + path + " " + what);
 }
 
 [[noreturn]] void failWithReason(const std::string& path) {
-  fail(path, std::strerror(errno));
+  throw Error(kWhat + path + ": " + std::strerror(errno));
 }
 
 struct stat statusOf(const Descriptor& file, const std::string& path) {
@@ -163,8 +163,8 @@ void ReportPipe::restore() try {
   if (isThere && areSame(found, statusOf(m_pipe, m_path))) return;
   replace();
 } catch (const std::exception& error) {
-  logAppUni("clockhost", kError, __FILE__, __LINE__, "deleted or replaced, and not recreated: %s",
-            error.what());
+  logAppUni("clockhost", kError, __FILE__, __LINE__,
+            "the report pipe was deleted or replaced, and is not recreated: %s", error.what());
 }
 
 // Takes the pipe at the path, or creates it, and moves the listener over to it.
@@ -172,10 +172,10 @@ void ReportPipe::replace() {
   const Descriptor pipe = acquire();
   if (areSame(statusOf(pipe, m_path), statusOf(m_pipe, m_path))) return;
   logAppUni("clockhost", ApplicationLog::kWarning, __FILE__, __LINE__,
-            "%s%s: was deleted or replaced; it is recreated", kWhat, m_path.c_str());
+            "%s%s was deleted or replaced; it is recreated", kWhat, m_path.c_str());
   // Kept open with four zero bytes in it, so that a listener that opens it late does not block.
   m_replaced.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
-  if (!m_replaced.valid()) failWithReason(m_path + ": its listener cannot be woken");
+  if (!m_replaced.valid()) failWithReason(m_path + ": cannot wake its listener");
   if (dup3(pipe.get(), m_pipe.get(), O_CLOEXEC) < 0) failWithReason(m_path);
   constexpr std::uint32_t kNoTime = 0;
   if (write(m_replaced.get(), &kNoTime, sizeof kNoTime) < 0) {
@@ -187,7 +187,7 @@ void ReportPipe::watchFolder(int folder, std::uint32_t changes) {
   if (!m_inotify.valid()) return;
   const std::string path = "/proc/self/fd/" + std::to_string(folder);
   const int watch = inotify_add_watch(m_inotify.get(), path.c_str(), changes);
-  if (watch < 0) failWithReason(m_path + ": cannot be watched");
+  if (watch < 0) failWithReason(m_path + " cannot be watched");
   m_watches.insert(watch);
 }
 

@@ -79,7 +79,7 @@ class Walk {
     const struct stat status = statusOf(folder);
     if (!S_ISDIR(status.st_mode)) fail("is not a folder");
     const std::string reason = reasonToDistrust(status, geteuid(), getegid());
-    if (!reason.empty()) refuse(reason);
+    if (!reason.empty()) refuse(" " + reason);
     m_folder = std::move(folder);
     if (m_each) m_each(m_folder.get());
   }
@@ -107,13 +107,13 @@ class Walk {
 
   [[noreturn]] void fail() const {
     const bool full = errno == EMFILE || errno == ENFILE;
-    refuse(std::string(std::strerror(errno)) + "; " + (full ? kMoreFiles : kAdvice));
+    refuse(std::string(": ") + std::strerror(errno) + "; " + (full ? kMoreFiles : kAdvice));
   }
 
-  [[noreturn]] void fail(const std::string& what) const { refuse(what + "; " + kAdvice); }
+  [[noreturn]] void fail(const std::string& what) const { refuse(" " + what + "; " + kAdvice); }
 
   [[noreturn]] void refuse(const std::string& why) const {
-    throw Error((m_path.empty() ? "/" : m_path) + ": " + why);
+    throw Error((m_path.empty() ? "/" : m_path) + why);
   }
 
   const std::size_t m_mostCreated;

@@ -68,7 +68,7 @@ WantedEvent readEvent(WordReader& words) {
   for (const std::string& word : words.rest()) {
     const std::string name = parseArgument(word).getName();
     if (rowNamed(event->request, name) == nullptr) {
-      WordReader::fail(quotedText(name) + " is no parameter of " + wanted.name +
+      WordReader::fail(quotedText(name) + " is not a parameter of " + wanted.name +
                        suggestionFor(*event, name));
     }
     wanted.parameters.push_back(word);

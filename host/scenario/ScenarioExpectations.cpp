@@ -60,7 +60,7 @@ CallExpectation readCallWords(WordReader& words) {
     } else if (rowNamed(method->reply, parameter) != nullptr) {
       wanted.push_back(word);
     } else {
-      WordReader::fail(quotedText(parameter) + " is no parameter of " + name +
+      WordReader::fail(quotedText(parameter) + " is not a parameter of " + name +
                        suggestionFor(*method, parameter));
     }
   }
@@ -136,7 +136,7 @@ Run expectRefused(WordReader& words) {
     };
   }
   return [request](ScenarioDevice& device) {
-    if (device.request(request).value("ok", false)) fail("a refusal", "none: it was done");
+    if (device.request(request).value("ok", false)) fail("a refusal", "success");
   };
 }
 
@@ -218,7 +218,7 @@ constexpr Expectation kExpectations[] = {
 }  // namespace
 
 Run readExpectation(std::span<const std::string> words) {
-  if (words.empty()) throw UsageError("what is expected is missing: `expect get KEY VALUE`");
+  if (words.empty()) throw UsageError("the expectation is missing, as in `expect get KEY VALUE`");
   const bool two = words.size() > 1 && (words.front() == "no" || words.front() == "next");
   const std::string name = two ? words[0] + ' ' + words[1] : words.front();
   const Expectation* const row = rowNamed(kExpectations, name);

@@ -86,7 +86,7 @@ Run runVerb(std::span<const std::string> words) {
   return [request](ScenarioDevice& device) {
     const Json answer = device.request(request);
     if (!answer.value("ok", false)) {
-      throw ScenarioFailure("expected it to be done, got a refusal: " +
+      throw ScenarioFailure("expected success, got a refusal: " +
                             answer.value("error", std::string()));
     }
   };
@@ -114,7 +114,7 @@ Run readStore(WordReader& words) {
   return [key, value](ScenarioDevice& device) {
     const char* const schema = DASUtilsStrings::ClockSettingsSchema;
     if (!device.device().store().setItem(schema, key, value)) {
-      throw ScenarioFailure("expected it to be stored, got a refusal of the store");
+      throw ScenarioFailure("expected success, got a refusal by the store");
     }
   };
 }
@@ -123,7 +123,7 @@ Run readExpect(WordReader& words) {
   return readExpectation(words.rest());
 }
 
-// The steps beside the verbs of clockctl.
+// The steps that are not verbs of clockctl.
 struct StepLine {
   std::string_view name;
   std::string_view usage;

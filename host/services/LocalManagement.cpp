@@ -25,10 +25,10 @@ bool guarded(const char* operation, const std::string& key, Operation call) {
   try {
     return call();
   } catch (const std::exception& error) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the agent threw \"%s\"",
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the service threw \"%s\"",
               operation, key.c_str(), error.what());
   } catch (...) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the agent threw",
+    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the service threw",
               operation, key.c_str());
   }
   return false;

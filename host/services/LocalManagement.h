@@ -64,7 +64,7 @@ class LocalManagement : public Executable, public LocalMgmtIfc {
   // Called for each change report, on the agent's thread.
   void onReport(ReportListener listener);
 
-  // Called after each set in which the agent threw, on the thread of the set.
+  // Called after each set in which the service threw, on the thread of the set.
   void onThrownSet(ReportListener listener);
 
   // Removes all agents, observed keys and pending changes.

@@ -21,7 +21,7 @@ std::int64_t Repeats::earlier(const Attempt& attempt, Time now) {
   Run* const run = find(attempt, now);
   if (run == nullptr) return 0;
   const bool same = attempt.content == run->last.content;
-  if (!same && (!attempt.cheap || run->records < kOwnRecords)) return 0;
+  if (!same && (attempt.synced || run->records < kOwnRecords)) return 0;
   run->time = now;
   return run->number;
 }
@@ -32,7 +32,7 @@ void Repeats::recorded(Attempt attempt, std::int64_t number, Time now) {
     return;
   }
   m_runs.push_front({std::move(attempt), number, 1, now});
-  if (m_runs.size() > kSources) m_runs.pop_back();
+  if (m_runs.size() > kRuns) m_runs.pop_back();
 }
 
 void Repeats::forget(std::int64_t number) {

@@ -8,26 +8,27 @@
 
 namespace host {
 
-// Decides which attempts the security log counts in an earlier record instead of writing a new one,
-// so that no source can flood the log with attempts that need no sync. A source is a user with all
-// of that user's processes, so a shell loop is one source. Unless the source was idle for kIdle, an
-// attempt is counted if it equals the previous one; a cheap attempt also if kOwnRecords of them
-// already have their own records.
+// Decides which attempts the security log counts in an earlier record instead of writing a new one.
+// Otherwise a user could flood the log with attempts that need no sync. A run is a user's attempts
+// with the same code and outcome, from any process, each within kIdle of the previous one. An
+// attempt is counted in the last record of its run
+// - if it equals the run's previous attempt, or
+// - if it needs no sync and the run already has kOwnRecords records.
 // Owner: the security log. Thread: one at a time.
 class Repeats {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  static constexpr std::chrono::seconds kIdle{60};  // afterwards a source gets new records
-  static constexpr int kOwnRecords = 20;            // enough to show what a source tries
-  static constexpr std::size_t kSources = 64;       // remembered; the least recent one is dropped
+  static constexpr std::chrono::seconds kIdle{60};  // afterwards a new run begins
+  static constexpr int kOwnRecords = 20;            // enough to show what a user tries
+  static constexpr std::size_t kRuns = 64;          // remembered; the least recent one is dropped
 
   struct Attempt {
     std::string user;
     bool failure;
-    int code;             // of the event; each is counted separately
-    bool cheap;           // needs no sync: a refusal, or an event that the host records
-    std::string content;  // all other fields in which two attempts of a user can differ
+    int code;             // of the event
+    bool synced;          // waits for the disk, which limits its rate: an accepted set
+    std::string content;  // all other fields in which two attempts of a run can differ
   };
 
   // The number of the record that must count the attempt; 0: write a new record.

@@ -78,8 +78,8 @@ Repeats::Attempt SecurityLog::attemptOf(const SecurityRecord& record) {
   for (const int number : {record.facility, record.severity, record.eventClass, record.eventCode}) {
     content += '\0' + std::to_string(number);
   }
-  const bool cheap = kindOf(record) != Kind::set;
-  return {userOf(record.origin), record.failure, record.eventCode, cheap, std::move(content)};
+  const bool synced = kindOf(record) == Kind::set;
+  return {userOf(record.origin), record.failure, record.eventCode, synced, std::move(content)};
 }
 
 SecurityLog::SecurityLog() : SecurityLog(std::make_unique<SqliteDatabase>(kStore)) {}

@@ -45,7 +45,8 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
  public:
   static constexpr const char* kFileName = "security.db";
   static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is upgraded when opened
-  // The most records of each Kind. Separate limits, so that cheap records never displace a set.
+  // The most records of each Kind. Separate limits, so that records that need no sync never
+  // displace a set.
   static constexpr std::int64_t kSets = 5'000;
   static constexpr std::int64_t kHostActs = 2'500;
   static constexpr std::int64_t kRefused = 2'500;

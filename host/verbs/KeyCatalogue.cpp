@@ -39,11 +39,13 @@ constexpr ManagementKey kKeys[] = {
     {"sntp-tz-offset", true, "hours east of UTC",
      "a decimal number, not empty: -12.5 to 12.5 are hours, beyond that they are seconds", kZone,
      "-5"},
-    {"daylight-save", true, "daylight saving is on", "true or false", kZone, "true"},
+    {"daylight-save", true, "whether daylight saving is on", "true or false", kZone, "true"},
     {"daylight-save-minutes", true, "the shift of daylight saving", "minutes; stored unchecked",
      kZone, "60"},
     {"time-source", true, "where the time comes from",
-     "a number; 0 switches local time off on the QEX software type; stored unchecked", kZone, "1"},
+     "a number; with software type Velmora QEX, 0 shows UTC instead of local time; stored "
+     "unchecked",
+     kZone, "1"},
     {"daylight-save-zone-list", false, "the names of the zones, each followed by a semicolon", "",
      "", ""},
     {"daylight-save-zone-index", true, "the zone, as its row in the list", "0-14",
@@ -51,8 +53,8 @@ constexpr ManagementKey kKeys[] = {
      "12"},
     {"daylight-save-zone-text", false, "the name of the zone", "", "", ""},
     {"daylight-save-zone-id", true, "the zone, by its identifier", "0-14", kZone, "12"},
-    {"auto-daylight-save", true, "daylight saving follows the rule of the zone", "true or false",
-     kZone, "true"},
+    {"auto-daylight-save", true, "whether daylight saving follows the rule of the zone",
+     "true or false", kZone, "true"},
 };
 static_assert(std::size(kKeys) == 16);
 

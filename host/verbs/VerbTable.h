@@ -4,8 +4,8 @@
 #include "verbs/VerbPrinters.h"
 #include "verbs/VerbWords.h"
 
-// The whole command line of clockctl, and the verbs of a scenario, in the order of the help. What
-// the host does for each control verb and action stands in operator/HostActions.cpp.
+// The whole command line of clockctl, and the verbs of a scenario, in the order of the help.
+// operator/HostActions.cpp has what the host does for each control verb and action.
 namespace host {
 
 inline constexpr VerbWord kKey{"KEY", "key", readText};
@@ -21,7 +21,7 @@ inline constexpr VerbAction kClockActions[] = {
      true},
     {"next", "let time pass up to the next timer"},
     {"jump",
-     "set the wall clock; uptime and timers stay",
+     "set the wall clock, but not uptime and timers",
      {VerbWord{"UTC", "seconds", readInstant}}},
     {"to",
      "go to ten seconds before the landmark, and pause",

@@ -45,7 +45,7 @@ constexpr FaultPoint kPoints[] = {
     {"script rename",   Call::scriptRename,   EIO,    kScript},
     {"spawn",           Call::spawn,          EAGAIN, "cannot start \"[^\"]*\""},
     {"thread creation", Call::threadCreation, EAGAIN, kThread},
-    {"pipe open",       Call::pipeOpen,       EMFILE, "Cannot open .*ntpclient|pipe of the time reports", true},
+    {"pipe open",       Call::pipeOpen,       EMFILE, "Cannot open .*ntpclient|report pipe", true},
     {"pipe read",       Call::pipeRead,       EIO,    "Read failed", true},
     {"accept",          Call::accept,         ENOBUFS, "cannot accept clients"},
     {"accept, full",    Call::accept,         EMFILE, "client turned away"},

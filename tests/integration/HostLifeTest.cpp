@@ -37,7 +37,7 @@ TEST_P(Terminated, EndsInOrderWithinASecond) {
 
 INSTANTIATE_TEST_SUITE_P(BySignal, Terminated, ::testing::Values(SIGINT, SIGTERM));
 
-TEST_F(HostLife, GoesOnAfterItsTerminalHasHungUp) {
+TEST_F(HostLife, SurvivesTheEndOfItsTerminal) {
   start();
   program().signal(SIGHUP);
   EXPECT_EQ(ctl({"get", "date-format"}).out, "0\n");
@@ -66,7 +66,7 @@ TEST_F(HostLife, RefusesASecondHostAndGoesOn) {
   expectOneLine(startAnother({"--socket", socket}), 1,
                 {"state folder", this->state().string(), "is in use by another host"});
   expectOneLine(startAnother({"--state", state, "--socket", socket}), 1,
-                {"ntpclient: is in use by another host"});
+                {"ntpclient is in use by another host"});
   EXPECT_EQ(ctl({"set", "date-format", "2"}).status, 0);
 }
 
@@ -109,8 +109,8 @@ TEST_F(HostLife, HasItsPipeInItsStateFolderWithoutADeviceRoot) {
   EXPECT_TRUE(fs::is_fifo(state() / "device/tmp/votk/ipc/ntpclient"));
 }
 
-// As in `clockhost 2>&1 | less` when nobody scrolls.
-TEST_F(HostLife, RunsAndEndsBehindAStandardErrorThatNobodyReads) {
+// As in `clockhost 2>&1 | less` while the user does not scroll.
+TEST_F(HostLife, RunsAndEndsWhileItsStandardErrorIsNotRead) {
   const fs::path pipe = folder() / "unread";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
@@ -130,7 +130,7 @@ std::string modeOf(const fs::path& file) {
          std::to_string(found.st_mode & 7U);
 }
 
-TEST_F(HostLife, OpensItsSocketsWhereAndForWhomTheOptionsSay) {
+TEST_F(HostLife, OpensItsSocketsAsTheOptionsSay) {
   const group* const own = ::getgrgid(::getegid());  // NOLINT(concurrency-mt-unsafe)
   ASSERT_NE(own, nullptr) << "this user's group has no name";
   const std::string control = folder() / "elsewhere";

@@ -231,7 +231,7 @@ TEST(ClockCtlAnswers, WithoutALastPageAreRefused) {
                                             {"--json security-log", page(2), page(1)}}) {
     const Outcome outcome = runBesideOddHost(line, {first, second, R"({"ok":true,"records":[]})"});
     EXPECT_EQ(outcome.status, 1) << line;
-    EXPECT_EQ(outcome.err, "clockctl: the host's answer does not end\n");
+    EXPECT_EQ(outcome.err, "clockctl: the host's pages do not advance\n");
   }
 }
 

@@ -1,4 +1,4 @@
-// The host's own records in the security log, beside the service's records of each set.
+// The host's own records in the security log, in addition to the service's records of sets.
 
 #include <gtest/gtest.h>
 
@@ -105,7 +105,7 @@ TEST_F(RecordedTelephone, RecordsRemoteSetsWithTheirOutcome) {
              "accepted 6 Remote call setFallbackTime()"}));
 }
 
-// As RemoteServer and the loop do it.
+// Handles a call as RemoteServer and the loop do.
 class MovedTelephone : public RecordedTelephone {
  protected:
   std::shared_ptr<KnownChannel> begin(const char* request) {
@@ -253,7 +253,7 @@ TEST(SecurityLogDocument, StatesTheBounds) {
                                    std::to_string(SecurityLog::kLongestText) + " bytes",
                                    "first " + std::to_string(Repeats::kOwnRecords),
                                    std::to_string(Repeats::kIdle.count()) + " seconds",
-                                   std::to_string(Repeats::kSources) + " sources"}) {
+                                   std::to_string(Repeats::kRuns) + " runs"}) {
     EXPECT_NE(document.find(bound), std::string::npos) << bound;
   }
 }

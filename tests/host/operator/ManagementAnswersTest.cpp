@@ -132,8 +132,8 @@ TEST_F(ManagedTelephone, ListsItsSecurityLogInPages) {
     EXPECT_EQ(answer.at("dropped"), 1);
     EXPECT_EQ(
         answer.at("note"),
-        "records kept: 5000; older ones gone: 1, as the newest 5000 accepted sets, 2500 other "
-        "accepted ones and 2500 refused ones stay; a power cut may lose the latest records; "
+        "records kept: 5000; dropped: 1, because the log keeps the newest 5000 accepted sets, 2500 "
+        "other accepted records and 2500 refused records; a power cut may lose the latest records; "
         "stopping the host does not");
   }
   EXPECT_EQ(last, SecurityLog::kSets + 1);

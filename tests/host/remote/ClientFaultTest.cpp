@@ -150,8 +150,7 @@ TEST(ClientFault, ObserverIsDroppedWithoutMemoryForItsEvent) {
     EXPECT_EQ(server.device.notify(event), 0);
   }
   EXPECT_TRUE(server.becomes([&] { return server.clients() == 0; }));
-  EXPECT_EQ(linesOf(log),
-            std::vector{"client 1 dropped: cannot be sent to: Cannot allocate memory"s});
+  EXPECT_EQ(linesOf(log), std::vector{"client 1 dropped: sending failed: Cannot allocate memory"s});
 }
 
 TEST(ClientFault, CallerThatReadsLateGetsAllReplies) {

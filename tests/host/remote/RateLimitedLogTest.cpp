@@ -20,7 +20,7 @@ TEST(RateLimitedLog, CountsTheLinesSuppressedSinceTheLastOne) {
   line.log("third", kNextLine + RateLimitedLog::kBetweenLines);
   EXPECT_EQ(log.text(),
             "clockhost 3: client turned away: first\n"
-            "clockhost 3: client turned away: second; so were 3 since the last line\n"
+            "clockhost 3: client turned away: second; 3 more since the last line\n"
             "clockhost 3: client turned away: third\n");
 }
 

@@ -40,7 +40,7 @@ bool canConnect(const std::filesystem::path& file) {
   return ::connect(socket.get(), address.get(), address.size()) == 0;
 }
 
-// As a killed host leaves it.
+// A socket file as a killed host leaves it.
 void leaveStale(const std::filesystem::path& file) {
   const SocketAddress address(file);
   const Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
@@ -181,12 +181,12 @@ TEST_F(SocketFileInNewFolder, OneOfManyThatStartAtOnceGetsIt) {
   }
 }
 
-// A stopped process, or one of another user, may hold the folder's lock for ever.
+// A stopped process, or one of another user, may hold the folder's lock forever.
 TEST_F(SocketFileInNewFolder, RefusesAFolderThatStaysLocked) {
   const Descriptor lock(::open(folder.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
   EXPECT_EQ(refusalOf(file), "socket " + file.string() + ": its folder " + folder.path().string() +
-                                 " stays locked by another process; end that one, or choose "
+                                 " stays locked by another process; end that process, or choose "
                                  "another folder");
   EXPECT_FALSE(std::filesystem::exists(file));
 }

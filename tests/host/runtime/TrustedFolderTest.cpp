@@ -121,7 +121,7 @@ TEST_F(TrustedFolder, IsNotBelowAFolderThatOthersMayWrite) {
   fs::permissions(m_folder / "a", fs::perms::all);
   EXPECT_THAT(
       refusal(m_folder / "a/b"),
-      HasSubstr("a: is writable by others; remove that permission, or name another place with "
+      HasSubstr("a is writable by others; remove that permission, or name another place with "
                 "--device-root"));
   fs::permissions(m_folder / "a", fs::perms::all | fs::perms::sticky_bit);
   EXPECT_EQ(refusal(m_folder / "a/b"), "");
@@ -132,7 +132,7 @@ TEST_F(TrustedFolder, IsNotBelowAFolderOfAnotherUser) {
   fs::create_directories(m_folder / "a/b");
   ASSERT_EQ(chown((m_folder / "a").c_str(), 12345, 12345), 0);
   EXPECT_THAT(refusal(m_folder / "a/b"),
-              HasSubstr("a: belongs to another user; name another place with --device-root"));
+              HasSubstr("a belongs to another user; name another place with --device-root"));
 }
 
 TEST_F(TrustedFolder, IsReachedThroughOwnLinks) {
@@ -152,7 +152,7 @@ TEST_F(TrustedFolder, IsNotReachedThroughLinksOfAnotherUser) {
   fs::create_directory_symlink(m_folder / "target", m_folder / "link");
   ASSERT_EQ(lchown((m_folder / "link").c_str(), 12345, 12345), 0);
   EXPECT_THAT(refusal(m_folder / "link/b"),
-              HasSubstr("link: is a link of another user; name another place with --device-root"));
+              HasSubstr("link is a link of another user; name another place with --device-root"));
 }
 
 TEST_F(TrustedFolder, IsNotReachedThroughALoopOfLinks) {
@@ -165,9 +165,9 @@ TEST_F(TrustedFolder, IsNotReachedThroughALoopOfLinks) {
 TEST_F(TrustedFolder, IsNotAFile) {
   std::ofstream(m_folder / "file") << "x";
   EXPECT_THAT(refusal(m_folder / "file"),
-              HasSubstr("file: is not a folder; name another place with --device-root"));
+              HasSubstr("file is not a folder; name another place with --device-root"));
   EXPECT_THAT(refusal(m_folder / "file/b"),
-              HasSubstr("file: is not a folder; name another place with --device-root"));
+              HasSubstr("file is not a folder; name another place with --device-root"));
 }
 
 }  // namespace

@@ -124,10 +124,10 @@ TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
       {"expect report date-format 2", "1: expected a report of date-format 2, got none\n"},
       {"set daylight-save-zone-index 3\nexpect no report",
        "2: expected no report, got daylight-save-zone-id 3\n"},
-      {"expect refused set date-format 1", "1: expected a refusal, got none: it was done\n"},
+      {"expect refused set date-format 1", "1: expected a refusal, got success\n"},
       {"expect refused call getTime", "1: expected no reply, got getTimeStringReturn=00:00\n"},
       {"set daylight-save yes",
-       "1: expected it to be done, got a refusal: \"daylight-save\" refused \"yes\"; it "
+       "1: expected success, got a refusal: \"daylight-save\" refused \"yes\"; it "
        "takes true or false\n"},
       {"call nothing", "1: expected a reply, got none\n"},
       {"expect value mac-addr 1", "1: expected mac-addr \"1\", got no such value\n"},

@@ -42,7 +42,7 @@ TEST(DeviceValueChanges, NotifyOtherObserversWhenOneThrows) {
   EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
   management.setValue("dhcp-enabled", "true");
   EXPECT_EQ(second.notes.size(), 1U);
-  EXPECT_TRUE(log.has(2, "change of \"dhcp-enabled\" refused: the agent threw \"no\""));
+  EXPECT_TRUE(log.has(2, "change of \"dhcp-enabled\" refused: the service threw \"no\""));
 }
 
 TEST(DeviceValueChanges, ByAnAgentNotifyObserversAfterItsCall) {

@@ -57,7 +57,7 @@ TEST_F(ClockAgentRegistered, ExceptionOfTheAgentIsARefusalWithOneErrorLine) {
   EXPECT_FALSE(management.get("simple-time", value));
   EXPECT_FALSE(management.reset());
   EXPECT_TRUE(log.has(2,
-                      "set of \"simple-time\" refused: the agent threw "
+                      "set of \"simple-time\" refused: the service threw "
                       "\"basic_string::substr\""));
   EXPECT_EQ(log.entries().size(), 3U);
   agent.answer = [] { return true; };
@@ -79,7 +79,7 @@ TEST_F(ClockAgentRegistered, OnlyASetThatThrowsIsReportedAsThrown) {
   EXPECT_EQ(thrown, std::vector<std::string>{});
   EXPECT_FALSE(management.set("simple-time", "7"));
   EXPECT_EQ(thrown, std::vector<std::string>{"simple-time=7"});
-  EXPECT_TRUE(log.has(2, "set of \"simple-time\" refused: the agent threw"));
+  EXPECT_TRUE(log.has(2, "set of \"simple-time\" refused: the service threw"));
 }
 
 TEST_F(ClockAgentRegistered, DroppedAgentIsNotCalled) {

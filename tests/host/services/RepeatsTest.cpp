@@ -12,7 +12,7 @@ class RepeatedAttempts : public ::testing::Test {
  protected:
   // Returns the number of the record that counts the attempt, or of its own record.
   std::int64_t attempt(const std::string& user, bool failure, const std::string& content) {
-    const Repeats::Attempt attempt{user, failure, 3, failure, content};
+    const Repeats::Attempt attempt{user, failure, 3, !failure, content};
     if (const auto earlier = repeats.earlier(attempt, now)) return earlier;
     repeats.recorded(attempt, ++newest, now);
     return newest;
@@ -30,7 +30,7 @@ TEST_F(RepeatedAttempts, AreCountedWhenEqual) {
   EXPECT_EQ(accepted("x"), 1);
   EXPECT_EQ(refused("x"), 2);
   EXPECT_EQ(refused("x"), 2);
-  EXPECT_EQ(attempt("b", false, "x"), 3) << "another source";
+  EXPECT_EQ(attempt("b", false, "x"), 3) << "another user";
 }
 
 TEST_F(RepeatedAttempts, HaveRecordsWhenAcceptedAndDifferent) {
@@ -43,11 +43,11 @@ TEST_F(RepeatedAttempts, AreCountedWhenRefusedAfterTheFirstRecords) {
   for (int i = 0; i < 10'000; ++i) {
     EXPECT_EQ(refused("other " + std::to_string(i)), Repeats::kOwnRecords);
   }
-  EXPECT_EQ(attempt("b", true, "x"), Repeats::kOwnRecords + 1) << "another source";
+  EXPECT_EQ(attempt("b", true, "x"), Repeats::kOwnRecords + 1) << "another user";
 }
 
-// Accepted attempts or other sources in between do not lead to more records.
-TEST_F(RepeatedAttempts, AreCountedWhenRefusedInTurnWithOthers) {
+// Accepted attempts or other users in between do not lead to more records.
+TEST_F(RepeatedAttempts, AreCountedWhenRefusedAndInterleaved) {
   for (int i = 0; i < 1000; ++i) {
     refused(std::to_string(i));
     accepted("x");
@@ -71,12 +71,12 @@ TEST_F(RepeatedAttempts, AreNotCountedInADeletedRecord) {
   EXPECT_EQ(accepted("x"), 2);
 }
 
-TEST_F(RepeatedAttempts, OfTheLeastRecentSourceAreForgotten) {
-  for (std::size_t i = 1; i <= Repeats::kSources; ++i) attempt(std::to_string(i), true, "x");
+TEST_F(RepeatedAttempts, OfTheLeastRecentUserAreForgotten) {
+  for (std::size_t i = 1; i <= Repeats::kRuns; ++i) attempt(std::to_string(i), true, "x");
   EXPECT_EQ(attempt("1", true, "x"), 1);
   attempt("one more", true, "x");
   EXPECT_EQ(attempt("1", true, "x"), 1);
-  EXPECT_EQ(attempt("2", true, "x"), Repeats::kSources + 2);
+  EXPECT_EQ(attempt("2", true, "x"), Repeats::kRuns + 2);
 }
 
 }  // namespace
