@@ -8,7 +8,7 @@
 
 namespace bench {
 
-// The number below which `part` (0-1) of them lie. REQUIRES: not empty.
+// The quantile: `part` (0-1) of the numbers lie below it. REQUIRES: not empty.
 [[nodiscard]] double quantile(std::vector<double> numbers, double part);
 
 // Measures value and baseline alternately, so that a machine that slows down slows both. Each

@@ -29,7 +29,7 @@ class SystemCalls {
   std::atomic<std::size_t> m_syncs{0};
   std::string m_failure;
   std::latch m_seized{1};
-  std::jthread m_tracer;  // the system knows one thread as the tracer, so it does all of it
+  std::jthread m_tracer;  // one thread does it all: the kernel allows one tracing thread
 };
 
 }  // namespace bench

@@ -3,10 +3,10 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
-# Old compilers passed some classes differently; nothing here is mixed with what they built.
+# No notes about classes that older compilers passed differently: no object of such a compiler is linked.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
-# Not with -L: qemu then looks into that folder for every path that a program opens, "/" among them,
-# and a program that goes down from the root makes its folders there.
+# Not with qemu's -L FOLDER: qemu then looks up every path that a program opens in that folder first,
+# even "/", and a program that creates folders from the root down creates them there.
 set(cross_libraries /usr/arm-linux-gnueabihf/lib)
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm ${cross_libraries}/ld-linux-armhf.so.3 --library-path
                                   ${cross_libraries})

@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kLongestComplaint = 300;  // bytes of CLI11's text, which repeats the user's
+constexpr std::size_t kLongestError = 300;  // bytes of CLI11's text, which repeats the user's input
 
 // Each option with the type of its value, what it means, and its default.
 class HelpFormat : public CLI::Formatter {
@@ -60,7 +60,7 @@ bool OptionParser::read(std::span<const std::string> words, std::ostream& out) {
     exit(request, out, out);
     return false;
   } catch (const CLI::ParseError& error) {
-    throw UsageError(clippedText(error.what(), kLongestComplaint) + "; `" + get_name() +
+    throw UsageError(clippedText(error.what(), kLongestError) + "; `" + get_name() +
                      " --help` lists the options");
   }
 }

@@ -8,25 +8,25 @@
 namespace host {
 
 // Preallocated memory for one asynchronous wait on the loop, so that the wait can be restarted when
-// memory has run out. Owner: shared by the waiter and its operations. Thread: the loop's. Another
-// thread may start a wait when a flag says that none is pending.
+// memory has run out. Owner: shared by the waiter and its operations. Thread: the loop's, or
+// another one that starts a wait while none is pending.
 class WaitMemory {
  public:
-  // A larger or a second operation gets heap memory.
+  // An operation that is larger, or a second one at the same time, gets heap memory.
   void* take(std::size_t size) {
-    if (m_taken || size > m_room.size()) return ::operator new(size);
+    if (m_taken || size > m_buffer.size()) return ::operator new(size);
     m_taken = true;
-    return m_room.data();
+    return m_buffer.data();
   }
 
   void giveBack(void* place) {
-    if (place != m_room.data()) return ::operator delete(place);
+    if (place != m_buffer.data()) return ::operator delete(place);
     m_taken = false;
   }
 
  private:
   static constexpr std::size_t kSize = 256;  // bytes; an operation takes about half of it
-  alignas(std::max_align_t) std::array<std::byte, kSize> m_room;
+  alignas(std::max_align_t) std::array<std::byte, kSize> m_buffer;
   bool m_taken = false;
 };
 
@@ -35,7 +35,7 @@ template <class T>
 struct WaitAllocator {
   using value_type = T;
 
-  explicit WaitAllocator(std::shared_ptr<WaitMemory> room) : memory(std::move(room)) {}
+  explicit WaitAllocator(std::shared_ptr<WaitMemory> owner) : memory(std::move(owner)) {}
   // Allocators are converted implicitly.
   template <class Other>
   WaitAllocator(const WaitAllocator<Other>& other)  // NOLINT(google-explicit-constructor)

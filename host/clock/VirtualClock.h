@@ -120,8 +120,8 @@ class VirtualClock {
 
   mutable Mutex m_mutex;  // never held while an owner or listener runs
   Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};    // wall time at uptime 0
-  Nanoseconds m_anchorUptime CLOCK_GUARDED_BY(m_mutex){0};  // virtual uptime at ...
-  Nanoseconds m_anchorReal CLOCK_GUARDED_BY(m_mutex);       // ... this reading of m_real
+  Nanoseconds m_anchorUptime CLOCK_GUARDED_BY(m_mutex){0};  // virtual uptime at m_anchorReal
+  Nanoseconds m_anchorReal CLOCK_GUARDED_BY(m_mutex);       // a reading of m_real
   double m_speed CLOCK_GUARDED_BY(m_mutex) = 0;
   std::uint64_t m_speedSettings CLOCK_GUARDED_BY(m_mutex) = 0;
   // The uptime at which time stands still while timers are delivered.

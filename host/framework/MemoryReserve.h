@@ -8,8 +8,8 @@ namespace host {
 // finish the current frame. Cleaning up needs it too: the JSON library allocates while it frees a
 // document, and ends the process when it cannot.
 // Owner: the process, one at a time. Thread: any. Failure: an allocation that fails between the use
-// and refill() throws std::bad_alloc. On a thread that has not seen the last use of the reserve it
-// is tried again first: the reserve's memory may be free by now.
+// and refill() throws std::bad_alloc. A thread that has not seen the last use first retries its
+// allocation, because the memory of the reserve may be free again.
 class MemoryReserve {
  public:
   // Far more than a usual request needs. The system provides its pages only when they are used.

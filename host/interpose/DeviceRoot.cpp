@@ -15,7 +15,7 @@ constinit std::atomic<const std::string*> g_root{nullptr};
 constexpr int kNone = -1;
 constinit std::atomic<int> g_reportPipe{kNone};
 
-// Keeps all roots for ever, because another thread may still read an old one.
+// Never frees a root, because another thread may still read an old one.
 const std::string* keep(const std::string& root) {
   static Mutex mutex;
   static auto* const roots CLOCK_POINTEE_GUARDED_BY(mutex) = new std::list<std::string>;

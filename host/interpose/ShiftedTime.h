@@ -4,8 +4,8 @@
 
 namespace host {
 
-// During its lifetime the POSIX `time` returns a later time than the process clock on this thread;
-// the clock and other threads are not affected. Owner: a scope, one at a time on a thread.
+// While the object exists, the POSIX `time` returns a later time than the process clock on this
+// thread; the clock and other threads are not affected. Owner: a scope, one at a time on a thread.
 class ShiftedTime {
  public:
   explicit ShiftedTime(std::chrono::seconds later) noexcept;

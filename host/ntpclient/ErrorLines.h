@@ -20,16 +20,17 @@ class ErrorLines {
  public:
   using Instant = std::chrono::steady_clock::time_point;
 
-  // As long as the client waits between two rounds.
+  // The time that the client waits between two rounds.
   static constexpr std::chrono::hours kQuiet{1};
 
   // descriptor: remains the caller's.
   explicit ErrorLines(int descriptor = STDERR_FILENO) : m_descriptor(descriptor) {}
 
-  // Always one line.
+  // Writes one line about a step of the client, every time.
   void step(const std::string& what) const;
 
-  // One line. Repeats of the same complaint within kQuiet are only counted, in its next line.
+  // Writes one line about an error. Repeats of the same text within kQuiet are only counted; the
+  // next line says how many.
   void complain(const std::string& what, Instant now);
 
  private:

@@ -13,8 +13,8 @@ struct ChannelClosed : Error {
   using Error::Error;
 };
 
-// Sets a clock to the time since 1970-01-01 UTC. Throws Error, one line, and then leaves the clock
-// unchanged; ChannelClosed when further attempts would fail, too.
+// Sets a clock to a time since 1970-01-01 UTC. Failure: the clock is unchanged. Throws Error with
+// one line, or ChannelClosed when further attempts would fail too.
 using SetClock = std::function<void(std::chrono::nanoseconds sinceEpoch)>;
 
 // The clock of the host at the other end of the channel; see clock/ClockMessage.h.
@@ -23,7 +23,7 @@ class HostClock {
  public:
   explicit HostClock(Descriptor channel) : m_channel(std::move(channel)) {}
 
-  // As SetClock.
+  // Sets the clock; throws as SetClock does.
   void set(std::chrono::nanoseconds sinceEpoch) const;
 
   // Tells the host that this program runs without a system call filter. error: errno, the reason.

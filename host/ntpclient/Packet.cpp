@@ -61,7 +61,8 @@ bool isFar(std::span<const std::uint8_t> packet) {
   return delay < 0 || delay >= kOneSecond || word(packet, kRootDispersion) >= kOneSecond;
 }
 
-// Checks first that it answers our request: nobody else may silence us with a kiss-of-death.
+// Checks first that the packet answers our request: only our server may stop us with a
+// kiss-of-death.
 Verdict check(std::span<const std::uint8_t> packet, std::uint64_t nonce) {
   if (packet.size() < kPacketSize) return Verdict::tooShort;
   const unsigned flags = packet[kFlags];

@@ -20,7 +20,7 @@ AuditRecord::~AuditRecord() {
   try {
     if (m_state == State::begun) m_text += m_howFar();
   } catch (const std::exception&) {
-    // Out of memory: record the text without it.
+    // Out of memory: record the text without its end.
   }
   const OriginScope origin(m_origin);
   m_log.note(m_event, m_state == State::refused, m_text);

@@ -9,9 +9,9 @@
 
 namespace host {
 
-// A security record of something that a client makes the host do. The destructor writes it, with
-// the origin at construction (originHere): as refused, unless done() or begun() was called. Thread:
-// one.
+// The security record of an action that a client requests. The destructor writes the record, with
+// the origin at construction (originHere). The record says "refused" unless done() or begun() was
+// called. Thread: one.
 class AuditRecord {
  public:
   AuditRecord(SecurityLog& log, SecurityLog::Event event, std::string text);
@@ -21,7 +21,7 @@ class AuditRecord {
 
   void done() { m_state = State::done; }
 
-  // It has had an effect. Unless done() follows, the record's text ends with that of `howFar`.
+  // The action has had an effect. Unless done() follows, the text of `howFar` ends the record.
   void begun(std::function<std::string()> howFar);
 
  private:

@@ -154,7 +154,7 @@ void actOnClockTo(Controller& controller, const Json& request, const Channel& ch
     const Landmark* const landmark = rowNamed(landmarks(), name);
     if (landmark == nullptr)
       throw Error("unknown landmark " + quotedText(name) + "; write " + landmarkNames());
-    return goBefore(device, *landmark);
+    return moveBefore(device, *landmark);
   };
   controller.moves().add(recordedMove(controller, request, goTo), channel);
 }

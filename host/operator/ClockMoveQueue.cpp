@@ -40,7 +40,7 @@ void ClockMoveQueue::runSlice() try {
   giveUp(error.what());
 }
 
-// Without a next slice the moves would wait for ever. An answer would need memory; a channel that
+// Without a next slice the moves would wait forever. An answer would need memory; a channel that
 // is destroyed without an answer refuses its request, and needs none.
 void ClockMoveQueue::giveUp(const char* why) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),

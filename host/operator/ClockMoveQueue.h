@@ -15,7 +15,7 @@ class VirtualClock;
 
 // The moves of the clock that clients have requested, one after another. A move runs in slices on
 // the loop, which serves other clients in between. A move whose client is gone stops where it is.
-// Owner: the controller. Thread: the framework's. Failure: an exception of a move is its refusal.
+// Owner: the controller. Thread: the framework's. Failure: a move that throws is refused.
 // When memory runs out, all moves stop where they are, with a log line.
 class ClockMoveQueue {
  public:

@@ -20,13 +20,13 @@ using Nanoseconds = VirtualClock::Nanoseconds;
 
 // The service's own one-shot timers take 1 ms, and may start each other.
 constexpr Nanoseconds kSettling = std::chrono::milliseconds(10);
-// After a far jump: long enough for the hourly timer to expire once, whenever it is due, and once
-// more.
+// Time that passes after a jump over a long distance: long enough for the hourly timer to expire
+// once, whenever it is due, and once more for the new time.
 constexpr seconds kRearming = std::chrono::hours(2);
 constexpr seconds kProbe{1};
 
 // Pauses the clock for as long as the object exists. The destructor restores the former speed,
-// unless the pause was made permanent or somebody has set a speed meanwhile.
+// unless the pause was made permanent or a speed was set meanwhile.
 class ClockPause {
  public:
   explicit ClockPause(VirtualClock& clock) : m_clock(clock), m_speed(clock.speed()) {
@@ -44,11 +44,11 @@ class ClockPause {
  private:
   VirtualClock& m_clock;
   const double m_speed;
-  std::uint64_t m_setting = 0;  // the one that this object made
+  std::uint64_t m_setting = 0;  // number of the setting that paused the clock
   bool m_permanent = false;
 };
 
-// A move to a landmark that has begun.
+// State of a move to a landmark, from its begin to its arrival.
 struct LandmarkMove {
   std::shared_ptr<ClockPause> pause;
   time_t target = 0;
@@ -87,7 +87,7 @@ time_t requireNext(const Landmark& landmark, time_t now) {
               std::string(landmark.remedy));
 }
 
-// Whether the service's time follows the clock. After it was set by hand it follows the uptime, and
+// Whether the service's time follows the clock. A time that was set by hand follows the uptime, and
 // may equal the clock's by chance. So show the service a shifted time, without moving the clock.
 // REQUIRES: the clock is paused.
 bool followsClock(Device& device) {
@@ -96,10 +96,10 @@ bool followsClock(Device& device) {
   return serviceTime(device) != before;
 }
 
-// Returns the uptime at the end of the move. Jumps over most of a long one.
+// Returns the uptime at the end of the move. Jumps over most of a long move.
 Nanoseconds startMove(Device& device, seconds distance) {
   VirtualClock& clock = device.clock();
-  if (distance <= kPassable || !followsClock(device)) {
+  if (distance <= kFarthestAdvance || !followsClock(device)) {
     requireReachable(clock, distance);
     return clock.uptime() + distance;
   }
@@ -109,7 +109,8 @@ Nanoseconds startMove(Device& device, seconds distance) {
   return clock.uptime() + kRearming;
 }
 
-// To the second: the timers are armed a fraction of a second after the service's own full seconds.
+// One second more or less is accepted: the timers are armed a fraction of a second after the
+// service's own full seconds.
 void requireTimeBefore(Device& device, time_t target) {
   const seconds left(target - serviceTime(device));
   if (left == kJumpMargin || left == kJumpMargin - seconds(1)) return;
@@ -150,7 +151,7 @@ time_t serviceTime(Device& device) {
   return duration_cast<seconds>(device.clock().wall()).count();
 }
 
-ClockMove goBefore(Device& device, const Landmark& landmark) {
+ClockMove moveBefore(Device& device, const Landmark& landmark) {
   const auto move = std::make_shared<LandmarkMove>();
   const auto begin = [&device, &landmark, move] {
     requireReachable(device.clock(), kRearming);

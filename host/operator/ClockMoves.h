@@ -26,14 +26,14 @@ struct ClockMove {
 // hour's timer.
 [[nodiscard]] ClockMove passTime(Device& device, std::chrono::seconds duration);
 
-// Goes to kJumpMargin before the next such instant and pauses there. Up to kPassable ahead, time
-// passes. A farther landmark is reached by a jump to two hours before it, and then time passes, so
-// that the service's timers are armed for the instant in either case. A time that was set by hand
-// follows no jump: then time passes all the way. Refused at the end if the service's own time is
-// not the expected one.
-[[nodiscard]] ClockMove goBefore(Device& device, const Landmark& landmark);
+// Moves to kJumpMargin before the next instant of the landmark, and pauses. Up to kFarthestAdvance
+// ahead, time passes. Farther ahead, the clock jumps to two hours before the landmark, and time
+// passes from there. Either way the service's timers are armed for the landmark. A time that was
+// set by hand does not follow a jump: then time passes all the way. Refused at the end if the
+// service's own time is not the expected one.
+[[nodiscard]] ClockMove moveBefore(Device& device, const Landmark& landmark);
 
-inline constexpr std::chrono::hours kPassable{26};
+inline constexpr std::chrono::hours kFarthestAdvance{26};
 
 // The service's time, read by a remote method. After the time was set by hand it differs from the
 // clock's. Seconds since 1970-01-01 UTC.

@@ -14,7 +14,7 @@ namespace host {
 class Device;
 class LogRing;
 
-// What `status` shows beside the state of the device.
+// What `status` shows in addition to the state of the device.
 struct HostFacts {
   std::function<std::size_t()> clients;  // connected now; may be empty
   std::string socket;                    // empty: none

@@ -15,7 +15,7 @@
 namespace host {
 namespace {
 
-constexpr int kMostAtOnce = 16;  // clients; then the connected ones get a turn
+constexpr int kMostAtOnce = 16;  // clients; then the connected clients get a turn
 constexpr std::chrono::milliseconds kPause{100};
 
 constexpr const char* kNoDescriptor = "no file descriptor is left";
@@ -110,7 +110,7 @@ void Acceptor::refuse(int client, std::string_view why) noexcept try {
 }
 
 // Accepts a client with the spare descriptor and disconnects it: in the backlog it would wake the
-// loop for ever. Returns 0, or the error of accept: EMFILE hides that the backlog is empty
+// loop forever. Returns 0, or the error of accept: EMFILE hides that the backlog is empty
 // (EAGAIN).
 int Acceptor::turnAway() {
   if (!m_spare.valid()) return EMFILE;

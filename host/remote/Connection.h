@@ -78,7 +78,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
  private:
   // Lets any thread make the loop call checkOutbox(). Requests are coalesced; a request has memory
-  // of its own, since a client whose request is lost would wait for ever.
+  // of its own, since a client whose request is lost would wait forever.
   struct Wakeup {
     Executor loop;
     std::weak_ptr<Connection> connection;

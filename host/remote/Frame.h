@@ -14,7 +14,7 @@ namespace host {
 // big-endian:
 //   u32 length of what follows | u8 kind | u32 id | payload
 enum class FrameKind : std::uint8_t {
-  hello = 0,           // from a client, first or never; payload: the codec's name
+  hello = 0,           // from a client, only as its first frame; payload: the codec's name
   call = 1,            // from a client; payload: an encoded Method
   reply = 2,           // to a client; the id of its call
   event = 3,           // to a client; id 0

@@ -7,11 +7,11 @@
 
 namespace host {
 
-// The process at the other end of a connected Unix socket, as the kernel knew it when it connected.
-// Empty: the system does not know.
+// The process at the other end of a connected Unix socket, as it was when it connected. Empty: the
+// kernel does not tell.
 [[nodiscard]] std::optional<ucred> processAt(int socket);
 
-// Its user; kUnknownUser when the system does not know.
+// The user of that process, or kUnknownUser.
 inline constexpr uid_t kUnknownUser = static_cast<uid_t>(-1);
 [[nodiscard]] uid_t userAt(int socket);
 

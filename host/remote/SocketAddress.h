@@ -20,7 +20,7 @@ class SocketAddress {
   sockaddr_un m_address{};
 };
 
-// The default control socket for a host's call socket: FILE.control.
+// The default path of the control socket: that of the call socket with ".control" added.
 [[nodiscard]] inline std::filesystem::path controlSocketBeside(const std::filesystem::path& calls) {
   return calls.native() + ".control";
 }

@@ -12,9 +12,9 @@ namespace host {
 
 // A listening Unix stream socket and its file, mode 0600, or 0660 with a group. Logs one line when
 // that group cannot reach the file.
-// Owner: the server. Thread: one. The destructor removes the file, unless it has been
-// replaced.
-// Failure: host::Error from the constructor, naming the file; a running host's socket stays.
+// Owner: the server. Thread: one. The destructor removes the file, unless it has been replaced.
+// Failure: host::Error from the constructor, naming the file. Never replaces the socket of a
+// running host.
 class SocketFile {
  public:
   // A starting host holds the lock for a much shorter time.

@@ -16,7 +16,7 @@ namespace {
 // The listener may begin another wait just after a wake: its stop flag is set later.
 constexpr std::chrono::milliseconds kBetweenWakes{2};
 
-// Does nothing when nobody waits: the open then fails.
+// Does nothing when no listener waits: the open then fails.
 void wake(const std::string& path) {
   const int pipe = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
   if (pipe < 0) return;

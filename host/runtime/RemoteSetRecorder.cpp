@@ -13,7 +13,7 @@ namespace {
 
 struct SetMethod {
   const char* name;
-  std::array<const char*, 3> parameters;  // the first null ends them
+  std::array<const char*, 3> parameters;  // null after the last one
   const char* result;  // a boolean, or the stored text; null: the method has no reply
 };
 

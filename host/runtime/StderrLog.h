@@ -32,7 +32,8 @@ class StderrLog : public LogSink {
   // The caller keeps the descriptor open until the process ends.
   explicit StderrLog(int descriptor = STDERR_FILENO, LogLimit limit = LogLimit(),
                      Now now = &LogLimit::Clock::now);
-  // Writes the queued lines and the numbers of lost ones, unless nobody reads for kLongestEnd.
+  // Writes the queued lines and the numbers of lost ones, unless the reader takes nothing for
+  // kLongestEnd.
   ~StderrLog() override;
   StderrLog(const StderrLog&) = delete;
   StderrLog& operator=(const StderrLog&) = delete;

@@ -31,7 +31,7 @@ class ScenarioDevice {
 
   void powerOn();   // no effect when it is on
   void restart();   // orderly off and on; a second power-on finds the state of the first
-  void powerCut();  // off and on; files are as they were before the orderly end
+  void powerCut();  // off and on; files are as they were at the cut
 
   // The answer to a control request. Powers on.
   [[nodiscard]] Json request(const Json& request);

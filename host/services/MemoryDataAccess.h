@@ -27,7 +27,7 @@ class MemoryDataAccess : public Executable, public DataAccess {
   // While true, every get fails.
   void refuseGets(bool refused);
 
-  [[nodiscard]] std::size_t setsAsked() const;  // accepted and refused ones
+  [[nodiscard]] std::size_t setsAsked() const;  // accepted and refused sets
 
  private:
   mutable Mutex m_mutex;

@@ -167,7 +167,7 @@ void SqliteDatabase::createFile() {
   connect(file);
   execute("PRAGMA journal_mode=OFF; PRAGMA user_version=0");
   m_handle.reset();
-  // SQLite would apply those of an earlier file to this one.
+  // SQLite would apply these files of an earlier database to the new one.
   for (const char* const part : {"-wal", "-shm", "-journal"}) ::unlink((m_name + part).c_str());
   if (std::rename(file.c_str(), m_name.c_str()) != 0) refuse(m_name);
 }

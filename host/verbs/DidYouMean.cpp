@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kLongestWord = 128;
 
 // A typing error changes at most a third of the longer word, or one letter of a short one.
-constexpr std::size_t kMostChanged = 3;
+constexpr std::size_t kLettersPerError = 3;
 
 std::string lowerCase(std::string_view text) {
   std::string lower(text.substr(0, kLongestWord));
@@ -22,7 +22,7 @@ std::string lowerCase(std::string_view text) {
 
 bool isTypingError(std::string_view word, std::string_view meant) {
   const std::size_t longer = std::min(std::max(word.size(), meant.size()), kLongestWord);
-  return editDistance(word, meant) <= std::max<std::size_t>(1, longer / kMostChanged);
+  return editDistance(word, meant) <= std::max<std::size_t>(1, longer / kLettersPerError);
 }
 
 bool swapped(const std::string& a, const std::string& b, std::size_t i, std::size_t j) {

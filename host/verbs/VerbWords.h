@@ -8,9 +8,9 @@ namespace host {
 
 class WordReader;
 
-// One function for each kind of word that verbs take (see VerbWord): reads the word, or those that
-// are left, and returns the value of the request's member. `usage` is the word's text in the usage
-// line. Throws UsageError.
+// One function for each kind of word that verbs take (see VerbWord). Reads one word, or all words
+// that are left, and returns the value of the request's member. `usage` is the word's text in the
+// usage line. Throws UsageError.
 [[nodiscard]] Json readText(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readInteger(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readChoice(WordReader& words, std::string_view usage);     // usage: "up|down"
@@ -18,7 +18,7 @@ class WordReader;
 [[nodiscard]] Json readSpeed(WordReader& words, std::string_view usage);      // a text
 [[nodiscard]] Json readDuration(WordReader& words, std::string_view usage);   // seconds
 [[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);    // seconds since 1970
-[[nodiscard]] Json readCount(WordReader& words, std::string_view usage);      // 0: without end
+[[nodiscard]] Json readCount(WordReader& words, std::string_view usage);      // 0: no limit
 [[nodiscard]] Json readArguments(WordReader& words, std::string_view usage);  // [NAME=VALUE ...]
 
 }  // namespace host

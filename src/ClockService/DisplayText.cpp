@@ -27,7 +27,7 @@ void appendTwoDigits(std::string& text, int number) {
   text.append(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
 }
 
-// Prints one of the formats above, whose only directive is "%02d", three times as fast as printf.
+// Prints one of the formats above, whose only directive is "%02d". Faster than printf.
 std::string print(const char* format, std::initializer_list<int> numbers) {
   std::string text;
   const int* number = numbers.begin();

@@ -108,7 +108,7 @@ int openFile(const char* path, int flags, mode_t mode) {
   return static_cast<int>(::syscall(SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
-// Without a waiting client, accept would fail anyway.
+// An accept without a waiting client fails anyway, so it is not counted.
 bool hasWaitingClient(int listener) {
   pollfd asked{listener, POLLIN, 0};
   return ::poll(&asked, 1, 0) == 1;

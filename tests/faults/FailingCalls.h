@@ -25,8 +25,8 @@ enum class Call : std::uint32_t {
   memory
 };
 
-// Which call of a host fails. The test writes the plan into a file that both map, and the host's
-// calls count themselves. All zero: none fails.
+// Which call of a host fails. The test writes the plan into a file that test and host map into
+// memory; the host counts its calls there. All zero: none fails.
 struct Plan {
   std::atomic<Call> call;
   std::atomic<std::uint32_t> error;  // errno; for memory: kReserveThere or kReserveSpent

@@ -7,7 +7,7 @@
 
 namespace faults {
 
-// The file of the plan, for each host that is started during its lifetime.
+// Creates the file with the plan. Hosts that start while the object exists use it.
 // Owner: a test, one at a time. Failure: std::system_error from the constructor.
 class PlanFile {
  public:
@@ -16,12 +16,12 @@ class PlanFile {
   PlanFile(const PlanFile&) = delete;
   PlanFile& operator=(const PlanFile&) = delete;
 
-  // Counts calls from now on; the n-th fails, where 1 is the first.
+  // Counts calls of this kind from now on, and makes the n-th fail; 1 is the first.
   void arm(Call call, int error, std::uint64_t nth);
 
   [[nodiscard]] bool failed() const { return m_plan->seen >= m_plan->nth; }
 
-  // No call fails from now on. True when one has failed.
+  // Makes no further call fail. True when a call has failed.
   bool disarm();
 
  private:

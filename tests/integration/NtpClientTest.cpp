@@ -65,7 +65,8 @@ class TelephoneWithAClient : public ::testing::Test {
     return "/no/client";
   }
 
-  const host::Descriptor inherited{::open("/dev/null", O_RDONLY | O_CLOEXEC)};  // by the host
+  const host::Descriptor inherited{
+      ::open("/dev/null", O_RDONLY | O_CLOEXEC)};  // the host inherits it
   host::ntp::FakeSntpServer server;
   std::optional<RunningHost> running;
   host::ntp::Bytes request;
@@ -79,7 +80,7 @@ TEST_F(TelephoneWithAClient, HasItsClockSetByTheClient) {
 
 TEST_F(TelephoneWithAClient, GivesTheClientItsChannelAndNoPrivileges) {
   ASSERT_TRUE(fs::exists(hostProcess() / "fd" / std::to_string(inherited.get())))
-      << "the host has more that it could pass on";
+      << "the host did not inherit the test's descriptor";
   std::map<int, std::string> descriptors;
   for (const auto& entry : fs::directory_iterator(clientProcess() / "fd")) {
     descriptors[std::stoi(entry.path().filename())] = kindOf(fs::read_symlink(entry.path()));

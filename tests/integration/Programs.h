@@ -17,7 +17,7 @@ using Words = std::vector<std::string>;
 
 // How a program ended, and what it wrote.
 struct Outcome {
-  int status;  // exit status; 128 + signal
+  int status;  // exit status, or 128 + signal
   std::string out;
   std::string err;
 };
@@ -37,18 +37,18 @@ class Program {
 
   void signal(int number) const;
 
-  // Whether it ends within the limit. wait() is still needed.
+  // Whether the program ends within the limit. Does not reap it: call wait() afterwards.
   [[nodiscard]] bool ends(std::chrono::milliseconds limit) const;
 
-  // Waits until it ends. At the limit it is killed: status 128 + SIGKILL.
+  // Waits until the program ends. At the limit kills it: status 128 + SIGKILL.
   Outcome wait(std::chrono::seconds limit = std::chrono::seconds(30));
 
-  // Waits until it has written the text to standard error, after the first `from` bytes. A host
-  // writes its log on another thread, so a line may come late. False: it ended or 30 seconds passed
-  // without the text.
+  // Waits until the program has written the text to standard error, after the first `from` bytes. A
+  // host writes its log on another thread, so a line may come late. False: the program ended, or 30
+  // seconds passed, without the text.
   [[nodiscard]] bool says(const std::string& text, std::size_t from = 0) const;
 
-  // What it has written so far.
+  // What the program has written so far.
   [[nodiscard]] std::string out() const;
   [[nodiscard]] std::string err() const;
 

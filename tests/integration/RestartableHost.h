@@ -66,7 +66,8 @@ class RestartableHost {
   [[nodiscard]] std::filesystem::path script() const { return state() / "setupTZ.sh"; }
   [[nodiscard]] std::filesystem::path pipe() const;
 
-  // Writes a time report into the pipe as the NTP client does; false when nobody listens right now.
+  // Writes a time report into the pipe as the NTP client does; false when no listener has opened
+  // the pipe.
   [[nodiscard]] bool report(std::uint32_t secondsSinceEpoch) const;
 
  private:

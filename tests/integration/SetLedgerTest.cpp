@@ -66,7 +66,7 @@ TEST(SetLedger, KeepsWhatARestartHasShown) {
   EXPECT_FALSE(ledger.found(kKey, "two")) << "it was kept already";
 }
 
-TEST(SetLedger, TellsWhatItAllows) {
+TEST(SetLedger, PrintsWhatItAllows) {
   EXPECT_EQ(ledgerAfter("one -1 two").allowed(kKey), "kept first, refused one, asked two");
 }
 

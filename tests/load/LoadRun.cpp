@@ -24,13 +24,13 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kRegistrations = host::kMostRegistrations;  // of the stuck one and of the slow one
-constexpr std::uint64_t kFilledBefore =
-    896 * 1024;                                   // bytes for the stuck one before others connect
-constexpr std::uint64_t kMovesBetweenReads = 50;  // of the slow one: its queue is well filled then
-// Beyond the time of the run, on a slow machine.
-constexpr std::chrono::seconds kForTheStuckOne(40);
-constexpr std::chrono::seconds kAfterTheStuckOne(2);  // at least, to compare, and for memory
+constexpr int kRegistrations = host::kMostRegistrations;  // of the stuck and the slow subscriber
+// Bytes sent to the stuck subscriber before the others connect.
+constexpr std::uint64_t kFilledBefore = 896 * 1024;
+constexpr std::uint64_t kMovesBetweenReads = 50;  // of the slow subscriber, so that its queue fills
+// A slow machine may need this much longer than the run to fill the stuck subscriber's queue.
+constexpr std::chrono::seconds kUntilDrop(40);
+constexpr std::chrono::seconds kAfterDrop(2);  // at least, to measure latencies and memory
 
 // Two descriptors for each client, and some of the host's and the test's own; the host inherits the
 // limit.
@@ -68,7 +68,7 @@ class LoadRun {
       if (support::Interruption::signal() != 0) throw std::runtime_error("stopped by a signal");
     }
     if (m_stuck) throw std::runtime_error("the stuck subscriber was not dropped");
-    m_figures.after = takeService();
+    m_figures.afterDrop = takeService();
     m_slow->expect(m_unread);
     for (Subscriber& subscriber : m_subscribers) subscriber.expectNoMore();
     disconnectAll();
@@ -77,8 +77,8 @@ class LoadRun {
   }
 
  private:
-  // The stuck subscriber comes first: its queue is nearly full when the others connect, so that
-  // they have it beside them for seconds and not for a minute.
+  // The stuck subscriber connects first: its queue is nearly full when the others connect, so that
+  // it is dropped after seconds and not after a minute.
   void connectAll() {
     m_stuck.emplace(m_host.socket(), kRegistrations);
     while (m_sentToStuck < kFilledBefore) perform(m_clock.next());
@@ -98,7 +98,7 @@ class LoadRun {
   [[nodiscard]] bool goesOn() const {
     const auto now = Clock::now();
     const auto end = m_begin + m_size.duration;
-    return now < end || now < (m_stuck ? end + kForTheStuckOne : m_dropped + kAfterTheStuckOne);
+    return now < end || now < (m_stuck ? end + kUntilDrop : m_dropped + kAfterDrop);
   }
 
   void perform(const Move& move) {
@@ -120,20 +120,20 @@ class LoadRun {
     for (Subscriber& subscriber : m_subscribers) subscriber.expect(move.events);
     m_latencies.add(Clock::now() - begin);
     m_figures.events += move.events.size();
-    if (m_stuck && m_stuck->isDisconnected()) noteTheDrop();
+    if (m_stuck && m_stuck->isDisconnected()) recordDrop();
     m_unread.insert(m_unread.end(), move.events.begin(), move.events.end());
     if (m_clock.count() % kMovesBetweenReads == 0) m_slow->expect(std::exchange(m_unread, {}));
   }
 
-  // Bytes that the system had taken do not count: only the rest was queued by the host.
-  void noteTheDrop() {
+  // Only bytes that the host queued count, not those that the kernel had accepted.
+  void recordDrop() {
     m_figures.stuckQueued = m_sentToStuck - m_stuck->drain();
     m_stuck.reset();
     m_dropped = Clock::now();
-    m_figures.beside = takeService();
+    m_figures.whileStuck = takeService();
   }
 
-  // Since the last time.
+  // The latencies since the last call.
   Service takeService() { return {std::exchange(m_latencies, {}), m_callers->take()}; }
 
   void measureMemory() {
@@ -143,7 +143,7 @@ class LoadRun {
         m_figures.leastMemory == 0 ? size : std::min(m_figures.leastMemory, size);
   }
 
-  // The one line is that of the stuck subscriber.
+  // The log has one line, about the stuck subscriber.
   static void checkLog(const integration::Outcome& outcome) {
     const auto lines = std::count(outcome.err.begin(), outcome.err.end(), '\n');
     const bool dropped = outcome.err.find("does not read its messages") != std::string::npos;
@@ -158,14 +158,14 @@ class LoadRun {
   ScriptedClock m_clock;
   std::deque<Subscriber> m_subscribers;
   std::optional<Subscriber> m_slow;
-  std::vector<std::string> m_unread;  // events for the slow one
+  std::vector<std::string> m_unread;  // events for the slow subscriber
   std::optional<Subscriber> m_stuck;
   std::uint64_t m_sentToStuck = 0;  // bytes
   std::optional<Callers> m_callers;
-  Latencies m_latencies;  // of moves since the stuck one connected or was dropped
+  Latencies m_latencies;  // of moves since the stuck subscriber connected or was dropped
   LoadFigures m_figures;
   Clock::time_point m_begin;
-  Clock::time_point m_dropped;  // the stuck one
+  Clock::time_point m_dropped;  // the stuck subscriber
 };
 
 }  // namespace

@@ -23,22 +23,22 @@ struct Service {
 };
 
 struct LoadFigures {
-  // How much the host's own memory may change after warm-up, in KiB. A sanitizer keeps what was
-  // freed.
+  // How much the host's own memory may change after warm-up, in KiB. A sanitizer keeps freed
+  // memory.
   static constexpr bool kSanitized = support::kAddressSanitizer || support::kThreadSanitizer;
-  static constexpr std::uint64_t kLevel = kSanitized ? 1024 * 1024 : 384;
+  static constexpr std::uint64_t kMemoryChange = kSanitized ? 1024 * 1024 : 384;
 
-  Service beside;                 // ... the stuck subscriber
-  Service after;                  // ... it was dropped
-  std::uint64_t events = 0;       // that each subscriber received
-  std::uint64_t stuckQueued = 0;  // bytes that were queued for the stuck one when it was dropped
+  Service whileStuck;             // while the stuck subscriber was connected
+  Service afterDrop;              // after the host dropped it
+  std::uint64_t events = 0;       // received by each subscriber
+  std::uint64_t stuckQueued = 0;  // bytes queued for the stuck subscriber when it was dropped
   std::uint64_t leastMemory = 0;  // KiB of the host, after warm-up
   std::uint64_t mostMemory = 0;
 };
 
-// Many subscribers and callers at once against one host. One subscriber never reads, one reads now
-// and then. Throws when an event or an answer is missing or wrong, when the stuck subscriber is not
-// dropped, and when the host logs more than that.
+// Runs many subscribers and callers against one host. One subscriber is stuck: it never reads.
+// Another is slow: it reads now and then. Throws when an event or an answer is missing or wrong,
+// when the stuck subscriber is not dropped, and when the host logs anything but that drop.
 [[nodiscard]] LoadFigures loadAHost(const Size& size);
 
 // The first figure that is beyond its bound or was not measured; empty: none.

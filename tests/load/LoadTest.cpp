@@ -24,7 +24,7 @@ using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
 
-TEST(Load, SubscribersAndCallersAreServedBesideAStuckSubscriber) {
+TEST(Load, SubscribersAndCallersAreServedDespiteAStuckSubscriber) {
   Size size;
   size.duration = seconds(CLOCK_LOAD_SECONDS);
   size.warmUp = size.duration / 2;
@@ -37,7 +37,7 @@ TEST(Load, SubscribersAndCallersAreServedBesideAStuckSubscriber) {
 // that each attack once took.
 constexpr std::uint64_t kMostP99Beside = 10 * kMostP99;
 
-TEST(Load, NoAttackDelaysABystanderOrTheEnd) {
+TEST(Load, NoAttackDelaysABystanderOrTheShutdown) {
   const AttackFigures figures = attackAHost(seconds(CLOCK_LOAD_SECONDS));
   EXPECT_EQ(complaintAbout(figures, kMostP99Beside), "");
   std::printf("%s", toText(figures).c_str());
@@ -71,20 +71,20 @@ struct Change {
 const Change<LoadFigures> kLoadChanges[] = {
     {[](auto&) {}, ""},
     {[](auto& f) { f.events = 0; }, "not measured: events"},
-    {[](auto& f) { f.beside.moves = {}; }, "not measured: a move"},
-    {[](auto& f) { f.after.moves = {}; }, "not measured: a move"},
-    {[](auto& f) { f.beside.calls = {}; }, "not measured: a call"},
-    {[](auto& f) { f.after.calls = {}; }, "not measured: a call"},
+    {[](auto& f) { f.whileStuck.moves = {}; }, "not measured: a move"},
+    {[](auto& f) { f.afterDrop.moves = {}; }, "not measured: a move"},
+    {[](auto& f) { f.whileStuck.calls = {}; }, "not measured: a call"},
+    {[](auto& f) { f.afterDrop.calls = {}; }, "not measured: a call"},
     {[](auto& f) { f.stuckQueued = 0; }, "dropped at 0 bytes"},
     {[](auto& f) { f.stuckQueued = 1'048'576; }, "dropped at 1048576"},
     {[](auto& f) { f.stuckQueued = 1'179'649; }, "dropped at 1179649"},
-    {[](auto& f) { f.beside.moves = each(250'000); }, ""},
-    {[](auto& f) { f.beside.moves = each(250'001); }, "p90 of a move is 250001 us"},
-    {[](auto& f) { f.beside.calls = each(225'000); }, ""},
-    {[](auto& f) { f.beside.calls = each(225'001); }, "p90 of a call is 225001 us"},
+    {[](auto& f) { f.whileStuck.moves = each(250'000); }, ""},
+    {[](auto& f) { f.whileStuck.moves = each(250'001); }, "p90 of a move is 250001 us"},
+    {[](auto& f) { f.whileStuck.calls = each(225'000); }, ""},
+    {[](auto& f) { f.whileStuck.calls = each(225'001); }, "p90 of a call is 225001 us"},
     {[](auto& f) { f.leastMemory = f.mostMemory = 0; }, "not measured: the host's memory"},
-    {[](auto& f) { f.mostMemory += LoadFigures::kLevel; }, ""},
-    {[](auto& f) { f.mostMemory += LoadFigures::kLevel + 1; }, "went from 4000 KiB to"},
+    {[](auto& f) { f.mostMemory += LoadFigures::kMemoryChange; }, ""},
+    {[](auto& f) { f.mostMemory += LoadFigures::kMemoryChange + 1; }, "went from 4000 KiB to"},
 };
 
 TEST(LoadFigures, HaveBounds) {
@@ -164,7 +164,7 @@ TEST(DueCalls, FailWithoutAnAnswerForTwentySeconds) {
   EXPECT_THROW(static_cast<void>(callWhenDue(line, minutes(1))), std::runtime_error);
 }
 
-TEST(Latencies, QuantileIsADurationThatSuchAPartDidNotExceed) {
+TEST(Latencies, QuantileIsTheDurationThatThisPartDoesNotExceed) {
   Latencies latencies;
   EXPECT_EQ(latencies.quantile(0.99), 0U);
   for (int i = 100; i >= 1; --i) latencies.add(microseconds(i));

@@ -19,7 +19,7 @@ std::function<void()> g_onSystemSet;
 
 }  // namespace
 
-// The linker replaces votk_set_time_seconds_since_epoch, which has this name for it, with this.
+// The linker replaces votk_set_time_seconds_since_epoch, whose mangled name this is.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real__Z33votk_set_time_seconds_since_epochm(unsigned long secondsSinceEpoch);
@@ -46,7 +46,7 @@ class ClockThatIsMoved : public ClockOnWatchedTimers {
     const time_t utc = support::utcInstant(2030, 6, day, hour, minute, second);
     ASSERT_TRUE(clock.setWall(seconds{utc}));
   }
-  // The NTP client sets it and reports.
+  // The NTP client sets the system's clock and reports.
   void report(int day, int hour, int minute, int second) {
     move(day, hour, minute, second);
     service->handleSNTPClientUpdate(1);
@@ -131,7 +131,7 @@ TEST_F(ClockThatIsMoved, AnnouncesASetDateAtTheHourWithoutADateTimer) {
 }
 
 // The date is read before midnight, and both sync timers are armed after it.
-TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfAnExpiry) {
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightThatPassesDuringAnExpiry) {
   for (const auto& [timer, events] : {std::pair{kTimeChanged, 1}, {kZoneRefresh, 2}}) {
     startAt("2030-06-07T23:59:59");
     passInEvent(events, seconds{1});
@@ -140,7 +140,7 @@ TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfAnExpiry) {
   }
 }
 
-TEST_F(ClockThatIsMoved, AnnouncesAMidnightBetweenTheReadingsOfItsStart) {
+TEST_F(ClockThatIsMoved, AnnouncesAMidnightThatPassesDuringItsStart) {
   passInEvent(0, seconds{1});
   startAt("2030-06-07T23:59:59");
   EXPECT_THAT(heard(seconds{1}), ElementsAre("time 00:00:00", "date 08.06.2030"));
@@ -166,7 +166,7 @@ class ClockThatIsMovedAtRandom : public ClockThatIsMoved {
   int between(int first, int last) {
     return std::uniform_int_distribution<int>(first, last)(m_random);
   }
-  void moveSomehow() {
+  void moveAtRandom() {
     const int day = between(5, 9), hour = between(0, 2) * 23 / 2, minute = between(0, 59);
     switch (between(0, 3)) {
       case 0:
@@ -202,7 +202,7 @@ TEST_F(ClockThatIsMovedAtRandom, HasAnnouncedTheDateAfterAnHourWithoutMoves) {
   startAt("2030-06-07T12:00:00");
   for (int i = 0; i < 2000; ++i) {
     for (int moves = between(1, 4); moves > 0; --moves) {
-      moveSomehow();
+      moveAtRandom();
       if (i >= 1500 && between(0, 9) == 0) service->setDate(between(5, 9), 6, 2030);
       listen(seconds{between(0, 4000)} + microseconds{between(0, 999'999)});
     }

@@ -26,7 +26,7 @@ chr::sys_days sundayOf(std::int64_t year, const Change& change) {
   return month / chr::Sunday[static_cast<unsigned int>(change.which) + 1];
 }
 
-// On the clock that is shown until the change.
+// In seconds since 1970-01-01, in the local time that is valid before the change.
 Seconds localMoment(std::int64_t year, const Change& change) {
   return sundayOf(year, change).time_since_epoch().count() * kDay + change.hour * kHour +
          change.minute * kMinute;
@@ -57,7 +57,7 @@ std::string utcOf(Seconds instant) {
   return text.data();
 }
 
-// The rules as their countries publish them.
+// The rules that the identifiers stand for, with the local time of each change.
 const std::array<Zone, 15>& zones() {
   using S = Sunday;
   static const std::array<Zone, 15> all{{
@@ -80,8 +80,8 @@ const std::array<Zone, 15>& zones() {
   return all;
 }
 
-// Standard time of less than an hour east becomes west of UTC; daylight time keeps its side. So the
-// two can differ by more than the shift.
+// An offset of standard time of less than an hour east of UTC loses its sign; that of daylight time
+// keeps it. So the two can differ by more than the shift.
 WallClock::WallClock(const Choice& choice) {
   const Zone& zone = zones().at(static_cast<std::size_t>(choice.zone));
   const bool ruled = choice.daylight && choice.automatic && zone.changes;
@@ -111,8 +111,8 @@ Seconds WallClock::offsetAt(Seconds instant) const {
   return isDaylight(instant) ? m_daylight : m_standard;
 }
 
-// The service adds the display minutes, which are those of standard time, and then what the rule
-// adds.
+// The service adds the offset of standard time in minutes, and then the daylight minutes that the
+// rule adds at this instant.
 std::string WallClock::faceForText(Seconds instant) const {
   return faceAt(instant + m_textOffset - m_standard);
 }

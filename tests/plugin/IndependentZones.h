@@ -19,7 +19,7 @@ std::chrono::year_month_day dateOf(std::int64_t daysSince1970);
 Seconds secondsOf(const std::string& utc);
 std::string utcOf(Seconds instant);
 
-// A change of a zone: a Sunday of a month, and the local time on the clock until then.
+// A change of a zone: a Sunday of a month, and the local time in the offset until then.
 enum class Sunday { first, second, third, last };
 struct Change {
   Sunday which;

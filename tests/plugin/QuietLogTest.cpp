@@ -19,7 +19,7 @@ std::atomic<int> g_written{0};  // by the plug-in, whatever the level
 
 }  // namespace
 
-// The linker replaces logAppUni, which has this name for it, with this.
+// The linker replaces logAppUni, whose mangled name this is.
 // NOLINTBEGIN(bugprone-reserved-identifier, cert-dcl50-cpp)
 extern "C" void __wrap__Z9logAppUniPKciS0_iS0_z(const char* component, int level, const char* file,
                                                 int line, const char* format, ...);

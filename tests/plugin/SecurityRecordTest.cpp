@@ -104,9 +104,9 @@ TEST_F(ClockWithSecurityLog, GetsRecordsFromItsFirstAppearanceOn) {
 
 // The security log may call back into the clock: the management lock is free by then.
 TEST_F(ClockWithSecurityLog, IsCalledWithoutTheManagementLock) {
-  class CuriousLog final : public support::Part, public SecurityLogServiceIfc {
+  class LogThatReadsTheClock final : public support::Part, public SecurityLogServiceIfc {
    public:
-    explicit CuriousLog(support::Telephone& owner) : m_telephone(owner) {}
+    explicit LogThatReadsTheClock(support::Telephone& owner) : m_telephone(owner) {}
     void record(time_t /*time*/, int /*facility*/, int /*severity*/, int /*eventClass*/,
                 int /*eventCode*/, bool /*failure*/, const std::string& /*text*/,
                 const std::string& /*subject*/, const std::string& /*origin*/) override {
@@ -117,7 +117,7 @@ TEST_F(ClockWithSecurityLog, IsCalledWithoutTheManagementLock) {
    private:
     support::Telephone& m_telephone;
   };
-  CuriousLog curious(telephone);
+  LogThatReadsTheClock curious(telephone);
   telephone.context.add("SecurityLogServiceIfc", &curious);
   EXPECT_TRUE(telephone.manage("date-format", "2"));
   EXPECT_EQ(curious.seen, "2");

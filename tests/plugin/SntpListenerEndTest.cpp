@@ -53,7 +53,7 @@ TEST_F(ListenerNotStarted, IsDestroyedWhileItLooksForThePipe) {
 
 // Without a writer the thread's own open does not return, so the open that is seen is the attempt
 // to wake it.
-TEST_F(ListenerRunning, IsDestroyedWhileItWaitsOnceAWriterWakesIt) {
+TEST_F(ListenerRunning, IsDestroyedWhenAWriterEndsItsWait) {
   ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
   const support::OpenWatch watch(support::ReportPipe::path());
   std::atomic<bool> destroyed{false};

@@ -40,7 +40,7 @@ void putSocket() {
   close(listening);
 }
 
-// In one step, so that the path always exists.
+// Renames in one step, so that the path always exists.
 void putPipe() {
   const std::string next = place() + ".new";
   fs::remove(next);

@@ -20,7 +20,7 @@ std::function<void()> g_onSetenv;
 
 }  // namespace
 
-// The linker replaces Process::launch, which has this name for it, and setenv with these.
+// The linker replaces Process::launch, whose mangled name this is, and setenv.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real__ZN7Process6launchEv(Process* process);

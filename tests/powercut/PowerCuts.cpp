@@ -71,7 +71,7 @@ void PowerCuts::cutUnderLoad() {
 void PowerCuts::kill() {
   ++m_figures.cuts;
   const integration::Outcome outcome = m_host.end(SIGKILL);
-  if (outcome.status != 128 + SIGKILL) fail("the host ended by itself: " + outcome.err);
+  if (outcome.status != 128 + SIGKILL) fail("the host ended before it was killed: " + outcome.err);
   if (!outcome.err.empty()) fail("the host logged: " + outcome.err);
   checkScript();
 }

@@ -7,7 +7,7 @@
 namespace simulation {
 namespace {
 
-// In the order of Act.
+// One name for each Act, in the same order.
 const Lines kNames = words(
     "time passes, in ms:|time passes to the next timer|the wall clock jumps to|management sets|"
     "management gets|management resets the user's formats|the device's value becomes|"

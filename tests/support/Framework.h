@@ -20,7 +20,7 @@
 
 namespace support {
 
-// Messages as in MethodText.h, after a mark of the codec's own.
+// Encodes messages as text (MethodText.h), each after a mark that tells the codecs of a test apart.
 class TextCodec final : public MessageCodec {
  public:
   explicit TextCodec(std::string mark = "") : m_mark(std::move(mark)) {}
@@ -66,7 +66,7 @@ class Framework final : public FrameworkContext {
   std::vector<std::string> proxiesAsked;
 };
 
-// What became of one request.
+// The result of one request.
 struct Outcome {
   std::vector<std::string> replies;
   bool deleted = false;

@@ -28,7 +28,7 @@ class LogCapture {
   [[nodiscard]] bool has(const std::string& text) const;
   [[nodiscard]] bool has(int level, const std::string& text) const;
   [[nodiscard]] std::size_t count(const std::string& text) const;
-  // ... one with this text in it.
+  // Whether there is an entry with this text in it.
   [[nodiscard]] bool hasPart(const std::string& part) const;
 
   // Waits for an entry with this text in it; false when the limit has passed.

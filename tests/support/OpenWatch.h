@@ -24,7 +24,7 @@ class OpenWatch {
   OpenWatch(const OpenWatch&) = delete;
   OpenWatch& operator=(const OpenWatch&) = delete;
 
-  // Whether the file was opened since then, or is opened within the limit.
+  // Whether the file was opened since the construction, or is opened within the limit.
   [[nodiscard]] bool sees(std::chrono::milliseconds limit = {}) const {
     pollfd waited{m_descriptor, POLLIN, 0};
     return poll(&waited, 1, static_cast<int>(limit.count())) == 1;

@@ -4,7 +4,7 @@
 
 namespace support {
 
-// Changes a soft limit of the process, until it goes out of scope.
+// Changes a soft limit of the process for as long as the object exists.
 class SoftLimit {
  public:
   SoftLimit(int resource, rlim_t most) : m_resource(resource) {

@@ -1,4 +1,4 @@
-"""The faults that include_arrows.py reports: arrow_faults.py TREE"""
+"""Tests which faults include_arrows.py reports: arrow_faults.py TREE"""
 
 import pathlib
 import sys

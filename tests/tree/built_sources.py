@@ -1,4 +1,4 @@
-"""Every source of the tree is in the build: built_sources.py TREE BUILD_FOLDER"""
+"""Checks that every source of the tree is in the build: built_sources.py TREE BUILD_FOLDER"""
 
 import json
 import pathlib

@@ -1,4 +1,4 @@
-"""The figures and the exit status that ./dev coverage computes from a report: coverage_report.py TREE"""
+"""Tests the figures and exit status of ./dev coverage: coverage_report.py TREE"""
 
 import contextlib
 import io

@@ -1,4 +1,4 @@
-"""Rules for single files: files.py TREE
+"""Checks the rules for single files: files.py TREE
 
 No source has 300 lines or more, no file contains a path of the machine it was written on, and the
 documents name only existing commands of ./dev.

@@ -1,4 +1,4 @@
-"""The settings that ./dev fresh passes from the machine to its bare root: fresh_root.py TREE"""
+"""Tests which settings ./dev fresh passes from the machine to its bare root: fresh_root.py TREE"""
 
 import os
 import pathlib

@@ -1,4 +1,4 @@
-"""Which folder may include which: include_arrows.py TREE
+"""Checks which folder includes which: include_arrows.py TREE
 
 The plug-in (include/, src/) sees itself, platform/ and the C and C++ libraries; platform/ sees
 itself and is declarations only; the host sees itself, platform/ and its libraries. A folder of the

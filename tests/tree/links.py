@@ -1,4 +1,4 @@
-"""Links between the documents resolve: links.py TREE
+"""Checks that the links between the documents resolve: links.py TREE
 
 Each relative link of a Markdown file names a file or folder of the tree and, after a #, one of its
 headings.

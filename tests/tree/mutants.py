@@ -1,4 +1,4 @@
-"""The mutants that ./dev mutate makes of a source: mutants.py TREE"""
+"""Tests the mutants that ./dev mutate makes of a source: mutants.py TREE"""
 
 import pathlib
 import sys

@@ -1,4 +1,4 @@
-"""How ./dev mutate handles its arguments and the verdicts on its mutants: mutation_run.py TREE"""
+"""Tests how ./dev mutate handles its arguments and its verdicts: mutation_run.py TREE"""
 
 import contextlib
 import io

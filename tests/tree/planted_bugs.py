@@ -1,4 +1,6 @@
-"""The text that each bug of tools/mutate/planted.py replaces is in its source: planted_bugs.py TREE"""
+"""Checks that each planted bug can be planted: its source has the text that it replaces.
+
+Usage: planted_bugs.py TREE"""
 
 import pathlib
 import sys

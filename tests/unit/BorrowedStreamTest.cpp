@@ -89,7 +89,7 @@ TEST(BorrowedStream, IsLentAgainInTheStateOfANewStream) {
   EXPECT_EQ(other.str(), "");
 }
 
-TEST(BorrowedStream, InsideAnotherIsAnother) {
+TEST(BorrowedStream, NestedStreamsAreDistinct) {
   BorrowedStream outer;
   *outer << "outer";
   {

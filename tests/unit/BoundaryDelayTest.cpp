@@ -144,7 +144,7 @@ TEST(BoundaryDelay, IsDefinedAndNeverZeroAtTheLimitsOfTime) {
   EXPECT_LE(BoundaryDelay::toNextMidnight(kLast), 86400 * 1000U);
 }
 
-// With 32 bits, time begins at 1901-12-13T20:45:52Z, and no boundary is far away.
+// A 32-bit time_t begins at 1901-12-13T20:45:52Z, from where the next boundary is near.
 TEST(BoundaryDelay, StopsAtTheLongestPeriodOfATimer) {
   const ZoneGuard zone("UTC0");
   constexpr time_t kFirst = std::numeric_limits<time_t>::min();
@@ -168,7 +168,7 @@ TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
   }
 }
 
-// With 32 bits every year fits.
+// The year of a 32-bit time_t always fits into the number.
 TEST(BoundaryDelay, LocalDayStopsAtTheLimitsOfItsType) {
   const ZoneGuard zone("UTC0");
   constexpr std::int64_t kFarAway = 300'000 * std::int64_t{31'556'952};  // as many years

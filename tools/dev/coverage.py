@@ -1,4 +1,6 @@
-"""The table of a coverage run, and what of the plug-in it did not reach: coverage.py TREE LCOV_FILE
+"""Prints the table of a coverage run, and the lines and branches of the plug-in that no test reached.
+
+Usage: coverage.py TREE LCOV_FILE
 
 The exit status is 1 when the plug-in is under its limits, or not in the file.
 """
@@ -34,10 +36,10 @@ class Count:
     def branch_share(self):
         return share(self.branches, self.missed_branches)
 
-    def text(self, room):
+    def text(self, name):
         lines = f"{self.lines:7} {len(self.missed_lines):7} {self.line_share():7.1f}"
         branches = f"{self.branches:9} {len(self.missed_branches):7} {self.branch_share():7.1f}"
-        return f"{room:20}{lines}{branches}"
+        return f"{name:20}{lines}{branches}"
 
 
 def share(total, missed):
@@ -45,7 +47,7 @@ def share(total, missed):
 
 
 def read(tree, report):
-    """File by file: SF names one, DA is a line's count, BRDA one way out of a condition."""
+    """Counts for each file. In LCOV, SF names a file, DA counts a line, BRDA one outcome of a condition."""
     counts = defaultdict(Count)
     name = ""
     for line in report.splitlines():
@@ -76,20 +78,20 @@ def sums(counts, key):
     return found
 
 
-def body_of(name):
-    body = pathlib.PurePath(name).parts[0]
-    return "plug-in" if body in PLUGIN else body
+def part_of(name):
+    top = pathlib.PurePath(name).parts[0]
+    return "plug-in" if top in PLUGIN else top
 
 
 def main(tree, report):
     counts = read(os.path.realpath(tree), pathlib.Path(report).read_text())
     print(f"{'':20}{'lines':>7} {'missed':>7} {'%':>7}{'branches':>9} {'missed':>7} {'%':>7}")
-    for room, count in sums(counts, lambda name: str(pathlib.PurePath(name).parent)).items():
-        print(count.text(room))
-    bodies = sums(counts, body_of)
-    for body, count in bodies.items():
-        print(count.text(f"all of {body}"))
-    plugin = bodies["plug-in"]
+    for folder, count in sums(counts, lambda name: str(pathlib.PurePath(name).parent)).items():
+        print(count.text(folder))
+    parts = sums(counts, part_of)
+    for part, count in parts.items():
+        print(count.text(f"all of {part}"))
+    plugin = parts["plug-in"]
     for place in plugin.missed_lines + plugin.missed_branches:
         print(f"missed {place}")
     if not plugin.lines or not plugin.branches:

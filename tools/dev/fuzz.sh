@@ -4,7 +4,7 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-# Inputs that are found stay in build/. Give one that is worth keeping a name in the tree's corpus.
+# New inputs stay in build/. To keep one, copy it to the tree's corpus under a name that describes it.
 corpus=$CLOCK_TREE/tests/fuzz/corpus
 finds=$CLOCK_TREE/build/fuzz-corpus
 faults=$CLOCK_TREE/build/fuzz-faults
@@ -37,9 +37,9 @@ read_words() {
   done
 }
 
-# look TARGET: runs until the time is over or a fault is found. The scaling keeps inputs of a megabyte
-# from taking all the time. The time limit for one input allows for a busy machine.
-look() {
+# fuzz_target TARGET: runs until the time is over or a fault is found. -entropic_scale_per_exec_time
+# keeps inputs of a megabyte from taking all the time. -timeout allows for a busy machine.
+fuzz_target() {
   mkdir -p "$finds/$1" "$faults/$1"
   rm -f "$faults/$1"/*
   "$programs/fuzz-$1" -max_total_time="$seconds" -timeout=100 -report_slow_units=100 \
@@ -49,12 +49,12 @@ look() {
 }
 
 # Runs as many targets in parallel as there are processors.
-look_all() {
+fuzz_all_targets() {
   local target
   mkdir -p "$logs"
   for target in "${targets[@]}"; do
     while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do wait -n || true; done
-    look "$target" &
+    fuzz_target "$target" &
   done
   wait
 }
@@ -118,6 +118,6 @@ set -m
 export TMPDIR=$scratch ASAN_OPTIONS=quarantine_size_mb=8:malloc_context_size=8
 
 echo "dev: fuzzing ${#targets[@]} targets, $seconds s each"
-look_all
+fuzz_all_targets
 show_figures
 show_faults

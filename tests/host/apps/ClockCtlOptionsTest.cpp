@@ -40,7 +40,7 @@ TEST(ClockCtlOptions, MayComeBeforeOrAfterTheVerb) {
   }
 }
 
-TEST(ClockCtlOptions, TheControlSocketIsBesideTheOtherUnlessGiven) {
+TEST(ClockCtlOptions, TheControlSocketFollowsTheCallSocketUnlessGiven) {
   EXPECT_EQ(read("--socket /a get time")->controlSocket, "/a.control");
   for (const char* const line :
        {"--control-socket /c --socket /a get time", "get time --socket=/a --control-socket=/c"}) {
@@ -71,7 +71,7 @@ TEST(ClockCtlOptions, ArgumentsOfAVerbMayLookLikeOptions) {
   EXPECT_EQ(read("--json -- set ntp-secret --json")->verb, (Words{"set", "ntp-secret", "--json"}));
 }
 
-TEST(ClockCtlOptions, WrongOnesAreUsageErrors) {
+TEST(ClockCtlOptions, WrongOptionsAreUsageErrors) {
   for (const char* const line :
        {"--jsno get time", "--socket", "--timeout 0 get time", "--timeout -1 get time",
         "--timeout x get time", "--timeout 86401 get time", "--timeout nan get time",

@@ -58,7 +58,7 @@ TEST(HostOptions, HaveDefaults) {
   EXPECT_FALSE(options.scenario.has_value());
 }
 
-TEST(HostOptions, ALongComplaintIsClipped) {
+TEST(HostOptions, ALongErrorIsClipped) {
   const std::string error = usageErrorOf({"--network", std::string(1000, 'x')});
   EXPECT_EQ(error.find("... ("), 300U) << error;
 }
@@ -184,7 +184,7 @@ TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
   }
 }
 
-TEST(HostOptions, WrongOnesAreNamedInOneLine) {
+TEST(HostOptions, WrongOptionsAreNamedInOneLine) {
   const std::pair<Words, const char*> table[] = {
       {{"--no-such-option"}, "--no-such-option"},
       {{"word"}, "word"},

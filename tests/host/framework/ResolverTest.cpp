@@ -29,7 +29,7 @@ struct ThreadEnd {
   ThreadEnd& operator=(const ThreadEnd&) = delete;
 };
 
-// As a resolver does that gets no answer from its servers.
+// Behaves like a resolver that gets no answer from its servers.
 int failLate() {
   thread_local const ThreadEnd end;
   ++g_asked;

@@ -18,7 +18,7 @@ std::optional<Assignment> parse(const std::string& line) {
   return parseCommandLine(pointers);
 }
 
-TEST(CommandLine, IsWhatTheServiceWrites) {
+TEST(CommandLine, IsReadAsTheServiceWritesIt) {
   const struct {
     const char* line;
     const char* server;
@@ -41,7 +41,7 @@ TEST(CommandLine, IsWhatTheServiceWrites) {
   }
 }
 
-TEST(CommandLine, IsNothingElse) {
+TEST(CommandLine, IsRefusedInAnyOtherForm) {
   const char* const refused[] = {
       "",
       "-s",

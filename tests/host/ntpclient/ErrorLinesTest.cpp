@@ -41,7 +41,7 @@ class LinesIntoAPipe : public testing::Test {
   ErrorLines m_lines{m_written.get()};
 };
 
-TEST_F(LinesIntoAPipe, ContainAComplaintOnceAnHourWithTheNumberOfItsRepeats) {
+TEST_F(LinesIntoAPipe, ContainAnErrorOnceAnHourWithTheNumberOfItsRepeats) {
   for (int i = 0; i < 100; ++i) m_lines.complain("a", kBegin + i * 1s);
   m_lines.complain("b", kBegin);
   EXPECT_EQ(text(), "ntpclient: a\nntpclient: b\n");

@@ -119,7 +119,7 @@ TEST_F(ClientProgram, LeavesTheStandardErrorOfItsParentAloneAndEndsWithIt) {
   EXPECT_EQ(waiting.revents, POLLHUP) << "all writers have closed it";
 }
 
-TEST_F(ClientProgram, EndsOnSigtermAlsoWhenItWasStartedWithSignalsBlocked) {
+TEST_F(ClientProgram, EndsOnSigtermEvenIfStartedWithSignalsBlocked) {
   sigset_t all;
   sigset_t before;
   sigfillset(&all);

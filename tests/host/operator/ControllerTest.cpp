@@ -36,7 +36,7 @@ class ControlledTelephone : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
-TEST_F(ControlledTelephone, RefusesRequestsThatLackWhatTheyNeed) {
+TEST_F(ControlledTelephone, RefusesIncompleteRequests) {
   const std::pair<const char*, const char*> wrong[] = {
       {"{}", "string member \"verb\""},
       {R"({"verb":5})", "string member \"verb\""},
@@ -86,7 +86,7 @@ TEST_F(ControlledTelephone, ClipsALongNameInTheError) {
 }
 
 // Copying a deep member, or writing it out again, would take more stack than there is.
-TEST_F(ControlledTelephone, RefusesWhatReadRequestRefuses) {
+TEST_F(ControlledTelephone, RefusesInvalidJsonInOneLine) {
   Controller controller(telephone.device(), {});
   constexpr std::size_t kDepth = 500'000;
   const std::string deep = std::string(kDepth, '[') + std::string(kDepth, ']');
@@ -103,7 +103,7 @@ TEST_F(ControlledTelephone, RefusesWhatReadRequestRefuses) {
   }
 }
 
-TEST_F(ControlledTelephone, SkipsRequestsOfGoneClients) {
+TEST_F(ControlledTelephone, SkipsRequestsOfDisconnectedClients) {
   Controller controller(telephone.device(), {});
   const auto channel = std::make_shared<RecordingChannel>();
   channel->isWanted = false;
@@ -164,14 +164,15 @@ TEST_F(ControlledTelephone, AnswersASetAfterItIsStoredAndRecorded) {
   EXPECT_EQ(client->records, 1);
 }
 
-TEST_F(ControlledTelephone, AllowsFailedNamesOnAnotherNetwork) {
+TEST_F(ControlledTelephone, LooksUpFailedNamesAgainAfterANetworkChange) {
   const FailedLookups::Instant now = std::chrono::steady_clock::now();
   failedLookups().forgetAll();
   ASSERT_TRUE(failedLookups().add("time.example", now));
   failedLookups().setUnanswered("time.example");
   EXPECT_EQ(ask(R"({"verb":"inject","what":"network","value":"down"})").at("ok"), true);
   EXPECT_FALSE(failedLookups().holds("time.example", now));
-  EXPECT_TRUE(failedLookups().isSilent(now)) << "a client could make the host wait each time";
+  EXPECT_TRUE(failedLookups().isSilent(now))
+      << "otherwise a client could make the host wait each time";
   failedLookups().forgetAll();
 }
 

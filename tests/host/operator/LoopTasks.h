@@ -19,7 +19,7 @@ class LoopTasks {
     task();
     return true;
   }
-  // ... and what they add.
+  // Also runs the tasks that these tasks add.
   void runAll() {
     while (runNext()) continue;
   }

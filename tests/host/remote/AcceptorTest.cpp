@@ -43,7 +43,7 @@ class AcceptorAtBoundSocket : public ::testing::Test {
   std::optional<Acceptor> acceptor;
 };
 
-TEST_F(AcceptorAtBoundSocket, ContinuesAfterAnErrorThatIsNotAClients) {
+TEST_F(AcceptorAtBoundSocket, ContinuesAfterAnErrorThatNoClientCaused) {
   const support::LogCapture log;
   start();
   loop.run_one_for(kLong);

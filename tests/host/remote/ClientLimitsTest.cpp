@@ -17,7 +17,7 @@
 namespace host {
 namespace {
 
-// When the process may have `most` descriptors.
+// The limit of clients for a process that may have `most` descriptors.
 std::size_t clientsUnder(rlim_t most) {
   const support::SoftLimit limit(RLIMIT_NOFILE, most);
   return clientsWithDescriptors();
@@ -31,7 +31,7 @@ TEST(ClientLimits, LeaveDescriptorsForTheHostAndAtLeastOneForAClient) {
   EXPECT_EQ(clientsUnder(kOwnDescriptors + 2), 2U);
 }
 
-// Clients rely on them.
+// Clients rely on these values.
 TEST(ClientLimits, AreAsDocumentedInTheProtocol) {
   EXPECT_EQ(kFramesAtOnce, 4U);
   EXPECT_EQ(kFramesInTurn, 64U);
@@ -64,7 +64,7 @@ TEST(ClientLimits, RequestsBeyondTheLimitWaitInTheSocket) {
   }
 }
 
-TEST(ClientLimits, NextRequestWaitsForOneThatHoldsIt) {
+TEST(ClientLimits, ARequestMayHoldBackTheNextOne) {
   ServerWithAHeldClient at;
   EXPECT_EQ(at.requests.take().text, "hold");
   ASSERT_TRUE(at.has(1));
@@ -81,7 +81,8 @@ TEST(ClientLimits, NextRequestsWaitWhileAnswersAreUnread) {
   FrameSocket client(server.controlSocket);
   for (std::uint32_t id = 0; id < 100; ++id) client.send({FrameKind::controlRequest, id, "{}"});
   ASSERT_TRUE(server.becomes([&] { return asked > 0; }));
-  EXPECT_LE(server.onLoop([&] { return asked; }), 3) << "more than fit into 1 MiB, at once";
+  EXPECT_LE(server.onLoop([&] { return asked; }), 3)
+      << "unread answers beyond 256 KiB stop the next request";
   for (std::uint32_t id = 0; id < 100; ++id) ASSERT_EQ(received(client).id, id);
 }
 
@@ -181,7 +182,7 @@ TEST_F(ConnectionLimitOfUser1000, GivesAnyUserTheOnlySlot) {
             "1 clients of uid 1001 are connected, which is the limit of one user");
 }
 
-// The first three clients are another user's, the next ones the host's.
+// The first three clients belong to another user, later clients to the host's user.
 int g_connections = 0;
 uid_t otherThenOwn(int) {
   return ++g_connections <= 3 ? kUnknownUser : ::geteuid();

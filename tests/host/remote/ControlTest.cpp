@@ -113,7 +113,7 @@ TEST(Control, LostRequestIsRefusedAndNoLongerKeepsTheConnectionOpen) {
   EXPECT_EQ(answer->json, R"({"ok":false,"error":"the host could not answer"})");
 }
 
-TEST(Control, NextRequestIsHandledWhenTheOneThatHeldItIsLostWithoutMemory) {
+TEST(Control, NextRequestIsHandledWhenTheHoldingRequestIsLost) {
   ServerWithAHeldClient at;
   ControlRequest held = at.requests.take();
   {

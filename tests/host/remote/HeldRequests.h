@@ -55,7 +55,7 @@ struct ServerHoldingRequests {
   ServerUnderTest server{requests.handler()};
 };
 
-// ... and a client whose first request delays its second one; the first was received.
+// The same with a client whose first request holds back its second. The first was received.
 struct ServerWithAHeldClient : ServerHoldingRequests {
   ServerWithAHeldClient() {
     client.send(frames(FrameKind::controlRequest, "hold", 1) +

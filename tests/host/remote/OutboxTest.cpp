@@ -84,7 +84,7 @@ TEST_F(OutboxWithReader, QueuesTheRestAndKeepsTheOrder) {
 
 // The socket has room again, and the loop has not flushed yet: neither a small nor a large frame
 // may use that room.
-TEST_F(OutboxWithReader, NoFrameOvertakesAPartlySentOne) {
+TEST_F(OutboxWithReader, KeepsTheOrderBehindAPartlySentFrame) {
   const std::uint32_t accepted = fill(10000);
   std::vector<std::uint32_t> all = read();
   EXPECT_TRUE(send(accepted, 10));

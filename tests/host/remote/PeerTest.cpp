@@ -32,7 +32,7 @@ class FailingCodec final : public MessageCodec {
 class PeerWithoutMemory : public ::testing::TestWithParam<bool> {};
 
 // The service that sends the event must neither see an exception nor lose its other observers.
-TEST_P(PeerWithoutMemory, FailsWithoutAnExceptionToTheService) {
+TEST_P(PeerWithoutMemory, FailsWithoutThrowing) {
   FailingCodec codec(GetParam());
   int wakeups = 0;
   const auto peer = std::make_shared<Peer>("client-1", -1, [&wakeups] { ++wakeups; });

@@ -28,7 +28,7 @@ constexpr std::uint64_t kSysTime = std::uint64_t{1} << 25;  // CAP_SYS_TIME
 constexpr std::uint64_t kSetPcap = std::uint64_t{1} << 8;   // CAP_SETPCAP
 constexpr std::uint64_t kSetGid = std::uint64_t{1} << 6;    // CAP_SETGID
 
-// name: of the set, such as "CapEff".
+// name: the name of the set, such as "CapEff".
 std::uint64_t capabilities(const std::string& name, const std::string& file = "/proc/self/status") {
   std::ifstream status(file);
   std::string word;
@@ -79,7 +79,7 @@ TEST(ClockPrivilege, AgreesWithTheKernel) {
   EXPECT_EQ(maySetSystemClock(), (capabilities("CapEff") & kSysTime) != 0);
 }
 
-TEST(ClockPrivilege, IsTheOnlyOneThatIsKept) {
+TEST(ClockPrivilege, IsTheOnlyCapabilityThatIsKept) {
   const std::uint64_t kept = capabilities("CapEff") & kSysTime;
   for (const char* const set : {"CapEff", "CapPrm"}) {
     EXPECT_TRUE(afterDropping({}, [&] { return capabilities(set) == kept; })) << set;
@@ -91,7 +91,7 @@ TEST(ClockPrivilege, IsTheOnlyOneThatIsKept) {
   EXPECT_TRUE(!mayEmpty || afterDropping({}, [] { return capabilities("CapBnd") == 0; }));
 }
 
-// Not even to programs of root.
+// Programs of root do not get it either.
 TEST(ClockPrivilege, IsNotPassedOnToStartedPrograms) {
   if ((capabilities("CapEff") & kSetPcap) == 0) {
     EXPECT_FALSE(maySetSystemClock())

@@ -72,7 +72,7 @@ TEST_F(PipeWithListener, IsWokenWhileItWaitsInRead) {
   EXPECT_EQ(listener.get(), 4);
 }
 
-TEST_F(PipeWithListener, CanBeAbsentAndSoCanThePipe) {
+TEST_F(PipeWithListener, MayBeMissingOrHaveNoListener) {
   { const ListenerWaker noListener(m_pipe, m_thread); }
   { const ListenerWaker noPipe(m_folder / "none", m_thread); }
   std::ofstream(m_folder / "file") << "precious";

@@ -59,8 +59,8 @@ TEST_F(SecurityLogFile, DropsTheOldestRecordsOfEachKind) {
   EXPECT_EQ(number(kAll - 1), kAll + 6);
 }
 
-// As in a shell loop.
-TEST_F(SecurityLogFile, ProcessesOfOneUserAreOneSourceWhoseRefusedSetsDisplaceNoOtherRecords) {
+// A shell loop repeats sets like these.
+TEST_F(SecurityLogFile, RefusedSetsOfOneUsersProcessesDisplaceNoOtherRecords) {
   SecurityLog security;
   const auto pid = [](int i) { return "uid 1000, pid " + std::to_string(i); };
   for (int i = 1; i <= 1000; ++i) {
@@ -83,7 +83,7 @@ TEST_F(SecurityLogFile, ProcessesOfOneUserAreOneSourceWhoseRefusedSetsDisplaceNo
   EXPECT_EQ(records[21].origin, "uid 1001, pid 1");
 }
 
-TEST_F(SecurityLogFile, ClockMovesOfOneSourceDisplaceNoOtherRecords) {
+TEST_F(SecurityLogFile, ClockMovesOfOneUserDisplaceNoOtherRecords) {
   SecurityLog security;
   record(security, "before");
   for (int i = 0; i < 10'000; ++i) {

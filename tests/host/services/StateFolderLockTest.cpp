@@ -55,7 +55,7 @@ TEST_F(LockedStateFolder, IsTightenedWhenItBelongsToTheHost) {
       << log.text();
 }
 
-// Also after a first start that failed after the lock.
+// The second start finds only the lock of the first, as after a start that failed early.
 TEST_F(LockedStateFolder, IsTightenedWhenItContainsOnlyTheLock) {
   fs::create_directory(state);
   for (int start = 0; start < 2; ++start) {

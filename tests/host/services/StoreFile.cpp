@@ -11,8 +11,8 @@
 namespace host {
 namespace {
 
-// SQLite takes the host's configuration only before its first use, and in some orders of the tests
-// that use is a test's own.
+// SQLite takes the host's configuration only before its first use. In some orders of the tests, a
+// test would use SQLite first.
 class ConfiguredSqlite : public ::testing::Environment {
   void SetUp() override {
     const SqliteDatabase first({1, "CREATE TABLE t(x)", nullptr, "SELECT x FROM t", "OFF"});
