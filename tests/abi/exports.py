@@ -1,4 +1,4 @@
-"""The plug-in exports its three factories and nothing else: exports.py NM PLUGIN"""
+"""Checks that the plug-in exports its three factories and nothing else: exports.py NM PLUGIN"""
 
 import subprocess
 import sys

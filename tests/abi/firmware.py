@@ -1,4 +1,4 @@
-"""A firmware build needs only CMake and a C++ compiler: firmware.py CMAKE COMPILER MAKE TREE
+"""Checks that a firmware build needs only CMake and a C++ compiler: firmware.py CMAKE COMPILER MAKE TREE
 
 Builds the plug-in alone in a new folder, with only the compiler's own tools in PATH.
 """

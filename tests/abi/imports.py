@@ -1,4 +1,4 @@
-"""The plug-in imports only names of platform/ and of the C and C++ libraries.
+"""Checks that the plug-in imports only names of platform/ and of the C and C++ libraries.
 
 imports.py NM READELF PLUGIN PLATFORM_FOLDER
 """

@@ -20,9 +20,9 @@ configure() {
   printf '%s\n' "$wanted" >"$stamp"
 }
 
-# Unity builds take a third of the time. For builds whose only purpose is a check; the default build
+# Unity builds are much faster. They are for builds whose only purpose is a check; the default build
 # shows that each source of plug-in and host compiles alone.
-# shellcheck disable=SC2034  # for those who include this
+# shellcheck disable=SC2034  # for scripts that include this file
 together=(-DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=16)
 # The plug-in's sources, too: for checks that neither ship nor measure it.
 # shellcheck disable=SC2034

@@ -27,7 +27,7 @@ Row = collections.namedtuple("Row", "name figure unit here there change noise ve
 
 
 def chance_of(here, there):
-    """That numbers which do not differ are ranked at least as unequally: Mann-Whitney's test, exactly."""
+    """The probability that equal distributions are ranked this unequally (exact Mann-Whitney test)."""
     together = sorted(here + there)
     ranks = [together.index(x) + together.count(x) / 2 for x in here + there]
     expected = sum(ranks) / 2

@@ -6,13 +6,13 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/chrony.bash"
 
 if [ $# -gt 0 ]; then
-  echo 'dev: "coverage" takes no words: it measures the whole of plug-in and host' >&2
+  echo 'dev: "coverage" takes no arguments: it measures the whole of plug-in and host' >&2
   exit 2
 fi
 folder=$(folder_of coverage)
 
-# clang counts what the source says: no branches for exceptions that a call might throw. The counts
-# lie in mapped files, so that a process that is killed counts up to its end.
+# clang counts regions of the source, so there are no branches for exceptions of a call. The counts
+# are in mapped files, so that a process that is killed counts up to its end.
 flags="-O0 -g0 -fcoverage-mapping -fprofile-instr-generate=$folder/profile/%4m%c.profraw"
 flags+=" -mllvm -runtime-counter-relocation -Wno-unused-command-line-argument"
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# powercuts [--seed N] [--cuts N]: cut a telephone's power at random moments (default 1000)
+# powercuts [--seed N] [--cuts N]: kill a host at random moments, as a power cut does (default 1000 times)
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

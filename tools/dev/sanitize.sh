@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# sanitize [KIND]...: all tests under address, undefined, thread (default all)
+# sanitize [KIND]...: all tests under the sanitizers address, undefined, thread (default all)
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
