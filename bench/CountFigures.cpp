@@ -6,15 +6,13 @@
 #include <string>
 #include <thread>
 
+#include "BlockingClient.h"
 #include "HostProgram.h"
-#include "Line.h"
 #include "Measure.h"
 #include "SystemCalls.h"
 
 namespace bench {
 namespace {
-
-using support::TemporaryFolder;
 
 constexpr std::size_t kCalls = 1000;
 constexpr std::size_t kInFlight = 32;
@@ -26,12 +24,11 @@ constexpr std::chrono::seconds kIdle{2};
 // Reads the heap allocations of a process, which it counts in a file: see HeapCount.cpp.
 class HeapCount {
  public:
-  explicit HeapCount(const TemporaryFolder& folder) : m_file(folder / "heap") {
-    std::ofstream(m_file) << std::string(sizeof(std::size_t), '\0');
-  }
+  HeapCount() { std::ofstream(m_file) << std::string(sizeof(std::size_t), '\0'); }
 
-  [[nodiscard]] Words environment() const {
-    return {std::string("LD_PRELOAD=") + BENCH_HEAP, "BENCH_HEAP_COUNT=" + m_file.string()};
+  [[nodiscard]] Words launcher() const {
+    return {"/usr/bin/env", std::string("LD_PRELOAD=") + BENCH_HEAP,
+            "BENCH_HEAP_COUNT=" + m_file.string()};
   }
 
   [[nodiscard]] std::size_t allocations() const {
@@ -42,12 +39,13 @@ class HeapCount {
   }
 
  private:
-  const std::filesystem::path m_file;
+  const support::TemporaryFolder m_folder;
+  const std::filesystem::path m_file = m_folder / "heap";
 };
 
 // Waits until the host has answered a call and is idle, so that nothing of its start is counted.
 void settle(const HostProgram& host) {
-  Line(host.socket()).ask(callOf("getTime"));
+  BlockingClient(host.socket()).ask(callOf("getTime"));
   std::this_thread::sleep_for(kSettling);
 }
 
@@ -63,7 +61,7 @@ Found perOperation(std::size_t operations, Operation operation, Count count) {
 // For each `inFlight` calls that are sent together.
 template <class Count>
 Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
-  const Line line(host.socket());
+  const BlockingClient line(host.socket());
   std::string requests;
   for (std::size_t i = 0; i < inFlight; ++i) requests += callOf("getTime");
   const auto callAll = [&] {
@@ -74,10 +72,9 @@ Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
 }
 
 Found systemCallsPer(std::size_t inFlight) {
-  const TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state");
+  const HostProgram host;
   settle(host);
-  const SystemCalls calls(host.process());
+  const SystemCalls calls(host.program().id());
   return perCalls(host, inFlight, [&] { return calls.all(); });
 }
 
@@ -92,7 +89,7 @@ class Setter {
   }
 
  private:
-  const Line m_line;
+  const BlockingClient m_line;
   int m_set = 0;
 };
 
@@ -114,18 +111,16 @@ Found measurePipelineSystemCalls() {
 }
 
 Found measureCallAllocations() {
-  const TemporaryFolder folder;
-  const HeapCount heap(folder);
-  const HostProgram host(folder, folder / "state", {}, heap.environment());
+  const HeapCount heap;
+  const HostProgram host({}, heap.launcher());
   settle(host);
   return perCalls(host, 1, [&] { return heap.allocations(); });
 }
 
 Found measureSetSystemCalls() {
-  const TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state");
+  const HostProgram host;
   settle(host);
-  const SystemCalls calls(host.process());
+  const SystemCalls calls(host.program().id());
   Setter set(host);
   const auto setAndSettle = [&] {
     set();
@@ -135,20 +130,18 @@ Found measureSetSystemCalls() {
 }
 
 Found measureSetAllocations() {
-  const TemporaryFolder folder;
-  const HeapCount heap(folder);
-  const HostProgram host(folder, folder / "state", {}, heap.environment());
+  const HeapCount heap;
+  const HostProgram host({}, heap.launcher());
   settle(host);
   return perOperation(kSets, Setter(host), [&] { return heap.allocations(); });
 }
 
 // The most of any set; 0 if one was not synced at all.
 Found measureSetSyncs() {
-  const TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state");
+  const HostProgram host;
   settle(host);
   Setter set(host);
-  const SystemCalls calls(host.process());
+  const SystemCalls calls(host.program().id());
   set();
   double most = 0;
   for (std::size_t i = 1; i <= kSets; ++i) {
@@ -161,10 +154,9 @@ Found measureSetSyncs() {
 
 // The second day: what the start leaves to do is in the first.
 Found measureDaySyncs() {
-  const TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state", {"--speed", "0"});
-  const Line line(host.controlSocket());
-  const SystemCalls calls(host.process());
+  const HostProgram host({"--speed", "0"});
+  const BlockingClient line(host.controlSocket());
+  const SystemCalls calls(host.program().id());
   const auto day = [&] { line.control(R"({"verb":"clock","action":"advance","seconds":86400})"); };
   day();
   return {syncsOf(calls, day), {}};
@@ -172,10 +164,9 @@ Found measureDaySyncs() {
 
 // At the speed of real time, far from a full hour.
 Found measureIdle() {
-  const TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state", {"--at", "2030-01-15T12:20:00+00:00"});
+  const HostProgram host({"--at", "2030-01-15T12:20:00+00:00"});
   settle(host);
-  const SystemCalls calls(host.process());
+  const SystemCalls calls(host.program().id());
   std::this_thread::sleep_for(kSettling);  // the tracer's first stop wakes each thread once
   const std::size_t before = calls.all();
   std::this_thread::sleep_for(kIdle);

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "Alternate.h"
+#include "BlockingClient.h"
 #include "HostProgram.h"
-#include "Line.h"
 #include "Measure.h"
 
 namespace bench {
@@ -13,14 +13,14 @@ namespace {
 constexpr std::size_t kSubscribers = 100;
 constexpr std::size_t kEvents = 20;
 
-std::vector<Line> linesTo(const std::filesystem::path& socket) {
-  std::vector<Line> lines;
+std::vector<BlockingClient> linesTo(const std::filesystem::path& socket) {
+  std::vector<BlockingClient> lines;
   for (std::size_t i = 0; i < kSubscribers; ++i) lines.emplace_back(socket);
   return lines;
 }
 
 // Skips the date event, which midnight also sends.
-std::string timeEventAt(const Line& line) {
+std::string timeEventAt(const BlockingClient& line) {
   std::string bytes;
   while (bytes.find("timeChangeEvent") == std::string::npos) bytes = line.frame();
   return bytes;
@@ -28,11 +28,11 @@ std::string timeEventAt(const Line& line) {
 
 // Microseconds until all subscribers have the event that the request causes.
 template <class Take>
-double waitOfAll(const Line& cause, const std::string& request, const std::vector<Line>& lines,
-                 Take take) {
+double waitOfAll(const BlockingClient& cause, const std::string& request,
+                 const std::vector<BlockingClient>& lines, Take take) {
   const double wait = elapsed<Microseconds>([&] {
     cause.send(request);
-    for (const Line& line : lines) static_cast<void>(take(line));
+    for (const BlockingClient& line : lines) static_cast<void>(take(line));
   });
   static_cast<void>(cause.frame());
   return wait;
@@ -41,24 +41,23 @@ double waitOfAll(const Line& cause, const std::string& request, const std::vecto
 }  // namespace
 
 Found measureSubscribers() {
-  const support::TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state", {"--speed", "0"});
-  const BaselineProgram fan(folder, "fan", std::to_string(kSubscribers));
-  const Line control(host.controlSocket());
-  const Line toFan(fan.socket());  // its first client
-  const std::vector<Line> atHost = linesTo(host.socket());
-  const std::vector<Line> atFan = linesTo(fan.socket());
-  for (const Line& line : atHost) line.ask(callOf("observeTimeEvents"));
+  const HostProgram host({"--speed", "0"});
+  const BaselineProgram fan("fan", std::to_string(kSubscribers));
+  const BlockingClient control(host.controlSocket());
+  const BlockingClient toFan(fan.socket());  // its first client
+  const std::vector<BlockingClient> atHost = linesTo(host.socket());
+  const std::vector<BlockingClient> atFan = linesTo(fan.socket());
+  for (const BlockingClient& line : atHost) line.ask(callOf("observeTimeEvents"));
 
   const std::string hour = controlOf(R"({"verb":"clock","action":"advance","seconds":3600})");
   std::string event;
   const auto hostsEvent = [&] {
     return waitOfAll(control, hour, atHost,
-                     [&](const Line& line) { return event = timeEventAt(line); });
+                     [&](const BlockingClient& line) { return event = timeEventAt(line); });
   };
   static_cast<void>(hostsEvent());
   return alternately(kEvents, hostsEvent, [&] {
-    return waitOfAll(toFan, event, atFan, [](const Line& line) { return line.frame(); });
+    return waitOfAll(toFan, event, atFan, [](const BlockingClient& line) { return line.frame(); });
   });
 }
 

@@ -4,8 +4,10 @@
 #include <sys/vfs.h>
 
 #include <cerrno>
+#include <csignal>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace bench {
 namespace {
@@ -15,27 +17,20 @@ Words joined(Words words, const Words& more) {
   return words;
 }
 
-// Removes the socket of an earlier program.
-std::filesystem::path freshSocket(const support::TemporaryFolder& folder, const std::string& name) {
-  std::filesystem::remove(folder / name);
-  return folder / name;
-}
-
 }  // namespace
 
-HostProgram::HostProgram(const support::TemporaryFolder& folder, const std::filesystem::path& state,
-                         const Words& options, const Words& environment)
-    : m_socket(freshSocket(folder, "host")),
-      m_controlSocket(freshSocket(folder, "host.control")),
-      m_child(joined({BENCH_CLOCKHOST, "--plugin", BENCH_PLUGIN, "--state", state, "--socket",
-                      m_socket, "--device-root", folder / "root"},
-                     options),
-              environment) {}
+HostProgram::HostProgram(const Words& options, Words launcher)
+    : RestartableHost(CLOCKHOST, joined({"--speed", "1"}, options)) {
+  launch(joined(std::move(launcher), words()));
+}
 
-BaselineProgram::BaselineProgram(const support::TemporaryFolder& folder, const std::string& name,
-                                 const std::string& argument)
-    : m_socket(freshSocket(folder, name)),
-      m_child({std::string(BENCH_BASELINES) + "/baseline_" + name, m_socket, argument}) {}
+HostProgram::~HostProgram() {
+  end(SIGTERM);
+}
+
+BaselineProgram::BaselineProgram(const std::string& name, const std::string& argument)
+    : m_program(m_folder.path(), name,
+                {std::string(BENCH_BASELINES) + "/baseline_" + name, socket(), argument}) {}
 
 std::filesystem::path diskFolder() {
   struct statfs found {};

@@ -2,45 +2,33 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
-#include "Child.h"
-#include "support/TemporaryFolder.h"
+#include "integration/RestartableHost.h"
 
 namespace bench {
 
-using Words = std::vector<std::string>;
+using integration::Words;
 
-// A clockhost with the built plug-in. Owner: a measurement.
-class HostProgram {
+// A clockhost with the built plug-in, whose clock runs. Owner: a measurement.
+class HostProgram : public integration::RestartableHost {
  public:
-  // folder: for its sockets. state: its state folder. options: in addition to those for the
-  // plug-in, the state folder and the sockets.
-  HostProgram(const support::TemporaryFolder& folder, const std::filesystem::path& state,
-              const Words& options = {}, const Words& environment = {});
-
-  [[nodiscard]] const std::filesystem::path& socket() const { return m_socket; }
-  [[nodiscard]] const std::filesystem::path& controlSocket() const { return m_controlSocket; }
-  [[nodiscard]] pid_t process() const { return m_child.id(); }
-
- private:
-  const std::filesystem::path m_socket;
-  const std::filesystem::path m_controlSocket;
-  Child m_child;
+  // options: in addition to those for the plug-in, its folders and sockets. launcher: a command
+  // that executes the rest of its command line.
+  explicit HostProgram(const Words& options = {}, Words launcher = {});
+  ~HostProgram();  // ends it in order: a host that was killed leaves work to the next start
 };
 
 // A minimal program of baselines/, which listens at a socket.
 class BaselineProgram {
  public:
-  BaselineProgram(const support::TemporaryFolder& folder, const std::string& name,
-                  const std::string& argument);
+  BaselineProgram(const std::string& name, const std::string& argument);
 
-  [[nodiscard]] const std::filesystem::path& socket() const { return m_socket; }
-  [[nodiscard]] pid_t process() const { return m_child.id(); }
+  [[nodiscard]] std::filesystem::path socket() const { return m_folder / "socket"; }
+  [[nodiscard]] const integration::Program& program() const { return m_program; }
 
  private:
-  const std::filesystem::path m_socket;
-  Child m_child;
+  const support::TemporaryFolder m_folder{support::folderInMemory()};
+  const integration::Program m_program;
 };
 
 // A folder on a disk, beside the programs. Throws std::runtime_error when that is in memory.

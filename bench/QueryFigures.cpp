@@ -4,23 +4,95 @@
 #include <time.h>
 
 #include <array>
+#include <chrono>
 #include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
 #include <sstream>
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "Alternate.h"
+#include "ClockServiceIfc.h"
 #include "Instructions.h"
 #include "Invoker.h"
 #include "InvokerResponse.h"
 #include "Measure.h"
 #include "Method.h"
-#include "Telephone.h"
+#include "clock/VirtualClock.h"
+#include "framework/ApplicationLog.h"
+#include "remote/MessagePackCodec.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "scenario/ScenarioDevice.h"
+#include "services/MemoryDataAccess.h"
+#include "support/Framework.h"
 
 namespace bench {
 namespace {
 
 constexpr int kCallsInARow = 1000;  // of one side, before the other's turn
 constexpr std::size_t kPairs = 50;
+
+// A telephone in this process: the host around the plug-in that ships. Its zone has daylight
+// saving, its log level is the usual one, and its clock runs. One at a time.
+class Telephone {
+ public:
+  Telephone() {
+    for (const auto& [key, value] : {std::pair{"sntp-tz-offset", "-5"},
+                                     {"daylight-save-zone-id", "12"},
+                                     {"daylight-save", "true"},
+                                     {"auto-daylight-save", "true"}}) {
+      const auto answer = m_device.request({{"verb", "set"}, {"key", key}, {"value", value}});
+      if (answer.at("ok") != true) throw std::runtime_error(answer.dump());
+    }
+    host::ApplicationLog::instance().setLevel(host::ApplicationLog::kDefaultLevel);
+    m_device.device().clock().advance(std::chrono::seconds(1));
+    m_device.device().clock().setSpeed(1);
+    m_framework.keepsCalls = false;
+    m_framework.codecs["msgpack"] = &m_codec;
+    m_invoker->initInvoker(&m_framework);
+  }
+
+  [[nodiscard]] ClockServiceIfc& service() { return m_service; }
+  [[nodiscard]] Executable& executable() { return m_device.device().service(); }
+  [[nodiscard]] Invoker& invoker() { return *m_invoker; }
+  [[nodiscard]] std::string requestFor(const char* name) {
+    Method method(name, Method::call);
+    std::stringstream stream;
+    m_codec.encode(method, stream);
+    return stream.str();
+  }
+
+ private:
+  [[nodiscard]] host::DeviceOptions options() {
+    host::DeviceOptions options;
+    options.store = &m_store;
+    options.securityLogInMemory = true;
+    return options;
+  }
+
+  host::MemoryDataAccess m_store;
+  host::Plugin m_plugin{CLOCK_PLUGIN};
+  host::ScenarioDevice m_device{m_plugin, options()};
+  ClockServiceIfc& m_service{dynamic_cast<ClockServiceIfc&>(executable())};
+  host::MessagePackCodec m_codec;
+  support::Framework m_framework;
+  const std::unique_ptr<Invoker> m_invoker{m_plugin.createInvoker()};
+};
+
+// While it exists, this process's time calls read the machine's clock, as on a telephone.
+class MachineClock {
+ public:
+  MachineClock() : m_before(host::processClock()) { host::setProcessClock(nullptr); }
+  ~MachineClock() { host::setProcessClock(m_before); }
+  MachineClock(const MachineClock&) = delete;
+  MachineClock& operator=(const MachineClock&) = delete;
+
+ private:
+  host::VirtualClock* const m_before;
+};
 
 // Nanoseconds of processor time that each of many calls takes.
 template <class Call>
@@ -50,7 +122,7 @@ std::string printedTime() {
   return text.data();
 }
 
-// Drops the reply.
+// Drops the reply: support::Response would take time to keep it.
 class Dropped : public InvokerResponse {
  public:
   const char* getCodecName() override { return "msgpack"; }
@@ -60,13 +132,6 @@ class Dropped : public InvokerResponse {
     benchmark::DoNotOptimize(length);
   }
 };
-
-std::string requestFor(const char* name, Telephone& telephone) {
-  Method method(name, Method::call);
-  std::stringstream stream;
-  telephone.codecs().find(host::kDefaultCodec)->encode(method, stream);
-  return stream.str();
-}
 
 }  // namespace
 
@@ -90,10 +155,10 @@ Found measureGetTimeInstructions() {
 Found measureMessage() {
   constexpr double kInMicroseconds = 1000;
   Telephone telephone;
-  const std::string request = requestFor("getTime", telephone);
+  const std::string request = telephone.requestFor("getTime");
   const auto message = [&] {
-    telephone.device().invoker().handleMessage(&telephone.device().service(), request.data(),
-                                               static_cast<int>(request.size()), new Dropped);
+    telephone.invoker().handleMessage(&telephone.executable(), request.data(),
+                                      static_cast<int>(request.size()), new Dropped);
   };
   return alternately(
       kPairs, [&] { return costOf(message) / kInMicroseconds; },

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "Alternate.h"
+#include "BlockingClient.h"
 #include "HostProgram.h"
-#include "Line.h"
 #include "Measure.h"
-#include "Together.h"
+#include "RunConcurrently.h"
 
 namespace bench {
 namespace {
@@ -24,7 +24,7 @@ struct Exchange {
   std::string request;
   std::size_t reply;
 
-  void once(const Line& line) const {
+  void once(const BlockingClient& line) const {
     line.send(request);
     line.drop(reply);
   }
@@ -36,13 +36,13 @@ struct Served {
     for (std::size_t i = 0; i < clients; ++i) lines.emplace_back(socket);
   }
 
-  std::vector<Line> lines;
+  std::vector<BlockingClient> lines;
   Exchange exchange;
 };
 
 struct HostAndEcho {
   explicit HostAndEcho(std::size_t clients)
-      : echoProgram(folder, "echo", std::to_string(clients)),
+      : echoProgram("echo", std::to_string(clients)),
         host(hostProgram.socket(), clients),
         echo(echoProgram.socket(), clients) {
     const std::string getTime = callOf("getTime");
@@ -50,8 +50,7 @@ struct HostAndEcho {
     echo.exchange = {std::string(kEchoSize, 'e'), kEchoSize};
   }
 
-  const support::TemporaryFolder folder;
-  const HostProgram hostProgram{folder, folder / "state"};
+  const HostProgram hostProgram;
   const BaselineProgram echoProgram;
   Served host;
   Served echo;
@@ -79,7 +78,7 @@ Exchange times(const Exchange& exchange, std::size_t count) {
 }
 
 // Calls a second of one client, `each` in every exchange.
-double callsPerSecond(const Line& line, const Exchange& exchange, std::size_t each) {
+double callsPerSecond(const BlockingClient& line, const Exchange& exchange, std::size_t each) {
   const double seconds = elapsed<std::chrono::duration<double>>([&] {
     for (std::size_t i = 0; i < kCallsOfOne; ++i) exchange.once(line);
   });
@@ -87,7 +86,7 @@ double callsPerSecond(const Line& line, const Exchange& exchange, std::size_t ea
 }
 
 double callsPerSecond(const Served& served) {
-  const double seconds = secondsTogether(served.lines.size(), [&](std::size_t client) {
+  const double seconds = runConcurrently(served.lines.size(), [&](std::size_t client) {
     for (std::size_t i = 0; i < kCallsOfEach; ++i) served.exchange.once(served.lines[client]);
   });
   return static_cast<double>(served.lines.size() * kCallsOfEach) / seconds;
@@ -110,9 +109,8 @@ Found measureSixteenClients() {
 }
 
 Found measurePipeline() {
-  const support::TemporaryFolder folder;
-  const HostProgram host(folder, folder / "state");
-  const Line line(host.socket());
+  const HostProgram host;
+  const BlockingClient line(host.socket());
   const std::string getTime = callOf("getTime");
   const Exchange one{getTime, line.ask(getTime).size()};
   const Exchange many = times(one, kInFlight);

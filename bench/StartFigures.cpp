@@ -1,5 +1,4 @@
 // From the start of the program to its first reply, and the memory that it then holds.
-#include <sqlite3.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -7,14 +6,13 @@
 #include <string>
 
 #include "Alternate.h"
+#include "BlockingClient.h"
 #include "HostProgram.h"
-#include "Line.h"
 #include "Measure.h"
+#include "Sqlite.h"
 
 namespace bench {
 namespace {
-
-using support::TemporaryFolder;
 
 constexpr std::size_t kStarts = 3;
 
@@ -26,15 +24,15 @@ class SavedSettings {
     copyRows();
   }
 
-  [[nodiscard]] HostProgram host() const { return {m_sockets, m_disk / "state"}; }
-  [[nodiscard]] BaselineProgram small() const { return {m_sockets, "small", rows()}; }
+  [[nodiscard]] HostProgram host() const { return HostProgram({"--state", m_disk / "state"}); }
+  [[nodiscard]] BaselineProgram small() const { return {"small", rows()}; }
 
  private:
   [[nodiscard]] std::string rows() const { return m_disk / "rows.db"; }
 
   void saveAll() const {
     const HostProgram program = host();
-    const Line control(program.controlSocket());
+    const BlockingClient control(program.controlSocket());
     for (const char* const setting :
          {R"("date-format","value":"1")", R"("time-format","value":"1")",
           R"("sntp-addr","value":"127.0.0.1")", R"("ntp-secret","value":"secret")",
@@ -43,28 +41,22 @@ class SavedSettings {
           R"("daylight-save-zone-id","value":"12")", R"("auto-daylight-save","value":"true")"}) {
       control.control(std::string(R"({"verb":"set","key":)") + setting + '}');
     }
-    Line(program.socket()).ask(callOf("setFallbackTime"));
+    BlockingClient(program.socket()).ask(callOf("setFallbackTime"));
   }
 
   void copyRows() const {
     const std::string sql = "ATTACH '" + (m_disk / "state/settings.db").string() +
                             "' AS saved; CREATE TABLE settings(value TEXT);"
                             "INSERT INTO settings SELECT value FROM saved.settings";
-    sqlite3* database = nullptr;
-    sqlite3_open(rows().c_str(), &database);
-    const int code = sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr);
-    const std::string error = sqlite3_errmsg(database);
-    sqlite3_close(database);
-    if (code != SQLITE_OK) throw std::runtime_error("saved settings: " + error);
+    execute(openDatabase(rows()), sql);
   }
 
-  const TemporaryFolder m_sockets;
-  const TemporaryFolder m_disk{diskFolder()};
+  const support::TemporaryFolder m_disk{diskFolder()};
 };
 
 template <class Program>
 void awaitReply(const Program& program) {
-  Line(program.socket()).ask(callOf("getTime"));
+  BlockingClient(program.socket()).ask(callOf("getTime"));
 }
 
 // The program ends after the time was taken.
@@ -90,7 +82,7 @@ double memoryAfter(Start start) {
   const auto program = start();
   awaitReply(program);
   ::sync();
-  return privateDirty(program.process());
+  return privateDirty(program.program().id());
 }
 
 }  // namespace

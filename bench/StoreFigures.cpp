@@ -1,14 +1,12 @@
 // One accepted setting, from the request to the reply, with its write to the disk.
-#include <sqlite3.h>
-
-#include <memory>
 #include <stdexcept>
 #include <string>
 
 #include "Alternate.h"
+#include "BlockingClient.h"
 #include "HostProgram.h"
-#include "Line.h"
 #include "Measure.h"
+#include "Sqlite.h"
 
 namespace bench {
 namespace {
@@ -16,52 +14,35 @@ namespace {
 constexpr std::size_t kSetsInARow = 20;  // few, because a disk's speed varies
 constexpr std::size_t kEchoSize = 100;   // bytes
 
-struct Close {
-  void operator()(sqlite3* database) const { sqlite3_close(database); }
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-
 // Writes the same row to a database of the same form, through SQLite alone.
 class BareStore {
  public:
   // synchronous: FULL syncs each write, NORMAL none.
-  BareStore(const std::filesystem::path& file, const std::string& synchronous) {
-    sqlite3* database = nullptr;
-    sqlite3_open(file.c_str(), &database);
-    m_database.reset(database);
-    execute("PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL; PRAGMA synchronous=" +
-            synchronous +
-            ";"
-            "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT NULL,"
-            " PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID");
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(database,
-                       "INSERT INTO settings VALUES('ClockSettings', 'DateFormat', ?1)"
-                       " ON CONFLICT(schema, key) DO UPDATE SET value = excluded.value",
-                       -1, &statement, nullptr);
-    m_statement.reset(statement);
+  BareStore(const std::filesystem::path& file, const std::string& synchronous)
+      : m_database(openDatabase(file)) {
+    execute(m_database,
+            "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=WAL; PRAGMA synchronous=" +
+                synchronous +
+                ";"
+                "CREATE TABLE settings(schema TEXT NOT NULL, key TEXT NOT NULL, value TEXT NOT "
+                "NULL, PRIMARY KEY(schema, key)) STRICT, WITHOUT ROWID");
+    m_statement = prepare(m_database,
+                          "INSERT INTO settings VALUES('ClockSettings', 'DateFormat', ?1)"
+                          " ON CONFLICT(schema, key) DO UPDATE SET value = excluded.value");
   }
 
   void write(const std::string& value) {
     sqlite3_bind_text(m_statement.get(), 1, value.c_str(), -1, nullptr);
-    if (sqlite3_step(m_statement.get()) != SQLITE_DONE) {
-      throw std::runtime_error(sqlite3_errmsg(m_database.get()));
-    }
+    require(sqlite3_step(m_statement.get()) == SQLITE_DONE, m_database);
     sqlite3_reset(m_statement.get());
   }
 
  private:
-  void execute(const std::string& sql) {
-    if (sqlite3_exec(m_database.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-      throw std::runtime_error(sqlite3_errmsg(m_database.get()));
-    }
-  }
-
-  std::unique_ptr<sqlite3, Close> m_database;
-  std::unique_ptr<sqlite3_stmt, Close> m_statement;
+  Database m_database;
+  Statement m_statement;
 };
 
-double waitOfSet(const Line& line, const std::string& value) {
+double waitOfSet(const BlockingClient& line, const std::string& value) {
   const std::string set = R"({"verb":"set","key":"date-format","value":")" + value + "\"}";
   return elapsed<Microseconds>([&] { line.control(set); });
 }
@@ -83,17 +64,15 @@ class Minimum {
     });
   }
 
-  [[nodiscard]] const support::TemporaryFolder& sockets() const { return m_sockets; }
   [[nodiscard]] const support::TemporaryFolder& disk() const { return m_disk; }
 
  private:
   std::string nextValue() { return std::to_string(++m_written % 3); }
 
-  const support::TemporaryFolder m_sockets;
   const support::TemporaryFolder m_disk{diskFolder()};
   const std::string m_message = std::string(kEchoSize, 'e');
-  const BaselineProgram m_echo{m_sockets, "echo", "1"};
-  const Line m_line{m_echo.socket()};
+  const BaselineProgram m_echo{"echo", "1"};
+  const BlockingClient m_line{m_echo.socket()};
   BareStore m_synced{m_disk / "synced.db", "FULL"};
   BareStore m_unsynced{m_disk / "unsynced.db", "NORMAL"};
   int m_written = 0;
@@ -112,8 +91,8 @@ Found measureSetConstant() {
 
 Found measureSet() {
   Minimum minimum;
-  const HostProgram host(minimum.sockets(), minimum.disk() / "state");
-  const Line line(host.controlSocket());
+  const HostProgram host({"--state", minimum.disk() / "state"});
+  const BlockingClient line(host.controlSocket());
   int set = 0;  // so that each set changes the value
   return alternately(
       kSetsInARow,

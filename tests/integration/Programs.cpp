@@ -50,8 +50,9 @@ bool giveUpTheClock() {
          prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;
 }
 
-// The new process, which may use only async-signal-safe calls until exec. The kernel kills it when
-// the thread that started it ends, so that no test leaves a program behind.
+// The new process, which shares this one's memory until exec and may use only async-signal-safe
+// calls. The kernel kills it when the thread that started it ends, so that no test leaves a program
+// behind.
 [[noreturn]] void become(char* const* arguments, const char* out, const char* err, pid_t parent,
                          int failures) {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
@@ -94,7 +95,7 @@ Program::Program(const std::filesystem::path& folder, const std::string& name, c
     throw std::system_error(errno, std::generic_category(), "pipe2");
   }
   const pid_t parent = getpid();
-  m_id = fork();
+  m_id = vfork();  // a fork of a large test program takes a millisecond
   if (m_id == 0) become(arguments.data(), m_out.c_str(), m_err.c_str(), parent, failures[1]);
   const int forkError = m_id < 0 ? errno : 0;
   const int error = std::max(forkError, failureFrom(failures));

@@ -43,7 +43,7 @@ class RestartableHost {
   // Runs a second host in the same folder, which must fail to start, to its end.
   [[nodiscard]] Outcome startAnother(const Words& more = {}) const;
 
-  [[nodiscard]] Program& program() { return *m_program; }
+  [[nodiscard]] Program& program() const { return *m_program; }
 
   // Runs clockctl to its end. words: options, verb and arguments.
   Outcome ctl(const Words& words);

@@ -1,8 +1,5 @@
 #include "powercut/Load.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <ctime>
 #include <deque>
@@ -10,7 +7,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "base/Descriptor.h"
 #include "remote/RemoteClient.h"
 
 namespace powercut {
@@ -107,14 +103,10 @@ class Setter {
 };
 
 // Reports a time as the NTP client does, unless the listener does not open the pipe for too long.
-void writeReport(const std::filesystem::path& pipe, std::int64_t instant) {
+void writeReport(const integration::RestartableHost& telephone, std::int64_t instant) {
   constexpr int kTries = 1000;
-  for (int tries = 0; tries < kTries; ++tries) {
-    const host::Descriptor writer(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!writer.valid()) continue;
-    const auto seconds = static_cast<std::uint32_t>(instant);
-    if (::write(writer.get(), &seconds, sizeof seconds) == sizeof seconds) return;
-  }
+  int tries = 0;
+  while (tries < kTries && !telephone.report(static_cast<std::uint32_t>(instant))) ++tries;
 }
 
 std::string utcString(std::int64_t instant) {
@@ -127,13 +119,13 @@ std::string utcString(std::int64_t instant) {
 
 // Sets the clock and reports it as the NTP client does, then saves the time with a call.
 void setAndReportTime(host::RemoteClient& client, host::RemoteClient& control,
-                      const std::filesystem::path& pipe, Promises& promises) {
+                      const integration::RestartableHost& telephone, Promises& promises) {
   const std::int64_t instant = promises.lastTime += kStep;
   const std::string expected = utcString(instant);
   const auto number = promises.savedTimes.asked(kSavedTime, expected);
   const json jump = {{"verb", "clock"}, {"action", "jump"}, {"seconds", instant}};
   if (!control.control(jump.dump(), kLimit)) throw host::HostGone("the clock is not set");
-  writeReport(pipe, instant);
+  writeReport(telephone, instant);
   Method save("setFallbackTime", Method::call);
   const auto saved = client.call(save, kLimit);
   std::string time;
@@ -150,7 +142,7 @@ Promises::Promises() {
   savedTimes.begins(kSavedTime, "2016-06-16T00:00:00+00:00");
 }
 
-Load::Load(const integration::RestartableHost& host, Promises& promises, std::uint64_t seed)
+Load::Load(const integration::RestartableHost& telephone, Promises& promises, std::uint64_t seed)
     : m_host(host),
       m_promises(promises),
       m_random(seed),
@@ -187,7 +179,7 @@ void Load::set() {
 void Load::report() {
   const auto client = m_host.connect();
   const auto control = m_host.connectControl();
-  for (;;) setAndReportTime(*client, *control, m_host.pipe(), m_promises);
+  for (;;) setAndReportTime(*client, *control, m_host, m_promises);
 }
 
 }  // namespace powercut

@@ -1,4 +1,4 @@
-#include "Line.h"
+#include "BlockingClient.h"
 
 #include <sys/socket.h>
 
@@ -41,7 +41,8 @@ host::Descriptor limitedSocket() {
 
 }  // namespace
 
-Line::Line(const std::filesystem::path& socket) : m_descriptor(limitedSocket()) {
+BlockingClient::BlockingClient(const std::filesystem::path& socket)
+    : m_descriptor(limitedSocket()) {
   const host::SocketAddress address(socket);
   const auto end = Clock::now() + kLimit;
   while (::connect(m_descriptor.get(), address.get(), address.size()) != 0) {
@@ -51,12 +52,12 @@ Line::Line(const std::filesystem::path& socket) : m_descriptor(limitedSocket()) 
   }
 }
 
-void Line::send(std::string_view bytes) const {
+void BlockingClient::send(std::string_view bytes) const {
   const ssize_t sent = ::send(m_descriptor.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
   if (sent != static_cast<ssize_t>(bytes.size())) throw failure("send");
 }
 
-void Line::receive(char* to, std::size_t bytes) const {
+void BlockingClient::receive(char* to, std::size_t bytes) const {
   for (std::size_t received = 0; received < bytes;) {
     const ssize_t got = recv(m_descriptor.get(), to + received, bytes - received, 0);
     if (got < 0 && errno == EAGAIN) throw std::runtime_error("no answer for ten seconds");
@@ -66,12 +67,12 @@ void Line::receive(char* to, std::size_t bytes) const {
   }
 }
 
-void Line::drop(std::size_t bytes) const {
+void BlockingClient::drop(std::size_t bytes) const {
   std::array<char, 4096> sink;
   receive(sink.data(), bytes);
 }
 
-std::string Line::frame() const {
+std::string BlockingClient::frame() const {
   std::string bytes(kLengthSize, '\0');
   receive(bytes.data(), kLengthSize);
   std::size_t length = 0;
@@ -82,12 +83,12 @@ std::string Line::frame() const {
   return bytes;
 }
 
-std::string Line::ask(std::string_view request) const {
+std::string BlockingClient::ask(std::string_view request) const {
   send(request);
   return frame();
 }
 
-void Line::control(std::string_view json) const {
+void BlockingClient::control(std::string_view json) const {
   const std::string reply = ask(controlOf(json)).substr(host::kFrameHeaderSize);
   if (reply.find(R"("ok":true)") == std::string::npos) throw std::runtime_error(reply);
 }

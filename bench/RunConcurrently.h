@@ -8,7 +8,7 @@ namespace bench {
 // Forks this process `count` times, lets the new processes run work(0) to work(count - 1) at once,
 // and returns the seconds until the last one is done. Throws std::system_error when a process
 // cannot be started, and std::runtime_error when the work of one throws.
-[[nodiscard]] double secondsTogether(std::size_t count,
+[[nodiscard]] double runConcurrently(std::size_t count,
                                      const std::function<void(std::size_t)>& work);
 
 }  // namespace bench

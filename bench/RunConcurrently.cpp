@@ -1,4 +1,4 @@
-#include "Together.h"
+#include "RunConcurrently.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -39,7 +39,7 @@ bool succeeded(pid_t process) {
 
 }  // namespace
 
-double secondsTogether(std::size_t count, const std::function<void(std::size_t)>& work) {
+double runConcurrently(std::size_t count, const std::function<void(std::size_t)>& work) {
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe");

@@ -11,10 +11,10 @@ namespace bench {
 // A client's blocking connection to a Unix stream socket. Owner: a measurement.
 // Failure: std::system_error; std::runtime_error when the server disconnects, or does not answer
 // for ten seconds.
-class Line {
+class BlockingClient {
  public:
   // Waits up to ten seconds for a server to listen.
-  explicit Line(const std::filesystem::path& socket);
+  explicit BlockingClient(const std::filesystem::path& socket);
 
   void send(std::string_view bytes) const;
   // Receives exactly that many bytes and drops them. REQUIRES: at most 4096.
