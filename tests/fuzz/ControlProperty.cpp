@@ -26,7 +26,7 @@ constexpr double kLongAdvance = 86400;  // seconds of virtual time; longer ones 
 constexpr double kLongestAdvance = 36525 * kLongAdvance;  // the host must refuse a longer one
 
 // A client that reads everything. Thread: any.
-class Client final : public host::ControlChannel {
+class ReadingClient final : public host::ControlChannel {
  public:
   bool reply(std::string_view json) override {
     const std::lock_guard lock(m_mutex);
@@ -87,7 +87,7 @@ class Host {
   Host& operator=(const Host&) = delete;
 
   void ask(const std::string& request) {
-    const auto client = std::make_shared<Client>();
+    const auto client = std::make_shared<ReadingClient>();
     m_controller.handle({request, client});
     // A task may post another one.
     for (int round = 0; round < 2; ++round) m_device.managementThread().run([] {});
@@ -96,7 +96,7 @@ class Host {
   }
 
  private:
-  void holdAnswer(const Client& client, const std::string& request);
+  void holdAnswer(const ReadingClient& client, const std::string& request);
 
   support::Framework m_framework;  // gets no remote calls
   host::MemoryDataAccess m_store;
@@ -112,7 +112,7 @@ Json objectOf(const std::string& text) {
   return json;
 }
 
-void Host::holdAnswer(const Client& client, const std::string& request) {
+void Host::holdAnswer(const ReadingClient& client, const std::string& request) {
   for (const std::string& item : client.items()) objectOf(item);
   const std::vector<std::string> replies = client.replies();
   if (replies.empty() && !client.items().empty()) return;  // log --follow

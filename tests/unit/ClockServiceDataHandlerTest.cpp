@@ -5,19 +5,19 @@
 #include <climits>
 #include <string>
 
-#include "unit/SettingsStore.h"
+#include "unit/SettingsInMemory.h"
 
 namespace {
 
 using unit::describe;
-using unit::SettingsStore;
+using unit::SettingsInMemory;
 
 // Sub-variants 2, 3 and 4 have American defaults; every other number has the usual ones.
 constexpr int kAmerican[] = {2, 3, 4};
 constexpr int kOtherVariants[] = {0, 1, 5, 6, -1, -2, INT_MAX, INT_MIN};
 
 void expectDefaults(int variant, const char* settings, int dateFormat, int timeFormat) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto fresh = store.load(variant);
   EXPECT_EQ(describe(*fresh), settings) << "variant " << variant;
   EXPECT_EQ(fresh->getTimezoneOffset(), 0.0F) << "variant " << variant;
@@ -36,7 +36,7 @@ TEST(ClockServiceDataHandler, DefaultsDependOnTheHardware) {
 }
 
 TEST(ClockServiceDataHandler, DefaultsAreRestoredInMemoryOnly) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   for (const bool done :
        {settings->setFallbackTime("2020-01-01T00:00:00+00:00"), settings->setSntpAddr("192.0.2.1"),
@@ -56,7 +56,7 @@ TEST(ClockServiceDataHandler, DefaultsAreRestoredInMemoryOnly) {
 }
 
 TEST(ClockServiceDataHandler, WorksWithoutAStore) {
-  SettingsStore store;
+  SettingsInMemory store;
   store.context.remove("DataAccessServiceIfc");
   const auto settings = store.load(3);
   EXPECT_FALSE(settings->setNtpSecret("secret"));
@@ -64,7 +64,7 @@ TEST(ClockServiceDataHandler, WorksWithoutAStore) {
 }
 
 TEST(ClockServiceDataHandler, FlagsAreExactlyTrueOrFalse) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load(3);
   for (const char* const text : {"TRUE", "True", "1", "0", "yes", "no", "", " true", "true ",
                                  "FALSE", "False", "tru", "truee", "on"}) {
@@ -84,7 +84,7 @@ TEST(ClockServiceDataHandler, FlagsAreExactlyTrueOrFalse) {
 }
 
 TEST(ClockServiceDataHandler, ZoneIsAnyNumber) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   for (const int id : {0, 14, 15, -1, 99, INT_MAX, INT_MIN}) {
     EXPECT_TRUE(settings->setDSTZoneID(id)) << "zone " << id;
@@ -96,7 +96,7 @@ TEST(ClockServiceDataHandler, ZoneIsAnyNumber) {
 TEST(ClockServiceDataHandler, TextsAreAnyText) {
   for (const char* const text : {"", "a&b<c>d\"e'f", "two\nlines", "tab\tand  blanks ", "&amp;",
                                  "]]>", "<!-- -->", "gr\xc3\xbc\xc3\x9f"}) {
-    SettingsStore store;
+    SettingsInMemory store;
     const auto settings = store.load();
     EXPECT_TRUE(settings->setNtpSecret(text)) << text;
     EXPECT_TRUE(settings->setFallbackTime(text)) << text;
@@ -107,7 +107,7 @@ TEST(ClockServiceDataHandler, TextsAreAnyText) {
 }
 
 TEST(ClockServiceDataHandler, SoftwareTypeIsOneOfThreeTextsAndNotStored) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   int expected = 0;
   for (const char* const text : {"Velmora SIP", "Velmora QEX", "Velmora TDM"}) {

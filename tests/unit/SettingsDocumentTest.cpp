@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "ClockServiceDataHandler.h"
-#include "unit/SettingsStore.h"
+#include "unit/SettingsInMemory.h"
 
 namespace {
 
 using unit::describe;
 using unit::kDefaults;
-using unit::SettingsStore;
+using unit::SettingsInMemory;
 using Handler = ClockServiceDataHandler;
 
 // Calls the parser's callbacks: "<NAME" begins an element, "/NAME" ends it, other texts are pieces
@@ -56,7 +56,7 @@ TEST(SettingsDocument, ElementIsFromItsStartToTheNextEnd) {
        "2016-06-16T00:00:00+00:00 2 0 \"\" \"\" 0 false 60 0 0 false"},
   };
   for (const auto& row : table) {
-    SettingsStore store;
+    SettingsInMemory store;
     const auto settings = store.load();
     parse(*settings, row.events);
     EXPECT_EQ(describe(*settings), row.settings);
@@ -65,7 +65,7 @@ TEST(SettingsDocument, ElementIsFromItsStartToTheNextEnd) {
 }
 
 TEST(SettingsDocument, OtherElementsHoldNothing) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   for (const char* const name :
        {"", "dateformat", "DATEFORMAT", "DateFormat2", "DateForma", " DateFormat", "Settings",
@@ -76,7 +76,7 @@ TEST(SettingsDocument, OtherElementsHoldNothing) {
 }
 
 TEST(SettingsDocument, AttributesAndBytesBeyondTheLengthAreIgnored) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   const char* attributes[] = {"DateFormat", "2", nullptr};
   for (const int length : {6, -1}) {
@@ -90,7 +90,7 @@ TEST(SettingsDocument, AttributesAndBytesBeyondTheLengthAreIgnored) {
 
 TEST(SettingsDocument, FlagsAreTrueForExactlyTrue) {
   for (const char* const content : {"false", "TRUE", "1", "yes", "", "true "}) {
-    SettingsStore store;
+    SettingsInMemory store;
     store.put("DaylightSavingActive", content);
     store.put("AutoDaylightSavingEnabledDevice", content);
     const auto settings = store.load(3);
@@ -100,7 +100,7 @@ TEST(SettingsDocument, FlagsAreTrueForExactlyTrue) {
 }
 
 TEST(SettingsDocument, FullReloadTakesWhatIsStoredAndDefaultsForTheRest) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   settings->setSoftwareType("Velmora TDM");
   EXPECT_TRUE(settings->setDateFormat("1"));
@@ -115,7 +115,7 @@ TEST(SettingsDocument, FullReloadTakesWhatIsStoredAndDefaultsForTheRest) {
 }
 
 TEST(SettingsDocument, ReloadOfTheFormatsLeavesTheRestAlone) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   settings->setSoftwareType("Velmora TDM");
   EXPECT_TRUE(settings->setTimezoneOffset(2.0F));
@@ -131,7 +131,7 @@ TEST(SettingsDocument, ReloadOfTheFormatsLeavesTheRestAlone) {
 }
 
 TEST(SettingsDocument, ReloadOfTheFormatsResetsThoseThatAreNotStored) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load(3);
   parse(*settings, {"<DateFormat", "0", "/", "<TimeFormat", "0", "/"});
   settings->reinitialiseData(true);
@@ -139,7 +139,7 @@ TEST(SettingsDocument, ReloadOfTheFormatsResetsThoseThatAreNotStored) {
 }
 
 TEST(SettingsDocument, StoreThatCannotBeReadLeavesTheDefaults) {
-  SettingsStore store;
+  SettingsInMemory store;
   EXPECT_TRUE(store.access.setItem("OtherSettings", "DateFormat", "2"));  // another schema's
   EXPECT_EQ(store.load()->getDateFormat(), 0);
   store.put("DateFormat", "1");
@@ -153,7 +153,7 @@ TEST(SettingsDocument, StoreThatCannotBeReadLeavesTheDefaults) {
 
 // Only one thread at a time uses the parser, and no value is lost.
 TEST(SettingsDocument, TwoThreadsCanLoadAtOnce) {
-  SettingsStore store;
+  SettingsInMemory store;
   store.put("DateFormat", "2");
   store.put("TimeFormat", "1");
   const auto settings = store.load(3);  // whose defaults are the stored values

@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "ClockServiceDataHandler.h"
-#include "unit/SettingsStore.h"
+#include "unit/SettingsInMemory.h"
 
 namespace {
 
-using unit::SettingsStore;
+using unit::SettingsInMemory;
 
 const std::vector<std::string> kAccepted{"192.0.2.1",
                                          "0.0.0.0",
@@ -48,7 +48,7 @@ const std::vector<std::string> kRefused{"",
                                         std::string(300, 'a')};
 
 TEST(SntpAddress, NumericAddressesAndHostNamesAreAccepted) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   for (const std::string& address : kAccepted) {
     EXPECT_TRUE(settings->setSntpAddr(address)) << "\"" << address << "\"";
@@ -60,7 +60,7 @@ TEST(SntpAddress, NumericAddressesAndHostNamesAreAccepted) {
 }
 
 TEST(SntpAddress, OtherTextIsRefusedAndNotStored) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   EXPECT_FALSE(settings->setSntpAddr(""));
   EXPECT_TRUE(settings->setSntpAddr("192.0.2.9"));
@@ -73,7 +73,7 @@ TEST(SntpAddress, OtherTextIsRefusedAndNotStored) {
 
 // Loading does not check the address. Setting it again counts as unchanged.
 TEST(SntpAddress, StoredAddressIsLoadedUnchecked) {
-  SettingsStore store;
+  SettingsInMemory store;
   store.put("SNTPaddress", "[::1]");
   const auto settings = store.load();
   EXPECT_EQ(settings->getSntpAddr(), "[::1]");

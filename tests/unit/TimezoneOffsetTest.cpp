@@ -8,12 +8,12 @@
 #include <string>
 
 #include "ClockServiceDataHandler.h"
-#include "unit/SettingsStore.h"
+#include "unit/SettingsInMemory.h"
 
 namespace {
 
 using namespace std::string_literals;
-using unit::SettingsStore;
+using unit::SettingsInMemory;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
@@ -45,7 +45,7 @@ TEST(TimezoneOffset, NumberUpToTwelveAndAHalfIsHoursAndALargerOneSeconds) {
                {kInfinity, kInfinity, "inf"},
                {-kInfinity, -kInfinity, "-inf"}};
   for (const auto& row : table) {
-    SettingsStore store;
+    SettingsInMemory store;
     const auto settings = store.load();
     EXPECT_TRUE(settings->setTimezoneOffset(row.given)) << row.given;
     EXPECT_EQ(settings->getTimezoneOffset(), row.hours) << row.given;
@@ -55,7 +55,7 @@ TEST(TimezoneOffset, NumberUpToTwelveAndAHalfIsHoursAndALargerOneSeconds) {
 }
 
 TEST(TimezoneOffset, NotANumberIsStoredUnchanged) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   EXPECT_TRUE(settings->setTimezoneOffset(std::numeric_limits<float>::quiet_NaN()));
   EXPECT_TRUE(std::isnan(settings->getTimezoneOffset()));
@@ -64,7 +64,7 @@ TEST(TimezoneOffset, NotANumberIsStoredUnchanged) {
 }
 
 TEST(TimezoneOffset, UnchangedValueIsAcceptedAndNotWritten) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   store.refuseWrites(1);
   EXPECT_TRUE(settings->setTimezoneOffset(0.0F));
@@ -85,7 +85,7 @@ TEST(TimezoneOffset, TextHasAPointUnderAnyLocale) {
     char do_decimal_point() const override { return ','; }
   };
   const auto before = std::locale::global(std::locale(std::locale::classic(), new Comma));
-  SettingsStore store;
+  SettingsInMemory store;
   EXPECT_TRUE(store.load()->setTimezoneOffset(5.5F));
   std::locale::global(before);
   EXPECT_EQ(store.stored("TimezoneOffset"), "5.5");
@@ -126,7 +126,7 @@ TEST(TimezoneOffset, TextIsReadUpToTheFirstOtherCharacter) {
                {"12\0 34"s, 12.0F},
                {std::string(std::size_t{1024} * 1024, '9'), kInfinity}};
   for (const auto& row : table) {
-    SettingsStore store;
+    SettingsInMemory store;
     const auto settings = store.load();
     EXPECT_TRUE(settings->setTimezoneOffset(1.25F));
     std::string reason = "old";
@@ -138,7 +138,7 @@ TEST(TimezoneOffset, TextIsReadUpToTheFirstOtherCharacter) {
 }
 
 TEST(TimezoneOffset, EmptyTextIsRefusedWithAReason) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load();
   EXPECT_TRUE(settings->setTimezoneOffset(1.0F));
   std::string reason;
@@ -156,7 +156,7 @@ TEST(TimezoneOffset, StoredTextIsLoaded) {
   } table[] = {{"5.75", 5.75F}, {"-5", -5.0F}, {"14", 14.0F},      {"19800", 19800.0F},
                {"", 0.0F},      {"x", 0.0F},   {"inf", kInfinity}, {"1e300", kInfinity}};
   for (const auto& row : table) {
-    SettingsStore store;
+    SettingsInMemory store;
     store.put("TimezoneOffset", row.text);
     EXPECT_EQ(store.load()->getTimezoneOffset(), row.hours) << "\"" << row.text << "\"";
   }

@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "ClockServiceDataHandler.h"
-#include "unit/SettingsStore.h"
+#include "unit/SettingsInMemory.h"
 
 namespace {
 
-using unit::SettingsStore;
+using unit::SettingsInMemory;
 using Handler = ClockServiceDataHandler;
 using Text = const std::string&;
 
@@ -63,7 +63,7 @@ const std::vector<Setting> kSettings{
 
 TEST(WriteThrough, AcceptedValueIsStoredAndChangesNoOtherSetting) {
   for (const Setting& changed : kSettings) {
-    SettingsStore store;
+    SettingsInMemory store;
     const auto fresh = store.load();
     const auto settings = store.load();
     EXPECT_TRUE(changed.set(*settings, changed.value)) << changed.key;
@@ -79,7 +79,7 @@ TEST(WriteThrough, AcceptedValueIsStoredAndChangesNoOtherSetting) {
 }
 
 TEST(WriteThrough, AllSettingsTogetherAreThereAfterARestart) {
-  SettingsStore store;
+  SettingsInMemory store;
   const auto settings = store.load(3);
   for (const Setting& setting : kSettings)
     EXPECT_TRUE(setting.set(*settings, setting.value)) << setting.key;
@@ -90,7 +90,7 @@ TEST(WriteThrough, AllSettingsTogetherAreThereAfterARestart) {
 
 TEST(WriteThrough, RefusedWriteLeavesMemoryAndStoreAlone) {
   for (const Setting& setting : kSettings) {
-    SettingsStore store;
+    SettingsInMemory store;
     const auto settings = store.load();
     const std::string before = setting.get(*settings);
     store.refuseWrites(1);
@@ -128,7 +128,7 @@ TEST(WriteThrough, NumbersAreStoredAsWrittenAndReadUpToTheFirstOtherCharacter) {
         key != "QexTimeSource")
       continue;
     for (const NumberText& row : kNumberTexts) {
-      SettingsStore store;
+      SettingsInMemory store;
       const auto settings = store.load();
       if (isZone) {
         store.put(key, row.text);

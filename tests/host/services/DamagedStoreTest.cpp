@@ -1,16 +1,16 @@
 // Settings databases that are damaged.
 #include <gtest/gtest.h>
 
-#include "host/services/SettingsStore.h"
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
+#include "host/services/StoredSettings.h"
 
 namespace host {
 namespace {
 
 namespace fs = std::filesystem;
 
-TEST_F(SettingsStore, SecondDamagedFileGetsTheNextName) {
+TEST_F(StoredSettings, SecondDamagedFileGetsTheNextName) {
   writeBytes(file(), "first");
   EXPECT_EQ(openingError(), "");
   writeBytes(file(), "second");
@@ -61,7 +61,7 @@ const Damage kDamages[] = {
      }},
 };
 
-class DamagedStore : public SettingsStore, public ::testing::WithParamInterface<Damage> {};
+class DamagedStore : public StoredSettings, public ::testing::WithParamInterface<Damage> {};
 
 TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndReplacedByAnEmptyOne) {
   saveOne();
@@ -79,7 +79,7 @@ TEST_P(DamagedStore, IsSetAsideWithOneLogLineAndReplacedByAnEmptyOne) {
 
 INSTANTIATE_TEST_SUITE_P(All, DamagedStore, ::testing::ValuesIn(kDamages));
 
-TEST_F(SettingsStore, WalRestoresADamagedFile) {
+TEST_F(StoredSettings, WalRestoresADamagedFile) {
   {
     SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
@@ -90,7 +90,7 @@ TEST_F(SettingsStore, WalRestoresADamagedFile) {
   EXPECT_EQ(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
-TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsWal) {
+TEST_F(StoredSettings, EmptyFileIsSetAsideTogetherWithItsWal) {
   const std::string logFile = file().string() + "-wal";
   std::string logBytes;
   {
@@ -104,7 +104,7 @@ TEST_F(SettingsStore, EmptyFileIsSetAsideTogetherWithItsWal) {
   EXPECT_TRUE(support::contentOf(aside(1).string() + "-wal") == logBytes);
 }
 
-TEST_F(SettingsStore, DamagedFileWithADamagedWalIsSetAside) {
+TEST_F(StoredSettings, DamagedFileWithADamagedWalIsSetAside) {
   writeBytes(file(), randomBytes(5000));
   writeBytes(file().string() + "-wal", randomBytes(5000));
   SettingsDatabase store(folder.path());
@@ -112,7 +112,7 @@ TEST_F(SettingsStore, DamagedFileWithADamagedWalIsSetAside) {
   EXPECT_EQ(support::contentOf(aside(1)), randomBytes(5000));
 }
 
-TEST_F(SettingsStore, NewFileGetsItsNameWithItsFirstPage) {
+TEST_F(StoredSettings, NewFileGetsItsNameWithItsFirstPage) {
   const std::string unfinished = file().string() + ".new";
   fs::create_directory(unfinished);
   EXPECT_EQ(openingError(), "store \"" + file().string() + "\" cannot be written: File exists");
@@ -124,14 +124,14 @@ TEST_F(SettingsStore, NewFileGetsItsNameWithItsFirstPage) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SettingsStore, NewFileIsSyncedWithItsFirstPageBeforeItGetsItsName) {
+TEST_F(StoredSettings, NewFileIsSyncedWithItsFirstPageBeforeItGetsItsName) {
   const WatchedRename rename(false);
   EXPECT_EQ(openingError(), "");
   EXPECT_GE(rename.size(), 512U);
   EXPECT_GE(rename.syncs(), 1U);
 }
 
-TEST_F(SettingsStore, NewFileThatCannotGetItsNameIsRemoved) {
+TEST_F(StoredSettings, NewFileThatCannotGetItsNameIsRemoved) {
   {
     const WatchedRename rename(true);
     EXPECT_EQ(openingError(),
@@ -141,14 +141,14 @@ TEST_F(SettingsStore, NewFileThatCannotGetItsNameIsRemoved) {
   EXPECT_EQ(openingError(), "");
 }
 
-TEST_F(SettingsStore, LinkToAMissingFileIsRefusedAndKept) {
+TEST_F(StoredSettings, LinkToAMissingFileIsRefusedAndKept) {
   fs::create_symlink(folder / "unmounted" / "settings.db", file());
   EXPECT_EQ(openingError(), "store \"" + file().string() +
                                 "\" is a link to a missing file; mount its folder or remove it");
   EXPECT_TRUE(fs::is_symlink(file()));
 }
 
-TEST_F(SettingsStore, NewFileIgnoresTheWalOfARemovedOne) {
+TEST_F(StoredSettings, NewFileIgnoresTheWalOfARemovedOne) {
   {
     SettingsDatabase store(folder.path());
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "2"));

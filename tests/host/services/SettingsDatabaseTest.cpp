@@ -12,9 +12,9 @@
 #include <thread>
 #include <vector>
 
-#include "host/services/SettingsStore.h"
 #include "host/services/StoreFaults.h"
 #include "host/services/StoreFile.h"
+#include "host/services/StoredSettings.h"
 
 namespace host {
 namespace {
@@ -23,7 +23,7 @@ using ::testing::HasSubstr;
 
 namespace fs = std::filesystem;
 
-TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
+TEST_F(StoredSettings, KeepsTheLastValueOfEachKeyOfEachSchema) {
   SettingsDatabase store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "2"));
@@ -36,7 +36,7 @@ TEST_F(SettingsStore, KeepsTheLastValueOfEachKeyOfEachSchema) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SettingsStore, KeepsAnyBytes) {
+TEST_F(StoredSettings, KeepsAnyBytes) {
   const std::string value = std::string("a\0b\xff\xfe <&>'\"\n", 12) + std::string(1 << 20, '\xc3');
   SettingsDatabase store(folder.path());
   EXPECT_TRUE(store.setItem(kSchema, std::string("k\0'", 3), value));
@@ -44,7 +44,7 @@ TEST_F(SettingsStore, KeepsAnyBytes) {
   EXPECT_FALSE(store.getItem(kSchema, "k").has_value());
 }
 
-TEST_F(SettingsStore, FailedWriteIsRefusedAndLoggedAndKeepsTheOldValue) {
+TEST_F(StoredSettings, FailedWriteIsRefusedAndLoggedAndKeepsTheOldValue) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   for (const int error : {ENOSPC, EIO}) {
@@ -61,7 +61,7 @@ TEST_F(SettingsStore, FailedWriteIsRefusedAndLoggedAndKeepsTheOldValue) {
   EXPECT_EQ(store.getItem(kSchema, "DateFormat"), "3");
 }
 
-TEST_F(SettingsStore, FailedSyncIsRefusedWithTheSystemsReason) {
+TEST_F(StoredSettings, FailedSyncIsRefusedWithTheSystemsReason) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
   const support::LogCapture all(5);
@@ -75,7 +75,7 @@ TEST_F(SettingsStore, FailedSyncIsRefusedWithTheSystemsReason) {
   EXPECT_TRUE(store.setItem(kSchema, "DateFormat", "3"));
 }
 
-TEST_F(SettingsStore, WalThatIsCutAnywhereYieldsAWrittenValue) {
+TEST_F(StoredSettings, WalThatIsCutAnywhereYieldsAWrittenValue) {
   SettingsDatabase store(folder.path());
   for (const char* const value : {"1", "2", "3"}) {
     ASSERT_TRUE(store.setItem(kSchema, "DateFormat", value));
@@ -94,7 +94,7 @@ TEST_F(SettingsStore, WalThatIsCutAnywhereYieldsAWrittenValue) {
   }
 }
 
-TEST_F(SettingsStore, IsThreadSafe) {
+TEST_F(StoredSettings, IsThreadSafe) {
   SettingsDatabase store(folder.path());
   std::vector<std::thread> threads;
   std::atomic<int> wrong{0};
@@ -110,14 +110,14 @@ TEST_F(SettingsStore, IsThreadSafe) {
   EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(SettingsStore, IsForItsOwnerOnly) {
+TEST_F(StoredSettings, IsForItsOwnerOnly) {
   const fs::path state = folder / "a" / "b";
   const SettingsDatabase store(state);
   EXPECT_EQ(fs::status(state).permissions(), fs::perms::owner_all);
   EXPECT_EQ(fs::status(state / "settings.db").permissions(), kOwnerFile);
 }
 
-TEST_F(SettingsStore, IsTightenedToItsOwner) {
+TEST_F(StoredSettings, IsTightenedToItsOwner) {
   saveOne();
   const fs::path wal = file().string() + "-wal";
   writeBytes(wal, "");
@@ -131,7 +131,7 @@ TEST_F(SettingsStore, IsTightenedToItsOwner) {
   }
 }
 
-TEST_F(SettingsStore, OfAnotherUserKeepsItsMode) {
+TEST_F(StoredSettings, OfAnotherUserKeepsItsMode) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give a file away";
   saveOne();
   fs::permissions(file(), fs::perms(0644));
@@ -142,7 +142,7 @@ TEST_F(SettingsStore, OfAnotherUserKeepsItsMode) {
 }
 
 // SQLite alone would go on writing into unlinked files.
-TEST_F(SettingsStore, RefusesSetsWhileItsFolderIsMissing) {
+TEST_F(StoredSettings, RefusesSetsWhileItsFolderIsMissing) {
   const fs::path state = folder / "state";
   SettingsDatabase store(state);
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "1"));
@@ -158,12 +158,12 @@ TEST_F(SettingsStore, RefusesSetsWhileItsFolderIsMissing) {
   EXPECT_FALSE(store.setItem(kSchema, "DateFormat", "4"));
 }
 
-TEST_F(SettingsStore, SecondHostOnTheSameFolderIsRefused) {
+TEST_F(StoredSettings, SecondHostOnTheSameFolderIsRefused) {
   const SettingsDatabase store(folder.path());
   EXPECT_EQ(openingError(), "store \"" + file().string() + "\" is in use by another host");
 }
 
-TEST_F(SettingsStore, NewerVersionIsRefusedAndLeftAlone) {
+TEST_F(StoredSettings, NewerVersionIsRefusedAndLeftAlone) {
   saveOne();
   ASSERT_EQ(runSql(file(), "PRAGMA user_version=7"), "");
   EXPECT_EQ(openingError(),
@@ -173,7 +173,7 @@ TEST_F(SettingsStore, NewerVersionIsRefusedAndLeftAlone) {
   EXPECT_EQ(SettingsDatabase(folder.path()).getItem(kSchema, "DateFormat"), "2");
 }
 
-TEST_F(SettingsStore, FileInPlaceOfTheFolderIsRefused) {
+TEST_F(StoredSettings, FileInPlaceOfTheFolderIsRefused) {
   writeBytes(folder / "state", "not a folder");
   for (const fs::path& state : {folder / "state", folder / "state" / "below"}) {
     const std::string error = errorOf([&] { const SettingsDatabase store(state); });
@@ -182,7 +182,7 @@ TEST_F(SettingsStore, FileInPlaceOfTheFolderIsRefused) {
   }
 }
 
-TEST_F(SettingsStore, RefusesAnythingButARegularFileUntouched) {
+TEST_F(StoredSettings, RefusesAnythingButARegularFileUntouched) {
   saveOne();
   for (const char* const part : {"-wal", "-shm", "-journal", ""}) {
     const fs::path place = file().string() + part;
@@ -203,7 +203,7 @@ TEST_F(SettingsStore, RefusesAnythingButARegularFileUntouched) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SettingsStore, FullDiskAtTheStartIsRefusedAndLeavesNoDamage) {
+TEST_F(StoredSettings, FullDiskAtTheStartIsRefusedAndLeavesNoDamage) {
   {
     const FailingWrites fault(ENOSPC);
     EXPECT_THAT(openingError(), HasSubstr("cannot be written"));
@@ -212,7 +212,7 @@ TEST_F(SettingsStore, FullDiskAtTheStartIsRefusedAndLeavesNoDamage) {
   EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 
-TEST_F(SettingsStore, ReadThatFailsOnceIsNotTakenForDamage) {
+TEST_F(StoredSettings, ReadThatFailsOnceIsNotTakenForDamage) {
   saveOne();
   for (int nth = 1;; ++nth) {
     SCOPED_TRACE(nth);
@@ -227,7 +227,7 @@ TEST_F(SettingsStore, ReadThatFailsOnceIsNotTakenForDamage) {
   EXPECT_FALSE(fs::exists(aside(1)));
 }
 
-TEST_F(SettingsStore, FailedCheckpointAtTheEndIsLoggedAndLosesNothing) {
+TEST_F(StoredSettings, FailedCheckpointAtTheEndIsLoggedAndLosesNothing) {
   std::optional<FailingWrites> fault;
   {
     SettingsDatabase store(folder.path());

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "host/services/SecurityLogFile.h"
-#include "host/services/SettingsStore.h"
 #include "host/services/StoreFaults.h"
+#include "host/services/StoredSettings.h"
 
 namespace host {
 namespace {
@@ -22,7 +22,7 @@ std::uintmax_t walSize(const std::filesystem::path& file) {
   return std::filesystem::file_size(file.string() + "-wal");
 }
 
-TEST_F(SettingsStore, EachAcceptedSetIsOneSyncUnlessTheWalIsCheckpointed) {
+TEST_F(StoredSettings, EachAcceptedSetIsOneSyncUnlessTheWalIsCheckpointed) {
   SettingsDatabase store(folder.path());
   std::vector<int> others;
   for (int i = 0; i < kMany; ++i) {
@@ -38,13 +38,13 @@ TEST_F(SettingsStore, EachAcceptedSetIsOneSyncUnlessTheWalIsCheckpointed) {
 }
 
 // The name of a new file is on the disk once its folder is synced.
-TEST_F(SettingsStore, FirstSetOfANewFileSyncsTheFolder) {
+TEST_F(StoredSettings, FirstSetOfANewFileSyncsTheFolder) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
   EXPECT_GE(takeFolderSyncs(), 1U);
 }
 
-TEST_F(SettingsStore, ReadAndUnchangedValueNeedNoSync) {
+TEST_F(StoredSettings, ReadAndUnchangedValueNeedNoSync) {
   SettingsDatabase store(folder.path());
   ASSERT_TRUE(store.setItem(kSchema, "DateFormat", "0"));
   static_cast<void>(takeSyncs());

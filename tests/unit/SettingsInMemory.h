@@ -31,9 +31,9 @@ inline constexpr const char* kAmericanDefaults =
 
 // A device that has only a settings store, in memory.
 // Owner: the test; it outlives the settings loaded from it.
-class SettingsStore {
+class SettingsInMemory {
  public:
-  SettingsStore() { context.add("DataAccessServiceIfc", &access); }
+  SettingsInMemory() { context.add("DataAccessServiceIfc", &access); }
 
   // The settings as the service loads them on hardware of this sub-variant.
   std::unique_ptr<ClockServiceDataHandler> load(int subVariant = 0) {

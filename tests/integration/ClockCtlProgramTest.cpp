@@ -15,7 +15,7 @@ namespace {
 
 using nlohmann::json;
 
-TEST(ClockCtl, PrintsEachParameterOfAReply) {
+TEST(ClockCtlProgram, PrintsEachParameterOfAReply) {
   RunningHost host;
   EXPECT_EQ(host.ctl({"call", "getDateInts"}).out,
             "getDateIntsDayReturn=16\ngetDateIntsMonthReturn=6\ngetDateIntsYearReturn=2016\n");
@@ -25,14 +25,14 @@ TEST(ClockCtl, PrintsEachParameterOfAReply) {
             "{\"method\":\"getTime\",\"reply\":{\"getTimeStringReturn\":\"00:00\"}}\n");
 }
 
-TEST(ClockCtl, EndsAOneWayCallWhenTheServiceHasHandledIt) {
+TEST(ClockCtlProgram, EndsAOneWayCallWhenTheServiceHasHandledIt) {
   RunningHost host;
   EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=1000000000"}).status, 0);
   EXPECT_EQ(host.ctl({"call", "getTimeVal"}).out, "getTimeValReturn=1000000000\n");
 }
 
 // A stopped host still accepts connections, so that no error tells that it did nothing.
-TEST(ClockCtl, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
+TEST(ClockCtlProgram, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
   RunningHost host;
   host.program().signal(SIGSTOP);
   expectOneLine(host.ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
@@ -41,14 +41,14 @@ TEST(ClockCtl, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
   EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=60"}).status, 0);
 }
 
-TEST(ClockCtl, SuggestsAMethodWhenAnUnknownOneGetsNoReply) {
+TEST(ClockCtlProgram, SuggestsAMethodWhenAnUnknownOneGetsNoReply) {
   RunningHost host;
   expectOneLine(host.ctl({"--timeout", "0.2", "call", "get\nTme"}), 1,
                 {"no method \"get\\nTme\"; did you mean \"getTime\"?"});
   EXPECT_NE(host.ctl({"log"}).out.find("Invalid Message"), std::string::npos);
 }
 
-TEST(ClockCtl, ReadsSetsAndResetsValues) {
+TEST(ClockCtlProgram, ReadsSetsAndResetsValues) {
   RunningHost host;
   EXPECT_EQ(host.ctl({"set", "date-format", "1"}).status, 0);
   EXPECT_EQ(host.ctl({"get", "date-format"}).out, "1\n");
@@ -63,7 +63,7 @@ TEST(ClockCtl, ReadsSetsAndResetsValues) {
   expectOneLine(host.ctl({"reset"}), 1, {"nothing was reset"});
 }
 
-TEST(ClockCtl, ListsWhichProcessTriedWhatInTheSecurityLog) {
+TEST(ClockCtlProgram, ListsWhichProcessTriedWhatInTheSecurityLog) {
   RunningHost host;
   const auto setBy = [&](const Words& words, int status) {
     const auto setter = host.startCtl(words);
@@ -89,7 +89,7 @@ TEST(ClockCtl, ListsWhichProcessTriedWhatInTheSecurityLog) {
   EXPECT_EQ(records[0].at("failure"), true);
 }
 
-TEST(ClockCtl, WatchesTheStartOfDaylightSaving) {
+TEST(ClockCtlProgram, WatchesTheStartOfDaylightSaving) {
   RunningHost host({"--variant", "3"});
   EXPECT_EQ(host.ctl({"set", "sntp-tz-offset", "-5"}).status, 0);
   EXPECT_EQ(host.ctl({"clock", "jump", "2026-01-15T12:00:00Z"}).status, 0);
@@ -105,7 +105,7 @@ TEST(ClockCtl, WatchesTheStartOfDaylightSaving) {
   EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=03:00am\n");
 }
 
-TEST(ClockCtl, ShowsInJsonThatAJumpMovesTheTimeAndNotTheTimers) {
+TEST(ClockCtlProgram, ShowsInJsonThatAJumpMovesTheTimeAndNotTheTimers) {
   RunningHost host;
   const json before = json::parse(host.ctl({"clock", "--json"}).out);
   const json after = json::parse(host.ctl({"--json", "clock", "jump", "2030-05-05T05:05:05Z"}).out);
@@ -116,7 +116,7 @@ TEST(ClockCtl, ShowsInJsonThatAJumpMovesTheTimeAndNotTheTimers) {
   EXPECT_EQ(next.at("uptime"), "01:00:00");
 }
 
-TEST(ClockCtl, ChangesTheSpeedOfARunningHost) {
+TEST(ClockCtlProgram, ChangesTheSpeedOfARunningHost) {
   RunningHost host;
   EXPECT_EQ(json::parse(host.ctl({"--json", "clock"}).out).at("speed"), "paused");
   EXPECT_EQ(host.ctl({"clock", "speed", "max"}).status, 0);
@@ -126,7 +126,7 @@ TEST(ClockCtl, ChangesTheSpeedOfARunningHost) {
   EXPECT_EQ(host.ctl({"clock"}).out, paused);
 }
 
-TEST(ClockCtl, FollowsTheLogUntilTheHostEnds) {
+TEST(ClockCtlProgram, FollowsTheLogUntilTheHostEnds) {
   RunningHost host({"--log-level", "5"});
   const auto follower = host.startCtl({"log", "--follow"});
   ASSERT_TRUE(host.waitFor({"status"}, "clients      2"));

@@ -17,7 +17,7 @@ inline constexpr std::filesystem::perms kOwnerFile =
     std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
 
 // A folder for a settings database, and the application log meanwhile.
-class SettingsStore : public ::testing::Test {
+class StoredSettings : public ::testing::Test {
  protected:
   std::filesystem::path file() const { return folder / SettingsDatabase::kFileName; }
   std::filesystem::path aside(int number) const {
