@@ -44,9 +44,10 @@ TEST(FlatXmlParser, RefusesWhatIsNotWellFormed) {
   for (const std::string document :
        {"", " ", "text", "<a>", "</a>", "<a></b>", "<a><b></a></b>", "<a", "<>", "<a/><b/>",
         "<a/>text", "<a>&unknown;</a>", "<a>&amp</a>", "<a>&#0;</a>", "<a>&#200;</a>", "<a>&#;</a>",
-        "<a>&#x;</a>"})
+        "<a>&#x;</a>"}) {
     EXPECT_FALSE(parser.parseMessage(document.data(), static_cast<int>(document.size())))
         << document;
+  }
   EXPECT_FALSE(parser.parseMessage(nullptr, 0));
   EXPECT_FALSE(parser.parseMessage("<a/>", -1));
 }
