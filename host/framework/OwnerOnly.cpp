@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <string>
 #include <system_error>
 
 #include "Logging.h"
@@ -24,7 +23,7 @@ void makeOwnFolder(const std::filesystem::path& path) {
   throw Error("state folder \"" + folder.string() + "\" cannot be created: " + why);
 }
 
-void tighten(const std::filesystem::path& path, mode_t most) {
+void tighten(const std::string& path, mode_t most) {
   struct stat found {};
   if (::lstat(path.c_str(), &found) != 0) return;
   if (!S_ISREG(found.st_mode) && !S_ISDIR(found.st_mode)) return;
@@ -39,12 +38,10 @@ void tighten(const std::filesystem::path& path, mode_t most) {
             changed ? "" : ": ", changed ? "" : std::strerror(errno));
 }
 
-void tightenFile(const std::filesystem::path& path) {
-  std::error_code code;
-  const std::filesystem::file_status found = std::filesystem::status(path, code);
-  if (std::filesystem::exists(found) && !std::filesystem::is_regular_file(found)) {
-    throw Error("\"" + path.string() + "\" is not a regular file; remove it");
-  }
+void tightenFile(const std::string& path) {
+  struct stat found {};
+  if (::stat(path.c_str(), &found) != 0) return;  // missing, or a link to a missing file
+  if (!S_ISREG(found.st_mode)) throw Error("\"" + path + "\" is not a regular file; remove it");
   tighten(path, S_IRUSR | S_IWUSR);
 }
 
