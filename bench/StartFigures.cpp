@@ -14,7 +14,7 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t kStarts = 3;
+constexpr std::size_t kStarts = 9;
 
 // All eleven settings of a telephone, saved for the host, and the same rows for the baseline.
 class SavedSettings {
