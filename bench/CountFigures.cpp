@@ -15,7 +15,7 @@ namespace bench {
 namespace {
 
 constexpr std::size_t kCalls = 1000;
-constexpr std::size_t kInFlight = 32;
+constexpr std::size_t kPipelined = 32;
 constexpr std::size_t kSets = 20;
 constexpr std::chrono::milliseconds kSettling{500};
 constexpr std::chrono::milliseconds kBetweenSets{10};  // the threads sleep again before the next
@@ -107,7 +107,7 @@ Found measureCallSystemCalls() {
 }
 
 Found measurePipelineSystemCalls() {
-  return systemCallsPer(kInFlight);
+  return systemCallsPer(kPipelined);
 }
 
 Found measureCallAllocations() {

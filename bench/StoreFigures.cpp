@@ -11,8 +11,8 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t kSetsInARow = 20;  // few, because a disk's speed varies
-constexpr std::size_t kEchoSize = 100;   // bytes
+constexpr std::size_t kSetsInARow = 20;    // few, because a disk's speed varies
+constexpr std::size_t kMessageSize = 100;  // bytes
 
 // Writes the same row to a database of the same form, through SQLite alone.
 class BareStore {
@@ -70,7 +70,7 @@ class Minimum {
   std::string nextValue() { return std::to_string(++m_written % 3); }
 
   const support::TemporaryFolder m_disk{diskFolder()};
-  const std::string m_message = std::string(kEchoSize, 'e');
+  const std::string m_message = std::string(kMessageSize, 'e');
   const BaselineProgram m_echo{"echo", "1"};
   const BlockingClient m_line{m_echo.socket()};
   BareStore m_synced{m_disk / "synced.db", "FULL"};

@@ -29,15 +29,29 @@ endif()
 set(CLOCK_TESTED_PROGRAMS "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}" CACHE STRING
     "Folder of the programs that tests start")
 
-# clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL | ALONE])
+# clock_layer_needs(layer target...): targets that "./dev test -L LAYER" builds
+function(clock_layer_needs layer)
+  if(NOT TARGET layer_${layer})
+    add_custom_target(layer_${layer})
+  endif()
+  if(ARGN)
+    add_dependencies(layer_${layer} ${ARGN})
+  endif()
+endfunction()
+
+# clock_add_test(NAME name SOURCES file... [LIBS target...] LABEL layer [SERIAL | ALONE] [SHARDS n])
 #   LIBS    libraries; GoogleTest, GoogleMock and their main are always linked
 #   LABEL   the layer: unit, plugin, host, integration, ... ("./dev test -L unit")
 #   SERIAL  never runs at the same time as another SERIAL test: for tests that drive processes
 #   ALONE   never runs at the same time as any other test: for tests that measure times
+#   SHARDS  for the longest programs: where a program runs once, its tests run in n parts
 function(clock_add_test)
-  cmake_parse_arguments(TEST "SERIAL;ALONE" "NAME;LABEL" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(TEST "SERIAL;ALONE" "NAME;LABEL;SHARDS" "SOURCES;LIBS" ${ARGN})
   if(TEST_UNPARSED_ARGUMENTS)
     message(FATAL_ERROR "clock_add_test: unknown argument ${TEST_UNPARSED_ARGUMENTS}")
+  endif()
+  if(NOT TEST_SHARDS)
+    set(TEST_SHARDS 1)
   endif()
   add_executable(${TEST_NAME} ${TEST_SOURCES})
   set_target_properties(${TEST_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY
@@ -48,16 +62,24 @@ function(clock_add_test)
   if(CLOCK_PRECOMPILED_TESTS)
     target_precompile_headers(${TEST_NAME} REUSE_FROM test_headers)
   endif()
+  clock_layer_needs(${TEST_LABEL} ${TEST_NAME})
+  # The first tests to start are those that take longest, and those that wait for each other.
   set(properties LABELS ${TEST_LABEL})
   if(TEST_SERIAL)
-    list(APPEND properties RESOURCE_LOCK processes)
+    list(APPEND properties RESOURCE_LOCK processes COST 10)
+  elseif(TEST_SHARDS GREATER 1)
+    list(APPEND properties COST 20)
   endif()
   if(TEST_ALONE)
     list(APPEND properties RUN_SERIAL ON)
   endif()
   if(CLOCK_TEST_PER_PROGRAM)
-    add_test(NAME ${TEST_NAME} COMMAND ${TEST_NAME})
-    set_tests_properties(${TEST_NAME} PROPERTIES ${properties} TIMEOUT ${CLOCK_PROGRAM_TIMEOUT})
+    foreach(shard RANGE 1 ${TEST_SHARDS})
+      math(EXPR index "${shard} - 1")
+      add_test(NAME ${TEST_NAME}.${shard} COMMAND ${TEST_NAME})
+      set_tests_properties(${TEST_NAME}.${shard} PROPERTIES ${properties} TIMEOUT ${CLOCK_PROGRAM_TIMEOUT}
+        ENVIRONMENT "GTEST_TOTAL_SHARDS=${TEST_SHARDS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
   else()
     gtest_discover_tests(${TEST_NAME} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
                          PROPERTIES ${properties} TIMEOUT ${CLOCK_TEST_TIMEOUT})
@@ -67,6 +89,7 @@ endfunction()
 # clock_add_check(NAME name COMMAND script argument... LABEL layer): a Python script; 0 is success.
 function(clock_add_check)
   cmake_parse_arguments(CHECK "" "NAME;LABEL" "COMMAND" ${ARGN})
+  clock_layer_needs(${CHECK_LABEL})
   add_test(NAME ${CHECK_NAME} COMMAND ${Python3_EXECUTABLE} -B ${CHECK_COMMAND}
            WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
   set_tests_properties(${CHECK_NAME} PROPERTIES LABELS ${CHECK_LABEL} TIMEOUT 300)

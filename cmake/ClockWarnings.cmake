@@ -18,11 +18,10 @@ set(CLOCK_GNU_WARNINGS -Wlogical-op -Wduplicated-cond -Wno-maybe-uninitialized)
 set(CLOCK_CLANG_CXX_WARNINGS -Wthread-safety)
 set(CLOCK_GNU_CXX_WARNINGS -Wsuggest-override)
 
-# In a unity build the sources look like headers to the compiler, which these warnings are about.
-if(CMAKE_UNITY_BUILD)
-  list(APPEND CLOCK_WARNINGS -Wno-shadow)
-  list(APPEND CLOCK_GNU_CXX_WARNINGS -Wno-subobject-linkage)
-endif()
+# Sources that are compiled together look like headers to the compiler, which these warnings are about.
+set(CLOCK_TOGETHER "$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>")
+list(APPEND CLOCK_WARNINGS "$<${CLOCK_TOGETHER}:-Wno-shadow>")
+list(APPEND CLOCK_GNU_CXX_WARNINGS "$<${CLOCK_TOGETHER}:-Wno-subobject-linkage>")
 
 # gcc's flow warnings are wrong in code that a sanitizer has instrumented; plain builds have them.
 if(NOT (CLOCK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"))

@@ -3,13 +3,14 @@
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
+. "$CLOCK_TREE/tools/dev/sanitizers.bash"
 
 # New inputs stay in build/. To keep one, copy it to the tree's corpus under a name that describes it.
 corpus=$CLOCK_TREE/tests/fuzz/corpus
 finds=$CLOCK_TREE/build/fuzz-corpus
 faults=$CLOCK_TREE/build/fuzz-faults
 logs=$CLOCK_TREE/build/fuzz-logs
-programs=$(folder_of fuzz)/bin/fuzz
+programs=$(folder_of address-undefined)/bin/fuzz
 known=("$corpus"/*)
 known=("${known[@]##*/}")
 
@@ -103,11 +104,10 @@ show_faults() {
 }
 
 read_words "$@"
-need run test fuzz
+need run test sanitize
 # With all checks of the address and undefined-behaviour sanitizers; each finding ends the program.
-configure fuzz -DCLOCK_FUZZ=ON -DCLOCK_SANITIZE=address,undefined -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O1 -g1" "${all_together[@]}"
-build fuzz "${targets[@]/#/fuzz-}"
+configure_sanitized "${address_undefined[@]}"
+build address-undefined "${targets[@]/#/fuzz-}"
 
 # The targets' temporary folders, in memory if possible. They are removed at the end, and the targets,
 # each its own process group, are killed.

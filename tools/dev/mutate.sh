@@ -24,13 +24,14 @@ temporary_folder() {
   chmod 0711 "$TMPDIR" # some tests are another user for a while
 }
 
-# The unchanged tree is built once; the objects that a mutant changes are built separately. The C++
-# library's assertions end a program that reads out of bounds. Tests start the programs in ../bin.
+# The unchanged tree is built once, each source of the host alone, which shows that it includes what it
+# uses. The objects that a mutant changes are built separately. The C++ library's assertions end a
+# program that reads out of bounds. Tests start the programs in ../bin.
 need run test mutate
 targets=$(python3 -B "$CLOCK_TREE/tools/mutate/options.py" "$CLOCK_TREE" "$@")
 configure mutate/base -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_FLAGS="-O0 -g0 -w -D_GLIBCXX_ASSERTIONS" \
-  -DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld -DCLOCK_TESTED_PROGRAMS=../bin
+  -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_FLAGS="-O0 -g0 -D_GLIBCXX_ASSERTIONS" \
+  -DCMAKE_UNITY_BUILD=OFF "${linked_by_lld[@]}" -DCLOCK_TESTED_PROGRAMS=../bin
 read -ra targets <<<"$targets"
 build mutate/base "${targets[@]}"
 temporary_folder

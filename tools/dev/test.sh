@@ -8,5 +8,9 @@ set -euo pipefail
 need run test
 have_chrony
 configure default
-build default
+# "-L LAYER" builds only what the layer needs.
+layer=
+[[ " $* " =~ " -L "([a-z]+)" " ]] && layer=layer_${BASH_REMATCH[1]}
+ninja -C "$(folder_of default)" -t query "${layer:-all}" >/dev/null 2>&1 || layer=
+build default ${layer:+"$layer"}
 run_tests default "$@"

@@ -107,13 +107,13 @@ class Workshop:
         subprocess.run(words, cwd=self._build.folder, stderr=subprocess.DEVNULL, check=True)
 
     def _compilation(self, name, target):
-        """The compilation of an object with this job's sources instead of the tree's."""
+        """The compilation of an object with this job's sources instead of the tree's, without warnings."""
         words = [self._moved(word) for word in self._build.compilation(name)]
         words[words.index("-o") + 1] = target
         source = words.index("-c") + 1
         if words[source].startswith(f"{self._build.folder}/"):
             words[source] = self._joined(words[source], target)
-        return words
+        return [*words, "-w"]
 
     def _joined(self, source, target):
         """A copy of a generated source that includes several: it includes this job's sources."""
