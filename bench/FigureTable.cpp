@@ -50,7 +50,7 @@ constexpr auto kFigures = std::to_array<Figure>({
      measurePipelineSystemCalls},
     {"call-syscalls", "remote getTime, system calls", "", "", countAtMost(3), 3,
      measureCallSystemCalls},
-    {"call-allocations", "remote getTime, heap allocations", "", "", countAtMost(5), 3,
+    {"call-allocations", "remote getTime, heap allocations", "", "", countAtMost(3), 3,
      measureCallAllocations},
     {"subscribers-100", "event to 100 remote subscribers", "100 sends", "us", ratioAtMost(2), 11,
      measureSubscribers},

@@ -1,5 +1,6 @@
 #include "ClockServiceInvoker.h"
 
+#include <array>
 #include <memory>
 #include <typeinfo>
 
@@ -28,6 +29,9 @@ void sendReply(Method& reply, MessageCodec& codec, std::stringstream& stream,
                InvokerResponse& response) {
   startOver(stream);
   codec.encode(reply, stream);
+  std::array<char, 512> usual;  // without heap memory; longer replies are copied
+  const auto size = static_cast<std::size_t>(stream.rdbuf()->sgetn(usual.data(), usual.size()));
+  if (size < usual.size()) return response.sendReply(usual.data(), static_cast<int>(size));
   const std::string bytes = stream.str();
   response.sendReply(bytes.data(), static_cast<int>(bytes.size()));
 }

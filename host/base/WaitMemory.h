@@ -7,9 +7,9 @@
 
 namespace host {
 
-// Preallocated memory for one asynchronous wait on the loop, so that the wait can be restarted when
-// memory has run out. Owner: shared by the waiter and its operations. Thread: the loop's, or
-// another one that starts a wait while none is pending.
+// Preallocated memory for one object at a time, usually an asynchronous wait on the loop, which can
+// be restarted when memory has run out. Owner: shared by the waiter and its operations. Thread: the
+// loop's, or another one that starts a wait while none is pending.
 class WaitMemory {
  public:
   // An operation that is larger, or a second one at the same time, gets heap memory.

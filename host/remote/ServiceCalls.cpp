@@ -9,6 +9,7 @@
 #include "InvokerResponse.h"
 #include "Logging.h"
 #include "Method.h"
+#include "base/WaitMemory.h"
 #include "remote/CodecTable.h"
 #include "remote/Peer.h"
 #include "remote/RemoteServer.h"
@@ -26,9 +27,15 @@ class CallScope {
   CallScope& operator=(const CallScope&) = delete;
 };
 
+// Kept for the response of the call in progress, which the invoker deletes on the same thread.
+thread_local WaitMemory t_responseMemory;
+
 // Sends the reply of one call to its client.
 class ClientResponse : public InvokerResponse {
  public:
+  static void* operator new(std::size_t size) { return t_responseMemory.take(size); }
+  static void operator delete(void* response) { t_responseMemory.giveBack(response); }
+
   ClientResponse(std::shared_ptr<Peer> client, std::uint32_t id)
       : m_client(std::move(client)), m_id(id) {}
 

@@ -141,6 +141,14 @@ TEST_F(ClockServiceInvokerTest, AnyBytesOfRequestAndReplyAreWhole) {
   }
 }
 
+TEST_F(ClockServiceInvokerTest, ReplyOfAnyLengthIsWhole) {
+  for (std::size_t length = 0; length < 1100; ++length) {
+    m_service.timeText.assign(length, 't');
+    const Lines whole{"reply getTime\nout string getTimeStringReturn=" + m_service.timeText + "\n"};
+    ASSERT_EQ(repliesTo(kGetTime), whole) << length;
+  }
+}
+
 TEST_F(ClockServiceInvokerTest, ReplyStreamIsFreshWhateverTheCodecDidToTheRequests) {
   m_framework.text.afterReading = [](const std::string&, std::iostream& stream) {
     stream << "left over" << std::hex << std::showbase;
