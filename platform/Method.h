@@ -23,6 +23,11 @@ class Parameter {
   bool getBool() const { return m_number != 0; }
   const std::string& getString() const { return m_text; }
 
+  bool operator==(const Parameter& other) const {
+    return m_number == other.m_number && m_type == other.m_type &&
+           m_direction == other.m_direction && m_name == other.m_name && m_text == other.m_text;
+  }
+
  private:
   std::string m_name;
   std::string m_text;
@@ -46,6 +51,10 @@ class Method {
   const std::string& getName() const { return m_name; }
   methodTypes getType() const { return m_type; }
   const std::vector<Parameter>& getParameters() const { return m_parameters; }
+
+  bool operator==(const Method& other) const {
+    return m_type == other.m_type && m_name == other.m_name && m_parameters == other.m_parameters;
+  }
 
   // Replaces the whole content. For codecs.
   void reset(std::string name, methodTypes type);

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <new>
 #include <sstream>
 #include <utility>
 
 #include "MessageCodec.h"
+#include "Method.h"
 #include "Proxy.h"
 #include "remote/ClientLimits.h"
 #include "remote/PeerProcess.h"
@@ -15,6 +17,26 @@ namespace host {
 namespace {
 
 constexpr std::string_view kNoAnswer = R"({"ok":false,"error":"the host could not answer"})";
+
+// An event as it is sent. The service sends the same one to every observer: it is encoded once.
+struct EncodedEvent {
+  // Throws std::exception; then there is none.
+  void encode(Method& method, const std::string& codecName, MessageCodec& by) {
+    codec.clear();
+    stream.str("");
+    stream.clear();
+    by.encode(method, stream);
+    if (!stream) throw std::bad_alloc();
+    event = method;
+    codec = codecName;
+  }
+
+  std::string codec;  // empty: there is none
+  Method event;
+  std::stringstream stream;
+};
+
+thread_local EncodedEvent t_latestEvent;
 
 std::string originOf(int socket) {
   const auto process = processAt(socket);
@@ -98,14 +120,11 @@ void Peer::setCodec(std::string name, MessageCodec& codec) {
 // Any exception drops only this client, and does not reach the service or its other observers.
 bool Peer::sendMethod(Method& method) try {
   if (m_disconnected) return false;
-  // Reused: constructing a stream costs more than everything else here.
-  thread_local std::stringstream stream;
-  stream.str("");
-  stream.clear();
-  m_codec->encode(method, stream);
-  if (stream) return m_outbox.send({FrameKind::event, 0, stream.view()});
-  m_outbox.fail(ENOMEM);
-  return false;
+  EncodedEvent& latest = t_latestEvent;
+  if (latest.codec != m_codecName || !(latest.event == method)) {
+    latest.encode(method, m_codecName, *m_codec);
+  }
+  return m_outbox.send({FrameKind::event, 0, latest.stream.view()});
 } catch (const std::exception&) {
   m_outbox.fail(ENOMEM);
   return false;

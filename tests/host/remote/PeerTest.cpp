@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <new>
+#include <vector>
 
 #include "MessageCodec.h"
 #include "Method.h"
@@ -42,6 +43,42 @@ TEST_P(PeerWithoutMemory, FailsWithoutThrowing) {
   EXPECT_EQ(peer->outbox().state(), Outbox::State::failed);
   EXPECT_EQ(peer->outbox().error(), ENOMEM);
   EXPECT_EQ(wakeups, 1);
+}
+
+class CountingCodec final : public MessageCodec {
+ public:
+  void encode(Method& method, std::iostream& stream) override {
+    ++encoded;
+    stream << method.getName();
+    for (const Parameter& parameter : method.getParameters()) stream << parameter.getInt();
+  }
+  bool decode(std::iostream&, Method&) override { return false; }
+
+  int encoded = 0;
+};
+
+Method eventOf(int number) {
+  Method event("event", Method::call);
+  event.addIntParameter("number", number, Parameter::in);
+  return event;
+}
+
+TEST(PeerEvents, SameEventToManyIsEncodedOnceForEachCodec) {
+  CountingCodec one;
+  CountingCodec other;
+  std::vector<std::shared_ptr<Peer>> peers;
+  for (int i = 0; i < 4; ++i) {
+    peers.push_back(std::make_shared<Peer>("client", -1, [] {}));
+    peers.back()->setCodec(i < 2 ? "one" : "other", i < 2 ? one : other);
+  }
+  for (const int number : {1, 2, 1}) {
+    for (const auto& peer : peers) {
+      Method event = eventOf(number);
+      static_cast<void>(peer->sendMethod(event));
+    }
+  }
+  EXPECT_EQ(one.encoded, 3);
+  EXPECT_EQ(other.encoded, 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(ThrowsOrNot, PeerWithoutMemory, ::testing::Bool());
