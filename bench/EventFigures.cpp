@@ -6,17 +6,45 @@
 #include "BlockingClient.h"
 #include "HostProgram.h"
 #include "Measure.h"
+#include "SystemCalls.h"
 
 namespace bench {
 namespace {
 
 constexpr std::size_t kSubscribers = 100;
 constexpr std::size_t kEvents = 20;
+constexpr std::size_t kCountedEvents = 5;  // before the first saving of the time
 
-std::vector<BlockingClient> linesTo(const std::filesystem::path& socket) {
+std::vector<BlockingClient> linesTo(const std::filesystem::path& socket, std::size_t count) {
   std::vector<BlockingClient> lines;
-  for (std::size_t i = 0; i < kSubscribers; ++i) lines.emplace_back(socket);
+  for (std::size_t i = 0; i < count; ++i) lines.emplace_back(socket);
   return lines;
+}
+
+// A host whose clock stands still, and its subscribers.
+struct Observed {
+  explicit Observed(std::size_t subscribers) : lines(linesTo(host.socket(), subscribers)) {
+    for (const BlockingClient& line : lines) line.ask(callOf("observeTimeEvents"));
+  }
+
+  // An hour passes, which causes one event.
+  void passHour() const { control.ask(hour); }
+
+  const std::string hour = controlOf(R"({"verb":"clock","action":"advance","seconds":3600})");
+  const HostProgram host{Words{"--speed", "0"}};
+  const BlockingClient control{host.controlSocket()};
+  const std::vector<BlockingClient> lines;
+};
+
+// System calls of the host while time passes.
+std::size_t systemCallsWith(std::size_t subscribers) {
+  const Observed observed(subscribers);
+  observed.passHour();
+  const SystemCalls calls(observed.host.program().id());
+  observed.passHour();  // the tracer's first stop wakes each thread once
+  const std::size_t before = calls.all();
+  for (std::size_t i = 0; i < kCountedEvents; ++i) observed.passHour();
+  return calls.all() - before;
 }
 
 // Skips the date event, which midnight also sends.
@@ -26,14 +54,19 @@ std::string timeEventAt(const BlockingClient& line) {
   return bytes;
 }
 
-// Microseconds until all subscribers have the event that the request causes.
-template <class Take>
+// Sends the request, and returns the event that it causes when all subscribers have it.
+std::string eventOf(const BlockingClient& cause, const std::string& request,
+                    const std::vector<BlockingClient>& lines) {
+  cause.send(request);
+  std::string event;
+  for (const BlockingClient& line : lines) event = timeEventAt(line);
+  return event;
+}
+
 double waitOfAll(const BlockingClient& cause, const std::string& request,
-                 const std::vector<BlockingClient>& lines, Take take) {
-  const double wait = elapsed<Microseconds>([&] {
-    cause.send(request);
-    for (const BlockingClient& line : lines) static_cast<void>(take(line));
-  });
+                 const std::vector<BlockingClient>& lines) {
+  const double wait =
+      elapsed<Microseconds>([&] { static_cast<void>(eventOf(cause, request, lines)); });
   static_cast<void>(cause.frame());
   return wait;
 }
@@ -41,24 +74,28 @@ double waitOfAll(const BlockingClient& cause, const std::string& request,
 }  // namespace
 
 Found measureSubscribers() {
-  const HostProgram host({"--speed", "0"});
+  const Observed unobserved(0);
+  const BlockingClient call(unobserved.host.socket());
+  const Observed observed(kSubscribers);
   const BaselineProgram fan("fan", std::to_string(kSubscribers));
-  const BlockingClient control(host.controlSocket());
   const BlockingClient toFan(fan.socket());  // its first client
-  const std::vector<BlockingClient> atHost = linesTo(host.socket());
-  const std::vector<BlockingClient> atFan = linesTo(fan.socket());
-  for (const BlockingClient& line : atHost) line.ask(callOf("observeTimeEvents"));
+  const std::vector<BlockingClient> atFan = linesTo(fan.socket(), kSubscribers);
+  const std::string event = eventOf(observed.control, observed.hour, observed.lines);
+  static_cast<void>(observed.control.frame());
+  return alternately(
+      kEvents,
+      [&] {
+        const double withoutEvent = elapsed<Microseconds>([&] { unobserved.passHour(); });
+        call.ask(callOf("getTime"));  // waits until it is idle
+        return waitOfAll(observed.control, observed.hour, observed.lines) - withoutEvent;
+      },
+      [&] { return waitOfAll(toFan, event, atFan); });
+}
 
-  const std::string hour = controlOf(R"({"verb":"clock","action":"advance","seconds":3600})");
-  std::string event;
-  const auto hostsEvent = [&] {
-    return waitOfAll(control, hour, atHost,
-                     [&](const BlockingClient& line) { return event = timeEventAt(line); });
-  };
-  static_cast<void>(hostsEvent());
-  return alternately(kEvents, hostsEvent, [&] {
-    return waitOfAll(toFan, event, atFan, [](const BlockingClient& line) { return line.frame(); });
-  });
+Found measureEventSystemCalls() {
+  const auto calls =
+      static_cast<double>(systemCallsWith(kSubscribers)) - static_cast<double>(systemCallsWith(0));
+  return {calls / static_cast<double>(kCountedEvents), {}};
 }
 
 }  // namespace bench

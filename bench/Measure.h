@@ -9,11 +9,13 @@ namespace bench {
 [[nodiscard]] Found measureRemoteMedian();
 [[nodiscard]] Found measureRemoteTail();
 [[nodiscard]] Found measureSixteenClients();
+[[nodiscard]] Found measureSixteenClientsSystemCalls();
 [[nodiscard]] Found measureCallSystemCalls();
 [[nodiscard]] Found measureCallAllocations();
 [[nodiscard]] Found measurePipeline();
 [[nodiscard]] Found measurePipelineSystemCalls();
 [[nodiscard]] Found measureSubscribers();
+[[nodiscard]] Found measureEventSystemCalls();
 [[nodiscard]] Found measureSet();
 [[nodiscard]] Found measureSetConstant();
 [[nodiscard]] Found measureSetSystemCalls();

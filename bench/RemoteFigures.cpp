@@ -9,6 +9,7 @@
 #include "HostProgram.h"
 #include "Measure.h"
 #include "RunConcurrently.h"
+#include "SystemCalls.h"
 
 namespace bench {
 namespace {
@@ -106,6 +107,13 @@ Found measureSixteenClients() {
   const HostAndEcho both(kClients);
   return alternately(
       1, [&] { return callsPerSecond(both.host); }, [&] { return callsPerSecond(both.echo); });
+}
+
+Found measureSixteenClientsSystemCalls() {
+  const HostAndEcho both(kClients);
+  const SystemCalls calls(both.hostProgram.program().id());
+  static_cast<void>(callsPerSecond(both.host));
+  return {static_cast<double>(calls.all()) / static_cast<double>(kClients * kCallsOfEach), {}};
 }
 
 Found measurePipeline() {
