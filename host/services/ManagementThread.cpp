@@ -39,9 +39,9 @@ void ManagementThread::dropQueued() {
 void ManagementThread::run(const std::function<void()>& task) {
   if (std::this_thread::get_id() == m_thread.get_id()) return task();
   // Shared, because this thread may return while the other one is still in set_value.
-  const auto done = std::make_shared<std::promise<void>>();
+  auto done = std::make_shared<std::promise<void>>();
   std::future<void> result = done->get_future();
-  post([&task, done] {
+  post([&task, done = std::move(done)] {  // the only owner: a dropped task breaks the promise
     try {
       task();
       done->set_value();

@@ -46,6 +46,23 @@ TEST(ManagementThread, DropsQueuedTasksAndContinues) {
   EXPECT_EQ(ran, 10);
 }
 
+TEST(ManagementThread, RunOfADroppedTaskThrows) {
+  ManagementThread thread;
+  std::promise<void> begun;
+  std::promise<void> released;
+  thread.post([&] {
+    begun.set_value();
+    released.get_future().wait();
+  });
+  begun.get_future().wait();
+  auto run = std::async(std::launch::async, [&] { thread.run([] {}); });
+  while (run.wait_for(std::chrono::milliseconds(1)) != std::future_status::ready) {
+    thread.dropQueued();
+  }
+  released.set_value();
+  EXPECT_THROW(run.get(), std::future_error);
+}
+
 TEST(ManagementThread, RunInsideATaskRunsAtOnce) {
   ManagementThread thread;
   std::vector<int> order;
