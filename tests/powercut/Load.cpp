@@ -143,7 +143,7 @@ Promises::Promises() {
 }
 
 Load::Load(const integration::RestartableHost& telephone, Promises& promises, std::uint64_t seed)
-    : m_host(host),
+    : m_host(telephone),
       m_promises(promises),
       m_random(seed),
       m_setter([this] { work(&Load::set); }),
