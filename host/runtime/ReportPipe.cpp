@@ -129,7 +129,7 @@ void ReportPipe::lock(Descriptor folder) {
   if (flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
     m_lockedFolder = std::move(folder);
   } else if (errno == EWOULDBLOCK) {
-    fail(m_path, "is in use by another host; give each a --device-root of its own");
+    fail(m_path, "is in use by another host; give each host its own --device-root");
   } else {
     failWithReason(m_folderPath);
   }

@@ -106,8 +106,9 @@ TEST_F(ReportPipeOfADevice, LeavesARefusedFileUnchanged) {
 TEST_F(ReportPipeOfADevice, IsRefusedToASecondHost) {
   {
     const host::ReportPipe first;
-    EXPECT_THAT(refusal(),
-                HasSubstr("ntpclient is in use by another host; give each a --device-root"));
+    EXPECT_THAT(
+        refusal(),
+        HasSubstr("ntpclient is in use by another host; give each host its own --device-root"));
   }
   EXPECT_EQ(refusal(), "");
 }
