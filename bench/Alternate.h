@@ -8,13 +8,13 @@
 
 namespace bench {
 
-// The quantile: `part` (0-1) of the numbers lie below it. REQUIRES: not empty.
+// The value below which `part` (0-1) of the numbers lie. REQUIRES: not empty.
 [[nodiscard]] double quantile(std::vector<double> numbers, double part);
 
 // Measures value and baseline alternately, so that a machine that slows down slows both. Each
-// returns a number; the medians are found.
+// call returns a number. Returns the medians.
 template <class Value, class Baseline>
-[[nodiscard]] Found alternately(std::size_t pairs, Value value, Baseline baseline) {
+[[nodiscard]] Sample alternately(std::size_t pairs, Value value, Baseline baseline) {
   std::vector<double> values;
   std::vector<double> baselines;
   for (std::size_t i = 0; i < pairs; ++i) {

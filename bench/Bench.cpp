@@ -70,7 +70,8 @@ int run(int argc, const char* const* argv, std::span<const Figure> figures,
   Options options;
   options.json = json.string();
   CLI::App app("Measures the clock, and compares each figure with its bound.", "bench");
-  app.add_option("--commit", options.commit, "What is measured, for the JSON")->type_name("TEXT");
+  app.add_option("--commit", options.commit, "The commit that is measured; written to the JSON")
+      ->type_name("TEXT");
   app.add_option("--factor", options.factor,
                  "Multiplies the bounds of times by this number, 1 to 100")
       ->check(wrongFactor);

@@ -1,4 +1,4 @@
-// What a host does for an operation, counted: system calls, heap allocations, syncs.
+// Counts the system calls, heap allocations and syncs of a host for each operation.
 #include <algorithm>
 #include <chrono>
 #include <fstream>
@@ -21,7 +21,8 @@ constexpr std::chrono::milliseconds kSettling{500};
 constexpr std::chrono::milliseconds kBetweenSets{10};  // the threads sleep again before the next
 constexpr std::chrono::seconds kIdle{2};
 
-// Reads the heap allocations of a process, which it counts in a file: see HeapCount.cpp.
+// Reads how many heap allocations a process has made, from the file in which the preloaded
+// HeapCount.cpp counts them.
 class HeapCount {
  public:
   HeapCount() { std::ofstream(m_file) << std::string(sizeof(std::size_t), '\0'); }
@@ -34,7 +35,9 @@ class HeapCount {
   [[nodiscard]] std::size_t allocations() const {
     std::size_t count = 0;
     std::ifstream(m_file).read(reinterpret_cast<char*>(&count), sizeof count);
-    if (count == 0) throw std::runtime_error("the host's heap allocations are not counted");
+    if (count == 0)
+      throw std::runtime_error("the host's heap allocations are not counted: \"" BENCH_HEAP
+                               "\" was not preloaded");
     return count;
   }
 
@@ -43,24 +46,24 @@ class HeapCount {
   const std::filesystem::path m_file = m_folder / "heap";
 };
 
-// Waits until the host has answered a call and is idle, so that nothing of its start is counted.
+// Waits until the host has answered a call and is idle, so that its start-up is not counted.
 void settle(const HostProgram& host) {
   BlockingClient(host.socket()).ask(callOf("getTime"));
   std::this_thread::sleep_for(kSettling);
 }
 
-// The mean of many operations, after the first one.
+// The mean count of many operations, after one that is not counted.
 template <class Operation, class Count>
-Found perOperation(std::size_t operations, Operation operation, Count count) {
+Sample perOperation(std::size_t operations, Operation operation, Count count) {
   operation();
   const std::size_t before = count();
   for (std::size_t i = 0; i < operations; ++i) operation();
   return {static_cast<double>(count() - before) / static_cast<double>(operations), {}};
 }
 
-// For each `inFlight` calls that are sent together.
+// The mean count for a batch of `inFlight` calls that are sent together.
 template <class Count>
-Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
+Sample perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
   const BlockingClient line(host.socket());
   std::string requests;
   for (std::size_t i = 0; i < inFlight; ++i) requests += callOf("getTime");
@@ -71,14 +74,14 @@ Found perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
   return perOperation(kCalls, callAll, count);
 }
 
-Found systemCallsPer(std::size_t inFlight) {
+Sample systemCallsPer(std::size_t inFlight) {
   const HostProgram host;
   settle(host);
   const SystemCalls calls(host.program().id());
   return perCalls(host, inFlight, [&] { return calls.all(); });
 }
 
-// Sets a setting, each time to another value.
+// Changes a setting to another value on each call.
 class Setter {
  public:
   explicit Setter(const HostProgram& host) : m_line(host.controlSocket()) {}
@@ -102,22 +105,22 @@ double syncsOf(const SystemCalls& calls, Operation& operation) {
 
 }  // namespace
 
-Found measureCallSystemCalls() {
+Sample measureCallSystemCalls() {
   return systemCallsPer(1);
 }
 
-Found measurePipelineSystemCalls() {
+Sample measurePipelineSystemCalls() {
   return systemCallsPer(kPipelined);
 }
 
-Found measureCallAllocations() {
+Sample measureCallAllocations() {
   const HeapCount heap;
   const HostProgram host({}, heap.launcher());
   settle(host);
   return perCalls(host, 1, [&] { return heap.allocations(); });
 }
 
-Found measureSetSystemCalls() {
+Sample measureSetSystemCalls() {
   const HostProgram host;
   settle(host);
   const SystemCalls calls(host.program().id());
@@ -129,15 +132,15 @@ Found measureSetSystemCalls() {
   return perOperation(kSets, setAndSettle, [&] { return calls.all(); });
 }
 
-Found measureSetAllocations() {
+Sample measureSetAllocations() {
   const HeapCount heap;
   const HostProgram host({}, heap.launcher());
   settle(host);
   return perOperation(kSets, Setter(host), [&] { return heap.allocations(); });
 }
 
-// The most of any set; 0 if one was not synced at all.
-Found measureSetSyncs() {
+// The largest number of syncs of any set; 0 if some set was not synced.
+Sample measureSetSyncs() {
   const HostProgram host;
   settle(host);
   Setter set(host);
@@ -152,8 +155,8 @@ Found measureSetSyncs() {
   return {most, {}};
 }
 
-// The second day: what the start leaves to do is in the first.
-Found measureDaySyncs() {
+// Counts the second day: the first also has the work that the start leaves.
+Sample measureDaySyncs() {
   const HostProgram host({"--speed", "0"});
   const BlockingClient line(host.controlSocket());
   const SystemCalls calls(host.program().id());
@@ -163,7 +166,7 @@ Found measureDaySyncs() {
 }
 
 // At the speed of real time, far from a full hour.
-Found measureIdle() {
+Sample measureIdle() {
   const HostProgram host({"--at", "2030-01-15T12:20:00+00:00"});
   settle(host);
   const SystemCalls calls(host.program().id());

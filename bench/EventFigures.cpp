@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t kSubscribers = 100;
 constexpr std::size_t kEvents = 20;
-constexpr std::size_t kCountedEvents = 5;  // before the first saving of the time
+constexpr std::size_t kCountedEvents =
+    5;  // before the service saves the time, which needs more calls
 
 std::vector<BlockingClient> linesTo(const std::filesystem::path& socket, std::size_t count) {
   std::vector<BlockingClient> lines;
@@ -21,13 +22,13 @@ std::vector<BlockingClient> linesTo(const std::filesystem::path& socket, std::si
   return lines;
 }
 
-// A host whose clock stands still, and its subscribers.
+// A host with a paused clock, and its subscribers.
 struct Observed {
   explicit Observed(std::size_t subscribers) : lines(linesTo(host.socket(), subscribers)) {
     for (const BlockingClient& line : lines) line.ask(callOf("observeTimeEvents"));
   }
 
-  // An hour passes, which causes one event.
+  // Advances the clock by an hour, which causes one time event.
   void passHour() const { control.ask(hour); }
 
   const std::string hour = controlOf(R"({"verb":"clock","action":"advance","seconds":3600})");
@@ -36,7 +37,7 @@ struct Observed {
   const std::vector<BlockingClient> lines;
 };
 
-// System calls of the host while time passes.
+// Counts the system calls of the host for kCountedEvents events.
 std::size_t systemCallsWith(std::size_t subscribers) {
   const Observed observed(subscribers);
   observed.passHour();
@@ -54,7 +55,8 @@ std::string timeEventAt(const BlockingClient& line) {
   return bytes;
 }
 
-// Sends the request, and returns the event that it causes when all subscribers have it.
+// Sends the request, waits until all subscribers have the event that it causes, and returns the
+// event.
 std::string eventOf(const BlockingClient& cause, const std::string& request,
                     const std::vector<BlockingClient>& lines) {
   cause.send(request);
@@ -73,12 +75,12 @@ double waitOfAll(const BlockingClient& cause, const std::string& request,
 
 }  // namespace
 
-Found measureSubscribers() {
+Sample measureSubscribers() {
   const Observed unobserved(0);
   const BlockingClient call(unobserved.host.socket());
   const Observed observed(kSubscribers);
   const BaselineProgram fan("fan", std::to_string(kSubscribers));
-  const BlockingClient toFan(fan.socket());  // its first client
+  const BlockingClient toFan(fan.socket());  // the first client is the sender
   const std::vector<BlockingClient> atFan = linesTo(fan.socket(), kSubscribers);
   const std::string event = eventOf(observed.control, observed.hour, observed.lines);
   static_cast<void>(observed.control.frame());
@@ -86,13 +88,13 @@ Found measureSubscribers() {
       kEvents,
       [&] {
         const double withoutEvent = elapsed<Microseconds>([&] { unobserved.passHour(); });
-        call.ask(callOf("getTime"));  // waits until it is idle
+        call.ask(callOf("getTime"));  // waits until the unobserved host is idle
         return waitOfAll(observed.control, observed.hour, observed.lines) - withoutEvent;
       },
       [&] { return waitOfAll(toFan, event, atFan); });
 }
 
-Found measureEventSystemCalls() {
+Sample measureEventSystemCalls() {
   const auto calls =
       static_cast<double>(systemCallsWith(kSubscribers)) - static_cast<double>(systemCallsWith(0));
   return {calls / static_cast<double>(kCountedEvents), {}};

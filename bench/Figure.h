@@ -6,8 +6,8 @@
 
 namespace bench {
 
-// What one repetition found, in the unit of its figure.
-struct Found {
+// The result of one repetition, in the unit of its figure.
+struct Sample {
   double value = 0;
   std::optional<double> baseline;
 };
@@ -16,11 +16,11 @@ struct Found {
 struct Figure {
   const char* name;  // for --only and the JSON
   const char* what;
-  const char* baseline;  // what it is compared with; empty: nothing
+  const char* baseline;  // what the value is compared with; empty: nothing
   const char* unit;
   Bound bound;
-  int repetitions;     // at least 2: a single one has no statistics
-  Found (*measure)();  // one repetition; throws why it cannot be measured
+  int repetitions;      // at least 2, for the statistics
+  Sample (*measure)();  // one repetition; throws an exception that says why it cannot be measured
 };
 
 // Statistics of all repetitions.

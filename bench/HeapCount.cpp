@@ -1,5 +1,5 @@
 // A library to preload: counts the heap allocations of a program's threads in the file that
-// BENCH_HEAP_COUNT names, which holds one std::size_t. Any operator new ends up in malloc, too.
+// BENCH_HEAP_COUNT names, as one std::size_t. operator new calls malloc, so it is counted as well.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-// The C library's own, by the names that it exports for this.
+// The C library's own functions, under the names that it exports for replacements of malloc.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);

@@ -15,7 +15,7 @@ class HostProgram : public integration::RestartableHost {
   // options: in addition to those for the plug-in, its folders and sockets. launcher: a command
   // that executes the rest of its command line.
   explicit HostProgram(const Words& options = {}, Words launcher = {});
-  ~HostProgram();  // ends it in order: a host that was killed leaves work to the next start
+  ~HostProgram();  // stops the host with SIGTERM: a killed host would leave work to the next start
 };
 
 // A minimal program of baselines/, which listens at a socket.

@@ -12,7 +12,7 @@
 namespace bench {
 namespace {
 
-// The child, which stops at the start and at the end of what is counted.
+// Runs in the child, which stops itself before and after the work that is counted.
 [[noreturn]] void runStopped(const std::function<void()>& work) {
   try {
     work();
@@ -26,7 +26,7 @@ namespace {
   _exit(0);
 }
 
-// Owner: a count. Destruction ends the child.
+// A child process that executes the work step by step. Owner: stepsOf. Destruction kills the child.
 class Stepped {
  public:
   explicit Stepped(const std::function<void()>& work) : m_child(fork()) {
@@ -57,7 +57,7 @@ class Stepped {
   const pid_t m_child;
 };
 
-// With what stopping itself takes.
+// Includes the instructions that stopping the child takes.
 std::size_t stepsOf(const std::function<void()>& work) {
   const Stepped child(work);
   child.awaitStop();

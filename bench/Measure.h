@@ -6,27 +6,27 @@ namespace bench {
 
 // One repetition each, in the unit that the table names. Thread: the program's only one.
 // Failure: std::exception.
-[[nodiscard]] Found measureRemoteMedian();
-[[nodiscard]] Found measureRemoteTail();
-[[nodiscard]] Found measureSixteenClients();
-[[nodiscard]] Found measureSixteenClientsSystemCalls();
-[[nodiscard]] Found measureCallSystemCalls();
-[[nodiscard]] Found measureCallAllocations();
-[[nodiscard]] Found measurePipeline();
-[[nodiscard]] Found measurePipelineSystemCalls();
-[[nodiscard]] Found measureSubscribers();
-[[nodiscard]] Found measureEventSystemCalls();
-[[nodiscard]] Found measureSet();
-[[nodiscard]] Found measureSetConstant();
-[[nodiscard]] Found measureSetSystemCalls();
-[[nodiscard]] Found measureSetAllocations();
-[[nodiscard]] Found measureSetSyncs();
-[[nodiscard]] Found measureDaySyncs();
-[[nodiscard]] Found measureStart();
-[[nodiscard]] Found measureMemory();
-[[nodiscard]] Found measureIdle();
-[[nodiscard]] Found measureGetTime();
-[[nodiscard]] Found measureGetTimeInstructions();
-[[nodiscard]] Found measureMessage();
+[[nodiscard]] Sample measureRemoteMedian();
+[[nodiscard]] Sample measureRemoteTail();
+[[nodiscard]] Sample measureSixteenClients();
+[[nodiscard]] Sample measureSixteenClientsSystemCalls();
+[[nodiscard]] Sample measureCallSystemCalls();
+[[nodiscard]] Sample measureCallAllocations();
+[[nodiscard]] Sample measurePipeline();
+[[nodiscard]] Sample measurePipelineSystemCalls();
+[[nodiscard]] Sample measureSubscribers();
+[[nodiscard]] Sample measureEventSystemCalls();
+[[nodiscard]] Sample measureSet();
+[[nodiscard]] Sample measureSetConstant();
+[[nodiscard]] Sample measureSetSystemCalls();
+[[nodiscard]] Sample measureSetAllocations();
+[[nodiscard]] Sample measureSetSyncs();
+[[nodiscard]] Sample measureDaySyncs();
+[[nodiscard]] Sample measureStart();
+[[nodiscard]] Sample measureMemory();
+[[nodiscard]] Sample measureIdle();
+[[nodiscard]] Sample measureGetTime();
+[[nodiscard]] Sample measureGetTimeInstructions();
+[[nodiscard]] Sample measureMessage();
 
 }  // namespace bench

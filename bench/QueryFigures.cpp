@@ -136,7 +136,7 @@ class Dropped : public InvokerResponse {
 }  // namespace
 
 // Both ask the machine's clock.
-Found measureGetTime() {
+Sample measureGetTime() {
   Telephone telephone;
   const MachineClock clock;
   return alternately(
@@ -144,7 +144,7 @@ Found measureGetTime() {
       [] { return costOf([] { benchmark::DoNotOptimize(printedTime()); }); });
 }
 
-Found measureGetTimeInstructions() {
+Sample measureGetTimeInstructions() {
   Telephone telephone;
   const MachineClock clock;
   const auto count = [](const auto& call) { return static_cast<double>(instructionsOf(call)); };
@@ -152,7 +152,7 @@ Found measureGetTimeInstructions() {
           count([] { benchmark::DoNotOptimize(printedTime()); })};
 }
 
-Found measureMessage() {
+Sample measureMessage() {
   constexpr double kInMicroseconds = 1000;
   Telephone telephone;
   const std::string request = telephone.requestFor("getTime");

@@ -66,7 +66,7 @@ double waitOfOne(const Served& served, double part) {
   return quantile(std::move(waits), part);
 }
 
-Found measureWait(double part) {
+Sample measureWait(double part) {
   const HostAndEcho both(1);
   return alternately(
       1, [&] { return waitOfOne(both.host, part); }, [&] { return waitOfOne(both.echo, part); });
@@ -78,7 +78,7 @@ Exchange times(const Exchange& exchange, std::size_t count) {
   return many;
 }
 
-// Calls a second of one client, `each` in every exchange.
+// Calls per second of one client. each: the calls in one exchange.
 double callsPerSecond(const BlockingClient& line, const Exchange& exchange, std::size_t each) {
   const double seconds = elapsed<std::chrono::duration<double>>([&] {
     for (std::size_t i = 0; i < kCallsOfOne; ++i) exchange.once(line);
@@ -95,28 +95,28 @@ double callsPerSecond(const Served& served) {
 
 }  // namespace
 
-Found measureRemoteMedian() {
+Sample measureRemoteMedian() {
   return measureWait(0.5);
 }
 
-Found measureRemoteTail() {
+Sample measureRemoteTail() {
   return measureWait(0.99);
 }
 
-Found measureSixteenClients() {
+Sample measureSixteenClients() {
   const HostAndEcho both(kClients);
   return alternately(
       1, [&] { return callsPerSecond(both.host); }, [&] { return callsPerSecond(both.echo); });
 }
 
-Found measureSixteenClientsSystemCalls() {
+Sample measureSixteenClientsSystemCalls() {
   const HostAndEcho both(kClients);
   const SystemCalls calls(both.hostProgram.program().id());
   static_cast<void>(callsPerSecond(both.host));
   return {static_cast<double>(calls.all()) / static_cast<double>(kClients * kCallsOfEach), {}};
 }
 
-Found measurePipeline() {
+Sample measurePipeline() {
   const HostProgram host;
   const BlockingClient line(host.socket());
   const std::string getTime = callOf("getTime");

@@ -15,7 +15,7 @@ constexpr const char* kValue = "value";
 constexpr const char* kBaseline = "baseline";
 constexpr const char* kCompared = "compared";
 
-double comparedOf(const Found& found, Bound::Kind kind) {
+double comparedOf(const Sample& found, Bound::Kind kind) {
   if (!found.baseline) return found.value;
   return kind == Bound::Kind::differenceAtMost ? found.value - *found.baseline
                                                : found.value / *found.baseline;
@@ -23,14 +23,14 @@ double comparedOf(const Found& found, Bound::Kind kind) {
 
 void runOnce(const Figure& figure, benchmark::State& state) {
   while (state.KeepRunning()) {
-    const Found found = figure.measure();
+    const Sample found = figure.measure();
     state.counters[kValue] = found.value;
     if (found.baseline) state.counters[kBaseline] = *found.baseline;
     state.counters[kCompared] = comparedOf(found, figure.bound.kind);
   }
 }
 
-// After a failure the repetitions that are left do nothing.
+// Skips the remaining repetitions after a failure.
 void runUnlessFailed(const Figure& figure, benchmark::State& state, std::string& failure) {
   try {
     if (failure.empty()) return runOnce(figure, state);

@@ -4,8 +4,8 @@
 
 namespace bench {
 
-// Has Google Benchmark repeat a figure's measure, and returns its statistics.
-// Throws std::runtime_error: the first failure of a repetition, which is the last one run.
+// Repeats a figure's measurement with Google Benchmark, and returns the statistics.
+// Throws std::runtime_error with the first failure; no further repetition is run.
 [[nodiscard]] Measured repeat(const Figure& figure);
 
 }  // namespace bench

@@ -67,7 +67,7 @@ nlohmann::ordered_json rowOf(const Figure& figure, const Bound& bound) {
           {"bound", bound.text()}};
 }
 
-// As in 2030-01-15T12:20:00Z.
+// The current time in UTC, such as 2030-01-15T12:20:00Z.
 std::string date() {
   const std::time_t now = std::time(nullptr);
   std::array<char, 40> text{};
@@ -75,7 +75,7 @@ std::string date() {
   return text.data();
 }
 
-// Its name, or an empty text where the kernel does not tell it.
+// The name of the processor. Empty if the kernel does not report it.
 std::string processor() {
   std::ifstream lines("/proc/cpuinfo");
   for (std::string line; std::getline(lines, line);) {

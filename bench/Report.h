@@ -20,7 +20,7 @@ class Report {
 
   // True when every bound was met, and every figure measured.
   [[nodiscard]] bool allHold() const { return m_allHold; }
-  // The table with the date and the machine. commit: what was measured; empty: unknown.
+  // The table as JSON, with the date and the processor. commit: the measured one; empty: unknown.
   [[nodiscard]] std::string json(const std::string& commit) const;
 
  private:

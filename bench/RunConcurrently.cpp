@@ -17,7 +17,7 @@
 namespace bench {
 namespace {
 
-// Runs in the new process, and ends it: only the original process continues to measure.
+// Runs in the new process, and exits: only the original process goes on measuring.
 [[noreturn]] void workAndExit(int gate, const std::function<void()>& work) {
   try {
     char byte = 0;
@@ -60,7 +60,7 @@ double runConcurrently(std::size_t count, const std::function<void(std::size_t)>
   gate.reset();
   std::size_t good = 0;
   for (const pid_t process : processes) good += succeeded(process) ? 1U : 0U;
-  if (good != count) throw std::runtime_error("a client has failed");
+  if (good != count) throw std::runtime_error("a concurrent process failed");
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 

@@ -5,9 +5,9 @@
 
 namespace bench {
 
-// Forks this process `count` times, lets the new processes run work(0) to work(count - 1) at once,
+// Forks this process `count` times, runs work(0) to work(count - 1) in them at the same time,
 // and returns the seconds until the last one is done. Throws std::system_error when a process
-// cannot be started, and std::runtime_error when the work of one throws.
+// cannot be started, and std::runtime_error when the work throws in one of them.
 [[nodiscard]] double runConcurrently(std::size_t count,
                                      const std::function<void(std::size_t)>& work);
 

@@ -87,14 +87,14 @@ double memoryAfter(Start start) {
 
 }  // namespace
 
-Found measureStart() {
+Sample measureStart() {
   const SavedSettings saved;
   return alternately(
       kStarts, [&] { return millisecondsToReply([&] { return saved.host(); }); },
       [&] { return millisecondsToReply([&] { return saved.small(); }); });
 }
 
-Found measureMemory() {
+Sample measureMemory() {
   const SavedSettings saved;
   return alternately(
       1, [&] { return memoryAfter([&] { return saved.host(); }); },

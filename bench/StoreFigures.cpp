@@ -1,4 +1,4 @@
-// One accepted setting, from the request to the reply, with its write to the disk.
+// Measures an accepted set, from the request to the reply, on a disk.
 #include <stdexcept>
 #include <string>
 
@@ -55,7 +55,7 @@ class Minimum {
     return elapsed<Microseconds>([&] { m_synced.write(nextValue()); });
   }
 
-  // What a set needs besides: its request and reply, and a record that is not synced.
+  // The rest of a set: request, reply, and a security record that is not synced.
   double constant() {
     return elapsed<Microseconds>([&] {
       m_line.send(m_message);
@@ -80,8 +80,8 @@ class Minimum {
 
 }  // namespace
 
-// After a wait for the disk, as in a set.
-Found measureSetConstant() {
+// Each time right after a synced write, as in a set.
+Sample measureSetConstant() {
   Minimum minimum;
   return {alternately(
               kSetsInARow, [&] { return minimum.constant(); }, [&] { return minimum.database(); })
@@ -89,7 +89,7 @@ Found measureSetConstant() {
           {}};
 }
 
-Found measureSet() {
+Sample measureSet() {
   Minimum minimum;
   const HostProgram host({"--state", minimum.disk() / "state"});
   const BlockingClient line(host.controlSocket());

@@ -52,7 +52,7 @@ void SystemCalls::trace(const std::stop_token& stop, pid_t process) {
   }
 }
 
-// Passes on a signal that is for the thread itself.
+// Forwards a signal that was sent to the thread.
 void SystemCalls::resume(pid_t thread, int status) {
   if (!WIFSTOPPED(status)) return;
   const bool isCallStop = WSTOPSIG(status) == kCallStop;

@@ -29,7 +29,8 @@ class SystemCalls {
   std::atomic<std::size_t> m_syncs{0};
   std::string m_failure;
   std::latch m_seized{1};
-  std::jthread m_tracer;  // one thread does it all: the kernel allows one tracing thread
+  std::jthread m_tracer;  // makes all ptrace calls: the kernel accepts them only from the thread
+                          // that attached
 };
 
 }  // namespace bench

@@ -42,7 +42,7 @@ void pinToLastProcessor() {
   CPU_SET(last, &one);
   if (sched_setaffinity(0, sizeof one, &one) == 0) return;
   throw std::system_error(errno, std::generic_category(),
-                          "cannot stay on processor " + std::to_string(last));
+                          "cannot pin the benchmark to processor " + std::to_string(last));
 }
 
 }  // namespace

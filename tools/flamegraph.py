@@ -2,7 +2,7 @@
 """flamegraph.py TITLE ROOT...: a flame graph (SVG) of the samples on standard input.
 
 Reads what `perf script -F ip,sym,dso` prints. Only samples below a function ROOT count, and each ROOT
-is a tower of its own. A box is as wide as the part of the samples that were in its function."""
+has its own tower. The width of a box is its function's share of the samples."""
 
 import html
 import re

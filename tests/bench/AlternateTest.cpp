@@ -25,7 +25,7 @@ TEST(Alternately, MeasuresTheBaselineFirstAndFindsTheMedians) {
     numbers.pop_back();
     return number;
   };
-  const bench::Found found = bench::alternately(
+  const bench::Sample found = bench::alternately(
       3, [&] { return next(figures, 'f'); }, [&] { return next(baselines, 'b'); });
   EXPECT_EQ(order, "bfbfbf");
   EXPECT_DOUBLE_EQ(found.value, 20);

@@ -17,32 +17,32 @@ namespace {
 
 using bench::Bound;
 using bench::Figure;
-using bench::Found;
+using bench::Sample;
 using Kind = Bound::Kind;
 
 int g_calls = 0;  // of measureRounds and of measureBroken
 
 // Ratios 1, 3, 5: the median is one that no other statistic finds.
-Found measureRounds() {
+Sample measureRounds() {
   constexpr double kValues[] = {2, 6, 50};
   constexpr double kBaselines[] = {2, 2, 10};
   const int round = g_calls++ % 3;
   return {kValues[round], kBaselines[round]};
 }
-Found measureTwo() {
+Sample measureTwo() {
   return {2, {}};
 }
-Found measureMore() {
+Sample measureMore() {
   return {6, 2};
 }
-Found measureBroken() {
+Sample measureBroken() {
   ++g_calls;
   throw std::runtime_error("the disk has gone");
 }
-Found measureInfinity() {
+Sample measureInfinity() {
   return {std::numeric_limits<double>::infinity(), {}};
 }
-Found measureBytes() {
+Sample measureBytes() {
   throw std::runtime_error("no answer but \xFF");
 }
 
@@ -154,7 +154,7 @@ TEST_F(BenchRun, WritesTheJsonToTheFileThatIsNamed) {
   EXPECT_FALSE(std::filesystem::exists(folder / "bench.json"));
 }
 
-TEST_F(BenchRun, WritesWhatWasMeasuredWhereAndWhen) {
+TEST_F(BenchRun, WritesCommitProcessorAndDateToTheJson) {
   EXPECT_EQ(run({"--only", "info", "--commit", "abc"}), 0);
   EXPECT_EQ(json()["commit"], "abc");
   EXPECT_TRUE(json()["machine"].is_string());

@@ -1,4 +1,4 @@
-"""What ./dev bench --compare says of two sides, and how it gets there: compare.py TREE"""
+"""Tests the verdicts, the clone and the refusals of ./dev bench --compare: compare.py TREE"""
 
 import contextlib
 import io
@@ -28,11 +28,11 @@ ROWS = [
     (TIME, STEADY, STEADY, "same"),
     (TIME, [x + 10 for x in BUSY], BUSY, "same"),  # within noise
     (TIME, [110] * 8, STEADY[1:] + [150], "slower"),  # one run was disturbed
-    (TIME, [105.9] * 8, [100] * 8, "same"),  # too little to matter
+    (TIME, [105.9] * 8, [100] * 8, "same"),  # less than the smallest change that matters
     (TIME, [106.1] * 8, [100] * 8, "slower"),
     (COUNT, [4] * 8, [3] * 8, "more"),
     (COUNT, [3] * 8, [4] * 8, "less"),
-    (COUNT, [1001] * 8, [1000] * 8, "more"),  # a count has no change that is too little
+    (COUNT, [1001] * 8, [1000] * 8, "more"),  # every change of a count matters
     (COUNT, [3] * 7 + [4], [3] * 8, "same"),
     (COUNT, [1] * 8, [0] * 8, "more"),
     (COUNT, [0] * 8, [0] * 8, "same"),
@@ -42,7 +42,7 @@ ROWS = [
     (TIME, [], STEADY, "only there"),
 ]
 
-# A tree with this tool, whose benchmark has as its figures the lines of the file "figures".
+# A stub of the benchmark. Each line of the file "figures" in its tree is a figure: name, value, unit.
 PROGRAM = """#!/bin/bash
 figures=$(dirname "$(readlink -f "$0")")/../../../figures
 if [ "$1" = --help ]; then
@@ -112,7 +112,7 @@ class Tree:
         return self.git("status", "--porcelain", "--branch") + self.git("worktree", "list") + self.git("rev-parse", "HEAD")
 
     def start(self, *words):
-        """As from a hook of git, which says where the repository is."""
+        """Starts ./dev bench with GIT_DIR set, as in a git hook."""
         self.runs.write_text("")
         environment = {"PATH": os.environ["PATH"], "RUNS": str(self.runs), "GIT_DIR": str(self.folder / ".git")}
         return subprocess.Popen([self.folder / "dev", "bench", *words], env=environment, stdin=subprocess.DEVNULL,
@@ -153,7 +153,7 @@ def comparisons(tree):
 
 
 def interruptions(tree):
-    """The file's end is read when the benchmark and all that it started have ended."""
+    """Interrupts a benchmark that does not end. The FIFO gives end of file once it and its children have ended."""
     held = tree.runs.with_suffix(".held")
     tree.commit("endless 1\n")
     for interruption in (signal.SIGINT, signal.SIGTERM):
@@ -173,8 +173,8 @@ def interruptions(tree):
 
 def refusals(tree):
     for words, line in [
-        (["--compare", "none"], '"none" is no commit of this repository'),
-        (["--compare=--only"], '"--only" is no commit of this repository'),
+        (["--compare", "none"], '"none" is not a commit of this repository'),
+        (["--compare=--only"], '"--only" is not a commit of this repository'),
         (["--compare", "OLD", "--factor", "2"], "use --factor without --compare"),
         (["--compare"], "usage: bench"),
         (["--compare="], "usage: bench"),

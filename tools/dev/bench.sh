@@ -7,8 +7,8 @@ set -euo pipefail
 usage='usage: bench [--factor X | --compare REF] [--json FILE] [--only NAME]...'
 explained="$usage
 Exits 0 when all bounds are met, 1 when one is not, 2 for wrong arguments.
---compare measures this tree and the commit REF in turns instead, and prints which figures moved beyond
-their noise: exits 0 when none is slower or more, 1 when one is. REF is built in build/compare."
+--compare measures this tree and the commit REF alternately instead, and prints which figures changed by
+more than their noise. Exits 0 when none got worse, 1 when one did. REF is built in build/compare."
 
 refuse() {
   printf '%s\n' "$*" >&2
@@ -35,11 +35,11 @@ require_comparable() {
   [[ " ${words[*]}" != *' --factor='* ]] ||
     refuse 'dev: a comparison has no bounds; use --factor without --compare'
   commit_of HEAD >/dev/null || refuse 'dev: --compare needs git, and a checkout of the repository'
-  commit=$(commit_of "$ref") || refuse "dev: \"$ref\" is no commit of this repository"
+  commit=$(commit_of "$ref") || refuse "dev: \"$ref\" is not a commit of this repository"
 }
 
-# A clone that borrows the objects of this repository, and changes nothing in it. A clone that was
-# interrupted is made again. A checkout keeps the times of unchanged files, so that little is rebuilt.
+# Checks the commit out in a clone that borrows the objects of this repository, and does not change it.
+# Replaces a clone that was interrupted. The checkout keeps the times of unchanged files, so that little is rebuilt.
 check_out() {
   local clone=$1
   flock -n 9 || refuse 'dev: another comparison is running in this tree'

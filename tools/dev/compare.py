@@ -1,4 +1,4 @@
-"""Measures two builds of the benchmark in turns: compare.py PROGRAM PROGRAM COMMIT [--only=NAME]... [--json=FILE]
+"""Measures two builds of the benchmark alternately: compare.py PROGRAM PROGRAM COMMIT [--only=NAME]... [--json=FILE]
 
 The first program is this tree's, the second that of COMMIT. The exit status is 1 when a figure of this
 tree is slower (a time) or more (a count) beyond its noise, or cannot be measured.
@@ -37,13 +37,13 @@ def chance_of(here, there):
 
 
 def noise_of(numbers):
-    """The median distance from the median, which one disturbed run does not change."""
+    """The median distance from the median. One disturbed run hardly changes it."""
     middle = statistics.median(numbers)
     return statistics.median(abs(each - middle) for each in numbers) / middle if middle else 0.0
 
 
 def verdict_on(unit, here, there, change):
-    """A count, which has no unit, has no smallest change that matters: code's addresses do not change it."""
+    """Every change of a count matters, because addresses of code do not affect it. A count has no unit."""
     small = unit != "" and abs(change) < LEAST_CHANGE
     if small or chance_of(here, there) >= CHANCE:
         return "same"
@@ -95,7 +95,7 @@ def names_of(program):
 
 
 def measured(program, name):
-    """The figure's entry in the JSON. Ends the program with all that it started when this one is ended."""
+    """Runs the program, and returns the figure's entry in its JSON. An interruption ends its process group, too."""
     with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder:
         file = os.path.join(folder, "bench.json")
         process = subprocess.Popen([program, f"--only={name}", f"--json={file}"], process_group=0,
@@ -131,7 +131,7 @@ class Progress:
 
 
 def all_measured(programs, names, progress):
-    """The entries by name, for each side. Sides alternate, and so does which of them begins."""
+    """Returns the entries by name, for each side. Each round measures both; the rounds take turns in which is first."""
     sides = [{name: [] for name in names} for _ in programs]
     known = [names_of(program) for program in programs]
     for number_of_round, name in itertools.product(range(ROUNDS), names):
