@@ -40,7 +40,7 @@ void holdName(const std::string& text) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' ||
            c == '.';
   });
-  hold(valid && text.size() <= 254, "a name has only valid characters", text);
+  hold(valid && text.size() <= 254, "a name has at most 254 bytes, all valid", text);
   hold(text.front() != '-' && text.front() != '.', "a name cannot be taken for an option", text);
 }
 

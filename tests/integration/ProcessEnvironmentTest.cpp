@@ -1,5 +1,5 @@
-// What the programs make of their environment: closed descriptors, limits, and the NTP clients that
-// this machine has.
+// How the programs handle their environment: closed descriptors, resource limits, and the NTP
+// clients of this machine.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -20,7 +20,7 @@ void expectNullDescriptors(const Program& program) {
   }
 }
 
-TEST(ClosedDescriptors, OfTheHostAndOfClockctlBecomeDevNull) {
+TEST(ClosedDescriptors, AreOpenedAsDevNullByHostAndClockctl) {
   RestartableHost host;
   host.launch(inShell("<&- >&- 2>&-", host.words()));
   ASSERT_TRUE(host.answers());
@@ -38,16 +38,16 @@ Outcome startLimited(const std::string& limit) {
   return Program(host.folder(), "host", words).wait();
 }
 
-// Memory for the program and its libraries, but not for all that it needs at the start.
-TEST(MemoryLimit, AtTheStartIsARefusalInOneLine) {
-  if (support::kAddressSanitizer || support::kThreadSanitizer) return;  // they need terabytes
+// Enough to load the program and its libraries, too little to start up.
+TEST(MemoryLimit, TooLowForTheStartIsRefusedInOneLine) {
+  if (support::kAddressSanitizer || support::kThreadSanitizer) return;  // they map terabytes
   const Outcome outcome = startLimited("-v 20000");
   expectOneLine(outcome, 1, {"clockhost: "});
   EXPECT_EQ(outcome.err.find("bad_alloc"), std::string::npos) << outcome.err;
 }
 
 // Enough for the line on standard error, too little for a page of a store.
-TEST(FileSizeLimit, AtTheStartIsARefusalInOneLine) {
+TEST(FileSizeLimit, TooLowForTheStartIsRefusedInOneLine) {
   expectOneLine(startLimited("-f 4"), 1, {"cannot be written"});
 }
 

@@ -25,10 +25,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kEndLimit(2);
-constexpr int kMoreSeconds = 20;  // on a slow machine, until each attack has an effect
+constexpr int kMoreSeconds = 20;  // that a slow machine may need until each attack takes effect
 
-// Clients that call one after the other. The host serves a client with one open call at once, and
-// one with many in turns: each of these has few open calls even in a freeze of a second.
+// Well-behaved clients. Each call is sent by the next of them, so that none has more than a few
+// open calls even when the host freezes for a second: a client with many open calls would wait for
+// turns.
 class Bystanders final : public CallLine {
  public:
   explicit Bystanders(const std::filesystem::path& socket) {
@@ -84,7 +85,8 @@ nlohmann::json ask(host::RemoteClient& control, const std::string& json) {
   return nlohmann::json::parse(*reply);
 }
 
-// With as many records of sets as it keeps, so that its list is as long as possible.
+// Fills the security log with records of sets up to its limit, so that a listing is as long as
+// possible.
 void fillSecurityLog(host::RemoteClient& control) {
   constexpr int kAtOnce = 500;
   for (int record = 0; record < host::SecurityLog::kSets; record += kAtOnce) {
@@ -95,7 +97,7 @@ void fillSecurityLog(host::RemoteClient& control) {
                                          std::string(value) + R"("})"));
     }
     for (const std::uint32_t id : ids) {
-      if (!control.nextAnswer(id, kAnswerLimit)) throw std::runtime_error("a set is not done");
+      if (!control.nextAnswer(id, kAnswerLimit)) throw std::runtime_error("a set was not answered");
     }
   }
 }
@@ -116,7 +118,7 @@ std::string uptime(host::RemoteClient& control) {
   return ask(control, R"({"verb":"clock","action":"show"})").at("uptime");
 }
 
-// Effects that the host itself shows.
+// Effects that the host's state and log show.
 void addEffectsOnHost(integration::RestartableHost& host, host::RemoteClient& control,
                       const std::string& uptimeBefore, Effects& effects) {
   effects.emplace_back("the clock was advanced", uptime(control) != uptimeBefore);
@@ -137,7 +139,7 @@ std::int64_t millisecondsToEnd(integration::RestartableHost& host) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin).count();
 }
 
-// The name of an attack without effect; empty: each has one.
+// The name of the first attack that had no effect; empty if there is none.
 std::string withoutEffect(const Effects& effects) {
   for (const auto& [name, count] : effects) {
     if (count == 0) return name;
@@ -170,14 +172,14 @@ AttackFigures attackAHost(std::chrono::milliseconds duration) {
 std::string complaintAbout(const AttackFigures& figures, std::uint64_t mostP99) {
   if (figures.calls.count() == 0) return "no bystander was answered while the host was attacked";
   if (figures.connections == 0) return "no attacker has connected";
-  if (figures.effects.empty()) return "not measured: the effects of the attacks";
+  if (figures.effects.empty()) return "the effects of the attacks were not measured";
   const std::string attack = withoutEffect(figures.effects);
   if (!attack.empty()) return "an attack had no effect: " + attack;
   if (figures.ended < 0) return "the attacked host did not end within 2 s of SIGTERM";
   const std::uint64_t p99 = figures.calls.quantile(0.99);
   if (p99 <= mostP99) return "";
   return "p99 of the bystanders' calls is " + std::to_string(p99) +
-         " us while the host is attacked; at most " + std::to_string(mostP99) + " are due";
+         " us while the host is attacked; the bound is " + std::to_string(mostP99) + " us";
 }
 
 std::string toText(const AttackFigures& figures) {

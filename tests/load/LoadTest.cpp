@@ -164,7 +164,7 @@ TEST(DueCalls, FailWithoutAnAnswerForTwentySeconds) {
   EXPECT_THROW(static_cast<void>(callWhenDue(line, minutes(1))), std::runtime_error);
 }
 
-TEST(Latencies, QuantileIsTheDurationThatThisPartDoesNotExceed) {
+TEST(Latencies, QuantileOfAPartIsItsLongestDuration) {
   Latencies latencies;
   EXPECT_EQ(latencies.quantile(0.99), 0U);
   for (int i = 100; i >= 1; --i) latencies.add(microseconds(i));

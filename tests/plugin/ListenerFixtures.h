@@ -49,10 +49,10 @@ class Reports final : public SNTPTimeChangeObserver {
 // A pipe, and a listener that is not started yet.
 class ListenerNotStarted : public testing::Test {
  protected:
-  ListenerNotStarted() { forgetCalls(); }
+  ListenerNotStarted() { resetCalls(); }
   ~ListenerNotStarted() override {
     end();
-    forgetCalls();  // otherwise the next test's reads would fail, too
+    resetCalls();  // otherwise the next test's reads would fail, too
   }
 
   void end() {

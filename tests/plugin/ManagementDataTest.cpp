@@ -209,7 +209,7 @@ TEST_F(ManagedClock, SetsNoTimeWhenTheDateIsRefused) {
   EXPECT_FALSE(telephone.manage("time", "2038-01-01T01:02:03+00:00"));
   EXPECT_EQ(utc(), "2024-03-05T09:07:05+00:00");
   EXPECT_EQ(telephone.physical.clockChanges().begun,
-            1);  // each notice of a begin has one of an end
+            1);  // the notice of the begin is followed by one of the end
   EXPECT_EQ(telephone.physical.clockChanges().ended, 1);
 }
 

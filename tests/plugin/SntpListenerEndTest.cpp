@@ -112,7 +112,7 @@ TEST_F(ListenerWaitingInItsRead, LogsNoReadErrorAfterItIsStopped) {
 // By design the stop signal is written through a descriptor that is open for reading only.
 TEST_F(ListenerWaitingInItsRead, IsNotWokenByTheStopSignal) {
   endAndWrite(7);
-  EXPECT_EQ(plugin::refusedStops(), 1);
+  EXPECT_EQ(plugin::failedStopWrites(), 1);
 }
 
 // A second close could close a descriptor that another thread has just opened.
@@ -120,7 +120,7 @@ TEST_F(ListenerRunning, ClosesItsPipeOnceWhenItEndsAfterAReport) {
   reports.hold(true);
   pipe.report(7);
   ASSERT_THAT(reports.first(1), ElementsAre(7));
-  plugin::forgetCalls();
+  plugin::resetCalls();
   const support::OpenWatch watch(support::ReportPipe::path());
   std::thread destruction([this] { listener.reset(); });
   EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // the destructor tries to wake it

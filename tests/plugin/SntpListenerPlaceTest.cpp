@@ -106,7 +106,7 @@ TEST_F(ListenerNotStarted, OpensNothingThatCouldBecomeItsControllingTerminal) {
   pipe.report(7);
   EXPECT_THAT(reports.first(1), ElementsAre(7));
   end();
-  EXPECT_EQ(plugin::opensThatTakeATerminal(), 0);
+  EXPECT_EQ(plugin::opensWithoutNoctty(), 0);
 }
 
 }  // namespace

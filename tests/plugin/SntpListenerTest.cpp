@@ -106,7 +106,7 @@ TEST_F(ListenerRunning, DropsTheRestOfAnOpening) {
 }
 
 TEST_F(ListenerRunning, StopsReadingFromAWriterThatNeverStops) {
-  plugin::neverEndReads();
+  plugin::makeReadsEndless();
   pipe.report(7);
   pipe.report(8);
   EXPECT_THAT(reports.first(2), ElementsAre(7, 8));

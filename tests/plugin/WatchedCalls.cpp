@@ -20,10 +20,10 @@ std::mutex g_mutex;
 std::set<unsigned int> g_sleeps;    // guarded by g_mutex
 std::function<void()> g_afterStat;  // guarded by g_mutex
 std::atomic<int> g_closes{0};
-std::atomic<int> g_opensThatTakeATerminal{0};
+std::atomic<int> g_opensWithoutNoctty{0};
 std::atomic<int> g_readError{0};
 std::atomic<bool> g_endlessReads{false};
-std::atomic<int> g_refusedStops{0};
+std::atomic<int> g_failedStopWrites{0};
 
 }  // namespace
 
@@ -53,7 +53,7 @@ unsigned int __wrap_sleep(unsigned int seconds) {
 }
 
 int __wrap_open(const char* path, int flags, ...) {
-  if ((flags & O_ACCMODE) == O_RDONLY && (flags & O_NOCTTY) == 0) ++g_opensThatTakeATerminal;
+  if ((flags & O_ACCMODE) == O_RDONLY && (flags & O_NOCTTY) == 0) ++g_opensWithoutNoctty;
   va_list rest;
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
@@ -78,7 +78,7 @@ ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
 ssize_t __wrap_write(int descriptor, const void* buffer, size_t size) {
   const ssize_t count = __real_write(descriptor, buffer, size);
   const bool stops = size == kMessageSize && std::memcmp(buffer, "\0\0\0", kMessageSize) == 0;
-  if (stops && count < 0 && errno == EBADF) ++g_refusedStops;
+  if (stops && count < 0 && errno == EBADF) ++g_failedStopWrites;
   return count;
 }
 
@@ -105,15 +105,15 @@ bool __wrap__Z15loggingOnAppUniPKci(const char* component, int level) {
 
 namespace plugin {
 
-void forgetCalls() {
+void resetCalls() {
   const std::lock_guard guard(g_mutex);
   g_sleeps.clear();
   g_afterStat = nullptr;
   g_closes = 0;
-  g_opensThatTakeATerminal = 0;
+  g_opensWithoutNoctty = 0;
   g_readError = 0;
   g_endlessReads = false;
-  g_refusedStops = 0;
+  g_failedStopWrites = 0;
 }
 
 std::set<unsigned int> sleeps() {
@@ -125,12 +125,12 @@ int closes() {
   return g_closes;
 }
 
-int refusedStops() {
-  return g_refusedStops;
+int failedStopWrites() {
+  return g_failedStopWrites;
 }
 
-int opensThatTakeATerminal() {
-  return g_opensThatTakeATerminal;
+int opensWithoutNoctty() {
+  return g_opensWithoutNoctty;
 }
 
 void awaitCloses(int count) {
@@ -141,7 +141,7 @@ void failReads(int error) {
   g_readError = error;
 }
 
-void neverEndReads() {
+void makeReadsEndless() {
   g_endlessReads = true;
 }
 

@@ -10,9 +10,9 @@
 
 namespace simulation {
 
-// Other processes. They call the service through its invoker; those whose name begins with "peer"
-// get events. The codec encodes only a request's name, and keeps the rest in memory; real encoding
-// is tested with the host. Destroyed after the service.
+// Simulates peers in other processes. They call the service through its invoker; those whose name
+// begins with "peer" get events. The codec encodes only a request's name, and keeps the rest in
+// memory; real encoding is tested with the host. Destroyed after the service.
 class Peers final : public MessageCodec {
  public:
   explicit Peers(support::Journal& journal) : m_journal(journal) {}

@@ -86,7 +86,7 @@ void SteppedTelephone::observe(const std::string& name, bool begins) {
   auto& observer = m_observers[name];
   if (!observer && name != "nobody") {
     observer = std::make_unique<support::JournalObserver>(m_journal, name);
-    // Now TZ has the new zone already, and the script still the former one.
+    // At this moment TZ has the new zone, and the script still has the former one.
     observer->zoneDetail = [] { return " in force: " + zoneInForce() + " after " + script(); };
   }
   answer(begins ? m_service->observeTimeEvents(observer.get())

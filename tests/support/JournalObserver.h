@@ -20,7 +20,7 @@ class JournalObserver final : public ClockServiceObserverIfc {
 
   // Called in each event, before it is recorded.
   std::function<void()> onEvent;
-  // Returns what is recorded behind a zone.
+  // Returns a text that is recorded after the zone in each zone event.
   std::function<std::string()> zoneDetail;
 
   void timezoneChangeEvent(std::string timezone) override {

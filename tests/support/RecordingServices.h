@@ -68,8 +68,9 @@ class RecordingStore final : public host::MemoryDataAccess {
                const std::string& value) override;
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
 
-  // Stores as another program would; the stored text, "(none)" without one.
+  // Stores a value without a record in the journal, as another program would.
   void put(const std::string& key, const std::string& value);
+  // The stored value, or "(none)".
   std::string stored(const std::string& key);
 
   std::atomic<bool> refuses{false};

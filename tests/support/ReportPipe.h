@@ -15,12 +15,12 @@ class ReportPipe {
   static std::string path();  // in the folder of the test program
 
   ReportPipe();   // makes the pipe, and removes what was at its path
-  ~ReportPipe();  // after the listener
+  ~ReportPipe();  // REQUIRES: the listener has ended
   ReportPipe(const ReportPipe&) = delete;
   ReportPipe& operator=(const ReportPipe&) = delete;
 
-  // Writes in an opening of its own: waits until the listener has closed the previous one and
-  // opened the next, and has read some of the bytes.
+  // Opens the pipe, writes and closes it. Waits until the listener has reopened the pipe after the
+  // previous report, and has read some of the bytes.
   void write(const std::string& bytes) const;
   void report(std::uint32_t secondsSinceEpoch) const;
 
@@ -42,7 +42,8 @@ class ReportPipe {
   std::thread m_waker;
 };
 
-// FD_CLOEXEC or 0, for each descriptor of this process on this file.
+// The descriptor flags, FD_CLOEXEC or 0, of each descriptor of this process that refers to the
+// file.
 std::vector<int> descriptorFlagsOf(const std::string& path);
 
 // Removes whatever is at the pipe's path.

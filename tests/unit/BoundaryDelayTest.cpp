@@ -144,7 +144,7 @@ TEST(BoundaryDelay, IsDefinedAndNeverZeroAtTheLimitsOfTime) {
   EXPECT_LE(BoundaryDelay::toNextMidnight(kLast), 86400 * 1000U);
 }
 
-// A 32-bit time_t begins at 1901-12-13T20:45:52Z, from where the next boundary is near.
+// The first 32-bit time_t is 1901-12-13T20:45:52Z, whose next boundaries are near.
 TEST(BoundaryDelay, StopsAtTheLongestPeriodOfATimer) {
   const ZoneGuard zone("UTC0");
   constexpr time_t kFirst = std::numeric_limits<time_t>::min();
@@ -168,7 +168,7 @@ TEST(BoundaryDelay, IsNeverZeroNorMoreThanTwoHoursOrTwoDays) {
   }
 }
 
-// The year of a 32-bit time_t always fits into the number.
+// With a 32-bit time_t the day always fits into an int.
 TEST(BoundaryDelay, LocalDayStopsAtTheLimitsOfItsType) {
   const ZoneGuard zone("UTC0");
   constexpr std::int64_t kFarAway = 300'000 * std::int64_t{31'556'952};  // as many years

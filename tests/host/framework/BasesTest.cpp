@@ -25,7 +25,7 @@ class PlainService final : public Service {
   void run() override {}
 };
 
-TEST(Service, IgnoresExpiriesAndIsAThreadWithoutAPriority) {
+TEST(Service, IgnoresExpiriesAndHasThreadPriorityZeroByDefault) {
   PlainService service;
   service.timerEvent(1);
   EXPECT_EQ(service.getThreadPriorityForPlatform(), 0);

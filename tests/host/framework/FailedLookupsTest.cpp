@@ -33,7 +33,7 @@ TEST(FailedLookups, OnlyTheFirstFailureIsToBeLogged) {
   EXPECT_FALSE(failed.holds("a", kBegin));
 }
 
-TEST(FailedLookups, DropTheOldestOfTooMany) {
+TEST(FailedLookups, DropTheOldestNameBeyondTheLimit) {
   FailedLookups failed;
   for (std::size_t i = 0; i <= FailedLookups::kMost; ++i) {
     EXPECT_TRUE(failed.add(std::to_string(i), kBegin + std::chrono::nanoseconds(i)));
@@ -43,7 +43,7 @@ TEST(FailedLookups, DropTheOldestOfTooMany) {
   EXPECT_TRUE(failed.holds(std::to_string(FailedLookups::kMost), kBegin));
 }
 
-TEST(FailedLookups, NameWithoutAnAnswerMakesTheServerSilent) {
+TEST(FailedLookups, UnansweredLookupMarksTheServerSilent) {
   FailedLookups failed;
   EXPECT_TRUE(failed.add("a", kBegin));
   EXPECT_FALSE(failed.isSilent(kBegin)) << "\"no such name\" is an answer";

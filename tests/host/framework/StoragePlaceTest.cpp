@@ -36,7 +36,7 @@ TEST_F(StorageFolder, RemovesAPipeAtTheNewFilesPath) {
   EXPECT_EQ(files(), 1U);
 }
 
-// A user may have put files into it.
+// A user may have put files into that folder.
 TEST_F(StorageFolder, DoesNotRemoveAFolderAtTheNewFilesPath) {
   const support::LogCapture log;
   const std::filesystem::path next = m_folder / ".file.new";

@@ -34,7 +34,7 @@ unsigned long spawned(Body& body) {
   return id;
 }
 
-// Runs `work` on a thread of that name and stack, to its end.
+// Runs `work` on a thread of that name and stack size, and waits for its end.
 void runThread(std::function<void()> work, const char* name = "worker", int stackBytes = 0) {
   Body body(std::move(work));
   Threader threader;
@@ -93,7 +93,7 @@ TEST(Threader, SetsTheStackSize) {
   EXPECT_LT(size, std::size_t{2 * kStack});
 }
 
-TEST(Threader, RefusesWhatCannotBeStarted) {
+TEST(Threader, RefusesInvalidArguments) {
   Body body([] { ADD_FAILURE() << "ran"; });
   Threader threader;
   unsigned long id = 77;
@@ -125,7 +125,7 @@ TEST(Threader, WaitsForTheBodyToReturn) {
   threader.destroy(id);
 }
 
-TEST(Threader, DestroysARunningThreadAfterItsEnd) {
+TEST(Threader, DestroyWaitsForARunningThread) {
   std::promise<void> go;
   bool returned = false;
   Body body([&] {

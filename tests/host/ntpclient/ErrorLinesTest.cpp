@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 constexpr ErrorLines::Instant kBegin{};
 
-// Lines into a pipe, where writing blocks when it is full.
+// Writes error lines into a pipe, where a write blocks while the pipe is full.
 class LinesIntoAPipe : public testing::Test {
  protected:
   static std::array<int, 2> newPipe() {
@@ -58,7 +58,7 @@ TEST_F(LinesIntoAPipe, ContainEveryStep) {
   EXPECT_EQ(text(), "ntpclient: asking\nntpclient: asking\n");
 }
 
-TEST_F(LinesIntoAPipe, AreCountedWithoutAReader) {
+TEST_F(LinesIntoAPipe, AreCountedWhileThePipeIsFull) {
   for (int i = 0; i < 10'000; ++i) m_lines.step("asking");
   m_lines.complain("a", kBegin);
   m_lines.complain("a", kBegin);

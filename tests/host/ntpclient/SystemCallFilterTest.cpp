@@ -65,7 +65,7 @@ TEST_F(UnderTheFilter, NothingIsDeniedInABuildWithoutFilter) {
 
 #else
 
-// The calls use openat: this program replaces open(), which would copy the name.
+// The calls use openat, because open() is the host's own here and would copy the name.
 struct Call {
   const char* name;
   std::function<long()> make;
@@ -87,7 +87,8 @@ TEST_F(UnderTheFilter, WhatTheClientDoesNotNeedIsDenied) {
       {"open for writing",
        [&] { return ::openat(AT_FDCWD, other.c_str(), kPipeFlags | O_CREAT, 0600); }},
       {"open another file as the pipe", [] { return ::openat(AT_FDCWD, "/dev/null", kPipeFlags); }},
-      {"open its name elsewhere", [&] { return ::openat(AT_FDCWD, same.c_str(), kPipeFlags); }},
+      {"open the same name at another address",
+       [&] { return ::openat(AT_FDCWD, same.c_str(), kPipeFlags); }},
       {"open the pipe for reading too",
        [&] { return ::openat(AT_FDCWD, sealed, O_RDWR | O_NONBLOCK); }},
       {"create at the pipe's name",
@@ -104,11 +105,13 @@ TEST_F(UnderTheFilter, WhatTheClientDoesNotNeedIsDenied) {
       {"connect", [] { return ::connect(0, nullptr, 0); }},
       {"pass a descriptor", [] { return ::sendmsg(0, nullptr, 0); }},
       {"set the clock",
-       [&] { return ::clock_settime(CLOCK_PROCESS_CPUTIME_ID, &now); }},  // that no process can set
+       [&] {
+         return ::clock_settime(CLOCK_PROCESS_CPUTIME_ID, &now);
+       }},  // a clock that no process can set
       {"make the name writable", [&] { return ::mprotect(sealed, 1, PROT_READ | PROT_WRITE); }},
       {"unmap the name", [&] { return ::munmap(sealed, 1); }},
       {"map over the name", [&] { return map(sealed, PROT_READ | PROT_WRITE, MAP_FIXED); }},
-      {"memory to execute", [] { return map(nullptr, PROT_READ | PROT_EXEC); }},
+      {"map executable memory", [] { return map(nullptr, PROT_READ | PROT_EXEC); }},
   };
   for (const Call& call : calls) EXPECT_EQ(errorOf(call.make), EPERM) << call.name;
 }

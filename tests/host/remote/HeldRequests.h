@@ -55,7 +55,8 @@ struct ServerHoldingRequests {
   ServerUnderTest server{requests.handler()};
 };
 
-// The same with a client whose first request holds back its second. The first was received.
+// Also has a client that has sent two requests. The server received the first one, which holds back
+// the second until it is answered.
 struct ServerWithAHeldClient : ServerHoldingRequests {
   ServerWithAHeldClient() {
     client.send(frames(FrameKind::controlRequest, "hold", 1) +

@@ -132,7 +132,7 @@ TEST_F(PipelineOfMessages, PartialRequestAtTheEndWaitsForItsRest) {
   EXPECT_EQ(receive(), Ids{3});
 }
 
-TEST(PipelineWithABadFrame, IsAnsweredUpToThere) {
+TEST(PipelineWithABadFrame, IsAnsweredUpToThatFrame) {
   const support::LogCapture log(4);
   for (const std::string& bad : {std::string("\0\0\0\4", 4), frames(FrameKind::event, "", 1)}) {
     Pipeline pipeline(SOCK_SEQPACKET);

@@ -190,7 +190,7 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
   }
 }
 
-// Whether the error is one line that fits into a few lines of a terminal and leaves it alone.
+// Whether the error is one short line without control characters, which could disturb a terminal.
 bool isShortLine(const std::string& error) {
   constexpr std::size_t kLongest = 400;  // bytes
   return error.size() <= kLongest && escapedLine(error) == error;
