@@ -19,7 +19,7 @@ set(CLOCK_HARDENING
     "$<$<AND:$<NOT:$<CONFIG:MinSizeRel>>,$<BOOL:${CLOCK_HAS_STACK_CLASH_PROTECTION}>>:-fstack-clash-protection>"
     "$<$<BOOL:${CLOCK_HAS_CF_PROTECTION}>:-fcf-protection>")
 
-# The checks of sizes need the optimiser, and would hide faults from a sanitizer.
+# Checks of buffer sizes need the optimiser, and would hide faults from a sanitizer.
 set(CLOCK_CHECKED_SIZES "$<CONFIG:RelWithDebInfo,Release,MinSizeRel>")
 if(NOT CLOCK_SANITIZE)
   list(APPEND CLOCK_HARDENING

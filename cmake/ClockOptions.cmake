@@ -5,7 +5,7 @@ option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its un
 option(CLOCK_CCACHE "Use ccache when it is installed" ON)
 option(CLOCK_FUZZ "Build the fuzz targets; needs clang" OFF)
 option(CLOCK_TEST_PER_PROGRAM "Run each test program once, not once for each test" OFF)
-# Sources of the host and of the tests are compiled together, eight at a time: a third of the time.
+# Sources of the host and of the tests are compiled together, eight at a time, which takes a third of the time.
 # ./dev mutate compiles each source of the host alone.
 set(CMAKE_UNITY_BUILD ON CACHE BOOL "Compile the host's sources together")
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 8 CACHE STRING "Most sources that are compiled together")

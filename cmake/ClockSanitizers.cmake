@@ -13,7 +13,8 @@ if(CLOCK_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,float-cast-overflow)
 endif()
 
-# Sanitizers and coverage make system calls that the NTP client's filter does not allow: no filter.
+# The NTP client runs without its system call filter, which denies calls that sanitizers and coverage
+# make.
 if(CLOCK_SANITIZE OR CLOCK_FUZZ OR CMAKE_CXX_FLAGS MATCHES "-fprofile-|--coverage")
   set(CLOCK_WITHOUT_FILTER ON)
   add_compile_definitions(CLOCK_WITHOUT_FILTER)

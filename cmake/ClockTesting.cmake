@@ -44,7 +44,7 @@ endfunction()
 #   LABEL   the layer: unit, plugin, host, integration, ... ("./dev test -L unit")
 #   SERIAL  never runs at the same time as another SERIAL test: for tests that drive processes
 #   ALONE   never runs at the same time as any other test: for tests that measure times
-#   SHARDS  for the longest programs: where a program runs once, its tests run in n parts
+#   SHARDS  for the longest programs: with CLOCK_TEST_PER_PROGRAM, their tests run in n parts
 function(clock_add_test)
   cmake_parse_arguments(TEST "SERIAL;ALONE" "NAME;LABEL;SHARDS" "SOURCES;LIBS" ${ARGN})
   if(TEST_UNPARSED_ARGUMENTS)
@@ -63,7 +63,7 @@ function(clock_add_test)
     target_precompile_headers(${TEST_NAME} REUSE_FROM test_headers)
   endif()
   clock_layer_needs(${TEST_LABEL} ${TEST_NAME})
-  # The first tests to start are those that take longest, and those that wait for each other.
+  # COST: the longest tests start first, then those that cannot run at the same time.
   set(properties LABELS ${TEST_LABEL})
   if(TEST_SERIAL)
     list(APPEND properties RESOURCE_LOCK processes COST 10)

@@ -18,7 +18,7 @@ set(CLOCK_GNU_WARNINGS -Wlogical-op -Wduplicated-cond -Wno-maybe-uninitialized)
 set(CLOCK_CLANG_CXX_WARNINGS -Wthread-safety)
 set(CLOCK_GNU_CXX_WARNINGS -Wsuggest-override)
 
-# Sources that are compiled together look like headers to the compiler, which these warnings are about.
+# A unity build includes sources like headers. These warnings would then report harmless names.
 set(CLOCK_TOGETHER "$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>")
 list(APPEND CLOCK_WARNINGS "$<${CLOCK_TOGETHER}:-Wno-shadow>")
 list(APPEND CLOCK_GNU_CXX_WARNINGS "$<${CLOCK_TOGETHER}:-Wno-subobject-linkage>")

@@ -17,8 +17,8 @@
 #define CLOCK_GUARDED_BY(lock) CLOCK_THREAD_ATTRIBUTE(guarded_by(lock))
 #define CLOCK_POINTEE_GUARDED_BY(lock) CLOCK_THREAD_ATTRIBUTE(pt_guarded_by(lock))
 
-// On a function: it acquires or releases the named locks (without a name, its own object); its
-// caller must, or must not, hold them.
+// On a function: acquires or releases the named locks, or its own object if none is named.
+// REQUIRES, EXCLUDES: the caller must, or must not, hold the named locks.
 #define CLOCK_ACQUIRES(...) CLOCK_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define CLOCK_TRY_ACQUIRES(...) CLOCK_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define CLOCK_RELEASES(...) CLOCK_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))

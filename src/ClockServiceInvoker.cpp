@@ -29,7 +29,7 @@ void sendReply(Method& reply, MessageCodec& codec, std::stringstream& stream,
                InvokerResponse& response) {
   startOver(stream);
   codec.encode(reply, stream);
-  std::array<char, 512> usual;  // without heap memory; longer replies are copied
+  std::array<char, 512> usual;  // the usual reply needs no heap memory; a longer one does
   const auto size = static_cast<std::size_t>(stream.rdbuf()->sgetn(usual.data(), usual.size()));
   if (size < usual.size()) return response.sendReply(usual.data(), static_cast<int>(size));
   const std::string bytes = stream.str();

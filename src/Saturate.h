@@ -3,7 +3,8 @@
 #include <cstdint>
 #include <limits>
 
-// Arithmetic on outside numbers: defined for every input, limited to the type's range.
+// Arithmetic on numbers from outside the plug-in: defined for every input, and limited to the range
+// of the type.
 
 template <typename To>
 constexpr To saturate(std::int64_t number) {
@@ -16,7 +17,7 @@ constexpr int saturatedSum(std::int64_t a, std::int64_t b) {
   return saturate<int>(a + b);
 }
 
-// Toward zero; NaN is 0. The result lies in -2147483647 to 2147483647, so that it can be negated.
+// Rounds toward zero; NaN gives 0. The result is at least -2147483647, so that it can be negated.
 constexpr std::int32_t truncated(double number) {
   constexpr std::int32_t kLimit = std::numeric_limits<std::int32_t>::max();
   if (number != number) return 0;
@@ -25,7 +26,7 @@ constexpr std::int32_t truncated(double number) {
   return static_cast<std::int32_t>(number);
 }
 
-// To the nearest float; beyond its range, infinity.
+// Rounds to the nearest float. Numbers beyond its range give infinity.
 constexpr float toFloat(double number) {
   constexpr double kHighest = std::numeric_limits<float>::max();
   constexpr float kInfinity = std::numeric_limits<float>::infinity();

@@ -28,7 +28,7 @@ int fail(const std::exception& error, int status) {
 
 int main(int argc, char** argv) {
   host::startProgram();
-  // One heap for all threads: they allocate too little to get in each other's way.
+  // One malloc arena for all threads: they allocate too little to contend for it.
   ::mallopt(M_ARENA_MAX, 1);
   std::signal(SIGHUP, SIG_IGN);  // outlives its terminal; SIGINT and SIGTERM end it
   // The service sets TZ while other threads read the environment. A variable that exists before any

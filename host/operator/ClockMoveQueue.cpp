@@ -40,8 +40,9 @@ void ClockMoveQueue::runSlice() try {
   giveUp(error.what());
 }
 
-// Without a next slice the moves would wait forever. An answer would need memory; a channel that
-// is destroyed without an answer refuses its request, and needs none.
+// Refuses all waiting moves, which would otherwise wait forever for the next slice. An explicit
+// answer would need memory. Destroying a channel without an answer refuses its request without
+// memory.
 void ClockMoveQueue::giveUp(const char* why) {
   logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
             m_waiting.size() == 1 ? "move of the clock is" : "moves of the clock are", why);

@@ -19,7 +19,7 @@ class WaitingChannel : public ControlChannel {
     m_reply.set_value(std::string(json));
     return true;
   } catch (const std::future_error&) {
-    return false;  // it has one
+    return false;  // it already has a reply
   }
 
   bool item(std::string_view) override { return false; }

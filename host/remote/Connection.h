@@ -33,10 +33,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // Handles one frame. Returns a text to drop the client: what it did wrong.
     virtual std::optional<std::string> onFrame(Connection& from, const Frame& frame) = 0;
 
-    // How many frames to handle before the client needs a turn.
+    // How many frames to handle at once; the client must wait for a turn to have more handled.
     [[nodiscard]] virtual std::size_t framesAtOnce(const Connection& from) const = 0;
 
-    // The client sent more frames than that: call takeTurn() after the others' turns.
+    // The client sent more frames than framesAtOnce(): call takeTurn() after the turns of the
+    // clients that wait already.
     virtual void onTurnOver(Connection& from) = 0;
 
     // The client has disconnected or sends no more: undo its registrations. Called once.

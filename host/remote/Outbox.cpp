@@ -9,9 +9,11 @@
 namespace host {
 namespace {
 
-// In bytes. Reserved: the usual frame needs no memory, so that it can tell that there is none.
+// In bytes. Reserved in advance, so that a usual frame, such as a refusal for lack of memory, needs
+// none.
 constexpr std::size_t kReserved = 512;
-constexpr std::size_t kKept = 2 * Outbox::kMostHeld;  // more is freed once it is sent
+// A larger buffer is freed once its bytes are sent.
+constexpr std::size_t kKept = 2 * Outbox::kMostHeld;
 
 bool isDisconnect(int error) {
   return error == EPIPE || error == ECONNRESET;
@@ -57,7 +59,7 @@ void Outbox::shrink() try {
   reserved.reserve(kReserved);
   m_queued.swap(reserved);
 } catch (const std::bad_alloc&) {
-  // Keeps the large one until there is memory.
+  // Keeps the large buffer until memory is available.
 }
 
 void Outbox::fail(int error) {

@@ -19,7 +19,7 @@ class Outbox {
  public:
   static constexpr std::size_t kMaxQueued = 1024 * 1024;
 
-  // Bytes that hold() keeps back at most: a turn's usual answers.
+  // At most this many bytes wait after hold(): enough for the usual answers of a turn.
   static constexpr std::size_t kMostHeld = 8192;
 
   enum class State { open, overflowed, broken, failed, closed };

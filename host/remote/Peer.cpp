@@ -18,9 +18,9 @@ namespace {
 
 constexpr std::string_view kNoAnswer = R"({"ok":false,"error":"the host could not answer"})";
 
-// An event as it is sent. The service sends the same one to every observer: it is encoded once.
+// An encoded event. The service sends the same event to every observer, so it is encoded only once.
 struct EncodedEvent {
-  // Throws std::exception; then there is none.
+  // Throws std::exception; then there is no encoded event.
   void encode(Method& method, const std::string& codecName, MessageCodec& by) {
     codec.clear();
     stream.str("");
@@ -31,7 +31,7 @@ struct EncodedEvent {
     codec = codecName;
   }
 
-  std::string codec;  // empty: there is none
+  std::string codec;  // empty: there is no encoded event
   Method event;
   std::stringstream stream;
 };

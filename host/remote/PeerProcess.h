@@ -7,8 +7,8 @@
 
 namespace host {
 
-// The process at the other end of a connected Unix socket, as it was when it connected. Empty: the
-// kernel does not tell.
+// The process at the other end of a connected Unix socket, as it was when it connected. Empty if
+// the kernel does not report it.
 [[nodiscard]] std::optional<ucred> processAt(int socket);
 
 // The user of that process, or kUnknownUser.

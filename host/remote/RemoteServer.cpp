@@ -186,7 +186,8 @@ std::optional<std::string> RemoteServer::Impl::setCodec(Connection& from, std::s
   return std::nullopt;
 }
 
-// The client that had the last turn has the next one at once, unless others wait for theirs.
+// While no client waits for a turn, the client that had the last one gets a full turn at once.
+// Otherwise it must wait, too.
 std::size_t RemoteServer::Impl::framesAtOnce(const Connection& from) const {
   if (from.number() != m_lastInTurn) return kFramesAtOnce;
   return m_turns.idle() ? kFramesInTurn : 0;

@@ -34,8 +34,8 @@ class ManagementThread {
  private:
   using Task = std::function<void()>;
 
-  // Counts wakeups. Cheaper than std::condition_variable, which takes its mutex back as a contended
-  // one, so that each task would cost a futile system call.
+  // Counts wakeups. Cheaper than std::condition_variable: after a wait, glibc locks the mutex as
+  // contended, and its unlock then makes a system call that wakes no thread.
   class Wakeups {
    public:
     Wakeups() { ::sem_init(&m_count, 0, 0); }

@@ -15,8 +15,9 @@ namespace host {
 // The device's settings, in the file settings.db of the state folder. This is where a set becomes
 // durable: setItem returns true after SQLite has synced the transaction.
 // Owner: the device. Thread: any. Syncs: one for each accepted set. The first set after a start
-// creates the WAL and has two more (four with the security log's); about one in a thousand
-// checkpoints the WAL and has two more; the set after that restarts the WAL and has one more.
+// creates the WAL and has two more, or four if it also creates the security log's. About one set in
+// a thousand checkpoints the WAL and has two more; the set after that restarts the WAL and has one
+// more.
 // Failure: a set that cannot be written is logged, returns false and leaves the old value; a
 // damaged file is renamed to settings.db.damaged-N, with one log line, and an empty store replaces
 // it.

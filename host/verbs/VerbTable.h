@@ -5,7 +5,7 @@
 #include "verbs/VerbWords.h"
 
 // The whole command line of clockctl, and the verbs of a scenario, in the order of the help.
-// operator/HostActions.cpp has what the host does for each control verb and action.
+// operator/HostActions.cpp has the function that the host calls for each control verb and action.
 namespace host {
 
 inline constexpr VerbWord kKey{"KEY", "key", readText};

@@ -70,7 +70,7 @@ time_t ClockService::setTimeInternal(int hours, int minutes, int seconds) const 
   return mktime(&local);
 }
 
-// From here on the clock follows the uptime and ignores the system's time.
+// Afterwards the service's time follows the uptime and ignores the system clock.
 void ClockService::setByHand(time_t secondsSinceEpoch) {
   votk_set_time_seconds_since_epoch(static_cast<unsigned long>(secondsSinceEpoch));
   m_userTimeOffset = saturate<std::int32_t>(static_cast<std::int64_t>(secondsSinceEpoch) -

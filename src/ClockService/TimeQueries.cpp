@@ -104,8 +104,8 @@ std::string ClockService::getUTCTime(int hours, int minutes, int seconds, int da
   return text;
 }
 
-// The daylight flag of the record is 0, so mktime adds the daylight saving of the TZ rule; the
-// display minutes do not contain it. A text that does not parse gives a zeroed record.
+// m_localOffsetMinutes does not include the daylight saving of a TZ rule. The daylight flag of the
+// record is 0, so mktime adds it. A text that does not parse gives a zeroed record.
 bool ClockService::localTimeOf(const std::string& utc, tm& local) const {
   local = tm{};
   const bool parsed = ClockUtils::convertTimeStringToTimeStruct(utc, local);

@@ -24,8 +24,8 @@ TimeZoneText::Settings zoneSettings(const ClockServiceDataHandler& data,
 
 }  // namespace
 
-// Without settings the clock shows UTC. While time zones do not apply, TZ is empty, which is UTC as
-// well, and the display minutes stay as they were.
+// Without settings the clock shows UTC. While time zones do not apply, TZ is empty, which also
+// means UTC, and m_localOffsetMinutes keeps its value.
 void ClockService::setTZValue() {
   TimeZoneText::LocalZone zone;
   if (timezoneEnabled()) {

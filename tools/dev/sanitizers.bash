@@ -1,8 +1,9 @@
 # shellcheck shell=bash
 # Builds with sanitizers.
 
-# configure_sanitized NAME SANITIZERS [CMAKE OPTION...]. -O1 with line numbers only keeps the builds
-# short and the reports exact; clang compiles the tests in half of gcc's time.
+# configure_sanitized NAME SANITIZERS [CMAKE OPTION...]. -O1 -g1 (line
+# numbers, no other debug information) builds fast, and reports name the line. clang compiles the tests in
+# half of gcc's time.
 configure_sanitized() {
   # shellcheck disable=SC2154  # "all_together" and "linked_by_lld" are of building.bash
   configure "$1" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=None \
