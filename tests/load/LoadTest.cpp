@@ -106,7 +106,7 @@ const Change<AttackFigures> kAttackChanges[] = {
     {[](auto& f) { f.connections = 0; }, "no attacker has connected"},
     {[](auto& f) { f.ended = -1; }, "did not end within 2 s"},
     {[](auto& f) { f.effects[1].second = 0; }, "an attack had no effect: calls"},
-    {[](auto& f) { f.effects.clear(); }, "not measured: the effects"},
+    {[](auto& f) { f.effects.clear(); }, "the effects of the attacks were not measured"},
 };
 
 TEST(AttackFigures, HaveBounds) {
