@@ -64,12 +64,12 @@ Sample perOperation(std::size_t operations, Operation operation, Count count) {
 // The mean count for a batch of `inFlight` calls that are sent together.
 template <class Count>
 Sample perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
-  const BlockingClient line(host.socket());
+  const BlockingClient connection(host.socket());
   std::string requests;
   for (std::size_t i = 0; i < inFlight; ++i) requests += callOf("getTime");
   const auto callAll = [&] {
-    line.send(requests);
-    for (std::size_t i = 0; i < inFlight; ++i) static_cast<void>(line.frame());
+    connection.send(requests);
+    for (std::size_t i = 0; i < inFlight; ++i) static_cast<void>(connection.frame());
   };
   return perOperation(kCalls, callAll, count);
 }
@@ -84,15 +84,15 @@ Sample systemCallsPer(std::size_t inFlight) {
 // Changes a setting to another value on each call.
 class Setter {
  public:
-  explicit Setter(const HostProgram& host) : m_line(host.controlSocket()) {}
+  explicit Setter(const HostProgram& host) : m_connection(host.controlSocket()) {}
 
   void operator()() {
-    m_line.control(R"({"verb":"set","key":"date-format","value":")" + std::to_string(++m_set % 3) +
-                   "\"}");
+    m_connection.control(R"({"verb":"set","key":"date-format","value":")" +
+                         std::to_string(++m_set % 3) + "\"}");
   }
 
  private:
-  const BlockingClient m_line;
+  const BlockingClient m_connection;
   int m_set = 0;
 };
 
@@ -158,9 +158,11 @@ Sample measureSetSyncs() {
 // Counts the second day: the first also has the work that the start leaves.
 Sample measureDaySyncs() {
   const HostProgram host({"--speed", "0"});
-  const BlockingClient line(host.controlSocket());
+  const BlockingClient connection(host.controlSocket());
   const SystemCalls calls(host.program().id());
-  const auto day = [&] { line.control(R"({"verb":"clock","action":"advance","seconds":86400})"); };
+  const auto day = [&] {
+    connection.control(R"({"verb":"clock","action":"advance","seconds":86400})");
+  };
   day();
   return {syncsOf(calls, day), {}};
 }

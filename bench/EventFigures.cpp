@@ -16,16 +16,18 @@ constexpr std::size_t kEvents = 20;
 constexpr std::size_t kCountedEvents =
     5;  // before the service saves the time, which needs more calls
 
-std::vector<BlockingClient> linesTo(const std::filesystem::path& socket, std::size_t count) {
-  std::vector<BlockingClient> lines;
-  for (std::size_t i = 0; i < count; ++i) lines.emplace_back(socket);
-  return lines;
+std::vector<BlockingClient> connectionsTo(const std::filesystem::path& socket, std::size_t count) {
+  std::vector<BlockingClient> connections;
+  for (std::size_t i = 0; i < count; ++i) connections.emplace_back(socket);
+  return connections;
 }
 
 // A host with a paused clock, and its subscribers.
 struct Observed {
-  explicit Observed(std::size_t subscribers) : lines(linesTo(host.socket(), subscribers)) {
-    for (const BlockingClient& line : lines) line.ask(callOf("observeTimeEvents"));
+  explicit Observed(std::size_t subscribers)
+      : connections(connectionsTo(host.socket(), subscribers)) {
+    for (const BlockingClient& connection : connections)
+      connection.ask(callOf("observeTimeEvents"));
   }
 
   // Advances the clock by an hour, which causes one time event.
@@ -34,7 +36,7 @@ struct Observed {
   const std::string hour = controlOf(R"({"verb":"clock","action":"advance","seconds":3600})");
   const HostProgram host{Words{"--speed", "0"}};
   const BlockingClient control{host.controlSocket()};
-  const std::vector<BlockingClient> lines;
+  const std::vector<BlockingClient> connections;
 };
 
 // Counts the system calls of the host for kCountedEvents events.
@@ -49,26 +51,26 @@ std::size_t systemCallsWith(std::size_t subscribers) {
 }
 
 // Skips the date event, which midnight also sends.
-std::string timeEventAt(const BlockingClient& line) {
+std::string timeEventAt(const BlockingClient& connection) {
   std::string bytes;
-  while (bytes.find("timeChangeEvent") == std::string::npos) bytes = line.frame();
+  while (bytes.find("timeChangeEvent") == std::string::npos) bytes = connection.frame();
   return bytes;
 }
 
 // Sends the request, waits until all subscribers have the event that it causes, and returns the
 // event.
 std::string eventOf(const BlockingClient& cause, const std::string& request,
-                    const std::vector<BlockingClient>& lines) {
+                    const std::vector<BlockingClient>& connections) {
   cause.send(request);
   std::string event;
-  for (const BlockingClient& line : lines) event = timeEventAt(line);
+  for (const BlockingClient& connection : connections) event = timeEventAt(connection);
   return event;
 }
 
 double waitOfAll(const BlockingClient& cause, const std::string& request,
-                 const std::vector<BlockingClient>& lines) {
+                 const std::vector<BlockingClient>& connections) {
   const double wait =
-      elapsed<Microseconds>([&] { static_cast<void>(eventOf(cause, request, lines)); });
+      elapsed<Microseconds>([&] { static_cast<void>(eventOf(cause, request, connections)); });
   static_cast<void>(cause.frame());
   return wait;
 }
@@ -81,15 +83,15 @@ Sample measureSubscribers() {
   const Observed observed(kSubscribers);
   const BaselineProgram fan("fan", std::to_string(kSubscribers));
   const BlockingClient toFan(fan.socket());  // the first client is the sender
-  const std::vector<BlockingClient> atFan = linesTo(fan.socket(), kSubscribers);
-  const std::string event = eventOf(observed.control, observed.hour, observed.lines);
+  const std::vector<BlockingClient> atFan = connectionsTo(fan.socket(), kSubscribers);
+  const std::string event = eventOf(observed.control, observed.hour, observed.connections);
   static_cast<void>(observed.control.frame());
   return alternately(
       kEvents,
       [&] {
         const double withoutEvent = elapsed<Microseconds>([&] { unobserved.passHour(); });
         call.ask(callOf("getTime"));  // waits until the unobserved host is idle
-        return waitOfAll(observed.control, observed.hour, observed.lines) - withoutEvent;
+        return waitOfAll(observed.control, observed.hour, observed.connections) - withoutEvent;
       },
       [&] { return waitOfAll(toFan, event, atFan); });
 }

@@ -25,19 +25,19 @@ struct Exchange {
   std::string request;
   std::size_t reply;
 
-  void once(const BlockingClient& line) const {
-    line.send(request);
-    line.drop(reply);
+  void once(const BlockingClient& connection) const {
+    connection.send(request);
+    connection.drop(reply);
   }
 };
 
 // Clients connected to a program, and the requests and replies that they exchange.
 struct Served {
   Served(const std::filesystem::path& socket, std::size_t clients) {
-    for (std::size_t i = 0; i < clients; ++i) lines.emplace_back(socket);
+    for (std::size_t i = 0; i < clients; ++i) connections.emplace_back(socket);
   }
 
-  std::vector<BlockingClient> lines;
+  std::vector<BlockingClient> connections;
   Exchange exchange;
 };
 
@@ -47,7 +47,7 @@ struct HostAndEcho {
         host(hostProgram.socket(), clients),
         echo(echoProgram.socket(), clients) {
     const std::string getTime = callOf("getTime");
-    host.exchange = {getTime, host.lines.front().ask(getTime).size()};
+    host.exchange = {getTime, host.connections.front().ask(getTime).size()};
     echo.exchange = {std::string(kEchoSize, 'e'), kEchoSize};
   }
 
@@ -61,7 +61,8 @@ struct HostAndEcho {
 double waitOfOne(const Served& served, double part) {
   std::vector<double> waits;
   for (std::size_t i = 0; i < kCallsOfOne; ++i) {
-    waits.push_back(elapsed<Microseconds>([&] { served.exchange.once(served.lines.front()); }));
+    waits.push_back(
+        elapsed<Microseconds>([&] { served.exchange.once(served.connections.front()); }));
   }
   return quantile(std::move(waits), part);
 }
@@ -79,18 +80,19 @@ Exchange times(const Exchange& exchange, std::size_t count) {
 }
 
 // Calls per second of one client. each: the calls in one exchange.
-double callsPerSecond(const BlockingClient& line, const Exchange& exchange, std::size_t each) {
+double callsPerSecond(const BlockingClient& connection, const Exchange& exchange,
+                      std::size_t each) {
   const double seconds = elapsed<std::chrono::duration<double>>([&] {
-    for (std::size_t i = 0; i < kCallsOfOne; ++i) exchange.once(line);
+    for (std::size_t i = 0; i < kCallsOfOne; ++i) exchange.once(connection);
   });
   return static_cast<double>(kCallsOfOne * each) / seconds;
 }
 
 double callsPerSecond(const Served& served) {
-  const double seconds = runConcurrently(served.lines.size(), [&](std::size_t client) {
-    for (std::size_t i = 0; i < kCallsOfEach; ++i) served.exchange.once(served.lines[client]);
+  const double seconds = runConcurrently(served.connections.size(), [&](std::size_t client) {
+    for (std::size_t i = 0; i < kCallsOfEach; ++i) served.exchange.once(served.connections[client]);
   });
-  return static_cast<double>(served.lines.size() * kCallsOfEach) / seconds;
+  return static_cast<double>(served.connections.size() * kCallsOfEach) / seconds;
 }
 
 }  // namespace
@@ -118,13 +120,13 @@ Sample measureSixteenClientsSystemCalls() {
 
 Sample measurePipeline() {
   const HostProgram host;
-  const BlockingClient line(host.socket());
+  const BlockingClient connection(host.socket());
   const std::string getTime = callOf("getTime");
-  const Exchange one{getTime, line.ask(getTime).size()};
+  const Exchange one{getTime, connection.ask(getTime).size()};
   const Exchange many = times(one, kInFlight);
   return alternately(
-      1, [&] { return callsPerSecond(line, many, kInFlight); },
-      [&] { return callsPerSecond(line, one, 1); });
+      1, [&] { return callsPerSecond(connection, many, kInFlight); },
+      [&] { return callsPerSecond(connection, one, 1); });
 }
 
 }  // namespace bench

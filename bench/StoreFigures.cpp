@@ -42,9 +42,9 @@ class BareStore {
   Statement m_statement;
 };
 
-double waitOfSet(const BlockingClient& line, const std::string& value) {
+double waitOfSet(const BlockingClient& connection, const std::string& value) {
   const std::string set = R"({"verb":"set","key":"date-format","value":")" + value + "\"}";
-  return elapsed<Microseconds>([&] { line.control(set); });
+  return elapsed<Microseconds>([&] { connection.control(set); });
 }
 
 // The same work without the host, on the same disk.
@@ -58,8 +58,8 @@ class Minimum {
   // The rest of a set: request, reply, and a security record that is not synced.
   double constant() {
     return elapsed<Microseconds>([&] {
-      m_line.send(m_message);
-      m_line.drop(m_message.size());
+      m_connection.send(m_message);
+      m_connection.drop(m_message.size());
       m_unsynced.write(nextValue());
     });
   }
@@ -72,7 +72,7 @@ class Minimum {
   const support::TemporaryFolder m_disk{diskFolder()};
   const std::string m_message = std::string(kMessageSize, 'e');
   const BaselineProgram m_echo{"echo", "1"};
-  const BlockingClient m_line{m_echo.socket()};
+  const BlockingClient m_connection{m_echo.socket()};
   BareStore m_synced{m_disk / "synced.db", "FULL"};
   BareStore m_unsynced{m_disk / "unsynced.db", "NORMAL"};
   int m_written = 0;
@@ -92,13 +92,13 @@ Sample measureSetConstant() {
 Sample measureSet() {
   Minimum minimum;
   const HostProgram host({"--state", minimum.disk() / "state"});
-  const BlockingClient line(host.controlSocket());
+  const BlockingClient connection(host.controlSocket());
   int set = 0;  // so that each set changes the value
   return alternately(
       kSetsInARow,
       [&] {
         const double constant = minimum.constant();
-        return waitOfSet(line, std::to_string(++set % 3)) - constant;
+        return waitOfSet(connection, std::to_string(++set % 3)) - constant;
       },
       [&] { return minimum.database(); });
 }
