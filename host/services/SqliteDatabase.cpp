@@ -210,7 +210,7 @@ void SqliteDatabase::configure(const SqliteStore& store) {
   sqlite3_db_release_memory(handle());  // the check has read all pages
 }
 
-void SqliteDatabase::probe(const char* sql) {
+void SqliteDatabase::probe(const char* sql) const {
   sqlite3_stmt* statement = nullptr;
   const int code = sqlite3_prepare_v2(handle(), sql, -1, &statement, nullptr);
   sqlite3_finalize(statement);

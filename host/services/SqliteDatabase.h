@@ -52,7 +52,7 @@ class SqliteDatabase {
   void connect(const std::string& file);
   void configure(const SqliteStore& store);
   int versionFound(const SqliteStore& store);
-  void probe(const char* sql);
+  void probe(const char* sql) const;
   void setAside(const std::string& reason);
   void execute(const std::string& sql);
   std::string first(const std::string& query);
