@@ -77,12 +77,13 @@ RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
 // A verb with its arguments, carried out by a host.
 class Command {
  public:
-  Command(const ClockCtlOptions& options, std::ostream& out)
+  Command(const ClockCtlOptions& options, std::ostream& out, std::ostream& err)
       : m_options(options),
         m_verb(verbOf(options.verb)),
         m_request(requestOf(m_verb, options.verb)),
         m_client(clientFor(m_verb.route, options)),
-        m_out(out) {}
+        m_out(out),
+        m_err(err) {}
 
   void run() {
     switch (m_verb.route) {
@@ -137,6 +138,7 @@ class Command {
         !observing) {
       throw Refusal("the service refused the observer");
     }
+    m_err << "ready" << std::endl;  // for scripts: no later event is missed
     const int count = m_request["count"];
     for (int seen = 0; m_out && (count == 0 || seen < count);) {
       const auto event = m_client.nextEvent(kEventWait);
@@ -202,6 +204,7 @@ class Command {
   Json m_request;
   RemoteClient m_client;
   std::ostream& m_out;
+  std::ostream& m_err;
 };
 
 int fail(std::ostream& err, const char* text, Status status) {
@@ -221,7 +224,7 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
   try {
     const auto options = readClockCtlOptions(words, defaultSocket, out);
     if (!options) return done;
-    Command(*options, out).run();
+    Command(*options, out, err).run();
     return done;
   } catch (const UsageError& error) {
     return fail(err, error.what(), usage);

@@ -96,12 +96,13 @@ TEST(ClockCtlProgram, WatchesTheStartOfDaylightSaving) {
   const Outcome to = host.ctl({"clock", "to", "dst"});
   EXPECT_NE(to.out.find("2026-03-08T06:59:50Z"), std::string::npos) << to.out << to.err;
   const auto watch = host.startCtl({"watch", "--count", "1"});
-  // The host answers this request after the watcher's registration, which came before.
-  ASSERT_TRUE(host.waitFor({"status"}, "clients      2"));
+  ASSERT_TRUE(watch->says("ready\n"));
   EXPECT_EQ(host.ctl({"clock", "advance", "10s"}).status, 0);
-  EXPECT_EQ(watch->wait().out,
+  const Outcome watched = watch->wait();
+  EXPECT_EQ(watched.out,
             "timeChangeEvent timeChangeEventHours=3 timeChangeEventMinutes=0 "
             "timeChangeEventSeconds=0\n");
+  EXPECT_EQ(watched.err, "ready\n");
   EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=03:00am\n");
 }
 

@@ -26,7 +26,7 @@ class Terminated : public HostLife, public ::testing::WithParamInterface<int> {}
 TEST_P(Terminated, EndsInOrderWithinASecond) {
   start();
   const auto watcher = startCtl({"watch"});
-  ASSERT_TRUE(waitFor({"status"}, "clients      2"));
+  ASSERT_TRUE(watcher->says("ready\n"));
   const Outcome outcome = end(GetParam(), seconds(1));
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_NE(outcome.err.find("shutting down"), std::string::npos) << outcome.err;
