@@ -35,9 +35,10 @@ class HeapCount {
   [[nodiscard]] std::size_t allocations() const {
     std::size_t count = 0;
     std::ifstream(m_file).read(reinterpret_cast<char*>(&count), sizeof count);
-    if (count == 0)
+    if (count == 0) {
       throw std::runtime_error("the host's heap allocations are not counted: \"" BENCH_HEAP
                                "\" was not preloaded");
+    }
     return count;
   }
 
