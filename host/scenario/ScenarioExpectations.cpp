@@ -127,7 +127,7 @@ Run expectRefused(WordReader& words) {
   const Verb& verb = verbOf(rest);
   const Json request = requestOf(verb, rest);
   if (verb.route == Verb::Route::watch)
-    WordReader::fail("watch cannot be refused; write `expect no event`");
+    WordReader::fail("watch cannot be refused; name another verb, or write `expect no event`");
   if (verb.route == Verb::Route::call) {
     const auto arguments = request["arguments"].get<std::vector<std::string>>();
     return [call = callOf(request["method"], arguments)](ScenarioDevice& device) {

@@ -168,7 +168,8 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"expect call getTime getTimeReturn=1", "did you mean \"getTimeStringReturn\"?"},
       {"expect state time four", "\"four\" is not a number"},
       {"expect refused", "VERB is missing (usage: refused VERB ...)"},
-      {"expect refused watch", "watch cannot be refused"},
+      {"expect refused watch",
+       "watch cannot be refused; name another verb, or write `expect no event`"},
       {"expect tz LOC-1:00 x", "\"x\" is one word too many"},
       {"set a \"b", "1: a quote is not closed"},
   };
