@@ -92,8 +92,7 @@ void VirtualClock::stopTimer(int timer) {
   });
 }
 
-// The same as stopTimer, because timers are taken for delivery one at a time: a disarmed one never
-// is.
+// stopTimer is enough: delivery takes one timer at a time, and only an armed one.
 void VirtualClock::cancelTimer(int timer) {
   stopTimer(timer);
 }

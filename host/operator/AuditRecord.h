@@ -21,7 +21,7 @@ class AuditRecord {
 
   void done() { m_state = State::done; }
 
-  // The action has had an effect. Unless done() follows, the text of `howFar` ends the record.
+  // The action has begun. Without done(), the record ends with the text of `howFar`.
   void begun(std::function<std::string()> howFar);
 
  private:

@@ -10,10 +10,11 @@ namespace host {
 class ManagementThread;
 
 // Wakes the plug-in's listener at shutdown. The listener blocks in open() or read() of the report
-// pipe, and looks at its stop flag only in between. From construction to destruction, at least
-// once, the waker opens the pipe for writing and writes four zero bytes, every few milliseconds. It
-// uses the management thread, because a shutdown may find no thread left; other tasks wait
-// meanwhile. Owner: the device's stop(), on another thread. Failure: a missing pipe is ignored.
+// pipe, and looks at its stop flag only in between. So the waker opens the pipe for writing and
+// writes four zero bytes: at least once, and every few milliseconds until its destruction. It runs
+// on the management thread, because a shutdown may be unable to create a thread. Other tasks of
+// that thread wait meanwhile. Owner: the device's stop(), on another thread. Failure: a missing
+// pipe is ignored.
 class ListenerWaker {
  public:
   ListenerWaker(std::string pipePath, ManagementThread& thread);

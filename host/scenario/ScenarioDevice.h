@@ -39,7 +39,7 @@ class ScenarioDevice {
   // A remote call of the observing peer; empty: no reply. Powers on.
   [[nodiscard]] std::optional<Method> call(Method& method);
 
-  // What came since the device was first powered on.
+  // All events, reports and log lines of the service since the device was first powered on.
   [[nodiscard]] Received<Method>& events();
   [[nodiscard]] Received<std::string>& reports() { return *m_reports; }  // "KEY VALUE"
   [[nodiscard]] Received<std::string>& logTexts();

@@ -107,7 +107,7 @@ Run readFile(WordReader& words) {
   return [path, text](ScenarioDevice& device) { device.writeFile(path, text); };
 }
 
-// Changes a setting behind the service's back, as downloaded user data do.
+// Changes a setting without notifying the service, as downloaded user data do.
 Run readStore(WordReader& words) {
   const std::string key = words.next("KEY");
   const std::string value = words.next("VALUE");

@@ -14,10 +14,11 @@ namespace host {
 
 // The device's settings, in the file settings.db of the state folder. This is where a set becomes
 // durable: setItem returns true after SQLite has synced the transaction.
-// Owner: the device. Thread: any. Syncs: one for each accepted set. The first set after a start
-// creates the WAL and has two more, or four if it also creates the security log's. About one set in
-// a thousand checkpoints the WAL and has two more; the set after that restarts the WAL and has one
-// more.
+// Owner: the device. Thread: any. Syncs: one for each accepted set, and in addition
+//   two    for the first set after a start, which creates the WAL
+//   two    if that set also creates the WAL of the security log
+//   two    for a set that checkpoints the WAL: about one in a thousand
+//   one    for the set after that, which restarts the WAL.
 // Failure: a set that cannot be written is logged, returns false and leaves the old value; a
 // damaged file is renamed to settings.db.damaged-N, with one log line, and an empty store replaces
 // it.
@@ -38,7 +39,8 @@ class SettingsDatabase : public Executable, public DataAccess {
   std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
 
  private:
-  Mutex m_mutex;  // one transaction at a time
+  // Held until the sync, so that no reader sees a value that is not yet durable.
+  Mutex m_mutex;
   SqliteDatabase m_database CLOCK_GUARDED_BY(m_mutex);
   SqliteStatement m_set CLOCK_GUARDED_BY(m_mutex);
   SqliteStatement m_get CLOCK_GUARDED_BY(m_mutex);

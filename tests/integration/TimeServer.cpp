@@ -20,7 +20,7 @@ std::string userName() {
 
 }  // namespace
 
-// The port is free again when the fake server has given it back.
+// The port is free again once the fake server has closed its socket.
 TimeServer::TimeServer(const std::filesystem::path& folder)
     : m_port(host::ntp::FakeSntpServer().port()) {
   const std::filesystem::path settings = folder / "chrony.conf";

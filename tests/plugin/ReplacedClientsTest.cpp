@@ -30,7 +30,7 @@ std::string behaviourOf(int client) {
   return client % 3 == 0 ? "exits" : "waits";
 }
 
-// A client hangs once it ignores the signal.
+// Waits until the newest client ignores SIGTERM, which the service sends to end it.
 bool waitUntilItHangs() {
   return support::becomesTrue([] { return fs::remove("hanging"); });
 }

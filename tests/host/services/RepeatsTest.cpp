@@ -10,7 +10,7 @@ using std::chrono::seconds;
 // Attempts, and the records that they lead to.
 class RepeatedAttempts : public ::testing::Test {
  protected:
-  // Returns the number of the record that counts the attempt, or of its own record.
+  // The number of the record that counts the attempt: an earlier one or a new one.
   std::int64_t attempt(const std::string& user, bool failure, const std::string& content) {
     const Repeats::Attempt attempt{user, failure, 3, !failure, content};
     if (const auto earlier = repeats.earlier(attempt, now)) return earlier;
