@@ -214,6 +214,7 @@ constexpr Expectation kExpectations[] = {
     {"value", "value KEY TEXT", expectValue},
     {"log", "log TEXT", expectLog},
 };
+static_assert(namesAreUnique(kExpectations));
 
 }  // namespace
 

@@ -135,6 +135,7 @@ constexpr StepLine kSteps[] = {
     {"file", "file DEVICEPATH TEXT", readFile}, {"store", "store KEY VALUE", readStore},
     {"expect", "expect ...", readExpect},
 };
+static_assert(namesAreUnique(kSteps));
 
 [[noreturn]] void failUnknown(const std::string& word) {
   std::vector<std::string_view> names;

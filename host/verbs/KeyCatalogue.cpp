@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "verbs/NamedRows.h"
+
 namespace host {
 namespace {
 
@@ -56,7 +58,7 @@ constexpr ManagementKey kKeys[] = {
     {"auto-daylight-save", true, "whether daylight saving follows the rule of the zone",
      "true or false", kZone, "true"},
 };
-static_assert(std::size(kKeys) == 16);
+static_assert(std::size(kKeys) == 16 && namesAreUnique(kKeys));
 
 constexpr const char* kPreface =
     R"(# Management keys

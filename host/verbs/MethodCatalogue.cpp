@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "verbs/NamedRows.h"
+
 namespace host {
 namespace {
 
@@ -67,7 +69,7 @@ constexpr MethodRow kMethods[] = {
     {"setFallbackTime", {}, {{"setFallbackTimeReturn", kText}}},
     {"isTimeSourceSntp", {}, {{"isTimeSourceSntpReturn", kBool}}},
 };
-static_assert(std::size(kMethods) == 23);
+static_assert(std::size(kMethods) == 23 && namesAreUnique(kMethods));
 
 constexpr MethodRow kEvents[] = {
     {"timezoneChangeEvent", {{"timezoneChangeEventTimezone", kText}}, {}},

@@ -16,6 +16,12 @@ template <typename Rows>
   return found == std::end(rows) ? nullptr : &*found;
 }
 
+template <typename Rows>
+[[nodiscard]] constexpr bool namesAreUnique(const Rows& rows) {
+  return std::all_of(std::begin(rows), std::end(rows),
+                     [&](const auto& row) { return rowNamed(rows, row.name) == &row; });
+}
+
 // In the order of the rows, for suggestions.
 template <typename Rows>
 [[nodiscard]] std::vector<std::string_view> namesOf(const Rows& rows) {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <iterator>
+
+#include "verbs/NamedRows.h"
 #include "verbs/Verb.h"
 #include "verbs/VerbPrinters.h"
 #include "verbs/VerbWords.h"
@@ -79,5 +83,8 @@ inline constexpr Verb kVerbs[] = {
      "list who changed or tried to change what; a power loss may lose the latest records",
      printSecurityLog},
 };
+static_assert(namesAreUnique(kVerbs));
+static_assert(std::all_of(std::begin(kVerbs), std::end(kVerbs),
+                          [](const Verb& verb) { return namesAreUnique(verb.actions); }));
 
 }  // namespace host

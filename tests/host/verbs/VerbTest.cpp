@@ -2,7 +2,6 @@
 
 #include <iomanip>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <sstream>
 
 #include "base/PrintableText.h"
@@ -30,11 +29,6 @@ std::string requestFor(const std::string& line) {
   Words words;
   for (std::string word; stream >> std::quoted(word);) words.push_back(word);
   return requestFor(words);
-}
-
-TEST(Verb, NamesAreUnique) {
-  std::set<std::string_view> names;
-  for (const Verb& verb : kVerbs) EXPECT_TRUE(names.insert(verb.name).second) << verb.name;
 }
 
 TEST(Verb, HelpIsWrittenForPeople) {
