@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdlib>
 #include <ctime>
 #include <limits>
@@ -11,6 +10,7 @@
 #include "ClientUtils.h"
 #include "ClockUtils.h"
 #include "NetHelper.h"
+#include "base/Ascii.h"
 #include "framework/XmlText.h"
 #include "fuzz/Property.h"
 
@@ -90,12 +90,6 @@ std::optional<bool> isAccepted(const std::string& key, const std::string& value,
       break;
   }
   return std::nullopt;
-}
-
-bool hasShape(const std::string& text, std::string_view shape) {
-  return std::equal(text.begin(), text.end(), shape.begin(), shape.end(), [](char c, char wanted) {
-    return wanted == '0' ? std::isdigit(static_cast<unsigned char>(c)) != 0 : c == wanted;
-  });
 }
 
 // The value ends before the fixed positions of its parts, which depend on the date format. Only
@@ -178,7 +172,7 @@ void CheckedClock::holdValue(const std::string& key, const std::string& value) {
 void CheckedClock::holdTimeOfDay(const std::string& value) {
   constexpr std::int64_t kWeek = 7 * 86400;
   const std::int64_t now = m_telephone.wallSeconds();
-  if (!hasShape(value, "00:00") || value >= "24:00" || value[3] >= '6') return;
+  if (!host::hasShape(value, "00:00") || value >= "24:00" || value[3] >= '6') return;
   if (m_telephone.managed("daylight-save") == "true") return;
   if (now < kWeek || now > std::numeric_limits<std::int32_t>::max() - kWeek) return;
   hold(m_telephone.managed("simple-time") == value, "the time of day is the one that was set",
@@ -207,7 +201,7 @@ void CheckedClock::holdReadings() {
   const std::string format = m_telephone.managed("date-format");
   tm record{};
   hold(ClockUtils::convertTimeStringToTimeStruct(utc, record), "the time is a UTC text", utc);
-  hold(hasShape(time, "00:00") && time < "24:00", "the time of day is valid", time);
+  hold(host::hasShape(time, "00:00") && time < "24:00", "the time of day is valid", time);
   const bool shown = format == "0" || format == "1" || format == "2";
   hold(date.size() == (shown ? 10U : 0U), "a date has its format's length", date);
   hold(zoneInForce().size() < 50, "a zone fits its buffer", zoneInForce());

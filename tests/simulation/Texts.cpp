@@ -24,9 +24,10 @@ bool same(const tm& a, const tm& b) {
          a.tm_hour == b.tm_hour && a.tm_min == b.tm_min;
 }
 
-bool hasShape(const std::string& text, const std::string& shape) {
-  return text.size() == shape.size() &&
-         std::equal(text.begin(), text.end(), shape.begin(), [](char c, char wanted) {
+// Whether the text has a digit for each 0 of the mask, a sign for each +, and else its characters.
+bool matchesMask(const std::string& text, const std::string& mask) {
+  return text.size() == mask.size() &&
+         std::equal(text.begin(), text.end(), mask.begin(), [](char c, char wanted) {
            if (wanted == '0') return c >= '0' && c <= '9';
            return wanted == '+' ? c == '+' || c == '-' : c == wanted;
          });
@@ -95,7 +96,7 @@ std::string utcText(std::int64_t instant) {
 
 // A date that timegm changes does not exist.
 std::optional<std::int64_t> instantOf(const std::string& utc) {
-  if (!hasShape(utc, "0000-00-00T00:00:00+00:00")) return std::nullopt;
+  if (!matchesMask(utc, "0000-00-00T00:00:00+00:00")) return std::nullopt;
   const auto number = [&utc](char letter) {
     return maskedNumber(utc, "yyyy-mm-ddTHH:MM:SS+hh:nn", letter);
   };
