@@ -8,7 +8,7 @@
 
 #include "SNTPTimeChangeObserver.h"
 #include "fuzz/Property.h"
-#include "support/ReportPipe.h"
+#include "support/ListenerPipe.h"
 
 namespace {
 
@@ -43,12 +43,12 @@ void add(Times& times, std::string_view bytes) {
 // this waits until the last opening is closed.
 Times reported(const std::vector<std::string_view>& openings) {
   RecordingObserver observer;
-  support::ReportPipe pipe;
+  support::ListenerPipe pipe;
   {
     SNTPClientThread listener(&observer);
     listener.start();
     for (const std::string_view bytes : openings) pipe.write(std::string(bytes));
-    support::ReportPipe::awaitClosed();
+    support::ListenerPipe::awaitClosed();
     pipe.release();
   }
   return observer.times();

@@ -160,7 +160,7 @@ TEST_F(ClockWithFallbackFile, LeavesAFileThatItMayNotReadAlone) {
   write(kInFile);
   ASSERT_EQ(chmod(file().c_str(), 0), 0);
   for (const char* const folder : {".", "data", "ipc"}) ASSERT_EQ(chmod(folder, 0755), 0);
-  ASSERT_EQ(chmod(support::ReportPipe::path().c_str(), 0644), 0);
+  ASSERT_EQ(chmod(support::ListenerPipe::path().c_str(), 0644), 0);
   {
     const AsNobody nobody;
     EXPECT_EQ(timeAfterStart(), kSaved);

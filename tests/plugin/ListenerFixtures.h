@@ -12,8 +12,8 @@
 
 #include "SNTPTimeChangeObserver.h"
 #include "plugin/WatchedCalls.h"
+#include "support/ListenerPipe.h"
 #include "support/LogCapture.h"
-#include "support/ReportPipe.h"
 
 namespace plugin {
 
@@ -62,7 +62,7 @@ class ListenerNotStarted : public testing::Test {
 
   support::LogCapture log{6};
   Reports reports;
-  support::ReportPipe pipe;
+  support::ListenerPipe pipe;
   std::unique_ptr<SNTPClientThread> listener = std::make_unique<SNTPClientThread>(&reports);
 };
 

@@ -8,9 +8,9 @@
 #include "ClockService.h"
 #include "plugin/OrderedTimers.h"
 #include "support/JournalObserver.h"
+#include "support/ListenerPipe.h"
 #include "support/LogCapture.h"
 #include "support/RecordingServices.h"
-#include "support/ReportPipe.h"
 #include "support/ZoneGuard.h"
 
 namespace plugin {
@@ -58,7 +58,7 @@ class RecordingTelephone : public testing::Test {
   support::RecordingManagement management{journal};
   support::RecordingStore store{journal};
   support::JournalObserver observer;
-  support::ReportPipe pipe;
+  support::ListenerPipe pipe;
   std::unique_ptr<ClockService> service;
 };
 

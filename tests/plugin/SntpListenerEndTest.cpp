@@ -23,11 +23,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST_F(ListenerNotStarted, LeavesThePipeAloneWhenItIsDestroyed) {
-  const int held = open(support::ReportPipe::path().c_str(), O_RDWR | O_NONBLOCK);
+  const int held = open(support::ListenerPipe::path().c_str(), O_RDWR | O_NONBLOCK);
   ASSERT_GE(held, 0);
-  const std::string waiting = support::ReportPipe::bytesOf(1'709'168'523);
+  const std::string waiting = support::ListenerPipe::bytesOf(1'709'168'523);
   ASSERT_EQ(write(held, waiting.data(), waiting.size()), 4);
-  const support::OpenWatch watch(support::ReportPipe::path());
+  const support::OpenWatch watch(support::ListenerPipe::path());
   listener.reset();
   EXPECT_FALSE(watch.sees());
   int bytes = 0;
@@ -46,7 +46,7 @@ TEST_F(ListenerNotStarted, IsDestroyedAtOnceWithoutAPipe) {
 TEST_F(ListenerNotStarted, IsDestroyedWhileItLooksForThePipe) {
   support::removeReportPipe();
   listener->start();
-  ASSERT_TRUE(log.waitForPart("Cannot open " + support::ReportPipe::path()));
+  ASSERT_TRUE(log.waitForPart("Cannot open " + support::ListenerPipe::path()));
   listener.reset();
   EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
 }
@@ -55,7 +55,7 @@ TEST_F(ListenerNotStarted, IsDestroyedWhileItLooksForThePipe) {
 // to wake it.
 TEST_F(ListenerRunning, IsDestroyedWhenAWriterEndsItsWait) {
   ASSERT_TRUE(log.waitForPart("NTP Client Thread has been started"));
-  const support::OpenWatch watch(support::ReportPipe::path());
+  const support::OpenWatch watch(support::ListenerPipe::path());
   std::atomic<bool> destroyed{false};
   std::thread destruction([&] {
     listener.reset();
@@ -63,21 +63,21 @@ TEST_F(ListenerRunning, IsDestroyedWhenAWriterEndsItsWait) {
   });
   EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));
   while (!destroyed) {
-    const int writer = open(support::ReportPipe::path().c_str(), O_WRONLY | O_NONBLOCK);
+    const int writer = open(support::ListenerPipe::path().c_str(), O_WRONLY | O_NONBLOCK);
     if (writer >= 0) close(writer);
     std::this_thread::yield();
   }
   destruction.join();
   EXPECT_TRUE(log.has(5, "NTP Client Thread finished"));
   EXPECT_THAT(reports.first(0), IsEmpty());
-  EXPECT_THAT(support::descriptorFlagsOf(support::ReportPipe::path()), IsEmpty());
+  EXPECT_THAT(support::descriptorFlagsOf(support::ListenerPipe::path()), IsEmpty());
 }
 
 // A listener that is stopped while it waits in its read, and then receives a message.
 class ListenerWaitingInItsRead : public ListenerRunning {
  protected:
   ListenerWaitingInItsRead() {
-    while (support::descriptorFlagsOf(support::ReportPipe::path()).size() < 2)
+    while (support::descriptorFlagsOf(support::ListenerPipe::path()).size() < 2)
       std::this_thread::yield();
   }
   ~ListenerWaitingInItsRead() override { close(m_holder); }
@@ -85,15 +85,15 @@ class ListenerWaitingInItsRead : public ListenerRunning {
   ListenerWaitingInItsRead& operator=(const ListenerWaitingInItsRead&) = delete;
 
   void endAndWrite(std::uint32_t number) {
-    const support::OpenWatch watch(support::ReportPipe::path());
+    const support::OpenWatch watch(support::ListenerPipe::path());
     std::thread destruction([this] { listener.reset(); });
     EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // the destructor tries to wake it
-    EXPECT_EQ(write(m_holder, support::ReportPipe::bytesOf(number).data(), 4), 4);
+    EXPECT_EQ(write(m_holder, support::ListenerPipe::bytesOf(number).data(), 4), 4);
     destruction.join();
   }
 
  private:
-  const int m_holder = open(support::ReportPipe::path().c_str(), O_RDWR | O_CLOEXEC);
+  const int m_holder = open(support::ListenerPipe::path().c_str(), O_RDWR | O_CLOEXEC);
 };
 
 TEST_F(ListenerWaitingInItsRead, IgnoresAMessageThatArrivesAfterItIsStopped) {
@@ -121,7 +121,7 @@ TEST_F(ListenerRunning, ClosesItsPipeOnceWhenItEndsAfterAReport) {
   pipe.report(7);
   ASSERT_THAT(reports.first(1), ElementsAre(7));
   plugin::resetCalls();
-  const support::OpenWatch watch(support::ReportPipe::path());
+  const support::OpenWatch watch(support::ListenerPipe::path());
   std::thread destruction([this] { listener.reset(); });
   EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // the destructor tries to wake it
   reports.hold(false);

@@ -24,11 +24,11 @@ using plugin::ListenerNotStarted;
 using testing::ElementsAre;
 
 std::string place() {
-  return support::ReportPipe::path();
+  return support::ListenerPipe::path();
 }
 
 void putFile() {
-  std::ofstream(place(), std::ios::binary) << support::ReportPipe::bytesOf(6) << "and more";
+  std::ofstream(place(), std::ios::binary) << support::ListenerPipe::bytesOf(6) << "and more";
 }
 
 void putSocket() {

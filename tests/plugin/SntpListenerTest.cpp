@@ -53,11 +53,11 @@ TEST_F(ListenerRunning, ReportsEveryNumberButZero) {
 
 // While the first report is held, the listener cannot open the pipe again before the writer closes.
 TEST_F(ListenerRunning, ReadsOneNumberInEachOpening) {
-  using support::ReportPipe;
+  using support::ListenerPipe;
   std::vector<long> expected;
-  for (const std::string& more : {ReportPipe::bytesOf(8), std::string("x")}) {
+  for (const std::string& more : {ListenerPipe::bytesOf(8), std::string("x")}) {
     reports.hold(true);
-    pipe.write(ReportPipe::bytesOf(7) + more);
+    pipe.write(ListenerPipe::bytesOf(7) + more);
     reports.hold(false);
     pipe.report(9);
     expected.insert(expected.end(), {7, 9});
@@ -86,11 +86,11 @@ void fill(int writer) {
 
 // The bytes belong to one opening even while the writer keeps its end open.
 TEST_F(ListenerRunning, DropsTheRestOfAnOpening) {
-  const int writer = open(support::ReportPipe::path().c_str(), O_WRONLY | O_CLOEXEC);
+  const int writer = open(support::ListenerPipe::path().c_str(), O_WRONLY | O_CLOEXEC);
   // Keeps writes from failing while the listener has the pipe closed.
-  const int reader = open(support::ReportPipe::path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  const int reader = open(support::ListenerPipe::path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
   const auto send = [writer](std::uint32_t number) {
-    ASSERT_EQ(write(writer, support::ReportPipe::bytesOf(number).data(), 4), 4);
+    ASSERT_EQ(write(writer, support::ListenerPipe::bytesOf(number).data(), 4), 4);
   };
   reports.hold(true);
   send(7);
@@ -117,7 +117,7 @@ TEST_F(ListenerRunning, DoesNotPassThePipeToChildProcesses) {
   reports.hold(true);
   pipe.report(7);
   ASSERT_THAT(reports.first(1), ElementsAre(7));
-  const std::vector<int> flags = support::descriptorFlagsOf(support::ReportPipe::path());
+  const std::vector<int> flags = support::descriptorFlagsOf(support::ListenerPipe::path());
   EXPECT_THAT(flags, ElementsAre(FD_CLOEXEC));
   reports.hold(false);
 }
@@ -133,7 +133,7 @@ TEST_F(ListenerNotStarted, TriesAgainUntilThereIsAPipe) {
   support::removeReportPipe();
   listener->start();
   const std::string complaint =
-      "Cannot open " + support::ReportPipe::path() + ": No such file or directory\n";
+      "Cannot open " + support::ListenerPipe::path() + ": No such file or directory\n";
   ASSERT_TRUE(log.waitForPart(complaint));
   EXPECT_TRUE(log.has(2, complaint));
   support::makeReportPipe();
@@ -158,7 +158,7 @@ TEST_F(ListenerRunning, LogsReadErrors) {
 TEST_F(ListenerRunning, FollowsAPipeThatIsReplacedWhileItWaits) {
   pipe.report(6);
   ASSERT_THAT(reports.first(1), ElementsAre(6));
-  const std::string path = support::ReportPipe::path();
+  const std::string path = support::ListenerPipe::path();
   const std::string old = path + ".old";
   std::filesystem::remove(old);
   std::filesystem::rename(path, old);

@@ -83,7 +83,7 @@ TEST_F(ClockWithoutAThread, LogsAnErrorAndKeepsTheTime) {
 TEST_F(ClockWithoutAThread, EndsWithoutOpeningThePipe) {
   telephone.pipe.release();
   support::makeReportPipe();
-  const support::OpenWatch watch(support::ReportPipe::path());
+  const support::OpenWatch watch(support::ListenerPipe::path());
   telephone.switchOff();
   EXPECT_FALSE(watch.sees());
 }

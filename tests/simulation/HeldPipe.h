@@ -11,8 +11,8 @@
 namespace simulation {
 
 // The NTP client's end of the report pipe. Between two calls the service's listener waits for bytes
-// from this end, so that the service does nothing on its own: with support::ReportPipe, a listener
-// that returns from a report runs at the same time as the next step.
+// from this end, so that the service does nothing on its own: with support::ListenerPipe, a
+// listener that returns from a report runs at the same time as the next step.
 class HeldPipe {
  public:
   HeldPipe() = default;

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "simulation/Device.h"
+#include "simulation/SimulatedDevice.h"
 #include "simulation/Step.h"
 #include "simulation/Tables.h"
 #include "simulation/Texts.h"

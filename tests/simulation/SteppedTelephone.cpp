@@ -9,7 +9,7 @@
 
 #include "ClockService.h"
 #include "ManageableData.h"
-#include "simulation/Device.h"
+#include "simulation/SimulatedDevice.h"
 #include "simulation/Texts.h"
 
 namespace simulation {

@@ -12,8 +12,8 @@
 #include "services/MemoryDataAccess.h"
 #include "services/PhysicalInterface.h"
 #include "support/JournalObserver.h"
+#include "support/ListenerPipe.h"
 #include "support/RecordingServices.h"
-#include "support/ReportPipe.h"
 #include "support/ZoneGuard.h"
 
 namespace support {
@@ -60,7 +60,7 @@ class Telephone {
   RecordingSecurityLog security;
   Journal events;
   JournalObserver observer{events};  // registers before init
-  ReportPipe pipe;
+  ListenerPipe pipe;
 
  private:
   const ZoneGuard m_zone{"UTC0"};

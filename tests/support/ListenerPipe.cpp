@@ -1,4 +1,4 @@
-#include "support/ReportPipe.h"
+#include "support/ListenerPipe.h"
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
@@ -56,47 +56,47 @@ std::vector<int> descriptorFlagsOf(const std::string& path) {
   return flags;
 }
 
-std::string ReportPipe::path() {
+std::string ListenerPipe::path() {
   return DevicePaths::kNtpClientPipe;
 }
 
 void removeReportPipe() {
-  std::filesystem::remove_all(ReportPipe::path());
+  std::filesystem::remove_all(ListenerPipe::path());
 }
 
 void makeReportPipe() {
-  const auto folder = std::filesystem::path(ReportPipe::path()).parent_path();
+  const auto folder = std::filesystem::path(ListenerPipe::path()).parent_path();
   if (!folder.empty()) std::filesystem::create_directories(folder);
   removeReportPipe();
-  require(mkfifo(ReportPipe::path().c_str(), 0600) == 0, "mkfifo");
+  require(mkfifo(ListenerPipe::path().c_str(), 0600) == 0, "mkfifo");
 }
 
-ReportPipe::ReportPipe() {
+ListenerPipe::ListenerPipe() {
   makeReportPipe();
 }
 
-ReportPipe::~ReportPipe() {
+ListenerPipe::~ListenerPipe() {
   endWaking();
 }
 
-void ReportPipe::renew() {
+void ListenerPipe::renew() {
   if (!m_waker.joinable()) return;
   endWaking();
   makeReportPipe();
 }
 
-void ReportPipe::endWaking() {
+void ListenerPipe::endWaking() {
   m_waking = false;
   if (m_waker.joinable()) m_waker.join();
 }
 
-void ReportPipe::awaitClosed() {
+void ListenerPipe::awaitClosed() {
   await([] { return timesOpenHere(path()) == 0; }, "the listener keeps the pipe open");
 }
 
 // The listener drops a second message in one opening, so it must have closed the previous one. If
 // this opening ended before the listener's open returned, it could merge with the next.
-void ReportPipe::write(const std::string& bytes) const {
+void ListenerPipe::write(const std::string& bytes) const {
   awaitClosed();
   const int pipe = open(path().c_str(), O_WRONLY | O_CLOEXEC);
   require(pipe >= 0, "open for writing");
@@ -109,18 +109,18 @@ void ReportPipe::write(const std::string& bytes) const {
   require(written == size, "write");
 }
 
-void ReportPipe::report(std::uint32_t secondsSinceEpoch) const {
+void ListenerPipe::report(std::uint32_t secondsSinceEpoch) const {
   write(bytesOf(secondsSinceEpoch));
 }
 
-std::string ReportPipe::bytesOf(std::uint32_t secondsSinceEpoch) {
+std::string ListenerPipe::bytesOf(std::uint32_t secondsSinceEpoch) {
   std::string bytes(sizeof secondsSinceEpoch, '\0');
   std::memcpy(bytes.data(), &secondsSinceEpoch, sizeof secondsSinceEpoch);
   return bytes;
 }
 
 // Opening for writing makes the listener's open return; closing makes its read return.
-void ReportPipe::release() {
+void ListenerPipe::release() {
   if (m_waking.exchange(true)) return;
   m_waker = std::thread([this] {
     while (m_waking) {

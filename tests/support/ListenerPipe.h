@@ -10,14 +10,14 @@ namespace support {
 
 // The named pipe of the NTP reports, at the path that the listener opens.
 // Owner: the test. Failure: throws std::system_error.
-class ReportPipe {
+class ListenerPipe {
  public:
   static std::string path();  // in the folder of the test program
 
-  ReportPipe();   // makes the pipe, and removes what was at its path
-  ~ReportPipe();  // REQUIRES: the listener has ended
-  ReportPipe(const ReportPipe&) = delete;
-  ReportPipe& operator=(const ReportPipe&) = delete;
+  ListenerPipe();   // makes the pipe, and removes what was at its path
+  ~ListenerPipe();  // REQUIRES: the listener has ended
+  ListenerPipe(const ListenerPipe&) = delete;
+  ListenerPipe& operator=(const ListenerPipe&) = delete;
 
   // Opens the pipe, writes and closes it. Waits until the listener has reopened the pipe after the
   // previous report, and has read some of the bytes.

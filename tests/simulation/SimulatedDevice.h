@@ -22,7 +22,7 @@ class Random {
 // Replaces the platform's processes, threads and lookups and the C library's random numbers and
 // syncs: no program is started, no other machine is asked, and nothing waits for a disk. Owner: the
 // process. The telephone sets it before a service runs.
-struct Device {
+struct SimulatedDevice {
   support::Journal* journal = nullptr;
   bool launchFails = false;
   bool lookupsFail = false;
@@ -30,6 +30,6 @@ struct Device {
   std::function<void()> beforeWaiting;  // called before waiting for a thread's end
 };
 
-[[nodiscard]] Device& device();
+[[nodiscard]] SimulatedDevice& device();
 
 }  // namespace simulation

@@ -1,4 +1,4 @@
-#include "simulation/Device.h"
+#include "simulation/SimulatedDevice.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -11,8 +11,8 @@
 #include "framework/BoundedLookup.h"
 #include "simulation/Tables.h"
 
-simulation::Device& simulation::device() {
-  static Device parts;
+simulation::SimulatedDevice& simulation::device() {
+  static SimulatedDevice parts;
   return parts;
 }
 
@@ -49,7 +49,7 @@ Process::~Process() {
 }
 
 int Process::launch() {
-  simulation::Device& device = simulation::device();
+  simulation::SimulatedDevice& device = simulation::device();
   m_impl->running = !device.launchFails;
   device.journal->add((m_impl->running ? "starts " : "cannot start ") + m_impl->line);
   return m_impl->running ? 4711 : -1;
