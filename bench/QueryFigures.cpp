@@ -35,11 +35,11 @@ namespace {
 constexpr int kCallsInARow = 1000;  // of one side, before the other's turn
 constexpr std::size_t kPairs = 50;
 
-// A telephone in this process: the host around the plug-in that ships. Its zone has daylight
+// A telephone in this process: the plug-in that ships, in the host. Its zone has daylight
 // saving, its log level is the usual one, and its clock runs. One at a time.
-class Telephone {
+class PluginInHost {
  public:
-  Telephone() {
+  PluginInHost() {
     for (const auto& [key, value] : {std::pair{"sntp-tz-offset", "-5"},
                                      {"daylight-save-zone-id", "12"},
                                      {"daylight-save", "true"},
@@ -107,7 +107,7 @@ double costOf(Call call) {
   return (now() - begin) / kCallsInARow;
 }
 
-double costOfGetTime(Telephone& telephone) {
+double costOfGetTime(PluginInHost& telephone) {
   return costOf([&] { benchmark::DoNotOptimize(telephone.service().getTime()); });
 }
 
@@ -137,7 +137,7 @@ class Dropped : public InvokerResponse {
 
 // Both ask the machine's clock.
 Sample measureGetTime() {
-  Telephone telephone;
+  PluginInHost telephone;
   const MachineClock clock;
   return alternately(
       kPairs, [&] { return costOfGetTime(telephone); },
@@ -145,7 +145,7 @@ Sample measureGetTime() {
 }
 
 Sample measureGetTimeInstructions() {
-  Telephone telephone;
+  PluginInHost telephone;
   const MachineClock clock;
   const auto count = [](const auto& call) { return static_cast<double>(instructionsOf(call)); };
   return {count([&] { benchmark::DoNotOptimize(telephone.service().getTime()); }),
@@ -154,7 +154,7 @@ Sample measureGetTimeInstructions() {
 
 Sample measureMessage() {
   constexpr double kInMicroseconds = 1000;
-  Telephone telephone;
+  PluginInHost telephone;
   const std::string request = telephone.requestFor("getTime");
   const auto message = [&] {
     telephone.invoker().handleMessage(&telephone.executable(), request.data(),

@@ -15,7 +15,8 @@
 
 namespace plugin {
 
-// A telephone whose parts record their calls in one journal. Its service is not started yet.
+// A telephone whose parts record their calls in one journal. Its service is not started yet. The
+// parts of support::Telephone are the host's own, which record nothing and order timers one way.
 class RecordingTelephone : public testing::Test {
  protected:
   explicit RecordingTelephone(OrderedTimers::Order order = OrderedTimers::Order::ofCreation,

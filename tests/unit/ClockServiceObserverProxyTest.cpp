@@ -17,7 +17,8 @@
 
 namespace {
 
-// A peer that records the messages sent to it.
+// A peer that records the messages sent to it. A RemotePeer would have a proxy of its own, and is
+// always reachable.
 class RecordingRequest final : public ProxyRequest {
  public:
   bool sendMethod(Method& method) override {
