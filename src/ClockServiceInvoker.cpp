@@ -29,6 +29,7 @@ void sendReply(Method& reply, MessageCodec& codec, std::stringstream& stream,
                InvokerResponse& response) {
   startOver(stream);
   codec.encode(reply, stream);
+  stream.rdbuf()->pubseekpos(0, std::ios::in);  // a codec may have read what it wrote
   std::array<char, 512> usual;  // the usual reply needs no heap memory; a longer one does
   const auto size = static_cast<std::size_t>(stream.rdbuf()->sgetn(usual.data(), usual.size()));
   if (size < usual.size()) return response.sendReply(usual.data(), static_cast<int>(size));

@@ -4,6 +4,7 @@
 #include <functional>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,6 +29,7 @@ class TextCodec final : public MessageCodec {
   void encode(Method& method, std::iostream& stream) override {
     stream << m_mark + textOf(method);
     if (replyEnd) stream << *replyEnd;
+    if (readsItsReplies) stream.ignore(std::numeric_limits<std::streamsize>::max());
   }
   bool decode(std::iostream& stream, Method& method) override {
     const std::string bytes(std::istreambuf_iterator<char>(stream), {});
@@ -39,6 +41,8 @@ class TextCodec final : public MessageCodec {
   std::function<void(const std::string& bytes, std::iostream&)> afterReading;
   // Printed by encode behind the message.
   std::optional<int> replyEnd;
+  // Whether encode reads what it has written, as a codec may that counts its bytes.
+  bool readsItsReplies = false;
 
  private:
   const std::string m_mark;

@@ -149,6 +149,11 @@ TEST_F(ClockServiceInvokerTest, ReplyOfAnyLengthIsWhole) {
   }
 }
 
+TEST_F(ClockServiceInvokerTest, ReplyIsWholeAlthoughTheCodecHasReadIt) {
+  m_framework.text.readsItsReplies = true;
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(repliesTo(kGetTime), kTime);
+}
+
 TEST_F(ClockServiceInvokerTest, ReplyStreamIsFreshWhateverTheCodecDidToTheRequests) {
   m_framework.text.afterReading = [](const std::string&, std::iostream& stream) {
     stream << "left over" << std::hex << std::showbase;
