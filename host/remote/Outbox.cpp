@@ -10,7 +10,7 @@ namespace host {
 namespace {
 
 // In bytes. Reserved in advance, so that a usual frame, such as a refusal for lack of memory, needs
-// none.
+// none while nothing is queued.
 constexpr std::size_t kReserved = 512;
 // A larger buffer is freed once its bytes are sent.
 constexpr std::size_t kKept = 2 * Outbox::kMostHeld;
@@ -29,7 +29,7 @@ bool Outbox::send(const Frame& frame) try {
   if (frame.payload.size() > kMaxPayload) return false;
   const auto header = frameHeader(frame.kind, frame.id, frame.payload.size());
   const MutexLock lock(m_mutex);
-  if (m_state != State::open) return false;
+  if (m_state != State::open || !makeRoom(header.size() + frame.payload.size())) return false;
   m_queued.append(header.data(), header.size()).append(frame.payload);
   const bool waits = m_full || (m_held && m_queued.size() <= kMostHeld);
   if (!waits) {
@@ -41,6 +41,18 @@ bool Outbox::send(const Frame& frame) try {
 } catch (const std::bad_alloc&) {
   fail(ENOMEM);
   return false;
+}
+
+// Afterwards a frame of that size can be appended whole. Without memory, the answers that are held
+// go out first: a client must not lose the answer to a request that was carried out.
+bool Outbox::makeRoom(std::size_t size) {
+  try {
+    m_queued.reserve(m_queued.size() + size);
+  } catch (const std::bad_alloc&) {
+    if (m_held && !m_full && !m_queued.empty()) transmit();
+    m_queued.reserve(m_queued.size() + size);
+  }
+  return m_state == State::open;
 }
 
 void Outbox::transmit() {

@@ -53,6 +53,7 @@ class Outbox {
   [[nodiscard]] std::size_t queued() const;  // bytes
 
  private:
+  [[nodiscard]] bool makeRoom(std::size_t size) CLOCK_REQUIRES(m_mutex);
   void transmit() CLOCK_REQUIRES(m_mutex);
   void shrink() CLOCK_REQUIRES(m_mutex);
   void end(int error) CLOCK_REQUIRES(m_mutex);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/Descriptor.h"
+#include "support/NoMemory.h"
 
 namespace host {
 namespace {
@@ -62,6 +63,31 @@ TEST_F(OutboxWithReader, SendsAtOnceWhatTheSocketAccepts) {
   EXPECT_EQ(read(), (std::vector<std::uint32_t>{1, 2}));
   EXPECT_EQ(m_wakeups, 0);
   EXPECT_TRUE(m_outbox->flush());
+}
+
+TEST_F(OutboxWithReader, WithoutMemorySendsHeldAnswersBeforeTheNextFrame) {
+  const std::string payload(400, 'x');
+  m_outbox->hold();
+  for (std::uint32_t id = 1; id <= 2; ++id) {
+    const support::NoMemory none;
+    EXPECT_TRUE(m_outbox->send({FrameKind::reply, id, payload}));
+  }
+  EXPECT_EQ(read(), std::vector<std::uint32_t>{1});
+  EXPECT_TRUE(m_outbox->flush());
+  EXPECT_EQ(read(), std::vector<std::uint32_t>{2});
+}
+
+TEST_F(OutboxWithReader, WithoutMemoryForAFrameSendsTheHeldAnswersAndNoPartOfIt) {
+  const std::string payload(400, 'x');
+  const std::string larger(600, 'x');
+  m_outbox->hold();
+  EXPECT_TRUE(m_outbox->send({FrameKind::reply, 1, payload}));
+  {
+    const support::NoMemory none;
+    EXPECT_FALSE(m_outbox->send({FrameKind::reply, 2, larger}));
+  }
+  EXPECT_EQ(m_outbox->state(), Outbox::State::failed);
+  EXPECT_EQ(read(), std::vector<std::uint32_t>{1});
 }
 
 TEST_F(OutboxWithReader, QueuesTheRestAndKeepsTheOrder) {
