@@ -39,6 +39,7 @@ class Answering final : public Connection::Listener {
   }
   std::size_t framesAtOnce(const Connection&) const override { return kFramesInTurn; }
   void onTurnOver(Connection& from) override {
+    ++turnsOver;
     asio::post(loop, [connection = from.shared_from_this()] { connection->takeTurn(); });
   }
   void onDisconnect(Connection&) override {}
@@ -47,6 +48,7 @@ class Answering final : public Connection::Listener {
   asio::io_context loop;
   std::string answer = "12:00am";
   std::uint32_t frames = 0;
+  int turnsOver = 0;
   int closes = 0;
 };
 
@@ -90,6 +92,24 @@ class Pipeline {
     return ids;
   }
 
+  // The ids of all answers, from one send for each turn. On a busy machine a turn may reach its
+  // time limit before its last frame.
+  Ids receiveTurns() {
+    Ids all;
+    for (int turns = 1 + std::exchange(m_listener.turnsOver, 0); turns > 0; --turns) {
+      for (const std::uint32_t id : receive()) all.push_back(id);
+    }
+    return all;
+  }
+
+  // Repeats until the host has handled all bytes, which are whole frames, in one turn.
+  void sendInOneTurn(std::string_view bytes) {
+    for (send(bytes); std::exchange(m_listener.turnsOver, 0) > 0; send(bytes)) {
+      while (!receive().empty()) {
+      }
+    }
+  }
+
   // Sends and disconnects before the host handles anything.
   void disconnectAfter(std::string_view bytes) {
     ::send(m_client.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
@@ -120,13 +140,13 @@ class PipelineOfMessages : public testing::Test, protected Pipeline {
 
 TEST_F(PipelineOfMessages, RequestsThatArriveTogetherAreAnsweredInOrderInOneSend) {
   send(frames(FrameKind::call, "getTime", 32));
-  EXPECT_EQ(receive(), idsBelow(32));
+  EXPECT_EQ(receiveTurns(), idsBelow(32));
 }
 
 TEST_F(PipelineOfMessages, PartialRequestAtTheEndWaitsForItsRest) {
   const std::string bytes = frames(FrameKind::call, "getTime", 4);
   send(bytes.substr(0, bytes.size() - 5));
-  EXPECT_EQ(receive(), idsBelow(3));
+  EXPECT_EQ(receiveTurns(), idsBelow(3));
   EXPECT_EQ(receive(), Ids{});
   send(bytes.substr(bytes.size() - 5));
   EXPECT_EQ(receive(), Ids{3});
@@ -138,7 +158,7 @@ TEST(PipelineWithABadFrame, IsAnsweredUpToThatFrame) {
     Pipeline pipeline(SOCK_SEQPACKET);
     const std::string good = frames(FrameKind::call, "getTime", 3);
     pipeline.send(good + bad + good);
-    EXPECT_EQ(pipeline.receive(), idsBelow(3));
+    EXPECT_EQ(pipeline.receiveTurns(), idsBelow(3));
     EXPECT_EQ(pipeline.listener().closes, 1);
   }
   EXPECT_NE(log.text().find("dropped: frame of 4 bytes"), std::string::npos) << log.text();
@@ -147,7 +167,7 @@ TEST(PipelineWithABadFrame, IsAnsweredUpToThatFrame) {
 
 TEST_F(PipelineOfMessages, AnswersBeyondTheLimitAreSentBeforeTheTurnEnds) {
   listener().answer.assign(3000, 'x');
-  send(frames(FrameKind::call, "getTime", 4));
+  sendInOneTurn(frames(FrameKind::call, "getTime", 4));
   EXPECT_EQ(receive(), idsBelow(3));
   EXPECT_EQ(receive(), Ids{3});
 }
