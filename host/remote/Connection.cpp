@@ -86,7 +86,7 @@ void Connection::handle(std::size_t frames) {
         if (m_reader.midFrame()) startTimeout();
         return read();
       case Turn::over:
-        m_framesAtTimeoutStart = kNotAwaited;
+        if (frames > 0) m_framesAtTimeoutStart = kNotAwaited;
         return m_listener.onTurnOver(*this);
       case Turn::paused:
         return pause();
