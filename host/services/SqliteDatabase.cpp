@@ -214,7 +214,7 @@ void SqliteDatabase::probe(const char* sql) const {
   sqlite3_stmt* statement = nullptr;
   const int code = sqlite3_prepare_v2(handle(), sql, -1, &statement, nullptr);
   sqlite3_finalize(statement);
-  if (code != SQLITE_OK) throw Damaged{sqlite3_errmsg(handle())};
+  if (code != SQLITE_OK) fail();
 }
 
 // 0 for a new database.
@@ -261,7 +261,7 @@ std::string SqliteDatabase::first(const std::string& query) {
   return text;
 }
 
-void SqliteDatabase::fail() {
+void SqliteDatabase::fail() const {
   switch (sqlite3_errcode(handle()) & 0xff) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:

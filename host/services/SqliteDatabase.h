@@ -58,7 +58,7 @@ class SqliteDatabase {
   std::string first(const std::string& query);
   void checkpoint();
   [[nodiscard]] std::string message() const;
-  [[noreturn]] void fail();
+  [[noreturn]] void fail() const;
 
   std::string m_name;  // the file's path, or ":memory:"
   bool m_checkpointFails = false;
