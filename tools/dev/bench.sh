@@ -28,7 +28,7 @@ while [ $# -gt 0 ]; do
 done
 
 commit_of() {
-  [ -e "$CLOCK_TREE/.git" ] && git -C "$CLOCK_TREE" rev-parse --short=12 "$1^{commit}" -- 2>/dev/null | head -n 1
+  [ -e "$CLOCK_TREE/.git" ] && git -C "$CLOCK_TREE" rev-parse --quiet --verify --short=12 "$1^{commit}" 2>/dev/null
 }
 
 require_comparable() {
@@ -77,7 +77,8 @@ if [ -n "$ref" ]; then
 fi
 build_this
 echo "dev: measuring on one processor"
-if commit=$(git -C "$CLOCK_TREE" describe --always --dirty --abbrev=12 --exclude '*' 2>/dev/null); then
+if [ -e "$CLOCK_TREE/.git" ] &&
+  commit=$(git -C "$CLOCK_TREE" describe --always --dirty --abbrev=12 --exclude '*' 2>/dev/null); then
   words+=("--commit=$commit")
 fi
 exec "$(folder_of default)/bin/clockbench" "${words[@]}"

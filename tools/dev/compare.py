@@ -6,6 +6,7 @@ tree is slower (a time) or more (a count) beyond its noise, or cannot be measure
 
 import argparse
 import collections
+import contextlib
 import itertools
 import json
 import os
@@ -91,7 +92,8 @@ def refuse(text):
 
 def names_of(program):
     text = subprocess.run([program, "--help"], capture_output=True, text=True, check=True).stdout
-    return re.search(r"--only NAME:\{([^}]*)\}", text)[1].split(",")
+    names = re.search(r"--only NAME:\{([^}]*)\}", text)
+    return names[1].split(",") if names else refuse(f"{program} lists no figures; compare with a later commit")
 
 
 def measured(program, name):
@@ -104,10 +106,11 @@ def measured(program, name):
         try:
             error = process.communicate()[1]
         except BaseException:
-            os.killpg(process.pid, signal.SIGTERM)
+            with contextlib.suppress(ProcessLookupError):  # it may have ended meanwhile
+                os.killpg(process.pid, signal.SIGTERM)
             process.wait()
             raise
-        if process.returncode not in (0, 1) or not os.path.getsize(file):
+        if process.returncode not in (0, 1) or not os.path.exists(file) or not os.path.getsize(file):
             refuse(f"{program} cannot measure {name}: {error}")
         with open(file) as text:
             return json.load(text)["figures"][0]
