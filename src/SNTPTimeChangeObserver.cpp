@@ -71,8 +71,8 @@ SNTPClientThread::~SNTPClientThread() {
   if (threadId != 0) threader.destroy(threadId);
 }
 
-// Opens the pipe for reading, as devices in the field do, so the write fails: the thread ends only
-// when its open or read returns for another reason.
+// The pipe is opened for reading here, by design, so the write fails: the thread ends only when its
+// open or read returns for another reason.
 void SNTPClientThread::wakeListener() {
   OpenFile pipe;
   if (!pipe.open(ntpclient_pipe.c_str(), O_RDONLY | O_NONBLOCK)) return;

@@ -17,7 +17,7 @@ namespace host {
 
 // clockctl with these arguments. Thread: its caller's.
 // Exit status: 0 done, 1 refused or no reply, 2 usage, 3 no host at the socket. An error is one
-// line on `err`.
+// line on `err`; `watch` also prints "ready" there.
 [[nodiscard]] int runClockCtl(std::span<const std::string> words,
                               const std::filesystem::path& defaultSocket, std::ostream& out,
                               std::ostream& err);
