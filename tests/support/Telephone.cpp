@@ -94,7 +94,7 @@ std::int64_t Telephone::wallSeconds() const {
 }
 
 std::string Telephone::wallText() const {
-  const time_t seconds = wallSeconds();
+  const auto seconds = static_cast<time_t>(wallSeconds());
   tm fields{};
   gmtime_r(&seconds, &fields);
   std::array<char, 24> text{};
