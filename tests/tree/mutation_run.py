@@ -97,6 +97,22 @@ class Build:
         return [self.compiler, "-o", name, "-c", f"{self.folder}/joined.cxx"]
 
 
+# The commands that build a program, and the words of its link.
+COMMANDS = """c++ -o a.o -c a.cpp
+: && cmake -E rm -f src/libparts.a && /usr/bin/llvm-ar qc src/libparts.a  a.o b.o && ranlib src/libparts.a && :
+: && c++ c.o -o test  src/libparts.a /usr/lib/libgtest.a && :
+"""
+LINK = "c++ c.o -o test -Wl,--start-lib a.o b.o -Wl,--end-lib /usr/lib/libgtest.a"
+
+
+def libraries():
+    """A program links the objects of a static library, so that it judges their mutants."""
+    from build import link_words
+
+    if link_words(COMMANDS) != LINK.split():
+        yield f"{COMMANDS!r}: {link_words(COMMANDS)}, should be {LINK.split()}"
+
+
 # Fails unless the source is the mutant.
 COMPILER = """#!/bin/sh
 file=$(cut -d'"' -f2 "$4") && grep -q mutated "$file"
@@ -159,7 +175,7 @@ def main(tree):
     with contextlib.redirect_stdout(io.StringIO()):
         wrong = [*summaries(mutate, verdict_of), *draws(mutate, verdict_of)]
     wrong += [*broken_workshops(mutate, verdict_of), *broken_tools(mutate, tree)]
-    wrong += joined_sources(mutate, tree)
+    wrong += [*joined_sources(mutate, tree), *libraries()]
     wrong += words(tree)
     for line in wrong:
         print(line)

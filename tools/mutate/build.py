@@ -7,6 +7,8 @@ import shlex
 import subprocess
 
 OBJECT = re.compile(r"^(\S+): #deps", re.MULTILINE)
+# "ar qc src/libparts.a a.o b.o && ranlib ..."
+LIBRARY = re.compile(r"ar\S* qc (\S+) ([^&]+)")
 
 
 class Build:
@@ -32,9 +34,7 @@ class Build:
         return subprocess.run(command, check=True, capture_output=True, text=True).stdout
 
     def _link_of(self, path):
-        """The words of the link command, from ": && c++ ... && :"."""
-        line = self._ninja("commands", path).strip().splitlines()[-1]
-        return shlex.split(line)[2:-2]
+        return link_words(self._ninja("commands", path))
 
     def _read_compilations(self):
         entries = json.loads((self.folder / "compile_commands.json").read_text())
@@ -51,3 +51,14 @@ class Build:
                 path = os.path.normpath(self.folder / line.strip())
                 readers.setdefault(path, set()).add(match.group(1))
         return readers
+
+
+def link_words(commands):
+    """The words of the last command, a link ": && c++ ... && :". A static library is replaced by its
+    objects, because a mutant changes objects."""
+    objects = {name: words.split() for name, words in LIBRARY.findall(commands)}
+    words = []
+    for word in shlex.split(commands.strip().splitlines()[-1])[2:-2]:
+        members = objects.get(word)
+        words += ["-Wl,--start-lib", *members, "-Wl,--end-lib"] if members else [word]
+    return words
