@@ -9,7 +9,7 @@
 class CLOCK_LOCK Semaphore {
  public:
   // initialCount: 0-maximumCount. interProcess: always false, as the clock shares none with another
-  // process; the host throws std::invalid_argument for true.
+  // process. The host throws std::invalid_argument for other values.
   Semaphore(int initialCount, int maximumCount, bool interProcess = false);
   ~Semaphore();
   Semaphore(const Semaphore&) = delete;

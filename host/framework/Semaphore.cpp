@@ -1,6 +1,5 @@
 #include "Semaphore.h"
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <stdexcept>
@@ -8,8 +7,7 @@
 #include "base/Mutex.h"
 
 struct Semaphore::Impl {
-  Impl(int initialCount, int maximumCount)
-      : maximum(std::max(maximumCount, 0)), count(std::clamp(initialCount, 0, maximum)) {}
+  Impl(int initialCount, int maximumCount) : maximum(maximumCount), count(initialCount) {}
 
   const int maximum;
   host::Mutex mutex;
@@ -19,6 +17,8 @@ struct Semaphore::Impl {
 
 Semaphore::Semaphore(int initialCount, int maximumCount, bool interProcess)
     : m_impl(std::make_unique<Impl>(initialCount, maximumCount)) {
+  if (initialCount < 0 || initialCount > maximumCount)
+    throw std::invalid_argument("a Semaphore's initial count must be from 0 to its maximum");
   if (interProcess) throw std::invalid_argument("a Semaphore is for one process: pass false");
 }
 
