@@ -193,29 +193,29 @@ class ClockService : public Service,
   std::atomic<bool> m_ntpClientRequested{false};
 
   // Timer ids, valid when positive. Created on the framework thread, started from any.
-  std::atomic<int> m_fallbackTimeUpdateTimer{0};
-  std::atomic<int> m_timeZoneRefreshTimer{0};
-  std::atomic<int> m_timeChangedTimer{0};
-  std::atomic<int> m_dateChangedTimer{0};
-  std::atomic<int> m_timeSyncTimer{0};
-  std::atomic<int> m_dateSyncTimer{0};
-  std::atomic<int> m_restartNtpClientTimer{0};
+  std::atomic<int> m_fallbackTimeUpdateTimer{};
+  std::atomic<int> m_timeZoneRefreshTimer{};
+  std::atomic<int> m_timeChangedTimer{};
+  std::atomic<int> m_dateChangedTimer{};
+  std::atomic<int> m_timeSyncTimer{};
+  std::atomic<int> m_dateSyncTimer{};
+  std::atomic<int> m_restartNtpClientTimer{};
 
   std::atomic<bool> m_networkUp{false};
   std::atomic<bool> m_sntpTimeReceived{false};
-  int m_randomSeeded = 0;              // framework thread
+  bool m_randomSeeded = false;         // framework thread
   bool m_updateFallbackOnSntp = true;  // an NTP report also saves the time
 
   // The clock as set by hand: epoch seconds minus uptime seconds. The offset is written first and
   // the flag second, without a lock; a reader in between still sees the system's time.
   std::atomic<bool> m_userTimeSet{false};
-  std::atomic<std::int32_t> m_userTimeOffset{0};
+  std::atomic<std::int32_t> m_userTimeOffset{};
   std::atomic<std::int32_t> m_localOffsetMinutes{0};  // from UTC to the display of a UTC string
   std::atomic<SecurityLogServiceIfc*> m_securityLog{nullptr};
 
   // The local date last sent to the observers, as BoundaryDelay::localDay; at start, the local date
   // during init in the zone that it installs. Any thread sends it, under m_observerLock.
-  std::atomic<int> m_announcedDate{0};
+  std::atomic<int> m_announcedDate{};
   std::atomic<bool> m_setDatePending{false};  // m_dateChangedTimer will announce a date
 
   // The process's environment: it holds TZ, and the NTP client gets a copy of it.

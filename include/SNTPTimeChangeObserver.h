@@ -48,7 +48,7 @@ class SNTPClientThread final : public Threadable {
   void report(unsigned long secondsSinceEpoch);
   void wakeListener();
 
-  [[maybe_unused]] int reserved = 0;
+  [[maybe_unused]] int reserved{};
   std::atomic<bool> running{false};
   SNTPTimeChangeObserver* observer CLOCK_GUARDED_BY(reportLock);
   Threader threader;

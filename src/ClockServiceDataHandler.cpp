@@ -32,9 +32,7 @@ std::string offsetText(float hours) {
 
 ClockServiceDataHandler::ClockServiceDataHandler(Context& context,
                                                  PhysDefs::hardwareSubVariant subVariant)
-    : parseLock(1, 1, false),
-      storage(context, DASUtilsStrings::ClockSettingsSchema),
-      hardwareSubVariant(subVariant) {
+    : storage(context, DASUtilsStrings::ClockSettingsSchema), hardwareSubVariant(subVariant) {
   storage.findDataAccessService();
   xmlParser =
       std::make_unique<XmlParser>(this, ClockServiceXmlStartElement, ClockServiceXmlEndElement,

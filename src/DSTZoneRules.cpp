@@ -69,9 +69,7 @@ void DSTZoneRules::getDSTZoneRule(int id, std::string& rule) const {
 }
 
 void DSTZoneRules::getDSTZoneList(std::string& list) const {
-  constexpr std::size_t kUsualLength = 1024;
   list.clear();
-  list.reserve(kUsualLength);
   for (const DSTRule& row : DSTRulesData) {
     list += row.name;
     list += ';';

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <ctime>
 #include <system_error>
@@ -21,12 +22,12 @@ namespace {
 
 constexpr unsigned int kSecondsBetweenAttempts = 1;
 
-// At most this many bytes are dropped before the pipe is closed, so that a writer that never stops
-// does not block the listener. It is the largest capacity of a pipe.
-constexpr std::size_t kMostBytesOfAPipe = 1 << 20;
+// The pipe is closed after this many dropped bytes, so that a writer that never stops does not
+// block the listener. It is the largest capacity of a pipe.
+constexpr ssize_t kMostBytesOfAPipe = 1 << 20;
 
-std::string errorText() {
-  return std::error_code(errno, std::generic_category()).message();
+std::string errorText(int error) {
+  return std::error_code(error, std::generic_category()).message();
 }
 
 // result: of the call that filled `status`.
@@ -41,7 +42,7 @@ std::string openPipe(OpenFile& pipe, const char* path) {
   constexpr const char* kWrongKind = "Not a named pipe";
   struct stat status {};
   if (isSomethingElse(stat(path, &status), status)) return kWrongKind;
-  if (!pipe.open(path, O_RDONLY)) return errorText();
+  if (!pipe.open(path, O_RDONLY)) return errorText(errno);
   if (!isSomethingElse(fstat(pipe.number(), &status), status)) return {};
   pipe.close();
   return kWrongKind;
@@ -51,9 +52,12 @@ std::string openPipe(OpenFile& pipe, const char* path) {
 // message of the next opening.
 void dropRest(int pipe) {
   if (fcntl(pipe, F_SETFL, O_NONBLOCK) < 0) return;
-  std::array<char, 1024> rest;
-  for (std::size_t reads = kMostBytesOfAPipe / rest.size(); reads > 0; --reads)
-    if (read(pipe, rest.data(), rest.size()) <= 0) return;
+  std::array<char, PIPE_BUF> rest;
+  for (ssize_t left = kMostBytesOfAPipe; left > 0;) {
+    const ssize_t count = read(pipe, rest.data(), rest.size());
+    if (count <= 0) return;
+    left -= count;
+  }
 }
 
 }  // namespace
@@ -111,19 +115,18 @@ void SNTPClientThread::run() {
     dropRest(pipe.number());
     pipe.close();
   }
-  running = false;
   CLOCK_LOG(logInformation, "NTP Client Thread finished");
 }
 
 bool SNTPClientThread::takeMessage(int pipe) {
   std::uint32_t secondsSinceEpoch = 0;
   const ssize_t count = read(pipe, &secondsSinceEpoch, sizeof secondsSinceEpoch);
-  const std::string failure = count < 0 ? errorText() : std::string();
+  const int error = errno;
   if (!running) return false;
   if (count < 0) {
-    CLOCK_LOG(logError, "Read failed: %s", failure.c_str());
+    CLOCK_LOG(logError, "Read failed: %s", errorText(error).c_str());
     sleep(kSecondsBetweenAttempts);
-  } else if (count > 0 && secondsSinceEpoch != 0) {
+  } else if (secondsSinceEpoch != 0) {
     report(secondsSinceEpoch);
   }
   return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -8,9 +9,8 @@
 
 template <typename To>
 constexpr To saturate(std::int64_t number) {
-  constexpr auto kLowest = static_cast<std::int64_t>(std::numeric_limits<To>::min());
-  constexpr auto kHighest = static_cast<std::int64_t>(std::numeric_limits<To>::max());
-  return static_cast<To>(number < kLowest ? kLowest : number > kHighest ? kHighest : number);
+  using Limits = std::numeric_limits<To>;
+  return static_cast<To>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
 }
 
 constexpr int saturatedSum(std::int64_t a, std::int64_t b) {
@@ -19,11 +19,8 @@ constexpr int saturatedSum(std::int64_t a, std::int64_t b) {
 
 // Rounds toward zero; NaN gives 0. The result is at least -2147483647, so that it can be negated.
 constexpr std::int32_t truncated(double number) {
-  constexpr std::int32_t kLimit = std::numeric_limits<std::int32_t>::max();
-  if (number != number) return 0;
-  if (number >= kLimit) return kLimit;
-  if (number <= -kLimit) return -kLimit;
-  return static_cast<std::int32_t>(number);
+  constexpr double kLimit = std::numeric_limits<std::int32_t>::max();
+  return number == number ? static_cast<std::int32_t>(std::clamp(number, -kLimit, kLimit)) : 0;
 }
 
 // Rounds to the nearest float. Numbers beyond its range give infinity.

@@ -1,5 +1,6 @@
 // The parser's callbacks, which load the settings from the store's XML document.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +18,7 @@ using namespace SettingKeys;
 
 // Which setting the open XML element carries.
 enum Element : std::int32_t {
-  elementNone = 0,
+  elementNone,
   elementFallbackTime = 2,
   elementDateFormat,
   elementTimeFormat,
@@ -30,6 +31,7 @@ enum Element : std::int32_t {
   elementDstZoneId,
   elementAutomaticDaylightSaving
 };
+static_assert(elementNone == 0 && elementAutomaticDaylightSaving == 12);
 
 constexpr std::array<const char*, 11> kElementNames{kFallbackTime,
                                                     kDateFormat,
@@ -102,7 +104,7 @@ void ClockServiceXmlStartElement(void* userData, const char* name, const char** 
 // only the last piece of a text counts.
 void ClockServiceXmlCharacterDataHandler(void* userData, const char* text, int length) {
   auto& handler = *static_cast<ClockServiceDataHandler*>(userData);
-  handler.characterData.assign(text, static_cast<std::size_t>(length < 0 ? 0 : length));
+  handler.characterData.assign(text, static_cast<std::size_t>(std::max(length, 0)));
 }
 
 void ClockServiceXmlEndElement(void* userData, const char* /*name*/) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <ctime>
 #include <string>
 
@@ -32,18 +33,19 @@ constexpr int kCenturyOfShortYears = 2000;
 
 constexpr std::size_t kUtcStringLength = 25;
 
-// At most this many bytes of the fallback file are searched for its token, so that an endless
+// The search for the token of the fallback file ends after this many bytes, so that an endless
 // device or pipe in its place does not block the start.
-constexpr std::size_t kMostBytesOfFallbackFile = 16 << 20;
+constexpr ssize_t kMostBytesOfFallbackFile = 16 << 20;
 
 // The first token, as scanf's "%s" would read it, but at most up to a zero byte. May be empty.
 std::string firstToken(int file) {
   constexpr const char* kBlanks = " \t\n\v\f\r";
-  std::array<char, 1024> chunk;
+  std::array<char, PIPE_BUF> chunk;
   std::string token;
-  for (std::size_t reads = kMostBytesOfFallbackFile / chunk.size(); reads > 0; --reads) {
+  for (ssize_t left = kMostBytesOfFallbackFile; left > 0;) {
     const ssize_t count = read(file, chunk.data(), chunk.size());
     if (count <= 0) break;
+    left -= count;
     token.append(chunk.data(), static_cast<std::size_t>(count));
     token.erase(0, token.find_first_not_of(kBlanks));
     if (token.size() > kUtcStringLength || token.find_first_of(kBlanks) != std::string::npos) break;
@@ -146,7 +148,6 @@ void ClockService::restoreFallbackTime() {
   OpenFile file;
   if (!file.open(DevicePaths::kFallbackTimeFile, O_RDONLY | O_NONBLOCK)) return;
   const std::string token = firstToken(file.number());
-  file.close();
   if (token.size() == kUtcStringLength) {
     const SemaphoreGuard texts(m_dataHandler->textLock);
     m_dataHandler->setFallbackTime(token);

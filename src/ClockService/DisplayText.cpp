@@ -1,7 +1,6 @@
 #include "DisplayText.h"
 
-#include <array>
-#include <charconv>
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
 
@@ -23,8 +22,7 @@ constexpr std::size_t kLongest = 19;  // characters; a longer text is cut
 
 void appendTwoDigits(std::string& text, int number) {
   if (number >= 0 && number < 10) text += '0';
-  std::array<char, 11> digits;  // enough for INT_MIN
-  text.append(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
+  text += std::to_string(number);
 }
 
 // Prints one of the formats above, whose only directive is "%02d". Faster than printf.
@@ -39,7 +37,7 @@ std::string print(const char* format, std::initializer_list<int> numbers) {
     appendTwoDigits(text, *number++);
     format += sizeof "%02d" - 1;
   }
-  if (text.size() > kLongest) text.resize(kLongest);
+  text.resize(std::min(text.size(), kLongest));
   return text;
 }
 

@@ -19,7 +19,7 @@ int hexadecimal(char digit) {
 
 NtpRestart::MacText NtpRestart::seedOf(const char* text, int& seed) {
   seed = 0;
-  const std::string_view mac = text != nullptr ? text : "";
+  const std::string_view mac = text != nullptr ? text : std::string_view();
   if (mac.size() != kMacLength) return MacText::wrongLength;
   int number = 0;
   for (const char digit : mac.substr(kFirstSeedDigit)) {

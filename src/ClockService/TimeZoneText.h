@@ -8,18 +8,18 @@
 namespace TimeZoneText {
 
 struct Settings {
-  float utcOffset = 0.0F;  // hours east of UTC, any number
-  bool daylightSaving = false;
-  std::int32_t daylightMinutes = 0;  // how far daylight saving puts the clock forward
-  bool automatic = false;            // by the rule; false: all year
-  std::string rule;                  // "M3.5.0/02:00,M10.5.0/03:00", or empty
+  float utcOffset{};  // hours east of UTC, any number
+  bool daylightSaving{};
+  std::int32_t daylightMinutes{};  // how far daylight saving puts the clock forward
+  bool automatic{};                // by the rule; false: all year
+  std::string rule;                // "M3.5.0/02:00,M10.5.0/03:00", or empty
 };
 
 using Buffer = std::array<char, 50>;
 
 struct LocalZone {
-  Buffer tz{};                     // the TZ value, cut to 49 characters
-  std::int32_t offsetMinutes = 0;  // from UTC to local, without what the TZ rule adds
+  Buffer tz{};                   // the TZ value, cut to 49 characters
+  std::int32_t offsetMinutes{};  // from UTC to local, without what the TZ rule adds
 };
 
 LocalZone localZone(const Settings& settings);

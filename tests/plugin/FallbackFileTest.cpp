@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -75,6 +76,7 @@ TEST_F(ClockWithFallbackFile, IgnoresAndDeletesAnyOtherContent) {
                               "2024-02-29 01:02:03+00:00",
                               std::string(127, 'x'),
                               std::string(128, 'x'),
+                              std::string(PIPE_BUF - 25, ' ') + std::string(26, 'x'),
                               std::string(1 << 20, 'x'),
                               std::string("\0", 1)};
   for (const std::string& content : rows) {
@@ -131,7 +133,7 @@ TEST_F(ClockWithFallbackFile, ReadsWhatAPipeHoldsWithoutWaitingForMore) {
 // Finds a token that spans two reads, and one at the very end.
 TEST_F(ClockWithFallbackFile, SearchesTheFirst16MebibytesForTheToken) {
   constexpr std::size_t kMost = 16 << 20;
-  for (const std::size_t blanks : {std::size_t{1000}, kMost - 25}) {
+  for (const std::size_t blanks : {std::size_t{PIPE_BUF - 10}, kMost - 25}) {
     write(std::string(blanks, ' ') + kInFile + " ");
     EXPECT_EQ(timeAfterStart(), kInFile) << blanks;
     telephone.switchOff();

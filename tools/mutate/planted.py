@@ -29,7 +29,7 @@ BUGS = (
     ("fallback time not stored", CLOCK + "ClockSetting.cpp",
      "m_dataHandler->setFallbackTime(now);", "return now;"),
     ("timer not replaced", CLOCK + "Notifications.cpp", "dropTimer(m_timeSyncTimer);", ""),
-    ("report of 0 passed on", "SNTPTimeChangeObserver.cpp", "&& secondsSinceEpoch != 0", ""),
+    ("report of 0 passed on", "SNTPTimeChangeObserver.cpp", "secondsSinceEpoch != 0", "true"),
     ("wrong default on variant 3", "ClockServiceDataHandler.cpp", "- 2U <= 2U", "- 2U <= 0U"),
     ("observers called without the lock", CLOCK + "Notifications.cpp",
      "const SemaphoreGuard guard(m_observerLock);", ""),
