@@ -130,6 +130,16 @@ TEST_F(ClockThatIsMoved, AnnouncesASetDateAtTheHourWithoutADateTimer) {
   EXPECT_THAT(heard(minutes{30}), ElementsAre("time 23:00:00", "date 20.06.2030"));
 }
 
+// The first valid id is 1.
+TEST_F(ClockThatIsMoved, AnnouncesASetDateOnceWhenTheDateTimerHasIdOne) {
+  timers.refuseFirst(kDateChanged - 1);
+  startAt("2030-06-07T22:59:59");
+  service->setDate(20, 6, 2030);
+  EXPECT_THAT(expire(kHour - (kDateChanged - 1)),
+              testing::Not(testing::Contains("date 20.06.2030")));
+  EXPECT_THAT(heard(milliseconds{1}), ElementsAre("date 20.06.2030"));
+}
+
 // The date is read before midnight, and both sync timers are armed after it.
 TEST_F(ClockThatIsMoved, AnnouncesAMidnightThatPassesDuringAnExpiry) {
   for (const auto& [timer, events] : {std::pair{kTimeChanged, 1}, {kZoneRefresh, 2}}) {

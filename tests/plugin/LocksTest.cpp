@@ -1,10 +1,12 @@
 // What the locks serialise: management calls, writes of text settings, replacements of the NTP
 // client, and changes of the observers with notifications.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -17,24 +19,58 @@ namespace {
 
 std::function<void()> g_onLaunch;
 std::function<void()> g_onSetenv;
+std::vector<std::string> g_steps;     // of the NTP clients' processes and of the destruction
+std::optional<int> g_launchResult{};  // instead of a launch
 
 }  // namespace
 
-// The linker replaces Process::launch, whose mangled name this is, and setenv.
+// The linker replaces these functions of Process, DataStorage and Threader, whose mangled names
+// these are, and setenv. On ARM a constructor and a destructor return the object.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 int __real__ZN7Process6launchEv(Process* process);
 int __wrap__ZN7Process6launchEv(Process* process);
+void* __real__ZN7ProcessC1EiPKPcS2_PKc(void*, int, char* const*, char* const*, const char*);
+void* __wrap__ZN7ProcessC1EiPKPcS2_PKc(void*, int, char* const*, char* const*, const char*);
+void* __real__ZN7ProcessD1Ev(void* process);
+void* __wrap__ZN7ProcessD1Ev(void* process);
+void* __real__ZN11DataStorageD1Ev(void* storage);
+void* __wrap__ZN11DataStorageD1Ev(void* storage);
+void __real__ZN8Threader23waitForThreadCompletionEm(void* threader, unsigned long id);
+void __wrap__ZN8Threader23waitForThreadCompletionEm(void* threader, unsigned long id);
 int __real_setenv(const char* name, const char* value, int overwrite);
 int __wrap_setenv(const char* name, const char* value, int overwrite);
 
 int __wrap__ZN7Process6launchEv(Process* process) {
-  const int result = __real__ZN7Process6launchEv(process);
+  g_steps.emplace_back("launch");
+  const int result = g_launchResult ? *g_launchResult : __real__ZN7Process6launchEv(process);
   if (g_onLaunch) g_onLaunch();
   return result;
 }
 
+void* __wrap__ZN7ProcessC1EiPKPcS2_PKc(void* process, int options, char* const* arguments,
+                                       char* const* environment, const char* folder) {
+  g_steps.emplace_back("create");
+  return __real__ZN7ProcessC1EiPKPcS2_PKc(process, options, arguments, environment, folder);
+}
+
+void* __wrap__ZN7ProcessD1Ev(void* process) {
+  g_steps.emplace_back("end");
+  return __real__ZN7ProcessD1Ev(process);
+}
+
+void* __wrap__ZN11DataStorageD1Ev(void* storage) {
+  g_steps.emplace_back("close store");
+  return __real__ZN11DataStorageD1Ev(storage);
+}
+
+void __wrap__ZN8Threader23waitForThreadCompletionEm(void* threader, unsigned long id) {
+  g_steps.emplace_back("await listener");
+  __real__ZN8Threader23waitForThreadCompletionEm(threader, id);
+}
+
 int __wrap_setenv(const char* name, const char* value, int overwrite) {
+  EXPECT_EQ(overwrite, 1);
   if (g_onSetenv) g_onSetenv();
   return __real_setenv(name, value, overwrite);
 }
@@ -117,6 +153,34 @@ TEST_F(ClockInTheMiddle, ReplacesItsNtpClientInOneStep) {
   networkUp();
   EXPECT_EQ(finished(), 1U);
   g_onLaunch = nullptr;
+}
+
+TEST_F(ClockInTheMiddle, EndsItsNtpClientBeforeItCreatesTheNext) {
+  set("sntp-addr", "127.0.0.1");
+  networkUp();
+  g_steps.clear();
+  plugIn();
+  EXPECT_THAT(g_steps, testing::ElementsAre("end", "create", "launch"));
+}
+
+// The listener's thread ends only when its pipe is opened, so it is last.
+TEST_F(ClockInTheMiddle, ClosesItsStoreAndEndsItsClientBeforeItAwaitsItsListener) {
+  set("sntp-addr", "127.0.0.1");
+  networkUp();
+  g_steps.clear();
+  end();
+  EXPECT_THAT(g_steps, testing::ElementsAre("close store", "end", "await listener"));
+}
+
+TEST_F(ClockInTheMiddle, LogsAnNtpClientWithoutAProcessId) {
+  set("sntp-addr", "127.0.0.1");
+  for (const int result : {1, 0, -1}) {
+    const support::LogCapture log(2);
+    g_launchResult = result;
+    networkUp();
+    EXPECT_EQ(log.has(2, "ntpclient couldn't be started"), result <= 0) << result;
+  }
+  g_launchResult.reset();
 }
 
 // A new client gets a copy of the environment.

@@ -62,6 +62,7 @@ TEST_F(OddlyManagedClock, CutsTimeAndDateByPositionFromAnyBytes) {
        "4:05+00:00",
        false, "2024-03-05T09:07:05+00:00"},
       {"simple-date", std::string(kMebibyte, '9'), false, "2024-03-05T09:07:05+00:00"},
+      {"simple-time", "0112345", true, "2024-03-05T01:23:00+00:00"},
       {"simple-time", "1\0:2\0"s, true, "2024-03-05T01:02:00+00:00"},
       {"simple-time",
        "\xff"

@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <thread>
 
@@ -28,14 +30,24 @@ extern "C" bool __wrap__ZN9NetHelper9dnsLookupEPKcPcii(const char* name, char* b
 
 extern "C" bool __wrap__ZN9NetHelper9dnsLookupEPKcPcii(const char* name, char* buffer, int size,
                                                        int family) {
+  EXPECT_EQ(size, 46);  // the longest IPv6 text and its terminator
   const std::string asked = name;
   if (asked == "no-such-host.example") return false;
+  if (asked == "port.example") return std::strcpy(buffer, "127.0.0.1:123") != nullptr;
   return __real__ZN9NetHelper9dnsLookupEPKcPcii(asked == "time.example" ? kLongestAddress : name,
                                                 buffer, size, family);
 }
 // NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
+
+// Access to a private member of the service: an explicit instantiation may name it.
+std::atomic<bool> ClockService::*clientRequested();
+template <std::atomic<bool> ClockService::*Member>
+struct Opened {
+  friend std::atomic<bool> ClockService::*clientRequested() { return Member; }
+};
+template struct Opened<&ClockService::m_ntpClientRequested>;
 
 using std::chrono::hours;
 using std::chrono::seconds;
@@ -70,6 +82,26 @@ TEST_F(ClockWithNetworkUp, StartsTheClientWithItsCommandLineAndEnvironment) {
   EXPECT_THAT(message,
               ElementsAre(DevicePaths::kNtpClientProgram, "-s", "-c", "525600", "-i", "3600", "-n",
                           "15", "-h", "127.0.0.1", "-4", "MARK=as the service has it"));
+}
+
+TEST_F(ClockWithNetworkUp, GivesTheClientNoFamilyForAnAddressWithAPort) {
+  telephone.store("SNTPaddress", "port.example");
+  telephone.switchOn();
+  EXPECT_NE(clients.nextStart(), "");
+  EXPECT_TRUE(log.hasPart(" -h 127.0.0.1:123 NULL NULL NULL\"\n"));
+}
+
+TEST_F(ClockWithNetworkUp, ClearsTheRequestWhenItStartsTheClient) {
+  telephone.management.setValue("interface-status", "down");
+  telephone.switchOn();
+  std::atomic<bool>& requested = telephone.service().*clientRequested();
+  EXPECT_FALSE(requested);
+  requested = true;
+  telephone.service().startNTPClient();
+  EXPECT_TRUE(requested);
+  telephone.management.setValue("interface-status", "up");
+  EXPECT_NE(clients.nextStart(), "");
+  EXPECT_FALSE(requested);
 }
 
 TEST_F(ClockWithNetworkUp, LetsTheClientTraceAtLevelSixOnly) {

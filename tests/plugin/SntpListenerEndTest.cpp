@@ -84,12 +84,17 @@ class ListenerWaitingInItsRead : public ListenerRunning {
   ListenerWaitingInItsRead(const ListenerWaitingInItsRead&) = delete;
   ListenerWaitingInItsRead& operator=(const ListenerWaitingInItsRead&) = delete;
 
-  void endAndWrite(std::uint32_t number) {
+  void endAndWrite(const std::string& bytes = support::ListenerPipe::bytesOf(7)) {
     const support::OpenWatch watch(support::ListenerPipe::path());
     std::thread destruction([this] { listener.reset(); });
     EXPECT_TRUE(watch.sees(std::chrono::seconds{10}));  // the destructor tries to wake it
-    EXPECT_EQ(write(m_holder, support::ListenerPipe::bytesOf(number).data(), 4), 4);
+    EXPECT_EQ(write(m_holder, bytes.data(), bytes.size()), bytes.size());
     destruction.join();
+  }
+  [[nodiscard]] int bytesInThePipe() const {
+    int bytes = 0;
+    ioctl(m_holder, FIONREAD, &bytes);
+    return bytes;
   }
 
  private:
@@ -97,21 +102,27 @@ class ListenerWaitingInItsRead : public ListenerRunning {
 };
 
 TEST_F(ListenerWaitingInItsRead, IgnoresAMessageThatArrivesAfterItIsStopped) {
-  endAndWrite(7);
+  endAndWrite();
   EXPECT_FALSE(log.hasPart("EPOC"));
   EXPECT_THAT(reports.first(0), IsEmpty());
 }
 
+// By design it drops nothing and closes the pipe only with its thread.
+TEST_F(ListenerWaitingInItsRead, LeavesTheRestInThePipeAfterItIsStopped) {
+  endAndWrite(std::string(9, 'x'));
+  EXPECT_EQ(bytesInThePipe(), 5);
+}
+
 TEST_F(ListenerWaitingInItsRead, LogsNoReadErrorAfterItIsStopped) {
   plugin::failReads(EIO);
-  endAndWrite(7);
+  endAndWrite();
   EXPECT_FALSE(log.hasPart("Read failed"));
   EXPECT_THAT(plugin::sleeps(), IsEmpty());
 }
 
 // By design the stop signal is written through a descriptor that is open for reading only.
 TEST_F(ListenerWaitingInItsRead, IsNotWokenByTheStopSignal) {
-  endAndWrite(7);
+  endAndWrite();
   EXPECT_EQ(plugin::failedStopWrites(), 1);
 }
 

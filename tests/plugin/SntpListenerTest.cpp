@@ -110,6 +110,7 @@ TEST_F(ListenerRunning, StopsReadingFromAWriterThatNeverStops) {
   pipe.report(7);
   pipe.report(8);
   EXPECT_THAT(reports.first(2), ElementsAre(7, 8));
+  EXPECT_EQ(plugin::mostDropped(), 1U << 20);
 }
 
 // A child process must not hold the pipe open.

@@ -18,6 +18,8 @@ namespace {
 bool g_refused = false;
 std::atomic<int> g_created{0};
 std::atomic<int> g_joined{0};
+int g_awaited = 0;
+int g_destroyed = 0;
 std::string g_spawned;  // name, priority and stack of the last one
 
 }  // namespace
@@ -40,6 +42,23 @@ int __wrap_pthread_create(pthread_t* thread, const pthread_attr_t* attributes, v
 int __wrap_pthread_join(pthread_t thread, void** result) {
   ++g_joined;
   return __real_pthread_join(thread, result);
+}
+
+void __real__ZN8Threader23waitForThreadCompletionEm(Threader*, unsigned long);
+void __wrap__ZN8Threader23waitForThreadCompletionEm(Threader*, unsigned long);
+
+void __wrap__ZN8Threader23waitForThreadCompletionEm(Threader* threader, unsigned long id) {
+  __real__ZN8Threader23waitForThreadCompletionEm(threader, id);
+  EXPECT_EQ(g_joined, 0);
+  ++g_awaited;
+}
+
+void __real__ZN8Threader7destroyEm(Threader*, unsigned long);
+void __wrap__ZN8Threader7destroyEm(Threader*, unsigned long);
+
+void __wrap__ZN8Threader7destroyEm(Threader* threader, unsigned long id) {
+  ++g_destroyed;
+  __real__ZN8Threader7destroyEm(threader, id);
 }
 
 bool __real__ZN8Threader5spawnEPmP10ThreadablePKc18VotkThreadPriorityi(Threader*, unsigned long*,
@@ -84,17 +103,20 @@ TEST_F(ClockWithoutAThread, EndsWithoutOpeningThePipe) {
   telephone.pipe.release();
   support::makeReportPipe();
   const support::OpenWatch watch(support::ListenerPipe::path());
+  g_destroyed = 0;
   telephone.switchOff();
   EXPECT_FALSE(watch.sees());
+  EXPECT_EQ(g_destroyed, 0);
 }
 
-TEST(ClockWithAThread, CreatesItOnceAndJoinsItAtTheEnd) {
+TEST(ClockWithAThread, CreatesItOnceAndAwaitsAndJoinsItAtTheEnd) {
   support::Telephone telephone;
-  g_created = g_joined = 0;
+  g_created = g_joined = g_awaited = 0;
   telephone.switchOn();
   EXPECT_EQ(g_created, 1);
   EXPECT_EQ(g_spawned, "SNTP Recognition Thread 1 0");
   telephone.switchOff();
+  EXPECT_EQ(g_awaited, 1);
   EXPECT_EQ(g_joined, 1);
 }
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
@@ -23,6 +24,7 @@ std::atomic<int> g_closes{0};
 std::atomic<int> g_opensWithoutNoctty{0};
 std::atomic<int> g_readError{0};
 std::atomic<bool> g_endlessReads{false};
+std::atomic<std::size_t> g_mostDropped{0};
 std::atomic<int> g_failedStopWrites{0};
 
 }  // namespace
@@ -68,7 +70,12 @@ int __wrap_close(int descriptor) {
 }
 
 ssize_t __wrap_read(int descriptor, void* buffer, size_t size) {
-  if (size > kMessageSize && g_endlessReads) return static_cast<ssize_t>(size);
+  thread_local std::size_t dropped = 0;  // since the last message
+  dropped = size > kMessageSize ? dropped + size : 0;
+  if (size > kMessageSize && g_endlessReads) {
+    g_mostDropped = std::max<std::size_t>(g_mostDropped, dropped);
+    return static_cast<ssize_t>(size);
+  }
   const ssize_t count = __real_read(descriptor, buffer, size);
   if (size != kMessageSize || g_readError == 0) return count;
   errno = g_readError;
@@ -113,6 +120,7 @@ void resetCalls() {
   g_opensWithoutNoctty = 0;
   g_readError = 0;
   g_endlessReads = false;
+  g_mostDropped = 0;
   g_failedStopWrites = 0;
 }
 
@@ -143,6 +151,10 @@ void failReads(int error) {
 
 void makeReadsEndless() {
   g_endlessReads = true;
+}
+
+std::size_t mostDropped() {
+  return g_mostDropped;
 }
 
 void afterStat(std::function<void()> call) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <set>
 
@@ -17,6 +18,7 @@ int opensWithoutNoctty();  // for reading; a terminal would become the controlli
 // These hold until resetCalls.
 void failReads(int error);                   // each read of four bytes fails with this error
 void makeReadsEndless();                     // each longer read fills its buffer
+std::size_t mostDropped();                   // bytes that these have read after one message
 void afterStat(std::function<void()> call);  // called after each stat
 
 }  // namespace plugin

@@ -4,9 +4,16 @@
 
 #include <cstddef>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "ClockService.h"
+#include "ClockServiceDataHandler.h"
+#include "DSTZoneRules.h"
+#include "support/WaitingCall.h"
+#include "unit/SettingsInMemory.h"
 
 namespace {
 
@@ -35,6 +42,25 @@ TEST(ManagedKeys, FindIsExact) {
         "last-restart-date"s, "mobility-user-data-update"s, "interface-status"s, "dhcp-enabled"s,
         "mac-addr"s, std::string(1 << 20, 'x')})
     EXPECT_EQ(ManagedKeys::find(key), nullptr) << "\"" << key.substr(0, 40) << "\"";
+}
+
+TEST(ManagedKeys, AreReadAndSetUnderTheLockOfTheirTexts) {
+  unit::SettingsInMemory store;
+  const auto settings = store.load();
+  ClockService clock;
+  const DSTZoneRules zones;
+  const ManagedKeys keys({clock, *settings, zones, nullptr});
+  const std::function<void()> calls[] = {
+      [&] { EXPECT_EQ(keys.get("ntp-secret"), ""); },
+      [&] { EXPECT_EQ(keys.set("ntp-secret", "x"), true); },
+      [&] { EXPECT_EQ(keys.set("sntp-addr", "192.0.2.1"), true); },
+      [&] { settings->reinitialiseData(true); }};
+  for (const auto& call : calls) {
+    ASSERT_TRUE(settings->textLock.take(-1));
+    const support::WaitingCall other(call);
+    EXPECT_TRUE(other.waits());
+    settings->textLock.give();
+  }
 }
 
 }  // namespace

@@ -51,6 +51,8 @@ TEST(SettingsDocument, ElementIsFromItsStartToTheNextEnd) {
       {{"<SNTPaddress", "ntp", "/SNTPaddress", "/Settings", "\n", "<TimeFormat", "1",
         "/TimeFormat"},
        "2016-06-16T00:00:00+00:00 0 1 \"ntp\" \"\" 0 false 60 0 0 false"},
+      // An inner element of another name ends the text of the outer one.
+      {{"<DateFormat", "2", "<Unit", "/Unit", "/DateFormat"}, kDefaults},
       // The open element counts, not the name at its end.
       {{"<DateFormat", "2", "/TimeFormat"},
        "2016-06-16T00:00:00+00:00 2 0 \"\" \"\" 0 false 60 0 0 false"},
