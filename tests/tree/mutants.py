@@ -10,7 +10,9 @@ ROWS = [
     ("if (ready) stop(1);", ["ready !(ready)", "stop(1); ;", "1 2", "1 0"]),
     ("const Guard guard(lock);", ["constGuardguard(lock); ;"]),
     ("const Guard guard(lock); use(guard);", ["use(guard); ;"]),
-    ("const MutexLock lock(mutex); const SemaphoreGuard guard(semaphore);", []),  # lint finds these
+    ("const SemaphoreGuard guard(lock);", ["constSemaphoreGuardguard(lock); ;"]),
+    ("const MutexLock lock(mutex);", []),  # lint finds this
+    ("Semaphore lock{1, 1, false};", ["1 2", "1 0", "false true"]),  # not the maximum
     ("return run(a, b);", ["returnrun(a,b); return;"]),
     ("x->y.z(1);", ["x->y.z(1); ;", "1 2", "1 0"]),
     ('say("ab\\n", \'c\');', ['say("ab\\n",\'c\'); ;', '"ab\\n" "ab"', "'c' '?'"]),
@@ -19,6 +21,7 @@ ROWS = [
     ("++n;", ["++n; ;", "++ --"]),
     # changes that no test can notice, and non-code
     ("int hours = 0, minutes = 0;", []),
+    ("va_end(arguments);", []),
     ("virtual void f() = 0;", []),
     ("T(const T&) = delete;", []),
     ("std::array<char, size>& text = *all;", []),

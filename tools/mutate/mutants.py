@@ -18,8 +18,10 @@ WORDS = {"true": "false", "false": "true"}
 COMPARED = {"<", "<=", ">", ">=", "==", "!=", "&&", "||", "!"}
 # Tokens after which a minus is a sign.
 BEFORE_SIGN = {"(", ",", "=", "?", ":", "{", "return", "<", "<=", ">", ">=", "==", "!=", "+", "*"}
-# Not removed: clang's thread-safety analysis, in lint, finds a missing lock.
-LOCKS = {"MutexLock", "SemaphoreGuard"}
+# Not removed: clang's thread-safety analysis, in lint, finds a missing lock of the host.
+LOCKS = {"MutexLock"}
+# Not removed: on these processors it does nothing.
+NO_EFFECT = {"va_end"}
 NUMBER = re.compile(r"(\d+)(.*)", re.DOTALL)
 
 
@@ -113,7 +115,10 @@ def operators_for(text, tokens, index):
 
 
 def has_no_effect(tokens, index):
-    """True for the 0 of a pure virtual function, or of a local number that a call then sets."""
+    """True for the 0 of a pure virtual function, or of a local number that a call then sets, and for the
+    maximum of a lock, which is only given back after it was taken: Semaphore lock{1, 1}."""
+    if [token.text for token in tokens[index - 3 : index]] == ["{", "1", ","]:
+        return tokens[index - 5].text == "Semaphore"
     if tokens[index].text != "0" or tokens[index - 1].text != "=":
         return False
     if tokens[index - 2].text in (")", "const"):
@@ -161,6 +166,8 @@ def deleted_statements(text, tokens, index):
     start, end = tokens[index].start, tokens[last].end
     if statement[0].text == "return" and is_call(statement[1:]):
         yield start, end, "return;"
+    elif statement[0].text in NO_EFFECT:
+        return
     elif is_call(statement) or is_assignment(statement) or is_scope_object(tokens, index, last):
         yield start, end, ";"
 
