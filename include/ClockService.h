@@ -153,7 +153,7 @@ class ClockService : public Service,
   void announceSetDate();
   void stepHour(int expiredTimer, int stoppedTimer);
   void stepDay(int stoppedTimer);
-  void announceUnheardDate();
+  void announceMissedDate();
   void notifyTimeChangeEvent();
   void notifyDateChangeEvent();
   enum class Announce { always, whenNew };

@@ -96,7 +96,7 @@ void ClockService::stepHour(int expiredTimer, int stoppedTimer) {
   startTimer(m_timeSyncTimer);
   notifyTimeChangeEvent();
   const int hourlyTimer = m_timeSyncTimer;
-  if (expiredTimer == hourlyTimer) announceUnheardDate();
+  if (expiredTimer == hourlyTimer) announceMissedDate();
   setTimeSyncTimer();
   setDateSyncTimer();
   if (expiredTimer == hourlyTimer) setRestartNTPClientTimer();
@@ -105,7 +105,7 @@ void ClockService::stepHour(int expiredTimer, int stoppedTimer) {
 // The date may have changed without an event: at midnight the hour's timer replaces the midnight
 // timer before that expires, and another program may have set the clock. A date set by hand has a
 // timer of its own.
-void ClockService::announceUnheardDate() {
+void ClockService::announceMissedDate() {
   if (!m_setDatePending.exchange(false)) announceDate(Announce::whenNew);
 }
 
