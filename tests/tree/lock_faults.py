@@ -14,6 +14,11 @@ ROWS = [
     ("host/base/Other.h", "  mutable Mutex m_mutex;  // text", True),
     ("host/base/Other.cpp", "constinit host::Mutex g_writing;", True),
     ("host/base/Other.cpp", "  static Mutex mutex;", True),
+    ("host/base/Known.h", "  Mutex m_mutex;\n  Mutex m_other;", True),
+    ("host/base/Known.h", "  std::mutex m_mutex;", True),
+    ("host/base/Known.h", "  mutable std::shared_mutex m_mutex;", True),
+    ("host/base/Known.h", "// A std::mutex is needed.\n  std::unique_lock<std::mutex> m_lock;", False),
+    ("host/base/Mutex.h", "  std::mutex m_mutex;", False),
     ("host/base/Other.cpp", "  const MutexLock lock(m_mutex);\n  Mutex& m_mutex;", False),
 ]
 
