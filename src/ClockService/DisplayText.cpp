@@ -1,6 +1,8 @@
 #include "DisplayText.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstddef>
 #include <initializer_list>
 
@@ -22,7 +24,8 @@ constexpr std::size_t kLongest = 19;  // characters; a longer text is cut
 
 void appendTwoDigits(std::string& text, int number) {
   if (number >= 0 && number < 10) text += '0';
-  text += std::to_string(number);
+  std::array<char, 11> digits;  // enough for INT_MIN
+  text.append(digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr);
 }
 
 // Prints one of the formats above, whose only directive is "%02d". Faster than printf.
