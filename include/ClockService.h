@@ -203,7 +203,7 @@ class ClockService : public Service,
 
   std::atomic<bool> m_networkUp{false};
   std::atomic<bool> m_sntpTimeReceived{false};
-  bool m_randomSeeded = false;         // framework thread
+  int m_randomSeeded = 0;              // framework thread
   bool m_updateFallbackOnSntp = true;  // an NTP report also saves the time
 
   // The clock as set by hand: epoch seconds minus uptime seconds. The offset is written first and

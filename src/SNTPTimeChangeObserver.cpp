@@ -115,6 +115,7 @@ void SNTPClientThread::run() {
     dropRest(pipe.number());
     pipe.close();
   }
+  running = false;
   CLOCK_LOG(logInformation, "NTP Client Thread finished");
 }
 

@@ -18,7 +18,7 @@ using namespace SettingKeys;
 
 // Which setting the open XML element carries.
 enum Element : std::int32_t {
-  elementNone,
+  elementNone = 0,
   elementFallbackTime = 2,
   elementDateFormat,
   elementTimeFormat,
@@ -31,7 +31,6 @@ enum Element : std::int32_t {
   elementDstZoneId,
   elementAutomaticDaylightSaving
 };
-static_assert(elementNone == 0 && elementAutomaticDaylightSaving == 12);
 
 constexpr std::array<const char*, 11> kElementNames{kFallbackTime,
                                                     kDateFormat,

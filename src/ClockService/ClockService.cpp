@@ -53,6 +53,8 @@ ClockService::~ClockService() {
   m_sntpClientThread.releaseObserver();
   deleteTimers();
   m_dataHandler.reset();
+  m_dstZoneRules.reset();
+  m_observers.reset();
   m_ntpClientProcess.reset();
 }
 

@@ -83,8 +83,8 @@ void ClockService::setRestartNTPClientTimer() {
 
 // Once for each service. Devices have different MAC addresses, and therefore different delays.
 void ClockService::seedRandomGenerator() {
-  if (m_localMgmt == nullptr || m_randomSeeded) return;
-  m_randomSeeded = true;
+  if (m_localMgmt == nullptr || m_randomSeeded != 0) return;
+  m_randomSeeded = 1;
   const auto mac = readManagementValue(*m_localMgmt, ManagementKeyNames::kMacAddr);
   if (!mac) return;
   CLOCK_LOG(logInformation, "mac address is %s", mac->c_str());
