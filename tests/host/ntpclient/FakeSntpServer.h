@@ -1,12 +1,12 @@
 #pragma once
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
-#include <asio/io_context.hpp>
-#include <asio/ip/udp.hpp>
 #include <chrono>
 #include <string>
 
+#include "base/Descriptor.h"
 #include "host/ntpclient/SntpAnswer.h"
 
 namespace host::ntp {
@@ -31,11 +31,13 @@ class FakeSntpServer {
   void serve(std::uint32_t time) { answer(answerTo(nonceOf(receive()), time)); }
 
  private:
-  asio::io_context m_loop;
-  asio::ip::udp::socket m_socket;
-  asio::ip::udp::socket m_other;
-  std::string m_port;
-  asio::ip::udp::endpoint m_client;
+  void send(const Descriptor& from, const Bytes& packet) const;
+
+  const Descriptor m_socket;
+  const Descriptor m_other;
+  const std::string m_port;
+  sockaddr_storage m_client{};
+  socklen_t m_clientSize = 0;
 };
 
 }  // namespace host::ntp
