@@ -32,7 +32,7 @@ def short(name):
     name = name.replace("(anonymous namespace)::", "").replace("[abi:cxx11]", "")
     while (less := re.sub(r"<[^<>]*>|\{[^{}]*\}(#\d+)?", "", name)) != name:
         name = less
-    return re.sub(r"\(.*|@.*|^(host|asio::detail|nlohmann::\w+(::detail)?)::", "", name).strip(":") or "(lambda)"
+    return re.sub(r"\(.*|@.*|^(host|nlohmann::\w+(::detail)?)::", "", name).strip(":") or "(lambda)"
 
 
 def frames(sample):

@@ -34,46 +34,25 @@ bool isShortage(int error) {
 
 }  // namespace
 
-Acceptor::Acceptor(asio::io_context& loop, int listener, std::function<void(Socket)> accepted)
-    : m_loop(loop),
-      m_acceptor(loop),
-      m_pause(loop),
+Acceptor::Acceptor(IoLoop& loop, int listener, std::function<void(Descriptor)> accepted)
+    : m_listener(listener),
       m_accepted(std::move(accepted)),
       m_spare(spareDescriptor()),
-      m_alive(std::make_shared<bool>(true)),
-      m_waitMemory(std::make_shared<WaitMemory>()) {
-  m_acceptor.assign(asio::local::stream_protocol(), listener);
-  wait();
-}
+      m_pause(loop, [this] { m_watch.await(EPOLLIN); }),
+      m_watch(loop, listener, EPOLLIN, [this](std::uint32_t) { acceptWaiting(); }) {}
 
-Acceptor::~Acceptor() {
-  *m_alive = false;
-  asio::error_code ignored;
-  static_cast<void>(m_acceptor.release(ignored));
-}
-
-void Acceptor::wait() {
-  m_acceptor.async_wait(asio::socket_base::wait_read,
-                        WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& error) {
-                                      if (*alive && !error) acceptWaiting();
-                                    }});
-}
-
-// Waits again after any exception, for instance without memory for the pause.
-void Acceptor::acceptWaiting() try {
+void Acceptor::acceptWaiting() {
   const int error = acceptSome();
-  if (error == 0) return wait();
+  if (error == 0) return;
+  m_watch.await(0);
+  m_pause.start(kPause);
   logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
             std::strerror(error));
-  pause();
-} catch (const std::exception&) {
-  wait();
 }
 
 int Acceptor::acceptSome() {
   for (int accepted = 0; accepted < kMostAtOnce; ++accepted) {
-    const int client =
-        ::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    const int client = ::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (client >= 0) {
       handOver(Descriptor(client));
       continue;
@@ -86,17 +65,8 @@ int Acceptor::acceptSome() {
   return 0;
 }
 
-void Acceptor::pause() {
-  m_pause.expires_after(kPause);
-  m_pause.async_wait(WaitHandler{m_waitMemory, [this, alive = m_alive](const auto& failed) {
-                                   if (*alive && !failed) wait();
-                                 }});
-}
-
 void Acceptor::handOver(Descriptor client) try {
-  Socket socket(m_loop, asio::local::stream_protocol(), client.get());
-  static_cast<void>(client.release());
-  m_accepted(std::move(socket));
+  m_accepted(std::move(client));
 } catch (const std::exception& error) {
   m_turnedAway.log(error.what());
 }
@@ -115,7 +85,7 @@ void Acceptor::refuse(int client, std::string_view why) noexcept try {
 int Acceptor::turnAway() {
   if (!m_spare.valid()) return EMFILE;
   m_spare.reset();
-  Descriptor client(::accept4(m_acceptor.native_handle(), nullptr, nullptr, SOCK_CLOEXEC));
+  Descriptor client(::accept4(m_listener, nullptr, nullptr, SOCK_CLOEXEC));
   const int error = client.valid() ? 0 : errno;
   if (client.valid()) refuse(client.get(), kNoDescriptor);
   client.reset();

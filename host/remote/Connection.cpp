@@ -1,8 +1,8 @@
 #include "remote/Connection.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 
-#include <asio/post.hpp>
 #include <cerrno>
 #include <exception>
 #include <new>
@@ -30,45 +30,61 @@ std::string reasonOf(int error) {
 
 }  // namespace
 
-Connection::Connection(Socket socket, Endpoint endpoint, std::uint64_t number, Listener& listener,
-                       std::chrono::milliseconds timeout)
-    : m_socket(std::move(socket)),
-      m_timer(m_socket.get_executor()),
+Connection::Connection(IoLoop& loop, Descriptor socket, Endpoint endpoint, std::uint64_t number,
+                       Listener& listener, std::chrono::milliseconds timeout)
+    : m_loop(loop),
+      m_socket(std::move(socket)),
+      m_timer(loop,
+              [this] {
+                const auto self = shared_from_this();
+                guarded([this] { onTimeout(); });
+              }),
       m_endpoint(endpoint),
       m_number(number),
       m_listener(listener),
-      m_timeout(timeout) {}
-
-void Connection::makePeer() {
-  const std::shared_ptr<Wakeup> wakeup(new Wakeup{m_socket.get_executor(), weak_from_this()});
-  m_peer = std::make_shared<Peer>("client-" + std::to_string(m_number), m_socket.native_handle(),
-                                  [wakeup] { wakeLoop(wakeup); });
+      m_timeout(timeout) {
+  m_watch.emplace(loop, m_socket.get(), EPOLLIN, [this](std::uint32_t events) {
+    const auto self = shared_from_this();
+    guarded([this, events] { onReady(events); });
+  });
 }
 
-void Connection::wakeLoop(const std::shared_ptr<Wakeup>& wakeup) {
-  if (wakeup->pending.exchange(true)) return;
-  const std::shared_ptr<WaitMemory> memory(wakeup, &wakeup->memory);
-  asio::post(wakeup->loop, WaitHandler{memory, [wakeup] {
-                                         wakeup->pending = false;
-                                         const auto self = wakeup->connection.lock();
-                                         if (self) self->guarded([&] { self->checkOutbox(); });
-                                       }});
+// Any thread can make the loop call checkOutbox(). This needs no memory, since a client whose
+// request is lost would wait forever.
+void Connection::makePeer() {
+  auto check = std::make_shared<IoLoop::Task>([weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->guarded([&] { self->checkOutbox(); });
+  });
+  m_peer = std::make_shared<Peer>("client-" + std::to_string(m_number), m_socket.get(),
+                                  [&loop = m_loop, check] { loop.post(check); });
+}
+
+void Connection::await() {
+  if (m_closed) return;
+  m_watch->await((m_reading ? EPOLLIN : 0U) | (m_waitingForRoom ? EPOLLOUT : 0U) |
+                 (m_waitingForDisconnect ? EPOLLHUP : 0U));
+}
+
+// What was awaited may have changed before.
+void Connection::onReady(std::uint32_t events) {
+  const bool hungUp = (events & (EPOLLHUP | EPOLLERR)) != 0;
+  if (hungUp && std::exchange(m_waitingForDisconnect, false)) m_peer->outbox().fail(EPIPE);
+  if ((hungUp || (events & EPOLLOUT) != 0) && std::exchange(m_waitingForRoom, false)) onRoom();
+  if ((hungUp || (events & EPOLLIN) != 0) && std::exchange(m_reading, false)) receive();
+  await();
 }
 
 void Connection::read() {
   m_reading = true;
-  const auto space = m_reader.space();
-  m_socket.async_read_some(asio::buffer(space.data(), space.size()),
-                           [self = shared_from_this()](const auto& error, std::size_t bytes) {
-                             self->guarded([&] { self->onRead(static_cast<bool>(error), bytes); });
-                           });
+  await();
 }
 
-void Connection::onRead(bool failed, std::size_t bytes) {
-  m_reading = false;
-  if (m_closed) return;
-  if (failed) return onEndOfStream();
-  m_reader.commit(bytes);
+void Connection::receive() {
+  const auto space = m_reader.space();
+  const ssize_t size = ::recv(m_socket.get(), space.data(), space.size(), MSG_DONTWAIT);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) return read();
+  if (size <= 0) return onEndOfStream();
+  m_reader.commit(static_cast<std::size_t>(size));
   handle(m_listener.framesAtOnce(*this));
 }
 
@@ -139,10 +155,7 @@ void Connection::resume() {
 void Connection::watchForDisconnect() {
   if (m_peer->outbox().state() != Outbox::State::open) return;
   if (std::exchange(m_waitingForDisconnect, true)) return;
-  m_socket.async_wait(Socket::wait_error, [self = shared_from_this()](const auto& error) {
-    self->m_waitingForDisconnect = false;
-    if (!error && !self->m_closed) self->m_peer->outbox().fail(EPIPE);
-  });
+  await();
 }
 
 void Connection::onEndOfStream() {
@@ -157,7 +170,7 @@ void Connection::onEndOfStream() {
 
 // A client that only ended its sending side still reads; one that closed its socket does not.
 bool Connection::clientStillReads() {
-  pollfd polled{m_socket.native_handle(), 0, 0};
+  pollfd polled{m_socket.get(), 0, 0};
   return ::poll(&polled, 1, 0) == 0;
 }
 
@@ -177,7 +190,7 @@ void Connection::guarded(Step step) try {
 
 void Connection::drop(const char* why) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "client %llu (process %ld) dropped: %s",
-            static_cast<unsigned long long>(m_number), processIdAt(m_socket.native_handle()), why);
+            static_cast<unsigned long long>(m_number), processIdAt(m_socket.get()), why);
   close();
 }
 
@@ -190,8 +203,8 @@ void Connection::close() {
     m_listener.onDisconnect(*this);
   }
   m_timer.cancel();
-  asio::error_code ignored;
-  m_socket.close(ignored);
+  m_watch.reset();
+  m_socket.reset();
   m_listener.onClosed(*this);
 }
 
@@ -222,23 +235,19 @@ void Connection::checkOutbox() {
 
 void Connection::waitForRoom() {
   if (std::exchange(m_waitingForRoom, true)) return;
-  m_socket.async_wait(Socket::wait_write, [self = shared_from_this()](const auto&) {
-    self->m_waitingForRoom = false;
-    if (self->m_closed) return;
-    static_cast<void>(self->m_peer->outbox().flush());
-    self->guarded([&] { self->checkOutbox(); });
-  });
+  await();
+}
+
+void Connection::onRoom() {
+  static_cast<void>(m_peer->outbox().flush());
+  checkOutbox();
 }
 
 // Armed once for a series of unfinished frames; the expiry checks what was received meanwhile.
 void Connection::startTimeout() {
   if (std::exchange(m_timeoutStarted, true)) return;
   m_framesAtTimeoutStart = m_frames;
-  m_timer.expires_after(m_timeout);
-  m_timer.async_wait([weak = weak_from_this()](const auto& error) {
-    if (error) return;
-    if (const auto self = weak.lock()) self->guarded([&] { self->onTimeout(); });
-  });
+  m_timer.start(m_timeout);
 }
 
 void Connection::onTimeout() {

@@ -1,10 +1,5 @@
 #pragma once
 
-#include <asio/basic_stream_socket.hpp>
-#include <asio/io_context.hpp>
-#include <asio/local/stream_protocol.hpp>
-#include <asio/steady_timer.hpp>
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -12,7 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "base/WaitMemory.h"
+#include "base/Descriptor.h"
+#include "base/IoLoop.h"
 #include "remote/Frame.h"
 #include "remote/Peer.h"
 
@@ -23,10 +19,6 @@ namespace host {
 // of the client ends this connection with one log line.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  // The loop's executor by its own type: the type-erased one costs on every read.
-  using Executor = asio::io_context::executor_type;
-  using Socket = asio::basic_stream_socket<asio::local::stream_protocol, Executor>;
-
   // Handles what the client sends. Outlives every connection that is not closed.
   class Listener {
    public:
@@ -53,8 +45,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   // The socket at which the client connected, which decides what it may send.
   enum class Endpoint { calls, control };
 
-  Connection(Socket socket, Endpoint endpoint, std::uint64_t number, Listener& listener,
-             std::chrono::milliseconds timeout);
+  Connection(IoLoop& loop, Descriptor socket, Endpoint endpoint, std::uint64_t number,
+             Listener& listener, std::chrono::milliseconds timeout);
 
   // Once, before all else.
   void makePeer();
@@ -78,17 +70,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   [[nodiscard]] bool hasSentFrames() const { return m_frames > 0; }  // before this one
 
  private:
-  // Lets any thread make the loop call checkOutbox(). Requests are coalesced; a request has memory
-  // of its own, since a client whose request is lost would wait forever.
-  struct Wakeup {
-    Executor loop;
-    std::weak_ptr<Connection> connection;
-    std::atomic<bool> pending{false};
-    WaitMemory memory{};
-  };
-
-  static void wakeLoop(const std::shared_ptr<Wakeup>& wakeup);
-  void onRead(bool failed, std::size_t bytes);
+  void await();
+  void onReady(std::uint32_t events);
+  void receive();
   enum class Turn { complete, over, paused, dropped };
   void handle(std::size_t frames);
   [[nodiscard]] Turn handleFrames(std::size_t most);
@@ -100,16 +84,17 @@ class Connection : public std::enable_shared_from_this<Connection> {
   template <class Step>
   void guarded(Step step);
   void checkOutbox();
+  void onRoom();
   void waitForRoom();
   void closeIfAnswered();
   [[nodiscard]] bool clientStillReads();
   void startTimeout();
   void onTimeout();
 
-  Socket m_socket;
-  asio::basic_waitable_timer<std::chrono::steady_clock,
-                             asio::wait_traits<std::chrono::steady_clock>, Executor>
-      m_timer;
+  IoLoop& m_loop;
+  Descriptor m_socket;
+  std::optional<IoLoop::Watch> m_watch;  // until close()
+  IoLoop::Timer m_timer;
   const Endpoint m_endpoint;
   const std::uint64_t m_number;
   Listener& m_listener;

@@ -11,6 +11,7 @@
 #include "Invoker.h"
 #include "Logging.h"
 #include "Proxy.h"
+#include "base/Descriptor.h"
 #include "base/Error.h"
 #include "base/Origin.h"
 #include "base/PrintableText.h"
@@ -42,7 +43,7 @@ std::string refusal(const std::string& error) {
 
 class RemoteServer::Impl final : public Connection::Listener {
  public:
-  Impl(asio::io_context& loop, ServerSockets sockets, ControlHandler control, Limits limits)
+  Impl(IoLoop& loop, ServerSockets sockets, ControlHandler control, Limits limits)
       : m_loop(loop),
         m_limits(limits),
         m_control(std::move(control)),
@@ -78,12 +79,12 @@ class RemoteServer::Impl final : public Connection::Listener {
     ConnectionLimit::Slot slot;
   };
 
-  void addClient(Connection::Socket socket, Listening& at);
-  [[nodiscard]] ConnectionLimit::Slot takeSlot(Connection::Socket& socket, Listening& at);
+  void addClient(Descriptor socket, Listening& at);
+  [[nodiscard]] ConnectionLimit::Slot takeSlot(const Descriptor& socket, Listening& at);
   std::optional<std::string> setCodec(Connection& from, std::string_view name);
   [[nodiscard]] bool refuseAtWrongSocket(Connection& from, const Frame& frame) const;
 
-  asio::io_context& m_loop;
+  IoLoop& m_loop;
   const Limits m_limits;
   const ControlHandler m_control;
   Registrations m_registrations;
@@ -103,9 +104,8 @@ class RemoteServer::Impl final : public Connection::Listener {
 void RemoteServer::Impl::serve(RemoteTarget target) {
   m_target.emplace(std::move(target));
   for (Listening* const at : {&m_calls, &m_controls}) {
-    at->acceptor.emplace(m_loop, at->file->descriptor(), [this, at](Connection::Socket socket) {
-      addClient(std::move(socket), *at);
-    });
+    at->acceptor.emplace(m_loop, at->file->descriptor(),
+                         [this, at](Descriptor socket) { addClient(std::move(socket), *at); });
   }
 }
 
@@ -117,22 +117,22 @@ void RemoteServer::Impl::stop() {
   for (Listening* const at : {&m_calls, &m_controls}) at->file.reset();
 }
 
-ConnectionLimit::Slot RemoteServer::Impl::takeSlot(Connection::Socket& socket, Listening& at) try {
+ConnectionLimit::Slot RemoteServer::Impl::takeSlot(const Descriptor& socket, Listening& at) try {
   const std::size_t most = at.endpoint == Endpoint::control
                                ? m_limits.controlClients
                                : std::min(m_limits.clients, clientsWithDescriptors());
-  return at.limit.take(m_limits.user(socket.native_handle()), most);
+  return at.limit.take(m_limits.user(socket.get()), most);
 } catch (const Error& error) {
-  Acceptor::refuse(socket.native_handle(), error.what());
+  Acceptor::refuse(socket.get(), error.what());
   throw;
 }
 
-void RemoteServer::Impl::addClient(Connection::Socket socket, Listening& at) {
+void RemoteServer::Impl::addClient(Descriptor socket, Listening& at) {
   ConnectionLimit::Slot slot = takeSlot(socket, at);
   m_peers.retry();
   const std::uint64_t number = ++m_lastNumber;
-  const auto connection = std::make_shared<Connection>(std::move(socket), at.endpoint, number,
-                                                       *this, m_limits.unfinished);
+  const auto connection = std::make_shared<Connection>(m_loop, std::move(socket), at.endpoint,
+                                                       number, *this, m_limits.unfinished);
   connection->makePeer();
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
   const auto kept = m_clients.emplace(number, Client{connection, std::move(slot)}).first;
@@ -212,10 +212,10 @@ Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
   return nullptr;
 }
 
-RemoteServer::RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control)
+RemoteServer::RemoteServer(IoLoop& loop, ServerSockets sockets, ControlHandler control)
     : RemoteServer(loop, std::move(sockets), std::move(control), Limits{}) {}
 
-RemoteServer::RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control,
+RemoteServer::RemoteServer(IoLoop& loop, ServerSockets sockets, ControlHandler control,
                            Limits limits)
     : m_impl(std::make_unique<Impl>(loop, std::move(sockets), std::move(control), limits)) {}
 

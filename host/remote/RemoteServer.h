@@ -18,11 +18,9 @@
 class Executable;
 class Invoker;
 
-namespace asio {
-class io_context;
-}
-
 namespace host {
+
+class IoLoop;
 
 // The target of remote calls: one device's service, its invoker, and the factory of observer
 // proxies. All of it outlives RemoteServer::stop(). The service is destroyed before the server,
@@ -62,9 +60,8 @@ class RemoteServer : public FrameworkContext {
 
   // Binds the sockets: replaces a stale one, throws host::Error for one with a running host.
   // Clients may connect from now on; serve() starts to answer them.
-  RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control);
-  RemoteServer(asio::io_context& loop, ServerSockets sockets, ControlHandler control,
-               Limits limits);
+  RemoteServer(IoLoop& loop, ServerSockets sockets, ControlHandler control);
+  RemoteServer(IoLoop& loop, ServerSockets sockets, ControlHandler control, Limits limits);
   virtual ~RemoteServer();
   RemoteServer(const RemoteServer&) = delete;
   RemoteServer& operator=(const RemoteServer&) = delete;

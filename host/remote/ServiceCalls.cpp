@@ -1,6 +1,9 @@
 #include "remote/ServiceCalls.h"
 
+#include <array>
+#include <cstddef>
 #include <exception>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <utility>
@@ -9,7 +12,6 @@
 #include "InvokerResponse.h"
 #include "Logging.h"
 #include "Method.h"
-#include "base/WaitMemory.h"
 #include "remote/CodecTable.h"
 #include "remote/Peer.h"
 #include "remote/RemoteServer.h"
@@ -27,8 +29,25 @@ class CallScope {
   CallScope& operator=(const CallScope&) = delete;
 };
 
-// Kept for the response of the call in progress, which the invoker deletes on the same thread.
-thread_local WaitMemory t_responseMemory;
+// Memory for one object at a time: the response of the call in progress, which the invoker deletes
+// on the same thread. A larger object, or a second one, gets heap memory.
+class ResponseMemory {
+ public:
+  void* take(std::size_t size) {
+    if (m_taken || size > m_buffer.size()) return ::operator new(size);
+    m_taken = true;
+    return m_buffer.data();
+  }
+  void giveBack(void* place) {
+    if (place != m_buffer.data()) return ::operator delete(place);
+    m_taken = false;
+  }
+
+ private:
+  alignas(std::max_align_t) std::array<std::byte, 64> m_buffer;
+  bool m_taken = false;
+};
+thread_local ResponseMemory t_responseMemory;
 
 // Sends the reply of one call to its client.
 class ClientResponse : public InvokerResponse {

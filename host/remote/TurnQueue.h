@@ -1,11 +1,10 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 
-namespace asio {
-class io_context;
-}
+#include "base/IoLoop.h"
 
 namespace host {
 
@@ -16,8 +15,8 @@ namespace host {
 // memory.
 class TurnQueue {
  public:
-  explicit TurnQueue(asio::io_context& loop);
-  ~TurnQueue();  // drops the waiting steps
+  explicit TurnQueue(IoLoop& loop);
+  ~TurnQueue() = default;  // drops the waiting steps
   TurnQueue(const TurnQueue&) = delete;
   TurnQueue& operator=(const TurnQueue&) = delete;
 
@@ -25,10 +24,12 @@ class TurnQueue {
   [[nodiscard]] bool idle() const;       // no step waits
 
  private:
-  struct State;
-  static void postNext(const std::shared_ptr<State>& state);
-  static void runOne(const std::shared_ptr<State>& state);
-  std::shared_ptr<State> m_state;
+  using Steps = std::deque<std::function<void()>>;
+  void runOne();
+
+  IoLoop& m_loop;
+  const std::shared_ptr<Steps> m_waiting = std::make_shared<Steps>();
+  const std::shared_ptr<IoLoop::Task> m_turn;
 };
 
 }  // namespace host

@@ -5,12 +5,9 @@
 #include "base/Descriptor.h"
 #include "clock/ClockMessage.h"
 
-namespace asio {
-class io_context;
-}
-
 namespace host {
 
+class IoLoop;
 class VirtualClock;
 
 // Creates a channel through which one NTP client sets the clock, and returns the client's end,
@@ -19,7 +16,7 @@ class VirtualClock;
 // the channel with a log line. filterMissed: set, with a log line, by the first client without a
 // system call filter. Thread: any. Failure: an invalid descriptor, and errno. Clock and
 // filterMissed outlive the loop's run.
-[[nodiscard]] Descriptor openClockChannel(asio::io_context& loop, VirtualClock& clock,
+[[nodiscard]] Descriptor openClockChannel(IoLoop& loop, VirtualClock& clock,
                                           std::atomic<bool>& filterMissed);
 
 }  // namespace host

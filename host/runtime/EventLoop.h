@@ -5,12 +5,9 @@
 #include <functional>
 #include <memory>
 
-namespace asio {
-class io_context;
-}
-
 namespace host {
 
+class IoLoop;
 class VirtualClock;
 
 // The framework thread's loop: sockets, posted tasks, timers of the clock, SIGINT and SIGTERM.
@@ -47,7 +44,7 @@ class EventLoop {
   void onReadable(int descriptor, std::chrono::milliseconds delay, std::function<void()> task);
 
   // For sockets.
-  [[nodiscard]] asio::io_context& io();
+  [[nodiscard]] IoLoop& io();
 
  private:
   struct Impl;

@@ -23,10 +23,10 @@ class AcceptorAtBoundSocket : public ::testing::Test {
   }
 
   void start() {
-    acceptor.emplace(loop, socket.get(), [this](Acceptor::Socket) { ++accepted; });
+    acceptor.emplace(loop, socket.get(), [this](const Descriptor&) { ++accepted; });
   }
   void expectAccepts(int clients) {
-    while (accepted < clients && loop.run_one_for(kLong) == 1) continue;
+    while (accepted < clients && loop.runOne()) continue;
     EXPECT_EQ(accepted, clients);
   }
   void expectListensAndAccepts() {
@@ -38,7 +38,7 @@ class AcceptorAtBoundSocket : public ::testing::Test {
   const support::TemporaryFolder folder;
   const std::filesystem::path file = folder / "socket";
   const Descriptor socket{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)};
-  asio::io_context loop;
+  IoLoop loop;
   int accepted = 0;
   std::optional<Acceptor> acceptor;
 };
@@ -46,7 +46,7 @@ class AcceptorAtBoundSocket : public ::testing::Test {
 TEST_F(AcceptorAtBoundSocket, ContinuesAfterAnErrorThatNoClientCaused) {
   const support::LogCapture log;
   start();
-  loop.run_one_for(kLong);
+  loop.runOne();
   EXPECT_TRUE(log.has(2, "cannot accept clients for a moment: Invalid argument")) << log.text();
   expectListensAndAccepts();
 }
@@ -55,7 +55,7 @@ TEST_F(AcceptorAtBoundSocket, ContinuesWithoutMemoryForThePause) {
   start();
   {
     const support::NoMemory none;
-    EXPECT_NO_THROW(loop.run_one_for(kLong));
+    EXPECT_NO_THROW(loop.runOne());
   }
   expectListensAndAccepts();
 }
@@ -69,7 +69,7 @@ TEST_F(AcceptorAtBoundSocket, ContinuesWithoutMemoryForARefusal) {
     const support::SoftLimit full(RLIMIT_NOFILE, static_cast<rlim_t>(lowest.get()));
     lowest.reset();
     const support::NoMemory none;
-    EXPECT_NO_THROW(loop.run_one_for(kLong));
+    EXPECT_NO_THROW(loop.runOne());
   }
   EXPECT_EQ(accepted, 0);
   const RawSocket next(file);

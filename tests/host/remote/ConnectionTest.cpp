@@ -1,10 +1,10 @@
 #include "remote/Connection.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
-#include <asio/local/connect_pair.hpp>
+#include <array>
 #include <memory>
-#include <utility>
 
 namespace host {
 namespace {
@@ -23,18 +23,19 @@ class CountingListener final : public Connection::Listener {
 
 TEST(Connection, ReportsItsEndOnceWhicheverSideDisconnectsFirst) {
   for (const bool clientFirst : {true, false}) {
-    asio::io_context loop;
-    Connection::Socket own(loop.get_executor());
-    Connection::Socket client(loop.get_executor());
-    asio::local::connect_pair(own, client);
+    IoLoop loop;
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const Descriptor client(ends[0]);
     CountingListener listener;
-    const auto connection = std::make_shared<Connection>(
-        std::move(own), Connection::Endpoint::calls, 1, listener, std::chrono::seconds(10));
+    const auto connection =
+        std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::calls, 1,
+                                     listener, std::chrono::seconds(10));
     connection->makePeer();
     connection->read();
     if (clientFirst) {
-      client.shutdown(Connection::Socket::shutdown_send);
-      loop.run();
+      ::shutdown(client.get(), SHUT_WR);
+      loop.poll();
     }
     connection->close();
     connection->end();

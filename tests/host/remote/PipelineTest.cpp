@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <array>
-#include <asio/io_context.hpp>
-#include <asio/post.hpp>
 #include <cstdlib>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include "base/Descriptor.h"
+#include "base/IoLoop.h"
 #include "host/remote/RawSocket.h"
 #include "remote/ClientLimits.h"
 #include "remote/Connection.h"
@@ -40,12 +39,12 @@ class Answering final : public Connection::Listener {
   std::size_t framesAtOnce(const Connection&) const override { return kFramesInTurn; }
   void onTurnOver(Connection& from) override {
     ++turnsOver;
-    asio::post(loop, [connection = from.shared_from_this()] { connection->takeTurn(); });
+    loop.post([connection = from.shared_from_this()] { connection->takeTurn(); });
   }
   void onDisconnect(Connection&) override {}
   void onClosed(Connection&) override { ++closes; }
 
-  asio::io_context loop;
+  IoLoop loop;
   std::string answer = "12:00am";
   std::uint32_t frames = 0;
   int turnsOver = 0;
@@ -59,10 +58,9 @@ class Pipeline {
     std::array<int, 2> ends{};
     if (::socketpair(AF_UNIX, type | SOCK_CLOEXEC, 0, ends.data()) != 0) std::abort();
     m_client.reset(ends[0]);
-    Connection::Socket socket(m_listener.loop.get_executor());
-    socket.assign(asio::local::stream_protocol(), ends[1]);
-    m_connection = std::make_shared<Connection>(std::move(socket), Connection::Endpoint::calls, 1,
-                                                m_listener, std::chrono::milliseconds(10'000));
+    m_connection = std::make_shared<Connection>(m_listener.loop, Descriptor(ends[1]),
+                                                Connection::Endpoint::calls, 1, m_listener,
+                                                std::chrono::milliseconds(10'000));
     m_connection->makePeer();
     m_connection->read();
   }
@@ -121,10 +119,7 @@ class Pipeline {
   [[nodiscard]] Answering& listener() { return m_listener; }
 
  private:
-  void handle() {
-    m_listener.loop.restart();
-    m_listener.loop.poll();
-  }
+  void handle() { m_listener.loop.poll(); }
 
   Answering m_listener;
   Descriptor m_client;

@@ -2,15 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <asio/executor_work_guard.hpp>
-#include <asio/io_context.hpp>
-#include <asio/post.hpp>
 #include <chrono>
 #include <future>
 #include <memory>
 #include <optional>
 #include <thread>
 
+#include "base/IoLoop.h"
 #include "host/remote/FakeDevice.h"
 #include "remote/FrameSocket.h"
 #include "remote/RemoteClient.h"
@@ -64,9 +62,7 @@ class ServerUnderTest {
       : ServerUnderTest(ControlHandler(), limits) {}
   explicit ServerUnderTest(ControlHandler control = {},
                            RemoteServer::Limits limits = RemoteServer::Limits{})
-      : socket(m_folder / "host.socket"),
-        controlSocket(controlSocketBeside(socket)),
-        m_work(m_loop.get_executor()) {
+      : socket(m_folder / "host.socket"), controlSocket(controlSocketBeside(socket)) {
     m_server.emplace(m_loop, ServerSockets{socket, controlSocket, {}}, std::move(control), limits);
     device.initInvoker(&*m_server);
     m_server->serve(device.target());
@@ -74,7 +70,7 @@ class ServerUnderTest {
   }
   ~ServerUnderTest() {
     stop();
-    m_work.reset();
+    m_loop.stop();
     m_thread.join();
     m_server.reset();
   }
@@ -85,7 +81,7 @@ class ServerUnderTest {
     if (std::this_thread::get_id() == m_thread.get_id()) return task();
     std::packaged_task<decltype(task())()> packaged(std::move(task));
     auto result = packaged.get_future();
-    asio::post(m_loop, [&packaged] { packaged(); });
+    m_loop.post([&packaged] { packaged(); });
     return result.get();
   }
 
@@ -111,8 +107,7 @@ class ServerUnderTest {
   FakeDevice device;
 
  private:
-  asio::io_context m_loop;
-  asio::executor_work_guard<asio::io_context::executor_type> m_work;
+  IoLoop m_loop;
   std::optional<RemoteServer> m_server;
   std::thread m_thread;
 };

@@ -5,7 +5,6 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <asio/io_context.hpp>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -15,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "base/IoLoop.h"
 #include "clock/VirtualClock.h"
 #include "support/LogCapture.h"
 #include "support/NoMemory.h"
@@ -44,7 +44,7 @@ class OpenClockChannel : public testing::Test {
     return got == sizeof answer ? answer.error : -1;
   }
 
-  asio::io_context m_loop;
+  IoLoop m_loop;
   VirtualClock m_clock;
   std::atomic<bool> m_filterMissed = false;
   Descriptor m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
@@ -66,7 +66,7 @@ TEST_F(OpenClockChannel, HandlesOneMessagePerTurnOfTheLoop) {
     ASSERT_EQ(::send(m_channel.get(), &request, sizeof request, 0), 16);
   }
   for (const int second : {1, 2, 3}) {
-    m_loop.run_one();
+    m_loop.runOne();
     EXPECT_EQ(m_clock.wall(), seconds(second));
   }
 }
@@ -74,7 +74,7 @@ TEST_F(OpenClockChannel, HandlesOneMessagePerTurnOfTheLoop) {
 TEST_F(OpenClockChannel, EndsWhenTheClientDisconnects) {
   send(SetClockRequest{5, 0});
   m_channel.reset();
-  m_loop.run();  // returns, because nothing is left to wait for
+  m_loop.poll();
   EXPECT_EQ(m_clock.wall(), seconds(5));
 }
 
@@ -93,7 +93,6 @@ TEST_F(OpenClockChannel, IsServedOrClosedWhenMemoryRunsOutAtItsStart) {
       EXPECT_NO_THROW(m_loop.poll());
       ranOut = support::NoMemory::ranOut();
     }
-    m_loop.restart();
     const auto ended = answer();
     EXPECT_EQ(ended, ranOut ? std::optional(-1) : std::nullopt);
     if (ended) continue;

@@ -1,0 +1,292 @@
+#include "base/IoLoop.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/Error.h"
+#include "support/NoMemory.h"
+#include "support/OpenDescriptors.h"
+#include "support/SoftLimit.h"
+
+namespace host {
+namespace {
+
+using std::chrono::milliseconds;
+
+struct Sockets {
+  Sockets() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    own.reset(ends[0]);
+    other.reset(ends[1]);
+  }
+  void send() const { EXPECT_EQ(::write(other.get(), "x", 1), 1); }
+  void receive() const {
+    char byte = 0;
+    EXPECT_EQ(::read(own.get(), &byte, 1), 1);
+  }
+  Descriptor own;
+  Descriptor other;
+};
+
+TEST(IoLoop, RunsTasksInTheOrderOfTheirPosts) {
+  IoLoop loop;
+  std::vector<int> ran;
+  for (const int task : {1, 2, 3}) loop.post([&ran, task] { ran.push_back(task); });
+  EXPECT_EQ(loop.poll(), 3U);
+  EXPECT_EQ(ran, (std::vector<int>{1, 2, 3}));
+}
+
+TEST(IoLoop, QueuesATaskOnceUntilItRuns) {
+  IoLoop loop;
+  int ran = 0;
+  std::shared_ptr<IoLoop::Task> task;
+  task = std::make_shared<IoLoop::Task>([&] {
+    if (++ran < 3) loop.post(task);
+  });
+  loop.post(task);
+  loop.post(task);
+  EXPECT_EQ(loop.poll(), 3U);
+  EXPECT_EQ(ran, 3);
+}
+
+TEST(IoLoop, PostsAgainWithoutMemory) {
+  IoLoop loop;
+  int ran = 0;
+  const auto task = std::make_shared<IoLoop::Task>([&] { ++ran; });
+  const support::NoMemory none;
+  loop.post(task);
+  loop.poll();
+  loop.post(task);
+  loop.poll();
+  EXPECT_EQ(ran, 2);
+}
+
+TEST(IoLoop, RunsReadyDescriptorsBeforeTheNextTask) {
+  IoLoop loop;
+  const Sockets sockets;
+  std::string order;
+  const IoLoop::Watch watch(loop, sockets.own.get(), EPOLLIN, [&](auto) {
+    sockets.receive();
+    order += 's';
+  });
+  loop.post([&] {
+    order += 't';
+    sockets.send();
+    loop.post([&] { order += 't'; });
+  });
+  loop.poll();
+  EXPECT_EQ(order, "tst");
+}
+
+TEST(IoLoop, KeepsWhatIsReadyWhenAHandlerThrows) {
+  IoLoop loop;
+  int ran = 0;
+  loop.post([] { throw std::bad_alloc(); });
+  loop.post([&] { ++ran; });
+  EXPECT_THROW(loop.runOne(), std::bad_alloc);
+  EXPECT_TRUE(loop.runOne());
+  EXPECT_EQ(ran, 1);
+}
+
+TEST(IoLoop, IsStoppedByAnotherThreadAndRunsAgain) {
+  IoLoop loop;
+  for (int i = 0; i < 2; ++i) {
+    loop.restart();
+    std::thread other([&] { loop.stop(); });
+    loop.run();
+    other.join();
+    EXPECT_FALSE(loop.runOne());
+  }
+}
+
+TEST(IoLoop, DropsAnyNumberOfTasksWhenDestroyed) {
+  IoLoop loop;
+  for (int i = 0; i < 300'000; ++i) loop.post([] { ADD_FAILURE(); });
+}
+
+TEST(IoLoop, SaysThatItHasNoDescriptor) {
+  const int lowest = Descriptor(::dup(0)).get();
+  const auto before = support::openDescriptors();
+  for (const int more : {0, 1, 2}) {
+    const support::SoftLimit full(RLIMIT_NOFILE, static_cast<rlim_t>(lowest + more));
+    try {
+      const IoLoop loop;
+      ADD_FAILURE() << more;
+    } catch (const Error& error) {
+      EXPECT_STREQ(error.what(), "cannot open the event loop: Too many open files");
+    }
+  }
+  EXPECT_EQ(support::openDescriptors(), before);
+}
+
+TEST(IoLoopWatch, ReportsAnEventUntilItIsOver) {
+  IoLoop loop;
+  const Sockets sockets;
+  int ran = 0;
+  const IoLoop::Watch watch(loop, sockets.own.get(), EPOLLIN, [&](auto) {
+    if (++ran == 2) sockets.receive();
+  });
+  sockets.send();
+  EXPECT_EQ(loop.poll(), 2U);
+}
+
+TEST(IoLoopWatch, IsSilentWhileItAwaitsNothing) {
+  IoLoop loop;
+  Sockets sockets;
+  std::uint32_t reported = 0;
+  IoLoop::Watch watch(loop, sockets.own.get(), EPOLLIN, [&](std::uint32_t events) {
+    reported = events;
+    watch.await(0);
+  });
+  sockets.send();
+  EXPECT_EQ(loop.poll(), 1U);
+  sockets.other.reset();
+  EXPECT_EQ(loop.poll(), 0U);
+  watch.await(EPOLLHUP);
+  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_NE(reported & EPOLLHUP, 0U);
+}
+
+TEST(IoLoopWatch, AwaitsAHangUpAlone) {
+  IoLoop loop;
+  Sockets sockets;
+  int ran = 0;
+  IoLoop::Watch watch(loop, sockets.own.get(), EPOLLHUP, [&](auto) {
+    ++ran;
+    watch.await(0);
+  });
+  sockets.send();
+  ::shutdown(sockets.other.get(), SHUT_WR);
+  EXPECT_EQ(loop.poll(), 0U);
+  sockets.other.reset();
+  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(ran, 1);
+}
+
+TEST(IoLoopWatch, MayBeDestroyedWhileItsEventWaits) {
+  IoLoop loop;
+  const Sockets first;
+  const Sockets second;
+  std::optional<IoLoop::Watch> one;
+  std::optional<IoLoop::Watch> two;
+  int ran = 0;
+  const auto endBoth = [&](auto) {
+    ++ran;
+    one.reset();
+    two.reset();
+  };
+  one.emplace(loop, first.own.get(), EPOLLIN, endBoth);
+  two.emplace(loop, second.own.get(), EPOLLIN, endBoth);
+  first.send();
+  second.send();
+  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(ran, 1);
+}
+
+TEST(IoLoopWatch, SaysWhyADescriptorCannotBeAwaited) {
+  IoLoop loop;
+  try {
+    const IoLoop::Watch watch(loop, -1, EPOLLIN, [](auto) {});
+    ADD_FAILURE();
+  } catch (const Error& error) {
+    EXPECT_STREQ(error.what(), "cannot wait for a descriptor: Bad file descriptor");
+  }
+}
+
+TEST(IoLoopServe, ClosesTheDescriptorAfterItsLastMessage) {
+  IoLoop loop;
+  Sockets sockets;
+  const int own = sockets.own.get();
+  int messages = 0;
+  loop.serve(std::move(sockets.own), [&, own] {
+    char byte = 0;
+    return ::read(own, &byte, 1) == 1 && ++messages < 2;
+  });
+  sockets.send();
+  sockets.send();
+  EXPECT_EQ(loop.poll(), 2U);
+  char byte = 0;
+  EXPECT_EQ(::read(sockets.other.get(), &byte, 1), 0) << "closed";
+}
+
+TEST(IoLoopServe, ClosesTheDescriptorAfterAnException) {
+  IoLoop loop;
+  Sockets sockets;
+  loop.serve(std::move(sockets.own), []() -> bool { throw std::bad_alloc(); });
+  ::shutdown(sockets.other.get(), SHUT_WR);
+  EXPECT_THROW(loop.runOne(), std::bad_alloc);
+  char byte = 0;
+  EXPECT_EQ(::read(sockets.other.get(), &byte, 1), 0) << "closed";
+  EXPECT_EQ(loop.poll(), 0U);
+}
+
+TEST(IoLoopServe, ClosesTheDescriptorWithTheLoop) {
+  const Sockets sockets;
+  const auto before = support::openDescriptors();
+  {
+    IoLoop loop;
+    loop.serve(Descriptor(::dup(sockets.own.get())), [] { return true; });
+  }
+  EXPECT_EQ(support::openDescriptors(), before);
+}
+
+TEST(IoLoopTimer, ExpiresOnceInTheOrderOfTime) {
+  IoLoop loop;
+  std::string order;
+  IoLoop::Timer later(loop, [&] {
+    order += 'b';
+    loop.stop();
+  });
+  IoLoop::Timer sooner(loop, [&] { order += 'a'; });
+  IoLoop::Timer never(loop, [&] { order += 'c'; });
+  later.start(milliseconds(2));
+  sooner.start(milliseconds(1));
+  never.start(IoLoop::Timer::kLongest);
+  loop.run();
+  EXPECT_EQ(order, "ab");
+}
+
+TEST(IoLoopTimer, StartsAnewAndIsCancelledWithoutMemory) {
+  IoLoop loop;
+  int expired = 0;
+  IoLoop::Timer timer(loop, [&] { ++expired; });
+  IoLoop::Timer end(loop, [&] { loop.stop(); });
+  {
+    const support::NoMemory none;
+    timer.start(IoLoop::Timer::kLongest);
+    timer.start(milliseconds(0));
+    EXPECT_TRUE(loop.runOne());
+    timer.start(milliseconds(0));
+    timer.cancel();
+    end.start(milliseconds(1));
+  }
+  loop.run();
+  EXPECT_EQ(expired, 1);
+}
+
+TEST(IoLoopTimer, ExpiresAloneSoThatOthersAreNotKeptWaiting) {
+  IoLoop loop;
+  std::string order;
+  IoLoop::Timer first(loop, [&] { order += 'a'; });
+  IoLoop::Timer second(loop, [&] { order += 'b'; });
+  first.start(milliseconds(0));
+  second.start(milliseconds(0));
+  EXPECT_TRUE(loop.runOne());
+  EXPECT_EQ(order, "a");
+  EXPECT_TRUE(loop.runOne());
+  EXPECT_EQ(order, "ab");
+}
+
+}  // namespace
+}  // namespace host
