@@ -10,6 +10,7 @@
 #include "HostProgram.h"
 #include "Measure.h"
 #include "SystemCalls.h"
+#include "support/SleepingThread.h"
 
 namespace bench {
 namespace {
@@ -62,7 +63,7 @@ Sample perOperation(std::size_t operations, Operation operation, Count count) {
   return {static_cast<double>(count() - before) / static_cast<double>(operations), {}};
 }
 
-// The mean count for a batch of `inFlight` calls that are sent together.
+// The mean count for a batch of `inFlight` calls that are sent together while the host sleeps.
 template <class Count>
 Sample perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
   const BlockingClient connection(host.socket());
@@ -71,6 +72,7 @@ Sample perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
   const auto callAll = [&] {
     connection.send(requests);
     for (std::size_t i = 0; i < inFlight; ++i) static_cast<void>(connection.frame());
+    support::waitUntilSleeps(host.program().id());
   };
   return perOperation(kCalls, callAll, count);
 }

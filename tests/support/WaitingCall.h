@@ -3,12 +3,11 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <fstream>
 #include <functional>
-#include <iterator>
-#include <string>
 #include <thread>
 #include <utility>
+
+#include "support/SleepingThread.h"
 
 namespace support {
 
@@ -28,19 +27,11 @@ class WaitingCall {
 
   // True once the thread sleeps; false when the call has returned instead.
   [[nodiscard]] bool waits() const {
-    while (!m_returned && !sleeps()) std::this_thread::yield();
+    while (!m_returned && !sleeps(m_id)) std::this_thread::yield();
     return !m_returned;
   }
 
  private:
-  // The letter of the thread's state follows its name, which is in parentheses.
-  [[nodiscard]] bool sleeps() const {
-    std::ifstream file("/proc/self/task/" + std::to_string(m_id) + "/stat");
-    const std::string line{std::istreambuf_iterator<char>(file), {}};
-    const auto name = line.rfind(')');
-    return name != std::string::npos && line.compare(name, 3, ") S") == 0;
-  }
-
   std::atomic<int> m_id{0};
   std::atomic<bool> m_returned{false};
   std::thread m_thread;  // last: it uses all of the above
