@@ -37,6 +37,9 @@ namespace {
 // program that is just removing the folder with its content.
 constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
 
+// What the first replies need not wait for is done this long after the host listens.
+constexpr std::chrono::milliseconds kAfterFirstReplies{10};
+
 // During its lifetime, the log goes to standard error. The destructor writes what is still waiting.
 class ErrorLog {
  public:
@@ -149,14 +152,14 @@ Host::Host(const HostOptions& options)
                                        CLOCK_VERSION, options.plugin, postTo(m_loop)}) {
   m_loop.stopOnSignals();
   m_device.start(m_server);
-  watchReportPipe();
   warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   if (!options.systemClock) m_clock.setSpeed(options.speed);
+  m_loop.postAfter(kAfterFirstReplies, [this] { watchReportPipe(); });
   logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());
 }
 
-// The host also runs without watching its pipe.
+// A change before this is found too. The host also runs without watching its pipe.
 void Host::watchReportPipe() try {
   ReportPipe& pipe = m_device.reportPipe();
   m_loop.onReadable(pipe.watch(), kPipeRestoreDelay, [&pipe] { pipe.restore(); });

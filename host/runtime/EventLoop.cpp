@@ -102,6 +102,7 @@ struct EventLoop::Impl {
   std::optional<TerminationSignals> signals;
   std::optional<IoLoop::Watch> signalled;  // wakes the loop, which then asks `signals`
   std::list<Readable> readables;
+  std::list<std::optional<IoLoop::Timer>> delayed;  // each removes itself when it has expired
 };
 
 EventLoop::EventLoop(VirtualClock& clock) : m_impl(std::make_shared<Impl>(clock)) {
@@ -131,6 +132,17 @@ void EventLoop::stop() {
 
 void EventLoop::post(std::function<void()> task) {
   m_impl->io.post(std::move(task));
+}
+
+void EventLoop::postAfter(std::chrono::milliseconds delay, std::function<void()> task) {
+  auto& delayed = m_impl->delayed;
+  const auto timer = delayed.emplace(delayed.end());
+  timer->emplace(m_impl->io, [&delayed, timer, task = std::move(task)]() mutable {
+    const auto run = std::move(task);
+    delayed.erase(timer);
+    run();
+  });
+  (*timer)->start(delay);
 }
 
 void EventLoop::onReadable(int descriptor, std::chrono::milliseconds delay,

@@ -35,12 +35,16 @@ class EventLoop {
   void run();
   void stop();
 
-  // Queues the task for the framework thread; tasks run in order.
+  // Queues the task for the framework thread; tasks run in order. run() throws what a task throws,
+  // except std::bad_alloc, which is logged.
   void post(std::function<void()> task);
+
+  // Queues the task after a delay of real time.
+  void postAfter(std::chrono::milliseconds delay, std::function<void()> task);
 
   // Runs the task `delay` after each time that the descriptor becomes readable. The task must read
   // it; exceptions of the task are logged. The loop keeps a duplicate of the descriptor.
-  // REQUIRES: called before run(). Throws Error and std::bad_alloc.
+  // REQUIRES: called before run(), or by a task. Throws Error and std::bad_alloc.
   void onReadable(int descriptor, std::chrono::milliseconds delay, std::function<void()> task);
 
   // For sockets.

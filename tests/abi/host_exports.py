@@ -8,7 +8,7 @@ import sys
 from imports import foreign_symbols, owners, platform_names
 
 REPLACED = {"fopen", "fopen64", "open", "open64", "settimeofday", "stat", "stat64", "sysinfo", "time"}
-OTHER_OWNERS = ("host::", "asio::", "nlohmann::", "CLI::", "msgpack::")
+OTHER_OWNERS = ("host::", "nlohmann::", "CLI::", "msgpack::")
 GLOBAL = "TDBRVWu"  # nm's letters
 
 

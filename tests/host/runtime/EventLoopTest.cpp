@@ -62,6 +62,22 @@ TEST_F(IdleEventLoop, RunsTasksInOrderUntilItIsStopped) {
   EXPECT_EQ(order, (std::vector<int>{1, 2}));
 }
 
+TEST_F(IdleEventLoop, RunsADelayedTaskAfterThoseThatAreQueued) {
+  std::vector<int> order;
+  loop.postAfter(milliseconds(1), [&] {
+    order.push_back(2);
+    loop.stop();
+  });
+  loop.post([&] { order.push_back(1); });
+  loop.run();
+  EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
+TEST_F(IdleEventLoop, ThrowsWhatATaskThrows) {
+  loop.postAfter(milliseconds(1), [] { throw std::runtime_error("a task"); });
+  EXPECT_THROW(loop.run(), std::runtime_error);
+}
+
 TEST_F(IdleEventLoop, RunsTheTaskEachTimeADescriptorIsReadable) {
   const Pipe pipe;
   std::string taken;

@@ -153,6 +153,15 @@ TEST_F(WatchedPipe, DoesNotRecreateTheStateFolder) {
   EXPECT_TRUE(m_log.hasPart("not recreated")) << m_log.text();
 }
 
+TEST_F(WatchedPipe, IsReplacedWhenItWasDeletedBeforeItIsWatched) {
+  m_pipe.reset();
+  m_pipe.emplace();
+  fs::remove(m_pipe->path());
+  m_watch = m_pipe->watch();
+  EXPECT_TRUE(isPipe());
+  EXPECT_TRUE(m_log.hasPart("was deleted or replaced; it is recreated")) << m_log.text();
+}
+
 TEST_F(WatchedPipe, ListenerThatOpensTheOldPipeLateDoesNotBlock) {
   const host::Descriptor former(open(m_pipe->path().c_str(), O_PATH | O_CLOEXEC));
   fs::remove(m_pipe->path());
