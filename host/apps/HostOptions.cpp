@@ -146,9 +146,10 @@ gid_t groupNamed(const std::string& name) {
 }
 
 void applySockets(const RawOptions& raw, HostOptions& options) {
-  if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
-  if (absolute(options.controlSocket).lexically_normal() ==
-      absolute(options.socket).lexically_normal()) {
+  if (options.controlSocket.empty()) {
+    options.controlSocket = controlSocketBeside(options.socket);
+  } else if (absolute(options.controlSocket).lexically_normal() ==
+             absolute(options.socket).lexically_normal()) {
     throw UsageError("--control-socket must be another file than --socket");
   }
   if (!raw.socketGroup.empty()) options.socketGroup = groupNamed(raw.socketGroup);
