@@ -1,20 +1,21 @@
 #include "scenario/ScenarioExpectations.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 
 #include "base/PrintableText.h"
+#include "scenario/CallExpectation.h"
 #include "scenario/EventExpectation.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
+#include "scenario/ScenarioNames.h"
 #include "scenario/ScenarioPaths.h"
 #include "services/LocalManagement.h"
-#include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
-#include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
@@ -38,46 +39,9 @@ void requireEqual(const std::string& what, const std::string& expected, const st
   if (got != expected) fail(what + ' ' + quoted(expected), quoted(got));
 }
 
-// The words of `expect call METHOD`: request parameters are sent, reply parameters are expected.
-struct CallExpectation {
-  Method call;
-  std::vector<std::string> wanted;  // NAME=VALUE
-};
-
-CallExpectation readCallWords(WordReader& words) {
-  const std::string& name = words.next("METHOD");
-  const MethodRow* const method = rowNamed(remoteMethods(), name);
-  if (method == nullptr) {
-    WordReader::fail("no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
-  }
-  std::vector<std::string> arguments;
-  std::vector<std::string> wanted;
-  for (const std::string& word : words.rest()) {
-    const std::string parameter = word.substr(0, word.find_first_of(":="));
-    static_cast<void>(parseArgument(word));
-    if (rowNamed(method->request, parameter) != nullptr) {
-      arguments.push_back(word);
-    } else if (rowNamed(method->reply, parameter) != nullptr) {
-      wanted.push_back(word);
-    } else {
-      WordReader::fail(quotedText(parameter) + " is not a parameter of " + name +
-                       suggestionFor(*method, parameter));
-    }
-  }
-  return {callOf(name, arguments), wanted};
-}
-
-Run expectCall(WordReader& words) {
-  return [expectation = readCallWords(words)](ScenarioDevice& device) {
-    Method call = expectation.call;
-    const auto reply = device.call(call);
-    if (!reply) fail("a reply of " + call.getName(), "none");
-    requireParameters("a reply with ", expectation.wanted, *reply);
-  };
-}
-
 Run expectGet(WordReader& words) {
   const std::string key = words.next("KEY");
+  requireManagementKey(key);
   const std::string value = words.next("VALUE");
   return [key, value](ScenarioDevice& device) {
     const Json answer = device.request({{"verb", "get"}, {"key", key}});
@@ -129,12 +93,10 @@ Run expectRefused(WordReader& words) {
   if (verb.route == Verb::Route::watch)
     WordReader::fail("watch cannot be refused; name another verb, or write `expect no event`");
   if (verb.route == Verb::Route::call) {
-    const auto arguments = request["arguments"].get<std::vector<std::string>>();
-    return [call = callOf(request["method"], arguments)](ScenarioDevice& device) {
-      Method copy = call;
-      if (const auto reply = device.call(copy)) fail("no reply", parametersText(*reply));
-    };
+    WordReader call(rest.subspan(1), "refused call METHOD [NAME=VALUE ...]");
+    return expectNoReply(call);
   }
+  requireKnownKey(request);
   return [request](ScenarioDevice& device) {
     if (device.request(request).value("ok", false)) fail("a refusal", "success");
   };
@@ -142,6 +104,7 @@ Run expectRefused(WordReader& words) {
 
 Run expectReport(WordReader& words) {
   const std::string key = words.next("KEY");
+  requireManagementKey(key);
   const std::string wanted = key + ' ' + words.next("VALUE");
   return [wanted](ScenarioDevice& device) {
     const auto isWanted = [&](const std::string& report) { return report == wanted; };
@@ -160,6 +123,7 @@ Run expectNoReport(WordReader&) {
 
 Run expectState(WordReader& words) {
   const std::string key = words.next("KEY");
+  requireManagementKey(key);
   const int state = words.integer("N");
   return [key, state](ScenarioDevice& device) {
     const int got = device.device().management().itemState(key);
@@ -170,6 +134,7 @@ Run expectState(WordReader& words) {
 // A value of the device itself, such as "last-restart-date".
 Run expectValue(WordReader& words) {
   const std::string key = words.next("KEY");
+  requireDeviceValue(key);
   const std::string value = words.next("TEXT");
   return [key, value](ScenarioDevice& device) {
     const auto got = device.device().management().value(key);
@@ -200,6 +165,7 @@ struct Expectation {
 
 constexpr Expectation kExpectations[] = {
     {"call", "call METHOD [NAME=VALUE ...]", expectCall},
+    {"false call", "false call METHOD [NAME=VALUE ...]", expectFalseCall},
     {"get", "get KEY VALUE", expectGet},
     {"event", "event NAME [NAME=VALUE ...]", expectEvent},
     {"next event", "next event NAME [NAME=VALUE ...]", expectNextEvent},
@@ -220,7 +186,9 @@ static_assert(namesAreUnique(kExpectations));
 
 Run readExpectation(std::span<const std::string> words) {
   if (words.empty()) throw UsageError("the expectation is missing, as in `expect get KEY VALUE`");
-  const bool two = words.size() > 1 && (words.front() == "no" || words.front() == "next");
+  constexpr std::array kFirstOfTwo = {"no", "next", "false"};
+  const bool two = words.size() > 1 && std::find(kFirstOfTwo.begin(), kFirstOfTwo.end(),
+                                                 words.front()) != kFirstOfTwo.end();
   const std::string name = two ? words[0] + ' ' + words[1] : words.front();
   const Expectation* const row = rowNamed(kExpectations, name);
   if (row == nullptr) {

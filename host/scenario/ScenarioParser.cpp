@@ -4,14 +4,14 @@
 #include "DataStorage.h"
 #include "base/PrintableText.h"
 #include "framework/DataAccess.h"
+#include "scenario/CallExpectation.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "scenario/ScenarioExpectations.h"
+#include "scenario/ScenarioNames.h"
 #include "scenario/ScenarioPaths.h"
 #include "scenario/ScenarioWords.h"
-#include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
-#include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
@@ -65,24 +65,17 @@ constexpr SetupLine kSetup[] = {
     {"at", "at UTC", readAt},
 };
 
-Run runCall(const Json& request) {
-  const std::string name = request["method"];
-  const auto arguments = request["arguments"].get<std::vector<std::string>>();
-  const MethodRow* const known = rowNamed(remoteMethods(), name);
-  const bool replies = known == nullptr || known->replies();
-  return [call = callOf(name, arguments), replies](ScenarioDevice& device) {
-    Method copy = call;
-    if (!device.call(copy) && replies) throw ScenarioFailure("expected a reply, got none");
-  };
-}
-
 Run runVerb(std::span<const std::string> words) {
   const Verb& verb = verbOf(words);
   const Json request = requestOf(verb, words);
   if (verb.route == Verb::Route::watch || request.value("follow", false)) {
     throw UsageError("a scenario cannot watch or follow; write `expect event` or `expect log`");
   }
-  if (verb.route == Verb::Route::call) return runCall(request);
+  if (verb.route == Verb::Route::call) {
+    WordReader call(words.subspan(1), "call METHOD [NAME=VALUE ...]");
+    return callStep(call);
+  }
+  requireKnownKey(request);
   return [request](ScenarioDevice& device) {
     const Json answer = device.request(request);
     if (!answer.value("ok", false)) {
@@ -110,6 +103,7 @@ Run readFile(WordReader& words) {
 // Changes a setting without notifying the service, as downloaded user data do.
 Run readStore(WordReader& words) {
   const std::string key = words.next("KEY");
+  requireStorageKey(key);
   const std::string value = words.next("VALUE");
   return [key, value](ScenarioDevice& device) {
     const char* const schema = DASUtilsStrings::ClockSettingsSchema;

@@ -84,7 +84,16 @@ const Case kCases[] = {
      "expect file setupTZ.sh \"#!/bin/sh\\n\\nexport TZ=LOC00:00\\n\""},
     {"", "expect no file /data/none", "expect no file setupTZ.sh"},
     {"", "expect refused set daylight-save yes", "expect refused set daylight-save true"},
-    {"", "expect refused call nothing", "expect refused call getTime"},
+    {"", "expect refused call getTimeUTCStr", "expect refused call getTime"},
+    {"", "expect false call setDate setDateDay=1 setDateMonth=1 setDateYear=2040",
+     "expect false call setDate setDateDay=1 setDateMonth=1 setDateYear=2030"},
+    {"", "expect false call setTime setTimeHours=9",
+     "expect false call setTime setTimeHours=9 setTimeMinutes=0 setTimeSeconds=0"},
+    {"", "expect call setDate setDateDay=1 setDateMonth=1 setDateYear=2040 setDateReturn=false",
+     "expect call setDate setDateDay=1 setDateMonth=1 setDateYear=2040"},
+    {"", "call setDate setDateDay=1 setDateMonth=1 setDateYear=2030",
+     "call setDate setDateDay=1 setDateMonth=1 setDateYear=2040"},
+    {"", "expect call isTimeSourceSntp isTimeSourceSntpReturn=false", "call isTimeSourceSntp"},
 };
 
 TEST(ScenarioExpectations, HoldOnlyForWhatCame) {
@@ -129,7 +138,13 @@ TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
       {"set daylight-save yes",
        "1: expected success, got a refusal: \"daylight-save\" refused \"yes\"; it "
        "takes true or false\n"},
-      {"call nothing", "1: expected a reply, got none\n"},
+      {"call setDate setDateDay=1 setDateMonth=1 setDateYear=2040",
+       "1: expected success, got setDateReturn=false; write `expect false call` if that is "
+       "right\n"},
+      {"expect refused call setDate setDateDay=1 setDateMonth=1 setDateYear=2040",
+       "1: expected no reply, got setDateReturn=false; write `expect false call`\n"},
+      {"expect false call setTime setTimeHours=1 setTimeMinutes=0 setTimeSeconds=0",
+       "1: expected a reply of false, got setTimeReturn=true\n"},
       {"expect value mac-addr 1", "1: expected mac-addr \"1\", got no such value\n"},
   };
   for (const auto& [text, error] : failing) EXPECT_EQ(resultOf(text), error) << text;
@@ -145,8 +160,8 @@ TEST(ScenarioExpectations, TheFailureListsTheLastFiveThatCame) {
 // A line is found once; it and those before it are then skipped.
 TEST(ScenarioExpectations, FindEachLogLineOnce) {
   const std::string steps =
-      "call setDate setDateDay=1 setDateMonth=1 setDateYear=2038\n"
-      "call setDate setDateDay=1 setDateMonth=1 setDateYear=2099\n";
+      "expect false call setDate setDateDay=1 setDateMonth=1 setDateYear=2038\n"
+      "expect false call setDate setDateDay=1 setDateMonth=1 setDateYear=2099\n";
   EXPECT_EQ(resultOf(steps + "expect log restriction: 2038\nexpect log restriction: 2099"),
             "passed");
   for (const char* const wrong : {"expect log restriction: 2038\nexpect log restriction: 2038",

@@ -1,10 +1,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "scenario/Scenario.h"
+#include "scenario/ScenarioNames.h"
 #include "scenario/ScenarioWords.h"
+#include "support/FileContent.h"
+#include "verbs/KeyCatalogue.h"
+#include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
 
 namespace host {
@@ -104,6 +111,11 @@ TEST(ScenarioParser, EachKindOfStep) {
         "expect event timeChangeEvent",
         "expect next event dateChangeEvent dateChangeEventDay=1",
         "expect no event dateChangeEvent",
+        "expect false call setTime setTimeHours=24",
+        "expect refused set daylight-save-zone-text x",
+        "expect refused call getTimeUTCStr",
+        "inject value mac-addr 001122334455",
+        "inject user-data date-format on",
         "expect file /data/x text",
         "expect no file /data/x",
         "expect log several words"}) {
@@ -116,6 +128,9 @@ TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
       {"expect no", "\"no\" cannot be expected"},
       {"expect next", "\"next\" cannot be expected"},
       {"expect call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
+      {"expect false call", "METHOD is missing (usage: false call METHOD [NAME=VALUE ...])"},
+      {"expect refused call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
+      {"call", "METHOD is missing (usage: call METHOD [NAME=VALUE ...])"},
       {"expect get", "KEY is missing (usage: get KEY VALUE)"},
       {"expect get time", "VALUE is missing (usage: get KEY VALUE)"},
       {"expect event", "NAME is missing (usage: event NAME [NAME=VALUE ...])"},
@@ -131,7 +146,7 @@ TEST(ScenarioParser, AMissingWordIsNamedWithTheUsage) {
       {"expect state", "KEY is missing (usage: state KEY N)"},
       {"expect state time", "N is missing (usage: state KEY N)"},
       {"expect value", "KEY is missing (usage: value KEY TEXT)"},
-      {"expect value time", "TEXT is missing (usage: value KEY TEXT)"},
+      {"expect value mac-addr", "TEXT is missing (usage: value KEY TEXT)"},
       {"expect log", "TEXT is missing (usage: log TEXT)"},
   };
   for (const auto& [text, error] : rows) EXPECT_EQ(faultOf(text), std::string("1: ") + error);
@@ -166,6 +181,32 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"expect event timeChangeEvent 3", "\"3\" is not an argument"},
       {"expect call getTme", "no method \"getTme\"; did you mean \"getTime\"?"},
       {"expect call getTime getTimeReturn=1", "did you mean \"getTimeStringReturn\"?"},
+      {"call setTime hours=9", "\"hours\" is not a parameter of setTime"},
+      {"call setTime setTimeHour=9", "did you mean \"setTimeHours\"?"},
+      {"call setTime setTimeHours=9", "the parameter setTimeMinutes is missing"},
+      {"call setTimeInt", "the parameter setTime is missing"},
+      {"call setTimeInt setTime=noon", "setTime is an int, not \"noon\""},
+      {"call getTimeUTCStr getTimeUTCStrString=5", "is a string; write it as NAME:string=VALUE"},
+      {"call getTme", "no method \"getTme\"; did you mean \"getTime\"?"},
+      {"call getTime getTimeStringReturn=x", "is in the reply; write `expect call` to check it"},
+      {"expect call setTimeInt setTime=5", "setTimeInt never replies; write `call`"},
+      {"expect refused call nothing", "no method \"nothing\""},
+      {"expect refused call setTimeInt setTime=5", "setTimeInt never replies"},
+      {"expect refused call getTime getTimeStringReturn=x", "write `expect call` to check it"},
+      {"expect false call getTime", "getTime reports neither true nor false"},
+      {"expect false call setDate setDateYaer=1", "did you mean \"setDateYear\"?"},
+      {"expect refused set dalight-save true", "no key \"dalight-save\"; did you mean"},
+      {"expect refused get tine", "no key \"tine\"; did you mean \"time\"?"},
+      {"set dalight-save true", "no key \"dalight-save\"; did you mean \"daylight-save\"?"},
+      {"get nope", "no key \"nope\"; there are time, simple-time, "},
+      {"expect get nope 0", "no key \"nope\""},
+      {"expect state nope 0", "no key \"nope\""},
+      {"expect report nope 0", "no key \"nope\""},
+      {"expect value mac-adr x", "no device value \"mac-adr\"; did you mean \"mac-addr\"?"},
+      {"inject value sntp-addr x", "no device value \"sntp-addr\"; there are mobility-"},
+      {"inject user-data nope on", "no key \"nope\""},
+      {"store Nope x", "no storage key \"Nope\"; there are FallbackDateTime, "},
+      {"store DateFromat x", "no storage key \"DateFromat\"; did you mean \"DateFormat\"?"},
       {"expect state time four", "\"four\" is not a number"},
       {"expect refused", "VERB is missing (usage: refused VERB ...)"},
       {"expect refused watch",
@@ -177,6 +218,28 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
     const std::string error = faultOf(text);
     EXPECT_NE(error.find(part), std::string::npos) << text << " -> " << error;
   }
+}
+
+// The texts in quotes of one of the service's headers.
+std::set<std::string> namesIn(const std::string& header) {
+  const std::string text = support::contentOf(std::filesystem::path(CLOCK_TREE) / "src" / header);
+  const std::regex quoted("\"([\\w-]+)\";");
+  std::set<std::string> names;
+  for (std::sregex_iterator at(text.begin(), text.end(), quoted), end; at != end; ++at) {
+    names.insert((*at)[1]);
+  }
+  return names;
+}
+
+std::set<std::string> setOf(std::span<const std::string_view> names) {
+  return {names.begin(), names.end()};
+}
+
+TEST(ScenarioNames, AreThoseOfTheService) {
+  EXPECT_EQ(setOf(storageKeys()), namesIn("SettingKeys.h"));
+  std::set<std::string> keys = setOf(namesOf(managementKeys()));
+  keys.merge(setOf(deviceValues()));
+  EXPECT_EQ(keys, namesIn("ClockService/ManagementKeyNames.h"));
 }
 
 }  // namespace
