@@ -1,5 +1,7 @@
 #include "apps/ClockHost.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -24,11 +26,12 @@
 #include "runtime/ClockPrivilege.h"
 #include "runtime/Device.h"
 #include "runtime/EventLoop.h"
+#include "runtime/LogLine.h"
 #include "runtime/Plugin.h"
 #include "runtime/ReportPipe.h"
 #include "runtime/SavedTime.h"
 #include "runtime/StderrLog.h"
-#include "scenario/ScenarioRunner.h"
+#include "scenario/ScenarioSuite.h"
 
 namespace host {
 namespace {
@@ -95,9 +98,9 @@ VirtualClock::Source sourceOf(const HostOptions& options) {
   return VirtualClock::Source::system;
 }
 
-int runScenario(const HostOptions& options) {
-  Plugin plugin(options.plugin);
-  return ScenarioRunner(plugin, std::cerr).run(*options.scenario);
+int runScenarios(const HostOptions& options) {
+  const bool terminal = showsColours(STDERR_FILENO);
+  return runScenarioSuite(options.plugin, options.scenarios, std::cout, std::cerr, terminal);
 }
 
 // A time given with --at is intended, however odd.
@@ -177,7 +180,7 @@ void Host::runUntilStopped() {
 
 int runClockHost(const HostOptions& options) {
   prepareProcess(options);
-  if (options.scenario) return runScenario(options);
+  if (!options.scenarios.files.empty()) return runScenarios(options);
   const ErrorLog log;
   exportReportPipe();
   const MemoryReserve reserve;

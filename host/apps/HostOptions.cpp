@@ -11,6 +11,7 @@
 #include "base/DefaultPaths.h"
 #include "base/PrintableText.h"
 #include "remote/SocketAddress.h"
+#include "verbs/CallWords.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
 
@@ -26,7 +27,6 @@ struct RawOptions {
   std::string at;
   std::string network = "down";
   std::vector<std::string> programs;
-  std::filesystem::path scenario;
   std::string socketGroup;
 };
 
@@ -124,8 +124,58 @@ void addHostOptions(OptionParser& parser, HostOptions& options, RawOptions& raw)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->allow_extra_args(false)
       ->check(checkProgram);
-  parser.addPath("--scenario", raw.scenario,
-                 "Run a scenario and exit: 0 passed, 1 failed, 2 could not be read");
+}
+
+std::string checkPath(const std::string& text) {
+  return text.empty() ? "the path is empty; name a file or folder" : "";
+}
+
+std::string checkJobs(const std::string& text) {
+  const std::optional<int> jobs = parseInteger(text);
+  if (jobs && *jobs >= 1 && *jobs <= kMostJobs) return "";
+  return quotedText(text) + " is not a number of jobs: 1 to " + std::to_string(kMostJobs);
+}
+
+void addScenarioOptions(OptionParser& parser, SuiteOptions& options) {
+  parser
+      .add_option(
+          "--scenario", options.files,
+          "Run scenarios, or those in a folder, and exit: 0 passed, 1 failed, 2 could not be "
+          "read")
+      ->type_name("FILE|DIR ...")
+      ->default_str("")
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->check(checkPath);
+  parser.add_option("--jobs", options.jobs, "How many scenarios run at a time")
+      ->type_name("N")
+      ->check(checkJobs);
+  parser.add_flag("--keep-going", options.keepGoing, "Run all scenarios, also after a failure");
+  parser.add_flag("--tap", options.tap, "Report the scenarios in the TAP format");
+  parser.addPath("--junit", options.junit, "Write a report of the scenarios in the JUnit format")
+      ->default_str("");
+}
+
+// Options that a scenario would ignore.
+void requireForScenarios(const OptionParser& parser, const HostOptions& options) {
+  if (options.systemClock) {
+    throw UsageError("--scenario runs under a clock of its own; leave --clock system out");
+  }
+  for (const char* const name : {"--variant", "--software-type", "--mac", "--network", "--at"}) {
+    if (parser.count(name) == 0) continue;
+    throw UsageError(std::string(name) + " is not for scenarios; write `" + (name + 2) +
+                     "` at the beginning of the file");
+  }
+  for (const char* const name : {"--speed", "--state", "--socket", "--socket-group",
+                                 "--control-socket", "--device-root", "--log-level", "--program"}) {
+    if (parser.count(name) == 0) continue;
+    throw UsageError(std::string(name) + " is not for scenarios; leave it out");
+  }
+}
+
+void requireScenarios(const OptionParser& parser) {
+  for (const char* const name : {"--jobs", "--keep-going", "--tap", "--junit"}) {
+    if (parser.count(name) > 0) throw UsageError(std::string(name) + " is for --scenario only");
+  }
 }
 
 // getgrnam sets errno also when there is no such group, to a value that depends on the system.
@@ -169,11 +219,6 @@ void apply(const RawOptions& raw, HostOptions& options) {
   }
   if (options.deviceRoot.empty()) options.deviceRoot = options.device.state / "device";
   applySockets(raw, options);
-  if (raw.scenario.empty()) return;
-  if (options.systemClock) {
-    throw UsageError("--scenario runs under a clock of its own; leave --clock system out");
-  }
-  options.scenario = raw.scenario;
 }
 
 }  // namespace
@@ -190,8 +235,14 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
                       "Runs a telephone's clock service on this machine, with a virtual clock.");
   addHostOptions(parser, options, raw);
   addDeviceOptions(parser, options.device, raw);
+  addScenarioOptions(parser, options.scenarios);
   if (!parser.read(words, out)) return std::nullopt;
   apply(raw, options);
+  if (options.scenarios.files.empty()) {
+    requireScenarios(parser);
+  } else {
+    requireForScenarios(parser, options);
+  }
   return options;
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "runtime/Device.h"
+#include "scenario/SuiteOptions.h"
 
 namespace host {
 
@@ -29,7 +30,7 @@ struct HostOptions {
   double speed = 1;  // virtual seconds per real one; infinity: as fast as possible
   int logLevel = 4;  // 0-6
   std::vector<std::pair<std::string, std::string>> programs;  // path on the device, path here
-  std::optional<std::filesystem::path> scenario;
+  SuiteOptions scenarios;                                     // no files: none
 };
 
 // Empty: help or version was requested, and is on `out`. Throws UsageError.

@@ -38,8 +38,8 @@ int main(int argc, char** argv) {
   try {
     const std::vector<std::string> words(argv + 1, argv + argc);
     const auto options = host::readHostOptions(words, host::defaultPaths(), std::cout);
-    if (options) return host::runClockHost(*options);
-    return host::outputArrived("clockhost") ? 0 : 1;
+    const int status = options ? host::runClockHost(*options) : 0;
+    return status == 0 && !host::outputArrived("clockhost") ? 1 : status;
   } catch (const host::UsageError& error) {
     return fail(error, 2);
   } catch (const std::bad_alloc&) {

@@ -43,11 +43,6 @@ bool matches(const Method& event, const WantedEvent& wanted) {
                      [&](const std::string& word) { return holds(event, word); });
 }
 
-std::string eventText(const Method& event) {
-  const std::string parameters = parametersText(event);
-  return parameters.empty() ? event.getName() : event.getName() + ' ' + parameters;
-}
-
 std::string listedEvents(const std::vector<Method>& events) {
   std::vector<std::string> texts;
   for (const Method& event : events) texts.push_back(eventText(event));
@@ -106,6 +101,11 @@ std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words) {
                                    [&](const Method& event) { return matches(event, unwanted); });
     if (found) fail(unwanted.name.empty() ? "no event" : "no event " + unwanted.text(), events);
   };
+}
+
+std::string eventText(const Method& event) {
+  const std::string parameters = parametersText(event);
+  return parameters.empty() ? event.getName() : event.getName() + ' ' + parameters;
 }
 
 void requireParameters(const std::string& what, std::span<const std::string> wanted,

@@ -20,6 +20,9 @@ class WordReader;
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectNextEvent(WordReader& words);
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words);
 
+// "NAME NAME=VALUE ..."
+[[nodiscard]] std::string eventText(const Method& event);
+
 // Throws ScenarioFailure when `method` lacks one of the NAME=VALUE words. what: for its text.
 void requireParameters(const std::string& what, std::span<const std::string> wanted,
                        const Method& method);

@@ -14,6 +14,7 @@
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioPeer.h"
 #include "services/LocalManagement.h"
+#include "verbs/TimeText.h"
 
 namespace host {
 namespace fs = std::filesystem;
@@ -135,6 +136,16 @@ Received<Method>& ScenarioDevice::events() {
 
 Received<std::string>& ScenarioDevice::logTexts() {
   return m_log->texts;
+}
+
+std::optional<std::string> ScenarioDevice::timeText() const {
+  if (!m_powered) return std::nullopt;
+  const auto now = std::chrono::duration_cast<std::chrono::seconds>(m_powered->clock.wall());
+  return instantText(now) + ", local " + localText(now.count());
+}
+
+std::vector<std::string> ScenarioDevice::lastEvents() const {
+  return m_peer->lastEvents();
 }
 
 Device& ScenarioDevice::device() {

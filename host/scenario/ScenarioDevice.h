@@ -44,6 +44,11 @@ class ScenarioDevice {
   [[nodiscard]] Received<std::string>& reports() { return *m_reports; }  // "KEY VALUE"
   [[nodiscard]] Received<std::string>& logTexts();
 
+  // For a failure: the virtual time, "UTC, local ..."; empty while it is off.
+  [[nodiscard]] std::optional<std::string> timeText() const;
+  // The last ten events that came, skipped or not, each with its time; oldest first.
+  [[nodiscard]] std::vector<std::string> lastEvents() const;
+
   [[nodiscard]] Device& device();  // powers on
 
   // The file on this machine: below the device root for a device path, else in the state folder.

@@ -23,6 +23,8 @@ namespace {
 
 using Run = std::function<void(ScenarioDevice& device)>;
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // Setup lines, which come before the first step that needs the device.
 void readVariant(WordReader& words, DeviceOptions& device) {
   device.variant = words.integer("N");
@@ -190,6 +192,8 @@ Scenario readScenario(std::istream& text) {
   Parser parser;
   std::string line;
   for (int number = 1; std::getline(text, line); ++number) {
+    // An editor's byte-order mark is no part of the first line.
+    if (number == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
     try {
       parser.read(number, line);
     } catch (const UsageError& error) {

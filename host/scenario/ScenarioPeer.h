@@ -1,12 +1,16 @@
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "FrameworkContext.h"
 #include "Method.h"
 #include "ProxyRequest.h"
+#include "base/Mutex.h"
 #include "remote/JsonCodec.h"
 #include "scenario/Received.h"
 
@@ -32,6 +36,10 @@ class ScenarioPeer : public FrameworkContext, public ProxyRequest {
 
   [[nodiscard]] Received<Method>& events() { return m_events; }
 
+  // The last kLastEvents that came, as "UTC NAME NAME=VALUE ..."; oldest first.
+  [[nodiscard]] std::vector<std::string> lastEvents() const;
+  static constexpr std::size_t kLastEvents = 10;  // what fits on a screen beside the failure
+
   MessageCodec* getCodec(const std::string& name) override;
   Proxy* createProxy(const std::string& interfaceName, const std::string& address) override;
   bool sendMethod(Method& method) override;
@@ -41,6 +49,8 @@ class ScenarioPeer : public FrameworkContext, public ProxyRequest {
   std::function<Proxy*()> m_source;
   std::unique_ptr<Proxy> m_proxy;
   Received<Method> m_events;
+  mutable Mutex m_mutex;
+  std::deque<std::string> m_last CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

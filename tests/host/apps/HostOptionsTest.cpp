@@ -19,6 +19,7 @@ namespace host {
 namespace {
 
 using Words = std::vector<std::string>;
+using Paths = std::vector<std::filesystem::path>;
 
 constexpr const char* kUnreadableGroup = "unreadable";  // its lookup fails
 
@@ -55,7 +56,7 @@ TEST(HostOptions, HaveDefaults) {
   EXPECT_EQ(options.speed, 1);
   EXPECT_EQ(options.logLevel, 4);
   EXPECT_EQ(options.deviceRoot, "/state/device");
-  EXPECT_FALSE(options.scenario.has_value());
+  EXPECT_TRUE(options.scenarios.files.empty());
 }
 
 TEST(HostOptions, ALongErrorIsClipped) {
@@ -64,8 +65,8 @@ TEST(HostOptions, ALongErrorIsClipped) {
 }
 
 TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
-  for (const char* const option :
-       {"--plugin", "--state", "--socket", "--control-socket", "--device-root", "--scenario"}) {
+  for (const char* const option : {"--plugin", "--state", "--socket", "--control-socket",
+                                   "--device-root", "--scenario", "--junit"}) {
     EXPECT_EQ(usageErrorOf({option, ""}),
               option + std::string(": the path is empty; name a file or folder; `clockhost --help` "
                                    "lists the options"));
@@ -90,7 +91,7 @@ TEST(HostOptions, AllCanBeGiven) {
       "--plugin p.so --state s --socket k --control-socket c --socket-group root --device-root r "
       "--variant 3 --clock virtual --speed 60 --at 2026-03-08T06:59:50Z "
       "--software-type \"Velmora QEX\" --mac 0001E3A1B2C3 --network up --log-level 6 "
-      "--program /sbin/ntpclient=./client --program /sbin/a=b=c --scenario f"));
+      "--program /sbin/ntpclient=./client --program /sbin/a=b=c"));
   EXPECT_EQ(options.plugin, "p.so");
   EXPECT_EQ(options.socket, "k");
   EXPECT_EQ(options.controlSocket, "c");
@@ -98,7 +99,6 @@ TEST(HostOptions, AllCanBeGiven) {
   EXPECT_EQ(options.deviceRoot, "r");
   EXPECT_EQ(options.speed, 60);
   EXPECT_EQ(options.logLevel, 6);
-  EXPECT_EQ(options.scenario, "f");
   ASSERT_EQ(options.programs.size(), 2U);
   EXPECT_EQ(options.programs[0],
             (std::pair<std::string, std::string>("/sbin/ntpclient", "./client")));
@@ -140,7 +140,37 @@ TEST(HostOptions, SystemClockHasNoSpeed) {
 TEST(HostOptions, ScenarioNeverRunsUnderTheSystemClock) {
   EXPECT_EQ(usageErrorOf({"--clock", "system", "--scenario", "a"}),
             "--scenario runs under a clock of its own; leave --clock system out");
-  EXPECT_EQ(optionsOf({"--clock", "virtual", "--scenario", "a"}).scenario, "a");
+  EXPECT_EQ(optionsOf({"--clock", "virtual", "--scenario", "a"}).scenarios.files, Paths{"a"});
+}
+
+TEST(HostOptions, ManyScenariosCanBeGiven) {
+  const SuiteOptions alone = optionsOf({"--scenario", "a"}).scenarios;
+  EXPECT_EQ(alone.jobs, 1);
+  EXPECT_FALSE(alone.keepGoing || alone.tap);
+  EXPECT_EQ(alone.junit, "");
+  const SuiteOptions all = optionsOf({"--scenario", "a", "b", "--jobs", "256", "--keep-going",
+                                      "--tap", "--junit", "j", "--scenario", "c"})
+                               .scenarios;
+  EXPECT_EQ(all.files, (Paths{"a", "b", "c"}));
+  EXPECT_EQ(all.jobs, kMostJobs);
+  EXPECT_TRUE(all.keepGoing && all.tap);
+  EXPECT_EQ(all.junit, "j");
+}
+
+TEST(HostOptions, ThatAScenarioWouldIgnoreAreRefused) {
+  const Words ignored[] = {
+      {"--variant", "3"},         {"--software-type", "x"}, {"--network", "up"},
+      {"--mac", "0001E3A1B2C3"},  {"--speed", "0"},         {"--at", "2026-03-08T06:59:50Z"},
+      {"--state", "s"},           {"--socket", "s"},        {"--control-socket", "s"},
+      {"--socket-group", "root"}, {"--device-root", "r"},   {"--log-level", "6"},
+      {"--program", "/a=b"}};
+  for (Words words : ignored) {
+    const std::string option = words.front();
+    words.insert(words.end(), {"--scenario", "a"});
+    EXPECT_EQ(usageErrorOf(words).find(option + " is not for scenarios; "), 0U) << option;
+  }
+  EXPECT_EQ(usageErrorOf({"--scenario", "a", "--at", "2026-03-08T06:59:50Z"}),
+            "--at is not for scenarios; write `at` at the beginning of the file");
 }
 
 std::string outputOf(const char* option) {
@@ -167,7 +197,11 @@ TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
       {"--speed X", "(default: 1)"},
       {"--log-level 0..6", "(default: 4)"},
       {"--program DEVICEPATH=PATH", "may be repeated"},
-      {"--scenario FILE", "could not be read"},
+      {"--scenario FILE|DIR ...", "could not be read"},
+      {"--jobs N", "(default: 1)"},
+      {"--keep-going", "after a failure"},
+      {"--tap", "TAP format"},
+      {"--junit FILE", "JUnit format"},
       {"--state DIR", "(default: /state)"},
       {"--variant N", "(default: 0)"},
       {"--software-type TEXT", "software"},
@@ -188,6 +222,15 @@ TEST(HostOptions, WrongOptionsAreNamedInOneLine) {
   const std::pair<Words, const char*> table[] = {
       {{"--no-such-option"}, "--no-such-option"},
       {{"word"}, "word"},
+      {{"--scenario"}, "--scenario"},
+      {{"--scenario", "a", ""}, "--scenario: the path is empty; name a file or folder"},
+      {{"--jobs", "0", "--scenario", "a"}, "\"0\" is not a number of jobs: 1 to 256"},
+      {{"--jobs", "257", "--scenario", "a"}, "is not a number of jobs"},
+      {{"--jobs", "two", "--scenario", "a"}, "\"two\" is not a number of jobs"},
+      {{"--jobs", "2"}, "--jobs is for --scenario only"},
+      {{"--keep-going"}, "--keep-going is for --scenario only"},
+      {{"--tap"}, "--tap is for --scenario only"},
+      {{"--junit", "f"}, "--junit is for --scenario only"},
       {{"--variant", "three"}, "--variant"},
       {{"--variant"}, "--variant"},
       {{"--log-level", "7"}, "--log-level"},

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 #include <sstream>
 #include <string>
 
@@ -12,20 +11,22 @@
 #include "scenario/EventExpectation.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioRunner.h"
-#include "support/TemporaryFolder.h"
 
 namespace host {
 namespace {
 
-// The result of a scenario: "passed", or the line that failed and why.
-std::string resultOf(const std::string& text) {
+// What a scenario tells when it fails: place, what was expected, time and events; else "passed".
+std::string reportOf(const std::string& text) {
   static Plugin plugin{CLOCK_PLUGIN};
-  const support::TemporaryFolder folder;
-  const auto file = folder / "s";
-  std::ofstream(file) << text;
-  std::ostringstream errors;
-  if (ScenarioRunner(plugin, errors).run(file) == ScenarioRunner::passed) return "passed";
-  return errors.str().substr(file.string().size() + 1);
+  std::istringstream stream(text);
+  const std::string failure = runScenario(plugin, readScenario(stream), "s");
+  return failure.empty() ? "passed" : failure.substr(2);
+}
+
+// Its first line.
+std::string resultOf(const std::string& text) {
+  const std::string report = reportOf(text);
+  return report.substr(0, report.find('\n') + 1) + (report == "passed" ? report : "");
 }
 
 struct Case {
@@ -155,6 +156,28 @@ TEST(ScenarioExpectations, TheFailureListsTheLastFiveThatCame) {
   EXPECT_EQ(listed({"a"}), "a");
   EXPECT_EQ(listed({"a", "b", "c", "d", "e"}), "a; b; c; d; e");
   EXPECT_EQ(listed({"a", "b", "c", "d", "e", "f"}), "... b; c; d; e; f");
+}
+
+TEST(ScenarioExpectations, TheFailureTellsTimeAndTheLastTenEvents) {
+  EXPECT_EQ(reportOf("set sntp-tz-offset 1\nclock advance 1s\nclock advance 2h\nexpect tz x"),
+            "4: expected TZ \"x\", got \"LOC-1:00\"\n"
+            "  time: 2016-06-16T02:00:01Z, local 2016-06-16 03:00:01 (LOC, UTC+01:00)\n"
+            "  last events:\n"
+            "    2016-06-16T00:00:00Z timezoneChangeEvent timezoneChangeEventTimezone=LOC-1:00\n"
+            "    2016-06-16T00:00:00Z timeChangeEvent timeChangeEventHours=1 "
+            "timeChangeEventMinutes=0 timeChangeEventSeconds=0\n"
+            "    2016-06-16T00:00:00Z dateChangeEvent dateChangeEventDay=16 "
+            "dateChangeEventMonth=6 dateChangeEventYear=2016\n"
+            "    2016-06-16T01:00:00Z timeChangeEvent timeChangeEventHours=2 "
+            "timeChangeEventMinutes=0 timeChangeEventSeconds=0\n"
+            "    2016-06-16T02:00:00Z timeChangeEvent timeChangeEventHours=3 "
+            "timeChangeEventMinutes=0 timeChangeEventSeconds=0\n");
+  const std::string report =
+      reportOf("clock advance 12h\nexpect event timeChangeEvent\nexpect tz x");
+  EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 13) << report;
+  EXPECT_EQ(report.find("T02:00:00Z time"), std::string::npos) << report;
+  EXPECT_NE(report.find("T03:00:00Z time"), std::string::npos) << report;
+  EXPECT_NE(report.find("T12:00:00Z time"), std::string::npos) << report;
 }
 
 // A line is found once; it and those before it are then skipped.

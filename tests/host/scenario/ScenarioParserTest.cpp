@@ -78,6 +78,11 @@ TEST(ScenarioParser, SetupLines) {
   EXPECT_TRUE(scenario.steps.empty());
 }
 
+TEST(ScenarioParser, SkipsAByteOrderMark) {
+  EXPECT_EQ(parsed("\xEF\xBB\xBFvariant 3\n").device.variant, 3);
+  EXPECT_THAT(faultOf("\n\xEF\xBB\xBFvariant 3"), testing::HasSubstr("2: unknown step"));
+}
+
 TEST(ScenarioParser, StepsKeepTheirLineNumbers) {
   const Scenario scenario = parsed("variant 3\n\n# two\nget time\n\nrestart\n");
   ASSERT_EQ(scenario.steps.size(), 2U);
