@@ -42,6 +42,8 @@ std::optional<std::int64_t> clockTime(std::string_view text, std::size_t positio
   return std::int64_t{hour} * 3600 + minute * 60 + second;
 }
 
+constexpr std::string_view kUnits = "dhms";
+
 std::int64_t unitSeconds(char unit) {
   switch (unit) {
     case 's':
@@ -87,11 +89,19 @@ std::optional<seconds> parseDuration(std::string_view text) {
     const auto time = clockTime(text, 0, true, 99);
     return time ? std::optional(seconds(*time)) : std::nullopt;
   }
-  const std::int64_t unit = text.empty() ? 0 : unitSeconds(text.back());
-  if (unit == 0) return std::nullopt;
-  const auto count = number(text.substr(0, text.size() - 1));
-  if (!count || *count > kLongestDuration / unit) return std::nullopt;
-  return seconds(*count * unit);
+  std::int64_t total = 0;
+  std::int64_t unitBefore = kLongestDuration;
+  do {
+    const std::size_t end = text.find_first_of(kUnits);
+    if (end == std::string_view::npos) return std::nullopt;
+    const std::int64_t unit = unitSeconds(text[end]);
+    const auto count = number(text.substr(0, end));
+    if (!count || *count > kLongestDuration / unit || unit >= unitBefore) return std::nullopt;
+    total += *count * unit;
+    unitBefore = unit;
+    text.remove_prefix(end + 1);
+  } while (!text.empty());
+  return total <= kLongestDuration ? std::optional(seconds(total)) : std::nullopt;
 }
 
 std::optional<seconds> parseInstant(std::string_view text) {

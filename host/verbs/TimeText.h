@@ -10,12 +10,13 @@
 namespace host {
 
 // For error lines: the accepted forms.
-inline constexpr std::string_view kDurationForms = "`90s`, `15m`, `2h`, `1d` or `00:30:00`";
+inline constexpr std::string_view kDurationForms = "`90s`, `15m`, `1h30m`, `1d` or `00:30:00`";
 inline constexpr std::string_view kInstantForms =
     "`2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199";
 inline constexpr std::string_view kSpeedForms = "`0` (paused), `1`, `0.5`, `3600` or `max`";
 
-// duration = digits ( "s" | "m" | "h" | "d" ) | HH ":" MM ":" SS, up to 36525 days (a century).
+// duration = [digits "d"] [digits "h"] [digits "m"] [digits "s"] | HH ":" MM ":" SS, up to 36525
+// days (a century), not empty.
 [[nodiscard]] std::optional<std::chrono::seconds> parseDuration(std::string_view text);
 
 // instant = YYYY-MM-DD "T" HH:MM:SS ( "Z" | ( "+" | "-" ) HH:MM ), from 0 to kLastInstant. Seconds

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <utility>
 
 #include "ClockUtils.h"
 #include "fuzz/Property.h"
@@ -35,12 +36,17 @@ std::optional<double> clockForm(std::string_view text) {
 
 std::optional<double> unitForm(std::string_view text) {
   constexpr double kCentury = 36525.0 * 86400;
-  const auto unit = std::string_view("smhd").find(text.empty() ? '?' : text.back());
-  if (unit == std::string_view::npos || !areDigits(text.substr(0, text.size() - 1)))
-    return std::nullopt;
-  constexpr double kSeconds[] = {1, 60, 3600, 86400};
-  const double value = numberOf(text) * kSeconds[unit];
-  return value <= kCentury ? std::optional(value) : std::nullopt;
+  constexpr std::pair<char, double> kUnits[] = {{'d', 86400}, {'h', 3600}, {'m', 60}, {'s', 1}};
+  if (text.empty()) return std::nullopt;
+  double value = 0;
+  for (const auto& [unit, seconds] : kUnits) {
+    const std::size_t end = text.find(unit);
+    if (end == std::string_view::npos) continue;
+    if (!areDigits(text.substr(0, end))) return std::nullopt;
+    value += numberOf(text.substr(0, end)) * seconds;
+    text.remove_prefix(end + 1);
+  }
+  return text.empty() && value <= kCentury ? std::optional(value) : std::nullopt;
 }
 
 void holdDuration(std::string_view text) {

@@ -79,7 +79,7 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "\n"
       "Words:\n"
       "  X is `0` (paused), `1`, `0.5`, `3600` or `max`: virtual seconds in each real second\n"
-      "  DURATION is `90s`, `15m`, `2h`, `1d` or `00:30:00`, up to a century\n"
+      "  DURATION is `90s`, `15m`, `1h30m`, `1d` or `00:30:00`, up to a century\n"
       "  UTC is `2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199\n"
       "  hour is the next full hour\n"
       "  midnight is the next local midnight\n"
@@ -157,7 +157,7 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"clock speed", "X is missing"},
       {"clock speed -1", "clock speed: \"-1\" is not a speed; write `0` (paused)"},
       {"clock advance 3 parsecs",
-       "\"3 parsecs\" is not a duration; write `90s`, `15m`, `2h`, `1d` or `00:30:00`"},
+       "\"3 parsecs\" is not a duration; write `90s`, `15m`, `1h30m`, `1d` or `00:30:00`"},
       {"clock advance", "\"\" is not a duration"},
       {"clock jump tomorrow",
        "clock jump: \"tomorrow\" is not an instant; write `2026-03-08T06:59:50Z`"},
