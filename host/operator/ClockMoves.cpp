@@ -18,8 +18,6 @@ using std::chrono::duration_cast;
 using std::chrono::seconds;
 using Nanoseconds = VirtualClock::Nanoseconds;
 
-// The service's own one-shot timers take 1 ms, and may start each other.
-constexpr Nanoseconds kSettling = std::chrono::milliseconds(10);
 // Time that passes after a jump over a long distance: long enough for the hourly timer to expire
 // once, whenever it is due, and once more for the new time.
 constexpr seconds kRearming = std::chrono::hours(2);

@@ -35,6 +35,10 @@ struct ClockMove {
 
 inline constexpr std::chrono::hours kFarthestAdvance{26};
 
+// How much later than the end of an advance a timer may be due. The service's own one-shot timers
+// take 1 ms, and may start each other.
+inline constexpr std::chrono::milliseconds kSettling{10};
+
 // The service's time, read by a remote method. After the time was set by hand it differs from the
 // clock's. Seconds since 1970-01-01 UTC.
 [[nodiscard]] time_t serviceTime(Device& device);

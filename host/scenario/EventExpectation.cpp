@@ -1,14 +1,20 @@
 #include "scenario/EventExpectation.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <nlohmann/json.hpp>
 
 #include "base/PrintableText.h"
+#include "clock/VirtualClock.h"
+#include "operator/ClockMoves.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
+#include "verbs/TimeText.h"
+#include "verbs/VerbWords.h"
 #include "verbs/WordReader.h"
 
 namespace host {
@@ -71,6 +77,24 @@ WantedEvent readEvent(WordReader& words) {
   return wanted;
 }
 
+// Lets time pass until the event comes, at most that long. An event that has come already counts.
+bool passUntil(ScenarioDevice& device, const WantedEvent& wanted, std::chrono::nanoseconds limit) {
+  std::size_t known = 0;
+  bool found = false;
+  const auto look = [&] {
+    const std::size_t size = device.events().size();
+    found =
+        device.events().skipTo([&](const Method& event) { return matches(event, wanted); }, known);
+    known = size;
+    return !found;
+  };
+  if (!look()) return true;
+  VirtualClock& clock = device.device().clock();
+  const auto left = VirtualClock::kLastUptime - clock.uptime();
+  static_cast<void>(clock.advanceTo(clock.uptime() + std::min(limit + kSettling, left), look));
+  return found;
+}
+
 }  // namespace
 
 std::function<void(ScenarioDevice&)> expectEvent(WordReader& words) {
@@ -100,6 +124,25 @@ std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words) {
     const bool found = std::any_of(events.begin(), events.end(),
                                    [&](const Method& event) { return matches(event, unwanted); });
     if (found) fail(unwanted.name.empty() ? "no event" : "no event " + unwanted.text(), events);
+  };
+}
+
+std::function<void(ScenarioDevice&)> waitForEvent(WordReader& words) {
+  constexpr std::string_view kUsage = "wait event NAME [NAME=VALUE ...] within DURATION";
+  if (!words.accept("event")) words.failWithUsage("only an event can be waited for");
+  const auto rest = words.rest();
+  const auto within = std::find(rest.begin(), rest.end(), "within");
+  WordReader event({rest.begin(), within}, kUsage);
+  const WantedEvent wanted = readEvent(event);
+  if (within == rest.end()) words.failWithUsage("within DURATION is missing");
+  WordReader time({within + 1, rest.end()}, kUsage);
+  time.require("DURATION");
+  time.setSubject("wait");
+  const std::chrono::seconds limit(readDuration(time, "DURATION").get<std::int64_t>());
+  return [wanted, limit](ScenarioDevice& device) {
+    device.powerOn();
+    if (passUntil(device, wanted, limit)) return;
+    fail("event " + wanted.text() + " within " + durationText(limit), device.events().all());
   };
 }
 

@@ -20,6 +20,9 @@ class WordReader;
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectNextEvent(WordReader& words);
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectNoEvent(WordReader& words);
 
+// `wait event NAME [NAME=VALUE ...] within DURATION`: lets time pass until the event has come.
+[[nodiscard]] std::function<void(ScenarioDevice&)> waitForEvent(WordReader& words);
+
 // "NAME NAME=VALUE ..."
 [[nodiscard]] std::string eventText(const Method& event);
 

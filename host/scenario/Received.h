@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -23,11 +24,19 @@ class Received {
     return m_items;
   }
 
-  // Skips the first item that is wanted, and those before it. False when there is none.
-  template <typename Wanted>
-  [[nodiscard]] bool skipTo(Wanted wanted) {
+  [[nodiscard]] std::size_t size() const {
     const MutexLock lock(m_mutex);
-    const auto found = std::find_if(m_items.begin(), m_items.end(), wanted);
+    return m_items.size();
+  }
+
+  // Skips the first item that is wanted, and those before it. False when there is none. The first
+  // `from` items are known not to be wanted.
+  template <typename Wanted>
+  [[nodiscard]] bool skipTo(Wanted wanted, std::size_t from = 0) {
+    const MutexLock lock(m_mutex);
+    const std::size_t known = std::min(from, m_items.size());
+    const auto found =
+        std::find_if(m_items.begin() + static_cast<std::ptrdiff_t>(known), m_items.end(), wanted);
     if (found == m_items.end()) return false;
     m_items.erase(m_items.begin(), found + 1);
     return true;

@@ -5,6 +5,7 @@
 #include "base/PrintableText.h"
 #include "framework/DataAccess.h"
 #include "scenario/CallExpectation.h"
+#include "scenario/EventExpectation.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "scenario/ScenarioExpectations.h"
@@ -127,9 +128,12 @@ struct StepLine {
 };
 
 constexpr StepLine kSteps[] = {
-    {"restart", "restart", readRestart},        {"power-cut", "power-cut", readPowerCut},
-    {"file", "file DEVICEPATH TEXT", readFile}, {"store", "store KEY VALUE", readStore},
+    {"restart", "restart", readRestart},
+    {"power-cut", "power-cut", readPowerCut},
+    {"file", "file DEVICEPATH TEXT", readFile},
+    {"store", "store KEY VALUE", readStore},
     {"expect", "expect ...", readExpect},
+    {"wait", "wait event NAME [NAME=VALUE ...] within DURATION", waitForEvent},
 };
 static_assert(namesAreUnique(kSteps));
 

@@ -59,6 +59,13 @@ const Case kCases[] = {
      "expect no event timeChangeEvent timeChangeEventHours=1"},
     {"clock advance 1h\n", "expect no event dateChangeEvent", "expect no event timeChangeEvent"},
     {"", "expect no event", "expect next event timeChangeEvent"},
+    // an event that comes just in time, one that comes a second later, and one that has come
+    {"", "wait event timeChangeEvent timeChangeEventHours=2 within 2h",
+     "wait event timeChangeEvent timeChangeEventHours=2 within 1h59m59s"},
+    {"clock advance 1h\n", "wait event timeChangeEvent within 0s",
+     "wait event timeChangeEvent timeChangeEventHours=2 within 0s"},
+    {"wait event timeChangeEvent timeChangeEventHours=2 within 1d\n",
+     "expect call getTime getTimeStringReturn=02:00", "expect event timeChangeEvent"},
     // what was found and what came before it is skipped, and no more
     {"clock advance 3h\nexpect event timeChangeEvent timeChangeEventHours=2\n",
      "expect next event timeChangeEvent timeChangeEventHours=3",
@@ -120,6 +127,9 @@ TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
       {"expect call getTime getTimeStringReturn=12:00",
        "1: expected a reply with getTimeStringReturn=12:00, got getTimeStringReturn=00:00\n"},
       {"\nexpect get date-format 2", "2: expected date-format \"2\", got \"0\"\n"},
+      {"wait event dateChangeEvent within 1h30m",
+       "1: expected event dateChangeEvent within 01:30:00, got timeChangeEvent "
+       "timeChangeEventHours=1 timeChangeEventMinutes=0 timeChangeEventSeconds=0\n"},
       {"expect event dateChangeEvent", "1: expected event dateChangeEvent, got none\n"},
       {"clock advance 1h\nexpect no event",
        "2: expected no event, got timeChangeEvent timeChangeEventHours=1 "
