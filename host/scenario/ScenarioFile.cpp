@@ -16,7 +16,7 @@ constexpr std::size_t kMostMebibytes = 16;
 constexpr std::size_t kMostText = kMostMebibytes * 1024 * 1024;
 
 // The whole text; if it is too long, a beginning of more than kMostText bytes.
-std::string textOf(std::istream& stream) {
+std::string beginningOf(std::istream& stream) {
   std::string text;
   std::array<char, 65536> part;
   while (text.size() <= kMostText && stream) {
@@ -32,7 +32,7 @@ std::string textOf(std::istream& stream) {
 
 std::string textOf(const fs::path& file) {
   std::ifstream stream(file);
-  std::string text = textOf(stream);
+  std::string text = beginningOf(stream);
   if (!stream.is_open() || stream.bad() || fs::is_directory(file)) {
     refuse(file, "cannot be read; a scenario is a text file");
   }
@@ -58,7 +58,7 @@ std::vector<fs::path> filesIn(const fs::path& folder) {
 Scenario readScenarioFile(const fs::path& file) {
   std::istringstream text(textOf(file));
   try {
-    return readScenario(text);
+    return readScenario(text, file, textOf);
   } catch (const ScenarioTextError& error) {
     throw ScenarioTextError(escapedLine(file.string()) + ':' + escapedLine(error.what()));
   }

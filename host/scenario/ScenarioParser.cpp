@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
 
 #include "DataStorage.h"
 #include "base/PrintableText.h"
@@ -20,10 +22,12 @@
 #include "verbs/WordReader.h"
 
 namespace host {
+namespace fs = std::filesystem;
 namespace {
 
 using Run = std::function<void(ScenarioDevice& device)>;
 
+constexpr std::string_view kInclude = "include";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Setup lines, which come before the first step that needs the device.
@@ -138,7 +142,7 @@ constexpr StepLine kSteps[] = {
 static_assert(namesAreUnique(kSteps));
 
 [[noreturn]] void failUnknown(const std::string& word) {
-  std::vector<std::string_view> names;
+  std::vector<std::string_view> names = {kInclude};
   const auto add = [&](const auto& rows) {
     for (const auto& row : rows) names.push_back(row.name);
   };
@@ -148,20 +152,86 @@ static_assert(namesAreUnique(kSteps));
   throw UsageError("unknown step " + quotedText(word) + suggestion(word, names));
 }
 
-// Reads a scenario line by line. Throws UsageError for a wrong line.
+// Reads a scenario line by line, and the files that it includes. Throws UsageError for a wrong
+// line.
 class Parser {
  public:
-  void read(int number, const std::string& line) {
-    const std::vector<std::string> words = splitScenarioLine(line);
-    if (words.empty() || readSetup(words)) return;
-    // A file may be written before the device is on.
-    if (words.front() != "file") m_started = true;
-    m_scenario.steps.push_back({number, readStep(words)});
-  }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+  Parser(const fs::path& file, const IncludedText& included) : m_included(included) {
+    m_files.push_back({file.lexically_normal(), 0});
+  }
+
+  // REQUIRES: the text is that of the last of m_files.
+  void readText(std::istream& text) {
+    std::string line;
+    for (int number = 1; std::getline(text, line); ++number) {
+      // An editor's byte-order mark is no part of the first line.
+      if (number == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
+      m_files.back().line = number;
+      try {
+        readLine(line);
+      } catch (const UsageError& error) {
+        throw UsageError(std::to_string(number) + ": " + error.what());
+      }
+    }
+  }
 
   Scenario take() { return std::move(m_scenario); }
 
  private:
+  struct OpenFile {
+    fs::path path;
+    int line;
+  };
+
+  void readLine(const std::string& line) {
+    const std::vector<std::string> words = splitScenarioLine(line);
+    if (words.empty() || readSetup(words)) return;
+    if (words.front() == kInclude) return include(words);
+    // A file may be written before the device is on.
+    if (words.front() != "file") m_started = true;
+    m_scenario.steps.push_back({m_files.front().line, readStep(words), includedPlace()});
+  }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+
+  void include(std::span<const std::string> words) {
+    WordReader reader(words.subspan(1), "include FILE");
+    const std::string name = reader.next("FILE");
+    reader.end();
+    if (name.empty() || !m_included) reader.failWithUsage("there is no file to include");
+    const fs::path path = (m_files.back().path.parent_path() / name).lexically_normal();
+    requireIncludable(path);
+    std::istringstream text(m_included(path));
+    m_files.push_back({path, 0});
+    try {
+      readText(text);
+    } catch (const UsageError& error) {
+      throw UsageError(escapedLine(path.string()) + ':' + error.what());
+    }
+    m_files.pop_back();
+  }
+
+  void requireIncludable(const fs::path& path) {
+    const auto isPath = [&](const OpenFile& file) { return file.path == path; };
+    if (std::any_of(m_files.begin(), m_files.end(), isPath)) {
+      WordReader::fail(quotedText(path.string()) + " includes itself; end the circle");
+    }
+    if (m_files.size() > kDeepestInclude) {
+      WordReader::fail("files are included more than " + std::to_string(kDeepestInclude) +
+                       " deep; include them from the scenario itself");
+    }
+    if (++m_includes > kMostIncludes) {
+      WordReader::fail("more than " + std::to_string(kMostIncludes) +
+                       " files are included; write a smaller scenario");
+    }
+  }
+
+  std::string includedPlace() const {
+    std::string place;
+    for (auto file = m_files.begin() + 1; file != m_files.end(); ++file) {
+      place += escapedLine(file->path.string()) + ':' + std::to_string(file->line) + ": ";
+    }
+    return place;
+  }
+
   bool readSetup(std::span<const std::string> words) {
     const SetupLine* const line = rowNamed(kSetup, words.front());
     if (line == nullptr) return false;
@@ -186,23 +256,21 @@ class Parser {
     return runVerb(words);
   }
 
+  const IncludedText& m_included;
+  std::vector<OpenFile> m_files;  // the scenario, and the files on the way to the current line
+  std::size_t m_includes = 0;
   Scenario m_scenario;
   bool m_started = false;
 };
 
 }  // namespace
 
-Scenario readScenario(std::istream& text) {
-  Parser parser;
-  std::string line;
-  for (int number = 1; std::getline(text, line); ++number) {
-    // An editor's byte-order mark is no part of the first line.
-    if (number == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
-    try {
-      parser.read(number, line);
-    } catch (const UsageError& error) {
-      throw ScenarioTextError(std::to_string(number) + ": " + error.what());
-    }
+Scenario readScenario(std::istream& text, const fs::path& file, const IncludedText& included) {
+  Parser parser(file, included);
+  try {
+    parser.readText(text);
+  } catch (const UsageError& error) {
+    throw ScenarioTextError(error.what());
   }
   return parser.take();
 }

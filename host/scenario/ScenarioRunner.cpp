@@ -23,17 +23,20 @@ std::string circumstances(const ScenarioDevice& device) {
 
 std::string runScenario(Plugin& plugin, const Scenario& scenario, const std::string& file) {
   int line = 0;
+  std::string included;
   std::optional<ScenarioDevice> device;
   try {
     device.emplace(plugin, scenario.device);
     for (const ScenarioStep& step : scenario.steps) {
       line = step.line;
+      included = step.included;
       step.run(*device);
     }
     return {};
   } catch (const std::exception& error) {
     const std::string place = line > 0 ? ':' + std::to_string(line) : "";
-    const std::string failure = escapedLine(file) + place + ": " + escapedLine(error.what()) + '\n';
+    const std::string failure =
+        escapedLine(file) + place + ": " + included + escapedLine(error.what()) + '\n';
     return device ? failure + circumstances(*device) : failure;
   }
 }

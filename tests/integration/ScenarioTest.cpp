@@ -87,12 +87,22 @@ TEST_F(Scenario, SaysInOneLineWhyItDoesNotRun) {
       {{"--scenario", right, "--variant", "3"}, 2, "--variant is not for scenarios; write"},
       {{"--scenario", right, "--state", "s"}, 2, "--state is not for scenarios; leave it out"},
       {{"--scenario", right, ""}, 2, "the path is empty"},
+      {{"--scenario", write("includes", "include none\n")}, 2, "/none: cannot be read"},
+      {{"--scenario", write("circle", "include circle.scenario\n")}, 2, "includes itself"},
       {{"--keep-going"}, 2, "--keep-going is for --scenario only"},
       {{"--scenario", right, "--junit", none + "/j"}, 1, "/j\" cannot be written; name a file"},
       {{"--scenario", right, "--plugin", none}, 1, none},
   };
   std::filesystem::create_directory(m_folder / "host.d");
   for (const auto& [options, status, part] : rows) expectOneLine(runHost(options), status, {part});
+}
+
+TEST_F(Scenario, IncludesFilesBesideIt) {
+  std::ofstream(m_folder / "zone.inc") << "\nexpect tz x\n";
+  const Outcome outcome = run("clock show\ninclude zone.inc\n");
+  EXPECT_EQ(outcome.status, 1);
+  const std::string place = m_file + ":2: " + (m_folder / "zone.inc").string() + ":2: ";
+  EXPECT_EQ(outcome.err.find(place + "expected TZ \"x\""), 0U) << outcome.err;
 }
 
 TEST_F(Scenario, AFolderRunsEachOfItsFilesAndTellsTheSum) {

@@ -1,17 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <regex>
-#include <set>
 #include <sstream>
 
 #include "scenario/Scenario.h"
-#include "scenario/ScenarioNames.h"
 #include "scenario/ScenarioWords.h"
-#include "support/FileContent.h"
-#include "verbs/KeyCatalogue.h"
-#include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
 
 namespace host {
@@ -196,6 +189,8 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"wait event timeChangeEvent within", "DURATION is missing"},
       {"wait event timeChangeEvent within 1w", "wait: \"1w\" is not a duration"},
       {"expect event timeChangeEvent within 1h", "\"within\" is not an argument"},
+      {"include x", "1: there is no file to include (usage: include FILE)"},
+      {"inclde x", "did you mean \"include\"?"},
       {"call setTime hours=9", "\"hours\" is not a parameter of setTime"},
       {"call setTime setTimeHour=9", "did you mean \"setTimeHours\"?"},
       {"call setTime setTimeHours=9", "the parameter setTimeMinutes is missing"},
@@ -233,28 +228,6 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
     const std::string error = faultOf(text);
     EXPECT_NE(error.find(part), std::string::npos) << text << " -> " << error;
   }
-}
-
-// The texts in quotes of one of the service's headers.
-std::set<std::string> namesIn(const std::string& header) {
-  const std::string text = support::contentOf(std::filesystem::path(CLOCK_TREE) / "src" / header);
-  const std::regex quoted("\"([\\w-]+)\";");
-  std::set<std::string> names;
-  for (std::sregex_iterator at(text.begin(), text.end(), quoted), end; at != end; ++at) {
-    names.insert((*at)[1]);
-  }
-  return names;
-}
-
-std::set<std::string> setOf(std::span<const std::string_view> names) {
-  return {names.begin(), names.end()};
-}
-
-TEST(ScenarioNames, AreThoseOfTheService) {
-  EXPECT_EQ(setOf(storageKeys()), namesIn("SettingKeys.h"));
-  std::set<std::string> keys = setOf(namesOf(managementKeys()));
-  keys.merge(setOf(deviceValues()));
-  EXPECT_EQ(keys, namesIn("ClockService/ManagementKeyNames.h"));
 }
 
 }  // namespace
