@@ -4,6 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <utility>
+#include <vector>
 
 #include "base/Error.h"
 #include "base/PrintableText.h"
@@ -38,6 +39,7 @@ std::string described(const VirtualClock& clock, const Json& request) {
   const Json instant = request.value("seconds", Json());
   const bool whole = instant.is_number_integer() && instant >= 0 && instant <= kLastInstant.count();
   if (whole && action != "advance") words = ' ' + instantText(seconds(instant));
+  if (request.contains("local")) words = " local" + memberWords(request, {"local"});
   return "Clock " + action + words + ", from " + instantText(duration_cast<seconds>(clock.wall()));
 }
 
@@ -73,6 +75,21 @@ ClockMove recordedMove(Controller& controller, const Json& request, MoveOf moveO
     return note;
   };
   return move;
+}
+
+// The one instant of a local time under the zone of the device.
+seconds instantOf(const std::string& text) {
+  const auto local = parseLocal(text);
+  if (!local) {
+    throw Error(quotedText(text) + " is not a local time; write " + std::string(kLocalForms));
+  }
+  const std::vector<seconds> instants = instantsOfLocal(*local);
+  if (instants.empty()) {
+    throw Error("local time " + text + " is skipped by daylight saving; write a time outside it");
+  }
+  if (instants.size() == 1) return instants.front();
+  throw Error("local time " + text + " comes twice; write " + instantText(instants.front()) +
+              " or " + instantText(instants.back()));
 }
 
 // Rounded up: less than a second left is shown as one.
@@ -143,7 +160,11 @@ void actOnClockNext(Controller& controller, const Json& request, const Channel& 
 
 void actOnClockJump(Controller& controller, const Json& request, const Channel& channel) {
   changeAtOnce(controller, request, channel, [&](VirtualClock& clock) {
-    if (clock.setWall(seconds(numberMember(request, "seconds", 0, kLastInstant.count())))) return;
+    const bool local = request.contains("local");
+    const seconds instant =
+        local ? instantOf(textMember(request, "local"))
+              : seconds(numberMember(request, "seconds", 0, kLastInstant.count()));
+    if (clock.setWall(instant)) return;
     throw Error(std::string("the clock cannot be set: ") + std::strerror(errno));
   });
 }

@@ -75,6 +75,17 @@ std::string dateAndTime(const tm& time, char separator) {
   return buffer.data();
 }
 
+// Larger than any offset from UTC.
+constexpr seconds kOffsetSearch = std::chrono::days(2);
+
+// Of local time from UTC, under the process's TZ.
+seconds offsetAt(seconds sinceEpoch) {
+  const time_t instant = sinceEpoch.count();
+  tm local{};
+  localtime_r(&instant, &local);
+  return seconds(local.tm_gmtoff);
+}
+
 std::string utcText(seconds sinceEpoch) {
   const time_t instant = sinceEpoch.count();
   tm utc{};
@@ -120,6 +131,25 @@ std::optional<seconds> parseInstant(std::string_view text) {
       std::chrono::sys_days(day).time_since_epoch() + seconds(*time) - seconds(*offset);
   if (instant < seconds(0) || instant > kLastInstant) return std::nullopt;
   return instant;
+}
+
+std::optional<seconds> parseLocal(std::string_view text) {
+  constexpr std::size_t kBlank = 10;  // between date and time
+  if (text.size() <= kBlank || text[kBlank] != ' ') return std::nullopt;
+  std::string utc(text);
+  utc[kBlank] = 'T';
+  return parseInstant(utc + 'Z');
+}
+
+std::vector<seconds> instantsOfLocal(seconds local) {
+  std::vector<seconds> instants;
+  // The offset is one of those a while before and after: no zone changes twice in between.
+  for (const seconds reference : {local - kOffsetSearch, local + kOffsetSearch}) {
+    const seconds instant = local - offsetAt(reference);
+    const bool known = !instants.empty() && instants.front() == instant;
+    if (!known && offsetAt(instant) == local - instant) instants.push_back(instant);
+  }
+  return instants;
 }
 
 std::optional<double> parseSpeed(std::string_view text) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Durations, instants and speeds as people write them. Pure; thread: any.
 namespace host {
@@ -13,6 +14,7 @@ namespace host {
 inline constexpr std::string_view kDurationForms = "`90s`, `15m`, `1h30m`, `1d` or `00:30:00`";
 inline constexpr std::string_view kInstantForms =
     "`2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199";
+inline constexpr std::string_view kLocalForms = "`2026-03-08 01:59:50`, in the years 1970-2199";
 inline constexpr std::string_view kSpeedForms = "`0` (paused), `1`, `0.5`, `3600` or `max`";
 
 // duration = [digits "d"] [digits "h"] [digits "m"] [digits "s"] | HH ":" MM ":" SS, up to 36525
@@ -23,6 +25,13 @@ inline constexpr std::string_view kSpeedForms = "`0` (paused), `1`, `0.5`, `3600
 // since 1970-01-01 UTC.
 inline constexpr std::chrono::seconds kLastInstant{7258118399};  // the end of 2199
 [[nodiscard]] std::optional<std::chrono::seconds> parseInstant(std::string_view text);
+
+// local = YYYY-MM-DD " " HH:MM:SS, in the same years. Seconds since 1970-01-01 of that local time.
+[[nodiscard]] std::optional<std::chrono::seconds> parseLocal(std::string_view text);
+
+// The instants at which a clock under the process's TZ shows that local time, in their order: none
+// if it is skipped by a change of daylight saving, two if it comes twice.
+[[nodiscard]] std::vector<std::chrono::seconds> instantsOfLocal(std::chrono::seconds local);
 
 // speed = "max" | decimal number, 0-1e9. "max" is infinity: as fast as it goes.
 [[nodiscard]] std::optional<double> parseSpeed(std::string_view text);

@@ -55,7 +55,8 @@ std::string formHelp() {
   std::string help = "\nWords:\n  X is " + std::string(kSpeedForms) +
                      ": virtual seconds in each real second\n  DURATION is " +
                      std::string(kDurationForms) + ", up to a century\n  UTC is " +
-                     std::string(kInstantForms) + '\n';
+                     std::string(kInstantForms) + "\n  TIME is " + std::string(kLocalForms) +
+                     ", in the telephone's zone\n";
   for (const Landmark& landmark : landmarks()) {
     help.append("  ").append(landmark.name).append(" is ").append(landmark.meaning) += '\n';
   }
@@ -64,7 +65,13 @@ std::string formHelp() {
 
 void read(const VerbWords& expected, WordReader& words, Json& request) {
   for (const VerbWord& word : expected) {
-    if (!word.usage.empty()) request[word.member] = word.read(words, word.usage);
+    if (word.usage.empty()) continue;
+    Json value = word.read(words, word.usage);
+    if (word.member == nullptr) {
+      request.update(value);
+    } else {
+      request[word.member] = std::move(value);
+    }
   }
 }
 

@@ -12,7 +12,8 @@ namespace host {
 
 class WordReader;
 
-// One word after a verb: its text in the usage line, and the request's member that it becomes.
+// One word after a verb: its text in the usage line, and the request's member that it becomes;
+// null: `read` returns an object of such members.
 struct VerbWord {
   std::string_view usage;  // "KEY", "up|down"; empty: no word
   const char* member;

@@ -26,7 +26,7 @@ inline constexpr VerbAction kClockActions[] = {
     {"next", "let time pass up to the next timer"},
     {"jump",
      "set the wall clock, but not uptime and timers",
-     {VerbWord{"UTC", "seconds", readInstant}}},
+     {VerbWord{"UTC|local TIME", nullptr, readInstantOrLocal}}},
     {"to",
      "go to ten seconds before the landmark, and pause",
      {VerbWord{"hour|midnight|dst|leap-day|2038", "landmark", readChoice}},

@@ -58,6 +58,18 @@ Json readInstant(WordReader& words, std::string_view) {
   return instant->count();
 }
 
+Json readInstantOrLocal(WordReader& words, std::string_view) {
+  if (words.accept("local")) {
+    const std::string local = words.restAsText();
+    if (!parseLocal(local)) words.failForm(local, "a local time", kLocalForms);
+    return {{"local", local}};
+  }
+  const std::string text = words.restAsText();
+  if (const auto instant = parseInstant(text)) return {{"seconds", instant->count()}};
+  words.failForm(text, "an instant",
+                 parseLocal(text) ? "`local` before it" : std::string(kInstantForms));
+}
+
 Json readCount(WordReader& words, std::string_view) {
   if (!words.accept("--count")) return 0;
   const int count = words.integer("N");

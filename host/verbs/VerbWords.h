@@ -13,11 +13,13 @@ class WordReader;
 // usage line. Throws UsageError.
 [[nodiscard]] Json readText(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readInteger(WordReader& words, std::string_view usage);
-[[nodiscard]] Json readChoice(WordReader& words, std::string_view usage);     // usage: "up|down"
-[[nodiscard]] Json readOption(WordReader& words, std::string_view usage);     // usage: "[--follow]"
-[[nodiscard]] Json readSpeed(WordReader& words, std::string_view usage);      // a text
-[[nodiscard]] Json readDuration(WordReader& words, std::string_view usage);   // seconds
-[[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);    // seconds since 1970
+[[nodiscard]] Json readChoice(WordReader& words, std::string_view usage);    // usage: "up|down"
+[[nodiscard]] Json readOption(WordReader& words, std::string_view usage);    // usage: "[--follow]"
+[[nodiscard]] Json readSpeed(WordReader& words, std::string_view usage);     // a text
+[[nodiscard]] Json readDuration(WordReader& words, std::string_view usage);  // seconds
+[[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);   // seconds since 1970
+// {"seconds": N} as readInstant, or {"local": TEXT} after the word `local`
+[[nodiscard]] Json readInstantOrLocal(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readCount(WordReader& words, std::string_view usage);      // 0: no limit
 [[nodiscard]] Json readArguments(WordReader& words, std::string_view usage);  // [NAME=VALUE ...]
 

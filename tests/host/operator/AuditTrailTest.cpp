@@ -70,13 +70,15 @@ TEST_F(RecordedTelephone, RecordsClockActions) {
   ask(R"({"verb":"clock","action":"to","landmark":"noon"})");
   ask(R"({"verb":"clock","action":"speed","speed":"0"})");
   ask(R"({"verb":"clock","action":"jump","seconds":0})");
+  ask(R"({"verb":"clock","action":"jump","local":"1970-01-01 02:00:00"})");
   EXPECT_EQ(records(),
             (Lines{"accepted 4 Clock jump 2030-01-01T00:00:00Z, from 2016-06-16T00:00:00Z",
                    "accepted 4 Clock advance 60, from 2030-01-01T00:00:00Z",
                    "refused 4 Clock jump -1, from 2030-01-01T00:01:00Z",
                    "refused 4 Clock to noon, from 2030-01-01T00:01:00Z",
                    "accepted 4 Clock speed 0, from 2030-01-01T00:01:00Z",
-                   "accepted 4 Clock jump 1970-01-01T00:00:00Z, from 2030-01-01T00:01:00Z"}));
+                   "accepted 4 Clock jump 1970-01-01T00:00:00Z, from 2030-01-01T00:01:00Z",
+                   "accepted 4 Clock jump local 1970-01-01 02:00:00, from 1970-01-01T00:00:00Z"}));
 }
 
 TEST_F(RecordedTelephone, RecordsInjects) {

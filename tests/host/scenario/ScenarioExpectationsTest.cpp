@@ -134,6 +134,15 @@ TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
       {"clock advance 1h\nexpect no event",
        "2: expected no event, got timeChangeEvent timeChangeEventHours=1 "
        "timeChangeEventMinutes=0 timeChangeEventSeconds=0\n"},
+      {"variant 3\nset sntp-tz-offset -5\nclock advance 1s\n"
+       "clock jump local 2026-03-08 01:59:50\nexpect call getTime getTimeStringReturn=x",
+       "5: expected a reply with getTimeStringReturn=x, got getTimeStringReturn=01:59am\n"},
+      {"variant 3\nset sntp-tz-offset -5\nclock advance 1s\nclock jump local 2026-03-08 02:00:00",
+       "4: expected success, got a refusal: local time 2026-03-08 02:00:00 is skipped by daylight "
+       "saving; write a time outside it\n"},
+      {"variant 3\nset sntp-tz-offset -5\nclock advance 1s\nclock jump local 2026-11-01 01:30:00",
+       "4: expected success, got a refusal: local time 2026-11-01 01:30:00 comes twice; write "
+       "2026-11-01T05:30:00Z or 2026-11-01T06:30:00Z\n"},
       {"expect tz LOC-1:00", "1: expected TZ \"LOC-1:00\", got \"LOC00:00\"\n"},
       {"expect no file setupTZ.sh", "1: expected no file setupTZ.sh, got one\n"},
       {"expect file setupTZ.sh x",

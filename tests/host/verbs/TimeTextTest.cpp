@@ -148,6 +148,46 @@ TEST(TimeText, PrintsLocalTimeWithItsZone) {
   EXPECT_EQ(localText(1772953200), "2026-03-08 03:00:00 (DST, UTC-04:00)");
 }
 
+TEST(TimeText, ALocalTimeHasNoneOneOrTwoInstants) {
+  const auto instants = [](const char* local) {
+    std::string texts;
+    for (const seconds instant : instantsOfLocal(parseLocal(local).value())) {
+      texts += (texts.empty() ? "" : " ") + instantText(instant);
+    }
+    return texts;
+  };
+  {
+    const support::ZoneGuard zone("LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00");
+    EXPECT_EQ(instants("2026-03-08 01:59:59"), "2026-03-08T06:59:59Z");
+    EXPECT_EQ(instants("2026-03-08 02:00:00"), "");
+    EXPECT_EQ(instants("2026-03-08 02:59:59"), "");
+    EXPECT_EQ(instants("2026-03-08 03:00:00"), "2026-03-08T07:00:00Z");
+    EXPECT_EQ(instants("2026-11-01 00:59:59"), "2026-11-01T04:59:59Z");
+    EXPECT_EQ(instants("2026-11-01 01:00:00"), "2026-11-01T05:00:00Z 2026-11-01T06:00:00Z");
+    EXPECT_EQ(instants("2026-11-01 01:59:59"), "2026-11-01T05:59:59Z 2026-11-01T06:59:59Z");
+    EXPECT_EQ(instants("2026-11-01 02:00:00"), "2026-11-01T07:00:00Z");
+  }
+  {
+    // Chatham, in the south
+    const support::ZoneGuard zone("LOC-12:45DST-13:45,M9.5.0/02:45,M4.1.0/03:45");
+    EXPECT_EQ(instants("2026-04-05 02:44:59"), "2026-04-04T12:59:59Z");
+    EXPECT_EQ(instants("2026-04-05 02:45:00"), "2026-04-04T13:00:00Z 2026-04-04T14:00:00Z");
+    EXPECT_EQ(instants("2026-09-27 02:45:00"), "");
+    EXPECT_EQ(instants("2026-09-27 03:45:00"), "2026-09-26T14:00:00Z");
+  }
+}
+
+TEST(TimeText, RejectsLocalTimesOneStepOutside) {
+  EXPECT_EQ(parseLocal("1970-01-01 00:00:00"), seconds(0));
+  EXPECT_EQ(parseLocal("2199-12-31 23:59:59"), kLastInstant);
+  for (const char* const text :
+       {"", "2026-03-08", "2026-03-08 01:59", "2026-03-08T01:59:50", "2026-03-08  1:59:50",
+        "2026-03-08 01:59:50Z", "2026-03-08 01:59:60", "2026-02-29 01:59:50", "1969-12-31 23:59:59",
+        "2200-01-01 00:00:00", "2026-03-08\n01:59:50"}) {
+    EXPECT_EQ(parseLocal(text), std::nullopt) << text;
+  }
+}
+
 TEST(TimeText, PrintsDaysOnlyOfLongDurations) {
   EXPECT_EQ(durationText(seconds(0)), "00:00:00");
   EXPECT_EQ(durationText(seconds(86399)), "23:59:59");

@@ -56,7 +56,7 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      clock advance DURATION                    let time pass; each timer expires at its "
       "own instant\n"
       "      clock next                                let time pass up to the next timer\n"
-      "      clock jump UTC                            set the wall clock, but not uptime and "
+      "      clock jump UTC|local TIME                 set the wall clock, but not uptime and "
       "timers\n"
       "      clock to hour|midnight|dst|leap-day|2038  go to ten seconds before the landmark, and "
       "pause\n"
@@ -81,6 +81,7 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "  X is `0` (paused), `1`, `0.5`, `3600` or `max`: virtual seconds in each real second\n"
       "  DURATION is `90s`, `15m`, `1h30m`, `1d` or `00:30:00`, up to a century\n"
       "  UTC is `2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199\n"
+      "  TIME is `2026-03-08 01:59:50`, in the years 1970-2199, in the telephone's zone\n"
       "  hour is the next full hour\n"
       "  midnight is the next local midnight\n"
       "  dst is the next change to or from daylight saving\n"
@@ -108,6 +109,10 @@ TEST(Verb, WordsBecomeRequests) {
       {"clock advance 2h", R"({"verb":"clock","action":"advance","seconds":7200})"},
       {"clock next", R"({"verb":"clock","action":"next"})"},
       {"clock jump 1970-01-01T00:01:00Z", R"({"verb":"clock","action":"jump","seconds":60})"},
+      {"clock jump local 2026-03-08 01:59:50",
+       R"({"verb":"clock","action":"jump","local":"2026-03-08 01:59:50"})"},
+      {"clock jump local \"2026-03-08 01:59:50\"",
+       R"({"verb":"clock","action":"jump","local":"2026-03-08 01:59:50"})"},
       {"clock to leap-day", R"({"verb":"clock","action":"to","landmark":"leap-day"})"},
       {"inject jack 5 1", R"({"verb":"inject","what":"jack","plug":5,"status":1})"},
       {"inject jack 2147483647 -2147483648",
@@ -161,6 +166,13 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"clock advance", "\"\" is not a duration"},
       {"clock jump tomorrow",
        "clock jump: \"tomorrow\" is not an instant; write `2026-03-08T06:59:50Z`"},
+      {"clock jump 2026-03-08 01:59:50",
+       "\"2026-03-08 01:59:50\" is not an instant; write `local` before it"},
+      {"clock jump local", "\"\" is not a local time; write `2026-03-08 01:59:50`, in the years"},
+      {"clock jump local 2026-03-08T06:59:50Z", "is not a local time"},
+      {"clock jump local 2026-02-29 01:59:50", "is not a local time"},
+      {"clock jump local 2026-03-08 24:00:00", "is not a local time"},
+      {"clock jump", "clock jump: \"\" is not an instant"},
       {"clock to noon", "\"noon\" is not hour, midnight, dst, leap-day or 2038"},
       {"clock to", "hour, midnight, dst, leap-day or 2038"},
       {"clock set 5", "\"set\" is not show"},
