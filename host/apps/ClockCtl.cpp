@@ -16,6 +16,7 @@
 #include "verbs/DidYouMean.h"
 #include "verbs/JsonText.h"
 #include "verbs/MethodCatalogue.h"
+#include "verbs/MethodJson.h"
 #include "verbs/NamedRows.h"
 #include "verbs/ReadJson.h"
 #include "verbs/UsageError.h"
@@ -45,23 +46,9 @@ std::string secondsText(milliseconds limit) {
   return text.str();
 }
 
-Json valueJson(const Parameter& parameter) {
-  if (parameter.getType() == Parameter::integer) return parameter.getInt();
-  if (parameter.getType() == Parameter::boolean) return parameter.getBool();
-  return parameter.getString();
-}
-
-Json parametersJson(const Method& method) {
-  Json json = Json::object();
-  for (const Parameter& parameter : method.getParameters()) {
-    json[parameter.getName()] = valueJson(parameter);
-  }
-  return json;
-}
-
 // The client for a verb. An error says what this user can do when permission is missing.
 RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
-  const bool control = route == Verb::Route::control;
+  const bool control = route == Verb::Route::control || route == Verb::Route::stream;
   try {
     return RemoteClient(control ? options.controlSocket : options.socket);
   } catch (const NotAllowed& error) {
@@ -93,6 +80,8 @@ class Command {
         return watch();
       case Verb::Route::control:
         return m_request.value("follow", false) ? follow() : control();
+      case Verb::Route::stream:
+        return follow();
     }
   }
 

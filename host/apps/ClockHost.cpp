@@ -151,8 +151,9 @@ Host::Host(const HostOptions& options)
       m_server(m_loop.io(), {options.socket, options.controlSocket, options.socketGroup},
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
-      m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
-                                       CLOCK_VERSION, options.plugin, postTo(m_loop)}) {
+      m_controller(m_device,
+                   HostFacts{[this] { return m_server.clients(); }, options.socket, CLOCK_VERSION,
+                             options.plugin, postTo(m_loop), &m_server.tap()}) {
   m_loop.stopOnSignals();
   m_device.start(m_server);
   warnOfOddSavedTime(m_device);

@@ -12,6 +12,7 @@
 namespace host {
 
 class Device;
+class FrameTap;
 class LogRing;
 
 // What `status` shows in addition to the state of the device.
@@ -21,6 +22,7 @@ struct HostFacts {
   std::string version;                   // of host and plug-in, as built
   std::string plugin{};                  // the file
   ClockMoveQueue::Later later{};         // see ClockMoveQueue
+  FrameTap* tap = nullptr;               // of the clients' frames; outlives the controller
 };
 
 // Handles control requests for one device: {"verb": NAME, ...} -> {"ok": true, ...} or

@@ -48,8 +48,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   Connection(IoLoop& loop, Descriptor socket, Endpoint endpoint, std::uint64_t number,
              Listener& listener, std::chrono::milliseconds timeout);
 
-  // Once, before all else.
-  void makePeer();
+  // Once, before all else. tap: see Peer.
+  void makePeer(FrameTap* tap = nullptr);
 
   // Starts to read. The connection calls it again after each turn.
   void read();

@@ -29,6 +29,9 @@ class ControlChannel {
   // False when the client has disconnected or got its reply: work for it need not begin.
   [[nodiscard]] virtual bool wanted() const { return true; }
 
+  // False while the client has many unread answers: further items might get it dropped.
+  [[nodiscard]] virtual bool hasRoom() const { return true; }
+
   // Delays the client's next frames until the channel's end, so that they see the result of this
   // request. REQUIRES: framework thread, before the handler returns.
   virtual void holdNext() {}

@@ -11,6 +11,7 @@
 #include "Method.h"
 #include "Proxy.h"
 #include "remote/ClientLimits.h"
+#include "remote/FrameTap.h"
 #include "remote/PeerProcess.h"
 
 namespace host {
@@ -57,7 +58,7 @@ class Peer::Channel : public ControlChannel {
   // stack unwinding the client is about to be dropped.
   ~Channel() override {
     const bool lost = !m_replied && std::uncaught_exceptions() == 0;
-    if (lost) m_peer->m_outbox.send({FrameKind::controlReply, m_id, kNoAnswer});
+    if (lost) m_peer->send({FrameKind::controlReply, m_id, kNoAnswer});
     if (m_holding) --m_peer->m_holds;
     --m_peer->m_openChannels;
     if (m_peer->m_disconnected || m_peer->m_paused) m_peer->m_outbox.wakeLoop();
@@ -65,11 +66,11 @@ class Peer::Channel : public ControlChannel {
 
   bool reply(std::string_view json) override {
     if (json.size() > kMaxPayload || m_replied.exchange(true)) return false;
-    return m_peer->m_outbox.send({FrameKind::controlReply, m_id, json});
+    return m_peer->send({FrameKind::controlReply, m_id, json});
   }
 
   bool item(std::string_view json) override {
-    return !m_replied && m_peer->m_outbox.send({FrameKind::controlItem, m_id, json});
+    return !m_replied && m_peer->send({FrameKind::controlItem, m_id, json});
   }
 
   void onGone(std::function<void()> gone) override {
@@ -80,6 +81,8 @@ class Peer::Channel : public ControlChannel {
   bool wanted() const override {
     return !m_replied && m_peer->m_outbox.state() == Outbox::State::open;
   }
+
+  bool hasRoom() const override { return m_peer->m_outbox.queued() < kMostUnread; }
 
   void holdNext() override {
     if (!std::exchange(m_holding, true)) ++m_peer->m_holds;
@@ -105,16 +108,27 @@ class Peer::Channel : public ControlChannel {
   std::function<void()> m_gone;  // the loop's alone
 };
 
-Peer::Peer(std::string address, int socket, std::function<void()> wake)
+Peer::Peer(std::string address, int socket, std::function<void()> wake, FrameTap* tap)
     : m_address(std::move(address)),
       m_origin(originOf(socket)),
-      m_outbox(socket, std::move(wake)) {}
+      m_outbox(socket, std::move(wake)),
+      m_tap(tap) {}
 
 Peer::~Peer() = default;
 
 void Peer::setCodec(std::string name, MessageCodec& codec) {
   m_codecName = std::move(name);
   m_codec = &codec;
+}
+
+bool Peer::send(const Frame& frame) {
+  const bool sent = m_outbox.send(frame);
+  if (sent) show(frame, false);
+  return sent;
+}
+
+void Peer::show(const Frame& frame, bool fromClient) {
+  if (m_tap != nullptr) m_tap->show({m_address, m_origin, *m_codec, fromClient, frame});
 }
 
 // Any exception drops only this client, and does not reach the service or its other observers.
@@ -124,7 +138,7 @@ bool Peer::sendMethod(Method& method) try {
   if (latest.codec != m_codecName || !(latest.event == method)) {
     latest.encode(method, m_codecName, *m_codec);
   }
-  return m_outbox.send({FrameKind::event, 0, latest.stream.view()});
+  return send({FrameKind::event, 0, latest.stream.view()});
 } catch (const std::exception&) {
   m_outbox.fail(ENOMEM);
   return false;

@@ -16,13 +16,15 @@ class Proxy;
 
 namespace host {
 
+class FrameTap;
+
 // One client as the framework knows it: address, codec, outbox, open control requests, and its
 // observer proxy in the service. Owner: shared by its connection and its unanswered requests.
 // Thread: the loop's, except sendMethod, outbox, proxy and constants.
 class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer> {
  public:
-  // socket, wake: see Outbox.
-  Peer(std::string address, int socket, std::function<void()> wake);
+  // socket, wake: see Outbox. tap: outlives the peer; null: none.
+  Peer(std::string address, int socket, std::function<void()> wake, FrameTap* tap = nullptr);
   ~Peer();
   Peer(const Peer&) = delete;
   Peer& operator=(const Peer&) = delete;
@@ -38,6 +40,12 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   [[nodiscard]] MessageCodec& codec() const { return *m_codec; }
 
   [[nodiscard]] Outbox& outbox() { return m_outbox; }
+
+  // Sends a frame by the outbox, and shows it to the tap. Thread: any.
+  bool send(const Frame& frame);
+
+  // Shows a frame of this client to the tap.
+  void showReceived(const Frame& frame) { show(frame, true); }
 
   // Sends an event to the client; the plug-in's proxy calls it. False when the client has
   // disconnected or does not read.
@@ -74,11 +82,14 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
  private:
   class Channel;
 
+  void show(const Frame& frame, bool fromClient);
+
   const std::string m_address;
   const std::string m_origin;
   std::string m_codecName;
   MessageCodec* m_codec = nullptr;
   Outbox m_outbox;
+  FrameTap* const m_tap;
   std::atomic<bool> m_disconnected = false;
   std::atomic<std::size_t> m_openChannels = 0;
   std::atomic<std::size_t> m_holds = 0;  // channels that delay the client's next frame

@@ -20,6 +20,7 @@
 #include "remote/ClientLimits.h"
 #include "remote/CodecTable.h"
 #include "remote/Connection.h"
+#include "remote/FrameTap.h"
 #include "remote/PeerRegistry.h"
 #include "remote/Registrations.h"
 #include "remote/ServiceCalls.h"
@@ -55,6 +56,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   void serve(RemoteTarget target);
   void stop();
   std::size_t clients() const { return m_clients.size(); }
+  FrameTap& tap() { return m_tap; }
   MessageCodec* codec(const std::string& name) { return m_codecs.find(name); }
   Proxy* proxyFor(const std::string& address);
 
@@ -87,6 +89,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   IoLoop& m_loop;
   const Limits m_limits;
   const ControlHandler m_control;
+  FrameTap m_tap;
   Registrations m_registrations;
   CodecTable m_codecs;
   TurnQueue m_turns{m_loop};
@@ -133,7 +136,7 @@ void RemoteServer::Impl::addClient(Descriptor socket, Listening& at) {
   const std::uint64_t number = ++m_lastNumber;
   const auto connection = std::make_shared<Connection>(m_loop, std::move(socket), at.endpoint,
                                                        number, *this, m_limits.unfinished);
-  connection->makePeer();
+  connection->makePeer(&m_tap);
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
   const auto kept = m_clients.emplace(number, Client{connection, std::move(slot)}).first;
   try {
@@ -148,6 +151,7 @@ void RemoteServer::Impl::addClient(Descriptor socket, Listening& at) {
 
 std::optional<std::string> RemoteServer::Impl::onFrame(Connection& from, const Frame& frame) try {
   if (!MemoryReserve::refill()) return "out of memory";
+  from.peer().showReceived(frame);
   if (refuseAtWrongSocket(from, frame)) return std::nullopt;
   const OriginScope origin(from.peer().origin());
   switch (frame.kind) {
@@ -238,6 +242,10 @@ void RemoteServer::stop() {
 
 std::size_t RemoteServer::clients() const {
   return m_impl->clients();
+}
+
+FrameTap& RemoteServer::tap() {
+  return m_impl->tap();
 }
 
 MessageCodec* RemoteServer::getCodec(const std::string& name) {

@@ -20,6 +20,7 @@ class Invoker;
 
 namespace host {
 
+class FrameTap;
 class IoLoop;
 
 // The target of remote calls: one device's service, its invoker, and the factory of observer
@@ -75,6 +76,8 @@ class RemoteServer : public FrameworkContext {
   void stop();
 
   [[nodiscard]] std::size_t clients() const;
+
+  [[nodiscard]] FrameTap& tap();  // of all clients' frames
 
   MessageCodec* getCodec(const std::string& name) override;
   Proxy* createProxy(const std::string& interfaceName, const std::string& address) override;

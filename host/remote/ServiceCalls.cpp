@@ -64,7 +64,7 @@ class ClientResponse : public InvokerResponse {
     if (length < 0 || std::exchange(m_replied, true)) return;
     const std::string_view payload(data, static_cast<std::size_t>(length));
     if (payload.size() <= kMaxPayload) {
-      m_client->outbox().send({FrameKind::reply, m_id, payload});
+      m_client->send({FrameKind::reply, m_id, payload});
     } else {
       logAppUni("clockhost", 2, __FILE__, __LINE__, "reply of %d bytes to %s is too long: dropped",
                 length, m_client->address().c_str());

@@ -90,8 +90,10 @@ Run expectRefused(WordReader& words) {
   const auto rest = words.rest();
   const Verb& verb = verbOf(rest);
   const Json request = requestOf(verb, rest);
-  if (verb.route == Verb::Route::watch)
-    WordReader::fail("watch cannot be refused; name another verb, or write `expect no event`");
+  if (verb.route == Verb::Route::watch || verb.route == Verb::Route::stream) {
+    WordReader::fail(std::string(verb.name) +
+                     " cannot be refused; name another verb, or write `expect no event`");
+  }
   if (verb.route == Verb::Route::call) {
     WordReader call(rest.subspan(1), "refused call METHOD [NAME=VALUE ...]");
     return expectNoReply(call);

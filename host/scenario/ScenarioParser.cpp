@@ -75,7 +75,8 @@ constexpr SetupLine kSetup[] = {
 Run runVerb(std::span<const std::string> words) {
   const Verb& verb = verbOf(words);
   const Json request = requestOf(verb, words);
-  if (verb.route == Verb::Route::watch || request.value("follow", false)) {
+  if (verb.route == Verb::Route::watch || verb.route == Verb::Route::stream ||
+      request.value("follow", false)) {
     throw UsageError("a scenario cannot watch or follow; write `expect event` or `expect log`");
   }
   if (verb.route == Verb::Route::call) {

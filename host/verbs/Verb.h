@@ -33,9 +33,10 @@ struct VerbAction {
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order that a reader needs
 struct Verb {
   enum class Route {
-    call,    // a remote call to the service
-    watch,   // the service's events
-    control  // a control request to the host, see operator/HostActions.h
+    call,     // a remote call to the service
+    watch,    // the service's events
+    control,  // a control request to the host, see operator/HostActions.h
+    stream    // a control request whose answers are items, until the client disconnects
   };
 
   std::string_view name;

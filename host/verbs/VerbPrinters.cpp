@@ -154,4 +154,19 @@ void printSecurityLog(const Json& answer, std::ostream& out) {
   printMember(answer, "note", "note", out);
 }
 
+// The first entry has no frame.
+void printFrame(const Json& entry, std::ostream& out) {
+  if (!entry.contains("kind")) return;
+  out << padded(member(entry, "microseconds"), 12) << ' ' << padded(member(entry, "peer"), 10)
+      << ' ' << padded(member(entry, "direction"), 8) << ' ' << padded(member(entry, "kind"), 14);
+  for (const char* const name : {"method", "parameters", "json", "codec"}) {
+    const std::string text = member(entry, name);
+    if (!text.empty()) out << ' ' << text;
+  }
+  if (isTrue(entry, "clipped")) out << ' ' << member(entry, "bytes") << " bytes";
+  if (isTrue(entry, "undecodable")) out << " undecodable";
+  if (entry.contains("lost")) out << " (" << member(entry, "lost") << " frames lost before)";
+  out << std::endl;
+}
+
 }  // namespace host

@@ -16,5 +16,6 @@ void printClock(const Json& answer, std::ostream& out);
 void printStatus(const Json& answer, std::ostream& out);
 void printLog(const Json& answer, std::ostream& out);  // a whole answer, or one entry of a stream
 void printSecurityLog(const Json& answer, std::ostream& out);
+void printFrame(const Json& entry, std::ostream& out);  // MICROSECONDS PEER DIRECTION KIND ...
 
 }  // namespace host

@@ -82,6 +82,11 @@ inline constexpr Verb kVerbs[] = {
     {"security-log",
      "list who changed or tried to change what; a power loss may lose the latest records",
      printSecurityLog},
+    {"monitor",
+     "print every frame between the host and its clients",
+     printFrame,
+     {},
+     Verb::Route::stream},
 };
 static_assert(namesAreUnique(kVerbs));
 static_assert(std::all_of(std::begin(kVerbs), std::end(kVerbs),

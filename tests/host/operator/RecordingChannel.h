@@ -23,9 +23,11 @@ class RecordingChannel : public ControlChannel {
   void onGone(std::function<void()> gone) override { hangUp = std::move(gone); }
 
   bool wanted() const override { return isWanted; }
+  bool hasRoom() const override { return room; }
   void holdNext() override { ++holds; }
 
   bool reads = true;
+  bool room = true;
   bool isWanted = true;
   int holds = 0;
   std::vector<std::string> replies;

@@ -88,6 +88,7 @@ class ServerUnderTest {
   void stop() {
     onLoop([this] { m_server->stop(); });
   }
+  FrameTap& tap() { return m_server->tap(); }
   std::size_t clients() {
     return onLoop([this] { return m_server->clients(); });
   }

@@ -76,6 +76,8 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      show the application log\n"
       "  security-log\n"
       "      list who changed or tried to change what; a power loss may lose the latest records\n"
+      "  monitor\n"
+      "      print every frame between the host and its clients\n"
       "\n"
       "Words:\n"
       "  X is `0` (paused), `1`, `0.5`, `3600` or `max`: virtual seconds in each real second\n"
@@ -127,6 +129,7 @@ TEST(Verb, WordsBecomeRequests) {
       {"log", R"({"verb":"log","follow":false})"},
       {"log --follow", R"({"verb":"log","follow":true})"},
       {"security-log", R"({"verb":"security-log"})"},
+      {"monitor", R"({"verb":"monitor"})"},
   };
   for (const auto& [words, request] : accepted) EXPECT_EQ(requestFor(words), request) << words;
 }

@@ -1,0 +1,137 @@
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <utility>
+
+#include "MessageCodec.h"
+#include "Method.h"
+#include "base/Error.h"
+#include "clock/VirtualClock.h"
+#include "operator/Controller.h"
+#include "operator/HostActions.h"
+#include "remote/ControlChannel.h"
+#include "remote/FrameTap.h"
+#include "runtime/Device.h"
+#include "services/LocalManagement.h"
+#include "verbs/MethodJson.h"
+#include "verbs/ReadJson.h"
+
+namespace host {
+namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::microseconds;
+using SteadyClock = std::chrono::steady_clock;
+
+// Of a frame whose content is shown, in bytes. Longer ones would fill the room for the monitor's
+// answers; as JSON text, six times as much.
+constexpr std::size_t kLongestPayload = 32 * 1024;
+
+constexpr std::array kKinds = {"hello",          "call",         "reply",      "event",
+                               "controlRequest", "controlReply", "controlItem"};
+
+void addMethod(Json& entry, const TappedFrame& tapped) {
+  std::stringstream stream{std::string(tapped.frame.payload)};
+  Method method;
+  if (!tapped.codec.decode(stream, method)) {
+    entry["undecodable"] = true;
+    return;
+  }
+  entry["method"] = method.getName();
+  entry["parameters"] = parametersJson(method);
+}
+
+void addJson(Json& entry, std::string_view payload) {
+  Json json = readJson(payload);
+  if (json.is_discarded()) {
+    entry["undecodable"] = true;
+  } else {
+    entry["json"] = std::move(json);
+  }
+}
+
+void addContent(Json& entry, const TappedFrame& tapped) {
+  if (tapped.frame.payload.size() > kLongestPayload) {
+    entry["clipped"] = true;
+    return;
+  }
+  switch (tapped.frame.kind) {
+    case FrameKind::hello:
+      entry["codec"] = tapped.frame.payload;
+      return;
+    case FrameKind::call:
+    case FrameKind::reply:
+    case FrameKind::event:
+      return addMethod(entry, tapped);
+    default:
+      return addJson(entry, tapped.frame.payload);
+  }
+}
+
+// Sends one client all frames, as items. While the client has not read enough of them, frames are
+// counted instead.
+class FrameMonitor {
+ public:
+  FrameMonitor(const VirtualClock& clock, Channel channel)
+      : m_clock(clock), m_channel(std::move(channel)) {}
+
+  void begin(Device& device) const {
+    Json entry = stamp();
+    entry["begin"] = {{"origin", m_channel->origin()}};
+    Json& begin = entry["begin"];
+    begin["variant"] = device.options().variant;
+    begin["softwareType"] = device.options().softwareType;
+    begin["mac"] = device.options().mac;
+    begin["network"] = device.management().value("interface-status").value_or("");
+    static_cast<void>(m_channel->item(jsonText(entry)));
+  }
+
+  bool show(const TappedFrame& tapped) {
+    if (!m_channel->hasRoom()) {
+      ++m_lost;
+      return true;
+    }
+    Json entry = stamp();
+    if (m_lost > 0) entry["lost"] = m_lost;
+    entry["peer"] = tapped.peer;
+    entry["origin"] = tapped.origin;
+    entry["direction"] = tapped.fromClient ? "received" : "sent";
+    entry["kind"] = kKinds.at(static_cast<std::size_t>(tapped.frame.kind));
+    entry["id"] = tapped.frame.id;
+    entry["bytes"] = tapped.frame.payload.size();
+    addContent(entry, tapped);
+    m_lost = 0;
+    return m_channel->item(jsonText(entry));
+  }
+
+ private:
+  [[nodiscard]] Json stamp() const {
+    const auto since = SteadyClock::now() - m_start;
+    return {{"microseconds", duration_cast<microseconds>(since).count()},
+            {"wall", duration_cast<microseconds>(m_clock.wall()).count()},
+            {"uptime", duration_cast<microseconds>(m_clock.uptime()).count()},
+            {"speed", m_clock.speed()}};
+  }
+
+  const VirtualClock& m_clock;
+  const Channel m_channel;
+  const SteadyClock::time_point m_start = SteadyClock::now();
+  std::uint64_t m_lost = 0;  // frames since the last one that was sent
+};
+
+}  // namespace
+
+void actOnMonitor(Controller& controller, const Json&, const Channel& channel) {
+  FrameTap* const tap = controller.facts().tap;
+  if (tap == nullptr) throw Error("this telephone has no clients to monitor");
+  const auto monitor = std::make_shared<FrameMonitor>(controller.device().clock(), channel);
+  monitor->begin(controller.device());
+  const auto number =
+      tap->add([monitor](const TappedFrame& tapped) { return monitor->show(tapped); });
+  channel->onGone([tap, number] { tap->remove(number); });
+}
+
+}  // namespace host

@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "host/operator/RecordingChannel.h"
+#include "operator/Controller.h"
+#include "remote/CodecTable.h"
+#include "remote/FrameTap.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "scenario/ScenarioDevice.h"
+
+namespace host {
+namespace {
+
+// A device with a tap, and a client that monitors it.
+class Monitor : public ::testing::Test {
+ protected:
+  Monitor() { controller.handle({R"({"verb":"monitor"})", channel}); }
+
+  // The entry of a frame, without its stamp and peer.
+  Json shown(FrameKind kind, std::string_view payload) {
+    tap.show({"client-7", "uid 1, pid 2", codec, true, {kind, 5, payload}});
+    return Json::parse(channel->items.back());
+  }
+
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+  HostFacts facts() {
+    HostFacts facts;
+    facts.tap = &tap;
+    return facts;
+  }
+
+  FrameTap tap;
+  JsonCodec codec;
+  Controller controller{telephone.device(), facts()};
+  const std::shared_ptr<RecordingChannel> channel = std::make_shared<RecordingChannel>();
+};
+
+TEST_F(Monitor, BeginsWithTheDevice) {
+  ASSERT_EQ(channel->items.size(), 1U);
+  const Json entry = Json::parse(channel->items.front());
+  EXPECT_EQ(entry.at("begin").dump(),
+            R"({"origin":"","variant":0,"softwareType":"","mac":"","network":"down"})");
+  EXPECT_EQ(entry.at("speed"), 0);
+}
+
+TEST_F(Monitor, ShowsEachKindOfFrame) {
+  EXPECT_EQ(shown(FrameKind::hello, "json").at("codec"), "json");
+  const Json call = shown(
+      FrameKind::call,
+      R"({"name":"m","type":0,"parameters":[{"name":"a","direction":0,"value":8},{"name":"b","direction":0,"value":"8"}]})");
+  EXPECT_EQ(call.at("method"), "m");
+  EXPECT_EQ(call.at("parameters").dump(), R"({"a":8,"b":"8"})");
+  EXPECT_EQ(call.at("kind"), "call");
+  EXPECT_EQ(call.at("peer"), "client-7");
+  EXPECT_EQ(call.at("origin"), "uid 1, pid 2");
+  EXPECT_EQ(call.at("direction"), "received");
+  EXPECT_EQ(call.at("id"), 5);
+  EXPECT_EQ(shown(FrameKind::controlRequest, R"({"verb":"keys"})").at("json").dump(),
+            R"({"verb":"keys"})");
+}
+
+TEST_F(Monitor, LeavesContentOutThatIsTooLongOrNotInItsFormat) {
+  EXPECT_TRUE(shown(FrameKind::call, "x").at("undecodable").get<bool>());
+  EXPECT_TRUE(shown(FrameKind::controlRequest, "\xFF").at("undecodable").get<bool>());
+  const Json clipped = shown(FrameKind::controlReply, std::string(32 * 1024 + 1, 'x'));
+  EXPECT_TRUE(clipped.at("clipped").get<bool>());
+  EXPECT_EQ(clipped.at("bytes"), 32 * 1024 + 1);
+}
+
+TEST_F(Monitor, CountsFramesWhileTheClientDoesNotRead) {
+  channel->room = false;
+  static_cast<void>(shown(FrameKind::hello, "a"));
+  static_cast<void>(shown(FrameKind::hello, "b"));
+  EXPECT_EQ(channel->items.size(), 1U);
+  channel->room = true;
+  EXPECT_EQ(shown(FrameKind::hello, "c").at("lost"), 2);
+  EXPECT_FALSE(shown(FrameKind::hello, "d").contains("lost"));
+}
+
+TEST_F(Monitor, EndsWithItsClient) {
+  channel->hangUp();
+  static_cast<void>(shown(FrameKind::hello, "a"));
+  EXPECT_EQ(channel->items.size(), 1U);
+  EXPECT_EQ(channel.use_count(), 1);
+}
+
+TEST(MonitorWithoutClients, IsRefused) {
+  Plugin plugin{CLOCK_PLUGIN};
+  const Json answer = ScenarioDevice(plugin, {}).request({{"verb", "monitor"}});
+  EXPECT_EQ(answer.at("error"), "this telephone has no clients to monitor");
+}
+
+}  // namespace
+}  // namespace host
