@@ -25,7 +25,7 @@ ScenarioCase caseThat(const std::string& file, std::function<void()> act) {
 class ScenarioProcesses : public ::testing::Test {
  protected:
   ScenarioProcesses() { ::setenv("TMPDIR", m_folder.path().c_str(), 1); }
-  ~ScenarioProcesses() { ::unsetenv("TMPDIR"); }
+  ~ScenarioProcesses() override { ::unsetenv("TMPDIR"); }
 
   void run(const SuiteOptions& options) {
     runCases(m_plugin, m_cases, options, [this] { ++m_ended; });
