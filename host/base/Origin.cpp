@@ -6,6 +6,7 @@ namespace host {
 namespace {
 
 thread_local const std::string* t_here = nullptr;
+thread_local Cause t_cause;
 
 }  // namespace
 
@@ -22,6 +23,16 @@ OriginScope::OriginScope(const std::string& origin) : m_before(std::exchange(t_h
 
 OriginScope::~OriginScope() {
   t_here = m_before;
+}
+
+Cause causeHere() {
+  return t_cause;
+}
+
+CauseScope::CauseScope(Cause cause) : m_before(std::exchange(t_cause, cause)) {}
+
+CauseScope::~CauseScope() {
+  t_cause = m_before;
 }
 
 }  // namespace host

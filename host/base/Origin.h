@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace host {
 
@@ -22,6 +23,26 @@ class OriginScope {
 
  private:
   const std::string* const m_before;
+};
+
+// What the calling thread does that may change the clock: "set" and the key, "call" and the method.
+struct Cause {
+  std::string_view act;  // empty: nothing that is known
+  std::string_view object;
+};
+[[nodiscard]] Cause causeHere();
+
+// Sets the cause of the calling thread for its lifetime. Scopes nest.
+// REQUIRES: the texts outlive the scope, which ends on the same thread.
+class CauseScope {
+ public:
+  explicit CauseScope(Cause cause);
+  ~CauseScope();
+  CauseScope(const CauseScope&) = delete;
+  CauseScope& operator=(const CauseScope&) = delete;
+
+ private:
+  const Cause m_before;
 };
 
 }  // namespace host

@@ -62,15 +62,27 @@ Nanoseconds VirtualClock::uptime() const {
   return now();
 }
 
-bool VirtualClock::setWall(Nanoseconds wall) {
+bool VirtualClock::setWall(Nanoseconds wall, Setter setter) {
   if (wall < Nanoseconds::zero() || wall > kLastWall) {
     errno = EINVAL;
     return false;
   }
-  if (m_source == Source::system) return setMachine(wall);
-  const MutexLock lock(m_mutex);
-  m_wallAtZero = wall - now();
+  const Nanoseconds from = this->wall();
+  if (m_source == Source::system && !setMachine(wall)) return false;
+  std::shared_ptr<const WallListener> listener;
+  {
+    const MutexLock lock(m_mutex);
+    if (m_source == Source::virtualTime) m_wallAtZero = wall - now();
+    listener = m_wallListener;
+  }
+  if (listener && *listener) (*listener)(from, wall, setter);
   return true;
+}
+
+void VirtualClock::onWallSet(WallListener listener) {
+  const auto kept = std::make_shared<const WallListener>(std::move(listener));
+  const MutexLock lock(m_mutex);
+  m_wallListener = kept;
 }
 
 double VirtualClock::speed() const {

@@ -42,9 +42,18 @@ class VirtualClock {
   [[nodiscard]] Nanoseconds wall() const;    // since 1970-01-01 UTC
   [[nodiscard]] Nanoseconds uptime() const;  // since construction; system: since boot
 
+  // Who sets the wall clock: the operator; the service from its saved time, from a call's seconds
+  // or from a time and date given by hand; the NTP client; another program of the machine.
+  enum class Setter { jump, savedTime, seconds, hand, timeServer, program };
+
   // Makes the clock jump: uptime and timers stay as they are. False, with errno: EINVAL outside
   // 0-kLastWall, EPERM without the privilege.
-  [[nodiscard]] bool setWall(Nanoseconds wall);
+  [[nodiscard]] bool setWall(Nanoseconds wall, Setter setter = Setter::jump);
+
+  // Called after each setWall, on its thread and without a lock held. There is one listener; an
+  // empty one removes it. It must not throw.
+  using WallListener = std::function<void(Nanoseconds from, Nanoseconds to, Setter setter)>;
+  void onWallSet(WallListener listener);
 
   // Virtual seconds per real second. 0: paused. Infinity: time jumps from timer to timer.
   [[nodiscard]] double speed() const;
@@ -132,6 +141,7 @@ class VirtualClock {
   std::unordered_map<int, Timer> m_timers CLOCK_GUARDED_BY(m_mutex);
   std::set<std::pair<Nanoseconds, int>> m_armed CLOCK_GUARDED_BY(m_mutex);  // expiry, then id
   std::shared_ptr<const std::function<void()>> m_listener CLOCK_GUARDED_BY(m_mutex);
+  std::shared_ptr<const WallListener> m_wallListener CLOCK_GUARDED_BY(m_mutex);
 };
 
 // The clock that the POSIX time calls of this process read and set. Null, the default: they read

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace host {
@@ -7,5 +8,13 @@ namespace host {
 // The folder of Storage's files. Empty, the default: Storage::init fails. Thread: any.
 void setStorageFolder(const std::string& folder);
 [[nodiscard]] std::string storageFolder();
+
+// Called after a file of Storage got another content, on the thread that stored it. before: empty
+// when there was no file, or a longer one than a script. There is one listener; an empty one
+// removes it. It must not throw.
+using StoredListener = std::function<void(const std::string& name, const std::string& before,
+                                          const std::string& after)>;
+void onStored(StoredListener listener);
+void reportStored(const std::string& name, const std::string& before, const std::string& after);
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
@@ -94,12 +95,17 @@ void logFailure(const char* action, const std::string& name, const std::string& 
 // processes do not leave more and more files.
 constinit host::Mutex g_writing;
 
-bool replace(const std::string& folder, const std::string& name, const std::string& content) {
+// Of the old content this much is read, for the listener.
+constexpr std::size_t kOldContent = 4096;  // bytes
+
+// before: the old content, if it is another one.
+bool replace(const std::string& folder, const std::string& name, const std::string& content,
+             std::optional<std::string>& before) {
   const host::MutexLock lock(g_writing);
   const std::string path = folder + "/" + name;
   const std::string next = folder + "/." + name + ".new";
   host::tighten(path, kFileMode | S_IXUSR | S_IXGRP | S_IXOTH);
-  const auto present = contentOf(path, content.size());
+  const auto present = contentOf(path, std::max(content.size(), kOldContent));
   if (present == content) return true;  // spares the flash memory: each start stores the same
   if (!present && errno != ENOENT && errno != EFBIG) logFailure("read", name, std::strerror(errno));
   if (isFolder(next)) {
@@ -108,6 +114,7 @@ bool replace(const std::string& folder, const std::string& name, const std::stri
   }
   if (writeNew(next, content) && rename(next.c_str(), path.c_str()) == 0) {
     syncFolder(folder);
+    before = present.value_or("");
     return true;
   }
   logFailure("written", name, std::strerror(errno));
@@ -170,7 +177,11 @@ bool Storage::shutdown() {
   const Impl bound = std::move(*m_impl);
   *m_impl = Impl{};
   if (bound.folder.empty()) return false;
-  return !bound.content || replace(bound.folder, bound.name, *bound.content);
+  if (!bound.content) return true;
+  std::optional<std::string> before;
+  const bool stored = replace(bound.folder, bound.name, *bound.content, before);
+  if (before) host::reportStored(bound.name, *before, *bound.content);
+  return stored;
 }
 
 bool Storage::deleteFile_noEx(const std::string& path) {

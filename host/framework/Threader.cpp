@@ -13,6 +13,7 @@
 #include "Threadable.h"
 #include "base/Mutex.h"
 #include "base/StartThread.h"
+#include "framework/PluginThread.h"
 
 namespace {
 
@@ -107,6 +108,10 @@ bool create(const std::shared_ptr<Record>& record, int stackBytes) {
 constexpr std::size_t kLongestName = 15;
 
 }  // namespace
+
+bool host::onPluginThread() {
+  return t_self != nullptr;
+}
 
 // Ignores the priority, because raising it needs a privilege.
 bool Threader::spawn(unsigned long* threadId, Threadable* body, const char* name,

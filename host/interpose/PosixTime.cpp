@@ -38,7 +38,8 @@ seconds::rep wallSeconds() {
 }
 
 // 0, or -1 with errno.
-int setWall(seconds::rep wholeSeconds, std::chrono::microseconds rest) noexcept {
+int setWall(seconds::rep wholeSeconds, std::chrono::microseconds rest,
+            VirtualClock::Setter setter) noexcept {
   // Compared as seconds, because the largest numbers overflow as nanoseconds.
   constexpr auto kLast = std::chrono::floor<seconds>(VirtualClock::kLastWall).count() - 1;
   if (wholeSeconds < 0 || wholeSeconds > kLast) {
@@ -50,7 +51,7 @@ int setWall(seconds::rep wholeSeconds, std::chrono::microseconds rest) noexcept 
     errno = EPERM;
     return -1;
   }
-  return clock->setWall(seconds{wholeSeconds} + rest) ? 0 : -1;
+  return clock->setWall(seconds{wholeSeconds} + rest, setter) ? 0 : -1;
 }
 
 }  // namespace
@@ -82,7 +83,8 @@ int settimeofday(const struct timeval* value, const struct timezone* zone) noexc
     errno = EINVAL;
     return -1;
   }
-  return host::setWall(value->tv_sec, std::chrono::microseconds{value->tv_usec});
+  return host::setWall(value->tv_sec, std::chrono::microseconds{value->tv_usec},
+                       host::VirtualClock::Setter::seconds);
 }
 
 int stime(const time_t* seconds) noexcept {
@@ -90,7 +92,8 @@ int stime(const time_t* seconds) noexcept {
     errno = EINVAL;
     return -1;
   }
-  return host::setWall(*seconds, std::chrono::microseconds{0});
+  return host::setWall(*seconds, std::chrono::microseconds{0},
+                       host::VirtualClock::Setter::savedTime);
 }
 
 int sysinfo(struct sysinfo* info) noexcept {
@@ -111,5 +114,5 @@ int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch) {
   constexpr auto kMost = std::numeric_limits<time_t>::max();
   if (secondsSinceEpoch > static_cast<unsigned long long>(kMost)) return -1;
   return host::setWall(static_cast<std::chrono::seconds::rep>(secondsSinceEpoch),
-                       std::chrono::microseconds{0});
+                       std::chrono::microseconds{0}, host::VirtualClock::Setter::hand);
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/Error.h"
+#include "base/Origin.h"
 #include "base/PrintableText.h"
 #include "clock/VirtualClock.h"
 #include "operator/AuditRecord.h"
@@ -164,6 +165,7 @@ void actOnClockJump(Controller& controller, const Json& request, const Channel& 
     const seconds instant =
         local ? instantOf(textMember(request, "local"))
               : seconds(numberMember(request, "seconds", 0, kLastInstant.count()));
+    const CauseScope cause({"clock", "jump"});
     if (clock.setWall(instant)) return;
     throw Error(std::string("the clock cannot be set: ") + std::strerror(errno));
   });

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "base/Origin.h"
 #include "clock/VirtualClock.h"
 #include "interpose/ShiftedTime.h"
 #include "operator/LocalCall.h"
@@ -101,6 +102,7 @@ Nanoseconds startMove(Device& device, seconds distance) {
     requireReachable(clock, distance);
     return clock.uptime() + distance;
   }
+  const CauseScope cause({"clock", "to"});
   if (!clock.setWall(clock.wall() + distance - kRearming)) {
     throw Error("the landmark is outside the clock's range");
   }

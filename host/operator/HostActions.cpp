@@ -40,6 +40,7 @@ constexpr HostActionRow kHostActions[] = {
     {"inject", "user-data", actOnInjectUserData},
     {"inject", "value", actOnInjectValue},
     {"status", "", actOnStatus},
+    {"history", "", actOnHistory},
     {"log", "", actOnLog},
     {"security-log", "", actOnSecurityLog},
     {"monitor", "", actOnMonitor},

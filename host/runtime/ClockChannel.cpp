@@ -13,6 +13,7 @@
 
 #include "Logging.h"
 #include "base/IoLoop.h"
+#include "base/Origin.h"
 #include "clock/VirtualClock.h"
 
 namespace host {
@@ -65,7 +66,9 @@ class ClockChannel {
 
   // Returns 0 or an errno.
   [[nodiscard]] int set(const SetClockRequest& request) const {
-    return m_clock.setWall(seconds(request.seconds) + nanoseconds(request.nanoseconds)) ? 0 : errno;
+    const nanoseconds wall = seconds(request.seconds) + nanoseconds(request.nanoseconds);
+    const CauseScope cause({"time server", {}});
+    return m_clock.setWall(wall, VirtualClock::Setter::timeServer) ? 0 : errno;
   }
 
   // False when the answer cannot be sent, also to a client that does not read its answers.

@@ -11,10 +11,12 @@
 #include "clock/VirtualClock.h"
 #include "framework/DataAccess.h"
 #include "framework/StateFolder.h"
+#include "runtime/ChangeRecorder.h"
 #include "runtime/ListenerWaker.h"
 #include "runtime/Plugin.h"
 #include "runtime/RemoteSetRecorder.h"
 #include "runtime/ReportPipe.h"
+#include "services/History.h"
 #include "services/SecurityLog.h"
 #include "services/SettingsDatabase.h"
 #include "services/StateFolderLock.h"
@@ -51,14 +53,16 @@ Device::~Device() {
 void Device::openStores() {
   const bool usesFolder = m_options.store == nullptr || !m_options.securityLogInMemory;
   if (usesFolder) m_stateLock = std::make_unique<StateFolderLock>(m_options.state);
-  m_storeService = m_options.store;
-  if (m_storeService == nullptr) {
+  m_store = dynamic_cast<DataAccess*>(m_options.store);
+  if (m_store == nullptr) {
     m_database = std::make_unique<SettingsDatabase>(m_options.state);
-    m_storeService = m_database.get();
+    m_store = m_database.get();
   }
-  m_store = dynamic_cast<DataAccess*>(m_storeService);
   m_securityLog = m_options.securityLogInMemory ? std::make_unique<SecurityLog>()
                                                 : std::make_unique<SecurityLog>(m_options.state);
+  m_history = m_options.securityLogInMemory ? std::make_unique<History>()
+                                            : std::make_unique<History>(m_options.state);
+  m_changes = std::make_unique<ChangeRecorder>(m_clock, *m_store, *m_history);
 }
 
 // When the service throws, it has not recorded the set yet.
@@ -78,7 +82,7 @@ void Device::setDeviceValues() {
 }
 
 void Device::registerServices() {
-  m_context.add("DataAccessServiceIfc", m_storeService);
+  m_context.add("DataAccessServiceIfc", m_changes.get());
   m_context.add("LocalMgmtIfc", &m_management);
   m_context.add("SecurityLogServiceIfc", m_securityLog.get());
   m_context.add("PhysicalInterfaceServiceIfc", &m_physical);
@@ -97,6 +101,7 @@ void Device::start(FrameworkContext& remote) {
   m_service.reset(m_plugin.createService());
   m_context.add("ClockService", m_service.get());
   m_service->init(m_context);
+  m_history->writeFromNow();
 }
 
 void Device::presetSavedTime() {

@@ -17,6 +17,8 @@ class Proxy;
 
 namespace host {
 
+class ChangeRecorder;
+class History;
 class Plugin;
 class RemoteSetRecorder;
 class ReportPipe;
@@ -75,6 +77,8 @@ class Device {
   [[nodiscard]] PhysicalInterface& physical() { return m_physical; }
   [[nodiscard]] SecurityLog& securityLog() { return *m_securityLog; }
   [[nodiscard]] DataAccess& store() { return *m_store; }
+  [[nodiscard]] History& history() { return *m_history; }
+  [[nodiscard]] ChangeRecorder& changes() { return *m_changes; }
   [[nodiscard]] const DeviceOptions& options() const { return m_options; }
 
  private:
@@ -90,9 +94,10 @@ class Device {
   // In order of construction: later ones use earlier ones.
   std::unique_ptr<StateFolderLock> m_stateLock;
   std::unique_ptr<SettingsDatabase> m_database;
-  Executable* m_storeService = nullptr;  // the database, or the store of the options
-  DataAccess* m_store = nullptr;         // the same object
+  DataAccess* m_store = nullptr;  // the database, or the store of the options
   std::unique_ptr<SecurityLog> m_securityLog;
+  std::unique_ptr<History> m_history;
+  std::unique_ptr<ChangeRecorder> m_changes;
   PhysicalInterface m_physical;
   LocalManagement m_management;
   ManagementThread m_managementThread;

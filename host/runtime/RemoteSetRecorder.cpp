@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <optional>
 
 #include "MessageCodec.h"
 #include "Method.h"
+#include "base/Origin.h"
 #include "services/SecurityLog.h"
 
 namespace host {
@@ -54,9 +56,12 @@ class RemoteSetRecorder::Codec final : public MessageCodec {
 
   bool decode(std::iostream& stream, Method& method) override {
     m_set = nullptr;
+    m_cause.reset();
     if (!m_codec.decode(stream, method)) return false;
     m_set = findSetMethod(method.getName());
-    if (m_set != nullptr) noteCall(method);
+    if (m_set == nullptr) return true;
+    m_cause.emplace(Cause{"call", m_set->name});
+    noteCall(method);
     return true;
   }
 
@@ -81,12 +86,14 @@ class RemoteSetRecorder::Codec final : public MessageCodec {
     static_cast<void>(reply.getStringParameter(m_set->result, stored, Parameter::out));
     m_log.note(SecurityLog::Event::remoteSet, !done && stored.empty(), m_call);
     m_set = nullptr;
+    m_cause.reset();
   }
 
   MessageCodec& m_codec;
   SecurityLog& m_log;
   const SetMethod* m_set = nullptr;
   std::string m_call;
+  std::optional<CauseScope> m_cause;  // without a reply: until the next call
 };
 
 RemoteSetRecorder::RemoteSetRecorder(FrameworkContext& remote, SecurityLog& log)

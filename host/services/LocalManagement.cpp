@@ -6,6 +6,7 @@
 #include "Logging.h"
 #include "ManageableData.h"
 #include "MgmtAgentIfc.h"
+#include "base/Origin.h"
 
 namespace host {
 namespace {
@@ -123,6 +124,7 @@ bool LocalManagement::get(const std::string& key, std::string& value) {
 bool LocalManagement::set(const std::string& key, const std::string& value) {
   MgmtAgentIfc* const clock = agent();
   if (clock == nullptr) return false;
+  const CauseScope cause({"set", key});
   bool answered = false;
   const bool accepted = guarded("set", key, [&] {
     ManageableData record = recordOf(*this, key, value);
@@ -137,6 +139,7 @@ bool LocalManagement::set(const std::string& key, const std::string& value) {
 bool LocalManagement::reset() {
   MgmtAgentIfc* const clock = agent();
   if (clock == nullptr) return false;
+  const CauseScope cause({"reset", {}});
   return guarded("reset", "user data", [&] { return clock->resetUserData(); });
 }
 

@@ -14,6 +14,7 @@
 #include "Logging.h"
 #include "base/Error.h"
 #include "framework/OwnerOnly.h"
+#include "services/DamagedName.h"
 
 namespace host {
 namespace {
@@ -31,13 +32,6 @@ struct Damaged {
 
 std::string describe(const std::string& name, const std::string& fault) {
   return "store \"" + name + "\" " + fault;
-}
-
-std::string unusedName(const std::string& file) {
-  for (int number = 1;; ++number) {
-    std::string name = file + ".damaged-" + std::to_string(number);
-    if (!std::filesystem::exists(std::filesystem::symlink_status(name))) return name;
-  }
 }
 
 // Logs SQLite's own messages. Callers log a failure again; a warning, for example that an open file
@@ -234,7 +228,7 @@ int SqliteDatabase::versionFound(const SqliteStore& store) {
 }
 
 void SqliteDatabase::setAside(const std::string& reason) {
-  const std::string name = unusedName(m_name);
+  const std::string name = damagedName(m_name);
   if (std::rename(m_name.c_str(), name.c_str()) != 0) {
     throw Error(describe(
         m_name, std::string("is damaged and cannot be set aside: ") + std::strerror(errno)));

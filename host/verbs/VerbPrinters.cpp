@@ -130,6 +130,15 @@ void printStatus(const Json& answer, std::ostream& out) {
   printMembers(answer, kStatusLines, out);
 }
 
+void printHistory(const Json& answer, std::ostream& out) {
+  for (const Json& change : answer.value("changes", Json::array())) {
+    const std::string from = member(change, "from");
+    out << member(change, "time") << ' ' << member(change, "what") << ": "
+        << (from.empty() ? "(none)" : from) << " -> " << member(change, "to") << " ("
+        << member(change, "cause") << "; " << member(change, "who") << ")\n";
+  }
+}
+
 void printLog(const Json& answer, std::ostream& out) {
   if (!answer.contains("entries")) {
     if (answer.contains("text")) printLogEntry(answer, out);

@@ -77,6 +77,15 @@ Json readCount(WordReader& words, std::string_view) {
   return count;
 }
 
+Json readMost(WordReader& words, std::string_view) {
+  if (words.done()) return Json::object();
+  const int count = words.integer("N");
+  if (count < 1 || count > kMostRows) {
+    WordReader::fail("N is how many to list, 1 to " + std::to_string(kMostRows));
+  }
+  return {{"count", count}};
+}
+
 Json readArguments(WordReader& words, std::string_view) {
   Json arguments = Json::array();
   while (!words.done()) {

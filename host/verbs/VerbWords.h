@@ -8,6 +8,9 @@ namespace host {
 
 class WordReader;
 
+// The most rows that `history` and `upcoming` list.
+inline constexpr int kMostRows = 1000;
+
 // One function for each kind of word that verbs take (see VerbWord). Reads one word, or all words
 // that are left, and returns the value of the request's member. `usage` is the word's text in the
 // usage line. Throws UsageError.
@@ -20,7 +23,9 @@ class WordReader;
 [[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);   // seconds since 1970
 // {"seconds": N} as readInstant, or {"local": TEXT} after the word `local`
 [[nodiscard]] Json readInstantOrLocal(WordReader& words, std::string_view usage);
-[[nodiscard]] Json readCount(WordReader& words, std::string_view usage);      // 0: no limit
+[[nodiscard]] Json readCount(WordReader& words, std::string_view usage);  // 0: no limit
+// {"count": N}, 1-1000, or {} without the word
+[[nodiscard]] Json readMost(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readArguments(WordReader& words, std::string_view usage);  // [NAME=VALUE ...]
 
 }  // namespace host

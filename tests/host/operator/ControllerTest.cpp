@@ -71,6 +71,8 @@ TEST_F(ControlledTelephone, RefusesIncompleteRequests) {
       {R"({"verb":"inject","what":"user-data","value":"on"})", "string member \"key\""},
       {R"({"verb":"inject","what":"user-data","key":"k","value":"yes"})",
        "\"yes\" is not on or off"},
+      {R"({"verb":"history","count":0})", "\"count\" that is a number, 1 to 1000"},
+      {R"({"verb":"history","count":1001})", "\"count\" that is a number, 1 to 1000"},
       {R"({"verb":"security-log","after":"5"})", "\"after\" that is a number"},
       {R"({"verb":"security-log","after":-1})", "\"after\" that is a number"},
   };

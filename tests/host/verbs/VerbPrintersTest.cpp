@@ -53,20 +53,30 @@ TEST(VerbPrinters, EscapeEachMember) {
   const Json bad = "\x1B[2J\n";
   Json row;
   for (const char* const name :
-       {"key", "value", "settable", "state", "number", "time", "failure", "origin", "text", "count",
-        "last", "lost", "level", "component", "file", "line"})
+       {"key",    "value", "settable", "state", "number", "time",  "failure",
+        "origin", "text",  "count",    "last",  "lost",   "level", "component",
+        "file",   "line",  "what",     "cause", "who",    "from",  "to"})
     row[name] = bad;
   const Json rows = Json::array({row});
   const Json named = {{"\x1B[2J", bad}};
-  const Json answer = {{"value", bad},   {"keys", rows},   {"records", rows},    {"entries", rows},
-                       {"note", bad},    {"utc", bad},     {"plugin", bad},      {"event", bad},
-                       {"clock", named}, {"reply", named}, {"parameters", named}};
+  const Json answer = {{"value", bad},    {"keys", rows},        {"records", rows},
+                       {"entries", rows}, {"note", bad},         {"utc", bad},
+                       {"plugin", bad},   {"event", bad},        {"clock", named},
+                       {"reply", named},  {"parameters", named}, {"changes", rows}};
   for (const auto print : {printCall, printEvent, printValue, printKeys, printClock, printStatus,
-                           printLog, printSecurityLog}) {
+                           printHistory, printLog, printSecurityLog}) {
     const std::string text = printed(print, answer.dump().c_str());
     EXPECT_EQ(text.find('\x1B'), std::string::npos) << jsonLine(text);
     EXPECT_NE(text.find("\\u001b[2J"), std::string::npos) << jsonLine(text);
   }
+}
+
+TEST(VerbPrinters, PrintAChangeOnOneLine) {
+  EXPECT_EQ(printed(printHistory, R"({"changes":[{"time":"T","what":"TimezoneOffset","from":"",
+                    "to":"-5","cause":"set sntp-tz-offset","who":"device"},
+                    {"time":"T","what":"clock","from":"A","to":"B","cause":"c","who":"w"}]})"),
+            "T TimezoneOffset: (none) -> -5 (set sntp-tz-offset; device)\n"
+            "T clock: A -> B (c; w)\n");
 }
 
 // What another program, or another version, may answer.

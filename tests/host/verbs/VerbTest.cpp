@@ -72,6 +72,8 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      inject value KEY TEXT        change any device value\n"
       "  status\n"
       "      show the host's state\n"
+      "  history [N]\n"
+      "      list the last changes of the clock, zone and settings, or the last N of them\n"
       "  log [--follow]\n"
       "      show the application log\n"
       "  security-log\n"
@@ -126,6 +128,8 @@ TEST(Verb, WordsBecomeRequests) {
        R"({"verb":"inject","what":"user-data","key":"date-format","value":"off"})"},
       {"inject value k \"a b\"", R"({"verb":"inject","what":"value","key":"k","value":"a b"})"},
       {"status", R"({"verb":"status"})"},
+      {"history", R"({"verb":"history"})"},
+      {"history 1000", R"({"verb":"history","count":1000})"},
       {"log", R"({"verb":"log","follow":false})"},
       {"log --follow", R"({"verb":"log","follow":true})"},
       {"security-log", R"({"verb":"security-log"})"},
@@ -190,6 +194,10 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"inject user-data", "KEY is missing"},
       {"inject user-data k yes", "\"yes\" is not on or off"},
       {"inject network maybe", "\"maybe\" is not up or down"},
+      {"history 0", "N is how many to list, 1 to 1000"},
+      {"history 1001", "N is how many to list, 1 to 1000"},
+      {"history x", "\"x\" is not a number"},
+      {"history 1 2", "\"2\" is one word too many"},
       {"log --tail", "\"--tail\" is one word too many"},
   };
   for (const auto& [words, part] : rejected) {

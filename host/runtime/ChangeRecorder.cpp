@@ -1,0 +1,192 @@
+#include "runtime/ChangeRecorder.h"
+
+#include <ctime>
+#include <exception>
+#include <string_view>
+#include <utility>
+
+#include "ClockUtils.h"
+#include "Logging.h"
+#include "base/Origin.h"
+#include "framework/PluginThread.h"
+#include "framework/StateFolder.h"
+
+namespace host {
+namespace {
+
+using Setter = VirtualClock::Setter;
+using std::chrono::floor;
+using std::chrono::seconds;
+
+// On disk: keys in the store.
+constexpr std::string_view kSavedTime = "FallbackDateTime";
+constexpr std::string_view kSecret = "NTPsharedSecret";
+
+// A correction by the time server below this is no change: the telephone shows no parts of seconds,
+// and hourly corrections would push the other changes out of the history.
+constexpr VirtualClock::Nanoseconds kCorrection = seconds(1);
+
+const char* sourceOf(Setter setter) {
+  switch (setter) {
+    case Setter::savedTime:
+      return "saved time";
+    case Setter::seconds:
+      return "call setTimeInt";
+    case Setter::hand:
+      return "by hand";
+    case Setter::timeServer:
+      return "time server";
+    case Setter::program:
+      return "another program";
+    case Setter::jump:
+      break;
+  }
+  return "clock jump";
+}
+
+bool isOfTheService(Setter setter) {
+  return setter == Setter::savedTime || setter == Setter::seconds || setter == Setter::hand;
+}
+
+// "2026-03-08T06:59:50Z"
+std::string instantText(VirtualClock::Nanoseconds wall) {
+  const std::time_t instant = floor<seconds>(wall).count();
+  tm utc{};
+  gmtime_r(&instant, &utc);
+  std::string text;
+  ClockUtils::convertTimeStructToTimeString(utc, text);
+  constexpr std::string_view kOffset = "+00:00";
+  return text.substr(0, text.size() - kOffset.size()) + 'Z';
+}
+
+// The zone in the text of setupTZ.sh.
+std::string zoneIn(const std::string& script) {
+  constexpr std::string_view kBefore = "export TZ=";
+  const std::size_t found = script.find(kBefore);
+  if (found == std::string::npos) return {};
+  const std::size_t begin = found + kBefore.size();
+  return script.substr(begin, script.find('\n', begin) - begin);
+}
+
+std::string causeText() {
+  const Cause cause = causeHere();
+  std::string text(cause.act);
+  if (!cause.object.empty()) text.append(1, ' ').append(cause.object);
+  return text;
+}
+
+}  // namespace
+
+ChangeRecorder::ChangeRecorder(VirtualClock& clock, DataAccess& store, History& history)
+    : m_clock(clock), m_store(store), m_history(history) {
+  clock.onWallSet([this](Nanoseconds from, Nanoseconds to, Setter setter) {
+    try {
+      wallSet(from, to, setter);
+    } catch (const std::exception&) {
+      // No memory for the record.
+    }
+  });
+  onStored([this](const std::string& name, const std::string& before, const std::string& after) {
+    try {
+      fileStored(name, before, after);
+    } catch (const std::exception&) {
+      // No memory for the record.
+    }
+  });
+}
+
+ChangeRecorder::~ChangeRecorder() {
+  m_clock.onWallSet({});
+  onStored({});
+}
+
+bool ChangeRecorder::setItem(const std::string& schema, const std::string& key,
+                             const std::string& value) {
+  if (key == kSavedTime) {
+    if (onPluginThread()) {
+      const MutexLock lock(m_mutex);
+      m_origin.reported = m_clock.uptime();
+      if (!m_origin.byHand) m_origin.source = sourceOf(Setter::timeServer);
+    }
+    return m_store.setItem(schema, key, value);
+  }
+  const std::string before = m_store.getItem(schema, key).value_or("");
+  if (!m_store.setItem(schema, key, value)) return false;
+  if (before == value) return true;
+  Change change = changeOf(key, "device");
+  const bool secret = key == kSecret;
+  change.from = secret && !before.empty() ? "(hidden)" : before;
+  change.to = secret ? "(hidden)" : value;
+  {
+    const MutexLock lock(m_mutex);
+    m_lastSetting = change;
+  }
+  m_history.add(std::move(change));
+  return true;
+}
+
+std::optional<std::string> ChangeRecorder::getItem(const std::string& schema,
+                                                   const std::string& key) {
+  return m_store.getItem(schema, key);
+}
+
+ClockOrigin ChangeRecorder::origin() const {
+  const MutexLock lock(m_mutex);
+  return m_origin;
+}
+
+Change ChangeRecorder::changeOf(const std::string& what, const char* otherwise) const {
+  Change change;
+  change.time = floor<seconds>(m_clock.wall());
+  change.what = what;
+  change.cause = causeText();
+  if (change.cause.empty()) change.cause = otherwise;
+  change.who = originHere().empty() ? "device" : originHere();
+  return change;
+}
+
+// A time that was set by hand no longer follows the system time, so only the next set by hand
+// changes what the telephone shows.
+void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
+  const bool small = setter == Setter::timeServer && std::chrono::abs(to - from) < kCorrection;
+  Change change = changeOf("clock", sourceOf(setter));
+  {
+    const MutexLock lock(m_mutex);
+    const bool byHand = setter == Setter::hand;
+    if (byHand && m_origin.byHand) from = m_wallAtZero + m_clock.uptime();
+    change.from = instantText(from);
+    change.to = instantText(to);
+    if (byHand) m_wallAtZero = to - m_clock.uptime();
+    if (byHand || !m_origin.byHand) {
+      m_origin.source = sourceOf(setter);
+      m_origin.byHand = byHand;
+      if (!small) m_origin.change = change;
+    }
+  }
+  if (small) return;
+  if (!isOfTheService(setter)) {
+    logAppUni("clockhost", 4, __FILE__, __LINE__,
+              "the system time was changed without the service, from %s to %s: %s, %s",
+              change.from.c_str(), change.to.c_str(), change.cause.c_str(), change.who.c_str());
+  }
+  m_history.add(std::move(change));
+}
+
+// The zone follows a setting, whose cause is its own.
+void ChangeRecorder::fileStored(const std::string& name, const std::string& before,
+                                const std::string& after) {
+  if (name != "setupTZ.sh") return;
+  Change change = changeOf("zone", "start");
+  {
+    const MutexLock lock(m_mutex);
+    if (!m_lastSetting.cause.empty()) {
+      change.cause = m_lastSetting.cause;
+      change.who = m_lastSetting.who;
+    }
+  }
+  change.from = zoneIn(before);
+  change.to = zoneIn(after);
+  if (change.from != change.to) m_history.add(std::move(change));
+}
+
+}  // namespace host

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "Executable.h"
+#include "base/Mutex.h"
+#include "clock/VirtualClock.h"
+#include "framework/DataAccess.h"
+#include "services/History.h"
+
+namespace host {
+
+// What a telephone shows is based on, as far as the host sees it.
+struct ClockOrigin {
+  std::string source;   // "saved time", "by hand", "time server", "clock jump" ...; or empty
+  bool byHand = false;  // the time shown follows the uptime, and not the system time
+  std::optional<Change> change;  // the last of the time that the telephone shows
+  std::optional<VirtualClock::Nanoseconds> reported;  // uptime of the NTP client's last report
+};
+
+// Writes the changes of one telephone's clock, zone and settings to its history. It watches the
+// sets of the wall clock, the store, in front of which it stands, and setupTZ.sh. Owner: the
+// device; clock, store and history outlive it. Thread: any. Failure: a change is lost when memory
+// runs out.
+class ChangeRecorder : public Executable, public DataAccess {
+ public:
+  ChangeRecorder(VirtualClock& clock, DataAccess& store, History& history);
+  ~ChangeRecorder() override;
+
+  void init(Context&) override {}
+  void shutdown() override {}
+
+  bool setItem(const std::string& schema, const std::string& key,
+               const std::string& value) override;
+  std::optional<std::string> getItem(const std::string& schema, const std::string& key) override;
+
+  [[nodiscard]] ClockOrigin origin() const;
+
+ private:
+  using Nanoseconds = VirtualClock::Nanoseconds;
+
+  void wallSet(Nanoseconds from, Nanoseconds to, VirtualClock::Setter setter);
+  void fileStored(const std::string& name, const std::string& before, const std::string& after);
+  // otherwise: the cause, if the thread has none.
+  [[nodiscard]] Change changeOf(const std::string& what, const char* otherwise) const;
+
+  VirtualClock& m_clock;
+  DataAccess& m_store;
+  History& m_history;
+  mutable Mutex m_mutex;
+  ClockOrigin m_origin CLOCK_GUARDED_BY(m_mutex);
+  Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};  // of a time set by hand, at uptime 0
+  Change m_lastSetting CLOCK_GUARDED_BY(m_mutex);
+};
+
+}  // namespace host

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <deque>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Mutex.h"
+
+namespace host {
+
+// A change of the telephone's clock, zone or settings.
+struct Change {
+  std::chrono::seconds time{0};  // system time after the change, since 1970-01-01 UTC
+  std::string what;              // "clock", "zone", or the setting's key in the store
+  std::string cause;             // "set simple-time", "call setDate", "clock jump", "time server"
+  std::string who;               // "uid 1000, pid 4711" or "device"
+  std::string from;              // of the clock: "2026-03-08T06:59:50Z"
+  std::string to;
+};
+
+// The newest kKept changes, in the file `history` of the state folder, or in memory. A change that
+// is added after writeFromNow() is written at once, without a sync: it survives the end of the
+// process, but a power cut may lose the latest ones. The file is opened only for that, and for a
+// list. Owner: the device. Thread: any. Failure: a change that cannot be written stays in memory
+// until it can, with one line in the log; a damaged file is renamed to history.damaged-N.
+class History {
+ public:
+  static constexpr const char* kFileName = "history";
+  static constexpr std::size_t kKept = 1000;
+  static constexpr std::size_t kLongestText = 200;  // bytes of each text
+
+  History() = default;  // in memory
+  explicit History(const std::filesystem::path& folder) : m_file((folder / kFileName).string()) {}
+  ~History();  // writes all
+  History(const History&) = delete;
+  History& operator=(const History&) = delete;
+
+  void add(Change change);
+
+  // Until then, changes stay in memory: the start of the host writes no file.
+  void writeFromNow();
+
+  // The newest `most`, oldest first.
+  [[nodiscard]] std::vector<Change> list(std::size_t most);
+
+ private:
+  void write() CLOCK_REQUIRES(m_mutex);
+  std::vector<Change> read() CLOCK_REQUIRES(m_mutex);
+  void append() CLOCK_REQUIRES(m_mutex);
+  void shorten(const std::vector<Change>& changes) CLOCK_REQUIRES(m_mutex);
+  void setAside(const std::string& reason) CLOCK_REQUIRES(m_mutex);
+
+  const std::string m_file;                                       // empty: in memory
+  Mutex m_mutex;                                                  // held while the file is written
+  std::deque<Change> m_waiting CLOCK_GUARDED_BY(m_mutex);         // not yet in the file
+  std::optional<std::size_t> m_inFile CLOCK_GUARDED_BY(m_mutex);  // changes; empty: not yet read
+  bool m_writes CLOCK_GUARDED_BY(m_mutex) = false;
+  bool m_failed CLOCK_GUARDED_BY(m_mutex) = false;  // logged, until a write succeeds
+};
+
+}  // namespace host

@@ -1,0 +1,168 @@
+#include "services/History.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <fstream>
+#include <optional>
+
+#include "support/FileContent.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+
+namespace host {
+namespace {
+
+Change changeTo(const std::string& value) {
+  return {std::chrono::seconds(1'773'000'000),
+          "TimezoneOffset",
+          "set sntp-tz-offset",
+          "uid 1000, pid 4711",
+          "0",
+          value};
+}
+
+class KeptHistory : public ::testing::Test {
+ protected:
+  void start() { history.emplace(folder.path()).writeFromNow(); }
+  void write(const std::string& text) const { std::ofstream(file) << text; }
+  std::vector<std::string> values(std::size_t most = 10) {
+    std::vector<std::string> texts;
+    for (const Change& change : history->list(most)) texts.push_back(change.to);
+    return texts;
+  }
+  std::size_t lines() const {
+    const std::string text = support::contentOf(file);
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+  }
+
+  using Texts = std::vector<std::string>;
+
+  support::TemporaryFolder folder;
+  const std::filesystem::path file = folder / "history";
+  support::LogCapture log;
+  std::optional<History> history;
+};
+
+TEST_F(KeptHistory, IsThereAfterTheProcessWasKilled) {
+  start();
+  history->add(changeTo("-5"));
+  EXPECT_EQ(support::contentOf(file),
+            "clock history 1\n1773000000\tTimezoneOffset\tset sntp-tz-offset\tuid 1000, pid 4711\t"
+            "0\t-5\n");
+  History after(folder.path());
+  const auto changes = after.list(10);
+  ASSERT_EQ(changes.size(), 1U);
+  EXPECT_EQ(changes[0].time, std::chrono::seconds(1'773'000'000));
+  EXPECT_EQ(changes[0].cause, "set sntp-tz-offset");
+  EXPECT_EQ(changes[0].who, "uid 1000, pid 4711");
+  EXPECT_EQ(changes[0].from, "0");
+}
+
+TEST_F(KeptHistory, WritesNothingBeforeTheFirstChangeAfterTheStart) {
+  history.emplace(folder.path());
+  history->add(changeTo("1"));
+  history->writeFromNow();
+  EXPECT_FALSE(std::filesystem::exists(file));
+  history->add(changeTo("2"));
+  EXPECT_EQ(lines(), 3U);
+  struct stat found {};
+  ASSERT_EQ(::stat(file.c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777, 0600U);
+}
+
+TEST_F(KeptHistory, WritesAtItsEndWhatWaits) {
+  history.emplace(folder.path());
+  history->add(changeTo("1"));
+  history.reset();
+  EXPECT_EQ(lines(), 2U);
+}
+
+TEST_F(KeptHistory, ListsTheNewest) {
+  start();
+  for (int i = 0; i < 5; ++i) history->add(changeTo(std::to_string(i)));
+  EXPECT_EQ(values(2), (Texts{"3", "4"}));
+  EXPECT_EQ(values(9), (Texts{"0", "1", "2", "3", "4"}));
+}
+
+TEST_F(KeptHistory, KeepsAThousandAndItsFileBounded) {
+  start();
+  for (int i = 1; i <= 2001; ++i) history->add(changeTo(std::to_string(i)));
+  EXPECT_EQ(lines(), 1001U);
+  EXPECT_EQ(values(5000).size(), 1000U);
+  EXPECT_EQ(values(5000).front(), "1002");
+  History inMemory;
+  for (int i = 1; i <= 1001; ++i) inMemory.add(changeTo(std::to_string(i)));
+  EXPECT_EQ(inMemory.list(5000).size(), 1000U);
+  EXPECT_EQ(inMemory.list(1).front().to, "1001");
+}
+
+TEST_F(KeptHistory, KeepsEachTextOnItsLineAndShort) {
+  start();
+  history->add(changeTo("a\tb\nc" + std::string(5000, 'x')));
+  EXPECT_EQ(lines(), 2U);
+  const std::string value = values().front();
+  EXPECT_TRUE(value.starts_with("a\\x09b\\nc")) << value;
+  EXPECT_LT(value.size(), 250U);
+}
+
+TEST_F(KeptHistory, SetsADamagedFileAsideAndStartsAnew) {
+  const std::string head = "clock history 1\n";
+  const std::string wrong[] = {"no history\n",
+                               "clock history 2\n",
+                               std::string(100, '\0'),
+                               "clock",
+                               head + "x\ta\tb\tc\td\te\n",
+                               head + "5\ta\tb\tc\td\n",
+                               head + "5\ta\tb\tc\td\te\tf\n",
+                               head + "5\ta\tb\tc\td\te\n\n",
+                               head + "99999999999999999999\ta\tb\tc\td\te\n"};
+  int number = 0;
+  for (const std::string& text : wrong) {
+    write(text);
+    log.clear();
+    start();
+    history->add(changeTo("1"));
+    EXPECT_EQ(values(), Texts{"1"}) << text;
+    EXPECT_TRUE(log.hasPart("is damaged (")) << text << log.text();
+    EXPECT_EQ(support::contentOf(file.string() + ".damaged-" + std::to_string(++number)), text);
+  }
+}
+
+TEST_F(KeptHistory, LosesOnlyALineThatAPowerCutClipped) {
+  start();
+  history->add(changeTo("1"));
+  history->add(changeTo("2"));
+  const std::string text = support::contentOf(file);
+  write(text.substr(0, text.size() - 3));
+  start();
+  EXPECT_EQ(values(), Texts{"1"});
+  EXPECT_TRUE(log.hasPart("ended within a line: that change is lost"));
+  history->add(changeTo("3"));
+  EXPECT_EQ(values(), (Texts{"1", "3"}));
+}
+
+TEST_F(KeptHistory, KeepsInMemoryWhatCannotBeWrittenAndLogsItOnce) {
+  std::filesystem::create_directory(file);
+  start();
+  history->add(changeTo("1"));
+  history->add(changeTo("2"));
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_TRUE(log.hasPart("is not a regular file; remove it")) << log.text();
+  std::filesystem::remove(file);
+  history->add(changeTo("3"));
+  EXPECT_EQ(values(), (Texts{"1", "2", "3"}));
+  EXPECT_EQ(lines(), 4U);
+}
+
+TEST_F(KeptHistory, GoesOnInANewFileWhenTheOldOneWasRemoved) {
+  start();
+  history->add(changeTo("1"));
+  std::filesystem::remove(file);
+  history->add(changeTo("2"));
+  EXPECT_EQ(values(), Texts{"2"});
+}
+
+}  // namespace
+}  // namespace host
