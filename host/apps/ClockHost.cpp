@@ -32,6 +32,8 @@
 #include "runtime/SavedTime.h"
 #include "runtime/StderrLog.h"
 #include "scenario/ScenarioSuite.h"
+#include "services/ManagementThread.h"
+#include "services/SecurityLog.h"
 
 namespace host {
 namespace {
@@ -127,6 +129,7 @@ class Host {
 
  private:
   void watchReportPipe();
+  void checkSecurityLog();
 
   Plugin m_plugin;
   VirtualClock m_clock;
@@ -159,7 +162,10 @@ Host::Host(const HostOptions& options)
   warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   if (!options.systemClock) m_clock.setSpeed(options.speed);
-  m_loop.postAfter(kAfterFirstReplies, [this] { watchReportPipe(); });
+  m_loop.postAfter(kAfterFirstReplies, [this] {
+    watchReportPipe();
+    checkSecurityLog();
+  });
   logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());
 }
 
@@ -170,6 +176,18 @@ void Host::watchReportPipe() try {
 } catch (const std::exception& error) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "%s; a deleted pipe is not recreated",
             error.what());
+}
+
+// On the management thread, because a long log takes a while. A failure ends the host: the loop
+// throws it.
+void Host::checkSecurityLog() {
+  m_device.managementThread().post([this] {
+    try {
+      m_device.securityLog().check();
+    } catch (...) {
+      m_loop.post([failure = std::current_exception()] { std::rethrow_exception(failure); });
+    }
+  });
 }
 
 void Host::runUntilStopped() {

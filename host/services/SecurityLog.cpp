@@ -66,6 +66,11 @@ SecurityRecord recordOf(const SqliteStatement& row) {
   return record;
 }
 
+[[noreturn]] void logAndThrow(const std::string& failure) {
+  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure.c_str());
+  throw Error(failure);
+}
+
 }  // namespace
 
 SecurityLog::Kind SecurityLog::kindOf(const SecurityRecord& record) {
@@ -85,7 +90,8 @@ Repeats::Attempt SecurityLog::attemptOf(const SecurityRecord& record) {
 SecurityLog::SecurityLog() : SecurityLog(std::make_unique<SqliteDatabase>(kStore)) {}
 
 SecurityLog::SecurityLog(const std::filesystem::path& folder)
-    : SecurityLog(std::make_unique<SqliteDatabase>(folder / kFileName, kStore)) {}
+    : SecurityLog(std::make_unique<SqliteDatabase>(folder / kFileName, kStore,
+                                                   SqliteDatabase::Check::later)) {}
 
 SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
     : m_database(std::move(database)),
@@ -106,6 +112,19 @@ SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
       m_sum(*m_database,
             "SELECT max(number), sum(NOT failure AND event_code = ?1),"
             " sum(NOT failure AND event_code <> ?1), sum(failure), sum(lost) FROM record") {}
+
+void SecurityLog::check() {
+  const MutexLock lock(m_mutex);
+  m_database->check();
+}
+
+void SecurityLog::checkToRead() {
+  try {
+    m_database->check();
+  } catch (const Error& error) {
+    logAndThrow(error.what());
+  }
+}
 
 void SecurityLog::readTally() {
   if (m_tallied) return;
@@ -130,11 +149,12 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   const MutexLock lock(m_mutex);
   bool written = false;
   try {
+    m_database->check();
     written = write({0, 0, 1, time, time, facility, severity, eventClass, eventCode, failure,
                      clippedText(text, kLongestText), clippedText(subject, kLongestText),
                      clippedText(origin.empty() ? originHere() : origin, kLongestText)});
   } catch (const std::exception&) {
-    // No memory: the record counts as not written.
+    // No memory, or the check failed: the record counts as not written.
   }
   if (!written) countUnwritten();
 }
@@ -212,13 +232,12 @@ void SecurityLog::dropOldest(Kind kind) {
 }
 
 void SecurityLog::failReading() const {
-  const std::string failure = m_database->failure("reading");
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure.c_str());
-  throw Error(failure);
+  logAndThrow(m_database->failure("reading"));
 }
 
 std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {
   const MutexLock lock(m_mutex);
+  checkToRead();
   std::vector<SecurityRecord> records;
   const auto bound = std::min(most, std::size_t{kSets + kHostActs + kRefused});
   m_list.bind(1, after);
@@ -236,6 +255,7 @@ std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t mo
 
 SecurityLog::Kept SecurityLog::kept() {
   const MutexLock lock(m_mutex);
+  checkToRead();
   readTally();
   if (!m_tallied) failReading();
   const std::int64_t records = m_tally.kept[0] + m_tally.kept[1] + m_tally.kept[2];

@@ -38,13 +38,14 @@ struct SecurityRecord {
 // The device's security log, in the file security.db of the state folder. It keeps the newest
 // records of each Kind, with texts clipped at kLongestText. A record without an origin gets the
 // calling thread's (originHere). Records are not synced one by one: they survive the end of the
-// process, but a power cut may lose the latest. Owner: the device. Thread: any. Failure: a record
+// process, but a power cut may lose the latest. Owner: the device. Thread: any; a call waits while
+// another one checks the file, about 0.1 s for a full log with the longest texts. Failure: a record
 // that cannot be written is lost, with a line in the application log, and the next record counts
 // it; a damaged file is renamed to security.db.damaged-N.
 class SecurityLog : public Executable, public SecurityLogServiceIfc {
  public:
   static constexpr const char* kFileName = "security.db";
-  static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is upgraded when opened
+  static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is upgraded by check()
   // The most records of each Kind. Separate limits, so that records that need no sync never
   // displace a set.
   static constexpr std::int64_t kSets = 5'000;
@@ -60,6 +61,10 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   // Throws host::Error as SqliteDatabase does.
   explicit SecurityLog(const std::filesystem::path& folder);
 
+  // Checks all pages of the file, unless that was done. So does the first call of record, note,
+  // list or kept. Throws host::Error as SqliteDatabase does.
+  void check();
+
   void init(Context&) override {}
   void shutdown() override {}
 
@@ -71,7 +76,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   void note(Event event, bool failure, const std::string& text);
 
   // Up to `most` records after number `after`, oldest first. Throws host::Error when they cannot be
-  // read; the failure is also logged.
+  // read or checked; the failure is also logged.
   [[nodiscard]] std::vector<SecurityRecord> list(std::int64_t after, std::size_t most);
 
   struct Kept {
@@ -95,6 +100,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
 
   explicit SecurityLog(std::unique_ptr<SqliteDatabase> database);
 
+  void checkToRead() CLOCK_REQUIRES(m_mutex);
   void readTally() CLOCK_REQUIRES(m_mutex);
   bool write(SecurityRecord record) CLOCK_REQUIRES(m_mutex);
   void countUnwritten() CLOCK_REQUIRES(m_mutex);

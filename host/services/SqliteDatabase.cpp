@@ -60,41 +60,62 @@ std::string unfinished(const std::string& file) {
 
 }  // namespace
 
-SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store)
-    : m_name(file.string()) {
-  const auto first = damageOnOpening(store);
-  if (!first) return;
-  // A transient read error looks like damage: retry once.
-  const auto again = damageOnOpening(store);
+SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store,
+                               Check check)
+    : m_name(file.string()), m_store(store), m_check(check) {
+  if (const auto damage = damageFoundBy([this] { open(); })) openAgain(*damage);
+}
+
+SqliteDatabase::SqliteDatabase(const SqliteStore& store)
+    : m_name(":memory:"), m_store(store), m_check(Check::onOpening) {
+  connect(m_name);
+  identify();
+  complete();
+}
+
+SqliteDatabase::~SqliteDatabase() {
+  if (m_handle) checkpoint();
+}
+
+void SqliteDatabase::check() {
+  const bool isOpen = m_handle != nullptr;
+  if (isOpen && m_check == Check::onOpening) return;
+  m_check = Check::onOpening;
+  const auto damage = damageFoundBy([&] { isOpen ? complete() : open(); });
+  if (damage) openAgain(*damage);
+}
+
+// A transient read error looks like damage, so it is retried once.
+void SqliteDatabase::openAgain(const std::string& damage) {
+  const auto again = damageFoundBy([this] { open(); });
   if (again) {
     setAside(*again);
-    create();
-    open(store);
+    if (const auto fresh = damageFoundBy([this] { open(); }))
+      throw Error(describe(m_name, "is damaged: " + *fresh));
   } else {
     logAppUni("clockhost", 3, __FILE__, __LINE__, "store \"%s\" was read on the second attempt: %s",
-              m_name.c_str(), first->c_str());
+              m_name.c_str(), damage.c_str());
   }
 }
 
-std::optional<std::string> SqliteDatabase::damageOnOpening(const SqliteStore& store) try {
-  create();
-  open(store);
+template <class Work>
+std::optional<std::string> SqliteDatabase::damageFoundBy(Work work) try {
+  work();
   return std::nullopt;
 } catch (const Damaged& damage) {
   m_handle.reset();
   return damage.reason;
-} catch (const Error&) {
+} catch (...) {
   m_handle.reset();
   ::unlink(unfinished(m_name).c_str());
   throw;
 }
 
-SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:") {
-  open(store);
-}
-
-SqliteDatabase::~SqliteDatabase() {
-  checkpoint();
+void SqliteDatabase::open() {
+  create();
+  connect(m_name);
+  identify();
+  if (m_check == Check::onOpening) complete();
 }
 
 // SQLite's own checkpoint does not report a failure. A failure loses nothing: the WAL keeps the
@@ -111,9 +132,10 @@ void SqliteDatabase::Close::operator()(sqlite3* handle) const {
 }
 
 std::string SqliteDatabase::failure(const char* what) const {
+  const std::string failed = "store \"" + m_name + "\": " + what + " failed: ";
+  if (!m_handle) return failed + "it could not be opened";
   const std::string why = message();  // before isInPlace, whose call would replace it
-  return "store \"" + m_name + "\": " + what +
-         " failed: " + (isInPlace() ? why : "its file was removed or replaced");
+  return failed + (isInPlace() ? why : "its file was removed or replaced");
 }
 
 void SqliteDatabase::logFailure(const char* what) const {
@@ -166,11 +188,6 @@ void SqliteDatabase::createFile() {
   if (std::rename(file.c_str(), m_name.c_str()) != 0) refuse(m_name);
 }
 
-void SqliteDatabase::open(const SqliteStore& store) {
-  connect(m_name);
-  configure(store);
-}
-
 void SqliteDatabase::connect(const std::string& file) {
   constexpr int kFlags =
       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
@@ -183,45 +200,51 @@ void SqliteDatabase::connect(const std::string& file) {
 }
 
 // Writes nothing until the version has shown that the file is one of this store.
-void SqliteDatabase::configure(const SqliteStore& store) {
+void SqliteDatabase::identify() {
   execute("PRAGMA locking_mode=EXCLUSIVE");
-  // Without "main." SQLite would open a temporary database, to check that too.
-  const std::string integrity = first("PRAGMA main.integrity_check(1)");
-  if (integrity != "ok") throw Damaged{integrity};
-  const int version = versionFound(store);
-  execute("PRAGMA journal_mode=WAL");
-  execute(std::string("PRAGMA synchronous=") + store.synchronous);
+  m_version = versionFound();
+}
+
+void SqliteDatabase::complete() {
+  checkPages();
+  execute(std::string("PRAGMA journal_mode=WAL; PRAGMA synchronous=") + m_store.synchronous);
   const auto committed = [](void* self, sqlite3*, const char*, int pages) {
     if (pages >= kLongWal) static_cast<SqliteDatabase*>(self)->checkpoint();
     return SQLITE_OK;  // a failed checkpoint is no failure of the transaction
   };
   sqlite3_wal_hook(handle(), committed, this);
-  if (version != store.version) {
-    execute("BEGIN IMMEDIATE;" + std::string(version == 0 ? store.schema : store.upgrade) +
-            ";PRAGMA user_version=" + std::to_string(store.version) + ";COMMIT");
+  if (m_version != m_store.version) {
+    execute("BEGIN IMMEDIATE;" + std::string(m_version == 0 ? m_store.schema : m_store.upgrade) +
+            ";PRAGMA user_version=" + std::to_string(m_store.version) + ";COMMIT");
   }
-  probe(store.probe);
+  probe();
   sqlite3_db_release_memory(handle());  // the check has read all pages
 }
 
-void SqliteDatabase::probe(const char* sql) const {
+void SqliteDatabase::checkPages() {
+  // Without "main." SQLite would open a temporary database, to check that too.
+  const std::string integrity = first("PRAGMA main.integrity_check(1)");
+  if (integrity != "ok") throw Damaged{integrity};
+}
+
+void SqliteDatabase::probe() const {
   sqlite3_stmt* statement = nullptr;
-  const int code = sqlite3_prepare_v2(handle(), sql, -1, &statement, nullptr);
+  const int code = sqlite3_prepare_v2(handle(), m_store.probe, -1, &statement, nullptr);
   sqlite3_finalize(statement);
   if (code != SQLITE_OK) fail();
 }
 
 // 0 for a new database.
-int SqliteDatabase::versionFound(const SqliteStore& store) {
+int SqliteDatabase::versionFound() {
   if (sqlite3_db_readonly(handle(), "main") == 1) {
     throw Error(describe(m_name, "cannot be written: it is read-only"));
   }
   const int version = std::stoi(first("PRAGMA user_version"));
   if (version < 0) throw Damaged{"its version is " + std::to_string(version)};
-  if (version > store.version) {
+  if (version > m_store.version) {
     throw Error(describe(m_name, "is of version " + std::to_string(version) +
                                      ", newer than this program's " +
-                                     std::to_string(store.version)));
+                                     std::to_string(m_store.version)));
   }
   if (version != 0 || first("SELECT count(*) FROM sqlite_schema") == "0") return version;
   throw Damaged{"it is another program's database"};

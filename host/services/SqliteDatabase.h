@@ -21,15 +21,24 @@ struct SqliteStore {
 
 // An open SQLite database in WAL mode, held exclusively by this process. The transaction that makes
 // the WAL 1,000 pages long also checkpoints it. Owner: a service, which serialises its calls.
-// Failure: opening throws host::Error; a file that was found damaged twice is renamed to
+// Failure: opening and check() throw host::Error; a file that was found damaged twice is renamed to
 // FILE.damaged-N, with one log line, and a new one is created.
 class SqliteDatabase {
  public:
+  // When the pages and tables are checked. Opening always checks the header and the version.
+  enum class Check { onOpening, later };
+
   // Creates a missing folder and file, both for their owner only. Throws host::Error when the file
   // is not a regular one, not writable, of a newer version, or in use by another process.
-  SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store);
+  SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store,
+                 Check check = Check::onOpening);
   explicit SqliteDatabase(const SqliteStore& store);  // in memory
   ~SqliteDatabase();
+
+  // Checks all pages, then creates or upgrades the tables and checks them, unless that was done.
+  // After a failure the database is closed, and the next call opens it. REQUIRES: until the first
+  // success no statement is prepared.
+  void check();
 
   [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
 
@@ -45,14 +54,18 @@ class SqliteDatabase {
     void operator()(sqlite3* handle) const;
   };
 
-  std::optional<std::string> damageOnOpening(const SqliteStore& store);
+  template <class Work>
+  std::optional<std::string> damageFoundBy(Work work);
+  void open();
+  void openAgain(const std::string& damage);
   void create();
   void createFile();
-  void open(const SqliteStore& store);
   void connect(const std::string& file);
-  void configure(const SqliteStore& store);
-  int versionFound(const SqliteStore& store);
-  void probe(const char* sql) const;
+  void identify();
+  void complete();
+  void checkPages();
+  int versionFound();
+  void probe() const;
   void setAside(const std::string& reason);
   void execute(const std::string& sql);
   std::string first(const std::string& query);
@@ -60,7 +73,10 @@ class SqliteDatabase {
   [[nodiscard]] std::string message() const;
   [[noreturn]] void fail() const;
 
-  std::string m_name;  // the file's path, or ":memory:"
+  const std::string m_name;  // the file's path, or ":memory:"
+  const SqliteStore m_store;
+  Check m_check;
+  int m_version = 0;  // that opening found
   bool m_checkpointFails = false;
   std::unique_ptr<sqlite3, Close> m_handle;
 };

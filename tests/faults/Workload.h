@@ -39,6 +39,7 @@ class Workload {
   void awaitReport();
   void awaitEvent();
   [[nodiscard]] bool hasNoListener();
+  [[nodiscard]] bool hostHasEnded();
   void end();
   void checkScript();
   void checkForDamage();

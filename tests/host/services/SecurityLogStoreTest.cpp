@@ -125,6 +125,7 @@ TEST_F(SecurityLogFile, ThatCannotBeCountedIsNotReportedAsEmpty) {
     fill(security);
   }
   SecurityLog security(folder.path());
+  security.check();
   const FailingRead fault(1);
   EXPECT_NE(errorOf([&] { static_cast<void>(security.kept()); }), "");
   EXPECT_EQ(security.kept().records, kFilled);
@@ -177,7 +178,7 @@ TEST_F(SecurityLogFile, FailedUpgradeChangesNothing) {
   ASSERT_EQ(runSql(file(), kVersionOne), "");
   {
     const FailingWrites fault(ENOSPC);
-    EXPECT_THROW(SecurityLog{folder.path()}, Error);
+    EXPECT_THROW(SecurityLog(folder.path()).check(), Error);
   }
   EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
 }
@@ -191,6 +192,60 @@ TEST_F(SecurityLogFile, SetsADatabaseWithOtherTablesAside) {
 TEST_F(SecurityLogFile, RefusesANewerVersion) {
   ASSERT_EQ(runSql(file(), "PRAGMA user_version=3"), "");
   EXPECT_THROW(SecurityLog{folder.path()}, Error);
+}
+
+// A log with a damaged page that opening does not read.
+class SecurityLogWithADamagedPage : public SecurityLogFile {
+ protected:
+  SecurityLogWithADamagedPage() {
+    fill(*std::make_unique<SecurityLog>(folder.path()));
+    std::string bytes = support::contentOf(file());
+    writeBytes(file(), bytes.replace(bytes.size() / 2, 4096, randomBytes(4096)));
+  }
+  bool isSetAside() const { return std::filesystem::exists(folder / "security.db.damaged-1"); }
+};
+
+TEST_F(SecurityLogWithADamagedPage, IsSetAsideByTheCheckAndNotByOpening) {
+  SecurityLog security(folder.path());
+  EXPECT_FALSE(isSetAside());
+  for (int i = 0; i < 2; ++i) security.check();
+  EXPECT_TRUE(isSetAside());
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+}
+
+TEST_F(SecurityLogWithADamagedPage, IsCheckedBeforeTheFirstRecord) {
+  SecurityLog security(folder.path());
+  record(security, "a");
+  EXPECT_TRUE(isSetAside());
+  EXPECT_EQ(security.list(0, 10).size(), 1U);
+}
+
+TEST_F(SecurityLogWithADamagedPage, CountsRecordsWhileItCannotBeSetAside) {
+  SecurityLog security(folder.path());
+  std::string reason;
+  {
+    const WatchedRename failing(true);
+    for (int i = 0; i < 2; ++i) record(security, "lost");
+    reason = errorOf([&] { static_cast<void>(security.list(0, 10)); });
+    EXPECT_NE(reason.find("is damaged and cannot be set aside"), std::string::npos) << reason;
+    EXPECT_EQ(errorOf([&] { static_cast<void>(security.kept()); }), reason);
+  }
+  EXPECT_EQ(log.text(), "clockhost 2: store \"" + file().string() +
+                            "\": writing failed: it could not be opened\n" +
+                            "clockhost 2: " + reason + "\nclockhost 2: " + reason + '\n');
+  record(security, "kept");
+  const auto records = security.list(0, 10);
+  ASSERT_EQ(records.size(), 1U);
+  EXPECT_EQ(records[0].lost, 2);
+}
+
+TEST_F(SecurityLogFile, IsReadAgainWhenTheCheckCannotReadIt) {
+  fill(*std::make_unique<SecurityLog>(folder.path()));
+  SecurityLog security(folder.path());
+  const FailingRead fault(1);
+  security.check();
+  EXPECT_TRUE(log.hasPart("was read on the second attempt")) << log.text();
+  EXPECT_EQ(security.kept().records, kFilled);
 }
 
 }  // namespace
