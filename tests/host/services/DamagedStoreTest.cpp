@@ -19,6 +19,19 @@ TEST_F(StoredSettings, SecondDamagedFileGetsTheNextName) {
   EXPECT_EQ(support::contentOf(aside(2)), "second");
 }
 
+// The check of the pages reports a lack of memory as damage, and is repeated.
+TEST_F(StoredSettings, AreNotTakenForDamagedWhenAStatementHasNoMemory) {
+  saveOne();
+  bool ranOut = true;
+  for (int nth = 1; ranOut; ++nth) {
+    const FailingAllocation fault(nth);
+    static_cast<void>(openingError());
+    ranOut = FailingAllocation::failed();
+    ASSERT_FALSE(log.hasPart("out of memory")) << nth << ": " << log.text();
+  }
+  EXPECT_FALSE(fs::exists(aside(1)));
+}
+
 struct Damage {
   const char* name;
   void (*apply)(const fs::path& file);

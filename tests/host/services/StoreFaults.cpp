@@ -48,6 +48,26 @@ ssize_t readAtOrFail(int file, void* bytes, size_t count, off_t offset) {
   return -1;
 }
 
+int g_allocationsToFailure = 0;
+sqlite3_mem_methods g_memory{};
+
+void* allocateOrFail(int size) {
+  return --g_allocationsToFailure == 0 ? nullptr : g_memory.xMalloc(size);
+}
+
+void* reallocateOrFail(void* old, int size) {
+  return --g_allocationsToFailure == 0 ? nullptr : g_memory.xRealloc(old, size);
+}
+
+// SQLite takes other functions only before its first use.
+const int g_allocatorReplaced = [] {
+  sqlite3_config(SQLITE_CONFIG_GETMALLOC, &g_memory);
+  sqlite3_mem_methods failing = g_memory;
+  failing.xMalloc = allocateOrFail;
+  failing.xRealloc = reallocateOrFail;
+  return sqlite3_config(SQLITE_CONFIG_MALLOC, &failing);
+}();
+
 // Null restores the real call.
 void replace(const char* call, sqlite3_syscall_ptr function) {
   sqlite3_vfs* const vfs = sqlite3_vfs_find(nullptr);
@@ -107,6 +127,18 @@ FailingRead::~FailingRead() {
 
 bool FailingRead::failed() {
   return g_readsToFailure <= 0;
+}
+
+FailingAllocation::FailingAllocation(int nth) {
+  g_allocationsToFailure = nth;
+}
+
+FailingAllocation::~FailingAllocation() {
+  g_allocationsToFailure = 0;
+}
+
+bool FailingAllocation::failed() {
+  return g_allocationsToFailure <= 0;
 }
 
 WatchedRename::WatchedRename(bool fails) {

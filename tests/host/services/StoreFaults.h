@@ -33,6 +33,17 @@ class FailingRead {
   [[nodiscard]] static bool failed();
 };
 
+// During its lifetime, the n-th of SQLite's allocations (from 1) fails.
+class FailingAllocation {
+ public:
+  explicit FailingAllocation(int nth);
+  ~FailingAllocation();
+  FailingAllocation(const FailingAllocation&) = delete;
+  FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+  [[nodiscard]] static bool failed();
+};
+
 // During its lifetime, looks at each file just before it is renamed; the rename may fail with EIO.
 class WatchedRename {
  public:
