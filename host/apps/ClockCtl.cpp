@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <iomanip>
 #include <nlohmann/json.hpp>
@@ -11,6 +12,7 @@
 
 #include "apps/ClockCtlOptions.h"
 #include "base/PrintableText.h"
+#include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
 #include "verbs/CallWords.h"
 #include "verbs/DidYouMean.h"
@@ -61,6 +63,15 @@ RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
   }
 }
 
+// Why a host that has the request does not reply, as far as it can be seen from here.
+std::string whatGoesOn(const RemoteClient& client, bool moves) {
+  if (const auto stopped = stoppedProcessAt(client.descriptor())) {
+    return "the host is stopped; `kill -CONT " + std::to_string(*stopped) + "` lets it go on";
+  }
+  if (moves) return "the clock stops where it is; `clockctl clock` shows the time";
+  return "the host is busy; it has the request, and may still do it";
+}
+
 // A verb with its arguments, carried out by a host.
 class Command {
  public:
@@ -93,8 +104,9 @@ class Command {
     m_out << jsonLine(answer) << std::endl;
   }
 
-  [[noreturn]] void noReply(const std::string& hint) const {
-    throw Refusal("no reply within " + secondsText(limit()) + hint);
+  [[noreturn]] void noReply(const std::string& hint = "") const {
+    throw Refusal("no reply within " + secondsText(limit()) + "; " +
+                  (hint.empty() ? whatGoesOn(m_client, takesTime(m_verb, m_request)) : hint));
   }
 
   void call() {
@@ -106,7 +118,7 @@ class Command {
     if (!reply) {
       noReply(known != nullptr
                   ? ""
-                  : "; no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
+                  : "no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
     }
     print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
   }
@@ -114,7 +126,7 @@ class Command {
   // A one-way call is done when the host has handled it.
   void post(Method& method) {
     m_client.post(method);
-    if (!m_client.barrier(limit())) noReply("; the host is busy");
+    if (!m_client.barrier(limit())) noReply();
     if (m_options.json) print({{"method", method.getName()}, {"reply", nullptr}});
   }
 
@@ -122,7 +134,7 @@ class Command {
     Method observe("observeTimeEvents", Method::call);
     const auto reply = m_client.call(observe, limit());
     bool observing = false;
-    if (!reply) noReply("");
+    if (!reply) noReply();
     if (!reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
         !observing) {
       throw Refusal("the service refused the observer");
@@ -151,7 +163,7 @@ class Command {
 
   Json ask() {
     const auto text = m_client.control(m_request.dump(), limit());
-    if (!text) noReply("; the host is busy");
+    if (!text) noReply();
     return checked(*text);
   }
 
@@ -196,10 +208,30 @@ class Command {
   std::ostream& m_err;
 };
 
-int fail(std::ostream& err, const char* text, Status status) {
-  err << errorLine("clockctl", text);
-  return status;
+// Whether errors are JSON too, also that of a command line that cannot be read.
+bool asksForJson(std::span<const std::string> words) {
+  const auto end = std::find(words.begin(), words.end(), "--");
+  return std::find(words.begin(), end, "--json") != end;
 }
+
+class Failure {
+ public:
+  Failure(std::span<const std::string> words, std::ostream& err)
+      : m_json(asksForJson(words)), m_err(err) {}
+
+  int operator()(const char* text, Status status) const {
+    if (m_json) {
+      m_err << jsonLine({{"ok", false}, {"status", status}, {"error", escapedLine(text)}}) << '\n';
+    } else {
+      m_err << errorLine("clockctl", text);
+    }
+    return status;
+  }
+
+ private:
+  const bool m_json;
+  std::ostream& m_err;
+};
 
 }  // namespace
 
@@ -210,20 +242,21 @@ milliseconds replyLimit(const Verb& verb, const Json& request) {
 
 int runClockCtl(std::span<const std::string> words, const std::filesystem::path& defaultSocket,
                 std::ostream& out, std::ostream& err) {
+  const Failure fail(words, err);
   try {
     const auto options = readClockCtlOptions(words, defaultSocket, out);
     if (!options) return done;
     Command(*options, out, err).run();
     return done;
   } catch (const UsageError& error) {
-    return fail(err, error.what(), usage);
+    return fail(error.what(), usage);
   } catch (const NoHost& error) {
-    return fail(err, error.what(), noHost);
+    return fail(error.what(), noHost);
   } catch (const Json::exception&) {
-    return fail(err, "the host's answer is not understood; use the clockctl of the host's version",
+    return fail("the host's answer is not understood; use the clockctl of the host's version",
                 refused);
   } catch (const std::exception& error) {
-    return fail(err, error.what(), refused);
+    return fail(error.what(), refused);
   }
 }
 

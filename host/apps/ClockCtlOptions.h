@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "apps/OptionParser.h"
+
 namespace host {
 
 // The command line of clockctl.
@@ -19,8 +21,11 @@ struct ClockCtlOptions {
   std::vector<std::string> verb;                     // with its arguments
 };
 
+// The table of options. Values go to `options`, which outlives the parser.
+[[nodiscard]] OptionParser clockCtlOptionParser(ClockCtlOptions& options);
+
 // Options may stand before and after the verb, up to a word "--". Empty: help or version was
-// requested, and is on `out`. Throws UsageError.
+// requested, also with `help VERB` or `VERB --help`, and is on `out`. Throws UsageError.
 [[nodiscard]] std::optional<ClockCtlOptions> readClockCtlOptions(
     std::span<const std::string> words, const std::filesystem::path& defaultSocket,
     std::ostream& out);

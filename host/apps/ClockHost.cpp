@@ -14,6 +14,7 @@
 #include "Logging.h"
 #include "apps/HostOptions.h"
 #include "base/Error.h"
+#include "base/Version.h"
 #include "clock/VirtualClock.h"
 #include "framework/ApplicationLog.h"
 #include "framework/DataAccess.h"
@@ -141,6 +142,12 @@ class Host {
   Controller m_controller;
 };
 
+// From the beginning, so that a signal during the start ends the host in order, too.
+EventLoop& stoppedBySignals(EventLoop& loop) {
+  loop.stopOnSignals();
+  return loop;
+}
+
 ClockMoveQueue::Later postTo(EventLoop& loop) {
   return [&loop](std::function<void()> task) { loop.post(std::move(task)); };
 }
@@ -150,14 +157,12 @@ Host::Host(const HostOptions& options)
       m_clock(sourceOf(options)),
       m_processClock(m_clock),
       m_loop(m_clock),
-      m_channels(m_loop, m_clock),
+      m_channels(stoppedBySignals(m_loop), m_clock),
       m_server(m_loop.io(), {options.socket, options.controlSocket, options.socketGroup},
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),
-      m_controller(m_device,
-                   HostFacts{[this] { return m_server.clients(); }, options.socket, CLOCK_VERSION,
-                             options.plugin, postTo(m_loop), &m_server.tap()}) {
-  m_loop.stopOnSignals();
+      m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
+                                       kVersion, options.plugin, postTo(m_loop), &m_server.tap()}) {
   m_device.start(m_server);
   warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/OptionParser.h"
 #include "runtime/Device.h"
 #include "scenario/SuiteOptions.h"
 
@@ -32,6 +33,9 @@ struct HostOptions {
   std::vector<std::pair<std::string, std::string>> programs;  // path on the device, path here
   SuiteOptions scenarios;                                     // no files: none
 };
+
+// The table of options. Values go to `options`, which outlives the parser.
+[[nodiscard]] OptionParser hostOptionParser(HostOptions& options);
 
 // Empty: help or version was requested, and is on `out`. Throws UsageError.
 [[nodiscard]] std::optional<HostOptions> readHostOptions(std::span<const std::string> words,

@@ -1,68 +1,180 @@
 #include "apps/OptionParser.h"
 
-#include <memory>
+#include <algorithm>
 #include <utility>
 
 #include "base/PrintableText.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
 
 namespace host {
 namespace {
 
-constexpr std::size_t kLongestError = 300;  // bytes of CLI11's text, which repeats the user's input
+constexpr std::size_t kHelpColumn = 30;  // where the texts of the options begin
 
-// Each option with the type of its value, what it means, and its default.
-class HelpFormat : public CLI::Formatter {
- public:
-  explicit HelpFormat(std::string arguments) : m_arguments(std::move(arguments)) {}
+bool looksLikeOption(const std::string& word) {
+  return word.size() > 1 && word.front() == '-';
+}
 
-  std::string make_usage(const CLI::App* /*app*/, std::string name) const override {
-    return "\nUsage: " + name + " [OPTIONS]" + m_arguments + '\n';
+std::string alternatives(const std::vector<std::string_view>& words) {
+  std::string text;
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    text += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + std::string(words[i]);
   }
-  std::string make_option_opts(const CLI::Option* option) const override {
-    const std::string type = option->get_type_name();
-    return type.empty() ? "" : ' ' + type;
-  }
-  std::string make_option_desc(const CLI::Option* option) const override {
-    const std::string value = option->get_default_str();
-    return option->get_description() + (value.empty() ? "" : " (default: " + value + ')');
-  }
+  return text;
+}
 
- private:
-  const std::string m_arguments;
-};
+std::string optionHelp(const Option& option) {
+  std::string line = "  " + usageOf(option);
+  line += std::string(line.size() < kHelpColumn ? kHelpColumn - line.size() : 1, ' ');
+  line += option.help;
+  if (!option.shownDefault.empty()) line += " (default: " + option.shownDefault + ')';
+  return line + '\n';
+}
 
 }  // namespace
 
-OptionParser::OptionParser(const std::string& program, const std::string& description,
-                           const std::string& arguments)
-    : CLI::App(description, program) {
-  formatter(std::make_shared<HelpFormat>(arguments.empty() ? "" : ' ' + arguments));
-  set_help_flag("-h,--help", "Print this help and exit");
-  set_version_flag("--version", CLOCK_VERSION, "Print the version and exit");
-  option_defaults()->always_capture_default()->multi_option_policy(
-      CLI::MultiOptionPolicy::TakeLast);
+OptionParser::OptionParser(const Program& program) : m_program(program) {
+  add({"--help", "", "Print this help and exit", {}});
+  add({"--version", "", "Print the version and exit", {}});
 }
 
-// The check of an option returns what is wrong, and CLI11 adds the option's name.
-CLI::Option* OptionParser::addPath(const char* name, std::filesystem::path& path, const char* help,
-                                   const char* type) {
-  return add_option(name, path, help)->type_name(type)->check([](const std::string& text) {
-    return text.empty() ? std::string("the path is empty; name a file or folder") : "";
-  });
+Option& OptionParser::add(Option option) {
+  return m_options.emplace_back(std::move(option));
 }
 
-bool OptionParser::read(std::span<const std::string> words, std::ostream& out) {
-  try {
-    parse(std::vector<std::string>(words.rbegin(), words.rend()));
-    return true;
-  } catch (const CLI::Success& request) {
-    exit(request, out, out);
-    return false;
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(clippedText(error.what(), kLongestError) + "; `" + get_name() +
-                     " --help` lists the options");
+Option& OptionParser::addFlag(std::string_view name, std::string_view help, bool& flag) {
+  return add({name, "", help, [&flag](const std::string&) {
+                flag = true;
+                return std::string();
+              }});
+}
+
+Option& OptionParser::addPath(std::string_view name, std::string_view help,
+                              std::filesystem::path& path, std::string_view value) {
+  return add({name, value, help,
+              [&path](const std::string& text) {
+                path = text;
+                return checkPath(text);
+              },
+              path.string()});
+}
+
+OptionParser::Wish OptionParser::read(Words words) {
+  while (!words.empty()) readWord(words);
+  return m_wish;
+}
+
+void OptionParser::readWord(Words& words) {
+  const std::string& word = words.front();
+  words = words.subspan(1);
+  if (word == "--") {
+    m_arguments.insert(m_arguments.end(), words.begin(), words.end());
+    words = {};
+    if (!m_arguments.empty() && m_program.arguments.empty()) refuseUnknown(m_arguments.front());
+  } else if (Option* const option = optionOf(word)) {
+    readOption(*option, word, words);
+  } else if (m_program.arguments.empty() || (m_arguments.empty() && looksLikeOption(word))) {
+    refuseUnknown(word);
+  } else {
+    m_arguments.push_back(word);
   }
+}
+
+void OptionParser::readOption(Option& option, const std::string& word, Words& words) {
+  const std::size_t equals = word.find('=');
+  if (equals == std::string::npos && !option.value.empty()) return readValues(option, words);
+  if (equals != std::string::npos && option.value.empty()) {
+    refuse(std::string(option.name) + " takes no value");
+  }
+  use(option, equals == std::string::npos ? "" : word.substr(equals + 1));
+}
+
+void OptionParser::readValues(Option& option, Words& words) {
+  bool first = true;
+  while (!words.empty() && words.front() != "--" && optionOf(words.front()) == nullptr &&
+         (first || (option.manyValues && !looksLikeOption(words.front())))) {
+    use(option, words.front());
+    words = words.subspan(1);
+    first = false;
+  }
+  if (first)
+    refuse(std::string(option.name) + ": its value is missing; write " + std::string(option.name) +
+           ' ' + std::string(option.value));
+}
+
+void OptionParser::use(Option& option, const std::string& value) {
+  option.given = true;
+  const auto listed = listedValues(option.value);
+  std::string error;
+  if (!option.take) {
+    m_wish = option.name == "--help" ? Wish::help : Wish::version;
+  } else if (!listed.empty() && std::find(listed.begin(), listed.end(), value) == listed.end()) {
+    error = quotedText(value) + " is not " + alternatives(listed);
+  } else {
+    error = option.take(value);
+  }
+  if (!error.empty()) refuse(std::string(option.name) + ": " + error);
+}
+
+Option* OptionParser::optionOf(std::string_view word) {
+  if (word == "-h") word = "--help";
+  const std::string_view name = word.substr(0, word.find('='));
+  const auto found = std::find_if(m_options.begin(), m_options.end(),
+                                  [&](const Option& option) { return option.name == name; });
+  return found == m_options.end() ? nullptr : &*found;
+}
+
+bool OptionParser::given(std::string_view name) const {
+  return rowNamed(m_options, name)->given;
+}
+
+void OptionParser::refuse(const std::string& error) const {
+  throw UsageError(error + "; `" + std::string(m_program.name) + " --help` lists the options");
+}
+
+void OptionParser::refuseUnknown(const std::string& word) const {
+  if (!looksLikeOption(word)) refuse(quotedText(word) + " is not an option");
+  const std::string name = word.substr(0, word.find('='));
+  const std::string near = suggestion(name, namesOf(m_options));
+  if (near.empty()) refuse("unknown option " + quotedText(name));
+  throw UsageError("unknown option " + quotedText(name) + near);
+}
+
+std::string OptionParser::help() const {
+  std::string text = std::string(m_program.description) +
+                     "\n\nUsage: " + std::string(m_program.name) + " [OPTIONS]" +
+                     (m_program.arguments.empty() ? "" : " ") + std::string(m_program.arguments) +
+                     "\n\nOptions:\n";
+  for (const Option& option : m_options) text += optionHelp(option);
+  text += "\nExit status:\n";
+  for (const auto& [status, meaning] : m_program.statuses) {
+    text += "  " + std::to_string(status) + "  " + std::string(meaning) + '\n';
+  }
+  return text;
+}
+
+std::vector<std::string_view> listedValues(std::string_view value) {
+  const bool upper =
+      std::any_of(value.begin(), value.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+  if (upper || value.find('|') == std::string_view::npos) return {};
+  std::vector<std::string_view> words;
+  for (std::size_t bar = value.find('|'); bar != std::string_view::npos; bar = value.find('|')) {
+    words.push_back(value.substr(0, bar));
+    value.remove_prefix(bar + 1);
+  }
+  words.push_back(value);
+  return words;
+}
+
+std::string usageOf(const Option& option) {
+  const std::string name = (option.name == "--help" ? "-h, " : "") + std::string(option.name);
+  return option.value.empty() ? name : name + ' ' + std::string(option.value);
+}
+
+std::string checkPath(const std::string& text) {
+  return text.empty() ? "the path is empty; name a file or folder" : "";
 }
 
 }  // namespace host

@@ -1,27 +1,93 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <deque>
 #include <filesystem>
-#include <iosfwd>
+#include <functional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace host {
 
-// The options of a program, with --help and --version. The last of two options of one name counts,
-// so that the options of a script can be overridden. Owner: its creator. Thread: one.
-class OptionParser : public CLI::App {
- public:
-  // arguments: what the usage line shows after the options.
-  OptionParser(const std::string& program, const std::string& description,
-               const std::string& arguments = "");
+// One option of a program: what a person types, and where its value goes.
+struct Option {
+  // Uses the value, empty for a flag. Returns what is wrong with it, empty for nothing; a
+  // UsageError passes unchanged.
+  using Take = std::function<std::string(const std::string& value)>;
 
-  // A path, which must not be empty.
-  CLI::Option* addPath(const char* name, std::filesystem::path& path, const char* help,
-                       const char* type = "FILE");
-
-  // False: help or version was requested, and is on `out`. Throws UsageError, one line.
-  [[nodiscard]] bool read(std::span<const std::string> words, std::ostream& out);
+  std::string_view name;   // "--socket"
+  std::string_view value;  // in the help: "FILE", "up|down"; empty: a flag
+  std::string_view help;
+  Take take;                   // empty for --help and --version
+  std::string shownDefault{};  // empty: none
+  bool manyValues = false;     // all words up to the next option
+  bool given = false;          // set by read()
 };
+
+struct ExitStatus {
+  int status;
+  std::string_view meaning;
+};
+
+// The options of a program, with --help and --version: reads them, and is the table from which
+// help, manual page and completion are made. The last of two options of one name counts, so that
+// the options of a script can be overridden. Owner: its creator; what the options refer to outlives
+// it. Thread: one.
+class OptionParser {
+ public:
+  struct Program {
+    std::string_view name;
+    std::string_view description;
+    std::string_view arguments;  // in the usage, after the options; empty: only options are taken
+    std::span<const ExitStatus> statuses;
+  };
+  enum class Wish { run, help, version };
+
+  explicit OptionParser(const Program& program);
+
+  // The result stays valid while the parser does.
+  Option& add(Option option);
+  Option& addFlag(std::string_view name, std::string_view help, bool& flag);
+  Option& addPath(std::string_view name, std::string_view help, std::filesystem::path& path,
+                  std::string_view value = "FILE");  // which must not be empty
+
+  // Reads the command line. Options and arguments may alternate, up to a word "--"; after the first
+  // argument, a word that is no option is an argument, even if it begins with "-". Throws
+  // UsageError, one line.
+  [[nodiscard]] Wish read(std::span<const std::string> words);
+
+  [[nodiscard]] bool given(std::string_view name) const;
+  [[nodiscard]] const std::vector<std::string>& arguments() const { return m_arguments; }
+
+  [[nodiscard]] const Program& program() const { return m_program; }
+  [[nodiscard]] const std::deque<Option>& options() const { return m_options; }
+  [[nodiscard]] std::string help() const;
+
+ private:
+  using Words = std::span<const std::string>;
+
+  void readWord(Words& words);
+  void readOption(Option& option, const std::string& word, Words& words);
+  void readValues(Option& option, Words& words);
+  void use(Option& option, const std::string& value);
+  [[nodiscard]] Option* optionOf(std::string_view word);
+  [[noreturn]] void refuse(const std::string& error) const;
+  [[noreturn]] void refuseUnknown(const std::string& word) const;
+
+  const Program m_program;
+  std::deque<Option> m_options;
+  std::vector<std::string> m_arguments;
+  Wish m_wish = Wish::run;
+};
+
+// The words of a list in lower case, `up|down`, which are all that is accepted; empty for others.
+[[nodiscard]] std::vector<std::string_view> listedValues(std::string_view value);
+
+// "--socket FILE"
+[[nodiscard]] std::string usageOf(const Option& option);
+
+// What is wrong with the path, empty for nothing.
+[[nodiscard]] std::string checkPath(const std::string& text);
 
 }  // namespace host

@@ -30,7 +30,8 @@ int main(int argc, char** argv) {
   host::startProgram();
   // One malloc arena for all threads: they allocate too little to contend for it.
   ::mallopt(M_ARENA_MAX, 1);
-  std::signal(SIGHUP, SIG_IGN);  // outlives its terminal; SIGINT and SIGTERM end it
+  // Outlives its terminal; SIGINT and SIGTERM end it in order.
+  for (const int ignored : {SIGHUP, SIGUSR1, SIGUSR2}) std::signal(ignored, SIG_IGN);
   // The service sets TZ while other threads read the environment. A variable that exists before any
   // thread is only replaced, so that the array of variables never moves.
   ::setenv("TZ", "UTC0", 1);

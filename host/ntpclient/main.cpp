@@ -6,10 +6,12 @@
 // Exit status: 2 for a wrong command line or environment, else that of Client::run.
 #include <fcntl.h>
 
+#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -18,6 +20,7 @@
 #include <utility>
 
 #include "base/ProgramStart.h"
+#include "base/Version.h"
 #include "clock/ClockMessage.h"
 #include "ntpclient/Client.h"
 #include "ntpclient/ErrorLines.h"
@@ -82,7 +85,19 @@ int refuse(const char* why) {
   return kUsageError;
 }
 
+// The exit status after --version or --help, which stand alone.
+std::optional<int> answered(std::span<char* const> words) {
+  const std::string_view word = words.size() == 1 ? words.front() : "";
+  if (word != "--version" && word != "--help") return std::nullopt;
+  std::printf("%s\n", word == "--version" ? kVersion : kUsage);
+  if (std::fflush(stdout) == 0) return 0;
+  std::fprintf(stderr, "ntpclient: cannot write everything to standard output: %s\n",
+               std::strerror(errno));
+  return 1;
+}
+
 int run(std::span<char* const> words) try {
+  if (const auto status = answered(words)) return *status;
   const auto assignment = parseCommandLine(words);
   if (!assignment) return refuse(kUsage);
   auto environment = readEnvironment();

@@ -11,6 +11,9 @@ namespace host {
 // the kernel does not report it.
 [[nodiscard]] std::optional<ucred> processAt(int socket);
 
+// That process, if it is stopped, by SIGSTOP or by a debugger.
+[[nodiscard]] std::optional<pid_t> stoppedProcessAt(int socket);
+
 // The user of that process, or kUnknownUser.
 inline constexpr uid_t kUnknownUser = static_cast<uid_t>(-1);
 [[nodiscard]] uid_t userAt(int socket);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <vector>
 
 #include "base/PrintableText.h"
 #include "verbs/DidYouMean.h"
@@ -39,7 +38,7 @@ std::string actionHelp(const Verb& verb) {
   std::vector<std::string> usages;
   std::size_t longest = 0;
   for (const VerbAction& action : verb.actions) {
-    usages.push_back(std::string(verb.name) + ' ' + usageOf(action.name, action.words));
+    usages.push_back(actionUsage(verb, action));
     longest = std::max(longest, usages.back().size());
   }
   std::string help;
@@ -50,17 +49,29 @@ std::string actionHelp(const Verb& verb) {
   return help;
 }
 
-// What words such as DURATION may be.
-std::string formHelp() {
-  std::string help = "\nWords:\n  X is " + std::string(kSpeedForms) +
-                     ": virtual seconds in each real second\n  DURATION is " +
-                     std::string(kDurationForms) + ", up to a century\n  UTC is " +
-                     std::string(kInstantForms) + "\n  TIME is " + std::string(kLocalForms) +
-                     ", in the telephone's zone\n";
-  for (const Landmark& landmark : landmarks()) {
-    help.append("  ").append(landmark.name).append(" is ").append(landmark.meaning) += '\n';
+std::string verbEntry(const Verb& verb) {
+  return "  " + verbUsage(verb) + "\n      " + std::string(verb.help) + '\n' + actionHelp(verb);
+}
+
+bool isLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool hasWord(const std::string& text, const std::string& word) {
+  for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) {
+    const std::size_t end = at + word.size();
+    if (!isLetter(text[at - 1]) && (end == text.size() || !isLetter(text[end]))) return true;
   }
-  return help;
+  return false;
+}
+
+// The help for these entries, each of which begins with a space, and for the words in them.
+std::string withForms(const std::string& entries) {
+  std::string forms;
+  for (const auto& [word, meaning] : wordForms()) {
+    if (hasWord(entries, word)) forms += "  " + word + " is " + meaning + '\n';
+  }
+  return forms.empty() ? entries : entries + "\nWords:\n" + forms;
 }
 
 void read(const VerbWords& expected, WordReader& words, Json& request) {
@@ -115,14 +126,35 @@ bool takesTime(const Verb& verb, const Json& request) {
   return action != nullptr && action->takesTime;
 }
 
+std::string verbUsage(const Verb& verb) {
+  const char* const action = verb.actionOptional ? " [ACTION]" : " ACTION";
+  return usageOf(verb.name, verb.words) + (verb.actions.empty() ? "" : action);
+}
+
+std::string actionUsage(const Verb& verb, const VerbAction& action) {
+  return std::string(verb.name) + ' ' + usageOf(action.name, action.words);
+}
+
+std::vector<WordForm> wordForms() {
+  std::vector<WordForm> forms = {
+      {"X", std::string(kSpeedForms) + ": virtual seconds in each real second"},
+      {"DURATION", std::string(kDurationForms) + ", up to a century"},
+      {"UTC", std::string(kInstantForms)},
+      {"TIME", std::string(kLocalForms) + ", in the telephone's zone"}};
+  for (const Landmark& landmark : landmarks()) {
+    forms.push_back({std::string(landmark.name), std::string(landmark.meaning)});
+  }
+  return forms;
+}
+
 std::string verbHelp() {
   std::string help;
-  for (const Verb& verb : kVerbs) {
-    const char* const action = verb.actionOptional ? " [ACTION]" : " ACTION";
-    help += "  " + usageOf(verb.name, verb.words) + (verb.actions.empty() ? "" : action) +
-            "\n      " + std::string(verb.help) + '\n' + actionHelp(verb);
-  }
-  return help + formHelp();
+  for (const Verb& verb : kVerbs) help += verbEntry(verb);
+  return withForms(help);
+}
+
+std::string verbHelp(const Verb& verb) {
+  return withForms(verbEntry(verb));
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "verbs/Json.h"
 
@@ -67,8 +68,20 @@ struct Verb {
 // Whether virtual time passes before the answer to this request, which may then take long.
 [[nodiscard]] bool takesTime(const Verb& verb, const Json& request);
 
-// The usage lines of all verbs and actions with their help, then the forms of words such as
-// DURATION.
+// "clock [ACTION]", "clock jump UTC".
+[[nodiscard]] std::string verbUsage(const Verb& verb);
+[[nodiscard]] std::string actionUsage(const Verb& verb, const VerbAction& action);
+
+// What a word of the usages may be: DURATION, or a landmark.
+struct WordForm {
+  std::string word;
+  std::string meaning;
+};
+[[nodiscard]] std::vector<WordForm> wordForms();
+
+// The usage lines of all verbs, or of one, and of their actions, with their help; then the forms of
+// the words in them.
 [[nodiscard]] std::string verbHelp();
+[[nodiscard]] std::string verbHelp(const Verb& verb);
 
 }  // namespace host

@@ -36,7 +36,8 @@ TEST(ClockCtlProgram, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
   RunningHost host;
   host.program().signal(SIGSTOP);
   expectOneLine(host.ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
-                {"no reply within 0.05 s; the host is busy"});
+                {"no reply within 0.05 s; the host is stopped; `kill -CONT " +
+                 std::to_string(host.program().id()) + "` lets it go on"});
   host.program().signal(SIGCONT);
   EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=60"}).status, 0);
 }
@@ -138,10 +139,26 @@ TEST(ClockCtlProgram, FollowsTheLogUntilTheHostEnds) {
   EXPECT_EQ(followed.status, 1);
 }
 
+// Its reply waits for the end of the move.
+TEST(ClockCtlProgram, SaysWhatGoesOnWhenAMoveTakesTooLong) {
+  RunningHost host;
+  expectOneLine(host.ctl({"--timeout", "0.01", "clock", "advance", "36500d"}), 1,
+                {"no reply within 0.01 s; the clock stops where it is; `clockctl clock` shows"});
+}
+
+TEST(ClockCtlProgram, HasTheVersionOfAllPrograms) {
+  RunningHost host;
+  const std::string version =
+      json::parse(host.ctl({"status", "--json"}).out).at("version").get<std::string>() + "\n";
+  for (const char* const program : {CLOCKCTL, CLOCKHOST, NTPCLIENT}) {
+    EXPECT_EQ(Program(host.folder(), "version", {program, "--version"}).wait().out, version);
+  }
+}
+
 TEST(Output, ThatIsLostIsAnErrorInOneLine) {
   RunningHost host;
-  for (const Words& words :
-       {host.ctlWords({"keys"}), Words{CLOCKCTL, "--help"}, Words{CLOCKHOST, "--help"}}) {
+  for (const Words& words : {host.ctlWords({"keys"}), Words{CLOCKCTL, "--help"},
+                             Words{CLOCKHOST, "--help"}, Words{NTPCLIENT, "--version"}}) {
     expectOneLine(Program(host.folder(), "full", inShell(">/dev/full", words)).wait(), 1,
                   {"cannot write everything to standard output: No space left on device"});
   }

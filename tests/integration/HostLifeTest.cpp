@@ -37,11 +37,22 @@ TEST_P(Terminated, EndsInOrderWithinASecond) {
 
 INSTANTIATE_TEST_SUITE_P(BySignal, Terminated, ::testing::Values(SIGINT, SIGTERM));
 
-TEST_F(HostLife, SurvivesTheEndOfItsTerminal) {
+TEST_F(HostLife, SurvivesTheEndOfItsTerminalAndUserSignals) {
   start();
-  program().signal(SIGHUP);
+  for (const int ignored : {SIGHUP, SIGUSR1, SIGUSR2}) program().signal(ignored);
   EXPECT_EQ(ctl({"get", "date-format"}).out, "0\n");
   EXPECT_FALSE(program().ends(std::chrono::milliseconds(0)));
+}
+
+// The first host holds the state folder, for which the second one waits.
+TEST_F(HostLife, EndsInOrderWhenItIsStoppedDuringItsStart) {
+  start();
+  const fs::path second = folder() / "second.sock";
+  Program other(folder(), "second", words({"--socket", second}));
+  ASSERT_TRUE(support::becomesTrue([&] { return fs::exists(second); }));
+  other.signal(SIGTERM);
+  EXPECT_NE(other.wait().status, 128 + SIGTERM);
+  EXPECT_FALSE(fs::exists(second));
 }
 
 // An odd time is worth a warning when it was saved, not when it was asked for.
@@ -157,7 +168,7 @@ TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
       {{"--speed", "1", "--clock", "system"},
        1,
        {"--clock system sets this machine's clock and needs the privilege to"}},
-      {{"--variant", "three"}, 2, {"--variant", "--help"}},
+      {{"--variant", "three"}, 2, {"--variant: \"three\" is not a whole number"}},
       {{"--at", "a\nb\xff"}, 2, {"\"a\\nb\\xFF\" is not an instant"}},
       {{"--wro\nng"}, 2, {"--wro\\nng"}},
       {{"--mac", length}, 2, {"`clockhost --help` lists the options"}},

@@ -75,7 +75,8 @@ TEST(ClockCtlOptions, WrongOptionsAreUsageErrors) {
   for (const char* const line :
        {"--jsno get time", "--socket", "--timeout 0 get time", "--timeout -1 get time",
         "--timeout x get time", "--timeout 86401 get time", "--timeout nan get time",
-        "get time --timeout"}) {
+        "get time --timeout", "--timeout= get time", "--timeout '' get time",
+        "--timeout 1s get time", "--json=false get time"}) {
     EXPECT_THROW(static_cast<void>(read(line)), UsageError) << line;
   }
 }
@@ -84,16 +85,40 @@ TEST(ClockCtlOptions, HelpListsOptionsAndVerbs) {
   std::ostringstream out;
   EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", out), std::nullopt);
   for (const char* const part :
-       {"Usage: clockctl [OPTIONS] VERB [ARGUMENTS]\n", "-h,--help ", "--version ",
-        "--socket FILE ", "(default: /default)\n", "--control-socket FILE ", "--json ",
-        "--timeout SECONDS ", "60 for clock advance and to, else 5)\n", "\nVerbs:\n  call METHOD",
+       {"Usage: clockctl [OPTIONS] VERB [ARGUMENTS]\n", "-h, --help ", "--version ",
+        "\nExit status:\n  0  done\n", "\n  3  no host", "--socket FILE ", "(default: /default)\n",
+        "--control-socket FILE ", "--json ", "--timeout SECONDS ",
+        "60 for clock advance and to, else 5)\n", "\nVerbs:\n  call METHOD",
         "\n      clock to hour|midnight|dst|leap-day|2038  ", "\nWords:\n", "\n  UTC is "}) {
     EXPECT_NE(out.str().find(part), std::string::npos) << part << '\n' << out.str();
   }
   std::ostringstream byWord;
   EXPECT_EQ(readClockCtlOptions(Words{"help"}, "/default", byWord), std::nullopt);
   EXPECT_EQ(byWord.str(), out.str());
-  EXPECT_TRUE(read("help me")) << "no such verb, as the table says";
+}
+
+TEST(ClockCtlOptions, HelpForAVerbExplainsItsWordsAndNoOthers) {
+  const std::string keys = "  keys\n      list the management keys and their values\n";
+  for (const Words& words : {Words{"help", "keys"}, Words{"keys", "--help"}, Words{"keys", "-h"}}) {
+    std::ostringstream out;
+    EXPECT_EQ(readClockCtlOptions(words, "/default", out), std::nullopt);
+    EXPECT_EQ(out.str(), keys);
+  }
+  std::ostringstream clock;
+  EXPECT_EQ(readClockCtlOptions(Words{"help", "clock"}, "/default", clock), std::nullopt);
+  for (const char* const part : {"  clock [ACTION]\n", "\nWords:\n  X is ", "\n  leap-day is "}) {
+    EXPECT_NE(clock.str().find(part), std::string::npos) << clock.str();
+  }
+  EXPECT_EQ(clock.str().find("KEY"), std::string::npos);
+}
+
+TEST(ClockCtlOptions, HelpForAnUnknownVerbIsRefused) {
+  try {
+    static_cast<void>(read("help kyes"));
+    FAIL();
+  } catch (const UsageError& error) {
+    EXPECT_STREQ(error.what(), "unknown verb \"kyes\"; did you mean \"keys\"?");
+  }
 }
 
 TEST(ClockCtlOptions, VersionIsPrintedAlone) {

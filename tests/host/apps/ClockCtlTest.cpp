@@ -63,7 +63,13 @@ TEST(ClockCtl, WrongUsageIsStatusTwoWithOneShortLine) {
       {{}, "a verb is missing"},
       {{"x\ny"}, "unknown verb \"x\\ny\"; `clockctl --help` lists the verbs"},
       {{"clock", "spe\ned"}, "\"spe\\ned\" is not show"},
-      {{"--wro\nng"}, "--wro\\nng"},
+      {{"--wro\nng"}, "unknown option \"--wro\\nng\"; `clockctl --help` lists the options"},
+      {{"--jsno", "keys"}, "unknown option \"--jsno\"; did you mean \"--json\"?"},
+      {{"version"}, "unknown verb \"version\"; `clockctl --help` lists the verbs"},
+      {{"--timeout=", "keys"}, "--timeout: \"\" is not a number of seconds: more than 0"},
+      {{"--timeout", "2 s", "keys"}, "--timeout: \"2 s\" is not a number of seconds"},
+      {{"--socket"}, "--socket: its value is missing; write --socket FILE"},
+      {{"--json=yes", "keys"}, "--json takes no value"},
       {{"--timeout", "1\n2", "keys"}, "1\\n2"},
       {{length}, "...\" (100000 bytes)"},
       {{"clock", "advance", length}, "...\" (100000 bytes) is not a duration; write `90s`"},
@@ -74,6 +80,21 @@ TEST(ClockCtl, WrongUsageIsStatusTwoWithOneShortLine) {
   };
   for (const auto& [words, part] : rows)
     expectOneLine(run(words, "/nowhere"), 2, {"clockctl: ", part});
+}
+
+TEST(ClockCtl, ErrorsAreJsonWhereAnswersAre) {
+  const std::pair<Words, const char*> rows[] = {
+      {{"--json", "get"}, R"j({"ok":false,"status":2,"error":"KEY is missing (usage: get KEY)"})j"},
+      {{"stats", "--json"},
+       R"({"ok":false,"status":2,"error":"unknown verb \"stats\"; did you mean \"status\"?"})"},
+      {{"--json", "keys", "--socket", "/nowhere"},
+       R"({"ok":false,"status":3,"error":"no host at /nowhere.control: )"
+       R"(No such file or directory"})"},
+  };
+  for (const auto& [words, line] : rows) {
+    EXPECT_EQ(run(words, "/nowhere").err, line + std::string("\n"));
+  }
+  expectOneLine(run({"--", "stats", "--json"}, "/nowhere"), 2, {"clockctl: unknown verb"});
 }
 
 TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
@@ -231,7 +252,7 @@ TEST(ClockCtlAnswers, WithoutALastPageAreRefused) {
                                             {"--json security-log", page(2), page(1)}}) {
     const Outcome outcome = runBesideOddHost(line, {first, second, R"({"ok":true,"records":[]})"});
     EXPECT_EQ(outcome.status, 1) << line;
-    EXPECT_EQ(outcome.err, "clockctl: the host's pages do not advance\n");
+    EXPECT_NE(outcome.err.find("the host's pages do not advance"), std::string::npos);
   }
 }
 

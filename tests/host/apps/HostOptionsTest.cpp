@@ -59,17 +59,23 @@ TEST(HostOptions, HaveDefaults) {
   EXPECT_TRUE(options.scenarios.files.empty());
 }
 
-TEST(HostOptions, ALongErrorIsClipped) {
-  const std::string error = usageErrorOf({"--network", std::string(1000, 'x')});
-  EXPECT_EQ(error.find("... ("), 300U) << error;
+TEST(HostOptions, ALongWordIsClipped) {
+  const std::string word(1000, 'x');
+  for (const Words& words : {Words{"--network", word}, Words{"--" + word}, Words{word}}) {
+    const std::string error = usageErrorOf(words);
+    EXPECT_NE(error.find("...\" (10"), std::string::npos) << error;
+    EXPECT_LT(error.size(), 200U) << error;
+  }
 }
 
 TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
   for (const char* const option : {"--plugin", "--state", "--socket", "--control-socket",
                                    "--device-root", "--scenario", "--junit"}) {
-    EXPECT_EQ(usageErrorOf({option, ""}),
-              option + std::string(": the path is empty; name a file or folder; `clockhost --help` "
-                                   "lists the options"));
+    for (const Words& words : {Words{option, ""}, Words{option + std::string("=")}}) {
+      EXPECT_EQ(usageErrorOf(words), option + std::string(": the path is empty; name a file or "
+                                                          "folder; `clockhost --help` lists the "
+                                                          "options"));
+    }
   }
   for (const char* const program : {"/sbin/ntpclient=", "=/bin/true", "="}) {
     EXPECT_NE(usageErrorOf({"--program", program}).find("is not DEVICEPATH=PATH"),
@@ -186,7 +192,7 @@ TEST(HostOptions, VersionIsPrintedAlone) {
 TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
   const std::string help = outputOf("--help");
   const std::pair<const char*, const char*> rows[] = {
-      {"-h,--help", "and exit"},
+      {"-h, --help", "and exit"},
       {"--version", "and exit"},
       {"--plugin FILE", "(default: /lib/plugin.so)"},
       {"--socket FILE", "(default: /run/socket)"},
@@ -220,27 +226,36 @@ TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
 
 TEST(HostOptions, WrongOptionsAreNamedInOneLine) {
   const std::pair<Words, const char*> table[] = {
-      {{"--no-such-option"}, "--no-such-option"},
-      {{"word"}, "word"},
-      {{"--scenario"}, "--scenario"},
+      {{"--no-such-option"}, "unknown option \"--no-such-option\"; `clockhost --help` lists"},
+      {{"--sate", "x"}, "unknown option \"--sate\"; did you mean \"--state\"?"},
+      {{"word"}, "\"word\" is not an option; `clockhost --help` lists the options"},
+      {{"--", "word"}, "\"word\" is not an option"},
+      {{"--tap=3"}, "--tap takes no value"},
+      {{"--scenario"}, "--scenario: its value is missing; write --scenario FILE|DIR ..."},
+      {{"--scenario", "--jobs", "2"}, "--scenario: its value is missing"},
       {{"--scenario", "a", ""}, "--scenario: the path is empty; name a file or folder"},
-      {{"--jobs", "0", "--scenario", "a"}, "\"0\" is not a number of jobs: 1 to 256"},
-      {{"--jobs", "257", "--scenario", "a"}, "is not a number of jobs"},
-      {{"--jobs", "two", "--scenario", "a"}, "\"two\" is not a number of jobs"},
+      {{"--jobs", "0", "--scenario", "a"}, "\"0\" is not a whole number from 1 to 256"},
+      {{"--jobs", "257", "--scenario", "a"}, "is not a whole number from 1 to 256"},
+      {{"--jobs", "two", "--scenario", "a"}, "\"two\" is not a whole number"},
       {{"--jobs", "2"}, "--jobs is for --scenario only"},
       {{"--keep-going"}, "--keep-going is for --scenario only"},
       {{"--tap"}, "--tap is for --scenario only"},
       {{"--junit", "f"}, "--junit is for --scenario only"},
-      {{"--variant", "three"}, "--variant"},
-      {{"--variant"}, "--variant"},
-      {{"--log-level", "7"}, "--log-level"},
-      {{"--log-level", "-1"}, "--log-level"},
-      {{"--clock", "real"}, "--clock"},
+      {{"--variant", "three"}, "--variant: \"three\" is not a whole number from 0 to 999"},
+      {{"--variant="}, "--variant: \"\" is not a whole number from 0 to 999"},
+      {{"--variant", "-1"}, "--variant: \"-1\" is not a whole number from 0 to 999"},
+      {{"--variant", "99999999999"}, "is not a whole number from 0 to 999"},
+      {{"--variant"}, "--variant: its value is missing; write --variant N"},
+      {{"--log-level", "7"}, "--log-level: \"7\" is not a whole number from 0 to 6"},
+      {{"--log-level", "-1"}, "is not a whole number from 0 to 6"},
+      {{"--clock", "real"}, "--clock: \"real\" is not virtual or system"},
+      {{"--clock", "virtual|system"}, "is not virtual or system"},
+      {{"--clock="}, "--clock: \"\" is not virtual or system"},
       {{"--speed", "-1"}, "`max`"},
       {{"--speed", "fast"}, "`max`"},
       {{"--at", "yesterday"}, "2026-03-08T06:59:50Z"},
       {{"--at", ""}, "2026-03-08T06:59:50Z"},
-      {{"--network", "sideways"}, "--network"},
+      {{"--network", "sideways"}, "--network: \"sideways\" is not up or down"},
       {{"--mac", "00:01:E3:A1:B2:C3"}, "12 hexadecimal digits"},
       {{"--mac", "0001E3A1B2C"}, "12 hexadecimal digits"},
       {{"--mac", "0001E3A1B2CG"}, "12 hexadecimal digits"},
