@@ -27,11 +27,11 @@
 #include "runtime/ClockPrivilege.h"
 #include "runtime/Device.h"
 #include "runtime/EventLoop.h"
+#include "runtime/HostLog.h"
 #include "runtime/LogLine.h"
 #include "runtime/Plugin.h"
 #include "runtime/ReportPipe.h"
 #include "runtime/SavedTime.h"
-#include "runtime/StderrLog.h"
 #include "scenario/ScenarioSuite.h"
 #include "services/ManagementThread.h"
 #include "services/SecurityLog.h"
@@ -45,18 +45,6 @@ constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
 
 // What the first replies need not wait for is done this long after the host listens.
 constexpr std::chrono::milliseconds kAfterFirstReplies{10};
-
-// During its lifetime, the log goes to standard error. The destructor writes what is still waiting.
-class ErrorLog {
- public:
-  ErrorLog() { ApplicationLog::instance().addSink(m_sink); }
-  ~ErrorLog() { ApplicationLog::instance().removeSink(m_sink); }
-  ErrorLog(const ErrorLog&) = delete;
-  ErrorLog& operator=(const ErrorLog&) = delete;
-
- private:
-  const std::shared_ptr<LogSink> m_sink = std::make_shared<StderrLog>();
-};
 
 // During its lifetime, each NTP client process inherits a channel that sets the clock.
 class ClientChannels {
@@ -120,7 +108,7 @@ void warnOfOddSavedTime(Device& device) {
 // must fail at the socket before it touches the state folder.
 class Host {
  public:
-  explicit Host(const HostOptions& options);
+  Host(const HostOptions& options, HostLog& log);
   // Disconnects the clients while the parts that answer them still exist.
   ~Host() { m_server.stop(); }
   Host(const Host&) = delete;
@@ -152,7 +140,7 @@ ClockMoveQueue::Later postTo(EventLoop& loop) {
   return [&loop](std::function<void()> task) { loop.post(std::move(task)); };
 }
 
-Host::Host(const HostOptions& options)
+Host::Host(const HostOptions& options, HostLog& log)
     : m_plugin(options.plugin),
       m_clock(sourceOf(options)),
       m_processClock(m_clock),
@@ -163,6 +151,7 @@ Host::Host(const HostOptions& options)
       m_device(m_clock, m_plugin, options.device),
       m_controller(m_device, HostFacts{[this] { return m_server.clients(); }, options.socket,
                                        kVersion, options.plugin, postTo(m_loop), &m_server.tap()}) {
+  log.reopenOnHangup(m_loop);
   m_device.start(m_server);
   warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
@@ -205,10 +194,10 @@ void Host::runUntilStopped() {
 int runClockHost(const HostOptions& options) {
   prepareProcess(options);
   if (!options.scenarios.files.empty()) return runScenarios(options);
-  const ErrorLog log;
+  HostLog log(options.logFile);
   exportReportPipe();
   const MemoryReserve reserve;
-  Host(options).runUntilStopped();
+  Host(options, log).runUntilStopped();
   return 0;
 }
 

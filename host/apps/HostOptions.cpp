@@ -142,6 +142,8 @@ void addHostOptions(OptionParser& parser, HostOptions& options) {
   addClockOptions(parser, options);
   parser.add({"--log-level", "0..6", "Detail of the log, from 0 (fatal errors) to 6 (everything)",
               integer(options.logLevel, 0, 6), std::to_string(options.logLevel)});
+  parser.addPath("--log-file", "Write the log here; SIGHUP opens the file again", options.logFile)
+      .shownDefault = "standard error";
   parser.add({"--program", "DEVICEPATH=PATH",
               "Run PATH for a program of the device instead of its stand-in; may be repeated",
               [&](const std::string& text) { return takeProgram(text, options); }});
@@ -188,8 +190,9 @@ void requireForScenarios(const OptionParser& parser, const HostOptions& options)
     throw UsageError(std::string(name) + " is not for scenarios; write `" + (name + 2) +
                      "` at the beginning of the file");
   }
-  for (const char* const name : {"--speed", "--state", "--socket", "--socket-group",
-                                 "--control-socket", "--device-root", "--log-level", "--program"}) {
+  for (const char* const name :
+       {"--speed", "--state", "--socket", "--socket-group", "--control-socket", "--device-root",
+        "--log-level", "--log-file", "--program"}) {
     if (!parser.given(name)) continue;
     throw UsageError(std::string(name) + " is not for scenarios; leave it out");
   }

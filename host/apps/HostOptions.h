@@ -28,8 +28,9 @@ struct HostOptions {
   std::filesystem::path deviceRoot;  // "/": the device's own paths
   DeviceOptions device;
   bool systemClock = false;
-  double speed = 1;  // virtual seconds per real one; infinity: as fast as possible
-  int logLevel = 4;  // 0-6
+  double speed = 1;               // virtual seconds per real one; infinity: as fast as possible
+  int logLevel = 4;               // 0-6
+  std::filesystem::path logFile;  // empty: standard error
   std::vector<std::pair<std::string, std::string>> programs;  // path on the device, path here
   SuiteOptions scenarios;                                     // no files: none
 };

@@ -1,4 +1,5 @@
 #include <malloc.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -15,11 +16,13 @@
 #include "base/PrintableText.h"
 #include "base/ProgramStart.h"
 #include "base/StandardOutput.h"
+#include "runtime/LogLine.h"
 #include "verbs/UsageError.h"
 
 namespace {
 
 int fail(const std::exception& error, int status) {
+  if (host::leadsToJournal(STDERR_FILENO)) std::cerr << "<3>";  // the priority of an error
   std::cerr << host::errorLine("clockhost", error.what());
   return status;
 }

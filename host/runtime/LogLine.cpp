@@ -1,5 +1,6 @@
 #include "runtime/LogLine.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -54,11 +55,27 @@ bool showsColours(int descriptor) {
   return terminal != nullptr && std::string_view(terminal) != "dumb" && ::isatty(descriptor) == 1;
 }
 
-std::string logLine(const LogEntry& entry, bool inColour) {
+bool leadsToJournal(int descriptor) {
+  const char* const stream = std::getenv("JOURNAL_STREAM");
+  struct stat found {};
+  return stream != nullptr && ::fstat(descriptor, &found) == 0 &&
+         std::to_string(found.st_dev) + ':' + std::to_string(found.st_ino) == stream;
+}
+
+LogStyle styleFor(int descriptor) {
+  if (leadsToJournal(descriptor)) return LogStyle::journal;
+  return showsColours(descriptor) ? LogStyle::colour : LogStyle::plain;
+}
+
+// The journal's priorities are those of syslog, which has one more severe level than the host.
+std::string logLine(const LogEntry& entry, LogStyle style) {
   const auto level = static_cast<std::size_t>(std::clamp(entry.level, 0, 6));
   const std::string name = kLogLevelNames[level];
-  const std::string shown = inColour ? kColours[level] + name + kPlain : name;
-  return timeText(entry.wall) + " " + shown + std::string(kNameWidth - name.size(), ' ') + " " +
+  const std::string shown = style == LogStyle::colour ? kColours[level] + name + kPlain : name;
+  const std::string priority =
+      style == LogStyle::journal ? '<' + std::to_string(level + 1) + '>' : "";
+  return priority + timeText(entry.wall) + " " + shown +
+         std::string(kNameWidth - name.size(), ' ') + " " +
          (entry.systemLog ? "system log" : entry.component) + ": " + printable(entry.text) + "\n";
 }
 

@@ -44,11 +44,8 @@ void writeAll(int descriptor, std::string_view text) {
 // waits for its thread without a limit at the end, and reserves memory for lines of any length.
 class StderrLog::Writer {
  public:
-  Writer(int descriptor, LogLimit limit, Now now)
-      : m_descriptor(descriptor),
-        m_inColour(showsColours(descriptor)),
-        m_now(std::move(now)),
-        m_limit(std::move(limit)) {
+  Writer(Output output, LogLimit limit, Now now)
+      : m_output(std::move(output)), m_now(std::move(now)), m_limit(std::move(limit)) {
     m_waiting.reserve(kMostWaiting + kGapLine);
     m_writing.reserve(kMostWaiting + kGapLine);
   }
@@ -69,7 +66,7 @@ class StderrLog::Writer {
         wait(lock);
       } else {
         lock.unlock();
-        writeAll(m_descriptor, m_writing);
+        m_output.write(m_writing);
         lock.lock();
       }
     }
@@ -89,7 +86,7 @@ class StderrLog::Writer {
  private:
   // Once a line was dropped, drops all until the thread takes the queue: the gap is in one place.
   void put(const LogEntry& entry) CLOCK_REQUIRES(m_mutex) {
-    const std::string line = logLine(entry, m_inColour);
+    const std::string line = logLine(entry, m_output.style);
     if (m_dropped == 0 && m_waiting.size() + line.size() <= kMostWaiting) {
       m_waiting += line;
       return;
@@ -107,7 +104,7 @@ class StderrLog::Writer {
     m_writing.clear();
     try {
       putSummaries(m_ending ? Clock::time_point::max() : m_now());
-      if (m_dropped != 0) m_waiting += logLine(gap(), m_inColour);
+      if (m_dropped != 0) m_waiting += logLine(gap(), m_output.style);
     } catch (const std::exception&) {
       // No memory: the numbers are lost.
     }
@@ -121,7 +118,8 @@ class StderrLog::Writer {
     entry.wall = m_droppedLast;
     entry.level = ApplicationLog::kWarning;
     entry.component = "clockhost";
-    entry.text = std::to_string(m_dropped) + " lines dropped here: standard error was not read";
+    entry.text = std::to_string(m_dropped) + " lines dropped here: " + std::string(m_output.name) +
+                 " was not read";
     return entry;
   }
 
@@ -135,8 +133,7 @@ class StderrLog::Writer {
     }
   }
 
-  const int m_descriptor;
-  const bool m_inColour;
+  const Output m_output;
   const Now m_now;
   std::string m_writing;  // only for the thread; reserved at the start, like m_waiting
   Mutex m_mutex;
@@ -151,7 +148,12 @@ class StderrLog::Writer {
 };
 
 StderrLog::StderrLog(int descriptor, LogLimit limit, Now now)
-    : m_writer(std::make_shared<Writer>(descriptor, std::move(limit), std::move(now))),
+    : StderrLog({[descriptor](std::string_view lines) { writeAll(descriptor, lines); },
+                 styleFor(descriptor), "standard error"},
+                std::move(limit), std::move(now)) {}
+
+StderrLog::StderrLog(Output output, LogLimit limit, Now now)
+    : m_writer(std::make_shared<Writer>(std::move(output), std::move(limit), std::move(now))),
       m_thread(startThread("writer of the log", [writer = m_writer] { writer->work(); })) {}
 
 StderrLog::~StderrLog() {

@@ -6,14 +6,16 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <thread>
 
 #include "framework/ApplicationLog.h"
 #include "runtime/LogLimit.h"
+#include "runtime/LogLine.h"
 
 namespace host {
 
-// Writes the log to standard error, one logLine for each entry, in colour on a terminal. A separate
+// Writes the log to standard error or to another output, one logLine for each entry. A separate
 // thread writes, so that a reader that does not read delays no caller: lines are queued up to a
 // limit. Lines beyond it are dropped, and so are those of a source beyond its LogLimit; one line
 // reports how many.
@@ -28,6 +30,13 @@ class StderrLog : public LogSink {
   static constexpr std::size_t kMostWaiting = std::size_t{48} * 1024;
   // How long the destructor waits for a reader, so that a shutdown takes less than a second.
   static constexpr std::chrono::milliseconds kLongestEnd{500};
+
+  struct Output {
+    std::function<void(std::string_view lines)> write;  // on the thread; may wait; does not throw
+    LogStyle style;
+    std::string_view name;  // "standard error"
+  };
+  explicit StderrLog(Output output, LogLimit limit = LogLimit(), Now now = &LogLimit::Clock::now);
 
   // The caller keeps the descriptor open until the process ends.
   explicit StderrLog(int descriptor = STDERR_FILENO, LogLimit limit = LogLimit(),

@@ -11,6 +11,7 @@
 #include "integration/OneLine.h"
 #include "integration/RestartableHost.h"
 #include "support/Becomes.h"
+#include "support/FileContent.h"
 
 namespace integration {
 namespace {
@@ -42,6 +43,22 @@ TEST_F(HostLife, SurvivesTheEndOfItsTerminalAndUserSignals) {
   for (const int ignored : {SIGHUP, SIGUSR1, SIGUSR2}) program().signal(ignored);
   EXPECT_EQ(ctl({"get", "date-format"}).out, "0\n");
   EXPECT_FALSE(program().ends(std::chrono::milliseconds(0)));
+}
+
+// As logrotate does.
+TEST_F(HostLife, OpensItsLogFileAgainAfterSighup) {
+  const fs::path log = folder() / "log";
+  start({"--log-file", log});
+  ASSERT_TRUE(support::becomesTrue(
+      [&] { return support::contentOf(log).find("listening at") != std::string::npos; }));
+  fs::rename(log, folder() / "log.1");
+  program().signal(SIGHUP);
+  ASSERT_TRUE(support::becomesTrue(
+      [&] { return support::contentOf(log).find("opened again") != std::string::npos; }));
+  const Outcome outcome = end(SIGTERM);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.err, "");
+  EXPECT_NE(support::contentOf(log).find("shutting down"), std::string::npos);
 }
 
 // The first host holds the state folder, for which the second one waits.
@@ -165,6 +182,8 @@ TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
   } rows[] = {
       {{"--plugin", "/no/such\nplugin.so"}, 1, {"/no/such\\nplugin.so", "createClockService"}},
       {{"--state", "/dev/null/no\nfolder"}, 1, {"no\\nfolder"}},
+      {{"--log-file", "/dev/null"}, 1, {"log file is not a regular file: /dev/null"}},
+      {{"--log-file", "/proc/none/log"}, 1, {"log file cannot be opened: /proc/none/log: "}},
       {{"--speed", "1", "--clock", "system"},
        1,
        {"--clock system sets this machine's clock and needs the privilege to"}},

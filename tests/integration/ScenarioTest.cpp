@@ -83,7 +83,7 @@ TEST_F(Scenario, SaysInOneLineWhyItDoesNotRun) {
       {{"--scenario", "/proc/self/mem"}, 2, "cannot be read"},
       {{"--scenario", "/dev/zero"}, 2, "is too large; a scenario has at most 16 MiB"},
       {{"--scenario", right, m_folder / "wrong.scenario"}, 2, "wrong.scenario:1: clock advance"},
-      {{"--scenario", m_folder.path(), "--jobs", "0"}, 2, "\"0\" is not a number of jobs"},
+      {{"--scenario", m_folder.path(), "--jobs", "0"}, 2, "\"0\" is not a whole number from 1 to 256"},
       {{"--scenario", right, "--variant", "3"}, 2, "--variant is not for scenarios; write"},
       {{"--scenario", right, "--state", "s"}, 2, "--state is not for scenarios; leave it out"},
       {{"--scenario", right, ""}, 2, "the path is empty"},

@@ -70,7 +70,7 @@ TEST(HostOptions, ALongWordIsClipped) {
 
 TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
   for (const char* const option : {"--plugin", "--state", "--socket", "--control-socket",
-                                   "--device-root", "--scenario", "--junit"}) {
+                                   "--device-root", "--scenario", "--junit", "--log-file"}) {
     for (const Words& words : {Words{option, ""}, Words{option + std::string("=")}}) {
       EXPECT_EQ(usageErrorOf(words), option + std::string(": the path is empty; name a file or "
                                                           "folder; `clockhost --help` lists the "
@@ -169,7 +169,7 @@ TEST(HostOptions, ThatAScenarioWouldIgnoreAreRefused) {
       {"--mac", "0001E3A1B2C3"},  {"--speed", "0"},         {"--at", "2026-03-08T06:59:50Z"},
       {"--state", "s"},           {"--socket", "s"},        {"--control-socket", "s"},
       {"--socket-group", "root"}, {"--device-root", "r"},   {"--log-level", "6"},
-      {"--program", "/a=b"}};
+      {"--log-file", "l"},        {"--program", "/a=b"}};
   for (Words words : ignored) {
     const std::string option = words.front();
     words.insert(words.end(), {"--scenario", "a"});
@@ -202,6 +202,7 @@ TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
       {"--clock virtual|system", "(default: virtual)"},
       {"--speed X", "(default: 1)"},
       {"--log-level 0..6", "(default: 4)"},
+      {"--log-file FILE", "(default: standard error)"},
       {"--program DEVICEPATH=PATH", "may be repeated"},
       {"--scenario FILE|DIR ...", "could not be read"},
       {"--jobs N", "(default: 1)"},

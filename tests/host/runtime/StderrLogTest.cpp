@@ -95,7 +95,7 @@ std::size_t allocationsToFormat(const LogEntry& entry) {
   for (std::size_t number = 0;; ++number) {
     const support::NoMemory none(number);
     try {
-      static_cast<void>(logLine(entry, false));
+      static_cast<void>(logLine(entry, LogStyle::plain));
       return number;
     } catch (const std::bad_alloc&) {
     }

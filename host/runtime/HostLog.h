@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "base/Descriptor.h"
+
+namespace host {
+
+class EventLoop;
+class LogFile;
+class LogSink;
+
+// During its lifetime, the log goes to standard error, or to a file. The destructor writes what is
+// still waiting. Owner: main. Thread: the framework thread. Failure: the constructor throws Error.
+class HostLog {
+ public:
+  // file: empty for standard error. With a file, SIGHUP is blocked for all threads that are started
+  // later, and no longer ignored. REQUIRES: no other thread runs.
+  explicit HostLog(const std::filesystem::path& file);
+  ~HostLog();
+  HostLog(const HostLog&) = delete;
+  HostLog& operator=(const HostLog&) = delete;
+
+  // From now on SIGHUP opens the file again. Without a file, does nothing.
+  void reopenOnHangup(EventLoop& loop);
+
+ private:
+  std::shared_ptr<LogFile> m_file;  // null: standard error
+  Descriptor m_hangups;             // readable when SIGHUP has arrived
+  std::shared_ptr<LogSink> m_sink;
+};
+
+}  // namespace host
