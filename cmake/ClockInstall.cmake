@@ -1,3 +1,20 @@
-# Installs the programs in bin/ and the plug-in in lib/, where the programs look for it.
+# Installs the programs in bin/ and the plug-in in lib/, where the programs look for it; manual pages,
+# completions and a systemd user unit where the tools look for them. --prefix and DESTDIR are those of
+# cmake --install.
 install(TARGETS clockhost clockctl ntpclient RUNTIME DESTINATION bin)
 install(TARGETS ClockService LIBRARY DESTINATION lib)
+
+set(manual ${CMAKE_BINARY_DIR}/manual)
+foreach(section 1 5 7)
+  install(DIRECTORY ${manual}/ DESTINATION share/man/man${section} FILES_MATCHING PATTERN "*.${section}")
+endforeach()
+foreach(program clockhost clockctl)
+  install(FILES ${manual}/${program}.bash DESTINATION share/bash-completion/completions RENAME ${program})
+  install(FILES ${manual}/_${program} DESTINATION share/zsh/site-functions)
+  install(FILES ${manual}/${program}.fish DESTINATION share/fish/vendor_completions.d)
+endforeach()
+
+# The unit names the host's path, which only the installation knows.
+install(CODE "configure_file(${PROJECT_SOURCE_DIR}/host/apps/clockhost.service.in
+  ${CMAKE_BINARY_DIR}/clockhost.service @ONLY)")
+install(FILES ${CMAKE_BINARY_DIR}/clockhost.service DESTINATION lib/systemd/user)

@@ -93,6 +93,10 @@ const VerbAction& readAction(const Verb& verb, WordReader& words) {
 
 }  // namespace
 
+std::span<const Verb> allVerbs() {
+  return kVerbs;
+}
+
 const Verb* findVerb(std::string_view name) {
   return rowNamed(kVerbs, name);
 }

@@ -55,6 +55,7 @@ struct Verb {
   bool actionOptional = false;  // without an action, the first of them is meant
 };
 
+[[nodiscard]] std::span<const Verb> allVerbs();
 [[nodiscard]] const Verb* findVerb(std::string_view name);  // null: unknown
 
 // The verb among words as split by a shell: the first one. Throws UsageError: no word, or an

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# install [PREFIX]: build and install programs and plug-in (default ~/.local)
+# install [PREFIX]: build and install all (default ~/.local), below $DESTDIR if it is set
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
@@ -7,7 +7,7 @@ set -euo pipefail
 prefix=$(realpath -m -- "${1:-$HOME/.local}")
 need run
 configure default
-build default ClockService clockhost clockctl ntpclient
+build default ClockService clockhost clockctl ntpclient manual
 cmake --install "$(folder_of default)" --prefix "$prefix"
 case :$PATH: in
   *":$prefix/bin:"*) ;;

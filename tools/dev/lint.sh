@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# lint: formatting, clang-tidy with clang's warnings, shellcheck, checks of the tree
+# lint: formatting, clang-tidy with clang's warnings, shellcheck, manual pages, checks of the tree
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
@@ -33,12 +33,30 @@ check_tree() {
   python3 -B tests/tree/include_arrows.py . && python3 -B tests/tree/files.py .
 }
 
+# The pages, as both formatters read them, and the completions, as their shells do. Narrower lines than
+# those of 100 columns cannot hold the longest names of the protocol's tables.
+check_manual() {
+  local page folder wrong=0
+  configure default
+  build default manual >/dev/null
+  folder=$(folder_of default)/manual
+  for page in "$folder"/*.[157]; do
+    mandoc -T lint -W warning "$page" || wrong=1
+    [ -z "$(LC_ALL=C.UTF-8 MANWIDTH=100 man --warnings -l "$page" 2>&1 >/dev/null | tee /dev/stderr)" ] ||
+      wrong=1
+  done
+  for page in "$folder"/*.bash; do bash -n "$page" || wrong=1; done
+  for page in "$folder"/_clock*; do zsh -n "$page" || wrong=1; done
+  for page in "$folder"/*.fish; do fish -n "$page" || wrong=1; done
+  return $wrong
+}
+
 need run test lint
 configure lint -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=Debug \
   -DCLOCK_PRECOMPILED_TESTS=OFF "${all_together[@]}"
 cmake "$(folder_of lint)" >/dev/null # nothing is built here that would notice new sources
 failed=()
-for part in format scripts tree tidy; do
+for part in format scripts manual tree tidy; do
   SECONDS=0
   verdict=passed
   "check_$part" || { verdict=FAILED && failed+=("$part"); }

@@ -1,0 +1,82 @@
+#include "manual/Completion.h"
+
+#include "apps/ClockCtlOptions.h"
+#include "apps/HostOptions.h"
+#include "verbs/KeyCatalogue.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
+#include "verbs/Verb.h"
+
+namespace host {
+namespace {
+
+std::vector<Candidate> candidates(const std::vector<std::string_view>& names) {
+  std::vector<Candidate> words;
+  for (const std::string_view name : names) words.push_back({std::string(name)});
+  return words;
+}
+
+// "[--follow] [--for DURATION]": the options in it.
+std::vector<Candidate> optionsIn(std::string_view usage) {
+  std::vector<Candidate> words;
+  for (std::size_t at = usage.find("--"); at != std::string_view::npos;
+       at = usage.find("--", at + 2)) {
+    words.push_back({std::string(usage.substr(at, usage.find_first_of(" ]|", at) - at))});
+  }
+  return words;
+}
+
+std::vector<Candidate> wordsFor(std::string_view usage) {
+  if (usage == "KEY") return candidates(namesOf(managementKeys()));
+  if (usage == "METHOD") return candidates(namesOf(remoteMethods()));
+  const auto listed = candidates(listedValues(usage));
+  return listed.empty() ? optionsIn(usage) : listed;
+}
+
+void addWords(std::string arguments, const VerbWords& words, std::vector<Place>& places) {
+  for (const VerbWord& word : words) {
+    if (word.usage.empty()) continue;
+    if (auto found = wordsFor(word.usage); !found.empty()) places.push_back({arguments, found});
+    arguments += " *";
+  }
+}
+
+std::vector<Place> placesOfVerbs() {
+  std::vector<Place> places;
+  Place verbs{"", {{"help", "explain a verb"}}};
+  for (const Verb& verb : allVerbs()) {
+    const std::string name(verb.name);
+    verbs.words.push_back({name, std::string(verb.help)});
+    addWords(name, verb.words, places);
+    Place actions{name, {}};
+    for (const VerbAction& action : verb.actions) {
+      actions.words.push_back({std::string(action.name), std::string(action.help)});
+      addWords(name + ' ' + std::string(action.name), action.words, places);
+    }
+    if (!actions.words.empty()) places.push_back(std::move(actions));
+  }
+  Place help = verbs;
+  help.arguments = "help";
+  help.words.erase(help.words.begin());
+  places.push_back(std::move(verbs));
+  places.push_back(std::move(help));
+  return places;
+}
+
+std::vector<Option> rows(const OptionParser& parser) {
+  return {parser.options().begin(), parser.options().end()};
+}
+
+}  // namespace
+
+Completed completedHost() {
+  HostOptions options;
+  return {"clockhost", rows(hostOptionParser(options)), {}};
+}
+
+Completed completedCtl() {
+  ClockCtlOptions options;
+  return {"clockctl", rows(clockCtlOptionParser(options)), placesOfVerbs()};
+}
+
+}  // namespace host

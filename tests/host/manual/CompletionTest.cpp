@@ -1,0 +1,97 @@
+#include "manual/Completion.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "integration/Programs.h"
+#include "support/TemporaryFolder.h"
+#include "verbs/KeyCatalogue.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/Verb.h"
+
+namespace host {
+namespace {
+
+bool has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+std::string wordsAt(const std::string& arguments) {
+  for (const Place& place : completedCtl().places) {
+    if (place.arguments != arguments) continue;
+    std::string words;
+    for (const Candidate& candidate : place.words) words += candidate.word + ' ';
+    return words;
+  }
+  return "nothing";
+}
+
+TEST(Completion, KnowsEachVerbAndAction) {
+  for (const Verb& verb : allVerbs()) {
+    EXPECT_TRUE(has(wordsAt(""), std::string(verb.name) + ' ')) << verb.name;
+    for (const VerbAction& action : verb.actions) {
+      EXPECT_TRUE(has(wordsAt(std::string(verb.name)), std::string(action.name))) << action.name;
+    }
+  }
+  EXPECT_TRUE(has(wordsAt(""), "help "));
+  EXPECT_EQ(wordsAt("clock to"), "hour midnight dst leap-day 2038 ");
+  EXPECT_EQ(wordsAt("inject user-data *"), "on off ");
+}
+
+TEST(Completion, KnowsKeysAndMethods) {
+  for (const auto& row : managementKeys()) {
+    EXPECT_TRUE(has(wordsAt("get"), std::string(row.name) + ' ')) << row.name;
+  }
+  for (const auto& row : remoteMethods()) {
+    EXPECT_TRUE(has(wordsAt("call"), std::string(row.name) + ' ')) << row.name;
+  }
+}
+
+TEST(Completion, HasAllOfItInEachShell) {
+  for (const Completed& completed : {completedHost(), completedCtl()}) {
+    for (const std::string& script :
+         {bashCompletion(completed), zshCompletion(completed), fishCompletion(completed)}) {
+      for (const Option& option : completed.options) {
+        EXPECT_TRUE(has(script, std::string(option.name.substr(2)))) << option.name;
+      }
+      for (const Place& place : completed.places) {
+        for (const Candidate& candidate : place.words) {
+          EXPECT_TRUE(has(script, candidate.word)) << candidate.word;
+        }
+      }
+    }
+  }
+}
+
+// What bash offers at the end of a command line.
+std::string offered(const Completed& completed, const std::string& line) {
+  const support::TemporaryFolder folder;
+  const std::string script = bashCompletion(completed) + "COMP_WORDS=(" + line +
+                             ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_" + completed.program +
+                             "\necho \"${COMPREPLY[*]}\"\n";
+  const auto outcome =
+      integration::Program(folder.path(), "bash", {"/bin/bash", "-euc", script}).wait();
+  EXPECT_EQ(outcome.err, "");
+  return outcome.out;
+}
+
+TEST(BashCompletion, OffersWhatMayComeNext) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"clockctl sta", "status\n"},
+      {"clockctl --json clock ju", "jump\n"},
+      {"clockctl --socket /x clock to ''", "hour midnight dst leap-day 2038\n"},
+      {"clockctl get date-f", "date-format\n"},
+      {"clockctl call getTimeV", "getTimeVal\n"},
+      {"clockctl inject user-data date-format ''", "on off\n"},
+      {"clockctl help inj", "inject\n"},
+      {"clockctl --ti", "--timeout\n"},
+  };
+  for (const auto& [line, words] : rows) EXPECT_EQ(offered(completedCtl(), line), words) << line;
+  EXPECT_EQ(offered(completedHost(), "clockhost --network ''"), "up down\n");
+  EXPECT_EQ(offered(completedHost(), "clockhost --sta"), "--state\n");
+}
+
+}  // namespace
+}  // namespace host
