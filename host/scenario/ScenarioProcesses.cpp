@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -36,6 +37,68 @@ void writeAll(int descriptor, std::string_view text) {
   }
 }
 
+volatile std::sig_atomic_t g_interruption = 0;
+
+extern "C" void noteInterruption(int number) {
+  g_interruption = number;
+}
+
+// While it exists, SIGINT and SIGTERM are noted, and arrive only while wait() waits. Owner:
+// runCases; one at a time.
+class Interruption {
+ public:
+  Interruption() {
+    g_interruption = 0;
+    sigset_t both;
+    sigemptyset(&both);
+    for (const int number : kSignals) sigaddset(&both, number);
+    ::sigprocmask(SIG_BLOCK, &both, &m_mask);
+    for (const int number : kSignals) std::signal(number, noteInterruption);
+  }
+  ~Interruption() { restore(); }
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+
+  // As poll() without a limit.
+  int wait(std::vector<pollfd>& polled) const {
+    return ::ppoll(polled.data(), polled.size(), nullptr, &m_mask);
+  }
+
+  // Also for a child process.
+  void restore() const {
+    for (const int number : kSignals) std::signal(number, SIG_DFL);
+    ::sigprocmask(SIG_SETMASK, &m_mask, nullptr);
+  }
+
+ private:
+  static constexpr int kSignals[] = {SIGINT, SIGTERM};
+  sigset_t m_mask{};
+};
+
+// The folder of all telephones' folders, which is removed at the end, whatever ends a telephone. If
+// it cannot be made, each telephone reports that.
+class CommonFolder {
+ public:
+  CommonFolder() {
+    std::error_code error;
+    m_path = std::filesystem::temp_directory_path(error) / "clock-scenarios-XXXXXX";
+    if (error || ::mkdtemp(m_path.data()) == nullptr) {
+      m_path.clear();
+    } else {
+      ::setenv("TMPDIR", m_path.c_str(), 1);
+    }
+  }
+  ~CommonFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+  CommonFolder(const CommonFolder&) = delete;
+  CommonFolder& operator=(const CommonFolder&) = delete;
+
+ private:
+  std::string m_path;
+};
+
 // In the new process. It ends as a program does, with the destructors of all static objects.
 [[noreturn]] void runInChild(Plugin& plugin, const ScenarioCase& each, int output) {
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);
@@ -48,14 +111,16 @@ void writeAll(int descriptor, std::string_view text) {
 // it. Destroyed before its end, it kills the process.
 class RunningCase {
  public:
-  RunningCase(Plugin& plugin, ScenarioCase& each) : m_case(each) {
+  RunningCase(Plugin& plugin, ScenarioCase& each, const Interruption& interruption) : m_case(each) {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) failStart();
     m_output = Descriptor(ends[0]);
     const Descriptor input(ends[1]);
     m_process = ::fork();
     if (m_process < 0) failStart();
-    if (m_process == 0) runInChild(plugin, each, input.get());
+    if (m_process != 0) return;
+    interruption.restore();
+    runInChild(plugin, each, input.get());
   }
   ~RunningCase() {
     if (m_process <= 0) return;
@@ -116,10 +181,10 @@ using Running = std::vector<std::unique_ptr<RunningCase>>;
 
 // Waits until a case can advance. Takes the first that has ended out of the list: whether it
 // failed.
-std::optional<bool> nextEnd(Running& running) {
+std::optional<bool> nextEnd(Running& running, const Interruption& interruption) {
   std::vector<pollfd> polled;
   for (const auto& each : running) polled.push_back({each->output(), POLLIN, 0});
-  if (::poll(polled.data(), polled.size(), -1) < 0) return std::nullopt;  // EINTR
+  if (interruption.wait(polled) < 0) return std::nullopt;  // EINTR
   for (std::size_t i = 0; i < running.size(); ++i) {
     if (polled[i].revents == 0 || !running[i]->advance()) continue;
     const bool failed = running[i]->failed();
@@ -129,21 +194,30 @@ std::optional<bool> nextEnd(Running& running) {
   return std::nullopt;
 }
 
-}  // namespace
-
-void runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
-              const std::function<void()>& ended) {
+// Until an interruption.
+void runAll(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
+            const std::function<void()>& ended) {
+  const Interruption interruption;
+  const CommonFolder folder;
   Running running;
   auto next = cases.begin();
-  while (next != cases.end() || !running.empty()) {
+  while ((next != cases.end() || !running.empty()) && g_interruption == 0) {
     while (next != cases.end() && running.size() < static_cast<std::size_t>(options.jobs)) {
-      running.push_back(std::make_unique<RunningCase>(plugin, *next++));
+      running.push_back(std::make_unique<RunningCase>(plugin, *next++, interruption));
     }
-    const std::optional<bool> failed = nextEnd(running);
+    const std::optional<bool> failed = nextEnd(running, interruption);
     if (!failed) continue;
     ended();
     if (*failed && !options.keepGoing) next = cases.end();
   }
+}
+
+}  // namespace
+
+void runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
+              const std::function<void()>& ended) {
+  runAll(plugin, cases, options, ended);
+  if (g_interruption != 0) std::raise(g_interruption);  // ends the process as it would have before
 }
 
 }  // namespace host

@@ -1,10 +1,12 @@
 // clockhost --scenario FILE: its exit status and what it writes.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
 #include "integration/OneLine.h"
+#include "support/Becomes.h"
 #include "support/TemporaryFolder.h"
 
 namespace integration {
@@ -68,6 +70,21 @@ TEST_F(Scenario, NeedsATemporaryFolder) {
                 {m_file + ": there is no temporary folder; set TMPDIR to one"});
 }
 
+TEST_F(Scenario, LeavesNothingBehindWhenItIsStopped) {
+  const std::filesystem::path temporary = m_folder / "temporary";
+  std::filesystem::create_directory(temporary);
+  const std::string file = write("long", "clock advance 36500d\n");
+  for (const int signal : {SIGINT, SIGTERM}) {
+    Program program(m_folder.path(), "stopped",
+                    {"/usr/bin/env", "TMPDIR=" + temporary.string(), CLOCKHOST, "--plugin",
+                     CLOCK_PLUGIN, "--scenario", file});
+    ASSERT_TRUE(support::becomesTrue([&] { return !std::filesystem::is_empty(temporary); }));
+    program.signal(signal);
+    EXPECT_EQ(program.wait().status, 128 + signal);
+    EXPECT_TRUE(std::filesystem::is_empty(temporary));
+  }
+}
+
 TEST_F(Scenario, SaysInOneLineWhyItDoesNotRun) {
   write("wrong", "clock advance 3 parsecs\n");
   const std::string right = write("right", "clock show\n");
@@ -83,7 +100,9 @@ TEST_F(Scenario, SaysInOneLineWhyItDoesNotRun) {
       {{"--scenario", "/proc/self/mem"}, 2, "cannot be read"},
       {{"--scenario", "/dev/zero"}, 2, "is too large; a scenario has at most 16 MiB"},
       {{"--scenario", right, m_folder / "wrong.scenario"}, 2, "wrong.scenario:1: clock advance"},
-      {{"--scenario", m_folder.path(), "--jobs", "0"}, 2, "\"0\" is not a whole number from 1 to 256"},
+      {{"--scenario", m_folder.path(), "--jobs", "0"},
+       2,
+       "\"0\" is not a whole number from 1 to 256"},
       {{"--scenario", right, "--variant", "3"}, 2, "--variant is not for scenarios; write"},
       {{"--scenario", right, "--state", "s"}, 2, "--state is not for scenarios; leave it out"},
       {{"--scenario", right, ""}, 2, "the path is empty"},
