@@ -27,21 +27,21 @@ Descriptor opened(int descriptor) {
 
 }  // namespace
 
-struct IoLoop::Served {
-  Served(IoLoop& loop, Descriptor theDescriptor, std::function<bool()> theReadable)
+struct IoLoop::WatchUntilDone {
+  WatchUntilDone(IoLoop& loop, Descriptor theDescriptor, std::function<bool()> theReadable)
       : descriptor(std::move(theDescriptor)),
         readable(std::move(theReadable)),
         watch(loop, descriptor.get(), EPOLLIN,
-              [this, &served = loop.m_served](std::uint32_t) { serve(served); }) {}
+              [this, &all = loop.m_untilDone](std::uint32_t) { run(all); }) {}
 
-  void serve(std::list<Served>& all) try {
+  void run(std::list<WatchUntilDone>& all) try {
     if (!readable()) end(all);
   } catch (...) {
     end(all);
     throw;
   }
-  void end(std::list<Served>& all) {
-    all.remove_if([this](const Served& other) { return &other == this; });
+  void end(std::list<WatchUntilDone>& all) {
+    all.remove_if([this](const WatchUntilDone& other) { return &other == this; });
   }
 
   const Descriptor descriptor;
@@ -85,8 +85,8 @@ void IoLoop::takePosted() {
   m_tasks = std::exchange(m_posted, nullptr);
 }
 
-void IoLoop::serve(Descriptor descriptor, std::function<bool()> readable) {
-  m_served.emplace_back(*this, std::move(descriptor), std::move(readable));
+void IoLoop::watchUntilDone(Descriptor descriptor, std::function<bool()> readable) {
+  m_untilDone.emplace_back(*this, std::move(descriptor), std::move(readable));
 }
 
 void IoLoop::run() {
@@ -101,7 +101,7 @@ bool IoLoop::runOne() {
   return false;
 }
 
-std::size_t IoLoop::poll() {
+std::size_t IoLoop::runAllReady() {
   std::size_t ran = 0;
   do {
     while (runReady()) ++ran;
@@ -154,7 +154,7 @@ void IoLoop::expireFirst() {
   Timer* expired = nullptr;
   if (!m_expiries.empty() && m_expiries.begin()->first <= std::chrono::steady_clock::now()) {
     expired = m_expiries.begin()->second;
-    expired->takeBack();
+    expired->removeFromQueue();
   }
   m_alarmAt = TimePoint::min();  // it has gone off
   armTimer();
@@ -220,18 +220,18 @@ IoLoop::Timer::Timer(IoLoop& loop, std::function<void()> expired)
 }
 
 void IoLoop::Timer::start(std::chrono::nanoseconds after) {
-  takeBack();
+  removeFromQueue();
   m_idle.key() = std::chrono::steady_clock::now() + after;
   m_running = m_loop.m_expiries.insert(std::move(m_idle));
   m_loop.armTimer();
 }
 
 void IoLoop::Timer::cancel() {
-  takeBack();
+  removeFromQueue();
   m_loop.armTimer();
 }
 
-void IoLoop::Timer::takeBack() {
+void IoLoop::Timer::removeFromQueue() {
   if (m_idle.empty()) m_idle = m_loop.m_expiries.extract(m_running);
 }
 

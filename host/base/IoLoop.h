@@ -22,7 +22,7 @@ namespace host {
 // ready. A pass of the loop runs the handlers of the ready descriptors, then the tasks that wait,
 // in order. Each pass waits with one system call. Owner: the part that runs it; it outlives its
 // watches and timers. Thread: one, except post() and stop(). Failure: an exception from a handler
-// leaves run(), runOne() or poll(), which may be called again.
+// leaves run() or runOne(), which may be called again.
 class IoLoop {
   using TimePoint = std::chrono::steady_clock::time_point;
 
@@ -51,19 +51,22 @@ class IoLoop {
   void post(std::shared_ptr<Task> task);
   void post(std::function<void()> run) { post(std::make_shared<Task>(std::move(run))); }
 
-  // Calls `readable` each time that the descriptor is readable or hung up, until it returns false
-  // or throws; then closes the descriptor. The loop owns both. Throws Error and std::bad_alloc.
-  void serve(Descriptor descriptor, std::function<bool()> readable);
+  // Calls `readable` each time that the descriptor is readable or hung up. When `readable` returns
+  // false or throws, the loop closes the descriptor and destroys `readable`. The loop owns both.
+  // Throws Error and std::bad_alloc.
+  void watchUntilDone(Descriptor descriptor, std::function<bool()> readable);
 
-  void run();          // until stop()
-  bool runOne();       // waits for one handler and runs it. False when the loop is stopped
-  std::size_t poll();  // runs what is ready without waiting. Returns the number of handlers
-  void stop();         // any thread, and from a handler
-  void restart();      // after stop()
+  void run();      // until stop()
+  bool runOne();   // waits for one handler and runs it. False when the loop is stopped
+  void stop();     // any thread, and from a handler
+  void restart();  // after stop()
+
+  // For tests: runs what is ready without waiting. Returns the number of handlers that ran.
+  std::size_t runAllReady();
 
  private:
   using Expiries = std::multimap<TimePoint, Timer*>;
-  struct Served;
+  struct WatchUntilDone;
 
   bool runReady();
   bool wait(bool untilReady);
@@ -82,7 +85,7 @@ class IoLoop {
   Expiries m_expiries;
   TimePoint m_alarmAt;  // the clock's epoch: the alarm is off
   std::unique_ptr<Watch> m_alarmWatch;
-  std::list<Served> m_served;
+  std::list<WatchUntilDone> m_untilDone;
   std::atomic<bool> m_stopped = false;
   Mutex m_mutex;
   std::shared_ptr<Task> m_posted CLOCK_GUARDED_BY(m_mutex);
@@ -90,9 +93,9 @@ class IoLoop {
   bool m_waiting CLOCK_GUARDED_BY(m_mutex) = false;  // post() has to wake the loop
 };
 
-// Calls `ready` each time that the loop finds an awaited event of the descriptor, as long as the
-// event lasts. Owner: the handler's, which may destroy it as its last action. The descriptor
-// outlives it.
+// Calls `ready` in each pass of the loop in which an awaited event of the descriptor is pending.
+// Owner: the owner of the handler. The handler may destroy the watch as its last action. The
+// descriptor outlives the watch.
 class IoLoop::Watch {
  public:
   // events: see await(). Throws Error and std::bad_alloc.
@@ -103,7 +106,8 @@ class IoLoop::Watch {
   Watch& operator=(const Watch&) = delete;
 
   // EPOLLIN, EPOLLOUT, EPOLLHUP or 0 for none. With any of them, EPOLLHUP and EPOLLERR are reported
-  // too. An event that is no longer awaited costs a system call only when it happens.
+  // too. Awaiting fewer events makes no system call now. If an event that is no longer awaited
+  // happens, the loop then makes one.
   void await(std::uint32_t events);
 
  private:
@@ -118,7 +122,7 @@ class IoLoop::Watch {
   const std::function<void(std::uint32_t)> m_ready;
 };
 
-// Calls `expired` some time after start(). Owner: the handler's, as for a Watch.
+// Calls `expired` some time after start(). Owner and destruction: as for a Watch.
 class IoLoop::Timer {
  public:
   Timer(IoLoop& loop, std::function<void()> expired);  // throws std::bad_alloc
@@ -135,7 +139,7 @@ class IoLoop::Timer {
 
  private:
   friend class IoLoop;
-  void takeBack();
+  void removeFromQueue();
 
   IoLoop& m_loop;
   const std::function<void()> m_expired;

@@ -87,7 +87,7 @@ class ClockChannel {
 void serveOrClose(IoLoop& loop, Descriptor end, VirtualClock& clock,
                   std::atomic<bool>& filterMissed) try {
   const ClockChannel channel(end.get(), clock, filterMissed);
-  loop.serve(std::move(end), [channel] { return channel.serve(); });
+  loop.watchUntilDone(std::move(end), [channel] { return channel.serve(); });
 } catch (const std::exception& error) {
   logAppUni("clockhost", 3, __FILE__, __LINE__, "the NTP client's channel is closed: %s",
             error.what());

@@ -43,7 +43,7 @@ TEST(IoLoop, RunsTasksInTheOrderOfTheirPosts) {
   IoLoop loop;
   std::vector<int> ran;
   for (const int task : {1, 2, 3}) loop.post([&ran, task] { ran.push_back(task); });
-  EXPECT_EQ(loop.poll(), 3U);
+  EXPECT_EQ(loop.runAllReady(), 3U);
   EXPECT_EQ(ran, (std::vector<int>{1, 2, 3}));
 }
 
@@ -56,7 +56,7 @@ TEST(IoLoop, QueuesATaskOnceUntilItRuns) {
   });
   loop.post(task);
   loop.post(task);
-  EXPECT_EQ(loop.poll(), 3U);
+  EXPECT_EQ(loop.runAllReady(), 3U);
   EXPECT_EQ(ran, 3);
 }
 
@@ -66,9 +66,9 @@ TEST(IoLoop, PostsAgainWithoutMemory) {
   const auto task = std::make_shared<IoLoop::Task>([&] { ++ran; });
   const support::NoMemory none;
   loop.post(task);
-  loop.poll();
+  loop.runAllReady();
   loop.post(task);
-  loop.poll();
+  loop.runAllReady();
   EXPECT_EQ(ran, 2);
 }
 
@@ -85,7 +85,7 @@ TEST(IoLoop, RunsReadyDescriptorsBeforeTheNextTask) {
     sockets.send();
     loop.post([&] { order += 't'; });
   });
-  loop.poll();
+  loop.runAllReady();
   EXPECT_EQ(order, "tst");
 }
 
@@ -138,7 +138,7 @@ TEST(IoLoopWatch, ReportsAnEventUntilItIsOver) {
     if (++ran == 2) sockets.receive();
   });
   sockets.send();
-  EXPECT_EQ(loop.poll(), 2U);
+  EXPECT_EQ(loop.runAllReady(), 2U);
 }
 
 TEST(IoLoopWatch, IsSilentWhileItAwaitsNothing) {
@@ -150,11 +150,11 @@ TEST(IoLoopWatch, IsSilentWhileItAwaitsNothing) {
     watch.await(0);
   });
   sockets.send();
-  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(loop.runAllReady(), 1U);
   sockets.other.reset();
-  EXPECT_EQ(loop.poll(), 0U);
+  EXPECT_EQ(loop.runAllReady(), 0U);
   watch.await(EPOLLHUP);
-  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(loop.runAllReady(), 1U);
   EXPECT_NE(reported & EPOLLHUP, 0U);
 }
 
@@ -168,9 +168,9 @@ TEST(IoLoopWatch, AwaitsAHangUpAlone) {
   });
   sockets.send();
   ::shutdown(sockets.other.get(), SHUT_WR);
-  EXPECT_EQ(loop.poll(), 0U);
+  EXPECT_EQ(loop.runAllReady(), 0U);
   sockets.other.reset();
-  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(loop.runAllReady(), 1U);
   EXPECT_EQ(ran, 1);
 }
 
@@ -190,7 +190,7 @@ TEST(IoLoopWatch, MayBeDestroyedWhileItsEventWaits) {
   two.emplace(loop, second.own.get(), EPOLLIN, endBoth);
   first.send();
   second.send();
-  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(loop.runAllReady(), 1U);
   EXPECT_EQ(ran, 1);
 }
 
@@ -204,39 +204,39 @@ TEST(IoLoopWatch, SaysWhyADescriptorCannotBeAwaited) {
   }
 }
 
-TEST(IoLoopServe, ClosesTheDescriptorAfterItsLastMessage) {
+TEST(IoLoopWatchUntilDone, ClosesTheDescriptorAfterItsLastMessage) {
   IoLoop loop;
   Sockets sockets;
   const int own = sockets.own.get();
   int messages = 0;
-  loop.serve(std::move(sockets.own), [&, own] {
+  loop.watchUntilDone(std::move(sockets.own), [&, own] {
     char byte = 0;
     return ::read(own, &byte, 1) == 1 && ++messages < 2;
   });
   sockets.send();
   sockets.send();
-  EXPECT_EQ(loop.poll(), 2U);
+  EXPECT_EQ(loop.runAllReady(), 2U);
   char byte = 0;
   EXPECT_EQ(::read(sockets.other.get(), &byte, 1), 0) << "closed";
 }
 
-TEST(IoLoopServe, ClosesTheDescriptorAfterAnException) {
+TEST(IoLoopWatchUntilDone, ClosesTheDescriptorAfterAnException) {
   IoLoop loop;
   Sockets sockets;
-  loop.serve(std::move(sockets.own), []() -> bool { throw std::bad_alloc(); });
+  loop.watchUntilDone(std::move(sockets.own), []() -> bool { throw std::bad_alloc(); });
   ::shutdown(sockets.other.get(), SHUT_WR);
   EXPECT_THROW(loop.runOne(), std::bad_alloc);
   char byte = 0;
   EXPECT_EQ(::read(sockets.other.get(), &byte, 1), 0) << "closed";
-  EXPECT_EQ(loop.poll(), 0U);
+  EXPECT_EQ(loop.runAllReady(), 0U);
 }
 
-TEST(IoLoopServe, ClosesTheDescriptorWithTheLoop) {
+TEST(IoLoopWatchUntilDone, ClosesTheDescriptorWithTheLoop) {
   const Sockets sockets;
   const auto before = support::openDescriptors();
   {
     IoLoop loop;
-    loop.serve(Descriptor(::dup(sockets.own.get())), [] { return true; });
+    loop.watchUntilDone(Descriptor(::dup(sockets.own.get())), [] { return true; });
   }
   EXPECT_EQ(support::openDescriptors(), before);
 }

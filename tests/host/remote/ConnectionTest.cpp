@@ -35,7 +35,7 @@ TEST(Connection, ReportsItsEndOnceWhicheverSideDisconnectsFirst) {
     connection->read();
     if (clientFirst) {
       ::shutdown(client.get(), SHUT_WR);
-      loop.poll();
+      loop.runAllReady();
     }
     connection->close();
     connection->end();

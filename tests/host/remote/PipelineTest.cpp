@@ -119,7 +119,7 @@ class Pipeline {
   [[nodiscard]] Answering& listener() { return m_listener; }
 
  private:
-  void handle() { m_listener.loop.poll(); }
+  void handle() { m_listener.loop.runAllReady(); }
 
   Answering m_listener;
   Descriptor m_client;

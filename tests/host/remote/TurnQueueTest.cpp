@@ -23,7 +23,7 @@ TEST(TurnQueue, RunsOneStepInEachPassOfTheLoop) {
     EXPECT_EQ(ran.size(), count);
   }
   EXPECT_EQ(ran, (std::vector<int>{1, 2, 3}));
-  EXPECT_EQ(loop.poll(), 0U);
+  EXPECT_EQ(loop.runAllReady(), 0U);
 }
 
 TEST(TurnQueue, NeedsNoMemory) {
@@ -50,7 +50,7 @@ TEST(TurnQueue, RunsTheNextStepAfterOneThatThrows) {
   turns.add([] { throw std::bad_alloc(); });
   turns.add([&ran] { ++ran; });
   EXPECT_THROW(loop.runOne(), std::bad_alloc);
-  EXPECT_EQ(loop.poll(), 1U);
+  EXPECT_EQ(loop.runAllReady(), 1U);
   EXPECT_EQ(ran, 1);
 }
 
@@ -60,7 +60,7 @@ TEST(TurnQueue, DropsQueuedStepsWhenDestroyed) {
   {
     TurnQueue(loop).add([&ran] { ++ran; });
   }
-  loop.poll();
+  loop.runAllReady();
   EXPECT_EQ(ran, 0);
 }
 

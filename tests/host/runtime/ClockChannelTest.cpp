@@ -32,7 +32,7 @@ class OpenClockChannel : public testing::Test {
 
   void send(const void* bytes, std::size_t size) {
     EXPECT_EQ(::send(m_channel.get(), bytes, size, MSG_NOSIGNAL), static_cast<ssize_t>(size));
-    m_loop.poll();
+    m_loop.runAllReady();
   }
   void send(const SetClockRequest& request) { send(&request, sizeof request); }
 
@@ -60,7 +60,7 @@ TEST_F(OpenClockChannel, SetsTheClockToTheNanosecondAndAnswers) {
 }
 
 TEST_F(OpenClockChannel, HandlesOneMessagePerTurnOfTheLoop) {
-  m_loop.poll();  // starts to serve
+  m_loop.runAllReady();  // starts to serve
   for (const std::int64_t second : {1, 2, 3}) {
     const SetClockRequest request{second, 0};
     ASSERT_EQ(::send(m_channel.get(), &request, sizeof request, 0), 16);
@@ -74,7 +74,7 @@ TEST_F(OpenClockChannel, HandlesOneMessagePerTurnOfTheLoop) {
 TEST_F(OpenClockChannel, EndsWhenTheClientDisconnects) {
   send(SetClockRequest{5, 0});
   m_channel.reset();
-  m_loop.poll();
+  m_loop.runAllReady();
   EXPECT_EQ(m_clock.wall(), seconds(5));
 }
 
@@ -90,7 +90,7 @@ TEST_F(OpenClockChannel, IsServedOrClosedWhenMemoryRunsOutAtItsStart) {
     m_channel = openClockChannel(m_loop, m_clock, m_filterMissed);
     {
       const support::NoMemory none(allocations);
-      EXPECT_NO_THROW(m_loop.poll());
+      EXPECT_NO_THROW(m_loop.runAllReady());
       ranOut = support::NoMemory::ranOut();
     }
     const auto ended = answer();
