@@ -62,8 +62,10 @@ IoLoop::IoLoop()
   }
 }
 
-// One task at a time: a long chain of owners would need as much stack.
+// The handlers first: their destructors may post. Then one task at a time: a long chain of owners
+// would need as much stack.
 IoLoop::~IoLoop() {
+  m_untilDone.clear();
   do {
     while (m_tasks) m_tasks = std::exchange(m_tasks->m_next, nullptr);
     takePosted();

@@ -241,6 +241,17 @@ TEST(IoLoopWatchUntilDone, ClosesTheDescriptorWithTheLoop) {
   EXPECT_EQ(support::openDescriptors(), before);
 }
 
+TEST(IoLoopWatchUntilDone, MayPostATaskFromTheDestructorOfItsHandler) {
+  Sockets sockets;
+  const auto task = std::make_shared<IoLoop::Task>([] {});
+  {
+    IoLoop loop;
+    std::shared_ptr<void> posts(nullptr, [&](void*) { loop.post(task); });
+    loop.watchUntilDone(std::move(sockets.own), [posts = std::move(posts)] { return true; });
+  }
+  EXPECT_EQ(task.use_count(), 1) << "the loop keeps the task";
+}
+
 TEST(IoLoopTimer, ExpiresOnceInTheOrderOfTime) {
   IoLoop loop;
   std::string order;
