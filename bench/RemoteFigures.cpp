@@ -21,7 +21,7 @@ constexpr std::size_t kEchoSize = 100;      // bytes
 constexpr std::size_t kInFlight = 32;       // requests of one client
 
 // A request and the size of its reply, in bytes.
-struct Exchange {
+struct CallBytes {
   std::string request;
   std::size_t reply;
 
@@ -38,7 +38,7 @@ struct Served {
   }
 
   std::vector<BlockingClient> connections;
-  Exchange exchange;
+  CallBytes exchange;
 };
 
 struct HostAndEcho {
@@ -73,14 +73,14 @@ Sample measureWait(double part) {
       1, [&] { return waitOfOne(both.host, part); }, [&] { return waitOfOne(both.echo, part); });
 }
 
-Exchange times(const Exchange& exchange, std::size_t count) {
-  Exchange many{{}, exchange.reply * count};
+CallBytes times(const CallBytes& exchange, std::size_t count) {
+  CallBytes many{{}, exchange.reply * count};
   for (std::size_t i = 0; i < count; ++i) many.request += exchange.request;
   return many;
 }
 
 // Calls per second of one client. each: the calls in one exchange.
-double callsPerSecond(const BlockingClient& connection, const Exchange& exchange,
+double callsPerSecond(const BlockingClient& connection, const CallBytes& exchange,
                       std::size_t each) {
   const double seconds = elapsed<std::chrono::duration<double>>([&] {
     for (std::size_t i = 0; i < kCallsOfOne; ++i) exchange.once(connection);
@@ -122,8 +122,8 @@ Sample measurePipeline() {
   const HostProgram host;
   const BlockingClient connection(host.socket());
   const std::string getTime = callOf("getTime");
-  const Exchange one{getTime, connection.ask(getTime).size()};
-  const Exchange many = times(one, kInFlight);
+  const CallBytes one{getTime, connection.ask(getTime).size()};
+  const CallBytes many = times(one, kInFlight);
   return alternately(
       1, [&] { return callsPerSecond(connection, many, kInFlight); },
       [&] { return callsPerSecond(connection, one, 1); });

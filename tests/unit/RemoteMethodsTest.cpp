@@ -25,14 +25,14 @@ const std::string kQuotedUtc = " \"" + kUtc + "\"";
 
 // The values of a request, the call that the service must receive, and the values of the reply,
 // which are those of RecordingService.
-struct Exchange {
+struct Example {
   const char* method;
   Lines request;
   std::string call;
   Lines reply;
 };
 
-const std::vector<Exchange> kExchanges{
+const std::vector<Example> kExamples{
     {"getTime", {}, "getTime", {"09:07"}},
     {"getTimeInts", {}, "getTime numbers", {"1", "2", "3"}},
     {"getTimeUTCStr", {kUtc}, "getTime" + kQuotedUtc, {"10:08"}},
@@ -89,21 +89,21 @@ Lines parametersOf(const std::string& cell, const char* direction, const Lines& 
 }
 
 // "| `getTime` | request | reply | when a parameter is missing |"
-RemoteRow rowOf(const std::string& documented, const Exchange& exchange) {
+RemoteRow rowOf(const std::string& documented, const Example& example) {
   std::istringstream text(documented);
   Lines cells;
   for (std::string cell; std::getline(text, cell, '|');) cells.push_back(cell);
-  if (cells.at(1) != std::string(" `") + exchange.method + "` ")
-    throw std::runtime_error(exchange.method + (" is documented as" + cells.at(1)));
-  return {exchange.method, parametersOf(cells.at(2), "in", exchange.request), exchange.call,
-          parametersOf(cells.at(3), "out", exchange.reply), cells.at(4)};
+  if (cells.at(1) != std::string(" `") + example.method + "` ")
+    throw std::runtime_error(example.method + (" is documented as" + cells.at(1)));
+  return {example.method, parametersOf(cells.at(2), "in", example.request), example.call,
+          parametersOf(cells.at(3), "out", example.reply), cells.at(4)};
 }
 
 std::vector<RemoteRow> readProtocol() {
   std::ifstream document(REMOTE_PROTOCOL_DOCUMENT);
   std::vector<RemoteRow> rows;
   for (std::string line; std::getline(document, line) && line != "## Events";)
-    if (line.rfind("| `", 0) == 0) rows.push_back(rowOf(line, kExchanges.at(rows.size())));
+    if (line.rfind("| `", 0) == 0) rows.push_back(rowOf(line, kExamples.at(rows.size())));
   return rows;
 }
 
