@@ -100,7 +100,7 @@ void warnOfOddSavedTime(Device& device) {
       device.store().getItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime");
   if (!saved || device.options().at) return;
   if (const auto odd = oddSavedTime(*saved)) {
-    logAppUni("clockhost", 3, __FILE__, __LINE__, "%s", odd->c_str());
+    logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s", odd->c_str());
   }
 }
 
@@ -160,7 +160,8 @@ Host::Host(const HostOptions& options, HostLog& log)
     watchReportPipe();
     checkSecurityLog();
   });
-  logAppUni("clockhost", 4, __FILE__, __LINE__, "listening at \"%s\"", options.socket.c_str());
+  logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "listening at \"%s\"",
+            options.socket.c_str());
 }
 
 // A change before this is found too. The host also runs without watching its pipe.
@@ -168,7 +169,7 @@ void Host::watchReportPipe() try {
   ReportPipe& pipe = m_device.reportPipe();
   m_loop.onReadable(pipe.watch(), kPipeRestoreDelay, [&pipe] { pipe.restore(); });
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s; a deleted pipe is not recreated",
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s; a deleted pipe is not recreated",
             error.what());
 }
 
@@ -186,7 +187,7 @@ void Host::checkSecurityLog() {
 
 void Host::runUntilStopped() {
   m_loop.run();
-  logAppUni("clockhost", 4, __FILE__, __LINE__, "shutting down");
+  logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "shutting down");
 }
 
 }  // namespace

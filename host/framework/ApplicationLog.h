@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/LogLevels.h"
 #include "base/Mutex.h"
 
 namespace host {
@@ -36,8 +37,7 @@ class LogSink {
 // Owner: the process; never destroyed. Thread: any. Failure: an entry is lost; nothing throws.
 class ApplicationLog {
  public:
-  static constexpr int kDefaultLevel = 4;
-  static constexpr int kWarning = 3;
+  static constexpr int kDefaultLevel = kLogNote;
   // Bytes of an entry's text; of a longer one the entry keeps the beginning and the length. This is
   // the length that a system log accepts for a line. It keeps a peer's long texts from filling the
   // log.

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "framework/FailedLookups.h"
 
@@ -52,9 +53,9 @@ void runLookup(const std::string& name, const Resolve& resolve, std::promise<Add
 }
 
 void logFailure(const std::string& name, const std::string& cause) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup of %s: %s; not asked again for %lld s",
-            quotedText(name).c_str(), cause.c_str(),
-            static_cast<long long>(FailedLookups::kKept.count()));
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
+            "name lookup of %s: %s; not asked again for %lld s", quotedText(name).c_str(),
+            cause.c_str(), static_cast<long long>(FailedLookups::kKept.count()));
 }
 
 std::string timeoutText(std::chrono::milliseconds wait, bool silent) {
@@ -96,12 +97,12 @@ std::optional<std::string> boundedLookup(const std::string& name, std::chrono::m
   if (failedLookups().holds(name, SteadyClock::now())) return std::nullopt;
   Slot slot = takeSlot();
   if (slot) return answerInTime(name, limit, std::move(resolve), std::move(slot));
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "name lookup refused: %d lookups are pending",
-            kMostLookups);
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
+            "name lookup refused: %d lookups are pending", kMostLookups);
   return std::nullopt;
 } catch (const std::exception&) {
   failedLookups().forget(name);
-  logAppUni("clockhost", 3, __FILE__, __LINE__,
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
             "name lookup refused: no memory or no thread for it");
   return std::nullopt;
 }

@@ -5,6 +5,7 @@
 #include "Context.h"
 #include "Executable.h"
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "framework/DataAccess.h"
 #include "framework/XmlText.h"
 
@@ -18,8 +19,8 @@ constexpr const char* kServiceName = "DataAccessServiceIfc";
 thread_local std::uint64_t t_failedWrites = 0;
 
 void logUnusable(const std::string& key, const char* action) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "setting \"%s\" %s: XML cannot carry it",
-            key.c_str(), action);
+  logAppUni("clockhost", host::kLogWarning, __FILE__, __LINE__,
+            "setting \"%s\" %s: XML cannot carry it", key.c_str(), action);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "base/Mutex.h"
 
 namespace host {
@@ -62,7 +63,7 @@ bool MemoryReserve::refill() {
     g_used = false;
     ::operator delete(std::exchange(g_reserve, reserve));
   }
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "out of memory: the reserve was used");
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "out of memory: the reserve was used");
   return true;
 }
 

@@ -9,6 +9,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 
 namespace host {
 
@@ -32,10 +33,10 @@ void tighten(const std::string& path, mode_t most) {
   if (after == before) return;
   errno = EPERM;  // as chmod fails for another user's file
   const bool changed = found.st_uid == ::geteuid() && ::chmod(path.c_str(), after) == 0;
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "\"%s\" is open to others (mode %04o): %s %04o%s%s",
-            path.c_str(), static_cast<unsigned>(before),
-            changed ? "changed to" : "it cannot be changed to", static_cast<unsigned>(after),
-            changed ? "" : ": ", changed ? "" : std::strerror(errno));
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
+            "\"%s\" is open to others (mode %04o): %s %04o%s%s", path.c_str(),
+            static_cast<unsigned>(before), changed ? "changed to" : "it cannot be changed to",
+            static_cast<unsigned>(after), changed ? "" : ": ", changed ? "" : std::strerror(errno));
 }
 
 void tightenFile(const std::string& path) {

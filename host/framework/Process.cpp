@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "base/Mutex.h"
 #include "framework/ChildEnvironment.h"
 #include "framework/ProgramMap.h"
@@ -91,7 +92,8 @@ class SpawnPlan {
 };
 
 void logNotStarted(const std::string& program, const char* cause) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "cannot start \"%s\": %s", program.c_str(), cause);
+  logAppUni("clockhost", host::kLogWarning, __FILE__, __LINE__, "cannot start \"%s\": %s",
+            program.c_str(), cause);
 }
 
 // A running child, and the thread that reaps it as soon as it ends.

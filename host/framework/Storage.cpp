@@ -13,6 +13,7 @@
 
 #include "Logging.h"
 #include "base/Descriptor.h"
+#include "base/LogLevels.h"
 #include "base/Mutex.h"
 #include "framework/OwnerOnly.h"
 #include "framework/StateFolder.h"
@@ -87,8 +88,8 @@ bool isFolder(const std::string& path) {
 }
 
 void logFailure(const char* action, const std::string& name, const std::string& why) {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "storage \"%s\" cannot be %s: %s", name.c_str(),
-            action, why.c_str());
+  logAppUni("clockhost", host::kLogError, __FILE__, __LINE__, "storage \"%s\" cannot be %s: %s",
+            name.c_str(), action, why.c_str());
 }
 
 // Held by the one writer: the new file has a fixed name until it is renamed, so that killed

@@ -11,6 +11,7 @@
 
 #include "Logging.h"
 #include "Threadable.h"
+#include "base/LogLevels.h"
 #include "base/Mutex.h"
 #include "base/StartThread.h"
 #include "framework/PluginThread.h"
@@ -67,8 +68,8 @@ void runBody(Record& record) {
   try {
     record.body->run();
   } catch (const std::exception& error) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "thread \"%s\" ended by an exception: %s",
-              record.name.c_str(), error.what());
+    logAppUni("clockhost", host::kLogError, __FILE__, __LINE__,
+              "thread \"%s\" ended by an exception: %s", record.name.c_str(), error.what());
   }
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "base/Origin.h"
 #include "clock/VirtualClock.h"
 #include "framework/MemoryReserve.h"
@@ -44,7 +45,7 @@ void ClockMoveQueue::runSlice() try {
 // answer would need memory. Destroying a channel without an answer refuses its request without
 // memory.
 void ClockMoveQueue::giveUp(const char* why) {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "%zu %s given up: %s", m_waiting.size(),
             m_waiting.size() == 1 ? "move of the clock is" : "moves of the clock are", why);
   while (!m_waiting.empty()) {
     const Channel channel = m_waiting.front().channel;

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "remote/Frame.h"
 
 namespace host {
@@ -46,7 +47,7 @@ void Acceptor::acceptWaiting() {
   if (error == 0) return;
   m_watch.await(0);
   m_pause.start(kPause);
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "cannot accept clients for a moment: %s",
             std::strerror(error));
 }
 

@@ -5,13 +5,13 @@
 
 #include "base/Descriptor.h"
 #include "base/IoLoop.h"
-#include "remote/RateLimitedLog.h"
+#include "remote/OneLinePerPause.h"
 
 namespace host {
 
 // Accepts clients at a listening socket, which it does not own.
 // Owner: the server. Thread: the loop's. Failure: a client that cannot be served gets the reason
-// and is disconnected, with a log line (RateLimitedLog). Later clients are served, even after an
+// and is disconnected, with a log line (OneLinePerPause). Later clients are served, even after an
 // out-of-memory failure.
 class Acceptor {
  public:
@@ -31,7 +31,7 @@ class Acceptor {
   const int m_listener;
   const std::function<void(Descriptor)> m_accepted;
   Descriptor m_spare;  // closed to accept a client when no other descriptor is left
-  RateLimitedLog m_turnedAway{"client turned away"};
+  OneLinePerPause m_turnedAway{"client turned away"};
   IoLoop::Timer m_pause;
   IoLoop::Watch m_watch;
 };

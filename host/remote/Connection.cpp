@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "remote/ClientLimits.h"
 #include "remote/PeerProcess.h"
 
@@ -190,7 +191,7 @@ void Connection::guarded(Step step) try {
 }
 
 void Connection::drop(const char* why) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "client %llu (process %ld) dropped: %s",
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "client %llu (process %ld) dropped: %s",
             static_cast<unsigned long long>(m_number), processIdAt(m_socket.get()), why);
   close();
 }

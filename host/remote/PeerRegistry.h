@@ -6,7 +6,7 @@
 #include <string>
 
 #include "base/Mutex.h"
-#include "remote/RateLimitedLog.h"
+#include "remote/OneLinePerPause.h"
 #include "remote/ServiceCalls.h"
 
 namespace host {
@@ -18,7 +18,7 @@ class TurnQueue;
 // The clients by address. A disconnected client stays until it is unobserved: its registrations are
 // removed from the service in turns of the loop, however many clients disconnect together.
 // Owner: the server. Thread: the loop's, except find(). Failure: a client that cannot be unobserved
-// is logged (RateLimitedLog) and stays; retry() tries again.
+// is logged (OneLinePerPause) and stays; retry() tries again.
 class PeerRegistry {
  public:
   // Removes one registration of the peer from the service.
@@ -58,7 +58,7 @@ class PeerRegistry {
   TurnQueue& m_turns;
   Registrations& m_registrations;
   const UnobserveOne m_unobserveOne;
-  RateLimitedLog m_failures{"cannot be unobserved"};
+  OneLinePerPause m_failures{"cannot be unobserved"};
   bool m_turnRequested = false;
   bool m_ended = false;
   mutable Mutex m_mutex;

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "remote/RateLimitedLog.h"
+#include "remote/OneLinePerPause.h"
 
 namespace host {
 
@@ -11,7 +11,7 @@ class Peer;
 
 // Counts the clients' registrations as observers, and refuses those beyond the limits
 // (ClientLimits.h). Owner: the server. Thread: that of the calls. Failure: a refusal is logged
-// (RateLimitedLog).
+// (OneLinePerPause).
 class Registrations {
  public:
   // observers: how many clients may register. further: how many registrations all of them may have
@@ -35,7 +35,7 @@ class Registrations {
   const std::size_t m_mostFurther;
   std::size_t m_observers = 0;
   std::size_t m_further = 0;
-  RateLimitedLog m_refusals{"registration refused"};
+  OneLinePerPause m_refusals{"registration refused"};
 };
 
 }  // namespace host

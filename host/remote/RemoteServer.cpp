@@ -13,6 +13,7 @@
 #include "Proxy.h"
 #include "base/Descriptor.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "base/Origin.h"
 #include "base/PrintableText.h"
 #include "framework/MemoryReserve.h"
@@ -211,7 +212,7 @@ Proxy* RemoteServer::Impl::proxyFor(const std::string& address) try {
   if (!peer || !m_registrations.mayUseProxy(*peer)) return nullptr;
   return peer->proxy(m_target->makeProxy);
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "no proxy for %s: %s", address.c_str(),
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "no proxy for %s: %s", address.c_str(),
             error.what());
   return nullptr;
 }
@@ -227,7 +228,7 @@ RemoteServer::~RemoteServer() {
   try {
     stop();
   } catch (const std::exception& error) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "disconnecting the clients failed: %s",
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__, "disconnecting the clients failed: %s",
               error.what());
   }
 }

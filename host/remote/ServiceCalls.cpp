@@ -12,6 +12,7 @@
 #include "InvokerResponse.h"
 #include "Logging.h"
 #include "Method.h"
+#include "base/LogLevels.h"
 #include "remote/CodecTable.h"
 #include "remote/Peer.h"
 #include "remote/RemoteServer.h"
@@ -66,8 +67,9 @@ class ClientResponse : public InvokerResponse {
     if (payload.size() <= kMaxPayload) {
       m_client->send({FrameKind::reply, m_id, payload});
     } else {
-      logAppUni("clockhost", 2, __FILE__, __LINE__, "reply of %d bytes to %s is too long: dropped",
-                length, m_client->address().c_str());
+      logAppUni("clockhost", kLogError, __FILE__, __LINE__,
+                "reply of %d bytes to %s is too long: dropped", length,
+                m_client->address().c_str());
     }
   }
 

@@ -14,6 +14,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "framework/OwnerOnly.h"
 #include "remote/SocketAddress.h"
 
@@ -86,7 +87,7 @@ void warnIfGroupCannotReach(const std::filesystem::path& file, gid_t group) {
     const mode_t enter = found.st_gid == group ? S_IXGRP : S_IXOTH;
     if ((found.st_mode & enter) != 0) continue;
     return logAppUni(
-        "clockhost", 3, __FILE__, __LINE__,
+        "clockhost", kLogWarning, __FILE__, __LINE__,
         "socket %s: its group (%u) cannot enter the folder %s (mode %04o); allow it, or "
         "choose another place with --socket",
         file.c_str(), static_cast<unsigned>(group), folder.c_str(),

@@ -7,6 +7,7 @@
 
 #include "ClockUtils.h"
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "base/Origin.h"
 #include "framework/PluginThread.h"
 #include "framework/StateFolder.h"
@@ -165,7 +166,7 @@ void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
   }
   if (small) return;
   if (!isOfTheService(setter)) {
-    logAppUni("clockhost", 4, __FILE__, __LINE__,
+    logAppUni("clockhost", kLogNote, __FILE__, __LINE__,
               "the system time was changed without the service, from %s to %s: %s, %s",
               change.from.c_str(), change.to.c_str(), change.cause.c_str(), change.who.c_str());
   }

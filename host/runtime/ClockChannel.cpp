@@ -13,6 +13,7 @@
 
 #include "Logging.h"
 #include "base/IoLoop.h"
+#include "base/LogLevels.h"
 #include "base/Origin.h"
 #include "clock/VirtualClock.h"
 
@@ -46,7 +47,7 @@ class ClockChannel {
     if (size == static_cast<ssize_t>(sizeof notice) && notice.error > 0)
       return logMissingFilter(notice);
     if (size != static_cast<ssize_t>(sizeof request) || !isAllowed(request)) {
-      logAppUni("clockhost", 3, __FILE__, __LINE__,
+      logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
                 "the NTP client's channel is closed: it sent an invalid message");
       return false;
     }
@@ -57,7 +58,7 @@ class ClockChannel {
   // Once for all clients, because the service restarts its NTP client every hour.
   [[nodiscard]] bool logMissingFilter(const NoFilterNotice& notice) const {
     if (!m_filterMissed.exchange(true)) {
-      logAppUni("clockhost", 3, __FILE__, __LINE__,
+      logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
                 "the NTP client runs without a system call filter: %s",
                 std::strerror(notice.error));
     }
@@ -89,7 +90,7 @@ void serveOrClose(IoLoop& loop, Descriptor end, VirtualClock& clock,
   const ClockChannel channel(end.get(), clock, filterMissed);
   loop.watchUntilDone(std::move(end), [channel] { return channel.serve(); });
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "the NTP client's channel is closed: %s",
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "the NTP client's channel is closed: %s",
             error.what());
 }
 

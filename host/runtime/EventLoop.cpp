@@ -18,6 +18,7 @@
 #include "base/Descriptor.h"
 #include "base/Error.h"
 #include "base/IoLoop.h"
+#include "base/LogLevels.h"
 #include "clock/VirtualClock.h"
 #include "runtime/TerminationSignals.h"
 
@@ -27,7 +28,8 @@ namespace {
 void runLogged(const std::function<void()>& task) try {
   task();
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "a task of the loop threw \"%s\"", error.what());
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "a task of the loop threw \"%s\"",
+            error.what());
 }
 
 // Waits for the descriptor, then for the delay; then runs the task.
@@ -80,7 +82,7 @@ struct EventLoop::Impl {
       const auto end = std::chrono::steady_clock::now() + kSliceTime;
       clock.runDue(kSlice, [end] { return std::chrono::steady_clock::now() < end; });
     } catch (const std::exception& error) {
-      logAppUni("clockhost", 2, __FILE__, __LINE__, "an expired timer's owner threw \"%s\"",
+      logAppUni("clockhost", kLogError, __FILE__, __LINE__, "an expired timer's owner threw \"%s\"",
                 error.what());
     }
   }
@@ -90,7 +92,8 @@ struct EventLoop::Impl {
 
   // False: the loop is stopped.
   bool runOne() try { return io.runOne(); } catch (const std::bad_alloc&) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "dropped an event-loop task: out of memory");
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__,
+              "dropped an event-loop task: out of memory");
     return true;
   }
 

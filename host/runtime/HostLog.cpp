@@ -9,6 +9,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "framework/ApplicationLog.h"
 #include "runtime/EventLoop.h"
 #include "runtime/LogFile.h"
@@ -54,7 +55,7 @@ void HostLog::reopenOnHangup(EventLoop& loop) {
     signalfd_siginfo arrived;
     while (::read(m_hangups.get(), &arrived, sizeof arrived) > 0) continue;
     m_file->reopen();
-    logAppUni("clockhost", 4, __FILE__, __LINE__, "SIGHUP: the log file is opened again");
+    logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "SIGHUP: the log file is opened again");
   });
 }
 

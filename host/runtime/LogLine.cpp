@@ -10,7 +10,7 @@
 #include <ctime>
 #include <string_view>
 
-#include "base/LogLevel.h"
+#include "base/LogLevels.h"
 
 namespace host {
 namespace {

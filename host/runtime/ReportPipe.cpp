@@ -16,7 +16,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
-#include "framework/ApplicationLog.h"
+#include "base/LogLevels.h"
 #include "interpose/DeviceRoot.h"
 #include "runtime/TrustedFolder.h"
 
@@ -24,8 +24,6 @@ namespace host {
 namespace {
 
 constexpr const char* kWhat = "report pipe: ";
-
-constexpr int kError = 2;
 
 // How many missing folders are created. While the host runs, only the device root and its tmp and
 // votk: a removed state folder must not come back as an empty one.
@@ -163,7 +161,7 @@ void ReportPipe::restore() try {
   if (isThere && areSame(found, statusOf(m_pipe, m_path))) return;
   replace();
 } catch (const std::exception& error) {
-  logAppUni("clockhost", kError, __FILE__, __LINE__,
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__,
             "the report pipe was deleted or replaced, and is not recreated: %s", error.what());
 }
 
@@ -171,7 +169,7 @@ void ReportPipe::restore() try {
 void ReportPipe::replace() {
   const Descriptor pipe = acquire();
   if (areSame(statusOf(pipe, m_path), statusOf(m_pipe, m_path))) return;
-  logAppUni("clockhost", ApplicationLog::kWarning, __FILE__, __LINE__,
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
             "%s%s was deleted or replaced; it is recreated", kWhat, m_path.c_str());
   // Kept open with four zero bytes in it, so that a listener that opens it late does not block.
   m_replaced.reset(open(heldPath().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));

@@ -16,7 +16,7 @@
 namespace host {
 namespace {
 
-using Clock = LogLimit::Clock;
+using Clock = LogLimitBySource::Clock;
 
 constexpr std::size_t kGapLine = 256;  // bytes; more than the line about dropped ones needs
 
@@ -44,7 +44,7 @@ void writeAll(int descriptor, std::string_view text) {
 // waits for its thread without a limit at the end, and reserves memory for lines of any length.
 class StderrLog::Writer {
  public:
-  Writer(Output output, LogLimit limit, Now now)
+  Writer(Output output, LogLimitBySource limit, Now now)
       : m_output(std::move(output)), m_now(std::move(now)), m_limit(std::move(limit)) {
     m_waiting.reserve(kMostWaiting + kGapLine);
     m_writing.reserve(kMostWaiting + kGapLine);
@@ -116,7 +116,7 @@ class StderrLog::Writer {
   LogEntry gap() const CLOCK_REQUIRES(m_mutex) {
     LogEntry entry;
     entry.wall = m_droppedLast;
-    entry.level = ApplicationLog::kWarning;
+    entry.level = kLogWarning;
     entry.component = "clockhost";
     entry.text = std::to_string(m_dropped) + " lines dropped here: " + std::string(m_output.name) +
                  " was not read";
@@ -138,7 +138,7 @@ class StderrLog::Writer {
   std::string m_writing;  // only for the thread; reserved at the start, like m_waiting
   Mutex m_mutex;
   std::condition_variable m_changed;
-  LogLimit m_limit CLOCK_GUARDED_BY(m_mutex);
+  LogLimitBySource m_limit CLOCK_GUARDED_BY(m_mutex);
   std::string m_waiting CLOCK_GUARDED_BY(m_mutex);      // whole lines
   std::size_t m_dropped CLOCK_GUARDED_BY(m_mutex) = 0;  // lines, since the last take()
   // Wall time of the last dropped line.
@@ -147,12 +147,12 @@ class StderrLog::Writer {
   bool m_ended CLOCK_GUARDED_BY(m_mutex) = false;
 };
 
-StderrLog::StderrLog(int descriptor, LogLimit limit, Now now)
+StderrLog::StderrLog(int descriptor, LogLimitBySource limit, Now now)
     : StderrLog({[descriptor](std::string_view lines) { writeAll(descriptor, lines); },
                  styleFor(descriptor), "standard error"},
                 std::move(limit), std::move(now)) {}
 
-StderrLog::StderrLog(Output output, LogLimit limit, Now now)
+StderrLog::StderrLog(Output output, LogLimitBySource limit, Now now)
     : m_writer(std::make_shared<Writer>(std::move(output), std::move(limit), std::move(now))),
       m_thread(startThread("writer of the log", [writer = m_writer] { writer->work(); })) {}
 

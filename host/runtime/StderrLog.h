@@ -10,20 +10,19 @@
 #include <thread>
 
 #include "framework/ApplicationLog.h"
-#include "runtime/LogLimit.h"
+#include "runtime/LogLimitBySource.h"
 #include "runtime/LogLine.h"
 
 namespace host {
 
 // Writes the log to standard error or to another output, one logLine for each entry. A separate
 // thread writes, so that a reader that does not read delays no caller: lines are queued up to a
-// limit. Lines beyond it are dropped, and so are those of a source beyond its LogLimit; one line
-// reports how many.
-// Owner: main. Thread: any. Failure: the constructor throws Error when no thread can be started; a
-// line that cannot be written is lost.
+// limit. Lines beyond it are dropped, and so are those of a source beyond its LogLimitBySource; one
+// line reports how many. Owner: main. Thread: any. Failure: the constructor throws Error when no
+// thread can be started; a line that cannot be written is lost.
 class StderrLog : public LogSink {
  public:
-  using Now = std::function<LogLimit::Clock::time_point()>;
+  using Now = std::function<LogLimitBySource::Clock::time_point()>;
 
   // Bytes of queued lines, while as many are being written. Both buffers are reserved at the start,
   // so that queueing needs no memory; together they take less than 100 KiB.
@@ -36,11 +35,12 @@ class StderrLog : public LogSink {
     LogStyle style;
     std::string_view name;  // "standard error"
   };
-  explicit StderrLog(Output output, LogLimit limit = LogLimit(), Now now = &LogLimit::Clock::now);
+  explicit StderrLog(Output output, LogLimitBySource limit = LogLimitBySource(),
+                     Now now = &LogLimitBySource::Clock::now);
 
   // The caller keeps the descriptor open until the process ends.
-  explicit StderrLog(int descriptor = STDERR_FILENO, LogLimit limit = LogLimit(),
-                     Now now = &LogLimit::Clock::now);
+  explicit StderrLog(int descriptor = STDERR_FILENO, LogLimitBySource limit = LogLimitBySource(),
+                     Now now = &LogLimitBySource::Clock::now);
   // Writes the queued lines and the numbers of lost ones, unless the reader takes nothing for
   // kLongestEnd.
   ~StderrLog() override;

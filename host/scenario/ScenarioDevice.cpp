@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "clock/VirtualClock.h"
 #include "framework/ApplicationLog.h"
 #include "framework/ProgramMap.h"
@@ -20,7 +21,7 @@ namespace host {
 namespace fs = std::filesystem;
 namespace {
 
-constexpr int kLogLevel = 5;  // what `expect log` can see: all but the frequent traces
+constexpr int kLogLevel = kLogInfo;  // what `expect log` can see: all but the frequent traces
 
 fs::path newFolder() {
   std::error_code error;

@@ -18,6 +18,7 @@
 #include "Logging.h"
 #include "base/Descriptor.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "framework/OwnerOnly.h"
 #include "services/DamagedName.h"
@@ -138,7 +139,7 @@ void History::write() try {
   append();
   if (*m_inFile > 2 * kKept) shorten(read());
 } catch (const std::exception& error) {
-  if (!m_failed) logAppUni("clockhost", 3, __FILE__, __LINE__, "%s", error.what());
+  if (!m_failed) logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s", error.what());
   m_failed = true;
   m_inFile.reset();
 }
@@ -163,7 +164,7 @@ std::vector<Change> History::read() try {
   bool whole = false;
   std::vector<Change> changes = changesIn(content.view(), whole);
   if (!whole) {
-    logAppUni("clockhost", 3, __FILE__, __LINE__,
+    logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
               "history \"%s\" ended within a line: that change is lost", m_file.c_str());
     shorten(changes);
   }
@@ -190,7 +191,7 @@ void History::setAside(const std::string& reason) {
   const std::string name = damagedName(m_file);
   if (std::rename(m_file.c_str(), name.c_str()) != 0) fail(m_file, "set aside");
   m_inFile = 0;
-  logAppUni("clockhost", 2, __FILE__, __LINE__,
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__,
             "history \"%s\" is damaged (%s): set aside as \"%s\", starting with an empty one",
             m_file.c_str(), reason.c_str(), name.c_str());
 }

@@ -6,6 +6,7 @@
 #include "Logging.h"
 #include "ManageableData.h"
 #include "MgmtAgentIfc.h"
+#include "base/LogLevels.h"
 #include "base/Origin.h"
 
 namespace host {
@@ -26,10 +27,11 @@ bool guarded(const char* operation, const std::string& key, Operation call) {
   try {
     return call();
   } catch (const std::exception& error) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the service threw \"%s\"",
-              operation, key.c_str(), error.what());
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__,
+              "%s of \"%s\" refused: the service threw \"%s\"", operation, key.c_str(),
+              error.what());
   } catch (...) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "%s of \"%s\" refused: the service threw",
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__, "%s of \"%s\" refused: the service threw",
               operation, key.c_str());
   }
   return false;
@@ -73,8 +75,8 @@ bool LocalManagement::reportDataChanged(ManageableData& record) {
   const std::string key = record.getRootId();
   std::string value;
   if (key.empty() || !record.interogate(key, value)) return false;
-  logAppUni("clockhost", 4, __FILE__, __LINE__, "change reported: \"%s\" is \"%s\"", key.c_str(),
-            value.c_str());
+  logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "change reported: \"%s\" is \"%s\"",
+            key.c_str(), value.c_str());
   ReportListener listener;
   {
     const MutexLock lock(m_mutex);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/LogLevels.h"
 #include "base/StartThread.h"
 
 namespace host {
@@ -77,9 +78,10 @@ void ManagementThread::runLogged(const std::function<void()>& task) {
   try {
     task();
   } catch (const std::exception& error) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "management task threw \"%s\"", error.what());
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__, "management task threw \"%s\"",
+              error.what());
   } catch (...) {
-    logAppUni("clockhost", 2, __FILE__, __LINE__, "management task threw");
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__, "management task threw");
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "base/Origin.h"
 #include "base/PrintableText.h"
 
@@ -67,7 +68,7 @@ SecurityRecord recordOf(const SqliteStatement& row) {
 }
 
 [[noreturn]] void logAndThrow(const std::string& failure) {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure.c_str());
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "%s", failure.c_str());
   throw Error(failure);
 }
 

@@ -13,6 +13,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "framework/OwnerOnly.h"
 #include "services/DamagedName.h"
 
@@ -37,7 +38,7 @@ std::string describe(const std::string& name, const std::string& fault) {
 // Logs SQLite's own messages. Callers log a failure again; a warning, for example that an open file
 // was removed, is logged only here.
 void logMessage(void*, int code, const char* message) {
-  const int level = (code & 0xff) == SQLITE_WARNING ? 3 : 5;
+  const int level = (code & 0xff) == SQLITE_WARNING ? kLogWarning : kLogInfo;
   logAppUni("clockhost", level, __FILE__, __LINE__, "SQLite: %s (%d)", message, code);
 }
 
@@ -93,8 +94,8 @@ void SqliteDatabase::openAgain(const std::string& damage) {
     if (const auto fresh = damageFoundBy([this] { open(); }))
       throw Error(describe(m_name, "is damaged: " + *fresh));
   } else {
-    logAppUni("clockhost", 3, __FILE__, __LINE__, "store \"%s\" was read on the second attempt: %s",
-              m_name.c_str(), damage.c_str());
+    logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
+              "store \"%s\" was read on the second attempt: %s", m_name.c_str(), damage.c_str());
   }
 }
 
@@ -139,7 +140,7 @@ std::string SqliteDatabase::failure(const char* what) const {
 }
 
 void SqliteDatabase::logFailure(const char* what) const {
-  logAppUni("clockhost", 2, __FILE__, __LINE__, "%s", failure(what).c_str());
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__, "%s", failure(what).c_str());
 }
 
 // Needed because SQLite goes on writing to a file that was unlinked.
@@ -258,7 +259,7 @@ void SqliteDatabase::setAside(const std::string& reason) {
   }
   // The WAL belongs to the damaged file. It may be missing.
   static_cast<void>(std::rename((m_name + "-wal").c_str(), (name + "-wal").c_str()));
-  logAppUni("clockhost", 2, __FILE__, __LINE__,
+  logAppUni("clockhost", kLogError, __FILE__, __LINE__,
             "store \"%s\" is damaged (%s): set aside as \"%s\", starting with an empty one",
             m_name.c_str(), reason.c_str(), name.c_str());
 }

@@ -13,6 +13,7 @@
 
 #include "Logging.h"
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "framework/OwnerOnly.h"
 #include "services/SettingsDatabase.h"
 
@@ -59,7 +60,7 @@ void closeToOthers(const fs::path& folder) {
   struct stat found {};
   if (::stat(folder.c_str(), &found) != 0 || (found.st_mode & (S_IRWXG | S_IRWXO)) == 0) return;
   if (belongsToTheHost(folder, found.st_mode)) return tighten(folder, S_IRWXU);
-  logAppUni("clockhost", 3, __FILE__, __LINE__,
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
             "%s is open to others (mode %04o) and contains other files: its mode is kept",
             named(folder).c_str(), static_cast<unsigned>(found.st_mode & kModeBits));
 }

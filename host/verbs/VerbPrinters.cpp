@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-#include "base/LogLevel.h"
+#include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "verbs/JsonText.h"
 

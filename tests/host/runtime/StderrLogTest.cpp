@@ -197,8 +197,8 @@ TEST_F(StderrLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
 
 TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
   {
-    const LogLimit::Clock::time_point now{};
-    StderrLog log(descriptor(), LogLimit(3, 10s), [now] { return now; });
+    const LogLimitBySource::Clock::time_point now{};
+    StderrLog log(descriptor(), LogLimitBySource(3, 10s), [now] { return now; });
     for (int i = 0; i < 10; ++i) log.write(entryAt(7, "noisy"));
     log.write(entryAt(8, "quiet"));
   }
@@ -210,9 +210,9 @@ TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
 
 TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesWithoutAnotherEntry) {
   constexpr auto kWindow = 5ms;
-  std::atomic<LogLimit::Clock::duration> time{1000s};
-  StderrLog log(descriptor(), LogLimit(1, kWindow),
-                [&time] { return LogLimit::Clock::time_point(time); });
+  std::atomic<LogLimitBySource::Clock::duration> time{1000s};
+  StderrLog log(descriptor(), LogLimitBySource(1, kWindow),
+                [&time] { return LogLimitBySource::Clock::time_point(time); });
   log.write(entryAt(7, "noisy"));
   log.write(entryAt(7, "noisy"));
   time = 1000s + kWindow;

@@ -15,7 +15,7 @@ namespace host {
 // (component, file and line), so there are few of them, and a client that floods the log through
 // one place does not hide the others. Lines beyond the limit are counted.
 // Owner and thread: one log. Failure: admits() and summaries() may throw std::bad_alloc.
-class LogLimit {
+class LogLimitBySource {
  public:
   using Clock = std::chrono::steady_clock;
 
@@ -24,7 +24,7 @@ class LogLimit {
   static constexpr std::size_t kMostLines = 1000;
   static constexpr std::chrono::seconds kWindow{10};
 
-  explicit LogLimit(std::size_t mostLines = kMostLines, Clock::duration window = kWindow);
+  explicit LogLimitBySource(std::size_t mostLines = kMostLines, Clock::duration window = kWindow);
 
   // Whether the entry may be written. If not, it is counted.
   [[nodiscard]] bool admits(const LogEntry& entry, Clock::time_point now);

@@ -1,4 +1,4 @@
-#include "runtime/LogLimit.h"
+#include "runtime/LogLimitBySource.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@ namespace host {
 namespace {
 
 using namespace std::chrono_literals;
-using Time = LogLimit::Clock::time_point;
+using Time = LogLimitBySource::Clock::time_point;
 
 constexpr std::size_t kMost = 3;
 constexpr auto kWindow = 10s;
@@ -19,21 +19,21 @@ LogEntry entryFrom(const std::string& file, int line, std::chrono::seconds wall 
 }
 
 // How many of `count` equal entries are admitted.
-std::size_t admitted(LogLimit& limit, const LogEntry& entry, std::size_t count, Time now) {
+std::size_t admitted(LogLimitBySource& limit, const LogEntry& entry, std::size_t count, Time now) {
   std::size_t yes = 0;
   for (std::size_t i = 0; i < count; ++i) yes += limit.admits(entry, now) ? 1U : 0U;
   return yes;
 }
 
-TEST(LogLimit, AdmitsTheLimitInEachWindow) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, AdmitsTheLimitInEachWindow) {
+  LogLimitBySource limit(kMost, kWindow);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), kMost, kStart), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), kMost, kStart + kWindow), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart + 2 * kWindow - 1ns), 0U);
 }
 
-TEST(LogLimit, AppliesToEachPlaceAndComponent) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, AppliesToEachPlaceAndComponent) {
+  LogLimitBySource limit(kMost, kWindow);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 5, kStart), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 2), 5, kStart), kMost);
   EXPECT_EQ(admitted(limit, entryFrom("b.cpp", 1), 5, kStart), kMost);
@@ -42,8 +42,8 @@ TEST(LogLimit, AppliesToEachPlaceAndComponent) {
   EXPECT_EQ(admitted(limit, other, 5, kStart), kMost);
 }
 
-TEST(LogLimit, ReportsTheNumberOnceAfterTheWindow) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, ReportsTheNumberOnceAfterTheWindow) {
+  LogLimitBySource limit(kMost, kWindow);
   admitted(limit, entryFrom("src/a.cpp", 7, 42s), kMost + 2, kStart);
   EXPECT_EQ(limit.nextSummary(), kStart + kWindow);
   EXPECT_TRUE(limit.summaries(kStart + kWindow - 1ns).empty());
@@ -60,22 +60,22 @@ TEST(LogLimit, ReportsTheNumberOnceAfterTheWindow) {
 }
 
 // No line comes between a gap and the line that reports it.
-TEST(LogLimit, AdmitsNothingBeforeTheNumberIsReported) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, AdmitsNothingBeforeTheNumberIsReported) {
+  LogLimitBySource limit(kMost, kWindow);
   admitted(limit, entryFrom("a.cpp", 1), kMost + 1, kStart);
   EXPECT_EQ(admitted(limit, entryFrom("a.cpp", 1), 1, kStart + 2 * kWindow), 0U);
   EXPECT_EQ(limit.summaries(kStart + 2 * kWindow).at(0).text.substr(0, 18), "2 lines suppressed");
 }
 
-TEST(LogLimit, ReportsNothingWhileNothingIsSuppressed) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, ReportsNothingWhileNothingIsSuppressed) {
+  LogLimitBySource limit(kMost, kWindow);
   admitted(limit, entryFrom("a.cpp", 1), kMost, kStart);
   EXPECT_EQ(limit.nextSummary(), Time::max());
   EXPECT_TRUE(limit.summaries(Time::max()).empty());
 }
 
-TEST(LogLimit, ReportsEachPlaceAfterItsOwnWindow) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, ReportsEachPlaceAfterItsOwnWindow) {
+  LogLimitBySource limit(kMost, kWindow);
   admitted(limit, entryFrom("b.cpp", 1), kMost + 1, kStart + 1s);
   admitted(limit, entryFrom("a.cpp", 1), kMost + 2, kStart);
   EXPECT_EQ(limit.nextSummary(), kStart + kWindow);
@@ -85,8 +85,8 @@ TEST(LogLimit, ReportsEachPlaceAfterItsOwnWindow) {
   EXPECT_EQ(limit.nextSummary(), Time::max());
 }
 
-TEST(LogLimit, NamesTheSystemLog) {
-  LogLimit limit(kMost, kWindow);
+TEST(LogLimitBySource, NamesTheSystemLog) {
+  LogLimitBySource limit(kMost, kWindow);
   LogEntry notice;
   notice.systemLog = true;
   admitted(limit, notice, kMost + 1, kStart);

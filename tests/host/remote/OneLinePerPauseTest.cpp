@@ -1,4 +1,4 @@
-#include "remote/RateLimitedLog.h"
+#include "remote/OneLinePerPause.h"
 
 #include <gtest/gtest.h>
 
@@ -8,24 +8,24 @@
 namespace host {
 namespace {
 
-constexpr RateLimitedLog::Clock::time_point kStart{std::chrono::hours(1)};
-constexpr auto kNextLine = kStart + RateLimitedLog::kBetweenLines;
+constexpr OneLinePerPause::Clock::time_point kStart{std::chrono::hours(1)};
+constexpr auto kNextLine = kStart + OneLinePerPause::kPause;
 
-TEST(RateLimitedLog, CountsTheLinesSuppressedSinceTheLastOne) {
+TEST(OneLinePerPause, CountsTheLinesSuppressedSinceTheLastOne) {
   const support::LogCapture log;
-  RateLimitedLog line("client turned away");
+  OneLinePerPause line("client turned away");
   line.log("first", kStart);
   for (int i = 0; i < 3; ++i) line.log("suppressed", kNextLine - std::chrono::nanoseconds(1));
   line.log("second", kNextLine);
-  line.log("third", kNextLine + RateLimitedLog::kBetweenLines);
+  line.log("third", kNextLine + OneLinePerPause::kPause);
   EXPECT_EQ(log.text(),
             "clockhost 3: client turned away: first\n"
             "clockhost 3: client turned away: second; 3 more since the last line\n"
             "clockhost 3: client turned away: third\n");
 }
 
-TEST(RateLimitedLog, ThrowsNothingWithoutMemory) {
-  RateLimitedLog line("client turned away");
+TEST(OneLinePerPause, ThrowsNothingWithoutMemory) {
+  OneLinePerPause line("client turned away");
   line.log("first", kStart);
   line.log("suppressed", kStart);
   const support::NoMemory none;

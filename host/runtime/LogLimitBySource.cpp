@@ -1,4 +1,4 @@
-#include "runtime/LogLimit.h"
+#include "runtime/LogLimitBySource.h"
 
 #include <algorithm>
 
@@ -13,10 +13,10 @@ std::string nameOf(const std::string& component, const std::string& file, int li
 
 }  // namespace
 
-LogLimit::LogLimit(std::size_t mostLines, Clock::duration window)
+LogLimitBySource::LogLimitBySource(std::size_t mostLines, Clock::duration window)
     : m_mostLines(mostLines), m_length(window) {}
 
-bool LogLimit::admits(const LogEntry& entry, Clock::time_point now) {
+bool LogLimitBySource::admits(const LogEntry& entry, Clock::time_point now) {
   const auto [found, isNew] = m_windows.try_emplace({entry.component, entry.file, entry.line});
   Window& window = found->second;
   if (isNew || (now >= window.end && window.suppressed == 0)) window = {now + m_length};
@@ -30,7 +30,7 @@ bool LogLimit::admits(const LogEntry& entry, Clock::time_point now) {
   return false;
 }
 
-std::vector<LogEntry> LogLimit::summaries(Clock::time_point now) {
+std::vector<LogEntry> LogLimitBySource::summaries(Clock::time_point now) {
   std::vector<LogEntry> lines;
   if (now < m_nextSummary) return lines;
   m_nextSummary = Clock::time_point::max();
@@ -46,12 +46,12 @@ std::vector<LogEntry> LogLimit::summaries(Clock::time_point now) {
   return lines;
 }
 
-LogEntry LogLimit::summary(const Source& source, const Window& window) const {
+LogEntry LogLimitBySource::summary(const Source& source, const Window& window) const {
   const auto& [component, file, line] = source;
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(m_length);
   LogEntry entry;
   entry.wall = window.wall;
-  entry.level = ApplicationLog::kWarning;
+  entry.level = kLogWarning;
   entry.component = "clockhost";
   entry.text = std::to_string(window.suppressed) + " lines suppressed of " +
                nameOf(component, file, line) + ": one place in the code may write " +

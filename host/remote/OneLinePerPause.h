@@ -5,16 +5,16 @@
 
 namespace host {
 
-// Logs one kind of refusal or failure at most once in kBetweenLines; the next line says how many
-// were suppressed since. Thread: the loop's. Failure: without memory the line is lost; nothing is
+// Logs one kind of refusal or failure at most once in kPause; the next line says how many were
+// suppressed since. Thread: the loop's. Failure: without memory the line is lost; nothing is
 // thrown.
-class RateLimitedLog {
+class OneLinePerPause {
  public:
   using Clock = std::chrono::steady_clock;
-  static constexpr std::chrono::seconds kBetweenLines{10};
+  static constexpr std::chrono::seconds kPause{10};
 
   // kind: the beginning of each line, such as "client turned away". Constant text.
-  explicit RateLimitedLog(const char* kind) : m_kind(kind) {}
+  explicit OneLinePerPause(const char* kind) : m_kind(kind) {}
 
   void log(const char* why, Clock::time_point now = Clock::now()) noexcept;
 
