@@ -13,7 +13,8 @@ class WordReader;
 // `call`: request parameters only. A reply that reports false ("setDateReturn") fails the line.
 [[nodiscard]] std::function<void(ScenarioDevice&)> callStep(WordReader& words);
 
-// `expect call`: the same, unless the line expects just that false.
+// `expect call`: also compares the reply. A reply that reports false fails the line, unless the
+// line names the parameter that is false.
 [[nodiscard]] std::function<void(ScenarioDevice&)> expectCall(WordReader& words);
 
 // `expect false call`: the reply reports false. Request parameters may be missing or of another

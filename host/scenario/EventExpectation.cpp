@@ -81,17 +81,18 @@ WantedEvent readEvent(WordReader& words) {
 bool passUntil(ScenarioDevice& device, const WantedEvent& wanted, std::chrono::nanoseconds limit) {
   std::size_t known = 0;
   bool found = false;
-  const auto look = [&] {
+  const auto notFoundYet = [&] {
     const std::size_t size = device.events().size();
     found =
         device.events().skipTo([&](const Method& event) { return matches(event, wanted); }, known);
     known = size;
     return !found;
   };
-  if (!look()) return true;
+  if (!notFoundYet()) return true;
   VirtualClock& clock = device.device().clock();
   const auto left = VirtualClock::kLastUptime - clock.uptime();
-  static_cast<void>(clock.advanceTo(clock.uptime() + std::min(limit + kSettling, left), look));
+  static_cast<void>(
+      clock.advanceTo(clock.uptime() + std::min(limit + kSettling, left), notFoundYet));
   return found;
 }
 

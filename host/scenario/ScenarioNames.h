@@ -6,8 +6,8 @@
 
 #include "verbs/Json.h"
 
-// The names that a scenario may use, so that a mistyped one is refused before anything runs. All
-// throw UsageError with the nearest known name. Pure; thread: any.
+// The names that a scenario may use, so that a mistyped one is refused before anything runs. The
+// require functions throw UsageError with the nearest known name. Pure; thread: any.
 namespace host {
 
 void requireManagementKey(const std::string& key);

@@ -165,7 +165,7 @@ class Parser {
   void readText(std::istream& text) {
     std::string line;
     for (int number = 1; std::getline(text, line); ++number) {
-      // An editor's byte-order mark is no part of the first line.
+      // Some editors write a byte-order mark before the first line.
       if (number == 1 && line.starts_with(kByteOrderMark)) line.erase(0, kByteOrderMark.size());
       m_files.back().line = number;
       try {

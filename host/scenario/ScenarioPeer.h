@@ -19,8 +19,8 @@ class Proxy;
 namespace host {
 
 // A remote observer in this process: the framework of an invoker for exactly one peer, whose proxy
-// collects the events. Owner: a scenario. Thread: events come on any; the rest is the framework
-// thread's.
+// collects the events. Owner: a scenario. Thread: any for sendMethod(), events() and lastEvents();
+// the framework thread for all else.
 class ScenarioPeer : public FrameworkContext, public ProxyRequest {
  public:
   static constexpr const char* kAddress = "scenario";

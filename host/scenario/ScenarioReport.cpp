@@ -61,19 +61,19 @@ ScenarioReport::ScenarioReport(std::span<const ScenarioCase> cases, bool tap, bo
 
 void ScenarioReport::update() {
   hideProgress();
-  for (; m_told < m_cases.size() && m_cases[m_told].end != End::notRun; ++m_told) {
-    tell(m_cases[m_told], m_told + 1);
+  for (; m_printed < m_cases.size() && m_cases[m_printed].end != End::notRun; ++m_printed) {
+    print(m_cases[m_printed], m_printed + 1);
   }
   showProgress();
 }
 
 void ScenarioReport::finish() {
   hideProgress();
-  for (; m_told < m_cases.size(); ++m_told) tell(m_cases[m_told], m_told + 1);
+  for (; m_printed < m_cases.size(); ++m_printed) print(m_cases[m_printed], m_printed + 1);
   if (m_tap || m_cases.size() > 1) m_out << (m_tap ? "# " : "") << summaryOf(m_cases) << std::endl;
 }
 
-void ScenarioReport::tell(const ScenarioCase& each, std::size_t number) {
+void ScenarioReport::print(const ScenarioCase& each, std::size_t number) {
   if (!m_tap) {
     m_err << each.failure << std::flush;
     return;

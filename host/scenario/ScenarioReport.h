@@ -10,11 +10,11 @@
 
 namespace host {
 
-// Tells how the cases of a suite end, in the order of their files. Owner: the suite; cases and
+// Prints how the cases of a suite end, in the order of their files. Owner: the suite; cases and
 // streams outlive it. Thread: its caller's.
 class ScenarioReport {
  public:
-  // progress: a line on `err` tells how far the suite is.
+  // progress: shows on `err`, on one line that is replaced, how many cases have ended.
   ScenarioReport(std::span<const ScenarioCase> cases, bool tap, bool progress, std::ostream& out,
                  std::ostream& err);
 
@@ -22,7 +22,7 @@ class ScenarioReport {
   void finish();  // at the end: cases that were not run, and the summary
 
  private:
-  void tell(const ScenarioCase& each, std::size_t number);
+  void print(const ScenarioCase& each, std::size_t number);
   void showProgress();
   void hideProgress();
 
@@ -32,7 +32,7 @@ class ScenarioReport {
   std::ostream& m_out;
   std::ostream& m_err;
   const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-  std::size_t m_told = 0;  // cases
+  std::size_t m_printed = 0;  // cases
 };
 
 // "28 scenarios: 26 passed, 1 failed, 1 not run"

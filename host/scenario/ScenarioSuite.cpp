@@ -14,7 +14,7 @@ namespace host {
 namespace fs = std::filesystem;
 namespace {
 
-// Reads all files, and tells about each wrong one. False: there is a wrong one.
+// Reads all files, and prints a line for each wrong one. False: there is a wrong one.
 bool readCases(const SuiteOptions& options, std::vector<ScenarioCase>& cases, std::ostream& err) {
   bool right = true;
   for (const fs::path& file : scenarioFiles(options.files)) {
@@ -28,7 +28,7 @@ bool readCases(const SuiteOptions& options, std::vector<ScenarioCase>& cases, st
   return right;
 }
 
-// A report that is opened before the first case runs: a wrong path is told at once.
+// A report that is opened before the first case runs, so that a wrong path is refused at once.
 class JunitFile {
  public:
   explicit JunitFile(fs::path path) : m_path(std::move(path)) {

@@ -25,8 +25,8 @@ struct ScenarioCase {
   std::chrono::milliseconds took{};
 };
 
-// Runs the cases, each in a process of its own, `jobs` at a time. After a failure no further one is
-// begun, unless keepGoing. ended: called after each one. Thread: its caller's; there is no other.
+// Runs the cases, each in a process of its own, `jobs` at a time. After a failure no further case
+// starts, unless keepGoing. Calls `ended` after each case. REQUIRES: the process has one thread.
 // Failure: host::Error when no process can be started.
 void runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
               const std::function<void()>& ended);

@@ -10,7 +10,7 @@ inline constexpr int kMostJobs = 256;
 
 // What `clockhost --scenario` was asked to run.
 struct SuiteOptions {
-  std::vector<std::filesystem::path> files{};  // and folders; empty: none
+  std::vector<std::filesystem::path> files{};  // files and folders; empty: no scenario runs
   int jobs = 1;                                // how many run at a time, 1-kMostJobs
   bool keepGoing = false;                      // a failure does not stop the others
   bool tap = false;

@@ -70,7 +70,7 @@ class NthCallFails : public ::testing::TestWithParam<FaultPoint> {
   }
 
  private:
-  // The log tells of a failure if, and only if, there was one.
+  // The log reports a failure if, and only if, there was one.
   static void expectInTheLog(const FaultPoint& point, const Workload& workload, bool failed) {
     if (failed && point.quietAtShutdown && workload.failedAtShutdown()) return;
     EXPECT_EQ(std::regex_search(workload.log(), std::regex(point.logged)), failed)

@@ -31,7 +31,7 @@ TEST(ClockCtlProgram, EndsAOneWayCallWhenTheServiceHasHandledIt) {
   EXPECT_EQ(host.ctl({"call", "getTimeVal"}).out, "getTimeValReturn=1000000000\n");
 }
 
-// A stopped host still accepts connections, so that no error tells that it did nothing.
+// A stopped host still accepts connections, so no error shows that it did nothing.
 TEST(ClockCtlProgram, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
   RunningHost host;
   host.program().signal(SIGSTOP);

@@ -124,7 +124,7 @@ TEST_F(Scenario, IncludesFilesBesideIt) {
   EXPECT_EQ(outcome.err.find(place + "expected TZ \"x\""), 0U) << outcome.err;
 }
 
-TEST_F(Scenario, AFolderRunsEachOfItsFilesAndTellsTheSum) {
+TEST_F(Scenario, RunsEachFileOfAFolderAndPrintsTheSummary) {
   write("1", "expect get date-format 0\n");
   write("2", "set date-format 1\nexpect get date-format 0\n");
   write("3", "expect get date-format 0\n");

@@ -15,7 +15,7 @@
 namespace host {
 namespace {
 
-// What a scenario tells when it fails: place, what was expected, time and events; else "passed".
+// What a scenario reports when it fails: place, what was expected, time and events; else "passed".
 std::string reportOf(const std::string& text) {
   static Plugin plugin{CLOCK_PLUGIN};
   std::istringstream stream(text);

@@ -54,8 +54,8 @@ TEST_F(ScenarioProcesses, AProcessThatDiesIsAFailureOfItsScenarioAlone) {
   EXPECT_EQ(m_ended, 3);
 }
 
-// What has begun is not broken off.
-TEST_F(ScenarioProcesses, AfterAFailureNoFurtherOneIsBegun) {
+// A case that runs already is finished.
+TEST_F(ScenarioProcesses, StartsNoFurtherCaseAfterAFailure) {
   for (int i = 0; i < 6; ++i) {
     m_cases.push_back(caseThat("bad", [] { throw ScenarioFailure("expected x, got y"); }));
   }

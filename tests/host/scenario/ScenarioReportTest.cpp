@@ -1,4 +1,4 @@
-// What is told about many scenarios, and to which stream.
+// The report on many scenarios, and the stream of each part.
 #include "scenario/ScenarioReport.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ std::vector<ScenarioCase> threeCases() {
       {"c", {}}};
 }
 
-TEST(ScenarioReport, TheSummaryTellsOnlyWhatHappened) {
+TEST(ScenarioReport, TheSummaryLeavesOutWhatDidNotHappen) {
   std::vector<ScenarioCase> cases = threeCases();
   EXPECT_EQ(summaryOf(cases), "3 scenarios: 1 passed, 1 failed, 1 not run");
   cases.resize(1);
@@ -50,8 +50,8 @@ TEST(ScenarioReport, JunitHasEachCaseWithItsFailure) {
             "</testsuite>\n");
 }
 
-// A later case that ends first is told after the earlier ones.
-TEST(ScenarioReport, TellsCasesInTheirOrder) {
+// A later case that ends first is printed after the earlier ones.
+TEST(ScenarioReport, PrintsCasesInTheirOrder) {
   std::vector<ScenarioCase> cases = threeCases();
   cases[0].end = End::notRun;
   std::ostringstream out;
