@@ -43,7 +43,7 @@ namespace {
 // program that is just removing the folder with its content.
 constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
 
-// What the first replies need not wait for is done this long after the host listens.
+// Work that the first replies do not need starts this long after the host listens.
 constexpr std::chrono::milliseconds kAfterFirstReplies{10};
 
 // During its lifetime, each NTP client process inherits a channel that sets the clock.
@@ -164,7 +164,7 @@ Host::Host(const HostOptions& options, HostLog& log)
             options.socket.c_str());
 }
 
-// A change before this is found too. The host also runs without watching its pipe.
+// A pipe that changed before this call is repaired too. The host also runs without this watch.
 void Host::watchReportPipe() try {
   ReportPipe& pipe = m_device.reportPipe();
   m_loop.onReadable(pipe.watch(), kPipeRestoreDelay, [&pipe] { pipe.restore(); });

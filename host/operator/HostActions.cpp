@@ -58,7 +58,8 @@ constexpr bool matchesVerbTable() {
   }
   return row == end;
 }
-static_assert(matchesVerbTable(), "a row for each control verb and action, in VerbTable.h's order");
+static_assert(matchesVerbTable(),
+              "a row for each verb and action that the host answers, in VerbTable.h's order");
 
 // Bytes: well below the limit of a reply, and of what may wait for a slow client.
 constexpr std::size_t kRoomForRows = 512 * 1024;

@@ -9,7 +9,8 @@
 #include "verbs/VerbWords.h"
 
 // The whole command line of clockctl, and the verbs of a scenario, in the order of the help.
-// operator/HostActions.cpp has the function that the host calls for each control verb and action.
+// operator/HostActions.cpp has the function that the host calls for each verb and action of the
+// routes control and stream.
 namespace host {
 
 inline constexpr VerbWord kKey{"KEY", "key", readText};
