@@ -1,5 +1,6 @@
 #include "apps/ClockHost.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -179,6 +180,7 @@ void Host::checkSecurityLog() {
   m_device.managementThread().post([this] {
     try {
       m_device.securityLog().check();
+      ::malloc_trim(0);  // gives back what the start and the check have used and freed
     } catch (...) {
       m_loop.post([failure = std::current_exception()] { std::rethrow_exception(failure); });
     }

@@ -45,7 +45,7 @@ struct SecurityRecord {
 class SecurityLog : public Executable, public SecurityLogServiceIfc {
  public:
   static constexpr const char* kFileName = "security.db";
-  static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is upgraded by check()
+  static constexpr int kVersion = 2;  // on disk: pragma user_version; 1 is upgraded when opened
   // The most records of each Kind. Separate limits, so that records that need no sync never
   // displace a set.
   static constexpr std::int64_t kSets = 5'000;

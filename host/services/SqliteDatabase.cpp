@@ -70,8 +70,7 @@ SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteSt
 SqliteDatabase::SqliteDatabase(const SqliteStore& store)
     : m_name(":memory:"), m_store(store), m_check(Check::onOpening) {
   connect(m_name);
-  identify();
-  complete();
+  configure();
 }
 
 SqliteDatabase::~SqliteDatabase() {
@@ -82,7 +81,7 @@ void SqliteDatabase::check() {
   const bool isOpen = m_handle != nullptr;
   if (isOpen && m_check == Check::onOpening) return;
   m_check = Check::onOpening;
-  const auto damage = damageFoundBy([&] { isOpen ? complete() : open(); });
+  const auto damage = damageFoundBy([&] { isOpen ? checkPages() : open(); });
   if (damage) openAgain(*damage);
 }
 
@@ -115,8 +114,7 @@ std::optional<std::string> SqliteDatabase::damageFoundBy(Work work) try {
 void SqliteDatabase::open() {
   create();
   connect(m_name);
-  identify();
-  if (m_check == Check::onOpening) complete();
+  configure();
 }
 
 // SQLite's own checkpoint does not report a failure. A failure loses nothing: the WAL keeps the
@@ -200,32 +198,30 @@ void SqliteDatabase::connect(const std::string& file) {
   sqlite3_busy_timeout(handle, kBusyMilliseconds);
 }
 
-// Writes nothing until the version has shown that the file is one of this store.
-void SqliteDatabase::identify() {
+// Writes nothing until the version has shown that the file is one of this store. Tables are
+// upgraded only after the check.
+void SqliteDatabase::configure() {
   execute("PRAGMA locking_mode=EXCLUSIVE");
-  m_version = versionFound();
-}
-
-void SqliteDatabase::complete() {
-  checkPages();
+  const int version = versionFound();
+  if (m_check == Check::onOpening || version != m_store.version) checkPages();
   execute(std::string("PRAGMA journal_mode=WAL; PRAGMA synchronous=") + m_store.synchronous);
   const auto committed = [](void* self, sqlite3*, const char*, int pages) {
     if (pages >= kLongWal) static_cast<SqliteDatabase*>(self)->checkpoint();
     return SQLITE_OK;  // a failed checkpoint is no failure of the transaction
   };
   sqlite3_wal_hook(handle(), committed, this);
-  if (m_version != m_store.version) {
-    execute("BEGIN IMMEDIATE;" + std::string(m_version == 0 ? m_store.schema : m_store.upgrade) +
+  if (version != m_store.version) {
+    execute("BEGIN IMMEDIATE;" + std::string(version == 0 ? m_store.schema : m_store.upgrade) +
             ";PRAGMA user_version=" + std::to_string(m_store.version) + ";COMMIT");
   }
   probe();
-  sqlite3_db_release_memory(handle());  // the check has read all pages
 }
 
 void SqliteDatabase::checkPages() {
   // Without "main." SQLite would open a temporary database, to check that too.
   const std::string integrity = first("PRAGMA main.integrity_check(1)");
   if (integrity != "ok") throw Damaged{integrity};
+  sqlite3_db_release_memory(handle());  // it has read all pages
 }
 
 void SqliteDatabase::probe() const {

@@ -25,7 +25,7 @@ struct SqliteStore {
 // FILE.damaged-N, with one log line, and a new one is created.
 class SqliteDatabase {
  public:
-  // When the pages and tables are checked. Opening always checks the header and the version.
+  // When all pages are checked for damage. Opening always checks the header and the tables.
   enum class Check { onOpening, later };
 
   // Creates a missing folder and file, both for their owner only. Throws host::Error when the file
@@ -35,9 +35,8 @@ class SqliteDatabase {
   explicit SqliteDatabase(const SqliteStore& store);  // in memory
   ~SqliteDatabase();
 
-  // Checks all pages, then creates or upgrades the tables and checks them, unless that was done.
-  // After a failure the database is closed, and the next call opens it. REQUIRES: until the first
-  // success no statement is prepared.
+  // Checks all pages, unless that was done. After a failure the database is closed, and the next
+  // call opens it. REQUIRES: until the first success no statement is prepared.
   void check();
 
   [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
@@ -61,8 +60,7 @@ class SqliteDatabase {
   void create();
   void createFile();
   void connect(const std::string& file);
-  void identify();
-  void complete();
+  void configure();
   void checkPages();
   int versionFound();
   void probe() const;
@@ -76,7 +74,6 @@ class SqliteDatabase {
   const std::string m_name;  // the file's path, or ":memory:"
   const SqliteStore m_store;
   Check m_check;
-  int m_version = 0;  // that opening found
   bool m_checkpointFails = false;
   std::unique_ptr<sqlite3, Close> m_handle;
 };

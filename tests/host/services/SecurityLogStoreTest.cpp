@@ -178,7 +178,7 @@ TEST_F(SecurityLogFile, FailedUpgradeChangesNothing) {
   ASSERT_EQ(runSql(file(), kVersionOne), "");
   {
     const FailingWrites fault(ENOSPC);
-    EXPECT_THROW(SecurityLog(folder.path()).check(), Error);
+    EXPECT_THROW(SecurityLog{folder.path()}, Error);
   }
   EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
 }
