@@ -99,9 +99,9 @@ void OptionParser::readValues(Option& option, Words& words) {
     words = words.subspan(1);
     first = false;
   }
-  if (first)
-    refuse(std::string(option.name) + ": its value is missing; write " + std::string(option.name) +
-           ' ' + std::string(option.value));
+  if (!first) return;
+  const std::string name(option.name);
+  refuse(name + ": its value is missing; write " + name + ' ' + std::string(option.value));
 }
 
 void OptionParser::use(Option& option, const std::string& value) {

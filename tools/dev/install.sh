@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# install [PREFIX]: build and install all (default ~/.local), below $DESTDIR if it is set
+# install [PREFIX]: build and install all (default $PREFIX, else ~/.local), below $DESTDIR if it is set
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-prefix=$(realpath -m -- "${1:-$HOME/.local}")
+prefix=$(realpath -m -- "${1:-${PREFIX:-$HOME/.local}}")
 need run
 configure default
 build default ClockService clockhost clockctl ntpclient manual
