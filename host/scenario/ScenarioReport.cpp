@@ -50,6 +50,15 @@ std::string junitCase(const ScenarioCase& each) {
          xmlOf(each.failure) + "</failure>\n  </testcase>\n";
 }
 
+// In TAP, an unescaped # begins a directive.
+std::string tapName(const std::string& file) {
+  std::string name;
+  for (const char letter : escapedLine(file)) {
+    name += letter == '#' ? "\\#" : std::string(1, letter);
+  }
+  return name;
+}
+
 }  // namespace
 
 ScenarioReport::ScenarioReport(std::span<const ScenarioCase> cases, bool tap, bool progress,
@@ -78,8 +87,8 @@ void ScenarioReport::print(const ScenarioCase& each, std::size_t number) {
     m_err << each.failure << std::flush;
     return;
   }
-  m_out << (each.end == End::failed ? "not ok " : "ok ") << number << " - "
-        << escapedLine(each.file) << (each.end == End::notRun ? " # SKIP not run" : "") << '\n';
+  m_out << (each.end == End::failed ? "not ok " : "ok ") << number << " - " << tapName(each.file)
+        << (each.end == End::notRun ? " # SKIP not run" : "") << '\n';
   std::istringstream lines(each.failure);
   for (std::string line; std::getline(lines, line);) m_out << "# " << line << '\n';
   m_out << std::flush;

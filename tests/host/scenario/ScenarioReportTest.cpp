@@ -67,6 +67,15 @@ TEST(ScenarioReport, PrintsCasesInTheirOrder) {
   EXPECT_EQ(out.str(), "3 scenarios: 1 passed, 1 failed, 1 not run\n");
 }
 
+// An unescaped # would begin a directive, such as SKIP.
+TEST(ScenarioReport, TapEscapesAHashInTheNameOfAFile) {
+  const std::vector<ScenarioCase> cases = {{"a # SKIP", {}, End::passed}};
+  std::ostringstream out;
+  ScenarioReport report(cases, true, false, out, out);
+  report.finish();
+  EXPECT_THAT(out.str(), testing::HasSubstr("\nok 1 - a \\# SKIP\n"));
+}
+
 TEST(ScenarioReport, OneCaseHasNoSummary) {
   const std::vector<ScenarioCase> cases = {threeCases().front()};
   std::ostringstream out;
