@@ -78,6 +78,15 @@ ClockMove recordedMove(Controller& controller, const Json& request, MoveOf moveO
   return move;
 }
 
+void requireInRange(const std::string& local, seconds instant) {
+  if (instant < seconds(0)) {
+    throw Error("local time " + local + " is before 1970-01-01 UTC; write a later one");
+  }
+  if (instant > kLastInstant) {
+    throw Error("local time " + local + " is after the year 2199 UTC; write an earlier one");
+  }
+}
+
 // The one instant of a local time under the zone of the device.
 seconds instantOf(const std::string& text) {
   const auto local = parseLocal(text);
@@ -88,9 +97,12 @@ seconds instantOf(const std::string& text) {
   if (instants.empty()) {
     throw Error("local time " + text + " is skipped by daylight saving; write a time outside it");
   }
-  if (instants.size() == 1) return instants.front();
-  throw Error("local time " + text + " comes twice; write " + instantText(instants.front()) +
-              " or " + instantText(instants.back()));
+  if (instants.size() > 1) {
+    throw Error("local time " + text + " comes twice; write " + instantText(instants.front()) +
+                " or " + instantText(instants.back()));
+  }
+  requireInRange(text, instants.front());
+  return instants.front();
 }
 
 // Rounded up: less than a second left is shown as one.

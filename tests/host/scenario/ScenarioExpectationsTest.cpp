@@ -122,7 +122,7 @@ TEST(ScenarioExpectations, TheFailureShowsTheWholeExpectation) {
       "got none\n");
 }
 
-TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
+TEST(ScenarioExpectations, AFailureShowsWhatCameInstead) {
   const std::pair<const char*, const char*> failing[] = {
       {"expect call getTime getTimeStringReturn=12:00",
        "1: expected a reply with getTimeStringReturn=12:00, got getTimeStringReturn=00:00\n"},
@@ -143,6 +143,12 @@ TEST(ScenarioExpectations, TheFailureTellsWhatCameInstead) {
       {"variant 3\nset sntp-tz-offset -5\nclock advance 1s\nclock jump local 2026-11-01 01:30:00",
        "4: expected success, got a refusal: local time 2026-11-01 01:30:00 comes twice; write "
        "2026-11-01T05:30:00Z or 2026-11-01T06:30:00Z\n"},
+      {"set sntp-tz-offset 1\nclock advance 1s\nclock jump local 1970-01-01 00:59:59",
+       "3: expected success, got a refusal: local time 1970-01-01 00:59:59 is before 1970-01-01 "
+       "UTC; write a later one\n"},
+      {"set sntp-tz-offset -5\nclock advance 1s\nclock jump local 2199-12-31 19:00:00",
+       "3: expected success, got a refusal: local time 2199-12-31 19:00:00 is after the year 2199 "
+       "UTC; write an earlier one\n"},
       {"expect tz LOC-1:00", "1: expected TZ \"LOC-1:00\", got \"LOC00:00\"\n"},
       {"expect no file setupTZ.sh", "1: expected no file setupTZ.sh, got one\n"},
       {"expect file setupTZ.sh x",
