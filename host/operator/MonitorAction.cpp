@@ -18,6 +18,7 @@
 #include "services/LocalManagement.h"
 #include "verbs/MethodJson.h"
 #include "verbs/ReadJson.h"
+#include "verbs/TimeText.h"
 
 namespace host {
 namespace {
@@ -26,8 +27,8 @@ using std::chrono::duration_cast;
 using std::chrono::microseconds;
 using SteadyClock = std::chrono::steady_clock;
 
-// Of a frame whose content is shown, in bytes. Longer ones would fill the room for the monitor's
-// answers; as JSON text, six times as much.
+// The longest payload, in bytes, whose content is shown. As JSON text it may be six times as long;
+// a longer one would fill the room for the monitor's answers.
 constexpr std::size_t kLongestPayload = 32 * 1024;
 
 constexpr std::array kKinds = {"hello",          "call",         "reply",      "event",
@@ -41,10 +42,23 @@ void addMethod(Json& entry, const TappedFrame& tapped) {
     return;
   }
   entry["method"] = method.getName();
-  entry["parameters"] = parametersJson(method);
+  // More than any call has. An object of them would take quadratic time.
+  if (method.getParameters().size() > kMostInRequest) {
+    entry["clipped"] = true;
+  } else {
+    entry["parameters"] = parametersJson(method);
+  }
 }
 
-void addJson(Json& entry, std::string_view payload) {
+// From a client, who chooses the number of members.
+void addRequest(Json& entry, std::string_view payload) try {
+  entry["json"] = readRequest(payload);
+} catch (const Error&) {
+  entry["undecodable"] = true;
+}
+
+// From the host.
+void addAnswer(Json& entry, std::string_view payload) {
   Json json = readJson(payload);
   if (json.is_discarded()) {
     entry["undecodable"] = true;
@@ -66,13 +80,15 @@ void addContent(Json& entry, const TappedFrame& tapped) {
     case FrameKind::reply:
     case FrameKind::event:
       return addMethod(entry, tapped);
+    case FrameKind::controlRequest:
+      return addRequest(entry, tapped.frame.payload);
     default:
-      return addJson(entry, tapped.frame.payload);
+      return addAnswer(entry, tapped.frame.payload);
   }
 }
 
-// Sends one client all frames, as items. While the client has not read enough of them, frames are
-// counted instead.
+// Sends one client all frames, as items. Counts those that it cannot send, because the client has
+// not read enough or there is no memory.
 class FrameMonitor {
  public:
   FrameMonitor(const VirtualClock& clock, Channel channel)
@@ -90,12 +106,10 @@ class FrameMonitor {
   }
 
   bool show(const TappedFrame& tapped) {
-    if (!m_channel->hasRoom()) {
-      ++m_lost;
-      return true;
-    }
+    const std::uint64_t lost = m_lost++;
+    if (!m_channel->hasRoom()) return true;
     Json entry = stamp();
-    if (m_lost > 0) entry["lost"] = m_lost;
+    if (lost > 0) entry["lost"] = lost;
     entry["peer"] = tapped.peer;
     entry["origin"] = tapped.origin;
     entry["direction"] = tapped.fromClient ? "received" : "sent";
@@ -103,8 +117,9 @@ class FrameMonitor {
     entry["id"] = tapped.frame.id;
     entry["bytes"] = tapped.frame.payload.size();
     addContent(entry, tapped);
+    if (!m_channel->item(jsonText(entry))) return false;
     m_lost = 0;
-    return m_channel->item(jsonText(entry));
+    return true;
   }
 
  private:
@@ -113,7 +128,7 @@ class FrameMonitor {
     return {{"microseconds", duration_cast<microseconds>(since).count()},
             {"wall", duration_cast<microseconds>(m_clock.wall()).count()},
             {"uptime", duration_cast<microseconds>(m_clock.uptime()).count()},
-            {"speed", m_clock.speed()}};
+            {"speed", speedText(m_clock.speed())}};
   }
 
   const VirtualClock& m_clock;

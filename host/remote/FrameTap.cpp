@@ -6,7 +6,7 @@
 namespace host {
 namespace {
 
-thread_local bool t_showing = false;  // what is sent now, a listener sends
+thread_local bool t_showing = false;  // a listener runs; the frames that it sends are not shown
 
 bool wantsMore(const FrameTap::Listener& listener, const TappedFrame& frame) try {
   return listener(frame);

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <nlohmann/json.hpp>
 
+#include "clock/VirtualClock.h"
 #include "host/operator/RecordingChannel.h"
 #include "operator/Controller.h"
 #include "remote/CodecTable.h"
@@ -43,7 +45,7 @@ TEST_F(Monitor, BeginsWithTheDevice) {
   const Json entry = Json::parse(channel->items.front());
   EXPECT_EQ(entry.at("begin").dump(),
             R"({"origin":"","variant":0,"softwareType":"","mac":"","network":"down"})");
-  EXPECT_EQ(entry.at("speed"), 0);
+  EXPECT_EQ(entry.at("speed"), "paused");
 }
 
 TEST_F(Monitor, ShowsEachKindOfFrame) {
@@ -68,6 +70,37 @@ TEST_F(Monitor, LeavesContentOutThatIsTooLongOrNotInItsFormat) {
   const Json clipped = shown(FrameKind::controlReply, std::string(32 * 1024 + 1, 'x'));
   EXPECT_TRUE(clipped.at("clipped").get<bool>());
   EXPECT_EQ(clipped.at("bytes"), 32 * 1024 + 1);
+}
+
+// Reading and building an object takes quadratic time.
+TEST_F(Monitor, LeavesContentOutThatHasTooManyMembers) {
+  std::string members;
+  std::string parameters;
+  for (int i = 0; i <= 64; ++i) {
+    const std::string name = (i == 0 ? "\"" : ",\"") + std::to_string(i) + '"';
+    members.append(name).append(":0");
+    parameters += (i == 0 ? "" : ",") + (R"({"name":"p)" + std::to_string(i)) +
+                  R"(","direction":0,"value":0})";
+  }
+  EXPECT_TRUE(shown(FrameKind::controlRequest, '{' + members + '}').at("undecodable").get<bool>());
+  const Json call =
+      shown(FrameKind::call, R"({"name":"m","type":0,"parameters":[)" + parameters + "]}");
+  EXPECT_EQ(call.at("method"), "m");
+  EXPECT_TRUE(call.at("clipped").get<bool>());
+  EXPECT_FALSE(call.contains("parameters"));
+}
+
+TEST_F(Monitor, ShowsTheSpeedAsClockShowDoes) {
+  telephone.device().clock().setSpeed(std::numeric_limits<double>::infinity());
+  EXPECT_EQ(shown(FrameKind::hello, "a").at("speed"), "max");
+}
+
+TEST_F(Monitor, CountsFramesThatAreLostWithoutMemory) {
+  channel->memory = false;
+  static_cast<void>(shown(FrameKind::hello, "a"));
+  static_cast<void>(shown(FrameKind::hello, "b"));
+  channel->memory = true;
+  EXPECT_EQ(shown(FrameKind::hello, "c").at("lost"), 2);
 }
 
 TEST_F(Monitor, CountsFramesWhileTheClientDoesNotRead) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@ class RecordingChannel : public ControlChannel {
     return true;
   }
   bool item(std::string_view json) override {
+    if (!memory) throw std::bad_alloc();
     if (reads) items.emplace_back(json);
     return reads;
   }
@@ -28,6 +30,7 @@ class RecordingChannel : public ControlChannel {
 
   bool reads = true;
   bool room = true;
+  bool memory = true;
   bool isWanted = true;
   int holds = 0;
   std::vector<std::string> replies;
