@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "base/PrintableText.h"
+#include "scenario/ScenarioParser.h"
 
 namespace host {
 namespace fs = std::filesystem;

@@ -1,3 +1,5 @@
+#include "scenario/ScenarioParser.h"
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -8,7 +10,6 @@
 #include "framework/DataAccess.h"
 #include "scenario/CallExpectation.h"
 #include "scenario/EventExpectation.h"
-#include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "scenario/ScenarioExpectations.h"
 #include "scenario/ScenarioNames.h"

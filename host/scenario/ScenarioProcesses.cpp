@@ -1,3 +1,5 @@
+#include "scenario/ScenarioProcesses.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/prctl.h>
@@ -18,7 +20,6 @@
 #include "base/Error.h"
 #include "base/PrintableText.h"
 #include "scenario/ScenarioRunner.h"
-#include "scenario/ScenarioSuite.h"
 
 namespace host {
 namespace {

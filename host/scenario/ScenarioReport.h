@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "scenario/ScenarioSuite.h"
+#include "scenario/ScenarioProcesses.h"
 
 namespace host {
 

@@ -8,6 +8,7 @@
 #include "base/PrintableText.h"
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioFile.h"
+#include "scenario/ScenarioProcesses.h"
 #include "scenario/ScenarioReport.h"
 
 namespace host {

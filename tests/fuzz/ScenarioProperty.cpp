@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "fuzz/Property.h"
-#include "scenario/Scenario.h"
+#include "scenario/ScenarioParser.h"
 #include "scenario/ScenarioPaths.h"
 #include "scenario/ScenarioWords.h"
 #include "verbs/UsageError.h"

@@ -9,7 +9,7 @@
 
 #include "runtime/Plugin.h"
 #include "scenario/EventExpectation.h"
-#include "scenario/Scenario.h"
+#include "scenario/ScenarioParser.h"
 #include "scenario/ScenarioRunner.h"
 
 namespace host {

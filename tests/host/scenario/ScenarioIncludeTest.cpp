@@ -5,7 +5,7 @@
 #include <map>
 #include <sstream>
 
-#include "scenario/Scenario.h"
+#include "scenario/ScenarioParser.h"
 
 namespace host {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "scenario/Scenario.h"
+#include "scenario/ScenarioParser.h"
 #include "scenario/ScenarioWords.h"
 #include "verbs/UsageError.h"
 

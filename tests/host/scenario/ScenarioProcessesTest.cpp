@@ -1,4 +1,6 @@
 // Many scenarios, each in a process of its own.
+#include "scenario/ScenarioProcesses.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -8,7 +10,6 @@
 #include <functional>
 
 #include "runtime/Plugin.h"
-#include "scenario/ScenarioSuite.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
