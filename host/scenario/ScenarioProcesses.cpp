@@ -101,8 +101,9 @@ class CommonFolder {
 };
 
 // In the new process. It ends as a program does, with the destructors of all static objects.
-[[noreturn]] void runInChild(Plugin& plugin, const ScenarioCase& each, int output) {
+[[noreturn]] void runInChild(Plugin& plugin, const ScenarioCase& each, int output, pid_t runner) {
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (::getppid() != runner) ::_exit(1);  // the runner ended before
   const std::string failure = runScenario(plugin, each.scenario, each.file);
   writeAll(output, failure);
   std::exit(failure.empty() ? 0 : 1);  // NOLINT(concurrency-mt-unsafe): the last thread
@@ -117,11 +118,12 @@ class RunningCase {
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) failStart();
     m_output = Descriptor(ends[0]);
     const Descriptor input(ends[1]);
+    const pid_t runner = ::getpid();
     m_process = ::fork();
     if (m_process < 0) failStart();
     if (m_process != 0) return;
     interruption.restore();
-    runInChild(plugin, each, input.get());
+    runInChild(plugin, each, input.get(), runner);
   }
   ~RunningCase() {
     if (m_process <= 0) return;
