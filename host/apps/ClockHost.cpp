@@ -14,6 +14,7 @@
 #include "DataStorage.h"
 #include "Logging.h"
 #include "apps/HostOptions.h"
+#include "base/Descriptor.h"
 #include "base/Error.h"
 #include "base/Version.h"
 #include "clock/VirtualClock.h"
@@ -24,8 +25,10 @@
 #include "interpose/DeviceRoot.h"
 #include "operator/Controller.h"
 #include "remote/RemoteServer.h"
+#include "runtime/ChangeRecorder.h"
 #include "runtime/ClockChannel.h"
 #include "runtime/ClockPrivilege.h"
+#include "runtime/ClockSetWatch.h"
 #include "runtime/Device.h"
 #include "runtime/EventLoop.h"
 #include "runtime/HostLog.h"
@@ -43,6 +46,9 @@ namespace {
 // The pipe is created again only after this pause: created at once, it would be in the way of a
 // program that is just removing the folder with its content.
 constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
+
+// From a set of the machine's clock by the host to its record.
+constexpr std::chrono::milliseconds kOwnSetDelay{100};
 
 // Work that the first replies do not need starts this long after the host listens.
 constexpr std::chrono::milliseconds kAfterFirstReplies{10};
@@ -120,6 +126,7 @@ class Host {
  private:
   void watchReportPipe();
   void checkSecurityLog();
+  void watchMachineClock();
 
   Plugin m_plugin;
   VirtualClock m_clock;
@@ -129,6 +136,7 @@ class Host {
   RemoteServer m_server;
   Device m_device;
   Controller m_controller;
+  Descriptor m_clockSets;  // under --clock system
 };
 
 // From the beginning, so that a signal during the start ends the host in order, too.
@@ -157,8 +165,9 @@ Host::Host(const HostOptions& options, HostLog& log)
   warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   if (!options.systemClock) m_clock.setSpeed(options.speed);
-  m_loop.postAfter(kAfterFirstReplies, [this] {
+  m_loop.postAfter(kAfterFirstReplies, [this, system = options.systemClock] {
     watchReportPipe();
+    if (system) watchMachineClock();
     checkSecurityLog();
   });
   logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "listening at \"%s\"",
@@ -185,6 +194,17 @@ void Host::checkSecurityLog() {
       m_loop.post([failure = std::current_exception()] { std::rethrow_exception(failure); });
     }
   });
+}
+
+// After a pause, in which the host has recorded a set of its own.
+void Host::watchMachineClock() try {
+  m_clockSets = openClockSetWatch();
+  m_loop.onReadable(m_clockSets.get(), kOwnSetDelay, [this] {
+    clearClockSetWatch(m_clockSets.get());
+    m_device.changes().checkMachineClock();
+  });
+} catch (const std::exception& error) {
+  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s", error.what());
 }
 
 void Host::runUntilStopped() {

@@ -15,6 +15,7 @@
 namespace host {
 namespace {
 
+using Nanoseconds = VirtualClock::Nanoseconds;
 using Setter = VirtualClock::Setter;
 using std::chrono::floor;
 using std::chrono::seconds;
@@ -23,8 +24,8 @@ using std::chrono::seconds;
 constexpr std::string_view kSavedTime = "FallbackDateTime";
 constexpr std::string_view kSecret = "NTPsharedSecret";
 
-// A correction by the time server below this is no change: the telephone shows no parts of seconds,
-// and hourly corrections would push the other changes out of the history.
+// A correction by the time server or another program below this is no change: the telephone shows
+// no parts of seconds, and hourly corrections would push the other changes out of the history.
 constexpr VirtualClock::Nanoseconds kCorrection = seconds(1);
 
 const char* sourceOf(Setter setter) {
@@ -79,7 +80,10 @@ std::string causeText() {
 }  // namespace
 
 ChangeRecorder::ChangeRecorder(VirtualClock& clock, DataAccess& store, History& history)
-    : m_clock(clock), m_store(store), m_history(history) {
+    : m_clock(clock),
+      m_store(store),
+      m_history(history),
+      m_knownAtZero(clock.wall() - clock.uptime()) {
   clock.onWallSet([this](Nanoseconds from, Nanoseconds to, Setter setter) {
     try {
       wallSet(from, to, setter);
@@ -136,6 +140,22 @@ ClockOrigin ChangeRecorder::origin() const {
   return m_origin;
 }
 
+Nanoseconds ChangeRecorder::shown() const {
+  const MutexLock lock(m_mutex);
+  return m_origin.byHand ? m_wallAtZero + m_clock.uptime() : m_clock.wall();
+}
+
+void ChangeRecorder::checkMachineClock() {
+  const Nanoseconds uptime = m_clock.uptime();
+  const Nanoseconds now = m_clock.wall();
+  Nanoseconds known;
+  {
+    const MutexLock lock(m_mutex);
+    known = m_knownAtZero + uptime;
+  }
+  if (std::chrono::abs(now - known) >= kCorrection) wallSet(known, now, Setter::program);
+}
+
 Change ChangeRecorder::changeOf(const std::string& what, const char* otherwise) const {
   Change change;
   change.time = floor<seconds>(m_clock.wall());
@@ -153,11 +173,12 @@ void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
   Change change = changeOf("clock", sourceOf(setter));
   {
     const MutexLock lock(m_mutex);
+    m_knownAtZero = to - m_clock.uptime();
     const bool byHand = setter == Setter::hand;
     if (byHand && m_origin.byHand) from = m_wallAtZero + m_clock.uptime();
     change.from = instantText(from);
     change.to = instantText(to);
-    if (byHand) m_wallAtZero = to - m_clock.uptime();
+    if (byHand) m_wallAtZero = to - floor<seconds>(m_clock.uptime());
     if (byHand || !m_origin.byHand) {
       m_origin.source = sourceOf(setter);
       m_origin.byHand = byHand;

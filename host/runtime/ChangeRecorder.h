@@ -38,6 +38,13 @@ class ChangeRecorder : public Executable, public DataAccess {
 
   [[nodiscard]] ClockOrigin origin() const;
 
+  // Call it when a program may have set the machine's clock: records a change that did not come
+  // through `clock`.
+  void checkMachineClock();
+
+  // The time that the telephone shows, since 1970-01-01 UTC.
+  [[nodiscard]] VirtualClock::Nanoseconds shown() const;
+
  private:
   using Nanoseconds = VirtualClock::Nanoseconds;
 
@@ -52,6 +59,7 @@ class ChangeRecorder : public Executable, public DataAccess {
   mutable Mutex m_mutex;
   ClockOrigin m_origin CLOCK_GUARDED_BY(m_mutex);
   Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};  // of a time set by hand, at uptime 0
+  Nanoseconds m_knownAtZero CLOCK_GUARDED_BY(m_mutex);    // of the system time, at uptime 0
   Change m_lastSetting CLOCK_GUARDED_BY(m_mutex);
 };
 

@@ -5,6 +5,7 @@
 
 #include "base/Origin.h"
 #include "clock/VirtualClock.h"
+#include "runtime/ChangeRecorder.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioDevice.h"
@@ -93,6 +94,19 @@ TEST_F(TelephoneWithHistory, TellsWhatMovedTheClockWithoutTheService) {
                    "clock: 2038-01-19T03:13:57Z -> 1970-01-01T00:00:05Z (another program)"}));
   EXPECT_TRUE(logged("2030-01-01T00:00:00Z to 1970-01-01T00:00:00Z: clock jump, device"));
   EXPECT_TRUE(logged("2038-01-19T03:13:57Z to 1970-01-01T00:00:05Z: another program, device"));
+}
+
+// A program that sets the machine's clock tells nobody.
+TEST_F(TelephoneWithHistory, FindsAChangeByAnotherProgram) {
+  Device& device = telephone.device();
+  device.changes().checkMachineClock();
+  EXPECT_TRUE(history().empty());
+  device.clock().onWallSet({});
+  EXPECT_TRUE(setWall(seconds(1'893'456'000), {}, VirtualClock::Setter::jump));
+  device.changes().checkMachineClock();
+  device.changes().checkMachineClock();
+  EXPECT_EQ(history(), (Lines{"clock: 2016-06-16T00:00:00Z -> 2030-01-01T00:00:00Z (another "
+                              "program)"}));
 }
 
 TEST_F(TelephoneWithHistory, LeavesOutTheTimeServersSmallCorrections) {
