@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <fstream>
 #include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <sstream>
+#include <thread>
 
 #include "apps/ClockCtlOptions.h"
 #include "base/PrintableText.h"
@@ -20,6 +22,7 @@
 #include "verbs/MethodCatalogue.h"
 #include "verbs/MethodJson.h"
 #include "verbs/NamedRows.h"
+#include "verbs/OffsetPlot.h"
 #include "verbs/ReadJson.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
@@ -33,6 +36,8 @@ constexpr milliseconds kCallLimit = std::chrono::seconds(2);
 constexpr milliseconds kControlLimit = std::chrono::seconds(5);  // may wait 1 s for a name server
 constexpr milliseconds kMoveLimit = std::chrono::seconds(60);    // advancing a year takes a while
 constexpr milliseconds kEventWait = std::chrono::hours(1);       // then the wait is repeated
+
+constexpr milliseconds kRefresh = std::chrono::seconds(1);  // of `status --watch`
 
 enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
 
@@ -90,7 +95,8 @@ class Command {
       case Verb::Route::watch:
         return watch();
       case Verb::Route::control:
-        return m_request.value("follow", false) ? follow() : control();
+        if (m_request.value("follow", false)) return follow();
+        return m_request.value("watch", false) ? repeat() : control();
       case Verb::Route::stream:
         return follow();
     }
@@ -151,7 +157,10 @@ class Command {
 
   // Long lists come in pages. Each must end with a later record, or there might be no last one.
   void control() {
+    const std::string plot = m_request.value("plot", std::string());
+    if (m_request.contains("plot")) m_request["plot"] = true;
     Json answer = ask();
+    if (m_request.contains("plot")) writePlot(plot, answer);
     for (std::int64_t last = 0; answer.contains("after");) {
       const auto after = answer["after"].get<std::int64_t>();
       if (after <= last) throw Refusal("the host's pages do not advance");
@@ -159,6 +168,26 @@ class Command {
       answer = joined(std::move(answer), ask());
     }
     print(answer);
+  }
+
+  static void writePlot(const std::string& path, const Json& answer) {
+    std::ofstream file(path, std::ios::binary);
+    file << offsetPlot(answer);
+    if (!file.flush()) throw Refusal("the plot " + quotedText(path) + " cannot be written");
+  }
+
+  // The answer every second, on a terminal in the place of the one before.
+  void repeat() {
+    m_request.erase("watch");
+    const bool replaces = !m_options.json && ::isatty(STDOUT_FILENO) == 1;
+    for (;;) {
+      const Json answer = ask();
+      if (replaces) m_out << "\033[H\033[2J";
+      print(answer);
+      if (!replaces && !m_options.json) m_out << '\n';
+      if (!m_out.flush()) return;
+      std::this_thread::sleep_for(kRefresh);
+    }
   }
 
   Json ask() {

@@ -112,6 +112,12 @@ void VirtualClock::disarm(int id, Timer& timer) {
   timer.expiry.reset();
 }
 
+std::optional<Nanoseconds> VirtualClock::expiryOf(int timer) const {
+  const MutexLock lock(m_mutex);
+  const auto found = m_timers.find(timer);
+  return found == m_timers.end() ? std::nullopt : found->second.expiry;
+}
+
 std::optional<Nanoseconds> VirtualClock::nextExpiry() const {
   const MutexLock lock(m_mutex);
   return earliest();

@@ -1,10 +1,20 @@
 #include "framework/HostContext.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 
 #include "clock/VirtualClock.h"
 
 namespace host {
+namespace {
+
+// The service's timers in the order in which it first creates them.
+constexpr std::array<std::string_view, 7> kPlaces = {
+    "fallback refresh", "time changed", "date changed", "zone refresh",
+    "time sync",        "date sync",    "NTP restart"};
+
+}  // namespace
 
 HostContext::HostContext(VirtualClock& clock) : m_clock(clock) {}
 
@@ -25,7 +35,11 @@ Executable* HostContext::getService(const std::string& name) {
 }
 
 int HostContext::createTimer(Executable& owner, unsigned int periodMilliseconds) {
-  return m_clock.createTimer(owner, std::chrono::milliseconds{periodMilliseconds});
+  const int timer = m_clock.createTimer(owner, std::chrono::milliseconds{periodMilliseconds});
+  const MutexLock lock(m_mutex);
+  const auto deleted = m_deleted.extract(std::this_thread::get_id());
+  m_places[timer] = deleted.empty() ? m_nextPlace++ : deleted.mapped();
+  return timer;
 }
 
 void HostContext::startTimer(int timerId) {
@@ -42,6 +56,21 @@ void HostContext::cancelTimer(int timerId) {
 
 void HostContext::deleteTimer(int timerId) {
   m_clock.deleteTimer(timerId);
+  const MutexLock lock(m_mutex);
+  const auto place = m_places.extract(timerId);
+  if (!place.empty()) m_deleted[std::this_thread::get_id()] = place.mapped();
+}
+
+std::vector<NamedTimer> HostContext::armedTimers() const {
+  const MutexLock lock(m_mutex);
+  std::vector<NamedTimer> timers;
+  for (const auto& [id, place] : m_places) {
+    const auto expiry = m_clock.expiryOf(id);
+    if (expiry) timers.push_back({place < kPlaces.size() ? kPlaces[place] : "timer", *expiry});
+  }
+  std::sort(timers.begin(), timers.end(),
+            [](const NamedTimer& a, const NamedTimer& b) { return a.expiry < b.expiry; });
+  return timers;
 }
 
 }  // namespace host

@@ -1,7 +1,12 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <map>
 #include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
 
 #include "Context.h"
 #include "base/Mutex.h"
@@ -9,6 +14,12 @@
 namespace host {
 
 class VirtualClock;
+
+// An armed timer of the service.
+struct NamedTimer {
+  std::string_view name;              // as the documentation of the architecture calls it
+  std::chrono::nanoseconds expiry{};  // uptime
+};
 
 // The framework's side of Context: services by name, and the clock's timers.
 // Owner: the device; clock and services outlive it. Thread: any.
@@ -29,10 +40,18 @@ class HostContext final : public Context {
   void cancelTimer(int timerId) override;
   void deleteTimer(int timerId) override;
 
+  // In the order of their expiry. A timer's name follows from the order in which the service
+  // creates its timers: one that it creates after deleting another, on the same thread, takes its
+  // place.
+  [[nodiscard]] std::vector<NamedTimer> armedTimers() const;
+
  private:
   VirtualClock& m_clock;
-  Mutex m_mutex;
+  mutable Mutex m_mutex;
   std::map<std::string, Executable*> m_services CLOCK_GUARDED_BY(m_mutex);
+  std::map<int, std::size_t> m_places CLOCK_GUARDED_BY(m_mutex);               // of each timer
+  std::map<std::thread::id, std::size_t> m_deleted CLOCK_GUARDED_BY(m_mutex);  // the last place
+  std::size_t m_nextPlace CLOCK_GUARDED_BY(m_mutex) = 0;
 };
 
 }  // namespace host

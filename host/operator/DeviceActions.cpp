@@ -4,7 +4,6 @@
 #include "base/PrintableText.h"
 #include "framework/FailedLookups.h"
 #include "operator/AuditRecord.h"
-#include "operator/ChildProcesses.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
 #include "operator/LogRing.h"
@@ -16,8 +15,6 @@
 
 namespace host {
 namespace {
-
-constexpr const char* kNtpClient = "ntpclient";
 
 // Sets the key to the request's value on the management thread, and answers after the observers
 // were notified there.
@@ -39,11 +36,6 @@ void record(Controller& controller, const Json& request, Injection inject) {
                       memberWords(request, {"plug", "status", "key", "value"}));
   inject();
   act.done();
-}
-
-std::string ntpClientState() {
-  const auto id = childRunning(kNtpClient);
-  return id ? "running, process " + std::to_string(*id) : "not running";
 }
 
 }  // namespace
@@ -85,21 +77,6 @@ void actOnInjectUserData(Controller& controller, const Json& request, const Chan
 void actOnInjectValue(Controller& controller, const Json& request, const Channel& channel) {
   record(controller, request,
          [&] { changeValue(controller, textMember(request, "key"), request, channel); });
-}
-
-void actOnStatus(Controller& controller, const Json&, const Channel& channel) {
-  Device& device = controller.device();
-  const HostFacts& facts = controller.facts();
-  Json reply = {{"ok", true}, {"clock", clockState(controller)}};
-  if (!facts.plugin.empty()) reply["plugin"] = facts.plugin;
-  reply["variant"] = device.options().variant;
-  reply["network"] = device.management().value("interface-status").value_or("unknown");
-  reply["ntpClient"] = ntpClientState();
-  if (facts.clients) reply["clients"] = facts.clients();
-  if (!facts.socket.empty()) reply["socket"] = facts.socket;
-  reply["state"] = device.options().state.string();
-  reply["version"] = facts.version;
-  answer(channel, reply);
 }
 
 void actOnLog(Controller& controller, const Json& request, const Channel& channel) {

@@ -41,6 +41,7 @@ constexpr HostActionRow kHostActions[] = {
     {"inject", "value", actOnInjectValue},
     {"status", "", actOnStatus},
     {"history", "", actOnHistory},
+    {"upcoming", "", actOnUpcoming},
     {"log", "", actOnLog},
     {"security-log", "", actOnSecurityLog},
     {"monitor", "", actOnMonitor},

@@ -22,7 +22,7 @@ using HostAction = void(Controller& controller, const Json& request, const Chann
 HostAction carryOut;
 
 HostAction actOnGet, actOnSet, actOnReset, actOnKeys, actOnStatus, actOnHistory, actOnLog,
-    actOnSecurityLog, actOnMonitor;
+    actOnSecurityLog, actOnMonitor, actOnUpcoming;
 HostAction actOnClockShow, actOnClockSpeed, actOnClockPause, actOnClockAdvance, actOnClockNext,
     actOnClockJump, actOnClockTo;
 HostAction actOnInjectJack, actOnInjectNetwork, actOnInjectDhcp, actOnInjectMobility,

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Invoker.h"
 #include "Service.h"
@@ -77,6 +78,7 @@ class Device {
   [[nodiscard]] PhysicalInterface& physical() { return m_physical; }
   [[nodiscard]] SecurityLog& securityLog() { return *m_securityLog; }
   [[nodiscard]] DataAccess& store() { return *m_store; }
+  [[nodiscard]] std::vector<NamedTimer> timers() const { return m_context.armedTimers(); }
   [[nodiscard]] History& history() { return *m_history; }
   [[nodiscard]] ChangeRecorder& changes() { return *m_changes; }
   [[nodiscard]] const DeviceOptions& options() const { return m_options; }

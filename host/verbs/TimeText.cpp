@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include "base/Ascii.h"
@@ -180,11 +181,16 @@ std::string longInstantText(seconds sinceEpoch) {
 std::string localText(time_t sinceEpoch) {
   tm local{};
   if (localtime_r(&sinceEpoch, &local) == nullptr) return "";
-  const long minutes = std::labs(local.tm_gmtoff) / 60;
-  std::array<char, 48> zone{};
-  std::snprintf(zone.data(), zone.size(), " (%s, UTC%c%02ld:%02ld)", local.tm_zone,
-                local.tm_gmtoff < 0 ? '-' : '+', minutes / 60, minutes % 60);
-  return dateAndTime(local, ' ') + zone.data();
+  const std::string zone = std::string(" (") + local.tm_zone + ", ";
+  return dateAndTime(local, ' ') + zone + offsetText(seconds(local.tm_gmtoff)) + ')';
+}
+
+std::string offsetText(seconds eastOfUtc) {
+  const long long minutes = std::llabs(eastOfUtc.count()) / 60;
+  std::array<char, 48> text{};
+  std::snprintf(text.data(), text.size(), "UTC%c%02lld:%02lld", eastOfUtc.count() < 0 ? '-' : '+',
+                minutes / 60, minutes % 60);
+  return text.data();
 }
 
 std::string durationText(seconds duration) {

@@ -46,6 +46,9 @@ inline constexpr std::chrono::seconds kLastInstant{7258118399};  // the end of 2
 // Local wall time under the process's TZ: "2026-03-08 01:59:50 (LOC, UTC-05:00)".
 [[nodiscard]] std::string localText(time_t sinceEpoch);
 
+// "UTC-05:00"
+[[nodiscard]] std::string offsetText(std::chrono::seconds eastOfUtc);
+
 // "1d 02:03:04", without the days when there are none.
 [[nodiscard]] std::string durationText(std::chrono::seconds duration);
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <span>
@@ -10,6 +12,8 @@
 #include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "verbs/JsonText.h"
+#include "verbs/PrintedMember.h"
+#include "verbs/TimeText.h"
 
 namespace host {
 namespace {
@@ -23,16 +27,9 @@ std::string textOf(const Json& value) {
   return value.is_string() ? oneLine(value.get<std::string>()) : jsonLine(value);
 }
 
-// A member as text on one line; empty when there is none.
-std::string member(const Json& object, const char* name) {
-  const auto found = object.find(name);
-  if (found == object.end() || found->is_null()) return {};
-  return textOf(*found);
-}
-
 // Compared as text: another program may answer with any type.
 bool isTrue(const Json& object, const char* name) {
-  return member(object, name) == "true";
+  return memberText(object, name) == "true";
 }
 
 // Cut to its column of a table; `get` prints the whole value.
@@ -40,14 +37,9 @@ std::string clipped(const std::string& text, std::size_t width) {
   return text.size() <= width ? text : std::string(beginningOf(text, width - 3)) + "...";
 }
 
-std::string padded(std::string text, std::size_t width) {
-  text.resize(std::max(text.size(), width), ' ');
-  return text;
-}
-
 // "title    value", or nothing when there is no such member.
 void printMember(const Json& object, const char* name, const char* title, std::ostream& out) {
-  if (object.contains(name)) out << padded(title, 13) << member(object, name) << '\n';
+  if (object.contains(name)) out << padded(title, 13) << memberText(object, name) << '\n';
 }
 
 struct Line {
@@ -60,19 +52,13 @@ constexpr Line kClockLines[] = {
     {"uptime", "uptime"}, {"timers", "timers"}, {"next", "next timer"}, {"note", "note"},
 };
 
-constexpr Line kStatusLines[] = {
-    {"plugin", "plug-in"},       {"variant", "variant"}, {"network", "network"},
-    {"ntpClient", "ntp client"}, {"clients", "clients"}, {"socket", "socket"},
-    {"state", "state"},          {"version", "version"},
-};
-
 void printMembers(const Json& object, std::span<const Line> lines, std::ostream& out) {
   for (const Line& line : lines) printMember(object, line.member, line.title, out);
 }
 
 // Compared as text: a host of another version may write any number.
 std::string levelText(const Json& entry) {
-  std::string number = member(entry, "level");
+  std::string number = memberText(entry, "level");
   for (std::size_t level = 0; level < kLogLevelNames.size(); ++level) {
     if (number == std::to_string(level)) return kLogLevelNames[level];
   }
@@ -80,15 +66,32 @@ std::string levelText(const Json& entry) {
 }
 
 void printLogEntry(const Json& entry, std::ostream& out) {
-  out << member(entry, "time") << ' ' << padded(levelText(entry), 8) << ' '
-      << member(entry, "component") << ' ' << member(entry, "text");
-  if (!member(entry, "file").empty()) {
-    out << " (" << member(entry, "file") << ':' << member(entry, "line") << ')';
+  out << memberText(entry, "time") << ' ' << padded(levelText(entry), 8) << ' '
+      << memberText(entry, "component") << ' ' << memberText(entry, "text");
+  if (!memberText(entry, "file").empty()) {
+    out << " (" << memberText(entry, "file") << ':' << memberText(entry, "line") << ')';
   }
   out << '\n';
 }
 
 }  // namespace
+
+std::string memberText(const Json& object, const char* name) {
+  const auto found = object.find(name);
+  if (found == object.end() || found->is_null()) return {};
+  return textOf(*found);
+}
+
+std::string offsetText(const Json& object, const char* name) {
+  const auto found = object.find(name);
+  if (found == object.end() || !found->is_number_integer()) return memberText(object, name);
+  return offsetText(std::chrono::seconds(found->get<std::int64_t>()));
+}
+
+std::string padded(std::string text, std::size_t width) {
+  text.resize(std::max(text.size(), width), ' ');
+  return text;
+}
 
 void printNothing(const Json&, std::ostream&) {}
 
@@ -101,7 +104,7 @@ void printCall(const Json& answer, std::ostream& out) {
 }
 
 void printEvent(const Json& event, std::ostream& out) {
-  out << member(event, "event");
+  out << memberText(event, "event");
   const Json parameters = event.value("parameters", Json::object());
   for (const auto& [name, value] : parameters.items()) {
     out << ' ' << oneLine(name) << '=' << textOf(value);
@@ -110,14 +113,14 @@ void printEvent(const Json& event, std::ostream& out) {
 }
 
 void printValue(const Json& answer, std::ostream& out) {
-  out << member(answer, "value") << '\n';
+  out << memberText(answer, "value") << '\n';
 }
 
 void printKeys(const Json& answer, std::ostream& out) {
   out << padded("KEY", 26) << padded("VALUE", 28) << padded("SETTABLE", 10) << "STATE\n";
   for (const Json& row : answer.value("keys", Json::array())) {
-    out << padded(member(row, "key"), 26) << padded(clipped(member(row, "value"), 27), 28)
-        << padded(isTrue(row, "settable") ? "yes" : "no", 10) << member(row, "state") << '\n';
+    out << padded(memberText(row, "key"), 26) << padded(clipped(memberText(row, "value"), 27), 28)
+        << padded(isTrue(row, "settable") ? "yes" : "no", 10) << memberText(row, "state") << '\n';
   }
 }
 
@@ -125,17 +128,24 @@ void printClock(const Json& answer, std::ostream& out) {
   printMembers(answer, kClockLines, out);
 }
 
-void printStatus(const Json& answer, std::ostream& out) {
-  printClock(answer.value("clock", Json::object()), out);
-  printMembers(answer, kStatusLines, out);
-}
-
 void printHistory(const Json& answer, std::ostream& out) {
   for (const Json& change : answer.value("changes", Json::array())) {
-    const std::string from = member(change, "from");
-    out << member(change, "time") << ' ' << member(change, "what") << ": "
-        << (from.empty() ? "(none)" : from) << " -> " << member(change, "to") << " ("
-        << member(change, "cause") << "; " << member(change, "who") << ")\n";
+    const std::string from = memberText(change, "from");
+    out << memberText(change, "time") << ' ' << memberText(change, "what") << ": "
+        << (from.empty() ? "(none)" : from) << " -> " << memberText(change, "to") << " ("
+        << memberText(change, "cause") << "; " << memberText(change, "who") << ")\n";
+  }
+}
+
+void printUpcoming(const Json& answer, std::ostream& out) {
+  for (const Json& row : answer.value("upcoming", Json::array())) {
+    const std::string latest = memberText(row, "latest");
+    const std::string before = memberText(row, "before");
+    out << memberText(row, "time") << ' ' << padded(memberText(row, "local"), 38) << ' '
+        << padded(memberText(row, "kind"), 12) << memberText(row, "what");
+    if (!latest.empty()) out << ", at " << latest << " at the latest";
+    if (!before.empty()) out << offsetText(row, "before") << " -> " << offsetText(row, "after");
+    out << '\n';
   }
 }
 
@@ -150,14 +160,14 @@ void printLog(const Json& answer, std::ostream& out) {
 
 void printSecurityLog(const Json& answer, std::ostream& out) {
   for (const Json& record : answer.value("records", Json::array())) {
-    const std::string lost = member(record, "lost");
+    const std::string lost = memberText(record, "lost");
     if (!lost.empty()) out << "- " << lost << " could not be written\n";
-    const std::string origin = member(record, "origin");
-    out << member(record, "number") << ' ' << member(record, "time") << ' '
+    const std::string origin = memberText(record, "origin");
+    out << memberText(record, "number") << ' ' << memberText(record, "time") << ' '
         << (isTrue(record, "failure") ? "refused " : "accepted") << ' '
-        << (origin.empty() ? "device" : origin) << ": " << member(record, "text");
-    const std::string last = member(record, "last");
-    if (!last.empty()) out << " (" << member(record, "count") << " times, last " << last << ')';
+        << (origin.empty() ? "device" : origin) << ": " << memberText(record, "text");
+    const std::string last = memberText(record, "last");
+    if (!last.empty()) out << " (" << memberText(record, "count") << " times, last " << last << ')';
     out << '\n';
   }
   printMember(answer, "note", "note", out);
@@ -166,15 +176,16 @@ void printSecurityLog(const Json& answer, std::ostream& out) {
 // The first entry has no frame.
 void printFrame(const Json& entry, std::ostream& out) {
   if (!entry.contains("kind")) return;
-  out << padded(member(entry, "microseconds"), 12) << ' ' << padded(member(entry, "peer"), 10)
-      << ' ' << padded(member(entry, "direction"), 8) << ' ' << padded(member(entry, "kind"), 14);
+  out << padded(memberText(entry, "microseconds"), 12) << ' '
+      << padded(memberText(entry, "peer"), 10) << ' ' << padded(memberText(entry, "direction"), 8)
+      << ' ' << padded(memberText(entry, "kind"), 14);
   for (const char* const name : {"method", "parameters", "json", "codec"}) {
-    const std::string text = member(entry, name);
+    const std::string text = memberText(entry, name);
     if (!text.empty()) out << ' ' << text;
   }
-  if (isTrue(entry, "clipped")) out << ' ' << member(entry, "bytes") << " bytes";
+  if (isTrue(entry, "clipped")) out << ' ' << memberText(entry, "bytes") << " bytes";
   if (isTrue(entry, "undecodable")) out << " undecodable";
-  if (entry.contains("lost")) out << " (" << member(entry, "lost") << " frames lost before)";
+  if (entry.contains("lost")) out << " (" << memberText(entry, "lost") << " frames lost before)";
   out << std::endl;
 }
 

@@ -86,6 +86,23 @@ Json readMost(WordReader& words, std::string_view) {
   return {{"count", count}};
 }
 
+Json readUpcoming(WordReader& words, std::string_view) {
+  Json wanted = Json::object();
+  while (!words.done()) {
+    if (words.accept("--until")) {
+      const std::string& word = words.next("UTC");
+      const auto instant = parseInstant(word);
+      if (!instant) words.failForm(word, "an instant", kInstantForms);
+      wanted["until"] = instant->count();
+    } else if (words.accept("--plot")) {
+      wanted["plot"] = readText(words, "FILE");
+    } else {
+      wanted.update(readMost(words, "N"));
+    }
+  }
+  return wanted;
+}
+
 Json readArguments(WordReader& words, std::string_view) {
   Json arguments = Json::array();
   while (!words.done()) {

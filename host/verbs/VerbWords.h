@@ -26,6 +26,8 @@ inline constexpr int kMostRows = 1000;
 [[nodiscard]] Json readCount(WordReader& words, std::string_view usage);  // 0: no limit
 // {"count": N}, 1-1000, or {} without the word
 [[nodiscard]] Json readMost(WordReader& words, std::string_view usage);
+// {"count": N, "until": SECONDS, "plot": FILE}, in any order, each or none
+[[nodiscard]] Json readUpcoming(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readArguments(WordReader& words, std::string_view usage);  // [NAME=VALUE ...]
 
 }  // namespace host

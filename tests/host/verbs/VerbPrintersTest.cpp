@@ -62,13 +62,23 @@ TEST(VerbPrinters, EscapeEachMember) {
   const Json answer = {{"value", bad},    {"keys", rows},        {"records", rows},
                        {"entries", rows}, {"note", bad},         {"utc", bad},
                        {"plugin", bad},   {"event", bad},        {"clock", named},
-                       {"reply", named},  {"parameters", named}, {"changes", rows}};
+                       {"reply", named},  {"parameters", named}, {"changes", rows},
+                       {"timers", rows},  {"upcoming", rows}};
   for (const auto print : {printCall, printEvent, printValue, printKeys, printClock, printStatus,
-                           printHistory, printLog, printSecurityLog}) {
+                           printHistory, printUpcoming, printLog, printSecurityLog}) {
     const std::string text = printed(print, answer.dump().c_str());
     EXPECT_EQ(text.find('\x1B'), std::string::npos) << jsonLine(text);
     EXPECT_NE(text.find("\\u001b[2J"), std::string::npos) << jsonLine(text);
   }
+}
+
+TEST(VerbPrinters, PrintWhatIsUpcoming) {
+  const std::string blanks(37, ' ');
+  EXPECT_EQ(printed(printUpcoming, R"({"upcoming":[
+                {"time":"T","local":"L","kind":"zone change","before":-18000,"after":-14400},
+                {"time":"T","local":"L","kind":"NTP restart","what":"w","latest":"E"}]})"),
+            "T L" + blanks + " zone change UTC-05:00 -> UTC-04:00\nT L" + blanks +
+                " NTP restart w, at E at the latest\n");
 }
 
 TEST(VerbPrinters, PrintAChangeOnOneLine) {
@@ -153,15 +163,29 @@ TEST(VerbPrinters, PrintTheNoteAfterTheSecurityLog) {
             "2 T accepted device: a\nnote         records kept: 10000\n");
 }
 
-TEST(VerbPrinters, PrintTheClockThenTheStatus) {
-  EXPECT_EQ(printed(printStatus, R"({"clock":{"utc":"U","local":"L","tz":"Z","uptime":"T",
-                                              "next":"N"},"plugin":"p","variant":3,
-                                     "network":"up","ntpClient":"not running","clients":1,
-                                     "socket":"s","state":"f","version":"v"})"),
-            "utc          U\nlocal        L\ntz           Z\nuptime       T\nnext timer   N\n"
-            "plug-in      p\nvariant      3\nnetwork      up\n"
-            "ntp client   not running\nclients      1\nsocket       s\nstate        f\n"
-            "version      v\n");
+TEST(VerbPrinters, PrintTheStatusInRows) {
+  EXPECT_EQ(
+      printed(printStatus, R"({"shown":{"time":"07:31","date":"16.06.16","utc":"U","local":"L"},
+    "system":"S","source":"by hand","byHand":true,
+    "changed":{"time":"T","cause":"set simple-time","who":"device","from":"A","to":"B"},
+    "report":{"time":"R","age":3660},"saved":{"time":"V","age":-60},"network":"up",
+    "ntp":{"server":"192.0.2.1","process":77,"said":"no answer"},
+    "zone":{"tz":"LOC05:00","offset":-18000,"next":{"time":"N","offset":-14400}},
+    "timers":[{"name":"time sync","time":"H","in":60},{"name":"date sync","time":"M","in":86400}],
+    "clock":{"source":"virtual","speed":null,"uptime":90000},
+    "variant":3,"softwareType":"","mac":"0001E3A1B2C3","logLevel":4,"clients":1,"plugin":"p",
+    "socket":"s","state":"f","deviceRoot":"r","version":"v"})"),
+      "shows        07:31 16.06.16\nutc          U\nlocal        L\nsystem time  S\n"
+      "source       by hand; until a restart it follows the uptime, not the system time\n"
+      "changed      A -> B (set simple-time; device)\n"
+      "last report  R, 01:01:00 ago\nsaved time   V, -00:01:00 ago\nnetwork      up\n"
+      "time server  192.0.2.1\nntp client   running, process 77\nit said      no answer\n"
+      "tz           LOC05:00\nnext change  N to UTC-04:00\n"
+      "timers       time sync        H, in 00:01:00\n"
+      "             date sync        M, in 1d 00:00:00\n"
+      "speed        max\nuptime       1d 01:00:00\nvariant      3\n"
+      "mac          0001E3A1B2C3\nlog level    4\nclients      1\nplug-in      p\n"
+      "socket       s\nstate        f\ndevice root  r\nversion      v\n");
 }
 
 TEST(VerbPrinters, LeaveOutMissingMembers) {

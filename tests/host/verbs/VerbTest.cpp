@@ -70,10 +70,13 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      inject user-data KEY on|off  change whether KEY counts as the user's own, for "
       "`reset`\n"
       "      inject value KEY TEXT        change any device value\n"
-      "  status\n"
-      "      show the host's state\n"
+      "  status [--watch]\n"
+      "      show what the telephone shows and why, and the host's state\n"
       "  history [N]\n"
       "      list the last changes of the clock, zone and settings, or the last N of them\n"
+      "  upcoming [N] [--until UTC] [--plot FILE]\n"
+      "      list what will happen, the first of each kind and N in all; --plot draws the local "
+      "offset\n"
       "  log [--follow]\n"
       "      show the application log\n"
       "  security-log\n"
@@ -127,9 +130,13 @@ TEST(Verb, WordsBecomeRequests) {
       {"inject user-data date-format off",
        R"({"verb":"inject","what":"user-data","key":"date-format","value":"off"})"},
       {"inject value k \"a b\"", R"({"verb":"inject","what":"value","key":"k","value":"a b"})"},
-      {"status", R"({"verb":"status"})"},
+      {"status", R"({"verb":"status","watch":false})"},
+      {"status --watch", R"({"verb":"status","watch":true})"},
       {"history", R"({"verb":"history"})"},
       {"history 1000", R"({"verb":"history","count":1000})"},
+      {"upcoming", R"({"verb":"upcoming"})"},
+      {"upcoming --plot y.svg 5 --until 1970-01-01T00:01:00Z",
+       R"({"verb":"upcoming","plot":"y.svg","count":5,"until":60})"},
       {"log", R"({"verb":"log","follow":false})"},
       {"log --follow", R"({"verb":"log","follow":true})"},
       {"security-log", R"({"verb":"security-log"})"},
@@ -194,10 +201,16 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"inject user-data", "KEY is missing"},
       {"inject user-data k yes", "\"yes\" is not on or off"},
       {"inject network maybe", "\"maybe\" is not up or down"},
+      {"status now", "\"now\" is one word too many (usage: status [--watch])"},
       {"history 0", "N is how many to list, 1 to 1000"},
       {"history 1001", "N is how many to list, 1 to 1000"},
       {"history x", "\"x\" is not a number"},
       {"history 1 2", "\"2\" is one word too many"},
+      {"upcoming 0", "N is how many to list, 1 to 1000"},
+      {"upcoming soon", "\"soon\" is not a number"},
+      {"upcoming --until", "UTC is missing"},
+      {"upcoming --until noon", "\"noon\" is not an instant"},
+      {"upcoming --plot", "FILE is missing"},
       {"log --tail", "\"--tail\" is one word too many"},
   };
   for (const auto& [words, part] : rejected) {

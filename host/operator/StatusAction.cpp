@@ -1,0 +1,156 @@
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "DataStorage.h"
+#include "clock/VirtualClock.h"
+#include "framework/ApplicationLog.h"
+#include "framework/DataAccess.h"
+#include "interpose/DeviceRoot.h"
+#include "operator/ChildProcesses.h"
+#include "operator/ClockMoves.h"
+#include "operator/Controller.h"
+#include "operator/HostActions.h"
+#include "operator/LocalCall.h"
+#include "operator/LogRing.h"
+#include "runtime/ChangeRecorder.h"
+#include "runtime/Device.h"
+#include "services/LocalManagement.h"
+#include "verbs/Landmarks.h"
+#include "verbs/NamedRows.h"
+#include "verbs/TimeText.h"
+
+namespace host {
+namespace {
+
+using std::chrono::floor;
+using std::chrono::seconds;
+
+constexpr const char* kNtpClient = "ntpclient";
+
+std::string stored(Device& device, const char* key) {
+  return device.store().getItem(DASUtilsStrings::ClockSettingsSchema, key).value_or("");
+}
+
+// The reply of a method without parameters, as METHOD + "StringReturn".
+std::string shownText(Device& device, const char* method) {
+  Method call(method, Method::call);
+  const std::string name = std::string(method) + "StringReturn";
+  std::string text;
+  const auto reply = callService(device, call);
+  if (reply) static_cast<void>(reply->getStringParameter(name.c_str(), text, Parameter::out));
+  return text;
+}
+
+Json shownJson(Device& device, seconds now) {
+  return {{"time", shownText(device, "getTime")},
+          {"date", shownText(device, "getDate")},
+          {"utc", instantText(now)},
+          {"local", localText(now.count())}};
+}
+
+void addOrigin(Device& device, Json& reply) {
+  const ClockOrigin origin = device.changes().origin();
+  reply["source"] = origin.source;
+  reply["byHand"] = origin.byHand;
+  if (origin.change) {
+    reply["changed"] = {{"time", instantText(origin.change->time)},
+                        {"cause", origin.change->cause},
+                        {"who", origin.change->who},
+                        {"from", origin.change->from},
+                        {"to", origin.change->to}};
+  }
+  if (!origin.reported) return;
+  const auto age = floor<seconds>(device.clock().uptime() - *origin.reported);
+  const seconds wall = floor<seconds>(device.clock().wall());
+  reply["report"] = {{"time", instantText(wall - age)}, {"age", age.count()}};
+}
+
+// A saved time that is no instant has no age.
+void addSavedTime(Device& device, Json& reply) {
+  Json saved = {{"time", stored(device, "FallbackDateTime")}};
+  if (saved["time"] == "") return;
+  if (const auto instant = parseInstant(saved["time"].get<std::string>())) {
+    saved["time"] = instantText(*instant);
+    saved["age"] = (floor<seconds>(device.clock().wall()) - *instant).count();
+  }
+  reply["saved"] = saved;
+}
+
+Json ntpJson(Controller& controller) {
+  Json ntp = {{"server", stored(controller.device(), "SNTPaddress")}};
+  if (const auto id = childRunning(kNtpClient)) ntp["process"] = *id;
+  for (const Json& entry : controller.log()->entries()) {
+    if (entry["component"] == kNtpClient) ntp["said"] = entry["text"];
+  }
+  return ntp;
+}
+
+tm localTime(time_t instant) {
+  tm local{};
+  localtime_r(&instant, &local);
+  return local;
+}
+
+Json zoneJson(seconds now) {
+  const char* const tz = std::getenv("TZ");
+  Json zone = {{"tz", tz == nullptr ? "" : tz}, {"offset", localTime(now.count()).tm_gmtoff}};
+  if (const auto change = rowNamed(landmarks(), "dst")->next(now.count())) {
+    zone["next"] = {{"time", instantText(seconds(*change))},
+                    {"offset", localTime(*change).tm_gmtoff}};
+  }
+  return zone;
+}
+
+Json timersJson(Device& device) {
+  Json timers = Json::array();
+  const VirtualClock::Nanoseconds uptime = device.clock().uptime();
+  for (const NamedTimer& timer : device.timers()) {
+    const auto left = timer.expiry - uptime;
+    timers.push_back({{"name", timer.name},
+                      {"time", instantText(floor<seconds>(device.changes().shown() + left))},
+                      {"in", std::chrono::ceil<seconds>(left).count()}});
+  }
+  return timers;
+}
+
+Json clockJson(const VirtualClock& clock) {
+  const bool system = clock.source() == VirtualClock::Source::system;
+  return {{"source", system ? "system" : "virtual"},
+          {"speed", clock.speed()},  // null for `max`, which JSON cannot carry
+          {"uptime", floor<seconds>(clock.uptime()).count()}};
+}
+
+void addDevice(Controller& controller, Json& reply) {
+  Device& device = controller.device();
+  const HostFacts& facts = controller.facts();
+  reply["network"] = device.management().value("interface-status").value_or("unknown");
+  reply["variant"] = device.options().variant;
+  reply["softwareType"] = device.management().value("related-software-type").value_or("");
+  reply["mac"] = device.management().value("mac-addr").value_or("");
+  reply["logLevel"] = ApplicationLog::instance().level();
+  if (facts.clients) reply["clients"] = facts.clients();
+  reply["plugin"] = facts.plugin;
+  reply["socket"] = facts.socket;
+  reply["state"] = device.options().state.string();
+  reply["deviceRoot"] = deviceRoot();
+  reply["version"] = facts.version;
+}
+
+}  // namespace
+
+void actOnStatus(Controller& controller, const Json&, const Channel& channel) {
+  Device& device = controller.device();
+  const seconds now(serviceTime(device));
+  Json reply = {{"ok", true}, {"shown", shownJson(device, now)}};
+  reply["system"] = instantText(floor<seconds>(device.clock().wall()));
+  addOrigin(device, reply);
+  addSavedTime(device, reply);
+  reply["ntp"] = ntpJson(controller);
+  reply["zone"] = zoneJson(now);
+  reply["timers"] = timersJson(device);
+  reply["clock"] = clockJson(device.clock());
+  addDevice(controller, reply);
+  answer(channel, reply);
+}
+
+}  // namespace host

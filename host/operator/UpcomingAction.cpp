@@ -1,0 +1,226 @@
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
+
+#include "DataStorage.h"
+#include "base/Error.h"
+#include "clock/VirtualClock.h"
+#include "framework/DataAccess.h"
+#include "operator/Controller.h"
+#include "operator/HostActions.h"
+#include "runtime/ChangeRecorder.h"
+#include "runtime/Device.h"
+#include "services/LocalManagement.h"
+#include "verbs/Landmarks.h"
+#include "verbs/NamedRows.h"
+#include "verbs/TimeText.h"
+#include "verbs/VerbWords.h"
+
+namespace host {
+namespace {
+
+using std::chrono::floor;
+using std::chrono::seconds;
+
+constexpr int kUsual = 20;  // rows, without N and --until
+
+constexpr time_t kHalfDay = 12 * 3600;
+constexpr time_t kYear = 366 * 86400;
+constexpr time_t kLastDay = 2'145'830'400;   // 2037-12-31T00:00:00Z, of the last year of setDate
+constexpr time_t kLastOf32Bits = INT32_MAX;  // 2038-01-19T03:14:07Z
+constexpr time_t kFirstRestart = 601;        // seconds after a full hour
+constexpr time_t kLastRestart = 1200;
+
+// What will happen once or again and again. Instants are those that the telephone will show.
+struct Course {
+  std::string kind;
+  std::string what;
+  std::function<std::optional<time_t>(time_t after)> next;
+  time_t spread = 0;  // it happens within so many seconds
+};
+
+std::optional<time_t> once(time_t at, time_t after) {
+  return at > after ? std::optional(at) : std::nullopt;
+}
+
+long offsetAt(time_t instant) {
+  tm local{};
+  localtime_r(&instant, &local);
+  return local.tm_gmtoff;
+}
+
+bool hasClient(Device& device) {
+  const std::string server =
+      device.store().getItem(DASUtilsStrings::ClockSettingsSchema, "SNTPaddress").value_or("");
+  return device.management().value("interface-status") == "up" && !server.empty() &&
+         server != "0.0.0.0" && server != "::";
+}
+
+// What the telephone will show when the timer expires.
+time_t instantOf(Device& device, const NamedTimer& timer) {
+  const auto left = timer.expiry - device.clock().uptime();
+  return floor<seconds>(device.changes().shown() + left).count();
+}
+
+// Timers follow the uptime. After a jump the first hour's timer is late, and arms the midnight's.
+struct SyncTimers {
+  std::optional<time_t> hour;
+  std::optional<time_t> midnight;
+
+  [[nodiscard]] std::optional<time_t> nextHour(time_t after) const {
+    if (hour && after < *hour) return hour;
+    return rowNamed(landmarks(), "hour")->next(after);
+  }
+  [[nodiscard]] std::optional<time_t> nextMidnight(time_t after) const {
+    const bool first = midnight && (!hour || *midnight <= *hour);
+    if (first && after < *midnight) return midnight;
+    return rowNamed(landmarks(), "midnight")->next(std::max(after, hour.value_or(after)));
+  }
+};
+
+SyncTimers syncTimers(Device& device) {
+  SyncTimers sync;
+  for (const NamedTimer& timer : device.timers()) {
+    if (timer.name == "time sync") sync.hour = instantOf(device, timer);
+    if (timer.name == "date sync") sync.midnight = instantOf(device, timer);
+  }
+  return sync;
+}
+
+// From each full hour on, the restart's time is known only by its bounds.
+std::optional<time_t> nextRestart(const SyncTimers& sync, time_t after) {
+  for (auto hour = sync.nextHour(after - kFirstRestart); hour; hour = sync.nextHour(*hour)) {
+    if (*hour + kFirstRestart > after) return *hour + kFirstRestart;
+  }
+  return std::nullopt;
+}
+
+Course ofTimer(Device& device, const NamedTimer& timer) {
+  const time_t at = instantOf(device, timer);
+  if (timer.name == "fallback refresh") {
+    return {"refresh", "the system time is saved", [at](time_t after) {
+              const time_t past = std::max<time_t>(after - at, -1);
+              return std::optional(past < 0 ? at : at + (past / kHalfDay + 1) * kHalfDay);
+            }};
+  }
+  const std::string name(timer.name);
+  const bool restart = name == "NTP restart";
+  return {name, restart ? "the NTP client is replaced" : "observers are notified",
+          [at](time_t after) { return once(at, after); }};
+}
+
+std::vector<Course> coursesOf(Device& device) {
+  const SyncTimers sync = syncTimers(device);
+  std::vector<Course> courses = {
+      {"hour", "time event; both sync timers and the NTP restart are armed",
+       [sync](time_t after) { return sync.nextHour(after); }},
+      {"midnight", "date event", [sync](time_t after) { return sync.nextMidnight(after); }},
+      {"zone change", "", rowNamed(landmarks(), "dst")->next},
+      {"limit", "the last day that can be set by hand",
+       [](time_t after) { return once(kLastDay, after); }},
+      {"limit", "the end of 32-bit time: a time set by hand stops here",
+       [](time_t after) { return once(kLastOf32Bits, after); }},
+  };
+  const bool client = hasClient(device);
+  for (const NamedTimer& timer : device.timers()) {
+    if (timer.name == "time sync" || timer.name == "date sync") continue;
+    if (timer.name == "NTP restart" && !client) continue;
+    courses.push_back(ofTimer(device, timer));
+  }
+  if (client) {
+    const time_t now = floor<seconds>(device.changes().shown()).count();
+    // The armed restart belongs to an hour that is past.
+    const time_t hour = sync.nextHour(now).value_or(now);
+    courses.push_back(
+        {"NTP restart", "the NTP client is replaced",
+         [sync, hour](time_t after) { return nextRestart(sync, std::max(after, hour)); },
+         kLastRestart - kFirstRestart});
+  }
+  return courses;
+}
+
+Json rowOf(const Course& course, time_t at, time_t now) {
+  Json row = {{"time", instantText(seconds(at))},
+              {"local", localText(at)},
+              {"in", at - now},
+              {"kind", course.kind}};
+  if (course.spread > 0) row["latest"] = instantText(seconds(at + course.spread));
+  if (course.kind == "zone change") {
+    row["before"] = offsetAt(at - 1);
+    row["after"] = offsetAt(at);
+  } else {
+    row["what"] = course.what;
+  }
+  return row;
+}
+
+// The first `most` rows up to `last`, and the first of each kind.
+std::vector<Json> rowsOf(const std::vector<Course>& courses, time_t now, time_t last, int most) {
+  std::vector<std::pair<time_t, const Course*>> coming;
+  for (const Course& course : courses) {
+    const auto at = course.next(now);
+    if (at && *at <= last) coming.emplace_back(*at, &course);
+  }
+  std::vector<std::pair<time_t, const Course*>> taken;
+  const auto earlier = [](const auto& a, const auto& b) { return a.first < b.first; };
+  while (!coming.empty() && static_cast<int>(taken.size()) < most) {
+    const auto first = std::min_element(coming.begin(), coming.end(), earlier);
+    taken.push_back(*first);
+    const auto at = first->second->next(first->first);
+    if (at && *at <= last) {
+      first->first = *at;
+    } else {
+      coming.erase(first);
+    }
+  }
+  for (const auto& next : coming) {
+    const bool known = std::any_of(taken.begin(), taken.end(),
+                                   [&](const auto& row) { return row.second == next.second; });
+    if (!known) taken.push_back(next);
+  }
+  std::stable_sort(taken.begin(), taken.end(), earlier);
+  std::vector<Json> rows;
+  for (const auto& [at, course] : taken) rows.push_back(rowOf(*course, at, now));
+  return rows;
+}
+
+// The local offset for a year: at its begin, and from each change on.
+Json offsetsFrom(time_t now) {
+  Json offsets = {{{"seconds", now}, {"offset", offsetAt(now)}}};
+  const Landmark& change = *rowNamed(landmarks(), "dst");
+  for (auto at = change.next(now); at && *at < now + kYear; at = change.next(*at)) {
+    offsets.push_back({{"seconds", *at}, {"offset", offsetAt(*at)}});
+  }
+  return offsets;
+}
+
+}  // namespace
+
+void actOnUpcoming(Controller& controller, const Json& request, const Channel& channel) {
+  Device& device = controller.device();
+  const time_t now = floor<seconds>(device.changes().shown()).count();
+  const bool limited = request.contains("until");
+  const std::int64_t until =
+      limited ? numberMember(request, "until", 0, kLastInstant.count()) : kLastInstant.count();
+  const int usual = limited ? kMostRows : kUsual;
+  const auto most = static_cast<int>(
+      request.contains("count") ? numberMember(request, "count", 1, kMostRows) : usual);
+  if (until <= now) {
+    throw Error("the telephone shows " + instantText(seconds(now)) + ", which is not before " +
+                instantText(seconds(until)) + "; write a later instant");
+  }
+  Json reply = {{"ok", true}, {"now", instantText(seconds(now))}};
+  // A time set by hand stops at the end of 32-bit time.
+  const bool stops = device.changes().origin().byHand;
+  const time_t last = stops ? std::min<time_t>(until, kLastOf32Bits) : until;
+  reply["upcoming"] = rowsOf(coursesOf(device), now, last, most);
+  if (request.value("plot", Json(false)) == Json(true)) {
+    reply["offsets"] = offsetsFrom(now);
+  }
+  answer(channel, reply);
+}
+
+}  // namespace host

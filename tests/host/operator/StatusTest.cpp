@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "framework/ApplicationLog.h"
+#include "runtime/Device.h"
+#include "runtime/Plugin.h"
+#include "scenario/ScenarioDevice.h"
+
+namespace host {
+namespace {
+
+// A telephone with the built plug-in, at its default time, 2016-06-16T00:00:00Z.
+class TelephoneWithStatus : public ::testing::Test {
+ protected:
+  Json ask(const char* request) { return telephone.request(Json::parse(request)); }
+  Json status() { return ask(R"({"verb":"status"})"); }
+  void set(const char* key, const char* value) {
+    static_cast<void>(telephone.request({{"verb", "set"}, {"key", key}, {"value", value}}));
+  }
+  void pass(std::int64_t seconds) {
+    static_cast<void>(
+        telephone.request({{"verb", "clock"}, {"action", "advance"}, {"seconds", seconds}}));
+  }
+  std::vector<std::string> timers() {
+    std::vector<std::string> texts;
+    const Json now = status();
+    for (const Json& timer : now.at("timers")) {
+      texts.push_back(timer.at("name").get<std::string>() + ' ' +
+                      timer.at("time").get<std::string>());
+    }
+    return texts;
+  }
+
+  using Texts = std::vector<std::string>;
+
+  Plugin plugin{CLOCK_PLUGIN};
+  ScenarioDevice telephone{plugin, {}};
+};
+
+TEST_F(TelephoneWithStatus, TellsTheSavedTimeAndItsAge) {
+  EXPECT_FALSE(status().contains("saved"));
+  pass(13 * 3600);
+  const Json now = status();
+  EXPECT_EQ(now.at("source"), "saved time");
+  EXPECT_EQ(now.at("byHand"), false);
+  EXPECT_EQ(now.at("shown").at("utc"), "2016-06-16T13:00:00Z");
+  EXPECT_EQ(now.at("shown").at("time"), "13:00");
+  EXPECT_EQ(now.at("shown").at("date"), "16.06.16");
+  EXPECT_EQ(now.at("system"), "2016-06-16T13:00:00Z");
+  EXPECT_EQ(now.at("saved"), (Json{{"time", "2016-06-16T12:00:00Z"}, {"age", 3600}}));
+  EXPECT_EQ(now.at("changed").at("from"), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(now.at("clock"), (Json{{"source", "virtual"}, {"speed", 0.0}, {"uptime", 13 * 3600}}));
+  EXPECT_FALSE(now.contains("report"));
+}
+
+TEST_F(TelephoneWithStatus, TellsThatATimeSetByHandNoLongerFollowsTheSystemTime) {
+  set("simple-time", "07:30");
+  ask(R"({"verb":"clock","action":"jump","seconds":1893456000})");
+  pass(60);
+  const Json now = status();
+  EXPECT_EQ(now.at("source"), "by hand");
+  EXPECT_EQ(now.at("byHand"), true);
+  EXPECT_EQ(now.at("shown").at("utc"), "2016-06-16T07:31:00Z");
+  EXPECT_EQ(now.at("system"), "2030-01-01T00:01:00Z");
+  EXPECT_EQ(now.at("changed").at("cause"), "set simple-time");
+  EXPECT_EQ(now.at("changed").at("from"), "2016-06-16T00:00:00Z");
+  EXPECT_EQ(now.at("changed").at("who"), "device");
+}
+
+TEST_F(TelephoneWithStatus, TellsTheOtherSources) {
+  Method call("setTimeInt", Method::call);
+  call.addIntParameter("setTime", 1'893'456'000, Parameter::in);
+  static_cast<void>(telephone.call(call));
+  EXPECT_EQ(status().at("source"), "call setTimeInt");
+  ask(R"({"verb":"clock","action":"jump","seconds":0})");
+  EXPECT_EQ(status().at("source"), "clock jump");
+}
+
+TEST_F(TelephoneWithStatus, NamesTheServicesTimersWithTheTimeThatItWillShow) {
+  EXPECT_EQ(timers(),
+            (Texts{"time sync 2016-06-16T01:00:00Z", "fallback refresh 2016-06-16T12:00:00Z",
+                   "date sync 2016-06-17T00:00:00Z"}));
+  set("simple-time", "23:50");
+  EXPECT_EQ(timers().front(), "time changed 2016-06-16T23:50:00Z");
+  pass(0);
+  EXPECT_EQ(timers(), (Texts{"time sync 2016-06-17T00:00:00Z", "date sync 2016-06-17T00:00:00Z",
+                             "fallback refresh 2016-06-17T11:50:00Z"}));
+  pass(600);
+  const Texts after = timers();
+  ASSERT_EQ(after.size(), 4U);
+  EXPECT_TRUE(after[0].starts_with("NTP restart 2016-06-17T00:1")) << after[0];
+  EXPECT_EQ(after[1], "time sync 2016-06-17T01:00:00Z");
+  EXPECT_EQ(after[3], "date sync 2016-06-18T00:00:00Z");
+  telephone.restart();
+  EXPECT_EQ(timers().front().substr(0, 9), "time sync");
+}
+
+TEST_F(TelephoneWithStatus, TellsTheZoneAndItsNextChange) {
+  EXPECT_FALSE(status().at("zone").contains("next"));
+  for (const auto& [key, value] : {std::pair("sntp-tz-offset", "-5"),
+                                   {"daylight-save", "true"},
+                                   {"auto-daylight-save", "true"},
+                                   {"daylight-save-zone-id", "12"}})
+    set(key, value);
+  pass(0);
+  const Json zone = status().at("zone");
+  EXPECT_EQ(zone.at("offset"), -4 * 3600);
+  EXPECT_EQ(zone.at("next"), (Json{{"time", "2016-11-06T06:00:00Z"}, {"offset", -5 * 3600}}));
+}
+
+TEST_F(TelephoneWithStatus, TellsServerAndTheLastLineOfItsClient) {
+  set("sntp-addr", "192.0.2.1");
+  EXPECT_EQ(status().at("ntp"), (Json{{"server", "192.0.2.1"}}));
+  for (const char* const line : {"first", "last"}) {
+    LogEntry entry;
+    entry.component = "ntpclient";
+    entry.text = line;
+    ApplicationLog::instance().write(entry);
+  }
+  EXPECT_EQ(status().at("ntp").at("said"), "last");
+}
+
+}  // namespace
+}  // namespace host
