@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "apps/ClockCtlOptions.h"
+#include "apps/Recording.h"
 #include "base/PrintableText.h"
 #include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
@@ -55,7 +56,7 @@ std::string secondsText(milliseconds limit) {
 
 // The client for a verb. An error says what this user can do when permission is missing.
 RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
-  const bool control = route == Verb::Route::control || route == Verb::Route::stream;
+  const bool control = route != Verb::Route::call && route != Verb::Route::watch;
   try {
     return RemoteClient(control ? options.controlSocket : options.socket);
   } catch (const NotAllowed& error) {
@@ -97,6 +98,8 @@ class Command {
       case Verb::Route::control:
         if (m_request.value("follow", false)) return follow();
         return m_request.value("watch", false) ? repeat() : control();
+      case Verb::Route::record:
+        return record(m_request, m_client, m_options.socket, m_out, m_err);
       case Verb::Route::stream:
         return follow();
     }

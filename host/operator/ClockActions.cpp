@@ -37,6 +37,9 @@ void requireVirtual(const VirtualClock& clock) {
 std::string described(const VirtualClock& clock, const Json& request) {
   const std::string action = textMember(request, "action");
   std::string words = memberWords(request, {"speed", "seconds", "landmark"});
+  if (request.contains("microseconds")) {
+    words = memberWords(request, {"microseconds"}) + " microseconds";
+  }
   const Json instant = request.value("seconds", Json());
   const bool whole = instant.is_number_integer() && instant >= 0 && instant <= kLastInstant.count();
   if (whole && action != "advance") words = ' ' + instantText(seconds(instant));
@@ -159,7 +162,12 @@ void actOnClockPause(Controller& controller, const Json& request, const Channel&
 
 void actOnClockAdvance(Controller& controller, const Json& request, const Channel& channel) {
   const auto advance = [&](Device& device) {
-    return passTime(device, seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
+    if (!request.contains("microseconds")) {
+      return passTime(device, seconds(numberMember(request, "seconds", 0, kLongestAdvance)));
+    }
+    constexpr std::int64_t kLongest = kLongestAdvance * 1'000'000;
+    return passExactly(
+        device, std::chrono::microseconds(numberMember(request, "microseconds", 0, kLongest)));
   };
   controller.moves().add(recordedMove(controller, request, advance), channel);
 }

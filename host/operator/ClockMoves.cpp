@@ -60,7 +60,7 @@ void settle(VirtualClock& clock) {
   }
 }
 
-void requireReachable(const VirtualClock& clock, seconds duration) {
+void requireReachable(const VirtualClock& clock, Nanoseconds duration) {
   if (clock.source() == VirtualClock::Source::system) {
     throw Error(
         "this host runs on the system's clock, which cannot be advanced; start it with "
@@ -84,15 +84,6 @@ time_t requireNext(const Landmark& landmark, time_t now) {
   if (const auto instant = nextLandmark(landmark, now)) return *instant;
   throw Error(std::string(landmark.missing) + " " + localText(now) + "; " +
               std::string(landmark.remedy));
-}
-
-// Whether the service's time follows the clock. A time that was set by hand follows the uptime, and
-// may equal the clock's by chance. So show the service a shifted time, without moving the clock.
-// REQUIRES: the clock is paused.
-bool followsClock(Device& device) {
-  const time_t before = serviceTime(device);
-  const ShiftedTime shift(kProbe);
-  return serviceTime(device) != before;
 }
 
 // Returns the uptime at the end of the move. Jumps over most of a long move.
@@ -149,6 +140,31 @@ time_t serviceTime(Device& device) {
     if (const auto instant = parseInstant(text)) return instant->count();
   }
   return duration_cast<seconds>(device.clock().wall()).count();
+}
+
+ClockMove passExactly(Device& device, std::chrono::microseconds duration) {
+  const auto begin = [&device, duration] {
+    requireReachable(device.clock(), duration);
+    return device.clock().uptime() + duration;
+  };
+  return {begin, [] { return std::string(); }};
+}
+
+// A time that was set by hand follows the uptime, and may equal the clock's by chance. So show the
+// service a shifted time, without moving the clock. While the clock runs, a second may pass
+// meanwhile; then try again.
+bool followsClock(Device& device) {
+  constexpr int kTries = 10;
+  for (int i = 0; i < kTries; ++i) {
+    const time_t before = serviceTime(device);
+    const auto shifted = [&device] {
+      const ShiftedTime shift(kProbe);
+      return serviceTime(device);
+    };
+    const time_t probed = shifted();
+    if (serviceTime(device) == before) return probed != before;
+  }
+  return true;
 }
 
 ClockMove moveBefore(Device& device, const Landmark& landmark) {

@@ -26,6 +26,12 @@ struct ClockMove {
 // hour's timer.
 [[nodiscard]] ClockMove passTime(Device& device, std::chrono::seconds duration);
 
+// Advances by exactly that, for a replay: a timer that is due later is not delivered.
+[[nodiscard]] ClockMove passExactly(Device& device, std::chrono::microseconds duration);
+
+// Whether the service's time follows the clock; after it was set by hand, it does not.
+[[nodiscard]] bool followsClock(Device& device);
+
 // Moves to kJumpMargin before the next instant of the landmark, and pauses. Up to kFarthestAdvance
 // ahead, time passes. Farther ahead, the clock jumps to two hours before the landmark, and time
 // passes from there. Either way the service's timers are armed for the landmark. A time that was

@@ -51,7 +51,7 @@ constexpr bool matchesVerbTable() {
   const HostActionRow* row = std::begin(kHostActions);
   const HostActionRow* const end = std::end(kHostActions);
   for (const Verb& verb : kVerbs) {
-    if (verb.route == Verb::Route::call || verb.route == Verb::Route::watch) continue;
+    if (verb.route != Verb::Route::control && verb.route != Verb::Route::stream) continue;
     for (std::size_t i = 0; i < std::max<std::size_t>(verb.actions.size(), 1); ++i, ++row) {
       const std::string_view action = verb.actions.empty() ? "" : verb.actions[i].name;
       if (row == end || row->name != verb.name || row->action != action) return false;

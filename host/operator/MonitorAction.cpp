@@ -10,6 +10,7 @@
 #include "Method.h"
 #include "base/Error.h"
 #include "clock/VirtualClock.h"
+#include "operator/ClockMoves.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
 #include "remote/ControlChannel.h"
@@ -25,6 +26,7 @@ namespace {
 
 using std::chrono::duration_cast;
 using std::chrono::microseconds;
+using Nanoseconds = VirtualClock::Nanoseconds;
 using SteadyClock = std::chrono::steady_clock;
 
 // The longest payload, in bytes, whose content is shown. As JSON text it may be six times as long;
@@ -102,6 +104,8 @@ class FrameMonitor {
     begin["softwareType"] = device.options().softwareType;
     begin["mac"] = device.options().mac;
     begin["network"] = device.management().value("interface-status").value_or("");
+    begin["followsClock"] = followsClock(device);
+    begin["settled"] = isSettled();
     static_cast<void>(m_channel->item(jsonText(entry)));
   }
 
@@ -125,10 +129,29 @@ class FrameMonitor {
  private:
   [[nodiscard]] Json stamp() const {
     const auto since = SteadyClock::now() - m_start;
+    const auto [wall, uptime] = reading();
     return {{"microseconds", duration_cast<microseconds>(since).count()},
-            {"wall", duration_cast<microseconds>(m_clock.wall()).count()},
-            {"uptime", duration_cast<microseconds>(m_clock.uptime()).count()},
+            {"wall", duration_cast<microseconds>(wall).count()},
+            {"uptime", duration_cast<microseconds>(uptime).count()},
             {"speed", speedText(m_clock.speed())}};
+  }
+
+  // Whether no timer is about to expire that waits only for the paused clock.
+  [[nodiscard]] bool isSettled() const {
+    return m_clock.speed() > 0 ||
+           m_clock.nextExpiry().value_or(Nanoseconds::max()) > m_clock.uptime() + kSettling;
+  }
+
+  // Wall time and uptime of the same instant, unless the machine is very slow.
+  [[nodiscard]] std::pair<Nanoseconds, Nanoseconds> reading() const {
+    constexpr int kTries = 10;
+    constexpr std::chrono::microseconds kApart{50};
+    for (int i = 0;; ++i) {
+      const auto before = SteadyClock::now();
+      const Nanoseconds wall = m_clock.wall();
+      const Nanoseconds uptime = m_clock.uptime();
+      if (SteadyClock::now() - before < kApart || i == kTries) return {wall, uptime};
+    }
   }
 
   const VirtualClock& m_clock;

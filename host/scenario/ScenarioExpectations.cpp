@@ -90,7 +90,7 @@ Run expectRefused(WordReader& words) {
   const auto rest = words.rest();
   const Verb& verb = verbOf(rest);
   const Json request = requestOf(verb, rest);
-  if (verb.route == Verb::Route::watch || verb.route == Verb::Route::stream) {
+  if (verb.route != Verb::Route::call && verb.route != Verb::Route::control) {
     WordReader::fail(std::string(verb.name) +
                      " cannot be refused; name another verb, or write `expect no event`");
   }

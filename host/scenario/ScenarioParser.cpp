@@ -76,8 +76,8 @@ constexpr SetupLine kSetup[] = {
 Run runVerb(std::span<const std::string> words) {
   const Verb& verb = verbOf(words);
   const Json request = requestOf(verb, words);
-  if (verb.route == Verb::Route::watch || verb.route == Verb::Route::stream ||
-      request.value("follow", false)) {
+  const bool answers = verb.route == Verb::Route::call || verb.route == Verb::Route::control;
+  if (!answers || request.value("follow", false)) {
     throw UsageError("a scenario cannot watch or follow; write `expect event` or `expect log`");
   }
   if (verb.route == Verb::Route::call) {

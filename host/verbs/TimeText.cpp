@@ -116,6 +116,26 @@ std::optional<seconds> parseDuration(std::string_view text) {
   return total <= kLongestDuration ? std::optional(seconds(total)) : std::nullopt;
 }
 
+std::optional<std::chrono::microseconds> parseExactDuration(std::string_view text) {
+  constexpr std::size_t kMostDigits = 6;
+  const std::size_t point = text.find('.');
+  if (point == std::string_view::npos || text.back() != 's') return std::nullopt;
+  std::string fraction(text.substr(point + 1, text.size() - point - 2));
+  if (fraction.empty() || fraction.size() > kMostDigits) return std::nullopt;
+  fraction.resize(kMostDigits, '0');
+  const auto whole = number(text.substr(0, point));
+  const auto part = number(fraction);
+  if (!whole || !part || *whole >= kLongestDuration) return std::nullopt;
+  return seconds(*whole) + std::chrono::microseconds(*part);
+}
+
+std::string exactDurationText(std::chrono::microseconds duration) {
+  constexpr std::int64_t kSecond = 1'000'000;
+  std::string fraction = std::to_string(kSecond + duration.count() % kSecond).substr(1);
+  while (fraction.size() > 1 && fraction.back() == '0') fraction.pop_back();
+  return std::to_string(duration.count() / kSecond) + '.' + fraction + 's';
+}
+
 std::optional<seconds> parseInstant(std::string_view text) {
   constexpr std::string_view kShape = "0000-00-00T00:00:00";
   if (text.size() <= kShape.size() || !hasShape(text.substr(0, kShape.size()), kShape)) {

@@ -21,6 +21,10 @@ inline constexpr std::string_view kSpeedForms = "`0` (paused), `1`, `0.5`, `3600
 // days (a century), not empty.
 [[nodiscard]] std::optional<std::chrono::seconds> parseDuration(std::string_view text);
 
+// exact = digits "." 1-6 digits "s", up to 36525 days.
+[[nodiscard]] std::optional<std::chrono::microseconds> parseExactDuration(std::string_view text);
+[[nodiscard]] std::string exactDurationText(std::chrono::microseconds duration);  // "2.5s", "3.0s"
+
 // instant = YYYY-MM-DD "T" HH:MM:SS ( "Z" | ( "+" | "-" ) HH:MM ), from 0 to kLastInstant. Seconds
 // since 1970-01-01 UTC.
 inline constexpr std::chrono::seconds kLastInstant{7258118399};  // the end of 2199

@@ -37,6 +37,7 @@ struct Verb {
     call,     // a remote call to the service
     watch,    // the service's events
     control,  // a control request to the host, see operator/HostActions.h
+    record,   // a file of clockctl, from the stream of `monitor`
     stream    // a control request whose answers are items, until the client disconnects
   };
 

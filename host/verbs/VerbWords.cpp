@@ -51,6 +51,34 @@ Json readDuration(WordReader& words, std::string_view) {
   return duration->count();
 }
 
+Json readAdvance(WordReader& words, std::string_view) {
+  const std::string word = words.restAsText();
+  if (const auto duration = parseDuration(word)) return {{"seconds", duration->count()}};
+  if (const auto exact = parseExactDuration(word)) return {{"microseconds", exact->count()}};
+  words.failForm(word, "a duration", std::string(kDurationForms) + ", or exactly `2.5s`");
+}
+
+Json readRecord(WordReader& words, std::string_view) {
+  Json request = {{"count", 0}, {"for", 0}, {"overwrite", false}};
+  while (!words.done()) {
+    if (words.accept("--overwrite")) {
+      request["overwrite"] = true;
+    } else if (words.accept("--count")) {
+      const int count = words.integer("N");
+      if (count < 1) WordReader::fail("N is the number of steps to record, 1 or more");
+      request["count"] = count;
+    } else if (words.accept("--for")) {
+      const std::string word = words.next("DURATION");
+      const auto duration = parseDuration(word);
+      if (!duration || duration->count() < 1) words.failForm(word, "a duration", kDurationForms);
+      request["for"] = duration->count();
+    } else {
+      words.end();
+    }
+  }
+  return request;
+}
+
 Json readInstant(WordReader& words, std::string_view) {
   const std::string word = words.restAsText();
   const auto instant = parseInstant(word);

@@ -23,6 +23,10 @@ inline constexpr int kMostRows = 1000;
 [[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);   // seconds since 1970
 // {"seconds": N} as readInstant, or {"local": TEXT} after the word `local`
 [[nodiscard]] Json readInstantOrLocal(WordReader& words, std::string_view usage);
+// {"seconds": N}, or {"microseconds": N} for a text with a fraction, as "2.5s"
+[[nodiscard]] Json readAdvance(WordReader& words, std::string_view usage);
+// {"count": N, "for": SECONDS, "overwrite": BOOL}; 0: no limit
+[[nodiscard]] Json readRecord(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readCount(WordReader& words, std::string_view usage);  // 0: no limit
 // {"count": N}, 1-1000, or {} without the word
 [[nodiscard]] Json readMost(WordReader& words, std::string_view usage);

@@ -43,8 +43,9 @@ class Monitor : public ::testing::Test {
 TEST_F(Monitor, BeginsWithTheDevice) {
   ASSERT_EQ(channel->items.size(), 1U);
   const Json entry = Json::parse(channel->items.front());
-  EXPECT_EQ(entry.at("begin").dump(),
-            R"({"origin":"","variant":0,"softwareType":"","mac":"","network":"down"})");
+  EXPECT_EQ(
+      entry.at("begin").dump(),
+      R"({"origin":"","variant":0,"softwareType":"","mac":"","network":"down","followsClock":true,"settled":true})");
   EXPECT_EQ(entry.at("speed"), "paused");
 }
 

@@ -37,6 +37,21 @@ TEST(TimeText, AcceptsEachFormOfADuration) {
   }
 }
 
+TEST(TimeText, AnExactDurationHasAFraction) {
+  using std::chrono::microseconds;
+  for (const auto& [text, expected] :
+       {std::pair{"0.0s", 0}, {"2.5s", 2'500'000}, {"0.000001s", 1}, {"1.000250s", 1'000'250}}) {
+    EXPECT_EQ(parseExactDuration(text), microseconds(expected)) << text;
+  }
+  for (const char* const text : {"", "s", ".5s", "2.s", "2s", "2.5", "2.1234567s", "-1.5s", "1.-5s",
+                                 "1.5.5s", "3155760000.0s"}) {
+    EXPECT_EQ(parseExactDuration(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(exactDurationText(microseconds(0)), "0.0s");
+  EXPECT_EQ(exactDurationText(microseconds(3'000'000)), "3.0s");
+  EXPECT_EQ(exactDurationText(microseconds(1'000'250)), "1.00025s");
+}
+
 TEST(TimeText, RejectsDurationsOneStepOutside) {
   for (const char* const text : {"",
                                  "s",

@@ -81,6 +81,8 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      show the application log\n"
       "  security-log\n"
       "      list who changed or tried to change what; a power loss may lose the latest records\n"
+      "  record FILE [--count N] [--for DURATION] [--overwrite]\n"
+      "      write what is done to the telephone, and its events, as a scenario\n"
       "  monitor\n"
       "      print every frame between the host and its clients\n"
       "\n"
@@ -140,6 +142,10 @@ TEST(Verb, WordsBecomeRequests) {
       {"log", R"({"verb":"log","follow":false})"},
       {"log --follow", R"({"verb":"log","follow":true})"},
       {"security-log", R"({"verb":"security-log"})"},
+      {"clock advance 2.5s", R"({"verb":"clock","action":"advance","microseconds":2500000})"},
+      {"record a", R"({"verb":"record","file":"a","count":0,"for":0,"overwrite":false})"},
+      {"record a --overwrite --for 2m --count 3",
+       R"({"verb":"record","file":"a","count":3,"for":120,"overwrite":true})"},
       {"monitor", R"({"verb":"monitor"})"},
   };
   for (const auto& [words, request] : accepted) EXPECT_EQ(requestFor(words), request) << words;
@@ -172,6 +178,14 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"watch --count 0", "1 or more"},
       {"watch --count x", "\"x\" is not a number"},
       {"watch --count 2147483648", "\"2147483648\" is not a number"},
+      {"record", "FILE is missing"},
+      {"record a --overwrit", "\"--overwrit\" is one word too many"},
+      {"record a b", "\"b\" is one word too many"},
+      {"record a --count 0", "1 or more"},
+      {"record a --for 0s", "is not a duration"},
+      {"record a --for", "DURATION is missing"},
+      {"clock advance 2.s", "is not a duration"},
+      {"clock advance 2.1234567s", "or exactly `2.5s`"},
       {"clock sped 1", "did you mean \"speed\"?"},
       {"clock speed", "X is missing"},
       {"clock speed -1", "clock speed: \"-1\" is not a speed; write `0` (paused)"},

@@ -1,0 +1,55 @@
+#include "apps/RecordedFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "base/Error.h"
+#include "base/PrintableText.h"
+
+namespace host {
+namespace {
+
+std::string quoted(const std::filesystem::path& path) {
+  return quotedText(path.string());
+}
+
+Descriptor opened(const std::filesystem::path& path, bool overwrite) {
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (overwrite ? O_TRUNC : O_EXCL);
+  Descriptor file(::open(path.c_str(), flags, S_IRUSR | S_IWUSR));
+  if (file.get() >= 0) return file;
+  if (errno == EEXIST) {
+    throw Error(quoted(path) + " exists; name another file, or write --overwrite");
+  }
+  throw Error(quoted(path) + " cannot be created: " + std::strerror(errno));
+}
+
+// The errno; 0: all is written.
+int writeAll(int file, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(file, text.data(), text.size());
+    if (written < 0 && errno != EINTR) return errno;
+    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
+
+}  // namespace
+
+RecordedFile::RecordedFile(std::filesystem::path path, bool overwrite)
+    : m_path(std::move(path)), m_file(opened(m_path, overwrite)) {}
+
+void RecordedFile::add(const std::string& line) {
+  if (const int error = writeAll(m_file.get(), line + '\n'); error != 0) {
+    const bool whole = ::ftruncate(m_file.get(), m_size) == 0;  // false for a device
+    throw Error(quoted(m_path) + " cannot be written: " + std::strerror(error) +
+                (whole ? "; it holds the recording up to here" : ""));
+  }
+  m_size += static_cast<off_t>(line.size() + 1);
+}
+
+}  // namespace host

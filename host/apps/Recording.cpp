@@ -1,0 +1,215 @@
+#include "apps/Recording.h"
+
+#include <poll.h>
+#include <sys/signalfd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <ostream>
+#include <vector>
+
+#include "apps/RecordedFile.h"
+#include "base/Descriptor.h"
+#include "base/Error.h"
+#include "base/PrintableText.h"
+#include "remote/RemoteClient.h"
+#include "scenario/RecordedWords.h"
+#include "scenario/ScenarioRecorder.h"
+#include "verbs/ReadJson.h"
+
+namespace host {
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+constexpr milliseconds kLimit = std::chrono::seconds(5);
+constexpr int kTries = 20;  // to read all settings without a change meanwhile
+constexpr milliseconds kLongestWait = std::chrono::hours(1);
+
+// Takes SIGINT and SIGTERM from the process while it exists.
+class EndSignals {
+ public:
+  EndSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &signals, &m_former);
+    m_file = Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+  }
+  ~EndSignals() {
+    signalfd_siginfo taken;
+    while (::read(m_file.get(), &taken, sizeof taken) > 0) continue;
+    ::pthread_sigmask(SIG_SETMASK, &m_former, nullptr);
+  }
+  EndSignals(const EndSignals&) = delete;
+  EndSignals& operator=(const EndSignals&) = delete;
+
+  [[nodiscard]] int descriptor() const { return m_file.get(); }
+
+ private:
+  sigset_t m_former{};
+  Descriptor m_file;
+};
+
+Json objectIn(const std::string& text) {
+  Json json = readJson(text);
+  if (!json.is_object()) throw Error("the host's answer is not a JSON object");
+  return json;
+}
+
+// The items of a monitor, and an observer, since the service raises events for observers only.
+class Monitor {
+ public:
+  Monitor(RemoteClient& control, const std::filesystem::path& socket)
+      : m_control(control),
+        m_observer(socket),
+        m_id(control.startControl(R"({"verb":"monitor"})")) {
+    m_begin = required(next(kLimit));
+    if (!m_begin.at("begin").value("settled", true)) {
+      throw Error(
+          "the last changes are not applied yet, since the clock is paused; let time pass, "
+          "as with `clock advance 1s`");
+    }
+    Method observe("observeTimeEvents", Method::call);
+    const auto reply = m_observer.call(observe, kLimit);
+    bool observing = false;
+    if (!reply || !reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
+        !observing) {
+      throw Error("the service refused the observer");
+    }
+  }
+
+  // The next item; empty: none came within the limit.
+  std::optional<Json> next(milliseconds limit) {
+    const auto answer = m_control.nextAnswer(m_id, limit);
+    if (!answer) return std::nullopt;
+    Json json = objectIn(answer->json);
+    if (answer->last) throw Error(json.value("error", "the host ended the monitor"));
+    return json;
+  }
+
+  // Settings and clock, all read before another client changed something.
+  RecordedStart start() {
+    for (int i = 0; i < kTries; ++i) {
+      if (auto start = tryStart()) return *start;
+    }
+    throw Error("other clients change the telephone all the time; record when they pause");
+  }
+
+  // Calls `take` with the items of everything that was done before this call. Each thread of the
+  // host shows its frames in order, and a `get` passes both.
+  template <class Take>
+  void rest(Take take) {
+    static_cast<void>(m_control.startControl(R"({"verb":"get","key":"time"})"));
+    for (auto item = next(kLimit); item; item = next(kLimit)) {
+      if (isOwn(*item) && item->value("kind", "") == "controlReply") return;
+      take(*item);
+    }
+  }
+
+  // Waits until something may have come, a signal did (then false), or the limit has passed.
+  bool wait(const EndSignals& signals, milliseconds limit) {
+    std::array<pollfd, 3> polled{{{m_control.descriptor(), POLLIN, 0},
+                                  {m_observer.descriptor(), POLLIN, 0},
+                                  {signals.descriptor(), POLLIN, 0}}};
+    ::poll(polled.data(), polled.size(), static_cast<int>(limit.count()));
+    while (m_observer.nextEvent(milliseconds(0))) continue;  // the monitor has them, too
+    return polled[2].revents == 0;
+  }
+
+ private:
+  static Json required(std::optional<Json> item) {
+    if (!item) throw Error("no reply; the host is busy");
+    return *std::move(item);
+  }
+
+  bool isOwn(const Json& item) const {
+    return item.value("origin", "") == m_begin.at("begin").at("origin");
+  }
+
+  std::optional<RecordedStart> tryStart() {
+    RecordedStart start{m_begin.at("begin"), {}};
+    for (const std::string& key : startingKeys()) {
+      const Json request = {{"verb", "get"}, {"key", key}};
+      const auto reply = m_control.control(request.dump(), kLimit);
+      if (!reply) throw Error("no reply; the host is busy");
+      start.replies[key] = objectIn(*reply);
+    }
+    return skipTo(startingKeys().back(), start) ? std::optional(start) : std::nullopt;
+  }
+
+  // Skips the items up to the reply about the last key. False: another client changed something.
+  bool skipTo(const std::string& lastKey, RecordedStart& start) {
+    for (bool quiet = true;;) {
+      const Json item = required(next(kLimit));
+      if (!isOwn(item)) {
+        if (item.value("direction", "") == "received") quiet = false;
+      } else if (item.value("kind", "") == "controlReply" && item.contains("json") &&
+                 item["json"].value("key", "") == lastKey) {
+        start.wall = item.at("wall");
+        start.uptime = item.at("uptime");
+        return quiet;
+      }
+    }
+  }
+
+  RemoteClient& m_control;
+  RemoteClient m_observer;
+  const std::uint32_t m_id;
+  Json m_begin;
+};
+
+milliseconds left(std::optional<Clock::time_point> end) {
+  if (!end) return kLongestWait;
+  const auto rest = std::chrono::ceil<milliseconds>(*end - Clock::now());
+  return std::clamp(rest, milliseconds(0), kLongestWait);
+}
+
+void follow(const Json& request, Monitor& monitor, ScenarioRecorder& recorder) {
+  const EndSignals signals;
+  const std::size_t count = request.at("count");
+  std::optional<Clock::time_point> end;
+  const std::int64_t seconds = request.at("for");
+  if (seconds > 0) end = Clock::now() + std::chrono::seconds(seconds);
+  for (;;) {
+    while (const auto item = monitor.next(milliseconds(0))) {
+      recorder.add(*item);
+      if (count > 0 && recorder.steps() >= count) return;
+    }
+    const bool over = end && Clock::now() >= *end;
+    if (over || !monitor.wait(signals, left(end))) break;
+  }
+  monitor.rest([&](const Json& item) { recorder.add(item); });
+}
+
+}  // namespace
+
+void record(const Json& request, RemoteClient& control, const std::filesystem::path& socket,
+            std::ostream& out, std::ostream& err) {
+  const std::string path = request.at("file");
+  Monitor monitor(control, socket);
+  const RecordedStart start = monitor.start();
+  RecordedFile file(path, request.at("overwrite"));
+  file.add("# Recorded by clockctl record. Run it with: clockhost --scenario FILE");
+  ScenarioRecorder recorder(start, [&file](const std::string& line) { file.add(line); });
+  err << "ready" << std::endl;
+  try {
+    follow(request, monitor, recorder);
+  } catch (const HostGone& error) {
+    recorder.finish();
+    throw HostGone(error.what() + ("; " + quotedText(path)) + " holds what was done before");
+  }
+  recorder.finish();
+  out << "recorded " << recorder.steps() << " steps and " << recorder.events() << " events\n";
+  if (recorder.lost() == 0) return;
+  throw Error(std::to_string(recorder.lost()) + " frames are missing in " + quotedText(path) +
+              ", since they came faster than they could be written");
+}
+
+}  // namespace host

@@ -1,0 +1,204 @@
+#include "scenario/RecordedWords.h"
+
+#include <algorithm>
+#include <exception>
+#include <nlohmann/json.hpp>
+
+#include "scenario/ScenarioNames.h"
+#include "verbs/CallWords.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/NamedRows.h"
+#include "verbs/TimeText.h"
+#include "verbs/UsageError.h"
+#include "verbs/Verb.h"
+
+namespace host {
+namespace {
+
+using Words = std::vector<std::string>;
+using Type = MethodParameter::Type;
+
+constexpr std::string_view kShuttingDown = "the host is shutting down";
+
+bool needsNoQuotes(char letter) {
+  constexpr std::string_view kPlain = "_.:+=/,;-|";
+  return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+         (letter >= '0' && letter <= '9') || kPlain.find(letter) != std::string_view::npos;
+}
+
+std::string quotedWord(const std::string& word) {
+  if (!word.empty() && std::all_of(word.begin(), word.end(), needsNoQuotes)) return word;
+  std::string quoted = "\"";
+  for (const char letter : word) {
+    if (letter == '"' || letter == '\\') quoted += '\\';
+    if (letter == '\n') {
+      quoted += "\\n";
+    } else {
+      quoted += letter;
+    }
+  }
+  return quoted + '"';
+}
+
+std::string textOf(const Json& value) {
+  return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+// NAME=VALUE that is read as the same type.
+std::string argumentOf(const std::string& name, const Json& value) {
+  const std::string text = textOf(value);
+  const bool looksLikeInt = value.is_string() && parseInteger(text).has_value();
+  return name + (looksLikeInt ? ":string=" : "=") + text;
+}
+
+bool isOfType(const Json& value, Type type) {
+  return type == Type::integer ? value.is_number_integer() : value.is_string();
+}
+
+// Whether a scenario can write the call; `complete`: and the service understands it.
+bool isKnown(const MethodRow& row, const Json& parameters) {
+  return std::all_of(parameters.items().begin(), parameters.items().end(), [&](const auto& each) {
+    return rowNamed(row.request, each.key()) != nullptr && !each.value().is_boolean();
+  });
+}
+
+bool isComplete(const MethodRow& row, const Json& parameters) {
+  return std::all_of(row.request.begin(), row.request.end(), [&](const MethodParameter& each) {
+    const auto found = parameters.find(std::string(each.name));
+    return found != parameters.end() && isOfType(*found, each.type);
+  });
+}
+
+bool reportsFalse(const Json& parameters) {
+  return std::any_of(parameters.begin(), parameters.end(),
+                     [](const Json& value) { return value == Json(false); });
+}
+
+void append(Words& words, const Json& parameters) {
+  for (const auto& [name, value] : parameters.items()) words.push_back(argumentOf(name, value));
+}
+
+RecordedStep unwritable(const Words& words, const std::string& why) {
+  return {lineOf(words), why};
+}
+
+Words before(std::initializer_list<const char*> first, const Words& words) {
+  Words all(first.begin(), first.end());
+  all.insert(all.end(), words.begin(), words.end());
+  return all;
+}
+
+// Without what would be right.
+std::string firstPart(const std::string& error) {
+  return error.substr(0, error.find(';'));
+}
+
+// "clock advance" and "clock jump", whose words are not members of the request.
+Words clockWords(const Json& request) {
+  const std::string action = textOf(request.at("action"));
+  Words words = {"clock", action};
+  if (request.contains("microseconds")) {
+    const std::chrono::microseconds exact(request["microseconds"].get<std::int64_t>());
+    words.push_back(exactDurationText(exact));
+  } else if (request.contains("local")) {
+    const std::string local = textOf(request["local"]);
+    const std::size_t blank = std::min(local.find(' '), local.size() - 1);
+    words.insert(words.end(), {"local", local.substr(0, blank), local.substr(blank + 1)});
+  } else if (request.contains("seconds")) {
+    const std::chrono::seconds seconds(request["seconds"].get<std::int64_t>());
+    words.push_back(action == "jump" ? instantText(seconds)
+                                     : std::to_string(seconds.count()) + 's');
+  } else {
+    for (const char* const name : {"speed", "landmark"}) {
+      if (request.contains(name)) words.push_back(textOf(request[name]));
+    }
+  }
+  return words;
+}
+
+// The words that requestOf() makes this request of.
+Words wordsOf(const Json& request) {
+  if (request.at("verb") == "clock") return clockWords(request);
+  Words words;
+  for (const char* const name : {"verb", "what", "key", "value", "plug", "status"}) {
+    if (request.contains(name)) words.push_back(textOf(request[name]));
+  }
+  return words;
+}
+
+// Throws UsageError, Json::exception: a scenario refuses these words.
+void requireWritable(const Words& words, const Json& request) {
+  const Json read = requestOf(verbOf(words), words);
+  if (nlohmann::json(read) != nlohmann::json(request)) throw UsageError("it has further members");
+  requireKnownKey(request);
+}
+
+bool changesNothing(const Json& request) {
+  const std::string verb = request.value("verb", "");
+  const std::string action = request.value("action", "");
+  if (verb == "clock") return action == "show" || action == "speed" || action == "pause";
+  return verb != "set" && verb != "reset" && verb != "inject" && verb != "get";
+}
+
+}  // namespace
+
+std::string lineOf(const Words& words) {
+  std::string line;
+  for (const std::string& word : words) line += (line.empty() ? "" : " ") + quotedWord(word);
+  return line;
+}
+
+std::optional<RecordedStep> recordedCall(const Json& call, const Json& reply, bool certain) {
+  if (call.contains("undecodable") || call.contains("clipped")) return std::nullopt;
+  const std::string name = call.at("method");
+  const Json& parameters = call.at("parameters");
+  if (name == "observeTimeEvents" || name == "unobserveTimeEvents") return std::nullopt;
+  Words words = {"call", name};
+  append(words, parameters);
+  const MethodRow* const row = rowNamed(remoteMethods(), name);
+  if (row == nullptr) return unwritable(words, "the method is not known");
+  if (!isKnown(*row, parameters)) return unwritable(words, "a parameter is not known");
+  const bool complete = isComplete(*row, parameters);
+  const Json answer = reply.is_null() ? Json::object() : reply.value("parameters", Json::object());
+  if (row->replies() && answer.empty())
+    return RecordedStep{lineOf(before({"expect", "refused"}, words))};
+  if (reportsFalse(answer)) {
+    append(words, answer);
+    return RecordedStep{lineOf(before({"expect", "false"}, words))};
+  }
+  if (!complete) return unwritable(words, "a parameter is missing or of another type");
+  if (!row->replies() || !certain) return RecordedStep{lineOf(words)};
+  append(words, answer);
+  return RecordedStep{lineOf(before({"expect"}, words))};
+}
+
+std::optional<RecordedStep> recordedRequest(const Json& request, const Json& reply, bool certain) {
+  if (!request.is_object() || changesNothing(request)) return std::nullopt;
+  const bool done = reply.value("ok", false);
+  if (reply.value("error", "") == kShuttingDown) return std::nullopt;
+  try {
+    Words words = wordsOf(request);
+    requireWritable(words, request);
+    if (!done) return RecordedStep{lineOf(before({"expect", "refused"}, words))};
+    if (words.front() != "get") return RecordedStep{lineOf(words)};
+    if (!certain || !reply.contains("value")) return RecordedStep{lineOf(words)};
+    words.push_back(textOf(reply["value"]));
+    return RecordedStep{lineOf(before({"expect"}, words))};
+  } catch (const std::exception& error) {
+    return RecordedStep{request.dump(-1, ' ', false, Json::error_handler_t::replace),
+                        firstPart(error.what())};
+  }
+}
+
+RecordedStep recordedEvent(const Json& event, EventTime time) {
+  constexpr std::string_view kSeconds = "timeChangeEventSeconds";
+  Words words = {"expect", "event", event.at("method")};
+  if (time == EventTime::unknown) return {lineOf(words)};
+  for (const auto& [name, value] : event.at("parameters").items()) {
+    if (time == EventTime::late && name == kSeconds) continue;
+    words.push_back(name + '=' + textOf(value));
+  }
+  return {lineOf(words)};
+}
+
+}  // namespace host

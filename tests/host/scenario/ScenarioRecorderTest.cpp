@@ -1,0 +1,190 @@
+#include "scenario/ScenarioRecorder.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "scenario/RecordedWords.h"
+
+namespace host {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr std::int64_t kSecond = 1'000'000;
+
+// A recorder that began at 1970-01-01T00:01:40Z, 100 s after power-on.
+class Recorder : public ::testing::Test {
+ protected:
+  static RecordedStart start(bool followsClock = true) {
+    RecordedStart start;
+    start.device = {{"origin", "self"}, {"variant", 3},    {"softwareType", "Velmora QEX"},
+                    {"mac", ""},        {"network", "up"}, {"followsClock", followsClock}};
+    for (const std::string& key : startingKeys()) start.replies[key] = {{"ok", false}};
+    start.replies["time"] = {{"ok", true}, {"value", "2030-01-01T00:00:00+00:00"}};
+    start.replies["sntp-addr"] = {{"ok", true}, {"value", "192.0.2.254"}};
+    start.wall = start.uptime = 100 * kSecond;
+    return start;
+  }
+
+  // A frame of the client, `uptime` microseconds after the begin.
+  Json frame(const char* direction, const char* kind, std::int64_t uptime, int id = 1) const {
+    return {{"wall", 100 * kSecond + uptime + jumped},
+            {"uptime", 100 * kSecond + uptime},
+            {"speed", speed},
+            {"peer", "client-7"},
+            {"origin", "other"},
+            {"direction", direction},
+            {"kind", kind},
+            {"id", id}};
+  }
+
+  void request(const Json& json, std::int64_t uptime, int id = 1) {
+    Json entry = frame("received", "controlRequest", uptime, id);
+    entry["json"] = json;
+    recorder.add(entry);
+  }
+  void answer(const Json& json, std::int64_t uptime, int id = 1) {
+    Json entry = frame("sent", "controlReply", uptime, id);
+    entry["json"] = json;
+    recorder.add(entry);
+  }
+  void event(std::int64_t uptime) {
+    Json entry = frame("sent", "event", uptime);
+    entry["origin"] = "self";
+    entry["method"] = "timeChangeEvent";
+    entry["parameters"] = {{"timeChangeEventHours", 1}, {"timeChangeEventSeconds", 2}};
+    recorder.add(entry);
+  }
+  void call(const Json& parameters, std::int64_t uptime) {
+    Json entry = frame("received", "call", uptime);
+    entry["method"] = "setDate";
+    entry["parameters"] = parameters;
+    recorder.add(entry);
+  }
+
+  Lines taken() { return std::exchange(lines, {}); }
+
+  Lines lines;
+  ScenarioRecorder recorder{start(), [this](const std::string& line) { lines.push_back(line); }};
+  const Lines setup = taken();
+  std::string speed = "paused";
+  std::int64_t jumped = 0;
+};
+
+const Json kDone = {{"ok", true}};
+const Json kAdvance = {{"verb", "clock"}, {"action", "advance"}, {"seconds", 60}};
+const Json kSet = {{"verb", "set"}, {"key", "ntp-secret"}, {"value", "a \"b\""}};
+
+TEST_F(Recorder, BeginsWithSettingsClockAndZone) {
+  EXPECT_EQ(setup, (Lines{"variant 3", "software-type \"Velmora QEX\"", "network up",
+                          "at 1970-01-01T00:01:39Z", "set sntp-addr 192.0.2.253",
+                          "set sntp-addr 192.0.2.254", "clock advance 1s",
+                          "clock jump 1970-01-01T00:01:40Z"}));
+}
+
+TEST_F(Recorder, ATimeSetByHandIsSetAgain) {
+  const ScenarioRecorder other(start(false),
+                               [this](const std::string& line) { lines.push_back(line); });
+  EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+            (Lines{"set time 2030-01-01T00:00:00+00:00", "set time 2030-01-01T00:00:00+00:00",
+                   "clock advance 0s", "clock jump 1970-01-01T00:01:40Z"}));
+}
+
+TEST_F(Recorder, AMoveOfAPausedClockIsTheSameMove) {
+  request(kAdvance, 0);
+  event(30 * kSecond);
+  answer(kDone, 60 * kSecond);
+  EXPECT_EQ(taken(), (Lines{"clock advance 60s  # client-7",
+                            "expect event timeChangeEvent timeChangeEventHours=1 "
+                            "timeChangeEventSeconds=2"}));
+}
+
+TEST_F(Recorder, AStepDuringAMoveComesAtItsTime) {
+  request(kAdvance, 0);
+  request(kSet, 20 * kSecond, 2);
+  answer(kDone, 20 * kSecond, 2);
+  answer(kDone, 60 * kSecond);
+  EXPECT_EQ(taken(), (Lines{"clock advance 20.0s", "set ntp-secret \"a \\\"b\\\"\"  # client-7",
+                            "clock advance 40.0s"}));
+}
+
+TEST_F(Recorder, TimeOfARunningClockIsExactAndItsEventsAreLate) {
+  speed = "1";
+  request(kSet, 1'500'000);
+  answer(kDone, 1'500'100);
+  event(2'500'000);
+  speed = "60";
+  event(2'600'000);
+  EXPECT_EQ(taken(),
+            (Lines{"clock advance 1.5s", "set ntp-secret \"a \\\"b\\\"\"  # client-7",
+                   "clock advance 1.0s", "expect event timeChangeEvent timeChangeEventHours=1",
+                   "clock advance 0.1s", "expect event timeChangeEvent"}));
+}
+
+TEST_F(Recorder, AnotherTimerDueAtTheSameInstantExpiresWithItsEvent) {
+  request({{"verb", "clock"}, {"action", "next"}}, 0);
+  answer(kDone, 1000);
+  request(kSet, 1000);
+  answer(kDone, 1000);
+  event(1000);
+  EXPECT_EQ(taken(),
+            (Lines{"clock next  # client-7", "set ntp-secret \"a \\\"b\\\"\"", "clock advance 0.0s",
+                   "expect event timeChangeEvent timeChangeEventHours=1 "
+                   "timeChangeEventSeconds=2"}));
+}
+
+TEST_F(Recorder, RefusalsAreExpected) {
+  request({{"verb", "set"}, {"key", "date-format"}, {"value", ""}}, 0);
+  answer({{"ok", false}, {"error", "x"}}, 0);
+  request({{"verb", "get"}, {"key", "nope"}}, 0);
+  answer({{"ok", false}, {"error", "no key \"nope\""}}, 0);
+  EXPECT_EQ(taken(), (Lines{"expect refused set date-format \"\"  # client-7",
+                            R"(# not replayed: {"verb":"get","key":"nope"}  # no key "nope")"}));
+}
+
+TEST_F(Recorder, AnOutsideChangeOfTheClockIsAJump) {
+  request(kSet, 0);
+  jumped = 50 * kSecond;
+  answer(kDone, 0);
+  EXPECT_EQ(taken().size(), 1U) << "the set's own effect";
+  event(0);
+  EXPECT_EQ(taken().size(), 1U);
+  jumped = 90 * kSecond;
+  event(0);
+  const Lines written = taken();
+  ASSERT_EQ(written.size(), 3U);
+  EXPECT_EQ(written[1], "clock jump 1970-01-01T00:03:10Z");
+}
+
+TEST_F(Recorder, FramesThatAreMissingAreTold) {
+  Json entry = frame("sent", "controlItem", 0);
+  entry["lost"] = 5;
+  recorder.add(entry);
+  EXPECT_EQ(recorder.lost(), 5U);
+  EXPECT_EQ(taken(), Lines{"# 5 frames are missing here"});
+}
+
+TEST_F(Recorder, ACallWithoutReplyIsRefused) {
+  const Json date = {{"setDateDay", 1}, {"setDateMonth", 2}, {"setDateYear", 2030}};
+  call(date, 0);
+  Json reply = frame("sent", "reply", 0);
+  reply["method"] = "setDate";
+  reply["parameters"] = {{"setDateReturn", true}};
+  recorder.add(reply);
+  call({{"setDateDay", "1"}}, 0);
+  call(date, 0);
+  reply["parameters"] = {{"setDateReturn", false}};
+  recorder.add(reply);
+  recorder.finish();
+  EXPECT_EQ(taken(),
+            (Lines{"expect call setDate setDateDay=1 setDateMonth=2 setDateYear=2030 "
+                   "setDateReturn=true  # client-7",
+                   "expect refused call setDate setDateDay:string=1",
+                   "expect false call setDate setDateDay=1 setDateMonth=2 setDateYear=2030 "
+                   "setDateReturn=false"}));
+  EXPECT_EQ(recorder.steps(), 3U);
+}
+
+}  // namespace
+}  // namespace host

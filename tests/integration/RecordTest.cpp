@@ -1,0 +1,217 @@
+// clockctl record: a recorded session is a scenario that passes.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "Method.h"
+#include "integration/OneLine.h"
+#include "integration/RestartableHost.h"
+#include "remote/RemoteClient.h"
+#include "support/FileContent.h"
+
+namespace integration {
+namespace {
+
+using nlohmann::json;
+using std::chrono::seconds;
+
+class Record : public ::testing::Test {
+ protected:
+  void start(const Words& more = {}) {
+    Words words = {"record", m_file.string()};
+    words.insert(words.end(), more.begin(), more.end());
+    m_recorder = m_host.startCtl(words);
+    ASSERT_TRUE(m_recorder->says("ready\n"));
+  }
+
+  Outcome end() {
+    m_recorder->signal(SIGINT);
+    return m_recorder->wait();
+  }
+
+  Outcome replay() const {
+    return Program(m_host.folder(), "replay",
+                   {CLOCKHOST, "--plugin", CLOCK_PLUGIN, "--scenario", m_file.string()})
+        .wait();
+  }
+
+  void expectReplay() const {
+    const Outcome outcome = replay();
+    EXPECT_EQ(outcome.status, 0) << outcome.err << support::contentOf(m_file);
+  }
+
+  RunningHost m_host;
+  const std::filesystem::path m_file = m_host.folder() / "recorded.scenario";
+  std::unique_ptr<Program> m_recorder;
+};
+
+// What people and programs do, by a fixed seed: two clients, of which one controls.
+class Life {
+ public:
+  explicit Life(const RestartableHost& host)
+      : m_calls(host.connect()), m_control(host.connectControl()) {}
+
+  void step() {
+    switch (below(8)) {
+      case 0:
+        return call("getTimeInts", {});
+      case 1:
+        return call("setTime", {{"setTimeHours", below(26)},
+                                {"setTimeMinutes", below(60)},
+                                {"setTimeSeconds", below(60)}});
+      case 2:
+        return call("setDate", {{"setDateDay", 1 + below(31)},
+                                {"setDateMonth", 1 + below(12)},
+                                {"setDateYear", 2000 + below(45)}});
+      case 3:
+        return call("getDate", {});
+      case 4:
+        return set();
+      case 5:
+        return control({{"verb", "get"}, {"key", below(2) == 0 ? "time" : "ntp-secret"}});
+      case 6:
+        return control({{"verb", "inject"}, {"what", "dhcp"}, {"value", std::to_string(below(9))}});
+      default:
+        return move();
+    }
+  }
+
+  void control(const json& request) {
+    ASSERT_TRUE(m_control->control(request.dump(), seconds(30)));
+  }
+
+ private:
+  int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
+
+  void call(const char* name, const std::vector<std::pair<const char*, int>>& arguments) {
+    Method method(name, Method::call);
+    for (const auto& [parameter, value] : arguments) {
+      method.addIntParameter(parameter, value, Parameter::in);
+    }
+    ASSERT_TRUE(m_calls->call(method, seconds(30)));
+  }
+
+  void set() {
+    const std::pair<const char*, std::vector<const char*>> sets[] = {
+        {"sntp-tz-offset", {"-5", "5.5", "0", "x", ""}},
+        {"daylight-save", {"true", "false", "maybe"}},
+        {"auto-daylight-save", {"true", "false"}},
+        {"daylight-save-zone-id", {"12", "3", "15"}},
+        {"time-format", {"0", "1"}},
+        {"simple-time", {"07:30", "???"}},
+        {"ntp-secret", {"a \"b\" \\ #c", "\xC3\xBC", "two\nlines", ""}},
+    };
+    const auto& [key, values] = sets[below(std::size(sets))];
+    const auto value = static_cast<std::size_t>(below(static_cast<int>(values.size())));
+    control({{"verb", "set"}, {"key", key}, {"value", values[value]}});
+  }
+
+  void move() {
+    const json moves[] = {{{"action", "advance"}, {"seconds", below(7200)}},
+                          {{"action", "next"}},
+                          {{"action", "jump"}, {"seconds", 1'700'000'000 + below(100'000'000)}},
+                          {{"action", "to"}, {"landmark", "hour"}}};
+    json request = moves[below(std::size(moves))];
+    request["verb"] = "clock";
+    control(request);
+  }
+
+  std::mt19937 m_random{5};
+  std::unique_ptr<host::RemoteClient> m_calls;
+  std::unique_ptr<host::RemoteClient> m_control;
+};
+
+TEST_F(Record, TwoHundredMixedStepsReplayGreen) {
+  Life life(m_host);
+  for (int i = 0; i < 20; ++i) life.step();  // no new telephone
+  life.control({{"verb", "clock"}, {"action", "advance"}, {"seconds", 1}});
+  start();
+  for (int i = 0; i < 200; ++i) life.step();
+  const Outcome outcome = end();
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_TRUE(outcome.out.starts_with("recorded 200 steps and ")) << outcome.out;
+  expectReplay();
+}
+
+// At a person's pace: each command is a process.
+TEST_F(Record, ARunningClockReplaysGreen) {
+  ASSERT_EQ(m_host.ctl({"clock", "speed", "1"}).status, 0);
+  start();
+  for (const Words& words : {Words{"call", "getTimeInts"},
+                             {"set", "simple-time", "07:30"},
+                             {"get", "time"},
+                             {"set", "sntp-tz-offset", "-5"},
+                             {"clock", "advance", "2h"},
+                             {"call", "getDate"},
+                             {"clock", "to", "midnight"},
+                             {"clock", "speed", "1"},
+                             {"call", "getTimeInts"}}) {
+    ASSERT_EQ(m_host.ctl(words).status, 0);
+  }
+  EXPECT_EQ(end().status, 0);
+  expectReplay();
+}
+
+TEST_F(Record, TheTimeSetByHandBeforeIsReplayed) {
+  ASSERT_EQ(m_host.ctl({"set", "simple-time", "07:30"}).status, 0);
+  ASSERT_EQ(m_host.ctl({"clock", "advance", "1s"}).status, 0);
+  ASSERT_EQ(m_host.ctl({"clock", "jump", "2026-03-08T06:59:50Z"}).status, 0);
+  start();
+  EXPECT_EQ(m_host.ctl({"call", "getTimeInts"}).out.substr(0, 25), "getTimeIntsHoursReturn=7\n");
+  EXPECT_EQ(end().status, 0);
+  expectReplay();
+}
+
+TEST_F(Record, RefusesToBeginBeforeChangesAreApplied) {
+  ASSERT_EQ(m_host.ctl({"set", "sntp-tz-offset", "5"}).status, 0);
+  expectOneLine(m_host.ctl({"record", m_file.string()}), 1,
+                {"not applied yet", "`clock advance 1s`"});
+  EXPECT_FALSE(std::filesystem::exists(m_file));
+}
+
+TEST_F(Record, AHostThatEndsLeavesACompleteFile) {
+  start();
+  ASSERT_EQ(m_host.ctl({"call", "getTime"}).status, 0);
+  static_cast<void>(m_host.end(SIGTERM));
+  Outcome outcome = m_recorder->wait();
+  ASSERT_TRUE(outcome.err.starts_with("ready\n"));
+  outcome.err.erase(0, 6);
+  expectOneLine(outcome, 1, {"the host disconnected", "holds what was done before"});
+  expectReplay();
+}
+
+TEST_F(Record, EndsAfterSoManySteps) {
+  start({"--count", "2"});
+  for (int i = 0; i < 3; ++i) ASSERT_EQ(m_host.ctl({"call", "getTime"}).status, 0);
+  EXPECT_EQ(m_recorder->wait().out, "recorded 2 steps and 0 events\n");
+}
+
+TEST_F(Record, EndsAfterSoLong) {
+  start({"--for", "1s"});
+  EXPECT_EQ(m_recorder->wait().out, "recorded 0 steps and 0 events\n");
+}
+
+TEST_F(Record, AChangedFileIsNeverLost) {
+  start();
+  EXPECT_EQ(end().status, 0);
+  struct stat found {};
+  ASSERT_EQ(::stat(m_file.c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0600U) << "it may hold the shared secret";
+  expectOneLine(m_host.ctl({"record", m_file.string()}), 1,
+                {"exists; name another file, or write --overwrite"});
+  start({"--overwrite"});
+  EXPECT_EQ(end().status, 0);
+}
+
+TEST_F(Record, AFullDiskIsToldAtOnce) {
+  expectOneLine(m_host.ctl({"record", "/dev/full", "--overwrite"}), 1,
+                {"\"/dev/full\" cannot be written: No space left on device"});
+}
+
+}  // namespace
+}  // namespace integration
