@@ -27,6 +27,9 @@ WRONG_WORDS = [
     ["--count", "many"],
     ["--jobs", "0"],
     ["--see", "1"],
+    ["--shard", "3/2"],
+    ["--shard", "1"],
+    ["--count", "3", "--shard", "1/4"],
     ["src/NoSuchFile.cpp"],
     ["tests/support/Telephone.cpp"],
     ["host/nowhere"],
@@ -38,6 +41,7 @@ WRONG_WORDS = [
 RIGHT_WORDS = [
     ([], "clock_unit_test", "host_clock_test"),
     (["--seed", "2", "--count", "0", "--jobs", "1", "src/Saturate.h"], "clock_unit_test", "clockhost"),
+    (["--shard", "2/4", "--results", "r.jsonl", "src/Saturate.h"], "clock_unit_test", "clockhost"),
     (["host/remote", "host/verbs/"], "clockctl", "clock_unit_test"),
     (["host", "src"], "clock_unit_test host_clock_test", "bench_test"),
 ]

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# fuzz [TARGET]... [--seconds N]: look for input that breaks a parser (all of them, 20 s each)
+# fuzz [TARGET]... [--seconds N] [--shard I/N] [--results FILE]: look for input that breaks a parser (all of them, 20 s each)
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
@@ -21,10 +21,11 @@ usage() {
 
 read_words() {
   seconds=20
-  targets=()
+  targets=() shard=()
   while [ $# -gt 0 ]; do
     case $1 in
       --seconds) seconds=${2:-} && shift ;;
+      --shard | --results) shard+=("$1" "${2:-}") && shift ;;
       *) targets+=("$1") ;;
     esac
     shift || break
@@ -36,6 +37,20 @@ read_words() {
     [[ $target != */* && -d $corpus/$target ]] ||
       usage "no fuzz target \"$target\"; there are ${known[*]}"
   done
+  python3 -B "$CLOCK_TREE/tools/dev/cases.py" check ${shard[@]+"${shard[@]}"}
+  all=("${targets[@]}")
+  if [[ " ${shard[*]}" =~ .*" --shard "([0-9]+)/([0-9]+) ]]; then
+    mapfile -t targets < <(printf '%s\n' "${all[@]}" |
+      awk -v i="${BASH_REMATCH[1]}" -v n="${BASH_REMATCH[2]}" 'NR % n == i % n')
+  fi
+}
+
+# The results of this shard, for ./dev merge.
+write_results() {
+  # shellcheck disable=SC2016  # for the shell that it starts
+  printf '%s\n' "${all[@]}" |
+    python3 -B "$CLOCK_TREE/tools/dev/cases.py" run "fuzz targets" "${shard[@]}" \
+      bash -c '[ "$(tail -n 1 "$1/$0")" = passed ]' {} "$logs" || true
 }
 
 # fuzz_target TARGET: runs until the time is over or a fault is found. -entropic_scale_per_exec_time
@@ -120,4 +135,5 @@ export TMPDIR=$scratch ASAN_OPTIONS=quarantine_size_mb=8:malloc_context_size=8
 echo "dev: fuzzing ${#targets[@]} targets, $seconds s each"
 fuzz_all_targets
 show_figures
+[ ${#shard[@]} -eq 0 ] || write_results
 show_faults

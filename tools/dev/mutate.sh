@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...: which bugs the tests miss (default: in the plug-in)
+# mutate [--seed N] [--count N] [--jobs N] [--shard I/N] [--results FILE] [FILE | FOLDER]...: which bugs the tests miss (default: in the plug-in)
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

@@ -1,6 +1,7 @@
 """Makes one change at a time to the sources, and lists the changes that no test notices.
 
-mutate.py TREE BUILD [--seed N] [--count N] [--jobs N] [FILE | FOLDER]...
+mutate.py TREE BUILD [--seed N] [--count N] [--jobs N] [--shard I/N]
+  [--results FILE] [FILE | FOLDER]...
 
 The exit status is 0 if the tests find at least 90 % of them.
 """
@@ -19,6 +20,7 @@ from contextlib import closing
 from build import Build
 from mutants import Mutant, in_order, mutants_of
 from options import options
+from cases import Progress, Results
 from programs import programs
 from running import HUNG, PASSED, outcome_of
 from workshop import NO_BUILD, NoLink, Workshop
@@ -26,6 +28,8 @@ from workshop import NO_BUILD, NoLink, Workshop
 LEAST_SCORE = 90.0  # per cent
 MOST_UNBUILT = 20.0  # per cent; a few may be chance
 CHANCE = 5
+# In a file of results; every other verdict is "found".
+RESULTS = {PASSED: "survived", NO_BUILD: "did not compile"}
 
 
 def ordered(tree, chosen):
@@ -84,22 +88,28 @@ def verdicts_on(mutants, workshops):
         pool.shutdown(cancel_futures=True)
 
 
-def drawn(mutants, count, workshops):
-    """The verdicts on mutants until `count` of them have compiled; on all if it is 0."""
+def drawn(mutants, count, workshops, keep=lambda mutant, verdict: None):
+    """The verdicts on mutants until `count` of them have compiled; on all if it is 0. `keep` gets each."""
     verdicts = []
+    progress = Progress("mutants", count or len(mutants))
     with closing(verdicts_on(mutants, workshops)) as judged:
         for mutant, verdict in judged:
             verdicts.append(verdict)
-            show(len(verdicts), mutant, verdict)
+            keep(mutant, verdict)
+            with progress.hidden():
+                show(len(verdicts), mutant, verdict, progress.shown)
+            if verdict != NO_BUILD or count == 0:
+                progress.step()
             if 0 < count == len(verdicts) - verdicts.count(NO_BUILD):
                 break
+    progress.end()
     return verdicts
 
 
-def show(number, mutant, verdict):
+def show(number, mutant, verdict, on_terminal):
     if verdict == PASSED:
         print(f"{mutant.path}:{mutant.line}: survived", *mutant.diff(), sep="\n  ", flush=True)
-    if number % 50 == 0:
+    if number % 50 == 0 and not on_terminal:
         print(f"{number} tried", flush=True)
 
 
@@ -134,11 +144,17 @@ def main(tree, place, *words):
     folders = [place / f"job-{number + 1}" for number in range(chosen.jobs)]
     workshops = [Workshop(build, folder, judges) for folder in folders]
     measure(judges, workshops[0].folder)
-    mutants = ordered(tree, chosen)
+    mutants = chosen.shard.of_cases(ordered(tree, chosen))
+    results = Results(chosen.results, "mutants", chosen.shard)
     started = time.monotonic()
     for mutant in mutants[:1]:
         check(workshops[0], mutant)
-    verdicts = drawn(mutants, chosen.count, workshops)
+
+    def keep(mutant, verdict):
+        results.add(f"{mutant.path}:{mutant.line}", RESULTS.get(verdict, "found"))
+
+    verdicts = drawn(mutants, chosen.shard.share(chosen.count), workshops, keep)
+    results.end()
     return 0 if summary(verdicts, time.monotonic() - started) else 1
 
 

@@ -7,9 +7,12 @@ import pathlib
 import re
 import sys
 
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "dev"))
+
+from cases import Shard
 from programs import BODIES, PLUGIN, body_of, targets
 
-USAGE = "mutate [--seed N] [--count N] [--jobs N] [FILE | FOLDER]..."
+USAGE = "mutate [--seed N] [--count N] [--jobs N] [--shard I/N] [--results FILE] [FILE | FOLDER]..."
 
 
 class Parser(argparse.ArgumentParser):
@@ -22,8 +25,12 @@ def options(tree, words):
     parser.add_argument("--seed", type=at_least(0), default=1)  # which sample
     parser.add_argument("--count", type=at_least(0), default=200)  # mutants that compile; 0: all
     parser.add_argument("--jobs", type=at_least(1), default=processors())  # number of parallel jobs
+    parser.add_argument("--shard", type=shard, default=Shard())  # each N-th mutant
+    parser.add_argument("--results", default="")  # a file for ./dev merge
     parser.add_argument("places", nargs="*", default=PLUGIN)
     chosen = parser.parse_args(words)
+    if 0 < chosen.count < chosen.shard.of:
+        parser.error(f"--count {chosen.count} is too little for {chosen.shard.of} shards")
     sources = all_files(tree)
     chosen.files = []
     for place in chosen.places:
@@ -42,6 +49,13 @@ def at_least(least):
         raise argparse.ArgumentTypeError(f'"{word}" is not a whole number of at least {least}')
 
     return number
+
+
+def shard(word):
+    try:
+        return Shard(word)
+    except ValueError as error:
+        raise argparse.ArgumentTypeError(str(error)) from None
 
 
 def processors():

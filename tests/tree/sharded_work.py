@@ -1,0 +1,98 @@
+"""Tests how long work is split into shards, and how their results are joined: sharded_work.py TREE"""
+
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+# Shards, and the word that the refusal must have; none: accepted.
+SHARDS = [("1/1", ""), ("2/4", ""), ("0/2", "shard"), ("3/2", "shard"), ("1", "shard"), ("a/b", "shard"), ("", "takes I/N")]
+
+
+class Tool:
+    def __init__(self, tree, folder):
+        self.program = [sys.executable, "-B", str(tree / "tools/dev/cases.py")]
+        self.folder = folder
+
+    def __call__(self, *words, text=""):
+        return subprocess.run([*self.program, *words], input=text, capture_output=True, text=True)
+
+    def shard(self, number, of, cases=5, bad="none"):
+        """The file of a shard of the cases 1 to `cases`, of which `bad` fails."""
+        path = self.folder / f"{number}-of-{of}-{cases}-{bad}.jsonl"
+        self("run", "numbers", "--shard", f"{number}/{of}", "--results", str(path),
+             "test", "{}", "!=", bad, text="".join(f"{case}\n" for case in range(1, cases + 1)))  # fmt: skip
+        return str(path)
+
+
+def cut(path):
+    """The file as an ended shard leaves it: in the middle of a line."""
+    whole = pathlib.Path(path)
+    lines = whole.read_text().splitlines(keepends=True)
+    whole.with_suffix(".cut").write_text("".join(lines[:-1])[:-3])
+    return str(whole.with_suffix(".cut"))
+
+
+def merges(tool):
+    """Files, the exit status of their merge, and a part of its output."""
+    both = [tool.shard(1, 2), tool.shard(2, 2)]
+    other = tool.folder / "other"
+    other.write_text("{}\n")
+    return [
+        ([tool.shard(1, 1)], 0, "numbers: 5 of 5 cases, 5 passed"),
+        (both, 0, "numbers: 5 of 5 cases, 5 passed"),
+        ([both[1], tool.shard(1, 2, bad="3")], 1, "failed: 3\n"),
+        (both[1:], 1, "lost: shard 1/2"),
+        ([both[0], cut(both[1])], 1, "incomplete: "),
+        ([both[0], both[0]], 2, "in two files"),
+        ([both[0], tool.shard(2, 3)], 2, "the others are"),
+        ([both[0], tool.shard(2, 2, cases=6)], 2, "the others are"),
+        ([str(tool.folder / "none")], 2, "No such file"),
+        ([str(other)], 2, "not a file of results"),
+    ]
+
+
+# Command lines of ./dev that are refused before anything is built, and a part of the refusal.
+WRONG_WORDS = [
+    (["simulate", "--shard", "1/2"], "--shard needs --seed"),
+    (["simulate", "--seed", "1", "--shard", "3/2"], "is not a shard"),
+    (["simulate", "--results"], "takes FILE"),
+    (["scenarios"], "usage: scenarios"),
+    (["scenarios", "--shard", "x", "."], "is not a shard"),
+    (["scenarios", "/no such"], "no scenario or folder"),
+    (["fuzz", "--shard", "3/2"], "is not a shard"),
+    (["merge"], "usage: merge"),
+]
+
+
+def refusals(tree):
+    for words, part in WRONG_WORDS:
+        ended = subprocess.run([str(tree / "dev"), *words], capture_output=True, text=True)
+        if ended.returncode != 2 or part not in ended.stderr:
+            yield f"./dev {words}: {ended}"
+
+
+def faults(tool):
+    for shard, word in SHARDS:
+        ended = tool("check", "--shard", shard)
+        if ended.returncode != (2 if word else 0) or word not in ended.stderr:
+            yield f"--shard {shard!r}: {ended}"
+    for files, status, part in merges(tool):
+        ended = tool("merge", *files)
+        if ended.returncode != status or part not in ended.stdout + ended.stderr:
+            yield f"merge {files}: {ended}"
+    if "\r" in tool("run", "numbers", "true", text="1\n").stderr:
+        yield "a progress line outside a terminal"
+
+
+def main(tree):
+    with tempfile.TemporaryDirectory() as folder:
+        tree = pathlib.Path(tree).resolve()
+        found = [*faults(Tool(tree, pathlib.Path(folder))), *refusals(tree)]
+    print(*found, sep="\n")
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1]))
