@@ -53,6 +53,9 @@ constexpr std::chrono::milliseconds kOwnSetDelay{100};
 // Work that the first replies do not need starts this long after the host listens.
 constexpr std::chrono::milliseconds kAfterFirstReplies{10};
 
+// Changes are written to the history together, so that a set does not wait for its file.
+constexpr std::chrono::seconds kHistoryDelay{1};
+
 // During its lifetime, each NTP client process inherits a channel that sets the clock.
 class ClientChannels {
  public:
@@ -126,6 +129,7 @@ class Host {
  private:
   void watchReportPipe();
   void checkSecurityLog();
+  void writeHistoryLater();
   void watchMachineClock();
 
   Plugin m_plugin;
@@ -164,6 +168,7 @@ Host::Host(const HostOptions& options, HostLog& log)
   m_device.start(m_server);
   warnOfOddSavedTime(m_device);
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
+  m_device.history().writeWith([this] { m_loop.post([this] { writeHistoryLater(); }); });
   if (!options.systemClock) m_clock.setSpeed(options.speed);
   m_loop.postAfter(kAfterFirstReplies, [this, system = options.systemClock] {
     watchReportPipe();
@@ -181,6 +186,13 @@ void Host::watchReportPipe() try {
 } catch (const std::exception& error) {
   logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s; a deleted pipe is not recreated",
             error.what());
+}
+
+// On the management thread, which may wait for a disk.
+void Host::writeHistoryLater() {
+  m_loop.postAfter(kHistoryDelay, [this] {
+    m_device.managementThread().post([this] { m_device.history().write(); });
+  });
 }
 
 // On the management thread, because a long log takes a while. A failure ends the host: the loop

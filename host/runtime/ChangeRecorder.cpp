@@ -117,17 +117,24 @@ bool ChangeRecorder::setItem(const std::string& schema, const std::string& key,
   }
   const std::string before = m_store.getItem(schema, key).value_or("");
   if (!m_store.setItem(schema, key, value)) return false;
-  if (before == value) return true;
+  if (before != value) settingStored(key, before, value);
+  return true;
+}
+
+// Must not throw: the value is stored, so the set has succeeded.
+void ChangeRecorder::settingStored(const std::string& key, const std::string& before,
+                                   const std::string& after) try {
   Change change = changeOf(key, "device");
   const bool secret = key == kSecret;
   change.from = secret && !before.empty() ? "(hidden)" : before;
-  change.to = secret ? "(hidden)" : value;
+  change.to = secret ? "(hidden)" : after;
   {
     const MutexLock lock(m_mutex);
     m_lastSetting = change;
   }
   m_history.add(std::move(change));
-  return true;
+} catch (const std::exception&) {
+  // No memory for the record.
 }
 
 std::optional<std::string> ChangeRecorder::getItem(const std::string& schema,

@@ -49,6 +49,7 @@ class ChangeRecorder : public Executable, public DataAccess {
   using Nanoseconds = VirtualClock::Nanoseconds;
 
   void wallSet(Nanoseconds from, Nanoseconds to, VirtualClock::Setter setter);
+  void settingStored(const std::string& key, const std::string& before, const std::string& after);
   void fileStored(const std::string& name, const std::string& before, const std::string& after);
   // otherwise: the cause, if the thread has none.
   [[nodiscard]] Change changeOf(const std::string& what, const char* otherwise) const;

@@ -101,7 +101,6 @@ void Device::start(FrameworkContext& remote) {
   m_service.reset(m_plugin.createService());
   m_context.add("ClockService", m_service.get());
   m_service->init(m_context);
-  m_history->writeFromNow();
 }
 
 void Device::presetSavedTime() {

@@ -103,7 +103,6 @@ void writeText(const std::string& file, std::string text, int flags, bool sync) 
 }  // namespace
 
 History::~History() {
-  const MutexLock lock(m_mutex);
   write();
 }
 
@@ -112,18 +111,26 @@ void History::add(Change change) {
     change.*text = clippedText(escapedLine(change.*text), kLongestText);
   const MutexLock lock(m_mutex);
   m_waiting.push_back(std::move(change));
-  if (m_writes) write();
   if (m_waiting.size() > kKept) m_waiting.pop_front();
+  if (!m_later || m_expectsWrite) return;
+  m_later();
+  m_expectsWrite = true;
 }
 
-void History::writeFromNow() {
+void History::writeWith(std::function<void()> later) {
   const MutexLock lock(m_mutex);
-  m_writes = true;
+  m_later = std::move(later);
+}
+
+void History::write() {
+  const MutexLock lock(m_mutex);
+  m_expectsWrite = false;
+  writeWaiting();
 }
 
 std::vector<Change> History::list(std::size_t most) {
   const MutexLock lock(m_mutex);
-  write();
+  writeWaiting();
   std::vector<Change> changes;
   if (!m_file.empty()) changes = read();
   changes.insert(changes.end(), m_waiting.begin(), m_waiting.end());
@@ -132,8 +139,7 @@ std::vector<Change> History::list(std::size_t most) {
   return changes;
 }
 
-// Must not throw, because the service's calls that change the clock do not.
-void History::write() try {
+void History::writeWaiting() try {
   if (m_file.empty() || m_waiting.empty()) return;
   if (!m_inFile) m_inFile = read().size();
   append();

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <deque>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,11 +23,11 @@ struct Change {
   std::string to;
 };
 
-// The newest kKept changes, in the file `history` of the state folder, or in memory. A change that
-// is added after writeFromNow() is written at once, without a sync: it survives the end of the
-// process, but a power cut may lose the latest ones. The file is opened only for that, and for a
-// list. Owner: the device. Thread: any. Failure: a change that cannot be written stays in memory
-// until it can, with one line in the log; a damaged file is renamed to history.damaged-N.
+// The newest kKept changes, in the file `history` of the state folder, or in memory. Changes wait
+// in memory until write(), a list or the end of the object, so that a set does not pay for a file.
+// They are written without a sync: a power cut may lose the latest ones. Owner: the device.
+// Thread: any. Failure: a change that cannot be written stays in memory until it can, with one line
+// in the log; a damaged file is renamed to history.damaged-N.
 class History {
  public:
   static constexpr const char* kFileName = "history";
@@ -41,14 +42,16 @@ class History {
 
   void add(Change change);
 
-  // Until then, changes stay in memory: the start of the host writes no file.
-  void writeFromNow();
+  // From now on, calls `later` when a change begins to wait; it calls write() later. Without this,
+  // the start of the host writes no file.
+  void writeWith(std::function<void()> later);
+  void write();
 
   // The newest `most`, oldest first.
   [[nodiscard]] std::vector<Change> list(std::size_t most);
 
  private:
-  void write() CLOCK_REQUIRES(m_mutex);
+  void writeWaiting() CLOCK_REQUIRES(m_mutex);
   std::vector<Change> read() CLOCK_REQUIRES(m_mutex);
   void append() CLOCK_REQUIRES(m_mutex);
   void shorten(const std::vector<Change>& changes) CLOCK_REQUIRES(m_mutex);
@@ -58,8 +61,9 @@ class History {
   Mutex m_mutex;                                                  // held while the file is written
   std::deque<Change> m_waiting CLOCK_GUARDED_BY(m_mutex);         // not yet in the file
   std::optional<std::size_t> m_inFile CLOCK_GUARDED_BY(m_mutex);  // changes; empty: not yet read
-  bool m_writes CLOCK_GUARDED_BY(m_mutex) = false;
-  bool m_failed CLOCK_GUARDED_BY(m_mutex) = false;  // logged, until a write succeeds
+  std::function<void()> m_later CLOCK_GUARDED_BY(m_mutex);        // calls write() later
+  bool m_expectsWrite CLOCK_GUARDED_BY(m_mutex) = false;          // m_later was called
+  bool m_failed CLOCK_GUARDED_BY(m_mutex) = false;                // logged, until a write succeeds
 };
 
 }  // namespace host

@@ -9,6 +9,7 @@
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioDevice.h"
+#include "services/History.h"
 
 namespace host {
 namespace {
@@ -139,6 +140,7 @@ TEST_F(TelephoneWithHistory, SurvivesARestartAndTellsWho) {
     const OriginScope scope(origin);
     ask(R"({"verb":"clock","action":"jump","seconds":0})");
   }
+  telephone.device().history().write();
   telephone.powerCut();
   const Json rows = ask(R"({"verb":"history","count":2})")["changes"];
   ASSERT_EQ(rows.size(), 2U);

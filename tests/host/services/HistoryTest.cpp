@@ -5,7 +5,11 @@
 
 #include <algorithm>
 #include <fstream>
+#include <new>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "support/FileContent.h"
 #include "support/LogCapture.h"
@@ -25,7 +29,15 @@ Change changeTo(const std::string& value) {
 
 class KeptHistory : public ::testing::Test {
  protected:
-  void start() { history.emplace(folder.path()).writeFromNow(); }
+  // Writes each change at once.
+  void start() {
+    history.emplace(folder.path());
+    history->writeWith([this] { due = true; });
+  }
+  void add(const std::string& value) {
+    history->add(changeTo(value));
+    if (std::exchange(due, false)) history->write();
+  }
   void write(const std::string& text) const { std::ofstream(file) << text; }
   std::vector<std::string> values(std::size_t most = 10) {
     std::vector<std::string> texts;
@@ -43,11 +55,12 @@ class KeptHistory : public ::testing::Test {
   const std::filesystem::path file = folder / "history";
   support::LogCapture log;
   std::optional<History> history;
+  bool due = false;
 };
 
 TEST_F(KeptHistory, IsThereAfterTheProcessWasKilled) {
   start();
-  history->add(changeTo("-5"));
+  add("-5");
   EXPECT_EQ(support::contentOf(file),
             "clock history 1\n1773000000\tTimezoneOffset\tset sntp-tz-offset\tuid 1000, pid 4711\t"
             "0\t-5\n");
@@ -60,16 +73,35 @@ TEST_F(KeptHistory, IsThereAfterTheProcessWasKilled) {
   EXPECT_EQ(changes[0].from, "0");
 }
 
-TEST_F(KeptHistory, WritesNothingBeforeTheFirstChangeAfterTheStart) {
+TEST_F(KeptHistory, AsksForAWriteWhenTheFirstChangeAfterTheStartWaits) {
+  int asked = 0;
   history.emplace(folder.path());
   history->add(changeTo("1"));
-  history->writeFromNow();
-  EXPECT_FALSE(std::filesystem::exists(file));
+  history->writeWith([&] { ++asked; });
+  EXPECT_EQ(asked, 0);
   history->add(changeTo("2"));
-  EXPECT_EQ(lines(), 3U);
+  history->add(changeTo("3"));
+  EXPECT_EQ(asked, 1);
+  EXPECT_FALSE(std::filesystem::exists(file));
+  history->write();
+  EXPECT_EQ(lines(), 4U);
   struct stat found {};
   ASSERT_EQ(::stat(file.c_str(), &found), 0);
   EXPECT_EQ(found.st_mode & 0777, 0600U);
+  history->add(changeTo("4"));
+  EXPECT_EQ(asked, 2);
+}
+
+TEST_F(KeptHistory, AsksAgainAfterItCouldNotAsk) {
+  int asked = 0;
+  history.emplace(folder.path());
+  history->writeWith([&] {
+    if (++asked == 1) throw std::bad_alloc();
+  });
+  EXPECT_THROW(history->add(changeTo("1")), std::bad_alloc);
+  history->add(changeTo("2"));
+  EXPECT_EQ(asked, 2);
+  EXPECT_EQ(values(), (Texts{"1", "2"}));
 }
 
 TEST_F(KeptHistory, WritesAtItsEndWhatWaits) {
@@ -81,14 +113,14 @@ TEST_F(KeptHistory, WritesAtItsEndWhatWaits) {
 
 TEST_F(KeptHistory, ListsTheNewest) {
   start();
-  for (int i = 0; i < 5; ++i) history->add(changeTo(std::to_string(i)));
+  for (int i = 0; i < 5; ++i) add(std::to_string(i));
   EXPECT_EQ(values(2), (Texts{"3", "4"}));
   EXPECT_EQ(values(9), (Texts{"0", "1", "2", "3", "4"}));
 }
 
 TEST_F(KeptHistory, KeepsAThousandAndItsFileBounded) {
   start();
-  for (int i = 1; i <= 2001; ++i) history->add(changeTo(std::to_string(i)));
+  for (int i = 1; i <= 2001; ++i) add(std::to_string(i));
   EXPECT_EQ(lines(), 1001U);
   EXPECT_EQ(values(5000).size(), 1000U);
   EXPECT_EQ(values(5000).front(), "1002");
@@ -100,7 +132,7 @@ TEST_F(KeptHistory, KeepsAThousandAndItsFileBounded) {
 
 TEST_F(KeptHistory, KeepsEachTextOnItsLineAndShort) {
   start();
-  history->add(changeTo("a\tb\nc" + std::string(5000, 'x')));
+  add("a\tb\nc" + std::string(5000, 'x'));
   EXPECT_EQ(lines(), 2U);
   const std::string value = values().front();
   EXPECT_TRUE(value.starts_with("a\\x09b\\nc")) << value;
@@ -123,7 +155,7 @@ TEST_F(KeptHistory, SetsADamagedFileAsideAndStartsAnew) {
     write(text);
     log.clear();
     start();
-    history->add(changeTo("1"));
+    add("1");
     EXPECT_EQ(values(), Texts{"1"}) << text;
     EXPECT_TRUE(log.hasPart("is damaged (")) << text << log.text();
     EXPECT_EQ(support::contentOf(file.string() + ".damaged-" + std::to_string(++number)), text);
@@ -132,35 +164,35 @@ TEST_F(KeptHistory, SetsADamagedFileAsideAndStartsAnew) {
 
 TEST_F(KeptHistory, LosesOnlyALineThatAPowerCutClipped) {
   start();
-  history->add(changeTo("1"));
-  history->add(changeTo("2"));
+  add("1");
+  add("2");
   const std::string text = support::contentOf(file);
   write(text.substr(0, text.size() - 3));
   start();
   EXPECT_EQ(values(), Texts{"1"});
   EXPECT_TRUE(log.hasPart("ended within a line: that change is lost"));
-  history->add(changeTo("3"));
+  add("3");
   EXPECT_EQ(values(), (Texts{"1", "3"}));
 }
 
 TEST_F(KeptHistory, KeepsInMemoryWhatCannotBeWrittenAndLogsItOnce) {
   std::filesystem::create_directory(file);
   start();
-  history->add(changeTo("1"));
-  history->add(changeTo("2"));
+  add("1");
+  add("2");
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
   EXPECT_TRUE(log.hasPart("is not a regular file; remove it")) << log.text();
   std::filesystem::remove(file);
-  history->add(changeTo("3"));
+  add("3");
   EXPECT_EQ(values(), (Texts{"1", "2", "3"}));
   EXPECT_EQ(lines(), 4U);
 }
 
 TEST_F(KeptHistory, GoesOnInANewFileWhenTheOldOneWasRemoved) {
   start();
-  history->add(changeTo("1"));
+  add("1");
   std::filesystem::remove(file);
-  history->add(changeTo("2"));
+  add("2");
   EXPECT_EQ(values(), Texts{"2"});
 }
 
