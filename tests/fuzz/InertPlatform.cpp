@@ -4,6 +4,7 @@
 #include "Process.h"
 #include "Threader.h"
 #include "framework/BoundedLookup.h"
+#include "framework/PluginThread.h"
 
 struct Process::Impl {};
 
@@ -26,6 +27,10 @@ bool Threader::spawn(unsigned long* threadId, Threadable* /*body*/, const char* 
 void Threader::waitForThreadCompletion(unsigned long /*threadId*/) {}
 
 void Threader::destroy(unsigned long /*threadId*/) {}
+
+bool host::onPluginThread() {
+  return false;
+}
 
 // These tests do not check durability, so they do not wait for the disk.
 extern "C" int fsync(int /*descriptor*/) {
