@@ -8,6 +8,15 @@
 #include "verbs/TimeText.h"
 
 namespace host {
+namespace {
+
+std::string textOf(const LogEntry& entry) {
+  std::string text = entry.text;
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+}  // namespace
 
 void LogRing::write(const LogEntry& entry) {
   const MutexLock lock(m_mutex);
@@ -22,6 +31,14 @@ void LogRing::write(const LogEntry& entry) {
 std::vector<Json> LogRing::entries() const {
   const MutexLock lock(m_mutex);
   return kept();
+}
+
+std::string LogRing::newestOf(const std::string& component) const {
+  const MutexLock lock(m_mutex);
+  const auto found = std::find_if(m_entries.rbegin(), m_entries.rend(), [&](const LogEntry& entry) {
+    return entry.component == component;
+  });
+  return found == m_entries.rend() ? "" : textOf(*found);
 }
 
 void LogRing::follow(const std::shared_ptr<ControlChannel>& channel) {
@@ -48,9 +65,7 @@ Json entryJson(const LogEntry& entry) {
   json["time"] = instantText(std::chrono::duration_cast<std::chrono::seconds>(entry.wall));
   json["level"] = entry.level;
   json["component"] = entry.systemLog ? "syslog" : entry.component;
-  std::string text = entry.text;
-  while (!text.empty() && text.back() == '\n') text.pop_back();
-  json["text"] = text;
+  json["text"] = textOf(entry);
   json["file"] = entry.file;
   json["line"] = entry.line;
   return json;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <deque>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "base/Mutex.h"
@@ -23,6 +24,9 @@ class LogRing : public LogSink {
   void write(const LogEntry& entry) override;
 
   [[nodiscard]] std::vector<Json> entries() const;  // oldest first, as entryJson
+
+  // The text of the newest entry of the component; empty if there is none.
+  [[nodiscard]] std::string newestOf(const std::string& component) const;
 
   // Sends the channel, as items, the latest entries that fit into a reply, and from now on each new
   // entry.

@@ -79,8 +79,8 @@ void addSavedTime(Device& device, Json& reply) {
 Json ntpJson(Controller& controller) {
   Json ntp = {{"server", stored(controller.device(), "SNTPaddress")}};
   if (const auto id = childRunning(kNtpClient)) ntp["process"] = *id;
-  for (const Json& entry : controller.log()->entries()) {
-    if (entry["component"] == kNtpClient) ntp["said"] = entry["text"];
+  if (const std::string said = controller.log()->newestOf(kNtpClient); !said.empty()) {
+    ntp["said"] = said;
   }
   return ntp;
 }
