@@ -17,7 +17,8 @@ namespace bench {
 namespace {
 
 constexpr std::size_t kStarts = 9;
-constexpr std::chrono::milliseconds kSettling{100};  // the host checks its security log meanwhile
+constexpr std::chrono::milliseconds kSecurityCheckTime{
+    100};  // the host checks its security log meanwhile
 
 // All eleven settings of a telephone, saved for the host, and the same rows for the baseline.
 class SavedSettings {
@@ -84,7 +85,7 @@ template <class Start>
 double memoryAfter(Start start) {
   const auto program = start();
   awaitReply(program);
-  std::this_thread::sleep_for(kSettling);
+  std::this_thread::sleep_for(kSecurityCheckTime);
   ::sync();
   return privateDirty(program.program().id());
 }

@@ -67,9 +67,10 @@ void addOrigin(Device& device, Json& reply) {
 
 // A saved time that is no instant has no age.
 void addSavedTime(Device& device, Json& reply) {
-  Json saved = {{"time", stored(device, "FallbackDateTime")}};
-  if (saved["time"] == "") return;
-  if (const auto instant = parseInstant(saved["time"].get<std::string>())) {
+  const std::string text = stored(device, "FallbackDateTime");
+  if (text.empty()) return;
+  Json saved = {{"time", text}};
+  if (const auto instant = parseInstant(text)) {
     saved["time"] = instantText(*instant);
     saved["age"] = (floor<seconds>(device.clock().wall()) - *instant).count();
   }

@@ -30,7 +30,7 @@ namespace {
 constexpr std::string_view kHeader = "clock history 1\n";
 
 // The file is damaged. Caught in this source.
-struct Damaged {
+struct DamagedHistory {
   std::string reason;
 };
 
@@ -67,12 +67,13 @@ std::vector<Change> changesIn(std::string_view text, bool& whole) {
   std::vector<Change> changes;
   whole = text.empty() || text.ends_with('\n');
   if (text.empty()) return changes;
-  if (!text.starts_with(kHeader)) throw Damaged{"it does not begin with \"clock history 1\""};
+  if (!text.starts_with(kHeader))
+    throw DamagedHistory{"it does not begin with \"clock history 1\""};
   text = text.substr(kHeader.size(), text.rfind('\n') + 1 - kHeader.size());
   for (std::size_t number = 2; !text.empty(); ++number) {
     const std::size_t end = text.find('\n');
     Change change;
-    if (!read(text.substr(0, end), change)) throw Damaged{"line " + std::to_string(number)};
+    if (!read(text.substr(0, end), change)) throw DamagedHistory{"line " + std::to_string(number)};
     changes.push_back(std::move(change));
     text.remove_prefix(end + 1);
   }
@@ -175,7 +176,7 @@ std::vector<Change> History::read() try {
     shorten(changes);
   }
   return changes;
-} catch (const Damaged& damage) {
+} catch (const DamagedHistory& damage) {
   setAside(damage.reason);
   return {};
 }
@@ -186,10 +187,10 @@ void History::shorten(const std::vector<Change>& changes) {
   const std::size_t kept = std::min(changes.size(), kKept);
   std::string lines;
   for (std::size_t i = changes.size() - kept; i < changes.size(); ++i) lines += lineOf(changes[i]);
-  const std::string next = m_file + ".new";
-  ::unlink(next.c_str());
-  writeText(next, lines, O_EXCL, true);
-  if (std::rename(next.c_str(), m_file.c_str()) != 0) fail(m_file, "replaced");
+  const std::string shorter = m_file + ".new";
+  ::unlink(shorter.c_str());
+  writeText(shorter, lines, O_EXCL, true);
+  if (std::rename(shorter.c_str(), m_file.c_str()) != 0) fail(m_file, "replaced");
   m_inFile = kept;
 }
 

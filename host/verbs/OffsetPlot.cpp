@@ -64,7 +64,7 @@ std::string line(std::int64_t x1, std::int64_t y1, std::int64_t x2, std::int64_t
 // A line for the first day of each month, with its name.
 std::string monthLines(const Frame& frame) {
   const auto first = floor<days>(std::chrono::sys_seconds(seconds(frame.begin)));
-  year_month_day month = year_month_day(first);
+  auto month = year_month_day(first);
   std::string lines;
   for (month = month.year() / month.month() / 1;; month += months(1)) {
     const std::int64_t at = seconds(sys_days(month).time_since_epoch()).count();

@@ -69,7 +69,9 @@ bool hasWord(const std::string& text, const std::string& word) {
 std::string withForms(const std::string& entries) {
   std::string forms;
   for (const auto& [word, meaning] : wordForms()) {
-    if (hasWord(entries, word)) forms += "  " + word + " is " + meaning + '\n';
+    if (hasWord(entries, word)) {
+      forms.append("  ").append(word).append(" is ").append(meaning).append("\n");
+    }
   }
   return forms.empty() ? entries : entries + "\nWords:\n" + forms;
 }

@@ -114,7 +114,7 @@ TEST_F(LogFiles, OfAnotherKindAreRefused) {
       {"/dev/null", "log file is not a regular file: /dev/null"},
       {m_path, "log file cannot be opened: " + m_path.string() + ": No such device or address"}};
   for (const auto& [path, error] : rows) {
-    EXPECT_EQ(errorOf([&] { const LogFile log(path); }), error);
+    EXPECT_EQ(errorOf([&file = path] { const LogFile log(file); }), error);
   }
 }
 

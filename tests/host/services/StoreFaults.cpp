@@ -60,7 +60,7 @@ void* reallocateOrFail(void* old, int size) {
 }
 
 // SQLite takes other functions only before its first use.
-const int g_allocatorReplaced = [] {
+const int kAllocatorReplaced = [] {
   sqlite3_config(SQLITE_CONFIG_GETMALLOC, &g_memory);
   sqlite3_mem_methods failing = g_memory;
   failing.xMalloc = allocateOrFail;
