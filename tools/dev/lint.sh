@@ -42,7 +42,7 @@ check_manual() {
   folder=$(folder_of default)/manual
   for page in "$folder"/*.[157]; do
     mandoc -T lint -W warning "$page" || wrong=1
-    [ -z "$(LC_ALL=C.UTF-8 MANWIDTH=100 man --warnings -l "$page" 2>&1 >/dev/null | tee /dev/stderr)" ] ||
+    [ -z "$(LC_ALL=C.UTF-8 MANWIDTH=100 man --warnings -l "$page" 2>&1 >/dev/null | tee -a /dev/stderr)" ] ||
       wrong=1
   done
   for page in "$folder"/*.bash; do bash -n "$page" || wrong=1; done
