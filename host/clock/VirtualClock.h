@@ -75,7 +75,7 @@ class VirtualClock {
   void deleteTimer(int timer);
 
   [[nodiscard]] std::optional<Nanoseconds> expiryOf(int timer) const;  // uptime; empty: not armed
-  [[nodiscard]] std::optional<Nanoseconds> nextExpiry() const;  // uptime of the earliest one
+  [[nodiscard]] std::optional<Nanoseconds> nextExpiry() const;         // uptime of the earliest one
   // Real time until then at the current speed; empty: nothing to wait for.
   [[nodiscard]] std::optional<Nanoseconds> realTimeToNextExpiry() const;
   [[nodiscard]] std::size_t armedTimers() const;

@@ -49,7 +49,8 @@ TEST(ManPage, HasEachVerbActionAndWord) {
       EXPECT_TRUE(shows(page, roff(actionUsage(verb, action)))) << action.name;
     }
   }
-  for (const WordForm& form : wordForms()) EXPECT_TRUE(shows(page, roff(form.meaning))) << form.word;
+  for (const WordForm& form : wordForms())
+    EXPECT_TRUE(shows(page, roff(form.meaning))) << form.word;
 }
 
 TEST(ManPage, OfTheDocumentsHasNameAndText) {
