@@ -107,7 +107,7 @@ constexpr Row kRows[] = {
     {"network", nullptr, "network"},
     {"time server", server},
     {"ntp client", client},
-    {"it said", [](const Json& status) { return memberText(part(status, "ntp"), "said"); }},
+    {"client log", [](const Json& status) { return memberText(part(status, "ntp"), "said"); }},
     {"tz", [](const Json& status) { return memberText(part(status, "zone"), "tz"); }},
     {"next change", nextZone},
     {"timers", timers},
