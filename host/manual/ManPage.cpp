@@ -17,7 +17,7 @@ std::string section(std::string_view name) {
   return ".SH " + std::string(name) + '\n';
 }
 
-// A paragraph with what is explained before it.
+// A paragraph with a bold term.
 std::string item(std::string_view what, std::string_view meaning) {
   return ".TP\n\\fB" + roff(what) + "\\fR\n" + roff(meaning) + '\n';
 }

@@ -9,7 +9,7 @@ namespace host {
 [[nodiscard]] std::string clockHostPage(const std::string& date);
 [[nodiscard]] std::string clockCtlPage(const std::string& date);
 
-// The text for roff: its characters as they are, and `words` in bold.
+// Escapes the text for roff; `words` in backquotes become bold.
 [[nodiscard]] std::string roff(std::string_view text);
 
 }  // namespace host

@@ -67,7 +67,7 @@ void Connection::await() {
                  (m_waitingForDisconnect ? EPOLLHUP : 0U));
 }
 
-// What was awaited may have changed before.
+// An earlier event of this pass may have changed what is awaited.
 void Connection::onReady(std::uint32_t events) {
   const bool hungUp = (events & (EPOLLHUP | EPOLLERR)) != 0;
   if (hungUp && std::exchange(m_waitingForDisconnect, false)) m_peer->outbox().fail(EPIPE);

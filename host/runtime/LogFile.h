@@ -12,7 +12,7 @@ namespace host {
 // A file to which the log is appended. Before it grows beyond a limit it is renamed to FILE.1, and
 // the older ones to FILE.2 and so on. Owner: shared by the log and main. Thread: write() one;
 // reopen() any. Failure: the constructor throws Error. Later failures go to standard error, the
-// first of several in one line; the log then goes on in the file that is open, or is lost.
+// first of several in one line; later lines go to the file that is still open, or are lost.
 class LogFile {
  public:
   // All files together fit beside a telephone's other data, and hold about a million lines of a

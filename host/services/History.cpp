@@ -84,7 +84,7 @@ std::vector<Change> changesIn(std::string_view text, bool& whole) {
   throw Error("history \"" + file + "\" cannot be " + what + ": " + std::strerror(errno));
 }
 
-// Creates a missing file. A part of the text is not left in it. Throws Error.
+// Creates a missing file. On failure restores the former length. Throws Error.
 void writeText(const std::string& file, std::string text, int flags, bool sync) {
   const Descriptor out(
       ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | flags, S_IRUSR | S_IWUSR));

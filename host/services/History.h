@@ -42,8 +42,8 @@ class History {
 
   void add(Change change);
 
-  // From now on, calls `later` when a change begins to wait; it calls write() later. Without this,
-  // the start of the host writes no file.
+  // Sets the function that schedules write() when a change begins to wait. Until then add()
+  // schedules nothing, so that the start writes no file.
   void writeWith(std::function<void()> later);
   void write();
 
