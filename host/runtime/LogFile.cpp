@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <iostream>
 #include <string>
 
@@ -51,7 +53,8 @@ void LogFile::openOrReport() try { open(); } catch (const Error& error) {
   report(error.what());
 }
 
-void LogFile::write(std::string_view lines) {
+// Without memory the lines are lost: an exception would end the host.
+void LogFile::write(std::string_view lines) noexcept try {
   if (m_reopen.exchange(false)) openOrReport();
   if (m_size > 0 && m_size + lines.size() > m_mostBytes) rotate();
   m_size += lines.size();
@@ -61,6 +64,8 @@ void LogFile::write(std::string_view lines) {
     report(
         ("log file cannot be written: " + m_path.string() + ": " + std::strerror(errno)).c_str());
   }
+} catch (const std::exception&) {
+  m_reopen = true;  // the open file may have been renamed
 }
 
 // After a failure the file grows by as much again before the next attempt.

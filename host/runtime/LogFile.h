@@ -22,7 +22,7 @@ class LogFile {
 
   explicit LogFile(const std::filesystem::path& path, std::size_t mostBytes = kMostBytes);
 
-  void write(std::string_view lines);  // whole lines
+  void write(std::string_view lines) noexcept;  // whole lines
 
   // Opens the path again before the next write: another program may have renamed the file.
   void reopen() { m_reopen = true; }

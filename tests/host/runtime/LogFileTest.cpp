@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 
 #include <csignal>
+#include <exception>
 #include <string>
 
 #include "support/ErrorOf.h"
 #include "support/FileContent.h"
+#include "support/NoMemory.h"
 #include "support/SoftLimit.h"
 #include "support/TemporaryFolder.h"
 
@@ -102,6 +104,26 @@ TEST_F(LogFiles, ThatCannotBeWrittenAreReportedOnceUntilTheyCan) {
   EXPECT_EQ(::testing::internal::GetCapturedStderr(),
             "clockhost: log file cannot be written: " + m_path.string() + ": File too large\n");
   EXPECT_EQ(contentOf(m_path), before + "written\n");
+}
+
+// The thread that writes the log catches nothing. Each allocation of a rotation fails once.
+TEST_F(LogFiles, WithoutMemoryLoseALineAndGoOn) {
+  LogFile log(m_path, 1);
+  log.write("first\n");
+  bool threw = false;
+  bool ranOut = true;
+  for (std::size_t number = 0; ranOut; ++number) {
+    const support::NoMemory none(number);
+    try {
+      log.write("more\n");
+    } catch (const std::exception&) {
+      threw = true;
+    }
+    ranOut = support::NoMemory::ranOut();
+  }
+  EXPECT_FALSE(threw);
+  log.write("last\n");
+  EXPECT_EQ(contentOf(m_path), "last\n");
 }
 
 TEST_F(LogFiles, OfAnotherKindAreRefused) {
