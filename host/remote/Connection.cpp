@@ -72,6 +72,7 @@ void Connection::onReady(std::uint32_t events) {
   const bool hungUp = (events & (EPOLLHUP | EPOLLERR)) != 0;
   if (hungUp && std::exchange(m_waitingForDisconnect, false)) m_peer->outbox().fail(EPIPE);
   if ((hungUp || (events & EPOLLOUT) != 0) && std::exchange(m_waitingForRoom, false)) onRoom();
+  if (m_closed) return;  // the outbox has ended
   if ((hungUp || (events & EPOLLIN) != 0) && std::exchange(m_reading, false)) receive();
   await();
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <memory>
+#include <string>
 
 namespace host {
 namespace {
@@ -42,6 +43,29 @@ TEST(Connection, ReportsItsEndOnceWhicheverSideDisconnectsFirst) {
     EXPECT_EQ(listener.disconnects, 1) << clientFirst;
     EXPECT_EQ(listener.closes, 1) << clientFirst;
   }
+}
+
+// In one pass of the loop the socket has room, bytes to read, and a hang-up.
+TEST(Connection, IsNotReadAfterItsOutboxClosedIt) {
+  IoLoop loop;
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+  Descriptor client(ends[0]);
+  CountingListener listener;
+  const auto connection =
+      std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::control, 1,
+                                   listener, std::chrono::seconds(10));
+  connection->makePeer();
+  connection->read();
+  const std::string payload(kMaxPayload, 'x');
+  while (connection->peer().outbox().idle()) {
+    ASSERT_TRUE(connection->peer().send({FrameKind::controlReply, 1, payload}));
+  }
+  loop.runAllReady();
+  client.reset();
+  loop.runAllReady();
+  EXPECT_EQ(listener.disconnects, 1);
+  EXPECT_EQ(listener.closes, 1);
 }
 
 }  // namespace
