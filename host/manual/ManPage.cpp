@@ -101,8 +101,7 @@ std::string clockHostPage(const std::string& date) {
          "12\n"
          "hours older than the end of the last run.\n" +
          optionItems(parser) + statusItems(parser) + section("ENVIRONMENT") +
-         item("NTPCLIENT_PORT",
-              "The port of the time server, for the stand\\-in NTP client (123).") +
+         item("NTPCLIENT_PORT", "The port of the time server, for the stand-in NTP client (123).") +
          item("XDG_STATE_HOME, XDG_RUNTIME_DIR", "The folders of state and sockets.") +
          item("JOURNAL_STREAM",
               "If it names standard error, each line begins with its priority, for the journal.") +

@@ -38,6 +38,7 @@ TEST(ManPage, HasEachOptionAndStatus) {
       EXPECT_TRUE(shows(page, roff(status.meaning))) << status.status;
     }
     EXPECT_TRUE(shows(page, " 1 2026-03-08 "));
+    EXPECT_FALSE(shows(page, "\\e\\-")) << "a text was escaped twice";
   }
 }
 
