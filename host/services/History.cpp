@@ -12,7 +12,7 @@
 #include <cstring>
 #include <exception>
 #include <fstream>
-#include <sstream>
+#include <string>
 #include <string_view>
 
 #include "Logging.h"
@@ -82,6 +82,17 @@ std::vector<Change> changesIn(std::string_view text, bool& whole) {
 
 [[noreturn]] void fail(const std::string& file, const char* what) {
   throw Error("history \"" + file + "\" cannot be " + what + ": " + std::strerror(errno));
+}
+
+// All that can be read; after a read error bad() is true.
+std::string textOf(std::istream& file) {
+  std::string text;
+  std::array<char, 8192> part;
+  while (file) {
+    file.read(part.data(), part.size());
+    text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+  }
+  return text;
 }
 
 // Creates a missing file. On failure restores the former length. Throws Error.
@@ -166,10 +177,10 @@ std::vector<Change> History::read() try {
   std::ifstream file(m_file, std::ios::binary);
   if (!file && errno == ENOENT) return {};
   if (!file) fail(m_file, "read");
-  std::ostringstream content;
-  content << file.rdbuf();
+  const std::string text = textOf(file);
+  if (file.bad()) fail(m_file, "read");
   bool whole = false;
-  std::vector<Change> changes = changesIn(content.view(), whole);
+  std::vector<Change> changes = changesIn(text, whole);
   if (!whole) {
     logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
               "history \"%s\" ended within a line: that change is lost", m_file.c_str());

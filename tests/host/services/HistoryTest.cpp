@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/ErrorOf.h"
 #include "support/FileContent.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
@@ -186,6 +187,14 @@ TEST_F(KeptHistory, KeepsInMemoryWhatCannotBeWrittenAndLogsItOnce) {
   add("3");
   EXPECT_EQ(values(), (Texts{"1", "2", "3"}));
   EXPECT_EQ(lines(), 4U);
+}
+
+// The first page of a process's memory cannot be read. An incomplete text would replace the file.
+TEST_F(KeptHistory, IsRefusedWhenItCannotBeRead) {
+  std::filesystem::create_symlink("/proc/self/mem", file);
+  start();
+  EXPECT_EQ(errorOf([this] { static_cast<void>(history->list(10)); }),
+            "history \"" + file.string() + "\" cannot be read: Input/output error");
 }
 
 TEST_F(KeptHistory, GoesOnInANewFileWhenTheOldOneWasRemoved) {
