@@ -142,6 +142,7 @@ void History::write() {
 
 std::vector<Change> History::list(std::size_t most) {
   const MutexLock lock(m_mutex);
+  m_expectsWrite = false;  // the task of an earlier m_later() may be lost
   writeWaiting();
   std::vector<Change> changes;
   if (!m_file.empty()) changes = read();

@@ -26,8 +26,8 @@ struct Change {
 // The newest kKept changes, in the file `history` of the state folder, or in memory. Changes wait
 // in memory until write(), a list or the end of the object, so that a set does not pay for a file.
 // They are written without a sync: a power cut may lose the latest ones. Owner: the device.
-// Thread: any. Failure: a change that cannot be written stays in memory until it can, with one line
-// in the log; a damaged file is renamed to history.damaged-N.
+// Thread: any. Failure: a change that cannot be written stays in memory, up to kKept of them, until
+// a later write succeeds, with one line in the log; a damaged file is renamed to history.damaged-N.
 class History {
  public:
   static constexpr const char* kFileName = "history";

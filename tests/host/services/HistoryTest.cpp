@@ -105,6 +105,17 @@ TEST_F(KeptHistory, AsksAgainAfterItCouldNotAsk) {
   EXPECT_EQ(values(), (Texts{"1", "2"}));
 }
 
+// The task that was asked for did not run, as for lack of memory.
+TEST_F(KeptHistory, AsksAgainAfterAList) {
+  int asked = 0;
+  history.emplace(folder.path());
+  history->writeWith([&] { ++asked; });
+  history->add(changeTo("1"));
+  EXPECT_EQ(values(), Texts{"1"});
+  history->add(changeTo("2"));
+  EXPECT_EQ(asked, 2);
+}
+
 TEST_F(KeptHistory, WritesAtItsEndWhatWaits) {
   history.emplace(folder.path());
   history->add(changeTo("1"));
