@@ -53,7 +53,7 @@ constexpr std::chrono::milliseconds kOwnSetDelay{100};
 // Work that the first replies do not need starts this long after the host listens.
 constexpr std::chrono::milliseconds kAfterFirstReplies{10};
 
-// Changes are written to the history together, so that a set does not wait for its file.
+// Changes are written to the history together, so that a set does not write its file.
 constexpr std::chrono::seconds kHistoryDelay{1};
 
 // During its lifetime, each NTP client process inherits a channel that sets the clock.

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Logging.h"
 #include "base/Descriptor.h"
@@ -135,25 +136,33 @@ void History::writeWith(std::function<void()> later) {
 }
 
 void History::write() {
-  const MutexLock lock(m_mutex);
-  m_expectsWrite = false;
+  const MutexLock lock(m_fileMutex);
   writeWaiting();
 }
 
-std::vector<Change> History::list(std::size_t most) {
+// A task that m_later() asked for may be lost, so the next change asks again.
+void History::takeWaiting() {
   const MutexLock lock(m_mutex);
-  m_expectsWrite = false;  // the task of an earlier m_later() may be lost
+  m_expectsWrite = false;
+  if (m_taken.empty()) return m_taken.swap(m_waiting);
+  for (; !m_waiting.empty(); m_waiting.pop_front()) m_taken.push_back(std::move(m_waiting.front()));
+  while (m_taken.size() > kKept) m_taken.pop_front();
+}
+
+std::vector<Change> History::list(std::size_t most) {
+  const MutexLock lock(m_fileMutex);
   writeWaiting();
   std::vector<Change> changes;
   if (!m_file.empty()) changes = read();
-  changes.insert(changes.end(), m_waiting.begin(), m_waiting.end());
+  changes.insert(changes.end(), m_taken.begin(), m_taken.end());
   most = std::min({most, kKept, changes.size()});
   changes.erase(changes.begin(), changes.end() - static_cast<std::ptrdiff_t>(most));
   return changes;
 }
 
 void History::writeWaiting() try {
-  if (m_file.empty() || m_waiting.empty()) return;
+  takeWaiting();
+  if (m_file.empty() || m_taken.empty()) return;
   if (!m_inFile) m_inFile = read().size();
   append();
   if (*m_inFile > 2 * kKept) shorten(read());
@@ -165,10 +174,10 @@ void History::writeWaiting() try {
 
 void History::append() {
   std::string lines;
-  for (const Change& change : m_waiting) lines += lineOf(change);
+  for (const Change& change : m_taken) lines += lineOf(change);
   writeText(m_file, lines, O_APPEND | O_NONBLOCK, false);
-  *m_inFile += m_waiting.size();
-  m_waiting.clear();
+  *m_inFile += m_taken.size();
+  m_taken.clear();
   m_failed = false;
 }
 

@@ -24,7 +24,7 @@ struct Change {
 };
 
 // The newest kKept changes, in the file `history` of the state folder, or in memory. Changes wait
-// in memory until write(), a list or the end of the object, so that a set does not pay for a file.
+// in memory until write(), a list or the end of the object, so that a set needs no file I/O.
 // They are written without a sync: a power cut may lose the latest ones. Owner: the device.
 // Thread: any. Failure: a change that cannot be written stays in memory, up to kKept of them, until
 // a later write succeeds, with one line in the log; a damaged file is renamed to history.damaged-N.
@@ -51,19 +51,23 @@ class History {
   [[nodiscard]] std::vector<Change> list(std::size_t most);
 
  private:
-  void writeWaiting() CLOCK_REQUIRES(m_mutex);
-  std::vector<Change> read() CLOCK_REQUIRES(m_mutex);
-  void append() CLOCK_REQUIRES(m_mutex);
-  void shorten(const std::vector<Change>& changes) CLOCK_REQUIRES(m_mutex);
-  void setAside(const std::string& reason) CLOCK_REQUIRES(m_mutex);
+  void writeWaiting() CLOCK_REQUIRES(m_fileMutex);
+  void takeWaiting() CLOCK_REQUIRES(m_fileMutex);
+  std::vector<Change> read() CLOCK_REQUIRES(m_fileMutex);
+  void append() CLOCK_REQUIRES(m_fileMutex);
+  void shorten(const std::vector<Change>& changes) CLOCK_REQUIRES(m_fileMutex);
+  void setAside(const std::string& reason) CLOCK_REQUIRES(m_fileMutex);
 
-  const std::string m_file;                                       // empty: in memory
-  Mutex m_mutex;                                                  // held while the file is written
-  std::deque<Change> m_waiting CLOCK_GUARDED_BY(m_mutex);         // not yet in the file
-  std::optional<std::size_t> m_inFile CLOCK_GUARDED_BY(m_mutex);  // changes; empty: not yet read
-  std::function<void()> m_later CLOCK_GUARDED_BY(m_mutex);        // calls write() later
-  bool m_expectsWrite CLOCK_GUARDED_BY(m_mutex) = false;          // m_later was called
-  bool m_failed CLOCK_GUARDED_BY(m_mutex) = false;                // logged, until a write succeeds
+  const std::string m_file;  // empty: in memory
+  Mutex m_fileMutex;         // held while the file is read or written, so that add() need not wait
+  std::deque<Change> m_taken CLOCK_GUARDED_BY(m_fileMutex);  // from m_waiting; not yet in the file
+  std::optional<std::size_t> m_inFile
+      CLOCK_GUARDED_BY(m_fileMutex);                    // changes; empty: not yet read
+  bool m_failed CLOCK_GUARDED_BY(m_fileMutex) = false;  // logged, until a write succeeds
+  Mutex m_mutex;                                        // taken after m_fileMutex
+  std::deque<Change> m_waiting CLOCK_GUARDED_BY(m_mutex);
+  std::function<void()> m_later CLOCK_GUARDED_BY(m_mutex);  // calls write() later
+  bool m_expectsWrite CLOCK_GUARDED_BY(m_mutex) = false;    // m_later was called
 };
 
 }  // namespace host

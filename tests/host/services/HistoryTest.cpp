@@ -5,12 +5,16 @@
 
 #include <algorithm>
 #include <fstream>
+#include <future>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "framework/ApplicationLog.h"
 #include "support/ErrorOf.h"
 #include "support/FileContent.h"
 #include "support/LogCapture.h"
@@ -206,6 +210,41 @@ TEST_F(KeptHistory, IsRefusedWhenItCannotBeRead) {
   start();
   EXPECT_EQ(errorOf([this] { static_cast<void>(history->list(10)); }),
             "history \"" + file.string() + "\" cannot be read: Input/output error");
+}
+
+// Called while the file is written.
+class AddingSink final : public LogSink {
+ public:
+  explicit AddingSink(History& history) : m_history(history) {}
+  void write(const LogEntry&) override {
+    m_adder = std::thread([this] {
+      m_history.add(changeTo("2"));
+      m_added.set_value();
+    });
+    ready = m_added.get_future().wait_for(std::chrono::seconds(10)) == std::future_status::ready;
+  }
+  void join() { m_adder.join(); }
+
+  bool ready = false;
+
+ private:
+  History& m_history;
+  std::promise<void> m_added;
+  std::thread m_adder;
+};
+
+TEST_F(KeptHistory, TakesAChangeWhileItsFileIsWritten) {
+  std::filesystem::create_directory(file);
+  history.emplace(folder.path());
+  history->add(changeTo("1"));
+  const auto sink = std::make_shared<AddingSink>(*history);
+  ApplicationLog::instance().addSink(sink);
+  history->write();
+  ApplicationLog::instance().removeSink(sink);
+  sink->join();
+  EXPECT_TRUE(sink->ready);
+  std::filesystem::remove(file);
+  EXPECT_EQ(values(), (Texts{"1", "2"}));
 }
 
 TEST_F(KeptHistory, GoesOnInANewFileWhenTheOldOneWasRemoved) {
