@@ -33,34 +33,34 @@ std::vector<Candidate> wordsFor(std::string_view usage) {
   return listed.empty() ? optionsIn(usage) : listed;
 }
 
-void addWords(std::string arguments, const VerbWords& words, std::vector<Place>& places) {
+void addWords(std::string arguments, const VerbWords& words, std::vector<Position>& positions) {
   for (const VerbWord& word : words) {
     if (word.usage.empty()) continue;
-    if (auto found = wordsFor(word.usage); !found.empty()) places.push_back({arguments, found});
+    if (auto found = wordsFor(word.usage); !found.empty()) positions.push_back({arguments, found});
     arguments += " *";
   }
 }
 
-std::vector<Place> placesOfVerbs() {
-  std::vector<Place> places;
-  Place verbs{"", {{"help", "explain a verb"}}};
+std::vector<Position> positionsOfVerbs() {
+  std::vector<Position> positions;
+  Position verbs{"", {{"help", "explain a verb"}}};
   for (const Verb& verb : allVerbs()) {
     const std::string name(verb.name);
     verbs.words.push_back({name, std::string(verb.help)});
-    addWords(name, verb.words, places);
-    Place actions{name, {}};
+    addWords(name, verb.words, positions);
+    Position actions{name, {}};
     for (const VerbAction& action : verb.actions) {
       actions.words.push_back({std::string(action.name), std::string(action.help)});
-      addWords(name + ' ' + std::string(action.name), action.words, places);
+      addWords(name + ' ' + std::string(action.name), action.words, positions);
     }
-    if (!actions.words.empty()) places.push_back(std::move(actions));
+    if (!actions.words.empty()) positions.push_back(std::move(actions));
   }
-  Place help = verbs;
+  Position help = verbs;
   help.arguments = "help";
   help.words.erase(help.words.begin());
-  places.push_back(std::move(verbs));
-  places.push_back(std::move(help));
-  return places;
+  positions.push_back(std::move(verbs));
+  positions.push_back(std::move(help));
+  return positions;
 }
 
 std::vector<Option> rows(const OptionParser& parser) {
@@ -69,14 +69,14 @@ std::vector<Option> rows(const OptionParser& parser) {
 
 }  // namespace
 
-Completed completedHost() {
+ProgramWords hostWords() {
   HostOptions options;
   return {"clockhost", rows(hostOptionParser(options)), {}};
 }
 
-Completed completedCtl() {
+ProgramWords ctlWords() {
   ClockCtlOptions options;
-  return {"clockctl", rows(clockCtlOptionParser(options)), placesOfVerbs()};
+  return {"clockctl", rows(clockCtlOptionParser(options)), positionsOfVerbs()};
 }
 
 }  // namespace host

@@ -16,22 +16,22 @@ struct Candidate {
 };
 
 // After these arguments, one of the words may follow. A "*" stands for any argument.
-struct Place {
+struct Position {
   std::string arguments;  // "", "clock", "clock to", "set *"
   std::vector<Candidate> words;
 };
 
-struct Completed {
-  std::string program;
+struct ProgramWords {
+  std::string name;
   std::vector<Option> options;
-  std::vector<Place> places;
+  std::vector<Position> positions;
 };
 
-[[nodiscard]] Completed completedHost();
-[[nodiscard]] Completed completedCtl();
+[[nodiscard]] ProgramWords hostWords();
+[[nodiscard]] ProgramWords ctlWords();
 
-[[nodiscard]] std::string bashCompletion(const Completed& completed);
-[[nodiscard]] std::string zshCompletion(const Completed& completed);
-[[nodiscard]] std::string fishCompletion(const Completed& completed);
+[[nodiscard]] std::string bashCompletion(const ProgramWords& program);
+[[nodiscard]] std::string zshCompletion(const ProgramWords& program);
+[[nodiscard]] std::string fishCompletion(const ProgramWords& program);
 
 }  // namespace host

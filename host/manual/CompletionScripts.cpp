@@ -29,14 +29,14 @@ std::string wordsText(const std::vector<Candidate>& words) {
   return joined(words, " ", [](const Candidate& candidate) { return candidate.word; });
 }
 
-std::string optionNames(const Completed& completed) {
-  return joined(completed.options, " ",
+std::string optionNames(const ProgramWords& program) {
+  return joined(program.options, " ",
                 [](const Option& option) { return std::string(option.name); });
 }
 
 // "--socket | --timeout": the options that have a value.
-std::string valueOptions(const Completed& completed) {
-  return joined(completed.options, " | ", [](const Option& option) {
+std::string valueOptions(const ProgramWords& program) {
+  return joined(program.options, " | ", [](const Option& option) {
     return option.value.empty() ? "" : std::string(option.name);
   });
 }
@@ -80,35 +80,34 @@ std::string described(const Option& option) {
 
 }  // namespace
 
-std::string bashCompletion(const Completed& completed) {
-  const std::string& name = completed.program;
+std::string bashCompletion(const ProgramWords& program) {
+  const std::string& name = program.name;
   std::string text = "# bash completion for " + name + "; generated\n_" + name +
                      "() {\n  local word=${COMP_WORDS[COMP_CWORD]} i words= typed=()\n"
                      "  case ${COMP_WORDS[COMP_CWORD - 1]} in\n";
-  for (const Option& option : completed.options) text += bashValue(option);
+  for (const Option& option : program.options) text += bashValue(option);
   text +=
       "  esac\n  for ((i = 1; i < COMP_CWORD; i++)); do\n    case ${COMP_WORDS[i]} in\n      " +
-      valueOptions(completed) +
+      valueOptions(program) +
       ") ((i++)) ;;\n      -*) ;;\n      *) typed+=(\"${COMP_WORDS[i]}\") ;;\n    esac\n  done\n"
       "  case \"${typed[*]}\" in\n";
-  for (const Place& place : completed.places) {
-    text += "    " + pattern(place.arguments) + ") words=" + shellQuoted(wordsText(place.words)) +
-            " ;;\n";
+  for (const Position& position : program.positions) {
+    text += "    " + pattern(position.arguments) +
+            ") words=" + shellQuoted(wordsText(position.words)) + " ;;\n";
   }
-  return text + "  esac\n  [[ $word != -* ]] || words+=' " + optionNames(completed) +
+  return text + "  esac\n  [[ $word != -* ]] || words+=' " + optionNames(program) +
          "'\n  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n}\ncomplete -o "
          "default -F _" +
          name + ' ' + name + '\n';
 }
 
-std::string zshCompletion(const Completed& completed) {
-  const std::string& name = completed.program;
+std::string zshCompletion(const ProgramWords& program) {
+  const std::string& name = program.name;
   const auto describe = [](const auto& row) { return described(row); };
   std::string text = "#compdef " + name + "\n# zsh completion for " + name +
                      "; generated\nlocal -a options found typed\nlocal i\noptions=(" +
-                     joined(completed.options, " ", describe) +
-                     ")\ncase ${words[CURRENT - 1]} in\n";
-  for (const Option& option : completed.options) {
+                     joined(program.options, " ", describe) + ")\ncase ${words[CURRENT - 1]} in\n";
+  for (const Option& option : program.options) {
     if (option.value.empty()) continue;
     const std::string words = joined(listedValues(option.value), " ",
                                      [](std::string_view word) { return std::string(word); });
@@ -119,33 +118,32 @@ std::string zshCompletion(const Completed& completed) {
             "; return ;;\n";
   }
   text += "esac\nfor ((i = 2; i < CURRENT; i++)); do\n  case ${words[i]} in\n    " +
-          valueOptions(completed) +
-          ") ((i++)) ;;\n    -*) ;;\n    *) typed+=(\"${words[i]}\") ;;\n" +
+          valueOptions(program) + ") ((i++)) ;;\n    -*) ;;\n    *) typed+=(\"${words[i]}\") ;;\n" +
           "  esac\ndone\ncase \"${typed[*]}\" in\n";
-  for (const Place& place : completed.places) {
-    text += "  " + pattern(place.arguments) + ") found=(" + joined(place.words, " ", describe) +
-            ") ;;\n";
+  for (const Position& position : program.positions) {
+    text += "  " + pattern(position.arguments) + ") found=(" +
+            joined(position.words, " ", describe) + ") ;;\n";
   }
   return text +
          "esac\nif [[ $PREFIX == -* ]]; then found+=($options); fi\n"
          "if (( $#found )); then _describe word found; else _files; fi\n";
 }
 
-std::string fishCompletion(const Completed& completed) {
-  const std::string& name = completed.program;
+std::string fishCompletion(const ProgramWords& program) {
+  const std::string& name = program.name;
   std::string text =
       "# fish completion for " + name + "; generated\nfunction __" + name +
       "_at\n  set -l typed\n  set -l skip 0\n"
       "  for word in (commandline -opc)[2..-1]\n    if test $skip = 1\n      set skip 0\n"
       "    else if contains -- $word " +
-      joined(completed.options, " ",
+      joined(program.options, " ",
              [](const Option& option) {
                return option.value.empty() ? "" : std::string(option.name);
              }) +
       "\n      set skip 1\n    else if not string match -q -- '-*' $word\n"
       "      set -a typed $word\n    end\n  end\n"
       "  string match -q -- $argv[1] \"$typed\"\nend\n";
-  for (const Option& option : completed.options) {
+  for (const Option& option : program.options) {
     const std::string words = joined(listedValues(option.value), " ",
                                      [](std::string_view word) { return std::string(word); });
     text += "complete -c " + name + " -l " + std::string(option.name.substr(2)) +
@@ -155,10 +153,10 @@ std::string fishCompletion(const Completed& completed) {
             (words.empty() ? "" : " -a " + shellQuoted(words)) + " -d " + shellQuoted(option.help) +
             '\n';
   }
-  for (const Place& place : completed.places) {
-    for (const Candidate& candidate : place.words) {
+  for (const Position& position : program.positions) {
+    for (const Candidate& candidate : position.words) {
       text += "complete -c " + name + " -f -n " +
-              shellQuoted("__" + name + "_at \"" + place.arguments + '"') + " -a " +
+              shellQuoted("__" + name + "_at \"" + position.arguments + '"') + " -a " +
               shellQuoted(candidate.word) +
               (candidate.help.empty() ? "" : " -d " + shellQuoted(candidate.help)) + '\n';
     }

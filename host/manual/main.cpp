@@ -21,10 +21,10 @@ void write(const std::filesystem::path& path, const std::string& text) {
 void writeAll(const std::filesystem::path& folder, const std::string& date) {
   write(folder / "clockhost.1", host::clockHostPage(date));
   write(folder / "clockctl.1", host::clockCtlPage(date));
-  for (const host::Completed& completed : {host::completedHost(), host::completedCtl()}) {
-    write(folder / (completed.program + ".bash"), host::bashCompletion(completed));
-    write(folder / ('_' + completed.program), host::zshCompletion(completed));
-    write(folder / (completed.program + ".fish"), host::fishCompletion(completed));
+  for (const host::ProgramWords& program : {host::hostWords(), host::ctlWords()}) {
+    write(folder / (program.name + ".bash"), host::bashCompletion(program));
+    write(folder / ('_' + program.name), host::zshCompletion(program));
+    write(folder / (program.name + ".fish"), host::fishCompletion(program));
   }
 }
 

@@ -19,10 +19,10 @@ bool has(const std::string& text, const std::string& part) {
 }
 
 std::string wordsAt(const std::string& arguments) {
-  for (const Place& place : completedCtl().places) {
-    if (place.arguments != arguments) continue;
+  for (const Position& position : ctlWords().positions) {
+    if (position.arguments != arguments) continue;
     std::string words;
-    for (const Candidate& candidate : place.words) words += candidate.word + ' ';
+    for (const Candidate& candidate : position.words) words += candidate.word + ' ';
     return words;
   }
   return "nothing";
@@ -50,14 +50,14 @@ TEST(Completion, KnowsKeysAndMethods) {
 }
 
 TEST(Completion, HasAllOfItInEachShell) {
-  for (const Completed& completed : {completedHost(), completedCtl()}) {
+  for (const ProgramWords& program : {hostWords(), ctlWords()}) {
     for (const std::string& script :
-         {bashCompletion(completed), zshCompletion(completed), fishCompletion(completed)}) {
-      for (const Option& option : completed.options) {
+         {bashCompletion(program), zshCompletion(program), fishCompletion(program)}) {
+      for (const Option& option : program.options) {
         EXPECT_TRUE(has(script, std::string(option.name.substr(2)))) << option.name;
       }
-      for (const Place& place : completed.places) {
-        for (const Candidate& candidate : place.words) {
+      for (const Position& position : program.positions) {
+        for (const Candidate& candidate : position.words) {
           EXPECT_TRUE(has(script, candidate.word)) << candidate.word;
         }
       }
@@ -66,10 +66,10 @@ TEST(Completion, HasAllOfItInEachShell) {
 }
 
 // What bash offers at the end of a command line.
-std::string offered(const Completed& completed, const std::string& line) {
+std::string offered(const ProgramWords& program, const std::string& line) {
   const support::TemporaryFolder folder;
-  const std::string script = bashCompletion(completed) + "COMP_WORDS=(" + line +
-                             ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_" + completed.program +
+  const std::string script = bashCompletion(program) + "COMP_WORDS=(" + line +
+                             ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_" + program.name +
                              "\necho \"${COMPREPLY[*]}\"\n";
   const auto outcome =
       integration::Program(folder.path(), "bash", {"/bin/bash", "-euc", script}).wait();
@@ -88,9 +88,9 @@ TEST(BashCompletion, OffersWhatMayComeNext) {
       {"clockctl help inj", "inject\n"},
       {"clockctl --ti", "--timeout\n"},
   };
-  for (const auto& [line, words] : rows) EXPECT_EQ(offered(completedCtl(), line), words) << line;
-  EXPECT_EQ(offered(completedHost(), "clockhost --network ''"), "up down\n");
-  EXPECT_EQ(offered(completedHost(), "clockhost --sta"), "--state\n");
+  for (const auto& [line, words] : rows) EXPECT_EQ(offered(ctlWords(), line), words) << line;
+  EXPECT_EQ(offered(hostWords(), "clockhost --network ''"), "up down\n");
+  EXPECT_EQ(offered(hostWords(), "clockhost --sta"), "--state\n");
 }
 
 }  // namespace
