@@ -25,7 +25,7 @@ namespace {
 using std::chrono::floor;
 using std::chrono::seconds;
 
-constexpr int kUsual = 20;  // rows, without N and --until
+constexpr int kUsual = 20;  // rows when neither N nor --until is given
 
 constexpr time_t kHalfDay = 12 * 3600;
 constexpr time_t kYear = 366 * 86400;
@@ -34,12 +34,13 @@ constexpr time_t kLastOf32Bits = INT32_MAX;  // 2038-01-19T03:14:07Z
 constexpr time_t kFirstRestart = 601;        // seconds after a full hour
 constexpr time_t kLastRestart = 1200;
 
-// What will happen once or again and again. Instants are those that the telephone will show.
-struct Course {
+// Something that will happen, once or repeatedly. Instants are in the time that the telephone
+// shows.
+struct Upcoming {
   std::string kind;
   std::string what;
   std::function<std::optional<time_t>(time_t after)> next;
-  time_t spread = 0;  // it happens within so many seconds
+  time_t spread = 0;  // seconds: it happens between `next` and that much later
 };
 
 std::optional<time_t> once(time_t at, time_t after) {
@@ -65,7 +66,8 @@ time_t instantOf(Device& device, const NamedTimer& timer) {
   return floor<seconds>(device.changes().shown() + left).count();
 }
 
-// Timers follow the uptime. After a jump the first hour's timer is late, and arms the midnight's.
+// Timers follow the uptime. So after a jump the armed hour timer expires late, and only then
+// re-arms the midnight timer.
 struct SyncTimers {
   std::optional<time_t> hour;
   std::optional<time_t> midnight;
@@ -90,7 +92,8 @@ SyncTimers syncTimers(Device& device) {
   return sync;
 }
 
-// From each full hour on, the restart's time is known only by its bounds.
+// The service restarts its client at a random time, kFirstRestart to kLastRestart after each full
+// hour.
 std::optional<time_t> nextRestart(const SyncTimers& sync, time_t after) {
   for (auto hour = sync.nextHour(after - kFirstRestart); hour; hour = sync.nextHour(*hour)) {
     if (*hour + kFirstRestart > after) return *hour + kFirstRestart;
@@ -98,7 +101,7 @@ std::optional<time_t> nextRestart(const SyncTimers& sync, time_t after) {
   return std::nullopt;
 }
 
-Course ofTimer(Device& device, const NamedTimer& timer) {
+Upcoming ofTimer(Device& device, const NamedTimer& timer) {
   const time_t at = instantOf(device, timer);
   if (timer.name == "fallback refresh") {
     return {"refresh", "the system time is saved", [at](time_t after) {
@@ -112,9 +115,9 @@ Course ofTimer(Device& device, const NamedTimer& timer) {
           [at](time_t after) { return once(at, after); }};
 }
 
-std::vector<Course> coursesOf(Device& device) {
+std::vector<Upcoming> allUpcoming(Device& device) {
   const SyncTimers sync = syncTimers(device);
-  std::vector<Course> courses = {
+  std::vector<Upcoming> all = {
       {"hour", "time event; both sync timers and the NTP restart are armed",
        [sync](time_t after) { return sync.nextHour(after); }},
       {"midnight", "date event", [sync](time_t after) { return sync.nextMidnight(after); }},
@@ -128,43 +131,42 @@ std::vector<Course> coursesOf(Device& device) {
   for (const NamedTimer& timer : device.timers()) {
     if (timer.name == "time sync" || timer.name == "date sync") continue;
     if (timer.name == "NTP restart" && !client) continue;
-    courses.push_back(ofTimer(device, timer));
+    all.push_back(ofTimer(device, timer));
   }
   if (client) {
     const time_t now = floor<seconds>(device.changes().shown()).count();
-    // The armed restart belongs to an hour that is past.
+    // The restart that is armed now belongs to the last full hour, and has its own row.
     const time_t hour = sync.nextHour(now).value_or(now);
-    courses.push_back(
-        {"NTP restart", "the NTP client is replaced",
-         [sync, hour](time_t after) { return nextRestart(sync, std::max(after, hour)); },
-         kLastRestart - kFirstRestart});
+    all.push_back({"NTP restart", "the NTP client is replaced",
+                   [sync, hour](time_t after) { return nextRestart(sync, std::max(after, hour)); },
+                   kLastRestart - kFirstRestart});
   }
-  return courses;
+  return all;
 }
 
-Json rowOf(const Course& course, time_t at, time_t now) {
+Json rowOf(const Upcoming& each, time_t at, time_t now) {
   Json row = {{"time", instantText(seconds(at))},
               {"local", localText(at)},
               {"in", at - now},
-              {"kind", course.kind}};
-  if (course.spread > 0) row["latest"] = instantText(seconds(at + course.spread));
-  if (course.kind == "zone change") {
+              {"kind", each.kind}};
+  if (each.spread > 0) row["latest"] = instantText(seconds(at + each.spread));
+  if (each.kind == "zone change") {
     row["before"] = offsetAt(at - 1);
     row["after"] = offsetAt(at);
   } else {
-    row["what"] = course.what;
+    row["what"] = each.what;
   }
   return row;
 }
 
 // The first `most` rows up to `last`, and the first of each kind.
-std::vector<Json> rowsOf(const std::vector<Course>& courses, time_t now, time_t last, int most) {
-  std::vector<std::pair<time_t, const Course*>> coming;
-  for (const Course& course : courses) {
-    const auto at = course.next(now);
-    if (at && *at <= last) coming.emplace_back(*at, &course);
+std::vector<Json> rowsOf(const std::vector<Upcoming>& all, time_t now, time_t last, int most) {
+  std::vector<std::pair<time_t, const Upcoming*>> coming;
+  for (const Upcoming& each : all) {
+    const auto at = each.next(now);
+    if (at && *at <= last) coming.emplace_back(*at, &each);
   }
-  std::vector<std::pair<time_t, const Course*>> taken;
+  std::vector<std::pair<time_t, const Upcoming*>> taken;
   const auto earlier = [](const auto& a, const auto& b) { return a.first < b.first; };
   while (!coming.empty() && static_cast<int>(taken.size()) < most) {
     const auto first = std::min_element(coming.begin(), coming.end(), earlier);
@@ -183,11 +185,11 @@ std::vector<Json> rowsOf(const std::vector<Course>& courses, time_t now, time_t 
   }
   std::stable_sort(taken.begin(), taken.end(), earlier);
   std::vector<Json> rows;
-  for (const auto& [at, course] : taken) rows.push_back(rowOf(*course, at, now));
+  for (const auto& [at, each] : taken) rows.push_back(rowOf(*each, at, now));
   return rows;
 }
 
-// The local offset for a year: at its begin, and from each change on.
+// The UTC offsets of the next year: now, and after each change.
 Json offsetsFrom(time_t now) {
   Json offsets = {{{"seconds", now}, {"offset", offsetAt(now)}}};
   const Landmark& change = *rowNamed(landmarks(), "dst");
@@ -216,7 +218,7 @@ void actOnUpcoming(Controller& controller, const Json& request, const Channel& c
   // A time set by hand stops at the end of 32-bit time.
   const bool stops = device.changes().origin().byHand;
   const time_t last = stops ? std::min<time_t>(until, kLastOf32Bits) : until;
-  reply["upcoming"] = rowsOf(coursesOf(device), now, last, most);
+  reply["upcoming"] = rowsOf(allUpcoming(device), now, last, most);
   if (request.value("plot", Json(false)) == Json(true)) {
     reply["offsets"] = offsetsFrom(now);
   }

@@ -13,7 +13,7 @@ namespace {
 using Texts = std::vector<std::string>;
 
 // A telephone with the built plug-in, at its default time, 2016-06-16T00:00:00Z.
-class TelephoneWithACourse : public ::testing::Test {
+class UpcomingList : public ::testing::Test {
  protected:
   Json ask(const Json& request) { return telephone.request(request); }
   void set(const char* key, const char* value) {
@@ -46,7 +46,7 @@ class TelephoneWithACourse : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
-TEST_F(TelephoneWithACourse, IsListedWithTheFirstOfEachKind) {
+TEST_F(UpcomingList, IsListedWithTheFirstOfEachKind) {
   EXPECT_EQ(rows({{"count", 2}}),
             (Texts{"2016-06-16T01:00:00Z hour", "2016-06-16T02:00:00Z hour",
                    "2016-06-16T12:00:00Z refresh", "2016-06-17T00:00:00Z midnight",
@@ -54,12 +54,12 @@ TEST_F(TelephoneWithACourse, IsListedWithTheFirstOfEachKind) {
   EXPECT_EQ(rows(Json::object()).size(), 23U);
 }
 
-TEST_F(TelephoneWithACourse, DoesNotMoveTheClock) {
+TEST_F(UpcomingList, DoesNotMoveTheClock) {
   static_cast<void>(answerTo({{"count", 1000}}));
   EXPECT_EQ(ask({{"verb", "clock"}, {"action", "show"}}).at("utc"), "2016-06-16T00:00:00Z");
 }
 
-TEST_F(TelephoneWithACourse, EndsAtTheInstantAskedFor) {
+TEST_F(UpcomingList, EndsAtTheInstantAskedFor) {
   constexpr std::int64_t kOneOClock = 1'466'038'800;
   EXPECT_EQ(rows({{"until", kOneOClock}}), (Texts{"2016-06-16T01:00:00Z hour"}));
   EXPECT_EQ(rows({{"until", kOneOClock - 1}}), Texts());
@@ -69,7 +69,7 @@ TEST_F(TelephoneWithACourse, EndsAtTheInstantAskedFor) {
 }
 
 // What comes true, hour for hour, is the clock's own behaviour.
-TEST_F(TelephoneWithACourse, ComesTrue) {
+TEST_F(UpcomingList, HappensAsListed) {
   set("simple-time", "23:30");
   pass(0);
   const Texts course = rows({{"count", 2}});
@@ -83,14 +83,14 @@ TEST_F(TelephoneWithACourse, ComesTrue) {
 }
 
 // The timers follow the uptime: after a jump the next hour is announced late.
-TEST_F(TelephoneWithACourse, FollowsTheTimersAfterAJump) {
+TEST_F(UpcomingList, FollowsTheTimersAfterAJump) {
   ask({{"verb", "clock"}, {"action", "jump"}, {"seconds", 1'466'119'790}});  // 23:29:50
   EXPECT_EQ(rows({{"count", 3}, {"until", 1'466'206'200}}),
             (Texts{"2016-06-17T00:29:50Z hour", "2016-06-17T01:00:00Z hour",
                    "2016-06-17T02:00:00Z hour", "2016-06-17T11:29:50Z refresh"}));
 }
 
-TEST_F(TelephoneWithACourse, TellsTheChangesOfTheZone) {
+TEST_F(UpcomingList, ShowsTheChangesOfTheZone) {
   setNewYork();
   const Json rows = answerTo({{"count", 1}}).at("upcoming");
   const auto change = std::find_if(rows.begin(), rows.end(),
@@ -101,7 +101,7 @@ TEST_F(TelephoneWithACourse, TellsTheChangesOfTheZone) {
   EXPECT_EQ((*change)["after"], -5 * 3600);
 }
 
-TEST_F(TelephoneWithACourse, HasRestartsOfTheNtpClientOnlyWithServerAndNetwork) {
+TEST_F(UpcomingList, HasRestartsOfTheNtpClientOnlyWithServerAndNetwork) {
   const auto restarts = [this] {
     Texts texts = rows({{"count", 4}});
     std::erase_if(texts, [](const std::string& row) { return !row.ends_with("NTP restart"); });
@@ -122,14 +122,14 @@ TEST_F(TelephoneWithACourse, HasRestartsOfTheNtpClientOnlyWithServerAndNetwork) 
   EXPECT_EQ(armed[1], "2016-06-16T02:10:01Z NTP restart");
 }
 
-TEST_F(TelephoneWithACourse, OfATimeSetByHandEndsWith32Bits) {
+TEST_F(UpcomingList, OfATimeSetByHandEndsWith32Bits) {
   set("simple-date", "19.01.2038");
   set("simple-date", "31.12.2037");
   pass(0);
   EXPECT_EQ(rows({{"count", 1000}}).back(), "2038-01-19T03:14:07Z limit");
 }
 
-TEST_F(TelephoneWithACourse, HasOffsetsForAYearIfTheyAreAskedFor) {
+TEST_F(UpcomingList, HasOffsetsForAYearIfTheyAreAskedFor) {
   EXPECT_FALSE(answerTo({{"count", 1}}).contains("offsets"));
   setNewYork();
   const Json offsets = answerTo({{"count", 1}, {"plot", true}}).at("offsets");
