@@ -58,12 +58,12 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
                                                    std::ostream& out) {
   ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, {}};
   OptionParser parser = clockCtlOptionParser(options);
-  const OptionParser::Wish wish = parser.read(words);
+  const OptionParser::Request request = parser.read(words);
   options.verb = parser.arguments();
   const std::span<const std::string> verb = options.verb;
-  if (wish == OptionParser::Wish::version) {
+  if (request == OptionParser::Request::version) {
     out << kVersion << '\n';
-  } else if (wish == OptionParser::Wish::help) {
+  } else if (request == OptionParser::Request::help) {
     out << helpFor(parser, verb);
   } else if (!verb.empty() && verb.front() == "help") {
     out << helpFor(parser, verb.subspan(1));

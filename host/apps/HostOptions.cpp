@@ -20,7 +20,7 @@ namespace host {
 namespace {
 
 constexpr std::size_t kMacDigits = 12;
-constexpr int kMostVariant = 999;  // for a plain error line; no hardware has a larger one
+constexpr int kMostVariant = 999;  // a bound for the error line; no hardware has a larger number
 
 constexpr ExitStatus kStatuses[] = {
     {0, "ended by SIGINT or SIGTERM, or the scenarios passed"},
@@ -28,7 +28,7 @@ constexpr ExitStatus kStatuses[] = {
     {2, "wrong option, or a scenario that could not be read"},
 };
 
-// Each of the following returns what is wrong, empty for nothing.
+// Each of the following returns an error text, empty if the value is valid.
 
 // A decimal integer from `least` to `most`.
 Option::Take integer(int& target, int least, int most) {
@@ -245,9 +245,9 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
   options.socket = defaults.socket;
   options.device.state = defaults.state;
   OptionParser parser = hostOptionParser(options);
-  const OptionParser::Wish wish = parser.read(words);
-  if (wish != OptionParser::Wish::run) {
-    out << (wish == OptionParser::Wish::help ? parser.help() : kVersion + std::string("\n"));
+  const OptionParser::Request request = parser.read(words);
+  if (request != OptionParser::Request::run) {
+    out << (request == OptionParser::Request::help ? parser.help() : kVersion + std::string("\n"));
     return std::nullopt;
   }
   requireConsistent(parser, options);

@@ -61,9 +61,9 @@ Option& OptionParser::addPath(std::string_view name, std::string_view help,
               path.string()});
 }
 
-OptionParser::Wish OptionParser::read(Words words) {
+OptionParser::Request OptionParser::read(Words words) {
   while (!words.empty()) readWord(words);
-  return m_wish;
+  return m_request;
 }
 
 void OptionParser::readWord(Words& words) {
@@ -109,7 +109,7 @@ void OptionParser::use(Option& option, const std::string& value) {
   const auto listed = listedValues(option.value);
   std::string error;
   if (!option.take) {
-    m_wish = option.name == "--help" ? Wish::help : Wish::version;
+    m_request = option.name == "--help" ? Request::help : Request::version;
   } else if (!listed.empty() && std::find(listed.begin(), listed.end(), value) == listed.end()) {
     error = quotedText(value) + " is not " + alternatives(listed);
   } else {

@@ -12,7 +12,7 @@ namespace host {
 
 // One option of a program: what a person types, and where its value goes.
 struct Option {
-  // Uses the value, empty for a flag. Returns what is wrong with it, empty for nothing; a
+  // Uses the value, empty for a flag. Returns an error text, empty if the value is valid; a
   // UsageError passes unchanged.
   using Take = std::function<std::string(const std::string& value)>;
 
@@ -42,7 +42,7 @@ class OptionParser {
     std::string_view arguments;  // in the usage, after the options; empty: only options are taken
     std::span<const ExitStatus> statuses;
   };
-  enum class Wish { run, help, version };
+  enum class Request { run, help, version };
 
   explicit OptionParser(const Program& program);
 
@@ -55,7 +55,7 @@ class OptionParser {
   // Reads the command line. Options and arguments may alternate, up to a word "--"; after the first
   // argument, a word that is no option is an argument, even if it begins with "-". Throws
   // UsageError, one line.
-  [[nodiscard]] Wish read(std::span<const std::string> words);
+  [[nodiscard]] Request read(std::span<const std::string> words);
 
   [[nodiscard]] bool given(std::string_view name) const;
   [[nodiscard]] const std::vector<std::string>& arguments() const { return m_arguments; }
@@ -78,7 +78,7 @@ class OptionParser {
   const Program m_program;
   std::deque<Option> m_options;
   std::vector<std::string> m_arguments;
-  Wish m_wish = Wish::run;
+  Request m_request = Request::run;
 };
 
 // The words of a list in lower case, `up|down`, which are all that is accepted; empty for others.
