@@ -69,10 +69,10 @@ RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
   }
 }
 
-// Why a host that has the request does not reply, as far as it can be seen from here.
-std::string whatGoesOn(const RemoteClient& client, bool moves) {
+// The likely reason why the host has not replied to a request that it received.
+std::string likelyReason(const RemoteClient& client, bool moves) {
   if (const auto stopped = stoppedProcessAt(client.descriptor())) {
-    return "the host is stopped; `kill -CONT " + std::to_string(*stopped) + "` lets it go on";
+    return "the host is stopped; `kill -CONT " + std::to_string(*stopped) + "` resumes it";
   }
   if (moves) return "the clock stops where it is; `clockctl clock` shows the time";
   return "the host is busy; it has the request, and may still do it";
@@ -115,7 +115,7 @@ class Command {
 
   [[noreturn]] void noReply(const std::string& hint = "") const {
     throw Refusal("no reply within " + secondsText(limit()) + "; " +
-                  (hint.empty() ? whatGoesOn(m_client, takesTime(m_verb, m_request)) : hint));
+                  (hint.empty() ? likelyReason(m_client, takesTime(m_verb, m_request)) : hint));
   }
 
   void call() {

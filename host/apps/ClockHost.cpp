@@ -47,7 +47,7 @@ namespace {
 // program that is just removing the folder with its content.
 constexpr std::chrono::milliseconds kPipeRestoreDelay{100};
 
-// From a set of the machine's clock by the host to its record.
+// The host records its own set of the machine's clock within this time.
 constexpr std::chrono::milliseconds kOwnSetDelay{100};
 
 // Work that the first replies do not need starts this long after the host listens.
@@ -143,7 +143,7 @@ class Host {
   Descriptor m_clockSets;  // under --clock system
 };
 
-// From the beginning, so that a signal during the start ends the host in order, too.
+// Called before all else, so that a signal during the start also shuts the host down cleanly.
 EventLoop& stoppedBySignals(EventLoop& loop) {
   loop.stopOnSignals();
   return loop;
@@ -208,7 +208,7 @@ void Host::checkSecurityLog() {
   });
 }
 
-// After a pause, in which the host has recorded a set of its own.
+// Checks kOwnSetDelay after a set, so that the host's own sets are recorded by then.
 void Host::watchMachineClock() try {
   m_clockSets = openClockSetWatch();
   m_loop.onReadable(m_clockSets.get(), kOwnSetDelay, [this] {
@@ -216,7 +216,7 @@ void Host::watchMachineClock() try {
     m_device.changes().checkMachineClock();
   });
 } catch (const std::exception& error) {
-  logAppUni("clockhost", 3, __FILE__, __LINE__, "%s", error.what());
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s", error.what());
 }
 
 void Host::runUntilStopped() {

@@ -47,7 +47,7 @@ void RecordedFile::add(const std::string& line) {
   if (const int error = writeAll(m_file.get(), line + '\n'); error != 0) {
     const bool whole = ::ftruncate(m_file.get(), m_size) == 0;  // false for a device
     throw Error(quoted(m_path) + " cannot be written: " + std::strerror(error) +
-                (whole ? "; it holds the recording up to here" : ""));
+                (whole ? "; the file holds all earlier steps" : ""));
   }
   m_size += static_cast<off_t>(line.size() + 1);
 }

@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
   host::startProgram();
   // One malloc arena for all threads: they allocate too little to contend for it.
   ::mallopt(M_ARENA_MAX, 1);
-  // Outlives its terminal; SIGINT and SIGTERM end it in order.
+  // Keeps running when its terminal closes. SIGINT and SIGTERM shut it down cleanly.
   for (const int ignored : {SIGHUP, SIGUSR1, SIGUSR2}) std::signal(ignored, SIG_IGN);
   // The service sets TZ while other threads read the environment. A variable that exists before any
   // thread is only replaced, so that the array of variables never moves.

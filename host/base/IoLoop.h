@@ -30,7 +30,7 @@ class IoLoop {
   class Watch;
   class Timer;
 
-  // Can be posted again and again without memory.
+  // Posting the same task again allocates nothing.
   class Task {
    public:
     explicit Task(std::function<void()> run) : m_run(std::move(run)) {}
@@ -133,7 +133,7 @@ class IoLoop::Timer {
   // More would overflow the time point.
   static constexpr std::chrono::hours kLongest{24 * 365};
 
-  // after: at most kLongest. A running timer starts anew. Needs no memory.
+  // after: at most kLongest. Restarts a running timer. Allocates nothing.
   void start(std::chrono::nanoseconds after);
   void cancel();
 

@@ -17,7 +17,7 @@ class VirtualClock;
 
 // An armed timer of the service.
 struct NamedTimer {
-  std::string_view name;              // as the documentation of the architecture calls it
+  std::string_view name;              // as in docs/explanation/architecture.md
   std::chrono::nanoseconds expiry{};  // uptime
 };
 

@@ -2,7 +2,7 @@
 
 namespace host {
 
-// Whether the calling thread is one of those that the plug-in has spawned (Threader): its listener.
+// Whether the plug-in spawned the calling thread (Threader), such as its listener.
 [[nodiscard]] bool onPluginThread();
 
 }  // namespace host

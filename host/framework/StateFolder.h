@@ -9,9 +9,9 @@ namespace host {
 void setStorageFolder(const std::string& folder);
 [[nodiscard]] std::string storageFolder();
 
-// Called after a file of Storage got another content, on the thread that stored it. before: empty
-// when there was no file, or a longer one than a script. There is one listener; an empty one
-// removes it. It must not throw.
+// Called after Storage changed a file's content, on the thread that stored it. before: the old
+// content; empty if there was none or it was too long for a script. There is one listener; an empty
+// one removes it. It must not throw.
 using StoredListener = std::function<void(const std::string& name, const std::string& before,
                                           const std::string& after)>;
 void onStored(StoredListener listener);

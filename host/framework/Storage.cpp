@@ -96,10 +96,10 @@ void logFailure(const char* action, const std::string& name, const std::string& 
 // processes do not leave more and more files.
 constinit host::Mutex g_writing;
 
-// Of the old content this much is read, for the listener.
+// How much of the old content is read for the listener.
 constexpr std::size_t kOldContent = 4096;  // bytes
 
-// before: the old content, if it is another one.
+// before: set to the old content when the file is replaced.
 bool replace(const std::string& folder, const std::string& name, const std::string& content,
              std::optional<std::string>& before) {
   const host::MutexLock lock(g_writing);

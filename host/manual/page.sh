@@ -11,8 +11,8 @@ text=$(cat)
 printf "'\\\\\" t\n.TH %s %s %s \"clockhost %s\"\n.ad l\n.SH NAME\n%s \\- %s of the clock host\n.SH DESCRIPTION\n" \
   "$(printf %s "$page" | tr "[:lower:]" "[:upper:]" | sed 's/-/\\-/g')" "$section" "$date" "$version" \
   "$(printf %s "$page" | sed 's/-/\\-/g')" "$(printf %s "${title#\# }" | tr "[:upper:]" "[:lower:]")"
-# Without: a page's own heading, paragraphs after headings, boxes around tables, and fonts and escapes that not
-# all formatters have. A table's last columns share the width of the line.
+# Removes the page's first heading, paragraph marks after headings, boxes around tables, and fonts and escapes
+# that some formatters lack. A table's last columns share the width of the line.
 printf '%s\n' "$text" | "$lowdown" -tman --nroff-nolinks --nroff-no-groff | sed \
   -e '1{/^\.PP$/d;}' -e 's/\\fC/\\fB/g' -e "s/\\\\U'2026'/.../g" \
   -e '/^\.S[HS]/{n;/^\.[LP]P$/d;n;/^\.[LP]P$/d;}' \

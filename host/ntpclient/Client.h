@@ -12,7 +12,7 @@
 
 namespace host::ntp {
 
-// What the command line does not tell the client.
+// What the client does not get from its command line.
 struct Environment {
   std::string port = "123";
   const char* pipe = kReportPipe;  // outlives the client

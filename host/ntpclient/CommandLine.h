@@ -7,7 +7,7 @@
 
 namespace host::ntp {
 
-// What the service's command line tells the client.
+// What the client gets from the service's command line.
 struct Assignment {
   std::string server;  // a numeric address
   int family;          // AF_INET or AF_INET6, that of the address

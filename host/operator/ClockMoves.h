@@ -26,7 +26,8 @@ struct ClockMove {
 // hour's timer.
 [[nodiscard]] ClockMove passTime(Device& device, std::chrono::seconds duration);
 
-// Advances by exactly that, for a replay: a timer that is due later is not delivered.
+// Advances by exactly `duration`, for a replay: timers due later are not delivered (passTime
+// delivers those within kSettling).
 [[nodiscard]] ClockMove passExactly(Device& device, std::chrono::microseconds duration);
 
 // Whether the service's time follows the clock; after it was set by hand, it does not.

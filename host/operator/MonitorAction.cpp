@@ -52,7 +52,7 @@ void addMethod(Json& entry, const TappedFrame& tapped) {
   }
 }
 
-// From a client, who chooses the number of members.
+// From a client, so the number of members must be bounded.
 void addRequest(Json& entry, std::string_view payload) try {
   entry["json"] = readRequest(payload);
 } catch (const Error&) {

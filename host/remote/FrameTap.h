@@ -24,9 +24,9 @@ struct TappedFrame {
 };
 
 // Shows listeners each frame: one from a client before the host handles it, one to a client when it
-// is sent. The frames that a listener sends are not shown. Costs one read of an atomic while nobody
-// listens. Owner: the server. Thread: any. Failure: a listener that throws misses
-// the frame; the other listeners get it.
+// is sent. The frames that a listener sends are not shown. Without a listener, a frame costs one
+// atomic read. Owner: the server. Thread: any. Failure: a listener that throws misses the frame;
+// the other listeners get it.
 class FrameTap {
  public:
   // False removes the listener. Called with the tap's lock held: it must not block, log, or call

@@ -201,7 +201,7 @@ void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
   m_history.add(std::move(change));
 }
 
-// The zone follows a setting, whose cause is its own.
+// The zone changes because a setting did, so the cause is that of the last setting.
 void ChangeRecorder::fileStored(const std::string& name, const std::string& before,
                                 const std::string& after) {
   if (name != "setupTZ.sh") return;

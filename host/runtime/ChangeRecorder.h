@@ -12,16 +12,16 @@
 
 namespace host {
 
-// What a telephone shows is based on, as far as the host sees it.
+// Where the time that the telephone shows comes from, as far as the host knows.
 struct ClockOrigin {
   std::string source;   // "saved time", "by hand", "time server", "clock jump" ...; or empty
   bool byHand = false;  // the time shown follows the uptime, and not the system time
-  std::optional<Change> change;  // the last of the time that the telephone shows
+  std::optional<Change> change;                       // the last change of the shown time
   std::optional<VirtualClock::Nanoseconds> reported;  // uptime of the NTP client's last report
 };
 
 // Writes the changes of one telephone's clock, zone and settings to its history. It watches the
-// sets of the wall clock, the store, in front of which it stands, and setupTZ.sh. Owner: the
+// sets of the wall clock and the file setupTZ.sh, and forwards calls to the store. Owner: the
 // device; clock, store and history outlive it. Thread: any. Failure: a change is lost when memory
 // runs out.
 class ChangeRecorder : public Executable, public DataAccess {

@@ -21,7 +21,7 @@ Descriptor openClockSetWatch() {
   if (sizeof never.it_value.tv_sec > sizeof(std::int32_t)) never.it_value.tv_sec *= 4;
   constexpr int kFlags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
   if (!timer.valid() || ::timerfd_settime(timer.get(), kFlags, &never, nullptr) != 0) {
-    throw Error(std::string("sets of the machine's clock are not noticed: ") +
+    throw Error(std::string("cannot watch for programs that set the machine's clock: ") +
                 std::strerror(errno));
   }
   return timer;

@@ -39,7 +39,7 @@ class EventLoop {
   // except std::bad_alloc, which is logged.
   void post(std::function<void()> task);
 
-  // Queues the task after a delay of real time.
+  // Runs the task after `delay` of real time. REQUIRES: framework thread.
   void postAfter(std::chrono::milliseconds delay, std::function<void()> task);
 
   // Runs the task `delay` after each time that the descriptor becomes readable. The task must read

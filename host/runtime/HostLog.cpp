@@ -55,7 +55,7 @@ void HostLog::reopenOnHangup(EventLoop& loop) {
     signalfd_siginfo arrived;
     while (::read(m_hangups.get(), &arrived, sizeof arrived) > 0) continue;
     m_file->reopen();
-    logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "SIGHUP: the log file is opened again");
+    logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "SIGHUP: log file reopened");
   });
 }
 

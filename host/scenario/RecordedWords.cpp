@@ -55,7 +55,7 @@ bool isOfType(const Json& value, Type type) {
   return type == Type::integer ? value.is_number_integer() : value.is_string();
 }
 
-// Whether a scenario can write the call; `complete`: and the service understands it.
+// isKnown: a scenario can express the call. isComplete: the service also understands it.
 bool isKnown(const MethodRow& row, const Json& parameters) {
   return std::all_of(parameters.items().begin(), parameters.items().end(), [&](const auto& each) {
     return rowNamed(row.request, each.key()) != nullptr && !each.value().is_boolean();
@@ -82,14 +82,14 @@ RecordedStep unwritable(const Words& words, const std::string& why) {
   return {lineOf(words), why};
 }
 
-Words before(std::initializer_list<const char*> first, const Words& words) {
+Words prefixed(std::initializer_list<const char*> first, const Words& words) {
   Words all(first.begin(), first.end());
   all.insert(all.end(), words.begin(), words.end());
   return all;
 }
 
-// Without what would be right.
-std::string firstPart(const std::string& error) {
+// An error line without its advice after the semicolon.
+std::string causeOf(const std::string& error) {
   return error.substr(0, error.find(';'));
 }
 
@@ -161,15 +161,15 @@ std::optional<RecordedStep> recordedCall(const Json& call, const Json& reply, bo
   const bool complete = isComplete(*row, parameters);
   const Json answer = reply.is_null() ? Json::object() : reply.value("parameters", Json::object());
   if (row->replies() && answer.empty())
-    return RecordedStep{lineOf(before({"expect", "refused"}, words))};
+    return RecordedStep{lineOf(prefixed({"expect", "refused"}, words))};
   if (reportsFalse(answer)) {
     append(words, answer);
-    return RecordedStep{lineOf(before({"expect", "false"}, words))};
+    return RecordedStep{lineOf(prefixed({"expect", "false"}, words))};
   }
   if (!complete) return unwritable(words, "a parameter is missing or of another type");
   if (!row->replies() || !certain) return RecordedStep{lineOf(words)};
   append(words, answer);
-  return RecordedStep{lineOf(before({"expect"}, words))};
+  return RecordedStep{lineOf(prefixed({"expect"}, words))};
 }
 
 std::optional<RecordedStep> recordedRequest(const Json& request, const Json& reply, bool certain) {
@@ -179,14 +179,14 @@ std::optional<RecordedStep> recordedRequest(const Json& request, const Json& rep
   try {
     Words words = wordsOf(request);
     requireWritable(words, request);
-    if (!done) return RecordedStep{lineOf(before({"expect", "refused"}, words))};
+    if (!done) return RecordedStep{lineOf(prefixed({"expect", "refused"}, words))};
     if (words.front() != "get") return RecordedStep{lineOf(words)};
     if (!certain || !reply.contains("value")) return RecordedStep{lineOf(words)};
     words.push_back(textOf(reply["value"]));
-    return RecordedStep{lineOf(before({"expect"}, words))};
+    return RecordedStep{lineOf(prefixed({"expect"}, words))};
   } catch (const std::exception& error) {
     return RecordedStep{request.dump(-1, ' ', false, Json::error_handler_t::replace),
-                        firstPart(error.what())};
+                        causeOf(error.what())};
   }
 }
 

@@ -214,7 +214,8 @@ class Parser {
   void requireIncludable(const fs::path& path) {
     const auto isPath = [&](const OpenFile& file) { return file.path == path; };
     if (std::any_of(m_files.begin(), m_files.end(), isPath)) {
-      WordReader::fail(quotedText(path.string()) + " includes itself; end the circle");
+      WordReader::fail(quotedText(path.string()) +
+                       " includes itself, perhaps through other files; remove this line");
     }
     if (m_files.size() > kDeepestInclude) {
       WordReader::fail("files are included more than " + std::to_string(kDeepestInclude) +

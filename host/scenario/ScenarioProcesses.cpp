@@ -76,8 +76,8 @@ class Interruption {
   sigset_t m_mask{};
 };
 
-// The folder of all telephones' folders, which is removed at the end, whatever ends a telephone. If
-// it cannot be made, each telephone reports that.
+// Contains all telephones' folders. It is removed at the end, even if a telephone's process is
+// killed. If it cannot be made, each telephone reports that.
 class CommonFolder {
  public:
   CommonFolder() {
@@ -220,7 +220,7 @@ void runAll(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions
 void runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
               const std::function<void()>& ended) {
   runAll(plugin, cases, options, ended);
-  if (g_interruption != 0) std::raise(g_interruption);  // ends the process as it would have before
+  if (g_interruption != 0) std::raise(g_interruption);  // with the default action
 }
 
 }  // namespace host

@@ -174,11 +174,11 @@ bool ScenarioRecorder::endMove(const Request& request, const Json& entry,
     writeStep(request.entry, step);
     m_replay = numberOf(entry, "uptime");
     if (!moves()) writeEvents();
-    // Other timers due at that instant expire later, when nothing else is to do.
+    // Other timers due at that instant expire with the next `clock advance`.
     m_due = request.entry["json"]["action"] == "next";
     return true;
   }
-  m_changing = false;  // a jump on the way is told as one
+  m_changing = false;  // a jump during the move is written as a jump
   passTo(numberOf(entry, "uptime"));
   watchWall(entry);
   ++m_steps;
@@ -240,7 +240,7 @@ bool ScenarioRecorder::moves() const {
                      [](const Request& each) { return isMove(each.entry["json"]); });
 }
 
-// Between them the displayed time may have changed.
+// Otherwise the displayed time may have changed between request and reply.
 bool ScenarioRecorder::sameSecond(const Json& request, const Json& reply) const {
   return wholeSeconds(numberOf(request, "uptime") + m_offset) ==
          wholeSeconds(numberOf(reply, "uptime") + m_offset);

@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-std::string circumstances(const ScenarioDevice& device) {
+std::string failureContext(const ScenarioDevice& device) {
   std::string lines;
   if (const auto now = device.timeText()) lines += "  time: " + *now + '\n';
   const auto& events = device.lastEvents();
@@ -37,7 +37,7 @@ std::string runScenario(Plugin& plugin, const Scenario& scenario, const std::str
     const std::string place = line > 0 ? ':' + std::to_string(line) : "";
     const std::string failure =
         escapedLine(file) + place + ": " + included + escapedLine(error.what()) + '\n';
-    return device ? failure + circumstances(*device) : failure;
+    return device ? failure + failureContext(*device) : failure;
   }
 }
 

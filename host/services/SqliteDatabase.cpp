@@ -141,7 +141,7 @@ void SqliteDatabase::logFailure(const char* what) const {
   logAppUni("clockhost", kLogError, __FILE__, __LINE__, "%s", failure(what).c_str());
 }
 
-// Needed because SQLite goes on writing to a file that was unlinked.
+// Needed because SQLite continues to write to a file that was unlinked.
 bool SqliteDatabase::isInPlace() const {
   int moved = 0;
   sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);

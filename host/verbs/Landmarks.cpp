@@ -54,8 +54,9 @@ std::optional<time_t> nextMidnight(time_t after) {
 }
 
 std::optional<time_t> nextZoneChange(time_t after) {
-  constexpr time_t kStep = 6 * kHour;      // no zone changes twice within it
-  if (daylight == 0) return std::nullopt;  // of the C library: TZ has no daylight saving
+  constexpr time_t kStep = 6 * kHour;  // no zone changes twice within it
+  if (daylight == 0)
+    return std::nullopt;  // the C library's variable: 0 when TZ has no daylight saving
   for (time_t low = after; low < after + 731 * kDay; low += kStep) {
     time_t high = low + kStep;
     if (sameZone(low, high)) continue;

@@ -37,7 +37,7 @@ TEST(ClockCtlProgram, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
   host.program().signal(SIGSTOP);
   expectOneLine(host.ctl({"--timeout", "0.05", "call", "setTimeInt", "setTime=60"}), 1,
                 {"no reply within 0.05 s; the host is stopped; `kill -CONT " +
-                 std::to_string(host.program().id()) + "` lets it go on"});
+                 std::to_string(host.program().id()) + "` resumes it"});
   host.program().signal(SIGCONT);
   EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=60"}).status, 0);
 }
@@ -140,7 +140,7 @@ TEST(ClockCtlProgram, FollowsTheLogUntilTheHostEnds) {
 }
 
 // Its reply waits for the end of the move.
-TEST(ClockCtlProgram, SaysWhatGoesOnWhenAMoveTakesTooLong) {
+TEST(ClockCtlProgram, GivesTheReasonForATimeout) {
   RunningHost host;
   expectOneLine(host.ctl({"--timeout", "0.01", "clock", "advance", "36500d"}), 1,
                 {"no reply within 0.01 s; the clock stops where it is; `clockctl clock` shows"});

@@ -54,7 +54,7 @@ TEST_F(HostLife, OpensItsLogFileAgainAfterSighup) {
   fs::rename(log, folder() / "log.1");
   program().signal(SIGHUP);
   ASSERT_TRUE(support::becomesTrue(
-      [&] { return support::contentOf(log).find("opened again") != std::string::npos; }));
+      [&] { return support::contentOf(log).find("reopened") != std::string::npos; }));
   const Outcome outcome = end(SIGTERM);
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");

@@ -208,7 +208,7 @@ TEST_F(Record, AChangedFileIsNeverLost) {
   EXPECT_EQ(end().status, 0);
 }
 
-TEST_F(Record, AFullDiskIsToldAtOnce) {
+TEST_F(Record, ReportsAFullDiskAtOnce) {
   expectOneLine(m_host.ctl({"record", "/dev/full", "--overwrite"}), 1,
                 {"\"/dev/full\" cannot be written: No space left on device"});
 }

@@ -1,4 +1,4 @@
-"""The cases of long work: runs them, shows how far they are, and joins the results of several machines.
+"""Runs the cases of long work, shows progress, and joins the results of several machines.
 
 cases.py run WORK [--shard I/N] [--results FILE] COMMAND...   cases from standard input, one a line
 cases.py merge FILE...
@@ -160,8 +160,8 @@ def summary(work, of, total, shards):
         print(f"lost: shard {number}/{of}")
     for path in broken:
         print(f"incomplete: {path}")
-    told = "".join(f", {count} {result}" for result, count in sorted(counts.items()))
-    print(f"{work}: {len(cases)}{'' if total is None else f' of {total}'} cases{told}")
+    counted = "".join(f", {count} {result}" for result, count in sorted(counts.items()))
+    print(f"{work}: {len(cases)}{'' if total is None else f' of {total}'} cases{counted}")
     bad = lost or broken or counts.get(FAILED) or (total is not None and len(cases) != total)
     return 1 if bad else 0
 

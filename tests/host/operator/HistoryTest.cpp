@@ -65,7 +65,7 @@ TEST_F(TelephoneWithHistory, BeginsWithTheSavedTime) {
                                "zone:  -> LOC00:00 (start)"}));
 }
 
-TEST_F(TelephoneWithHistory, TellsCauseOldAndNewValueOfEachChange) {
+TEST_F(TelephoneWithHistory, ShowsCauseOldAndNewValueOfEachChange) {
   set("sntp-tz-offset", "-5");
   ask(R"({"verb":"clock","action":"next"})");
   set("sntp-tz-offset", "-5");  // no change
@@ -83,7 +83,7 @@ TEST_F(TelephoneWithHistory, TellsCauseOldAndNewValueOfEachChange) {
 }
 
 // Also after a call without a reply.
-TEST_F(TelephoneWithHistory, TellsWhatMovedTheClockWithoutTheService) {
+TEST_F(TelephoneWithHistory, ShowsWhatMovedTheClockWithoutTheService) {
   call("setTimeInt", {{"setTime", 1'893'456'000}});
   ask(R"({"verb":"clock","action":"jump","seconds":0})");
   ask(R"({"verb":"clock","action":"to","landmark":"2038"})");
@@ -97,7 +97,7 @@ TEST_F(TelephoneWithHistory, TellsWhatMovedTheClockWithoutTheService) {
   EXPECT_TRUE(logged("2038-01-19T03:13:57Z to 1970-01-01T00:00:05Z: another program, device"));
 }
 
-// A program that sets the machine's clock tells nobody.
+// A program that sets the machine's clock does not notify the host.
 TEST_F(TelephoneWithHistory, FindsAChangeByAnotherProgram) {
   Device& device = telephone.device();
   device.changes().checkMachineClock();
@@ -119,7 +119,7 @@ TEST_F(TelephoneWithHistory, LeavesOutTheTimeServersSmallCorrections) {
 }
 
 // The system time, which such a clock no longer follows, was moved in between.
-TEST_F(TelephoneWithHistory, TellsTheTimeThatWasShownBeforeASetByHand) {
+TEST_F(TelephoneWithHistory, ShowsTheTimeThatWasShownBeforeASetByHand) {
   set("simple-time", "07:30");
   ask(R"({"verb":"clock","action":"jump","seconds":0})");
   set("simple-time", "08:00");

@@ -38,7 +38,7 @@ class TelephoneWithStatus : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
-TEST_F(TelephoneWithStatus, TellsTheSavedTimeAndItsAge) {
+TEST_F(TelephoneWithStatus, ShowsTheSavedTimeAndItsAge) {
   EXPECT_FALSE(status().contains("saved"));
   pass(13 * 3600);
   const Json now = status();
@@ -54,7 +54,7 @@ TEST_F(TelephoneWithStatus, TellsTheSavedTimeAndItsAge) {
   EXPECT_FALSE(now.contains("report"));
 }
 
-TEST_F(TelephoneWithStatus, TellsThatATimeSetByHandNoLongerFollowsTheSystemTime) {
+TEST_F(TelephoneWithStatus, ShowsThatATimeSetByHandNoLongerFollowsTheSystemTime) {
   set("simple-time", "07:30");
   ask(R"({"verb":"clock","action":"jump","seconds":1893456000})");
   pass(60);
@@ -68,7 +68,7 @@ TEST_F(TelephoneWithStatus, TellsThatATimeSetByHandNoLongerFollowsTheSystemTime)
   EXPECT_EQ(now.at("changed").at("who"), "device");
 }
 
-TEST_F(TelephoneWithStatus, TellsTheOtherSources) {
+TEST_F(TelephoneWithStatus, ShowsTheOtherSources) {
   Method call("setTimeInt", Method::call);
   call.addIntParameter("setTime", 1'893'456'000, Parameter::in);
   static_cast<void>(telephone.call(call));
@@ -96,7 +96,7 @@ TEST_F(TelephoneWithStatus, NamesTheServicesTimersWithTheTimeThatItWillShow) {
   EXPECT_EQ(timers().front().substr(0, 9), "time sync");
 }
 
-TEST_F(TelephoneWithStatus, TellsTheZoneAndItsNextChange) {
+TEST_F(TelephoneWithStatus, ShowsTheZoneAndItsNextChange) {
   EXPECT_FALSE(status().at("zone").contains("next"));
   for (const auto& [key, value] : {std::pair("sntp-tz-offset", "-5"),
                                    {"daylight-save", "true"},
@@ -109,7 +109,7 @@ TEST_F(TelephoneWithStatus, TellsTheZoneAndItsNextChange) {
   EXPECT_EQ(zone.at("next"), (Json{{"time", "2016-11-06T06:00:00Z"}, {"offset", -5 * 3600}}));
 }
 
-TEST_F(TelephoneWithStatus, TellsServerAndTheLastLineOfItsClient) {
+TEST_F(TelephoneWithStatus, ShowsServerAndTheLastLineOfItsClient) {
   set("sntp-addr", "192.0.2.1");
   EXPECT_EQ(status().at("ntp"), (Json{{"server", "192.0.2.1"}}));
   for (const char* const line : {"first", "last"}) {

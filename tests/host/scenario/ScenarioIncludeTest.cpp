@@ -41,14 +41,15 @@ TEST(ScenarioInclude, ReadsTheFileInPlaceOfTheLine) {
   EXPECT_EQ(scenario.steps[2].included, "");
 }
 
-TEST(ScenarioInclude, RefusesInOneLineThatTellsTheWay) {
+TEST(ScenarioInclude, NamesEachFileOnTheWay) {
   const std::pair<std::map<std::string, std::string>, const char*> rows[] = {
       {{{"all/main", "\ninclude a"}, {"all/a", "keys\nvarient 3"}},
        "2: all/a:2: unknown step \"varient\"; did you mean \"variant\"?"},
       {{{"all/main", "include none"}}, "1: all/none: cannot be read"},
-      {{{"all/main", "include main"}}, "1: \"all/main\" includes itself; end the circle"},
+      {{{"all/main", "include main"}},
+       "1: \"all/main\" includes itself, perhaps through other files; remove this line"},
       {{{"all/main", "include a"}, {"all/a", "\ninclude ../all/main"}},
-       "1: all/a:2: \"all/main\" includes itself; end the circle"},
+       "1: all/a:2: \"all/main\" includes itself, perhaps through other files; remove this line"},
       {{{"all/main", "include"}}, "1: FILE is missing (usage: include FILE)"},
       {{{"all/main", "include a b"}}, "1: \"b\" is one word too many (usage: include FILE)"},
       {{{"all/main", "include \"\""}}, "1: there is no file to include (usage: include FILE)"},

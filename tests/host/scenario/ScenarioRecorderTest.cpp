@@ -157,7 +157,7 @@ TEST_F(Recorder, AnOutsideChangeOfTheClockIsAJump) {
   EXPECT_EQ(written[1], "clock jump 1970-01-01T00:03:10Z");
 }
 
-TEST_F(Recorder, FramesThatAreMissingAreTold) {
+TEST_F(Recorder, ReportsMissingFrames) {
   Json entry = frame("sent", "controlItem", 0);
   entry["lost"] = 5;
   recorder.add(entry);

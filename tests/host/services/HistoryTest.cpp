@@ -247,7 +247,7 @@ TEST_F(KeptHistory, TakesAChangeWhileItsFileIsWritten) {
   EXPECT_EQ(values(), (Texts{"1", "2"}));
 }
 
-TEST_F(KeptHistory, GoesOnInANewFileWhenTheOldOneWasRemoved) {
+TEST_F(KeptHistory, ContinuesInANewFileWhenTheOldOneWasRemoved) {
   start();
   add("1");
   std::filesystem::remove(file);
