@@ -1,6 +1,7 @@
 #include "apps/RecordedFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,10 +19,22 @@ std::string quoted(const std::filesystem::path& path) {
   return quotedText(path.string());
 }
 
+// Empties an existing file, which keeps its mode when it is opened. Devices stay as they are.
+void makeOwn(int file, const std::filesystem::path& path) {
+  struct stat found {};
+  if (::fstat(file, &found) != 0 || !S_ISREG(found.st_mode)) return;
+  if (::fchmod(file, S_IRUSR | S_IWUSR) == 0 && ::ftruncate(file, 0) == 0) return;
+  throw Error(quoted(path) + " cannot be made private: " + std::strerror(errno) +
+              "; name another file");
+}
+
 Descriptor opened(const std::filesystem::path& path, bool overwrite) {
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (overwrite ? O_TRUNC : O_EXCL);
+  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (overwrite ? 0 : O_EXCL);
   Descriptor file(::open(path.c_str(), flags, S_IRUSR | S_IWUSR));
-  if (file.get() >= 0) return file;
+  if (file.valid()) {
+    makeOwn(file.get(), path);
+    return file;
+  }
   if (errno == EEXIST) {
     throw Error(quoted(path) + " exists; name another file, or write --overwrite");
   }

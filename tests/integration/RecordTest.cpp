@@ -204,8 +204,11 @@ TEST_F(Record, AChangedFileIsNeverLost) {
   EXPECT_EQ(found.st_mode & 0777U, 0600U) << "it may hold the shared secret";
   expectOneLine(m_host.ctl({"record", m_file.string()}), 1,
                 {"exists; name another file, or write --overwrite"});
+  ASSERT_EQ(::chmod(m_file.c_str(), 0644), 0);
   start({"--overwrite"});
   EXPECT_EQ(end().status, 0);
+  ASSERT_EQ(::stat(m_file.c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0600U);
 }
 
 TEST_F(Record, ReportsAFullDiskAtOnce) {
