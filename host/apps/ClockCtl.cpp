@@ -99,7 +99,9 @@ class Command {
         if (m_request.value("follow", false)) return follow();
         return m_request.value("watch", false) ? repeat() : control();
       case Verb::Route::record:
-        return record(m_request, m_client, m_options.socket, m_out, m_err);
+        return record(
+            m_request, m_client, m_options.socket, limit(),
+            [this](const Json& summary) { print(summary); }, m_err);
       case Verb::Route::stream:
         return follow();
     }
@@ -268,7 +270,7 @@ class Failure {
 }  // namespace
 
 milliseconds replyLimit(const Verb& verb, const Json& request) {
-  if (verb.route != Verb::Route::control) return kCallLimit;
+  if (verb.route == Verb::Route::call || verb.route == Verb::Route::watch) return kCallLimit;
   return takesTime(verb, request) ? kMoveLimit : kControlLimit;
 }
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <ostream>
@@ -27,7 +28,6 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr milliseconds kLimit = std::chrono::seconds(5);
 constexpr int kTries = 20;  // to read all settings without a change meanwhile
 constexpr milliseconds kLongestWait = std::chrono::hours(1);
 
@@ -41,6 +41,7 @@ class EndSignals {
     sigaddset(&signals, SIGTERM);
     ::pthread_sigmask(SIG_BLOCK, &signals, &m_former);
     m_file = Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    if (!m_file.valid()) throw Error("no descriptor is left for SIGINT and SIGTERM");
   }
   ~EndSignals() {
     signalfd_siginfo taken;
@@ -66,18 +67,20 @@ Json objectIn(const std::string& text) {
 // The items of a monitor, and an observer, since the service raises events for observers only.
 class Monitor {
  public:
-  Monitor(RemoteClient& control, const std::filesystem::path& socket)
+  // limit: how long to wait for a reply.
+  Monitor(RemoteClient& control, const std::filesystem::path& socket, milliseconds limit)
       : m_control(control),
+        m_limit(limit),
         m_observer(socket),
         m_id(control.startControl(R"({"verb":"monitor"})")) {
-    m_begin = required(next(kLimit));
+    m_begin = required(next(m_limit));
     if (!m_begin.at("begin").value("settled", true)) {
       throw Error(
           "the last changes are not applied yet, since the clock is paused; let time pass, "
           "as with `clock advance 1s`");
     }
     Method observe("observeTimeEvents", Method::call);
-    const auto reply = m_observer.call(observe, kLimit);
+    const auto reply = m_observer.call(observe, m_limit);
     bool observing = false;
     if (!reply || !reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
         !observing) {
@@ -107,7 +110,7 @@ class Monitor {
   template <class Take>
   void rest(Take take) {
     static_cast<void>(m_control.startControl(R"({"verb":"get","key":"time"})"));
-    for (auto item = next(kLimit); item; item = next(kLimit)) {
+    for (auto item = next(m_limit); item; item = next(m_limit)) {
       if (isOwn(*item) && item->value("kind", "") == "controlReply") return;
       take(*item);
     }
@@ -137,7 +140,7 @@ class Monitor {
     RecordedStart start{m_begin.at("begin"), {}};
     for (const std::string& key : startingKeys()) {
       const Json request = {{"verb", "get"}, {"key", key}};
-      const auto reply = m_control.control(request.dump(), kLimit);
+      const auto reply = m_control.control(request.dump(), m_limit);
       if (!reply) throw Error("no reply; the host is busy");
       start.replies[key] = objectIn(*reply);
     }
@@ -147,7 +150,7 @@ class Monitor {
   // Skips the items up to the reply about the last key. False: another client changed something.
   bool skipTo(const std::string& lastKey, RecordedStart& start) {
     for (bool quiet = true;;) {
-      const Json item = required(next(kLimit));
+      const Json item = required(next(m_limit));
       if (!isOwn(item)) {
         if (item.value("direction", "") == "received") quiet = false;
       } else if (item.value("kind", "") == "controlReply" && item.contains("json") &&
@@ -160,6 +163,7 @@ class Monitor {
   }
 
   RemoteClient& m_control;
+  const milliseconds m_limit;
   RemoteClient m_observer;
   const std::uint32_t m_id;
   Json m_begin;
@@ -171,8 +175,8 @@ milliseconds left(std::optional<Clock::time_point> end) {
   return std::clamp(rest, milliseconds(0), kLongestWait);
 }
 
-void follow(const Json& request, Monitor& monitor, ScenarioRecorder& recorder) {
-  const EndSignals signals;
+void follow(const Json& request, const EndSignals& signals, Monitor& monitor,
+            ScenarioRecorder& recorder) {
   const std::size_t count = request.at("count");
   std::optional<Clock::time_point> end;
   const std::int64_t seconds = request.at("for");
@@ -191,22 +195,23 @@ void follow(const Json& request, Monitor& monitor, ScenarioRecorder& recorder) {
 }  // namespace
 
 void record(const Json& request, RemoteClient& control, const std::filesystem::path& socket,
-            std::ostream& out, std::ostream& err) {
+            milliseconds limit, const std::function<void(const Json&)>& print, std::ostream& err) {
   const std::string path = request.at("file");
-  Monitor monitor(control, socket);
+  Monitor monitor(control, socket, limit);
   const RecordedStart start = monitor.start();
+  const EndSignals signals;  // before "ready", after which a script may send one
   RecordedFile file(path, request.at("overwrite"));
   file.add("# Recorded by clockctl record. Run it with: clockhost --scenario FILE");
   ScenarioRecorder recorder(start, [&file](const std::string& line) { file.add(line); });
   err << "ready" << std::endl;
   try {
-    follow(request, monitor, recorder);
+    follow(request, signals, monitor, recorder);
   } catch (const HostGone& error) {
     recorder.finish();
     throw HostGone(error.what() + ("; " + quotedText(path)) + " holds what was done before");
   }
   recorder.finish();
-  out << "recorded " << recorder.steps() << " steps and " << recorder.events() << " events\n";
+  print({{"steps", recorder.steps()}, {"events", recorder.events()}});
   if (recorder.lost() == 0) return;
   throw Error(std::to_string(recorder.lost()) + " frames are missing in " + quotedText(path) +
               ", since they came faster than they could be written");

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
 
 #include "verbs/Json.h"
@@ -12,9 +14,11 @@ class RemoteClient;
 // `clockctl record`: writes what is done to a telephone into the file of the request (see
 // readRecord), until SIGINT or SIGTERM, or as long as the request says. control: a client at the
 // control socket; socket: the call socket. Prints "ready" on `err` once no later step is missed,
-// and a summary on `out`. Thread: its caller's. Failure: host::Error; HostGone when the host ended,
+// and gives `print` a summary: steps, events. limit: how long to
+// wait for a reply. Thread: its caller's. Failure: host::Error; HostGone when the host ended,
 // and the file then holds what was done before.
 void record(const Json& request, RemoteClient& control, const std::filesystem::path& socket,
-            std::ostream& out, std::ostream& err);
+            std::chrono::milliseconds limit, const std::function<void(const Json&)>& print,
+            std::ostream& err);
 
 }  // namespace host

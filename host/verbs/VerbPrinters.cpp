@@ -95,6 +95,11 @@ std::string padded(std::string text, std::size_t width) {
 
 void printNothing(const Json&, std::ostream&) {}
 
+void printRecorded(const Json& summary, std::ostream& out) {
+  out << "recorded " << textOf(summary.at("steps")) << " steps and " << textOf(summary.at("events"))
+      << " events\n";
+}
+
 void printCall(const Json& answer, std::ostream& out) {
   const auto reply = answer.find("reply");
   if (reply == answer.end()) return;

@@ -8,6 +8,7 @@ namespace host {
 
 // Print the verbs' answers (see Verb::print). Missing members are left out.
 void printNothing(const Json& answer, std::ostream& out);
+void printRecorded(const Json& summary, std::ostream& out);
 void printCall(const Json& answer, std::ostream& out);   // NAME=VALUE, a line each
 void printEvent(const Json& event, std::ostream& out);   // EVENT NAME=VALUE ...
 void printValue(const Json& answer, std::ostream& out);  // the bare value

@@ -96,7 +96,7 @@ inline constexpr Verb kVerbs[] = {
      printSecurityLog},
     {"record",
      "write what is done to the telephone, and its events, as a scenario",
-     printNothing,
+     printRecorded,
      {VerbWord{"FILE", "file", readText},
       VerbWord{"[--count N] [--for DURATION] [--overwrite]", nullptr, readRecord}},
      Verb::Route::record},

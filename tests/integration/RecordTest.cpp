@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <csignal>
 #include <nlohmann/json.hpp>
 #include <random>
@@ -194,6 +195,19 @@ TEST_F(Record, EndsAfterSoManySteps) {
 TEST_F(Record, EndsAfterSoLong) {
   start({"--for", "1s"});
   EXPECT_EQ(m_recorder->wait().out, "recorded 0 steps and 0 events\n");
+}
+
+TEST_F(Record, PrintsItsSummaryAsJson) {
+  start({"--json", "--for", "1s"});
+  EXPECT_EQ(m_recorder->wait().out, "{\"steps\":0,\"events\":0}\n");
+}
+
+TEST_F(Record, WaitsForTheHostAsLongAsTheOptionSays) {
+  m_host.program().signal(SIGSTOP);
+  const auto begun = std::chrono::steady_clock::now();
+  expectOneLine(m_host.ctl({"record", m_file.string(), "--timeout", "0.1"}), 1, {"no reply"});
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, seconds(5)) << "the default";
+  m_host.program().signal(SIGCONT);
 }
 
 TEST_F(Record, AChangedFileIsNeverLost) {
