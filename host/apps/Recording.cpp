@@ -105,10 +105,10 @@ class Monitor {
     throw Error("other clients change the telephone all the time; record when they pause");
   }
 
-  // Calls `take` with the items of everything that was done before this call. Each thread of the
-  // host shows its frames in order, and a `get` passes both.
+  // Calls `take` with all items that the host produced before this call. The reply to a `get`,
+  // which passes both threads of the host, marks the end.
   template <class Take>
-  void rest(Take take) {
+  void readUntilNow(Take take) {
     static_cast<void>(m_control.startControl(R"({"verb":"get","key":"time"})"));
     for (auto item = next(m_limit); item; item = next(m_limit)) {
       if (isOwn(*item) && item->value("kind", "") == "controlReply") return;
@@ -189,7 +189,7 @@ void follow(const Json& request, const EndSignals& signals, Monitor& monitor,
     const bool over = end && Clock::now() >= *end;
     if (over || !monitor.wait(signals, left(end))) break;
   }
-  monitor.rest([&](const Json& item) { recorder.add(item); });
+  monitor.readUntilNow([&](const Json& item) { recorder.add(item); });
 }
 
 }  // namespace
