@@ -1,6 +1,6 @@
 #include "manual/ManPage.h"
 
-#include <string_view>
+#include <cctype>
 
 #include "apps/ClockCtlOptions.h"
 #include "apps/HostOptions.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 // Manual pages of section 1, in roff, from the tables behind --help. Pure; thread: any.
 namespace host {
