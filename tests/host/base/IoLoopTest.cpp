@@ -179,13 +179,13 @@ TEST(IoLoopWatch, MayBeDestroyedWhileItsEventWaits) {
   std::optional<IoLoop::Watch> one;
   std::optional<IoLoop::Watch> two;
   int ran = 0;
-  const auto endBoth = [&](auto) {
+  const auto endBoth = [&] {
     ++ran;
     one.reset();
     two.reset();
   };
-  one.emplace(loop, first.own.get(), EPOLLIN, endBoth);
-  two.emplace(loop, second.own.get(), EPOLLIN, endBoth);
+  one.emplace(loop, first.own.get(), EPOLLIN, [&endBoth](auto) { endBoth(); });
+  two.emplace(loop, second.own.get(), EPOLLIN, [&endBoth](auto) { endBoth(); });
   first.send();
   second.send();
   EXPECT_EQ(loop.runAllReady(), 1U);
