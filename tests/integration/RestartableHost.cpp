@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <regex>
 #include <stdexcept>
 
@@ -26,6 +27,7 @@ RestartableHost::RestartableHost(std::string program, const Words& options)
           std::move(program), "--plugin",      CLOCK_PLUGIN,      "--state", state(), "--socket",
           socket(),           "--device-root", m_folder / "root", "--speed", "0"} {
   m_words = words(options);
+  std::signal(SIGPIPE, SIG_IGN);  // report() writes to a host that may just have ended
 }
 
 RestartableHost::~RestartableHost() = default;
