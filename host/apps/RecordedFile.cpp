@@ -6,11 +6,11 @@
 
 #include <cerrno>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 #include "base/Error.h"
 #include "base/PrintableText.h"
+#include "base/WriteAll.h"
 
 namespace host {
 namespace {
@@ -41,23 +41,14 @@ Descriptor opened(const std::filesystem::path& path, bool overwrite) {
   throw Error(quoted(path) + " cannot be created: " + std::strerror(errno));
 }
 
-// The errno; 0: all is written.
-int writeAll(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(file, text.data(), text.size());
-    if (written < 0 && errno != EINTR) return errno;
-    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
-}
-
 }  // namespace
 
 RecordedFile::RecordedFile(std::filesystem::path path, bool overwrite)
     : m_path(std::move(path)), m_file(opened(m_path, overwrite)) {}
 
 void RecordedFile::add(const std::string& line) {
-  if (const int error = writeAll(m_file.get(), line + '\n'); error != 0) {
+  if (!writeAll(m_file.get(), line + '\n')) {
+    const int error = errno;
     const bool whole = ::ftruncate(m_file.get(), m_size) == 0;  // false for a device
     throw Error(quoted(m_path) + " cannot be written: " + std::strerror(error) +
                 (whole ? "; the file holds all earlier steps" : ""));

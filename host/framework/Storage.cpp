@@ -15,6 +15,7 @@
 #include "base/Descriptor.h"
 #include "base/LogLevels.h"
 #include "base/Mutex.h"
+#include "base/WriteAll.h"
 #include "framework/OwnerOnly.h"
 #include "framework/StateFolder.h"
 #include "interpose/DeviceRoot.h"
@@ -28,21 +29,11 @@ constexpr mode_t kFileMode = 0644;
 // The host stores scripts of a few lines. A larger file is not ours and is not read into memory.
 constexpr std::size_t kLargest = std::size_t{64} * 1024;  // bytes
 
-bool writeAll(int descriptor, const std::string& content) {
-  std::size_t written = 0;
-  while (written < content.size()) {
-    const ssize_t step = ::write(descriptor, content.data() + written, content.size() - written);
-    if (step < 0 && errno != EINTR) return false;
-    if (step > 0) written += static_cast<std::size_t>(step);
-  }
-  return true;
-}
-
 bool writeNew(const std::string& path, const std::string& content) {
   // Never opens a file that a killed process or another program left there.
   unlink(path.c_str());
   const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
-  return file.valid() && writeAll(file.get(), content) && fsync(file.get()) == 0;
+  return file.valid() && host::writeAll(file.get(), content) && fsync(file.get()) == 0;
 }
 
 // Makes the rename durable. A failure is ignored, because the content has changed in any case.

@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
@@ -13,23 +11,11 @@
 
 #include "base/Error.h"
 #include "base/PrintableText.h"
+#include "base/WriteAll.h"
 
 namespace host {
-namespace {
 
 namespace fs = std::filesystem;
-
-// False: errno says why not all was written.
-bool appended(int file, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(file, text.data(), text.size());
-    if (written < 0 && errno != EINTR) return false;
-    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-  }
-  return true;
-}
-
-}  // namespace
 
 LogFile::LogFile(const fs::path& path, std::size_t mostBytes)
     : m_path(fs::absolute(path)), m_mostBytes(mostBytes) {
@@ -58,7 +44,7 @@ void LogFile::write(std::string_view lines) noexcept try {
   if (m_reopen.exchange(false)) openOrReport();
   if (m_size > 0 && m_size + lines.size() > m_mostBytes) rotate();
   m_size += lines.size();
-  if (appended(m_file.get(), lines)) {
+  if (writeAll(m_file.get(), lines)) {
     m_reported = false;
   } else {
     report(

@@ -1,8 +1,5 @@
 #include "runtime/StderrLog.h"
 
-#include <poll.h>
-
-#include <cerrno>
 #include <condition_variable>
 #include <exception>
 #include <string>
@@ -11,6 +8,7 @@
 
 #include "base/Mutex.h"
 #include "base/StartThread.h"
+#include "base/WriteAll.h"
 #include "runtime/LogLine.h"
 
 namespace host {
@@ -19,24 +17,6 @@ namespace {
 using Clock = LogLimitBySource::Clock;
 
 constexpr std::size_t kGapLine = 256;  // bytes; more than the line about dropped ones needs
-
-// Needed when another process that shares the descriptor has made it non-blocking.
-bool waitForRoom(int descriptor) {
-  pollfd waiting{descriptor, POLLOUT, 0};
-  return ::poll(&waiting, 1, -1) == 1 && (waiting.revents & POLLOUT) != 0;
-}
-
-// Gives up when the reader is gone.
-void writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR && (errno != EAGAIN || !waitForRoom(descriptor))) {
-      return;
-    }
-  }
-}
 
 }  // namespace
 
@@ -148,7 +128,9 @@ class StderrLog::Writer {
 };
 
 StderrLog::StderrLog(int descriptor, LogLimitBySource limit, Now now)
-    : StderrLog({[descriptor](std::string_view lines) { writeAll(descriptor, lines); },
+    : StderrLog({[descriptor](std::string_view lines) {
+                   static_cast<void>(writeAll(descriptor, lines));  // false: the reader is gone
+                 },
                  styleFor(descriptor), "standard error"},
                 std::move(limit), std::move(now)) {}
 

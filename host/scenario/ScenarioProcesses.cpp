@@ -19,6 +19,7 @@
 #include "base/Descriptor.h"
 #include "base/Error.h"
 #include "base/PrintableText.h"
+#include "base/WriteAll.h"
 #include "scenario/ScenarioRunner.h"
 
 namespace host {
@@ -28,14 +29,6 @@ using Clock = std::chrono::steady_clock;
 
 [[noreturn]] void failStart() {
   throw Error(std::string("cannot start a process for a scenario: ") + std::strerror(errno));
-}
-
-void writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t written = ::write(descriptor, text.data(), text.size());
-    if (written < 0 && errno != EINTR) return;  // the reader is gone
-    if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-  }
 }
 
 volatile std::sig_atomic_t g_interruption = 0;
@@ -105,8 +98,8 @@ class CommonFolder {
   ::prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (::getppid() != runner) ::_exit(1);  // the runner ended before
   const std::string failure = runScenario(plugin, each.scenario, each.file);
-  writeAll(output, failure);
-  std::exit(failure.empty() ? 0 : 1);  // NOLINT(concurrency-mt-unsafe): the last thread
+  static_cast<void>(writeAll(output, failure));  // false: the runner is gone
+  std::exit(failure.empty() ? 0 : 1);            // NOLINT(concurrency-mt-unsafe): the last thread
 }
 
 // A case in its process, which sends the failure through a pipe. Owner: a list; the case outlives
