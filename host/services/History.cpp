@@ -8,10 +8,12 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,18 +24,14 @@
 #include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "framework/OwnerOnly.h"
-#include "services/DamagedName.h"
 
 namespace host {
 namespace {
 
-// On disk: the file's first line. A change is a line of its members, separated by tabs.
-constexpr std::string_view kHeader = "clock history 1\n";
+constexpr const char* kOlder = ".1";  // of the older file's name
 
-// The file is damaged. Caught in this source.
-struct DamagedHistory {
-  std::string reason;
-};
+// On disk: a file's first line. A change is a line of its members, separated by tabs.
+constexpr std::string_view kHeader = "clock history 1";
 
 // Pointers to the texts of a change, in the order of the file.
 constexpr std::array kTexts = {&Change::what, &Change::cause, &Change::who, &Change::from,
@@ -62,55 +60,75 @@ bool read(std::string_view line, Change& change) {
   return line.empty();
 }
 
-// All changes of the file's text. whole: whether its last line is complete; a power cut may clip
-// it.
-std::vector<Change> changesIn(std::string_view text, bool& whole) {
-  std::vector<Change> changes;
-  whole = text.empty() || text.ends_with('\n');
-  if (text.empty()) return changes;
-  if (!text.starts_with(kHeader))
-    throw DamagedHistory{"it does not begin with \"clock history 1\""};
-  text = text.substr(kHeader.size(), text.rfind('\n') + 1 - kHeader.size());
-  for (std::size_t number = 2; !text.empty(); ++number) {
-    const std::size_t end = text.find('\n');
-    Change change;
-    if (!read(text.substr(0, end), change)) throw DamagedHistory{"line " + std::to_string(number)};
-    changes.push_back(std::move(change));
-    text.remove_prefix(end + 1);
-  }
-  return changes;
-}
-
 [[noreturn]] void fail(const std::string& file, const char* what) {
   throw Error("history \"" + file + "\" cannot be " + what + ": " + std::strerror(errno));
 }
 
-// All that can be read; after a read error bad() is true.
-std::string textOf(std::istream& file) {
-  std::string text;
-  std::array<char, 8192> part;
-  while (file) {
-    file.read(part.data(), part.size());
-    text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+// Adds the changes of the text and keeps the newest `most`.
+void readChanges(std::istream& text, const std::string& file, std::size_t most,
+                 std::deque<Change>& changes) {
+  std::size_t damaged = 0;
+  for (std::string line; std::getline(text, line);) {
+    Change change;
+    if (line == kHeader) continue;
+    if (text.eof() || !read(line, change)) {
+      ++damaged;
+      continue;
+    }
+    changes.push_back(std::move(change));
+    if (changes.size() > most) changes.pop_front();
   }
-  return text;
+  if (text.bad()) fail(file, "read");
+  if (damaged == 0) return;
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
+            "history \"%s\" has damaged lines, which are left out: %zu", file.c_str(), damaged);
 }
 
-// Creates a missing file. On failure restores the former length. Throws Error.
-void writeText(const std::string& file, std::string text, int flags, bool sync) {
-  const Descriptor out(
-      ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | flags, S_IRUSR | S_IWUSR));
-  struct stat status {};
-  if (!out.valid() || ::fstat(out.get(), &status) != 0) fail(file, "written");
-  if (status.st_size == 0) text.insert(0, kHeader);
-  errno = ENOSPC;  // of a write of less than all
-  if (::write(out.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
-      (sync && ::fdatasync(out.get()) != 0)) {
-    const int why = errno;
-    if (::ftruncate(out.get(), status.st_size) != 0) errno = why;  // the next reader repairs it
-    errno = why;
-    fail(file, "written");
+void readFile(const std::string& file, std::size_t most, std::deque<Change>& changes) {
+  tightenFile(file);
+  std::ifstream text(file, std::ios::binary);
+  if (!text && errno == ENOENT) return;
+  if (!text) fail(file, "read");
+  readChanges(text, file, most, changes);
+}
+
+Descriptor openFile(const std::string& file) {
+  Descriptor out(::open(file.c_str(),
+                        O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK,
+                        S_IRUSR | S_IWUSR));
+  if (!out.valid()) fail(file, "written");
+  return out;
+}
+
+// The number of lines. Removes a last line that a power cut clipped.
+std::size_t wholeLines(int out, const std::string& file) {
+  std::array<char, 8192> part;
+  std::size_t lines = 0;
+  off_t size = 0;
+  off_t whole = 0;
+  ssize_t count = 0;
+  for (; (count = ::read(out, part.data(), part.size())) > 0; size += count) {
+    const std::string_view text(part.data(), static_cast<std::size_t>(count));
+    const std::size_t end = text.rfind('\n') + 1;  // 0: no line ends here
+    lines += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    if (end > 0) whole = size + static_cast<off_t>(end);
   }
+  if (count < 0) fail(file, "read");
+  if (whole == size) return lines;
+  logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
+            "history \"%s\" ended within a line: that change is lost", file.c_str());
+  if (::ftruncate(out, whole) != 0) fail(file, "written");
+  return lines;
+}
+
+// On failure restores the file's former length.
+void writeText(int out, const std::string& file, std::string_view text, off_t former) {
+  errno = ENOSPC;  // of a write of less than all
+  if (::write(out, text.data(), text.size()) == static_cast<ssize_t>(text.size())) return;
+  const int why = errno;
+  if (::ftruncate(out, former) != 0) errno = why;  // the next write cuts the part off
+  errno = why;
+  fail(file, "written");
 }
 
 }  // namespace
@@ -119,12 +137,20 @@ History::~History() {
   write();
 }
 
+void History::Lines::add(std::string_view more, std::size_t added) {
+  text += more;
+  count += added;
+  std::size_t dropped = 0;
+  for (; count > kKept; --count) dropped = text.find('\n', dropped) + 1;
+  text.erase(0, dropped);
+}
+
 void History::add(Change change) {
   for (const auto text : kTexts)
     change.*text = clippedText(escapedLine(change.*text), kLongestText);
+  const std::string line = lineOf(change);
   const MutexLock lock(m_mutex);
-  m_waiting.push_back(std::move(change));
-  if (m_waiting.size() > kKept) m_waiting.pop_front();
+  m_waiting.add(line, 1);
   if (!m_later || m_expectsWrite) return;
   m_later();
   m_expectsWrite = true;
@@ -144,84 +170,50 @@ void History::write() {
 void History::takeWaiting() {
   const MutexLock lock(m_mutex);
   m_expectsWrite = false;
-  if (m_taken.empty()) return m_taken.swap(m_waiting);
-  for (; !m_waiting.empty(); m_waiting.pop_front()) m_taken.push_back(std::move(m_waiting.front()));
-  while (m_taken.size() > kKept) m_taken.pop_front();
+  m_taken.add(m_waiting.text, m_waiting.count);
+  m_waiting = {};
 }
 
-std::vector<Change> History::list(std::size_t most) {
+std::deque<Change> History::list(std::size_t most) {
   const MutexLock lock(m_fileMutex);
   writeWaiting();
-  std::vector<Change> changes;
-  if (!m_file.empty()) changes = read();
-  changes.insert(changes.end(), m_taken.begin(), m_taken.end());
-  most = std::min({most, kKept, changes.size()});
-  changes.erase(changes.begin(), changes.end() - static_cast<std::ptrdiff_t>(most));
+  std::deque<Change> changes;
+  if (!m_file.empty()) {
+    readFile(m_file + kOlder, most, changes);
+    readFile(m_file, most, changes);
+  }
+  std::istringstream waiting(m_taken.text);
+  readChanges(waiting, m_file, most, changes);
   return changes;
 }
 
 void History::writeWaiting() try {
   takeWaiting();
-  if (m_file.empty() || m_taken.empty()) return;
-  if (!m_inFile) m_inFile = read().size();
+  if (m_file.empty() || m_taken.count == 0) return;
   append();
-  if (*m_inFile > 2 * kKept) shorten(read());
+  m_failed = false;
 } catch (const std::exception& error) {
   if (!m_failed) logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s", error.what());
   m_failed = true;
   m_inFile.reset();
 }
 
+// Begins a new file when the present one is full.
 void History::append() {
-  std::string lines;
-  for (const Change& change : m_taken) lines += lineOf(change);
-  writeText(m_file, lines, O_APPEND | O_NONBLOCK, false);
-  *m_inFile += m_taken.size();
-  m_taken.clear();
-  m_failed = false;
-}
-
-// Empty when there is no file. Sets a damaged one aside.
-std::vector<Change> History::read() try {
   tightenFile(m_file);
-  std::ifstream file(m_file, std::ios::binary);
-  if (!file && errno == ENOENT) return {};
-  if (!file) fail(m_file, "read");
-  const std::string text = textOf(file);
-  if (file.bad()) fail(m_file, "read");
-  bool whole = false;
-  std::vector<Change> changes = changesIn(text, whole);
-  if (!whole) {
-    logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
-              "history \"%s\" ended within a line: that change is lost", m_file.c_str());
-    shorten(changes);
+  Descriptor out = openFile(m_file);
+  if (!m_inFile) m_inFile = wholeLines(out.get(), m_file);
+  if (*m_inFile > kKept) {
+    if (std::rename(m_file.c_str(), (m_file + kOlder).c_str()) != 0) fail(m_file, "renamed");
+    out = openFile(m_file);
   }
-  return changes;
-} catch (const DamagedHistory& damage) {
-  setAside(damage.reason);
-  return {};
-}
-
-// Replaces the file by one with the newest kKept of its changes. Synced, so that a power cut loses
-// the latest changes and not all.
-void History::shorten(const std::vector<Change>& changes) {
-  const std::size_t kept = std::min(changes.size(), kKept);
-  std::string lines;
-  for (std::size_t i = changes.size() - kept; i < changes.size(); ++i) lines += lineOf(changes[i]);
-  const std::string shorter = m_file + ".new";
-  ::unlink(shorter.c_str());
-  writeText(shorter, lines, O_EXCL, true);
-  if (std::rename(shorter.c_str(), m_file.c_str()) != 0) fail(m_file, "replaced");
-  m_inFile = kept;
-}
-
-void History::setAside(const std::string& reason) {
-  const std::string name = damagedName(m_file);
-  if (std::rename(m_file.c_str(), name.c_str()) != 0) fail(m_file, "set aside");
-  m_inFile = 0;
-  logAppUni("clockhost", kLogError, __FILE__, __LINE__,
-            "history \"%s\" is damaged (%s): set aside as \"%s\", starting with an empty one",
-            m_file.c_str(), reason.c_str(), name.c_str());
+  struct stat status {};
+  if (::fstat(out.get(), &status) != 0) fail(m_file, "written");
+  if (status.st_size == 0) m_inFile = 1;
+  const std::string header = status.st_size == 0 ? std::string(kHeader) + '\n' : "";
+  writeText(out.get(), m_file, header + m_taken.text, status.st_size);
+  *m_inFile += m_taken.count;
+  m_taken = {};
 }
 
 }  // namespace host

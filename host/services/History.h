@@ -7,7 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "base/Mutex.h"
 
@@ -23,11 +23,12 @@ struct Change {
   std::string to;
 };
 
-// The newest kKept changes, in the file `history` of the state folder, or in memory. Changes wait
-// in memory until write(), a list or the end of the object, so that a set needs no file I/O.
+// The newest changes, at least kKept of them: in the file `history` of the state folder and the one
+// before it, `history.1`, or in memory. Changes wait in memory until write(), a list or the end of
+// the object, so that add() needs no file I/O; list() reads both files.
 // They are written without a sync: a power cut may lose the latest ones. Owner: the device.
-// Thread: any. Failure: a change that cannot be written stays in memory, up to kKept of them, until
-// a later write succeeds, with one line in the log; a damaged file is renamed to history.damaged-N.
+// Thread: any. Failure: changes that cannot be written stay in memory, the newest kKept of them,
+// until a later write succeeds, with one line in the log. A damaged line is left out of the list.
 class History {
  public:
   static constexpr const char* kFileName = "history";
@@ -47,25 +48,28 @@ class History {
   void writeWith(std::function<void()> later);
   void write();
 
-  // The newest `most`, oldest first.
-  [[nodiscard]] std::vector<Change> list(std::size_t most);
+  // The newest `most`, 1 to kKept, oldest first. Throws Error when a file cannot be read.
+  [[nodiscard]] std::deque<Change> list(std::size_t most);
 
  private:
+  // Lines of the file, the newest kKept of them.
+  struct Lines {
+    std::string text;
+    std::size_t count = 0;
+    void add(std::string_view more, std::size_t added);
+  };
+
   void writeWaiting() CLOCK_REQUIRES(m_fileMutex);
   void takeWaiting() CLOCK_REQUIRES(m_fileMutex);
-  std::vector<Change> read() CLOCK_REQUIRES(m_fileMutex);
   void append() CLOCK_REQUIRES(m_fileMutex);
-  void shorten(const std::vector<Change>& changes) CLOCK_REQUIRES(m_fileMutex);
-  void setAside(const std::string& reason) CLOCK_REQUIRES(m_fileMutex);
 
   const std::string m_file;  // empty: in memory
-  Mutex m_fileMutex;         // held while the file is read or written, so that add() need not wait
-  std::deque<Change> m_taken CLOCK_GUARDED_BY(m_fileMutex);  // from m_waiting; not yet in the file
-  std::optional<std::size_t> m_inFile
-      CLOCK_GUARDED_BY(m_fileMutex);                    // changes; empty: not yet read
+  Mutex m_fileMutex;         // held while a file is read or written, so that add() need not wait
+  Lines m_taken CLOCK_GUARDED_BY(m_fileMutex);  // from m_waiting; not yet in the file
+  std::optional<std::size_t> m_inFile CLOCK_GUARDED_BY(m_fileMutex);  // lines; empty: not counted
   bool m_failed CLOCK_GUARDED_BY(m_fileMutex) = false;  // logged, until a write succeeds
   Mutex m_mutex;                                        // taken after m_fileMutex
-  std::deque<Change> m_waiting CLOCK_GUARDED_BY(m_mutex);
+  Lines m_waiting CLOCK_GUARDED_BY(m_mutex);
   std::function<void()> m_later CLOCK_GUARDED_BY(m_mutex);  // calls write() later
   bool m_expectsWrite CLOCK_GUARDED_BY(m_mutex) = false;    // m_later was called
 };

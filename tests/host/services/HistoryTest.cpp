@@ -58,6 +58,7 @@ class KeptHistory : public ::testing::Test {
 
   support::TemporaryFolder folder;
   const std::filesystem::path file = folder / "history";
+  const std::filesystem::path older = folder / "history.1";
   support::LogCapture log;
   std::optional<History> history;
   bool due = false;
@@ -134,16 +135,28 @@ TEST_F(KeptHistory, ListsTheNewest) {
   EXPECT_EQ(values(9), (Texts{"0", "1", "2", "3", "4"}));
 }
 
-TEST_F(KeptHistory, KeepsAThousandAndItsFileBounded) {
+TEST_F(KeptHistory, BeginsANewFileAfterAThousandAndListsBoth) {
   start();
-  for (int i = 1; i <= 2001; ++i) add(std::to_string(i));
+  for (int i = 1; i <= 2000; ++i) add(std::to_string(i));
   EXPECT_EQ(lines(), 1001U);
-  EXPECT_EQ(values(5000).size(), 1000U);
-  EXPECT_EQ(values(5000).front(), "1002");
+  EXPECT_EQ(values(1000).front(), "1001");
+  start();  // counts the lines of the file
+  add("2001");
+  add("2002");
+  EXPECT_EQ(lines(), 3U);
+  EXPECT_TRUE(support::contentOf(older).ends_with("\t2000\n"));
+  EXPECT_EQ(values(1000).size(), 1000U);
+  EXPECT_EQ(values(1000).front(), "1003");
+  EXPECT_EQ(values(3), (Texts{"2000", "2001", "2002"}));
+}
+
+TEST_F(KeptHistory, KeepsAThousandInMemory) {
   History inMemory;
   for (int i = 1; i <= 1001; ++i) inMemory.add(changeTo(std::to_string(i)));
-  EXPECT_EQ(inMemory.list(5000).size(), 1000U);
-  EXPECT_EQ(inMemory.list(1).front().to, "1001");
+  EXPECT_EQ(inMemory.list(1000).front().to, "2");
+  inMemory.add(changeTo("1002"));
+  EXPECT_EQ(inMemory.list(1000).front().to, "3");
+  EXPECT_EQ(inMemory.list(1).front().to, "1002");
 }
 
 TEST_F(KeptHistory, KeepsEachTextOnItsLineAndShort) {
@@ -155,26 +168,21 @@ TEST_F(KeptHistory, KeepsEachTextOnItsLineAndShort) {
   EXPECT_LT(value.size(), 250U);
 }
 
-TEST_F(KeptHistory, SetsADamagedFileAsideAndStartsAnew) {
-  const std::string head = "clock history 1\n";
-  const std::string wrong[] = {"no history\n",
-                               "clock history 2\n",
-                               std::string(100, '\0'),
-                               "clock",
-                               head + "x\ta\tb\tc\td\te\n",
-                               head + "5\ta\tb\tc\td\n",
-                               head + "5\ta\tb\tc\td\te\tf\n",
-                               head + "5\ta\tb\tc\td\te\n\n",
-                               head + "99999999999999999999\ta\tb\tc\td\te\n"};
-  int number = 0;
-  for (const std::string& text : wrong) {
-    write(text);
+TEST_F(KeptHistory, LeavesOutDamagedLines) {
+  const std::string wrong[] = {"no history",           "clock history 2",
+                               std::string(100, '\0'), "",
+                               "x\ta\tb\tc\td\te",     "5\ta\tb\tc\td",
+                               "5\ta\tb\tc\td\te\tf",  "99999999999999999999\ta\tb\tc\td\te"};
+  start();
+  add("1");
+  const std::string text = support::contentOf(file);
+  for (const std::string& line : wrong) {
     log.clear();
-    start();
-    add("1");
-    EXPECT_EQ(values(), Texts{"1"}) << text;
-    EXPECT_TRUE(log.hasPart("is damaged (")) << text << log.text();
-    EXPECT_EQ(support::contentOf(file.string() + ".damaged-" + std::to_string(++number)), text);
+    write(text + line + '\n');
+    add("2");
+    EXPECT_EQ(values(), (Texts{"1", "2"})) << line;
+    EXPECT_TRUE(log.hasPart("has damaged lines, which are left out: 1")) << line << log.text();
+    EXPECT_TRUE(support::contentOf(file).starts_with(text + line + '\n'));
   }
 }
 
@@ -183,12 +191,13 @@ TEST_F(KeptHistory, LosesOnlyALineThatAPowerCutClipped) {
   add("1");
   add("2");
   const std::string text = support::contentOf(file);
-  write(text.substr(0, text.size() - 3));
+  write(text.substr(0, text.size() - 1));
   start();
   EXPECT_EQ(values(), Texts{"1"});
-  EXPECT_TRUE(log.hasPart("ended within a line: that change is lost"));
   add("3");
+  EXPECT_TRUE(log.hasPart("ended within a line: that change is lost"));
   EXPECT_EQ(values(), (Texts{"1", "3"}));
+  EXPECT_EQ(lines(), 3U);
 }
 
 TEST_F(KeptHistory, KeepsInMemoryWhatCannotBeWrittenAndLogsItOnce) {
@@ -204,12 +213,25 @@ TEST_F(KeptHistory, KeepsInMemoryWhatCannotBeWrittenAndLogsItOnce) {
   EXPECT_EQ(lines(), 4U);
 }
 
-// The first page of a process's memory cannot be read. An incomplete text would replace the file.
+// The first page of a process's memory cannot be read.
 TEST_F(KeptHistory, IsRefusedWhenItCannotBeRead) {
   std::filesystem::create_symlink("/proc/self/mem", file);
   start();
   EXPECT_EQ(errorOf([this] { static_cast<void>(history->list(10)); }),
             "history \"" + file.string() + "\" cannot be read: Input/output error");
+}
+
+TEST_F(KeptHistory, KeepsItsFileWhenTheOlderOneCannotBeReplaced) {
+  std::filesystem::create_directory(older);
+  start();
+  for (int i = 1; i <= 1003; ++i) add(std::to_string(i));
+  EXPECT_TRUE(log.hasPart("cannot be renamed: Is a directory")) << log.text();
+  EXPECT_EQ(log.entries().size(), 1U);
+  EXPECT_EQ(lines(), 1001U);
+  std::filesystem::remove(older);
+  add("1004");
+  EXPECT_EQ(values(2), (Texts{"1003", "1004"}));
+  EXPECT_EQ(lines(), 5U);
 }
 
 // Called while the file is written.
