@@ -32,8 +32,9 @@ Descriptor hangups() {
 
 std::shared_ptr<LogSink> sinkFor(const std::shared_ptr<LogFile>& file) {
   if (file == nullptr) return std::make_shared<StderrLog>();
-  return std::make_shared<StderrLog>(StderrLog::Output{
-      [file](std::string_view lines) { file->write(lines); }, LogStyle::plain, "the log file"});
+  return std::make_shared<StderrLog>(
+      StderrLog::Output{[file](std::string_view lines) { file->write(lines); }, LogStyle::plain,
+                        "the log file could not be written fast enough"});
 }
 
 }  // namespace

@@ -98,8 +98,7 @@ class StderrLog::Writer {
     entry.wall = m_droppedLast;
     entry.level = kLogWarning;
     entry.component = "clockhost";
-    entry.text = std::to_string(m_dropped) + " lines dropped here: " + std::string(m_output.name) +
-                 " was not read";
+    entry.text = std::to_string(m_dropped) + " lines dropped here: " + std::string(m_output.slow);
     return entry;
   }
 
@@ -131,7 +130,7 @@ StderrLog::StderrLog(int descriptor, LogLimitBySource limit, Now now)
     : StderrLog({[descriptor](std::string_view lines) {
                    static_cast<void>(writeAll(descriptor, lines));  // false: the reader is gone
                  },
-                 styleFor(descriptor), "standard error"},
+                 styleFor(descriptor), "standard error was not read"},
                 std::move(limit), std::move(now)) {}
 
 StderrLog::StderrLog(Output output, LogLimitBySource limit, Now now)

@@ -33,7 +33,7 @@ class StderrLog : public LogSink {
   struct Output {
     std::function<void(std::string_view lines)> write;  // on the thread; may wait; does not throw
     LogStyle style;
-    std::string_view name;  // "standard error"
+    std::string_view slow;  // why lines may be dropped: "standard error was not read"
   };
   explicit StderrLog(Output output, LogLimitBySource limit = LogLimitBySource(),
                      Now now = &LogLimitBySource::Clock::now);
