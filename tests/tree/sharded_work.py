@@ -62,6 +62,7 @@ WRONG_WORDS = [
     (["scenarios", "--shard", "x", "."], "is not a shard"),
     (["scenarios", "/no such"], "no scenario or folder"),
     (["fuzz", "--shard", "3/2"], "is not a shard"),
+    (["fuzz", "--results", "/no such/file"], "No such file"),
     (["merge"], "usage: merge"),
 ]
 

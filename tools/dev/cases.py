@@ -6,7 +6,8 @@ cases.py merge FILE...
 `run` starts COMMAND for each case, with the case in place of "{}"; the case passes if its exit status is 0.
 A shard is each N-th case, from the I-th. Results are JSON lines: the first names the work, the shard and
 all cases, the last says that the shard is complete. `merge` exits with 0 if each case of each shard passed,
-with 1 if one failed or is missing, and with 2 if the files do not belong together.
+with 1 if one failed or is missing. The status is 2 for wrong words, for files that do not belong together,
+and for a file that cannot be read or written.
 """
 
 import contextlib
@@ -186,7 +187,10 @@ def main(words):
     if words[0] == "run":
         return run(words[1], *options(words[2:]))
     if words[0] == "check":  # the options alone, before anything is built
-        return 2 if options(words[1:])[2] else 0
+        _, path, rest = options(words[1:])
+        if path:
+            open(path, "a", encoding="utf-8").close()
+        return 2 if rest else 0
     print("usage: merge FILE...", file=sys.stderr)
     return 2
 
@@ -194,10 +198,8 @@ def main(words):
 if __name__ == "__main__":
     try:
         sys.exit(main(sys.argv[1:]))
-    except (ValueError, WrongFiles) as error:
+    except (ValueError, WrongFiles, OSError) as error:
         print(f"dev: {error}", file=sys.stderr)
         sys.exit(2)
-    except OSError as error:
-        sys.exit(f"dev: {error}")
     except KeyboardInterrupt:
         sys.exit("dev: interrupted")

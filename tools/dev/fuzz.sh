@@ -50,7 +50,7 @@ write_results() {
   # shellcheck disable=SC2016  # for the shell that it starts
   printf '%s\n' "${all[@]}" |
     python3 -B "$CLOCK_TREE/tools/dev/cases.py" run "fuzz targets" "${shard[@]}" \
-      bash -c '[ "$(tail -n 1 "$1/$0")" = passed ]' {} "$logs" || true
+      bash -c '[ "$(tail -n 1 "$1/$0")" = passed ]' {} "$logs" || [ $? -eq 1 ] # a target failed
 }
 
 # fuzz_target TARGET: runs until the time is over or a fault is found. -entropic_scale_per_exec_time
