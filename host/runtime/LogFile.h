@@ -15,7 +15,7 @@ namespace host {
 // first of several in one line; later lines go to the file that is still open, or are lost.
 class LogFile {
  public:
-  // All files together fit beside a telephone's other data, and hold about a million lines of a
+  // All files together fit beside a telephone's other data, and hold about 200,000 lines of a
   // telephone at rest.
   static constexpr std::size_t kMostBytes = std::size_t{4} * 1024 * 1024;
   static constexpr int kOlderFiles = 4;
