@@ -23,6 +23,7 @@
 #include "base/Error.h"
 #include "base/LogLevels.h"
 #include "base/PrintableText.h"
+#include "base/WriteAll.h"
 #include "framework/OwnerOnly.h"
 
 namespace host {
@@ -123,8 +124,7 @@ std::size_t wholeLines(int out, const std::string& file) {
 
 // On failure restores the file's former length.
 void writeText(int out, const std::string& file, std::string_view text, off_t former) {
-  errno = ENOSPC;  // of a write of less than all
-  if (::write(out, text.data(), text.size()) == static_cast<ssize_t>(text.size())) return;
+  if (writeAll(out, text)) return;
   const int why = errno;
   if (::ftruncate(out, former) != 0) errno = why;  // the next write cuts the part off
   errno = why;
