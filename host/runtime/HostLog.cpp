@@ -13,7 +13,7 @@
 #include "framework/ApplicationLog.h"
 #include "runtime/EventLoop.h"
 #include "runtime/LogFile.h"
-#include "runtime/StderrLog.h"
+#include "runtime/QueuedLog.h"
 
 namespace host {
 namespace {
@@ -31,9 +31,9 @@ Descriptor hangups() {
 }
 
 std::shared_ptr<LogSink> sinkFor(const std::shared_ptr<LogFile>& file) {
-  if (file == nullptr) return std::make_shared<StderrLog>();
-  return std::make_shared<StderrLog>(
-      StderrLog::Output{[file](std::string_view lines) { file->write(lines); }, LogStyle::plain,
+  if (file == nullptr) return std::make_shared<QueuedLog>();
+  return std::make_shared<QueuedLog>(
+      QueuedLog::Output{[file](std::string_view lines) { file->write(lines); }, LogStyle::plain,
                         "the log file could not be written fast enough"});
 }
 

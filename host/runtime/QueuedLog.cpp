@@ -1,4 +1,4 @@
-#include "runtime/StderrLog.h"
+#include "runtime/QueuedLog.h"
 
 #include <condition_variable>
 #include <exception>
@@ -22,7 +22,7 @@ constexpr std::size_t kGapLine = 256;  // bytes; more than the line about droppe
 
 // The queue of lines and the thread's work on it. A logging library's queue is of no use here: it
 // waits for its thread without a limit at the end, and reserves memory for lines of any length.
-class StderrLog::Writer {
+class QueuedLog::Writer {
  public:
   Writer(Output output, LogLimitBySource limit, Now now)
       : m_output(std::move(output)), m_now(std::move(now)), m_limit(std::move(limit)) {
@@ -126,18 +126,18 @@ class StderrLog::Writer {
   bool m_ended CLOCK_GUARDED_BY(m_mutex) = false;
 };
 
-StderrLog::StderrLog(int descriptor, LogLimitBySource limit, Now now)
-    : StderrLog({[descriptor](std::string_view lines) {
+QueuedLog::QueuedLog(int descriptor, LogLimitBySource limit, Now now)
+    : QueuedLog({[descriptor](std::string_view lines) {
                    static_cast<void>(writeAll(descriptor, lines));  // false: the reader is gone
                  },
                  styleFor(descriptor), "standard error was not read"},
                 std::move(limit), std::move(now)) {}
 
-StderrLog::StderrLog(Output output, LogLimitBySource limit, Now now)
+QueuedLog::QueuedLog(Output output, LogLimitBySource limit, Now now)
     : m_writer(std::make_shared<Writer>(std::move(output), std::move(limit), std::move(now))),
       m_thread(startThread("writer of the log", [writer = m_writer] { writer->work(); })) {}
 
-StderrLog::~StderrLog() {
+QueuedLog::~QueuedLog() {
   if (m_writer->end(kLongestEnd)) {
     m_thread.join();
   } else {
@@ -145,7 +145,7 @@ StderrLog::~StderrLog() {
   }
 }
 
-void StderrLog::write(const LogEntry& entry) {
+void QueuedLog::write(const LogEntry& entry) {
   m_writer->add(entry);
 }
 

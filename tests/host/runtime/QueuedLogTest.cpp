@@ -1,4 +1,4 @@
-#include "runtime/StderrLog.h"
+#include "runtime/QueuedLog.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -23,9 +23,9 @@ namespace {
 using namespace std::chrono_literals;
 
 // Logs to a pipe that the test reads.
-class StderrLogOnAPipe : public ::testing::Test {
+class QueuedLogOnAPipe : public ::testing::Test {
  protected:
-  StderrLogOnAPipe() {
+  QueuedLogOnAPipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) std::abort();
     m_read.reset(ends[0]);
@@ -113,10 +113,10 @@ std::size_t droppedLines(const std::string& all) {
   return sum;
 }
 
-TEST_F(StderrLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
+TEST_F(QueuedLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
   std::string expected;
   {
-    StderrLog log(descriptor());
+    QueuedLog log(descriptor());
     for (int i = 0; i < 300; ++i) {
       log.write(entryAt(i, "line " + std::to_string(i)));
       expected += "2016-06-16T00:00:01Z note     ClockService: line " + std::to_string(i) + "\n";
@@ -125,35 +125,35 @@ TEST_F(StderrLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
   EXPECT_EQ(readAll(), expected);
 }
 
-TEST_F(StderrLogOnAPipe, WritesALineAtOnce) {
-  StderrLog log(descriptor());
+TEST_F(QueuedLogOnAPipe, WritesALineAtOnce) {
+  QueuedLog log(descriptor());
   log.write(entryAt(1, "now"));
   EXPECT_EQ(readUntil("\n"), "2016-06-16T00:00:01Z note     ClockService: now\n");
 }
 
 // Each line has a place of its own, so that none is suppressed. There are two gaps if the thread
 // takes its first lines late.
-TEST_F(StderrLogOnAPipe, DropsLinesWhileThePipeIsFullAndReportsTheirNumber) {
+TEST_F(QueuedLogOnAPipe, DropsLinesWhileThePipeIsFullAndReportsTheirNumber) {
   constexpr std::size_t kLines = 20'000;
   fill();
-  std::optional<StderrLog> log(descriptor());
+  std::optional<QueuedLog> log(descriptor());
   for (std::size_t i = 0; i < kLines; ++i) log->write(entryAt(static_cast<int>(i), "same text"));
   std::string all;
   while (countOf(all, "same text") + droppedLines(all) < kLines) all += readSome();
   EXPECT_EQ(countOf(all, "same text") + droppedLines(all), kLines);
   EXPECT_LE(countOf(all, kGap), 2U);
-  EXPECT_GT(all.size(), StderrLog::kMostWaiting);
+  EXPECT_GT(all.size(), QueuedLog::kMostWaiting);
   log->write(entryAt(1, "later"));
   log.reset();
   EXPECT_EQ(readAll(), "2016-06-16T00:00:01Z note     ClockService: later\n");
 }
 
 // While the thread writes the first long line, the second is queued in the other buffer.
-TEST_F(StderrLogOnAPipe, QueuesLinesWithoutAllocating) {
+TEST_F(QueuedLogOnAPipe, QueuesLinesWithoutAllocating) {
   fcntl(descriptor(), F_SETPIPE_SZ, 4096);
   const LogEntry longOne = entryAt(1, std::string(20'000, 'x'));
   const std::size_t toFormat = allocationsToFormat(longOne);
-  StderrLog log(descriptor());
+  QueuedLog log(descriptor());
   log.write(entryAt(1, "the first line of a place takes memory"));
   const auto writeLongOne = [&] {
     const support::NoMemory none(toFormat);
@@ -166,39 +166,39 @@ TEST_F(StderrLogOnAPipe, QueuesLinesWithoutAllocating) {
   EXPECT_EQ(countOf(all, longOne.text + "\n"), 2U);
 }
 
-TEST_F(StderrLogOnAPipe, EndsWithinTheLimitWhenThePipeIsFull) {
+TEST_F(QueuedLogOnAPipe, EndsWithinTheLimitWhenThePipeIsFull) {
   fill();
   const auto begun = std::chrono::steady_clock::now();
   {
-    StderrLog log(descriptor());
+    QueuedLog log(descriptor());
     log.write(entryAt(1, "never read"));
   }
-  EXPECT_GE(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
+  EXPECT_GE(std::chrono::steady_clock::now() - begun, QueuedLog::kLongestEnd);
   readUntil("never read\n");  // so that the detached thread no longer uses the pipe
 }
 
-TEST_F(StderrLogOnAPipe, EndsWithoutDelayWhenTheReaderIsGone) {
+TEST_F(QueuedLogOnAPipe, EndsWithoutDelayWhenTheReaderIsGone) {
   m_read.reset();
   const auto begun = std::chrono::steady_clock::now();
   {
-    StderrLog log(descriptor());
+    QueuedLog log(descriptor());
     log.write(entryAt(1, "lost"));
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - begun, StderrLog::kLongestEnd);
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, QueuedLog::kLongestEnd);
 }
 
-TEST_F(StderrLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
+TEST_F(QueuedLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
   fill();
   setNonBlocking(true);
-  StderrLog log(descriptor());
+  QueuedLog log(descriptor());
   log.write(entryAt(1, "behind"));
   EXPECT_EQ(countOf(readUntil("behind\n"), "behind\n"), 1U);
 }
 
-TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
+TEST_F(QueuedLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
   {
     const LogLimitBySource::Clock::time_point now{};
-    StderrLog log(descriptor(), LogLimitBySource(3, 10s), [now] { return now; });
+    QueuedLog log(descriptor(), LogLimitBySource(3, 10s), [now] { return now; });
     for (int i = 0; i < 10; ++i) log.write(entryAt(7, "noisy"));
     log.write(entryAt(8, "quiet"));
   }
@@ -208,10 +208,10 @@ TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesAtItsEnd) {
   EXPECT_EQ(countOf(all, "7 lines suppressed of ClockService: f.cpp:7"), 1U) << all;
 }
 
-TEST_F(StderrLogOnAPipe, ReportsTheNumberOfSuppressedLinesWithoutAnotherEntry) {
+TEST_F(QueuedLogOnAPipe, ReportsTheNumberOfSuppressedLinesWithoutAnotherEntry) {
   constexpr auto kWindow = 5ms;
   std::atomic<LogLimitBySource::Clock::duration> time{1000s};
-  StderrLog log(descriptor(), LogLimitBySource(1, kWindow),
+  QueuedLog log(descriptor(), LogLimitBySource(1, kWindow),
                 [&time] { return LogLimitBySource::Clock::time_point(time); });
   log.write(entryAt(7, "noisy"));
   log.write(entryAt(7, "noisy"));

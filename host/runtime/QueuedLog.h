@@ -20,7 +20,7 @@ namespace host {
 // limit. Lines beyond it are dropped, and so are those of a source beyond its LogLimitBySource; one
 // line reports how many. Owner: main. Thread: any. Failure: the constructor throws Error when no
 // thread can be started; a line that cannot be written is lost.
-class StderrLog : public LogSink {
+class QueuedLog : public LogSink {
  public:
   using Now = std::function<LogLimitBySource::Clock::time_point()>;
 
@@ -35,17 +35,17 @@ class StderrLog : public LogSink {
     LogStyle style;
     std::string_view slow;  // why lines may be dropped: "standard error was not read"
   };
-  explicit StderrLog(Output output, LogLimitBySource limit = LogLimitBySource(),
+  explicit QueuedLog(Output output, LogLimitBySource limit = LogLimitBySource(),
                      Now now = &LogLimitBySource::Clock::now);
 
   // The caller keeps the descriptor open until the process ends.
-  explicit StderrLog(int descriptor = STDERR_FILENO, LogLimitBySource limit = LogLimitBySource(),
+  explicit QueuedLog(int descriptor = STDERR_FILENO, LogLimitBySource limit = LogLimitBySource(),
                      Now now = &LogLimitBySource::Clock::now);
   // Writes the queued lines and the numbers of lost ones, unless the reader takes nothing for
   // kLongestEnd.
-  ~StderrLog() override;
-  StderrLog(const StderrLog&) = delete;
-  StderrLog& operator=(const StderrLog&) = delete;
+  ~QueuedLog() override;
+  QueuedLog(const QueuedLog&) = delete;
+  QueuedLog& operator=(const QueuedLog&) = delete;
 
   void write(const LogEntry& entry) override;
 
