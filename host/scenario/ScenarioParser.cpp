@@ -77,8 +77,12 @@ Run runVerb(std::span<const std::string> words) {
   const Verb& verb = verbOf(words);
   const Json request = requestOf(verb, words);
   const bool answers = verb.route == Verb::Route::call || verb.route == Verb::Route::control;
-  if (!answers || request.value("follow", false)) {
-    throw UsageError("a scenario cannot watch or follow; write `expect event` or `expect log`");
+  if (!answers || request.value("follow", false) || request.value("watch", false)) {
+    throw UsageError(
+        "a scenario cannot watch, follow or record; write `expect event` or `expect log`");
+  }
+  if (request.contains("plot")) {
+    throw UsageError("a scenario cannot draw a plot; leave out --plot");
   }
   if (verb.route == Verb::Route::call) {
     WordReader call(words.subspan(1), "call METHOD [NAME=VALUE ...]");

@@ -163,6 +163,8 @@ TEST(ScenarioParser, WrongLinesAreNamedWithWhatWouldBeRight) {
       {"get time\nvariant 3", "2: \"variant\" configures the device before power-on"},
       {"\n\nclock advance 3 parsecs", "3: clock advance: \"3 parsecs\" is not a duration"},
       {"watch --count 1", "write `expect event`"},
+      {"status --watch", "a scenario cannot watch, follow or record; write `expect event`"},
+      {"upcoming --plot x.svg", "a scenario cannot draw a plot; leave out --plot"},
       {"log --follow", "write `expect event` or `expect log`"},
       {"restart now", "\"now\" is one word too many"},
       {"power-cut now", "\"now\" is one word too many"},
