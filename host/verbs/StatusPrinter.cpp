@@ -52,7 +52,9 @@ std::string aged(const Json& status, const char* name) {
   const Json object = part(status, name);
   const std::string time = memberText(object, "time");
   if (time.empty()) return "none";
-  return object.contains("age") ? time + ", " + duration(object, "age") + " ago" : time;
+  if (!object.contains("age")) return time;
+  const std::string age = duration(object, "age");
+  return time + ", " + (age.starts_with('-') ? age.substr(1) + " ahead" : age + " ago");
 }
 
 std::string server(const Json& status) {

@@ -178,7 +178,7 @@ TEST(VerbPrinters, PrintTheStatusInRows) {
       "shows        07:31 16.06.16\nutc          U\nlocal        L\nsystem time  S\n"
       "source       by hand; until a restart it follows the uptime, not the system time\n"
       "changed      A -> B (set simple-time; device)\n"
-      "last report  R, 01:01:00 ago\nsaved time   V, -00:01:00 ago\nnetwork      up\n"
+      "last report  R, 01:01:00 ago\nsaved time   V, 00:01:00 ahead\nnetwork      up\n"
       "time server  192.0.2.1\nntp client   running, process 77\nclient log   no answer\n"
       "tz           LOC05:00\nnext change  N to UTC-04:00\n"
       "timers       time sync        H, in 00:01:00\n"
