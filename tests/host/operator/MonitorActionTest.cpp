@@ -49,6 +49,16 @@ TEST_F(Monitor, BeginsWithTheDevice) {
   EXPECT_EQ(entry.at("speed"), "paused");
 }
 
+TEST_F(Monitor, KnowsThatTheTimeWasSetByHandHoweverFastTheClockIs) {
+  static_cast<void>(
+      telephone.request({{"verb", "set"}, {"key", "simple-time"}, {"value", "07:30"}}));
+  static_cast<void>(telephone.request({{"verb", "clock"}, {"action", "advance"}, {"seconds", 60}}));
+  telephone.device().clock().setSpeed(1e6);
+  controller.handle({R"({"verb":"monitor"})", channel});
+  const Json entry = Json::parse(channel->items.back());
+  EXPECT_EQ(entry.at("begin").at("followsClock"), false);
+}
+
 TEST_F(Monitor, ShowsEachKindOfFrame) {
   EXPECT_EQ(shown(FrameKind::hello, "json").at("codec"), "json");
   const Json call = shown(
