@@ -190,9 +190,10 @@ std::optional<bool> nextEnd(Running& running, const Interruption& interruption) 
   return std::nullopt;
 }
 
-// Until an interruption.
-void runAll(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
-            const std::function<void()>& ended) {
+}  // namespace
+
+int runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
+             const std::function<void()>& ended) {
   const Interruption interruption;
   const CommonFolder folder;
   Running running;
@@ -206,14 +207,7 @@ void runAll(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions
     ended();
     if (*failed && !options.keepGoing) next = cases.end();
   }
-}
-
-}  // namespace
-
-void runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
-              const std::function<void()>& ended) {
-  runAll(plugin, cases, options, ended);
-  if (g_interruption != 0) std::raise(g_interruption);  // with the default action
+  return g_interruption;
 }
 
 }  // namespace host

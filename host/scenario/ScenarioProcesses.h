@@ -24,9 +24,10 @@ struct ScenarioCase {
 };
 
 // Runs the cases, each in a process of its own, `jobs` at a time. After a failure no further case
-// starts, unless keepGoing. Calls `ended` after each case. REQUIRES: the process has one thread.
-// Failure: host::Error when no process can be started.
-void runCases(Plugin& plugin, std::vector<ScenarioCase>& cases, const SuiteOptions& options,
-              const std::function<void()>& ended);
+// starts, unless keepGoing. Calls `ended` after each case. Returns the signal, SIGINT or SIGTERM,
+// that ended the run early, or 0. REQUIRES: the process has one thread. Failure: host::Error when
+// no process can be started.
+[[nodiscard]] int runCases(Plugin& plugin, std::vector<ScenarioCase>& cases,
+                           const SuiteOptions& options, const std::function<void()>& ended);
 
 }  // namespace host

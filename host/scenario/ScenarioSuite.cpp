@@ -1,6 +1,7 @@
 #include "scenario/ScenarioSuite.h"
 
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <ostream>
 
@@ -69,9 +70,19 @@ SuiteStatus runScenarioSuite(const fs::path& plugin, const SuiteOptions& options
   Plugin loaded(plugin);
   JunitFile junit(options.junit);
   ScenarioReport report(cases, options.tap, onTerminal && cases.size() > 1, out, err);
-  runCases(loaded, cases, options, [&] { report.update(); });
-  report.finish();
-  junit.write(junitText(cases));
+  const auto finish = [&] {
+    report.finish();
+    junit.write(junitText(cases));
+  };
+  int signal = 0;
+  try {
+    signal = runCases(loaded, cases, options, [&] { report.update(); });
+  } catch (const Error&) {
+    finish();
+    throw;
+  }
+  finish();
+  if (signal != 0) std::raise(signal);  // with the default action
   return allPassed(cases) ? suitePassed : suiteFailed;
 } catch (const ScenarioTextError& error) {
   err << error.what() << '\n';

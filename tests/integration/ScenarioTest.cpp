@@ -7,6 +7,7 @@
 
 #include "integration/OneLine.h"
 #include "support/Becomes.h"
+#include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
 
 namespace integration {
@@ -70,18 +71,20 @@ TEST_F(Scenario, NeedsATemporaryFolder) {
                 {m_file + ": there is no temporary folder; set TMPDIR to one"});
 }
 
-TEST_F(Scenario, LeavesNothingBehindWhenItIsStopped) {
+TEST_F(Scenario, LeavesAReportAndNothingElseWhenItIsStopped) {
   const std::filesystem::path temporary = m_folder / "temporary";
   std::filesystem::create_directory(temporary);
   const std::string file = write("long", "clock advance 36500d\n");
+  const std::string report = m_folder / "report.xml";
   for (const int signal : {SIGINT, SIGTERM}) {
     Program program(m_folder.path(), "stopped",
                     {"/usr/bin/env", "TMPDIR=" + temporary.string(), CLOCKHOST, "--plugin",
-                     CLOCK_PLUGIN, "--scenario", file});
+                     CLOCK_PLUGIN, "--scenario", file, "--junit", report});
     ASSERT_TRUE(support::becomesTrue([&] { return !std::filesystem::is_empty(temporary); }));
     program.signal(signal);
     EXPECT_EQ(program.wait().status, 128 + signal);
     EXPECT_TRUE(std::filesystem::is_empty(temporary));
+    EXPECT_NE(support::contentOf(report).find("<skipped/></testcase>"), std::string::npos);
   }
 }
 

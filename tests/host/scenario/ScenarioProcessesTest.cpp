@@ -29,7 +29,7 @@ class ScenarioProcesses : public ::testing::Test {
   ~ScenarioProcesses() override { ::unsetenv("TMPDIR"); }
 
   void run(const SuiteOptions& options) {
-    runCases(m_plugin, m_cases, options, [this] { ++m_ended; });
+    EXPECT_EQ(runCases(m_plugin, m_cases, options, [this] { ++m_ended; }), 0);
   }
   std::ptrdiff_t count(End end) const {
     return std::count_if(m_cases.begin(), m_cases.end(),
