@@ -87,7 +87,8 @@ inline constexpr Verb kVerbs[] = {
      printHistory,
      {VerbWord{"[N]", nullptr, readMost}}},
     {"upcoming",
-     "list what will happen, the first of each kind and N in all; --plot draws the local offset",
+     "list the next N events and at least the first of each kind, without moving the clock; --plot "
+     "draws the local offset",
      printUpcoming,
      {VerbWord{"[N] [--until UTC] [--plot FILE]", nullptr, readUpcoming}}},
     {"log", "show the application log", printLog, {VerbWord{"[--follow]", "follow", readOption}}},
