@@ -150,7 +150,9 @@ TEST(ClockCtlAnswers, WithOffsetsBecomeADrawing) {
   EXPECT_EQ(requests, Words{R"({"verb":"upcoming","plot":true})"});
   EXPECT_TRUE(support::contentOf(file).starts_with("<svg "));
   EXPECT_EQ(refusalOf("upcoming --plot " + folder.path().string(), answer),
-            "clockctl: the plot \"" + folder.path().string() + "\" cannot be written\n");
+            "clockctl: the plot \"" + folder.path().string() +
+                "\" cannot be written; name a file in a "
+                "folder that you may write to\n");
 }
 
 TEST(ClockCtlAnswers, ToAWatchedStatusEndWithTheirReader) {
