@@ -1,12 +1,10 @@
 #include "apps/Recording.h"
 
 #include <poll.h>
-#include <sys/signalfd.h>
 
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <csignal>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -14,9 +12,9 @@
 #include <vector>
 
 #include "apps/RecordedFile.h"
-#include "base/Descriptor.h"
 #include "base/Error.h"
 #include "base/PrintableText.h"
+#include "base/TerminationSignals.h"
 #include "remote/RemoteClient.h"
 #include "scenario/RecordedWords.h"
 #include "scenario/ScenarioRecorder.h"
@@ -30,33 +28,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kTries = 20;  // to read all settings without a change meanwhile
 constexpr milliseconds kLongestWait = std::chrono::hours(1);
-
-// Takes SIGINT and SIGTERM from the process while it exists.
-class EndSignals {
- public:
-  EndSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    ::pthread_sigmask(SIG_BLOCK, &signals, &m_former);
-    m_file = Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
-    if (!m_file.valid()) throw Error("no descriptor is left for SIGINT and SIGTERM");
-  }
-  ~EndSignals() {
-    signalfd_siginfo taken;
-    while (::read(m_file.get(), &taken, sizeof taken) > 0) continue;
-    ::pthread_sigmask(SIG_SETMASK, &m_former, nullptr);
-  }
-  EndSignals(const EndSignals&) = delete;
-  EndSignals& operator=(const EndSignals&) = delete;
-
-  [[nodiscard]] int descriptor() const { return m_file.get(); }
-
- private:
-  sigset_t m_former{};
-  Descriptor m_file;
-};
 
 Json objectIn(const std::string& text) {
   Json json = readJson(text);
@@ -117,13 +88,13 @@ class Monitor {
   }
 
   // Waits until something may have come, a signal did (then false), or the limit has passed.
-  bool wait(const EndSignals& signals, milliseconds limit) {
+  bool wait(TerminationSignals& signals, milliseconds limit) {
     std::array<pollfd, 3> polled{{{m_control.descriptor(), POLLIN, 0},
                                   {m_observer.descriptor(), POLLIN, 0},
                                   {signals.descriptor(), POLLIN, 0}}};
     ::poll(polled.data(), polled.size(), static_cast<int>(limit.count()));
     while (m_observer.nextEvent(milliseconds(0))) continue;  // the monitor has them, too
-    return polled[2].revents == 0;
+    return !signals.take();
   }
 
  private:
@@ -175,7 +146,7 @@ milliseconds left(std::optional<Clock::time_point> end) {
   return std::clamp(rest, milliseconds(0), kLongestWait);
 }
 
-void follow(const Json& request, const EndSignals& signals, Monitor& monitor,
+void follow(const Json& request, TerminationSignals& signals, Monitor& monitor,
             ScenarioRecorder& recorder) {
   const std::size_t count = request.at("count");
   std::optional<Clock::time_point> end;
@@ -199,7 +170,7 @@ void record(const Json& request, RemoteClient& control, const std::filesystem::p
   const std::string path = request.at("file");
   Monitor monitor(control, socket, limit);
   const RecordedStart start = monitor.start();
-  const EndSignals signals;  // before "ready", after which a script may send one
+  TerminationSignals signals;  // before "ready", after which a script may send one
   RecordedFile file(path, request.at("overwrite"));
   file.add("# Recorded by clockctl record. Run it with: clockhost --scenario FILE");
   ScenarioRecorder recorder(start, [&file](const std::string& line) { file.add(line); });

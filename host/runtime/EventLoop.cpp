@@ -19,8 +19,8 @@
 #include "base/Error.h"
 #include "base/IoLoop.h"
 #include "base/LogLevels.h"
+#include "base/TerminationSignals.h"
 #include "clock/VirtualClock.h"
-#include "runtime/TerminationSignals.h"
 
 namespace host {
 namespace {

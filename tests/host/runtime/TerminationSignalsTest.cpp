@@ -1,4 +1,4 @@
-#include "runtime/TerminationSignals.h"
+#include "base/TerminationSignals.h"
 
 #include <gtest/gtest.h>
 #include <poll.h>
