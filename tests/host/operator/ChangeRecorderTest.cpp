@@ -19,9 +19,9 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 // A telephone with the built plug-in, powered on, at its default time.
-class TelephoneWithHistory : public ::testing::Test {
+class TelephoneWithChangeRecorder : public ::testing::Test {
  protected:
-  TelephoneWithHistory() { static_cast<void>(telephone.device()); }
+  TelephoneWithChangeRecorder() { static_cast<void>(telephone.device()); }
 
   Json ask(const char* request) { return telephone.request(Json::parse(request)); }
   void set(const char* key, const char* value) {
@@ -60,12 +60,12 @@ class TelephoneWithHistory : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
-TEST_F(TelephoneWithHistory, BeginsWithTheSavedTime) {
+TEST_F(TelephoneWithChangeRecorder, BeginsWithTheSavedTime) {
   EXPECT_EQ(history(0), (Lines{"clock: 1970-01-01T00:00:00Z -> 2016-06-16T00:00:00Z (saved time)",
                                "zone:  -> LOC00:00 (start)"}));
 }
 
-TEST_F(TelephoneWithHistory, ShowsCauseOldAndNewValueOfEachChange) {
+TEST_F(TelephoneWithChangeRecorder, ShowsCauseOldAndNewValueOfEachChange) {
   set("sntp-tz-offset", "-5");
   ask(R"({"verb":"clock","action":"next"})");
   set("sntp-tz-offset", "-5");  // no change
@@ -83,7 +83,7 @@ TEST_F(TelephoneWithHistory, ShowsCauseOldAndNewValueOfEachChange) {
 }
 
 // Also after a call without a reply.
-TEST_F(TelephoneWithHistory, ShowsWhatMovedTheClockWithoutTheService) {
+TEST_F(TelephoneWithChangeRecorder, ShowsWhatMovedTheClockWithoutTheService) {
   call("setTimeInt", {{"setTime", 1'893'456'000}});
   ask(R"({"verb":"clock","action":"jump","seconds":0})");
   ask(R"({"verb":"clock","action":"to","landmark":"2038"})");
@@ -98,7 +98,7 @@ TEST_F(TelephoneWithHistory, ShowsWhatMovedTheClockWithoutTheService) {
 }
 
 // A program that sets the machine's clock does not notify the host.
-TEST_F(TelephoneWithHistory, FindsAChangeByAnotherProgram) {
+TEST_F(TelephoneWithChangeRecorder, FindsAChangeByAnotherProgram) {
   Device& device = telephone.device();
   device.changes().checkMachineClock();
   EXPECT_TRUE(history().empty());
@@ -110,7 +110,7 @@ TEST_F(TelephoneWithHistory, FindsAChangeByAnotherProgram) {
                               "program)"}));
 }
 
-TEST_F(TelephoneWithHistory, LeavesOutTheTimeServersSmallCorrections) {
+TEST_F(TelephoneWithChangeRecorder, LeavesOutTheTimeServersSmallCorrections) {
   const seconds now(1'466'035'200);
   EXPECT_TRUE(setWall(now, milliseconds(999), VirtualClock::Setter::timeServer));
   EXPECT_TRUE(history().empty());
@@ -119,7 +119,7 @@ TEST_F(TelephoneWithHistory, LeavesOutTheTimeServersSmallCorrections) {
 }
 
 // The system time, which such a clock no longer follows, was moved in between.
-TEST_F(TelephoneWithHistory, ShowsTheTimeThatWasShownBeforeASetByHand) {
+TEST_F(TelephoneWithChangeRecorder, ShowsTheTimeThatWasShownBeforeASetByHand) {
   set("simple-time", "07:30");
   ask(R"({"verb":"clock","action":"jump","seconds":0})");
   set("simple-time", "08:00");
@@ -127,14 +127,14 @@ TEST_F(TelephoneWithHistory, ShowsTheTimeThatWasShownBeforeASetByHand) {
             "clock: 2016-06-16T07:30:00Z -> 2016-06-16T08:00:00Z (set simple-time)");
 }
 
-TEST_F(TelephoneWithHistory, HidesTheSecret) {
+TEST_F(TelephoneWithChangeRecorder, HidesTheSecret) {
   set("ntp-secret", "one");
   set("ntp-secret", "two");
   EXPECT_EQ(history(), (Lines{"NTPsharedSecret:  -> (hidden) (set ntp-secret)",
                               "NTPsharedSecret: (hidden) -> (hidden) (set ntp-secret)"}));
 }
 
-TEST_F(TelephoneWithHistory, SurvivesARestartAndTellsWho) {
+TEST_F(TelephoneWithChangeRecorder, SurvivesARestartAndTellsWho) {
   const std::string origin = "uid 1000, pid 4711";
   {
     const OriginScope scope(origin);
