@@ -86,18 +86,12 @@ Json ntpJson(Controller& controller) {
   return ntp;
 }
 
-tm localTime(time_t instant) {
-  tm local{};
-  localtime_r(&instant, &local);
-  return local;
-}
-
 Json zoneJson(seconds now) {
   const char* const tz = std::getenv("TZ");
-  Json zone = {{"tz", tz == nullptr ? "" : tz}, {"offset", localTime(now.count()).tm_gmtoff}};
+  Json zone = {{"tz", tz == nullptr ? "" : tz}, {"offset", offsetAt(now).count()}};
   if (const auto change = rowNamed(landmarks(), "dst")->next(now.count())) {
     zone["next"] = {{"time", instantText(seconds(*change))},
-                    {"offset", localTime(*change).tm_gmtoff}};
+                    {"offset", offsetAt(seconds(*change)).count()}};
   }
   return zone;
 }

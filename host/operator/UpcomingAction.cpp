@@ -3,6 +3,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "DataStorage.h"
@@ -45,12 +46,6 @@ struct Upcoming {
 
 std::optional<time_t> once(time_t at, time_t after) {
   return at > after ? std::optional(at) : std::nullopt;
-}
-
-long offsetAt(time_t instant) {
-  tm local{};
-  localtime_r(&instant, &local);
-  return local.tm_gmtoff;
 }
 
 bool hasClient(Device& device) {
@@ -115,7 +110,15 @@ Upcoming ofTimer(Device& device, const NamedTimer& timer) {
           [at](time_t after) { return once(at, after); }};
 }
 
-std::vector<Upcoming> allUpcoming(Device& device) {
+// The restart that is armed now belongs to the last full hour, and has its own row.
+Upcoming laterRestarts(const SyncTimers& sync, time_t now) {
+  const time_t hour = sync.nextHour(now).value_or(now);
+  return {"NTP restart", "the NTP client is replaced",
+          [sync, hour](time_t after) { return nextRestart(sync, std::max(after, hour)); },
+          kLastRestart - kFirstRestart};
+}
+
+std::vector<Upcoming> allUpcoming(Device& device, time_t now) {
   const SyncTimers sync = syncTimers(device);
   std::vector<Upcoming> all = {
       {"hour", "time event; both sync timers and the NTP restart are armed",
@@ -133,14 +136,7 @@ std::vector<Upcoming> allUpcoming(Device& device) {
     if (timer.name == "NTP restart" && !client) continue;
     all.push_back(ofTimer(device, timer));
   }
-  if (client) {
-    const time_t now = floor<seconds>(device.changes().shown()).count();
-    // The restart that is armed now belongs to the last full hour, and has its own row.
-    const time_t hour = sync.nextHour(now).value_or(now);
-    all.push_back({"NTP restart", "the NTP client is replaced",
-                   [sync, hour](time_t after) { return nextRestart(sync, std::max(after, hour)); },
-                   kLastRestart - kFirstRestart});
-  }
+  if (client) all.push_back(laterRestarts(sync, now));
   return all;
 }
 
@@ -151,39 +147,31 @@ Json rowOf(const Upcoming& each, time_t at, time_t now) {
               {"kind", each.kind}};
   if (each.spread > 0) row["latest"] = instantText(seconds(at + each.spread));
   if (each.kind == "zone change") {
-    row["before"] = offsetAt(at - 1);
-    row["after"] = offsetAt(at);
+    row["before"] = offsetAt(seconds(at - 1)).count();
+    row["after"] = offsetAt(seconds(at)).count();
   } else {
     row["what"] = each.what;
   }
   return row;
 }
 
+using Instance = std::pair<time_t, const Upcoming*>;
+
+void addNext(const Upcoming& each, time_t after, time_t last, std::set<Instance>& all) {
+  const auto at = each.next(after);
+  if (at && *at <= last) all.emplace(*at, &each);
+}
+
 // The first `most` rows up to `last`, and the first of each kind.
 std::vector<Json> rowsOf(const std::vector<Upcoming>& all, time_t now, time_t last, int most) {
-  std::vector<std::pair<time_t, const Upcoming*>> coming;
-  for (const Upcoming& each : all) {
-    const auto at = each.next(now);
-    if (at && *at <= last) coming.emplace_back(*at, &each);
+  std::set<Instance> coming;
+  for (const Upcoming& each : all) addNext(each, now, last, coming);
+  std::set<Instance> taken = coming;
+  for (int i = 0; i < most && !coming.empty(); ++i) {
+    const auto [at, each] = coming.extract(coming.begin()).value();
+    taken.emplace(at, each);
+    addNext(*each, at, last, coming);
   }
-  std::vector<std::pair<time_t, const Upcoming*>> taken;
-  const auto earlier = [](const auto& a, const auto& b) { return a.first < b.first; };
-  while (!coming.empty() && static_cast<int>(taken.size()) < most) {
-    const auto first = std::min_element(coming.begin(), coming.end(), earlier);
-    taken.push_back(*first);
-    const auto at = first->second->next(first->first);
-    if (at && *at <= last) {
-      first->first = *at;
-    } else {
-      coming.erase(first);
-    }
-  }
-  for (const auto& next : coming) {
-    const bool known = std::any_of(taken.begin(), taken.end(),
-                                   [&](const auto& row) { return row.second == next.second; });
-    if (!known) taken.push_back(next);
-  }
-  std::stable_sort(taken.begin(), taken.end(), earlier);
   std::vector<Json> rows;
   for (const auto& [at, each] : taken) rows.push_back(rowOf(*each, at, now));
   return rows;
@@ -191,10 +179,10 @@ std::vector<Json> rowsOf(const std::vector<Upcoming>& all, time_t now, time_t la
 
 // The UTC offsets of the next year: now, and after each change.
 Json offsetsFrom(time_t now) {
-  Json offsets = {{{"seconds", now}, {"offset", offsetAt(now)}}};
+  Json offsets = {{{"seconds", now}, {"offset", offsetAt(seconds(now)).count()}}};
   const Landmark& change = *rowNamed(landmarks(), "dst");
   for (auto at = change.next(now); at && *at < now + kYear; at = change.next(*at)) {
-    offsets.push_back({{"seconds", *at}, {"offset", offsetAt(*at)}});
+    offsets.push_back({{"seconds", *at}, {"offset", offsetAt(seconds(*at)).count()}});
   }
   return offsets;
 }
@@ -218,7 +206,7 @@ void actOnUpcoming(Controller& controller, const Json& request, const Channel& c
   // A time set by hand stops at the end of 32-bit time.
   const bool stops = device.changes().origin().byHand;
   const time_t last = stops ? std::min<time_t>(until, kLastOf32Bits) : until;
-  reply["upcoming"] = rowsOf(allUpcoming(device), now, last, most);
+  reply["upcoming"] = rowsOf(allUpcoming(device, now), now, last, most);
   if (request.value("plot", Json(false)) == Json(true)) {
     reply["offsets"] = offsetsFrom(now);
   }

@@ -1,12 +1,11 @@
 #include "runtime/ChangeRecorder.h"
 
-#include <ctime>
 #include <exception>
 #include <string_view>
 #include <utility>
 
-#include "ClockUtils.h"
 #include "Logging.h"
+#include "base/InstantText.h"
 #include "base/LogLevels.h"
 #include "base/Origin.h"
 #include "framework/PluginThread.h"
@@ -48,17 +47,6 @@ const char* sourceOf(Setter setter) {
 
 bool isOfTheService(Setter setter) {
   return setter == Setter::savedTime || setter == Setter::seconds || setter == Setter::hand;
-}
-
-// "2026-03-08T06:59:50Z"
-std::string instantText(VirtualClock::Nanoseconds wall) {
-  const std::time_t instant = floor<seconds>(wall).count();
-  tm utc{};
-  gmtime_r(&instant, &utc);
-  std::string text;
-  ClockUtils::convertTimeStructToTimeString(utc, text);
-  constexpr std::string_view kOffset = "+00:00";
-  return text.substr(0, text.size() - kOffset.size()) + 'Z';
 }
 
 // The zone in the text of setupTZ.sh.
@@ -183,8 +171,8 @@ void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
     m_knownAtZero = to - m_clock.uptime();
     const bool byHand = setter == Setter::hand;
     if (byHand && m_origin.byHand) from = m_wallAtZero + m_clock.uptime();
-    change.from = instantText(from);
-    change.to = instantText(to);
+    change.from = instantText(floor<seconds>(from));
+    change.to = instantText(floor<seconds>(to));
     if (byHand) m_wallAtZero = to - floor<seconds>(m_clock.uptime());
     if (byHand || !m_origin.byHand) {
       m_origin.source = sourceOf(setter);

@@ -7,9 +7,9 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <string_view>
 
+#include "base/InstantText.h"
 #include "base/LogLevels.h"
 
 namespace host {
@@ -39,15 +39,6 @@ std::string printable(const std::string& text) {
   return line;
 }
 
-std::string timeText(std::chrono::nanoseconds wall) {
-  const auto seconds =
-      static_cast<std::time_t>(std::chrono::duration_cast<std::chrono::seconds>(wall).count());
-  std::tm utc{};
-  ::gmtime_r(&seconds, &utc);
-  char text[32];
-  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc)};
-}
-
 }  // namespace
 
 bool showsColours(int descriptor) {
@@ -74,8 +65,8 @@ std::string logLine(const LogEntry& entry, LogStyle style) {
   const std::string shown = style == LogStyle::colour ? kColours[level] + name + kPlain : name;
   const std::string priority =
       style == LogStyle::journal ? '<' + std::to_string(level + 1) + '>' : "";
-  return priority + timeText(entry.wall) + " " + shown +
-         std::string(kNameWidth - name.size(), ' ') + " " +
+  return priority + instantText(std::chrono::duration_cast<std::chrono::seconds>(entry.wall)) +
+         " " + shown + std::string(kNameWidth - name.size(), ' ') + " " +
          (entry.systemLog ? "system log" : entry.component) + ": " + printable(entry.text) + "\n";
 }
 

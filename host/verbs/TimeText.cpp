@@ -69,30 +69,8 @@ std::optional<std::int64_t> zoneOffset(std::string_view text) {
   return text.front() == '-' ? -*offset : *offset;
 }
 
-std::string dateAndTime(const tm& time, char separator) {
-  std::array<char, 64> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%04d-%02d-%02d%c%02d:%02d:%02d", time.tm_year + 1900,
-                time.tm_mon + 1, time.tm_mday, separator, time.tm_hour, time.tm_min, time.tm_sec);
-  return buffer.data();
-}
-
 // Larger than any offset from UTC.
 constexpr seconds kOffsetSearch = std::chrono::days(2);
-
-// Of local time from UTC, under the process's TZ.
-seconds offsetAt(seconds sinceEpoch) {
-  const time_t instant = sinceEpoch.count();
-  tm local{};
-  localtime_r(&instant, &local);
-  return seconds(local.tm_gmtoff);
-}
-
-std::string utcText(seconds sinceEpoch) {
-  const time_t instant = sinceEpoch.count();
-  tm utc{};
-  gmtime_r(&instant, &utc);
-  return dateAndTime(utc, 'T');
-}
 
 }  // namespace
 
@@ -190,19 +168,24 @@ std::string speedText(double speed) {
   return buffer.data();
 }
 
-std::string instantText(seconds sinceEpoch) {
-  return utcText(sinceEpoch) + 'Z';
-}
-
 std::string longInstantText(seconds sinceEpoch) {
-  return utcText(sinceEpoch) + "+00:00";
+  const std::string text = instantText(sinceEpoch);
+  return text.substr(0, text.size() - 1) + "+00:00";
 }
 
 std::string localText(time_t sinceEpoch) {
   tm local{};
   if (localtime_r(&sinceEpoch, &local) == nullptr) return "";
-  const std::string zone = std::string(" (") + local.tm_zone + ", ";
-  return dateAndTime(local, ' ') + zone + offsetText(seconds(local.tm_gmtoff)) + ')';
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S (", &local);
+  return text + std::string(local.tm_zone) + ", " + offsetText(seconds(local.tm_gmtoff)) + ')';
+}
+
+seconds offsetAt(seconds sinceEpoch) {
+  const time_t instant = sinceEpoch.count();
+  tm local{};
+  localtime_r(&instant, &local);
+  return seconds(local.tm_gmtoff);
 }
 
 std::string offsetText(seconds eastOfUtc) {

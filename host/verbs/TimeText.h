@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/InstantText.h"
+
 // Durations, instants and speeds as people write them. Pure; thread: any.
 namespace host {
 
@@ -41,14 +43,14 @@ inline constexpr std::chrono::seconds kLastInstant{7258118399};  // the end of 2
 [[nodiscard]] std::optional<double> parseSpeed(std::string_view text);
 [[nodiscard]] std::string speedText(double speed);  // "paused", "max" or the number
 
-// "2026-03-08T06:59:50Z"
-[[nodiscard]] std::string instantText(std::chrono::seconds sinceEpoch);
-
-// The same instant in the 25-character form, offset "+00:00".
+// As instantText, in the 25-character form, offset "+00:00".
 [[nodiscard]] std::string longInstantText(std::chrono::seconds sinceEpoch);
 
 // Local wall time under the process's TZ: "2026-03-08 01:59:50 (LOC, UTC-05:00)".
 [[nodiscard]] std::string localText(time_t sinceEpoch);
+
+// Of local time from UTC, under the process's TZ; east is positive.
+[[nodiscard]] std::chrono::seconds offsetAt(std::chrono::seconds sinceEpoch);
 
 // "UTC-05:00"
 [[nodiscard]] std::string offsetText(std::chrono::seconds eastOfUtc);

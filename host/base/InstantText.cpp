@@ -1,0 +1,15 @@
+#include "base/InstantText.h"
+
+#include <ctime>
+
+namespace host {
+
+std::string instantText(std::chrono::seconds sinceEpoch) {
+  const time_t instant = sinceEpoch.count();
+  tm utc{};
+  gmtime_r(&instant, &utc);
+  char text[32];
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc)};
+}
+
+}  // namespace host

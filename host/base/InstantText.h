@@ -1,0 +1,11 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace host {
+
+// Seconds since 1970-01-01 UTC as "2026-03-08T06:59:50Z". Pure; thread: any.
+[[nodiscard]] std::string instantText(std::chrono::seconds sinceEpoch);
+
+}  // namespace host
