@@ -1,18 +1,15 @@
-#include <algorithm>
+#include <utility>
 
+#include "base/ReplaceAll.h"
 #include "manual/Completion.h"
+#include "verbs/WordReader.h"
 
 namespace host {
 namespace {
 
 // For a text between single quotes of a shell.
 std::string shellQuoted(std::string_view text) {
-  std::string out = "'";
-  for (const char letter : text) {
-    if (letter == '\'') out += "'\\'";
-    out += letter;
-  }
-  return out + '\'';
+  return '\'' + replaceAll(std::string(text), "'", "'\\''") + '\'';
 }
 
 template <typename Rows, typename Text>
@@ -25,143 +22,178 @@ std::string joined(const Rows& rows, const char* separator, Text text) {
   return out;
 }
 
-std::string wordsText(const std::vector<Candidate>& words) {
-  return joined(words, " ", [](const Candidate& candidate) { return candidate.word; });
-}
-
-std::string optionNames(const ProgramWords& program) {
-  return joined(program.options, " ",
-                [](const Option& option) { return std::string(option.name); });
-}
-
-// "--socket | --timeout": the options that have a value.
-std::string valueOptions(const ProgramWords& program) {
-  return joined(program.options, " | ", [](const Option& option) {
+// The options that have a value.
+std::string valueOptions(const ProgramWords& program, const char* separator) {
+  return joined(program.options, separator, [](const Option& option) {
     return option.value.empty() ? "" : std::string(option.name);
   });
 }
 
+// The values that the help lists.
+std::string listedIn(const Option& option) {
+  return joined(listedValues(option.value), " ",
+                [](std::string_view word) { return std::string(word); });
+}
+
 // "clock to" as a pattern of `case`; a "*" stays one.
 std::string pattern(const std::string& arguments) {
-  std::string out;
-  for (const char letter : arguments) {
-    if (letter == ' ') out += '\\';
-    out += letter;
-  }
-  return out.empty() ? "''" : out;
+  return arguments.empty() ? "''" : replaceAll(arguments, " ", "\\ ");
 }
 
 bool takesPath(const Option& option) {
   return option.value.find("FILE") == 0 || option.value.find("DIR") == 0;
 }
 
-// What follows an option with a value: the listed ones, files, or nothing that is known.
+// "WORD:MEANING" for zsh.
+std::string described(std::string_view word, std::string_view meaning) {
+  const std::string text = replaceAll(std::string(word), ":", "\\:");
+  return shellQuoted(meaning.empty() ? text : text + ':' + std::string(meaning));
+}
+
+std::string bashOption(const Option& option) {
+  return ' ' + std::string(option.name);
+}
+
+// What follows an option with a value: listed ones, a path, or anything.
 std::string bashValue(const Option& option) {
   if (option.value.empty()) return "";
-  const auto listed = listedValues(option.value);
+  const std::string words = takesPath(option) ? "-f" : "-W " + shellQuoted(listedIn(option));
+  return "    " + std::string(option.name) + ") mapfile -t COMPREPLY < <(compgen " + words +
+         " -- \"$word\"); return ;;\n";
+}
+
+std::string bashWords(const Position& position) {
   const std::string words =
-      joined(listed, " ", [](std::string_view word) { return std::string(word); });
-  const std::string reply = takesPath(option)
-                                ? "compgen -f -- \"$word\""
-                                : "compgen -W " + shellQuoted(words) + " -- \"$word\"";
-  return "    " + std::string(option.name) + ") mapfile -t COMPREPLY < <(" + reply +
-         "); return ;;\n";
+      joined(position.words, " ", [](const Candidate& candidate) { return candidate.word; });
+  return "    " + pattern(position.arguments) + ") words=" + shellQuoted(words) + " ;;\n";
 }
 
-std::string described(const Candidate& candidate) {
-  std::string word;
-  for (const char letter : candidate.word) word.append(letter == ':' ? "\\" : "") += letter;
-  return shellQuoted(candidate.help.empty() ? word : word + ':' + candidate.help);
+std::string zshOption(const Option& option) {
+  return ' ' + described(option.name, option.help);
 }
 
-std::string described(const Option& option) {
-  return described(Candidate{std::string(option.name), std::string(option.help)});
+std::string zshValue(const Option& option) {
+  if (option.value.empty()) return "";
+  const std::string words = listedIn(option);
+  const std::string action = words.empty() ? "_message value" : "compadd -- " + words;
+  return "  " + std::string(option.name) + ") " + (takesPath(option) ? "_files" : action) +
+         "; return ;;\n";
+}
+
+std::string zshWords(const Position& position) {
+  const std::string words = joined(position.words, " ", [](const Candidate& candidate) {
+    return described(candidate.word, candidate.help);
+  });
+  return "  " + pattern(position.arguments) + ") found=(" + words + ") ;;\n";
+}
+
+std::string fishOption(const Option& option) {
+  const std::string words = listedIn(option);
+  const char* const value = option.value.empty() ? "" : takesPath(option) ? " -r -F" : " -x";
+  return "complete -c @program@ -l " + std::string(option.name.substr(2)) + value +
+         (words.empty() ? "" : " -a " + shellQuoted(words)) + " -d " + shellQuoted(option.help) +
+         '\n';
+}
+
+std::string fishWords(const Position& position) {
+  const std::string at = "__@program@_at \"" + position.arguments + '"';
+  return joined(position.words, "", [&](const Candidate& candidate) {
+    return "complete -c @program@ -f -n " + shellQuoted(at) + " -a " + shellQuoted(candidate.word) +
+           (candidate.help.empty() ? "" : " -d " + shellQuoted(candidate.help)) + '\n';
+  });
+}
+
+constexpr const char* kBash = R"sh(# bash completion for @program@; generated
+_@program@() {
+  local word=${COMP_WORDS[COMP_CWORD]} i words= typed=()
+  case ${COMP_WORDS[COMP_CWORD - 1]} in
+@values@  esac
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    case ${COMP_WORDS[i]} in
+      @valueOptions@) ((i++)) ;;
+      -*) ;;
+      *) typed+=("${COMP_WORDS[i]}") ;;
+    esac
+  done
+  case "${typed[*]}" in
+@words@  esac
+  [[ $word != -* ]] || words+='@options@'
+  mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+}
+complete -o default -F _@program@ @program@
+)sh";
+
+constexpr const char* kZsh = R"sh(#compdef @program@
+# zsh completion for @program@; generated
+local -a options found typed
+local i
+options=(@options@)
+case ${words[CURRENT - 1]} in
+@values@esac
+for ((i = 2; i < CURRENT; i++)); do
+  case ${words[i]} in
+    @valueOptions@) ((i++)) ;;
+    -*) ;;
+    *) typed+=("${words[i]}") ;;
+  esac
+done
+case "${typed[*]}" in
+@words@esac
+if [[ $PREFIX == -* ]]; then found+=($options); fi
+if (( $#found )); then _describe word found; else _files; fi
+)sh";
+
+constexpr const char* kFish = R"sh(# fish completion for @program@; generated
+function __@program@_at
+  set -l typed
+  set -l skip 0
+  for word in (commandline -opc)[2..-1]
+    if test $skip = 1
+      set skip 0
+    else if contains -- $word @valueOptions@
+      set skip 1
+    else if not string match -q -- '-*' $word
+      set -a typed $word
+    end
+  end
+  string match -q -- $argv[1] "$typed"
+end
+@values@@words@)sh";
+
+// How a shell writes the words of a program.
+struct Shell {
+  std::string script;
+  const char* separator;  // of the options that have a value
+  std::string (*option)(const Option& option);
+  std::string (*value)(const Option& option);
+  std::string (*words)(const Position& position);
+};
+
+std::string completion(const Shell& shell, const ProgramWords& program) {
+  const std::pair<std::string_view, std::string> values[] = {
+      {"@options@", joined(program.options, "", shell.option)},
+      {"@values@", joined(program.options, "", shell.value)},
+      {"@valueOptions@", valueOptions(program, shell.separator)},
+      {"@words@", joined(program.positions, "", shell.words)},
+      {"@program@", program.name},
+  };
+  std::string text = shell.script;
+  for (const auto& [name, value] : values) text = replaceAll(std::move(text), name, value);
+  return text;
 }
 
 }  // namespace
 
 std::string bashCompletion(const ProgramWords& program) {
-  const std::string& name = program.name;
-  std::string text = "# bash completion for " + name + "; generated\n_" + name +
-                     "() {\n  local word=${COMP_WORDS[COMP_CWORD]} i words= typed=()\n"
-                     "  case ${COMP_WORDS[COMP_CWORD - 1]} in\n";
-  for (const Option& option : program.options) text += bashValue(option);
-  text +=
-      "  esac\n  for ((i = 1; i < COMP_CWORD; i++)); do\n    case ${COMP_WORDS[i]} in\n      " +
-      valueOptions(program) +
-      ") ((i++)) ;;\n      -*) ;;\n      *) typed+=(\"${COMP_WORDS[i]}\") ;;\n    esac\n  done\n"
-      "  case \"${typed[*]}\" in\n";
-  for (const Position& position : program.positions) {
-    text += "    " + pattern(position.arguments) +
-            ") words=" + shellQuoted(wordsText(position.words)) + " ;;\n";
-  }
-  return text + "  esac\n  [[ $word != -* ]] || words+=' " + optionNames(program) +
-         "'\n  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n}\ncomplete -o "
-         "default -F _" +
-         name + ' ' + name + '\n';
+  return completion({kBash, " | ", bashOption, bashValue, bashWords}, program);
 }
 
 std::string zshCompletion(const ProgramWords& program) {
-  const std::string& name = program.name;
-  const auto describe = [](const auto& row) { return described(row); };
-  std::string text = "#compdef " + name + "\n# zsh completion for " + name +
-                     "; generated\nlocal -a options found typed\nlocal i\noptions=(" +
-                     joined(program.options, " ", describe) + ")\ncase ${words[CURRENT - 1]} in\n";
-  for (const Option& option : program.options) {
-    if (option.value.empty()) continue;
-    const std::string words = joined(listedValues(option.value), " ",
-                                     [](std::string_view word) { return std::string(word); });
-    text += "  " + std::string(option.name) + ") " +
-            (takesPath(option) ? "_files"
-             : words.empty()   ? "_message value"
-                               : "compadd -- " + words) +
-            "; return ;;\n";
-  }
-  text += "esac\nfor ((i = 2; i < CURRENT; i++)); do\n  case ${words[i]} in\n    " +
-          valueOptions(program) + ") ((i++)) ;;\n    -*) ;;\n    *) typed+=(\"${words[i]}\") ;;\n" +
-          "  esac\ndone\ncase \"${typed[*]}\" in\n";
-  for (const Position& position : program.positions) {
-    text += "  " + pattern(position.arguments) + ") found=(" +
-            joined(position.words, " ", describe) + ") ;;\n";
-  }
-  return text +
-         "esac\nif [[ $PREFIX == -* ]]; then found+=($options); fi\n"
-         "if (( $#found )); then _describe word found; else _files; fi\n";
+  return completion({kZsh, " | ", zshOption, zshValue, zshWords}, program);
 }
 
 std::string fishCompletion(const ProgramWords& program) {
-  const std::string& name = program.name;
-  std::string text =
-      "# fish completion for " + name + "; generated\nfunction __" + name +
-      "_at\n  set -l typed\n  set -l skip 0\n"
-      "  for word in (commandline -opc)[2..-1]\n    if test $skip = 1\n      set skip 0\n"
-      "    else if contains -- $word " +
-      joined(program.options, " ",
-             [](const Option& option) {
-               return option.value.empty() ? "" : std::string(option.name);
-             }) +
-      "\n      set skip 1\n    else if not string match -q -- '-*' $word\n"
-      "      set -a typed $word\n    end\n  end\n"
-      "  string match -q -- $argv[1] \"$typed\"\nend\n";
-  for (const Option& option : program.options) {
-    const std::string words = joined(listedValues(option.value), " ",
-                                     [](std::string_view word) { return std::string(word); });
-    text += "complete -c " + name + " -l " + std::string(option.name.substr(2)) +
-            (option.value.empty() ? ""
-             : takesPath(option)  ? " -r -F"
-                                  : " -x") +
-            (words.empty() ? "" : " -a " + shellQuoted(words)) + " -d " + shellQuoted(option.help) +
-            '\n';
-  }
-  for (const Position& position : program.positions) {
-    for (const Candidate& candidate : position.words) {
-      text += "complete -c " + name + " -f -n " +
-              shellQuoted("__" + name + "_at \"" + position.arguments + '"') + " -a " +
-              shellQuoted(candidate.word) +
-              (candidate.help.empty() ? "" : " -d " + shellQuoted(candidate.help)) + '\n';
-    }
-  }
-  return text;
+  return completion({kFish, " ", fishOption, fishOption, fishWords}, program);
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "base/PrintableText.h"
+#include "base/ReplaceAll.h"
 #include "framework/XmlText.h"
 #include "verbs/TimeText.h"
 
@@ -33,11 +34,7 @@ std::string secondsOf(milliseconds time) {
 // The text as an attribute or an element's content.
 std::string xmlOf(const std::string& text) {
   if (!isXmlText(text)) return "(not printable)";
-  std::string escaped;
-  for (const char letter : escapedXmlText(text)) {
-    escaped += letter == '"' ? "&quot;" : std::string(1, letter);
-  }
-  return escaped;
+  return replaceAll(escapedXmlText(text), "\"", "&quot;");
 }
 
 std::string junitCase(const ScenarioCase& each) {
@@ -52,11 +49,7 @@ std::string junitCase(const ScenarioCase& each) {
 
 // In TAP, an unescaped # begins a directive.
 std::string tapName(const std::string& file) {
-  std::string name;
-  for (const char letter : escapedLine(file)) {
-    name += letter == '#' ? "\\#" : std::string(1, letter);
-  }
-  return name;
+  return replaceAll(escapedLine(file), "#", "\\#");
 }
 
 }  // namespace
