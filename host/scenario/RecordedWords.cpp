@@ -4,6 +4,8 @@
 #include <exception>
 #include <nlohmann/json.hpp>
 
+#include "base/Ascii.h"
+#include "base/ReplaceAll.h"
 #include "scenario/ScenarioNames.h"
 #include "verbs/CallWords.h"
 #include "verbs/MethodCatalogue.h"
@@ -22,22 +24,13 @@ constexpr std::string_view kShuttingDown = "the host is shutting down";
 
 bool needsNoQuotes(char letter) {
   constexpr std::string_view kPlain = "_.:+=/,;-|";
-  return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-         (letter >= '0' && letter <= '9') || kPlain.find(letter) != std::string_view::npos;
+  return isLetter(letter) || isDigit(letter) || kPlain.find(letter) != std::string_view::npos;
 }
 
 std::string quotedWord(const std::string& word) {
   if (!word.empty() && std::all_of(word.begin(), word.end(), needsNoQuotes)) return word;
-  std::string quoted = "\"";
-  for (const char letter : word) {
-    if (letter == '"' || letter == '\\') quoted += '\\';
-    if (letter == '\n') {
-      quoted += "\\n";
-    } else {
-      quoted += letter;
-    }
-  }
-  return quoted + '"';
+  const std::string escaped = replaceAll(replaceAll(word, "\\", "\\\\"), "\"", "\\\"");
+  return '"' + replaceAll(escaped, "\n", "\\n") + '"';
 }
 
 std::string textOf(const Json& value) {
@@ -76,16 +69,6 @@ bool reportsFalse(const Json& parameters) {
 
 void append(Words& words, const Json& parameters) {
   for (const auto& [name, value] : parameters.items()) words.push_back(argumentOf(name, value));
-}
-
-RecordedStep unwritable(const Words& words, const std::string& why) {
-  return {lineOf(words), why};
-}
-
-Words prefixed(std::initializer_list<const char*> first, const Words& words) {
-  Words all(first.begin(), first.end());
-  all.insert(all.end(), words.begin(), words.end());
-  return all;
 }
 
 // An error line without its advice after the semicolon.
@@ -156,20 +139,17 @@ std::optional<RecordedStep> recordedCall(const Json& call, const Json& reply, bo
   Words words = {"call", name};
   append(words, parameters);
   const MethodRow* const row = rowNamed(remoteMethods(), name);
-  if (row == nullptr) return unwritable(words, "the method is not known");
-  if (!isKnown(*row, parameters)) return unwritable(words, "a parameter is not known");
+  const auto unwritable = [&](const char* why) { return RecordedStep{lineOf(words), why}; };
+  if (row == nullptr) return unwritable("the method is not known");
+  if (!isKnown(*row, parameters)) return unwritable("a parameter is not known");
   const bool complete = isComplete(*row, parameters);
   const Json answer = reply.is_null() ? Json::object() : reply.value("parameters", Json::object());
-  if (row->replies() && answer.empty())
-    return RecordedStep{lineOf(prefixed({"expect", "refused"}, words))};
-  if (reportsFalse(answer)) {
-    append(words, answer);
-    return RecordedStep{lineOf(prefixed({"expect", "false"}, words))};
-  }
-  if (!complete) return unwritable(words, "a parameter is missing or of another type");
-  if (!row->replies() || !certain) return RecordedStep{lineOf(words)};
+  if (row->replies() && answer.empty()) return RecordedStep{"expect refused " + lineOf(words)};
+  const bool fails = reportsFalse(answer);
+  if (!fails && !complete) return unwritable("a parameter is missing or of another type");
+  if (!fails && (!row->replies() || !certain)) return RecordedStep{lineOf(words)};
   append(words, answer);
-  return RecordedStep{lineOf(prefixed({"expect"}, words))};
+  return RecordedStep{(fails ? "expect false " : "expect ") + lineOf(words)};
 }
 
 std::optional<RecordedStep> recordedRequest(const Json& request, const Json& reply, bool certain) {
@@ -179,11 +159,10 @@ std::optional<RecordedStep> recordedRequest(const Json& request, const Json& rep
   try {
     Words words = wordsOf(request);
     requireWritable(words, request);
-    if (!done) return RecordedStep{lineOf(prefixed({"expect", "refused"}, words))};
-    if (words.front() != "get") return RecordedStep{lineOf(words)};
-    if (!certain || !reply.contains("value")) return RecordedStep{lineOf(words)};
-    words.push_back(textOf(reply["value"]));
-    return RecordedStep{lineOf(prefixed({"expect"}, words))};
+    if (!done) return RecordedStep{"expect refused " + lineOf(words)};
+    const bool expected = words.front() == "get" && certain && reply.contains("value");
+    if (expected) words.push_back(textOf(reply["value"]));
+    return RecordedStep{(expected ? "expect " : "") + lineOf(words)};
   } catch (const std::exception& error) {
     return RecordedStep{request.dump(-1, ' ', false, Json::error_handler_t::replace),
                         causeOf(error.what())};

@@ -89,15 +89,7 @@ void ScenarioRecorder::begin(const RecordedStart& start) {
   setup("mac", device.at("mac"));
   if (device.at("network") == "up") setup("network", "up");
   setup("at", instantText(std::max(now - seconds(1), seconds(0))));
-  for (const auto& [key, reply] : start.replies) {
-    const std::string value = reply.value("value", std::string());
-    if (key == "time" || !reply.value("ok", false)) continue;
-    if (key == "sntp-addr") {
-      if (value.empty()) continue;
-      m_write(lineOf({"set", key, kNoServers[value == kNoServers[0] ? 1 : 0]}));
-    }
-    m_write(lineOf({"set", key, value}));
-  }
+  for (const auto& [key, reply] : start.replies) beginWith(key, reply);
   m_write("clock advance 1s");
   m_write(lineOf({"clock", "jump", instantText(now)}));
   if (device.value("followsClock", true)) return;
@@ -106,6 +98,14 @@ void ScenarioRecorder::begin(const RecordedStart& start) {
   for (int i = 0; i < 2; ++i) m_write(lineOf({"set", "time", time}));
   m_write("clock advance 0s");
   m_write(lineOf({"clock", "jump", instantText(now)}));
+}
+
+void ScenarioRecorder::beginWith(const std::string& key, const Json& reply) {
+  const std::string value = reply.value("value", std::string());
+  const bool server = key == "sntp-addr";
+  if (key == "time" || !reply.value("ok", false) || (server && value.empty())) return;
+  if (server) m_write(lineOf({"set", key, kNoServers[value == kNoServers[0] ? 1 : 0]}));
+  m_write(lineOf({"set", key, value}));
 }
 
 void ScenarioRecorder::add(const Json& entry) {
@@ -162,12 +162,12 @@ void ScenarioRecorder::endRequest(Request request, const Json& entry) {
   const Json reply = entry.value("json", Json{{"ok", true}});
   const auto step = recordedRequest(json, reply, sameSecond(request.entry, entry));
   if (!step) return;
-  if (reply.value("ok", false) && isMove(json) && endMove(request, entry, *step)) return;
+  if (reply.value("ok", false) && isMove(json)) return endMove(request, entry, *step);
   writeStep(request.entry, *step);
 }
 
-// A move of a clock that runs, or with other steps on its way, is time that passed. True: done.
-bool ScenarioRecorder::endMove(const Request& request, const Json& entry,
+// A move of a clock that runs, or with other steps on its way, is time that passed.
+void ScenarioRecorder::endMove(const Request& request, const Json& entry,
                                const RecordedStep& step) {
   const bool running = speedOf(request.entry) > 0 && request.entry["json"]["action"] != "to";
   if (request.alone && !running) {
@@ -176,13 +176,12 @@ bool ScenarioRecorder::endMove(const Request& request, const Json& entry,
     if (!moves()) writeEvents();
     // Other timers due at that instant expire with the next `clock advance`.
     m_due = request.entry["json"]["action"] == "next";
-    return true;
+    return;
   }
   m_changing = false;  // a jump during the move is written as a jump
   passTo(numberOf(entry, "uptime"));
   watchWall(entry);
   ++m_steps;
-  return true;
 }
 
 // The replay has the wall clock that its own steps set; another program's change becomes a jump.

@@ -53,11 +53,12 @@ class ScenarioRecorder {
   };
 
   void begin(const RecordedStart& start);
+  void beginWith(const std::string& key, const Json& reply);
   void addReceived(const Json& entry);
   void addSent(const Json& entry);
   void endCall(const Json& reply);
   void endRequest(Request request, const Json& entry);
-  bool endMove(const Request& request, const Json& entry, const RecordedStep& step);
+  void endMove(const Request& request, const Json& entry, const RecordedStep& step);
   void watchWall(const Json& entry);
   void writeStep(const Json& request, const RecordedStep& step);
   void writeEvents();
