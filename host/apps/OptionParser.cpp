@@ -7,6 +7,7 @@
 #include "verbs/DidYouMean.h"
 #include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
+#include "verbs/WordReader.h"
 
 namespace host {
 namespace {
@@ -15,14 +16,6 @@ constexpr std::size_t kHelpColumn = 30;  // where the texts of the options begin
 
 bool looksLikeOption(const std::string& word) {
   return word.size() > 1 && word.front() == '-';
-}
-
-std::string alternatives(const std::vector<std::string_view>& words) {
-  std::string text;
-  for (std::size_t i = 0; i < words.size(); ++i) {
-    text += (i == 0 ? "" : i + 1 == words.size() ? " or " : ", ") + std::string(words[i]);
-  }
-  return text;
 }
 
 std::string optionHelp(const Option& option) {
@@ -153,19 +146,6 @@ std::string OptionParser::help() const {
     text += "  " + std::to_string(status) + "  " + std::string(meaning) + '\n';
   }
   return text;
-}
-
-std::vector<std::string_view> listedValues(std::string_view value) {
-  const bool upper =
-      std::any_of(value.begin(), value.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
-  if (upper || value.find('|') == std::string_view::npos) return {};
-  std::vector<std::string_view> words;
-  for (std::size_t bar = value.find('|'); bar != std::string_view::npos; bar = value.find('|')) {
-    words.push_back(value.substr(0, bar));
-    value.remove_prefix(bar + 1);
-  }
-  words.push_back(value);
-  return words;
 }
 
 std::string usageOf(const Option& option) {

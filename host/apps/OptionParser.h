@@ -81,9 +81,6 @@ class OptionParser {
   Request m_request = Request::run;
 };
 
-// The words of a list in lower case, `up|down`, which are all that is accepted; empty for others.
-[[nodiscard]] std::vector<std::string_view> listedValues(std::string_view value);
-
 // "--socket FILE"
 [[nodiscard]] std::string usageOf(const Option& option);
 

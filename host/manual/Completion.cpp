@@ -6,6 +6,7 @@
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/Verb.h"
+#include "verbs/WordReader.h"
 
 namespace host {
 namespace {

@@ -17,6 +17,7 @@
 #include "runtime/Device.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
+#include "verbs/WordReader.h"
 
 namespace host {
 namespace {
@@ -196,7 +197,8 @@ void actOnClockTo(Controller& controller, const Json& request, const Channel& ch
     const std::string name = textMember(request, "landmark");
     const Landmark* const landmark = rowNamed(landmarks(), name);
     if (landmark == nullptr)
-      throw Error("unknown landmark " + quotedText(name) + "; write " + landmarkNames());
+      throw Error("unknown landmark " + quotedText(name) + "; write " +
+                  alternatives(namesOf(landmarks())));
     return moveBefore(device, *landmark);
   };
   controller.moves().add(recordedMove(controller, request, goTo), channel);

@@ -1,7 +1,6 @@
 #include "verbs/Landmarks.h"
 
 #include <cstdint>
-#include <iterator>
 #include <limits>
 
 namespace host {
@@ -112,15 +111,6 @@ constexpr Landmark kLandmarks[] = {
 
 std::span<const Landmark> landmarks() {
   return kLandmarks;
-}
-
-std::string landmarkNames() {
-  std::string names;
-  for (const Landmark& landmark : kLandmarks) {
-    if (!names.empty()) names += &landmark == std::end(kLandmarks) - 1 ? " or " : ", ";
-    names += landmark.name;
-  }
-  return names;
 }
 
 std::optional<time_t> nextLandmark(const Landmark& landmark, time_t now) {

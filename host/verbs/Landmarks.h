@@ -22,9 +22,6 @@ struct Landmark {
 
 [[nodiscard]] std::span<const Landmark> landmarks();
 
-// For a refusal: "hour, midnight, dst, leap-day or 2038".
-[[nodiscard]] std::string landmarkNames();
-
 // How long before the landmark `clock to` stops.
 inline constexpr std::chrono::seconds kJumpMargin{10};
 

@@ -1,7 +1,6 @@
 #include "verbs/VerbWords.h"
 
 #include <nlohmann/json.hpp>
-#include <vector>
 
 #include "verbs/CallWords.h"
 #include "verbs/TimeText.h"
@@ -25,13 +24,7 @@ Json readInteger(WordReader& words, std::string_view usage) {
 }
 
 Json readChoice(WordReader& words, std::string_view usage) {
-  std::vector<std::string_view> choices;
-  for (std::size_t bar = usage.find('|'); bar != std::string_view::npos; bar = usage.find('|')) {
-    choices.push_back(usage.substr(0, bar));
-    usage.remove_prefix(bar + 1);
-  }
-  choices.push_back(usage);
-  return words.choice(choices);
+  return words.choice(listedValues(usage));
 }
 
 Json readOption(WordReader& words, std::string_view usage) {

@@ -8,9 +8,8 @@
 #include "verbs/UsageError.h"
 
 namespace host {
-namespace {
 
-std::string listed(std::span<const std::string_view> words) {
+std::string alternatives(std::span<const std::string_view> words) {
   std::string list;
   for (std::size_t i = 0; i < words.size(); ++i) {
     if (i > 0) list += i + 1 == words.size() ? " or " : ", ";
@@ -19,7 +18,18 @@ std::string listed(std::span<const std::string_view> words) {
   return list;
 }
 
-}  // namespace
+std::vector<std::string_view> listedValues(std::string_view usage) {
+  const bool upper =
+      std::any_of(usage.begin(), usage.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+  if (upper || usage.find('|') == std::string_view::npos) return {};
+  std::vector<std::string_view> words;
+  for (std::size_t bar = usage.find('|'); bar != std::string_view::npos; bar = usage.find('|')) {
+    words.push_back(usage.substr(0, bar));
+    usage.remove_prefix(bar + 1);
+  }
+  words.push_back(usage);
+  return words;
+}
 
 WordReader::WordReader(std::span<const std::string> words, std::string_view usage)
     : m_words(words), m_usage(usage) {}
@@ -34,10 +44,10 @@ const std::string& WordReader::next(std::string_view what) {
 }
 
 const std::string& WordReader::choice(std::span<const std::string_view> choices) {
-  if (done()) fail("a word is missing: " + listed(choices));
+  if (done()) fail("a word is missing: " + alternatives(choices));
   const std::string& word = m_words[m_next++];
   if (std::find(choices.begin(), choices.end(), word) == choices.end()) {
-    fail(quotedText(word) + " is not " + listed(choices) + suggestion(word, choices));
+    fail(quotedText(word) + " is not " + alternatives(choices) + suggestion(word, choices));
   }
   return word;
 }
