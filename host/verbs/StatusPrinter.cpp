@@ -4,7 +4,6 @@
 #include <ostream>
 #include <string>
 
-#include "verbs/PrintedMember.h"
 #include "verbs/TimeText.h"
 #include "verbs/VerbPrinters.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "base/Ascii.h"
 #include "base/PrintableText.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/Landmarks.h"
@@ -51,10 +52,6 @@ std::string actionHelp(const Verb& verb) {
 
 std::string verbEntry(const Verb& verb) {
   return "  " + verbUsage(verb) + "\n      " + std::string(verb.help) + '\n' + actionHelp(verb);
-}
-
-bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
 bool hasWord(const std::string& text, const std::string& word) {

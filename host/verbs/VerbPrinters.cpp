@@ -12,7 +12,6 @@
 #include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "verbs/JsonText.h"
-#include "verbs/PrintedMember.h"
 #include "verbs/TimeText.h"
 
 namespace host {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
+#include <string>
 
 #include "verbs/Json.h"
 
@@ -20,5 +22,14 @@ void printUpcoming(const Json& answer, std::ostream& out);
 void printLog(const Json& answer, std::ostream& out);  // a whole answer, or one entry of a stream
 void printSecurityLog(const Json& answer, std::ostream& out);
 void printFrame(const Json& entry, std::ostream& out);  // MICROSECONDS PEER DIRECTION KIND ...
+
+// A member as text on one line, without anything that a terminal would interpret; empty when there
+// is none.
+[[nodiscard]] std::string memberText(const Json& object, const char* name);
+
+// Seconds east of UTC as "UTC-05:00"; another value as memberText.
+[[nodiscard]] std::string offsetText(const Json& object, const char* name);
+
+[[nodiscard]] std::string padded(std::string text, std::size_t width);
 
 }  // namespace host
