@@ -120,15 +120,12 @@ std::string arrivedText(const Landmark& landmark, time_t instant) {
 }  // namespace
 
 ClockMove passTime(Device& device, seconds duration) {
-  const auto begin = [&device, duration] {
-    requireReachable(device.clock(), duration);
-    return device.clock().uptime() + duration;
-  };
-  const auto arrive = [&device] {
+  ClockMove move = passExactly(device, duration);
+  move.arrive = [&device] {
     settle(device.clock());
     return std::string();
   };
-  return {begin, arrive};
+  return move;
 }
 
 time_t serviceTime(Device& device) {
