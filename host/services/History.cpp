@@ -40,8 +40,17 @@ constexpr std::array kTexts = {&Change::what, &Change::cause, &Change::who, &Cha
 
 std::string lineOf(const Change& change) {
   std::string line = std::to_string(change.time.count());
-  for (const auto text : kTexts) line += '\t' + change.*text;
-  return line + '\n';
+  std::size_t size = line.size() + kTexts.size() + 1;
+  for (const auto text : kTexts) size += (change.*text).size();
+  line.reserve(size);
+  for (const auto text : kTexts) (line += '\t') += change.*text;
+  return line += '\n';
+}
+
+// Most texts stay as they are, without an allocation.
+void keepShortLine(std::string& text) {
+  if (isPlainLine(text) && text.size() <= History::kLongestText) return;
+  text = clippedText(escapedLine(text), History::kLongestText);
 }
 
 // False: not a line of a change.
@@ -146,8 +155,7 @@ void History::Lines::add(std::string_view more, std::size_t added) {
 }
 
 void History::add(Change change) {
-  for (const auto text : kTexts)
-    change.*text = clippedText(escapedLine(change.*text), kLongestText);
+  for (const auto text : kTexts) keepShortLine(change.*text);
   const std::string line = lineOf(change);
   const MutexLock lock(m_mutex);
   m_waiting.add(line, 1);
