@@ -178,9 +178,9 @@ class Command {
   static void writePlot(const std::string& path, const Json& answer) {
     std::ofstream file(path, std::ios::binary);
     file << offsetPlot(answer);
-    if (!file.flush())
-      throw Refusal("the plot " + quotedText(path) +
-                    " cannot be written; name a file in a folder that you may write to");
+    if (file.flush()) return;
+    throw Refusal("the plot " + quotedText(path) +
+                  " cannot be written; name a file in a folder that you may write to");
   }
 
   // The answer every second, on a terminal in the place of the one before.

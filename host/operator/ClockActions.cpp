@@ -196,10 +196,9 @@ void actOnClockTo(Controller& controller, const Json& request, const Channel& ch
   const auto goTo = [&](Device& device) {
     const std::string name = textMember(request, "landmark");
     const Landmark* const landmark = rowNamed(landmarks(), name);
-    if (landmark == nullptr)
-      throw Error("unknown landmark " + quotedText(name) + "; write " +
-                  alternatives(namesOf(landmarks())));
-    return moveBefore(device, *landmark);
+    if (landmark != nullptr) return moveBefore(device, *landmark);
+    throw Error("unknown landmark " + quotedText(name) + "; write " +
+                alternatives(namesOf(landmarks())));
   };
   controller.moves().add(recordedMove(controller, request, goTo), channel);
 }

@@ -49,7 +49,7 @@ std::string changed(const Json& status) {
 // An instant and its age, or that there is none.
 std::string aged(const Json& status, const char* name) {
   const Json object = part(status, name);
-  const std::string time = memberText(object, "time");
+  std::string time = memberText(object, "time");
   if (time.empty()) return "none";
   if (!object.contains("age")) return time;
   const std::string age = duration(object, "age");
