@@ -52,13 +52,13 @@ Connection::Connection(IoLoop& loop, Descriptor socket, Endpoint endpoint, std::
 
 // Any thread can make the loop call checkOutbox(). This needs no memory, since a client whose
 // request is lost would wait forever.
-void Connection::makePeer(FrameTap* tap) {
+void Connection::makePeer(std::shared_ptr<FrameTap> tap) {
   auto check = std::make_shared<IoLoop::Task>([weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->guarded([&] { self->checkOutbox(); });
   });
   m_peer = std::make_shared<Peer>(
       "client-" + std::to_string(m_number), m_socket.get(),
-      [&loop = m_loop, check] { loop.post(check); }, tap);
+      [&loop = m_loop, check] { loop.post(check); }, std::move(tap));
 }
 
 void Connection::await() {

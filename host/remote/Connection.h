@@ -49,7 +49,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
              Listener& listener, std::chrono::milliseconds timeout);
 
   // Once, before all else. tap: see Peer.
-  void makePeer(FrameTap* tap = nullptr);
+  void makePeer(std::shared_ptr<FrameTap> tap = nullptr);
 
   // Starts to read. The connection calls it again after each turn.
   void read();

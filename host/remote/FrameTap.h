@@ -23,10 +23,10 @@ struct TappedFrame {
   const Frame& frame;
 };
 
-// Shows listeners each frame: one from a client before the host handles it, one to a client when it
-// is sent. The frames that a listener sends are not shown. Without a listener, a frame costs one
-// atomic read. Owner: the server. Thread: any. Failure: a listener that throws misses the frame;
-// the other listeners get it.
+// Shows listeners each frame: one from a client before the host handles it, one to a client before
+// it is sent, because the client's next frame may follow at once. The frames that a listener sends
+// are not shown. Without a listener, a frame costs one atomic read. Owner: the server. Thread: any.
+// Failure: a listener that throws misses the frame; the other listeners get it.
 class FrameTap {
  public:
   // False removes the listener. Called with the tap's lock held: it must not block, log, or call
@@ -37,6 +37,7 @@ class FrameTap {
   [[nodiscard]] std::uint64_t add(Listener listener);
   void remove(std::uint64_t number);
 
+  [[nodiscard]] bool hasListeners() const { return m_size > 0; }
   void show(const TappedFrame& frame) noexcept;
 
  private:

@@ -108,11 +108,12 @@ class Peer::Channel : public ControlChannel {
   std::function<void()> m_gone;  // the loop's alone
 };
 
-Peer::Peer(std::string address, int socket, std::function<void()> wake, FrameTap* tap)
+Peer::Peer(std::string address, int socket, std::function<void()> wake,
+           std::shared_ptr<FrameTap> tap)
     : m_address(std::move(address)),
       m_origin(originOf(socket)),
       m_outbox(socket, std::move(wake)),
-      m_tap(tap) {}
+      m_tap(std::move(tap)) {}
 
 Peer::~Peer() = default;
 
@@ -122,9 +123,9 @@ void Peer::setCodec(std::string name, MessageCodec& codec) {
 }
 
 bool Peer::send(const Frame& frame) {
-  const bool sent = m_outbox.send(frame);
-  if (sent) show(frame, false);
-  return sent;
+  // First, because the client's next frame may come at once.
+  if (m_tap && m_tap->hasListeners() && m_outbox.state() == Outbox::State::open) show(frame, false);
+  return m_outbox.send(frame);
 }
 
 void Peer::show(const Frame& frame, bool fromClient) {

@@ -23,8 +23,9 @@ class FrameTap;
 // Thread: the loop's, except sendMethod, outbox, proxy and constants.
 class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer> {
  public:
-  // socket, wake: see Outbox. tap: outlives the peer; null: none.
-  Peer(std::string address, int socket, std::function<void()> wake, FrameTap* tap = nullptr);
+  // socket, wake: see Outbox. tap: may be null.
+  Peer(std::string address, int socket, std::function<void()> wake,
+       std::shared_ptr<FrameTap> tap = nullptr);
   ~Peer();
   Peer(const Peer&) = delete;
   Peer& operator=(const Peer&) = delete;
@@ -41,7 +42,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
 
   [[nodiscard]] Outbox& outbox() { return m_outbox; }
 
-  // Sends a frame by the outbox, and shows it to the tap. Thread: any.
+  // Shows a frame to the tap, then sends it by the outbox. Thread: any.
   bool send(const Frame& frame);
 
   // Shows a frame of this client to the tap.
@@ -89,7 +90,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   std::string m_codecName;
   MessageCodec* m_codec = nullptr;
   Outbox m_outbox;
-  FrameTap* const m_tap;
+  const std::shared_ptr<FrameTap> m_tap;  // requests may keep a peer longer than its server
   std::atomic<bool> m_disconnected = false;
   std::atomic<std::size_t> m_openChannels = 0;
   std::atomic<std::size_t> m_holds = 0;  // channels that delay the client's next frame

@@ -57,7 +57,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   void serve(RemoteTarget target);
   void stop();
   std::size_t clients() const { return m_clients.size(); }
-  FrameTap& tap() { return m_tap; }
+  FrameTap& tap() { return *m_tap; }
   MessageCodec* codec(const std::string& name) { return m_codecs.find(name); }
   Proxy* proxyFor(const std::string& address);
 
@@ -90,7 +90,7 @@ class RemoteServer::Impl final : public Connection::Listener {
   IoLoop& m_loop;
   const Limits m_limits;
   const ControlHandler m_control;
-  FrameTap m_tap;
+  const std::shared_ptr<FrameTap> m_tap = std::make_shared<FrameTap>();
   Registrations m_registrations;
   CodecTable m_codecs;
   TurnQueue m_turns{m_loop};
@@ -137,7 +137,7 @@ void RemoteServer::Impl::addClient(Descriptor socket, Listening& at) {
   const std::uint64_t number = ++m_lastNumber;
   const auto connection = std::make_shared<Connection>(m_loop, std::move(socket), at.endpoint,
                                                        number, *this, m_limits.unfinished);
-  connection->makePeer(&m_tap);
+  connection->makePeer(m_tap);
   connection->peer().setCodec(std::string(kDefaultCodec), *m_codecs.find(kDefaultCodec));
   const auto kept = m_clients.emplace(number, Client{connection, std::move(slot)}).first;
   try {

@@ -1,12 +1,14 @@
 #include "remote/FrameTap.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "base/Mutex.h"
+#include "host/remote/HeldRequests.h"
 #include "host/remote/ServerUnderTest.h"
 
 namespace host {
@@ -74,6 +76,24 @@ TEST(FrameTap, ShowsTheProcessAndTheContent) {
   server.tap().remove(number);
   EXPECT_EQ(seen, "uid " + std::to_string(::getuid()) + ", pid " + std::to_string(::getpid()) +
                       " call echo\nin int number=5\n");
+}
+
+// Otherwise the client's next frame could be shown before the answer that it follows.
+TEST(FrameTap, ShowsAnAnswerBeforeItsClientHasIt) {
+  ServerHoldingRequests held;
+  FrameSocket client(held.server.controlSocket);
+  client.send({FrameKind::controlRequest, 1, "{}"});
+  ASSERT_TRUE(held.has(1));
+  bool early = true;
+  const auto number = held.server.tap().add([&](const TappedFrame&) {
+    char first = 0;
+    early = ::recv(client.descriptor(), &first, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+    return true;
+  });
+  held.requests.take().channel->reply("{}");
+  held.server.tap().remove(number);
+  EXPECT_FALSE(early);
+  EXPECT_EQ(received(client).payload, "{}");
 }
 
 TEST(FrameTap, WhatAListenerSendsIsNotShown) {
