@@ -79,6 +79,8 @@ constexpr auto kFigures = std::to_array<Figure>({
      countRatioAtMost(0.75), 3, measureGetTimeInstructions},
     {"message", "message of getTime in process", "getTime()", "us", moreByAtMost(0.6), 11,
      measureMessage},
+    {"message-instructions", "message of getTime in process, instructions", "getTime()", "",
+     countMoreByAtMost(4500), 3, measureMessageInstructions},
 });
 
 constexpr bool nameIsUnique(const Figure& figure) {

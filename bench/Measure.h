@@ -28,5 +28,6 @@ namespace bench {
 [[nodiscard]] Sample measureGetTime();
 [[nodiscard]] Sample measureGetTimeInstructions();
 [[nodiscard]] Sample measureMessage();
+[[nodiscard]] Sample measureMessageInstructions();
 
 }  // namespace bench

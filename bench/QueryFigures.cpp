@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -21,13 +20,15 @@
 #include "Measure.h"
 #include "Method.h"
 #include "clock/VirtualClock.h"
-#include "framework/ApplicationLog.h"
+#include "interpose/DeviceRoot.h"
 #include "remote/MessagePackCodec.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
-#include "scenario/ScenarioDevice.h"
+#include "scenario/ScenarioPeer.h"
+#include "services/LocalManagement.h"
 #include "services/MemoryDataAccess.h"
 #include "support/Framework.h"
+#include "support/TemporaryFolder.h"
 
 namespace bench {
 namespace {
@@ -35,28 +36,36 @@ namespace {
 constexpr int kCallsInARow = 1000;  // of one side, before the other's turn
 constexpr std::size_t kPairs = 50;
 
-// A telephone in this process: the plug-in that ships, in the host. Its zone has daylight
-// saving, its log level is the usual one, and its clock runs. One at a time.
+// A telephone in this process: the plug-in that ships, in the host's framework. Its zone has
+// daylight saving, its clock runs, and its log has the usual level and no reader. One at a time.
 class PluginInHost {
  public:
   PluginInHost() {
+    host::setDeviceRoot((m_folder / "root").string());
+    m_device.start(m_peer);
     for (const auto& [key, value] : {std::pair{"sntp-tz-offset", "-5"},
                                      {"daylight-save-zone-id", "12"},
                                      {"daylight-save", "true"},
                                      {"auto-daylight-save", "true"}}) {
-      const auto answer = m_device.request({{"verb", "set"}, {"key", key}, {"value", value}});
-      if (answer.at("ok") != true) throw std::runtime_error(answer.dump());
+      if (!m_device.management().set(key, value)) throw std::runtime_error(key);
     }
-    host::ApplicationLog::instance().setLevel(host::ApplicationLog::kDefaultLevel);
-    m_device.device().clock().advance(std::chrono::seconds(1));
-    m_device.device().clock().setSpeed(1);
+    m_clock.advance(std::chrono::seconds(1));
+    m_clock.setSpeed(1);
     m_framework.keepsCalls = false;
     m_framework.codecs["msgpack"] = &m_codec;
     m_invoker->initInvoker(&m_framework);
   }
+  ~PluginInHost() {
+    m_device.stop();
+    host::setDeviceRoot("");
+  }
+  PluginInHost(const PluginInHost&) = delete;
+  PluginInHost& operator=(const PluginInHost&) = delete;
 
-  [[nodiscard]] ClockServiceIfc& service() { return m_service; }
-  [[nodiscard]] Executable& executable() { return m_device.device().service(); }
+  [[nodiscard]] ClockServiceIfc& service() {
+    return dynamic_cast<ClockServiceIfc&>(m_device.service());
+  }
+  [[nodiscard]] Executable& executable() { return m_device.service(); }
   [[nodiscard]] Invoker& invoker() { return *m_invoker; }
   [[nodiscard]] std::string requestFor(const char* name) {
     Method method(name, Method::call);
@@ -68,15 +77,19 @@ class PluginInHost {
  private:
   [[nodiscard]] host::DeviceOptions options() {
     host::DeviceOptions options;
+    options.state = m_folder / "state";
     options.store = &m_store;
     options.securityLogInMemory = true;
     return options;
   }
 
+  const support::TemporaryFolder m_folder;
   host::MemoryDataAccess m_store;
+  host::VirtualClock m_clock;
+  host::ProcessClock m_processClock{m_clock};
   host::Plugin m_plugin{CLOCK_PLUGIN};
-  host::ScenarioDevice m_device{m_plugin, options()};
-  ClockServiceIfc& m_service{dynamic_cast<ClockServiceIfc&>(executable())};
+  host::ScenarioPeer m_peer;
+  host::Device m_device{m_clock, m_plugin, options()};
   host::MessagePackCodec m_codec;
   support::Framework m_framework;
   const std::unique_ptr<Invoker> m_invoker{m_plugin.createInvoker()};
@@ -94,6 +107,22 @@ class MachineClock {
   host::VirtualClock* const m_before;
 };
 
+// Drops the reply: support::Response would take time to keep it.
+class Dropped : public InvokerResponse {
+ public:
+  const char* getCodecName() override { return "msgpack"; }
+  const char* getReplyAddress() override { return "client-1"; }
+  void sendReply(const char* data, int length) override {
+    benchmark::DoNotOptimize(data);
+    benchmark::DoNotOptimize(length);
+  }
+};
+
+void handle(PluginInHost& telephone, const std::string& request) {
+  telephone.invoker().handleMessage(&telephone.executable(), request.data(),
+                                    static_cast<int>(request.size()), new Dropped);
+}
+
 // Nanoseconds of processor time that each of many calls takes.
 template <class Call>
 double costOf(Call call) {
@@ -108,7 +137,7 @@ double costOf(Call call) {
 }
 
 double costOfGetTime(PluginInHost& telephone) {
-  return costOf([&] { benchmark::DoNotOptimize(telephone.service().getTime()); });
+  return costOf([&service = telephone.service()] { benchmark::DoNotOptimize(service.getTime()); });
 }
 
 // The least that getTime() can do. The C library's time, not the host's that replaces it here.
@@ -122,16 +151,15 @@ std::string printedTime() {
   return text.data();
 }
 
-// Drops the reply: support::Response would take time to keep it.
-class Dropped : public InvokerResponse {
- public:
-  const char* getCodecName() override { return "msgpack"; }
-  const char* getReplyAddress() override { return "client-1"; }
-  void sendReply(const char* data, int length) override {
-    benchmark::DoNotOptimize(data);
-    benchmark::DoNotOptimize(length);
-  }
-};
+template <class Call>
+double instructions(const Call& call) {
+  return static_cast<double>(instructionsOf(call));
+}
+
+double instructionsOfGetTime(PluginInHost& telephone) {
+  return instructions(
+      [&service = telephone.service()] { benchmark::DoNotOptimize(service.getTime()); });
+}
 
 }  // namespace
 
@@ -147,22 +175,23 @@ Sample measureGetTime() {
 Sample measureGetTimeInstructions() {
   PluginInHost telephone;
   const MachineClock clock;
-  const auto count = [](const auto& call) { return static_cast<double>(instructionsOf(call)); };
-  return {count([&] { benchmark::DoNotOptimize(telephone.service().getTime()); }),
-          count([] { benchmark::DoNotOptimize(printedTime()); })};
+  return {instructionsOfGetTime(telephone),
+          instructions([] { benchmark::DoNotOptimize(printedTime()); })};
 }
 
 Sample measureMessage() {
   constexpr double kInMicroseconds = 1000;
   PluginInHost telephone;
   const std::string request = telephone.requestFor("getTime");
-  const auto message = [&] {
-    telephone.invoker().handleMessage(&telephone.executable(), request.data(),
-                                      static_cast<int>(request.size()), new Dropped);
-  };
   return alternately(
-      kPairs, [&] { return costOf(message) / kInMicroseconds; },
+      kPairs, [&] { return costOf([&] { handle(telephone, request); }) / kInMicroseconds; },
       [&] { return costOfGetTime(telephone) / kInMicroseconds; });
+}
+
+Sample measureMessageInstructions() {
+  PluginInHost telephone;
+  const std::string request = telephone.requestFor("getTime");
+  return {instructions([&] { handle(telephone, request); }), instructionsOfGetTime(telephone)};
 }
 
 }  // namespace bench

@@ -14,9 +14,8 @@ LETTER = 6.3  # pixels
 KERNEL = 3  # functions: those further in are the drivers of one machine
 WRAPPERS = r"(void )?(std|__gnu_cxx)::|\[unknown\]|entry_SYSCALL|do_syscall|__(x64|do)_sys_"
 COLOURS = (  # of the file that holds the function
-    ("SQLite", "#9cc3ea", r"libsqlite3"),
     ("plug-in", "#a8d8a0", r"libClockService"),
-    ("host", "#f4d77e", r"clockhost"),
+    ("host with SQLite", "#f4d77e", r"clockhost|libsqlite3"),
     ("kernel", "#e8b08c", r"\[kernel|\[vdso"),
     ("libraries", "#d4d4d4", r""),
 )
