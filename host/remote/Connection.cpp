@@ -67,10 +67,14 @@ void Connection::await() {
                  (m_waitingForDisconnect ? EPOLLHUP : 0U));
 }
 
-// An earlier event of this pass may have changed what is awaited.
+// An earlier event of this pass may have changed what is awaited. Nothing reaches a client that has
+// hung up, so its control requests are not carried out.
 void Connection::onReady(std::uint32_t events) {
   const bool hungUp = (events & (EPOLLHUP | EPOLLERR)) != 0;
-  if (hungUp && std::exchange(m_waitingForDisconnect, false)) m_peer->outbox().fail(EPIPE);
+  if (hungUp) {
+    m_waitingForDisconnect = false;
+    m_peer->outbox().fail(EPIPE);
+  }
   if ((hungUp || (events & EPOLLOUT) != 0) && std::exchange(m_waitingForRoom, false)) onRoom();
   if (m_closed) return;  // the outbox has ended
   if ((hungUp || (events & EPOLLIN) != 0) && std::exchange(m_reading, false)) receive();

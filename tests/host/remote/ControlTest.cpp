@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <semaphore>
 #include <thread>
 
 #include "base/Origin.h"
@@ -121,6 +122,28 @@ TEST(Control, NextRequestIsHandledWhenTheHoldingRequestIsLost) {
     held.channel.reset();
   }
   EXPECT_TRUE(at.has(1));
+}
+
+TEST(Control, RequestOfAClientThatHungUpIsNotCarriedOut) {
+  std::binary_semaphore begun{0};
+  std::binary_semaphore mayEnd{0};
+  std::vector<std::string> texts;
+  ServerUnderTest server([&](const ControlRequest& request) {
+    texts.push_back(request.text);
+    if (request.text == "long") {
+      begun.release();
+      mayEnd.acquire();
+    }
+    request.channel->reply("{}");
+  });
+  RemoteClient busy(server.controlSocket);
+  static_cast<void>(busy.startControl("long"));
+  begun.acquire();
+  FrameSocket(server.controlSocket).send({FrameKind::controlRequest, 1, "gone"});
+  RemoteClient last(server.controlSocket);
+  mayEnd.release();
+  EXPECT_EQ(last.control("last", kLong), "{}");
+  EXPECT_EQ(texts, (std::vector<std::string>{"long", "last"}));
 }
 
 TEST(Control, NotifiesOnTheLoopWhenTheClientDisconnects) {
