@@ -5,7 +5,7 @@
 namespace host {
 
 std::string instantText(std::chrono::seconds sinceEpoch) {
-  const time_t instant = sinceEpoch.count();
+  const auto instant = static_cast<time_t>(sinceEpoch.count());
   tm utc{};
   gmtime_r(&instant, &utc);
   char text[32];

@@ -191,7 +191,7 @@ Json offsetsFrom(time_t now) {
 
 void actOnUpcoming(Controller& controller, const Json& request, const Channel& channel) {
   Device& device = controller.device();
-  const time_t now = floor<seconds>(device.changes().shown()).count();
+  const auto now = static_cast<time_t>(floor<seconds>(device.changes().shown()).count());
   const bool limited = request.contains("until");
   const std::int64_t until =
       limited ? numberMember(request, "until", 0, kLastInstant.count()) : kLastInstant.count();

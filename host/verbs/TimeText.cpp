@@ -182,7 +182,7 @@ std::string localText(time_t sinceEpoch) {
 }
 
 seconds offsetAt(seconds sinceEpoch) {
-  const time_t instant = sinceEpoch.count();
+  const auto instant = static_cast<time_t>(sinceEpoch.count());
   tm local{};
   localtime_r(&instant, &local);
   return seconds(local.tm_gmtoff);
