@@ -1,6 +1,5 @@
 #include "apps/ClockCtl.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +13,7 @@
 
 #include "apps/ClockCtlOptions.h"
 #include "apps/Recording.h"
+#include "apps/Session.h"
 #include "base/PrintableText.h"
 #include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
@@ -54,21 +54,6 @@ std::string secondsText(milliseconds limit) {
   return text.str();
 }
 
-// The client for a verb. An error says what this user can do when permission is missing.
-RemoteClient clientFor(Verb::Route route, const ClockCtlOptions& options) {
-  const bool control = route != Verb::Route::call && route != Verb::Route::watch;
-  try {
-    return RemoteClient(control ? options.controlSocket : options.socket);
-  } catch (const NotAllowed& error) {
-    if (!control) {
-      throw Refusal(std::string(error.what()) + "; its owner can open it with --socket-group");
-    }
-    const bool mayCall = ::faccessat(AT_FDCWD, options.socket.c_str(), W_OK, AT_EACCESS) == 0;
-    throw Refusal("the host's control socket " + options.controlSocket.string() +
-                  " is for its owner only" + (mayCall ? "; you may use call and watch" : ""));
-  }
-}
-
 // The likely reason why the host has not replied to a request that it received.
 std::string likelyReason(const RemoteClient& client, bool moves) {
   if (const auto stopped = stoppedProcessAt(client.descriptor())) {
@@ -81,11 +66,11 @@ std::string likelyReason(const RemoteClient& client, bool moves) {
 // A verb with its arguments, carried out by a host.
 class Command {
  public:
-  Command(const ClockCtlOptions& options, std::ostream& out, std::ostream& err)
+  Command(const ClockCtlOptions& options, Session& session, std::ostream& out, std::ostream& err)
       : m_options(options),
         m_verb(verbOf(options.verb)),
         m_request(requestOf(m_verb, options.verb)),
-        m_client(clientFor(m_verb.route, options)),
+        m_session(session),
         m_out(out),
         m_err(err) {}
 
@@ -100,7 +85,7 @@ class Command {
         return m_request.value("watch", false) ? repeat() : control();
       case Verb::Route::record:
         return record(
-            m_request, m_client, m_options.socket, limit(),
+            m_request, client(), m_options.socket, limit(),
             [this](const Json& summary) { print(summary); }, m_err);
       case Verb::Route::stream:
         return follow();
@@ -108,6 +93,8 @@ class Command {
   }
 
  private:
+  RemoteClient& client() const { return m_session.client(m_verb.route); }
+
   milliseconds limit() const { return m_options.timeout.value_or(replyLimit(m_verb, m_request)); }
 
   void print(const Json& answer) {
@@ -117,7 +104,7 @@ class Command {
 
   [[noreturn]] void noReply(const std::string& hint = "") const {
     throw Refusal("no reply within " + secondsText(limit()) + "; " +
-                  (hint.empty() ? likelyReason(m_client, takesTime(m_verb, m_request)) : hint));
+                  (hint.empty() ? likelyReason(client(), takesTime(m_verb, m_request)) : hint));
   }
 
   void call() {
@@ -125,7 +112,7 @@ class Command {
     Method method = callOf(name, m_request["arguments"].get<std::vector<std::string>>());
     const MethodRow* const known = rowNamed(remoteMethods(), name);
     if (known != nullptr && !known->replies()) return post(method);
-    const auto reply = m_client.call(method, limit());
+    const auto reply = client().call(method, limit());
     if (!reply) {
       noReply(known != nullptr
                   ? ""
@@ -136,14 +123,14 @@ class Command {
 
   // A one-way call is done when the host has handled it.
   void post(Method& method) {
-    m_client.post(method);
-    if (!m_client.barrier(limit())) noReply();
+    client().post(method);
+    if (!client().barrier(limit())) noReply();
     if (m_options.json) print({{"method", method.getName()}, {"reply", nullptr}});
   }
 
   void watch() {
     Method observe("observeTimeEvents", Method::call);
-    const auto reply = m_client.call(observe, limit());
+    const auto reply = client().call(observe, limit());
     bool observing = false;
     if (!reply) noReply();
     if (!reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
@@ -153,7 +140,7 @@ class Command {
     m_err << "ready" << std::endl;  // for scripts: no later event is missed
     const int count = m_request["count"];
     for (int seen = 0; m_out && (count == 0 || seen < count);) {
-      const auto event = m_client.nextEvent(kEventWait);
+      const auto event = client().nextEvent(kEventWait);
       if (!event) continue;
       print({{"event", event->getName()}, {"parameters", parametersJson(*event)}});
       ++seen;
@@ -198,7 +185,7 @@ class Command {
   }
 
   Json ask() {
-    const auto text = m_client.control(m_request.dump(), limit());
+    const auto text = client().control(m_request.dump(), limit());
     if (!text) noReply();
     return checked(*text);
   }
@@ -212,9 +199,9 @@ class Command {
   }
 
   void follow() {
-    const std::uint32_t id = m_client.startControl(m_request.dump());
+    const std::uint32_t id = client().startControl(m_request.dump());
     while (m_out) {
-      const auto item = m_client.nextAnswer(id, kEventWait);
+      const auto item = client().nextAnswer(id, kEventWait);
       if (!item) continue;
       if (item->last) {
         static_cast<void>(checked(item->json));
@@ -239,7 +226,7 @@ class Command {
   const ClockCtlOptions& m_options;
   const Verb& m_verb;
   Json m_request;
-  RemoteClient m_client;
+  Session& m_session;
   std::ostream& m_out;
   std::ostream& m_err;
 };
@@ -282,7 +269,8 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
   try {
     const auto options = readClockCtlOptions(words, defaultSocket, out);
     if (!options) return done;
-    Command(*options, out, err).run();
+    Session session(*options);
+    Command(*options, session, out, err).run();
     return done;
   } catch (const UsageError& error) {
     return fail(error.what(), usage);
