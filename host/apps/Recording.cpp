@@ -163,6 +163,12 @@ void follow(const Json& request, TerminationSignals& signals, Monitor& monitor,
   monitor.readUntilNow([&](const Json& item) { recorder.add(item); });
 }
 
+// What the host sent before it died: another connection may have noticed that first.
+void addRest(Monitor& monitor, ScenarioRecorder& recorder) try {
+  while (const auto item = monitor.next(milliseconds(0))) recorder.add(*item);
+} catch (const Error&) {
+}
+
 }  // namespace
 
 void record(const Json& request, RemoteClient& control, const std::filesystem::path& socket,
@@ -178,6 +184,7 @@ void record(const Json& request, RemoteClient& control, const std::filesystem::p
   try {
     follow(request, signals, monitor, recorder);
   } catch (const HostGone& error) {
+    addRest(monitor, recorder);
     recorder.finish();
     throw HostGone(error.what() + ("; " + quotedText(path)) + " holds what was done before");
   }

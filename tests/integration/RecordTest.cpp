@@ -186,6 +186,17 @@ TEST_F(Record, AHostThatEndsLeavesACompleteFile) {
   expectReplay();
 }
 
+TEST_F(Record, ASignalAfterTheHostDiedLosesNothing) {
+  start();
+  m_recorder->signal(SIGSTOP);
+  ASSERT_EQ(m_host.ctl({"set", "date-format", "2"}).status, 0);
+  static_cast<void>(m_host.end(SIGKILL));
+  m_recorder->signal(SIGINT);
+  m_recorder->signal(SIGCONT);
+  EXPECT_EQ(m_recorder->wait().status, 1);
+  EXPECT_NE(support::contentOf(m_file).find("\nset date-format 2"), std::string::npos);
+}
+
 TEST_F(Record, EndsAfterSoManySteps) {
   start({"--count", "2"});
   for (int i = 0; i < 3; ++i) ASSERT_EQ(m_host.ctl({"call", "getTime"}).status, 0);
