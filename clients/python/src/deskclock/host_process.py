@@ -1,0 +1,118 @@
+"""A host of one's own: a clockhost process, with a folder that nothing else uses."""
+
+from __future__ import annotations
+
+import os
+import pathlib
+import shutil
+import signal
+import socket
+import subprocess
+import tempfile
+import time
+import weakref
+from typing import List, Optional, Sequence
+
+from .errors import HostGone, NoReply
+
+_LONGEST_STOP = 5.0  # seconds
+_MOST_LOG = 2000  # characters of the log in an error
+_RETRY = 0.005  # seconds
+
+
+class HostProcess:
+    """State, device root, sockets and log lie in `folder`. `close`, the end of Python, or the loss of
+    this object ends the process and removes the folder."""
+
+    def __init__(self, options: Sequence[str], program: Optional[str] = None) -> None:
+        """options: those of clockhost. program: a path, else $CLOCKHOST, else clockhost in $PATH."""
+        self.program = program_path(program)
+        # Its path is short, because that of a socket may have only 107 bytes.
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="deskclock-"))
+        self.calls = str(self.folder / "sock")
+        self.control = str(self.folder / "sock.control")
+        self._options = list(options)
+        self._processes: List[subprocess.Popen[bytes]] = []
+        self._end = weakref.finalize(self, _end, self._processes, self.folder)
+        self._start()
+
+    def wait_until_ready(self, timeout: float) -> None:
+        """timeout: seconds. Raises HostGone if the host ends instead."""
+        deadline = time.monotonic() + timeout
+        while not _listens(self.control):
+            if self._processes[-1].poll() is not None:
+                raise HostGone(f"the host did not start{self.end_text()}")
+            if time.monotonic() > deadline:
+                raise NoReply(f"the host did not start within {timeout:g} s{self._log_end()}")
+            time.sleep(_RETRY)
+
+    def stop(self, power_cut: bool = False) -> None:
+        """Ends the process; its state remains."""
+        stop_process(self._processes[-1], signal.SIGKILL if power_cut else signal.SIGTERM)
+
+    def start_again(self) -> None:
+        """After `stop`: with the saved state, and so with the saved time."""
+        if "--at" in self._options:
+            at = self._options.index("--at")
+            del self._options[at : at + 2]
+        self._start()
+
+    def close(self) -> None:
+        self._end()
+
+    def log(self) -> str:
+        """The log of all runs."""
+        return (self.folder / "log").read_text(errors="replace")
+
+    def end_text(self) -> str:
+        """How the host ended, and the end of its log: the second half of a sentence."""
+        try:
+            status = self._processes[-1].wait(1)
+        except subprocess.TimeoutExpired:
+            return f", but its process still runs{self._log_end()}"
+        how = f"signal {-status}" if status < 0 else f"exit status {status}"
+        return f", with {how}{self._log_end()}"
+
+    def _start(self) -> None:
+        words = [self.program, "--state", str(self.folder / "state"), "--socket", self.calls]
+        with open(self.folder / "log", "ab") as log:
+            # In a session of its own, so that Ctrl-C ends the tests first, and they their hosts.
+            process = subprocess.Popen(
+                words + self._options,
+                stdin=subprocess.DEVNULL,
+                stdout=log,
+                stderr=log,
+                start_new_session=True,
+            )
+        self._processes.append(process)
+
+    def _log_end(self) -> str:
+        return f"; the end of its log:\n{self.log()[-_MOST_LOG:]}"
+
+
+def program_path(program: Optional[str]) -> str:
+    name = program or os.environ.get("CLOCKHOST") or "clockhost"
+    path = shutil.which(name)
+    if path is None:
+        raise HostGone(f'no program "{name}"; install it, or name it with $CLOCKHOST or program=')
+    return path
+
+
+def _listens(path: str) -> bool:
+    with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as attempt:
+        return attempt.connect_ex(path) == 0
+
+
+def stop_process(process: subprocess.Popen[bytes], number: int) -> None:
+    process.send_signal(number)
+    try:
+        process.wait(_LONGEST_STOP)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+
+
+def _end(processes: List[subprocess.Popen[bytes]], folder: pathlib.Path) -> None:
+    for process in processes:
+        stop_process(process, signal.SIGTERM)
+    shutil.rmtree(folder, ignore_errors=True)

@@ -1,0 +1,60 @@
+"""Records what is done to a telephone, and its events, as a scenario."""
+
+from __future__ import annotations
+
+import os
+import pathlib
+import select
+import signal
+import subprocess
+
+from .errors import NoReply, PhoneError
+from .host_process import stop_process
+
+
+class Recording:
+    """`clockctl record`, the program beside clockhost. It also ends when the host does; the file then
+    holds what was done before."""
+
+    def __init__(self, clockhost: str, calls: str, control: str, file: pathlib.Path, timeout: float):
+        """calls, control: paths of the sockets. timeout: seconds until the recording has begun."""
+        self.file = file
+        program = os.path.join(os.path.dirname(os.path.realpath(clockhost)), "clockctl")
+        sockets = ["--socket", calls, "--control-socket", control]
+        self._process = subprocess.Popen(
+            [program, *sockets, "record", str(file)],
+            stdin=subprocess.DEVNULL,
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.PIPE,
+            start_new_session=True,
+        )
+        self._wait_until_ready(timeout)
+
+    def stop(self) -> str:
+        """Ends the recording: the text of the scenario. Raises PhoneError if it is not complete."""
+        stop_process(self._process, signal.SIGINT)
+        assert self._process.stderr is not None
+        with self._process.stderr as messages:
+            said = messages.read().decode(errors="replace").strip()
+        if self._process.returncode != 0:
+            raise PhoneError(f"the recording is not complete: {said}")
+        return self.file.read_text()
+
+    def close(self) -> None:
+        """Ends the recording if `stop` has not; the file may lack the latest steps."""
+        if self._process.poll() is None:
+            self._process.kill()
+            self._process.wait()
+        assert self._process.stderr is not None
+        self._process.stderr.close()
+
+    def _wait_until_ready(self, timeout: float) -> None:
+        messages = self._process.stderr
+        assert messages is not None
+        if not select.select([messages], [], [], timeout)[0]:
+            self.close()
+            raise NoReply(f"the recording did not begin within {timeout:g} s")
+        first = messages.readline().decode(errors="replace").strip()
+        if first != "ready":
+            self.close()
+            raise PhoneError(f"the recording did not begin: {first}")

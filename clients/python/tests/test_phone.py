@@ -1,0 +1,117 @@
+import gc
+import os
+import pathlib
+import stat
+import subprocess
+import sys
+import textwrap
+import warnings
+from typing import Callable, List
+
+import pytest
+
+from deskclock import HostGone, Phone
+
+
+def test_a_spawned_phone_shares_nothing_and_leaves_nothing() -> None:
+    with Phone.spawn() as one, Phone.spawn() as two:
+        states = one.status(), two.status()
+        folders = [pathlib.Path(state["state"]).parent for state in states]
+        for state, folder in zip(states, folders):
+            assert stat.S_IMODE(folder.stat().st_mode) == 0o700
+            for member in ("state", "socket", "deviceRoot"):
+                assert folder in pathlib.Path(state[member]).parents
+        assert folders[0] != folders[1]
+        one.advance("1h")
+        assert two.get_time() == "00:00"
+    assert not any(folder.exists() for folder in folders)
+
+
+def test_options_of_a_spawned_phone() -> None:
+    with Phone.spawn(
+        variant=3,
+        software_type="Velmora QEX",
+        mac="0001E3A1B2C3",
+        network="up",
+        at="2026-03-08T06:00:00Z",
+        log_level=5,
+        options=["--program", "/sbin/ntpclient=/bin/true"],
+    ) as phone:
+        status = phone.status()
+        assert (status["variant"], status["mac"]) == (3, "0001E3A1B2C3")
+        assert (status["softwareType"], status["network"]) == ("Velmora QEX", "up")
+        assert status["system"] == "2026-03-08T06:00:00Z"
+        assert status["logLevel"] == 5
+
+
+def test_an_attached_phone_uses_a_host_that_runs(phone: Phone) -> None:
+    with Phone.attach(phone.status()["socket"]) as other:
+        phone.advance("1h")
+        assert other.get_time() == "01:00"
+        assert "listening" in other.log()
+        with pytest.raises(TypeError, match="only a spawned phone can be restarted"):
+            other.restart()
+    assert phone.get_time() == "01:00"
+
+
+def test_a_closed_phone_says_so(phone: Phone) -> None:
+    phone.close()
+    phone.close()
+    actions: List[Callable[[], object]] = [phone.get_time, phone.status, phone.events.__next__]
+    for action in actions:
+        with pytest.raises(HostGone, match="this phone is closed"):
+            action()
+
+
+def test_a_host_that_dies_is_reported_with_the_end_of_its_log(phone: Phone) -> None:
+    assert phone._host is not None
+    phone._host.stop(power_cut=True)
+    actions: List[Callable[[], object]] = [phone.get_time, phone.status]
+    for action in actions:
+        with pytest.raises(HostGone, match="signal 9; the end of its log:\n(.*\n)+.*listening"):
+            action()
+
+
+def test_a_host_that_does_not_start_says_why() -> None:
+    with pytest.raises(HostGone, match="exit status 2; (.*\n)+.*--variant"):
+        Phone.spawn(variant=-1)
+    with pytest.raises(HostGone, match='no program "clckhost"; install it, or name it'):
+        Phone.spawn(program="clckhost")
+
+
+def test_a_restart_keeps_settings_and_saved_time() -> None:
+    with Phone.spawn(at="2026-03-08T06:00:00Z") as phone:
+        phone.keys["date-format"] = 1
+        phone.advance("1h")
+        phone.set_fallback_time()
+        phone.advance("1h")
+        phone.restart(power_cut=True)
+        assert (phone.get_time(), phone.get_date()) == ("07:00", "26-03-08")
+        phone.restart()
+        phone.advance("1h")
+        assert [event.hours for event in phone.events] == [8]  # type: ignore[attr-defined]
+        assert phone.log().count("listening") == 3
+
+
+def test_a_phone_that_is_lost_ends_its_host() -> None:
+    phone = Phone.spawn()
+    folder = pathlib.Path(phone.status()["state"])
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore", ResourceWarning)
+        del phone
+        gc.collect()
+    assert not folder.exists()
+
+
+def test_a_python_that_ends_ends_its_hosts() -> None:
+    program = """
+        import deskclock
+        phone = deskclock.Phone.spawn()
+        print(phone.status()["state"])
+        raise SystemExit(3)
+    """
+    done = subprocess.run(
+        [sys.executable, "-c", textwrap.dedent(program)], stdout=subprocess.PIPE, text=True
+    )
+    assert done.returncode == 3
+    assert not os.path.exists(done.stdout.strip())
