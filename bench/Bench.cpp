@@ -1,23 +1,35 @@
 #include "Bench.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <exception>
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Repetitions.h"
 #include "Report.h"
+#include "apps/OptionParser.h"
+#include "base/PrintableText.h"
+#include "verbs/DidYouMean.h"
+#include "verbs/NamedRows.h"
+#include "verbs/UsageError.h"
 
 namespace bench {
 namespace {
 
+constexpr host::ExitStatus kStatuses[] = {
+    {0, "all bounds are met"},
+    {1, "one is not, or could not be measured"},
+    {2, "wrong option"},
+};
+
 struct Options {
   double factor = 1;
   std::string commit;
-  std::string json;
+  std::filesystem::path json;
   std::vector<std::string> only;
 
   [[nodiscard]] bool wants(const char* name) const {
@@ -25,17 +37,52 @@ struct Options {
   }
 };
 
-// What is wrong, or an empty text. CLI::Range accepts words that are not numbers.
-std::string wrongFactor(const std::string& word) {
-  double factor = 0;
-  const bool right = CLI::detail::lexical_cast(word, factor) && factor >= 1 && factor <= 100;
-  return right ? "" : word + " is not a number from 1 to 100";
+// Returns an error text, empty if the value is valid.
+std::string takeFactor(const std::string& word, double& factor) {
+  double read = 0;
+  const char* const end = word.data() + word.size();
+  const auto [stop, error] = std::from_chars(word.data(), end, read);
+  if (error != std::errc() || stop != end || !(read >= 1 && read <= 100)) {
+    return host::quotedText(word) + " is not a number from 1 to 100";
+  }
+  factor = read;
+  return "";
 }
 
-std::vector<std::string> namesOf(std::span<const Figure> figures) {
-  std::vector<std::string> names;
-  for (const Figure& figure : figures) names.emplace_back(figure.name);
-  return names;
+void requireFigure(const std::string& name, std::span<const Figure> figures) {
+  if (host::rowNamed(figures, name) != nullptr) return;
+  throw host::UsageError(
+      "--only: " + host::quotedText(name) + " is not a figure" +
+      host::suggestion(name, host::namesOf(figures), "; `bench --help` lists them"));
+}
+
+// "{three,count}", which tools/dev/compare.py reads.
+std::string listOf(std::span<const Figure> figures) {
+  std::string list;
+  for (const std::string_view name : host::namesOf(figures)) {
+    list.append(list.empty() ? "{" : ",").append(name);
+  }
+  return list + '}';
+}
+
+host::OptionParser parserInto(Options& options, std::span<const Figure> figures,
+                              const std::string& onlyHelp) {
+  host::OptionParser parser(
+      {"bench", "Measures the clock, and compares each figure with its bound.", "", kStatuses});
+  parser.add({"--commit", "TEXT", "The commit that is measured; written to the JSON",
+              [&](const std::string& text) {
+                options.commit = text;
+                return std::string();
+              }});
+  parser.add({"--factor", "X", "Multiplies the bounds of times by this number, 1 to 100",
+              [&](const std::string& word) { return takeFactor(word, options.factor); }, "1"});
+  parser.addPath("--json", "Where to write the table as JSON", options.json);
+  parser.add({"--only", "NAME", onlyHelp, [&, figures](const std::string& name) {
+                requireFigure(name, figures);
+                options.only.push_back(name);
+                return std::string();
+              }});
+  return parser;
 }
 
 void addTo(Report& report, const Figure& figure) {
@@ -46,8 +93,8 @@ void addTo(Report& report, const Figure& figure) {
   }
 }
 
-void requireGood(const std::ofstream& stream, const std::string& file) {
-  if (!stream) throw std::runtime_error(file + ": cannot be written");
+void requireGood(const std::ofstream& stream, const std::filesystem::path& file) {
+  if (!stream) throw std::runtime_error(file.string() + ": cannot be written");
 }
 
 int measure(std::span<const Figure> figures, const Options& options, std::ostream& table) {
@@ -65,26 +112,13 @@ int measure(std::span<const Figure> figures, const Options& options, std::ostrea
 
 }  // namespace
 
-int run(int argc, const char* const* argv, std::span<const Figure> figures,
+int run(std::span<const std::string> words, std::span<const Figure> figures,
         const std::filesystem::path& json, std::ostream& table) {
   Options options;
-  options.json = json.string();
-  CLI::App app("Measures the clock, and compares each figure with its bound.", "bench");
-  app.add_option("--commit", options.commit, "The commit that is measured; written to the JSON")
-      ->type_name("TEXT");
-  app.add_option("--factor", options.factor,
-                 "Multiplies the bounds of times by this number, 1 to 100")
-      ->check(wrongFactor);
-  app.add_option("--json", options.json, "Where to write the table as JSON")->type_name("FILE");
-  app.add_option("--only", options.only, "Figures to measure, by name")
-      ->type_name("NAME")
-      ->check(CLI::IsMember(namesOf(figures)));
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& end) {
-    return app.exit(end) == 0 ? 0 : 2;
-  }
-  return measure(figures, options, table);
+  options.json = json;
+  const std::string onlyHelp = "Measure this figure, of " + listOf(figures) + "; may be repeated";
+  host::OptionParser parser = parserInto(options, figures, onlyHelp);
+  return parser.readToRun(words, table) ? measure(figures, options, table) : 0;
 }
 
 }  // namespace bench

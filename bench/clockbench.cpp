@@ -4,15 +4,18 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "Bench.h"
 #include "FigureTable.h"
+#include "base/PrintableText.h"
+#include "base/StandardOutput.h"
+#include "verbs/UsageError.h"
 
 namespace {
 
@@ -53,9 +56,14 @@ int main(int argc, char** argv) {
     requireOptimised();
     clearEnvironment();
     pinToLastProcessor();
-    return bench::run(argc, argv, bench::figures(), BENCH_JSON, std::cout);
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    const int status = bench::run(words, bench::figures(), BENCH_JSON, std::cout);
+    return status == 0 && !host::outputArrived("bench") ? 1 : status;
+  } catch (const host::UsageError& error) {
+    std::cerr << host::errorLine("bench", error.what());
+    return 2;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "bench: %s\n", error.what());
+    std::cerr << host::errorLine("bench", error.what());
     return 1;
   }
 }

@@ -1,19 +1,23 @@
 // How a fleet of telephones spreads its NTP requests after a full hour: each device's first two
 // restarts, from the plug-in's own functions, over the 600 one-second slots.
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <iostream>
 #include <numeric>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "ClockService/NtpRestart.h"
+#include "apps/OptionParser.h"
+#include "base/PrintableText.h"
+#include "base/StandardOutput.h"
+#include "verbs/UsageError.h"
 
 namespace {
 
@@ -111,13 +115,7 @@ void printHistogram(const char* title, const Histogram& histogram) {
   }
 }
 
-}  // namespace
-
-int main(int argc, char** argv) try {
-  CLI::App app("Spread of a fleet's NTP requests after a full hour");
-  std::vector<std::uint32_t> fleets{600, 60000, 1000000};
-  app.add_option("devices", fleets, "Sizes of fleets")->check(CLI::Range(1U, kMacTails));
-  CLI11_PARSE(app, argc, argv);
+void printTable(const std::vector<std::uint32_t>& fleets) {
   std::printf(
       "  devices  MACs         hour    requests  mean/slot  peak/slot  peak/mean  at s    "
       "empty slots\n");
@@ -129,8 +127,36 @@ int main(int argc, char** argv) try {
   printHistogram("last fleet, random MACs, first hour: requests for each 20 s after the full hour",
                  last.first);
   printHistogram("the same, any later hour", last.later);
-  return 0;
+}
+
+std::vector<std::uint32_t> sizesIn(const std::vector<std::string>& words) {
+  if (words.empty()) return {600, 60000, 1000000};
+  std::vector<std::uint32_t> sizes;
+  for (const std::string& word : words) {
+    std::uint64_t size = 0;
+    const std::string error = host::readNumber(word, 1, kMacTails, size);
+    if (!error.empty()) throw host::UsageError("DEVICES: " + error);
+    sizes.push_back(static_cast<std::uint32_t>(size));
+  }
+  return sizes;
+}
+
+constexpr host::ExitStatus kStatuses[] = {{0, "done"}, {1, "failed"}, {2, "wrong command line"}};
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  host::OptionParser parser({"fleet",
+                             "Shows how fleets of so many DEVICES (600, 60000 and 1000000) spread "
+                             "their NTP requests after a full hour.",
+                             "[DEVICES ...]", kStatuses});
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  if (parser.readToRun(words, std::cout)) printTable(sizesIn(parser.arguments()));
+  return host::outputArrived("fleet") ? 0 : 1;
+} catch (const host::UsageError& error) {
+  std::cerr << host::errorLine("fleet", error.what());
+  return 2;
 } catch (const std::exception& error) {
-  std::fprintf(stderr, "fleet: %s\n", error.what());
+  std::cerr << "fleet: " << error.what() << '\n';
   return 1;
 }

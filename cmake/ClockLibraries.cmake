@@ -6,7 +6,6 @@ endif()
 find_package(EXPAT REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(nlohmann_json REQUIRED)
-find_package(CLI11 REQUIRED)
 
 add_library(clock_msgpack INTERFACE)
 target_compile_definitions(clock_msgpack INTERFACE MSGPACK_NO_BOOST)

@@ -10,9 +10,7 @@
 
 #include "base/DefaultPaths.h"
 #include "base/PrintableText.h"
-#include "base/Version.h"
 #include "remote/SocketAddress.h"
-#include "verbs/CallWords.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
 
@@ -29,19 +27,6 @@ constexpr ExitStatus kStatuses[] = {
 };
 
 // Each of the following returns an error text, empty if the value is valid.
-
-// A decimal integer from `least` to `most`.
-Option::Take integer(int& target, int least, int most) {
-  return [&target, least, most](const std::string& text) -> std::string {
-    const std::optional<int> number = parseInteger(text);
-    if (!number || *number < least || *number > most) {
-      return quotedText(text) + " is not a whole number from " + std::to_string(least) + " to " +
-             std::to_string(most);
-    }
-    target = *number;
-    return "";
-  };
-}
 
 std::string takeMac(const std::string& text, std::string& mac) {
   const bool hex = std::all_of(text.begin(), text.end(),
@@ -140,8 +125,9 @@ void addHostOptions(OptionParser& parser, HostOptions& options) {
                options.deviceRoot, "DIR")
       .shownDefault = "\"device\" in --state";
   addClockOptions(parser, options);
-  parser.add({"--log-level", "0..6", "Detail of the log, from 0 (fatal errors) to 6 (everything)",
-              integer(options.logLevel, 0, 6), std::to_string(options.logLevel)});
+  parser.addNumber("--log-level", "0..6",
+                   "Detail of the log, from 0 (fatal errors) to 6 (everything)", options.logLevel,
+                   0, 6);
   parser.addPath("--log-file", "Write the log here; SIGHUP opens the file again", options.logFile)
       .shownDefault = "standard error";
   parser.add({"--program", "DEVICEPATH=PATH",
@@ -151,8 +137,8 @@ void addHostOptions(OptionParser& parser, HostOptions& options) {
 
 void addDeviceOptions(OptionParser& parser, DeviceOptions& device) {
   parser.addPath("--state", "Folder for settings and security log", device.state, "DIR");
-  parser.add({"--variant", "N", "Hardware sub-variant; 2, 3 and 4 start with other defaults",
-              integer(device.variant, 0, kMostVariant), std::to_string(device.variant)});
+  parser.addNumber("--variant", "N", "Hardware sub-variant; 2, 3 and 4 start with other defaults",
+                   device.variant, 0, kMostVariant);
   parser.add({"--software-type", "TEXT", "Telephony software", [&](const std::string& text) {
                 device.softwareType = text;
                 return std::string();
@@ -173,8 +159,7 @@ void addScenarioOptions(OptionParser& parser, SuiteOptions& options) {
             "read",
             [&](const std::string& text) { return takeScenario(text, options); }})
       .manyValues = true;
-  parser.add({"--jobs", "N", "How many scenarios run at a time",
-              integer(options.jobs, 1, kMostJobs), std::to_string(options.jobs)});
+  parser.addNumber("--jobs", "N", "How many scenarios run at a time", options.jobs, 1, kMostJobs);
   parser.addFlag("--keep-going", "Run all scenarios, also after a failure", options.keepGoing);
   parser.addFlag("--tap", "Report the scenarios in the TAP format", options.tap);
   parser.addPath("--junit", "Write a report of the scenarios in the JUnit format", options.junit);
@@ -245,11 +230,7 @@ std::optional<HostOptions> readHostOptions(std::span<const std::string> words,
   options.socket = defaults.socket;
   options.device.state = defaults.state;
   OptionParser parser = hostOptionParser(options);
-  const OptionParser::Request request = parser.read(words);
-  if (request != OptionParser::Request::run) {
-    out << (request == OptionParser::Request::help ? parser.help() : kVersion + std::string("\n"));
-    return std::nullopt;
-  }
+  if (!parser.readToRun(words, out)) return std::nullopt;
   requireConsistent(parser, options);
   applyDefaults(options);
   return options;

@@ -1,13 +1,16 @@
 #include "apps/OptionParser.h"
 
 #include <algorithm>
+#include <charconv>
+#include <ostream>
 #include <utility>
 
 #include "base/PrintableText.h"
+#include "base/Version.h"
+#include "verbs/Choices.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
-#include "verbs/WordReader.h"
 
 namespace host {
 namespace {
@@ -57,6 +60,13 @@ Option& OptionParser::addPath(std::string_view name, std::string_view help,
 OptionParser::Request OptionParser::read(Words words) {
   while (!words.empty()) readWord(words);
   return m_request;
+}
+
+bool OptionParser::readToRun(Words words, std::ostream& out) {
+  const Request request = read(words);
+  if (request != Request::run)
+    out << (request == Request::help ? help() : kVersion + std::string("\n"));
+  return request == Request::run;
 }
 
 void OptionParser::readWord(Words& words) {
@@ -146,6 +156,15 @@ std::string OptionParser::help() const {
     text += "  " + std::to_string(status) + "  " + std::string(meaning) + '\n';
   }
   return text;
+}
+
+std::string readNumber(const std::string& text, std::uint64_t least, std::uint64_t most,
+                       std::uint64_t& number) {
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error == std::errc() && stop == end && number >= least && number <= most) return "";
+  return quotedText(text) + " is not a whole number from " + std::to_string(least) + " to " +
+         std::to_string(most);
 }
 
 std::string usageOf(const Option& option) {

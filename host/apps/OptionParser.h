@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <iosfwd>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,6 +32,10 @@ struct ExitStatus {
   std::string_view meaning;
 };
 
+// Reads a decimal number. Returns an error text, empty if it is from `least` to `most`.
+[[nodiscard]] std::string readNumber(const std::string& text, std::uint64_t least,
+                                     std::uint64_t most, std::uint64_t& number);
+
 // The options of a program, with --help and --version: reads them, and is the table from which
 // help, manual page and completion are made. The last of two options of one name counts, so that
 // the options of a script can be overridden. Owner: its creator; what the options refer to outlives
@@ -52,10 +58,28 @@ class OptionParser {
   Option& addPath(std::string_view name, std::string_view help, std::filesystem::path& path,
                   std::string_view value = "FILE");  // which must not be empty
 
+  // A decimal number from `least` to `most`, which `number` can hold.
+  template <typename Number>
+  Option& addNumber(std::string_view name, std::string_view value, std::string_view help,
+                    Number& number, std::uint64_t least, std::uint64_t most) {
+    return add({name, value, help,
+                [&number, least, most](const std::string& text) {
+                  std::uint64_t read = 0;
+                  std::string error = readNumber(text, least, most, read);
+                  if (error.empty()) number = static_cast<Number>(read);
+                  return error;
+                },
+                std::to_string(number)});
+  }
+
   // Reads the command line. Options and arguments may alternate, up to a word "--"; after the first
   // argument, a word that is no option is an argument, even if it begins with "-". Throws
   // UsageError, one line.
   [[nodiscard]] Request read(std::span<const std::string> words);
+
+  // The same for a program whose help is that of its options, which it then prints on `out`.
+  // Whether the program is to run.
+  [[nodiscard]] bool readToRun(std::span<const std::string> words, std::ostream& out);
 
   [[nodiscard]] bool given(std::string_view name) const;
   [[nodiscard]] const std::vector<std::string>& arguments() const { return m_arguments; }

@@ -2,11 +2,11 @@
 
 #include "apps/ClockCtlOptions.h"
 #include "apps/HostOptions.h"
+#include "verbs/Choices.h"
 #include "verbs/KeyCatalogue.h"
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/Verb.h"
-#include "verbs/WordReader.h"
 
 namespace host {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "base/ReplaceAll.h"
 #include "manual/Completion.h"
-#include "verbs/WordReader.h"
+#include "verbs/Choices.h"
 
 namespace host {
 namespace {

@@ -1,12 +1,16 @@
-// clock-manual FOLDER DATE: writes manual pages and completions there.
-#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <string>
+#include <vector>
 
+#include "apps/OptionParser.h"
+#include "base/PrintableText.h"
+#include "base/StandardOutput.h"
 #include "manual/Completion.h"
 #include "manual/ManPage.h"
+#include "verbs/UsageError.h"
 
 namespace {
 
@@ -28,16 +32,33 @@ void writeAll(const std::filesystem::path& folder, const std::string& date) {
   }
 }
 
+constexpr host::ExitStatus kStatuses[] = {
+    {0, "done"},
+    {1, "a file could not be written"},
+    {2, "wrong command line"},
+};
+
+void run(const std::vector<std::string>& words) {
+  host::OptionParser parser({"clock-manual",
+                             "Writes the manual pages and completions of clockhost and clockctl "
+                             "into FOLDER; DATE is that of the pages.",
+                             "FOLDER DATE", kStatuses});
+  if (!parser.readToRun(words, std::cout)) return;
+  if (parser.arguments().size() != 2) {
+    throw host::UsageError("two words are needed: clock-manual FOLDER DATE");
+  }
+  writeAll(parser.arguments().front(), parser.arguments().back());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
-  if (argc != 3) {
-    std::fputs("usage: clock-manual FOLDER DATE\n", stderr);
-    return 2;
-  }
-  writeAll(argv[1], argv[2]);
-  return 0;
+  run({argv + 1, argv + argc});
+  return host::outputArrived("clock-manual") ? 0 : 1;
+} catch (const host::UsageError& error) {
+  std::cerr << host::errorLine("clock-manual", error.what());
+  return 2;
 } catch (const std::exception& error) {
-  std::fprintf(stderr, "clock-manual: %s\n", error.what());
+  std::cerr << host::errorLine("clock-manual", error.what());
   return 1;
 }

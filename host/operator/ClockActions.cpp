@@ -15,9 +15,9 @@
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
 #include "runtime/Device.h"
+#include "verbs/Choices.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
-#include "verbs/WordReader.h"
 
 namespace host {
 namespace {

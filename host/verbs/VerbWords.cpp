@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "verbs/CallWords.h"
+#include "verbs/Choices.h"
 #include "verbs/TimeText.h"
 #include "verbs/WordReader.h"
 

@@ -4,15 +4,8 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace host {
-
-// "a, b or c"
-[[nodiscard]] std::string alternatives(std::span<const std::string_view> words);
-
-// The words of a list in lower case, `up|down`, which are all that is accepted; empty for others.
-[[nodiscard]] std::vector<std::string_view> listedValues(std::string_view usage);
 
 // Reads a verb's words one after the other. Owner: its creator; the words and the usage outlive it.
 // Failure: UsageError.

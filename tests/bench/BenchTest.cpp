@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/TemporaryFolder.h"
+#include "verbs/UsageError.h"
 
 namespace {
 
@@ -59,10 +60,16 @@ class BenchRun : public testing::Test {
  protected:
   BenchRun() { g_calls = 0; }
 
-  int run(std::vector<const char*> words) {
-    words.insert(words.begin(), "bench");
-    return bench::run(static_cast<int>(words.size()), words.data(), kFigures, folder / "bench.json",
-                      tableText);
+  int run(const std::vector<std::string>& words) {
+    return bench::run(words, kFigures, folder / "bench.json", tableText);
+  }
+  std::string usageErrorOf(const std::vector<std::string>& words) {
+    try {
+      static_cast<void>(run(words));
+    } catch (const host::UsageError& error) {
+      return error.what();
+    }
+    return "";
   }
 
   [[nodiscard]] nlohmann::json json(const std::string& name = "bench.json") const {
@@ -170,19 +177,23 @@ TEST_F(BenchRun, ThrowsBeforeItMeasuresWhenTheJsonCannotBeWritten) {
 
 TEST_F(BenchRun, RefusesAWrongFactor) {
   for (const char* const factor : {"nan", "inf", "-inf", "0", "0.5", "101", "much"}) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(run({"--only", "three", "--factor", factor}), 2) << factor;
-    const std::string error = testing::internal::GetCapturedStderr();
-    EXPECT_NE(error.find("is not a number from 1 to 100"), std::string::npos) << error;
+    EXPECT_EQ(usageErrorOf({"--only", "three", "--factor", factor}),
+              "--factor: \"" + std::string(factor) +
+                  "\" is not a number from 1 to 100; `bench --help` lists the options");
   }
 }
 
-TEST_F(BenchRun, RefusesAnUnknownNameAndListsTheKnownOnes) {
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(run({"--only", "four"}), 2);
-  const std::string error = testing::internal::GetCapturedStderr();
-  EXPECT_NE(error.find("four not in {three,count,"), std::string::npos) << error;
+TEST_F(BenchRun, RefusesAnUnknownName) {
+  EXPECT_EQ(usageErrorOf({"--only", "tree"}),
+            "--only: \"tree\" is not a figure; did you mean \"three\"?");
   EXPECT_FALSE(std::filesystem::exists(folder / "bench.json"));
+}
+
+// ./dev bench --compare reads the list.
+TEST_F(BenchRun, HelpListsTheFigures) {
+  EXPECT_EQ(run({"--help"}), 0);
+  EXPECT_TRUE(shows("--only NAME")) << table();
+  EXPECT_TRUE(shows("{three,count,more,broken,info,lost,bytes}")) << table();
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ folder_of() { echo "$CLOCK_TREE/build/$1"; }
 configure() { mkdir -p "$(folder_of "$1")/bin"; }
 build() { install -m 755 "$CLOCK_TREE/program" "$(folder_of default)/bin/clockbench"; }
 """
-BUILD = '. "$CLOCK_TREE/tools/dev/building.bash"\nconfigure default\nbuild default "$@"\n'
+BUILD = '#!/bin/bash\n# build [TARGET]...: build\n. "$CLOCK_TREE/tools/dev/building.bash"\nconfigure default\nbuild default "$@"\n'
 
 
 def verdicts(compare):

@@ -1,30 +1,40 @@
-// load [--seconds N]: 500 subscribers and 64 callers at one host, then every attack at once on
-// another. Exit status: 0 every client was served as it must be, 1 one was not, 2 usage, 128 +
-// signal when it was stopped.
+// 500 subscribers and 64 callers at one host, then every attack at once on another.
 
-#include <charconv>
+#include <algorithm>
+#include <chrono>
 #include <exception>
 #include <iostream>
-#include <string_view>
+#include <string>
+#include <vector>
 
+#include "apps/OptionParser.h"
+#include "base/PrintableText.h"
+#include "base/StandardOutput.h"
 #include "load/AttackRun.h"
 #include "load/LoadRun.h"
 #include "support/Interruption.h"
+#include "verbs/UsageError.h"
 
 namespace {
 
 constexpr int kWarmUpPart = 6;  // of the whole time; at most ten seconds
 
-bool parse(int argc, char** argv, load::Size& size) {
-  if (argc == 1) return true;
-  if (argc != 3 || std::string_view(argv[1]) != "--seconds") return false;
-  const std::string_view text = argv[2];
-  int seconds = 0;
-  const auto read = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (read.ec != std::errc() || read.ptr != text.data() + text.size() || seconds < 1) return false;
-  size.duration = std::chrono::seconds(seconds);
-  size.warmUp = std::min(size.warmUp, size.duration / kWarmUpPart);
-  return true;
+constexpr host::ExitStatus kStatuses[] = {
+    {0, "every client was served as it must be"},
+    {1, "one was not"},
+    {2, "wrong option"},
+    {128, "and the number of the signal that stopped it"},
+};
+
+constexpr int kLongest = 86'400;  // seconds
+
+host::OptionParser parserInto(int& seconds) {
+  host::OptionParser parser({"load",
+                             "Serves 500 subscribers and 64 callers with one host, then every "
+                             "attack at once with another.",
+                             "", kStatuses});
+  parser.addNumber("--seconds", "N", "How long each of both lasts", seconds, 1, kLongest);
+  return parser;
 }
 
 // Prints the figures, and what is wrong with them. False: something is.
@@ -35,22 +45,27 @@ bool report(const Figures& figures, Bounds... bounds) {
   return complaint.empty();
 }
 
-bool run(const load::Size& size) {
+bool run(std::chrono::seconds duration) {
+  load::Size size;
+  size.duration = duration;
+  size.warmUp = std::min(size.warmUp, size.duration / kWarmUpPart);
+  const support::Interruption interruption;
   std::cout << size.subscribers << " subscribers, " << size.callers << " callers, "
-            << size.duration.count() / 1000 << " s\n";
+            << duration.count() << " s\n";
   return report(load::loadAHost(size)) && report(load::attackAHost(size.duration), load::kMostP99);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) try {
-  load::Size size;
-  if (!parse(argc, argv, size)) {
-    std::cerr << "usage: load [--seconds N]\n";
-    return 2;
-  }
-  const support::Interruption interruption;
-  return support::Interruption::statusOr(run(size) ? 0 : 1);
+  int seconds = 60;
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  const bool right =
+      !parserInto(seconds).readToRun(words, std::cout) || run(std::chrono::seconds(seconds));
+  return support::Interruption::statusOr(right && host::outputArrived("load") ? 0 : 1);
+} catch (const host::UsageError& error) {
+  std::cerr << host::errorLine("load", error.what());
+  return 2;
 } catch (const std::exception& error) {
   std::cerr << "load: " << error.what() << '\n';
   return support::Interruption::statusOr(1);

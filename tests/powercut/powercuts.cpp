@@ -1,48 +1,51 @@
-// powercuts [--seed N] [--cuts N]: kills a telephone's host again and again, and checks that it has
-// kept what it acknowledged. Exit status: 0 all kept, 1 something lost, 2 usage, 128 + signal when
-// stopped by one.
+// Kills a telephone's host again and again, and checks that it has kept what it acknowledged.
 
-#include <charconv>
 #include <chrono>
+#include <cstdint>
 #include <iostream>
+#include <limits>
 #include <random>
-#include <string_view>
+#include <string>
+#include <vector>
 
+#include "apps/OptionParser.h"
+#include "base/PrintableText.h"
+#include "base/StandardOutput.h"
 #include "powercut/PowerCuts.h"
 #include "support/Interruption.h"
+#include "verbs/UsageError.h"
 
 namespace {
+
+constexpr host::ExitStatus kStatuses[] = {
+    {0, "all that was acknowledged was kept"},
+    {1, "something was lost, or the host could not be run"},
+    {2, "wrong option"},
+    {128, "and the number of the signal that stopped it"},
+};
 
 struct Options {
   std::uint64_t seed = std::random_device{}();
   std::uint64_t cuts = 1000;
 };
 
-bool read(std::string_view text, std::uint64_t& number) {
-  const auto end = text.data() + text.size();
-  const auto read = std::from_chars(text.data(), end, number);
-  return read.ec == std::errc() && read.ptr == end;
+constexpr std::uint64_t kMostCuts = 1'000'000;
+
+host::OptionParser parserInto(Options& options) {
+  host::OptionParser parser(
+      {"powercuts",
+       "Kills a telephone's host again and again, and checks that it has kept "
+       "what it acknowledged.",
+       "", kStatuses});
+  parser
+      .addNumber("--seed", "N", "Seed of the moments", options.seed, 0,
+                 std::numeric_limits<std::uint64_t>::max())
+      .shownDefault = "a random one";
+  parser.addNumber("--cuts", "N", "How often it is killed", options.cuts, 1, kMostCuts);
+  return parser;
 }
 
-bool parse(int argc, char** argv, Options& options) {
-  for (int i = 1; i < argc; i += 2) {
-    const std::string_view name = argv[i];
-    std::uint64_t* const number = name == "--seed"   ? &options.seed
-                                  : name == "--cuts" ? &options.cuts
-                                                     : nullptr;
-    if (number == nullptr || i + 1 == argc || !read(argv[i + 1], *number)) return false;
-  }
-  return options.cuts > 0;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) try {
-  Options options;
-  if (!parse(argc, argv, options)) {
-    std::cerr << "usage: powercuts [--seed N] [--cuts N]\n";
-    return 2;
-  }
+int run(const Options& options) {
   std::cout << "seed " << options.seed << std::endl;
   const auto begin = std::chrono::steady_clock::now();
   const support::Interruption interruption;
@@ -54,6 +57,18 @@ int main(int argc, char** argv) try {
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - begin;
   std::cout << powercut::toText(telephone.figures()) << "; in " << took.count() << " s\n";
   return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  Options options;
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  const int status = parserInto(options).readToRun(words, std::cout) ? run(options) : 0;
+  return status == 0 && !host::outputArrived("powercuts") ? 1 : status;
+} catch (const host::UsageError& error) {
+  std::cerr << host::errorLine("powercuts", error.what());
+  return 2;
 } catch (const std::exception& error) {
   std::cerr << "powercuts: " << error.what() << '\n';
   return support::Interruption::statusOr(1);

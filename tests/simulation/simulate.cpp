@@ -1,6 +1,5 @@
-// simulate [--seed N] [--steps N] [--runs N]: random runs of the telephone, compared with a
-// reference. Run n has the seed SEED + n. Exit status: 0 all agree, 1 one differs, 2 usage error.
-// The same seed gives the same standard output, byte for byte.
+// Random runs of the telephone, compared with a reference. The same seed gives the same standard
+// output, byte for byte.
 
 #include <signal.h>
 #include <sys/mman.h>
@@ -8,39 +7,54 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <iostream>
-#include <map>
+#include <limits>
 #include <new>
 #include <random>
-#include <stdexcept>
+#include <string>
 #include <system_error>
+#include <vector>
 
+#include "apps/OptionParser.h"
+#include "base/PrintableText.h"
+#include "base/StandardOutput.h"
 #include "simulation/Run.h"
 #include "support/WorkingFolder.h"
+#include "verbs/UsageError.h"
 
 namespace {
 
-using Options = std::map<std::string, std::uint64_t>;
+constexpr host::ExitStatus kStatuses[] = {
+    {0, "all runs agreed with the reference"},
+    {1, "a run did not, or could not be made"},
+    {2, "wrong option"},
+};
 
-Options optionsIn(char** words) {
-  Options options{{"--seed", std::random_device{}()}, {"--steps", 5000}, {"--runs", 20}};
-  for (; *words != nullptr; words += 2) {
-    const std::string option = *words;
-    const std::string text = words[1] == nullptr ? "" : words[1];
-    if (options.count(option) == 0 || words[1] == nullptr)
-      throw std::invalid_argument("usage: simulate [--seed N] [--steps N] [--runs N]");
-    std::uint64_t& number = options[option];
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool whole = read.ec == std::errc() && read.ptr == text.data() + text.size();
-    if (!whole || (number == 0 && option != "--seed"))
-      throw std::invalid_argument("simulate: " + option + " cannot be \"" + text + "\"");
-  }
-  return options;
+struct Options {
+  std::uint64_t seed = std::random_device{}();
+  std::uint64_t steps = 5000;
+  std::uint64_t runs = 20;
+};
+
+constexpr std::uint64_t kMostSteps = 1'000'000'000;
+constexpr std::uint64_t kMostRuns = 1'000'000;
+
+host::OptionParser parserInto(Options& options) {
+  host::OptionParser parser({"simulate",
+                             "Runs a telephone with random steps, and compares it with a "
+                             "reference. The same seed gives the same output.",
+                             "", kStatuses});
+  parser
+      .addNumber("--seed", "N", "Seed of the first run; each further run has the next seed",
+                 options.seed, 0, std::numeric_limits<std::uint64_t>::max())
+      .shownDefault = "a random one";
+  parser.addNumber("--steps", "N", "Steps of each run", options.steps, 1, kMostSteps);
+  parser.addNumber("--runs", "N", "How many runs", options.runs, 1, kMostRuns);
+  return parser;
 }
 
 // The child's current step, in shared memory that this program can read after the child has
@@ -106,19 +120,22 @@ int simulate(const Options& options) {
   if (shared == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "mmap");
   g_step = new (shared) CurrentStep{};
   for (const int signal : {SIGINT, SIGTERM}) std::signal(signal, endChild);
-  const std::uint64_t runs = options.at("--runs"), steps = options.at("--steps");
-  for (std::uint64_t run = 0; run < runs; ++run)
-    if (!agreesInChild(options.at("--seed") + run, steps)) return 1;
-  std::cout << runs << " runs of " << steps << " steps agreed with the reference" << std::endl;
+  for (std::uint64_t run = 0; run < options.runs; ++run)
+    if (!agreesInChild(options.seed + run, options.steps)) return 1;
+  std::cout << options.runs << " runs of " << options.steps << " steps agreed with the reference"
+            << std::endl;
   return 0;
 }
 
 }  // namespace
 
-int main(int, char** argv) try {
-  return simulate(optionsIn(argv + 1));
-} catch (const std::invalid_argument& error) {
-  std::cerr << error.what() << '\n';
+int main(int argc, char** argv) try {
+  Options options;
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  const int status = parserInto(options).readToRun(words, std::cout) ? simulate(options) : 0;
+  return status == 0 && !host::outputArrived("simulate") ? 1 : status;
+} catch (const host::UsageError& error) {
+  std::cerr << host::errorLine("simulate", error.what());
   return 2;
 } catch (const std::exception& error) {
   std::cerr << "simulate: " << error.what() << '\n';

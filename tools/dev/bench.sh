@@ -22,8 +22,11 @@ while [ $# -gt 0 ]; do
     -h | --help) echo "$explained" && exit 0 ;;
     --compare=?*) ref=${1#*=} && shift ;;
     --factor=* | --json=* | --only=*) words+=("$1") && shift ;;
-    --compare | --factor | --json | --only) [ $# -gt 1 ] || refuse "$usage" && set -- "$1=$2" "${@:3}" ;;
-    *) refuse "$usage" ;;
+    --compare | --factor | --json | --only)
+      [ $# -gt 1 ] || refuse "dev: $1: its value is missing; $usage"
+      set -- "$1=$2" "${@:3}"
+      ;;
+    *) refuse "dev: \"$1\" is not understood; $usage" ;;
   esac
 done
 

@@ -92,7 +92,7 @@ def refuse(text):
 
 def names_of(program):
     text = subprocess.run([program, "--help"], capture_output=True, text=True, check=True).stdout
-    names = re.search(r"--only NAME:\{([^}]*)\}", text)
+    names = re.search(r"--only NAME[^{]*\{([^}]*)\}", text)
     return names[1].split(",") if names else refuse(f"{program} lists no figures; compare with a later commit")
 
 

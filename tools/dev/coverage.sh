@@ -5,10 +5,6 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 . "$CLOCK_TREE/tools/dev/chrony.bash"
 
-if [ $# -gt 0 ]; then
-  echo 'dev: "coverage" takes no arguments: it measures the whole of plug-in and host' >&2
-  exit 2
-fi
 folder=$(folder_of coverage)
 
 # clang counts regions of the source, so there are no branches for exceptions of a call. The counts

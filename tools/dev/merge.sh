@@ -3,7 +3,7 @@
 set -euo pipefail
 
 if [ $# -eq 0 ]; then
-  echo "usage: merge FILE...; simulate, scenarios, mutate and fuzz write them with --results FILE" >&2
+  echo "dev: name files of results; usage: merge FILE...; simulate, scenarios, mutate and fuzz write them with --results FILE" >&2
   exit 2
 fi
 exec python3 -B "$CLOCK_TREE/tools/dev/cases.py" merge "$@"

@@ -12,7 +12,7 @@ while [[ ${1:-} == --shard || ${1:-} == --results ]]; do
 done
 python3 -B "$CLOCK_TREE/tools/dev/cases.py" check "${options[@]}"
 if [[ $# -eq 0 || $1 == -* ]]; then
-  echo "$usage" >&2
+  echo "dev: name a scenario or a folder after the options; $usage" >&2
   exit 2
 fi
 for place in "$@"; do

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "support/ZoneGuard.h"
+#include "verbs/Choices.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
 #include "verbs/VerbTable.h"
-#include "verbs/WordReader.h"
 
 namespace host {
 namespace {
