@@ -30,6 +30,8 @@ ROWS = [
      "host/base/A.cpp: includes Service.h: host/ must not see src/"),
     ("platform/A.h", '#include "../src/Service.h"',
      "platform/A.h: includes ../src/Service.h: platform/ must not see src/"),
+    ("examples/A.cpp", '#include "base/Base.h"',
+     "examples/A.cpp: includes base/Base.h: examples/ must not see host/"),
     # includes that no NEEDS covers
     ("host/base/A.h", '#include "clock/Clock.h"',
      f"host/base/A.h: includes clock/Clock.h: {UNCOVERED}"),

@@ -1,9 +1,9 @@
 """Checks which folder includes which: include_arrows.py TREE
 
 The plug-in (include/, src/) sees itself, platform/ and the C and C++ libraries; platform/ sees
-itself and is declarations only; the host sees itself, platform/ and its libraries. A folder of the
-host sees itself and those that its CMakeLists.txt needs, directly or through others; no two
-need each other.
+itself and is declarations only; the host sees itself, platform/ and its libraries; examples/ sees
+itself and the headers that are installed. A folder of the host sees itself and those that its
+CMakeLists.txt needs, directly or through others; no two need each other.
 """
 
 import graphlib
@@ -17,10 +17,11 @@ ARROWS = {
     "include": ["include", "src", "platform"],
     "src": ["include", "src", "platform"],
     "host": ["host", "platform"],
+    "examples": ["examples", "include", "platform"],
 }
 # The bodies that may use only the C++ library and POSIX.
-PLAIN = ["platform", "include", "src"]
-POSIX = {"dlfcn.h", "fcntl.h", "poll.h", "pthread.h", "semaphore.h", "signal.h", "spawn.h"}
+PLAIN = ["platform", "include", "src", "examples"]
+POSIX = {"arpa/inet.h", "dlfcn.h", "fcntl.h", "poll.h", "pthread.h", "semaphore.h", "signal.h", "spawn.h"}
 POSIX |= {"sys/stat.h", "sys/sysinfo.h", "sys/time.h", "sys/types.h", "sys/wait.h", "unistd.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 COMPONENT = re.compile(r"clock_add_component\(\s*NAME (\w+)([^)]*)\)")

@@ -1,0 +1,82 @@
+// Loads the clock into the smallest framework, and prints the time at each full hour:
+//
+//   loader PLUGIN [--hours N] [KEY=VALUE]...
+//
+// --hours: ends after N hours, which pass at once; without it, the hours take their time.
+// KEY=VALUE: a stored setting.
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "ClockServiceIfc.h"
+#include "HourPrinter.h"
+#include "PluginFactories.h"
+#include "Service.h"
+#include "framework/Clock.h"
+#include "framework/Framework.h"
+#include "framework/Settings.h"
+
+using example::Clock::Milliseconds;
+
+namespace {
+
+// The plug-in stays loaded: its code is needed until the last of its objects is deleted.
+std::unique_ptr<Service> createService(const char* plugin) {
+  void* const library = dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
+  void* const factory = library != nullptr ? dlsym(library, "createClockService") : nullptr;
+  if (factory == nullptr) {
+    std::fprintf(stderr, "loader: %s\n", dlerror());
+    return nullptr;
+  }
+  return std::unique_ptr<Service>(reinterpret_cast<ServiceFactory>(factory)());
+}
+
+struct Options {
+  const char* plugin = nullptr;
+  Milliseconds end = Milliseconds::max();
+};
+
+bool read(int count, char** words, Options& options, example::Settings& settings) {
+  for (int i = 1; i < count; ++i) {
+    const std::string word = words[i];
+    const std::size_t equals = word.find('=');
+    if (word == "--hours" && i + 1 < count) {
+      example::Clock::startSkipping();
+      options.end = example::Clock::uptime() + std::chrono::hours(std::atoi(words[++i]));
+    } else if (options.plugin == nullptr) {
+      options.plugin = words[i];
+    } else if (equals != std::string::npos) {
+      settings.set(word.substr(0, equals), word.substr(equals + 1));
+    } else {
+      return false;
+    }
+  }
+  return options.plugin != nullptr;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // each hour at once, also into a file
+  example::Settings settings;
+  Options options;
+  if (!read(count, words, options, settings)) {
+    std::fputs("usage: loader PLUGIN [--hours N] [KEY=VALUE]...\n", stderr);
+    return 2;
+  }
+  example::Framework framework(settings);
+  const std::unique_ptr<Service> service = createService(options.plugin);
+  auto* const clock = dynamic_cast<ClockServiceIfc*>(service.get());
+  if (clock == nullptr) return 1;
+
+  service->init(framework);
+  HourPrinter printer;
+  clock->observeTimeEvents(&printer);
+  std::printf("%s %s\n", clock->getDate().c_str(), clock->getTime().c_str());
+  framework.runUntil(options.end);
+  clock->unobserveTimeEvents(&printer);
+  service->shutdown();
+}
