@@ -18,6 +18,7 @@
 #include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
 #include "verbs/CallWords.h"
+#include "verbs/CatalogueAnswers.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/JsonText.h"
 #include "verbs/MethodCatalogue.h"
@@ -89,6 +90,8 @@ class Command {
             [this](const Json& summary) { print(summary); }, m_err);
       case Verb::Route::stream:
         return follow();
+      case Verb::Route::catalogue:
+        return print(catalogueAnswer(m_request));
     }
   }
 

@@ -10,6 +10,7 @@
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
 #include "services/ManagementThread.h"
+#include "verbs/CatalogueAnswers.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/KeyCatalogue.h"
 #include "verbs/NamedRows.h"
@@ -66,6 +67,19 @@ Json keyRow(LocalManagement& management, const ManagementKey& row) {
   return json;
 }
 
+void actOnKey(Controller& controller, const Json& request, const Channel& channel) {
+  auto describe = [key = textMember(request, "key")](LocalManagement& management,
+                                                     const Channel& client) {
+    const ManagementKey* const row = rowNamed(managementKeys(), key);
+    if (row == nullptr) return answerRefusal(client, unknownKey(key));
+    Json reply = {{"ok", true}};
+    reply.update(keyRow(management, *row));
+    reply.update(catalogueJson(*row));
+    answer(client, reply);
+  };
+  onManagementThread(controller, channel, std::move(describe));
+}
+
 }  // namespace
 
 void actOnGet(Controller& controller, const Json& request, const Channel& channel) {
@@ -98,7 +112,8 @@ void actOnReset(Controller& controller, const Json&, const Channel& channel) {
   });
 }
 
-void actOnKeys(Controller& controller, const Json&, const Channel& channel) {
+void actOnKeys(Controller& controller, const Json& request, const Channel& channel) {
+  if (request.contains("key")) return actOnKey(controller, request, channel);
   onManagementThread(controller, channel, [](LocalManagement& management, const Channel& client) {
     Json rows = Json::array();
     for (const ManagementKey& row : managementKeys()) rows.push_back(keyRow(management, row));

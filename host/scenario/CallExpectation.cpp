@@ -11,7 +11,7 @@
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "verbs/CallWords.h"
-#include "verbs/DidYouMean.h"
+#include "verbs/KnownNames.h"
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/WordReader.h"
@@ -37,23 +37,20 @@ std::string nameIn(const std::string& word) {
 
 Call readCall(WordReader& words) {
   const std::string& name = words.next("METHOD");
-  const MethodRow* const method = rowNamed(remoteMethods(), name);
-  if (method == nullptr) {
-    WordReader::fail("no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
-  }
+  const MethodRow& method = requireMethod(name);
   std::vector<std::string> arguments;
   std::vector<std::string> wanted;
   for (const std::string& word : words.rest()) {
     static_cast<void>(parseArgument(word));
     const std::string parameter = nameIn(word);
-    const bool sent = rowNamed(method->request, parameter) != nullptr;
-    if (!sent && rowNamed(method->reply, parameter) == nullptr) {
+    const bool sent = rowNamed(method.request, parameter) != nullptr;
+    if (!sent && rowNamed(method.reply, parameter) == nullptr) {
       WordReader::fail(quotedText(parameter) + " is not a parameter of " + name +
-                       suggestionFor(*method, parameter));
+                       suggestionFor(method, parameter));
     }
     (sent ? arguments : wanted).push_back(word);
   }
-  return {method, callOf(name, arguments), std::move(wanted)};
+  return {&method, callOf(name, arguments), std::move(wanted)};
 }
 
 // The words of a step that does not look at the reply.

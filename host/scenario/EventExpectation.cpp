@@ -61,16 +61,12 @@ std::string listedEvents(const std::vector<Method>& events) {
 
 WantedEvent readEvent(WordReader& words) {
   WantedEvent wanted{words.next("NAME"), {}};
-  const MethodRow* const event = rowNamed(remoteEvents(), wanted.name);
-  if (event == nullptr) {
-    WordReader::fail("no event " + quotedText(wanted.name) +
-                     suggestion(wanted.name, namesOf(remoteEvents())));
-  }
+  const MethodRow& event = requireEvent(wanted.name);
   for (const std::string& word : words.rest()) {
     const std::string name = parseArgument(word).getName();
-    if (rowNamed(event->request, name) == nullptr) {
+    if (rowNamed(event.request, name) == nullptr) {
       WordReader::fail(quotedText(name) + " is not a parameter of " + wanted.name +
-                       suggestionFor(*event, name));
+                       suggestionFor(event, name));
     }
     wanted.parameters.push_back(word);
   }

@@ -6,8 +6,8 @@
 
 #include "base/Ascii.h"
 #include "base/ReplaceAll.h"
-#include "scenario/ScenarioNames.h"
 #include "verbs/CallWords.h"
+#include "verbs/KnownNames.h"
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"

@@ -12,10 +12,10 @@
 #include "scenario/EventExpectation.h"
 #include "scenario/ScenarioDevice.h"
 #include "scenario/ScenarioExpectations.h"
-#include "scenario/ScenarioNames.h"
 #include "scenario/ScenarioPaths.h"
 #include "scenario/ScenarioWords.h"
 #include "verbs/DidYouMean.h"
+#include "verbs/KnownNames.h"
 #include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
@@ -76,6 +76,9 @@ constexpr SetupLine kSetup[] = {
 Run runVerb(std::span<const std::string> words) {
   const Verb& verb = verbOf(words);
   const Json request = requestOf(verb, words);
+  if (verb.route == Verb::Route::catalogue) {
+    throw UsageError("a scenario cannot list names; leave out " + std::string(verb.name));
+  }
   const bool answers = verb.route == Verb::Route::call || verb.route == Verb::Route::control;
   if (!answers || request.value("follow", false) || request.value("watch", false)) {
     throw UsageError(

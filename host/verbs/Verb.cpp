@@ -79,7 +79,7 @@ void read(const VerbWords& expected, WordReader& words, Json& request) {
     Json value = word.read(words, word.usage);
     if (word.member == nullptr) {
       request.update(value);
-    } else {
+    } else if (!value.is_null()) {
       request[word.member] = std::move(value);
     }
   }

@@ -14,7 +14,7 @@ namespace host {
 class WordReader;
 
 // One word after a verb: its text in the usage line, and the request's member that it becomes;
-// null: `read` returns an object of such members.
+// null: `read` returns an object of such members. A null that is read is left out.
 struct VerbWord {
   std::string_view usage;  // "KEY", "up|down"; empty: no word
   const char* member;
@@ -34,11 +34,12 @@ struct VerbAction {
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order that a reader needs
 struct Verb {
   enum class Route {
-    call,     // a remote call to the service
-    watch,    // the service's events
-    control,  // a control request to the host, see operator/HostActions.h
-    record,   // a file of clockctl, from the stream of `monitor`
-    stream    // a control request whose answers are items, until the client disconnects
+    call,      // a remote call to the service
+    watch,     // the service's events
+    control,   // a control request to the host, see operator/HostActions.h
+    record,    // a file of clockctl, from the stream of `monitor`
+    stream,    // a control request whose answers are items, until the client disconnects
+    catalogue  // answered without a host, see CatalogueAnswers.h
   };
 
   std::string_view name;

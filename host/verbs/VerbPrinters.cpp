@@ -51,6 +51,11 @@ constexpr Line kClockLines[] = {
     {"uptime", "uptime"}, {"timers", "timers"}, {"next", "next timer"}, {"note", "note"},
 };
 
+constexpr Line kKeyLines[] = {
+    {"key", "key"},     {"value", "value"}, {"settable", "settable"}, {"state", "state"},
+    {"meaning", "get"}, {"values", "set"},  {"effect", "then"},       {"example", "example"},
+};
+
 void printMembers(const Json& object, std::span<const Line> lines, std::ostream& out) {
   for (const Line& line : lines) printMember(object, line.member, line.title, out);
 }
@@ -121,6 +126,7 @@ void printValue(const Json& answer, std::ostream& out) {
 }
 
 void printKeys(const Json& answer, std::ostream& out) {
+  if (answer.contains("key")) return printMembers(answer, kKeyLines, out);
   out << padded("KEY", 26) << padded("VALUE", 28) << padded("SETTABLE", 10) << "STATE\n";
   for (const Json& row : answer.value("keys", Json::array())) {
     out << padded(memberText(row, "key"), 26) << padded(clipped(memberText(row, "value"), 27), 28)

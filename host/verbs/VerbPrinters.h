@@ -14,7 +14,9 @@ void printRecorded(const Json& summary, std::ostream& out);
 void printCall(const Json& answer, std::ostream& out);   // NAME=VALUE, a line each
 void printEvent(const Json& event, std::ostream& out);   // EVENT NAME=VALUE ...
 void printValue(const Json& answer, std::ostream& out);  // the bare value
-void printKeys(const Json& answer, std::ostream& out);   // a table
+void printKeys(const Json& answer, std::ostream& out);   // a table, or one key
+void printMethods(const Json& answer, std::ostream& out);
+void printEvents(const Json& answer, std::ostream& out);
 void printClock(const Json& answer, std::ostream& out);
 void printStatus(const Json& answer, std::ostream& out);
 void printHistory(const Json& answer, std::ostream& out);  // a change on each line

@@ -20,6 +20,10 @@ Json readText(WordReader& words, std::string_view usage) {
   return text;
 }
 
+Json readOptionalText(WordReader& words, std::string_view usage) {
+  return words.done() ? Json() : readText(words, usage.substr(1, usage.size() - 2));
+}
+
 Json readInteger(WordReader& words, std::string_view usage) {
   return words.integer(usage);
 }

@@ -15,6 +15,7 @@ inline constexpr int kMostRows = 1000;
 // that are left, and returns the value of the request's member. `usage` is the word's text in the
 // usage line. Throws UsageError.
 [[nodiscard]] Json readText(WordReader& words, std::string_view usage);
+[[nodiscard]] Json readOptionalText(WordReader& words, std::string_view usage);  // or null
 [[nodiscard]] Json readInteger(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readChoice(WordReader& words, std::string_view usage);    // usage: "up|down"
 [[nodiscard]] Json readOption(WordReader& words, std::string_view usage);    // usage: "[--follow]"

@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "integration/OneLine.h"
 #include "integration/RestartableHost.h"
@@ -62,6 +64,41 @@ TEST(ClockCtlProgram, ReadsSetsAndResetsValues) {
   EXPECT_EQ(host.ctl({"reset"}).status, 0);
   EXPECT_EQ(host.ctl({"get", "date-format"}).out, "0\n");
   expectOneLine(host.ctl({"reset"}), 1, {"nothing was reset"});
+}
+
+// Without the first word, "clockctl".
+Words wordsOf(const json& example) {
+  std::istringstream text(example.get<std::string>());
+  Words words{std::istream_iterator<std::string>(text), {}};
+  words.erase(words.begin());
+  return words;
+}
+
+TEST(ClockCtlProgram, AcceptsTheExampleOfEachMethod) {
+  RunningHost host;
+  for (const json& method : json::parse(host.ctl({"methods", "--json"}).out).at("methods")) {
+    Words words = wordsOf(method.at("example"));
+    words.insert(words.begin(), "--json");
+    const Outcome outcome = host.ctl(words);
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const json reply = json::parse(outcome.out).at("reply");
+    EXPECT_EQ(reply.size(), method.at("reply").size()) << outcome.out;
+    for (const json& parameter : method.at("reply")) {
+      EXPECT_TRUE(reply.contains(parameter.at("name"))) << outcome.out;
+    }
+  }
+}
+
+TEST(ClockCtlProgram, AcceptsTheExampleOfEachKey) {
+  RunningHost host;
+  const json keys = json::parse(host.ctl({"keys", "--json"}).out).at("keys");
+  EXPECT_EQ(keys.size(), 16U);
+  for (const json& row : keys) {
+    const std::string key = row.at("key");
+    const Outcome told = host.ctl({"keys", key, "--json"});
+    const Outcome outcome = host.ctl(wordsOf(json::parse(told.out).at("example")));
+    EXPECT_EQ(outcome.status, 0) << key << ": " << outcome.err;
+  }
 }
 
 TEST(ClockCtlProgram, ListsWhichProcessTriedWhatInTheSecurityLog) {

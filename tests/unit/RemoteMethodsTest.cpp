@@ -102,7 +102,7 @@ RemoteRow rowOf(const std::string& documented, const Example& example) {
 std::vector<RemoteRow> readProtocol() {
   std::ifstream document(REMOTE_PROTOCOL_DOCUMENT);
   std::vector<RemoteRow> rows;
-  for (std::string line; std::getline(document, line) && line != "## Events";)
+  for (std::string line; std::getline(document, line) && line != "## What the methods do";)
     if (line.rfind("| `", 0) == 0) rows.push_back(rowOf(line, kExamples.at(rows.size())));
   return rows;
 }

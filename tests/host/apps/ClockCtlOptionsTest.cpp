@@ -98,7 +98,8 @@ TEST(ClockCtlOptions, HelpListsOptionsAndVerbs) {
 }
 
 TEST(ClockCtlOptions, HelpForAVerbExplainsItsWordsAndNoOthers) {
-  const std::string keys = "  keys\n      list the management keys and their values\n";
+  const std::string keys =
+      "  keys [KEY]\n      list the management keys and their values, or tell what one accepts\n";
   for (const Words& words : {Words{"help", "keys"}, Words{"keys", "--help"}, Words{"keys", "-h"}}) {
     std::ostringstream out;
     EXPECT_EQ(readClockCtlOptions(words, "/default", out), std::nullopt);

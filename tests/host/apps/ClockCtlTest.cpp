@@ -150,6 +150,19 @@ TEST_F(SocketsOfAnotherUser, AreRefusedWithStatusOneAndWhatToDo) {
   }
 }
 
+TEST(ClockCtl, TellsMethodsAndEventsWithoutAHost) {
+  const Outcome method = run("methods setTimeInt", "/nowhere");
+  EXPECT_EQ(method.status, 0) << method.err;
+  EXPECT_TRUE(method.out.starts_with("method       setTimeInt\n")) << method.out;
+  EXPECT_EQ(Json::parse(run("--json events", "/nowhere").out).at("events").size(), 4U);
+  expectOneLine(run("methods getTme", "/nowhere"), 2, {"did you mean \"getTime\"?"});
+  expectOneLine(run("methods x", "/nowhere"), 2,
+                {"no method \"x\"; `clockctl methods` lists them"});
+  expectOneLine(run("events x", "/nowhere"), 2,
+                {"no event \"x\"; there are timezoneChangeEvent, timeChangeEvent, dateChangeEvent, "
+                 "alarmClockEvent"});
+}
+
 TEST(ClockCtl, HelpIsStatusZero) {
   const Outcome outcome = run("--help", "/nowhere");
   EXPECT_EQ(outcome.status, 0);

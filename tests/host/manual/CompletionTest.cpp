@@ -47,6 +47,10 @@ TEST(Completion, KnowsKeysAndMethods) {
   for (const auto& row : remoteMethods()) {
     EXPECT_TRUE(has(wordsAt("call"), std::string(row.name) + ' ')) << row.name;
   }
+  EXPECT_EQ(wordsAt("keys"), wordsAt("get"));
+  EXPECT_EQ(wordsAt("methods"), wordsAt("call"));
+  EXPECT_EQ(wordsAt("events"),
+            "timezoneChangeEvent timeChangeEvent dateChangeEvent alarmClockEvent ");
 }
 
 TEST(Completion, HasAllOfItInEachShell) {

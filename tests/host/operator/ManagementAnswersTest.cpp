@@ -164,6 +164,24 @@ TEST_F(ManagedTelephone, ListsKeysInTableOrderWithCorrectSettable) {
   }
 }
 
+TEST_F(ManagedTelephone, TellsAboutOneKey) {
+  EXPECT_EQ(
+      telephone.request({{"verb", "keys"}, {"key", "date-format"}}),
+      (Json{{"ok", true},
+            {"key", "date-format"},
+            {"value", "0"},
+            {"settable", true},
+            {"state", 0},
+            {"meaning", "how dates are shown"},
+            {"values", "0 day.month.year, 1 year-month-day, 2 month/day/year; stored unchecked"},
+            {"effect", "used from now on; observers are not notified"},
+            {"example", "clockctl set date-format 1"}}));
+  EXPECT_EQ(telephone.request({{"verb", "keys"}, {"key", "daylight-save-zone-text"}}).at("example"),
+            "clockctl get daylight-save-zone-text");
+  EXPECT_EQ(errorIn(telephone.request({{"verb", "keys"}, {"key", "tim"}})),
+            "no key \"tim\"; did you mean \"time\"?");
+}
+
 TEST_F(ManagedTelephone, SaysThatNoClockAnswers) {
   telephone.device().management().dropAgents();
   EXPECT_EQ(errorIn(get("time")), "\"time\" cannot be read; no clock answers");

@@ -1,8 +1,8 @@
 #include "verbs/MethodCatalogue.h"
-#include "verbs/NamedRows.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <filesystem>
@@ -10,6 +10,9 @@
 #include <set>
 #include <string>
 #include <vector>
+
+#include "verbs/CallWords.h"
+#include "verbs/NamedRows.h"
 
 namespace host {
 namespace {
@@ -49,6 +52,40 @@ std::vector<std::string> documentedRows(const std::string& heading) {
   return rows;
 }
 
+// "`setTimeHours` 0-23; `setTimeMinutes` 0-59"
+std::string valuesCell(const MethodParameters& parameters) {
+  std::string cell;
+  for (const MethodParameter& each : parameters) {
+    cell.append(cell.empty() ? "`" : "; `").append(each.name).append("` ").append(each.values);
+  }
+  return cell.empty() ? "–" : cell;
+}
+
+TEST(RemoteMethodTable, HasTypeValuesAndAnExampleOfEachRequestParameter) {
+  const auto check = [](const MethodRow& row) {
+    EXPECT_NE(row.meaning, "") << row.name;
+    for (const MethodParameter& each : row.request) {
+      EXPECT_NE(each.values, "") << each.name;
+      EXPECT_NE(each.example, "") << each.name;
+      const Parameter sent =
+          parseArgument(std::string(each.name) + '=' + std::string(each.example));
+      EXPECT_EQ(sent.getType() == Parameter::integer, typeName(each.type) == "int") << each.name;
+    }
+  };
+  std::for_each(remoteMethods().begin(), remoteMethods().end(), check);
+  std::for_each(remoteEvents().begin(), remoteEvents().end(), check);
+}
+
+TEST(RemoteProtocolPage, SaysWhatEachMethodDoesAndTakes) {
+  const auto rows = documentedRows("What the methods do");
+  ASSERT_EQ(rows.size(), remoteMethods().size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const MethodRow& method = remoteMethods()[i];
+    EXPECT_EQ(rows[i], "| `" + std::string(method.name) + "` | " + std::string(method.meaning) +
+                           " | " + valuesCell(method.request) + " |");
+  }
+}
+
 TEST(RemoteProtocolPage, HasTheMethodsInTheirOrder) {
   const auto rows = documentedRows("Methods");
   ASSERT_EQ(rows.size(), remoteMethods().size());
@@ -69,6 +106,7 @@ TEST(RemoteProtocolPage, HasTheEventsInTheirOrder) {
     const std::string row =
         "| `" + std::string(event.name) + "` | " + parameterCell(event.request, "");
     EXPECT_EQ(rows[i].substr(0, row.size()), row);
+    EXPECT_TRUE(rows[i].ends_with(" | " + std::string(event.meaning) + " |")) << rows[i];
   }
 }
 

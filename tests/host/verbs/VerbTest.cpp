@@ -42,8 +42,12 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      write a management value\n"
       "  reset\n"
       "      restore the device's default date and time formats\n"
-      "  keys\n"
-      "      list the management keys and their values\n"
+      "  keys [KEY]\n"
+      "      list the management keys and their values, or tell what one accepts\n"
+      "  methods [METHOD]\n"
+      "      list the methods of the service, or tell what one does and takes\n"
+      "  events [EVENT]\n"
+      "      list the events of the service, or tell when one is raised\n"
       "  watch [--count N]\n"
       "      print the service's events as they arrive\n"
       "  clock [ACTION]\n"
@@ -109,6 +113,10 @@ TEST(Verb, WordsBecomeRequests) {
       {"set ntp-secret \"\"", R"({"verb":"set","key":"ntp-secret","value":""})"},
       {"reset", R"({"verb":"reset"})"},
       {"keys", R"({"verb":"keys"})"},
+      {"keys time", R"({"verb":"keys","key":"time"})"},
+      {"methods", R"({"verb":"methods"})"},
+      {"methods getTime", R"({"verb":"methods","name":"getTime"})"},
+      {"events dateChangeEvent", R"({"verb":"events","name":"dateChangeEvent"})"},
       {"watch", R"({"verb":"watch","count":0})"},
       {"watch --count 3", R"({"verb":"watch","count":3})"},
       {"clock", R"({"verb":"clock","action":"show"})"},
@@ -174,6 +182,7 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"get a b", "\"b\" is one word too many"},
       {"set a", "VALUE is missing"},
       {"reset now", "\"now\" is one word too many"},
+      {"keys a b", "\"b\" is one word too many (usage: keys [KEY])"},
       {"watch 5", "\"5\" is one word too many"},
       {"watch --count 0", "1 or more"},
       {"watch --count x", "\"x\" is not a number"},
@@ -244,7 +253,7 @@ bool isShortLine(const std::string& error) {
 void expectOutsideWordsAreRefused(Words line, const VerbWords& expected) {
   for (const VerbWord& word : expected) {
     if (word.usage.empty()) return;
-    const bool isText = word.read == readText;
+    const bool isText = word.read == readText || word.read == readOptionalText;
     Words outside = {"\xff"};
     if (!isText) outside.insert(outside.end(), {"", "a\nb", kHuge, std::string(100'000, 'x')});
     for (const std::string& text : outside) {
@@ -252,7 +261,7 @@ void expectOutsideWordsAreRefused(Words line, const VerbWords& expected) {
       const std::string error = requestFor(line);
       EXPECT_NE(error.front(), '{') << line[0] << ' ' << word.usage << ' ' << text.substr(0, 40);
       EXPECT_TRUE(isShortLine(error)) << error;
-      EXPECT_TRUE(!isText || error == std::string(word.usage) + " must be UTF-8 text") << error;
+      EXPECT_TRUE(!isText || error.ends_with(" must be UTF-8 text")) << error;
       line.pop_back();
     }
     line.emplace_back("5");  // a key, a plug or a method

@@ -1,4 +1,4 @@
-#include "scenario/ScenarioNames.h"
+#include "verbs/KnownNames.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ std::set<std::string> setOf(std::span<const std::string_view> names) {
   return {names.begin(), names.end()};
 }
 
-TEST(ScenarioNames, AreThoseOfTheService) {
+TEST(KnownNames, AreThoseOfTheService) {
   EXPECT_EQ(setOf(storageKeys()), namesIn("SettingKeys.h"));
   std::set<std::string> keys = setOf(namesOf(managementKeys()));
   keys.merge(setOf(deviceValues()));

@@ -2,13 +2,19 @@
 
 #include <span>
 #include <string>
-#include <string_view>
 
 #include "verbs/Json.h"
 
-// The names that a scenario may use, so that a mistyped one is refused before anything runs. The
-// require functions throw UsageError with the nearest known name. Pure; thread: any.
+// The names that commands and scenarios use, so that a mistyped one is refused before anything is
+// done. The require functions throw UsageError with the nearest known name, or with all of them.
+// Pure; thread: any.
 namespace host {
+
+struct MethodRow;
+
+// The result is a row of the catalogue.
+[[nodiscard]] const MethodRow& requireMethod(const std::string& name);
+[[nodiscard]] const MethodRow& requireEvent(const std::string& name);
 
 void requireManagementKey(const std::string& key);
 void requireStorageKey(const std::string& key);

@@ -1,4 +1,4 @@
-#include "scenario/ScenarioNames.h"
+#include "verbs/KnownNames.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -6,6 +6,7 @@
 #include "base/PrintableText.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/KeyCatalogue.h"
+#include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
 
@@ -40,6 +41,17 @@ void requireName(const char* kind, const std::string& name,
 }
 
 }  // namespace
+
+const MethodRow& requireMethod(const std::string& name) {
+  if (const MethodRow* const row = rowNamed(remoteMethods(), name)) return *row;
+  throw UsageError("no method " + quotedText(name) +
+                   suggestion(name, namesOf(remoteMethods()), "; `clockctl methods` lists them"));
+}
+
+const MethodRow& requireEvent(const std::string& name) {
+  requireName("event", name, namesOf(remoteEvents()));
+  return *rowNamed(remoteEvents(), name);
+}
 
 void requireManagementKey(const std::string& key) {
   requireName("key", key, namesOf(managementKeys()));
