@@ -19,6 +19,7 @@
 #include "remote/RemoteClient.h"
 #include "verbs/CallWords.h"
 #include "verbs/CatalogueAnswers.h"
+#include "verbs/CheckedRequest.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/JsonText.h"
 #include "verbs/MethodCatalogue.h"
@@ -73,7 +74,9 @@ class Command {
         m_request(requestOf(m_verb, options.verb)),
         m_session(session),
         m_out(out),
-        m_err(err) {}
+        m_err(err) {
+    if (!options.raw) m_request = checkedRequest(std::move(m_request));
+  }
 
   void run() {
     switch (m_verb.route) {

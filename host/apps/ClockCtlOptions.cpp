@@ -50,13 +50,15 @@ OptionParser clockCtlOptionParser(ClockCtlOptions& options) {
   parser.add({"--timeout", "SECONDS", "How long to wait for a reply",
               [&](const std::string& text) { return takeTimeout(text, options); },
               "2 for call and watch, 60 for clock advance and to, else 5"});
+  parser.addFlag("--raw", "Send any names and values, as given, to test what a host does with them",
+                 options.raw);
   return parser;
 }
 
 std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> words,
                                                    const std::filesystem::path& defaultSocket,
                                                    std::ostream& out) {
-  ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, {}};
+  ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, false, {}};
   OptionParser parser = clockCtlOptionParser(options);
   const OptionParser::Request request = parser.read(words);
   options.verb = parser.arguments();

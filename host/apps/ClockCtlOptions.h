@@ -18,6 +18,7 @@ struct ClockCtlOptions {
   std::filesystem::path controlSocket;
   bool json = false;
   std::optional<std::chrono::milliseconds> timeout;  // more than 0, up to a day
+  bool raw = false;                                  // names and values are not checked
   std::vector<std::string> verb;                     // with its arguments
 };
 

@@ -28,7 +28,9 @@ std::vector<Candidate> optionsIn(std::string_view usage) {
 }
 
 std::vector<Candidate> wordsFor(std::string_view usage) {
-  if (usage == "KEY" || usage == "[KEY]") return candidates(namesOf(managementKeys()));
+  if (usage == "KEY" || usage == "[KEY]" || usage == "KEY VALUE") {
+    return candidates(namesOf(managementKeys()));
+  }
   if (usage == "METHOD" || usage == "[METHOD]") return candidates(namesOf(remoteMethods()));
   if (usage == "[EVENT]") return candidates(namesOf(remoteEvents()));
   const auto listed = candidates(listedValues(usage));

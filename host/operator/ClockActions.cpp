@@ -91,8 +91,9 @@ void requireInRange(const std::string& local, seconds instant) {
   }
 }
 
-// The one instant of a local time under the zone of the device.
-seconds instantOf(const std::string& text) {
+}  // namespace
+
+seconds instantOfLocalTime(const std::string& text) {
   const auto local = parseLocal(text);
   if (!local) {
     throw Error(quotedText(text) + " is not a local time; write " + std::string(kLocalForms));
@@ -108,6 +109,8 @@ seconds instantOf(const std::string& text) {
   requireInRange(text, instants.front());
   return instants.front();
 }
+
+namespace {
 
 // Rounded up: less than a second left is shown as one.
 std::string leftText(nanoseconds duration) {
@@ -184,7 +187,7 @@ void actOnClockJump(Controller& controller, const Json& request, const Channel& 
   changeAtOnce(controller, request, channel, [&](VirtualClock& clock) {
     const bool local = request.contains("local");
     const seconds instant =
-        local ? instantOf(textMember(request, "local"))
+        local ? instantOfLocalTime(textMember(request, "local"))
               : seconds(numberMember(request, "seconds", 0, kLastInstant.count()));
     const CauseScope cause({"clock", "jump"});
     if (clock.setWall(instant)) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -27,6 +28,10 @@ HostAction actOnClockShow, actOnClockSpeed, actOnClockPause, actOnClockAdvance, 
     actOnClockJump, actOnClockTo;
 HostAction actOnInjectJack, actOnInjectNetwork, actOnInjectDhcp, actOnInjectMobility,
     actOnInjectUserData, actOnInjectValue;
+
+// The one instant of a local time under the zone of the device. Throws host::Error: another form,
+// skipped by daylight saving, comes twice, or outside the years 1970-2199.
+[[nodiscard]] std::chrono::seconds instantOfLocalTime(const std::string& text);
 
 // The answer to `clock show`.
 [[nodiscard]] Json clockState(Controller& controller);

@@ -14,6 +14,8 @@
 #include "verbs/DidYouMean.h"
 #include "verbs/KeyCatalogue.h"
 #include "verbs/NamedRows.h"
+#include "verbs/TimeText.h"
+#include "verbs/VerbWords.h"
 
 namespace host {
 namespace {
@@ -43,6 +45,12 @@ std::string whyRefused(const LocalManagement& management, const std::string& key
   if (!row->settable) return quotedText(key) + " cannot be set";
   return quotedText(key) + " refused " + quotedText(value) + "; it takes " +
          std::string(row->values);
+}
+
+std::string valueToSet(const Json& request) {
+  const bool local = request.contains("local") && textMember(request, "key") == kTimeKey;
+  return local ? longInstantText(instantOfLocalTime(textMember(request, "local")))
+               : textMember(request, "value");
 }
 
 // Runs the body on the management thread with the client's origin, unless the client is gone by
@@ -93,7 +101,7 @@ void actOnGet(Controller& controller, const Json& request, const Channel& channe
 }
 
 void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
-  auto set = [key = textMember(request, "key"), value = textMember(request, "value")](
+  auto set = [key = textMember(request, "key"), value = valueToSet(request)](
                  LocalManagement& management, const Channel& client) {
     const std::uint64_t failedBefore = failedWritesHere();
     if (management.set(key, value)) return answerDone(client);

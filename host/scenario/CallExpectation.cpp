@@ -3,17 +3,14 @@
 #include <algorithm>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "base/PrintableText.h"
 #include "scenario/EventExpectation.h"
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "verbs/CallWords.h"
-#include "verbs/KnownNames.h"
+#include "verbs/KnownCall.h"
 #include "verbs/MethodCatalogue.h"
-#include "verbs/NamedRows.h"
 #include "verbs/WordReader.h"
 
 namespace host {
@@ -25,40 +22,20 @@ using Type = MethodParameter::Type;
   throw ScenarioFailure("expected " + expected + ", got " + got);
 }
 
-struct Call {
-  const MethodRow* method;
-  Method request;
-  std::vector<std::string> wanted{};  // NAME=VALUE of the reply
-};
-
 std::string nameIn(const std::string& word) {
   return word.substr(0, word.find_first_of(":="));
 }
 
-Call readCall(WordReader& words) {
+KnownCall readCall(WordReader& words) {
   const std::string& name = words.next("METHOD");
-  const MethodRow& method = requireMethod(name);
-  std::vector<std::string> arguments;
-  std::vector<std::string> wanted;
-  for (const std::string& word : words.rest()) {
-    static_cast<void>(parseArgument(word));
-    const std::string parameter = nameIn(word);
-    const bool sent = rowNamed(method.request, parameter) != nullptr;
-    if (!sent && rowNamed(method.reply, parameter) == nullptr) {
-      WordReader::fail(quotedText(parameter) + " is not a parameter of " + name +
-                       suggestionFor(method, parameter));
-    }
-    (sent ? arguments : wanted).push_back(word);
-  }
-  return {&method, callOf(name, arguments), std::move(wanted)};
+  return knownCall(name, words.rest());
 }
 
 // The words of a step that does not look at the reply.
-Call readRequest(WordReader& words) {
-  Call call = readCall(words);
-  if (call.wanted.empty()) return call;
-  WordReader::fail(quotedText(nameIn(call.wanted.front())) +
-                   " is in the reply; write `expect call` to check it");
+KnownCall readRequest(WordReader& words) {
+  KnownCall call = readCall(words);
+  requireRequestOnly(call, "write `expect call` to check it");
+  return call;
 }
 
 void requireReplies(const MethodRow& method) {
@@ -66,27 +43,12 @@ void requireReplies(const MethodRow& method) {
   WordReader::fail(std::string(method.name) + " never replies; write `call`, and check its effect");
 }
 
-// The service would refuse such a call, or ignore it without a reply.
-void requireComplete(const Call& call) {
-  const auto& given = call.request.getParameters();
-  for (const MethodParameter& parameter : call.method->request) {
-    const std::string name(parameter.name);
-    const auto found = std::find_if(given.begin(), given.end(),
-                                    [&](const Parameter& each) { return each.getName() == name; });
-    if (found == given.end()) WordReader::fail("the parameter " + name + " is missing");
-    const bool isInt = found->getType() == Parameter::integer;
-    if (isInt == (parameter.type == Type::integer)) continue;
-    if (isInt) WordReader::fail(name + " is a string; write it as NAME:string=VALUE");
-    WordReader::fail(name + " is an int, not " + quotedText(valueText(*found)));
-  }
-}
-
 // The service replies without parameters to a request that it does not understand.
 bool isRefusal(const std::optional<Method>& reply) {
   return !reply || reply->getParameters().empty();
 }
 
-Method replyOf(const Call& call, ScenarioDevice& device) {
+Method replyOf(const KnownCall& call, ScenarioDevice& device) {
   Method copy = call.request;
   if (!call.method->replies()) {
     static_cast<void>(device.call(copy));
@@ -126,28 +88,28 @@ void requireReturnsBool(const MethodRow& method) {
 }  // namespace
 
 std::function<void(ScenarioDevice&)> callStep(WordReader& words) {
-  const Call call = readRequest(words);
+  const KnownCall call = readRequest(words);
   requireComplete(call);
   return [call](ScenarioDevice& device) { requireNoFalse(replyOf(call, device), {}); };
 }
 
 std::function<void(ScenarioDevice&)> expectCall(WordReader& words) {
-  const Call call = readCall(words);
+  const KnownCall call = readCall(words);
   requireReplies(*call.method);
   requireComplete(call);
   return [call](ScenarioDevice& device) {
     const Method reply = replyOf(call, device);
-    requireParameters("a reply with ", call.wanted, reply);
-    requireNoFalse(reply, call.wanted);
+    requireParameters("a reply with ", call.ofReply, reply);
+    requireNoFalse(reply, call.ofReply);
   };
 }
 
 std::function<void(ScenarioDevice&)> expectFalseCall(WordReader& words) {
-  const Call call = readCall(words);
+  const KnownCall call = readCall(words);
   requireReturnsBool(*call.method);
   return [call](ScenarioDevice& device) {
     const Method reply = replyOf(call, device);
-    requireParameters("a reply with ", call.wanted, reply);
+    requireParameters("a reply with ", call.ofReply, reply);
     const auto& parameters = reply.getParameters();
     if (std::none_of(parameters.begin(), parameters.end(), isFalse)) {
       failCall("a reply of false", parametersText(reply));
@@ -156,7 +118,7 @@ std::function<void(ScenarioDevice&)> expectFalseCall(WordReader& words) {
 }
 
 std::function<void(ScenarioDevice&)> expectNoReply(WordReader& words) {
-  const Call call = readRequest(words);
+  const KnownCall call = readRequest(words);
   requireReplies(*call.method);
   return [call](ScenarioDevice& device) {
     Method copy = call.request;

@@ -10,9 +10,9 @@
 #include "scenario/Scenario.h"
 #include "scenario/ScenarioDevice.h"
 #include "verbs/CallWords.h"
-#include "verbs/DidYouMean.h"
+#include "verbs/KnownCall.h"
+#include "verbs/KnownNames.h"
 #include "verbs/MethodCatalogue.h"
-#include "verbs/NamedRows.h"
 #include "verbs/TimeText.h"
 #include "verbs/VerbWords.h"
 #include "verbs/WordReader.h"
@@ -63,11 +63,7 @@ WantedEvent readEvent(WordReader& words) {
   WantedEvent wanted{words.next("NAME"), {}};
   const MethodRow& event = requireEvent(wanted.name);
   for (const std::string& word : words.rest()) {
-    const std::string name = parseArgument(word).getName();
-    if (rowNamed(event.request, name) == nullptr) {
-      WordReader::fail(quotedText(name) + " is not a parameter of " + wanted.name +
-                       suggestionFor(event, name));
-    }
+    requireParameter(event, parseArgument(word).getName());
     wanted.parameters.push_back(word);
   }
   return wanted;
@@ -158,13 +154,6 @@ void requireParameters(const std::string& what, std::span<const std::string> wan
     text.append(what).append(word).append(", got ").append(got);
     throw ScenarioFailure(text);
   }
-}
-
-std::string suggestionFor(const MethodRow& method, std::string_view parameter) {
-  std::vector<std::string_view> names;
-  for (const MethodParameter& each : method.request) names.push_back(each.name);
-  for (const MethodParameter& each : method.reply) names.push_back(each.name);
-  return suggestion(parameter, names);
 }
 
 std::string listed(const std::vector<std::string>& texts) {

@@ -10,7 +10,6 @@
 
 namespace host {
 
-struct MethodRow;
 class ScenarioDevice;
 class WordReader;
 
@@ -29,9 +28,6 @@ class WordReader;
 // Throws ScenarioFailure when `method` lacks one of the NAME=VALUE words. what: for its text.
 void requireParameters(const std::string& what, std::span<const std::string> wanted,
                        const Method& method);
-
-// "; did you mean ...?" among all parameters of the method.
-[[nodiscard]] std::string suggestionFor(const MethodRow& method, std::string_view parameter);
 
 // For failure texts: the last few of many, or "none".
 [[nodiscard]] std::string listed(const std::vector<std::string>& texts);

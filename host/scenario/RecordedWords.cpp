@@ -7,6 +7,7 @@
 #include "base/Ascii.h"
 #include "base/ReplaceAll.h"
 #include "verbs/CallWords.h"
+#include "verbs/CheckedRequest.h"
 #include "verbs/KnownNames.h"
 #include "verbs/MethodCatalogue.h"
 #include "verbs/NamedRows.h"
@@ -103,15 +104,19 @@ Words clockWords(const Json& request) {
 Words wordsOf(const Json& request) {
   if (request.at("verb") == "clock") return clockWords(request);
   Words words;
-  for (const char* const name : {"verb", "what", "key", "value", "plug", "status"}) {
-    if (request.contains(name)) words.push_back(textOf(request[name]));
+  for (const char* const name : {"verb", "what", "key", "value", "local", "plug", "status"}) {
+    if (!request.contains(name)) continue;
+    if (name == std::string_view("local")) words.emplace_back("local");
+    words.push_back(textOf(request[name]));
   }
   return words;
 }
 
-// Throws UsageError, Json::exception: a scenario refuses these words.
-void requireWritable(const Words& words, const Json& request) {
-  const Json read = requestOf(verbOf(words), words);
+// Throws UsageError, Json::exception: a scenario refuses these words. done: not in `expect
+// refused`.
+void requireWritable(const Words& words, const Json& request, bool done) {
+  Json read = requestOf(verbOf(words), words);
+  if (done) read = checkedRequest(std::move(read));
   if (nlohmann::json(read) != nlohmann::json(request)) throw UsageError("it has further members");
   requireKnownKey(request);
 }
@@ -158,7 +163,7 @@ std::optional<RecordedStep> recordedRequest(const Json& request, const Json& rep
   if (reply.value("error", "") == kShuttingDown) return std::nullopt;
   try {
     Words words = wordsOf(request);
-    requireWritable(words, request);
+    requireWritable(words, request, done);
     if (!done) return RecordedStep{"expect refused " + lineOf(words)};
     const bool expected = words.front() == "get" && certain && reply.contains("value");
     if (expected) words.push_back(textOf(reply["value"]));

@@ -14,6 +14,7 @@
 #include "scenario/ScenarioExpectations.h"
 #include "scenario/ScenarioPaths.h"
 #include "scenario/ScenarioWords.h"
+#include "verbs/CheckedRequest.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/KnownNames.h"
 #include "verbs/NamedRows.h"
@@ -75,7 +76,7 @@ constexpr SetupLine kSetup[] = {
 
 Run runVerb(std::span<const std::string> words) {
   const Verb& verb = verbOf(words);
-  const Json request = requestOf(verb, words);
+  Json request = requestOf(verb, words);
   if (verb.route == Verb::Route::catalogue) {
     throw UsageError("a scenario cannot list names; leave out " + std::string(verb.name));
   }
@@ -91,7 +92,7 @@ Run runVerb(std::span<const std::string> words) {
     WordReader call(words.subspan(1), "call METHOD [NAME=VALUE ...]");
     return callStep(call);
   }
-  requireKnownKey(request);
+  request = checkedRequest(std::move(request));
   return [request](ScenarioDevice& device) {
     const Json answer = device.request(request);
     if (!answer.value("ok", false)) {

@@ -13,7 +13,9 @@ constexpr std::string_view kClient =
     "the NTP client is restarted if the network is up and a server is set";
 
 constexpr ManagementKey kKeys[] = {
-    {"time", true, "now, as a UTC string", "an instant of the years 1970-2037, 25 characters",
+    {"time", true, "now, as a UTC string",
+     "an instant of the years 1970-2037, 25 characters; `clockctl set` also takes "
+     "`2026-03-08T06:59:50Z` and `local 2026-03-08 01:59:50`",
      "the date and then the time are set by hand; across a daylight-saving change, set it twice",
      "2026-03-08T06:59:50+00:00"},
     {"simple-time", true, "the local time", "HH:MM, cut by position; not empty, not ???",

@@ -9,15 +9,31 @@
 
 namespace host {
 
-Json readText(WordReader& words, std::string_view usage) {
-  Json text = words.next(usage);
+namespace {
+
+// JSON carries UTF-8 only, and so does the host's store.
+Json utf8Text(const std::string& word, std::string_view usage) {
+  Json text = word;
   try {
     static_cast<void>(text.dump());
   } catch (const Json::type_error&) {
-    // JSON carries UTF-8 only, and so does the host's store.
     WordReader::fail(std::string(usage) + " must be UTF-8 text");
   }
   return text;
+}
+
+}  // namespace
+
+Json readText(WordReader& words, std::string_view usage) {
+  return utf8Text(words.next(usage), usage);
+}
+
+Json readSetting(WordReader& words, std::string_view) {
+  const Json key = readText(words, "KEY");
+  if (key != kTimeKey) return {{"key", key}, {"value", readText(words, "VALUE")}};
+  words.require("VALUE");
+  const char* const member = words.accept("local") ? "local" : "value";
+  return {{"key", key}, {member, utf8Text(words.restAsText(), "VALUE")}};
 }
 
 Json readOptionalText(WordReader& words, std::string_view usage) {

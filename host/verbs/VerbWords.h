@@ -8,6 +8,9 @@ namespace host {
 
 class WordReader;
 
+// The key that `set` gives an instant or a local time.
+inline constexpr std::string_view kTimeKey = "time";
+
 // The most rows that `history` and `upcoming` list.
 inline constexpr int kMostRows = 1000;
 
@@ -16,6 +19,8 @@ inline constexpr int kMostRows = 1000;
 // usage line. Throws UsageError.
 [[nodiscard]] Json readText(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readOptionalText(WordReader& words, std::string_view usage);  // or null
+// {"key": KEY, "value": TEXT}, or for the key time {"key": "time", "local": TEXT}
+[[nodiscard]] Json readSetting(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readInteger(WordReader& words, std::string_view usage);
 [[nodiscard]] Json readChoice(WordReader& words, std::string_view usage);    // usage: "up|down"
 [[nodiscard]] Json readOption(WordReader& words, std::string_view usage);    // usage: "[--follow]"

@@ -44,10 +44,12 @@ TEST(ClockCtlProgram, DoesNotReportAOneWayCallToAStoppedHostAsDone) {
   EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=60"}).status, 0);
 }
 
-TEST(ClockCtlProgram, SuggestsAMethodWhenAnUnknownOneGetsNoReply) {
+TEST(ClockCtlProgram, SendsAnythingOnPurpose) {
   RunningHost host;
-  expectOneLine(host.ctl({"--timeout", "0.2", "call", "get\nTme"}), 1,
+  expectOneLine(host.ctl({"--raw", "--timeout", "0.2", "call", "get\nTme"}), 1,
                 {"no method \"get\\nTme\"; did you mean \"getTime\"?"});
+  EXPECT_EQ(host.ctl({"--raw", "call", "setTime", "hours=9"}).out, "setTimeReturn=false\n");
+  expectOneLine(host.ctl({"--raw", "get", "tine"}), 1, {"no key \"tine\"; did you mean \"time\"?"});
   EXPECT_NE(host.ctl({"log"}).out.find("Invalid Message"), std::string::npos);
 }
 

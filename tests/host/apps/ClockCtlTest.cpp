@@ -150,6 +150,45 @@ TEST_F(SocketsOfAnotherUser, AreRefusedWithStatusOneAndWhatToDo) {
   }
 }
 
+TEST(ClockCtl, WrongNamesAreRefusedWithoutAHost) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"call getTme", "no method \"getTme\"; did you mean \"getTime\"?"},
+      {"call x", "no method \"x\"; `clockctl methods` lists them"},
+      {"call setTimeInt x=1",
+       "\"x\" is not a parameter of setTimeInt (usage: setTimeInt setTime=INT)"},
+      {"call getTime x=1", "\"x\" is not a parameter of getTime (usage: getTime)"},
+      {"call setTimeInt stTime=1",
+       "\"stTime\" is not a parameter of setTimeInt; did you mean \"setTime\"?"},
+      {"call setTimeInt", "the parameter setTime is missing (usage: setTimeInt setTime=INT)"},
+      {"call setTimeInt setTime=noon", "setTime is an int, not \"noon\""},
+      {"call setTimeInt setTime:string=5", "setTime is an int, not \"5\""},
+      {"call getDateUTCStr getDateUTCStrString=5",
+       "getDateUTCStrString is a string; write getDateUTCStrString:string=5"},
+      {"call getTime getTimeStringReturn=x",
+       "\"getTimeStringReturn\" is in the reply; leave it out"},
+      {"get tine", "no key \"tine\"; did you mean \"time\"?"},
+      {"set dalight-save true", "no key \"dalight-save\"; did you mean \"daylight-save\"?"},
+      {"set time noon",
+       "set time: \"noon\" is not an instant; write `2026-03-08T06:59:50Z`, "
+       "`2026-03-08T06:59:50+00:00` or `local 2026-03-08 01:59:50`, in the years 1970-2037"},
+      {"set time local noon",
+       "set time: \"noon\" is not a local time; write `2026-03-08T06:59:50Z`, "
+       "`2026-03-08T06:59:50+00:00` or `local 2026-03-08 01:59:50`, in the years 1970-2037"},
+      {"set time 2026-03-08 01:59:50",
+       "set time: \"2026-03-08 01:59:50\" is not an instant; write `local` before it"},
+      {"keys tine", "no key \"tine\"; did you mean \"time\"?"},
+      {"inject user-data tine on", "no key \"tine\"; did you mean \"time\"?"},
+      {"inject value mac-adr x", "no device value \"mac-adr\"; did you mean \"mac-addr\"?"},
+  };
+  for (const auto& [line, error] : rows) {
+    const Outcome outcome = run(line, "/nowhere");
+    EXPECT_EQ(outcome.status, 2) << line;
+    EXPECT_EQ(outcome.err, "clockctl: " + std::string(error) + '\n');
+    EXPECT_EQ(run("--raw " + std::string(line), "/nowhere").status, 3) << line;
+  }
+  expectOneLine(run("get x", "/nowhere"), 2, {"no key \"x\"; there are time, simple-time, "});
+}
+
 TEST(ClockCtl, TellsMethodsAndEventsWithoutAHost) {
   const Outcome method = run("methods setTimeInt", "/nowhere");
   EXPECT_EQ(method.status, 0) << method.err;

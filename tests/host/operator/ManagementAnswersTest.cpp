@@ -164,6 +164,21 @@ TEST_F(ManagedTelephone, ListsKeysInTableOrderWithCorrectSettable) {
   }
 }
 
+TEST_F(ManagedTelephone, SetsALocalTime) {
+  const auto setLocal = [&](const char* key, const char* local) {
+    return telephone.request({{"verb", "set"}, {"key", key}, {"local", local}});
+  };
+  ASSERT_EQ(set("sntp-tz-offset", "-5").at("ok"), true);
+  ASSERT_EQ(telephone.request({{"verb", "clock"}, {"action", "advance"}, {"seconds", 1}}).at("ok"),
+            true);
+  EXPECT_EQ(setLocal("time", "2026-03-08 01:59:50").at("ok"), true);
+  EXPECT_EQ(get("time").at("value"), "2026-03-08T06:59:50+00:00");
+  EXPECT_EQ(errorIn(setLocal("time", "noon")),
+            "\"noon\" is not a local time; write `2026-03-08 01:59:50`, in the years 1970-2199");
+  EXPECT_EQ(errorIn(setLocal("simple-time", "2026-03-08 01:59:50")),
+            "the request needs a string member \"value\"");
+}
+
 TEST_F(ManagedTelephone, TellsAboutOneKey) {
   EXPECT_EQ(
       telephone.request({{"verb", "keys"}, {"key", "date-format"}}),

@@ -143,6 +143,17 @@ TEST_F(Recorder, RefusalsAreExpected) {
                             R"(# not replayed: {"verb":"get","key":"nope"}  # no key "nope")"}));
 }
 
+TEST_F(Recorder, ATimeIsSetAsAScenarioTakesIt) {
+  request({{"verb", "set"}, {"key", "time"}, {"local", "2026-03-08 01:59:50"}}, 0);
+  answer(kDone, 0);
+  request({{"verb", "set"}, {"key", "time"}, {"value", "2016-12-31T23:59:60+00:00"}}, 0);
+  answer(kDone, 0);
+  const Lines written = taken();
+  ASSERT_EQ(written.size(), 2U);
+  EXPECT_EQ(written[0], "set time local \"2026-03-08 01:59:50\"  # client-7");
+  EXPECT_TRUE(written[1].starts_with("# not replayed: ")) << written[1];
+}
+
 TEST_F(Recorder, AnOutsideChangeOfTheClockIsAJump) {
   request(kSet, 0);
   jumped = 50 * kSecond;

@@ -39,7 +39,7 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "  get KEY\n"
       "      read a management value\n"
       "  set KEY VALUE\n"
-      "      write a management value\n"
+      "      write a management value; `time` takes UTC or `local TIME`\n"
       "  reset\n"
       "      restore the device's default date and time formats\n"
       "  keys [KEY]\n"
@@ -111,6 +111,12 @@ TEST(Verb, WordsBecomeRequests) {
       {"get unknown", R"({"verb":"get","key":"unknown"})"},
       {"set sntp-tz-offset -5", R"({"verb":"set","key":"sntp-tz-offset","value":"-5"})"},
       {"set ntp-secret \"\"", R"({"verb":"set","key":"ntp-secret","value":""})"},
+      {"set ntp-secret local", R"({"verb":"set","key":"ntp-secret","value":"local"})"},
+      {"set time tomorrow", R"({"verb":"set","key":"time","value":"tomorrow"})"},
+      {"set time 2026-03-08 01:59:50",
+       R"({"verb":"set","key":"time","value":"2026-03-08 01:59:50"})"},
+      {"set time local 2026-03-08 01:59:50",
+       R"({"verb":"set","key":"time","local":"2026-03-08 01:59:50"})"},
       {"reset", R"({"verb":"reset"})"},
       {"keys", R"({"verb":"keys"})"},
       {"keys time", R"({"verb":"keys","key":"time"})"},
@@ -181,6 +187,9 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"get", "KEY is missing"},
       {"get a b", "\"b\" is one word too many"},
       {"set a", "VALUE is missing"},
+      {"set", "KEY is missing (usage: set KEY VALUE)"},
+      {"set time", "VALUE is missing"},
+      {"set a b c", "\"c\" is one word too many"},
       {"reset now", "\"now\" is one word too many"},
       {"keys a b", "\"b\" is one word too many (usage: keys [KEY])"},
       {"watch 5", "\"5\" is one word too many"},
