@@ -4,6 +4,7 @@
 #include <charconv>
 #include <exception>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 #include "Report.h"
 #include "apps/OptionParser.h"
 #include "base/PrintableText.h"
+#include "base/ProgressLine.h"
 #include "verbs/DidYouMean.h"
 #include "verbs/NamedRows.h"
 #include "verbs/UsageError.h"
@@ -85,10 +87,13 @@ host::OptionParser parserInto(Options& options, std::span<const Figure> figures,
   return parser;
 }
 
-void addTo(Report& report, const Figure& figure) {
+void addTo(Report& report, const Figure& figure, host::ProgressLine& progress) {
   try {
-    report.add(figure, repeat(figure));
+    const Measured measured = repeat(figure);
+    progress.hide();
+    report.add(figure, measured);
   } catch (const std::exception& error) {
+    progress.hide();
     report.addFailure(figure, error.what());
   }
 }
@@ -97,12 +102,23 @@ void requireGood(const std::ofstream& stream, const std::filesystem::path& file)
   if (!stream) throw std::runtime_error(file.string() + ": cannot be written");
 }
 
-int measure(std::span<const Figure> figures, const Options& options, std::ostream& table) {
+// The figures to measure.
+std::vector<Figure> chosen(std::span<const Figure> figures, const Options& options) {
+  std::vector<Figure> found;
+  std::copy_if(figures.begin(), figures.end(), std::back_inserter(found),
+               [&](const Figure& figure) { return options.wants(figure.name); });
+  return found;
+}
+
+int measure(const std::vector<Figure>& figures, const Options& options, std::ostream& table,
+            std::ostream* progress) {
   std::ofstream json(options.json);
   requireGood(json, options.json);
   Report report(options.factor, table);
-  for (const Figure& figure : figures) {
-    if (options.wants(figure.name)) addTo(report, figure);
+  host::ProgressLine line(figures.size(), "figures", progress);
+  for (std::size_t i = 0; i < figures.size(); ++i) {
+    line.show(i);
+    addTo(report, figures[i], line);
   }
   json << report.json(options.commit) << std::flush;
   requireGood(json, options.json);
@@ -113,12 +129,14 @@ int measure(std::span<const Figure> figures, const Options& options, std::ostrea
 }  // namespace
 
 int run(std::span<const std::string> words, std::span<const Figure> figures,
-        const std::filesystem::path& json, std::ostream& table) {
+        const std::filesystem::path& json, std::ostream& table, std::ostream* progress) {
   Options options;
   options.json = json;
   const std::string onlyHelp = "Measure this figure, of " + listOf(figures) + "; may be repeated";
   host::OptionParser parser = parserInto(options, figures, onlyHelp);
-  return parser.readToRun(words, table) ? measure(figures, options, table) : 0;
+  return parser.readToRun(words, table)
+             ? measure(chosen(figures, options), options, table, progress)
+             : 0;
 }
 
 }  // namespace bench

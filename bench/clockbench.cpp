@@ -1,6 +1,7 @@
 // Measures the speed, memory and disk writes of the clock against minimal programs.
 #include <sched.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -14,6 +15,7 @@
 #include "Bench.h"
 #include "FigureTable.h"
 #include "base/PrintableText.h"
+#include "base/ProgressLine.h"
 #include "base/StandardOutput.h"
 #include "verbs/UsageError.h"
 
@@ -53,11 +55,12 @@ void pinToLastProcessor() {
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   try {
+    std::ostream* const progress = host::showsProgress(STDERR_FILENO) ? &std::cerr : nullptr;
     requireOptimised();
     clearEnvironment();
     pinToLastProcessor();
     const std::vector<std::string> words(argv + 1, argv + argc);
-    const int status = bench::run(words, bench::figures(), BENCH_JSON, std::cout);
+    const int status = bench::run(words, bench::figures(), BENCH_JSON, std::cout, progress);
     return status == 0 && !host::outputArrived("bench") ? 1 : status;
   } catch (const host::UsageError& error) {
     std::cerr << host::errorLine("bench", error.what());

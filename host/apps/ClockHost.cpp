@@ -16,6 +16,7 @@
 #include "apps/HostOptions.h"
 #include "base/Descriptor.h"
 #include "base/Error.h"
+#include "base/ProgressLine.h"
 #include "base/Version.h"
 #include "clock/VirtualClock.h"
 #include "framework/ApplicationLog.h"
@@ -100,7 +101,7 @@ VirtualClock::Source sourceOf(const HostOptions& options) {
 }
 
 int runScenarios(const HostOptions& options) {
-  const bool terminal = showsColours(STDERR_FILENO);
+  const bool terminal = showsProgress(STDERR_FILENO);
   return runScenarioSuite(options.plugin, options.scenarios, std::cout, std::cerr, terminal);
 }
 

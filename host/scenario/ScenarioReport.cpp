@@ -7,7 +7,6 @@
 #include "base/PrintableText.h"
 #include "base/ReplaceAll.h"
 #include "framework/XmlText.h"
-#include "verbs/TimeText.h"
 
 namespace host {
 namespace {
@@ -56,13 +55,17 @@ std::string tapName(const std::string& file) {
 
 ScenarioReport::ScenarioReport(std::span<const ScenarioCase> cases, bool tap, bool progress,
                                std::ostream& out, std::ostream& err)
-    : m_cases(cases), m_tap(tap), m_progress(progress), m_out(out), m_err(err) {
+    : m_cases(cases),
+      m_tap(tap),
+      m_out(out),
+      m_err(err),
+      m_progress(cases.size(), "scenarios", progress ? &err : nullptr) {
   if (m_tap) m_out << "TAP version 13\n1.." << cases.size() << std::endl;
   showProgress();
 }
 
 void ScenarioReport::update() {
-  hideProgress();
+  m_progress.hide();
   for (; m_printed < m_cases.size() && m_cases[m_printed].end != End::notRun; ++m_printed) {
     print(m_cases[m_printed], m_printed + 1);
   }
@@ -70,7 +73,7 @@ void ScenarioReport::update() {
 }
 
 void ScenarioReport::finish() {
-  hideProgress();
+  m_progress.hide();
   for (; m_printed < m_cases.size(); ++m_printed) print(m_cases[m_printed], m_printed + 1);
   if (m_tap || m_cases.size() > 1) m_out << (m_tap ? "# " : "") << summaryOf(m_cases) << std::endl;
 }
@@ -88,16 +91,9 @@ void ScenarioReport::print(const ScenarioCase& each, std::size_t number) {
 }
 
 void ScenarioReport::showProgress() {
-  if (!m_progress) return;
-  const std::size_t done = m_cases.size() - countOf(m_cases, End::notRun);
   const std::size_t failed = countOf(m_cases, End::failed);
-  m_err << done << " of " << m_cases.size() << " scenarios";
-  if (failed > 0) m_err << ", " << failed << " failed";
-  m_err << timeLeft(done, m_cases.size(), std::chrono::steady_clock::now() - m_start) << std::flush;
-}
-
-void ScenarioReport::hideProgress() {
-  if (m_progress) m_err << "\r\x1B[K" << std::flush;
+  m_progress.show(m_cases.size() - countOf(m_cases, End::notRun),
+                  failed > 0 ? ", " + std::to_string(failed) + " failed" : "");
 }
 
 std::string summaryOf(std::span<const ScenarioCase> cases) {
@@ -109,12 +105,6 @@ std::string summaryOf(std::span<const ScenarioCase> cases) {
   if (failed > 0) text += ", " + std::to_string(failed) + " failed";
   if (notRun > 0) text += ", " + std::to_string(notRun) + " not run";
   return text;
-}
-
-std::string timeLeft(std::size_t done, std::size_t all, std::chrono::steady_clock::duration since) {
-  if (done == 0 || done >= all) return "";
-  const auto left = since / static_cast<std::int64_t>(done) * static_cast<std::int64_t>(all - done);
-  return ", " + durationText(std::chrono::ceil<std::chrono::seconds>(left)) + " left";
 }
 
 std::string junitText(std::span<const ScenarioCase> cases) {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <iosfwd>
 #include <span>
 #include <string>
 
+#include "base/ProgressLine.h"
 #include "scenario/ScenarioProcesses.h"
 
 namespace host {
@@ -24,23 +24,17 @@ class ScenarioReport {
  private:
   void print(const ScenarioCase& each, std::size_t number);
   void showProgress();
-  void hideProgress();
 
   const std::span<const ScenarioCase> m_cases;
   const bool m_tap;
-  const bool m_progress;
   std::ostream& m_out;
   std::ostream& m_err;
-  const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+  ProgressLine m_progress;
   std::size_t m_printed = 0;  // cases
 };
 
 // "28 scenarios: 26 passed, 1 failed, 1 not run"
 [[nodiscard]] std::string summaryOf(std::span<const ScenarioCase> cases);
-
-// How long the cases that are left will take, from those that have ended; empty: not known.
-[[nodiscard]] std::string timeLeft(std::size_t done, std::size_t all,
-                                   std::chrono::steady_clock::duration since);
 
 // The cases as a JUnit report.
 [[nodiscard]] std::string junitText(std::span<const ScenarioCase> cases);

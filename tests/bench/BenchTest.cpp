@@ -189,6 +189,17 @@ TEST_F(BenchRun, RefusesAnUnknownName) {
   EXPECT_FALSE(std::filesystem::exists(folder / "bench.json"));
 }
 
+TEST_F(BenchRun, ShowsItsProgress) {
+  std::ostringstream progress;
+  EXPECT_EQ(bench::run(std::vector<std::string>{"--only", "info", "--only=count"}, kFigures,
+                       folder / "bench.json", tableText, &progress),
+            1);
+  EXPECT_TRUE(std::regex_match(
+      progress.str(),
+      std::regex("0 of 2 figures\r\x1B\\[K1 of 2 figures, 0:0[0-9] left\r\x1B\\[K")))
+      << progress.str();
+}
+
 // ./dev bench --compare reads the list.
 TEST_F(BenchRun, HelpListsTheFigures) {
   EXPECT_EQ(run({"--help"}), 0);

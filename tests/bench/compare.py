@@ -87,7 +87,7 @@ class Tree:
         self.folder = folder / "tree"
         self.runs = folder / "runs.txt"
         (self.folder / "tools/dev").mkdir(parents=True)
-        for name in ("dev", "tools/dev/bench.sh", "tools/dev/compare.py"):
+        for name in ("dev", "tools/dev/bench.sh", "tools/dev/cases.py", "tools/dev/compare.py"):
             shutil.copy(tree / name, self.folder / name)
         for name, text in (("tools/dev/packages.bash", "need() { :; }\n"), ("tools/dev/build.sh", BUILD),
                            ("tools/dev/building.bash", BUILDING), ("program", PROGRAM), (".gitignore", "build\n")):

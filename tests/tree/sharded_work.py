@@ -1,13 +1,38 @@
 """Tests how long work is split into shards, and how their results are joined: sharded_work.py TREE"""
 
 import json
+import os
 import pathlib
+import pty
 import subprocess
 import sys
 import tempfile
 
 # Shards, and the word that the refusal must have; none: accepted.
 SHARDS = [("1/1", ""), ("2/4", ""), ("0/2", "shard"), ("3/2", "shard"), ("1", "shard"), ("a/b", "shard"), ("", "takes I/N")]
+
+
+CTEST = """      Start  1: a
+ 1/3 Test  #1: a ....   Passed    0.01 sec
+ 2/3 Test  #2: b ....***Failed    0.01 sec
+output of b
+ 3/3 Test  #3: c ....***Skipped   0.01 sec
+"""
+
+
+def on_terminal(tool):
+    """With standard error on a terminal, and in CI."""
+    for variables, line in (({}, "2 of 3 tests, 0:01 left"), ({"CI": "true"}, "")):
+        terminal, other = pty.openpty()
+        environment = {name: value for name, value in os.environ.items() if name != "CI"} | variables
+        text = subprocess.run([*tool.program, "progress", "tests"], input=CTEST, stdout=subprocess.PIPE, stderr=other,
+                              env=environment, text=True).stdout  # fmt: skip
+        os.write(other, b"\0")  # reading does not wait
+        shown = os.read(terminal, 10000).decode()
+        os.close(terminal), os.close(other)
+        failed = "".join(each for each in CTEST.splitlines(True) if "Failed" in each or "output" in each)
+        if text != (failed if line else CTEST) or line not in shown or (shown == "\0") == bool(line):
+            yield f"progress on a terminal with {variables}: {text!r}, {shown!r}"
 
 
 class Tool:
@@ -85,6 +110,9 @@ def faults(tool):
             yield f"merge {files}: {ended}"
     if "\r" in tool("run", "numbers", "true", text="1\n").stderr:
         yield "a progress line outside a terminal"
+    if (ended := tool("progress", "tests", text=CTEST + "1/2\n")).stdout != CTEST or ended.stderr:
+        yield f"progress outside a terminal: {ended}"
+    yield from on_terminal(tool)
 
 
 def main(tree):

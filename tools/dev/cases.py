@@ -2,16 +2,19 @@
 
 cases.py run WORK [--shard I/N] [--results FILE] COMMAND...   cases from standard input, one a line
 cases.py merge FILE...
+cases.py progress WORK                                        lines from standard input
 
 `run` starts COMMAND for each case, with the case in place of "{}"; the case passes if its exit status is 0.
 A shard is each N-th case, from the I-th. Results are JSON lines: the first names the work, the shard and
 all cases, the last says that the shard is complete. `merge` exits with 0 if each case of each shard passed,
-with 1 if one failed or is missing. The status is 2 for wrong words, for files that do not belong together,
+with 1 if one failed or is missing. `progress` copies lines; on a terminal it shows one line of progress in place
+of those that say that part N of M passed. The status is 2 for wrong words, for files that do not belong together,
 and for a file that cannot be read or written.
 """
 
 import contextlib
 import json
+import math
 import os
 import re
 import subprocess
@@ -36,14 +39,14 @@ class Progress:
         self.show()
 
     def show(self):
-        if self.shown:
+        if self.shown and self.total:
             print(f"\r\x1b[K{self.text()}", end="", file=sys.stderr, flush=True)
 
     def text(self):
         text = f"{self.done} of {self.total} {self.what}"
         if 0 < self.done < self.total:
-            left = (time.monotonic() - self.started) / self.done * (self.total - self.done)
-            text += f", {int(left) // 60}:{int(left) % 60:02} left"
+            left = math.ceil((time.monotonic() - self.started) / self.done * (self.total - self.done))
+            text += f", {left // 60}:{left % 60:02} left"
         return text
 
     @contextlib.contextmanager
@@ -118,6 +121,26 @@ def run(work, shard, path, command):
     return 1 if failed else 0
 
 
+# "N/M" alone, or how ctest reports the end of a test; and what is left out beside a line of progress.
+PART = re.compile(r" *(\d+)/(\d+)( Test +#|$)")
+QUIET = re.compile(r" *\d+/\d+($| Test +#.*(Passed|Skipped))| +Start +\d+: ")
+
+
+def progress_of(work):
+    progress = Progress(work, 0)
+    for line in sys.stdin:
+        part = PART.match(line)
+        if part:
+            progress.done, progress.total = int(part[1]) - 1, int(part[2])
+            progress.step()
+        if QUIET.match(line) if progress.shown else part and not part[3]:
+            continue
+        with progress.hidden():
+            print(line, end="", flush=True)
+    progress.end()
+    return 0
+
+
 class WrongFiles(Exception):
     """The files do not belong together."""
 
@@ -186,6 +209,10 @@ def main(words):
         return merge(words[1:])
     if words[0] == "run":
         return run(words[1], *options(words[2:]))
+    if words[0] == "progress":
+        return progress_of(words[1])
+    if words[0] == "progress":
+        return progress_of(words[1])
     if words[0] == "check":  # the options alone, before anything is built
         _, path, rest = options(words[1:])
         if path:

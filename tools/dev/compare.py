@@ -16,7 +16,8 @@ import statistics
 import subprocess
 import sys
 import tempfile
-import time
+
+from cases import Progress
 
 ROUNDS = 8  # the fewest with which one disturbed run does not hide a change
 CHANCE = 0.02  # that a figure which did not move is said to have moved
@@ -116,23 +117,6 @@ def measured(program, name):
             return json.load(text)["figures"][0]
 
 
-class Progress:
-    """One line on a terminal."""
-
-    def __init__(self, count):
-        self.shown = sys.stderr.isatty() and "CI" not in os.environ
-        self.done, self.count, self.begin = 0, count, time.monotonic()
-
-    def step(self):
-        self.done += 1
-        left = (time.monotonic() - self.begin) / self.done * (self.count - self.done)
-        self.show(f"{self.done} of {self.count} runs, {left // 60:.0f} min {left % 60:.0f} s left")
-
-    def show(self, text):
-        if self.shown:
-            print(f"\r{text}\x1b[K", end="", file=sys.stderr, flush=True)
-
-
 def all_measured(programs, names, progress):
     """Returns the entries by name, for each side. Each round measures both; the rounds take turns in which is first."""
     sides = [{name: [] for name in names} for _ in programs]
@@ -163,11 +147,11 @@ def opened(name):
 def compare(options):
     names = wanted(options.programs, options.only)
     file = opened(options.json)
-    progress = Progress(2 * ROUNDS * len(names))
+    progress = Progress("runs", 2 * ROUNDS * len(names))
     try:
         here, there = all_measured(options.programs, names, progress)
     finally:
-        progress.show("")
+        progress.end()
     rows = [row_of(name, here[name], there[name]) for name in names]
     print(COLUMNS.format("figure", "this tree", options.commit, "change", "noise", "verdict"))
     for row in rows:

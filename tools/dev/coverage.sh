@@ -24,7 +24,8 @@ left_out='^(plugin_century|plugin_replaced_clients|integration_report_flood)_tes
 
 measure() {
   rm -rf "$folder/profile"
-  run_tests coverage -L "$layers" -E "$left_out"
+  run_tests coverage -L "$layers" -E "$left_out" |
+    python3 -B "$CLOCK_TREE/tools/dev/cases.py" progress tests
   llvm-profdata merge -sparse -o "$folder/tests.profdata" "$folder"/profile/*.profraw
 }
 

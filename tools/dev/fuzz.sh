@@ -66,17 +66,29 @@ fuzz_target() {
 
 # Runs as many targets in parallel as there are processors.
 fuzz_all_targets() {
-  local target
+  local target progress ended=0
   mkdir -p "$logs"
+  exec 3> >(exec python3 -B "$CLOCK_TREE/tools/dev/cases.py" progress "fuzz targets")
+  progress=$!
   for target in "${targets[@]}"; do
-    while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do wait -n || true; done
-    fuzz_target "$target" &
+    while [ "$(jobs -rp | wc -l)" -ge "$(nproc)" ]; do count_one; done
+    fuzz_target "$target" 3>&- &
   done
-  wait
+  while [ "$ended" -lt ${#targets[@]} ]; do count_one; done
+  exec 3>&-
+  wait "$progress" || true
+}
+
+# Waits for the end of a target.
+count_one() {
+  wait -n || true
+  ended=$((ended + 1))
+  echo "$ended/${#targets[@]}" >&3
 }
 
 end_all() {
   local group
+  exec 3>&-
   exec 2>/dev/null # the shell would report each group that it ends
   for group in $(jobs -p); do kill -KILL -- "-$group" || true; done
   wait
