@@ -141,7 +141,7 @@ void addDeviceOptions(OptionParser& parser, DeviceOptions& device) {
                    device.variant, 0, kMostVariant);
   parser.add({"--software-type", "TEXT", "Telephony software", [&](const std::string& text) {
                 device.softwareType = text;
-                return std::string();
+                return text.empty() ? "the text is empty; leave the option out for none" : "";
               }});
   parser.add({"--mac", "12HEX", "MAC address",
               [&](const std::string& text) { return takeMac(text, device.mac); }});

@@ -68,7 +68,7 @@ TEST(HostOptions, ALongWordIsClipped) {
   }
 }
 
-TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
+TEST(HostOptions, PathsAndTextsAreNotEmpty) {
   for (const char* const option : {"--plugin", "--state", "--socket", "--control-socket",
                                    "--device-root", "--scenario", "--junit", "--log-file"}) {
     for (const Words& words : {Words{option, ""}, Words{option + std::string("=")}}) {
@@ -81,6 +81,9 @@ TEST(HostOptions, PathsAndGroupsAreNotEmpty) {
     EXPECT_NE(usageErrorOf({"--program", program}).find("is not DEVICEPATH=PATH"),
               std::string::npos);
   }
+  EXPECT_EQ(usageErrorOf({"--software-type", ""}),
+            "--software-type: the text is empty; leave the option out for none; `clockhost --help` "
+            "lists the options");
   EXPECT_EQ(
       usageErrorOf({"--socket-group", ""}),
       "--socket-group: the name is empty; name a group; `clockhost --help` lists the options");
