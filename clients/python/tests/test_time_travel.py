@@ -43,8 +43,15 @@ def test_time_passes(phone: Phone) -> None:
     assert phone.clock().speed == "paused"
     start = phone.clock().utc
     assert phone.advance("1h30m").utc - start == datetime.timedelta(minutes=90)
-    assert phone.advance(datetime.timedelta(microseconds=1_500_000)).uptime == "01:30:01"
+    phone.advance(datetime.timedelta(microseconds=1_500_000))
+    assert phone.advance(1.5).uptime == "01:30:03"
     assert phone.next().utc - start == datetime.timedelta(hours=2)
+
+
+def test_whole_seconds_include_the_timers_of_the_next_milliseconds(phone: Phone) -> None:
+    phone.keys["sntp-tz-offset"] = 1
+    assert phone.advance("0.0005s").tz == "LOC00:00"
+    assert phone.advance(0).tz == "LOC-1:00"
 
 
 def test_the_clock_jumps(phone: Phone) -> None:
