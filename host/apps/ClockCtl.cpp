@@ -290,4 +290,8 @@ int runClockCtl(std::span<const std::string> words, const std::filesystem::path&
   }
 }
 
+int failClockCtl(std::span<const std::string> words, const std::string& error, std::ostream& err) {
+  return Failure(words, err)(error.c_str(), refused);
+}
+
 }  // namespace host

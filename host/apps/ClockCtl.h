@@ -22,4 +22,8 @@ namespace host {
                               const std::filesystem::path& defaultSocket, std::ostream& out,
                               std::ostream& err);
 
+// Prints an error of clockctl with these arguments, and returns its exit status, 1.
+[[nodiscard]] int failClockCtl(std::span<const std::string> words, const std::string& error,
+                               std::ostream& err);
+
 }  // namespace host

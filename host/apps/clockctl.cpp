@@ -14,7 +14,8 @@ int main(int argc, char** argv) {
   try {
     const std::vector<std::string> words(argv + 1, argv + argc);
     const int status = host::runClockCtl(words, host::defaultPaths().socket, std::cout, std::cerr);
-    return status == 0 && !host::outputArrived("clockctl") ? 1 : status;
+    const std::string lost = status == 0 ? host::outputError(std::cout) : "";
+    return lost.empty() ? status : host::failClockCtl(words, lost, std::cerr);
   } catch (const std::exception& error) {
     std::cerr << host::errorLine("clockctl", error.what());
     return 1;

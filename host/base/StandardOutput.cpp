@@ -18,13 +18,18 @@ int writeError() {
 
 }  // namespace
 
-bool outputArrived(const char* program) {
-  if (std::cout.flush()) return true;
+std::string outputError(std::ostream& out) {
+  if (out.flush()) return "";
   const int error = writeError();
-  if (error == EPIPE) return true;
+  if (error == EPIPE) return "";
   const std::string cause = error == 0 ? "" : std::string(": ") + std::strerror(error);
-  std::cerr << errorLine(program, "cannot write everything to standard output" + cause);
-  return false;
+  return "cannot write everything to standard output" + cause;
+}
+
+bool outputArrived(const char* program) {
+  const std::string error = outputError(std::cout);
+  if (!error.empty()) std::cerr << errorLine(program, error);
+  return error.empty();
 }
 
 }  // namespace host

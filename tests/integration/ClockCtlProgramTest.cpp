@@ -201,6 +201,25 @@ TEST(Output, ThatIsLostIsAnErrorInOneLine) {
     expectOneLine(Program(host.folder(), "full", inShell(">/dev/full", words)).wait(), 1,
                   {"cannot write everything to standard output: No space left on device"});
   }
+  expectOneLine(
+      Program(host.folder(), "full", inShell(">/dev/full", host.ctlWords({"--json", "keys"})))
+          .wait(),
+      1,
+      {R"({"ok":false,"status":1,"error":"cannot write everything to standard output: No space )"
+       R"(left on device"})"});
+}
+
+// As any program that prints until it is stopped.
+TEST(Output, WithoutAnEndIsEndedByASignal) {
+  RunningHost host;
+  Words words = {"/bin/sh", "-c", R"(exec "$0" "$@" >&2)"};
+  for (const std::string& word : host.ctlWords({"--json", "monitor"})) words.push_back(word);
+  for (const int signal : {SIGINT, SIGTERM}) {
+    Program monitor(host.folder(), "monitor", words);
+    ASSERT_TRUE(monitor.says("begin"));
+    monitor.signal(signal);
+    EXPECT_EQ(monitor.wait().status, 128 + signal);
+  }
 }
 
 TEST(Output, ForAReaderThatHasGoneIsNoError) {
