@@ -1,8 +1,6 @@
-# Installs the programs in bin/ and the plug-in in lib/, where the programs look for it; manual pages,
-# completions and a systemd user unit where the tools look for them. --prefix and DESTDIR are those of
-# cmake --install.
+# Installs the host: its programs in bin/, manual pages, completions and a systemd user unit where the
+# tools look for them. --prefix and DESTDIR are those of cmake --install.
 install(TARGETS clockhost clockctl ntpclient RUNTIME DESTINATION bin)
-install(TARGETS ClockService LIBRARY DESTINATION lib)
 
 set(manual ${CMAKE_BINARY_DIR}/manual)
 foreach(section 1 5 7)

@@ -1,4 +1,5 @@
-# Warnings are errors, for gcc and clang alike.
+# Warnings of gcc and clang. In the build with the host they are errors; in another they are if
+# CMAKE_COMPILE_WARNING_AS_ERROR is set.
 set(CLOCK_WARNINGS
     -Wall
     -Wextra
@@ -24,7 +25,7 @@ list(APPEND CLOCK_WARNINGS "$<${CLOCK_TOGETHER}:-Wno-shadow>")
 list(APPEND CLOCK_GNU_CXX_WARNINGS "$<${CLOCK_TOGETHER}:-Wno-subobject-linkage>")
 
 # gcc's flow warnings are wrong in code that a sanitizer has instrumented; plain builds have them.
-if(NOT (CLOCK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"))
+if(CLOCK_WITH_HOST AND NOT (CLOCK_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU"))
   list(APPEND CLOCK_WARNINGS -Werror)
 endif()
 

@@ -25,7 +25,8 @@ put_back() {
 need run test
 put_aside
 trap put_back EXIT
-for document in README.md docs/how-to/test-a-telephone.md docs/explanation/time-changes.md; do
+for document in README.md docs/how-to/test-a-telephone.md \
+  docs/how-to/integrate-into-a-framework.md docs/explanation/time-changes.md; do
   rm -rf "$state"
   python3 -B tools/dev/readme.py "$document"
 done

@@ -1,0 +1,42 @@
+# What an integrator installs: the plug-in, the headers, and how CMake and pkg-config find them.
+include(CMakePackageConfigHelpers)
+
+# The host looks for the plug-in in lib/, whatever the system calls its folder of libraries.
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_INSTALL_LIBDIR lib CACHE PATH "Folder of libraries")
+endif()
+include(GNUInstallDirs)
+set(CLOCK_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/ClockService)
+
+# clock_add_headers(NAME target AS name FOLDER folder [NEEDS target]): a folder of headers, known
+# elsewhere as ClockService::name.
+function(clock_add_headers)
+  cmake_parse_arguments(PART "" "NAME;AS;FOLDER;NEEDS" "" ${ARGN})
+  add_library(${PART_NAME} INTERFACE)
+  add_library(ClockService::${PART_AS} ALIAS ${PART_NAME})
+  set_target_properties(${PART_NAME} PROPERTIES EXPORT_NAME ${PART_AS})
+  target_compile_features(${PART_NAME} INTERFACE cxx_std_17)
+  target_include_directories(${PART_NAME} INTERFACE
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/${PART_FOLDER}>
+    $<INSTALL_INTERFACE:${CLOCK_HEADERS}/${PART_FOLDER}>)
+  target_link_libraries(${PART_NAME} INTERFACE ${PART_NEEDS})
+endfunction()
+
+function(clock_install_package)
+  install(TARGETS ClockService clock_platform clock_interface EXPORT ClockService
+          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(DIRECTORY include platform DESTINATION ${CLOCK_HEADERS} FILES_MATCHING PATTERN "*.h")
+
+  set(package ${CMAKE_INSTALL_LIBDIR}/cmake/ClockService)
+  set(version ${PROJECT_BINARY_DIR}/ClockServiceConfigVersion.cmake)
+  write_basic_package_version_file(${version} COMPATIBILITY SameMajorVersion)
+  install(FILES ${version} DESTINATION ${package})
+  install(EXPORT ClockService NAMESPACE ClockService:: FILE ClockServiceConfig.cmake
+          DESTINATION ${package})
+
+  # The way from the file to the prefix, so that the whole folder can be moved.
+  string(REGEX REPLACE "[^/]+" ".." CLOCK_TO_PREFIX ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  configure_file(cmake/ClockService.pc.in ${PROJECT_BINARY_DIR}/ClockService.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/ClockService.pc
+          DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()

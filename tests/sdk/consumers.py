@@ -1,0 +1,175 @@
+"""Builds the plug-in as firmware does, installs it, and uses it from outside:
+
+consumers.py TREE CMAKE NINJA COMPILER TOOLCHAIN EMULATOR...
+
+The installed plug-in is built with only CMake, Ninja and the compiler's own tools in PATH.
+
+Each consumer builds the example and runs it: with the CMake package, with pkg-config, and as a part of
+another project. The plug-in of that project, from another copy of the sources and in other folders, must
+have the same bytes as the installed one. TOOLCHAIN: the toolchain file, or "none".
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+PARTS = ["CMakeLists.txt", "CMakePresets.json", "cmake", "include", "platform", "src", "examples"]
+TOOLS = ["gcc", "g++", "as", "ld", "ar", "ranlib", "nm", "objcopy", "objdump", "readelf", "strip"]
+LIBRARIES = ["libClockService.so", "libClockService.so.0", "libClockService.so.0.1.0"]
+FLAGS = "-DCMAKE_CXX_FLAGS=-g"  # debug information is where paths of the machine turn up
+TWO_HOURS = "16.06.16 00:00\n01:00\n02:00\n"
+
+PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(Telephone LANGUAGES CXX)
+include(FetchContent)
+FetchContent_Declare(ClockService SOURCE_DIR {clock})
+FetchContent_MakeAvailable(ClockService)
+add_subdirectory({clock}/examples loader)
+"""
+
+# A program that links the plug-in and lacks the seam.
+LINKED = """cmake_minimum_required(VERSION 3.25)
+project(Linked LANGUAGES CXX)
+find_package(ClockService 0.1 REQUIRED)
+file(WRITE ${CMAKE_BINARY_DIR}/main.cpp "#include <ClockService.h>\\nint main() { return createClockService() == nullptr; }")
+add_executable(linked ${CMAKE_BINARY_DIR}/main.cpp)
+target_link_libraries(linked PRIVATE ClockService::ClockService)
+"""
+
+
+def run(*command, **options):
+    result = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, text=True,
+                            stderr=subprocess.STDOUT, **options)
+    if result.returncode != 0:
+        sys.exit(f"failed: {command}\n{result.stdout}")
+    return result.stdout
+
+
+def bare_path(folder, compiler):
+    """A folder with only the tools that come with the compiler, under their names for its target."""
+    folder.mkdir()
+    prefix = re.match(r"(.*-)?", pathlib.Path(compiler).name)[0]
+    for tool in ["sh", *TOOLS, *(prefix + tool for tool in TOOLS)]:
+        found = shutil.which(tool)
+        if found and not (folder / tool).exists():
+            (folder / tool).symlink_to(found)
+    return str(folder)
+
+
+class Consumers:
+    def __init__(self, folder, tree, cmake, ninja, compiler, toolchain, *emulator):
+        self.folder, self.tree, self.cmake, self.compiler = folder, tree, cmake, compiler
+        self.emulator = emulator
+        self.bare = ["-GNinja", f"-DCMAKE_MAKE_PROGRAM={ninja}", "-DCLOCK_CCACHE=OFF"]
+        self.options = [f"-DCMAKE_CXX_COMPILER={compiler}"]
+        if toolchain != "none":
+            self.options = ["--toolchain", toolchain]
+        self.installed = folder / "installed"
+        self.faults = []
+
+    def copy_of_the_tree(self, name):
+        place = self.folder / name
+        place.mkdir(parents=True)
+        for part in PARTS:
+            copy = shutil.copytree if (self.tree / part).is_dir() else shutil.copy
+            copy(self.tree / part, place / part)
+        return place
+
+    def build(self, source, *options, **environment):
+        build = source / "build"
+        run(self.cmake, "-S", source, "-B", build, *self.options, *options, **environment)
+        run(self.cmake, "--build", build, "-j2", **environment)
+        return build
+
+    def install(self):
+        clock = self.copy_of_the_tree("clock")
+        path = bare_path(self.folder / "tools", self.compiler)
+        build = self.build(clock, "--preset", "device", *self.bare, FLAGS,
+                           env={"PATH": path, "HOME": str(self.folder)})
+        run(self.cmake, "--install", build, "--prefix", self.folder / "staged")
+        (self.folder / "staged").rename(self.installed)  # an installation may be moved
+        shutil.rmtree(clock)
+
+    def installed_files(self):
+        return {str(path.relative_to(self.installed)) for path in self.installed.rglob("*")
+                if not path.is_dir()}
+
+    def check_installed_files(self):
+        wanted = {f"lib/{name}" for name in LIBRARIES} | {"lib/pkgconfig/ClockService.pc"}
+        for name in ["Config", "ConfigVersion", "Config-minsizerel"]:
+            wanted.add(f"lib/cmake/ClockService/ClockService{name}.cmake")
+        for headers in ["include", "platform"]:
+            names = [path.name for path in (self.tree / headers).glob("*.h")]
+            wanted |= {f"include/ClockService/{headers}/{name}" for name in names}
+        for name in sorted(wanted ^ self.installed_files()):
+            self.faults.append(f"{'not ' if name in wanted else ''}installed: {name}")
+
+    def check_loader(self, consumer, loader, plugin):
+        printed = subprocess.run([*self.emulator, loader, plugin, "--hours", "2"], text=True,
+                                 capture_output=True)
+        if printed.stdout != TWO_HOURS:
+            self.faults.append(f"{consumer}: the loader prints {printed}, should be {TWO_HOURS!r}")
+
+    @property
+    def plugin(self):
+        return self.installed / "lib" / LIBRARIES[0]
+
+    def use_the_package(self):
+        shutil.copytree(self.tree / "examples", self.folder / "package")
+        build = self.build(self.folder / "package", f"-DCMAKE_PREFIX_PATH={self.installed}")
+        self.check_loader("package", build / "loader", self.plugin)
+
+    def link(self):
+        source = self.folder / "linked"
+        source.mkdir()
+        (source / "CMakeLists.txt").write_text(LINKED)
+        run(self.cmake, "-S", source, "-B", source / "build", *self.options,
+            f"-DCMAKE_PREFIX_PATH={self.installed}")
+        made = subprocess.run([self.cmake, "--build", source / "build"], capture_output=True, text=True)
+        if "Storage::store" not in made.stdout + made.stderr:
+            self.faults.append(f"link: should say that Storage::store is undefined: {made}")
+
+    def use_pkg_config(self):
+        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.installed / "lib/pkgconfig")}
+        flags = run("pkg-config", "--cflags", "ClockService", env=environment).split()
+        plugin = run("pkg-config", "--variable=plugin", "ClockService", env=environment).strip()
+        examples = self.tree / "examples"
+        sources = [*examples.glob("*.cpp"), *examples.glob("framework/*.cpp")]
+        loader = self.folder / "with-pkg-config"
+        run(self.compiler, "-std=c++17", *flags, f"-I{examples}", *sources, "-rdynamic", "-ldl", "-pthread",
+            "-o", loader)
+        self.check_loader("pkg-config", loader, plugin)
+
+    def use_the_sources(self):
+        clock = self.copy_of_the_tree("elsewhere/sources/clock")
+        project = self.folder / "project"
+        project.mkdir()
+        (project / "CMakeLists.txt").write_text(PROJECT.format(clock=clock))
+        build = self.build(project, "-DCMAKE_BUILD_TYPE=MinSizeRel", FLAGS)
+        plugin = next(build.rglob(LIBRARIES[-1]))
+        self.check_loader("subproject", build / "loader/loader", plugin)
+        if plugin.read_bytes() != self.plugin.read_bytes():
+            self.faults.append("the plug-in of another folder has other bytes")
+        if bytes(self.folder) in plugin.read_bytes():
+            self.faults.append(f"the plug-in contains {self.folder}, where it was built")
+
+
+def main(tree, *words):
+    with tempfile.TemporaryDirectory() as name:
+        consumers = Consumers(pathlib.Path(name).resolve(), pathlib.Path(tree), *words)
+        consumers.install()
+        consumers.check_installed_files()
+        consumers.use_the_package()
+        consumers.link()
+        consumers.use_pkg_config()
+        consumers.use_the_sources()
+    print(*consumers.faults, sep="\n")
+    return 1 if consumers.faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
