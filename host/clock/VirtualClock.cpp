@@ -67,16 +67,37 @@ bool VirtualClock::setWall(Nanoseconds wall, Setter setter) {
     errno = EINVAL;
     return false;
   }
-  const Nanoseconds from = this->wall();
+  const bool hand = setter == Setter::hand;
+  const Nanoseconds from = hand ? shown() : this->wall();
   if (m_source == Source::system && !setMachine(wall)) return false;
   std::shared_ptr<const WallListener> listener;
   {
     const MutexLock lock(m_mutex);
-    if (m_source == Source::virtualTime) m_wallAtZero = wall - now();
+    const Nanoseconds uptime = now();
+    if (m_source == Source::virtualTime) m_wallAtZero = wall - uptime;
+    if (hand) m_handAtZero = wall - std::chrono::floor<std::chrono::seconds>(uptime);
     listener = m_wallListener;
   }
   if (listener && *listener) (*listener)(from, wall, setter);
   return true;
+}
+
+Nanoseconds VirtualClock::shown() const {
+  {
+    const MutexLock lock(m_mutex);
+    if (m_handAtZero) return saturatingSum(*m_handAtZero, now());
+  }
+  return wall();
+}
+
+bool VirtualClock::setByHand() const {
+  const MutexLock lock(m_mutex);
+  return m_handAtZero.has_value();
+}
+
+void VirtualClock::showWall() {
+  const MutexLock lock(m_mutex);
+  m_handAtZero.reset();
 }
 
 void VirtualClock::onWallSet(WallListener listener) {

@@ -50,8 +50,15 @@ class VirtualClock {
   // 0-kLastWall, EPERM without the privilege.
   [[nodiscard]] bool setWall(Nanoseconds wall, Setter setter = Setter::jump);
 
-  // Called after each setWall, on its thread and without a lock held. There is one listener; an
-  // empty one removes it. It must not throw.
+  // What a telephone on this clock shows: the wall time, until it is set by hand. From then on it
+  // follows the uptime, until showWall().
+  [[nodiscard]] Nanoseconds shown() const;
+  [[nodiscard]] bool setByHand() const;
+  void showWall();  // as a telephone does that starts
+
+  // Called after each setWall, on its thread and without a lock held. from: the wall time before;
+  // at a set by hand, what was shown. There is one listener; an empty one removes it. It must not
+  // throw.
   using WallListener = std::function<void(Nanoseconds from, Nanoseconds to, Setter setter)>;
   void onWallSet(WallListener listener);
 
@@ -129,7 +136,8 @@ class VirtualClock {
   const RealClock m_real;
 
   mutable Mutex m_mutex;  // never held while an owner or listener runs
-  Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};    // wall time at uptime 0
+  Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};              // wall time at uptime 0
+  std::optional<Nanoseconds> m_handAtZero CLOCK_GUARDED_BY(m_mutex);  // of a time set by hand
   Nanoseconds m_anchorUptime CLOCK_GUARDED_BY(m_mutex){0};  // virtual uptime at m_anchorReal
   Nanoseconds m_anchorReal CLOCK_GUARDED_BY(m_mutex);       // a reading of m_real
   double m_speed CLOCK_GUARDED_BY(m_mutex) = 0;

@@ -9,7 +9,6 @@
 #include "clock/VirtualClock.h"
 #include "interpose/ShiftedTime.h"
 #include "operator/LocalCall.h"
-#include "runtime/ChangeRecorder.h"
 #include "runtime/Device.h"
 #include "verbs/TimeText.h"
 
@@ -163,7 +162,7 @@ bool followsClock(Device& device) {
     const time_t probed = shifted();
     if (serviceTime(device) == before) return probed != before;
   }
-  return !device.changes().origin().byHand;
+  return !device.clock().setByHand();
 }
 
 ClockMove moveBefore(Device& device, const Landmark& landmark) {

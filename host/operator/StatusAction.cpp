@@ -51,7 +51,7 @@ Json shownJson(Device& device, seconds now) {
 void addOrigin(Device& device, Json& reply) {
   const ClockOrigin origin = device.changes().origin();
   reply["source"] = origin.source;
-  reply["byHand"] = origin.byHand;
+  reply["byHand"] = device.clock().setByHand();
   if (origin.change) {
     reply["changed"] = {{"time", instantText(origin.change->time)},
                         {"cause", origin.change->cause},
@@ -102,7 +102,7 @@ Json timersJson(Device& device) {
   for (const NamedTimer& timer : device.timers()) {
     const auto left = timer.expiry - uptime;
     timers.push_back({{"name", timer.name},
-                      {"time", instantText(floor<seconds>(device.changes().shown() + left))},
+                      {"time", instantText(floor<seconds>(device.clock().shown() + left))},
                       {"in", std::chrono::ceil<seconds>(left).count()}});
   }
   return timers;

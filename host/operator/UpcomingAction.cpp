@@ -12,7 +12,6 @@
 #include "framework/DataAccess.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
-#include "runtime/ChangeRecorder.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
 #include "verbs/Landmarks.h"
@@ -58,7 +57,7 @@ bool hasClient(Device& device) {
 // What the telephone will show when the timer expires.
 time_t instantOf(Device& device, const NamedTimer& timer) {
   const auto left = timer.expiry - device.clock().uptime();
-  return floor<seconds>(device.changes().shown() + left).count();
+  return floor<seconds>(device.clock().shown() + left).count();
 }
 
 // Timers follow the uptime. So after a jump the armed hour timer expires late, and only then
@@ -191,7 +190,7 @@ Json offsetsFrom(time_t now) {
 
 void actOnUpcoming(Controller& controller, const Json& request, const Channel& channel) {
   Device& device = controller.device();
-  const auto now = static_cast<time_t>(floor<seconds>(device.changes().shown()).count());
+  const auto now = static_cast<time_t>(floor<seconds>(device.clock().shown()).count());
   const bool limited = request.contains("until");
   const std::int64_t until =
       limited ? numberMember(request, "until", 0, kLastInstant.count()) : kLastInstant.count();
@@ -204,7 +203,7 @@ void actOnUpcoming(Controller& controller, const Json& request, const Channel& c
   }
   Json reply = {{"ok", true}, {"now", instantText(seconds(now))}};
   // A time set by hand stops at the end of 32-bit time.
-  const bool stops = device.changes().origin().byHand;
+  const bool stops = device.clock().setByHand();
   const time_t last = stops ? std::min<time_t>(until, kLastOf32Bits) : until;
   reply["upcoming"] = rowsOf(allUpcoming(device, now), now, last, most);
   if (request.value("plot", Json(false)) == Json(true)) {

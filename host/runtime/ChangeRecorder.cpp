@@ -72,6 +72,7 @@ ChangeRecorder::ChangeRecorder(VirtualClock& clock, DataAccess& store, History& 
       m_store(store),
       m_history(history),
       m_knownAtZero(clock.wall() - clock.uptime()) {
+  clock.showWall();
   clock.onWallSet([this](Nanoseconds from, Nanoseconds to, Setter setter) {
     try {
       wallSet(from, to, setter);
@@ -99,7 +100,7 @@ bool ChangeRecorder::setItem(const std::string& schema, const std::string& key,
     if (onPluginThread()) {
       const MutexLock lock(m_mutex);
       m_origin.reported = m_clock.uptime();
-      if (!m_origin.byHand) m_origin.source = sourceOf(Setter::timeServer);
+      if (!m_clock.setByHand()) m_origin.source = sourceOf(Setter::timeServer);
     }
     return m_store.setItem(schema, key, value);
   }
@@ -135,11 +136,6 @@ ClockOrigin ChangeRecorder::origin() const {
   return m_origin;
 }
 
-Nanoseconds ChangeRecorder::shown() const {
-  const MutexLock lock(m_mutex);
-  return m_origin.byHand ? m_wallAtZero + m_clock.uptime() : m_clock.wall();
-}
-
 void ChangeRecorder::checkMachineClock() {
   const Nanoseconds uptime = m_clock.uptime();
   const Nanoseconds now = m_clock.wall();
@@ -166,21 +162,18 @@ Change ChangeRecorder::changeOf(const std::string& what, const char* otherwise) 
 void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
   const bool small = setter == Setter::timeServer && std::chrono::abs(to - from) < kCorrection;
   Change change = changeOf("clock", sourceOf(setter));
+  change.from = instantText(floor<seconds>(from));
+  change.to = instantText(floor<seconds>(to));
+  const bool changes = !small && change.from != change.to;
   {
     const MutexLock lock(m_mutex);
     m_knownAtZero = to - m_clock.uptime();
-    const bool byHand = setter == Setter::hand;
-    if (byHand && m_origin.byHand) from = m_wallAtZero + m_clock.uptime();
-    change.from = instantText(floor<seconds>(from));
-    change.to = instantText(floor<seconds>(to));
-    if (byHand) m_wallAtZero = to - floor<seconds>(m_clock.uptime());
-    if (byHand || !m_origin.byHand) {
+    if (setter == Setter::hand || !m_clock.setByHand()) {
       m_origin.source = sourceOf(setter);
-      m_origin.byHand = byHand;
-      if (!small) m_origin.change = change;
+      if (changes) m_origin.change = change;
     }
   }
-  if (small) return;
+  if (!changes) return;
   if (!isOfTheService(setter)) {
     logAppUni("clockhost", kLogNote, __FILE__, __LINE__,
               "the system time was changed without the service, from %s to %s: %s, %s",

@@ -14,8 +14,7 @@ namespace host {
 
 // Where the time that the telephone shows comes from, as far as the host knows.
 struct ClockOrigin {
-  std::string source;   // "saved time", "by hand", "time server", "clock jump" ...; or empty
-  bool byHand = false;  // the time shown follows the uptime, and not the system time
+  std::string source;  // "saved time", "by hand", "time server", "clock jump" ...; or empty
   std::optional<Change> change;                       // the last change of the shown time
   std::optional<VirtualClock::Nanoseconds> reported;  // uptime of the NTP client's last report
 };
@@ -42,9 +41,6 @@ class ChangeRecorder : public Executable, public DataAccess {
   // through `clock`.
   void checkMachineClock();
 
-  // The time that the telephone shows, since 1970-01-01 UTC.
-  [[nodiscard]] VirtualClock::Nanoseconds shown() const;
-
  private:
   using Nanoseconds = VirtualClock::Nanoseconds;
 
@@ -59,8 +55,7 @@ class ChangeRecorder : public Executable, public DataAccess {
   History& m_history;
   mutable Mutex m_mutex;
   ClockOrigin m_origin CLOCK_GUARDED_BY(m_mutex);
-  Nanoseconds m_wallAtZero CLOCK_GUARDED_BY(m_mutex){0};  // of a time set by hand, at uptime 0
-  Nanoseconds m_knownAtZero CLOCK_GUARDED_BY(m_mutex);    // of the system time, at uptime 0
+  Nanoseconds m_knownAtZero CLOCK_GUARDED_BY(m_mutex);  // of the system time, at uptime 0
   Change m_lastSetting CLOCK_GUARDED_BY(m_mutex);
 };
 

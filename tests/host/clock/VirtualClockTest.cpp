@@ -69,6 +69,34 @@ TEST_F(RunningClock, JumpLeavesUptimeAndTimersAlone) {
   EXPECT_EQ(m_clock.wall(), 1'000'000'005s);
 }
 
+// A telephone adds whole seconds of uptime to a time set by hand, and ignores later sets of the
+// wall clock until it restarts.
+TEST_F(RunningClock, ShowsATimeSetByHandUntilItShowsTheWallTimeAgain) {
+  m_clock.setSpeed(1);
+  passRealTime(1500ms);
+  EXPECT_EQ(m_clock.shown(), 1500ms);
+  EXPECT_FALSE(m_clock.setByHand());
+  Nanoseconds replaced{0};
+  m_clock.onWallSet([&](Nanoseconds from, Nanoseconds, VirtualClock::Setter) { replaced = from; });
+  ASSERT_TRUE(m_clock.setWall(1000s, VirtualClock::Setter::hand));
+  EXPECT_EQ(replaced, 1500ms);
+  EXPECT_EQ(m_clock.shown(), 1000s + 500ms);
+  ASSERT_TRUE(m_clock.setWall(5s));
+  EXPECT_EQ(replaced, 1000s);
+  passRealTime(10s);
+  EXPECT_EQ(m_clock.shown(), 1010s + 500ms);
+  EXPECT_TRUE(m_clock.setByHand());
+  ASSERT_TRUE(m_clock.setWall(2000s, VirtualClock::Setter::hand));
+  EXPECT_EQ(replaced, 1010s + 500ms) << "the shown time, not the wall time";
+  m_clock.showWall();
+  EXPECT_EQ(m_clock.shown(), 2000s);
+}
+
+TEST_F(RunningClock, ARefusedSetByHandChangesNothing) {
+  ASSERT_FALSE(m_clock.setWall(-1ns, VirtualClock::Setter::hand));
+  EXPECT_FALSE(m_clock.setByHand());
+}
+
 TEST(VirtualClock, AcceptsEachWallTimeUpToTheLast) {
   VirtualClock clock;
   for (const Nanoseconds wall : {Nanoseconds{0}, Nanoseconds{1}, VirtualClock::kLastWall}) {

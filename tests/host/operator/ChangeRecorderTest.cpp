@@ -127,6 +127,15 @@ TEST_F(TelephoneWithChangeRecorder, ShowsTheTimeThatWasShownBeforeASetByHand) {
             "clock: 2016-06-16T07:30:00Z -> 2016-06-16T08:00:00Z (set simple-time)");
 }
 
+TEST_F(TelephoneWithChangeRecorder, LeavesOutASetToTheSameSecond) {
+  const seconds now(1'466'035'200);
+  for (const auto setter : {VirtualClock::Setter::hand, VirtualClock::Setter::jump}) {
+    EXPECT_TRUE(setWall(now, milliseconds(500), setter));
+  }
+  EXPECT_TRUE(history().empty());
+  EXPECT_EQ(telephone.device().changes().origin().source, "by hand");
+}
+
 TEST_F(TelephoneWithChangeRecorder, HidesTheSecret) {
   set("ntp-secret", "one");
   set("ntp-secret", "two");
