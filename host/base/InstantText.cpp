@@ -12,4 +12,11 @@ std::string instantText(std::chrono::seconds sinceEpoch) {
   return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc)};
 }
 
+std::chrono::seconds offsetAt(std::chrono::seconds sinceEpoch) {
+  const auto instant = static_cast<time_t>(sinceEpoch.count());
+  tm local{};
+  localtime_r(&instant, &local);
+  return std::chrono::seconds(local.tm_gmtoff);
+}
+
 }  // namespace host

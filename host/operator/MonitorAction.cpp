@@ -14,6 +14,7 @@
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
 #include "remote/ControlChannel.h"
+#include "remote/EventStamp.h"
 #include "remote/FrameTap.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
@@ -33,11 +34,11 @@ using SteadyClock = std::chrono::steady_clock;
 // a longer one would fill the room for the monitor's answers.
 constexpr std::size_t kLongestPayload = 32 * 1024;
 
-constexpr std::array kKinds = {"hello",          "call",         "reply",      "event",
-                               "controlRequest", "controlReply", "controlItem"};
+constexpr std::array kKinds = {"hello",          "call",         "reply",       "event",
+                               "controlRequest", "controlReply", "controlItem", "timedEvent"};
 
-void addMethod(Json& entry, const TappedFrame& tapped) {
-  std::stringstream stream{std::string(tapped.frame.payload)};
+void addMethod(Json& entry, const TappedFrame& tapped, std::string_view payload) {
+  std::stringstream stream{std::string(payload)};
   Method method;
   if (!tapped.codec.decode(stream, method)) {
     entry["undecodable"] = true;
@@ -50,6 +51,17 @@ void addMethod(Json& entry, const TappedFrame& tapped) {
   } else {
     entry["parameters"] = parametersJson(method);
   }
+}
+
+void addTimedEvent(Json& entry, const TappedFrame& tapped) {
+  const std::string_view payload = tapped.frame.payload;
+  const auto time = decodeEventStamp(payload);
+  if (!time) {
+    entry["undecodable"] = true;
+    return;
+  }
+  entry.update(eventTimeJson(time->utc, time->offset));
+  addMethod(entry, tapped, payload.substr(kEventStampSize));
 }
 
 // From a client, so the number of members must be bounded.
@@ -81,7 +93,9 @@ void addContent(Json& entry, const TappedFrame& tapped) {
     case FrameKind::call:
     case FrameKind::reply:
     case FrameKind::event:
-      return addMethod(entry, tapped);
+      return addMethod(entry, tapped, tapped.frame.payload);
+    case FrameKind::timedEvent:
+      return addTimedEvent(entry, tapped);
     case FrameKind::controlRequest:
       return addRequest(entry, tapped.frame.payload);
     default:

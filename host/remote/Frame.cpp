@@ -74,7 +74,7 @@ FrameReader::Outcome FrameReader::next(Frame& frame) {
   }
   if (held <= kLengthSize) return Outcome::needMore;
   const auto kind = static_cast<unsigned char>(start[kLengthSize]);
-  if (kind > static_cast<unsigned char>(FrameKind::controlItem)) {
+  if (kind > static_cast<unsigned char>(FrameKind::timedEvent)) {
     return refuse("frame of unknown kind " + std::to_string(kind));
   }
   if (held < kLengthSize + length) return Outcome::needMore;

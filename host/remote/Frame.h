@@ -20,8 +20,12 @@ enum class FrameKind : std::uint8_t {
   event = 3,           // to a client; id 0
   controlRequest = 4,  // from a client; payload: JSON text
   controlReply = 5,    // to a client; the id of its request; JSON text
-  controlItem = 6      // to a client; one of many under the id of its request; JSON text
+  controlItem = 6,     // to a client; one of many under the id of its request; JSON text
+  timedEvent = 7       // to a client that asked for them; id 0; an EventStamp and an event
 };
+
+// After the codec's name in a hello: the client gets timed events in place of events.
+inline constexpr std::string_view kTimedEvents = "+time";
 
 inline constexpr std::size_t kFrameHeaderSize = 9;               // bytes before the payload
 inline constexpr std::size_t kMaxFrameLength = 1024 * 1024;      // of what follows the length

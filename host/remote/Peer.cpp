@@ -11,6 +11,7 @@
 #include "Method.h"
 #include "Proxy.h"
 #include "remote/ClientLimits.h"
+#include "remote/EventStamp.h"
 #include "remote/FrameTap.h"
 #include "remote/PeerProcess.h"
 
@@ -28,13 +29,26 @@ struct EncodedEvent {
     stream.clear();
     by.encode(method, stream);
     if (!stream) throw std::bad_alloc();
+    timed.assign(kEventStampSize, '\0').append(stream.view());
     event = method;
     codec = codecName;
+  }
+
+  Frame frame() const {
+    return {FrameKind::event, 0, std::string_view(timed).substr(kEventStampSize)};
+  }
+
+  // With the time of now, which the same event may have at another time.
+  Frame timedFrame() {
+    const EventStampBytes now = encodeEventStamp(eventStampNow());
+    std::copy(now.begin(), now.end(), timed.begin());
+    return {FrameKind::timedEvent, 0, timed};
   }
 
   std::string codec;  // empty: there is no encoded event
   Method event;
   std::stringstream stream;
+  std::string timed;  // an EventStamp, and the encoded event
 };
 
 thread_local EncodedEvent t_latestEvent;
@@ -117,9 +131,10 @@ Peer::Peer(std::string address, int socket, std::function<void()> wake,
 
 Peer::~Peer() = default;
 
-void Peer::setCodec(std::string name, MessageCodec& codec) {
+void Peer::setCodec(std::string name, MessageCodec& codec, bool timed) {
   m_codecName = std::move(name);
   m_codec = &codec;
+  m_timed = timed;
 }
 
 bool Peer::send(const Frame& frame) {
@@ -139,7 +154,7 @@ bool Peer::sendMethod(Method& method) try {
   if (latest.codec != m_codecName || !(latest.event == method)) {
     latest.encode(method, m_codecName, *m_codec);
   }
-  return send({FrameKind::event, 0, latest.stream.view()});
+  return send(m_timed ? latest.timedFrame() : latest.frame());
 } catch (const std::exception&) {
   m_outbox.fail(ENOMEM);
   return false;

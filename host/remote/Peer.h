@@ -35,8 +35,8 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   // The process that connected, as the kernel knew it at that time: "uid 1000, pid 4711".
   [[nodiscard]] const std::string& origin() const { return m_origin; }
 
-  // REQUIRES: called before the first call, not later.
-  void setCodec(std::string name, MessageCodec& codec);
+  // REQUIRES: called before the first call, not later. timed: events carry their time.
+  void setCodec(std::string name, MessageCodec& codec, bool timed = false);
   [[nodiscard]] const std::string& codecName() const { return m_codecName; }
   [[nodiscard]] MessageCodec& codec() const { return *m_codec; }
 
@@ -89,6 +89,7 @@ class Peer final : public ProxyRequest, public std::enable_shared_from_this<Peer
   const std::string m_origin;
   std::string m_codecName;
   MessageCodec* m_codec = nullptr;
+  bool m_timed = false;
   Outbox m_outbox;
   const std::shared_ptr<FrameTap> m_tap;  // requests may keep a peer longer than its server
   std::atomic<bool> m_disconnected = false;

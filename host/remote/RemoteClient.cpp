@@ -24,12 +24,15 @@ std::string errorOf(std::string_view refusal) {
 
 }  // namespace
 
-RemoteClient::RemoteClient(const std::filesystem::path& socket)
-    : RemoteClient(socket, std::string(kDefaultCodec)) {}
+RemoteClient::RemoteClient(const std::filesystem::path& socket, Events events)
+    : RemoteClient(socket, std::string(kDefaultCodec), events) {}
 
-RemoteClient::RemoteClient(const std::filesystem::path& socket, const std::string& codec)
+RemoteClient::RemoteClient(const std::filesystem::path& socket, const std::string& codec,
+                           Events events)
     : m_codec(&knownCodec(m_codecs, codec)), m_socket(socket) {
-  if (codec != kDefaultCodec) send({FrameKind::hello, 0, codec});
+  const bool timed = events == Events::timed;
+  if (!timed && codec == kDefaultCodec) return;
+  send({FrameKind::hello, 0, timed ? codec + std::string(kTimedEvents) : codec});
 }
 
 std::optional<Method> RemoteClient::call(Method& method, Limit limit) {
@@ -59,11 +62,16 @@ bool RemoteClient::barrier(Limit limit) {
 }
 
 std::optional<Method> RemoteClient::nextEvent(Limit limit) {
+  auto event = nextReceivedEvent(limit);
+  return event ? std::optional(std::move(event->method)) : std::nullopt;
+}
+
+std::optional<ReceivedEvent> RemoteClient::nextReceivedEvent(Limit limit) {
   const Deadline deadline = Clock::now() + limit;
   while (m_events.empty()) {
     if (!receive(deadline)) return std::nullopt;
   }
-  Method event = m_events.front();
+  ReceivedEvent event = std::move(m_events.front());
   m_events.pop_front();
   return event;
 }
@@ -134,8 +142,10 @@ void RemoteClient::dispatch(const Frame& frame) {
       if (frame.id == m_awaited) m_reply = decode(frame.payload);
       return;
     case FrameKind::event:
-      m_events.push_back(decode(frame.payload));
+      m_events.push_back({decode(frame.payload), std::nullopt});
       return;
+    case FrameKind::timedEvent:
+      return takeTimedEvent(frame.payload);
     case FrameKind::controlReply:
     case FrameKind::controlItem:
       if (frame.id == kNoRequest || frame.id == m_lastCall) {
@@ -149,6 +159,12 @@ void RemoteClient::dispatch(const Frame& frame) {
     default:
       throw HostGone("not a clock host: it sent a frame that only clients send");
   }
+}
+
+void RemoteClient::takeTimedEvent(std::string_view payload) {
+  const auto time = decodeEventStamp(payload);
+  if (!time) throw HostGone("not a clock host: it sent an event without its time");
+  m_events.push_back({decode(payload.substr(kEventStampSize)), time});
 }
 
 Method RemoteClient::decode(std::string_view payload) {

@@ -10,6 +10,7 @@
 
 #include "Method.h"
 #include "remote/CodecTable.h"
+#include "remote/EventStamp.h"
 #include "remote/FrameSocket.h"
 
 namespace host {
@@ -18,6 +19,11 @@ namespace host {
 struct ControlAnswer {
   bool last;         // the reply; false: an item before it
   std::string json;  // as received
+};
+
+struct ReceivedEvent {
+  Method method;
+  std::optional<EventStamp> time;  // of a timed event
 };
 
 // The host refused a call or this client, with the reason: no calls are accepted at this socket, or
@@ -35,8 +41,11 @@ class RemoteClient {
  public:
   using Limit = std::chrono::milliseconds;
 
-  explicit RemoteClient(const std::filesystem::path& socket);  // the default codec
-  RemoteClient(const std::filesystem::path& socket, const std::string& codec);
+  enum class Events { plain, timed };
+
+  explicit RemoteClient(const std::filesystem::path& socket, Events events = Events::plain);
+  RemoteClient(const std::filesystem::path& socket, const std::string& codec,
+               Events events = Events::plain);
 
   // Sends a call and waits for its reply. Keeps the events received meanwhile.
   [[nodiscard]] std::optional<Method> call(Method& method, Limit limit);
@@ -50,6 +59,7 @@ class RemoteClient {
 
   // The next event, in the order of sending.
   [[nodiscard]] std::optional<Method> nextEvent(Limit limit);
+  [[nodiscard]] std::optional<ReceivedEvent> nextReceivedEvent(Limit limit);
 
   // Sends a control request and waits for its reply; drops the items before it.
   [[nodiscard]] std::optional<std::string> control(const std::string& json, Limit limit);
@@ -70,6 +80,7 @@ class RemoteClient {
   std::uint32_t sendMethod(Method& method);
   [[nodiscard]] bool receive(Deadline deadline);
   void dispatch(const Frame& frame);
+  void takeTimedEvent(std::string_view payload);
   [[nodiscard]] Method decode(std::string_view payload);
 
   CodecTable m_codecs;
@@ -80,7 +91,7 @@ class RemoteClient {
   std::uint32_t m_awaited =
       0;  // the call that waits for its reply; replies to others came too late
   std::optional<Method> m_reply;
-  std::deque<Method> m_events;
+  std::deque<ReceivedEvent> m_events;
   std::map<std::uint32_t, std::deque<ControlAnswer>> m_answers;  // by request, until its reply
 };
 

@@ -185,9 +185,11 @@ bool RemoteServer::Impl::refuseAtWrongSocket(Connection& from, const Frame& fram
 
 std::optional<std::string> RemoteServer::Impl::setCodec(Connection& from, std::string_view name) {
   if (from.hasSentFrames()) return "codec chosen after the first frame";
-  MessageCodec* const found = m_codecs.find(name);
+  const bool timed = name.ends_with(kTimedEvents);
+  const std::string_view codec = name.substr(0, name.size() - (timed ? kTimedEvents.size() : 0));
+  MessageCodec* const found = m_codecs.find(codec);
   if (!found) return "unknown codec " + quotedText(name);
-  from.peer().setCodec(std::string(name), *found);
+  from.peer().setCodec(std::string(codec), *found, timed);
   return std::nullopt;
 }
 

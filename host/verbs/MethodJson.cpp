@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Method.h"
+#include "verbs/TimeText.h"
 
 namespace host {
 namespace {
@@ -21,6 +22,13 @@ Json parametersJson(const Method& method) {
     json[parameter.getName()] = valueJson(parameter);
   }
   return json;
+}
+
+Json eventTimeJson(std::chrono::seconds utc, std::chrono::seconds offset) {
+  return {{"utc", instantText(utc)},
+          {"utcSeconds", utc.count()},
+          {"local", localInstantText(utc, offset)},
+          {"localSeconds", (utc + offset).count()}};
 }
 
 }  // namespace host

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "verbs/Json.h"
 
 class Method;
@@ -8,5 +10,9 @@ namespace host {
 
 // The parameters of a method, {NAME: VALUE, ...}, each with its own type. Pure; thread: any.
 [[nodiscard]] Json parametersJson(const Method& method);
+
+// The telephone's time at an event: {"utc": TEXT, "utcSeconds": N, "local": TEXT, "localSeconds":
+// N}. utc: since 1970-01-01; offset: of local time from UTC, east is positive. Pure; thread: any.
+[[nodiscard]] Json eventTimeJson(std::chrono::seconds utc, std::chrono::seconds offset);
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "base/Ascii.h"
@@ -107,6 +108,16 @@ std::optional<std::chrono::microseconds> parseExactDuration(std::string_view tex
   return seconds(*whole) + std::chrono::microseconds(*part);
 }
 
+std::optional<std::chrono::milliseconds> parseRealDuration(std::string_view text) {
+  using std::chrono::milliseconds;
+  std::optional<milliseconds> limit = parseDuration(text);
+  if (!limit) {
+    const auto exact = parseExactDuration(text);
+    if (exact) limit = std::chrono::ceil<milliseconds>(*exact);
+  }
+  return limit && limit->count() > 0 ? limit : std::nullopt;
+}
+
 std::string exactDurationText(std::chrono::microseconds duration) {
   constexpr std::int64_t kSecond = 1'000'000;
   std::string fraction = std::to_string(kSecond + duration.count() % kSecond).substr(1);
@@ -173,6 +184,11 @@ std::string longInstantText(seconds sinceEpoch) {
   return text.substr(0, text.size() - 1) + "+00:00";
 }
 
+std::string localInstantText(seconds sinceEpoch, seconds eastOfUtc) {
+  const std::string local = instantText(sinceEpoch + eastOfUtc);
+  return local.substr(0, local.size() - 1) + offsetText(eastOfUtc).substr(std::strlen("UTC"));
+}
+
 std::string localText(time_t sinceEpoch) {
   tm local{};
   if (localtime_r(&sinceEpoch, &local) == nullptr) return "";
@@ -181,11 +197,11 @@ std::string localText(time_t sinceEpoch) {
   return text + std::string(local.tm_zone) + ", " + offsetText(seconds(local.tm_gmtoff)) + ')';
 }
 
-seconds offsetAt(seconds sinceEpoch) {
-  const auto instant = static_cast<time_t>(sinceEpoch.count());
-  tm local{};
-  localtime_r(&instant, &local);
-  return seconds(local.tm_gmtoff);
+std::string secondsText(std::chrono::milliseconds limit) {
+  constexpr double kSecond = 1000;  // milliseconds
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%.13g s", static_cast<double>(limit.count()) / kSecond);
+  return text.data();
 }
 
 std::string offsetText(seconds eastOfUtc) {

@@ -14,6 +14,8 @@ namespace host {
 
 // For error lines: the accepted forms.
 inline constexpr std::string_view kDurationForms = "`90s`, `15m`, `1h30m`, `1d` or `00:30:00`";
+inline constexpr std::string_view kRealDurationForms =
+    "`10s`, `0.5s`, `15m`, `1h30m` or `00:30:00`";
 inline constexpr std::string_view kInstantForms =
     "`2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199";
 inline constexpr std::string_view kLocalForms = "`2026-03-08 01:59:50`, in the years 1970-2199";
@@ -25,6 +27,8 @@ inline constexpr std::string_view kSpeedForms = "`0` (paused), `1`, `0.5`, `3600
 
 // exact = digits "." 1-6 digits "s", up to 36525 days.
 [[nodiscard]] std::optional<std::chrono::microseconds> parseExactDuration(std::string_view text);
+// Real time to wait: as parseDuration or parseExactDuration, at least a millisecond; rounded up.
+[[nodiscard]] std::optional<std::chrono::milliseconds> parseRealDuration(std::string_view text);
 [[nodiscard]] std::string exactDurationText(std::chrono::microseconds duration);  // "2.5s", "3.0s"
 
 // instant = YYYY-MM-DD "T" HH:MM:SS ( "Z" | ( "+" | "-" ) HH:MM ), from 0 to kLastInstant. Seconds
@@ -46,11 +50,14 @@ inline constexpr std::chrono::seconds kLastInstant{7258118399};  // the end of 2
 // As instantText, in the 25-character form, offset "+00:00".
 [[nodiscard]] std::string longInstantText(std::chrono::seconds sinceEpoch);
 
+// The same instant as a local time with that offset from UTC: "2026-03-08T01:59:50-05:00".
+[[nodiscard]] std::string localInstantText(std::chrono::seconds sinceEpoch,
+                                           std::chrono::seconds eastOfUtc);
+
 // Local wall time under the process's TZ: "2026-03-08 01:59:50 (LOC, UTC-05:00)".
 [[nodiscard]] std::string localText(time_t sinceEpoch);
 
-// Of local time from UTC, under the process's TZ; east is positive.
-[[nodiscard]] std::chrono::seconds offsetAt(std::chrono::seconds sinceEpoch);
+[[nodiscard]] std::string secondsText(std::chrono::milliseconds limit);  // "0.05 s"
 
 // "UTC-05:00"
 [[nodiscard]] std::string offsetText(std::chrono::seconds eastOfUtc);

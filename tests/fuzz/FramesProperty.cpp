@@ -9,6 +9,7 @@
 #include "fuzz/CodecRoundTrip.h"
 #include "fuzz/Property.h"
 #include "remote/CodecTable.h"
+#include "remote/EventStamp.h"
 #include "remote/Frame.h"
 
 namespace {
@@ -31,7 +32,7 @@ Cut cutFrame(std::string_view bytes) {
   std::size_t length = 0;
   for (const char c : bytes.substr(0, 4)) length = length * 256 + static_cast<unsigned char>(c);
   if (length < 5 || length > 1024 * 1024) return {std::nullopt, 0, true};
-  if (bytes.size() > 4 && static_cast<unsigned char>(bytes[4]) > 6) return {std::nullopt, 0, true};
+  if (bytes.size() > 4 && static_cast<unsigned char>(bytes[4]) > 7) return {std::nullopt, 0, true};
   if (bytes.size() < 4 + length) return {};
   std::uint32_t id = 0;
   for (const char c : bytes.substr(5, 4)) id = id * 256 + static_cast<unsigned char>(c);
@@ -94,7 +95,18 @@ class Connection {
       if (auto* const codec = m_codecs.find(frame.payload)) m_codec = codec;
     } else if (frame.kind <= FrameKind::event) {
       fuzz::holdCodec(*m_codec, frame.payload);
+    } else if (frame.kind == FrameKind::timedEvent) {
+      useTimedEvent(frame.payload);
     }
+  }
+
+  void useTimedEvent(std::string_view payload) {
+    const auto time = host::decodeEventStamp(payload);
+    if (!time) return;
+    const host::EventStampBytes bytes = host::encodeEventStamp(*time);
+    hold(payload.starts_with(std::string_view(bytes.data(), bytes.size())),
+         "a time is encoded to the bytes read", payload);
+    fuzz::holdCodec(*m_codec, payload.substr(host::kEventStampSize));
   }
 
   std::string_view m_ahead;  // the rest of the stream, after the frames read so far

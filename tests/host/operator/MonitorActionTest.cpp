@@ -7,6 +7,7 @@
 #include "host/operator/RecordingChannel.h"
 #include "operator/Controller.h"
 #include "remote/CodecTable.h"
+#include "remote/EventStamp.h"
 #include "remote/FrameTap.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
@@ -14,6 +15,8 @@
 
 namespace host {
 namespace {
+
+using namespace std::chrono_literals;
 
 // A device with a tap, and a client that monitors it.
 class Monitor : public ::testing::Test {
@@ -73,6 +76,21 @@ TEST_F(Monitor, ShowsEachKindOfFrame) {
   EXPECT_EQ(call.at("id"), 5);
   EXPECT_EQ(shown(FrameKind::controlRequest, R"({"verb":"keys"})").at("json").dump(),
             R"({"verb":"keys"})");
+}
+
+TEST_F(Monitor, ShowsTheTimeOfATimedEvent) {
+  const EventStampBytes time = encodeEventStamp({std::chrono::seconds(1'772'953'200), -18'000s});
+  const std::string bytes(time.data(), time.size());
+  const Json event = shown(FrameKind::timedEvent, bytes + R"({"name":"e"})");
+  EXPECT_EQ(event.at("kind"), "timedEvent");
+  EXPECT_EQ(event.at("method"), "e");
+  EXPECT_EQ(event.at("utc"), "2026-03-08T07:00:00Z");
+  EXPECT_EQ(event.at("utcSeconds"), 1'772'953'200);
+  EXPECT_EQ(event.at("local"), "2026-03-08T02:00:00-05:00");
+  EXPECT_EQ(event.at("localSeconds"), 1'772'935'200);
+  for (const std::string& odd : {std::string("12345678901"), std::string(12, '\x7f')}) {
+    EXPECT_TRUE(shown(FrameKind::timedEvent, odd).at("undecodable").get<bool>());
+  }
 }
 
 TEST_F(Monitor, LeavesContentOutThatIsTooLongOrNotInItsFormat) {

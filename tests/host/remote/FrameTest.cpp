@@ -90,7 +90,7 @@ TEST(FrameReader, RefusesBytesThatAreNoFrame) {
        "frame of 1073741824 bytes announced, 1048576 is the limit"},
       {announce(0xffffffff), "frame of 4294967295 bytes announced, 1048576 is the limit"},
       {"GET / HTTP/1.1\r\n", "frame of 1195725856 bytes announced, 1048576 is the limit"},
-      {announce(5, 7), "frame of unknown kind 7"},
+      {announce(5, 8), "frame of unknown kind 8"},
       {announce(5, '\xff'), "frame of unknown kind 255"},
   };
   for (const Broken& broken : cases) {

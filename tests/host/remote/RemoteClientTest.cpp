@@ -40,6 +40,10 @@ class ClientOfAPlayedHost : public testing::Test {
   } catch (const HostGone&) {
     return "";
   }
+  static std::string timed(std::int64_t utc, const std::string& event) {
+    const EventStampBytes time = encodeEventStamp({std::chrono::seconds(utc), {}});
+    return std::string(time.data(), time.size()) + event;
+  }
   static std::string encoded(const char* name) {
     Method method(name, Method::reply);
     std::stringstream stream;
@@ -98,6 +102,16 @@ TEST_F(ClientOfAPlayedHost, KeepsEventsReceivedBeforeAReply) {
   EXPECT_FALSE(m_client.nextEvent(Limit(0)));
 }
 
+TEST_F(ClientOfAPlayedHost, KnowsTheTimeOfATimedEvent) {
+  sendFrame({FrameKind::timedEvent, 0, timed(60, encoded("one"))});
+  sendFrame({FrameKind::event, 0, encoded("two")});
+  const auto one = m_client.nextReceivedEvent(kDeadline);
+  ASSERT_TRUE(one && one->time);
+  EXPECT_EQ(one->method.getName(), "one");
+  EXPECT_EQ(one->time->utc, std::chrono::seconds(60));
+  EXPECT_FALSE(m_client.nextReceivedEvent(kDeadline)->time);
+}
+
 TEST_F(ClientOfAPlayedHost, ControlSkipsItemsAndTheAnswersOfOtherRequests) {
   sendFrame({FrameKind::controlReply, 77, "of another request"});
   sendFrame({FrameKind::controlItem, 1, "item"});
@@ -154,6 +168,11 @@ TEST_F(ClientOfAPlayedHost, ReportsThatTheServerIsNoClockHost) {
   const std::string call = encodeFrame({FrameKind::call, 1, encoded("getTime")});
   const std::pair<std::string, const char*> answers[] = {
       {encodeFrame({FrameKind::event, 0, "nonsense"}), "it sent bytes that are not a method"},
+      {encodeFrame({FrameKind::timedEvent, 0, "12345678901"}), "it sent an event without its time"},
+      {encodeFrame({FrameKind::timedEvent, 0, timed(-1, encoded("one"))}),
+       "it sent an event without its time"},
+      {encodeFrame({FrameKind::timedEvent, 0, timed(0, "")}),
+       "it sent bytes that are not a method"},
       {call, "it sent a frame that only clients send"},
       {"HTTP/1.1 400 Bad Request\r\n", "frame of 1213486160 bytes announced, 1048576 is the limit"},
   };

@@ -52,6 +52,27 @@ TEST(TimeText, AnExactDurationHasAFraction) {
   EXPECT_EQ(exactDurationText(microseconds(1'000'250)), "1.00025s");
 }
 
+TEST(TimeText, RealTimeToWaitIsAMillisecondOrMore) {
+  using std::chrono::milliseconds;
+  const std::pair<const char*, std::int64_t> accepted[] = {
+      {"1s", 1000}, {"0.5s", 500}, {"0.000001s", 1}, {"1.0011s", 1002}, {"1h30m", 5'400'000}};
+  for (const auto& [text, expected] : accepted) {
+    EXPECT_EQ(parseRealDuration(text), milliseconds(expected)) << text;
+  }
+  for (const char* const text : {"", "0s", "0.0s", "00:00:00", "5", "-1s", "1.5m"}) {
+    EXPECT_EQ(parseRealDuration(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(secondsText(milliseconds(50)), "0.05 s");
+  EXPECT_EQ(secondsText(milliseconds(86'400'001)), "86400.001 s");
+}
+
+TEST(TimeText, LocalInstantHasItsOffset) {
+  const seconds instant(1'772'953'200);
+  EXPECT_EQ(localInstantText(instant, seconds(-18000)), "2026-03-08T02:00:00-05:00");
+  EXPECT_EQ(localInstantText(instant, seconds(20700)), "2026-03-08T12:45:00+05:45");
+  EXPECT_EQ(localInstantText(instant, seconds(0)), "2026-03-08T07:00:00+00:00");
+}
+
 TEST(TimeText, RejectsDurationsOneStepOutside) {
   for (const char* const text : {"",
                                  "s",
