@@ -5,18 +5,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
-#include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
-#include <sstream>
 #include <thread>
 
 #include "apps/ClockCtlOptions.h"
 #include "apps/Recording.h"
 #include "apps/Session.h"
+#include "apps/TimeLimit.h"
+#include "apps/Watching.h"
 #include "base/PrintableText.h"
 #include "remote/PeerProcess.h"
-#include "remote/RemoteClient.h"
 #include "verbs/CallWords.h"
 #include "verbs/CatalogueAnswers.h"
 #include "verbs/CheckedRequest.h"
@@ -27,6 +26,7 @@
 #include "verbs/NamedRows.h"
 #include "verbs/OffsetPlot.h"
 #include "verbs/ReadJson.h"
+#include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
 
@@ -38,7 +38,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kCallLimit = std::chrono::seconds(2);
 constexpr milliseconds kControlLimit = std::chrono::seconds(5);  // may wait 1 s for a name server
 constexpr milliseconds kMoveLimit = std::chrono::seconds(60);    // advancing a year takes a while
-constexpr milliseconds kEventWait = std::chrono::hours(1);       // then the wait is repeated
+constexpr milliseconds kHostLimit = std::chrono::seconds(30);    // of `wait-host` alone
 
 constexpr milliseconds kRefresh = std::chrono::seconds(1);  // of `status --watch`
 
@@ -48,13 +48,6 @@ enum Status : int { done = 0, refused = 1, usage = 2, noHost = 3 };
 struct Refusal : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
-
-std::string secondsText(milliseconds limit) {
-  constexpr int kDigits = 8;  // milliseconds of a day
-  std::ostringstream text;
-  text << std::setprecision(kDigits) << static_cast<double>(limit.count()) / 1000 << " s";
-  return text.str();
-}
 
 // The likely reason why the host has not replied to a request that it received.
 std::string likelyReason(const RemoteClient& client, bool moves) {
@@ -84,6 +77,8 @@ class Command {
         return call();
       case Verb::Route::watch:
         return watch();
+      case Verb::Route::host:
+        return waitForHost();
       case Verb::Route::control:
         if (m_request.value("follow", false)) return follow();
         return m_request.value("watch", false) ? repeat() : control();
@@ -135,22 +130,18 @@ class Command {
   }
 
   void watch() {
-    Method observe("observeTimeEvents", Method::call);
-    const auto reply = client().call(observe, limit());
-    bool observing = false;
-    if (!reply) noReply();
-    if (!reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
-        !observing) {
-      throw Refusal("the service refused the observer");
-    }
+    if (!observeEvents(client(), limit())) noReply();
     m_err << "ready" << std::endl;  // for scripts: no later event is missed
-    const int count = m_request["count"];
-    for (int seen = 0; m_out && (count == 0 || seen < count);) {
-      const auto event = client().nextEvent(kEventWait);
-      if (!event) continue;
-      print({{"event", event->getName()}, {"parameters", parametersJson(*event)}});
-      ++seen;
-    }
+    watchEvents(m_request, client(), [this](const Json& event) {
+      print(event);
+      return m_out.good();
+    });
+  }
+
+  void waitForHost() {
+    const milliseconds usual = m_options.waitHost.value_or(kHostLimit);
+    m_session.waitForHost(milliseconds(m_request.value("for", std::int64_t{usual.count()})));
+    print({{"ok", true}});
   }
 
   // Long lists come in pages. Each must end with a later record, or there might be no last one.
@@ -204,10 +195,12 @@ class Command {
     return later;
   }
 
+  // Without end, or for the time that was asked for.
   void follow() {
+    const TimeLimit whole(m_options.timeout);
     const std::uint32_t id = client().startControl(m_request.dump());
-    while (m_out) {
-      const auto item = client().nextAnswer(id, kEventWait);
+    while (m_out && !whole.over()) {
+      const auto item = client().nextAnswer(id, whole.left());
       if (!item) continue;
       if (item->last) {
         static_cast<void>(checked(item->json));
@@ -215,6 +208,7 @@ class Command {
       }
       print(objectIn(item->json));
     }
+    if (m_out && stoppedProcessAt(client().descriptor())) noReply();
   }
 
   static Json objectIn(const std::string& text) {

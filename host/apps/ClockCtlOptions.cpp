@@ -6,6 +6,7 @@
 #include "base/PrintableText.h"
 #include "base/Version.h"
 #include "remote/SocketAddress.h"
+#include "verbs/TimeText.h"
 #include "verbs/Verb.h"
 
 namespace host {
@@ -32,6 +33,12 @@ std::string takeTimeout(const std::string& text, ClockCtlOptions& options) {
   return "";
 }
 
+std::string takeWaitHost(const std::string& text, ClockCtlOptions& options) {
+  options.waitHost = parseRealDuration(text);
+  if (options.waitHost) return "";
+  return quotedText(text) + " is not a duration: " + std::string(kRealDurationForms);
+}
+
 // The help that was asked for: of one verb, or of all.
 std::string helpFor(const OptionParser& parser, std::span<const std::string> verb) {
   if (!verb.empty()) return verbHelp(verbOf(verb));
@@ -42,14 +49,17 @@ std::string helpFor(const OptionParser& parser, std::span<const std::string> ver
 
 OptionParser clockCtlOptionParser(ClockCtlOptions& options) {
   OptionParser parser({"clockctl", "Controls a running clockhost.", "VERB [ARGUMENTS]", kStatuses});
-  parser.addPath("--socket", "Socket for the verbs call and watch", options.socket);
+  parser.addPath("--socket", "Socket for the verbs call, watch, wait and wait-host",
+                 options.socket);
   parser.addPath("--control-socket", "Socket for all other verbs", options.controlSocket)
       .shownDefault = "--socket with \".control\" appended";
   parser.addFlag("--json", "Print answers and errors as JSON, one object on each line",
                  options.json);
   parser.add({"--timeout", "SECONDS", "How long to wait for a reply",
               [&](const std::string& text) { return takeTimeout(text, options); },
-              "2 for call and watch, 60 for clock advance and to, else 5"});
+              "2 for call, watch and wait, 60 for clock advance and to, else 5"});
+  parser.add({"--wait-host", "DURATION", "First wait for a host that is starting, up to that long",
+              [&](const std::string& text) { return takeWaitHost(text, options); }});
   parser.addFlag("--raw", "Send any names and values, as given, to test what a host does with them",
                  options.raw);
   return parser;
@@ -58,7 +68,8 @@ OptionParser clockCtlOptionParser(ClockCtlOptions& options) {
 std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> words,
                                                    const std::filesystem::path& defaultSocket,
                                                    std::ostream& out) {
-  ClockCtlOptions options{defaultSocket, {}, false, std::nullopt, false, {}};
+  ClockCtlOptions options;
+  options.socket = defaultSocket;
   OptionParser parser = clockCtlOptionParser(options);
   const OptionParser::Request request = parser.read(words);
   options.verb = parser.arguments();

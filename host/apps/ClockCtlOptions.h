@@ -17,9 +17,10 @@ struct ClockCtlOptions {
   std::filesystem::path socket;
   std::filesystem::path controlSocket;
   bool json = false;
-  std::optional<std::chrono::milliseconds> timeout;  // more than 0, up to a day
-  bool raw = false;                                  // names and values are not checked
-  std::vector<std::string> verb;                     // with its arguments
+  std::optional<std::chrono::milliseconds> timeout;   // more than 0, up to a day
+  std::optional<std::chrono::milliseconds> waitHost;  // at least 1 ms
+  bool raw = false;                                   // names and values are not checked
+  std::vector<std::string> verb;                      // with its arguments
 };
 
 // The table of options. Values go to `options`, which outlives the parser.

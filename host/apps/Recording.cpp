@@ -2,7 +2,6 @@
 
 #include <poll.h>
 
-#include <algorithm>
 #include <array>
 #include <chrono>
 #include <functional>
@@ -12,6 +11,8 @@
 #include <vector>
 
 #include "apps/RecordedFile.h"
+#include "apps/TimeLimit.h"
+#include "apps/Watching.h"
 #include "base/Error.h"
 #include "base/PrintableText.h"
 #include "base/TerminationSignals.h"
@@ -24,10 +25,8 @@ namespace host {
 namespace {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
 constexpr int kTries = 20;  // to read all settings without a change meanwhile
-constexpr milliseconds kLongestWait = std::chrono::hours(1);
 
 Json objectIn(const std::string& text) {
   Json json = readJson(text);
@@ -50,13 +49,7 @@ class Monitor {
           "the last changes are not applied yet, since the clock is paused; let time pass, "
           "as with `clock advance 1s`");
     }
-    Method observe("observeTimeEvents", Method::call);
-    const auto reply = m_observer.call(observe, m_limit);
-    bool observing = false;
-    if (!reply || !reply->getBoolParameter("observeTimeEventsReturn", observing, Parameter::out) ||
-        !observing) {
-      throw Error("the service refused the observer");
-    }
+    if (!observeEvents(m_observer, m_limit)) throw Error("no reply; the host is busy");
   }
 
   // The next item; empty: none came within the limit.
@@ -140,25 +133,17 @@ class Monitor {
   Json m_begin;
 };
 
-milliseconds left(std::optional<Clock::time_point> end) {
-  if (!end) return kLongestWait;
-  const auto rest = std::chrono::ceil<milliseconds>(*end - Clock::now());
-  return std::clamp(rest, milliseconds(0), kLongestWait);
-}
-
 void follow(const Json& request, TerminationSignals& signals, Monitor& monitor,
             ScenarioRecorder& recorder) {
   const std::size_t count = request.at("count");
-  std::optional<Clock::time_point> end;
-  const std::int64_t seconds = request.at("for");
-  if (seconds > 0) end = Clock::now() + std::chrono::seconds(seconds);
+  const std::chrono::seconds wanted(request.at("for").get<std::int64_t>());
+  const TimeLimit limit(wanted.count() > 0 ? std::optional<milliseconds>(wanted) : std::nullopt);
   for (;;) {
     while (const auto item = monitor.next(milliseconds(0))) {
       recorder.add(*item);
       if (count > 0 && recorder.steps() >= count) return;
     }
-    const bool over = end && Clock::now() >= *end;
-    if (over || !monitor.wait(signals, left(end))) break;
+    if (limit.over() || !monitor.wait(signals, limit.left())) break;
   }
   monitor.readUntilNow([&](const Json& item) { recorder.add(item); });
 }

@@ -32,16 +32,24 @@ std::vector<Candidate> wordsFor(std::string_view usage) {
     return candidates(namesOf(managementKeys()));
   }
   if (usage == "METHOD" || usage == "[METHOD]") return candidates(namesOf(remoteMethods()));
-  if (usage == "[EVENT]") return candidates(namesOf(remoteEvents()));
-  const auto listed = candidates(listedValues(usage));
-  return listed.empty() ? optionsIn(usage) : listed;
+  auto words = candidates(listedValues(usage));
+  if (usage.find("EVENT") != std::string_view::npos) words = candidates(namesOf(remoteEvents()));
+  const auto options = optionsIn(usage);
+  words.insert(words.end(), options.begin(), options.end());
+  return words;
+}
+
+bool mayBeRepeated(std::string_view usage) {
+  return usage.find("...") != std::string_view::npos;
 }
 
 void addWords(std::string arguments, const VerbWords& words, std::vector<Position>& positions) {
   for (const VerbWord& word : words) {
     if (word.usage.empty()) continue;
-    if (auto found = wordsFor(word.usage); !found.empty()) positions.push_back({arguments, found});
+    const auto found = wordsFor(word.usage);
+    if (!found.empty()) positions.push_back({arguments, found});
     arguments += " *";
+    if (!found.empty() && mayBeRepeated(word.usage)) positions.push_back({arguments, found});
   }
 }
 

@@ -36,6 +36,7 @@ struct Verb {
   enum class Route {
     call,      // a remote call to the service
     watch,     // the service's events
+    host,      // no request: the host answers at the call socket
     control,   // a control request to the host, see operator/HostActions.h
     record,    // a file of clockctl, from the stream of `monitor`
     stream,    // a control request whose answers are items, until the client disconnects

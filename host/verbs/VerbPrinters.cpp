@@ -118,6 +118,10 @@ void printEvent(const Json& event, std::ostream& out) {
   for (const auto& [name, value] : parameters.items()) {
     out << ' ' << oneLine(name) << '=' << textOf(value);
   }
+  for (const char* const name : {"utc", "local"}) {
+    const std::string time = memberText(event, name);
+    if (!time.empty()) out << ' ' << name << '=' << time;
+  }
   out << std::endl;  // flushed, so that readers of a pipe see it at once
 }
 

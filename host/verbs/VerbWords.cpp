@@ -112,13 +112,6 @@ Json readInstantOrLocal(WordReader& words, std::string_view) {
                  parseLocal(text) ? "`local` before it" : std::string(kInstantForms));
 }
 
-Json readCount(WordReader& words, std::string_view) {
-  if (!words.accept("--count")) return 0;
-  const int count = words.integer("N");
-  if (count < 1) WordReader::fail("N is the number of events to wait for, 1 or more");
-  return count;
-}
-
 Json readMost(WordReader& words, std::string_view) {
   if (words.done()) return Json::object();
   const int count = words.integer("N");

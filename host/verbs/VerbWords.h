@@ -33,7 +33,12 @@ inline constexpr int kMostRows = 1000;
 [[nodiscard]] Json readAdvance(WordReader& words, std::string_view usage);
 // {"count": N, "for": SECONDS, "overwrite": BOOL}; 0: no limit
 [[nodiscard]] Json readRecord(WordReader& words, std::string_view usage);
-[[nodiscard]] Json readCount(WordReader& words, std::string_view usage);  // 0: no limit
+// {"events": [NAME, ...], "where": {NAME: VALUE, ...}, "count": N, "for": MILLISECONDS}; 0: no
+// limit
+[[nodiscard]] Json readWatch(WordReader& words, std::string_view usage);
+[[nodiscard]] Json readWait(WordReader& words,
+                            std::string_view usage);  // one event or more, count 1
+[[nodiscard]] Json readHostLimit(WordReader& words, std::string_view usage);  // {"for": MS} or {}
 // {"count": N}, 1-1000, or {} without the word
 [[nodiscard]] Json readMost(WordReader& words, std::string_view usage);
 // {"count": N, "until": SECONDS, "plot": FILE}, in any order, each or none

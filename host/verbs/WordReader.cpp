@@ -44,6 +44,10 @@ bool WordReader::accept(std::string_view word) {
   return true;
 }
 
+bool WordReader::startsWith(std::string_view prefix) const {
+  return !done() && m_words[m_next].starts_with(prefix);
+}
+
 std::span<const std::string> WordReader::rest() {
   const auto words = m_words.subspan(m_next);
   m_next = m_words.size();

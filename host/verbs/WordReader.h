@@ -33,6 +33,8 @@ class WordReader {
   // Takes the next word when it is this one.
   [[nodiscard]] bool accept(std::string_view word);
 
+  [[nodiscard]] bool startsWith(std::string_view prefix) const;  // the next word
+
   // All remaining words.
   [[nodiscard]] std::span<const std::string> rest();
   [[nodiscard]] std::string restAsText();  // joined by single spaces

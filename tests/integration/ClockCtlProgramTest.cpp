@@ -141,7 +141,7 @@ TEST(ClockCtlProgram, WatchesTheStartOfDaylightSaving) {
   const Outcome watched = watch->wait();
   EXPECT_EQ(watched.out,
             "timeChangeEvent timeChangeEventHours=3 timeChangeEventMinutes=0 "
-            "timeChangeEventSeconds=0\n");
+            "timeChangeEventSeconds=0 utc=2026-03-08T07:00:00Z local=2026-03-08T03:00:00-04:00\n");
   EXPECT_EQ(watched.err, "ready\n");
   EXPECT_EQ(host.ctl({"call", "getTime"}).out, "getTimeStringReturn=03:00am\n");
 }

@@ -25,6 +25,7 @@ TEST(ClockCtlOptions, HaveDefaults) {
   EXPECT_EQ(options->controlSocket, "/default.control");
   EXPECT_FALSE(options->json);
   EXPECT_EQ(options->timeout, std::nullopt);
+  EXPECT_EQ(options->waitHost, std::nullopt);
   EXPECT_EQ(options->verb, (Words{"get", "time"}));
 }
 
@@ -65,6 +66,11 @@ TEST(ClockCtlOptions, TheLastOfTwoCounts) {
   EXPECT_TRUE(options->json);
 }
 
+TEST(ClockCtlOptions, TheHostIsWaitedForInRealTime) {
+  EXPECT_EQ(read("--wait-host 0.5s keys")->waitHost, milliseconds(500));
+  EXPECT_EQ(read("keys --wait-host=1m30s")->waitHost, std::chrono::seconds(90));
+}
+
 TEST(ClockCtlOptions, ArgumentsOfAVerbMayLookLikeOptions) {
   EXPECT_EQ(read("set sntp-tz-offset -5")->verb, (Words{"set", "sntp-tz-offset", "-5"}));
   EXPECT_EQ(read("watch --count 3")->verb, (Words{"watch", "--count", "3"}));
@@ -76,7 +82,8 @@ TEST(ClockCtlOptions, WrongOptionsAreUsageErrors) {
        {"--jsno get time", "--socket", "--timeout 0 get time", "--timeout -1 get time",
         "--timeout x get time", "--timeout 86401 get time", "--timeout nan get time",
         "get time --timeout", "--timeout= get time", "--timeout '' get time",
-        "--timeout 1s get time", "--json=false get time"}) {
+        "--timeout 1s get time", "--json=false get time", "--wait-host keys", "--wait-host 5 keys",
+        "--wait-host 0s keys", "--wait-host= keys", "keys --wait-host"}) {
     EXPECT_THROW(static_cast<void>(read(line)), UsageError) << line;
   }
 }
@@ -87,7 +94,7 @@ TEST(ClockCtlOptions, HelpListsOptionsAndVerbs) {
   for (const char* const part :
        {"Usage: clockctl [OPTIONS] VERB [ARGUMENTS]\n", "-h, --help ", "--version ",
         "\nExit status:\n  0  done\n", "\n  3  no host", "--socket FILE ", "(default: /default)\n",
-        "--control-socket FILE ", "--json ", "--timeout SECONDS ",
+        "--control-socket FILE ", "--json ", "--timeout SECONDS ", "--wait-host DURATION ",
         "60 for clock advance and to, else 5)\n", "\nVerbs:\n  call METHOD",
         "\n      clock to hour|midnight|dst|leap-day|2038  ", "\nWords:\n", "\n  UTC is "}) {
     EXPECT_NE(out.str().find(part), std::string::npos) << part << '\n' << out.str();

@@ -37,11 +37,17 @@ Outcome run(const std::string& line, const std::filesystem::path& socket) {
 // Besides calls, any request may wait two seconds for a name server.
 TEST(ClockCtl, WaitsLongerForRequestsThatTakeLonger) {
   const std::pair<const char*, int> rows[] = {
-      {"call getTime", 2},      {"watch", 2},
-      {"get time", 5},          {"set sntp-addr time.example.org", 5},
-      {"inject dhcp 1", 5},     {"clock", 5},
-      {"clock next", 5},        {"clock jump 2026-03-08T06:59:50Z", 5},
-      {"clock advance 1d", 60}, {"clock to dst", 60},
+      {"call getTime", 2},
+      {"watch", 2},
+      {"wait dateChangeEvent", 2},
+      {"get time", 5},
+      {"set sntp-addr time.example.org", 5},
+      {"inject dhcp 1", 5},
+      {"clock", 5},
+      {"clock next", 5},
+      {"clock jump 2026-03-08T06:59:50Z", 5},
+      {"clock advance 1d", 60},
+      {"clock to dst", 60},
   };
   for (const auto& [line, seconds] : rows) {
     const Words words = splitScenarioLine(line);
@@ -64,6 +70,9 @@ TEST(ClockCtl, WrongUsageIsStatusTwoWithOneShortLine) {
       {{"--socket"}, "--socket: its value is missing; write --socket FILE"},
       {{"--json=yes", "keys"}, "--json takes no value"},
       {{"--timeout", "1\n2", "keys"}, "1\\n2"},
+      {{"--wait-host", "10", "keys"}, "--wait-host: \"10\" is not a duration: `10s`, `0.5s`"},
+      {{"watch", "noEvent"}, "no event \"noEvent\"; there are timezoneChangeEvent, "},
+      {{"--wait-host", "10s", "wait"}, "EVENT is missing"},
       {{length}, "...\" (100000 bytes)"},
       {{"clock", "advance", length}, "...\" (100000 bytes) is not a duration; write `90s`"},
       {{"--" + length}, "; `clockctl --help` lists"},
@@ -96,7 +105,8 @@ TEST(ClockCtl, NoHostIsStatusThreeAndNamesTheSocket) {
   for (const auto& [line, named] : {std::pair<const char*, std::string>("get time", ".control"),
                                     {"clock", ".control"},
                                     {"call getTime", ""},
-                                    {"watch", ""}}) {
+                                    {"watch", ""},
+                                    {"wait timeChangeEvent", ""}}) {
     expectOneLine(run(line, socket), 3, {"clockctl: no host at " + socket + named + ": "});
   }
 }
@@ -140,9 +150,9 @@ TEST_F(SocketsOfAnotherUser, AreRefusedWithStatusOneAndWhatToDo) {
     allowCalls(mayCall);
     const Outcome outcome = runAsAnother("keys");
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.err, alone + (mayCall ? "; you may use call and watch\n" : "\n"));
+    EXPECT_EQ(outcome.err, alone + (mayCall ? "; you may use call, watch and wait\n" : "\n"));
   }
-  for (const char* const line : {"call getTime", "watch"}) {
+  for (const char* const line : {"call getTime", "watch", "wait timeChangeEvent", "wait-host"}) {
     const Outcome outcome = runAsAnother(line);
     EXPECT_EQ(outcome.status, 1) << line;
     EXPECT_EQ(outcome.err, "clockctl: no permission for the host's socket " + calls() +

@@ -90,6 +90,9 @@ TEST(BashCompletion, OffersWhatMayComeNext) {
       {"clockctl call getTimeV", "getTimeVal\n"},
       {"clockctl inject user-data date-format ''", "on off\n"},
       {"clockctl help inj", "inject\n"},
+      {"clockctl watch time", "timezoneChangeEvent timeChangeEvent\n"},
+      {"clockctl wait timeChangeEvent date", "dateChangeEvent\n"},
+      {"clockctl watch --for 5s --co", "--count --control-socket\n"},
       {"clockctl --ti", "--timeout\n"},
   };
   for (const auto& [line, words] : rows) EXPECT_EQ(offered(ctlWords(), line), words) << line;

@@ -25,6 +25,9 @@ TEST(VerbPrinters, PrintReplyParametersInTheirOrder) {
 TEST(VerbPrinters, PrintAnEventOnOneLine) {
   EXPECT_EQ(printed(printEvent, R"({"event":"e","parameters":{"hours":3,"zone":"LOC"}})"),
             "e hours=3 zone=LOC\n");
+  EXPECT_EQ(printed(printEvent,
+                    R"({"event":"e","parameters":{"a":1},"utc":"U","local":"L","utcSeconds":5})"),
+            "e a=1 utc=U local=L\n");
 }
 
 TEST(VerbPrinters, PrintTheBareValue) {

@@ -48,8 +48,12 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "      list the methods of the service, or tell what one does and takes\n"
       "  events [EVENT]\n"
       "      list the events of the service, or tell when one is raised\n"
-      "  watch [--count N]\n"
-      "      print the service's events as they arrive\n"
+      "  watch [EVENT ...] [--where NAME=VALUE]... [--count N] [--for DURATION]\n"
+      "      print the service's events as they arrive, or those with these names and values\n"
+      "  wait EVENT ... [--where NAME=VALUE]... [--for DURATION]\n"
+      "      wait for one of these events, and print it\n"
+      "  wait-host [DURATION]\n"
+      "      wait until the host answers, up to 30 s or that long\n"
       "  clock [ACTION]\n"
       "      show or control the clock\n"
       "      clock show                                show the clock's state, as `clock` alone "
@@ -123,8 +127,8 @@ TEST(Verb, WordsBecomeRequests) {
       {"methods", R"({"verb":"methods"})"},
       {"methods getTime", R"({"verb":"methods","name":"getTime"})"},
       {"events dateChangeEvent", R"({"verb":"events","name":"dateChangeEvent"})"},
-      {"watch", R"({"verb":"watch","count":0})"},
-      {"watch --count 3", R"({"verb":"watch","count":3})"},
+      {"watch", R"({"verb":"watch","events":[],"where":{},"count":0,"for":0})"},
+      {"watch --count 3", R"({"verb":"watch","events":[],"where":{},"count":3,"for":0})"},
       {"clock", R"({"verb":"clock","action":"show"})"},
       {"clock show", R"({"verb":"clock","action":"show"})"},
       {"clock speed max", R"({"verb":"clock","action":"speed","speed":"max"})"},
@@ -192,7 +196,8 @@ TEST(Verb, WrongWordsAreNamedInOneLine) {
       {"set a b c", "\"c\" is one word too many"},
       {"reset now", "\"now\" is one word too many"},
       {"keys a b", "\"b\" is one word too many (usage: keys [KEY])"},
-      {"watch 5", "\"5\" is one word too many"},
+      {"watch 5",
+       "no event \"5\"; there are timezoneChangeEvent, timeChangeEvent, dateChangeEvent, alarm"},
       {"watch --count 0", "1 or more"},
       {"watch --count x", "\"x\" is not a number"},
       {"watch --count 2147483648", "\"2147483648\" is not a number"},
