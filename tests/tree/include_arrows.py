@@ -18,6 +18,7 @@ ARROWS = {
     "src": ["include", "src", "platform"],
     "host": ["host", "platform"],
     "examples": ["examples", "include", "platform"],
+    "panel": ["panel", "host", "platform"],
 }
 # The bodies that may use only the C++ library and POSIX.
 PLAIN = ["platform", "include", "src", "examples"]

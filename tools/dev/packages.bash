@@ -31,4 +31,6 @@ need() {
   as_root apt-get update -q
   as_root env DEBIAN_FRONTEND=noninteractive \
     apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null
+  # CMake looks again for what it has not found before.
+  touch -c "$CLOCK_TREE"/build/*/CMakeCache.txt
 }

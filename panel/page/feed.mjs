@@ -1,0 +1,88 @@
+// What the panel tells this page: one record for each telephone, kept up to date.
+
+const MOST_ENTRIES = 100000; // of the journal, in each telephone
+
+export const phones = [];
+export let catalogue = { keys: [] };
+export let timeServer = null; // null: the panel has none
+
+const listeners = new Set();
+let waiting = false;
+
+// Calls `changed` after messages have come, at most once for each frame that is drawn.
+export function subscribe(changed) {
+  listeners.add(changed);
+  return () => listeners.delete(changed);
+}
+
+function announce() {
+  if (waiting) return;
+  waiting = true;
+  requestAnimationFrame(() => {
+    waiting = false;
+    for (const changed of listeners) changed();
+  });
+}
+
+function phoneOf(number) {
+  while (phones.length <= number) {
+    phones.push({ number: phones.length, attached: null, entries: [], dropped: 0 });
+  }
+  return phones[number];
+}
+
+function addEntry(phone, entry) {
+  phone.entries.push(entry);
+  if (phone.entries.length > MOST_ENTRIES) {
+    phone.entries.splice(0, MOST_ENTRIES / 10);
+    phone.dropped += MOST_ENTRIES / 10;
+  }
+}
+
+function take(message) {
+  if (message.catalogue) {
+    catalogue = message.catalogue;
+    return;
+  }
+  if ("timeServer" in message) {
+    timeServer = message.timeServer;
+    return;
+  }
+  const phone = phoneOf(message.telephone);
+  if (message.entry) return addEntry(phone, message.entry);
+  if (message.status) message.status.received = performance.now();
+  Object.assign(phone, message);
+}
+
+// The browser reconnects by itself; the panel then begins again with the present state.
+export function follow() {
+  const source = new EventSource("/feed");
+  source.onopen = () => {
+    for (const phone of phones) phone.entries = [];
+    connected(true);
+  };
+  source.onmessage = (event) => {
+    take(JSON.parse(event.data));
+    announce();
+  };
+  source.onerror = () => connected(false);
+}
+
+export let panelIsThere = true;
+
+function connected(yes) {
+  panelIsThere = yes;
+  announce();
+}
+
+// Asks the panel. Throws an Error whose message is the refusal.
+export async function post(target, asked) {
+  const response = await fetch(target, { method: "POST", body: JSON.stringify(asked) });
+  if (!response.ok) throw new Error((await response.text()).trim());
+  const answer = await response.json();
+  if (!answer.ok) throw new Error(answer.error);
+  return answer;
+}
+
+// Carries out a verb of clockctl at the telephone, as an array of words.
+export const ask = (phone, words) => post("/request", { telephone: phone.number, words });

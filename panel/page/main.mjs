@@ -1,0 +1,63 @@
+// The page: one or more telephones side by side, and the tools for the chosen ones.
+import { html, render, useEffect, useReducer, useState } from "./preact.mjs";
+import { follow, panelIsThere, phones, subscribe } from "./feed.mjs";
+import { Coming } from "./coming.mjs";
+import { Journal } from "./journal.mjs";
+import { Passing } from "./passing.mjs";
+import { Scenarios } from "./scenarios.mjs";
+import { Settings } from "./settings.mjs";
+import { Telephone } from "./telephone.mjs";
+import { World } from "./world.mjs";
+import { Year } from "./year.mjs";
+
+const ALL = -1;
+
+const isReady = (phone) =>
+  phone.status && phone.keys && phone.upcoming && phone.history && phone.security;
+
+function Missing({ phone }) {
+  return html`<p role="alert" class="missing">Telephone ${phone.number + 1} is not there:
+    ${phone.attached?.why ?? "looking for it"}</p>`;
+}
+
+function Chooser({ chosen, choose }) {
+  if (phones.length < 2) return null;
+  const rows = [...phones.map((phone) => [phone.number, `telephone ${phone.number + 1}`]), [ALL, "all"]];
+  return html`<div class="buttons" role="group" aria-label="Telephones that the tools work on">
+    ${rows.map(([number, text]) => html`<button type="button"
+      aria-pressed=${String(chosen === number)} onClick=${() => choose(number)}>${text}</button>`)}
+  </div>`;
+}
+
+function Page() {
+  const [, draw] = useReducer((count) => count + 1, 0);
+  const [chosen, choose] = useState(0);
+  useEffect(() => subscribe(draw), []);
+  const ready = phones.filter(isReady);
+  const tools = ready.filter((phone) => chosen === ALL || phone.number === chosen);
+  const [first] = tools;
+  return html`
+    <header>
+      <h1>Telephone clock</h1>
+      ${panelIsThere ? null : html`<p role="alert" class="missing">The panel is gone. Start it again.</p>`}
+    </header>
+    <main>
+      <div class="telephones">
+        ${phones.filter((phone) => !phone.attached?.attached).map((phone) => html`<${Missing} phone=${phone} />`)}
+        ${ready.map((phone) => html`<${Telephone} key=${phone.number} phone=${phone} />`)}
+      </div>
+      <${Chooser} chosen=${chosen} choose=${choose} />
+      ${first ? html`<div class="tools" key=${chosen}>
+        <${Passing} phones=${tools} />
+        <${Year} phone=${first} />
+        <${Coming} phone=${first} />
+        <${Journal} phone=${first} />
+        <${Scenarios} phone=${first} />
+        <${Settings} phones=${tools} />
+        <${World} phones=${tools} />
+      </div>` : null}
+    </main>`;
+}
+
+render(html`<${Page} />`, document.body);
+follow();

@@ -1,0 +1,69 @@
+// Lets time pass, and moves the clock.
+import { html, useState } from "./preact.mjs";
+import { Answer, Section, useRequest } from "./parts.mjs";
+import { DAY, instant, shownNow, utcText } from "./time.mjs";
+
+const SPEEDS = [["0", "pause"], ["1", "1x"], ["60", "60x"], ["3600", "3600x"], ["max", "max"]];
+const STEPS = [["1m", "+1 min"], ["1h", "+1 h"], ["1d", "+1 day"]];
+const LANDMARKS = [
+  ["hour", "next hour"], ["midnight", "midnight"], ["dst", "daylight saving"],
+  ["leap-day", "leap day"], ["2038", "2038"],
+];
+const YEAR = 365; // days of the scrubber
+
+const speedName = ({ clock }) => (clock.speed === null ? "max" : String(clock.speed));
+
+function Buttons({ label, rows, pressed, act }) {
+  return html`<div class="buttons" role="group" aria-label=${label}>
+    ${rows.map(([word, text]) => html`<button type="button" aria-pressed=${pressed === undefined
+      ? undefined : String(pressed === word)} onClick=${() => act(word)}>${text}</button>`)}
+  </div>`;
+}
+
+// Moves on through the year. It lets time pass, so nothing is skipped.
+function Scrubber({ send }) {
+  const [days, setDays] = useState(0);
+  const release = async () => {
+    if (days > 0) await send("clock", "advance", `${days}d`);
+    setDays(0);
+  };
+  return html`<label class="scrubber">let pass: ${days} days
+    <input type="range" min="0" max=${YEAR} value=${days} aria-label="Days to let pass"
+      onInput=${(event) => setDays(Number(event.target.value))} onChange=${release} />
+  </label>`;
+}
+
+function Jump({ phone, send }) {
+  const [text, setText] = useState("");
+  const target = text ? instant(`${text}Z`) : NaN;
+  const back = Number.isFinite(target) && target < shownNow(phone);
+  const jump = (event) => {
+    event.preventDefault();
+    if (Number.isFinite(target)) send("clock", "jump", utcText(target));
+  };
+  return html`<form class="jump" onSubmit=${jump}>
+    <label>UTC <input type="datetime-local" step="1" min="1970-01-01T00:00" max="2199-12-31T23:59"
+      value=${text} onInput=${(event) => setText(event.target.value)} required /></label>
+    <button>${back ? "Jump back" : "Jump"}</button>
+    <small>${back ? "Back in time: a jump, as if another program had set the clock." :
+      "A jump sets the clock; timers and uptime do not follow."}</small>
+  </form>`;
+}
+
+export function Passing({ phones }) {
+  const [send, answer] = useRequest(phones);
+  const [phone] = phones;
+  return html`<${Section} title="Time" name="passing">
+    <${Buttons} label="Speed" rows=${SPEEDS} pressed=${speedName(phone.status)}
+      act=${(word) => send("clock", "speed", word)} />
+    <${Buttons} label="Let pass" rows=${STEPS} act=${(word) => send("clock", "advance", word)} />
+    <${Buttons} label="Go to ten seconds before" rows=${LANDMARKS}
+      act=${(word) => send("clock", "to", word)} />
+    <button type="button" onClick=${() => send("clock", "next")}>next timer</button>
+    <${Scrubber} send=${send} />
+    <${Jump} phone=${phone} send=${send} />
+    <${Answer} answer=${answer} />
+  <//>`;
+}
+
+export const DAYS_SHOWN = YEAR * DAY;

@@ -1,0 +1,185 @@
+#include "server/Connection.h"
+
+#include <array>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <optional>
+
+namespace panel {
+namespace {
+
+namespace beast = boost::beast;
+namespace http = beast::http;
+using beast::error_code;
+
+constexpr auto kReadLimit = std::chrono::seconds(10);   // for a whole request
+constexpr auto kIdleLimit = std::chrono::seconds(60);   // until the next request
+constexpr auto kWriteLimit = std::chrono::seconds(30);  // for an answer, or a message
+
+// The messages that a page has not read yet. Ends when the page is gone or too slow; its browser
+// then asks again, and gets the present state.
+class EventStream : public std::enable_shared_from_this<EventStream> {
+ public:
+  EventStream(Stream stream, std::shared_ptr<std::size_t> count)
+      : m_stream(std::move(stream)), m_count(std::move(count)) {}
+
+  void open(Site& site) {
+    add(std::make_shared<const std::string>(
+        "HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\nCache-Control: no-store\r\n"
+        "Connection: close\r\n\r\nretry: 500\n\n"));
+    watchEnd();
+    site.follow([self = shared_from_this()](const auto& message) { return self->add(message); });
+  }
+
+ private:
+  using Message = std::shared_ptr<const std::string>;
+
+  bool add(const Message& message) {
+    m_unread += message->size();
+    if (m_closed || m_unread > kMostUnread) return close();
+    m_messages.push_back(message);
+    if (m_messages.size() == 1) write();
+    return true;
+  }
+
+  void write() {
+    m_stream.expires_after(kWriteLimit);
+    boost::asio::async_write(
+        m_stream, boost::asio::buffer(*m_messages.front()),
+        [self = shared_from_this()](error_code error, std::size_t) { self->written(error); });
+  }
+
+  void written(error_code error) {
+    if (error || m_closed) {
+      close();
+      return;
+    }
+    m_unread -= m_messages.front()->size();
+    m_messages.pop_front();
+    if (!m_messages.empty()) return write();
+    m_stream.expires_never();
+  }
+
+  // A page sends nothing: whatever can be read ends the stream.
+  void watchEnd() {
+    m_stream.socket().async_read_some(
+        boost::asio::buffer(m_byte),
+        [self = shared_from_this()](error_code, std::size_t) { self->close(); });
+  }
+
+  bool close() {
+    m_closed = true;
+    m_stream.close();
+    return false;
+  }
+
+  Stream m_stream;
+  const std::shared_ptr<std::size_t> m_count;
+  std::deque<Message> m_messages;
+  std::size_t m_unread = 0;  // bytes
+  std::array<char, 1> m_byte{};
+  bool m_closed = false;
+};
+
+class Connection : public std::enable_shared_from_this<Connection> {
+ public:
+  Connection(boost::asio::generic::stream_protocol::socket socket, Site& site,
+             std::shared_ptr<std::size_t> count)
+      : m_stream(std::move(socket)), m_site(site), m_count(std::move(count)) {
+    ++*m_count;
+  }
+  ~Connection() {
+    if (!m_streams) --*m_count;
+  }
+
+  void readHead() {
+    m_parser.emplace();
+    m_parser->header_limit(kMostHead);
+    m_parser->body_limit(kMostBody);
+    m_stream.expires_after(m_first ? kReadLimit : kIdleLimit);
+    m_first = false;
+    http::async_read_header(
+        m_stream, m_buffer, *m_parser,
+        [self = shared_from_this()](error_code error, std::size_t) { self->readBody(error); });
+  }
+
+ private:
+  void readBody(error_code error) {
+    if (error) return end(error);
+    if (auto refusal = m_site.refusal(m_parser->get())) {
+      refusal->keep_alive(false);  // its body is not read
+      return send(*std::move(refusal));
+    }
+    m_stream.expires_after(kReadLimit);
+    http::async_read(
+        m_stream, m_buffer, *m_parser,
+        [self = shared_from_this()](error_code failure, std::size_t) { self->answer(failure); });
+  }
+
+  void answer(error_code error) {
+    if (error) return end(error);
+    m_stream.expires_never();
+    const Request request = m_parser->release();
+    m_keep = request.keep_alive();
+    if (m_site.isFeed(request)) {
+      m_streams = true;
+      const auto counted = std::shared_ptr<std::size_t>(
+          m_count.get(), [count = m_count](const std::size_t*) { --*count; });
+      return std::make_shared<EventStream>(std::move(m_stream), counted)->open(m_site);
+    }
+    m_site.answer(request, [self = shared_from_this()](Response response) {
+      response.keep_alive(self->m_keep);
+      self->send(std::move(response));
+    });
+  }
+
+  // What the client did wrong, where HTTP has a status for it.
+  void end(error_code error) {
+    if (error == http::error::body_limit) return refuse(http::status::payload_too_large);
+    if (error == http::error::header_limit) {
+      return refuse(http::status::request_header_fields_too_large);
+    }
+    const bool malformed =
+        error.category() == http::make_error_code(http::error::bad_method).category();
+    if (malformed && error != http::error::end_of_stream) return refuse(http::status::bad_request);
+  }
+
+  void refuse(http::status status) {
+    Response response(status, 11);
+    response.body() = std::string(http::obsolete_reason(status)) + "\n";
+    response.keep_alive(false);
+    send(std::move(response));
+  }
+
+  void send(Response response) {
+    response.prepare_payload();
+    m_response.emplace(std::move(response));
+    m_stream.expires_after(kWriteLimit);
+    http::async_write(m_stream, *m_response,
+                      [self = shared_from_this()](error_code error, std::size_t) {
+                        if (!error && self->m_response->keep_alive()) self->readHead();
+                      });
+  }
+
+  Stream m_stream;
+  Site& m_site;
+  const std::shared_ptr<std::size_t> m_count;
+  beast::flat_buffer m_buffer;
+  std::optional<http::request_parser<http::string_body>> m_parser;
+  std::optional<Response> m_response;
+  bool m_keep = false;
+  bool m_first = true;
+  bool m_streams = false;  // an event stream is counted in its place
+};
+
+}  // namespace
+
+void serve(boost::asio::generic::stream_protocol::socket socket, Site& site,
+           std::shared_ptr<std::size_t> count) {
+  std::make_shared<Connection>(std::move(socket), site, std::move(count))->readHead();
+}
+
+}  // namespace panel

@@ -1,0 +1,41 @@
+#include "server/Feed.h"
+
+#include <algorithm>
+
+namespace panel {
+namespace {
+
+std::shared_ptr<const std::string> messageOf(const std::string& json) {
+  return std::make_shared<const std::string>("data: " + json + "\n\n");
+}
+
+}  // namespace
+
+void Feed::add(Page page) {
+  for (const auto& [name, state] : m_states) {
+    if (!page(state.second)) return;
+  }
+  for (const Message& entry : m_entries) {
+    if (!page(entry)) return;
+  }
+  m_pages.push_back(std::move(page));
+}
+
+void Feed::tellState(const std::string& name, const std::string& json) {
+  auto& state = m_states[name];
+  if (state.first == json) return;
+  state = {json, messageOf(json)};
+  send(state.second);
+}
+
+void Feed::tellEntry(const std::string& json) {
+  m_entries.push_back(messageOf(json));
+  send(m_entries.back());
+  if (m_entries.size() > kKept) m_entries.pop_front();
+}
+
+void Feed::send(const Message& message) {
+  std::erase_if(m_pages, [&](const Page& page) { return !page(message); });
+}
+
+}  // namespace panel

@@ -1,0 +1,92 @@
+#include "telephone/HostRequests.h"
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "base/Error.h"
+#include "remote/RemoteClient.h"
+#include "verbs/CallWords.h"
+#include "verbs/CatalogueAnswers.h"
+#include "verbs/CheckedRequest.h"
+#include "verbs/KeyCatalogue.h"
+#include "verbs/MethodCatalogue.h"
+#include "verbs/MethodJson.h"
+#include "verbs/NamedRows.h"
+#include "verbs/ReadJson.h"
+#include "verbs/UsageError.h"
+#include "verbs/Verb.h"
+
+namespace panel {
+namespace {
+
+using host::Error;
+using host::Json;
+using host::RemoteClient;
+using host::UsageError;
+using std::chrono::milliseconds;
+
+constexpr milliseconds kMoveLimit = std::chrono::seconds(60);  // advancing a year takes a while
+
+Json call(const HostSockets& sockets, const Json& request) {
+  const std::string name = request["method"];
+  Method method = host::callOf(name, request["arguments"].get<std::vector<std::string>>());
+  RemoteClient client(sockets.call);
+  const host::MethodRow* const row = host::rowNamed(host::remoteMethods(), name);
+  if (row != nullptr && !row->replies()) {
+    client.post(method);
+    if (!client.barrier(kAnswerLimit)) throw Error("no reply; the host is busy");
+    return {{"ok", true}, {"method", name}, {"reply", nullptr}};
+  }
+  const auto reply = client.call(method, kAnswerLimit);
+  if (!reply) throw Error("no reply to " + name);
+  return {{"ok", true}, {"method", name}, {"reply", host::parametersJson(*reply)}};
+}
+
+Json control(const HostSockets& sockets, const host::Verb& verb, Json request) {
+  if (request.value("watch", false) || request.value("follow", false)) {
+    throw UsageError(std::string(verb.name) +
+                     " does not end by itself; the page follows it anyway");
+  }
+  if (request.contains("plot")) request["plot"] = true;  // the page draws it
+  RemoteClient client(sockets.control);
+  const auto text =
+      client.control(request.dump(), host::takesTime(verb, request) ? kMoveLimit : kAnswerLimit);
+  if (!text) throw Error("no reply; the host is busy, or the clock is still moving");
+  Json answer = objectIn(*text);
+  if (!answer.value("ok", false)) throw Error(answer.value("error", std::string("refused")));
+  return answer;
+}
+
+}  // namespace
+
+Json objectIn(const std::string& text) {
+  Json answer = host::readJson(text);
+  if (!answer.is_object()) throw Error("the host's answer is not a JSON object");
+  return answer;
+}
+
+Json answerOf(const HostSockets& sockets, std::span<const std::string> words) {
+  const host::Verb& verb = host::verbOf(words);
+  const Json request = host::checkedRequest(host::requestOf(verb, words));
+  switch (verb.route) {
+    case host::Verb::Route::call:
+      return call(sockets, request);
+    case host::Verb::Route::control:
+      return control(sockets, verb, request);
+    default:
+      throw UsageError(std::string(verb.name) + " is for clockctl");
+  }
+}
+
+Json catalogue() {
+  Json keys = Json::array();
+  for (const host::ManagementKey& row : host::managementKeys()) {
+    Json key = host::catalogueJson(row);
+    key["key"] = row.name;
+    key["settable"] = row.settable;
+    keys.push_back(std::move(key));
+  }
+  return {{"keys", keys}};
+}
+
+}  // namespace panel

@@ -1,0 +1,112 @@
+#include "telephone/Recording.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "base/Error.h"
+
+namespace panel {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kMostSteps = "10000";  // of a recording that nobody ends
+constexpr auto kAnswer = std::chrono::seconds(10);
+constexpr auto kLongestReplay = std::chrono::seconds(60);
+
+ChildProgram::Deadline after(std::chrono::seconds limit) {
+  return std::chrono::steady_clock::now() + limit;
+}
+
+// "clockctl: TEXT\n" without the program's name.
+std::string reasonIn(std::string output) {
+  while (!output.empty() && output.back() == '\n') output.pop_back();
+  constexpr std::string_view kName = "clockctl: ";
+  return output.rfind(kName, 0) == 0 ? output.substr(kName.size()) : output;
+}
+
+// The N of "FILE:N: ...", 0 if the output does not begin so.
+int lineIn(const std::string& output, const std::string& file) {
+  if (output.rfind(file + ":", 0) != 0) return 0;
+  return std::atoi(output.c_str() + file.size() + 1);
+}
+
+// A page has no files that a scenario could include.
+void refuseIncludes(const std::string& scenario) {
+  std::istringstream lines(scenario);
+  for (std::string line; std::getline(lines, line);) {
+    std::string word;
+    if (std::istringstream(line) >> word && word == "include") {
+      throw host::Error("a scenario from the page cannot include files; put their lines into it");
+    }
+  }
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+}  // namespace
+
+TemporaryFile::TemporaryFile() {
+  std::string name = (fs::temp_directory_path() / "clockpanel-XXXXXX").string();
+  if (::mkdtemp(name.data()) == nullptr) {
+    throw host::Error("no temporary folder; make room in " + fs::temp_directory_path().string());
+  }
+  m_folder = name;
+}
+
+TemporaryFile::~TemporaryFile() {
+  std::error_code ignored;
+  fs::remove_all(m_folder, ignored);
+}
+
+void TemporaryFile::write(const std::string& text) const {
+  std::ofstream file(path(), std::ios::binary);
+  file << text;
+  if (!file.flush()) throw host::Error("the scenario cannot be written; the disk may be full");
+}
+
+std::string TemporaryFile::read() const {
+  std::ifstream file(path(), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+Recording::Recording(const HostSockets& sockets)
+    : m_recorder(programFolder() / "clockctl",
+                 {"--socket", sockets.call.string(), "--control-socket", sockets.control.string(),
+                  "record", m_file.path(), "--count", kMostSteps}) {
+  const bool inTime = m_recorder.readTo("ready\n", after(kAnswer));
+  if (inTime && m_recorder.output() == "ready\n") return;
+  throw host::Error(inTime ? reasonIn(m_recorder.output()) : "no reply; the host is busy");
+}
+
+std::string Recording::finish() {
+  m_recorder.interrupt();
+  static_cast<void>(m_recorder.finish(after(kAnswer)));
+  return m_file.read();
+}
+
+host::Json replay(const std::string& scenario) {
+  refuseIncludes(scenario);
+  const TemporaryFile file;
+  file.write(scenario);
+  ChildProgram runner(programFolder() / "clockhost", {"--scenario", file.path()});
+  const int status = runner.finish(after(kLongestReplay));
+  if (status == 0) return {{"ok", true}, {"passed", true}};
+  if (status > 2) throw host::Error("the scenario took longer than a minute, and was stopped");
+  return {{"ok", true},
+          {"passed", false},
+          {"line", lineIn(runner.output(), file.path())},
+          {"output", replaced(runner.output(), file.path(), "scenario")}};
+}
+
+}  // namespace panel

@@ -1,0 +1,145 @@
+#include "telephone/TelephoneWatch.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+
+#include <array>
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "base/Error.h"
+#include "base/StartThread.h"
+#include "remote/RemoteClient.h"
+#include "verbs/MethodJson.h"
+
+namespace panel {
+namespace {
+
+using host::Error;
+using host::Json;
+using host::RemoteClient;
+using std::chrono::milliseconds;
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr milliseconds kSearch(500);   // between two looks for a host
+constexpr milliseconds kRefresh(200);  // shortest time between two readings of the state
+constexpr milliseconds kAtLeast = std::chrono::seconds(2);  // another client may change the speed
+constexpr int kAtOnce = 500;  // events and lines between two readings of the state
+
+struct StateRequest {
+  const char* name;
+  const char* request;
+};
+
+// What a page shows, and the control request that reads it.
+constexpr StateRequest kStates[] = {
+    {"status", R"({"verb":"status"})"},
+    {"upcoming", R"({"verb":"upcoming","plot":true})"},
+    {"keys", R"({"verb":"keys"})"},
+    {"history", R"({"verb":"history"})"},
+    {"security", R"({"verb":"security-log"})"},
+};
+
+// The connections to one host while it runs. Throws when the host is gone.
+class Attachment {
+ public:
+  explicit Attachment(const HostSockets& sockets)
+      : m_control(sockets.control), m_calls(sockets.call) {
+    Method observe("observeTimeEvents", Method::call);
+    if (!m_calls.call(observe, kAnswerLimit)) throw Error("no reply; the host is busy");
+    m_log = m_control.startControl(R"({"verb":"log","follow":true})");
+  }
+
+  // Tells the events and log lines that have come. Returns how many.
+  int readEntries(const TelephoneWatch::Tell& tell) {
+    int count = 0;
+    for (; count < kAtOnce; ++count) {
+      if (const auto event = m_calls.nextEvent(milliseconds(0))) {
+        tell("entry", {{"event", event->getName()}, {"parameters", host::parametersJson(*event)}});
+      } else if (const auto line = m_control.nextAnswer(m_log, milliseconds(0))) {
+        if (line->last) throw Error("the host ended the log");
+        tell("entry", {{"line", objectIn(line->json)}});
+      } else {
+        break;
+      }
+    }
+    return count;
+  }
+
+  void readStates(const TelephoneWatch::Tell& tell) {
+    for (const StateRequest& state : kStates) {
+      const auto text = m_control.control(state.request, kAnswerLimit);
+      if (!text) throw Error("no reply; the host is busy or stopped");
+      tell(state.name, objectIn(*text));
+    }
+  }
+
+  [[nodiscard]] std::array<int, 2> descriptors() const {
+    return {m_control.descriptor(), m_calls.descriptor()};
+  }
+
+ private:
+  RemoteClient m_control;
+  RemoteClient m_calls;
+  std::uint32_t m_log = 0;
+};
+
+}  // namespace
+
+TelephoneWatch::TelephoneWatch(HostSockets sockets, Tell tell)
+    : m_sockets(std::move(sockets)),
+      m_tell(std::move(tell)),
+      m_wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  if (!m_wake.valid()) throw Error("no descriptor for a telephone; raise the limit of open files");
+  m_thread = host::startThread("watch of a telephone", [this] { run(); });
+}
+
+TelephoneWatch::~TelephoneWatch() {
+  m_ending = true;
+  poke();
+  m_thread.join();
+}
+
+void TelephoneWatch::poke() {
+  ::eventfd_write(m_wake.get(), 1);
+}
+
+void TelephoneWatch::run() {
+  while (!m_ending) {
+    try {
+      follow();
+    } catch (const std::exception& error) {
+      m_tell("attached", {{"attached", false}, {"why", error.what()}});
+      wait(-1, -1, static_cast<int>(kSearch.count()));
+    }
+  }
+}
+
+void TelephoneWatch::follow() {
+  Attachment host(m_sockets);
+  host.readStates(m_tell);
+  m_tell("attached", {{"attached", true}});
+  const auto [control, calls] = host.descriptors();
+  auto last = SteadyClock::now();
+  for (bool changed = false; !m_ending;) {
+    const auto due = last + (changed ? kRefresh : kAtLeast);
+    const auto left = std::chrono::ceil<milliseconds>(due - SteadyClock::now());
+    if (left > milliseconds(0)) wait(control, calls, static_cast<int>(left.count()));
+    eventfd_t pokes = 0;
+    if (::eventfd_read(m_wake.get(), &pokes) == 0) changed = true;
+    if (host.readEntries(m_tell) > 0) changed = true;
+    if (SteadyClock::now() < due && !(changed && SteadyClock::now() >= last + kRefresh)) continue;
+    host.readStates(m_tell);
+    changed = false;
+    last = SteadyClock::now();
+  }
+}
+
+void TelephoneWatch::wait(int descriptor, int other, int milliseconds) {
+  std::array<pollfd, 3> polled{
+      {{m_wake.get(), POLLIN, 0}, {descriptor, POLLIN, 0}, {other, POLLIN, 0}}};
+  ::poll(polled.data(), polled.size(), milliseconds);
+}
+
+}  // namespace panel
