@@ -4,6 +4,6 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
 
-need run test
+need run panel test
 configure default
 build default "$@"

@@ -37,7 +37,7 @@ of_programs() {
     { cat "$folder/llvm-cov.log" >&2 && return 1; }
 }
 
-need run test coverage
+need run panel test coverage
 have_chrony
 mkdir -p "${counted%/*}"
 printf 'src:%s/*\n' "$CLOCK_TREE"/{include,src,host} >"$counted"

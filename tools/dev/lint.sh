@@ -51,7 +51,7 @@ check_manual() {
   return $wrong
 }
 
-need run test lint
+need run panel test lint
 configure lint -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_BUILD_TYPE=Debug \
   -DCLOCK_PRECOMPILED_TESTS=OFF "${all_together[@]}"
 cmake "$(folder_of lint)" >/dev/null # nothing is built here that would notice new sources

@@ -25,7 +25,7 @@ run_one() {
   esac
 }
 
-need run test sanitize
+need run panel test sanitize
 have_chrony
 # If both address and undefined are wanted, they share one build.
 [ $# -gt 0 ] || set -- address,undefined thread

@@ -5,7 +5,7 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 . "$CLOCK_TREE/tools/dev/chrony.bash"
 
-need run test
+need run panel test
 have_chrony
 configure default
 # "-L LAYER" builds only what the layer needs.
