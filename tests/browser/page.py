@@ -1,0 +1,164 @@
+"""Tests of the panel's page in a browser: page.py PROGRAMS [unittest ARGUMENTS]"""
+
+import gzip
+import pathlib
+import sys
+import tempfile
+import unittest
+
+from selenium.webdriver.common.keys import Keys
+
+from telephones import Setup
+
+HERE = pathlib.Path(__file__).parent
+PAGE = HERE.parent.parent / "panel"
+NEW_YORK = ("--at", "2026-03-08T06:59:50Z", "--speed", "0", "--variant", "3")
+MOST_COMPRESSED = 150000  # bytes of the whole page
+PROGRAMS = pathlib.Path()
+
+
+class PageTest(unittest.TestCase):
+    hosts = [NEW_YORK]
+
+    @classmethod
+    def setUpClass(cls):
+        cls.page = Setup(PROGRAMS, *cls.hosts)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.page.end()
+
+    def setUp(self):
+        for host, options in zip(self.page.hosts, self.hosts):
+            if "--at" in options:
+                host.ctl("clock", "jump", options[options.index("--at") + 1])
+
+    def set_new_york(self):
+        for key, value in (("sntp-tz-offset", "-5"), ("daylight-save-zone-id", "United States"),
+                           ("auto-daylight-save", "true"), ("daylight-save", "true")):
+            self.assertEqual(self.page.set_key(key, value), "done")
+
+
+class OneTelephone(PageTest):
+    def test_new_york_loses_an_hour(self):
+        self.set_new_york()
+        self.page.press("+1 min")
+        self.page.wait_text(".time", "03:00")
+        self.page.wait_text(".telephone", "daylight saving")
+        self.page.wait_text("[data-test=local]", "2026-03-08 03:00:50")
+        self.page.wait_text("[data-test=change]", "2026-11-01 01:00 to 02:00 comes twice")
+
+    def test_a_refused_value_is_answered_beside_its_field(self):
+        answer = self.page.set_key("sntp-tz-offset", "")
+        self.assertIn("it takes a decimal number", answer)
+        self.assertTrue(self.page.all("form:has(#key-sntp-tz-offset) output.refused"))
+
+    def test_what_came_is_searched_and_filtered(self):
+        self.page.hosts[0].ctl("clock", "advance", "3h")
+        self.page.wait_text(".journal .list", "timeChangeEvent")
+        search = self.page.one(".journal input[type=search]")
+        search.send_keys("timeChangeEvent nothing-like-this")
+        self.page.wait_for(lambda: self.page.text("[data-test=rows]") == "0 entries")
+        search.send_keys(Keys.CONTROL, "a")
+        search.send_keys(Keys.DELETE)
+
+    def test_timers_count_down(self):
+        self.page.wait_text(".coming", "time sync")
+        self.page.wait_text(".coming", "midnight")
+
+    def test_the_world_is_changed(self):
+        self.page.press("network up")
+        self.page.wait_text(".icons", "network up")
+        self.page.press("network down")
+        self.page.wait_text(".icons", "network down")
+
+    def test_a_recording_runs_again(self):
+        self.page.hosts[0].ctl("clock", "advance", "1s")
+        self.page.press("Record")
+        self.page.wait_text(".record", "Stop recording")
+        self.page.set_key("time-format", "0")
+        self.page.press("+1 h")
+        self.page.wait_text(".passing output", "done")
+        self.page.press("Stop recording")
+        self.page.wait_for(lambda: "Run it again" in self.page.text(".scenarios"))
+        self.page.press("Run it again")
+        self.page.wait_for(lambda: self.page.all(".lines .passed:last-child"), "a green last line")
+        self.assertFalse(self.page.all(".lines .failed"))
+
+    def test_a_scenario_shows_the_line_that_fails(self):
+        with tempfile.NamedTemporaryFile("w", suffix=".scenario") as file:
+            file.write("variant 3\nexpect call getTime getTimeStringReturn=never\nclock advance 1s\n")
+            file.flush()
+            self.page.one(".drop input").send_keys(file.name)
+            self.page.wait_text(".lines .failed", "expect call getTime")
+        self.assertEqual(len(self.page.all(".lines .passed")), 1)
+        self.page.wait_text(".scenarios pre", "scenario:2: expected a reply")
+
+    def test_keys_alone_are_enough(self):
+        self.page.browser.execute_script("document.activeElement.blur()")
+        body = self.page.one("body")
+        for _ in range(200):
+            body.send_keys(Keys.TAB)
+            if self.page.browser.switch_to.active_element.text == "60x":
+                break
+        self.page.browser.switch_to.active_element.send_keys(Keys.ENTER)
+        self.page.wait_for(lambda: self.page.browser.switch_to.active_element.get_attribute(
+            "aria-pressed") == "true", "speed 60")
+        self.page.press("pause")
+
+    def test_axe_finds_nothing(self):
+        axe = (HERE / "vendor/axe.min.js").read_text()
+        for scheme in ("light", "dark"):
+            self.page.browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {
+                "features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            self.page.browser.execute_script(axe)
+            found = self.page.browser.execute_async_script(
+                "axe.run().then((result) => arguments[0](result.violations))")
+            texts = [f"{fault['id']}: {fault['nodes'][0]['html']}" for fault in found]
+            self.assertEqual(texts, [], scheme)
+
+    def test_a_narrow_screen_shows_everything(self):
+        self.page.browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
+            "width": 360, "height": 740, "deviceScaleFactor": 1, "mobile": True})
+        wide = self.page.browser.execute_script("return document.documentElement.scrollWidth")
+        self.page.browser.execute_cdp_cmd("Emulation.clearDeviceMetricsOverride", {})
+        self.assertLessEqual(wide, 360)
+
+    def test_a_host_that_goes_away_is_found_again(self):
+        self.page.hosts[0].end()
+        self.page.wait_text(".missing", "is not there")
+        self.page.hosts[0].start()
+        self.page.wait_for(lambda: not self.page.all(".missing"))
+
+
+class TwoTelephones(PageTest):
+    hosts = [("--speed", "0"), ("--speed", "0", "--variant", "3")]
+
+    def test_both_are_moved_together(self):
+        self.page.press("all")
+        self.page.press("+1 h")
+        self.page.wait_for(lambda: [each.text for each in self.page.all(".time")] ==
+                           ["01:00", "02:00am"], "the next hour at both")
+
+
+class TimeServer(PageTest):
+    hosts = [()]
+
+    def test_a_wrong_time_server_is_believed(self):
+        self.page.press("wrong by")
+        self.page.press("use the panel's server")
+        self.page.press("network up")
+        self.page.wait_text(".icons", "time server")
+
+
+class Size(unittest.TestCase):
+    def test_the_page_is_small(self):
+        files = [*(PAGE / "page").iterdir(), *(PAGE / "vendor").glob("*.mjs"),
+                 *(PAGE / "vendor").glob("*.css")]
+        self.assertLess(sum(len(gzip.compress(file.read_bytes())) for file in files),
+                        MOST_COMPRESSED)
+
+
+if __name__ == "__main__":
+    PROGRAMS = pathlib.Path(sys.argv[1]).resolve()
+    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])

@@ -1,0 +1,117 @@
+"""Hosts, a panel and a browser for the tests of the page."""
+
+import os
+import pathlib
+import subprocess
+import tempfile
+import time
+
+from selenium import webdriver
+from selenium.webdriver.chrome.options import Options
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select, WebDriverWait
+
+LIMIT = 30  # seconds for anything that a page should show
+TIME_SERVER = "12124"
+# Without these, Chromium looks for updates and other hosts.
+QUIET = ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-background-networking",
+         "--disable-component-update", "--disable-sync", "--no-first-run", "--disable-quic"]
+
+
+class Host:
+    """A host with a telephone of its own."""
+
+    def __init__(self, programs, folder, name, *options):
+        self.programs = programs
+        self.socket = str(pathlib.Path(folder, f"{name}.sock"))
+        self.command = [programs / "clockhost", "--state", str(pathlib.Path(folder, name)),
+                        "--socket", self.socket, *options]
+        self.start()
+
+    def start(self):
+        environment = {**os.environ, "NTPCLIENT_PORT": TIME_SERVER, "NTPCLIENT_RETRY_MS": "100"}
+        self.process = subprocess.Popen(self.command, stderr=subprocess.DEVNULL, env=environment)
+        deadline = time.monotonic() + LIMIT
+        while self.ctl("status", check=False).returncode != 0:
+            assert time.monotonic() < deadline and self.process.poll() is None
+
+    def ctl(self, *words, check=True):
+        return subprocess.run([self.programs / "clockctl", "--socket", self.socket, *words],
+                              check=check, capture_output=True, text=True, timeout=LIMIT)
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait(LIMIT)
+
+
+class Setup:
+    """Hosts with a panel, and a browser that has opened its address."""
+
+    def __init__(self, programs, *hosts, size=(1280, 1000)):
+        self.folder = tempfile.TemporaryDirectory()
+        self.hosts = [Host(programs, self.folder.name, f"telephone{number}", *options)
+                      for number, options in enumerate(hosts)]
+        self.panel = subprocess.Popen(
+            [programs / "clockpanel", "--socket", *(host.socket for host in self.hosts),
+             "--time-server", TIME_SERVER], stdout=subprocess.PIPE, text=True)
+        self.address = self.panel.stdout.readline().strip()
+        self.browser = self.new_browser(size)
+        self.browser.get(self.address)
+        self.wait_for(lambda: len(self.all("article.telephone")) == len(hosts))
+
+    def new_browser(self, size):
+        options = Options()
+        options.binary_location = "/usr/bin/chromium"
+        profile = os.path.join(self.folder.name, "profile")
+        downloads = {"download.default_directory": self.folder.name}
+        options.add_experimental_option("prefs", downloads)
+        for argument in (*QUIET, f"--user-data-dir={profile}", f"--window-size={size[0]},{size[1]}"):
+            options.add_argument(argument)
+        return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+
+    def end(self):
+        self.browser.quit()
+        self.panel.terminate()
+        assert self.panel.wait(LIMIT) == 0
+        self.panel.stdout.close()
+        for host in self.hosts:
+            host.end()
+        self.folder.cleanup()
+
+    def wait_for(self, condition, what="the page"):
+        return WebDriverWait(self.browser, LIMIT, poll_frequency=0.05).until(
+            lambda _: condition(), f"{what} did not come")
+
+    def all(self, css):
+        return self.browser.find_elements(By.CSS_SELECTOR, css)
+
+    def one(self, css):
+        return self.browser.find_element(By.CSS_SELECTOR, css)
+
+    def text(self, css):
+        # A view may replace an element while it is read.
+        return self.browser.execute_script(
+            "return document.querySelector(arguments[0])?.textContent ?? ''", css)
+
+    def wait_text(self, css, text):
+        self.wait_for(lambda: text in self.text(css), f'"{text}" in {css}')
+
+    def press(self, text):
+        buttons = self.browser.find_elements(By.XPATH, f'//button[contains(., "{text}")]')
+        assert buttons, f"no button {text}"
+        buttons[0].click()
+
+    def set_key(self, key, value):
+        """Fills a field of the settings and sends it; returns the answer."""
+        field = self.one(f"#key-{key}")
+        if field.tag_name == "select":
+            Select(field).select_by_visible_text(value)
+        else:
+            field.send_keys(Keys.CONTROL, "a")
+            field.send_keys(value or Keys.DELETE)
+        form = f"form:has(#key-{key})"
+        self.one(f"{form} button").click()
+        self.wait_for(lambda: self.text(f"{form} output") not in ("", "..."), f"an answer about {key}")
+        return self.text(f"{form} output")
