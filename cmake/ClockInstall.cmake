@@ -1,6 +1,9 @@
 # Installs the host: its programs in bin/, manual pages, completions and a systemd user unit where the
 # tools look for them. --prefix and DESTDIR are those of cmake --install.
 install(TARGETS clockhost clockctl ntpclient RUNTIME DESTINATION bin)
+if(TARGET clockpanel)
+  install(TARGETS clockpanel RUNTIME DESTINATION bin OPTIONAL) # where it has been built
+endif()
 
 set(manual ${CMAKE_BINARY_DIR}/manual)
 foreach(section 1 5 7)
