@@ -22,12 +22,12 @@ def main(out, files):
     arrays, rows = [], []
     for number, path in enumerate(files):
         with open(path, "rb") as file:
-            arrays.append(array(f"file{number}", file.read()))
+            arrays.append(array(f"kFile{number}", file.read()))
         name = os.path.basename(path)
         kind = TYPES[os.path.splitext(name)[1]]
         rows.append(
             f'    {{"/{name}", "{kind}",\n'
-            f"     {{reinterpret_cast<const char*>(file{number}), sizeof file{number}}}}},\n"
+            f"     {{reinterpret_cast<const char*>(kFile{number}), sizeof kFile{number}}}}},\n"
         )
     with open(out, "w", encoding="utf-8") as source:
         source.write(
