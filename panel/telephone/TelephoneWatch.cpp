@@ -41,11 +41,18 @@ constexpr StateRequest kStates[] = {
     {"security", R"({"verb":"security-log"})"},
 };
 
+Json entryOf(const host::ReceivedEvent& event) {
+  Json entry = {{"event", event.method.getName()},
+                {"parameters", host::parametersJson(event.method)}};
+  if (event.time) entry.update(host::eventTimeJson(event.time->utc, event.time->offset));
+  return entry;
+}
+
 // The connections to one host while it runs. Throws when the host is gone.
 class Attachment {
  public:
   explicit Attachment(const HostSockets& sockets)
-      : m_control(sockets.control), m_calls(sockets.call) {
+      : m_control(sockets.control), m_calls(sockets.call, RemoteClient::Events::timed) {
     Method observe("observeTimeEvents", Method::call);
     if (!m_calls.call(observe, kAnswerLimit)) throw Error("no reply; the host is busy");
     m_log = m_control.startControl(R"({"verb":"log","follow":true})");
@@ -55,8 +62,8 @@ class Attachment {
   int readEntries(const TelephoneWatch::Tell& tell) {
     int count = 0;
     for (; count < kAtOnce; ++count) {
-      if (const auto event = m_calls.nextEvent(milliseconds(0))) {
-        tell("entry", {{"event", event->getName()}, {"parameters", host::parametersJson(*event)}});
+      if (const auto event = m_calls.nextReceivedEvent(milliseconds(0))) {
+        tell("entry", entryOf(*event));
       } else if (const auto line = m_control.nextAnswer(m_log, milliseconds(0))) {
         if (line->last) throw Error("the host ended the log");
         tell("entry", {{"line", objectIn(line->json)}});
