@@ -1,4 +1,7 @@
+#include <cstdint>
 #include <cstdlib>
+#include <ctime>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "DataStorage.h"
@@ -45,7 +48,26 @@ Json shownJson(Device& device, seconds now) {
   return {{"time", shownText(device, "getTime")},
           {"date", shownText(device, "getDate")},
           {"utc", instantText(now)},
-          {"local", localText(now.count())}};
+          {"local", localInstantText(now, offsetAt(now))},
+          {"seconds", now.count()}};
+}
+
+Json changeJson(const Change& change) {
+  return {{"time", instantText(change.time)},
+          {"cause", change.cause},
+          {"who", change.who},
+          {"from", change.from},
+          {"to", change.to}};
+}
+
+std::int64_t ageOf(Device& device, VirtualClock::Nanoseconds uptime) {
+  return floor<seconds>(device.clock().uptime() - uptime).count();
+}
+
+// As an instant if it is one; a stored text may be anything.
+std::string instantOrText(const std::string& text) {
+  const auto instant = parseInstant(text);
+  return instant ? instantText(*instant) : text;
 }
 
 void addOrigin(Device& device, Json& reply) {
@@ -53,25 +75,21 @@ void addOrigin(Device& device, Json& reply) {
   reply["source"] = origin.source;
   reply["byHand"] = device.clock().setByHand();
   if (origin.change) {
-    reply["changed"] = {{"time", instantText(origin.change->time)},
-                        {"cause", origin.change->cause},
-                        {"who", origin.change->who},
-                        {"from", origin.change->from},
-                        {"to", origin.change->to}};
+    reply["changed"] = changeJson(*origin.change);
+    reply["changed"]["age"] = ageOf(device, origin.changed);
   }
-  if (!origin.reported) return;
-  const auto age = floor<seconds>(device.clock().uptime() - *origin.reported);
-  const seconds wall = floor<seconds>(device.clock().wall());
-  reply["report"] = {{"time", instantText(wall - age)}, {"age", age.count()}};
+  if (origin.systemChange) reply["systemChanged"] = changeJson(*origin.systemChange);
+  if (!origin.report) return;
+  reply["report"] = {{"time", instantOrText(*origin.report)},
+                     {"age", ageOf(device, origin.reported)}};
 }
 
 // A saved time that is no instant has no age.
 void addSavedTime(Device& device, Json& reply) {
   const std::string text = stored(device, "FallbackDateTime");
   if (text.empty()) return;
-  Json saved = {{"time", text}};
+  Json saved = {{"time", instantOrText(text)}};
   if (const auto instant = parseInstant(text)) {
-    saved["time"] = instantText(*instant);
     saved["age"] = (floor<seconds>(device.clock().wall()) - *instant).count();
   }
   reply["saved"] = saved;
@@ -88,7 +106,13 @@ Json ntpJson(Controller& controller) {
 
 Json zoneJson(seconds now) {
   const char* const tz = std::getenv("TZ");
-  Json zone = {{"tz", tz == nullptr ? "" : tz}, {"offset", offsetAt(now).count()}};
+  const auto instant = static_cast<time_t>(now.count());
+  tm local{};
+  localtime_r(&instant, &local);
+  Json zone = {{"tz", tz == nullptr ? "" : tz},
+               {"offset", local.tm_gmtoff},
+               {"abbreviation", local.tm_zone},
+               {"daylight", local.tm_isdst > 0}};
   if (const auto change = rowNamed(landmarks(), "dst")->next(now.count())) {
     zone["next"] = {{"time", instantText(seconds(*change))},
                     {"offset", offsetAt(seconds(*change)).count()}};
@@ -115,6 +139,13 @@ Json clockJson(const VirtualClock& clock) {
           {"uptime", floor<seconds>(clock.uptime()).count()}};
 }
 
+// The client may be in another folder than the host.
+std::string absolutePath(const std::filesystem::path& path) {
+  std::error_code error;
+  const std::filesystem::path whole = std::filesystem::absolute(path, error);
+  return path.empty() || error ? path.string() : whole.lexically_normal().string();
+}
+
 void addDevice(Controller& controller, Json& reply) {
   Device& device = controller.device();
   const HostFacts& facts = controller.facts();
@@ -125,8 +156,8 @@ void addDevice(Controller& controller, Json& reply) {
   reply["logLevel"] = ApplicationLog::instance().level();
   if (facts.clients) reply["clients"] = facts.clients();
   reply["plugin"] = facts.plugin;
-  reply["socket"] = facts.socket;
-  reply["state"] = device.options().state.string();
+  reply["socket"] = absolutePath(facts.socket);
+  reply["state"] = absolutePath(device.options().state);
   reply["deviceRoot"] = deviceRoot();
   reply["version"] = facts.version;
 }

@@ -141,7 +141,8 @@ std::vector<Upcoming> allUpcoming(Device& device, time_t now) {
 
 Json rowOf(const Upcoming& each, time_t at, time_t now) {
   Json row = {{"time", instantText(seconds(at))},
-              {"local", localText(at)},
+              {"local", localInstantText(seconds(at), offsetAt(seconds(at)))},
+              {"seconds", at},
               {"in", at - now},
               {"kind", each.kind}};
   if (each.spread > 0) row["latest"] = instantText(seconds(at + each.spread));

@@ -99,6 +99,7 @@ bool ChangeRecorder::setItem(const std::string& schema, const std::string& key,
   if (key == kSavedTime) {
     if (onPluginThread()) {
       const MutexLock lock(m_mutex);
+      m_origin.report = value;
       m_origin.reported = m_clock.uptime();
       if (!m_clock.setByHand()) m_origin.source = sourceOf(Setter::timeServer);
     }
@@ -168,9 +169,13 @@ void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
   {
     const MutexLock lock(m_mutex);
     m_knownAtZero = to - m_clock.uptime();
+    if (changes) m_origin.systemChange = change;
     if (setter == Setter::hand || !m_clock.setByHand()) {
       m_origin.source = sourceOf(setter);
-      if (changes) m_origin.change = change;
+      if (changes) {
+        m_origin.change = change;
+        m_origin.changed = m_clock.uptime();
+      }
     }
   }
   if (!changes) return;

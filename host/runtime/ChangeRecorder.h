@@ -15,8 +15,11 @@ namespace host {
 // Where the time that the telephone shows comes from, as far as the host knows.
 struct ClockOrigin {
   std::string source;  // "saved time", "by hand", "time server", "clock jump" ...; or empty
-  std::optional<Change> change;                       // the last change of the shown time
-  std::optional<VirtualClock::Nanoseconds> reported;  // uptime of the NTP client's last report
+  std::optional<Change> change;           // the last one of the shown time
+  VirtualClock::Nanoseconds changed{0};   // uptime of it
+  std::optional<Change> systemChange;     // the last one of the system time
+  std::optional<std::string> report;      // of the NTP client, as it was saved
+  VirtualClock::Nanoseconds reported{0};  // uptime of it
 };
 
 // Writes the changes of one telephone's clock, zone and settings to its history. It watches the

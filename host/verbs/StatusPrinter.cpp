@@ -29,8 +29,25 @@ std::string shown(const Json& status) {
   return memberText(shown, "time") + ' ' + memberText(shown, "date");
 }
 
-std::string shownMember(const Json& status, const char* name) {
-  return memberText(part(status, "shown"), name);
+std::string local(const Json& status) {
+  return localTimeText(part(status, "shown"), "local",
+                       memberText(part(status, "zone"), "abbreviation"));
+}
+
+std::string causeOf(const Json& change) {
+  return " (" + memberText(change, "cause") + "; " + memberText(change, "who") + ')';
+}
+
+// With its own last change, if the telephone no longer follows it.
+std::string systemTime(const Json& status) {
+  const Json change = part(status, "systemChanged");
+  const std::string time = memberText(status, "system");
+  const bool follows = memberText(status, "byHand") != "true";
+  if (follows || change.empty() ||
+      memberText(change, "to") == memberText(part(status, "changed"), "to")) {
+    return time;
+  }
+  return time + causeOf(change);
 }
 
 std::string source(const Json& status) {
@@ -42,8 +59,9 @@ std::string source(const Json& status) {
 std::string changed(const Json& status) {
   const Json change = part(status, "changed");
   if (change.empty()) return {};
-  return memberText(change, "from") + " -> " + memberText(change, "to") + " (" +
-         memberText(change, "cause") + "; " + memberText(change, "who") + ')';
+  std::string text = memberText(change, "from") + " -> " + memberText(change, "to");
+  if (change.contains("age")) text += ", " + duration(change, "age") + " ago";
+  return text + causeOf(change);
 }
 
 // An instant and its age, or that there is none.
@@ -64,6 +82,13 @@ std::string server(const Json& status) {
 std::string client(const Json& status) {
   const std::string process = memberText(part(status, "ntp"), "process");
   return process.empty() ? "not running" : "running, process " + process;
+}
+
+std::string zone(const Json& status) {
+  const Json zone = part(status, "zone");
+  if (!zone.contains("offset")) return {};
+  const bool saving = memberText(zone, "daylight") == "true";
+  return offsetText(zone, "offset") + (saving ? ", daylight saving" : "");
 }
 
 std::string nextZone(const Json& status) {
@@ -98,9 +123,9 @@ struct Row {
 // clang-format off
 constexpr Row kRows[] = {
     {"shows", shown},
-    {"utc", [](const Json& status) { return shownMember(status, "utc"); }},
-    {"local", [](const Json& status) { return shownMember(status, "local"); }},
-    {"system time", nullptr, "system"},
+    {"utc", [](const Json& status) { return memberText(part(status, "shown"), "utc"); }},
+    {"local", local},
+    {"system time", systemTime},
     {"source", source},
     {"changed", changed},
     {"last report", [](const Json& status) { return aged(status, "report"); }},
@@ -109,6 +134,7 @@ constexpr Row kRows[] = {
     {"time server", server},
     {"ntp client", client},
     {"client log", [](const Json& status) { return memberText(part(status, "ntp"), "said"); }},
+    {"zone", zone},
     {"tz", [](const Json& status) { return memberText(part(status, "zone"), "tz"); }},
     {"next change", nextZone},
     {"timers", timers},

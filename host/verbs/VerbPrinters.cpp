@@ -86,6 +86,16 @@ std::string memberText(const Json& object, const char* name) {
   return textOf(*found);
 }
 
+std::string localTimeText(const Json& object, const char* name, const std::string& abbreviation) {
+  constexpr std::size_t kDate = 10;  // "2026-03-08"
+  constexpr std::size_t kTime = 19;  // "2026-03-08T03:00:00"
+  std::string text = memberText(object, name);
+  if (text.size() <= kTime || !parseInstant(text)) return text;
+  const std::string offset = text.substr(kTime);
+  text.replace(kDate, std::string::npos, ' ' + text.substr(kDate + 1, kTime - kDate - 1));
+  return text + " (" + abbreviation + (abbreviation.empty() ? "" : ", ") + "UTC" + offset + ')';
+}
+
 std::string offsetText(const Json& object, const char* name) {
   const auto found = object.find(name);
   if (found == object.end() || !found->is_number_integer()) return memberText(object, name);
@@ -155,7 +165,7 @@ void printUpcoming(const Json& answer, std::ostream& out) {
   for (const Json& row : answer.value("upcoming", Json::array())) {
     const std::string latest = memberText(row, "latest");
     const std::string before = memberText(row, "before");
-    out << memberText(row, "time") << ' ' << padded(memberText(row, "local"), 38) << ' '
+    out << memberText(row, "time") << ' ' << padded(localTimeText(row, "local"), 31) << ' '
         << padded(memberText(row, "kind"), 12) << memberText(row, "what");
     if (!latest.empty()) out << ", at " << latest << " at the latest";
     if (!before.empty()) out << offsetText(row, "before") << " -> " << offsetText(row, "after");

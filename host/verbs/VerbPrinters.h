@@ -29,6 +29,11 @@ void printFrame(const Json& entry, std::ostream& out);  // MICROSECONDS PEER DIR
 // is none.
 [[nodiscard]] std::string memberText(const Json& object, const char* name);
 
+// A local instant "2026-03-08T03:00:00-04:00" as "2026-03-08 03:00:00 (UTC-04:00)", for people;
+// with an abbreviation "(DST, UTC-04:00)". Another value as memberText.
+[[nodiscard]] std::string localTimeText(const Json& object, const char* name,
+                                        const std::string& abbreviation = "");
+
 // Seconds east of UTC as "UTC-05:00"; another value as memberText.
 [[nodiscard]] std::string offsetText(const Json& object, const char* name);
 

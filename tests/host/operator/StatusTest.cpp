@@ -2,7 +2,11 @@
 
 #include <nlohmann/json.hpp>
 
+#include "DataStorage.h"
+#include "Threadable.h"
+#include "Threader.h"
 #include "framework/ApplicationLog.h"
+#include "runtime/ChangeRecorder.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioDevice.h"
@@ -44,12 +48,15 @@ TEST_F(TelephoneWithStatus, ShowsTheSavedTimeAndItsAge) {
   const Json now = status();
   EXPECT_EQ(now.at("source"), "saved time");
   EXPECT_EQ(now.at("byHand"), false);
-  EXPECT_EQ(now.at("shown").at("utc"), "2016-06-16T13:00:00Z");
-  EXPECT_EQ(now.at("shown").at("time"), "13:00");
-  EXPECT_EQ(now.at("shown").at("date"), "16.06.16");
+  EXPECT_EQ(now.at("shown"), (Json{{"time", "13:00"},
+                                   {"date", "16.06.16"},
+                                   {"utc", "2016-06-16T13:00:00Z"},
+                                   {"local", "2016-06-16T13:00:00+00:00"},
+                                   {"seconds", 1'466'082'000}}));
   EXPECT_EQ(now.at("system"), "2016-06-16T13:00:00Z");
   EXPECT_EQ(now.at("saved"), (Json{{"time", "2016-06-16T12:00:00Z"}, {"age", 3600}}));
   EXPECT_EQ(now.at("changed").at("from"), "1970-01-01T00:00:00Z");
+  EXPECT_EQ(now.at("changed").at("age"), 13 * 3600);
   EXPECT_EQ(now.at("clock"), (Json{{"source", "virtual"}, {"speed", 0.0}, {"uptime", 13 * 3600}}));
   EXPECT_FALSE(now.contains("report"));
 }
@@ -66,6 +73,35 @@ TEST_F(TelephoneWithStatus, ShowsThatATimeSetByHandNoLongerFollowsTheSystemTime)
   EXPECT_EQ(now.at("changed").at("cause"), "set simple-time");
   EXPECT_EQ(now.at("changed").at("from"), "2016-06-16T00:00:00Z");
   EXPECT_EQ(now.at("changed").at("who"), "device");
+  EXPECT_EQ(now.at("changed").at("age"), 60);
+  EXPECT_EQ(now.at("systemChanged").at("cause"), "clock jump");
+  EXPECT_EQ(now.at("systemChanged").at("to"), "2030-01-01T00:00:00Z");
+}
+
+// Saves a time, as the listener of the pipe does with a report.
+class Report final : public Threadable {
+ public:
+  Report(Device& device, std::string time) : m_device(device), m_time(std::move(time)) {
+    unsigned long id = 0;
+    Threader threader;
+    EXPECT_TRUE(threader.spawn(&id, this, "report", votkThreadPriorityNormal, 0));
+    threader.destroy(id);
+  }
+  void run() override {
+    EXPECT_TRUE(m_device.changes().setItem(DASUtilsStrings::ClockSettingsSchema, "FallbackDateTime",
+                                           m_time));
+  }
+
+ private:
+  Device& m_device;
+  const std::string m_time;
+};
+
+TEST_F(TelephoneWithStatus, ShowsWhatTheNtpClientReportedAlsoAfterAJump) {
+  const Report report(telephone.device(), "2026-03-08T06:59:50+00:00");
+  ask(R"({"verb":"clock","action":"jump","seconds":0})");
+  pass(60);
+  EXPECT_EQ(status().at("report"), (Json{{"time", "2026-03-08T06:59:50Z"}, {"age", 60}}));
 }
 
 TEST_F(TelephoneWithStatus, ShowsTheOtherSources) {
@@ -106,10 +142,14 @@ TEST_F(TelephoneWithStatus, ShowsTheZoneAndItsNextChange) {
   pass(0);
   const Json zone = status().at("zone");
   EXPECT_EQ(zone.at("offset"), -4 * 3600);
+  EXPECT_EQ(zone.at("abbreviation"), "DST");
+  EXPECT_EQ(zone.at("daylight"), true);
+  EXPECT_EQ(status().at("shown").at("local"), "2016-06-15T20:00:00-04:00");
   EXPECT_EQ(zone.at("next"), (Json{{"time", "2016-11-06T06:00:00Z"}, {"offset", -5 * 3600}}));
 }
 
 TEST_F(TelephoneWithStatus, ShowsServerAndTheLastLineOfItsClient) {
+  EXPECT_EQ(status().at("ntp"), (Json{{"server", ""}}));
   set("sntp-addr", "192.0.2.1");
   EXPECT_EQ(status().at("ntp"), (Json{{"server", "192.0.2.1"}}));
   for (const char* const line : {"first", "last"}) {

@@ -97,6 +97,8 @@ TEST_F(UpcomingList, ShowsTheChangesOfTheZone) {
                                    [](const Json& row) { return row["kind"] == "zone change"; });
   ASSERT_NE(change, rows.end());
   EXPECT_EQ((*change)["time"], "2016-11-06T06:00:00Z");
+  EXPECT_EQ((*change)["local"], "2016-11-06T01:00:00-05:00");
+  EXPECT_EQ((*change)["seconds"], 1'478'412'000);
   EXPECT_EQ((*change)["before"], -4 * 3600);
   EXPECT_EQ((*change)["after"], -5 * 3600);
 }

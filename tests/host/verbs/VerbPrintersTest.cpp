@@ -76,12 +76,14 @@ TEST(VerbPrinters, EscapeEachMember) {
 }
 
 TEST(VerbPrinters, PrintWhatIsUpcoming) {
-  const std::string blanks(37, ' ');
+  const std::string blanks(30, ' ');
   EXPECT_EQ(printed(printUpcoming, R"({"upcoming":[
                 {"time":"T","local":"L","kind":"zone change","before":-18000,"after":-14400},
-                {"time":"T","local":"L","kind":"NTP restart","what":"w","latest":"E"}]})"),
-            "T L" + blanks + " zone change UTC-05:00 -> UTC-04:00\nT L" + blanks +
-                " NTP restart w, at E at the latest\n");
+                {"time":"T","local":"2026-03-08T03:00:00-04:00","kind":"NTP restart","what":"w",
+                 "latest":"E"}]})"),
+            "T L" + blanks +
+                " zone change UTC-05:00 -> UTC-04:00\n"
+                "T 2026-03-08 03:00:00 (UTC-04:00) NTP restart w, at E at the latest\n");
 }
 
 TEST(VerbPrinters, PrintAChangeOnOneLine) {
@@ -167,28 +169,32 @@ TEST(VerbPrinters, PrintTheNoteAfterTheSecurityLog) {
 }
 
 TEST(VerbPrinters, PrintTheStatusInRows) {
-  EXPECT_EQ(
-      printed(printStatus, R"({"shown":{"time":"07:31","date":"16.06.16","utc":"U","local":"L"},
+  EXPECT_EQ(printed(printStatus, R"({"shown":{"time":"07:31","date":"16.06.16","utc":"U",
+    "local":"2016-06-16T07:31:00+02:00"},
     "system":"S","source":"by hand","byHand":true,
-    "changed":{"time":"T","cause":"set simple-time","who":"device","from":"A","to":"B"},
+    "changed":{"time":"T","cause":"set simple-time","who":"device","from":"A","to":"B",
+    "age":5},"systemChanged":{"time":"T","cause":"clock jump","who":"w","from":"C","to":"D"},
     "report":{"time":"R","age":3660},"saved":{"time":"V","age":-60},"network":"up",
     "ntp":{"server":"192.0.2.1","process":77,"said":"no answer"},
-    "zone":{"tz":"LOC05:00","offset":-18000,"next":{"time":"N","offset":-14400}},
+    "zone":{"tz":"LOC05:00","offset":-18000,"abbreviation":"LOC","daylight":true,"next":{"time":"N","offset":-14400}},
     "timers":[{"name":"time sync","time":"H","in":60},{"name":"date sync","time":"M","in":86400}],
     "clock":{"source":"virtual","speed":null,"uptime":90000},
     "variant":3,"softwareType":"","mac":"0001E3A1B2C3","logLevel":4,"clients":1,"plugin":"p",
     "socket":"s","state":"f","deviceRoot":"r","version":"v"})"),
-      "shows        07:31 16.06.16\nutc          U\nlocal        L\nsystem time  S\n"
-      "source       by hand; until a restart it follows the uptime, not the system time\n"
-      "changed      A -> B (set simple-time; device)\n"
-      "last report  R, 01:01:00 ago\nsaved time   V, 00:01:00 ahead\nnetwork      up\n"
-      "time server  192.0.2.1\nntp client   running, process 77\nclient log   no answer\n"
-      "tz           LOC05:00\nnext change  N to UTC-04:00\n"
-      "timers       time sync        H, in 00:01:00\n"
-      "             date sync        M, in 1d 00:00:00\n"
-      "speed        max\nuptime       1d 01:00:00\nvariant      3\n"
-      "mac          0001E3A1B2C3\nlog level    4\nclients      1\nplug-in      p\n"
-      "socket       s\nstate        f\ndevice root  r\nversion      v\n");
+            "shows        07:31 16.06.16\nutc          U\nlocal        2016-06-16 07:31:00 (LOC, "
+            "UTC+02:00)\n"
+            "system time  S (clock jump; w)\n"
+            "source       by hand; until a restart it follows the uptime, not the system time\n"
+            "changed      A -> B, 00:00:05 ago (set simple-time; device)\n"
+            "last report  R, 01:01:00 ago\nsaved time   V, 00:01:00 ahead\nnetwork      up\n"
+            "time server  192.0.2.1\nntp client   running, process 77\nclient log   no answer\n"
+            "zone         UTC-05:00, daylight saving\ntz           LOC05:00\nnext change  N to "
+            "UTC-04:00\n"
+            "timers       time sync        H, in 00:01:00\n"
+            "             date sync        M, in 1d 00:00:00\n"
+            "speed        max\nuptime       1d 01:00:00\nvariant      3\n"
+            "mac          0001E3A1B2C3\nlog level    4\nclients      1\nplug-in      p\n"
+            "socket       s\nstate        f\ndevice root  r\nversion      v\n");
 }
 
 TEST(VerbPrinters, LeaveOutMissingMembers) {
