@@ -28,7 +28,7 @@ function Icon({ on, symbol, label }) {
 }
 
 function Icons({ status }) {
-  const saving = / \(DST,/.test(status.shown.local) || status.zone.daylight;
+  const saving = status.zone.daylight;
   return html`<ul class="icons" aria-label="State">
     <${Icon} on=${true} symbol=${status.byHand ? "✋" : status.source === "time server" ? "📡" : "💾"}
       label=${status.source || "no source"} />
@@ -42,7 +42,7 @@ function Why({ status }) {
   const { changed } = status;
   if (!changed) return null;
   return html`<p class="why">Last changed ${changed.time}: ${changed.cause}
-    (${changed.who}), from ${changed.from}.</p>`;
+    ${" "}(${changed.who}), from ${changed.from}.</p>`;
 }
 
 export function Telephone({ phone }) {
