@@ -41,7 +41,7 @@ std::string causeOf(const Json& change) {
 // With its own last change, if the telephone no longer follows it.
 std::string systemTime(const Json& status) {
   const Json change = part(status, "systemChanged");
-  const std::string time = memberText(status, "system");
+  std::string time = memberText(status, "system");
   const bool follows = memberText(status, "byHand") != "true";
   if (follows || change.empty() ||
       memberText(change, "to") == memberText(part(status, "changed"), "to")) {

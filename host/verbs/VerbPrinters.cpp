@@ -92,7 +92,8 @@ std::string localTimeText(const Json& object, const char* name, const std::strin
   std::string text = memberText(object, name);
   if (text.size() <= kTime || !parseInstant(text)) return text;
   const std::string offset = text.substr(kTime);
-  text.replace(kDate, std::string::npos, ' ' + text.substr(kDate + 1, kTime - kDate - 1));
+  text.resize(kTime);
+  text[kDate] = ' ';
   return text + " (" + abbreviation + (abbreviation.empty() ? "" : ", ") + "UTC" + offset + ')';
 }
 

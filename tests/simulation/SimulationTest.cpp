@@ -120,10 +120,11 @@ TEST(Simulate, PrintsTheStepOfACrash) {
 
 TEST(Simulate, RefusesInOneLine) {
   const std::string hint = "; `simulate --help` lists the options\n2\n";
-  for (const char* const number : {"0", "abc", "5x", "", "-5", "+5", "1000000001"})
+  for (const char* const number : {"0", "abc", "5x", "", "-5", "+5", "1000000001"}) {
     EXPECT_EQ(simulate("--steps '" + std::string(number) + "'"),
               "simulate: --steps: \"" + std::string(number) +
                   "\" is not a whole number from 1 to 1000000000" + hint);
+  }
   EXPECT_EQ(simulate("--wat 5"), "simulate: unknown option \"--wat\"" + hint);
   EXPECT_EQ(simulate("--sed 5"),
             "simulate: unknown option \"--sed\"; did you mean \"--seed\"?\n2\n");
