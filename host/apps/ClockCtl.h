@@ -1,19 +1,11 @@
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <iosfwd>
 #include <span>
 #include <string>
 
-#include "verbs/Json.h"
-#include "verbs/Verb.h"
-
 namespace host {
-
-// How long to wait for a reply without --timeout: 2 s for calls, 60 s for requests that advance the
-// clock, 5 s for other control requests.
-[[nodiscard]] std::chrono::milliseconds replyLimit(const Verb& verb, const Json& request);
 
 // clockctl with these arguments. Thread: its caller's.
 // Exit status: 0 done, 1 refused or no reply, 2 usage, 3 no host at the socket. An error is one

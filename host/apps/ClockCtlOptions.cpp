@@ -7,6 +7,7 @@
 #include "base/Version.h"
 #include "remote/SocketAddress.h"
 #include "verbs/TimeText.h"
+#include "verbs/UsageError.h"
 #include "verbs/Verb.h"
 
 namespace host {
@@ -45,6 +46,16 @@ std::string helpFor(const OptionParser& parser, std::span<const std::string> ver
   return parser.help() + "\nVerbs:\n" + verbHelp();
 }
 
+// Commands come from the command line or from a file.
+void requireOneSource(const OptionParser& parser, const ClockCtlOptions& options) {
+  const bool fromFile = parser.given("--file");
+  if (fromFile && !options.verb.empty()) {
+    throw UsageError("-f takes the commands from " + quotedText(options.file.string()) +
+                     "; leave out " + quotedText(options.verb.front()));
+  }
+  if (!fromFile && options.keepGoing) throw UsageError("--keep-going is for -f only");
+}
+
 }  // namespace
 
 OptionParser clockCtlOptionParser(ClockCtlOptions& options) {
@@ -60,6 +71,13 @@ OptionParser clockCtlOptionParser(ClockCtlOptions& options) {
               "2 for call, watch and wait, 60 for clock advance and to, else 5"});
   parser.add({"--wait-host", "DURATION", "First wait for a host that is starting, up to that long",
               [&](const std::string& text) { return takeWaitHost(text, options); }});
+  parser
+      .addPath("--file",
+               "Carry out the commands of the file, one on each line; - reads standard input",
+               options.file)
+      .letter = "-f";
+  parser.addFlag("--keep-going", "Go on after a command of the file that failed",
+                 options.keepGoing);
   parser.addFlag("--raw", "Send any names and values, as given, to test what a host does with them",
                  options.raw);
   return parser;
@@ -81,6 +99,7 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
   } else if (!verb.empty() && verb.front() == "help") {
     out << helpFor(parser, verb.subspan(1));
   } else {
+    requireOneSource(parser, options);
     if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
     return options;
   }

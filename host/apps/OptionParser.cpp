@@ -32,7 +32,7 @@ std::string optionHelp(const Option& option) {
 }  // namespace
 
 OptionParser::OptionParser(const Program& program) : m_program(program) {
-  add({"--help", "", "Print this help and exit", {}});
+  add({"--help", "", "Print this help and exit", {}}).letter = "-h";
   add({"--version", "", "Print the version and exit", {}});
 }
 
@@ -122,10 +122,10 @@ void OptionParser::use(Option& option, const std::string& value) {
 }
 
 Option* OptionParser::optionOf(std::string_view word) {
-  if (word == "-h") word = "--help";
   const std::string_view name = word.substr(0, word.find('='));
-  const auto found = std::find_if(m_options.begin(), m_options.end(),
-                                  [&](const Option& option) { return option.name == name; });
+  const auto found = std::find_if(m_options.begin(), m_options.end(), [&](const Option& option) {
+    return option.name == name || (!option.letter.empty() && option.letter == name);
+  });
   return found == m_options.end() ? nullptr : &*found;
 }
 
@@ -168,7 +168,8 @@ std::string readNumber(const std::string& text, std::uint64_t least, std::uint64
 }
 
 std::string usageOf(const Option& option) {
-  const std::string name = (option.name == "--help" ? "-h, " : "") + std::string(option.name);
+  const std::string letter = option.letter.empty() ? "" : std::string(option.letter) + ", ";
+  const std::string name = letter + std::string(option.name);
   return option.value.empty() ? name : name + ' ' + std::string(option.value);
 }
 

@@ -25,6 +25,7 @@ struct Option {
   std::string shownDefault{};  // empty: none
   bool manyValues = false;     // all words up to the next option
   bool given = false;          // set by read()
+  std::string_view letter{};   // "-f", another name; empty: none
 };
 
 struct ExitStatus {
@@ -105,7 +106,7 @@ class OptionParser {
   Request m_request = Request::run;
 };
 
-// "--socket FILE"
+// "--socket FILE", "-h, --help"
 [[nodiscard]] std::string usageOf(const Option& option);
 
 // What is wrong with the path, empty for nothing.

@@ -22,10 +22,16 @@ std::string joined(const Rows& rows, const char* separator, Text text) {
   return out;
 }
 
+// "--file | -f"
+std::string namesOf(const Option& option, const char* separator) {
+  const std::string letter(option.letter);
+  return std::string(option.name) + (letter.empty() ? "" : separator + letter);
+}
+
 // The options that have a value.
 std::string valueOptions(const ProgramWords& program, const char* separator) {
-  return joined(program.options, separator, [](const Option& option) {
-    return option.value.empty() ? "" : std::string(option.name);
+  return joined(program.options, separator, [&](const Option& option) {
+    return option.value.empty() ? "" : namesOf(option, separator);
   });
 }
 
@@ -58,7 +64,7 @@ std::string bashOption(const Option& option) {
 std::string bashValue(const Option& option) {
   if (option.value.empty()) return "";
   const std::string words = takesPath(option) ? "-f" : "-W " + shellQuoted(listedIn(option));
-  return "    " + std::string(option.name) + ") mapfile -t COMPREPLY < <(compgen " + words +
+  return "    " + namesOf(option, " | ") + ") mapfile -t COMPREPLY < <(compgen " + words +
          " -- \"$word\"); return ;;\n";
 }
 
@@ -76,7 +82,7 @@ std::string zshValue(const Option& option) {
   if (option.value.empty()) return "";
   const std::string words = listedIn(option);
   const std::string action = words.empty() ? "_message value" : "compadd -- " + words;
-  return "  " + std::string(option.name) + ") " + (takesPath(option) ? "_files" : action) +
+  return "  " + namesOf(option, " | ") + ") " + (takesPath(option) ? "_files" : action) +
          "; return ;;\n";
 }
 
@@ -90,7 +96,9 @@ std::string zshWords(const Position& position) {
 std::string fishOption(const Option& option) {
   const std::string words = listedIn(option);
   const char* const value = option.value.empty() ? "" : takesPath(option) ? " -r -F" : " -x";
-  return "complete -c @program@ -l " + std::string(option.name.substr(2)) + value +
+  const std::string letter =
+      option.letter.empty() ? "" : " -s " + std::string(option.letter.substr(1));
+  return "complete -c @program@ -l " + std::string(option.name.substr(2)) + letter + value +
          (words.empty() ? "" : " -a " + shellQuoted(words)) + " -d " + shellQuoted(option.help) +
          '\n';
 }

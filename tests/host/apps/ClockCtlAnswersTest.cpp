@@ -19,6 +19,7 @@
 #include "scenario/ScenarioWords.h"
 #include "support/FileContent.h"
 #include "support/TemporaryFolder.h"
+#include "verbs/Json.h"
 
 namespace host {
 namespace {

@@ -19,6 +19,15 @@ std::optional<ClockCtlOptions> read(const std::string& line) {
   return readClockCtlOptions(splitScenarioLine(line), "/default", out);
 }
 
+std::string whyNotRead(const std::string& line) {
+  try {
+    static_cast<void>(read(line));
+  } catch (const UsageError& error) {
+    return error.what();
+  }
+  return "";
+}
+
 TEST(ClockCtlOptions, HaveDefaults) {
   const auto options = read("get time");
   EXPECT_EQ(options->socket, "/default");
@@ -47,6 +56,23 @@ TEST(ClockCtlOptions, TheControlSocketFollowsTheCallSocketUnlessGiven) {
        {"--control-socket /c --socket /a get time", "get time --socket=/a --control-socket=/c"}) {
     EXPECT_EQ(read(line)->socket, "/a") << line;
     EXPECT_EQ(read(line)->controlSocket, "/c") << line;
+  }
+}
+
+TEST(ClockCtlOptions, TakeCommandsFromAFileInPlaceOfAVerb) {
+  for (const char* const line : {"-f x", "-f=x", "--file x", "--file=x"}) {
+    EXPECT_EQ(read(line)->file, "x") << line;
+  }
+  EXPECT_EQ(read("-f - --keep-going")->file, "-");
+  EXPECT_EQ(read("get time")->file, "");
+  const std::pair<const char*, const char*> rows[] = {
+      {"-f x get time", "-f takes the commands from \"x\"; leave out \"get\""},
+      {"--keep-going get time", "--keep-going is for -f only"},
+      {"-f",
+       "--file: its value is missing; write --file FILE; `clockctl --help` lists the options"},
+  };
+  for (const auto& [line, error] : rows) {
+    EXPECT_EQ(whyNotRead(line), error);
   }
 }
 

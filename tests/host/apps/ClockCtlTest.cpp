@@ -10,10 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "apps/Command.h"
 #include "integration/OneLine.h"
 #include "remote/SocketFile.h"
 #include "scenario/ScenarioWords.h"
 #include "support/TemporaryFolder.h"
+#include "verbs/Json.h"
 #include "verbs/Verb.h"
 
 namespace host {

@@ -94,6 +94,7 @@ TEST(BashCompletion, OffersWhatMayComeNext) {
       {"clockctl wait timeChangeEvent date", "dateChangeEvent\n"},
       {"clockctl watch --for 5s --co", "--count --control-socket\n"},
       {"clockctl --ti", "--timeout\n"},
+      {"clockctl -f get ge", "get\n"},
   };
   for (const auto& [line, words] : rows) EXPECT_EQ(offered(ctlWords(), line), words) << line;
   EXPECT_EQ(offered(hostWords(), "clockhost --network ''"), "up down\n");
