@@ -58,23 +58,11 @@ TEST(ClockCtl, WaitsLongerForRequestsThatTakeLonger) {
   }
 }
 
-TEST(ClockCtl, WrongUsageIsStatusTwoWithOneShortLine) {
+// Other wrong command lines are in bad-inputs.txt.
+TEST(ClockCtl, WordsOfAnyLengthAndBytesAreRefusedInOneShortLine) {
   const std::string length(100'000, 'x');
   const std::pair<Words, const char*> rows[] = {
       {{}, "a verb is missing"},
-      {{"x\ny"}, "unknown verb \"x\\ny\"; `clockctl --help` lists the verbs"},
-      {{"clock", "spe\ned"}, "\"spe\\ned\" is not show"},
-      {{"--wro\nng"}, "unknown option \"--wro\\nng\"; `clockctl --help` lists the options"},
-      {{"--jsno", "keys"}, "unknown option \"--jsno\"; did you mean \"--json\"?"},
-      {{"version"}, "unknown verb \"version\"; `clockctl --help` lists the verbs"},
-      {{"--timeout=", "keys"}, "--timeout: \"\" is not a number of seconds: more than 0"},
-      {{"--timeout", "2 s", "keys"}, "--timeout: \"2 s\" is not a number of seconds"},
-      {{"--socket"}, "--socket: its value is missing; write --socket FILE"},
-      {{"--json=yes", "keys"}, "--json takes no value"},
-      {{"--timeout", "1\n2", "keys"}, "1\\n2"},
-      {{"--wait-host", "10", "keys"}, "--wait-host: \"10\" is not a duration: `10s`, `0.5s`"},
-      {{"watch", "noEvent"}, "no event \"noEvent\"; there are timezoneChangeEvent, "},
-      {{"--wait-host", "10s", "wait"}, "EVENT is missing"},
       {{length}, "...\" (100000 bytes)"},
       {{"clock", "advance", length}, "...\" (100000 bytes) is not a duration; write `90s`"},
       {{"--" + length}, "; `clockctl --help` lists"},
@@ -162,43 +150,12 @@ TEST_F(SocketsOfAnotherUser, AreRefusedWithStatusOneAndWhatToDo) {
   }
 }
 
-TEST(ClockCtl, WrongNamesAreRefusedWithoutAHost) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"call getTme", "no method \"getTme\"; did you mean \"getTime\"?"},
-      {"call x", "no method \"x\"; `clockctl methods` lists them"},
-      {"call setTimeInt x=1",
-       "\"x\" is not a parameter of setTimeInt (usage: setTimeInt setTime=INT)"},
-      {"call getTime x=1", "\"x\" is not a parameter of getTime (usage: getTime)"},
-      {"call setTimeInt stTime=1",
-       "\"stTime\" is not a parameter of setTimeInt; did you mean \"setTime\"?"},
-      {"call setTimeInt", "the parameter setTime is missing (usage: setTimeInt setTime=INT)"},
-      {"call setTimeInt setTime=noon", "setTime is an int, not \"noon\""},
-      {"call setTimeInt setTime:string=5", "setTime is an int, not \"5\""},
-      {"call getDateUTCStr getDateUTCStrString=5",
-       "getDateUTCStrString is a string; write getDateUTCStrString:string=5"},
-      {"call getTime getTimeStringReturn=x",
-       "\"getTimeStringReturn\" is in the reply; leave it out"},
-      {"get tine", "no key \"tine\"; did you mean \"time\"?"},
-      {"set dalight-save true", "no key \"dalight-save\"; did you mean \"daylight-save\"?"},
-      {"set time noon",
-       "set time: \"noon\" is not an instant; write `2026-03-08T06:59:50Z`, "
-       "`2026-03-08T06:59:50+00:00` or `local 2026-03-08 01:59:50`, in the years 1970-2037"},
-      {"set time local noon",
-       "set time: \"noon\" is not a local time; write `2026-03-08T06:59:50Z`, "
-       "`2026-03-08T06:59:50+00:00` or `local 2026-03-08 01:59:50`, in the years 1970-2037"},
-      {"set time 2026-03-08 01:59:50",
-       "set time: \"2026-03-08 01:59:50\" is not an instant; write `local` before it"},
-      {"keys tine", "no key \"tine\"; did you mean \"time\"?"},
-      {"inject user-data tine on", "no key \"tine\"; did you mean \"time\"?"},
-      {"inject value mac-adr x", "no device value \"mac-adr\"; did you mean \"mac-addr\"?"},
-  };
-  for (const auto& [line, error] : rows) {
-    const Outcome outcome = run(line, "/nowhere");
-    EXPECT_EQ(outcome.status, 2) << line;
-    EXPECT_EQ(outcome.err, "clockctl: " + std::string(error) + '\n');
+TEST(ClockCtl, SendsAnythingOnPurpose) {
+  for (const char* const line : {"call x", "call setTimeInt x=1", "call setTimeInt", "get x",
+                                 "set time noon", "keys x", "inject value x y"}) {
+    EXPECT_EQ(run(line, "/nowhere").status, 2) << line;
     EXPECT_EQ(run("--raw " + std::string(line), "/nowhere").status, 3) << line;
   }
-  expectOneLine(run("get x", "/nowhere"), 2, {"no key \"x\"; there are time, simple-time, "});
 }
 
 TEST(ClockCtl, TellsMethodsAndEventsWithoutAHost) {

@@ -228,53 +228,6 @@ TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
   }
 }
 
-TEST(HostOptions, WrongOptionsAreNamedInOneLine) {
-  const std::pair<Words, const char*> table[] = {
-      {{"--no-such-option"}, "unknown option \"--no-such-option\"; `clockhost --help` lists"},
-      {{"--sate", "x"}, "unknown option \"--sate\"; did you mean \"--state\"?"},
-      {{"word"}, "\"word\" is not an option; `clockhost --help` lists the options"},
-      {{"--", "word"}, "\"word\" is not an option"},
-      {{"--tap=3"}, "--tap takes no value"},
-      {{"--scenario"}, "--scenario: its value is missing; write --scenario FILE|DIR ..."},
-      {{"--scenario", "--jobs", "2"}, "--scenario: its value is missing"},
-      {{"--scenario", "a", ""}, "--scenario: the path is empty; name a file or folder"},
-      {{"--jobs", "0", "--scenario", "a"}, "\"0\" is not a whole number from 1 to 256"},
-      {{"--jobs", "257", "--scenario", "a"}, "is not a whole number from 1 to 256"},
-      {{"--jobs", "two", "--scenario", "a"}, "\"two\" is not a whole number"},
-      {{"--jobs", "2"}, "--jobs is for --scenario only"},
-      {{"--keep-going"}, "--keep-going is for --scenario only"},
-      {{"--tap"}, "--tap is for --scenario only"},
-      {{"--junit", "f"}, "--junit is for --scenario only"},
-      {{"--variant", "three"}, "--variant: \"three\" is not a whole number from 0 to 999"},
-      {{"--variant="}, "--variant: \"\" is not a whole number from 0 to 999"},
-      {{"--variant", "-1"}, "--variant: \"-1\" is not a whole number from 0 to 999"},
-      {{"--variant", "99999999999"}, "is not a whole number from 0 to 999"},
-      {{"--variant"}, "--variant: its value is missing; write --variant N"},
-      {{"--log-level", "7"}, "--log-level: \"7\" is not a whole number from 0 to 6"},
-      {{"--log-level", "-1"}, "is not a whole number from 0 to 6"},
-      {{"--clock", "real"}, "--clock: \"real\" is not virtual or system"},
-      {{"--clock", "virtual|system"}, "is not virtual or system"},
-      {{"--clock="}, "--clock: \"\" is not virtual or system"},
-      {{"--speed", "-1"}, "`max`"},
-      {{"--speed", "fast"}, "`max`"},
-      {{"--at", "yesterday"}, "2026-03-08T06:59:50Z"},
-      {{"--at", ""}, "2026-03-08T06:59:50Z"},
-      {{"--network", "sideways"}, "--network: \"sideways\" is not up or down"},
-      {{"--mac", "00:01:E3:A1:B2:C3"}, "12 hexadecimal digits"},
-      {{"--mac", "0001E3A1B2C"}, "12 hexadecimal digits"},
-      {{"--mac", "0001E3A1B2CG"}, "12 hexadecimal digits"},
-      {{"--socket", "a", "--control-socket", "./a"}, "another file than"},
-      {{"--socket-group", "no such group"}, "no group \"no such group\""},
-      {{"--program", "/sbin/ntpclient"}, "DEVICEPATH=PATH"},
-      {{"--program", "ntpclient=x"}, "DEVICEPATH=PATH"},
-      {{"--program", "/sbin/ntpclient="}, "DEVICEPATH=PATH"}};
-  for (const auto& [words, part] : table) {
-    const std::string error = usageErrorOf(words);
-    EXPECT_NE(error.find(part), std::string::npos) << words[0] << ": " << error;
-    EXPECT_EQ(error.find('\n'), std::string::npos) << error;
-  }
-}
-
 }  // namespace
 }  // namespace host
 

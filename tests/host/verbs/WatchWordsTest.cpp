@@ -36,39 +36,5 @@ TEST(WatchWords, BecomeRequests) {
   for (const auto& [words, request] : accepted) EXPECT_EQ(readLine(words), request) << words;
 }
 
-TEST(WatchWords, ThatNothingWouldMatchAreRefused) {
-  const std::pair<const char*, const char*> rejected[] = {
-      {"watch timechangeEvent", "no event \"timechangeEvent\"; did you mean \"timeChangeEvent\"?"},
-      {"watch --coun 5", "\"--coun\" is not --where, --count or --for; did you mean \"--count\"?"},
-      {"watch --for", "DURATION is missing"},
-      {"watch --for 0s", "\"0s\" is not a duration; write `10s`, `0.5s`, `15m`"},
-      {"watch --for 10", "\"10\" is not a duration"},
-      {"watch --where", "NAME=VALUE is missing"},
-      {"watch --where timeChangeEventHours", "is not NAME=VALUE, as in timeChangeEventHours=3"},
-      {"watch --where timeChangeEventHour=3", "did you mean \"timeChangeEventHours\"?"},
-      {"watch --where hours=3",
-       "no event has a parameter \"hours\"; `clockctl events EVENT` lists those of one"},
-      {"watch --where timeChangeEventHours=three",
-       "\"three\" is not a number; timeChangeEventHours is a decimal integer of 32 bits"},
-      {"watch --where timeChangeEventHours=1 --where timeChangeEventHours=2",
-       "timeChangeEventHours is given twice"},
-      {"watch dateChangeEvent --where timeChangeEventHours=3",
-       "\"timeChangeEventHours\" is not a parameter of dateChangeEvent (usage: dateChangeEvent "
-       "dateChangeEventDay=INT "},
-      {"watch --where dateChangeEventDay=1 --where timeChangeEventHours=3",
-       "no event has all of these parameters; name those of one event"},
-      {"wait", "EVENT is missing; `watch --count 1` waits for any event (usage: wait EVENT ..."},
-      {"wait --for 5s", "EVENT is missing"},
-      {"wait dateChangeEvent --count 2", "\"--count\" is not --where or --for"},
-      {"wait-host soon", "\"soon\" is not a duration; write `10s`"},
-      {"wait-host 1s 2s", "\"2s\" is one word too many"},
-  };
-  for (const auto& [words, part] : rejected) {
-    const std::string error = readLine(words);
-    EXPECT_NE(error.find(part), std::string::npos) << words << " -> " << error;
-    EXPECT_EQ(error.find('\n'), std::string::npos) << words;
-  }
-}
-
 }  // namespace
 }  // namespace host
