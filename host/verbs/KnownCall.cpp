@@ -1,6 +1,7 @@
 #include "verbs/KnownCall.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/PrintableText.h"
 #include "verbs/CallWords.h"
