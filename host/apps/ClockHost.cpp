@@ -14,6 +14,7 @@
 #include "DataStorage.h"
 #include "Logging.h"
 #include "apps/HostOptions.h"
+#include "apps/Readiness.h"
 #include "base/Descriptor.h"
 #include "base/Error.h"
 #include "base/ProgressLine.h"
@@ -125,7 +126,7 @@ class Host {
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
 
-  void runUntilStopped();
+  void runUntilStopped(Readiness& readiness);
 
  private:
   void watchReportPipe();
@@ -220,8 +221,10 @@ void Host::watchMachineClock() try {
   logAppUni("clockhost", kLogWarning, __FILE__, __LINE__, "%s", error.what());
 }
 
-void Host::runUntilStopped() {
+void Host::runUntilStopped(Readiness& readiness) {
+  readiness.ready();  // requests that have come meanwhile are answered at once
   m_loop.run();
+  readiness.stopping();
   logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "shutting down");
 }
 
@@ -230,10 +233,11 @@ void Host::runUntilStopped() {
 int runClockHost(const HostOptions& options) {
   prepareProcess(options);
   if (!options.scenarios.files.empty()) return runScenarios(options);
+  Readiness readiness(options.readyDescriptor);
   HostLog log(options.logFile);
   exportReportPipe();
   const MemoryReserve reserve;
-  Host(options, log).runUntilStopped();
+  Host(options, log).runUntilStopped(readiness);
   return 0;
 }
 

@@ -8,9 +8,11 @@
 #include <cstring>
 #include <ostream>
 
+#include "apps/Readiness.h"
 #include "base/DefaultPaths.h"
 #include "base/PrintableText.h"
 #include "remote/SocketAddress.h"
+#include "verbs/CallWords.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
 
@@ -50,6 +52,14 @@ std::string takeInstant(const std::string& text, std::optional<std::string>& at)
   if (!instant) return quotedText(text) + " is not an instant: " + std::string(kInstantForms);
   at = longInstantText(*instant);
   return "";
+}
+
+std::string takeReadyDescriptor(const std::string& text, int& descriptor) {
+  const auto number = parseInteger(text);
+  if (!number)
+    return quotedText(text) + " is not the number of a descriptor, as in `--ready-fd 3 3>FILE`";
+  descriptor = *number;
+  return checkReadyDescriptor(descriptor);
 }
 
 std::string takeProgram(const std::string& text, HostOptions& options) {
@@ -130,6 +140,10 @@ void addHostOptions(OptionParser& parser, HostOptions& options) {
                    0, 6);
   parser.addPath("--log-file", "Write the log here; SIGHUP opens the file again", options.logFile)
       .shownDefault = "standard error";
+  parser.add({"--ready-fd", "N", "Write a newline to this descriptor when the host answers",
+              [&](const std::string& text) {
+                return takeReadyDescriptor(text, options.readyDescriptor);
+              }});
   parser.add({"--program", "DEVICEPATH=PATH",
               "Run PATH for a program of the device instead of its stand-in; may be repeated",
               [&](const std::string& text) { return takeProgram(text, options); }});
@@ -177,7 +191,7 @@ void requireForScenarios(const OptionParser& parser, const HostOptions& options)
   }
   for (const char* const name :
        {"--speed", "--state", "--socket", "--socket-group", "--control-socket", "--device-root",
-        "--log-level", "--log-file", "--program"}) {
+        "--log-level", "--log-file", "--ready-fd", "--program"}) {
     if (!parser.given(name)) continue;
     throw UsageError(std::string(name) + " is not for scenarios; leave it out");
   }

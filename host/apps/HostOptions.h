@@ -31,6 +31,7 @@ struct HostOptions {
   double speed = 1;               // virtual seconds per real one; infinity: as fast as possible
   int logLevel = 4;               // 0-6
   std::filesystem::path logFile;  // empty: standard error
+  int readyDescriptor = -1;       // see Readiness; -1: none
   std::vector<std::pair<std::string, std::string>> programs;  // path on the device, path here
   SuiteOptions scenarios;                                     // no files: none
 };

@@ -103,6 +103,10 @@ std::string clockHostPage(const std::string& date) {
          optionItems(parser) + statusItems(parser) + section("ENVIRONMENT") +
          item("NTPCLIENT_PORT", "The port of the time server, for the stand-in NTP client (123).") +
          item("XDG_STATE_HOME, XDG_RUNTIME_DIR", "The folders of state and sockets.") +
+         item(
+             "NOTIFY_SOCKET",
+             "The socket of a service manager, which is notified when the host answers and when it "
+             "begins to end.") +
          item("JOURNAL_STREAM",
               "If it names standard error, each line begins with its priority, for the journal.") +
          section("SEE ALSO") +

@@ -12,6 +12,7 @@
 #include "integration/RestartableHost.h"
 #include "support/Becomes.h"
 #include "support/FileContent.h"
+#include "support/ManagerSocket.h"
 
 namespace integration {
 namespace {
@@ -37,6 +38,36 @@ TEST_P(Terminated, EndsInOrderWithinASecond) {
 }
 
 INSTANTIATE_TEST_SUITE_P(BySignal, Terminated, ::testing::Values(SIGINT, SIGTERM));
+
+// A program that reads the descriptor may use the host at once.
+TEST_F(HostLife, WritesANewlineWhenItAnswers) {
+  const fs::path pipe = folder() / "ready";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  launch(inShell("3>\"" + pipe.string() + "\"", words({"--ready-fd", "3"})));
+  EXPECT_EQ(support::contentOf(pipe), "\n") << "the end of the file comes when the host closes it";
+  EXPECT_EQ(ctl({"call", "getTime", "--timeout", "30"}).out, "getTimeStringReturn=00:00\n");
+}
+
+TEST_F(HostLife, ClosesTheDescriptorWithoutANewlineIfItDoesNotStart) {
+  const fs::path pipe = folder() / "ready";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  launch(inShell("3>\"" + pipe.string() + "\"",
+                 words({"--ready-fd", "3", "--plugin", "/no/such/plugin.so"})));
+  EXPECT_EQ(support::contentOf(pipe), "");
+  EXPECT_EQ(program().wait().status, 1);
+}
+
+TEST_F(HostLife, NotifiesItsServiceManager) {
+  const support::ManagerSocket manager(folder() / "manager");
+  Words command = {"/usr/bin/env", "NOTIFY_SOCKET=" + (folder() / "manager").string()};
+  const Words host = words();
+  command.insert(command.end(), host.begin(), host.end());
+  launch(command);
+  EXPECT_EQ(manager.notice(seconds(30)), "READY=1");
+  EXPECT_EQ(ctl({"call", "getTime"}).out, "getTimeStringReturn=00:00\n");
+  EXPECT_EQ(end(SIGTERM).status, 0);
+  EXPECT_EQ(manager.notice(seconds(30)), "STOPPING=1");
+}
 
 TEST_F(HostLife, SurvivesTheEndOfItsTerminalAndUserSignals) {
   start();
@@ -190,6 +221,7 @@ TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
       {{"--variant", "three"}, 2, {"--variant: \"three\" is not a whole number"}},
       {{"--at", "a\nb\xff"}, 2, {"\"a\\nb\\xFF\" is not an instant"}},
       {{"--wro\nng"}, 2, {"--wro\\nng"}},
+      {{"--ready-fd", "3"}, 2, {"--ready-fd: 3 is not open for writing; open it for the host"}},
       {{"--mac", length}, 2, {"`clockhost --help` lists the options"}},
   };
   for (const auto& [options, status, parts] : rows) {

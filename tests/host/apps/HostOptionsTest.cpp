@@ -206,6 +206,7 @@ TEST(HostOptions, HelpNamesEachOptionWithItsDefault) {
       {"--speed X", "(default: 1)"},
       {"--log-level 0..6", "(default: 4)"},
       {"--log-file FILE", "(default: standard error)"},
+      {"--ready-fd N", "the host answers"},
       {"--program DEVICEPATH=PATH", "may be repeated"},
       {"--scenario FILE|DIR ...", "could not be read"},
       {"--jobs N", "(default: 1)"},
