@@ -95,11 +95,6 @@ bool VirtualClock::setByHand() const {
   return m_handAtZero.has_value();
 }
 
-void VirtualClock::showWall() {
-  const MutexLock lock(m_mutex);
-  m_handAtZero.reset();
-}
-
 void VirtualClock::onWallSet(WallListener listener) {
   const auto kept = std::make_shared<const WallListener>(std::move(listener));
   const MutexLock lock(m_mutex);

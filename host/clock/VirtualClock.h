@@ -51,10 +51,9 @@ class VirtualClock {
   [[nodiscard]] bool setWall(Nanoseconds wall, Setter setter = Setter::jump);
 
   // What a telephone on this clock shows: the wall time, until it is set by hand. From then on it
-  // follows the uptime, until showWall().
+  // follows the uptime. A telephone that restarts gets a new clock.
   [[nodiscard]] Nanoseconds shown() const;
   [[nodiscard]] bool setByHand() const;
-  void showWall();  // as a telephone does that starts
 
   // Called after each setWall, on its thread and without a lock held. from: the wall time before;
   // at a set by hand, what was shown. There is one listener; an empty one removes it. It must not

@@ -72,7 +72,6 @@ ChangeRecorder::ChangeRecorder(VirtualClock& clock, DataAccess& store, History& 
       m_store(store),
       m_history(history),
       m_knownAtZero(clock.wall() - clock.uptime()) {
-  clock.showWall();
   clock.onWallSet([this](Nanoseconds from, Nanoseconds to, Setter setter) {
     try {
       wallSet(from, to, setter);

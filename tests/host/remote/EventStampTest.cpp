@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ctime>
 #include <string>
 
 #include "clock/VirtualClock.h"
 #include "host/remote/ServerUnderTest.h"
+#include "support/ZoneGuard.h"
 
 namespace host {
 namespace {
@@ -41,49 +41,36 @@ TEST(EventStamp, IsReadUpToTheLastThatAClockShows) {
   EXPECT_FALSE(decodeEventStamp(bytesOf({}).substr(1)));
 }
 
-class NewYork {
- public:
-  NewYork() { set("LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00"); }
-  ~NewYork() { set("UTC0"); }
-  NewYork(const NewYork&) = delete;
-  NewYork& operator=(const NewYork&) = delete;
+class EventStampOfCodec : public ::testing::TestWithParam<std::string> {};
 
- private:
-  static void set(const char* zone) {
-    ::setenv("TZ", zone, 1);
-    ::tzset();
-  }
-};
-
-// The second event equals the first one but for its time.
-TEST(EventStamp, ComesWithEachEventForClientsThatAskForIt) {
-  const NewYork zone;
+// The second event equals the first one but for its time, and is not encoded again.
+TEST_P(EventStampOfCodec, ComesWithEachEventForClientsThatAskForIt) {
+  const support::ZoneGuard zone("LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00");
   VirtualClock clock;
   const ProcessClock processClock(clock);
   ServerUnderTest server;
-  RemoteClient plain(server.socket);
-  RemoteClient one(server.socket, RemoteClient::Events::timed);
-  RemoteClient other(server.socket, "json", RemoteClient::Events::timed);
-  EXPECT_TRUE(observe(plain) && observe(one) && observe(other));
+  RemoteClient plain(server.socket, GetParam());
+  RemoteClient timed(server.socket, GetParam(), RemoteClient::Events::timed);
+  EXPECT_TRUE(observe(plain) && observe(timed));
   const seconds summer(1'772'953'200);  // the change is at this instant
   ASSERT_TRUE(clock.setWall(summer - seconds(1), VirtualClock::Setter::hand));
   ASSERT_TRUE(clock.setWall(seconds(5)));  // which the telephone does not show
   Method event("event", Method::call);
-  EXPECT_EQ(server.device.notify(event), 3);
+  EXPECT_EQ(server.device.notify(event), 2);
   clock.advance(std::chrono::milliseconds(1500));
-  EXPECT_EQ(server.device.notify(event), 3);
+  EXPECT_EQ(server.device.notify(event), 2);
   EXPECT_FALSE(plain.nextReceivedEvent(kLong)->time);
-  for (RemoteClient* const client : {&one, &other}) {
-    const auto before = client->nextReceivedEvent(kLong);
-    const auto after = client->nextReceivedEvent(kLong);
-    ASSERT_TRUE(before && before->time && after && after->time);
-    EXPECT_EQ(support::textOf(after->method), "call event\n");
-    EXPECT_EQ(before->time->utc, summer - seconds(1));
-    EXPECT_EQ(before->time->offset, -hours(5));
-    EXPECT_EQ(after->time->utc, summer);
-    EXPECT_EQ(after->time->offset, -hours(4));
-  }
+  const auto before = timed.nextReceivedEvent(kLong);
+  const auto after = timed.nextReceivedEvent(kLong);
+  ASSERT_TRUE(before && before->time && after && after->time);
+  EXPECT_EQ(support::textOf(after->method), "call event\n");
+  EXPECT_EQ(before->time->utc, summer - seconds(1));
+  EXPECT_EQ(before->time->offset, -hours(5));
+  EXPECT_EQ(after->time->utc, summer);
+  EXPECT_EQ(after->time->offset, -hours(4));
 }
+
+INSTANTIATE_TEST_SUITE_P(Each, EventStampOfCodec, ::testing::ValuesIn(CodecTable::names()));
 
 // Without a clock the host runs on the machine's time.
 TEST(EventStamp, IsTheMachinesWithoutAClock) {
