@@ -6,23 +6,29 @@ namespace host {
 namespace {
 
 thread_local const std::string* t_here = nullptr;
+thread_local std::uint32_t t_call = 0;
 thread_local Cause t_cause;
 
 }  // namespace
 
-const std::string& originHere() {
-  static const auto& device = *new std::string;
-  return t_here == nullptr ? device : *t_here;
+std::string_view originHere() {
+  return t_here == nullptr ? std::string_view() : *t_here;
 }
 
 std::string userOf(const std::string& origin) {
   return origin.substr(0, origin.find(", pid "));
 }
 
-OriginScope::OriginScope(const std::string& origin) : m_before(std::exchange(t_here, &origin)) {}
+std::uint32_t callHere() {
+  return t_call;
+}
+
+OriginScope::OriginScope(const std::string& origin, std::uint32_t call)
+    : m_before(std::exchange(t_here, &origin)), m_callBefore(std::exchange(t_call, call)) {}
 
 OriginScope::~OriginScope() {
   t_here = m_before;
+  t_call = m_callBefore;
 }
 
 Cause causeHere() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -7,22 +8,27 @@ namespace host {
 
 // The process for which the calling thread works: the client at the other end of a socket, as the
 // kernel identifies it, "uid 1000, pid 4711". Empty: the device itself.
-[[nodiscard]] const std::string& originHere();
+[[nodiscard]] std::string_view originHere();
 
 // The user of an origin, "uid 1000". Another text is returned whole.
 [[nodiscard]] std::string userOf(const std::string& origin);
 
-// Sets the origin of the calling thread for its lifetime. Scopes nest.
+// The remote call of that process within which the calling thread works: the id of its frame. 0:
+// none.
+[[nodiscard]] std::uint32_t callHere();
+
+// Sets the origin of the calling thread for its lifetime, and the call. Scopes nest.
 // REQUIRES: the text outlives the scope, which ends on the same thread.
 class OriginScope {
  public:
-  explicit OriginScope(const std::string& origin);
+  explicit OriginScope(const std::string& origin, std::uint32_t call = 0);
   ~OriginScope();
   OriginScope(const OriginScope&) = delete;
   OriginScope& operator=(const OriginScope&) = delete;
 
  private:
   const std::string* const m_before;
+  const std::uint32_t m_callBefore;
 };
 
 // What the calling thread does that may change the clock: "set" and the key, "call" and the method.

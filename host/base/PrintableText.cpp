@@ -36,12 +36,8 @@ std::string_view beginningOf(std::string_view text, std::size_t most) {
 }
 
 std::string clippedText(std::string_view text, std::size_t most) {
-  return clippedText(text, most, text.size());
-}
-
-std::string clippedText(std::string_view beginning, std::size_t most, std::size_t whole) {
-  if (whole <= most) return std::string(beginning);
-  return std::string(beginningOf(beginning, most)) + "..." + lengthText(whole);
+  if (text.size() <= most) return std::string(text);
+  return std::string(beginningOf(text, most)) + "..." + lengthText(text.size());
 }
 
 bool isControl(std::uint32_t code) {

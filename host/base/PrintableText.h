@@ -14,10 +14,6 @@ namespace host {
 // The text, or if it is longer than `most` bytes its beginning and "... (N bytes)".
 [[nodiscard]] std::string clippedText(std::string_view text, std::size_t most);
 
-// The same when the caller has only the beginning, of more than `most` bytes, of `whole` bytes.
-[[nodiscard]] std::string clippedText(std::string_view beginning, std::size_t most,
-                                      std::size_t whole);
-
 // Control characters of ASCII, DEL and C1 (U+0080 to U+009F), which terminals interpret.
 [[nodiscard]] bool isControl(std::uint32_t code);
 

@@ -5,11 +5,19 @@
 #include <cstddef>
 #include <exception>
 #include <new>
+#include <string>
+#include <utility>
 
+#include "base/Origin.h"
 #include "clock/VirtualClock.h"
 
 namespace host {
 namespace {
+
+// Many times what a start logs. Details (from kLogInfo on) have memory of their own, so that a
+// client's many calls do not push out errors. The system provides the pages as they fill.
+alignas(LogRing::kAlignment) constinit std::array<char, std::size_t{128} * 1024> g_noteMemory{},
+    g_detailMemory{};
 
 thread_local bool t_writing = false;  // this thread is inside a sink
 
@@ -26,18 +34,67 @@ void writeTo(LogSink& sink, const LogEntry& entry) noexcept {
   }
 }
 
+bool isEarlier(const LogEntry& one, const LogEntry& other) {
+  return one.number < other.number;
+}
+
+std::vector<LogEntry> entriesIn(const std::string& notes, const std::string& details,
+                                std::uint64_t after) {
+  std::vector<LogEntry> all = LogRing::entriesIn(notes);
+  const auto middle = static_cast<std::ptrdiff_t>(all.size());
+  for (LogEntry& entry : LogRing::entriesIn(details)) all.push_back(std::move(entry));
+  std::inplace_merge(all.begin(), all.begin() + middle, all.end(), isEarlier);
+  std::erase_if(all, [&](const LogEntry& entry) { return entry.number <= after; });
+  return all;
+}
+
+// While it exists, what this thread logs is dropped.
+class Writing {
+ public:
+  Writing() : m_before(std::exchange(t_writing, true)) {}
+  ~Writing() { t_writing = m_before; }
+  Writing(const Writing&) = delete;
+  Writing& operator=(const Writing&) = delete;
+
+ private:
+  const bool m_before;
+};
+
 }  // namespace
+
+bool LogSink::takes(const LogEntryView& entry) const noexcept {
+  const int own = m_level.load(std::memory_order_relaxed);
+  if (own != kDefault) return entry.level <= own;
+  return entry.systemLog || entry.level <= ApplicationLog::instance().level();
+}
+
+static_assert(LogRing::kLongestText >
+              ApplicationLog::kLongestText + sizeof "... (4294967295 bytes)");
+
+constexpr ApplicationLog::ApplicationLog() noexcept
+    : m_notes(g_noteMemory), m_details(g_detailMemory) {}
 
 ApplicationLog& ApplicationLog::instance() noexcept {
   // Never destroyed, because threads may log until the process ends. Constructed without
   // allocation, because a lack of memory is logged too.
-  alignas(ApplicationLog) static std::array<std::byte, sizeof(ApplicationLog)> place;
-  static ApplicationLog& log = *new (place.data()) ApplicationLog;
-  return log;
+  union Place {
+    constexpr Place() : log() {}
+    ~Place() {}  // NOLINT(modernize-use-equals-default): that would be deleted
+    ApplicationLog log;
+  };
+  static constinit Place place;
+  return place.log;
 }
 
 void ApplicationLog::setLevel(int level) noexcept {
+  const MutexLock lock(m_mutex);
   m_level.store(std::clamp(level, 0, 6), std::memory_order_relaxed);
+  updateWantedLevel();
+}
+
+void ApplicationLog::updateWantedLevel() noexcept {
+  const int kept = m_keepers > 0 ? kKeptLevel : 0;
+  m_wantedLevel.store(std::max(level(), kept), std::memory_order_relaxed);
 }
 
 void ApplicationLog::addSink(std::shared_ptr<LogSink> sink) {
@@ -50,14 +107,60 @@ void ApplicationLog::removeSink(const std::shared_ptr<LogSink>& sink) {
   m_sinks.erase(std::remove(m_sinks.begin(), m_sinks.end(), sink), m_sinks.end());
 }
 
-void ApplicationLog::write(LogEntry entry) noexcept {
+void ApplicationLog::write(LogEntryView& entry) noexcept {
   if (t_writing) return;
   entry.wall = wallTime();
+  entry.origin = originHere();
+  entry.call = callHere();
   const MutexLock lock(m_mutex);
-  t_writing = true;
   entry.number = ++m_lastNumber;
-  for (const auto& sink : m_sinks) writeTo(*sink, entry);
-  t_writing = false;
+  if (m_keepers > 0) (entry.level < kLogInfo ? m_notes : m_details).add(entry);
+  for (const auto& sink : m_sinks) {
+    if (sink->takes(entry)) return tellSinks(entry);
+  }
+}
+
+void ApplicationLog::tellSinks(const LogEntryView& view) const try {
+  const LogEntry entry = copyOf(view);
+  const Writing writing;
+  for (const auto& sink : m_sinks) {
+    if (sink->takes(view)) writeTo(*sink, entry);
+  }
+} catch (const std::exception&) {
+  // No memory for the entry: the sinks miss it.
+}
+
+std::vector<LogEntry> ApplicationLog::kept(std::uint64_t after) const {
+  std::string notes;
+  std::string details;
+  {
+    const MutexLock lock(m_mutex);
+    notes = m_notes.bytes();
+    details = m_details.bytes();
+  }
+  return entriesIn(notes, details, after);
+}
+
+void ApplicationLog::withKept(std::uint64_t after,
+                              const std::function<void(const std::vector<LogEntry>&)>& see) const {
+  const Writing writing;
+  const MutexLock lock(m_mutex);
+  see(entriesIn(m_notes.bytes(), m_details.bytes(), after));
+}
+
+void ApplicationLog::startKeeping() noexcept {
+  const MutexLock lock(m_mutex);
+  if (m_keepers++ == 0) {
+    m_notes.clear();
+    m_details.clear();
+  }
+  updateWantedLevel();
+}
+
+void ApplicationLog::stopKeeping() noexcept {
+  const MutexLock lock(m_mutex);
+  --m_keepers;
+  updateWantedLevel();
 }
 
 }  // namespace host

@@ -1,48 +1,64 @@
 #include "Logging.h"
 
+#include <array>
 #include <cstdarg>
-#include <exception>
-#include <utility>
+#include <cstddef>
+#include <cstdio>
+#include <span>
+#include <string_view>
 
 #include "base/FormattedText.h"
 #include "base/OrEmpty.h"
+#include "base/PrintableText.h"
 #include "framework/ApplicationLog.h"
 
 namespace {
 
-struct Source {
-  int level;
-  const char* component;
-  const char* file;
-  int line;
-  bool systemLog;
+using host::ApplicationLog;
+
+// The text of one entry, clipped as by host::clippedText, but without allocation.
+class EntryText {
+ public:
+  EntryText(const char* format, va_list arguments) noexcept __attribute__((format(printf, 2, 0))) {
+    m_size = host::formatInto(std::span(m_bytes).first(kMost + 2), format, arguments);
+    if (m_size > kMost) clip();
+  }
+
+  [[nodiscard]] std::string_view view() const noexcept { return {m_bytes.data(), m_size}; }
+
+ private:
+  static constexpr std::size_t kMost = ApplicationLog::kLongestText;
+  static constexpr std::size_t kLengthText = 32;  // bytes of "... (4000000 bytes)"
+
+  void clip() noexcept {
+    const std::size_t whole = m_size;
+    m_size = host::beginningOf({m_bytes.data(), kMost + 1}, kMost).size();
+    m_size += static_cast<std::size_t>(
+        std::snprintf(m_bytes.data() + m_size, kLengthText, "... (%zu bytes)", whole));
+  }
+
+  std::array<char, kMost + kLengthText> m_bytes;
+  std::size_t m_size;
 };
 
-void write(const Source& source, const char* format, va_list arguments) noexcept
-    __attribute__((format(printf, 2, 0)));
-
-void write(const Source& source, const char* format, va_list arguments) noexcept try {
-  host::LogEntry entry;
-  entry.level = source.level;
-  entry.component = host::orEmpty(source.component);
-  entry.file = host::orEmpty(source.file);
-  entry.line = source.line;
-  entry.text = host::formattedText(format, arguments, host::ApplicationLog::kLongestText);
-  entry.systemLog = source.systemLog;
-  host::ApplicationLog::instance().write(std::move(entry));
-} catch (const std::exception&) {
-  // No memory for the entry: it is lost.
+host::LogEntryView entryOf(const char* component, int level, const char* file, int line) {
+  host::LogEntryView entry;
+  entry.level = level;
+  entry.component = host::orEmpty(component);
+  entry.file = host::orEmpty(file);
+  entry.line = line;
+  return entry;
 }
 
 }  // namespace
 
 // All components share one level.
 bool loggingOnAppUni(const char* /*component*/, int level) {
-  return level <= host::ApplicationLog::instance().level();
+  return level <= ApplicationLog::instance().wantedLevel();
 }
 
 int TraceProfile::GetLevel(const char* /*component*/) {
-  return host::ApplicationLog::instance().level();
+  return ApplicationLog::instance().wantedLevel();
 }
 
 void logAppUni(const char* component, int level, const char* file, int line, const char* format,
@@ -50,13 +66,20 @@ void logAppUni(const char* component, int level, const char* file, int line, con
   if (!loggingOnAppUni(component, level)) return;
   va_list arguments;
   va_start(arguments, format);
-  write({level, component, file, line, false}, format, arguments);
+  const EntryText text(format, arguments);
   va_end(arguments);
+  host::LogEntryView entry = entryOf(component, level, file, line);
+  entry.text = text.view();
+  ApplicationLog::instance().write(entry);
 }
 
 void syslogger_notice(const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
-  write({host::ApplicationLog::kDefaultLevel, nullptr, nullptr, 0, true}, format, arguments);
+  const EntryText text(format, arguments);
   va_end(arguments);
+  host::LogEntryView entry = entryOf(nullptr, ApplicationLog::kDefaultLevel, nullptr, 0);
+  entry.text = text.view();
+  entry.systemLog = true;
+  ApplicationLog::instance().write(entry);
 }

@@ -3,9 +3,8 @@
 #include <future>
 #include <nlohmann/json.hpp>
 
-#include "framework/ApplicationLog.h"
 #include "operator/HostActions.h"
-#include "operator/LogRing.h"
+#include "operator/LogFollowers.h"
 #include "runtime/Device.h"
 #include "verbs/ReadJson.h"
 
@@ -44,16 +43,16 @@ void guarded(const Channel& channel, Step step) try {
 Controller::Controller(Device& device, HostFacts facts)
     : m_device(device),
       m_facts(std::move(facts)),
-      m_log(std::make_shared<LogRing>()),
+      m_logFollowers(std::make_shared<LogFollowers>()),
       m_moves(device.clock(), m_facts.later,
               [this](const Channel& channel, const std::string& note) {
                 answerClock(*this, channel, note);
               }) {
-  ApplicationLog::instance().addSink(m_log);
+  ApplicationLog::instance().addSink(m_logFollowers);
 }
 
 Controller::~Controller() {
-  ApplicationLog::instance().removeSink(m_log);
+  ApplicationLog::instance().removeSink(m_logFollowers);
 }
 
 void Controller::handle(ControlRequest request) {

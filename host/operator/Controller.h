@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "framework/ApplicationLog.h"
 #include "operator/ClockMoveQueue.h"
 #include "remote/ControlChannel.h"
 #include "verbs/Json.h"
@@ -13,7 +14,7 @@ namespace host {
 
 class Device;
 class FrameTap;
-class LogRing;
+class LogFollowers;
 
 // What `status` shows in addition to the state of the device.
 struct HostFacts {
@@ -45,13 +46,14 @@ class Controller {
 
   [[nodiscard]] Device& device() { return m_device; }
   [[nodiscard]] const HostFacts& facts() const { return m_facts; }
-  [[nodiscard]] const std::shared_ptr<LogRing>& log() const { return m_log; }
+  [[nodiscard]] const std::shared_ptr<LogFollowers>& logFollowers() const { return m_logFollowers; }
   [[nodiscard]] ClockMoveQueue& moves() { return m_moves; }
 
  private:
   Device& m_device;
   HostFacts m_facts;
-  std::shared_ptr<LogRing> m_log;  // shared with the application log
+  const LogKeeper m_logKeeper;
+  const std::shared_ptr<LogFollowers> m_logFollowers;  // shared with the application log
   ClockMoveQueue m_moves;
 };
 

@@ -1,12 +1,13 @@
 #include <nlohmann/json.hpp>
 
 #include "base/Error.h"
+#include "base/LogLevels.h"
 #include "base/PrintableText.h"
 #include "framework/FailedLookups.h"
 #include "operator/AuditRecord.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
-#include "operator/LogRing.h"
+#include "operator/LogFollowers.h"
 #include "remote/ControlChannel.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
@@ -80,13 +81,15 @@ void actOnInjectValue(Controller& controller, const Json& request, const Channel
 }
 
 void actOnLog(Controller& controller, const Json& request, const Channel& channel) {
-  const std::shared_ptr<LogRing>& log = controller.log();
+  const int level = request.contains("level")
+                        ? static_cast<int>(numberMember(request, "level", 0, kLogTrace))
+                        : kLogTrace;
   if (request.value("follow", Json(false)) != Json(true)) {
-    return answer(channel, {{"ok", true}, {"entries", newestThatFit(log->entries())}});
+    return answer(channel, {{"ok", true}, {"entries", newestThatFit(keptLog(level))}});
   }
-  log->follow(channel);
-  channel->onGone([weak = std::weak_ptr(log), client = channel.get()] {
-    if (const auto ring = weak.lock()) ring->unfollow(client);
+  controller.logFollowers()->add(channel, level);
+  channel->onGone([weak = std::weak_ptr(controller.logFollowers()), client = channel.get()] {
+    if (const auto followers = weak.lock()) followers->remove(client);
   });
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -14,7 +15,7 @@
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
 #include "operator/LocalCall.h"
-#include "operator/LogRing.h"
+#include "operator/LogFollowers.h"
 #include "runtime/ChangeRecorder.h"
 #include "runtime/Device.h"
 #include "services/LocalManagement.h"
@@ -84,6 +85,15 @@ void addOrigin(Device& device, Json& reply) {
                      {"age", ageOf(device, origin.reported)}};
 }
 
+// The text of the component's newest entry in the log; empty if there is none.
+std::string newestOf(const char* component) {
+  const std::vector<LogEntry> kept = ApplicationLog::instance().kept();
+  const auto found = std::find_if(kept.rbegin(), kept.rend(), [&](const LogEntry& entry) {
+    return entry.component == component;
+  });
+  return found == kept.rend() ? "" : lineOf(*found);
+}
+
 // A saved time that is no instant has no age.
 void addSavedTime(Device& device, Json& reply) {
   const std::string text = stored(device, "FallbackDateTime");
@@ -95,12 +105,10 @@ void addSavedTime(Device& device, Json& reply) {
   reply["saved"] = saved;
 }
 
-Json ntpJson(Controller& controller) {
-  Json ntp = {{"server", stored(controller.device(), "SNTPaddress")}};
+Json ntpJson(Device& device) {
+  Json ntp = {{"server", stored(device, "SNTPaddress")}};
   if (const auto id = childRunning(kNtpClient)) ntp["process"] = *id;
-  if (const std::string said = controller.log()->newestOf(kNtpClient); !said.empty()) {
-    ntp["said"] = said;
-  }
+  if (const std::string said = newestOf(kNtpClient); !said.empty()) ntp["said"] = said;
   return ntp;
 }
 
@@ -171,7 +179,7 @@ void actOnStatus(Controller& controller, const Json&, const Channel& channel) {
   reply["system"] = instantText(floor<seconds>(device.clock().wall()));
   addOrigin(device, reply);
   addSavedTime(device, reply);
-  reply["ntp"] = ntpJson(controller);
+  reply["ntp"] = ntpJson(device);
   reply["zone"] = zoneJson(now);
   reply["timers"] = timersJson(device);
   reply["clock"] = clockJson(device.clock());

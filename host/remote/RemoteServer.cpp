@@ -154,7 +154,7 @@ std::optional<std::string> RemoteServer::Impl::onFrame(Connection& from, const F
   if (!MemoryReserve::refill()) return "out of memory";
   from.peer().showReceived(frame);
   if (refuseAtWrongSocket(from, frame)) return std::nullopt;
-  const OriginScope origin(from.peer().origin());
+  const OriginScope origin(from.peer().origin(), frame.kind == FrameKind::call ? frame.id : 0);
   switch (frame.kind) {
     case FrameKind::call:
       executeCall(*m_target, from.sharedPeer(), frame);

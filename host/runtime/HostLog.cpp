@@ -10,7 +10,6 @@
 #include "Logging.h"
 #include "base/Error.h"
 #include "base/LogLevels.h"
-#include "framework/ApplicationLog.h"
 #include "runtime/EventLoop.h"
 #include "runtime/LogFile.h"
 #include "runtime/QueuedLog.h"

@@ -4,15 +4,16 @@
 #include <memory>
 
 #include "base/Descriptor.h"
+#include "framework/ApplicationLog.h"
 
 namespace host {
 
 class EventLoop;
 class LogFile;
-class LogSink;
 
-// During its lifetime, the log goes to standard error, or to a file. The destructor writes what is
-// still waiting. Owner: main. Thread: the framework thread. Failure: the constructor throws Error.
+// During its lifetime, the log is kept, and goes to standard error, or to a file. The destructor
+// writes what is still waiting. Owner: main. Thread: the framework thread. Failure: the constructor
+// throws Error.
 class HostLog {
  public:
   // file: empty for standard error. With a file, SIGHUP is blocked for all threads that are started
@@ -26,6 +27,7 @@ class HostLog {
   void reopenOnHangup(EventLoop& loop);
 
  private:
+  const LogKeeper m_keeper;
   std::shared_ptr<LogFile> m_file;  // null: standard error
   Descriptor m_hangups;             // readable when SIGHUP has arrived
   std::shared_ptr<LogSink> m_sink;

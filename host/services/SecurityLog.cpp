@@ -153,7 +153,7 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
     m_database->check();
     written = write({0, 0, 1, time, time, facility, severity, eventClass, eventCode, failure,
                      clippedText(text, kLongestText), clippedText(subject, kLongestText),
-                     clippedText(origin.empty() ? originHere() : origin, kLongestText)});
+                     clippedText(origin.empty() ? originHere() : std::string_view(origin), kLongestText)});
   } catch (const std::exception&) {
     // No memory, or the check failed: the record counts as not written.
   }

@@ -2,14 +2,22 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/LogLevels.h"
 #include "verbs/CallWords.h"
 #include "verbs/Choices.h"
 #include "verbs/TimeText.h"
 #include "verbs/WordReader.h"
 
 namespace host {
-
 namespace {
+
+int logLevel(WordReader& words) {
+  const int level = words.integer("N");
+  if (level < 0 || level > kLogTrace) {
+    WordReader::fail("N is a level of the log, 0 (fatal errors) to 6 (everything)");
+  }
+  return level;
+}
 
 // JSON carries UTF-8 only, and so does the host's store.
 Json utf8Text(const std::string& word, std::string_view usage) {
@@ -110,6 +118,20 @@ Json readInstantOrLocal(WordReader& words, std::string_view) {
   if (const auto instant = parseInstant(text)) return {{"seconds", instant->count()}};
   words.failForm(text, "an instant",
                  parseLocal(text) ? "`local` before it" : std::string(kInstantForms));
+}
+
+Json readLog(WordReader& words, std::string_view) {
+  Json request = {{"follow", false}};
+  while (!words.done()) {
+    if (words.accept("--follow")) {
+      request["follow"] = true;
+    } else if (words.accept("--level")) {
+      request["level"] = logLevel(words);
+    } else {
+      words.end();
+    }
+  }
+  return request;
 }
 
 Json readMost(WordReader& words, std::string_view) {

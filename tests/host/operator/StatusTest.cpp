@@ -153,7 +153,7 @@ TEST_F(TelephoneWithStatus, ShowsServerAndTheLastLineOfItsClient) {
   set("sntp-addr", "192.0.2.1");
   EXPECT_EQ(status().at("ntp"), (Json{{"server", "192.0.2.1"}}));
   for (const char* const line : {"first", "last"}) {
-    LogEntry entry;
+    LogEntryView entry;
     entry.component = "ntpclient";
     entry.text = line;
     ApplicationLog::instance().write(entry);

@@ -36,12 +36,12 @@ TEST(Control, RequestAndReplyAreAsLongAsAFrameHolds) {
 
 TEST(Control, RequestNamesTheProcessThatSentIt) {
   ServerUnderTest server([](const ControlRequest& request) {
-    request.channel->reply(request.channel->origin() + "; " + originHere());
+    request.channel->reply(request.channel->origin() + "; " + std::string(originHere()));
   });
   const std::string self =
       "uid " + std::to_string(::getuid()) + ", pid " + std::to_string(::getpid());
   EXPECT_EQ(RemoteClient(server.controlSocket).control("?", kLong), self + "; " + self);
-  EXPECT_EQ(server.onLoop([] { return originHere(); }), "") << "the request is over";
+  EXPECT_EQ(server.onLoop([] { return std::string(originHere()); }), "") << "the request is over";
 }
 
 TEST(Control, AnswersMayComeLaterFromAnyThreadAndInAnyOrder) {

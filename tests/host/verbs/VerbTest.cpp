@@ -85,8 +85,9 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "  upcoming [N] [--until UTC] [--plot FILE]\n"
       "      list the next N events and at least the first of each kind, without moving the clock; "
       "--plot draws the local offset\n"
-      "  log [--follow]\n"
-      "      show the application log\n"
+      "  log [--level N] [--follow]\n"
+      "      show the application log, or its lines up to level N: 2 errors, 3 warnings, 4 notes, "
+      "5 all\n"
       "  security-log\n"
       "      list who changed or tried to change what; a power loss may lose the latest records\n"
       "  record FILE [--count N] [--for DURATION] [--overwrite]\n"
@@ -159,6 +160,8 @@ TEST(Verb, WordsBecomeRequests) {
        R"({"verb":"upcoming","plot":"y.svg","count":5,"until":60})"},
       {"log", R"({"verb":"log","follow":false})"},
       {"log --follow", R"({"verb":"log","follow":true})"},
+      {"log --follow --level 0", R"({"verb":"log","follow":true,"level":0})"},
+      {"log --level 6", R"({"verb":"log","follow":false,"level":6})"},
       {"security-log", R"({"verb":"security-log"})"},
       {"clock advance 2.5s", R"({"verb":"clock","action":"advance","microseconds":2500000})"},
       {"record a", R"({"verb":"record","file":"a","count":0,"for":0,"overwrite":false})"},
