@@ -2,7 +2,8 @@
 
 consumers.py TREE CMAKE NINJA COMPILER TOOLCHAIN EMULATOR...
 
-The installed plug-in is built with only CMake, Ninja and the compiler's own tools in PATH.
+The installed plug-in is built with Ninja, for this machine with only the compiler's own tools in PATH;
+the others are built with make.
 
 Each consumer builds the example and runs it: with the CMake package, with pkg-config, and as a part of
 another project. The plug-in of that project, from another copy of the sources and in other folders, must
@@ -18,9 +19,10 @@ import sys
 import tempfile
 
 PARTS = ["CMakeLists.txt", "CMakePresets.json", "cmake", "include", "platform", "src", "examples"]
-TOOLS = ["gcc", "g++", "as", "ld", "ar", "ranlib", "nm", "objcopy", "objdump", "readelf", "strip"]
-LIBRARIES = ["libClockService.so", "libClockService.so.0", "libClockService.so.0.1.0"]
+TOOLS = ["sh", "as", "ld", "ar", "ranlib", "nm", "objcopy", "objdump", "readelf", "strip"]
+LIBRARY = "libClockService.so"
 FLAGS = "-DCMAKE_CXX_FLAGS=-g"  # debug information is where paths of the machine turn up
+MAKE = "-GUnix Makefiles"
 TWO_HOURS = "16.06.16 00:00\n01:00\n02:00\n"
 
 PROJECT = """cmake_minimum_required(VERSION 3.25)
@@ -34,7 +36,7 @@ add_subdirectory({clock}/examples loader)
 # A program that links the plug-in and lacks the seam.
 LINKED = """cmake_minimum_required(VERSION 3.25)
 project(Linked LANGUAGES CXX)
-find_package(ClockService 0.1 REQUIRED)
+find_package(ClockService REQUIRED)
 file(WRITE ${CMAKE_BINARY_DIR}/main.cpp "#include <ClockService.h>\\nint main() { return createClockService() == nullptr; }")
 add_executable(linked ${CMAKE_BINARY_DIR}/main.cpp)
 target_link_libraries(linked PRIVATE ClockService::ClockService)
@@ -49,22 +51,19 @@ def run(*command, **options):
     return result.stdout
 
 
-def bare_path(folder, compiler):
-    """A folder with only the tools that come with the compiler, under their names for its target."""
-    folder.mkdir()
-    prefix = re.match(r"(.*-)?", pathlib.Path(compiler).name)[0]
-    for tool in ["sh", *TOOLS, *(prefix + tool for tool in TOOLS)]:
-        found = shutil.which(tool)
-        if found and not (folder / tool).exists():
-            (folder / tool).symlink_to(found)
-    return str(folder)
+def bare_environment(folder):
+    """PATH is a folder with only the tools that come with a compiler."""
+    (folder / "tools").mkdir()
+    for tool in TOOLS:
+        (folder / "tools" / tool).symlink_to(shutil.which(tool))
+    return {"PATH": str(folder / "tools"), "HOME": str(folder)}
 
 
 class Consumers:
     def __init__(self, folder, tree, cmake, ninja, compiler, toolchain, *emulator):
         self.folder, self.tree, self.cmake, self.compiler = folder, tree, cmake, compiler
         self.emulator = emulator
-        self.bare = ["-GNinja", f"-DCMAKE_MAKE_PROGRAM={ninja}", "-DCLOCK_CCACHE=OFF"]
+        self.ninja = ["-GNinja", f"-DCMAKE_MAKE_PROGRAM={ninja}", "-DCLOCK_CCACHE=OFF"]
         self.options = [f"-DCMAKE_CXX_COMPILER={compiler}"]
         if toolchain != "none":
             self.options = ["--toolchain", toolchain]
@@ -87,9 +86,8 @@ class Consumers:
 
     def install(self):
         clock = self.copy_of_the_tree("clock")
-        path = bare_path(self.folder / "tools", self.compiler)
-        build = self.build(clock, "--preset", "device", *self.bare, FLAGS,
-                           env={"PATH": path, "HOME": str(self.folder)})
+        environment = os.environ if "--toolchain" in self.options else bare_environment(self.folder)
+        build = self.build(clock, "--preset", "device", *self.ninja, FLAGS, env=environment)
         run(self.cmake, "--install", build, "--prefix", self.folder / "staged")
         (self.folder / "staged").rename(self.installed)  # an installation may be moved
         shutil.rmtree(clock)
@@ -99,7 +97,10 @@ class Consumers:
                 if not path.is_dir()}
 
     def check_installed_files(self):
-        wanted = {f"lib/{name}" for name in LIBRARIES} | {"lib/pkgconfig/ClockService.pc"}
+        project = (self.tree / "CMakeLists.txt").read_text()
+        version = re.search(r"project\(ClockService VERSION ([\d.]+)", project)[1]
+        wanted = {f"lib/{LIBRARY}{end}" for end in ["", "." + version.split(".")[0], "." + version]}
+        wanted.add("lib/pkgconfig/ClockService.pc")
         for name in ["Config", "ConfigVersion", "Config-minsizerel"]:
             wanted.add(f"lib/cmake/ClockService/ClockService{name}.cmake")
         for headers in ["include", "platform"]:
@@ -116,18 +117,19 @@ class Consumers:
 
     @property
     def plugin(self):
-        return self.installed / "lib" / LIBRARIES[0]
+        return self.installed / "lib" / LIBRARY
 
     def use_the_package(self):
         shutil.copytree(self.tree / "examples", self.folder / "package")
-        build = self.build(self.folder / "package", f"-DCMAKE_PREFIX_PATH={self.installed}")
+        build = self.build(self.folder / "package", MAKE,
+                           f"-DCMAKE_PREFIX_PATH={self.installed}")
         self.check_loader("package", build / "loader", self.plugin)
 
     def link(self):
         source = self.folder / "linked"
         source.mkdir()
         (source / "CMakeLists.txt").write_text(LINKED)
-        run(self.cmake, "-S", source, "-B", source / "build", *self.options,
+        run(self.cmake, "-S", source, "-B", source / "build", *self.options, MAKE,
             f"-DCMAKE_PREFIX_PATH={self.installed}")
         made = subprocess.run([self.cmake, "--build", source / "build"], capture_output=True, text=True)
         if "Storage::store" not in made.stdout + made.stderr:
@@ -149,8 +151,8 @@ class Consumers:
         project = self.folder / "project"
         project.mkdir()
         (project / "CMakeLists.txt").write_text(PROJECT.format(clock=clock))
-        build = self.build(project, "-DCMAKE_BUILD_TYPE=MinSizeRel", FLAGS)
-        plugin = next(build.rglob(LIBRARIES[-1]))
+        build = self.build(project, MAKE, "-DCMAKE_BUILD_TYPE=MinSizeRel", FLAGS)
+        plugin = next(build.rglob(LIBRARY))
         self.check_loader("subproject", build / "loader/loader", plugin)
         if plugin.read_bytes() != self.plugin.read_bytes():
             self.faults.append("the plug-in of another folder has other bytes")
