@@ -56,7 +56,8 @@ class Walk {
     m_path.clear();
     Descriptor root(open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!root.valid()) fail();
-    enter(std::move(root));
+    const struct stat status = statusOf(root);
+    enter(std::move(root), status);
   }
 
   void step(const std::string& name) {
@@ -68,24 +69,24 @@ class Walk {
       next.reset(openat(m_folder.get(), name.c_str(), kFlags));
     }
     if (!next.valid()) fail();
-    if (S_ISLNK(statusOf(next).st_mode)) {
-      follow(next);
+    const struct stat status = statusOf(next);
+    if (S_ISLNK(status.st_mode)) {
+      follow(next, status);
     } else {
-      enter(std::move(next));
+      enter(std::move(next), status);
     }
   }
 
-  void enter(Descriptor folder) {
-    const struct stat status = statusOf(folder);
+  void enter(Descriptor folder, const struct stat& status) {
     if (!S_ISDIR(status.st_mode)) fail("is not a folder");
-    const std::string reason = reasonToDistrust(status, geteuid(), getegid());
+    const std::string reason = reasonToDistrust(status, m_user, m_group);
     if (!reason.empty()) refuse(" " + reason);
     m_folder = std::move(folder);
     if (m_each) m_each(m_folder.get());
   }
 
-  void follow(const Descriptor& link) {
-    if (!isTrusted(statusOf(link).st_uid, geteuid())) fail("is a link of another user");
+  void follow(const Descriptor& link, const struct stat& status) {
+    if (!isTrusted(status.st_uid, m_user)) fail("is a link of another user");
     if (++m_links > kMostLinks) fail("has too many links on the way");
     std::array<char, PATH_MAX> target{};
     const ssize_t length = readlinkat(link.get(), "", target.data(), target.size());
@@ -118,6 +119,8 @@ class Walk {
 
   const std::size_t m_mostCreated;
   const EachFolder& m_each;
+  const uid_t m_user = geteuid();
+  const gid_t m_group = getegid();
   std::list<std::string> m_names;  // left to walk
   std::string m_path;              // of the current folder, for errors; empty: the root
   Descriptor m_folder;
