@@ -1,5 +1,9 @@
 #include "verbs/MethodCatalogue.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <initializer_list>
 #include <iterator>
 
 #include "verbs/NamedRows.h"
@@ -14,8 +18,60 @@ constexpr auto kBool = MethodParameter::Type::boolean;
 constexpr std::string_view kInstant = "25 characters, as 2026-03-08T06:59:50+00:00";
 constexpr std::string_view kInstantExample = "2026-03-08T06:59:50+00:00";
 
+// At most six parameters.
+struct WideParameters {
+  constexpr WideParameters(std::initializer_list<MethodParameter> list) : size(list.size()) {
+    std::copy(list.begin(), list.end(), all.begin());
+  }
+
+  std::array<MethodParameter, 6> all{};
+  std::size_t size;
+};
+
+// A row as it is written in this file, and not stored: with all its empty parameters, which the
+// loader would relocate at each start.
+struct WideRow {
+  std::string_view name;
+  std::string_view meaning;
+  WideParameters request;
+  WideParameters reply;
+};
+
+// What is stored of such rows.
+template <const auto& kWideRows>
+struct Stored {
+  static constexpr std::size_t kParameterCount = [] {
+    std::size_t count = 0;
+    for (const WideRow& wide : kWideRows) count += wide.request.size + wide.reply.size;
+    return count;
+  }();
+
+  static constexpr auto kParameters = [] {
+    std::array<MethodParameter, kParameterCount> parameters;
+    auto end = parameters.begin();
+    for (const WideRow& wide : kWideRows) {
+      for (const WideParameters* each : {&wide.request, &wide.reply}) {
+        end = std::copy_n(each->all.begin(), each->size, end);
+      }
+    }
+    return parameters;
+  }();
+
+  static constexpr auto kRows = [] {
+    std::array<MethodRow, std::size(kWideRows)> rows;
+    MethodParameters left = kParameters;
+    auto row = rows.begin();
+    for (const WideRow& wide : kWideRows) {
+      *row++ = {wide.name, wide.meaning, left.first(wide.request.size),
+                left.subspan(wide.request.size, wide.reply.size)};
+      left = left.subspan(wide.request.size + wide.reply.size);
+    }
+    return rows;
+  }();
+};
+
 // clang-format off
-constexpr MethodRow kMethods[] = {
+constexpr WideRow kMethods[] = {
     {"getTime", "returns the displayed time", {}, {{"getTimeStringReturn", kText}}},
     {"getTimeInts", "returns the local time", {},
      {{"getTimeIntsHoursReturn", kInt},
@@ -94,7 +150,7 @@ constexpr MethodRow kMethods[] = {
 };
 static_assert(std::size(kMethods) == 23 && namesAreUnique(kMethods));
 
-constexpr MethodRow kEvents[] = {
+constexpr WideRow kEvents[] = {
     {"timezoneChangeEvent", "zone change",
      {{"timezoneChangeEventTimezone", kText, "a POSIX TZ value",
        "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00"}},
@@ -118,11 +174,11 @@ constexpr MethodRow kEvents[] = {
 }  // namespace
 
 std::span<const MethodRow> remoteMethods() {
-  return kMethods;
+  return Stored<kMethods>::kRows;
 }
 
 std::span<const MethodRow> remoteEvents() {
-  return kEvents;
+  return Stored<kEvents>::kRows;
 }
 
 std::string_view typeName(MethodParameter::Type type) {

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
-#include <initializer_list>
 #include <span>
 #include <string_view>
 
@@ -13,25 +9,13 @@ namespace host {
 struct MethodParameter {
   enum class Type { integer, text, boolean };
   std::string_view name;
-  Type type;
+  Type type{};
   std::string_view values{};   // that a request takes or an event has; empty for replies
   std::string_view example{};  // one of them
 };
 
-// At most six parameters, in their order.
-class MethodParameters {
- public:
-  constexpr MethodParameters(std::initializer_list<MethodParameter> list) : m_size(list.size()) {
-    std::copy(list.begin(), list.end(), m_all.begin());
-  }
-  [[nodiscard]] constexpr const MethodParameter* begin() const { return m_all.data(); }
-  [[nodiscard]] constexpr const MethodParameter* end() const { return begin() + m_size; }
-  [[nodiscard]] constexpr std::size_t size() const { return m_size; }
-
- private:
-  std::array<MethodParameter, 6> m_all{};
-  std::size_t m_size;
-};
+// In their order.
+using MethodParameters = std::span<const MethodParameter>;
 
 // What a caller needs to know about a remote method or an event: for checks, suggestions,
 // expectations and documents.
@@ -41,7 +25,7 @@ struct MethodRow {
   MethodParameters request;  // in the order in which the service reads them
   MethodParameters reply;    // in the order of the reply; empty: one-way
 
-  [[nodiscard]] constexpr bool replies() const { return reply.size() > 0; }
+  [[nodiscard]] constexpr bool replies() const { return !reply.empty(); }
 };
 
 // In the order in which the service matches them.
