@@ -130,7 +130,7 @@ class Host {
 
  private:
   void watchReportPipe();
-  void checkSecurityLog();
+  void openSecurityLog();
   void writeHistoryLater();
   void watchMachineClock();
 
@@ -175,7 +175,7 @@ Host::Host(const HostOptions& options, HostLog& log)
   m_loop.postAfter(kAfterFirstReplies, [this, system = options.systemClock] {
     watchReportPipe();
     if (system) watchMachineClock();
-    checkSecurityLog();
+    openSecurityLog();
   });
   logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "listening at \"%s\"",
             options.socket.c_str());
@@ -199,10 +199,10 @@ void Host::writeHistoryLater() {
 
 // On the management thread, because a long log takes a while. A failure ends the host: the loop
 // throws it.
-void Host::checkSecurityLog() {
+void Host::openSecurityLog() {
   m_device.managementThread().post([this] {
     try {
-      m_device.securityLog().check();
+      m_device.securityLog().open();
       ::malloc_trim(0);  // gives back what the start and the check have used and freed
     } catch (...) {
       m_loop.post([failure = std::current_exception()] { std::rethrow_exception(failure); });

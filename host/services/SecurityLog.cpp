@@ -92,7 +92,7 @@ SecurityLog::SecurityLog() : SecurityLog(std::make_unique<SqliteDatabase>(kStore
 
 SecurityLog::SecurityLog(const std::filesystem::path& folder)
     : SecurityLog(std::make_unique<SqliteDatabase>(folder / kFileName, kStore,
-                                                   SqliteDatabase::Check::later)) {}
+                                                   SqliteDatabase::Opening::later)) {}
 
 SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
     : m_database(std::move(database)),
@@ -114,14 +114,14 @@ SecurityLog::SecurityLog(std::unique_ptr<SqliteDatabase> database)
             "SELECT max(number), sum(NOT failure AND event_code = ?1),"
             " sum(NOT failure AND event_code <> ?1), sum(failure), sum(lost) FROM record") {}
 
-void SecurityLog::check() {
+void SecurityLog::open() {
   const MutexLock lock(m_mutex);
-  m_database->check();
+  m_database->open();
 }
 
-void SecurityLog::checkToRead() {
+void SecurityLog::openToRead() {
   try {
-    m_database->check();
+    m_database->open();
   } catch (const Error& error) {
     logAndThrow(error.what());
   }
@@ -150,12 +150,12 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   const MutexLock lock(m_mutex);
   bool written = false;
   try {
-    m_database->check();
+    m_database->open();
     written = write({0, 0, 1, time, time, facility, severity, eventClass, eventCode, failure,
                      clippedText(text, kLongestText), clippedText(subject, kLongestText),
                      clippedText(origin.empty() ? originHere() : std::string_view(origin), kLongestText)});
   } catch (const std::exception&) {
-    // No memory, or the check failed: the record counts as not written.
+    // No memory, or it cannot be opened: the record counts as not written.
   }
   if (!written) countUnwritten();
 }
@@ -238,7 +238,7 @@ void SecurityLog::failReading() const {
 
 std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t most) {
   const MutexLock lock(m_mutex);
-  checkToRead();
+  openToRead();
   std::vector<SecurityRecord> records;
   const auto bound = std::min(most, std::size_t{kSets + kHostActs + kRefused});
   m_list.bind(1, after);
@@ -256,7 +256,7 @@ std::vector<SecurityRecord> SecurityLog::list(std::int64_t after, std::size_t mo
 
 SecurityLog::Kept SecurityLog::kept() {
   const MutexLock lock(m_mutex);
-  checkToRead();
+  openToRead();
   readTally();
   if (!m_tallied) failReading();
   const std::int64_t records = m_tally.kept[0] + m_tally.kept[1] + m_tally.kept[2];

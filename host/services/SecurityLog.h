@@ -58,12 +58,11 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
   enum class Event { managementSet = 3, clock = 4, injection = 5, remoteSet = 6 };
 
   SecurityLog();  // in memory
-  // Throws host::Error as SqliteDatabase does.
   explicit SecurityLog(const std::filesystem::path& folder);
 
-  // Checks all pages of the file, unless that was done. So does the first call of record, note,
-  // list or kept. Throws host::Error as SqliteDatabase does.
-  void check();
+  // Opens the file and checks all its pages, unless that was done. So does the first call of
+  // record, note, list or kept. Throws host::Error as SqliteDatabase does.
+  void open();
 
   void init(Context&) override {}
   void shutdown() override {}
@@ -100,7 +99,7 @@ class SecurityLog : public Executable, public SecurityLogServiceIfc {
 
   explicit SecurityLog(std::unique_ptr<SqliteDatabase> database);
 
-  void checkToRead() CLOCK_REQUIRES(m_mutex);
+  void openToRead() CLOCK_REQUIRES(m_mutex);
   void readTally() CLOCK_REQUIRES(m_mutex);
   bool write(SecurityRecord record) CLOCK_REQUIRES(m_mutex);
   void countUnwritten() CLOCK_REQUIRES(m_mutex);

@@ -62,13 +62,12 @@ std::string unfinished(const std::string& file) {
 }  // namespace
 
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store,
-                               Check check)
-    : m_name(file.string()), m_store(store), m_check(check) {
-  if (const auto damage = damageFoundBy([this] { open(); })) openAgain(*damage);
+                               Opening opening)
+    : m_name(file.string()), m_store(store) {
+  if (opening == Opening::now) open();
 }
 
-SqliteDatabase::SqliteDatabase(const SqliteStore& store)
-    : m_name(":memory:"), m_store(store), m_check(Check::onOpening) {
+SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:"), m_store(store) {
   connect(m_name);
   configure();
 }
@@ -77,24 +76,18 @@ SqliteDatabase::~SqliteDatabase() {
   if (m_handle) checkpoint();
 }
 
-void SqliteDatabase::check() {
-  const bool isOpen = m_handle != nullptr;
-  if (isOpen && m_check == Check::onOpening) return;
-  m_check = Check::onOpening;
-  const auto damage = damageFoundBy([&] { isOpen ? checkPages() : open(); });
-  if (damage) openAgain(*damage);
-}
-
 // A transient read error looks like damage, so it is retried once.
-void SqliteDatabase::openAgain(const std::string& damage) {
-  const auto again = damageFoundBy([this] { open(); });
-  if (again) {
+void SqliteDatabase::open() {
+  if (m_handle) return;
+  const auto damage = damageFoundBy([this] { tryToOpen(); });
+  if (!damage) return;
+  if (const auto again = damageFoundBy([this] { tryToOpen(); })) {
     setAside(*again);
-    if (const auto fresh = damageFoundBy([this] { open(); }))
+    if (const auto fresh = damageFoundBy([this] { tryToOpen(); }))
       throw Error(describe(m_name, "is damaged: " + *fresh));
   } else {
     logAppUni("clockhost", kLogWarning, __FILE__, __LINE__,
-              "store \"%s\" was read on the second attempt: %s", m_name.c_str(), damage.c_str());
+              "store \"%s\" was read on the second attempt: %s", m_name.c_str(), damage->c_str());
   }
 }
 
@@ -111,7 +104,7 @@ std::optional<std::string> SqliteDatabase::damageFoundBy(Work work) try {
   throw;
 }
 
-void SqliteDatabase::open() {
+void SqliteDatabase::tryToOpen() {
   create();
   connect(m_name);
   configure();
@@ -203,7 +196,7 @@ void SqliteDatabase::connect(const std::string& file) {
 void SqliteDatabase::configure() {
   execute("PRAGMA locking_mode=EXCLUSIVE");
   const int version = versionFound();
-  if (m_check == Check::onOpening || version != m_store.version) checkPages();
+  checkPages();
   execute(std::string("PRAGMA journal_mode=WAL; PRAGMA synchronous=") + m_store.synchronous);
   const auto committed = [](void* self, sqlite3*, const char*, int pages) {
     if (pages >= kLongWal) static_cast<SqliteDatabase*>(self)->checkpoint();

@@ -21,23 +21,22 @@ struct SqliteStore {
 
 // An open SQLite database in WAL mode, held exclusively by this process. The transaction that makes
 // the WAL 1,000 pages long also checkpoints it. Owner: a service, which serialises its calls.
-// Failure: opening and check() throw host::Error; a file that was found damaged twice is renamed to
+// Failure: open() throws host::Error; a file that was found damaged twice is renamed to
 // FILE.damaged-N, with one log line, and a new one is created.
 class SqliteDatabase {
  public:
-  // When all pages are checked for damage. Opening always checks the header and the tables.
-  enum class Check { onOpening, later };
-
-  // Creates a missing folder and file, both for their owner only. Throws host::Error when the file
-  // is not a regular one, not writable, of a newer version, or in use by another process.
+  // Opens it now, or only when open() is called.
+  enum class Opening { now, later };
   SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store,
-                 Check check = Check::onOpening);
+                 Opening opening = Opening::now);
   explicit SqliteDatabase(const SqliteStore& store);  // in memory
   ~SqliteDatabase();
 
-  // Checks all pages, unless that was done. After a failure the database is closed, and the next
-  // call opens it. REQUIRES: until the first success no statement is prepared.
-  void check();
+  // Opens the file, unless that was done, and checks header, tables and all pages for damage.
+  // Creates a missing folder and file, both for their owner only. Throws host::Error when the file
+  // is not a regular one, not writable, of a newer version, or in use by another process; the next
+  // call then tries again. REQUIRES: until the first success no statement is prepared.
+  void open();
 
   [[nodiscard]] sqlite3* handle() const { return m_handle.get(); }
 
@@ -55,8 +54,7 @@ class SqliteDatabase {
 
   template <class Work>
   std::optional<std::string> damageFoundBy(Work work);
-  void open();
-  void openAgain(const std::string& damage);
+  void tryToOpen();
   void create();
   void createFile();
   void connect(const std::string& file);
@@ -73,7 +71,6 @@ class SqliteDatabase {
 
   const std::string m_name;  // the file's path, or ":memory:"
   const SqliteStore m_store;
-  Check m_check;
   bool m_checkpointFails = false;
   std::unique_ptr<sqlite3, Close> m_handle;
 };

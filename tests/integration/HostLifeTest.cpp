@@ -203,6 +203,17 @@ TEST_F(HostLife, OpensItsSocketsAsTheOptionsSay) {
   EXPECT_EQ(modeOf(socket()), "600");
 }
 
+// It opens that after its first replies.
+TEST_F(HostLife, EndsWhenItsSecurityLogCannotBeOpened) {
+  fs::create_directories(state() / "security.db");
+  launch();
+  const Outcome outcome = program().wait();
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.err.ends_with("clockhost: \"" + (state() / "security.db").string() +
+                                    "\" is not a regular file; remove it\n"))
+      << outcome.err;
+}
+
 TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
   fs::create_directories(state());
   const std::string length(100'000, 'x');

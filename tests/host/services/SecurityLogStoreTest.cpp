@@ -12,6 +12,13 @@
 namespace host {
 namespace {
 
+TEST_F(SecurityLogFile, IsOpenedWhenItIsNeeded) {
+  SecurityLog security(folder.path());
+  EXPECT_FALSE(std::filesystem::exists(file()));
+  security.open();
+  EXPECT_TRUE(std::filesystem::exists(file()));
+}
+
 TEST_F(SecurityLogFile, LogsAFailingStoreOnceUntilItRecovers) {
   SecurityLog security(folder.path());
   record(security, "a");
@@ -125,7 +132,7 @@ TEST_F(SecurityLogFile, ThatCannotBeCountedIsNotReportedAsEmpty) {
     fill(security);
   }
   SecurityLog security(folder.path());
-  security.check();
+  security.open();
   const FailingRead fault(1);
   EXPECT_NE(errorOf([&] { static_cast<void>(security.kept()); }), "");
   EXPECT_EQ(security.kept().records, kFilled);
@@ -178,7 +185,7 @@ TEST_F(SecurityLogFile, FailedUpgradeChangesNothing) {
   ASSERT_EQ(runSql(file(), kVersionOne), "");
   {
     const FailingWrites fault(ENOSPC);
-    EXPECT_THROW(SecurityLog{folder.path()}, Error);
+    EXPECT_THROW(SecurityLog(folder.path()).open(), Error);
   }
   EXPECT_EQ(SecurityLog(folder.path()).list(0, 10).size(), 2U);
 }
@@ -191,10 +198,11 @@ TEST_F(SecurityLogFile, SetsADatabaseWithOtherTablesAside) {
 
 TEST_F(SecurityLogFile, RefusesANewerVersion) {
   ASSERT_EQ(runSql(file(), "PRAGMA user_version=3"), "");
-  EXPECT_THROW(SecurityLog{folder.path()}, Error);
+  SecurityLog security(folder.path());
+  for (int i = 0; i < 2; ++i) EXPECT_THROW(security.open(), Error);
 }
 
-// A log with a damaged page that opening does not read.
+// A log with a damaged page behind those of its header and schema.
 class SecurityLogWithADamagedPage : public SecurityLogFile {
  protected:
   SecurityLogWithADamagedPage() {
@@ -205,15 +213,15 @@ class SecurityLogWithADamagedPage : public SecurityLogFile {
   bool isSetAside() const { return std::filesystem::exists(folder / "security.db.damaged-1"); }
 };
 
-TEST_F(SecurityLogWithADamagedPage, IsSetAsideByTheCheckAndNotByOpening) {
+TEST_F(SecurityLogWithADamagedPage, IsSetAsideWhenItIsOpened) {
   SecurityLog security(folder.path());
   EXPECT_FALSE(isSetAside());
-  for (int i = 0; i < 2; ++i) security.check();
+  for (int i = 0; i < 2; ++i) security.open();
   EXPECT_TRUE(isSetAside());
   EXPECT_EQ(log.entries().size(), 1U) << log.text();
 }
 
-TEST_F(SecurityLogWithADamagedPage, IsCheckedBeforeTheFirstRecord) {
+TEST_F(SecurityLogWithADamagedPage, IsOpenedBeforeTheFirstRecord) {
   SecurityLog security(folder.path());
   record(security, "a");
   EXPECT_TRUE(isSetAside());
@@ -237,15 +245,6 @@ TEST_F(SecurityLogWithADamagedPage, CountsRecordsWhileItCannotBeSetAside) {
   const auto records = security.list(0, 10);
   ASSERT_EQ(records.size(), 1U);
   EXPECT_EQ(records[0].lost, 2);
-}
-
-TEST_F(SecurityLogFile, IsReadAgainWhenTheCheckCannotReadIt) {
-  fill(*std::make_unique<SecurityLog>(folder.path()));
-  SecurityLog security(folder.path());
-  const FailingRead fault(1);
-  security.check();
-  EXPECT_TRUE(log.hasPart("was read on the second attempt")) << log.text();
-  EXPECT_EQ(security.kept().records, kFilled);
 }
 
 }  // namespace
