@@ -172,7 +172,8 @@ Host::Host(const HostOptions& options, HostLog& log)
   m_server.serve({m_device.service(), m_device.invoker(), [this] { return m_device.makeProxy(); }});
   m_device.history().writeWith([this] { m_loop.post([this] { writeHistoryLater(); }); });
   if (!options.systemClock) m_clock.setSpeed(options.speed);
-  m_loop.postAfter(kAfterFirstReplies, [this, system = options.systemClock] {
+  m_loop.postAfter(kAfterFirstReplies, [this, &log, system = options.systemClock] {
+    log.start();
     watchReportPipe();
     if (system) watchMachineClock();
     openSecurityLog();

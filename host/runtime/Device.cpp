@@ -3,11 +3,13 @@
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <iostream>
 #include <utility>
 
 #include "DataStorage.h"
 #include "Proxy.h"
 #include "base/Error.h"
+#include "base/PrintableText.h"
 #include "clock/VirtualClock.h"
 #include "framework/DataAccess.h"
 #include "framework/StateFolder.h"
@@ -28,6 +30,17 @@ namespace {
 void resetZone() {
   ::setenv("TZ", "UTC0", 1);
   ::tzset();
+}
+
+// The management thread wakes the service's listener. Without it the service cannot be deleted, so
+// the process ends as if it was killed.
+void startOrExit(ManagementThread& thread) {
+  try {
+    thread.start();
+  } catch (const Error& error) {
+    std::cerr << errorLine("clockhost", error.what());
+    std::_Exit(EXIT_FAILURE);
+  }
 }
 
 }  // namespace
@@ -112,6 +125,7 @@ void Device::presetSavedTime() {
 
 void Device::stop() {
   if (m_service) {
+    startOrExit(m_managementThread);
     m_service->shutdown();
     m_context.remove("ClockService");
     m_managementThread.dropQueued();

@@ -59,7 +59,8 @@ class Device {
   void start(FrameworkContext& remote);
 
   // Orderly shutdown: ends all calls into the service, wakes its listener, and deletes the service.
-  // REQUIRES: proxies that the service still observes with outlive this. Idempotent.
+  // REQUIRES: proxies that the service still observes with outlive this. Idempotent. Failure: when
+  // the system cannot start the management thread, the process ends with one line and status 1.
   void stop();
   [[nodiscard]] bool running() const { return m_service != nullptr; }
 

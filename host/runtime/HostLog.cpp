@@ -12,7 +12,6 @@
 #include "base/LogLevels.h"
 #include "runtime/EventLoop.h"
 #include "runtime/LogFile.h"
-#include "runtime/QueuedLog.h"
 
 namespace host {
 namespace {
@@ -29,7 +28,7 @@ Descriptor hangups() {
   return descriptor;
 }
 
-std::shared_ptr<LogSink> sinkFor(const std::shared_ptr<LogFile>& file) {
+std::shared_ptr<QueuedLog> sinkFor(const std::shared_ptr<LogFile>& file) {
   if (file == nullptr) return std::make_shared<QueuedLog>();
   return std::make_shared<QueuedLog>(
       QueuedLog::Output{[file](std::string_view lines) { file->write(lines); }, LogStyle::plain,

@@ -5,6 +5,7 @@
 
 #include "base/Descriptor.h"
 #include "framework/ApplicationLog.h"
+#include "runtime/QueuedLog.h"
 
 namespace host {
 
@@ -23,6 +24,10 @@ class HostLog {
   HostLog(const HostLog&) = delete;
   HostLog& operator=(const HostLog&) = delete;
 
+  // From now on lines are written as they come. Until then those below a warning wait, because the
+  // start of the host would wait for the thread that writes them. Throws Error.
+  void start() { m_sink->start(); }
+
   // From now on SIGHUP opens the file again. Without a file, does nothing.
   void reopenOnHangup(EventLoop& loop);
 
@@ -30,7 +35,7 @@ class HostLog {
   const LogKeeper m_keeper;
   std::shared_ptr<LogFile> m_file;  // null: standard error
   Descriptor m_hangups;             // readable when SIGHUP has arrived
-  std::shared_ptr<LogSink> m_sink;
+  std::shared_ptr<QueuedLog> m_sink;
 };
 
 }  // namespace host

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "base/Mutex.h"
+#include "base/LogLevels.h"
 #include "base/StartThread.h"
 #include "base/WriteAll.h"
 #include "runtime/LogLine.h"
@@ -52,6 +52,16 @@ class QueuedLog::Writer {
     }
     m_ended = true;
     m_changed.notify_all();
+  }
+
+  // Writes the queued lines, and why no thread writes them, on this thread.
+  void endHere(std::string_view reason) {
+    {
+      const MutexLock lock(m_mutex);
+      m_ending = true;
+      m_waiting.append("clockhost: ").append(reason).append("\n");
+    }
+    work();
   }
 
   // Ends the thread. False: it could not write all lines within the limit, and still runs.
@@ -134,10 +144,15 @@ QueuedLog::QueuedLog(int descriptor, LogLimitBySource limit, Now now)
                 std::move(limit), std::move(now)) {}
 
 QueuedLog::QueuedLog(Output output, LogLimitBySource limit, Now now)
-    : m_writer(std::make_shared<Writer>(std::move(output), std::move(limit), std::move(now))),
-      m_thread(startThread("writer of the log", [writer = m_writer] { writer->work(); })) {}
+    : m_writer(std::make_shared<Writer>(std::move(output), std::move(limit), std::move(now))) {}
 
 QueuedLog::~QueuedLog() {
+  try {
+    start();
+  } catch (const std::exception& error) {
+    m_writer->endHere(error.what());
+    return;
+  }
   if (m_writer->end(kLongestEnd)) {
     m_thread.join();
   } else {
@@ -145,8 +160,15 @@ QueuedLog::~QueuedLog() {
   }
 }
 
+void QueuedLog::start() {
+  const MutexLock lock(m_mutex);
+  if (m_thread.joinable()) return;
+  m_thread = startThread("writer of the log", [writer = m_writer] { writer->work(); });
+}
+
 void QueuedLog::write(const LogEntry& entry) {
   m_writer->add(entry);
+  if (entry.level <= kLogWarning) start();
 }
 
 }  // namespace host

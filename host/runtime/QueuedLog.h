@@ -9,6 +9,7 @@
 #include <string_view>
 #include <thread>
 
+#include "base/Mutex.h"
 #include "framework/ApplicationLog.h"
 #include "runtime/LogLimitBySource.h"
 #include "runtime/LogLine.h"
@@ -18,8 +19,8 @@ namespace host {
 // Writes the log to standard error or to another output, one logLine for each entry. A separate
 // thread writes, so that a reader that does not read delays no caller: lines are queued up to a
 // limit. Lines beyond it are dropped, and so are those of a source beyond its LogLimitBySource; one
-// line reports how many. Owner: main. Thread: any. Failure: the constructor throws Error when no
-// thread can be started; a line that cannot be written is lost.
+// line reports how many. Owner: main. Thread: any. Failure: start() throws Error when no thread can
+// be started; a line that cannot be written is lost.
 class QueuedLog : public LogSink {
  public:
   using Now = std::function<LogLimitBySource::Clock::time_point()>;
@@ -42,17 +43,21 @@ class QueuedLog : public LogSink {
   explicit QueuedLog(int descriptor = STDERR_FILENO, LogLimitBySource limit = LogLimitBySource(),
                      Now now = &LogLimitBySource::Clock::now);
   // Writes the queued lines and the numbers of lost ones, unless the reader takes nothing for
-  // kLongestEnd.
+  // kLongestEnd. Without a thread it waits for the reader.
   ~QueuedLog() override;
   QueuedLog(const QueuedLog&) = delete;
   QueuedLog& operator=(const QueuedLog&) = delete;
+
+  // Starts the thread, unless it runs. Until then lines wait. A warning or an error starts it too.
+  void start();
 
   void write(const LogEntry& entry) override;
 
  private:
   class Writer;
-  std::shared_ptr<Writer> m_writer;  // shared with the thread, which may outlive this object
-  std::thread m_thread;
+  const std::shared_ptr<Writer> m_writer;  // shared with the thread, which may outlive this object
+  Mutex m_mutex;
+  std::thread m_thread CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

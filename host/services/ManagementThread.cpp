@@ -6,13 +6,16 @@
 #include <utility>
 
 #include "Logging.h"
+#include "base/Error.h"
 #include "base/LogLevels.h"
 #include "base/StartThread.h"
 
 namespace host {
+namespace {
 
-ManagementThread::ManagementThread()
-    : m_thread(startThread("management thread", [this] { work(); })) {}
+thread_local const ManagementThread* t_running = nullptr;  // on its thread
+
+}  // namespace
 
 ManagementThread::~ManagementThread() {
   {
@@ -20,12 +23,28 @@ ManagementThread::~ManagementThread() {
     m_ending = true;
   }
   m_wakeups.add();
-  m_thread.join();
+  if (m_thread.joinable()) m_thread.join();
+}
+
+void ManagementThread::start() {
+  const MutexLock lock(m_mutex);
+  startOnce();
+}
+
+void ManagementThread::startOnce() {
+  if (m_thread.joinable()) return;
+  try {
+    m_thread = startThread("management thread", [this] { work(); });
+  } catch (const Error& error) {
+    logAppUni("clockhost", kLogError, __FILE__, __LINE__, "%s", error.what());
+    throw;
+  }
 }
 
 void ManagementThread::post(std::function<void()> task) {
   {
     const MutexLock lock(m_mutex);
+    startOnce();
     m_tasks.push_back(std::move(task));
   }
   m_wakeups.add();
@@ -38,7 +57,7 @@ void ManagementThread::dropQueued() {
 }
 
 void ManagementThread::run(const std::function<void()>& task) {
-  if (std::this_thread::get_id() == m_thread.get_id()) return task();
+  if (t_running == this) return task();
   // Shared, because this thread may return while the other one is still in set_value.
   auto done = std::make_shared<std::promise<void>>();
   std::future<void> result = done->get_future();
@@ -54,6 +73,7 @@ void ManagementThread::run(const std::function<void()>& task) {
 }
 
 void ManagementThread::work() {
+  t_running = this;
   for (Task task; takeTask(task); task = nullptr) runLogged(task);
 }
 

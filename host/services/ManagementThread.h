@@ -11,15 +11,20 @@
 namespace host {
 
 // Runs management calls on a thread of its own, as a device does, so that agents need their locks.
+// The first task starts the thread, because the start of the host has none and would wait for it.
 // Owner: the device; the destructor runs the queued tasks and joins. Thread: any.
-// Failure: the constructor throws Error when no thread can be created. An exception from a posted
-// task is logged at level 2; one from a task of run() is rethrown to the caller of run().
+// Failure: start(), post() and run() log and throw Error when no thread can be created. An
+// exception from a posted task is logged at level 2; one from a task of run() is rethrown to its
+// caller.
 class ManagementThread {
  public:
-  ManagementThread();
+  ManagementThread() = default;
   ~ManagementThread();
   ManagementThread(const ManagementThread&) = delete;
   ManagementThread& operator=(const ManagementThread&) = delete;
+
+  // Starts the thread, unless it runs.
+  void start();
 
   // Queues the task; tasks run one by one, in order.
   void post(std::function<void()> task);
@@ -49,6 +54,7 @@ class ManagementThread {
     sem_t m_count{};
   };
 
+  void startOnce() CLOCK_REQUIRES(m_mutex);
   void work();
   bool takeTask(Task& task);
   static void runLogged(const std::function<void()>& task);
@@ -57,7 +63,8 @@ class ManagementThread {
   Wakeups m_wakeups;  // one for each posted task, and one for the end
   std::deque<Task> m_tasks CLOCK_GUARDED_BY(m_mutex);
   bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;
-  std::thread m_thread;  // last: it uses all of the above
+  // Last: it uses all of the above.
+  std::thread m_thread CLOCK_GUARDED_BY(m_mutex);
 };
 
 }  // namespace host

@@ -29,6 +29,7 @@
 #include "support/ErrorOf.h"
 #include "support/Framework.h"
 #include "support/LogCapture.h"
+#include "support/NoThreads.h"
 #include "support/TemporaryFolder.h"
 
 namespace host {
@@ -107,6 +108,16 @@ TEST_F(DeviceWithTestPlugin, StopWakesAListenerWhosePipeWasDeleted) {
   std::filesystem::remove_all(folder / "root");
   device->stop();
   EXPECT_THAT(pluginNotes(), Contains("deleted"));
+}
+
+TEST_F(DeviceWithTestPlugin, StopEndsTheProcessWhenItsThreadCannotBeStarted) {
+  const auto stopWithoutThreads = [this] {
+    start();
+    support::refuseThreads();
+    device->stop();
+  };
+  EXPECT_EXIT(stopWithoutThreads(), ::testing::ExitedWithCode(1),
+              "^clockhost: cannot start the management thread: .*\n$");
 }
 
 // The call lasts until the service is deleted, or has had the time for that.

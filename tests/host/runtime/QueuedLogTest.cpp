@@ -1,6 +1,7 @@
 #include "runtime/QueuedLog.h"
 
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -14,8 +15,12 @@
 #include <string_view>
 
 #include "base/Descriptor.h"
+#include "base/LogLevels.h"
 #include "runtime/LogLine.h"
+#include "support/InChild.h"
 #include "support/NoMemory.h"
+#include "support/NoThreads.h"
+#include "support/ThreadCount.h"
 
 namespace host {
 namespace {
@@ -127,8 +132,41 @@ TEST_F(QueuedLogOnAPipe, WritesAllQueuedLinesAtItsEnd) {
 
 TEST_F(QueuedLogOnAPipe, WritesALineAtOnce) {
   QueuedLog log(descriptor());
+  log.start();
   log.write(entryAt(1, "now"));
   EXPECT_EQ(readUntil("\n"), "2016-06-16T00:00:01Z note     ClockService: now\n");
+}
+
+TEST_F(QueuedLogOnAPipe, QueuesLinesUntilItsStart) {
+  const auto before = support::threadCount();
+  QueuedLog log(descriptor());
+  log.write(entryAt(1, "early"));
+  EXPECT_EQ(support::threadCount(), before);
+  for (int i = 0; i < 2; ++i) log.start();
+  EXPECT_EQ(support::threadCount(), before + 1);
+  EXPECT_EQ(countOf(readUntil("\n"), "early\n"), 1U);
+}
+
+TEST_F(QueuedLogOnAPipe, AWarningStartsIt) {
+  QueuedLog log(descriptor());
+  log.write(entryAt(1, "early"));
+  LogEntry warning = entryAt(2, "warning");
+  warning.level = kLogWarning;
+  log.write(warning);
+  EXPECT_EQ(countOf(readUntil("warning\n"), "early\n"), 1U);
+}
+
+TEST_F(QueuedLogOnAPipe, WritesItsLinesAtItsEndWithoutAThread) {
+  const int status = support::statusInChild([this]() noexcept {
+    support::refuseThreads();
+    QueuedLog log(descriptor());
+    log.write(entryAt(1, "early"));
+    return 0;
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_THAT(readAll(), ::testing::MatchesRegex(
+                             "2016-06-16T00:00:01Z note     ClockService: early\n"
+                             "clockhost: cannot start the writer of the log: [a-zA-Z ]+\n"));
 }
 
 // Each line has a place of its own, so that none is suppressed. There are two gaps if the thread
@@ -137,6 +175,7 @@ TEST_F(QueuedLogOnAPipe, DropsLinesWhileThePipeIsFullAndReportsTheirNumber) {
   constexpr std::size_t kLines = 20'000;
   fill();
   std::optional<QueuedLog> log(descriptor());
+  log->start();
   for (std::size_t i = 0; i < kLines; ++i) log->write(entryAt(static_cast<int>(i), "same text"));
   std::string all;
   while (countOf(all, "same text") + droppedLines(all) < kLines) all += readSome();
@@ -154,6 +193,7 @@ TEST_F(QueuedLogOnAPipe, QueuesLinesWithoutAllocating) {
   const LogEntry longOne = entryAt(1, std::string(20'000, 'x'));
   const std::size_t toFormat = allocationsToFormat(longOne);
   QueuedLog log(descriptor());
+  log.start();
   log.write(entryAt(1, "the first line of a place takes memory"));
   const auto writeLongOne = [&] {
     const support::NoMemory none(toFormat);
@@ -191,6 +231,7 @@ TEST_F(QueuedLogOnAPipe, WaitsForRoomInANonBlockingPipe) {
   fill();
   setNonBlocking(true);
   QueuedLog log(descriptor());
+  log.start();
   log.write(entryAt(1, "behind"));
   EXPECT_EQ(countOf(readUntil("behind\n"), "behind\n"), 1U);
 }
@@ -213,6 +254,7 @@ TEST_F(QueuedLogOnAPipe, ReportsTheNumberOfSuppressedLinesWithoutAnotherEntry) {
   std::atomic<LogLimitBySource::Clock::duration> time{1000s};
   QueuedLog log(descriptor(), LogLimitBySource(1, kWindow),
                 [&time] { return LogLimitBySource::Clock::time_point(time); });
+  log.start();
   log.write(entryAt(7, "noisy"));
   log.write(entryAt(7, "noisy"));
   time = 1000s + kWindow;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/LogCapture.h"
+#include "support/ThreadCount.h"
 
 namespace host {
 namespace {
@@ -27,6 +28,14 @@ TEST(ManagementThread, RunsTasksInOrderOnOneOtherThread) {
   EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
   for (const auto id : ids) EXPECT_EQ(id, ids[0]);
   EXPECT_NE(ids[0], std::this_thread::get_id());
+}
+
+TEST(ManagementThread, StartsWithItsFirstTask) {
+  const auto before = support::threadCount();
+  ManagementThread thread;
+  EXPECT_EQ(support::threadCount(), before);
+  for (int i = 0; i < 2; ++i) thread.run([] {});
+  EXPECT_EQ(support::threadCount(), before + 1);
 }
 
 TEST(ManagementThread, DropsQueuedTasksAndContinues) {
