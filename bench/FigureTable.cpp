@@ -68,7 +68,7 @@ constexpr auto kFigures = std::to_array<Figure>({
      measureSetAllocations},
     {"set-syncs", "accepted set, syncs", "", "", exactly(1), 3, measureSetSyncs},
     {"day-syncs", "day without a time server, syncs", "", "", exactly(2), 3, measureDaySyncs},
-    {"start-up", "start to first reply", "minimal program", "ms", ratioAtMost(1.55), 21,
+    {"start-up", "start to first reply", "minimal program", "ms", ratioAtMost(1.4), 21,
      measureStart},
     {"memory", "memory after start, private and dirty", "minimal program", "KiB",
      countMoreByAtMost(160), 11, measureMemory},

@@ -19,8 +19,8 @@ Words joined(Words words, const Words& more) {
 
 }  // namespace
 
-HostProgram::HostProgram(const Words& options, Words launcher)
-    : RestartableHost(CLOCKHOST, joined({"--speed", "1"}, options)) {
+HostProgram::HostProgram(const Words& options, Words launcher, std::string program)
+    : RestartableHost(std::move(program), joined({"--speed", "1"}, options)) {
   launch(joined(std::move(launcher), words()));
 }
 
@@ -28,9 +28,9 @@ HostProgram::~HostProgram() {
   end(SIGTERM);
 }
 
-BaselineProgram::BaselineProgram(const std::string& name, const std::string& argument)
-    : m_program(m_folder.path(), name,
-                {std::string(BENCH_BASELINES) + "/baseline_" + name, socket(), argument}) {}
+BaselineProgram::BaselineProgram(const std::string& name, const std::string& argument,
+                                 const std::filesystem::path& folder)
+    : m_program(m_folder.path(), name, {folder / ("baseline_" + name), socket(), argument}) {}
 
 std::filesystem::path diskFolder() {
   struct statfs found {};

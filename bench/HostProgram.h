@@ -13,15 +13,17 @@ using integration::Words;
 class HostProgram : public integration::RestartableHost {
  public:
   // options: in addition to those for the plug-in, its folders and sockets. launcher: a command
-  // that executes the rest of its command line.
-  explicit HostProgram(const Words& options = {}, Words launcher = {});
+  // that executes the rest of its command line. program: a clockhost.
+  explicit HostProgram(const Words& options = {}, Words launcher = {},
+                       std::string program = CLOCKHOST);
   ~HostProgram();  // stops the host with SIGTERM: a killed host would leave work to the next start
 };
 
 // A minimal program of baselines/, which listens at a socket.
 class BaselineProgram {
  public:
-  BaselineProgram(const std::string& name, const std::string& argument);
+  BaselineProgram(const std::string& name, const std::string& argument,
+                  const std::filesystem::path& folder = BENCH_BASELINES);
 
   [[nodiscard]] std::filesystem::path socket() const { return m_folder / "socket"; }
   [[nodiscard]] const integration::Program& program() const { return m_program; }
