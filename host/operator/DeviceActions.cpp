@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/LogLevels.h"
 #include "base/PrintableText.h"
+#include "framework/ApplicationLog.h"
 #include "framework/FailedLookups.h"
 #include "operator/AuditRecord.h"
 #include "operator/Controller.h"
@@ -37,6 +38,10 @@ void record(Controller& controller, const Json& request, Injection inject) {
                       memberWords(request, {"plug", "status", "key", "value"}));
   inject();
   act.done();
+}
+
+int logLevel(const Json& request) {
+  return static_cast<int>(numberMember(request, "level", 0, kLogTrace));
 }
 
 }  // namespace
@@ -81,9 +86,7 @@ void actOnInjectValue(Controller& controller, const Json& request, const Channel
 }
 
 void actOnLog(Controller& controller, const Json& request, const Channel& channel) {
-  const int level = request.contains("level")
-                        ? static_cast<int>(numberMember(request, "level", 0, kLogTrace))
-                        : kLogTrace;
+  const int level = request.contains("level") ? logLevel(request) : kLogTrace;
   if (request.value("follow", Json(false)) != Json(true)) {
     return answer(channel, {{"ok", true}, {"entries", newestThatFit(keptLog(level))}});
   }
@@ -91,6 +94,14 @@ void actOnLog(Controller& controller, const Json& request, const Channel& channe
   channel->onGone([weak = std::weak_ptr(controller.logFollowers()), client = channel.get()] {
     if (const auto followers = weak.lock()) followers->remove(client);
   });
+}
+
+void actOnLogLevel(Controller&, const Json& request, const Channel& channel) {
+  ApplicationLog& log = ApplicationLog::instance();
+  const int before = log.level();
+  if (!request.contains("level")) return answer(channel, {{"ok", true}, {"level", before}});
+  log.setLevel(logLevel(request));
+  answer(channel, {{"ok", true}, {"level", log.level()}, {"before", before}});
 }
 
 }  // namespace host

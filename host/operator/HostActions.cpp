@@ -43,6 +43,7 @@ constexpr HostActionRow kHostActions[] = {
     {"history", "", actOnHistory},
     {"upcoming", "", actOnUpcoming},
     {"log", "", actOnLog},
+    {"log-level", "", actOnLogLevel},
     {"security-log", "", actOnSecurityLog},
     {"monitor", "", actOnMonitor},
 };

@@ -61,8 +61,8 @@ void printMembers(const Json& object, std::span<const Line> lines, std::ostream&
 }
 
 // Compared as text: a host of another version may write any number.
-std::string levelText(const Json& entry) {
-  std::string number = memberText(entry, "level");
+std::string levelText(const Json& entry, const char* name = "level") {
+  std::string number = memberText(entry, name);
   for (std::size_t level = 0; level < kLogLevelNames.size(); ++level) {
     if (number == std::to_string(level)) return kLogLevelNames[level];
   }
@@ -181,6 +181,14 @@ void printLog(const Json& answer, std::ostream& out) {
     return;
   }
   for (const Json& entry : answer["entries"]) printLogEntry(entry, out);
+}
+
+void printLogLevel(const Json& answer, std::ostream& out) {
+  out << memberText(answer, "level") << " (" << levelText(answer) << ')';
+  if (answer.contains("before")) {
+    out << ", was " << memberText(answer, "before") << " (" << levelText(answer, "before") << ')';
+  }
+  out << '\n';
 }
 
 void printSecurityLog(const Json& answer, std::ostream& out) {

@@ -21,6 +21,7 @@ void printClock(const Json& answer, std::ostream& out);
 void printStatus(const Json& answer, std::ostream& out);
 void printHistory(const Json& answer, std::ostream& out);  // a change on each line
 void printUpcoming(const Json& answer, std::ostream& out);
+void printLogLevel(const Json& answer, std::ostream& out);
 void printLog(const Json& answer, std::ostream& out);  // a whole answer, or one entry of a stream
 void printSecurityLog(const Json& answer, std::ostream& out);
 void printFrame(const Json& entry, std::ostream& out);  // MICROSECONDS PEER DIRECTION KIND ...

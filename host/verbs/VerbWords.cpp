@@ -134,6 +134,11 @@ Json readLog(WordReader& words, std::string_view) {
   return request;
 }
 
+Json readLogLevel(WordReader& words, std::string_view) {
+  if (words.done()) return Json::object();
+  return {{"level", logLevel(words)}};
+}
+
 Json readMost(WordReader& words, std::string_view) {
   if (words.done()) return Json::object();
   const int count = words.integer("N");

@@ -41,6 +41,8 @@ inline constexpr int kMostRows = 1000;
 [[nodiscard]] Json readHostLimit(WordReader& words, std::string_view usage);  // {"for": MS} or {}
 // {"follow": BOOL, "level": N}, the level only if there is one
 [[nodiscard]] Json readLog(WordReader& words, std::string_view usage);
+// {"level": N}, or {} without the word
+[[nodiscard]] Json readLogLevel(WordReader& words, std::string_view usage);
 // {"count": N}, 1-1000, or {} without the word
 [[nodiscard]] Json readMost(WordReader& words, std::string_view usage);
 // {"count": N, "until": SECONDS, "plot": FILE}, in any order, each or none

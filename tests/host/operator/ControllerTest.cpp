@@ -77,6 +77,9 @@ TEST_F(ControlledTelephone, RefusesIncompleteRequests) {
       {R"({"verb":"upcoming","until":-1})", "\"until\" that is a number"},
       {R"({"verb":"upcoming","until":5})",
        "which is not before 1970-01-01T00:00:05Z; write a later"},
+      {R"({"verb":"log","level":7})", "\"level\" that is a number, 0 to 6"},
+      {R"({"verb":"log-level","level":7})", "\"level\" that is a number, 0 to 6"},
+      {R"({"verb":"log-level","level":"5"})", "\"level\" that is a number, 0 to 6"},
       {R"({"verb":"security-log","after":"5"})", "\"after\" that is a number"},
       {R"({"verb":"security-log","after":-1})", "\"after\" that is a number"},
   };
@@ -189,6 +192,14 @@ TEST_F(ControlledTelephone, LooksUpFailedNamesAgainAfterANetworkChange) {
 TEST_F(ControlledTelephone, ValuesMayHoldAnyCharacter) {
   EXPECT_EQ(ask(R"({"verb":"set","key":"ntp-secret","value":"a\"<&>\n"})").at("ok"), true);
   EXPECT_EQ(ask(R"({"verb":"get","key":"ntp-secret"})").at("value"), "a\"<&>\n");
+}
+
+TEST_F(ControlledTelephone, ChangesWhatIsShownOfTheLog) {
+  EXPECT_EQ(ask(R"({"verb":"log-level"})"), (Json{{"ok", true}, {"level", 5}}));
+  EXPECT_EQ(ask(R"({"verb":"log-level","level":2})"),
+            (Json{{"ok", true}, {"level", 2}, {"before", 5}}));
+  EXPECT_EQ(ask(R"({"verb":"status"})").at("logLevel"), 2);
+  EXPECT_EQ(ask(R"({"verb":"log-level"})").at("level"), 2);
 }
 
 TEST_F(ControlledTelephone, AnswersEveryVerbOfTheHost) {

@@ -133,6 +133,12 @@ TEST(VerbPrinters, PrintALogEntryOnOneLine) {
   EXPECT_EQ(printed(printLog, R"({"entries":[]})"), "");
 }
 
+TEST(VerbPrinters, PrintTheLevelOfTheLog) {
+  EXPECT_EQ(printed(printLogLevel, R"({"ok":true,"level":4})"), "4 (note)\n");
+  EXPECT_EQ(printed(printLogLevel, R"({"ok":true,"level":6,"before":0})"),
+            "6 (trace), was 0 (fatal)\n");
+}
+
 TEST(VerbPrinters, PrintUnknownLevelsAsNumbers) {
   const std::pair<std::string, std::string> levels[] = {
       {"0", "fatal"}, {"6", "trace"}, {"7", "7"}, {"-1", "-1"}, {"9e9", "9000000000.0"}};

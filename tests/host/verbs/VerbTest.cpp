@@ -88,6 +88,9 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "  log [--level N] [--follow]\n"
       "      show the application log, or its lines up to level N: 2 errors, 3 warnings, 4 notes, "
       "5 all\n"
+      "  log-level [N]\n"
+      "      show up to which level standard error or the log file has the log, or change it to "
+      "N\n"
       "  security-log\n"
       "      list who changed or tried to change what; a power loss may lose the latest records\n"
       "  record FILE [--count N] [--for DURATION] [--overwrite]\n"
@@ -162,6 +165,8 @@ TEST(Verb, WordsBecomeRequests) {
       {"log --follow", R"({"verb":"log","follow":true})"},
       {"log --follow --level 0", R"({"verb":"log","follow":true,"level":0})"},
       {"log --level 6", R"({"verb":"log","follow":false,"level":6})"},
+      {"log-level", R"({"verb":"log-level"})"},
+      {"log-level 0", R"({"verb":"log-level","level":0})"},
       {"security-log", R"({"verb":"security-log"})"},
       {"clock advance 2.5s", R"({"verb":"clock","action":"advance","microseconds":2500000})"},
       {"record a", R"({"verb":"record","file":"a","count":0,"for":0,"overwrite":false})"},
