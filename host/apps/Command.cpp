@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "apps/ClockCtlOptions.h"
+#include "apps/Explanation.h"
 #include "apps/Recording.h"
 #include "apps/Session.h"
 #include "apps/TimeLimit.h"
@@ -136,15 +137,34 @@ class Command {
                   ? ""
                   : "no method " + quotedText(name) + suggestion(name, namesOf(remoteMethods())));
     }
-    print({{"method", reply->getName()}, {"reply", parametersJson(*reply)}});
+    Json answer = {{"method", reply->getName()}, {"reply", parametersJson(*reply)}};
+    const Json result = answer["reply"].value(name + "Return", Json());
+    if (result == Json(false)) explain(answer, lastLineOf(m_session, client().lastCall(), limit()));
+    print(answer);
+  }
+
+  // Tells why the call was refused, if the service said so.
+  void explain(Json& answer, const std::string& line) {
+    const std::string method = answer["method"];
+    if (!line.empty()) tell(answer, "reason", line, errorLine(method + " refused", line));
+  }
+
+  // text: a member of the answer with --json. line: else on standard error.
+  void tell(Json& answer, const char* member, const std::string& text, const std::string& line) {
+    if (!m_options.json) m_err << line;
+    answer[member] = text;
   }
 
   // A one-way call is done when the host has handled it.
   void post(Method& method) {
     client().post(method);
+    const std::uint32_t call = client().lastCall();
     if (!client().barrier(limit())) noReply();
     m_session.disconnect();  // nothing can be sent after a barrier
-    if (m_options.json) print({{"method", method.getName()}, {"reply", nullptr}});
+    Json answer = {{"method", method.getName()}, {"reply", nullptr}};
+    const std::string line = lastLineOf(m_session, call, limit());
+    if (saysRefused(line)) explain(answer, line);
+    if (m_options.json) print(answer);
   }
 
   void watch() {
@@ -180,7 +200,16 @@ class Command {
       m_request["after"] = last = after;
       answer = joined(std::move(answer), ask());
     }
+    if (m_verb.name == "set") tellOtherValue(answer);
     print(answer);
+  }
+
+  // A value may be stored in another form.
+  void tellOtherValue(Json& answer) {
+    const std::string key = m_request["key"];
+    const auto now = valueNow(client(), key, limit());
+    if (!now || *now == m_request["value"]) return;
+    tell(answer, "value", *now, errorLine("note", key + " is now " + quotedText(*now)));
   }
 
   static void writePlot(const std::string& path, const Json& answer) {

@@ -86,6 +86,11 @@ void actOnInjectValue(Controller& controller, const Json& request, const Channel
 }
 
 void actOnLog(Controller& controller, const Json& request, const Channel& channel) {
+  if (request.contains("call")) {
+    const auto call = numberMember(request, "call", 1, UINT32_MAX);
+    const std::vector<Json> rows = logOfCall(channel->origin(), static_cast<std::uint32_t>(call));
+    return answer(channel, {{"ok", true}, {"entries", newestThatFit(rows)}});
+  }
   const int level = request.contains("level") ? logLevel(request) : kLogTrace;
   if (request.value("follow", Json(false)) != Json(true)) {
     return answer(channel, {{"ok", true}, {"entries", newestThatFit(keptLog(level))}});

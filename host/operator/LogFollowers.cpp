@@ -64,6 +64,14 @@ std::vector<Json> keptLog(int level) {
   return rowsOf(ApplicationLog::instance().kept(), level);
 }
 
+std::vector<Json> logOfCall(const std::string& origin, std::uint32_t call) {
+  std::vector<Json> rows;
+  for (const LogEntry& entry : ApplicationLog::instance().kept()) {
+    if (entry.call == call && entry.origin == origin) rows.push_back(entryJson(entry));
+  }
+  return rows;
+}
+
 std::string lineOf(const LogEntry& entry) {
   return entry.text.substr(0, entry.text.find_last_not_of('\n') + 1);
 }

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "base/Mutex.h"
@@ -37,6 +39,9 @@ class LogFollowers : public LogSink {
 
 // The kept entries up to the level as entryJson, oldest first.
 [[nodiscard]] std::vector<Json> keptLog(int level);
+
+// The same that were written within a remote call of the origin.
+[[nodiscard]] std::vector<Json> logOfCall(const std::string& origin, std::uint32_t call);
 
 // {"number", "time", "level", "component", "text", "file", "line"}
 [[nodiscard]] Json entryJson(const LogEntry& entry);

@@ -50,6 +50,9 @@ class RemoteClient {
   // Sends a call and waits for its reply. Keeps the events received meanwhile.
   [[nodiscard]] std::optional<Method> call(Method& method, Limit limit);
 
+  // The id of the frame of the last call or post.
+  [[nodiscard]] std::uint32_t lastCall() const { return m_lastCall; }
+
   // Sends a call that has no reply.
   void post(Method& method);
 

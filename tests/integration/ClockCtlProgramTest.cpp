@@ -167,6 +167,38 @@ TEST(ClockCtlProgram, ChangesTheSpeedOfARunningHost) {
   EXPECT_EQ(host.ctl({"clock"}).out, paused);
 }
 
+TEST(ClockCtlProgram, TellsWhyTheServiceRefusedACall) {
+  RunningHost host;
+  const std::vector<std::string> setDate = {"call", "setDate", "setDateDay=1", "setDateMonth=1",
+                                            "setDateYear=2040"};
+  const Outcome refused = host.ctl(setDate);
+  EXPECT_EQ(refused.out, "setDateReturn=false\n");
+  EXPECT_EQ(refused.err, "setDate refused: Year falls outside UNIX/POSIX restriction: 2040\n");
+  EXPECT_EQ(refused.status, 0);
+  const Outcome done = host.ctl({"call", "setTimeInt", "setTime=1772949600"});
+  EXPECT_EQ(done.out + done.err, "");
+  EXPECT_EQ(host.ctl({"set", "sntp-addr", "127.0.0.1"}).err, "");
+  const char* const reason = "SNTP configured (127.0.0.1) so time not updated";
+  EXPECT_EQ(host.ctl({"call", "setTimeInt", "setTime=5"}).err,
+            std::string("setTimeInt refused: ") + reason + '\n');
+  const Outcome inJson = host.ctl({"--json", "call", "setTimeInt", "setTime=5"});
+  EXPECT_EQ(json::parse(inJson.out).at("reason"), reason);
+  EXPECT_EQ(inJson.err, "");
+  EXPECT_EQ(host.ctl({"call", "cancelAlarmClock", "cancelAlarmClockAlarmId=1"}).err, "")
+      << "the service said nothing; lines of earlier calls are not its reason";
+}
+
+TEST(ClockCtlProgram, TellsAValueThatReadsBackOtherwise) {
+  RunningHost host;
+  const Outcome cut = host.ctl({"set", "simple-time", "2:01"});
+  EXPECT_EQ(cut.err, "note: simple-time is now \"02:01\"\n");
+  EXPECT_EQ(cut.out, "");
+  EXPECT_EQ(cut.status, 0);
+  EXPECT_EQ(host.ctl({"--json", "set", "simple-time", "2:01"}).out,
+            "{\"ok\":true,\"value\":\"02:01\"}\n");
+  EXPECT_EQ(host.ctl({"set", "simple-time", "02:01"}).err, "");
+}
+
 TEST(ClockCtlProgram, FollowsTheLogUntilTheHostEnds) {
   RunningHost host({"--log-level", "5"});
   const auto follower = host.startCtl({"log", "--follow"});

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Logging.h"
+#include "base/Origin.h"
 #include "host/operator/RecordingChannel.h"
 
 namespace host {
@@ -67,6 +68,21 @@ TEST_F(FollowedLog, ListsWhatIsKeptUpToALevel) {
   ASSERT_EQ(keptLog(4).size(), 2U);
   EXPECT_EQ(keptLog(4)[1].at("text"), "note");
   EXPECT_TRUE(keptLog(1).empty());
+}
+
+TEST_F(FollowedLog, ListsTheEntriesOfOneCall) {
+  const std::string one = "uid 0, pid 1";
+  const std::string other = "uid 0, pid 2";
+  for (const std::uint32_t call : {1U, 2U}) {
+    const OriginScope scope(one, call);
+    log("one " + std::to_string(call));
+    const OriginScope inner(other, call);
+    log("other " + std::to_string(call));
+  }
+  log("device");
+  ASSERT_EQ(logOfCall(one, 2).size(), 1U);
+  EXPECT_EQ(logOfCall(one, 2)[0].at("text"), "one 2");
+  EXPECT_TRUE(logOfCall(one, 3).empty());
 }
 
 TEST_F(FollowedLog, SendsTheLatestEntriesThatFit) {

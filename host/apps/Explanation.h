@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace host {
+
+class RemoteClient;
+class Session;
+
+// What a user would ask next, asked at the control socket. Thread: the caller's. Failure: without
+// an answer there is no explanation; HostGone.
+
+// The value that the key has now. Empty: it cannot be read.
+[[nodiscard]] std::optional<std::string> valueNow(RemoteClient& control, const std::string& key,
+                                                  std::chrono::milliseconds limit);
+
+// What the service said last within a call that this process made: the text of its last line in
+// the log. Empty: nothing, or this user may not ask.
+[[nodiscard]] std::string lastLineOf(Session& session, std::uint32_t call,
+                                     std::chrono::milliseconds limit);
+
+// Whether a one-way call of this last line was refused.
+[[nodiscard]] bool saysRefused(const std::string& line);
+
+}  // namespace host
