@@ -22,8 +22,8 @@ using HostAction = void(Controller& controller, const Json& request, const Chann
 // Does what the request's verb and action stand for. Throws host::Error for unknown ones.
 HostAction carryOut;
 
-HostAction actOnGet, actOnSet, actOnReset, actOnKeys, actOnStatus, actOnHistory, actOnLog, actOnLogLevel,
-    actOnSecurityLog, actOnMonitor, actOnUpcoming;
+HostAction actOnGet, actOnSet, actOnReset, actOnKeys, actOnStatus, actOnHistory, actOnLog,
+    actOnLogLevel, actOnSecurityLog, actOnMonitor, actOnUpcoming;
 HostAction actOnClockShow, actOnClockSpeed, actOnClockPause, actOnClockAdvance, actOnClockNext,
     actOnClockJump, actOnClockTo;
 HostAction actOnInjectJack, actOnInjectNetwork, actOnInjectDhcp, actOnInjectMobility,
