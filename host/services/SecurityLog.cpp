@@ -151,9 +151,10 @@ void SecurityLog::record(std::time_t time, int facility, int severity, int event
   bool written = false;
   try {
     m_database->open();
-    written = write({0, 0, 1, time, time, facility, severity, eventClass, eventCode, failure,
-                     clippedText(text, kLongestText), clippedText(subject, kLongestText),
-                     clippedText(origin.empty() ? originHere() : std::string_view(origin), kLongestText)});
+    written = write(
+        {0, 0, 1, time, time, facility, severity, eventClass, eventCode, failure,
+         clippedText(text, kLongestText), clippedText(subject, kLongestText),
+         clippedText(origin.empty() ? originHere() : std::string_view(origin), kLongestText)});
   } catch (const std::exception&) {
     // No memory, or it cannot be opened: the record counts as not written.
   }

@@ -34,8 +34,7 @@ void holdReply(const Method& reply, const host::MethodRow& row) {
            (parameters.size() == 1 && parameters.front().getType() == Parameter::boolean),
        "a reply has as many parameters as documented", row.name);
   for (std::size_t i = 0; i < parameters.size(); ++i) {
-    hold(matches(parameters[i], row.reply[i]), "a reply's parameters are as documented",
-         row.name);
+    hold(matches(parameters[i], row.reply[i]), "a reply's parameters are as documented", row.name);
   }
 }
 

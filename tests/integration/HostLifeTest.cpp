@@ -232,7 +232,7 @@ TEST_F(HostLife, SaysInOneLineWhyItDoesNotStart) {
       {{"--variant", "three"}, 2, {"--variant: \"three\" is not a whole number"}},
       {{"--at", "a\nb\xff"}, 2, {"\"a\\nb\\xFF\" is not an instant"}},
       {{"--wro\nng"}, 2, {"--wro\\nng"}},
-      {{"--ready-fd", "3"}, 2, {"--ready-fd: 3 is not open for writing; open it for the host"}},
+      {{"--ready-fd", "999"}, 2, {"--ready-fd: 999 is not open for writing; open it for the host"}},
       {{"--mac", length}, 2, {"`clockhost --help` lists the options"}},
   };
   for (const auto& [options, status, parts] : rows) {
