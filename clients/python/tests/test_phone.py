@@ -10,7 +10,8 @@ from typing import Callable, List
 
 import pytest
 
-from deskclock import HostGone, Phone
+from deskclock import HostGone, NoReply, Phone
+from deskclock.host_process import HostProcess
 
 
 def test_a_spawned_phone_shares_nothing_and_leaves_nothing() -> None:
@@ -77,6 +78,16 @@ def test_a_host_that_does_not_start_says_why() -> None:
         Phone.spawn(variant=-1)
     with pytest.raises(HostGone, match='no program "clckhost"; install it, or name it'):
         Phone.spawn(program="clckhost")
+
+
+def test_a_host_that_hangs_at_its_start(tmp_path: pathlib.Path) -> None:
+    program = tmp_path / "clockhost"
+    program.write_text("#!/bin/sh\nexec sleep 100\n")
+    program.chmod(0o700)
+    host = HostProcess([], str(program))
+    with pytest.raises(NoReply, match="the host did not start within 0.05 s"):
+        host.wait_until_ready(0.05)
+    host.close()
 
 
 def test_a_restart_keeps_settings_and_saved_time() -> None:

@@ -4,20 +4,18 @@ from __future__ import annotations
 
 import os
 import pathlib
+import select
 import shutil
 import signal
-import socket
 import subprocess
 import tempfile
-import time
 import weakref
-from typing import List, Optional, Sequence
+from typing import IO, List, Optional, Sequence
 
 from .errors import HostGone, NoReply
 
 _LONGEST_STOP = 5.0  # seconds
 _MOST_LOG = 2000  # characters of the log in an error
-_RETRY = 0.005  # seconds
 
 
 class HostProcess:
@@ -38,13 +36,11 @@ class HostProcess:
 
     def wait_until_ready(self, timeout: float) -> None:
         """timeout: seconds. Raises HostGone if the host ends instead."""
-        deadline = time.monotonic() + timeout
-        while not _listens(self.control):
-            if self._processes[-1].poll() is not None:
-                raise HostGone(f"the host did not start{self.end_text()}")
-            if time.monotonic() > deadline:
+        with self._ready as ready:
+            if not is_readable(ready, timeout):
                 raise NoReply(f"the host did not start within {timeout:g} s{self._log_end()}")
-            time.sleep(_RETRY)
+            if ready.read(1) != b"\n":
+                raise HostGone(f"the host did not start{self.end_text()}")
 
     def stop(self, power_cut: bool = False) -> None:
         """Ends the process; its state remains."""
@@ -74,8 +70,11 @@ class HostProcess:
         return f", with {how}{self._log_end()}"
 
     def _start(self) -> None:
+        ready, write_end = os.pipe()
+        self._ready = open(ready, "rb", 0)
         words = [self.program, "--state", str(self.folder / "state"), "--socket", self.calls]
-        with open(self.folder / "log", "ab") as log:
+        words += ["--ready-fd", str(write_end)]
+        with open(self.folder / "log", "ab") as log, open(write_end, "wb", 0):
             # In a session of its own, so that Ctrl-C ends the tests first, and they their hosts.
             process = subprocess.Popen(
                 words + self._options,
@@ -83,11 +82,18 @@ class HostProcess:
                 stdout=log,
                 stderr=log,
                 start_new_session=True,
+                pass_fds=[write_end],
             )
         self._processes.append(process)
 
     def _log_end(self) -> str:
         return f"; the end of its log:\n{self.log()[-_MOST_LOG:]}"
+
+
+def is_readable(pipe: IO[bytes], timeout: float) -> bool:
+    poll = select.poll()
+    poll.register(pipe, select.POLLIN)
+    return bool(poll.poll(timeout * 1000))
 
 
 def program_path(program: Optional[str]) -> str:
@@ -96,11 +102,6 @@ def program_path(program: Optional[str]) -> str:
     if path is None:
         raise HostGone(f'no program "{name}"; install it, or name it with $CLOCKHOST or program=')
     return path
-
-
-def _listens(path: str) -> bool:
-    with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as attempt:
-        return attempt.connect_ex(path) == 0
 
 
 def stop_process(process: subprocess.Popen[bytes], number: int) -> None:

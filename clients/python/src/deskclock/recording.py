@@ -4,12 +4,11 @@ from __future__ import annotations
 
 import os
 import pathlib
-import select
 import signal
 import subprocess
 
 from .errors import NoReply, PhoneError
-from .host_process import stop_process
+from .host_process import is_readable, stop_process
 
 
 class Recording:
@@ -51,7 +50,7 @@ class Recording:
     def _wait_until_ready(self, timeout: float) -> None:
         messages = self._process.stderr
         assert messages is not None
-        if not select.select([messages], [], [], timeout)[0]:
+        if not is_readable(messages, timeout):
             self.close()
             raise NoReply(f"the recording did not begin within {timeout:g} s")
         first = messages.readline().decode(errors="replace").strip()
