@@ -12,6 +12,8 @@ import pytest
 
 @pytest.mark.phone(at="2026-12-31T22:59:50Z")
 def test_new_year(phone, new_phone):
+    while "listening" not in phone.log():
+        phone.get_time()
     phone.keys["sntp-tz-offset"] = 1
     phone.advance("10s")
     assert new_phone(variant=3).get_date() == phone.get_date()

@@ -10,9 +10,11 @@ import signal
 import subprocess
 import tempfile
 import weakref
-from typing import IO, List, Optional, Sequence
+from typing import IO, List, Optional, Sequence, Union
 
 from .errors import HostGone, NoReply
+
+Stream = Union[int, IO[bytes]]
 
 _LONGEST_STOP = 5.0  # seconds
 _MOST_LOG = 2000  # characters of the log in an error
@@ -75,19 +77,32 @@ class HostProcess:
         words = [self.program, "--state", str(self.folder / "state"), "--socket", self.calls]
         words += ["--ready-fd", str(write_end)]
         with open(self.folder / "log", "ab") as log, open(write_end, "wb", 0):
-            # In a session of its own, so that Ctrl-C ends the tests first, and they their hosts.
-            process = subprocess.Popen(
-                words + self._options,
-                stdin=subprocess.DEVNULL,
-                stdout=log,
-                stderr=log,
-                start_new_session=True,
-                pass_fds=[write_end],
-            )
+            try:
+                process = start_process(words + self._options, log, log, pass_fds=[write_end])
+            except HostGone:
+                self._ready.close()
+                raise
         self._processes.append(process)
 
     def _log_end(self) -> str:
         return f"; the end of its log:\n{self.log()[-_MOST_LOG:]}"
+
+
+def start_process(
+    words: Sequence[str], out: Stream, error: Stream, pass_fds: Sequence[int] = ()
+) -> subprocess.Popen[bytes]:
+    """In a session of its own, so that Ctrl-C ends the tests first, and they their programs."""
+    try:
+        return subprocess.Popen(
+            words,
+            stdin=subprocess.DEVNULL,
+            stdout=out,
+            stderr=error,
+            start_new_session=True,
+            pass_fds=pass_fds,
+        )
+    except OSError as failure:
+        raise HostGone(f"{words[0]} cannot be started: {failure.strerror}") from None
 
 
 def is_readable(pipe: IO[bytes], timeout: float) -> bool:

@@ -8,7 +8,7 @@ import signal
 import subprocess
 
 from .errors import NoReply, PhoneError
-from .host_process import is_readable, stop_process
+from .host_process import is_readable, start_process, stop_process
 
 
 class Recording:
@@ -20,13 +20,8 @@ class Recording:
         self.file = file
         program = os.path.join(os.path.dirname(os.path.realpath(clockhost)), "clockctl")
         sockets = ["--socket", calls, "--control-socket", control]
-        self._process = subprocess.Popen(
-            [program, *sockets, "record", str(file)],
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.PIPE,
-            start_new_session=True,
-        )
+        words = [program, *sockets, "record", str(file)]
+        self._process = start_process(words, subprocess.DEVNULL, subprocess.PIPE)
         self._wait_until_ready(timeout)
 
     def stop(self) -> str:
