@@ -2,36 +2,62 @@
 
 import os
 import pathlib
+import re
+import socket
 import subprocess
 import tempfile
 import time
 
 from selenium import webdriver
 from selenium.webdriver.chrome.options import Options
-from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.chromium.remote_connection import ChromiumRemoteConnection
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.remote.file_detector import UselessFileDetector
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
 LIMIT = 30  # seconds for anything that a page should show
-TIME_SERVER = "12124"
 # Without these, Chromium looks for updates and other hosts.
 QUIET = ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-background-networking",
          "--disable-component-update", "--disable-sync", "--no-first-run", "--disable-quic"]
 
 
+def free_port():
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as probe:
+        probe.bind(("127.0.0.1", 0))
+        return str(probe.getsockname()[1])
+
+
+class Driver:
+    """ChromeDriver, asked by its address: a bare machine does not know the name localhost."""
+
+    def __init__(self):
+        self.process = subprocess.Popen(["/usr/bin/chromedriver", "--port=0"],
+                                        stdout=subprocess.PIPE, text=True)
+        lines = iter(self.process.stdout.readline, "")
+        started = next(line for line in lines if "started successfully on port" in line)
+        port = re.search(r"on port (\d+)", started)[1]
+        self.connection = ChromiumRemoteConnection(f"http://127.0.0.1:{port}", "goog", "chrome")
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait(LIMIT)
+        self.process.stdout.close()
+
+
 class Host:
     """A host with a telephone of its own."""
 
-    def __init__(self, programs, folder, name, *options):
+    def __init__(self, programs, folder, name, time_server, *options):
         self.programs = programs
+        self.time_server = time_server
         self.socket = str(pathlib.Path(folder, f"{name}.sock"))
         self.command = [programs / "clockhost", "--state", str(pathlib.Path(folder, name)),
                         "--socket", self.socket, *options]
         self.start()
 
     def start(self):
-        environment = {**os.environ, "NTPCLIENT_PORT": TIME_SERVER, "NTPCLIENT_RETRY_MS": "100"}
+        environment = {**os.environ, "NTPCLIENT_PORT": self.time_server, "NTPCLIENT_RETRY_MS": "100"}
         self.process = subprocess.Popen(self.command, stderr=subprocess.DEVNULL, env=environment)
         deadline = time.monotonic() + LIMIT
         while self.ctl("status", check=False).returncode != 0:
@@ -51,12 +77,14 @@ class Setup:
 
     def __init__(self, programs, *hosts, size=(1280, 1000)):
         self.folder = tempfile.TemporaryDirectory()
-        self.hosts = [Host(programs, self.folder.name, f"telephone{number}", *options)
+        time_server = free_port()
+        self.hosts = [Host(programs, self.folder.name, f"telephone{number}", time_server, *options)
                       for number, options in enumerate(hosts)]
         self.panel = subprocess.Popen(
             [programs / "clockpanel", "--socket", *(host.socket for host in self.hosts),
-             "--time-server", TIME_SERVER], stdout=subprocess.PIPE, text=True)
+             "--time-server", time_server], stdout=subprocess.PIPE, text=True)
         self.address = self.panel.stdout.readline().strip()
+        self.driver = Driver()
         self.browser = self.new_browser(size)
         self.browser.get(self.address)
         self.wait_for(lambda: len(self.all("article.telephone")) == len(hosts))
@@ -69,10 +97,16 @@ class Setup:
         options.add_experimental_option("prefs", downloads)
         for argument in (*QUIET, f"--user-data-dir={profile}", f"--window-size={size[0]},{size[1]}"):
             options.add_argument(argument)
-        return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        return webdriver.Remote(self.driver.connection, options=options,
+                                file_detector=UselessFileDetector())  # files stay where they are
+
+    def command(self, name, **parameters):
+        """A command of the DevTools protocol."""
+        self.browser.execute("executeCdpCommand", {"cmd": name, "params": parameters})
 
     def end(self):
         self.browser.quit()
+        self.driver.end()
         self.panel.terminate()
         assert self.panel.wait(LIMIT) == 0
         self.panel.stdout.close()
