@@ -24,11 +24,11 @@ Json parametersJson(const Method& method) {
   return json;
 }
 
-Json eventTimeJson(std::chrono::seconds utc, std::chrono::seconds offset) {
-  return {{"utc", instantText(utc)},
-          {"utcSeconds", utc.count()},
-          {"local", localInstantText(utc, offset)},
-          {"localSeconds", (utc + offset).count()}};
+Json eventTimeJson(std::chrono::seconds sinceEpoch, std::chrono::seconds offset) {
+  return {{"utc", instantText(sinceEpoch)},
+          {"utcSeconds", sinceEpoch.count()},
+          {"local", localInstantText(sinceEpoch, offset)},
+          {"localSeconds", (sinceEpoch + offset).count()}};
 }
 
 }  // namespace host

@@ -12,7 +12,7 @@ namespace host {
 [[nodiscard]] Json parametersJson(const Method& method);
 
 // The telephone's time at an event: {"utc": TEXT, "utcSeconds": N, "local": TEXT, "localSeconds":
-// N}. utc: since 1970-01-01; offset: of local time from UTC, east is positive. Pure; thread: any.
-[[nodiscard]] Json eventTimeJson(std::chrono::seconds utc, std::chrono::seconds offset);
+// N}. sinceEpoch: UTC; offset: of local time from UTC, east is positive. Pure; thread: any.
+[[nodiscard]] Json eventTimeJson(std::chrono::seconds sinceEpoch, std::chrono::seconds offset);
 
 }  // namespace host

@@ -78,7 +78,8 @@ Words wordsOf(const json& example) {
 
 TEST(ClockCtlProgram, AcceptsTheExampleOfEachMethod) {
   RunningHost host;
-  for (const json& method : json::parse(host.ctl({"methods", "--json"}).out).at("methods")) {
+  const json methods = json::parse(host.ctl({"methods", "--json"}).out).at("methods");
+  for (const json& method : methods) {
     Words words = wordsOf(method.at("example"));
     words.insert(words.begin(), "--json");
     const Outcome outcome = host.ctl(words);

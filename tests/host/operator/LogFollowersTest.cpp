@@ -33,7 +33,7 @@ class FollowedLog : public testing::Test {
   FollowedLog& operator=(const FollowedLog&) = delete;
 
   std::shared_ptr<RecordingChannel> follow(int level = 6) const {
-    const auto channel = std::make_shared<RecordingChannel>();
+    auto channel = std::make_shared<RecordingChannel>();
     followers->add(channel, level);
     return channel;
   }
