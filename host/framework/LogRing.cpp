@@ -36,7 +36,7 @@ std::uint16_t cut(std::string_view text, std::size_t most) {
 }
 
 const Header& headerAt(const char* place) {
-  return *std::launder(reinterpret_cast<const Header*>(place));
+  return *std::launder(static_cast<const Header*>(static_cast<const void*>(place)));
 }
 
 std::string take(std::string_view& bytes, std::size_t size) {
