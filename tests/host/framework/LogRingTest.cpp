@@ -126,14 +126,17 @@ TEST(LogRing, KeepsTheNewestOfMany) {
   constexpr std::size_t kRoom = 1000;
   constexpr std::size_t kLengths = 91;
   GuardedRing<kRoom> ring;
+  const auto textOf = [](std::uint64_t number) {
+    return std::string(static_cast<std::size_t>(number * 7 % kLengths), 'x');
+  };
   for (std::uint64_t number = 1; number <= 3000; ++number) {
-    ring.add(number, std::string(number * 7 % kLengths, 'x'));
+    ring.add(number, textOf(number));
     const std::vector<LogEntry> entries = ring.entries();
     std::size_t bytes = 0;
     std::uint64_t next = number - entries.size() + 1;
     for (const LogEntry& entry : entries) {
       ASSERT_EQ(entry.number, next++);
-      ASSERT_EQ(entry.text, std::string(entry.number * 7 % kLengths, 'x'));
+      ASSERT_EQ(entry.text, textOf(entry.number));
       bytes += kHeader + (entry.text.size() + 7) / 8 * 8;
     }
     ASSERT_EQ(next, number + 1);
