@@ -122,7 +122,7 @@ class Consumers:
     def use_the_package(self):
         shutil.copytree(self.tree / "examples", self.folder / "package")
         build = self.build(self.folder / "package", MAKE,
-                           f"-DCMAKE_PREFIX_PATH={self.installed}")
+                           f"-DClockService_DIR={self.installed}/lib/cmake/ClockService")
         self.check_loader("package", build / "loader", self.plugin)
 
     def link(self):
@@ -130,7 +130,7 @@ class Consumers:
         source.mkdir()
         (source / "CMakeLists.txt").write_text(LINKED)
         run(self.cmake, "-S", source, "-B", source / "build", *self.options, MAKE,
-            f"-DCMAKE_PREFIX_PATH={self.installed}")
+            f"-DClockService_DIR={self.installed}/lib/cmake/ClockService")
         made = subprocess.run([self.cmake, "--build", source / "build"], capture_output=True, text=True)
         if "Storage::store" not in made.stdout + made.stderr:
             self.faults.append(f"link: should say that Storage::store is undefined: {made}")
