@@ -1,15 +1,16 @@
 # Installs the host: its programs in bin/, manual pages, completions and a systemd user unit where the
 # tools look for them. --prefix and DESTDIR are those of cmake --install.
-install(TARGETS clockhost clockctl ntpclient RUNTIME DESTINATION bin)
-if(TARGET clockpanel)
-  install(TARGETS clockpanel RUNTIME DESTINATION bin OPTIONAL) # where it has been built
+set(programs clockhost clockctl)
+if(TARGET clockpanel) # where Boost is
+  list(APPEND programs clockpanel)
 endif()
+install(TARGETS ${programs} ntpclient RUNTIME DESTINATION bin)
 
 set(manual ${CMAKE_BINARY_DIR}/manual)
 foreach(section 1 5 7)
   install(DIRECTORY ${manual}/ DESTINATION share/man/man${section} FILES_MATCHING PATTERN "*.${section}")
 endforeach()
-foreach(program clockhost clockctl)
+foreach(program IN LISTS programs)
   install(FILES ${manual}/${program}.bash DESTINATION share/bash-completion/completions RENAME ${program})
   install(FILES ${manual}/_${program} DESTINATION share/zsh/site-functions)
   install(FILES ${manual}/${program}.fish DESTINATION share/fish/vendor_completions.d)

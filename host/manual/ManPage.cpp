@@ -10,9 +10,6 @@
 namespace host {
 namespace {
 
-// Of an installed program.
-constexpr const char* kSocketDefault = "$XDG_RUNTIME_DIR/clockhost.sock, else in the state folder";
-
 std::string section(std::string_view name) {
   return ".SH " + std::string(name) + '\n';
 }
@@ -88,40 +85,48 @@ std::string roff(std::string_view text) {
   return out;
 }
 
+std::string programPage(const OptionParser& parser, const std::string& date,
+                        const std::string& text, const std::string& verbs,
+                        const std::string& more) {
+  return head(parser.program(), date) + section("DESCRIPTION") + text + optionItems(parser) +
+         verbs + statusItems(parser) + more;
+}
+
 std::string clockHostPage(const std::string& date) {
   HostOptions options;
   options.plugin = "../lib/libClockService.so from the program's folder";
   options.device.state = "$XDG_STATE_HOME/clockhost, else ~/.local/state/clockhost";
   options.socket = kSocketDefault;
-  const OptionParser parser = hostOptionParser(options);
-  return head(parser.program(), date) + section("DESCRIPTION") +
-         "The host runs in the foreground, logs to standard error, and stops on SIGINT and "
-         "SIGTERM.\n"
-         "It starts with the saved settings, at the time that was saved last, which may be up to "
-         "12\n"
-         "hours older than the end of the last run.\n" +
-         optionItems(parser) + statusItems(parser) + section("ENVIRONMENT") +
-         item("NTPCLIENT_PORT", "The port of the time server, for the stand-in NTP client (123).") +
-         item("XDG_STATE_HOME, XDG_RUNTIME_DIR", "The folders of state and sockets.") +
-         item(
-             "NOTIFY_SOCKET",
-             "The socket of a service manager, which is notified when the host answers and when it "
-             "begins to end.") +
-         item("JOURNAL_STREAM",
-              "If it names standard error, each line begins with its priority, for the journal.") +
-         section("SEE ALSO") +
-         ".BR clockctl (1),\n.BR clock\\-scenario (5),\n.BR clock\\-protocol (7)\n";
+  return programPage(
+      hostOptionParser(options), date,
+      "The host runs in the foreground, logs to standard error, and stops on SIGINT and SIGTERM.\n"
+      "It starts with the saved settings, at the time that was saved last, which may be up to 12\n"
+      "hours older than the end of the last run.\n",
+      "",
+      section("ENVIRONMENT") +
+          item("NTPCLIENT_PORT",
+               "The port of the time server, for the stand-in NTP client (123).") +
+          item("XDG_STATE_HOME, XDG_RUNTIME_DIR", "The folders of state and sockets.") +
+          item("NOTIFY_SOCKET",
+               "The socket of a service manager, which is notified when the host answers and when "
+               "it begins to end.") +
+          item("JOURNAL_STREAM",
+               "If it names standard error, each line begins with its priority, for the journal.") +
+          section("SEE ALSO") +
+          ".BR clockctl (1),\n.BR clockpanel (1),\n.BR clock\\-scenario (5),\n"
+          ".BR clock\\-protocol (7)\n");
 }
 
 std::string clockCtlPage(const std::string& date) {
   ClockCtlOptions options;
   options.socket = kSocketDefault;
-  const OptionParser parser = clockCtlOptionParser(options);
-  return head(parser.program(), date) + section("DESCRIPTION") +
-         "Options may come before and after the verb, up to a word\n.BR \\-\\- .\n"
-         "An error is one line on standard error: what was wrong, and what would be right.\n" +
-         optionItems(parser) + verbItems() + statusItems(parser) + section("SEE ALSO") +
-         ".BR clockhost (1),\n.BR clock\\-scenario (5),\n.BR clock\\-protocol (7)\n";
+  return programPage(
+      clockCtlOptionParser(options), date,
+      "Options may come before and after the verb, up to a word\n.BR \\-\\- .\n"
+      "An error is one line on standard error: what was wrong, and what would be right.\n",
+      verbItems(),
+      section("SEE ALSO") +
+          ".BR clockhost (1),\n.BR clock\\-scenario (5),\n.BR clock\\-protocol (7)\n");
 }
 
 }  // namespace host

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "manual/ManPage.h"
+#include "support/FileContent.h"
 #include "verbs/UsageError.h"
 
 namespace panel {
@@ -52,6 +54,20 @@ TEST(PanelOptions, TakeThePortOfATimeServer) {
 
 TEST(PanelOptions, RefuseAnEmptySocket) {
   EXPECT_NE(refusalOf({"--socket", ""}), "");
+}
+
+TEST(ManPageOfThePanel, HasEachOptionAndStatus) {
+  const std::string page = ::support::contentOf(CLOCK_MANUAL "/clockpanel.1");
+  PanelOptions options;
+  const auto parser = panelOptionParser(options, "/run/clockhost.sock");
+  for (const host::Option& option : parser.options()) {
+    EXPECT_NE(page.find("\\fB" + host::roff(host::usageOf(option)) + "\\fR\n"), std::string::npos)
+        << option.name;
+  }
+  for (const auto& [status, meaning] : parser.program().statuses) {
+    EXPECT_NE(page.find(host::roff(meaning)), std::string::npos) << status;
+  }
+  EXPECT_EQ(page.find("/run/clockhost.sock"), std::string::npos);
 }
 
 }  // namespace

@@ -5,9 +5,9 @@ set -euo pipefail
 . "$CLOCK_TREE/tools/dev/building.bash"
 
 prefix=$(realpath -m -- "${1:-${PREFIX:-$HOME/.local}}")
-need run
+need run panel
 configure default
-build default ClockService clockhost clockctl ntpclient manual
+build default ClockService clockhost clockctl ntpclient clockpanel manual
 cmake --install "$(folder_of default)" --prefix "$prefix"
 case :$PATH: in
   *":$prefix/bin:"*) ;;
