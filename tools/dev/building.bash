@@ -3,17 +3,20 @@
 
 folder_of() { printf '%s/build/%s\n' "$CLOCK_TREE" "$1"; }
 
+# Warnings stop those who change the tree, and not those who only build it with another compiler.
+as_errors=(-DCMAKE_COMPILE_WARNING_AS_ERROR=ON)
+
 # configure NAME [CMAKE OPTION...]: does nothing when the folder is already configured that way.
 configure() {
   local folder stamp wanted
   folder=$(folder_of "$1")
   stamp=$folder/.configured
-  wanted="$CLOCK_TREE ${*:2}"
+  wanted="$CLOCK_TREE ${as_errors[*]} ${*:2}"
   if [ -f "$stamp" ] && [ "$(cat "$stamp")" = "$wanted" ]; then return 0; fi
   echo "dev: configuring ${folder#"$CLOCK_TREE"/}"
   rm -rf "$folder"
   mkdir -p "$CLOCK_TREE/build"
-  cmake -S "$CLOCK_TREE" -B "$folder" -G Ninja "${@:2}" >"$CLOCK_TREE/build/configure.log" 2>&1 || {
+  cmake -S "$CLOCK_TREE" -B "$folder" -G Ninja "${as_errors[@]}" "${@:2}" >"$CLOCK_TREE/build/configure.log" 2>&1 || {
     cat "$CLOCK_TREE/build/configure.log" >&2
     return 1
   }
