@@ -2,7 +2,7 @@
 
 namespace host {
 
-// The version of this tree, as CMakeLists.txt names it: "0.1.0".
+// The version of this tree, as CMakeLists.txt names it.
 extern const char* const kVersion;
 
 }  // namespace host

@@ -12,7 +12,7 @@ from .phone import VARIANTS, Phone
 from .recording import Recording
 from .time_travel import ClockState
 
-__version__ = "0.1.0"
+__version__ = "1.0.0"
 
 __all__ = [
     "VARIANTS",
