@@ -62,6 +62,16 @@ class Writing {
 
 }  // namespace
 
+LogSink::~LogSink() {
+  takeUpTo(kDefault);
+}
+
+void LogSink::takeUpTo(int level) noexcept {
+  const auto isDetailed = [](int own) { return own != kDefault && own >= kLogInfo; };
+  const int before = m_level.exchange(level, std::memory_order_relaxed);
+  ApplicationLog::instance().m_detailedSinks += int{isDetailed(level)} - int{isDetailed(before)};
+}
+
 bool LogSink::takes(const LogEntryView& entry) const noexcept {
   const int own = m_level.load(std::memory_order_relaxed);
   if (own != kDefault) return entry.level <= own;

@@ -18,7 +18,10 @@ namespace host {
 // dropped. It must not wait for a peer, nor for a lock that any thread holds while it logs.
 class LogSink {
  public:
-  virtual ~LogSink() = default;
+  LogSink() = default;
+  virtual ~LogSink();
+  LogSink(const LogSink&) = delete;
+  LogSink& operator=(const LogSink&) = delete;
 
   // Whether write() gets this entry.
   [[nodiscard]] bool takes(const LogEntryView& entry) const noexcept;
@@ -27,7 +30,7 @@ class LogSink {
  protected:
   // From now on the entries up to this level are taken, whatever ApplicationLog::level() is. Below
   // 0: none.
-  void takeUpTo(int level) noexcept { m_level.store(level, std::memory_order_relaxed); }
+  void takeUpTo(int level) noexcept;
 
  private:
   // By default those up to ApplicationLog::level(), and all for the system log.
@@ -61,6 +64,11 @@ class ApplicationLog {
     return m_wantedLevel.load(std::memory_order_relaxed);
   }
 
+  // Whether a sink may take entries of kLogInfo and above.
+  [[nodiscard]] bool showsDetails() const noexcept {
+    return level() >= kLogInfo || m_detailedSinks.load(std::memory_order_relaxed) > 0;
+  }
+
   void addSink(std::shared_ptr<LogSink> sink);
   // After the return no entry reaches the sink. REQUIRES: not called from a sink's write().
   void removeSink(const std::shared_ptr<LogSink>& sink);
@@ -78,6 +86,7 @@ class ApplicationLog {
 
  private:
   friend class LogKeeper;
+  friend class LogSink;
 
   constexpr ApplicationLog() noexcept;
 
@@ -88,7 +97,8 @@ class ApplicationLog {
 
   std::atomic<int> m_level{kDefaultLevel};
   std::atomic<int> m_wantedLevel{kDefaultLevel};
-  mutable Mutex m_mutex;  // held while sinks write
+  std::atomic<int> m_detailedSinks{0};  // whose own level is kLogInfo or above
+  mutable Mutex m_mutex;                // held while sinks write
   std::uint64_t m_lastNumber CLOCK_GUARDED_BY(m_mutex) = 0;
   std::vector<std::shared_ptr<LogSink>> m_sinks CLOCK_GUARDED_BY(m_mutex);
   int m_keepers CLOCK_GUARDED_BY(m_mutex) = 0;

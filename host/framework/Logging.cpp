@@ -1,6 +1,9 @@
 #include "Logging.h"
 
+#include <time.h>
+
 #include <array>
+#include <chrono>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
@@ -8,9 +11,12 @@
 #include <string_view>
 
 #include "base/FormattedText.h"
+#include "base/LogLevels.h"
 #include "base/OrEmpty.h"
+#include "base/Origin.h"
 #include "base/PrintableText.h"
 #include "framework/ApplicationLog.h"
+#include "framework/QueryLogLimit.h"
 
 namespace {
 
@@ -50,6 +56,32 @@ host::LogEntryView entryOf(const char* component, int level, const char* file, i
   return entry;
 }
 
+thread_local host::QueryLogLimit t_queries;
+
+// Read often: the exact time would cost as much as an entry.
+std::chrono::seconds realSecond() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return std::chrono::seconds(now.tv_sec);
+}
+
+// Whether the entry is about a remote call that changes nothing, and only kept.
+bool isKeptQuery(int level) {
+  return level >= host::kLogInfo && host::callHere() != 0 && host::causeHere().act.empty() &&
+         !ApplicationLog::instance().showsDetails();
+}
+
+bool exceedsQueryLimit(int level) {
+  if (!isKeptQuery(level)) return false;
+  if (!t_queries.admits(realSecond)) return true;
+  if (const unsigned dropped = t_queries.takeDropped()) {
+    logAppUni("clockhost", host::kLogInfo, __FILE__, __LINE__,
+              "%u entries about calls that change nothing were not kept: more than %u in a second",
+              dropped, host::QueryLogLimit::kMost);
+  }
+  return false;
+}
+
 }  // namespace
 
 // All components share one level.
@@ -63,7 +95,7 @@ int TraceProfile::GetLevel(const char* /*component*/) {
 
 void logAppUni(const char* component, int level, const char* file, int line, const char* format,
                ...) {
-  if (!loggingOnAppUni(component, level)) return;
+  if (!loggingOnAppUni(component, level) || exceedsQueryLimit(level)) return;
   va_list arguments;
   va_start(arguments, format);
   const EntryText text(format, arguments);

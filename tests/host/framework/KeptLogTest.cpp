@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -52,6 +54,54 @@ TEST_F(KeptLog, HoldsEntriesUpToLevelFiveWhateverIsShown) {
   EXPECT_EQ(keptTexts().back(), "trace");
 }
 
+constexpr std::size_t kFlood = 500;  // entries; the ring has room for them
+
+// So many entries within a remote call. Those that were kept.
+std::size_t keptOfFlood() {
+  const std::string origin = "uid 1, pid 2";
+  const host::OriginScope call(origin, 3);
+  const host::LogKeeper keeper;
+  for (std::size_t i = 0; i < kFlood; ++i) write(5, "x");
+  return keptTexts().size();
+}
+
+TEST_F(KeptLog, HoldsFewOfTheEntriesAboutManyCallsThatChangeNothing) {
+  const support::LogCapture shown(4);
+  const std::size_t kept = keptOfFlood();
+  EXPECT_GT(kept, 0U);
+  EXPECT_LT(kept, kFlood);
+}
+
+TEST_F(KeptLog, HoldsAllEntriesAboutACallThatChangesTheClock) {
+  const support::LogCapture shown(4);
+  const host::CauseScope cause({"call", "setTime"});
+  EXPECT_EQ(keptOfFlood(), kFlood);
+}
+
+TEST_F(KeptLog, HoldsAllEntriesThatAreShown) {
+  const support::LogCapture shown(5);
+  EXPECT_EQ(keptOfFlood(), kFlood);
+}
+
+class Follower : public host::LogSink {
+ public:
+  explicit Follower(int level) { takeUpTo(level); }
+  void write(const host::LogEntry& /*entry*/) override { ++entries; }
+  std::size_t entries = 0;
+};
+
+TEST_F(KeptLog, HoldsAllEntriesWhileSomebodyFollowsThem) {
+  ApplicationLog::instance().setLevel(4);
+  {
+    const auto follower = std::make_shared<Follower>(5);
+    ApplicationLog::instance().addSink(follower);
+    EXPECT_EQ(keptOfFlood(), kFlood);
+    EXPECT_EQ(follower->entries, kFlood);
+    ApplicationLog::instance().removeSink(follower);
+  }
+  EXPECT_LT(keptOfFlood(), kFlood) << "the follower has left";
+}
+
 TEST_F(KeptLog, LastsWhileThereIsAKeeper) {
   ApplicationLog::instance().setLevel(4);
   {
@@ -72,7 +122,7 @@ TEST_F(KeptLog, HasOriginAndCall) {
   {
     const std::string origin = "uid 1000, pid 4711";
     const host::OriginScope scope(origin, 7);
-    write(5, "of a call");
+    write(4, "of a call");
   }
   syslogger_notice("of the device");
   const auto entries = ApplicationLog::instance().kept();
