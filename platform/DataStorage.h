@@ -24,7 +24,7 @@ class DataStorage {
   // are then empty and writes are refused.
   bool findDataAccessService();
 
-  // Stores one value. False when it was not stored: the old value then remains.
+  // Stores a value that XML can carry. False when it was not stored: the old value then remains.
   bool setDataItem(const std::string& key, const std::string& value);
 
   // One XML document with an element for each stored key of `keys` (separated by single spaces),

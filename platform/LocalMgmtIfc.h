@@ -18,7 +18,7 @@ class LocalMgmtIfc {
   // device holds no such value.
   virtual bool getData(ManageableData& record) = 0;
 
-  // Writes the record's value of its root. False when it was refused.
+  // Writes the record's value of its root. False when it was refused, as without root or value.
   virtual bool setData(ManageableData& record) = 0;
 
   // From now on each change of `key` calls agent->manageableDataChanged.

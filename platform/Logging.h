@@ -3,7 +3,7 @@
 // The framework's application log. Levels: 0 fatal, 1 critical, 2 error, 3 warning, 4 start-up
 // note, 5 information, 6 frequent trace. Thread: any; no operation throws.
 
-// True when `component` logs at `level`. Call it before building a costly text.
+// True when the level of `component` is `level` or higher. Call it before building a costly text.
 bool loggingOnAppUni(const char* component, int level);
 
 // Writes one entry, printf-style; dropped when the level is off. file, line: where in the source.

@@ -6,7 +6,8 @@
 
 // A named file in the device's persistent area; the platform decides in which folder.
 // Owner: its creator. Thread: one at a time.
-// The file changes in one step, at shutdown: a reader sees the old content or the new one.
+// The file changes in one step, at shutdown: a reader sees the old content or the new one. Before
+// init and after shutdown, every call but init is refused.
 class Storage {
  public:
   Storage();
@@ -14,7 +15,8 @@ class Storage {
   Storage(const Storage&) = delete;
   Storage& operator=(const Storage&) = delete;
 
-  // Binds the object to the file `name`, a name without a folder. False when it cannot be written.
+  // Binds the object to the file `name`, a name without a folder. False when it cannot be written,
+  // or is no such name.
   bool init(const char* name, std::ios_base::openmode readMode, std::ios_base::openmode writeMode);
 
   // Drops the old content.

@@ -2,6 +2,9 @@
 
 #include <ctime>
 
+// The device's system clock, in UTC. `time` reads the same clock and `settimeofday` sets it.
+// Setting it moves neither the uptime that `sysinfo` tells nor the timers.
+
 // Sets the device's system clock. Returns 0, or a negative number on failure.
 int votk_set_time_seconds_since_epoch(unsigned long secondsSinceEpoch);
 

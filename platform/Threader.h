@@ -15,7 +15,7 @@ enum VotkThreadPriority : int {
 class Threader {
  public:
   // Starts body->run() on a new thread and stores its id (not 0) in *threadId before the body runs.
-  // stackBytes: 0 is the platform's default. False, and *threadId untouched, on failure.
+  // stackBytes: the least; 0 is the platform's default. False, and *threadId untouched, on failure.
   bool spawn(unsigned long* threadId, Threadable* body, const char* name,
              VotkThreadPriority priority, int stackBytes);
 

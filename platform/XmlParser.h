@@ -8,6 +8,7 @@
 // text is not empty.
 class XmlParser {
  public:
+  // attributes: name, value, name, value, ... null.
   using StartElement = void (*)(void* userData, const char* name, const char** attributes);
   using EndElement = void (*)(void* userData, const char* name);
   using CharacterData = void (*)(void* userData, const char* text, int length);

@@ -5,7 +5,7 @@ import pathlib
 import re
 import sys
 
-BODIES = ["src", "host", "examples", "bench", "tests"]
+BODIES = ["src", "host", "conformance", "examples", "bench", "tests"]
 # Read by a check, never built.
 EXCEPTIONS = {"tests/abi/slots.cpp"}
 

@@ -1,9 +1,9 @@
 """Checks which folder includes which: include_arrows.py TREE
 
 The plug-in (include/, src/) sees itself, platform/ and the C and C++ libraries; platform/ sees
-itself and is declarations only; the host sees itself, platform/ and its libraries; examples/ sees
-itself and the headers that are installed. A folder of the host sees itself and those that its
-CMakeLists.txt needs, directly or through others; no two need each other.
+itself and is declarations only; the host and conformance/ see themselves, platform/ and their
+libraries; examples/ sees itself and the headers that are installed. A folder of the host sees itself
+and those that its CMakeLists.txt needs, directly or through others; no two need each other.
 """
 
 import graphlib
@@ -19,6 +19,7 @@ ARROWS = {
     "host": ["host", "platform"],
     "examples": ["examples", "include", "platform"],
     "panel": ["panel", "host", "platform"],
+    "conformance": ["conformance", "platform"],
 }
 # The bodies that may use only the C++ library and POSIX.
 PLAIN = ["platform", "include", "src", "examples"]

@@ -17,9 +17,9 @@ flags+=" -fprofile-list=$counted"
 
 # The layers that reach code. Left out are two long programs that reach no further code, and the
 # report flood, whose time limits this slow build does not meet.
-layers='^(unit|plugin|host|integration|scenario|simulation|faults|fuzz)$'
+layers='^(unit|plugin|host|conformance|integration|scenario|simulation|faults|fuzz)$'
 programs=(clockhost clockctl ntpclient
-  tests/{support,unit,plugin,host,integration,scenarios,simulation,faults,fuzz}/all)
+  tests/{support,unit,plugin,host,conformance,integration,scenarios,simulation,faults,fuzz}/all)
 left_out='^(plugin_century|plugin_replaced_clients|integration_report_flood)_test[.]'
 
 measure() {

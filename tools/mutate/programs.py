@@ -30,6 +30,7 @@ HOST_TESTS = (
     "host_clock_test",
     "host_interpose_test",
     "host_framework_test",
+    "conformance_test",
     "host_services_stores_test",
     "host_resolver_test",
     "host_remote_test",

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "Platform.h"
+
+namespace conformance {
+
+// A test of one promise of the header after which its file is named. It runs on a new platform.
+class Promise : public testing::Test {
+ protected:
+  ~Promise() override;
+
+  // The header's words that the test holds the platform to; printed when it fails.
+  void promises(const char* words, const char* source = __builtin_FILE());
+
+  // Created on first use.
+  Platform& platform();
+
+  void TearDown() override;
+
+ private:
+  std::string m_header;
+  std::string m_words;
+  std::unique_ptr<Platform> m_platform;
+};
+
+// Asks again and again until the condition holds; false when it does not within the limit.
+template <class Condition>
+bool becomesTrue(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds{30}) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+// Long enough to see something happen that must not.
+inline constexpr std::chrono::milliseconds kMoment{20};
+
+// A new folder, removed with its content by the destructor.
+class ScratchFolder {
+ public:
+  ScratchFolder();  // throws std::system_error
+  ~ScratchFolder();
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
+
+ private:
+  std::filesystem::path m_path;
+};
+
+// A file's content; empty without one.
+std::string contentOf(const std::filesystem::path& file);
+
+// Runs the tests, except those that leftOut() names, and prints what was left out and why. 0: all
+// passed. 2: leftOut() names a test that there is none of.
+int runPromises();
+
+}  // namespace conformance

@@ -1,0 +1,36 @@
+#include "MgmtAgentIfc.h"
+
+#include <thread>
+#include <vector>
+
+#include "Context.h"
+#include "Executable.h"
+#include "LocalMgmtIfc.h"
+#include "Promise.h"
+#include "RecordingAgent.h"
+
+namespace {
+
+class MgmtAgentIfcPromise : public conformance::Promise {};
+
+TEST_F(MgmtAgentIfcPromise, IsCalledOnOneThread) {
+  promises("Thread: the management thread.");
+  auto* const management =
+      dynamic_cast<LocalMgmtIfc*>(platform().context().getService("LocalMgmtIfc"));
+  ASSERT_NE(management, nullptr);
+  conformance::RecordingAgent agent;
+  EXPECT_TRUE(management->registerAgent("ClockMgmtId", &agent));
+  EXPECT_TRUE(management->observeData("dhcp-enabled", &agent));
+  EXPECT_TRUE(platform().manage("date-format", "1"));
+  std::thread([&] {
+    ManageableData record = conformance::recordOf("dhcp-enabled", "true");
+    EXPECT_TRUE(management->setData(record));
+  }).join();
+  platform().settle();
+  EXPECT_TRUE(platform().resetUserData());
+  const auto threads = agent.threads();
+  EXPECT_EQ(threads, std::vector<std::thread::id>(3, threads.front()));
+  platform().dropService();
+}
+
+}  // namespace

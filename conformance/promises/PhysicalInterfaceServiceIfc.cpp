@@ -1,0 +1,82 @@
+#include "PhysicalInterfaceServiceIfc.h"
+
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "Context.h"
+#include "Executable.h"
+#include "Promise.h"
+#include "physicalEventObserver.h"
+
+namespace {
+
+using Jacks = std::vector<std::pair<int, int>>;
+
+class JackObserver final : public physicalEventObserver {
+ public:
+  void hookswitchEvent(PhysDefs::actionType /*action*/) override {}
+  void jackEvent(PhysDefs::plugIdentifier plug, PhysDefs::plugStatus status) override {
+    jacks.emplace_back(plug, status);
+  }
+  void getSubscribingService() override { ++subscriptions; }
+
+  Jacks jacks;
+  int subscriptions = 0;
+};
+
+// The group to which the clock subscribes.
+const std::vector<PhysDefs::SubscriptionGrp> kJackEvents{{{1, 2, 2}}};
+
+class PhysicalInterfaceServiceIfcPromise : public conformance::Promise {
+ protected:
+  PhysicalInterfaceServiceIfc& physical() {
+    auto* const found = dynamic_cast<PhysicalInterfaceServiceIfc*>(
+        platform().context().getService("PhysicalInterfaceServiceIfc"));
+    if (found == nullptr) throw std::runtime_error("there is no PhysicalInterfaceServiceIfc");
+    return *found;
+  }
+
+  JackObserver m_observer;
+};
+
+TEST_F(PhysicalInterfaceServiceIfcPromise, TheVariantIsFixed) {
+  promises("Fixed for the life of the device.");
+  const auto variant = physical().getHardwareSubVariant();
+  EXPECT_EQ(physical().getHardwareSubVariant(), variant);
+  platform().restart();
+  EXPECT_EQ(physical().getHardwareSubVariant(), variant);
+}
+
+TEST_F(PhysicalInterfaceServiceIfcPromise, SubscribersReceiveTheirEvents) {
+  promises("The observer, which is not owned, receives the events of these groups");
+  physical().subscribe(&m_observer, kJackEvents);
+  platform().plugJack(5, 1);
+  platform().plugJack(5, 0);
+  EXPECT_EQ(m_observer.jacks, (Jacks{{5, 1}, {5, 0}}));
+}
+
+TEST_F(PhysicalInterfaceServiceIfcPromise, SubscribersReceiveNoOtherEvents) {
+  promises("receives the events of these groups");
+  physical().subscribe(&m_observer, {});
+  platform().plugJack(5, 1);
+  EXPECT_EQ(m_observer.jacks, Jacks{});
+}
+
+TEST_F(PhysicalInterfaceServiceIfcPromise, SubscriptionsEndWithTheService) {
+  promises("until the service is unloaded.");
+  physical().subscribe(&m_observer, kJackEvents);
+  platform().dropService();
+  platform().plugJack(5, 1);
+  EXPECT_EQ(m_observer.jacks, Jacks{});
+}
+
+TEST_F(PhysicalInterfaceServiceIfcPromise, AcceptsNoticeOfAChange) {
+  promises("Notice of a change of the clock");
+  for (int i = 0; i < 2; ++i) {
+    physical().beginClockChange();
+    physical().endClockChange();
+  }
+}
+
+}  // namespace
