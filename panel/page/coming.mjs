@@ -4,7 +4,7 @@ import { Section, useTick } from "./parts.mjs";
 import { durationText, instant, localText, shownNow } from "./time.mjs";
 
 // What a row of `upcoming` says: a change of the zone has offsets in place of a text.
-const whatOf = (row) => row.what ?? `offset ${row.before / 3600} h to ${row.after / 3600} h`;
+export const whatOf = (row) => row.what ?? `offset ${row.before / 3600} h to ${row.after / 3600} h`;
 
 function Row({ name, at, now, offset, what }) {
   return html`<tr>
@@ -20,7 +20,8 @@ export function Coming({ phone }) {
   const now = shownNow(phone);
   const { offset } = phone.status.zone;
   const { timers } = phone.status;
-  const { upcoming } = phone.upcoming;
+  const hour = phone.upcoming.upcoming.find((row) => row.kind === "hour"); // stands for all of them
+  const upcoming = phone.upcoming.upcoming.filter((row) => row.kind !== "hour" || row === hour);
   return html`<${Section} title="What comes next" name="coming">
     <div class="scroll" tabindex="0" role="region" aria-label="Timers and events">
     <table>
@@ -28,7 +29,7 @@ export function Coming({ phone }) {
       <tbody>
         ${timers.map((timer) => html`<${Row} key=${timer.name} name=${timer.name}
           at=${instant(timer.time)} now=${now} offset=${offset} what="armed timer" />`)}
-        ${upcoming.map((row) => html`<${Row} key=${row.kind + row.time} name=${row.kind}
+        ${upcoming.map((row) => html`<${Row} key=${row.kind + row.time} name=${row === hour ? "each hour" : row.kind}
           at=${instant(row.time)} now=${now} offset=${offset} what=${whatOf(row)} />`)}
       </tbody>
     </table>

@@ -1,6 +1,8 @@
 // What the panel tells this page: one record for each telephone, kept up to date.
 
 const MOST_ENTRIES = 100000; // of the journal, in each telephone
+const LEVELS = ["fatal", "critical", "error", "warning", "note", "info", "trace"];
+const NOTE = 4;
 
 export const phones = [];
 export let catalogue = { keys: [] };
@@ -31,8 +33,18 @@ function phoneOf(number) {
   return phones[number];
 }
 
-function addEntry(phone, entry) {
-  phone.entries.push(entry);
+const parametersText = (parameters) =>
+  Object.entries(parameters).map(([name, value]) => `${name}=${value}`).join(" ");
+
+function entryRow({ line, utc, event, parameters }) {
+  if (!line) return { kind: "event", time: utc ?? "", text: `${event} ${parametersText(parameters)}` };
+  const { time, level, component, text } = line;
+  return { kind: level > NOTE ? "detail" : "log", time, text: `${LEVELS[level] ?? level} ${component}: ${text}` };
+}
+
+function addEntry(phone, row) {
+  phone.entries.push(row);
+  if (row.kind === "event") phone.latest = row;
   if (phone.entries.length > MOST_ENTRIES) {
     phone.entries.splice(0, MOST_ENTRIES / 10);
     phone.dropped += MOST_ENTRIES / 10;
@@ -49,7 +61,7 @@ function take(message) {
     return;
   }
   const phone = phoneOf(message.telephone);
-  if (message.entry) return addEntry(phone, message.entry);
+  if (message.entry) return addEntry(phone, entryRow(message.entry));
   if (message.status) message.status.received = performance.now();
   Object.assign(phone, message);
 }

@@ -1,23 +1,13 @@
 // What came: events, log, history and security records in one list, of which only the visible rows
 // are drawn.
-import { html, useMemo, useState } from "./preact.mjs";
+import { html, useEffect, useMemo, useReducer, useRef, useState } from "./preact.mjs";
 import { Section } from "./parts.mjs";
 
 const ROW = 24; // pixels, as in panel.css
 const VISIBLE = 14; // rows
-const KINDS = ["event", "log", "history", "security"];
-const LEVELS = ["fatal", "critical", "error", "warning", "note", "info", "trace"];
-
-const parametersText = (parameters) =>
-  Object.entries(parameters).map(([name, value]) => `${name}=${value}`).join(" ");
-
-function entryRow(entry) {
-  if (entry.line) {
-    const { time, level, component, text } = entry.line;
-    return { kind: "log", time, text: `${LEVELS[level] ?? level} ${component}: ${text}` };
-  }
-  return { kind: "event", time: entry.utc ?? "", text: `${entry.event} ${parametersText(entry.parameters)}` };
-}
+const KINDS = ["event", "log", "detail", "history", "security"]; // detail: log lines below notes
+const AT_ONCE = 20000; // entries
+const SPEAK = 5000; // milliseconds
 
 const historyRow = ({ time, what, from, to, cause, who }) =>
   ({ kind: "history", time, text: `${what}: ${from} -> ${to} (${cause}; ${who})` });
@@ -25,51 +15,61 @@ const historyRow = ({ time, what, from, to, cause, who }) =>
 const securityRow = ({ time, text, subject, origin }) =>
   ({ kind: "security", time, text: `${text} ${subject ?? ""} ${origin ?? ""}` });
 
-// Rows are made once: an entry keeps its own.
-function rowOf(entry) {
-  entry.row ??= entryRow(entry);
-  return entry.row;
-}
+const matches = (row, kinds, patterns) => kinds.has(row.kind) &&
+  patterns.every((pattern) => pattern.test(row.text) || pattern.test(row.time) || pattern.test(row.kind));
 
-function rowsOf(phone, kinds, words) {
-  const rows = [
-    ...(kinds.has("security") ? phone.security.records.map(securityRow) : []),
-    ...(kinds.has("history") ? phone.history.changes.map(historyRow) : []),
-  ];
-  for (const entry of phone.entries) {
-    const row = rowOf(entry);
-    if (kinds.has(row.kind)) rows.push(row);
+// The rows of the entries that match, oldest first. Each is looked at once, and not too many in one frame.
+function useMatching(entries, dropped, kinds, patterns) {
+  const kept = useRef({});
+  const [, draw] = useReducer((count) => count + 1, 0);
+  if ([entries, dropped, kinds, patterns].some((each, index) => each !== kept.current.of?.[index])) {
+    kept.current = { of: [entries, dropped, kinds, patterns], rows: [], next: 0 };
   }
-  const wanted = words.toLowerCase().split(/\s+/).filter(Boolean);
-  if (wanted.length === 0) return rows;
-  return rows.filter((row) => {
-    const text = `${row.kind} ${row.time} ${row.text}`.toLowerCase();
-    return wanted.every((word) => text.includes(word));
+  const { rows, next } = kept.current;
+  const end = Math.min(entries.length, next + AT_ONCE);
+  for (let i = next; i < end; ++i) if (matches(entries[i], kinds, patterns)) rows.push(entries[i]);
+  kept.current.next = end;
+  useEffect(() => {
+    if (end < entries.length) requestAnimationFrame(draw);
   });
+  return rows;
 }
 
-function List({ rows }) {
+function List({ older, newer }) {
+  const count = older.length + newer.length;
   const [top, setTop] = useState(0); // pixels
-  const first = Math.max(0, Math.min(Math.floor(top / ROW), rows.length - VISIBLE));
+  const first = Math.max(0, Math.min(Math.floor(top / ROW), count - VISIBLE));
   const shown = [];
-  for (let i = first; i < Math.min(first + VISIBLE + 1, rows.length); ++i) {
-    const row = rows[rows.length - 1 - i]; // newest first
-    shown.push(html`<li key=${rows.length - i} style=${{ top: `${i * ROW}px` }}
-      aria-setsize=${rows.length} aria-posinset=${i + 1}>
+  for (let i = first; i < Math.min(first + VISIBLE + 1, count); ++i) {
+    const row = newer[newer.length - 1 - i] ?? older[count - 1 - i]; // newest first
+    shown.push(html`<li key=${count - i} style=${{ top: `${i * ROW}px` }}
+      aria-setsize=${count} aria-posinset=${i + 1}>
       <span class="kind ${row.kind}">${row.kind}</span> <time>${row.time}</time> ${row.text}</li>`);
   }
   return html`<div class="list" tabindex="0" role="region" aria-label="Entries"
       onScroll=${(event) => setTop(event.currentTarget.scrollTop)}>
-    <ul style=${{ height: `${rows.length * ROW}px` }}>${shown}</ul>
+    <ul style=${{ height: `${count * ROW}px` }}>${shown}</ul>
   </div>`;
 }
 
+// Tells a screen reader the latest event, and not too often.
+function Spoken({ phone }) {
+  const [said, say] = useState("");
+  useEffect(() => {
+    const timer = setInterval(() => say(phone.latest?.text ?? ""), SPEAK);
+    return () => clearInterval(timer);
+  }, [phone]);
+  return html`<p class="spoken" role="status">${said}</p>`;
+}
+
 export function Journal({ phone }) {
-  const [kinds, setKinds] = useState(new Set(KINDS));
+  const [kinds, setKinds] = useState(new Set(KINDS.filter((kind) => kind !== "detail")));
   const [words, setWords] = useState("");
-  const rows = useMemo(() => rowsOf(phone, kinds, words), [
-    phone.entries.length, phone.dropped, phone.history, phone.security, kinds, words, phone.number,
-  ]);
+  const patterns = useMemo(() => words.split(/\s+/).filter(Boolean)
+    .map((word) => new RegExp(word.replace(/[^\w\s]/g, "\\$&"), "i")), [words]);
+  const older = useMemo(() => [...phone.security.records.map(securityRow), ...phone.history.changes.map(historyRow)]
+    .filter((row) => matches(row, kinds, patterns)), [phone.security, phone.history, kinds, patterns]);
+  const newer = useMatching(phone.entries, phone.dropped, kinds, patterns);
   const toggle = (kind) => {
     const next = new Set(kinds);
     if (!next.delete(kind)) next.add(kind);
@@ -81,8 +81,9 @@ export function Journal({ phone }) {
         onInput=${(event) => setWords(event.target.value)} /></label>
       ${KINDS.map((kind) => html`<label><input type="checkbox" checked=${kinds.has(kind)}
         onChange=${() => toggle(kind)} /> ${kind}</label>`)}
-      <span data-test="rows">${rows.length} entries</span>
+      <span data-test="rows">${older.length + newer.length} entries</span>
     </div>
-    <${List} rows=${rows} />
+    <${List} ...${{ older, newer }} />
+    <${Spoken} phone=${phone} />
   <//>`;
 }

@@ -1,10 +1,10 @@
 // Lets time pass, and moves the clock.
 import { html, useState } from "./preact.mjs";
 import { Answer, Section, useRequest } from "./parts.mjs";
-import { DAY, instant, shownNow, utcText } from "./time.mjs";
+import { instant, shownNow, utcText } from "./time.mjs";
 
 const SPEEDS = [["0", "pause"], ["1", "1x"], ["60", "60x"], ["3600", "3600x"], ["max", "max"]];
-const STEPS = [["1m", "+1 min"], ["1h", "+1 h"], ["1d", "+1 day"]];
+const STEPS = [["1m", "+1 min"], ["1h", "+1 h"], ["1d", "+1 day"], ["next", "next timer"]];
 const LANDMARKS = [
   ["hour", "next hour"], ["midnight", "midnight"], ["dst", "daylight saving"],
   ["leap-day", "leap day"], ["2038", "2038"],
@@ -56,14 +56,11 @@ export function Passing({ phones }) {
   return html`<${Section} title="Time" name="passing">
     <${Buttons} label="Speed" rows=${SPEEDS} pressed=${speedName(phone.status)}
       act=${(word) => send("clock", "speed", word)} />
-    <${Buttons} label="Let pass" rows=${STEPS} act=${(word) => send("clock", "advance", word)} />
+    <${Buttons} label="Let pass" rows=${STEPS} act=${(word) => word === "next" ? send("clock", "next") : send("clock", "advance", word)} />
     <${Buttons} label="Go to ten seconds before" rows=${LANDMARKS}
       act=${(word) => send("clock", "to", word)} />
-    <button type="button" onClick=${() => send("clock", "next")}>next timer</button>
     <${Scrubber} send=${send} />
     <${Jump} phone=${phone} send=${send} />
     <${Answer} answer=${answer} />
   <//>`;
 }
-
-export const DAYS_SHOWN = YEAR * DAY;

@@ -1,67 +1,132 @@
 // The sixteen keys as a form.
-import { html, useState } from "./preact.mjs";
-import { catalogue } from "./feed.mjs";
-import { Answer, Section, useRequest } from "./parts.mjs";
+import { html, useEffect, useRef, useState } from "./preact.mjs";
+import { ask, catalogue } from "./feed.mjs";
+import { Answer, Section, useAction } from "./parts.mjs";
+import { MINUTE, localText, offsetText, shownNow, utcText } from "./time.mjs";
+import { dateText, nextChange, offsetOf, offsetValue, ruleText, timeText } from "./zones.mjs";
 
-const ZONE_KEYS = ["daylight-save-zone-id", "daylight-save-zone-index"];
+const OFFSET = "sntp-tz-offset";
+const GROUPS = [
+  ["Zone and daylight saving", /daylight|tz-offset/], ["Formats", /format/], ["Time server", /sntp-addr|ntp-secret/],
+  ["Time", /./],
+];
+const DEFAULTS = [["2, 3 and 4", "2", "1", "12", "true"], ["0, 1, 5 and up", "0", "0", "0", "false"]];
+const defaultsOf = ([, date, time, zone, saving]) => ({ "date-format": date, "time-format": time, [OFFSET]: "0",
+  "daylight-save-zone-id": zone, "daylight-save": saving, "auto-daylight-save": saving,
+  "daylight-save-minutes": "60", "time-source": "0" });
 
-const presentOf = (phone, key) => phone.keys.keys.find((row) => row.key === key)?.value ?? "";
+const storedOf = (phone, key) => phone.keys.keys.find((row) => row.key === key)?.value ?? "";
+
+const localOf = (phone) => localText(shownNow(phone), phone.status.zone.offset);
+
+// The keys that are the time pass with it; all others change only by a set.
+function presentOf(phone, key) {
+  if (key === "time") return utcText(shownNow(phone)).replace("Z", "+00:00");
+  if (key === "simple-time") return localOf(phone).slice(11, 16);
+  if (key === "simple-date") return dateText(Number(storedOf(phone, "date-format")), localOf(phone), 4);
+  if (key === "daylight-save-zone-list") return `${zonesOf(phone).length} zones, as at daylight-save-zone-id`;
+  return storedOf(phone, key);
+}
 
 // "Not Set", "Brazil", ... in the order of their numbers.
-const zonesOf = (phone) =>
-  presentOf(phone, "daylight-save-zone-list").split(";").filter(Boolean);
+const zonesOf = (phone) => storedOf(phone, "daylight-save-zone-list").split(";").filter(Boolean);
 
 // The value in "clockctl set KEY VALUE".
 const valueIn = (example) => example.split(" ").slice(3).join(" ");
 
-function Choice({ id, chosen, change, rows }) {
-  return html`<select id=${id} onChange=${change}>
-    ${rows.map(([value, text]) => html`<option value=${value} selected=${value === chosen}>${text}</option>`)}
-  </select>`;
+// [value, text] of what one may choose; undefined: any text.
+function choicesOf(phone, { key, values }) {
+  const local = localOf(phone);
+  if (values === "true or false") return [["true", "true"], ["false", "false"]];
+  if (key === "date-format") return [0, 1, 2].map((format) => [String(format), `${format}: ${dateText(format, local)}`]);
+  if (key === "time-format") return [0, 1].map((format) => [String(format), `${format}: ${timeText(format, local)}`]);
+  if (key === "daylight-save-zone-index") return zonesOf(phone).map((zone, row) => [String(row), `${row}: ${zone}`]);
+  return undefined;
+}
+
+// Each zone with its rule and its next change.
+function Zones({ phone, id, value, setValue }) {
+  const offset = offsetOf(storedOf(phone, OFFSET));
+  const shift = Number(storedOf(phone, "daylight-save-minutes")) * MINUTE;
+  const now = shownNow(phone);
+  const list = useRef(null);
+  useEffect(() => {
+    const chosen = list.current.querySelector(":checked");
+    if (chosen) list.current.scrollTop = chosen.parentNode.offsetTop;
+  }, [value]);
+  return html`<div class="zones scroll" role="radiogroup" id=${id} aria-labelledby="${id}-name" ref=${list}>
+    ${zonesOf(phone).map((zone, number) => html`<label>
+      <input type="radio" name=${id} value=${number} checked=${String(number) === value}
+        onChange=${() => setValue(String(number))} />
+      <span>${zone} <small>${ruleText(number)}${number > 0 && `; next ${nextChange(number, now, offset, shift)}`}</small></span>
+    </label>`)}
+  </div>`;
 }
 
 function Input({ phone, row, id, value, setValue }) {
-  const present = presentOf(phone, row.key);
+  const choices = choicesOf(phone, row);
+  const [free, setFree] = useState(false);
   const change = (event) => setValue(event.target.value);
-  if (ZONE_KEYS.includes(row.key)) {
-    return html`<${Choice} id=${id} chosen=${value ?? present} change=${change}
-      rows=${zonesOf(phone).map((zone, number) => [String(number), zone])} />`;
+  const choose = (event) => event.target.value === "other" ? setFree(true) : change(event);
+  if (row.key === "daylight-save-zone-id") return html`<${Zones} ...${{ phone, id, value, setValue }} />`;
+  if (choices && !free) {
+    const known = choices.some(([each]) => each === value) ? choices : [[value, value], ...choices];
+    return html`<select id=${id} onChange=${choose}>
+      ${[...known, ["other", "another value"]].map(([each, text]) =>
+        html`<option value=${each} selected=${each === value}>${text}</option>`)}
+    </select>`;
   }
-  if (row.values === "true or false") {
-    return html`<${Choice} id=${id} chosen=${value ?? present} change=${change}
-      rows=${[["true", "true"], ["false", "false"]]} />`;
-  }
-  return html`<input id=${id} value=${value ?? present} placeholder=${valueIn(row.example)}
-    autocomplete="off" spellcheck=${false} onInput=${change} />`;
+  return html`<input id=${id} value=${value} placeholder=${valueIn(row.example)} autocomplete="off"
+    spellcheck=${false} onInput=${change} />`;
 }
 
 function Setting({ phones, row }) {
   const [phone] = phones;
-  const [value, setValue] = useState(null); // null: as the telephone has it
-  const [send, answer] = useRequest(phones);
+  const [typed, setTyped] = useState(null); // null: as the telephone has it
+  const [run, answer] = useAction();
   const id = `key-${row.key}`;
-  const set = async (event) => {
+  const value = typed ?? presentOf(phone, row.key);
+  const set = (event) => {
     event.preventDefault();
-    if (await send("set", row.key, value ?? presentOf(phone, row.key))) setValue(null);
+    run(async () => {
+      const sent = row.key === OFFSET ? offsetValue(value) : value;
+      await Promise.all(phones.map((each) => ask(each, ["set", row.key, sent])));
+      setTyped(null);
+      const kept = await ask(phone, ["get", row.key]);
+      return { note: `done, it is now "${kept.value}"; ${row.effect}` };
+    });
   };
   if (!row.settable) {
     return html`<div class="setting"><span class="name">${row.key}</span>
       <span class="value">${presentOf(phone, row.key)}</span></div>`;
   }
+  const seconds = row.key === OFFSET ? offsetOf(value) : NaN;
   return html`<form class="setting" onSubmit=${set}>
-    <label class="name" for=${id} title=${row.meaning}>${row.key}</label>
-    <${Input} phone=${phone} row=${row} id=${id} value=${value} setValue=${setValue} />
-    <button disabled=${answer?.busy}>Set</button>
-    <small>${row.meaning}: ${row.values}</small>
+    <label class="name" id="${id}-name" for=${id}>${row.key}</label>
+    <${Input} ...${{ phone, row, id, value, setValue: setTyped }} />
+    <button disabled=${answer?.busy} aria-label="Set ${row.key}">Set</button>
+    <small>${row.meaning}${Number.isFinite(seconds) && ` (${offsetText(seconds)})`}: ${row.values}</small>
     <${Answer} answer=${answer} />
   </form>`;
 }
 
 export function Settings({ phones }) {
-  const [send, answer] = useRequest(phones);
+  const [run, answer] = useAction();
+  const groupOf = ({ key }) => GROUPS.find(([, pattern]) => pattern.test(key));
+  const all = (words) => Promise.all(phones.map((phone) => ask(phone, words)));
+  const setAll = (values) => async () => {
+    for (const [key, value] of Object.entries(values)) await all(["set", key, value]);
+  };
   return html`<${Section} title="Settings" name="settings">
-    ${catalogue.keys.map((row) => html`<${Setting} key=${row.key} phones=${phones} row=${row} />`)}
-    <button type="button" onClick=${() => send("reset")}>Reset the formats</button>
+    ${GROUPS.map((group) => html`<h3>${group[0]}</h3>
+      ${catalogue.keys.filter((row) => groupOf(row) === group)
+        .map((row) => html`<${Setting} key=${row.key} phones=${phones} row=${row} />`)}`)}
+    <h3>Defaults</h3>
+    <div class="buttons">
+      <button type="button" onClick=${() => run(() => all(["reset"]))}>Reset the formats</button>
+      ${DEFAULTS.map((row) => html`<button type="button" onClick=${() => run(setAll(defaultsOf(row)))}>
+        Defaults of variants ${row[0]}</button>`)}
+    </div>
     <${Answer} answer=${answer} />
   <//>`;
 }

@@ -23,18 +23,25 @@ function useTexts(phone) {
   return short;
 }
 
-function Icon({ on, symbol, label }) {
-  return html`<li class=${on ? "on" : "off"}><span aria-hidden="true">${symbol}</span> ${label}</li>`;
+const ICONS = { // lines in a square of 24
+  saved: "M4 3h13l3 3v15H4zM8 3v6h8V3M8 21v-7h8v7",
+  hand: "M8 13V5a1.5 1.5 0 0 1 3 0v6V3.5a1.5 1.5 0 0 1 3 0V11V5a1.5 1.5 0 0 1 3 0v10a6 6 0 0 1-11 3l-3-5 2-1z",
+  server: "M12 13v8M8 21h8M12 13a2 2 0 1 0 0-4 2 2 0 0 0 0 4M7 16a7 7 0 0 1 0-10M17 6a7 7 0 0 1 0 10",
+  network: "M9 3h6v5H9zM3 16h6v5H3zM15 16h6v5h-6zM12 8v4M6 16v-4h12v4",
+  sun: "M12 8a4 4 0 1 0 0 8 4 4 0 0 0 0-8M12 2v3M12 19v3M2 12h3M19 12h3M5 5l2 2M17 17l2 2M5 19l2-2M17 7l2-2",
+  snow: "M12 2v20M3.3 7l17.4 10M3.3 17L20.7 7",
+};
+
+function Icon({ name, label, off }) {
+  return html`<li class=${off && "off"}>
+    <svg viewBox="0 0 24 24" aria-hidden="true"><path d=${ICONS[name]} /></svg> ${label}</li>`;
 }
 
-function Icons({ status }) {
-  const saving = status.zone.daylight;
+function Icons({ status: { byHand, source, network, zone } }) {
   return html`<ul class="icons" aria-label="State">
-    <${Icon} on=${true} symbol=${status.byHand ? "✋" : status.source === "time server" ? "📡" : "💾"}
-      label=${status.source || "no source"} />
-    <${Icon} on=${status.network === "up"} symbol="🖧" label="network ${status.network}" />
-    <${Icon} on=${saving} symbol=${saving ? "☀" : "❄"}
-      label=${saving ? "daylight saving" : "standard time"} />
+    <${Icon} name=${byHand ? "hand" : source === "time server" ? "server" : "saved"} label=${source || "no source"} />
+    <${Icon} name="network" label="network ${network}" off=${network !== "up"} />
+    <${Icon} name=${zone.daylight ? "sun" : "snow"} label=${zone.daylight ? "daylight saving" : "standard time"} />
   </ul>`;
 }
 
@@ -57,6 +64,7 @@ export function Telephone({ phone }) {
       <div class="date" data-test="date">${status.shown.date}</div>
       <div class="short">${short}</div>
     </div>
+    <div class="about">
     <p class="exact"><span data-test="local">${localText(now, offset)}</span> ${offsetText(offset)}</p>
     <${Icons} status=${status} />
     <${Why} status=${status} />
@@ -71,5 +79,6 @@ export function Telephone({ phone }) {
         <dt>version</dt><dd>${status.version}</dd>
       </dl>
     </details>
+    </div>
   </article>`;
 }

@@ -2,85 +2,118 @@
 import { html, useEffect, useMemo, useRef, useState } from "./preact.mjs";
 import uPlot from "./uplot.mjs";
 import { Section } from "./parts.mjs";
-import { DAY, HOUR, MINUTE, localText, offsetText, shownNow, utcText } from "./time.mjs";
+import { whatOf } from "./coming.mjs";
+import { DAY, HOUR, MINUTE, instant, localText, offsetText, shownNow, utcText } from "./time.mjs";
 
-const HEIGHT = 200; // pixels
+const HEIGHT = 200, BAND = 8, NEAR = 4, STEP = 2; // pixels
+const MOST_NEAR = 3; // marks in a text
+const PAST = 30 * DAY; // shown before now
 const AROUND = 90 * MINUTE; // shown before and after a change
+
+const DARK = matchMedia("(prefers-color-scheme: dark)");
 
 const colour = (name) => getComputedStyle(document.body).getPropertyValue(name).trim();
 
-// A line at each instant: [seconds, colour].
-function markers(marks) {
-  return {
-    hooks: {
-      draw: (plot) => {
-        const { ctx, bbox } = plot;
-        for (const [seconds, stroke] of marks()) {
-          const x = Math.round(plot.valToPos(seconds, "x", true));
-          if (x < bbox.left || x > bbox.left + bbox.width) continue;
-          ctx.strokeStyle = stroke;
-          ctx.beginPath();
-          ctx.moveTo(x, bbox.top);
-          ctx.lineTo(x, bbox.top + bbox.height);
-          ctx.stroke();
-        }
-      },
-    },
-  };
+// Draws a line at each instant, and a band for what comes each hour.
+function drawMarks({ ctx, bbox, valToPos }, marks, hours) {
+  const place = (seconds) => Math.round(valToPos(seconds, "x", true));
+  const right = bbox.left + bbox.width;
+  if (hours) {
+    const from = Math.max(bbox.left, place(hours));
+    ctx.fillStyle = colour("--band");
+    ctx.fillRect(from, bbox.top + bbox.height - BAND, right - from, BAND);
+  }
+  for (const { seconds, name } of marks) {
+    const x = place(seconds);
+    if (x < bbox.left || x > right) continue;
+    ctx.strokeStyle = colour(name);
+    ctx.beginPath();
+    ctx.moveTo(x, bbox.top);
+    ctx.lineTo(x, bbox.top + bbox.height);
+    ctx.stroke();
+  }
 }
 
-function Plot({ label, data, options }) {
+// describe(seconds, marks): the text for an instant that the pointer, or the arrow keys, are at.
+function Plot({ label, hint, data, options, marks, hours, describe }) {
   const place = useRef(null);
   const plot = useRef(null);
+  const latest = useRef(null);
+  latest.current = { marks, hours, describe };
+  const [at, setAt] = useState({ left: 0, width: 1, text: "" });
   useEffect(() => {
-    const width = () => Math.max(280, place.current.clientWidth);
-    plot.current = new uPlot({ width: width(), height: HEIGHT, ...options }, data, place.current);
-    const resize = new ResizeObserver(() =>
-      plot.current.setSize({ width: width(), height: HEIGHT }));
+    const size = () => ({ width: Math.max(280, place.current.clientWidth), height: HEIGHT });
+    const moved = (self) => {
+      if (self.cursor.left < 0) return;
+      const near = latest.current.marks().filter(({ seconds }) =>
+        Math.abs(self.valToPos(seconds, "x") - self.cursor.left) < NEAR).slice(-MOST_NEAR);
+      const seconds = near[0]?.seconds ?? Math.round(self.posToVal(self.cursor.left, "x"));
+      setAt({ left: self.cursor.left, width: self.over.clientWidth,
+        text: [latest.current.describe(seconds), ...near.map(({ text }) => text)].join("; ") });
+    };
+    const draw = (self) => drawMarks(self, latest.current.marks(), latest.current.hours?.());
+    plot.current = new uPlot({ ...size(), ...options, tzDate, legend: { show: false },
+      cursor: { y: false, drag: { x: false }, points: { show: false } },
+      hooks: { draw: [draw], setCursor: [moved] } }, data, place.current);
+    const resize = new ResizeObserver(() => plot.current.setSize(size()));
     resize.observe(place.current);
+    const redraw = () => plot.current.redraw();
+    DARK.addEventListener("change", redraw);
     return () => {
+      DARK.removeEventListener("change", redraw);
       resize.disconnect();
       plot.current.destroy();
     };
   }, [options]);
   useEffect(() => plot.current?.setData(data), [data]);
-  return html`<div class="plot" role="img" aria-label=${label} ref=${place}></div>`;
-}
-
-function axes(valueText) {
-  const stroke = colour("--text");
-  const grid = { stroke: colour("--line"), width: 1 };
-  return [{ stroke, grid }, { stroke, grid, size: 90, values: (_, values) => values.map(valueText) }];
+  const step = (event) => {
+    const by = { ArrowLeft: -STEP, ArrowRight: STEP }[event.key];
+    if (!by) return;
+    event.preventDefault();
+    plot.current.setCursor({ left: Math.min(plot.current.over.clientWidth, Math.max(0, at.left + by)), top: 0 });
+  };
+  return html`<div class="plot" role="slider" tabindex="0" aria-label=${label} aria-valuemin="0" aria-valuemax="100"
+      aria-valuenow=${Math.round(100 * at.left / at.width)} aria-valuetext=${at.text || "arrow keys move through it"} onKeyDown=${step}
+      ref=${place}></div>
+    <p class="tip">${at.text || `${hint} Point at the plot, or use the arrow keys in it.`}</p>`;
 }
 
 // UTC on the axis of time, whatever the browser's zone.
 const tzDate = (seconds) => uPlot.tzDate(new Date(seconds * 1000), "Etc/UTC");
 
-function yearOptions(phone) {
-  const stepped = uPlot.paths.stepped({ align: 1 });
-  const tip = (_, seconds, __, index) => (index === null ? "" : utcText(seconds));
+// What is known of the past is when something changed, but not the offset.
+function instantText(seconds, offsets) {
+  const row = offsets.findLast((each) => each.seconds <= seconds);
+  return utcText(seconds) + (row ? ` is ${localText(seconds, row.offset)} ${offsetText(row.offset)}` : "");
+}
+
+function optionsOf(timeText, valueText, line) {
+  const stroke = () => colour("--text");
+  const grid = { stroke: () => colour("--line"), width: 1 };
+  const axis = (text) => ({ stroke, grid, values: (_, values) => values.map(text) });
   return {
-    tzDate,
-    axes: axes((value) => offsetText(value * HOUR)),
-    series: [
-      { label: "UTC", value: tip },
-      { label: "offset", paths: stepped, stroke: colour("--accent"), width: 2,
-        value: (_, value) => (value === null ? "" : offsetText(value * HOUR)) },
-    ],
-    plugins: [markers(() => [
-      [shownNow(phone), colour("--warn")],
-      ...(phone.history?.changes ?? []).map((change) => [Date.parse(change.time) / 1000, colour("--line")]),
-      ...phone.upcoming.upcoming.filter((row) => row.kind !== "hour")
-        .map((row) => [Date.parse(row.time) / 1000, colour("--soft")]),
-    ])],
+    axes: [{ ...axis(timeText), space: 80 }, { ...axis(valueText), size: 90 }],
+    series: [{}, { stroke: () => colour("--accent"), width: 3, points: { show: false }, ...line }],
   };
 }
 
+const yearOptions = () => optionsOf((seconds) => utcText(seconds).slice(0, 10), (hours) => offsetText(hours * HOUR),
+  { paths: uPlot.paths.stepped({ align: 1 }) });
+
+// What happened, now, and what will happen; full hours are in the band.
+const yearMarks = (phone) => [
+  ...(phone.history?.changes ?? []).map(({ time, what, cause }) =>
+    ({ seconds: instant(time), name: "--soft", text: `${what}: ${cause}` })),
+  ...phone.upcoming.upcoming.filter(({ kind }) => kind !== "hour").map((row) =>
+    ({ seconds: instant(row.time), name: "--band", text: `${row.kind}: ${whatOf(row)}` })),
+  { seconds: shownNow(phone), name: "--warn", text: "now" },
+];
+
 function yearData(offsets) {
-  const end = offsets[0].seconds + 365 * DAY;
-  const last = offsets[offsets.length - 1];
-  const rows = [...offsets, { seconds: end, offset: last.offset }];
-  return [rows.map((row) => row.seconds), rows.map((row) => row.offset / HOUR)];
+  const [{ seconds }] = offsets;
+  const rows = [{ seconds: seconds - PAST, offset: null }, ...offsets,
+    { seconds: seconds + 365 * DAY, offset: offsets[offsets.length - 1].offset }];
+  return [rows.map((row) => row.seconds), rows.map(({ offset }) => (offset === null ? null : offset / HOUR))];
 }
 
 // Local time of day against UTC: a change is a gap or a fold.
@@ -99,19 +132,8 @@ function changeData({ seconds, before, after }) {
   return [times, hours];
 }
 
-function changeOptions({ seconds }) {
-  const text = (hours) => localText(Math.round(hours * HOUR), 0).slice(11, 16);
-  return {
-    tzDate,
-    axes: axes(text),
-    series: [
-      { label: "UTC", value: (_, at) => (at === null ? "" : utcText(at)) },
-      { label: "local", stroke: colour("--accent"), width: 3, spanGaps: false,
-        value: (_, hours) => (hours === null ? "" : text(hours)) },
-    ],
-    plugins: [markers(() => [[seconds, colour("--warn")]])],
-  };
-}
+const changeOptions = () => optionsOf((seconds) => utcText(seconds).slice(11, 16),
+  (hours) => localText(Math.round(hours * HOUR), 0).slice(11, 16), { spanGaps: false });
 
 function changesOf(offsets) {
   return offsets.slice(1).map((row, index) => ({
@@ -120,10 +142,11 @@ function changesOf(offsets) {
 }
 
 function changeText({ seconds, before, after }) {
-  const what = after > before ? "missing" : "twice";
+  const what = after > before ? "is missing" : "comes twice";
   const from = localText(seconds, Math.min(before, after)).slice(0, 16);
   const to = localText(seconds, Math.max(before, after)).slice(11, 16);
-  return `${from} to ${to} ${after > before ? "is" : "comes"} ${what}`;
+  const [last, next] = [localText(seconds - 1, before), localText(seconds, after)].map((text) => text.slice(11));
+  return `${from} to ${to} ${what}: ${last} is followed by ${next}`;
 }
 
 export function Year({ phone }) {
@@ -132,12 +155,15 @@ export function Year({ phone }) {
   // The first row is now, in each message another.
   const key = JSON.stringify(offsets.slice(1));
   const changes = useMemo(() => changesOf(offsets), [key]);
-  const year = useMemo(() => yearOptions(phone), [phone.number]);
+  const options = useMemo(() => [yearOptions(), changeOptions()], [phone.number]);
   const data = useMemo(() => yearData(offsets), [key, Math.floor(offsets[0].seconds / DAY)]);
   const change = changes[Math.min(chosen, changes.length - 1)];
-  const near = useMemo(() => change && [changeData(change), changeOptions(change)], [key, change]);
+  const near = useMemo(() => change && changeData(change), [key, change]);
+  const describe = (seconds) => instantText(seconds, offsets);
   return html`<${Section} title="The year ahead" name="year">
-    <${Plot} label="Local offset over the year" data=${data} options=${year} />
+    <${Plot} label="Local offset over the year" hint="Red is now; the band stands for the full hours to come."
+      data=${data} options=${options[0]} describe=${describe}
+      marks=${() => yearMarks(phone)} hours=${() => offsets[0].seconds} />
     ${change ? html`
       <div class="buttons" role="group" aria-label="Changes of the offset">
         ${changes.map((row, number) => html`<button type="button"
@@ -145,7 +171,9 @@ export function Year({ phone }) {
           ${utcText(row.seconds).slice(0, 10)}</button>`)}
       </div>
       <p data-test="change">${changeText(change)}</p>
-      <${Plot} label="Local time around the change" data=${near[0]} options=${near[1]} />`
-    : html`<p>No change of the local offset in a year.</p>`}
+      <${Plot} label="Local time around the change" hint="Local time against UTC." data=${near} options=${options[1]} describe=${describe}
+        marks=${() => [{ seconds: change.seconds, name: "--warn", text: "the change" }]} />`
+    : html`<p>No change of the local offset in a year. For one, choose a zone in the settings, and switch
+        ${" "}<em>daylight-save</em> and <em>auto-daylight-save</em> on.</p>`}
   <//>`;
 }

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <utility>
 
 #include "base/Error.h"
 #include "base/StartThread.h"
@@ -30,16 +31,17 @@ constexpr int kAtOnce = 500;  // events and lines between two readings of the st
 struct StateRequest {
   const char* name;
   const char* request;
+  bool recorded;  // it grows with each change of a setting
 };
 
 // What a page shows, and the control request that reads it.
 constexpr StateRequest kStates[] = {
-    {"status", R"({"verb":"status"})"},
-    {"upcoming", R"({"verb":"upcoming","plot":true})"},
-    {"keys", R"({"verb":"keys"})"},
-    {"history", R"({"verb":"history"})"},
-    {"security", R"({"verb":"security-log"})"},
+    {"status", R"({"verb":"status"})", false},
+    {"upcoming", R"({"verb":"upcoming","plot":true})", false},
+    {"history", R"({"verb":"history"})", true},
+    {"security", R"({"verb":"security-log"})", true},
 };
+constexpr const char* kKeys = R"({"verb":"keys"})";
 
 Json entryOf(const host::ReceivedEvent& event) {
   Json entry = {{"event", event.method.getName()},
@@ -74,12 +76,15 @@ class Attachment {
     return count;
   }
 
+  // The service logs each reading of a key, so the keys are read only when one may have changed.
   void readStates(const TelephoneWatch::Tell& tell) {
+    std::string recorded;
     for (const StateRequest& state : kStates) {
-      const auto text = m_control.control(state.request, kAnswerLimit);
-      if (!text) throw Error("no reply; the host is busy or stopped");
-      tell(state.name, objectIn(*text));
+      const std::string text = read(state.request);
+      tell(state.name, objectIn(text));
+      if (state.recorded) recorded += text;
     }
+    if (std::exchange(m_recorded, recorded) != recorded) tell("keys", objectIn(read(kKeys)));
   }
 
   [[nodiscard]] std::array<int, 2> descriptors() const {
@@ -87,9 +92,16 @@ class Attachment {
   }
 
  private:
+  std::string read(const char* request) {
+    const auto text = m_control.control(request, kAnswerLimit);
+    if (!text) throw Error("no reply; the host is busy or stopped");
+    return *text;
+  }
+
   RemoteClient m_control;
   RemoteClient m_calls;
   std::uint32_t m_log = 0;
+  std::string m_recorded;  // as it was when the keys were read
 };
 
 }  // namespace

@@ -2,10 +2,12 @@
 
 import gzip
 import pathlib
+import re
 import sys
 import tempfile
 import unittest
 
+from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 from telephones import Setup
@@ -33,9 +35,9 @@ class PageTest(unittest.TestCase):
                 host.ctl("clock", "jump", options[options.index("--at") + 1])
 
     def set_new_york(self):
-        for key, value in (("sntp-tz-offset", "-5"), ("daylight-save-zone-id", "United States"),
+        for key, value in (("sntp-tz-offset", "-5"), ("daylight-save-zone-id", "12"),
                            ("auto-daylight-save", "true"), ("daylight-save", "true")):
-            self.assertEqual(self.page.set_key(key, value), "done")
+            self.assertIn(f'done, it is now "{value}', self.page.set_key(key, value))
 
 
 class OneTelephone(PageTest):
@@ -46,6 +48,55 @@ class OneTelephone(PageTest):
         self.page.wait_text(".telephone", "daylight saving")
         self.page.wait_text("[data-test=local]", "2026-03-08 03:00:50")
         self.page.wait_text("[data-test=change]", "2026-11-01 01:00 to 02:00 comes twice")
+
+    def test_a_zone_shows_its_rule_and_its_next_change(self):
+        self.set_new_york()
+        chosen = "#key-daylight-save-zone-id label:has(:checked)"
+        self.page.wait_text(chosen, "second Sunday in March 02:00 to first Sunday in November 02:00")
+        for landmark, coming in (("2026-03-08T06:59:50Z", "2026-03-08"), ("2026-03-08T07:00:00Z", "2026-11-01"),
+                                 ("2026-11-01T05:59:59Z", "2026-11-01"), ("2026-11-01T06:00:00Z", "2027-03-14")):
+            self.page.hosts[0].ctl("clock", "jump", landmark)
+            self.page.wait_text(chosen, f"next {coming} 02:00")
+
+    def test_offsets_are_hours_and_formats_have_examples(self):
+        self.page.press("Defaults of variants 0")
+        self.page.wait_text(".date", "08.03.26")
+        self.assertIn('it is now "12.75"', self.page.set_key("sntp-tz-offset", "12.75"))
+        self.page.wait_text("form:has(#key-sntp-tz-offset) small", "(UTC+12:45)")
+        self.page.press("+1 min")
+        self.page.wait_text(".exact", "UTC+12:45")
+        self.page.set_key("sntp-tz-offset", "0")
+        self.page.wait_for(lambda: [each.text for each in self.page.all("#key-date-format option")] ==
+                           ["0: 08.03.26", "1: 26-03-08", "2: 03/08/26", "another value"], "examples")
+
+    def test_any_value_can_be_tried(self):
+        self.page.all("#key-daylight-save-zone-index option")[-1].click()
+        self.page.wait_for(lambda: self.page.one("#key-daylight-save-zone-index").tag_name == "input")
+        self.assertIn("it takes 0-14", self.page.set_key("daylight-save-zone-index", "15"))
+
+    def test_the_defaults_of_a_variant(self):
+        self.page.set_key("date-format", "1")
+        self.page.press("Reset the formats")
+        self.page.wait_text(".date", "03/08/26")
+        self.page.press("Defaults of variants 0")
+        self.page.wait_text(".date", "08.03.26")
+        self.page.press("Defaults of variants 2")
+        self.page.wait_text(".date", "03/08/26")
+
+    def test_a_plot_tells_instant_and_local_time(self):
+        self.set_new_york()
+        self.page.hosts[0].ctl("clock", "jump", "2026-06-01T00:00:00Z")
+        self.page.press("+1 min")
+        self.page.wait_text(".exact", "UTC-04:00")
+        self.page.wait_text("[data-test=change]", "2026-11-01 01:00 to 02:00 comes twice: "
+                            "01:59:59 is followed by 01:00:00")
+        plot = self.page.all(".plot")[1]
+        ActionChains(self.page.browser).move_to_element(plot.find_element("css selector", ".u-over")).perform()
+        self.page.wait_for(lambda: plot.get_attribute("aria-valuetext") ==
+                           "2026-11-01T06:00:00Z is 2026-11-01 01:00:00 UTC-05:00; the change", "the middle")
+        plot.send_keys(*[Keys.ARROW_RIGHT] * 20)
+        self.page.wait_for(lambda: re.fullmatch(r"2026-11-01T06:1.*UTC-05:00", plot.get_attribute("aria-valuetext")),
+                           "a later minute")
 
     def test_a_refused_value_is_answered_beside_its_field(self):
         answer = self.page.set_key("sntp-tz-offset", "")
@@ -71,19 +122,6 @@ class OneTelephone(PageTest):
         self.page.wait_text(".icons", "network up")
         self.page.press("network down")
         self.page.wait_text(".icons", "network down")
-
-    def test_a_recording_runs_again(self):
-        self.page.hosts[0].ctl("clock", "advance", "1s")
-        self.page.press("Record")
-        self.page.wait_text(".record", "Stop recording")
-        self.page.set_key("time-format", "0")
-        self.page.press("+1 h")
-        self.page.wait_text(".passing output", "done")
-        self.page.press("Stop recording")
-        self.page.wait_for(lambda: "Run it again" in self.page.text(".scenarios"))
-        self.page.press("Run it again")
-        self.page.wait_for(lambda: self.page.all(".lines .passed:last-child"), "a green last line")
-        self.assertFalse(self.page.all(".lines .failed"))
 
     def test_a_scenario_shows_the_line_that_fails(self):
         with tempfile.NamedTemporaryFile("w", suffix=".scenario") as file:
@@ -118,6 +156,22 @@ class OneTelephone(PageTest):
         self.page.wait_text(".missing", "is not there")
         self.page.hosts[0].start()
         self.page.wait_for(lambda: not self.page.all(".missing"))
+
+
+class Recordings(PageTest):
+    def test_a_recording_runs_again(self):
+        self.page.hosts[0].ctl("clock", "advance", "1s")
+        self.page.press("Record")
+        self.page.wait_text(".record", "Stop recording")
+        self.page.set_key("time-format", "0")
+        self.page.press("+1 h")
+        self.page.wait_text(".passing output", "done")
+        self.page.press("Stop recording")
+        self.page.wait_for(lambda: "Run it again" in self.page.text(".scenarios"))
+        self.page.press("Run it again")
+        self.page.wait_for(lambda: re.search("passed, all|failed in", self.page.text(".scenarios")), "an end")
+        self.assertEqual(self.page.text(".scenarios pre"), "", self.page.text(".lines"))
+        self.page.wait_for(lambda: self.page.all(".lines .passed:last-child"), "a green last line")
 
 
 class TwoTelephones(PageTest):

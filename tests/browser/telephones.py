@@ -141,7 +141,9 @@ class Setup:
         """Fills a field of the settings and sends it; returns the answer."""
         field = self.one(f"#key-{key}")
         if field.tag_name == "select":
-            Select(field).select_by_visible_text(value)
+            Select(field).select_by_value(value)
+        elif field.tag_name == "div":  # of zones
+            field.find_element(By.CSS_SELECTOR, f"input[value='{value}']").click()
         else:
             field.send_keys(Keys.CONTROL, "a")
             field.send_keys(value or Keys.DELETE)

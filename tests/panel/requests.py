@@ -4,6 +4,7 @@ import http.client
 import json
 import os
 import pathlib
+import re
 import socket
 import subprocess
 import sys
@@ -198,6 +199,15 @@ class Listening(unittest.TestCase):
             self.assertEqual(self.refusal("--listen", str(path))[0], 1)
             self.assertEqual(panel.end(), 0)
             self.assertFalse(path.exists())
+
+
+class Zones(unittest.TestCase):
+    def test_the_page_has_the_rules_of_the_plug_in(self):
+        tree = pathlib.Path(__file__).parent.parent.parent
+        page = (tree / "panel/page/zones.mjs").read_text().partition("RULES = [")[2].partition("];")[0]
+        rows = (tree / "src/DSTZoneRules.cpp").read_text().partition("DSTRulesData{{")[2].partition("}};")[0]
+        self.assertEqual(re.findall(r'"(|M[^"]*)"', page),
+                         re.findall(r'\d, +"(|M[^"]*)"\}', rows.replace("\n", " ")))
 
 
 if __name__ == "__main__":
