@@ -32,17 +32,6 @@ class Settings : public testing::Test {
   DataStorage m_storage{m_context, kSchema};
 };
 
-TEST(SettingsWithoutStore, AreEmptyAndRefused) {
-  host::VirtualClock clock;
-  host::HostContext context(clock);
-  DataStorage storage(context, kSchema);
-  EXPECT_FALSE(storage.setDataItem("Key", "value"));
-  EXPECT_EQ(storage.getDataItems("Key"), "");
-  EXPECT_FALSE(storage.findDataAccessService());
-  EXPECT_FALSE(storage.setDataItem("Key", "value"));
-  EXPECT_EQ(storage.getDataItems("Key"), "");
-}
-
 TEST(SettingsWithoutStore, DoNotUseAServiceThatIsNoStore) {
   support::Part other;
   host::VirtualClock clock;
@@ -57,29 +46,6 @@ TEST_F(Settings, AreStoredUnderTheirSchema) {
   EXPECT_EQ(m_access.getItem(kSchema, "Key"), "value");
   EXPECT_EQ(m_access.getItem("Other", "Key"), std::nullopt);
   EXPECT_STREQ(DASUtilsStrings::ClockSettingsSchema, "ClockSettings");
-}
-
-TEST_F(Settings, FormOneDocumentInTheOrderOfTheKeys) {
-  EXPECT_TRUE(m_storage.setDataItem("A", "1"));
-  EXPECT_TRUE(m_storage.setDataItem("B", ""));
-  EXPECT_TRUE(m_storage.setDataItem("C", "3"));
-  EXPECT_EQ(m_storage.getDataItems("B A C"), document("<B></B><A>1</A><C>3</C>"));
-}
-
-TEST_F(Settings, AreLeftOutWithoutAValue) {
-  EXPECT_EQ(m_storage.getDataItems("A B"), kNoItems);
-  EXPECT_EQ(m_storage.getDataItems(""), kNoItems);
-  EXPECT_TRUE(m_storage.setDataItem("B", "2"));
-  EXPECT_EQ(m_storage.getDataItems("A B C"), document("<B>2</B>"));
-}
-
-TEST_F(Settings, KeepTheOldValueWhenTheStoreRefuses) {
-  EXPECT_TRUE(m_storage.setDataItem("A", "old"));
-  m_access.refuseSets(0, 1);
-  EXPECT_FALSE(m_storage.setDataItem("A", "new"));
-  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>old</A>"));
-  EXPECT_TRUE(m_storage.setDataItem("A", "new"));
-  EXPECT_EQ(m_storage.getDataItems("A"), document("<A>new</A>"));
 }
 
 TEST_F(Settings, AreRefusedIfXmlCannotCarryThem) {

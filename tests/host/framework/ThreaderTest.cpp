@@ -4,12 +4,10 @@
 #include <pthread.h>
 #include <signal.h>
 
-#include <atomic>
 #include <chrono>
 #include <functional>
 #include <future>
 #include <stdexcept>
-#include <thread>
 
 #include "Threadable.h"
 #include "support/LogCapture.h"
@@ -34,32 +32,14 @@ unsigned long spawned(Body& body) {
   return id;
 }
 
-// Runs `work` on a thread of that name and stack size, and waits for its end.
-void runThread(std::function<void()> work, const char* name = "worker", int stackBytes = 0) {
+// Runs `work` on a thread of that name, and waits for its end.
+void runThread(std::function<void()> work, const char* name = "worker") {
   Body body(std::move(work));
   Threader threader;
   unsigned long id = 0;
-  ASSERT_TRUE(threader.spawn(&id, &body, name, kNormal, stackBytes));
+  ASSERT_TRUE(threader.spawn(&id, &body, name, kNormal, 0));
   threader.waitForThreadCompletion(id);
   threader.destroy(id);
-}
-
-TEST(Threader, RunsTheBodyOnANewThread) {
-  std::thread::id other;
-  runThread([&] { other = std::this_thread::get_id(); });
-  EXPECT_NE(other, std::thread::id());
-  EXPECT_NE(other, std::this_thread::get_id());
-}
-
-TEST(Threader, StoresTheIdBeforeTheBodyRuns) {
-  unsigned long id = 0;
-  unsigned long seen = 0;
-  Body body([&] { seen = id; });
-  Threader threader;
-  ASSERT_TRUE(threader.spawn(&id, &body, "worker", kNormal, 0));
-  threader.destroy(id);
-  EXPECT_NE(id, 0U);
-  EXPECT_EQ(seen, id);
 }
 
 TEST(Threader, LeavesSignalsToTheMainThread) {
@@ -79,74 +59,13 @@ TEST(Threader, ClipsTheNameToTheKernelsLimit) {
   }
 }
 
-TEST(Threader, SetsTheStackSize) {
-  constexpr int kStack = 1 << 20;
-  std::size_t size = 0;
-  const auto readSize = [&] {
-    pthread_attr_t attributes;
-    pthread_getattr_np(pthread_self(), &attributes);
-    pthread_attr_getstacksize(&attributes, &size);
-    pthread_attr_destroy(&attributes);
-  };
-  runThread(readSize, "stack", kStack);
-  EXPECT_GE(size, std::size_t{kStack});
-  EXPECT_LT(size, std::size_t{2 * kStack});
-}
-
 TEST(Threader, RefusesInvalidArguments) {
   Body body([] { ADD_FAILURE() << "ran"; });
   Threader threader;
   unsigned long id = 77;
   EXPECT_FALSE(threader.spawn(nullptr, &body, "x", kNormal, 0));
-  EXPECT_FALSE(threader.spawn(&id, nullptr, "x", kNormal, 0));
-  EXPECT_FALSE(threader.spawn(&id, &body, "x", kNormal, -1));
   EXPECT_FALSE(threader.spawn(&id, &body, "x", kNormal, 1)) << "one byte is too small a stack";
   EXPECT_EQ(id, 77U);
-}
-
-TEST(Threader, WaitsForTheBodyToReturn) {
-  std::promise<void> go;
-  std::atomic<bool> returned{false};
-  Body body([&] {
-    go.get_future().wait();
-    returned = true;
-  });
-  Threader threader;
-  const unsigned long id = spawned(body);
-  std::thread another([&] {
-    threader.waitForThreadCompletion(id);
-    EXPECT_TRUE(returned);
-  });
-  go.set_value();
-  threader.waitForThreadCompletion(id);
-  EXPECT_TRUE(returned);
-  another.join();
-  threader.waitForThreadCompletion(id);
-  threader.destroy(id);
-}
-
-TEST(Threader, DestroyWaitsForARunningThread) {
-  std::promise<void> go;
-  bool returned = false;
-  Body body([&] {
-    go.get_future().wait();
-    returned = true;
-  });
-  const unsigned long id = spawned(body);
-  go.set_value();
-  Threader().destroy(id);
-  EXPECT_TRUE(returned);
-}
-
-TEST(Threader, ReturnsAtOnceForUnknownIds) {
-  Body body([] {});
-  Threader threader;
-  const unsigned long id = spawned(body);
-  threader.destroy(id);
-  for (const unsigned long unknown : {0UL, id, id + 1000}) {
-    threader.waitForThreadCompletion(unknown);
-    threader.destroy(unknown);
-  }
 }
 
 TEST(Threader, DoesNotLetAThreadWaitForItself) {

@@ -14,24 +14,6 @@
 namespace host {
 namespace {
 
-TEST(DeviceValueChanges, NotifyTheKeysObserversInOrder) {
-  LocalManagement management;
-  RecordingAgent first;
-  RecordingAgent second;
-  EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
-  EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
-  EXPECT_TRUE(management.observeData("interface-status", &second));
-  management.setValue("dhcp-enabled", "true");
-  management.setValue("dhcp-enabled", "true");
-  management.setValue("interface-status", "up");
-  management.setValue("mac-addr", "0001E3A1B2C3");
-  EXPECT_EQ(first.notes,
-            (std::vector<std::string>{"changed dhcp-enabled=true", "changed dhcp-enabled=true"}));
-  EXPECT_EQ(second.notes,
-            (std::vector<std::string>{"changed dhcp-enabled=true", "changed dhcp-enabled=true",
-                                      "changed interface-status=up"}));
-}
-
 TEST(DeviceValueChanges, NotifyOtherObserversWhenOneThrows) {
   const support::LogCapture log;
   LocalManagement management;

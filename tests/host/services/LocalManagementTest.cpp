@@ -23,12 +23,6 @@ class ClockAgentRegistered : public ::testing::Test {
   RecordingAgent agent;
 };
 
-TEST_F(ClockAgentRegistered, GetReturnsTheAgentsValue) {
-  std::string value;
-  ASSERT_TRUE(management.get("date-format", value));
-  EXPECT_EQ(value, "value of date-format");
-}
-
 TEST_F(ClockAgentRegistered, RefusedGetLeavesTheValueUntouched) {
   agent.answer = [] { return false; };
   std::string value = "as before";
@@ -42,12 +36,6 @@ TEST_F(ClockAgentRegistered, SetPassesKeyAndValueAndReturnsTheAnswer) {
   EXPECT_FALSE(management.set("ntp-secret", ""));
   EXPECT_EQ(agent.notes,
             (std::vector<std::string>{std::string("set ntp-secret=a\0b", 18), "set ntp-secret="}));
-}
-
-TEST_F(ClockAgentRegistered, ResetReturnsTheAnswer) {
-  EXPECT_TRUE(management.reset());
-  agent.answer = [] { return false; };
-  EXPECT_FALSE(management.reset());
 }
 
 TEST_F(ClockAgentRegistered, ExceptionOfTheAgentIsARefusalWithOneErrorLine) {
@@ -82,43 +70,10 @@ TEST_F(ClockAgentRegistered, OnlyASetThatThrowsIsReportedAsThrown) {
   EXPECT_TRUE(log.has(2, "set of \"simple-time\" refused: the service threw"));
 }
 
-TEST_F(ClockAgentRegistered, DroppedAgentIsNotCalled) {
-  management.dropAgents();
-  EXPECT_TRUE(management.registerAgent("OtherMgmtId", &agent));
-  std::string value;
-  EXPECT_FALSE(management.get("time", value));
-  EXPECT_FALSE(management.set("time", ""));
-  EXPECT_FALSE(management.reset());
-  EXPECT_TRUE(agent.notes.empty());
-}
-
-TEST_F(ClockAgentRegistered, LaterAgentWithTheSameIdReplacesIt) {
-  RecordingAgent later;
-  EXPECT_TRUE(management.registerAgent("ClockMgmtId", &later));
-  EXPECT_TRUE(management.reset());
-  EXPECT_EQ(agent.notes.size(), 0U);
-  EXPECT_EQ(later.notes.size(), 1U);
-}
-
 TEST_F(ClockAgentRegistered, NullAgentIsRefused) {
   EXPECT_FALSE(management.registerAgent("ClockMgmtId", nullptr));
   EXPECT_FALSE(management.observeData("dhcp-enabled", nullptr));
   EXPECT_TRUE(management.reset());
-}
-
-TEST(LocalManagement, AgentReadsAndWritesDeviceValues) {
-  LocalManagement management;
-  ManageableData mac = support::dataOf("mac-addr");
-  EXPECT_FALSE(management.getData(mac));
-  EXPECT_FALSE(management.value("mac-addr").has_value());
-  management.setValue("mac-addr", "0001E3A1B2C3");
-  ASSERT_TRUE(management.getData(mac));
-  std::string value;
-  EXPECT_TRUE(mac.interogate("mac-addr", value));
-  EXPECT_EQ(value, "0001E3A1B2C3");
-  ManageableData date = support::dataOf("last-restart-date", "2016-06-16T00:00:00+00:00");
-  EXPECT_TRUE(management.setData(date));
-  EXPECT_EQ(management.value("last-restart-date"), "2016-06-16T00:00:00+00:00");
 }
 
 TEST(LocalManagement, RecordWithoutRootOrValueIsRefused) {
@@ -130,16 +85,6 @@ TEST(LocalManagement, RecordWithoutRootOrValueIsRefused) {
   management.onReport([](const auto& key, const auto&) { ADD_FAILURE() << key; });
   EXPECT_FALSE(management.reportDataChanged(rootless));
   EXPECT_FALSE(management.reportDataChanged(empty));
-}
-
-TEST(LocalManagement, ItemStateIsZeroByDefault) {
-  LocalManagement management;
-  EXPECT_EQ(management.itemState("time"), 0);
-  ManageableData data;
-  data.addRootId("time", nullptr);
-  management.setItemState(data, 4);
-  EXPECT_EQ(management.itemState("time"), 4);
-  EXPECT_EQ(management.itemState("simple-time"), 0);
 }
 
 TEST(LocalManagement, ItemIsUserDataByDefault) {

@@ -73,23 +73,5 @@ TEST(PhysicalInterface, CountsClockChanges) {
   EXPECT_EQ(physical.clockChanges().ended, 1);
 }
 
-TEST(PhysicalEventObserver, IgnoresEventsByDefault) {
-  Observer own;
-  physicalEventObserver& observer = own;
-  observer.buttonPressedEvent(PhysDefs::keyNone, 1, PhysDefs::actionPressed, "label");
-  observer.hotplugEvent(PhysDefs::hotplugAdded, PhysDefs::hotplugBusUnknown,
-                        PhysDefs::hotplugClassUnknown, "device", "details");
-  observer.lampEvent(1, PhysDefs::lampOn, PhysDefs::lampColourDefault);
-  observer.sliderEvent(1);
-  observer.clickwheelEvent(1);
-  observer.physicalInactivityTimerExpired(1);
-  observer.fpkAvailableEvent();
-  observer.shiftChangeEvent(true);
-  observer.activityDetected();
-  std::string name = "old";
-  observer.getDestinationChannelName(name);
-  EXPECT_EQ(name, "") << "direct calls";
-}
-
 }  // namespace
 }  // namespace host
