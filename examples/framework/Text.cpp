@@ -96,13 +96,14 @@ bool NetHelper::dnsLookup(const char* name, char* buffer, int size, int family) 
   std::array<unsigned char, sizeof(in6_addr)> address{};
   for (const int candidate : {AF_INET, AF_INET6}) {
     if ((family == 0 || family == candidate) && inet_pton(candidate, name, address.data()) == 1)
-      return inet_ntop(candidate, address.data(), buffer, static_cast<socklen_t>(size)) != nullptr;
+      return inet_ntop(candidate, address.data(), buffer,
+                       static_cast<socklen_t>(std::max(size, 0))) != nullptr;
   }
   return false;
 }
 
 int NetHelper::verifyIpAddress(const std::string& text, bool allowPort) {
-  static const std::regex shape("(\\[(.*)\\]|([0-9.]*))(:[0-9]{1,5})?");
+  static const std::regex shape("(\\[([0-9A-Fa-f:.]*)\\]|([0-9.]*))(:[1-9][0-9]{0,4})?");
   std::array<unsigned char, sizeof(in6_addr)> address{};
   const auto is = [&address](int family, const std::string& numbers) {
     return inet_pton(family, numbers.c_str(), address.data()) == 1;
