@@ -3,7 +3,7 @@ include(CMakePackageConfigHelpers)
 
 # The host looks for the plug-in in lib/, whatever the system calls its folder of libraries.
 if(PROJECT_IS_TOP_LEVEL)
-  set(CMAKE_INSTALL_LIBDIR lib CACHE PATH "Folder of libraries")
+  set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Folder of libraries")
 endif()
 include(GNUInstallDirs)
 set(CLOCK_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/ClockService)
@@ -22,7 +22,17 @@ function(clock_add_headers)
   target_link_libraries(${PART_NAME} INTERFACE ${PART_NEEDS})
 endfunction()
 
+# The package finds its files from its own place, so that the whole folder can be moved.
+function(clock_check_folders)
+  foreach(folder IN ITEMS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
+    if(IS_ABSOLUTE "${${folder}}")
+      message(FATAL_ERROR "${folder} is absolute: ${${folder}}; should be a folder below the prefix, as lib64")
+    endif()
+  endforeach()
+endfunction()
+
 function(clock_install_package)
+  clock_check_folders()
   install(TARGETS ClockService clock_platform clock_interface EXPORT ClockService
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(DIRECTORY include platform DESTINATION ${CLOCK_HEADERS} FILES_MATCHING PATTERN "*.h")
@@ -34,7 +44,7 @@ function(clock_install_package)
   install(EXPORT ClockService NAMESPACE ClockService:: FILE ClockServiceConfig.cmake
           DESTINATION ${package})
 
-  # The way from the file to the prefix, so that the whole folder can be moved.
+  # The way from the file to the prefix.
   string(REGEX REPLACE "[^/]+" ".." CLOCK_TO_PREFIX ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
   configure_file(cmake/ClockService.pc.in ${PROJECT_BINARY_DIR}/ClockService.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/ClockService.pc

@@ -5,8 +5,8 @@ consumers.py TREE CMAKE NINJA COMPILER TOOLCHAIN EMULATOR...
 The installed plug-in is built with Ninja, for this machine with only the compiler's own tools in PATH;
 the others are built with make.
 
-Each consumer builds the example and runs it: with the CMake package, with pkg-config, and as a part of
-another project. The plug-in of that project, from another copy of the sources and in other folders, must
+Each consumer builds the example and runs it: with the CMake package, with pkg-config (from an installation
+with another folder of libraries), and as a part of another project. The plug-in of that project, from another copy of the sources and in other folders, must
 have the same bytes as the installed one. TOOLCHAIN: the toolchain file, or "none".
 """
 
@@ -23,6 +23,7 @@ TOOLS = ["sh", "as", "ld", "ar", "ranlib", "nm", "objcopy", "objdump", "readelf"
 LIBRARY = "libClockService.so"
 FLAGS = "-DCMAKE_CXX_FLAGS=-g"  # debug information is where paths of the machine turn up
 MAKE = "-GUnix Makefiles"
+OTHER_LIBDIR = "lib/other-triplet"
 TWO_HOURS = "16.06.16 00:00\n01:00\n02:00\n"
 
 PROJECT = """cmake_minimum_required(VERSION 3.25)
@@ -68,6 +69,9 @@ class Consumers:
         if toolchain != "none":
             self.options = ["--toolchain", toolchain]
         self.installed = folder / "installed"
+        self.plugin = self.installed / "lib" / LIBRARY
+        self.found = [f"-DClockService_DIR={self.installed}/lib/cmake/ClockService"]
+        self.other_libraries = folder / "other" / OTHER_LIBDIR
         self.faults = []
 
     def copy_of_the_tree(self, name):
@@ -90,7 +94,17 @@ class Consumers:
         build = self.build(clock, "--preset", "device", *self.ninja, FLAGS, env=environment)
         run(self.cmake, "--install", build, "--prefix", self.folder / "staged")
         (self.folder / "staged").rename(self.installed)  # an installation may be moved
+        self.install_with_other_folders(build)
         shutil.rmtree(clock)
+
+    def install_with_other_folders(self, build):
+        """As distributions do: they give the folder without its type."""
+        run(self.cmake, build, f"-DCMAKE_INSTALL_LIBDIR={OTHER_LIBDIR}")
+        run(self.cmake, "--install", build, "--prefix", self.folder / "other")
+        absolute = subprocess.run([self.cmake, build, "-DCMAKE_INSTALL_LIBDIR=/opt/lib"],
+                                  stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
+        if "CMAKE_INSTALL_LIBDIR is absolute: /opt/lib; should be" not in absolute.stderr:
+            self.faults.append(f"an absolute folder of libraries is not refused: {absolute}")
 
     def installed_files(self):
         return {str(path.relative_to(self.installed)) for path in self.installed.rglob("*")
@@ -115,14 +129,9 @@ class Consumers:
         if printed.stdout != TWO_HOURS:
             self.faults.append(f"{consumer}: the loader prints {printed}, should be {TWO_HOURS!r}")
 
-    @property
-    def plugin(self):
-        return self.installed / "lib" / LIBRARY
-
     def use_the_package(self):
         shutil.copytree(self.tree / "examples", self.folder / "package")
-        build = self.build(self.folder / "package", MAKE,
-                           f"-DClockService_DIR={self.installed}/lib/cmake/ClockService")
+        build = self.build(self.folder / "package", MAKE, *self.found)
         self.check_loader("package", build / "loader", self.plugin)
 
     def link(self):
@@ -130,13 +139,13 @@ class Consumers:
         source.mkdir()
         (source / "CMakeLists.txt").write_text(LINKED)
         run(self.cmake, "-S", source, "-B", source / "build", *self.options, MAKE,
-            f"-DClockService_DIR={self.installed}/lib/cmake/ClockService")
+            f"-DClockService_DIR={self.other_libraries}/cmake/ClockService")
         made = subprocess.run([self.cmake, "--build", source / "build"], capture_output=True, text=True)
         if "Storage::store" not in made.stdout + made.stderr:
             self.faults.append(f"link: should say that Storage::store is undefined: {made}")
 
     def use_pkg_config(self):
-        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.installed / "lib/pkgconfig")}
+        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.other_libraries / "pkgconfig")}
         flags = run("pkg-config", "--cflags", "ClockService", env=environment).split()
         plugin = run("pkg-config", "--variable=plugin", "ClockService", env=environment).strip()
         examples = self.tree / "examples"
