@@ -1,5 +1,6 @@
-"""Tests of the panel's page in a browser: page.py PROGRAMS [unittest ARGUMENTS]"""
+"""Tests of the panel's page in a browser: page.py PROGRAMS [--update] [--soak SECONDS] [unittest ARGUMENTS]"""
 
+import argparse
 import gzip
 import pathlib
 import re
@@ -10,34 +11,13 @@ import unittest
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
-from telephones import Setup
+from access import Accessible
+from load import Load
+from pictures import Pictures
+from telephones import NEW_YORK, PageTest
 
 PAGE = pathlib.Path(__file__).parent.parent.parent / "panel"
-NEW_YORK = ("--at", "2026-03-08T06:59:50Z", "--speed", "0", "--variant", "3")
 MOST_COMPRESSED = 150000  # bytes of the whole page
-PROGRAMS = pathlib.Path()
-
-
-class PageTest(unittest.TestCase):
-    hosts = [NEW_YORK]
-
-    @classmethod
-    def setUpClass(cls):
-        cls.page = Setup(PROGRAMS, *cls.hosts)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.page.end()
-
-    def setUp(self):
-        for host, options in zip(self.page.hosts, self.hosts):
-            if "--at" in options:
-                host.ctl("clock", "jump", options[options.index("--at") + 1])
-
-    def set_new_york(self):
-        for key, value in (("sntp-tz-offset", "-5"), ("daylight-save-zone-id", "12"),
-                           ("auto-daylight-save", "true"), ("daylight-save", "true")):
-            self.assertIn(f'done, it is now "{value}', self.page.set_key(key, value))
 
 
 class OneTelephone(PageTest):
@@ -202,6 +182,17 @@ class Size(unittest.TestCase):
                         MOST_COMPRESSED)
 
 
+def read_options(words):
+    parser = argparse.ArgumentParser(prog="page.py")
+    parser.add_argument("programs", type=pathlib.Path)
+    parser.add_argument("--update", action="store_true", help="take the pictures of the states anew")
+    parser.add_argument("--soak", type=float, default=20, help="seconds at full speed")
+    return parser.parse_known_args(words)
+
+
 if __name__ == "__main__":
-    PROGRAMS = pathlib.Path(sys.argv[1]).resolve()
-    unittest.main(argv=[sys.argv[0], *sys.argv[2:]])
+    OPTIONS, TESTS = read_options(sys.argv[1:])
+    PageTest.programs = OPTIONS.programs.resolve()
+    Pictures.update = OPTIONS.update
+    Load.seconds = OPTIONS.soak
+    unittest.main(argv=[sys.argv[0], *TESTS])

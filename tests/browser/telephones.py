@@ -7,6 +7,7 @@ import socket
 import subprocess
 import tempfile
 import time
+import unittest
 
 from selenium import webdriver
 from selenium.webdriver.chrome.options import Options
@@ -16,10 +17,11 @@ from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.remote.file_detector import UselessFileDetector
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
+NEW_YORK = ("--at", "2026-03-08T06:59:50Z", "--speed", "0", "--variant", "3")
 LIMIT = 30  # seconds for anything that a page should show
 # Without these, Chromium looks for updates and other hosts.
 QUIET = ["--headless=new", "--no-sandbox", "--disable-gpu", "--disable-background-networking",
-         "--disable-component-update", "--disable-sync", "--no-first-run", "--disable-quic"]
+         "--disable-component-update", "--disable-sync", "--lang=en-US", "--no-first-run", "--disable-quic"]
 
 
 def free_port():
@@ -80,14 +82,22 @@ class Setup:
         time_server = free_port()
         self.hosts = [Host(programs, self.folder.name, f"telephone{number}", time_server, *options)
                       for number, options in enumerate(hosts)]
-        self.panel = subprocess.Popen(
-            [programs / "clockpanel", "--socket", *(host.socket for host in self.hosts),
-             "--time-server", time_server], stdout=subprocess.PIPE, text=True)
-        self.address = self.panel.stdout.readline().strip()
+        self.command_line = [programs / "clockpanel", "--socket", *(host.socket for host in self.hosts),
+                             "--time-server", time_server]
+        self.start_panel()
         self.driver = Driver()
         self.browser = self.new_browser(size)
         self.browser.get(self.address)
         self.wait_for(lambda: len(self.all("article.telephone")) == len(hosts))
+
+    def start_panel(self):
+        self.panel = subprocess.Popen(self.command_line, stdout=subprocess.PIPE, text=True)
+        self.address = self.panel.stdout.readline().strip()
+
+    def end_panel(self):
+        self.panel.terminate()
+        assert self.panel.wait(LIMIT) == 0
+        self.panel.stdout.close()
 
     def new_browser(self, size):
         options = Options()
@@ -102,14 +112,18 @@ class Setup:
 
     def command(self, name, **parameters):
         """A command of the DevTools protocol."""
-        self.browser.execute("executeCdpCommand", {"cmd": name, "params": parameters})
+        return self.browser.execute("executeCdpCommand", {"cmd": name, "params": parameters})["value"]
+
+    def screen(self, width, height, theme="light"):
+        self.command("Emulation.setDeviceMetricsOverride", width=width, height=height,
+                     deviceScaleFactor=1, mobile=width < 600)
+        self.command("Emulation.setEmulatedMedia",
+                     features=[{"name": "prefers-color-scheme", "value": theme}])
 
     def end(self):
         self.browser.quit()
         self.driver.end()
-        self.panel.terminate()
-        assert self.panel.wait(LIMIT) == 0
-        self.panel.stdout.close()
+        self.end_panel()
         for host in self.hosts:
             host.end()
         self.folder.cleanup()
@@ -151,3 +165,28 @@ class Setup:
         self.one(f"{form} button").click()
         self.wait_for(lambda: self.text(f"{form} output") not in ("", "..."), f"an answer about {key}")
         return self.text(f"{form} output")
+
+
+class PageTest(unittest.TestCase):
+    """A test with a page, whose telephones begin at the time of their options."""
+
+    programs = pathlib.Path()
+    hosts = [NEW_YORK]
+
+    @classmethod
+    def setUpClass(cls):
+        cls.page = Setup(cls.programs, *cls.hosts)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.page.end()
+
+    def setUp(self):
+        for host, options in zip(self.page.hosts, self.hosts):
+            if "--at" in options:
+                host.ctl("clock", "jump", options[options.index("--at") + 1])
+
+    def set_new_york(self):
+        for key, value in (("sntp-tz-offset", "-5"), ("daylight-save-zone-id", "12"),
+                           ("auto-daylight-save", "true"), ("daylight-save", "true")):
+            self.assertIn(f'done, it is now "{value}', self.page.set_key(key, value))

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# browser [TEST...]: tests of the panel's page in Chromium
+# browser [--update] [--soak SECONDS] [TEST...]: tests of the panel's page in Chromium; --update takes its pictures anew
 set -euo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"

@@ -1,0 +1,127 @@
+"""The page and the panel under load: memory, frames, the first paint, and a long list."""
+
+import statistics
+import time
+
+from telephones import LIMIT, NEW_YORK, PageTest
+
+FRAME = 1000 / 60  # milliseconds
+LATE = 1.1  # a timer's jitter
+STUTTER = 150  # milliseconds: the longest frame that a person does not take for a stop
+FIRST_PAINT = 300  # milliseconds
+EVENTS = 100  # a second, at least
+ROWS = 100000
+MIB = 1 << 20
+MOST_GROWTH = 0.1  # of memory, from the middle of the run to its end, in which the lists are full
+MOST_JUMP = 8 * MIB  # that a short run cannot tell from growth
+
+FEED = "const done = arguments[arguments.length - 1]; const { phones } = await import('/feed.mjs');"
+# The times of all frames while `step(frame)` runs, once in each.
+FRAMES = """
+  const times = [];
+  await new Promise((end) => {
+    let last = performance.now();
+    let frame = 0;
+    const draw = (now) => {
+      times.push(now - last);
+      last = now;
+      if (frame === count) return end();
+      step(frame++);
+      requestAnimationFrame(draw);
+    };
+    requestAnimationFrame(draw);
+  });
+  done(times.slice(1));
+"""
+
+
+class Load(PageTest):
+    hosts = [NEW_YORK]
+    seconds = 20.0
+
+    def tearDown(self):
+        self.page.hosts[0].ctl("clock", "pause")
+        self.page.browser.refresh()
+
+    def ask(self, script, *arguments):
+        """Runs an asynchronous script, which calls done(result)."""
+        return self.page.browser.execute_async_script(f"(async function() {{ {FEED} {script} }}).apply(null, arguments)",
+                                                      *arguments)
+
+    def frames(self, count, step):
+        return self.ask(f"const count = {count}; const step = (frame) => {{ {step} }}; {FRAMES}")
+
+    def taken(self):
+        """How many entries the page has taken so far."""
+        return self.ask("done(phones[0].entries.length + phones[0].dropped);")
+
+    def memory(self):
+        """Bytes of the page's objects, its nodes, and bytes that the panel has in memory."""
+        self.page.command("HeapProfiler.collectGarbage")
+        page = {each["name"]: each["value"] for each in self.page.command("Performance.getMetrics")["metrics"]}
+        with open(f"/proc/{self.page.panel.pid}/status", encoding="ascii") as status:
+            resident = next(int(line.split()[1]) for line in status if line.startswith("VmRSS:"))
+        return {"page": page["JSHeapUsedSize"], "nodes": page["Nodes"], "panel": resident * 1024}
+
+    def is_flat(self, name, middle, end):
+        self.assertLess(end[name], middle[name] * (1 + MOST_GROWTH) + MOST_JUMP, name)
+
+    def test_memory_and_frames_at_full_speed(self):
+        self.page.browser.set_script_timeout(LIMIT)
+        self.page.command("Performance.enable")
+        self.fill()
+        self.page.hosts[0].ctl("clock", "speed", "max")
+        begin = time.monotonic()
+        entries, middle, rates, medians = self.taken(), None, [], []
+        while time.monotonic() < begin + self.seconds:
+            since = time.monotonic()
+            times = self.frames(120, "")
+            medians.append(statistics.median(times))
+            now = self.taken()
+            rates.append(max(0, now - entries) / (time.monotonic() - since))  # 0: the page began anew
+            entries = now
+            if middle is None and time.monotonic() > begin + self.seconds / 2:
+                middle = self.memory()
+                print(f"middle {middle}")
+        end = self.memory()
+        print(f"{self.seconds:.0f} s at full speed: {min(rates):.0f}-{max(rates):.0f} entries/s, median frames "
+              f"{min(medians):.1f}-{max(medians):.1f} ms; end {end}")
+        self.assertGreater(statistics.median(rates), EVENTS)
+        self.assertLess(statistics.median(medians), FRAME * LATE)
+        for name in ("page", "nodes", "panel"):
+            self.is_flat(name, middle, end)
+
+    def fill(self):
+        """Fills the page's list to its limit."""
+        self.ask(f"""
+          const row = (i) => ({{ kind: "event", time: "2026-03-08T06:59:50Z", text: `row ${{i}} of many` }});
+          while (phones[0].entries.length < {ROWS}) phones[0].entries.push(row(phones[0].entries.length));
+          done();""")
+        self.page.hosts[0].ctl("clock", "advance", "1h")
+        self.page.wait_for(lambda: int(self.page.text("[data-test=rows]").split()[0]) >= ROWS * 0.9, "all rows")
+
+    def test_a_long_list_scrolls_and_filters(self):
+        self.fill()
+        list_ = "document.querySelector('.list')"
+        scrolled = self.frames(120, f"{list_}.scrollTop = frame * 20000;")
+        self.assertEqual(self.page.browser.execute_script(f"return {list_}.scrollTop > 2000000"), True)
+        search = "document.querySelector('.journal input[type=search]')"
+        filtered = self.frames(120, f"""
+          {search}.value = "row 9999".slice(0, frame / 10);
+          {search}.dispatchEvent(new Event("input", {{ bubbles: true }}));""")
+        print(f"{ROWS} rows: frames of {statistics.median(scrolled):.1f} ms, at most {max(scrolled):.0f} ms while "
+              f"scrolling; {statistics.median(filtered):.1f} ms, at most {max(filtered):.0f} ms while filtering")
+        self.page.wait_for(lambda: 10 < int(self.page.text("[data-test=rows]").split()[0]) < 40, "the filtered rows")
+        for times in (scrolled, filtered):
+            self.assertLess(statistics.median(times), FRAME * LATE)
+            self.assertLess(max(times), STUTTER)
+
+    def test_the_first_paint_is_fast(self):
+        paints = []
+        for _ in range(5):
+            self.page.browser.refresh()
+            self.page.wait_for(lambda: self.page.all("article.telephone"), "the telephone")
+            paints.append(self.page.browser.execute_script(
+                "return performance.getEntriesByName('first-contentful-paint')[0].startTime"))
+        print(f"first paint after {min(paints):.0f}-{max(paints):.0f} ms")
+        self.assertLess(statistics.median(paints), FIRST_PAINT)
