@@ -33,9 +33,12 @@ endfunction()
 
 function(clock_install_package)
   clock_check_folders()
-  install(TARGETS ClockService clock_platform clock_interface EXPORT ClockService
+  install(TARGETS ClockService clock_platform clock_interface clock_platform_check
+          EXPORT ClockService
           LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(DIRECTORY include platform DESTINATION ${CLOCK_HEADERS} FILES_MATCHING PATTERN "*.h")
+  install(DIRECTORY conformance DESTINATION ${CLOCK_HEADERS}
+          FILES_MATCHING PATTERN "*.h" PATTERN "*.cpp")
 
   set(package ${CMAKE_INSTALL_LIBDIR}/cmake/ClockService)
   set(version ${PROJECT_BINARY_DIR}/ClockServiceConfigVersion.cmake)

@@ -18,7 +18,8 @@ import subprocess
 import sys
 import tempfile
 
-PARTS = ["CMakeLists.txt", "CMakePresets.json", "cmake", "include", "platform", "src", "examples"]
+PARTS = ["CMakeLists.txt", "CMakePresets.json", "cmake", "include", "platform", "src",
+         "conformance", "examples"]
 TOOLS = ["sh", "as", "ld", "ar", "ranlib", "nm", "objcopy", "objdump", "readelf", "strip"]
 LIBRARY = "libClockService.so"
 FLAGS = "-DCMAKE_CXX_FLAGS=-g"  # debug information is where paths of the machine turn up
@@ -120,6 +121,8 @@ class Consumers:
         for headers in ["include", "platform"]:
             names = [path.name for path in (self.tree / headers).glob("*.h")]
             wanted |= {f"include/ClockService/{headers}/{name}" for name in names}
+        tests = [path for path in (self.tree / "conformance").rglob("*") if path.suffix in (".h", ".cpp")]
+        wanted |= {f"include/ClockService/{path.relative_to(self.tree)}" for path in tests}
         for name in sorted(wanted ^ self.installed_files()):
             self.faults.append(f"{'not ' if name in wanted else ''}installed: {name}")
 
@@ -133,6 +136,15 @@ class Consumers:
         shutil.copytree(self.tree / "examples", self.folder / "package")
         build = self.build(self.folder / "package", MAKE, *self.found)
         self.check_loader("package", build / "loader", self.plugin)
+
+    def check_the_framework(self):
+        """Not for another processor: GoogleTest is installed for this one only."""
+        if self.emulator:
+            return
+        build = self.build(self.folder / "package/check", MAKE, *self.found)
+        result = run(build / "check_example", "--gtest_brief=1")
+        if "left out: StoragePromise" not in result:
+            self.faults.append(f"platform-check: should say what is left out: {result}")
 
     def link(self):
         source = self.folder / "linked"
@@ -175,6 +187,7 @@ def main(tree, *words):
         consumers.install()
         consumers.check_installed_files()
         consumers.use_the_package()
+        consumers.check_the_framework()
         consumers.link()
         consumers.use_pkg_config()
         consumers.use_the_sources()

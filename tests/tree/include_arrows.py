@@ -17,7 +17,7 @@ ARROWS = {
     "include": ["include", "src", "platform"],
     "src": ["include", "src", "platform"],
     "host": ["host", "platform"],
-    "examples": ["examples", "include", "platform"],
+    "examples": ["examples", "include", "platform", "conformance"],
     "panel": ["panel", "host", "platform"],
     "conformance": ["conformance", "platform"],
 }
