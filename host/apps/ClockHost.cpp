@@ -36,6 +36,7 @@
 #include "runtime/HostLog.h"
 #include "runtime/LogLine.h"
 #include "runtime/Plugin.h"
+#include "runtime/ProgramLog.h"
 #include "runtime/ReportPipe.h"
 #include "runtime/SavedTime.h"
 #include "scenario/ScenarioSuite.h"
@@ -139,6 +140,7 @@ class Host {
   ProcessClock m_processClock;
   EventLoop m_loop;
   ClientChannels m_channels;
+  ProgramLog m_programLog;
   RemoteServer m_server;
   Device m_device;
   Controller m_controller;
@@ -161,6 +163,7 @@ Host::Host(const HostOptions& options, HostLog& log)
       m_processClock(m_clock),
       m_loop(m_clock),
       m_channels(stoppedBySignals(m_loop), m_clock),
+      m_programLog(m_loop.io()),
       m_server(m_loop.io(), {options.socket, options.controlSocket, options.socketGroup},
                [this](ControlRequest request) { m_controller.handle(std::move(request)); }),
       m_device(m_clock, m_plugin, options.device),

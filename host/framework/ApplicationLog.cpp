@@ -14,9 +14,13 @@
 namespace host {
 namespace {
 
+constexpr std::size_t kKibibyte = 1024;
+
 // Many times what a start logs. Details (from kLogInfo on) have memory of their own, so that a
-// client's many calls do not push out errors. The system provides the pages as they fill.
-alignas(LogRing::kAlignment) constinit std::array<char, std::size_t{128} * 1024> g_noteMemory{},
+// client's many calls do not push out errors; and so have the lines that programs write. The system
+// provides the pages as they fill.
+alignas(LogRing::kAlignment) constinit std::array<char, 32 * kKibibyte> g_programMemory{};
+alignas(LogRing::kAlignment) constinit std::array<char, 128 * kKibibyte> g_noteMemory{},
     g_detailMemory{};
 
 thread_local bool t_writing = false;  // this thread is inside a sink
@@ -38,12 +42,14 @@ bool isEarlier(const LogEntry& one, const LogEntry& other) {
   return one.number < other.number;
 }
 
-std::vector<LogEntry> entriesIn(const std::string& notes, const std::string& details,
-                                std::uint64_t after) {
-  std::vector<LogEntry> all = LogRing::entriesIn(notes);
-  const auto middle = static_cast<std::ptrdiff_t>(all.size());
-  for (LogEntry& entry : LogRing::entriesIn(details)) all.push_back(std::move(entry));
-  std::inplace_merge(all.begin(), all.begin() + middle, all.end(), isEarlier);
+// rings: the bytes of each.
+std::vector<LogEntry> entriesIn(const std::array<std::string, 3>& rings, std::uint64_t after) {
+  std::vector<LogEntry> all;
+  for (const std::string& ring : rings) {
+    const auto middle = static_cast<std::ptrdiff_t>(all.size());
+    for (LogEntry& entry : LogRing::entriesIn(ring)) all.push_back(std::move(entry));
+    std::inplace_merge(all.begin(), all.begin() + middle, all.end(), isEarlier);
+  }
   std::erase_if(all, [&](const LogEntry& entry) { return entry.number <= after; });
   return all;
 }
@@ -82,7 +88,7 @@ static_assert(LogRing::kLongestText >
               ApplicationLog::kLongestText + sizeof "... (4294967295 bytes)");
 
 constexpr ApplicationLog::ApplicationLog() noexcept
-    : m_notes(g_noteMemory), m_details(g_detailMemory) {}
+    : m_notes(g_noteMemory), m_details(g_detailMemory), m_programs(g_programMemory) {}
 
 ApplicationLog& ApplicationLog::instance() noexcept {
   // Never destroyed, because threads may log until the process ends. Constructed without
@@ -124,10 +130,16 @@ void ApplicationLog::write(LogEntryView& entry) noexcept {
   entry.call = callHere();
   const MutexLock lock(m_mutex);
   entry.number = ++m_lastNumber;
-  if (m_keepers > 0) (entry.level < kLogInfo ? m_notes : m_details).add(entry);
+  if (m_keepers > 0) ringFor(entry).add(entry);
   for (const auto& sink : m_sinks) {
     if (sink->takes(entry)) return tellSinks(entry);
   }
+}
+
+// Only a line that a program wrote has no place in the code.
+LogRing& ApplicationLog::ringFor(const LogEntryView& entry) {
+  if (entry.file.empty() && !entry.systemLog) return m_programs;
+  return entry.level < kLogInfo ? m_notes : m_details;
 }
 
 void ApplicationLog::tellSinks(const LogEntryView& view) const try {
@@ -141,21 +153,19 @@ void ApplicationLog::tellSinks(const LogEntryView& view) const try {
 }
 
 std::vector<LogEntry> ApplicationLog::kept(std::uint64_t after) const {
-  std::string notes;
-  std::string details;
+  std::array<std::string, 3> rings;
   {
     const MutexLock lock(m_mutex);
-    notes = m_notes.bytes();
-    details = m_details.bytes();
+    rings = {m_notes.bytes(), m_details.bytes(), m_programs.bytes()};
   }
-  return entriesIn(notes, details, after);
+  return entriesIn(rings, after);
 }
 
 void ApplicationLog::withKept(std::uint64_t after,
                               const std::function<void(const std::vector<LogEntry>&)>& see) const {
   const Writing writing;
   const MutexLock lock(m_mutex);
-  see(entriesIn(m_notes.bytes(), m_details.bytes(), after));
+  see(entriesIn({m_notes.bytes(), m_details.bytes(), m_programs.bytes()}, after));
 }
 
 void ApplicationLog::startKeeping() noexcept {
@@ -163,6 +173,7 @@ void ApplicationLog::startKeeping() noexcept {
   if (m_keepers++ == 0) {
     m_notes.clear();
     m_details.clear();
+    m_programs.clear();
   }
   updateWantedLevel();
 }

@@ -94,6 +94,7 @@ class ApplicationLog {
   void stopKeeping() noexcept;
   void updateWantedLevel() noexcept CLOCK_REQUIRES(m_mutex);
   void tellSinks(const LogEntryView& entry) const CLOCK_REQUIRES(m_mutex);
+  [[nodiscard]] LogRing& ringFor(const LogEntryView& entry) CLOCK_REQUIRES(m_mutex);
 
   std::atomic<int> m_level{kDefaultLevel};
   std::atomic<int> m_wantedLevel{kDefaultLevel};
@@ -104,6 +105,7 @@ class ApplicationLog {
   int m_keepers CLOCK_GUARDED_BY(m_mutex) = 0;
   LogRing m_notes CLOCK_GUARDED_BY(m_mutex);
   LogRing m_details CLOCK_GUARDED_BY(m_mutex);
+  LogRing m_programs CLOCK_GUARDED_BY(m_mutex);
 };
 
 // While one exists, the application log keeps its newest entries. The first one begins with none.

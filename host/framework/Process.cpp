@@ -13,6 +13,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Logging.h"
@@ -62,6 +63,12 @@ class SpawnPlan {
   SpawnPlan(const SpawnPlan&) = delete;
   SpawnPlan& operator=(const SpawnPlan&) = delete;
 
+  // Makes the descriptor the child's standard output and standard error. REQUIRES: called first.
+  bool passOutput(int output) {
+    return posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO) == 0 &&
+           posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO) == 0;
+  }
+
   // Passes the descriptor to the child as number kChannel. REQUIRES: called before prepare.
   bool pass(int channel) {
     return posix_spawn_file_actions_adddup2(&actions, channel, kChannel) == 0;
@@ -96,11 +103,25 @@ void logNotStarted(const std::string& program, const char* cause) {
             program.c_str(), cause);
 }
 
+void logEnd(const std::string& program, const siginfo_t& ended) {
+  if (ended.si_code != CLD_EXITED) {
+    logAppUni("clockhost", host::kLogWarning, __FILE__, __LINE__, "\"%s\" was ended by signal %d",
+              program.c_str(), ended.si_status);
+  } else {
+    const int level = ended.si_status == 0 ? host::kLogInfo : host::kLogWarning;
+    logAppUni("clockhost", level, __FILE__, __LINE__, "\"%s\" ended with status %d",
+              program.c_str(), ended.si_status);
+  }
+}
+
 // A running child, and the thread that reaps it as soon as it ends.
 class RunningChild {
  public:
-  RunningChild(pid_t pid, bool leadsGroup)
-      : m_pid(pid), m_leadsGroup(leadsGroup), m_reaper([this] { reap(); }) {}
+  RunningChild(pid_t pid, bool leadsGroup, std::string program)
+      : m_pid(pid),
+        m_leadsGroup(leadsGroup),
+        m_program(std::move(program)),
+        m_reaper([this] { reap(); }) {}
 
   ~RunningChild() {
     end();
@@ -117,16 +138,20 @@ class RunningChild {
     while (waitid(P_PID, static_cast<id_t>(m_pid), &ended, WEXITED | WNOWAIT) != 0 &&
            errno == EINTR) {
     }
-    const host::MutexLock lock(m_mutex);
+    host::MutexLock lock(m_mutex);
     if (m_leadsGroup) kill(-m_pid, SIGKILL);  // ends the processes that the child left behind
     waitForEnd(m_pid);
     m_reaped = true;
     m_changed.notify_all();
+    const bool byItself = !m_ending;
+    lock.unlock();
+    if (byItself) logEnd(m_program, ended);
   }
 
   void end() {
     host::MutexLock lock(m_mutex);
     if (m_reaped) return;
+    m_ending = true;
     signalAll(SIGTERM);
     if (m_changed.wait_for(lock.native(), kGrace,
                            [this]() CLOCK_REQUIRES(m_mutex) { return m_reaped; }))
@@ -141,8 +166,10 @@ class RunningChild {
 
   const pid_t m_pid;
   const bool m_leadsGroup;
+  const std::string m_program;
   host::Mutex m_mutex;
   std::condition_variable m_changed;
+  bool m_ending CLOCK_GUARDED_BY(m_mutex) = false;  // the host ends it
   bool m_reaped CLOCK_GUARDED_BY(m_mutex) = false;
   std::thread m_reaper;  // last: it uses all of the above
 };
@@ -188,12 +215,25 @@ struct Process::Impl {
   }
 
  private:
+  // Invalid: the child inherits standard output and standard error.
+  [[nodiscard]] host::Descriptor outputOf(const host::MappedProgram& program) const {
+    host::Descriptor output = program.openOutput ? program.openOutput() : host::Descriptor();
+    if (program.openOutput && !output.valid()) {
+      logAppUni("clockhost", host::kLogWarning, __FILE__, __LINE__,
+                "the output of \"%s\" goes to the host's own, and not into the log: %s",
+                arguments.front().c_str(), std::strerror(errno));
+    }
+    return output;
+  }
+
   // 0, or an errno.
   int spawn(const host::MappedProgram& program, pid_t& pid) {
     const host::Descriptor channel =
         program.openChannel ? program.openChannel() : host::Descriptor();
     if (program.openChannel && !channel.valid()) return errno;
+    const host::Descriptor output = outputOf(program);
     SpawnPlan plan;
+    if (output.valid() && !plan.passOutput(output.get())) return ENOMEM;
     if (channel.valid() && !plan.pass(channel.get())) return ENOMEM;
     if (!plan.prepare(ownGroup(), folder, channel.valid() ? kChannel + 1 : kChannel)) return ENOMEM;
     std::vector<std::string> given =
@@ -221,7 +261,7 @@ int Process::launch() {
   const pid_t pid = m_impl->spawn();
   if (pid <= 0) return 0;
   try {
-    m_impl->child.emplace(pid, m_impl->ownGroup());
+    m_impl->child.emplace(pid, m_impl->ownGroup(), m_impl->arguments.front());
   } catch (const std::system_error& error) {
     endAtOnce(pid);
     logNotStarted(m_impl->arguments.front(), std::strerror(error.code().value()));

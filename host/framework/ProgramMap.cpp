@@ -42,10 +42,16 @@ void ProgramMap::giveChannel(const std::string& devicePath, std::function<Descri
   m_channels[devicePath] = std::move(open);
 }
 
+void ProgramMap::setOutput(std::function<Descriptor(const std::string& program)> open) {
+  const MutexLock lock(m_mutex);
+  m_openOutput = std::move(open);
+}
+
 void ProgramMap::clear() {
   const MutexLock lock(m_mutex);
   m_paths.clear();
   m_channels.clear();
+  m_openOutput = {};
   m_standIns.clear();
   m_devicePrograms = false;
 }
@@ -55,16 +61,19 @@ std::optional<MappedProgram> ProgramMap::resolve(const std::string& devicePath) 
   auto program = fileOf(devicePath);
   const auto channel = m_channels.find(devicePath);
   if (program && channel != m_channels.end()) program->openChannel = channel->second;
+  if (program && m_openOutput) {
+    program->openOutput = [open = m_openOutput, name = baseName(devicePath)] { return open(name); };
+  }
   return program;
 }
 
 std::optional<MappedProgram> ProgramMap::fileOf(const std::string& devicePath) const {
   const auto found = m_paths.find(devicePath);
-  if (found != m_paths.end()) return MappedProgram{found->second, false, {}};
+  if (found != m_paths.end()) return MappedProgram{found->second, false, {}, {}};
   const std::string standIn = m_standIns + "/" + baseName(devicePath);
-  if (!m_standIns.empty() && canBeExecuted(standIn)) return MappedProgram{standIn, true, {}};
+  if (!m_standIns.empty() && canBeExecuted(standIn)) return MappedProgram{standIn, true, {}, {}};
   if (!m_devicePrograms) return std::nullopt;
-  return MappedProgram{devicePath, false, {}};
+  return MappedProgram{devicePath, false, {}, {}};
 }
 
 }  // namespace host

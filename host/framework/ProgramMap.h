@@ -17,6 +17,8 @@ struct MappedProgram {
   bool standIn;
   // Opens the descriptor that the program inherits besides the standard ones; may be empty.
   std::function<Descriptor()> openChannel;
+  // Opens the descriptor that becomes its standard output and standard error; may be empty.
+  std::function<Descriptor()> openOutput;
 };
 
 // Maps programs of the device to files of this machine.
@@ -39,6 +41,11 @@ class ProgramMap {
   // start. CLOCKHOST_CLOCK_FD in its environment holds the number. An empty `open` ends that.
   void giveChannel(const std::string& devicePath, std::function<Descriptor()> open);
 
+  // Gives each program a descriptor from `open` as standard output and standard error. `open` is
+  // called with the last part of the device path, on any thread, at each start. An empty `open`
+  // ends that: programs then inherit the process's own.
+  void setOutput(std::function<Descriptor(const std::string& program)> open);
+
   // Removes all of the above.
   void clear();
 
@@ -52,6 +59,7 @@ class ProgramMap {
   mutable Mutex m_mutex;
   std::map<std::string, std::string> m_paths CLOCK_GUARDED_BY(m_mutex);
   std::map<std::string, std::function<Descriptor()>> m_channels CLOCK_GUARDED_BY(m_mutex);
+  std::function<Descriptor(const std::string&)> m_openOutput CLOCK_GUARDED_BY(m_mutex);
   std::string m_standIns CLOCK_GUARDED_BY(m_mutex);
   bool m_devicePrograms CLOCK_GUARDED_BY(m_mutex) = false;
 };

@@ -11,6 +11,10 @@ std::string nameOf(const std::string& component, const std::string& file, int li
   return component + ": " + file.substr(file.rfind('/') + 1) + ":" + std::to_string(line);
 }
 
+const char* kindOf(const std::string& component, const std::string& file) {
+  return file.empty() && !component.empty() ? "one program" : "one place in the code";
+}
+
 }  // namespace
 
 LogLimitBySource::LogLimitBySource(std::size_t mostLines, Clock::duration window)
@@ -54,7 +58,7 @@ LogEntry LogLimitBySource::summary(const Source& source, const Window& window) c
   entry.level = kLogWarning;
   entry.component = "clockhost";
   entry.text = std::to_string(window.suppressed) + " lines suppressed of " +
-               nameOf(component, file, line) + ": one place in the code may write " +
+               nameOf(component, file, line) + ": " + kindOf(component, file) + " may write " +
                std::to_string(m_mostLines) + " lines in " + std::to_string(seconds.count()) + " s";
   return entry;
 }

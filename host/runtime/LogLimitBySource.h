@@ -12,8 +12,8 @@
 namespace host {
 
 // Limits the lines of one source in a window of real time. A source is a place in the code
-// (component, file and line), so there are few of them, and a client that floods the log through
-// one place does not hide the others. Lines beyond the limit are counted.
+// (component, file and line) or a program (component), so there are few of them, and a client that
+// floods the log through one place does not hide the others. Lines beyond the limit are counted.
 // Owner and thread: one log. Failure: admits() and summaries() may throw std::bad_alloc.
 class LogLimitBySource {
  public:

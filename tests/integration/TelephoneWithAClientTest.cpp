@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +15,7 @@
 #include "host/ntpclient/FakeSntpServer.h"
 #include "integration/RestartableHost.h"
 #include "support/FileContent.h"
+#include "support/TemporaryFolder.h"
 
 namespace integration {
 namespace {
@@ -95,6 +97,55 @@ TEST_F(TelephoneWithAClient, GivesTheClientItsChannelAndNoPrivileges) {
   constexpr const char* kFiltered = "2";
   EXPECT_EQ(fieldOf(clientProcess(), "Seccomp"), kFiltered);
 #endif
+}
+
+TEST_F(TelephoneWithAClient, TellsWhyTheClientHasEnded) {
+  server.answer(host::ntp::kissOfDeath(host::ntp::nonceOf(request), "DENY"));
+  Program& host = running->program();
+  EXPECT_TRUE(host.says("note     ntpclient: answer ignored: the server denies service\n"))
+      << host.err();
+  EXPECT_TRUE(host.says("warning  clockhost: \"/sbin/ntpclient\" ended with status 1\n"))
+      << host.err();
+  EXPECT_TRUE(running->waitFor({"status"}, "answer ignored: the server denies service"));
+}
+
+TEST(TelephoneWithAClientOfOnesOwn, LogsWhatEachClientSaysUpToItsLastWord) {
+  const support::TemporaryFolder folder;
+  const fs::path client = folder / "own";
+  std::ofstream(client) << "#!/bin/sh\n"
+                           "trap 'echo \"<3>$server: last words\" >&2; exit' TERM\n"
+                           "server=$9\n"
+                           "echo $server: started\n"
+                           "sleep 1000 &\n"
+                           "wait\n";
+  fs::permissions(client, fs::perms::owner_all);
+  RunningHost running({"--network", "up", "--program", "/sbin/ntpclient=" + client.string()});
+  Program& host = running.program();
+  for (const std::string server : {"127.0.0.1", "127.0.0.2"}) {
+    ASSERT_EQ(running.ctl({"set", "sntp-addr", server}).status, 0);
+    EXPECT_TRUE(host.says("note     ntpclient: " + server + ": started\n")) << host.err();
+  }
+  EXPECT_TRUE(running.waitFor({"status"}, "127.0.0.2: started"));
+  EXPECT_TRUE(host.says("error    ntpclient: 127.0.0.1: last words\n")) << host.err();
+  const Outcome outcome = running.end(SIGTERM);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_TRUE(outcome.err.ends_with("error    ntpclient: 127.0.0.2: last words\n")) << outcome.err;
+}
+
+TEST(TelephoneWithAClientOfOnesOwn, AnswersWhileTheClientWritesWithoutEnd) {
+  const support::TemporaryFolder folder;
+  const fs::path client = folder / "own";
+  std::ofstream(client) << "#!/bin/sh\nwhile :; do echo flood; done\n";
+  fs::permissions(client, fs::perms::owner_all);
+  RunningHost running({"--network", "up", "--program", "/sbin/ntpclient=" + client.string()});
+  ASSERT_EQ(running.ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
+  ASSERT_TRUE(running.program().says("flood"));
+  EXPECT_EQ(running.ctl({"call", "getTime"}).status, 0);
+  EXPECT_NE(running.ctl({"log"}).out.find("listening at"), std::string::npos);
+  const Outcome outcome = running.end(SIGTERM);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_NE(outcome.err.find(" lines suppressed of ntpclient: one program may write 100 lines"),
+            std::string::npos);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "Process.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -8,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -26,6 +28,80 @@ bool exists(pid_t pid) {
 
 bool hasChildren() {
   return waitpid(-1, nullptr, WNOHANG) != -1;
+}
+
+// Gives children the test's pipe as standard output and standard error.
+class ChildWithOutput : public ChildProcess {
+ protected:
+  ChildWithOutput() {
+    host::ProgramMap::instance().setOutput([this](const std::string& program) {
+      m_names.push_back(program);
+      return host::Descriptor(open(pipePath().c_str(), O_WRONLY | O_CLOEXEC));
+    });
+  }
+
+  std::vector<std::string> m_names;
+};
+
+TEST_F(ChildWithOutput, WritesItsOutputAndErrorsThere) {
+  for (const int options : {0, static_cast<int>(Process::ownProcessGroup)}) {
+    // Opened first: a pipe without a reader cannot be opened for writing.
+    const host::Descriptor reader(open(pipePath().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const auto child = process({"/bin/sh", "-c", "echo out; echo error >&2"}, {}, options);
+    EXPECT_GT(child->launch(), 0);
+    std::string text;
+    EXPECT_TRUE(support::becomesTrue([&] {
+      std::array<char, 64> part{};
+      const ssize_t got = read(reader.get(), part.data(), part.size());
+      if (got > 0) text.append(part.data(), static_cast<std::size_t>(got));
+      return got == 0;  // the child has ended
+    }));
+    EXPECT_EQ(text, "out\nerror\n");
+  }
+  EXPECT_EQ(m_names, (std::vector<std::string>{"sh", "sh"}));
+}
+
+TEST_F(ChildWithOutput, KeepsTheOldOneIfThereIsNoDescriptor) {
+  host::ProgramMap::instance().setOutput([](const std::string&) {
+    errno = EMFILE;
+    return host::Descriptor();
+  });
+  const support::LogCapture log(3);
+  const auto child = shell("readlink /proc/$$/fd/2", {"PATH=/bin"});
+  EXPECT_GT(child->launch(), 0);
+  EXPECT_EQ(output(), std::filesystem::read_symlink("/proc/self/fd/2").string() + "\n");
+  EXPECT_EQ(log.entries().size(), 1U) << log.text();
+  EXPECT_TRUE(log.has(3,
+                      "the output of \"/bin/sh\" goes to the host's own, and not into the log: "
+                      "Too many open files"));
+}
+
+TEST_F(ChildProcess, HasAFailureLogged) {
+  const struct {
+    const char* script;
+    int level;
+    const char* line;
+  } rows[] = {
+      {"exit 0", 5, "\"/bin/sh\" ended with status 0"},
+      {"exit 7", 3, "\"/bin/sh\" ended with status 7"},
+      {"kill -9 $$", 3, "\"/bin/sh\" was ended by signal 9"},
+  };
+  for (const auto& row : rows) {
+    const support::LogCapture log;
+    const auto child = process({"/bin/sh", "-c", row.script});
+    EXPECT_GT(child->launch(), 0);
+    EXPECT_TRUE(log.waitForPart("\"/bin/sh\"")) << row.script;
+    EXPECT_TRUE(log.has(row.level, row.line)) << log.text();
+  }
+}
+
+TEST_F(ChildProcess, HasNoFailureLoggedIfItIsEnded) {
+  const support::LogCapture log;
+  auto child = shell("trap 'exit 1' TERM; echo ready; sleep 1000 & wait", {"PATH=/bin"});
+  EXPECT_GT(child->launch(), 0);
+  const std::ifstream pipe = outputAfterReady();
+  child.reset();
+  EXPECT_TRUE(log.entries().empty()) << log.text();
 }
 
 TEST_F(ChildProcess, StartsWithDefaultSignals) {

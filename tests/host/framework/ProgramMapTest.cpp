@@ -78,6 +78,20 @@ TEST_F(DevicePrograms, AreClearedTogether) {
   }
 }
 
+TEST_F(DevicePrograms, HaveAnOutputByTheirNameOnTheDevice) {
+  m_map.set("/sbin/client", "/usr/bin/other");
+  EXPECT_FALSE(m_map.resolve("/sbin/client")->openOutput);
+  std::string asked;
+  m_map.setOutput([&](const std::string& program) {
+    asked = program;
+    return host::Descriptor();
+  });
+  EXPECT_FALSE(m_map.resolve("/sbin/client")->openOutput().valid());
+  EXPECT_EQ(asked, "client");
+  m_map.setOutput({});
+  EXPECT_FALSE(m_map.resolve("/sbin/client")->openOutput);
+}
+
 // Without a lock, the changes of one thread would lose some of the other's.
 TEST_F(DevicePrograms, CanBeUsedOnTwoThreads) {
   const auto useWith = [this](const std::string& folder) {
