@@ -6,8 +6,8 @@
 // KEY=VALUE: a stored setting.
 #include <dlfcn.h>
 
+#include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -24,14 +24,23 @@ using example::Clock::Milliseconds;
 namespace {
 
 // The plug-in stays loaded: its code is needed until the last of its objects is deleted.
-std::unique_ptr<Service> createService(const char* plugin) {
+ServiceFactory findFactory(const char* plugin) {
   void* const library = dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
   void* const factory = library != nullptr ? dlsym(library, "createClockService") : nullptr;
   if (factory == nullptr) {
     std::fprintf(stderr, "loader: %s\n", dlerror());
-    return nullptr;
   }
-  return std::unique_ptr<Service>(reinterpret_cast<ServiceFactory>(factory)());
+  return reinterpret_cast<ServiceFactory>(factory);
+}
+
+// A service from other headers or with another C++ library is no clock.
+ClockServiceIfc* clockOf(Service* service, const char* plugin) {
+  auto* const clock = dynamic_cast<ClockServiceIfc*>(service);
+  if (clock == nullptr) {
+    std::fprintf(stderr, "loader: %s has no ClockServiceIfc; %s\n", plugin,
+                 "build it with the headers and the C++ library of the loader");
+  }
+  return clock;
 }
 
 struct Options {
@@ -39,13 +48,23 @@ struct Options {
   Milliseconds end = Milliseconds::max();
 };
 
+bool readHours(const std::string& word, Milliseconds& end) {
+  unsigned hours = 0;
+  const char* const stop = word.data() + word.size();
+  const auto [rest, error] = std::from_chars(word.data(), stop, hours);
+  example::Clock::startSkipping();
+  end = example::Clock::uptime() + std::chrono::hours(hours);
+  return error == std::errc() && rest == stop;
+}
+
 bool read(int count, char** words, Options& options, example::Settings& settings) {
   for (int i = 1; i < count; ++i) {
     const std::string word = words[i];
     const std::size_t equals = word.find('=');
     if (word == "--hours" && i + 1 < count) {
-      example::Clock::startSkipping();
-      options.end = example::Clock::uptime() + std::chrono::hours(std::atoi(words[++i]));
+      if (!readHours(words[++i], options.end)) {
+        return false;
+      }
     } else if (options.plugin == nullptr) {
       options.plugin = words[i];
     } else if (equals != std::string::npos) {
@@ -64,13 +83,20 @@ int main(int count, char** words) {
   example::Settings settings;
   Options options;
   if (!read(count, words, options, settings)) {
-    std::fputs("usage: loader PLUGIN [--hours N] [KEY=VALUE]...\n", stderr);
+    std::fputs("usage: loader PLUGIN [--hours N] [KEY=VALUE]...; N is a whole number, 0 or more\n",
+               stderr);
     return 2;
   }
   example::Framework framework(settings);
-  const std::unique_ptr<Service> service = createService(options.plugin);
-  auto* const clock = dynamic_cast<ClockServiceIfc*>(service.get());
-  if (clock == nullptr) return 1;
+  const ServiceFactory factory = findFactory(options.plugin);
+  if (factory == nullptr) {
+    return 1;
+  }
+  const std::unique_ptr<Service> service(factory());
+  ClockServiceIfc* const clock = clockOf(service.get(), options.plugin);
+  if (clock == nullptr) {
+    return 1;
+  }
 
   service->init(framework);
   HourPrinter printer;

@@ -10,7 +10,8 @@ set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 set(cross_libraries /usr/arm-linux-gnueabihf/lib)
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm ${cross_libraries}/ld-linux-armhf.so.3 --library-path
                                   ${cross_libraries})
-set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
+# The prefixes that a project names are those of the device: they are not looked for below the first.
+set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf ${CMAKE_PREFIX_PATH})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -33,12 +33,18 @@ include(FetchContent)
 FetchContent_Declare(ClockService SOURCE_DIR {clock})
 FetchContent_MakeAvailable(ClockService)
 add_subdirectory({clock}/examples loader)
+if(CLOCK_INSTALL)
+  add_library(framework INTERFACE)
+  target_link_libraries(framework INTERFACE ClockService::Platform)
+  install(TARGETS framework EXPORT framework)
+  install(EXPORT framework DESTINATION lib/cmake/framework)
+endif()
 """
 
 # A program that links the plug-in and lacks the seam.
 LINKED = """cmake_minimum_required(VERSION 3.25)
 project(Linked LANGUAGES CXX)
-find_package(ClockService REQUIRED)
+find_package(ClockService 1 REQUIRED)
 file(WRITE ${CMAKE_BINARY_DIR}/main.cpp "#include <ClockService.h>\\nint main() { return createClockService() == nullptr; }")
 add_executable(linked ${CMAKE_BINARY_DIR}/main.cpp)
 target_link_libraries(linked PRIVATE ClockService::ClockService)
@@ -71,7 +77,7 @@ class Consumers:
             self.options = ["--toolchain", toolchain]
         self.installed = folder / "installed"
         self.plugin = self.installed / "lib" / LIBRARY
-        self.found = [f"-DClockService_DIR={self.installed}/lib/cmake/ClockService"]
+        self.found = [f"-DCMAKE_PREFIX_PATH={self.installed}"]
         self.other_libraries = folder / "other" / OTHER_LIBDIR
         self.faults = []
 
@@ -156,6 +162,15 @@ class Consumers:
         if "Storage::store" not in made.stdout + made.stderr:
             self.faults.append(f"link: should say that Storage::store is undefined: {made}")
 
+    def refuse_another_major_version(self):
+        version = self.other_libraries / "cmake/ClockService/ClockServiceConfigVersion.cmake"
+        version.write_text(re.sub(r'"\d+(\.\d+\.\d+")', r'"99\1', version.read_text()))
+        refused = subprocess.run([self.cmake, "-S", self.tree / "examples", "-B", self.folder / "refused",
+                                  *self.options, f"-DClockService_DIR={version.parent}"],
+                                 capture_output=True, text=True)
+        if not re.search(r"not\s+accepted:[^,]*, version: 99", refused.stderr):
+            self.faults.append(f"version 99 of the package is not refused: {refused}")
+
     def use_pkg_config(self):
         environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.other_libraries / "pkgconfig")}
         flags = run("pkg-config", "--cflags", "ClockService", env=environment).split()
@@ -173,6 +188,7 @@ class Consumers:
         project.mkdir()
         (project / "CMakeLists.txt").write_text(PROJECT.format(clock=clock))
         build = self.build(project, MAKE, "-DCMAKE_BUILD_TYPE=MinSizeRel", FLAGS)
+        run(self.cmake, build, "-DCLOCK_INSTALL=ON")  # the project may export what contains the clock's targets
         plugin = next(build.rglob(LIBRARY))
         self.check_loader("subproject", build / "loader/loader", plugin)
         if plugin.read_bytes() != self.plugin.read_bytes():
@@ -189,6 +205,7 @@ def main(tree, *words):
         consumers.use_the_package()
         consumers.check_the_framework()
         consumers.link()
+        consumers.refuse_another_major_version()
         consumers.use_pkg_config()
         consumers.use_the_sources()
     print(*consumers.faults, sep="\n")

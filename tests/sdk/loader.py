@@ -1,4 +1,6 @@
-"""Runs the example's loader: loader.py PLUGIN LOADER...
+"""Runs the example's loader: loader.py PLUGIN NO_CLOCK LOADER...
+
+NO_CLOCK: a library with the same factory, which returns no clock.
 
 The last words are the command that starts the loader, with an emulator before it if it needs one.
 """
@@ -25,7 +27,7 @@ def run(loader, *words):
     return subprocess.run([*loader, *words], capture_output=True, text=True, timeout=60)
 
 
-def faults_of(plugin, loader):
+def faults_of(plugin, no_clock, loader):
     for words, expected in ROWS:
         result = run(loader, plugin, *words)
         if (result.returncode, result.stdout) != (0, expected):
@@ -33,15 +35,19 @@ def faults_of(plugin, loader):
     for words, status, error in [
         ([], 2, "usage: loader PLUGIN"),
         ([plugin, "unknown"], 2, "usage: loader PLUGIN"),
+        ([plugin, "--hours", "x"], 2, "usage: loader PLUGIN"),
+        ([plugin, "--hours", "-1"], 2, "usage: loader PLUGIN"),
         ([plugin + ".gone"], 1, "loader: "),
+        ([no_clock], 1, f"loader: {no_clock} has no ClockServiceIfc; build it"),
     ]:
         result = run(loader, *words)
-        if result.returncode != status or not result.stderr.startswith(error):
+        one_line = result.stderr.count("\n") == 1
+        if result.returncode != status or not one_line or not result.stderr.startswith(error):
             yield f"{words}: {result}, should end with {status} and {error!r}"
 
 
-def main(plugin, *loader):
-    wrong = list(faults_of(plugin, loader))
+def main(plugin, no_clock, *loader):
+    wrong = list(faults_of(plugin, no_clock, loader))
     print(*wrong, sep="\n")
     return 1 if wrong else 0
 
