@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "BlockingClient.h"
 #include "HostProgram.h"
@@ -65,13 +66,17 @@ Sample perOperation(std::size_t operations, Operation operation, Count count) {
   return {static_cast<double>(count() - before) / static_cast<double>(operations), {}};
 }
 
-// The mean count for a batch of `inFlight` calls that are sent together while the host sleeps.
+// The mean count for a batch of `inFlight` calls that are sent together while the host sleeps, by
+// two clients alternately.
 template <class Count>
 Sample perCalls(const HostProgram& host, std::size_t inFlight, Count count) {
-  const BlockingClient connection(host.socket());
+  const BlockingClient one(host.socket());
+  const BlockingClient another(host.socket());
+  bool turn = false;
   std::string requests;
   for (std::size_t i = 0; i < inFlight; ++i) requests += callOf("getTime");
   const auto callAll = [&] {
+    const BlockingClient& connection = std::exchange(turn, !turn) ? one : another;
     connection.send(requests);
     for (std::size_t i = 0; i < inFlight; ++i) static_cast<void>(connection.frame());
     support::waitUntilSleeps(host.program().id());

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <utility>
@@ -145,6 +146,7 @@ class Host {
   Device m_device;
   Controller m_controller;
   Descriptor m_clockSets;  // under --clock system
+  std::function<void()> m_ready;
 };
 
 // Called before all else, so that a signal during the start also shuts the host down cleanly.
@@ -201,13 +203,14 @@ void Host::writeHistoryLater() {
   });
 }
 
-// On the management thread, because a long log takes a while. A failure ends the host: the loop
-// throws it.
+// On the management thread, because a long log takes a while. After that the host is ready. A
+// failure ends it: the loop throws it.
 void Host::openSecurityLog() {
   m_device.managementThread().post([this] {
     try {
       m_device.securityLog().open();
       ::malloc_trim(0);  // gives back what the start and the check have used and freed
+      m_loop.post([this] { m_ready(); });
     } catch (...) {
       m_loop.post([failure = std::current_exception()] { std::rethrow_exception(failure); });
     }
@@ -226,7 +229,7 @@ void Host::watchMachineClock() try {
 }
 
 void Host::runUntilStopped(Readiness& readiness) {
-  readiness.ready();  // requests that have come meanwhile are answered at once
+  m_ready = [&readiness] { readiness.ready(); };
   m_loop.run();
   readiness.stopping();
   logAppUni("clockhost", kLogNote, __FILE__, __LINE__, "shutting down");

@@ -56,6 +56,9 @@ class IoLoop {
   // Throws Error and std::bad_alloc.
   void watchUntilDone(Descriptor descriptor, std::function<bool()> readable);
 
+  // Whether nothing else waits in this pass of the loop. For handlers of descriptors.
+  [[nodiscard]] bool runsTheOnlyHandler() const { return m_eventCount == 1 && !m_tasks; }
+
   void run();      // until stop()
   bool runOne();   // waits for one handler and runs it. False when the loop is stopped
   void stop();     // any thread, and from a handler

@@ -31,7 +31,8 @@ inline constexpr std::size_t kMostFurtherRegistrations = 1'000;
 
 // Frames of a client that are handled as soon as they are read, without waiting for a turn: enough
 // for a client that waits for answers. Clients that send more take turns, one at a time. While no
-// client waits for a turn, the client that had the last one gets a full turn at once.
+// client waits for a turn, the only client that has sent, or the one that had the last turn, gets a
+// full turn at once.
 inline constexpr std::size_t kFramesAtOnce = 4;
 
 // The length of one turn of a client on the loop, in frames or time, whichever ends first. At least

@@ -193,11 +193,12 @@ std::optional<std::string> RemoteServer::Impl::setCodec(Connection& from, std::s
   return std::nullopt;
 }
 
-// While no client waits for a turn, the client that had the last one gets a full turn at once.
-// Otherwise it must wait, too.
+// A client that nobody waits for gets a full turn at once, so that its answers leave together.
+// While others wait for a turn, the client that had the last one must wait, too.
 std::size_t RemoteServer::Impl::framesAtOnce(const Connection& from) const {
-  if (from.number() != m_lastInTurn) return kFramesAtOnce;
-  return m_turns.idle() ? kFramesInTurn : 0;
+  const bool hadLastTurn = from.number() == m_lastInTurn;
+  if (m_turns.idle() && (hadLastTurn || m_loop.runsTheOnlyHandler())) return kFramesInTurn;
+  return hadLastTurn ? 0 : kFramesAtOnce;
 }
 
 void RemoteServer::Impl::onTurnOver(Connection& from) {

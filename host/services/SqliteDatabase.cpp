@@ -64,7 +64,8 @@ std::string unfinished(const std::string& file) {
 SqliteDatabase::SqliteDatabase(const std::filesystem::path& file, const SqliteStore& store,
                                Opening opening)
     : m_name(file.string()), m_store(store) {
-  if (opening == Opening::now) open();
+  // Later it would be too late to refuse to start.
+  opening == Opening::now ? open() : tightenFile(m_name);
 }
 
 SqliteDatabase::SqliteDatabase(const SqliteStore& store) : m_name(":memory:"), m_store(store) {

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 
 #include "integration/OneLine.h"
 #include "integration/RestartableHost.h"
@@ -55,6 +56,27 @@ TEST_F(HostLife, ClosesTheDescriptorWithoutANewlineIfItDoesNotStart) {
                  words({"--ready-fd", "3", "--plugin", "/no/such/plugin.so"})));
   EXPECT_EQ(support::contentOf(pipe), "");
   EXPECT_EQ(program().wait().status, 1);
+}
+
+// The log of a newer program is found out only when the host already answers.
+TEST_F(HostLife, ClosesTheDescriptorWithoutANewlineIfTheSecurityLogCannotBeOpened) {
+  const fs::path pipe = folder() / "ready";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  start();
+  ASSERT_EQ(ctl({"security-log"}).status, 0);
+  ASSERT_EQ(end(SIGTERM).status, 0);
+  constexpr std::streamoff kVersionEnd = 63;  // in SQLite's file header, big-endian
+  std::fstream(state() / "security.db", std::ios::in | std::ios::out).seekp(kVersionEnd).put(99);
+  launch(inShell("3>\"" + pipe.string() + "\"", words({"--ready-fd", "3"})));
+  EXPECT_EQ(support::contentOf(pipe), "");
+  EXPECT_EQ(program().wait().status, 1);
+}
+
+TEST_F(HostLife, DoesNotListenWithAFolderInPlaceOfTheSecurityLog) {
+  fs::create_directories(state() / "security.db");
+  launch();
+  EXPECT_EQ(program().wait().status, 1);
+  EXPECT_EQ(program().err().find("listening"), std::string::npos) << program().err();
 }
 
 TEST_F(HostLife, NotifiesItsServiceManager) {

@@ -45,6 +45,28 @@ TEST(IoLoop, RunsTasksInTheOrderOfTheirPosts) {
   EXPECT_EQ(ran, (std::vector<int>{1, 2, 3}));
 }
 
+TEST(IoLoop, KnowsWhetherAHandlerIsTheOnlyOneOfItsPass) {
+  IoLoop loop;
+  const std::array<Sockets, 2> sockets;
+  std::vector<bool> alone;
+  const auto handler = [&](const Sockets& at) {
+    return [&, own = &at](std::uint32_t) {
+      own->receive();
+      alone.push_back(loop.runsTheOnlyHandler());
+    };
+  };
+  const IoLoop::Watch one(loop, sockets[0].own.get(), EPOLLIN, handler(sockets[0]));
+  const IoLoop::Watch another(loop, sockets[1].own.get(), EPOLLIN, handler(sockets[1]));
+  sockets[0].send();
+  loop.runAllReady();
+  for (const Sockets& both : sockets) both.send();
+  loop.runAllReady();
+  sockets[1].send();
+  loop.post([] {});
+  loop.runAllReady();
+  EXPECT_EQ(alone, (std::vector<bool>{true, false, false, false}));
+}
+
 TEST(IoLoop, QueuesATaskOnceUntilItRuns) {
   IoLoop loop;
   int ran = 0;
