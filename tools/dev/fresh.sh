@@ -59,6 +59,7 @@ keep_figures() {
 
 need fresh
 as_root rm -rf "$folder"
+rm -f "$CLOCK_TREE/build/bench.json" # of an earlier run
 mkdir -p "$folder"
 trap 'keep_figures; echo "dev: the root is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
 make_root
