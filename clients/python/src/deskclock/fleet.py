@@ -6,6 +6,8 @@ import concurrent.futures
 from types import TracebackType
 from typing import TYPE_CHECKING, Callable, List, Optional, Sequence, Type, TypeVar, overload
 
+from .errors import HostGone
+
 if TYPE_CHECKING:
     from .phone import Phone
 
@@ -16,6 +18,9 @@ class Fleet(Sequence["Phone"]):
     """A sequence of phones, which start, act and are closed together. Use it in a `with`."""
 
     def __init__(self, spawn: Callable[[], Phone], count: int) -> None:
+        if count < 0:
+            raise ValueError(f"a fleet of {count} phones; should be 0 or more")
+        self._closed = False
         self._pool = concurrent.futures.ThreadPoolExecutor(max(count, 1))
         starts = [self._pool.submit(spawn) for _ in range(count)]
         concurrent.futures.wait(starts)
@@ -27,12 +32,18 @@ class Fleet(Sequence["Phone"]):
     def each(self, action: Callable[[Phone], R]) -> List[R]:
         """Calls this for all phones at the same time: the results in the order of the phones. After
         all have ended, raises the error of the first phone that has one."""
+        if self._closed:
+            raise HostGone("this fleet is closed")
         return _results([self._pool.submit(action, phone) for phone in self._phones])
 
     def close(self) -> None:
         """Closes all phones."""
-        self.each(lambda phone: phone.close())
-        self._pool.shutdown()
+        if not self._closed:
+            try:
+                self.each(lambda phone: phone.close())
+            finally:
+                self._closed = True
+                self._pool.shutdown()
 
     @overload
     def __getitem__(self, index: int) -> Phone: ...

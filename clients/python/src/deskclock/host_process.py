@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import pathlib
 import select
@@ -16,7 +17,7 @@ from .errors import HostGone, NoReply
 
 Stream = Union[int, IO[bytes]]
 
-_LONGEST_STOP = 5.0  # seconds
+_LONGEST_STOP = 30.0  # seconds: then it is killed, and counts as one that failed
 _MOST_LOG = 2000  # characters of the log in an error
 
 
@@ -33,6 +34,8 @@ class HostProcess:
         self.control = str(self.folder / "sock.control")
         self._options = list(options)
         self._processes: List[subprocess.Popen[bytes]] = []
+        self._power_cuts: List[subprocess.Popen[bytes]] = []
+        self._last_log: Optional[str] = None  # after `close`
         self._end = weakref.finalize(self, _end, self._processes, self.folder)
         self._start()
 
@@ -46,7 +49,10 @@ class HostProcess:
 
     def stop(self, power_cut: bool = False) -> None:
         """Ends the process; its state remains."""
-        stop_process(self._processes[-1], signal.SIGKILL if power_cut else signal.SIGTERM)
+        process = self._processes[-1]
+        if power_cut and process.poll() is None:
+            self._power_cuts.append(process)
+        stop_process(process, signal.SIGKILL if power_cut else signal.SIGTERM)
 
     def start_again(self) -> None:
         """After `stop`: with the saved state, and so with the saved time."""
@@ -55,21 +61,42 @@ class HostProcess:
             del self._options[at : at + 2]
         self._start()
 
+    @property
+    def closed(self) -> bool:
+        return not self._end.alive
+
     def close(self) -> None:
+        """Ends the process, and removes the folder; the log can still be read."""
+        if self.closed:
+            return
+        _stop_all(self._processes)
+        with contextlib.suppress(HostGone):
+            self._last_log = self.log()
         self._end()
+
+    def fault(self) -> str:
+        """After `close`: how a run failed, and the end of the log, or nothing. A power cut is no failure."""
+        for process in self._processes:
+            if process.returncode != 0 and process not in self._power_cuts:
+                return f"the host ended with {_how(process)}{self._log_end()}"
+        return ""
 
     def log(self) -> str:
         """The log of all runs."""
-        return (self.folder / "log").read_text(errors="replace")
+        if self._last_log is not None:
+            return self._last_log
+        try:
+            return (self.folder / "log").read_text(encoding="utf-8", errors="replace")
+        except OSError as error:
+            raise HostGone(f"the log cannot be read: {error}") from None
 
     def end_text(self) -> str:
         """How the host ended, and the end of its log: the second half of a sentence."""
         try:
-            status = self._processes[-1].wait(1)
+            self._processes[-1].wait(1)
         except subprocess.TimeoutExpired:
             return f", but its process still runs{self._log_end()}"
-        how = f"signal {-status}" if status < 0 else f"exit status {status}"
-        return f", with {how}{self._log_end()}"
+        return f", with {_how(self._processes[-1])}{self._log_end()}"
 
     def _start(self) -> None:
         ready, write_end = os.pipe()
@@ -85,7 +112,10 @@ class HostProcess:
         self._processes.append(process)
 
     def _log_end(self) -> str:
-        return f"; the end of its log:\n{self.log()[-_MOST_LOG:]}"
+        try:
+            return f"; the end of its log:\n{self.log()[-_MOST_LOG:]}"
+        except HostGone as error:
+            return f"; {error}"
 
 
 def start_process(
@@ -128,7 +158,16 @@ def stop_process(process: subprocess.Popen[bytes], number: int) -> None:
         process.wait()
 
 
-def _end(processes: List[subprocess.Popen[bytes]], folder: pathlib.Path) -> None:
+def _how(process: subprocess.Popen[bytes]) -> str:
+    status = process.returncode
+    return f"signal {-status}" if status < 0 else f"exit status {status}"
+
+
+def _stop_all(processes: List[subprocess.Popen[bytes]]) -> None:
     for process in processes:
         stop_process(process, signal.SIGTERM)
+
+
+def _end(processes: List[subprocess.Popen[bytes]], folder: pathlib.Path) -> None:
+    _stop_all(processes)
     shutil.rmtree(folder, ignore_errors=True)

@@ -9,11 +9,12 @@ from typing import Any, Callable, Dict, List, Optional, Sequence, Type, Union
 
 from .calls import Calls
 from .connection import Connection
+from .errors import HostGone
 from .events import Events
 from .fleet import Fleet
-from .host_process import HostProcess, program_path
+from .host_process import HostProcess
 from .keys import Keys
-from .recording import Recording
+from .recording import Recording, clockctl_path
 from .time_travel import Instant, TimeTravel, instant_text
 
 VARIANTS = (0, 2, 3, 4)  # the hardware variants that differ in their defaults
@@ -37,6 +38,8 @@ class Phone(Calls, TimeTravel):
         self.timeout = timeout
         self._sockets = (calls, control)
         self._host = host
+        self._before_end: Callable[[], None] = lambda: None  # before its host ends, also for a restart
+        self._after_restart: Callable[[], None] = lambda: None
         self.keys = Keys(self.control)
         self._connect()
 
@@ -99,15 +102,17 @@ class Phone(Calls, TimeTravel):
         self.control("inject", what=what, **members)
 
     def log(self) -> str:
-        """The host's log: of a spawned phone all of it, otherwise its latest lines."""
+        """The host's log: of a spawned phone all of it, also when it is closed, otherwise its latest
+        lines."""
         if self._host is not None:
             return self._host.log()
         entries: List[Dict[str, Any]] = self.control("log", follow=False)["entries"]
         return "".join("{time} {level} {component}: {text}\n".format(**each) for each in entries)
 
     def record(self, file: Union[str, os.PathLike[str]]) -> Recording:
-        """Begins to record what is done to the phone, as a scenario in this new file."""
-        program = self._host.program if self._host else program_path(None)
+        """Begins to record what is done to the phone, as a scenario in this new file. `clockctl` does
+        it: $CLOCKCTL, else the one beside clockhost, else the one in $PATH."""
+        program = clockctl_path(self._host.program if self._host else None)
         return Recording(program, *self._sockets, pathlib.Path(file), self.timeout)
 
     def restart(self, power_cut: bool = False) -> None:
@@ -115,17 +120,27 @@ class Phone(Calls, TimeTravel):
         with the state that it saved. Unread events are lost, and a recording ends."""
         if self._host is None:
             raise TypeError("only a spawned phone can be restarted")
+        if self._host.closed:
+            raise HostGone("this phone is closed")
+        self._before_end()
         self._connection.close()
         self._host.stop(power_cut)
         self._host.start_again()
         self._host.wait_until_ready(_LONGEST_START)
         self._connect()
+        self._after_restart()
 
     def close(self) -> None:
         """Disconnects; ends the host if this phone has started it, and removes its folder."""
+        self._before_end()
         self._connection.close()
         if self._host is not None:
             self._host.close()
+
+    def fault(self) -> str:
+        """Of a spawned phone that is closed: how its host failed, as with a signal or a sanitizer's exit
+        status, and the end of its log; nothing if it ended well, or only by power cuts of `restart`."""
+        return self._host.fault() if self._host is not None else ""
 
     def __repr__(self) -> str:
         return f"Phone({self._sockets[0]!r})"

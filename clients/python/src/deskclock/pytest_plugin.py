@@ -6,49 +6,18 @@ from __future__ import annotations
 import contextlib
 import pathlib
 import re
-import tempfile
-from typing import Any, Callable, Dict, Generator, Iterator, List
+import zlib
+from typing import Any, Callable, Dict, Generator, Iterator
 
 import pytest
 
-from .errors import PhoneError
+from .evidence import Evidence
+from .fleet import Fleet
 from .phone import Phone
-from .recording import Recording
 
-_MOST_LINES = 60  # of a log or scenario in the report; the files have all of them
+_LONGEST_NAME = 100  # characters of a folder's name; a file system takes 255 bytes
 
-
-class _Evidence:
-    """The phones of one running test, and their recordings."""
-
-    def __init__(self, make_folder: Callable[[], pathlib.Path]) -> None:
-        self._make_folder = make_folder
-        self._phones: List[Phone] = []
-        self._recordings: List[Recording] = []
-
-    def add(self, phone: Phone, recording: Recording) -> None:
-        self._phones.append(phone)
-        self._recordings.append(recording)
-
-    def __len__(self) -> int:
-        return len(self._phones)
-
-    def keep(self) -> Dict[str, str]:
-        """Ends the recordings, and writes the files: the sections of the report."""
-        sections: Dict[str, str] = {}
-        folder = self._make_folder()
-        for number, (phone, recording) in enumerate(zip(self._phones, self._recordings), start=1):
-            name = f"phone-{number}"
-            log, scenario = folder / f"{name}.log", folder / f"{name}.scenario"
-            log.write_text(phone.log())
-            scenario.write_text(_ended(recording))
-            sections[f"{name} log: {log}"] = _last_lines(log)
-            sections[f"{name} scenario: clockhost --scenario {scenario}"] = _last_lines(scenario)
-        self._phones.clear()
-        return sections
-
-
-_EVIDENCE = pytest.StashKey[_Evidence]()
+_EVIDENCE = pytest.StashKey[Evidence]()
 
 
 def pytest_addoption(parser: pytest.Parser) -> None:
@@ -89,54 +58,84 @@ def phone(
     """A new phone, whose clock is paused. The marker `phone` sets its options."""
     options = {"variant": phone_variant, **phone_options}
     for marker in reversed(list(request.node.iter_markers("phone"))):
+        if marker.args:
+            raise TypeError(f"the marker phone takes options by name, as variant=3; not {marker.args}")
         options.update(marker.kwargs)
     return new_phone(**options)
 
 
 @pytest.fixture
-def new_phone(
-    request: pytest.FixtureRequest, tmp_path_factory: pytest.TempPathFactory
-) -> Iterator[Callable[..., Phone]]:
+def new_phone(_phones: _Phones) -> Callable[..., Phone]:
     """Makes a phone on each call, with these options of Phone.spawn."""
-    evidence = _Evidence(lambda: _folder_for(request, tmp_path_factory))
-    request.node.stash[_EVIDENCE] = evidence
+    return _phones.spawn
+
+
+@pytest.fixture
+def new_fleet(_phones: _Phones) -> Callable[..., Fleet]:
+    """Makes a fleet on each call, with these arguments of Phone.fleet."""
+    return _phones.fleet
+
+
+@pytest.fixture
+def _phones(
+    request: pytest.FixtureRequest, tmp_path_factory: pytest.TempPathFactory
+) -> Iterator[_Phones]:
+    evidence = Evidence(lambda: _folder_for(request, tmp_path_factory))
+    request.node.stash[_EVIDENCE] = evidence  # until the report of the teardown is made
     with contextlib.ExitStack() as ending:
-        folder = pathlib.Path(ending.enter_context(tempfile.TemporaryDirectory()))
+        yield _Phones(evidence, ending)
+    if faults := evidence.faults():
+        pytest.fail("\n".join(faults), pytrace=False)
 
-        def make(**options: Any) -> Phone:
-            phone = ending.enter_context(Phone.spawn(**options))
-            recording = phone.record(folder / f"{len(evidence)}.scenario")
-            ending.callback(recording.close)
-            evidence.add(phone, recording)
-            return phone
 
-        yield make
-    del request.node.stash[_EVIDENCE]
+class _Phones:
+    """Starts the phones of a test, and records them."""
+
+    def __init__(self, evidence: Evidence, ending: contextlib.ExitStack) -> None:
+        self._evidence = evidence
+        self._ending = ending
+
+    def spawn(self, **options: Any) -> Phone:
+        phone = self._ending.enter_context(Phone.spawn(**options))
+        self._evidence.add(phone).begin()
+        return phone
+
+    def fleet(self, count: int, **options: Any) -> Fleet:
+        fleet = self._ending.enter_context(Phone.fleet(count, **options))
+        kept = {phone: self._evidence.add(phone) for phone in fleet}
+        fleet.each(lambda phone: kept[phone].begin())
+        return fleet
 
 
 @pytest.hookimpl(hookwrapper=True)
 def pytest_runtest_makereport(item: pytest.Item) -> Generator[None, Any, None]:
     outcome = yield
     report: pytest.TestReport = outcome.get_result()
-    if report.failed and _EVIDENCE in item.stash:
-        report.sections += item.stash[_EVIDENCE].keep().items()
+    evidence = item.stash.get(_EVIDENCE, None)
+    if evidence is None:
+        return
+    if report.failed:
+        try:
+            report.sections += evidence.sections()
+        except Exception as error:  # it would end the whole run
+            report.sections.append(("phones", f"no logs: {error!r}"))
+    if report.when == "teardown":
+        del item.stash[_EVIDENCE]
+        evidence.close()
 
 
 def _folder_for(request: pytest.FixtureRequest, factory: pytest.TempPathFactory) -> pathlib.Path:
     parent = request.config.getoption("--phone-artifacts")
     if parent is None:
-        return factory.mktemp(re.sub(r"\W+", "-", request.node.name))
-    folder: pathlib.Path = parent / re.sub(r"\W+", "-", request.node.nodeid)
+        return factory.mktemp(_name_for(request.node.name))
+    folder: pathlib.Path = parent / _name_for(request.node.nodeid)
     folder.mkdir(parents=True, exist_ok=True)
     return folder.resolve()
 
 
-def _ended(recording: Recording) -> str:
-    try:
-        return recording.stop()
-    except PhoneError as error:  # the host has died; the scenario ends there
-        return f"{recording.file.read_text()}# {error}\n"
-
-
-def _last_lines(file: pathlib.Path) -> str:
-    return "\n".join(file.read_text().splitlines()[-_MOST_LINES:])
+def _name_for(test: str) -> str:
+    """The number tells apart parametrised tests whose names become the same."""
+    name = re.sub(r"\W+", "-", test, flags=re.ASCII)
+    if "[" in test or len(name) > _LONGEST_NAME:
+        name = f"{name[:_LONGEST_NAME].strip('-')}-{zlib.crc32(test.encode(errors='replace')):08x}"
+    return name
