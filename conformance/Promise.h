@@ -45,6 +45,15 @@ bool becomesTrue(Condition condition, std::chrono::milliseconds limit = std::chr
 // Long enough to see something happen that must not.
 inline constexpr std::chrono::milliseconds kMoment{20};
 
+// Calls the function on this thread and, at the same time, on another. Most faults that this
+// provokes show only under a thread sanitizer.
+template <class Function>
+void onTwoThreads(const Function& function) {
+  std::thread other(function);
+  function();
+  other.join();
+}
+
 // A new folder, removed with its content by the destructor.
 class ScratchFolder {
  public:

@@ -107,4 +107,14 @@ TEST_F(ClientUtilsPromise, RefusesOtherTextsAsHostNames) {
   }
 }
 
+TEST_F(ClientUtilsPromise, AnyThreadMayCall) {
+  promises("Conversions between settings and their text. Thread: any.");
+  conformance::onTwoThreads([] {
+    for (int i = 0; i < 100; ++i) {
+      EXPECT_EQ(ClientUtils::stoi(ClientUtils::itos(i)), i);
+      EXPECT_TRUE(ClientUtils::validGlobalHostname("time" + ClientUtils::itos(i) + ".example"));
+    }
+  });
+}
+
 }  // namespace

@@ -190,4 +190,14 @@ TEST_F(ClockUtilsPromise, PrintsAnyNumbers) {
             "-2147481748--2147483647--2147483648T-2147483648:-2147483648:-2147483648+00:00");
 }
 
+TEST_F(ClockUtilsPromise, AnyThreadMayCall) {
+  promises("Thread: any.");
+  conformance::onTwoThreads([] {
+    for (int day = 10; day < 30; ++day) {
+      const std::string text = "2026-03-" + std::to_string(day) + "T01:02:03+00:00";
+      EXPECT_EQ(printedUtc(parsedUtc(text)), text);
+    }
+  });
+}
+
 }  // namespace

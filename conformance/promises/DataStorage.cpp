@@ -1,6 +1,7 @@
 #include "DataStorage.h"
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Context.h"
@@ -166,6 +167,22 @@ TEST_F(DataStoragePromise, RefusesWhatNoDocumentCanCarry) {
        {std::string("\0", 1), std::string("a\x01z"), std::string("\xFF")})
     EXPECT_FALSE(view->setDataItem("NTPsharedSecret", value));
   EXPECT_EQ(read("DateFormat NTPsharedSecret"), "<DateFormat=1>");
+}
+
+TEST_F(DataStoragePromise, AnyThreadMayCall) {
+  promises("Thread: any.");
+  const auto view = settings();
+  const auto storeAs = [&](const std::string& key) {
+    for (int i = 0; i < 20; ++i) {
+      EXPECT_TRUE(view->setDataItem(key, std::to_string(i)));
+      const std::string document = view->getDataItems(key);
+      EXPECT_NE(document.find(">" + std::to_string(i) + "<"), std::string::npos) << document;
+    }
+  };
+  std::thread other(storeAs, "A");
+  storeAs("B");
+  other.join();
+  EXPECT_EQ(read("A B"), "<A=19><B=19>");
 }
 
 }  // namespace

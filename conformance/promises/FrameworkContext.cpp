@@ -60,4 +60,11 @@ TEST_F(FrameworkContextPromise, UnregistersAPeerThatHasDisconnected) {
   EXPECT_EQ(PlainProxy::living, 1);
 }
 
+TEST_F(FrameworkContextPromise, AnyThreadMayCall) {
+  promises("outlives every invoker. Thread: any.");
+  FrameworkContext& shared = remote();
+  const std::string name = platform().codecs().at(0);
+  conformance::onTwoThreads([&] { EXPECT_NE(shared.getCodec(name), nullptr); });
+}
+
 }  // namespace

@@ -99,4 +99,15 @@ TEST_F(NetHelperPromise, DoesNotWriteBeyondTheBuffer) {
             "1111:2222:3333:4444:5555:6666:7777:8888");
 }
 
+TEST_F(NetHelperPromise, AnyThreadMayCall) {
+  promises("Names and addresses. Thread: any.");
+  conformance::onTwoThreads([] {
+    for (int i = 0; i < 100; ++i) {
+      const std::string address = "10.0.0." + std::to_string(i);
+      EXPECT_EQ(lookedUp(address.c_str(), 0), address);
+      EXPECT_EQ(NetHelper::verifyIpAddress(address, false), 2);
+    }
+  });
+}
+
 }  // namespace

@@ -79,4 +79,11 @@ TEST_F(PhysicalInterfaceServiceIfcPromise, AcceptsNoticeOfAChange) {
   }
 }
 
+TEST_F(PhysicalInterfaceServiceIfcPromise, AnyThreadMayCall) {
+  promises("Thread: any.");
+  PhysicalInterfaceServiceIfc& shared = physical();
+  const auto variant = shared.getHardwareSubVariant();
+  conformance::onTwoThreads([&] { EXPECT_EQ(shared.getHardwareSubVariant(), variant); });
+}
+
 }  // namespace

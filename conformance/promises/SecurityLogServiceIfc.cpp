@@ -1,6 +1,8 @@
 #include "SecurityLogServiceIfc.h"
 
+#include <atomic>
 #include <stdexcept>
+#include <string>
 
 #include "Context.h"
 #include "Executable.h"
@@ -48,6 +50,17 @@ TEST_F(SecurityLogServiceIfcPromise, AppendsRecords) {
   EXPECT_EQ(records[0].text, "one");
   EXPECT_EQ(records[2].text, "three");
   EXPECT_EQ(records[0].subject, "") << "the device itself";
+}
+
+TEST_F(SecurityLogServiceIfcPromise, AnyThreadMayRecord) {
+  promises("Thread: any.");
+  SecurityLogServiceIfc& shared = securityLog();
+  std::atomic<int> last{0};
+  conformance::onTwoThreads([&] {
+    for (int i = 0; i < 20; ++i)
+      shared.record(1, 4, 1, 5, 3, false, std::to_string(++last), "", "");
+  });
+  EXPECT_EQ(platform().securityRecords().size(), 40U);
 }
 
 }  // namespace

@@ -177,4 +177,11 @@ TEST_F(StoragePromise, ReportsWhetherTheFileIsGone) {
   EXPECT_TRUE(fs::exists(file() / "more"));
 }
 
+TEST_F(StoragePromise, DeletingNeverThrows) {
+  promises("Never throws.");
+  for (const std::string& path : {std::string(), std::string(10'000, 'x'), std::string("\0", 1),
+                                  std::string("/dev/null/file"), std::string("/proc/self")})
+    EXPECT_NO_THROW(Storage::deleteFile_noEx(path)) << path.substr(0, 40);
+}
+
 }  // namespace

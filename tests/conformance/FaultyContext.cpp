@@ -11,6 +11,11 @@
 namespace conformance {
 namespace {
 
+const Violation kNoAgents("LocalMgmtIfcPromise.ReachesTheAgent", "no agent is registered");
+const Violation kNoValue("LocalMgmtIfcPromise.ReadsADeviceValueIntoTheRecord",
+                         "getData does not fill the record");
+const Violation kSaysWritten("LocalMgmtIfcPromise.RefusesToWriteNothing",
+                             "setData hides a refusal");
 const Violation kFirstAgent("LocalMgmtIfcPromise.ALaterAgentReplacesIt", "the first agent stays");
 const Violation kAnyValue("LocalMgmtIfcPromise.HasNoOtherDeviceValues",
                           "a value that the device does not hold is empty");
@@ -30,6 +35,8 @@ const Violation kVariantMoves("PhysicalInterfaceServiceIfcPromise.TheVariantIsFi
                               "the variant changes");
 const Violation kAllEvents("PhysicalInterfaceServiceIfcPromise.SubscribersReceiveNoOtherEvents",
                            "subscribers receive all events");
+const Violation kNoEvents("PhysicalInterfaceServiceIfcPromise.SubscribersReceiveTheirEvents",
+                          "subscribers receive no events");
 const Violation kSilentSubscription("PhysicalEventObserverPromise.HearsOfItsSubscription",
                                     "the observer is called twice at its subscription");
 
@@ -37,6 +44,9 @@ const Violation kNoSubject("SecurityLogServiceIfcPromise.KeepsAllFields", "the s
 
 const Violation kAnyService("ContextPromise.FindsTheServicesByName",
                             "an unknown name gives another service");
+const Violation kWrongService("ContextPromise.ServicesHaveTheirInterfaces",
+                              "a name gives another service");
+const Violation kLate("YearAcceptance.EachHourIsAnnouncedOnce", "long timers expire a second late");
 const Violation kArmed("ContextPromise.CreatesTimersStopped", "a new timer is running");
 const Violation kPeriodic("ContextPromise.TimersExpireOnce", "timers are periodic");
 const Violation kFirstOwner("ContextPromise.TimersExpireAtTheirOwners",
@@ -62,20 +72,21 @@ const Violation kUnknownThrows("ContextPromise.UnknownTimersAreIgnored",
 }  // namespace
 
 bool FaultyManagement::registerAgent(const std::string& agentId, MgmtAgentIfc* agent) {
+  if (kNoAgents.on()) return true;
   if (kFirstAgent.on() && m_agent != nullptr) return true;
   m_agent = agent;
   return m_real.registerAgent(agentId, agent);
 }
 
 bool FaultyManagement::getData(ManageableData& record) {
-  return m_real.getData(record) || kAnyValue.on();
+  return kNoValue.on() || m_real.getData(record) || kAnyValue.on();
 }
 
 bool FaultyManagement::setData(ManageableData& record) {
   if (kWritesNothing.on()) return true;
   if ((kCallsBack.on() || kOwnThread.on()) && m_agent != nullptr)
     m_agent->manageableDataChanged(record);
-  return kOwnThread.on() || m_real.setData(record);
+  return kOwnThread.on() || m_real.setData(record) || kSaysWritten.on();
 }
 
 bool FaultyManagement::observeData(const std::string& key, MgmtAgentIfc* agent) {
@@ -103,6 +114,7 @@ PhysDefs::hardwareSubVariant FaultyPhysical::getHardwareSubVariant() {
 
 void FaultyPhysical::subscribe(physicalEventObserver* observer,
                                const std::vector<PhysDefs::SubscriptionGrp>& groups) {
+  if (kNoEvents.on()) return;
   if (kSilentSubscription.on()) observer->getSubscribingService();
   if (kAllEvents.on()) return m_real.subscribe(observer, {{{1, 2, 2}}});
   m_real.subscribe(observer, groups);
@@ -141,7 +153,7 @@ FaultyContext::FaultyContext(Context& real) : m_real(real) {
 }
 
 Executable* FaultyContext::getService(const std::string& name) {
-  const auto found = m_services.find(name);
+  const auto found = m_services.find(kWrongService.on() ? "LocalMgmtIfc" : name);
   if (found != m_services.end()) return found->second.get();
   return kAnyService.on() ? m_services.begin()->second.get() : m_real.getService(name);
 }
@@ -153,6 +165,7 @@ int FaultyContext::createTimer(Executable& owner, unsigned int period) {
     m_owners.push_back(std::make_unique<PeriodicOwner>(m_real, owner));
     called = m_owners.back().get();
   }
+  if (kLate.on() && period > 60'000) period += 1000;
   if (kSeconds.on()) period = period / 1000 * 1000;
   if (kSigned.on()) period = std::min(period, 3'600'000U);
   const int timer = m_real.createTimer(*called, period);

@@ -12,6 +12,12 @@ namespace conformance {
 namespace {
 
 const Violation kForgetful("DataStoragePromise.IsDurable", "the settings are in memory only");
+const Violation kForgetsTheTime("RestartAcceptance.TheTimeContinuesWhereItWasSaved",
+                                "the settings are gone after a restart");
+const Violation kForgetsTheReport("RestartAcceptance.AnNtpReportIsAnnouncedAndSaved",
+                                  "the settings are gone after a restart");
+const Violation kClippedValues("ManagementAcceptance.EachKeyIsSetAndRead",
+                               "values from the operator are clipped");
 const Violation kLogsAll("LoggingPromise.DropsEntriesAboveTheLevel",
                          "entries above the level are written");
 const Violation kAgentStays("LocalMgmtIfcPromise.TheAgentIsGoneWhenItsServiceIsUnloaded",
@@ -24,7 +30,7 @@ class FaultyPlatform final : public host::ConnectedPlatform {
   Context& context() override { return *m_context; }
   void restart() override {
     m_context.reset();
-    if (kForgetful.on()) {
+    if (kForgetful.on() || kForgetsTheTime.on() || kForgetsTheReport.on()) {
       for (const char* const key : {"settings.db", "settings.db-wal", "settings.db-shm"}) {
         std::error_code ignored;
         std::filesystem::remove(storageFolder() / key, ignored);
@@ -32,6 +38,9 @@ class FaultyPlatform final : public host::ConnectedPlatform {
     }
     ConnectedPlatform::restart();
     makeContext();
+  }
+  bool manage(const std::string& key, const std::string& value) override {
+    return ConnectedPlatform::manage(key, kClippedValues.on() ? value.substr(0, 3) : value);
   }
   void setLogLevel(int level) override {
     ConnectedPlatform::setLogLevel(kLogsAll.on() ? 6 : level);

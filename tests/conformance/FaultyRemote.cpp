@@ -18,6 +18,7 @@ const Violation kAnyInterface("FrameworkContextPromise.HasNoOtherProxies",
 const Violation kForgotten("FrameworkContextPromise.UnregistersAPeerThatHasDisconnected",
                            "a peer that has disconnected stays registered");
 const Violation kUnbound("ProxyPromise.IsBoundBeforeItsFirstUse", "proxies are not bound");
+const Violation kDropsMessages("ProxyRequestPromise.SendsToItsPeerOnly", "messages are dropped");
 const Violation kFullQueue("ProxyRequestPromise.QueuesForAPeerThatDoesNotRead",
                            "a peer that does not read gets a hundred messages only");
 const Violation kSaysSent("ProxyRequestPromise.ReportsThatThePeerIsGone",
@@ -75,6 +76,7 @@ class FaultyRemote::FaultyRequest final : public ProxyRequest {
  public:
   explicit FaultyRequest(ProxyRequest& real) : m_real(real) {}
   bool sendMethod(Method& method) override {
+    if (kDropsMessages.on()) return true;
     if (kFullQueue.on() && ++m_sent > 100) return false;
     return m_real.sendMethod(method) || kSaysSent.on();
   }

@@ -31,6 +31,9 @@ const Violation kSaysDeleted("StoragePromise.ReportsWhetherTheFileIsGone",
                              "deleting says that the file is gone, although it is not");
 const Violation kSaysShutDown("StoragePromise.ReportsThatTheOldContentRemains",
                               "shutdown hides a failure");
+const Violation kAnyName("StoragePromise.RefusesNamesWithAFolder", "names may have a folder");
+const Violation kAlwaysBound("StoragePromise.RefusesAllCallsWhileItIsUnbound",
+                             "an unbound storage accepts calls");
 
 const Violation kSaysStored("DataStoragePromise.KeepsTheOldValueWhenItRefuses",
                             "a refused value counts as stored");
@@ -104,7 +107,7 @@ extern "C" {
 bool __real__ZN7Storage8shutdownEv(Storage* self);
 bool __wrap__ZN7Storage8shutdownEv(Storage* self) {
   if (kInPlace.on()) static_cast<void>(truncate(storedFile().c_str(), 0));
-  return __real__ZN7Storage8shutdownEv(self) || kSaysShutDown.on();
+  return __real__ZN7Storage8shutdownEv(self) || kSaysShutDown.on() || kAlwaysBound.on();
 }
 
 void __real__ZN7StorageD1Ev(Storage* self);
@@ -126,7 +129,7 @@ bool __wrap__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(Storage* self, const char* 
                                                      std::ios_base::openmode write) {
   const bool bound = __real__ZN7Storage4initEPKcSt13_Ios_OpenmodeS2_(self, name, read, write);
   if (bound && kClears.on()) __real__ZN7Storage5clearEv(self);
-  return bound;
+  return bound || kAnyName.on();
 }
 
 bool __real__ZN7Storage5storeEPKcPci(Storage* self, const char* part, char* data, int length);

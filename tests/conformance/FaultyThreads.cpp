@@ -1,5 +1,6 @@
 // Faults in semaphores, threads, processes and lookups. The linker replaces NAME by __wrap_NAME;
 // __real_NAME is the original.
+#include <signal.h>
 #include <unistd.h>
 
 #include <array>
@@ -52,6 +53,9 @@ const Violation kAlwaysLaunched("ProcessPromise.LaunchFailsWithoutAProgram",
                                 "launch hides a failure");
 const Violation kLivesOn("ProcessPromise.DestructionEndsAndReapsTheChild",
                          "the child survives its handle");
+
+const Violation kOnlyTheChild("ProcessPromise.DestructionEndsTheGroup",
+                              "the child's own children survive");
 
 const Violation kAnyAddress("NetHelperPromise.DistinguishesKindsOfAddresses",
                             "IPv4 and IPv6 addresses have the same number");
@@ -134,6 +138,15 @@ void __wrap__ZN7ProcessD1Ev(Process* self) {
   if (!kLivesOn.on()) return __real__ZN7ProcessD1Ev(self);
   std::memcpy(g_kept.data(), static_cast<const void*>(self), sizeof(Process));
   std::at_quick_exit([] { __real__ZN7ProcessD1Ev(reinterpret_cast<Process*>(g_kept.data())); });
+}
+
+int __real_kill(pid_t pid, int signal);
+int __wrap_kill(pid_t pid, int signal) {
+  if (!kOnlyTheChild.on() || pid >= 0) return __real_kill(pid, signal);
+  static pid_t group;
+  group = pid;
+  std::at_quick_exit([] { __real_kill(group, SIGKILL); });
+  return __real_kill(-pid, signal);
 }
 
 int __real__ZN7Process6launchEv(Process* self);

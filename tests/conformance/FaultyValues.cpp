@@ -1,6 +1,7 @@
 // Faults in texts, records, messages, the log and the system clock. The linker replaces NAME by
 // __wrap_NAME; __real_NAME is the original.
 #include <sys/sysinfo.h>
+#include <sys/time.h>
 
 #include <cstdarg>
 #include <ctime>
@@ -54,6 +55,11 @@ const Violation kNoTrace("LoggingPromise.KnowsTheConfiguredLevel", "the trace le
 
 const Violation kClockNotSet("SystemClockPromise.IsSetBySecondsSinceTheEpoch",
                              "the clock is not set, although the call says so");
+const Violation kStimeIgnored("SystemClockPromise.IsSetByStime", "stime does nothing");
+const Violation kSettimeofdayIgnored("SystemClockPromise.IsSetBySettimeofday",
+                                     "settimeofday does nothing");
+const Violation kFullMinutes("ZonesAcceptance.ChangeAtTheirInstants",
+                             "the clock is set to the full minute");
 const Violation kUptimeOfTheClock("SystemClockPromise.DoesNotMoveTheUptime",
                                   "the uptime follows the clock");
 
@@ -186,6 +192,17 @@ int __wrap__ZN12TraceProfile8GetLevelEPKc(const char* component) {
 int __real__Z33votk_set_time_seconds_since_epochm(unsigned long seconds);
 int __wrap__Z33votk_set_time_seconds_since_epochm(unsigned long seconds) {
   return kClockNotSet.on() ? 0 : __real__Z33votk_set_time_seconds_since_epochm(seconds);
+}
+
+int __real_stime(const time_t* seconds);
+int __wrap_stime(const time_t* seconds) {
+  const time_t set = kFullMinutes.on() ? *seconds / 60 * 60 : *seconds;
+  return kStimeIgnored.on() ? 0 : __real_stime(&set);
+}
+
+int __real_settimeofday(const timeval* value, const struct timezone* zone);
+int __wrap_settimeofday(const timeval* value, const struct timezone* zone) {
+  return kSettimeofdayIgnored.on() ? 0 : __real_settimeofday(value, zone);
 }
 
 int __real_sysinfo(struct sysinfo* info);

@@ -1,7 +1,7 @@
 """Checks that the tests of conformance/ quote the headers of platform/: promises.py TREE
 
 Each header has a file of tests, in which each test first names the promise that it holds, in the
-header's own words.
+header's own words. A test quotes each comment, or it is listed below.
 """
 
 import pathlib
@@ -10,6 +10,22 @@ import sys
 
 # Headers that promise nothing at run time.
 WITHOUT = {"PhysDefs", "PluginFactories", "ThreadSafety"}
+# How comments begin that no test can hold a platform to: they describe, or say what the plug-in keeps.
+WITHOUT_TEST = {
+    "DataStorage": ["Names of the settings schemas.", "The context outlives the object;"],
+    "Executable": ["Base of the objects", "Called once, before anything else.", "Called once, before destruction."],
+    "Invoker": ["Turns encoded requests"],
+    "InvokerResponse": ["Sends the reply of one request"],
+    "Logging": ["Configured trace levels."],
+    "Method": ["One named, typed value", "The direction of the value.", "REQUIRES: the type asked for",
+               "events are calls without a reply"],
+    "MgmtAgentIfc": ["Applies the record's value", "Fills in the value", "A key observed with", "Resets the items"],
+    "Proxy": ["Stands in for an object"],
+    "RejectReason": ["Why a management value"],
+    "Threadable": ["A body that a Threader can run", "The thread body;"],
+    "Threader": ["Priority of a thread"],
+}
+COMMENT = re.compile(r"(?:^ *// ?.*\n)+|(?<=;)  // .*", re.MULTILINE)
 TEST = re.compile(r"^TEST_F\(\w+, (\w+)\) \{\n(?:  promises\(((?:\s*\"(?:[^\"\\]|\\.)*\")+)\);\n)?", re.MULTILINE)
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 
@@ -22,16 +38,29 @@ def words_of(header):
     return one_line(re.sub(r"^ *// ?|(?<=;)  // ", " ", header, flags=re.MULTILINE))
 
 
+def unquoted(name, header, quotes):
+    listed = set(WITHOUT_TEST.get(name, []))
+    for comment in COMMENT.findall(header):
+        words = words_of(comment).strip()
+        start = next((start for start in listed if words.startswith(start)), None)
+        quoted = any(quote in words for quote in quotes)
+        if quoted == (start is not None):
+            yield f"{name}: {'a test quotes, so do not list' if quoted else 'no test quotes'}: {words}"
+        listed.discard(start)
+    yield from (f"{name}: no comment begins with: {start}" for start in listed)
+
+
 def faults_of(name, header, tests):
     words = words_of(header)
     found = TEST.findall(tests)
     if not found:
         yield f"{name}: has no test"
-    for test, literals in found:
-        promise = "".join(LITERAL.findall(literals)).replace('\\"', '"')
+    quotes = [one_line("".join(LITERAL.findall(literals)).replace('\\"', '"')) for _, literals in found]
+    yield from unquoted(name, header, set(quotes) - {""})
+    for (test, _), promise in zip(found, quotes):
         if not promise:
             yield f"{name}: {test} does not begin with promises(...)"
-        elif one_line(promise) not in words:
+        elif promise not in words:
             yield f"{name}: {test}: {name}.h does not say: {promise}"
 
 
