@@ -1,11 +1,15 @@
 #include "remote/Connection.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <array>
 #include <memory>
 #include <string>
+
+#include "support/LogCapture.h"
 
 namespace host {
 namespace {
@@ -66,6 +70,26 @@ TEST(Connection, IsNotReadAfterItsOutboxClosedIt) {
   loop.runAllReady();
   EXPECT_EQ(listener.disconnects, 1);
   EXPECT_EQ(listener.closes, 1);
+}
+
+// As with a socket whose other end the kernel does not know.
+TEST(Connection, IsDroppedWithProcessZeroIfThePeerIsUnknown) {
+  const support::LogCapture log(3);
+  IoLoop loop;
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+  const Descriptor reader(ends[0]);
+  CountingListener listener;
+  const auto connection =
+      std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::calls, 7,
+                                   listener, std::chrono::seconds(10));
+  connection->makePeer();
+  static_cast<void>(connection->peer().send({FrameKind::reply, 1, "x"}));
+  loop.runAllReady();
+  EXPECT_EQ(listener.closes, 1);
+  EXPECT_TRUE(
+      log.has("client 7 (process 0) dropped: sending failed: Socket operation on non-socket"))
+      << log.text();
 }
 
 }  // namespace

@@ -168,6 +168,15 @@ TEST_F(Recorder, AnOutsideChangeOfTheClockIsAJump) {
   EXPECT_EQ(written[1], "clock jump 1970-01-01T00:03:10Z");
 }
 
+TEST_F(Recorder, TheTimeBeforeAnOutsideChangePassesBeforeTheJump) {
+  jumped = 50 * kSecond;
+  event(10 * kSecond);
+  EXPECT_EQ(taken(), (Lines{"clock advance 10.0s", "# another program set the clock",
+                            "clock jump 1970-01-01T00:02:40Z",
+                            "expect event timeChangeEvent timeChangeEventHours=1 "
+                            "timeChangeEventSeconds=2"}));
+}
+
 TEST_F(Recorder, ReportsMissingFrames) {
   Json entry = frame("sent", "controlItem", 0);
   entry["lost"] = 5;
