@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -212,44 +211,6 @@ TEST_F(KeptHistory, KeepsInMemoryWhatCannotBeWrittenAndLogsItOnce) {
   add("3");
   EXPECT_EQ(values(), (Texts{"1", "2", "3"}));
   EXPECT_EQ(lines(), 4U);
-}
-
-TEST_F(KeptHistory, WritesThroughNoLink) {
-  const std::filesystem::path target = folder / "target";
-  for (const bool exists : {false, true}) {
-    if (exists) std::ofstream(target) << "text\n";
-    std::filesystem::remove(file);
-    std::filesystem::create_symlink(target, file);
-    log.clear();
-    start();
-    add("1");
-    EXPECT_TRUE(log.hasPart("cannot be written: Too many levels of symbolic links")) << log.text();
-    EXPECT_EQ(support::contentOf(target), exists ? "text\n" : "");
-    EXPECT_EQ(std::filesystem::exists(target), exists);
-  }
-}
-
-TEST_F(KeptHistory, WritesIntoNoPipe) {
-  ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
-  start();
-  add("1");
-  EXPECT_TRUE(log.hasPart("is not a regular file; remove it")) << log.text();
-}
-
-// The pipe comes after the check of the file: the log line about its mode is between the two.
-TEST_F(KeptHistory, DoesNotWaitForAPipeThatComesMeanwhile) {
-  write("clock history 1\n");
-  std::filesystem::permissions(file, std::filesystem::perms(0666));
-  const support::LogCapture replacing(3, [this](const LogEntry& entry) {
-    if (entry.text.find("is open to others") == std::string::npos) return;
-    std::filesystem::remove(file);
-    EXPECT_EQ(::mkfifo(file.c_str(), 0600), 0);
-  });
-  start();
-  ::alarm(30);  // a read that waits cannot be ended otherwise
-  add("1");
-  ::alarm(0);
-  EXPECT_TRUE(log.hasPart("cannot be read: Resource temporarily unavailable")) << log.text();
 }
 
 // The first page of a process's memory cannot be read.
