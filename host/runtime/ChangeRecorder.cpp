@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "DataStorage.h"
 #include "Logging.h"
 #include "base/InstantText.h"
 #include "base/LogLevels.h"
@@ -27,10 +28,11 @@ constexpr std::string_view kSecret = "NTPsharedSecret";
 // no parts of seconds, and hourly corrections would push the other changes out of the history.
 constexpr VirtualClock::Nanoseconds kCorrection = seconds(1);
 
-const char* sourceOf(Setter setter) {
+// stored: the store has a saved time.
+const char* sourceOf(Setter setter, bool stored = true) {
   switch (setter) {
     case Setter::savedTime:
-      return "saved time";
+      return stored ? "saved time" : "built-in start time";
     case Setter::seconds:
       return "call setTimeInt";
     case Setter::hand:
@@ -131,6 +133,10 @@ std::optional<std::string> ChangeRecorder::getItem(const std::string& schema,
   return m_store.getItem(schema, key);
 }
 
+bool ChangeRecorder::hasSavedTime() const {
+  return m_store.getItem(DASUtilsStrings::ClockSettingsSchema, std::string(kSavedTime)).has_value();
+}
+
 ClockOrigin ChangeRecorder::origin() const {
   const MutexLock lock(m_mutex);
   return m_origin;
@@ -161,7 +167,8 @@ Change ChangeRecorder::changeOf(const std::string& what, const char* otherwise) 
 // changes what the telephone shows.
 void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
   const bool small = setter == Setter::timeServer && std::chrono::abs(to - from) < kCorrection;
-  Change change = changeOf("clock", sourceOf(setter));
+  const char* const source = sourceOf(setter, setter != Setter::savedTime || hasSavedTime());
+  Change change = changeOf("clock", source);
   change.from = instantText(floor<seconds>(from));
   change.to = instantText(floor<seconds>(to));
   const bool changes = !small && change.from != change.to;
@@ -170,7 +177,7 @@ void ChangeRecorder::wallSet(Nanoseconds from, Nanoseconds to, Setter setter) {
     m_knownAtZero = to - m_clock.uptime();
     if (changes) m_origin.systemChange = change;
     if (setter == Setter::hand || !m_clock.setByHand()) {
-      m_origin.source = sourceOf(setter);
+      m_origin.source = source;
       if (changes) {
         m_origin.change = change;
         m_origin.changed = m_clock.uptime();

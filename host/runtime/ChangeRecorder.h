@@ -14,8 +14,8 @@ namespace host {
 
 // Where the time that the telephone shows comes from, as far as the host knows.
 struct ClockOrigin {
-  std::string source;  // "saved time", "by hand", "time server", "clock jump" ...; or empty
-  std::optional<Change> change;           // the last one of the shown time
+  std::string source;            // "built-in start time", "saved time", "by hand" ...; or empty
+  std::optional<Change> change;  // the last one of the shown time
   VirtualClock::Nanoseconds changed{0};   // uptime of it
   std::optional<Change> systemChange;     // the last one of the system time
   std::optional<std::string> report;      // of the NTP client, as it was saved
@@ -50,6 +50,7 @@ class ChangeRecorder : public Executable, public DataAccess {
   void wallSet(Nanoseconds from, Nanoseconds to, VirtualClock::Setter setter);
   void settingStored(const std::string& key, const std::string& before, const std::string& after);
   void fileStored(const std::string& name, const std::string& before, const std::string& after);
+  [[nodiscard]] bool hasSavedTime() const;
   // otherwise: the cause, if the thread has none.
   [[nodiscard]] Change changeOf(const std::string& what, const char* otherwise) const;
 

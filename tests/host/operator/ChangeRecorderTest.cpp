@@ -60,9 +60,19 @@ class TelephoneWithChangeRecorder : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
-TEST_F(TelephoneWithChangeRecorder, BeginsWithTheSavedTime) {
-  EXPECT_EQ(history(0), (Lines{"clock: 1970-01-01T00:00:00Z -> 2016-06-16T00:00:00Z (saved time)",
-                               "zone:  -> LOC00:00 (start)"}));
+TEST_F(TelephoneWithChangeRecorder, BeginsWithTheBuiltInTime) {
+  EXPECT_EQ(history(0),
+            (Lines{"clock: 1970-01-01T00:00:00Z -> 2016-06-16T00:00:00Z (built-in start time)",
+                   "zone:  -> LOC00:00 (start)"}));
+}
+
+TEST_F(TelephoneWithChangeRecorder, BeginsWithTheSavedTimeOnceThereIsOne) {
+  ask(R"({"verb":"clock","action":"advance","seconds":46800})");
+  telephone.device().history().write();
+  telephone.powerCut();
+  const std::string start = "clock: 1970-01-01T00:00:00Z -> 2016-06-16T12:00:00Z (saved time)";
+  EXPECT_EQ(history(), Lines{start});
+  EXPECT_EQ(ask(R"({"verb":"status"})").at("source"), "saved time");
 }
 
 TEST_F(TelephoneWithChangeRecorder, ShowsCauseOldAndNewValueOfEachChange) {
@@ -154,7 +164,7 @@ TEST_F(TelephoneWithChangeRecorder, SurvivesARestartAndTellsWho) {
   const Json rows = ask(R"({"verb":"history","count":2})")["changes"];
   ASSERT_EQ(rows.size(), 2U);
   EXPECT_EQ(rows[0]["who"], origin);
-  EXPECT_EQ(rows[1]["cause"], "saved time");
+  EXPECT_EQ(rows[1]["cause"], "built-in start time");
   EXPECT_EQ(rows[1]["who"], "device");
 }
 

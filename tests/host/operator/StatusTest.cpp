@@ -46,7 +46,7 @@ TEST_F(TelephoneWithStatus, ShowsTheSavedTimeAndItsAge) {
   EXPECT_FALSE(status().contains("saved"));
   pass(13 * 3600);
   const Json now = status();
-  EXPECT_EQ(now.at("source"), "saved time");
+  EXPECT_EQ(now.at("source"), "built-in start time");
   EXPECT_EQ(now.at("byHand"), false);
   EXPECT_EQ(now.at("shown"), (Json{{"time", "13:00"},
                                    {"date", "16.06.16"},
