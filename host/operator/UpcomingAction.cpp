@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -29,7 +30,6 @@ constexpr int kUsual = 20;  // rows when neither N nor --until is given
 
 constexpr time_t kHalfDay = 12 * 3600;
 constexpr time_t kYear = 366 * 86400;
-constexpr time_t kLastDay = 2'145'830'400;   // 2037-12-31T00:00:00Z, of the last year of setDate
 constexpr time_t kLastOf32Bits = INT32_MAX;  // 2038-01-19T03:14:07Z
 constexpr time_t kFirstRestart = 601;        // seconds after a full hour
 constexpr time_t kLastRestart = 1200;
@@ -42,6 +42,16 @@ struct Upcoming {
   std::function<std::optional<time_t>(time_t after)> next;
   time_t spread = 0;  // seconds: it happens between `next` and that much later
 };
+
+// Local midnight of 2037-12-31, of the last year of setDate.
+time_t lastDay() {
+  tm day{};
+  day.tm_year = 2037 - 1900;
+  day.tm_mon = 11;
+  day.tm_mday = 31;
+  day.tm_isdst = -1;
+  return std::mktime(&day);
+}
 
 std::optional<time_t> once(time_t at, time_t after) {
   return at > after ? std::optional(at) : std::nullopt;
@@ -125,7 +135,7 @@ std::vector<Upcoming> allUpcoming(Device& device, time_t now) {
       {"midnight", "date event", [sync](time_t after) { return sync.nextMidnight(after); }},
       {"zone change", "", rowNamed(landmarks(), "dst")->next},
       {"limit", "the last day that can be set by hand",
-       [](time_t after) { return once(kLastDay, after); }},
+       [at = lastDay()](time_t after) { return once(at, after); }},
       {"limit", "the end of 32-bit time: a time set by hand stops here",
        [](time_t after) { return once(kLastOf32Bits, after); }},
   };

@@ -103,6 +103,15 @@ TEST_F(UpcomingList, ShowsTheChangesOfTheZone) {
   EXPECT_EQ((*change)["after"], -5 * 3600);
 }
 
+TEST_F(UpcomingList, TellsTheLastDayInTheZoneOfTheTelephone) {
+  setNewYork();
+  const Json rows = answerTo({{"count", 1}}).at("upcoming");
+  const auto limit = std::find_if(rows.begin(), rows.end(),
+                                  [](const Json& row) { return row["kind"] == "limit"; });
+  ASSERT_NE(limit, rows.end());
+  EXPECT_EQ((*limit)["local"], "2037-12-31T00:00:00-05:00");
+}
+
 TEST_F(UpcomingList, HasRestartsOfTheNtpClientOnlyWithServerAndNetwork) {
   const auto restarts = [this] {
     Texts texts = rows({{"count", 4}});
