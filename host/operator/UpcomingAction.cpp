@@ -34,6 +34,9 @@ constexpr time_t kLastOf32Bits = INT32_MAX;  // 2038-01-19T03:14:07Z
 constexpr time_t kFirstRestart = 601;        // seconds after a full hour
 constexpr time_t kLastRestart = 1200;
 
+constexpr const char* kRestart = "NTP restart";
+constexpr const char* kReplaced = "the NTP client is replaced";
+
 // Something that will happen, once or repeatedly. Instants are in the time that the telephone
 // shows.
 struct Upcoming {
@@ -105,7 +108,8 @@ std::optional<time_t> nextRestart(const SyncTimers& sync, time_t after) {
   return std::nullopt;
 }
 
-Upcoming ofTimer(Device& device, const NamedTimer& timer) {
+// client: a network and a server. Without them the timer of the restart is armed all the same.
+Upcoming ofTimer(Device& device, const NamedTimer& timer, bool client) {
   const time_t at = instantOf(device, timer);
   if (timer.name == "fallback refresh") {
     return {"refresh", "the system time is saved", [at](time_t after) {
@@ -114,15 +118,15 @@ Upcoming ofTimer(Device& device, const NamedTimer& timer) {
             }};
   }
   const std::string name(timer.name);
-  const bool restart = name == "NTP restart";
-  return {name, restart ? "the NTP client is replaced" : "observers are notified",
-          [at](time_t after) { return once(at, after); }};
+  const char* what = "observers are notified";
+  if (name == kRestart) what = client ? kReplaced : "a timer expires: no client to restart";
+  return {name, what, [at](time_t after) { return once(at, after); }};
 }
 
 // The restart that is armed now belongs to the last full hour, and has its own row.
 Upcoming laterRestarts(const SyncTimers& sync, time_t now) {
   const time_t hour = sync.nextHour(now).value_or(now);
-  return {"NTP restart", "the NTP client is replaced",
+  return {kRestart, kReplaced,
           [sync, hour](time_t after) { return nextRestart(sync, std::max(after, hour)); },
           kLastRestart - kFirstRestart};
 }
@@ -142,8 +146,7 @@ std::vector<Upcoming> allUpcoming(Device& device, time_t now) {
   const bool client = hasClient(device);
   for (const NamedTimer& timer : device.timers()) {
     if (timer.name == "time sync" || timer.name == "date sync") continue;
-    if (timer.name == "NTP restart" && !client) continue;
-    all.push_back(ofTimer(device, timer));
+    all.push_back(ofTimer(device, timer, client));
   }
   if (client) all.push_back(laterRestarts(sync, now));
   return all;

@@ -112,7 +112,20 @@ TEST_F(UpcomingList, TellsTheLastDayInTheZoneOfTheTelephone) {
   EXPECT_EQ((*limit)["local"], "2037-12-31T00:00:00-05:00");
 }
 
-TEST_F(UpcomingList, HasRestartsOfTheNtpClientOnlyWithServerAndNetwork) {
+// As in `status`, and `clock next` stops there.
+TEST_F(UpcomingList, HasTheArmedRestartAlsoWithoutServerOrNetwork) {
+  pass(3600);
+  Json restarts = answerTo({{"count", 6}}).at("upcoming");
+  restarts.erase(std::remove_if(restarts.begin(), restarts.end(),
+                                [](const Json& row) { return row["kind"] != "NTP restart"; }),
+                 restarts.end());
+  ASSERT_EQ(restarts.size(), 1U);
+  EXPECT_EQ(restarts[0]["what"], "a timer expires: no client to restart");
+  ask({{"verb", "clock"}, {"action", "next"}});
+  EXPECT_EQ(ask({{"verb", "clock"}, {"action", "show"}}).at("utc"), restarts[0]["time"]);
+}
+
+TEST_F(UpcomingList, HasLaterRestartsOfTheNtpClientOnlyWithServerAndNetwork) {
   const auto restarts = [this] {
     Texts texts = rows({{"count", 4}});
     std::erase_if(texts, [](const std::string& row) { return !row.ends_with("NTP restart"); });
