@@ -2,7 +2,7 @@
 
 import pytest
 
-from deskclock import Date, NoReply, Phone, Refused, TimeOfDay
+from deskclock import Date, Phone, Refused, TimeOfDay
 
 JULY = "2026-07-01T12:00:00+00:00"
 NOW = 1772953141  # 2026-03-08T06:59:01Z
@@ -87,10 +87,26 @@ def test_the_source_of_the_time(idle_phone: Phone) -> None:
     assert idle_phone.is_time_source_sntp() is False
 
 
-def test_an_unknown_method_has_no_reply(idle_phone: Phone) -> None:
-    idle_phone.timeout = 0.05
+def test_a_mistake_of_the_test_is_told_at_once(idle_phone: Phone) -> None:
+    idle_phone.timeout = 600
     try:
-        with pytest.raises(NoReply, match="getNothing"):
-            idle_phone.call("getNothing")
+        with pytest.raises(KeyError, match='no method "getTimes"; did you mean "getTime"'):
+            idle_phone.call("getTimes")
+        with pytest.raises(TypeError, match="getTimeUTCStr takes getTimeUTCStrString; not none"):
+            idle_phone.call("getTimeUTCStr")
+        with pytest.raises(TypeError, match="getTime takes no parameters; not a, b"):
+            idle_phone.call("getTime", a=1, b=2)
+        with pytest.raises(TypeError, match="getTimeUTCStrString is 5; should be of type str"):
+            idle_phone.get_time_utc_str(5)  # type: ignore[arg-type]
+        with pytest.raises(TypeError, match="setTimeHours is '1'; should be of type int"):
+            idle_phone.set_time("1", 2, 3)  # type: ignore[arg-type]
+        with pytest.raises(TypeError, match="setTimeHours is True; should be of type int"):
+            idle_phone.set_time(True, 2, 3)
+        with pytest.raises(ValueError, match="^a request of [0-9]* bytes is too long"):
+            idle_phone.set_alarm_clock("x" * 1_100_000)
+        with pytest.raises(ValueError, match=r"text with '\\udcff' cannot be sent; should be"):
+            idle_phone.set_alarm_clock("a\udcff")
+        with pytest.raises(ValueError, match=r"text with '\\udcff' cannot be sent; should be"):
+            idle_phone.keys["sntp-addr"] = "\udcff"
     finally:
         idle_phone.timeout = 5

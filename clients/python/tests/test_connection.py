@@ -74,6 +74,8 @@ def test_a_host_that_closes_the_connection_is_gone_for_every_later_request(
     [
         (b"\0\0\0\1", "a frame of 1 bytes"),
         (encode(Frame(9, 1, b"")), "a frame of kind 9"),
+        (encode(Frame(frames.EVENT, 0, b"[" * 100_000)), "too many levels"),
+        (encode(Frame(frames.EVENT, 0, b'{"name":[],"parameters":[]}')), "the name \\[\\]"),
         (encode(Frame(frames.EVENT, 0, b"x")), "Expecting value"),
         (encode(Frame(frames.EVENT, 0, b'{"name":"e","parameters":[]}')), 'unknown event "e"'),
         (
@@ -99,7 +101,7 @@ def test_a_reply_that_is_none_is_refused(host: FakeHost, phone: Phone, payload: 
         phone.get_time_val()
 
 
-@pytest.mark.parametrize("payload", [b"", b"[]", b"{}", b"1"])
+@pytest.mark.parametrize("payload", [b"", b"[]", b"{}", b"1", b"[" * 100_000])
 def test_a_control_reply_that_is_none_is_refused(
     host: FakeHost, phone: Phone, payload: bytes
 ) -> None:
@@ -204,5 +206,5 @@ def test_a_host_that_does_not_read_ends_in_time(host: FakeHost, phone: Phone) ->
     with pytest.raises(NoReply):
         phone.get_time_val()
     with pytest.raises(HostGone, match="the host does not read its requests"):
-        phone.call("x" * 1_000_000)  # more than the socket holds
+        phone.set_alarm_clock("x" * 1_000_000)  # more than the socket holds
     blocked.set()

@@ -18,6 +18,18 @@ def test_a_set_takes_text_numbers_and_truth(phone: Phone) -> None:
     assert [phone.keys[key] for key in keys] == ["1", "1", "-5.5", "true"]
 
 
+@pytest.mark.parametrize("value", [None, [1], b"1"])
+def test_a_value_that_is_no_text_or_number_is_refused(idle_phone: Phone, value: object) -> None:
+    with pytest.raises(TypeError, match="sntp-addr is set to .*; should be a str, an int"):
+        idle_phone.keys["sntp-addr"] = value  # type: ignore[assignment]
+
+
+@pytest.mark.parametrize("value", [1e-07, 1e20, float("nan"), float("inf")])
+def test_a_number_that_is_no_value_of_a_key_is_refused(idle_phone: Phone, value: float) -> None:
+    with pytest.raises(ValueError, match="sntp-addr is set to .*; write such a number as text"):
+        idle_phone.keys["sntp-addr"] = value
+
+
 def test_a_set_of_the_zone_needs_time_to_pass(phone: Phone) -> None:
     phone.keys["sntp-tz-offset"] = -5.5
     phone.advance("1s")

@@ -39,6 +39,28 @@ def test_an_instant() -> None:
         seconds_since_1970("2026-07-01T12:00:00")
 
 
+@pytest.mark.parametrize("number", [float("nan"), float("inf")])
+def test_a_number_that_is_no_time(number: float) -> None:
+    with pytest.raises(ValueError, match=f"{number} is no duration; should be a number of seconds"):
+        microseconds(number)
+    with pytest.raises(ValueError, match=f"{number} is no instant; should be seconds since 1970"):
+        seconds_since_1970(number)
+
+
+TEXTS = ["yesterday", "", "2026-02-30T00:00:00Z", "20260701T120000Z", "2026-07-01", "2026-07-01T12:00Z"]
+
+
+@pytest.mark.parametrize("text", [*TEXTS, "2026-07-01T12:00:00.5Z", "2026-07-01T12:00:00+0200"])
+def test_text_that_is_no_instant(text: str) -> None:
+    with pytest.raises(ValueError, match=".* is no instant; use one as 2026-03-08T06:59:50Z"):
+        seconds_since_1970(text)
+
+
+def test_a_fraction_of_an_instant_is_dropped() -> None:
+    assert seconds_since_1970(1782907200.9) == 1782907200
+    assert seconds_since_1970(NOON.replace(microsecond=999_999)) == 1782907200
+
+
 def test_time_passes(phone: Phone) -> None:
     assert phone.clock().speed == "paused"
     start = phone.clock().utc
@@ -90,3 +112,6 @@ def test_speed(phone: Phone) -> None:
     assert phone.speed(0.5).speed == "0.5"
     assert phone.speed("max").speed == "max"
     assert phone.pause().speed == "paused"
+    with pytest.raises(ValueError, match="the speed 1e-09 is too slow; should be 0 or at least 0.00"):
+        phone.speed(1e-9)
+    assert phone.speed(0).speed == "paused"

@@ -12,6 +12,7 @@ from typing import Any, Callable, Dict, Optional, TypeVar
 from . import frames
 from .errors import HostGone, NoReply, PhoneError, ProtocolError, Refused
 from .frames import Frame, FrameReader
+from .methods import encode_json
 
 T = TypeVar("T")
 
@@ -75,7 +76,7 @@ class Connection:
 
     def control(self, request: Dict[str, Any], timeout: float) -> Dict[str, Any]:
         """The reply to a control request. timeout: seconds."""
-        text = json.dumps(request).encode()
+        text = encode_json(request)
         answer = self._request(self._control, frames.CONTROL_REQUEST, text, timeout)
         return _reply_of(answer.payload)
 
@@ -182,7 +183,7 @@ class Connection:
         if frame.kind == frames.EVENT:
             self.on_event(frame.payload)
         elif frame.kind == frames.CONTROL_REPLY and frame.id == 0:  # no room for this client
-            self._end(Refused(json.loads(frame.payload)["error"]))
+            self._end(_fault_of(frame.payload))
         elif frame.kind in (frames.REPLY, frames.CONTROL_REPLY):
             if frame.id in self._answers:  # otherwise the answer comes after its timeout
                 self._answers[frame.id] = frame
@@ -211,6 +212,14 @@ def _reply_of(payload: bytes) -> Dict[str, Any]:
         reply: Dict[str, Any] = json.loads(payload)
         if reply["ok"]:
             return reply
-    except (ValueError, TypeError, KeyError):
+    except (ValueError, TypeError, KeyError, RecursionError):
         raise ProtocolError(f"the host replied {payload[:200]!r}") from None
     raise Refused(str(reply.get("error", reply)))
+
+
+def _fault_of(payload: bytes) -> PhoneError:
+    try:
+        _reply_of(payload)
+    except PhoneError as error:
+        return error
+    return ProtocolError(f"the host replied {payload[:200]!r} to no request")

@@ -18,4 +18,5 @@ class HostGone(PhoneError):
 
 
 class ProtocolError(PhoneError):
-    """The host sent what the protocol does not allow. The connection is closed."""
+    """The host sent what the protocol does not allow. If that was not the content of a reply, the
+    connection is closed."""

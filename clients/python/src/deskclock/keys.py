@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import re
 from typing import Any, Callable, Dict, Iterator, Mapping, NamedTuple, Optional, Union
 
 from .errors import Refused
@@ -33,7 +34,7 @@ class Keys(Mapping[str, str]):
 
     def __setitem__(self, key: str, value: Union[str, float, bool]) -> None:
         """An int, float or bool is written as text: 1, -5.5, true."""
-        text = str(value).lower() if isinstance(value, bool) else str(value)
+        text = _text_of(key, value)
         try:
             self._control("set", key=key, value=text)
         except Refused as error:
@@ -58,3 +59,12 @@ class Keys(Mapping[str, str]):
 
     def _error(self, key: str, error: Refused) -> Exception:
         return error if key in self.states() else KeyError(str(error))
+
+
+def _text_of(key: str, value: Union[str, float, bool]) -> str:
+    if not isinstance(value, (str, int, float)):
+        raise TypeError(f"{key} is set to {value!r}; should be a str, an int, a float or a bool")
+    text = str(value).lower() if isinstance(value, bool) else str(value)
+    if isinstance(value, float) and not re.fullmatch(r"-?\d+\.\d+", text):
+        raise ValueError(f"{key} is set to {text}; write such a number as text")
+    return text

@@ -1,6 +1,7 @@
 """The methods and events of the protocol, and their JSON form. tests/test_methods.py compares the
 tables with docs/reference/remote-protocol.md."""
 
+import difflib
 import json
 from typing import Any, Dict, List, Mapping, NamedTuple, Tuple, Type, Union
 
@@ -87,22 +88,49 @@ EVENTS = {name: parameters_of(parameters) for name, parameters in _rows(_EVENTS)
 
 
 def encode_call(name: str, parameters: Mapping[str, Value]) -> bytes:
-    for each, value in parameters.items():
-        if type(value) not in (int, str, bool):
-            raise TypeError(f"{each} is {value!r}; a parameter is an int, a str or a bool")
-        if isinstance(value, int) and not -_LARGEST <= value < _LARGEST:
-            raise ValueError(f"{each} is {value}; an int has 32 bits")
-    members = [{"name": each, "value": value} for each, value in parameters.items()]
-    return json.dumps({"name": name, "parameters": members}).encode()
+    """Raises KeyError for an unknown method, TypeError and ValueError for parameters that it does not
+    take."""
+    if name not in METHODS:
+        near = difflib.get_close_matches(name, METHODS, 1)
+        hint = f'did you mean "{near[0]}"?' if near else "docs/reference/remote-protocol.md has them all"
+        raise KeyError(f'no method "{name}"; {hint}')
+    wanted = METHODS[name].request
+    if parameters.keys() != {each.name for each in wanted}:
+        takes = ", ".join(each.name for each in wanted) or "no parameters"
+        raise TypeError(f"{name} takes {takes}; not {', '.join(parameters) or 'none'}")
+    members = [{"name": each.name, "value": _checked(each, parameters[each.name])} for each in wanted]
+    return encode_json({"name": name, "parameters": members})
+
+
+def encode_json(message: Mapping[str, Any]) -> bytes:
+    """Raises TypeError or ValueError for a value that JSON does not have."""
+    try:
+        return json.dumps(message, ensure_ascii=False, allow_nan=False).encode()
+    except UnicodeEncodeError as error:
+        wrong = error.object[error.start : error.end]
+        raise ValueError(f"text with {wrong!r} cannot be sent; should be valid Unicode") from None
 
 
 def decode_method(payload: bytes) -> Tuple[str, Dict[str, Value]]:
     """Name and parameters of a reply or an event. Raises ValueError for anything else."""
     try:
         message: Any = json.loads(payload)
-        return message["name"], {each["name"]: each["value"] for each in message["parameters"]}
+        name, parameters = message["name"], message["parameters"]
+        if type(name) is not str:
+            raise ValueError(f"a method with the name {name!r}")
+        return name, {each["name"]: each["value"] for each in parameters}
     except (KeyError, TypeError) as error:
         raise ValueError(f"a method without {error}") from None
+    except RecursionError:
+        raise ValueError("a method with too many levels") from None
+
+
+def _checked(parameter: Parameter, value: Value) -> Value:
+    if type(value) is not parameter.type:
+        raise TypeError(f"{parameter.name} is {value!r}; should be of type {parameter.type.__name__}")
+    if type(value) is int and not -_LARGEST <= value < _LARGEST:
+        raise ValueError(f"{parameter.name} is {value}; an int has 32 bits")
+    return value
 
 
 def values_of(name: str, wanted: Parameters, given: Mapping[str, Value]) -> List[Value]:

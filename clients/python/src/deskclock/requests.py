@@ -14,15 +14,18 @@ class Requests:
     _connection: Connection
 
     def call(self, method: str, **parameters: Value) -> Dict[str, Value]:
-        """Calls a remote method, by the names of the protocol: the parameters of its reply."""
+        """Calls a remote method, by the names of the protocol: the parameters of its reply. Raises
+        KeyError for an unknown method, TypeError and ValueError for parameters that it does not take."""
         payload = encode_call(method, parameters)
-        if method in METHODS and not METHODS[method].has_reply:
+        if not METHODS[method].has_reply:
             self._connection.send(payload, self.timeout)
             return {}
         try:
-            return decode_method(self._connection.call(payload, self.timeout))[1]
+            reply = self._connection.call(payload, self.timeout)
         except NoReply as error:
             raise NoReply(f"{method}: {error}") from None
+        try:
+            return decode_method(reply)[1]
         except ValueError as error:
             raise ProtocolError(f"the host sent {error}") from None
 

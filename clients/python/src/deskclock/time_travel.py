@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import dataclasses
 import datetime
+import math
 import re
 from typing import Any, Literal, Optional, Union
 
@@ -12,13 +13,16 @@ from .requests import Requests
 Duration = Union[str, float, datetime.timedelta]
 """Seconds, a timedelta, or text as `90s`, `2.5s`, `15m`, `1h30m`, `7d` or `HH:MM:SS`."""
 
-Instant = Union[str, int, datetime.datetime]
-"""Seconds since 1970-01-01 UTC, a datetime with its zone, or text as `2026-03-08T06:59:50Z`."""
+Instant = Union[str, float, datetime.datetime]
+"""Seconds since 1970-01-01 UTC, a datetime with its zone, or text as `2026-03-08T06:59:50Z` or
+`2026-03-08T06:59:50+00:00`. A fraction of a second is dropped."""
 
 Landmark = Literal["hour", "midnight", "dst", "leap-day", "2038"]
 
 _UNITS = {"d": 86400, "h": 3600, "m": 60, "s": 1}  # seconds
 _UNIT_TEXT = re.compile(r"(\d+(?:\.\d+)?)([dhms])")
+_INSTANT_TEXT = re.compile(r"(\d{4}-\d\d-\d\d)[T ](\d\d:\d\d:\d\d)(Z|[+-]\d\d:\d\d)?", re.ASCII)
+_SLOWEST = 0.000001  # virtual seconds in each real second
 _1970 = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
 _LONG = 60  # seconds of real time: a move over many hours, with their timers, takes a while
 
@@ -76,7 +80,13 @@ class TimeTravel(Requests):
         return self._clock("pause", self.timeout)
 
     def speed(self, speed: Union[float, Literal["max"]]) -> ClockState:
-        """Lets the clock run: virtual seconds in each real second; "max" is as fast as possible."""
+        """Lets the clock run: virtual seconds in each real second; "max" is as fast as possible.
+
+        Events come then at any time, and only the phone's own methods read them. Wait with
+        `events.wait_for`: the host drops a client that leaves 1 MiB of them unread.
+        """
+        if not isinstance(speed, str) and 0 < speed < _SLOWEST:
+            raise ValueError(f"the speed {speed} is too slow; should be 0 or at least {_SLOWEST:f}")
         text = speed if isinstance(speed, str) else f"{speed:f}"
         return self._clock("speed", self.timeout, speed=text)
 
@@ -99,14 +109,17 @@ def microseconds(duration: Duration) -> int:
         duration = _seconds_in(duration)
     if isinstance(duration, datetime.timedelta):
         return duration // datetime.timedelta(microseconds=1)
-    return round(duration * 1_000_000)
+    try:
+        return round(duration * 1_000_000)
+    except (ValueError, OverflowError):  # not a number, or infinite
+        raise ValueError(f"{duration} is no duration; should be a number of seconds") from None
 
 
 def seconds_since_1970(instant: Instant) -> int:
-    if isinstance(instant, int):
-        return instant
+    if isinstance(instant, (int, float)):
+        return _whole(instant)
     if isinstance(instant, str):
-        instant = datetime.datetime.fromisoformat(re.sub("Z$", "+00:00", instant))
+        instant = _datetime_in(instant)
     if instant.tzinfo is None:
         raise ValueError(f"{instant} has no zone; add one, as in 2026-03-08T06:59:50Z")
     return (instant - _1970) // datetime.timedelta(seconds=1)
@@ -115,6 +128,24 @@ def seconds_since_1970(instant: Instant) -> int:
 def instant_text(instant: Instant) -> str:
     seconds = datetime.timedelta(seconds=seconds_since_1970(instant))
     return (_1970 + seconds).strftime("%Y-%m-%dT%H:%M:%SZ")
+
+
+def _whole(seconds: float) -> int:
+    try:
+        return math.floor(seconds)
+    except (ValueError, OverflowError):  # not a number, or infinite
+        raise ValueError(f"{seconds} is no instant; should be seconds since 1970-01-01") from None
+
+
+def _datetime_in(text: str) -> datetime.datetime:
+    """The same texts in all versions of Python."""
+    try:
+        if match := _INSTANT_TEXT.fullmatch(text):
+            date, time, zone = match.groups()
+            return datetime.datetime.fromisoformat(f"{date}T{time}{zone or ''}".replace("Z", "+00:00"))
+    except ValueError:  # no such day or time
+        pass
+    raise ValueError(f'"{text}" is no instant; use one as 2026-03-08T06:59:50Z')
 
 
 def _seconds_in(text: str) -> float:
