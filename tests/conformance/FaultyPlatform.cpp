@@ -74,8 +74,4 @@ std::unique_ptr<Platform> makePlatform() {
   return std::make_unique<FaultyPlatform>();
 }
 
-std::vector<LeftOut> leftOut() {
-  return {};
-}
-
 }  // namespace conformance
