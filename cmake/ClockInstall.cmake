@@ -4,7 +4,8 @@ set(programs clockhost clockctl)
 if(TARGET clockpanel) # where Boost is
   list(APPEND programs clockpanel)
 endif()
-install(TARGETS ${programs} ntpclient RUNTIME DESTINATION bin)
+install(TARGETS ${programs} RUNTIME DESTINATION bin)
+install(TARGETS ntpclient RUNTIME DESTINATION libexec/clockhost) # only the host starts it
 
 set(manual ${CMAKE_BINARY_DIR}/manual)
 foreach(section 1 5 7)

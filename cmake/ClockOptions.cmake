@@ -3,6 +3,8 @@
 
 option(CLOCK_WITH_HOST "Build the workstation host and the tests; OFF is the firmware build"
        ${PROJECT_IS_TOP_LEVEL})
+option(CLOCK_WITH_TESTS "Build tests, benchmarks and examples with the host" ON)
+option(CLOCK_LINK_ARCHIVES "Link SQLite and expat into the host where their archives are installed" ON)
 option(CLOCK_INSTALL "Install what is built, with cmake --install" ${PROJECT_IS_TOP_LEVEL})
 option(CLOCK_CROSS_TESTS "Only what needs the C++ library alone: plug-in, its unit tests" OFF)
 option(CLOCK_CCACHE "Use ccache when it is installed" ON)

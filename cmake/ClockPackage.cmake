@@ -1,11 +1,12 @@
 # What an integrator installs: the plug-in, the headers, and how CMake and pkg-config find them.
 include(CMakePackageConfigHelpers)
 
-# The host looks for the plug-in in lib/, whatever the system calls its folder of libraries.
+# lib/, whatever the system calls its folder of libraries. The plug-in may be in a folder of its own.
 if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Folder of libraries")
 endif()
 include(GNUInstallDirs)
+set(CLOCK_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR} CACHE STRING "Folder of the plug-in in an installation")
 set(CLOCK_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/ClockService)
 
 # clock_add_headers(NAME target AS name FOLDER folder [NEEDS target]): a folder of headers, known
@@ -24,7 +25,7 @@ endfunction()
 
 # The package finds its files from its own place, so that the whole folder can be moved.
 function(clock_check_folders)
-  foreach(folder IN ITEMS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
+  foreach(folder IN ITEMS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR CLOCK_PLUGIN_DIR)
     if(IS_ABSOLUTE "${${folder}}")
       message(FATAL_ERROR "${folder} is absolute: ${${folder}}; should be a folder below the prefix, as lib64")
     endif()
@@ -35,7 +36,7 @@ function(clock_install_package)
   clock_check_folders()
   install(TARGETS ClockService clock_platform clock_interface clock_platform_check
           EXPORT ClockService
-          LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+          LIBRARY DESTINATION ${CLOCK_PLUGIN_DIR})
   install(DIRECTORY include platform DESTINATION ${CLOCK_HEADERS} FILES_MATCHING PATTERN "*.h")
   install(DIRECTORY conformance DESTINATION ${CLOCK_HEADERS}
           FILES_MATCHING PATTERN "*.h" PATTERN "*.cpp")

@@ -5,6 +5,9 @@
 #include "base/Error.h"
 
 namespace host {
+
+const char* const kInstalledPlugin = CLOCK_PLUGIN_DIR "/libClockService.so";
+
 namespace {
 
 constexpr const char* kFolder = "clockhost";
@@ -44,8 +47,9 @@ DefaultPaths defaultPaths(const std::filesystem::path& program, const Environmen
     paths.socket = *build / "run" / kSocket;
     return paths;
   }
-  paths.standIns = programs;
-  paths.plugin = programs.parent_path() / "lib" / "libClockService.so";
+  const std::filesystem::path installation = programs.parent_path();
+  paths.standIns = installation / "libexec" / kFolder;
+  paths.plugin = installation / kInstalledPlugin;
   paths.state = installedState(environment);
   const auto runtime = folder(environment, "XDG_RUNTIME_DIR");
   paths.socket = runtime.value_or(paths.state) / kSocket;

@@ -7,12 +7,15 @@
 
 namespace host {
 
+// From the folder of an installation: lib/libClockService.so, or what the build says.
+extern const char* const kInstalledPlugin;
+
 // The paths that apply unless the command line names others.
 struct DefaultPaths {
-  std::filesystem::path plugin;    // ../lib/ of the programs' folder
+  std::filesystem::path plugin;
   std::filesystem::path state;     // folder of the stores
   std::filesystem::path socket;    // of the running host
-  std::filesystem::path standIns;  // the programs' own folder: stand-ins for the device's programs
+  std::filesystem::path standIns;  // folder of stand-ins for the device's programs
 };
 
 using Environment = std::function<std::optional<std::string>(const char* name)>;

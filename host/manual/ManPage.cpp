@@ -4,6 +4,7 @@
 
 #include "apps/ClockCtlOptions.h"
 #include "apps/HostOptions.h"
+#include "base/DefaultPaths.h"
 #include "base/Version.h"
 #include "verbs/Verb.h"
 
@@ -94,7 +95,7 @@ std::string programPage(const OptionParser& parser, const std::string& date,
 
 std::string clockHostPage(const std::string& date) {
   HostOptions options;
-  options.plugin = "../lib/libClockService.so from the program's folder";
+  options.plugin = std::string("../") + kInstalledPlugin + " from the program's folder";
   options.device.state = "$XDG_STATE_HOME/clockhost, else ~/.local/state/clockhost";
   options.socket = kSocketDefault;
   return programPage(

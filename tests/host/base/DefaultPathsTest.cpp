@@ -52,7 +52,7 @@ TEST(InstalledProgram, UsesTheStateAndRuntimeFolders) {
   const DefaultPaths paths =
       pathsWhenInstalled({{"XDG_STATE_HOME", "/s"}, {"XDG_RUNTIME_DIR", "/r"}, {"HOME", "/home"}});
   EXPECT_EQ(paths.plugin, "/opt/clock/lib/libClockService.so");
-  EXPECT_EQ(paths.standIns, "/opt/clock/bin");
+  EXPECT_EQ(paths.standIns, "/opt/clock/libexec/clockhost");
   EXPECT_EQ(paths.state, "/s/clockhost");
   EXPECT_EQ(paths.socket, "/r/clockhost.sock");
 }
