@@ -79,6 +79,8 @@ class Consumers:
         self.plugin = self.installed / "lib" / LIBRARY
         self.found = [f"-DCMAKE_PREFIX_PATH={self.installed}"]
         self.other_libraries = folder / "other" / OTHER_LIBDIR
+        self.found_in_other = [f"-DClockService_DIR={self.other_libraries}/cmake/ClockService"]
+        self.flags_found = {"PKG_CONFIG_LIBDIR": str(self.other_libraries / "pkgconfig")}
         self.faults = []
 
     def copy_of_the_tree(self, name):
@@ -156,8 +158,7 @@ class Consumers:
         source = self.folder / "linked"
         source.mkdir()
         (source / "CMakeLists.txt").write_text(LINKED)
-        run(self.cmake, "-S", source, "-B", source / "build", *self.options, MAKE,
-            f"-DClockService_DIR={self.other_libraries}/cmake/ClockService")
+        run(self.cmake, "-S", source, "-B", source / "build", *self.options, MAKE, *self.found_in_other)
         made = subprocess.run([self.cmake, "--build", source / "build"], capture_output=True, text=True)
         if "Storage::store" not in made.stdout + made.stderr:
             self.faults.append(f"link: should say that Storage::store is undefined: {made}")
@@ -172,7 +173,7 @@ class Consumers:
             self.faults.append(f"version 99 of the package is not refused: {refused}")
 
     def use_pkg_config(self):
-        environment = {**os.environ, "PKG_CONFIG_LIBDIR": str(self.other_libraries / "pkgconfig")}
+        environment = {**os.environ, **self.flags_found}
         flags = run("pkg-config", "--cflags", "ClockService", env=environment).split()
         plugin = run("pkg-config", "--variable=plugin", "ClockService", env=environment).strip()
         examples = self.tree / "examples"
