@@ -1,6 +1,8 @@
 import gc
 import os
 import pathlib
+import select
+import signal
 import stat
 import subprocess
 import sys
@@ -136,3 +138,67 @@ def test_a_python_that_ends_ends_its_hosts() -> None:
     )
     assert done.returncode == 3
     assert not os.path.exists(done.stdout.strip())
+
+
+def run_program(program: str) -> "subprocess.CompletedProcess[str]":
+    words = [sys.executable, "-c", textwrap.dedent(program)]
+    return subprocess.run(words, capture_output=True, text=True, timeout=60)
+
+
+@pytest.mark.parametrize("end", ["sys.exit(0)", "phone.close(); sys.exit(0)", "del phone; gc.collect(); sys.exit(0)"])
+def test_a_fork_that_ends_leaves_the_phone_to_its_parent(end: str) -> None:
+    program = f"""
+        import gc, os, sys, deskclock
+        phone = deskclock.Phone.spawn()
+        child = os.fork()
+        if child == 0:
+            {end}
+        os.waitpid(child, 0)
+        assert phone.get_time() == "00:00"
+        assert "initialised" in phone.log()
+        phone.restart()
+        phone.close()
+    """
+    done = run_program(program)
+    assert (done.returncode, done.stderr) == (0, "")
+
+
+def test_a_fork_may_have_a_phone_of_its_own() -> None:
+    program = """
+        import os, sys, deskclock
+        phone = deskclock.Phone.spawn()
+        child = os.fork()
+        if child == 0:
+            with deskclock.Phone.spawn() as other:
+                other.advance("1h")
+                sys.exit(0 if other.get_time() == "01:00" else 1)
+        assert os.waitpid(child, 0)[1] == 0
+        assert phone.get_time() == "00:00"
+    """
+    done = run_program(program)
+    assert (done.returncode, done.stderr) == (0, "")
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGKILL])
+def test_a_python_that_is_killed_leaves_no_host(number: int) -> None:
+    program = """
+        import deskclock
+        from deskclock import reaper
+        lost = deskclock.Phone.spawn()
+        lost.close()
+        with deskclock.Phone.spawn() as phone, deskclock.Phone.spawn() as other:
+            other.restart()
+            states = [each.status()["state"] for each in (phone, other)]
+            print(*states, reaper._process, flush=True)
+            input()
+    """
+    words = [sys.executable, "-c", textwrap.dedent(program)]
+    with subprocess.Popen(words, stdin=subprocess.PIPE, stdout=subprocess.PIPE) as python:
+        assert python.stdout is not None
+        *states, reaper = python.stdout.readline().decode().split()
+        end_of_reaper = os.pidfd_open(int(reaper))
+        python.send_signal(number)
+    assert select.select([end_of_reaper], [], [], 60)[0]
+    os.close(end_of_reaper)
+    assert len(states) == 2
+    assert not any(os.path.exists(os.path.dirname(state)) for state in states)

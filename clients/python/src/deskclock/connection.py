@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import contextlib
 import json
+import os
 import select
 import socket
 import threading
@@ -49,6 +51,7 @@ class Connection:
         """calls, control: paths of the sockets. gone: says why the host has ended, if known."""
         self.on_event: Callable[[bytes], None] = lambda payload: None  # called with the lock held
         self._gone = gone
+        self._pid = os.getpid()
         self._changed = threading.Condition()
         self._reading = False  # a thread waits at the sockets
         self._last_id = 0
@@ -195,10 +198,9 @@ class Connection:
             return
         self._fault = fault
         for each in self._sockets.values():
-            try:
-                each.socket.shutdown(socket.SHUT_RDWR)  # wakes the thread that waits there
-            except OSError:
-                pass  # the host has closed it
+            if os.getpid() == self._pid:  # in a fork, it would also end the parent's connection
+                with contextlib.suppress(OSError):  # the host has closed it
+                    each.socket.shutdown(socket.SHUT_RDWR)  # wakes the thread that waits there
             each.socket.close()
         self._changed.notify_all()
 

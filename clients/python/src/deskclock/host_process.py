@@ -13,6 +13,7 @@ import tempfile
 import weakref
 from typing import IO, List, Optional, Sequence, Union
 
+from . import reaper
 from .errors import HostGone, NoReply
 
 Stream = Union[int, IO[bytes]]
@@ -22,8 +23,9 @@ _MOST_LOG = 2000  # characters of the log in an error
 
 
 class HostProcess:
-    """State, device root, sockets and log lie in `folder`. `close`, the end of Python, or the loss of
-    this object ends the process and removes the folder."""
+    """State, device root, sockets and log lie in `folder`. `close`, the end of Python, or the cyclic
+    collector once this object is lost ends the process and removes the folder; after a signal that
+    kills Python the reaper does. A fork of Python leaves it alone."""
 
     def __init__(self, options: Sequence[str], program: Optional[str] = None) -> None:
         """options: those of clockhost. program: a path, else $CLOCKHOST, else clockhost in $PATH."""
@@ -36,7 +38,8 @@ class HostProcess:
         self._processes: List[subprocess.Popen[bytes]] = []
         self._power_cuts: List[subprocess.Popen[bytes]] = []
         self._last_log: Optional[str] = None  # after `close`
-        self._end = weakref.finalize(self, _end, self._processes, self.folder)
+        self._pid = os.getpid()
+        self._end = weakref.finalize(self, _end, self._pid, self._processes, self.folder)
         self._start()
 
     def wait_until_ready(self, timeout: float) -> None:
@@ -67,7 +70,7 @@ class HostProcess:
 
     def close(self) -> None:
         """Ends the process, and removes the folder; the log can still be read."""
-        if self.closed:
+        if self.closed or os.getpid() != self._pid:
             return
         _stop_all(self._processes)
         with contextlib.suppress(HostGone):
@@ -110,6 +113,7 @@ class HostProcess:
                 self._ready.close()
                 raise
         self._processes.append(process)
+        reaper.guard(str(self.folder), process.pid)
 
     def _log_end(self) -> str:
         try:
@@ -168,6 +172,9 @@ def _stop_all(processes: List[subprocess.Popen[bytes]]) -> None:
         stop_process(process, signal.SIGTERM)
 
 
-def _end(processes: List[subprocess.Popen[bytes]], folder: pathlib.Path) -> None:
+def _end(pid: int, processes: List[subprocess.Popen[bytes]], folder: pathlib.Path) -> None:
+    if os.getpid() != pid:  # a fork that ends; the host is that of its parent
+        return
     _stop_all(processes)
     shutil.rmtree(folder, ignore_errors=True)
+    reaper.release(str(folder))

@@ -38,6 +38,7 @@ class Phone(Calls, TimeTravel):
         self.timeout = timeout
         self._sockets = (calls, control)
         self._host = host
+        self._pid = os.getpid()
         self._before_end: Callable[[], None] = lambda: None  # before its host ends, also for a restart
         self._after_restart: Callable[[], None] = lambda: None
         self.keys = Keys(self.control)
@@ -131,8 +132,10 @@ class Phone(Calls, TimeTravel):
         self._after_restart()
 
     def close(self) -> None:
-        """Disconnects; ends the host if this phone has started it, and removes its folder."""
-        self._before_end()
+        """Disconnects; ends the host if this phone has started it, and removes its folder. In a
+        fork, only the fork is disconnected."""
+        if os.getpid() == self._pid:
+            self._before_end()
         self._connection.close()
         if self._host is not None:
             self._host.close()
