@@ -20,6 +20,7 @@ class FakeHost:
     def __init__(self, folder: pathlib.Path) -> None:
         self.path = str(folder / "sock")
         self.answer: Callable[[Frame], Optional[bytes]] = lambda frame: b""
+        self.last_words = b""  # sent before the connection ends
         self.received: List[Frame] = []
         self._registered = False
         self._listeners: List[socket.socket] = []
@@ -42,6 +43,7 @@ class FakeHost:
                     self.received.append(frame)
                     answer = self._answer(frame)
                     if answer is None:
+                        client.sendall(self.last_words)
                         return
                     client.sendall(answer)
 

@@ -1,5 +1,6 @@
 """What a host may do wrong ends in a clear error, and in time."""
 
+import gc
 import json
 import pathlib
 import threading
@@ -9,7 +10,7 @@ import pytest
 from fake_host import EVENT, FakeHost, reply
 
 from deskclock import AlarmClock, HostGone, NoReply, Phone, PhoneError, ProtocolError, Refused
-from deskclock import frames
+from deskclock import connection, frames
 from deskclock.events import Events
 from deskclock.frames import Frame, encode
 
@@ -136,7 +137,8 @@ def test_no_host_at_the_socket(tmp_path: pathlib.Path) -> None:
 
 
 def test_events_that_are_not_read_are_bounded(host: FakeHost, phone: Phone) -> None:
-    phone.events = Events(phone._connection, phone.get_time_val, most=3)
+    phone.events = Events(phone.get_time_val, most=3)
+    phone.events.connect(phone._connection)
     flood = b"".join(encode(Frame(frames.EVENT, 0, EVENT % number)) for number in range(5))
     host.answer = lambda frame: flood + reply(frame, VALUE % 0)
     phone.get_time_val()
@@ -144,6 +146,42 @@ def test_events_that_are_not_read_are_bounded(host: FakeHost, phone: Phone) -> N
     with pytest.raises(PhoneError, match="2 events were lost; at most 3 can wait"):
         next(phone.events)
     assert list(phone.events) == [AlarmClock(2), AlarmClock(3), AlarmClock(4)]
+
+
+def test_events_that_the_host_sent_before_its_end_can_be_read(host: FakeHost, phone: Phone) -> None:
+    host.last_words = b"".join(encode(Frame(frames.EVENT, 0, EVENT % number)) for number in range(3))
+    host.answer = lambda frame: None
+    assert [next(phone.events) for _ in range(3)] == [AlarmClock(0), AlarmClock(1), AlarmClock(2)]
+    with pytest.raises(HostGone, match="the host has gone"):
+        next(phone.events)
+
+
+def test_the_end_of_one_socket_loses_no_event_at_the_other(
+    host: FakeHost, phone: Phone, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    monkeypatch.setattr(connection, "_READ_SIZE", 64)
+    events = b"".join(encode(Frame(frames.EVENT, 0, EVENT % number)) for number in range(9))
+    host.answer = lambda frame: reply(frame, VALUE % 0) + events
+    phone.get_time_val()
+    host.answer = lambda frame: None
+    with pytest.raises(HostGone):
+        phone.status()
+    assert [next(phone.events) for _ in range(9)][-1] == AlarmClock(8)
+
+
+def test_an_infinite_timeout(host: FakeHost, phone: Phone) -> None:
+    phone.timeout = float("inf")
+    host.answer = lambda frame: reply(frame, VALUE % 7)
+    assert phone.get_time_val() == 7
+
+
+def test_paths_that_are_no_text(host: FakeHost) -> None:
+    host.answer = lambda frame: reply(frame, VALUE % 7)
+    with Phone.attach(pathlib.Path(host.path), pathlib.Path(host.path + ".control")) as phone:
+        assert phone.get_time_val() == 7
+    with pytest.raises(ValueError, match="surrogates"):
+        Phone.attach("\ud800")
+    gc.collect()  # a socket that is left open is told here
 
 
 def test_iteration_has_the_events_that_come_before_the_reply_to_a_call(

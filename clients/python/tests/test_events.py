@@ -43,6 +43,25 @@ def test_an_event_that_does_not_come_leaves_the_others(phone: Phone) -> None:
     assert list(phone.events) == [TimeChange(1, 0, 0)]
 
 
+def test_any_event(phone: Phone) -> None:
+    phone.events.clear()
+    phone.advance("1h")
+    assert phone.events.wait_for(Event) == TimeChange(1, 0, 0)
+    with pytest.raises(TypeError, match="Event has no hours, but no field"):
+        phone.events.wait_for(Event, hours=1)
+
+
+def test_a_restart_while_events_are_read(phone: Phone) -> None:
+    phone.advance("1h")
+    hours = []
+    for event in phone.events:
+        hours.append(event)
+        if len(hours) == 1:
+            phone.restart()
+            phone.advance("1h")
+    assert TimeChange(1, 0, 0) in hours[1:]
+
+
 def test_an_unknown_field_is_an_error_of_the_test(idle_phone: Phone) -> None:
     with pytest.raises(TypeError, match="DateChange has no hour, but day, month, year"):
         idle_phone.events.wait_for(DateChange, hour=1)

@@ -33,3 +33,12 @@ def test_an_error_of_one_phone_is_raised_after_the_others_have_acted() -> None:
 def test_a_fleet_that_cannot_start_says_why() -> None:
     with pytest.raises(HostGone, match="--variant"):
         Phone.fleet(2, variant=-1)
+
+
+def test_a_closed_fleet() -> None:
+    with Phone.fleet(2) as phones:
+        phones.close()
+        with pytest.raises(HostGone, match="this fleet is closed"):
+            phones.each(lambda phone: phone.get_time())
+    with pytest.raises(ValueError, match="a fleet of -1 phones; should be 0 or more"):
+        Phone.fleet(-1)

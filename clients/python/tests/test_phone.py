@@ -2,10 +2,12 @@ import gc
 import os
 import pathlib
 import select
+import shutil
 import signal
 import stat
 import subprocess
 import sys
+import tempfile
 import textwrap
 import warnings
 from typing import Callable, List
@@ -64,6 +66,29 @@ def test_a_closed_phone_says_so(phone: Phone) -> None:
     for action in actions:
         with pytest.raises(HostGone, match="this phone is closed"):
             action()
+
+
+def test_a_closed_phone_has_its_log(phone: Phone) -> None:
+    phone.close()
+    assert "shutting down" in phone.log() and phone.fault() == ""
+    with pytest.raises(HostGone, match="this phone is closed"):
+        phone.restart()
+
+
+def test_a_host_whose_folder_is_removed(phone: Phone) -> None:
+    assert phone._host is not None
+    shutil.rmtree(phone._host.folder)
+    phone._host.stop(power_cut=True)
+    with pytest.raises(HostGone, match="signal 9; the log cannot be read: .*No such file"):
+        phone.get_time()
+
+
+def test_a_long_temporary_folder(tmp_path: pathlib.Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    folder = tmp_path / ("x" * 90)
+    folder.mkdir()
+    monkeypatch.setattr(tempfile, "tempdir", str(folder))
+    with Phone.spawn() as phone:
+        assert phone.get_time() == "00:00"
 
 
 def test_a_host_that_dies_is_reported_with_the_end_of_its_log(phone: Phone) -> None:

@@ -36,11 +36,13 @@ class Calls(Requests):
         return TimeOfDay(*self._ints("getTimeInts"))
 
     def get_time_utc_str(self, utc: str) -> str:
-        """The local time at an instant such as `2026-07-01T12:00:00+00:00`, as get_time shows it."""
+        """The local time at an instant such as `2026-07-01T12:00:00+00:00`, as get_time shows it. Text
+        of another form, also with Z, gives 00:00."""
         return self._one("getTimeUTCStr", str, utc)
 
     def get_time_utc_str_and_ints(self, utc: str) -> TimeOfDay:
-        """The local time at an instant such as `2026-07-01T12:00:00+00:00`."""
+        """The local time at an instant such as `2026-07-01T12:00:00+00:00`. Text of another form, also
+        with Z, is refused."""
         return TimeOfDay(*self._ints("getTimeUTCStrAndInts", utc))
 
     def get_time_val(self) -> int:
@@ -75,15 +77,18 @@ class Calls(Requests):
         return Date(*self._ints("getDateInts"))
 
     def get_date_utc_str(self, utc: str) -> str:
-        """The local date at an instant such as `2026-07-01T12:00:00+00:00`, as get_date shows it."""
+        """The local date at an instant such as `2026-07-01T12:00:00+00:00`, as get_date shows it. Text
+        of another form, also with Z, gives 00.00.00."""
         return self._one("getDateUTCStr", str, utc)
 
     def get_date_short_utc_str(self, utc: str) -> str:
-        """The local date at an instant such as `2026-07-01T12:00:00+00:00`, without the year."""
+        """The local date at an instant such as `2026-07-01T12:00:00+00:00`, without the year. Text of
+        another form, also with Z, gives 00.00."""
         return self._one("getDateShortUTCStr", str, utc)
 
     def get_date_utc_str_and_ints(self, utc: str) -> Date:
-        """The local date at an instant such as `2026-07-01T12:00:00+00:00`."""
+        """The local date at an instant such as `2026-07-01T12:00:00+00:00`. Text of another form, also
+        with Z, is refused."""
         return Date(*self._ints("getDateUTCStrAndInts", utc))
 
     def set_date(self, day: int, month: int, year: int) -> None:

@@ -20,6 +20,7 @@ T = TypeVar("T")
 
 _READ_SIZE = 64 * 1024  # bytes
 _LONGEST_CONNECT = 5.0  # seconds
+_LONGEST_WAIT = 3600.0  # seconds: the system's calls do not take every number
 
 
 class _Socket:
@@ -36,6 +37,9 @@ class _Socket:
         except OSError as error:
             self.socket.close()
             raise HostGone(f"no host at {path}: {error.strerror or error}") from None
+        except BaseException:
+            self.socket.close()
+            raise
         self.socket.setblocking(False)
 
 
@@ -85,7 +89,7 @@ class Connection:
 
     def wait(self, done: Callable[[], Optional[T]], timeout: float) -> Optional[T]:
         """Receives until `done`, which is called with the lock held, returns a value other than None.
-        Returns None after `timeout` seconds."""
+        Returns None after `timeout` seconds, which may be infinite."""
         deadline = _deadline(timeout)
         with self._changed:
             while (result := done()) is None:
@@ -94,9 +98,9 @@ class Connection:
                 if left <= 0:
                     break
                 if self._reading:
-                    self._changed.wait(left)
+                    self._changed.wait(min(left, _LONGEST_WAIT))
                 else:
-                    self._receive(left)
+                    self._receive(min(left, _LONGEST_WAIT))
             return result
 
     def close(self) -> None:
@@ -167,15 +171,24 @@ class Connection:
             if self._fault is None:
                 self._receive_from(self._sockets[descriptor])
 
-    def _receive_from(self, source: _Socket) -> None:
+    def _receive_from(self, source: _Socket) -> bool:
+        """False if nothing was there to be read."""
         try:
             received = source.socket.recv(_READ_SIZE)
         except (BlockingIOError, InterruptedError):
-            return
+            return False
         except OSError:
             received = b""
-        if not received:
-            return self._end(HostGone(f"the host has gone{self._gone()}"))
+        if received:
+            self._take_all(source, received)
+        elif source is self._control:  # the events that the host sent last can still be read
+            while self._fault is None and self._receive_from(self._calls):
+                pass
+        if not received and self._fault is None:
+            self._end(HostGone(f"the host has gone{self._gone()}"))
+        return True
+
+    def _take_all(self, source: _Socket, received: bytes) -> None:
         try:
             for frame in source.reader.feed(received):
                 self._take(frame)

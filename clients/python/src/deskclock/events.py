@@ -2,12 +2,13 @@
 
 from __future__ import annotations
 
+import contextlib
 import dataclasses
 from collections import deque
 from typing import Any, Callable, Deque, Dict, Iterator, Optional, Type, TypeVar
 
 from .connection import Connection
-from .errors import NoReply, PhoneError
+from .errors import HostGone, NoReply, PhoneError
 from .methods import EVENTS, decode_method, values_of
 
 MOST_EVENTS = 100_000  # in the queue; then the oldest ones are lost
@@ -64,36 +65,46 @@ class Events(Iterator[Event]):
     """The events that were not read yet, oldest first. Any thread may read; each event is read once.
 
     Iteration ends when all events that the host has raised so far are read; `list(phone.events)`
-    reads them all. More may come later.
+    reads them all. More may come later. After the end of the host, those that it sent before come
+    first, then HostGone is raised.
     """
 
-    def __init__(self, connection: Connection, sync: Callable[[], object], most: int = MOST_EVENTS):
-        self._connection = connection
+    _connection: Connection
+
+    def __init__(self, sync: Callable[[], object], most: int = MOST_EVENTS):
         self._sync = sync  # a call: events that the host raised before it come before its reply
         self._queue: Deque[Event] = deque()
         self._most = most
         self._lost = 0
+
+    def connect(self, connection: Connection) -> None:
+        """Begins anew, with the events of this connection."""
+        self._queue.clear()
+        self._lost = 0
+        self._connection = connection
         connection.on_event = self._add
 
     def __next__(self) -> Event:
         event = self._connection.wait(self._pop, 0)
         if event is None:
-            self._sync()
+            with contextlib.suppress(HostGone):  # what it sent before its end can be read
+                self._sync()
             event = self._connection.wait(self._pop, 0)
         if event is None:
             raise StopIteration
         return event
 
     def wait_for(self, kind: Type[E], timeout: float = 2, **fields: object) -> E:
-        """Waits for such an event, and skips it and those before it.
+        """Waits for such an event, and skips it and those before it. `Event` is any.
 
         timeout: seconds of real time. While the clock is paused, events come only if a step such as
         `advance` raised them. fields: those that the event must have, as `day=1`.
         Raises NoReply if none comes; the events that did come remain unread.
         """
-        names = [field.name for field in dataclasses.fields(kind)]
+        names = [field.name for field in dataclasses.fields(kind)] if kind is not Event else []
         if unknown := fields.keys() - set(names):
-            raise TypeError(f"{kind.__name__} has no {', '.join(unknown)}, but {', '.join(names)}")
+            has = ", ".join(names) or "no field"
+            raise TypeError(f"{kind.__name__} has no {', '.join(unknown)}, but {has}")
         event = self._connection.wait(lambda: self._pop_match(kind, fields), timeout)
         if event is None:
             came = self._connection.wait(self._shown, 0)

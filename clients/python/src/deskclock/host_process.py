@@ -19,6 +19,7 @@ from .errors import HostGone, NoReply
 Stream = Union[int, IO[bytes]]
 
 _LONGEST_STOP = 30.0  # seconds: then it is killed, and counts as one that failed
+_LONGEST_PARENT = 70  # bytes: what the folder's own name and its socket leave of 107
 _MOST_LOG = 2000  # characters of the log in an error
 
 
@@ -31,7 +32,7 @@ class HostProcess:
         """options: those of clockhost. program: a path, else $CLOCKHOST, else clockhost in $PATH."""
         self.program = program_path(program)
         # Its path is short, because that of a socket may have only 107 bytes.
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="deskclock-"))
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="deskclock-", dir=_parent_folder()))
         self.calls = str(self.folder / "sock")
         self.control = str(self.folder / "sock.control")
         self._options = list(options)
@@ -137,6 +138,11 @@ def start_process(
         )
     except OSError as failure:
         raise HostGone(f"{words[0]} cannot be started: {failure.strerror}") from None
+
+
+def _parent_folder() -> str:
+    parent = tempfile.gettempdir()
+    return parent if len(os.fsencode(parent)) <= _LONGEST_PARENT else "/tmp"
 
 
 def is_readable(pipe: IO[bytes], timeout: float) -> bool:

@@ -17,6 +17,8 @@ from .keys import Keys
 from .recording import Recording, clockctl_path
 from .time_travel import Instant, TimeTravel, instant_text
 
+PathLike = Union[str, "os.PathLike[str]"]
+
 VARIANTS = (0, 2, 3, 4)  # the hardware variants that differ in their defaults
 
 _TIMEOUT = 5.0  # seconds
@@ -42,13 +44,17 @@ class Phone(Calls, TimeTravel):
         self._before_end: Callable[[], None] = lambda: None  # before its host ends, also for a restart
         self._after_restart: Callable[[], None] = lambda: None
         self.keys = Keys(self.control)
+        self.events = Events(self.get_time_val)
         self._connect()
 
     @classmethod
-    def attach(cls, socket: str, control: Optional[str] = None, timeout: float = _TIMEOUT) -> Phone:
+    def attach(
+        cls, socket: PathLike, control: Optional[PathLike] = None, timeout: float = _TIMEOUT
+    ) -> Phone:
         """A phone whose host listens at this path; control: its control socket, by default the path
         with `.control` added. timeout: seconds that a request waits for its answer."""
-        return cls(socket, control or socket + ".control", None, timeout)
+        calls = os.fspath(socket)
+        return cls(calls, os.fspath(control) if control else calls + ".control", None, timeout)
 
     @classmethod
     def spawn(
@@ -110,7 +116,7 @@ class Phone(Calls, TimeTravel):
         entries: List[Dict[str, Any]] = self.control("log", follow=False)["entries"]
         return "".join("{time} {level} {component}: {text}\n".format(**each) for each in entries)
 
-    def record(self, file: Union[str, os.PathLike[str]]) -> Recording:
+    def record(self, file: PathLike) -> Recording:
         """Begins to record what is done to the phone, as a scenario in this new file. `clockctl` does
         it: $CLOCKCTL, else the one beside clockhost, else the one in $PATH."""
         program = clockctl_path(self._host.program if self._host else None)
@@ -162,7 +168,7 @@ class Phone(Calls, TimeTravel):
     def _connect(self) -> None:
         gone: Callable[[], str] = self._host.end_text if self._host else lambda: ""
         self._connection = Connection(*self._sockets, gone)
-        self.events = Events(self._connection, self.get_time_val)
+        self.events.connect(self._connection)
         try:
             self.observe_time_events()
         except BaseException:
