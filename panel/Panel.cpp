@@ -111,7 +111,7 @@ void Panel::follow(Take take) {
 
 void Panel::serve(const Service& service, const Request& request, const Answer& answer) {
   try {
-    carryOut((this->*service.work)(host::readJson(request.body())), answer);
+    carryOut((this->*service.work)(host::readRequest(request.body())), answer);
   } catch (const Json::exception&) {
     answer(lineResponse(http::status::bad_request, "the body is not the JSON object that " +
                                                        std::string(service.target) + " takes"));

@@ -131,7 +131,7 @@ show_faults() {
 }
 
 read_words "$@"
-need run test sanitize
+need run panel test sanitize
 # With all checks of the address and undefined-behaviour sanitizers; each finding ends the program.
 configure_sanitized "${address_undefined[@]}"
 build address-undefined "${targets[@]/#/fuzz-}"
