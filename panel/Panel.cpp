@@ -7,7 +7,6 @@
 
 #include "PageFiles.h"
 #include "base/Error.h"
-#include "server/Responses.h"
 #include "verbs/JsonText.h"
 #include "verbs/ReadJson.h"
 
@@ -195,7 +194,7 @@ Panel::Telephone& Panel::telephoneOf(const Json& asked) {
 void Panel::tell(std::size_t telephone, const std::string& name, const Json& value) {
   const std::string json = host::jsonLine({{"telephone", telephone}, {name, value}});
   boost::asio::post(m_context, [this, telephone, name, json] {
-    if (name == "entry") return m_feed.tellEntry(json);
+    if (name == "entries") return m_feed.tellEntries(json);
     m_feed.tellState(std::to_string(telephone) + name, json);
   });
 }

@@ -61,7 +61,10 @@ function take(message) {
     return;
   }
   const phone = phoneOf(message.telephone);
-  if (message.entry) return addEntry(phone, entryRow(message.entry));
+  if (message.entries) {
+    for (const entry of message.entries) addEntry(phone, entryRow(entry));
+    return;
+  }
   if (message.status) message.status.received = performance.now();
   Object.assign(phone, message);
 }

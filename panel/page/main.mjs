@@ -16,7 +16,7 @@ const isReady = (phone) =>
   phone.status && phone.keys && phone.upcoming && phone.history && phone.security;
 
 function Missing({ phone }) {
-  return html`<p role="alert" class="missing">Telephone ${phone.number + 1} is not there:
+  return html`<p role="alert" class="missing">Telephone ${phone.number + 1} is not there:${" "}
     ${phone.attached?.why ?? "looking for it"}</p>`;
 }
 

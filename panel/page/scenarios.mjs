@@ -16,7 +16,7 @@ function download(text, name) {
 // Each step runs in virtual time, in no time: the lines up to the failed one have passed.
 function Lines({ scenario, upTo, failed }) {
   return html`<ol class="lines" tabindex="0" aria-label="Scenario">
-    ${scenario.split("\n").map((line, index) => {
+    ${scenario.trimEnd().split("\n").map((line, index) => {
       const number = index + 1;
       const state = number > upTo ? "" : number === failed ? "failed" : "passed";
       return html`<li class=${state}>${line}${state && html`<span class="state"> ${state}</span>`}</li>`;
@@ -31,13 +31,14 @@ function useReplay() {
     setShown({ scenario, upTo: 0 });
     const { passed, line, output } = await post("/replay", { scenario });
     const failed = passed ? 0 : line;
-    const last = passed ? scenario.split("\n").length : line;
+    const last = passed ? scenario.trimEnd().split("\n").length : line;
     const pass = (upTo) => {
       setShown({ scenario, upTo, failed, output });
       if (upTo < last) requestAnimationFrame(() => pass(Math.min(last, upTo + Math.ceil(last / FRAMES))));
     };
     pass(0);
-    return { note: passed ? `passed, all ${last} lines` : `failed in line ${line}` };
+    if (!passed) throw new Error(line ? `failed in line ${line}` : "failed");
+    return { note: `passed, all ${last} lines` };
   });
   return [start, shown, answer];
 }

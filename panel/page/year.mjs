@@ -1,13 +1,14 @@
 // The local offset over a year, and the hours around a change.
 import { html, useEffect, useMemo, useRef, useState } from "./preact.mjs";
 import uPlot from "./uplot.mjs";
-import { Section } from "./parts.mjs";
+import { Answer, Section, useRequest } from "./parts.mjs";
 import { whatOf } from "./coming.mjs";
 import { DAY, HOUR, MINUTE, instant, localText, offsetText, shownNow, utcText } from "./time.mjs";
 
 const HEIGHT = 200, BAND = 8, NEAR = 4, STEP = 2; // pixels
 const MOST_NEAR = 3; // marks in a text
 const PAST = 30 * DAY; // shown before now
+const EVE = 10; // seconds before a change
 const AROUND = 90 * MINUTE; // shown before and after a change
 
 const DARK = matchMedia("(prefers-color-scheme: dark)");
@@ -152,6 +153,7 @@ function changeText({ seconds, before, after }) {
 export function Year({ phone }) {
   const { offsets } = phone.upcoming;
   const [chosen, choose] = useState(0);
+  const [send, answer] = useRequest([phone]);
   // The first row is now, in each message another.
   const key = JSON.stringify(offsets.slice(1));
   const changes = useMemo(() => changesOf(offsets), [key]);
@@ -171,6 +173,9 @@ export function Year({ phone }) {
           ${utcText(row.seconds).slice(0, 10)}</button>`)}
       </div>
       <p data-test="change">${changeText(change)}</p>
+      <button type="button" disabled=${change.seconds - EVE <= shownNow(phone)} onClick=${() =>
+        send("clock", "advance", `${Math.floor(change.seconds - EVE - shownNow(phone))}s`)}>Let pass up to ${EVE} s before</button>
+      <${Answer} answer=${answer} />
       <${Plot} label="Local time around the change" hint="Local time against UTC." data=${near} options=${options[1]} describe=${describe}
         marks=${() => [{ seconds: change.seconds, name: "--warn", text: "the change" }]} />`
     : html`<p>No change of the local offset in a year. For one, choose a zone in the settings, and switch

@@ -28,10 +28,13 @@ void Feed::tellState(const std::string& name, const std::string& json) {
   send(state.second);
 }
 
-void Feed::tellEntry(const std::string& json) {
-  m_entries.push_back(messageOf(json));
-  send(m_entries.back());
-  if (m_entries.size() > kKept) m_entries.pop_front();
+void Feed::tellEntries(const std::string& json) {
+  const Message message = messageOf(json);
+  m_entries.push_back(message);
+  for (m_size += message->size(); m_size > kKept; m_entries.pop_front()) {
+    m_size -= m_entries.front()->size();
+  }
+  send(message);
 }
 
 void Feed::send(const Message& message) {

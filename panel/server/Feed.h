@@ -16,7 +16,7 @@ namespace panel {
 // panel. Thread: the server's.
 class Feed {
  public:
-  static constexpr std::size_t kKept = 2000;  // entries of the journal
+  static constexpr std::size_t kKept = std::size_t{512} << 10;  // bytes of the journal
 
   // Takes one message as it is sent. False: the page is gone or does not read.
   using Page = std::function<bool(const std::shared_ptr<const std::string>& message)>;
@@ -26,7 +26,7 @@ class Feed {
 
   // json: on one line. Replaces the earlier state of that name.
   void tellState(const std::string& name, const std::string& json);
-  void tellEntry(const std::string& json);
+  void tellEntries(const std::string& json);
 
  private:
   using Message = std::shared_ptr<const std::string>;
@@ -35,6 +35,7 @@ class Feed {
 
   std::map<std::string, std::pair<std::string, Message>> m_states;  // by name: JSON, message
   std::deque<Message> m_entries;
+  std::size_t m_size = 0;  // of them, in bytes
   std::vector<Page> m_pages;
 };
 

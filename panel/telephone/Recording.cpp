@@ -1,5 +1,6 @@
 #include "telephone/Recording.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -9,11 +10,10 @@
 #include <sstream>
 
 #include "base/Error.h"
+#include "base/WriteAll.h"
 
 namespace panel {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* kMostSteps = "10000";  // of a recording that nobody ends
 constexpr auto kAnswer = std::chrono::seconds(10);
@@ -56,26 +56,17 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 
 }  // namespace
 
-TemporaryFile::TemporaryFile() {
-  std::string name = (fs::temp_directory_path() / "clockpanel-XXXXXX").string();
-  if (::mkdtemp(name.data()) == nullptr) {
-    throw host::Error("no temporary folder; make room in " + fs::temp_directory_path().string());
+MemoryFile::MemoryFile(const std::string& text) : m_file(::memfd_create("scenario", MFD_CLOEXEC)) {
+  if (!m_file.valid() || !host::writeAll(m_file.get(), text)) {
+    throw host::Error("no memory for a scenario, or too many files are open");
   }
-  m_folder = name;
 }
 
-TemporaryFile::~TemporaryFile() {
-  std::error_code ignored;
-  fs::remove_all(m_folder, ignored);
+std::string MemoryFile::path() const {
+  return "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(m_file.get());
 }
 
-void TemporaryFile::write(const std::string& text) const {
-  std::ofstream file(path(), std::ios::binary);
-  file << text;
-  if (!file.flush()) throw host::Error("the scenario cannot be written; the disk may be full");
-}
-
-std::string TemporaryFile::read() const {
+std::string MemoryFile::read() const {
   std::ifstream file(path(), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -83,7 +74,7 @@ std::string TemporaryFile::read() const {
 Recording::Recording(const HostSockets& sockets)
     : m_recorder(programFolder() / "clockctl",
                  {"--socket", sockets.call.string(), "--control-socket", sockets.control.string(),
-                  "record", m_file.path(), "--count", kMostSteps}) {
+                  "record", m_file.path(), "--overwrite", "--count", kMostSteps}) {
   const bool inTime = m_recorder.readTo("ready\n", after(kAnswer));
   if (inTime && m_recorder.output() == "ready\n") return;
   throw host::Error(inTime ? reasonIn(m_recorder.output()) : "no reply; the host is busy");
@@ -97,8 +88,7 @@ std::string Recording::finish() {
 
 host::Json replay(const std::string& scenario) {
   refuseIncludes(scenario);
-  const TemporaryFile file;
-  file.write(scenario);
+  const MemoryFile file(scenario);
   ChildProgram runner(programFolder() / "clockhost", {"--scenario", file.path()});
   const int status = runner.finish(after(kLongestReplay));
   if (status == 0) return {{"ok", true}, {"passed", true}};

@@ -1,28 +1,24 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 
+#include "base/Descriptor.h"
 #include "telephone/ChildProgram.h"
 #include "telephone/HostRequests.h"
 
 namespace panel {
 
-// A folder for one file, removed with its content. Owner: its creator. Thread: one at a time.
-// Failure: host::Error from the constructor.
-class TemporaryFile {
+// A file in memory, which children of this process open by its path. Owner: its creator. Thread:
+// one at a time. Failure: host::Error.
+class MemoryFile {
  public:
-  TemporaryFile();
-  ~TemporaryFile();
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  explicit MemoryFile(const std::string& text = "");
 
-  [[nodiscard]] std::string path() const { return (m_folder / "session.scenario").string(); }
-  void write(const std::string& text) const;
+  [[nodiscard]] std::string path() const;
   [[nodiscard]] std::string read() const;
 
  private:
-  std::filesystem::path m_folder;
+  host::Descriptor m_file;
 };
 
 // A recording of one telephone by `clockctl record`, which is another process, so that it holds
@@ -35,7 +31,7 @@ class Recording {
   [[nodiscard]] std::string finish();
 
  private:
-  TemporaryFile m_file;
+  MemoryFile m_file;
   ChildProgram m_recorder;
 };
 

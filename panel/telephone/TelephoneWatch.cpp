@@ -26,7 +26,7 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr milliseconds kSearch(500);   // between two looks for a host
 constexpr milliseconds kRefresh(200);  // shortest time between two readings of the state
 constexpr milliseconds kAtLeast = std::chrono::seconds(2);  // another client may change the speed
-constexpr int kAtOnce = 500;  // events and lines between two readings of the state
+constexpr std::size_t kAtOnce = 500;  // events and lines between two readings of the state
 
 struct StateRequest {
   const char* name;
@@ -60,20 +60,21 @@ class Attachment {
     m_log = m_control.startControl(R"({"verb":"log","follow":true})");
   }
 
-  // Tells the events and log lines that have come. Returns how many.
-  int readEntries(const TelephoneWatch::Tell& tell) {
-    int count = 0;
-    for (; count < kAtOnce; ++count) {
+  // Tells the events and log lines that have come. False: none.
+  bool readEntries(const TelephoneWatch::Tell& tell) {
+    Json entries = Json::array();
+    while (entries.size() < kAtOnce) {
       if (const auto event = m_calls.nextReceivedEvent(milliseconds(0))) {
-        tell("entry", entryOf(*event));
+        entries.push_back(entryOf(*event));
       } else if (const auto line = m_control.nextAnswer(m_log, milliseconds(0))) {
         if (line->last) throw Error("the host ended the log");
-        tell("entry", {{"line", objectIn(line->json)}});
+        entries.push_back({{"line", objectIn(line->json)}});
       } else {
         break;
       }
     }
-    return count;
+    if (!entries.empty()) tell("entries", entries);
+    return !entries.empty();
   }
 
   // The service logs each reading of a key, so the keys are read only when one may have changed.
@@ -129,6 +130,8 @@ void TelephoneWatch::run() {
     try {
       follow();
     } catch (const std::exception& error) {
+      // A host at full speed drops who is slower, and is there again.
+      if (std::exchange(m_attached, false)) continue;
       m_tell("attached", {{"attached", false}, {"why", error.what()}});
       wait(-1, -1, static_cast<int>(kSearch.count()));
     }
@@ -138,6 +141,7 @@ void TelephoneWatch::run() {
 void TelephoneWatch::follow() {
   Attachment host(m_sockets);
   host.readStates(m_tell);
+  m_attached = true;
   m_tell("attached", {{"attached", true}});
   const auto [control, calls] = host.descriptors();
   auto last = SteadyClock::now();
@@ -147,7 +151,7 @@ void TelephoneWatch::follow() {
     if (left > milliseconds(0)) wait(control, calls, static_cast<int>(left.count()));
     eventfd_t pokes = 0;
     if (::eventfd_read(m_wake.get(), &pokes) == 0) changed = true;
-    if (host.readEntries(m_tell) > 0) changed = true;
+    if (host.readEntries(m_tell)) changed = true;
     if (SteadyClock::now() < due && !(changed && SteadyClock::now() >= last + kRefresh)) continue;
     host.readStates(m_tell);
     changed = false;

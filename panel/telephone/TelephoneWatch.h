@@ -15,8 +15,8 @@ namespace panel {
 // Thread: any; the destructor waits for the thread. Failure: told as the state "attached".
 class TelephoneWatch {
  public:
-  // What the watch found: "status", "keys" and the like with the present value, or "entry" with one
-  // more event or log line. Called on the watch's thread.
+  // What the watch found: "status", "keys" and the like with the present value, or "entries" with
+  // further events and log lines. Called on the watch's thread.
   using Tell = std::function<void(const std::string& name, const host::Json& value)>;
 
   TelephoneWatch(HostSockets sockets, Tell tell);
@@ -36,6 +36,7 @@ class TelephoneWatch {
   const Tell m_tell;
   host::Descriptor m_wake;  // eventfd: readable when poked
   std::atomic<bool> m_ending = false;
+  bool m_attached = false;  // used by the thread
   std::thread m_thread;
 };
 

@@ -12,6 +12,7 @@ from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 from access import Accessible
+from firefox import Firefox
 from load import Load
 from pictures import Pictures
 from telephones import NEW_YORK, PageTest

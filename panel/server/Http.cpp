@@ -1,4 +1,4 @@
-#include "server/Responses.h"
+#include "server/Http.h"
 
 #include <nlohmann/json.hpp>
 #include <utility>
