@@ -155,6 +155,22 @@ class Recordings(PageTest):
         self.page.wait_for(lambda: self.page.all(".lines .passed:last-child"), "a green last line")
 
 
+class NewTelephone(PageTest):
+    hosts = [()]
+
+    def test_the_documented_way_to_lose_an_hour(self):
+        self.page.press("Defaults of variants 2")
+        self.page.wait_text("[data-test=change]", "comes twice")
+        self.page.set_key("sntp-tz-offset", "-5")
+        self.page.wait_text(".exact", "UTC-04:00")
+        self.page.press("2017-03-12")
+        self.page.wait_text("[data-test=change]", "2017-03-12 02:00 to 03:00 is missing: 01:59:59 is followed by 03:00:00")
+        self.page.press("Let pass up to 10 s before")
+        self.page.wait_text("[data-test=local]", "2017-03-12 01:59:5")
+        self.page.press("+1 min")
+        self.page.wait_text(".time", "03:00")
+
+
 class TwoTelephones(PageTest):
     hosts = [("--speed", "0"), ("--speed", "0", "--variant", "3")]
 
