@@ -121,6 +121,7 @@ class Monitor {
                  item["json"].value("key", "") == lastKey) {
         start.wall = item.at("wall");
         start.uptime = item.at("uptime");
+        start.running = item.at("speed") != "paused";
         return quiet;
       }
     }

@@ -40,6 +40,11 @@ bool setMachine(Nanoseconds wall) {
   return clock_settime(CLOCK_REALTIME, &time) == 0;
 }
 
+// Before the timers of the same instant, even where microseconds are counted from another origin.
+constexpr Nanoseconds kBeforeDue = std::chrono::microseconds(10);
+
+thread_local std::optional<Nanoseconds> t_firstAct;
+
 }  // namespace
 
 VirtualClock::VirtualClock(Source source)
@@ -62,6 +67,36 @@ Nanoseconds VirtualClock::uptime() const {
   return now();
 }
 
+Nanoseconds VirtualClock::Reading::moment() const {
+  return due ? std::max(uptime - kBeforeDue, Nanoseconds::zero()) : uptime;
+}
+
+VirtualClock::Reading VirtualClock::reading() const {
+  const MutexLock lock(m_mutex);
+  return readingNow();
+}
+
+VirtualClock::Reading VirtualClock::readingNow() const {
+  Reading reading;
+  reading.uptime = now();
+  reading.wall = m_source == Source::system ? readMachine(CLOCK_REALTIME)
+                                            : saturatingSum(m_wallAtZero, reading.uptime);
+  reading.due = !m_standing && !m_armed.empty() && m_armed.begin()->first <= reading.uptime;
+  return reading;
+}
+
+std::optional<Nanoseconds> VirtualClock::firstAct() {
+  return t_firstAct;
+}
+
+void VirtualClock::forgetActs() {
+  t_firstAct.reset();
+}
+
+void VirtualClock::noteAct() const {
+  if (!t_firstAct) t_firstAct = readingNow().moment();
+}
+
 bool VirtualClock::setWall(Nanoseconds wall, Setter setter) {
   if (wall < Nanoseconds::zero() || wall > kLastWall) {
     errno = EINVAL;
@@ -74,6 +109,7 @@ bool VirtualClock::setWall(Nanoseconds wall, Setter setter) {
   {
     const MutexLock lock(m_mutex);
     const Nanoseconds uptime = now();
+    noteAct();
     if (m_source == Source::virtualTime) m_wallAtZero = wall - uptime;
     if (hand) m_handAtZero = wall - std::chrono::floor<std::chrono::seconds>(uptime);
     listener = m_wallListener;

@@ -42,6 +42,22 @@ class VirtualClock {
   [[nodiscard]] Nanoseconds wall() const;    // since 1970-01-01 UTC
   [[nodiscard]] Nanoseconds uptime() const;  // since construction; system: since boot
 
+  // Both at one instant. due: time stands at a timer that is due and not delivered.
+  struct Reading {
+    Nanoseconds wall{0};
+    Nanoseconds uptime{0};
+    bool due = false;
+
+    // Its uptime; with a timer due, just before that timer's instant.
+    [[nodiscard]] Nanoseconds moment() const;
+  };
+  [[nodiscard]] Reading reading() const;
+
+  // The moment at which this thread first set the wall clock or started a timer after
+  // forgetActs(): a request takes effect there.
+  [[nodiscard]] static std::optional<Nanoseconds> firstAct();
+  static void forgetActs();
+
   // Who sets the wall clock: the operator; the service from its saved time, from a call's seconds
   // or from a time and date given by hand; the NTP client; another program of the machine.
   enum class Setter { jump, savedTime, seconds, hand, timeServer, program };
@@ -119,6 +135,8 @@ class VirtualClock {
   class Driving;
 
   Nanoseconds uptimeWithoutTimers() const CLOCK_REQUIRES(m_mutex);
+  [[nodiscard]] Reading readingNow() const CLOCK_REQUIRES(m_mutex);
+  void noteAct() const CLOCK_REQUIRES(m_mutex);
   Nanoseconds now() const CLOCK_REQUIRES(m_mutex);
   std::optional<Nanoseconds> earliest() const CLOCK_REQUIRES(m_mutex);
   void anchorAt(Nanoseconds uptime) CLOCK_REQUIRES(m_mutex);

@@ -77,6 +77,7 @@ void VirtualClock::startTimer(int timer) {
   change([&]() CLOCK_REQUIRES(m_mutex) {
     const auto found = m_timers.find(timer);
     if (found == m_timers.end()) return;
+    noteAct();
     const Nanoseconds expiry = saturatingSum(now(), found->second.period);
     disarm(timer, found->second);
     if (m_source == Source::virtualTime && expiry > kLastUptime) return;

@@ -3,6 +3,7 @@
 
 #include "base/Origin.h"
 #include "base/PrintableText.h"
+#include "clock/VirtualClock.h"
 #include "framework/DataAccess.h"
 #include "operator/Controller.h"
 #include "operator/HostActions.h"
@@ -60,6 +61,7 @@ void onManagementThread(Controller& controller, const Channel& channel, Body bod
   LocalManagement& management = controller.device().management();
   controller.device().managementThread().post([&management, channel, body = std::move(body)] {
     const OriginScope origin(channel->origin());
+    VirtualClock::forgetActs();
     if (channel->wanted()) body(management, channel);
   });
 }

@@ -37,6 +37,14 @@ constexpr std::size_t kLongestPayload = 32 * 1024;
 constexpr std::array kKinds = {"hello",          "call",         "reply",       "event",
                                "controlRequest", "controlReply", "controlItem", "timedEvent"};
 
+std::int64_t microsecondsOf(Nanoseconds time) {
+  return duration_cast<microseconds>(time).count();
+}
+
+bool isReply(FrameKind kind) {
+  return kind == FrameKind::reply || kind == FrameKind::controlReply;
+}
+
 void addMethod(Json& entry, const TappedFrame& tapped, std::string_view payload) {
   std::stringstream stream{std::string(payload)};
   Method method;
@@ -124,9 +132,12 @@ class FrameMonitor {
   }
 
   bool show(const TappedFrame& tapped) {
+    if (tapped.fromClient) VirtualClock::forgetActs();  // what follows is done for this frame
     const std::uint64_t lost = m_lost++;
     if (!m_channel->hasRoom()) return true;
     Json entry = stamp();
+    const auto act = VirtualClock::firstAct();
+    if (act && isReply(tapped.frame.kind)) entry["acted"] = microsecondsOf(*act);
     if (lost > 0) entry["lost"] = lost;
     entry["peer"] = tapped.peer;
     entry["origin"] = tapped.origin;
@@ -143,10 +154,11 @@ class FrameMonitor {
  private:
   [[nodiscard]] Json stamp() const {
     const auto since = SteadyClock::now() - m_start;
-    const auto [wall, uptime] = reading();
-    return {{"microseconds", duration_cast<microseconds>(since).count()},
-            {"wall", duration_cast<microseconds>(wall).count()},
-            {"uptime", duration_cast<microseconds>(uptime).count()},
+    const VirtualClock::Reading now = reading();
+    return {{"microseconds", microsecondsOf(since)},
+            {"wall", microsecondsOf(now.wall)},
+            {"uptime", microsecondsOf(now.uptime)},
+            {"acted", microsecondsOf(now.moment())},
             {"speed", speedText(m_clock.speed())}};
   }
 
@@ -157,14 +169,13 @@ class FrameMonitor {
   }
 
   // Wall time and uptime of the same instant, unless the machine is very slow.
-  [[nodiscard]] std::pair<Nanoseconds, Nanoseconds> reading() const {
+  [[nodiscard]] VirtualClock::Reading reading() const {
     constexpr int kTries = 10;
     constexpr std::chrono::microseconds kApart{50};
     for (int i = 0;; ++i) {
       const auto before = SteadyClock::now();
-      const Nanoseconds wall = m_clock.wall();
-      const Nanoseconds uptime = m_clock.uptime();
-      if (SteadyClock::now() - before < kApart || i == kTries) return {wall, uptime};
+      const VirtualClock::Reading now = m_clock.reading();
+      if (SteadyClock::now() - before < kApart || i == kTries) return now;
     }
   }
 

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "scenario/RecordedEntry.h"
 #include "verbs/KeyCatalogue.h"
 #include "verbs/TimeText.h"
 
@@ -35,36 +36,14 @@ seconds wholeSeconds(std::int64_t time) {
   return std::chrono::floor<seconds>(microseconds(time));
 }
 
-bool isMove(const Json& request) {
-  const std::string action = request.value("action", "");
-  return request.value("verb", "") == "clock" &&
-         (action == "advance" || action == "next" || action == "to");
-}
-
-std::int64_t numberOf(const Json& entry, const char* name) {
-  return entry.at(name).get<std::int64_t>();
-}
-
-std::int64_t offsetOf(const Json& entry) {
-  return numberOf(entry, "wall") - numberOf(entry, "uptime");
-}
-
-double speedOf(const Json& entry) {
-  const std::string text = entry.at("speed");
-  return text == "paused" ? 0 : parseSpeed(text).value_or(1);
-}
-
-bool isSame(const Json& request, const Json& reply) {
-  return request.at("peer") == reply.at("peer") && request.at("id") == reply.at("id");
-}
-
 }  // namespace
 
 std::vector<std::string> startingKeys() {
-  std::vector<std::string> keys = {"time"};
+  std::vector<std::string> keys;
   for (const ManagementKey& key : managementKeys()) {
     if (isSetting(key)) keys.emplace_back(key.name);
   }
+  keys.emplace_back("time");  // last: it is that of the begin
   return keys;
 }
 
@@ -72,7 +51,9 @@ ScenarioRecorder::ScenarioRecorder(const RecordedStart& start, Write write)
     : m_self(start.device.at("origin")),
       m_write(std::move(write)),
       m_replay(start.uptime - start.wall % kSecond),
-      m_offset(start.wall - start.uptime) {
+      m_offset(start.wall - start.uptime),
+      m_approximate(!start.device.value("followsClock", true) &&
+                    (start.running || m_replay % kSecond != 0)) {
   begin(start);
 }
 
@@ -88,7 +69,14 @@ void ScenarioRecorder::begin(const RecordedStart& start) {
   setup("software-type", device.at("softwareType"));
   setup("mac", device.at("mac"));
   if (device.at("network") == "up") setup("network", "up");
-  setup("at", instantText(std::max(now - seconds(1), seconds(0))));
+  const std::string before = instantText(std::max(now - seconds(1), seconds(0)));
+  setup("at", before);
+  // A time set by hand changes with the whole seconds of the uptime, so they must be at the same
+  // place between those of the wall clock.
+  if (const microseconds part(m_replay % kSecond); part.count() > 0) {
+    m_write("clock advance " + exactDurationText(part));
+    m_write(lineOf({"clock", "jump", before}));
+  }
   for (const auto& [key, reply] : start.replies) beginWith(key, reply);
   m_write("clock advance 1s");
   m_write(lineOf({"clock", "jump", instantText(now)}));
@@ -126,7 +114,7 @@ void ScenarioRecorder::add(const Json& entry) {
   } else {
     addSent(entry);
   }
-  if (!moves()) writeEvents();
+  if (!pending()) writeEvents();
 }
 
 void ScenarioRecorder::addReceived(const Json& entry) {
@@ -151,19 +139,21 @@ void ScenarioRecorder::addSent(const Json& entry) {
 void ScenarioRecorder::endCall(const Json& reply) {
   const Json call = *std::exchange(m_call, std::nullopt);
   m_changing = true;
-  if (const auto step = recordedCall(call, reply, reply.is_null() || sameSecond(call, reply))) {
-    writeStep(call, *step);
+  if (const auto step = recordedCall(call, reply, reply.is_null() || isCertain(call, reply))) {
+    writeStep(call, *step, effectOf(call, reply));
   }
+  if (!reply.is_null()) watchHand(call, reply);
 }
 
 void ScenarioRecorder::endRequest(Request request, const Json& entry) {
   m_changing = true;
   const Json& json = request.entry["json"];
   const Json reply = entry.value("json", Json{{"ok", true}});
-  const auto step = recordedRequest(json, reply, sameSecond(request.entry, entry));
+  const auto step = recordedRequest(json, reply, isCertain(request.entry, entry));
   if (!step) return;
   if (reply.value("ok", false) && isMove(json)) return endMove(request, entry, *step);
-  writeStep(request.entry, *step);
+  writeStep(request.entry, *step, effectOf(request.entry, isManagement(json) ? entry : Json()));
+  watchHand(request.entry, entry);
 }
 
 // A move of a clock that runs, or with other steps on its way, is time that passed.
@@ -171,9 +161,9 @@ void ScenarioRecorder::endMove(const Request& request, const Json& entry,
                                const RecordedStep& step) {
   const bool running = speedOf(request.entry) > 0 && request.entry["json"]["action"] != "to";
   if (request.alone && !running) {
-    writeStep(request.entry, step);
+    writeStep(request.entry, step, effectOf(request.entry, nullptr));
     m_replay = numberOf(entry, "uptime");
-    if (!moves()) writeEvents();
+    if (!pending()) writeEvents();
     // Other timers due at that instant expire with the next `clock advance`.
     m_due = request.entry["json"]["action"] == "next";
     return;
@@ -200,10 +190,20 @@ void ScenarioRecorder::watchWall(const Json& entry) {
   if (!m_call && m_requests.empty()) m_changing = false;
 }
 
-void ScenarioRecorder::writeStep(const Json& request, const RecordedStep& step) {
+// If a second passes while the time is set by hand, the replay may be a second ahead.
+void ScenarioRecorder::watchHand(const Json& request, const Json& reply) {
+  const bool time = isOneOf(request, {"setTime", "time", "simple-time"});
+  if (!time && !isOneOf(request, {"setDate", "simple-date"})) return;
+  const std::int64_t begin = effectOf(request, nullptr);
+  const bool passed = wholeSeconds(begin) != wholeSeconds(numberOf(reply, "uptime"));
+  m_approximate = passed || (m_approximate && !time);
+}
+
+void ScenarioRecorder::writeStep(const Json& request, const RecordedStep& step,
+                                 std::int64_t effect) {
   for (Request& each : m_requests) each.alone = false;
-  if (moves()) writeEvents();
-  passTo(numberOf(request, "uptime"));
+  writeEvents(effect);
+  passTo(effect);
   const std::string peer = request.at("peer");
   const std::string who = peer == m_peer ? "" : "  # " + peer;
   m_peer = peer;
@@ -215,13 +215,20 @@ void ScenarioRecorder::writeStep(const Json& request, const RecordedStep& step) 
   ++m_steps;
 }
 
-void ScenarioRecorder::writeEvents() {
-  for (const Json& event : std::exchange(m_waiting, {})) {
+// Those that came before that uptime.
+void ScenarioRecorder::writeEvents(std::int64_t end) {
+  const auto first = std::find_if(m_waiting.begin(), m_waiting.end(), [end](const Json& event) {
+    return numberOf(event, "uptime") >= end;
+  });
+  std::vector<Json> rest(first, m_waiting.end());
+  m_waiting.erase(first, m_waiting.end());
+  for (const Json& event : std::exchange(m_waiting, std::move(rest))) {
     passTo(numberOf(event, "uptime"));
     if (std::exchange(m_due, false)) m_write("clock advance 0.0s");
     const double speed = speedOf(event);
-    const EventTime time =
-        speed > 1 ? EventTime::unknown : (speed > 0 ? EventTime::late : EventTime::exact);
+    const EventTime time = speed > 1 || m_approximate
+                               ? EventTime::unknown
+                               : (speed > 0 ? EventTime::late : EventTime::exact);
     m_write(recordedEvent(event, time).line);
     ++m_events;
   }
@@ -239,10 +246,13 @@ bool ScenarioRecorder::moves() const {
                      [](const Request& each) { return isMove(each.entry["json"]); });
 }
 
-// Otherwise the displayed time may have changed between request and reply.
-bool ScenarioRecorder::sameSecond(const Json& request, const Json& reply) const {
-  return wholeSeconds(numberOf(request, "uptime") + m_offset) ==
-         wholeSeconds(numberOf(reply, "uptime") + m_offset);
+// Otherwise the displayed time may have changed between request and reply. It changes with the
+// seconds of the wall clock, or, once it was set by hand, with those of the uptime.
+bool ScenarioRecorder::isCertain(const Json& request, const Json& reply) const {
+  const std::int64_t begin = effectOf(request, nullptr);
+  const std::int64_t end = numberOf(reply, "uptime");
+  return !m_approximate && wholeSeconds(begin) == wholeSeconds(end) &&
+         wholeSeconds(begin + m_offset) == wholeSeconds(end + m_offset);
 }
 
 void ScenarioRecorder::finish() {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -20,6 +21,7 @@ struct RecordedStart {
   std::map<std::string, Json> replies;  // to `get KEY`, for the keys of startingKeys()
   std::int64_t wall = 0;                // microseconds since 1970-01-01 UTC
   std::int64_t uptime = 0;              // microseconds
+  bool running = false;                 // the clock
 };
 
 // The keys whose values bring another telephone to the same settings, and `time`.
@@ -60,16 +62,19 @@ class ScenarioRecorder {
   void endRequest(Request request, const Json& entry);
   void endMove(const Request& request, const Json& entry, const RecordedStep& step);
   void watchWall(const Json& entry);
-  void writeStep(const Json& request, const RecordedStep& step);
-  void writeEvents();
+  void watchHand(const Json& request, const Json& reply);
+  void writeStep(const Json& request, const RecordedStep& step, std::int64_t effect);
+  void writeEvents(std::int64_t end = std::numeric_limits<std::int64_t>::max());
   void passTo(std::int64_t uptime);
   [[nodiscard]] bool moves() const;  // the clock, by a request without an answer yet
-  [[nodiscard]] bool sameSecond(const Json& request, const Json& reply) const;
+  [[nodiscard]] bool pending() const { return m_call || !m_requests.empty(); }
+  [[nodiscard]] bool isCertain(const Json& request, const Json& reply) const;
 
   const std::string m_self;  // the recorder's process
   const Write m_write;
   std::int64_t m_replay;       // the uptime that the replay has reached, in microseconds
   std::int64_t m_offset;       // of the wall clock from the uptime
+  bool m_approximate;          // the replay shows another part of a second
   bool m_changing = false;     // a client's step may have set the wall clock since the last entry
   bool m_due = false;          // a timer of the replay may be due
   std::optional<Json> m_call;  // without a reply yet

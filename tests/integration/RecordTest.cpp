@@ -158,6 +158,28 @@ TEST_F(Record, ARunningClockReplaysGreen) {
   expectReplay();
 }
 
+class RecordAtSpeed : public Record, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(RecordAtSpeed, ReplaysGreen) {
+  ASSERT_EQ(m_host.ctl({"clock", "speed", GetParam()}).status, 0);
+  start();
+  const char* const zones[] = {"-5", "5.5", "0", "-9.5", "5.75", "1"};
+  for (int i = 0; i < 6; ++i) {
+    ASSERT_EQ(m_host
+                  .ctl({"call", "setTime", "setTimeHours=" + std::to_string(5 * i % 24),
+                        "setTimeMinutes=" + std::to_string(13 * i % 60), "setTimeSeconds=29"})
+                  .status,
+              0);
+    ASSERT_EQ(m_host.ctl({"set", "sntp-tz-offset", zones[i]}).status, 0);
+    ASSERT_EQ(m_host.ctl({"call", "getTimeInts"}).status, 0);
+    ASSERT_EQ(m_host.ctl({"call", "getDate"}).status, 0);
+  }
+  EXPECT_EQ(end().status, 0);
+  expectReplay();
+}
+
+INSTANTIATE_TEST_SUITE_P(Speeds, RecordAtSpeed, ::testing::Values("1", "60", "3600"));
+
 TEST_F(Record, TheTimeSetByHandBeforeIsReplayed) {
   ASSERT_EQ(m_host.ctl({"set", "simple-time", "07:30"}).status, 0);
   ASSERT_EQ(m_host.ctl({"clock", "advance", "1s"}).status, 0);

@@ -35,6 +35,30 @@ TEST_F(PausedClock, DeliversOnceAtTheEndOfThePeriod) {
   EXPECT_EQ(m_clock.armedTimers(), 0U);
 }
 
+TEST_F(PausedClock, KnowsThisThreadsFirstAct) {
+  VirtualClock::forgetActs();
+  EXPECT_EQ(VirtualClock::firstAct(), std::nullopt);
+  m_clock.advance(2s);
+  startedTimer(1s);
+  m_clock.advance(500ms);
+  EXPECT_TRUE(m_clock.setWall(90s));
+  EXPECT_EQ(VirtualClock::firstAct(), 2s);
+}
+
+// Time stands at a timer that the framework thread has yet to deliver.
+TEST_F(PausedClock, AnActAtATimerThatIsDueIsBeforeIt) {
+  startedTimer(1s);
+  m_clock.setSpeed(1);
+  passRealTime(2s);
+  EXPECT_TRUE(m_clock.reading().due);
+  EXPECT_EQ(m_clock.reading().moment(), 1s - 10us);
+  VirtualClock::forgetActs();
+  EXPECT_TRUE(m_clock.setWall(90s));
+  EXPECT_EQ(VirtualClock::firstAct(), 1s - 10us);
+  EXPECT_EQ(m_clock.runDue(1), 1U);
+  EXPECT_FALSE(m_clock.reading().due);
+}
+
 TEST_F(PausedClock, DropsADueExpiryThatAnOwnerDisarms) {
   const int first = startedTimer(10s);
   const int stopped = startedTimer(10s);

@@ -124,6 +124,21 @@ TEST_F(Monitor, ShowsTheSpeedAsClockShowDoes) {
   EXPECT_EQ(shown(FrameKind::hello, "a").at("speed"), "max");
 }
 
+TEST_F(Monitor, ShowsWhenARequestTookEffect) {
+  VirtualClock& clock = telephone.device().clock();
+  static_cast<void>(shown(FrameKind::hello, "a"));  // begins anew
+  clock.advance(2s);
+  const std::int64_t uptime = clock.uptime() / 1us;
+  EXPECT_TRUE(clock.setWall(90s));
+  clock.advance(1s);
+  const Json request = shown(FrameKind::hello, "a");
+  EXPECT_EQ(request.at("acted"), request.at("uptime"));
+  EXPECT_TRUE(clock.setWall(90s));
+  clock.advance(1s);
+  tap.show({"client-7", "uid 1, pid 2", codec, false, {FrameKind::controlReply, 5, "{}"}});
+  EXPECT_EQ(Json::parse(channel->items.back()).at("acted"), uptime + 1'000'000);
+}
+
 TEST_F(Monitor, CountsFramesThatAreLostWithoutMemory) {
   channel->memory = false;
   static_cast<void>(shown(FrameKind::hello, "a"));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "scenario/RecordedWords.h"
@@ -44,8 +45,9 @@ class Recorder : public ::testing::Test {
     entry["json"] = json;
     recorder.add(entry);
   }
-  void answer(const Json& json, std::int64_t uptime, int id = 1) {
+  void answer(const Json& json, std::int64_t uptime, int id = 1, std::int64_t acted = -1) {
     Json entry = frame("sent", "controlReply", uptime, id);
+    if (acted >= 0) entry["acted"] = 100 * kSecond + acted;
     entry["json"] = json;
     recorder.add(entry);
   }
@@ -120,6 +122,77 @@ TEST_F(Recorder, TimeOfARunningClockIsExactAndItsEventsAreLate) {
             (Lines{"clock advance 1.5s", "set ntp-secret \"a \\\"b\\\"\"  # client-7",
                    "clock advance 1.0s", "expect event timeChangeEvent timeChangeEventHours=1",
                    "clock advance 0.1s", "expect event timeChangeEvent"}));
+}
+
+TEST_F(Recorder, AStepStandsWhereItTookEffectBetweenTheEvents) {
+  speed = "60";
+  request(kSet, 0);
+  event(1000);  // before the set took effect
+  event(3000);  // of the set
+  answer(kDone, 4000, 1, 2000);
+  EXPECT_EQ(taken(), (Lines{"clock advance 0.001s", "expect event timeChangeEvent",
+                            "clock advance 0.001s", "set ntp-secret \"a \\\"b\\\"\"  # client-7",
+                            "clock advance 0.001s", "expect event timeChangeEvent"}));
+}
+
+TEST_F(Recorder, AnEventDuringACallStandsAfterIt) {
+  call({{"setDateDay", 1}, {"setDateMonth", 2}, {"setDateYear", 2030}}, 0);
+  event(0);
+  recorder.finish();
+  const Lines written = taken();
+  ASSERT_EQ(written.size(), 2U);
+  EXPECT_TRUE(written[0].starts_with("expect refused call setDate")) << written[0];
+}
+
+TEST_F(Recorder, AnAnswerThatMayComeFromAnotherSecondIsNotExpected) {
+  const Json get = {{"verb", "get"}, {"key", "time"}};
+  const Json value = {{"ok", true}, {"value", "x"}};
+  request(get, 100);
+  answer(value, 200);
+  request(get, 300);
+  answer(value, kSecond);
+  EXPECT_EQ(taken(), (Lines{"clock advance 0.0001s", "expect get time x  # client-7",
+                            "clock advance 0.0002s", "get time"}));
+}
+
+TEST_F(Recorder, ASecondThatPassesInASetByHandMakesLaterAnswersUncertain) {
+  const Json set = {{"verb", "set"}, {"key", "simple-time"}, {"value", "07:30"}};
+  const Json get = {{"verb", "get"}, {"key", "time"}};
+  for (const std::int64_t end : {kSecond + 1, kSecond + 3}) {
+    request(set, end == kSecond + 1 ? 0 : end);
+    answer(kDone, end);
+    request(get, end);
+    answer({{"ok", true}, {"value", "x"}}, end);
+  }
+  EXPECT_EQ(taken(),
+            (Lines{"set simple-time 07:30  # client-7", "clock advance 1.000001s", "get time",
+                   "clock advance 0.000002s", "set simple-time 07:30", "expect get time x"}));
+}
+
+// Then the seconds of the uptime begin where those of the recorded one did.
+TEST_F(Recorder, BeginsAtTheSamePartOfASecond) {
+  RecordedStart shifted = start();
+  shifted.uptime += 250'000;
+  const ScenarioRecorder other(shifted, [this](const std::string& line) { lines.push_back(line); });
+  const auto at = std::find(lines.begin(), lines.end(), "at 1970-01-01T00:01:39Z");
+  ASSERT_GE(lines.end() - at, 3);
+  EXPECT_EQ(Lines(at + 1, at + 3),
+            (Lines{"clock advance 0.25s", "clock jump 1970-01-01T00:01:39Z"}));
+}
+
+TEST_F(Recorder, ATimeSetByHandThatRanBeforeIsNotExpected) {
+  RecordedStart running = start(false);
+  running.running = true;
+  ScenarioRecorder other(running, [this](const std::string& line) { lines.push_back(line); });
+  lines.clear();
+  Json entry = frame("received", "controlRequest", 0);
+  entry["json"] = {{"verb", "get"}, {"key", "time"}};
+  other.add(entry);
+  entry["direction"] = "sent";
+  entry["kind"] = "controlReply";
+  entry["json"] = {{"ok", true}, {"value", "x"}};
+  other.add(entry);
+  EXPECT_EQ(lines, Lines{"get time  # client-7"});
 }
 
 TEST_F(Recorder, AnotherTimerDueAtTheSameInstantExpiresWithItsEvent) {
