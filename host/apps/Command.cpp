@@ -204,11 +204,10 @@ class Command {
     print(answer);
   }
 
-  // A value may be stored in another form.
   void tellOtherValue(Json& answer) {
+    const auto now = otherValue(client(), m_request, answer, limit());
+    if (!now) return;
     const std::string key = m_request["key"];
-    const auto now = valueNow(client(), key, limit());
-    if (!now || *now == m_request["value"]) return;
     tell(answer, "value", *now, errorLine("note", key + " is now " + quotedText(*now)));
   }
 

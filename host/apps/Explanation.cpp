@@ -4,13 +4,15 @@
 
 #include "apps/Session.h"
 #include "remote/RemoteClient.h"
-#include "verbs/Json.h"
 #include "verbs/ReadJson.h"
+#include "verbs/TimeText.h"
+#include "verbs/VerbWords.h"
 
 namespace host {
 namespace {
 
 constexpr const char* kService = "ClockService";
+constexpr std::chrono::minutes kReadLater{1};    // a clock that runs has gone on by less
 constexpr const char* kTimeSet = "UTC set to ";  // what the service says after setTimeInt
 
 // An object, which is empty without a positive answer.
@@ -22,14 +24,22 @@ Json answerTo(RemoteClient& control, const Json& request, std::chrono::milliseco
                                                                              : Json::object();
 }
 
+bool isSameValue(const std::string& key, const std::string& now, const std::string& meant) {
+  const auto instant = parseInstant(now);
+  const auto set = parseInstant(meant);
+  if (key != kTimeKey || !instant || !set) return now == meant;
+  return *instant >= *set && *instant - *set < kReadLater;
+}
+
 }  // namespace
 
-std::optional<std::string> valueNow(RemoteClient& control, const std::string& key,
-                                    std::chrono::milliseconds limit) {
-  const Json answer = answerTo(control, {{"verb", "get"}, {"key", key}}, limit);
-  const auto value = answer.find("value");
-  if (value == answer.end() || !value->is_string()) return std::nullopt;
-  return value->get<std::string>();
+std::optional<std::string> otherValue(RemoteClient& control, const Json& request,
+                                      const Json& answer, std::chrono::milliseconds limit) {
+  const std::string key = request.at("key");
+  const Json now = answerTo(control, {{"verb", "get"}, {"key", key}}, limit).value("value", Json());
+  const std::string meant = answer.value("instant", request.value("value", std::string()));
+  if (!now.is_string() || isSameValue(key, now, meant)) return std::nullopt;
+  return now.get<std::string>();
 }
 
 std::string lastLineOf(Session& session, std::uint32_t call, std::chrono::milliseconds limit) try {

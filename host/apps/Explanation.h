@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "verbs/Json.h"
+
 namespace host {
 
 class RemoteClient;
@@ -13,9 +15,11 @@ class Session;
 // What a user would ask next, asked at the control socket. Thread: the caller's. Failure: without
 // an answer there is no explanation; HostGone.
 
-// The value that the key has now. Empty: it cannot be read.
-[[nodiscard]] std::optional<std::string> valueNow(RemoteClient& control, const std::string& key,
-                                                  std::chrono::milliseconds limit);
+// The value that the key of a `set` has, if it is not the one that was meant: a value may be stored
+// in another form, and a time may be an hour off.
+[[nodiscard]] std::optional<std::string> otherValue(RemoteClient& control, const Json& request,
+                                                    const Json& answer,
+                                                    std::chrono::milliseconds limit);
 
 // What the service said last within a call that this process made: the text of its last line in
 // the log. Empty: nothing, or this user may not ask.

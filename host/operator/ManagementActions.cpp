@@ -48,10 +48,13 @@ std::string whyRefused(const LocalManagement& management, const std::string& key
          std::string(row->values);
 }
 
+bool isLocalTime(const Json& request) {
+  return request.contains("local") && textMember(request, "key") == kTimeKey;
+}
+
 std::string valueToSet(const Json& request) {
-  const bool local = request.contains("local") && textMember(request, "key") == kTimeKey;
-  return local ? longInstantText(instantOfLocalTime(textMember(request, "local")))
-               : textMember(request, "value");
+  return isLocalTime(request) ? longInstantText(instantOfLocalTime(textMember(request, "local")))
+                              : textMember(request, "value");
 }
 
 // Runs the body on the management thread with the client's origin, unless the client is gone by
@@ -103,10 +106,12 @@ void actOnGet(Controller& controller, const Json& request, const Channel& channe
 }
 
 void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
-  auto set = [key = textMember(request, "key"), value = valueToSet(request)](
-                 LocalManagement& management, const Channel& client) {
+  auto set = [key = textMember(request, "key"), value = valueToSet(request),
+              local = isLocalTime(request)](LocalManagement& management, const Channel& client) {
     const std::uint64_t failedBefore = failedWritesHere();
-    if (management.set(key, value)) return answerDone(client);
+    if (management.set(key, value)) {
+      return local ? answer(client, {{"ok", true}, {"instant", value}}) : answerDone(client);
+    }
     const bool storeFailed = failedWritesHere() != failedBefore;
     answerRefusal(client, whyRefused(management, key, value, storeFailed));
   };

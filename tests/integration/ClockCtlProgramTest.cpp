@@ -200,6 +200,14 @@ TEST(ClockCtlProgram, TellsAValueThatReadsBackOtherwise) {
   EXPECT_EQ(host.ctl({"set", "simple-time", "02:01"}).err, "");
 }
 
+TEST(ClockCtlProgram, HasNoNoteAboutALocalTimeThatWasSet) {
+  RunningHost host;
+  const Outcome set = host.ctl({"set", "time", "local", "2026-03-08 01:59:50"});
+  EXPECT_EQ(set.err + set.out, "");
+  EXPECT_EQ(host.ctl({"--json", "set", "time", "local", "2026-03-08 01:59:50"}).out,
+            "{\"ok\":true,\"instant\":\"2026-03-08T01:59:50+00:00\"}\n");
+}
+
 TEST(ClockCtlProgram, FollowsTheLogUntilTheHostEnds) {
   RunningHost host({"--log-level", "5"});
   const auto follower = host.startCtl({"log", "--follow"});

@@ -122,6 +122,21 @@ TEST(ClockCtlAnswers, WithoutALastPageAreRefused) {
   }
 }
 
+// The clock may run. An hour more or less is another time.
+TEST(ClockCtlAnswers, TellWhenTheTimeIsNotTheOneMeant) {
+  for (const auto& [now, told] : {std::pair{"06:59:50", false},
+                                  {"06:59:51", false},
+                                  {"06:59:49", true},
+                                  {"07:59:50", true},
+                                  {"05:59:50", true}}) {
+    const std::string value = "2026-03-08T" + std::string(now) + "+00:00";
+    const Outcome set = runBesideOddHost("set time local 2026-03-08 01:59:50",
+                                         {R"({"ok":true,"instant":"2026-03-08T06:59:50+00:00"})",
+                                          R"({"ok":true,"value":")" + value + R"("})"});
+    EXPECT_EQ(set.err, told ? "note: time is now \"" + value + "\"\n" : "") << now;
+  }
+}
+
 TEST(ClockCtlAnswers, MayHaveAnyNumberOfPages) {
   std::vector<std::string> answers;
   std::string all;
