@@ -11,7 +11,7 @@ namespace {
 
 // The service's timers in the order in which it first creates them.
 constexpr std::array<std::string_view, 7> kPlaces = {
-    "fallback refresh", "time changed", "date changed", "zone refresh",
+    "fallback refresh", "time changed", "date changed", kZoneRefresh,
     "time sync",        "date sync",    "NTP restart"};
 
 }  // namespace

@@ -15,6 +15,9 @@ namespace host {
 
 class VirtualClock;
 
+// The name of the timer at whose expiry the service applies a zone that was set.
+inline constexpr std::string_view kZoneRefresh = "zone refresh";
+
 // An armed timer of the service.
 struct NamedTimer {
   std::string_view name;              // as in docs/explanation/architecture.md

@@ -91,9 +91,23 @@ void requireInRange(const std::string& local, seconds instant) {
   }
 }
 
+// Until then the process's TZ is the zone before.
+void requireAppliedZone(Device& device) {
+  const std::vector<NamedTimer> timers = device.timers();
+  const bool applied = std::none_of(timers.begin(), timers.end(), [](const NamedTimer& timer) {
+    return timer.name == kZoneRefresh;
+  });
+  if (applied) return;
+  const bool paused = device.clock().speed() == 0;
+  throw Error(std::string("the zone that was set is not applied yet; ") +
+              (paused ? "let time pass, as with `clock advance 1s`, then" : "in a moment") +
+              " write the local time again");
+}
+
 }  // namespace
 
-seconds instantOfLocalTime(const std::string& text) {
+seconds instantOfLocalTime(Device& device, const std::string& text) {
+  requireAppliedZone(device);
   const auto local = parseLocal(text);
   if (!local) {
     throw Error(quotedText(text) + " is not a local time; write " + std::string(kLocalForms));
@@ -187,7 +201,7 @@ void actOnClockJump(Controller& controller, const Json& request, const Channel& 
   changeAtOnce(controller, request, channel, [&](VirtualClock& clock) {
     const bool local = request.contains("local");
     const seconds instant =
-        local ? instantOfLocalTime(textMember(request, "local"))
+        local ? instantOfLocalTime(controller.device(), textMember(request, "local"))
               : seconds(numberMember(request, "seconds", 0, kLastInstant.count()));
     const CauseScope cause({"clock", "jump"});
     if (clock.setWall(instant)) return;

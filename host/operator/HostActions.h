@@ -12,6 +12,7 @@ namespace host {
 
 class ControlChannel;
 class Controller;
+class Device;
 
 using Channel = std::shared_ptr<ControlChannel>;
 
@@ -29,9 +30,10 @@ HostAction actOnClockShow, actOnClockSpeed, actOnClockPause, actOnClockAdvance, 
 HostAction actOnInjectJack, actOnInjectNetwork, actOnInjectDhcp, actOnInjectMobility,
     actOnInjectUserData, actOnInjectValue;
 
-// The one instant of a local time under the zone of the device. Throws host::Error: another form,
-// skipped by daylight saving, comes twice, or outside the years 1970-2199.
-[[nodiscard]] std::chrono::seconds instantOfLocalTime(const std::string& text);
+// The one instant of a local time under the zone of the device. Throws host::Error: a zone that is
+// not applied yet, another form, skipped by daylight saving, comes twice, or outside the years
+// 1970-2199.
+[[nodiscard]] std::chrono::seconds instantOfLocalTime(Device& device, const std::string& text);
 
 // The answer to `clock show`.
 [[nodiscard]] Json clockState(Controller& controller);

@@ -52,9 +52,9 @@ bool isLocalTime(const Json& request) {
   return request.contains("local") && textMember(request, "key") == kTimeKey;
 }
 
-std::string valueToSet(const Json& request) {
-  return isLocalTime(request) ? longInstantText(instantOfLocalTime(textMember(request, "local")))
-                              : textMember(request, "value");
+std::string valueToSet(Device& device, const Json& request) {
+  if (!isLocalTime(request)) return textMember(request, "value");
+  return longInstantText(instantOfLocalTime(device, textMember(request, "local")));
 }
 
 // Runs the body on the management thread with the client's origin, unless the client is gone by
@@ -106,7 +106,7 @@ void actOnGet(Controller& controller, const Json& request, const Channel& channe
 }
 
 void actOnSet(Controller& controller, const Json& request, const Channel& channel) {
-  auto set = [key = textMember(request, "key"), value = valueToSet(request),
+  auto set = [key = textMember(request, "key"), value = valueToSet(controller.device(), request),
               local = isLocalTime(request)](LocalManagement& management, const Channel& client) {
     const std::uint64_t failedBefore = failedWritesHere();
     if (management.set(key, value)) {

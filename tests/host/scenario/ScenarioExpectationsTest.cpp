@@ -137,6 +137,12 @@ TEST(ScenarioExpectations, AFailureShowsWhatCameInstead) {
       {"variant 3\nset sntp-tz-offset -5\nclock advance 1s\n"
        "clock jump local 2026-03-08 01:59:50\nexpect call getTime getTimeStringReturn=x",
        "5: expected a reply with getTimeStringReturn=x, got getTimeStringReturn=01:59am\n"},
+      {"set sntp-tz-offset -5\nclock jump local 2026-03-08 01:59:50",
+       "2: expected success, got a refusal: the zone that was set is not applied yet; let time "
+       "pass, as with `clock advance 1s`, then write the local time again\n"},
+      {"set daylight-save-zone-id 12\nset time local 2026-03-08 01:59:50",
+       "2: expected success, got a refusal: the zone that was set is not applied yet; let time "
+       "pass, as with `clock advance 1s`, then write the local time again\n"},
       {"variant 3\nset sntp-tz-offset -5\nclock advance 1s\nclock jump local 2026-03-08 02:00:00",
        "4: expected success, got a refusal: local time 2026-03-08 02:00:00 is skipped by daylight "
        "saving; write a time outside it\n"},
