@@ -8,6 +8,7 @@ namespace {
 thread_local const std::string* t_here = nullptr;
 thread_local std::uint32_t t_call = 0;
 thread_local Cause t_cause;
+thread_local bool t_asks = false;
 
 }  // namespace
 
@@ -39,6 +40,16 @@ CauseScope::CauseScope(Cause cause) : m_before(std::exchange(t_cause, cause)) {}
 
 CauseScope::~CauseScope() {
   t_cause = m_before;
+}
+
+bool asksHere() {
+  return t_asks;
+}
+
+QuestionScope::QuestionScope() : m_before(std::exchange(t_asks, true)) {}
+
+QuestionScope::~QuestionScope() {
+  t_asks = m_before;
 }
 
 }  // namespace host

@@ -51,4 +51,20 @@ class CauseScope {
   const Cause m_before;
 };
 
+// Whether the calling thread asks the service something that the host itself wants to know, as for
+// `status`. What the service logs about that in detail is dropped: it would push out the rest.
+[[nodiscard]] bool asksHere();
+
+// Says so for its lifetime. REQUIRES: the scope ends on the same thread.
+class QuestionScope {
+ public:
+  QuestionScope();
+  ~QuestionScope();
+  QuestionScope(const QuestionScope&) = delete;
+  QuestionScope& operator=(const QuestionScope&) = delete;
+
+ private:
+  const bool m_before;
+};
+
 }  // namespace host

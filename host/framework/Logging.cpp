@@ -72,6 +72,7 @@ bool isKeptQuery(int level) {
 }
 
 bool exceedsQueryLimit(int level) {
+  if (level >= host::kLogInfo && host::asksHere()) return true;
   if (!isKeptQuery(level)) return false;
   if (!t_queries.admits(realSecond)) return true;
   if (const unsigned dropped = t_queries.takeDropped()) {

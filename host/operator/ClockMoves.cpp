@@ -132,7 +132,7 @@ time_t serviceTime(Device& device) {
   Method call("getUTCTimeTimeVal", Method::call);
   call.addIntParameter("getUTCTimeTimeValTime", 0, Parameter::in);
   std::string text;
-  const auto reply = callService(device, call);
+  const auto reply = askService(device, call);
   if (reply && reply->getStringParameter("getUTCTimeTimeValStringReturn", text, Parameter::out)) {
     if (const auto instant = parseInstant(text)) return instant->count();
   }

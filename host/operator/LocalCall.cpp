@@ -4,6 +4,7 @@
 
 #include "Invoker.h"
 #include "InvokerResponse.h"
+#include "base/Origin.h"
 #include "remote/JsonCodec.h"
 #include "runtime/Device.h"
 
@@ -42,6 +43,11 @@ std::optional<Method> callService(Device& device, Method& call, const std::strin
   Method method;
   if (reply.empty() || !codec.decode(stream, method)) return std::nullopt;
   return method;
+}
+
+std::optional<Method> askService(Device& device, Method& call) {
+  const QuestionScope question;
+  return callService(device, call);
 }
 
 }  // namespace host

@@ -15,4 +15,8 @@ class Device;
 [[nodiscard]] std::optional<Method> callService(Device& device, Method& call,
                                                 const std::string& address = {});
 
+// The same for what the host itself wants to know. What the service logs about it in detail is
+// dropped.
+[[nodiscard]] std::optional<Method> askService(Device& device, Method& call);
+
 }  // namespace host

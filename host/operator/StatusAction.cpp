@@ -40,7 +40,7 @@ std::string shownText(Device& device, const char* method) {
   Method call(method, Method::call);
   const std::string name = std::string(method) + "StringReturn";
   std::string text;
-  const auto reply = callService(device, call);
+  const auto reply = askService(device, call);
   if (reply) static_cast<void>(reply->getStringParameter(name.c_str(), text, Parameter::out));
   return text;
 }

@@ -42,6 +42,19 @@ class TelephoneWithStatus : public ::testing::Test {
   ScenarioDevice telephone{plugin, {}};
 };
 
+// Watching it would push out the reason of a refusal.
+TEST_F(TelephoneWithStatus, LeavesTheLogAlone) {
+  const auto entries = [&] { return ask(R"({"verb":"log"})").at("entries").size(); };
+  Method call("getTime", Method::call);
+  ASSERT_TRUE(telephone.call(call));
+  const std::size_t before = entries();
+  ASSERT_GT(before, 0U);
+  static_cast<void>(status());
+  EXPECT_EQ(entries(), before);
+  ASSERT_TRUE(telephone.call(call));
+  EXPECT_GT(entries(), before);
+}
+
 TEST_F(TelephoneWithStatus, ShowsTheSavedTimeAndItsAge) {
   EXPECT_FALSE(status().contains("saved"));
   pass(13 * 3600);
