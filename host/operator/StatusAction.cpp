@@ -107,7 +107,9 @@ void addSavedTime(Device& device, Json& reply) {
 
 Json ntpJson(Device& device) {
   Json ntp = {{"server", stored(device, "SNTPaddress")}};
-  if (const auto id = childRunning(kNtpClient)) ntp["process"] = *id;
+  const auto process = childRunning(kNtpClient);
+  ntp["state"] = process ? "running" : "stopped";
+  if (process) ntp["process"] = *process;
   if (const std::string said = newestOf(kNtpClient); !said.empty()) ntp["said"] = said;
   return ntp;
 }

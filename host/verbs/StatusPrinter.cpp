@@ -47,7 +47,7 @@ std::string systemTime(const Json& status) {
       memberText(change, "to") == memberText(part(status, "changed"), "to")) {
     return time;
   }
-  return time + causeOf(change);
+  return time + ", set at " + memberText(change, "time") + causeOf(change);
 }
 
 std::string source(const Json& status) {

@@ -162,9 +162,9 @@ TEST_F(TelephoneWithStatus, ShowsTheZoneAndItsNextChange) {
 }
 
 TEST_F(TelephoneWithStatus, ShowsServerAndTheLastLineOfItsClient) {
-  EXPECT_EQ(status().at("ntp"), (Json{{"server", ""}}));
+  EXPECT_EQ(status().at("ntp"), (Json{{"server", ""}, {"state", "stopped"}}));
   set("sntp-addr", "192.0.2.1");
-  EXPECT_EQ(status().at("ntp"), (Json{{"server", "192.0.2.1"}}));
+  EXPECT_EQ(status().at("ntp"), (Json{{"server", "192.0.2.1"}, {"state", "stopped"}}));
   for (const char* const line : {"first", "last"}) {
     LogEntryView entry;
     entry.component = "ntpclient";

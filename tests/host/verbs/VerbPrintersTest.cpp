@@ -189,7 +189,7 @@ TEST(VerbPrinters, PrintTheStatusInRows) {
     "socket":"s","state":"f","deviceRoot":"r","version":"v"})"),
             "shows        07:31 16.06.16\nutc          U\nlocal        2016-06-16 07:31:00 (LOC, "
             "UTC+02:00)\n"
-            "system time  S (clock jump; w)\n"
+            "system time  S, set at T (clock jump; w)\n"
             "source       by hand; until a restart it follows the uptime, not the system time\n"
             "changed      A -> B, 00:00:05 ago (set simple-time; device)\n"
             "last report  R, 01:01:00 ago\nsaved time   V, 00:01:00 ahead\nnetwork      up\n"
