@@ -15,7 +15,6 @@
 #include "apps/TimeLimit.h"
 #include "apps/Watching.h"
 #include "base/PrintableText.h"
-#include "remote/PeerProcess.h"
 #include "verbs/CallWords.h"
 #include "verbs/CatalogueAnswers.h"
 #include "verbs/CheckedRequest.h"
@@ -49,9 +48,7 @@ struct Refusal : std::runtime_error {
 
 // The likely reason why the host has not replied to a request that it received.
 std::string likelyReason(const RemoteClient& client, bool moves) {
-  if (const auto stopped = stoppedProcessAt(client.descriptor())) {
-    return "the host is stopped; `kill -CONT " + std::to_string(*stopped) + "` resumes it";
-  }
+  if (std::string stopped = whyStopped(client); !stopped.empty()) return stopped;
   if (moves) return "the clock stops where it is; `clockctl clock` shows the time";
   return "the host is busy; it has the request, and may still do it";
 }
@@ -260,7 +257,7 @@ class Command {
       }
       print(objectIn(item->json));
     }
-    if (m_out && stoppedProcessAt(client().descriptor())) noReply();
+    if (m_out && !whyStopped(client()).empty()) noReply();
   }
 
   static Json objectIn(const std::string& text) {

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "apps/Session.h"
+#include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
 #include "verbs/ReadJson.h"
 #include "verbs/TimeText.h"
@@ -32,6 +33,12 @@ bool isSameValue(const std::string& key, const std::string& now, const std::stri
 }
 
 }  // namespace
+
+std::string whyStopped(const RemoteClient& client) {
+  const auto process = stoppedProcessAt(client.descriptor());
+  if (!process) return "";
+  return "the host is stopped; `kill -CONT " + std::to_string(*process) + "` resumes it";
+}
 
 std::optional<std::string> otherValue(RemoteClient& control, const Json& request,
                                       const Json& answer, std::chrono::milliseconds limit) {

@@ -15,6 +15,9 @@ class Session;
 // What a user would ask next, asked at the control socket. Thread: the caller's. Failure: without
 // an answer there is no explanation; HostGone.
 
+// That the host is stopped, and what resumes it. Empty: it is not.
+[[nodiscard]] std::string whyStopped(const RemoteClient& client);
+
 // The value that the key of a `set` has, if it is not the one that was meant: a value may be stored
 // in another form, and a time may be an hour off.
 [[nodiscard]] std::optional<std::string> otherValue(RemoteClient& control, const Json& request,

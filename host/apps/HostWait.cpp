@@ -4,6 +4,7 @@
 #include <string>
 #include <thread>
 
+#include "apps/Explanation.h"
 #include "apps/TimeLimit.h"
 #include "remote/RemoteClient.h"
 #include "verbs/TimeText.h"
@@ -18,17 +19,18 @@ using std::chrono::milliseconds;
 constexpr milliseconds kFirstPause{5};
 constexpr milliseconds kLongestPause{100};
 
-// A host accepts connections before it answers.
-bool answers(const std::filesystem::path& socket, bool control, milliseconds limit) {
-  RemoteClient client(socket);
+bool answers(RemoteClient& client, bool control, milliseconds limit) {
   if (control) return client.control(R"({"verb":"clock","action":"show"})", limit).has_value();
   Method method("getTime", Method::call);
   return client.call(method, limit).has_value();
 }
 
-// Empty: it answers. Otherwise why not.
+// Empty: it answers. Otherwise why not: a host accepts connections before it answers.
 std::string tryHost(const std::filesystem::path& socket, bool control, milliseconds limit) try {
-  return answers(socket, control, limit) ? "" : "the host at " + socket.string() + " is busy";
+  RemoteClient client(socket);
+  if (answers(client, control, limit)) return "";
+  std::string stopped = whyStopped(client);
+  return stopped.empty() ? "the host at " + socket.string() + " is busy" : stopped;
 } catch (const NoHost& error) {
   return error.what();
 } catch (const HostGone& error) {

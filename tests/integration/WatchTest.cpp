@@ -119,7 +119,7 @@ TEST_F(StartingHost, IsWaitedForWhileItDoesNotAnswer) {
   start();
   program().signal(SIGSTOP);
   expectOneLine(ctl({"wait-host", "0.05s"}), 3,
-                {"no host answered within 0.05 s; the host at ", " is busy"});
+                {"no host answered within 0.05 s; the host is stopped; `kill -CONT "});
   const auto wait = startCtl({"wait-host"});
   program().signal(SIGCONT);
   EXPECT_EQ(wait->wait().status, 0);
