@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -38,8 +39,7 @@ constexpr milliseconds kCallLimit = std::chrono::seconds(2);
 constexpr milliseconds kControlLimit = std::chrono::seconds(5);  // may wait 1 s for a name server
 constexpr milliseconds kMoveLimit = std::chrono::seconds(60);    // advancing a year takes a while
 constexpr milliseconds kHostLimit = std::chrono::seconds(30);    // of `wait-host` alone
-
-constexpr milliseconds kRefresh = std::chrono::seconds(1);  // of `status --watch`
+constexpr milliseconds kRefresh = std::chrono::seconds(1);       // of `status --watch`
 
 // The host refused a request, or did not answer it.
 struct Refusal : std::runtime_error {
@@ -58,10 +58,10 @@ void requireEnd(const Verb& verb, const Json& request, const ClockCtlOptions& op
   using Route = Verb::Route;
   const bool waits = verb.route == Route::watch || verb.route == Route::record;
   const bool isLimited = request.value("count", 0) > 0 || request.value("for", std::int64_t{0}) > 0;
-  const bool follows = verb.route == Route::stream || request.value("follow", false);
+  const bool follows = verb.route == Route::stream || request.value("follow", false) ||
+                       request.value("watch", false);
   const std::string name(verb.name);
   if (waits && !isLimited) throw UsageError(name + " would not end here; write --count or --for");
-  if (request.value("watch", false)) throw UsageError(name + " --watch would not end here");
   if (follows && !options.timeout) {
     throw UsageError(name + " would not end here; `clockctl --timeout SECONDS` ends it");
   }
@@ -216,18 +216,20 @@ class Command {
                   " cannot be written; name a file in a folder that you may write to");
   }
 
-  // The answer every second, on a terminal in the place of the one before.
+  // The answer every second, on a terminal in the place of the one before; without end, or for the
+  // time that was asked for.
   void repeat() {
+    const TimeLimit whole(m_options.timeout);
     m_request.erase("watch");
     const bool replaces = !m_options.json && ::isatty(STDOUT_FILENO) == 1;
-    for (;;) {
+    do {
       const Json answer = ask();
       if (replaces) m_out << "\033[H\033[2J";
       print(answer);
       if (!replaces && !m_options.json) m_out << '\n';
       if (!m_out.flush()) return;
-      std::this_thread::sleep_for(kRefresh);
-    }
+      std::this_thread::sleep_for(std::min(kRefresh, whole.left()));
+    } while (!whole.over());
   }
 
   Json ask() {
@@ -255,7 +257,9 @@ class Command {
         static_cast<void>(checked(item->json));
         return;
       }
-      print(objectIn(item->json));
+      const Json answer = objectIn(item->json);
+      print(answer);
+      if (answer.contains("begin")) m_err << "ready" << std::endl;  // no later frame is missed
     }
     if (m_out && !whyStopped(client()).empty()) noReply();
   }

@@ -78,6 +78,13 @@ void printLogEntry(const Json& entry, std::ostream& out) {
   out << '\n';
 }
 
+void printEventTime(const Json& event, std::ostream& out) {
+  for (const char* const name : {"utc", "local"}) {
+    const std::string time = memberText(event, name);
+    if (!time.empty()) out << ' ' << name << '=' << time;
+  }
+}
+
 }  // namespace
 
 std::string memberText(const Json& object, const char* name) {
@@ -129,10 +136,7 @@ void printEvent(const Json& event, std::ostream& out) {
   for (const auto& [name, value] : parameters.items()) {
     out << ' ' << oneLine(name) << '=' << textOf(value);
   }
-  for (const char* const name : {"utc", "local"}) {
-    const std::string time = memberText(event, name);
-    if (!time.empty()) out << ' ' << name << '=' << time;
-  }
+  printEventTime(event, out);
   out << std::endl;  // flushed, so that readers of a pipe see it at once
 }
 
@@ -216,6 +220,7 @@ void printFrame(const Json& entry, std::ostream& out) {
     const std::string text = memberText(entry, name);
     if (!text.empty()) out << ' ' << text;
   }
+  printEventTime(entry, out);
   if (isTrue(entry, "clipped")) out << ' ' << memberText(entry, "bytes") << " bytes";
   if (isTrue(entry, "undecodable")) out << " undecodable";
   if (entry.contains("lost")) out << " (" << memberText(entry, "lost") << " frames lost before)";

@@ -6,6 +6,7 @@
 
 #include "integration/OneLine.h"
 #include "integration/RestartableHost.h"
+#include "support/Becomes.h"
 
 namespace integration {
 namespace {
@@ -89,6 +90,24 @@ TEST_F(Watched, HasALogThatIsFollowedForTheTimeout) {
   expectOneLine(host.ctl({"log", "--follow", "--timeout", "0.01"}), 1,
                 {"no reply within 0.01 s; the host is stopped; `kill -CONT "});
   host.program().signal(SIGCONT);
+}
+
+TEST_F(Watched, HasAStatusThatIsWatchedForTheTimeout) {
+  const Outcome watched = host.ctl({"--json", "status", "--watch", "--timeout", "1"});
+  EXPECT_EQ(watched.status, 0) << watched.err;
+  EXPECT_TRUE(watched.out.starts_with(R"({"ok":true,"shown":)")) << watched.out;
+}
+
+TEST_F(Watched, HasFramesWithTheTimeOfEventsOnceTheMonitorIsReady) {
+  const auto monitor = ready({"monitor"});
+  const auto watch = ready({"watch", "--count", "1"});
+  EXPECT_EQ(host.ctl({"clock", "next"}).status, 0);
+  EXPECT_EQ(watch->wait().status, 0);
+  const std::string time = " utc=2026-01-15T13:00:00Z local=2026-01-15T08:00:00-05:00\n";
+  EXPECT_TRUE(support::becomesTrue([&] { return monitor->out().find(time) != std::string::npos; }))
+      << monitor->out();
+  monitor->signal(SIGTERM);
+  EXPECT_EQ(monitor->wait().err, "ready\n");
 }
 
 class StartingHost : public ::testing::Test, protected RestartableHost {};

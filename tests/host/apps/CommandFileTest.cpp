@@ -104,7 +104,7 @@ TEST_F(CommandFiles, RefuseCommandsThatDoNotEnd) {
       {"record x", "record would not end here; write --count or --for"},
       {"monitor", "monitor would not end here; `clockctl --timeout SECONDS` ends it"},
       {"log --follow", "log would not end here; `clockctl --timeout SECONDS` ends it"},
-      {"status --watch", "status --watch would not end here"},
+      {"status --watch", "status would not end here; `clockctl --timeout SECONDS` ends it"},
   };
   for (const auto& [line, error] : rows) {
     write(line);
@@ -115,8 +115,10 @@ TEST_F(CommandFiles, RefuseCommandsThatDoNotEnd) {
     write(line);
     EXPECT_EQ(run().status, 3) << line;
   }
-  write("log --follow");
-  EXPECT_EQ(run({"--timeout", "1"}).status, 3);
+  for (const char* const line : {"log --follow", "status --watch"}) {
+    write(line);
+    EXPECT_EQ(run({"--timeout", "1"}).status, 3) << line;
+  }
 }
 
 }  // namespace
