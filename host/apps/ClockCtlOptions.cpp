@@ -13,7 +13,9 @@
 namespace host {
 namespace {
 
-constexpr double kLongestTimeout = 86400;  // seconds
+using std::chrono::milliseconds;
+
+constexpr std::chrono::hours kLongestTimeout{24};
 
 constexpr ExitStatus kStatuses[] = {
     {0, "done"},
@@ -22,16 +24,21 @@ constexpr ExitStatus kStatuses[] = {
     {3, "no host at the socket"},
 };
 
+// A number of seconds, or a duration.
+std::optional<milliseconds> parseTimeout(const std::string& text) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return parseRealDuration(text);
+  const std::chrono::duration<double> seconds(number);
+  if (!(number > 0) || seconds > kLongestTimeout) return std::nullopt;
+  return std::chrono::ceil<milliseconds>(seconds);
+}
+
 std::string takeTimeout(const std::string& text, ClockCtlOptions& options) {
-  double seconds = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || !(seconds > 0) ||
-      seconds > kLongestTimeout) {
-    return quotedText(text) + " is not a number of seconds: more than 0, up to 86400";
-  }
-  options.timeout =
-      std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(seconds));
-  return "";
+  options.timeout = parseTimeout(text);
+  if (options.timeout && *options.timeout <= kLongestTimeout) return "";
+  return quotedText(text) + " is not a number of seconds, more than 0 and up to 86400, or a " +
+         "duration: " + std::string(kRealDurationForms);
 }
 
 std::string takeWaitHost(const std::string& text, ClockCtlOptions& options) {
@@ -66,7 +73,7 @@ OptionParser clockCtlOptionParser(ClockCtlOptions& options) {
       .shownDefault = "--socket with \".control\" appended";
   parser.addFlag("--json", "Print answers and errors as JSON, one object on each line",
                  options.json);
-  parser.add({"--timeout", "SECONDS", "How long to wait for a reply",
+  parser.add({"--timeout", "SECONDS", "How long to wait for a reply; also a duration, as 15m",
               [&](const std::string& text) { return takeTimeout(text, options); },
               "2 for call, watch and wait, 60 for clock advance and to, else 5"});
   parser.add({"--wait-host", "DURATION", "First wait for a host that is starting, up to that long",
@@ -97,6 +104,9 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
   } else if (request == OptionParser::Request::help) {
     out << helpFor(parser, verb);
   } else if (!verb.empty() && verb.front() == "help") {
+    if (verb.size() > 2) {
+      throw UsageError(quotedText(verb[2]) + " is one word too many (usage: help [VERB])");
+    }
     out << helpFor(parser, verb.subspan(1));
   } else {
     requireOneSource(parser, options);

@@ -59,7 +59,7 @@ std::string takeReadyDescriptor(const std::string& text, int& descriptor) {
   if (!number)
     return quotedText(text) + " is not the number of a descriptor, as in `--ready-fd 3 3>FILE`";
   descriptor = *number;
-  return checkReadyDescriptor(descriptor);
+  return "";
 }
 
 std::string takeProgram(const std::string& text, HostOptions& options) {
@@ -217,11 +217,11 @@ void requireConsistent(const OptionParser& parser, const HostOptions& options) {
   if (options.systemClock && options.speed != 1) {
     throw UsageError("--clock system runs at speed 1; leave --speed out");
   }
-  if (options.scenarios.files.empty()) {
-    requireScenarios(parser);
-  } else {
-    requireForScenarios(parser, options);
-  }
+  if (!options.scenarios.files.empty()) return requireForScenarios(parser, options);
+  requireScenarios(parser);
+  if (!parser.given("--ready-fd")) return;
+  const std::string error = checkReadyDescriptor(options.readyDescriptor);
+  if (!error.empty()) throw UsageError("--ready-fd: " + error);
 }
 
 }  // namespace

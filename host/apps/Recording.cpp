@@ -137,7 +137,7 @@ class Monitor {
 void follow(const Json& request, TerminationSignals& signals, Monitor& monitor,
             ScenarioRecorder& recorder) {
   const std::size_t count = request.at("count");
-  const std::chrono::seconds wanted(request.at("for").get<std::int64_t>());
+  const milliseconds wanted(request.at("for").get<std::int64_t>());
   const TimeLimit limit(wanted.count() > 0 ? std::optional<milliseconds>(wanted) : std::nullopt);
   for (;;) {
     while (const auto item = monitor.next(milliseconds(0))) {

@@ -141,7 +141,7 @@ std::string actionUsage(const Verb& verb, const VerbAction& action) {
 std::vector<WordForm> wordForms() {
   std::vector<WordForm> forms = {
       {"X", std::string(kSpeedForms) + ": virtual seconds in each real second"},
-      {"DURATION", std::string(kDurationForms) + ", up to a century"},
+      {"DURATION", std::string(kDurationForms) + ", or exactly `2.5s`, up to a century"},
       {"UTC", std::string(kInstantForms)},
       {"TIME", std::string(kLocalForms) + ", in the telephone's zone"}};
   for (const Landmark& landmark : landmarks()) {

@@ -56,7 +56,7 @@ inline constexpr Verb kVerbs[] = {
      Verb::Route::call},
     {"get", "read a management value", printValue, {kKey}},
     {"set",
-     "write a management value; `time` takes UTC or `local TIME`",
+     "write a management value; `time` takes UTC or `local TIME`, in the years 1970-2037",
      printNothing,
      {VerbWord{"KEY VALUE", nullptr, readSetting}}},
     {"reset", "restore the device's default date and time formats", printNothing},

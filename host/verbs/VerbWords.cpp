@@ -73,6 +73,13 @@ Json readDuration(WordReader& words, std::string_view) {
   return duration->count();
 }
 
+std::int64_t readRealDuration(WordReader& words) {
+  const std::string& word = words.next("DURATION");
+  const auto limit = parseRealDuration(word);
+  if (!limit) words.failForm(word, "a duration", kRealDurationForms);
+  return limit->count();
+}
+
 Json readAdvance(WordReader& words, std::string_view) {
   const std::string word = words.restAsText();
   if (const auto duration = parseDuration(word)) return {{"seconds", duration->count()}};
@@ -90,10 +97,7 @@ Json readRecord(WordReader& words, std::string_view) {
       if (count < 1) WordReader::fail("N is the number of steps to record, 1 or more");
       request["count"] = count;
     } else if (words.accept("--for")) {
-      const std::string word = words.next("DURATION");
-      const auto duration = parseDuration(word);
-      if (!duration || duration->count() < 1) words.failForm(word, "a duration", kDurationForms);
-      request["for"] = duration->count();
+      request["for"] = readRealDuration(words);
     } else {
       words.end();
     }
@@ -158,6 +162,7 @@ Json readUpcoming(WordReader& words, std::string_view) {
       wanted["until"] = instant->count();
     } else if (words.accept("--plot")) {
       wanted["plot"] = readText(words, "FILE");
+      if (wanted["plot"] == "") WordReader::fail("--plot: the path is empty; name a file");
     } else {
       wanted.update(readMost(words, "N"));
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "verbs/Json.h"
@@ -29,9 +30,10 @@ inline constexpr int kMostRows = 1000;
 [[nodiscard]] Json readInstant(WordReader& words, std::string_view usage);   // seconds since 1970
 // {"seconds": N} as readInstant, or {"local": TEXT} after the word `local`
 [[nodiscard]] Json readInstantOrLocal(WordReader& words, std::string_view usage);
+[[nodiscard]] std::int64_t readRealDuration(WordReader& words);  // milliseconds
 // {"seconds": N}, or {"microseconds": N} for a text with a fraction, as "2.5s"
 [[nodiscard]] Json readAdvance(WordReader& words, std::string_view usage);
-// {"count": N, "for": SECONDS, "overwrite": BOOL}; 0: no limit
+// {"count": N, "for": MILLISECONDS, "overwrite": BOOL}; 0: no limit
 [[nodiscard]] Json readRecord(WordReader& words, std::string_view usage);
 // {"events": [NAME, ...], "where": {NAME: VALUE, ...}, "count": N, "for": MILLISECONDS}; 0: no
 // limit

@@ -19,13 +19,6 @@ namespace {
 constexpr std::string_view kWatchOptions[] = {"--where", "--count", "--for"};
 constexpr std::string_view kWaitOptions[] = {"--where", "--for"};
 
-std::int64_t readLimit(WordReader& words) {
-  const std::string& word = words.next("DURATION");
-  const auto limit = parseRealDuration(word);
-  if (!limit) words.failForm(word, "a duration", kRealDurationForms);
-  return limit->count();
-}
-
 int readNumber(WordReader& words) {
   const int count = words.integer("N");
   if (count < 1) WordReader::fail("N is the number of events to wait for, 1 or more");
@@ -96,7 +89,7 @@ Json readEvents(WordReader& words, std::span<const std::string_view> options) {
     const std::string& option = words.choice(options);
     if (option == "--where") readWhere(words, request["where"]);
     if (option == "--count") request["count"] = readNumber(words);
-    if (option == "--for") request["for"] = readLimit(words);
+    if (option == "--for") request["for"] = readRealDuration(words);
   }
   requireParameters(request["events"], request["where"]);
   return request;
@@ -118,7 +111,7 @@ Json readWait(WordReader& words, std::string_view) {
 }
 
 Json readHostLimit(WordReader& words, std::string_view) {
-  return words.done() ? Json::object() : Json{{"for", readLimit(words)}};
+  return words.done() ? Json::object() : Json{{"for", readRealDuration(words)}};
 }
 
 }  // namespace host

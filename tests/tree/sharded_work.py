@@ -64,6 +64,8 @@ def merges(tool):
     both = [tool.shard(1, 2), tool.shard(2, 2)]
     other = tool.folder / "other"
     other.write_text("{}\n")
+    prose = tool.folder / "prose"
+    prose.write_text("# Clock\n")
     return [
         ([tool.shard(1, 1)], 0, "numbers: 5 of 5 cases, 5 passed"),
         (both, 0, "numbers: 5 of 5 cases, 5 passed"),
@@ -73,8 +75,9 @@ def merges(tool):
         ([both[0], both[0]], 2, "in two files"),
         ([both[0], tool.shard(2, 3)], 2, "the others are"),
         ([both[0], tool.shard(2, 2, cases=6)], 2, "the others are"),
-        ([str(tool.folder / "none")], 2, "No such file"),
-        ([str(other)], 2, "not a file of results"),
+        ([str(tool.folder / "none")], 2, "none cannot be read: No such file"),
+        ([str(other)], 2, "other is not a file of results"),
+        ([str(prose)], 2, "prose is not a file of results"),
     ]
 
 

@@ -150,10 +150,12 @@ def read(path):
     try:
         with open(path, encoding="utf-8") as file:
             lines = [json.loads(line) for line in file if line.endswith("\n")]
-    except (OSError, ValueError) as error:
-        raise WrongFiles(f"{path}: {error}") from None
+    except OSError as error:
+        raise WrongFiles(f"{path} cannot be read: {error.strerror}") from None
+    except ValueError:
+        lines = []
     if not lines or not isinstance(lines[0], dict) or not {"work", "shard", "of"} <= lines[0].keys():
-        raise WrongFiles(f"{path}: not a file of results")
+        raise WrongFiles(f"{path} is not a file of results; --results FILE writes one")
     return lines
 
 

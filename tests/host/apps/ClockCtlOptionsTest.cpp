@@ -41,7 +41,8 @@ TEST(ClockCtlOptions, HaveDefaults) {
 TEST(ClockCtlOptions, MayComeBeforeOrAfterTheVerb) {
   for (const char* const line :
        {"--json --socket /s --timeout 0.5 get time", "get time --json --socket /s --timeout 0.5",
-        "--socket=/s get --json time --timeout=0.5"}) {
+        "--socket=/s get --json time --timeout=0.5",
+        "--json --socket /s --timeout 0.5s get time"}) {
     const auto options = read(line);
     EXPECT_EQ(options->socket, "/s") << line;
     EXPECT_TRUE(options->json) << line;
@@ -108,7 +109,7 @@ TEST(ClockCtlOptions, WrongOptionsAreUsageErrors) {
        {"--jsno get time", "--socket", "--timeout 0 get time", "--timeout -1 get time",
         "--timeout x get time", "--timeout 86401 get time", "--timeout nan get time",
         "get time --timeout", "--timeout= get time", "--timeout '' get time",
-        "--timeout 1s get time", "--json=false get time", "--wait-host keys", "--wait-host 5 keys",
+        "--timeout 25h get time", "--json=false get time", "--wait-host keys", "--wait-host 5 keys",
         "--wait-host 0s keys", "--wait-host= keys", "keys --wait-host"}) {
     EXPECT_THROW(static_cast<void>(read(line)), UsageError) << line;
   }

@@ -39,7 +39,7 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "  get KEY\n"
       "      read a management value\n"
       "  set KEY VALUE\n"
-      "      write a management value; `time` takes UTC or `local TIME`\n"
+      "      write a management value; `time` takes UTC or `local TIME`, in the years 1970-2037\n"
       "  reset\n"
       "      restore the device's default date and time formats\n"
       "  keys [KEY]\n"
@@ -100,7 +100,8 @@ TEST(Verb, HelpIsWrittenForPeople) {
       "\n"
       "Words:\n"
       "  X is `0` (paused), `1`, `0.5`, `3600` or `max`: virtual seconds in each real second\n"
-      "  DURATION is `90s`, `15m`, `1h30m`, `1d` or `00:30:00`, up to a century\n"
+      "  DURATION is `90s`, `15m`, `1h30m`, `1d` or `00:30:00`, or exactly `2.5s`, up to a "
+      "century\n"
       "  UTC is `2026-03-08T06:59:50Z` or `2026-03-08T06:59:50+00:00`, in the years 1970-2199\n"
       "  TIME is `2026-03-08 01:59:50`, in the years 1970-2199, in the telephone's zone\n"
       "  hour is the next full hour\n"
@@ -171,7 +172,9 @@ TEST(Verb, WordsBecomeRequests) {
       {"clock advance 2.5s", R"({"verb":"clock","action":"advance","microseconds":2500000})"},
       {"record a", R"({"verb":"record","file":"a","count":0,"for":0,"overwrite":false})"},
       {"record a --overwrite --for 2m --count 3",
-       R"({"verb":"record","file":"a","count":3,"for":120,"overwrite":true})"},
+       R"({"verb":"record","file":"a","count":3,"for":120000,"overwrite":true})"},
+      {"record a --for 0.2s",
+       R"({"verb":"record","file":"a","count":0,"for":200,"overwrite":false})"},
       {"monitor", R"({"verb":"monitor"})"},
   };
   for (const auto& [words, request] : accepted) EXPECT_EQ(requestFor(words), request) << words;
