@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 constexpr std::chrono::hours kLongestTimeout{24};
 
 constexpr ExitStatus kStatuses[] = {
-    {0, "done"},
+    {0, "done; also a call that is answered with false, on which a scenario fails"},
     {1, "refused, no reply, or standard output could not be written"},
     {2, "wrong command line"},
     {3, "no host at the socket"},

@@ -120,10 +120,11 @@ TEST(ClockCtlOptions, HelpListsOptionsAndVerbs) {
   EXPECT_EQ(readClockCtlOptions(Words{"--help"}, "/default", out), std::nullopt);
   for (const char* const part :
        {"Usage: clockctl [OPTIONS] VERB [ARGUMENTS]\n", "-h, --help ", "--version ",
-        "\nExit status:\n  0  done\n", "\n  3  no host", "--socket FILE ", "(default: /default)\n",
-        "--control-socket FILE ", "--json ", "--timeout SECONDS ", "--wait-host DURATION ",
-        "60 for clock advance and to, else 5)\n", "\nVerbs:\n  call METHOD",
-        "\n      clock to hour|midnight|dst|leap-day|2038  ", "\nWords:\n", "\n  UTC is "}) {
+        "\nExit status:\n  0  done; also a call that is answered with false", "\n  3  no host",
+        "--socket FILE ", "(default: /default)\n", "--control-socket FILE ", "--json ",
+        "--timeout SECONDS ", "--wait-host DURATION ", "60 for clock advance and to, else 5)\n",
+        "\nVerbs:\n  call METHOD", "\n      clock to hour|midnight|dst|leap-day|2038  ",
+        "\nWords:\n", "\n  UTC is "}) {
     EXPECT_NE(out.str().find(part), std::string::npos) << part << '\n' << out.str();
   }
   std::ostringstream byWord;
