@@ -38,7 +38,7 @@ make_tarball() {
 
 # In a copy of this machine's root, which is kept in memory and is gone afterwards
 try_packages() {
-  as_root unshare --mount --pid --fork --kill-child \
+  as_root unshare --mount --propagation unchanged --pid --fork --kill-child \
     bash "$CLOCK_TREE/tools/package/root.sh" "$folder" "$CLOCK_TREE"
 }
 

@@ -6,6 +6,8 @@ folder=$1 tree=$2
 memory=$folder/memory
 root=$memory/root
 
+# A changed root that is no mount point, as that of ./dev fresh, is private already.
+mount --make-rprivate / 2>/dev/null || true
 mkdir "$memory"
 mount -t tmpfs tmpfs "$memory"
 mkdir "$memory"/{changes,work} "$root"
