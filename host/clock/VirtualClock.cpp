@@ -67,8 +67,13 @@ Nanoseconds VirtualClock::uptime() const {
   return now();
 }
 
+// A step back into another second would show another time.
 Nanoseconds VirtualClock::Reading::moment() const {
-  return due ? std::max(uptime - kBeforeDue, Nanoseconds::zero()) : uptime;
+  using std::chrono::seconds;
+  const bool stays =
+      std::chrono::floor<seconds>(wall - kBeforeDue) == std::chrono::floor<seconds>(wall) &&
+      std::chrono::floor<seconds>(uptime - kBeforeDue) == std::chrono::floor<seconds>(uptime);
+  return due && stays ? uptime - kBeforeDue : uptime;
 }
 
 VirtualClock::Reading VirtualClock::reading() const {

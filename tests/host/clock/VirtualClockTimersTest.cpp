@@ -46,17 +46,21 @@ TEST_F(PausedClock, KnowsThisThreadsFirstAct) {
 }
 
 // Time stands at a timer that the framework thread has yet to deliver.
-TEST_F(PausedClock, AnActAtATimerThatIsDueIsBeforeIt) {
-  startedTimer(1s);
+TEST_F(PausedClock, AnActAtATimerThatIsDueIsBeforeItInTheSameSecond) {
+  startedTimer(1500ms);
   m_clock.setSpeed(1);
   passRealTime(2s);
   EXPECT_TRUE(m_clock.reading().due);
-  EXPECT_EQ(m_clock.reading().moment(), 1s - 10us);
+  EXPECT_EQ(m_clock.reading().moment(), 1500ms - 10us);
   VirtualClock::forgetActs();
   EXPECT_TRUE(m_clock.setWall(90s));
-  EXPECT_EQ(VirtualClock::firstAct(), 1s - 10us);
+  EXPECT_EQ(VirtualClock::firstAct(), 1500ms - 10us);
   EXPECT_EQ(m_clock.runDue(1), 1U);
   EXPECT_FALSE(m_clock.reading().due);
+  startedTimer(1s);
+  passRealTime(2s);
+  EXPECT_TRUE(m_clock.reading().due);
+  EXPECT_EQ(m_clock.reading().moment(), 3s);
 }
 
 TEST_F(PausedClock, DropsADueExpiryThatAnOwnerDisarms) {
