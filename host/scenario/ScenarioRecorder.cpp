@@ -57,7 +57,7 @@ ScenarioRecorder::ScenarioRecorder(const RecordedStart& start, Write write)
   begin(start);
 }
 
-// The saved time comes a second before the begin. In that second the zone is applied, which arms
+// The saved time comes two seconds before the begin. The zone is applied between them, which arms
 // the timers.
 void ScenarioRecorder::begin(const RecordedStart& start) {
   const Json& device = start.device;
@@ -69,7 +69,7 @@ void ScenarioRecorder::begin(const RecordedStart& start) {
   setup("software-type", device.at("softwareType"));
   setup("mac", device.at("mac"));
   if (device.at("network") == "up") setup("network", "up");
-  const std::string before = instantText(std::max(now - seconds(1), seconds(0)));
+  const std::string before = instantText(std::max(now - seconds(2), seconds(0)));
   setup("at", before);
   // A time set by hand changes with the whole seconds of the uptime, so they must be at the same
   // place between those of the wall clock.
@@ -77,8 +77,9 @@ void ScenarioRecorder::begin(const RecordedStart& start) {
     m_write("clock advance " + exactDurationText(part));
     m_write(lineOf({"clock", "jump", before}));
   }
+  m_write("clock advance 0.999s");  // the zone is applied 1 ms after its sets, at a full second
   for (const auto& [key, reply] : start.replies) beginWith(key, reply);
-  m_write("clock advance 1s");
+  m_write("clock advance 1.001s");
   m_write(lineOf({"clock", "jump", instantText(now)}));
   if (device.value("followsClock", true)) return;
   // Twice: the first set may change daylight saving, which moves the time by an hour.
