@@ -95,9 +95,10 @@ void ClockUtils::convertTimeStructToTimeString(tm& utc, std::string& text) {
 bool NetHelper::dnsLookup(const char* name, char* buffer, int size, int family) {
   std::array<unsigned char, sizeof(in6_addr)> address{};
   for (const int candidate : {AF_INET, AF_INET6}) {
-    if ((family == 0 || family == candidate) && inet_pton(candidate, name, address.data()) == 1)
+    if ((family == 0 || family == candidate) && inet_pton(candidate, name, address.data()) == 1) {
       return inet_ntop(candidate, address.data(), buffer,
                        static_cast<socklen_t>(std::max(size, 0))) != nullptr;
+    }
   }
   return false;
 }

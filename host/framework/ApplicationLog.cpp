@@ -73,9 +73,9 @@ LogSink::~LogSink() {
 }
 
 void LogSink::takeUpTo(int level) noexcept {
-  const auto isDetailed = [](int own) { return own != kDefault && own >= kLogInfo; };
+  const auto isDetailed = [](int own) { return own != kDefault && own >= kLogInfo ? 1 : 0; };
   const int before = m_level.exchange(level, std::memory_order_relaxed);
-  ApplicationLog::instance().m_detailedSinks += int{isDetailed(level)} - int{isDetailed(before)};
+  ApplicationLog::instance().m_detailedSinks += isDetailed(level) - isDetailed(before);
 }
 
 bool LogSink::takes(const LogEntryView& entry) const noexcept {

@@ -161,8 +161,9 @@ Json readUpcoming(WordReader& words, std::string_view) {
       if (!instant) words.failForm(word, "an instant", kInstantForms);
       wanted["until"] = instant->count();
     } else if (words.accept("--plot")) {
-      wanted["plot"] = readText(words, "FILE");
-      if (wanted["plot"] == "") WordReader::fail("--plot: the path is empty; name a file");
+      const std::string file = readText(words, "FILE");
+      if (file.empty()) WordReader::fail("--plot: the path is empty; name a file");
+      wanted["plot"] = file;
     } else {
       wanted.update(readMost(words, "N"));
     }

@@ -48,9 +48,11 @@ TEST(ClockCtlProgram, SaysOfAHostThatItWaitsForThatItIsStopped) {
   RunningHost host;
   host.program().signal(SIGSTOP);
   const std::string resume = "`kill -CONT " + std::to_string(host.program().id()) + "` resumes it";
-  for (const Words& words : {Words{"wait-host", "0.05s"}, {"--wait-host", "0.05s", "get", "time"}})
+  for (const Words& words :
+       {Words{"wait-host", "0.05s"}, {"--wait-host", "0.05s", "get", "time"}}) {
     expectOneLine(host.ctl(words), 3,
                   {"no host answered within 0.05 s; the host is stopped; " + resume});
+  }
   host.program().signal(SIGCONT);
   EXPECT_EQ(host.ctl({"wait-host"}).status, 0);
 }

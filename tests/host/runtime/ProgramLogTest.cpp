@@ -95,7 +95,7 @@ TEST_F(LoggedPrograms, ChooseTheLevelByAPriority) {
 }
 
 TEST_F(LoggedPrograms, ArePrintedOnOneLine) {
-  write(std::string("a\0\x1B[31m\xFF \xC3\xA9\n", 13));
+  write(std::string("a\0\x1B[31m\xFF \xC3\xA9\n", 12));
   EXPECT_EQ(said(), Texts{"a\\x00\\x1B[31m\\xFF \xC3\xA9"});
 }
 
