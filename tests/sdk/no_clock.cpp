@@ -1,4 +1,6 @@
 // A library with the factory of the plug-in, and no clock.
-extern "C" void* createClockService() {
+class Service;
+
+extern "C" Service* createClockService() {
   return nullptr;
 }
