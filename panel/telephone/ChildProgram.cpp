@@ -9,8 +9,8 @@
 #include <array>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 
-#include "base/DefaultPaths.h"
 #include "base/Error.h"
 #include "base/PrintableText.h"
 
@@ -106,7 +106,7 @@ bool ChildProgram::readSome(Deadline deadline) {
 }
 
 std::filesystem::path programFolder() {
-  return host::defaultPaths().standIns;
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }
 
 }  // namespace panel

@@ -119,6 +119,12 @@ class Requests(unittest.TestCase):
         body = json.dumps({str(number): 1 for number in range(60000)})
         self.assertIn("more than 64 members", self.panel.ask("POST", "/request", body).text)
 
+    def test_a_scenario_does_not_include_files(self):
+        for line in ('include /etc/passwd', '"include" /etc/passwd', ' in"clude" /etc/passwd',
+                     '\ufeffinclude /etc/passwd', 'set time-format 1\n\tinclude /etc/passwd'):
+            answer = self.panel.ask("POST", "/replay", json.dumps({"scenario": line})).text
+            self.assertIn("cannot include files", answer, line)
+
     def test_a_telephone_that_does_not_exist_is_named(self):
         for number in (1, -1, 2**40):
             body = json.dumps({"telephone": number, "words": ["status"]})
