@@ -58,6 +58,7 @@ bool giveUpTheClock() {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC;
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1);
+  signal(SIGINT, SIG_DFL);  // a shell ignores it for what it starts in the background
   if (giveUpTheClock() && redirect(0, "/dev/null", O_RDONLY) && redirect(1, out, kFlags) &&
       redirect(2, err, kFlags)) {
     execv(arguments[0], arguments);
