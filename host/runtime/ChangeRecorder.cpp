@@ -67,7 +67,13 @@ std::string causeText() {
   return text;
 }
 
+thread_local std::uint64_t t_wallSets = 0;
+
 }  // namespace
+
+std::uint64_t wallSetsHere() {
+  return t_wallSets;
+}
 
 ChangeRecorder::ChangeRecorder(VirtualClock& clock, DataAccess& store, History& history)
     : m_clock(clock),
@@ -75,6 +81,7 @@ ChangeRecorder::ChangeRecorder(VirtualClock& clock, DataAccess& store, History& 
       m_history(history),
       m_knownAtZero(clock.wall() - clock.uptime()) {
   clock.onWallSet([this](Nanoseconds from, Nanoseconds to, Setter setter) {
+    ++t_wallSets;
     try {
       wallSet(from, to, setter);
     } catch (const std::exception&) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,9 @@ struct ClockOrigin {
   std::optional<std::string> report;      // of the NTP client, as it was saved
   VirtualClock::Nanoseconds reported{0};  // uptime of it
 };
+
+// How often the calling thread has set a telephone's wall clock.
+[[nodiscard]] std::uint64_t wallSetsHere();
 
 // Writes the changes of one telephone's clock, zone and settings to its history. It watches the
 // sets of the wall clock and the file setupTZ.sh, and forwards calls to the store. Owner: the

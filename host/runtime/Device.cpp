@@ -107,8 +107,7 @@ void Device::start(FrameworkContext& remote) {
   m_pipe = std::make_unique<ReportPipe>();
   presetSavedTime();
   m_remote = std::make_unique<RemoteSetRecorder>(remote, *m_securityLog);
-  m_invoker.reset(m_plugin.createInvoker());
-  m_invoker->initInvoker(m_remote.get());
+  m_invoker = m_remote->recorded(std::unique_ptr<Invoker>(m_plugin.createInvoker()));
   // A factory that returns null is refused now, and not when the first observer registers.
   const std::unique_ptr<Proxy> proxy(m_plugin.createProxy());
   m_service.reset(m_plugin.createService());

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <iterator>
 #include <optional>
 
+#include "Invoker.h"
 #include "MessageCodec.h"
 #include "Method.h"
 #include "base/Origin.h"
+#include "runtime/ChangeRecorder.h"
 #include "services/SecurityLog.h"
 
 namespace host {
@@ -32,16 +35,13 @@ const SetMethod* findSetMethod(const std::string& name) {
   return found == std::end(kSetMethods) ? nullptr : &*found;
 }
 
-// As in "Remote call setDate(29, 2, 2028)". A missing parameter is a question mark, and clears
-// `whole`.
-std::string textOf(const SetMethod& set, const Method& call, bool& whole) {
+// As in "Remote call setDate(29, 2, 2028)". A missing parameter is a question mark.
+std::string textOf(const SetMethod& set, const Method& call) {
   std::string words;
-  whole = true;
   for (const char* const name : set.parameters) {
     if (name == nullptr) break;
     int value = 0;
     const bool there = call.getIntParameter(name, value, Parameter::in);
-    whole = whole && there;
     words += (words.empty() ? "" : ", ") + (there ? std::to_string(value) : "?");
   }
   return "Remote call " + std::string(set.name) + '(' + words + ')';
@@ -55,8 +55,7 @@ class RemoteSetRecorder::Codec final : public MessageCodec {
   Codec(MessageCodec& codec, SecurityLog& log) : m_codec(codec), m_log(log) {}
 
   bool decode(std::iostream& stream, Method& method) override {
-    m_set = nullptr;
-    m_cause.reset();
+    end();
     if (!m_codec.decode(stream, method)) return false;
     m_set = findSetMethod(method.getName());
     if (m_set == nullptr) return true;
@@ -70,13 +69,20 @@ class RemoteSetRecorder::Codec final : public MessageCodec {
     m_codec.encode(method, stream);
   }
 
+  // Call it when the service has handled the call. Without a reply, only the clock shows what the
+  // service did.
+  void end() {
+    if (m_set != nullptr && m_set->result == nullptr) {
+      m_log.note(SecurityLog::Event::remoteSet, wallSetsHere() == m_wallSetsBefore, m_call);
+    }
+    m_set = nullptr;
+    m_cause.reset();
+  }
+
  private:
   void noteCall(const Method& call) {
-    bool whole = false;
-    m_call = textOf(*m_set, call, whole);
-    if (m_set->result != nullptr) return;
-    m_log.note(SecurityLog::Event::remoteSet, !whole, m_call);
-    m_set = nullptr;
+    m_call = textOf(*m_set, call);
+    m_wallSetsBefore = wallSetsHere();
   }
 
   void noteReply(const Method& reply) {
@@ -93,13 +99,44 @@ class RemoteSetRecorder::Codec final : public MessageCodec {
   SecurityLog& m_log;
   const SetMethod* m_set = nullptr;
   std::string m_call;
-  std::optional<CauseScope> m_cause;  // without a reply: until the next call
+  std::uint64_t m_wallSetsBefore = 0;
+  std::optional<CauseScope> m_cause;
+};
+
+class RemoteSetRecorder::RecordedInvoker final : public Invoker {
+ public:
+  RecordedInvoker(std::unique_ptr<Invoker> invoker, RemoteSetRecorder& recorder)
+      : m_invoker(std::move(invoker)), m_recorder(recorder) {}
+
+  void initInvoker(FrameworkContext* context) override { m_invoker->initInvoker(context); }
+
+  void handleMessage(Executable* executable, const char* message, int length,
+                     InvokerResponse* response) override try {
+    m_invoker->handleMessage(executable, message, length, response);
+    m_recorder.endCall();
+  } catch (...) {
+    m_recorder.endCall();
+    throw;
+  }
+
+ private:
+  const std::unique_ptr<Invoker> m_invoker;
+  RemoteSetRecorder& m_recorder;
 };
 
 RemoteSetRecorder::RemoteSetRecorder(FrameworkContext& remote, SecurityLog& log)
     : m_remote(remote), m_log(log) {}
 
 RemoteSetRecorder::~RemoteSetRecorder() = default;
+
+std::unique_ptr<Invoker> RemoteSetRecorder::recorded(std::unique_ptr<Invoker> invoker) {
+  invoker->initInvoker(this);
+  return std::make_unique<RecordedInvoker>(std::move(invoker), *this);
+}
+
+void RemoteSetRecorder::endCall() {
+  for (const auto& [name, codec] : m_codecs) codec->end();
+}
 
 MessageCodec* RemoteSetRecorder::getCodec(const std::string& name) {
   for (const auto& [known, codec] : m_codecs) {

@@ -107,6 +107,15 @@ TEST_F(RecordedTelephone, RecordsRemoteSetsWithTheirOutcome) {
              "accepted 6 Remote call setFallbackTime()"}));
 }
 
+// The service says so in its log alone, since the call has no reply.
+TEST_F(RecordedTelephone, RecordsASetThatATimeServerForbidsAsRefused) {
+  ask(R"({"verb":"set","key":"sntp-addr","value":"192.0.2.1"})");
+  call("setTimeInt", {{"setTime", 1893456000}});
+  call("getTime", {});
+  EXPECT_EQ(records().at(1), "refused 6 Remote call setTimeInt(1893456000)");
+  EXPECT_EQ(records().size(), 2U);
+}
+
 // Handles a call as RemoteServer and the loop do.
 class MovedTelephone : public RecordedTelephone {
  protected:
