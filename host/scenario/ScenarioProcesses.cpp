@@ -49,7 +49,10 @@ class Interruption {
     ::sigprocmask(SIG_BLOCK, &both, &m_mask);
     for (const int number : kSignals) std::signal(number, noteInterruption);
   }
-  ~Interruption() { restore(); }
+  ~Interruption() {
+    for (const int number : kSignals) std::signal(number, SIG_DFL);
+    unblock();
+  }
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
 
@@ -58,11 +61,10 @@ class Interruption {
     return ::ppoll(polled.data(), polled.size(), nullptr, &m_mask);
   }
 
-  // Also for a child process.
-  void restore() const {
-    for (const int number : kSignals) std::signal(number, SIG_DFL);
-    ::sigprocmask(SIG_SETMASK, &m_mask, nullptr);
-  }
+  // Also for a child process, which still only notes the two: Ctrl-C reaches it as well, and the
+  // runner, which ends it, would take its end for a failure. What it starts has the default
+  // actions.
+  void unblock() const { ::sigprocmask(SIG_SETMASK, &m_mask, nullptr); }
 
  private:
   static constexpr int kSignals[] = {SIGINT, SIGTERM};
@@ -95,7 +97,7 @@ class CommonFolder {
 
 // In the new process. It ends as a program does, with the destructors of all static objects.
 [[noreturn]] void runInChild(Plugin& plugin, const ScenarioCase& each, int output, pid_t runner) {
-  ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != runner) ::_exit(1);  // the runner ended before
   const std::string failure = runScenario(plugin, each.scenario, each.file);
   static_cast<void>(writeAll(output, failure));  // false: the runner is gone
@@ -115,7 +117,7 @@ class RunningCase {
     m_process = ::fork();
     if (m_process < 0) failStart();
     if (m_process != 0) return;
-    interruption.restore();
+    interruption.unblock();
     runInChild(plugin, each, input.get(), runner);
   }
   ~RunningCase() {

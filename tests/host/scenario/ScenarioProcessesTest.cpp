@@ -55,6 +55,16 @@ TEST_F(ScenarioProcesses, AProcessThatDiesIsAFailureOfItsScenarioAlone) {
   EXPECT_EQ(m_ended, 3);
 }
 
+// Ctrl-C reaches each process, and the runner decides what it means.
+TEST_F(ScenarioProcesses, AProcessLeavesAnInterruptionToTheRunner) {
+  m_cases.push_back(caseThat("interrupted", [] {
+    ::raise(SIGINT);
+    ::raise(SIGTERM);
+  }));
+  run({});
+  EXPECT_EQ(m_cases[0].failure, "");
+}
+
 // A case that runs already is finished.
 TEST_F(ScenarioProcesses, StartsNoFurtherCaseAfterAFailure) {
   for (int i = 0; i < 6; ++i) {
