@@ -3,12 +3,13 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "Promise.h"
+
 namespace conformance {
 namespace {
 
 [[noreturn]] void lack(const std::string& operation) {
-  throw std::logic_error("the adapter does not override " + operation +
-                         "(): implement it, or name this test in leftOut()");
+  throw std::logic_error(kLack + operation + "(): implement it, or name this test in leftOut()");
 }
 
 }  // namespace
@@ -29,7 +30,7 @@ std::filesystem::path Platform::plugin() {
   const char* const file = std::getenv("CLOCK_PLUGIN");  // NOLINT(concurrency-mt-unsafe)
   if (file == nullptr)
     throw std::runtime_error("no plug-in: name its file in the environment variable CLOCK_PLUGIN");
-  return file;
+  return std::filesystem::absolute(file);  // a name without a folder would be looked up elsewhere
 }
 
 void Platform::refuseSettings(bool /*refused*/) {

@@ -58,8 +58,8 @@ class Platform {
   // Returns when the changes of device values so far have been passed to the agents.
   virtual void settle() = 0;
 
-  // Switches the device off, at once, and on again. Only what was stored is left; the context and
-  // everything that came from it may be other objects.
+  // Switches the device off, at once, and on again. Only what was stored before is left, not what
+  // destructors store; the context and everything that came from it may be other objects.
   virtual void restart();
 
   // The folder in which Storage keeps its files.
@@ -98,8 +98,9 @@ class Platform {
   virtual std::vector<LogEntry> logEntries();
   virtual std::vector<std::string> systemLogTexts();
 
-  // Remote calls. serve: from now on, calls reach this service through this invoker, to which the
-  // kit has given remote(); its peers' proxies come from the factory. Both outlive the platform.
+  // Remote calls. serve: from now on until dropService, calls reach this service through this
+  // invoker, to which the kit has given remote(); its peers' proxies come from the factory. The
+  // service may be deleted after dropService; the invoker outlives the platform.
   virtual FrameworkContext& remote();
   virtual void serve(Executable& service, Invoker& invoker, std::function<Proxy*()> makeProxy);
   // The names under which remote() has codecs.
@@ -113,7 +114,8 @@ class Platform {
   // The client is gone. Returns when the framework has freed its proxy.
   virtual void disconnect(int client);
 
-  // Before a service is deleted: drops its management agents and its subscriptions to events.
+  // Before a service is deleted: drops its management agents, its subscriptions to events and its
+  // remote calls.
   virtual void dropService();
 
  protected:
@@ -125,6 +127,10 @@ struct LeftOut {
   std::string tests;
   std::string reason;
 };
+
+// How long a test may take, 1 s or more, before it counts as hung: the program then says which one,
+// and aborts. Default: five minutes. It holds for the tests that begin after the call.
+void setTimeLimit(std::chrono::seconds limit);
 
 // The integrator defines both.
 std::unique_ptr<Platform> makePlatform();

@@ -13,21 +13,21 @@
 namespace conformance {
 
 // A test of one promise of the header after which its file is named. It runs on a new platform.
+// When it takes longer than the limit, the program says so and aborts.
 class Promise : public testing::Test {
  protected:
+  Promise();
   ~Promise() override;
 
-  // The header's words that the test holds the platform to; printed when it fails.
+  // The header's words that the test holds the platform to; printed when it fails or does not end.
   void promises(const char* words, const char* source = __builtin_FILE());
 
-  // Created on first use.
-  Platform& platform();
+  Platform& platform() { return *m_platform; }
 
   void TearDown() override;
 
  private:
-  std::string m_header;
-  std::string m_words;
+  std::string m_promise;  // HEADER: "WORDS"
   std::unique_ptr<Platform> m_platform;
 };
 
@@ -41,9 +41,6 @@ bool becomesTrue(Condition condition, std::chrono::milliseconds limit = std::chr
   }
   return true;
 }
-
-// Long enough to see something happen that must not.
-inline constexpr std::chrono::milliseconds kMoment{20};
 
 // Calls the function on this thread and, at the same time, on another. Most faults that this
 // provokes show only under a thread sanitizer.
@@ -70,6 +67,9 @@ class ScratchFolder {
 
 // A file's content; empty without one.
 std::string contentOf(const std::filesystem::path& file);
+
+// Begins the message about a Platform operation that was called and is not overridden.
+inline constexpr const char* kLack = "the adapter does not override ";
 
 // Runs the tests, except those that leftOut() names, and prints what was left out and why. 0: all
 // passed. 2: leftOut() names a test that there is none of.

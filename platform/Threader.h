@@ -15,7 +15,8 @@ enum VotkThreadPriority : int {
 class Threader {
  public:
   // Starts body->run() on a new thread and stores its id (not 0) in *threadId before the body runs.
-  // stackBytes: the least; 0 is the platform's default. False, and *threadId untouched, on failure.
+  // stackBytes: the least; 0 is the platform's default. False, and *threadId untouched, on failure,
+  // as without a body or with a negative number of bytes.
   bool spawn(unsigned long* threadId, Threadable* body, const char* name,
              VotkThreadPriority priority, int stackBytes);
 

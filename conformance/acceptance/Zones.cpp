@@ -136,10 +136,12 @@ TEST_F(ZonesAcceptance, ZoneZeroHasNoChanges) {
 
 TEST_F(ZonesAcceptance, AreInTheScriptForOtherPrograms) {
   telephone();
-  for (const ZoneRow& zone : kZones) {
-    useZone(zone.id, zone.offset);
-    EXPECT_EQ(script(), std::string("#!/bin/sh\n\nexport TZ=") + zone.tz + "\n\n");
-  }
+  const auto expectScript = [this](const char* id, const char* offset, const std::string& tz) {
+    useZone(id, offset);
+    EXPECT_EQ(script(), "#!/bin/sh\n\nexport TZ=" + tz + "\n\n");
+  };
+  for (const ZoneRow& zone : kZones) expectScript(zone.id, zone.offset, zone.tz);
+  expectScript("0", "1", "LOC-2:00");
 }
 
 }  // namespace

@@ -62,7 +62,6 @@ class DataStoragePromise : public conformance::Promise {
 
 TEST_F(DataStoragePromise, IsEmptyAndRefusesWithoutItsService) {
   promises("False when there is none: reads are then empty and writes are refused.");
-  platform();
   NoServices context;
   DataStorage view(context, DASUtilsStrings::ClockSettingsSchema);
   EXPECT_FALSE(view.findDataAccessService());

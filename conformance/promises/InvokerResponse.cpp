@@ -27,6 +27,7 @@ TEST_F(InvokerResponsePromise, NamesTheCallingPeer) {
   const Client client = connect();
   const Client other = connect();
   replyTo(client, Method("again", Method::call));
+  ASSERT_FALSE(m_invoker.requests.empty());
   const std::string again = m_invoker.requests.back().address;
   EXPECT_FALSE(client.address.empty());
   EXPECT_EQ(again, client.address);

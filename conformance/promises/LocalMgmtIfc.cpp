@@ -61,6 +61,15 @@ TEST_F(LocalMgmtIfcPromise, ALaterAgentReplacesIt) {
   EXPECT_EQ(notesOf(m_other), Notes{"set date-format=1"});
 }
 
+TEST_F(LocalMgmtIfcPromise, AnAgentOfAnotherIdDoesNotReplaceIt) {
+  promises("reachable for management under `agentId`, until another agent replaces it");
+  EXPECT_TRUE(management().registerAgent("ClockMgmtId", &m_agent));
+  EXPECT_TRUE(management().registerAgent("OtherMgmtId", &m_other));
+  EXPECT_TRUE(platform().manage("date-format", "1"));
+  EXPECT_EQ(notesOf(m_agent), Notes{"set date-format=1"});
+  EXPECT_EQ(notesOf(m_other), Notes{});
+}
+
 TEST_F(LocalMgmtIfcPromise, TheAgentIsGoneWhenItsServiceIsUnloaded) {
   promises("until another agent replaces it or the service is unloaded.");
   EXPECT_TRUE(management().registerAgent("ClockMgmtId", &m_agent));

@@ -29,8 +29,9 @@ TEST_F(MgmtAgentIfcPromise, IsCalledOnOneThread) {
   platform().settle();
   EXPECT_TRUE(platform().resetUserData());
   const auto threads = agent.threads();
-  EXPECT_EQ(threads, std::vector<std::thread::id>(3, threads.front()));
   platform().dropService();
+  ASSERT_EQ(threads.size(), 3U);
+  EXPECT_EQ(threads, std::vector<std::thread::id>(3, threads[0]));
 }
 
 }  // namespace

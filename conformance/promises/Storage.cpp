@@ -14,8 +14,6 @@ namespace fs = std::filesystem;
 
 class StoragePromise : public conformance::Promise {
  protected:
-  StoragePromise() { platform(); }  // Storage needs its folder
-
   fs::path file() { return platform().storageFolder() / "file"; }
   std::string content() { return conformance::contentOf(file()); }
   void write(const std::string& text) { std::ofstream(file(), std::ios::binary) << text; }
@@ -143,6 +141,7 @@ TEST_F(StoragePromise, RefusesAllCallsWhileItIsUnbound) {
   EXPECT_FALSE(storage.shutdown());
   ASSERT_TRUE(init(storage));
   EXPECT_TRUE(storage.shutdown());
+  EXPECT_FALSE(storage.clear());
   EXPECT_FALSE(store(storage, "x"));
   EXPECT_FALSE(storage.shutdown());
 }

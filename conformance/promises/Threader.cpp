@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstddef>
 #include <functional>
-#include <future>
 #include <iterator>
 #include <thread>
 #include <utility>
@@ -16,6 +15,7 @@
 namespace {
 
 constexpr VotkThreadPriority kNormal = votkThreadPriorityNormal;
+constexpr std::chrono::milliseconds kLong{200};  // for a caller that does not wait to be seen
 
 // A thread body that calls a function.
 class CallingBody final : public Threadable {
@@ -27,19 +27,20 @@ class CallingBody final : public Threadable {
   const std::function<void()> m_work;
 };
 
-// A body that runs until it may end.
+// A body that runs until it may end, or for this long.
 class HeldBody final : public Threadable {
  public:
+  explicit HeldBody(std::chrono::milliseconds longest) : m_longest(longest) {}
   void run() override {
-    m_mayEnd.get_future().wait();
+    conformance::becomesTrue([this] { return mayEnd.load(); }, m_longest);
     ended = true;
   }
-  void mayEnd() { m_mayEnd.set_value(); }
 
+  std::atomic<bool> mayEnd{false};
   std::atomic<bool> ended{false};
 
  private:
-  std::promise<void> m_mayEnd;
+  const std::chrono::milliseconds m_longest;
 };
 
 class ThreaderPromise : public conformance::Promise {
@@ -94,7 +95,9 @@ TEST_F(ThreaderPromise, GivesTheThreadItsStack) {
 }
 
 TEST_F(ThreaderPromise, FailureLeavesTheIdUntouched) {
-  promises("False, and *threadId untouched, on failure.");
+  promises(
+      "False, and *threadId untouched, on failure, as without a body or with a negative number of "
+      "bytes.");
   unsigned long id = 77;
   EXPECT_FALSE(m_threader.spawn(&id, nullptr, "worker", kNormal, 0));
   EXPECT_EQ(id, 77U);
@@ -105,35 +108,38 @@ TEST_F(ThreaderPromise, FailureLeavesTheIdUntouched) {
 
 TEST_F(ThreaderPromise, TellsRunningThreadsApart) {
   promises("An id is valid from spawn until destroy.");
-  HeldBody one;
-  HeldBody other;
+  HeldBody one(std::chrono::minutes{10});
+  HeldBody other(std::chrono::minutes{10});
   const unsigned long first = spawned(one);
   const unsigned long second = spawned(other);
   EXPECT_NE(first, second);
-  other.mayEnd();
+  other.mayEnd = true;
   m_threader.waitForThreadCompletion(second);
   EXPECT_TRUE(other.ended);
   EXPECT_FALSE(one.ended) << "it is not the one that was waited for";
-  one.mayEnd();
+  one.mayEnd = true;
   m_threader.destroy(first);
   m_threader.destroy(second);
 }
 
 TEST_F(ThreaderPromise, WaitsUntilTheBodyHasReturned) {
   promises("Returns when the body has returned.");
-  HeldBody body;
+  HeldBody body(kLong);
   const unsigned long id = spawned(body);
-  std::atomic<bool> waited{false};
-  std::thread waiter([&] {
-    m_threader.waitForThreadCompletion(id);
-    waited = true;
-  });
-  EXPECT_FALSE(conformance::becomesTrue([&] { return waited.load(); }, conformance::kMoment));
-  body.mayEnd();
-  waiter.join();
+  m_threader.waitForThreadCompletion(id);
   EXPECT_TRUE(body.ended);
+  body.mayEnd = true;
   m_threader.waitForThreadCompletion(id);  // again: it has ended
   m_threader.destroy(id);
+}
+
+TEST_F(ThreaderPromise, AnyThreadMayCall) {
+  promises("Thread: any.");
+  std::atomic<int> ran{0};
+  conformance::onTwoThreads([&] {
+    for (int i = 0; i < 20; ++i) runOnThread([&] { ++ran; });
+  });
+  EXPECT_EQ(ran, 40);
 }
 
 TEST_F(ThreaderPromise, UnknownIdReturnsAtOnce) {
@@ -149,17 +155,10 @@ TEST_F(ThreaderPromise, UnknownIdReturnsAtOnce) {
 
 TEST_F(ThreaderPromise, DestroyWaitsForARunningThread) {
   promises("Frees a thread's resources. Waits for its end while it still runs.");
-  HeldBody body;
-  const unsigned long id = spawned(body);
-  std::atomic<bool> destroyed{false};
-  std::thread destroyer([&] {
-    m_threader.destroy(id);
-    destroyed = true;
-  });
-  EXPECT_FALSE(conformance::becomesTrue([&] { return destroyed.load(); }, conformance::kMoment));
-  body.mayEnd();
-  destroyer.join();
+  HeldBody body(kLong);
+  m_threader.destroy(spawned(body));
   EXPECT_TRUE(body.ended);
+  body.mayEnd = true;
   conformance::becomesTrue([&] { return body.ended.load(); });  // it uses the body until then
 }
 

@@ -40,9 +40,19 @@ class XmlParserPromise : public conformance::Promise {
 };
 
 TEST_F(XmlParserPromise, ReportsElementsInOrder) {
-  promises("`userData` is passed to every callback unchanged and is not owned.");
+  promises("callbacks run inside parseMessage.");
   EXPECT_TRUE(parse("<a><b></b><c/></a>"));
   EXPECT_EQ(m_notes.text, "<a><b></b><c></c></a>");
+}
+
+TEST_F(XmlParserPromise, PassesItsUserData) {
+  promises("`userData` is passed to every callback unchanged and is not owned.");
+  ParserNotes notes;
+  XmlParser other(&notes, &ParserNotes::start, &ParserNotes::end, &ParserNotes::characters);
+  EXPECT_TRUE(parse("<a>1</a>"));
+  EXPECT_TRUE(other.parseMessage("<b>2</b>", 8));
+  EXPECT_EQ(m_notes.text, "<a>\"1\"</a>");
+  EXPECT_EQ(notes.text, "<b>\"2\"</b>");
 }
 
 TEST_F(XmlParserPromise, ReportsAttributes) {

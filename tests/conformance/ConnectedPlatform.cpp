@@ -4,7 +4,6 @@
 #include <future>
 #include <utility>
 
-#include "conformance/StoresInFiles.h"
 #include "remote/SocketAddress.h"
 
 namespace host {
@@ -16,8 +15,8 @@ constexpr std::chrono::milliseconds kLimit = 20s;  // for what must happen
 
 }  // namespace
 
-ConnectedPlatform::ConnectedPlatform()
-    : HostPlatform(openStoresInFiles),
+ConnectedPlatform::ConnectedPlatform(OpenStores openStores)
+    : HostPlatform(openStores),
       m_server(m_loop, ServerSockets{m_socket, controlSocketBeside(m_socket), {}}, {}) {}
 
 ConnectedPlatform::~ConnectedPlatform() {

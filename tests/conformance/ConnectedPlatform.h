@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "base/IoLoop.h"
-#include "conformance/HostPlatform.h"
+#include "conformance/StoresInFiles.h"
 #include "remote/RemoteClient.h"
 #include "remote/RemoteServer.h"
 #include "support/TemporaryFolder.h"
@@ -16,7 +16,7 @@ namespace host {
 // on the test's thread, inside the operations that need it.
 class ConnectedPlatform : public HostPlatform {
  public:
-  ConnectedPlatform();
+  explicit ConnectedPlatform(OpenStores openStores = openStoresInFiles);
   ~ConnectedPlatform() override;
 
   FrameworkContext& remote() override { return m_server; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <thread>
 
 #include "ManageableData.h"
 #include "MgmtAgentIfc.h"
@@ -16,6 +17,8 @@ const Violation kNoValue("LocalMgmtIfcPromise.ReadsADeviceValueIntoTheRecord",
                          "getData does not fill the record");
 const Violation kSaysWritten("LocalMgmtIfcPromise.RefusesToWriteNothing",
                              "setData hides a refusal");
+const Violation kOneId("LocalMgmtIfcPromise.AnAgentOfAnotherIdDoesNotReplaceIt",
+                       "the agent's id is ignored");
 const Violation kFirstAgent("LocalMgmtIfcPromise.ALaterAgentReplacesIt", "the first agent stays");
 const Violation kAnyValue("LocalMgmtIfcPromise.HasNoOtherDeviceValues",
                           "a value that the device does not hold is empty");
@@ -37,10 +40,12 @@ const Violation kAllEvents("PhysicalInterfaceServiceIfcPromise.SubscribersReceiv
                            "subscribers receive all events");
 const Violation kNoEvents("PhysicalInterfaceServiceIfcPromise.SubscribersReceiveTheirEvents",
                           "subscribers receive no events");
-const Violation kSilentSubscription("PhysicalEventObserverPromise.HearsOfItsSubscription",
-                                    "the observer is called twice at its subscription");
+const Violation kTwoSubscriptions("PhysicalEventObserverPromise.HearsOfItsSubscription",
+                                  "the observer is called twice at its subscription");
 
 const Violation kNoSubject("SecurityLogServiceIfcPromise.KeepsAllFields", "the subject is lost");
+const Violation kFailuresOnly("ManagementAcceptance.EachSetIsInTheSecurityLog",
+                              "the security log keeps failures only");
 
 const Violation kAnyService("ContextPromise.FindsTheServicesByName",
                             "an unknown name gives another service");
@@ -51,11 +56,13 @@ const Violation kArmed("ContextPromise.CreatesTimersStopped", "a new timer is ru
 const Violation kPeriodic("ContextPromise.TimersExpireOnce", "timers are periodic");
 const Violation kFirstOwner("ContextPromise.TimersExpireAtTheirOwners",
                             "timers expire at the first owner");
+const Violation kOffThread("ContextPromise.TimersExpireOnTheFrameworkThread",
+                           "timers expire on a thread of their own");
 const Violation kSeconds("ContextPromise.PeriodsAreMilliseconds",
                          "periods are rounded to whole seconds");
 const Violation kSigned("ContextPromise.PeriodsMayBeLong", "long periods are clipped");
 const Violation kReused("ContextPromise.IdsArePositiveAndNotReusedSoon",
-                        "the id of a deleted timer is given to the next");
+                        "two ids are given in turn");
 const Violation kStartOrder("ContextPromise.EqualExpiriesComeInOrderOfCreation",
                             "equal expiries come in order of their start");
 const Violation kRunsOn("ContextPromise.StartArmsARunningTimerAgain",
@@ -75,7 +82,7 @@ bool FaultyManagement::registerAgent(const std::string& agentId, MgmtAgentIfc* a
   if (kNoAgents.on()) return true;
   if (kFirstAgent.on() && m_agent != nullptr) return true;
   m_agent = agent;
-  return m_real.registerAgent(agentId, agent);
+  return m_real.registerAgent(kOneId.on() ? "ClockMgmtId" : agentId, agent);
 }
 
 bool FaultyManagement::getData(ManageableData& record) {
@@ -115,7 +122,7 @@ PhysDefs::hardwareSubVariant FaultyPhysical::getHardwareSubVariant() {
 void FaultyPhysical::subscribe(physicalEventObserver* observer,
                                const std::vector<PhysDefs::SubscriptionGrp>& groups) {
   if (kNoEvents.on()) return;
-  if (kSilentSubscription.on()) observer->getSubscribingService();
+  if (kTwoSubscriptions.on()) observer->getSubscribingService();
   if (kAllEvents.on()) return m_real.subscribe(observer, {{{1, 2, 2}}});
   m_real.subscribe(observer, groups);
 }
@@ -123,16 +130,18 @@ void FaultyPhysical::subscribe(physicalEventObserver* observer,
 void FaultySecurityLog::record(time_t time, int facility, int severity, int eventClass,
                                int eventCode, bool failure, const std::string& text,
                                const std::string& subject, const std::string& origin) {
+  if (kFailuresOnly.on() && !failure) return;
   m_real.record(time, facility, severity, eventClass, eventCode, failure, text,
                 kNoSubject.on() ? "" : subject, origin);
 }
 
-class FaultyContext::PeriodicOwner final : public Executable {
+class FaultyContext::FaultyOwner final : public Executable {
  public:
-  PeriodicOwner(Context& context, Executable& owner) : m_context(context), m_owner(owner) {}
+  FaultyOwner(Context& context, Executable& owner) : m_context(context), m_owner(owner) {}
   void init(Context& /*context*/) override {}
   void shutdown() override {}
   void timerEvent(int timer) override {
+    if (kOffThread.on()) return std::thread([&] { m_owner.timerEvent(timer); }).join();
     m_owner.timerEvent(timer);
     m_context.startTimer(timer);
   }
@@ -161,8 +170,8 @@ Executable* FaultyContext::getService(const std::string& name) {
 int FaultyContext::createTimer(Executable& owner, unsigned int period) {
   Executable* called = &owner;
   if (kFirstOwner.on() && !m_timers.empty()) called = m_timers.begin()->second.owner;
-  if (kPeriodic.on()) {
-    m_owners.push_back(std::make_unique<PeriodicOwner>(m_real, owner));
+  if (kPeriodic.on() || kOffThread.on()) {
+    m_owners.push_back(std::make_unique<FaultyOwner>(m_real, owner));
     called = m_owners.back().get();
   }
   if (kLate.on() && period > 60'000) period += 1000;
@@ -171,7 +180,7 @@ int FaultyContext::createTimer(Executable& owner, unsigned int period) {
   const int timer = m_real.createTimer(*called, period);
   m_timers[timer] = {called, period};
   if (kArmed.on()) m_real.startTimer(timer);
-  return kReused.on() ? 1 : timer;
+  return kReused.on() ? 1 + timer % 2 : timer;
 }
 
 void FaultyContext::startTimer(int timer) {

@@ -77,8 +77,8 @@ class FaultyContext final : public Context {
   void deleteTimer(int timer) override;
 
  private:
-  // Starts a timer again that has expired.
-  class PeriodicOwner;
+  // Starts a timer again that has expired, or calls its owner on another thread.
+  class FaultyOwner;
   struct Wanted {
     Executable* owner;
     unsigned int period;
@@ -86,7 +86,7 @@ class FaultyContext final : public Context {
 
   Context& m_real;
   std::map<std::string, std::unique_ptr<Executable>> m_services;
-  std::vector<std::unique_ptr<PeriodicOwner>> m_owners;
+  std::vector<std::unique_ptr<FaultyOwner>> m_owners;
   std::map<int, Wanted> m_timers;
   std::map<int, bool> m_running;
 };

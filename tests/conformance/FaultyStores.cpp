@@ -166,7 +166,7 @@ bool __wrap__ZN11DataStorage11setDataItemERKNSt7__cxx1112basic_stringIcSt11char_
     DataStorage* self, const std::string& key, const std::string& value) {
   return __real__ZN11DataStorage11setDataItemERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES7_(
              self, key, value) ||
-         kSaysStored.on() || kStripped.on();
+         kSaysStored.on() || (kStripped.on() && value.find('\x01') != std::string::npos);
 }
 
 void __real__ZN9XmlParserC1EPvPFvS0_PKcPS2_EPFvS0_S2_EPFvS0_S2_iE(XmlParser* self, void* userData,

@@ -27,6 +27,8 @@ const Violation kDoesNotWait("SemaphorePromise.TakeWithoutLimitWaitsForACount",
                              "a take without limit does not wait");
 const Violation kNoMaximum("SemaphorePromise.DropsACountAboveTheMaximum",
                            "counts above the maximum are kept");
+const Violation kLostGive("SemaphorePromise.LocksOutOtherThreads", "a give is lost",
+                          Violation::kHangs);
 const Violation kOneLess("SemaphorePromise.CanBeTakenUpToItsInitialCount",
                          "the initial count is one too low");
 
@@ -53,7 +55,8 @@ const Violation kAlwaysLaunched("ProcessPromise.LaunchFailsWithoutAProgram",
                                 "launch hides a failure");
 const Violation kLivesOn("ProcessPromise.DestructionEndsAndReapsTheChild",
                          "the child survives its handle");
-
+const Violation kZombie("ProcessPromise.DestructionReapsAChildThatHasEnded",
+                        "a child that has ended is not reaped");
 const Violation kOnlyTheChild("ProcessPromise.DestructionEndsTheGroup",
                               "the child's own children survive");
 
@@ -78,6 +81,11 @@ void __wrap__ZN9SemaphoreC1Eiib(Semaphore* self, int initial, int maximum, bool 
   if (kOneLess.on()) --initial;
   if (kNoMaximum.on()) maximum += 100;
   __real__ZN9SemaphoreC1Eiib(self, initial, maximum, interProcess);
+}
+
+void __real__ZN9Semaphore4giveEv(Semaphore* self);
+void __wrap__ZN9Semaphore4giveEv(Semaphore* self) {
+  if (!kLostGive.on()) __real__ZN9Semaphore4giveEv(self);
 }
 
 bool __real__ZN9Semaphore4takeEi(Semaphore* self, int timeout);
@@ -138,6 +146,11 @@ void __wrap__ZN7ProcessD1Ev(Process* self) {
   if (!kLivesOn.on()) return __real__ZN7ProcessD1Ev(self);
   std::memcpy(g_kept.data(), static_cast<const void*>(self), sizeof(Process));
   std::at_quick_exit([] { __real__ZN7ProcessD1Ev(reinterpret_cast<Process*>(g_kept.data())); });
+}
+
+pid_t __real_waitpid(pid_t pid, int* status, int options);
+pid_t __wrap_waitpid(pid_t pid, int* status, int options) {
+  return kZombie.on() && pid > 0 ? pid : __real_waitpid(pid, status, options);
 }
 
 int __real_kill(pid_t pid, int signal);

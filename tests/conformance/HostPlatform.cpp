@@ -42,7 +42,11 @@ void HostPlatform::switchOn() {
 }
 
 void HostPlatform::restart() {
+  const std::filesystem::path stored = m_folder / "stored";
+  std::filesystem::copy(storageFolder(), stored, std::filesystem::copy_options::recursive);
   m_on.reset();
+  std::filesystem::remove_all(storageFolder());
+  std::filesystem::rename(stored, storageFolder());
   switchOn();
 }
 

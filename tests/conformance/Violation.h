@@ -9,8 +9,8 @@ namespace conformance {
 // thread; on() from any.
 class Violation {
  public:
-  // test: as GoogleTest names it. what: the fault, for people.
-  Violation(const char* test, const char* what);
+  // test: as GoogleTest names it. what: the fault, for people. says: printed when it is found.
+  Violation(const char* test, const char* what, const char* says = "Not kept: ");
   Violation(const Violation&) = delete;
   Violation& operator=(const Violation&) = delete;
 
@@ -21,6 +21,9 @@ class Violation {
 
   const char* const test;
   const char* const what;
+  const char* const says;
+
+  static constexpr const char* kHangs = "The test did not end within";  // and the program aborts
 
  private:
   static inline const Violation* s_active = nullptr;
