@@ -100,7 +100,13 @@ class MemoryRunsOut : public ::testing::TestWithParam<Situation> {
     host.launch();
     if (!host.answers()) ADD_FAILURE() << host.program().err();
     subscriber.emplace(host);
+    // The start ends with the check of the security log, which this waits for.
+    EXPECT_TRUE(subscriber->control(R"({"verb":"security-log"})"));
     EXPECT_TRUE(subscriber->call("observeTimeEvents"));
+  }
+
+  void TearDown() override {
+    if (HasFailure()) std::printf("the log:\n%s", host.program().err().c_str());
   }
 
   static bool has(Conditions condition) { return (GetParam().conditions & condition) != 0; }
@@ -205,7 +211,6 @@ TEST_P(MemoryRunsOut, AndTheHostGoesOn) {
   std::printf("memory, %s: ran out at %d allocations\n", GetParam().name, count);
   EXPECT_GT(count, 0);
   EXPECT_EQ(host.end(SIGTERM).status, 0);
-  if (HasFailure()) std::printf("the log:\n%s", host.program().err().c_str());
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, MemoryRunsOut, ::testing::ValuesIn(kSituations), situationName);
