@@ -6,7 +6,10 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CMAKE_INSTALL_LIBDIR lib CACHE STRING "Folder of libraries")
 endif()
 include(GNUInstallDirs)
-set(CLOCK_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR} CACHE STRING "Folder of the plug-in in an installation")
+set(CLOCK_PLUGIN_DIR "" CACHE STRING "Folder of the plug-in in an installation; empty: that of libraries")
+if(NOT CLOCK_PLUGIN_DIR)
+  set(CLOCK_PLUGIN_DIR ${CMAKE_INSTALL_LIBDIR})
+endif()
 set(CLOCK_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/ClockService)
 
 # clock_add_headers(NAME target AS name FOLDER folder [NEEDS target]): a folder of headers, known

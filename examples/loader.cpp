@@ -8,6 +8,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -23,9 +24,10 @@ using example::Clock::Milliseconds;
 
 namespace {
 
-// The plug-in stays loaded: its code is needed until the last of its objects is deleted.
+// The plug-in stays loaded: its code is needed until the last of its objects is deleted. A name
+// without a folder would be looked for among the system's libraries.
 ServiceFactory findFactory(const char* plugin) {
-  void* const library = dlopen(plugin, RTLD_NOW | RTLD_LOCAL);
+  void* const library = dlopen(std::filesystem::absolute(plugin).c_str(), RTLD_NOW | RTLD_LOCAL);
   void* const factory = library != nullptr ? dlsym(library, "createClockService") : nullptr;
   if (factory == nullptr) {
     std::fprintf(stderr, "loader: %s\n", dlerror());

@@ -6,8 +6,8 @@ The installed plug-in is built with Ninja, for this machine with only the compil
 the others are built with make.
 
 Each consumer builds the example and runs it: with the CMake package, with pkg-config (from an installation
-with another folder of libraries), and as a part of another project. The plug-in of that project, from another copy of the sources and in other folders, must
-have the same bytes as the installed one. TOOLCHAIN: the toolchain file, or "none".
+with another folder of libraries), and as a part of another project. The plug-in of that project, from
+another copy of the sources and in other folders, must have the same bytes as the installed one. TOOLCHAIN: the toolchain file, or "none".
 """
 
 import os
@@ -75,6 +75,7 @@ def bare_environment(folder):
 class Consumers:
     def __init__(self, folder, tree, cmake, ninja, compiler, toolchain, *emulator):
         self.folder, self.tree, self.cmake, self.compiler = folder, tree, cmake, compiler
+        self.examples = tree / "examples"
         self.emulator = emulator
         self.ninja = ["-GNinja", f"-DCMAKE_MAKE_PROGRAM={ninja}", "-DCLOCK_CCACHE=OFF"]
         self.options = [f"-DCMAKE_CXX_COMPILER={compiler}"]
@@ -105,7 +106,9 @@ class Consumers:
     def install(self):
         clock = self.copy_of_the_tree("clock")
         environment = os.environ if "--toolchain" in self.options else bare_environment(self.folder)
-        build = self.build(clock, "--preset", "device", *self.ninja, FLAGS, env=environment)
+        build = clock / "build/presets/device"
+        run(self.cmake, "--preset", "device", *self.options, *self.ninja, FLAGS, env=environment, cwd=clock)
+        run(self.cmake, "--build", "--preset", "device", "-j2", env=environment, cwd=clock)
         run(self.cmake, "--install", build, "--prefix", self.folder / "staged")
         (self.folder / "staged").rename(self.installed)  # an installation may be moved
         self.install_with_other_folders(build)
@@ -115,6 +118,8 @@ class Consumers:
         """As distributions do: they give the folder without its type."""
         run(self.cmake, build, f"-DCMAKE_INSTALL_LIBDIR={OTHER_LIBDIR}")
         run(self.cmake, "--install", build, "--prefix", self.folder / "other")
+        if not (self.other_libraries / LIBRARY).exists():
+            self.faults.append(f"the plug-in is not in {OTHER_LIBDIR}")
         absolute = subprocess.run([self.cmake, build, "-DCMAKE_INSTALL_LIBDIR=/opt/lib"],
                                   stderr=subprocess.PIPE, stdout=subprocess.DEVNULL, text=True)
         if "CMAKE_INSTALL_LIBDIR is absolute: /opt/lib; should be" not in absolute.stderr:
@@ -146,7 +151,7 @@ class Consumers:
             self.faults.append(f"{consumer}: the loader prints {printed}, should be {TWO_HOURS!r}")
 
     def use_the_package(self):
-        shutil.copytree(self.tree / "examples", self.folder / "package")
+        shutil.copytree(self.examples, self.folder / "package")
         build = self.build(self.folder / "package", MAKE, *self.found)
         self.check_loader("package", build / "loader", self.plugin)
 
@@ -171,7 +176,7 @@ class Consumers:
     def refuse_another_major_version(self):
         version = self.other_libraries / "cmake/ClockService/ClockServiceConfigVersion.cmake"
         version.write_text(re.sub(r'"\d+(\.\d+\.\d+")', r'"99\1', version.read_text()))
-        refused = subprocess.run([self.cmake, "-S", self.tree / "examples", "-B", self.folder / "refused",
+        refused = subprocess.run([self.cmake, "-S", self.examples, "-B", self.folder / "refused",
                                   *self.options, f"-DClockService_DIR={version.parent}"],
                                  capture_output=True, text=True)
         if not re.search(r"not\s+accepted:[^,]*, version: 99", refused.stderr):
@@ -181,10 +186,9 @@ class Consumers:
         environment = {**os.environ, **self.flags_found}
         flags = run("pkg-config", "--cflags", "ClockService", env=environment).split()
         plugin = run("pkg-config", "--variable=plugin", "ClockService", env=environment).strip()
-        examples = self.tree / "examples"
-        sources = [*examples.glob("*.cpp"), *examples.glob("framework/*.cpp")]
+        sources = [*self.examples.glob("*.cpp"), *self.examples.glob("framework/*.cpp")]
         loader = self.folder / "with-pkg-config"
-        run(self.compiler, "-std=c++17", *flags, f"-I{examples}", *sources, "-rdynamic", "-ldl", "-pthread",
+        run(self.compiler, "-std=c++17", *flags, f"-I{self.examples}", *sources, "-rdynamic", "-ldl", "-pthread",
             "-o", loader)
         self.check_loader("pkg-config", loader, plugin)
 

@@ -5,6 +5,7 @@ NO_CLOCK: a library with the same factory, which returns no clock.
 The last words are the command that starts the loader, with an emulator before it if it needs one.
 """
 
+import pathlib
 import subprocess
 import sys
 
@@ -23,8 +24,8 @@ ROWS = [
 ]
 
 
-def run(loader, *words):
-    return subprocess.run([*loader, *words], capture_output=True, text=True, timeout=60)
+def run(loader, *words, folder=None):
+    return subprocess.run([*loader, *words], capture_output=True, text=True, timeout=60, cwd=folder)
 
 
 def faults_of(plugin, no_clock, loader):
@@ -32,6 +33,10 @@ def faults_of(plugin, no_clock, loader):
         result = run(loader, plugin, *words)
         if (result.returncode, result.stdout) != (0, expected):
             yield f"{words}: {result}, should print {expected!r}"
+    path = pathlib.Path(plugin)
+    result = run(loader, path.name, "--hours", "0", folder=path.parent)
+    if (result.returncode, result.stdout) != (0, "16.06.16 00:00\n"):
+        yield f"a plug-in in the current folder: {result}"
     for words, status, error in [
         ([], 2, "usage: loader PLUGIN"),
         ([plugin, "unknown"], 2, "usage: loader PLUGIN"),
