@@ -1,5 +1,5 @@
-# Installs the host: its programs in bin/, manual pages, completions and a systemd user unit where the
-# tools look for them. --prefix and DESTDIR are those of cmake --install.
+# Installs the host: its programs in bin/, manual pages, completions and systemd units where the tools look
+# for them. --prefix and DESTDIR are those of cmake --install.
 set(programs clockhost clockctl)
 if(TARGET clockpanel) # where Boost is
   list(APPEND programs clockpanel)
@@ -17,7 +17,10 @@ foreach(program IN LISTS programs)
   install(FILES ${manual}/${program}.fish DESTINATION share/fish/vendor_completions.d)
 endforeach()
 
-# The unit names the host's path, which only the installation knows.
-install(CODE "configure_file(${PROJECT_SOURCE_DIR}/host/apps/clockhost.service.in
-  ${CMAKE_BINARY_DIR}/clockhost.service @ONLY)")
-install(FILES ${CMAKE_BINARY_DIR}/clockhost.service DESTINATION lib/systemd/user)
+# The units name the host's path, which only the installation knows. They share service.conf.
+foreach(manager user system)
+  install(CODE "file(READ ${PROJECT_SOURCE_DIR}/host/units/service.conf CLOCK_SERVICE)
+    configure_file(${PROJECT_SOURCE_DIR}/host/units/${manager}.service.in
+      ${CMAKE_BINARY_DIR}/units/${manager}/clockhost.service @ONLY)")
+  install(FILES ${CMAKE_BINARY_DIR}/units/${manager}/clockhost.service DESTINATION lib/systemd/${manager})
+endforeach()
