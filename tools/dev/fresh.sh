@@ -3,50 +3,27 @@
 set -Eeuo pipefail
 . "$CLOCK_TREE/tools/dev/packages.bash"
 . "$CLOCK_TREE/tools/dev/building.bash"
+. "$CLOCK_TREE/tools/dev/bare.bash"
 
 folder=$(folder_of fresh)
 root=$folder/root
 place=srv/clone # in the root
 
-# This machine's Debian package sources, from apt: "CODENAME URI RELEASE COMPONENT".
-debian_sources() {
-  # shellcheck disable=SC2016  # apt fills these in
-  apt-get indextargets --format '$(ORIGIN)|$(CODENAME) $(REPO_URI) $(RELEASE) $(COMPONENT)' \
-    'Created-By: Packages' | sed -n 's/^Debian|//p' | sort -u
-}
-
-# Only debootstrap's smallest set of packages, and no /etc/hosts.
-make_root() {
-  local release sources mirror
-  release=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
-  as_root apt-get update -q >"$folder/apt.log" 2>&1 || { cat "$folder/apt.log" >&2 && return 1; }
-  sources=$(debian_sources)
-  mirror=$(awk -v release="$release" '$1 == release { print $2; exit }' <<<"$sources")
-  if [ -z "$mirror" ]; then
-    echo "dev: apt knows no Debian source for \"$release\"; fresh needs a Debian machine" >&2
-    return 1
-  fi
-  echo "dev: making a bare Debian root in ${root#"$CLOCK_TREE"/}"
-  as_root debootstrap --variant=minbase "$release" "$root" "$mirror" >"$folder/debootstrap.log" 2>&1 ||
-    { tail -n 20 "$folder/debootstrap.log" >&2 && return 1; }
-  awk '{ print "deb", $2, $3, $4 }' <<<"$sources" | as_root tee "$root/etc/apt/sources.list" >/dev/null
-  as_root rm -f "$root/etc/hosts"
-}
-
-# Clones only what is committed.
+# Clones only what is committed. ./dev package uses the bare root again.
 clone_tree() {
   git clone -q "$CLOCK_TREE" "$folder/clone"
+  mkdir -p "$folder/clone/build"
+  pack_root "$root" "$folder/clone/build/bare.tar"
   as_root mv "$folder/clone" "$root/$place"
   as_root chown -R root:root "$root/$place"
 }
 
 # inside COMMAND...: runs it in the clone, with its own process and mount namespaces and a bare environment
 inside() {
-  local variable settings=(PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
-    HOME=/root LANG=C.UTF-8)
-  for variable in CI http_proxy https_proxy no_proxy HTTP_PROXY HTTPS_PROXY NO_PROXY; do
-    [ -z "${!variable:-}" ] || settings+=("$variable=${!variable}")
-  done
+  local settings
+  mapfile -t settings < <(proxies)
+  settings+=(PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LANG=C.UTF-8
+    ${CI:+"CI=$CI"})
   as_root unshare --mount --pid --fork --kill-child --root="$root" --wd="/$place" --mount-proc \
     env -i "${settings[@]}" bash tools/fresh/inside.sh "$@"
 }
@@ -62,7 +39,7 @@ as_root rm -rf "$folder"
 rm -f "$CLOCK_TREE/build/bench.json" # of an earlier run
 mkdir -p "$folder"
 trap 'keep_figures; echo "dev: the root is left in ${folder#"$CLOCK_TREE"/}" >&2' ERR
-make_root
+make_root "$root"
 clone_tree
 inside "$@"
 keep_figures

@@ -18,15 +18,17 @@ put_aside() {
 }
 
 put_back() {
-  rm -rf "$state"
+  rm -rf "$state" build/{a,b}
   if [ -e "$kept" ]; then mv -T "$kept" "$state"; fi
 }
 
 need run test
 put_aside
 trap put_back EXIT
-for document in README.md docs/how-to/test-a-telephone.md \
+# Where a document has no ./dev, the programs are installed.
+PATH=$(folder_of default)/bin:$PATH
+for document in README.md docs/how-to/{test-a-telephone,two-telephones,write-a-scenario,why-is-the-time-wrong,run-as-a-service}.md \
   docs/how-to/integrate-into-a-framework.md docs/explanation/time-changes.md; do
-  rm -rf "$state"
+  rm -rf "$state" build/{a,b}
   python3 -B tools/dev/readme.py "$document"
 done
