@@ -32,4 +32,11 @@ std::optional<pid_t> childRunning(const std::string& program) {
   return std::nullopt;
 }
 
+std::string commandLineOf(pid_t process) {
+  std::ifstream file("/proc/" + std::to_string(process) + "/cmdline");
+  std::string line;
+  for (std::string word; std::getline(file, word, '\0');) line += (line.empty() ? "" : " ") + word;
+  return line;
+}
+
 }  // namespace host

@@ -46,11 +46,9 @@ std::string shownText(Device& device, const char* method) {
 }
 
 Json shownJson(Device& device, seconds now) {
-  return {{"time", shownText(device, "getTime")},
-          {"date", shownText(device, "getDate")},
-          {"utc", instantText(now)},
-          {"local", localInstantText(now, offsetAt(now))},
-          {"seconds", now.count()}};
+  return {{"time", shownText(device, "getTime")},           {"date", shownText(device, "getDate")},
+          {"dateShort", shownText(device, "getDateShort")}, {"utc", instantText(now)},
+          {"local", localInstantText(now, offsetAt(now))},  {"seconds", now.count()}};
 }
 
 Json changeJson(const Change& change) {
@@ -109,7 +107,10 @@ Json ntpJson(Device& device) {
   Json ntp = {{"server", stored(device, "SNTPaddress")}};
   const auto process = childRunning(kNtpClient);
   ntp["state"] = process ? "running" : "stopped";
-  if (process) ntp["process"] = *process;
+  if (process) {
+    ntp["process"] = *process;
+    ntp["command"] = commandLineOf(*process);
+  }
   if (const std::string said = newestOf(kNtpClient); !said.empty()) ntp["said"] = said;
   return ntp;
 }

@@ -125,7 +125,7 @@ void SocketFile::refuseIfTaken() const {
   const Descriptor probe = newSocket(m_file);
   const SocketAddress address(m_file);
   if (::connect(probe.get(), address.get(), address.size()) == 0 || errno == EAGAIN) {
-    throw Error("socket " + m_file.string() + " is in use by a running host");
+    throw Error("socket " + m_file.string() + " is in use by a running program");
   }
   if (errno != ECONNREFUSED) throw failure(m_file, "cannot find out whether a host runs there");
   if (::unlink(m_file.c_str()) != 0) throw failure(m_file, "cannot remove the stale one");

@@ -17,6 +17,8 @@ TEST_F(ChildProcess, IsFoundByTheNamesThatItWasStartedWith) {
   EXPECT_EQ(host::childRunning("pipe"), id) << "as a script of an interpreter is";
   EXPECT_EQ(host::childRunning("third"), std::nullopt);
   EXPECT_EQ(host::childRunning("dog"), std::nullopt);
+  EXPECT_EQ(host::commandLineOf(id), "/bin/cat " + std::string(pipePath()) + " /bin/third");
+  EXPECT_EQ(host::commandLineOf(-1), "");
 }
 
 }  // namespace

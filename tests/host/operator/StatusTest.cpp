@@ -70,6 +70,7 @@ TEST_F(TelephoneWithStatus, ShowsTheSavedTimeAndItsAge) {
   EXPECT_EQ(now.at("byHand"), false);
   EXPECT_EQ(now.at("shown"), (Json{{"time", "13:00"},
                                    {"date", "16.06.16"},
+                                   {"dateShort", "16.06."},
                                    {"utc", "2016-06-16T13:00:00Z"},
                                    {"local", "2016-06-16T13:00:00+00:00"},
                                    {"seconds", 1'466'082'000}}));

@@ -125,7 +125,7 @@ TEST_F(SocketFileInNewFolder, ReplacesAStaleOne) {
 
 TEST_F(SocketFileInNewFolder, RefusesTheSocketOfARunningHost) {
   const SocketFile live(file);
-  EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running program");
   EXPECT_TRUE(canConnect(file));
 }
 
@@ -137,7 +137,7 @@ TEST_F(SocketFileInNewFolder, RefusesTheSocketOfARunningHostWithAFullBacklog) {
   do {
     waiting.emplace_back(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   } while (::connect(waiting.back().get(), address.get(), address.size()) == 0);
-  EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running host");
+  EXPECT_EQ(refusalOf(file), "socket " + file.string() + " is in use by a running program");
 }
 
 TEST_F(SocketFileInNewFolder, RefusesAFileThatIsNoSocketAndKeepsIt) {
