@@ -28,6 +28,13 @@ std::string_view targetOf(const Request& request) {
   return {request.target().data(), request.target().size()};
 }
 
+// No fraction, and no number that an integer cannot hold.
+std::int64_t integerIn(const Json& asked, const char* name) {
+  const Json& value = asked.at(name);
+  if (!value.is_number_integer()) throw host::Error(name + std::string(" is not an integer"));
+  return value;
+}
+
 Response entrance(const Access& access) {
   Response response = lineResponse(http::status::see_other, "this way");
   response.set(http::field::location, "/");
@@ -58,11 +65,13 @@ Panel::Panel(boost::asio::io_context& context, const std::vector<HostSockets>& h
 
 // The threads use the telephones and post to the context.
 Panel::~Panel() {
+  m_ending.request_stop();
+  m_workers.stop();
   m_workers.join();
   m_telephones.clear();
 }
 
-std::optional<Response> Panel::refusal(const Request& head) {
+std::optional<Response> Panel::refusal(const Request& head) const {
   const auto method = head.method_string();
   switch (m_access->check({{method.data(), method.size()},
                            targetOf(head),
@@ -85,11 +94,7 @@ std::optional<Response> Panel::refusal(const Request& head) {
                       "open the address that clockpanel printed, with its token");
 }
 
-bool Panel::isFeed(const Request& request) const {
-  return request.method() == http::verb::get && targetOf(request) == "/feed";
-}
-
-void Panel::answer(const Request& request, Answer answer) {
+void Panel::answer(const Request& request, const Answer& answer) {
   const std::string_view target = targetOf(request);
   if (request.method() == http::verb::post) {
     for (const Service& service : kServices) {
@@ -102,10 +107,6 @@ void Panel::answer(const Request& request, Answer answer) {
         responseOf(http::status::ok, std::string(file->type), std::string(file->content)));
   }
   answer(lineResponse(http::status::not_found, "no such page; / has everything"));
-}
-
-void Panel::follow(Take take) {
-  m_feed.add(std::move(take));
 }
 
 void Panel::serve(const Service& service, const Request& request, const Answer& answer) {
@@ -140,8 +141,8 @@ void Panel::carryOut(Work work, Answer answer) {
 // {"telephone": 0, "words": ["clock", "pause"]}
 Panel::Work Panel::hostWork(const Json& asked) {
   Telephone& telephone = telephoneOf(asked);
-  return [&telephone, words = asked.at("words").get<std::vector<std::string>>()] {
-    const Json answer = answerOf(telephone.sockets, words);
+  return [this, &telephone, words = asked.at("words").get<std::vector<std::string>>()] {
+    const Json answer = answerOf(telephone.sockets, words, m_ending.get_token());
     telephone.watch.poke();
     return answer;
   };
@@ -150,14 +151,14 @@ Panel::Work Panel::hostWork(const Json& asked) {
 // {"telephone": 0, "on": true}. The end of a recording has the scenario.
 Panel::Work Panel::recordWork(const Json& asked) {
   Telephone& telephone = telephoneOf(asked);
-  const auto number = asked.at("telephone").get<std::size_t>();
+  const std::size_t number = asked.at("telephone");
   return [this, &telephone, number, on = asked.at("on").get<bool>()] {
     const std::lock_guard lock(telephone.mutex);
     Json answer = {{"ok", true}};
     if (on && telephone.recording == nullptr) {
       telephone.recording = std::make_unique<Recording>(telephone.sockets);
     } else if (!on && telephone.recording != nullptr) {
-      answer["scenario"] = std::exchange(telephone.recording, nullptr)->finish();
+      answer.update(std::exchange(telephone.recording, nullptr)->finish());
     }
     tell(number, "recording", on);
     return answer;
@@ -166,7 +167,9 @@ Panel::Work Panel::recordWork(const Json& asked) {
 
 // {"scenario": TEXT}
 Panel::Work Panel::replayWork(const Json& asked) {
-  return [scenario = asked.at("scenario").get<std::string>()] { return replay(scenario); };
+  return [scenario = asked.at("scenario").get<std::string>(), ending = m_ending.get_token()] {
+    return replay(scenario, ending);
+  };
 }
 
 // {"silent": false, "error": seconds}
@@ -175,20 +178,21 @@ Panel::Work Panel::timeServerWork(const Json& asked) {
     throw host::Error("this panel has no time server; start it with --time-server PORT");
   }
   constexpr std::int64_t kMostError = 100LL * 366 * 86400;  // a century
-  const auto error = asked.at("error").get<std::int64_t>();
+  const std::int64_t error = integerIn(asked, "error");
+  const bool silent = asked.at("silent");
   if (error < -kMostError || error > kMostError) {
     throw host::Error("the time server is wrong by at most a century");
   }
   m_timeServer->answer(std::chrono::seconds(error));
-  if (asked.at("silent").get<bool>()) m_timeServer->beSilent();
+  if (silent) m_timeServer->beSilent();
   tellTimeServer();
   return [] { return Json{{"ok", true}}; };
 }
 
 Panel::Telephone& Panel::telephoneOf(const Json& asked) {
-  const auto number = asked.at("telephone").get<std::size_t>();
+  const auto number = static_cast<std::uint64_t>(integerIn(asked, "telephone"));
   if (number >= m_telephones.size()) throw host::Error("no such telephone");
-  return m_telephones[number];
+  return m_telephones[static_cast<std::size_t>(number)];
 }
 
 void Panel::tell(std::size_t telephone, const std::string& name, const Json& value) {

@@ -8,12 +8,15 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "server/Access.h"
 #include "server/Feed.h"
-#include "server/Site.h"
+#include "server/Http.h"
 #include "telephone/Recording.h"
 #include "telephone/TelephoneWatch.h"
 #include "world/TimeServer.h"
@@ -22,20 +25,20 @@ namespace panel {
 
 // The panel: a page and its files, the feed of all telephones, and what a page asks for. Owner:
 // main. Thread: the server's, which runs the context.
-class Panel : public Site {
+class Panel {
  public:
   // timeServer: the port of a time server that the page commands; 0: none.
   Panel(boost::asio::io_context& context, const std::vector<HostSockets>& hosts,
         std::uint16_t timeServer);
-  ~Panel() override;
+  ~Panel();
 
   // Begins to let pages in. Call once, before the context runs.
   void open(Access access) { m_access.emplace(std::move(access)); }
 
-  [[nodiscard]] std::optional<Response> refusal(const Request& head) override;
-  [[nodiscard]] bool isFeed(const Request& request) const override;
-  void answer(const Request& request, Answer answer) override;
-  void follow(Take take) override;
+  // As a Site. A worker, or a telephone, is waited for only in the destructor.
+  [[nodiscard]] std::optional<Response> refusal(const Request& head) const;
+  void answer(const Request& request, const Answer& answer);
+  void follow(Feed::Page page) { m_feed.add(std::move(page)); }
 
  private:
   struct Telephone {
@@ -71,6 +74,7 @@ class Panel : public Site {
   Feed m_feed;
   std::optional<TimeServer> m_timeServer;
   int m_asked = 0;  // works without an answer yet
+  std::stop_source m_ending;
   std::deque<Telephone> m_telephones;
   boost::asio::thread_pool m_workers;
 };

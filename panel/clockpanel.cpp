@@ -2,6 +2,7 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Panel.h"
@@ -14,20 +15,20 @@
 #include "server/Listener.h"
 #include "verbs/UsageError.h"
 
+namespace panel {
 namespace {
-
-using panel::Access;
-using panel::Listener;
-using panel::Panel;
-using panel::PanelOptions;
 
 // Serves pages until a signal ends it.
 void serve(const PanelOptions& options) {
   host::TerminationSignals signals;
   boost::asio::io_context context;
   Panel panel(context, options.hosts, options.timeServer);
-  Listener listener(context, options.listen, panel);
-  const Access access(listener.authority(), panel::newToken());
+  const Site site{
+      [&panel](const Request& head) { return panel.refusal(head); },
+      [&panel](const Request& request, const Answer& answer) { panel.answer(request, answer); },
+      [&panel](Feed::Page page) { panel.follow(std::move(page)); }};
+  Listener listener(context, options.listen, site);
+  const Access access(listener.authority(), newToken());
   std::cout << access.address() << std::endl;
   panel.open(access);
   listener.start();
@@ -41,7 +42,7 @@ void serve(const PanelOptions& options) {
 int run(const std::vector<std::string>& words) {
   PanelOptions options;
   const auto defaultSocket = host::defaultPaths().socket;
-  host::OptionParser parser = panel::panelOptionParser(options, defaultSocket);
+  host::OptionParser parser = panelOptionParser(options, defaultSocket);
   if (!parser.readToRun(words, std::cout)) return 0;
   if (options.hosts.empty()) {
     options.hosts.push_back({defaultSocket, host::controlSocketBeside(defaultSocket)});
@@ -51,11 +52,12 @@ int run(const std::vector<std::string>& words) {
 }
 
 }  // namespace
+}  // namespace panel
 
 int main(int argc, char** argv) {
   host::startProgram();
   try {
-    return run({argv + 1, argv + argc});
+    return panel::run({argv + 1, argv + argc});
   } catch (const host::UsageError& error) {
     std::cerr << host::errorLine("clockpanel", error.what());
     return 2;

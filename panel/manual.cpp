@@ -10,8 +10,8 @@ int main(int argc, char** argv) {
         const std::string page = host::programPage(
             parser, date,
             "It prints an address with a random token; the browser that opens it may do what "
-            "clockctl "
-            "could\ndo with the sockets of the hosts. It serves until SIGINT or SIGTERM.\n",
+            "clockctl\n"
+            "could do with the sockets of the hosts. It serves until SIGINT or SIGTERM.\n",
             "", ".SH SEE ALSO\n.BR clockhost (1),\n.BR clockctl (1)\n");
         const std::vector<host::Option> rows(parser.options().begin(), parser.options().end());
         return std::vector<host::Manual>{{page, {"clockpanel", rows, {}}}};

@@ -8,7 +8,11 @@ export const phones = [];
 export let catalogue = { keys: [] };
 export let timeServer = null; // null: the panel has none
 
+// No entries yet; change and record are the newest that were taken.
+const empty = () => ({ entries: [], dropped: 0, change: undefined, record: 0 });
+
 const listeners = new Set();
+let live = false; // the start, which is older, has come
 let waiting = false;
 
 // Calls `changed` after messages have come, at most once for each frame that is drawn.
@@ -28,7 +32,7 @@ function announce() {
 
 function phoneOf(number) {
   while (phones.length <= number) {
-    phones.push({ number: phones.length, attached: null, entries: [], dropped: 0 });
+    phones.push({ number: phones.length, attached: null, ...empty() });
   }
   return phones[number];
 }
@@ -41,6 +45,26 @@ function entryRow({ line, utc, event, parameters }) {
   const { time, level, component, text } = line;
   return { kind: level > NOTE ? "detail" : "log", time, text: `${LEVELS[level] ?? level} ${component}: ${text}` };
 }
+
+const historyRow = ({ time, what, from, to, cause, who }) =>
+  ({ kind: "history", time, text: `${what}: ${from} -> ${to} (${cause}; ${who})` });
+
+const securityRow = ({ time, text, subject, origin }) =>
+  ({ kind: "security", time, text: `${text} ${subject ?? ""} ${origin ?? ""}` });
+
+// The changes and records that were not taken yet: the panel tells the newest ones each time.
+function newRows(phone) {
+  const { history: { changes } = { changes: [] }, security: { records } = { records: [] } } = phone;
+  const texts = changes.map((row) => JSON.stringify(row));
+  const newest = records.at(-1)?.number ?? 0;
+  const taken = newest < phone.record ? 0 : phone.record; // a new host begins with 1
+  const rows = [...changes.slice(texts.lastIndexOf(phone.change) + 1).map(historyRow),
+    ...records.filter(({ number }) => number > taken).map(securityRow)];
+  Object.assign(phone, { change: texts.at(-1), record: newest });
+  return rows;
+}
+
+const byTime = (one, other) => (one.time < other.time ? -1 : Number(one.time > other.time));
 
 function addEntry(phone, row) {
   phone.entries.push(row);
@@ -60,6 +84,11 @@ function take(message) {
     timeServer = message.timeServer;
     return;
   }
+  if (message.live) {
+    live = true;
+    for (const phone of phones) phone.entries = [...newRows(phone), ...phone.entries].sort(byTime);
+    return;
+  }
   const phone = phoneOf(message.telephone);
   if (message.entries) {
     for (const entry of message.entries) addEntry(phone, entryRow(entry));
@@ -67,13 +96,15 @@ function take(message) {
   }
   if (message.status) message.status.received = performance.now();
   Object.assign(phone, message);
+  if (live && (message.history || message.security)) newRows(phone).forEach((row) => addEntry(phone, row));
 }
 
 // The browser reconnects by itself; the panel then begins again with the present state.
 export function follow() {
   const source = new EventSource("/feed");
   source.onopen = () => {
-    for (const phone of phones) phone.entries = [];
+    live = false;
+    for (const phone of phones) Object.assign(phone, empty());
     connected(true);
   };
   source.onmessage = (event) => {
@@ -101,3 +132,12 @@ export async function post(target, asked) {
 
 // Carries out a verb of clockctl at the telephone, as an array of words.
 export const ask = (phone, words) => post("/request", { telephone: phone.number, words });
+
+// The same at all of them: the first one's answer, or which ones refused and why.
+export async function askAll(asked, words) {
+  const outcomes = await Promise.allSettled(asked.map((phone) => ask(phone, words)));
+  const refused = outcomes.flatMap(({ reason }, row) => !reason ? [] :
+    [asked.length > 1 ? `telephone ${asked[row].number + 1}: ${reason.message}` : reason.message]);
+  if (refused.length > 0) throw new Error(refused.join("; "));
+  return outcomes[0].value;
+}

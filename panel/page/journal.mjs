@@ -1,6 +1,6 @@
 // What came: events, log, history and security records in one list, of which only the visible rows
 // are drawn.
-import { html, useEffect, useMemo, useReducer, useRef, useState } from "./preact.mjs";
+import { html, useEffect, useLayoutEffect, useMemo, useReducer, useRef, useState } from "./preact.mjs";
 import { Section } from "./parts.mjs";
 
 const ROW = 24; // pixels, as in panel.css
@@ -8,12 +8,6 @@ const VISIBLE = 14; // rows
 const KINDS = ["event", "log", "detail", "history", "security"]; // detail: log lines below notes
 const AT_ONCE = 20000; // entries
 const SPEAK = 5000; // milliseconds
-
-const historyRow = ({ time, what, from, to, cause, who }) =>
-  ({ kind: "history", time, text: `${what}: ${from} -> ${to} (${cause}; ${who})` });
-
-const securityRow = ({ time, text, subject, origin }) =>
-  ({ kind: "security", time, text: `${text} ${subject ?? ""} ${origin ?? ""}` });
 
 const matches = (row, kinds, patterns) => kinds.has(row.kind) &&
   patterns.every((pattern) => pattern.test(row.text) || pattern.test(row.time) || pattern.test(row.kind));
@@ -35,18 +29,23 @@ function useMatching(entries, dropped, kinds, patterns) {
   return rows;
 }
 
-function List({ older, newer }) {
-  const count = older.length + newer.length;
+function List({ rows, count }) {
   const [top, setTop] = useState(0); // pixels
+  const list = useRef(null);
+  const before = useRef(count);
+  useLayoutEffect(() => { // what one reads stays where it is
+    if (list.current.scrollTop > 0) list.current.scrollTop += Math.max(0, count - before.current) * ROW;
+    before.current = count;
+  }, [count]);
   const first = Math.max(0, Math.min(Math.floor(top / ROW), count - VISIBLE));
   const shown = [];
   for (let i = first; i < Math.min(first + VISIBLE + 1, count); ++i) {
-    const row = newer[newer.length - 1 - i] ?? older[count - 1 - i]; // newest first
+    const row = rows[count - 1 - i]; // newest first
     shown.push(html`<li key=${count - i} style=${{ top: `${i * ROW}px` }}
       aria-setsize=${count} aria-posinset=${i + 1}>
       <span class="kind ${row.kind}">${row.kind}</span> <time>${row.time}</time> ${row.text}</li>`);
   }
-  return html`<div class="list" tabindex="0" role="region" aria-label="Entries"
+  return html`<div class="list" tabindex="0" role="region" aria-label="Entries" ref=${list}
       onScroll=${(event) => setTop(event.currentTarget.scrollTop)}>
     <ul style=${{ height: `${count * ROW}px` }}>${shown}</ul>
   </div>`;
@@ -67,9 +66,7 @@ export function Journal({ phone }) {
   const [words, setWords] = useState("");
   const patterns = useMemo(() => words.split(/\s+/).filter(Boolean)
     .map((word) => new RegExp(word.replace(/[^\w\s]/g, "\\$&"), "i")), [words]);
-  const older = useMemo(() => [...phone.security.records.map(securityRow), ...phone.history.changes.map(historyRow)]
-    .filter((row) => matches(row, kinds, patterns)), [phone.security, phone.history, kinds, patterns]);
-  const newer = useMatching(phone.entries, phone.dropped, kinds, patterns);
+  const rows = useMatching(phone.entries, phone.dropped, kinds, patterns);
   const toggle = (kind) => {
     const next = new Set(kinds);
     if (!next.delete(kind)) next.add(kind);
@@ -81,9 +78,9 @@ export function Journal({ phone }) {
         onInput=${(event) => setWords(event.target.value)} /></label>
       ${KINDS.map((kind) => html`<label><input type="checkbox" checked=${kinds.has(kind)}
         onChange=${() => toggle(kind)} /> ${kind}</label>`)}
-      <span data-test="rows">${older.length + newer.length} entries</span>
+      <span data-test="rows">${rows.length} entries</span>
     </div>
-    <${List} ...${{ older, newer }} />
+    <${List} key=${[words, ...kinds]} rows=${rows} count=${rows.length} />
     <${Spoken} phone=${phone} />
   <//>`;
 }

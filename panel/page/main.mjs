@@ -39,7 +39,8 @@ function Page() {
   return html`
     <header>
       <h1>Telephone clock</h1>
-      ${panelIsThere ? null : html`<p role="alert" class="missing">The panel is gone. Start it again.</p>`}
+      ${panelIsThere ? null : html`<p role="alert" class="missing">The panel is gone. If it does not come back,
+        ${" "}start it again, and open the address that it prints.</p>`}
     </header>
     <main>
       <div class="telephones">

@@ -1,6 +1,6 @@
 // Small parts that several views use.
 import { html, useEffect, useReducer, useState } from "./preact.mjs";
-import { ask } from "./feed.mjs";
+import { askAll } from "./feed.mjs";
 
 // A view's own clock: draws it again `times` a second.
 export function useTick(times) {
@@ -28,11 +28,10 @@ export function useAction() {
   return [run, answer];
 }
 
-// [send, answer]: send(words) asks every telephone of the list, and returns the first one's answer.
+// [send, answer]: send(...words) asks all these telephones, and returns the first one's answer.
 export function useRequest(phones) {
   const [run, answer] = useAction();
-  const send = (...words) => run(async () =>
-    (await Promise.all(phones.map((phone) => ask(phone, words))))[0]);
+  const send = (...words) => run(() => askAll(phones, words));
   return [send, answer];
 }
 

@@ -1,7 +1,7 @@
 // Lets time pass, and moves the clock.
 import { html, useState } from "./preact.mjs";
 import { Answer, Section, useRequest } from "./parts.mjs";
-import { instant, shownNow, utcText } from "./time.mjs";
+import { DAY, instant, localText, shownNow, utcText } from "./time.mjs";
 
 const SPEEDS = [["0", "pause"], ["1", "1x"], ["60", "60x"], ["3600", "3600x"], ["max", "max"]];
 const STEPS = [["1m", "+1 min"], ["1h", "+1 h"], ["1d", "+1 day"], ["next", "next timer"]];
@@ -21,16 +21,15 @@ function Buttons({ label, rows, pressed, act }) {
 }
 
 // Moves on through the year. It lets time pass, so nothing is skipped.
-function Scrubber({ send }) {
-  const [days, setDays] = useState(0);
-  const release = async () => {
-    if (days > 0) await send("clock", "advance", `${days}d`);
-    setDays(0);
-  };
-  return html`<label class="scrubber">let pass: ${days} days
-    <input type="range" min="0" max=${YEAR} value=${days} aria-label="Days to let pass"
-      onInput=${(event) => setDays(Number(event.target.value))} onChange=${release} />
-  </label>`;
+function Scrubber({ phone, send, busy }) {
+  const [days, setDays] = useState(1);
+  const day = localText(shownNow(phone) + days * DAY, phone.status.zone.offset).slice(0, 10);
+  return html`<div class="buttons" role="group" aria-label="Through the year">
+    <input type="range" min="1" max=${YEAR} value=${days} aria-label="Days to let pass" aria-valuetext="${days} days, to ${day}"
+      onInput=${(event) => setDays(Number(event.target.value))} />
+    <button type="button" disabled=${busy} onClick=${() => send("clock", "advance", `${days}d`)}>
+      Let ${days} ${days === 1 ? "day" : "days"} pass, to ${day}</button>
+  </div>`;
 }
 
 function Jump({ phone, send }) {
@@ -59,7 +58,7 @@ export function Passing({ phones }) {
     <${Buttons} label="Let pass" rows=${STEPS} act=${(word) => word === "next" ? send("clock", "next") : send("clock", "advance", word)} />
     <${Buttons} label="Go to ten seconds before" rows=${LANDMARKS}
       act=${(word) => send("clock", "to", word)} />
-    <${Scrubber} send=${send} />
+    <${Scrubber} ...${{ phone, send, busy: answer?.busy }} />
     <${Jump} phone=${phone} send=${send} />
     <${Answer} answer=${answer} />
   <//>`;

@@ -29,15 +29,15 @@ function useReplay() {
   const [shown, setShown] = useState(null); // {scenario, upTo, failed, output}
   const start = (scenario) => run(async () => {
     setShown({ scenario, upTo: 0 });
-    const { passed, line, output } = await post("/replay", { scenario });
-    const failed = passed ? 0 : line;
-    const last = passed ? scenario.trimEnd().split("\n").length : line;
+    const { passed, output } = await post("/replay", { scenario });
+    const failed = Number(/^scenario:(\d+):/.exec(output)?.[1] ?? 0);
+    const last = passed ? scenario.trimEnd().split("\n").length : failed;
     const pass = (upTo) => {
       setShown({ scenario, upTo, failed, output });
       if (upTo < last) requestAnimationFrame(() => pass(Math.min(last, upTo + Math.ceil(last / FRAMES))));
     };
     pass(0);
-    if (!passed) throw new Error(line ? `failed in line ${line}` : "failed");
+    if (!passed) throw new Error(failed ? `failed in line ${failed}` : "failed");
     return { note: `passed, all ${last} lines` };
   });
   return [start, shown, answer];
@@ -50,9 +50,9 @@ export function Scenarios({ phone }) {
   const file = useRef(null);
   const recording = phone.recording ?? false;
   const record = () => run(async () => {
-    const { scenario } = await post("/record", { telephone: phone.number, on: !recording });
+    const { scenario, said } = await post("/record", { telephone: phone.number, on: !recording });
     if (scenario !== undefined) setRecorded(scenario);
-    return { note: recording ? "recorded" : "recording" };
+    return { note: said ?? "recording" };
   });
   const take = async (files) => files.length > 0 && start(await files[0].text());
   const drop = (event) => {

@@ -1,6 +1,6 @@
 // The sixteen keys as a form.
 import { html, useEffect, useRef, useState } from "./preact.mjs";
-import { ask, catalogue } from "./feed.mjs";
+import { ask, askAll, catalogue } from "./feed.mjs";
 import { Answer, Section, useAction } from "./parts.mjs";
 import { MINUTE, localText, offsetText, shownNow, utcText } from "./time.mjs";
 import { dateText, nextChange, offsetOf, offsetValue, ruleText, timeText } from "./zones.mjs";
@@ -58,7 +58,7 @@ function Zones({ phone, id, value, setValue }) {
     ${zonesOf(phone).map((zone, number) => html`<label>
       <input type="radio" name=${id} value=${number} checked=${String(number) === value}
         onChange=${() => setValue(String(number))} />
-      <span>${zone} <small>${ruleText(number)}${number > 0 && `; next ${nextChange(number, now, offset, shift)}`}</small></span>
+      <span>${zone} <small>${[ruleText(number), nextChange(number, now, offset, shift)].filter(Boolean).join("; next ")}</small></span>
     </label>`)}
   </div>`;
 }
@@ -90,10 +90,11 @@ function Setting({ phones, row }) {
     event.preventDefault();
     run(async () => {
       const sent = row.key === OFFSET ? offsetValue(value) : value;
-      await Promise.all(phones.map((each) => ask(each, ["set", row.key, sent])));
+      await askAll(phones, ["set", row.key, sent]);
       setTyped(null);
       const kept = await ask(phone, ["get", row.key]);
-      return { note: `done, it is now "${kept.value}"; ${row.effect}` };
+      const where = phones.length > 1 ? ` at telephone ${phone.number + 1}` : "";
+      return { note: `done, it is now "${kept.value}"${where}; ${row.effect}` };
     });
   };
   if (!row.settable) {
@@ -113,9 +114,8 @@ function Setting({ phones, row }) {
 export function Settings({ phones }) {
   const [run, answer] = useAction();
   const groupOf = ({ key }) => GROUPS.find(([, pattern]) => pattern.test(key));
-  const all = (words) => Promise.all(phones.map((phone) => ask(phone, words)));
   const setAll = (values) => async () => {
-    for (const [key, value] of Object.entries(values)) await all(["set", key, value]);
+    for (const [key, value] of Object.entries(values)) await askAll(phones, ["set", key, value]);
   };
   return html`<${Section} title="Settings" name="settings">
     ${GROUPS.map((group) => html`<h3>${group[0]}</h3>
@@ -123,7 +123,7 @@ export function Settings({ phones }) {
         .map((row) => html`<${Setting} key=${row.key} phones=${phones} row=${row} />`)}`)}
     <h3>Defaults</h3>
     <div class="buttons">
-      <button type="button" onClick=${() => run(() => all(["reset"]))}>Reset the formats</button>
+      <button type="button" onClick=${() => run(() => askAll(phones, ["reset"]))}>Reset the formats</button>
       ${DEFAULTS.map((row) => html`<button type="button" onClick=${() => run(setAll(defaultsOf(row)))}>
         Defaults of variants ${row[0]}</button>`)}
     </div>

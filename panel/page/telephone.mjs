@@ -1,27 +1,10 @@
 // The telephone as its user sees it.
-import { html, useEffect, useState } from "./preact.mjs";
+import { html, useEffect } from "./preact.mjs";
 import { ask } from "./feed.mjs";
 import { useTick } from "./parts.mjs";
 import { MINUTE, localText, offsetText, shownNow } from "./time.mjs";
 
 const SPEED_WITH_MINUTES = 60; // up to this speed, each new minute is asked for
-
-// Asks for the telephone's own text when its minute ends, and for its other texts when one changes.
-function useTexts(phone) {
-  const [short, setShort] = useState("");
-  const { status } = phone;
-  const minute = Math.floor(shownNow(phone) / MINUTE);
-  const ticks = status.clock.speed > 0 && status.clock.speed <= SPEED_WITH_MINUTES;
-  useEffect(() => {
-    if (ticks) ask(phone, ["call", "getTime"]).catch(() => {});
-  }, [minute, ticks]);
-  useEffect(() => {
-    ask(phone, ["call", "getDateShort"])
-      .then((answer) => setShort(Object.values(answer.reply)[0]))
-      .catch(() => {});
-  }, [status.shown.time, status.shown.date]);
-  return short;
-}
 
 const ICONS = { // lines in a square of 24
   saved: "M4 3h13l3 3v15H4zM8 3v6h8V3M8 21v-7h8v7",
@@ -54,15 +37,18 @@ function Why({ status }) {
 
 export function Telephone({ phone }) {
   useTick(4);
-  const short = useTexts(phone);
   const { status } = phone;
   const now = shownNow(phone);
+  const minute = Math.floor(now / MINUTE);
+  useEffect(() => {
+    if (status.clock.speed > 0 && status.clock.speed <= SPEED_WITH_MINUTES) ask(phone, ["status"]).catch(() => {});
+  }, [minute]);
   const { offset } = status.zone;
   return html`<article class="telephone" aria-label="Telephone ${phone.number + 1}">
     <div class="display" role="timer" aria-label="Display">
       <div class="time" data-test="time">${status.shown.time}</div>
       <div class="date" data-test="date">${status.shown.date}</div>
-      <div class="short">${short}</div>
+      <div class="short">${status.shown.dateShort}</div>
     </div>
     <div class="about">
     <p class="exact"><span data-test="local">${localText(now, offset)}</span> ${offsetText(offset)}</p>

@@ -3,6 +3,7 @@
 export const MINUTE = 60;
 export const HOUR = 3600;
 export const DAY = 86400;
+const MOST_DELAY = 0.5; // seconds
 
 export const instant = (text) => Date.parse(text) / 1000;
 
@@ -28,15 +29,16 @@ export function durationText(seconds) {
   return rest < DAY ? time : `${Math.floor(rest / DAY)} d ${time}`;
 }
 
-// What the telephone's clock shows by now. A sample is cut to a second, so an estimate that lies
-// within the sampled second stays as it is: the display does not step back.
+// What the telephone's clock shows by now. A sample is cut to a second, and takes a moment to come,
+// so an estimate a little ahead of it stays as it is: the display does not step back.
 export function shownNow(phone) {
   const { status } = phone;
-  const speed = status.clock.speed ?? 0; // "as fast as it goes": only what was received
+  const speed = (phone.attached?.attached && status.clock.speed) || 0; // "as fast as it goes": only what was received
   const since = (performance.now() - status.received) / 1000;
   const sample = instant(status.shown.utc) + since * speed;
   const estimate = phone.estimate ? phone.estimate(performance.now()) : sample;
-  if (speed === 0 || Math.abs(estimate - sample) > 1 || phone.estimatedSpeed !== speed) {
+  const ahead = estimate - sample;
+  if (speed === 0 || ahead < 0 || ahead > 1 + speed * MOST_DELAY || phone.estimatedSpeed !== speed) {
     const start = performance.now();
     phone.estimate = (now) => sample + ((now - start) / 1000) * speed;
     phone.estimatedSpeed = speed;

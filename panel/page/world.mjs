@@ -50,7 +50,7 @@ export function World({ phones }) {
     <${TimeServer} send=${send} />
     <dl>
       <dt>time server</dt><dd>${status.ntp.server || "none"}</dd>
-      <dt>NTP client</dt><dd>${status.ntp.process ?? "not running"}</dd>
+      <dt>NTP client</dt><dd>${status.ntp.process ? `process ${status.ntp.process}: ${status.ntp.command}` : "not running"}</dd>
       <dt>it said</dt><dd>${status.ntp.said ?? "nothing yet"}</dd>
     </dl>
     <${Answer} answer=${answer} />

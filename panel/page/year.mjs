@@ -68,10 +68,11 @@ function Plot({ label, hint, data, options, marks, hours, describe }) {
   }, [options]);
   useEffect(() => plot.current?.setData(data), [data]);
   const step = (event) => {
-    const by = { ArrowLeft: -STEP, ArrowRight: STEP }[event.key];
+    const width = plot.current.over.clientWidth;
+    const by = { ArrowLeft: -STEP, ArrowRight: STEP, PageDown: -width / 10, PageUp: width / 10, Home: -width, End: width }[event.key];
     if (!by) return;
     event.preventDefault();
-    plot.current.setCursor({ left: Math.min(plot.current.over.clientWidth, Math.max(0, at.left + by)), top: 0 });
+    plot.current.setCursor({ left: Math.min(width, Math.max(0, at.left + by)), top: 0 });
   };
   return html`<div class="plot" role="slider" tabindex="0" aria-label=${label} aria-valuemin="0" aria-valuemax="100"
       aria-valuenow=${Math.round(100 * at.left / at.width)} aria-valuetext=${at.text || "arrow keys move through it"} onKeyDown=${step}
@@ -113,18 +114,20 @@ const yearMarks = (phone) => [
 function yearData(offsets) {
   const [{ seconds }] = offsets;
   const rows = [{ seconds: seconds - PAST, offset: null }, ...offsets,
-    { seconds: seconds + 365 * DAY, offset: offsets[offsets.length - 1].offset }];
+    { seconds: seconds + 366 * DAY, offset: offsets[offsets.length - 1].offset }];
   return [rows.map((row) => row.seconds), rows.map(({ offset }) => (offset === null ? null : offset / HOUR))];
 }
 
 // Local time of day against UTC: a change is a gap or a fold.
 function changeData({ seconds, before, after }) {
   const times = [];
-  const hours = [];
+  const hours = []; // since the midnight before the first
+  const first = seconds - AROUND + before;
+  const midnight = first - first % DAY;
   for (let at = seconds - AROUND; at <= seconds + AROUND; at += MINUTE) {
     const offset = at < seconds ? before : after;
     times.push(at);
-    hours.push(((at + offset) % DAY) / HOUR);
+    hours.push((at + offset - midnight) / HOUR);
     if (at === seconds - MINUTE) {
       times.push(seconds - 1);
       hours.push(null);
@@ -155,7 +158,7 @@ export function Year({ phone }) {
   const [chosen, choose] = useState(0);
   const [send, answer] = useRequest([phone]);
   // The first row is now, in each message another.
-  const key = JSON.stringify(offsets.slice(1));
+  const key = JSON.stringify([offsets[0].offset, offsets.slice(1)]);
   const changes = useMemo(() => changesOf(offsets), [key]);
   const options = useMemo(() => [yearOptions(), changeOptions()], [phone.number]);
   const data = useMemo(() => yearData(offsets), [key, Math.floor(offsets[0].seconds / DAY)]);

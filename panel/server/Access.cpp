@@ -25,11 +25,6 @@ bool sameSecret(std::string_view one, std::string_view other) {
   return differing == 0;
 }
 
-std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  return text;
-}
-
 constexpr std::string_view kEntrance = "/?token=";
 
 }  // namespace
@@ -42,12 +37,11 @@ Access::Access(std::string authority, std::string token)
 Access::Verdict Access::check(const RequestHead& request) const {
   if (!isOwnAuthority(request.host)) return Verdict::wrongHost;
   constexpr std::string_view kScheme = "http://";
-  const bool foreign =
-      request.origin.substr(0, kScheme.size()) != kScheme ||
-      !isOwnAuthority(request.origin.substr(std::min(kScheme.size(), request.origin.size())));
+  const bool foreign = !request.origin.starts_with(kScheme) ||
+                       !isOwnAuthority(request.origin.substr(kScheme.size()));
   // A browser tells the origin of each request that changes something.
   if (request.origin.empty() ? request.method != "GET" : foreign) return Verdict::wrongOrigin;
-  if (request.method == "GET" && request.target.substr(0, kEntrance.size()) == kEntrance &&
+  if (request.method == "GET" && request.target.starts_with(kEntrance) &&
       sameSecret(request.target.substr(kEntrance.size()), m_token)) {
     return Verdict::enter;
   }
@@ -71,9 +65,9 @@ bool Access::isOwnAuthority(std::string_view authority) const {
 bool Access::hasCookie(std::string_view cookies) const {
   for (;;) {
     const std::size_t end = cookies.find(';');
-    if (sameSecret(trimmed(cookies.substr(0, end)), m_cookie)) return true;
+    if (sameSecret(cookies.substr(0, end), m_cookie)) return true;
     if (end == std::string_view::npos) return false;
-    cookies.remove_prefix(end + 1);
+    cookies.remove_prefix(std::min(cookies.find_first_not_of(' ', end + 1), cookies.size()));
   }
 }
 

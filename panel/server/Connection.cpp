@@ -5,8 +5,10 @@
 #include <boost/beast/core/flat_buffer.hpp>
 #include <chrono>
 #include <deque>
+#include <limits>
 #include <memory>
 #include <optional>
+#include <sstream>
 
 namespace panel {
 namespace {
@@ -26,12 +28,18 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
   EventStream(Stream stream, std::shared_ptr<std::size_t> count)
       : m_stream(std::move(stream)), m_count(std::move(count)) {}
 
-  void open(Site& site) {
-    add(std::make_shared<const std::string>(
-        "HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\nCache-Control: no-store\r\n"
-        "Connection: close\r\n\r\nretry: 500\n\n"));
+  void open(const Site& site) {
+    Response head = responseOf(http::status::ok, "text/event-stream", "retry: 500\n\n");
+    head.keep_alive(false);
+    std::ostringstream text;
+    text << head;
+    add(std::make_shared<const std::string>(text.str()));
     watchEnd();
-    site.follow([self = shared_from_this()](const auto& message) { return self->add(message); });
+    site.follow([stream = weak_from_this()](const Message& message) {
+      const auto self = stream.lock();
+      return self && self->add(message);
+    });
+    m_limit = m_unread + kMostUnread;
   }
 
  private:
@@ -39,7 +47,7 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
 
   bool add(const Message& message) {
     m_unread += message->size();
-    if (m_closed || m_unread > kMostUnread) return close();
+    if (m_closed || m_unread > m_limit) return close();
     m_messages.push_back(message);
     if (m_messages.size() == 1) write();
     return true;
@@ -79,14 +87,15 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
   Stream m_stream;
   const std::shared_ptr<std::size_t> m_count;
   std::deque<Message> m_messages;
-  std::size_t m_unread = 0;  // bytes
+  std::size_t m_unread = 0;                                       // bytes
+  std::size_t m_limit = std::numeric_limits<std::size_t>::max();  // the start may be long
   std::array<char, 1> m_byte{};
   bool m_closed = false;
 };
 
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  Connection(boost::asio::generic::stream_protocol::socket socket, Site& site,
+  Connection(boost::asio::generic::stream_protocol::socket socket, const Site& site,
              std::shared_ptr<std::size_t> count)
       : m_stream(std::move(socket)), m_site(site), m_count(std::move(count)) {
     ++*m_count;
@@ -123,8 +132,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     if (error) return end(error);
     m_stream.expires_never();
     const Request request = m_parser->release();
-    m_keep = request.keep_alive();
-    if (m_site.isFeed(request)) {
+    // The body of an answer to HEAD, which is none, would be read as the next answer.
+    m_keep = request.keep_alive() && request.method() != http::verb::head;
+    if (request.method() == http::verb::get && request.target() == "/feed") {
       m_streams = true;
       const auto counted = std::shared_ptr<std::size_t>(
           m_count.get(), [count = m_count](const std::size_t*) { --*count; });
@@ -148,8 +158,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   }
 
   void refuse(http::status status) {
-    Response response(status, 11);
-    response.body() = std::string(http::obsolete_reason(status)) + "\n";
+    Response response = lineResponse(status, std::string(http::obsolete_reason(status)));
     response.keep_alive(false);
     send(std::move(response));
   }
@@ -165,7 +174,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   }
 
   Stream m_stream;
-  Site& m_site;
+  const Site& m_site;
   const std::shared_ptr<std::size_t> m_count;
   beast::flat_buffer m_buffer;
   std::optional<http::request_parser<http::string_body>> m_parser;
@@ -177,7 +186,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
 }  // namespace
 
-void serve(boost::asio::generic::stream_protocol::socket socket, Site& site,
+void serve(boost::asio::generic::stream_protocol::socket socket, const Site& site,
            std::shared_ptr<std::size_t> count) {
   std::make_shared<Connection>(std::move(socket), site, std::move(count))->readHead();
 }

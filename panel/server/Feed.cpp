@@ -18,7 +18,7 @@ void Feed::add(Page page) {
   for (const Message& entry : m_entries) {
     if (!page(entry)) return;
   }
-  m_pages.push_back(std::move(page));
+  if (page(messageOf(R"({"live":true})"))) m_pages.push_back(std::move(page));
 }
 
 void Feed::tellState(const std::string& name, const std::string& json) {

@@ -12,8 +12,8 @@
 namespace panel {
 
 // What the pages are told, as server-sent events (HTML Standard, 9.2): the latest state of each
-// name, and the newest entries of the journal, which a page that comes later gets first. Owner: the
-// panel. Thread: the server's.
+// name, and the newest entries of the journal, which a page that comes later gets first, up to a
+// message {"live":true}. Owner: the panel. Thread: the server's.
 class Feed {
  public:
   static constexpr std::size_t kKept = std::size_t{512} << 10;  // bytes of the journal

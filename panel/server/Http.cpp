@@ -10,7 +10,7 @@ namespace {
 
 // No script but the panel's own, and nothing from elsewhere.
 constexpr const char* kContentPolicy =
-    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self' data:; "
+    "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
     "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
 
 }  // namespace

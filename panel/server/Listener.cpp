@@ -1,24 +1,24 @@
 #include "server/Listener.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include <fcntl.h>
+#include <sys/socket.h>
 
+#include <boost/asio/ip/tcp.hpp>
 #include <charconv>
 #include <chrono>
+#include <utility>
 
 #include "base/Error.h"
 #include "base/PrintableText.h"
-#include "server/Connection.h"
 
 namespace panel {
 namespace {
 
 using boost::asio::ip::tcp;
-using Local = boost::asio::local::stream_protocol;
 using boost::system::error_code;
 
 constexpr auto kPause = std::chrono::milliseconds(100);
-constexpr const char* kForms = "; use 127.0.0.1:PORT, [::1]:PORT or a file's path";
+constexpr const char* kForms = "; use 127.0.0.1:PORT, [::1]:PORT or a path with a slash";
 
 [[noreturn]] void refuse(const std::string& place, const std::string& why) {
   throw host::Error("cannot listen at " + host::quotedText(place) + ": " + why);
@@ -42,19 +42,6 @@ tcp::endpoint endpointOf(const std::string& place) {
   return {parsed, port};
 }
 
-// Removes the socket file of a panel that has ended.
-void removeUnused(boost::asio::io_context& context, const std::string& path) {
-  Local::socket probe(context);
-  error_code error;
-  probe.connect(Local::endpoint(path), error);
-  if (!error) refuse(path, "another program listens there; choose another file");
-  struct stat status {};
-  if (error == boost::asio::error::connection_refused && ::lstat(path.c_str(), &status) == 0 &&
-      S_ISSOCK(status.st_mode)) {
-    ::unlink(path.c_str());
-  }
-}
-
 tcp::acceptor listenTcp(boost::asio::io_context& context, const std::string& place) {
   const tcp::endpoint endpoint = endpointOf(place);
   try {
@@ -64,68 +51,39 @@ tcp::acceptor listenTcp(boost::asio::io_context& context, const std::string& pla
   }
 }
 
-Local::acceptor listenLocal(boost::asio::io_context& context, const std::string& path) {
-  try {
-    removeUnused(context, path);
-    Local::acceptor acceptor(context, Local());
-    const mode_t mask = ::umask(S_IRWXG | S_IRWXO);
-    error_code error;
-    acceptor.bind(Local::endpoint(path), error);
-    ::umask(mask);
-    if (error) refuse(path, error.message() + "; name a file in a folder that you may write to");
-    acceptor.listen();
-    return acceptor;
-  } catch (const boost::system::system_error& error) {
-    refuse(path, error.code().message() + "; name a shorter path in a folder of yours");
-  }
-}
-
-std::variant<tcp::acceptor, Local::acceptor> listenAt(boost::asio::io_context& context,
-                                                      const std::string& place) {
-  if (place.find('/') != std::string::npos) return listenLocal(context, place);
-  return listenTcp(context, place);
-}
-
-}  // namespace
-
-Listener::Listener(boost::asio::io_context& context, const std::string& place, Site& site)
-    : m_site(site),
-      m_pause(context),
-      m_socketFile(place.find('/') != std::string::npos ? place : ""),
-      m_acceptor(listenAt(context, place)) {}
-
-Listener::~Listener() {
-  if (!m_socketFile.empty()) ::unlink(m_socketFile.c_str());
-}
-
-void Listener::start() {
-  std::visit([this](auto& acceptor) { accept(acceptor); }, m_acceptor);
-}
-
-std::string Listener::authority() const {
-  if (!m_socketFile.empty()) return "localhost";
-  const tcp::endpoint endpoint = std::get<tcp::acceptor>(m_acceptor).local_endpoint();
+std::string authorityOf(const tcp::endpoint& endpoint) {
   const std::string address = endpoint.address().to_string();
   return (endpoint.address().is_v6() ? "[" + address + "]" : address) + ":" +
          std::to_string(endpoint.port());
 }
 
-template <class Acceptor>
-void Listener::accept(Acceptor& acceptor) {
-  acceptor.async_accept([this, &acceptor](error_code error, auto socket) {
-    if (error == boost::asio::error::operation_aborted) return;
-    if (error) return acceptLater(acceptor);
-    if (*m_count < kMostConnections) serve(std::move(socket), m_site, m_count);
-    accept(acceptor);
-  });
+}  // namespace
+
+Listener::Listener(boost::asio::io_context& context, const std::string& place, const Site& site)
+    : m_site(site), m_pause(context), m_acceptor(context) {
+  if (place.find('/') != std::string::npos) {
+    m_file.emplace(place);
+    m_acceptor.assign({AF_UNIX, 0}, ::fcntl(m_file->descriptor(), F_DUPFD_CLOEXEC, 0));
+  } else {
+    tcp::acceptor acceptor = listenTcp(context, place);
+    const tcp::endpoint endpoint = acceptor.local_endpoint();
+    m_authority = authorityOf(endpoint);
+    m_acceptor.assign(endpoint.protocol(), acceptor.release());
+  }
 }
 
-// No descriptor or no memory: some connection will end.
-template <class Acceptor>
-void Listener::acceptLater(Acceptor& acceptor) {
-  m_pause.expires_after(kPause);
-  m_pause.async_wait([this, &acceptor](error_code error) {
-    if (!error) accept(acceptor);
+void Listener::start() {
+  m_acceptor.async_accept([this](error_code error, Protocol::socket socket) {
+    if (error == boost::asio::error::operation_aborted) return;
+    if (!error) {
+      if (*m_count < kMostConnections) serve(std::move(socket), m_site, m_count);
+      return start();
+    }
+    // No descriptor or no memory: some connection will end.
+    m_pause.expires_after(kPause);
+    m_pause.async_wait([this](error_code ended) {
+      if (!ended) start();
+    });
   });
 }
 

@@ -47,10 +47,6 @@ pid_t spawn(const std::string& program, std::vector<std::string>& words, int out
   return process;
 }
 
-bool endsWith(const std::string& text, const std::string& end) {
-  return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 }  // namespace
 
 ChildProgram::ChildProgram(const std::filesystem::path& program,
@@ -70,7 +66,7 @@ ChildProgram::~ChildProgram() {
 }
 
 bool ChildProgram::readTo(const std::string& text, Deadline deadline) {
-  while (!endsWith(m_output, text) && m_pipe.valid()) {
+  while (!m_output.ends_with(text) && m_pipe.valid()) {
     if (!readSome(deadline)) return false;
   }
   return true;
@@ -80,8 +76,11 @@ void ChildProgram::interrupt() {
   if (m_process > 0) ::kill(m_process, SIGINT);
 }
 
-int ChildProgram::finish(Deadline deadline) {
-  while (m_pipe.valid() && readSome(deadline)) continue;
+int ChildProgram::finish(Deadline deadline, const std::stop_token& ending) {
+  {
+    const std::stop_callback atEnd(ending, [this] { ::kill(m_process, SIGKILL); });
+    while (m_pipe.valid() && readSome(deadline)) continue;
+  }
   if (m_pipe.valid()) ::kill(m_process, SIGKILL);
   int status = 0;
   while (::waitpid(m_process, &status, 0) < 0 && errno == EINTR) continue;

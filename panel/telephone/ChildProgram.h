@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -29,8 +30,8 @@ class ChildProgram {
   void interrupt();  // SIGINT
 
   // Reads the rest and waits. Returns the exit status, 128 and more for a signal. After the
-  // deadline it kills the child first.
-  [[nodiscard]] int finish(Deadline deadline);
+  // deadline, or at `ending`, it kills the child first.
+  [[nodiscard]] int finish(Deadline deadline, const std::stop_token& ending = {});
 
   [[nodiscard]] const std::string& output() const { return m_output; }  // at most 64 KiB of it
 

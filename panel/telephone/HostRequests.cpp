@@ -1,5 +1,7 @@
 #include "telephone/HostRequests.h"
 
+#include <sys/socket.h>
+
 #include <nlohmann/json.hpp>
 #include <vector>
 
@@ -42,13 +44,15 @@ Json call(const HostSockets& sockets, const Json& request) {
   return {{"ok", true}, {"method", name}, {"reply", host::parametersJson(*reply)}};
 }
 
-Json control(const HostSockets& sockets, const host::Verb& verb, Json request) {
+Json control(const HostSockets& sockets, const host::Verb& verb, Json request,
+             const std::stop_token& ending) {
   if (request.value("watch", false) || request.value("follow", false)) {
     throw UsageError(std::string(verb.name) +
                      " does not end by itself; the page follows it anyway");
   }
   if (request.contains("plot")) request["plot"] = true;  // the page draws it
   RemoteClient client(sockets.control);
+  const std::stop_callback hangUp(ending, [&] { ::shutdown(client.descriptor(), SHUT_RDWR); });
   const auto text =
       client.control(request.dump(), host::takesTime(verb, request) ? kMoveLimit : kAnswerLimit);
   if (!text) throw Error("no reply; the host is busy, or the clock is still moving");
@@ -65,14 +69,15 @@ Json objectIn(const std::string& text) {
   return answer;
 }
 
-Json answerOf(const HostSockets& sockets, std::span<const std::string> words) {
+Json answerOf(const HostSockets& sockets, std::span<const std::string> words,
+              const std::stop_token& ending) {
   const host::Verb& verb = host::verbOf(words);
   const Json request = host::checkedRequest(host::requestOf(verb, words));
   switch (verb.route) {
     case host::Verb::Route::call:
       return call(sockets, request);
     case host::Verb::Route::control:
-      return control(sockets, verb, request);
+      return control(sockets, verb, request, ending);
     default:
       throw UsageError(std::string(verb.name) + " is for clockctl");
   }

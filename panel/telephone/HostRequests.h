@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <span>
+#include <stop_token>
 #include <string>
 
 #include "verbs/Json.h"
@@ -25,9 +26,11 @@ inline constexpr std::chrono::milliseconds kAnswerLimit = std::chrono::seconds(5
 // own, and returns what `clockctl --json` prints. Never writes a file. Blocks up to the verb's time
 // limit; thread: any. Throws host::Error or host::UsageError, one line: wrong words, a verb that
 // does not end by itself, no host, refused, no reply.
-[[nodiscard]] host::Json answerOf(const HostSockets& sockets, std::span<const std::string> words);
+// Ends early, with host::Error, when `ending` is.
+[[nodiscard]] host::Json answerOf(const HostSockets& sockets, std::span<const std::string> words,
+                                  const std::stop_token& ending);
 
-// The keys, methods and landmarks that a page needs to know for its forms.
+// The keys, which a page needs to know for its forms.
 [[nodiscard]] host::Json catalogue();
 
 }  // namespace panel

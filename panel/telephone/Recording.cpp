@@ -3,7 +3,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <csignal>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -11,14 +11,17 @@
 #include <string_view>
 
 #include "base/Error.h"
+#include "base/ReplaceAll.h"
 #include "base/WriteAll.h"
 
 namespace panel {
 namespace {
 
 constexpr const char* kMostSteps = "10000";  // of a recording that nobody ends
+const std::string kReady = "ready\n";
 constexpr auto kAnswer = std::chrono::seconds(10);
 constexpr auto kLongestReplay = std::chrono::seconds(60);
+constexpr int kKilled = 128 + SIGKILL;  // after that, or at the panel's end
 
 ChildProgram::Deadline after(std::chrono::seconds limit) {
   return std::chrono::steady_clock::now() + limit;
@@ -29,12 +32,6 @@ std::string reasonIn(std::string output) {
   while (!output.empty() && output.back() == '\n') output.pop_back();
   constexpr std::string_view kName = "clockctl: ";
   return output.rfind(kName, 0) == 0 ? output.substr(kName.size()) : output;
-}
-
-// The N of "FILE:N: ...", 0 if the output does not begin so.
-int lineIn(const std::string& output, const std::string& file) {
-  if (output.rfind(file + ":", 0) != 0) return 0;
-  return std::atoi(output.c_str() + file.size() + 1);
 }
 
 // A page has no files that a scenario could include. Quotes, and a byte-order mark, do not hide it.
@@ -50,56 +47,49 @@ void refuseIncludes(const std::string& scenario) {
   }
 }
 
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-    text.replace(at, from.size(), to);
-  }
-  return text;
+// A file in memory, which children of this process open by its path.
+host::Descriptor memoryFile(const std::string& text) {
+  host::Descriptor file(::memfd_create("scenario", MFD_CLOEXEC));
+  if (file.valid() && host::writeAll(file.get(), text)) return file;
+  throw host::Error("no memory for a scenario, or too many files are open");
+}
+
+std::string pathOf(const host::Descriptor& file) {
+  return "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(file.get());
 }
 
 }  // namespace
 
-MemoryFile::MemoryFile(const std::string& text) : m_file(::memfd_create("scenario", MFD_CLOEXEC)) {
-  if (!m_file.valid() || !host::writeAll(m_file.get(), text)) {
-    throw host::Error("no memory for a scenario, or too many files are open");
-  }
-}
-
-std::string MemoryFile::path() const {
-  return "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(m_file.get());
-}
-
-std::string MemoryFile::read() const {
-  std::ifstream file(path(), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 Recording::Recording(const HostSockets& sockets)
-    : m_recorder(programFolder() / "clockctl",
+    : m_file(memoryFile("")),
+      m_recorder(programFolder() / "clockctl",
                  {"--socket", sockets.call.string(), "--control-socket", sockets.control.string(),
-                  "record", m_file.path(), "--overwrite", "--count", kMostSteps}) {
-  const bool inTime = m_recorder.readTo("ready\n", after(kAnswer));
-  if (inTime && m_recorder.output() == "ready\n") return;
+                  "record", pathOf(m_file), "--overwrite", "--count", kMostSteps}) {
+  const bool inTime = m_recorder.readTo(kReady, after(kAnswer));
+  if (inTime && m_recorder.output() == kReady) return;
   throw host::Error(inTime ? reasonIn(m_recorder.output()) : "no reply; the host is busy");
 }
 
-std::string Recording::finish() {
+host::Json Recording::finish() {
   m_recorder.interrupt();
   static_cast<void>(m_recorder.finish(after(kAnswer)));
-  return m_file.read();
+  const std::string said = reasonIn(m_recorder.output().substr(kReady.size()));
+  std::ifstream file(pathOf(m_file), std::ios::binary);
+  return {{"scenario", std::string(std::istreambuf_iterator<char>(file), {})},
+          {"said", host::replaceAll(said, pathOf(m_file), "the recording")}};
 }
 
-host::Json replay(const std::string& scenario) {
+host::Json replay(const std::string& scenario, const std::stop_token& ending) {
   refuseIncludes(scenario);
-  const MemoryFile file(scenario);
-  ChildProgram runner(programFolder() / "clockhost", {"--scenario", file.path()});
-  const int status = runner.finish(after(kLongestReplay));
+  const host::Descriptor file = memoryFile(scenario);
+  ChildProgram runner(programFolder() / "clockhost", {"--scenario", pathOf(file)});
+  const int status = runner.finish(after(kLongestReplay), ending);
   if (status == 0) return {{"ok", true}, {"passed", true}};
-  if (status > 2) throw host::Error("the scenario took longer than a minute, and was stopped");
+  if (status == kKilled) throw host::Error("the scenario took longer than a minute");
+  if (status > 2) throw host::Error("clockhost ended with status " + std::to_string(status));
   return {{"ok", true},
           {"passed", false},
-          {"line", lineIn(runner.output(), file.path())},
-          {"output", replaced(runner.output(), file.path(), "scenario")}};
+          {"output", host::replaceAll(runner.output(), pathOf(file), "scenario")}};
 }
 
 }  // namespace panel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stop_token>
 #include <string>
 
 #include "base/Descriptor.h"
@@ -8,35 +9,22 @@
 
 namespace panel {
 
-// A file in memory, which children of this process open by its path. Owner: its creator. Thread:
-// one at a time. Failure: host::Error.
-class MemoryFile {
- public:
-  explicit MemoryFile(const std::string& text = "");
-
-  [[nodiscard]] std::string path() const;
-  [[nodiscard]] std::string read() const;
-
- private:
-  host::Descriptor m_file;
-};
-
 // A recording of one telephone by `clockctl record`, which is another process, so that it holds
 // what the page does, too. Owner: the panel. Thread: one at a time. Failure: host::Error, one line.
 class Recording {
  public:
   explicit Recording(const HostSockets& sockets);  // returns once no later step is missed
 
-  // Ends it. Returns the scenario.
-  [[nodiscard]] std::string finish();
+  // Ends it. {"scenario": TEXT, "said": what clockctl says of it, as why it ended earlier}
+  [[nodiscard]] host::Json finish();
 
  private:
-  MemoryFile m_file;
+  host::Descriptor m_file;  // in memory
   ChildProgram m_recorder;
 };
 
-// Runs a scenario in a telephone of its own. {"passed": true}, or {"passed": false, "line": its
-// number, 0 if none, "output": what clockhost prints}. Thread: any; blocks up to a minute.
-[[nodiscard]] host::Json replay(const std::string& scenario);
+// Runs a scenario in a telephone of its own. {"passed": true}, or {"passed": false, "output": what
+// clockhost prints}. Thread: any; blocks up to a minute, or until `ending`.
+[[nodiscard]] host::Json replay(const std::string& scenario, const std::stop_token& ending);
 
 }  // namespace panel

@@ -28,19 +28,11 @@ constexpr milliseconds kRefresh(200);  // shortest time between two readings of 
 constexpr milliseconds kAtLeast = std::chrono::seconds(2);  // another client may change the speed
 constexpr std::size_t kAtOnce = 500;  // events and lines between two readings of the state
 
-struct StateRequest {
-  const char* name;
-  const char* request;
-  bool recorded;  // it grows with each change of a setting
-};
+constexpr std::size_t kRecords = 100;  // of the security log, for a page that comes later
 
-// What a page shows, and the control request that reads it.
-constexpr StateRequest kStates[] = {
-    {"status", R"({"verb":"status"})", false},
-    {"upcoming", R"({"verb":"upcoming","plot":true})", false},
-    {"history", R"({"verb":"history"})", true},
-    {"security", R"({"verb":"security-log"})", true},
-};
+constexpr const char* kStatus = R"({"verb":"status"})";
+constexpr const char* kUpcoming = R"({"verb":"upcoming","plot":true})";
+constexpr const char* kHistory = R"({"verb":"history","count":200})";
 constexpr const char* kKeys = R"({"verb":"keys"})";
 
 Json entryOf(const host::ReceivedEvent& event) {
@@ -79,13 +71,15 @@ class Attachment {
 
   // The service logs each reading of a key, so the keys are read only when one may have changed.
   void readStates(const TelephoneWatch::Tell& tell) {
-    std::string recorded;
-    for (const StateRequest& state : kStates) {
-      const std::string text = read(state.request);
-      tell(state.name, objectIn(text));
-      if (state.recorded) recorded += text;
-    }
-    if (std::exchange(m_recorded, recorded) != recorded) tell("keys", objectIn(read(kKeys)));
+    tell("status", objectIn(read(kStatus)));
+    tell("upcoming", objectIn(read(kUpcoming)));
+    std::string history = read(kHistory);
+    const bool changed = readRecords() || history != m_history;
+    if (!changed) return;
+    tell("history", objectIn(history));
+    tell("security", {{"records", m_records}});
+    tell("keys", objectIn(read(kKeys)));
+    m_history = std::move(history);
   }
 
   [[nodiscard]] std::array<int, 2> descriptors() const {
@@ -93,7 +87,24 @@ class Attachment {
   }
 
  private:
-  std::string read(const char* request) {
+  // Reads on in the security log, which is given in parts, oldest first. False: nothing new.
+  bool readRecords() {
+    const std::int64_t before = m_after;
+    for (bool more = true; more;) {
+      if (m_records.size() > kRecords)
+        m_records.erase(m_records.begin(), m_records.end() - kRecords);
+      const Json request = {{"verb", "security-log"}, {"after", m_after}};
+      const Json part = objectIn(read(request.dump()));
+      for (const Json& record : part.at("records")) {
+        m_after = record.at("number");
+        m_records.push_back(record);
+      }
+      more = part.contains("after");
+    }
+    return m_after != before;
+  }
+
+  std::string read(const std::string& request) {
     const auto text = m_control.control(request, kAnswerLimit);
     if (!text) throw Error("no reply; the host is busy or stopped");
     return *text;
@@ -102,7 +113,9 @@ class Attachment {
   RemoteClient m_control;
   RemoteClient m_calls;
   std::uint32_t m_log = 0;
-  std::string m_recorded;  // as it was when the keys were read
+  std::string m_history;  // as it was when the keys were read
+  std::int64_t m_after = 0;
+  Json m_records = Json::array();  // up to that number
 };
 
 }  // namespace
@@ -133,7 +146,7 @@ void TelephoneWatch::run() {
       // A host at full speed drops who is slower, and is there again.
       if (std::exchange(m_attached, false)) continue;
       m_tell("attached", {{"attached", false}, {"why", error.what()}});
-      wait(-1, -1, static_cast<int>(kSearch.count()));
+      wait({-1, -1}, kSearch);
     }
   }
 }
@@ -143,12 +156,11 @@ void TelephoneWatch::follow() {
   host.readStates(m_tell);
   m_attached = true;
   m_tell("attached", {{"attached", true}});
-  const auto [control, calls] = host.descriptors();
   auto last = SteadyClock::now();
   for (bool changed = false; !m_ending;) {
     const auto due = last + (changed ? kRefresh : kAtLeast);
     const auto left = std::chrono::ceil<milliseconds>(due - SteadyClock::now());
-    if (left > milliseconds(0)) wait(control, calls, static_cast<int>(left.count()));
+    if (left > milliseconds(0)) wait(host.descriptors(), left);
     eventfd_t pokes = 0;
     if (::eventfd_read(m_wake.get(), &pokes) == 0) changed = true;
     if (host.readEntries(m_tell)) changed = true;
@@ -159,10 +171,10 @@ void TelephoneWatch::follow() {
   }
 }
 
-void TelephoneWatch::wait(int descriptor, int other, int milliseconds) {
+void TelephoneWatch::wait(std::array<int, 2> others, milliseconds limit) {
   std::array<pollfd, 3> polled{
-      {{m_wake.get(), POLLIN, 0}, {descriptor, POLLIN, 0}, {other, POLLIN, 0}}};
-  ::poll(polled.data(), polled.size(), milliseconds);
+      {{m_wake.get(), POLLIN, 0}, {others[0], POLLIN, 0}, {others[1], POLLIN, 0}}};
+  ::poll(polled.data(), polled.size(), static_cast<int>(limit.count()));
 }
 
 }  // namespace panel

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <thread>
@@ -30,7 +32,7 @@ class TelephoneWatch {
  private:
   void run();
   void follow();
-  void wait(int descriptor, int other, int milliseconds);
+  void wait(std::array<int, 2> others, std::chrono::milliseconds limit);
 
   const HostSockets m_sockets;
   const Tell m_tell;

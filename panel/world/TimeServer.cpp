@@ -19,9 +19,10 @@ constexpr std::int64_t kNtpEpoch = 2208988800;  // seconds from 1900 to 1970
 
 // Seconds since 1900, and 2^-32 seconds. After 2036 it wraps, as RFC 4330, 3 has it.
 void putTime(unsigned char* at, std::chrono::nanoseconds sinceEpoch) {
-  constexpr std::int64_t kSecond = 1000000000;
-  const auto seconds = static_cast<std::uint64_t>(sinceEpoch.count() / kSecond + kNtpEpoch);
-  const auto rest = static_cast<std::uint64_t>(sinceEpoch.count() % kSecond);
+  constexpr std::uint64_t kSecond = 1000000000;
+  const auto whole = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
+  const auto seconds = static_cast<std::uint64_t>(whole.count() + kNtpEpoch);
+  const auto rest = static_cast<std::uint64_t>((sinceEpoch - whole).count());
   const std::uint64_t value = (seconds << 32U) | ((rest << 32U) / kSecond);
   for (unsigned i = 0; i < 8; ++i) {
     at[i] = static_cast<unsigned char>(value >> (8 * (7 - i)));

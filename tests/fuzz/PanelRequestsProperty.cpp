@@ -82,7 +82,7 @@ void use(const Request& request) {
   static LonePanel lone;
   if (const auto refusal = lone.panel.refusal(request)) return holdAnswer(*refusal);
   holdPassed(request);
-  if (lone.panel.isFeed(request) || startsProgram(request)) return;
+  if (startsProgram(request)) return;
   std::optional<Response> answer;
   lone.panel.answer(request, [&answer](Response response) { answer = std::move(response); });
   hold(answer.has_value(), "a request without a telephone is answered at once");

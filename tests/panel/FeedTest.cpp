@@ -10,6 +10,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
+// What a page gets after what came before it.
+constexpr const char* kLive = "data: {\"live\":true}\n\n";
+
 class TheFeed : public testing::Test {
  protected:
   // Adds a page that keeps what it gets, and reads as many messages as `most`.
@@ -33,32 +36,32 @@ TEST_F(TheFeed, TellsEachPage) {
   auto& one = addPage();
   auto& other = addPage();
   feed.tellEntries("{}");
-  EXPECT_THAT(one, ElementsAre("data: {}\n\n"));
-  EXPECT_THAT(other, ElementsAre("data: {}\n\n"));
+  EXPECT_THAT(one, ElementsAre(kLive, "data: {}\n\n"));
+  EXPECT_THAT(other, ElementsAre(kLive, "data: {}\n\n"));
 }
 
 TEST_F(TheFeed, TellsALaterPageTheLatestStatesAndThenTheEntries) {
   feed.tellEntries("3");
   feed.tellState("a", "1");
   feed.tellState("a", "2");
-  EXPECT_THAT(addPage(), ElementsAre("data: 2\n\n", "data: 3\n\n"));
+  EXPECT_THAT(addPage(), ElementsAre("data: 2\n\n", "data: 3\n\n", kLive));
 }
 
 TEST_F(TheFeed, DoesNotRepeatAStateThatIsTheSame) {
   auto& page = addPage();
   feed.tellState("a", "1");
   feed.tellState("a", "1");
-  EXPECT_THAT(page, ElementsAre("data: 1\n\n"));
+  EXPECT_THAT(page, ElementsAre(kLive, "data: 1\n\n"));
 }
 
 TEST_F(TheFeed, KeepsTheNewestEntries) {
   constexpr std::size_t kHalf = Feed::kKept / 2 - 8;  // with "data: " and two line ends
   for (const char each : {'a', 'b', 'c'}) feed.tellEntries(std::string(kHalf, each));
-  EXPECT_THAT(addPage(), ElementsAre(StartsWith("data: b"), StartsWith("data: c")));
+  EXPECT_THAT(addPage(), ElementsAre(StartsWith("data: b"), StartsWith("data: c"), kLive));
 }
 
 TEST_F(TheFeed, ForgetsAPageThatDoesNotRead) {
-  addPage(1);
+  addPage(2);
   feed.tellEntries("1");
   EXPECT_EQ(feed.pages(), 1U);
   feed.tellEntries("2");

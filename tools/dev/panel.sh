@@ -31,5 +31,9 @@ open_address() {
 need run panel
 configure default
 build default ClockService clockhost clockctl ntpclient clockpanel
-if ! "$programs/clockctl" status >/dev/null 2>&1; then start_host; fi
-"$programs/clockpanel" --time-server "$time_server" "$@" > >(open_address; cat)
+options=()
+if ! "$programs/clockctl" status >/dev/null 2>&1; then
+  start_host
+  options=(--time-server "$time_server")
+fi
+"$programs/clockpanel" "${options[@]}" "$@" > >(open_address; cat)
