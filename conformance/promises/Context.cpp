@@ -24,6 +24,10 @@ class ContextPromise : public conformance::Promise {
  protected:
   Context& context() { return platform().context(); }
   void pass(milliseconds duration) { platform().passTime(duration); }
+  Ids expiredAfter(milliseconds duration) {
+    pass(duration);
+    return m_owner.expired;
+  }
 
   int timer(unsigned period) { return context().createTimer(m_owner, period); }
   int startedTimer(unsigned period) {
@@ -54,15 +58,13 @@ TEST_F(ContextPromise, ServicesHaveTheirInterfaces) {
 TEST_F(ContextPromise, CreatesTimersStopped) {
   promises("A stopped one-shot timer");
   EXPECT_GT(timer(1000), 0);
-  pass(hours{1});
-  EXPECT_EQ(m_owner.expired, Ids{});
+  EXPECT_EQ(expiredAfter(hours{1}), Ids{});
 }
 
 TEST_F(ContextPromise, TimersExpireOnce) {
   promises("A stopped one-shot timer whose expiry calls owner.timerEvent(id)");
   const int id = startedTimer(1000);
-  pass(hours{1});
-  EXPECT_EQ(m_owner.expired, Ids{id});
+  EXPECT_EQ(expiredAfter(hours{1}), Ids{id});
 }
 
 TEST_F(ContextPromise, TimersExpireAtTheirOwners) {
@@ -71,8 +73,7 @@ TEST_F(ContextPromise, TimersExpireAtTheirOwners) {
   const int own = startedTimer(1000);
   const int others = context().createTimer(other, 1000);
   context().startTimer(others);
-  pass(seconds{1});
-  EXPECT_EQ(m_owner.expired, Ids{own});
+  EXPECT_EQ(expiredAfter(seconds{1}), Ids{own});
   EXPECT_EQ(other.expired, Ids{others});
 }
 
@@ -91,10 +92,8 @@ TEST_F(ContextPromise, TimersExpireOnTheFrameworkThread) {
 TEST_F(ContextPromise, PeriodsAreMilliseconds) {
   promises("period: milliseconds from start to expiry.");
   const int id = startedTimer(1500);
-  pass(milliseconds{1499});
-  EXPECT_EQ(m_owner.expired, Ids{});
-  pass(milliseconds{1});
-  EXPECT_EQ(m_owner.expired, Ids{id});
+  EXPECT_EQ(expiredAfter(milliseconds{1499}), Ids{});
+  EXPECT_EQ(expiredAfter(milliseconds{1}), Ids{id});
 }
 
 // The clock saves its time every 12 hours.
@@ -102,10 +101,8 @@ TEST_F(ContextPromise, PeriodsMayBeLong) {
   promises("period: milliseconds from start to expiry.");
   const int id = startedTimer(43'200'000);
   startedTimer(4'294'967'295);
-  pass(hours{12} - milliseconds{1});
-  EXPECT_EQ(m_owner.expired, Ids{});
-  pass(milliseconds{1});
-  EXPECT_EQ(m_owner.expired, Ids{id});
+  EXPECT_EQ(expiredAfter(hours{12} - milliseconds{1}), Ids{});
+  EXPECT_EQ(expiredAfter(milliseconds{1}), Ids{id});
 }
 
 TEST_F(ContextPromise, IdsArePositiveAndNotReusedSoon) {
@@ -125,16 +122,14 @@ TEST_F(ContextPromise, EqualExpiriesComeInOrderOfCreation) {
   const int second = timer(10'000);
   const int third = timer(10'000);
   for (const int id : {third, first, second}) context().startTimer(id);
-  pass(seconds{10});
-  EXPECT_EQ(m_owner.expired, (Ids{first, second, third}));
+  EXPECT_EQ(expiredAfter(seconds{10}), (Ids{first, second, third}));
 }
 
 TEST_F(ContextPromise, EarlierExpiriesComeFirst) {
   promises("period: milliseconds from start to expiry.");
   const int late = startedTimer(20'000);
   const int early = startedTimer(10'000);
-  pass(seconds{20});
-  EXPECT_EQ(m_owner.expired, (Ids{early, late}));
+  EXPECT_EQ(expiredAfter(seconds{20}), (Ids{early, late}));
 }
 
 TEST_F(ContextPromise, StartArmsARunningTimerAgain) {
@@ -142,10 +137,8 @@ TEST_F(ContextPromise, StartArmsARunningTimerAgain) {
   const int id = startedTimer(10'000);
   pass(seconds{9});
   context().startTimer(id);
-  pass(milliseconds{9999});
-  EXPECT_EQ(m_owner.expired, Ids{});
-  pass(milliseconds{1});
-  EXPECT_EQ(m_owner.expired, Ids{id});
+  EXPECT_EQ(expiredAfter(milliseconds{9999}), Ids{});
+  EXPECT_EQ(expiredAfter(milliseconds{1}), Ids{id});
 }
 
 TEST_F(ContextPromise, AnExpiredTimerCanBeStartedInItsExpiry) {
@@ -154,10 +147,8 @@ TEST_F(ContextPromise, AnExpiredTimerCanBeStartedInItsExpiry) {
   m_owner.onTimer = [&](int timer) {
     if (m_owner.expired.size() < 3) context().startTimer(timer);
   };
-  pass(seconds{29});
-  EXPECT_EQ(m_owner.expired, (Ids{id, id}));
-  pass(seconds{10});
-  EXPECT_EQ(m_owner.expired, (Ids{id, id, id}));
+  EXPECT_EQ(expiredAfter(seconds{29}), (Ids{id, id}));
+  EXPECT_EQ(expiredAfter(seconds{10}), (Ids{id, id, id}));
 }
 
 TEST_F(ContextPromise, AStoppedTimerCanBeStartedAgain) {
@@ -167,11 +158,9 @@ TEST_F(ContextPromise, AStoppedTimerCanBeStartedAgain) {
     const int id = startedTimer(10'000);
     pass(seconds{4});
     (context().*stop)(id);
-    pass(seconds{100});
-    EXPECT_EQ(m_owner.expired, Ids{});
+    EXPECT_EQ(expiredAfter(seconds{100}), Ids{});
     context().startTimer(id);
-    pass(seconds{10});
-    EXPECT_EQ(m_owner.expired, Ids{id});
+    EXPECT_EQ(expiredAfter(seconds{10}), Ids{id});
   }
 }
 
@@ -180,8 +169,7 @@ TEST_F(ContextPromise, CancelDropsADueExpiry) {
   const int first = startedTimer(10'000);
   const int due = startedTimer(10'000);
   m_owner.onTimer = [&](int /*timer*/) { context().cancelTimer(due); };
-  pass(hours{1});
-  EXPECT_EQ(m_owner.expired, Ids{first});
+  EXPECT_EQ(expiredAfter(hours{1}), Ids{first});
 }
 
 TEST_F(ContextPromise, ADeletedTimerNeverExpires) {
@@ -194,8 +182,7 @@ TEST_F(ContextPromise, ADeletedTimerNeverExpires) {
   };
   pass(hours{1});
   for (const int id : {first, due, running}) context().startTimer(id);
-  pass(hours{1});
-  EXPECT_EQ(m_owner.expired, Ids{first});
+  EXPECT_EQ(expiredAfter(hours{1}), Ids{first});
 }
 
 TEST_F(ContextPromise, UnknownTimersAreIgnored) {
@@ -209,8 +196,7 @@ TEST_F(ContextPromise, UnknownTimersAreIgnored) {
     context().cancelTimer(id);
     context().deleteTimer(id);
   }
-  pass(hours{1});
-  EXPECT_EQ(m_owner.expired, Ids{known});
+  EXPECT_EQ(expiredAfter(hours{1}), Ids{known});
 }
 
 // The listener of the NTP reports does so.
@@ -224,8 +210,7 @@ TEST_F(ContextPromise, AnyThreadMayUseTimersAndLookUpServices) {
     context().deleteTimer(deleted);
     EXPECT_NE(context().getService("LocalMgmtIfc"), nullptr);
   }).join();
-  pass(seconds{10});
-  EXPECT_EQ(m_owner.expired, Ids{id});
+  EXPECT_EQ(expiredAfter(seconds{10}), Ids{id});
 }
 
 }  // namespace

@@ -1,14 +1,16 @@
 #include "Process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -31,6 +33,40 @@ std::vector<char*> wordPointers(Words& texts) {
 bool processExists(pid_t pid) {
   return kill(pid, 0) == 0 || errno != ESRCH;
 }
+
+// The reading end of a named pipe. Does not wait for ever, as a program that was not started never
+// writes.
+class PipeReader {
+ public:
+  explicit PipeReader(const std::string& path)
+      : m_pipe(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {}
+  ~PipeReader() { close(m_pipe); }
+  PipeReader(const PipeReader&) = delete;
+  PipeReader& operator=(const PipeReader&) = delete;
+
+  // Up to this text, or until the last writer has ended.
+  std::string read(const std::string& end = "") const {
+    std::string text;
+    while (end.empty() || text.find(end) == std::string::npos) {
+      pollfd waiting{m_pipe, POLLIN, 0};
+      const int ready = poll(&waiting, 1, 60'000);
+      if (ready < 0 && errno == EINTR) continue;
+      std::array<char, 4096> part{};
+      const ssize_t got = ready > 0 ? ::read(m_pipe, part.data(), part.size()) : -1;
+      EXPECT_GT(ready, 0) << "no output within a minute";
+      if (ready <= 0 || got == 0) break;
+      if (got > 0) text.append(part.data(), static_cast<std::size_t>(got));
+    }
+    return text;
+  }
+  bool hasEnded() const {
+    char byte = '\0';
+    return ::read(m_pipe, &byte, 1) == 0;
+  }
+
+ private:
+  const int m_pipe;
+};
 
 // Starts shells that write into a named pipe. The pipe ends when its last writer has ended.
 class ProcessPromise : public conformance::Promise {
@@ -60,18 +96,9 @@ class ProcessPromise : public conformance::Promise {
     const auto child = shell(script, std::move(environment), options, folder);
     const bool launched = child->launch() > 0;
     EXPECT_TRUE(launched);
-    return launched ? output() : "";  // without a writer, the pipe never ends
+    return launched ? output() : "";
   }
-  [[nodiscard]] std::string output() const { return conformance::contentOf(pipePath()); }
-
-  // Waits until the child prints "ready" first; returns the rest of its output.
-  [[nodiscard]] std::ifstream outputAfterReady() const {
-    std::ifstream pipe(pipePath());
-    std::string word;
-    pipe >> word;
-    EXPECT_EQ(word, "ready");
-    return pipe;
-  }
+  [[nodiscard]] std::string output() const { return PipeReader(pipePath()).read(); }
 
   [[nodiscard]] std::string pipePath() const { return m_folder / "pipe"; }
 
@@ -146,7 +173,8 @@ TEST_F(ProcessPromise, DestructionEndsAndReapsTheChild) {
   auto child = shell("echo ready; exec sleep 1000");
   const pid_t pid = child->launch();
   ASSERT_GT(pid, 0);
-  const std::ifstream pipe = outputAfterReady();
+  const PipeReader pipe(pipePath());
+  EXPECT_EQ(pipe.read("ready\n"), "ready\n");
   child.reset();
   EXPECT_FALSE(processExists(pid));
 }
@@ -156,7 +184,8 @@ TEST_F(ProcessPromise, DestructionEndsAChildThatIgnoresTermination) {
   auto child = shell("trap '' TERM; echo ready; while :; do sleep 1000; done");
   const pid_t pid = child->launch();
   ASSERT_GT(pid, 0);
-  const std::ifstream pipe = outputAfterReady();
+  const PipeReader pipe(pipePath());
+  EXPECT_EQ(pipe.read("ready\n"), "ready\n");
   child.reset();
   EXPECT_FALSE(processExists(pid));
 }
@@ -166,13 +195,10 @@ TEST_F(ProcessPromise, DestructionEndsTheGroup) {
   promises("together with its process group");
   auto child = shell("(trap '' TERM; echo ready; while :; do sleep 1000; done) & wait");
   ASSERT_GT(child->launch(), 0);
-  const int end = open(pipePath().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  const std::ifstream pipe = outputAfterReady();
+  const PipeReader pipe(pipePath());
+  EXPECT_EQ(pipe.read("ready\n"), "ready\n");
   child.reset();
-  char rest = '\0';
-  EXPECT_TRUE(
-      conformance::becomesTrue([&] { return read(end, &rest, 1) == 0; }, std::chrono::seconds{5}));
-  close(end);
+  EXPECT_TRUE(conformance::becomesTrue([&] { return pipe.hasEnded(); }, std::chrono::seconds{5}));
 }
 
 TEST_F(ProcessPromise, DestructionReapsAChildThatHasEnded) {

@@ -34,6 +34,10 @@ class XmlParserPromise : public conformance::Promise {
     m_notes.text.clear();
     return m_parser.parseMessage(document.data(), static_cast<int>(document.size()));
   }
+  std::string notesOf(const std::string& document) {
+    EXPECT_TRUE(parse(document));
+    return m_notes.text;
+  }
 
   ParserNotes m_notes;
   XmlParser m_parser{&m_notes, &ParserNotes::start, &ParserNotes::end, &ParserNotes::characters};
@@ -41,8 +45,7 @@ class XmlParserPromise : public conformance::Promise {
 
 TEST_F(XmlParserPromise, ReportsElementsInOrder) {
   promises("callbacks run inside parseMessage.");
-  EXPECT_TRUE(parse("<a><b></b><c/></a>"));
-  EXPECT_EQ(m_notes.text, "<a><b></b><c></c></a>");
+  EXPECT_EQ(notesOf("<a><b></b><c/></a>"), "<a><b></b><c></c></a>");
 }
 
 TEST_F(XmlParserPromise, PassesItsUserData) {
@@ -57,45 +60,38 @@ TEST_F(XmlParserPromise, PassesItsUserData) {
 
 TEST_F(XmlParserPromise, ReportsAttributes) {
   promises("attributes: name, value, name, value, ... null.");
-  EXPECT_TRUE(parse("<a k='v' l=\"w\"/>"));
-  EXPECT_EQ(m_notes.text, "<a k=v l=w></a>");
+  EXPECT_EQ(notesOf("<a k='v' l=\"w\"/>"), "<a k=v l=w></a>");
 }
 
 TEST_F(XmlParserPromise, ReportsTextInOnePiece) {
   promises("The character-data callback gets the text of an element in one piece");
-  EXPECT_TRUE(parse("<a>&lt;x&gt; &amp; y\nz&#13;&#x41;caf\xC3\xA9</a>"));
-  EXPECT_EQ(m_notes.text, "<a>\"<x> & y\nz\rAcaf\xC3\xA9\"</a>");
+  EXPECT_EQ(notesOf("<a>&lt;x&gt; &amp; y\nz&#13;&#x41;caf\xC3\xA9</a>"),
+            "<a>\"<x> & y\nz\rAcaf\xC3\xA9\"</a>");
   const std::string text(300'000, 'x');
-  EXPECT_TRUE(parse("<a>" + text + "</a>"));
-  EXPECT_EQ(m_notes.text, "<a>\"" + text + "\"</a>");
+  EXPECT_EQ(notesOf("<a>" + text + "</a>"), "<a>\"" + text + "\"</a>");
 }
 
 TEST_F(XmlParserPromise, ReportsCdataAndTextAroundOtherMarkup) {
   promises("The character-data callback gets the text of an element in one piece");
-  EXPECT_TRUE(parse("<a>x<![CDATA[<&>]]>y</a>"));
-  EXPECT_EQ(m_notes.text, "<a>\"x<&>y\"</a>");
-  EXPECT_TRUE(parse("<a>1<b>2</b>3<!-- no --><?no text?>4</a>"));
-  EXPECT_EQ(m_notes.text, "<a><b>\"2\"</b>\"134\"</a>");
+  EXPECT_EQ(notesOf("<a>x<![CDATA[<&>]]>y</a>"), "<a>\"x<&>y\"</a>");
+  EXPECT_EQ(notesOf("<a>1<b>2</b>3<!-- no --><?no text?>4</a>"), "<a><b>\"2\"</b>\"134\"</a>");
 }
 
 TEST_F(XmlParserPromise, ReportsTextJustBeforeTheEnd) {
   promises("just before the end callback");
-  EXPECT_TRUE(parse("<a>1<b/></a>"));
-  EXPECT_EQ(m_notes.text, "<a><b></b>\"1\"</a>");
+  EXPECT_EQ(notesOf("<a>1<b/></a>"), "<a><b></b>\"1\"</a>");
 }
 
 TEST_F(XmlParserPromise, ReportsNoEmptyText) {
   promises("and only if the text is not empty.");
-  EXPECT_TRUE(parse("<a></a>"));
-  EXPECT_EQ(m_notes.text, "<a></a>");
+  EXPECT_EQ(notesOf("<a></a>"), "<a></a>");
 }
 
 TEST_F(XmlParserPromise, ParsesAnotherDocument) {
   promises("May be called again with another document.");
   EXPECT_FALSE(parse("<a>"));
   EXPECT_TRUE(parse("<a>1</a>"));
-  EXPECT_TRUE(parse("<b>2</b>"));
-  EXPECT_EQ(m_notes.text, "<b>\"2\"</b>");
+  EXPECT_EQ(notesOf("<b>2</b>"), "<b>\"2\"</b>");
 }
 
 TEST_F(XmlParserPromise, TheLengthCounts) {

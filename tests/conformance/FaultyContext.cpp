@@ -161,6 +161,8 @@ FaultyContext::FaultyContext(Context& real) : m_real(real) {
       dynamic_cast<SecurityLogServiceIfc&>(*service("SecurityLogServiceIfc")));
 }
 
+FaultyContext::~FaultyContext() = default;
+
 Executable* FaultyContext::getService(const std::string& name) {
   const auto found = m_services.find(kWrongService.on() ? "LocalMgmtIfc" : name);
   if (found != m_services.end()) return found->second.get();

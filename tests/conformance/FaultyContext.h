@@ -68,6 +68,9 @@ class FaultySecurityLog final : public Executable, public SecurityLogServiceIfc 
 class FaultyContext final : public Context {
  public:
   explicit FaultyContext(Context& real);
+  ~FaultyContext();
+  FaultyContext(const FaultyContext&) = delete;
+  FaultyContext& operator=(const FaultyContext&) = delete;
 
   Executable* getService(const std::string& name) override;
   int createTimer(Executable& owner, unsigned int period) override;

@@ -86,6 +86,9 @@ class FaultyRemote::FaultyRequest final : public ProxyRequest {
   int m_sent = 0;
 };
 
+FaultyRemote::FaultyRemote(FrameworkContext& real) : m_real(real) {}
+FaultyRemote::~FaultyRemote() = default;
+
 MessageCodec* FaultyRemote::getCodec(const std::string& name) {
   MessageCodec* const real = m_real.getCodec(name);
   if (real == nullptr) return kDefaultCodec.on() ? m_real.getCodec("json") : nullptr;

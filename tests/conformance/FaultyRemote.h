@@ -17,7 +17,10 @@ namespace conformance {
 // outlives it.
 class FaultyRemote final : public FrameworkContext {
  public:
-  explicit FaultyRemote(FrameworkContext& real) : m_real(real) {}
+  explicit FaultyRemote(FrameworkContext& real);
+  ~FaultyRemote();
+  FaultyRemote(const FaultyRemote&) = delete;
+  FaultyRemote& operator=(const FaultyRemote&) = delete;
   MessageCodec* getCodec(const std::string& name) override;
   Proxy* createProxy(const std::string& interfaceName, const std::string& address) override;
 

@@ -4,8 +4,11 @@
 #include <sys/time.h>
 
 #include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <string>
+#include <utility>
 
 #include "ClientUtils.h"
 #include "ClockUtils.h"

@@ -10,8 +10,7 @@ namespace {
 
 using support::textOf;
 
-TEST(Method, StartsAsACallWithoutNameAndParameters) {
-  EXPECT_EQ(textOf(Method()), "call \n");
+TEST(Method, MayHaveNoName) {
   EXPECT_EQ(textOf(Method(nullptr, Method::reply)), "reply \n");
 }
 

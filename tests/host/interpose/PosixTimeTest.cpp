@@ -100,12 +100,6 @@ TEST_F(ProcessWithClock, SettimeofdayRefusesNoTimeAndAKernelTimeZone) {
   EXPECT_EQ(time(nullptr), 1'000'000'000);
 }
 
-TEST_F(ProcessWithClock, StimeJumps) {
-  const time_t seconds = 1'466'035'200;
-  EXPECT_EQ(stime(&seconds), 0);
-  EXPECT_EQ(m_clock.wall(), 1'466'035'200s);
-}
-
 TEST_F(ProcessWithClock, StimeRefusesNoTimeAndTimesBefore1970) {
   const time_t before = -1;
   EXPECT_EQ(stime(&before), -1);

@@ -54,7 +54,6 @@ const std::map<std::string, FakeDevice::Row>& FakeDevice::rows() {
       {"fail", &FakeDevice::fail},
       {"observeTimeEvents", &FakeDevice::observe},
       {"unobserveTimeEvents", &FakeDevice::unobserve},
-      {"makeProxyOf", &FakeDevice::makeProxyOf},
   };
   return rows;
 }
@@ -92,17 +91,6 @@ void FakeDevice::unobserve(Method&, Method& reply, const std::string& address) {
   const bool removed = found != m_observers.end();
   if (removed) m_observers.erase(found);
   reply.addBoolParameter("unobserveTimeEventsReturn", removed, Parameter::out);
-}
-
-void FakeDevice::makeProxyOf(Method& request, Method& reply, const std::string& address) {
-  std::string name;
-  if (!request.getStringParameter("interface", name, Parameter::in)) return;
-  Proxy* const one = m_context->createProxy(name, address);
-  Proxy* const other = m_context->createProxy(name, address);
-  reply.addBoolParameter("made", one != nullptr, Parameter::out);
-  reply.addBoolParameter("same", one == other, Parameter::out);
-  const bool elsewhere = m_context->createProxy(name, address + "0") != nullptr;
-  reply.addBoolParameter("elsewhere", elsewhere, Parameter::out);
 }
 
 int FakeDevice::notify(Method& method) {

@@ -59,7 +59,6 @@ class FakeDevice final : public Invoker {
   void fail(Method&, Method&, const std::string&);
   void observe(Method&, Method& reply, const std::string& address);
   void unobserve(Method&, Method& reply, const std::string& address);
-  void makeProxyOf(Method& request, Method& reply, const std::string& address);
 
   support::Part m_service;
   FrameworkContext* m_context = nullptr;

@@ -107,27 +107,6 @@ TEST(RemoteServer, SendsEventsToTheirObserversInOrder) {
   }
 }
 
-TEST(RemoteServer, HasOneProxyForEachPeerAndNoneForAnotherInterfaceOrPeer) {
-  ServerUnderTest server;
-  RemoteClient client(server.socket);
-  for (const auto& [name, made] :
-       {std::pair{"ClockServiceObserverIfc", "true"}, {"ClockServiceIfc", "false"}}) {
-    Method method("makeProxyOf", Method::call);
-    method.addStringParameter("interface", name, Parameter::in);
-    EXPECT_EQ(replyTo(client, method), "reply makeProxyOf\nout bool made=" + std::string(made) +
-                                           "\nout bool same=true\nout bool elsewhere=false\n");
-  }
-}
-
-TEST(RemoteServer, UnobserveRemovesWhatAnEarlierCallAdded) {
-  ServerUnderTest server;
-  RemoteClient client(server.socket);
-  EXPECT_TRUE(observe(client));
-  EXPECT_TRUE(unobserve(client));
-  EXPECT_FALSE(unobserve(client));
-  EXPECT_EQ(server.device.observers(), 0U);
-}
-
 TEST(RemoteServer, UnobservesADisconnectedPeerAndFreesItsProxy) {
   ServerUnderTest server;
   RemoteClient staying(server.socket);
