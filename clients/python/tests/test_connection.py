@@ -246,3 +246,8 @@ def test_a_host_that_does_not_read_ends_in_time(host: FakeHost, phone: Phone) ->
     with pytest.raises(HostGone, match="the host does not read its requests"):
         phone.set_alarm_clock("x" * 1_000_000)  # more than the socket holds
     blocked.set()
+
+
+def test_a_timeout_that_is_no_number(host: FakeHost, phone: Phone) -> None:
+    with pytest.raises(TypeError, match="the timeout is None; should be seconds"):
+        phone.events.wait_for(AlarmClock, timeout=None)  # type: ignore[arg-type]

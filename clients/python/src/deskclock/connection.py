@@ -219,6 +219,8 @@ class Connection:
 
 
 def _deadline(timeout: float) -> float:
+    if not isinstance(timeout, (int, float)):
+        raise TypeError(f"the timeout is {timeout!r}; should be seconds, such as 2.5 or math.inf")
     return time.monotonic() + timeout
 
 
