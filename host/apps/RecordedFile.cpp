@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <utility>
+#include <vector>
 
 #include "base/Error.h"
 #include "base/PrintableText.h"
@@ -54,6 +56,25 @@ void RecordedFile::add(const std::string& line) {
                 (whole ? "; the file holds all earlier steps" : ""));
   }
   m_size += static_cast<off_t>(line.size() + 1);
+}
+
+bool RecordedFile::commentFrom(std::size_t line) {
+  std::ifstream text(m_path, std::ios::binary);
+  off_t kept = 0;
+  std::string words;
+  for (std::size_t i = 1; i < line && std::getline(text, words); ++i) {
+    kept += static_cast<off_t>(words.size() + 1);
+  }
+  std::vector<std::string> rest;
+  while (std::getline(text, words)) rest.push_back(words);
+  if (rest.empty() || rest.front().starts_with('#')) return false;
+  if (::ftruncate(m_file.get(), kept) != 0 || ::lseek(m_file.get(), kept, SEEK_SET) != kept) {
+    throw Error(quoted(m_path) + " cannot be written: " + std::strerror(errno));
+  }
+  m_size = kept;
+  for (const std::string& each : rest)
+    add(each.starts_with('#') ? each : "# not replayed: " + each);
+  return true;
 }
 
 }  // namespace host

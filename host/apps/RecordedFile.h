@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
@@ -16,6 +17,12 @@ class RecordedFile {
   RecordedFile(std::filesystem::path path, bool overwrite);
 
   void add(const std::string& line);
+
+  // Makes that line, counted from 1, and all after it comments. False: there is none, or it is one
+  // already. Throws Error when the file cannot be read or written; it then ends before a line.
+  [[nodiscard]] bool commentFrom(std::size_t line);
+
+  [[nodiscard]] const std::filesystem::path& path() const { return m_path; }
 
  private:
   std::filesystem::path m_path;

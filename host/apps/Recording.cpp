@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "apps/RecordedFile.h"
+#include "apps/Replay.h"
 #include "apps/TimeLimit.h"
 #include "apps/Watching.h"
 #include "base/Error.h"
@@ -48,6 +49,11 @@ class Monitor {
       throw Error(
           "the last changes are not applied yet, since the clock is paused; let time pass, "
           "as with `clock advance 1s`");
+    }
+    if (m_begin.at("speed") == "max") {
+      throw Error(
+          "the clock runs at speed max, where years pass between two steps; set a speed, as with "
+          "`clock speed 3600`, then record");
     }
     if (!observeEvents(m_observer, m_limit)) throw Error("no reply; the host is busy");
   }
@@ -142,11 +148,28 @@ void follow(const Json& request, TerminationSignals& signals, Monitor& monitor,
   for (;;) {
     while (const auto item = monitor.next(milliseconds(0))) {
       recorder.add(*item);
-      if (count > 0 && recorder.steps() >= count) return;
+      if (recorder.ended() || (count > 0 && recorder.steps() >= count)) return;
     }
     if (limit.over() || !monitor.wait(signals, limit.left())) break;
   }
   monitor.readUntilNow([&](const Json& item) { recorder.add(item); });
+}
+
+std::string joined(const std::string& first, const std::string& second) {
+  return first.empty() || second.empty() ? first + second : first + "; " + second;
+}
+
+// Why the recording is not whole, apart from its replay.
+std::string endOf(const ScenarioRecorder& recorder, const std::string& path) {
+  std::string ended;
+  if (recorder.ended()) {
+    ended = "the clock got the speed max, which cannot be recorded; " + quotedText(path) +
+            " holds what was done before";
+  }
+  if (recorder.lost() == 0) return ended;
+  return joined(ended, std::to_string(recorder.lost()) + " frames are missing in " +
+                           quotedText(path) +
+                           ", since they came faster than they could be written");
 }
 
 // What the host sent before it died: another connection may have noticed that first.
@@ -172,13 +195,14 @@ void record(const Json& request, RemoteClient& control, const std::filesystem::p
   } catch (const HostGone& error) {
     addRest(monitor, recorder);
     recorder.finish();
-    throw HostGone(error.what() + ("; " + quotedText(path)) + " holds what was done before");
+    const std::string end =
+        error.what() + ("; " + quotedText(path)) + " holds what was done before";
+    throw HostGone(joined(end, keepWhatReplays(file, replayingHost())));
   }
   recorder.finish();
   print({{"steps", recorder.steps()}, {"events", recorder.events()}});
-  if (recorder.lost() == 0) return;
-  throw Error(std::to_string(recorder.lost()) + " frames are missing in " + quotedText(path) +
-              ", since they came faster than they could be written");
+  const std::string fault = joined(endOf(recorder, path), keepWhatReplays(file, replayingHost()));
+  if (!fault.empty()) throw Error(fault);
 }
 
 }  // namespace host

@@ -1,6 +1,7 @@
 #include "scenario/ScenarioRecorder.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -104,6 +105,8 @@ void ScenarioRecorder::add(const Json& entry) {
     m_write("# " + std::to_string(lost) + " frames are missing here");
   }
   if (!entry.contains("kind")) return;
+  m_ended = m_ended || std::isinf(speedOf(entry));
+  if (m_ended) return;
   const bool received = entry.at("direction") == "received";
   const bool replyToCall = m_call && !received && isSame(*m_call, entry);
   if (!replyToCall && m_call && received) endCall(nullptr);

@@ -47,6 +47,8 @@ class ScenarioRecorder {
   [[nodiscard]] std::size_t steps() const { return m_steps; }
   [[nodiscard]] std::size_t events() const { return m_events; }
   [[nodiscard]] std::uint64_t lost() const { return m_lost; }  // frames: the recording has a gap
+  // The clock got the speed max, where years pass between two steps: later entries are ignored.
+  [[nodiscard]] bool ended() const { return m_ended; }
 
  private:
   struct Request {
@@ -84,6 +86,7 @@ class ScenarioRecorder {
   std::size_t m_steps = 0;
   std::size_t m_events = 0;
   std::uint64_t m_lost = 0;
+  bool m_ended = false;
 };
 
 }  // namespace host

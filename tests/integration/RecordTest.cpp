@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Method.h"
@@ -54,8 +55,8 @@ class Record : public ::testing::Test {
 // What people and programs do, by a fixed seed: two clients, of which one controls.
 class Life {
  public:
-  explicit Life(const RestartableHost& host)
-      : m_calls(host.connect()), m_control(host.connectControl()) {}
+  explicit Life(const RestartableHost& host, unsigned seed = 5)
+      : m_random(seed), m_calls(host.connect()), m_control(host.connectControl()) {}
 
   void step() {
     switch (below(8)) {
@@ -122,7 +123,7 @@ class Life {
     control(request);
   }
 
-  std::mt19937 m_random{5};
+  std::mt19937 m_random;
   std::unique_ptr<host::RemoteClient> m_calls;
   std::unique_ptr<host::RemoteClient> m_control;
 };
@@ -175,6 +176,37 @@ TEST_P(RecordAtSpeed, ReplaysGreen) {
     ASSERT_EQ(m_host.ctl({"call", "getDate"}).status, 0);
   }
   EXPECT_EQ(end().status, 0);
+  expectReplay();
+}
+
+TEST_F(Record, TheSpeedMaxEndsIt) {
+  ASSERT_EQ(m_host.ctl({"clock", "speed", "1"}).status, 0);
+  start();
+  ASSERT_EQ(m_host.ctl({"call", "getTime"}).status, 0);
+  ASSERT_EQ(m_host.ctl({"clock", "speed", "max"}).status, 0);
+  Outcome outcome = m_recorder->wait();
+  ASSERT_TRUE(outcome.err.starts_with("ready\n"));
+  outcome.err.erase(0, 6);
+  outcome.out.clear();
+  expectOneLine(outcome, 1, {"the clock got the speed max", "holds what was done before"});
+  expectReplay();
+}
+
+// Whatever the threads of the host do at the same time: what does not replay is a comment.
+TEST_F(Record, SeveralClientsOfARunningClockReplayGreen) {
+  ASSERT_EQ(m_host.ctl({"clock", "speed", "60"}).status, 0);
+  start();
+  std::vector<std::thread> clients;
+  for (unsigned seed = 1; seed <= 3; ++seed) {
+    clients.emplace_back([this, seed] {
+      Life life(m_host, seed);
+      for (int i = 0; i < 60; ++i) life.step();
+    });
+  }
+  for (std::thread& client : clients) client.join();
+  const Outcome outcome = end();
+  EXPECT_TRUE(outcome.status == 0 || outcome.err.find("replay differed") != std::string::npos)
+      << outcome.err;
   expectReplay();
 }
 

@@ -195,6 +195,22 @@ TEST_F(Recorder, ATimeSetByHandThatRanBeforeIsNotExpected) {
   EXPECT_EQ(lines, Lines{"get time  # client-7"});
 }
 
+TEST_F(Recorder, TheSpeedMaxEndsIt) {
+  speed = "1";
+  request(kSet, 0);
+  answer(kDone, 0);
+  EXPECT_FALSE(recorder.ended());
+  taken();
+  speed = "max";
+  event(2 * kSecond);
+  EXPECT_TRUE(recorder.ended());
+  speed = "1";
+  request(kSet, 3 * kSecond);
+  answer(kDone, 3 * kSecond);
+  recorder.finish();
+  EXPECT_EQ(taken(), Lines());
+}
+
 TEST_F(Recorder, AnotherTimerDueAtTheSameInstantExpiresWithItsEvent) {
   request({{"verb", "clock"}, {"action", "next"}}, 0);
   answer(kDone, 1000);

@@ -1,0 +1,110 @@
+#include "apps/Replay.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <optional>
+
+#include "apps/RecordedFile.h"
+#include "base/Descriptor.h"
+#include "base/PrintableText.h"
+
+namespace host {
+namespace {
+
+// Where a replay failed, and why. line: from 1; 0: not known.
+struct Failure {
+  std::size_t line = 0;
+  std::string reason;
+};
+
+// The exit status and the output of a program; a failed start is an output, too.
+struct Result {
+  int status = -1;
+  std::string output;
+};
+
+std::string allOf(int pipe) {
+  std::string text;
+  std::array<char, 4096> part{};
+  for (;;) {
+    const ssize_t size = ::read(pipe, part.data(), part.size());
+    if (size > 0) text.append(part.data(), static_cast<std::size_t>(size));
+    if (size == 0 || (size < 0 && errno != EINTR)) return text;
+  }
+}
+
+Result resultOf(std::array<std::string, 3> words) {
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) return {-1, std::strerror(errno)};
+  const Descriptor output(ends[0]);
+  Descriptor input(ends[1]);
+  std::array<char*, 4> arguments{words[0].data(), words[1].data(), words[2].data(), nullptr};
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_adddup2(&actions, input.get(), STDOUT_FILENO);
+  ::posix_spawn_file_actions_adddup2(&actions, input.get(), STDERR_FILENO);
+  pid_t process = -1;
+  const int error =
+      ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+  ::posix_spawn_file_actions_destroy(&actions);
+  input.reset();
+  if (error != 0) return {-1, words[0] + ": " + std::strerror(error)};
+  Result result{-1, allOf(output.get())};
+  int status = 0;
+  while (::waitpid(process, &status, 0) < 0 && errno == EINTR) continue;
+  if (WIFEXITED(status)) result.status = WEXITSTATUS(status);
+  return result;
+}
+
+// The first line is "FILE:LINE: REASON".
+Failure failureIn(const std::string& output, const std::string& file) {
+  Failure failure{0, output.substr(0, output.find('\n'))};
+  const std::string before = escapedLine(file) + ':';
+  if (!failure.reason.starts_with(before)) return failure;
+  const char* const begin = failure.reason.data() + before.size();
+  const char* const end = failure.reason.data() + failure.reason.size();
+  const char* const rest = std::from_chars(begin, end, failure.line).ptr;
+  failure.reason = std::string(rest, end);
+  failure.reason.erase(0, failure.reason.find_first_not_of(": "));
+  return failure;
+}
+
+std::optional<Failure> failureOf(const std::filesystem::path& file,
+                                 const std::filesystem::path& clockhost) {
+  const std::string name = std::filesystem::absolute(file).string();
+  const Result result = resultOf({clockhost.string(), "--scenario", name});
+  if (result.status == 0) return std::nullopt;
+  return failureIn(result.output.empty() ? "the replay was stopped" : result.output, name);
+}
+
+}  // namespace
+
+std::filesystem::path replayingHost() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "clockhost";
+}
+
+std::string keepWhatReplays(RecordedFile& file, const std::filesystem::path& clockhost) {
+  if (!std::filesystem::is_regular_file(file.path())) return {};
+  const std::string name = quotedText(file.path().string());
+  std::string said;
+  while (const auto failure = failureOf(file.path(), clockhost)) {
+    if (failure->line == 0 || !file.commentFrom(failure->line)) {
+      return name + " could not be replayed: " + escapedLine(failure->reason) +
+             "; check it with `clockhost --scenario`";
+    }
+    said = name + " holds comments from line " + std::to_string(failure->line) +
+           " on, where its replay differed: " + failure->reason +
+           "; pause the clock, and let one program act at a time";
+  }
+  return said;
+}
+
+}  // namespace host
