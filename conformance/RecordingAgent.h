@@ -24,26 +24,26 @@ inline ManageableData recordOf(const std::string& key, const std::string& value)
   return record;
 }
 
-// An agent that records its calls as text, and accepts them unless it is told to refuse.
+// An agent that records its calls as text, and answers them. Its notes are of any thread.
 class RecordingAgent final : public MgmtAgentIfc {
  public:
   bool setData(ManageableData& record) override {
     note("set", record);
-    if (onSet) onSet();
-    return !refuses;
+    return answer();
   }
   bool getData(ManageableData& record) override {
     note("get", record);
-    if (!refuses) record.populate(record.getRootId(), "value of " + record.getRootId());
-    return !refuses;
+    const bool found = answer();
+    if (found) record.populate(record.getRootId(), valueOf(record.getRootId()));
+    return found;
   }
   void manageableDataChanged(ManageableData& record) override {
     note("changed", record);
-    if (onChange) onChange();
+    if (onChange) onChange(record);
   }
   bool resetUserData() override {
     note("reset", ManageableData());
-    return !refuses;
+    return answer();
   }
 
   // The calls since the last one of this.
@@ -57,9 +57,17 @@ class RecordingAgent final : public MgmtAgentIfc {
     return m_threads;
   }
 
-  bool refuses = false;
-  std::function<void()> onSet;
-  std::function<void()> onChange;
+  void note(const std::string& text) {
+    const std::lock_guard lock(m_mutex);
+    m_notes.push_back(text);
+    m_threads.push_back(std::this_thread::get_id());
+  }
+
+  std::function<bool()> answer = [] { return true; };  // of set, get and reset
+  std::function<std::string(const std::string& key)> valueOf = [](const std::string& key) {
+    return "value of " + key;
+  };
+  std::function<void(ManageableData&)> onChange;
 
  private:
   void note(const std::string& what, const ManageableData& record) {
@@ -67,9 +75,7 @@ class RecordingAgent final : public MgmtAgentIfc {
     std::string value;
     if (!record.getRootId().empty()) text += " " + record.getRootId();
     if (record.interogate(record.getRootId(), value)) text += "=" + value;
-    const std::lock_guard lock(m_mutex);
-    m_notes.push_back(text);
-    m_threads.push_back(std::this_thread::get_id());
+    note(text);
   }
 
   std::mutex m_mutex;

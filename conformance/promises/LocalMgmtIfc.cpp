@@ -46,7 +46,7 @@ TEST_F(LocalMgmtIfcPromise, ReachesTheAgent) {
 TEST_F(LocalMgmtIfcPromise, PassesTheAgentsRefusalOn) {
   promises("Makes `agent` reachable for management under `agentId`");
   EXPECT_TRUE(management().registerAgent("ClockMgmtId", &m_agent));
-  m_agent.refuses = true;
+  m_agent.answer = [] { return false; };
   EXPECT_EQ(platform().managed("date-format"), std::nullopt);
   EXPECT_FALSE(platform().manage("date-format", "1"));
   EXPECT_FALSE(platform().resetUserData());
@@ -134,7 +134,7 @@ TEST_F(LocalMgmtIfcPromise, NoOperationCallsBack) {
   EXPECT_TRUE(management().registerAgent("ClockMgmtId", &m_agent));
   EXPECT_TRUE(management().observeData("dhcp-enabled", &m_agent));
   std::vector<std::string> during;
-  m_agent.onSet = [&] {
+  m_agent.answer = [&] {
     m_agent.takeNotes();
     ManageableData record = recordOf("dhcp-enabled", "true");
     EXPECT_TRUE(management().setData(record));
@@ -145,6 +145,7 @@ TEST_F(LocalMgmtIfcPromise, NoOperationCallsBack) {
     management().setItemState(record, 0);
     EXPECT_TRUE(management().registerAgent("ClockMgmtId", &m_agent));
     during = m_agent.takeNotes();
+    return true;
   };
   EXPECT_TRUE(platform().manage("date-format", "1"));
   EXPECT_EQ(during, Notes{});

@@ -38,7 +38,7 @@ TEST_F(ManagedClock, ReturnsADefaultForEachKey) {
 
 TEST_F(ManagedClock, PopulatesNothingForAnUnknownKey) {
   for (const char* const key : {"", "Time", "time ", "date_format", "last-restart-date"}) {
-    ManageableData record = support::dataOf(key);
+    ManageableData record = conformance::recordOf(key);
     EXPECT_FALSE(telephone.service().getData(record)) << key;
     std::string value = "untouched";
     EXPECT_FALSE(record.interogate(key, value)) << key;

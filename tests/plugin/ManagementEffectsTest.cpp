@@ -108,7 +108,7 @@ TEST_F(ManagedClockOnRecordingParts, LeavesTheClientAloneWhenTheServerIsRefused)
 TEST_F(ManagedClockOnRecordingParts, TakesARecordWithoutAValueForAnEmptyOne) {
   start();
   const support::LogCapture log(5);
-  ManageableData record = support::dataOf("ntp-secret");
+  ManageableData record = conformance::recordOf("ntp-secret");
   EXPECT_TRUE(service->setData(record));
   EXPECT_THAT(journal.take(), ElementsAre("store NTPsharedSecret=", kSecurityService));
   EXPECT_TRUE(log.has(5, "setData: \"ntp-secret\": \"\""));

@@ -35,7 +35,7 @@ TEST_F(RecordedStart, WithoutAContextIgnoresTimers) {
 TEST_F(RecordedStart, WithoutAContextAnswersEverything) {
   startWith(nullptr);
   for (const char* const key : {"date-format", "sntp-addr", "time", "unknown"}) {
-    ManageableData record = support::dataOf(key, "0");
+    ManageableData record = conformance::recordOf(key, "0");
     EXPECT_FALSE(service->getData(record)) << key;
     EXPECT_FALSE(service->setData(record)) << key;
   }

@@ -6,11 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "RecordingAgent.h"
 #include "clock/VirtualClock.h"
 #include "framework/DataAccess.h"
 #include "framework/FailedLookups.h"
 #include "host/operator/RecordingChannel.h"
-#include "host/services/RecordingAgent.h"
 #include "runtime/Device.h"
 #include "runtime/Plugin.h"
 #include "scenario/ScenarioDevice.h"
@@ -137,7 +137,7 @@ TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
   };
   for (const auto& [key, request] : injects) {
     const auto client = std::make_shared<RecordingChannel>();
-    RecordingAgent observer;
+    conformance::RecordingAgent observer;
     observer.onChange = [&](ManageableData&) { EXPECT_TRUE(client->replies.empty()); };
     device.managementThread().run(
         [&, name = key] { device.management().observeData(name, &observer); });
@@ -147,7 +147,7 @@ TEST_F(ControlledTelephone, AnswersAnInjectAfterItsObservers) {
     EXPECT_TRUE(client->replies.empty()) << "answered too early";
     gate.set_value();
     for (int i = 0; i < 3; ++i) device.managementThread().run([] {});
-    EXPECT_EQ(observer.notes.size(), 1U) << key;
+    EXPECT_EQ(observer.takeNotes().size(), 1U) << key;
     EXPECT_EQ(client->replies.size(), 1U) << key;
     device.managementThread().run([&] { device.management().dropAgents(); });
   }

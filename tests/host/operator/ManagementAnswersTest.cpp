@@ -7,10 +7,10 @@
 #include <stdexcept>
 
 #include "Logging.h"
+#include "RecordingAgent.h"
 #include "base/PrintableText.h"
 #include "clock/VirtualClock.h"
 #include "host/operator/RecordingChannel.h"
-#include "host/services/RecordingAgent.h"
 #include "operator/HostActions.h"
 #include "remote/Frame.h"
 #include "runtime/Device.h"
@@ -40,7 +40,7 @@ class ManagedTelephone : public ::testing::Test {
     ASSERT_TRUE(telephone.device().management().registerAgent("ClockMgmtId", &played));
   }
 
-  RecordingAgent played;
+  conformance::RecordingAgent played;
   Plugin plugin{CLOCK_PLUGIN};
   ScenarioDevice telephone{plugin, {}};
 };

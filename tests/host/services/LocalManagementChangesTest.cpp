@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ManageableData.h"
-#include "host/services/RecordingAgent.h"
+#include "RecordingAgent.h"
 #include "services/LocalManagement.h"
 #include "support/LogCapture.h"
 
@@ -17,41 +17,42 @@ namespace {
 TEST(DeviceValueChanges, NotifyOtherObserversWhenOneThrows) {
   const support::LogCapture log;
   LocalManagement management;
-  RecordingAgent first;
-  RecordingAgent second;
-  first.answer = []() -> bool { throw std::runtime_error("no"); };
+  conformance::RecordingAgent first;
+  conformance::RecordingAgent second;
+  first.onChange = [](ManageableData&) { throw std::runtime_error("no"); };
   EXPECT_TRUE(management.observeData("dhcp-enabled", &first));
   EXPECT_TRUE(management.observeData("dhcp-enabled", &second));
   management.setValue("dhcp-enabled", "true");
-  EXPECT_EQ(second.notes.size(), 1U);
+  EXPECT_EQ(second.takeNotes().size(), 1U);
   EXPECT_TRUE(log.has(2, "change of \"dhcp-enabled\" refused: the service threw \"no\""));
 }
 
 TEST(DeviceValueChanges, ByAnAgentNotifyObserversAfterItsCall) {
   LocalManagement management;
-  RecordingAgent agent;
+  conformance::RecordingAgent agent;
   EXPECT_TRUE(management.observeData("interface-status", &agent));
-  ManageableData data = support::dataOf("interface-status", "up");
+  ManageableData data = conformance::recordOf("interface-status", "up");
   EXPECT_TRUE(management.setData(data));
-  EXPECT_TRUE(agent.notes.empty());
+  EXPECT_TRUE(agent.takeNotes().empty());
   management.deliverChanges();
-  EXPECT_EQ(agent.notes, std::vector<std::string>{"changed interface-status=up"});
+  EXPECT_EQ(agent.takeNotes(), std::vector<std::string>{"changed interface-status=up"});
 }
 
 TEST(DeviceValueChanges, ByAnObserverFollowTheChangeThatItHandles) {
   LocalManagement management;
-  RecordingAgent agent;
+  conformance::RecordingAgent agent;
   EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
   EXPECT_TRUE(management.observeData("interface-status", &agent));
   agent.onChange = [&](ManageableData& change) {
     if (change.getRootId() == "interface-status") return;
-    ManageableData data = support::dataOf("interface-status", "down");
+    ManageableData data = conformance::recordOf("interface-status", "down");
     EXPECT_TRUE(management.setData(data));
-    agent.notes.emplace_back("end of the first");
+    agent.note("end of the first");
   };
   management.setValue("dhcp-enabled", "true");
-  EXPECT_EQ(agent.notes, (std::vector<std::string>{"changed dhcp-enabled=true", "end of the first",
-                                                   "changed interface-status=down"}));
+  EXPECT_EQ(agent.takeNotes(),
+            (std::vector<std::string>{"changed dhcp-enabled=true", "end of the first",
+                                      "changed interface-status=down"}));
 }
 
 class DispatchedChanges : public ::testing::Test {
@@ -63,16 +64,16 @@ class DispatchedChanges : public ::testing::Test {
   std::vector<std::function<void()>> tasks;
   LocalManagement management{
       [this](std::function<void()> task) { tasks.push_back(std::move(task)); }};
-  RecordingAgent agent;
+  conformance::RecordingAgent agent;
 };
 
 TEST_F(DispatchedChanges, NotifyObserversInTheDispatchedTask) {
   EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
   management.setValue("dhcp-enabled", "true");
-  EXPECT_TRUE(agent.notes.empty());
+  EXPECT_TRUE(agent.takeNotes().empty());
   ASSERT_EQ(tasks.size(), 1U);
   runTasks();
-  EXPECT_EQ(agent.notes.size(), 1U);
+  EXPECT_EQ(agent.takeNotes().size(), 1U);
 }
 
 TEST_F(DispatchedChanges, DoNotNotifyALaterObserver) {
@@ -80,7 +81,7 @@ TEST_F(DispatchedChanges, DoNotNotifyALaterObserver) {
   EXPECT_TRUE(management.observeData("interface-status", &agent));
   runTasks();
   management.deliverChanges();
-  EXPECT_TRUE(agent.notes.empty());
+  EXPECT_TRUE(agent.takeNotes().empty());
 }
 
 TEST_F(DispatchedChanges, DoNotNotifyADroppedObserver) {
@@ -88,7 +89,7 @@ TEST_F(DispatchedChanges, DoNotNotifyADroppedObserver) {
   management.setValue("dhcp-enabled", "true");
   management.dropAgents();
   runTasks();
-  EXPECT_TRUE(agent.notes.empty());
+  EXPECT_TRUE(agent.takeNotes().empty());
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "ManageableData.h"
-#include "host/services/RecordingAgent.h"
+#include "RecordingAgent.h"
 #include "support/LogCapture.h"
 
 namespace host {
@@ -20,7 +20,7 @@ class ClockAgentRegistered : public ::testing::Test {
 
   support::LogCapture log;
   LocalManagement management;
-  RecordingAgent agent;
+  conformance::RecordingAgent agent;
 };
 
 TEST_F(ClockAgentRegistered, RefusedGetLeavesTheValueUntouched) {
@@ -34,7 +34,7 @@ TEST_F(ClockAgentRegistered, SetPassesKeyAndValueAndReturnsTheAnswer) {
   EXPECT_TRUE(management.set("ntp-secret", std::string("a\0b", 3)));
   agent.answer = [] { return false; };
   EXPECT_FALSE(management.set("ntp-secret", ""));
-  EXPECT_EQ(agent.notes,
+  EXPECT_EQ(agent.takeNotes(),
             (std::vector<std::string>{std::string("set ntp-secret=a\0b", 18), "set ntp-secret="}));
 }
 
@@ -79,7 +79,7 @@ TEST_F(ClockAgentRegistered, NullAgentIsRefused) {
 TEST(LocalManagement, ReportWithoutRootOrValueIsRefused) {
   LocalManagement management;
   ManageableData rootless;
-  ManageableData empty = support::dataOf("last-restart-date");
+  ManageableData empty = conformance::recordOf("last-restart-date");
   management.onReport([](const auto& key, const auto&) { ADD_FAILURE() << key; });
   EXPECT_FALSE(management.reportDataChanged(rootless));
   EXPECT_FALSE(management.reportDataChanged(empty));
@@ -87,7 +87,7 @@ TEST(LocalManagement, ReportWithoutRootOrValueIsRefused) {
 
 TEST(LocalManagement, ItemIsUserDataByDefault) {
   LocalManagement management;
-  ManageableData data = support::dataOf("date-format");
+  ManageableData data = conformance::recordOf("date-format");
   EXPECT_TRUE(management.isUserData(data, 0));
   management.setUserData("date-format", false);
   EXPECT_FALSE(management.isUserData(data, 0));
@@ -100,7 +100,7 @@ TEST(LocalManagement, ReportsAreLoggedAndPassedToTheListener) {
   management.onReport([&](const std::string& key, const std::string& value) {
     reports.push_back(key + "=" + value);
   });
-  ManageableData data = support::dataOf("date-format", "2");
+  ManageableData data = conformance::recordOf("date-format", "2");
   EXPECT_TRUE(management.reportDataChanged(data));
   EXPECT_EQ(reports, std::vector<std::string>{"date-format=2"});
   EXPECT_TRUE(log.has(4, "change reported: \"date-format\" is \"2\"")) << log.text();
@@ -111,11 +111,11 @@ TEST(LocalManagement, ReportsAreLoggedAndPassedToTheListener) {
 TEST(LocalManagement, IsThreadSafe) {
   const support::LogCapture log(0);
   LocalManagement management;
-  RecordingAgent agent;
+  conformance::RecordingAgent agent;
   const auto useWith = [&](char thread) {
     for (int i = 1; i <= 3000; ++i) {
       const std::string key = thread + std::to_string(i);
-      ManageableData data = support::dataOf(key, "x");
+      ManageableData data = conformance::recordOf(key, "x");
       EXPECT_TRUE(management.registerAgent(key, &agent));
       management.setItemState(data, i);
       management.setValue(key, "x");
