@@ -27,8 +27,8 @@ put_aside
 trap put_back EXIT
 # Where a document has no ./dev, the programs are installed.
 PATH=$(folder_of default)/bin:$PATH
-for document in README.md docs/how-to/{test-a-telephone,two-telephones,write-a-scenario,why-is-the-time-wrong,run-as-a-service,many-machines}.md \
-  docs/how-to/integrate-into-a-framework.md docs/explanation/time-changes.md; do
+for document in README.md docs/how-to/{test-a-telephone,two-telephones,write-a-scenario,why-is-the-time-wrong}.md \
+  docs/how-to/{run-as-a-service,many-machines,integrate-into-a-framework}.md docs/explanation/time-changes.md; do
   rm -rf "$state" build/{a,b}
   python3 -B tools/dev/readme.py "$document"
 done

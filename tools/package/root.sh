@@ -9,8 +9,8 @@ shift 3
 # A changed root that is no mount point, as that of ./dev fresh, is private already.
 mount --make-rprivate / 2>/dev/null || true
 for part in alone installed; do
-  root=$folder/memory/$part
-  mkdir -p "$root"
+  root=$folder/root-$part
+  mkdir "$root"
   mount -t tmpfs tmpfs "$root"
   tar -x -C "$root" -f "$bare"
   mount -t proc proc "$root/proc"
