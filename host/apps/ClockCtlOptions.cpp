@@ -1,11 +1,14 @@
 #include "apps/ClockCtlOptions.h"
 
 #include <charconv>
+#include <nlohmann/json.hpp>
 #include <ostream>
+#include <utility>
 
 #include "base/PrintableText.h"
 #include "base/Version.h"
 #include "remote/SocketAddress.h"
+#include "verbs/JsonText.h"
 #include "verbs/TimeText.h"
 #include "verbs/UsageError.h"
 #include "verbs/Verb.h"
@@ -51,6 +54,14 @@ std::string takeWaitHost(const std::string& text, ClockCtlOptions& options) {
 std::string helpFor(const OptionParser& parser, std::span<const std::string> verb) {
   if (!verb.empty()) return verbHelp(verbOf(verb));
   return parser.help() + "\nVerbs:\n" + verbHelp();
+}
+
+// What `help` prints with --json.
+std::string helpAsJson(std::span<const std::string> verb) {
+  if (!verb.empty()) return jsonLine(verbJson(verbOf(verb))) + '\n';
+  Json verbs = Json::array();
+  for (const Verb& each : allVerbs()) verbs.push_back(verbJson(each));
+  return jsonLine({{"verbs", std::move(verbs)}}) + '\n';
 }
 
 // Commands come from the command line or from a file.
@@ -107,7 +118,8 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
     if (verb.size() > 2) {
       throw UsageError(quotedText(verb[2]) + " is one word too many (usage: help [VERB])");
     }
-    out << helpFor(parser, verb.subspan(1));
+    const auto about = verb.subspan(1);
+    out << (options.json ? helpAsJson(about) : helpFor(parser, about));
   } else {
     requireOneSource(parser, options);
     if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);

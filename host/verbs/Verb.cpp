@@ -160,4 +160,12 @@ std::string verbHelp(const Verb& verb) {
   return withForms(verbEntry(verb));
 }
 
+Json verbJson(const Verb& verb) {
+  Json json = {{"verb", verb.name}, {"usage", verbUsage(verb)}, {"meaning", verb.help}};
+  for (const VerbAction& action : verb.actions) {
+    json["actions"].push_back({{"usage", actionUsage(verb, action)}, {"meaning", action.help}});
+  }
+  return json;
+}
+
 }  // namespace host

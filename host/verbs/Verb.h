@@ -88,4 +88,8 @@ struct WordForm {
 [[nodiscard]] std::string verbHelp();
 [[nodiscard]] std::string verbHelp(const Verb& verb);
 
+// The same of one verb for programs: `verb`, `usage`, `meaning`, and `actions`, an array of `usage`
+// and `meaning`, if it has any.
+[[nodiscard]] Json verbJson(const Verb& verb);
+
 }  // namespace host

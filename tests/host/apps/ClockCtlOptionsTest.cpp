@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
 
 #include "scenario/ScenarioWords.h"
 #include "verbs/UsageError.h"
+#include "verbs/Verb.h"
 
 namespace host {
 namespace {
@@ -146,6 +148,22 @@ TEST(ClockCtlOptions, HelpForAVerbExplainsItsWordsAndNoOthers) {
     EXPECT_NE(clock.str().find(part), std::string::npos) << clock.str();
   }
   EXPECT_EQ(clock.str().find("KEY"), std::string::npos);
+}
+
+TEST(ClockCtlOptions, HelpForProgramsIsJson) {
+  std::ostringstream get;
+  EXPECT_EQ(readClockCtlOptions(Words{"--json", "help", "get"}, "/default", get), std::nullopt);
+  EXPECT_EQ(get.str(), R"({"verb":"get","usage":"get KEY","meaning":"read a management value"})"
+                       "\n");
+  std::ostringstream all;
+  EXPECT_EQ(readClockCtlOptions(Words{"--json", "help"}, "/default", all), std::nullopt);
+  const Json verbs = Json::parse(all.str()).at("verbs");
+  EXPECT_EQ(verbs.size(), allVerbs().size());
+  for (const Json& each : verbs) {
+    if (each.at("verb") == "clock") {
+      EXPECT_EQ(each.at("actions").at(1).at("usage"), "clock speed X");
+    }
+  }
 }
 
 TEST(ClockCtlOptions, HelpForAnUnknownVerbIsRefused) {
