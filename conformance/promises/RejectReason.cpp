@@ -24,4 +24,13 @@ TEST_F(RejectReasonPromise, DoesNotClipTheReason) {
   EXPECT_NE(text.find(reason), std::string::npos);
 }
 
+TEST_F(RejectReasonPromise, AnyThreadMayCall) {
+  promises("Thread: any.");
+  conformance::onTwoThreads([] {
+    std::string text;
+    setRejectReason(rejectReasonReadOnly, text, "%d", 12'345);
+    EXPECT_NE(text.find("12345"), std::string::npos) << text;
+  });
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 #include "physicalEventObserver.h"
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "Context.h"
@@ -13,14 +14,24 @@ namespace {
 class PlainObserver final : public physicalEventObserver {
  public:
   void hookswitchEvent(PhysDefs::actionType /*action*/) override {}
-  void jackEvent(PhysDefs::plugIdentifier /*plug*/, PhysDefs::plugStatus /*status*/) override {}
+  void jackEvent(PhysDefs::plugIdentifier /*plug*/, PhysDefs::plugStatus /*status*/) override {
+    threads.push_back(std::this_thread::get_id());
+  }
   void getSubscribingService() override { ++subscriptions; }
 
   int subscriptions = 0;
+  std::vector<std::thread::id> threads;
 };
 
 class PhysicalEventObserverPromise : public conformance::Promise {
  protected:
+  void subscribe() {
+    auto* const physical = dynamic_cast<PhysicalInterfaceServiceIfc*>(
+        platform().context().getService("PhysicalInterfaceServiceIfc"));
+    ASSERT_NE(physical, nullptr);
+    physical->subscribe(&m_observer, {{{1, 2, 2}}});
+  }
+
   PlainObserver m_own;
   physicalEventObserver& m_observer = m_own;
 };
@@ -48,12 +59,15 @@ TEST_F(PhysicalEventObserverPromise, IsCalledDirectlyByDefault) {
 
 TEST_F(PhysicalEventObserverPromise, HearsOfItsSubscription) {
   promises("Called at subscription.");
-  auto* const physical = dynamic_cast<PhysicalInterfaceServiceIfc*>(
-      platform().context().getService("PhysicalInterfaceServiceIfc"));
-  ASSERT_NE(physical, nullptr);
-  physical->subscribe(&m_observer, {{{1, 2, 2}}});
+  subscribe();
   EXPECT_EQ(m_own.subscriptions, 1);
-  platform().dropService();
+}
+
+TEST_F(PhysicalEventObserverPromise, HearsOfEventsOnTheFrameworkThread) {
+  promises("Thread: the framework's.");
+  subscribe();
+  platform().plugJack(5, 1);
+  EXPECT_EQ(m_own.threads, std::vector<std::thread::id>{std::this_thread::get_id()});
 }
 
 }  // namespace

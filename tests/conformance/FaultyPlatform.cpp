@@ -29,6 +29,8 @@ const Violation kMovingTimers("SystemClockPromise.DoesNotMoveTheTimers",
                               "setting the clock moves the timers");
 const Violation kNoScript("ZonesAcceptance.AreInTheScriptForOtherPrograms",
                           "the plug-in's files are not kept");
+const Violation kJackThread("PhysicalEventObserverPromise.HearsOfEventsOnTheFrameworkThread",
+                            "events of jacks come on a thread of their own");
 const Violation kHidesRefusals("LocalMgmtIfcPromise.PassesTheAgentsRefusalOn",
                                "the operator does not hear of an agent's refusal");
 const Violation kNoFullDisk("DataStoragePromise.KeepsTheOldValueWhenItRefuses",
@@ -109,6 +111,10 @@ class FaultyPlatform final : public host::ConnectedPlatform {
   bool manage(const std::string& key, const std::string& value) override {
     return ConnectedPlatform::manage(key, kClippedValues.on() ? value.substr(0, 3) : value) ||
            kHidesRefusals.on();
+  }
+  void plugJack(int plug, int status) override {
+    if (!kJackThread.on()) return ConnectedPlatform::plugJack(plug, status);
+    std::thread([&] { ConnectedPlatform::plugJack(plug, status); }).join();
   }
   void setLogLevel(int level) override {
     ConnectedPlatform::setLogLevel(kLogsAll.on() ? 6 : level);
