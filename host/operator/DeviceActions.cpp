@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/LogLevels.h"
 #include "base/PrintableText.h"
+#include "clock/VirtualClock.h"
 #include "framework/ApplicationLog.h"
 #include "framework/FailedLookups.h"
 #include "operator/AuditRecord.h"
@@ -26,6 +27,7 @@ void changeValue(Controller& controller, const std::string& key, const Json& req
   ManagementThread& thread = controller.device().managementThread();
   thread.post([&management, &thread, key, value = textMember(request, "value"), channel] {
     if (!channel->wanted()) return;
+    VirtualClock::forgetActs();
     management.setValue(key, value);
     thread.post([channel] { answerDone(channel); });
   });

@@ -48,9 +48,10 @@ inline bool isOneOf(const Json& entry, std::initializer_list<const char*> names)
   return std::any_of(names.begin(), names.end(), [&](const char* each) { return name == each; });
 }
 
+// It may take effect on the management thread, after the request came.
 inline bool isManagement(const Json& request) {
   const std::string verb = request.value("verb", "");
-  return verb == "set" || verb == "reset";
+  return verb == "set" || verb == "reset" || verb == "inject";
 }
 
 inline bool isSame(const Json& request, const Json& reply) {

@@ -195,6 +195,13 @@ TEST_F(Recorder, ATimeSetByHandThatRanBeforeIsNotExpected) {
   EXPECT_EQ(lines, Lines{"get time  # client-7"});
 }
 
+TEST_F(Recorder, AnInjectionStandsWhereItsObserversActed) {
+  speed = "1";
+  request({{"verb", "inject"}, {"what", "dhcp"}, {"value", "5"}}, 0);
+  answer(kDone, 200, 1, 85);
+  EXPECT_EQ(taken(), (Lines{"clock advance 0.000085s", "inject dhcp 5  # client-7"}));
+}
+
 TEST_F(Recorder, TheSpeedMaxEndsIt) {
   speed = "1";
   request(kSet, 0);
