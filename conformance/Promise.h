@@ -5,9 +5,12 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
+#include "Context.h"
+#include "Executable.h"
 #include "Platform.h"
 
 namespace conformance {
@@ -23,6 +26,14 @@ class Promise : public testing::Test {
   void promises(const char* words, const char* source = __builtin_FILE());
 
   Platform& platform() { return *m_platform; }
+
+  // The service that the framework has registered. Throws std::runtime_error without.
+  template <class Interface>
+  Interface& service(const std::string& name) {
+    auto* const found = dynamic_cast<Interface*>(platform().context().getService(name));
+    if (found == nullptr) throw std::runtime_error("there is no " + name);
+    return *found;
+  }
 
   void TearDown() override;
 

@@ -5,8 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "Context.h"
-#include "Executable.h"
 #include "Promise.h"
 #include "RecordingAgent.h"
 
@@ -18,12 +16,7 @@ using Notes = std::vector<std::string>;
 
 class LocalMgmtIfcPromise : public conformance::Promise {
  protected:
-  LocalMgmtIfc& management() {
-    auto* const found =
-        dynamic_cast<LocalMgmtIfc*>(platform().context().getService("LocalMgmtIfc"));
-    if (found == nullptr) throw std::runtime_error("there is no LocalMgmtIfc");
-    return *found;
-  }
+  LocalMgmtIfc& management() { return service<LocalMgmtIfc>("LocalMgmtIfc"); }
   // What the agents were told, once all changes are delivered.
   Notes notesOf(RecordingAgent& agent) {
     platform().settle();

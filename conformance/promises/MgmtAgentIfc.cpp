@@ -3,8 +3,6 @@
 #include <thread>
 #include <vector>
 
-#include "Context.h"
-#include "Executable.h"
 #include "LocalMgmtIfc.h"
 #include "Promise.h"
 #include "RecordingAgent.h"
@@ -15,16 +13,14 @@ class MgmtAgentIfcPromise : public conformance::Promise {};
 
 TEST_F(MgmtAgentIfcPromise, IsCalledOnOneThread) {
   promises("Thread: the management thread.");
-  auto* const management =
-      dynamic_cast<LocalMgmtIfc*>(platform().context().getService("LocalMgmtIfc"));
-  ASSERT_NE(management, nullptr);
+  LocalMgmtIfc& management = service<LocalMgmtIfc>("LocalMgmtIfc");
   conformance::RecordingAgent agent;
-  EXPECT_TRUE(management->registerAgent("ClockMgmtId", &agent));
-  EXPECT_TRUE(management->observeData("dhcp-enabled", &agent));
+  EXPECT_TRUE(management.registerAgent("ClockMgmtId", &agent));
+  EXPECT_TRUE(management.observeData("dhcp-enabled", &agent));
   EXPECT_TRUE(platform().manage("date-format", "1"));
   std::thread([&] {
     ManageableData record = conformance::recordOf("dhcp-enabled", "true");
-    EXPECT_TRUE(management->setData(record));
+    EXPECT_TRUE(management.setData(record));
   }).join();
   platform().settle();
   EXPECT_TRUE(platform().resetUserData());

@@ -1,11 +1,8 @@
 #include "PhysicalInterfaceServiceIfc.h"
 
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
-#include "Context.h"
-#include "Executable.h"
 #include "Promise.h"
 #include "physicalEventObserver.h"
 
@@ -31,10 +28,7 @@ const std::vector<PhysDefs::SubscriptionGrp> kJackEvents{{{1, 2, 2}}};
 class PhysicalInterfaceServiceIfcPromise : public conformance::Promise {
  protected:
   PhysicalInterfaceServiceIfc& physical() {
-    auto* const found = dynamic_cast<PhysicalInterfaceServiceIfc*>(
-        platform().context().getService("PhysicalInterfaceServiceIfc"));
-    if (found == nullptr) throw std::runtime_error("there is no PhysicalInterfaceServiceIfc");
-    return *found;
+    return service<PhysicalInterfaceServiceIfc>("PhysicalInterfaceServiceIfc");
   }
 
   JackObserver m_observer;

@@ -100,6 +100,17 @@ class ProcessPromise : public conformance::Promise {
   }
   [[nodiscard]] std::string output() const { return PipeReader(pipePath()).read(); }
 
+  // script: prints "ready" and does not end.
+  void expectEndedWithItsHandle(const std::string& script) const {
+    auto child = shell(script);
+    const pid_t pid = child->launch();
+    ASSERT_GT(pid, 0);
+    const PipeReader pipe(pipePath());
+    EXPECT_EQ(pipe.read("ready\n"), "ready\n");
+    child.reset();
+    EXPECT_FALSE(processExists(pid));
+  }
+
   [[nodiscard]] std::string pipePath() const { return m_folder / "pipe"; }
 
   const conformance::ScratchFolder m_folder;
@@ -170,24 +181,12 @@ TEST_F(ProcessPromise, LaunchFailsWithoutAProgram) {
 
 TEST_F(ProcessPromise, DestructionEndsAndReapsTheChild) {
   promises("Ends the child, if it still runs, together with its process group, and reaps it.");
-  auto child = shell("echo ready; exec sleep 1000");
-  const pid_t pid = child->launch();
-  ASSERT_GT(pid, 0);
-  const PipeReader pipe(pipePath());
-  EXPECT_EQ(pipe.read("ready\n"), "ready\n");
-  child.reset();
-  EXPECT_FALSE(processExists(pid));
+  expectEndedWithItsHandle("echo ready; exec sleep 1000");
 }
 
 TEST_F(ProcessPromise, DestructionEndsAChildThatIgnoresTermination) {
   promises("Destruction ends the child and reaps it.");
-  auto child = shell("trap '' TERM; echo ready; while :; do sleep 1000; done");
-  const pid_t pid = child->launch();
-  ASSERT_GT(pid, 0);
-  const PipeReader pipe(pipePath());
-  EXPECT_EQ(pipe.read("ready\n"), "ready\n");
-  child.reset();
-  EXPECT_FALSE(processExists(pid));
+  expectEndedWithItsHandle("trap '' TERM; echo ready; while :; do sleep 1000; done");
 }
 
 // The pipe ends only when the grandchild has ended too: without a writer, a read returns 0.

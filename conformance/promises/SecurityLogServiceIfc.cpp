@@ -1,11 +1,8 @@
 #include "SecurityLogServiceIfc.h"
 
 #include <atomic>
-#include <stdexcept>
 #include <string>
 
-#include "Context.h"
-#include "Executable.h"
 #include "Promise.h"
 
 namespace {
@@ -13,10 +10,7 @@ namespace {
 class SecurityLogServiceIfcPromise : public conformance::Promise {
  protected:
   SecurityLogServiceIfc& securityLog() {
-    auto* const found = dynamic_cast<SecurityLogServiceIfc*>(
-        platform().context().getService("SecurityLogServiceIfc"));
-    if (found == nullptr) throw std::runtime_error("there is no SecurityLogServiceIfc");
-    return *found;
+    return service<SecurityLogServiceIfc>("SecurityLogServiceIfc");
   }
 };
 

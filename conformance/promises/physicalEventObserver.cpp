@@ -4,8 +4,6 @@
 #include <thread>
 #include <vector>
 
-#include "Context.h"
-#include "Executable.h"
 #include "PhysicalInterfaceServiceIfc.h"
 #include "Promise.h"
 
@@ -26,10 +24,8 @@ class PlainObserver final : public physicalEventObserver {
 class PhysicalEventObserverPromise : public conformance::Promise {
  protected:
   void subscribe() {
-    auto* const physical = dynamic_cast<PhysicalInterfaceServiceIfc*>(
-        platform().context().getService("PhysicalInterfaceServiceIfc"));
-    ASSERT_NE(physical, nullptr);
-    physical->subscribe(&m_observer, {{{1, 2, 2}}});
+    service<PhysicalInterfaceServiceIfc>("PhysicalInterfaceServiceIfc")
+        .subscribe(&m_observer, {{{1, 2, 2}}});
   }
 
   PlainObserver m_own;
