@@ -19,15 +19,6 @@ using host::Json;
 constexpr int kWorkers = 4;     // a move of the clock keeps one busy for up to a minute
 constexpr int kMostAsked = 64;  // requests that wait for a worker, or for a host
 
-std::string_view textOf(const Request& request, http::field field) {
-  const auto value = request[field];
-  return {value.data(), value.size()};
-}
-
-std::string_view targetOf(const Request& request) {
-  return {request.target().data(), request.target().size()};
-}
-
 // No fraction, and no number that an integer cannot hold.
 std::int64_t integerIn(const Json& asked, const char* name) {
   const Json& value = asked.at(name);
@@ -72,12 +63,8 @@ Panel::~Panel() {
 }
 
 std::optional<Response> Panel::refusal(const Request& head) const {
-  const auto method = head.method_string();
-  switch (m_access->check({{method.data(), method.size()},
-                           targetOf(head),
-                           textOf(head, http::field::host),
-                           textOf(head, http::field::origin),
-                           textOf(head, http::field::cookie)})) {
+  switch (m_access->check({head.method_string(), head.target(), head[http::field::host],
+                           head[http::field::origin], head[http::field::cookie]})) {
     case Access::Verdict::allowed:
       return std::nullopt;
     case Access::Verdict::enter:
@@ -95,7 +82,7 @@ std::optional<Response> Panel::refusal(const Request& head) const {
 }
 
 void Panel::answer(const Request& request, const Answer& answer) {
-  const std::string_view target = targetOf(request);
+  const std::string_view target = request.target();
   if (request.method() == http::verb::post) {
     for (const Service& service : kServices) {
       if (service.target == target) return serve(service, request, answer);
@@ -103,8 +90,10 @@ void Panel::answer(const Request& request, const Answer& answer) {
   } else if (request.method() != http::verb::get) {
     return answer(lineResponse(http::status::method_not_allowed, "only GET and POST"));
   } else if (const PageFile* const file = pageFile(target == "/" ? "/index.html" : target)) {
-    return answer(
-        responseOf(http::status::ok, std::string(file->type), std::string(file->content)));
+    Response response =
+        responseOf(http::status::ok, std::string(file->type), std::string(file->content));
+    response.set(http::field::content_encoding, "gzip");
+    return answer(std::move(response));
   }
   answer(lineResponse(http::status::not_found, "no such page; / has everything"));
 }

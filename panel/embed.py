@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
 """embed.py OUT FILE...: writes the page's files as a C++ table, see PageFiles.h."""
+import gzip
 import os
 import sys
 
@@ -22,7 +23,7 @@ def main(out, files):
     arrays, rows = [], []
     for number, path in enumerate(files):
         with open(path, "rb") as file:
-            arrays.append(array(f"kFile{number}", file.read()))
+            arrays.append(array(f"kFile{number}", gzip.compress(file.read(), mtime=0)))
         name = os.path.basename(path)
         kind = TYPES[os.path.splitext(name)[1]]
         rows.append(

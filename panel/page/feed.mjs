@@ -76,24 +76,19 @@ function addEntry(phone, row) {
 }
 
 function take(message) {
-  if (message.catalogue) {
-    catalogue = message.catalogue;
-    return;
-  }
-  if ("timeServer" in message) {
-    timeServer = message.timeServer;
-    return;
-  }
-  if (message.live) {
-    live = true;
-    for (const phone of phones) phone.entries = [...newRows(phone), ...phone.entries].sort(byTime);
-    return;
-  }
-  const phone = phoneOf(message.telephone);
-  if (message.entries) {
-    for (const entry of message.entries) addEntry(phone, entryRow(entry));
-    return;
-  }
+  if (message.catalogue) ({ catalogue } = message);
+  else if ("timeServer" in message) ({ timeServer } = message);
+  else if (message.live) begin();
+  else takeFrom(phoneOf(message.telephone), message);
+}
+
+function begin() {
+  live = true;
+  for (const phone of phones) phone.entries = [...newRows(phone), ...phone.entries].sort(byTime);
+}
+
+function takeFrom(phone, message) {
+  if (message.entries) return message.entries.forEach((entry) => addEntry(phone, entryRow(entry)));
   if (message.status) message.status.received = performance.now();
   Object.assign(phone, message);
   if (live && (message.history || message.security)) newRows(phone).forEach((row) => addEntry(phone, row));

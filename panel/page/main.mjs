@@ -15,11 +15,6 @@ const ALL = -1;
 const isReady = (phone) =>
   phone.status && phone.keys && phone.upcoming && phone.history && phone.security;
 
-function Missing({ phone }) {
-  return html`<p role="alert" class="missing">Telephone ${phone.number + 1} is not there:${" "}
-    ${phone.attached?.why ?? "looking for it"}</p>`;
-}
-
 function Chooser({ chosen, choose }) {
   if (phones.length < 2) return null;
   const rows = [...phones.map((phone) => [phone.number, `telephone ${phone.number + 1}`]), [ALL, "all"]];
@@ -44,7 +39,8 @@ function Page() {
     </header>
     <main>
       <div class="telephones">
-        ${phones.filter((phone) => !phone.attached?.attached).map((phone) => html`<${Missing} phone=${phone} />`)}
+        ${phones.filter((phone) => !phone.attached?.attached).map((phone) => html`<p role="alert" class="missing">
+          Telephone ${phone.number + 1} is not there: ${phone.attached?.why ?? "looking for it"}</p>`)}
         ${ready.map((phone) => html`<${Telephone} key=${phone.number} phone=${phone} />`)}
       </div>
       <${Chooser} chosen=${chosen} choose=${choose} />

@@ -1,16 +1,14 @@
 // Records what is done as a scenario, and runs scenarios.
-import { html, useRef, useState } from "./preact.mjs";
+import { html, useState } from "./preact.mjs";
 import { post } from "./feed.mjs";
 import { Answer, Section, useAction } from "./parts.mjs";
 
 const FRAMES = 40; // in which the lines get their colour, so that one sees them pass
 
-function download(text, name) {
-  const link = document.createElement("a");
-  link.href = URL.createObjectURL(new Blob([text], { type: "text/plain" }));
-  link.download = name;
-  link.click();
-  URL.revokeObjectURL(link.href);
+function download(text) {
+  const href = URL.createObjectURL(new Blob([text], { type: "text/plain" }));
+  Object.assign(document.createElement("a"), { href, download: "telephone.scenario" }).click();
+  URL.revokeObjectURL(href);
 }
 
 // Each step runs in virtual time, in no time: the lines up to the failed one have passed.
@@ -47,7 +45,6 @@ export function Scenarios({ phone }) {
   const [run, answer] = useAction();
   const [start, shown, outcome] = useReplay();
   const [recorded, setRecorded] = useState(null);
-  const file = useRef(null);
   const recording = phone.recording ?? false;
   const record = () => run(async () => {
     const { scenario, said } = await post("/record", { telephone: phone.number, on: !recording });
@@ -55,22 +52,19 @@ export function Scenarios({ phone }) {
     return { note: said ?? "recording" };
   });
   const take = async (files) => files.length > 0 && start(await files[0].text());
-  const drop = (event) => {
-    event.preventDefault();
-    take(event.dataTransfer.files);
-  };
   return html`<${Section} title="Record and run" name="scenarios">
     <div class="buttons">
       <button type="button" class="record" aria-pressed=${String(recording)} onClick=${record}>
         <span aria-hidden="true">●</span> ${recording ? "Stop recording" : "Record"}</button>
       ${recorded !== null && html`
-        <button type="button" onClick=${() => download(recorded, "telephone.scenario")}>Download</button>
+        <button type="button" onClick=${() => download(recorded)}>Download</button>
         <button type="button" onClick=${() => start(recorded)}>Run it again</button>`}
     </div>
     <${Answer} answer=${answer} />
-    <label class="drop" onDragOver=${(event) => event.preventDefault()} onDrop=${drop}>
+    <label class="drop" onDragOver=${(event) => event.preventDefault()}
+      onDrop=${(event) => { event.preventDefault(); take(event.dataTransfer.files); }}>
       Drop a scenario here, or choose one:
-      <input type="file" ref=${file} onChange=${(event) => take(event.target.files)} />
+      <input type="file" onChange=${(event) => take(event.target.files)} />
     </label>
     <${Answer} answer=${outcome} />
     ${shown && html`<${Lines} ...${shown} />`}

@@ -5,7 +5,7 @@ import { Answer, Section, useAction } from "./parts.mjs";
 import { MINUTE, localText, offsetText, shownNow, utcText } from "./time.mjs";
 import { dateText, nextChange, offsetOf, offsetValue, ruleText, timeText } from "./zones.mjs";
 
-const OFFSET = "sntp-tz-offset";
+const OFFSET = "sntp-tz-offset", ZONE = "daylight-save-zone-id";
 const GROUPS = [
   ["Zone and daylight saving", /daylight|tz-offset/], ["Formats", /format/], ["Time server", /sntp-addr|ntp-secret/],
   ["Time", /./],
@@ -68,7 +68,7 @@ function Input({ phone, row, id, value, setValue }) {
   const [free, setFree] = useState(false);
   const change = (event) => setValue(event.target.value);
   const choose = (event) => event.target.value === "other" ? setFree(true) : change(event);
-  if (row.key === "daylight-save-zone-id") return html`<${Zones} ...${{ phone, id, value, setValue }} />`;
+  if (row.key === ZONE) return html`<${Zones} ...${{ phone, id, value, setValue }} />`;
   if (choices && !free) {
     const known = choices.some(([each]) => each === value) ? choices : [[value, value], ...choices];
     return html`<select id=${id} onChange=${choose}>
@@ -103,7 +103,7 @@ function Setting({ phones, row }) {
   }
   const seconds = row.key === OFFSET ? offsetOf(value) : NaN;
   return html`<form class="setting" onSubmit=${set}>
-    <label class="name" id="${id}-name" for=${id}>${row.key}</label>
+    <label class="name" id="${id}-name" for=${row.key === ZONE ? undefined : id}>${row.key}</label>
     <${Input} ...${{ phone, row, id, value, setValue: setTyped }} />
     <button disabled=${answer?.busy} aria-label="Set ${row.key}">Set</button>
     <small>${row.meaning}${Number.isFinite(seconds) && ` (${offsetText(seconds)})`}: ${row.values}</small>

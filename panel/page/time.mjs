@@ -16,9 +16,7 @@ export const localText = (seconds, offset) =>
 
 // "UTC-04:00"
 export function offsetText(offset) {
-  const minutes = Math.abs(offset) / MINUTE;
-  const part = (value) => String(Math.floor(value)).padStart(2, "0");
-  return `UTC${offset < 0 ? "-" : "+"}${part(minutes / 60)}:${part(minutes % 60)}`;
+  return `UTC${offset < 0 ? "-" : "+"}${durationText(Math.abs(offset)).slice(0, 5)}`;
 }
 
 // "3 d 04:05:06", "04:05:06"

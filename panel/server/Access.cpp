@@ -1,11 +1,8 @@
 #include "server/Access.h"
 
-#include <sys/random.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <system_error>
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
 
 namespace panel {
 namespace {
@@ -72,17 +69,7 @@ bool Access::hasCookie(std::string_view cookies) const {
 }
 
 std::string newToken() {
-  std::array<unsigned char, 16> bytes{};
-  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    throw std::system_error(errno, std::generic_category(), "no random token");
-  }
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string token;
-  for (const unsigned char byte : bytes) {
-    token += kDigits[byte / 16];
-    token += kDigits[byte % 16];
-  }
-  return token;
+  return to_string(boost::uuids::random_generator()());
 }
 
 }  // namespace panel

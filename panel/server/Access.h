@@ -39,7 +39,7 @@ class Access {
   const std::string m_cookie;  // "clockpanel-8080=..."
 };
 
-// 128 random bits as hexadecimal digits. Throws std::system_error when the system has none.
+// 122 random bits of the system, as a UUID. Throws std::exception when it has none.
 [[nodiscard]] std::string newToken();
 
 }  // namespace panel

@@ -25,8 +25,8 @@ constexpr auto kWriteLimit = std::chrono::seconds(30);  // for an answer, or a m
 // then asks again, and gets the present state.
 class EventStream : public std::enable_shared_from_this<EventStream> {
  public:
-  EventStream(Stream stream, std::shared_ptr<std::size_t> count)
-      : m_stream(std::move(stream)), m_count(std::move(count)) {}
+  EventStream(Stream stream, Place place)
+      : m_stream(std::move(stream)), m_place(std::move(place)) {}
 
   void open(const Site& site) {
     Response head = responseOf(http::status::ok, "text/event-stream", "retry: 500\n\n");
@@ -85,7 +85,7 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
   }
 
   Stream m_stream;
-  const std::shared_ptr<std::size_t> m_count;
+  const Place m_place;
   std::deque<Message> m_messages;
   std::size_t m_unread = 0;                                       // bytes
   std::size_t m_limit = std::numeric_limits<std::size_t>::max();  // the start may be long
@@ -95,14 +95,8 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
 
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  Connection(boost::asio::generic::stream_protocol::socket socket, const Site& site,
-             std::shared_ptr<std::size_t> count)
-      : m_stream(std::move(socket)), m_site(site), m_count(std::move(count)) {
-    ++*m_count;
-  }
-  ~Connection() {
-    if (!m_streams) --*m_count;
-  }
+  Connection(boost::asio::generic::stream_protocol::socket socket, const Site& site, Place place)
+      : m_stream(std::move(socket)), m_site(site), m_place(std::move(place)) {}
 
   void readHead() {
     m_parser.emplace();
@@ -135,10 +129,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // The body of an answer to HEAD, which is none, would be read as the next answer.
     m_keep = request.keep_alive() && request.method() != http::verb::head;
     if (request.method() == http::verb::get && request.target() == "/feed") {
-      m_streams = true;
-      const auto counted = std::shared_ptr<std::size_t>(
-          m_count.get(), [count = m_count](const std::size_t*) { --*count; });
-      return std::make_shared<EventStream>(std::move(m_stream), counted)->open(m_site);
+      return std::make_shared<EventStream>(std::move(m_stream), std::move(m_place))->open(m_site);
     }
     m_site.answer(request, [self = shared_from_this()](Response response) {
       response.keep_alive(self->m_keep);
@@ -175,20 +166,18 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   Stream m_stream;
   const Site& m_site;
-  const std::shared_ptr<std::size_t> m_count;
+  Place m_place;
   beast::flat_buffer m_buffer;
   std::optional<http::request_parser<http::string_body>> m_parser;
   std::optional<Response> m_response;
   bool m_keep = false;
   bool m_first = true;
-  bool m_streams = false;  // an event stream is counted in its place
 };
 
 }  // namespace
 
-void serve(boost::asio::generic::stream_protocol::socket socket, const Site& site,
-           std::shared_ptr<std::size_t> count) {
-  std::make_shared<Connection>(std::move(socket), site, std::move(count))->readHead();
+void serve(boost::asio::generic::stream_protocol::socket socket, const Site& site, Place place) {
+  std::make_shared<Connection>(std::move(socket), site, std::move(place))->readHead();
 }
 
 }  // namespace panel

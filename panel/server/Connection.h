@@ -15,7 +15,7 @@ namespace panel {
 inline constexpr std::size_t kMostHead = 8192;                    // bytes
 inline constexpr std::size_t kMostBody = std::size_t{1} << 20;    // bytes: a long scenario
 inline constexpr std::size_t kMostUnread = std::size_t{1} << 20;  // bytes of events after its start
-inline constexpr std::size_t kMostConnections = 256;
+inline constexpr long kMostConnections = 256;
 
 // What is served. Called on the server's thread; nothing blocks. Lives longer than the server.
 struct Site {
@@ -25,9 +25,10 @@ struct Site {
   std::function<void(Feed::Page page)> follow;                        // of GET /feed
 };
 
-// Serves one connection until it ends or breaks a limit. count: of the open connections, while the
-// connection is one of them. Thread: the server's.
-void serve(boost::asio::generic::stream_protocol::socket socket, const Site& site,
-           std::shared_ptr<std::size_t> count);
+// Each open connection holds one, so that its owner can count them.
+using Place = std::shared_ptr<const void>;
+
+// Serves one connection until it ends or breaks a limit. Thread: the server's.
+void serve(boost::asio::generic::stream_protocol::socket socket, const Site& site, Place place);
 
 }  // namespace panel

@@ -76,7 +76,7 @@ void Listener::start() {
   m_acceptor.async_accept([this](error_code error, Protocol::socket socket) {
     if (error == boost::asio::error::operation_aborted) return;
     if (!error) {
-      if (*m_count < kMostConnections) serve(std::move(socket), m_site, m_count);
+      if (m_place.use_count() <= kMostConnections) serve(std::move(socket), m_site, m_place);
       return start();
     }
     // No descriptor or no memory: some connection will end.

@@ -4,7 +4,6 @@
 #include <boost/asio/generic/stream_protocol.hpp>
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,7 +34,7 @@ class Listener {
   std::optional<host::SocketFile> m_file;
   boost::asio::basic_socket_acceptor<Protocol> m_acceptor;
   std::string m_authority = "localhost";
-  const std::shared_ptr<std::size_t> m_count = std::make_shared<std::size_t>(0);
+  const Place m_place = std::make_shared<char>();
 };
 
 }  // namespace panel

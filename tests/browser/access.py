@@ -53,6 +53,7 @@ RULES = """
     "identifiers are unique": () => all("[id]").filter((node) => all(`[id="${node.id}"]`).length > 1),
     "references have targets": () => all("[aria-labelledby], [for]").filter((node) =>
       byId(node.getAttribute("aria-labelledby") ?? node.getAttribute("for")).includes(null)),
+    "labels are of controls": () => all("label[for]").filter((node) => !node.control),
     "controls, groups, regions and lists of state have names": () =>
       all(`${CONTROLS}, [role=group], [role=region], [role=img], section, article`)
         .filter((node) => shown(node) && !labelOf(node).trim()),

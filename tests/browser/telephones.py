@@ -151,6 +151,9 @@ class Setup:
         assert buttons, f"no button {text}"
         buttons[0].click()
 
+    def press_exactly(self, text):
+        self.browser.find_element(By.XPATH, f'//button[normalize-space(.)="{text}"]').click()
+
     def set_key(self, key, value):
         """Fills a field of the settings and sends it; returns the answer."""
         field = self.one(f"#key-{key}")

@@ -84,9 +84,10 @@ TEST(Access, OfAUnixSocketIsLocalhost) {
             Verdict::enter);
 }
 
-TEST(NewToken, Has128BitsAndIsNewEachTime) {
+TEST(NewToken, IsARandomUuid) {
   const std::string token = newToken();
-  EXPECT_TRUE(std::regex_match(token, std::regex("[0-9a-f]{32}"))) << token;
+  EXPECT_TRUE(std::regex_match(token, std::regex("[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}")))
+      << token;
   EXPECT_NE(token, newToken());
 }
 

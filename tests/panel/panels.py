@@ -1,5 +1,6 @@
 """A panel for tests of its answers."""
 
+import gzip
 import http.client
 import json
 import socket
@@ -28,7 +29,8 @@ class Panel:
         sent.update({name.capitalize(): value for name, value in headers.items()})
         connection.request(method, target, body, {k: v for k, v in sent.items() if v is not None})
         response = connection.getresponse()
-        response.text = response.read().decode()
+        body = response.read()
+        response.text = (gzip.decompress(body) if response.headers["Content-Encoding"] == "gzip" else body).decode()
         connection.close()
         return response
 

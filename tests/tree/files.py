@@ -1,6 +1,6 @@
 """Checks the rules for single files: files.py TREE
 
-No source has 300 lines or more, no file contains a path of the machine it was written on, and the
+No source has 300 lines or more, nor the panel and its page 3,000, no file contains a path of the machine it was written on, and the
 documents name only existing commands of ./dev.
 """
 
@@ -9,6 +9,7 @@ import re
 import sys
 
 MOST_LINES = 300
+MOST_OF_PANEL = 3000
 SKIPPED = re.compile(r"(^|/)(\.(?!ci/)[^/]+|build|__pycache__)/")
 SOURCES = {".h", ".cpp", ".c", ".py", ".sh", ".bash", ".cmake"}
 HOME_FOLDER = re.compile(r"/(?:home|root|Users)/\w+")
@@ -19,6 +20,11 @@ def files(tree):
     for path in sorted(tree.rglob("*")):
         if path.is_file() and not SKIPPED.search(str(path.relative_to(tree))):
             yield path
+
+
+def panel_lines(tree):
+    program = [path for path in (tree / "panel").rglob("*") if path.suffix in (".h", ".cpp")]
+    return sum(path.read_bytes().count(b"\n") for path in [*program, *(tree / "panel" / "page").iterdir()])
 
 
 def faults_of(tree, path, text):
@@ -41,6 +47,9 @@ def main(name):
         for fault in faults_of(tree, path, path.read_bytes().decode(errors="replace")):
             print(f"{path.relative_to(tree)}: {fault}")
             wrong += 1
+    if (lines := panel_lines(tree)) >= MOST_OF_PANEL:
+        print(f"panel: {lines} lines, should be under {MOST_OF_PANEL}")
+        wrong += 1
     return 1 if wrong else 0
 
 
