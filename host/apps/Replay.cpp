@@ -19,13 +19,13 @@
 namespace host {
 namespace {
 
-// Where a replay failed, and why. line: from 1; 0: not known.
-struct Failure {
+// Where a replay differs, and how. line: from 1; 0: not known.
+struct Difference {
   std::size_t line = 0;
   std::string reason;
 };
 
-// The exit status and the output of a program; a failed start is an output, too.
+// The exit status and the output of a program. A start that fails gives its reason as output.
 struct Result {
   int status = -1;
   std::string output;
@@ -65,24 +65,24 @@ Result resultOf(std::array<std::string, 3> words) {
 }
 
 // The first line is "FILE:LINE: REASON".
-Failure failureIn(const std::string& output, const std::string& file) {
-  Failure failure{0, output.substr(0, output.find('\n'))};
+Difference differenceIn(const std::string& output, const std::string& file) {
+  Difference difference{0, output.substr(0, output.find('\n'))};
   const std::string before = escapedLine(file) + ':';
-  if (!failure.reason.starts_with(before)) return failure;
-  const char* const begin = failure.reason.data() + before.size();
-  const char* const end = failure.reason.data() + failure.reason.size();
-  const char* const rest = std::from_chars(begin, end, failure.line).ptr;
-  failure.reason = std::string(rest, end);
-  failure.reason.erase(0, failure.reason.find_first_not_of(": "));
-  return failure;
+  if (!difference.reason.starts_with(before)) return difference;
+  const char* const begin = difference.reason.data() + before.size();
+  const char* const end = difference.reason.data() + difference.reason.size();
+  const char* const rest = std::from_chars(begin, end, difference.line).ptr;
+  difference.reason = std::string(rest, end);
+  difference.reason.erase(0, difference.reason.find_first_not_of(": "));
+  return difference;
 }
 
-std::optional<Failure> failureOf(const std::filesystem::path& file,
-                                 const std::filesystem::path& clockhost) {
+std::optional<Difference> differenceOf(const std::filesystem::path& file,
+                                       const std::filesystem::path& clockhost) {
   const std::string name = std::filesystem::absolute(file).string();
   const Result result = resultOf({clockhost.string(), "--scenario", name});
   if (result.status == 0) return std::nullopt;
-  return failureIn(result.output.empty() ? "the replay was stopped" : result.output, name);
+  return differenceIn(result.output.empty() ? "the replay was stopped" : result.output, name);
 }
 
 }  // namespace
@@ -95,13 +95,13 @@ std::string keepWhatReplays(RecordedFile& file, const std::filesystem::path& clo
   if (!std::filesystem::is_regular_file(file.path())) return {};
   const std::string name = quotedText(file.path().string());
   std::string said;
-  while (const auto failure = failureOf(file.path(), clockhost)) {
-    if (failure->line == 0 || !file.commentFrom(failure->line)) {
-      return name + " could not be replayed: " + escapedLine(failure->reason) +
+  while (const auto difference = differenceOf(file.path(), clockhost)) {
+    if (difference->line == 0 || !file.commentFrom(difference->line)) {
+      return name + " could not be replayed: " + escapedLine(difference->reason) +
              "; check it with `clockhost --scenario`";
     }
-    said = name + " holds comments from line " + std::to_string(failure->line) +
-           " on, where its replay differed: " + failure->reason +
+    said = name + " holds comments from line " + std::to_string(difference->line) +
+           " on, where its replay differed: " + difference->reason +
            "; pause the clock, and let one program act at a time";
   }
   return said;
