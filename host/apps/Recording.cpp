@@ -1,6 +1,7 @@
 #include "apps/Recording.h"
 
 #include <poll.h>
+#include <unistd.h>
 
 #include <array>
 #include <chrono>
@@ -17,6 +18,7 @@
 #include "base/Error.h"
 #include "base/PrintableText.h"
 #include "base/TerminationSignals.h"
+#include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
 #include "scenario/RecordedWords.h"
 #include "scenario/ScenarioRecorder.h"
@@ -178,11 +180,27 @@ void addRest(Monitor& monitor, ScenarioRecorder& recorder) try {
 } catch (const Error&) {
 }
 
+// The host's plug-in; empty when the host belongs to another user, whose plug-in may be anything.
+std::string pluginOf(RemoteClient& control, milliseconds limit) {
+  const uid_t user = userAt(control.descriptor());
+  if (user != 0 && user != ::geteuid()) return {};
+  const auto status = control.control(R"({"verb":"status"})", limit);
+  if (!status) throw Error("no reply; the host is busy");
+  return objectIn(*status).at("plugin");
+}
+
+std::string whatDoesNotReplay(RecordedFile& file, const Replayer& replayer, bool whole) {
+  return keepWhatReplays(
+      file, replayer,
+      whole ? "pause the clock, and let one program act at a time" : "let less time pass at once");
+}
+
 }  // namespace
 
 void record(const Json& request, RemoteClient& control, const std::filesystem::path& socket,
             milliseconds limit, const std::function<void(const Json&)>& print, std::ostream& err) {
   const std::string path = request.at("file");
+  const Replayer replayer = replayerWith(pluginOf(control, limit));
   Monitor monitor(control, socket, limit);
   const RecordedStart start = monitor.start();
   TerminationSignals signals;  // before "ready", after which a script may send one
@@ -197,11 +215,12 @@ void record(const Json& request, RemoteClient& control, const std::filesystem::p
     recorder.finish();
     const std::string end =
         error.what() + ("; " + quotedText(path)) + " holds what was done before";
-    throw HostGone(joined(end, keepWhatReplays(file, replayingHost())));
+    throw HostGone(joined(end, whatDoesNotReplay(file, replayer, recorder.lost() == 0)));
   }
   recorder.finish();
   print({{"steps", recorder.steps()}, {"events", recorder.events()}});
-  const std::string fault = joined(endOf(recorder, path), keepWhatReplays(file, replayingHost()));
+  const std::string fault =
+      joined(endOf(recorder, path), whatDoesNotReplay(file, replayer, recorder.lost() == 0));
   if (!fault.empty()) throw Error(fault);
 }
 

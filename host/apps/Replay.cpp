@@ -11,8 +11,11 @@
 #include <cstddef>
 #include <cstring>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "apps/RecordedFile.h"
+#include "base/DefaultPaths.h"
 #include "base/Descriptor.h"
 #include "base/PrintableText.h"
 
@@ -41,12 +44,14 @@ std::string allOf(int pipe) {
   }
 }
 
-Result resultOf(std::array<std::string, 3> words) {
+Result resultOf(std::vector<std::string> words) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) return {-1, std::strerror(errno)};
   const Descriptor output(ends[0]);
   Descriptor input(ends[1]);
-  std::array<char*, 4> arguments{words[0].data(), words[1].data(), words[2].data(), nullptr};
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
   ::posix_spawn_file_actions_adddup2(&actions, input.get(), STDOUT_FILENO);
@@ -78,33 +83,35 @@ Difference differenceIn(const std::string& output, const std::string& file) {
 }
 
 std::optional<Difference> differenceOf(const std::filesystem::path& file,
-                                       const std::filesystem::path& clockhost) {
+                                       const Replayer& replayer) {
   const std::string name = std::filesystem::absolute(file).string();
-  const Result result = resultOf({clockhost.string(), "--scenario", name});
+  std::vector<std::string> words = {replayer.clockhost.string(), "--scenario", name};
+  if (!replayer.plugin.empty()) words.insert(words.end(), {"--plugin", replayer.plugin.string()});
+  const Result result = resultOf(std::move(words));
   if (result.status == 0) return std::nullopt;
   return differenceIn(result.output.empty() ? "the replay was stopped" : result.output, name);
 }
 
 }  // namespace
 
-std::filesystem::path replayingHost() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "clockhost";
+Replayer replayerWith(std::filesystem::path plugin) {
+  return {programFolder() / "clockhost", std::move(plugin)};
 }
 
-std::string keepWhatReplays(RecordedFile& file, const std::filesystem::path& clockhost) {
+std::string keepWhatReplays(RecordedFile& file, const Replayer& replayer,
+                            const std::string& advice) {
   if (!std::filesystem::is_regular_file(file.path())) return {};
   const std::string name = quotedText(file.path().string());
   std::string said;
-  while (const auto difference = differenceOf(file.path(), clockhost)) {
+  while (const auto difference = differenceOf(file.path(), replayer)) {
     if (difference->line == 0 || !file.commentFrom(difference->line)) {
       return name + " could not be replayed: " + escapedLine(difference->reason) +
              "; check it with `clockhost --scenario`";
     }
-    said = name + " holds comments from line " + std::to_string(difference->line) +
-           " on, where its replay differed: " + difference->reason +
-           "; pause the clock, and let one program act at a time";
+    said = "holds comments from line " + std::to_string(difference->line) +
+           " on, where its replay differed: " + difference->reason;
   }
-  return said;
+  return said.empty() ? said : name + ' ' + said + "; " + advice;
 }
 
 }  // namespace host

@@ -62,7 +62,11 @@ DefaultPaths defaultPaths() {
     if (text == nullptr) return std::nullopt;
     return text;
   };
-  return defaultPaths(std::filesystem::read_symlink("/proc/self/exe"), environment);
+  return defaultPaths(programFolder() / "clockhost", environment);
+}
+
+std::filesystem::path programFolder() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }
 
 }  // namespace host

@@ -29,4 +29,7 @@ using Environment = std::function<std::optional<std::string>(const char* name)>;
 // The same for this process.
 [[nodiscard]] DefaultPaths defaultPaths();
 
+// The folder of this process's program, where clockhost and clockctl are, too.
+[[nodiscard]] std::filesystem::path programFolder();
+
 }  // namespace host

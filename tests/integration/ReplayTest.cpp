@@ -15,8 +15,8 @@ namespace {
 
 class Replay : public ::testing::Test {
  protected:
-  std::string keep(const std::filesystem::path& clockhost = CLOCKHOST) {
-    return keepWhatReplays(file, clockhost);
+  std::string keep(const Replayer& replayer = {CLOCKHOST, ""}) {
+    return keepWhatReplays(file, replayer, "write a shorter one");
   }
   std::string content() const { return support::contentOf(file.path()); }
 
@@ -38,7 +38,8 @@ TEST_F(Replay, TheRestFromADifferentAnswerOnBecomesComments) {
   file.add("clock advance 1s");
   const std::string said = keep();
   EXPECT_NE(said.find("holds comments from line 2 on, where its replay differed: expected a reply "
-                      "with getTimeStringReturn=12:34, got getTimeStringReturn=00:00; pause the"),
+                      "with getTimeStringReturn=12:34, got getTimeStringReturn=00:00; write a "
+                      "shorter one"),
             std::string::npos)
       << said;
   EXPECT_EQ(content(),
@@ -60,7 +61,7 @@ TEST_F(Replay, ALineThatAScenarioCannotReadBecomesAComment) {
 
 TEST_F(Replay, WithoutClockhostTheFileIsNotKnownToPass) {
   file.add("clock advance 1s");
-  const std::string said = keep(folder.path() / "none");
+  const std::string said = keep({folder.path() / "none", ""});
   EXPECT_NE(said.find("a recording\" could not be replayed: "), std::string::npos) << said;
   EXPECT_NE(said.find("No such file or directory; check it with `clockhost --scenario`"),
             std::string::npos)
@@ -68,9 +69,14 @@ TEST_F(Replay, WithoutClockhostTheFileIsNotKnownToPass) {
   EXPECT_EQ(content(), "clock advance 1s\n");
 }
 
+TEST_F(Replay, ThePlugInIsTheReplayers) {
+  file.add("clock advance 1s");
+  EXPECT_NE(keep({CLOCKHOST, folder.path() / "another.so"}).find("another.so"), std::string::npos);
+}
+
 TEST_F(Replay, ADeviceIsNotReplayed) {
   RecordedFile device("/dev/null", true);
-  EXPECT_EQ(keepWhatReplays(device, folder.path() / "none"), "");
+  EXPECT_EQ(keepWhatReplays(device, {folder.path() / "none", ""}, ""), "");
 }
 
 }  // namespace
