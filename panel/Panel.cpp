@@ -22,7 +22,8 @@ constexpr int kMostAsked = 64;  // requests that wait for a worker, or for a hos
 // No fraction, and no number that an integer cannot hold.
 std::int64_t integerIn(const Json& asked, const char* name) {
   const Json& value = asked.at(name);
-  if (!value.is_number_integer()) throw host::Error(name + std::string(" is not an integer"));
+  const bool fits = value.is_number_integer() && value <= std::uint64_t{INT64_MAX};
+  if (!fits) throw host::Error(name + std::string(" is not an integer"));
   return value;
 }
 
@@ -147,7 +148,7 @@ Panel::Work Panel::recordWork(const Json& asked) {
     if (on && telephone.recording == nullptr) {
       telephone.recording = std::make_unique<Recording>(telephone.sockets);
     } else if (!on && telephone.recording != nullptr) {
-      answer.update(std::exchange(telephone.recording, nullptr)->finish());
+      answer.update(std::exchange(telephone.recording, nullptr)->finish(m_ending.get_token()));
     }
     tell(number, "recording", on);
     return answer;

@@ -21,7 +21,8 @@ using std::chrono::milliseconds;
 
 constexpr std::size_t kMostOutput = std::size_t{64} << 10;  // bytes
 
-// Both outputs go to the pipe, and the child's signals have their default actions.
+// Both outputs go to the pipe, the child's signals have their default actions, and what it starts
+// is in its group.
 pid_t spawn(const std::string& program, std::vector<std::string>& words, int output) {
   std::vector<char*> arguments;
   for (std::string& word : words) arguments.push_back(word.data());
@@ -35,7 +36,7 @@ pid_t spawn(const std::string& program, std::vector<std::string>& words, int out
   sigset_t none;
   sigemptyset(&none);
   posix_spawnattr_setsigmask(&attributes, &none);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP);
   pid_t process = -1;
   const int error =
       ::posix_spawn(&process, program.c_str(), &actions, &attributes, arguments.data(), environ);
@@ -78,10 +79,10 @@ void ChildProgram::interrupt() {
 
 int ChildProgram::finish(Deadline deadline, const std::stop_token& ending) {
   {
-    const std::stop_callback atEnd(ending, [this] { ::kill(m_process, SIGKILL); });
+    const std::stop_callback atEnd(ending, [this] { ::kill(-m_process, SIGKILL); });
     while (m_pipe.valid() && readSome(deadline)) continue;
   }
-  if (m_pipe.valid()) ::kill(m_process, SIGKILL);
+  if (m_pipe.valid()) ::kill(-m_process, SIGKILL);
   int status = 0;
   while (::waitpid(m_process, &status, 0) < 0 && errno == EINTR) continue;
   m_process = -1;
@@ -102,10 +103,6 @@ bool ChildProgram::readSome(Deadline deadline) {
     m_output.append(some.data(), static_cast<std::size_t>(got));
   }
   return true;
-}
-
-std::filesystem::path programFolder() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path();
 }
 
 }  // namespace panel

@@ -30,7 +30,7 @@ class ChildProgram {
   void interrupt();  // SIGINT
 
   // Reads the rest and waits. Returns the exit status, 128 and more for a signal. After the
-  // deadline, or at `ending`, it kills the child first.
+  // deadline, or at `ending`, it kills the child and what that started first.
   [[nodiscard]] int finish(Deadline deadline, const std::stop_token& ending = {});
 
   [[nodiscard]] const std::string& output() const { return m_output; }  // at most 64 KiB of it
@@ -42,8 +42,5 @@ class ChildProgram {
   pid_t m_process = -1;  // -1: it has ended
   std::string m_output;
 };
-
-// The folder of this program, where clockhost and clockctl are, too.
-[[nodiscard]] std::filesystem::path programFolder();
 
 }  // namespace panel

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <string_view>
 
+#include "base/DefaultPaths.h"
 #include "base/Error.h"
 #include "base/ReplaceAll.h"
 #include "base/WriteAll.h"
@@ -62,7 +63,7 @@ std::string pathOf(const host::Descriptor& file) {
 
 Recording::Recording(const HostSockets& sockets)
     : m_file(memoryFile("")),
-      m_recorder(programFolder() / "clockctl",
+      m_recorder(host::programFolder() / "clockctl",
                  {"--socket", sockets.call.string(), "--control-socket", sockets.control.string(),
                   "record", pathOf(m_file), "--overwrite", "--count", kMostSteps}) {
   const bool inTime = m_recorder.readTo(kReady, after(kAnswer));
@@ -70,10 +71,12 @@ Recording::Recording(const HostSockets& sockets)
   throw host::Error(inTime ? reasonIn(m_recorder.output()) : "no reply; the host is busy");
 }
 
-host::Json Recording::finish() {
+host::Json Recording::finish(const std::stop_token& ending) {
   m_recorder.interrupt();
-  static_cast<void>(m_recorder.finish(after(kAnswer)));
-  const std::string said = reasonIn(m_recorder.output().substr(kReady.size()));
+  const int status = m_recorder.finish(after(kLongestReplay), ending);
+  const std::string said = status == kKilled
+                               ? "whether it replays is unknown: that takes longer than a minute"
+                               : reasonIn(m_recorder.output().substr(kReady.size()));
   std::ifstream file(pathOf(m_file), std::ios::binary);
   return {{"scenario", std::string(std::istreambuf_iterator<char>(file), {})},
           {"said", host::replaceAll(said, pathOf(m_file), "the recording")}};
@@ -82,7 +85,7 @@ host::Json Recording::finish() {
 host::Json replay(const std::string& scenario, const std::stop_token& ending) {
   refuseIncludes(scenario);
   const host::Descriptor file = memoryFile(scenario);
-  ChildProgram runner(programFolder() / "clockhost", {"--scenario", pathOf(file)});
+  ChildProgram runner(host::programFolder() / "clockhost", {"--scenario", pathOf(file)});
   const int status = runner.finish(after(kLongestReplay), ending);
   if (status == 0) return {{"ok", true}, {"passed", true}};
   if (status == kKilled) throw host::Error("the scenario took longer than a minute");

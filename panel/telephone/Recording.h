@@ -15,8 +15,8 @@ class Recording {
  public:
   explicit Recording(const HostSockets& sockets);  // returns once no later step is missed
 
-  // Ends it. {"scenario": TEXT, "said": what clockctl says of it, as why it ended earlier}
-  [[nodiscard]] host::Json finish();
+  // Ends it; blocks as replay() does. {"scenario": TEXT, "said": what clockctl says of it}
+  [[nodiscard]] host::Json finish(const std::stop_token& ending);
 
  private:
   host::Descriptor m_file;  // in memory

@@ -102,13 +102,13 @@ class Requests(unittest.TestCase):
             self.assertIn("cannot include files", answer, line)
 
     def test_a_telephone_that_does_not_exist_is_named(self):
-        for number in (1, -1, 2**40, 2**64 - 1):
+        for number in (1, -1, 2**40):
             body = json.dumps({"telephone": number, "words": ["status"]})
             answer = json.loads(self.panel.ask("POST", "/request", body).text)
             self.assertEqual(answer, {"ok": False, "error": "no such telephone"})
 
     def test_numbers_are_integers(self):
-        for number in (1e300, 0.5, -0.0, True, "0", None):
+        for number in (1e300, 2**63, 2**64 - 1, 0.5, -0.0, True, "0", None):
             for target, body in (("/request", {"telephone": number, "words": ["status"]}),
                                  ("/time-server", {"silent": True, "error": number})):
                 answer = json.loads(self.panel.ask("POST", target, json.dumps(body)).text)
