@@ -34,6 +34,16 @@ SHELLS = {
 }
 
 # With the telephone of one's own that the package gives
+# It runs the clockhost beside it.
+PANEL = """
+import sys
+sys.path.insert(0, "/mnt/tests/panel")
+from panels import Panel
+panel = Panel("/usr/bin/clockpanel", "--socket", "none")
+print(panel.ask("POST", "/replay", '{"scenario": "clock advance 1s"}').text)
+panel.end()
+"""
+
 CLIENT = """
 import deskclock
 with deskclock.Phone.spawn() as phone:
@@ -184,6 +194,7 @@ def try_alone(trial):
     trial.use_the_host()
     trial.install("python3-deskclock")
     expect("01:00", trial.as_user("python3", "-c", CLIENT))
+    expect('"passed":true', trial.as_user("python3", "-B", "-c", PANEL))
 
 
 def try_installed(trial):
