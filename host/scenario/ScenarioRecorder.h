@@ -67,6 +67,7 @@ class ScenarioRecorder {
   void watchHand(const Json& request, const Json& reply);
   void writeStep(const Json& request, const RecordedStep& step, std::int64_t effect);
   void writeEvents(std::int64_t end = std::numeric_limits<std::int64_t>::max());
+  void writeEvent(const std::string& line, bool running);
   void passTo(std::int64_t uptime);
   [[nodiscard]] bool moves() const;  // the clock, by a request without an answer yet
   [[nodiscard]] bool pending() const { return m_call || !m_requests.empty(); }
@@ -81,8 +82,9 @@ class ScenarioRecorder {
   bool m_due = false;          // a timer of the replay may be due
   std::optional<Json> m_call;  // without a reply yet
   std::vector<Request> m_requests;
-  std::vector<Json> m_waiting;  // events
-  std::string m_peer;           // of the last step
+  std::vector<Json> m_waiting;      // events
+  std::vector<std::string> m_late;  // their lines while the clock ran, since a step or a second
+  std::string m_peer;               // of the last step
   std::size_t m_steps = 0;
   std::size_t m_events = 0;
   std::uint64_t m_lost = 0;

@@ -146,6 +146,7 @@ TEST_F(Record, ARunningClockReplaysGreen) {
   start();
   for (const Words& words : {Words{"call", "getTimeInts"},
                              {"set", "simple-time", "07:30"},
+                             {"set", "time", "2026-05-08T06:59:50Z"},
                              {"get", "time"},
                              {"set", "sntp-tz-offset", "-5"},
                              {"clock", "advance", "2h"},
