@@ -24,6 +24,8 @@ class BadInputs : public ::testing::Test {
         {"log", "log --follow"},
         {"exists", ""},
         {"good.scenario", "variant 3"},
+        {"bare.scenario", "include"},
+        {"lost.scenario", "include none"},
         {"circle.scenario", "include circle.scenario"}};
     for (const auto& [name, text] : files) {
       std::ofstream(m_host.folder() / name) << text << '\n';
