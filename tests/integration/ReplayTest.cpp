@@ -15,7 +15,7 @@ namespace {
 
 class Replay : public ::testing::Test {
  protected:
-  std::string keep(const Replayer& replayer = {CLOCKHOST, ""}) {
+  std::string keep(const Replayer& replayer = {CLOCKHOST, CLOCK_PLUGIN}) {
     return keepWhatReplays(file, replayer, "write a shorter one");
   }
   std::string content() const { return support::contentOf(file.path()); }
