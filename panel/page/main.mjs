@@ -1,5 +1,5 @@
 // The page: one or more telephones side by side, and the tools for the chosen ones.
-import { html, render, useEffect, useReducer, useState } from "./preact.mjs";
+import { html, render, useLayoutEffect, useReducer, useState } from "./preact.mjs";
 import { follow, panelIsThere, phones, subscribe } from "./feed.mjs";
 import { Coming } from "./coming.mjs";
 import { Journal } from "./journal.mjs";
@@ -27,7 +27,7 @@ function Chooser({ chosen, choose }) {
 function Page() {
   const [, draw] = useReducer((count) => count + 1, 0);
   const [chosen, choose] = useState(0);
-  useEffect(() => subscribe(draw), []);
+  useLayoutEffect(() => subscribe(draw), []); // before the first frame, in which all may come
   const ready = phones.filter(isReady);
   const tools = ready.filter((phone) => chosen === ALL || phone.number === chosen);
   const [first] = tools;

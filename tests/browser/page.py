@@ -18,6 +18,25 @@ from pictures import Pictures
 from telephones import NEW_YORK, PageTest
 
 MOST_COMPRESSED = 150000  # bytes of the whole page, as they are sent
+# The browser is busy: its first frame comes when the panel has told everything.
+LATE_FRAME = """{
+  const { requestAnimationFrame, setTimeout, EventSource } = window;
+  const waiting = [];
+  const drawFirst = (time) => {
+    Object.assign(window, { requestAnimationFrame, setTimeout });
+    for (const draw of waiting) draw(time);
+  };
+  window.requestAnimationFrame = (draw) => waiting.push(draw);
+  window.setTimeout = () => 0;
+  window.EventSource = class extends EventSource {
+    set onmessage(take) {
+      super.onmessage = (event) => {
+        take(event);
+        if (JSON.parse(event.data).live) requestAnimationFrame(drawFirst);
+      };
+    }
+  };
+}"""
 
 
 class OneTelephone(PageTest):
@@ -127,6 +146,13 @@ class OneTelephone(PageTest):
         wide = self.page.browser.execute_script("return document.documentElement.scrollWidth")
         self.page.command("Emulation.clearDeviceMetricsOverride")
         self.assertLessEqual(wide, 360)
+
+    def test_what_came_before_the_first_frame_is_shown(self):
+        self.page.wait_text(".why", "Last changed 2026-03-08T06:59:50Z")  # a paused telephone tells no more
+        script = self.page.command("Page.addScriptToEvaluateOnNewDocument", source=LATE_FRAME)
+        self.addCleanup(self.page.command, "Page.removeScriptToEvaluateOnNewDocument", **script)
+        self.page.browser.refresh()
+        self.page.wait_for(lambda: self.page.all("article.telephone"), "the telephone")
 
     def test_a_host_that_goes_away_is_found_again(self):
         self.page.hosts[0].end()
