@@ -146,7 +146,7 @@ Panel::Work Panel::recordWork(const Json& asked) {
     const std::lock_guard lock(telephone.mutex);
     Json answer = {{"ok", true}};
     if (on && telephone.recording == nullptr) {
-      telephone.recording = std::make_unique<Recording>(telephone.sockets);
+      telephone.recording = std::make_unique<Recording>(telephone.sockets, m_ending.get_token());
     } else if (!on && telephone.recording != nullptr) {
       answer.update(std::exchange(telephone.recording, nullptr)->finish(m_ending.get_token()));
     }

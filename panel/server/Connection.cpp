@@ -47,7 +47,8 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
 
   bool add(const Message& message) {
     m_unread += message->size();
-    if (m_closed || m_unread > m_limit) return close();
+    if (m_unread > m_limit) close();
+    if (m_closed) return false;
     m_messages.push_back(message);
     if (m_messages.size() == 1) write();
     return true;
@@ -61,10 +62,7 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
   }
 
   void written(error_code error) {
-    if (error || m_closed) {
-      close();
-      return;
-    }
+    if (error || m_closed) return close();
     m_unread -= m_messages.front()->size();
     m_messages.pop_front();
     if (!m_messages.empty()) return write();
@@ -78,10 +76,9 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
         [self = shared_from_this()](error_code, std::size_t) { self->close(); });
   }
 
-  bool close() {
+  void close() {
     m_closed = true;
     m_stream.close();
-    return false;
   }
 
   Stream m_stream;
@@ -98,12 +95,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
   Connection(boost::asio::generic::stream_protocol::socket socket, const Site& site, Place place)
       : m_stream(std::move(socket)), m_site(site), m_place(std::move(place)) {}
 
-  void readHead() {
+  void readHead(std::chrono::seconds limit) {
     m_parser.emplace();
     m_parser->header_limit(kMostHead);
     m_parser->body_limit(kMostBody);
-    m_stream.expires_after(m_first ? kReadLimit : kIdleLimit);
-    m_first = false;
+    m_stream.expires_after(limit);
     http::async_read_header(
         m_stream, m_buffer, *m_parser,
         [self = shared_from_this()](error_code error, std::size_t) { self->readBody(error); });
@@ -127,28 +123,24 @@ class Connection : public std::enable_shared_from_this<Connection> {
     m_stream.expires_never();
     const Request request = m_parser->release();
     // The body of an answer to HEAD, which is none, would be read as the next answer.
-    m_keep = request.keep_alive() && request.method() != http::verb::head;
+    const bool keep = request.keep_alive() && request.method() != http::verb::head;
     if (request.method() == http::verb::get && request.target() == "/feed") {
       return std::make_shared<EventStream>(std::move(m_stream), std::move(m_place))->open(m_site);
     }
-    m_site.answer(request, [self = shared_from_this()](Response response) {
-      response.keep_alive(self->m_keep);
+    m_site.answer(request, [self = shared_from_this(), keep](Response response) {
+      response.keep_alive(keep);
       self->send(std::move(response));
     });
   }
 
   // What the client did wrong, where HTTP has a status for it.
   void end(error_code error) {
-    if (error == http::error::body_limit) return refuse(http::status::payload_too_large);
-    if (error == http::error::header_limit) {
-      return refuse(http::status::request_header_fields_too_large);
-    }
     const bool malformed =
         error.category() == http::make_error_code(http::error::bad_method).category();
-    if (malformed && error != http::error::end_of_stream) return refuse(http::status::bad_request);
-  }
-
-  void refuse(http::status status) {
+    if (!malformed || error == http::error::end_of_stream) return;
+    auto status = http::status::bad_request;
+    if (error == http::error::body_limit) status = http::status::payload_too_large;
+    if (error == http::error::header_limit) status = http::status::request_header_fields_too_large;
     Response response = lineResponse(status, std::string(http::obsolete_reason(status)));
     response.keep_alive(false);
     send(std::move(response));
@@ -160,7 +152,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     m_stream.expires_after(kWriteLimit);
     http::async_write(m_stream, *m_response,
                       [self = shared_from_this()](error_code error, std::size_t) {
-                        if (!error && self->m_response->keep_alive()) self->readHead();
+                        if (!error && self->m_response->keep_alive()) self->readHead(kIdleLimit);
                       });
   }
 
@@ -170,14 +162,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
   beast::flat_buffer m_buffer;
   std::optional<http::request_parser<http::string_body>> m_parser;
   std::optional<Response> m_response;
-  bool m_keep = false;
-  bool m_first = true;
 };
 
 }  // namespace
 
 void serve(boost::asio::generic::stream_protocol::socket socket, const Site& site, Place place) {
-  std::make_shared<Connection>(std::move(socket), site, std::move(place))->readHead();
+  std::make_shared<Connection>(std::move(socket), site, std::move(place))->readHead(kReadLimit);
 }
 
 }  // namespace panel

@@ -66,8 +66,10 @@ ChildProgram::~ChildProgram() {
   if (m_process > 0) static_cast<void>(finish(Deadline()));
 }
 
-bool ChildProgram::readTo(const std::string& text, Deadline deadline) {
-  while (!m_output.ends_with(text) && m_pipe.valid()) {
+bool ChildProgram::readTo(const std::string& text, Deadline deadline,
+                          const std::stop_token& ending) {
+  const std::stop_callback atEnd(ending, [this] { ::kill(-m_process, SIGKILL); });
+  while (m_pipe.valid() && (text.empty() || !m_output.ends_with(text))) {
     if (!readSome(deadline)) return false;
   }
   return true;
@@ -78,11 +80,7 @@ void ChildProgram::interrupt() {
 }
 
 int ChildProgram::finish(Deadline deadline, const std::stop_token& ending) {
-  {
-    const std::stop_callback atEnd(ending, [this] { ::kill(-m_process, SIGKILL); });
-    while (m_pipe.valid() && readSome(deadline)) continue;
-  }
-  if (m_pipe.valid()) ::kill(-m_process, SIGKILL);
+  if (!readTo("", deadline, ending)) ::kill(-m_process, SIGKILL);
   int status = 0;
   while (::waitpid(m_process, &status, 0) < 0 && errno == EINTR) continue;
   m_process = -1;

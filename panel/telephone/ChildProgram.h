@@ -24,13 +24,15 @@ class ChildProgram {
   ChildProgram(const ChildProgram&) = delete;
   ChildProgram& operator=(const ChildProgram&) = delete;
 
-  // Reads the output until it ends with `text`, or itself ends. False: not by the deadline.
-  [[nodiscard]] bool readTo(const std::string& text, Deadline deadline);
+  // Reads the output until it ends with `text`, or itself ends. False: not by the deadline. At
+  // `ending` it kills the child and what that started.
+  [[nodiscard]] bool readTo(const std::string& text, Deadline deadline,
+                            const std::stop_token& ending = {});
 
   void interrupt();  // SIGINT
 
   // Reads the rest and waits. Returns the exit status, 128 and more for a signal. After the
-  // deadline, or at `ending`, it kills the child and what that started first.
+  // deadline it kills as at `ending`.
   [[nodiscard]] int finish(Deadline deadline, const std::stop_token& ending = {});
 
   [[nodiscard]] const std::string& output() const { return m_output; }  // at most 64 KiB of it

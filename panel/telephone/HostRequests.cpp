@@ -29,10 +29,9 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kMoveLimit = std::chrono::seconds(60);  // advancing a year takes a while
 
-Json call(const HostSockets& sockets, const Json& request) {
+Json call(RemoteClient& client, const Json& request) {
   const std::string name = request["method"];
   Method method = host::callOf(name, request["arguments"].get<std::vector<std::string>>());
-  RemoteClient client(sockets.call);
   const host::MethodRow* const row = host::rowNamed(host::remoteMethods(), name);
   if (row != nullptr && !row->replies()) {
     client.post(method);
@@ -44,15 +43,12 @@ Json call(const HostSockets& sockets, const Json& request) {
   return {{"ok", true}, {"method", name}, {"reply", host::parametersJson(*reply)}};
 }
 
-Json control(const HostSockets& sockets, const host::Verb& verb, Json request,
-             const std::stop_token& ending) {
+Json control(RemoteClient& client, const host::Verb& verb, Json request) {
   if (request.value("watch", false) || request.value("follow", false)) {
     throw UsageError(std::string(verb.name) +
                      " does not end by itself; the page follows it anyway");
   }
   if (request.contains("plot")) request["plot"] = true;  // the page draws it
-  RemoteClient client(sockets.control);
-  const std::stop_callback hangUp(ending, [&] { ::shutdown(client.descriptor(), SHUT_RDWR); });
   const auto text =
       client.control(request.dump(), host::takesTime(verb, request) ? kMoveLimit : kAnswerLimit);
   if (!text) throw Error("no reply; the host is busy, or the clock is still moving");
@@ -73,14 +69,13 @@ Json answerOf(const HostSockets& sockets, std::span<const std::string> words,
               const std::stop_token& ending) {
   const host::Verb& verb = host::verbOf(words);
   const Json request = host::checkedRequest(host::requestOf(verb, words));
-  switch (verb.route) {
-    case host::Verb::Route::call:
-      return call(sockets, request);
-    case host::Verb::Route::control:
-      return control(sockets, verb, request, ending);
-    default:
-      throw UsageError(std::string(verb.name) + " is for clockctl");
+  const bool calls = verb.route == host::Verb::Route::call;
+  if (!calls && verb.route != host::Verb::Route::control) {
+    throw UsageError(std::string(verb.name) + " is for clockctl");
   }
+  RemoteClient client(calls ? sockets.call : sockets.control);
+  const std::stop_callback hangUp(ending, [&] { ::shutdown(client.descriptor(), SHUT_RDWR); });
+  return calls ? call(client, request) : control(client, verb, request);
 }
 
 Json catalogue() {

@@ -61,12 +61,12 @@ std::string pathOf(const host::Descriptor& file) {
 
 }  // namespace
 
-Recording::Recording(const HostSockets& sockets)
+Recording::Recording(const HostSockets& sockets, const std::stop_token& ending)
     : m_file(memoryFile("")),
       m_recorder(host::programFolder() / "clockctl",
                  {"--socket", sockets.call.string(), "--control-socket", sockets.control.string(),
                   "record", pathOf(m_file), "--overwrite", "--count", kMostSteps}) {
-  const bool inTime = m_recorder.readTo(kReady, after(kAnswer));
+  const bool inTime = m_recorder.readTo(kReady, after(kAnswer), ending);
   if (inTime && m_recorder.output() == kReady) return;
   throw host::Error(inTime ? reasonIn(m_recorder.output()) : "no reply; the host is busy");
 }

@@ -13,7 +13,8 @@ namespace panel {
 // what the page does, too. Owner: the panel. Thread: one at a time. Failure: host::Error, one line.
 class Recording {
  public:
-  explicit Recording(const HostSockets& sockets);  // returns once no later step is missed
+  // Returns once no later step is missed.
+  Recording(const HostSockets& sockets, const std::stop_token& ending);
 
   // Ends it; blocks as replay() does. {"scenario": TEXT, "said": what clockctl says of it}
   [[nodiscard]] host::Json finish(const std::stop_token& ending);

@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
 
 #include <array>
 #include <chrono>
@@ -42,11 +43,15 @@ Json entryOf(const host::ReceivedEvent& event) {
   return entry;
 }
 
-// The connections to one host while it runs. Throws when the host is gone.
+// The connections to one host while it runs. Throws when the host is gone, and at `ending`.
 class Attachment {
  public:
-  explicit Attachment(const HostSockets& sockets)
-      : m_control(sockets.control), m_calls(sockets.call, RemoteClient::Events::timed) {
+  Attachment(const HostSockets& sockets, const std::stop_token& ending)
+      : m_control(sockets.control),
+        m_calls(sockets.call, RemoteClient::Events::timed),
+        m_hangUp(ending, [this] {
+          for (const int each : descriptors()) ::shutdown(each, SHUT_RDWR);
+        }) {
     Method observe("observeTimeEvents", Method::call);
     if (!m_calls.call(observe, kAnswerLimit)) throw Error("no reply; the host is busy");
     m_log = m_control.startControl(R"({"verb":"log","follow":true})");
@@ -112,6 +117,7 @@ class Attachment {
 
   RemoteClient m_control;
   RemoteClient m_calls;
+  std::stop_callback<std::function<void()>> m_hangUp;
   std::uint32_t m_log = 0;
   std::string m_history;  // as it was when the keys were read
   std::int64_t m_after = 0;
@@ -129,7 +135,7 @@ TelephoneWatch::TelephoneWatch(HostSockets sockets, Tell tell)
 }
 
 TelephoneWatch::~TelephoneWatch() {
-  m_ending = true;
+  m_ending.request_stop();
   poke();
   m_thread.join();
 }
@@ -139,7 +145,7 @@ void TelephoneWatch::poke() {
 }
 
 void TelephoneWatch::run() {
-  while (!m_ending) {
+  while (!m_ending.stop_requested()) {
     try {
       follow();
     } catch (const std::exception& error) {
@@ -152,12 +158,12 @@ void TelephoneWatch::run() {
 }
 
 void TelephoneWatch::follow() {
-  Attachment host(m_sockets);
+  Attachment host(m_sockets, m_ending.get_token());
   host.readStates(m_tell);
   m_attached = true;
   m_tell("attached", {{"attached", true}});
   auto last = SteadyClock::now();
-  for (bool changed = false; !m_ending;) {
+  for (bool changed = false; !m_ending.stop_requested();) {
     const auto due = last + (changed ? kRefresh : kAtLeast);
     const auto left = std::chrono::ceil<milliseconds>(due - SteadyClock::now());
     if (left > milliseconds(0)) wait(host.descriptors(), left);

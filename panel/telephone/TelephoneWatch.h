@@ -1,9 +1,9 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <functional>
+#include <stop_token>
 #include <string>
 #include <thread>
 
@@ -37,7 +37,7 @@ class TelephoneWatch {
   const HostSockets m_sockets;
   const Tell m_tell;
   host::Descriptor m_wake;  // eventfd: readable when poked
-  std::atomic<bool> m_ending = false;
+  std::stop_source m_ending;
   bool m_attached = false;  // used by the thread
   std::thread m_thread;
 };

@@ -1,6 +1,7 @@
 #include "world/TimeServer.h"
 
 #include <boost/asio/buffer.hpp>
+#include <boost/endian/conversion.hpp>
 #include <string>
 
 #include "base/Error.h"
@@ -24,9 +25,7 @@ void putTime(unsigned char* at, std::chrono::nanoseconds sinceEpoch) {
   const auto seconds = static_cast<std::uint64_t>(whole.count() + kNtpEpoch);
   const auto rest = static_cast<std::uint64_t>((sinceEpoch - whole).count());
   const std::uint64_t value = (seconds << 32U) | ((rest << 32U) / kSecond);
-  for (unsigned i = 0; i < 8; ++i) {
-    at[i] = static_cast<unsigned char>(value >> (8 * (7 - i)));
-  }
+  boost::endian::store_big_u64(at, value);
 }
 
 udp::socket socketAt(boost::asio::io_context& context, std::uint16_t port) {

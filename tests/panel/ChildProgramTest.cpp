@@ -46,6 +46,15 @@ TEST(ChildProgram, IsKilledAfterTheDeadline) {
   EXPECT_EQ(child.finish(steady_clock::now()), 128 + SIGKILL);
 }
 
+TEST(ChildProgram, IsKilledWithWhatItStartedAtTheEnd) {
+  std::stop_source ending;
+  ending.request_stop();
+  ChildProgram reading = shell("sleep 1000 & sleep 1000");
+  EXPECT_TRUE(reading.readTo("ready\n", inTime(), ending.get_token()));
+  ChildProgram ended = shell("sleep 1000 & sleep 1000");
+  EXPECT_EQ(ended.finish(inTime(), ending.get_token()), 128 + SIGKILL);
+}
+
 TEST(ChildProgram, CanBeInterrupted) {
   ChildProgram child = shell("trap 'exit 5' INT; echo ready; while :; do sleep 0.01; done");
   ASSERT_TRUE(child.readTo("ready\n", inTime()));

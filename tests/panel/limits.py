@@ -85,6 +85,21 @@ class Limits(unittest.TestCase):
             self.assertLess(time.monotonic() - begin, LIMIT / 2)
             self.assertEqual((replay.recv(1), move.recv(1)), (b"", b""))
 
+    def test_the_end_does_not_wait_for_recordings_that_begin(self):
+        panel = Panel(self.programs[0], "--socket", self.start_host("0"))
+        self.wait_for(panel, b'"attached":true')
+        self.host.send_signal(signal.SIGSTOP)
+        self.addCleanup(self.host.send_signal, signal.SIGCONT)
+        # One after the other, each would wait 5 s for the host.
+        begun = [panel.begin("/record", {"telephone": 0, "on": True}) for _ in range(4)]
+        panel.states()  # the requests are taken
+        begin = time.monotonic()
+        self.assertEqual(panel.end(), 0)
+        self.assertLess(time.monotonic() - begin, LIMIT / 4)
+        for connection in begun:
+            self.assertEqual(connection.recv(1), b"")
+            connection.close()
+
     def follow(self, path, panel):
         page = socket.socket(socket.AF_UNIX)
         page.settimeout(LIMIT)
