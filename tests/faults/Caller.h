@@ -15,7 +15,7 @@ namespace faults {
 // request without an answer is. Owner: a test. Thread: one at a time.
 class Caller {
  public:
-  static constexpr std::chrono::seconds kLimit{5};
+  static constexpr std::chrono::seconds kLimit{20};
 
   explicit Caller(const integration::RestartableHost& host) : m_host(host) {}
 

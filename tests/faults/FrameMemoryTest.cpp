@@ -23,7 +23,7 @@ namespace {
 using host::Frame;
 using host::FrameKind;
 
-constexpr std::chrono::seconds kAnswerLimit(5);
+constexpr std::chrono::seconds kAnswerLimit(20);
 constexpr std::uint32_t kFrame = 2;   // ids of the client's frames
 constexpr std::uint32_t kBehind = 3;  // its reply comes after that of kFrame, if that has one
 constexpr std::uint32_t kBefore = 4;  // of the frames ahead

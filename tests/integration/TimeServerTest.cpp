@@ -16,6 +16,7 @@ namespace integration {
 namespace {
 
 constexpr std::chrono::seconds kLimit(20);
+constexpr std::chrono::seconds kFirstAttempt(14);  // the client waits 15 s until the next
 
 // The machine's time: this program has no virtual clock.
 double now() {
@@ -47,7 +48,7 @@ TEST(TelephoneBesideATimeServer, TakesItsTimeAndKeepsItOverAPowerCut) {
   ASSERT_EQ(telephone.ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
   EXPECT_EQ(nextEvent(subscriber), "timeChangeEvent");
   EXPECT_EQ(nextEvent(subscriber), "dateChangeEvent");
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, kFirstAttempt);
 
   EXPECT_EQ(telephone.ctl({"call", "isTimeSourceSntp"}).out, "isTimeSourceSntpReturn=true\n");
   EXPECT_NEAR(timeOf(telephone), now(), 5.0);
