@@ -17,7 +17,7 @@ namespace beast = boost::beast;
 namespace http = beast::http;
 using beast::error_code;
 
-constexpr auto kReadLimit = std::chrono::seconds(10);   // for a whole request
+constexpr auto kReadLimit = std::chrono::seconds(10);   // for a whole request, or what is dropped
 constexpr auto kIdleLimit = std::chrono::seconds(60);   // until the next request
 constexpr auto kWriteLimit = std::chrono::seconds(30);  // for an answer, or a message
 
@@ -31,9 +31,7 @@ class EventStream : public std::enable_shared_from_this<EventStream> {
   void open(const Site& site) {
     Response head = responseOf(http::status::ok, "text/event-stream", "retry: 500\n\n");
     head.keep_alive(false);
-    std::ostringstream text;
-    text << head;
-    add(std::make_shared<const std::string>(text.str()));
+    add(std::make_shared<const std::string>((std::ostringstream() << head).str()));
     watchEnd();
     site.follow([stream = weak_from_this()](const Message& message) {
       const auto self = stream.lock();
@@ -141,7 +139,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
     auto status = http::status::bad_request;
     if (error == http::error::body_limit) status = http::status::payload_too_large;
     if (error == http::error::header_limit) status = http::status::request_header_fields_too_large;
-    Response response = lineResponse(status, std::string(http::obsolete_reason(status)));
+    Response response = lineResponse(
+        status, "a request is HTTP, with a head of at most 8 KiB and a body of at most 1 MiB");
     response.keep_alive(false);
     send(std::move(response));
   }
@@ -152,8 +151,21 @@ class Connection : public std::enable_shared_from_this<Connection> {
     m_stream.expires_after(kWriteLimit);
     http::async_write(m_stream, *m_response,
                       [self = shared_from_this()](error_code error, std::size_t) {
-                        if (!error && self->m_response->keep_alive()) self->readHead(kIdleLimit);
+                        if (error) return;
+                        if (self->m_response->keep_alive()) return self->readHead(kIdleLimit);
+                        self->m_stream.socket().shutdown(Stream::socket_type::shutdown_send, error);
+                        self->m_stream.expires_after(kReadLimit);
+                        self->drop();
                       });
+  }
+
+  // To close before the client has sent everything could take the answer from it (RFC 9112, 9.6).
+  void drop() {
+    m_buffer.clear();
+    m_stream.async_read_some(m_buffer.prepare(kMostHead),
+                             [self = shared_from_this()](error_code error, std::size_t) {
+                               if (!error) self->drop();
+                             });
   }
 
   Stream m_stream;

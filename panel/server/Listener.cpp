@@ -6,6 +6,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <charconv>
 #include <chrono>
+#include <sstream>
 #include <utility>
 
 #include "base/Error.h"
@@ -51,12 +52,6 @@ tcp::acceptor listenTcp(boost::asio::io_context& context, const std::string& pla
   }
 }
 
-std::string authorityOf(const tcp::endpoint& endpoint) {
-  const std::string address = endpoint.address().to_string();
-  return (endpoint.address().is_v6() ? "[" + address + "]" : address) + ":" +
-         std::to_string(endpoint.port());
-}
-
 }  // namespace
 
 Listener::Listener(boost::asio::io_context& context, const std::string& place, const Site& site)
@@ -67,7 +62,7 @@ Listener::Listener(boost::asio::io_context& context, const std::string& place, c
   } else {
     tcp::acceptor acceptor = listenTcp(context, place);
     const tcp::endpoint endpoint = acceptor.local_endpoint();
-    m_authority = authorityOf(endpoint);
+    m_authority = (std::ostringstream() << endpoint).str();
     m_acceptor.assign(endpoint.protocol(), acceptor.release());
   }
 }

@@ -81,10 +81,9 @@ Json answerOf(const HostSockets& sockets, std::span<const std::string> words,
 Json catalogue() {
   Json keys = Json::array();
   for (const host::ManagementKey& row : host::managementKeys()) {
-    Json key = host::catalogueJson(row);
+    Json& key = keys.emplace_back(host::catalogueJson(row));
     key["key"] = row.name;
     key["settable"] = row.settable;
-    keys.push_back(std::move(key));
   }
   return {{"keys", keys}};
 }

@@ -24,8 +24,7 @@ void putTime(unsigned char* at, std::chrono::nanoseconds sinceEpoch) {
   const auto whole = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
   const auto seconds = static_cast<std::uint64_t>(whole.count() + kNtpEpoch);
   const auto rest = static_cast<std::uint64_t>((sinceEpoch - whole).count());
-  const std::uint64_t value = (seconds << 32U) | ((rest << 32U) / kSecond);
-  boost::endian::store_big_u64(at, value);
+  boost::endian::store_big_u64(at, (seconds << 32U) | ((rest << 32U) / kSecond));
 }
 
 udp::socket socketAt(boost::asio::io_context& context, std::uint16_t port) {
