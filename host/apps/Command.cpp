@@ -40,6 +40,7 @@ constexpr milliseconds kControlLimit = std::chrono::seconds(5);  // may wait 1 s
 constexpr milliseconds kMoveLimit = std::chrono::seconds(60);    // advancing a year takes a while
 constexpr milliseconds kHostLimit = std::chrono::seconds(30);    // of `wait-host` alone
 constexpr milliseconds kRefresh = std::chrono::seconds(1);       // of `status --watch`
+constexpr const char* kMoreCome = "more events come until then; only the first 1000 are listed";
 
 // The host refused a request, or did not answer it.
 struct Refusal : std::runtime_error {
@@ -199,6 +200,7 @@ class Command {
     }
     if (m_verb.name == "set") tellOtherValue(answer);
     print(answer);
+    if (answer.contains("more") && !m_options.json) m_err << errorLine("note", kMoreCome);
   }
 
   void tellOtherValue(Json& answer) {
@@ -253,10 +255,7 @@ class Command {
     while (m_out && !whole.over()) {
       const auto item = client().nextAnswer(id, whole.left());
       if (!item) continue;
-      if (item->last) {
-        static_cast<void>(checked(item->json));
-        return;
-      }
+      if (item->last) return static_cast<void>(checked(item->json));
       const Json answer = objectIn(item->json);
       print(answer);
       if (answer.contains("begin")) m_err << "ready" << std::endl;  // no later frame is missed

@@ -175,19 +175,25 @@ void addNext(const Upcoming& each, time_t after, time_t last, std::set<Instance>
   if (at && *at <= last) all.emplace(*at, &each);
 }
 
+struct Rows {
+  std::vector<Json> rows;
+  bool more = false;  // than these, up to the same instant
+};
+
 // The first `most` rows up to `last`, and the first of each kind.
-std::vector<Json> rowsOf(const std::vector<Upcoming>& all, time_t now, time_t last, int most) {
+Rows rowsOf(const std::vector<Upcoming>& all, time_t now, time_t last, int most) {
   std::set<Instance> coming;
   for (const Upcoming& each : all) addNext(each, now, last, coming);
   std::set<Instance> taken = coming;
-  for (int i = 0; i < most && !coming.empty(); ++i) {
-    const auto [at, each] = coming.extract(coming.begin()).value();
-    taken.emplace(at, each);
-    addNext(*each, at, last, coming);
+  Rows found;
+  for (int i = 0; !coming.empty() && !found.more; ++i) {
+    const Instance next = coming.extract(coming.begin()).value();
+    found.more = i >= most && taken.count(next) == 0;
+    if (!found.more) taken.insert(next);
+    addNext(*next.second, next.first, last, coming);
   }
-  std::vector<Json> rows;
-  for (const auto& [at, each] : taken) rows.push_back(rowOf(*each, at, now));
-  return rows;
+  for (const auto& [at, each] : taken) found.rows.push_back(rowOf(*each, at, now));
+  return found;
 }
 
 // The UTC offsets of the next year: now, and after each change.
@@ -206,11 +212,12 @@ void actOnUpcoming(Controller& controller, const Json& request, const Channel& c
   Device& device = controller.device();
   const auto now = static_cast<time_t>(floor<seconds>(device.clock().shown()).count());
   const bool limited = request.contains("until");
+  const bool counted = request.contains("count");
   const std::int64_t until =
       limited ? numberMember(request, "until", 0, kLastInstant.count()) : kLastInstant.count();
   const int usual = limited ? kMostRows : kUsual;
-  const auto most = static_cast<int>(
-      request.contains("count") ? numberMember(request, "count", 1, kMostRows) : usual);
+  const auto most =
+      static_cast<int>(counted ? numberMember(request, "count", 1, kMostRows) : usual);
   if (until <= now) {
     throw Error("the telephone shows " + instantText(seconds(now)) + ", which is not before " +
                 instantText(seconds(until)) + "; write a later instant");
@@ -219,7 +226,9 @@ void actOnUpcoming(Controller& controller, const Json& request, const Channel& c
   // A time set by hand stops at the end of 32-bit time.
   const bool stops = device.clock().setByHand();
   const time_t last = stops ? std::min<time_t>(until, kLastOf32Bits) : until;
-  reply["upcoming"] = rowsOf(allUpcoming(device, now), now, last, most);
+  const Rows found = rowsOf(allUpcoming(device, now), now, last, most);
+  reply["upcoming"] = found.rows;
+  if (found.more && limited && !counted) reply["more"] = true;
   if (request.value("plot", Json(false)) == Json(true)) {
     reply["offsets"] = offsetsFrom(now);
   }

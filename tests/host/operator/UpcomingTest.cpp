@@ -68,6 +68,22 @@ TEST_F(UpcomingList, EndsAtTheInstantAskedFor) {
             "write a later instant");
 }
 
+TEST_F(UpcomingList, TellsThatMoreComeThanItLists) {
+  constexpr std::int64_t kNow = 1'466'035'200;
+  constexpr std::int64_t kDay = 24 + 1 + 2;  // rows: hours, midnight, refreshes
+  const auto toldUntil = [this](std::int64_t hour) {
+    return answerTo({{"until", kNow + hour * 3600}});
+  };
+  constexpr std::int64_t kLastHour = 37 * 24;  // has the 999th row
+  EXPECT_EQ(toldUntil(kLastHour).at("upcoming").size(), 37 * kDay);
+  EXPECT_FALSE(toldUntil(kLastHour + 1).contains("more"));
+  EXPECT_EQ(toldUntil(kLastHour + 1).at("upcoming").size(), 1000U);
+  EXPECT_EQ(toldUntil(kLastHour + 2).at("more"), true);
+  EXPECT_EQ(toldUntil(kLastHour + 2).at("upcoming").size(), 1000U);
+  EXPECT_FALSE(answerTo(Json::object()).contains("more"));
+  EXPECT_FALSE(answerTo({{"count", 1}, {"until", kNow + 86400}}).contains("more"));
+}
+
 // What comes true, hour for hour, is the clock's own behaviour.
 TEST_F(UpcomingList, HappensAsListed) {
   set("simple-time", "23:30");
