@@ -28,7 +28,8 @@ using std::chrono::seconds;
 
 constexpr int kUsual = 20;  // rows when neither N nor --until is given
 
-constexpr time_t kHalfDay = 12 * 3600;
+constexpr time_t kHour = 3600;
+constexpr time_t kHalfDay = 12 * kHour;
 constexpr time_t kYear = 366 * 86400;
 constexpr time_t kLastOf32Bits = INT32_MAX;  // 2038-01-19T03:14:07Z
 constexpr time_t kFirstRestart = 601;        // seconds after a full hour
@@ -60,6 +61,11 @@ std::optional<time_t> once(time_t at, time_t after) {
   return at > after ? std::optional(at) : std::nullopt;
 }
 
+// At `at`, and whenever the period has passed since.
+std::optional<time_t> repeated(time_t at, time_t period, time_t after) {
+  return after < at ? at : at + ((after - at) / period + 1) * period;
+}
+
 bool hasClient(Device& device) {
   const std::string server =
       device.store().getItem(DASUtilsStrings::ClockSettingsSchema, "SNTPaddress").value_or("");
@@ -78,20 +84,29 @@ time_t instantOf(Device& device, const NamedTimer& timer) {
 struct SyncTimers {
   std::optional<time_t> hour;
   std::optional<time_t> midnight;
+  // Of a time that has stopped: seconds from one hour timer to the next, as the next full hour
+  // stays that far ahead. Each arms the midnight timer anew, which never expires. 0: it goes on.
+  time_t stopped = 0;
 
   [[nodiscard]] std::optional<time_t> nextHour(time_t after) const {
+    if (hour && stopped > 0) return repeated(*hour, stopped, after);
     if (hour && after < *hour) return hour;
     return rowNamed(landmarks(), "hour")->next(after);
   }
   [[nodiscard]] std::optional<time_t> nextMidnight(time_t after) const {
     const bool first = midnight && (!hour || *midnight <= *hour);
     if (first && after < *midnight) return midnight;
+    if (stopped > 0) return std::nullopt;
     return rowNamed(landmarks(), "midnight")->next(std::max(after, hour.value_or(after)));
   }
 };
 
-SyncTimers syncTimers(Device& device) {
+// A time set by hand stops at the end of 32-bit time.
+SyncTimers syncTimers(Device& device, time_t now) {
   SyncTimers sync;
+  if (device.clock().setByHand() && now >= kLastOf32Bits) {
+    sync.stopped = kHour - (kLastOf32Bits + offsetAt(seconds(kLastOf32Bits)).count()) % kHour;
+  }
   for (const NamedTimer& timer : device.timers()) {
     if (timer.name == "time sync") sync.hour = instantOf(device, timer);
     if (timer.name == "date sync") sync.midnight = instantOf(device, timer);
@@ -112,10 +127,8 @@ std::optional<time_t> nextRestart(const SyncTimers& sync, time_t after) {
 Upcoming ofTimer(Device& device, const NamedTimer& timer, bool client) {
   const time_t at = instantOf(device, timer);
   if (timer.name == "fallback refresh") {
-    return {"refresh", "the system time is saved", [at](time_t after) {
-              const time_t past = std::max<time_t>(after - at, -1);
-              return std::optional(past < 0 ? at : at + (past / kHalfDay + 1) * kHalfDay);
-            }};
+    return {"refresh", "the system time is saved",
+            [at](time_t after) { return repeated(at, kHalfDay, after); }};
   }
   const std::string name(timer.name);
   const char* what = "observers are notified";
@@ -132,12 +145,15 @@ Upcoming laterRestarts(const SyncTimers& sync, time_t now) {
 }
 
 std::vector<Upcoming> allUpcoming(Device& device, time_t now) {
-  const SyncTimers sync = syncTimers(device);
+  const SyncTimers sync = syncTimers(device, now);
   std::vector<Upcoming> all = {
       {"hour", "time event; both sync timers and the NTP restart are armed",
        [sync](time_t after) { return sync.nextHour(after); }},
       {"midnight", "date event", [sync](time_t after) { return sync.nextMidnight(after); }},
-      {"zone change", "", rowNamed(landmarks(), "dst")->next},
+      {"zone change", "",
+       [sync](time_t after) {
+         return sync.stopped > 0 ? std::nullopt : rowNamed(landmarks(), "dst")->next(after);
+       }},
       {"limit", "the last day that can be set by hand",
        [at = lastDay()](time_t after) { return once(at, after); }},
       {"limit", "the end of 32-bit time: a time set by hand stops here",
@@ -223,8 +239,7 @@ void actOnUpcoming(Controller& controller, const Json& request, const Channel& c
                 instantText(seconds(until)) + "; write a later instant");
   }
   Json reply = {{"ok", true}, {"now", instantText(seconds(now))}};
-  // A time set by hand stops at the end of 32-bit time.
-  const bool stops = device.clock().setByHand();
+  const bool stops = device.clock().setByHand() && now < kLastOf32Bits;
   const time_t last = stops ? std::min<time_t>(until, kLastOf32Bits) : until;
   const Rows found = rowsOf(allUpcoming(device, now), now, last, most);
   reply["upcoming"] = found.rows;

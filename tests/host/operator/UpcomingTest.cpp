@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -84,6 +84,15 @@ TEST_F(UpcomingList, TellsThatMoreComeThanItLists) {
   EXPECT_FALSE(answerTo({{"count", 1}, {"until", kNow + 86400}}).contains("more"));
 }
 
+TEST_F(UpcomingList, HasNoMoreWhenTheFirstOfAKindIsTheLastRow) {
+  constexpr std::int64_t kLastDay = 2'145'830'400;  // comes after 1000 rows
+  ask({{"verb", "clock"}, {"action", "jump"}, {"seconds", kLastDay - 889 * 3600}});
+  const Json answer = answerTo({{"until", kLastDay}});
+  EXPECT_EQ(answer.at("upcoming").size(), 1001U);
+  EXPECT_EQ(answer.at("upcoming").back().at("kind"), "limit");
+  EXPECT_FALSE(answer.contains("more"));
+}
+
 // What comes true, hour for hour, is the clock's own behaviour.
 TEST_F(UpcomingList, HappensAsListed) {
   set("simple-time", "23:30");
@@ -167,6 +176,27 @@ TEST_F(UpcomingList, OfATimeSetByHandEndsWith32Bits) {
   set("simple-date", "31.12.2037");
   pass(0);
   EXPECT_EQ(rows({{"count", 1000}}).back(), "2038-01-19T03:14:07Z limit");
+}
+
+// 22:44:07 in that zone: each full hour stays 953 s ahead.
+TEST_F(UpcomingList, OfATimeThatHasStoppedHappensAsListed) {
+  setNewYork();
+  set("sntp-tz-offset", "-4.5");
+  set("simple-date", "31.12.2037");
+  pass(30 * 86400);
+  std::vector<std::int64_t> hours;
+  const Json listed = answerTo({{"count", 3}}).at("upcoming");
+  for (const Json& row : listed) {
+    EXPECT_THAT(row.at("kind"), ::testing::AnyOf("hour", "refresh", "NTP restart"));
+    if (row.at("kind") == "hour") hours.push_back(row.at("in"));
+  }
+  ASSERT_GE(hours.size(), 2U);
+  EXPECT_EQ(hours[1] - hours[0], 953);
+  const std::size_t before = telephone.events().size();
+  pass(hours[1] - 1);
+  EXPECT_EQ(telephone.events().size(), before + 1);
+  pass(1);
+  EXPECT_EQ(telephone.events().size(), before + 2);
 }
 
 TEST_F(UpcomingList, HasOffsetsForAYearIfTheyAreAskedFor) {
