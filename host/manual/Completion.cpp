@@ -53,6 +53,20 @@ void addWords(std::string arguments, const VerbWords& words, std::vector<Positio
   }
 }
 
+// "NAME=" for the parameters of each method, after the method and after other parameters.
+void addParameters(const std::string& verb, std::vector<Position>& positions) {
+  for (const MethodRow& method : remoteMethods()) {
+    std::vector<Candidate> names;
+    for (const MethodParameter& parameter : method.request) {
+      names.push_back({std::string(parameter.name) + '=', std::string(parameter.values)});
+    }
+    if (names.empty()) continue;
+    const std::string arguments = verb + ' ' + std::string(method.name);
+    positions.push_back({arguments, names});
+    positions.push_back({arguments + " *", names});
+  }
+}
+
 std::vector<Position> positionsOfVerbs() {
   std::vector<Position> positions;
   Position verbs{"", {{"help", "explain a verb"}}};
@@ -60,6 +74,7 @@ std::vector<Position> positionsOfVerbs() {
     const std::string name(verb.name);
     verbs.words.push_back({name, std::string(verb.help)});
     addWords(name, verb.words, positions);
+    if (verb.route == Verb::Route::call) addParameters(name, positions);
     Position actions{name, {}};
     for (const VerbAction& action : verb.actions) {
       actions.words.push_back({std::string(action.name), std::string(action.help)});

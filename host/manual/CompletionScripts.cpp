@@ -127,13 +127,14 @@ _@program@() {
 @words@  esac
   [[ $word != -* ]] || words+='@options@'
   mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+  [[ ${COMPREPLY-} != *= ]] || compopt -o nospace
 }
 complete -o default -F _@program@ @program@
 )sh";
 
 constexpr const char* kZsh = R"sh(#compdef @program@
 # zsh completion for @program@; generated
-local -a options found typed
+local -a options found typed ending
 local i
 options=(@options@)
 case ${words[CURRENT - 1]} in
@@ -148,7 +149,8 @@ done
 case "${typed[*]}" in
 @words@esac
 if [[ $PREFIX == -* ]]; then found+=($options); fi
-if (( $#found )); then _describe word found; else _files; fi
+if [[ ${found[1]%%:*} == *= ]]; then ending=(-S ''); fi
+if (( $#found )); then _describe word found "${ending[@]}"; else _files; fi
 )sh";
 
 constexpr const char* kFish = R"sh(# fish completion for @program@; generated

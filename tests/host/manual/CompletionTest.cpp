@@ -53,6 +53,16 @@ TEST(Completion, KnowsKeysAndMethods) {
             "timezoneChangeEvent timeChangeEvent dateChangeEvent alarmClockEvent ");
 }
 
+TEST(Completion, KnowsTheParametersOfEachMethod) {
+  for (const auto& row : remoteMethods()) {
+    std::string names;
+    for (const auto& parameter : row.request) names += std::string(parameter.name) + "= ";
+    const std::string call = "call " + std::string(row.name);
+    EXPECT_EQ(wordsAt(call), names.empty() ? "nothing" : names) << row.name;
+    EXPECT_EQ(wordsAt(call + " *"), wordsAt(call)) << row.name;
+  }
+}
+
 TEST(Completion, HasAllOfItInEachShell) {
   for (const ProgramWords& program : {hostWords(), ctlWords()}) {
     for (const std::string& script :
@@ -73,7 +83,8 @@ TEST(Completion, HasAllOfItInEachShell) {
 std::string offered(const ProgramWords& program, const std::string& line) {
   const support::TemporaryFolder folder;
   const std::string script = bashCompletion(program) + "COMP_WORDS=(" + line +
-                             ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_" + program.name +
+                             ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n" +
+                             "compopt() { echo \"$*\"; }\n_" + program.name +
                              "\necho \"${COMPREPLY[*]}\"\n";
   const auto outcome =
       integration::Program(folder.path(), "bash", {"/bin/bash", "-euc", script}).wait();
@@ -88,6 +99,10 @@ TEST(BashCompletion, OffersWhatMayComeNext) {
       {"clockctl --socket /x clock to ''", "hour midnight dst leap-day 2038\n"},
       {"clockctl get date-f", "date-format\n"},
       {"clockctl call getTimeV", "getTimeVal\n"},
+      {"clockctl call setDate setDateM", "-o nospace\nsetDateMonth=\n"},
+      {"clockctl call setDate setDateDay = 1 ''",
+       "-o nospace\nsetDateDay= setDateMonth= setDateYear=\n"},
+      {"clockctl call getTime ''", "\n"},
       {"clockctl inject user-data date-format ''", "on off\n"},
       {"clockctl help inj", "inject\n"},
       {"clockctl watch time", "timezoneChangeEvent timeChangeEvent\n"},
