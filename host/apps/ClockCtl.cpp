@@ -57,7 +57,7 @@ class Runner {
       const auto options = readClockCtlOptions(words, defaultSocket, m_out);
       if (!options) return int{done};
       Session session(*options);
-      if (!options->file.empty()) return runFile(*options, session);
+      if (!options->file.empty()) return runFile(*options, session, defaultSocket);
       carryOut(*options, options->verb, session, m_out, m_err);
       return int{done};
     });
@@ -65,14 +65,17 @@ class Runner {
 
  private:
   // The status of the first command that failed.
-  int runFile(const ClockCtlOptions& options, Session& session) {
+  int runFile(const ClockCtlOptions& options, Session& session,
+              const std::filesystem::path& defaultSocket) {
     CommandFile commands(options.file);
     int first = done;
     for (bool more = true; more && m_out && (first == done || options.keepGoing);) {
       const int status = statusOf(
           [&] {
             more = commands.next();
-            if (more) carryOut(options, commands.words(), session, m_out, m_err);
+            if (more && !printHelp(commands.words(), options.json, defaultSocket, m_out)) {
+              carryOut(options, commands.words(), session, m_out, m_err);
+            }
             return int{done};
           },
           &commands);

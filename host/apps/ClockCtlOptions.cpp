@@ -51,9 +51,11 @@ std::string takeWaitHost(const std::string& text, ClockCtlOptions& options) {
 }
 
 // The help that was asked for: of one verb, or of all.
-std::string helpFor(const OptionParser& parser, std::span<const std::string> verb) {
+std::string helpFor(std::span<const std::string> verb, const std::filesystem::path& defaultSocket) {
   if (!verb.empty()) return verbHelp(verbOf(verb));
-  return parser.help() + "\nVerbs:\n" + verbHelp();
+  ClockCtlOptions options;
+  options.socket = defaultSocket;
+  return clockCtlOptionParser(options).help() + "\nVerbs:\n" + verbHelp();
 }
 
 // What `help` prints with --json.
@@ -113,19 +115,24 @@ std::optional<ClockCtlOptions> readClockCtlOptions(std::span<const std::string> 
   if (request == OptionParser::Request::version) {
     out << kVersion << '\n';
   } else if (request == OptionParser::Request::help) {
-    out << helpFor(parser, verb);
-  } else if (!verb.empty() && verb.front() == "help") {
-    if (verb.size() > 2) {
-      throw UsageError(quotedText(verb[2]) + " is one word too many (usage: help [VERB])");
-    }
-    const auto about = verb.subspan(1);
-    out << (options.json ? helpAsJson(about) : helpFor(parser, about));
-  } else {
+    out << helpFor(verb, defaultSocket);
+  } else if (!printHelp(verb, options.json, defaultSocket, out)) {
     requireOneSource(parser, options);
     if (options.controlSocket.empty()) options.controlSocket = controlSocketBeside(options.socket);
     return options;
   }
   return std::nullopt;
+}
+
+bool printHelp(std::span<const std::string> words, bool json,
+               const std::filesystem::path& defaultSocket, std::ostream& out) {
+  if (words.empty() || words.front() != "help") return false;
+  if (words.size() > 2) {
+    throw UsageError(quotedText(words[2]) + " is one word too many (usage: help [VERB])");
+  }
+  const auto about = words.subspan(1);
+  out << (json ? helpAsJson(about) : helpFor(about, defaultSocket));
+  return true;
 }
 
 }  // namespace host

@@ -35,4 +35,8 @@ struct ClockCtlOptions {
     std::span<const std::string> words, const std::filesystem::path& defaultSocket,
     std::ostream& out);
 
+// Carries out `help [VERB]`. False: the words are another verb. Throws UsageError.
+[[nodiscard]] bool printHelp(std::span<const std::string> words, bool json,
+                             const std::filesystem::path& defaultSocket, std::ostream& out);
+
 }  // namespace host

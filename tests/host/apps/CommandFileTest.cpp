@@ -76,6 +76,20 @@ TEST_F(CommandFiles, StopAtTheFirstFailure) {
   EXPECT_EQ(outcome.err, path + ":2: no method \"getTme\"; did you mean \"getTime\"?\n");
 }
 
+TEST_F(CommandFiles, HaveTheHelpOfTheCommandLine) {
+  for (const Words& words : {Words{"help"}, Words{"help", "get"}, Words{"--json", "help", "get"}}) {
+    std::ostringstream help;
+    EXPECT_EQ(runClockCtl(words, "/nowhere", help, help), 0);
+    const bool json = words.front() == "--json";
+    write(json || words.size() > 1 ? "help get" : "help");
+    const Outcome outcome = run(json ? Words{"--json"} : Words{});
+    EXPECT_EQ(outcome.out, help.str());
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+  }
+  write("help get set");
+  EXPECT_EQ(run().err, path + ":1: \"set\" is one word too many (usage: help [VERB])\n");
+}
+
 TEST_F(CommandFiles, GoOnIfTheyAreToldTo) {
   write("get time\nevents x\nset a \"b\nevents alarmClockEvent\n");
   const Outcome outcome = run({"--keep-going"});
