@@ -12,6 +12,7 @@ std::shared_ptr<const std::string> messageOf(const std::string& json) {
 }  // namespace
 
 void Feed::add(Page page) {
+  send(std::make_shared<const std::string>(":\n\n"));  // a comment: finds the pages that are gone
   for (const auto& [name, state] : m_states) {
     if (!page(state.second)) return;
   }

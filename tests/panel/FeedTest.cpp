@@ -36,7 +36,7 @@ TEST_F(TheFeed, TellsEachPage) {
   auto& one = addPage();
   auto& other = addPage();
   feed.tellEntries("{}");
-  EXPECT_THAT(one, ElementsAre(kLive, "data: {}\n\n"));
+  EXPECT_THAT(one, ElementsAre(kLive, ":\n\n", "data: {}\n\n"));
   EXPECT_THAT(other, ElementsAre(kLive, "data: {}\n\n"));
 }
 
@@ -58,6 +58,12 @@ TEST_F(TheFeed, KeepsTheNewestEntries) {
   constexpr std::size_t kHalf = Feed::kKept / 2 - 8;  // with "data: " and two line ends
   for (const char each : {'a', 'b', 'c'}) feed.tellEntries(std::string(kHalf, each));
   EXPECT_THAT(addPage(), ElementsAre(StartsWith("data: b"), StartsWith("data: c"), kLive));
+}
+
+TEST_F(TheFeed, ForgetsAPageThatIsGoneWhenAnotherComes) {
+  addPage(1);
+  addPage();
+  EXPECT_EQ(feed.pages(), 1U);
 }
 
 TEST_F(TheFeed, ForgetsAPageThatDoesNotRead) {
