@@ -151,10 +151,11 @@ class Accessible(PageTest):
                 break
             self.assertTrue(focus["seen"], focus)
             places.append(focus["place"])
+            last = focus["name"]
         self.assertEqual(places, sorted(places))
         count = self.page.browser.execute_script(
             "return document.querySelectorAll('button:enabled, input:not([type=radio]), select, summary').length")
-        self.assertGreaterEqual(len(set(places)), count, f"the last was {focus}")
+        self.assertGreaterEqual(len(set(places)), count, f"after {places[-1]}, {last}")
 
     def test_a_loss_of_the_panel_is_spoken(self):
         self.page.end_panel()
