@@ -31,9 +31,7 @@ function announce() {
 }
 
 function phoneOf(number) {
-  while (phones.length <= number) {
-    phones.push({ number: phones.length, attached: null, ...empty() });
-  }
+  while (phones.length <= number) phones.push({ number: phones.length, attached: null, ...empty() });
   return phones[number];
 }
 
@@ -84,14 +82,22 @@ function take(message) {
 
 function begin() {
   live = true;
-  for (const phone of phones) phone.entries = [...newRows(phone), ...phone.entries].sort(byTime);
+  phones.forEach(addRows);
+}
+
+// What a telephone has at first is older than what came.
+function addRows(phone) {
+  const first = phone.change === undefined || phone.record === 0;
+  const rows = newRows(phone);
+  if (first) phone.entries = [...rows, ...phone.entries].sort(byTime);
+  else rows.forEach((row) => addEntry(phone, row));
 }
 
 function takeFrom(phone, message) {
   if (message.entries) return message.entries.forEach((entry) => addEntry(phone, entryRow(entry)));
   if (message.status) message.status.received = performance.now();
   Object.assign(phone, message);
-  if (live && (message.history || message.security)) newRows(phone).forEach((row) => addEntry(phone, row));
+  if (live && (message.history || message.security)) addRows(phone);
 }
 
 // The browser reconnects by itself; the panel then begins again with the present state.

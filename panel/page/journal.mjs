@@ -34,7 +34,7 @@ function List({ rows, count }) {
   const list = useRef(null);
   const before = useRef(count);
   useLayoutEffect(() => { // what one reads stays where it is
-    if (list.current.scrollTop > 0) list.current.scrollTop += Math.max(0, count - before.current) * ROW;
+    if (top > 0) list.current.scrollTop += Math.max(0, count - before.current) * ROW; // reading it costs a layout
     before.current = count;
   }, [count]);
   const first = Math.max(0, Math.min(Math.floor(top / ROW), count - VISIBLE));
@@ -67,11 +67,7 @@ export function Journal({ phone }) {
   const patterns = useMemo(() => words.split(/\s+/).filter(Boolean)
     .map((word) => new RegExp(word.replace(/[^\w\s]/g, "\\$&"), "i")), [words]);
   const rows = useMatching(phone.entries, phone.dropped, kinds, patterns);
-  const toggle = (kind) => {
-    const next = new Set(kinds);
-    if (!next.delete(kind)) next.add(kind);
-    setKinds(next);
-  };
+  const toggle = (kind) => setKinds(new Set(KINDS.filter((each) => kinds.has(each) !== (each === kind))));
   return html`<${Section} title="What came" name="journal">
     <div class="filters">
       <label>Search <input type="search" value=${words}

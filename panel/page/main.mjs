@@ -3,6 +3,7 @@ import { html, render, useLayoutEffect, useReducer, useState } from "./preact.mj
 import { follow, panelIsThere, phones, subscribe } from "./feed.mjs";
 import { Coming } from "./coming.mjs";
 import { Journal } from "./journal.mjs";
+import { Buttons } from "./parts.mjs";
 import { Passing } from "./passing.mjs";
 import { Scenarios } from "./scenarios.mjs";
 import { Settings } from "./settings.mjs";
@@ -18,10 +19,7 @@ const isReady = (phone) =>
 function Chooser({ chosen, choose }) {
   if (phones.length < 2) return null;
   const rows = [...phones.map((phone) => [phone.number, `telephone ${phone.number + 1}`]), [ALL, "all"]];
-  return html`<div class="buttons" role="group" aria-label="Telephones that the tools work on">
-    ${rows.map(([number, text]) => html`<button type="button"
-      aria-pressed=${String(chosen === number)} onClick=${() => choose(number)}>${text}</button>`)}
-  </div>`;
+  return html`<${Buttons} label="Telephones that the tools work on" rows=${rows} pressed=${chosen} act=${choose} />`;
 }
 
 function Page() {
@@ -45,13 +43,17 @@ function Page() {
       </div>
       <${Chooser} chosen=${chosen} choose=${choose} />
       ${first ? html`<div class="tools" key=${chosen}>
-        <${Passing} phones=${tools} />
-        <${Year} phone=${first} />
-        <${Coming} phone=${first} />
-        <${Journal} phone=${first} />
-        <${Scenarios} phone=${first} />
-        <${Settings} phones=${tools} />
-        <${World} phones=${tools} />
+        <div>
+          <${Passing} phones=${tools} />
+          <${Year} phone=${first} />
+          <${Coming} phone=${first} />
+          <${Journal} phone=${first} />
+          <${Scenarios} phone=${first} />
+        </div>
+        <div>
+          <${Settings} phones=${tools} />
+          <${World} phones=${tools} />
+        </div>
       </div>` : null}
     </main>`;
 }

@@ -40,6 +40,18 @@ export function Answer({ answer }) {
   return html`<output class="answer ${kind}" aria-live="polite">${answer?.text ?? ""}</output>`;
 }
 
+// One button for each row [word, text], which does act(word). pressed: the word of the one that is on; undefined: none can be.
+export function Buttons({ label, rows, pressed, act }) {
+  return html`<div class="buttons" role="group" aria-label=${label}>
+    ${rows.map(([word, text]) => html`<button type="button" aria-pressed=${pressed === undefined
+      ? undefined : String(pressed === word)} onClick=${() => act(word)}>${text}</button>`)}
+  </div>`;
+}
+
+export const Facts = ({ rows }) => html`<dl>
+  ${Object.entries(rows).map(([name, text]) => html`<dt>${name}</dt><dd>${text}</dd>`)}
+</dl>`;
+
 export function Section({ title, name, children }) {
   return html`<section class=${name} aria-labelledby="title-${name}">
     <h2 id="title-${name}">${title}</h2>

@@ -1,24 +1,15 @@
 // Lets time pass, and moves the clock.
 import { html, useState } from "./preact.mjs";
-import { Answer, Section, useRequest } from "./parts.mjs";
+import { Answer, Buttons, Section, useRequest } from "./parts.mjs";
 import { DAY, instant, localText, shownNow, utcText } from "./time.mjs";
 
 const SPEEDS = [["0", "pause"], ["1", "1x"], ["60", "60x"], ["3600", "3600x"], ["max", "max"]];
 const STEPS = [["1m", "+1 min"], ["1h", "+1 h"], ["1d", "+1 day"], ["next", "next timer"]];
-const LANDMARKS = [
-  ["hour", "next hour"], ["midnight", "midnight"], ["dst", "daylight saving"],
-  ["leap-day", "leap day"], ["2038", "2038"],
-];
+const LANDMARKS = [["hour", "next hour"], ["midnight", "midnight"], ["dst", "daylight saving"],
+  ["leap-day", "leap day"], ["2038", "2038"]];
 const YEAR = 365; // days of the scrubber
 
 const speedName = ({ clock }) => (clock.speed === null ? "max" : String(clock.speed));
-
-function Buttons({ label, rows, pressed, act }) {
-  return html`<div class="buttons" role="group" aria-label=${label}>
-    ${rows.map(([word, text]) => html`<button type="button" aria-pressed=${pressed === undefined
-      ? undefined : String(pressed === word)} onClick=${() => act(word)}>${text}</button>`)}
-  </div>`;
-}
 
 // Moves on through the year. It lets time pass, so nothing is skipped.
 function Scrubber({ phone, send, busy }) {

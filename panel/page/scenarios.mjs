@@ -15,8 +15,7 @@ function download(text) {
 function Lines({ scenario, upTo, failed }) {
   return html`<ol class="lines" tabindex="0" aria-label="Scenario">
     ${scenario.trimEnd().split("\n").map((line, index) => {
-      const number = index + 1;
-      const state = number > upTo ? "" : number === failed ? "failed" : "passed";
+      const state = index >= upTo ? "" : index + 1 === failed ? "failed" : "passed";
       return html`<li class=${state}>${line}${state && html`<span class="state"> ${state}</span>`}</li>`;
     })}
   </ol>`;

@@ -97,10 +97,7 @@ function Setting({ phones, row }) {
       return { note: `done, it is now "${kept.value}"${where}; ${row.effect}` };
     });
   };
-  if (!row.settable) {
-    return html`<div class="setting"><span class="name">${row.key}</span>
-      <span class="value">${presentOf(phone, row.key)}</span></div>`;
-  }
+  if (!row.settable) return html`<div class="setting"><span>${row.key}</span> <span class="value">${value}</span></div>`;
   const seconds = row.key === OFFSET ? offsetOf(value) : NaN;
   return html`<form class="setting" onSubmit=${set}>
     <label class="name" id="${id}-name" for=${row.key === ZONE ? undefined : id}>${row.key}</label>

@@ -15,9 +15,7 @@ export const localText = (seconds, offset) =>
   utcText(seconds + offset).replace("T", " ").replace("Z", "");
 
 // "UTC-04:00"
-export function offsetText(offset) {
-  return `UTC${offset < 0 ? "-" : "+"}${durationText(Math.abs(offset)).slice(0, 5)}`;
-}
+export const offsetText = (offset) => `UTC${offset < 0 ? "-" : "+"}${durationText(Math.abs(offset)).slice(0, 5)}`;
 
 // "3 d 04:05:06", "04:05:06"
 export function durationText(seconds) {

@@ -1,10 +1,12 @@
 // The world around the telephone.
 import { html, useState } from "./preact.mjs";
 import { post, timeServer } from "./feed.mjs";
-import { Answer, Section, useAction, useRequest } from "./parts.mjs";
+import { Answer, Buttons, Facts, Section, useAction, useRequest } from "./parts.mjs";
 import { HOUR } from "./time.mjs";
 
 const NETWORK_PLUG = "5";
+const NETWORK = [["up", "network up"], ["down", "network down"]];
+const DHCP = [["dhcp true", "DHCP on"], ["dhcp false", "DHCP off"], ["mobility 1", "mobility data"]];
 
 // The time server of the panel: right, wrong or silent.
 function TimeServer({ send }) {
@@ -29,30 +31,21 @@ export function World({ phones }) {
   const [send, answer] = useRequest(phones);
   const [plug, setPlug] = useState(NETWORK_PLUG);
   const [{ status }] = phones;
-  const up = status.network === "up";
-  const inject = (...words) => () => send("inject", ...words);
+  const plugged = (word) => () => send("inject", "jack", plug, word);
   return html`<${Section} title="World around it" name="world">
-    <div class="buttons" role="group" aria-label="Network">
-      <button type="button" aria-pressed=${String(up)} onClick=${inject("network", "up")}>network up</button>
-      <button type="button" aria-pressed=${String(!up)} onClick=${inject("network", "down")}>network down</button>
-    </div>
+    <${Buttons} label="Network" rows=${NETWORK} pressed=${status.network === "up" ? "up" : "down"}
+      act=${(word) => send("inject", "network", word)} />
     <div class="buttons" role="group" aria-label="Jack">
       <label>plug <input type="number" min="0" max="99" value=${plug}
         onInput=${(event) => setPlug(event.target.value)} /></label>
-      <button type="button" onClick=${inject("jack", plug, "1")}>in</button>
-      <button type="button" onClick=${inject("jack", plug, "0")}>out</button>
+      <button type="button" onClick=${plugged("1")}>in</button>
+      <button type="button" onClick=${plugged("0")}>out</button>
     </div>
-    <div class="buttons" role="group" aria-label="DHCP">
-      <button type="button" onClick=${inject("dhcp", "true")}>DHCP on</button>
-      <button type="button" onClick=${inject("dhcp", "false")}>DHCP off</button>
-      <button type="button" onClick=${inject("mobility", "1")}>mobility data</button>
-    </div>
+    <${Buttons} label="DHCP" rows=${DHCP} act=${(words) => send("inject", ...words.split(" "))} />
     <${TimeServer} send=${send} />
-    <dl>
-      <dt>time server</dt><dd>${status.ntp.server || "none"}</dd>
-      <dt>NTP client</dt><dd>${status.ntp.process ? `process ${status.ntp.process}: ${status.ntp.command}` : "not running"}</dd>
-      <dt>it said</dt><dd>${status.ntp.said ?? "nothing yet"}</dd>
-    </dl>
+    <${Facts} rows=${{ "time server": status.ntp.server || "none",
+      "NTP client": status.ntp.process ? `process ${status.ntp.process}: ${status.ntp.command}` : "not running",
+      "it said": status.ntp.said ?? "nothing yet" }} />
     <${Answer} answer=${answer} />
   <//>`;
 }

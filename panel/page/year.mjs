@@ -1,18 +1,19 @@
 // The local offset over a year, and the hours around a change.
 import { html, useEffect, useMemo, useRef, useState } from "./preact.mjs";
 import uPlot from "./uplot.mjs";
-import { Answer, Section, useRequest } from "./parts.mjs";
+import { Answer, Buttons, Section, useRequest } from "./parts.mjs";
 import { whatOf } from "./coming.mjs";
 import { DAY, HOUR, MINUTE, instant, localText, offsetText, shownNow, utcText } from "./time.mjs";
+import { lastChange } from "./zones.mjs";
 
-const HEIGHT = 200, BAND = 8, NEAR = 4, STEP = 2; // pixels
+const HEIGHT = 200, BAND = 8, MARK = 3, NEAR = 4, STEP = 2; // pixels
 const MOST_NEAR = 3; // marks in a text
 const PAST = 30 * DAY; // shown before now
+const YEAR = 366 * DAY; // shown after it
 const EVE = 10; // seconds before a change
 const AROUND = 90 * MINUTE; // shown before and after a change
 
 const DARK = matchMedia("(prefers-color-scheme: dark)");
-
 const colour = (name) => getComputedStyle(document.body).getPropertyValue(name).trim();
 
 // Draws a line at each instant, and a band for what comes each hour.
@@ -27,11 +28,8 @@ function drawMarks({ ctx, bbox, valToPos }, marks, hours) {
   for (const { seconds, name } of marks) {
     const x = place(seconds);
     if (x < bbox.left || x > right) continue;
-    ctx.strokeStyle = colour(name);
-    ctx.beginPath();
-    ctx.moveTo(x, bbox.top);
-    ctx.lineTo(x, bbox.top + bbox.height);
-    ctx.stroke();
+    ctx.fillStyle = colour(name);
+    ctx.fillRect(x - 1, bbox.top, MARK, bbox.height);
   }
 }
 
@@ -102,19 +100,21 @@ function optionsOf(timeText, valueText, line) {
 const yearOptions = () => optionsOf((seconds) => utcText(seconds).slice(0, 10), (hours) => offsetText(hours * HOUR),
   { paths: uPlot.paths.stepped({ align: 1 }) });
 
+const nowMark = (phone) => ({ seconds: shownNow(phone), name: "--warn", text: "now" });
+
 // What happened, now, and what will happen; full hours are in the band.
 const yearMarks = (phone) => [
   ...(phone.history?.changes ?? []).map(({ time, what, cause }) =>
     ({ seconds: instant(time), name: "--soft", text: `${what}: ${cause}` })),
   ...phone.upcoming.upcoming.filter(({ kind }) => kind !== "hour").map((row) =>
     ({ seconds: instant(row.time), name: "--band", text: `${row.kind}: ${whatOf(row)}` })),
-  { seconds: shownNow(phone), name: "--warn", text: "now" },
+  nowMark(phone),
 ];
 
 function yearData(offsets) {
   const [{ seconds }] = offsets;
   const rows = [{ seconds: seconds - PAST, offset: null }, ...offsets,
-    { seconds: seconds + 366 * DAY, offset: offsets[offsets.length - 1].offset }];
+    { seconds: seconds + YEAR, offset: offsets[offsets.length - 1].offset }];
   return [rows.map((row) => row.seconds), rows.map(({ offset }) => (offset === null ? null : offset / HOUR))];
 }
 
@@ -139,10 +139,13 @@ function changeData({ seconds, before, after }) {
 const changeOptions = () => optionsOf((seconds) => utcText(seconds).slice(11, 16),
   (hours) => localText(Math.round(hours * HOUR), 0).slice(11, 16), { spanGaps: false });
 
-function changesOf(offsets) {
-  return offsets.slice(1).map((row, index) => ({
-    seconds: row.seconds, before: offsets[index].offset, after: row.offset,
-  }));
+// The change that happened last, for as long as the year's plot shows it, and those to come.
+function changesOf(offsets, tz) {
+  const [now] = offsets;
+  const last = lastChange(tz, now.seconds);
+  const coming = offsets.slice(1).map((row, index) =>
+    ({ seconds: row.seconds, before: offsets[index].offset, after: row.offset }));
+  return last?.after === now.offset && now.seconds - last.seconds < PAST ? [last, ...coming] : coming;
 }
 
 function changeText({ seconds, before, after }) {
@@ -155,32 +158,31 @@ function changeText({ seconds, before, after }) {
 
 export function Year({ phone }) {
   const { offsets } = phone.upcoming;
-  const [chosen, choose] = useState(0);
+  const [chosen, choose] = useState(null); // seconds; null: the first change
   const [send, answer] = useRequest([phone]);
   // The first row is now, in each message another.
-  const key = JSON.stringify([offsets[0].offset, offsets.slice(1)]);
-  const changes = useMemo(() => changesOf(offsets), [key]);
+  const { tz } = phone.status.zone;
+  const key = JSON.stringify([tz, offsets[0].offset, offsets.slice(1)]);
+  const day = Math.floor(offsets[0].seconds / DAY);
+  const changes = useMemo(() => changesOf(offsets, tz), [key, day]);
   const options = useMemo(() => [yearOptions(), changeOptions()], [phone.number]);
-  const data = useMemo(() => yearData(offsets), [key, Math.floor(offsets[0].seconds / DAY)]);
-  const change = changes[Math.min(chosen, changes.length - 1)];
+  const data = useMemo(() => yearData(offsets), [key, day]);
+  const change = changes.find(({ seconds }) => seconds === chosen) ?? changes[0];
   const near = useMemo(() => change && changeData(change), [key, change]);
-  const describe = (seconds) => instantText(seconds, offsets);
   return html`<${Section} title="The year ahead" name="year">
     <${Plot} label="Local offset over the year" hint="Red is now; the band stands for the full hours to come."
-      data=${data} options=${options[0]} describe=${describe}
+      data=${data} options=${options[0]} describe=${(seconds) => instantText(seconds, offsets)}
       marks=${() => yearMarks(phone)} hours=${() => offsets[0].seconds} />
     ${change ? html`
-      <div class="buttons" role="group" aria-label="Changes of the offset">
-        ${changes.map((row, number) => html`<button type="button"
-          aria-pressed=${String(row === change)} onClick=${() => choose(number)}>
-          ${utcText(row.seconds).slice(0, 10)}</button>`)}
-      </div>
+      <${Buttons} label="Changes of the offset" rows=${changes.map(({ seconds }) => [seconds, utcText(seconds).slice(0, 10)])}
+        pressed=${change.seconds} act=${choose} />
       <p data-test="change">${changeText(change)}</p>
       <button type="button" disabled=${change.seconds - EVE <= shownNow(phone)} onClick=${() =>
         send("clock", "advance", `${Math.floor(change.seconds - EVE - shownNow(phone))}s`)}>Let pass up to ${EVE} s before</button>
       <${Answer} answer=${answer} />
-      <${Plot} label="Local time around the change" hint="Local time against UTC." data=${near} options=${options[1]} describe=${describe}
-        marks=${() => [{ seconds: change.seconds, name: "--warn", text: "the change" }]} />`
+      <${Plot} label="Local time around the change" hint="Local time against UTC. Red is now." data=${near} options=${options[1]}
+        describe=${(seconds) => instantText(seconds, [{ seconds: 0, offset: change.before }, { seconds: change.seconds, offset: change.after }])}
+        marks=${() => [{ seconds: change.seconds, name: "--soft", text: "the change" }, nowMark(phone)]} />`
     : html`<p>No change of the local offset in a year. For one, choose a zone in the settings, and switch
         ${" "}<em>daylight-save</em> and <em>auto-daylight-save</em> on.</p>`}
   <//>`;

@@ -15,13 +15,13 @@ const MONTHS = ["", "January", "February", "March", "April", "May", "June", "Jul
 const MOST_HOURS = 12.5; // beyond it, the telephone takes a value as seconds, but gives it as hours
 const FARTHEST = 14; // hours, of a place on earth
 
-const changesOf = (id) => [...(RULES[id] ?? "").matchAll(/M(\d+)\.(\d)\.0\/(\d+):(\d+)/g)]
+const datesIn = (rule = "") => [...rule.matchAll(/M(\d+)\.(\d)\.0\/(\d+):(\d+)/g)]
   .map((match) => match.slice(1).map(Number));
 
 const hourText = (hour, minute) => [hour, minute].map((part) => String(part).padStart(2, "0")).join(":");
 
 // "second Sunday in March 02:00 to first Sunday in November 02:00"
-export const ruleText = (id) => changesOf(id).map(([month, week, hour, minute]) =>
+export const ruleText = (id) => datesIn(RULES[id]).map(([month, week, hour, minute]) =>
   `${WEEKS[week]} Sunday in ${MONTHS[month]} ${hourText(hour, minute)}`).join(" to ") || "no changes";
 
 // The local day, in seconds, of a Sunday in a month.
@@ -31,13 +31,26 @@ function dayOf(year, month, week) {
   return sunday < Date.UTC(year, month, 1) / 1000 ? sunday : sunday - 7 * DAY;
 }
 
+// The changes in the years around now. offsets: of standard time and of daylight saving.
+function changesAround(rule, now, offsets) {
+  const year = new Date(now * 1000).getUTCFullYear();
+  return [year - 1, year, year + 1].flatMap((each) => datesIn(rule).map(([month, week, hour, minute], end) => ({
+    seconds: dayOf(each, month, week) + hour * HOUR + minute * MINUTE - offsets[end],
+    before: offsets[end], after: offsets[1 - end],
+  }))).sort((one, other) => one.seconds - other.seconds);
+}
+
 // "2026-03-08 02:00", empty without changes. offset: of standard time, shift: of daylight saving.
 export function nextChange(id, now, offset, shift) {
-  const year = new Date((now + offset) * 1000).getUTCFullYear();
-  const coming = [year, year + 1].flatMap((each) => changesOf(id).map(([month, week, hour, minute], end) =>
-    ({ local: dayOf(each, month, week) + hour * HOUR + minute * MINUTE, end })))
-    .filter(({ local, end }) => local - offset - end * shift > now);
-  return coming.length ? localText(Math.min(...coming.map(({ local }) => local)), 0).slice(0, 16) : "";
+  const next = changesAround(RULES[id], now, [offset, offset + shift]).find(({ seconds }) => seconds > now);
+  return next ? localText(next.seconds, next.before).slice(0, 16) : "";
+}
+
+// The change that a TZ as "LOC05:00DST04:00,M3.2.0/02:00,M11.1.0/02:00" had last, if any.
+export function lastChange(tz, now) {
+  const offsets = [...tz.matchAll(/(?:LOC|DST)(-?)(\d+):(\d+)/g)].map(([, sign, hours, minutes]) =>
+    (sign ? 1 : -1) * (hours * HOUR + minutes * MINUTE));
+  return changesAround(tz, now, offsets).findLast(({ seconds }) => seconds <= now);
 }
 
 // Seconds east of UTC, for hours, or for a number of seconds.

@@ -153,13 +153,23 @@ class ScenarioButtons(Pressed):
         self.assertIn("Recorded by", file.read_text())
         self.assertNotIn("call ", file.read_text())
 
-    def test_a_scenario_that_is_dropped_runs(self):
+    def drop(self, text):
         self.page.browser.execute_script("""
           const dataTransfer = new DataTransfer();
-          dataTransfer.items.add(new File(["variant 3\\nclock advance 1s\\n"], "short.scenario"));
+          dataTransfer.items.add(new File([arguments[0]], "dropped.scenario"));
           document.querySelector(".drop").dispatchEvent(
-            new DragEvent("drop", { dataTransfer, bubbles: true, cancelable: true }));""")
+            new DragEvent("drop", { dataTransfer, bubbles: true, cancelable: true }));""", text)
+
+    def test_a_scenario_that_is_dropped_runs(self):
+        self.drop("variant 3\nclock advance 1s\n")
         self.page.wait_for(lambda: len(self.page.all(".lines .passed")) == 2, "two green lines")
+
+    def test_a_scenario_that_is_too_long_is_refused_in_a_line(self):
+        most = (1 << 20) - len('{"scenario":"#"}')
+        for size, answer in ((most, "passed, all 1 lines"), (most + 1, "a body of at most 1 MiB"),
+                             (1, "passed, all 1 lines"), (20 * most, "a body of at most 1 MiB")):
+            self.drop("#" + "é" * (size // 2) + "." * (size % 2))
+            self.page.wait_text(".scenarios", answer)
 
 
 class JournalButtons(Pressed):
@@ -167,6 +177,25 @@ class JournalButtons(Pressed):
 
     def kinds(self):
         return {each.text for each in self.page.all(".list .kind")}
+
+    def test_a_telephone_that_comes_later_has_its_past_in_order(self):
+        host = self.page.hosts[0]
+        host.ctl("set", "time-format", "0")
+        host.ctl("clock", "advance", "2d")
+        host.ctl("set", "time-format", "1")
+        host.end()
+        self.page.end_panel()
+        self.page.start_panel()
+        self.page.browser.get(self.page.address)
+        self.page.wait_text(".missing", "is not there")
+        host.start()
+        self.page.wait_for(lambda: {"history", "security"} <= {kind for kind, _ in self.entries()}, "its past")
+        times = [time for _, time in self.entries()]
+        self.assertEqual(times, sorted(times))
+
+    def entries(self):
+        return self.page.browser.execute_async_script("""
+          import("/feed.mjs").then(({ phones }) => arguments[0](phones[0].entries.map(({ kind, time }) => [kind, time])));""")
 
     def test_each_kind_is_shown_alone_and_the_newest_is_first(self):
         self.page.hosts[0].ctl("clock", "advance", "2h")

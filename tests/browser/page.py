@@ -46,7 +46,41 @@ class OneTelephone(PageTest):
         self.page.wait_text(".time", "03:00")
         self.page.wait_text(".telephone", "daylight saving")
         self.page.wait_text("[data-test=local]", "2026-03-08 03:00:50")
+
+    def test_the_change_that_happened_stays_enlarged_until_another_is_chosen(self):
+        self.set_new_york()
+        self.page.press("+1 min")
+        self.page.wait_text(".time", "03:00")
+        self.page.wait_for(lambda: self.changes() == ["2026-03-08", "2026-11-01"], "both changes")
+        self.page.wait_text("[data-test=change]", "2026-03-08 02:00 to 03:00 is missing: 01:59:59 is followed by 03:00:00")
+        self.page.press("2026-11-01")
         self.page.wait_text("[data-test=change]", "2026-11-01 01:00 to 02:00 comes twice")
+        self.page.press("daylight saving")
+        self.page.press("+1 min")
+        self.page.wait_for(lambda: self.changes() == ["2026-11-01", "2027-03-14"], "the next")
+        self.page.wait_text("[data-test=change]", "2026-11-01 01:00 to 02:00 comes twice")
+        self.page.set_key("daylight-save", "false")
+        self.page.press("+1 min")
+        self.page.wait_text(".year", "No change of the local offset in a year")
+
+    def changes(self):
+        return self.page.browser.execute_script(
+            "return [...document.querySelectorAll('.year .buttons button')].map((each) => each.textContent.trim())")
+
+    def test_each_source_of_the_time_has_an_icon(self):
+        words = [["clock", "jump", "2026-03-08T08:00:00Z"],
+                 ["call", "setTime", "setTimeHours=1", "setTimeMinutes=2", "setTimeSeconds=3"]]
+        icons = set()
+        for source, asked in zip(("clock jump", "by hand"), words):
+            self.page.hosts[0].ctl(*asked)
+            self.page.wait_text(".icons", source)
+            icons.add(self.page.one(".icons path").get_attribute("d"))
+        self.page.hosts[0].end()
+        self.page.wait_text(".missing", "is not there")
+        self.page.hosts[0].start()
+        self.page.wait_text(".icons", "saved time")
+        icons.add(self.page.one(".icons path").get_attribute("d"))
+        self.assertEqual(len(icons), 3)
 
     def test_a_zone_shows_its_rule_and_its_next_change(self):
         self.set_new_york()
