@@ -175,8 +175,7 @@ TEST(ClockCtlAnswers, ThatAreCutSayThatMoreCome) {
   const std::string cut = R"({"ok":true,"upcoming":[],"more":true})";
   const auto told = runBesideOddHost("upcoming --until 2030-01-01T00:00:00Z", {cut});
   EXPECT_EQ(told.status, 0);
-  EXPECT_EQ(told.err,
-            "note: more events come until then; only the first 1000 are listed\n");
+  EXPECT_EQ(told.err, "note: more events come until then; only the first 1000 are listed\n");
   const auto json = runBesideOddHost("--json upcoming --until 2030-01-01T00:00:00Z", {cut});
   EXPECT_EQ(json.out, cut + '\n');
   EXPECT_EQ(json.err, "");
