@@ -70,5 +70,5 @@ export function dateText(format, local, digits = 2) {
 export function timeText(format, local) {
   const hour = Number(local.slice(11, 13));
   if (format === 0) return local.slice(11, 16);
-  return `${hourText((hour + 11) % 12 + 1, local.slice(14, 16))}${hour < 12 ? "am" : "pm"}`;
+  return `${hourText(hour > 12 ? hour - 12 : hour, local.slice(14, 16))}${hour < 12 ? "am" : "pm"}`; // midnight is 00
 }

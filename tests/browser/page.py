@@ -102,6 +102,15 @@ class OneTelephone(PageTest):
         self.page.wait_for(lambda: [each.text for each in self.page.all("#key-date-format option")] ==
                            ["0: 08.03.26", "1: 26-03-08", "2: 03/08/26", "another value"], "examples")
 
+    def test_the_example_of_a_time_is_what_the_telephone_shows(self):
+        self.page.set_key("sntp-tz-offset", "0")
+        self.page.set_key("time-format", "1")
+        self.page.press("+1 min")
+        for time, shown in (("00:05", "00:05am"), ("12:05", "12:05pm"), ("13:05", "01:05pm")):
+            self.page.hosts[0].ctl("clock", "jump", f"2026-01-15T{time}:00Z")
+            self.page.wait_text(".time", shown)
+            self.page.wait_for(lambda shown=shown: self.page.all("#key-time-format option")[1].text == f"1: {shown}", shown)
+
     def test_any_value_can_be_tried(self):
         self.page.all("#key-daylight-save-zone-index option")[-1].click()
         self.page.wait_for(lambda: self.page.one("#key-daylight-save-zone-index").tag_name == "input")
