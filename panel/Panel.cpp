@@ -132,7 +132,7 @@ void Panel::carryOut(Work work, Answer answer) {
 Panel::Work Panel::hostWork(const Json& asked) {
   Telephone& telephone = telephoneOf(asked);
   return [this, &telephone, words = asked.at("words").get<std::vector<std::string>>()] {
-    const Json answer = answerOf(telephone.sockets, words, m_ending.get_token());
+    Json answer = answerOf(telephone.sockets, words, m_ending.get_token());
     telephone.watch.poke();
     return answer;
   };

@@ -204,7 +204,7 @@ Rows rowsOf(const std::vector<Upcoming>& all, time_t now, time_t last, int most)
   Rows found;
   for (int i = 0; !coming.empty() && !found.more; ++i) {
     const Instance next = coming.extract(coming.begin()).value();
-    found.more = i >= most && taken.count(next) == 0;
+    found.more = i >= most && !taken.contains(next);
     if (!found.more) taken.insert(next);
     addNext(*next.second, next.first, last, coming);
   }

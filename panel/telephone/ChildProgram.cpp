@@ -75,7 +75,7 @@ bool ChildProgram::readTo(const std::string& text, Deadline deadline,
   return true;
 }
 
-void ChildProgram::interrupt() {
+void ChildProgram::interrupt() const {
   if (m_process > 0) ::kill(m_process, SIGINT);
 }
 

@@ -29,7 +29,7 @@ class ChildProgram {
   [[nodiscard]] bool readTo(const std::string& text, Deadline deadline,
                             const std::stop_token& ending = {});
 
-  void interrupt();  // SIGINT
+  void interrupt() const;  // SIGINT
 
   // Reads the rest and waits. Returns the exit status, 128 and more for a signal. After the
   // deadline it kills as at `ending`.
