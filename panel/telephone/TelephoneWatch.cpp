@@ -4,6 +4,7 @@
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <nlohmann/json.hpp>
@@ -166,9 +167,7 @@ void TelephoneWatch::follow() {
   for (bool changed = false; !m_ending.stop_requested();) {
     const auto due = last + (changed ? kRefresh : kAtLeast);
     const auto left = std::chrono::ceil<milliseconds>(due - SteadyClock::now());
-    if (left > milliseconds(0)) wait(host.descriptors(), left);
-    eventfd_t pokes = 0;
-    if (::eventfd_read(m_wake.get(), &pokes) == 0) changed = true;
+    if (wait(host.descriptors(), std::max(left, milliseconds(0)))) changed = true;
     if (host.readEntries(m_tell)) changed = true;
     if (SteadyClock::now() < due && !(changed && SteadyClock::now() >= last + kRefresh)) continue;
     host.readStates(m_tell);
@@ -177,10 +176,12 @@ void TelephoneWatch::follow() {
   }
 }
 
-void TelephoneWatch::wait(std::array<int, 2> others, milliseconds limit) {
+bool TelephoneWatch::wait(std::array<int, 2> others, milliseconds limit) {
   std::array<pollfd, 3> polled{
       {{m_wake.get(), POLLIN, 0}, {others[0], POLLIN, 0}, {others[1], POLLIN, 0}}};
   ::poll(polled.data(), polled.size(), static_cast<int>(limit.count()));
+  eventfd_t pokes = 0;
+  return ::eventfd_read(m_wake.get(), &pokes) == 0;
 }
 
 }  // namespace panel

@@ -32,7 +32,7 @@ class TelephoneWatch {
  private:
   void run();
   void follow();
-  void wait(std::array<int, 2> others, std::chrono::milliseconds limit);
+  bool wait(std::array<int, 2> others, std::chrono::milliseconds limit);  // true: poked
 
   const HostSockets m_sockets;
   const Tell m_tell;
