@@ -149,10 +149,17 @@ class Setup:
     def press(self, text):
         buttons = self.browser.find_elements(By.XPATH, f'//button[contains(., "{text}")]')
         assert buttons, f"no button {text}"
-        buttons[0].click()
+        self.click(buttons[0])
 
     def press_exactly(self, text):
-        self.browser.find_element(By.XPATH, f'//button[normalize-space(.)="{text}"]').click()
+        self.click(self.browser.find_element(By.XPATH, f'//button[normalize-space(.)="{text}"]'))
+
+    def click(self, button):
+        """Waits for the answer, as two requests may overtake each other."""
+        button.click()
+        self.wait_for(lambda: self.browser.execute_script(
+            "return [...document.querySelectorAll('output')].every(({ textContent }) => textContent !== '...')"),
+            f"an answer to {button}")
 
     def set_key(self, key, value):
         """Fills a field of the settings and sends it; returns the answer."""
