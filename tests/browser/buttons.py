@@ -176,7 +176,7 @@ class JournalButtons(Pressed):
     hosts = [NEW_YORK]
 
     def kinds(self):
-        return {each.text for each in self.page.all(".list .kind")}
+        return set(self.page.texts(".list .kind"))
 
     def test_a_telephone_that_comes_later_has_its_past_in_order(self):
         host = self.page.hosts[0]

@@ -154,7 +154,7 @@ class Load(PageTest):
         self.ask("phones[0].entries.unshift({ kind: 'event', time: '', text: 'of the first connection' }); done();")
         with self.full_speed():
             self.page.browser.execute_script("setTimeout(alert)")  # stops the page
-            self.page.wait_for(self.drops_a_page, "a drop of the page")
+            self.page.wait_for(self.drops_a_page, "a drop of the page", 2 * LIMIT)
         self.page.browser.switch_to.alert.accept()
         host = self.page.hosts[0]
         host.ctl("clock", "pause")

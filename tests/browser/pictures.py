@@ -55,6 +55,7 @@ class Pictures(PageTest):
     update = False
 
     def setUp(self):
+        super().setUp()
         self.page.browser.refresh()  # without the answers of other tests
         self.page.wait_for(lambda: len(self.page.all("article.telephone")) == 2)
         self.page.browser.execute_script(STYLE, STEADY)

@@ -1,5 +1,6 @@
 """Hosts, a panel and a browser for the tests of the page."""
 
+import json
 import os
 import pathlib
 import re
@@ -128,8 +129,8 @@ class Setup:
             host.end()
         self.folder.cleanup()
 
-    def wait_for(self, condition, what="the page"):
-        return WebDriverWait(self.browser, LIMIT, poll_frequency=0.05).until(
+    def wait_for(self, condition, what="the page", limit=LIMIT):
+        return WebDriverWait(self.browser, limit, poll_frequency=0.05).until(
             lambda _: condition(), f"{what} did not come")
 
     def all(self, css):
@@ -142,6 +143,10 @@ class Setup:
         # A view may replace an element while it is read.
         return self.browser.execute_script(
             "return document.querySelector(arguments[0])?.textContent ?? ''", css)
+
+    def texts(self, css):
+        return self.browser.execute_script(
+            "return [...document.querySelectorAll(arguments[0])].map(({ textContent }) => textContent)", css)
 
     def wait_text(self, css, text):
         self.wait_for(lambda: text in self.text(css), f'"{text}" in {css}')
@@ -192,9 +197,13 @@ class PageTest(unittest.TestCase):
         cls.page.end()
 
     def setUp(self):
-        for host, options in zip(self.page.hosts, self.hosts):
+        for number, (host, options) in enumerate(zip(self.page.hosts, self.hosts)):
             if "--at" in options:
+                host.ctl("clock", "pause")
                 host.ctl("clock", "jump", options[options.index("--at") + 1])
+                local = json.loads(host.ctl("--json", "status").stdout)["shown"]["local"]
+                self.page.wait_for(lambda: self.page.texts("[data-test=local]")[number:number + 1] ==
+                                   [local[:19].replace("T", " ")], "the time at which the telephone begins")
 
     def set_new_york(self):
         for key, value in (("sntp-tz-offset", "-5"), ("daylight-save-zone-id", "12"),

@@ -48,10 +48,12 @@ TEST(ChildProgram, IsKilledAfterTheDeadline) {
 
 TEST(ChildProgram, IsKilledWithWhatItStartedAtTheEnd) {
   std::stop_source ending;
+  ChildProgram reading = shell("sleep 1000 & echo ready; sleep 1000");
+  ASSERT_TRUE(reading.readTo("ready\n", inTime()));
+  ChildProgram ended = shell("sleep 1000 & echo ready; sleep 1000");
+  ASSERT_TRUE(ended.readTo("ready\n", inTime()));
   ending.request_stop();
-  ChildProgram reading = shell("sleep 1000 & sleep 1000");
-  EXPECT_TRUE(reading.readTo("ready\n", inTime(), ending.get_token()));
-  ChildProgram ended = shell("sleep 1000 & sleep 1000");
+  EXPECT_TRUE(reading.readTo("never\n", inTime(), ending.get_token()));
   EXPECT_EQ(ended.finish(inTime(), ending.get_token()), 128 + SIGKILL);
 }
 
