@@ -9,7 +9,7 @@ export let catalogue = { keys: [] };
 export let timeServer = null; // null: the panel has none
 
 // No entries yet; change and record are the newest that were taken.
-const empty = () => ({ entries: [], dropped: 0, change: undefined, record: 0 });
+const empty = () => ({ entries: [], dropped: 0, change: undefined, record: 0, begun: false });
 
 const listeners = new Set();
 let live = false; // the start, which is older, has come
@@ -87,9 +87,10 @@ function begin() {
 
 // What a telephone has at first is older than what came.
 function addRows(phone) {
-  const first = phone.change === undefined || phone.record === 0;
+  const { begun } = phone;
+  phone.begun = Boolean(phone.history && phone.security);
   const rows = newRows(phone);
-  if (first) phone.entries = [...rows, ...phone.entries].sort(byTime);
+  if (!begun) phone.entries = [...rows, ...phone.entries].sort(byTime);
   else rows.forEach((row) => addEntry(phone, row));
 }
 
