@@ -229,6 +229,7 @@ class NewTelephone(PageTest):
         self.page.set_key("sntp-tz-offset", "-5")
         self.page.wait_text(".exact", "UTC-04:00")
         self.page.press("pause")  # or the ten seconds would be real ones
+        self.page.wait_text(".passing [aria-pressed=true]", "pause")
         self.page.press("2017-03-12")
         self.page.wait_text("[data-test=change]", "2017-03-12 02:00 to 03:00 is missing: 01:59:59 is followed by 03:00:00")
         self.page.press("Let pass up to 10 s before")
