@@ -17,9 +17,9 @@ find_package(Python3 REQUIRED COMPONENTS Interpreter)
 set(CLOCK_TEST_TIMEOUT 60 CACHE STRING "Time limit of one test")
 set(CLOCK_PROGRAM_TIMEOUT 600 CACHE STRING "Time limit of a test program")
 
-# Test code is built without optimisation, which halves its build time and shows a debugger every
-# variable. The tested code keeps the options of the build. The thread-safety analysis is off, because
-# most tests use shared objects on one thread, without their locks.
+# Test code is built without optimisation, which halves its build time. The tested code keeps the
+# options of the build. The thread-safety analysis is off, because most tests use shared objects on one
+# thread, without their locks.
 set(CLOCK_TEST_OPTIONS -O0 "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-thread-safety-analysis>")
 
 # ccache treats precompiled headers of other folders as different, and is faster without them.
