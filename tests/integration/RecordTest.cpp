@@ -47,7 +47,7 @@ class Record : public ::testing::Test {
     EXPECT_EQ(outcome.status, 0) << outcome.err << support::contentOf(m_file);
   }
 
-  RunningHost m_host;
+  RunningHost m_host{{"--at", "2026-05-08T06:59:50Z"}};
   const std::filesystem::path m_file = m_host.folder() / "recorded.scenario";
   std::unique_ptr<Program> m_recorder;
 };
