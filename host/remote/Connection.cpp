@@ -167,6 +167,8 @@ void Connection::watchForDisconnect() {
 
 void Connection::onEndOfStream() {
   if (m_reader.midFrame()) return drop("disconnected in the middle of a frame");
+  checkOutbox();  // a failure just before the disconnect is logged
+  if (m_closed) return;
   m_ending = true;
   m_peer->disconnect();
   m_listener.onDisconnect(*this);

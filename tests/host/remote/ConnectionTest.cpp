@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <memory>
 #include <string>
 
@@ -90,6 +91,27 @@ TEST(Connection, IsDroppedWithProcessZeroIfThePeerIsUnknown) {
   EXPECT_TRUE(
       log.has("client 7 (process 0) dropped: sending failed: Socket operation on non-socket"))
       << log.text();
+}
+
+// In one pass of the loop: the disconnect, and the task that the failure has posted.
+TEST(Connection, LogsAFailedSendThoughTheClientDisconnectsAtOnce) {
+  const support::LogCapture log(3);
+  IoLoop loop;
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+  Descriptor client(ends[0]);
+  CountingListener listener;
+  const auto connection =
+      std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::calls, 1,
+                                   listener, std::chrono::seconds(10));
+  connection->makePeer();
+  connection->read();
+  connection->peer().outbox().fail(ENOBUFS);
+  client.reset();
+  loop.runAllReady();
+  EXPECT_EQ(listener.disconnects, 1);
+  EXPECT_EQ(listener.closes, 1);
+  EXPECT_TRUE(log.hasPart("dropped: sending failed: No buffer space available")) << log.text();
 }
 
 }  // namespace
