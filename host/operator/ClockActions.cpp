@@ -194,6 +194,7 @@ void actOnClockNext(Controller& controller, const Json& request, const Channel& 
   changeAtOnce(controller, request, channel, [](VirtualClock& clock) {
     requireVirtual(clock);
     if (!clock.fireNext()) throw Error("no timer is armed");
+    clock.advance(nanoseconds::zero());  // the others due then, before a client's next step
   });
 }
 
