@@ -160,16 +160,16 @@ void ScenarioRecorder::endRequest(Request request, const Json& entry) {
   watchHand(request.entry, entry);
 }
 
-// A move of a clock that runs, or with other steps on its way, is time that passed.
+// A move of a clock that runs, or with other steps on its way, is time that passed. So is a move to
+// the next timer: the replay has others, such as restarts of the NTP client after random delays.
 void ScenarioRecorder::endMove(const Request& request, const Json& entry,
                                const RecordedStep& step) {
-  const bool running = speedOf(request.entry) > 0 && request.entry["json"]["action"] != "to";
-  if (request.alone && !running) {
+  const Json& action = request.entry["json"]["action"];
+  const bool running = speedOf(request.entry) > 0 && action != "to";
+  if (request.alone && !running && action != "next") {
     writeStep(request.entry, step, effectOf(request.entry, nullptr));
     m_replay = numberOf(entry, "uptime");
     if (!pending()) writeEvents();
-    // Other timers due at that instant expire with the next `clock advance`.
-    m_due = request.entry["json"]["action"] == "next";
     return;
   }
   m_changing = false;  // a jump during the move is written as a jump
@@ -229,7 +229,6 @@ void ScenarioRecorder::writeEvents(std::int64_t end) {
   m_waiting.erase(first, m_waiting.end());
   for (const Json& event : std::exchange(m_waiting, std::move(rest))) {
     passTo(numberOf(event, "uptime"));
-    if (std::exchange(m_due, false)) m_write("clock advance 0.0s");
     const double speed = speedOf(event);
     const EventTime time = speed > 1 || m_approximate
                                ? EventTime::unknown
@@ -253,7 +252,6 @@ void ScenarioRecorder::passTo(std::int64_t uptime) {
   if (wholeSeconds(uptime - m_replay) >= seconds(1)) m_late.clear();
   m_write("clock advance " + exactDurationText(microseconds(uptime - m_replay)));
   m_replay = uptime;
-  m_due = false;
 }
 
 bool ScenarioRecorder::moves() const {

@@ -79,7 +79,6 @@ class ScenarioRecorder {
   std::int64_t m_offset;       // of the wall clock from the uptime
   bool m_approximate;          // the replay shows another part of a second
   bool m_changing = false;     // a client's step may have set the wall clock since the last entry
-  bool m_due = false;          // a timer of the replay may be due
   std::optional<Json> m_call;  // without a reply yet
   std::vector<Request> m_requests;
   std::vector<Json> m_waiting;      // events
