@@ -68,6 +68,7 @@ ChildProgram::~ChildProgram() {
 
 bool ChildProgram::readTo(const std::string& text, Deadline deadline,
                           const std::stop_token& ending) {
+  if (m_process < 0) return true;
   const std::stop_callback atEnd(ending, [this] { ::kill(-m_process, SIGKILL); });
   while (m_pipe.valid() && (text.empty() || !m_output.ends_with(text))) {
     if (!readSome(deadline)) return false;
@@ -81,11 +82,9 @@ void ChildProgram::interrupt() const {
 
 int ChildProgram::finish(Deadline deadline, const std::stop_token& ending) {
   if (!readTo("", deadline, ending)) ::kill(-m_process, SIGKILL);
-  int status = 0;
-  while (::waitpid(m_process, &status, 0) < 0 && errno == EINTR) continue;
+  while (m_process > 0 && ::waitpid(m_process, &m_status, 0) < 0 && errno == EINTR) continue;
   m_process = -1;
-  constexpr int kSignalled = 128;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+  return WIFEXITED(m_status) ? WEXITSTATUS(m_status) : 128 + WTERMSIG(m_status);
 }
 
 bool ChildProgram::readSome(Deadline deadline) {

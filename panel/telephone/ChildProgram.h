@@ -32,7 +32,7 @@ class ChildProgram {
   void interrupt() const;  // SIGINT
 
   // Reads the rest and waits. Returns the exit status, 128 and more for a signal. After the
-  // deadline it kills as at `ending`.
+  // deadline it kills as at `ending`. Called again, it returns the same.
   [[nodiscard]] int finish(Deadline deadline, const std::stop_token& ending = {});
 
   [[nodiscard]] const std::string& output() const { return m_output; }  // at most 64 KiB of it
@@ -42,6 +42,7 @@ class ChildProgram {
 
   host::Descriptor m_pipe;
   pid_t m_process = -1;  // -1: it has ended
+  int m_status = 0;      // then, of waitpid
   std::string m_output;
 };
 

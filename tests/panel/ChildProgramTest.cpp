@@ -24,6 +24,14 @@ TEST(ChildProgram, HasBothOutputsAndTheExitStatus) {
   EXPECT_EQ(child.output(), "out\nerr\n");
 }
 
+TEST(ChildProgram, FinishesOnce) {
+  ChildProgram child = shell("exit 3");
+  ChildProgram other = shell("exit 4");
+  EXPECT_EQ(child.finish(inTime()), 3);
+  EXPECT_EQ(child.finish(inTime()), 3);
+  EXPECT_EQ(other.finish(inTime()), 4);
+}
+
 TEST(ChildProgram, IsReadUpToAText) {
   ChildProgram child = shell("echo ready; exec sleep 1000");
   EXPECT_TRUE(child.readTo("ready\n", inTime()));
