@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <thread>
 #include <vector>
 
 #include "SilentHost.h"
@@ -24,6 +25,19 @@ TEST(HostRequests, EndWithThePanel) {
         testing::StartsWith("the host disconnected"))
         << words.front();
   }
+}
+
+TEST(HostRequests, EndWithThePanelWhileTheyWaitForTheHost) {
+  SilentHost silent;
+  std::stop_source ending;
+  const std::jthread panel([&] {
+    silent.waitForRequest();
+    ending.request_stop();
+  });
+  const Words words = {"call", "getTime"};
+  EXPECT_THAT(
+      errorOf([&] { static_cast<void>(answerOf(silent.sockets(), words, ending.get_token())); }),
+      testing::StartsWith("the host disconnected"));
 }
 
 }  // namespace

@@ -14,13 +14,13 @@ namespace panel {
 namespace {
 
 TEST(TelephoneWatch, EndsWithoutTheAnswerOfItsHost) {
-  const SilentHost silent;
+  SilentHost silent;
   std::string why;
   {
     const TelephoneWatch watch(silent.sockets(), [&](const std::string&, const host::Json& value) {
       why = value.at("why");
     });
-    silent.waitForClient();
+    silent.waitForRequest();
   }
   EXPECT_THAT(why, testing::StartsWith("the host disconnected"));
 }
