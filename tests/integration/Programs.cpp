@@ -117,6 +117,10 @@ pid_t Program::running() const {
 
 void Program::signal(int number) const {
   kill(running(), number);
+  siginfo_t stopped{};
+  if (number == SIGSTOP) {
+    waitid(P_PID, static_cast<id_t>(m_id), &stopped, WSTOPPED | WEXITED | WNOWAIT);
+  }
 }
 
 bool Program::ends(std::chrono::milliseconds limit) const {

@@ -35,6 +35,7 @@ class Program {
 
   [[nodiscard]] pid_t id() const { return m_id; }
 
+  // SIGSTOP: returns once the program is stopped.
   void signal(int number) const;
 
   // Whether the program ends within the limit. Does not reap it: call wait() afterwards.

@@ -135,11 +135,11 @@ TEST(TelephoneWithAClientOfOnesOwn, LogsWhatEachClientSaysUpToItsLastWord) {
 TEST(TelephoneWithAClientOfOnesOwn, AnswersWhileTheClientWritesWithoutEnd) {
   const support::TemporaryFolder folder;
   const fs::path client = folder / "own";
-  std::ofstream(client) << "#!/bin/sh\nwhile :; do echo flood; done\n";
+  std::ofstream(client) << "#!/bin/sh\nwhile :; do echo flood $((n += 1)); done\n";
   fs::permissions(client, fs::perms::owner_all);
   RunningHost running({"--network", "up", "--program", "/sbin/ntpclient=" + client.string()});
   ASSERT_EQ(running.ctl({"set", "sntp-addr", "127.0.0.1"}).status, 0);
-  ASSERT_TRUE(running.program().says("flood"));
+  ASSERT_TRUE(running.program().says("flood 50"));
   EXPECT_EQ(running.ctl({"call", "getTime"}).status, 0);
   EXPECT_NE(running.ctl({"log"}).out.find("listening at"), std::string::npos);
   const Outcome outcome = running.end(SIGTERM);
