@@ -212,10 +212,12 @@ void record(const Json& request, RemoteClient& control, const std::filesystem::p
     follow(request, signals, monitor, recorder);
   } catch (const HostGone& error) {
     addRest(monitor, recorder);
-    recorder.finish();
-    const std::string end =
-        error.what() + ("; " + quotedText(path)) + " holds what was done before";
-    throw HostGone(joined(end, whatDoesNotReplay(file, replayer, recorder.lost() == 0)));
+    if (!recorder.ended()) {
+      recorder.finish();
+      const std::string end =
+          error.what() + ("; " + quotedText(path)) + " holds what was done before";
+      throw HostGone(joined(end, whatDoesNotReplay(file, replayer, recorder.lost() == 0)));
+    }
   }
   recorder.finish();
   print({{"steps", recorder.steps()}, {"events", recorder.events()}});

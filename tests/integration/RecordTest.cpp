@@ -4,22 +4,18 @@
 
 #include <chrono>
 #include <csignal>
-#include <nlohmann/json.hpp>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "Method.h"
+#include "integration/Life.h"
 #include "integration/OneLine.h"
 #include "integration/RestartableHost.h"
-#include "remote/RemoteClient.h"
 #include "support/FileContent.h"
 
 namespace integration {
 namespace {
 
-using nlohmann::json;
 using std::chrono::seconds;
 
 class Record : public ::testing::Test {
@@ -50,82 +46,6 @@ class Record : public ::testing::Test {
   RunningHost m_host;
   const std::filesystem::path m_file = m_host.folder() / "recorded.scenario";
   std::unique_ptr<Program> m_recorder;
-};
-
-// What people and programs do, by a fixed seed: two clients, of which one controls.
-class Life {
- public:
-  Life(const RestartableHost& host, unsigned seed)
-      : m_random(seed), m_calls(host.connect()), m_control(host.connectControl()) {}
-
-  void step() {
-    switch (below(8)) {
-      case 0:
-        return call("getTimeInts", {});
-      case 1:
-        return call("setTime", {{"setTimeHours", below(26)},
-                                {"setTimeMinutes", below(60)},
-                                {"setTimeSeconds", below(60)}});
-      case 2:
-        return call("setDate", {{"setDateDay", 1 + below(31)},
-                                {"setDateMonth", 1 + below(12)},
-                                {"setDateYear", 2000 + below(45)}});
-      case 3:
-        return call("getDate", {});
-      case 4:
-        return set();
-      case 5:
-        return control({{"verb", "get"}, {"key", below(2) == 0 ? "time" : "ntp-secret"}});
-      case 6:
-        return control({{"verb", "inject"}, {"what", "dhcp"}, {"value", std::to_string(below(9))}});
-      default:
-        return move();
-    }
-  }
-
-  void control(const json& request) {
-    ASSERT_TRUE(m_control->control(request.dump(), seconds(30)));
-  }
-
- private:
-  int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
-
-  void call(const char* name, const std::vector<std::pair<const char*, int>>& arguments) {
-    Method method(name, Method::call);
-    for (const auto& [parameter, value] : arguments) {
-      method.addIntParameter(parameter, value, Parameter::in);
-    }
-    ASSERT_TRUE(m_calls->call(method, seconds(30)));
-  }
-
-  void set() {
-    const std::pair<const char*, std::vector<const char*>> sets[] = {
-        {"sntp-tz-offset", {"-5", "5.5", "0", "x", ""}},
-        {"daylight-save", {"true", "false", "maybe"}},
-        {"auto-daylight-save", {"true", "false"}},
-        {"daylight-save-zone-id", {"12", "3", "15"}},
-        {"time-format", {"0", "1"}},
-        {"simple-time", {"07:30", "???"}},
-        {"ntp-secret", {"a \"b\" \\ #c", "\xC3\xBC", "two\nlines", ""}},
-    };
-    const auto& [key, values] = sets[below(std::size(sets))];
-    const auto value = static_cast<std::size_t>(below(static_cast<int>(values.size())));
-    control({{"verb", "set"}, {"key", key}, {"value", values[value]}});
-  }
-
-  void move() {
-    const json moves[] = {{{"action", "advance"}, {"seconds", below(7200)}},
-                          {{"action", "next"}},
-                          {{"action", "jump"}, {"seconds", 1'700'000'000 + below(100'000'000)}},
-                          {{"action", "to"}, {"landmark", "hour"}}};
-    json request = moves[below(std::size(moves))];
-    request["verb"] = "clock";
-    control(request);
-  }
-
-  std::mt19937 m_random;
-  std::unique_ptr<host::RemoteClient> m_calls;
-  std::unique_ptr<host::RemoteClient> m_control;
 };
 
 TEST_F(Record, TwoHundredMixedStepsReplayGreen) {
@@ -167,11 +87,9 @@ TEST_P(RecordAtSpeed, ReplaysGreen) {
   start();
   const char* const zones[] = {"-5", "5.5", "0", "-9.5", "5.75", "1"};
   for (int i = 0; i < 6; ++i) {
-    ASSERT_EQ(m_host
-                  .ctl({"call", "setTime", "setTimeHours=" + std::to_string(5 * i % 24),
-                        "setTimeMinutes=" + std::to_string(13 * i % 60), "setTimeSeconds=29"})
-                  .status,
-              0);
+    const Words setTime = {"call", "setTime", "setTimeHours=" + std::to_string(5 * i % 24),
+                           "setTimeMinutes=" + std::to_string(13 * i % 60), "setTimeSeconds=29"};
+    ASSERT_EQ(m_host.ctl(setTime).status, 0);
     ASSERT_EQ(m_host.ctl({"set", "sntp-tz-offset", zones[i]}).status, 0);
     ASSERT_EQ(m_host.ctl({"call", "getTimeInts"}).status, 0);
     ASSERT_EQ(m_host.ctl({"call", "getDate"}).status, 0);
@@ -180,18 +98,24 @@ TEST_P(RecordAtSpeed, ReplaysGreen) {
   expectReplay();
 }
 
-TEST_F(Record, TheSpeedMaxEndsIt) {
+class RecordToMax : public Record, public ::testing::WithParamInterface<bool> {};
+
+// The host drops an observer that stands still meanwhile.
+TEST_P(RecordToMax, EndsWithTheReason) {
   ASSERT_EQ(m_host.ctl({"clock", "speed", "1"}).status, 0);
   start();
   ASSERT_EQ(m_host.ctl({"call", "getTime"}).status, 0);
+  if (GetParam()) m_recorder->signal(SIGSTOP);
   ASSERT_EQ(m_host.ctl({"clock", "speed", "max"}).status, 0);
-  Outcome outcome = m_recorder->wait();
-  ASSERT_TRUE(outcome.err.starts_with("ready\n"));
-  outcome.err.erase(0, 6);
-  outcome.out.clear();
-  expectOneLine(outcome, 1, {"the clock got the speed max", "holds what was done before"});
+  ASSERT_TRUE(!GetParam() || m_host.program().says("does not read its messages"));
+  m_recorder->signal(SIGCONT);
+  const Outcome outcome = m_recorder->wait();
+  expectOneLine({outcome.status, "", outcome.err.substr(6)}, 1,
+                {"the clock got the speed max", "holds what was done before"});
   expectReplay();
 }
+
+INSTANTIATE_TEST_SUITE_P(StandingStill, RecordToMax, ::testing::Bool());
 
 // Whatever the threads of the host do at the same time: what does not replay is a comment.
 TEST_F(Record, SeveralClientsOfARunningClockReplayGreen) {
