@@ -18,9 +18,9 @@
 #include "base/LogLevels.h"
 #include "runtime/LogLine.h"
 #include "support/InChild.h"
+#include "support/NewThreads.h"
 #include "support/NoMemory.h"
 #include "support/NoThreads.h"
-#include "support/ThreadCount.h"
 
 namespace host {
 namespace {
@@ -138,12 +138,12 @@ TEST_F(QueuedLogOnAPipe, WritesALineAtOnce) {
 }
 
 TEST_F(QueuedLogOnAPipe, QueuesLinesUntilItsStart) {
-  const auto before = support::threadCount();
+  const support::NewThreads started;
   QueuedLog log(descriptor());
   log.write(entryAt(1, "early"));
-  EXPECT_EQ(support::threadCount(), before);
+  EXPECT_EQ(started.count(), 0);
   for (int i = 0; i < 2; ++i) log.start();
-  EXPECT_EQ(support::threadCount(), before + 1);
+  EXPECT_EQ(started.count(), 1);
   EXPECT_EQ(countOf(readUntil("\n"), "early\n"), 1U);
 }
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "support/LogCapture.h"
-#include "support/ThreadCount.h"
+#include "support/NewThreads.h"
 
 namespace host {
 namespace {
@@ -31,11 +31,11 @@ TEST(ManagementThread, RunsTasksInOrderOnOneOtherThread) {
 }
 
 TEST(ManagementThread, StartsWithItsFirstTask) {
-  const auto before = support::threadCount();
+  const support::NewThreads started;
   ManagementThread thread;
-  EXPECT_EQ(support::threadCount(), before);
+  EXPECT_EQ(started.count(), 0);
   for (int i = 0; i < 2; ++i) thread.run([] {});
-  EXPECT_EQ(support::threadCount(), before + 1);
+  EXPECT_EQ(started.count(), 1);
 }
 
 TEST(ManagementThread, DropsQueuedTasksAndContinues) {
