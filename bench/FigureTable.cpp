@@ -20,9 +20,6 @@ constexpr Bound countRatioAtMost(double limit) {
 constexpr Bound ratioAtLeast(double limit) {
   return {Kind::ratioAtLeast, limit};
 }
-constexpr Bound moreByAtMost(double limit) {
-  return {Kind::differenceAtMost, limit};
-}
 constexpr Bound countMoreByAtMost(double limit) {
   return {Kind::differenceAtMost, limit, false};
 }
@@ -78,7 +75,8 @@ constexpr auto kFigures = std::to_array<Figure>({
      measureGetTime},
     {"get-time-instructions", "getTime() in process, instructions", "time, localtime_r, print", "",
      countRatioAtMost(0.75), 3, measureGetTimeInstructions},
-    {"message", "message of getTime in process", "getTime()", "us", moreByAtMost(0.35), 11,
+    // + 0.35 us where getTime() takes 0.095: the same on a slower processor.
+    {"message", "message of getTime in process", "getTime()", "us", ratioAtMost(4.7), 11,
      measureMessage},
     {"message-instructions", "message of getTime in process, instructions", "getTime()", "",
      countMoreByAtMost(4500), 3, measureMessageInstructions},
