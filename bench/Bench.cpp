@@ -22,6 +22,8 @@
 namespace bench {
 namespace {
 
+constexpr int kMostRounds = 10;
+
 constexpr host::ExitStatus kStatuses[] = {
     {0, "all bounds are met"},
     {1, "one is not, or could not be measured"},
@@ -87,9 +89,19 @@ host::OptionParser parserInto(Options& options, std::span<const Figure> figures,
   return parser;
 }
 
-void addTo(Report& report, const Figure& figure, host::ProgressLine& progress) {
+// Measures again while the bound is exceeded, because another program may have disturbed a round.
+// Slower code exceeds it in each.
+Measured measuredWithin(const Bound& bound, const Figure& figure) {
+  for (int round = 1;; ++round) {
+    Measured measured = repeat(figure);
+    measured.rounds = round;
+    if (bound.holds(measured.compared) || round == kMostRounds) return measured;
+  }
+}
+
+void addTo(Report& report, const Figure& figure, double factor, host::ProgressLine& progress) {
   try {
-    const Measured measured = repeat(figure);
+    const Measured measured = measuredWithin(figure.bound.widened(factor), figure);
     progress.hide();
     report.add(figure, measured);
   } catch (const std::exception& error) {
@@ -118,7 +130,7 @@ int measure(const std::vector<Figure>& figures, const Options& options, std::ost
   host::ProgressLine line(figures.size(), "figures", progress);
   for (std::size_t i = 0; i < figures.size(); ++i) {
     line.show(i);
-    addTo(report, figures[i], line);
+    addTo(report, figures[i], options.factor, line);
   }
   json << report.json(options.commit) << std::flush;
   requireGood(json, options.json);

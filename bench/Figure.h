@@ -23,12 +23,13 @@ struct Figure {
   Sample (*measure)();  // one repetition; throws an exception that says why it cannot be measured
 };
 
-// Statistics of all repetitions.
+// Statistics of all repetitions of the last round.
 struct Measured {
   double value = 0;  // median
   std::optional<double> baseline;
   double compared = 0;  // median of what the bound limits
   double noise = 0;     // its coefficient of variation
+  int rounds = 1;       // until the bound was met
 };
 
 }  // namespace bench

@@ -55,9 +55,11 @@ std::string percent(double part) {
   return text.data();
 }
 
-const char* verdict(const Bound& bound, double compared) {
+std::string verdict(const Bound& bound, const Measured& measured) {
   if (bound.kind == Bound::Kind::none) return "info";
-  return bound.holds(compared) ? "ok" : "OVER";
+  const std::string word = bound.holds(measured.compared) ? "ok" : "OVER";
+  return measured.rounds == 1 ? word
+                              : word + ", measured " + std::to_string(measured.rounds) + " times";
 }
 
 nlohmann::ordered_json rowOf(const Figure& figure, const Bound& bound) {
@@ -103,9 +105,10 @@ void Report::add(const Figure& figure, const Measured& measured) {
     row[isDifference(bound) ? "difference" : "ratio"] = measured.compared;
   }
   row["noise"] = measured.noise;
+  row["rounds"] = measured.rounds;
   if (measured.noise > 0) cells[5] = percent(measured.noise);
   cells[6] = bound.text();
-  cells[7] = verdict(bound, measured.compared);
+  cells[7] = verdict(bound, measured);
   if (bound.kind != Bound::Kind::none) row["ok"] = bound.holds(measured.compared);
   m_allHold = m_allHold && bound.holds(measured.compared);
   m_figures.push_back(row);

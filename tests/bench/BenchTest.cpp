@@ -21,7 +21,7 @@ using bench::Figure;
 using bench::Sample;
 using Kind = Bound::Kind;
 
-int g_calls = 0;  // of measureRounds and of measureBroken
+int g_calls = 0;  // of measureRounds, measureDisturbed and measureBroken
 
 // Ratios 1, 3, 5: the median is one that no other statistic finds.
 Sample measureRounds() {
@@ -29,6 +29,10 @@ Sample measureRounds() {
   constexpr double kBaselines[] = {2, 2, 10};
   const int round = g_calls++ % 3;
   return {kValues[round], kBaselines[round]};
+}
+// Two repetitions are disturbed, and none after them.
+Sample measureDisturbed() {
+  return {g_calls++ < 2 ? 9.0 : 1.0, {}};
 }
 Sample measureTwo() {
   return {2, {}};
@@ -49,6 +53,7 @@ Sample measureBytes() {
 
 const std::vector<Figure> kFigures{
     {"three", "three times", "once", "us", {Kind::ratioAtMost, 2.5}, 3, measureRounds},
+    {"disturbed", "disturbed at first", "", "us", {Kind::atMost, 2}, 2, measureDisturbed},
     {"count", "counted", "", "", {Kind::exactly, 1, false}, 2, measureTwo},
     {"more", "four more", "two", "us", {Kind::differenceAtMost, 4}, 2, measureMore},
     {"broken", "broken", "", "", {Kind::atMost, 1}, 5, measureBroken},
@@ -99,12 +104,26 @@ TEST_F(BenchRun, ExitsWithZeroWhenTheWidenedBoundIsMet) {
   EXPECT_EQ(json()["figures"][0]["bound"], "<= 3.75 x");
 }
 
+TEST_F(BenchRun, MeasuresAgainWhenABoundIsExceeded) {
+  EXPECT_EQ(run({"--only", "disturbed"}), 0);
+  EXPECT_EQ(g_calls, 4);
+  EXPECT_TRUE(shows("ok, measured 2 times\n")) << table();
+  EXPECT_EQ(json()["figures"][0]["rounds"], 2);
+  EXPECT_DOUBLE_EQ(json()["figures"][0]["value"], 1);
+}
+
+TEST_F(BenchRun, MeasuresTenTimesBeforeABoundIsSaidToBeExceeded) {
+  EXPECT_EQ(run({"--only", "three"}), 1);
+  EXPECT_EQ(g_calls, 30);
+  EXPECT_TRUE(shows("OVER, measured 10 times\n")) << table();
+}
+
 TEST_F(BenchRun, DoesNotWidenACount) {
   EXPECT_EQ(run({"--only", "count", "--factor", "100"}), 1);
 }
 
 TEST_F(BenchRun, WritesTheMediansOfTheRepetitions) {
-  EXPECT_EQ(run({"--only", "three"}), 1);
+  EXPECT_EQ(run({"--only", "three", "--factor", "2"}), 0);
   EXPECT_EQ(g_calls, 3);
   const auto row = json()["figures"][0];
   EXPECT_EQ(row["name"], "three");
@@ -127,11 +146,11 @@ TEST_F(BenchRun, MeasuresTheOthersWhenOneFails) {
   const auto figures = json()["figures"];
   ASSERT_EQ(figures.size(), kFigures.size());
   EXPECT_DOUBLE_EQ(figures[0]["value"], 6);
-  EXPECT_EQ(figures[3]["failure"], "the disk has gone");
-  EXPECT_FALSE(figures[3]["ok"]);
-  EXPECT_FALSE(figures[3].contains("value"));
+  EXPECT_EQ(figures[4]["failure"], "the disk has gone");
+  EXPECT_FALSE(figures[4]["ok"]);
+  EXPECT_FALSE(figures[4].contains("value"));
   EXPECT_TRUE(shows("FAILED: the disk has gone")) << table();
-  EXPECT_EQ(figures[6]["failure"], "no answer but \uFFFD") << "bytes that are not UTF-8";
+  EXPECT_EQ(figures[7]["failure"], "no answer but \uFFFD") << "bytes that are not UTF-8";
 }
 
 TEST_F(BenchRun, DoesNotRepeatAFailure) {
@@ -204,7 +223,7 @@ TEST_F(BenchRun, ShowsItsProgress) {
 TEST_F(BenchRun, HelpListsTheFigures) {
   EXPECT_EQ(run({"--help"}), 0);
   EXPECT_TRUE(shows("--only NAME")) << table();
-  EXPECT_TRUE(shows("{three,count,more,broken,info,lost,bytes}")) << table();
+  EXPECT_TRUE(shows("{three,disturbed,count,more,broken,info,lost,bytes}")) << table();
 }
 
 }  // namespace
