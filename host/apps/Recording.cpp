@@ -208,21 +208,20 @@ void record(const Json& request, RemoteClient& control, const std::filesystem::p
   file.add("# Recorded by clockctl record. Run it with: clockhost --scenario FILE");
   ScenarioRecorder recorder(start, [&file](const std::string& line) { file.add(line); });
   err << "ready" << std::endl;
+  std::string gone;
   try {
     follow(request, signals, monitor, recorder);
   } catch (const HostGone& error) {
     addRest(monitor, recorder);
     if (!recorder.ended()) {
-      recorder.finish();
-      const std::string end =
-          error.what() + ("; " + quotedText(path)) + " holds what was done before";
-      throw HostGone(joined(end, whatDoesNotReplay(file, replayer, recorder.lost() == 0)));
+      gone = error.what() + ("; " + quotedText(path)) + " holds what was done before";
     }
   }
   recorder.finish();
+  const bool whole = recorder.lost() == 0;
+  if (!gone.empty()) throw HostGone(joined(gone, whatDoesNotReplay(file, replayer, whole)));
   print({{"steps", recorder.steps()}, {"events", recorder.events()}});
-  const std::string fault =
-      joined(endOf(recorder, path), whatDoesNotReplay(file, replayer, recorder.lost() == 0));
+  const std::string fault = joined(endOf(recorder, path), whatDoesNotReplay(file, replayer, whole));
   if (!fault.empty()) throw Error(fault);
 }
 

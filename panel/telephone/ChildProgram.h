@@ -42,7 +42,7 @@ class ChildProgram {
 
   host::Descriptor m_pipe;
   pid_t m_process = -1;  // -1: it has ended
-  int m_status = 0;      // then, of waitpid
+  int m_status = 0;      // how it has ended, as waitpid() tells it
   std::string m_output;
 };
 

@@ -117,8 +117,8 @@ pid_t Program::running() const {
 
 void Program::signal(int number) const {
   kill(running(), number);
-  siginfo_t stopped{};
   if (number == SIGSTOP) {
+    siginfo_t stopped{};
     waitid(P_PID, static_cast<id_t>(m_id), &stopped, WSTOPPED | WEXITED | WNOWAIT);
   }
 }

@@ -8,8 +8,8 @@
 #include <thread>
 #include <vector>
 
-#include "integration/Life.h"
 #include "integration/OneLine.h"
+#include "integration/RandomUser.h"
 #include "integration/RestartableHost.h"
 #include "support/FileContent.h"
 
@@ -49,11 +49,11 @@ class Record : public ::testing::Test {
 };
 
 TEST_F(Record, TwoHundredMixedStepsReplayGreen) {
-  Life life(m_host, 7);                      // goes to an NTP restart, of which the replay has none
-  for (int i = 0; i < 20; ++i) life.step();  // no new telephone
-  life.control({{"verb", "clock"}, {"action", "advance"}, {"seconds", 1}});
+  RandomUser user(m_host, 7);                // goes to an NTP restart, of which the replay has none
+  for (int i = 0; i < 20; ++i) user.step();  // no new telephone
+  user.control({{"verb", "clock"}, {"action", "advance"}, {"seconds", 1}});
   start();
-  for (int i = 0; i < 200; ++i) life.step();
+  for (int i = 0; i < 200; ++i) user.step();
   const Outcome outcome = end();
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_TRUE(outcome.out.starts_with("recorded 200 steps and ")) << outcome.out;
@@ -124,8 +124,8 @@ TEST_F(Record, SeveralClientsOfARunningClockReplayGreen) {
   std::vector<std::thread> clients;
   for (unsigned seed = 1; seed <= 3; ++seed) {
     clients.emplace_back([this, seed] {
-      Life life(m_host, seed);
-      for (int i = 0; i < 60; ++i) life.step();
+      RandomUser user(m_host, seed);
+      for (int i = 0; i < 60; ++i) user.step();
     });
   }
   for (std::thread& client : clients) client.join();

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -27,50 +28,58 @@ class CountingListener final : public Connection::Listener {
   int closes = 0;
 };
 
+std::shared_ptr<Connection> connectionOn(int socket, Connection::Endpoint endpoint,
+                                         std::uint32_t number, IoLoop& loop,
+                                         CountingListener& listener) {
+  auto connection = std::make_shared<Connection>(loop, Descriptor(socket), endpoint, number,
+                                                 listener, std::chrono::seconds(10));
+  connection->makePeer();
+  return connection;
+}
+
+// A client of this process, and its connection to the host, which is read.
+struct ConnectedClient {
+  explicit ConnectedClient(Connection::Endpoint endpoint = Connection::Endpoint::calls) {
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) std::abort();
+    socket.reset(ends[0]);
+    connection = connectionOn(ends[1], endpoint, 1, loop, listener);
+    connection->read();
+  }
+
+  IoLoop loop;
+  CountingListener listener;
+  Descriptor socket;
+  std::shared_ptr<Connection> connection;
+};
+
 TEST(Connection, ReportsItsEndOnceWhicheverSideDisconnectsFirst) {
   for (const bool clientFirst : {true, false}) {
-    IoLoop loop;
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-    const Descriptor client(ends[0]);
-    CountingListener listener;
-    const auto connection =
-        std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::calls, 1,
-                                     listener, std::chrono::seconds(10));
-    connection->makePeer();
-    connection->read();
+    ConnectedClient client;
     if (clientFirst) {
-      ::shutdown(client.get(), SHUT_WR);
-      loop.runAllReady();
+      ::shutdown(client.socket.get(), SHUT_WR);
+      client.loop.runAllReady();
     }
-    connection->close();
-    connection->end();
-    EXPECT_EQ(listener.disconnects, 1) << clientFirst;
-    EXPECT_EQ(listener.closes, 1) << clientFirst;
+    client.connection->close();
+    client.connection->end();
+    EXPECT_EQ(client.listener.disconnects, 1) << clientFirst;
+    EXPECT_EQ(client.listener.closes, 1) << clientFirst;
   }
 }
 
 // In one pass of the loop the socket has room, bytes to read, and a hang-up.
 TEST(Connection, IsNotReadAfterItsOutboxClosedIt) {
-  IoLoop loop;
-  std::array<int, 2> ends{};
-  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-  Descriptor client(ends[0]);
-  CountingListener listener;
-  const auto connection =
-      std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::control, 1,
-                                   listener, std::chrono::seconds(10));
-  connection->makePeer();
-  connection->read();
+  ConnectedClient client(Connection::Endpoint::control);
+  auto& peer = client.connection->peer();
   const std::string payload(kMaxPayload, 'x');
-  while (connection->peer().outbox().idle()) {
-    ASSERT_TRUE(connection->peer().send({FrameKind::controlReply, 1, payload}));
+  while (peer.outbox().idle()) {
+    ASSERT_TRUE(peer.send({FrameKind::controlReply, 1, payload}));
   }
-  loop.runAllReady();
-  client.reset();
-  loop.runAllReady();
-  EXPECT_EQ(listener.disconnects, 1);
-  EXPECT_EQ(listener.closes, 1);
+  client.loop.runAllReady();
+  client.socket.reset();
+  client.loop.runAllReady();
+  EXPECT_EQ(client.listener.disconnects, 1);
+  EXPECT_EQ(client.listener.closes, 1);
 }
 
 // As with a socket whose other end the kernel does not know.
@@ -81,10 +90,7 @@ TEST(Connection, IsDroppedWithProcessZeroIfThePeerIsUnknown) {
   ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
   const Descriptor reader(ends[0]);
   CountingListener listener;
-  const auto connection =
-      std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::calls, 7,
-                                   listener, std::chrono::seconds(10));
-  connection->makePeer();
+  const auto connection = connectionOn(ends[1], Connection::Endpoint::calls, 7, loop, listener);
   static_cast<void>(connection->peer().send({FrameKind::reply, 1, "x"}));
   loop.runAllReady();
   EXPECT_EQ(listener.closes, 1);
@@ -96,21 +102,12 @@ TEST(Connection, IsDroppedWithProcessZeroIfThePeerIsUnknown) {
 // In one pass of the loop: the disconnect, and the task that the failure has posted.
 TEST(Connection, LogsAFailedSendThoughTheClientDisconnectsAtOnce) {
   const support::LogCapture log(3);
-  IoLoop loop;
-  std::array<int, 2> ends{};
-  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-  Descriptor client(ends[0]);
-  CountingListener listener;
-  const auto connection =
-      std::make_shared<Connection>(loop, Descriptor(ends[1]), Connection::Endpoint::calls, 1,
-                                   listener, std::chrono::seconds(10));
-  connection->makePeer();
-  connection->read();
-  connection->peer().outbox().fail(ENOBUFS);
-  client.reset();
-  loop.runAllReady();
-  EXPECT_EQ(listener.disconnects, 1);
-  EXPECT_EQ(listener.closes, 1);
+  ConnectedClient client;
+  client.connection->peer().outbox().fail(ENOBUFS);
+  client.socket.reset();
+  client.loop.runAllReady();
+  EXPECT_EQ(client.listener.disconnects, 1);
+  EXPECT_EQ(client.listener.closes, 1);
   EXPECT_TRUE(log.hasPart("dropped: sending failed: No buffer space available")) << log.text();
 }
 

@@ -17,9 +17,9 @@
 namespace integration {
 
 // What people and programs do, by a fixed seed: two clients, of which one controls.
-class Life {
+class RandomUser {
  public:
-  Life(const RestartableHost& host, unsigned seed)
+  RandomUser(const RestartableHost& host, unsigned seed)
       : m_random(seed), m_calls(host.connect()), m_control(host.connectControl()) {}
 
   void step() {
