@@ -1,6 +1,7 @@
 #include "verbs/KnownCall.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "base/PrintableText.h"
@@ -46,9 +47,11 @@ KnownCall knownCall(const std::string& method, std::span<const std::string> word
   const MethodRow& row = requireMethod(method);
   std::vector<std::string> sent;
   std::vector<std::string> ofReply;
+  std::set<std::string> names;
   for (const std::string& word : words) {
     const std::string name = parseArgument(word).getName();
     requireParameter(row, name);
+    if (!names.insert(name).second) throw UsageError(name + " is given twice; give it once");
     (rowNamed(row.request, name) != nullptr ? sent : ofReply).push_back(word);
   }
   return {&row, callOf(method, sent), std::move(ofReply)};

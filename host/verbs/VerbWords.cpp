@@ -30,6 +30,16 @@ Json utf8Text(const std::string& word, std::string_view usage) {
   return text;
 }
 
+// Reads all words into `text`. True: it is what follows `local`, which may be quoted with the rest.
+bool readLocal(WordReader& words, std::string& text) {
+  constexpr std::string_view kLocal = "local ";
+  const bool local = words.accept("local");
+  text = words.restAsText();
+  if (local || !text.starts_with(kLocal)) return local;
+  text.erase(0, kLocal.size());
+  return true;
+}
+
 }  // namespace
 
 Json readText(WordReader& words, std::string_view usage) {
@@ -40,8 +50,9 @@ Json readSetting(WordReader& words, std::string_view) {
   const Json key = readText(words, "KEY");
   if (key != kTimeKey) return {{"key", key}, {"value", readText(words, "VALUE")}};
   words.require("VALUE");
-  const char* const member = words.accept("local") ? "local" : "value";
-  return {{"key", key}, {member, utf8Text(words.restAsText(), "VALUE")}};
+  std::string text;
+  const char* const member = readLocal(words, text) ? "local" : "value";
+  return {{"key", key}, {member, utf8Text(text, "VALUE")}};
 }
 
 Json readOptionalText(WordReader& words, std::string_view usage) {
@@ -81,6 +92,7 @@ std::int64_t readRealDuration(WordReader& words) {
 }
 
 Json readAdvance(WordReader& words, std::string_view) {
+  words.require("DURATION");
   const std::string word = words.restAsText();
   if (const auto duration = parseDuration(word)) return {{"seconds", duration->count()}};
   if (const auto exact = parseExactDuration(word)) return {{"microseconds", exact->count()}};
@@ -106,6 +118,7 @@ Json readRecord(WordReader& words, std::string_view) {
 }
 
 Json readInstant(WordReader& words, std::string_view) {
+  words.require("UTC");
   const std::string word = words.restAsText();
   const auto instant = parseInstant(word);
   if (!instant) words.failForm(word, "an instant", kInstantForms);
@@ -113,12 +126,12 @@ Json readInstant(WordReader& words, std::string_view) {
 }
 
 Json readInstantOrLocal(WordReader& words, std::string_view) {
-  if (words.accept("local")) {
-    const std::string local = words.restAsText();
-    if (!parseLocal(local)) words.failForm(local, "a local time", kLocalForms);
-    return {{"local", local}};
+  words.require("UTC");
+  std::string text;
+  if (readLocal(words, text)) {
+    if (!parseLocal(text)) words.failForm(text, "a local time", kLocalForms);
+    return {{"local", text}};
   }
-  const std::string text = words.restAsText();
   if (const auto instant = parseInstant(text)) return {{"seconds", instant->count()}};
   words.failForm(text, "an instant",
                  parseLocal(text) ? "`local` before it" : std::string(kInstantForms));

@@ -41,7 +41,8 @@ def faults(tree):
     version = re.search(r"^project\(.* VERSION ([0-9.]+)", (tree / "CMakeLists.txt").read_text(), re.M)[1]
     verbs = sorted(path.stem for path in (tree / "tools/dev").glob("*.sh"))
     for words, text in [("--version", f"{version}\n"), *((f"help {verb}", f"  {verb}") for verb in verbs),
-                        ("powercuts --help", "  powercuts [--seed N] [--cuts N] ")]:  # fmt: skip
+                        ("powercuts --help", "  powercuts [--seed N] [--cuts N] "),
+                        ("test --help", "  test [CTEST ")]:  # fmt: skip
         ended = run(tree, words)
         if ended.returncode != 0 or text not in ended.stdout or ended.stdout.count("\n") > 2:
             yield f"./dev {words}: {ended}"

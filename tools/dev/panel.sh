@@ -31,6 +31,9 @@ open_address() {
 need run panel
 configure default
 build default ClockService clockhost clockctl ntpclient clockpanel
+case " $* " in
+  *' -h '* | *' --help '* | *' --version '*) exec "$programs/clockpanel" "$@" ;;
+esac
 options=()
 if ! "$programs/clockctl" status >/dev/null 2>&1; then
   start_host
