@@ -20,6 +20,7 @@
 #include "base/TerminationSignals.h"
 #include "remote/PeerProcess.h"
 #include "remote/RemoteClient.h"
+#include "scenario/RecordedEntry.h"
 #include "scenario/RecordedWords.h"
 #include "scenario/ScenarioRecorder.h"
 #include "verbs/ReadJson.h"
@@ -35,6 +36,14 @@ Json objectIn(const std::string& text) {
   Json json = readJson(text);
   if (!json.is_object()) throw Error("the host's answer is not a JSON object");
   return json;
+}
+
+// Of what other clients send, only control requests are known to be harmless.
+bool mayChange(const Json& item) {
+  const auto request = item.find("json");
+  return isAmong(item, "direction", {"received"}) &&
+         !(isAmong(item, "kind", {"controlRequest"}) && request != item.end() &&
+           onlyReads(*request));
 }
 
 // The items of a monitor, and an observer, since the service raises events for observers only.
@@ -124,7 +133,7 @@ class Monitor {
     for (bool quiet = true;;) {
       const Json item = required(next(m_limit));
       if (!isOwn(item)) {
-        if (item.value("direction", "") == "received") quiet = false;
+        if (mayChange(item)) quiet = false;
       } else if (item.value("kind", "") == "controlReply" && item.contains("json") &&
                  item["json"].value("key", "") == lastKey) {
         start.wall = item.at("wall");

@@ -13,10 +13,16 @@
 // shape.
 namespace host {
 
+// The member is one of these texts. Clients may send anything.
+inline bool isAmong(const Json& object, const char* member,
+                    std::initializer_list<const char*> texts) {
+  const Json value = object.is_object() ? object.value(member, Json()) : Json();
+  return std::any_of(texts.begin(), texts.end(), [&](const char* each) { return value == each; });
+}
+
 inline bool isMove(const Json& request) {
-  const std::string action = request.value("action", "");
-  return request.value("verb", "") == "clock" &&
-         (action == "advance" || action == "next" || action == "to");
+  return isAmong(request, "verb", {"clock"}) &&
+         isAmong(request, "action", {"advance", "next", "to"});
 }
 
 inline std::int64_t numberOf(const Json& entry, const char* name) {
@@ -43,15 +49,20 @@ inline std::int64_t effectOf(const Json& request, const Json& reply) {
 // A call of such a method, or a set of such a key.
 inline bool isOneOf(const Json& entry, std::initializer_list<const char*> names) {
   const Json request = entry.value("json", Json());
-  const bool set = request.is_object() && request.value("verb", Json()) == "set";
-  const Json name = set ? request.value("key", Json()) : entry.value("method", Json());
-  return std::any_of(names.begin(), names.end(), [&](const char* each) { return name == each; });
+  return isAmong(request, "verb", {"set"}) ? isAmong(request, "key", names)
+                                           : isAmong(entry, "method", names);
 }
 
 // It may take effect on the management thread, after the request came.
 inline bool isManagement(const Json& request) {
-  const std::string verb = request.value("verb", "");
-  return verb == "set" || verb == "reset" || verb == "inject";
+  return isAmong(request, "verb", {"set", "reset", "inject"});
+}
+
+// It leaves the settings and the time as they are.
+inline bool onlyReads(const Json& request) {
+  if (isAmong(request, "verb", {"clock"}))
+    return isAmong(request, "action", {"show", "speed", "pause"});
+  return !isManagement(request);
 }
 
 inline bool isSame(const Json& request, const Json& reply) {

@@ -6,6 +6,7 @@
 
 #include "base/Ascii.h"
 #include "base/ReplaceAll.h"
+#include "scenario/RecordedEntry.h"
 #include "verbs/CallWords.h"
 #include "verbs/CheckedRequest.h"
 #include "verbs/KnownNames.h"
@@ -121,13 +122,6 @@ void requireWritable(const Words& words, const Json& request, bool done) {
   requireKnownKey(request);
 }
 
-bool changesNothing(const Json& request) {
-  const std::string verb = request.value("verb", "");
-  const std::string action = request.value("action", "");
-  if (verb == "clock") return action == "show" || action == "speed" || action == "pause";
-  return verb != "set" && verb != "reset" && verb != "inject" && verb != "get";
-}
-
 }  // namespace
 
 std::string lineOf(const Words& words) {
@@ -158,7 +152,7 @@ std::optional<RecordedStep> recordedCall(const Json& call, const Json& reply, bo
 }
 
 std::optional<RecordedStep> recordedRequest(const Json& request, const Json& reply, bool certain) {
-  if (!request.is_object() || changesNothing(request)) return std::nullopt;
+  if (onlyReads(request) && !isAmong(request, "verb", {"get"})) return std::nullopt;
   const bool done = reply.value("ok", false);
   if (reply.value("error", "") == kShuttingDown) return std::nullopt;
   try {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -150,6 +151,17 @@ TEST_F(Record, RefusesToBeginBeforeChangesAreApplied) {
   expectOneLine(m_host.ctl({"record", m_file.string()}), 1,
                 {"not applied yet", "`clock advance 1s`"});
   EXPECT_FALSE(std::filesystem::exists(m_file));
+}
+
+// Such as a panel, which asks all the time.
+TEST_F(Record, DoesNotMindAClientThatReads) {
+  const std::jthread reader([this](const std::stop_token& end) {
+    RandomUser user(m_host, 1);
+    while (!end.stop_requested()) user.control({{"verb", "status"}});
+  });
+  start();
+  ASSERT_EQ(m_host.ctl({"get", "sntp-tz-offset"}).status, 0);
+  EXPECT_EQ(end().out, "recorded 1 steps and 0 events\n");
 }
 
 TEST_F(Record, AHostThatEndsLeavesACompleteFile) {
